@@ -1,0 +1,44 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+
+# One fuzz target per foreign byte format:
+#
+#   nqp2_add_fuzzer(<name> SOURCES <.cpp>... COMPONENTS <component>... CORPUS <folder>
+#                   [DICTIONARY <file>])
+#
+# With NQP2_LIBFUZZER (preset "fuzz") the target is a libFuzzer program. In every other build it
+# replays the corpus and a fixed number of mutations of it. Both are registered with ctest.
+
+option(NQP2_LIBFUZZER "Link the fuzz targets with libFuzzer (clang)" OFF)
+set(NQP2_REPLAY_MUTATIONS 3000 CACHE STRING "Mutated inputs that a replay tries")
+set(NQP2_FUZZ_SECONDS 20 CACHE STRING "Seconds that ctest gives a libFuzzer program")
+
+function(nqp2_add_fuzzer name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "CORPUS;DICTIONARY" "SOURCES;COMPONENTS")
+    if(arg_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "nqp2_add_fuzzer(${name}): unknown ${arg_UNPARSED_ARGUMENTS}")
+    endif()
+    set(target fuzz_${name})
+    cmake_path(ABSOLUTE_PATH arg_CORPUS OUTPUT_VARIABLE corpus)
+    add_executable(${target} ${arg_SOURCES})
+    nqp2_target_defaults(${target})
+    target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
+    nqp2_use_components(${target} ${arg_COMPONENTS})
+    if(NQP2_LIBFUZZER)
+        target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+        set(found "${CMAKE_CURRENT_BINARY_DIR}/${name}-found")
+        file(MAKE_DIRECTORY "${found}")
+        set(options -max_total_time=${NQP2_FUZZ_SECONDS} -timeout=10 -rss_limit_mb=1024
+                    -print_final_stats=1)
+        if(arg_DICTIONARY)
+            cmake_path(ABSOLUTE_PATH arg_DICTIONARY OUTPUT_VARIABLE dictionary)
+            list(APPEND options -dict=${dictionary})
+        endif()
+        # The first folder takes what is found, so that the corpus stays as it is.
+        add_test(NAME fuzz.${name} COMMAND ${target} ${options} "${found}" "${corpus}")
+    else()
+        target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/fuzz/replay_main.cpp")
+        add_test(NAME fuzz.${name} COMMAND ${target} "${corpus}" ${NQP2_REPLAY_MUTATIONS})
+    endif()
+    set_tests_properties(fuzz.${name} PROPERTIES TIMEOUT 300 LABELS fuzz)
+endfunction()

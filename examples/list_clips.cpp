@@ -1,0 +1,21 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include <parser/NQP2Parser.h>
+#include <platform/TextBytes.h>
+
+#include <cstdio>
+
+int main(int argc, char** argv) {
+    CNQP2Parser parser;
+    parser.Init();
+    CArray<_tag_P2Clip> clips;
+    const auto card = nqp2::TextFromBytes(argc > 1 ? argv[1] : ".");
+    const auto failed = parser.LoadClipEx(card, clips, 1);
+    for (const _tag_P2Clip& clip : clips) {
+        std::printf("%s %s %d\n", nqp2::BytesFromText(clip.ClipName).c_str(),
+                    nqp2::BytesFromText(clip.CodecName).c_str(), clip.Duration);
+    }
+    parser.Release();
+    return failed ? 1 : 0;
+}
