@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstdint>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+/// A growable array of values with the framework's operation names. Indices count from 0;
+/// an index out of range throws std::out_of_range. Copying copies every element.
+template <class Type, class ArgType = const Type&>
+class CArray {
+public:
+    using value_type = Type;
+
+    [[nodiscard]] std::int64_t GetSize() const { return std::ssize(m_items); }
+    [[nodiscard]] std::int64_t GetCount() const { return GetSize(); }
+    [[nodiscard]] std::int64_t GetUpperBound() const { return GetSize() - 1; }
+    [[nodiscard]] bool IsEmpty() const { return m_items.empty(); }
+
+    /// Appends a copy and returns its index.
+    std::int64_t Add(ArgType item) {
+        m_items.push_back(item);
+        return GetUpperBound();
+    }
+    /// Appends all of `other` and returns the index of the first appended element.
+    std::int64_t Append(const CArray& other) {
+        const std::int64_t first = GetSize();
+        // By index and to a fixed end, because an array may be appended to itself.
+        for (std::size_t i = 0, n = other.m_items.size(); i < n; ++i) {
+            m_items.push_back(other.m_items[i]);
+        }
+        return first;
+    }
+    void Copy(const CArray& other) { m_items = other.m_items; }
+
+    [[nodiscard]] const Type& GetAt(std::int64_t index) const { return m_items.at(Slot(index)); }
+    [[nodiscard]] Type& GetAt(std::int64_t index) { return m_items.at(Slot(index)); }
+    const Type& operator[](std::int64_t index) const { return GetAt(index); }
+    Type& operator[](std::int64_t index) { return GetAt(index); }
+    void SetAt(std::int64_t index, ArgType item) { GetAt(index) = item; }
+
+    /// Inserts `count` copies; an index beyond the end grows the array up to it first.
+    void InsertAt(std::int64_t index, ArgType item, std::int64_t count = 1) {
+        if (index < 0) {
+            throw std::out_of_range("CArray::InsertAt");
+        }
+        const Type copy = item; // `item` may be an element that growing moves
+        if (index > GetSize()) {
+            SetSize(index);
+        }
+        m_items.insert(m_items.begin() + index, Slot(count), copy);
+    }
+    /// Removes up to `count` elements from `index` on; an index out of range removes nothing.
+    void RemoveAt(std::int64_t index, std::int64_t count = 1) {
+        if (index < 0 || index >= GetSize() || count <= 0) {
+            return;
+        }
+        const auto first = m_items.begin() + index;
+        const std::int64_t room = GetSize() - index;
+        m_items.erase(first, first + (count < room ? count : room));
+    }
+    void RemoveAll() { m_items.clear(); }
+    void SetSize(std::int64_t size) { m_items.resize(Slot(size)); }
+    void Reserve(std::int64_t size) { m_items.reserve(Slot(size)); }
+
+    [[nodiscard]] const Type* GetData() const { return m_items.data(); }
+    [[nodiscard]] Type* GetData() { return m_items.data(); }
+
+    auto begin() { return m_items.begin(); }
+    auto end() { return m_items.end(); }
+    [[nodiscard]] auto begin() const { return m_items.begin(); }
+    [[nodiscard]] auto end() const { return m_items.end(); }
+
+private:
+    static std::size_t Slot(std::int64_t index) { return static_cast<std::size_t>(index); }
+
+    std::vector<Type> m_items;
+};

@@ -1,0 +1,19 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstdint>
+
+/// A 16-byte identifier in the platform's field layout (RFC 4122 text form 8-4-4-4-12).
+struct _GUID {
+    std::uint32_t Data1 = 0;
+    std::uint16_t Data2 = 0;
+    std::uint16_t Data3 = 0;
+    std::uint8_t Data4[8] = {};
+
+    friend bool operator==(const _GUID&, const _GUID&) = default;
+};
+using GUID = _GUID;
+
+static_assert(sizeof(GUID) == 16);

@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/Export.h"
+
+#include <cstdio>
+
+namespace nqp2 {
+
+/// Whether the stream is connected to a terminal.
+NQP2_API bool IsTerminal(std::FILE* stream);
+
+/// Columns of the terminal behind the stream: the environment's COLUMNS when it is a number from
+/// 1 to 10000, else what the terminal says, else 80.
+NQP2_API int TerminalWidth(std::FILE* stream);
+
+/// Lets a write to a pipe whose reader has gone fail like any other write instead of ending the
+/// process. Process-wide; for programs, called once at the start.
+NQP2_API void LetPipeWritesFail();
+
+} // namespace nqp2

@@ -1,0 +1,148 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/case_blind.h"
+
+#include "platform/case_fold.h"
+
+#include <algorithm>
+#include <span>
+#include <string_view>
+
+namespace nqp2::platform {
+namespace {
+
+/// The system refuses longer paths; searching for one would cost without end.
+constexpr std::size_t kLongestPath = 4096;
+
+using Names = std::span<const std::string_view>;
+
+std::vector<std::string_view> SplitNames(std::string_view path) {
+    std::vector<std::string_view> names;
+    while (!path.empty()) {
+        const std::size_t length = std::min(path.find('/'), path.size());
+        if (length != 0) {
+            names.push_back(path.substr(0, length));
+        }
+        path.remove_prefix(std::min(length + 1, path.size()));
+    }
+    return names;
+}
+
+/// `base` is empty for the current folder.
+std::string Join(std::string base, Names names) {
+    for (const std::string_view name : names) {
+        if (!base.empty() && base.back() != '/') {
+            base += '/';
+        }
+        base += name;
+    }
+    return base;
+}
+
+std::string FolderOrCurrent(const std::string& folder) {
+    return folder.empty() ? "." : folder;
+}
+
+/// The names in a folder that differ from `name` in nothing but case, sorted by their bytes.
+std::vector<std::string> SpellingsIn(FileSystem& files, const std::string& folder,
+                                     std::string_view name) {
+    std::vector<FolderEntry> entries;
+    static_cast<void>(files.List(FolderOrCurrent(folder), entries)); // what came is searched
+    std::vector<std::string> spellings;
+    const std::string folded = FoldNameCase(name);
+    for (FolderEntry& entry : entries) {
+        if (FoldNameCase(entry.name) == folded) {
+            spellings.push_back(std::move(entry.name));
+        }
+    }
+    std::sort(spellings.begin(), spellings.end());
+    return spellings;
+}
+
+/// How many of `names` exist under `base` exactly as written; nothing when not even the base
+/// exists or something else than a missing name stands in the way.
+std::optional<std::size_t> CountExact(FileSystem& files, const std::string& base, Names names) {
+    for (std::size_t count = names.size();; --count) {
+        FileInfo info;
+        const IoStatus status = files.Stat(FolderOrCurrent(Join(base, names.first(count))), info);
+        if (status) {
+            return count;
+        }
+        if (count == 0 || status.error != IoError::NotFound) {
+            return std::nullopt;
+        }
+    }
+}
+
+std::optional<std::string> Resolve(FileSystem& files, const std::string& base, Names names) {
+    const std::optional<std::size_t> exact = CountExact(files, base, names);
+    if (!exact) {
+        return std::nullopt;
+    }
+    const std::string folder = Join(base, names.first(*exact));
+    if (*exact == names.size()) {
+        return folder;
+    }
+    for (const std::string_view spelling : SpellingsIn(files, folder, names[*exact])) {
+        const std::string next = Join(folder, Names(&spelling, 1));
+        if (auto found = Resolve(files, next, names.subspan(*exact + 1))) {
+            return found;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> FindExisting(FileSystem& files, const std::string& path) {
+    FileInfo info;
+    const IoStatus status = files.Stat(path, info);
+    if (status) {
+        return path;
+    }
+    const bool searchable = status.error == IoError::NotFound && !path.empty() &&
+                            path.size() < kLongestPath && path.find('\0') == std::string::npos;
+    if (!searchable) {
+        return std::nullopt;
+    }
+    std::optional<std::string> found =
+        Resolve(files, path.front() == '/' ? "/" : "", SplitNames(path));
+    if (found && path.back() == '/') {
+        *found += '/';
+        return files.Stat(*found, info) ? found : std::nullopt;
+    }
+    return found;
+}
+
+std::optional<std::string> FindExisting(const std::string& path) {
+    return FindExisting(Files(), path);
+}
+
+bool PathExists(const std::string& path) {
+    return FindExisting(path).has_value();
+}
+
+std::string FindTarget(FileSystem& files, const std::string& path) {
+    if (auto existing = FindExisting(files, path)) {
+        return *existing;
+    }
+    const std::size_t nameStart = path.find_last_of('/') + 1;
+    const auto folder = FindExisting(files, path.substr(0, nameStart));
+    return folder ? *folder + path.substr(nameStart) : path;
+}
+
+IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries) {
+    IoStatus status = Files().List(folder, entries);
+    if (status.error != IoError::NotFound) {
+        return status;
+    }
+    const auto existing = FindExisting(folder);
+    if (!existing || *existing == folder) {
+        return status;
+    }
+    folder = *existing;
+    return Files().List(folder, entries);
+}
+
+} // namespace nqp2::platform

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/file_system.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// Finds files as a card's own file system does: without regard to letter case.
+namespace nqp2::platform {
+
+/// The real spelling of a path that exists: the path as given when it exists so (one system
+/// call), else each component searched case-blind in its folder. The exact name wins; without it
+/// those that differ only in case are tried in sorted order until the rest of the path is found.
+/// Nothing when the path does not exist or cannot be reached. Doubled separators do not matter; a
+/// trailing one is kept and asks for a folder.
+std::optional<std::string> FindExisting(const std::string& path);
+std::optional<std::string> FindExisting(FileSystem& files, const std::string& path);
+
+/// Where to write a file: the existing file in whatever case, else its name as given in the
+/// existing folder, else the path as given.
+std::string FindTarget(FileSystem& files, const std::string& path);
+
+/// Lists a folder that is found case-blind; `folder` receives its real spelling.
+IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries);
+
+/// Whether a file or folder stands under the path, in any letter case.
+bool PathExists(const std::string& path);
+
+} // namespace nqp2::platform

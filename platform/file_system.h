@@ -1,0 +1,97 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/io_status.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The one way to files. Paths are POSIX paths and are taken exactly, letter case included;
+/// platform/case_blind.h finds names as a card's file system does.
+namespace nqp2::platform {
+
+/// Far above a full card (100,000 clips of 16 sound files); bounds what a folder can cost.
+inline constexpr std::size_t kMaxFolderEntries = 2'000'000;
+
+enum class EntryKind { File, Folder, Other };
+
+struct FolderEntry {
+    std::string name;
+    EntryKind kind = EntryKind::File;
+};
+
+struct FileInfo {
+    EntryKind kind = EntryKind::File;
+    std::uint64_t size = 0;
+    std::time_t modified = 0; ///< last change of the content, seconds since 1970 UTC
+    std::time_t created = 0;  ///< birth time where the medium keeps one, else the earliest known
+};
+
+/// A file open for reading. One thread at a time.
+class FileReader {
+public:
+    virtual ~FileReader() = default;
+    /// Size when the file was opened.
+    [[nodiscard]] virtual std::uint64_t Size() const = 0;
+    /// Reads up to `capacity` bytes; `count` is 0 at the end of the file.
+    virtual IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) = 0;
+};
+
+/// Any operation on the empty path, or on one that holds a zero byte, ends in NotFound.
+/// Every operation may be called from several threads at once.
+class FileSystem {
+public:
+    virtual ~FileSystem() = default;
+
+    /// What stands under the path (links are followed).
+    virtual IoStatus Stat(const std::string& path, FileInfo& info) = 0;
+    /// The entries of a folder in the file system's order, without "." and "..".
+    /// Kinds follow links; a link that leads nowhere is Other. Entries read before an error are
+    /// kept; a folder of more than kMaxFolderEntries stops there with TooLarge.
+    virtual IoStatus List(const std::string& folder, std::vector<FolderEntry>& entries) = 0;
+    /// Opens a regular file; never waits on a pipe or device.
+    virtual IoStatus Open(const std::string& path, std::unique_ptr<FileReader>& reader) = 0;
+    /// Reads a whole regular file of at most `limit` bytes (TooLarge beyond it), growing or
+    /// shrinking files included. Four system calls for a file that fits its own size. The
+    /// string's memory is used again: one string for many files saves time. Empty on failure.
+    virtual IoStatus Read(const std::string& path, std::uint64_t limit, std::string& content) = 0;
+    /// Replaces or makes a file: hidden temporary beside it, flushed, renamed over it, folder
+    /// flushed. On failure the old file stays whole and nothing is left behind; only a failure to
+    /// flush the folder is reported with the new file already in place.
+    /// The one operation that is not exact: an existing file in another letter case is replaced
+    /// under its own name. A link stays and the file behind it is replaced; permission bits stay.
+    virtual IoStatus WriteWhole(const std::string& path, std::string_view content) = 0;
+    /// Bytes that an ordinary user can still write on the medium that holds the path.
+    virtual IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) = 0;
+    virtual IoStatus RemoveFile(const std::string& path) = 0;
+    virtual IoStatus MakeFolder(const std::string& path) = 0;
+};
+
+/// The disk itself.
+FileSystem& DiskFiles();
+
+/// The file system in use: the disk, or what a test put in its place.
+FileSystem& Files();
+
+/// Puts `replacement` in the disk's place for its own lifetime. For tests and benchmarks; not
+/// while another thread reads files.
+class ScopedFileSystem {
+public:
+    explicit ScopedFileSystem(FileSystem& replacement);
+    ~ScopedFileSystem();
+    ScopedFileSystem(const ScopedFileSystem&) = delete;
+    ScopedFileSystem& operator=(const ScopedFileSystem&) = delete;
+
+private:
+    FileSystem* m_previous;
+};
+
+} // namespace nqp2::platform

@@ -1,0 +1,81 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/folder_index.h"
+
+#include "platform/case_blind.h"
+#include "platform/case_fold.h"
+
+#include <bit>
+#include <functional>
+#include <numeric>
+
+namespace nqp2::platform {
+namespace {
+
+static_assert(kMaxFolderEntries <= UINT32_MAX, "an entry's number takes 32 bits");
+
+/// `count` is a power of two.
+std::size_t BucketNumber(std::string_view foldedName, std::size_t count) {
+    return std::hash<std::string_view>()(foldedName) & (count - 1);
+}
+
+} // namespace
+
+FolderIndex FolderIndex::Read(const std::string& folder) {
+    FolderIndex index;
+    std::string realFolder = folder;
+    index.m_status = ListExisting(realFolder, index.m_entries);
+    index.FillBuckets();
+    return index;
+}
+
+void FolderIndex::FillBuckets() {
+    const std::size_t count = std::bit_ceil(m_entries.size());
+    std::vector<std::size_t> bucketOfEntry;
+    bucketOfEntry.reserve(m_entries.size());
+    m_buckets.assign(count + 1, 0);
+    for (const FolderEntry& entry : m_entries) {
+        bucketOfEntry.push_back(BucketNumber(FoldNameCase(entry.name), count));
+        ++m_buckets[bucketOfEntry.back() + 1];
+    }
+    std::partial_sum(m_buckets.begin(), m_buckets.end(), m_buckets.begin());
+    std::vector<std::uint32_t> free(m_buckets.begin(), m_buckets.end() - 1);
+    m_numbers.resize(m_entries.size());
+    for (std::uint32_t number = 0; number < m_numbers.size(); ++number) {
+        m_numbers[free[bucketOfEntry[number]]++] = number;
+    }
+}
+
+std::span<const std::uint32_t> FolderIndex::BucketOf(std::string_view foldedName) const {
+    if (m_numbers.empty()) {
+        return {};
+    }
+    const std::size_t bucket = BucketNumber(foldedName, m_buckets.size() - 1);
+    const std::span all(m_numbers);
+    return all.subspan(m_buckets[bucket], m_buckets[bucket + 1] - m_buckets[bucket]);
+}
+
+const FolderEntry* FolderIndex::Find(std::string_view name) const {
+    if (name.find_first_of("/\\") != std::string_view::npos) {
+        return nullptr;
+    }
+    const std::string folded = FoldNameCase(name);
+    const std::span<const std::uint32_t> bucket = BucketOf(folded);
+    for (const std::uint32_t number : bucket) {
+        if (m_entries[number].name == name) {
+            return &m_entries[number];
+        }
+    }
+    const FolderEntry* first = nullptr;
+    for (const std::uint32_t number : bucket) {
+        const FolderEntry& entry = m_entries[number];
+        const bool earlier = first == nullptr || entry.name < first->name;
+        if (earlier && FoldNameCase(entry.name) == folded) {
+            first = &entry;
+        }
+    }
+    return first;
+}
+
+} // namespace nqp2::platform

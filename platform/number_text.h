@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+/// Numbers as the C library's _wtoi family reads them: leading white space, one sign, decimal
+/// digits; anything else ends the number; out of range saturates; no digits give 0.
+namespace nqp2::platform {
+
+std::int32_t ToInt32(std::wstring_view text);
+std::int64_t ToInt64(std::wstring_view text);
+
+} // namespace nqp2::platform

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <functional>
+#include <grp.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace nqp2::test {
+
+/// Runs `body` in a process of its own, where it may give up rights or set limits. The result is
+/// the number that it returned (0 to 255), or -1 when the process ended in any other way.
+inline int RunInChild(const std::function<int()>& body) {
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(body());
+    }
+    int status = 0;
+    const bool ended = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status);
+    return ended ? WEXITSTATUS(status) : -1;
+}
+
+/// Gives up the rights of the superuser, whom no permission bit stops. Only in a child process.
+inline bool BecomeOrdinaryUser() {
+    constexpr uid_t kNobody = 65534;
+    return geteuid() != 0 ||
+           (setgroups(0, nullptr) == 0 && setgid(kNobody) == 0 && setuid(kNobody) == 0);
+}
+
+} // namespace nqp2::test

@@ -1,0 +1,223 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/file_system.h"
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace nqp2::test {
+
+/// ReadBlock is FileReader::Read of a file that was opened through the faulty file system.
+enum class Operation {
+    Stat,
+    List,
+    Open,
+    Read,
+    ReadBlock,
+    WriteWhole,
+    FreeSpace,
+    RemoveFile,
+    MakeFolder,
+};
+inline constexpr std::size_t kOperations = 9;
+
+/// Which calls fail and how. The defaults match every call.
+struct Fault {
+    platform::IoError error = platform::IoError::Device;
+    std::optional<Operation> operation = {};
+    std::string pathPart = {};                                       ///< occurs in the path
+    std::uint64_t skip = 0;                                          ///< matching calls let through
+    std::uint64_t times = std::numeric_limits<std::uint64_t>::max(); ///< failures, then healed
+    std::size_t keptEntries = 0; ///< entries that a failing List still delivers
+};
+
+/// A file system that counts, delays and fails calls before they reach another one.
+/// Safe from several threads.
+class FaultyFileSystem final : public platform::FileSystem {
+public:
+    /// Called before an operation, for example to take the medium away in the middle.
+    using Hook = std::function<void(Operation, const std::string& path)>;
+
+    explicit FaultyFileSystem(platform::FileSystem& inner = platform::DiskFiles())
+        : m_inner(inner) {}
+
+    void Fail(Fault fault) {
+        const std::lock_guard guard(m_lock);
+        m_faults.push_back(std::move(fault));
+    }
+    void HealAll() {
+        const std::lock_guard guard(m_lock);
+        m_faults.clear();
+    }
+    void SetHook(Hook hook) {
+        const std::lock_guard guard(m_lock);
+        m_hook = std::move(hook);
+    }
+    /// Lets each call of one kind take at least this long, as slow media do.
+    void SetDelay(Operation operation, std::chrono::microseconds delay) {
+        m_delays[Slot(operation)] = delay.count();
+    }
+    void SetDelay(std::chrono::microseconds delay) {
+        for (auto& each : m_delays) {
+            each = delay.count();
+        }
+    }
+
+    [[nodiscard]] std::uint64_t Calls(Operation operation) const {
+        return m_calls[Slot(operation)];
+    }
+    [[nodiscard]] std::uint64_t Calls() const {
+        std::uint64_t sum = 0;
+        for (const auto& each : m_calls) {
+            sum += each;
+        }
+        return sum;
+    }
+    void ResetCalls() {
+        for (auto& each : m_calls) {
+            each = 0;
+        }
+    }
+
+    platform::IoStatus Stat(const std::string& path, platform::FileInfo& info) override {
+        platform::IoStatus status = Enter(Operation::Stat, path);
+        return status ? m_inner.Stat(path, info) : status;
+    }
+    platform::IoStatus List(const std::string& folder,
+                            std::vector<platform::FolderEntry>& entries) override {
+        std::size_t kept = 0;
+        platform::IoStatus status = Enter(Operation::List, folder, &kept);
+        if (status) {
+            return m_inner.List(folder, entries);
+        }
+        entries.clear();
+        if (kept != 0 && m_inner.List(folder, entries) && entries.size() > kept) {
+            entries.resize(kept);
+        }
+        return status;
+    }
+    platform::IoStatus Open(const std::string& path,
+                            std::unique_ptr<platform::FileReader>& reader) override {
+        platform::IoStatus status = Enter(Operation::Open, path);
+        if (status) {
+            status = m_inner.Open(path, reader);
+        }
+        if (status) {
+            reader = std::make_unique<Reader>(*this, path, std::move(reader));
+        }
+        return status;
+    }
+    platform::IoStatus Read(const std::string& path, std::uint64_t limit,
+                            std::string& content) override {
+        platform::IoStatus status = Enter(Operation::Read, path);
+        if (!status) {
+            content.clear();
+        }
+        return status ? m_inner.Read(path, limit, content) : status;
+    }
+    platform::IoStatus WriteWhole(const std::string& path, std::string_view content) override {
+        platform::IoStatus status = Enter(Operation::WriteWhole, path);
+        return status ? m_inner.WriteWhole(path, content) : status;
+    }
+    platform::IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) override {
+        platform::IoStatus status = Enter(Operation::FreeSpace, path);
+        return status ? m_inner.FreeSpace(path, bytes) : status;
+    }
+    platform::IoStatus RemoveFile(const std::string& path) override {
+        platform::IoStatus status = Enter(Operation::RemoveFile, path);
+        return status ? m_inner.RemoveFile(path) : status;
+    }
+    platform::IoStatus MakeFolder(const std::string& path) override {
+        platform::IoStatus status = Enter(Operation::MakeFolder, path);
+        return status ? m_inner.MakeFolder(path) : status;
+    }
+
+private:
+    class Reader final : public platform::FileReader {
+    public:
+        Reader(FaultyFileSystem& owner, std::string path,
+               std::unique_ptr<platform::FileReader> inner)
+            : m_owner(owner), m_path(std::move(path)), m_inner(std::move(inner)) {}
+        [[nodiscard]] std::uint64_t Size() const override { return m_inner->Size(); }
+        platform::IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) override {
+            count = 0;
+            platform::IoStatus status = m_owner.Enter(Operation::ReadBlock, m_path);
+            return status ? m_inner->Read(buffer, capacity, count) : status;
+        }
+
+    private:
+        FaultyFileSystem& m_owner;
+        std::string m_path;
+        std::unique_ptr<platform::FileReader> m_inner;
+    };
+
+    static std::size_t Slot(Operation operation) { return static_cast<std::size_t>(operation); }
+
+    static bool Matches(const Fault& fault, Operation operation, const std::string& path) {
+        return fault.operation.value_or(operation) == operation &&
+               path.find(fault.pathPart) != std::string::npos;
+    }
+
+    /// Counts a matching call against the fault and tells whether this one fails.
+    static bool Strikes(Fault& fault) {
+        if (fault.skip != 0) {
+            --fault.skip;
+            return false;
+        }
+        if (fault.times == 0) {
+            return false;
+        }
+        --fault.times;
+        return true;
+    }
+
+    /// Hook and delay run outside the lock, so that threads wait side by side.
+    platform::IoStatus Enter(Operation operation, const std::string& path,
+                             std::size_t* keptEntries = nullptr) {
+        ++m_calls[Slot(operation)];
+        if (const std::int64_t delay = m_delays[Slot(operation)]; delay > 0) {
+            std::this_thread::sleep_for(std::chrono::microseconds(delay));
+        }
+        if (const Hook hook = CurrentHook()) {
+            hook(operation, path);
+        }
+        const std::lock_guard guard(m_lock);
+        for (Fault& fault : m_faults) {
+            if (Matches(fault, operation, path) && Strikes(fault)) {
+                if (keptEntries != nullptr) {
+                    *keptEntries = fault.keptEntries;
+                }
+                return {fault.error, "made to fail"};
+            }
+        }
+        return {};
+    }
+
+    Hook CurrentHook() {
+        const std::lock_guard guard(m_lock);
+        return m_hook;
+    }
+
+    platform::FileSystem& m_inner;
+    std::mutex m_lock;
+    std::vector<Fault> m_faults;
+    Hook m_hook;
+    std::array<std::atomic<std::uint64_t>, kOperations> m_calls = {};
+    std::array<std::atomic<std::int64_t>, kOperations> m_delays = {};
+};
+
+} // namespace nqp2::test
