@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "media/card_layout.h"
+
+#include <string_view>
+
+namespace nqp2::media {
+
+CString WithDrive(const CString& root) {
+    return root.Find(L':') < 0 ? root + L":" : root;
+}
+
+CString ContentsFolder(const CString& root) {
+    return WithDrive(root) + L"\\CONTENTS\\";
+}
+
+bool IsPlainName(const CString& name) {
+    constexpr std::wstring_view kUnsafe(L"\\/:\0", 4);
+    return name.View().find_first_of(kUnsafe) == std::wstring_view::npos;
+}
+
+} // namespace nqp2::media

@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <string_view>
+
+namespace nqp2::media {
+
+/// How the essence of a codec is laid out on the card: the two families keep video and audio in
+/// one file of the AVCLIP folder.
+enum class CodecFamily { Other, LongGop, Intra };
+
+/// "AVC-LongG422" and "AVC-LongG420" in any letter case, or a name that contains "AVC-Long", are
+/// long-GOP; "AVC-Intra4K_422", "AVC-Intra4K_444", "AVC-Intra_422" in any case, or a name that
+/// contains "AVC-Intra", are Intra. (The short names "AVC-I_..." are neither.)
+CodecFamily FamilyOfCodec(std::wstring_view codec);
+
+/// Whether the codec's class belongs into its name ("AVC-LongG422" and "AVC-LongG420", any case).
+bool NameCarriesClass(std::wstring_view codec);
+
+} // namespace nqp2::media
