@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/Export.h"
+
+#include <cstdint>
+
+namespace nqp2 {
+
+/// Size in bytes from which an XML file is refused unread; 32 MiB at the start. Process-wide, safe
+/// from any thread.
+NQP2_API void SetMaxXmlFileSize(std::uint64_t bytes);
+NQP2_API std::uint64_t MaxXmlFileSize();
+
+} // namespace nqp2

@@ -1,0 +1,133 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/document.h"
+
+#include "platform/case_blind.h"
+#include "platform/file_system.h"
+#include "xml/dom/select.h"
+#include "xml/dom/serialize.h"
+#include "xml/dom/XmlLimits.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace nqp2::dom {
+namespace {
+
+// Files up to this size are read whole, in four system calls; larger ones piece by piece, so that
+// a file never stands in memory beside its tree.
+constexpr std::uint64_t kReadWhole = std::uint64_t{256} * 1024;
+
+ParseError FaultOf(const platform::IoStatus& status) {
+    switch (status.error) {
+    case platform::IoError::NotFound:
+        return {kErrorNotFound, "the file does not exist", 0, 0, Fault::NotFound};
+    case platform::IoError::IsFolder:
+        return {kErrorUnreadable, "it is a folder", 0, 0, Fault::IsFolder};
+    case platform::IoError::TooLarge:
+        return {kErrorTooLarge, kFileTooLarge, 0, 0, Fault::TooLarge};
+    default:
+        return {kErrorUnreadable, status.reason, 0, 0, Fault::Unreadable};
+    }
+}
+
+} // namespace
+
+Document::Document(SelectionRule::Names names) {
+    m_rule.names = names;
+    FreshTree();
+}
+
+void Document::FreshTree() {
+    // A tree that nobody else holds serves again: its memory is already there.
+    if (m_tree == nullptr || m_tree.use_count() > 1) {
+        m_tree = std::make_shared<Tree>();
+    }
+    m_tree->SetRule(m_rule);
+}
+
+bool Document::Keep(ParseError error) {
+    m_error = std::move(error);
+    return m_error.fault == Fault::None;
+}
+
+void Document::Clear() {
+    FreshTree();
+    m_tree->Clear();
+}
+
+bool Document::LoadText(std::string_view utf8) {
+    FreshTree();
+    return Keep(m_parser.ParseText(utf8, *m_tree));
+}
+
+bool Document::LoadBytes(std::string_view bytes) {
+    FreshTree();
+    return Keep(m_parser.ParseBytes(bytes, *m_tree));
+}
+
+bool Document::LoadFile(const std::string& path) {
+    Clear();
+    ParseError error = ReadFile(path);
+    if (error.fault == Fault::NotFound) {
+        const std::optional<std::string> spelled = platform::FindExisting(path);
+        if (spelled && *spelled != path) {
+            error = ReadFile(*spelled);
+        }
+    }
+    return Keep(std::move(error));
+}
+
+ParseError Document::ReadFile(const std::string& path) {
+    const std::uint64_t limit = nqp2::MaxXmlFileSize();
+    platform::FileSystem& files = platform::Files();
+    platform::IoStatus status = files.Read(path, std::min(limit, kReadWhole), m_buffer);
+    if (status) {
+        return m_parser.ParseBytes(m_buffer, *m_tree);
+    }
+    if (status.error != platform::IoError::TooLarge || limit <= kReadWhole) {
+        return FaultOf(status);
+    }
+    std::unique_ptr<platform::FileReader> reader;
+    status = files.Open(path, reader);
+    if (!status) {
+        return FaultOf(status);
+    }
+    if (reader->Size() > limit) {
+        return {kErrorTooLarge, kFileTooLarge, 0, 0, Fault::TooLarge};
+    }
+    return m_parser.ParseStream(*reader, limit, *m_tree);
+}
+
+bool Document::Save(const std::string& path) const {
+    const platform::IoStatus status =
+        platform::Files().WriteWhole(path, Serialize(m_tree->DocumentNode()));
+    return static_cast<bool>(status);
+}
+
+std::shared_ptr<Node> Document::DocumentNode() const {
+    return m_tree->Share(&m_tree->DocumentNode());
+}
+
+std::shared_ptr<Node> Document::SelectSingle(std::string_view path) const {
+    return m_tree->Share(SelectFirst(m_tree->DocumentNode(), path));
+}
+
+std::shared_ptr<NodeList> Document::SelectNodes(std::string_view path) const {
+    return ListOf(m_tree->DocumentNode(), path);
+}
+
+bool Document::SetSelectionNamespaces(std::string_view declarations) {
+    auto bindings = ParseBindings(declarations);
+    const bool sound = bindings.has_value();
+    m_rule.bindings = sound ? std::move(*bindings) : decltype(m_rule.bindings)();
+    m_tree->SetRule(m_rule);
+    return sound;
+}
+
+std::shared_ptr<NodeList> ListOf(Node& context, std::string_view path) {
+    return std::make_shared<NodeList>(context.tree->shared_from_this(), SelectAll(context, path));
+}
+
+} // namespace nqp2::dom

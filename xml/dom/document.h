@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "xml/dom/node_list.h"
+#include "xml/dom/parse_error.h"
+#include "xml/dom/parser.h"
+#include "xml/dom/selection_rule.h"
+#include "xml/dom/tree.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace nqp2::dom {
+
+/// A document object: one tree at a time, replaced by each load, with the error of the last load
+/// and the rule by which paths name its nodes. Nodes of a replaced tree stay usable as long as
+/// somebody holds one. One thread at a time.
+class Document {
+public:
+    explicit Document(SelectionRule::Names names);
+
+    /// Loads replace the content whether they succeed or not; a failed one leaves the document
+    /// empty. They return whether the document is well-formed; LastError tells the rest.
+    bool LoadText(std::string_view utf8);
+    bool LoadBytes(std::string_view bytes);
+    /// A file by its POSIX path, in any letter case.
+    bool LoadFile(const std::string& path);
+    /// Empties the document.
+    void Clear();
+
+    /// Writes the document; the old file stays whole when that fails.
+    [[nodiscard]] bool Save(const std::string& path) const;
+
+    [[nodiscard]] const ParseError& LastError() const { return m_error; }
+    [[nodiscard]] const std::shared_ptr<Tree>& Content() const { return m_tree; }
+    [[nodiscard]] std::shared_ptr<Node> DocumentNode() const;
+
+    /// Queries from the document node. Throw _com_error (E_FAIL) for a path that cannot be
+    /// evaluated.
+    [[nodiscard]] std::shared_ptr<Node> SelectSingle(std::string_view path) const;
+    [[nodiscard]] std::shared_ptr<NodeList> SelectNodes(std::string_view path) const;
+
+    /// Sets which prefixes paths may use, from a list of declarations; an empty text clears them.
+    /// A text that is no such list clears them too and returns false.
+    bool SetSelectionNamespaces(std::string_view declarations);
+
+private:
+    void FreshTree();
+    bool Keep(ParseError error);
+    ParseError ReadFile(const std::string& path);
+
+    SelectionRule m_rule;
+    Parser m_parser;
+    std::shared_ptr<Tree> m_tree;
+    ParseError m_error;
+    std::string m_buffer; ///< content of the file that is read; kept for the next one
+};
+
+/// The list of what a path selects from a node; as Document::SelectNodes.
+std::shared_ptr<NodeList> ListOf(Node& context, std::string_view path);
+
+} // namespace nqp2::dom

@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/parser.h"
+
+#include "platform/file_system.h"
+#include "xml/dom/tree_builder.h"
+
+#include <libxml/dict.h>
+#include <libxml/parser.h>
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <new>
+
+namespace nqp2::dom {
+namespace {
+
+// No network, no entities, no external anything; errors come through the structured handler.
+constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
+
+// The context's name table outlives a document; a card of files with ever new names must not let
+// it grow without end.
+constexpr std::size_t kMaxNameTableBytes = std::size_t{1} * 1024 * 1024;
+
+// libxml2 compares each attribute of a tag with each other and looks every prefix up in a list:
+// a tag of a million attributes would keep it busy for hours. Its tables hold five and two slots
+// an entry; no metadata comes near these figures.
+constexpr int kMaxAttributeSlots = 5 * 1500;
+constexpr int kMaxNamespaceSlots = 2 * 500;
+
+} // namespace
+
+/// Where the bytes of one document come from.
+class Parser::Source {
+public:
+    virtual ~Source() = default;
+    /// Up to `capacity` bytes, 0 at the end. A fault ends the parse.
+    virtual std::size_t Read(char* buffer, std::size_t capacity, ParseError& fault) = 0;
+};
+
+namespace {
+
+class MemorySource final : public Parser::Source {
+public:
+    explicit MemorySource(std::string_view bytes) : m_left(bytes) {}
+    std::size_t Read(char* buffer, std::size_t capacity, ParseError& /*fault*/) override {
+        const std::size_t count = std::min(capacity, m_left.size());
+        std::memcpy(buffer, m_left.data(), count);
+        m_left.remove_prefix(count);
+        return count;
+    }
+
+private:
+    std::string_view m_left;
+};
+
+class FileSource final : public Parser::Source {
+public:
+    FileSource(platform::FileReader& reader, std::uint64_t limit)
+        : m_reader(reader), m_left(limit) {}
+    std::size_t Read(char* buffer, std::size_t capacity, ParseError& fault) override {
+        std::size_t count = 0;
+        const platform::IoStatus status = m_reader.Read(buffer, capacity, count);
+        if (!status) {
+            fault = {kErrorUnreadable, status.reason, 0, 0, Fault::Unreadable};
+            return 0;
+        }
+        if (count > m_left) {
+            fault = {kErrorTooLarge, kFileTooLarge, 0, 0, Fault::TooLarge};
+            return 0;
+        }
+        m_left -= count;
+        return count;
+    }
+
+private:
+    platform::FileReader& m_reader;
+    std::uint64_t m_left;
+};
+
+} // namespace
+
+struct Parser::Context {
+    xmlParserCtxtPtr libxml = nullptr;
+    TreeBuilder builder;
+    Source* source = nullptr;
+    ParseError sourceFault;
+
+    Context() { Renew(); }
+    ~Context() { xmlFreeParserCtxt(libxml); }
+    Context(const Context&) = delete;
+    Context& operator=(const Context&) = delete;
+
+    void Renew() {
+        if (libxml != nullptr) {
+            xmlFreeParserCtxt(libxml);
+        }
+        libxml = xmlNewParserCtxt();
+        if (libxml == nullptr) {
+            throw std::bad_alloc();
+        }
+    }
+
+    [[nodiscard]] bool Overgrown() const {
+        return libxml->maxatts > kMaxAttributeSlots || libxml->nsNr > kMaxNamespaceSlots;
+    }
+
+    int Read(char* buffer, int capacity) {
+        if (Overgrown()) {
+            sourceFault = {kErrorTooLarge, "an element has too many attributes", 0, 0,
+                           Fault::TooLarge};
+        }
+        if (sourceFault.fault != Fault::None) {
+            return -1;
+        }
+        const std::size_t count =
+            source->Read(buffer, static_cast<std::size_t>(capacity), sourceFault);
+        return sourceFault.fault != Fault::None ? -1 : static_cast<int>(count);
+    }
+
+    static int OnRead(void* context, char* buffer, int capacity) {
+        return static_cast<Context*>(context)->Read(buffer, capacity);
+    }
+
+    static int OnClose(void* /*context*/) { return 0; }
+};
+
+Parser::Parser() {
+    static std::once_flag once;
+    std::call_once(once, xmlInitParser);
+    m_context = std::make_unique<Context>();
+}
+
+Parser::~Parser() = default;
+
+ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
+    Context& context = *m_context;
+    if (context.Overgrown() || xmlDictGetUsage(context.libxml->dict) > kMaxNameTableBytes) {
+        context.Renew();
+    }
+    context.source = &source;
+    context.sourceFault = {};
+    context.builder.Start(tree, context.libxml, kMaxTreeBytes);
+    xmlCtxtReadIO(context.libxml, Context::OnRead, Context::OnClose, &context, nullptr, encoding,
+                  kOptions);
+    ParseError error = context.builder.Finish();
+    if (context.sourceFault.fault != Fault::None) {
+        tree.Clear();
+        return context.sourceFault;
+    }
+    return error;
+}
+
+ParseError Parser::ParseBytes(std::string_view bytes, Tree& tree) {
+    MemorySource source(bytes);
+    return Parse(source, nullptr, tree);
+}
+
+ParseError Parser::ParseText(std::string_view utf8, Tree& tree) {
+    constexpr std::string_view kBlanks = " \t\r\n";
+    utf8.remove_prefix(std::min(utf8.find_first_not_of(kBlanks), utf8.size()));
+    MemorySource source(utf8);
+    return Parse(source, "UTF-8", tree);
+}
+
+ParseError Parser::ParseStream(platform::FileReader& reader, std::uint64_t limit, Tree& tree) {
+    FileSource source(reader, limit);
+    return Parse(source, nullptr, tree);
+}
+
+} // namespace nqp2::dom

@@ -1,0 +1,211 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/serialize.h"
+
+#include <string_view>
+#include <vector>
+
+namespace nqp2::dom {
+namespace {
+
+constexpr std::string_view kLineBreak = "\r\n";
+
+std::string_view TextEscape(char ch) {
+    switch (ch) {
+    case '&':
+        return "&amp;";
+    case '<':
+        return "&lt;";
+    case '>':
+        return "&gt;";
+    case '\r':
+        return "&#13;";
+    default:
+        return {};
+    }
+}
+
+std::string_view AttributeEscape(char ch) {
+    switch (ch) {
+    case '"':
+        return "&quot;";
+    case '\t':
+        return "&#9;";
+    case '\n':
+        return "&#10;";
+    default:
+        return TextEscape(ch);
+    }
+}
+
+template <class Escape>
+void AppendEscaped(std::string& out, std::string_view text, Escape escape) {
+    std::size_t start = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const std::string_view replacement = escape(text[i]);
+        if (!replacement.empty()) {
+            out.append(text.substr(start, i - start)).append(replacement);
+            start = i + 1;
+        }
+    }
+    out.append(text.substr(start));
+}
+
+/// The namespace declarations in force while the output goes down and up the tree.
+class Scope {
+public:
+    [[nodiscard]] std::size_t Mark() const { return m_entries.size(); }
+    void Return(std::size_t mark) { m_entries.resize(mark); }
+    void Declare(std::string_view prefix, std::string_view uri) {
+        m_entries.push_back({prefix, uri});
+    }
+    [[nodiscard]] bool Holds(std::string_view prefix, std::string_view uri) const {
+        for (auto each = m_entries.rbegin(); each != m_entries.rend(); ++each) {
+            if (each->prefix == prefix) {
+                return each->uri == uri;
+            }
+        }
+        return uri.empty();
+    }
+
+private:
+    struct Entry {
+        std::string_view prefix;
+        std::string_view uri;
+    };
+    std::vector<Entry> m_entries;
+};
+
+class Serializer {
+public:
+    std::string Run(const Node& top) {
+        // Down and up without recursion: built trees may be deeper than any stack.
+        const Node* node = &top;
+        while (node != nullptr) {
+            Open(*node);
+            if (node->firstChild != nullptr) {
+                node = node->firstChild;
+                continue;
+            }
+            while (node != nullptr && node != &top && node->next == nullptr) {
+                Close(*node);
+                node = node->parent;
+            }
+            if (node != nullptr) {
+                Close(*node);
+            }
+            node = node == &top || node == nullptr ? nullptr : node->next;
+        }
+        return std::move(m_out);
+    }
+
+private:
+    void Open(const Node& node) {
+        switch (node.type) {
+        case NodeType::Element:
+            OpenElement(node);
+            break;
+        case NodeType::Attribute:
+        case NodeType::Text:
+            AppendEscaped(m_out, node.content, TextEscape);
+            break;
+        case NodeType::CData:
+            AppendCData(node.content);
+            break;
+        case NodeType::Comment:
+            m_out.append("<!--").append(node.content).append("-->");
+            break;
+        case NodeType::ProcessingInstruction:
+            AppendInstruction(node);
+            break;
+        case NodeType::Document:
+        case NodeType::Fragment:
+            break;
+        }
+    }
+
+    void Close(const Node& node) {
+        if (node.type == NodeType::Element) {
+            if (node.firstChild != nullptr) {
+                m_out.append("</").append(node.name).append(">");
+            }
+            m_scope.Return(m_marks.back());
+            m_marks.pop_back();
+        }
+        if (node.parent != nullptr && node.parent->type == NodeType::Document) {
+            m_out.append(kLineBreak);
+        }
+    }
+
+    void OpenElement(const Node& element) {
+        m_marks.push_back(m_scope.Mark());
+        m_out.append("<").append(element.name);
+        for (const Node* each = element.firstAttribute; each != nullptr; each = each->next) {
+            if (IsDeclaration(*each)) {
+                m_scope.Declare(BaseName(*each), each->content);
+            }
+        }
+        DeclareIfNeeded(element, element);
+        for (const Node* each = element.firstAttribute; each != nullptr; each = each->next) {
+            if (!IsDeclaration(*each) && each->prefixLength != 0) {
+                DeclareIfNeeded(*each, element);
+            }
+            AppendAttribute(each->name, each->content);
+        }
+        m_out.append(element.firstChild != nullptr ? ">" : "/>");
+    }
+
+    // A root that carries its namespace as a plain attribute prints that one alone.
+    void DeclareIfNeeded(const Node& named, const Node& element) {
+        const std::string_view prefix = Prefix(named);
+        std::string name = "xmlns";
+        if (!prefix.empty()) {
+            name.append(":").append(prefix);
+        }
+        const bool reserved = prefix == "xml" || (!prefix.empty() && named.uri.empty());
+        if (reserved || FindAttribute(element, name) != nullptr ||
+            m_scope.Holds(prefix, named.uri)) {
+            return;
+        }
+        m_scope.Declare(prefix, named.uri);
+        AppendAttribute(name, named.uri);
+    }
+
+    void AppendAttribute(std::string_view name, std::string_view value) {
+        m_out.append(" ").append(name).append("=\"");
+        AppendEscaped(m_out, value, AttributeEscape);
+        m_out.append("\"");
+    }
+
+    void AppendCData(std::string_view content) {
+        constexpr std::string_view kEnd = "]]>";
+        m_out.append("<![CDATA[");
+        for (std::size_t end = content.find(kEnd); end != std::string_view::npos;
+             end = content.find(kEnd)) {
+            m_out.append(content.substr(0, end + 2)).append("]]><![CDATA[");
+            content.remove_prefix(end + 2);
+        }
+        m_out.append(content).append(kEnd);
+    }
+
+    void AppendInstruction(const Node& node) {
+        m_out.append("<?").append(node.name);
+        if (!node.content.empty()) {
+            m_out.append(" ").append(node.content);
+        }
+        m_out.append("?>");
+    }
+
+    std::string m_out;
+    Scope m_scope;
+    std::vector<std::size_t> m_marks;
+};
+
+} // namespace
+
+std::string Serialize(const Node& node) {
+    return Serializer().Run(node);
+}
+
+} // namespace nqp2::dom

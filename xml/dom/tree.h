@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "xml/dom/arena.h"
+#include "xml/dom/node.h"
+#include "xml/dom/path_walk.h"
+#include "xml/dom/selection_rule.h"
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+namespace nqp2::dom {
+
+class XPathView;
+
+/// The nodes of one document: makes them, links them, changes them. Owned through shared
+/// pointers; NodeHandle pointers share that ownership, so a tree lives as long as any of them.
+/// One thread at a time.
+class Tree : public std::enable_shared_from_this<Tree> {
+public:
+    Tree();
+    ~Tree();
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+
+    [[nodiscard]] Node& DocumentNode() { return *m_document; }
+    /// The document element, or null.
+    [[nodiscard]] Node* Root() const;
+    /// Bytes that the tree's nodes and texts take.
+    [[nodiscard]] std::size_t BytesUsed() const { return m_arena.Used(); }
+    /// Grows with every change, so that what was derived from the tree can tell that it is stale.
+    [[nodiscard]] std::uint64_t Version() const { return m_version; }
+
+    /// Empties the tree. Only for a tree that nobody else holds.
+    void Clear();
+
+    /// New nodes stand alone until they are linked.
+    Node& CreateElement(std::string_view qualifiedName, std::string_view uri);
+    Node& CreateCharacters(NodeType type, std::string_view content);
+    Node& CreateInstruction(std::string_view target, std::string_view data);
+
+    /// Links `child`, which stands alone, before `before` or at the end when that is null. Returns
+    /// false, with nothing changed, for a second document element or characters beside it.
+    bool Insert(Node& parent, Node& child, Node* before);
+    /// Takes the node out of its parent; it stays valid.
+    void Unlink(Node& node);
+    /// Adds an attribute behind `last` (null: as the first); its name must be new to the element.
+    Node& AppendAttribute(Node& element, Node* last, std::string_view name, std::string_view value,
+                          std::string_view uri);
+    /// Adds an attribute behind the others, or gives the one of that name a new value.
+    void SetAttribute(Node& element, std::string_view name, std::string_view value,
+                      std::string_view uri = {});
+    /// Replaces what the node holds by one text. Returns false for the document.
+    bool SetText(Node& node, std::string_view text);
+
+    /// A pointer to the node that keeps the tree alive.
+    std::shared_ptr<Node> Share(Node* node);
+
+    /// How paths name this tree's nodes.
+    [[nodiscard]] const SelectionRule& Rule() const { return m_rule; }
+    void SetRule(SelectionRule rule);
+
+    AnchorCache& Anchors() { return m_anchors; }
+    /// The form of the tree that general XPath expressions are evaluated on; made when it is first
+    /// asked for, see xml/dom/xpath.h.
+    std::unique_ptr<XPathView>& View() { return m_view; }
+
+private:
+    Node& Create(NodeType type);
+
+    Arena m_arena;
+    Node* m_document = nullptr;
+    std::uint64_t m_version = 0;
+    SelectionRule m_rule;
+    AnchorCache m_anchors;
+    std::unique_ptr<XPathView> m_view;
+};
+
+} // namespace nqp2::dom

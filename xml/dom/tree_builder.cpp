@@ -1,0 +1,233 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/tree_builder.h"
+
+#include "xml/dom/parse_error_codes.h"
+
+#include <cstring>
+#include <exception>
+#include <utility>
+
+namespace nqp2::dom {
+namespace {
+
+std::string_view View(const xmlChar* text) {
+    return text != nullptr ? std::string_view(reinterpret_cast<const char*>(text))
+                           : std::string_view();
+}
+
+std::string_view View(const xmlChar* begin, const xmlChar* end) {
+    return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
+}
+
+/// The data of the XML declaration as it is written again: documents are saved as UTF-8.
+std::string DeclarationData(const xmlParserCtxt& context) {
+    std::string data = "version=\"";
+    data += context.version != nullptr ? View(context.version) : std::string_view("1.0");
+    data += '"';
+    if (context.encoding != nullptr || context.input->encoding != nullptr) {
+        data += " encoding=\"UTF-8\"";
+    }
+    if (context.standalone == 0 || context.standalone == 1) {
+        data += context.standalone == 1 ? " standalone=\"yes\"" : " standalone=\"no\"";
+    }
+    return data;
+}
+
+} // namespace
+
+void TreeBuilder::Start(Tree& tree, xmlParserCtxtPtr context, std::size_t maxBytes) {
+    tree.Clear();
+    m_tree = &tree;
+    m_context = context;
+    m_maxBytes = maxBytes;
+    m_current = &tree.DocumentNode();
+    m_text.clear();
+    m_error = {};
+
+    xmlSAXHandler& sax = *context->sax;
+    std::memset(&sax, 0, sizeof sax);
+    sax.initialized = XML_SAX2_MAGIC;
+    sax.startDocument = OnStartDocument;
+    sax.startElementNs = OnStartElement;
+    sax.endElementNs = OnEndElement;
+    sax.characters = OnCharacters;
+    sax.ignorableWhitespace = OnCharacters;
+    sax.cdataBlock = OnCData;
+    sax.comment = OnComment;
+    sax.processingInstruction = OnInstruction;
+    sax.internalSubset = OnDocumentType;
+    sax.serror = OnError;
+    context->userData = context;
+    context->_private = this;
+}
+
+ParseError TreeBuilder::Finish() {
+    const bool sound = m_error.fault == Fault::None && m_context->wellFormed != 0 &&
+                       m_context->nsWellFormed != 0 && m_tree->Root() != nullptr;
+    if (!sound && m_error.fault == Fault::None) {
+        m_error = {kErrorMissingRoot, "the document has no content", 1, 1, Fault::NotWellFormed};
+    }
+    if (!sound) {
+        m_tree->Clear();
+    }
+    m_context->_private = nullptr;
+    return std::move(m_error);
+}
+
+TreeBuilder& TreeBuilder::From(void* context) {
+    return *static_cast<TreeBuilder*>(static_cast<xmlParserCtxtPtr>(context)->_private);
+}
+
+template <class Event>
+void TreeBuilder::Guard(Event&& event) {
+    if (m_error.fault != Fault::None) {
+        return;
+    }
+    try {
+        event();
+        if (m_tree->BytesUsed() + m_text.size() > m_maxBytes) {
+            Stop(kErrorTooLarge, "the document needs more memory than metadata may",
+                 Fault::TooLarge);
+        }
+    } catch (const std::exception&) {
+        Stop(kErrorTooLarge, "not enough memory for the document", Fault::TooLarge);
+    }
+}
+
+void TreeBuilder::Stop(std::uint32_t code, const char* reason, Fault fault) {
+    m_error = {code, reason, xmlSAX2GetLineNumber(m_context), xmlSAX2GetColumnNumber(m_context),
+               fault};
+    xmlStopParser(m_context);
+}
+
+void TreeBuilder::OnStartDocument(void* context) {
+    TreeBuilder& builder = From(context);
+    builder.Guard([&] {
+        constexpr int kNoDeclaration = -1;
+        if (builder.m_context->standalone != kNoDeclaration) {
+            builder.Append(
+                builder.m_tree->CreateInstruction("xml", DeclarationData(*builder.m_context)));
+        }
+    });
+}
+
+void TreeBuilder::OnStartElement(void* context, const xmlChar* localName, const xmlChar* prefix,
+                                 const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
+                                 int attributeCount, int /*defaultedCount*/,
+                                 const xmlChar** attributes) {
+    TreeBuilder& builder = From(context);
+    builder.Guard([&] {
+        builder.FlushText();
+        Node& element =
+            builder.m_tree->CreateElement(builder.QualifiedName(prefix, localName), View(uri));
+        builder.Append(element);
+        builder.AddAttributes(element, namespaceCount, namespaces, attributeCount, attributes);
+        builder.m_current = &element;
+    });
+}
+
+void TreeBuilder::OnEndElement(void* context, const xmlChar* /*localName*/,
+                               const xmlChar* /*prefix*/, const xmlChar* /*uri*/) {
+    TreeBuilder& builder = From(context);
+    builder.Guard([&] {
+        builder.FlushText();
+        builder.m_current = builder.m_current->parent;
+    });
+}
+
+void TreeBuilder::OnCharacters(void* context, const xmlChar* text, int length) {
+    TreeBuilder& builder = From(context);
+    builder.Guard([&] {
+        builder.m_text.append(reinterpret_cast<const char*>(text),
+                              static_cast<std::size_t>(length));
+    });
+}
+
+void TreeBuilder::OnCData(void* context, const xmlChar* text, int length) {
+    TreeBuilder& builder = From(context);
+    builder.Guard([&] {
+        builder.FlushText();
+        builder.Append(
+            builder.m_tree->CreateCharacters(NodeType::CData, View(text, text + length)));
+    });
+}
+
+void TreeBuilder::OnComment(void* context, const xmlChar* text) {
+    TreeBuilder& builder = From(context);
+    builder.Guard([&] {
+        builder.FlushText();
+        builder.Append(builder.m_tree->CreateCharacters(NodeType::Comment, View(text)));
+    });
+}
+
+void TreeBuilder::OnInstruction(void* context, const xmlChar* target, const xmlChar* data) {
+    TreeBuilder& builder = From(context);
+    builder.Guard([&] {
+        builder.FlushText();
+        builder.Append(builder.m_tree->CreateInstruction(View(target), View(data)));
+    });
+}
+
+void TreeBuilder::OnDocumentType(void* context, const xmlChar* /*name*/,
+                                 const xmlChar* /*publicId*/, const xmlChar* /*systemId*/) {
+    TreeBuilder& builder = From(context);
+    builder.Guard([&] {
+        builder.Stop(kErrorDocumentType, "the file carries a document type declaration",
+                     Fault::DocumentType);
+    });
+}
+
+void TreeBuilder::OnError(void* context, xmlErrorPtr error) {
+    TreeBuilder& builder = From(context);
+    const bool counts = error->level == XML_ERR_FATAL || error->domain == XML_FROM_NAMESPACE;
+    if (!counts || error->level < XML_ERR_ERROR) {
+        return;
+    }
+    builder.Guard([&] {
+        std::string reason = error->message != nullptr ? error->message : "not well-formed";
+        reason.erase(reason.find_last_not_of("\r\n") + 1);
+        builder.m_error = {PlatformErrorCode(*error), std::move(reason), error->line, error->int2,
+                           Fault::NotWellFormed};
+    });
+}
+
+void TreeBuilder::Append(Node& node) {
+    m_tree->Insert(*m_current, node, nullptr);
+}
+
+void TreeBuilder::FlushText() {
+    if (!m_text.empty()) {
+        Append(m_tree->CreateCharacters(NodeType::Text, m_text));
+        m_text.clear();
+    }
+}
+
+void TreeBuilder::AddAttributes(Node& element, int declarationCount, const xmlChar** declarations,
+                                int attributeCount, const xmlChar** attributes) {
+    static const xmlChar* const kXmlns = BAD_CAST "xmlns";
+    Node* last = nullptr;
+    for (int i = 0; i < declarationCount; ++i) {
+        const xmlChar* const prefix = declarations[2 * i];
+        const std::string_view name =
+            prefix == nullptr ? QualifiedName(nullptr, kXmlns) : QualifiedName(kXmlns, prefix);
+        last = &m_tree->AppendAttribute(element, last, name, View(declarations[2 * i + 1]), {});
+    }
+    // Per attribute: local name, prefix, namespace, start and end of the value.
+    constexpr int kFields = 5;
+    for (int i = 0; i < attributeCount; ++i, attributes += kFields) {
+        last = &m_tree->AppendAttribute(element, last, QualifiedName(attributes[1], attributes[0]),
+                                        View(attributes[3], attributes[4]), View(attributes[2]));
+    }
+}
+
+std::string_view TreeBuilder::QualifiedName(const xmlChar* prefix, const xmlChar* localName) {
+    if (prefix == nullptr) {
+        return View(localName);
+    }
+    m_name.assign(View(prefix)).append(1, ':').append(View(localName));
+    return m_name;
+}
+
+} // namespace nqp2::dom

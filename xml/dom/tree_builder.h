@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "xml/dom/parse_error.h"
+#include "xml/dom/tree.h"
+
+#include <libxml/parser.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace nqp2::dom {
+
+/// Receives libxml2's parse events and grows a tree from them.
+class TreeBuilder {
+public:
+    /// Empties the tree and hooks this builder up to the context for one document.
+    void Start(Tree& tree, xmlParserCtxtPtr context, std::size_t maxBytes);
+    /// The outcome of the document that was parsed since Start; on a fault the tree is empty.
+    ParseError Finish();
+
+private:
+    static TreeBuilder& From(void* context);
+    static void OnStartElement(void* context, const xmlChar* localName, const xmlChar* prefix,
+                               const xmlChar* uri, int namespaceCount, const xmlChar** namespaces,
+                               int attributeCount, int defaultedCount, const xmlChar** attributes);
+    static void OnEndElement(void* context, const xmlChar* localName, const xmlChar* prefix,
+                             const xmlChar* uri);
+    static void OnStartDocument(void* context);
+    static void OnCharacters(void* context, const xmlChar* text, int length);
+    static void OnCData(void* context, const xmlChar* text, int length);
+    static void OnComment(void* context, const xmlChar* text);
+    static void OnInstruction(void* context, const xmlChar* target, const xmlChar* data);
+    static void OnDocumentType(void* context, const xmlChar* name, const xmlChar* publicId,
+                               const xmlChar* systemId);
+    static void OnError(void* context, xmlErrorPtr error);
+
+    /// Runs one event; stops the parser when memory gives out or the budget is spent, because no
+    /// exception may cross libxml2's frames.
+    template <class Event>
+    void Guard(Event&& event);
+    void Append(Node& node);
+    void FlushText();
+    void AddAttributes(Node& element, int declarationCount, const xmlChar** declarations,
+                       int attributeCount, const xmlChar** attributes);
+    std::string_view QualifiedName(const xmlChar* prefix, const xmlChar* localName);
+    void Stop(std::uint32_t code, const char* reason, Fault fault);
+
+    Tree* m_tree = nullptr;
+    xmlParserCtxtPtr m_context = nullptr;
+    std::size_t m_maxBytes = 0;
+    Node* m_current = nullptr;
+    std::string m_text; ///< characters since the last other event: they arrive in pieces
+    std::string m_name;
+    ParseError m_error;
+};
+
+} // namespace nqp2::dom

@@ -1,0 +1,243 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/xpath.h"
+
+#include "platform/ComError.h"
+#include "xml/dom/tree.h"
+
+#include <libxml/tree.h>
+#include <libxml/xpath.h>
+#include <libxml/xpathInternals.h>
+
+#include <map>
+#include <new>
+#include <set>
+#include <unordered_map>
+#include <utility>
+
+namespace nqp2::dom {
+namespace {
+
+// Enough for any sensible question to a 32 MiB document; ends the ones that would run for hours.
+constexpr unsigned long kMaxOperations = 50'000'000;
+
+// Under the qualified-name rule a prefix stands for itself: this namespace says just that.
+constexpr std::string_view kPrefixNamespace = "prefix:";
+
+const xmlChar* Xml(const std::string& text) {
+    return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+
+struct FreeContext {
+    void operator()(xmlXPathContextPtr context) const { xmlXPathFreeContext(context); }
+};
+struct FreeObject {
+    void operator()(xmlXPathObjectPtr object) const { xmlXPathFreeObject(object); }
+};
+using Context = std::unique_ptr<xmlXPathContext, FreeContext>;
+using Object = std::unique_ptr<xmlXPathObject, FreeObject>;
+
+void IgnoreError(void* /*data*/, xmlErrorPtr /*error*/) {}
+
+bool IsNameCharacter(char ch) {
+    const auto byte = static_cast<unsigned char>(ch);
+    return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
+           (byte >= 'a' && byte <= 'z') || byte == '_' || byte == '-' || byte == '.' ||
+           byte >= 0x80;
+}
+
+/// Every prefix that the expression uses outside its quoted texts.
+std::set<std::string> PrefixesIn(std::string_view expression) {
+    std::set<std::string> prefixes;
+    std::size_t nameStart = 0;
+    for (std::size_t i = 0; i < expression.size(); ++i) {
+        const char ch = expression[i];
+        if (ch == '\'' || ch == '"') {
+            const std::size_t end = expression.find(ch, i + 1);
+            if (end == std::string_view::npos) {
+                break;
+            }
+            i = end;
+        } else if (IsNameCharacter(ch)) {
+            continue;
+        } else if (ch == ':' && i > nameStart && expression.substr(i, 2) != "::") {
+            prefixes.emplace(expression.substr(nameStart, i - nameStart));
+        } else if (expression.substr(i, 2) == "::") {
+            ++i;
+        }
+        nameStart = i + 1;
+    }
+    return prefixes;
+}
+
+xmlElementType LibxmlType(NodeType type) {
+    switch (type) {
+    case NodeType::Text:
+        return XML_TEXT_NODE;
+    case NodeType::CData:
+        return XML_CDATA_SECTION_NODE;
+    case NodeType::Comment:
+        return XML_COMMENT_NODE;
+    case NodeType::ProcessingInstruction:
+        return XML_PI_NODE;
+    default:
+        return XML_ELEMENT_NODE;
+    }
+}
+
+} // namespace
+
+/// The libxml2 document and what ties it to the tree.
+struct XPathView::Copy {
+    xmlDocPtr document = nullptr;
+    std::map<std::pair<std::string, std::string>, xmlNsPtr> namespaces;
+    std::unordered_map<const Node*, xmlNodePtr> counterparts;
+    SelectionRule::Names names = SelectionRule::Names::Qualified;
+
+    Copy() : document(xmlNewDoc(BAD_CAST "1.0")) {
+        if (document == nullptr) {
+            throw std::bad_alloc();
+        }
+    }
+    ~Copy() {
+        xmlFreeDoc(document);
+        for (const auto& [key, space] : namespaces) {
+            xmlFreeNs(space);
+        }
+    }
+    Copy(const Copy&) = delete;
+    Copy& operator=(const Copy&) = delete;
+
+    xmlNsPtr NamespaceOf(const Node& node) {
+        std::string prefix(Prefix(node));
+        std::string uri(node.uri);
+        if (names == SelectionRule::Names::Qualified) {
+            uri = prefix.empty() ? std::string() : std::string(kPrefixNamespace) + prefix;
+        }
+        if (uri.empty()) {
+            return nullptr;
+        }
+        xmlNsPtr& space = namespaces[{prefix, uri}];
+        if (space == nullptr) {
+            space = xmlNewNs(nullptr, Xml(uri), prefix.empty() ? nullptr : Xml(prefix));
+        }
+        return space;
+    }
+
+    xmlNodePtr MakeNode(Node& node) {
+        xmlNodePtr made = nullptr;
+        if (node.type == NodeType::Element || node.type == NodeType::Fragment) {
+            made = xmlNewDocNode(document, NamespaceOf(node), Xml(std::string(BaseName(node))),
+                                 nullptr);
+        } else if (node.type == NodeType::ProcessingInstruction) {
+            made =
+                xmlNewDocPI(document, Xml(std::string(node.name)), Xml(std::string(node.content)));
+        } else {
+            made = xmlNewDocText(document, Xml(std::string(node.content)));
+            if (made != nullptr) {
+                made->type = LibxmlType(node.type);
+            }
+        }
+        if (made == nullptr) {
+            throw std::bad_alloc();
+        }
+        made->_private = &node;
+        counterparts[&node] = made;
+        return made;
+    }
+
+    void AddAttributes(Node& node, xmlNodePtr made) {
+        for (Node* each = node.firstAttribute; each != nullptr; each = each->next) {
+            if (IsDeclaration(*each)) {
+                continue;
+            }
+            const xmlAttrPtr attribute =
+                xmlNewNsProp(made, NamespaceOf(*each), Xml(std::string(BaseName(*each))),
+                             Xml(std::string(each->content)));
+            if (attribute == nullptr) {
+                throw std::bad_alloc();
+            }
+            attribute->_private = each;
+        }
+    }
+
+    // Linked by hand: libxml2's own functions merge neighbouring texts.
+    static void LinkLast(xmlNodePtr parent, xmlNodePtr child) {
+        child->parent = parent;
+        child->prev = parent->last;
+        (parent->last != nullptr ? parent->last->next : parent->children) = child;
+        parent->last = child;
+    }
+
+    void Build(Node& top) {
+        auto* const root = reinterpret_cast<xmlNodePtr>(document);
+        document->_private = top.type == NodeType::Document ? &top : nullptr;
+        counterparts[&top] = root;
+        for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+            if (each->type == NodeType::Document) {
+                continue;
+            }
+            const xmlNodePtr parent = each == &top ? root : counterparts.at(each->parent);
+            const xmlNodePtr made = MakeNode(*each);
+            LinkLast(parent, made);
+            AddAttributes(*each, made);
+        }
+    }
+
+    void Register(xmlXPathContext& context, const std::string& expression,
+                  const SelectionRule& rule) const {
+        if (rule.names == SelectionRule::Names::Qualified) {
+            for (const std::string& prefix : PrefixesIn(expression)) {
+                const std::string uri = std::string(kPrefixNamespace) + prefix;
+                xmlXPathRegisterNs(&context, Xml(prefix), Xml(uri));
+            }
+            return;
+        }
+        for (const auto& [prefix, uri] : rule.bindings) {
+            xmlXPathRegisterNs(&context, Xml(prefix), Xml(uri));
+        }
+    }
+};
+
+XPathView::XPathView(Node& top, const SelectionRule& rule)
+    : m_top(&top), m_version(top.tree->Version()), m_copy(std::make_unique<Copy>()) {
+    m_copy->names = rule.names;
+    m_copy->Build(top);
+}
+
+XPathView::~XPathView() = default;
+
+bool XPathView::IsCurrent(const Node& top) const {
+    return m_top == &top && m_version == top.tree->Version();
+}
+
+std::vector<Node*> XPathView::Evaluate(Node& context, const std::string& expression,
+                                       const SelectionRule& rule) {
+    const Context evaluation(xmlXPathNewContext(m_copy->document));
+    if (evaluation == nullptr) {
+        throw std::bad_alloc();
+    }
+    evaluation->error = IgnoreError;
+    evaluation->opLimit = kMaxOperations;
+    evaluation->node = m_copy->counterparts.at(&context);
+    m_copy->Register(*evaluation, expression, rule);
+    const Object result(xmlXPathEvalExpression(Xml(expression), evaluation.get()));
+    if (result == nullptr || result->type != XPATH_NODESET) {
+        throw _com_error(E_FAIL, CString(L"the path cannot be evaluated"));
+    }
+    std::vector<Node*> nodes;
+    if (result->nodesetval == nullptr) {
+        return nodes;
+    }
+    xmlXPathNodeSetSort(result->nodesetval);
+    for (int i = 0; i < result->nodesetval->nodeNr; ++i) {
+        const xmlNodePtr each = result->nodesetval->nodeTab[i];
+        if (each->type != XML_NAMESPACE_DECL && each->_private != nullptr) {
+            nodes.push_back(static_cast<Node*>(each->_private));
+        }
+    }
+    return nodes;
+}
+
+} // namespace nqp2::dom

@@ -1,0 +1,137 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/NodeHandle.h"
+
+#include "platform/ComError.h"
+#include "xml/dom/document.h"
+#include "xml/dom/select.h"
+#include "xml/dom/serialize.h"
+#include "xml/query_text.h"
+
+#include <utility>
+
+using nqp2::dom::Node;
+using nqp2::platform::TextFromUtf8;
+using nqp2::platform::Utf8FromText;
+using nqp2::xml::PathOf;
+using nqp2::xml::TextOf;
+
+void NodeHandle::SetNode(IXMLDOMNodePtr node) {
+    m_pNode = std::move(node);
+}
+
+void NodeHandle::SetNodeList(IXMLDOMNodeListPtr list) {
+    m_pNodeList = std::move(list);
+}
+
+int NodeHandle::IsEmpty() const {
+    return m_pNode == nullptr && m_pNodeList == nullptr ? 1 : 0;
+}
+
+int NodeHandle::GetNextNode() {
+    if (m_pNodeList == nullptr) {
+        return 0;
+    }
+    m_pNode = m_pNodeList->Next();
+    return m_pNode != nullptr ? 1 : 0;
+}
+
+int NodeHandle::GetNextNode(CString& name, CString& value) {
+    if (GetNextNode() == 0) {
+        return 0;
+    }
+    const Node* const nameNode = SelectFirst(*m_pNode, "NAME");
+    const Node* const valueNode = SelectFirst(*m_pNode, "VALUE");
+    name = nameNode != nullptr ? TextOf(*nameNode) : CString();
+    value = valueNode != nullptr ? TextOf(*valueNode) : CString();
+    return 1;
+}
+
+int NodeHandle::GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing) {
+    val = _variant_t();
+    if (CurrentNode() == nullptr) {
+        return 0;
+    }
+    try {
+        const Node* const target =
+            xpath.Text().IsEmpty() ? m_pNode.get() : SelectFirst(*m_pNode, PathOf(xpath));
+        if (target == nullptr) {
+            return bIgnoreMissing != 0 ? 1 : 0;
+        }
+        val = TextOf(*target);
+        return 1;
+    } catch (const _com_error&) {
+        return 0;
+    }
+}
+
+_variant_t NodeHandle::GetNodeVal(CString xpath, int bIgnoreMissing) {
+    _variant_t value;
+    if (GetNodeVal(_bstr_t(xpath), value, bIgnoreMissing) == 0) {
+        value.vt = VT_NULL;
+    }
+    return value;
+}
+
+_variant_t NodeHandle::GetNodeVal(int bIgnoreMissing) {
+    return GetNodeVal(CString(), bIgnoreMissing);
+}
+
+CString NodeHandle::GetNodeText(CString xpath, int bIgnoreMissing) {
+    const _variant_t value = GetNodeVal(std::move(xpath), bIgnoreMissing);
+    return value.Text();
+}
+
+CString NodeHandle::GetNodeText(int bIgnoreMissing) {
+    return GetNodeText(CString(), bIgnoreMissing);
+}
+
+_bstr_t NodeHandle::GetXml() {
+    const IXMLDOMNodePtr& node = CurrentNode();
+    return node != nullptr ? _bstr_t(TextFromUtf8(Serialize(*node))) : _bstr_t(L"");
+}
+
+int NodeHandle::SetNodeText(const CString& text) {
+    if (m_pNode == nullptr) {
+        return 0;
+    }
+    return m_pNode->tree->SetText(*m_pNode, Utf8FromText(text.View())) ? 1 : 0;
+}
+
+int NodeHandle::SetParamVal(_variant_t val) {
+    if (m_pNode == nullptr || val.vt == VT_EMPTY || val.vt == VT_NULL ||
+        NodeName(*m_pNode) != "PARAM") {
+        return 0;
+    }
+    Node* const value = nqp2::dom::SelectFirst(*m_pNode, "VALUE");
+    if (value == nullptr) {
+        return 0;
+    }
+    try {
+        return value->tree->SetText(*value, Utf8FromText(val.ToText().View())) ? 1 : 0;
+    } catch (const _com_error&) {
+        return 0;
+    }
+}
+
+const IXMLDOMNodePtr& NodeHandle::CurrentNode() {
+    if (m_pNode == nullptr) {
+        GetNextNode();
+    }
+    return m_pNode;
+}
+
+IXMLDOMNodePtr NodeHandle::SelectNode(const _bstr_t& xpath) {
+    const IXMLDOMNodePtr& node = CurrentNode();
+    return node != nullptr ? node->tree->Share(SelectFirst(*node, PathOf(xpath))) : nullptr;
+}
+
+IXMLDOMNodeListPtr NodeHandle::SelectNodeList(const _bstr_t& xpath) {
+    const IXMLDOMNodePtr& node = CurrentNode();
+    if (node == nullptr) {
+        return nullptr;
+    }
+    IXMLDOMNodeListPtr list = ListOf(*node, PathOf(xpath));
+    return list->Length() > 0 ? list : nullptr;
+}
