@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "media/CodeType.h"
+#include "media/P2Clip.h"
+#include "parser/DiskFormat.h"
+#include "parser/ScanReport.h"
+#include "platform/CArray.h"
+#include "platform/CString.h"
+#include "platform/Export.h"
+#include "platform/FixedTypes.h"
+#include "platform/Guid.h"
+
+#include <cstdint>
+
+class CMarkupMSXML;
+class CNQXmlParser;
+class CTNQ264BitSupport;
+struct NQP2BaseClipInfo;
+
+/// Progress of a running import: position and total, an abort flag that the callee may set to 1,
+/// and the host's own pointer.
+using ImpCallBack = void (*)(std::uint32_t position, std::uint32_t total, std::int32_t& abort,
+                             void* context);
+
+/// Reads one camera card at a time and hands what must be written to the worker process.
+///
+/// Life: construct, Init, read, Release, destroy. No locks: one object is used from one thread at
+/// a time. Reading operations take the card's root ("E", "E:", "/media/card", "/media/card:"),
+/// return 0 for success and 1 when the card cannot be read, and append to the caller's arrays
+/// without clearing them. No exception leaves them.
+class NQP2_API CNQP2Parser {
+public:
+    CNQP2Parser();
+    ~CNQP2Parser();
+    CNQP2Parser(const CNQP2Parser&) = delete;
+    /// Copies the six fields as they are: both objects then share what they point to, and only one
+    /// of them may release it.
+    CNQP2Parser& operator=(const CNQP2Parser& other);
+
+    /// Creates what is missing of the working objects. Returns 0.
+    __int64 Init();
+    /// Destroys the working objects; may be called twice. Must be called before destruction, which
+    /// leaves the XML objects alone. Returns 0.
+    __int64 Release();
+
+    /// Sets who hears of the progress of imports. Does nothing without a worker proxy.
+    void SetImpCallBack(ImpCallBack callback, void* context);
+    /// Tells the worker the rate family of the system. Returns 1, also without a worker proxy.
+    int SetSystemType(eP2_VIDEO_STANDARD standard);
+    /// The worker's text for its last failure; "" when there is none or no worker proxy.
+    CString GetLastError();
+
+    /// Reads CONTENTS/CLIP/`clipName`.XML into `clip`, which is not reset first. Returns 0, or 1
+    /// before Init and when the file does not load.
+    __int64 LoadClipInfo(CString root, CString clipName, _tag_P2Clip& clip);
+
+    /// Appends every clip whose metadata file loads, in the file system's order. With
+    /// `keepDigit` 0 each record's ClipIdDigit becomes -1. Returns 0, or 1 when the card has no
+    /// CONTENTS folder.
+    __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit);
+    /// The same scan; `report` receives (appended) what was left out and which takes the clips
+    /// form.
+    __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit,
+                       nqp2::ScanReport& report);
+
+    /// The card's code type and rate family from its first clip file that loads, the code type from
+    /// the codec name alone. Returns 0, with the outputs untouched when no file loads; 1 before Init
+    /// and when the card has no CONTENTS folder.
+    __int64 GetDiskFormat(CString root, eCodeType& codeType, eP2_VIDEO_STANDARD& standard);
+    /// All that the card's first clip file tells, the texts as they stand there. Same result.
+    __int64 GetDiskFormat(CString root, nqp2::DiskFormat& format);
+
+    /// The 64-digit identifier text of a GUID; a fresh one for an all-zero GUID.
+    CString CreateUMID(_GUID guid);
+    /// The GUID in an identifier's last 32 digits; all zero when they are not hexadecimal.
+    static GUID GuidFromUMID(const CString& identifier);
+
+    /// Finds a clip name whose video file does not exist on the card. Returns 1, or 0 with `name`
+    /// untouched when every candidate is taken.
+    int CheckName(CString& name, CString root);
+    /// The same search; `tried` receives the number of names that were looked at.
+    int CheckName(CString& name, CString root, __int64& tried);
+
+    /// Asks the worker for the description of a camera file. Returns 0 without a worker proxy.
+    int GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info);
+
+private:
+    void InitP2CmgrDll();
+    int LoadClipFromXml(const CString& path, _tag_P2Clip& clip);
+    __int64 GetDiskFormatEx(CString root, CString& frameRate, CString& codec, CString& editUnit,
+                            int& class50);
+    static void DeleteSameMemo(CArray<_tag_P2Memo>& memos);
+
+    CTNQ264BitSupport* m_pSupport = nullptr;
+    CNQXmlParser* m_pXmlBuilder = nullptr;
+    CMarkupMSXML* m_pMarkup = nullptr;
+    void* m_hP2Cmgr = nullptr;
+    void (*m_pfnDDP2CInit)() = nullptr;
+    void (*m_pfnDDP2CLogSense)() = nullptr;
+};

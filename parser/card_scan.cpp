@@ -1,0 +1,171 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "parser/card_scan.h"
+
+#include "media/card_layout.h"
+#include "parser/clip_reader.h"
+#include "parser/clip_texts.h"
+#include "parser/essence_lookup.h"
+#include "parser/guard.h"
+#include "parser/NQP2Parser.h"
+#include "parser/read_ahead.h"
+#include "parser/scan_remarks.h"
+#include "parser/status.h"
+#include "parser/takes.h"
+#include "platform/case_blind.h"
+#include "platform/file_find.h"
+#include "platform/PathText.h"
+#include "xml/dom/document.h"
+#include "xml/MarkupMSXML.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace nqp2::parser {
+namespace {
+
+// A clip file has some thousand bytes. Larger files are read piece by piece by the XML reader, so
+// that the files read ahead stay small.
+constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} * 1024;
+
+std::vector<std::string> PathsOf(const std::vector<platform::FoundFile>& files) {
+    std::vector<std::string> paths;
+    paths.reserve(files.size());
+    for (const platform::FoundFile& file : files) {
+        paths.push_back(file.posixPath);
+    }
+    return paths;
+}
+
+ClipRelation::Neighbour NeighbourOf(const ClipTexts& texts, ClipPath id, const CString& name,
+                                    const CString& serialNo) {
+    return {texts.Text(id), name, serialNo};
+}
+
+ClipRelation RelationOf(const ClipTexts& texts, const _tag_P2Clip& clip) {
+    ClipRelation relation;
+    relation.clipName = clip.ClipName;
+    relation.globalClipID = clip.GlobalClipID;
+    relation.offsetInShot = clip.OffsetInShot;
+    relation.top =
+        NeighbourOf(texts, ClipPath::TopGlobalClipID, clip.TopClipName, clip.TopSerialNo);
+    relation.previous = NeighbourOf(texts, ClipPath::PreviousGlobalClipID, clip.PreviousClipName,
+                                    clip.PreviousSerialNo);
+    relation.next =
+        NeighbourOf(texts, ClipPath::NextGlobalClipID, clip.NextClipName, clip.NextSerialNo);
+    return relation;
+}
+
+/// One scan: the record that is used over and over, the reader, and what is heard on the way.
+class Scan {
+public:
+    Scan(const CString& contents, CMarkupMSXML& reader, bool keepDigit, ScanReport* report)
+        : m_reader(reader), m_essence(contents, EssenceLookup::Mode::Scan), m_keepDigit(keepDigit),
+          m_report(report) {}
+
+    void Run(const std::vector<platform::FoundFile>& files, CArray<_tag_P2Clip>& clips) {
+        ReadAhead contents(PathsOf(files), kReadAheadLimit);
+        std::string content;
+        for (const platform::FoundFile& file : files) {
+            m_clip.Reset();
+            m_clip.XmlPath = file.path;
+            m_clip.ClipName = file.title;
+            if (Load(file, contents.Next(content), content)) {
+                Add(file, clips);
+            }
+        }
+        if (m_report != nullptr) {
+            m_report->takes.Append(FindTakes(m_relations));
+        }
+    }
+
+private:
+    bool Load(const platform::FoundFile& file, const platform::IoStatus& status,
+              const std::string& content) {
+        if (!status && status.error != platform::IoError::TooLarge) {
+            Report(NotRead(file.path, status));
+            return false;
+        }
+        const int loaded = status ? m_reader.LoadBytes(content) : m_reader.LoadXml(file.path);
+        if (loaded == 0) {
+            Report(NotLoaded(file.path, m_reader.GetDoc()->LastError()));
+        }
+        return loaded != 0;
+    }
+
+    void Add(const platform::FoundFile& file, CArray<_tag_P2Clip>& clips) {
+        const ClipTexts texts(*m_reader.GetDoc());
+        ReadScannedClip(texts, m_essence, m_clip);
+        if (!texts.HasContent()) {
+            Report(Remark(file.path, SkipReason::NoClipContent));
+        } else if (!media::IsPlainName(m_clip.ClipName)) {
+            Report(Remark(file.path, SkipReason::UnsafeName));
+        }
+        if (m_report != nullptr) {
+            m_relations.push_back(RelationOf(texts, m_clip));
+        }
+        if (!m_keepDigit) {
+            m_clip.ClipIdDigit = -1;
+        }
+        clips.Add(m_clip);
+    }
+
+    void Report(const SkippedFile& file) {
+        if (m_report != nullptr) {
+            m_report->skipped.Add(file);
+        }
+    }
+
+    CMarkupMSXML& m_reader;
+    EssenceLookup m_essence;
+    bool m_keepDigit;
+    ScanReport* m_report;
+    _tag_P2Clip m_clip;
+    std::vector<ClipRelation> m_relations;
+};
+
+} // namespace
+
+void ScanClips(const CString& contents, CMarkupMSXML* reader, bool keepDigit,
+               CArray<_tag_P2Clip>& clips, ScanReport* report) {
+    if (reader == nullptr || reader->GetDoc() == nullptr) {
+        return;
+    }
+    platform::IoStatus status;
+    const CString folder = contents + media::kClipFolder;
+    const std::vector<platform::FoundFile> files = platform::FindFiles(folder + L"*.XML", status);
+    if (!status && status.error != platform::IoError::NotFound && report != nullptr) {
+        SkippedFile remark = NotRead(folder, status);
+        remark.reason = SkipReason::FolderUnreadable;
+        report->skipped.Add(remark);
+    }
+    Scan(contents, *reader, keepDigit, report).Run(files, clips);
+}
+
+namespace {
+
+__int64 LoadClips(const CString& root, CMarkupMSXML* reader, int keepDigit,
+                  CArray<_tag_P2Clip>& clips, ScanReport* report) {
+    return Guarded(kCannotRead, [&] {
+        const CString contents = media::ContentsFolder(root);
+        if (!platform::PathExists(PosixPath(contents))) {
+            return kCannotRead;
+        }
+        ScanClips(contents, reader, keepDigit != 0, clips, report);
+        return kRead;
+    });
+}
+
+} // namespace
+} // namespace nqp2::parser
+
+__int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit) {
+    return nqp2::parser::LoadClips(root, m_pMarkup, keepDigit, clips, nullptr);
+}
+
+__int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit,
+                                nqp2::ScanReport& report) {
+    return nqp2::parser::LoadClips(root, m_pMarkup, keepDigit, clips, &report);
+}

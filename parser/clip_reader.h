@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "media/P2Clip.h"
+#include "parser/clip_texts.h"
+#include "parser/essence_lookup.h"
+
+/// The two ways in which a clip file becomes a record. They share one list of fields and differ in
+/// the class-50 test, in the fields that only one of them reads and in the files that they look
+/// for: kept, hosts rely on each.
+namespace nqp2::parser {
+
+/// For one clip asked for by name: every path is checked, four audio channels.
+void ReadNamedClip(const ClipTexts& texts, EssenceLookup& essence, _tag_P2Clip& clip);
+
+/// For the card scan: knows the long-GOP and Intra families, timecode and drop frame; outside the
+/// families the video file is taken for granted and the last audio channel is left out. An empty
+/// ClipName element leaves the name that the scan took from the file.
+void ReadScannedClip(const ClipTexts& texts, EssenceLookup& essence, _tag_P2Clip& clip);
+
+} // namespace nqp2::parser

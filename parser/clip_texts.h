@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "parser/clip_path.h"
+#include "platform/CString.h"
+#include "platform/Guid.h"
+#include "xml/dom/document.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nqp2::parser {
+
+/// The values of one clip file, gathered in a single pass over its tree. Each is the first node,
+/// in document order, that the path selects: just what asking path by path would give.
+class ClipTexts {
+public:
+    /// `document` must outlive this object and stay unchanged.
+    explicit ClipTexts(dom::Document& document);
+
+    /// Whether there is any clip content.
+    [[nodiscard]] bool HasContent() const { return !m_contents.empty(); }
+    /// The node behind a value, or null.
+    [[nodiscard]] dom::Node* Find(ClipPath path) const {
+        return m_nodes[static_cast<std::size_t>(path)];
+    }
+    /// The value's text, "" for a missing element.
+    [[nodiscard]] CString Text(ClipPath path) const;
+    /// The leading number of the text, 0 for a missing element.
+    [[nodiscard]] std::int32_t Int32(ClipPath path) const;
+    [[nodiscard]] std::int64_t Int64(ClipPath path) const;
+    /// The GUID of the identifier in the text, all zero for a missing element.
+    [[nodiscard]] GUID Guid(ClipPath path) const;
+    /// The attribute of that local name of the value's element, "" when either is missing.
+    [[nodiscard]] CString Attribute(ClipPath path, std::string_view name) const;
+    /// Every node that the path below the clip content selects, in document order.
+    [[nodiscard]] std::vector<dom::Node*> All(std::string_view below) const;
+
+private:
+    dom::Document& m_document;
+    std::vector<dom::Node*> m_contents;
+    std::array<dom::Node*, kClipPathCount> m_nodes{};
+};
+
+/// The text of an element that the relative path selects below `node`, "" when there is none.
+CString ChildText(dom::Node& node, std::string_view path);
+
+} // namespace nqp2::parser

@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "parser/free_name.h"
+
+#include "media/card_layout.h"
+#include "parser/guard.h"
+#include "parser/NQP2Parser.h"
+#include "platform/folder_index.h"
+#include "platform/PathText.h"
+#include "platform/unicode.h"
+
+namespace nqp2::parser {
+namespace {
+
+constexpr const wchar_t* kFirstName = L"0001AA";
+
+struct Wheel {
+    int position;
+    wchar_t limit;
+};
+
+// Turned in this order: the sixth character first.
+constexpr Wheel kWheels[] = {{5, L'Z'}, {4, L'Z'}, {3, L'9'}, {2, L'9'}};
+
+} // namespace
+
+bool AdvanceName(CString& name) {
+    for (const Wheel& wheel : kWheels) {
+        const wchar_t ch = name.GetAt(wheel.position);
+        if (ch != wheel.limit) {
+            name.SetAt(wheel.position, static_cast<wchar_t>(ch + 1));
+            return true;
+        }
+    }
+    return false;
+}
+
+bool FindFreeName(const CString& root, CString& name, std::int64_t& tried) {
+    const platform::FolderIndex videos =
+        platform::FolderIndex::Read(PosixPath(media::ContentsFolder(root) + media::kVideoFolder));
+    CString candidate = kFirstName;
+    tried = 0;
+    do {
+        ++tried;
+        const CString file = candidate + media::kEssenceExtension;
+        if (!videos.Contains(platform::NameBytesFromText(file.View()))) {
+            name = candidate;
+            return true;
+        }
+    } while (AdvanceName(candidate));
+    return false;
+}
+
+} // namespace nqp2::parser
+
+int CNQP2Parser::CheckName(CString& name, CString root) {
+    __int64 tried = 0;
+    return CheckName(name, root, tried);
+}
+
+int CNQP2Parser::CheckName(CString& name, CString root, __int64& tried) {
+    return nqp2::parser::Guarded(
+        0, [&] { return nqp2::parser::FindFreeName(root, name, tried) ? 1 : 0; });
+}

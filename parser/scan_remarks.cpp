@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "parser/scan_remarks.h"
+
+#include "platform/unicode.h"
+
+#include <string>
+
+namespace nqp2::parser {
+namespace {
+
+SkipReason ReasonOf(dom::Fault fault) {
+    switch (fault) {
+    case dom::Fault::NotWellFormed:
+        return SkipReason::NotWellFormed;
+    case dom::Fault::DocumentType:
+        return SkipReason::DocumentType;
+    case dom::Fault::TooLarge:
+        return SkipReason::TooLarge;
+    case dom::Fault::IsFolder:
+        return SkipReason::IsFolder;
+    default:
+        return SkipReason::Unreadable;
+    }
+}
+
+const wchar_t* TextOf(SkipReason reason) {
+    switch (reason) {
+    case SkipReason::IsFolder:
+        return L"a folder with the name of a clip file";
+    case SkipReason::NoClipContent:
+        return L"no P2Main/ClipContent: listed, but no clip metadata";
+    case SkipReason::UnsafeName:
+        return L"the clip name inside is no file name: its files were not looked for";
+    default:
+        return L"";
+    }
+}
+
+} // namespace
+
+SkippedFile NotLoaded(const CString& path, const dom::ParseError& error) {
+    SkippedFile file = Remark(path, ReasonOf(error.fault));
+    if (file.text.IsEmpty()) {
+        file.text = platform::TextFromUtf8(error.reason);
+    }
+    file.line = error.line;
+    file.column = error.linepos;
+    return file;
+}
+
+SkippedFile NotRead(const CString& path, const platform::IoStatus& status) {
+    SkippedFile file =
+        Remark(path, status.error == platform::IoError::IsFolder ? SkipReason::IsFolder
+                                                                 : SkipReason::Unreadable);
+    if (file.text.IsEmpty()) {
+        file.text = platform::TextFromUtf8(status.reason);
+    }
+    return file;
+}
+
+SkippedFile Remark(const CString& path, SkipReason reason) {
+    SkippedFile file;
+    file.path = path;
+    file.reason = reason;
+    file.text = TextOf(reason);
+    return file;
+}
+
+} // namespace nqp2::parser
