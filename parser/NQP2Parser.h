@@ -20,6 +20,10 @@ class CNQXmlParser;
 class CTNQ264BitSupport;
 struct NQP2BaseClipInfo;
 
+namespace nqp2::parser {
+struct NQP2ParserPeer; ///< the tests' view of what is private
+}
+
 /// Progress of a running import: position and total, an abort flag that the callee may set to 1,
 /// and the host's own pointer.
 using ImpCallBack = void (*)(std::uint32_t position, std::uint32_t total, std::int32_t& abort,
@@ -88,6 +92,8 @@ public:
     int GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info);
 
 private:
+    friend struct nqp2::parser::NQP2ParserPeer;
+
     void InitP2CmgrDll();
     int LoadClipFromXml(const CString& path, _tag_P2Clip& clip);
     __int64 GetDiskFormatEx(CString root, CString& frameRate, CString& codec, CString& editUnit,

@@ -96,7 +96,7 @@ private:
     }
 
     void Add(const platform::FoundFile& file, CArray<_tag_P2Clip>& clips) {
-        const ClipTexts texts(*m_reader.GetDoc());
+        const ClipTexts texts(*m_reader.GetDoc(), m_pool);
         ReadScannedClip(texts, m_essence, m_clip);
         if (!texts.HasContent()) {
             Report(Remark(file.path, SkipReason::NoClipContent));
@@ -122,6 +122,7 @@ private:
     EssenceLookup m_essence;
     bool m_keepDigit;
     ScanReport* m_report;
+    TextPool m_pool;
     _tag_P2Clip m_clip;
     std::vector<ClipRelation> m_relations;
 };

@@ -9,7 +9,9 @@
 #include "platform/number_text.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
+#include <string_view>
 
 namespace nqp2::parser {
 namespace {
@@ -80,23 +82,23 @@ void ReadDates(const ClipTexts& texts, _tag_P2Clip& clip) {
     clip.EndDate = media::WithoutZone(texts.Text(ClipPath::EndDate));
 }
 
-_tag_P2Memo ReadMemo(dom::Node& node) {
-    const auto number = [&](std::string_view name) {
-        return platform::ToInt32(ChildText(node, name).View());
-    };
+_tag_P2Memo ReadMemo(const ClipTexts& texts, const dom::Node& node) {
+    static constexpr std::array<std::string_view, 6> kNames = {
+        "Offset", "Person", "Text", "VoiceBitsPerSample", "VoiceSamplingRate", "VoiceFormat"};
+    const auto [offset, person, text, bits, rate, format] = texts.Children(node, kNames);
     _tag_P2Memo memo;
-    memo.Offset = number("Offset");
-    memo.Person = ChildText(node, "Person");
-    memo.Text = ChildText(node, "Text");
-    memo.VoiceBitsPerSample = number("VoiceBitsPerSample");
-    memo.VoiceSamplingRate = number("VoiceSamplingRate");
-    memo.VoiceFormat = ChildText(node, "VoiceFormat");
+    memo.Offset = platform::ToInt32(offset.View());
+    memo.Person = person;
+    memo.Text = text;
+    memo.VoiceBitsPerSample = platform::ToInt32(bits.View());
+    memo.VoiceSamplingRate = platform::ToInt32(rate.View());
+    memo.VoiceFormat = format;
     return memo;
 }
 
 void ReadMemos(const ClipTexts& texts, _tag_P2Clip& clip) {
-    for (dom::Node* const node : texts.All(kMemoPath)) {
-        clip.Memos.Add(ReadMemo(*node));
+    for (const dom::Node* const node : texts.All(kMemoPath)) {
+        clip.Memos.Add(ReadMemo(texts, *node));
     }
     RemoveRepeatedMemos(clip.Memos);
 }

@@ -5,9 +5,7 @@
 
 #include "media/identifier.h"
 #include "platform/number_text.h"
-#include "platform/unicode.h"
 #include "xml/dom/select.h"
-#include "xml/query_text.h"
 
 #include <memory>
 
@@ -80,7 +78,7 @@ std::string FullPath(std::string_view below) {
 
 } // namespace
 
-ClipTexts::ClipTexts(dom::Document& document) : m_document(document) {
+ClipTexts::ClipTexts(dom::Document& document, TextPool& pool) : m_document(document), m_pool(pool) {
     dom::Node& top = document.Content()->DocumentNode();
     m_contents = dom::SelectAll(top, kClipContentPath);
     if (m_contents.size() == 1) {
@@ -95,7 +93,8 @@ ClipTexts::ClipTexts(dom::Document& document) : m_document(document) {
 
 CString ClipTexts::Text(ClipPath path) const {
     const dom::Node* const node = Find(path);
-    return node != nullptr ? xml::TextOf(*node) : CString();
+    std::string scratch;
+    return node != nullptr ? m_pool.TextOf(dom::Text(*node, scratch)) : CString();
 }
 
 std::int32_t ClipTexts::Int32(ClipPath path) const {
@@ -117,7 +116,7 @@ CString ClipTexts::Attribute(ClipPath path, std::string_view name) const {
     }
     for (const dom::Node* each = node->firstAttribute; each != nullptr; each = each->next) {
         if (dom::BaseName(*each) == name) {
-            return platform::TextFromUtf8(each->content);
+            return m_pool.TextOf(each->content);
         }
     }
     return {};
@@ -129,9 +128,14 @@ std::vector<dom::Node*> ClipTexts::All(std::string_view below) const {
                : dom::SelectAll(m_document.Content()->DocumentNode(), FullPath(below));
 }
 
-CString ChildText(dom::Node& node, std::string_view path) {
-    const dom::Node* const child = dom::SelectFirst(node, path);
-    return child != nullptr ? xml::TextOf(*child) : CString();
+CString ClipTexts::ChildText(const dom::Node& node, std::string_view name) const {
+    for (const dom::Node* each = node.firstChild; each != nullptr; each = each->next) {
+        if (each->type == dom::NodeType::Element && each->name == name) {
+            std::string scratch;
+            return m_pool.TextOf(dom::Text(*each, scratch));
+        }
+    }
+    return {};
 }
 
 } // namespace nqp2::parser

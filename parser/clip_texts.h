@@ -4,6 +4,7 @@
 #pragma once
 
 #include "parser/clip_path.h"
+#include "parser/text_pool.h"
 #include "platform/CString.h"
 #include "platform/Guid.h"
 #include "xml/dom/document.h"
@@ -20,8 +21,8 @@ namespace nqp2::parser {
 /// in document order, that the path selects: just what asking path by path would give.
 class ClipTexts {
 public:
-    /// `document` must outlive this object and stay unchanged.
-    explicit ClipTexts(dom::Document& document);
+    /// `document` must stay unchanged and both must outlive this object.
+    ClipTexts(dom::Document& document, TextPool& pool);
 
     /// Whether there is any clip content.
     [[nodiscard]] bool HasContent() const { return !m_contents.empty(); }
@@ -40,14 +41,24 @@ public:
     [[nodiscard]] CString Attribute(ClipPath path, std::string_view name) const;
     /// Every node that the path below the clip content selects, in document order.
     [[nodiscard]] std::vector<dom::Node*> All(std::string_view below) const;
+    /// The texts of the first child elements of these names, "" for a missing one.
+    template <std::size_t Count>
+    [[nodiscard]] std::array<CString, Count>
+    Children(const dom::Node& node, const std::array<std::string_view, Count>& names) const {
+        std::array<CString, Count> texts;
+        for (std::size_t i = 0; i < Count; ++i) {
+            texts[i] = ChildText(node, names[i]);
+        }
+        return texts;
+    }
 
 private:
+    [[nodiscard]] CString ChildText(const dom::Node& node, std::string_view name) const;
+
     dom::Document& m_document;
+    TextPool& m_pool;
     std::vector<dom::Node*> m_contents;
     std::array<dom::Node*, kClipPathCount> m_nodes{};
 };
-
-/// The text of an element that the relative path selects below `node`, "" when there is none.
-CString ChildText(dom::Node& node, std::string_view path);
 
 } // namespace nqp2::parser

@@ -16,6 +16,7 @@ using nqp2::parser::EssenceLookup;
 using nqp2::parser::Guarded;
 using nqp2::parser::kCannotRead;
 using nqp2::parser::kRead;
+using nqp2::parser::TextPool;
 
 namespace {
 
@@ -37,8 +38,9 @@ __int64 CNQP2Parser::LoadClipInfo(CString root, CString clipName, _tag_P2Clip& c
         if (m_pMarkup->LoadXml(clip.XmlPath) == 0) {
             return kCannotRead;
         }
+        TextPool pool;
         EssenceLookup essence(contents, EssenceLookup::Mode::OneClip);
-        ReadNamedClip(ClipTexts(*m_pMarkup->GetDoc()), essence, clip);
+        ReadNamedClip(ClipTexts(*m_pMarkup->GetDoc(), pool), essence, clip);
         return kRead;
     });
 }
@@ -48,8 +50,9 @@ int CNQP2Parser::LoadClipFromXml(const CString& path, _tag_P2Clip& clip) {
         if (m_pMarkup == nullptr || m_pMarkup->LoadXml(path) == 0) {
             return 0;
         }
+        TextPool pool;
         EssenceLookup essence(ContentsAbove(path), EssenceLookup::Mode::OneClip);
-        ReadScannedClip(ClipTexts(*m_pMarkup->GetDoc()), essence, clip);
+        ReadScannedClip(ClipTexts(*m_pMarkup->GetDoc(), pool), essence, clip);
         return 1;
     });
 }

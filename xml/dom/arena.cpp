@@ -18,12 +18,11 @@ constexpr std::size_t kAlignment = alignof(std::max_align_t);
 
 void* Arena::Allocate(std::size_t bytes) {
     const std::size_t rounded = (bytes + kAlignment - 1) / kAlignment * kAlignment;
-    if (rounded > m_left) {
+    if (rounded > Left()) {
         AddBlock(rounded);
     }
-    void* const place = m_next;
-    m_next += rounded;
-    m_left -= rounded;
+    void* const place = m_front;
+    m_front += rounded;
     m_used += rounded;
     return place;
 }
@@ -32,19 +31,21 @@ std::string_view Arena::Copy(std::string_view text) {
     if (text.empty()) {
         return {};
     }
-    void* const place = Allocate(text.size());
-    std::memcpy(place, text.data(), text.size());
-    return {static_cast<const char*>(place), text.size()};
+    if (text.size() > Left()) {
+        AddBlock(text.size());
+    }
+    m_back -= text.size();
+    m_used += text.size();
+    std::memcpy(m_back, text.data(), text.size());
+    return {reinterpret_cast<const char*>(m_back), text.size()};
 }
 
 void Arena::Clear() {
     m_used = 0;
-    if (m_blocks.empty()) {
-        return;
+    if (!m_blocks.empty()) {
+        m_blocks.resize(1);
+        Use(m_blocks.front());
     }
-    m_blocks.resize(1);
-    m_next = m_blocks.front().memory.get();
-    m_left = m_blocks.front().size;
 }
 
 void Arena::AddBlock(std::size_t atLeast) {
@@ -52,8 +53,12 @@ void Arena::AddBlock(std::size_t atLeast) {
         m_blocks.empty() ? kFirstBlock : std::min(m_blocks.back().size * 2, kLargestBlock);
     const std::size_t size = std::max(grown, atLeast);
     m_blocks.push_back({std::unique_ptr<std::byte[]>(new std::byte[size]), size});
-    m_next = m_blocks.back().memory.get();
-    m_left = size;
+    Use(m_blocks.back());
+}
+
+void Arena::Use(const Block& block) {
+    m_front = block.memory.get();
+    m_back = m_front + block.size;
 }
 
 } // namespace nqp2::dom

@@ -12,6 +12,7 @@ namespace nqp2::dom {
 
 /// Memory of one tree: handed out in order, given back all at once. Nothing that lives in it has a
 /// destructor to run, so a tree of any size is dropped at once and its memory serves the next file.
+/// Objects fill a block from its front, texts, which need no alignment, from its back.
 class Arena {
 public:
     /// Room for `bytes` bytes aligned for any object. Throws std::bad_alloc.
@@ -30,10 +31,13 @@ private:
         std::size_t size = 0;
     };
     void AddBlock(std::size_t atLeast);
+    void Use(const Block& block);
 
     std::vector<Block> m_blocks;
-    std::byte* m_next = nullptr;
-    std::size_t m_left = 0;
+    [[nodiscard]] std::size_t Left() const { return static_cast<std::size_t>(m_back - m_front); }
+
+    std::byte* m_front = nullptr;
+    std::byte* m_back = nullptr;
     std::size_t m_used = 0;
 };
 

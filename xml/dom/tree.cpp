@@ -51,6 +51,7 @@ Node* Tree::Root() const {
 void Tree::Clear() {
     m_view.reset();
     m_arena.Clear();
+    m_lastUri = {};
     m_document = &Create(NodeType::Document);
     ++m_version;
 }
@@ -62,11 +63,18 @@ Node& Tree::Create(NodeType type) {
     return *node;
 }
 
+std::string_view Tree::KeepUri(std::string_view uri) {
+    if (!uri.empty() && uri != m_lastUri) {
+        m_lastUri = m_arena.Copy(uri);
+    }
+    return uri.empty() ? std::string_view() : m_lastUri;
+}
+
 Node& Tree::CreateElement(std::string_view qualifiedName, std::string_view uri) {
     Node& node = Create(NodeType::Element);
     node.name = m_arena.Copy(qualifiedName);
     node.prefixLength = PrefixLength(qualifiedName);
-    node.uri = m_arena.Copy(uri);
+    node.uri = KeepUri(uri);
     return node;
 }
 
@@ -115,7 +123,7 @@ Node& Tree::AppendAttribute(Node& element, Node* last, std::string_view name,
     attribute.name = m_arena.Copy(name);
     attribute.prefixLength = PrefixLength(name);
     attribute.content = m_arena.Copy(value);
-    attribute.uri = m_arena.Copy(uri);
+    attribute.uri = KeepUri(uri);
     attribute.parent = &element;
     attribute.previous = last;
     (last != nullptr ? last->next : element.firstAttribute) = &attribute;

@@ -70,9 +70,11 @@ public:
 
 private:
     Node& Create(NodeType type);
+    std::string_view KeepUri(std::string_view uri);
 
     Arena m_arena;
     Node* m_document = nullptr;
+    std::string_view m_lastUri; ///< most elements share one namespace: its text is kept once
     std::uint64_t m_version = 0;
     SelectionRule m_rule;
     AnchorCache m_anchors;

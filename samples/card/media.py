@@ -1,0 +1,110 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""Writes a card's folders and files."""
+
+import os
+import shutil
+import struct
+from pathlib import Path
+
+from card.clip_xml import Clip
+
+MARKER = ".sample-card"
+MARKER_TEXT = b"made by samples/make_card.py, which may replace this card\n"
+LAST_CLIP = "LASTCLIP.TXT"
+FOLDERS = ("AUDIO", "AVCLIP", "CLIP", "ICON", "PROXY", "VIDEO", "VOICE")
+MODIFIED = 1715400000  # every file and folder: 2024-05-11T04:00:00Z
+
+
+class CardError(Exception):
+    """The card cannot be made; the text says why."""
+
+
+def placeholder(what: str, size: int) -> bytes:
+    """Bytes that stand where media would, and say so."""
+    text = f"sample essence placeholder, no media: {what}\n".encode()
+    return (text * (size // len(text) + 1))[:size]
+
+
+def apple_double() -> bytes:
+    """A companion file as another system's file manager leaves it: magic, version, two entries."""
+    finder_info = b"\0" * 32
+    resource_fork = b"\0" * 16
+    head_size = 26 + 2 * 12
+    head = struct.pack(">II16sH", 0x00051607, 0x00020000, b"\0" * 16, 2)
+    entries = struct.pack(">III", 9, head_size, len(finder_info))
+    entries += struct.pack(">III", 2, head_size + len(finder_info), len(resource_fork))
+    return head + entries + finder_info + resource_fork
+
+
+class CardWriter:
+    """One card. Files get a fixed time, so that two runs give the same card."""
+
+    def __init__(self, out: Path, essence_size: int, force: bool):
+        self._out = out
+        self._contents = out / "CONTENTS"
+        self._essence_size = essence_size
+        self._prepare(force)
+
+    def write(self, folder: str, name: str, content: bytes) -> None:
+        """A file of a CONTENTS folder."""
+        self._write(f"{self._contents}/{folder}/{name}", content)
+
+    def add_clip(self, clip: Clip, metadata: bytes, icon: bytes, lower_case: bool = False) -> None:
+        """A clip's metadata, essence, icon and proxy."""
+
+        def put(folder: str, name: str, content: bytes) -> None:
+            self.write(folder, name.lower() if lower_case else name, content)
+
+        put("CLIP", f"{clip.name}.XML", metadata)
+        put("ICON", f"{clip.name}.BMP", icon)
+        for folder, name in self._essence_files(clip):
+            put(folder, name, placeholder(f"{folder} of {clip.name}", self._essence_size))
+
+    def finish(self, last_clip: str) -> None:
+        """The card's last-clip file: the last name, a version and the number of the next clip."""
+        next_number = int(last_clip[:4]) % 9999 + 1
+        text = f"{last_clip}\r\n1.0\r\n{next_number}\r\n"
+        self._write(f"{self._out}/{LAST_CLIP}", text.encode())
+        for folder in (*(self._contents / name for name in FOLDERS), self._contents, self._out):
+            os.utime(folder, (MODIFIED, MODIFIED))
+
+    @staticmethod
+    def _essence_files(clip: Clip):
+        if clip.format.one_file:
+            yield "AVCLIP", f"{clip.name}.MXF"
+        else:
+            yield "VIDEO", f"{clip.name}.MXF"
+            for channel in range(clip.audio_channels):
+                yield "AUDIO", f"{clip.name}{channel:02d}.MXF"
+        if clip.proxy and clip.proxy.on_card:
+            yield "PROXY", f"{clip.name}.{clip.proxy.container}"
+        for number, _ in enumerate(memo for memo in clip.memos if memo.voice):
+            yield "VOICE", f"{clip.name}{number:02d}.WAV"
+
+    def _prepare(self, force: bool) -> None:
+        if self._out.exists() and not self._out.is_dir():
+            raise CardError(f"{self._out}: not a folder")
+        if self._out.is_dir() and any(self._out.iterdir()):
+            self._remove_old_card(force)
+        for folder in FOLDERS:
+            (self._contents / folder).mkdir(parents=True)
+        self._write(f"{self._out}/{MARKER}", MARKER_TEXT)
+
+    def _remove_old_card(self, force: bool) -> None:
+        if not force:
+            raise CardError(f"{self._out}: the folder is not empty (--force replaces a sample card)")
+        marker = self._out / MARKER
+        if not marker.is_file() or marker.read_bytes() != MARKER_TEXT:
+            raise CardError(f"{self._out}: --force replaces a card that this script made, "
+                            f"and this is none (no {MARKER} file)")
+        if self._contents.exists():
+            shutil.rmtree(self._contents)
+        (self._out / LAST_CLIP).unlink(missing_ok=True)
+
+    @staticmethod
+    def _write(path: str, content: bytes) -> None:
+        with open(path, "wb", buffering=0) as file:
+            if content:
+                file.write(content)
+            os.utime(file.fileno(), (MODIFIED, MODIFIED))

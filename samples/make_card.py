@@ -1,0 +1,68 @@
+#!/usr/bin/env python3
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""Makes a P2 card to look at or to measure with. The same call always makes the same card."""
+
+import argparse
+import sys
+from pathlib import Path
+
+sys.dont_write_bytecode = True  # no litter beside the sources
+
+from card import bulk, demo
+from card.media import CardError, CardWriter
+
+DEMO_ESSENCE_SIZE = 512
+
+
+def _number(low: int, high: int):
+    def convert(text: str) -> int:
+        value = int(text)
+        if not low <= value <= high:
+            raise argparse.ArgumentTypeError(f"must be from {low} to {high}")
+        return value
+
+    convert.__name__ = "number"  # argparse puts it into "invalid number value"
+    return convert
+
+
+def _arguments() -> argparse.Namespace:
+    parser = argparse.ArgumentParser(description=__doc__, epilog="example: make_card.py build/card")
+    parser.add_argument("out", type=Path, help="the card's folder, made when it is not there")
+    parser.add_argument("--clips", type=_number(1, bulk.MAX_CLIPS), metavar="N",
+                        help="make a card of N clips for measuring instead of the demo card")
+    parser.add_argument("--size", type=_number(bulk.SIZE_MIN, bulk.SIZE_MAX), metavar="BYTES",
+                        help="with --clips: about how large each metadata file is, "
+                             f"{bulk.SIZE_MIN} to {bulk.SIZE_MAX} (default: mixed)")
+    parser.add_argument("--essence-size", type=_number(0, 1 << 30), metavar="BYTES",
+                        help="size of each placeholder for media "
+                             f"(default: {DEMO_ESSENCE_SIZE}, with --clips 0)")
+    parser.add_argument("--force", action="store_true",
+                        help="replace what is in the folder if this script made it")
+    arguments = parser.parse_args()
+    if arguments.size and not arguments.clips:
+        parser.error("--size goes with --clips")
+    if arguments.essence_size is None:
+        arguments.essence_size = 0 if arguments.clips else DEMO_ESSENCE_SIZE
+    return arguments
+
+
+def main() -> int:
+    arguments = _arguments()
+    try:
+        card = CardWriter(arguments.out, arguments.essence_size, arguments.force)
+        if arguments.clips:
+            bulk.make(card, arguments.clips, arguments.size)
+        else:
+            demo.make(card)
+    except CardError as error:
+        print(f"make_card.py: {error}", file=sys.stderr)
+        return 1
+    except OSError as error:
+        print(f"make_card.py: {error.filename or arguments.out}: {error.strerror}", file=sys.stderr)
+        return 1
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

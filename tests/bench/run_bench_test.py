@@ -1,0 +1,77 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""Tests how bench/run_bench.py reads figures and works out ratios; measures nothing."""
+
+import sys
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "bench"))
+import run_bench  # pylint: disable=wrong-import-position
+
+STRACE = """\
+% time     seconds  usecs/call     calls    errors syscall
+------ ----------- ----------- --------- --------- ----------------
+ 60.00    0.000300           1       300           read
+ 40.00    0.000200           1       204         4 openat
+------ ----------- ----------- --------- --------- ----------------
+100.00    0.000500           1       504         4 total
+"""
+
+
+def round_of(load, large_load, **more):
+    return {"load/10": load, "read_floor/10": 2.0, "parse_floor/10": 8.0, "load/100": large_load,
+            "read_floor/100": 20.0, "parse_floor/100": 80.0, **more}
+
+
+class RunBenchTest(unittest.TestCase):
+    def rows(self, *rounds):
+        rows = run_bench.summarize(run_bench.ratios(10, 100), list(rounds))
+        return {row.name: row for row in rows}
+
+    def test_a_ratio_is_the_median_of_the_ratios_of_each_round(self):
+        slow_machine = {"load/10": 60.0, "read_floor/10": 10.0, "parse_floor/10": 40.0}
+        rows = self.rows(round_of(11, 100), round_of(13, 100), round_of(0, 100) | slow_machine)
+        row = rows["scan of 10 / plain read + bare parse"]
+        self.assertEqual((row.lowest, row.ratio, row.highest), (1.1, 1.2, 1.3))
+        self.assertEqual(row.ours, 13)
+
+    def test_growth_compares_the_time_of_one_clip(self):
+        self.assertEqual(self.rows(round_of(10, 100))["time per clip, 100 / 10"].ratio, 1)
+        self.assertTrue(self.rows(round_of(10, 200))["time per clip, 100 / 10"].over)
+
+    def test_what_was_not_measured_is_left_out(self):
+        name = "system calls per clip / five"
+        self.assertNotIn(name, self.rows(round_of(10, 100)))
+        measured = round_of(10, 100, **{"calls:load": 6.0})
+        self.assertEqual((self.rows(measured)[name].ratio, self.rows(measured)[name].over), (1.2, True))
+
+    def test_a_line_without_target_is_never_over(self):
+        row = self.rows(round_of(1000, 10000))["scan of 10 / plain read + bare parse"]
+        self.assertEqual((row.ratio, row.over), (100, False))
+
+    def test_the_table_marks_what_is_over_its_target(self):
+        rows = run_bench.summarize(run_bench.ratios(10, 100), [round_of(40, 260)])
+        marked = [line for line in run_bench.table(rows).splitlines() if line.endswith("OVER")]
+        self.assertEqual(len(marked), 1)
+        self.assertIn("scan of 10 / plain read ", marked[0])
+
+    def test_reads_the_reports_of_the_programs(self):
+        report = {"benchmarks": [
+            {"name": "load/10/real_time", "real_time": 1.5},
+            {"name": "memory/10/iterations:1/real_time", "real_time": 9.0, "held_bytes": 700.0}]}
+        self.assertEqual(run_bench.figures_of(report),
+                         {"load/10": 1.5, "memory/10": 9.0, "memory/10:held_bytes": 700.0})
+        self.assertEqual(run_bench.calls_of(STRACE), 504)
+
+    def test_a_failed_measurement_is_an_error(self):
+        report = {"benchmarks": [{"name": "load/10", "error_occurred": True, "real_time": 0.0,
+                                  "error_message": "not all clips were loaded"}]}
+        with self.assertRaisesRegex(RuntimeError, "load/10: not all"):
+            run_bench.figures_of(report)
+        with self.assertRaises(RuntimeError):
+            run_bench.calls_of("")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,224 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""Tests samples/make_card.py by running it. Called with the script's path as only argument."""
+
+import hashlib
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+SCRIPT = Path(sys.argv.pop(1)) if len(sys.argv) > 1 else (
+    Path(__file__).resolve().parents[2] / "samples" / "make_card.py")
+UNREADABLE = {"0017CX.XML", "._0001AB.XML"}
+
+
+def run(*arguments):
+    command = [sys.executable, "-B", str(SCRIPT), *map(str, arguments)]
+    return subprocess.run(command, capture_output=True, text=True, check=False)
+
+
+def fingerprint(card):
+    """Name, time and content of all that is on a card."""
+    entries = []
+    for path in sorted(card.rglob("*")):
+        content = hashlib.sha256(path.read_bytes()).hexdigest() if path.is_file() else ""
+        entries.append((str(path.relative_to(card)), path.stat().st_mtime_ns, content))
+    return entries
+
+
+def clip_files(card):
+    return {path.name: path for path in (card / "CONTENTS" / "CLIP").iterdir()}
+
+
+def local_name(element):
+    """An element's name without its namespace; "" for a comment."""
+    return element.tag.rpartition("}")[2] if isinstance(element.tag, str) else ""
+
+
+def text_at(root, path):
+    """Text of the first element at a path of names, whatever their namespaces; None if none."""
+    for name in path.split("/"):
+        root = next((child for child in root if local_name(child) == name), None)
+        if root is None:
+            return None
+    return "".join(root.itertext())
+
+
+class TemporaryFolderTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+
+    def make(self, name, *arguments):
+        card = self.folder / name
+        result = run(card, *arguments)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return card
+
+
+class DemoCardTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.card = Path(folder.name) / "new" / "card"
+        assert run(cls.card).returncode == 0
+        cls.files = clip_files(cls.card)
+        cls.contents = {
+            name: ElementTree.parse(path).getroot()[0]
+            for name, path in cls.files.items() if name not in UNREADABLE}
+
+    def test_holds_sixteen_sound_clips_one_cut_off_and_one_companion(self):
+        self.assertEqual(len(self.contents), 16)
+        for name in UNREADABLE:
+            with self.subTest(name), self.assertRaises(ElementTree.ParseError):
+                ElementTree.parse(self.files[name])
+
+    def test_clips_are_named_like_their_files_and_have_identifiers_of_their_own(self):
+        identifiers = set()
+        for name, content in self.contents.items():
+            with self.subTest(name):
+                self.assertEqual(text_at(content, "ClipName"), name[:6].upper())
+                identifiers.add(text_at(content, "GlobalClipID"))
+        self.assertEqual(len(identifiers), 16)
+        self.assertEqual({len(bytes.fromhex(text)) for text in identifiers}, {32})
+
+    def test_odd_comments_leave_the_texts_alone(self):
+        content = self.contents["0008RR.XML"]
+        self.assertEqual(text_at(content, "ClipMetadata/UserClipName"), "Night market")
+        self.assertEqual(text_at(content, "EssenceList/Video/FrameRate"), "59.94i")
+
+    def test_takes_hang_together(self):
+        by_identifier = {text_at(c, "GlobalClipID"): c for c in self.contents.values()}
+        gone = []
+        for name, content in self.contents.items():
+            shot = text_at(content, "Relation/GlobalShotID")
+            following = text_at(content, "Relation/Connection/Next/GlobalClipID")
+            if following is None:
+                continue
+            if following not in by_identifier:
+                gone.append((name, text_at(content, "Relation/Connection/Next/ClipName"),
+                             text_at(content, "Relation/Connection/Next/P2SerialNo.")))
+                continue
+            successor = by_identifier[following]
+            end = (int(text_at(content, "Relation/OffsetInShot"))
+                   + int(text_at(content, "Duration")))
+            with self.subTest(name):
+                self.assertEqual(text_at(successor, "Relation/GlobalShotID"), shot)
+                self.assertEqual(int(text_at(successor, "Relation/OffsetInShot")), end)
+                self.assertEqual(text_at(successor, "Relation/Connection/Previous/GlobalClipID"),
+                                 text_at(content, "GlobalClipID"))
+        self.assertEqual(gone, [("0016TB.XML", "0001TC", "SMP24E0002")])
+
+    def test_documents_are_written_in_all_the_ways_that_cameras_have(self):
+        raw = {name: path.read_bytes() for name, path in self.files.items()}
+        self.assertIn(b"\r\n", raw["0001AB.XML"])
+        self.assertNotIn(b" xmlns=", raw["0001AB.XML"])
+        self.assertNotIn(b"\n", raw["0007H4.XML"])
+        self.assertEqual(raw["0010LG.XML"].count(b" xmlns="), 2)
+
+    def test_icons_are_small_24_bit_bitmaps_with_a_picture(self):
+        icons = sorted((self.card / "CONTENTS" / "ICON").iterdir())
+        self.assertEqual(len(icons), 17)
+        for icon in icons:
+            content = icon.read_bytes()
+            with self.subTest(icon.name):
+                self.assertEqual(struct.unpack_from("<2sI", content), (b"BM", len(content)))
+                self.assertEqual(struct.unpack_from("<iiHH", content, 18), (80, 60, 1, 24))
+                self.assertGreater(len(set(content[54:])), 8)
+
+    def test_essence_says_that_it_is_none(self):
+        media = [path for path in (self.card / "CONTENTS").rglob("*")
+                 if path.suffix.upper() in (".MXF", ".MP4", ".MOV", ".WAV")]
+        self.assertEqual({path.read_bytes()[:26] for path in media},
+                         {b"sample essence placeholder"})
+        names = {str(path.relative_to(self.card / "CONTENTS")) for path in media}
+        self.assertLessEqual({"VIDEO/0002ab.mxf", "AUDIO/0002ab01.mxf", "AVCLIP/0010LG.MXF",
+                              "PROXY/0009D1.MOV", "VOICE/0003K700.WAV"}, names)
+        self.assertNotIn("PROXY/0005M2.MP4", names)
+
+    def test_two_runs_give_the_same_card(self):
+        again = self.card.parent / "again"
+        self.assertEqual(run(again).returncode, 0)
+        self.assertEqual(fingerprint(self.card), fingerprint(again))
+
+
+class BulkCardTest(TemporaryFolderTest):
+    def test_clips_carry_4_to_8_kilobytes_of_metadata(self):
+        for size in ((), ("--size", 4096), ("--size", 8192)):
+            # 90 clips: every format in every way of writing.
+            card = self.make(f"card{size[-1:]}", "--clips", 90, *size)
+            for name, path in clip_files(card).items():
+                with self.subTest(name, size=size):
+                    self.assertTrue(4096 <= path.stat().st_size <= 8192, path.stat().st_size)
+                    elements = sum(1 for _ in ElementTree.parse(path).iter())
+                    self.assertTrue(90 <= elements <= 190, elements)
+
+    def test_every_clip_has_its_files(self):
+        card = self.make("card", "--clips", 30)
+        contents = card / "CONTENTS"
+        names = sorted(path.stem for path in (contents / "CLIP").iterdir())
+        self.assertEqual(names, [f"{number:04d}AA" for number in range(1, 31)])
+        in_one_file = {path.stem for path in (contents / "AVCLIP").iterdir()}
+        self.assertEqual(len(in_one_file), 2)
+        for name in names:
+            with self.subTest(name):
+                audio = len(list((contents / "AUDIO").glob(f"{name}*")))
+                self.assertEqual(audio, 0 if name in in_one_file else 4)
+                self.assertEqual(len(list((contents / "PROXY").glob(f"{name}.*"))), 1)
+                self.assertTrue((contents / "ICON" / f"{name}.BMP").is_file())
+
+    def test_names_go_on_after_9999_clips(self):
+        sys.path.insert(0, str(SCRIPT.parent))
+        from card.bulk import clip_name  # pylint: disable=import-outside-toplevel
+        self.assertEqual([clip_name(index) for index in (0, 9998, 9999, 26 * 9999)],
+                         ["0001AA", "9999AA", "0001AB", "0001A0"])
+
+    def test_two_runs_give_the_same_card(self):
+        first, second = (self.make(name, "--clips", 40) for name in ("first", "second"))
+        self.assertEqual(fingerprint(first), fingerprint(second))
+
+    def test_essence_gets_the_size_asked_for(self):
+        card = self.make("card", "--clips", 3, "--essence-size", 100)
+        self.assertEqual({path.stat().st_size for path in (card / "CONTENTS/VIDEO").iterdir()},
+                         {100})
+
+
+class RefusalTest(TemporaryFolderTest):
+    def assert_refused(self, target, *arguments, status=1, words):
+        before = fingerprint(self.folder)
+        result = run(target, *arguments)
+        self.assertEqual(result.returncode, status)
+        self.assertIn(words, result.stderr)
+        self.assertNotIn("Traceback", result.stderr)
+        self.assertEqual(fingerprint(self.folder), before)
+
+    def test_leaves_a_folder_with_something_in_it_alone(self):
+        (self.folder / "holiday.txt").write_text("keep", encoding="utf-8")
+        self.assert_refused(self.folder, words="not empty")
+        self.assert_refused(self.folder, "--force", words="this is none")
+
+    def test_leaves_a_card_of_its_own_alone_unless_forced(self):
+        card = self.make("card", "--clips", 3)
+        self.assert_refused(card, "--clips", 1, words="not empty")
+        self.make("card", "--clips", 1, "--force")
+        self.assertEqual(list(clip_files(card)), ["0001AA.XML"])
+
+    def test_refuses_a_target_that_is_a_file(self):
+        (self.folder / "file").write_text("x", encoding="utf-8")
+        self.assert_refused(self.folder / "file", words="not a folder")
+
+    def test_explains_wrong_usage(self):
+        for arguments in (("--clips", 0), ("--clips", "many"), ("--size", 5000),
+                          ("--clips", 1, "--size", 100)):
+            with self.subTest(arguments):
+                self.assert_refused(self.folder / "card", *arguments, status=2, words="usage:")
+
+
+if __name__ == "__main__":
+    unittest.main()
