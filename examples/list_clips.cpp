@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <parser/NQP2Parser.h>
+#include <platform/PathText.h>
 #include <platform/TextBytes.h>
 
 #include <cstdio>
@@ -10,8 +11,8 @@ int main(int argc, char** argv) {
     CNQP2Parser parser;
     parser.Init();
     CArray<_tag_P2Clip> clips;
-    const auto card = nqp2::TextFromBytes(argc > 1 ? argv[1] : ".");
-    const auto failed = parser.LoadClipEx(card, clips, 1);
+    const CString card = nqp2::InterfaceRoot(argc > 1 ? argv[1] : "/media/card");
+    const bool failed = parser.LoadClipEx(card, clips, 1) != 0;
     for (const _tag_P2Clip& clip : clips) {
         std::printf("%s %s %d\n", nqp2::BytesFromText(clip.ClipName).c_str(),
                     nqp2::BytesFromText(clip.CodecName).c_str(), clip.Duration);

@@ -98,11 +98,15 @@ CString ClipTexts::Text(ClipPath path) const {
 }
 
 std::int32_t ClipTexts::Int32(ClipPath path) const {
-    return platform::ToInt32(Text(path).View());
+    std::string scratch;
+    const dom::Node* const node = Find(path);
+    return node != nullptr ? platform::ToInt32(dom::Text(*node, scratch)) : 0;
 }
 
 std::int64_t ClipTexts::Int64(ClipPath path) const {
-    return platform::ToInt64(Text(path).View());
+    std::string scratch;
+    const dom::Node* const node = Find(path);
+    return node != nullptr ? platform::ToInt64(dom::Text(*node, scratch)) : 0;
 }
 
 GUID ClipTexts::Guid(ClipPath path) const {

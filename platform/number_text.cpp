@@ -6,43 +6,68 @@
 #include "platform/white_space.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 
 namespace nqp2::platform {
 namespace {
 
 /// The magnitude of the digits at the start of `text`, or `limit` when it is larger.
-std::uint64_t LeadingDigits(std::wstring_view text, std::uint64_t limit) {
+template <class Char>
+std::uint64_t LeadingDigits(std::basic_string_view<Char> text, std::uint64_t limit) {
     std::uint64_t value = 0;
-    for (const wchar_t ch : text) {
-        if (ch < L'0' || ch > L'9') {
+    for (const Char ch : text) {
+        if (ch < Char{'0'} || ch > Char{'9'}) {
             break;
         }
-        const auto digit = static_cast<std::uint64_t>(ch - L'0');
+        const auto digit = static_cast<std::uint64_t>(ch - Char{'0'});
         value = value > (limit - digit) / 10 ? limit : value * 10 + digit;
     }
     return value;
 }
 
-} // namespace
-
-std::int32_t ToInt32(std::wstring_view text) {
-    using Limits = std::numeric_limits<std::int32_t>;
-    return static_cast<std::int32_t>(
-        std::clamp<std::int64_t>(ToInt64(text), Limits::min(), Limits::max()));
+template <class Char>
+bool IsWhiteSpace(Char ch) {
+    return kWhiteSpace.find(static_cast<wchar_t>(ch)) != std::wstring_view::npos;
 }
 
-std::int64_t ToInt64(std::wstring_view text) {
+/// The one rule; both forms of text hold its characters with the same values.
+template <class Char>
+std::int64_t ReadNumber(std::basic_string_view<Char> text) {
     constexpr auto kMost = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
-    const bool isNegative = text.starts_with(L'-');
-    if (isNegative || text.starts_with(L'+')) {
+    const auto start = std::find_if_not(text.begin(), text.end(), IsWhiteSpace<Char>);
+    text.remove_prefix(static_cast<std::size_t>(start - text.begin()));
+    const bool isNegative = text.starts_with(Char{'-'});
+    if (isNegative || text.starts_with(Char{'+'})) {
         text.remove_prefix(1);
     }
     if (isNegative) {
         return static_cast<std::int64_t>(0 - LeadingDigits(text, kMost + 1));
     }
     return static_cast<std::int64_t>(LeadingDigits(text, kMost));
+}
+
+std::int32_t Saturated(std::int64_t value) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
+}
+
+} // namespace
+
+std::int32_t ToInt32(std::wstring_view text) {
+    return Saturated(ReadNumber(text));
+}
+
+std::int32_t ToInt32(std::string_view utf8) {
+    return Saturated(ReadNumber(utf8));
+}
+
+std::int64_t ToInt64(std::wstring_view text) {
+    return ReadNumber(text);
+}
+
+std::int64_t ToInt64(std::string_view utf8) {
+    return ReadNumber(utf8);
 }
 
 } // namespace nqp2::platform

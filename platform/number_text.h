@@ -11,6 +11,8 @@
 namespace nqp2::platform {
 
 std::int32_t ToInt32(std::wstring_view text);
+std::int32_t ToInt32(std::string_view utf8);
 std::int64_t ToInt64(std::wstring_view text);
+std::int64_t ToInt64(std::string_view utf8);
 
 } // namespace nqp2::platform

@@ -157,7 +157,7 @@ class BulkCardTest(TemporaryFolderTest):
                 with self.subTest(name, size=size):
                     self.assertTrue(4096 <= path.stat().st_size <= 8192, path.stat().st_size)
                     elements = sum(1 for _ in ElementTree.parse(path).iter())
-                    self.assertTrue(90 <= elements <= 190, elements)
+                    self.assertTrue(90 <= elements <= 200, elements)
 
     def test_every_clip_has_its_files(self):
         card = self.make("card", "--clips", 30)

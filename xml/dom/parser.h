@@ -24,7 +24,7 @@ class Parser {
 public:
     /// A tree may take this much memory: a 32 MiB file of text fits, a flood of empty elements does
     /// not.
-    static constexpr std::size_t kMaxTreeBytes = std::size_t{40} * 1024 * 1024;
+    static constexpr std::size_t kMaxTreeBytes = std::size_t{34} * 1024 * 1024;
 
     class Source;
 

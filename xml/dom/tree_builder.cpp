@@ -12,6 +12,13 @@
 namespace nqp2::dom {
 namespace {
 
+// One run of characters, as long as libxml2 lets comments and values be; the run is in memory twice
+// for a moment.
+constexpr std::size_t kMaxRun = 10'000'000;
+
+// The buffer for runs is kept between documents unless one made it unusually large.
+constexpr std::size_t kKeptRun = std::size_t{64} * 1024;
+
 std::string_view View(const xmlChar* text) {
     return text != nullptr ? std::string_view(reinterpret_cast<const char*>(text))
                            : std::string_view();
@@ -44,6 +51,9 @@ void TreeBuilder::Start(Tree& tree, xmlParserCtxtPtr context, std::size_t maxByt
     m_maxBytes = maxBytes;
     m_current = &tree.DocumentNode();
     m_text.clear();
+    if (m_text.capacity() > kKeptRun) {
+        m_text.shrink_to_fit();
+    }
     m_error = {};
 
     xmlSAXHandler& sax = *context->sax;
@@ -142,6 +152,9 @@ void TreeBuilder::OnCharacters(void* context, const xmlChar* text, int length) {
     builder.Guard([&] {
         builder.m_text.append(reinterpret_cast<const char*>(text),
                               static_cast<std::size_t>(length));
+        if (builder.m_text.size() > kMaxRun) {
+            builder.Stop(kErrorTooLarge, "a text is longer than metadata may be", Fault::TooLarge);
+        }
     });
 }
 
