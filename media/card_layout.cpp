@@ -17,7 +17,9 @@ CString ContentsFolder(const CString& root) {
 
 bool IsPlainName(const CString& name) {
     constexpr std::wstring_view kUnsafe(L"\\/:\0", 4);
-    return name.View().find_first_of(kUnsafe) == std::wstring_view::npos;
+    constexpr int kLongestName = 255; // of every file system that a card or its copy stands on
+    return name.GetLength() <= kLongestName &&
+           name.View().find_first_of(kUnsafe) == std::wstring_view::npos;
 }
 
 } // namespace nqp2::media

@@ -27,7 +27,8 @@ inline constexpr const wchar_t* kIconExtension = L".BMP";
 inline constexpr const wchar_t* kMp4Extension = L".MP4";
 inline constexpr const wchar_t* kMovExtension = L".MOV";
 
-/// Whether a name taken from a file is one plain file name: no separators, no drive, no zero.
+/// Whether a name taken from a file is one plain file name: no separators, no drive, no zero, and
+/// no longer than file names can be.
 bool IsPlainName(const CString& name);
 
 } // namespace nqp2::media

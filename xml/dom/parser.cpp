@@ -4,13 +4,13 @@
 #include "xml/dom/parser.h"
 
 #include "platform/file_system.h"
+#include "xml/dom/quiet_libxml.h"
 #include "xml/dom/tree_builder.h"
 
 #include <libxml/dict.h>
 #include <libxml/parser.h>
 
 #include <algorithm>
-#include <cstring>
 #include <mutex>
 #include <new>
 
@@ -46,8 +46,7 @@ class MemorySource final : public Parser::Source {
 public:
     explicit MemorySource(std::string_view bytes) : m_left(bytes) {}
     std::size_t Read(char* buffer, std::size_t capacity, ParseError& /*fault*/) override {
-        const std::size_t count = std::min(capacity, m_left.size());
-        std::memcpy(buffer, m_left.data(), count);
+        const std::size_t count = m_left.copy(buffer, capacity);
         m_left.remove_prefix(count);
         return count;
     }
@@ -143,6 +142,7 @@ ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
     context.source = &source;
     context.sourceFault = {};
     context.builder.Start(tree, context.libxml, kMaxTreeBytes);
+    const QuietLibxml quiet;
     xmlCtxtReadIO(context.libxml, Context::OnRead, Context::OnClose, &context, nullptr, encoding,
                   kOptions);
     ParseError error = context.builder.Finish();
@@ -160,9 +160,14 @@ ParseError Parser::ParseBytes(std::string_view bytes, Tree& tree) {
 
 ParseError Parser::ParseText(std::string_view utf8, Tree& tree) {
     constexpr std::string_view kBlanks = " \t\r\n";
-    utf8.remove_prefix(std::min(utf8.find_first_not_of(kBlanks), utf8.size()));
-    MemorySource source(utf8);
-    return Parse(source, "UTF-8", tree);
+    const std::string_view blanks =
+        utf8.substr(0, std::min(utf8.find_first_not_of(kBlanks), utf8.size()));
+    MemorySource source(utf8.substr(blanks.size()));
+    ParseError error = Parse(source, TreeBuilder::kKnownUtf8, tree);
+    if (error.line > 0) {
+        error.line += static_cast<int>(std::count(blanks.begin(), blanks.end(), '\n'));
+    }
+    return error;
 }
 
 ParseError Parser::ParseStream(platform::FileReader& reader, std::uint64_t limit, Tree& tree) {

@@ -11,8 +11,9 @@
 namespace nqp2::dom {
 namespace {
 
+// Names in other letters are left to the general evaluation, which knows what may stand in a name.
 bool StartsName(unsigned char ch) {
-    return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || ch == '_' || ch >= 0x80;
+    return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || ch == '_';
 }
 
 bool ContinuesName(unsigned char ch) {
@@ -192,6 +193,9 @@ std::vector<Node*> WalkPath(const SimplePath& path, Node& context, const Selecti
         WalkAnywhere(top, steps, onlyFirst, found);
     } else if (top.type == NodeType::Document) {
         Descend(top, steps, onlyFirst, found);
+    } else if (steps.front().Fits(top)) {
+        // What was taken out of a document stands as its own document element.
+        Descend(top, steps.subspan(1), onlyFirst, found);
     }
     return found;
 }

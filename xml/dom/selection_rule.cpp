@@ -30,6 +30,9 @@ bool TakeAttribute(std::string_view& text, std::string_view& name, std::string_v
         return false;
     }
     name = text.substr(0, equals);
+    if (name.find_first_of(kBlanks) != std::string_view::npos) {
+        return false;
+    }
     value = text.substr(equals + 2, end - equals - 2);
     text.remove_prefix(end + 1);
     return true;
@@ -38,6 +41,10 @@ bool TakeAttribute(std::string_view& text, std::string_view& name, std::string_v
 } // namespace
 
 const std::string* SelectionRule::UriOf(std::string_view prefix) const {
+    static const std::string xmlNamespace = "http://www.w3.org/XML/1998/namespace";
+    if (prefix == "xml") {
+        return &xmlNamespace; // bound from the start, and to nothing else
+    }
     const auto found = std::find_if(bindings.begin(), bindings.end(),
                                     [&](const auto& binding) { return binding.first == prefix; });
     return found != bindings.end() ? &found->second : nullptr;

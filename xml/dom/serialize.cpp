@@ -80,6 +80,7 @@ private:
 class Serializer {
 public:
     std::string Run(const Node& top) {
+        m_top = &top;
         // Down and up without recursion: built trees may be deeper than any stack.
         const Node* node = &top;
         while (node != nullptr) {
@@ -133,7 +134,7 @@ private:
             m_scope.Return(m_marks.back());
             m_marks.pop_back();
         }
-        if (node.parent != nullptr && node.parent->type == NodeType::Document) {
+        if (&node != m_top && node.parent != nullptr && node.parent->type == NodeType::Document) {
             m_out.append(kLineBreak);
         }
     }
@@ -197,6 +198,7 @@ private:
         m_out.append("?>");
     }
 
+    const Node* m_top = nullptr;
     std::string m_out;
     Scope m_scope;
     std::vector<std::size_t> m_marks;

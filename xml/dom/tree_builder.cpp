@@ -28,12 +28,36 @@ std::string_view View(const xmlChar* begin, const xmlChar* end) {
     return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
 }
 
+/// A value or namespace as the document means it: while entities stay as they are, libxml2 hands
+/// every "&" on as a reference, for a tree that would resolve it later.
+std::string_view Resolved(std::string_view value, std::string& scratch) {
+    constexpr std::string_view kReference = "&#38;";
+    if (value.find('&') == std::string_view::npos) {
+        return value;
+    }
+    scratch.clear();
+    std::size_t start = 0;
+    for (std::size_t found = 0; (found = value.find(kReference, start)) != std::string_view::npos;
+         start = found + kReference.size()) {
+        scratch.append(value.substr(start, found - start)).append(1, '&');
+    }
+    return scratch.append(value.substr(start));
+}
+
+/// What the parser has read and not yet taken.
+std::string_view Ahead(const xmlParserCtxt& context) {
+    return context.input != nullptr ? View(context.input->cur, context.input->end)
+                                    : std::string_view();
+}
+
 /// The data of the XML declaration as it is written again: documents are saved as UTF-8.
 std::string DeclarationData(const xmlParserCtxt& context) {
     std::string data = "version=\"";
     data += context.version != nullptr ? View(context.version) : std::string_view("1.0");
     data += '"';
-    if (context.encoding != nullptr || context.input->encoding != nullptr) {
+    const bool declared =
+        context.encoding != nullptr && View(context.encoding) != TreeBuilder::kKnownUtf8;
+    if (declared || context.input->encoding != nullptr) {
         data += " encoding=\"UTF-8\"";
     }
     if (context.standalone == 0 || context.standalone == 1) {
@@ -130,8 +154,8 @@ void TreeBuilder::OnStartElement(void* context, const xmlChar* localName, const 
     TreeBuilder& builder = From(context);
     builder.Guard([&] {
         builder.FlushText();
-        Node& element =
-            builder.m_tree->CreateElement(builder.QualifiedName(prefix, localName), View(uri));
+        Node& element = builder.m_tree->CreateElement(builder.QualifiedName(prefix, localName),
+                                                      Resolved(View(uri), builder.m_uri));
         builder.Append(element);
         builder.AddAttributes(element, namespaceCount, namespaces, attributeCount, attributes);
         builder.m_current = &element;
@@ -201,8 +225,8 @@ void TreeBuilder::OnError(void* context, xmlErrorPtr error) {
     builder.Guard([&] {
         std::string reason = error->message != nullptr ? error->message : "not well-formed";
         reason.erase(reason.find_last_not_of("\r\n") + 1);
-        builder.m_error = {PlatformErrorCode(*error), std::move(reason), error->line, error->int2,
-                           Fault::NotWellFormed};
+        builder.m_error = {PlatformErrorCode(*error, Ahead(*builder.m_context)), std::move(reason),
+                           error->line, error->int2, Fault::NotWellFormed};
     });
 }
 
@@ -225,13 +249,15 @@ void TreeBuilder::AddAttributes(Node& element, int declarationCount, const xmlCh
         const xmlChar* const prefix = declarations[2 * i];
         const std::string_view name =
             prefix == nullptr ? QualifiedName(nullptr, kXmlns) : QualifiedName(kXmlns, prefix);
-        last = &m_tree->AppendAttribute(element, last, name, View(declarations[2 * i + 1]), {});
+        last = &m_tree->AppendAttribute(element, last, name,
+                                        Resolved(View(declarations[2 * i + 1]), m_value), {});
     }
     // Per attribute: local name, prefix, namespace, start and end of the value.
     constexpr int kFields = 5;
     for (int i = 0; i < attributeCount; ++i, attributes += kFields) {
         last = &m_tree->AppendAttribute(element, last, QualifiedName(attributes[1], attributes[0]),
-                                        View(attributes[3], attributes[4]), View(attributes[2]));
+                                        Resolved(View(attributes[3], attributes[4]), m_value),
+                                        Resolved(View(attributes[2]), m_uri));
     }
 }
 

@@ -17,6 +17,10 @@ namespace nqp2::dom {
 /// Receives libxml2's parse events and grows a tree from them.
 class TreeBuilder {
 public:
+    /// What the parser is told of text that is known to be UTF-8: a spelling that no document can
+    /// leave in the same place, so that an encoding that was not declared is not written either.
+    static constexpr const char* kKnownUtf8 = "UTF8";
+
     /// Empties the tree and hooks this builder up to the context for one document.
     void Start(Tree& tree, xmlParserCtxtPtr context, std::size_t maxBytes);
     /// The outcome of the document that was parsed since Start; on a fault the tree is empty.
@@ -55,6 +59,8 @@ private:
     Node* m_current = nullptr;
     std::string m_text; ///< characters since the last other event: they arrive in pieces
     std::string m_name;
+    std::string m_value;
+    std::string m_uri;
     ParseError m_error;
 };
 

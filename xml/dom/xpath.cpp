@@ -4,6 +4,7 @@
 #include "xml/dom/xpath.h"
 
 #include "platform/ComError.h"
+#include "xml/dom/quiet_libxml.h"
 #include "xml/dom/tree.h"
 
 #include <libxml/tree.h>
@@ -71,21 +72,6 @@ std::set<std::string> PrefixesIn(std::string_view expression) {
     return prefixes;
 }
 
-xmlElementType LibxmlType(NodeType type) {
-    switch (type) {
-    case NodeType::Text:
-        return XML_TEXT_NODE;
-    case NodeType::CData:
-        return XML_CDATA_SECTION_NODE;
-    case NodeType::Comment:
-        return XML_COMMENT_NODE;
-    case NodeType::ProcessingInstruction:
-        return XML_PI_NODE;
-    default:
-        return XML_ELEMENT_NODE;
-    }
-}
-
 } // namespace
 
 /// The libxml2 document and what ties it to the tree.
@@ -111,6 +97,10 @@ struct XPathView::Copy {
 
     xmlNsPtr NamespaceOf(const Node& node) {
         std::string prefix(Prefix(node));
+        if (prefix == "xml") {
+            // Bound to its one namespace in every expression, by either rule.
+            return xmlSearchNs(document, reinterpret_cast<xmlNodePtr>(document), Xml(prefix));
+        }
         std::string uri(node.uri);
         if (names == SelectionRule::Names::Qualified) {
             uri = prefix.empty() ? std::string() : std::string(kPrefixNamespace) + prefix;
@@ -125,20 +115,26 @@ struct XPathView::Copy {
         return space;
     }
 
-    xmlNodePtr MakeNode(Node& node) {
-        xmlNodePtr made = nullptr;
-        if (node.type == NodeType::Element || node.type == NodeType::Fragment) {
-            made = xmlNewDocNode(document, NamespaceOf(node), Xml(std::string(BaseName(node))),
+    // Each kind by its own constructor: libxml2 frees a node by what its kind owns.
+    xmlNodePtr NewNode(const Node& node) {
+        const std::string content(node.content);
+        switch (node.type) {
+        case NodeType::Text:
+            return xmlNewDocText(document, Xml(content));
+        case NodeType::CData:
+            return xmlNewCDataBlock(document, Xml(content), static_cast<int>(content.size()));
+        case NodeType::Comment:
+            return xmlNewDocComment(document, Xml(content));
+        case NodeType::ProcessingInstruction:
+            return xmlNewDocPI(document, Xml(std::string(node.name)), Xml(content));
+        default:
+            return xmlNewDocNode(document, NamespaceOf(node), Xml(std::string(BaseName(node))),
                                  nullptr);
-        } else if (node.type == NodeType::ProcessingInstruction) {
-            made =
-                xmlNewDocPI(document, Xml(std::string(node.name)), Xml(std::string(node.content)));
-        } else {
-            made = xmlNewDocText(document, Xml(std::string(node.content)));
-            if (made != nullptr) {
-                made->type = LibxmlType(node.type);
-            }
         }
+    }
+
+    xmlNodePtr MakeNode(Node& node) {
+        const xmlNodePtr made = NewNode(node);
         if (made == nullptr) {
             throw std::bad_alloc();
         }
@@ -159,6 +155,7 @@ struct XPathView::Copy {
                 throw std::bad_alloc();
             }
             attribute->_private = each;
+            counterparts[each] = reinterpret_cast<xmlNodePtr>(attribute);
         }
     }
 
@@ -214,14 +211,19 @@ bool XPathView::IsCurrent(const Node& top) const {
 
 std::vector<Node*> XPathView::Evaluate(Node& context, const std::string& expression,
                                        const SelectionRule& rule) {
+    const auto counterpart = m_copy->counterparts.find(&context);
+    if (counterpart == m_copy->counterparts.end()) {
+        throw _com_error(E_FAIL, CString(L"a path cannot start at a namespace declaration"));
+    }
     const Context evaluation(xmlXPathNewContext(m_copy->document));
     if (evaluation == nullptr) {
         throw std::bad_alloc();
     }
     evaluation->error = IgnoreError;
     evaluation->opLimit = kMaxOperations;
-    evaluation->node = m_copy->counterparts.at(&context);
+    evaluation->node = counterpart->second;
     m_copy->Register(*evaluation, expression, rule);
+    const QuietLibxml quiet;
     const Object result(xmlXPathEvalExpression(Xml(expression), evaluation.get()));
     if (result == nullptr || result->type != XPATH_NODESET) {
         throw _com_error(E_FAIL, CString(L"the path cannot be evaluated"));

@@ -1,0 +1,96 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+// Bytes as a clip file through both clip readers.
+
+#include "fuzz/require.h"
+#include "media/card_layout.h"
+#include "parser/clip_path.h"
+#include "parser/clip_reader.h"
+#include "parser/clip_texts.h"
+#include "parser/essence_lookup.h"
+#include "parser/text_pool.h"
+#include "xml/dom/document.h"
+#include "xml/query_text.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using nqp2::fuzz::Require;
+using nqp2::parser::ClipTexts;
+using nqp2::parser::EssenceLookup;
+
+constexpr const wchar_t* kContents = L"/nqp2-fuzz/none:\\CONTENTS\\";
+
+/// The single pass must give what asking path by path gives.
+void CheckTexts(const nqp2::dom::Document& document, const ClipTexts& texts) {
+    for (const auto& entry : nqp2::parser::kClipPaths) {
+        const std::string path =
+            std::string(nqp2::parser::kClipContentPath) + "/" + std::string(entry.below);
+        const nqp2::dom::Node* const node = texts.Find(entry.path);
+        Require(texts.Text(entry.path) == (node != nullptr ? nqp2::xml::TextOf(*node) : CString()),
+                "a shared text is the node's text");
+        Require(node == document.SelectSingle(path).get(),
+                "a clip value is the first node that its path selects");
+    }
+}
+
+void CheckPath(const CString& path, const CString& clipName) {
+    if (path.IsEmpty()) {
+        return;
+    }
+    const CString contents = kContents;
+    Require(path.Left(contents.GetLength()) == contents, "paths stay in the contents folder");
+    Require(nqp2::media::IsPlainName(clipName), "a name that is no file name makes no path");
+    const CString rest = path.Mid(contents.GetLength());
+    Require(rest.Find(L'\\') == rest.ReverseFind(L'\\') && rest.Find(L'/') < 0 &&
+                rest.Find(L"..\\") < 0,
+            "a path is one folder and one name");
+}
+
+void CheckClip(const _tag_P2Clip& clip) {
+    Require(clip.EssenceMask < 512, "the mask knows video and eight channels");
+    Require(clip.AvcIntraClass50 == 0 || clip.AvcIntraClass50 == 1, "class 50 is a flag");
+    Require(clip.ClipIdDigit >= -1 && clip.ClipIdDigit <= 9, "one digit of the identifier");
+    Require(clip.Reserved276 == 0 && clip.Reserved288 == 0, "reserved fields stay zero");
+    std::set<std::int32_t> offsets;
+    for (std::int64_t i = 0; i < clip.Memos.GetSize(); ++i) {
+        Require(offsets.insert(clip.Memos[i].Offset).second, "one memo an offset");
+    }
+    CheckPath(clip.VideoPath, clip.ClipName);
+    for (const CString& path : clip.AudioPath) {
+        CheckPath(path, clip.ClipName);
+    }
+    Require(clip.IconPath.IsEmpty() && clip.XmlPath.IsEmpty() && clip.ProxyPath.IsEmpty() &&
+                clip.Proxy.ProxyFilePath.IsEmpty(),
+            "files that do not exist have no path");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    // The same objects for all inputs, as in a scan: no file may spoil the next.
+    static nqp2::parser::TextPool pool;
+    static nqp2::dom::Document document(nqp2::dom::SelectionRule::Names::Qualified);
+    if (!document.LoadBytes({reinterpret_cast<const char*>(data), size})) {
+        Require(document.LastError().fault != nqp2::dom::Fault::None, "a failed load says why");
+        return 0;
+    }
+    const ClipTexts texts(document, pool);
+    CheckTexts(document, texts);
+    EssenceLookup byName(kContents, EssenceLookup::Mode::OneClip);
+    _tag_P2Clip named;
+    ReadNamedClip(texts, byName, named);
+    CheckClip(named);
+    Require(named.VideoPath.IsEmpty() && named.EssenceMask == 0, "no file, no essence");
+    EssenceLookup inScan(kContents, EssenceLookup::Mode::Scan);
+    _tag_P2Clip scanned;
+    ReadScannedClip(texts, inScan, scanned);
+    CheckClip(scanned);
+    return 0;
+}

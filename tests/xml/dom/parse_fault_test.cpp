@@ -1,0 +1,238 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/parser.h"
+
+#include "tests/xml/dom/loaded_document.h"
+
+#include <chrono>
+
+namespace nqp2::dom {
+namespace {
+
+using std::string_literals::operator""s;
+
+struct Faulty {
+    const char* what;
+    std::string bytes;
+    std::uint32_t code;
+    Fault fault = Fault::NotWellFormed;
+    int line = 1;
+    int column = 0; ///< 0: not checked
+};
+
+void ExpectFault(const Faulty& faulty) {
+    SCOPED_TRACE(faulty.what);
+    Document document(SelectionRule::Names::Qualified);
+    ASSERT_TRUE(document.LoadText("<before/>"));
+    EXPECT_FALSE(document.LoadBytes(faulty.bytes));
+    const ParseError& error = document.LastError();
+    EXPECT_EQ(error.errorCode, faulty.code) << error.reason;
+    EXPECT_EQ(error.fault, faulty.fault);
+    EXPECT_EQ(error.line, faulty.line);
+    if (faulty.column != 0) {
+        EXPECT_EQ(error.linepos, faulty.column);
+    }
+    EXPECT_FALSE(error.reason.empty());
+    EXPECT_EQ(document.Content()->Root(), nullptr);
+    EXPECT_EQ(document.Content()->DocumentNode().firstChild, nullptr);
+}
+
+TEST(ParseFault, TellsTheFirstErrorWithItsPlaceAndLeavesAnEmptyDocument) {
+    const Faulty table[] = {
+        {"empty", "", 0xC00CE558U},
+        {"blanks only", " \n ", 0xC00CE558U, Fault::NotWellFormed, 2},
+        {"declaration only", "<?xml version='1.0'?>", 0xC00CE558U},
+        {"blank before the declaration", " <?xml version='1.0'?><a/>", 0xC00CE557U},
+        {"wrong end tag", "<a>\n <b></c>\n</a>", 0xC00CE56DU, Fault::NotWellFormed, 2, 9},
+        {"attribute twice", "<a x='1' x='2'/>", 0xC00CE554U},
+        {"attribute twice by namespace", "<a xmlns:p='u' xmlns:q='u' p:x='' q:x=''/>", 0xC00CE554U},
+        {"no quote", "<a x=1/>", 0xC00CE502U},
+        {"< in a value", "<a x='<'/>", 0xC00CE506U},
+        {"second root", "<a/>\n<b/>", 0xC00CE555U, Fault::NotWellFormed, 2},
+        {"text behind the root", "<a/>x", 0xC00CE556U},
+        {"text before the root", "x<a/>", 0xC00CE556U},
+        {"undeclared prefix", "<p:a/>", 0xC00CE01DU},
+        {"undeclared prefix of an attribute", "<a p:x=''/>", 0xC00CE01DU},
+        {"prefix declared away", "<a xmlns:p=''/>", 0xC00CE01DU},
+        {"undeclared entity", "<a>&b;</a>", 0xC00CE002U},
+        {"NUL", "<a>x\0y</a>"s, 0xC00CE508U},
+        {"control character", "<a>\x01</a>", 0xC00CE508U},
+        {"reference to a control character", "<a>&#1;</a>", 0xC00CE508U},
+        {"surrogate in UTF-8", "<a>\xED\xA0\x80</a>", 0xC00CE508U},
+        {"overlong UTF-8", "<a>\xC0\xAF</a>", 0xC00CE508U},
+        {"lone byte", "<a>\xE4</a>", 0xC00CE508U},
+        {"binary", "\x06\x0E\x2B\x34\x02\x05\x01\x01", 0xC00CE556U},
+        {"unknown encoding", "<?xml version='1.0' encoding='no-such'?><a/>", 0xC00CE56EU},
+    };
+    for (const Faulty& faulty : table) {
+        ExpectFault(faulty);
+    }
+}
+
+TEST(ParseFault, RefusesEveryDocumentTypeBeforeItTakesEffect) {
+    const std::string bombs = "<!DOCTYPE a [<!ENTITY b 'bbbbbbbbbb'><!ENTITY c '&b;&b;&b;'>]>";
+    const std::string bodies[] = {
+        "<!DOCTYPE a><a/>",
+        "<!DOCTYPE a SYSTEM 'file:///etc/passwd'><a/>",
+        "<!DOCTYPE a PUBLIC '-//X' 'http://127.0.0.1:9/x.dtd'><a/>",
+        "<!DOCTYPE a [<!ENTITY f SYSTEM 'file:///etc/passwd'>]><a>&f;</a>",
+        "<!DOCTYPE a [<!ATTLIST a x CDATA 'given'>]><a/>",
+        "<!DOCTYPE a [<!ENTITY % p SYSTEM 'file:///etc/passwd'>%p;]><a/>",
+        bombs + "<a>&c;</a>",
+        bombs + "<a x='&c;'/>",
+    };
+    for (const std::string& bytes : bodies) {
+        ExpectFault({bytes.c_str(), bytes, kErrorDocumentType, Fault::DocumentType});
+    }
+}
+
+TEST(ParseFault, TextMayFollowBlanksButBytesMayNot) {
+    LoadedDocument document("\r\n\t <?xml version='1.0'?><a/>");
+    EXPECT_FALSE(document.LoadText("\n\n <?xml version='1.0'?>\n<a></b>"));
+    EXPECT_EQ(document.LastError().line, 4) << "lines count from where the text starts";
+}
+
+TEST(ParseFault, CutOffAnywhereIsNoDocument) {
+    const std::string whole =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!--c--><P xmlns=\"u\" xmlns:p=\"v\" "
+        "p:x=\"1&amp;2\"><?i d?>\xE7\xB4\xA0<p:C>&#x7D20;</p:C><![CDATA[<&]]></P>";
+    Document document(SelectionRule::Names::Qualified);
+    ASSERT_TRUE(document.LoadBytes(whole));
+    for (std::size_t length = 0; length < whole.size(); ++length) {
+        EXPECT_FALSE(document.LoadBytes(std::string_view(whole).substr(0, length))) << length;
+        EXPECT_NE(document.LastError().reason, "") << length;
+        EXPECT_EQ(document.Content()->Root(), nullptr) << length;
+    }
+}
+
+TEST(ParseFault, GoodFileAfterABadOneIsReadFromScratch) {
+    Document document(SelectionRule::Names::Qualified);
+    const std::string bad[] = {"<a><b><c x='", "<!DOCTYPE a><a/>", "<a xmlns:p='u'><p:b",
+                               "\xFF\xFE<"};
+    for (const std::string& bytes : bad) {
+        EXPECT_FALSE(document.LoadBytes(bytes));
+        ASSERT_TRUE(document.LoadBytes("<d>text</d>")) << document.LastError().reason;
+        EXPECT_EQ(document.LastError().errorCode, 0U);
+        EXPECT_EQ(Serialize(document.Content()->DocumentNode()), "<d>text</d>\r\n");
+    }
+}
+
+// A flood that is handled badly takes minutes or hours, so the limit can be generous.
+class Flood : public testing::Test {
+protected:
+    static constexpr auto kLimit = std::chrono::seconds(15);
+
+    void ExpectRefused(const std::string& bytes, Fault fault) {
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_FALSE(m_document.LoadBytes(bytes));
+        EXPECT_EQ(m_document.LastError().fault, fault) << m_document.LastError().reason;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, kLimit);
+        EXPECT_TRUE(m_document.LoadBytes("<sound/>")) << "a flood must not spoil the next file";
+    }
+
+    static std::string Numbered(std::string_view before, std::string_view after, int count) {
+        std::string text;
+        for (int i = 0; i < count; ++i) {
+            text.append(before).append(std::to_string(i)).append(after);
+        }
+        return text;
+    }
+
+    Document m_document{SelectionRule::Names::Qualified};
+};
+
+TEST_F(Flood, Nesting) {
+    constexpr std::size_t kDeep = 100'000;
+    ExpectRefused(Repeated("<a>", kDeep) + Repeated("</a>", kDeep), Fault::NotWellFormed);
+    ExpectRefused(Repeated("<a>", kDeep), Fault::NotWellFormed);
+}
+
+TEST_F(Flood, AttributesOfOneTag) {
+    ExpectRefused("<a " + Numbered("x", "='' ", 1'000'000) + "/>", Fault::TooLarge);
+}
+
+TEST_F(Flood, NamespacesOfOneTag) {
+    ExpectRefused("<a " + Numbered("xmlns:x", "='u' ", 300'000) + "/>", Fault::TooLarge);
+}
+
+TEST_F(Flood, NamespacesDownTheTree) {
+    ExpectRefused(Repeated("<a " + Numbered("xmlns:x", "='u' ", 100) + ">", 200), Fault::TooLarge);
+}
+
+TEST_F(Flood, Elements) {
+    ExpectRefused("<a>" + Repeated("<b/>", 2'000'000), Fault::TooLarge);
+}
+
+TEST_F(Flood, Text) {
+    ExpectRefused("<a>" + std::string(Parser::kMaxTreeBytes + 1, 'x') + "</a>", Fault::TooLarge);
+}
+
+TEST_F(Flood, EverNewNamesFromFileToFile) {
+    // libxml2 gives up at 10 MB of names in one parser.
+    for (int file = 0; file < 14; ++file) {
+        const std::string name = "<name-of-file-" + std::to_string(file) + "-number-";
+        ASSERT_TRUE(m_document.LoadBytes("<a>" + Numbered(name, "/>", 30'000) + "</a>"))
+            << file << ": " << m_document.LastError().reason;
+    }
+}
+
+struct Encoded {
+    const char* what;
+    std::string bytes;
+};
+
+std::string Utf16(std::string_view ascii, bool bigEndian) {
+    std::string bytes;
+    for (const char ch : ascii) {
+        bytes.append({bigEndian ? '\0' : ch, bigEndian ? ch : '\0'});
+    }
+    return bytes;
+}
+
+TEST(Encoding, IsToldByMarkOrDeclaration) {
+    const std::string utf16 = "<?xml version=\"1.0\" encoding=\"UTF-16\"?><a>";
+    const Encoded table[] = {
+        {"UTF-8", "<a>\xC3\xA4</a>"},
+        {"UTF-8 with mark", "\xEF\xBB\xBF<a>\xC3\xA4</a>"},
+        {"Windows-1252", "<?xml version='1.0' encoding='windows-1252'?><a>\xE4</a>"},
+        {"ISO-8859-1", "<?xml version='1.0' encoding='ISO-8859-1'?><a>\xE4</a>"},
+        {"UTF-16LE with mark", "\xFF\xFE" + Utf16(utf16, false) + "\xE4\0"s + Utf16("</a>", false)},
+        {"UTF-16BE with mark", "\xFE\xFF" + Utf16(utf16, true) + "\0\xE4"s + Utf16("</a>", true)},
+        {"UTF-16LE without", Utf16(utf16, false) + "\xE4\0"s + Utf16("</a>", false)},
+        {"UTF-16BE without", Utf16(utf16, true) + "\0\xE4"s + Utf16("</a>", true)},
+    };
+    for (const Encoded& encoded : table) {
+        SCOPED_TRACE(encoded.what);
+        Document document(SelectionRule::Names::Qualified);
+        ASSERT_TRUE(document.LoadBytes(encoded.bytes)) << document.LastError().reason;
+        EXPECT_EQ(TextOf(document.Content()->DocumentNode()), "\xC3\xA4");
+        const std::string saved = Serialize(document.Content()->DocumentNode());
+        EXPECT_TRUE(saved.ends_with("<a>\xC3\xA4</a>\r\n")) << saved;
+        if (encoded.bytes.find('?') != std::string::npos) {
+            EXPECT_TRUE(saved.starts_with("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"))
+                << saved;
+        }
+    }
+}
+
+TEST(Encoding, OfTextIsKnownWhateverItsDeclarationSays) {
+    for (const char* name : {"Windows-1252", "UTF-16"}) {
+        const std::string declared = "<?xml version='1.0' encoding='" + std::string(name) + "'?>";
+        const LoadedDocument document(declared + "<a>\xC3\xA4</a>");
+        EXPECT_EQ(TextOf(document.Top()), "\xC3\xA4") << name;
+    }
+}
+
+TEST(Encoding, FaultyBytesAreReportedAndNothingIsPrinted) {
+    testing::internal::CaptureStderr();
+    Document document(SelectionRule::Names::Qualified);
+    EXPECT_FALSE(document.LoadBytes("<?xml version='1.0' encoding='Shift_JIS'?><a>\x81\xFF</a>"));
+    EXPECT_EQ(document.LastError().fault, Fault::NotWellFormed);
+    EXPECT_FALSE(
+        document.LoadBytes("\xFF\xFE" + Utf16("<a>", false) + "\x00\xD8"s + Utf16("x</a>", false)));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+} // namespace
+} // namespace nqp2::dom
