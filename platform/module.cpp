@@ -9,6 +9,8 @@
 #include "platform/SystemFolder.h"
 
 #include <dlfcn.h>
+#include <map>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -36,6 +38,37 @@ std::string LibraryPath(const std::string& path) {
     return name.empty() ? std::string() : path.substr(0, slash + 1) + "lib" + name + ".so";
 }
 
+/// How often each module was loaded and not yet freed. The system's own count cannot be asked, and
+/// objects that were assigned to each other free one module twice.
+class LoadCounts {
+public:
+    void Add(platform::ModuleHandle module) {
+        const std::lock_guard lock(m_mutex);
+        ++m_counts[module];
+    }
+    /// False when nobody holds the module.
+    bool Take(platform::ModuleHandle module) {
+        const std::lock_guard lock(m_mutex);
+        const auto found = m_counts.find(module);
+        if (found == m_counts.end()) {
+            return false;
+        }
+        if (--found->second == 0) {
+            m_counts.erase(found);
+        }
+        return true;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::map<platform::ModuleHandle, int> m_counts;
+};
+
+LoadCounts& Loaded() {
+    static auto& counts = *new LoadCounts;
+    return counts;
+}
+
 } // namespace
 
 FolderLookup SetSystemFolderLookup(FolderLookup lookup) {
@@ -51,7 +84,14 @@ CString SystemFolder() {
 
 ModuleHandle LoadModule(const CString& path) {
     const std::string library = LibraryPath(PosixPath(path));
-    return library.empty() ? nullptr : dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library.empty()) {
+        return nullptr;
+    }
+    const ModuleHandle module = dlopen(library.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (module != nullptr) {
+        Loaded().Add(module);
+    }
+    return module;
 }
 
 void* ModuleEntry(ModuleHandle module, const char* name) {
@@ -59,7 +99,7 @@ void* ModuleEntry(ModuleHandle module, const char* name) {
 }
 
 void FreeModule(ModuleHandle module) {
-    if (module != nullptr) {
+    if (Loaded().Take(module)) {
         dlclose(module);
     }
 }

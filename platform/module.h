@@ -19,6 +19,7 @@ CString SystemFolder();
 ModuleHandle LoadModule(const CString& path);
 /// The address of an entry point, or null.
 void* ModuleEntry(ModuleHandle module, const char* name);
+/// Undoes one LoadModule; does nothing for a module that is not loaded.
 void FreeModule(ModuleHandle module);
 
 } // namespace nqp2::platform

@@ -1,0 +1,219 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/DriveMap.h"
+#include "platform/file_system.h"
+#include "tests/parser/card_test.h"
+#include "tests/parser/clip_show.h"
+#include "tests/support/faulty_file_system.h"
+
+#include <filesystem>
+#include <mutex>
+#include <set>
+#include <thread>
+
+namespace nqp2::parser {
+namespace {
+
+using test::FaultyFileSystem;
+using test::Operation;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kStart = "ClipMetadata/Shoot/StartDate";
+
+class CardScanTest : public CardTest {
+protected:
+    /// The titles of the XML files as the file system lists them.
+    std::vector<std::string> ListedTitles() const {
+        std::vector<platform::FolderEntry> entries;
+        EXPECT_TRUE(platform::Files().List(m_card.Folder().Path("CONTENTS/CLIP"), entries));
+        std::vector<std::string> titles;
+        for (const platform::FolderEntry& entry : entries) {
+            titles.push_back(entry.name.substr(0, entry.name.rfind('.')));
+        }
+        return titles;
+    }
+    void AddClips(int count) const {
+        for (int i = 0; i < count; ++i) {
+            m_card.AddClip(std::to_string(7919 * i % 10007)); // neither ascending nor descending
+        }
+    }
+};
+
+TEST_F(CardScanTest, FollowsTheFileSystemsOrder) {
+    AddClips(100);
+    EXPECT_EQ(ScannedNames(), ListedTitles());
+}
+
+TEST_F(CardScanTest, AppendsToTheArray) {
+    m_card.AddClip("0001AA");
+    CArray<_tag_P2Clip> clips;
+    clips.SetSize(1);
+    EXPECT_EQ(m_parser.LoadClipEx(m_card.Root(), clips, 0), 0);
+    EXPECT_EQ(m_parser.LoadClipEx(m_card.Root(), clips, 0), 0);
+    EXPECT_EQ(m_parser.LoadClipEx(m_card.Root() + L"x", clips, 0), 1);
+    EXPECT_THAT(NamesOf(clips), ElementsAre("", "0001AA", "0001AA"));
+}
+
+TEST_F(CardScanTest, ACardWithoutClipsIsReadAndOneWithoutContentsIsNot) {
+    EXPECT_THAT(ScannedNames(), IsEmpty());
+    std::filesystem::remove(m_card.Folder().Path("CONTENTS/CLIP"));
+    EXPECT_THAT(ScannedNames(), IsEmpty());
+    EXPECT_THAT(Remarks(), IsEmpty());
+    CArray<_tag_P2Clip> clips;
+    EXPECT_EQ(m_parser.LoadClipEx(test::CardBuilder(false).Root(), clips, 0), 1);
+    EXPECT_EQ(m_parser.LoadClipEx(L"", clips, 0), 1);
+}
+
+TEST_F(CardScanTest, KeepsTheDigitOnlyWhenAsked) {
+    m_card.AddClip("0001AA", {{"GlobalClipID", "060A2B340101010501010D4313000006"}});
+    EXPECT_EQ(Scan(0)[0].ClipIdDigit, -1);
+    EXPECT_EQ(Scan(1)[0].ClipIdDigit, 6);
+    EXPECT_EQ(Scan(-1)[0].ClipIdDigit, 6);
+}
+
+TEST_F(CardScanTest, OneRecordServesAllAndCarriesOnlyTheUnreadDate) {
+    m_card.AddClip("0001AA");
+    m_card.AddClip("0001AB");
+    const std::vector<std::string> order = ListedTitles();
+    m_card.AddClip(order[0], {{kStart, "2005-02-01T06:00:00+08:00"},
+                              {"Duration", "9"},
+                              {"EssenceList/Video/Codec", "AVC-LongG422"},
+                              {"EssenceList/Video/Codec@Class", "50"},
+                              {"EssenceList/Video/BitDepth", "10"},
+                              {"EssenceList/Video/TimecodeType", "NonDrop"},
+                              {"EssenceList/Video/StartTimecode", "01:00:00:00"},
+                              {"EssenceList/Audio/BitsPerSample", "24"},
+                              {"Relation/GlobalShotID", "1"},
+                              {"Relation/Connection/Top/ClipName", "TOP"},
+                              {"Relation/Connection/Top/P2SerialNo.", "T1"},
+                              {"ClipMetadata/MemoList/Memo/Text", "memo"},
+                              {"ClipMetadata/Proxy/ProxyElementList/+ProxyAudio", ""},
+                              {"ClipMetadata/Proxy/ProxyElementList/+ProxyAudio", ""}});
+    m_card.AddClip(order[1], {{kStart, "2005-02-01"}});
+    const CArray<_tag_P2Clip> clips = Scan();
+    ASSERT_EQ(clips.GetSize(), 2);
+    const ClipShow second(clips[1], m_card.Contents());
+    EXPECT_EQ(second.Fields(), (ClipShow::Shown{{"ShootStartTime", "38384.25000"},
+                                                {"StartDate", "2005-02-01"},
+                                                {"ClipName", order[1]},
+                                                {"UserClipName", order[1]},
+                                                {"ClipIdDigit", "0"},
+                                                {"EssenceMask", "1"},
+                                                {"ProxyAudioChannels", "-1"},
+                                                {"ProxyExt", ".MP4"},
+                                                {"VideoPath", "VIDEO\\" + order[1] + ".MXF"},
+                                                {"XmlPath", "CLIP\\" + order[1] + ".XML"}}));
+}
+
+TEST_F(CardScanTest, FindsALowerCaseCard) {
+    const test::TempFolder& folder = m_card.Folder();
+    std::filesystem::remove_all(folder.Path("CONTENTS"));
+    folder.Write("contents/clip/0001ab.xml", test::ClipXml({{"ClipName", "0001AB"}}));
+    folder.Write("contents/icon/0001ab.bmp");
+    folder.Write("contents/Proxy/0001aB.Mp4");
+    const CArray<_tag_P2Clip> clips = Scan();
+    ASSERT_EQ(clips.GetSize(), 1);
+    EXPECT_EQ(Below(clips[0].XmlPath), "CLIP\\0001AB.XML");
+    EXPECT_EQ(Below(clips[0].IconPath), "ICON\\0001AB.BMP");
+    EXPECT_EQ(Below(clips[0].ProxyPath), "PROXY\\0001AB.MP4");
+}
+
+TEST_F(CardScanTest, ReachesTheCardThroughAnyRootText) {
+    m_card.AddClip("0001AB");
+    const std::string& path = m_card.Folder().Path();
+    ASSERT_TRUE(MapDrive(L"Q", path.c_str()));
+    const CString posix = platform::TextFromUtf8(path);
+    const CString roots[] = {L"Q",         L"q:",        L"Q:\\",       posix,
+                             posix + L":", posix + L"/", posix + L":\\"};
+    for (const CString& root : roots) {
+        CArray<_tag_P2Clip> clips;
+        EXPECT_EQ(m_parser.LoadClipEx(root, clips, 0), 0) << root;
+        ASSERT_EQ(clips.GetSize(), 1) << root;
+        const CString drive = root.Find(L':') < 0 ? root + L":" : root;
+        EXPECT_EQ(clips[0].XmlPath, drive + L"\\CONTENTS\\CLIP\\0001AB.XML");
+        _tag_P2Clip clip;
+        EXPECT_EQ(m_parser.LoadClipInfo(root, L"0001ab", clip), 0) << root;
+        EXPECT_EQ(clip.XmlPath, clips[0].XmlPath);
+    }
+    MapDrive(L"Q", "");
+    CArray<_tag_P2Clip> clips;
+    EXPECT_EQ(m_parser.LoadClipEx(L"Q", clips, 0), 1) << "no longer mapped";
+}
+
+TEST_F(CardScanTest, ReadsFilesWhoseNamesAreNoUtf8) {
+    m_card.AddFile("CLIP/\xFF\xC3.XML", test::ClipXml({}));
+    m_card.AddFile("ICON/\xFF\xC3.BMP");
+    const CArray<_tag_P2Clip> clips = Scan();
+    ASSERT_EQ(clips.GetSize(), 1);
+    EXPECT_EQ(platform::NameBytesFromText(clips[0].ClipName.View()), "\xFF\xC3");
+    EXPECT_EQ(PosixPath(clips[0].XmlPath), m_card.Folder().Path("CONTENTS/CLIP/\xFF\xC3.XML"));
+    EXPECT_FALSE(clips[0].IconPath.IsEmpty());
+    _tag_P2Clip clip;
+    EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), clips[0].ClipName, clip), 0);
+}
+
+/// Everything that a scan hands back, for comparing two of them.
+struct Outcome {
+    std::vector<ClipShow::Shown> clips;
+    std::vector<std::string> remarks;
+};
+
+TEST_F(CardScanTest, ASlowMediumIsReadAheadWithTheSameOutcome) {
+    const auto outcome = [&] {
+        Outcome result;
+        for (const _tag_P2Clip& clip : Scan()) {
+            result.clips.push_back(ClipShow(clip, m_card.Contents()).Fields());
+        }
+        result.remarks = Remarks();
+        return result;
+    };
+    AddClips(60);
+    const std::string large(300'000, ' '); // beyond what is read ahead
+    for (int i = 0; i < 5; ++i) {
+        const std::string number = std::to_string(i);
+        m_card.AddFile("CLIP/broken" + number + ".XML", "<P2Main>" + number);
+        m_card.AddClip("large" + number, {{"Duration", number}, {"Filler", large}});
+        m_card.Folder().MakeFolder("CONTENTS/CLIP/folder" + number + ".XML");
+    }
+    const Outcome plain = outcome();
+    ASSERT_EQ(plain.clips.size(), 65U);
+    ASSERT_EQ(plain.remarks.size(), 10U);
+
+    FaultyFileSystem slow;
+    std::mutex lock;
+    std::set<std::thread::id> readers;
+    slow.SetDelay(Operation::Read, std::chrono::milliseconds(1));
+    slow.SetHook([&](Operation operation, const std::string&) {
+        const std::lock_guard guard(lock);
+        if (operation == Operation::Read) {
+            readers.insert(std::this_thread::get_id());
+        }
+    });
+    const platform::ScopedFileSystem scope(slow);
+    const Outcome ahead = outcome();
+    EXPECT_EQ(ahead.clips, plain.clips);
+    EXPECT_EQ(ahead.remarks, plain.remarks);
+    EXPECT_GT(readers.size(), 1U) << "several threads read";
+}
+
+TEST_F(CardScanTest, AsksTheFileSystemOnceAClip) {
+    FaultyFileSystem counted;
+    const platform::ScopedFileSystem scope(counted);
+    const auto callsFor = [&](int clips) {
+        AddClips(clips);
+        for (const char* const folder : {"VIDEO", "AUDIO", "ICON", "PROXY"}) {
+            m_card.AddFile(std::string(folder) + "/other");
+        }
+        counted.ResetCalls();
+        EXPECT_EQ(ScannedNames().size(), static_cast<std::size_t>(clips));
+        return counted.Calls();
+    };
+    const std::uint64_t few = callsFor(20);
+    EXPECT_EQ(callsFor(80) - few, 60U);
+    EXPECT_LE(few, 20U + 10U) << "and a constant number for the folders";
+}
+
+} // namespace
+} // namespace nqp2::parser

@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "parser/NQP2Parser.h"
+#include "platform/unicode.h"
+#include "tests/support/card_builder.h"
+#include "tests/support/print_text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nqp2::parser {
+
+/// What the tests see of the parser's private side.
+struct NQP2ParserPeer {
+    static int LoadClipFromXml(CNQP2Parser& parser, const CString& path, _tag_P2Clip& clip) {
+        return parser.LoadClipFromXml(path, clip);
+    }
+    static bool HasCardManager(const CNQP2Parser& parser) { return parser.m_hP2Cmgr != nullptr; }
+    static bool HasEntryPoints(const CNQP2Parser& parser) {
+        return parser.m_pfnDDP2CInit != nullptr && parser.m_pfnDDP2CLogSense != nullptr;
+    }
+};
+
+/// A card and an initialised parser.
+class CardTest : public testing::Test {
+protected:
+    CardTest() { m_parser.Init(); }
+    ~CardTest() override { m_parser.Release(); }
+
+    CArray<_tag_P2Clip> Scan(int keepDigit = 1) {
+        CArray<_tag_P2Clip> clips;
+        m_report = {};
+        EXPECT_EQ(m_parser.LoadClipEx(m_card.Root(), clips, keepDigit, m_report), 0);
+        return clips;
+    }
+    static std::vector<std::string> NamesOf(const CArray<_tag_P2Clip>& clips) {
+        std::vector<std::string> names;
+        for (const _tag_P2Clip& clip : clips) {
+            names.push_back(platform::Utf8FromText(clip.ClipName.View()));
+        }
+        return names;
+    }
+    std::vector<std::string> ScannedNames() { return NamesOf(Scan()); }
+
+    /// "NAME reason" of each row, paths below the contents folder.
+    std::vector<std::string> Remarks() const {
+        std::vector<std::string> rows;
+        for (const SkippedFile& file : m_report.skipped) {
+            rows.push_back(Below(file.path) + " " + std::to_string(static_cast<int>(file.reason)));
+        }
+        return rows;
+    }
+    /// A row as Remarks gives it.
+    static std::string Remark(const std::string& path, SkipReason reason) {
+        return path + " " + std::to_string(static_cast<int>(reason));
+    }
+    /// A record's path without the contents folder in front, or whole when it stands elsewhere.
+    std::string Below(const CString& path) const {
+        const CString contents = m_card.Contents();
+        const bool isBelow = path.Left(contents.GetLength()) == contents;
+        return platform::Utf8FromText(isBelow ? path.View().substr(contents.View().size())
+                                              : path.View());
+    }
+
+    test::CardBuilder m_card;
+    CNQP2Parser m_parser;
+    ScanReport m_report;
+};
+
+} // namespace nqp2::parser

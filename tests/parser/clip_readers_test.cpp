@@ -1,0 +1,552 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tests/parser/card_test.h"
+#include "tests/parser/clip_show.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace nqp2::parser {
+namespace {
+
+using test::ClipValues;
+
+constexpr const char* kCodec = "EssenceList/Video/Codec";
+constexpr const char* kClass = "EssenceList/Video/Codec@Class";
+constexpr const char* kRate = "EssenceList/Video/FrameRate";
+constexpr const char* kDropFlag = "EssenceList/Video/FrameRate@DropFrameFlag";
+constexpr const char* kTimecode = "EssenceList/Video/StartTimecode";
+constexpr const char* kTimecodeType = "EssenceList/Video/TimecodeType";
+constexpr const char* kPixel = "EssenceList/Video/ActivePixel";
+constexpr const char* kLine = "EssenceList/Video/ActiveLine";
+constexpr const char* kDepth = "EssenceList/Video/BitDepth";
+constexpr const char* kNewAudio = "EssenceList/+Audio";
+constexpr const char* kChannel = "EssenceList/Audio/Channel";
+constexpr const char* kId = "GlobalClipID";
+constexpr const char* kStart = "ClipMetadata/Shoot/StartDate";
+constexpr const char* kEnd = "ClipMetadata/Shoot/EndDate";
+constexpr const char* kProxyFormat = "ClipMetadata/Proxy/ProxyFormat";
+constexpr const char* kProxyVideo = "ClipMetadata/Proxy/ProxyElementList/ProxyVideo/";
+constexpr const char* kNewProxyAudio = "ClipMetadata/Proxy/ProxyElementList/+ProxyAudio";
+constexpr const char* kMemo = "ClipMetadata/MemoList/+Memo/Offset";
+
+class ClipReadersTest : public CardTest {
+protected:
+    ClipShow Named(const std::string& name = "0001AB") {
+        _tag_P2Clip clip;
+        EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), platform::TextFromUtf8(name), clip), 0);
+        return {clip, m_card.Contents()};
+    }
+    ClipShow Scanned() {
+        const CArray<_tag_P2Clip> clips = Scan();
+        EXPECT_EQ(clips.GetSize(), 1);
+        return {clips.IsEmpty() ? _tag_P2Clip() : clips[0], m_card.Contents()};
+    }
+    void ClearCard() { std::filesystem::remove_all(m_card.Folder().Path("CONTENTS")); }
+};
+
+struct Row {
+    const char* field;
+    std::string named;   ///< by name, "" for the value of a fresh record
+    std::string scanned; ///< by the scan
+    const char* why;
+    ClipValues values = {};
+    std::vector<const char*> files = {};
+};
+
+ClipValues Channels(std::size_t count) {
+    return ClipValues(count, {kNewAudio, ""});
+}
+
+ClipValues Family(const char* codec, ClipValues more = {}) {
+    more.insert(more.begin(), {kCodec, codec});
+    return more;
+}
+
+/// A timecode at a rate, with or without drop frame.
+Row Timecode(const char* rate, const char* flag, const char* text, const char* frames) {
+    return {
+        "StartTimecode", "", frames, rate, {{kRate, rate}, {kDropFlag, flag}, {kTimecode, text}}};
+}
+
+std::vector<Row> ClassRows() {
+    std::vector<Row> rows = {
+        {"AvcIntraClass50",
+         "1",
+         "1",
+         "the one name that both know",
+         {{kCodec, "AVC-I_1080/50i"}, {kClass, "50"}}},
+        {"AvcIntraClass50", "", "", "class 100", {{kCodec, "AVC-I_1080/50i"}, {kClass, "100"}}},
+        {"AvcIntraClass50",
+         "",
+         "",
+         "letter case counts",
+         {{kCodec, "avc-i_1080/50i"}, {kClass, "50"}}},
+        {"AvcIntraClass50", "", "", "no class", {{kCodec, "AVC-I_1080/50i"}}},
+        {"CodecClass",
+         "",
+         "100",
+         "stored whatever it is",
+         {{kCodec, "AVC-I_1080/50i"}, {kClass, "100"}}},
+        {"CodecClass", "", "", "not one of the six", {{kCodec, "DV50_422"}, {kClass, "50"}}},
+        {"CodecName",
+         "AVC-LongG422",
+         "AVC-LongG422-50M",
+         "class joins the name",
+         {{kCodec, "AVC-LongG422"}, {kClass, "50"}}},
+        {"CodecName",
+         "avc-longg420",
+         "avc-longg420-25M",
+         "in any letter case",
+         {{kCodec, "avc-longg420"}, {kClass, "25"}}},
+        {"CodecName", "AVC-LongG422", "AVC-LongG422-M", "without class", Family("AVC-LongG422")},
+        {"CodecName",
+         "AVC-LongX",
+         "AVC-LongX",
+         "a long-GOP name of no known kind",
+         {{kCodec, "AVC-LongX"}, {kClass, "50"}}},
+        {"CodecClass", "", "50", "of a long-GOP codec", {{kCodec, "AVC-LongG422"}, {kClass, "50"}}},
+        {"CodecClass", "", "", "of an Intra codec", {{kCodec, "AVC-Intra_422"}, {kClass, "100"}}},
+    };
+    for (const char* const codec : {"AVC-I_1080/25p", "AVC-I_720/50p", "AVC-I_1080/59.94i",
+                                    "AVC-I_1080/29.97p", "AVC-I_720/59.94p"}) {
+        rows.push_back({"AvcIntraClass50", "", "1", codec, {{kCodec, codec}, {kClass, "50"}}});
+    }
+    return rows;
+}
+
+std::vector<Row> RasterRows() {
+    return {
+        {"ActivePixel", "", "1920", "none given", Family("AVC-Intra_422")},
+        {"ActivePixel", "", "1280", "720 lines", Family("AVC-LongG420", {{kLine, "720"}})},
+        {"ActivePixel", "", "960", "given", Family("AVC-Intra4K_444", {{kPixel, "960"}})},
+        {"ActivePixel", "", "1920", "a number that is none",
+         Family("avc-intra4k_422", {{kPixel, "wide"}, {kLine, "1080"}})},
+        {"ActivePixel", "", "", "outside the families", {{kCodec, "DV50_422"}, {kPixel, "720"}}},
+        {"ActivePixel",
+         "",
+         "",
+         "short Intra names are no family",
+         {{kCodec, "AVC-I_1080/50i"}, {kPixel, "720"}}},
+        {"ActiveLine", "", "2160", "read in the families",
+         Family("AVC-Intra4K_422", {{kLine, "2160"}})},
+        {"BitDepth", "", "10", "read in the families", Family("AVC-LongX", {{kDepth, "10"}})},
+        {"BitDepth", "", "", "outside the families", {{kCodec, "DV25_420"}, {kDepth, "8"}}},
+    };
+}
+
+std::vector<Row> TimeRows() {
+    constexpr const char* kHour = "01:00:00:00";
+    return {
+        {"DropFrame", "", "0", "flag false", {{kRate, "59.94i"}, {kDropFlag, "false"}}},
+        {"DropFrame", "", "0", "flag 0", {{kRate, "59.94i"}, {kDropFlag, "0"}}},
+        {"DropFrame", "", "", "flag true", {{kRate, "59.94i"}, {kDropFlag, "true"}}},
+        {"DropFrame", "", "", "letter case counts", {{kRate, "50i"}, {kDropFlag, "False"}}},
+        {"DropFrame", "", "", "no flag", {{kRate, "50i"}}},
+        {"DropFrame", "", "0", "a family asks the type",
+         Family("AVC-LongG422", {{kTimecodeType, "NonDrop"}, {kDropFlag, "true"}})},
+        {"DropFrame", "", "", "and not the flag", Family("AVC-Intra_422", {{kDropFlag, "0"}})},
+        {"DropFrame", "", "", "any other type",
+         Family("AVC-Intra_422", {{kTimecodeType, "nondrop"}})},
+        {"DropFrame",
+         "",
+         "",
+         "the type says nothing elsewhere",
+         {{kCodec, "DV50_422"}, {kTimecodeType, "NonDrop"}}},
+        Timecode("59.94i", "true", kHour, "107892"),
+        Timecode("59.94i", "0", kHour, "108000"),
+        Timecode("29.97p", "true", "00:01:00;02", "1800"),
+        Timecode("29.97p", "false", "00:01:00:02", "1802"),
+        Timecode("23.98p", "true", kHour, "86400"),
+        Timecode("59.94p", "true", kHour, "215784"),
+        Timecode("59.94p", "0", kHour, "216000"),
+        Timecode("60p", "true", kHour, "216000"),
+        Timecode("50p", "true", "18:09:34:24", "3268724"),
+        Timecode("50i", "true", kHour, "90000"),
+        Timecode("24p", "true", kHour, "90000"),
+        Timecode("", "", "00:00:01.05", "30"),
+        Timecode("50i", "true", "no time", ""),
+        Timecode("50i", "true", "", ""),
+        {"UnusedOffset", "", "42", "read by the scan alone", {{"EssenceList/UnusedOffset", "42"}}},
+    };
+}
+
+std::vector<Row> EssenceRows() {
+    const std::string a = "AUDIO\\0001AB";
+    const std::string all = a + "00.MXF " + a + "01.MXF " + a + "02.MXF " + a + "03.MXF ";
+    const std::string four = all + a + "04.MXF " + a + "05.MXF " + a + "06.MXF " + a + "07.MXF ";
+    const std::string av = "AVCLIP\\0001AB.MXF";
+    std::string shared;
+    for (int i = 0; i < 8; ++i) {
+        shared += av + " ";
+    }
+    return {
+        {"VideoPath", "", "VIDEO\\0001AB.MXF", "the scan takes it for granted"},
+        {"VideoPath",
+         "VIDEO\\0001AB.MXF",
+         "VIDEO\\0001AB.MXF",
+         "present",
+         {},
+         {"VIDEO/0001AB.MXF"}},
+        {"VideoPath",
+         "VIDEO\\0001AB.MXF",
+         "VIDEO\\0001AB.MXF",
+         "in lower case",
+         {},
+         {"Video/0001ab.mxf"}},
+        {"VideoPath",
+         "",
+         "",
+         "a family's file is asked for",
+         Family("AVC-LongG422"),
+         {"VIDEO/0001A.MXF"}},
+        {"VideoPath", "", av, "a family's file", Family("AVC-Intra_422"), {"AVCLIP/0001AB.MXF"}},
+        {"VideoPath",
+         "VIDEO\\0001AB.MXF",
+         "",
+         "a family looks in AVCLIP alone",
+         Family("AVC-Intra_422"),
+         {"VIDEO/0001AB.MXF"}},
+        {"EssenceMask", "", "1", "nothing is there"},
+        {"EssenceMask", "", "7", "three descriptions, nothing is there", Channels(3)},
+        {"EssenceMask",
+         "5",
+         "3",
+         "second channel present",
+         Channels(2),
+         {"VIDEO/0001AB.MXF", "AUDIO/0001AB01.MXF"}},
+        {"EssenceMask",
+         "30",
+         "1",
+         "five channels present, none described",
+         {},
+         {"AUDIO/0001AB00.MXF", "AUDIO/0001AB01.MXF", "AUDIO/0001AB02.MXF", "AUDIO/0001AB03.MXF",
+          "AUDIO/0001AB04.MXF"}},
+        {"EssenceMask",
+         "",
+         "31",
+         "a family counts its channels",
+         Family("AVC-LongG422", {{kChannel, "4"}}),
+         {"AVCLIP/0001AB.MXF"}},
+        {"EssenceMask", "", "", "a family without its file",
+         Family("AVC-LongG422", {{kChannel, "4"}})},
+        {"AudioPath", "", all + "- - - - ", "one less than described", Channels(5)},
+        {"AudioPath", "", "", "one description", Channels(1)},
+        {"AudioPath", "", four, "nine fill the eight slots", Channels(9)},
+        {"AudioPath", "", four, "more than there are slots", Channels(100)},
+        {"EssenceMask", "", "511", "more than there are slots", Channels(100)},
+        {"AudioPath",
+         all + "- - - - ",
+         "",
+         "four are looked for by name",
+         {},
+         {"AUDIO/0001AB00.MXF", "AUDIO/0001AB01.MXF", "AUDIO/0001AB02.MXF", "AUDIO/0001AB03.MXF",
+          "AUDIO/0001AB04.MXF"}},
+        {"AudioPath",
+         "",
+         av + " " + av + " - - - - - - ",
+         "a family shares its file",
+         Family("AVC-Intra_422", {{kChannel, "2"}}),
+         {"AVCLIP/0001AB.MXF"}},
+        {"AudioPath",
+         "",
+         shared,
+         "an absurd count",
+         Family("AVC-Intra_422", {{kChannel, "2147483647"}}),
+         {"AVCLIP/0001AB.MXF"}},
+        {"EssenceMask",
+         "",
+         "511",
+         "a count beyond 64 bits",
+         Family("AVC-Intra_422", {{kChannel, "99999999999999999999"}}),
+         {"AVCLIP/0001AB.MXF"}},
+        {"EssenceMask",
+         "",
+         "1",
+         "a negative count",
+         Family("AVC-Intra_422", {{kChannel, "-2147483648"}}),
+         {"AVCLIP/0001AB.MXF"}},
+        {"AudioPath",
+         "",
+         "",
+         "a count that is no number",
+         Family("AVC-Intra_422", {{kChannel, "many"}}),
+         {"AVCLIP/0001AB.MXF"}},
+        {"ProxyVideoCodecName",
+         "AVC",
+         "",
+         "kept as text by name alone",
+         {{std::string(kProxyVideo) + "ProxyVideoCodec", "AVC"}}},
+    };
+}
+
+TEST_F(ClipReadersTest, DifferInTheseFields) {
+    std::vector<Row> rows = ClassRows();
+    for (const auto& more : {RasterRows(), TimeRows(), EssenceRows()}) {
+        rows.insert(rows.end(), more.begin(), more.end());
+    }
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.field) + ": " + row.why);
+        ClearCard();
+        m_card.AddClip("0001AB", row.values);
+        for (const char* const file : row.files) {
+            m_card.AddFile(file);
+        }
+        EXPECT_EQ(Named()[row.field], row.named) << "by name";
+        EXPECT_EQ(Scanned()[row.field], row.scanned) << "by the scan";
+    }
+}
+
+/// Values of every field that both read in the same way.
+ClipValues FullClip() {
+    const std::string proxyAudio = "ClipMetadata/Proxy/ProxyElementList/ProxyAudio/";
+    return {
+        {"ClipName", "0001AB"},
+        {kId, "060A2B340101010501010D431300000700112233445566778899AABBCCDDEEFF"},
+        {"Duration", "250"},
+        {kCodec, "DV50_422"},
+        {kRate, "50i"},
+        {"EssenceList/Video/AspectRatio", "16:9"},
+        {"EssenceList/Video/VideoIndex/StartByteOffset", "32768"},
+        {"EssenceList/Video/VideoIndex/DataSize", "5000000000"},
+        {"EssenceList/Audio/BitsPerSample", "16"},
+        {"EssenceList/Audio/AudioIndex/StartByteOffset", "-1"},
+        {"EssenceList/Audio/AudioIndex/DataSize", " 99999999999999999999"},
+        {"Relation/OffsetInShot", "6000000000"},
+        {"Relation/GlobalShotID", "05"},
+        {"Relation/Connection/Top/GlobalClipID", "01"},
+        {"Relation/Connection/Top/ClipName", "TOP"},
+        {"Relation/Connection/Top/P2SerialNo.", "T1"},
+        {"Relation/Connection/Next/GlobalClipID", "02"},
+        {"Relation/Connection/Next/ClipName", "NEXT"},
+        {"Relation/Connection/Next/P2SerialNo.", "N1"},
+        {"Relation/Connection/Previous/GlobalClipID", "03"},
+        {"Relation/Connection/Previous/ClipName", "PREV"},
+        {"Relation/Connection/Previous/P2SerialNo.", "P1"},
+        {"ClipMetadata/UserClipName", "Straßenbahn & <Co>"},
+        {kStart, "2005-02-01T06:00:00+08:00"},
+        {kEnd, "2005-02-01T08:59:00-05:00"},
+        {"ClipMetadata/MemoList/Memo/Offset", "10"},
+        {"ClipMetadata/MemoList/Memo/Person", "Jo"},
+        {"ClipMetadata/MemoList/Memo/Text", "first"},
+        {"ClipMetadata/MemoList/Memo/VoiceFormat", "AIFF"},
+        {"ClipMetadata/MemoList/Memo/VoiceSamplingRate", "48000"},
+        {"ClipMetadata/MemoList/Memo/VoiceBitsPerSample", "24"},
+        {kMemo, "20"},
+        {kMemo, "10"},
+        {kMemo, "30"},
+        {kMemo, "20"},
+        {kProxyFormat, "mov"},
+        {std::string(kProxyVideo) + "ProxyVideoBitRate", "1500"},
+        {std::string(kProxyVideo) + "ProxyVideoCodec", "MPEG-4"},
+        {std::string(kProxyVideo) + "ProxyFrameRate", "25p"},
+        {std::string(kProxyVideo) + "ProxyResolution", "SIF_PAL"},
+        {std::string(kProxyVideo) + "AspectRatio", "4:3"},
+        {proxyAudio + "ProxyAudioCodec", "LPCM"},
+        {proxyAudio + "ProxyAudioBitRate", "64"},
+        {proxyAudio + "ProxySamplingRate", "24000"},
+        {kNewProxyAudio, ""},
+        {kNewProxyAudio, ""},
+    };
+}
+
+ClipShow::Shown FullClipShown() {
+    const std::string zeros = "00000000-0000-0000-0000-0000000000";
+    return {
+        {"ClipName", "0001AB"},
+        {"GlobalClipID", "060A2B340101010501010D431300000700112233445566778899AABBCCDDEEFF"},
+        {"GlobalClipGuid", "00112233-4455-6677-8899-aabbccddeeff"},
+        {"ClipIdDigit", "7"},
+        {"Duration", "250"},
+        {"CodecName", "DV50_422"},
+        {"FrameRate", "50i"},
+        {"AspectRatio", "16:9"},
+        {"VideoStartByteOffset", "32768"},
+        {"VideoDataSize", "5000000000"},
+        {"AudioBitsPerSample", "16"},
+        {"AudioStartByteOffset", "-1"},
+        {"AudioDataSize", "9223372036854775807"},
+        {"OffsetInShot", "6000000000"},
+        {"GlobalShotGuid", zeros + "05"},
+        {"TopClipGuid", zeros + "01"},
+        {"TopClipName", "TOP"},
+        {"TopSerialNo", "T1"},
+        {"NextClipGuid", zeros + "02"},
+        {"NextClipName", "NEXT"},
+        {"NextSerialNo", "N1"},
+        {"PreviousClipGuid", zeros + "03"},
+        {"PreviousClipName", "PREV"},
+        {"PreviousSerialNo", "P1"},
+        {"UserClipName", "Straßenbahn & <Co>"},
+        {"ShootStartTime", "38384.25000"},
+        {"StartDate", "2005-02-01T06:00:00"},
+        {"EndDate", "2005-02-01T08:59:00"},
+        // What a memo does not say overwrites the defaults of a fresh one.
+        {"Memos", "10,Jo,first,AIFF,48000,24,1|20,,,,0,0,1|30,,,,0,0,1"},
+        {"ProxyFormat", "2"},
+        {"ProxyExt", ".MOV"},
+        {"ProxyVideoBitRate", "1500"},
+        {"ProxyVideoCodec", "2"},
+        {"ProxyFrameRate", "25p"},
+        {"ProxyResolution", "2"},
+        {"ProxyAspectRatio", "4:3"},
+        {"ProxyAudioCodec", "2"},
+        {"ProxyAudioBitRate", "64"},
+        {"ProxySamplingRate", "24000"},
+        {"ProxyAudioChannels", "2"},
+        {"ProxyAudioMask", "7"},
+        {"ProxyFilePath", "PROXY\\0001AB.MOV"},
+        {"ProxyPath", "PROXY\\0001AB.MP4"},
+        {"IconPath", "ICON\\0001AB.BMP"},
+        {"XmlPath", "CLIP\\0001AB.XML"},
+        {"VideoPath", "VIDEO\\0001AB.MXF"},
+        {"EssenceMask", "1"},
+    };
+}
+
+TEST_F(ClipReadersTest, ReadEverythingElseAlike) {
+    for (const char* const file :
+         {"VIDEO/0001AB.MXF", "ICON/0001AB.BMP", "PROXY/0001AB.MOV", "PROXY/0001AB.MP4"}) {
+        m_card.AddFile(file);
+    }
+    constexpr const char* kForeign = R"(xmlns="urn:x" xmlns:p="urn:y")";
+    for (const char* const root : {test::kClipNamespace, "", kForeign}) {
+        // A second default namespace may start deeper down.
+        for (const char* const inner : {"ClipMetadata@lang", "ClipMetadata@xmlns"}) {
+            ClipValues values = FullClip();
+            values.push_back({inner, "urn:z"});
+            m_card.AddFile("CLIP/0001AB.XML", test::ClipXml(values, root));
+            ClipShow::Shown expected = FullClipShown();
+            EXPECT_EQ(Scanned().Fields(), expected) << root << " " << inner;
+            expected["ProxyVideoCodecName"] = "MPEG-4";
+            EXPECT_EQ(Named().Fields(), expected) << root << " " << inner;
+        }
+    }
+}
+
+TEST_F(ClipReadersTest, TreatTheseCircumstancesAlike) {
+    const std::string longDate = "2005-02-01T08:58:44.5+08:00";
+    const Row rows[] = {
+        {"UserClipName", "0001AB", "", "takes the clip name"},
+        {"UserClipName", "0001AB", "", "when it is empty", {{"ClipMetadata/UserClipName", ""}}},
+        {"ClipIdDigit", "0", "", "no identifier"},
+        {"ClipIdDigit", "0", "", "no digit", {{kId, "060A2B340101010501010D431300000A"}}},
+        {"ClipIdDigit", "0", "", "a short identifier", {{kId, "1234567890123456789012345678901"}}},
+        {"GlobalClipGuid", "", "", "not hexadecimal", {{kId, "no identifier"}}},
+        {"Duration", "12", "", "leading digits count", {{"Duration", "\t12 frames"}}},
+        {"ProxyAudioChannels", "-1", "", "none described"},
+        {"ProxyAudioMask", "", "", "none described"},
+        {"ProxyAudioMask", "18446744073709551615", "", "more than the mask has bits",
+         ClipValues(70, {kNewProxyAudio, ""})},
+        {"ProxyAudioChannels", "69", "", "more than the mask has bits",
+         ClipValues(70, {kNewProxyAudio, ""})},
+        {"ProxyExt", ".MP4", "", "no format"},
+        {"ProxyFilePath",
+         "",
+         "",
+         "the other format's file",
+         {{kProxyFormat, "MOV"}},
+         {"PROXY/0001AB.MP4"}},
+        {"ProxyPath",
+         "PROXY\\0001AB.MP4",
+         "",
+         "whatever the format",
+         {{kProxyFormat, "MOV"}},
+         {"PROXY/0001AB.MP4"}},
+        {"StartDate",
+         "2013-05-01T10:20:30",
+         "",
+         "zone behind +",
+         {{kStart, "2013-05-01T10:20:30+09:00"}}},
+        {"EndDate",
+         "2013-05-01T10:20:30",
+         "",
+         "zone behind -",
+         {{kEnd, "2013-05-01T10:20:30-05:00"}}},
+        {"EndDate", "2013-05-01", "", "no time", {{kEnd, "2013-05-01"}}},
+        {"EndDate", "2013-05-01T10:20:30Z", "", "no offset", {{kEnd, "2013-05-01T10:20:30Z"}}},
+        {"ShootStartTime", "", "", "wrong length", {{kStart, longDate}}},
+        {"StartDate", "2005-02-01T08:58:44.5", "", "wrong length", {{kStart, longDate}}},
+        {"ShootStartTime", "invalid", "", "month 13", {{kStart, "2005-13-01T08:58:44+08:00"}}},
+        {"ShootStartTime", "invalid", "", "no date", {{kStart, "a date of that very lengt"}}},
+        {"XmlPath", "", "", "the name inside is not the file's", {{"ClipName", "0009ZZ"}}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(std::string(row.field) + ": " + row.why);
+        ClearCard();
+        m_card.AddClip("0001AB", row.values);
+        for (const char* const file : row.files) {
+            m_card.AddFile(file);
+        }
+        EXPECT_EQ(Named()[row.field], row.named) << "by name";
+        EXPECT_EQ(Scanned()[row.field], row.named) << "by the scan";
+    }
+}
+
+TEST_F(ClipReadersTest, AMissingNameIsEmptyByNameAndTheFilesTitleInTheScan) {
+    m_card.AddFile("CLIP/0001AB.XML", test::ClipXml({{"Duration", "5"}}));
+    m_card.AddFile("AUDIO/00.MXF");
+    const ClipShow named = Named();
+    EXPECT_EQ(named["ClipName"], "");
+    EXPECT_EQ(named["UserClipName"], "");
+    EXPECT_EQ(named["AudioPath"], "AUDIO\\00.MXF - - - - - - - ");
+    const ClipShow scanned = Scanned();
+    EXPECT_EQ(scanned["ClipName"], "0001AB");
+    EXPECT_EQ(scanned["UserClipName"], "0001AB");
+    EXPECT_EQ(scanned["VideoPath"], "VIDEO\\0001AB.MXF");
+    EXPECT_EQ(scanned["XmlPath"], "CLIP\\0001AB.XML");
+}
+
+TEST_F(ClipReadersTest, ReadingByNameKeepsWhatItDoesNotRead) {
+    m_card.AddClip("0001AB", {{kMemo, "10"}, {kMemo, "7"}, {kNewProxyAudio, ""}});
+    _tag_P2Clip clip;
+    clip.CodecClass = L"mine";
+    clip.ActivePixel = clip.StartTimecode = clip.UnusedOffset = clip.DropFrame = 9;
+    clip.AudioPath[3] = clip.AudioPath[4] = L"mine";
+    clip.EssenceMask = 0xFFFF;
+    clip.AvcIntraClass50 = 1;
+    clip.Proxy.ProxyAudioMask = 8;
+    clip.Memos.SetSize(1);
+    clip.Memos[0].Offset = 7;
+    clip.Memos[0].Text = L"mine";
+    ASSERT_EQ(m_parser.LoadClipInfo(m_card.Root(), L"0001AB", clip), 0);
+    EXPECT_EQ(clip.CodecClass, L"mine");
+    EXPECT_EQ(clip.ActivePixel + clip.StartTimecode + clip.UnusedOffset + clip.DropFrame, 36);
+    EXPECT_EQ(clip.AudioPath[3], L"") << "looked for and not found";
+    EXPECT_EQ(clip.AudioPath[4], L"mine") << "beyond the four";
+    EXPECT_EQ(clip.EssenceMask, 0U);
+    EXPECT_EQ(clip.AvcIntraClass50, 0);
+    EXPECT_EQ(clip.Proxy.ProxyAudioMask, 9U) << "bits are only set";
+    ASSERT_EQ(clip.Memos.GetSize(), 2) << "appended, then freed of repetitions";
+    EXPECT_EQ(clip.Memos[0].Text, L"mine");
+    EXPECT_EQ(clip.Memos[1].Offset, 10);
+}
+
+TEST_F(ClipReadersTest, AClipThatDoesNotLoadLeavesOnlyItsPath) {
+    m_card.AddFile("CLIP/0001AB.XML", "<P2Main><ClipContent><ClipName>x</ClipName>");
+    for (const wchar_t* const name : {L"0001AB", L"0009ZZ"}) {
+        _tag_P2Clip clip;
+        EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), name, clip), 1);
+        EXPECT_EQ(Below(clip.XmlPath), "CLIP\\" + platform::Utf8FromText(name) + ".XML");
+        clip.XmlPath.Empty();
+        EXPECT_TRUE(ClipShow(clip, m_card.Contents()).Fields().empty());
+    }
+}
+
+TEST_F(ClipReadersTest, TheReaderOfAPathFindsTheContentsAboveIt) {
+    m_card.AddClip("0001AB", {{kCodec, "AVC-LongG422"}, {kClass, "50"}, {kChannel, "1"}});
+    m_card.AddFile("AVCLIP/0001AB.MXF");
+    const CString path = m_card.Contents() + L"CLIP\\0001AB.XML";
+    _tag_P2Clip clip;
+    EXPECT_NE(NQP2ParserPeer::LoadClipFromXml(m_parser, path, clip), 0);
+    clip.ShootStartTime = COleDateTime();
+    EXPECT_EQ(ClipShow(clip, m_card.Contents()).Fields(), Scanned().Fields());
+    EXPECT_EQ(Below(clip.AudioPath[0]), "AVCLIP\\0001AB.MXF");
+    EXPECT_EQ(NQP2ParserPeer::LoadClipFromXml(m_parser, path + L"x", clip), 0);
+    m_card.AddFile("CLIP/0001AB.XML", "");
+    EXPECT_EQ(NQP2ParserPeer::LoadClipFromXml(m_parser, path, clip), 0);
+}
+
+} // namespace
+} // namespace nqp2::parser

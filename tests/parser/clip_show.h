@@ -1,0 +1,144 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "media/P2Clip.h"
+#include "platform/guid_text.h"
+#include "platform/unicode.h"
+
+#include <iomanip>
+#include <map>
+#include <sstream>
+#include <string>
+
+namespace nqp2::parser {
+
+/// A record as texts by field name, so that tables can say what is expected. Paths are shown
+/// without the contents folder in front, fields with the value of a fresh record are left out.
+class ClipShow {
+public:
+    using Shown = std::map<std::string, std::string>;
+
+    ClipShow(const _tag_P2Clip& clip, const CString& contents)
+        : m_contents(contents), m_shown(All(clip)) {
+        const Shown fresh = All(_tag_P2Clip());
+        std::erase_if(m_shown, [&](const auto& each) {
+            const auto same = fresh.find(each.first);
+            return same != fresh.end() && same->second == each.second;
+        });
+    }
+
+    [[nodiscard]] const Shown& Fields() const { return m_shown; }
+    /// "" for a field that a fresh record has as well.
+    [[nodiscard]] std::string operator[](const std::string& field) const {
+        const auto found = m_shown.find(field);
+        return found != m_shown.end() ? found->second : std::string();
+    }
+
+private:
+    static std::string Show(const CString& text) { return platform::Utf8FromText(text.View()); }
+    static std::string Show(const GUID& guid) { return Show(platform::GuidText(guid)); }
+    static std::string Show(std::integral auto number) { return std::to_string(number); }
+    static std::string Show(const COleDateTime& moment) {
+        std::ostringstream text;
+        text << std::fixed << std::setprecision(5) << moment.GetDays();
+        return moment.GetStatus() == COleDateTime::valid ? text.str() : "invalid";
+    }
+    [[nodiscard]] std::string ShowPath(const CString& path) const {
+        const bool isBelow = path.Left(m_contents.GetLength()) == m_contents;
+        return Show(isBelow ? path.Mid(m_contents.GetLength()) : path);
+    }
+    static std::string Show(const CArray<_tag_P2Memo>& memos) {
+        std::string text;
+        for (const _tag_P2Memo& memo : memos) {
+            text += (text.empty() ? "" : "|") + Show(memo.Offset) + "," + Show(memo.Person) + "," +
+                    Show(memo.Text) + "," + Show(memo.VoiceFormat) + "," +
+                    Show(memo.VoiceSamplingRate) + "," + Show(memo.VoiceBitsPerSample) + "," +
+                    Show(memo.VoiceChannelFlag);
+        }
+        return text;
+    }
+
+#define NQP2_SHOW(field)                                                                           \
+    { #field, Show(clip.field) }
+#define NQP2_SHOW_PROXY(field)                                                                     \
+    { #field, Show(clip.Proxy.field) }
+    [[nodiscard]] Shown All(const _tag_P2Clip& clip) const {
+        Shown shown = {
+            NQP2_SHOW(ShootStartTime),
+            NQP2_SHOW(GlobalClipGuid),
+            NQP2_SHOW(GlobalClipID),
+            NQP2_SHOW(CodecName),
+            NQP2_SHOW(ActivePixel),
+            NQP2_SHOW(ActiveLine),
+            NQP2_SHOW(BitDepth),
+            NQP2_SHOW(ExtraPath),
+            NQP2_SHOW(AvcIntraClass50),
+            NQP2_SHOW(CodecClass),
+            NQP2_SHOW(ClipIdDigit),
+            NQP2_SHOW(Reserved276),
+            NQP2_SHOW(Duration),
+            NQP2_SHOW(UnusedOffset),
+            NQP2_SHOW(Reserved288),
+            NQP2_SHOW(AudioStartByteOffset),
+            NQP2_SHOW(AudioDataSize),
+            NQP2_SHOW(VideoStartByteOffset),
+            NQP2_SHOW(VideoDataSize),
+            NQP2_SHOW(EssenceMask),
+            NQP2_SHOW(TopClipGuid),
+            NQP2_SHOW(NextClipGuid),
+            NQP2_SHOW(PreviousClipGuid),
+            NQP2_SHOW(OffsetInShot),
+            NQP2_SHOW(GlobalShotGuid),
+            NQP2_SHOW(TopClipName),
+            NQP2_SHOW(PreviousClipName),
+            NQP2_SHOW(NextClipName),
+            NQP2_SHOW(TopSerialNo),
+            NQP2_SHOW(PreviousSerialNo),
+            NQP2_SHOW(NextSerialNo),
+            NQP2_SHOW(FrameRate),
+            NQP2_SHOW(StartDate),
+            NQP2_SHOW(EndDate),
+            NQP2_SHOW(ClipName),
+            NQP2_SHOW(AspectRatio),
+            NQP2_SHOW(Memos),
+            NQP2_SHOW(AudioBitsPerSample),
+            NQP2_SHOW(UserClipName),
+            NQP2_SHOW(StartTimecode),
+            NQP2_SHOW(DropFrame),
+            NQP2_SHOW(SourceKind),
+            NQP2_SHOW(ProxyVideoCodecName),
+            NQP2_SHOW_PROXY(ProxyFormat),
+            NQP2_SHOW_PROXY(ProxyExt),
+            NQP2_SHOW_PROXY(ProxyAudioMask),
+            NQP2_SHOW_PROXY(ProxyVideoCodec),
+            NQP2_SHOW_PROXY(ProxyVideoBitRate),
+            NQP2_SHOW_PROXY(ProxyFrameRate),
+            NQP2_SHOW_PROXY(ProxyResolution),
+            NQP2_SHOW_PROXY(ProxyAspectRatio),
+            NQP2_SHOW_PROXY(ProxyAudioCodec),
+            NQP2_SHOW_PROXY(ProxyAudioBitRate),
+            NQP2_SHOW_PROXY(ProxySamplingRate),
+            NQP2_SHOW_PROXY(ProxyAudioChannels),
+            {"ProxyFilePath", ShowPath(clip.Proxy.ProxyFilePath)},
+            {"IconPath", ShowPath(clip.IconPath)},
+            {"VideoPath", ShowPath(clip.VideoPath)},
+            {"XmlPath", ShowPath(clip.XmlPath)},
+            {"ProxyPath", ShowPath(clip.ProxyPath)},
+        };
+        std::string& audio = shown["AudioPath"];
+        for (const CString& path : clip.AudioPath) {
+            audio += path.IsEmpty() ? "-" : ShowPath(path);
+            audio += ' ';
+        }
+        return shown;
+    }
+#undef NQP2_SHOW
+#undef NQP2_SHOW_PROXY
+
+    CString m_contents;
+    Shown m_shown;
+};
+
+} // namespace nqp2::parser

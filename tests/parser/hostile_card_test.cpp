@@ -1,0 +1,298 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/file_system.h"
+#include "tests/parser/card_test.h"
+#include "tests/support/child_process.h"
+#include "tests/support/faulty_file_system.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <sys/resource.h>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define NQP2_MEMORY_IS_INSTRUMENTED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define NQP2_MEMORY_IS_INSTRUMENTED 1
+#endif
+#endif
+
+namespace nqp2::parser {
+namespace {
+
+using test::FaultyFileSystem;
+using test::Operation;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+class HostileCardTest : public CardTest {
+protected:
+    /// The one row that the scan's report has.
+    SkippedFile OnlyRow() {
+        EXPECT_EQ(m_report.skipped.GetSize(), 1);
+        return m_report.skipped.IsEmpty() ? SkippedFile() : m_report.skipped[0];
+    }
+    /// Written piece by piece so that this process does not grow.
+    void WriteLarge(std::size_t bytes, const std::string& open, const std::string& piece,
+                    const std::string& close) {
+        std::ofstream file(m_card.AddFile("CLIP/0001AA.XML"));
+        file << open;
+        for (std::size_t size = 0; size < bytes; size += piece.size()) {
+            file << piece;
+        }
+        file << close;
+    }
+    void ExpectGoodClipOnly() { EXPECT_THAT(ScannedNames(), ElementsAre("0001AA")); }
+};
+
+TEST_F(HostileCardTest, BrokenFilesAreSkippedAndReportedWithTheirPlace) {
+    using enum SkipReason;
+    struct Case {
+        const char* why;
+        std::string bytes;
+        SkipReason reason;
+        int line;
+        int column; ///< 0: any
+    };
+    const std::string good = test::ClipXml({{"ClipName", "0001AB"}, {"Duration", "5"}});
+    const Case cases[] = {
+        {"empty", "", NotWellFormed, 1, 0},
+        {"blanks", " \r\n ", NotWellFormed, 2, 0},
+        {"binary", std::string("\x00\x05\x16\x07\x00\x02\x00\x00Mac", 11), NotWellFormed, 1, 0},
+        {"not XML", "LASTCLIP", NotWellFormed, 1, 1},
+        {"cut off", good.substr(0, good.size() - 12), NotWellFormed, 2, 0},
+        {"crossed tags", "<P2Main>\n  <A>\n  </B>\n</P2Main>", NotWellFormed, 3, 0},
+        {"unknown entity", "<P2Main>\n&x;</P2Main>", NotWellFormed, 2, 0},
+        {"undeclared prefix", "<P2Main><p:A/></P2Main>", NotWellFormed, 1, 0},
+        {"zero byte", std::string("<P2Main>\0</P2Main>", 18), NotWellFormed, 1, 0},
+        {"invalid UTF-8", "<P2Main>\xFF</P2Main>", NotWellFormed, 1, 0},
+        {"two roots", good + "<P2Main/>", NotWellFormed, 3, 0},
+        {"DTD", "<!DOCTYPE P2Main [<!ENTITY a \"b\">]>\n<P2Main>&a;</P2Main>", DocumentType, 1, 0},
+        {"external DTD", "<!DOCTYPE P2Main SYSTEM \"/etc/passwd\"><P2Main/>", DocumentType, 1, 0},
+    };
+    m_card.AddClip("0001AA");
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.why);
+        m_card.AddFile("CLIP/0001AB.XML", each.bytes);
+        ExpectGoodClipOnly();
+        const SkippedFile row = OnlyRow();
+        EXPECT_EQ(Below(row.path), "CLIP\\0001AB.XML");
+        EXPECT_EQ(row.reason, each.reason) << row.text;
+        EXPECT_FALSE(row.text.IsEmpty());
+        EXPECT_EQ(row.line, each.line) << row.text;
+        EXPECT_GT(row.column, 0);
+        if (each.column != 0) {
+            EXPECT_EQ(row.column, each.column);
+        }
+    }
+}
+
+TEST_F(HostileCardTest, AnyTruncationIsSkipped) {
+    m_card.AddClip("0001AA");
+    std::string bytes = test::ClipXml({{"ClipName", "0001AB"}, {"EssenceList/Video/Codec", "x"}});
+    bytes.resize(bytes.rfind('>') + 1);
+    while (!bytes.empty()) {
+        bytes.pop_back();
+        m_card.AddFile("CLIP/0001AB.XML", bytes);
+        ASSERT_THAT(ScannedNames(), ElementsAre("0001AA")) << bytes;
+        ASSERT_EQ(m_report.skipped.GetSize(), 1) << bytes;
+    }
+}
+
+TEST_F(HostileCardTest, DeepNestingAndHugeFilesAreRefused) {
+    m_card.AddClip("0001AA");
+    std::string deep;
+    for (int i = 0; i < 100'000; ++i) {
+        deep += "<a>";
+    }
+    m_card.AddFile("CLIP/deep.XML", deep);
+    const std::string huge = m_card.AddFile("CLIP/huge.XML", "<P2Main>");
+    std::filesystem::resize_file(huge, 100'000'000);
+    ExpectGoodClipOnly();
+    EXPECT_THAT(Remarks(), UnorderedElementsAre(Remark("CLIP\\deep.XML", SkipReason::NotWellFormed),
+                                                Remark("CLIP\\huge.XML", SkipReason::TooLarge)));
+}
+
+TEST_F(HostileCardTest, FoldersAndCompanionsAreNoClips) {
+    m_card.AddClip("0001AA");
+    m_card.Folder().MakeFolder("CONTENTS/CLIP/0001AB.XML");
+    m_card.AddFile("CLIP/._0001AA.XML", std::string("\x00\x05\x16\x07", 4));
+    for (const char* const name : {".DS_Store", "Thumbs.db", "0001AA.XMP", "0001AA.XML.bak"}) {
+        m_card.AddFile(std::string("CLIP/") + name, "x");
+    }
+    ExpectGoodClipOnly();
+    EXPECT_THAT(Remarks(),
+                UnorderedElementsAre(Remark("CLIP\\0001AB.XML", SkipReason::IsFolder),
+                                     Remark("CLIP\\._0001AA.XML", SkipReason::NotWellFormed)));
+}
+
+TEST_F(HostileCardTest, WellFormedFilesWithoutClipContentAreListedWithARemark) {
+    m_card.AddFile("CLIP/0001AA.XML", "<ClipMain><ClipContent/></ClipMain>");
+    ExpectGoodClipOnly();
+    EXPECT_THAT(Remarks(), ElementsAre(Remark("CLIP\\0001AA.XML", SkipReason::NoClipContent)));
+}
+
+TEST_F(HostileCardTest, AFileThatCannotBeReadIsSkipped) {
+    m_card.AddClip("0001AA");
+    m_card.AddClip("0001AB");
+    FaultyFileSystem faulty;
+    faulty.Fail({.error = platform::IoError::Denied, .pathPart = "0001AB"});
+    const platform::ScopedFileSystem scope(faulty);
+    ExpectGoodClipOnly();
+    EXPECT_THAT(Remarks(), ElementsAre(Remark("CLIP\\0001AB.XML", SkipReason::Unreadable)));
+    EXPECT_EQ(OnlyRow().text, L"made to fail");
+    EXPECT_EQ(OnlyRow().line, 0);
+}
+
+TEST_F(HostileCardTest, AnExceptionInReadingEndsNothing) {
+    m_card.AddClip("0001AA");
+    m_card.AddClip("0001AB");
+    FaultyFileSystem faulty;
+    faulty.SetHook([](Operation, const std::string& path) {
+        if (path.find("0001AB") != std::string::npos) {
+            throw std::bad_alloc();
+        }
+    });
+    const platform::ScopedFileSystem scope(faulty);
+    ExpectGoodClipOnly();
+    EXPECT_THAT(Remarks(), ElementsAre(Remark("CLIP\\0001AB.XML", SkipReason::Unreadable)));
+    _tag_P2Clip clip;
+    EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), L"0001AB", clip), 1);
+}
+
+TEST_F(HostileCardTest, AClipFolderThatBreaksOffGivesItsFirstEntries) {
+    for (const char* const name : {"0001AA", "0001AB", "0001AC", "0001AD"}) {
+        m_card.AddClip(name);
+    }
+    FaultyFileSystem faulty;
+    faulty.Fail({.operation = Operation::List, .pathPart = "/CLIP", .times = 1, .keptEntries = 3});
+    const platform::ScopedFileSystem scope(faulty);
+    EXPECT_EQ(ScannedNames().size(), 3U);
+    EXPECT_THAT(Remarks(), ElementsAre(Remark("CLIP\\", SkipReason::FolderUnreadable)));
+}
+
+TEST_F(HostileCardTest, ACardRemovedInMidScanEndsItWithRemarks) {
+    constexpr int kClips = 20;
+    constexpr int kBefore = 6;
+    for (int i = 0; i < kClips; ++i) {
+        m_card.AddClip("c" + std::to_string(i));
+    }
+    FaultyFileSystem faulty;
+    int reads = 0;
+    faulty.SetHook([&](Operation operation, const std::string&) {
+        if (operation == Operation::Read && ++reads == kBefore + 1) {
+            std::filesystem::remove_all(m_card.Folder().Path());
+        }
+    });
+    const platform::ScopedFileSystem scope(faulty);
+    EXPECT_EQ(ScannedNames().size(), static_cast<std::size_t>(kBefore));
+    EXPECT_EQ(m_report.skipped.GetSize(), kClips - kBefore);
+    for (const SkippedFile& row : m_report.skipped) {
+        EXPECT_EQ(row.reason, SkipReason::Unreadable) << row.text;
+    }
+    CArray<_tag_P2Clip> clips;
+    EXPECT_EQ(m_parser.LoadClipEx(m_card.Root(), clips, 0), 1) << "no card any more";
+}
+
+TEST_F(HostileCardTest, NamesInsideAFileLeadNowhereElse) {
+    const std::string endless(300, 'x'); // longer than any file name
+    const char* const names[] = {
+        endless.c_str(), "..\\..\\..\\x", "../../../x", "..\\VIDEO\\x", "/etc/passwd",
+        "\\etc\\passwd", "C:x",           "Z:\\x",      "sub/x",        ".."};
+    FaultyFileSystem recorded;
+    std::vector<std::string> asked;
+    recorded.SetHook([&](Operation, const std::string& path) { asked.push_back(path); });
+    const platform::ScopedFileSystem scope(recorded);
+    for (const char* const name : names) {
+        SCOPED_TRACE(name);
+        const bool isPlain = std::string(name) == "..";
+        m_card.AddClip(
+            "0001AA", {{"ClipName", name}, {"EssenceList/+Audio", ""}, {"EssenceList/+Audio", ""}});
+        const CArray<_tag_P2Clip> clips = Scan();
+        ASSERT_EQ(clips.GetSize(), 1);
+        const CString text = platform::TextFromUtf8(name);
+        EXPECT_EQ(clips[0].ClipName, text) << "the text itself is told";
+        EXPECT_EQ(clips[0].VideoPath.IsEmpty(), !isPlain);
+        EXPECT_EQ(clips[0].AudioPath[0].IsEmpty(), !isPlain);
+        EXPECT_EQ(clips[0].EssenceMask, isPlain ? 3U : 0U);
+        EXPECT_EQ(m_report.skipped.GetSize(), isPlain ? 0 : 1);
+        if (!isPlain) {
+            EXPECT_EQ(OnlyRow().reason, SkipReason::UnsafeName);
+        }
+        _tag_P2Clip clip;
+        EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), L"0001AA", clip), 0);
+        EXPECT_EQ(clip.EssenceMask, 0U);
+    }
+    ASSERT_FALSE(asked.empty());
+    for (const std::string& path : asked) {
+        const std::string resolved = std::filesystem::path(path).lexically_normal();
+        EXPECT_TRUE(resolved.starts_with(m_card.Folder().Path() + "/CONTENTS")) << path;
+    }
+}
+
+/// Peak memory in MiB that a scan of the card adds, measured in a process of its own.
+int ScanMegabytes(const CString& root) {
+    return test::RunInChild([&] {
+        const auto peak = [] {
+            rusage usage = {};
+            getrusage(RUSAGE_SELF, &usage);
+            return usage.ru_maxrss / 1024;
+        };
+        CNQP2Parser parser;
+        parser.Init();
+        const long before = peak();
+        CArray<_tag_P2Clip> clips;
+        ScanReport report;
+        parser.LoadClipEx(root, clips, 0, report);
+        const bool heard = clips.GetSize() + report.skipped.GetSize() > 0;
+        return heard ? static_cast<int>(std::min(peak() - before, 254L)) : 255;
+    });
+}
+
+TEST_F(HostileCardTest, LargeWellFormedFilesStayWithinTheMemoryLimit) {
+#ifdef NQP2_MEMORY_IS_INSTRUMENTED
+    GTEST_SKIP() << "the sanitizer's own memory would be measured";
+#endif
+    struct Case {
+        const char* why;
+        std::string open;
+        std::string piece;
+        std::string close;
+        int resultBytes = 0;                  ///< that the record keeps of a byte of the file
+        std::vector<int> megabytes = {2, 30}; ///< the smaller loads
+    };
+    const std::string head = "<P2Main><ClipContent>";
+    const std::string tail = "</ClipContent></P2Main>";
+    const Case cases[] = {
+        {"empty elements", head, "<a/>", tail},
+        {"texts", head, "<a>text of some length</a>", tail},
+        {"one long text",
+         head + "<ClipName>",
+         "long name ",
+         "</ClipName>" + tail,
+         sizeof(wchar_t),
+         {9}},
+        {"one long text that nobody asks for", head, "long text ", tail},
+        {"memos", head + "<ClipMetadata><MemoList>",
+         "<Memo><Offset>1</Offset><Text>x</Text></Memo>", "</MemoList></ClipMetadata>" + tail},
+        {"contents", "<P2Main>", "<ClipContent><ClipName>x</ClipName></ClipContent>", "</P2Main>"},
+        {"comments", head, "<!--x--><?p d?>", tail},
+    };
+    for (const Case& each : cases) {
+        for (const int megabytes : each.megabytes) {
+            WriteLarge(static_cast<std::size_t>(megabytes) * 1'000'000, each.open, each.piece,
+                       each.close);
+            const int used = ScanMegabytes(m_card.Root());
+            EXPECT_GE(used, 0) << each.why;
+            EXPECT_LE(used, 64 + each.resultBytes * megabytes)
+                << megabytes << " MB of " << each.why;
+        }
+    }
+}
+
+} // namespace
+} // namespace nqp2::parser

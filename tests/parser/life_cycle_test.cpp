@@ -1,0 +1,160 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/SystemFolder.h"
+#include "tests/parser/card_test.h"
+
+#include <array>
+#include <cstddef>
+
+namespace nqp2::parser {
+namespace {
+
+using Peer = NQP2ParserPeer;
+
+class LifeCycleTest : public testing::Test {
+protected:
+    ~LifeCycleTest() override { SetSystemFolderLookup(nullptr); }
+
+    static void OfferLibrariesOf(const char* folder) {
+        SetSystemFolderLookup([root = InterfaceRoot(folder)] { return root; });
+    }
+
+    test::CardBuilder m_card;
+};
+
+TEST_F(LifeCycleTest, InitAndReleaseMayBeCalledTwiceAndInTurn) {
+    m_card.AddClip("0001AA");
+    CNQP2Parser parser;
+    _tag_P2Clip clip;
+    EXPECT_EQ(parser.Release(), 0) << "before Init";
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(parser.Init(), 0);
+        EXPECT_EQ(parser.Init(), 0);
+        EXPECT_EQ(parser.LoadClipInfo(m_card.Root(), L"0001AA", clip), 0);
+        EXPECT_EQ(parser.Release(), 0);
+        EXPECT_EQ(parser.Release(), 0);
+        EXPECT_EQ(parser.LoadClipInfo(m_card.Root(), L"0001AA", clip), 1) << "after Release";
+    }
+}
+
+TEST_F(LifeCycleTest, ReadingBeforeInitFailsAndTouchesNothing) {
+    m_card.AddClip("0001AA", {{"EssenceList/Video/Codec", "DV50_422"}});
+    CNQP2Parser parser;
+    _tag_P2Clip clip;
+    clip.XmlPath = L"mine";
+    clip.ClipName = L"mine";
+    EXPECT_EQ(parser.LoadClipInfo(m_card.Root(), L"0001AA", clip), 1);
+    EXPECT_EQ(Peer::LoadClipFromXml(parser, m_card.Contents() + L"CLIP\\0001AA.XML", clip), 0);
+    EXPECT_EQ(clip.XmlPath, L"mine");
+    EXPECT_EQ(clip.ClipName, L"mine");
+
+    eCodeType type = CT_AVCHD_1280_720_25P;
+    eP2_VIDEO_STANDARD standard = VS_2398P;
+    DiskFormat format;
+    format.codec = L"mine";
+    EXPECT_EQ(parser.GetDiskFormat(m_card.Root(), type, standard), 1);
+    EXPECT_EQ(parser.GetDiskFormat(m_card.Root(), format), 1);
+    EXPECT_EQ(type, CT_AVCHD_1280_720_25P);
+    EXPECT_EQ(standard, VS_2398P);
+    EXPECT_EQ(format.codec, L"mine");
+    EXPECT_FALSE(format.found);
+}
+
+TEST_F(LifeCycleTest, AScanBeforeInitFindsNothingOnACardAndFailsWithoutOne) {
+    m_card.AddClip("0001AA");
+    const test::CardBuilder noCard(false);
+    CNQP2Parser parser;
+    CArray<_tag_P2Clip> clips;
+    EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0);
+    EXPECT_EQ(parser.LoadClipEx(noCard.Root(), clips, 1), 1);
+    EXPECT_TRUE(clips.IsEmpty());
+}
+
+TEST_F(LifeCycleTest, WithoutAWorkerProxyItsOperationsAnswerHarmlessly) {
+    CNQP2Parser parser;
+    alignas(std::max_align_t) std::array<std::byte, 4096> record = {};
+    parser.SetImpCallBack(nullptr, nullptr);
+    EXPECT_EQ(parser.SetSystemType(VS_5994I), 1);
+    EXPECT_TRUE(parser.GetLastError().IsEmpty());
+    EXPECT_EQ(parser.GetP2BaseClipInfo(L"E:\\CONTENTS\\CLIP\\0001AA.XML",
+                                       reinterpret_cast<NQP2BaseClipInfo&>(record)),
+              0);
+}
+
+TEST_F(LifeCycleTest, TheCardManagerLibraryIsKeptOnlyWithItsInitEntry) {
+    struct Case {
+        const char* folder;
+        bool kept;
+        const char* why;
+    };
+    std::string endless = NQP2_CARD_MANAGER_FOLDER;
+    while (endless.size() < 255) {
+        endless += "/.";
+    }
+    const Case cases[] = {
+        {NQP2_CARD_MANAGER_FOLDER, true, "both entries"},
+        {NQP2_CARD_MANAGER_WITHOUT_INIT_FOLDER, false, "lacks DDP2CInit"},
+        {"/nonexistent", false, "no library"},
+        {"", false, "no system folder"},
+        {endless.c_str(), false, "longer than the buffer for the system folder"},
+    };
+    m_card.AddClip("0001AA");
+    for (const Case& each : cases) {
+        OfferLibrariesOf(each.folder);
+        CNQP2Parser parser;
+        EXPECT_EQ(Peer::HasCardManager(parser), each.kept) << each.why;
+        EXPECT_EQ(Peer::HasEntryPoints(parser), each.kept) << each.why;
+        CArray<_tag_P2Clip> clips;
+        parser.Init();
+        EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0);
+        EXPECT_EQ(clips.GetSize(), 1) << each.why;
+        parser.Release();
+        EXPECT_EQ(Peer::HasCardManager(parser), each.kept) << "Release leaves it loaded";
+    }
+}
+
+TEST_F(LifeCycleTest, ALibraryThatOneObjectLoadedIsFreedOnceByTwo) {
+    CNQP2Parser without;
+    OfferLibrariesOf(NQP2_CARD_MANAGER_FOLDER);
+    CNQP2Parser with;
+    without = with;
+    EXPECT_TRUE(Peer::HasEntryPoints(without));
+}
+
+TEST_F(LifeCycleTest, AnAssignedParserSharesTheWorkingObjects) {
+    m_card.AddClip("0001AA");
+    OfferLibrariesOf(NQP2_CARD_MANAGER_FOLDER);
+    CNQP2Parser first;
+    CNQP2Parser second;
+    first.Init();
+    second = first;
+    _tag_P2Clip clip;
+    EXPECT_EQ(second.LoadClipInfo(m_card.Root(), L"0001AA", clip), 0);
+    EXPECT_EQ(clip.ClipName, L"0001AA");
+    first.Release(); // for both: the second one must not release what it shares
+    EXPECT_TRUE(Peer::HasEntryPoints(second));
+}
+
+TEST_F(LifeCycleTest, AnIdentifierIsMadeFreshForAZeroGuid) {
+    CNQP2Parser parser;
+    const CString first = parser.CreateUMID(GUID());
+    EXPECT_EQ(first.GetLength(), 64);
+    EXPECT_EQ(first.Left(28), L"060A2B340101010501010D431300");
+    EXPECT_EQ(first.Right(4), L"2008");
+    EXPECT_FALSE(first == parser.CreateUMID(GUID()));
+
+    GUID guid;
+    guid.Data1 = 0x0123ABCD;
+    guid.Data4[7] = 0xEF;
+    EXPECT_EQ(parser.CreateUMID(guid), L"060A2B340101010501010D431300"
+                                       L"0123ABCD0000000000000000000000EF2008");
+    const GUID back = CNQP2Parser::GuidFromUMID(parser.CreateUMID(guid));
+    EXPECT_EQ(back.Data1, 0xABCD0000U) << "shifted by the closing digits";
+    EXPECT_EQ(back.Data4[5], 0xEF);
+    EXPECT_EQ(back.Data4[7], 0x08);
+    EXPECT_TRUE(CNQP2Parser::GuidFromUMID(L"") == GUID());
+}
+
+} // namespace
+} // namespace nqp2::parser

@@ -1,0 +1,115 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "parser/takes.h"
+
+#include "tests/parser/card_test.h"
+
+namespace nqp2::parser {
+namespace {
+
+/// A segment by its letter: identifier "id-A", clip "A", on the card "card-A".
+ClipRelation::Neighbour At(const char* letter) {
+    const CString name = platform::TextFromUtf8(letter);
+    return name.IsEmpty() ? ClipRelation::Neighbour()
+                          : ClipRelation::Neighbour{L"id-" + name, name, L"card-" + name};
+}
+
+ClipRelation Segment(const char* letter, int offset, const char* top, const char* previous,
+                     const char* next) {
+    ClipRelation clip;
+    clip.clipName = At(letter).clipName;
+    clip.globalClipID = At(letter).globalClipID;
+    clip.offsetInShot = offset;
+    clip.top = At(top);
+    clip.previous = At(previous);
+    clip.next = At(next);
+    return clip;
+}
+
+const ClipRelation kA = Segment("A", 0, "A", "", "B");
+const ClipRelation kB = Segment("B", 100, "A", "A", "C");
+const ClipRelation kC = Segment("C", 200, "A", "B", "");
+const ClipRelation kAlone = Segment("X", 0, "", "", "");
+
+/// "A B C" and, behind "!", the missing segments.
+std::string Told(const Take& take) {
+    std::string text;
+    for (const CString& name : take.segments) {
+        text += platform::Utf8FromText(name.View()) + " ";
+    }
+    text += take.complete ? "" : "!";
+    for (const MissingSegment& each : take.missing) {
+        text += " " + platform::Utf8FromText((each.clipName + L"@" + each.serialNo).View());
+    }
+    return text;
+}
+
+TEST(Takes, AreToldWithWhatIsMissing) {
+    struct Case {
+        const char* why;
+        std::vector<ClipRelation> clips;
+        std::string told;
+    };
+    ClipRelation unnamedNext = kA;
+    unnamedNext.next.clipName.Empty();
+    unnamedNext.next.serialNo.Empty();
+    ClipRelation lowerCase = kB;
+    lowerCase.globalClipID.MakeLower();
+    lowerCase.top.globalClipID.MakeUpper();
+    ClipRelation withoutTop = kA;
+    withoutTop.top = {};
+    const Case cases[] = {
+        {"all are there", {kA, kB, kC}, "A B C "},
+        {"in shot order, whatever the scan's", {kC, kAlone, kA, kB}, "A B C "},
+        {"the last is missing", {kA, kB}, "A B ! C@card-C"},
+        {"the middle is missing, told by both", {kA, kC}, "A C ! B@card-B"},
+        {"the first is missing, told by both", {kB, kC}, "B C ! A@card-A"},
+        {"only the middle is there", {kB}, "B ! A@card-A C@card-C"},
+        {"a neighbour without name", {unnamedNext}, "A ! @"},
+        {"letter case of identifiers", {kA, lowerCase, kC}, "A B C "},
+        {"a first segment that names no top", {withoutTop, kB, kC}, "A B C "},
+    };
+    for (const Case& each : cases) {
+        const CArray<Take> takes = FindTakes(each.clips);
+        ASSERT_EQ(takes.GetSize(), 1) << each.why;
+        EXPECT_EQ(Told(takes[0]), each.told) << each.why;
+        EXPECT_EQ(takes[0].topGlobalClipID.CompareNoCase(L"id-A"), 0) << each.why;
+    }
+    EXPECT_TRUE(FindTakes({kAlone, kAlone}).IsEmpty());
+}
+
+TEST(Takes, ComeInTheOrderOfTheirFirstClips) {
+    const ClipRelation d = Segment("D", 0, "D", "", "E");
+    const CArray<Take> takes = FindTakes({kC, d, kA, kB});
+    ASSERT_EQ(takes.GetSize(), 2);
+    EXPECT_EQ(Told(takes[0]), "A B C ");
+    EXPECT_EQ(Told(takes[1]), "D ! E@card-E");
+}
+
+using TakeReportTest = CardTest;
+
+TEST_F(TakeReportTest, AScanTellsTheTakesOfACard) {
+    m_card.AddClip("0002", {{"GlobalClipID", "bb"},
+                            {"Relation/OffsetInShot", "5000000000"},
+                            {"Relation/Connection/Top/GlobalClipID", "AA"},
+                            {"Relation/Connection/Previous/GlobalClipID", "AA"},
+                            {"Relation/Connection/Next/GlobalClipID", "CC"},
+                            {"Relation/Connection/Next/ClipName", "0003"},
+                            {"Relation/Connection/Next/P2SerialNo.", "AAF09F0001"}});
+    m_card.AddClip("0001", {{"GlobalClipID", "aa"},
+                            {"Relation/Connection/Top/GlobalClipID", "AA"},
+                            {"Relation/Connection/Next/GlobalClipID", "BB"}});
+    m_card.AddClip("0009", {{"GlobalClipID", "99"}});
+    Scan();
+    ASSERT_EQ(m_report.takes.GetSize(), 1);
+    EXPECT_EQ(Told(m_report.takes[0]), "0001 0002 ! 0003@AAF09F0001");
+    EXPECT_EQ(m_report.takes[0].missing[0].globalClipID, L"CC");
+
+    CArray<_tag_P2Clip> clips;
+    m_parser.LoadClipEx(m_card.Root(), clips, 0, m_report);
+    EXPECT_EQ(m_report.takes.GetSize(), 2) << "a report is appended to";
+}
+
+} // namespace
+} // namespace nqp2::parser
