@@ -1,0 +1,271 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""The commands that list and show clips."""
+
+import csv
+import io
+import json
+import os
+import re
+import unicodedata
+import unittest
+from pathlib import Path
+
+from program import CardTest, main, run, run_on_terminal
+
+HEADER = Path(__file__).resolve().parents[2] / "media" / "P2Clip.h"
+TOP = "060A2B340101010501010D431300000011111111222233334444555555555555"
+NEXT = "060A2B340101010501010D431300000066666666222233334444555555555555"
+
+
+def next_segment(name, serial):
+    return (f"<Relation><OffsetInShot>0</OffsetInShot><Connection><Top><GlobalClipID>{TOP}"
+            f"</GlobalClipID><ClipName>0003LT</ClipName></Top><Next><GlobalClipID>{NEXT}"
+            f"</GlobalClipID><ClipName>{name}</ClipName><P2SerialNo.>{serial}</P2SerialNo.></Next>"
+            "</Connection></Relation>")
+
+
+def fields_of(record):
+    """Names of a record's fields as its declaration gives them, in order."""
+    body = re.search(rf"struct (?:NQP2_API )?{record} {{(.*?)^}};", HEADER.read_text(),
+                     re.DOTALL | re.MULTILINE).group(1)
+    members = [line.split("//")[0].strip() for line in body.splitlines()]
+    pattern = re.compile(r"^[\w:<>]+ (\w+)(?:\[\w+\])?(?: = [^;]+)?;$")
+    return [match.group(1) for line in members if (match := pattern.match(line))]
+
+
+def columns_of(text):
+    return sum(2 if unicodedata.east_asian_width(char) in "WF" else 1 for char in text)
+
+
+class ShownCardTest(CardTest):
+    """A card with something of everything that a list shows."""
+
+    def setUp(self):
+        super().setUp()
+        card = self.card
+        card.add("0001DV", title="Zug nach Köln", start="2024-05-11T09:15:30+02:00", duration=1503,
+                 memos=[(3, "Rosa", "gut, \"sehr\" gut"), (50, "", "zwei\nZeilen")])
+        card.add("0002AV", title="夜明けの港", codec="AVC-I_1080/59.94i", codec_class="100",
+                 rate="59.94i", duration=30 * 3600, start="2024-05-10T23:59:59+00:00", audio=4)
+        card.add("0003LT", codec="AVC-LongG422", codec_class="50", rate="23.98p", duration=47,
+                 identifier=TOP, relation=next_segment("0009XX", "AB12"), title=TOP,
+                 start="2024-05-12T00:00:00-05:00")
+        card.add("0004NO", rate="17p", audio=0, start="2024-05-13T00:00:00+00:00")
+        card.add_raw("0005BR.XML", b"<P2Main>\n<ClipContent>\n  </Clip")
+        card.add_file("PROXY", "0002AV.MP4")
+
+
+class ClipsTest(ShownCardTest):
+    def test_table_shows_a_line_for_each_clip(self):
+        result = run("clips", self.card.path)
+        self.assert_golden("clips.txt", result.stdout)
+        self.assert_golden("clips_messages.txt", result.stderr)
+        self.assertEqual(result.returncode, 0)
+
+    def test_report_follows_the_table(self):
+        result = run("clips", self.card.path, "--report")
+        table = run("clips", self.card.path).stdout
+        self.assertTrue(result.stdout.startswith(table))
+        report = result.stdout[len(table):].splitlines()
+        self.assertEqual(len(report), 2)
+        self.assertRegex(report[0], r"^skipped .*/CLIP/0005BR\.XML:3:\d+: not well-formed XML: .+")
+        self.assertEqual(report[1], "take 0003LT: incomplete, missing 0009XX on card AB12")
+        self.assertNotIn("--report", result.stderr)
+
+    def test_csv_gives_every_field_and_the_report_aside(self):
+        result = run("clips", self.card.path, "--csv", "--report")
+        self.assert_golden("clips.csv", result.stdout)
+        self.assertEqual(len(result.stderr.splitlines()), 2)
+
+    def test_csv_and_json_say_the_same(self):
+        table = run("clips", self.card.path, "--csv").stdout
+        rows = list(csv.DictReader(io.StringIO(table, newline="")))
+        clips = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
+        self.assertEqual(len(rows), len(clips))
+        for row, clip in zip(rows, clips):
+            self.assertEqual(row["UserClipName"], clip["UserClipName"])
+            self.assertEqual(row["AudioPath.0"], clip["AudioPath"][0])
+            self.assertEqual(row["Proxy.ProxyExt"], clip["Proxy"]["ProxyExt"])
+            self.assertEqual(json.loads(row["Memos"]), clip["Memos"])
+
+    def test_json_gives_each_clip_a_line(self):
+        self.assert_golden("clips.json", run("clips", self.card.path, "--json").stdout)
+
+    def test_json_gives_every_field_in_declaration_order(self):
+        document = json.loads(run("clips", self.card.path, "--json").stdout)
+        self.assertEqual(list(document), ["card", "kind", "clips"])
+        self.assertEqual((document["card"], document["kind"]), (str(self.card.path), "p2"))
+        names = fields_of("_tag_P2Clip")
+        self.assertGreater(len(names), 40)
+        names[1:1] = ["ShootStartTimeStatus"]
+        for clip in document["clips"]:
+            self.assertEqual(list(clip), names + ["CodeType", "VideoStandard"])
+            self.assertEqual(list(clip["Proxy"]), fields_of("_tag_P2Proxy"))
+            self.assertEqual(len(clip["AudioPath"]), 8)
+            for memo in clip["Memos"]:
+                self.assertEqual(list(memo), fields_of("_tag_P2Memo"))
+
+    def test_json_values(self):
+        clips = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
+        first, second, third, unknown = clips
+        self.assertAlmostEqual(first["ShootStartTime"], 45423.385764, places=5)
+        self.assertEqual([memo["Text"] for memo in first["Memos"]],
+                         ['gut, "sehr" gut', "zwei\nZeilen"])
+        self.assertEqual(second["CodeType"], {"value": 35, "name": "CT_AVCI100_1080_5994I"})
+        self.assertEqual(second["VideoStandard"], {"value": 0, "name": "VS_5994I"})
+        self.assertEqual(second["ProxyPath"], f"{self.card.path}/CONTENTS/PROXY/0002AV.MP4")
+        self.assertEqual(third["CodecName"], "AVC-LongG422-50M")
+        self.assertEqual(third["GlobalClipGuid"], "11111111-2222-3333-4444-555555555555")
+        self.assertEqual(third["NextSerialNo"], "AB12")
+        self.assertEqual(unknown["VideoStandard"], {"value": 1, "name": "VS_50I"})
+
+    def test_json_report(self):
+        document = json.loads(run("clips", self.card.path, "--json", "--report").stdout)
+        self.assertEqual(list(document), ["card", "kind", "clips", "skipped", "takes"])
+        (skipped,) = document["skipped"]
+        self.assertEqual(list(skipped), ["path", "reason", "line", "column"])
+        self.assertEqual(skipped["path"], f"{self.card.path}/CONTENTS/CLIP/0005BR.XML")
+        self.assertEqual(skipped["line"], 3)
+        self.assertEqual(document["takes"], [
+            {"TopGlobalClipID": TOP, "segments": ["0003LT"], "complete": False,
+             "missing": [{"ClipName": "0009XX", "P2SerialNo": "AB12"}]}])
+
+    def test_sort_orders(self):
+        def names(*options):
+            clips = json.loads(run("clips", self.card.path, "--json", *options).stdout)["clips"]
+            return [clip["ClipName"] for clip in clips]
+
+        self.card.add("0000UN")
+        by_name = ["0000UN", "0001DV", "0002AV", "0003LT", "0004NO"]
+        in_folder = [name[:6] for name in os.listdir(self.card.clips) if name != "0005BR.XML"]
+        self.assertEqual(names(), by_name)
+        self.assertEqual(names("--sort", "name"), by_name)
+        # A clip without a date comes last.
+        self.assertEqual(names("--sort", "date"),
+                         ["0002AV", "0001DV", "0003LT", "0004NO", "0000UN"])
+        self.assertEqual(names("--sort", "none"), in_folder)
+
+    def test_keep_digit(self):
+        for options, digit in (((), -1), (("--keep-digit",), 0)):
+            clips = json.loads(run("clips", self.card.path, "--json", *options).stdout)["clips"]
+            self.assertEqual(clips[2]["ClipIdDigit"], digit)
+
+    def test_strict_tells_by_status_that_something_was_skipped(self):
+        self.assertEqual(run("clips", self.card.path, "--strict").returncode, 4)
+        (self.card.clips / "0005BR.XML").unlink()
+        self.assertEqual(run("clips", self.card.path, "--strict").returncode, 0)
+
+    def test_empty_card(self):
+        for path in self.card.clips.iterdir():
+            path.unlink()
+        result = run("clips", self.card.path)
+        self.assertEqual((result.returncode, result.stdout, result.stderr),
+                         (0, "", "0 clips, 0:00:00\n"))
+        document = json.loads(run("clips", self.card.path, "--json").stdout)
+        self.assertEqual(document["clips"], [])
+
+
+class TerminalTest(ShownCardTest):
+    def test_lines_fit_the_terminal(self):
+        piped = run("clips", self.card.path).stdout.splitlines()
+        for columns in (20, 60, 80, 120, 400):
+            lines = run_on_terminal(columns, "clips", self.card.path)
+            self.assertEqual(len(lines), len(piped))
+            for line in lines:
+                self.assertLessEqual(columns_of(line), columns, line)
+        self.assertEqual(run_on_terminal(400, "clips", self.card.path), piped)
+
+    def test_long_cells_give_way_before_columns_are_lost(self):
+        self.card.add("0006LO", title="A title that goes on and on and on and on and on")
+        header, *lines = run_on_terminal(100, "clips", self.card.path)
+        self.assertTrue(header.endswith("RATIO"))
+        self.assertIn("…", lines[-1])
+
+    def test_wide_characters_count_two_columns(self):
+        lines = run("clips", self.card.path).stdout.splitlines()
+        starts = {columns_of(line[:line.index("2024-")]) for line in lines if "2024-" in line}
+        self.assertEqual(len(starts), 1)
+
+
+class ClipTest(ShownCardTest):
+    def test_every_field_stands_on_a_line(self):
+        result = run("clip", self.card.path, "0001DV")
+        self.assert_golden("clip.txt", result.stdout)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+
+    def test_name_in_any_case(self):
+        clip = json.loads(run("clip", self.card.path, "0001dv", "--json").stdout)
+        self.assertEqual(clip["ClipName"], "0001DV")
+
+    def test_json_has_the_form_of_the_list(self):
+        clip = json.loads(run("clip", self.card.path, "0002AV", "--json").stdout)
+        listed = json.loads(run("clips", self.card.path, "--json").stdout)["clips"][1]
+        self.assertEqual(list(clip), list(listed))
+
+    def test_clip_that_is_not_there(self):
+        self.assert_fails(run("clip", self.card.path, "0009ZZ"), 1,
+                          f"nqp2: {self.card.path}: no clip 0009ZZ (`nqp2 clips` lists the clips)")
+
+    def test_clip_that_does_not_load_tells_where_and_why(self):
+        result = run("clip", self.card.path, "0005br")
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stderr,
+                         r"^nqp2: .*/CLIP/0005BR\.XML:3:\d+: cannot be read "
+                         r"\(not well-formed XML: .+\)\n$")
+
+    def test_a_path_is_no_name(self):
+        for name in ("../CLIP/0001DV", "..\\CLIP\\0001DV", ""):
+            result = run("clip", self.card.path, name)
+            self.assertEqual((result.returncode, result.stdout), (2, ""))
+            self.assertIn("is no clip name", result.stderr)
+
+
+class StrangeNamesTest(CardTest):
+    """What a card's names hold reaches neither the terminal nor a JSON reader unescaped."""
+
+    STRANGE = "\u009b31mred \u202egnp.exe \u007f\t\"a,b\"\n=1"
+
+    def setUp(self):
+        super().setUp()
+        self.card.add("0001AA", title=self.STRANGE, memos=[(1, self.STRANGE, "")])
+        self.card.add_raw("\x1b[31mRED.XML", b"<x")
+        self.card.add_raw(b"\xff\xfe.XML", b"<x")
+
+    def assert_harmless(self, text, allowed="\n"):
+        bad = [char for char in text
+               if char not in allowed and unicodedata.category(char) in ("Cc", "Cf", "Cs")]
+        self.assertEqual(bad, [])
+
+    def test_tables_reports_and_messages(self):
+        for arguments in (["clips"], ["clips", "--report"], ["clips", "--csv", "--report"]):
+            result = run(arguments[0], self.card.path, *arguments[1:])
+            self.assertEqual(result.returncode, 0)
+            self.assert_harmless(result.stdout, "\n\r\t")
+            self.assert_harmless(result.stderr)
+        self.assertIn("\\x1b[31mRED.XML", run("clips", self.card.path, "--report").stdout)
+
+    def test_one_clip(self):
+        result = run("clip", self.card.path, "0001AA")
+        self.assert_harmless(result.stdout)
+        self.assertIn("\\u009b31mred", result.stdout)
+
+    def test_json_keeps_the_text(self):
+        result = run("clips", self.card.path, "--json", "--report")
+        self.assertNotRegex(result.stdout, "[\u0000-\u0009\u000b-\u001f\u007f-\u009f]")
+        document = json.loads(result.stdout)
+        self.assertEqual(document["clips"][0]["UserClipName"], self.STRANGE)
+        paths = {os.path.basename(file["path"]) for file in document["skipped"]}
+        self.assertEqual(paths, {"\x1b[31mRED.XML", "\ufffd\ufffd.XML"})
+
+    def test_arguments_come_back_harmless(self):
+        for arguments in (["clips", "/no\x1b[31m\nwhere"], ["clip", self.card.path, "\x1b]0;x\a"],
+                          ["\x1b[31m"], ["clips", self.card.path, "--sort", "\x1b[31m"]):
+            result = run(*arguments)
+            self.assertNotEqual(result.returncode, 0)
+            self.assertEqual(result.stderr.count("\n"), 1)
+            self.assert_harmless(result.stderr)
+
+
+if __name__ == "__main__":
+    main()

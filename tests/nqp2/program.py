@@ -1,0 +1,110 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""Runs nqp2 and makes the small cards that the tests of the command line read."""
+
+import fcntl
+import os
+import pty
+import struct
+import subprocess
+import sys
+import tempfile
+import termios
+import unittest
+from pathlib import Path
+from xml.sax.saxutils import escape
+
+PROGRAM = sys.argv.pop(1)
+GOLDEN = Path(__file__).resolve().parent / "golden"
+NAMESPACE = "urn:schemas-Professional-Plug-in:P2:ClipMetadata:v3.1"
+
+
+def run(*arguments, cwd=None, stdout=subprocess.PIPE):
+    """The finished program with its output as text; undecodable bytes stay recognisable."""
+    return subprocess.run([PROGRAM, *map(os.fsencode, arguments)], cwd=cwd, stdout=stdout,
+                          stderr=subprocess.PIPE, encoding="utf-8", errors="surrogateescape",
+                          timeout=60, check=False)
+
+
+def run_on_terminal(columns, *arguments):
+    """What the program shows on a terminal of that width."""
+    environment = {key: value for key, value in os.environ.items() if key != "COLUMNS"}
+    master, slave = pty.openpty()
+    fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+    with subprocess.Popen([PROGRAM, *map(os.fsencode, arguments)], stdout=slave,
+                          stderr=subprocess.DEVNULL, env=environment) as process:
+        os.close(slave)
+        shown = b""
+        try:
+            while chunk := os.read(master, 4096):
+                shown += chunk
+        except OSError:  # how a terminal says that its other side has closed
+            pass
+        finally:
+            os.close(master)
+        process.wait(timeout=60)
+    return shown.decode().replace("\r\n", "\n").splitlines()
+
+
+def clip_xml(name, *, title="", codec="DV25_420", codec_class="", rate="50i", duration=10,
+             start="", identifier="", relation="", memos=(), audio=2):
+    """A clip's metadata with what a test wants to see in it."""
+    class_attribute = f' Class="{codec_class}"' if codec_class else ""
+    shoot = f"<Shoot><StartDate>{start}</StartDate></Shoot>" if start else ""
+    memo_list = "".join(f"<Memo><Offset>{offset}</Offset><Person>{escape(person)}</Person>"
+                        f"<Text>{escape(text)}</Text></Memo>" for offset, person, text in memos)
+    channel = "<Audio><BitsPerSample>16</BitsPerSample></Audio>"
+    return (f'<?xml version="1.0" encoding="UTF-8"?>\n<P2Main xmlns="{NAMESPACE}"><ClipContent>'
+            f"<ClipName>{escape(name)}</ClipName><GlobalClipID>{identifier}</GlobalClipID>"
+            f"<Duration>{duration}</Duration><EditUnit>1/25</EditUnit>{relation}<EssenceList>"
+            f"<Video><Codec{class_attribute}>{codec}</Codec><FrameRate>{rate}</FrameRate>"
+            f"<AspectRatio>16:9</AspectRatio></Video>{channel * audio}</EssenceList>"
+            f"<ClipMetadata><UserClipName>{escape(title)}</UserClipName>{shoot}"
+            f"<MemoList>{memo_list}</MemoList></ClipMetadata></ClipContent></P2Main>\n")
+
+
+class Card:
+    """A card folder that a test fills."""
+
+    def __init__(self, folder):
+        self.path = Path(folder)
+        self.clips = self.path / "CONTENTS" / "CLIP"
+        self.clips.mkdir(parents=True)
+
+    def add(self, name, **fields):
+        self.add_raw(f"{name}.XML", clip_xml(name, **fields).encode())
+
+    def add_raw(self, file_name, content):
+        Path(os.fsdecode(os.path.join(os.fsencode(self.clips), os.fsencode(file_name)))
+             ).write_bytes(content)
+
+    def add_file(self, folder, file_name):
+        (self.path / "CONTENTS" / folder).mkdir(exist_ok=True)
+        (self.path / "CONTENTS" / folder / file_name).write_bytes(b"x")
+
+
+class CardTest(unittest.TestCase):
+    """A test with a folder of its own and, in it, an empty card."""
+
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        self.card = Card(self.folder / "card")
+
+    def assert_golden(self, name, text):
+        """Compares with golden/NAME, in which CARD stands for the card's folder. The program's
+        line ends are kept. NQP2_WRITE_GOLDEN=1 writes the file instead."""
+        shown = text.replace(str(self.card.path), "CARD")
+        if os.environ.get("NQP2_WRITE_GOLDEN"):
+            (GOLDEN / name).write_bytes(shown.encode())
+        self.assertEqual(shown, (GOLDEN / name).read_bytes().decode())
+
+    def assert_fails(self, result, status, line):
+        self.assertEqual((result.returncode, result.stderr), (status, line + "\n"))
+
+
+def main():
+    unittest.main(verbosity=1)

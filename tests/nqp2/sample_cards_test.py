@@ -1,0 +1,82 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""Lists whole cards: our own sample card, and cards of other writers where they are at hand."""
+
+import json
+import os
+import subprocess
+import sys
+import unittest
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+from program import CardTest, main, run
+
+SOURCES = Path(__file__).resolve().parents[2]
+MAKE_CARD = SOURCES / "samples" / "make_card.py"
+SHARED = Path(os.environ.get("NQP2_SHARED_SAMPLES") or SOURCES.parent / "shared/samples") / "p2"
+
+
+def listed(card, *options):
+    result = run("clips", card, "--json", *options)
+    return result, json.loads(result.stdout)
+
+
+def element_text(file, path):
+    """Text of the first element at a path, whatever its namespace."""
+    return ElementTree.parse(file).findtext("/".join(f"{{*}}{name}" for name in path.split("/")))
+
+
+class OwnCardTest(CardTest):
+    def test_every_sound_clip_is_listed_and_the_rest_reported(self):
+        card = self.folder / "demo"
+        subprocess.run([sys.executable, "-B", MAKE_CARD, card], check=True)
+        result, document = listed(card, "--report", "--strict")
+        # A clip tells its name in capitals, whatever the case of its files.
+        files = {path.stem.upper() for path in (card / "CONTENTS" / "CLIP").iterdir()}
+        skipped = {Path(file["path"]).stem.upper() for file in document["skipped"]}
+        shown = {clip["ClipName"] for clip in document["clips"]}
+        self.assertEqual(result.returncode, 4)
+        self.assertTrue(skipped)
+        self.assertEqual(shown, files - skipped)
+        self.assertEqual({len(take["segments"]) for take in document["takes"]}, {2, 3})
+        for clip in document["clips"]:
+            self.assertIn(clip["ClipName"], clip["VideoPath"])
+            self.assertIn(clip["ClipName"], clip["IconPath"])
+
+
+@unittest.skipUnless(SHARED.is_dir(), f"no samples at {SHARED}; set NQP2_SHARED_SAMPLES")
+class SharedCardTest(unittest.TestCase):
+    CARDS = (("card-dv25pal", "CT_DV25_50I", "VS_50I"),
+             ("card-dv50ntsc", "CT_DV50_5994I", "VS_5994I"))
+
+    FIELDS = (("GlobalClipID", "GlobalClipID"), ("Duration", "Duration"),
+              ("CodecName", "EssenceList/Video/Codec"),
+              ("FrameRate", "EssenceList/Video/FrameRate"),
+              ("AspectRatio", "EssenceList/Video/AspectRatio"),
+              ("VideoDataSize", "EssenceList/Video/VideoIndex/DataSize"),
+              ("AudioBitsPerSample", "EssenceList/Audio/BitsPerSample"),
+              ("UserClipName", "ClipMetadata/UserClipName"))
+
+    def test_fields_are_those_of_the_files(self):
+        for name, code_type, standard in self.CARDS:
+            result, document = listed(SHARED / name, "--report", "--strict")
+            (clip,) = document["clips"]
+            self.assertEqual((result.returncode, document["skipped"]), (0, []))
+            self.assertEqual((clip["CodeType"]["name"], clip["VideoStandard"]["name"]),
+                             (code_type, standard))
+            for field, path in self.FIELDS:
+                self.assertEqual(str(clip[field]),
+                                 element_text(clip["XmlPath"], f"ClipContent/{path}"), field)
+
+    def test_one_clip_agrees_with_the_list(self):
+        for name, _, _ in self.CARDS:
+            (clip,) = listed(SHARED / name)[1]["clips"]
+            alone = json.loads(run("clip", SHARED / name, clip["ClipName"].lower(),
+                                   "--json").stdout)
+            same = ("GlobalClipGuid", "Duration", "CodecName", "VideoPath", "CodeType")
+            self.assertEqual([clip[field] for field in same], [alone[field] for field in same])
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,133 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""Help, version, wrong usage, output that cannot be written, completion."""
+
+import re
+import shlex
+import subprocess
+import unittest
+from pathlib import Path
+
+from program import PROGRAM, CardTest, main, run
+
+SOURCES = Path(__file__).resolve().parents[2]
+COMPLETION = SOURCES / "tools" / "nqp2" / "completion" / "nqp2.bash"
+COMMANDS = ("clips", "clip", "format", "umid", "free-name")
+
+
+class HelpTest(unittest.TestCase):
+    def test_help_at_every_level(self):
+        self.assertEqual(set(re.findall(r"^  ([a-z][a-z-]+) {3,}", run("--help").stdout, re.MULTILINE)),
+                         set(COMMANDS))
+        for level in ([], *([command] for command in COMMANDS)):
+            result = run(*level, "--help")
+            self.assertEqual((result.returncode, result.stderr), (0, ""))
+            self.assertIn("Usage: " + " ".join(["nqp2", *level]), result.stdout)
+            self.assertIn(f"Example: nqp2 {' '.join(level)}", result.stdout)
+            self.assertLessEqual(max(map(len, result.stdout.splitlines())), 100)
+
+    def test_examples_are_understood(self):
+        for level in ([], *([command] for command in COMMANDS)):
+            example = re.search("Example: nqp2 (.*)", run(*level, "--help").stdout).group(1)
+            result = run(*shlex.split(example.replace("/media/card", "/no/such/card")))
+            self.assertNotEqual(result.returncode, 2, result.stderr)
+
+    def test_version_is_that_of_the_project(self):
+        project = re.search(r"VERSION (\d+\.\d+\.\d+)", (SOURCES / "CMakeLists.txt").read_text())
+        self.assertEqual(run("--version").stdout, f"nqp2 {project.group(1)}\n")
+
+
+class UsageTest(CardTest):
+    def test_wrong_usage_is_one_line_and_status_2(self):
+        card = self.card.path
+        cases = (
+            ([], "nqp2: usage: "),
+            (["fly"], "nqp2: fly: is not understood (see nqp2 --help)"),
+            (["--fly"], "nqp2: --fly: is not understood (see nqp2 --help)"),
+            (["clips"], "nqp2: clips usage: CARD is required (see nqp2 clips --help)"),
+            (["clips", card, "x"], "nqp2: clips x: is not understood (see nqp2 clips --help)"),
+            (["clips", card, "--sort"], "nqp2: clips usage: "),
+            (["clips", card, "--sort", "size"], "nqp2: clips usage: "),
+            (["clips", card, "--json", "--csv"], "nqp2: clips usage: "),
+            (["clips", ""], "nqp2: CARD: is empty"),
+            (["clip", card], "nqp2: clip usage: NAME is required"),
+        )
+        for arguments, line in cases:
+            result = run(*arguments)
+            self.assertEqual((result.returncode, result.stdout), (2, ""), arguments)
+            self.assertEqual(result.stderr.count("\n"), 1)
+            self.assertTrue(result.stderr.startswith(line), result.stderr)
+
+
+class OutputTest(CardTest):
+    def setUp(self):
+        super().setUp()
+        self.card.add("0001AA")
+
+    def commands(self):
+        card = self.card.path
+        return (["--help"], ["--version"], ["clips", card], ["clips", card, "--json"],
+                ["clips", card, "--csv"], ["clip", card, "0001AA"], ["format", card], ["umid"],
+                ["free-name", card])
+
+    def test_full_device(self):
+        for arguments in self.commands():
+            with open("/dev/full", "wb") as full:
+                result = run(*arguments, stdout=full)
+            self.assert_fails(result, 1, "nqp2: standard output: cannot be written "
+                                         "(No space left on device)")
+
+    def test_closed_pipe(self):
+        for arguments in self.commands():
+            with subprocess.Popen(["true"], stdin=subprocess.PIPE) as reader:
+                reader.wait()
+                result = run(*arguments, stdout=reader.stdin)
+                reader.stdin.close()
+            self.assert_fails(result, 1, "nqp2: standard output: cannot be written (Broken pipe)")
+
+    def test_closed_standard_error_stops_nothing(self):
+        command = f"exec {shlex.quote(PROGRAM)} clips {shlex.quote(str(self.card.path))} 2>&-"
+        result = subprocess.run(["sh", "-c", command], capture_output=True, check=False)
+        self.assertEqual(result.returncode, 0)
+        self.assertIn(b"0001AA", result.stdout)
+
+
+class CompletionTest(CardTest):
+    def complete(self, *words):
+        """What bash offers for the last of these words."""
+        script = (f"source {shlex.quote(str(COMPLETION))}; COMP_WORDS=({shlex.join(words)}); "
+                  f"COMP_CWORD={len(words) - 1}; _nqp2; printf '%s\\n' \"${{COMPREPLY[@]}}\"")
+        result = subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True,
+                                cwd=self.folder, check=False)
+        self.assertEqual(result.stderr, "")
+        return sorted(filter(None, result.stdout.splitlines()))
+
+    def options_in_help(self, *level):
+        return re.findall(r"^\s+(?:-\w,)?(--[a-z-]+)", run(*level, "--help").stdout, re.MULTILINE)
+
+    def test_commands(self):
+        self.assertEqual(self.complete("nqp2", ""), sorted(COMMANDS))
+        self.assertEqual(self.complete("nqp2", "cl"), ["clip", "clips"])
+
+    def test_options_are_those_of_the_help(self):
+        everywhere = set(self.options_in_help()) - {"--version"}
+        self.assertEqual(self.complete("nqp2", "--"), sorted(everywhere | {"--version"}))
+        for command in COMMANDS:
+            expected = everywhere | set(self.options_in_help(command))
+            self.assertEqual(self.complete("nqp2", command, "--"), sorted(expected))
+
+    def test_folders_clip_names_and_values(self):
+        (self.folder / "card two").mkdir()
+        self.card.add("0001AA")
+        self.card.add_raw("0002bb.xml", b"")
+        self.card.add_raw("._0001AA.XML", b"")
+        self.assertEqual(self.complete("nqp2", "clips", "ca"), ["card", "card two"])
+        self.assertEqual(self.complete("nqp2", "clip", "card", ""), ["0001AA", "0002bb"])
+        self.assertEqual(self.complete("nqp2", "clip", "--drive", "E", "=", "/", "card", "0002"),
+                         ["0002bb"])
+        self.assertEqual(self.complete("nqp2", "clips", "card", "--sort", "n"), ["name", "none"])
+        self.assertEqual(self.complete("nqp2", "--drive", "E", "=", "card"), ["card", "card two"])
+
+
+if __name__ == "__main__":
+    main()

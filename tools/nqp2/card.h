@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "parser/NQP2Parser.h"
+#include "platform/CString.h"
+
+#include <string>
+
+namespace nqp2::tool {
+
+/// A parser that is ready to read and is released when it goes.
+class ReadyParser {
+public:
+    ReadyParser() { m_parser.Init(); }
+    ~ReadyParser() { m_parser.Release(); }
+    ReadyParser(const ReadyParser&) = delete;
+    ReadyParser& operator=(const ReadyParser&) = delete;
+
+    CNQP2Parser* operator->() { return &m_parser; }
+
+private:
+    CNQP2Parser m_parser;
+};
+
+/// The card that the user named: a folder, or a drive text ("E", "E:", "E:\copies") whose letter
+/// the drive table knows.
+class Card {
+public:
+    explicit Card(const std::string& argument);
+
+    /// As the library takes it.
+    [[nodiscard]] const CString& Root() const { return m_root; }
+    /// The folder behind it.
+    [[nodiscard]] std::string Folder() const;
+    /// The failure to report when the library cannot read the card. Looks what stands there and
+    /// names the card that was probably meant.
+    [[noreturn]] void ThrowUnreadable() const;
+
+private:
+    CString m_root;
+};
+
+} // namespace nqp2::tool

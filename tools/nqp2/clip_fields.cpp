@@ -1,0 +1,197 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tools/nqp2/clip_fields.h"
+
+#include "platform/PathText.h"
+#include "platform/TextBytes.h"
+
+#include <fmt/format.h>
+
+#include <iterator>
+#include <string_view>
+
+namespace nqp2::tool {
+namespace {
+
+/// One field of an exported record: its name and how its value is read.
+template <class Source>
+struct Field {
+    std::string_view name;
+    Value (*get)(const Source&);
+};
+
+Value ValueOf(const CString& text) {
+    return BytesFromText(text);
+}
+Value ValueOf(const GUID& guid) {
+    return GuidText(guid);
+}
+template <std::integral Number>
+Value ValueOf(Number number) {
+    return number;
+}
+
+template <auto Member, class Source>
+Value Plain(const Source& source) {
+    return ValueOf(source.*Member);
+}
+
+template <auto Member, class Source>
+Value Path(const Source& source) {
+    return PosixPath(source.*Member);
+}
+
+template <class Source, std::size_t Count>
+Record Fields(const Field<Source> (&fields)[Count], const Source& source) {
+    Record record;
+    record.reserve(Count);
+    for (const Field<Source>& field : fields) {
+        record.push_back({std::string(field.name), field.get(source)});
+    }
+    return record;
+}
+
+using Memo = _tag_P2Memo;
+constexpr Field<Memo> kMemoFields[] = {
+    {"Offset", Plain<&Memo::Offset>},
+    {"Person", Plain<&Memo::Person>},
+    {"Text", Plain<&Memo::Text>},
+    {"VoiceFormat", Plain<&Memo::VoiceFormat>},
+    {"VoiceSamplingRate", Plain<&Memo::VoiceSamplingRate>},
+    {"VoiceBitsPerSample", Plain<&Memo::VoiceBitsPerSample>},
+    {"VoiceChannelFlag", Plain<&Memo::VoiceChannelFlag>},
+};
+
+using Proxy = _tag_P2Proxy;
+constexpr Field<Proxy> kProxyFields[] = {
+    {"ProxyFilePath", Path<&Proxy::ProxyFilePath>},
+    {"ProxyFormat", Plain<&Proxy::ProxyFormat>},
+    {"ProxyExt", Plain<&Proxy::ProxyExt>},
+    {"ProxyAudioMask", Plain<&Proxy::ProxyAudioMask>},
+    {"ProxyVideoCodec", Plain<&Proxy::ProxyVideoCodec>},
+    {"ProxyVideoBitRate", Plain<&Proxy::ProxyVideoBitRate>},
+    {"ProxyFrameRate", Plain<&Proxy::ProxyFrameRate>},
+    {"ProxyResolution", Plain<&Proxy::ProxyResolution>},
+    {"ProxyAspectRatio", Plain<&Proxy::ProxyAspectRatio>},
+    {"ProxyAudioCodec", Plain<&Proxy::ProxyAudioCodec>},
+    {"ProxyAudioBitRate", Plain<&Proxy::ProxyAudioBitRate>},
+    {"ProxySamplingRate", Plain<&Proxy::ProxySamplingRate>},
+    {"ProxyAudioChannels", Plain<&Proxy::ProxyAudioChannels>},
+};
+
+using Clip = _tag_P2Clip;
+
+Value ShootStartDays(const Clip& clip) {
+    return clip.ShootStartTime.GetDays();
+}
+Value ShootStartStatus(const Clip& clip) {
+    return static_cast<std::int32_t>(clip.ShootStartTime.GetStatus());
+}
+Value AudioPaths(const Clip& clip) {
+    List paths;
+    for (const CString& path : clip.AudioPath) {
+        paths.emplace_back(PosixPath(path));
+    }
+    return paths;
+}
+Value ProxyRecord(const Clip& clip) {
+    return Fields(kProxyFields, clip.Proxy);
+}
+Value MemoRecords(const Clip& clip) {
+    List memos;
+    for (const Memo& memo : clip.Memos) {
+        memos.emplace_back(Fields(kMemoFields, memo));
+    }
+    return memos;
+}
+Value ClipCodeType(const Clip& clip) {
+    return CodeTypeRecord(
+        CodeTypeFromCodec(clip.CodecName, clip.FrameRate, clip.AvcIntraClass50, clip.CodecClass));
+}
+Value ClipStandard(const Clip& clip) {
+    return StandardRecord(StandardFromRateIndex(RateIndexFromText(clip.FrameRate)));
+}
+
+constexpr Field<Clip> kClipFields[] = {
+    {"ShootStartTime", ShootStartDays},
+    {"ShootStartTimeStatus", ShootStartStatus},
+    {"GlobalClipGuid", Plain<&Clip::GlobalClipGuid>},
+    {"GlobalClipID", Plain<&Clip::GlobalClipID>},
+    {"CodecName", Plain<&Clip::CodecName>},
+    {"ActivePixel", Plain<&Clip::ActivePixel>},
+    {"ActiveLine", Plain<&Clip::ActiveLine>},
+    {"BitDepth", Plain<&Clip::BitDepth>},
+    {"ExtraPath", Path<&Clip::ExtraPath>},
+    {"IconPath", Path<&Clip::IconPath>},
+    {"VideoPath", Path<&Clip::VideoPath>},
+    {"AudioPath", AudioPaths},
+    {"XmlPath", Path<&Clip::XmlPath>},
+    {"ProxyPath", Path<&Clip::ProxyPath>},
+    {"ProxyVideoCodecName", Plain<&Clip::ProxyVideoCodecName>},
+    {"Proxy", ProxyRecord},
+    {"AvcIntraClass50", Plain<&Clip::AvcIntraClass50>},
+    {"CodecClass", Plain<&Clip::CodecClass>},
+    {"ClipIdDigit", Plain<&Clip::ClipIdDigit>},
+    {"Reserved276", Plain<&Clip::Reserved276>},
+    {"Duration", Plain<&Clip::Duration>},
+    {"UnusedOffset", Plain<&Clip::UnusedOffset>},
+    {"Reserved288", Plain<&Clip::Reserved288>},
+    {"AudioStartByteOffset", Plain<&Clip::AudioStartByteOffset>},
+    {"AudioDataSize", Plain<&Clip::AudioDataSize>},
+    {"VideoStartByteOffset", Plain<&Clip::VideoStartByteOffset>},
+    {"VideoDataSize", Plain<&Clip::VideoDataSize>},
+    {"EssenceMask", Plain<&Clip::EssenceMask>},
+    {"TopClipGuid", Plain<&Clip::TopClipGuid>},
+    {"NextClipGuid", Plain<&Clip::NextClipGuid>},
+    {"PreviousClipGuid", Plain<&Clip::PreviousClipGuid>},
+    {"OffsetInShot", Plain<&Clip::OffsetInShot>},
+    {"GlobalShotGuid", Plain<&Clip::GlobalShotGuid>},
+    {"TopClipName", Plain<&Clip::TopClipName>},
+    {"PreviousClipName", Plain<&Clip::PreviousClipName>},
+    {"NextClipName", Plain<&Clip::NextClipName>},
+    {"TopSerialNo", Plain<&Clip::TopSerialNo>},
+    {"PreviousSerialNo", Plain<&Clip::PreviousSerialNo>},
+    {"NextSerialNo", Plain<&Clip::NextSerialNo>},
+    {"FrameRate", Plain<&Clip::FrameRate>},
+    {"StartDate", Plain<&Clip::StartDate>},
+    {"EndDate", Plain<&Clip::EndDate>},
+    {"ClipName", Plain<&Clip::ClipName>},
+    {"AspectRatio", Plain<&Clip::AspectRatio>},
+    {"Memos", MemoRecords},
+    {"AudioBitsPerSample", Plain<&Clip::AudioBitsPerSample>},
+    {"UserClipName", Plain<&Clip::UserClipName>},
+    {"StartTimecode", Plain<&Clip::StartTimecode>},
+    {"DropFrame", Plain<&Clip::DropFrame>},
+    {"SourceKind", Plain<&Clip::SourceKind>},
+    {"CodeType", ClipCodeType},
+    {"VideoStandard", ClipStandard},
+};
+
+Record EnumRecord(std::int32_t value, std::string name) {
+    return {{"value", value}, {"name", std::move(name)}};
+}
+
+} // namespace
+
+Record ClipRecord(const _tag_P2Clip& clip) {
+    return Fields(kClipFields, clip);
+}
+
+Record CodeTypeRecord(eCodeType type) {
+    return EnumRecord(type, CodeTypeName(type));
+}
+
+Record StandardRecord(eP2_VIDEO_STANDARD standard) {
+    return EnumRecord(standard, StandardName(standard));
+}
+
+std::string GuidText(const GUID& guid) {
+    std::string text = fmt::format("{:08x}-{:04x}-{:04x}-", guid.Data1, guid.Data2, guid.Data3);
+    for (std::size_t i = 0; i < std::size(guid.Data4); ++i) {
+        text += fmt::format("{}{:02x}", i == 2 ? "-" : "", guid.Data4[i]);
+    }
+    return text;
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tools/nqp2/command.h"
+
+#include "parser/NQP2Parser.h"
+#include "platform/TextBytes.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace nqp2::tool {
+namespace {
+
+/// The two ways to write a GUID: "x" stands for a hexadecimal digit.
+constexpr std::string_view kGuidForms[] = {"xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx",
+                                           "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"};
+
+bool IsHexDigit(char ch) {
+    return std::string_view("0123456789abcdefABCDEF").find(ch) != std::string_view::npos;
+}
+
+bool HasForm(std::string_view text, std::string_view form) {
+    return std::equal(text.begin(), text.end(), form.begin(), form.end(), [](char ch, char model) {
+        return model == 'x' ? IsHexDigit(ch) : ch == model;
+    });
+}
+
+GUID GuidFromArgument(const std::string& text) {
+    const bool known = std::any_of(std::begin(kGuidForms), std::end(kGuidForms),
+                                   [&](std::string_view form) { return HasForm(text, form); });
+    if (!known) {
+        throw Failure(text, "is no GUID", "expected 8-4-4-4-12 hexadecimal digits", kUsage);
+    }
+    CString digits = TextFromBytes(text);
+    digits.Remove(L'-');
+    return CNQP2Parser::GuidFromUMID(digits);
+}
+
+Status RunUmid(Console& console, const std::string& text) {
+    CNQP2Parser parser;
+    const GUID guid = text.empty() ? GUID{} : GuidFromArgument(text);
+    const CString identifier = parser.CreateUMID(guid);
+    if (identifier.IsEmpty()) {
+        throw Failure("umid", "no identifier", "the system gave no random bytes");
+    }
+    console.WriteLine(BytesFromText(identifier));
+    return kDone;
+}
+
+} // namespace
+
+void AddUmidCommand(CLI::App& program, Action& chosen) {
+    const auto guid = std::make_shared<std::string>();
+    CLI::App* command = program.add_subcommand("umid", "Make the identifier text of a clip");
+    command
+        ->add_option("GUID", *guid,
+                     "8-4-4-4-12 or 32 hexadecimal digits; a fresh one if left out or zero")
+        ->type_name("");
+    SetExample(*command, "nqp2 umid 6f9619ff-8b86-d011-b42d-00c04fc964ff");
+    command->callback(
+        [guid, &chosen] { chosen = [guid](Console& console) { return RunUmid(console, *guid); }; });
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,85 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+#
+# bash completion for nqp2: commands, their options, card folders and clip names.
+
+_nqp2_clip_names() {
+    local card=$1 file nocase
+    nocase=$(shopt -p nocaseglob nullglob)
+    shopt -s nocaseglob nullglob
+    # Only names with a pattern in them are compared without regard to case.
+    for file in "$card"/[c]ontents/[c]lip/*.xml; do
+        file=${file##*/}
+        [[ $file == ._* ]] || printf '%s\n' "${file%.*}"
+    done
+    eval "$nocase"
+}
+
+# Fills COMPREPLY with folders, names with spaces kept whole.
+_nqp2_folders() {
+    local folder
+    compopt -o filenames 2>/dev/null
+    while IFS= read -r folder; do
+        COMPREPLY+=("$folder")
+    done < <(compgen -d -- "$1")
+}
+
+_nqp2_words() {
+    local word
+    while IFS= read -r word; do
+        COMPREPLY+=("$word")
+    done < <(compgen -W "$1" -- "$2")
+}
+
+_nqp2() {
+    local global='--help --verbose --drive'
+    local -A options=(
+        [clips]='--json --csv --sort --report --keep-digit --strict'
+        [clip]='--json'
+        [format]='--json --csv'
+        [umid]=''
+        [free-name]=''
+    )
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    local command='' card='' word i
+    COMPREPLY=()
+
+    # "=" is a word of its own: --drive E=/media is "--drive" "E" "=" "/media".
+    if [[ $current == '=' ]]; then
+        current=''
+        previous='='
+    fi
+    case $previous in
+        --sort) _nqp2_words 'name date none' "$current"; return ;;
+        --drive) return ;;
+        '=') _nqp2_folders "$current"; return ;;
+    esac
+
+    for ((i = 1; i < COMP_CWORD; ++i)); do
+        word=${COMP_WORDS[i]}
+        case $word in
+            --sort) ((++i)) ;;
+            --drive) ((i += 3)) ;;
+            -*) ;;
+            *) if [[ -z $command ]]; then command=$word; elif [[ -z $card ]]; then card=$word; fi ;;
+        esac
+    done
+
+    if [[ -z $command ]]; then
+        if [[ $current == -* ]]; then
+            _nqp2_words "$global --version" "$current"
+        else
+            _nqp2_words "${!options[*]}" "$current"
+        fi
+    elif [[ $current == -* ]]; then
+        _nqp2_words "${options[$command]-} $global" "$current"
+    elif [[ $command == umid ]]; then
+        return
+    elif [[ -z $card ]]; then
+        _nqp2_folders "$current"
+    elif [[ $command == clip ]]; then
+        _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
+    fi
+}
+
+complete -F _nqp2 nqp2

@@ -1,0 +1,140 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tools/nqp2/command.h"
+#include "tools/nqp2/display_text.h"
+
+#include "platform/DebugOutput.h"
+#include "platform/DriveMap.h"
+#include "platform/Terminal.h"
+#include "platform/TextBytes.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
+
+constexpr AddCommand kCommands[] = {AddClipsCommand, AddClipCommand, AddFormatCommand,
+                                    AddUmidCommand, AddFreeNameCommand};
+
+constexpr const char* kFooter = "Exit status: 0 done, 1 the card cannot be read or the output not "
+                                "written,\n2 wrong usage, 4 something was skipped (--strict).\n\n"
+                                "Example: nqp2 clips /media/card --json";
+
+/// Our words for those of the command-line parser.
+constexpr std::pair<const char*, const char*> kLabels[] = {
+    {"SUBCOMMAND", "COMMAND"}, {"Positionals", "Arguments"}, {"REQUIRED", ""}};
+
+struct GlobalOptions {
+    bool verbose = false;
+    std::vector<std::string> drives;
+};
+
+void AddGlobalOptions(CLI::App& program, GlobalOptions& options) {
+    program.set_version_flag("--version", "nqp2 " NQP2_TOOL_VERSION, "Print the version");
+    program.set_help_flag("-h,--help", "Print this help");
+    program.add_flag("-v,--verbose", options.verbose, "Show the library's debugger output");
+    program
+        .add_option("--drive", options.drives, "Let a drive letter stand for a folder (repeatable)")
+        ->type_name("LETTER=FOLDER")
+        ->allow_extra_args(false);
+    program.require_subcommand(1);
+    program.fallthrough();
+    program.footer(kFooter);
+    // Commands take the formatter over when they are added.
+    const auto formatter = program.get_formatter();
+    for (const auto& [label, text] : kLabels) {
+        formatter->label(label, text);
+    }
+}
+
+void MapDriveFromArgument(const std::string& argument) {
+    const std::size_t equals = argument.find('=');
+    const std::string letter = argument.substr(0, equals);
+    const std::string folder = equals == std::string::npos ? "" : argument.substr(equals + 1);
+    if (folder.empty() || !nqp2::MapDrive(nqp2::TextFromBytes(letter), folder.c_str())) {
+        throw Failure("--drive " + argument, "is no drive", "expected E=FOLDER", kUsage);
+    }
+}
+
+void ShowDebugOutput(Console& console) {
+    nqp2::SetDebugOutput([&console](const CString& text) {
+        CString line = text;
+        line.Trim();
+        console.Message(nqp2::BytesFromText(line));
+    });
+}
+
+Status Apply(const GlobalOptions& options, Console& console, const Action& action) {
+    if (options.verbose) {
+        ShowDebugOutput(console);
+    }
+    for (const std::string& drive : options.drives) {
+        MapDriveFromArgument(drive);
+    }
+    const Status status = action(console);
+    console.Finish();
+    return status;
+}
+
+[[noreturn]] void ThrowUsage(const CLI::App& program, const CLI::ParseError& error) {
+    const std::vector<CLI::App*> commands = program.get_subcommands();
+    const std::vector<std::string> unexpected = program.remaining(true);
+    const std::string command = commands.empty() ? "" : commands.front()->get_name() + ' ';
+    throw Failure(unexpected.empty() ? command + "usage" : command + unexpected.front(),
+                  unexpected.empty() ? error.what() : "is not understood",
+                  fmt::format("see nqp2 {}--help", command), kUsage);
+}
+
+/// Prints what the command-line parser wants to say: help, version or a usage error.
+Status AnswerParser(const CLI::App& program, const CLI::ParseError& outcome, Console& console) {
+    if (outcome.get_exit_code() != 0) {
+        ThrowUsage(program, outcome);
+    }
+    const bool wantsVersion = dynamic_cast<const CLI::CallForVersion*>(&outcome) != nullptr;
+    console.Write(wantsVersion ? std::string(outcome.what()) + '\n' : program.help());
+    console.Finish();
+    return kDone;
+}
+
+Status Run(int count, const char* const* arguments, Console& console) {
+    CLI::App program("Reads P2 cards and copies of them.", "nqp2");
+    GlobalOptions options;
+    Action action;
+    AddGlobalOptions(program, options);
+    for (const AddCommand add : kCommands) {
+        add(program, action);
+    }
+    for (CLI::App* command : program.get_subcommands([](CLI::App*) { return true; })) {
+        command->group("Commands");
+    }
+    try {
+        program.parse(count, arguments);
+    } catch (const CLI::ParseError& outcome) {
+        return AnswerParser(program, outcome, console);
+    }
+    return Apply(options, console, action);
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    nqp2::LetPipeWritesFail();
+    Console console;
+    try {
+        return Run(count, arguments, console);
+    } catch (const Failure& failure) {
+        console.Message(fmt::format("nqp2: {}", failure.what()));
+        return failure.GetStatus();
+    } catch (const std::exception& error) {
+        console.Message(fmt::format("nqp2: internal error: {}", error.what()));
+        return kFailed;
+    }
+}

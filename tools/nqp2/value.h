@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace nqp2::tool {
+
+struct NamedValue;
+struct Value;
+
+using List = std::vector<Value>;
+/// Members in the order in which they are shown.
+using Record = std::vector<NamedValue>;
+
+/// A list whose elements are made when they are printed, so that a card of many clips is not held
+/// twice.
+struct Sequence {
+    std::size_t count = 0;
+    std::function<Value(std::size_t)> at;
+};
+
+/// What a command has to tell, independent of whether it comes out as table, CSV or JSON.
+struct Value {
+    using Data = std::variant<std::int64_t, std::uint64_t, double, bool, std::string, List, Record,
+                              Sequence>;
+
+    template <std::integral T>
+    Value(T number);          // NOLINT(google-explicit-constructor)
+    Value(double number);     // NOLINT(google-explicit-constructor)
+    Value(std::string text);  // NOLINT(google-explicit-constructor)
+    Value(List list);         // NOLINT(google-explicit-constructor)
+    Value(Record record);     // NOLINT(google-explicit-constructor)
+    Value(Sequence sequence); // NOLINT(google-explicit-constructor)
+
+    Data data;
+};
+
+struct NamedValue {
+    std::string name;
+    Value value;
+};
+
+/// An integer in the widest type of its kind.
+template <std::integral T>
+auto Widened(T number) {
+    if constexpr (std::same_as<T, bool>) {
+        return number;
+    } else if constexpr (std::signed_integral<T>) {
+        return std::int64_t{number};
+    } else {
+        return std::uint64_t{number};
+    }
+}
+
+template <std::integral T>
+Value::Value(T number) : data(Widened(number)) {}
+inline Value::Value(double number) : data(number) {}
+inline Value::Value(std::string text) : data(std::move(text)) {}
+inline Value::Value(List list) : data(std::move(list)) {}
+inline Value::Value(Record record) : data(std::move(record)) {}
+inline Value::Value(Sequence sequence) : data(std::move(sequence)) {}
+
+/// One leaf of a record under its dotted name: "Proxy.ProxyExt", "AudioPath.0".
+struct FlatField {
+    std::string name;
+    std::string text;
+};
+
+/// How deep lists of records are taken apart.
+enum class Flatten {
+    Everything,        ///< "Memos.0.Text"; as many fields as there are elements
+    KeepListsOfRecords ///< such a list is one field in JSON: every record gives the same names
+};
+
+std::vector<FlatField> FlatFields(const Record& record, Flatten depth);
+
+} // namespace nqp2::tool
