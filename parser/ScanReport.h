@@ -17,6 +17,7 @@ enum class SkipReason : std::int32_t {
     DocumentType,  ///< the file carries a DTD, which is refused
     TooLarge,      ///< beyond the size or memory limit for one metadata file
     Unreadable,    ///< cannot be opened or read
+    Companion,     ///< "._" file that a Mac leaves beside each copied file: no clip is lost
     IsFolder,      ///< a folder with a clip file's name
     NoClipContent, ///< well-formed, but without P2Main/ClipContent: listed as a clip all the same
     UnsafeName,    ///< the clip name inside is no plain file name: its files were not looked for

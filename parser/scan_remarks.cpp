@@ -27,6 +27,8 @@ SkipReason ReasonOf(dom::Fault fault) {
 
 const wchar_t* TextOf(SkipReason reason) {
     switch (reason) {
+    case SkipReason::Companion:
+        return L"a companion file of a Mac, no clip";
     case SkipReason::IsFolder:
         return L"a folder with the name of a clip file";
     case SkipReason::NoClipContent:
@@ -38,9 +40,16 @@ const wchar_t* TextOf(SkipReason reason) {
     }
 }
 
+bool IsCompanion(const CString& path) {
+    return path.Mid(path.ReverseFind(L'\\') + 1).Left(2) == L"._";
+}
+
 } // namespace
 
 SkippedFile NotLoaded(const CString& path, const dom::ParseError& error) {
+    if (IsCompanion(path)) {
+        return Remark(path, SkipReason::Companion);
+    }
     SkippedFile file = Remark(path, ReasonOf(error.fault));
     if (file.text.IsEmpty()) {
         file.text = platform::TextFromUtf8(error.reason);

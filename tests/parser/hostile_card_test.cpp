@@ -127,7 +127,7 @@ TEST_F(HostileCardTest, FoldersAndCompanionsAreNoClips) {
     ExpectGoodClipOnly();
     EXPECT_THAT(Remarks(),
                 UnorderedElementsAre(Remark("CLIP\\0001AB.XML", SkipReason::IsFolder),
-                                     Remark("CLIP\\._0001AA.XML", SkipReason::NotWellFormed)));
+                                     Remark("CLIP\\._0001AA.XML", SkipReason::Companion)));
 }
 
 TEST_F(HostileCardTest, WellFormedFilesWithoutClipContentAreListedWithARemark) {

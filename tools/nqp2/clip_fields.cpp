@@ -3,7 +3,7 @@
 
 #include "tools/nqp2/clip_fields.h"
 
-#include "platform/PathText.h"
+#include "platform/RealPaths.h"
 #include "platform/TextBytes.h"
 
 #include <fmt/format.h>
@@ -37,9 +37,15 @@ Value Plain(const Source& source) {
     return ValueOf(source.*Member);
 }
 
+/// The path under which the file really stands, for one run of one command.
+std::string RealPath(const CString& path) {
+    static RealPaths paths;
+    return paths.Find(path);
+}
+
 template <auto Member, class Source>
 Value Path(const Source& source) {
-    return PosixPath(source.*Member);
+    return RealPath(source.*Member);
 }
 
 template <class Source, std::size_t Count>
@@ -91,7 +97,7 @@ Value ShootStartStatus(const Clip& clip) {
 Value AudioPaths(const Clip& clip) {
     List paths;
     for (const CString& path : clip.AudioPath) {
-        paths.emplace_back(PosixPath(path));
+        paths.emplace_back(RealPath(path));
     }
     return paths;
 }

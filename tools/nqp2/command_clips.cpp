@@ -94,9 +94,16 @@ void PrintClipsJson(Console& console, const Card& card, const ClipOrder& clips,
     PrintJson(console, document);
 }
 
+/// How many files were skipped or are incomplete; companion files are no loss.
+std::ptrdiff_t CountOfLosses(const ScanReport& report) {
+    return std::count_if(report.skipped.begin(), report.skipped.end(), [](const SkippedFile& file) {
+        return file.reason != SkipReason::Companion;
+    });
+}
+
 /// Says how much was left out to a user who did not ask for the report.
 void WarnOfSkipped(Console& console, const Card& card, const ScanReport& report) {
-    const auto count = report.skipped.GetSize();
+    const std::ptrdiff_t count = CountOfLosses(report);
     if (count > 0) {
         console.Message(fmt::format("nqp2: {}: {} file{} skipped or incomplete (--report names {})",
                                     card.Folder(), count, count == 1 ? "" : "s",
@@ -138,7 +145,7 @@ Status RunClips(Console& console, const ClipsOptions& options) {
     if (!options.report) {
         WarnOfSkipped(console, card, scan.report);
     }
-    return options.strict && !scan.report.skipped.IsEmpty() ? kSkipped : kDone;
+    return options.strict && CountOfLosses(scan.report) > 0 ? kSkipped : kDone;
 }
 
 } // namespace
