@@ -3,26 +3,30 @@
 
 # What only developers of this project need.
 
-if(NOT PROJECT_IS_TOP_LEVEL)
-    return()
+if(PROJECT_IS_TOP_LEVEL)
+    set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+    # Gives all_verify_interface_header_sets, which compiles every header alone.
+    set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
+    set(CMAKE_CXX_EXTENSIONS OFF)
+
+    find_program(NQP2_CCACHE ccache)
+    mark_as_advanced(NQP2_CCACHE)
+    if(NQP2_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+        set(CMAKE_CXX_COMPILER_LAUNCHER "${NQP2_CCACHE}")
+    endif()
 endif()
 
-set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-# Gives all_verify_interface_header_sets, which compiles every header alone.
-set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
-set(CMAKE_CXX_EXTENSIONS OFF)
-
-find_program(NQP2_CCACHE ccache)
-mark_as_advanced(NQP2_CCACHE)
-if(NQP2_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${NQP2_CCACHE}")
+# Found here and not in the folders: an imported target is seen from its own folder down only.
+if(NQP2_BUILD_TOOLS)
+    find_package(CLI11 2.1 REQUIRED)
+    find_package(nlohmann_json 3.11 REQUIRED)
+    find_package(fmt 9 REQUIRED)
 endif()
-
 if(NQP2_BUILD_TESTS)
     find_package(GTest REQUIRED)
+    find_package(Python3 REQUIRED COMPONENTS Interpreter)
     include(GoogleTest)
 endif()
-if(NQP2_BUILD_TESTS OR NQP2_BUILD_BENCH OR NQP2_BUILD_TOOLS)
-    find_package(Python3 REQUIRED COMPONENTS Interpreter)
+if(NQP2_BUILD_FUZZ)
+    include(Nqp2Fuzz)
 endif()
-include(Nqp2Fuzz)

@@ -7,6 +7,7 @@
 #                      DEPENDS <component>... LIBRARIES <external target>...)
 #   nqp2_use_components(<target> <component>...)
 #   nqp2_add_tests(<name> SOURCES <.cpp>... COMPONENTS <component>... LIBRARIES <target>...)
+#   nqp2_add_folders(<folder>...)
 #
 # A component is the object library nqp2_<name>. Object files do not travel through other object
 # libraries, so whatever links components links everything that they depend on as well.
@@ -52,7 +53,8 @@ function(nqp2_add_component name)
     target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}"
                                     FILES ${arg_EXPORTED} ${arg_INTERNAL})
     target_compile_definitions(${target} PRIVATE NQP2_BUILDING)
-    target_link_libraries(${target} PRIVATE ${arg_LIBRARIES})
+    # Public within this build only: a component's internal headers may need them.
+    target_link_libraries(${target} PUBLIC ${arg_LIBRARIES})
 
     set(closure ${name})
     foreach(component IN LISTS arg_DEPENDS)
@@ -94,13 +96,8 @@ function(nqp2_add_tests name)
                          PROPERTIES TIMEOUT 120)
 endfunction()
 
-# While the tree grows a folder may still be without its CMakeLists.txt.
 function(nqp2_add_folders)
     foreach(folder IN LISTS ARGN)
-        if(EXISTS "${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt")
-            add_subdirectory(${folder})
-        else()
-            message(STATUS "no ${folder}/CMakeLists.txt yet")
-        endif()
+        add_subdirectory(${folder})
     endforeach()
 endfunction()

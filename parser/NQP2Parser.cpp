@@ -10,7 +10,6 @@
 #include "xml/MarkupMSXML.h"
 
 using nqp2::parser::Guarded;
-using nqp2::parser::kCannotRead;
 using nqp2::parser::kRead;
 
 namespace {

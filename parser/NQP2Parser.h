@@ -83,7 +83,7 @@ public:
     static GUID GuidFromUMID(const CString& identifier);
 
     /// Finds a clip name whose video file does not exist on the card. Returns 1, or 0 with `name`
-    /// untouched when every candidate is taken.
+    /// untouched when every candidate is taken or the folder of video files cannot be read.
     int CheckName(CString& name, CString root);
     /// The same search; `tried` receives the number of names that were looked at.
     int CheckName(CString& name, CString root, __int64& tried);

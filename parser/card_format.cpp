@@ -34,7 +34,8 @@ bool LoadFirstClip(CMarkupMSXML& reader, const CString& root) {
     nqp2::platform::IoStatus status;
     const CString pattern = nqp2::media::ContentsFolder(root) + nqp2::media::kClipFolder + L"*.XML";
     for (const auto& file : nqp2::platform::FindFiles(pattern, status)) {
-        if (!file.isFolder && reader.LoadXml(file.path) != 0) {
+        if (!file.isFolder && !file.isSpecial && file.pathIsSafe &&
+            reader.LoadXml(file.path) != 0) {
             return true;
         }
     }

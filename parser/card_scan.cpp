@@ -17,8 +17,11 @@
 #include "platform/file_find.h"
 #include "platform/PathText.h"
 #include "xml/dom/document.h"
+#include "xml/dom/XmlLimits.h"
 #include "xml/MarkupMSXML.h"
 
+#include <algorithm>
+#include <exception>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,9 +37,16 @@ std::vector<std::string> PathsOf(const std::vector<platform::FoundFile>& files) 
     std::vector<std::string> paths;
     paths.reserve(files.size());
     for (const platform::FoundFile& file : files) {
-        paths.push_back(file.posixPath);
+        if (!file.isSpecial) {
+            paths.push_back(file.posixPath);
+        }
     }
     return paths;
+}
+
+/// What stands for reading a special file: the opening alone of a device can do harm.
+platform::IoStatus SpecialFile() {
+    return {platform::IoError::NotAFile, "it is no regular file"};
 }
 
 ClipRelation::Neighbour NeighbourOf(const ClipTexts& texts, ClipPath id, const CString& name,
@@ -66,15 +76,13 @@ public:
           m_report(report) {}
 
     void Run(const std::vector<platform::FoundFile>& files, CArray<_tag_P2Clip>& clips) {
-        ReadAhead contents(PathsOf(files), kReadAheadLimit);
+        ReadAhead contents(PathsOf(files), std::min(kReadAheadLimit, MaxXmlFileSize()));
         std::string content;
         for (const platform::FoundFile& file : files) {
             m_clip.Reset();
             m_clip.XmlPath = file.path;
             m_clip.ClipName = file.title;
-            if (Load(file, contents.Next(content), content)) {
-                Add(file, clips);
-            }
+            Take(file, file.isSpecial ? SpecialFile() : contents.Next(content), content, clips);
         }
         if (m_report != nullptr) {
             m_report->takes.Append(FindTakes(m_relations));
@@ -82,8 +90,24 @@ public:
     }
 
 private:
+    /// One file after another: what one of them asks of memory must not end the scan.
+    void Take(const platform::FoundFile& file, const platform::IoStatus& status,
+              const std::string& content, CArray<_tag_P2Clip>& clips) {
+        try {
+            if (Load(file, status, content)) {
+                Add(file, clips);
+            }
+        } catch (const std::exception& error) {
+            Report(NotHeld(file.path, error));
+        }
+    }
+
     bool Load(const platform::FoundFile& file, const platform::IoStatus& status,
               const std::string& content) {
+        if (!file.pathIsSafe) {
+            Report(NotNamable(m_essence.Contents() + media::kClipFolder, file.title));
+            return false;
+        }
         if (!status && status.error != platform::IoError::TooLarge) {
             Report(NotRead(file.path, status));
             return false;
@@ -137,7 +161,9 @@ void ScanClips(const CString& contents, CMarkupMSXML* reader, bool keepDigit,
     platform::IoStatus status;
     const CString folder = contents + media::kClipFolder;
     const std::vector<platform::FoundFile> files = platform::FindFiles(folder + L"*.XML", status);
-    if (!status && status.error != platform::IoError::NotFound && report != nullptr) {
+    const bool missing = status.error == platform::IoError::NotFound &&
+                         !platform::PathExists(PosixPath(contents + L"CLIP"));
+    if (!status && !missing && report != nullptr) {
         SkippedFile remark = NotRead(folder, status);
         remark.reason = SkipReason::FolderUnreadable;
         report->skipped.Add(remark);

@@ -7,6 +7,7 @@
 #include "media/codec_family.h"
 #include "media/timecode.h"
 #include "parser/clip_fields.h"
+#include "platform/diagnostics.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -21,7 +22,7 @@ constexpr std::string_view kClassAttribute = "Class";
 // Channels that the reader of a named clip looks for.
 constexpr int kNamedChannels = 4;
 
-// The codecs whose class the scan asks for; the reader of a named clip asks for the first alone.
+// The codecs that can be of class 50 for the scan; for the reader of a named clip the first alone.
 constexpr const wchar_t* kClassCodecs[] = {
     L"AVC-I_1080/50i",    L"AVC-I_1080/25p",    L"AVC-I_720/50p",
     L"AVC-I_1080/59.94i", L"AVC-I_1080/29.97p", L"AVC-I_720/59.94p",
@@ -100,12 +101,9 @@ void AssumeEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& clip
 }
 
 void ReadClass(const ClipTexts& texts, _tag_P2Clip& clip) {
-    clip.AvcIntraClass50 = 0;
-    if (HasClass(clip.CodecName)) {
-        clip.CodecClass = texts.Attribute(ClipPath::Codec, kClassAttribute);
-        clip.AvcIntraClass50 = clip.CodecClass == kClass50 ? 1 : 0;
-    } else if (media::NameCarriesClass(clip.CodecName.View())) {
-        clip.CodecClass = texts.Attribute(ClipPath::Codec, kClassAttribute);
+    clip.CodecClass = texts.Attribute(ClipPath::Codec, kClassAttribute);
+    clip.AvcIntraClass50 = HasClass(clip.CodecName) && clip.CodecClass == kClass50 ? 1 : 0;
+    if (media::NameCarriesClass(clip.CodecName.View())) {
         clip.CodecName = clip.CodecName + L"-" + clip.CodecClass + L"M";
     }
 }
@@ -128,6 +126,9 @@ void ReadDropFrame(const ClipTexts& texts, bool inFamily, _tag_P2Clip& clip) {
     if (inFamily) {
         clip.DropFrame = texts.Text(ClipPath::TimecodeType) == L"NonDrop" ? 0 : 1;
         return;
+    }
+    if (texts.Find(ClipPath::FrameRate) == nullptr) {
+        platform::OutputDebugStringW(L"selectSingleNode Failed");
     }
     const CString flag = texts.Attribute(ClipPath::FrameRate, "DropFrameFlag");
     if (flag == L"false" || flag == L"0") {

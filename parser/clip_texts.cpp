@@ -7,7 +7,7 @@
 #include "platform/number_text.h"
 #include "xml/dom/select.h"
 
-#include <memory>
+#include <stdexcept>
 
 namespace nqp2::parser {
 namespace {
@@ -93,8 +93,17 @@ ClipTexts::ClipTexts(dom::Document& document, TextPool& pool) : m_document(docum
 
 CString ClipTexts::Text(ClipPath path) const {
     const dom::Node* const node = Find(path);
+    return node != nullptr ? TextOf(*node) : CString();
+}
+
+CString ClipTexts::TextOf(const dom::Node& node) const {
     std::string scratch;
-    return node != nullptr ? m_pool.TextOf(dom::Text(*node, scratch)) : CString();
+    const std::string_view text = dom::Text(node, scratch);
+    if (text.size() > m_textLeft) {
+        throw std::length_error("the clip's values take more text than metadata may");
+    }
+    m_textLeft -= text.size();
+    return m_pool.TextOf(text);
 }
 
 std::int32_t ClipTexts::Int32(ClipPath path) const {
@@ -135,8 +144,7 @@ std::vector<dom::Node*> ClipTexts::All(std::string_view below) const {
 CString ClipTexts::ChildText(const dom::Node& node, std::string_view name) const {
     for (const dom::Node* each = node.firstChild; each != nullptr; each = each->next) {
         if (each->type == dom::NodeType::Element && each->name == name) {
-            std::string scratch;
-            return m_pool.TextOf(dom::Text(*each, scratch));
+            return TextOf(*each);
         }
     }
     return {};

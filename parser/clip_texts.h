@@ -17,7 +17,9 @@
 
 namespace nqp2::parser {
 
-/// The values of one clip file, gathered in a single pass over its tree. Each is the first node,
+/// The values of one clip file, gathered in a single pass over its tree. They may take as much text
+/// as a file may have; elements that nest within each other could multiply it without end, so that
+/// more throws std::length_error. Each is the first node,
 /// in document order, that the path selects: just what asking path by path would give.
 class ClipTexts {
 public:
@@ -53,12 +55,16 @@ public:
     }
 
 private:
+    static constexpr std::size_t kMaxText = std::size_t{32} * 1024 * 1024;
+
     [[nodiscard]] CString ChildText(const dom::Node& node, std::string_view name) const;
+    [[nodiscard]] CString TextOf(const dom::Node& node) const;
 
     dom::Document& m_document;
     TextPool& m_pool;
     std::vector<dom::Node*> m_contents;
     std::array<dom::Node*, kClipPathCount> m_nodes{};
+    mutable std::size_t m_textLeft = kMaxText;
 };
 
 } // namespace nqp2::parser

@@ -39,8 +39,12 @@ bool AdvanceName(CString& name) {
 bool FindFreeName(const CString& root, CString& name, std::int64_t& tried) {
     const platform::FolderIndex videos =
         platform::FolderIndex::Read(PosixPath(media::ContentsFolder(root) + media::kVideoFolder));
-    CString candidate = kFirstName;
     tried = 0;
+    // Of a folder that cannot be read nobody knows which names are taken.
+    if (!videos.Status() && videos.Status().error != platform::IoError::NotFound) {
+        return false;
+    }
+    CString candidate = kFirstName;
     do {
         ++tried;
         const CString file = candidate + media::kEssenceExtension;

@@ -10,7 +10,7 @@
 namespace nqp2::parser {
 
 /// The first of the 68 candidate names, from 0001AA on, whose video file is not on the card.
-/// Returns false, with `name` untouched, when all are taken. `tried` receives how many were
+/// Returns false, with `name` untouched, when all are taken or the folder cannot be read. `tried` receives how many were
 /// looked at.
 bool FindFreeName(const CString& root, CString& name, std::int64_t& tried);
 

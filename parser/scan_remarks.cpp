@@ -69,6 +69,18 @@ SkippedFile NotRead(const CString& path, const platform::IoStatus& status) {
     return file;
 }
 
+SkippedFile NotNamable(const CString& folder, const CString& title) {
+    SkippedFile file = Remark(folder, SkipReason::Unreadable);
+    file.text = L"the name \"" + title + L"\" holds a backslash, which no path can carry";
+    return file;
+}
+
+SkippedFile NotHeld(const CString& path, const std::exception& error) {
+    SkippedFile file = Remark(path, SkipReason::TooLarge);
+    file.text = platform::TextFromUtf8(error.what());
+    return file;
+}
+
 SkippedFile Remark(const CString& path, SkipReason reason) {
     SkippedFile file;
     file.path = path;

@@ -253,11 +253,11 @@ private:
     }
 
     static int CountOf(const FormatArgument& argument) {
-        constexpr std::int64_t most = kMostPadding;
+        constexpr std::int64_t kMost = kMostPadding;
         if (argument.GetKind() == Kind::Unsigned) {
             return static_cast<int>(std::min<std::uint64_t>(argument.Unsigned(), kMostPadding));
         }
-        return static_cast<int>(std::clamp(argument.Signed(), -most, most));
+        return static_cast<int>(std::clamp(argument.Signed(), -kMost, kMost));
     }
 
     void SkipModifiers() {

@@ -34,6 +34,7 @@ FoundFile MakeFound(std::wstring_view askedFolder, const std::string& realFolder
     const int dot = text.ReverseFind(L'.');
     found.title = dot < 0 ? text : text.Left(dot);
     found.posixPath = realFolder + name;
+    found.pathIsSafe = text.Find(L'\\') < 0;
     return found;
 }
 
@@ -50,6 +51,7 @@ std::vector<FoundFile> FindFiles(const CString& pattern, IoStatus& status) {
         if (MatchesPattern(name.View(), parts.name)) {
             found.push_back(MakeFound(parts.folder, folder, entry.name, name));
             found.back().isFolder = entry.kind == EntryKind::Folder;
+            found.back().isSpecial = entry.kind == EntryKind::Other;
         }
     }
     return found;

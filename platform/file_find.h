@@ -17,6 +17,10 @@ struct FoundFile {
     CString title;         ///< the name without its extension
     std::string posixPath; ///< the same file for the file system
     bool isFolder = false;
+    bool isSpecial = false; ///< a pipe, socket or device, or a link that leads nowhere
+    /// False for a name with a backslash: `path` would lead to another file, perhaps far outside
+    /// of the folder, and must not be opened.
+    bool pathIsSafe = true;
 };
 
 /// Enumerates `pattern`, an interface path whose last component may hold "*" and "?" (letter case

@@ -11,7 +11,7 @@ namespace nqp2::platform {
 namespace {
 
 /// Null stands for the disk.
-std::atomic<FileSystem*> g_replacement = nullptr;
+std::atomic<FileSystem*> fileSystemInUse = nullptr;
 
 } // namespace
 
@@ -21,15 +21,15 @@ FileSystem& DiskFiles() {
 }
 
 FileSystem& Files() {
-    FileSystem* const replacement = g_replacement.load(std::memory_order_acquire);
+    FileSystem* const replacement = fileSystemInUse.load(std::memory_order_acquire);
     return replacement != nullptr ? *replacement : DiskFiles();
 }
 
 ScopedFileSystem::ScopedFileSystem(FileSystem& replacement)
-    : m_previous(g_replacement.exchange(&replacement)) {}
+    : m_previous(fileSystemInUse.exchange(&replacement)) {}
 
 ScopedFileSystem::~ScopedFileSystem() {
-    g_replacement.store(m_previous);
+    fileSystemInUse.store(m_previous);
 }
 
 } // namespace nqp2::platform

@@ -66,8 +66,8 @@ int CMarkupMSXML::x_Replace(const std::function<bool(nqp2::dom::Document&)>& loa
     bool loaded = false;
     try {
         loaded = load(*m_pDoc);
-    } catch (const std::exception&) {
-        m_pDoc->Clear();
+    } catch (const std::exception& error) {
+        m_pDoc->Fail(error.what());
     }
     ResetPos();
     return loaded ? 1 : x_ParseError();

@@ -46,7 +46,7 @@ class UmidTest(unittest.TestCase):
             self.assertRegex(text, f"^{UMID_START}[0-9A-F]{{32}}2008\n$")
 
     def test_what_is_no_guid(self):
-        for text in ("x", "6f9619ff8b86-d011-b42d-00c04fc964ff", "6f9619ff-8b86-d011-b42d-00c04fc964f",
+        for text in ("", "x", "6f9619ff8b86-d011-b42d-00c04fc964ff", "6f9619ff-8b86-d011-b42d-00c04fc964f",
                      "6f9619ff-8b86-d011-b42d-00c04fc964fg", "{6f9619ff-8b86-d011-b42d-00c04fc964ff}"):
             result = run("umid", text)
             self.assertEqual((result.returncode, result.stdout), (2, ""))

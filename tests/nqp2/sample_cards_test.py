@@ -41,8 +41,10 @@ class OwnCardTest(CardTest):
         self.assertEqual(shown, files - skipped)
         self.assertEqual({len(take["segments"]) for take in document["takes"]}, {2, 3})
         for clip in document["clips"]:
-            self.assertIn(clip["ClipName"], clip["VideoPath"])
-            self.assertIn(clip["ClipName"], clip["IconPath"])
+            self.assertIn(clip["ClipName"], clip["VideoPath"].upper())
+            self.assertIn(clip["ClipName"], clip["IconPath"].upper())
+            # In the letters in which they stand on the disk.
+            self.assertTrue(Path(clip["XmlPath"]).is_file() and Path(clip["IconPath"]).is_file())
 
 
 @unittest.skipUnless(SHARED.is_dir(), f"no samples at {SHARED}; set NQP2_SHARED_SAMPLES")

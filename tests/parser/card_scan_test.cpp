@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "platform/DebugOutput.h"
 #include "platform/DriveMap.h"
 #include "platform/file_system.h"
 #include "tests/parser/card_test.h"
 #include "tests/parser/clip_show.h"
 #include "tests/support/faulty_file_system.h"
+#include "xml/dom/XmlLimits.h"
 
 #include <filesystem>
 #include <mutex>
@@ -213,6 +215,25 @@ TEST_F(CardScanTest, AsksTheFileSystemOnceAClip) {
     const std::uint64_t few = callsFor(20);
     EXPECT_EQ(callsFor(80) - few, 60U);
     EXPECT_LE(few, 20U + 10U) << "and a constant number for the folders";
+}
+
+TEST_F(CardScanTest, TheHostsSizeLimitHoldsForSmallFilesToo) {
+    m_card.AddClip("0001AA");
+    const std::uint64_t before = MaxXmlFileSize();
+    SetMaxXmlFileSize(100);
+    EXPECT_THAT(ScannedNames(), testing::IsEmpty());
+    SetMaxXmlFileSize(before);
+    ASSERT_EQ(m_report.skipped.GetSize(), 1);
+    EXPECT_EQ(m_report.skipped[0].reason, SkipReason::TooLarge);
+}
+
+TEST_F(CardScanTest, AMissingFrameRateIsToldToTheDebugger) {
+    m_card.AddClip("0001AA");
+    std::vector<CString> texts;
+    const TextSink before = SetDebugOutput([&](const CString& text) { texts.push_back(text); });
+    ScannedNames();
+    SetDebugOutput(before);
+    EXPECT_THAT(texts, testing::ElementsAre(CString(L"selectSingleNode Failed")));
 }
 
 } // namespace

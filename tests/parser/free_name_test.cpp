@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/parser/card_test.h"
+#include "tests/support/faulty_file_system.h"
 
 namespace nqp2::parser {
 namespace {
@@ -49,6 +50,16 @@ TEST_F(FreeNameTest, CandidatesFollowEachOtherWithoutCarryAndEndAfter68) {
     EXPECT_EQ(m_parser.CheckName(untouched, m_card.Root()), 0);
     EXPECT_EQ(untouched, L"mine");
     EXPECT_EQ(tried, 68);
+}
+
+TEST_F(FreeNameTest, NoNameIsFreeInAFolderThatCannotBeRead) {
+    m_card.AddFile("VIDEO/0001AA.MXF");
+    test::FaultyFileSystem files;
+    files.Fail({.error = platform::IoError::Denied, .operation = test::Operation::List});
+    const platform::ScopedFileSystem inUse(files);
+    CString untouched = L"mine";
+    EXPECT_EQ(m_parser.CheckName(untouched, m_card.Root()), 0);
+    EXPECT_EQ(untouched, L"mine");
 }
 
 TEST_F(FreeNameTest, OnlyVideoFilesTakeANameInAnyLetterCase) {

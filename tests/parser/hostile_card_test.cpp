@@ -103,6 +103,36 @@ TEST_F(HostileCardTest, AnyTruncationIsSkipped) {
     }
 }
 
+TEST_F(HostileCardTest, ATextBelowManyNestedMemosIsNotMultipliedWithoutEnd) {
+    m_card.AddClip("0001AA");
+    std::string xml(2'000'000, 'x');
+    for (int i = 0; i < 30; ++i) {
+        xml = "<P2Main><ClipContent><ClipMetadata><MemoList><Memo><Text>" + xml +
+              "</Text></Memo></MemoList></ClipMetadata></ClipContent></P2Main>";
+    }
+    m_card.AddFile("CLIP/0001AB.XML", xml);
+    ExpectGoodClipOnly();
+    EXPECT_EQ(OnlyRow().reason, SkipReason::TooLarge);
+}
+
+TEST_F(HostileCardTest, ADeviceIsNotEvenOpened) {
+    m_card.AddClip("0001AA");
+    std::filesystem::create_symlink("/dev/zero",
+                                    m_card.Folder().Path() + "/CONTENTS/CLIP/0001AB.XML");
+    FaultyFileSystem files;
+    const platform::ScopedFileSystem inUse(files);
+    ExpectGoodClipOnly();
+    EXPECT_EQ(files.Calls(Operation::Read), 1U);
+    EXPECT_EQ(OnlyRow().reason, SkipReason::Unreadable);
+}
+
+TEST_F(HostileCardTest, AFileInPlaceOfTheClipFolderIsReported) {
+    std::filesystem::remove(m_card.Folder().Path() + "/CONTENTS/CLIP");
+    m_card.AddFile("CLIP", "no folder");
+    EXPECT_THAT(ScannedNames(), IsEmpty());
+    EXPECT_EQ(OnlyRow().reason, SkipReason::FolderUnreadable);
+}
+
 TEST_F(HostileCardTest, DeepNestingAndHugeFilesAreRefused) {
     m_card.AddClip("0001AA");
     std::string deep;
@@ -128,6 +158,21 @@ TEST_F(HostileCardTest, FoldersAndCompanionsAreNoClips) {
     EXPECT_THAT(Remarks(),
                 UnorderedElementsAre(Remark("CLIP\\0001AB.XML", SkipReason::IsFolder),
                                      Remark("CLIP\\._0001AA.XML", SkipReason::Companion)));
+}
+
+TEST_F(HostileCardTest, ABackslashInAFileNameLeadsNowhereElse) {
+    // Both ways in which a scan reads a file: small ones ahead, large ones piece by piece.
+    constexpr std::size_t kReadPieceByPiece = 300'000;
+    m_card.Folder().Write("elsewhere.XML", test::ClipXml({{"EssenceList/Video/Codec", "x"}}));
+    const std::string trap = m_card.AddFile("CLIP/..\\..\\elsewhere.XML");
+    for (const std::size_t size : {std::size_t{0}, kReadPieceByPiece}) {
+        std::filesystem::resize_file(trap, size);
+        EXPECT_THAT(ScannedNames(), IsEmpty());
+        EXPECT_THAT(Remarks(), ElementsAre(Remark("CLIP\\", SkipReason::Unreadable)));
+        DiskFormat format;
+        EXPECT_EQ(m_parser.GetDiskFormat(m_card.Root(), format), 0);
+        EXPECT_FALSE(format.found) << "read: " << format.codec;
+    }
 }
 
 TEST_F(HostileCardTest, WellFormedFilesWithoutClipContentAreListedWithARemark) {

@@ -3,8 +3,8 @@
 
 #include "tools/nqp2/clip_fields.h"
 
-#include "platform/RealPaths.h"
 #include "platform/TextBytes.h"
+#include "tools/nqp2/real_path.h"
 
 #include <fmt/format.h>
 
@@ -35,12 +35,6 @@ Value ValueOf(Number number) {
 template <auto Member, class Source>
 Value Plain(const Source& source) {
     return ValueOf(source.*Member);
-}
-
-/// The path under which the file really stands, for one run of one command.
-std::string RealPath(const CString& path) {
-    static RealPaths paths;
-    return paths.Find(path);
 }
 
 template <auto Member, class Source>

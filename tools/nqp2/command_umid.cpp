@@ -62,8 +62,13 @@ void AddUmidCommand(CLI::App& program, Action& chosen) {
                      "8-4-4-4-12 or 32 hexadecimal digits; a fresh one if left out or zero")
         ->type_name("");
     SetExample(*command, "nqp2 umid 6f9619ff-8b86-d011-b42d-00c04fc964ff");
-    command->callback(
-        [guid, &chosen] { chosen = [guid](Console& console) { return RunUmid(console, *guid); }; });
+    command->callback([guid, command, &chosen] {
+        // An empty argument is a variable that somebody forgot to set.
+        if (command->count("GUID") > 0 && guid->empty()) {
+            throw Failure("", "is no GUID", "expected 8-4-4-4-12 hexadecimal digits", kUsage);
+        }
+        chosen = [guid](Console& console) { return RunUmid(console, *guid); };
+    });
 }
 
 } // namespace nqp2::tool

@@ -3,8 +3,8 @@
 
 #include "tools/nqp2/scan_report_output.h"
 
-#include "platform/PathText.h"
 #include "platform/TextBytes.h"
+#include "tools/nqp2/real_path.h"
 
 #include <fmt/format.h>
 
@@ -36,7 +36,7 @@ List Texts(const CStringArray& strings) {
 }
 
 Record SkippedRecord(const SkippedFile& file) {
-    return {{"path", PosixPath(file.path)},
+    return {{"path", RealPath(file.path)},
             {"reason", ReasonText(file)},
             {"line", file.line},
             {"column", file.column}};
@@ -108,7 +108,7 @@ std::string ReasonText(const SkippedFile& file) {
 }
 
 std::string PositionText(const SkippedFile& file) {
-    const std::string path = PosixPath(file.path);
+    const std::string path = RealPath(file.path);
     return file.line > 0 ? fmt::format("{}:{}:{}", path, file.line, file.column) : path;
 }
 
@@ -120,10 +120,16 @@ Value TakesValue(const ScanReport& report) {
     return SequenceOf(report.takes, TakeRecord);
 }
 
+/// Whether the file is among the clips all the same.
+bool IsListed(const SkippedFile& file) {
+    return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName;
+}
+
 std::vector<std::string> ReportLines(const ScanReport& report) {
     std::vector<std::string> lines;
     for (const SkippedFile& file : report.skipped) {
-        lines.push_back(fmt::format("skipped {}: {}", PositionText(file), ReasonText(file)));
+        lines.push_back(fmt::format("{} {}: {}", IsListed(file) ? "remark" : "skipped",
+                                    PositionText(file), ReasonText(file)));
     }
     for (const Take& take : report.takes) {
         lines.push_back(TakeLine(take));

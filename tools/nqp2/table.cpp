@@ -15,6 +15,7 @@ namespace nqp2::tool {
 namespace {
 
 constexpr int kGap = 2;
+constexpr int kWidestPadding = 64; ///< columns, where nothing is cut
 
 int RowWidth(const std::vector<int>& widths) {
     const int gaps = kGap * (static_cast<int>(widths.size()) - 1);
@@ -57,7 +58,7 @@ void Table::Print(Console& console) const {
     const std::optional<int> room = console.OutputWidth();
     const std::vector<int> widths = ColumnWidths(room);
     const auto print = [&](const std::vector<std::string>& cells) {
-        const std::string line = Line(cells, widths);
+        const std::string line = Line(cells, widths, room.has_value());
         console.Write((room ? CutToWidth(line, *room) : line) + '\n');
     };
     const std::vector<std::string> titles = Titles();
@@ -77,6 +78,11 @@ std::vector<int> Table::ColumnWidths(std::optional<int> room) const {
         }
         widths.push_back(width);
     }
+    if (!room) {
+        // Nothing is cut here; but one endless name must not blow every line up.
+        std::for_each(widths.begin(), widths.end(),
+                      [](int& width) { width = std::min(width, kWidestPadding); });
+    }
     while (room && RowWidth(widths) > *room) {
         const std::size_t widest = WidestYielding(m_columns, widths);
         if (widest == m_columns.size()) {
@@ -87,12 +93,13 @@ std::vector<int> Table::ColumnWidths(std::optional<int> room) const {
     return widths;
 }
 
-std::string Table::Line(const std::vector<std::string>& cells,
-                        const std::vector<int>& widths) const {
+std::string Table::Line(const std::vector<std::string>& cells, const std::vector<int>& widths,
+                        bool cut) const {
     std::string line;
     for (std::size_t i = 0; i < cells.size(); ++i) {
         line.append(i == 0 ? 0 : kGap, ' ');
-        line += Padded(CutToWidth(cells[i], std::max(1, widths[i])), widths[i], m_columns[i].align);
+        const std::string cell = cut ? CutToWidth(cells[i], std::max(1, widths[i])) : cells[i];
+        line += Padded(cell, widths[i], m_columns[i].align);
     }
     line.erase(line.find_last_not_of(' ') + 1);
     return line;

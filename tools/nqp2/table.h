@@ -34,7 +34,7 @@ public:
 private:
     [[nodiscard]] std::vector<int> ColumnWidths(std::optional<int> room) const;
     [[nodiscard]] std::string Line(const std::vector<std::string>& cells,
-                                   const std::vector<int>& widths) const;
+                                   const std::vector<int>& widths, bool cut) const;
     [[nodiscard]] std::vector<std::string> Titles() const;
 
     std::vector<Column> m_columns;

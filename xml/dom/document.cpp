@@ -57,6 +57,11 @@ void Document::Clear() {
     m_tree->Clear();
 }
 
+void Document::Fail(std::string reason) {
+    Clear();
+    m_error = {kErrorUnreadable, std::move(reason), 0, 0, Fault::Unreadable};
+}
+
 bool Document::LoadText(std::string_view utf8) {
     FreshTree();
     return Keep(m_parser.ParseText(utf8, *m_tree));

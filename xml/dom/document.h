@@ -30,6 +30,8 @@ public:
     bool LoadFile(const std::string& path);
     /// Empties the document.
     void Clear();
+    /// Empties it after a load that could not even be carried out.
+    void Fail(std::string reason);
 
     /// Writes the document; the old file stays whole when that fails.
     [[nodiscard]] bool Save(const std::string& path) const;

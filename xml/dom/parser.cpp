@@ -6,6 +6,7 @@
 #include "platform/file_system.h"
 #include "xml/dom/quiet_libxml.h"
 #include "xml/dom/tree_builder.h"
+#include "xml/dom/XmlLimits.h"
 
 #include <libxml/dict.h>
 #include <libxml/parser.h>
@@ -29,6 +30,12 @@ constexpr std::size_t kMaxNameTableBytes = std::size_t{1} * 1024 * 1024;
 // an entry; no metadata comes near these figures.
 constexpr int kMaxAttributeSlots = 5 * 1500;
 constexpr int kMaxNamespaceSlots = 2 * 500;
+
+// A file of text at the size limit fits, a flood of empty elements of that size does not.
+std::size_t MaxTreeBytes() {
+    constexpr std::size_t kBeyondText = std::size_t{2} * 1024 * 1024;
+    return static_cast<std::size_t>(MaxXmlFileSize()) + kBeyondText;
+}
 
 } // namespace
 
@@ -114,6 +121,10 @@ struct Parser::Context {
         if (sourceFault.fault != Fault::None) {
             return -1;
         }
+        // libxml2 reads on after a fault and would report millions more of them.
+        if (builder.Failed()) {
+            return 0;
+        }
         const std::size_t count =
             source->Read(buffer, static_cast<std::size_t>(capacity), sourceFault);
         return sourceFault.fault != Fault::None ? -1 : static_cast<int>(count);
@@ -141,7 +152,7 @@ ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
     }
     context.source = &source;
     context.sourceFault = {};
-    context.builder.Start(tree, context.libxml, kMaxTreeBytes);
+    context.builder.Start(tree, context.libxml, MaxTreeBytes());
     const QuietLibxml quiet;
     xmlCtxtReadIO(context.libxml, Context::OnRead, Context::OnClose, &context, nullptr, encoding,
                   kOptions);

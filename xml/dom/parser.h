@@ -19,13 +19,9 @@ namespace nqp2::dom {
 
 /// Turns XML text into a tree. Keeps its parser state between documents, which halves the cost of
 /// a small file. Refuses document types, undeclared prefixes, nesting beyond libxml2's default
-/// depth and trees beyond kMaxTreeBytes; never opens anything.
+/// depth, and trees that take more memory than XmlLimits.h allows; never opens anything.
 class Parser {
 public:
-    /// A tree may take this much memory: a 32 MiB file of text fits, a flood of empty elements does
-    /// not.
-    static constexpr std::size_t kMaxTreeBytes = std::size_t{34} * 1024 * 1024;
-
     class Source;
 
     Parser();

@@ -5,6 +5,7 @@
 
 #include "xml/dom/parse_error_codes.h"
 
+#include <algorithm>
 #include <cstring>
 #include <exception>
 #include <utility>
@@ -48,6 +49,13 @@ std::string_view Resolved(std::string_view value, std::string& scratch) {
 std::string_view Ahead(const xmlParserCtxt& context) {
     return context.input != nullptr ? View(context.input->cur, context.input->end)
                                     : std::string_view();
+}
+
+/// One line for a person: some of libxml2's messages go on, or quote the file at any length.
+std::string Reason(const xmlError& error) {
+    constexpr std::size_t kLongest = 200;
+    const std::string_view message = error.message != nullptr ? error.message : "not well-formed";
+    return std::string(message.substr(0, std::min(message.find_first_of("\r\n"), kLongest)));
 }
 
 /// The data of the XML declaration as it is written again: documents are saved as UTF-8.
@@ -223,9 +231,7 @@ void TreeBuilder::OnError(void* context, xmlErrorPtr error) {
         return;
     }
     builder.Guard([&] {
-        std::string reason = error->message != nullptr ? error->message : "not well-formed";
-        reason.erase(reason.find_last_not_of("\r\n") + 1);
-        builder.m_error = {PlatformErrorCode(*error, Ahead(*builder.m_context)), std::move(reason),
+        builder.m_error = {PlatformErrorCode(*error, Ahead(*builder.m_context)), Reason(*error),
                            error->line, error->int2, Fault::NotWellFormed};
     });
 }

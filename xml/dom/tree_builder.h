@@ -25,6 +25,8 @@ public:
     void Start(Tree& tree, xmlParserCtxtPtr context, std::size_t maxBytes);
     /// The outcome of the document that was parsed since Start; on a fault the tree is empty.
     ParseError Finish();
+    /// Whether a fault was met: what follows it can change nothing any more.
+    [[nodiscard]] bool Failed() const { return m_error.fault != Fault::None; }
 
 private:
     static TreeBuilder& From(void* context);

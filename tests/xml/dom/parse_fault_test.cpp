@@ -3,9 +3,15 @@
 
 #include "xml/dom/parser.h"
 
+#include "xml/dom/XmlLimits.h"
+
+#include "platform/file_system.h"
 #include "tests/xml/dom/loaded_document.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdint>
+#include <memory>
 
 namespace nqp2::dom {
 namespace {
@@ -165,7 +171,7 @@ TEST_F(Flood, Elements) {
 }
 
 TEST_F(Flood, Text) {
-    ExpectRefused("<a>" + std::string(Parser::kMaxTreeBytes + 1, 'x') + "</a>", Fault::TooLarge);
+    ExpectRefused("<a>" + std::string(MaxXmlFileSize() + 4'000'000, 'x') + "</a>", Fault::TooLarge);
 }
 
 TEST_F(Flood, EverNewNamesFromFileToFile) {
@@ -175,6 +181,29 @@ TEST_F(Flood, EverNewNamesFromFileToFile) {
         ASSERT_TRUE(m_document.LoadBytes("<a>" + Numbered(name, "/>", 30'000) + "</a>"))
             << file << ": " << m_document.LastError().reason;
     }
+}
+
+class EndlessFaults : public platform::FileReader {
+public:
+    [[nodiscard]] std::uint64_t Size() const override { return UINT64_MAX; }
+    platform::IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) override {
+        std::fill_n(buffer, capacity, '&');
+        count = capacity;
+        m_bytesRead += count;
+        return {};
+    }
+    [[nodiscard]] std::size_t BytesRead() const { return m_bytesRead; }
+
+private:
+    std::size_t m_bytesRead = 0;
+};
+
+TEST(ParseFault, NothingIsReadBehindTheFirst) {
+    constexpr std::uint64_t kLimit = 16'000'000;
+    EndlessFaults reader;
+    const auto tree = std::make_shared<Tree>();
+    EXPECT_EQ(Parser().ParseStream(reader, kLimit, *tree).fault, Fault::NotWellFormed);
+    EXPECT_LT(reader.BytesRead(), kLimit / 100);
 }
 
 struct Encoded {
