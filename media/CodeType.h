@@ -7,6 +7,7 @@
 #include "platform/Export.h"
 
 #include <cstdint>
+#include <optional>
 
 /// Recording format: codec, raster and rate in one value. The values are fixed and sparse.
 enum eCodeType : std::int32_t {
@@ -83,5 +84,9 @@ NQP2_API eP2_VIDEO_STANDARD StandardFromRateIndex(int index);
 /// The enumerator's own name ("CT_DV25_50I", "VS_50I"); "" for a value that has none.
 NQP2_API const char* CodeTypeName(eCodeType type);
 NQP2_API const char* StandardName(eP2_VIDEO_STANDARD standard);
+
+/// The value of an enumerator's name, without regard to letter case; nothing for any other text.
+NQP2_API std::optional<eCodeType> CodeTypeFromName(const CString& name);
+NQP2_API std::optional<eP2_VIDEO_STANDARD> StandardFromName(const CString& name);
 
 } // namespace nqp2

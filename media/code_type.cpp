@@ -4,6 +4,7 @@
 #include "media/CodeType.h"
 
 #include "platform/case_fold.h"
+#include "platform/TextBytes.h"
 
 #include <algorithm>
 #include <span>
@@ -150,6 +151,15 @@ const char* NameOf(std::span<const NamedValue<Value>> names, Value value) {
     return found == names.end() ? "" : found->name;
 }
 
+template <class Value>
+std::optional<Value> ValueOf(std::span<const NamedValue<Value>> names, const CString& name) {
+    const auto isIt = [&name](const NamedValue<Value>& row) {
+        return EqualNoCase(TextFromBytes(row.name).View(), name.View());
+    };
+    const auto found = std::find_if(names.begin(), names.end(), isIt);
+    return found == names.end() ? std::nullopt : std::optional(found->value);
+}
+
 } // namespace
 
 eCodeType CodeTypeFromCodec(const CString& codec, const CString& rate, const int& class50,
@@ -174,6 +184,14 @@ const char* CodeTypeName(eCodeType type) {
 
 const char* StandardName(eP2_VIDEO_STANDARD standard) {
     return NameOf<eP2_VIDEO_STANDARD>(kStandardNames, standard);
+}
+
+std::optional<eCodeType> CodeTypeFromName(const CString& name) {
+    return ValueOf<eCodeType>(kCodeTypeNames, name);
+}
+
+std::optional<eP2_VIDEO_STANDARD> StandardFromName(const CString& name) {
+    return ValueOf<eP2_VIDEO_STANDARD>(kStandardNames, name);
 }
 
 } // namespace nqp2

@@ -42,6 +42,10 @@ std::array<wchar_t, kGuidTextLength> Grouped(const std::array<wchar_t, kGuidDigi
     return text;
 }
 
+bool IsHexadecimal(std::wstring_view text) {
+    return text.find_first_not_of(L"0123456789ABCDEF") == std::wstring_view::npos;
+}
+
 } // namespace
 
 CString IdentifierFromGuid(GUID guid) {
@@ -60,6 +64,23 @@ GUID GuidFromIdentifier(const CString& identifier) {
     GUID guid;
     platform::GuidFromText(std::wstring_view(text.data(), text.size()), guid);
     return guid;
+}
+
+bool IdentifierForGuidText(const CString& guidText, const CString& note, CString& identifier) {
+    constexpr int kIdentifierDigits = 64;
+    GUID guid;
+    if (!platform::GuidFromText(guidText.View(), guid)) {
+        return false;
+    }
+    CString digits = guidText;
+    digits.Remove(L'-');
+    digits.MakeUpper();
+    CString label = note;
+    label.MakeUpper();
+    const bool noteFits = label.GetLength() == kIdentifierDigits && IsHexadecimal(label.View()) &&
+                          label.Right(digits.GetLength()) == digits;
+    identifier = noteFits ? label : CString(L"060A2B340101010501010D4313000000") + digits;
+    return true;
 }
 
 } // namespace nqp2::media

@@ -16,4 +16,9 @@ CString IdentifierFromGuid(GUID guid);
 /// behind the digits: kept, hosts rely on both.
 GUID GuidFromIdentifier(const CString& identifier);
 
+/// The identifier text that an edit list carries for a GUID (8-4-4-4-12 text, any case): such that
+/// GuidFromIdentifier gives the GUID back. A note that is itself a 64-digit identifier ending in
+/// the GUID's digits is taken, in upper case. Returns false for a text that is no GUID.
+bool IdentifierForGuidText(const CString& guidText, const CString& note, CString& identifier);
+
 } // namespace nqp2::media

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "platform/CString.h"
+
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -35,5 +37,19 @@ std::int32_t FrameCount(const Timecode& timecode, const TimecodeRate& rate);
 
 /// A clip's start timecode as a frame count; 0 for a text that is no timecode.
 std::int32_t ClipFrameCount(std::wstring_view text, std::wstring_view frameRate, bool dropFrame);
+
+/// An edit list's timecode as a frame count: plain frames at denominator / numerator frames a
+/// second (integer division; the edit unit is seconds a frame). At 50 and more the frames field
+/// counts every second frame and is doubled. 0 for a text that is no timecode, an impossible unit
+/// and a field out of its range.
+std::int32_t EditFrameCount(std::wstring_view text, std::int32_t numerator,
+                            std::int32_t denominator);
+
+/// Frame numbers a second by which in and out points are written: 25 for the rate texts "50i" and
+/// "25p", else the nominal rate of the text.
+int NominalRate(std::wstring_view frameRate);
+
+/// A frame count as "%02d:%02d:%02d:%02d"; "--:--:--:--" for a negative one and from 24 hours on.
+CString TimecodeText(std::int64_t frames, int nominal);
 
 } // namespace nqp2::media

@@ -30,4 +30,7 @@ IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries);
 /// Whether a file or folder stands under the path, in any letter case.
 bool PathExists(const std::string& path);
 
+/// Makes the folder unless it stands in any letter case; its parent must. Returns whether it stands.
+bool EnsureFolder(const std::string& path);
+
 } // namespace nqp2::platform

@@ -20,6 +20,7 @@ public:
     IoStatus WriteWhole(const std::string& path, std::string_view content) override;
     IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) override;
     IoStatus RemoveFile(const std::string& path) override;
+    IoStatus MoveToFree(const std::string& from, const std::string& to) override;
     IoStatus MakeFolder(const std::string& path) override;
 
 private:

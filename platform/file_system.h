@@ -69,9 +69,11 @@ public:
     /// The one operation that is not exact: an existing file in another letter case is replaced
     /// under its own name. A link stays and the file behind it is replaced; permission bits stay.
     virtual IoStatus WriteWhole(const std::string& path, std::string_view content) = 0;
-    /// Bytes that an ordinary user can still write on the medium that holds the path.
+    /// Free bytes of the medium that holds the path, those kept for the administrator included.
     virtual IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) = 0;
     virtual IoStatus RemoveFile(const std::string& path) = 0;
+    /// Gives a file another name in its folder; Exists when that is taken.
+    virtual IoStatus MoveToFree(const std::string& from, const std::string& to) = 0;
     virtual IoStatus MakeFolder(const std::string& path) = 0;
 };
 

@@ -12,6 +12,7 @@ enum class IoError {
     None,
     NotFound,
     Denied,
+    Exists, ///< the name is taken
     IsFolder,
     NotAFile, ///< a socket, pipe or device: never read
     TooLarge,

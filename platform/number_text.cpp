@@ -7,7 +7,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
 #include <limits>
+#include <locale.h>
+#include <string>
 
 namespace nqp2::platform {
 namespace {
@@ -68,6 +71,16 @@ std::int64_t ToInt64(std::wstring_view text) {
 
 std::int64_t ToInt64(std::string_view utf8) {
     return ReadNumber(utf8);
+}
+
+double ToDouble(std::wstring_view text) {
+    std::string bytes;
+    for (const wchar_t ch : text) {
+        bytes.push_back(ch > 0 && ch < 0x80 ? static_cast<char>(ch) : '?');
+    }
+    // The host's own locale may write the point as a comma.
+    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+    return strtod_l(bytes.c_str(), nullptr, plain);
 }
 
 } // namespace nqp2::platform

@@ -15,4 +15,7 @@ std::int32_t ToInt32(std::string_view utf8);
 std::int64_t ToInt64(std::wstring_view text);
 std::int64_t ToInt64(std::string_view utf8);
 
+/// A real number as atof reads it, with the point as decimal sign in every locale; 0 for no digits.
+double ToDouble(std::wstring_view text);
+
 } // namespace nqp2::platform

@@ -4,6 +4,7 @@
 #include "media/identifier.h"
 
 #include "platform/guid_text.h"
+#include "tests/support/print_text.h"
 
 #include <gtest/gtest.h>
 
@@ -53,6 +54,39 @@ TEST(Identifier, GuidComesFromTheLast32Digits) {
     for (const auto& row : kRows) {
         EXPECT_EQ(platform::GuidText(GuidFromIdentifier(row.identifier)).View(), row.guid)
             << "row " << &row - kRows;
+    }
+}
+
+TEST(Identifier, OfAGuidTextGivesTheGuidBack) {
+    constexpr const wchar_t* kText = L"01234567-89AB-cdef-1032-547698badcfe";
+    constexpr const wchar_t* kOwn =
+        L"060A2B340101010501010D43130000000123456789ABCDEF1032547698BADCFE";
+    const CString digits = L"0123456789abcdef1032547698badcfe";
+    const std::pair<CString, CString> rows[] = {
+        {L"", kOwn},
+        {L"a remark", kOwn},
+        {digits, kOwn},
+        {L"ffffffffffffffffffffffffffffffff" + digits,
+         L"FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF0123456789ABCDEF1032547698BADCFE"},
+        {L"0ffffffffffffffffffffffffffffffff" + digits, kOwn},
+        {L"gfffffffffffffffffffffffffffffff" + digits, kOwn},
+        {digits + L"ffffffffffffffffffffffffffffffff", kOwn},
+    };
+    for (const auto& [note, expected] : rows) {
+        CString identifier;
+        EXPECT_TRUE(IdentifierForGuidText(kText, note, identifier)) << note;
+        EXPECT_EQ(identifier, expected) << note;
+        EXPECT_EQ(GuidFromIdentifier(identifier), kGuid) << note;
+    }
+}
+
+TEST(Identifier, OfATextThatIsNoGuidIsNone) {
+    for (const wchar_t* text :
+         {L"", L"0123456789abcdef1032547698badcfe", L"g1234567-89ab-cdef-1032-547698badcfe",
+          L"{01234567-89ab-cdef-1032-547698badcfe}"}) {
+        CString identifier = L"untouched";
+        EXPECT_FALSE(IdentifierForGuidText(text, L"", identifier)) << CString(text);
+        EXPECT_EQ(identifier, L"untouched");
     }
 }
 

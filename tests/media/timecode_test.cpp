@@ -3,6 +3,8 @@
 
 #include "media/timecode.h"
 
+#include "tests/support/print_text.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -76,6 +78,72 @@ TEST(Timecode, CountsEveryFrameOfADayInOrder) {
     EXPECT_EQ(DayWalkedIn(ClipTimecodeRate(L"59.94p", true)), 5178816);
     EXPECT_EQ(DayWalkedIn(ClipTimecodeRate(L"59.94i", false)), 2592000);
     EXPECT_EQ(DayWalkedIn(ClipTimecodeRate(L"23.98p", true)), 2073600);
+}
+
+TEST(Timecode, EditListsCountPlainFramesOfTheirUnit) {
+    constexpr struct {
+        const wchar_t* text;
+        std::int32_t numerator;
+        std::int32_t denominator;
+        std::int32_t count;
+    } kRows[] = {
+        {L"01:02:03:04", 1, 25, 93079},
+        {L"01:02:03:04", 1001, 30000, 107971}, // 29 a second
+        {L"00:00:01:28", 1001, 30000, 57},
+        {L"00:00:01:29", 1001, 30000, 0}, // out of range at 29
+        {L"00:00:01:02", 1, 50, 54},      // frames doubled from 50 on
+        {L"00:00:01:49", 1, 50, 148},
+        {L"00:00:01:50", 1, 50, 0},
+        {L"00:00:01:02", 1001, 60000, 63}, // 59 a second
+        {L"00:00:01:02", 1, 49, 51},
+        {L"23:59:59:24", 1, 25, 2159999},
+        {L"24:00:00:00", 1, 25, 0},
+        {L"00:60:00:00", 1, 25, 0},
+        {L"00:00:60:00", 1, 25, 0},
+        {L"00:00:01:00", 2, 1, 0}, // less than one a second: no frame is in range
+        {L"00:00:01:00", 0, 25, 0},
+        {L"00:00:01:00", -1, -25, 0},
+        {L"00:00:01:00", 1, 0, 0},
+        {L"", 1, 25, 0},
+        {L"00:00:01", 1, 25, 0},
+        {L"23:59:59:99", 1, INT32_MAX, INT32_MAX},
+    };
+    for (const auto& row : kRows) {
+        EXPECT_EQ(EditFrameCount(row.text, row.numerator, row.denominator), row.count)
+            << "row " << &row - kRows;
+    }
+}
+
+TEST(Timecode, RateTextsHaveNominalRates) {
+    const std::pair<const wchar_t*, int> rows[] = {
+        {L"50i", 25},    {L"25p", 25},    {L"", 25},       {L"unknown", 25},
+        {L"59.94i", 30}, {L"29.97P", 30}, {L"60i", 30},    {L"23.98p", 24},
+        {L"24p", 24},    {L"50P", 50},    {L"59.94p", 60}, {L"60p", 60},
+    };
+    for (const auto& [text, rate] : rows) {
+        EXPECT_EQ(NominalRate(text), rate) << CString(text);
+    }
+}
+
+TEST(Timecode, FramesAreShownWithinADay) {
+    constexpr struct {
+        std::int64_t frames;
+        int rate;
+        const wchar_t* text;
+    } kRows[] = {
+        {0, 25, L"00:00:00:00"},
+        {93079, 25, L"01:02:03:04"},
+        {1799, 30, L"00:00:59:29"},
+        {59, 60, L"00:00:00:59"},
+        {24LL * 3600 * 25 - 1, 25, L"23:59:59:24"},
+        {24LL * 3600 * 25, 25, L"--:--:--:--"},
+        {-1, 25, L"--:--:--:--"},
+        {INT64_MAX, 60, L"--:--:--:--"},
+        {INT64_MIN, 24, L"--:--:--:--"},
+    };
+    for (const auto& row : kRows) {
+        EXPECT_EQ(TimecodeText(row.frames, row.rate), row.text) << row.frames;
+    }
 }
 
 } // namespace

@@ -130,5 +130,15 @@ TEST_F(CaseBlind, KeepsANameThatIsOnlyADanglingLinkApart) {
     EXPECT_EQ(Found("Link"), "LINK");
 }
 
+TEST_F(CaseBlind, MakesAFolderUnlessItStands) {
+    EXPECT_TRUE(EnsureFolder(m_folder.Path("CONTENTS/clip/")));
+    EXPECT_TRUE(EnsureFolder(m_folder.Path("CONTENTS/NEW/")));
+    EXPECT_EQ(Found("Contents/NEW/"), "Contents/NEW/");
+    EXPECT_FALSE(EnsureFolder(m_folder.Path("ROOT FILE/")));
+    EXPECT_FALSE(EnsureFolder(m_folder.Path("none/below/")));
+    EXPECT_FALSE(EnsureFolder(""));
+    EXPECT_EQ(Found("none"), "(none)");
+}
+
 } // namespace
 } // namespace nqp2::platform

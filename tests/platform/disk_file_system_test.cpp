@@ -21,6 +21,7 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/un.h>
@@ -220,7 +221,7 @@ TEST_F(DiskFiles, KnowsWhenAFileWasMadeAndChanged) {
 TEST_F(DiskFiles, MakesFoldersAndRemovesFiles) {
     const std::string folder = m_folder.Path("folder");
     EXPECT_TRUE(m_disk.MakeFolder(folder));
-    EXPECT_EQ(m_disk.MakeFolder(folder).error, IoError::Other) << "it exists";
+    EXPECT_EQ(m_disk.MakeFolder(folder).error, IoError::Exists);
     EXPECT_EQ(m_disk.RemoveFile(folder).error, IoError::IsFolder);
     EXPECT_TRUE(m_disk.RemoveFile(m_folder.Write("folder/file")));
     EXPECT_EQ(ListError(folder), IoError::None);
@@ -236,6 +237,44 @@ TEST_F(DiskFiles, CountsFreeSpaceWithoutOverflow) {
     std::uint64_t bytes = 0;
     EXPECT_TRUE(m_disk.FreeSpace(m_folder.Path(), bytes));
     EXPECT_GT(bytes, 0U);
+}
+
+TEST_F(DiskFiles, FreeSpaceIsTheMediumsNotTheUsers) {
+    struct statvfs before = {};
+    struct statvfs after = {};
+    std::uint64_t bytes = 0;
+    for (int tried = 0; tried < 100; ++tried) { // others may write meanwhile
+        ASSERT_EQ(statvfs(m_folder.Path().c_str(), &before), 0);
+        ASSERT_TRUE(m_disk.FreeSpace(m_folder.Path(), bytes));
+        ASSERT_EQ(statvfs(m_folder.Path().c_str(), &after), 0);
+        if (before.f_bfree == after.f_bfree) {
+            break;
+        }
+    }
+    EXPECT_EQ(bytes, std::uint64_t{before.f_bfree} * before.f_frsize);
+}
+
+TEST_F(DiskFiles, MovesAFileToAFreeNameOnly) {
+    const std::string from = m_folder.Write("from", "new");
+    const std::string taken = m_folder.Write("taken", "old");
+    const std::string loose = m_folder.Path("loose");
+    ASSERT_EQ(symlink("nowhere", loose.c_str()), 0);
+    EXPECT_EQ(m_disk.MoveToFree(from, taken).error, IoError::Exists);
+    EXPECT_EQ(m_disk.MoveToFree(from, from).error, IoError::Exists);
+    EXPECT_EQ(m_disk.MoveToFree(from, loose).error, IoError::Exists) << "a link takes its name";
+    EXPECT_EQ(m_disk.MoveToFree(m_folder.Path("none"), m_folder.Path("to")).error,
+              IoError::NotFound);
+    EXPECT_EQ(m_disk.MoveToFree(from, m_folder.Path("none/to")).error, IoError::NotFound);
+    EXPECT_EQ(m_disk.MoveToFree("", m_folder.Path("to")).error, IoError::NotFound);
+    EXPECT_EQ(m_disk.MoveToFree(from, std::string("a\0b", 3)).error, IoError::NotFound);
+    EXPECT_EQ(ReadError(from), IoError::None);
+    EXPECT_EQ(m_content, "new");
+    EXPECT_EQ(m_disk.MoveToFree(from, m_folder.Path("to")).error, IoError::None);
+    EXPECT_EQ(ReadError(from), IoError::NotFound);
+    EXPECT_EQ(ReadError(m_folder.Path("to")), IoError::None);
+    EXPECT_EQ(m_content, "new");
+    EXPECT_EQ(ReadError(taken), IoError::None);
+    EXPECT_EQ(m_content, "old");
 }
 
 TEST(SystemStatusTest, SortsTheSystemsErrors) {

@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <limits>
+
 namespace nqp2::platform {
 namespace {
 
@@ -65,6 +68,52 @@ TEST(NumberTextTest, SaturatesOutOfRange) {
     for (const auto& row : cases) {
         EXPECT_EQ(ToInt32(row.text), row.narrow);
         EXPECT_EQ(ToInt64(row.text), row.wide);
+    }
+}
+
+TEST(NumberTextTest, RealNumbersEndWhereTheyCannotGoOn) {
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    const std::pair<std::wstring_view, double> rows[] = {
+        {L"", 0.0},
+        {L"0.5", 0.5},
+        {L" \t\n-1.25x", -1.25},
+        {L"+2", 2.0},
+        {L".5", 0.5},
+        {L"5.", 5.0},
+        {L"1e2", 100.0},
+        {L"1e", 1.0},
+        {L"1,5", 1.0},
+        {L"x1", 0.0},
+        {L"+-1", 0.0},
+        {L"--1", 0.0},
+        {L"- 1", 0.0},
+        {L"1.5.5", 1.5},
+        {L"\u0661", 0.0},
+        {L"1\u00A05", 1.0},
+        {L"1e999", kInfinite},
+        {L"-1e999", -kInfinite},
+        {L"1e-999", 0.0},
+        {std::wstring_view(L"1\0002", 3), 1.0},
+    };
+    for (const auto& [text, number] : rows) {
+        EXPECT_EQ(ToDouble(text), number) << testing::PrintToString(std::wstring(text));
+    }
+    EXPECT_DOUBLE_EQ(ToDouble(L"0.1"), 0.1);
+}
+
+TEST(NumberTextTest, RealNumbersDoNotFollowTheLocale) {
+    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+    bool commaFound = false;
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "de_DE"}) {
+        commaFound = commaFound || std::setlocale(LC_NUMERIC, name) != nullptr;
+    }
+    const double number = ToDouble(L"0.5");
+    const double cut = ToDouble(L"0,5");
+    std::setlocale(LC_NUMERIC, before.c_str());
+    EXPECT_EQ(number, 0.5);
+    EXPECT_EQ(cut, 0.0);
+    if (!commaFound) {
+        GTEST_SKIP() << "no locale with a decimal comma on this system";
     }
 }
 

@@ -31,9 +31,10 @@ enum class Operation {
     WriteWhole,
     FreeSpace,
     RemoveFile,
+    MoveToFree,
     MakeFolder,
 };
-inline constexpr std::size_t kOperations = 9;
+inline constexpr std::size_t kOperations = 10;
 
 /// Which calls fail and how. The defaults match every call.
 struct Fault {
@@ -140,6 +141,10 @@ public:
     platform::IoStatus RemoveFile(const std::string& path) override {
         platform::IoStatus status = Enter(Operation::RemoveFile, path);
         return status ? m_inner.RemoveFile(path) : status;
+    }
+    platform::IoStatus MoveToFree(const std::string& from, const std::string& to) override {
+        platform::IoStatus status = Enter(Operation::MoveToFree, from);
+        return status ? m_inner.MoveToFree(from, to) : status;
     }
     platform::IoStatus MakeFolder(const std::string& path) override {
         platform::IoStatus status = Enter(Operation::MakeFolder, path);

@@ -1,0 +1,14 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/FixedTypes.h"
+
+namespace nqp2::media {
+
+/// Results of the operations that read a card.
+inline constexpr __int64 kRead = 0;
+inline constexpr __int64 kCannotRead = 1;
+
+} // namespace nqp2::media

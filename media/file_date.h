@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/CString.h"
+
+#include <ctime>
+#include <optional>
+
+namespace nqp2::media {
+
+/// A file's time as local date text, 2026-11-21T08:05:09; "Unknow" (sic: hosts compare it) when
+/// there is none.
+CString FileDateText(std::optional<std::time_t> time);
+
+} // namespace nqp2::media
