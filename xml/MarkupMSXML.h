@@ -42,10 +42,125 @@ public:
     /// One sentence on the last load that failed; a successful load does not clear it.
     CString GetError();
 
+    /// The cursor: a parent position, a main position among its children and a child position among
+    /// the main position's children. A position that is not set stands before its level's first
+    /// element. Moves return 1, or 0 with every position where it was.
+    ///
     /// Moves the cursor back before the first element of a level.
     void ResetChildPos();
     void ResetMainPos();
     void ResetPos();
+    /// Moves to the next element after the main position with that qualified name; null or ""
+    /// fits any.
+    int FindElem(const wchar_t* name = nullptr);
+    /// The same among the main position's children; without a main position it first moves to the
+    /// first element.
+    int FindChildElem(const wchar_t* name = nullptr);
+    /// Makes the main position the parent and the child position the main one.
+    int IntoElem();
+    /// The way back; 0 at the top.
+    int OutOfElem();
+
+    /// Qualified name; "" for a position that is not set.
+    CString GetTagName();
+    CString GetChildTagName();
+    /// All text below an element; the data of any other node ("target data" for an instruction).
+    CString GetData();
+    CString GetChildData();
+    /// The attribute of exactly that qualified name; "" when it is missing.
+    CString GetAttrib(const wchar_t* name);
+    CString GetChildAttrib(const wchar_t* name);
+    /// Name of the main position's attribute at `index`, from 0, declarations included; "" beyond.
+    CString GetAttribName(int index);
+    /// How many elements of that name the main position's level has; null or "" counts all.
+    int GetElemCount(const wchar_t* name = nullptr);
+
+    /// Make an element in the default namespace, holding `value` when it is not empty, and move to
+    /// it: behind the reference position or, for the insert forms, before it; without a reference
+    /// at the end of the level, or at its start. Return 0 without a main position at child level
+    /// and for a second document element.
+    int AddElem(const wchar_t* name, const wchar_t* value = nullptr);
+    int AddElem(const wchar_t* name, int value);
+    int AddElem(const wchar_t* name, __int64 value);
+    int AddElem(const wchar_t* name, double value);
+    int InsertElem(const wchar_t* name, const wchar_t* value = nullptr);
+    int InsertElem(const wchar_t* name, int value);
+    int InsertElem(const wchar_t* name, __int64 value);
+    int InsertElem(const wchar_t* name, double value);
+    int AddChildElem(const wchar_t* name, const wchar_t* value = nullptr);
+    int AddChildElem(const wchar_t* name, int value);
+    int AddChildElem(const wchar_t* name, __int64 value);
+    int AddChildElem(const wchar_t* name, double value);
+    int InsertChildElem(const wchar_t* name, const wchar_t* value = nullptr);
+    int InsertChildElem(const wchar_t* name, int value);
+    int InsertChildElem(const wchar_t* name, __int64 value);
+    int InsertChildElem(const wchar_t* name, double value);
+    /// Empties the document, gives it an XML declaration and adds its root element.
+    int CreateMainRoot(const wchar_t* name, const wchar_t* value = nullptr);
+    /// Add and set are the same: the attribute gets the value, new or not. Return 0 when the
+    /// position is not set or the name is empty.
+    int AddAttrib(const wchar_t* name, const wchar_t* value);
+    int AddAttrib(const wchar_t* name, int value);
+    int SetAttrib(const wchar_t* name, const wchar_t* value);
+    int SetAttrib(const wchar_t* name, int value);
+    int AddChildAttrib(const wchar_t* name, const wchar_t* value);
+    int AddChildAttrib(const wchar_t* name, int value);
+    int SetChildAttrib(const wchar_t* name, const wchar_t* value);
+    int SetChildAttrib(const wchar_t* name, int value);
+    /// The namespace of elements that are made from now on; null stands for none.
+    void SetDefaultNamespace(const wchar_t* ns);
+    /// Replace what the position holds by one text, or by one CDATA section when `cdata` is
+    /// nonzero. An instruction takes "target data" with its own target.
+    int SetData(const wchar_t* value, int cdata = 0);
+    int SetData(int value, int cdata = 0);
+    int SetData(__int64 value, int cdata = 0);
+    int SetData(double value, int cdata = 0);
+    int SetChildData(const wchar_t* value, int cdata = 0);
+    int SetChildData(int value, int cdata = 0);
+    int SetChildData(__int64 value, int cdata = 0);
+    int SetChildData(double value, int cdata = 0);
+    /// Take the element out of the document. The position moves to the element before it, so that
+    /// the next search finds the one that followed; before the first it is no longer set.
+    int RemoveElem();
+    int RemoveChildElem();
+
+    /// Kinds of nodes; they may be combined for FindNode.
+    enum NodeKind : int {
+        kElementNode = 1,
+        kTextNode = 2,
+        kCDataNode = 4,
+        kInstructionNode = 8,
+        kCommentNode = 16,
+        kDocumentTypeNode = 32,
+        kAnyNode = 63,
+    };
+    /// Moves the main position to the next node of one of the kinds. Returns its kind, or 0.
+    int FindNode(int kinds = kAnyNode);
+    /// Kind of the main position's node, or 0.
+    int GetNodeType();
+    /// Make a node of one kind beside the main position and move to it. `text` is an element's name,
+    /// an instruction's "target data", or characters. A document type cannot be made.
+    int AddNode(int kind, const wchar_t* text);
+    int InsertNode(int kind, const wchar_t* text);
+    /// Takes the main position's node out, whatever its kind; see RemoveElem.
+    int RemoveNode();
+
+    /// Add the root element of an XML text beside or below the main position, as AddElem and its
+    /// kin place an element. Return 0 when the text is not well-formed (GetError tells why).
+    int AddSubDoc(const wchar_t* xml);
+    int InsertSubDoc(const wchar_t* xml);
+    int AddChildSubDoc(const wchar_t* xml);
+    int InsertChildSubDoc(const wchar_t* xml);
+    /// The main or child position's element as XML text; "" when it is not set.
+    CString GetSubDoc();
+    CString GetChildSubDoc();
+    /// The document as XML text.
+    CString GetDoc();
+    /// The main position; null before the first element.
+    [[nodiscard]] const IXMLDOMNodePtr& GetMainPosPtr() const { return m_pMainPos; }
+    /// Makes a node of this document the main position. Returns 0 for null and for a node that
+    /// stands in no document.
+    int SetMainPosPtr(const IXMLDOMNodePtr& node);
 
     /// The text of the first node that `xpath` selects, all descendant text included; "" when there
     /// is none, which is written to the debugger output unless `bIgnoreMissing` is nonzero.
@@ -68,9 +183,22 @@ public:
     static CString FromVARIANT(const _variant_t& value);
 
     /// The document; null only when none could be created.
-    [[nodiscard]] const IXMLDOMDocumentPtr& GetDoc() const { return m_pDoc; }
+    [[nodiscard]] const IXMLDOMDocumentPtr& GetDocumentPtr() const { return m_pDoc; }
 
 protected:
+    enum class x_Level { Main, Child };
+    enum class x_Place { After, Before };
+
+    IXMLDOMNodePtr x_FindElem(const IXMLDOMNodePtr& parent, const IXMLDOMNodePtr& after,
+                              const wchar_t* name) const;
+    int x_AddElem(x_Level level, x_Place place, const wchar_t* name, const wchar_t* value);
+    int x_AddSubDoc(x_Level level, x_Place place, const wchar_t* xml);
+    int x_PlaceNode(x_Level level, x_Place place, nqp2::dom::Node& node);
+    int x_AddNode(x_Place place, int kind, const wchar_t* text);
+    int x_SetAttrib(const IXMLDOMNodePtr& element, const wchar_t* name, const wchar_t* value);
+    int x_SetData(const IXMLDOMNodePtr& node, const wchar_t* value, int cdata);
+    int x_Remove(IXMLDOMNodePtr& position, bool elementsOnly);
+
     HRESULT x_CreateInstance();
     int x_ParseError();
     /// Lets go of the old content, runs one load and sets cursor and error text; 1 or 0.

@@ -112,17 +112,3 @@ int CMarkupMSXML::x_ParseError() {
 CString CMarkupMSXML::GetError() {
     return m_strError;
 }
-
-void CMarkupMSXML::ResetChildPos() {
-    m_pChildPos = nullptr;
-}
-
-void CMarkupMSXML::ResetMainPos() {
-    ResetChildPos();
-    m_pMainPos = nullptr;
-}
-
-void CMarkupMSXML::ResetPos() {
-    ResetMainPos();
-    m_pParentPos = m_pDoc != nullptr ? m_pDoc->DocumentNode() : nullptr;
-}

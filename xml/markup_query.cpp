@@ -5,16 +5,15 @@
 
 #include "platform/ComError.h"
 #include "platform/diagnostics.h"
-#include "platform/unicode.h"
-#include "xml/dom/document.h"
-#include "xml/dom/select.h"
+#include "xml/document_queries.h"
+#include "xml/dom/node.h"
 #include "xml/query_text.h"
 
-using nqp2::dom::Node;
 using nqp2::platform::OutputDebugStringW;
-using nqp2::platform::TextFromUtf8;
-using nqp2::platform::Utf8FromText;
-using nqp2::xml::PathOf;
+using nqp2::xml::AttributeOf;
+using nqp2::xml::NodeAt;
+using nqp2::xml::NodesAt;
+using nqp2::xml::ParamNodeAt;
 using nqp2::xml::TextOf;
 
 int CMarkupMSXML::GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing) {
@@ -23,7 +22,7 @@ int CMarkupMSXML::GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing)
     }
     val = _variant_t();
     try {
-        const IXMLDOMNodePtr node = m_pDoc->SelectSingle(PathOf(xpath));
+        const IXMLDOMNodePtr node = NodeAt(m_pDoc, xpath);
         if (node == nullptr && bIgnoreMissing != 0) {
             return 1;
         }
@@ -51,17 +50,11 @@ CString CMarkupMSXML::GetNodeAttribute(CString xpath, CString attribute) {
         return {};
     }
     try {
-        const IXMLDOMNodePtr node = m_pDoc->SelectSingle(PathOf(_bstr_t(xpath)));
-        if (node == nullptr) {
-            OutputDebugStringW(L"selectSingleNode Failed");
-            return {};
+        const IXMLDOMNodePtr node = NodeAt(m_pDoc, _bstr_t(xpath));
+        if (node != nullptr) {
+            return AttributeOf(*node, attribute);
         }
-        const std::string wanted = Utf8FromText(attribute.View());
-        for (const Node* each = node->firstAttribute; each != nullptr; each = each->next) {
-            if (BaseName(*each) == wanted) {
-                return TextFromUtf8(each->content);
-            }
-        }
+        OutputDebugStringW(L"selectSingleNode Failed");
     } catch (const _com_error&) {
         OutputDebugStringW(L"selectSingleNode Throw Exception");
     }
@@ -70,37 +63,18 @@ CString CMarkupMSXML::GetNodeAttribute(CString xpath, CString attribute) {
 
 CMSXmlParserNode CMarkupMSXML::GetNode(_bstr_t xpath) {
     CMSXmlParserNode handle;
-    if (m_pDoc != nullptr) {
-        handle.SetNode(m_pDoc->SelectSingle(PathOf(xpath)));
-    }
+    handle.SetNode(NodeAt(m_pDoc, xpath));
     return handle;
 }
 
 CMSXmlParserNode CMarkupMSXML::GetNodeList(_bstr_t xpath) {
     CMSXmlParserNode handle;
-    if (m_pDoc == nullptr) {
-        return handle;
-    }
-    IXMLDOMNodeListPtr list = m_pDoc->SelectNodes(PathOf(xpath));
-    if (list->Length() > 0) {
-        handle.SetNodeList(list);
-    }
+    handle.SetNodeList(NodesAt(m_pDoc, xpath));
     return handle;
 }
 
 CMSXmlParserNode CMarkupMSXML::FindParamNode(_bstr_t xpath, CString name) {
     CMSXmlParserNode handle;
-    if (m_pDoc == nullptr) {
-        return handle;
-    }
-    const IXMLDOMNodeListPtr list = m_pDoc->SelectNodes(PathOf(xpath));
-    for (std::size_t i = 0; i < list->Length(); ++i) {
-        const IXMLDOMNodePtr item = list->Item(i);
-        const Node* const nameNode = SelectFirst(*item, "NAME");
-        if (nameNode != nullptr && TextOf(*nameNode) == name) {
-            handle.SetNode(item);
-            break;
-        }
-    }
+    handle.SetNode(ParamNodeAt(m_pDoc, xpath, name));
     return handle;
 }

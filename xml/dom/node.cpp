@@ -12,12 +12,12 @@ bool HoldsCharacters(const Node& node) {
     return node.type == NodeType::Text || node.type == NodeType::CData;
 }
 
-bool HoldsChildren(const Node& node) {
+} // namespace
+
+bool TakesChildren(const Node& node) {
     return node.type == NodeType::Element || node.type == NodeType::Document ||
            node.type == NodeType::Fragment;
 }
-
-} // namespace
 
 std::string_view BaseName(const Node& node) {
     if (node.type == NodeType::Attribute && node.name == kXmlns) {
@@ -55,7 +55,7 @@ bool IsDeclaration(const Node& attribute) {
 }
 
 std::string_view Text(const Node& node, std::string& scratch) {
-    if (!HoldsChildren(node)) {
+    if (!TakesChildren(node)) {
         return node.content;
     }
     const Node* const only = node.firstChild;

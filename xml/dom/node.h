@@ -46,6 +46,8 @@ std::string_view BaseName(const Node& node);
 std::string_view Prefix(const Node& node);
 /// Name as the platform shows it: "#text" and its like for nodes without one.
 std::string_view NodeName(const Node& node);
+/// Whether other nodes may stand below it.
+bool TakesChildren(const Node& node);
 /// Whether the attribute declares a namespace.
 bool IsDeclaration(const Node& attribute);
 

@@ -92,7 +92,8 @@ Node& Tree::CreateInstruction(std::string_view target, std::string_view data) {
 }
 
 bool Tree::Insert(Node& parent, Node& child, Node* before) {
-    if (&parent == m_document && !MayStandInDocument(*this, child)) {
+    if (!TakesChildren(parent) || (before != nullptr && before->parent != &parent) ||
+        (&parent == m_document && !MayStandInDocument(*this, child))) {
         return false;
     }
     Node* const after = before != nullptr ? before->previous : parent.lastChild;
@@ -144,7 +145,7 @@ void Tree::SetAttribute(Node& element, std::string_view name, std::string_view v
     AppendAttribute(element, last, name, value, uri);
 }
 
-bool Tree::SetText(Node& node, std::string_view text) {
+bool Tree::SetText(Node& node, std::string_view text, NodeType type) {
     if (node.type == NodeType::Document) {
         return false;
     }
@@ -156,7 +157,38 @@ bool Tree::SetText(Node& node, std::string_view text) {
     while (node.firstChild != nullptr) {
         Unlink(*node.firstChild);
     }
-    return Insert(node, CreateCharacters(NodeType::Text, text), nullptr);
+    return Insert(node, CreateCharacters(type, text), nullptr);
+}
+
+Node& Tree::CopyAlone(const Node& source) {
+    Node& copy = Create(source.type);
+    copy.name = m_arena.Copy(source.name);
+    copy.content = m_arena.Copy(source.content);
+    copy.uri = KeepUri(source.uri);
+    copy.prefixLength = source.prefixLength;
+    Node* last = nullptr;
+    for (const Node* each = source.firstAttribute; each != nullptr; each = each->next) {
+        last = &AppendAttribute(copy, last, each->name, each->content, each->uri);
+    }
+    return copy;
+}
+
+Node& Tree::Copy(const Node& source) {
+    Node& top = CopyAlone(source);
+    Node* copy = &top;
+    const Node* from = &source;
+    for (const Node* next = NextInOrder(*from, source); next != nullptr;
+         next = NextInOrder(*from, source)) {
+        // Up to the copy of the parent that the next node has.
+        for (const Node* up = from; up != next->parent; up = up->parent) {
+            copy = copy->parent;
+        }
+        Node& child = CopyAlone(*next);
+        Insert(*copy, child, nullptr);
+        copy = &child;
+        from = next;
+    }
+    return top;
 }
 
 void Tree::SetRule(SelectionRule rule) {

@@ -43,7 +43,8 @@ public:
     Node& CreateInstruction(std::string_view target, std::string_view data);
 
     /// Links `child`, which stands alone, before `before` or at the end when that is null. Returns
-    /// false, with nothing changed, for a second document element or characters beside it.
+    /// false, with nothing changed, for a second document element or characters beside it, for a
+    /// parent that takes no children and a `before` that is none of them.
     bool Insert(Node& parent, Node& child, Node* before);
     /// Takes the node out of its parent; it stays valid.
     void Unlink(Node& node);
@@ -53,8 +54,11 @@ public:
     /// Adds an attribute behind the others, or gives the one of that name a new value.
     void SetAttribute(Node& element, std::string_view name, std::string_view value,
                       std::string_view uri = {});
-    /// Replaces what the node holds by one text. Returns false for the document.
-    bool SetText(Node& node, std::string_view text);
+    /// Replaces what the node holds by one text (or CDATA section, where the node is an element).
+    /// Returns false for the document.
+    bool SetText(Node& node, std::string_view text, NodeType type = NodeType::Text);
+    /// A copy of the node and everything below it, made in this tree; it stands alone.
+    Node& Copy(const Node& source);
 
     /// A pointer to the node that keeps the tree alive.
     std::shared_ptr<Node> Share(Node* node);
@@ -70,6 +74,7 @@ public:
 
 private:
     Node& Create(NodeType type);
+    Node& CopyAlone(const Node& source);
     std::string_view KeepUri(std::string_view uri);
 
     Arena m_arena;

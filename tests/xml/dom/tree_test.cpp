@@ -62,6 +62,57 @@ TEST(Tree, SetTextReplacesAllChildrenAndParsesNothing) {
     EXPECT_EQ(document.Saved(), "<r>plain</r>\r\n");
 }
 
+TEST(Tree, RefusesPlacesThatAreNone) {
+    LoadedDocument document("<r a='1'>x<b/><!--c--></r>");
+    Tree& tree = document.Nodes();
+    Node& root = *tree.Root();
+    Node& stray = tree.CreateElement("s", "");
+    Node& fresh = tree.CreateElement("f", "");
+    EXPECT_FALSE(tree.Insert(root, fresh, &stray)) << "before a node that stands elsewhere";
+    EXPECT_FALSE(tree.Insert(document.First("r/b"), fresh, root.firstChild));
+    for (Node* const childless : {root.firstChild, root.lastChild, root.firstAttribute}) {
+        EXPECT_FALSE(tree.Insert(*childless, fresh, nullptr)) << NodeName(*childless);
+    }
+    EXPECT_EQ(document.Saved(), "<r a=\"1\">x<b/><!--c--></r>\r\n");
+}
+
+TEST(Tree, CopyIsWholeAndStandsAlone) {
+    const std::string deep = "<r>" + Repeated("<d>", 200) + "x" + Repeated("</d>", 200) + "</r>";
+    const std::string documents[] = {
+        "<r/>",
+        "<r><a><b><c/></b></a><d/>x</r>",
+        "<r xmlns=\"u\" xmlns:p=\"v\" p:k=\"1\">a<p:b k=\"2\"><!--c--><?i "
+        "d?></p:b><![CDATA[<]]><e/></r>",
+        deep,
+    };
+    for (const std::string& text : documents) {
+        const LoadedDocument source(text);
+        Document target(SelectionRule::Names::Namespace);
+        Node& copy = target.Content()->Copy(*source.Nodes().Root());
+        EXPECT_EQ(copy.parent, nullptr);
+        EXPECT_EQ(Serialize(copy), Serialize(*source.Nodes().Root())) << text;
+        ASSERT_TRUE(target.Content()->Insert(target.Content()->DocumentNode(), copy, nullptr));
+        source.Nodes().SetText(*source.Nodes().Root(), "changed");
+        EXPECT_EQ(Serialize(*target.DocumentNode()), text + "\r\n");
+    }
+}
+
+TEST(Tree, CopyTakesNamespacesFromAboveAlong) {
+    const LoadedDocument source("<r xmlns='u' xmlns:p='v'><a p:k='1'><p:b/></a></r>");
+    Document target(SelectionRule::Names::Namespace);
+    const Node& copy = target.Content()->Copy(source.First("r/a"));
+    EXPECT_EQ(Serialize(copy), "<a xmlns=\"u\" xmlns:p=\"v\" p:k=\"1\"><p:b/></a>");
+}
+
+TEST(Tree, SetTextMakesOneSectionOnRequest) {
+    LoadedDocument document("<r>x<a/></r>");
+    Tree& tree = document.Nodes();
+    ASSERT_TRUE(tree.SetText(*tree.Root(), "a]]>&", NodeType::CData));
+    EXPECT_EQ(document.Saved(), "<r><![CDATA[a]]]]><![CDATA[>&]]></r>\r\n");
+    ASSERT_TRUE(tree.SetText(*tree.Root()->firstChild, "b", NodeType::Text));
+    EXPECT_EQ(document.Saved(), "<r><![CDATA[b]]></r>\r\n") << "its kind stays";
+}
+
 TEST(Tree, SetAttributeAddsBehindOrReplaces) {
     LoadedDocument document("<r a='1' p:a='2' xmlns:p='u'/>");
     Tree& tree = document.Nodes();

@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/BStr.h"
+#include "platform/CString.h"
+#include "xml/DomPointers.h"
+
+/// Questions that both document classes answer in the same way. A null document answers nothing.
+namespace nqp2::xml {
+
+/// The attribute of that local name; "" when there is none.
+CString AttributeOf(const dom::Node& node, const CString& localName);
+
+/// Throw _com_error for a path that cannot be evaluated.
+IXMLDOMNodePtr NodeAt(const IXMLDOMDocumentPtr& document, const _bstr_t& xpath);
+/// Null when nothing is selected.
+IXMLDOMNodeListPtr NodesAt(const IXMLDOMDocumentPtr& document, const _bstr_t& xpath);
+/// Among the selected elements the first whose child NAME has exactly that text.
+IXMLDOMNodePtr ParamNodeAt(const IXMLDOMDocumentPtr& document, const _bstr_t& xpath,
+                           const CString& name);
+
+} // namespace nqp2::xml

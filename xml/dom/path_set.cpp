@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/path_set.h"
+
+#include <algorithm>
+
+namespace nqp2::dom {
+
+PathSet::PathSet(std::span<const std::string_view> paths) {
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        m_root.Add(paths[i], static_cast<int>(i));
+    }
+}
+
+void PathSet::Name::Add(std::string_view path, int index) {
+    const std::size_t slash = path.find('/');
+    const std::string_view head = path.substr(0, slash);
+    auto child = std::find_if(below.begin(), below.end(),
+                              [&](const Name& each) { return each.name == head; });
+    if (child == below.end()) {
+        child = below.insert(below.end(), Name{head, -1, {}});
+    }
+    if (slash == std::string_view::npos) {
+        child->ends = index;
+    } else {
+        child->Add(path.substr(slash + 1), index);
+    }
+}
+
+void PathSet::Find(const Node& below, std::span<Node*> found) const {
+    std::fill(found.begin(), found.end(), nullptr);
+    Gather(below, m_root, found);
+}
+
+// As deep as the longest path, whatever the document's depth.
+void PathSet::Gather(const Node& element, const Name& names, std::span<Node*> found) {
+    for (Node* child = element.firstChild; child != nullptr; child = child->next) {
+        if (child->type != NodeType::Element) {
+            continue;
+        }
+        const auto fits = std::find_if(names.below.begin(), names.below.end(),
+                                       [&](const Name& each) { return each.name == child->name; });
+        if (fits == names.below.end()) {
+            continue;
+        }
+        if (fits->ends >= 0 && found[static_cast<std::size_t>(fits->ends)] == nullptr) {
+            found[static_cast<std::size_t>(fits->ends)] = child;
+        }
+        if (!fits->below.empty()) {
+            Gather(*child, *fits, found);
+        }
+    }
+}
+
+} // namespace nqp2::dom

@@ -1,0 +1,94 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/schema.h"
+
+#include "xml/dom/quiet_libxml.h"
+#include "xml/dom/serialize.h"
+
+#include <libxml/parser.h>
+#include <libxml/xmlschemas.h>
+#include <libxml/xmlschemastypes.h>
+
+#include <memory>
+#include <mutex>
+#include <string_view>
+
+namespace nqp2::dom {
+namespace {
+
+constexpr std::uint32_t kErrorInvalid = 0xC00CE225U;
+constexpr std::uint32_t kErrorNoGrammar = 0xC00CE224U;
+
+template <auto Free>
+struct Freed {
+    template <class Type>
+    void operator()(Type* object) const {
+        Free(object);
+    }
+};
+using Doc = std::unique_ptr<xmlDoc, Freed<xmlFreeDoc>>;
+using SchemaParser = std::unique_ptr<xmlSchemaParserCtxt, Freed<xmlSchemaFreeParserCtxt>>;
+using Schema = std::unique_ptr<xmlSchema, Freed<xmlSchemaFree>>;
+using Validation = std::unique_ptr<xmlSchemaValidCtxt, Freed<xmlSchemaFreeValidCtxt>>;
+
+void KeepFirst(void* data, xmlErrorPtr error) {
+    auto& kept = *static_cast<ParseError*>(data);
+    if (kept.reason.empty() && error->message != nullptr) {
+        kept.reason = error->message;
+        kept.line = error->line;
+    }
+}
+
+/// `encoding`: null where the text tells it itself.
+Doc Parsed(const std::string& text, const char* encoding) {
+    return Doc(xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, encoding,
+                             XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+}
+
+/// Documents are held against the declarations without namespace.
+bool HasTargetNamespace(const xmlDoc& schema) {
+    const xmlNode* const root = xmlDocGetRootElement(&schema);
+    return root != nullptr && xmlHasNsProp(root, BAD_CAST "targetNamespace", nullptr) != nullptr;
+}
+
+/// Whether the schema is made of several files.
+bool WantsOtherFiles(const xmlNode* node) {
+    for (; node != nullptr; node = node->next) {
+        if (node->type == XML_ELEMENT_NODE &&
+            (xmlHasNsProp(node, BAD_CAST "schemaLocation", nullptr) != nullptr ||
+             WantsOtherFiles(node->children))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+ParseError Validate(const Node& document, const std::string& schema) {
+    // The built-in types are one table for the process, made without a lock when first needed.
+    static std::once_flag once;
+    std::call_once(once, xmlSchemaInitTypes);
+    const QuietLibxml quiet;
+    ParseError noGrammar{kErrorNoGrammar, "", 0, 0, Fault::NotWellFormed};
+    const Doc schemaDoc = Parsed(schema, nullptr);
+    if (schemaDoc == nullptr || schemaDoc->intSubset != nullptr || HasTargetNamespace(*schemaDoc) ||
+        WantsOtherFiles(schemaDoc->children)) {
+        noGrammar.reason = "the schema is no single XML Schema document without namespace";
+        return noGrammar;
+    }
+    const SchemaParser parser(xmlSchemaNewDocParserCtxt(schemaDoc.get()));
+    xmlSchemaSetParserStructuredErrors(parser.get(), KeepFirst, &noGrammar);
+    const Schema grammar(xmlSchemaParse(parser.get()));
+    const Doc subject = Parsed(Serialize(document), "UTF-8");
+    if (grammar == nullptr || subject == nullptr) {
+        return noGrammar;
+    }
+    ParseError invalid{kErrorInvalid, "", 0, 0, Fault::NotWellFormed};
+    const Validation validation(xmlSchemaNewValidCtxt(grammar.get()));
+    xmlSchemaSetValidStructuredErrors(validation.get(), KeepFirst, &invalid);
+    return xmlSchemaValidateDoc(validation.get(), subject.get()) == 0 ? ParseError() : invalid;
+}
+
+} // namespace nqp2::dom
