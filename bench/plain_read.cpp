@@ -36,9 +36,9 @@ std::size_t ReadFile(const std::string& path, Buffer& buffer) {
 
 /// Calls `visit` with the number of bytes that each file left in the buffer.
 template <class Visit>
-void ReadEach(const std::string& card, Buffer& buffer, Visit visit) {
-    const std::vector<std::string> names = ListClips(card);
-    std::string path = ClipFolder(card);
+void ReadEach(const std::string& folder, Buffer& buffer, Visit visit) {
+    const std::vector<std::string> names = ListFolder(folder);
+    std::string path = folder;
     const std::size_t folderLength = path.size();
     for (const std::string& name : names) {
         path.resize(folderLength);
@@ -54,7 +54,10 @@ std::string ClipFolder(const std::string& card) {
 }
 
 std::vector<std::string> ListClips(const std::string& card) {
-    const std::string path = ClipFolder(card);
+    return ListFolder(ClipFolder(card));
+}
+
+std::vector<std::string> ListFolder(const std::string& path) {
     const auto closeFolder = [](DIR* folder) { closedir(folder); };
     const std::unique_ptr<DIR, decltype(closeFolder)> folder(opendir(path.c_str()), closeFolder);
     if (!folder) {
@@ -70,16 +73,20 @@ std::vector<std::string> ListClips(const std::string& card) {
 }
 
 std::size_t ReadOneAfterAnother(const std::string& card) {
+    return ReadFolder(ClipFolder(card));
+}
+
+std::size_t ReadFolder(const std::string& folder) {
     Buffer buffer;
     std::size_t bytes = 0;
-    ReadEach(card, buffer, [&bytes](std::size_t count) { bytes += count; });
+    ReadEach(folder, buffer, [&bytes](std::size_t count) { bytes += count; });
     return bytes;
 }
 
 std::vector<std::string> ReadDocuments(const std::string& card) {
     Buffer buffer;
     std::vector<std::string> documents;
-    ReadEach(card, buffer,
+    ReadEach(ClipFolder(card), buffer,
              [&](std::size_t count) { documents.emplace_back(buffer.data(), count); });
     return documents;
 }

@@ -16,10 +16,13 @@ std::string ClipFolder(const std::string& card);
 
 /// Names of the card's metadata files in the file system's order.
 std::vector<std::string> ListClips(const std::string& card);
+/// The same for any folder, its path with a trailing separator.
+std::vector<std::string> ListFolder(const std::string& path);
 
 /// Lists the clip folder, then opens, reads and closes file after file into one buffer. Returns
 /// how many bytes came.
 std::size_t ReadOneAfterAnother(const std::string& card);
+std::size_t ReadFolder(const std::string& folder);
 
 /// The metadata files' bytes.
 std::vector<std::string> ReadDocuments(const std::string& card);

@@ -77,7 +77,29 @@ def ratios(small: int, large: int) -> list[Ratio]:
               figure(f"slow_load/{small}"), figure(f"slow_read_floor/{small}"), 0.6),
         Ratio("system calls per clip / five", "calls", figure("calls:load"), fixed(5), 1.0),
     ]
-    return lines
+    return lines + list_ratios(figure, fixed)
+
+
+def list_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
+    """The lines for edit lists, ingest lists and capacity."""
+
+    def each(name: str, count: int) -> Callable[[Figures], float]:
+        return lambda figures: figures[f"{name}/{count}"] / count * 1000
+
+    return [
+        Ratio("1000 edit lists / plain read", "ms", figure("load_lists/1000"),
+              figure("list_floor/1000"), 13),
+        Ratio("time per edit list, 1000 / 100", "us", each("load_lists", 1000),
+              each("load_lists", 100), 1.15),
+        Ratio("time per edit list, 10000 / 1000", "us", each("load_lists", 10000),
+              each("load_lists", 1000), 1.15),
+        Ratio("saving 10000 events / libxml2 alone", "ms", figure("save_list"),
+              figure("save_floor"), 3),
+        Ratio("ingest mark per clip, 10000 / 1000 listed", "us", each("ingest", 10000),
+              each("ingest", 1000), 1.2),
+        Ratio("capacity figure / 10 ns", "ns", lambda figures: figures["capacity"] * 1e6,
+              fixed(10), 1.0),
+    ]
 
 
 def summarize(lines: list[Ratio], rounds: list[Figures]) -> list[Row]:
@@ -112,7 +134,7 @@ def figures_of(report: dict) -> Figures:
     """The figures of one JSON report of the benchmark program."""
     figures: Figures = {}
     for entry in report["benchmarks"]:
-        name = "/".join(entry["name"].split("/")[:2])
+        name = "/".join(part for part in entry["name"].split("/")[:2] if part != "real_time")
         if entry.get("error_occurred"):
             raise RuntimeError(f"{name}: {entry['error_message']}")
         figures[name] = entry["real_time"]
@@ -154,6 +176,11 @@ def measure_round(program: Path, cards: list[Path], min_time: float) -> Figures:
              f"--benchmark_min_time={min_time}", card],
             check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         figures.update(figures_of(json.loads(result.stdout)))
+    result = subprocess.run(
+        [program.with_name("bench_lists"), "--benchmark_format=json",
+         f"--benchmark_min_time={min_time / 5}", cards[0].parent / "lists"],
+        check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    figures.update(figures_of(json.loads(result.stdout)))
     return figures
 
 

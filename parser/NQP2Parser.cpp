@@ -3,14 +3,15 @@
 
 #include "parser/NQP2Parser.h"
 
+#include "media/card_status.h"
 #include "media/identifier.h"
-#include "parser/guard.h"
-#include "parser/status.h"
+#include "platform/guard.h"
 #include "platform/module.h"
 #include "xml/MarkupMSXML.h"
+#include "xml/NQXmlParser.h"
 
-using nqp2::parser::Guarded;
-using nqp2::parser::kRead;
+using nqp2::media::kRead;
+using nqp2::platform::Guarded;
 
 namespace {
 
@@ -56,6 +57,9 @@ void CNQP2Parser::InitP2CmgrDll() {
 
 __int64 CNQP2Parser::Init() {
     return Guarded(kRead, [&] {
+        if (m_pXmlBuilder == nullptr) {
+            m_pXmlBuilder = new CNQXmlParser;
+        }
         if (m_pMarkup == nullptr) {
             m_pMarkup = new CMarkupMSXML;
         }
@@ -64,6 +68,8 @@ __int64 CNQP2Parser::Init() {
 }
 
 __int64 CNQP2Parser::Release() {
+    delete m_pXmlBuilder;
+    m_pXmlBuilder = nullptr;
     delete m_pMarkup;
     m_pMarkup = nullptr;
     return kRead;

@@ -5,6 +5,8 @@
 
 #include "media/CodeType.h"
 #include "media/P2Clip.h"
+#include "media/P2EDL.h"
+#include "media/P2SegInfo.h"
 #include "parser/DiskFormat.h"
 #include "parser/ScanReport.h"
 #include "platform/CArray.h"
@@ -77,6 +79,41 @@ public:
     /// All that the card's first clip file tells, the texts as they stand there. Same result.
     __int64 GetDiskFormat(CString root, nqp2::DiskFormat& format);
 
+    /// Whether a recording of that many frames fits on the card: 1 or 0. `audioFlag` 0 counts
+    /// 16-bit audio, anything else 24-bit; always four channels. 0 for a card without contents
+    /// folder.
+    int GetDiscFree(CString drive, eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
+                    __int64 frames);
+    /// The same; also the card's free bytes and the frames that fit in them, these counted with
+    /// 16-bit audio whatever the flag says.
+    int GetDiscFree(CString drive, eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
+                    __int64 frames, __int64& freeBytes, __int64& maxFrames);
+    /// The first frame count at which a video file reaches the size limit, and in `size` the bytes
+    /// that the recording then takes. 0 and size 0 for a code type without a frame size.
+    __int64 GetMaxFrameBy4GBSize(eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
+                                 __int64& size);
+    /// Frames that fit in the space; zero or negative below the fixed cost of a recording.
+    __int64 CountFramesFromSpace(eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
+                                 __int64 space);
+    /// Bytes that a recording takes. Results beyond 64 bits are cut off at the largest number.
+    __int64 CountSpaceFromFrames(eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
+                                 __int64 frames);
+
+    /// Appends the edit lists in root/EDITLIST that can be read. Returns 0, or 1 before Init and
+    /// when there is no such folder.
+    __int64 LoadEdl(CString root, CArray<tag_P2EDL>& edls);
+    /// Writes an edit list into root/EDITLIST, under `name` when `useName` is nonzero and the name
+    /// is not empty, else under the next free name. Returns 0, or 1 for any failure.
+    __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name);
+    /// The same; `saved` receives the interface path of the file.
+    __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name,
+                      CString& saved);
+
+    /// Adds segments to the ingest lists of one or more cards: root/USERDATA/`fileName` on each.
+    /// Returns 0, or 1 for an empty file name and when a card's folder cannot be made (cards before
+    /// it are written). Whether a list could be saved is not told.
+    __int64 WriteIngestXML(const CString& fileName, IngestRequest& request);
+
     /// The 64-digit identifier text of a GUID; a fresh one for an all-zero GUID.
     CString CreateUMID(_GUID guid);
     /// The GUID in an identifier's last 32 digits; all zero when they are not hexadecimal.
@@ -98,6 +135,10 @@ private:
     int LoadClipFromXml(const CString& path, _tag_P2Clip& clip);
     __int64 GetDiskFormatEx(CString root, CString& frameRate, CString& codec, CString& editUnit,
                             int& class50);
+    __int64 GetNewEdlName(CString root, CString id, CString& name);
+    int CheckEdlSerialNumber(int number, const CString& pattern);
+    __int64 GetClobalClipID(CString guidText, CString note, CString& identifier);
+    int DeleteIngestNode(const CString& root, const CString& clipName);
     static void DeleteSameMemo(CArray<_tag_P2Memo>& memos);
 
     CTNQ264BitSupport* m_pSupport = nullptr;

@@ -4,16 +4,16 @@
 #include "parser/NQP2Parser.h"
 
 #include "media/card_layout.h"
-#include "parser/guard.h"
-#include "parser/status.h"
+#include "media/card_status.h"
 #include "platform/case_blind.h"
 #include "platform/file_find.h"
+#include "platform/guard.h"
 #include "platform/PathText.h"
 #include "xml/MarkupMSXML.h"
 
-using nqp2::parser::Guarded;
-using nqp2::parser::kCannotRead;
-using nqp2::parser::kRead;
+using nqp2::media::kCannotRead;
+using nqp2::media::kRead;
+using nqp2::platform::Guarded;
 
 namespace {
 

@@ -4,18 +4,18 @@
 #include "parser/card_scan.h"
 
 #include "media/card_layout.h"
+#include "media/card_status.h"
 #include "parser/clip_reader.h"
 #include "parser/clip_texts.h"
 #include "parser/essence_lookup.h"
-#include "parser/guard.h"
 #include "parser/NQP2Parser.h"
-#include "parser/read_ahead.h"
 #include "parser/scan_remarks.h"
-#include "parser/status.h"
 #include "parser/takes.h"
 #include "platform/case_blind.h"
 #include "platform/file_find.h"
+#include "platform/guard.h"
 #include "platform/PathText.h"
+#include "platform/read_ahead.h"
 #include "xml/dom/document.h"
 #include "xml/dom/XmlLimits.h"
 #include "xml/MarkupMSXML.h"
@@ -76,7 +76,7 @@ public:
           m_report(report) {}
 
     void Run(const std::vector<platform::FoundFile>& files, CArray<_tag_P2Clip>& clips) {
-        ReadAhead contents(PathsOf(files), std::min(kReadAheadLimit, MaxXmlFileSize()));
+        platform::ReadAhead contents(PathsOf(files), std::min(kReadAheadLimit, MaxXmlFileSize()));
         std::string content;
         for (const platform::FoundFile& file : files) {
             m_clip.Reset();
@@ -114,13 +114,13 @@ private:
         }
         const int loaded = status ? m_reader.LoadBytes(content) : m_reader.LoadXml(file.path);
         if (loaded == 0) {
-            Report(NotLoaded(file.path, m_reader.GetDoc()->LastError()));
+            Report(NotLoaded(file.path, m_reader.GetDocumentPtr()->LastError()));
         }
         return loaded != 0;
     }
 
     void Add(const platform::FoundFile& file, CArray<_tag_P2Clip>& clips) {
-        const ClipTexts texts(*m_reader.GetDoc(), m_pool);
+        const ClipTexts texts(*m_reader.GetDocumentPtr(), m_pool);
         ReadScannedClip(texts, m_essence, m_clip);
         if (!texts.HasContent()) {
             Report(Remark(file.path, SkipReason::NoClipContent));
@@ -155,7 +155,7 @@ private:
 
 void ScanClips(const CString& contents, CMarkupMSXML* reader, bool keepDigit,
                CArray<_tag_P2Clip>& clips, ScanReport* report) {
-    if (reader == nullptr || reader->GetDoc() == nullptr) {
+    if (reader == nullptr || reader->GetDocumentPtr() == nullptr) {
         return;
     }
     platform::IoStatus status;
@@ -172,6 +172,10 @@ void ScanClips(const CString& contents, CMarkupMSXML* reader, bool keepDigit,
 }
 
 namespace {
+
+using media::kCannotRead;
+using media::kRead;
+using platform::Guarded;
 
 __int64 LoadClips(const CString& root, CMarkupMSXML* reader, int keepDigit,
                   CArray<_tag_P2Clip>& clips, ScanReport* report) {

@@ -5,6 +5,7 @@
 
 #include "media/identifier.h"
 #include "platform/number_text.h"
+#include "xml/dom/path_set.h"
 #include "xml/dom/select.h"
 
 #include <stdexcept>
@@ -12,64 +13,15 @@
 namespace nqp2::parser {
 namespace {
 
-/// The paths as a tree of names, so that one pass over the elements meets all of them.
-struct NameTree {
-    std::string_view name;
-    int value = -1; ///< index of the ClipPath that ends here
-    std::vector<NameTree> below;
-
-    void Add(std::string_view path, int index) {
-        const std::size_t slash = path.find('/');
-        const std::string_view head = path.substr(0, slash);
-        NameTree& child = Below(head);
-        if (slash == std::string_view::npos) {
-            child.value = index;
-        } else {
-            child.Add(path.substr(slash + 1), index);
-        }
-    }
-
-    NameTree& Below(std::string_view head) {
-        for (NameTree& each : below) {
-            if (each.name == head) {
-                return each;
-            }
-        }
-        below.push_back({head, -1, {}});
-        return below.back();
-    }
-};
-
-const NameTree& Names() {
-    static const NameTree tree = [] {
-        NameTree root;
+const dom::PathSet& Paths() {
+    static const dom::PathSet paths = [] {
+        std::array<std::string_view, kClipPathCount> below;
         for (std::size_t i = 0; i < kClipPathCount; ++i) {
-            root.Add(kClipPaths[i].below, static_cast<int>(i));
+            below[i] = kClipPaths[i].below;
         }
-        return root;
+        return dom::PathSet(below);
     }();
-    return tree;
-}
-
-using Slots = std::array<dom::Node*, kClipPathCount>;
-
-// As deep as the longest path, whatever the document's depth.
-void Gather(const dom::Node& element, const NameTree& names, Slots& slots) {
-    for (dom::Node* child = element.firstChild; child != nullptr; child = child->next) {
-        if (child->type != dom::NodeType::Element) {
-            continue;
-        }
-        for (const NameTree& each : names.below) {
-            if (each.name != child->name) {
-                continue;
-            }
-            if (each.value >= 0 && slots[static_cast<std::size_t>(each.value)] == nullptr) {
-                slots[static_cast<std::size_t>(each.value)] = child;
-            }
-            Gather(*child, each, slots);
-            break;
-        }
-    }
+    return paths;
 }
 
 std::string FullPath(std::string_view below) {
@@ -82,7 +34,7 @@ ClipTexts::ClipTexts(dom::Document& document, TextPool& pool) : m_document(docum
     dom::Node& top = document.Content()->DocumentNode();
     m_contents = dom::SelectAll(top, kClipContentPath);
     if (m_contents.size() == 1) {
-        Gather(*m_contents.front(), Names(), m_nodes);
+        Paths().Find(*m_contents.front(), m_nodes);
         return;
     }
     // Several contents may stand in each other; then only the general selection keeps the order.

@@ -4,9 +4,9 @@
 #include "parser/free_name.h"
 
 #include "media/card_layout.h"
-#include "parser/guard.h"
 #include "parser/NQP2Parser.h"
 #include "platform/folder_index.h"
+#include "platform/guard.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
 
@@ -64,6 +64,6 @@ int CNQP2Parser::CheckName(CString& name, CString root) {
 }
 
 int CNQP2Parser::CheckName(CString& name, CString root, __int64& tried) {
-    return nqp2::parser::Guarded(
+    return nqp2::platform::Guarded(
         0, [&] { return nqp2::parser::FindFreeName(root, name, tried) ? 1 : 0; });
 }

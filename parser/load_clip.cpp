@@ -4,19 +4,19 @@
 #include "parser/NQP2Parser.h"
 
 #include "media/card_layout.h"
+#include "media/card_status.h"
 #include "parser/clip_reader.h"
 #include "parser/clip_texts.h"
 #include "parser/essence_lookup.h"
-#include "parser/guard.h"
-#include "parser/status.h"
+#include "platform/guard.h"
 #include "xml/MarkupMSXML.h"
 
+using nqp2::media::kCannotRead;
+using nqp2::media::kRead;
 using nqp2::parser::ClipTexts;
 using nqp2::parser::EssenceLookup;
-using nqp2::parser::Guarded;
-using nqp2::parser::kCannotRead;
-using nqp2::parser::kRead;
 using nqp2::parser::TextPool;
+using nqp2::platform::Guarded;
 
 namespace {
 
@@ -40,7 +40,7 @@ __int64 CNQP2Parser::LoadClipInfo(CString root, CString clipName, _tag_P2Clip& c
         }
         TextPool pool;
         EssenceLookup essence(contents, EssenceLookup::Mode::OneClip);
-        ReadNamedClip(ClipTexts(*m_pMarkup->GetDoc(), pool), essence, clip);
+        ReadNamedClip(ClipTexts(*m_pMarkup->GetDocumentPtr(), pool), essence, clip);
         return kRead;
     });
 }
@@ -52,7 +52,7 @@ int CNQP2Parser::LoadClipFromXml(const CString& path, _tag_P2Clip& clip) {
         }
         TextPool pool;
         EssenceLookup essence(ContentsAbove(path), EssenceLookup::Mode::OneClip);
-        ReadScannedClip(ClipTexts(*m_pMarkup->GetDoc(), pool), essence, clip);
+        ReadScannedClip(ClipTexts(*m_pMarkup->GetDocumentPtr(), pool), essence, clip);
         return 1;
     });
 }

@@ -12,16 +12,17 @@ from typing import Iterator, NamedTuple, Optional
 
 BASE = {"platform"}
 READERS = BASE | {"media", "xml", "xml/dom"}
-SUBJECTS = ("edl", "capacity", "avchd", "bridge")
+SUBJECTS = ("edl", "capacity", "ingest", "avchd", "bridge")
 
 # The folders that each folder may include from, beside itself.
 MAY_INCLUDE = {
     "platform": set(),
     "media": BASE,
     "xml/dom": BASE,
-    "xml": BASE | {"xml/dom"},
+    "xml": BASE | {"media", "xml/dom"},
     "channel": BASE,
     "edl": READERS,
+    "ingest": READERS,
     "capacity": READERS,
     "avchd": READERS,
     "bridge": READERS | {"channel"},

@@ -22,6 +22,20 @@ struct NQP2ParserPeer {
     static int LoadClipFromXml(CNQP2Parser& parser, const CString& path, _tag_P2Clip& clip) {
         return parser.LoadClipFromXml(path, clip);
     }
+    static __int64 GetNewEdlName(CNQP2Parser& parser, const CString& root, const CString& id,
+                                 CString& name) {
+        return parser.GetNewEdlName(root, id, name);
+    }
+    static int CheckEdlSerialNumber(CNQP2Parser& parser, int number, const CString& pattern) {
+        return parser.CheckEdlSerialNumber(number, pattern);
+    }
+    static __int64 GetClobalClipID(CNQP2Parser& parser, const CString& guidText,
+                                   const CString& note, CString& identifier) {
+        return parser.GetClobalClipID(guidText, note, identifier);
+    }
+    static int DeleteIngestNode(CNQP2Parser& parser, const CString& root, const CString& clipName) {
+        return parser.DeleteIngestNode(root, clipName);
+    }
     static bool HasCardManager(const CNQP2Parser& parser) { return parser.m_hP2Cmgr != nullptr; }
     static bool HasEntryPoints(const CNQP2Parser& parser) {
         return parser.m_pfnDDP2CInit != nullptr && parser.m_pfnDDP2CLogSense != nullptr;

@@ -118,7 +118,7 @@ TEST(ClipTexts, GiveWhatAskingPathByPathGives) {
         CMarkupMSXML markup;
         ASSERT_EQ(markup.LoadBytes(xml), 1) << xml;
         TextPool pool;
-        const ClipTexts texts(*markup.GetDoc(), pool);
+        const ClipTexts texts(*markup.GetDocumentPtr(), pool);
         for (const ClipPathEntry& each : kClipPaths) {
             const CString path = platform::TextFromUtf8(Full(each.below));
             const CString expected = markup.GetNodeText(path, 1);
@@ -157,7 +157,8 @@ TEST(ClipTexts, TellWhetherThereIsContent) {
         CMarkupMSXML markup;
         ASSERT_EQ(markup.LoadBytes(each.xml), 1);
         TextPool pool;
-        EXPECT_EQ(ClipTexts(*markup.GetDoc(), pool).HasContent(), each.hasContent) << each.xml;
+        EXPECT_EQ(ClipTexts(*markup.GetDocumentPtr(), pool).HasContent(), each.hasContent)
+            << each.xml;
     }
 }
 

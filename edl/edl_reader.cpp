@@ -1,0 +1,259 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "edl/edl_reader.h"
+
+#include "edl/edl_layout.h"
+#include "media/file_date.h"
+#include "media/identifier.h"
+#include "media/timecode.h"
+#include "platform/case_blind.h"
+#include "platform/case_fold.h"
+#include "platform/file_find.h"
+#include "platform/file_system.h"
+#include "platform/guid_text.h"
+#include "platform/number_text.h"
+#include "platform/PathText.h"
+#include "platform/read_ahead.h"
+#include "xml/dom/document.h"
+#include "xml/dom/path_set.h"
+#include "xml/dom/XmlLimits.h"
+#include "xml/MarkupMSXML.h"
+#include "xml/query_text.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nqp2::edl {
+namespace {
+
+using platform::ToInt32;
+
+constexpr int kIgnoreMissing = 1;
+
+// Files up to this size are read ahead; larger ones are read piece by piece.
+constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} * 1024;
+
+enum class EventPath {
+    Offset,
+    Duration,
+    SerialNo,
+    ClipName,
+    GlobalClipID,
+    SourceOffset,
+    Channel,
+    AudioInOffset,
+    AudioOutOffset,
+    AudioLevel,
+    Note,
+    Count,
+};
+constexpr std::size_t kEventPaths = static_cast<std::size_t>(EventPath::Count);
+
+// In the order of EventPath.
+constexpr std::array<std::string_view, kEventPaths> kBelowEvent = {
+    "Offset",
+    "Duration",
+    "Source/P2SerialNo.",
+    "Source/ClipName",
+    "Source/GlobalClipID",
+    "Source/Offset",
+    "Source/Channel",
+    "AudioInOffset",
+    "AudioOutOffset",
+    "AudioLevel",
+    "Note",
+};
+
+/// The texts of one event; of none at all when there is no node.
+class EventTexts {
+public:
+    explicit EventTexts(const dom::Node* event) {
+        static const dom::PathSet paths(kBelowEvent);
+        if (event != nullptr) {
+            paths.Find(*event, m_nodes);
+        }
+    }
+    [[nodiscard]] CString operator[](EventPath path) const {
+        const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
+        return node != nullptr ? xml::TextOf(*node) : CString();
+    }
+    [[nodiscard]] std::int32_t Number(EventPath path) const {
+        return ToInt32((*this)[path].View());
+    }
+
+private:
+    std::array<dom::Node*, kEventPaths> m_nodes{};
+};
+
+/// Up to four words separated by blanks, each handed to `take` with its index.
+template <class Take>
+void ForEachWord(const CString& text, Take take) {
+    constexpr int kWords = 4;
+    std::wstring_view left = text.View();
+    for (int i = 0; i < kWords; ++i) {
+        left.remove_prefix(std::min(left.find_first_not_of(L' '), left.size()));
+        if (left.empty()) {
+            return;
+        }
+        const std::wstring_view word = left.substr(0, left.find(L' '));
+        take(i, word);
+        left.remove_prefix(word.size());
+    }
+}
+
+/// The sum of source position and length less one, without leaving 32 bits.
+std::int32_t LastFrame(std::int32_t offset, std::int32_t duration) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    const std::int64_t last = std::int64_t{offset} + duration - 1;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(last, Limits::min(), Limits::max()));
+}
+
+tag_P2EDLClipTrackEvent ReadEvent(const dom::Node* node) {
+    const EventTexts texts(node);
+    tag_P2EDLClipTrackEvent event;
+    event.Offset = texts.Number(EventPath::Offset);
+    event.Duration = texts.Number(EventPath::Duration);
+    event.P2SerialNo = texts[EventPath::SerialNo];
+    event.ClipName = texts[EventPath::ClipName];
+    event.GlobalClipID = texts[EventPath::GlobalClipID];
+    event.GlobalClipGuid = media::GuidFromIdentifier(event.GlobalClipID);
+    event.SourceOffset = texts.Number(EventPath::SourceOffset);
+    event.SourceIn = event.SourceOffset;
+    event.SourceOut = LastFrame(event.SourceOffset, event.Duration);
+    ForEachWord(texts[EventPath::Channel],
+                [&](int index, std::wstring_view word) { event.Channels[index] = ToInt32(word); });
+    if (!texts[EventPath::AudioInOffset].IsEmpty()) {
+        event.AudioInOffset = texts.Number(EventPath::AudioInOffset);
+    }
+    if (!texts[EventPath::AudioOutOffset].IsEmpty()) {
+        event.AudioOutOffset = texts.Number(EventPath::AudioOutOffset);
+    }
+    ForEachWord(texts[EventPath::AudioLevel], [&](int index, std::wstring_view word) {
+        event.AudioLevels[index] = platform::ToDouble(word);
+    });
+    event.Note = texts[EventPath::Note];
+    return event;
+}
+
+/// Splits the text at its first "/". False for a unit that cannot be one.
+bool ReadEditUnit(const CString& text, tag_P2EDL::Fraction& unit) {
+    const int slash = text.Find(L'/');
+    if (slash < 0) {
+        return true;
+    }
+    unit.Numerator = ToInt32(text.Left(slash).View());
+    unit.Denominator = ToInt32(text.Mid(slash + 1).View());
+    return unit.Numerator >= 1 && unit.Denominator > 0;
+}
+
+CString Content(CMarkupMSXML& reader, const wchar_t* name) {
+    return reader.GetNodeText(CString(L"//P2Main/EditContent/") + name, kIgnoreMissing);
+}
+
+void ReadCodec(CMarkupMSXML& reader, tag_P2EDL& edl) {
+    edl.Codec = Content(reader, L"Codec");
+    const bool asked = IsClassCodec(edl.Codec);
+    edl.Class50 =
+        asked && reader.GetNodeAttribute(L"//P2Main/EditContent/Codec", L"Class") == L"50" ? 1 : 0;
+}
+
+CString IconBeside(const CString& path) {
+    constexpr int kExtension = 4;
+    const CString icon = path.Left(path.GetLength() - kExtension) + L"\\ICON.BMP";
+    return platform::PathExists(PosixPath(icon)) ? icon : CString();
+}
+
+/// The body runs before the first test: a list without events yields one, made of nothing. Kept:
+/// hosts rely on it.
+void ReadEvents(CMarkupMSXML& reader, const wchar_t* path, tag_P2EDL& edl) {
+    const IXMLDOMNodeListPtr list =
+        reader.GetDocumentPtr()->SelectNodes(platform::Utf8FromText(path));
+    IXMLDOMNodePtr node = list->Next();
+    do {
+        edl.Events.Add(ReadEvent(node.get()));
+        node = list->Next();
+    } while (node != nullptr);
+}
+
+const wchar_t* EventsPath(const CString& schema) {
+    return platform::EqualNoCase(schema.Right(4).View(), L"v3.0")
+               ? L"//P2Main/EditContent/TrackList/VideoTrack/EventList/Event"
+               : L"//P2Main/EditContent/TrackList/ClipTrack/EventList/Event";
+}
+
+CString DateOf(const std::string& path) {
+    platform::FileInfo info;
+    const bool known = static_cast<bool>(platform::Files().Stat(path, info));
+    return media::FileDateText(known ? std::optional(info.created) : std::nullopt);
+}
+
+bool LoadFile(CMarkupMSXML& reader, const CString& path, const platform::IoStatus& status,
+              const std::string& content) {
+    if (status) {
+        return reader.LoadBytes(content) != 0;
+    }
+    return status.error == platform::IoError::TooLarge && reader.LoadXml(path) != 0;
+}
+
+std::vector<platform::FoundFile> FilesIn(const CString& folder) {
+    platform::IoStatus status;
+    std::vector<platform::FoundFile> files = platform::FindFiles(folder + L"*.XML", status);
+    std::erase_if(files, [](const platform::FoundFile& file) {
+        return file.isFolder || file.isSpecial || !file.pathIsSafe;
+    });
+    return files;
+}
+
+} // namespace
+
+bool ReadEditList(CMarkupMSXML& reader, const CString& path, tag_P2EDL& edl) {
+    edl.Duration = ToInt32(Content(reader, L"Duration").View());
+    if (!ReadEditUnit(Content(reader, L"EditUnit"), edl.EditUnit)) {
+        return false;
+    }
+    edl.StartTimecode = media::EditFrameCount(Content(reader, L"StartTimecode").View(),
+                                              edl.EditUnit.Numerator, edl.EditUnit.Denominator);
+    edl.FrameRate = Content(reader, L"FrameRate");
+    ReadCodec(reader, edl);
+    edl.ThumbnailFrame = ToInt32(Content(reader, L"Thumbnail/FrameOffset").View());
+    edl.IconPath = IconBeside(path);
+    const CString schema = reader.GetNodeAttribute(L"P2Main", L"");
+    if (schema.Find(L"EditMetadata") < 0) {
+        return false;
+    }
+    ReadEvents(reader, EventsPath(schema), edl);
+    if (edl.IconPath.IsEmpty()) {
+        edl.IconPath = edl.Events[0].Clip.IconPath;
+    }
+    return true;
+}
+
+void ScanEditLists(const CString& folder, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls) {
+    const std::vector<platform::FoundFile> files = FilesIn(folder);
+    std::vector<std::string> paths;
+    for (const platform::FoundFile& file : files) {
+        paths.push_back(file.posixPath);
+    }
+    platform::ReadAhead contents(std::move(paths), std::min(kReadAheadLimit, MaxXmlFileSize()));
+    std::string content;
+    for (const platform::FoundFile& file : files) {
+        const platform::IoStatus status = contents.Next(content);
+        if (!LoadFile(reader, file.path, status, content)) {
+            continue;
+        }
+        tag_P2EDL edl;
+        edl.Identity = platform::NewGuid();
+        edl.Date = DateOf(file.posixPath);
+        edl.Name = file.title;
+        if (ReadEditList(reader, file.path, edl)) {
+            edls.Add(edl);
+        }
+    }
+}
+
+} // namespace nqp2::edl

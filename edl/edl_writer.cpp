@@ -1,0 +1,195 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "edl/edl_writer.h"
+
+#include "edl/edl_layout.h"
+#include "edl/edl_name.h"
+#include "media/card_layout.h"
+#include "media/identifier.h"
+#include "media/timecode.h"
+#include "platform/case_blind.h"
+#include "platform/file_system.h"
+#include "platform/guid_text.h"
+#include "platform/PathText.h"
+#include "xml/MarkupMSXML.h"
+#include "xml/NQXmlParser.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace nqp2::edl {
+namespace {
+
+constexpr int kIgnoreMissing = 1;
+
+/// What the edit is made of, told by a source clip on the card.
+struct Reference {
+    CString editUnit;
+    CString frameRate;
+    CString codec;
+    bool class50 = false;
+};
+
+bool IsFile(const CString& path) {
+    const std::optional<std::string> found = platform::FindExisting(PosixPath(path));
+    platform::FileInfo info;
+    return found && platform::Files().Stat(*found, info) &&
+           info.kind != platform::EntryKind::Folder;
+}
+
+CString Content(CMarkupMSXML& reader, const wchar_t* path) {
+    return reader.GetNodeText(CString(L"//P2Main/ClipContent/") + path, kIgnoreMissing);
+}
+
+Reference ReadReference(CMarkupMSXML& reader) {
+    Reference reference;
+    reference.editUnit = Content(reader, L"EditUnit");
+    reference.frameRate = Content(reader, L"EssenceList/Video/FrameRate");
+    reference.codec = Content(reader, L"EssenceList/Video/Codec");
+    reference.class50 =
+        IsClassCodec(reference.codec) &&
+        reader.GetNodeAttribute(L"//P2Main/ClipContent/EssenceList/Video/Codec", L"Class") == L"50";
+    return reference;
+}
+
+/// The first event's clip that is on the card and carries the event's identifier. Nothing when
+/// there is none, and when a clip file that is there does not load.
+std::optional<Reference> FindReference(const CString& clipFolder, const tag_P2EDL& edl,
+                                       CMarkupMSXML& reader) {
+    for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
+        const CString path = clipFolder + event.ClipName + media::kXmlExtension;
+        if (!media::IsPlainName(event.ClipName) || !IsFile(path)) {
+            continue;
+        }
+        if (reader.LoadXml(path) == 0) {
+            return std::nullopt;
+        }
+        const GUID clip = media::GuidFromIdentifier(Content(reader, L"GlobalClipID"));
+        if (clip == media::GuidFromIdentifier(event.GlobalClipID)) {
+            Reference reference = ReadReference(reader);
+            return reference.codec.IsEmpty() ? std::nullopt : std::optional(reference);
+        }
+    }
+    return std::nullopt;
+}
+
+/// Builds the document; remembers whether any step failed, so that the tree reads as a tree.
+class Writer {
+public:
+    Writer(const tag_P2EDL& edl, const Reference& reference)
+        : m_edl(edl), m_reference(reference),
+          m_rate(media::NominalRate(reference.frameRate.View())) {}
+
+    bool Write() {
+        const eCodeType codeType = CodeTypeFromCodec(m_reference.codec, L"50i", 0, L"50");
+        m_sound = m_builder.CreateP2MainRoot(codeType, 1) != 0;
+        Open(L"EditContent");
+        WriteHead();
+        Open(L"TrackList");
+        Open(L"ClipTrack");
+        Open(L"EventList");
+        for (const tag_P2EDLClipTrackEvent& event : m_edl.Events) {
+            WriteEvent(event);
+        }
+        return m_sound;
+    }
+
+    bool Save(const CString& path) { return m_builder.SaveXml(path) != 0; }
+
+private:
+    void WriteHead() {
+        Number(L"Duration", m_edl.Duration);
+        Text(L"EditUnit", m_reference.editUnit);
+        Text(L"StartTimecode", L"00:00:00:00");
+        Text(L"FrameRate", m_reference.frameRate);
+        // One codec alone carries its class, though four are asked for it: kept.
+        const bool carriesClass = m_reference.codec == L"AVC-I_1080/50i";
+        Text(L"Codec", m_reference.codec, carriesClass ? L"Class" : L"",
+             m_reference.class50 ? L"50" : L"100");
+    }
+
+    void WriteEvent(const tag_P2EDLClipTrackEvent& event) {
+        CString identifier;
+        m_sound = m_sound && media::IdentifierForGuidText(platform::GuidText(event.GlobalClipGuid),
+                                                          event.Note, identifier);
+        const std::int64_t last = std::int64_t{event.SourceOffset} + event.Duration - 1;
+        Open(L"Event");
+        Number(L"Offset", event.Offset);
+        Number(L"Duration", event.Duration);
+        Open(L"Source");
+        Text(L"P2SerialNo.", event.P2SerialNo);
+        Text(L"ClipName", event.ClipName);
+        Text(L"GlobalClipID", identifier);
+        Number(L"Offset", event.SourceOffset);
+        Text(L"InTimecode", media::TimecodeText(event.SourceOffset, m_rate));
+        Text(L"OutTimecode", media::TimecodeText(last, m_rate));
+        Close();
+        Close();
+    }
+
+    void Open(const wchar_t* name) {
+        m_sound = m_sound && m_builder.AddChildElement(name, L"", L"") != 0;
+    }
+    void Close() { m_sound = m_sound && m_builder.BackToParent() != 0; }
+    void Text(const wchar_t* name, const CString& value, const wchar_t* attribute = L"",
+              const wchar_t* attributeValue = L"") {
+        m_sound =
+            m_sound && m_builder.AddChildTextNode(name, value, attribute, attributeValue) != 0;
+    }
+    void Number(const wchar_t* name, std::int32_t value) {
+        CString text;
+        text.Format(L"%d", value);
+        Text(name, text);
+    }
+
+    const tag_P2EDL& m_edl;
+    const Reference& m_reference;
+    int m_rate;
+    CNQXmlParser m_builder;
+    bool m_sound = true;
+};
+
+/// The name with an extension; looked for with its case, so that ".XML" gains a second: kept.
+CString WithExtension(const CString& name) {
+    return name.Find(L".xml") < 0 ? name + L".xml" : name;
+}
+
+bool ChooseName(const CString& folder, const tag_P2EDL& edl, const CString& givenName,
+                CString& name) {
+    if (!givenName.IsEmpty()) {
+        name = WithExtension(givenName);
+        return true;
+    }
+    const tag_P2EDLClipTrackEvent& first = edl.Events[0];
+    const CString id = first.GlobalClipID.IsEmpty() ? platform::GuidText(first.GlobalClipGuid)
+                                                    : first.GlobalClipID;
+    return NewEditListName(folder, id, name);
+}
+
+} // namespace
+
+bool WriteEditList(const CString& cardPath, const tag_P2EDL& edl, const CString& givenName,
+                   CMarkupMSXML& reader, CString& saved) {
+    const CString contents = media::ContentsFolder(cardPath);
+    if (edl.Events.IsEmpty() || !platform::PathExists(PosixPath(contents))) {
+        return false;
+    }
+    const std::optional<Reference> reference =
+        FindReference(contents + media::kClipFolder, edl, reader);
+    if (!reference) {
+        return false;
+    }
+    Writer writer(edl, *reference);
+    CString name;
+    const CString folder = EditListFolder(cardPath);
+    // An identifier may put a separator into the name, as a host may.
+    if (!writer.Write() || !ChooseName(folder, edl, givenName, name) || !media::IsPlainName(name) ||
+        !writer.Save(folder + name)) {
+        return false;
+    }
+    saved = folder + name;
+    return true;
+}
+
+} // namespace nqp2::edl

@@ -1,0 +1,152 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "ingest/ingest_file.h"
+
+#include "media/card_layout.h"
+#include "platform/case_blind.h"
+#include "platform/case_fold.h"
+#include "platform/file_system.h"
+#include "platform/PathText.h"
+#include "xml/MarkupMSXML.h"
+
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace nqp2::ingest {
+namespace {
+
+constexpr const wchar_t* kClip = L"Clip";
+constexpr const wchar_t* kClipName = L"ClipName";
+
+CString NumberText(std::int32_t number) {
+    CString text;
+    text.Format(L"%d", number);
+    return text;
+}
+
+/// The clips of a list by their names, so that each is found without a walk over all of them.
+/// Of several with one name the first counts.
+class ClipIndex {
+public:
+    /// Walks the level that the cursor stands on.
+    explicit ClipIndex(CMarkupMSXML& list) {
+        list.ResetMainPos();
+        while (list.FindElem(kClip) != 0) {
+            m_last = list.GetMainPosPtr();
+            m_clips.emplace(platform::FoldCase(list.GetAttrib(kClipName).View()), m_last);
+        }
+        list.ResetMainPos();
+    }
+
+    /// Moves the list's cursor onto the clip's entry, which is added when there is none yet.
+    /// Returns false when there is no room for it: a document has one element at its top.
+    bool MoveTo(CMarkupMSXML& list, const CString& clipName) {
+        const std::wstring key = platform::FoldCase(clipName.View());
+        const auto found = m_clips.find(key);
+        if (found != m_clips.end()) {
+            return list.SetMainPosPtr(found->second) != 0;
+        }
+        list.SetMainPosPtr(m_last);
+        if (list.AddElem(kClip) == 0) {
+            return false;
+        }
+        list.AddAttrib(kClipName, clipName);
+        m_last = list.GetMainPosPtr();
+        m_clips.emplace(key, m_last);
+        return true;
+    }
+
+private:
+    std::unordered_map<std::wstring, IXMLDOMNodePtr> m_clips;
+    IXMLDOMNodePtr m_last;
+};
+
+/// Gives an unreadable file a name that no scan picks up, so that nothing in it is lost. Returns
+/// false when it stands where it stood; so does a folder in the file's place.
+bool PutAside(const std::string& path) {
+    platform::FileSystem& files = platform::Files();
+    platform::FileInfo info;
+    if (!files.Stat(path, info) || info.kind != platform::EntryKind::File) {
+        return false;
+    }
+    constexpr int kTries = 1000;
+    for (int number = 1; number < kTries; ++number) {
+        const std::string aside = path + ".unreadable" + std::to_string(number);
+        const platform::IoStatus moved = files.MoveToFree(path, aside);
+        if (moved || moved.error != platform::IoError::Exists) {
+            return static_cast<bool>(moved);
+        }
+    }
+    return false;
+}
+
+/// Whether no file stands there, which is more than that none could be seen.
+bool IsAbsent(const std::string& path) {
+    platform::FileInfo info;
+    return platform::Files().Stat(path, info).error == platform::IoError::NotFound;
+}
+
+/// Reads the list, or makes a new one; the cursor then stands on the level of its clips. Returns
+/// false for a file that can neither be read nor be put aside.
+bool Open(CMarkupMSXML& list, const CString& path) {
+    const std::optional<std::string> existing = platform::FindExisting(PosixPath(path));
+    if (!existing) {
+        if (!IsAbsent(PosixPath(path))) {
+            return false;
+        }
+        if (list.CreateMainRoot(L"Media") != 0) {
+            list.AddAttrib(L"MediaID", L"P2");
+            list.IntoElem();
+        }
+        return true;
+    }
+    if (list.Load(path) == 0 && !PutAside(*existing)) {
+        return false;
+    }
+    if (list.FindElem() != 0) {
+        list.IntoElem();
+    }
+    if (list.FindElem(L"Media") != 0) {
+        list.IntoElem();
+    }
+    return true;
+}
+
+/// Adds the segments to the entry on which the cursor stands.
+void AddSegments(CMarkupMSXML& list, const std::vector<tag_P2SegInfo>& segments) {
+    list.IntoElem();
+    for (const tag_P2SegInfo& segment : segments) {
+        if (list.AddElem(L"Segment") != 0) {
+            list.AddAttrib(L"InPoint", NumberText(segment.InPoint));
+            list.AddAttrib(L"OutPoint", NumberText(segment.OutPoint));
+        }
+    }
+    list.OutOfElem();
+}
+
+} // namespace
+
+CString UserDataFolder(const CString& root) {
+    return media::WithDrive(root) + L"\\USERDATA\\";
+}
+
+void AddToFile(const CString& path, const IngestClips& clips) {
+    CMarkupMSXML list;
+    if (!Open(list, path)) {
+        return;
+    }
+    ClipIndex index(list);
+    for (const auto& [clipName, segments] : clips) {
+        if (index.MoveTo(list, clipName)) {
+            AddSegments(list, segments);
+        }
+        list.ResetMainPos();
+    }
+    // Nobody is told whether the list could be saved: kept.
+    list.Save(path);
+}
+
+} // namespace nqp2::ingest

@@ -1,0 +1,260 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/file_system.h"
+#include "tests/edl/edl_test.h"
+#include "tests/support/faulty_file_system.h"
+
+#include <ctime>
+
+namespace nqp2::edl {
+namespace {
+
+using testing::ElementsAre;
+
+using EdlReaderTest = EdlTest;
+
+TEST_F(EdlReaderTest, EveryValueIsRead) {
+    AddFile("P001AB.XML",
+            "<P2Main xmlns=\"urn:x:EditMetadata:v2.0\"><EditContent><Duration>90</Duration>"
+            "<EditUnit>1001/30000</EditUnit><StartTimecode>01:00:01:02</StartTimecode>"
+            "<FrameRate>59.94i</FrameRate><Codec Class=\"50\">AVC-I_1080/50i</Codec>"
+            "<Thumbnail><FrameOffset>12</FrameOffset></Thumbnail><TrackList><ClipTrack><EventList>"
+            "<Event><Offset>5</Offset><Duration>50</Duration><Source><P2SerialNo.>ABC1234"
+            "</P2SerialNo.><ClipName>0001AA</ClipName><GlobalClipID>1f</GlobalClipID>"
+            "<Offset>100</Offset><Channel>3  2</Channel></Source><AudioInOffset>7</AudioInOffset>"
+            "<AudioOutOffset>0</AudioOutOffset><AudioLevel>0.5 -1e1 x 2 9</AudioLevel>"
+            "<Note> a note </Note></Event><Event><Offset>55</Offset></Event>"
+            "</EventList></ClipTrack></TrackList></EditContent></P2Main>");
+    m_card.Folder().Write("EDITLIST/P001AB/icon.bmp");
+    const tag_P2EDL edl = LoadOnly();
+    EXPECT_EQ(edl.LeadingText, L"");
+    EXPECT_EQ(edl.Name, L"P001AB");
+    EXPECT_EQ(edl.Duration, 90);
+    EXPECT_EQ(edl.EditUnit.Numerator, 1001);
+    EXPECT_EQ(edl.EditUnit.Denominator, 30000);
+    EXPECT_EQ(edl.StartTimecode, 3601 * 29 + 2) << "29 frames a second by integer division";
+    EXPECT_EQ(edl.FrameRate, L"59.94i");
+    EXPECT_EQ(edl.Codec, L"AVC-I_1080/50i");
+    EXPECT_EQ(edl.Class50, 1);
+    EXPECT_EQ(edl.ThumbnailFrame, 12);
+    EXPECT_EQ(edl.IconPath, m_card.Root() + L"\\EDITLIST\\P001AB\\ICON.BMP");
+    EXPECT_EQ(edl.ExtTrack.First, 0);
+    EXPECT_EQ(edl.ExtTrack.Second, 1);
+    ASSERT_EQ(edl.Events.GetSize(), 2);
+    const tag_P2EDLClipTrackEvent& event = edl.Events[0];
+    EXPECT_EQ(event.Offset, 5);
+    EXPECT_EQ(event.Duration, 50);
+    EXPECT_EQ(event.P2SerialNo, L"ABC1234");
+    EXPECT_EQ(event.ClipName, L"0001AA");
+    EXPECT_EQ(event.GlobalClipID, L"1f");
+    EXPECT_EQ(event.GlobalClipGuid, (GUID{0, 0, 0, {0, 0, 0, 0, 0, 0, 0, 0x1f}}));
+    EXPECT_EQ(event.SourceOffset, 100);
+    EXPECT_EQ(event.SourceIn, 100);
+    EXPECT_EQ(event.SourceOut, 149);
+    EXPECT_EQ(event.AudioInOffset, 7);
+    EXPECT_EQ(event.AudioOutOffset, 0);
+    EXPECT_THAT(event.Channels, ElementsAre(3, 2, 2, 3));
+    EXPECT_THAT(event.AudioLevels, ElementsAre(0.5, -10.0, 0.0, 2.0));
+    EXPECT_EQ(event.Note, L" a note ");
+    EXPECT_EQ(event.Clip.ClipName, _tag_P2Clip().ClipName) << "the source record stays fresh";
+    EXPECT_EQ(edl.Events[1].Offset, 55);
+    EXPECT_EQ(edl.Events[1].SourceOut, -1);
+    EXPECT_EQ(edl.Events[1].AudioOutOffset, -1);
+}
+
+TEST_F(EdlReaderTest, MissingElementsLeaveDefaultsAndOneEvent) {
+    for (const char* tracks : {"", "TrackList/ClipTrack/EventList"}) {
+        AddEdl("P001.XML", tracks[0] == 0 ? test::ClipValues{} : test::ClipValues{{tracks, ""}});
+        const tag_P2EDL edl = LoadOnly();
+        EXPECT_EQ(edl.Duration, 0);
+        EXPECT_EQ(edl.EditUnit.Numerator, 1);
+        EXPECT_EQ(edl.EditUnit.Denominator, 25);
+        EXPECT_EQ(edl.IconPath, L"");
+        EXPECT_EQ(edl.Codec, L"");
+        ASSERT_EQ(edl.Events.GetSize(), 1);
+        const tag_P2EDLClipTrackEvent& event = edl.Events[0];
+        EXPECT_EQ(event.Offset, 0);
+        EXPECT_EQ(event.SourceIn, 0);
+        EXPECT_EQ(event.SourceOut, -1);
+        EXPECT_EQ(event.AudioInOffset, -1);
+        EXPECT_EQ(event.GlobalClipGuid, GUID());
+        EXPECT_THAT(event.Channels, ElementsAre(0, 1, 2, 3));
+        EXPECT_THAT(event.AudioLevels, ElementsAre(1.0, 1.0, 1.0, 1.0));
+    }
+}
+
+TEST_F(EdlReaderTest, WordsAreSplitAtBlanksAndFourAreTaken) {
+    const struct {
+        const char* text;
+        std::vector<int> channels;
+        std::vector<double> levels;
+    } rows[] = {
+        {"", {0, 1, 2, 3}, {1, 1, 1, 1}},
+        {"   ", {0, 1, 2, 3}, {1, 1, 1, 1}},
+        {"  7", {7, 1, 2, 3}, {7, 1, 1, 1}},
+        {"4 3 2 1 0 9", {4, 3, 2, 1}, {4, 3, 2, 1}},
+        {"1\t2 3", {1, 3, 2, 3}, {1, 3, 1, 1}},
+        {"0.5", {0, 1, 2, 3}, {0.5, 1, 1, 1}},
+        {"x -2 1e2", {0, -2, 1, 3}, {0, -2, 100, 1}},
+        {"1,5 2", {1, 2, 2, 3}, {1, 2, 1, 1}},
+    };
+    for (const auto& row : rows) {
+        AddEdl("P001.XML", {{"TrackList/ClipTrack/EventList/Event/Source/Channel", row.text},
+                            {"TrackList/ClipTrack/EventList/Event/AudioLevel", row.text}});
+        const tag_P2EDLClipTrackEvent event = LoadOnly().Events[0];
+        EXPECT_THAT(event.Channels, testing::ElementsAreArray(row.channels)) << row.text;
+        EXPECT_THAT(event.AudioLevels, testing::ElementsAreArray(row.levels)) << row.text;
+    }
+}
+
+TEST_F(EdlReaderTest, EditUnitsThatCannotBeDropTheFile) {
+    constexpr struct {
+        const char* text;
+        bool read;
+        std::int32_t numerator;
+        std::int32_t denominator;
+    } kRows[] = {
+        {"1/50", true, 1, 50},
+        {"25", true, 1, 25},
+        {"", true, 1, 25},
+        {" 2 / 3x", true, 2, 3},
+        {"1/25/0", true, 1, 25},
+        {"0/25", false, 0, 0},
+        {"-1/25", false, 0, 0},
+        {"1/0", false, 0, 0},
+        {"1/-25", false, 0, 0},
+        {"/", false, 0, 0},
+        {"99999999999/99999999999", true, INT32_MAX, INT32_MAX},
+    };
+    for (const auto& row : kRows) {
+        AddEdl("P001.XML", {{"EditUnit", row.text}});
+        const CArray<tag_P2EDL> edls = Load();
+        ASSERT_EQ(edls.GetSize(), row.read ? 1 : 0) << row.text;
+        if (row.read) {
+            EXPECT_EQ(edls[0].EditUnit.Numerator, row.numerator) << row.text;
+            EXPECT_EQ(edls[0].EditUnit.Denominator, row.denominator) << row.text;
+        }
+    }
+}
+
+TEST_F(EdlReaderTest, Class50IsForFourCodecsOnly) {
+    constexpr struct {
+        const char* codec;
+        const char* codecClass;
+        int flag;
+    } kRows[] = {
+        {"AVC-I_1080/50i", "50", 1},    {"AVC-I_1080/25p", "50", 1},
+        {"AVC-I_720/50p", "50", 1},     {"AVC-I_720/59.94p", "50", 1},
+        {"AVC-I_1080/59.94i", "50", 0}, {"AVC-I_720/23.98p", "50", 0},
+        {"avc-i_1080/50i", "50", 0},    {"AVC-I_1080/50i ", "50", 0},
+        {"AVC-I_1080/50i", "100", 0},   {"AVC-I_1080/50i", "", 0},
+        {"DV25_411", "50", 0},
+    };
+    for (const auto& row : kRows) {
+        AddEdl("P001.XML", {{"Codec", row.codec}, {"Codec@Class", row.codecClass}});
+        EXPECT_EQ(LoadOnly().Class50, row.flag) << row.codec << row.codecClass;
+    }
+}
+
+TEST_F(EdlReaderTest, TheSchemaDecidesWhetherAndWhereEventsAreRead) {
+    constexpr struct {
+        const char* root; ///< attributes of P2Main
+        int duration;     ///< of the first event; -1: no edit list
+    } kRows[] = {
+        {"xmlns=\"urn:P2:EditMetadata:v2.0\"", 1},   {"xmlns=\"urn:P2:EditMetadata:v3.0\"", 2},
+        {"xmlns=\"urn:P2:EditMetadata:V3.0\"", 2},   {"xmlns=\"EditMetadata\"", 1},
+        {"xmlns=\"urn:P2:EditMetadata:v3.0x\"", 1},  {"xmlns=\"urn:P2:ClipMetadata:v3.0\"", -1},
+        {"xmlns=\"urn:P2:editmetadata:v2.0\"", -1},  {"", -1},
+        {"schema=\"urn:P2:EditMetadata:v2.0\"", -1}, {"xmlns:p=\"urn:P2:EditMetadata:v2.0\"", -1},
+    };
+    for (const auto& row : kRows) {
+        AddFile("P001.XML", std::string("<P2Main ") + row.root +
+                                "><EditContent><TrackList>"
+                                "<ClipTrack><EventList><Event><Duration>1</Duration></Event>"
+                                "</EventList></ClipTrack>"
+                                "<VideoTrack><EventList><Event><Duration>2</Duration></Event>"
+                                "</EventList></VideoTrack></TrackList></EditContent></P2Main>");
+        const CArray<tag_P2EDL> edls = Load();
+        EXPECT_EQ(edls.IsEmpty() ? -1 : edls[0].Events[0].Duration, row.duration) << row.root;
+    }
+}
+
+TEST_F(EdlReaderTest, SourceOutStaysWithin32Bits) {
+    constexpr struct {
+        const char* offset;
+        const char* duration;
+        std::int32_t out;
+    } kRows[] = {
+        {"100", "50", 149},
+        {"2147483647", "2147483647", INT32_MAX},
+        {"-2147483648", "-2147483648", INT32_MIN},
+        {"2147483647", "1", INT32_MAX},
+        {"-2147483648", "0", INT32_MIN},
+    };
+    for (const auto& row : kRows) {
+        AddEdl("P001.XML", {{"TrackList/ClipTrack/EventList/Event/Source/Offset", row.offset},
+                            {"TrackList/ClipTrack/EventList/Event/Duration", row.duration}});
+        EXPECT_EQ(LoadOnly().Events[0].SourceOut, row.out) << row.offset;
+    }
+}
+
+TEST_F(EdlReaderTest, RecordsAreAppendedWithFreshIdentities) {
+    AddEdl("P001.XML");
+    CArray<tag_P2EDL> edls;
+    ASSERT_EQ(m_parser.LoadEdl(m_card.Root(), edls), 0);
+    ASSERT_EQ(m_parser.LoadEdl(InterfaceRoot(m_card.Folder().Path()), edls), 0);
+    ASSERT_EQ(edls.GetSize(), 2);
+    EXPECT_FALSE(edls[0].Identity == edls[1].Identity);
+    EXPECT_FALSE(edls[0].Identity == GUID());
+}
+
+TEST_F(EdlReaderTest, UnreadableFilesAreSkippedAndTheScanGoesOn) {
+    AddEdl("P001.XML");
+    AddEdl("p002.xml");
+    AddFile("P003.XML", "");
+    AddFile("P004.XML", "<P2Main");
+    AddFile("P005.XML", "<!DOCTYPE P2Main [<!ENTITY a \"b\">]>" + EdlXml({}));
+    AddFile("P006.XML", EdlXml({}, "urn:other"));
+    AddEdl("P007.XML~");
+    AddEdl("P008.txt");
+    m_card.Folder().MakeFolder("EDITLIST/P009.XML");
+    AddFile("P010.XML", EdlXml({{"Codec", std::string(300'000, 'x')}}));
+    AddEdl(".XML");
+    std::set<CString> names;
+    for (const tag_P2EDL& edl : Load()) {
+        names.insert(edl.Name);
+    }
+    EXPECT_THAT(names, ElementsAre(L"", L"P001", L"P010", L"p002"));
+}
+
+TEST_F(EdlReaderTest, CardsWithoutFolderOrParsersWithoutDocumentAreTold) {
+    CArray<tag_P2EDL> edls;
+    EXPECT_EQ(m_parser.LoadEdl(m_card.Root(), edls), 1);
+    m_card.Folder().Write("EDITLIST", "a file");
+    EXPECT_EQ(m_parser.LoadEdl(m_card.Root(), edls), 1);
+    std::filesystem::remove(m_card.Folder().Path("EDITLIST"));
+    m_card.Folder().MakeFolder("editlist");
+    EXPECT_EQ(m_parser.LoadEdl(m_card.Root(), edls), 0) << "any letter case";
+    m_parser.Release();
+    EXPECT_EQ(m_parser.LoadEdl(m_card.Root(), edls), 1);
+    EXPECT_TRUE(edls.IsEmpty());
+}
+
+TEST_F(EdlReaderTest, TheDateIsTheFilesLocalTimeOrUnknow) {
+    const std::string path = AddEdl("P001.XML");
+    platform::FileInfo info;
+    ASSERT_TRUE(platform::DiskFiles().Stat(path, info));
+    std::tm local{};
+    ASSERT_NE(localtime_r(&info.created, &local), nullptr);
+    char text[40];
+    ASSERT_NE(std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local), 0U);
+    EXPECT_EQ(platform::Utf8FromText(LoadOnly().Date.View()), text);
+    test::FaultyFileSystem faulty;
+    faulty.Fail({.operation = test::Operation::Stat, .pathPart = "P001.XML"});
+    const platform::ScopedFileSystem inPlace(faulty);
+    EXPECT_EQ(LoadOnly().Date, L"Unknow");
+}
+
+} // namespace
+} // namespace nqp2::edl

@@ -1,0 +1,165 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/DebugOutput.h"
+#include "tests/ingest/ingest_test.h"
+#include "tests/xml/captured_texts.h"
+
+namespace nqp2::ingest {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using IngestListTest = IngestTest;
+
+TEST_F(IngestListTest, AFreshCardGetsFolderAndFile) {
+    EXPECT_EQ(Add({{L"0002BB", {{INT32_MIN, INT32_MAX}}}, {L"0001AA", {{0, 9}, {20, 29}}}}), 0);
+    EXPECT_EQ(File(), "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\r\n"
+                      "<Media MediaID=\"P2\">"
+                      "<Clip ClipName=\"0001AA\"><Segment InPoint=\"0\" OutPoint=\"9\"/>"
+                      "<Segment InPoint=\"20\" OutPoint=\"29\"/></Clip>"
+                      "<Clip ClipName=\"0002BB\">"
+                      "<Segment InPoint=\"-2147483648\" OutPoint=\"2147483647\"/></Clip>"
+                      "</Media>\r\n");
+    EXPECT_THAT(FilesInFolder(), ElementsAre("Ingest.xml"));
+}
+
+TEST_F(IngestListTest, SegmentsAreAppendedToTheirClips) {
+    SetFile("<Media MediaID=\"P2\" Kept=\"1\">\n <!-- kept -->\n"
+            " <Clip ClipName=\"0002bb\" Kept=\"1\"><Segment InPoint=\"1\" OutPoint=\"2\"/></Clip>\n"
+            " <Other/>\n <Clip ClipName=\"0002BB\"/>\n</Media>");
+    EXPECT_EQ(Add({{L"0002BB", {{3, 4}, {5, 6}}}, {L"0001AA", {{7, 8}}}, {L"0003CC", {}}}), 0);
+    EXPECT_THAT(Listed(), ElementsAre("0002bb 1-2 3-4 5-6", "0002BB", "0001AA 7-8", "0003CC"));
+    EXPECT_EQ(Add({{L"0002BB", {{9, 9}}}, {L"0003cc", {{1, 1}}}}), 0);
+    EXPECT_THAT(Listed(),
+                ElementsAre("0002bb 1-2 3-4 5-6 9-9", "0002BB", "0001AA 7-8", "0003CC 1-1"));
+    EXPECT_THAT(File(), testing::HasSubstr("<!-- kept -->"));
+    EXPECT_THAT(File(), testing::HasSubstr("<Clip ClipName=\"0002bb\" Kept=\"1\">"));
+    EXPECT_THAT(File(), testing::HasSubstr("<Media MediaID=\"P2\" Kept=\"1\">"));
+}
+
+TEST_F(IngestListTest, NamesThatDifferInCaseAloneShareAnEntryWithinOneRequest) {
+    EXPECT_EQ(Add({{L"A<&\">", {{1, 1}}}, {L"\u00C9a", {{2, 2}}}, {L"\u00E9A", {{3, 3}}}}), 0);
+    EXPECT_THAT(Listed(), ElementsAre("A<&\"> 1-1", "\u00C9a 2-2 3-3"));
+}
+
+TEST_F(IngestListTest, EachCardGetsItsOwnFileUpToTheFirstWithoutFolder) {
+    test::CapturedTexts texts(SetDebugOutput);
+    const test::TempFolder& folder = m_card.Folder();
+    for (const char* card : {"a", "b", "c"}) {
+        folder.MakeFolder(card);
+    }
+    folder.Write("b/USERDATA", "a file");
+    IngestRequest request = {{InterfaceRoot(folder.Path("c")), {{L"x", {{1, 2}}}}},
+                             {InterfaceRoot(folder.Path("b")), {{L"x", {{1, 2}}}}},
+                             {InterfaceRoot(folder.Path("a")), {{L"x", {{1, 2}}}}}};
+    EXPECT_EQ(m_parser.WriteIngestXML(L"Mine.xml", request), 1);
+    EXPECT_THAT(texts.Take(), ElementsAre(L"\n==Create Directory Failed==\n"));
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("a/USERDATA/Mine.xml")));
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("c/USERDATA")));
+    std::filesystem::remove(folder.Path("b/USERDATA"));
+    EXPECT_EQ(m_parser.WriteIngestXML(L"Mine.xml", request), 0);
+    EXPECT_TRUE(std::filesystem::exists(folder.Path("c/USERDATA/Mine.xml")));
+    EXPECT_THAT(texts.Take(), IsEmpty());
+}
+
+TEST_F(IngestListTest, WithoutFileNameNothingIsTouched) {
+    IngestRequest request = {{m_card.Root(), {{L"x", {{1, 2}}}}}};
+    EXPECT_EQ(m_parser.WriteIngestXML(L"", request), 1);
+    EXPECT_FALSE(std::filesystem::exists(m_card.Folder().Path("USERDATA")));
+    IngestRequest empty;
+    EXPECT_EQ(m_parser.WriteIngestXML(L"Ingest.xml", empty), 0);
+}
+
+TEST_F(IngestListTest, AnUnreadableFileIsKeptAsideAndReplaced) {
+    const std::string broken[] = {"", "<Media", std::string("\0\1", 2), "<Media/><Media/>"};
+    int number = 0;
+    for (const std::string& bytes : broken) {
+        SetFile(bytes);
+        EXPECT_EQ(Add({{L"0001AA", {{1, 2}}}, {L"0002BB", {{3, 4}}}}), 0);
+        EXPECT_EQ(File("Ingest.xml.unreadable" + std::to_string(++number)), bytes);
+        // The clips go into an empty document, which has room for one: kept.
+        EXPECT_EQ(File(), "<Clip ClipName=\"0001AA\"><Segment InPoint=\"1\" OutPoint=\"2\"/>"
+                          "</Clip>\r\n");
+    }
+    EXPECT_EQ(FilesInFolder().size(), 5U);
+}
+
+TEST_F(IngestListTest, AListBelowAnotherRootIsFoundAndOneWithoutMediaIsExtended) {
+    SetFile("<Root><Media><Clip ClipName=\"a\"/></Media></Root>");
+    EXPECT_EQ(Add({{L"A", {{1, 2}}}}), 0);
+    EXPECT_THAT(File(), testing::HasSubstr("<Media><Clip ClipName=\"a\"><Segment"));
+    SetFile("<Root><Other/></Root>");
+    EXPECT_EQ(Add({{L"A", {{1, 2}}}}), 0);
+    EXPECT_THAT(File(), testing::HasSubstr("<Root><Other/><Clip ClipName=\"A\"><Segment"));
+    EXPECT_THAT(Listed(), IsEmpty()) << "no Media at the top, no list";
+    EXPECT_EQ(Delete(L"A"), 0);
+}
+
+TEST_F(IngestListTest, DeletingTakesTheFirstEntryOnly) {
+    SetFile("<Media MediaID=\"P2\"><Clip/><Clip ClipName=\"b\"/><Clip ClipName=\"a\">"
+            "<Segment InPoint=\"1\" OutPoint=\"2\"/></Clip><Clip ClipName=\"A\"/></Media>");
+    EXPECT_EQ(Delete(L"A"), 1) << "what saving says";
+    EXPECT_THAT(Listed(), ElementsAre("", "b", "A"));
+    EXPECT_EQ(Delete(L"a"), 1);
+    EXPECT_THAT(Listed(), ElementsAre("", "b"));
+    const std::string left = File();
+    EXPECT_EQ(Delete(L"a"), 0);
+    EXPECT_EQ(Delete(L""), 1);
+    EXPECT_EQ(parser::NQP2ParserPeer::DeleteIngestNode(m_parser, L"", L"b"), 1);
+    EXPECT_EQ(File(), left);
+}
+
+TEST_F(IngestListTest, RemovalTellsMoreThanTheNumber) {
+    const CString root = m_card.Root();
+    EXPECT_EQ(Delete(L"a"), 1) << "no file";
+    EXPECT_EQ(RemoveFromIngestList(root, L"a"), IngestRemoval::NoList);
+    EXPECT_THAT(Listed(), IsEmpty()) << "a card without list has none";
+    SetFile("<Media");
+    EXPECT_EQ(Delete(L"a"), 1);
+    EXPECT_EQ(RemoveFromIngestList(root, L"a"), IngestRemoval::NoList);
+    EXPECT_THAT(Listed(), ElementsAre("(unreadable)"));
+    EXPECT_EQ(File(), "<Media");
+    SetFile("<Other/>");
+    EXPECT_EQ(Delete(L"a"), 0);
+    EXPECT_EQ(RemoveFromIngestList(root, L"a"), IngestRemoval::NotListed);
+    SetFile("<Media><Clip ClipName=\"a\"/></Media>");
+    EXPECT_EQ(RemoveFromIngestList(root, L"b"), IngestRemoval::NotListed);
+    EXPECT_EQ(RemoveFromIngestList(root, L"A"), IngestRemoval::Removed);
+}
+
+TEST_F(IngestListTest, ReadingTakesWhatNumbersThereAre) {
+    SetFile("<Media><Clip ClipName=\"a\"><Segment/><Other InPoint=\"9\"/>"
+            "<Segment InPoint=\"x\" OutPoint=\"99999999999\"/></Clip><Skip><Clip/></Skip></Media>");
+    EXPECT_THAT(Listed(), ElementsAre("a 0-0 0-2147483647"));
+}
+
+CString Name(int number) {
+    CString name;
+    name.Format(L"%04dAA", number);
+    return name;
+}
+
+TEST_F(IngestListTest, TenThousandClipsAreExtendedInPlace) {
+    constexpr int kClips = 10'000;
+    IngestClips clips;
+    for (int i = 0; i < kClips; ++i) {
+        clips[Name(i)] = {{i, i + 1}};
+    }
+    EXPECT_EQ(Add(clips), 0);
+    EXPECT_EQ(Add(clips), 0);
+    IngestList list;
+    ASSERT_TRUE(LoadIngestList(m_card.Root(), list));
+    ASSERT_EQ(list.size(), static_cast<std::size_t>(kClips));
+    for (int i = 0; i < kClips; ++i) {
+        const auto& [name, segments] = list[static_cast<std::size_t>(i)];
+        ASSERT_EQ(name, Name(i));
+        ASSERT_EQ(segments.size(), 2U);
+        ASSERT_EQ(segments[1].InPoint, i);
+    }
+    EXPECT_EQ(Delete(Name(kClips - 1)), 1);
+}
+
+} // namespace
+} // namespace nqp2::ingest
