@@ -108,7 +108,7 @@ def document(clip: Clip) -> Element:
         "xmlns:xsi": "http://www.w3.org/2001/XMLSchema-instance", **namespace})
     content = SubElement(root, "ClipContent")
     identifier = clip.identifier.lower() if clip.style.lower_identifier else clip.identifier
-    _fill(content, {
+    fill(content, {
         "ClipName": clip.name,
         "GlobalClipID": identifier,
         "Duration": clip.duration,
@@ -135,7 +135,8 @@ def render(root: Element, style: Style) -> bytes:
     return ("\n".join(lines) + "\n").replace("\n", style.newline).encode()
 
 
-def _fill(parent: Element, values: dict[str, object]) -> None:
+def fill(parent: Element, values: dict[str, object]) -> None:
+    """Adds an element for each value that is there."""
     for name, value in values.items():
         if value is not None:
             SubElement(parent, name).text = str(value)
@@ -143,13 +144,13 @@ def _fill(parent: Element, values: dict[str, object]) -> None:
 
 def _add_group(parent: Element, name: str, values: dict[str, object]) -> None:
     if values:
-        _fill(SubElement(parent, name), values)
+        fill(SubElement(parent, name), values)
 
 
 def _add_essence(content: Element, clip: Clip) -> None:
     essence = SubElement(content, "EssenceList")
     if clip.unused_offset is not None:
-        _fill(essence, {"UnusedOffset": clip.unused_offset})
+        fill(essence, {"UnusedOffset": clip.unused_offset})
     _add_video(essence, clip)
     if clip.format.one_file:
         _add_audio(essence, clip, {"Channel": clip.audio_channels})
@@ -161,18 +162,18 @@ def _add_essence(content: Element, clip: Clip) -> None:
 def _add_video(essence: Element, clip: Clip) -> None:
     form = clip.format
     video = SubElement(essence, "Video", {"ValidAudioFlag": "false"})
-    _fill(video, {"VideoFormat": "MXF"})
+    fill(video, {"VideoFormat": "MXF"})
     codec = SubElement(video, "Codec", {"Class": form.codec_class} if form.codec_class else {})
     codec.text = form.codec
     if form.raster:
-        _fill(video, {"ActivePixel": form.raster[0], "ActiveLine": form.raster[1], "BitDepth": 10})
+        fill(video, {"ActivePixel": form.raster[0], "ActiveLine": form.raster[1], "BitDepth": 10})
     rate = SubElement(video, "FrameRate")
     rate.text = form.frame_rate
     if form.one_file:
-        _fill(video, {"TimecodeType": "Drop" if clip.drop else "NonDrop"})
+        fill(video, {"TimecodeType": "Drop" if clip.drop else "NonDrop"})
     elif clip.drop is not None:
         rate.set("DropFrameFlag", "true" if clip.drop else "false")
-    _fill(video, {
+    fill(video, {
         "StartTimecode": clip.timecode,
         "StartBinaryGroup": "00000000",
         "AspectRatio": form.aspect,
@@ -185,7 +186,7 @@ def _add_audio(essence: Element, clip: Clip, extra: dict[str, object]) -> None:
     form = clip.format
     samples = int(clip.duration / form.frames_per_second * 48000)
     audio = SubElement(essence, "Audio")
-    _fill(audio, {
+    fill(audio, {
         "AudioFormat": "MXF",
         "SamplingRate": 48000,
         "BitsPerSample": form.audio_bits,
@@ -197,7 +198,7 @@ def _add_audio(essence: Element, clip: Clip, extra: dict[str, object]) -> None:
 
 def _add_relation(content: Element, relation: Relation) -> None:
     element = SubElement(content, "Relation")
-    _fill(element, {"GlobalShotID": relation.shot, "OffsetInShot": relation.offset})
+    fill(element, {"GlobalShotID": relation.shot, "OffsetInShot": relation.offset})
     connection = SubElement(element, "Connection")
     neighbours = {"Top": relation.top, "Previous": relation.previous, "Next": relation.next}
     for name, segment in neighbours.items():
@@ -211,11 +212,11 @@ def _add_relation(content: Element, relation: Relation) -> None:
 
 def _add_metadata(content: Element, clip: Clip) -> None:
     metadata = SubElement(content, "ClipMetadata")
-    _fill(metadata, {"UserClipName": clip.user_name, "DataSource": "SHOOTING"})
+    fill(metadata, {"UserClipName": clip.user_name, "DataSource": "SHOOTING"})
     _add_group(metadata, "Access", clip.access)
     _add_group(metadata, "Device", clip.device)
     shoot = SubElement(metadata, "Shoot")
-    _fill(shoot, {"Shooter": clip.shooter, "StartDate": clip.start, "EndDate": clip.end})
+    fill(shoot, {"Shooter": clip.shooter, "StartDate": clip.start, "EndDate": clip.end})
     _add_group(shoot, "Location", clip.location)
     _add_group(metadata, "Scenario", clip.scenario)
     _add_group(metadata, "News", clip.news)
@@ -236,15 +237,15 @@ def _add_metadata(content: Element, clip: Clip) -> None:
 def _add_memos(memo_list: Element, memos: list[Memo]) -> None:
     for number, memo in enumerate(memos):
         element = SubElement(memo_list, "Memo", {"MemoID": str(number)})
-        _fill(element, {"Offset": memo.offset, "Person": memo.person, "Text": memo.text})
+        fill(element, {"Offset": memo.offset, "Person": memo.person, "Text": memo.text})
         if memo.voice:
-            _fill(element, {
+            fill(element, {
                 "VoiceFormat": "WAV", "VoiceSamplingRate": 12000, "VoiceBitsPerSample": 16})
 
 
 def _add_proxy(element: Element, clip: Clip) -> None:
     proxy = clip.proxy
-    _fill(element, {"ProxyFormat": proxy.container})
+    fill(element, {"ProxyFormat": proxy.container})
     elements = SubElement(element, "ProxyElementList")
     _add_group(elements, "ProxyVideo", {
         "ProxyVideoCodec": proxy.codec,
@@ -264,7 +265,7 @@ def _add_proxy(element: Element, clip: Clip) -> None:
 def _add_camera(metadata: Element) -> None:
     block = SubElement(metadata, "AcquisitionMetadata", {"xmlns": CAMERA_NAMESPACE})
     unit = SubElement(block, "CameraUnitMetadata")
-    _fill(unit, {"ISOSensitivity": 800, "WhiteBalanceColorTemperature": "5600K"})
+    fill(unit, {"ISOSensitivity": 800, "WhiteBalanceColorTemperature": "5600K"})
     _add_group(unit, "Gamma", {"CaptureGamma": "FILM-LIKE"})
 
 

@@ -4,6 +4,7 @@
 
 from card import scenes
 from card.clip_xml import Clip, Memo, Proxy, Relation, Segment, Style, document, render, umid
+from card.edit_list import Cut, edit_list, ingest_list
 from card.formats import FORMATS
 from card.icons import bmp
 from card.media import CardWriter, apple_double
@@ -140,11 +141,28 @@ def _add_cut_off_clip(card: CardWriter) -> None:
     card.add_clip(clip, metadata[:len(metadata) * 3 // 5], bmp(scenes.colour_bars))
 
 
+def _add_edits(card: CardWriter, clips: dict[str, Clip]) -> None:
+    """Two edits of this card's clips, one for each place where lists keep their events, and a note
+    of what a host took in."""
+    trip = [Cut(clips["0012SA"], 500, 125, channels="2 3", levels="0.5 0.5",
+                note="Ab hier zählt der Ton der Kamera"),
+            Cut(clips["0013SB"], 0, 250), Cut(clips["0012SA"], 2000, 75),
+            Cut(clips["0014SC"], 60, 500)]
+    card.add_edit_list("P001AB", edit_list(trip, THIS_CARD, "v2.0", thumbnail=130),
+                       bmp(scenes.balloon(0.5)))
+    lighthouse = [Cut(clips["0015TA"], 8700, 300), Cut(clips["0016TB"], 0, 450)]
+    card.add_edit_list("P002AB", edit_list(lighthouse, THIS_CARD, "v3.0"))
+    card.add_ingest_list(ingest_list({"0012SA": [(500, 624), (2000, 2074)], "0013SB": [(0, 249)],
+                                      "0007H4": [(0, 1499)]}))
+
+
 def make(card: CardWriter) -> None:
     """Writes the whole card."""
-    for clip, scene in _single_clips() + _whole_take() + _cut_take():
+    clips = _single_clips() + _whole_take() + _cut_take()
+    for clip, scene in clips:
         metadata = render(document(clip), clip.style)
         card.add_clip(clip, metadata, bmp(scene), lower_case=clip.name == "0002AB")
     _add_cut_off_clip(card)
     card.write("CLIP", "._0001AB.XML", apple_double())
+    _add_edits(card, {clip.name: clip for clip, _ in clips})
     card.finish("0017CX")

@@ -12,6 +12,7 @@ from card.clip_xml import Clip
 MARKER = ".sample-card"
 MARKER_TEXT = b"made by samples/make_card.py, which may replace this card\n"
 LAST_CLIP = "LASTCLIP.TXT"
+USER_DATA = "USERDATA"
 FOLDERS = ("AUDIO", "AVCLIP", "CLIP", "ICON", "PROXY", "VIDEO", "VOICE")
 MODIFIED = 1715400000  # every file and folder: 2024-05-11T04:00:00Z
 
@@ -44,11 +45,25 @@ class CardWriter:
         self._out = out
         self._contents = out / "CONTENTS"
         self._essence_size = essence_size
+        self._folders: list[Path] = []  # in the order in which they were made
         self._prepare(force)
 
     def write(self, folder: str, name: str, content: bytes) -> None:
         """A file of a CONTENTS folder."""
         self._write(f"{self._contents}/{folder}/{name}", content)
+
+    def add_edit_list(self, name: str, content: bytes, icon: bytes | None = None) -> None:
+        """An edit list and its picture, which has a folder of its own."""
+        self._make_folder(self._contents / "EDITLIST")
+        self.write("EDITLIST", f"{name}.XML", content)
+        if icon:
+            self._make_folder(self._contents / "EDITLIST" / name)
+            self.write(f"EDITLIST/{name}", "ICON.BMP", icon)
+
+    def add_ingest_list(self, content: bytes) -> None:
+        """What the host took in from the card, in a folder beside CONTENTS."""
+        self._make_folder(self._out / USER_DATA)
+        self._write(f"{self._out}/{USER_DATA}/Ingest.xml", content)
 
     def add_clip(self, clip: Clip, metadata: bytes, icon: bytes, lower_case: bool = False) -> None:
         """A clip's metadata, essence, icon and proxy."""
@@ -66,7 +81,7 @@ class CardWriter:
         next_number = int(last_clip[:4]) % 9999 + 1
         text = f"{last_clip}\r\n1.0\r\n{next_number}\r\n"
         self._write(f"{self._out}/{LAST_CLIP}", text.encode())
-        for folder in (*(self._contents / name for name in FOLDERS), self._contents, self._out):
+        for folder in reversed(self._folders):
             os.utime(folder, (MODIFIED, MODIFIED))
 
     @staticmethod
@@ -87,8 +102,8 @@ class CardWriter:
             raise CardError(f"{self._out}: not a folder")
         if self._out.is_dir() and any(self._out.iterdir()):
             self._remove_old_card(force)
-        for folder in FOLDERS:
-            (self._contents / folder).mkdir(parents=True)
+        for folder in (self._out, self._contents, *(self._contents / name for name in FOLDERS)):
+            self._make_folder(folder)
         self._write(f"{self._out}/{MARKER}", MARKER_TEXT)
 
     def _remove_old_card(self, force: bool) -> None:
@@ -98,9 +113,15 @@ class CardWriter:
         if not marker.is_file() or marker.read_bytes() != MARKER_TEXT:
             raise CardError(f"{self._out}: --force replaces a card that this script made, "
                             f"and this is none (no {MARKER} file)")
-        if self._contents.exists():
-            shutil.rmtree(self._contents)
+        for name in ("CONTENTS", USER_DATA, "EDITLIST"):  # the last is where hosts write
+            if (self._out / name).exists():
+                shutil.rmtree(self._out / name)
         (self._out / LAST_CLIP).unlink(missing_ok=True)
+
+    def _make_folder(self, folder: Path) -> None:
+        if folder not in self._folders:
+            folder.mkdir(parents=True, exist_ok=True)
+            self._folders.append(folder)
 
     @staticmethod
     def _write(path: str, content: bytes) -> None:

@@ -19,9 +19,16 @@ GOLDEN = Path(__file__).resolve().parent / "golden"
 NAMESPACE = "urn:schemas-Professional-Plug-in:P2:ClipMetadata:v3.1"
 
 
-def run(*arguments, cwd=None, stdout=subprocess.PIPE):
-    """The finished program with its output as text; undecodable bytes stay recognisable."""
-    return subprocess.run([PROGRAM, *map(os.fsencode, arguments)], cwd=cwd, stdout=stdout,
+def command_line(*arguments):
+    """The program with arguments that may be texts, paths or numbers."""
+    texts = (str(each) if isinstance(each, int) else each for each in arguments)
+    return [PROGRAM, *map(os.fsencode, texts)]
+
+
+def run(*arguments, cwd=None, stdout=subprocess.PIPE, given=""):
+    """The finished program with its output as text; undecodable bytes stay recognisable. `given`
+    is what it finds on standard input."""
+    return subprocess.run(command_line(*arguments), cwd=cwd, stdout=stdout, input=given,
                           stderr=subprocess.PIPE, encoding="utf-8", errors="surrogateescape",
                           timeout=60, check=False)
 
@@ -31,7 +38,7 @@ def run_on_terminal(columns, *arguments):
     environment = {key: value for key, value in os.environ.items() if key != "COLUMNS"}
     master, slave = pty.openpty()
     fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-    with subprocess.Popen([PROGRAM, *map(os.fsencode, arguments)], stdout=slave,
+    with subprocess.Popen(command_line(*arguments), stdout=slave,
                           stderr=subprocess.DEVNULL, env=environment) as process:
         os.close(slave)
         shown = b""

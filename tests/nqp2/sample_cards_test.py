@@ -46,6 +46,24 @@ class OwnCardTest(CardTest):
             # In the letters in which they stand on the disk.
             self.assertTrue(Path(clip["XmlPath"]).is_file() and Path(clip["IconPath"]).is_file())
 
+    def test_edit_lists_and_ingest_list(self):
+        card = self.folder / "demo"
+        subprocess.run([sys.executable, "-B", MAKE_CARD, card], check=True)
+        clips = {clip["ClipName"]: clip for clip in listed(card)[1]["clips"]}
+        edls = json.loads(run("edl", "list", card, "--json").stdout)["edls"]
+        self.assertEqual([(edl["Name"], len(edl["Events"])) for edl in edls],
+                         [("P001AB", 4), ("P002AB", 2)])
+        self.assertEqual(edls[0]["IconPath"], f"{card}/CONTENTS/EDITLIST/P001AB/ICON.BMP")
+        self.assertEqual(edls[0]["Events"][0]["Channels"], [2, 3, 2, 3])
+        for edl in edls:
+            for event in edl["Events"]:
+                clip = clips[event["ClipName"]]
+                self.assertEqual(event["GlobalClipGuid"], clip["GlobalClipGuid"])
+                self.assertLess(event["SourceOut"], clip["Duration"])
+        marks = json.loads(run("ingest", "list", card, "--json").stdout)["clips"]
+        self.assertEqual([mark["ClipName"] for mark in marks], ["0012SA", "0013SB", "0007H4"])
+        self.assertEqual(marks[0]["segments"], [[500, 624], [2000, 2074]])
+
 
 @unittest.skipUnless(SHARED.is_dir(), f"no samples at {SHARED}; set NQP2_SHARED_SAMPLES")
 class SharedCardTest(unittest.TestCase):

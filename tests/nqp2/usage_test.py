@@ -12,14 +12,17 @@ from program import PROGRAM, CardTest, main, run
 
 SOURCES = Path(__file__).resolve().parents[2]
 COMPLETION = SOURCES / "tools" / "nqp2" / "completion" / "nqp2.bash"
-COMMANDS = ("clips", "clip", "format", "umid", "free-name")
+GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
+COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", *GROUPS)
+LEVELS = [[], *([command] for command in COMMANDS),
+          *([group, command] for group, commands in GROUPS.items() for command in commands)]
 
 
 class HelpTest(unittest.TestCase):
     def test_help_at_every_level(self):
         self.assertEqual(set(re.findall(r"^  ([a-z][a-z-]+) {3,}", run("--help").stdout, re.MULTILINE)),
                          set(COMMANDS))
-        for level in ([], *([command] for command in COMMANDS)):
+        for level in LEVELS:
             result = run(*level, "--help")
             self.assertEqual((result.returncode, result.stderr), (0, ""))
             self.assertIn("Usage: " + " ".join(["nqp2", *level]), result.stdout)
@@ -27,7 +30,7 @@ class HelpTest(unittest.TestCase):
             self.assertLessEqual(max(map(len, result.stdout.splitlines())), 100)
 
     def test_examples_are_understood(self):
-        for level in ([], *([command] for command in COMMANDS)):
+        for level in LEVELS:
             example = re.search("Example: nqp2 (.*)", run(*level, "--help").stdout).group(1)
             result = run(*shlex.split(example.replace("/media/card", "/no/such/card")))
             self.assertNotEqual(result.returncode, 2, result.stderr)
@@ -51,6 +54,12 @@ class UsageTest(CardTest):
             (["clips", card, "--json", "--csv"], "nqp2: clips usage: "),
             (["clips", ""], "nqp2: CARD: is empty"),
             (["clip", card], "nqp2: clip usage: NAME is required"),
+            (["edl"], "nqp2: edl usage: "),
+            (["edl", "fly"], "nqp2: edl fly: is not understood (see nqp2 edl --help)"),
+            (["edl", "list", card, "x"],
+             "nqp2: edl list x: is not understood (see nqp2 edl list --help)"),
+            (["edl", "write", card], "nqp2: edl write usage: FILE is required"),
+            (["ingest", "add", card, "0001AA"], "nqp2: ingest add usage: IN-OUT is required"),
         )
         for arguments, line in cases:
             result = run(*arguments)
@@ -68,7 +77,8 @@ class OutputTest(CardTest):
         card = self.card.path
         return (["--help"], ["--version"], ["clips", card], ["clips", card, "--json"],
                 ["clips", card, "--csv"], ["clip", card, "0001AA"], ["format", card], ["umid"],
-                ["free-name", card])
+                ["free-name", card], ["space", card, "--json"], ["edl", "list", card, "--json"],
+                ["ingest", "list", card, "--json"])
 
     def test_full_device(self):
         for arguments in self.commands():
@@ -103,18 +113,20 @@ class CompletionTest(CardTest):
         return sorted(filter(None, result.stdout.splitlines()))
 
     def options_in_help(self, *level):
-        return re.findall(r"^\s+(?:-\w,)?(--[a-z-]+)", run(*level, "--help").stdout, re.MULTILINE)
+        return re.findall(r"^\s+(?:-\w,)?(--[a-z0-9-]+)", run(*level, "--help").stdout, re.MULTILINE)
 
     def test_commands(self):
         self.assertEqual(self.complete("nqp2", ""), sorted(COMMANDS))
         self.assertEqual(self.complete("nqp2", "cl"), ["clip", "clips"])
+        for group, commands in GROUPS.items():
+            self.assertEqual(self.complete("nqp2", group, ""), sorted(commands))
 
     def test_options_are_those_of_the_help(self):
         everywhere = set(self.options_in_help()) - {"--version"}
         self.assertEqual(self.complete("nqp2", "--"), sorted(everywhere | {"--version"}))
-        for command in COMMANDS:
-            expected = everywhere | set(self.options_in_help(command))
-            self.assertEqual(self.complete("nqp2", command, "--"), sorted(expected))
+        for level in LEVELS[1:]:
+            expected = everywhere | set(self.options_in_help(*level))
+            self.assertEqual(self.complete("nqp2", *level, "--"), sorted(expected))
 
     def test_folders_clip_names_and_values(self):
         (self.folder / "card two").mkdir()
@@ -125,6 +137,11 @@ class CompletionTest(CardTest):
         self.assertEqual(self.complete("nqp2", "clip", "card", ""), ["0001AA", "0002bb"])
         self.assertEqual(self.complete("nqp2", "clip", "--drive", "E", "=", "/", "card", "0002"),
                          ["0002bb"])
+        self.assertEqual(self.complete("nqp2", "ingest", "add", "card", "0001"), ["0001AA"])
+        self.assertEqual(self.complete("nqp2", "ingest", "add", "card", "0001AA", ""), [])
+        self.assertEqual(self.complete("nqp2", "space", "--standard", "VS_50"), ["VS_50I", "VS_50P"])
+        self.assertEqual(self.complete("nqp2", "space", "--frames", "9", "ca"),
+                         ["card", "card two"])
         self.assertEqual(self.complete("nqp2", "clips", "card", "--sort", "n"), ["name", "none"])
         self.assertEqual(self.complete("nqp2", "--drive", "E", "=", "card"), ["card", "card two"])
 

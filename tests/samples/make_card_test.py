@@ -142,6 +142,37 @@ class DemoCardTest(unittest.TestCase):
                               "PROXY/0009D1.MOV", "VOICE/0003K700.WAV"}, names)
         self.assertNotIn("PROXY/0005M2.MP4", names)
 
+    def test_edit_lists_name_clips_of_the_card(self):
+        folder = self.card / "CONTENTS" / "EDITLIST"
+        self.assertEqual(sorted(path.name for path in folder.iterdir()),
+                         ["P001AB", "P001AB.XML", "P002AB.XML"])
+        self.assertEqual((folder / "P001AB" / "ICON.BMP").read_bytes()[:2], b"BM")
+        for file, track in (("P001AB.XML", "ClipTrack"), ("P002AB.XML", "VideoTrack")):
+            edit = ElementTree.parse(folder / file).getroot()[0]
+            events = [element for element in edit.iter() if local_name(element) == "Event"]
+            self.assertIsNotNone(text_at(edit, f"TrackList/{track}"))
+            at = 0
+            for event in events:
+                with self.subTest(file, at=at):
+                    clip = self.contents[text_at(event, "Source/ClipName") + ".XML"]
+                    self.assertEqual(text_at(event, "Source/GlobalClipID"),
+                                     text_at(clip, "GlobalClipID"))
+                    self.assertEqual(int(text_at(event, "Offset")), at)
+                    length = int(text_at(event, "Duration"))
+                    self.assertLessEqual(int(text_at(event, "Source/Offset")) + length,
+                                         int(text_at(clip, "Duration")))
+                    at += length
+            self.assertEqual(int(text_at(edit, "Duration")), at)
+
+    def test_ingest_list_names_stretches_of_the_cards_clips(self):
+        media = ElementTree.parse(self.card / "USERDATA" / "Ingest.xml").getroot()
+        self.assertEqual(len(media), 3)
+        for clip in media:
+            length = int(text_at(self.contents[clip.get("ClipName") + ".XML"], "Duration"))
+            for segment in clip:
+                self.assertTrue(0 <= int(segment.get("InPoint")) <= int(segment.get("OutPoint"))
+                                < length)
+
     def test_two_runs_give_the_same_card(self):
         again = self.card.parent / "again"
         self.assertEqual(run(again).returncode, 0)

@@ -99,12 +99,19 @@ Card::Card(const std::string& argument) {
     }
 }
 
-std::string Card::Folder() const {
-    // A bare letter names the drive only with its colon.
-    return PosixPath(m_root.Find(L':') < 0 ? m_root + L':' : m_root);
+CString Card::DriveRoot() const {
+    return m_root.Find(L':') < 0 ? m_root + L':' : m_root;
 }
 
-void Card::ThrowUnreadable() const {
+CString Card::ContentsRoot() const {
+    return DriveRoot() + L"\\CONTENTS";
+}
+
+std::string Card::Folder() const {
+    return PosixPath(DriveRoot());
+}
+
+void Card::RequireFolder() const {
     const std::string folder = Folder();
     std::error_code error;
     const fs::file_status status = fs::status(folder, error);
@@ -114,6 +121,18 @@ void Card::ThrowUnreadable() const {
     if (!fs::is_directory(status)) {
         ThrowNoFolder(folder, status);
     }
+}
+
+void Card::RequireContents() const {
+    if (!HoldsContents(Folder())) {
+        ThrowUnreadable();
+    }
+}
+
+void Card::ThrowUnreadable() const {
+    RequireFolder();
+    const std::string folder = Folder();
+    std::error_code error;
     const fs::directory_iterator entries(folder, error);
     if (error) {
         throw Failure(folder, "cannot be read", error.message());

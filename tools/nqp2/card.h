@@ -32,13 +32,22 @@ public:
 
     /// As the library takes it.
     [[nodiscard]] const CString& Root() const { return m_root; }
+    /// The card's CONTENTS folder in the place of a root.
+    [[nodiscard]] CString ContentsRoot() const;
     /// The folder behind it.
     [[nodiscard]] std::string Folder() const;
+    /// Throws the failure to report unless there is a folder.
+    void RequireFolder() const;
+    /// Throws the failure to report unless the folder holds a CONTENTS folder.
+    void RequireContents() const;
     /// The failure to report when the library cannot read the card. Looks what stands there and
     /// names the card that was probably meant.
     [[noreturn]] void ThrowUnreadable() const;
 
 private:
+    /// The root with its drive part closed: a bare letter names the drive only with its colon.
+    [[nodiscard]] CString DriveRoot() const;
+
     CString m_root;
 };
 

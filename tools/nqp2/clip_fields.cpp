@@ -3,54 +3,13 @@
 
 #include "tools/nqp2/clip_fields.h"
 
-#include "platform/TextBytes.h"
-#include "tools/nqp2/real_path.h"
+#include "tools/nqp2/field.h"
 
-#include <fmt/format.h>
-
-#include <iterator>
-#include <string_view>
+#include <string>
+#include <utility>
 
 namespace nqp2::tool {
 namespace {
-
-/// One field of an exported record: its name and how its value is read.
-template <class Source>
-struct Field {
-    std::string_view name;
-    Value (*get)(const Source&);
-};
-
-Value ValueOf(const CString& text) {
-    return BytesFromText(text);
-}
-Value ValueOf(const GUID& guid) {
-    return GuidText(guid);
-}
-template <std::integral Number>
-Value ValueOf(Number number) {
-    return number;
-}
-
-template <auto Member, class Source>
-Value Plain(const Source& source) {
-    return ValueOf(source.*Member);
-}
-
-template <auto Member, class Source>
-Value Path(const Source& source) {
-    return RealPath(source.*Member);
-}
-
-template <class Source, std::size_t Count>
-Record Fields(const Field<Source> (&fields)[Count], const Source& source) {
-    Record record;
-    record.reserve(Count);
-    for (const Field<Source>& field : fields) {
-        record.push_back({std::string(field.name), field.get(source)});
-    }
-    return record;
-}
 
 using Memo = _tag_P2Memo;
 constexpr Field<Memo> kMemoFields[] = {
@@ -184,14 +143,6 @@ Record CodeTypeRecord(eCodeType type) {
 
 Record StandardRecord(eP2_VIDEO_STANDARD standard) {
     return EnumRecord(standard, StandardName(standard));
-}
-
-std::string GuidText(const GUID& guid) {
-    std::string text = fmt::format("{:08x}-{:04x}-{:04x}-", guid.Data1, guid.Data2, guid.Data3);
-    for (std::size_t i = 0; i < std::size(guid.Data4); ++i) {
-        text += fmt::format("{}{:02x}", i == 2 ? "-" : "", guid.Data4[i]);
-    }
-    return text;
 }
 
 } // namespace nqp2::tool

@@ -7,8 +7,6 @@
 #include "media/P2Clip.h"
 #include "tools/nqp2/value.h"
 
-#include <string>
-
 namespace nqp2::tool {
 
 /// Every field of a clip under its own name in declaration order, then what its codec and rate
@@ -18,8 +16,5 @@ Record ClipRecord(const _tag_P2Clip& clip);
 /// An enumeration value with its name: {"value", "name"}.
 Record CodeTypeRecord(eCodeType type);
 Record StandardRecord(eP2_VIDEO_STANDARD standard);
-
-/// 8-4-4-4-12 digits in lower case.
-std::string GuidText(const GUID& guid);
 
 } // namespace nqp2::tool

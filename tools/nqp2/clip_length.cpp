@@ -36,14 +36,18 @@ const FrameRate* KnownRate(const CString& text) {
 
 } // namespace
 
-std::string LengthText(const _tag_P2Clip& clip) {
-    const FrameRate* rate = KnownRate(clip.FrameRate);
-    if (rate == nullptr || clip.Duration < 0) {
-        return fmt::format("{} frames", clip.Duration);
+std::string LengthText(std::int32_t frames, const CString& rate) {
+    const FrameRate* known = KnownRate(rate);
+    if (known == nullptr || frames < 0) {
+        return fmt::format("{} frames", frames);
     }
-    const std::int32_t seconds = clip.Duration / rate->nominal;
+    const std::int32_t seconds = frames / known->nominal;
     return fmt::format("{}:{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60,
-                       clip.Duration % rate->nominal);
+                       frames % known->nominal);
+}
+
+std::string LengthText(const _tag_P2Clip& clip) {
+    return LengthText(clip.Duration, clip.FrameRate);
 }
 
 double RunningSeconds(const _tag_P2Clip& clip) {

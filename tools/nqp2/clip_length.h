@@ -4,13 +4,17 @@
 #pragma once
 
 #include "media/P2Clip.h"
+#include "platform/CString.h"
 
+#include <cstdint>
 #include <string>
 
 namespace nqp2::tool {
 
-/// The clip's length as h:mm:ss:ff counted in whole frames of its nominal rate (30 for 29.97);
-/// as "N frames" when the card names no known rate.
+/// A length as h:mm:ss:ff counted in whole frames of the rate's nominal value (30 for "29.97p");
+/// as "N frames" when the rate is none that is known.
+std::string LengthText(std::int32_t frames, const CString& rate);
+/// The clip's length at its own rate.
 std::string LengthText(const _tag_P2Clip& clip);
 
 /// The clip's true running time; 0 when the card names no known rate.

@@ -7,10 +7,17 @@
 
 namespace nqp2::tool {
 
-void AddCardArgument(CLI::App& command, std::string& card) {
-    command.add_option("CARD", card, "The card: a folder or a mapped drive")
+CLI::Option* AddCardArgument(CLI::App& command, std::string& card) {
+    return command.add_option("CARD", card, "The card: a folder or a mapped drive")
         ->type_name("")
         ->required();
+}
+
+CLI::App* AddCommandGroup(CLI::App& program, const std::string& name,
+                          const std::string& description) {
+    CLI::App* group = program.add_subcommand(name, description);
+    group->require_subcommand(1);
+    return group;
 }
 
 void SetExample(CLI::App& command, const std::string& example) {

@@ -10,7 +10,8 @@
 
 namespace CLI {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace nqp2::tool {
 
@@ -21,8 +22,11 @@ using Action = std::function<Status(Console&)>;
 /// for it. One such function a command, listed in main.cpp.
 using AddCommand = void (*)(CLI::App& program, Action& chosen);
 
-/// The positional argument CARD, the same for every command.
-void AddCardArgument(CLI::App& command, std::string& card);
+/// The positional argument CARD, the same for every command, required.
+CLI::Option* AddCardArgument(CLI::App& command, std::string& card);
+/// A command that consists of commands of its own; the caller adds these.
+CLI::App* AddCommandGroup(CLI::App& program, const std::string& name,
+                          const std::string& description);
 /// Ends the command's help with an example.
 void SetExample(CLI::App& command, const std::string& example);
 
@@ -31,5 +35,8 @@ void AddClipCommand(CLI::App& program, Action& chosen);
 void AddFormatCommand(CLI::App& program, Action& chosen);
 void AddUmidCommand(CLI::App& program, Action& chosen);
 void AddFreeNameCommand(CLI::App& program, Action& chosen);
+void AddSpaceCommand(CLI::App& program, Action& chosen);
+void AddEdlCommand(CLI::App& program, Action& chosen);
+void AddIngestCommand(CLI::App& program, Action& chosen);
 
 } // namespace nqp2::tool

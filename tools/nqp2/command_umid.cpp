@@ -2,43 +2,26 @@
 // SPDX-License-Identifier: MIT
 
 #include "tools/nqp2/command.h"
+#include "tools/nqp2/guid_form.h"
 
 #include "parser/NQP2Parser.h"
 #include "platform/TextBytes.h"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
-#include <string_view>
 
 namespace nqp2::tool {
 namespace {
 
-/// The two ways to write a GUID: "x" stands for a hexadecimal digit.
-constexpr std::string_view kGuidForms[] = {"xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx",
-                                           "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"};
-
-bool IsHexDigit(char ch) {
-    return std::string_view("0123456789abcdefABCDEF").find(ch) != std::string_view::npos;
-}
-
-bool HasForm(std::string_view text, std::string_view form) {
-    return std::equal(text.begin(), text.end(), form.begin(), form.end(), [](char ch, char model) {
-        return model == 'x' ? IsHexDigit(ch) : ch == model;
-    });
-}
-
 GUID GuidFromArgument(const std::string& text) {
-    const bool known = std::any_of(std::begin(kGuidForms), std::end(kGuidForms),
-                                   [&](std::string_view form) { return HasForm(text, form); });
-    if (!known) {
+    const std::optional<GUID> guid = GuidFromForm(text);
+    if (!guid) {
         throw Failure(text, "is no GUID", "expected 8-4-4-4-12 hexadecimal digits", kUsage);
     }
-    CString digits = TextFromBytes(text);
-    digits.Remove(L'-');
-    return CNQP2Parser::GuidFromUMID(digits);
+    return *guid;
 }
 
 Status RunUmid(Console& console, const std::string& text) {

@@ -21,10 +21,11 @@ namespace {
 
 using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
-constexpr AddCommand kCommands[] = {AddClipsCommand, AddClipCommand, AddFormatCommand,
-                                    AddUmidCommand, AddFreeNameCommand};
+constexpr AddCommand kCommands[] = {AddClipsCommand, AddClipCommand,     AddFormatCommand,
+                                    AddUmidCommand,  AddFreeNameCommand, AddSpaceCommand,
+                                    AddEdlCommand,   AddIngestCommand};
 
-constexpr const char* kFooter = "Exit status: 0 done, 1 the card cannot be read or the output not "
+constexpr const char* kFooter = "Exit status: 0 done, 1 the card cannot be read or something not "
                                 "written,\n2 wrong usage, 4 something was skipped (--strict).\n\n"
                                 "Example: nqp2 clips /media/card --json";
 
@@ -84,10 +85,24 @@ Status Apply(const GlobalOptions& options, Console& console, const Action& actio
     return status;
 }
 
-[[noreturn]] void ThrowUsage(const CLI::App& program, const CLI::ParseError& error) {
+/// The names of the commands that the user gave, each with a blank behind it.
+std::string ChosenCommand(const CLI::App& program) {
     const std::vector<CLI::App*> commands = program.get_subcommands();
+    return commands.empty() ? ""
+                            : commands.front()->get_name() + ' ' + ChosenCommand(*commands.front());
+}
+
+/// One heading for all commands of a level.
+void GroupCommands(CLI::App& level) {
+    for (CLI::App* command : level.get_subcommands([](CLI::App*) { return true; })) {
+        command->group("Commands");
+        GroupCommands(*command);
+    }
+}
+
+[[noreturn]] void ThrowUsage(const CLI::App& program, const CLI::ParseError& error) {
     const std::vector<std::string> unexpected = program.remaining(true);
-    const std::string command = commands.empty() ? "" : commands.front()->get_name() + ' ';
+    const std::string command = ChosenCommand(program);
     throw Failure(unexpected.empty() ? command + "usage" : command + unexpected.front(),
                   unexpected.empty() ? error.what() : "is not understood",
                   fmt::format("see nqp2 {}--help", command), kUsage);
@@ -112,9 +127,7 @@ Status Run(int count, const char* const* arguments, Console& console) {
     for (const AddCommand add : kCommands) {
         add(program, action);
     }
-    for (CLI::App* command : program.get_subcommands([](CLI::App*) { return true; })) {
-        command->group("Commands");
-    }
+    GroupCommands(program);
     try {
         program.parse(count, arguments);
     } catch (const CLI::ParseError& outcome) {

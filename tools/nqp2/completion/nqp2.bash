@@ -39,9 +39,18 @@ _nqp2() {
         [format]='--json --csv'
         [umid]=''
         [free-name]=''
+        [space]='--bytes --code-type --standard --audio24 --frames --json'
+        [edl]=''
+        ['edl list']='--json --csv'
+        ['edl write']='--name'
+        [ingest]=''
+        ['ingest list']='--json --csv'
+        ['ingest add']=''
+        ['ingest remove']=''
     )
+    local -A groups=([edl]='list write' [ingest]='list add remove')
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local command='' card='' word i
+    local command='' card='' operand='' word i
     COMPREPLY=()
 
     # "=" is a word of its own: --drive E=/media is "--drive" "E" "=" "/media".
@@ -51,17 +60,31 @@ _nqp2() {
     fi
     case $previous in
         --sort) _nqp2_words 'name date none' "$current"; return ;;
-        --drive) return ;;
+        --drive | --bytes | --code-type | --frames | --name) return ;;
+        --standard)
+            _nqp2_words 'VS_5994I VS_50I VS_60I VS_5994P VS_50P VS_60P VS_2398P' "$current"
+            return
+            ;;
         '=') _nqp2_folders "$current"; return ;;
     esac
 
     for ((i = 1; i < COMP_CWORD; ++i)); do
         word=${COMP_WORDS[i]}
         case $word in
-            --sort) ((++i)) ;;
+            --sort | --bytes | --code-type | --standard | --frames | --name) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
-            *) if [[ -z $command ]]; then command=$word; elif [[ -z $card ]]; then card=$word; fi ;;
+            *)
+                if [[ -z $command ]]; then
+                    command=$word
+                elif [[ -n ${groups[$command]-} ]]; then
+                    command+=" $word"
+                elif [[ -z $card ]]; then
+                    card=$word
+                else
+                    operand=$word
+                fi
+                ;;
         esac
     done
 
@@ -69,15 +92,21 @@ _nqp2() {
         if [[ $current == -* ]]; then
             _nqp2_words "$global --version" "$current"
         else
-            _nqp2_words "${!options[*]}" "$current"
+            _nqp2_words 'clips clip format umid free-name space edl ingest' "$current"
         fi
     elif [[ $current == -* ]]; then
         _nqp2_words "${options[$command]-} $global" "$current"
+    elif [[ -n ${groups[$command]-} ]]; then
+        _nqp2_words "${groups[$command]}" "$current"
     elif [[ $command == umid ]]; then
         return
     elif [[ -z $card ]]; then
         _nqp2_folders "$current"
-    elif [[ $command == clip ]]; then
+    elif [[ -n $operand ]]; then
+        return
+    elif [[ $command == 'edl write' ]]; then
+        compopt -o default 2>/dev/null
+    elif [[ $command == clip || $command == 'ingest add' || $command == 'ingest remove' ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
     fi
 }

@@ -1,0 +1,273 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""The commands that list and write edit lists."""
+
+import csv
+import io
+import json
+import os
+import re
+import unittest
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+from program import CardTest, main, run
+
+HEADER = Path(__file__).resolve().parents[2] / "media" / "P2EDL.h"
+UMID = "060A2B340101010501010D4313"
+EVENT_ELEMENTS = ["Offset", "Duration", "Source", "P2SerialNo.", "ClipName", "GlobalClipID",
+                  "Offset", "InTimecode", "OutTimecode"]
+HEAD_ELEMENTS = ["P2Main", "EditContent", "Duration", "EditUnit", "StartTimecode", "FrameRate",
+                 "Codec", "TrackList", "ClipTrack", "EventList"]
+
+
+def identifier(number, instance=0):
+    return f"{UMID}{instance:06X}{number:032X}"
+
+
+def edit_list(events, version="v2.0", track="ClipTrack", head=""):
+    """An edit list as another program writes it."""
+    namespace = f"urn:schemas-Professional-Plug-in:P2:EditMetadata:{version}"
+    return (f'<?xml version="1.0" encoding="UTF-8"?>\n<P2Main xmlns="{namespace}"><EditContent>'
+            f"{head}<TrackList><{track}><EventList>{events}</EventList></{track}></TrackList>"
+            "</EditContent></P2Main>\n").encode()
+
+
+def elements_of(file):
+    """Names of all elements of a file in document order, without their namespaces."""
+    return [element.tag.rpartition("}")[2] for element in ElementTree.parse(file).iter()]
+
+
+class EdlTest(CardTest):
+    def write_list(self, name, content, folder="CONTENTS/EDITLIST"):
+        (self.card.path / folder).mkdir(parents=True, exist_ok=True)
+        (self.card.path / folder / name).write_bytes(content)
+
+    def listed(self):
+        result = run("edl", "list", self.card.path, "--json")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return json.loads(result.stdout)["edls"]
+
+    def write(self, edl, *options):
+        return run("edl", "write", self.card.path, "-", *options, given=json.dumps(edl))
+
+
+class ListTest(EdlTest):
+    def setUp(self):
+        super().setUp()
+        full = ("<Event><Offset>5</Offset><Duration>50</Duration><Source>"
+                f"<P2SerialNo.>AB1</P2SerialNo.><ClipName>0001AA</ClipName><GlobalClipID>"
+                f"{identifier(1)}</GlobalClipID><Offset>100</Offset><Channel>3 2</Channel></Source>"
+                "<AudioInOffset>7</AudioInOffset><AudioLevel>0.5</AudioLevel>"
+                "<Note>größer, \"lauter\"</Note></Event>")
+        head = ("<Duration>90</Duration><EditUnit>1001/30000</EditUnit><FrameRate>59.94i</FrameRate>"
+                "<StartTimecode>01:00:00:02</StartTimecode><Codec Class=\"50\">AVC-I_720/50p</Codec>"
+                "<Thumbnail><FrameOffset>12</FrameOffset></Thumbnail>")
+        short = "<Event><Duration>40</Duration><Source><ClipName>0002AA</ClipName></Source></Event>"
+        self.write_list("P002XY.XML", edit_list(full + short, head=head))
+        self.write_list("p001ab.xml", edit_list(short, "v3.0", "VideoTrack"), "EDITLIST")
+        self.write_list("broken.xml", b"<P2Main>")
+        (self.card.path / "CONTENTS/EDITLIST/P002XY").mkdir()
+        (self.card.path / "CONTENTS/EDITLIST/P002XY/ICON.BMP").write_bytes(b"BM")
+
+    def test_table(self):
+        result = run("edl", "list", self.card.path)
+        self.assert_golden("edl.txt", result.stdout)
+        self.assertEqual((result.returncode, result.stderr), (0, "2 edit lists\n"))
+
+    def test_json_tells_both_folders_and_all_fields_in_declaration_order(self):
+        first, second = self.listed()
+        self.assertEqual((first["Name"], second["Name"]), ("p001ab", "P002XY"))
+        for record, shown in (("tag_P2EDL", second), ("tag_P2EDLClipTrackEvent",
+                                                      second["Events"][0])):
+            body = re.search(rf"struct {record} {{(.*?)^}};", HEADER.read_text(),
+                             re.DOTALL | re.MULTILINE).group(1)
+            places = [re.search(rf"^    \S+ {name}\b", body, re.MULTILINE).start()
+                      if name != "Events" else len(body) for name in shown]
+            self.assertEqual(places, sorted(places))
+        self.assertEqual(
+            {key: value for key, value in second.items()
+             if key not in ("Date", "Identity", "Events")},
+            {"LeadingText": "", "Name": "P002XY", "Duration": 90, "EditUnit": [1001, 30000],
+             "StartTimecode": 3600 * 29 + 2, "FrameRate": "59.94i", "Codec": "AVC-I_720/50p",
+             "Class50": 1, "ThumbnailFrame": 12,
+             "IconPath": f"{self.card.path}/CONTENTS/EDITLIST/P002XY/ICON.BMP"})
+        self.assertEqual(second["Events"][0], {
+            "Offset": 5, "Duration": 50, "P2SerialNo": "AB1", "ClipName": "0001AA",
+            "GlobalClipID": identifier(1),
+            "GlobalClipGuid": "00000000-0000-0000-0000-000000000001", "SourceOffset": 100,
+            "SourceIn": 100, "SourceOut": 149, "AudioInOffset": 7, "AudioOutOffset": -1,
+            "Channels": [3, 2, 2, 3], "AudioLevels": [0.5, 1, 1, 1],
+            "Note": "größer, \"lauter\""})
+        self.assertEqual(first["Events"][0]["ClipName"], "0002AA")
+
+    def test_csv_and_json_say_the_same(self):
+        table = run("edl", "list", self.card.path, "--csv").stdout
+        rows = list(csv.DictReader(io.StringIO(table, newline="")))
+        for row, edl in zip(rows, self.listed(), strict=True):
+            self.assertEqual((row["Name"], row["IconPath"]), (edl["Name"], edl["IconPath"]))
+            self.assertEqual(json.loads(row["Events"]), edl["Events"])
+
+    def test_a_mapped_drive(self):
+        for drive in ("E", "E:", "E:\\"):
+            result = run("edl", "list", "--drive", f"E={self.card.path}", drive, "--json")
+            self.assertEqual(len(json.loads(result.stdout)["edls"]), 2, drive)
+
+
+class NoListTest(EdlTest):
+    def test_a_card_without_edit_lists_has_none(self):
+        self.assertEqual(self.listed(), [])
+
+    def test_what_is_no_card(self):
+        for path, problem in ((self.folder / "none", "no such folder"),
+                              (self.folder, "no CONTENTS folder (the card is one folder below: "
+                                            f"{self.card.path})")):
+            for command in (("list", path), ("write", path, "-")):
+                result = run("edl", *command, given='{"Events": [{}]}')
+                self.assert_fails(result, 1, f"nqp2: {path}: {problem}")
+        self.assertEqual(list(self.folder.iterdir()), [self.card.path])
+
+
+class WriteTest(EdlTest):
+    def setUp(self):
+        super().setUp()
+        self.card.add("0001AA", identifier=identifier(0xA1), codec="AVC-I_1080/50i",
+                      codec_class="50", duration=500)
+        self.card.add("0002AA", identifier=identifier(0xB2, 2), duration=200)
+
+    def event(self, **fields):
+        return {"ClipName": "0001AA", "GlobalClipID": identifier(0xA1), "Duration": 10, **fields}
+
+    def test_a_selection_of_clips_is_written_and_read_back(self):
+        clips = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
+        events, at = [], 0
+        for clip in clips:
+            events.append({"Offset": at, "Duration": clip["Duration"] // 2, "SourceOffset": 25,
+                           "ClipName": clip["ClipName"], "GlobalClipID": clip["GlobalClipID"],
+                           "P2SerialNo": "AB&<1>"})
+            at += clip["Duration"] // 2
+        file = self.folder / "cut.json"
+        file.write_text(json.dumps({"Duration": at, "Events": events}))
+        result = run("edl", "write", self.card.path, file)
+        written = self.card.path / "EDITLIST" / "P001AB.XML"
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, f"{written}\n", ""))
+        (edl,) = self.listed()
+        self.assertEqual((edl["Name"], edl["Duration"], edl["Codec"], edl["FrameRate"],
+                          edl["EditUnit"]), ("P001AB", 350, "AVC-I_1080/50i", "50i", [1, 25]))
+        self.assertEqual([{key: event[key] for key in events[0]} for event in edl["Events"]],
+                         events)
+        self.assertEqual([event["GlobalClipGuid"] for event in edl["Events"]],
+                         [clip["GlobalClipGuid"] for clip in clips])
+        # What was listed can be written as it stands.
+        self.assertEqual(self.write(edl, "--name", "AGAIN").returncode, 0)
+        again, first = self.listed()
+        self.assertEqual((again["Name"], again["Events"]), ("AGAIN", first["Events"]))
+
+    def test_the_file_is_sound_xml_with_its_elements_in_order(self):
+        path = self.write({"Duration": 3, "StartTimecode": 9, "Events": [self.event()] * 2}
+                          ).stdout.strip()
+        self.assertEqual(elements_of(path), HEAD_ELEMENTS + (["Event"] + EVENT_ELEMENTS) * 2)
+        content = ElementTree.parse(path).getroot()[0]
+        self.assertEqual([element.text for element in content[:5]],
+                         ["3", "1/25", "00:00:00:00", "50i", "AVC-I_1080/50i"])
+        self.assertEqual(content[4].attrib, {"Class": "50"})
+        timecodes = [element.text for element in content.iter() if element.tag.endswith("Timecode")]
+        self.assertEqual(timecodes[1:3], ["00:00:00:00", "00:00:00:09"])
+
+    def test_names(self):
+        edl = {"Events": [self.event()]}
+        folder = self.card.path / "EDITLIST"
+        for options, name in (((), "P001AB.XML"), ((), "P002AB.XML"),
+                              (("--name", "MYEDIT"), "MYEDIT.xml"),
+                              (("--name", "Übersicht.xml"), "Übersicht.xml"),
+                              (("--name", "MYEDIT"), "MYEDIT.xml"), ((), "P003AB.XML")):
+            self.assertEqual(self.write(edl, *options).stdout, f"{folder / name}\n")
+        self.assertEqual(len(list(folder.iterdir())), 5)
+        for name in ("", "a/b", "..\\x", "C:x"):
+            self.assert_fails(self.write(edl, "--name", name), 2,
+                              f"nqp2: --name {name}: is no file name")
+
+    def test_guid_comes_from_the_identifier_unless_it_is_given(self):
+        given = "00000000-0000-0000-0000-0000000000ff"
+        for guid in (given, given.replace("-", "").upper()):
+            self.write({"Events": [self.event(), self.event(GlobalClipGuid=guid)]}, "--name", "X")
+            (edl,) = self.listed()
+            self.assertEqual([event["GlobalClipGuid"] for event in edl["Events"]],
+                             ["00000000-0000-0000-0000-0000000000a1", given])
+
+    def test_a_clip_that_is_not_on_the_card(self):
+        line = (f"nqp2: {self.card.path}: the edit list was not written "
+                "(no event's ClipName and GlobalClipID are those of a clip on the card)")
+        for event in (self.event(ClipName="0009ZZ"), self.event(GlobalClipID=identifier(7)),
+                      self.event(ClipName="../CLIP/0001AA"), self.event(ClipName="x" * 70000), {}):
+            self.assert_fails(self.write({"Events": [event]}), 1, line)
+        self.assertEqual(self.listed(), [])
+
+    def test_hostile_input(self):
+        cases = (
+            ("", "is no JSON"), ("{", "is no JSON"), ("null", "is no object"),
+            ("[]", "is no object"), ('{"Events": [{}]} x', "is no JSON"),
+            ('{"Events": []}', "holds no events"), ("{}", "holds no events"),
+            ('{"edls": []}', "edls is no field"), ('{"Events": {}}', "Events is no list"),
+            ('{"Events": [7]}', "Events[0] is no object"),
+            ('{"Events": [{"Ofset": 1}]}', "Events[0].Ofset is no field"),
+            ('{"Duration": "7"}', "Duration is no 32-bit whole number"),
+            ('{"Duration": 1.0}', "Duration is no 32-bit whole number"),
+            ('{"Duration": true}', "Duration is no 32-bit whole number"),
+            ('{"Duration": 2147483648}', "Duration is no 32-bit whole number"),
+            ('{"Duration": -2147483649}', "Duration is no 32-bit whole number"),
+            ('{"Duration": 1e999}', "is no JSON"), ('{"Name": null}', "Name is no text"),
+            ('{"Name": "\\u0000"}', "Name holds a control character"),
+            ('{"Name": "\\uffff"}', "Name holds a control character"),
+            ('{"Name": "\\ud800"}', "is no JSON"), ('{"EditUnit": [1]}', "EditUnit is no list of 2"),
+            ('{"EditUnit": "1/25"}', "EditUnit is no list of 2"),
+            ('{"Identity": "x"}', "Identity is no GUID"),
+            ('{"Events": [{"Channels": [0, 1, 2, 3, 4]}]}', "Events[0].Channels is no list of 4"),
+            ('{"Events": [{}, {"AudioLevels": [1, 1, 1, "1"]}]}',
+             "Events[1].AudioLevels[3] is no number"),
+            ("[" * 100000, "is nested too deeply"), ('{"Name": "\udcff"}', "is no JSON"),
+            ('{"Name": "\x1b[31m"}', "is no JSON"),
+        )
+        for text, problem in cases:
+            result = run("edl", "write", self.card.path, "-", given=text)
+            self.assertEqual((result.returncode, result.stdout), (2, ""), text[:60])
+            self.assertEqual(result.stderr.count("\n"), 1)
+            self.assertTrue(result.stderr.startswith(f"nqp2: standard input: {problem}"),
+                            result.stderr)
+            self.assertNotIn("\x1b", result.stderr)
+        self.assertFalse((self.card.path / "EDITLIST").exists())
+
+    def test_extreme_numbers_are_written_as_they_are(self):
+        edge = {"Offset": -2 ** 31, "Duration": 2 ** 31 - 1, "SourceOffset": 2 ** 31 - 1}
+        self.assertEqual(self.write({"Duration": -1, "Events": [self.event(**edge)]}).returncode, 0)
+        (edl,) = self.listed()
+        self.assertEqual(edl["Duration"], -1)
+        self.assertEqual({key: edl["Events"][0][key] for key in edge}, edge)
+
+    def test_a_file_that_cannot_be_read(self):
+        for file, reason in ((self.folder, "Is a directory"),
+                             (self.folder / "none", "No such file or directory")):
+            self.assert_fails(run("edl", "write", self.card.path, file), 1,
+                              f"nqp2: {file}: cannot be read ({reason})")
+
+    def test_a_card_that_takes_nothing(self):
+        edl = {"Events": [self.event()]}
+        line = (f"nqp2: {self.card.path}: the edit list was not written "
+                "(the card may be write-protected or full, or out of names)")
+        folder = self.card.path / "EDITLIST"
+        folder.write_bytes(b"")  # a file in the folder's place
+        self.assert_fails(self.write(edl), 1, line)
+        folder.unlink()
+        (folder / "CUT.xml").mkdir(parents=True)
+        self.assert_fails(self.write(edl, "--name", "CUT"), 1, line)
+        self.assertEqual(os.listdir(folder), ["CUT.xml"])
+
+    @unittest.skipIf(os.geteuid() == 0, "the superuser may write everywhere")
+    def test_a_card_that_is_write_protected(self):
+        self.card.path.chmod(0o500)
+        self.addCleanup(self.card.path.chmod, 0o700)
+        self.assertEqual(self.write({"Events": [self.event()]}).returncode, 1)
+
+
+if __name__ == "__main__":
+    main()

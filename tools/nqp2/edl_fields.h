@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "media/P2EDL.h"
+#include "tools/nqp2/value.h"
+
+namespace nqp2::tool {
+
+class InputValue;
+
+/// Every field of an edit list under its own name in declaration order, "Events" a list of records
+/// of the same kind. Paths are POSIX paths.
+Record EdlRecord(const tag_P2EDL& edl);
+
+/// An edit list of the same form; what is missing keeps the value of a fresh record, an event's
+/// GUID is then that of its identifier. Throws Failure for a value of the wrong kind and for a name
+/// that no field has.
+tag_P2EDL EdlFromInput(const InputValue& input);
+
+} // namespace nqp2::tool

@@ -1,0 +1,175 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tools/nqp2/json_input.h"
+
+#include "platform/TextBytes.h"
+#include "tools/nqp2/console.h"
+#include "tools/nqp2/guid_form.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <limits>
+#include <optional>
+#include <system_error>
+
+namespace nqp2::tool {
+namespace {
+
+using nlohmann::json;
+
+constexpr std::size_t kMostBytes = std::size_t{32} * 1024 * 1024;
+constexpr int kDeepest = 16;
+
+struct CloseFile {
+    void operator()(std::FILE* file) const {
+        if (file != stdin) {
+            static_cast<void>(std::fclose(file)); // nothing was written to it
+        }
+    }
+};
+
+std::string FileText(const std::string& name) {
+    const std::unique_ptr<std::FILE, CloseFile> file(name == "-" ? stdin
+                                                                 : std::fopen(name.c_str(), "rb"));
+    std::string text;
+    std::array<char, 65536> part{};
+    std::size_t length = 1;
+    while (file != nullptr && length > 0 && text.size() <= kMostBytes) {
+        length = std::fread(part.data(), 1, part.size(), file.get());
+        text.append(part.data(), length);
+    }
+    if (file == nullptr || std::ferror(file.get()) != 0) {
+        throw Failure(name, "cannot be read", std::generic_category().message(errno));
+    }
+    if (text.size() > kMostBytes) {
+        throw Failure(name, "is too large", fmt::format("more than {} bytes", kMostBytes), kUsage);
+    }
+    return text;
+}
+
+/// The parser's own words without its name and error number.
+std::string ReasonOf(const json::exception& error) {
+    const std::string_view text = error.what();
+    const std::size_t bracket = text.find("] ");
+    return std::string(bracket == std::string_view::npos ? text : text.substr(bracket + 2));
+}
+
+json ParseText(const std::string& file, const std::string& text) {
+    const auto limitDepth = [&file](int depth, json::parse_event_t, const json&) {
+        if (depth > kDeepest) {
+            throw Failure(file, "is nested too deeply", "", kUsage);
+        }
+        return true;
+    };
+    try {
+        return json::parse(text, limitDepth);
+    } catch (const json::exception& error) {
+        throw Failure(file, "is no JSON", ReasonOf(error), kUsage);
+    }
+}
+
+bool IsUnfit(wchar_t ch) {
+    const bool blank = ch == L'\t' || ch == L'\n' || ch == L'\r';
+    return (ch < L' ' && !blank) || ch == 0xFFFE || ch == 0xFFFF;
+}
+
+std::optional<std::int32_t> Int32From(const json& value) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    if (value.is_number_unsigned()) {
+        const auto number = value.get<std::uint64_t>();
+        constexpr auto kMost = static_cast<std::uint64_t>(Limits::max());
+        return number <= kMost ? std::optional(static_cast<std::int32_t>(number)) : std::nullopt;
+    }
+    if (!value.is_number_integer()) {
+        return std::nullopt;
+    }
+    const auto number = value.get<std::int64_t>();
+    return number >= Limits::min() ? std::optional(static_cast<std::int32_t>(number))
+                                   : std::nullopt;
+}
+
+} // namespace
+
+void InputValue::Refuse(std::string_view problem, std::string_view reason) const {
+    throw Failure(m_file, m_place.empty() ? problem : fmt::format("{} {}", m_place, problem),
+                  reason, kUsage);
+}
+
+void InputValue::Read(CString& text) const {
+    if (!m_json.is_string()) {
+        Refuse("is no text");
+    }
+    text = TextFromBytes(m_json.get_ref<const std::string&>());
+    const std::wstring_view view = text.View();
+    if (std::any_of(view.begin(), view.end(), IsUnfit)) {
+        Refuse("holds a control character");
+    }
+}
+
+void InputValue::Read(std::int32_t& number) const {
+    const std::optional<std::int32_t> value = Int32From(m_json);
+    if (!value) {
+        Refuse("is no 32-bit whole number");
+    }
+    number = *value;
+}
+
+void InputValue::Read(double& number) const {
+    if (!m_json.is_number()) {
+        Refuse("is no number");
+    }
+    number = m_json.get<double>();
+}
+
+void InputValue::Read(GUID& guid) const {
+    const auto value =
+        m_json.is_string() ? GuidFromForm(m_json.get_ref<const std::string&>()) : std::nullopt;
+    if (!value) {
+        Refuse("is no GUID", "expected 8-4-4-4-12 hexadecimal digits");
+    }
+    guid = *value;
+}
+
+void InputValue::ForEachMember(
+    const std::function<void(const std::string&, const InputValue&)>& take) const {
+    if (!m_json.is_object()) {
+        Refuse("is no object");
+    }
+    for (const auto& [name, value] : m_json.items()) {
+        take(name, {value, m_file, m_place.empty() ? name : m_place + '.' + name});
+    }
+}
+
+void InputValue::ForEachElement(
+    const std::function<void(std::size_t, const InputValue&)>& take) const {
+    if (!m_json.is_array()) {
+        Refuse("is no list");
+    }
+    for (std::size_t i = 0; i < m_json.size(); ++i) {
+        take(i, {m_json[i], m_file, fmt::format("{}[{}]", m_place, i)});
+    }
+}
+
+void InputValue::RequireCount(std::size_t count) const {
+    if (!m_json.is_array() || m_json.size() != count) {
+        Refuse(fmt::format("is no list of {}", count));
+    }
+}
+
+InputDocument::InputDocument(const std::string& file)
+    : m_file(file == "-" ? "standard input" : file),
+      m_json(std::make_unique<json>(ParseText(m_file, FileText(file)))) {}
+
+InputDocument::~InputDocument() = default;
+
+InputValue InputDocument::Root() const {
+    return {*m_json, m_file, ""};
+}
+
+} // namespace nqp2::tool
