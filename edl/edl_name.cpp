@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <utility>
 #include <vector>
 
 namespace nqp2::edl {
@@ -17,7 +19,9 @@ namespace {
 
 constexpr int kLastNumber = 999;
 
-std::vector<CString> Titles(const CString& pattern) {
+/// The titles of the files that the pattern finds; nothing when the folder cannot be read to its
+/// end, because a number that is not seen would be given twice.
+std::optional<std::vector<CString>> Titles(const CString& pattern) {
     platform::IoStatus status;
     std::vector<CString> titles;
     for (const platform::FoundFile& file : platform::FindFiles(pattern, status)) {
@@ -25,7 +29,8 @@ std::vector<CString> Titles(const CString& pattern) {
             titles.push_back(file.title);
         }
     }
-    return titles;
+    const bool whole = status || status.error == platform::IoError::NotFound;
+    return whole ? std::optional(std::move(titles)) : std::nullopt;
 }
 
 CString NumberText(int number) {
@@ -60,6 +65,12 @@ CString Suffix(const CString& id) {
     return suffix;
 }
 
+CString FileName(std::int64_t number, const CString& suffix) {
+    CString name;
+    name.Format(L"P%03d%s.xml", number, suffix);
+    return name.MakeUpper();
+}
+
 } // namespace
 
 bool NewEditListName(const CString& folder, const CString& id, CString& name) {
@@ -67,26 +78,30 @@ bool NewEditListName(const CString& folder, const CString& id, CString& name) {
         return false;
     }
     // One enumeration answers for every number that is tried.
-    const std::vector<CString> titles = Titles(folder + L"*.XML");
-    std::int64_t number = LargestNumber(titles) + 1;
+    const std::optional<std::vector<CString>> titles = Titles(folder + L"*.XML");
+    if (!titles) {
+        return false;
+    }
+    const CString suffix = Suffix(id);
+    std::int64_t number = LargestNumber(*titles) + 1;
     if (number > kLastNumber) {
-        if (titles.size() == kLastNumber) {
+        if (titles->size() == kLastNumber) {
             return false;
         }
         for (int gap = 1; gap < kLastNumber; ++gap) {
-            if (!IsTaken(gap, titles)) {
+            if (!IsTaken(gap, *titles)) {
                 number = gap;
                 break;
             }
         }
     }
-    name.Format(L"P%03d%s.xml", number, Suffix(id));
-    name.MakeUpper();
+    name = FileName(number, suffix);
     return true;
 }
 
 bool IsNumberTaken(int number, const CString& pattern) {
-    return IsTaken(number, Titles(pattern));
+    const std::optional<std::vector<CString>> titles = Titles(pattern);
+    return !titles || IsTaken(number, *titles);
 }
 
 } // namespace nqp2::edl

@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -134,7 +135,8 @@ tag_P2EDLClipTrackEvent ReadEvent(const dom::Node* node) {
         event.AudioOutOffset = texts.Number(EventPath::AudioOutOffset);
     }
     ForEachWord(texts[EventPath::AudioLevel], [&](int index, std::wstring_view word) {
-        event.AudioLevels[index] = platform::ToDouble(word);
+        const double level = platform::ToDouble(word);
+        event.AudioLevels[index] = std::isfinite(level) ? level : 0.0;
     });
     event.Note = texts[EventPath::Note];
     return event;

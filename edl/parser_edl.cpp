@@ -56,13 +56,17 @@ __int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& edl, int us
 }
 
 __int64 CNQP2Parser::GetNewEdlName(CString root, CString id, CString& name) {
-    return StatusOf(nqp2::edl::NewEditListName(EditListFolder(root), id, name));
+    return Guarded(kCannotRead, [&] {
+        return StatusOf(nqp2::edl::NewEditListName(EditListFolder(root), id, name));
+    });
 }
 
 int CNQP2Parser::CheckEdlSerialNumber(int number, const CString& pattern) {
-    return nqp2::edl::IsNumberTaken(number, pattern) ? 1 : 0;
+    return Guarded(1, [&] { return nqp2::edl::IsNumberTaken(number, pattern) ? 1 : 0; });
 }
 
 __int64 CNQP2Parser::GetClobalClipID(CString guidText, CString note, CString& identifier) {
-    return StatusOf(nqp2::media::IdentifierForGuidText(guidText, note, identifier));
+    return Guarded(kCannotRead, [&] {
+        return StatusOf(nqp2::media::IdentifierForGuidText(guidText, note, identifier));
+    });
 }

@@ -42,7 +42,8 @@ public:
     }
 
     /// Moves the list's cursor onto the clip's entry, which is added when there is none yet.
-    /// Returns false when there is no room for it: a document has one element at its top.
+    /// Returns false when there is no room for it, a document having one element at its top, and
+    /// for a name that XML cannot hold.
     bool MoveTo(CMarkupMSXML& list, const CString& clipName) {
         const std::wstring key = platform::FoldCase(clipName.View());
         const auto found = m_clips.find(key);
@@ -53,7 +54,10 @@ public:
         if (list.AddElem(kClip) == 0) {
             return false;
         }
-        list.AddAttrib(kClipName, clipName);
+        if (list.AddAttrib(kClipName, clipName) == 0) {
+            list.RemoveElem(); // a name that no attribute can hold leaves no entry without name
+            return false;
+        }
         m_last = list.GetMainPosPtr();
         m_clips.emplace(key, m_last);
         return true;

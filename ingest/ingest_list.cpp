@@ -59,10 +59,11 @@ bool LoadIngestList(const CString& root, IngestList& list) {
         if (document.Load(path) == 0) {
             return false;
         }
-        if (document.FindElem(L"Media") != 0) {
-            document.IntoElem();
-            list = ReadClips(document);
+        if (document.FindElem(L"Media") == 0) {
+            return false;
         }
+        document.IntoElem();
+        list = ReadClips(document);
         return true;
     });
 }

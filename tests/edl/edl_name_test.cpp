@@ -46,6 +46,17 @@ TEST_F(EdlNameTest, TheSuffixIsTheFirstTwoThatAreNoDigits) {
     }
 }
 
+TEST_F(EdlNameTest, AFolderThatCannotBeListedGivesNoNumberTwice) {
+    AddNumbers(1, 5);
+    test::FaultyFileSystem files;
+    files.Fail({.error = platform::IoError::Device,
+                .operation = test::Operation::List,
+                .pathPart = "EDITLIST",
+                .keptEntries = 2});
+    const platform::ScopedFileSystem inUse(files);
+    EXPECT_EQ(NewName(), "full");
+}
+
 TEST_F(EdlNameTest, TheNumberFollowsTheLargest) {
     AddFile("P001AB.XML", "");
     EXPECT_EQ(NewName(L"EF"), "P002EF.XML");

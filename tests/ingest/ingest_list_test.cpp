@@ -93,8 +93,13 @@ TEST_F(IngestListTest, AListBelowAnotherRootIsFoundAndOneWithoutMediaIsExtended)
     SetFile("<Root><Other/></Root>");
     EXPECT_EQ(Add({{L"A", {{1, 2}}}}), 0);
     EXPECT_THAT(File(), testing::HasSubstr("<Root><Other/><Clip ClipName=\"A\"><Segment"));
-    EXPECT_THAT(Listed(), IsEmpty()) << "no Media at the top, no list";
+    EXPECT_THAT(Listed(), ElementsAre("(unreadable)")) << "no Media at the top, no list";
     EXPECT_EQ(Delete(L"A"), 0);
+}
+
+TEST_F(IngestListTest, ANameThatXmlCannotHoldLeavesNoEntry) {
+    EXPECT_EQ(Add({{L"\x01", {{1, 2}}}, {L"B", {{3, 4}}}}), 0);
+    EXPECT_THAT(Listed(), ElementsAre("B 3-4"));
 }
 
 TEST_F(IngestListTest, DeletingTakesTheFirstEntryOnly) {

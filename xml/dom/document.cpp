@@ -106,9 +106,13 @@ ParseError Document::ReadFile(const std::string& path) {
 }
 
 bool Document::Save(const std::string& path) const {
-    const platform::IoStatus status =
-        platform::Files().WriteWhole(path, Serialize(m_tree->DocumentNode()));
-    return static_cast<bool>(status);
+    // What could not be loaded again must not take the place of what can.
+    const std::string text = Serialize(m_tree->DocumentNode());
+    const std::uint64_t limit = nqp2::MaxXmlFileSize();
+    if (text.size() > limit || m_tree->BytesUsed() > limit) {
+        return false;
+    }
+    return static_cast<bool>(platform::Files().WriteWhole(path, text));
 }
 
 std::shared_ptr<Node> Document::DocumentNode() const {
