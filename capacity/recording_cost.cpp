@@ -10,8 +10,6 @@
 namespace nqp2::capacity {
 namespace {
 
-using media::CodeTypeFamily;
-
 constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
 

@@ -97,6 +97,6 @@ private:
     IXMLDOMNodePtr m_pCurrentNode;
     std::int32_t m_bReady = 0;
     IXMLDOMDocumentPtr m_pDoc;
-    ParentStack m_ParentStack;
+    ParentStack m_parentStack;
     IXMLDOMNodeListPtr m_pRootAttributes;
 };

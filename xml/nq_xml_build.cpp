@@ -179,7 +179,7 @@ int CNQXmlParser::AddChildElement(CString name, CString attrName, CString attrVa
         return 0;
     }
     // A full stack remembers nothing more, and nobody is told: kept, hosts rely on it.
-    m_ParentStack.Push(m_pCurrentNode);
+    m_parentStack.Push(m_pCurrentNode);
     return DomGuarded(0, [&] {
         m_pCurrentNode = MakeElement(name, attrName, attrValue);
         return 1;
@@ -199,7 +199,7 @@ int CNQXmlParser::AddChildTextNode(CString name, _variant_t value, CString attrN
 }
 
 int CNQXmlParser::BackToParent() {
-    return m_bReady != 0 && m_ParentStack.Pop(m_pCurrentNode) ? 1 : 0;
+    return m_bReady != 0 && m_parentStack.Pop(m_pCurrentNode) ? 1 : 0;
 }
 
 int CNQXmlParser::AddParam(CString name, _variant_t value) {
