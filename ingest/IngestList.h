@@ -17,8 +17,7 @@ namespace nqp2 {
 using IngestList = std::vector<std::pair<CString, std::vector<tag_P2SegInfo>>>;
 
 /// Reads the list of the card with that root. Returns true when it could be read or the card has
-/// none yet (`list` is then empty); false when there is a file that cannot be read
-/// or is no ingest list.
+/// none yet (`list` is then empty); false when there is a file that cannot be read.
 NQP2_API bool LoadIngestList(const CString& root, IngestList& list);
 
 enum class IngestRemoval { Removed, NotListed, NoList, NotSaved };

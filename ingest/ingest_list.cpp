@@ -59,11 +59,10 @@ bool LoadIngestList(const CString& root, IngestList& list) {
         if (document.Load(path) == 0) {
             return false;
         }
-        if (document.FindElem(L"Media") == 0) {
-            return false;
+        if (document.FindElem(L"Media") != 0) {
+            document.IntoElem();
+            list = ReadClips(document);
         }
-        document.IntoElem();
-        list = ReadClips(document);
         return true;
     });
 }
