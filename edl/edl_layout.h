@@ -8,6 +8,9 @@
 
 namespace nqp2::edl {
 
+/// Reads that a missing node leaves empty without a word.
+inline constexpr int kIgnoreMissing = 1;
+
 /// Where the edit lists of a card path lie.
 inline CString EditListFolder(const CString& path) {
     return media::WithDrive(path) + L"\\EDITLIST\\";

@@ -34,8 +34,6 @@ namespace {
 
 using platform::ToInt32;
 
-constexpr int kIgnoreMissing = 1;
-
 // Files up to this size are read ahead; larger ones are read piece by piece.
 constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} * 1024;
 

@@ -21,8 +21,6 @@
 namespace nqp2::edl {
 namespace {
 
-constexpr int kIgnoreMissing = 1;
-
 /// What the edit is made of, told by a source clip on the card.
 struct Reference {
     CString editUnit;
@@ -38,15 +36,15 @@ bool IsFile(const CString& path) {
            info.kind != platform::EntryKind::Folder;
 }
 
-CString Content(CMarkupMSXML& reader, const wchar_t* path) {
+CString ClipContent(CMarkupMSXML& reader, const wchar_t* path) {
     return reader.GetNodeText(CString(L"//P2Main/ClipContent/") + path, kIgnoreMissing);
 }
 
 Reference ReadReference(CMarkupMSXML& reader) {
     Reference reference;
-    reference.editUnit = Content(reader, L"EditUnit");
-    reference.frameRate = Content(reader, L"EssenceList/Video/FrameRate");
-    reference.codec = Content(reader, L"EssenceList/Video/Codec");
+    reference.editUnit = ClipContent(reader, L"EditUnit");
+    reference.frameRate = ClipContent(reader, L"EssenceList/Video/FrameRate");
+    reference.codec = ClipContent(reader, L"EssenceList/Video/Codec");
     reference.class50 =
         IsClassCodec(reference.codec) &&
         reader.GetNodeAttribute(L"//P2Main/ClipContent/EssenceList/Video/Codec", L"Class") == L"50";
@@ -65,7 +63,7 @@ std::optional<Reference> FindReference(const CString& clipFolder, const tag_P2ED
         if (reader.LoadXml(path) == 0) {
             return std::nullopt;
         }
-        const GUID clip = media::GuidFromIdentifier(Content(reader, L"GlobalClipID"));
+        const GUID clip = media::GuidFromIdentifier(ClipContent(reader, L"GlobalClipID"));
         if (clip == media::GuidFromIdentifier(event.GlobalClipID)) {
             Reference reference = ReadReference(reader);
             return reference.codec.IsEmpty() ? std::nullopt : std::optional(reference);
