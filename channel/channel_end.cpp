@@ -57,7 +57,7 @@ ChannelStatus ChannelEnd::GetSendBuffer(void** buffer, std::int32_t* capacity,
 
 ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std::uint32_t length) {
     const Lock lock(m_mutex);
-    if (m_isClosed) {
+    if (m_isClosed || m_isDead) {
         return kChannelClosed;
     }
     if (!m_granted || buffer != m_link.send.Slot(*m_granted) ||
@@ -192,7 +192,7 @@ ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t*
                                 Ready ready) {
     const Deadline deadline(timeOut);
     while (!m_isClosed) {
-        while (!ready() && ReadOne()) {
+        while (ReadOne()) {
         }
         if (ready()) {
             return kChannelDone;

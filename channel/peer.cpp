@@ -3,10 +3,12 @@
 
 #include "channel/peer.h"
 
+#include "channel/process_descriptor.h"
+
 #include <map>
 #include <mutex>
 #include <poll.h>
-#include <sys/pidfd.h>
+
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -34,7 +36,7 @@ std::shared_ptr<const Peer> PeerWithNumber(pid_t number) {
     std::shared_ptr<const Peer> peer = entry.lock();
     // The number of a process that has ended may be another's by now.
     if (peer == nullptr || peer->HasEnded()) {
-        platform::Descriptor process(pidfd_open(number, 0));
+        platform::Descriptor process = OpenProcess(number);
         peer = process ? std::make_shared<const Peer>(std::move(process)) : nullptr;
         entry = peer;
     }

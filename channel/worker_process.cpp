@@ -3,6 +3,7 @@
 
 #include "channel/worker_process.h"
 
+#include "channel/process_descriptor.h"
 #include "channel/rendezvous.h"
 
 #include <cerrno>
@@ -10,7 +11,7 @@
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <poll.h>
-#include <sys/pidfd.h>
+
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -91,7 +92,7 @@ WorkerStatus WorkerProcess::Start(const std::string& program,
     if (child == 0) {
         RunProgram(launch);
     }
-    process = WorkerProcess(platform::Descriptor(child > 0 ? pidfd_open(child, 0) : -1));
+    process = WorkerProcess(child > 0 ? OpenProcess(child) : platform::Descriptor());
     if (!process.m_process) {
         WorkerStatus failure = Failure(program);
         if (child > 0) {
@@ -118,8 +119,8 @@ void WorkerProcess::End() {
     if (!m_process) {
         return;
     }
-    if (pidfd_send_signal(m_process.Get(), SIGTERM, nullptr, 0) == 0 && !HasEnded(kEndTime)) {
-        pidfd_send_signal(m_process.Get(), SIGKILL, nullptr, 0);
+    if (SignalProcess(m_process, SIGTERM) && !HasEnded(kEndTime)) {
+        SignalProcess(m_process, SIGKILL);
     }
     // A host that waits for all its children, or for none, may have been quicker: no matter.
     siginfo_t ignored{};
