@@ -28,12 +28,12 @@ namespace nqp2 {
 /// Which worker a host uses: the one that listens on `socket`, else one that is started.
 struct WorkerSettings {
     /// Path of the worker program. Empty: a worker must be listening already.
-    std::string program;
+    std::string program = {};
     /// What the program is given before "--socket PATH".
-    std::vector<std::string> arguments;
+    std::vector<std::string> arguments = {};
     /// Where the worker listens or is to listen, in a folder that nobody else can enter. Empty: a
     /// new place is made and removed again by LeaveWorker.
-    std::string socket;
+    std::string socket = {};
     /// How long a started worker may take until it listens.
     std::uint32_t startMilliseconds = 5000;
     /// The system ends the started worker when the thread that called UseWorker ends: for hosts
@@ -43,7 +43,7 @@ struct WorkerSettings {
 
 struct [[nodiscard]] WorkerStatus {
     bool ready = false;
-    std::string reason; ///< for a person, when not ready
+    std::string reason = {}; ///< for a person, when not ready
 
     explicit operator bool() const { return ready; }
 };
