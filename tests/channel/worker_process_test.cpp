@@ -156,6 +156,7 @@ TEST_F(WorkerProcessTest, AStoppedWorkerIsWaitedForAndNotTakenForDead) {
     ChannelHandle second = Open(100000, 40);
     const pid_t worker = Worker();
     kill(worker, SIGSTOP);
+    ASSERT_EQ(waitpid(worker, nullptr, WUNTRACED), worker); // until all its threads stand still
     ASSERT_EQ(SendPattern(Host(), second, kEcho, 5), kChannelDone);
     EXPECT_LT(TimeOf([&] { EXPECT_EQ(Receive(Host(), second).status, kChannelTimedOut); }),
               40 + kSlack);
