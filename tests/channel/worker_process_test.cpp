@@ -40,7 +40,11 @@ class WorkerProcessTest : public testing::Test {
 protected:
     ~WorkerProcessTest() override { LeaveWorker(); }
 
-    void Start() { ASSERT_TRUE(UseWorker({.program = kProgram, .socket = m_folder.Socket()})); }
+    /// Ends with the test, whatever ends that.
+    void Start() {
+        ASSERT_TRUE(
+            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
+    }
     static ChannelHandle Open(std::uint32_t size = 4096, std::uint32_t timeOut = kForEver) {
         return Host().CreateChannel(kEchoChannel, size, size, timeOut, timeOut);
     }
