@@ -194,7 +194,7 @@ ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t*
     while (!m_isClosed) {
         // While a thread polls, it alone reads: it would sleep on when another had taken from the
         // socket what it waits for.
-        while (!m_isPolling && ReadOne()) {
+        while (!ready() && !m_isPolling && ReadOne()) {
         }
         if (ready()) {
             return kChannelDone;

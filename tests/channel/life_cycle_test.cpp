@@ -30,9 +30,9 @@ TEST(SysInterfaceTest, UsableDependsOnSixSlots) {
 void ExpectDeaf(const SysInterfaceTable& table, ChannelHandle handle) {
     void* buffer = nullptr;
     std::int32_t capacity = 0;
+    EXPECT_EQ(Receive(table, handle).status, kChannelClosed);
     EXPECT_EQ(table.GetSendBuffer(handle, &buffer, &capacity, nullptr), kChannelClosed);
     EXPECT_EQ(table.SendPacket(handle, 1, &capacity, 0), kChannelClosed);
-    EXPECT_EQ(Receive(table, handle).status, kChannelClosed);
     EXPECT_EQ(table.ReleasePacket(handle, nullptr, 0), kChannelClosed);
     EXPECT_EQ(table.OpenSubChannel(handle, 1, 0, 0, 0, 0), 0U);
 }
