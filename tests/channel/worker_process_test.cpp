@@ -40,7 +40,11 @@ class WorkerProcessTest : public testing::Test {
 protected:
     ~WorkerProcessTest() override { LeaveWorker(); }
 
-    void Start() { ASSERT_TRUE(UseWorker({.program = kProgram, .socket = m_folder.Socket()})); }
+    /// Ends with the test, whatever ends that.
+    void Start() {
+        ASSERT_TRUE(
+            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
+    }
     static ChannelHandle Open(std::uint32_t size = 4096, std::uint32_t timeOut = kForEver) {
         return Host().CreateChannel(kEchoChannel, size, size, timeOut, timeOut);
     }
@@ -156,6 +160,7 @@ TEST_F(WorkerProcessTest, AStoppedWorkerIsWaitedForAndNotTakenForDead) {
     ChannelHandle second = Open(100000, 40);
     const pid_t worker = Worker();
     kill(worker, SIGSTOP);
+    ASSERT_EQ(waitpid(worker, nullptr, WUNTRACED), worker); // until all its threads stand still
     ASSERT_EQ(SendPattern(Host(), second, kEcho, 5), kChannelDone);
     EXPECT_LT(TimeOf([&] { EXPECT_EQ(Receive(Host(), second).status, kChannelTimedOut); }),
               40 + kSlack);
