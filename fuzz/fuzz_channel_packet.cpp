@@ -24,8 +24,9 @@
 
 namespace {
 
-using namespace nqp2;
-using fuzz::Require;
+namespace channel = nqp2::channel;
+using nqp2::kChannelDone;
+using nqp2::fuzz::Require;
 
 constexpr std::uint32_t kSize = 4096;
 constexpr std::size_t kStep = 40;
