@@ -4,6 +4,7 @@
 #include "edl/edl_reader.h"
 
 #include "edl/edl_layout.h"
+#include "edl/edl_name.h"
 #include "media/file_date.h"
 #include "media/identifier.h"
 #include "media/timecode.h"
@@ -11,10 +12,12 @@
 #include "platform/case_fold.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
+#include "platform/folder_index.h"
 #include "platform/guid_text.h"
 #include "platform/number_text.h"
 #include "platform/PathText.h"
 #include "platform/read_ahead.h"
+#include "platform/unicode.h"
 #include "xml/dom/document.h"
 #include "xml/dom/path_set.h"
 #include "xml/dom/XmlLimits.h"
@@ -25,8 +28,10 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace nqp2::edl {
@@ -164,11 +169,32 @@ void ReadCodec(CMarkupMSXML& reader, tag_P2EDL& edl) {
         asked && reader.GetNodeAttribute(L"//P2Main/EditContent/Codec", L"Class") == L"50" ? 1 : 0;
 }
 
-CString IconBeside(const CString& path) {
-    constexpr int kExtension = 4;
-    const CString icon = path.Left(path.GetLength() - kExtension) + L"\\ICON.BMP";
-    return platform::PathExists(PosixPath(icon)) ? icon : CString();
-}
+/// The pictures that stand beside edit lists, each in a folder with the list's name. What the lists'
+/// folder holds is read once: a search for each list would cost more with every list.
+class IconLookup {
+public:
+    explicit IconLookup(const CString& folder)
+        : m_index(platform::FolderIndex::Read(PosixPath(folder))) {}
+
+    /// The picture's path as the record shows it; empty when there is none.
+    [[nodiscard]] CString Beside(const platform::FoundFile& file) const {
+        const platform::FolderEntry* const holder =
+            m_index.Find(platform::NameBytesFromText(file.title.View()));
+        const bool found = holder != nullptr && holder->kind == platform::EntryKind::Folder &&
+                           platform::PathExists(FolderOf(file) + holder->name + "/ICON.BMP");
+        constexpr int kExtension = 4;
+        return found ? file.path.Left(file.path.GetLength() - kExtension) + L"\\ICON.BMP"
+                     : CString();
+    }
+
+private:
+    /// As it stands, so that a picture is found at the first question.
+    static std::string FolderOf(const platform::FoundFile& file) {
+        return file.posixPath.substr(0, file.posixPath.find_last_of('/') + 1);
+    }
+
+    platform::FolderIndex m_index;
+};
 
 /// The body runs before the first test: a list without events yields one, made of nothing. Kept:
 /// hosts rely on it.
@@ -196,24 +222,57 @@ CString DateOf(const std::string& path) {
 
 bool LoadFile(CMarkupMSXML& reader, const CString& path, const platform::IoStatus& status,
               const std::string& content) {
-    if (status) {
-        return reader.LoadBytes(content) != 0;
-    }
-    return status.error == platform::IoError::TooLarge && reader.LoadXml(path) != 0;
+    return status ? reader.LoadBytes(content) != 0 : reader.LoadXml(path) != 0;
 }
 
-std::vector<platform::FoundFile> FilesIn(const CString& folder) {
-    platform::IoStatus status;
-    std::vector<platform::FoundFile> files = platform::FindFiles(folder + L"*.XML", status);
-    std::erase_if(files, [](const platform::FoundFile& file) {
-        return file.isFolder || file.isSpecial || !file.pathIsSafe;
-    });
+/// Reads one file; nothing when it gave the record.
+std::optional<SkippedList> TakeFile(const platform::FoundFile& file,
+                                    const platform::IoStatus& status, const std::string& content,
+                                    const CString& icon, CMarkupMSXML& reader, tag_P2EDL& edl) {
+    if (!status && status.error != platform::IoError::TooLarge) {
+        return SkippedList{file, status, {}};
+    }
+    if (!LoadFile(reader, file.path, status, content)) {
+        return SkippedList{file, {}, reader.GetDocumentPtr()->LastError()};
+    }
+    edl.Identity = platform::NewGuid();
+    edl.Date = DateOf(file.posixPath);
+    edl.Name = file.title;
+    if (ReadEditList(reader, icon, edl)) {
+        return std::nullopt;
+    }
+    return SkippedList{file, {}, {}};
+}
+
+/// Folders are no files; all else that has a list's name is one or is skipped.
+std::vector<platform::FoundFile> FilesIn(const CString& folder, platform::IoStatus& status) {
+    std::vector<platform::FoundFile> files = platform::FindFiles(folder + kEditLists, status);
+    std::erase_if(files, [](const platform::FoundFile& file) { return file.isFolder; });
     return files;
+}
+
+bool IsReadable(const platform::FoundFile& file) {
+    return !file.isSpecial && file.pathIsSafe;
+}
+
+std::vector<std::string> PathsOf(const std::vector<platform::FoundFile>& files) {
+    std::vector<std::string> paths;
+    for (const platform::FoundFile& file : files) {
+        if (IsReadable(file)) {
+            paths.push_back(file.posixPath);
+        }
+    }
+    return paths;
+}
+
+/// What stands for reading a special file: the opening alone of a device can do harm.
+platform::IoStatus NotOpened() {
+    return {platform::IoError::NotAFile, "it is no regular file"};
 }
 
 } // namespace
 
-bool ReadEditList(CMarkupMSXML& reader, const CString& path, tag_P2EDL& edl) {
+bool ReadEditList(CMarkupMSXML& reader, const CString& icon, tag_P2EDL& edl) {
     edl.Duration = ToInt32(Content(reader, L"Duration").View());
     if (!ReadEditUnit(Content(reader, L"EditUnit"), edl.EditUnit)) {
         return false;
@@ -223,7 +282,7 @@ bool ReadEditList(CMarkupMSXML& reader, const CString& path, tag_P2EDL& edl) {
     edl.FrameRate = Content(reader, L"FrameRate");
     ReadCodec(reader, edl);
     edl.ThumbnailFrame = ToInt32(Content(reader, L"Thumbnail/FrameOffset").View());
-    edl.IconPath = IconBeside(path);
+    edl.IconPath = icon;
     const CString schema = reader.GetNodeAttribute(L"P2Main", L"");
     if (schema.Find(L"EditMetadata") < 0) {
         return false;
@@ -235,27 +294,25 @@ bool ReadEditList(CMarkupMSXML& reader, const CString& path, tag_P2EDL& edl) {
     return true;
 }
 
-void ScanEditLists(const CString& folder, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls) {
-    const std::vector<platform::FoundFile> files = FilesIn(folder);
-    std::vector<std::string> paths;
-    for (const platform::FoundFile& file : files) {
-        paths.push_back(file.posixPath);
-    }
-    platform::ReadAhead contents(std::move(paths), std::min(kReadAheadLimit, MaxXmlFileSize()));
+platform::IoStatus ScanEditLists(const CString& folder, CMarkupMSXML& reader,
+                                 CArray<tag_P2EDL>& edls, std::vector<SkippedList>* skipped) {
+    platform::IoStatus folderStatus;
+    const std::vector<platform::FoundFile> files = FilesIn(folder, folderStatus);
+    const IconLookup icons(folder);
+    platform::ReadAhead contents(PathsOf(files), std::min(kReadAheadLimit, MaxXmlFileSize()));
     std::string content;
     for (const platform::FoundFile& file : files) {
-        const platform::IoStatus status = contents.Next(content);
-        if (!LoadFile(reader, file.path, status, content)) {
-            continue;
-        }
         tag_P2EDL edl;
-        edl.Identity = platform::NewGuid();
-        edl.Date = DateOf(file.posixPath);
-        edl.Name = file.title;
-        if (ReadEditList(reader, file.path, edl)) {
-            edls.Add(edl);
+        const platform::IoStatus status = IsReadable(file) ? contents.Next(content) : NotOpened();
+        std::optional<SkippedList> loss =
+            TakeFile(file, status, content, icons.Beside(file), reader, edl);
+        if (!loss) {
+            edls.Add(std::move(edl));
+        } else if (skipped != nullptr) {
+            skipped->push_back(std::move(*loss));
         }
     }
+    return folderStatus;
 }
 
 } // namespace nqp2::edl

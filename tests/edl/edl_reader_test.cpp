@@ -6,6 +6,8 @@
 #include "tests/support/faulty_file_system.h"
 
 #include <ctime>
+#include <map>
+#include <sys/stat.h>
 
 namespace nqp2::edl {
 namespace {
@@ -64,24 +66,14 @@ TEST_F(EdlReaderTest, EveryValueIsRead) {
 }
 
 TEST_F(EdlReaderTest, MissingElementsLeaveDefaultsAndOneEvent) {
-    for (const char* tracks : {"", "TrackList/ClipTrack/EventList"}) {
-        AddEdl("P001.XML", tracks[0] == 0 ? test::ClipValues{} : test::ClipValues{{tracks, ""}});
-        const tag_P2EDL edl = LoadOnly();
-        EXPECT_EQ(edl.Duration, 0);
-        EXPECT_EQ(edl.EditUnit.Numerator, 1);
-        EXPECT_EQ(edl.EditUnit.Denominator, 25);
-        EXPECT_EQ(edl.IconPath, L"");
-        EXPECT_EQ(edl.Codec, L"");
-        ASSERT_EQ(edl.Events.GetSize(), 1);
-        const tag_P2EDLClipTrackEvent& event = edl.Events[0];
-        EXPECT_EQ(event.Offset, 0);
-        EXPECT_EQ(event.SourceIn, 0);
-        EXPECT_EQ(event.SourceOut, -1);
-        EXPECT_EQ(event.AudioInOffset, -1);
-        EXPECT_EQ(event.GlobalClipGuid, GUID());
-        EXPECT_THAT(event.Channels, ElementsAre(0, 1, 2, 3));
-        EXPECT_THAT(event.AudioLevels, ElementsAre(1.0, 1.0, 1.0, 1.0));
-    }
+    AddEdl("P001.XML");
+    const tag_P2EDL edl = LoadOnly();
+    EXPECT_EQ(edl.Duration, 0);
+    EXPECT_EQ(edl.IconPath, L"");
+    ASSERT_EQ(edl.Events.GetSize(), 1);
+    EXPECT_EQ(edl.Events[0].SourceOut, -1);
+    EXPECT_EQ(edl.Events[0].AudioInOffset, -1);
+    EXPECT_EQ(edl.Events[0].GlobalClipGuid, GUID());
 }
 
 TEST_F(EdlReaderTest, WordsAreSplitAtBlanksAndFourAreTaken) {
@@ -209,23 +201,58 @@ TEST_F(EdlReaderTest, RecordsAreAppendedWithFreshIdentities) {
     EXPECT_FALSE(edls[0].Identity == GUID());
 }
 
-TEST_F(EdlReaderTest, UnreadableFilesAreSkippedAndTheScanGoesOn) {
+TEST_F(EdlReaderTest, BothFoldersOfACardAreReadAndWhatIsLeftOutIsTold) {
     AddEdl("P001.XML");
     AddEdl("p002.xml");
     AddFile("P003.XML", "");
-    AddFile("P004.XML", "<P2Main");
     AddFile("P005.XML", "<!DOCTYPE P2Main [<!ENTITY a \"b\">]>" + EdlXml({}));
     AddFile("P006.XML", EdlXml({}, "urn:other"));
+    AddFile("._P001.XML", "mac");
     AddEdl("P007.XML~");
     AddEdl("P008.txt");
-    m_card.Folder().MakeFolder("EDITLIST/P009.XML");
-    AddFile("P010.XML", EdlXml({{"Codec", std::string(300'000, 'x')}}));
     AddEdl(".XML");
+    m_card.Folder().MakeFolder("EDITLIST/P009.XML");
+    m_card.Folder().Write("CONTENTS/EDITLIST/P010.XML",
+                          EdlXml({{"Codec", std::string(300'000, 'x')}}));
+    ASSERT_EQ(mkfifo(m_card.Folder().Path("CONTENTS/EDITLIST/P011.XML").c_str(), 0600), 0);
+    CArray<tag_P2EDL> edls;
+    EXPECT_EQ(m_parser.LoadCardEdls(m_card.Root(), edls, m_report), 0);
     std::set<CString> names;
-    for (const tag_P2EDL& edl : Load()) {
+    for (const tag_P2EDL& edl : edls) {
         names.insert(edl.Name);
     }
     EXPECT_THAT(names, ElementsAre(L"", L"P001", L"P010", L"p002"));
+    std::map<CString, SkipReason> losses;
+    for (const SkippedFile& file : m_report.skipped) {
+        losses[file.path.Mid(file.path.ReverseFind(L'\\') + 1)] = file.reason;
+    }
+    EXPECT_EQ(losses, (std::map<CString, SkipReason>{{L"P003.XML", SkipReason::NotWellFormed},
+                                                     {L"P005.XML", SkipReason::DocumentType},
+                                                     {L"P006.XML", SkipReason::NoEditList},
+                                                     {L"._P001.XML", SkipReason::Companion},
+                                                     {L"P011.XML", SkipReason::Unreadable}}));
+    edls.RemoveAll();
+    EXPECT_EQ(m_parser.LoadEdl(m_card.Root(), edls), 0);
+    EXPECT_EQ(edls.GetSize(), 3) << "the folder in the root alone";
+}
+
+TEST_F(EdlReaderTest, PicturesAreFoundWithoutASearchForEachList) {
+    constexpr std::uint64_t kLists = 40;
+    for (std::uint64_t i = 0; i < kLists; ++i) {
+        m_card.Folder().Write("editlist/P" + std::to_string(100 + i) + ".XML", EdlXml({}));
+    }
+    m_card.Folder().Write("editlist/p100/Icon.bmp");
+    m_card.Folder().Write("editlist/P101", "no folder");
+    test::FaultyFileSystem counter;
+    const platform::ScopedFileSystem inPlace(counter);
+    int pictures = 0;
+    for (const tag_P2EDL& edl : Load()) {
+        pictures += edl.IconPath.IsEmpty() ? 0 : 1;
+        EXPECT_EQ(edl.IconPath.IsEmpty(), edl.Name != L"P100");
+    }
+    EXPECT_EQ(pictures, 1);
+    EXPECT_LT(counter.Calls(test::Operation::List), kLists / 2);
+    EXPECT_LT(counter.Calls(), 3 * kLists) << "a date and a reading for each";
 }
 
 TEST_F(EdlReaderTest, CardsWithoutFolderOrParsersWithoutDocumentAreTold) {
