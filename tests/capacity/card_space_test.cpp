@@ -97,7 +97,7 @@ TEST_F(CardSpaceTest, FramesThatFitAreCountedWith16BitAudioWhateverTheFlag) {
 TEST_F(CardSpaceTest, HugeMediaAndRecordingsDoNotOverflow) {
     constexpr __int64 kMost = std::numeric_limits<__int64>::max();
     m_disk.freeBytes = std::numeric_limits<std::uint64_t>::max();
-    EXPECT_EQ(Fits(kMost), 1) << "need and space are both cut off at the largest number";
+    EXPECT_EQ(Fits(kMost), 0) << "need and space are both cut off at the largest number";
     EXPECT_EQ(m_free, kMost);
     EXPECT_EQ(m_maxFrames, (kMost - 5308864) / 135360);
     m_disk.freeBytes = 1;
