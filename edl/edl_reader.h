@@ -16,10 +16,9 @@ class CMarkupMSXML;
 
 namespace nqp2::edl {
 
-/// Reads the document that the reader holds into a fresh record; Name, Date and Identity are the
-/// caller's, as is the path of the picture beside the file. Returns false for a document that is no
-/// edit list.
-bool ReadEditList(CMarkupMSXML& reader, const CString& icon, tag_P2EDL& edl);
+/// Reads the document that the reader holds into a fresh record; Name, Date, Identity and IconPath
+/// are the caller's. Returns false for a document that is no edit list.
+bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl);
 
 /// A file of the folder that gave no record.
 struct SkippedList {
