@@ -68,8 +68,6 @@ TEST_F(IngestListTest, WithoutFileNameNothingIsTouched) {
     IngestRequest request = {{m_card.Root(), {{L"x", {{1, 2}}}}}};
     EXPECT_EQ(m_parser.WriteIngestXML(L"", request), 1);
     EXPECT_FALSE(std::filesystem::exists(m_card.Folder().Path("USERDATA")));
-    IngestRequest empty;
-    EXPECT_EQ(m_parser.WriteIngestXML(L"Ingest.xml", empty), 0);
 }
 
 TEST_F(IngestListTest, AnUnreadableFileIsKeptAsideAndReplaced) {
@@ -173,32 +171,6 @@ TEST_F(IngestListTest, ReadingTakesWhatNumbersThereAre) {
     SetFile("<Media><Clip ClipName=\"a\"><Segment/><Other InPoint=\"9\"/>"
             "<Segment InPoint=\"x\" OutPoint=\"99999999999\"/></Clip><Skip><Clip/></Skip></Media>");
     EXPECT_THAT(Listed(), ElementsAre("a 0-0 0-2147483647"));
-}
-
-CString Name(int number) {
-    CString name;
-    name.Format(L"%04dAA", number);
-    return name;
-}
-
-TEST_F(IngestListTest, TenThousandClipsAreExtendedInPlace) {
-    constexpr int kClips = 10'000;
-    IngestClips clips;
-    for (int i = 0; i < kClips; ++i) {
-        clips[Name(i)] = {{i, i + 1}};
-    }
-    EXPECT_EQ(Add(clips), 0);
-    EXPECT_EQ(Add(clips), 0);
-    IngestList list;
-    ASSERT_TRUE(LoadIngestList(m_card.Root(), list));
-    ASSERT_EQ(list.size(), static_cast<std::size_t>(kClips));
-    for (int i = 0; i < kClips; ++i) {
-        const auto& [name, segments] = list[static_cast<std::size_t>(i)];
-        ASSERT_EQ(name, Name(i));
-        ASSERT_EQ(segments.size(), 2U);
-        ASSERT_EQ(segments[1].InPoint, i);
-    }
-    EXPECT_EQ(Delete(Name(kClips - 1)), 1);
 }
 
 } // namespace
