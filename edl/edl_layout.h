@@ -16,6 +16,11 @@ inline CString EditListFolder(const CString& path) {
     return media::WithDrive(path) + L"\\EDITLIST\\";
 }
 
+/// Where the cards themselves keep them.
+inline CString ContentsEditListFolder(const CString& path) {
+    return media::ContentsFolder(path) + L"EDITLIST\\";
+}
+
 /// The AVC-I codecs whose class edit lists look at: fewer than the clip readers know; kept, hosts
 /// rely on it.
 bool IsClassCodec(const CString& codec);

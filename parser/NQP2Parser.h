@@ -82,7 +82,7 @@ public:
 
     /// Whether a recording of that many frames fits on the card: 1 or 0. `audioFlag` 0 counts
     /// 16-bit audio, anything else 24-bit; always four channels. 0 for a card without contents
-    /// folder.
+    /// folder and for a recording whose bytes 64 bits cannot count.
     int GetDiscFree(CString drive, eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
                     __int64 frames);
     /// The same; also the card's free bytes and the frames that fit in them, these counted with
@@ -103,16 +103,25 @@ public:
     /// Appends the edit lists in root/EDITLIST that can be read. Returns 0, or 1 before Init and
     /// when there is no such folder.
     __int64 LoadEdl(CString root, CArray<tag_P2EDL>& edls);
+    /// Appends the edit lists in root/EDITLIST and root/CONTENTS/EDITLIST; `report` receives
+    /// (appended) what was left out and which folder could not be read. Returns 0, or 1 before Init
+    /// and when neither folder can be reached.
+    __int64 LoadCardEdls(const CString& root, CArray<tag_P2EDL>& edls, nqp2::ScanReport& report);
     /// Writes an edit list into root/EDITLIST, under `name` when `useName` is nonzero and the name
-    /// is not empty, else under the next free name. Returns 0, or 1 for any failure.
+    /// is not empty, else under the next free name, which replaces no file. Returns 0, or 1 for any
+    /// failure.
     __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name);
-    /// The same; `saved` receives the interface path of the file.
-    __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name,
-                      CString& saved);
+    /// Writes an edit list among those that LoadCardEdls reads: into root/EDITLIST, or into
+    /// root/CONTENTS/EDITLIST where the card has that folder alone. An empty `name` stands for the
+    /// next number that no list in either folder has; a file that is there is never replaced then.
+    /// `saved` receives the interface path of the file. Returns 0, or 1 for any failure.
+    __int64 SaveCardEdl(const CString& root, const tag_P2EDL& edl, const CString& name,
+                        CString& saved);
 
     /// Adds segments to the ingest lists of one or more cards: root/USERDATA/`fileName` on each.
-    /// Returns 0, or 1 for an empty file name and when a card's folder cannot be made (cards before
-    /// it are written). Whether a list could be saved is not told.
+    /// Returns 0, or 1 for an empty file name and when a card's folder cannot be made or is kept
+    /// locked by another program (cards before it are written). Whether a list could be saved is
+    /// not told; AddToIngestList tells.
     __int64 WriteIngestXML(const CString& fileName, IngestRequest& request);
 
     /// The 64-digit identifier text of a GUID; a fresh one for an all-zero GUID.

@@ -127,6 +127,38 @@ IoStatus Flush(int file) {
     return result == 0 || nothingToFlush ? IoStatus{} : SystemStatus(errno);
 }
 
+/// Brings the change of a folder's names onto the medium.
+IoStatus FlushFolder(int base, const char* path) {
+    const Descriptor folder(openat(base, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder && errno == EACCES) {
+        return {}; // a folder that may be written but not read cannot be flushed
+    }
+    return folder ? Flush(folder.Get()) : SystemStatus(errno);
+}
+
+/// For file systems that cannot promise to replace nothing: of several writers, the one whose empty
+/// file comes first has the name.
+IoStatus MoveOverOwnClaim(const char* source, const char* target) {
+    const Descriptor claim(open(target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
+    if (!claim) {
+        return SystemStatus(errno);
+    }
+    if (rename(source, target) == 0) {
+        return {};
+    }
+    IoStatus status = SystemStatus(errno);
+    unlink(target);
+    return status;
+}
+
+IoStatus MoveReplacingNothing(const char* source, const char* target) {
+    if (renameat2(AT_FDCWD, source, AT_FDCWD, target, RENAME_NOREPLACE) == 0) {
+        return {};
+    }
+    const bool unsupported = errno == EINVAL || errno == ENOSYS;
+    return unsupported ? MoveOverOwnClaim(source, target) : SystemStatus(errno);
+}
+
 /// The new content beside its target; taken away again unless it takes the target's place.
 class Replacement {
 public:
@@ -178,11 +210,7 @@ public:
             return SystemStatus(errno);
         }
         m_name.clear();
-        const Descriptor folder(openat(m_folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!folder && errno == EACCES) {
-            return {}; // a folder that may be written but not read cannot be flushed
-        }
-        return folder ? Flush(folder.Get()) : SystemStatus(errno);
+        return FlushFolder(m_folder.Get(), ".");
     }
 
 private:
@@ -223,6 +251,11 @@ IoStatus DiskFileSystem::WriteWhole(const std::string& path, std::string_view co
         return status;
     }
     return replacement.Commit();
+}
+
+IoStatus DiskFileSystem::MoveToFree(const std::string& from, const std::string& to) {
+    IoStatus status = MoveReplacingNothing(SystemPath(from), SystemPath(to));
+    return status ? FlushFolder(AT_FDCWD, SplitTarget(to).folder.c_str()) : status;
 }
 
 } // namespace nqp2::platform

@@ -72,7 +72,8 @@ public:
     /// Free bytes of the medium that holds the path, those kept for the administrator included.
     virtual IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) = 0;
     virtual IoStatus RemoveFile(const std::string& path) = 0;
-    /// Gives a file another name in its folder; Exists when that is taken.
+    /// Gives a file another name in its folder, flushed; Exists when that is taken, also by another
+    /// writer at the same moment.
     virtual IoStatus MoveToFree(const std::string& from, const std::string& to) = 0;
     virtual IoStatus MakeFolder(const std::string& path) = 0;
 };

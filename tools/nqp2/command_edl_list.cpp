@@ -7,6 +7,7 @@
 #include "tools/nqp2/edl_commands.h"
 #include "tools/nqp2/edl_fields.h"
 #include "tools/nqp2/json_output.h"
+#include "tools/nqp2/scan_report_output.h"
 #include "tools/nqp2/table.h"
 
 #include "platform/TextBytes.h"
@@ -25,21 +26,43 @@ struct EdlListOptions {
     std::string card;
     bool json = false;
     bool csv = false;
+    bool strict = false;
 };
 
-/// Edit lists lie in the card's root or in its CONTENTS folder; both are asked for.
-CArray<tag_P2EDL> LoadEdls(const Card& card) {
-    ReadyParser parser;
+struct EdlScan {
     CArray<tag_P2EDL> edls;
-    const bool inRoot = parser->LoadEdl(card.Root(), edls) == 0;
-    const bool inContents = parser->LoadEdl(card.ContentsRoot(), edls) == 0;
-    if (!inRoot && !inContents) {
+    ScanReport report;
+};
+
+EdlScan LoadEdls(const Card& card) {
+    ReadyParser parser;
+    EdlScan scan;
+    const bool found = parser->LoadCardEdls(card.Root(), scan.edls, scan.report) == 0;
+    if (!found && scan.report.skipped.IsEmpty()) {
         card.RequireContents();
     }
-    std::stable_sort(edls.begin(), edls.end(), [](const tag_P2EDL& left, const tag_P2EDL& right) {
-        return left.Name.CompareNoCase(right.Name) < 0;
-    });
-    return edls;
+    std::stable_sort(scan.edls.begin(), scan.edls.end(),
+                     [](const tag_P2EDL& left, const tag_P2EDL& right) {
+                         return left.Name.CompareNoCase(right.Name) < 0;
+                     });
+    return scan;
+}
+
+/// A line for each loss; the status that they amount to.
+Status TellLosses(Console& console, const ScanReport& report, bool strict) {
+    Status status = kDone;
+    for (const SkippedFile& file : report.skipped) {
+        if (file.reason == SkipReason::FolderUnreadable) {
+            console.Message(fmt::format("nqp2: {}: cannot be read to its end ({})",
+                                        PositionText(file), BytesFromText(file.text)));
+            status = kFailed;
+        } else if (file.reason != SkipReason::Companion) { // of which nothing is lost
+            console.Message(
+                fmt::format("nqp2: {}: skipped ({})", PositionText(file), ReasonText(file)));
+            status = strict && status == kDone ? kSkipped : status;
+        }
+    }
+    return status;
 }
 
 void PrintEdlTable(Console& console, const CArray<tag_P2EDL>& edls) {
@@ -64,7 +87,8 @@ void PrintEdlTable(Console& console, const CArray<tag_P2EDL>& edls) {
 }
 
 Status RunEdlList(Console& console, const EdlListOptions& options) {
-    const CArray<tag_P2EDL> edls = LoadEdls(Card(options.card));
+    const EdlScan scan = LoadEdls(Card(options.card));
+    const CArray<tag_P2EDL>& edls = scan.edls;
     const Sequence records = {static_cast<std::size_t>(edls.GetSize()), [&edls](std::size_t index) {
                                   return Value(EdlRecord(edls[static_cast<std::int64_t>(index)]));
                               }};
@@ -75,7 +99,8 @@ Status RunEdlList(Console& console, const EdlListOptions& options) {
     } else {
         PrintEdlTable(console, edls);
     }
-    return kDone;
+    console.Finish();
+    return TellLosses(console, scan.report, options.strict);
 }
 
 } // namespace
@@ -87,6 +112,7 @@ void AddEdlListCommand(CLI::App& group, Action& chosen) {
     auto* json = command->add_flag("--json", options->json, "Print JSON, every field");
     command->add_flag("--csv", options->csv, "Print comma-separated values, every field")
         ->excludes(json);
+    command->add_flag("--strict", options->strict, "Exit with 4 when a file was skipped");
     SetExample(*command, "nqp2 edl list /media/card --json");
     command->callback([options, &chosen] {
         chosen = [options](Console& console) { return RunEdlList(console, *options); };
