@@ -4,6 +4,7 @@
 #include "platform/case_blind.h"
 #include "platform/descriptor.h"
 #include "platform/disk_file_system.h"
+#include "platform/durable_file.h"
 #include "platform/system_status.h"
 
 #include <array>
@@ -91,18 +92,6 @@ IoStatus ResolveTarget(std::string path, Target& target) {
     return makeable ? IoStatus{} : SystemStatus(failure);
 }
 
-/// A hidden name whose ending no card scan enumerates; empty when there is no randomness.
-std::string TemporaryName() {
-    std::uint64_t random = 0;
-    if (getentropy(&random, sizeof random) != 0) {
-        return {};
-    }
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), ".nqp2-%016llx.tmp",
-                  static_cast<unsigned long long>(random));
-    return text.data();
-}
-
 IoStatus WriteAll(int file, std::string_view content) {
     while (!content.empty()) {
         const ssize_t written = write(file, content.data(), content.size());
@@ -115,16 +104,6 @@ IoStatus WriteAll(int file, std::string_view content) {
         }
     }
     return {};
-}
-
-/// Some file systems have nothing to flush and say so; that is no failure.
-IoStatus Flush(int file) {
-    int result = 0;
-    do {
-        result = fsync(file);
-    } while (result != 0 && errno == EINTR);
-    const bool nothingToFlush = result != 0 && (errno == EINVAL || errno == ENOTSUP);
-    return result == 0 || nothingToFlush ? IoStatus{} : SystemStatus(errno);
 }
 
 /// The new content beside its target; taken away again unless it takes the target's place.
@@ -147,7 +126,7 @@ public:
         }
         constexpr int kTries = 16;
         for (int tried = 0; tried < kTries; ++tried) {
-            const std::string name = TemporaryName();
+            const std::string name = TemporaryName(".tmp");
             if (name.empty()) {
                 return SystemStatus(errno);
             }
@@ -166,7 +145,7 @@ public:
         if (IoStatus status = WriteAll(m_file.Get(), content); !status) {
             return status;
         }
-        if (IoStatus status = Flush(m_file.Get()); !status) {
+        if (IoStatus status = FlushToMedium(m_file.Get()); !status) {
             return status;
         }
         return SystemStatus(m_file.Close());
@@ -178,11 +157,7 @@ public:
             return SystemStatus(errno);
         }
         m_name.clear();
-        const Descriptor folder(openat(m_folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!folder && errno == EACCES) {
-            return {}; // a folder that may be written but not read cannot be flushed
-        }
-        return folder ? Flush(folder.Get()) : SystemStatus(errno);
+        return FlushFolder(m_folder.Get());
     }
 
 private:
