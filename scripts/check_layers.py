@@ -27,7 +27,7 @@ MAY_INCLUDE = {
     "avchd": READERS,
     "bridge": READERS | {"channel"},
     "parser": READERS | set(SUBJECTS),
-    "worker": READERS | {"bridge", "channel", "parser"},
+    "worker": READERS | {"bridge", "capacity", "channel", "parser"},
 }
 # These see of the library what a host sees: the exported headers.
 HOSTS = ("tools", "examples")

@@ -122,8 +122,9 @@ EssenceFile::~EssenceFile() = default;
 
 Outcome EssenceFile::Failed(int error) const {
     const platform::IoStatus& failure = m_muxer->sink.failure;
-    return Failure("Cannot write " + m_path + ": " + (failure ? AvReason(error) : failure.reason) +
-                   ".");
+    return failure
+               ? Failure("This essence cannot be put into " + m_path + ": " + AvReason(error) + ".")
+               : Failure("write", m_path, failure);
 }
 
 Outcome EssenceFile::CreateVideo(const std::string& path, const VideoFormat& format,
@@ -227,10 +228,20 @@ Outcome EssenceFile::Put(std::string_view unit) {
     return {};
 }
 
-Outcome EssenceFile::Finish() {
-    if (!m_sound.empty()) {
+Outcome EssenceFile::AddSilence(std::int64_t frames) {
+    while (!m_sound.empty() || m_units < frames) {
         m_sound.resize(NextSoundSize(), '\0');
         if (Outcome outcome = Put(m_sound); !outcome) {
+            return outcome;
+        }
+        m_sound.clear();
+    }
+    return {};
+}
+
+Outcome EssenceFile::Finish(std::int64_t frames) {
+    if (m_muxer->Stream().codecpar->codec_type == AVMEDIA_TYPE_AUDIO) {
+        if (Outcome outcome = AddSilence(frames); !outcome) {
             return outcome;
         }
     }

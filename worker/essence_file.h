@@ -48,12 +48,15 @@ public:
 
     /// Appends one access unit of video, or whole samples of sound.
     Outcome Add(std::string_view bytes);
-    /// Completes the file, sound with silence up to a whole frame of video, flushes it and compares the essence on the medium with what was added.
-    Outcome Finish();
+    /// Completes the file, flushes it and compares the essence on the medium with what was added.
+    /// Sound gets silence up to a whole frame, and up to `frames` of them.
+    Outcome Finish(std::int64_t frames);
     /// Gives the finished file its name.
     Outcome Commit();
 
     [[nodiscard]] const std::string& Path() const { return m_path; }
+    /// Frames of video, or of sound, that are in the file.
+    [[nodiscard]] std::int64_t Frames() const { return m_units; }
     /// Where the essence begins in the file, and how long it is, in bytes.
     [[nodiscard]] std::uint64_t EssenceStart() const { return m_essenceStart; }
     [[nodiscard]] std::uint64_t EssenceSize() const { return m_essenceSize; }
@@ -67,7 +70,8 @@ private:
     [[nodiscard]] std::size_t NextSoundSize() const;
     Outcome Put(std::string_view unit);
     Outcome Verify();
-    Outcome Failed(int error) const;
+    [[nodiscard]] Outcome Failed(int error) const;
+    Outcome AddSilence(std::int64_t frames);
 
     std::string m_path;
     std::unique_ptr<platform::FileWriter> m_writer;
