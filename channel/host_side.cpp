@@ -95,7 +95,7 @@ private:
 
     void LeaveLocked() {
         SetPath({});
-        if (m_process.HasStarted()) {
+        if (m_process.IsOurs()) {
             m_process.End();
             // What a worker leaves that was killed.
             RemoveStaleSocket(m_place.path);

@@ -110,13 +110,20 @@ WorkerStatus WorkerProcess::Start(const std::string& program,
     return {true, {}};
 }
 
+WorkerProcess::WorkerProcess(platform::Descriptor process)
+    : m_process(std::move(process)), m_starter(getpid()) {}
+
+bool WorkerProcess::IsOurs() const {
+    return m_process && m_starter == getpid();
+}
+
 bool WorkerProcess::HasEnded(int milliseconds) const {
     pollfd watched{m_process.Get(), POLLIN, 0};
     return poll(&watched, 1, milliseconds) > 0;
 }
 
 void WorkerProcess::End() {
-    if (!m_process) {
+    if (!IsOurs()) {
         return;
     }
     if (SignalProcess(m_process, SIGTERM) && !HasEnded(kEndTime)) {

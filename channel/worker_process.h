@@ -27,16 +27,18 @@ public:
     static WorkerStatus Start(const std::string& program, const std::vector<std::string>& arguments,
                               bool endsWithThread, WorkerProcess& process);
 
-    [[nodiscard]] bool HasStarted() const { return static_cast<bool>(m_process); }
+    /// False in a child that this process forked: the program is its parent's to end.
+    [[nodiscard]] bool IsOurs() const;
     /// Waits that long; true when the process has ended by then.
     [[nodiscard]] bool HasEnded(int milliseconds) const;
     /// Asks it to end, makes it after two seconds, and takes leave of it as its parent.
     void End();
 
 private:
-    explicit WorkerProcess(platform::Descriptor process) : m_process(std::move(process)) {}
+    explicit WorkerProcess(platform::Descriptor process);
 
     platform::Descriptor m_process;
+    pid_t m_starter = 0;
 };
 
 } // namespace nqp2::channel

@@ -6,6 +6,8 @@
 #include "channel/Channel.h"
 #include "tests/support/temp_folder.h"
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
@@ -79,6 +81,12 @@ bool Eventually(Condition condition) {
     return condition();
 }
 
+/// What this process holds once the ends that were closed are gone.
+inline Holdings Settled() {
+    EXPECT_TRUE(Eventually([] { return HeldBy().channelMappings == 0; }));
+    return HeldBy();
+}
+
 /// Milliseconds that an operation takes.
 template <class Operation>
 long TimeOf(Operation operation) {
@@ -94,9 +102,11 @@ inline constexpr long kSlack = 250;
 
 /// Bytes that differ from message to message and from place to place.
 inline void FillPattern(void* buffer, std::size_t length, std::uint32_t seed) {
-    auto* const bytes = static_cast<unsigned char*>(buffer);
-    for (std::size_t i = 0; i < length; ++i) {
-        bytes[i] = static_cast<unsigned char>((i + seed) * 2654435761U >> 24U);
+    auto* const bytes = static_cast<std::byte*>(buffer);
+    std::uint64_t word = seed;
+    for (std::size_t i = 0; i < length; i += sizeof(word)) {
+        word = word * 6364136223846793005U + 1442695040888963407U;
+        std::memcpy(bytes + i, &word, std::min(sizeof(word), length - i));
     }
 }
 
@@ -160,12 +170,15 @@ protected:
 
     void Connect(std::uint32_t hostSends = 4096, std::uint32_t workerSends = 4096,
                  std::uint32_t timeOut = kForEver) {
-        std::thread worker(
-            [&] { m_worker = WorkerEnd().CreateChannel(7, 0, 0, timeOut, timeOut); });
+        std::thread worker([&] {
+            EXPECT_TRUE(Eventually([&] {
+                m_worker = WorkerEnd().CreateChannel(7, 0, 0, timeOut, timeOut);
+                return m_worker != 0;
+            }));
+        });
         m_host = Host().CreateChannel(7, hostSends, workerSends, timeOut, timeOut);
         worker.join();
-        ASSERT_NE(m_host, 0U);
-        ASSERT_NE(m_worker, 0U);
+        ASSERT_TRUE(m_host != 0 && m_worker != 0);
     }
 
     SocketFolder m_folder;

@@ -133,7 +133,7 @@ TEST_F(LifeCycleTest, OffersThatNobodyTakesAreLimited) {
         }
         opened.push_back(handle);
     }
-    EXPECT_GE(opened.size(), 64U);
+    ASSERT_GE(opened.size(), 64U);
     EXPECT_LT(opened.size(), 1000U);
     // There is room for messages still, and the channel lives.
     EXPECT_EQ(SendPattern(Host(), m_host, 3), kChannelDone);
@@ -196,19 +196,18 @@ TEST_F(LifeCycleTest, ThousandsOfChannelsLeaveNothingBehind) {
     {
         const AnsweringWorker worker;
         ASSERT_EQ(AskOnce(1), 2);
-        const Holdings before = HeldBy();
+        const Holdings before = Settled();
         for (std::uint32_t i = 0; i < 3000; ++i) {
             ASSERT_EQ(AskOnce(i), static_cast<std::int32_t>(i + 1));
         }
-        EXPECT_TRUE(Eventually([&] { return HeldBy() == before; })) << HeldBy() << "; " << before;
+        EXPECT_EQ(Settled(), before);
     }
-    EXPECT_EQ(HeldBy().channelMappings, 0U);
 }
 
 TEST_F(LifeCycleTest, FewDescriptorsMakeCallersFailOrWaitAndRecover) {
     const AnsweringWorker worker;
     ASSERT_EQ(AskOnce(1), 2);
-    const Holdings before = HeldBy();
+    const Holdings before = Settled();
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
     rlimit low = limit;
@@ -225,7 +224,7 @@ TEST_F(LifeCycleTest, FewDescriptorsMakeCallersFailOrWaitAndRecover) {
     EXPECT_GT(answered, 0);
     setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(AskOnce(1), 2);
-    EXPECT_TRUE(Eventually([&] { return HeldBy() == before; })) << HeldBy() << "; " << before;
+    EXPECT_EQ(Settled(), before);
 }
 
 TEST_F(LifeCycleTest, HundredsAtOnce) {
