@@ -136,10 +136,16 @@ Outcome DescribeMediaFile(const CString& path, const std::string& file, NQP2Base
     return info.identifier == GUID() ? IdentifyByContent(file, info.identifier) : Outcome();
 }
 
-/// The contents folder above CLIP/name.XML, in the interface's form.
+std::string ParentOf(const std::string& path) {
+    return path.substr(0, path.find_last_of('/'));
+}
+
+/// The contents folder above CLIP/name.XML, as records show it.
 CString ContentsAbove(const std::string& file) {
-    const std::string clips = file.substr(0, std::max<std::size_t>(file.find_last_of('/'), 1));
-    return InterfaceRoot(clips.substr(0, clips.find_last_of('/'))) + L"\\";
+    const std::string contents = ParentOf(ParentOf(file));
+    const std::string card = ParentOf(contents);
+    return InterfaceRoot(card.empty() ? "/" : card) + L"\\" +
+           platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1)) + L"\\";
 }
 
 Outcome ReadClip(const std::string& file, _tag_P2Clip& clip) {

@@ -3,6 +3,7 @@
 
 #include "worker/host_services.h"
 
+#include "bridge/connection_record.h"
 #include "bridge/message_ids.h"
 
 #include <algorithm>
@@ -12,9 +13,9 @@
 namespace nqp2::worker {
 namespace {
 
-constexpr std::int32_t kConnect = 50;
-constexpr std::int32_t kConnected = 51;
-constexpr std::int32_t kDisconnect = 52;
+constexpr std::int32_t kConnect = bridge::kConnectId;
+constexpr std::int32_t kConnected = bridge::kConnectedId;
+constexpr std::int32_t kDisconnect = bridge::kDisconnectId;
 constexpr std::int32_t kServiceQuery = 5001;
 constexpr std::uint32_t kPatience =
     5000; // milliseconds; a host that does not answer has no services
