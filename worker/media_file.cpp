@@ -84,7 +84,8 @@ std::int64_t CountFrames(const AVFormatContext& format, const AVStream& video) {
     if (video.duration > 0) {
         return av_rescale_q(video.duration, video.time_base, frame);
     }
-    return format.duration > 0 ? av_rescale_q(format.duration, AV_TIME_BASE_Q, frame) : 0;
+    return format.duration > 0 ? av_rescale_q(format.duration, AVRational{1, AV_TIME_BASE}, frame)
+                               : 0;
 }
 
 void ReadPicture(AVFormatContext& format, AVStream& video, MediaFacts& facts) {

@@ -20,6 +20,7 @@ void ProgressLink::Detach() {
     std::unique_lock lock(m_mutex);
     m_line = nullptr;
     m_unanswered = false;
+    m_stopped = true;
     m_changed.notify_all();
     m_changed.wait(lock, [&] { return !m_sending; });
 }

@@ -18,7 +18,7 @@ class ProgressLink {
 public:
     /// From now on reports go out on this channel, which outlives them: see Detach.
     void Attach(ChannelLine& line);
-    /// No report goes out any more and none is waited for.
+    /// The host is gone: nothing goes out any more, nothing is waited for, and transfers end.
     void Detach();
     /// The host has answered.
     void Answered(bool abort);

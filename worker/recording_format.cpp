@@ -94,8 +94,8 @@ Outcome CheckAvcUnit(std::string_view unit, bool first) {
     constexpr unsigned kSequenceParameters = 7;
     constexpr std::size_t kShortest = 8;
     const bool isAnnexB =
-        unit.size() >= kShortest &&
-        unit.substr(0, 4).find(std::string_view("\0\0\1", 3)) == 1 - (unit[2] == 1);
+        unit.size() >= kShortest && (unit.starts_with(std::string_view("\0\0\1", 3)) ||
+                                     unit.starts_with(std::string_view("\0\0\0\1", 4)));
     if (!isAnnexB) {
         return Failure("This is no access unit of AVC in the form of Annex B.");
     }

@@ -161,9 +161,8 @@ Outcome Transfer::Commit() {
         if (status) {
             continue;
         }
-        // The metadata file is the last of its clip: none that shows has been named yet, unless
-        // this is a later clip of the same export, which then goes as well.
-        for (std::size_t named = 0; named < i; ++named) {
+        // Backwards, so that metadata which already show go before what they describe.
+        for (std::size_t named = i; named-- > 0;) {
             static_cast<void>(Files().RemoveFile(m_missing[named].path));
         }
         return Failure("name the file", m_missing[i].path, status);

@@ -208,7 +208,7 @@ TEST_F(WorkerProcessTest, ServesParsersSideBySide) {
 /// The worker is killed at moments that walk through a whole import; the next one makes good.
 TEST_F(WorkerProcessTest, KilledAtAnyMomentLeavesNoHalfFileUnderAFinalName) {
     const auto card = FilesBelow(m_card.Folder().Path());
-    for (int milliseconds = 0; milliseconds < 60; milliseconds += 6) {
+    for (int milliseconds = 0; milliseconds < 60; milliseconds += 10) {
         CNQP2Parser parser;
         ASSERT_EQ(parser.Init(), 0);
         std::thread killer([&] {
