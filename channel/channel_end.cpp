@@ -192,13 +192,20 @@ ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t*
                                 Ready ready) {
     const Deadline deadline(timeOut);
     while (!m_isClosed) {
-        while (ReadOne()) {
+        // While a thread polls, it alone reads: it would sleep on when another had taken from the
+        // socket what it waits for.
+        while (!ready() && !m_isPolling && ReadOne()) {
         }
         if (ready()) {
             return kChannelDone;
         }
         if (m_isDead) {
             break;
+        }
+        if (m_isPolling && IsReadable(m_link.socket.Get())) {
+            // It is about to read, and tells us.
+            m_changed.wait_for(lock, std::chrono::milliseconds(kAbortSlice));
+            continue;
         }
         if (IsSet(abortFlag)) {
             return kChannelAborted;

@@ -21,11 +21,6 @@ constexpr std::size_t kMaxVisitors = 64;   ///< the rest waits in the system's q
 /// How often deadlines are looked at, and a connection for which there was no descriptor.
 constexpr int kTick = 50;
 
-bool IsReadable(int socket) {
-    pollfd watched{socket, POLLIN, 0};
-    return poll(&watched, 1, 0) != 0;
-}
-
 } // namespace
 
 std::unique_ptr<Listener> Listener::Start(const std::string& path, WorkerStatus& status) {

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <linux/sockios.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
@@ -128,6 +129,11 @@ bool IsPacketSocket(int socket) {
     socklen_t size = sizeof(int);
     return getsockopt(socket, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 && domain == AF_UNIX &&
            getsockopt(socket, SOL_SOCKET, SO_TYPE, &type, &size) == 0 && type == SOCK_SEQPACKET;
+}
+
+bool IsReadable(int socket) {
+    pollfd watched{socket, POLLIN, 0};
+    return poll(&watched, 1, 0) != 0;
 }
 
 bool IsCrowded(int socket) {

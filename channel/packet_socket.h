@@ -34,6 +34,8 @@ Traffic ReceivePacketFrom(int socket, ReceivedPacket& received);
 std::optional<std::pair<platform::Descriptor, platform::Descriptor>> MakeSocketPair();
 /// True for a socket such as MakeSocketPair makes.
 bool IsPacketSocket(int socket);
+/// True when something has arrived, be it the end.
+bool IsReadable(int socket);
 /// True when so much is waiting for the peer that only answers to it should still be sent.
 bool IsCrowded(int socket);
 

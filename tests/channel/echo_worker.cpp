@@ -7,6 +7,8 @@
 
 #include "channel/Channel.h"
 
+#include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -24,8 +26,10 @@ const SysInterfaceTable& Table() {
 [[noreturn]] void ForkAndEnd() {
     if (fork() == 0) {
         sleep(2);
+        _exit(0);
     }
-    _exit(0);
+    kill(getpid(), SIGKILL);
+    std::abort();
 }
 
 void Echo(ChannelHandle channel, std::uint32_t id, const void* bytes, std::uint32_t length) {

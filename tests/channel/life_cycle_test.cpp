@@ -30,9 +30,9 @@ TEST(SysInterfaceTest, UsableDependsOnSixSlots) {
 void ExpectDeaf(const SysInterfaceTable& table, ChannelHandle handle) {
     void* buffer = nullptr;
     std::int32_t capacity = 0;
+    EXPECT_EQ(Receive(table, handle).status, kChannelClosed);
     EXPECT_EQ(table.GetSendBuffer(handle, &buffer, &capacity, nullptr), kChannelClosed);
     EXPECT_EQ(table.SendPacket(handle, 1, &capacity, 0), kChannelClosed);
-    EXPECT_EQ(Receive(table, handle).status, kChannelClosed);
     EXPECT_EQ(table.ReleasePacket(handle, nullptr, 0), kChannelClosed);
     EXPECT_EQ(table.OpenSubChannel(handle, 1, 0, 0, 0, 0), 0U);
 }
@@ -121,6 +121,28 @@ TEST_F(LifeCycleTest, AnOfferThatNeverComesIsWaitedForNoLongerThanAsked) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     Host().CloseChannel(&m_host);
     EXPECT_EQ(waiting.get(), 0U);
+}
+
+TEST_F(LifeCycleTest, ThreadsThatWaitForDifferentThingsDoNotTakeThemFromEachOther) {
+    constexpr std::uint32_t kTooLong = 20000;
+    Connect(4096, 4096, kTooLong);
+    const auto start = std::chrono::steady_clock::now();
+    for (std::uint32_t id = 1; id <= 300; ++id) {
+        auto taker = std::async(std::launch::async, [&] {
+            return WorkerEnd().OpenSubChannel(m_worker, 50, 0, 0, 0, 0);
+        });
+        auto receiver =
+            std::async(std::launch::async, [&] { return NextId(WorkerEnd(), m_worker); });
+        ChannelHandle opened = Host().OpenSubChannel(m_host, 50, 16, 16, 0, 0);
+        ASSERT_EQ(SendPattern(Host(), m_host, id), kChannelDone);
+        ASSERT_EQ(receiver.get(), static_cast<std::int32_t>(id));
+        ChannelHandle taken = taker.get();
+        ASSERT_NE(taken, 0U);
+        Host().CloseChannel(&opened);
+        WorkerEnd().CloseChannel(&taken);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kTooLong))
+        << "a wait ended by its time-out";
 }
 
 TEST_F(LifeCycleTest, OffersThatNobodyTakesAreLimited) {

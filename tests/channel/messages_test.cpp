@@ -30,7 +30,7 @@ TEST_F(MessagesTest, ArriveWholeInBothDirections) {
     for (const std::uint32_t size : {1U, 4095U, 65536U, 65537U, kRequestSize}) {
         SCOPED_TRACE(size);
         Connect(size, size);
-        for (const std::uint32_t length : {0U, 1U, size - 1, size, size}) {
+        for (const std::uint32_t length : {0U, 1U, size}) {
             ExpectArrives(Host(), m_host, WorkerEnd(), m_worker, length);
             ExpectArrives(WorkerEnd(), m_worker, Host(), m_host, length);
         }

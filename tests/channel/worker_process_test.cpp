@@ -40,7 +40,11 @@ class WorkerProcessTest : public testing::Test {
 protected:
     ~WorkerProcessTest() override { LeaveWorker(); }
 
-    void Start() { ASSERT_TRUE(UseWorker({.program = kProgram, .socket = m_folder.Socket()})); }
+    /// Ends with the test, whatever ends that.
+    void Start() {
+        ASSERT_TRUE(
+            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
+    }
     static ChannelHandle Open(std::uint32_t size = 4096, std::uint32_t timeOut = kForEver) {
         return Host().CreateChannel(kEchoChannel, size, size, timeOut, timeOut);
     }
@@ -156,6 +160,7 @@ TEST_F(WorkerProcessTest, AStoppedWorkerIsWaitedForAndNotTakenForDead) {
     ChannelHandle second = Open(100000, 40);
     const pid_t worker = Worker();
     kill(worker, SIGSTOP);
+    ASSERT_EQ(waitpid(worker, nullptr, WUNTRACED), worker); // until all its threads stand still
     ASSERT_EQ(SendPattern(Host(), second, kEcho, 5), kChannelDone);
     EXPECT_LT(TimeOf([&] { EXPECT_EQ(Receive(Host(), second).status, kChannelTimedOut); }),
               40 + kSlack);
@@ -214,6 +219,52 @@ TEST_F(WorkerProcessTest, AKilledWorkerEndsInMinusSixAndLeavesNothing) {
     LeaveWorker();
     EXPECT_EQ(HeldBy(), before);
     EXPECT_EQ(CountEntries(m_folder.Path()), 0U);
+}
+
+/// A question to a worker that the system kills at its n-th call of that name.
+void AskOneKilledAt(const std::string& call, int n, const std::string& socket) {
+    SCOPED_TRACE(call + ' ' + std::to_string(n));
+    const std::string inject = "inject=" + call + ":signal=KILL:when=" + std::to_string(n);
+    WorkerSettings traced{.program = "/usr/bin/strace",
+                          .arguments = {"-D", "-f", "-o", "/dev/null", "-e", inject, kProgram},
+                          .socket = socket,
+                          .endsWithThread = true};
+    if (!UseWorker(traced)) {
+        return; // it did not live until it listened
+    }
+    ChannelHandle channel = Host().CreateChannel(kEchoChannel, 100000, 4096, kForEver, kForEver);
+    ChannelHandle busy = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 0);
+    std::int32_t status = channel != 0 ? kChannelDone : kChannelClosed;
+    for (int i = 0; i < 20 && status == kChannelDone; ++i) {
+        status = SendPattern(Host(), channel, kEcho, 100);
+        status = status == kChannelDone ? NextId(Host(), channel) : status;
+        status = status == kChannelDone ? NextId(Host(), busy) : status;
+        status = status == 20004 ? kChannelDone : status;
+    }
+    EXPECT_TRUE(status == kChannelDone || status == kChannelClosed) << status;
+    Host().CloseChannel(&channel);
+    Host().CloseChannel(&busy);
+}
+
+TEST_F(WorkerProcessTest, KilledAtAnyCallItLeavesNothing) {
+    if (RunInChild([] {
+            return std::system("/usr/bin/strace -o /dev/null /bin/true 2>/dev/null") == 0 ? 7 : 1;
+        }) != 7) {
+        GTEST_SKIP() << "strace cannot be used here";
+    }
+    const Holdings before = HeldBy();
+    for (const char* const call : {"accept4", "recvmsg", "sendmsg", "poll"}) {
+        for (const int n : {1, 2, 3, 4, 5, 8, 13}) {
+            const long time = TimeOf([&] { AskOneKilledAt(call, n, m_folder.Socket()); });
+            EXPECT_LT(time, 4 * kSlack) << call << ' ' << n;
+        }
+    }
+    // The first ones load the program, the later ones map what the host sent.
+    for (int n = 20; n < 60; n += 4) {
+        AskOneKilledAt("mmap", n, m_folder.Socket());
+    }
+    LeaveWorker();
+    EXPECT_EQ(HeldBy(), before);
 }
 
 TEST_F(WorkerProcessTest, AWorkerSurvivesKilledHosts) {
