@@ -87,12 +87,16 @@ void FakeChannels::SetCapacity(std::size_t capacity) {
 }
 
 FakeChannels::Channel& FakeChannels::Named(const std::string& name) {
-    const auto found = std::find_if(m_channels.rbegin(), m_channels.rend(),
-                                    [&](const auto& each) { return each.second.name == name; });
-    if (found == m_channels.rend()) {
+    Channel* found = nullptr;
+    for (auto& [handle, channel] : m_channels) { // the last one; one that is open, if there is any
+        if (channel.name == name && (found == nullptr || !channel.closed || found->closed)) {
+            found = &channel;
+        }
+    }
+    if (found == nullptr) {
         throw std::logic_error("no channel " + name);
     }
-    return found->second;
+    return *found;
 }
 
 void FakeChannels::Push(const std::string& channel, std::uint32_t id, const Bytes& bytes) {

@@ -136,6 +136,7 @@ TEST_F(ProgressTest, AnswersTheRegistrationsOwnResultAndFailsWithTheChannel) {
 
 TEST_F(ProgressTest, AThreadThatEndedIsFollowedByANewOne) {
     EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    ASSERT_TRUE(m_channels.WaitFor("callback Receive+abort"));
     m_channels.Refuse("callback Receive"); // -6: the thread ends
     m_channels.Push("callback", 1, {});
     while (m_channels.Calls("callback Release").size() < 3) { // registration, message, end
