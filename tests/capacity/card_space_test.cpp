@@ -47,6 +47,10 @@ public:
         return Refused();
     }
     platform::IoStatus MakeFolder(const std::string&) override { return Refused(); }
+    platform::IoStatus Create(const std::string&, std::unique_ptr<platform::FileWriter>&) override {
+        return Refused();
+    }
+    platform::IoStatus RemoveAbandoned(const std::string&) override { return Refused(); }
 
 private:
     static platform::IoStatus Refused() { return {platform::IoError::Other, "not for this test"}; }
