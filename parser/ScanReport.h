@@ -22,6 +22,8 @@ enum class SkipReason : std::int32_t {
     NoClipContent, ///< well-formed, but without P2Main/ClipContent: listed as a clip all the same
     UnsafeName,    ///< the clip name inside is no plain file name: its files were not looked for
     FolderUnreadable, ///< the CLIP folder could not be read to its end
+    Undecodable,      ///< clip information of an AVCHD card that is damaged or tells of no video
+    NotDescribed,     ///< a camera file that the worker did not describe
 };
 
 /// One file that was left out, or kept with a remark.
