@@ -13,9 +13,9 @@
 #include <vector>
 
 /// Writes the bytes of AVCHD files for tests: small, sound, and easy to damage.
-namespace nqp2::avchd::test {
+namespace nqp2::test {
 
-inline Bytes BytesOf(const std::string& text) {
+inline avchd::Bytes BytesOf(const std::string& text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
@@ -314,4 +314,4 @@ inline std::string StreamBytes(const SetSpec& set, const std::string& sideInform
                    Unit("\x65" + std::string(400, '\x55')) + Unit("\x09\x10"));
 }
 
-} // namespace nqp2::avchd::test
+} // namespace nqp2::test
