@@ -6,16 +6,16 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What one file of an AVCHD card may cost, whatever it claims. Decoders keep nothing larger than
-/// the file that they are given, so that a file costs less than 16 MB at any time.
+/// What one file of an AVCHD card may cost, whatever it claims: less than 16 MB at any time, its
+/// bytes included.
 namespace nqp2::avchd {
 
 /// Files up to this size are read ahead, several at a time; camera files have some kilobytes.
 inline constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} << 10;
 
-/// Whole playlist and clip information files. The largest playlist that the
-/// format can count has 5.1 MiB, the time map of a clip of 26 hours less than 1 MiB.
-inline constexpr std::uint64_t kMaxPlaylistFile = std::uint64_t{8} << 20;
+/// Whole playlist and clip information files. The largest playlist that is read has 1.3 MiB of items;
+/// the time map of a clip of 26 hours has less than 1 MiB.
+inline constexpr std::uint64_t kMaxPlaylistFile = std::uint64_t{4} << 20;
 inline constexpr std::uint64_t kMaxClipInformationFile = std::uint64_t{8} << 20;
 
 /// Items of a playlist. Cameras write some hundred; each becomes an edit event of nearly a kilobyte.

@@ -117,19 +117,24 @@ void ReadUnit(Bytes unit, StreamHead& head) {
     }
 }
 
+/// Cuts off everything up to and with the next start code, and returns what stood before it.
+Bytes TakeUnit(Bytes& video) {
+    const auto found =
+        std::search(video.begin(), video.end(), std::begin(kStartCode), std::end(kStartCode));
+    const Bytes unit = video.first(static_cast<std::size_t>(found - video.begin()));
+    video = From(video, unit.size() + std::size(kStartCode));
+    return unit;
+}
+
 } // namespace
 
 StreamHead DecodeStreamHead(Bytes file, std::uint16_t videoPid) {
     const std::vector<std::uint8_t> video = VideoBytes(file, videoPid);
-    const auto startCode = [&video](auto from) {
-        return std::search(from, video.end(), std::begin(kStartCode), std::end(kStartCode));
-    };
+    Bytes rest = video;
     StreamHead head;
-    auto start = startCode(video.begin());
-    while (start != video.end() && !head.complete) {
-        const auto unit = start + std::size(kStartCode);
-        start = startCode(unit);
-        ReadUnit({unit, start}, head);
+    TakeUnit(rest); // what stands before the first start code
+    while (!rest.empty() && !head.complete) {
+        ReadUnit(TakeUnit(rest), head);
     }
     return head;
 }

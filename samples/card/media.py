@@ -50,7 +50,8 @@ class FolderWriter:
 
     def write_file(self, name: str, content: bytes, size: int = 0) -> None:
         """A file of any folder, made longer to `size` without content."""
-        self._make_folder((self._out / name).parent)
+        for above in reversed(Path(name).parents):
+            self._make_folder(self._out / above)
         self._write(f"{self._out}/{name}", content, size)
 
     def finish(self) -> None:

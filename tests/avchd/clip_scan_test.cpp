@@ -302,6 +302,31 @@ TEST_F(ClipScanTest, PlaylistsAreReadOncePerScan) {
                 ElementsAre("BDMV/CLIPINF/", "BDMV/STREAM/", "BDMV/PLAYLIST/", "BDMV/CLIPINF/"));
 }
 
+TEST_F(ClipScanTest, ReadingAheadOnASlowMediumChangesNothing) {
+    for (int i = 0; i < 30; ++i) {
+        const std::string name = "000" + std::to_string(10 + i);
+        AddClip(name);
+        if (i % 3 != 0) { // every third clip has no stream
+            AddStream(name, test::StreamBytes({100, i % 2 == 0 ? 90U : 120U}));
+        }
+    }
+    const auto rasters = [this] {
+        std::vector<std::string> names = Scan();
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            const _tag_P2Clip& clip = m_clips[static_cast<std::int64_t>(i)];
+            names[i] += ' ' + std::to_string(clip.ActivePixel) + ' ' +
+                        platform::Utf8FromText(clip.StartDate.View());
+        }
+        return names;
+    };
+    const std::vector<std::string> expected = rasters();
+    FaultyFileSystem slow;
+    slow.SetDelay(std::chrono::microseconds(300));
+    const platform::ScopedFileSystem inUse(slow);
+    EXPECT_EQ(rasters(), expected);
+    EXPECT_EQ(expected.size(), 30U);
+}
+
 TEST_F(ClipScanTest, TellsTheDebuggerOutputHowLongItTook) {
     AddClip("00000");
     Add("AVCHD/BDMV/CLIPINF/00001.clpi", test::ClipBytes({}));
