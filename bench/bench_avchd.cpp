@@ -45,10 +45,17 @@ void Load(benchmark::State& state, const std::string& card) {
     }
 }
 
+struct Measurement {
+    const char* name;
+    void (*run)(benchmark::State& state, const std::string& card);
+};
+
+constexpr Measurement kMeasurements[] = {{"avchd_floor/", ReadFloor}, {"avchd_load/", Load}};
+
 void Register(const std::string& card) {
     const std::string count = std::to_string(ListFolder(InformationFolder(card)).size());
-    for (const auto& [name, run] : {std::pair("avchd_floor/", ReadFloor), {"avchd_load/", Load}}) {
-        benchmark::RegisterBenchmark((name + count).c_str(), run, card)
+    for (const Measurement& each : kMeasurements) {
+        benchmark::RegisterBenchmark((each.name + count).c_str(), each.run, card)
             ->Unit(benchmark::kMillisecond)
             ->UseRealTime();
     }
