@@ -21,29 +21,39 @@ using Buffer = std::array<char, 64 * 1024>;
     throw std::system_error(errno, std::generic_category(), path);
 }
 
-std::size_t ReadFile(const std::string& path, Buffer& buffer) {
+/// Up to a buffer of the file's bytes.
+std::size_t ReadHead(const std::string& path, Buffer& buffer) {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0) {
         Fail(path);
     }
     const ssize_t count = read(file, buffer.data(), buffer.size());
-    if (count < 0 || static_cast<std::size_t>(count) == buffer.size()) {
+    if (count < 0) {
         Fail(path);
     }
     close(file);
     return static_cast<std::size_t>(count);
 }
 
+std::size_t ReadFile(const std::string& path, Buffer& buffer) {
+    const std::size_t count = ReadHead(path, buffer);
+    if (count == buffer.size()) {
+        Fail(path);
+    }
+    return count;
+}
+
 /// Calls `visit` with the number of bytes that each file left in the buffer.
 template <class Visit>
-void ReadEach(const std::string& folder, Buffer& buffer, Visit visit) {
+void ReadEach(const std::string& folder, Buffer& buffer, Visit visit,
+              std::size_t (*read)(const std::string&, Buffer&) = ReadFile) {
     const std::vector<std::string> names = ListFolder(folder);
     std::string path = folder;
     const std::size_t folderLength = path.size();
     for (const std::string& name : names) {
         path.resize(folderLength);
         path += name;
-        visit(ReadFile(path, buffer));
+        visit(read(path, buffer));
     }
 }
 
@@ -80,6 +90,14 @@ std::size_t ReadFolder(const std::string& folder) {
     Buffer buffer;
     std::size_t bytes = 0;
     ReadEach(folder, buffer, [&bytes](std::size_t count) { bytes += count; });
+    return bytes;
+}
+
+std::size_t ReadHeads(const std::string& folder) {
+    Buffer buffer;
+    std::size_t bytes = 0;
+    ReadEach(
+        folder, buffer, [&bytes](std::size_t count) { bytes += count; }, ReadHead);
     return bytes;
 }
 

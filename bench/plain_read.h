@@ -23,6 +23,8 @@ std::vector<std::string> ListFolder(const std::string& path);
 /// how many bytes came.
 std::size_t ReadOneAfterAnother(const std::string& card);
 std::size_t ReadFolder(const std::string& folder);
+/// The same for the first 64 KB of each file.
+std::size_t ReadHeads(const std::string& folder);
 
 /// The metadata files' bytes.
 std::vector<std::string> ReadDocuments(const std::string& card);

@@ -16,6 +16,7 @@ from statistics import median
 from typing import Callable, NamedTuple, Optional
 
 ROOT = Path(__file__).resolve().parent.parent
+AVCHD_CLIPS = (100, 1000, 5000)
 MAKE_CARD = ROOT / "samples" / "make_card.py"
 
 Figures = dict[str, float]  # one round: "load/1000" in ms, "memory/1000:held_bytes" and so on
@@ -77,7 +78,8 @@ def ratios(small: int, large: int) -> list[Ratio]:
               figure(f"slow_load/{small}"), figure(f"slow_read_floor/{small}"), 0.6),
         Ratio("system calls per clip / five", "calls", figure("calls:load"), fixed(5), 1.0),
     ]
-    return lines + list_ratios(figure, fixed) + channel_ratios(figure, fixed)
+    return (lines + list_ratios(figure, fixed) + channel_ratios(figure, fixed)
+            + avchd_ratios(figure))
 
 
 def list_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
@@ -113,6 +115,21 @@ def channel_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
               figure("channel/copy_floor_large"), 1.15),
         Ratio("processor time of a second's wait / 2 ms", "ms", figure("channel/idle"), fixed(2),
               1.0),
+    ]
+
+
+def avchd_ratios(figure: Callable) -> list[Ratio]:
+    """The lines for AVCHD cards."""
+
+    def per_clip(clips: int) -> Callable[[Figures], float]:
+        return lambda figures: figures[f"avchd_load/{clips}"] / clips * 1000
+
+    few, some, many = AVCHD_CLIPS
+    return [
+        Ratio(f"AVCHD scan of {some} / plain read with 64 KB of each stream", "ms",
+              figure(f"avchd_load/{some}"), figure(f"avchd_floor/{some}"), 4),
+        Ratio(f"time per AVCHD clip, {some} / {few}", "us", per_clip(some), per_clip(few), 1.25),
+        Ratio(f"time per AVCHD clip, {many} / {some}", "us", per_clip(many), per_clip(some), 1.15),
     ]
 
 
@@ -165,17 +182,18 @@ def calls_of(summary: str) -> int:
     return int(total[0][3])
 
 
-def card_with(clips: int, folder: Path) -> Path:
+def card_with(clips: int, folder: Path, kind: str = "p2") -> Path:
     """A card of that many clips, made anew when the sources of its maker have changed."""
     digest = hashlib.sha256()
     for source in sorted(MAKE_CARD.parent.rglob("*.py")):
         digest.update(source.read_bytes())
-    card, stamp = folder / str(clips), folder / f"{clips}.made-by"
+    name = str(clips) if kind == "p2" else f"{kind}-{clips}"
+    card, stamp = folder / name, folder / f"{name}.made-by"
     if not stamp.is_file() or stamp.read_text(encoding="ascii") != digest.hexdigest():
         folder.mkdir(parents=True, exist_ok=True)
-        print(f"making a card of {clips} clips", file=sys.stderr)
-        subprocess.run([sys.executable, MAKE_CARD, card, "--clips", str(clips), "--force"],
-                       check=True)
+        print(f"making a card of {clips} clips ({kind})", file=sys.stderr)
+        subprocess.run([sys.executable, MAKE_CARD, card, "--kind", kind, "--clips", str(clips),
+                        "--force"], check=True)
         stamp.write_text(digest.hexdigest(), encoding="ascii")
     return card
 
@@ -200,7 +218,17 @@ def measure_round(program: Path, cards: list[Path], min_time: float) -> Figures:
          f"--benchmark_min_time={min_time}", cards[0].parent / "lists"],
         check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     figures.update(figures_of(json.loads(result.stdout)))
+    figures.update(measure_avchd(program, cards[0].parent, min_time))
     return figures
+
+
+def measure_avchd(program: Path, folder: Path, min_time: float) -> Figures:
+    cards = [card_with(clips, folder, "avchd") for clips in AVCHD_CLIPS]
+    result = subprocess.run(
+        [program.with_name("bench_avchd"), "--benchmark_format=json",
+         f"--benchmark_min_time={min_time / 5}", *cards],
+        check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    return figures_of(json.loads(result.stdout))
 
 
 def count_calls(program: Path, cards: list[Path], sizes: list[int], scratch: Path) -> Figures:

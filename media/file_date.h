@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/CString.h"
+#include "platform/OleDateTime.h"
 
 #include <ctime>
 #include <optional>
@@ -13,5 +14,8 @@ namespace nqp2::media {
 /// A file's time as local date text, 2026-11-21T08:05:09; "Unknow" (sic: hosts compare it) when
 /// there is none.
 CString FileDateText(std::optional<std::time_t> time);
+
+/// The same moment as a local date-time value; of status `invalid` when there is none.
+COleDateTime FileMoment(std::optional<std::time_t> time);
 
 } // namespace nqp2::media

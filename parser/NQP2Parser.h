@@ -118,6 +118,28 @@ public:
     __int64 SaveCardEdl(const CString& root, const tag_P2EDL& edl, const CString& name,
                         CString& saved);
 
+    /// Appends the clips of an AVCHD card, a disc folder or a camera's folder: BDMV clip information
+    /// and the camera files of two makers (the worker describes these). Returns 0, or 1 for an empty
+    /// root and when none of the folders is there. May be called before Init.
+    __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips);
+    /// The same scan; `report` receives (appended) what was left out.
+    __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips,
+                          nqp2::ScanReport& report);
+    /// Fills `clip`, which is not reset first, from the clip information CLIPINF/`clipName`.CPI, the
+    /// card's playlists and the beginning of the clip's stream. Returns 1, or 0 with the record
+    /// untouched when the clip cannot be decoded.
+    int GetAVCHDCPIMetadata(const CString& root, const CString& clipName, _tag_P2Clip& clip);
+    /// The same for CLIPINF/`clipName`.clpi of a disc, whose playlists tell nothing of its clips.
+    int GetAVCHDClpiDataInfo(const CString& root, const CString& clipName, _tag_P2Clip& clip);
+
+    /// Appends the AVCHD card's playlists as edit lists. Returns 0, or 1 when there is no playlist
+    /// folder.
+    __int64 LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls);
+    /// Fills `edl` from PLAYLIST/`name`.MPL: an event for each item whose clip can be read, with that
+    /// clip's record, all at offset 0 and with exclusive out points. Returns 1, or 0 with the record
+    /// untouched when the playlist cannot be decoded or is empty.
+    int GetAVCHDMPLMetadata(const CString& card, const CString& name, tag_P2EDL& edl);
+
     /// Adds segments to the ingest lists of one or more cards: root/USERDATA/`fileName` on each.
     /// Returns 0, or 1 for an empty file name and when a card's folder cannot be made or is kept
     /// locked by another program (cards before it are written). Whether a list could be saved is

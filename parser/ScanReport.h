@@ -24,6 +24,8 @@ enum class SkipReason : std::int32_t {
     UnsafeName,    ///< the clip name inside is no plain file name: its files were not looked for
     FolderUnreadable, ///< the folder could not be read to its end
     NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
+    Undecodable,      ///< clip information of an AVCHD card that is damaged or tells of no video
+    NotDescribed,     ///< a camera file that the worker did not describe
 };
 
 /// One file that was left out, or kept with a remark.

@@ -108,6 +108,10 @@ FileSystem& DiskFiles();
 /// The file system in use: the disk, or what a test put in its place.
 FileSystem& Files();
 
+/// Reads up to `limit` bytes from the beginning of a regular file of any size. Empty on failure.
+IoStatus ReadHead(FileSystem& files, const std::string& path, std::uint64_t limit,
+                  std::string& content);
+
 /// Puts `replacement` in the disk's place for its own lifetime. For tests and benchmarks; not
 /// while another thread reads files.
 class ScopedFileSystem {

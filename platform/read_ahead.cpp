@@ -28,12 +28,29 @@ constexpr std::size_t kThreads = 4;
 // more than 4 MiB with the scan's limit of 256 KiB a file.
 constexpr std::size_t kWindow = 16;
 
-IoStatus ReadFile(const std::string& path, std::uint64_t limit, std::string& content) {
+IoStatus ReadBytes(const FileRequest& request, std::string& bytes) {
+    return request.headOnly ? ReadHead(Files(), request.path, request.limit, bytes)
+                            : Files().Read(request.path, request.limit, bytes);
+}
+
+void ReadFile(const FileRequest& request, FileContent& file) {
     try {
-        return Files().Read(path, limit, content);
+        FileInfo info;
+        const bool known = request.withInfo && Files().Stat(request.path, info);
+        file.info = known ? std::optional(info) : std::nullopt;
+        file.status = ReadBytes(request, file.bytes);
     } catch (const std::exception& error) {
-        return {IoError::Other, error.what()};
+        file.status = {IoError::Other, error.what()};
     }
+}
+
+std::vector<FileRequest> WholeFiles(std::vector<std::string> paths, std::uint64_t limit) {
+    std::vector<FileRequest> requests;
+    requests.reserve(paths.size());
+    for (std::string& path : paths) {
+        requests.push_back({std::move(path), limit});
+    }
+    return requests;
 }
 
 } // namespace
@@ -41,8 +58,8 @@ IoStatus ReadFile(const std::string& path, std::uint64_t limit, std::string& con
 /// The threads and the window of files that they fill, slot by slot in turn.
 class ReadAhead::Crew {
 public:
-    Crew(const std::vector<std::string>& paths, std::uint64_t limit, std::size_t first)
-        : m_paths(paths), m_limit(limit), m_claimed(first), m_taken(first) {
+    Crew(const std::vector<FileRequest>& requests, std::size_t first)
+        : m_requests(requests), m_claimed(first), m_taken(first) {
         for (std::thread& thread : m_threads) {
             thread = std::thread([this] { Work(); });
         }
@@ -62,50 +79,45 @@ public:
     Crew(const Crew&) = delete;
     Crew& operator=(const Crew&) = delete;
 
-    IoStatus Take(std::string& content) {
+    void Take(FileContent& file) {
         std::unique_lock lock(m_mutex);
         Slot& slot = m_slots[m_taken % kWindow];
         m_changed.wait(lock, [&] { return slot.filled; });
         slot.filled = false;
-        content.swap(slot.content);
-        IoStatus status = std::move(slot.status);
+        std::swap(file, slot.file);
         ++m_taken;
         lock.unlock();
         m_changed.notify_all();
-        return status;
     }
 
 private:
     struct Slot {
         bool filled = false;
-        std::string content;
-        IoStatus status;
+        FileContent file;
     };
 
     void Work() {
         std::unique_lock lock(m_mutex);
         while (true) {
             m_changed.wait(lock, [&] {
-                return m_stop || m_claimed == m_paths.size() || m_claimed < m_taken + kWindow;
+                return m_stop || m_claimed == m_requests.size() || m_claimed < m_taken + kWindow;
             });
-            if (m_stop || m_claimed == m_paths.size()) {
+            if (m_stop || m_claimed == m_requests.size()) {
                 return;
             }
             const std::size_t index = m_claimed++;
             lock.unlock();
-            std::string content;
-            IoStatus status = ReadFile(m_paths[index], m_limit, content);
+            FileContent file;
+            ReadFile(m_requests[index], file);
             lock.lock();
             Slot& slot = m_slots[index % kWindow];
-            slot.content = std::move(content);
-            slot.status = std::move(status);
+            slot.file = std::move(file);
             slot.filled = true;
             m_changed.notify_all();
         }
     }
 
-    const std::vector<std::string>& m_paths;
-    const std::uint64_t m_limit;
+    const std::vector<FileRequest>& m_requests;
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::size_t m_claimed; ///< next file that a thread will read
@@ -116,26 +128,33 @@ private:
 };
 
 ReadAhead::ReadAhead(std::vector<std::string> paths, std::uint64_t limit)
-    : m_paths(std::move(paths)), m_limit(limit) {}
+    : ReadAhead(WholeFiles(std::move(paths), limit)) {}
+
+ReadAhead::ReadAhead(std::vector<FileRequest> requests) : m_requests(std::move(requests)) {}
 
 ReadAhead::~ReadAhead() = default;
 
-IoStatus ReadAhead::Next(std::string& content) {
+void ReadAhead::Next(FileContent& file) {
     if (m_crew != nullptr) {
-        return m_crew->Take(content);
+        m_crew->Take(file);
+        return;
     }
-    IoStatus status = ReadHere(content);
-    if (m_slowReads == kSlowReadsInRow && m_next < m_paths.size()) {
-        m_crew = std::make_unique<Crew>(m_paths, m_limit, m_next);
+    ReadHere(file);
+    if (m_slowReads == kSlowReadsInRow && m_next < m_requests.size()) {
+        m_crew = std::make_unique<Crew>(m_requests, m_next);
     }
-    return status;
 }
 
-IoStatus ReadAhead::ReadHere(std::string& content) {
+IoStatus ReadAhead::Next(std::string& content) {
+    Next(m_file);
+    content.swap(m_file.bytes);
+    return std::move(m_file.status);
+}
+
+void ReadAhead::ReadHere(FileContent& file) {
     const Clock::time_point start = Clock::now();
-    IoStatus status = ReadFile(m_paths[m_next++], m_limit, content);
+    ReadFile(m_requests[m_next++], file);
     m_slowReads = Clock::now() - start > kSlowRead ? m_slowReads + 1 : 0;
-    return status;
 }
 
 } // namespace nqp2::platform

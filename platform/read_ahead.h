@@ -3,15 +3,32 @@
 
 #pragma once
 
+#include "platform/file_system.h"
 #include "platform/io_status.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace nqp2::platform {
+
+/// One file to read.
+struct FileRequest {
+    std::string path;
+    std::uint64_t limit = 0; ///< a larger file is not read (IoError::TooLarge)
+    bool headOnly = false;   ///< reads up to `limit` bytes from the beginning of any file instead
+    bool withInfo = false;   ///< asks for the file's status as well
+};
+
+/// What came of it.
+struct FileContent {
+    IoStatus status;
+    std::string bytes;
+    std::optional<FileInfo> info; ///< when asked for and available
+};
 
 /// Reads a list of files in order. When the medium turns out slow, a few threads read ahead while
 /// the caller works on what has come; on a fast one nothing but the caller's thread is used. What
@@ -20,20 +37,23 @@ class ReadAhead {
 public:
     /// `limit`: files larger than this are not read (IoError::TooLarge).
     ReadAhead(std::vector<std::string> paths, std::uint64_t limit);
+    explicit ReadAhead(std::vector<FileRequest> requests);
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
 
-    /// The next file's content. Must not be called more often than there are paths.
+    /// The next file's content. Must not be called more often than there are requests. The memory
+    /// of the bytes is used again.
+    void Next(FileContent& file);
     IoStatus Next(std::string& content);
 
 private:
     class Crew;
 
-    IoStatus ReadHere(std::string& content);
+    void ReadHere(FileContent& file);
 
-    std::vector<std::string> m_paths;
-    std::uint64_t m_limit;
+    std::vector<FileRequest> m_requests;
+    FileContent m_file; ///< of the caller who asks for the bytes alone
     std::size_t m_next = 0;
     int m_slowReads = 0; ///< in a row
     std::unique_ptr<Crew> m_crew;

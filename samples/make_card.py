@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Makes a P2 card to look at or to measure with. The same call always makes the same card."""
+"""Makes a P2 card, an AVCHD card or a folder of camera files to look at, or a card to measure with.
+The same call always makes the same card."""
 
 import argparse
 import sys
@@ -9,8 +10,8 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True  # no litter beside the sources
 
-from card import bulk, demo
-from card.media import CardError, CardWriter
+from card import avchd, bulk, demo
+from card.media import CardError, CardWriter, FolderWriter
 
 DEMO_ESSENCE_SIZE = 512
 
@@ -29,6 +30,8 @@ def _number(low: int, high: int):
 def _arguments() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__, epilog="example: make_card.py build/card")
     parser.add_argument("out", type=Path, help="the card's folder, made when it is not there")
+    parser.add_argument("--kind", choices=("p2", "avchd", "camera"), default="p2",
+                        help="what to make (default: p2)")
     parser.add_argument("--clips", type=_number(1, bulk.MAX_CLIPS), metavar="N",
                         help="make a card of N clips for measuring instead of the demo card")
     parser.add_argument("--size", type=_number(bulk.SIZE_MIN, bulk.SIZE_MAX), metavar="BYTES",
@@ -42,19 +45,43 @@ def _arguments() -> argparse.Namespace:
     arguments = parser.parse_args()
     if arguments.size and not arguments.clips:
         parser.error("--size goes with --clips")
+    if arguments.kind != "p2" and (arguments.size or arguments.essence_size is not None):
+        parser.error("--size and --essence-size go with P2 cards")
+    if arguments.kind == "camera" and arguments.clips:
+        parser.error("--clips goes with cards")
+    if arguments.kind == "avchd" and (arguments.clips or 0) > avchd.MAX_CLIPS:
+        parser.error(f"an AVCHD card has at most {avchd.MAX_CLIPS} clips")
     if arguments.essence_size is None:
         arguments.essence_size = 0 if arguments.clips else DEMO_ESSENCE_SIZE
     return arguments
 
 
+def _make_p2(arguments: argparse.Namespace) -> None:
+    card = CardWriter(arguments.out, arguments.essence_size, arguments.force)
+    if arguments.clips:
+        bulk.make(card, arguments.clips, arguments.size)
+    else:
+        demo.make(card)
+
+
+def _make_other(arguments: argparse.Namespace) -> None:
+    folder = FolderWriter(arguments.out, arguments.force)
+    if arguments.kind == "camera":
+        avchd.make_camera_folder(folder)
+    elif arguments.clips:
+        avchd.make_bulk(folder, arguments.clips)
+    else:
+        avchd.make_demo(folder)
+    folder.finish()
+
+
 def main() -> int:
     arguments = _arguments()
     try:
-        card = CardWriter(arguments.out, arguments.essence_size, arguments.force)
-        if arguments.clips:
-            bulk.make(card, arguments.clips, arguments.size)
+        if arguments.kind == "p2":
+            _make_p2(arguments)
         else:
-            demo.make(card)
+            _make_other(arguments)
     except CardError as error:
         print(f"make_card.py: {error}", file=sys.stderr)
         return 1

@@ -24,7 +24,7 @@ MAY_INCLUDE = {
     "edl": READERS,
     "ingest": READERS,
     "capacity": READERS,
-    "avchd": READERS,
+    "avchd": READERS | {"bridge"},
     "bridge": READERS | {"channel"},
     "parser": READERS | set(SUBJECTS),
     "worker": READERS | {"bridge", "capacity", "channel", "parser"},

@@ -126,4 +126,5 @@ def make(card: CardWriter, count: int, size: int | None) -> None:
     for index in range(count):
         clip, metadata = generator.make(index)
         card.add_clip(clip, metadata, icon=b"")
-    card.finish(clip_name(count - 1))
+    card.add_last_clip(clip_name(count - 1))
+    card.finish()

@@ -165,4 +165,5 @@ def make(card: CardWriter) -> None:
     _add_cut_off_clip(card)
     card.write("CLIP", "._0001AB.XML", apple_double())
     _add_edits(card, {clip.name: clip for clip, _ in clips})
-    card.finish("0017CX")
+    card.add_last_clip("0017CX")
+    card.finish()

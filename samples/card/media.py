@@ -13,6 +13,7 @@ MARKER = ".sample-card"
 MARKER_TEXT = b"made by samples/make_card.py, which may replace this card\n"
 LAST_CLIP = "LASTCLIP.TXT"
 USER_DATA = "USERDATA"
+TOP_FOLDERS = ("CONTENTS", USER_DATA, "EDITLIST", "PRIVATE", "PANA_GRP", "SONY")
 FOLDERS = ("AUDIO", "AVCLIP", "CLIP", "ICON", "PROXY", "VIDEO", "VOICE")
 MODIFIED = 1715400000  # every file and folder: 2024-05-11T04:00:00Z
 
@@ -38,15 +39,70 @@ def apple_double() -> bytes:
     return head + entries + finder_info + resource_fork
 
 
-class CardWriter:
-    """One card. Files get a fixed time, so that two runs give the same card."""
+class FolderWriter:
+    """A folder that this script fills and may replace. Files get a fixed time, so that two runs give
+    the same."""
 
-    def __init__(self, out: Path, essence_size: int, force: bool):
+    def __init__(self, out: Path, force: bool):
         self._out = out
-        self._contents = out / "CONTENTS"
-        self._essence_size = essence_size
         self._folders: list[Path] = []  # in the order in which they were made
         self._prepare(force)
+
+    def write_file(self, name: str, content: bytes, size: int = 0) -> None:
+        """A file of any folder, made longer to `size` without content."""
+        for above in reversed(Path(name).parents):
+            self._make_folder(self._out / above)
+        self._write(f"{self._out}/{name}", content, size)
+
+    def finish(self) -> None:
+        """Gives the folders their time, once all files are there."""
+        for folder in reversed(self._folders):
+            os.utime(folder, (MODIFIED, MODIFIED))
+
+    def _prepare(self, force: bool) -> None:
+        if self._out.exists() and not self._out.is_dir():
+            raise CardError(f"{self._out}: not a folder")
+        if self._out.is_dir() and any(self._out.iterdir()):
+            self._remove_old(force)
+        self._make_folder(self._out)
+        self._write(f"{self._out}/{MARKER}", MARKER_TEXT)
+
+    def _remove_old(self, force: bool) -> None:
+        if not force:
+            raise CardError(f"{self._out}: the folder is not empty (--force replaces a sample card)")
+        marker = self._out / MARKER
+        if not marker.is_file() or marker.read_bytes() != MARKER_TEXT:
+            raise CardError(f"{self._out}: --force replaces a card that this script made, "
+                            f"and this is none (no {MARKER} file)")
+        for name in TOP_FOLDERS:
+            if (self._out / name).exists():
+                shutil.rmtree(self._out / name)
+        (self._out / LAST_CLIP).unlink(missing_ok=True)
+
+    def _make_folder(self, folder: Path) -> None:
+        if folder not in self._folders:
+            folder.mkdir(parents=True, exist_ok=True)
+            self._folders.append(folder)
+
+    @staticmethod
+    def _write(path: str, content: bytes, size: int = 0) -> None:
+        with open(path, "wb", buffering=0) as file:
+            if content:
+                file.write(content)
+            if size > len(content):
+                file.truncate(size)
+            os.utime(file.fileno(), (MODIFIED, MODIFIED))
+
+
+class CardWriter(FolderWriter):
+    """One P2 card."""
+
+    def __init__(self, out: Path, essence_size: int, force: bool):
+        super().__init__(out, force)
+        self._contents = out / "CONTENTS"
+        self._essence_size = essence_size
+        for folder in (self._contents, *(self._contents / name for name in FOLDERS)):
+            self._make_folder(folder)
 
     def write(self, folder: str, name: str, content: bytes) -> None:
         """A file of a CONTENTS folder."""
@@ -76,13 +132,11 @@ class CardWriter:
         for folder, name in self._essence_files(clip):
             put(folder, name, placeholder(f"{folder} of {clip.name}", self._essence_size))
 
-    def finish(self, last_clip: str) -> None:
+    def add_last_clip(self, last_clip: str) -> None:
         """The card's last-clip file: the last name, a version and the number of the next clip."""
         next_number = int(last_clip[:4]) % 9999 + 1
         text = f"{last_clip}\r\n1.0\r\n{next_number}\r\n"
         self._write(f"{self._out}/{LAST_CLIP}", text.encode())
-        for folder in reversed(self._folders):
-            os.utime(folder, (MODIFIED, MODIFIED))
 
     @staticmethod
     def _essence_files(clip: Clip):
@@ -96,36 +150,3 @@ class CardWriter:
             yield "PROXY", f"{clip.name}.{clip.proxy.container}"
         for number, _ in enumerate(memo for memo in clip.memos if memo.voice):
             yield "VOICE", f"{clip.name}{number:02d}.WAV"
-
-    def _prepare(self, force: bool) -> None:
-        if self._out.exists() and not self._out.is_dir():
-            raise CardError(f"{self._out}: not a folder")
-        if self._out.is_dir() and any(self._out.iterdir()):
-            self._remove_old_card(force)
-        for folder in (self._out, self._contents, *(self._contents / name for name in FOLDERS)):
-            self._make_folder(folder)
-        self._write(f"{self._out}/{MARKER}", MARKER_TEXT)
-
-    def _remove_old_card(self, force: bool) -> None:
-        if not force:
-            raise CardError(f"{self._out}: the folder is not empty (--force replaces a sample card)")
-        marker = self._out / MARKER
-        if not marker.is_file() or marker.read_bytes() != MARKER_TEXT:
-            raise CardError(f"{self._out}: --force replaces a card that this script made, "
-                            f"and this is none (no {MARKER} file)")
-        for name in ("CONTENTS", USER_DATA, "EDITLIST"):  # the last is where hosts write
-            if (self._out / name).exists():
-                shutil.rmtree(self._out / name)
-        (self._out / LAST_CLIP).unlink(missing_ok=True)
-
-    def _make_folder(self, folder: Path) -> None:
-        if folder not in self._folders:
-            folder.mkdir(parents=True, exist_ok=True)
-            self._folders.append(folder)
-
-    @staticmethod
-    def _write(path: str, content: bytes) -> None:
-        with open(path, "wb", buffering=0) as file:
-            if content:
-                file.write(content)
-            os.utime(file.fileno(), (MODIFIED, MODIFIED))

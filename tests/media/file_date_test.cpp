@@ -57,5 +57,19 @@ TEST(FileDateTest, IsUnknowWithoutATimeThatFits) {
     EXPECT_EQ(FileDateText(kLastYearOfTm).Right(15), L"-12-31T23:59:59");
 }
 
+TEST(FileDateTest, AsAMomentIsTheSameLocalTime) {
+    const TimeZone zone("XST-5:30XDT,M3.2.0,M11.1.0");
+    COleDateTime expected;
+    expected.SetDateTime(2026, 11, 21, 13, 35, 9);
+    EXPECT_DOUBLE_EQ(FileMoment(1795248309).GetDays(), expected.GetDays());
+    EXPECT_EQ(FileMoment(1795248309).GetStatus(), COleDateTime::valid);
+    for (const std::optional<std::time_t> none : {std::optional<std::time_t>(),
+                                                  {std::numeric_limits<std::time_t>::max()},
+                                                  {253402300800}}) {
+        EXPECT_EQ(FileMoment(none).GetStatus(), COleDateTime::invalid);
+        EXPECT_EQ(FileMoment(none).GetDays(), 0.0);
+    }
+}
+
 } // namespace
 } // namespace nqp2::media

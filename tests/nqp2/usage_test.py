@@ -13,7 +13,7 @@ from program import PROGRAM, CardTest, main, run
 SOURCES = Path(__file__).resolve().parents[2]
 COMPLETION = SOURCES / "tools" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
-COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", *GROUPS)
+COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", *GROUPS)
 LEVELS = [[], *([command] for command in COMMANDS),
           *([group, command] for group, commands in GROUPS.items() for command in commands)]
 

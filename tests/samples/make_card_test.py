@@ -220,6 +220,31 @@ class BulkCardTest(TemporaryFolderTest):
                          {100})
 
 
+class OtherKindsTest(TemporaryFolderTest):
+    def test_avchd_cards_have_whole_streams_of_their_own(self):
+        card = self.make("card", "--kind", "avchd")
+        bdmv = card / "PRIVATE" / "AVCHD" / "BDMV"
+        streams = {path.stem: path.read_bytes() for path in (bdmv / "STREAM").iterdir()}
+        self.assertEqual(sorted(streams), [f"{number:05d}" for number in range(8)])
+        for name, content in streams.items():
+            with self.subTest(name):
+                self.assertEqual(len(content) % 6144, 0)
+                self.assertEqual(set(content[4::192]), {0x47})
+                packets, = struct.unpack_from(">I", (bdmv / "CLIPINF" / f"{name}.CPI").read_bytes(), 56)
+                self.assertEqual(packets * 192, len(content))
+        self.assertEqual(fingerprint(card), fingerprint(self.make("again", "--kind", "avchd")))
+
+    def test_measuring_cards_share_their_clips_out_to_forty_playlists(self):
+        card = self.make("card", "--kind", "avchd", "--clips", 90)
+        bdmv = card / "PRIVATE" / "AVCHD" / "BDMV"
+        self.assertEqual(len(list((bdmv / "CLIPINF").iterdir())), 90)
+        self.assertEqual(len(list((bdmv / "PLAYLIST").iterdir())), 40)
+        self.assertEqual({path.stat().st_size for path in (bdmv / "STREAM").iterdir()}, {98304})
+        self.make("card", "--kind", "camera", "--force")
+        self.assertFalse(bdmv.exists())
+        self.assertTrue((card / "PANA_GRP" / "001RBQAM" / "P1000001.MOV").is_file())
+
+
 class RefusalTest(TemporaryFolderTest):
     def assert_refused(self, target, *arguments, status=1, words):
         before = fingerprint(self.folder)
@@ -246,7 +271,9 @@ class RefusalTest(TemporaryFolderTest):
 
     def test_explains_wrong_usage(self):
         for arguments in (("--clips", 0), ("--clips", "many"), ("--size", 5000),
-                          ("--clips", 1, "--size", 100)):
+                          ("--clips", 1, "--size", 100), ("--kind", "tape"),
+                          ("--kind", "camera", "--clips", 1), ("--kind", "avchd", "--size", 5000),
+                          ("--kind", "avchd", "--clips", 100001)):
             with self.subTest(arguments):
                 self.assert_refused(self.folder / "card", *arguments, status=2, words="usage:")
 

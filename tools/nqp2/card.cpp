@@ -26,37 +26,61 @@ bool IsMappedDrive(const CString& text) {
     return hasForm && IsDriveMapped(text[0]);
 }
 
-bool IsContents(const fs::path& path) {
-    return TextFromBytes(path.filename().native()).CompareNoCase(L"CONTENTS") == 0;
+bool IsNamed(const fs::path& path, const wchar_t* name) {
+    return TextFromBytes(path.filename().native()).CompareNoCase(name) == 0;
 }
 
-bool HoldsContents(const fs::path& folder) {
+template <class Test>
+bool HoldsFolder(const fs::path& folder, Test isIt) {
     std::error_code error;
     const auto entries = fs::directory_iterator(folder, error);
     return !error &&
-           std::any_of(begin(entries), end(entries), [](const fs::directory_entry& entry) {
+           std::any_of(begin(entries), end(entries), [&](const fs::directory_entry& entry) {
                std::error_code ignored;
-               return IsContents(entry.path()) && entry.is_directory(ignored);
+               return isIt(entry.path()) && entry.is_directory(ignored);
            });
 }
 
-/// The folder above a CONTENTS folder that `folder` is or lies in; empty when there is none.
-fs::path CardAbove(const fs::path& folder) {
+/// What tells a kind of card.
+struct CardKind {
+    const char* name;
+    bool (*isTop)(const fs::path& folder);  ///< makes the folder above it a card
+    bool (*isPart)(const fs::path& folder); ///< is such a folder by its name alone
+};
+
+bool IsContents(const fs::path& path) {
+    return IsNamed(path, L"CONTENTS");
+}
+
+bool IsMediaFolder(const fs::path& path) {
+    return IsNamed(path, L"BDMV") || IsNamed(path, L"PANA_GRP");
+}
+
+bool IsMediaTop(const fs::path& path) {
+    return IsMediaFolder(path) || IsNamed(path, L"SONY") ||
+           (IsNamed(path, L"AVCHD") && HoldsFolder(path, IsMediaFolder));
+}
+
+constexpr CardKind kP2 = {"card", IsContents, IsContents};
+constexpr CardKind kMedia = {"AVCHD card", IsMediaTop, IsMediaFolder};
+
+/// The card that `folder` is a part of; empty when there is none.
+fs::path CardAbove(const CardKind& kind, const fs::path& folder) {
     for (fs::path part = folder; part.has_relative_path(); part = part.parent_path()) {
-        if (IsContents(part)) {
+        if (kind.isPart(part)) {
             return part.parent_path();
         }
     }
     return {};
 }
 
-/// Folders directly below that hold a CONTENTS folder.
-std::vector<fs::path> CardsBelow(const fs::path& folder) {
+/// Cards directly below.
+std::vector<fs::path> CardsBelow(const CardKind& kind, const fs::path& folder) {
     std::vector<fs::path> cards;
     std::error_code error;
     for (const auto& entry : fs::directory_iterator(folder, error)) {
         std::error_code ignored;
-        if (entry.is_directory(ignored) && HoldsContents(entry.path())) {
+        if (entry.is_directory(ignored) && HoldsFolder(entry.path(), kind.isTop)) {
             cards.push_back(entry.path());
         }
     }
@@ -64,19 +88,32 @@ std::vector<fs::path> CardsBelow(const fs::path& folder) {
     return cards;
 }
 
-std::string Hint(const fs::path& folder) {
+/// Where the card is that was probably meant; empty when none is near.
+std::string Hint(const CardKind& kind, const fs::path& folder) {
     std::error_code error;
     const fs::path whole = fs::absolute(folder / "", error).lexically_normal().parent_path();
-    if (const fs::path above = CardAbove(whole); !above.empty()) {
-        return fmt::format("the card is the folder above: {}", above.native());
+    if (const fs::path above = CardAbove(kind, whole); !above.empty()) {
+        return fmt::format("the {} is the folder above: {}", kind.name, above.native());
     }
-    const std::vector<fs::path> below = CardsBelow(folder);
+    const std::vector<fs::path> below = CardsBelow(kind, folder);
     if (below.size() == 1) {
-        return fmt::format("the card is one folder below: {}", below.front().native());
+        return fmt::format("the {} is one folder below: {}", kind.name, below.front().native());
     }
-    return below.empty() ? "not a P2 card"
-                         : fmt::format("{} cards lie one folder below, the first is {}",
-                                       below.size(), below.front().native());
+    return below.empty() ? ""
+                         : fmt::format("{} {}s lie one folder below, the first is {}", below.size(),
+                                       kind.name, below.front().native());
+}
+
+/// What to say of a folder that is no P2 card.
+std::string P2Hint(const fs::path& folder) {
+    std::string hint = Hint(kP2, folder);
+    if (hint.empty() && HoldsFolder(folder, IsMediaTop)) {
+        return "an AVCHD card or camera folder: nqp2 clips and nqp2 playlists read it";
+    }
+    if (hint.empty()) {
+        hint = Hint(kMedia, folder);
+    }
+    return hint.empty() ? "not a P2 card" : hint;
 }
 
 [[noreturn]] void ThrowNoFolder(const std::string& folder, const fs::file_status& status) {
@@ -124,23 +161,33 @@ void Card::RequireFolder() const {
 }
 
 void Card::RequireContents() const {
-    if (!HoldsContents(Folder())) {
+    if (!HoldsFolder(Folder(), IsContents)) {
         ThrowUnreadable();
     }
 }
 
-void Card::ThrowUnreadable() const {
+void Card::RequireOpen() const {
     RequireFolder();
-    const std::string folder = Folder();
     std::error_code error;
-    const fs::directory_iterator entries(folder, error);
+    const fs::directory_iterator entries(Folder(), error);
     if (error) {
-        throw Failure(folder, "cannot be read", error.message());
+        throw Failure(Folder(), "cannot be read", error.message());
     }
-    if (HoldsContents(folder)) {
+}
+
+void Card::ThrowUnreadable() const {
+    RequireOpen();
+    const std::string folder = Folder();
+    if (HoldsFolder(folder, IsContents)) {
         throw Failure(folder, "cannot be read", "its CONTENTS folder does not open");
     }
-    throw Failure(folder, "no CONTENTS folder", Hint(folder));
+    throw Failure(folder, "no CONTENTS folder", P2Hint(folder));
+}
+
+void Card::ThrowNoPlaylists() const {
+    RequireOpen();
+    const std::string hint = Hint(kMedia, Folder());
+    throw Failure(Folder(), "no folder of playlists", hint.empty() ? "not an AVCHD card" : hint);
 }
 
 } // namespace nqp2::tool

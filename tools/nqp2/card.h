@@ -43,8 +43,12 @@ public:
     /// The failure to report when the library cannot read the card. Looks what stands there and
     /// names the card that was probably meant.
     [[noreturn]] void ThrowUnreadable() const;
+    /// The same for a card whose playlists are missing.
+    [[noreturn]] void ThrowNoPlaylists() const;
 
 private:
+    /// Throws the failure to report unless the folder can be listed.
+    void RequireOpen() const;
     /// The root with its drive part closed: a bare letter names the drive only with its colon.
     [[nodiscard]] CString DriveRoot() const;
 

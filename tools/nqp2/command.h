@@ -38,5 +38,6 @@ void AddFreeNameCommand(CLI::App& program, Action& chosen);
 void AddSpaceCommand(CLI::App& program, Action& chosen);
 void AddEdlCommand(CLI::App& program, Action& chosen);
 void AddIngestCommand(CLI::App& program, Action& chosen);
+void AddPlaylistsCommand(CLI::App& program, Action& chosen);
 
 } // namespace nqp2::tool

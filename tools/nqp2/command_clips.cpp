@@ -35,6 +35,7 @@ struct ClipsOptions {
 
 /// A card as it was scanned.
 struct Scan {
+    std::string kind = "p2";
     CArray<Clip> clips;
     ScanReport report;
 };
@@ -74,7 +75,10 @@ Scan ScanCard(const Card& card, bool keepDigit) {
     Scan scan;
     ReadyParser parser;
     if (parser->LoadClipEx(card.Root(), scan.clips, keepDigit ? 1 : 0, scan.report) != 0) {
-        card.ThrowUnreadable();
+        scan.kind = "avchd";
+        if (parser->LoadAVCHDClip(card.Root(), scan.clips, scan.report) != 0) {
+            card.ThrowUnreadable();
+        }
     }
     return scan;
 }
@@ -83,13 +87,13 @@ Sequence ClipSequence(const ClipOrder& clips) {
     return {clips.size(), [&clips](std::size_t index) { return ClipRecord(*clips[index]); }};
 }
 
-void PrintClipsJson(Console& console, const Card& card, const ClipOrder& clips,
-                    const ScanReport* report) {
+void PrintClipsJson(Console& console, const Card& card, const ClipOrder& clips, const Scan& scan,
+                    bool report) {
     Record document = {
-        {"card", card.Folder()}, {"kind", std::string("p2")}, {"clips", ClipSequence(clips)}};
-    if (report != nullptr) {
-        document.push_back({"skipped", SkippedValue(*report)});
-        document.push_back({"takes", TakesValue(*report)});
+        {"card", card.Folder()}, {"kind", scan.kind}, {"clips", ClipSequence(clips)}};
+    if (report) {
+        document.push_back({"skipped", SkippedValue(scan.report)});
+        document.push_back({"takes", TakesValue(scan.report)});
     }
     PrintJson(console, document);
 }
@@ -124,7 +128,7 @@ void PrintReport(Console& console, const ScanReport& report, bool aside) {
 void PrintClips(Console& console, const ClipsOptions& options, const Card& card, const Scan& scan) {
     const ClipOrder clips = Ordered(scan.clips, kOrders.at(options.sort));
     if (options.json) {
-        PrintClipsJson(console, card, clips, options.report ? &scan.report : nullptr);
+        PrintClipsJson(console, card, clips, scan, options.report);
         return;
     }
     if (options.csv) {
@@ -152,7 +156,8 @@ Status RunClips(Console& console, const ClipsOptions& options) {
 
 void AddClipsCommand(CLI::App& program, Action& chosen) {
     const auto options = std::make_shared<ClipsOptions>();
-    CLI::App* command = program.add_subcommand("clips", "List all clips of a card");
+    CLI::App* command =
+        program.add_subcommand("clips", "List all clips of a card, P2 or AVCHD, or camera folder");
     AddCardArgument(*command, options->card);
     auto* json = command->add_flag("--json", options->json, "Print JSON, every field");
     command->add_flag("--csv", options->csv, "Print comma-separated values, every field")

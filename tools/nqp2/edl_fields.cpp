@@ -4,12 +4,14 @@
 #include "tools/nqp2/edl_fields.h"
 
 #include "parser/NQP2Parser.h"
+#include "tools/nqp2/clip_fields.h"
 #include "tools/nqp2/field.h"
 #include "tools/nqp2/json_input.h"
 
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <utility>
 
 namespace nqp2::tool {
 namespace {
@@ -80,7 +82,11 @@ void TakeEditUnit(Edl& edl, const InputValue& input) {
 Value Events(const Edl& edl) {
     List events;
     for (const Event& event : edl.Events) {
-        events.emplace_back(Fields(kEventFields, event));
+        Record record = Fields(kEventFields, event);
+        if (!event.Clip.ClipName.IsEmpty()) { // readers of P2 edit lists leave it fresh
+            record.push_back({"Clip", ClipRecord(event.Clip)});
+        }
+        events.emplace_back(std::move(record));
     }
     return events;
 }

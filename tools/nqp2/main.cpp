@@ -23,7 +23,7 @@ using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
 constexpr AddCommand kCommands[] = {AddClipsCommand, AddClipCommand,     AddFormatCommand,
                                     AddUmidCommand,  AddFreeNameCommand, AddSpaceCommand,
-                                    AddEdlCommand,   AddIngestCommand};
+                                    AddEdlCommand,   AddIngestCommand,   AddPlaylistsCommand};
 
 constexpr const char* kFooter = "Exit status: 0 done, 1 the card cannot be read or something not "
                                 "written,\n2 wrong usage, 4 something was skipped (--strict).\n\n"

@@ -47,6 +47,7 @@ _nqp2() {
         ['ingest list']='--json --csv'
         ['ingest add']=''
         ['ingest remove']=''
+        [playlists]='--json --csv'
     )
     local -A groups=([edl]='list write' [ingest]='list add remove')
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
@@ -92,7 +93,7 @@ _nqp2() {
         if [[ $current == -* ]]; then
             _nqp2_words "$global --version" "$current"
         else
-            _nqp2_words 'clips clip format umid free-name space edl ingest' "$current"
+            _nqp2_words 'clips clip format umid free-name space edl ingest playlists' "$current"
         fi
     elif [[ $current == -* ]]; then
         _nqp2_words "${options[$command]-} $global" "$current"

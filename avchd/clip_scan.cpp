@@ -1,0 +1,177 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "avchd/clip_scan.h"
+
+#include "avchd/base_clip.h"
+#include "avchd/card_folders.h"
+#include "avchd/clip_source.h"
+#include "avchd/limits.h"
+#include "avchd/stop_watch.h"
+#include "media/card_layout.h"
+#include "media/file_date.h"
+#include "platform/file_find.h"
+#include "platform/file_system.h"
+#include "platform/read_ahead.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+#include <optional>
+#include <vector>
+
+namespace nqp2::avchd {
+namespace {
+
+using platform::FoundFile;
+
+/// The regular files that a pattern finds.
+std::vector<FoundFile> FilesOf(const CString& pattern) {
+    platform::IoStatus status;
+    std::vector<FoundFile> files = platform::FindFiles(pattern, status);
+    const auto isNone = [](const FoundFile& file) {
+        return file.isFolder || file.isSpecial || !file.pathIsSafe;
+    };
+    files.erase(std::remove_if(files.begin(), files.end(), isNone), files.end());
+    return files;
+}
+
+std::optional<std::time_t> TimeOf(const std::optional<platform::FileInfo>& info) {
+    return info ? std::optional(info->modified) : std::nullopt;
+}
+
+/// A fresh record that holds the file's own time.
+void Begin(std::optional<std::time_t> time, _tag_P2Clip& clip) {
+    clip.Reset();
+    clip.StartDate = media::FileDateText(time);
+    clip.ShootStartTime = media::FileMoment(time);
+}
+
+class Scan {
+public:
+    Scan(CString root, const BaseClipRequest& request, const OnOmitted& omitted,
+         CArray<_tag_P2Clip>& clips)
+        : m_root(std::move(root)), m_request(request), m_omitted(omitted), m_clips(clips),
+          m_source(ClipsFolder(m_root)) {}
+
+    bool Run() {
+        const bool hasSony = FolderExists(m_root + kSonyFolder);
+        const CString panasonic = PanasonicFolder();
+        if (!FolderExists(InformationFolder()) && !hasSony && panasonic.IsEmpty()) {
+            return false;
+        }
+        const StopWatch watch;
+        ScanInformation(kAvchdFiles);
+        if (hasSony) {
+            ScanCameraFiles(m_root + kSonyFiles);
+        }
+        if (!panasonic.IsEmpty()) {
+            ScanCameraFiles(panasonic + kPanasonicFiles);
+        }
+        ScanInformation(kBdmvFiles);
+        watch.Report(L"LoadAllClip");
+        return true;
+    }
+
+private:
+    [[nodiscard]] CString InformationFolder() const {
+        return m_source.Folder() + kInformationFolder;
+    }
+
+    [[nodiscard]] CString PanasonicFolder() const {
+        const auto* const found =
+            std::find_if(std::begin(kPanasonicFolders), std::end(kPanasonicFolders),
+                         [this](const wchar_t* folder) { return FolderExists(m_root + folder); });
+        return found == std::end(kPanasonicFolders) ? CString() : m_root + *found;
+    }
+
+    /// Both files of each clip, in the order in which the scan takes them.
+    std::vector<platform::FileRequest> RequestsFor(const ClipFiles& kind,
+                                                   const std::vector<FoundFile>& files) {
+        std::vector<platform::FileRequest> requests;
+        requests.reserve(2 * files.size());
+        for (const FoundFile& file : files) {
+            requests.push_back(InformationRequest(file.posixPath));
+            if (std::optional<std::string> stream = m_source.StreamOf(kind, file.title)) {
+                requests.push_back(StreamRequest(std::move(*stream)));
+            }
+        }
+        return requests;
+    }
+
+    void ScanInformation(const ClipFiles& kind) {
+        const std::vector<FoundFile> files =
+            FilesOf(InformationFolder() + L"*" + kind.informationExtension);
+        if (files.empty()) {
+            return;
+        }
+        platform::ReadAhead contents(RequestsFor(kind, files));
+        platform::FileContent information;
+        platform::FileContent stream;
+        for (const FoundFile& file : files) {
+            contents.Next(information);
+            stream.bytes.clear();
+            if (m_source.StreamOf(kind, file.title)) {
+                contents.Next(stream);
+            }
+            TakeClip(kind, file, information, stream.bytes);
+        }
+    }
+
+    /// One file after another: what one of them asks of memory must not end the scan.
+    void TakeClip(const ClipFiles& kind, const FoundFile& file, platform::FileContent& information,
+                  const std::string& stream) {
+        try {
+            Begin(TimeOf(information.info), m_clip);
+            const std::string* content =
+                WholeContent(information, file.posixPath, kMaxClipInformationFile);
+            if (content == nullptr) {
+                m_omitted(file.path, Omission::Unreadable, information.status.reason);
+            } else if (!m_source.Decode(kind, file.title, *content, stream, m_clip)) {
+                m_omitted(file.path, Omission::Undecodable, "no sound clip information");
+            } else {
+                m_clips.Add(m_clip);
+            }
+        } catch (const std::exception& error) {
+            m_omitted(file.path, Omission::Unreadable, error.what());
+        }
+    }
+
+    void ScanCameraFiles(const CString& pattern) {
+        for (const FoundFile& file : FilesOf(pattern)) {
+            TakeCameraFile(file);
+        }
+    }
+
+    void TakeCameraFile(const FoundFile& file) {
+        platform::FileInfo info;
+        const bool known = static_cast<bool>(platform::Files().Stat(file.posixPath, info));
+        Begin(known ? std::optional(info.modified) : std::nullopt, m_clip);
+        NQP2BaseClipInfo base;
+        base.clipText1 = file.title;
+        base.clipText2 = m_clip.StartDate;
+        if (m_request(file.path, base) <= 0) {
+            m_omitted(file.path, Omission::NotDescribed, "the worker gave no description");
+            return;
+        }
+        m_clip.Reset(); // leaves the shooting start, which is the file's time
+        FillFromBase(base, file.path, m_clip);
+        m_clips.Add(m_clip);
+    }
+
+    CString m_root;
+    const BaseClipRequest& m_request;
+    const OnOmitted& m_omitted;
+    CArray<_tag_P2Clip>& m_clips;
+    ClipSource m_source;
+    _tag_P2Clip m_clip;
+};
+
+} // namespace
+
+bool ScanClips(const CString& root, const BaseClipRequest& request, const OnOmitted& omitted,
+               CArray<_tag_P2Clip>& clips) {
+    return !root.IsEmpty() && Scan(media::WithDrive(root), request, omitted, clips).Run();
+}
+
+} // namespace nqp2::avchd

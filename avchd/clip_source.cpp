@@ -1,0 +1,174 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "avchd/clip_source.h"
+
+#include "avchd/clip_information.h"
+#include "avchd/limits.h"
+#include "avchd/stop_watch.h"
+#include "avchd/stream_head.h"
+#include "media/card_layout.h"
+#include "platform/case_blind.h"
+#include "platform/file_find.h"
+#include "platform/file_system.h"
+#include "platform/PathText.h"
+#include "platform/unicode.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace nqp2::avchd {
+namespace {
+
+Bytes BytesOf(const std::string& content) {
+    return {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()};
+}
+
+std::optional<ClipInformation> DecodeTimed(const ClipFiles& files, const std::string& content) {
+    const StopWatch watch;
+    std::optional<ClipInformation> information = DecodeClipInformation(BytesOf(content));
+    if (files.hasPlaylists) {
+        watch.Report(L"NQGetAVCHDCPIMetaData");
+    }
+    return information;
+}
+
+std::uint64_t ChannelBits(std::int32_t channels) {
+    return ((std::uint64_t{1} << static_cast<unsigned>(channels)) - 1) << 1U;
+}
+
+} // namespace
+
+platform::FileRequest InformationRequest(std::string path) {
+    return {std::move(path), kReadAheadLimit, false, true};
+}
+
+platform::FileRequest StreamRequest(std::string path) {
+    return {std::move(path), kStreamSteps[0], true, false};
+}
+
+const std::string* WholeContent(platform::FileContent& file, const std::string& path,
+                                std::uint64_t limit) {
+    if (file.status.error == platform::IoError::TooLarge) {
+        file.status = platform::Files().Read(path, limit, file.bytes);
+    }
+    return file.status ? &file.bytes : nullptr;
+}
+
+std::optional<Playlist> ReadPlaylistFile(const std::string& path) {
+    std::string content;
+    const bool read = static_cast<bool>(platform::Files().Read(path, kMaxPlaylistFile, content));
+    return read ? DecodePlaylist(BytesOf(content)) : std::nullopt;
+}
+
+std::optional<std::string> ClipSource::StreamOf(const ClipFiles& files, const CString& name) {
+    if (!m_streams) {
+        ListStreams();
+    }
+    const platform::FolderEntry* entry =
+        m_streams->Find(platform::NameBytesFromText(CString(name + files.streamExtension).View()));
+    return entry != nullptr && entry->kind == platform::EntryKind::File
+               ? std::optional(m_streamFolder + entry->name)
+               : std::nullopt;
+}
+
+void ClipSource::ListStreams() {
+    m_streamFolder =
+        platform::FindExisting(PosixPath(m_folder + kStreamFolder)).value_or(std::string());
+    m_streams = platform::FolderIndex::Read(m_streamFolder);
+}
+
+const ShotTable& ClipSource::Shots() {
+    if (m_shots) {
+        return *m_shots;
+    }
+    m_shots.emplace();
+    platform::IoStatus listed;
+    std::vector<platform::FileRequest> requests;
+    for (platform::FoundFile& file :
+         platform::FindFiles(m_folder + kPlaylistFolder + L"*" + kPlaylistExtension, listed)) {
+        if (!file.isFolder && !file.isSpecial) {
+            requests.push_back({std::move(file.posixPath), kReadAheadLimit});
+        }
+    }
+    platform::ReadAhead contents(requests);
+    platform::FileContent file;
+    for (const platform::FileRequest& request : requests) {
+        contents.Next(file);
+        const std::string* content = WholeContent(file, request.path, kMaxPlaylistFile);
+        const std::optional<Playlist> playlist =
+            content != nullptr ? DecodePlaylist(BytesOf(*content)) : std::nullopt;
+        if (playlist) {
+            m_shots->Add(*playlist);
+        }
+    }
+    return *m_shots;
+}
+
+/// `begin` is what was read for the first step; a shorter stream has no more.
+StreamHead ClipSource::DecodeStream(const std::optional<std::string>& path,
+                                    const VideoStream& video, const std::string& begin) {
+    if (!path || video.codingType != kAvcCoding) {
+        return {};
+    }
+    StreamHead head = DecodeStreamHead(BytesOf(begin), video.pid);
+    std::string content;
+    bool isWhole = begin.size() < kStreamSteps[0];
+    for (std::size_t step = 1; step < std::size(kStreamSteps) && !head.complete && !isWhole;
+         ++step) {
+        const std::uint64_t limit = kStreamSteps[step];
+        if (!platform::ReadHead(platform::Files(), *path, limit, content)) {
+            break;
+        }
+        head = DecodeStreamHead(BytesOf(content), video.pid);
+        isWhole = content.size() < limit;
+    }
+    return head;
+}
+
+/// Sound lies in the stream beside the picture.
+void ClipSource::FillPaths(const ClipFiles& files, const CString& name, bool hasStream,
+                           std::int32_t channels, _tag_P2Clip& clip) {
+    const std::int32_t slots = std::min(channels, std::int32_t{_tag_P2Clip::kAudioSlots});
+    clip.ClipName = name;
+    clip.UserClipName = name;
+    clip.VideoPath = hasStream ? m_folder + kStreamFolder + name + files.streamExtension : L"";
+    clip.EssenceMask = hasStream ? ChannelBits(slots) | 1U : 0;
+    for (std::int32_t i = 0; i < _tag_P2Clip::kAudioSlots; ++i) {
+        clip.AudioPath[i] = i < slots ? clip.VideoPath : CString();
+    }
+}
+
+bool ClipSource::Decode(const ClipFiles& files, const CString& name, const std::string& information,
+                        const std::string& streamHead, _tag_P2Clip& clip) {
+    const std::optional<ClipInformation> decoded = DecodeTimed(files, information);
+    if (!decoded) {
+        return false;
+    }
+    const std::optional<std::string> stream = StreamOf(files, name);
+    const ShotTable::Entry recorded = files.hasPlaylists
+                                          ? Shots().Find(platform::NameBytesFromText(name.View()))
+                                          : ShotTable::Entry();
+    FillRecord(*decoded, recorded, DecodeStream(stream, decoded->video, streamHead), clip);
+    FillPaths(files, name, stream.has_value(), decoded->audioChannels, clip);
+    return true;
+}
+
+bool ClipSource::Read(const ClipFiles& files, const CString& name, _tag_P2Clip& clip) {
+    const auto path = media::IsPlainName(name)
+                          ? platform::FindExisting(PosixPath(m_folder + kInformationFolder + name +
+                                                             files.informationExtension))
+                          : std::nullopt;
+    std::string information;
+    if (!path || !platform::Files().Read(*path, kMaxClipInformationFile, information)) {
+        return false;
+    }
+    std::string head;
+    const std::optional<std::string> stream = StreamOf(files, name);
+    if (stream && !platform::ReadHead(platform::Files(), *stream, kStreamSteps[0], head)) {
+        head.clear();
+    }
+    return Decode(files, name, information, head, clip);
+}
+
+} // namespace nqp2::avchd

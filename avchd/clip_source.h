@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "avchd/card_folders.h"
+#include "avchd/clip_record.h"
+#include "avchd/playlist.h"
+#include "media/P2Clip.h"
+#include "platform/CString.h"
+#include "platform/folder_index.h"
+#include "platform/read_ahead.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nqp2::avchd {
+
+/// The clips below one BDMV folder. Lists the streams and reads the playlists when they are first
+/// asked for, once for all clips.
+class ClipSource {
+public:
+    /// An interface path with its trailing separator.
+    explicit ClipSource(CString folder) : m_folder(std::move(folder)) {}
+
+    [[nodiscard]] const CString& Folder() const { return m_folder; }
+    /// The clip's stream file for the file system; nothing when the card has none.
+    std::optional<std::string> StreamOf(const ClipFiles& files, const CString& name);
+
+    /// Fills the record from a clip information file's content and the beginning of its stream, and
+    /// reads more of the stream when that is not enough. False, the record untouched, when the clip
+    /// cannot be decoded.
+    bool Decode(const ClipFiles& files, const CString& name, const std::string& information,
+                const std::string& streamHead, _tag_P2Clip& clip);
+    /// The same for a clip that is looked for by its name.
+    bool Read(const ClipFiles& files, const CString& name, _tag_P2Clip& clip);
+
+private:
+    void ListStreams();
+    const ShotTable& Shots();
+    StreamHead DecodeStream(const std::optional<std::string>& path, const VideoStream& video,
+                            const std::string& begin);
+    void FillPaths(const ClipFiles& files, const CString& name, bool hasStream,
+                   std::int32_t channels, _tag_P2Clip& clip);
+
+    CString m_folder;
+    std::optional<platform::FolderIndex> m_streams;
+    std::string m_streamFolder;
+    std::optional<ShotTable> m_shots;
+};
+
+/// What reads a clip's two files.
+platform::FileRequest InformationRequest(std::string path);
+platform::FileRequest StreamRequest(std::string path);
+
+/// The file's bytes when it was read; one too large to be read ahead is read now.
+const std::string* WholeContent(platform::FileContent& file, const std::string& path,
+                                std::uint64_t limit);
+
+/// Reads and decodes one playlist file.
+std::optional<Playlist> ReadPlaylistFile(const std::string& path);
+
+} // namespace nqp2::avchd

@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "avchd/card_folders.h"
+#include "avchd/clip_scan.h"
+#include "avchd/clip_source.h"
+#include "avchd/playlist_reader.h"
+#include "media/card_layout.h"
+#include "media/card_status.h"
+#include "parser/NQP2Parser.h"
+#include "platform/guard.h"
+#include "platform/TextBytes.h"
+
+using nqp2::avchd::Omission;
+using nqp2::media::kCannotRead;
+using nqp2::media::kRead;
+using nqp2::platform::Guarded;
+
+namespace {
+
+__int64 StatusOf(bool done) {
+    return done ? kRead : kCannotRead;
+}
+
+int ReadClip(const CString& root, const CString& name, const nqp2::avchd::ClipFiles& files,
+             _tag_P2Clip& clip) {
+    return Guarded(0, [&] {
+        nqp2::avchd::ClipSource source(nqp2::avchd::ClipsFolder(nqp2::media::WithDrive(root)));
+        return !root.IsEmpty() && !name.IsEmpty() && source.Read(files, name, clip) ? 1 : 0;
+    });
+}
+
+nqp2::SkipReason ReasonOf(Omission omission) {
+    switch (omission) {
+    case Omission::Undecodable:
+        return nqp2::SkipReason::Undecodable;
+    case Omission::NotDescribed:
+        return nqp2::SkipReason::NotDescribed;
+    default:
+        return nqp2::SkipReason::Unreadable;
+    }
+}
+
+void Remark(nqp2::ScanReport& report, const CString& path, Omission omission,
+            const std::string& why) {
+    nqp2::SkippedFile file;
+    file.path = path;
+    file.reason = ReasonOf(omission);
+    file.text = nqp2::TextFromBytes(why);
+    report.skipped.Add(file);
+}
+
+} // namespace
+
+__int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) {
+    nqp2::ScanReport report;
+    return LoadAVCHDClip(root, clips, report);
+}
+
+__int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips,
+                                   nqp2::ScanReport& report) {
+    return Guarded(kCannotRead, [&] {
+        return StatusOf(nqp2::avchd::ScanClips(
+            root,
+            [this](const CString& path, NQP2BaseClipInfo& info) {
+                return GetP2BaseClipInfo(path, info);
+            },
+            [&report](const CString& path, Omission omission, const std::string& why) {
+                Remark(report, path, omission, why);
+            },
+            clips));
+    });
+}
+
+int CNQP2Parser::GetAVCHDCPIMetadata(const CString& root, const CString& clipName,
+                                     _tag_P2Clip& clip) {
+    return ReadClip(root, clipName, nqp2::avchd::kAvchdFiles, clip);
+}
+
+int CNQP2Parser::GetAVCHDClpiDataInfo(const CString& root, const CString& clipName,
+                                      _tag_P2Clip& clip) {
+    return ReadClip(root, clipName, nqp2::avchd::kBdmvFiles, clip);
+}
+
+__int64 CNQP2Parser::LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls) {
+    return Guarded(kCannotRead, [&] { return StatusOf(nqp2::avchd::ScanPlaylists(card, edls)); });
+}
+
+int CNQP2Parser::GetAVCHDMPLMetadata(const CString& card, const CString& name, tag_P2EDL& edl) {
+    return Guarded(0, [&] { return nqp2::avchd::ReadPlaylist(card, name, edl) ? 1 : 0; });
+}

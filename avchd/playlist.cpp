@@ -1,0 +1,214 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "avchd/playlist.h"
+
+#include "avchd/file_head.h"
+#include "avchd/limits.h"
+#include "avchd/stream_entry.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace nqp2::avchd {
+namespace {
+
+enum PlaylistSection { kItems, kMarks, kExtension };
+
+// Lengths without the length field in front.
+constexpr std::size_t kItemFixedSize = 32;
+constexpr std::size_t kMarkSize = 14;
+constexpr std::size_t kMarkExtensionSize = 66;
+constexpr std::size_t kAngleSize = 10;
+
+constexpr unsigned kMultiAngle = 0x10;
+constexpr unsigned kConnectionBits = 0x0F;
+constexpr unsigned kContinuation = 6;
+constexpr std::uint8_t kEntryMark = 1;
+
+// Tags of a maker's list of shots.
+constexpr std::uint8_t kShotListTag = 0xF0;
+constexpr std::uint8_t kShotTag = 0x40;
+
+bool IsDigit(std::uint8_t byte) {
+    return byte >= '0' && byte <= '9';
+}
+
+/// The name becomes part of a path: nothing but digits may pass.
+bool ReadClipName(ByteReader& reader, PlayItem& item) {
+    const Bytes name = reader.Take(item.clipName.size());
+    const Bytes codec = reader.Take(4);
+    if (!reader.IsGood() || !std::all_of(name.begin(), name.end(), IsDigit)) {
+        return false;
+    }
+    std::copy(name.begin(), name.end(), item.clipName.begin());
+    return std::memcmp(codec.data(), "M2TS", 4) == 0 || std::memcmp(codec.data(), "FMTS", 4) == 0;
+}
+
+void SkipAngles(ByteReader& reader) {
+    const std::size_t angles = reader.U8();
+    reader.Skip(1);
+    reader.Skip(angles > 1 ? (angles - 1) * kAngleSize : 0);
+}
+
+/// The first video stream of an item's table of streams; zeros when there is none.
+VideoStream ReadStreamTable(ByteReader reader) {
+    ByteReader table(reader.Take(reader.U16()));
+    table.Skip(2);
+    const std::uint8_t videoCount = table.U8();
+    table.Skip(7 + 4); // counts of other streams, reserved
+    const std::uint8_t entrySize = table.U8();
+    ByteReader entry(table.Take(entrySize));
+    ByteReader attributes(table.Take(table.U8()));
+    const VideoStream video = ReadVideoAttributes(attributes);
+    return table.IsGood() && videoCount != 0 ? video : VideoStream();
+}
+
+/// Reads one item; false when it makes the list unusable.
+bool ReadItem(Bytes bytes, PlayItem& item) {
+    ByteReader reader(bytes);
+    if (bytes.size() < kItemFixedSize || !ReadClipName(reader, item)) {
+        return false;
+    }
+    const std::uint16_t flags = reader.U16();
+    item.continues = (flags & kConnectionBits) == kContinuation;
+    reader.Skip(1);
+    item.in = reader.U32();
+    item.out = reader.U32();
+    reader.Skip(8 + 1 + 1 + 2); // user operations, access, still mode and time
+    if ((flags & kMultiAngle) != 0) {
+        SkipAngles(reader);
+    }
+    item.video = ReadStreamTable(reader);
+    return true;
+}
+
+bool ReadItems(Bytes section, std::vector<PlayItem>& items) {
+    ByteReader reader(section);
+    reader.Skip(2);
+    const std::size_t count = reader.U16();
+    reader.Skip(2); // sub paths follow the items and are not needed
+    if (!reader.IsGood() || count > kMaxPlayItems || count * (kItemFixedSize + 2) > reader.Left()) {
+        return false;
+    }
+    items.resize(count);
+    for (PlayItem& item : items) {
+        const std::uint16_t length = reader.U16();
+        if (!ReadItem(reader.Take(length), item)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// What the recorder added to the mark with this number.
+void ReadMarkExtension(Bytes extension, Shot& shot) {
+    ByteReader reader(extension);
+    reader.Skip(2 + 2 + 3); // maker, model, reserved
+    shot.pulldown = static_cast<std::uint8_t>(reader.U8() >> 1U & 3U);
+    reader.Skip(2 + 1); // thumbnail, time zone
+    shot.date = DecodeDate(reader.Take(7));
+    reader.Skip(1 + 1 + 24 + 16); // character set, name, maker's information
+    shot.timecode = DecodeTimecode(reader.Take(4));
+}
+
+/// The extensions of the marks, one after another.
+Bytes MarkExtensions(Bytes block) {
+    const std::uint32_t address = AddressOf(block, BlockPart::Marks);
+    const Bytes section = address == 0 ? Bytes() : SectionPartAt(block, address);
+    return From(section, 2); // their count is that of the marks
+}
+
+/// The identifiers of a maker's list of shots, which has one entry for each mark.
+class ShotIds {
+public:
+    explicit ShotIds(Bytes block) : m_reader(FindItem(KnownMakersData(block), kShotListTag)) {
+        m_left = m_reader.U16();
+        m_reader.Skip(2);
+    }
+
+    std::optional<GlobalClipId> Next() {
+        if (m_left == 0) {
+            return std::nullopt;
+        }
+        --m_left;
+        const std::uint8_t tag = m_reader.U8();
+        m_reader.Skip(1);
+        const Bytes data = m_reader.Take(m_reader.U16());
+        return tag == kShotTag ? DecodeClipId(From(data, 1)) : std::nullopt;
+    }
+
+private:
+    ByteReader m_reader;
+    std::uint16_t m_left = 0;
+};
+
+std::vector<Shot> ReadShots(Bytes marks, Bytes block) {
+    ByteReader reader(marks);
+    ByteReader extensions(MarkExtensions(block));
+    ShotIds ids(block);
+    const std::size_t count = std::min<std::size_t>(reader.U16(), reader.Left() / kMarkSize);
+    std::vector<Shot> shots;
+    shots.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        Shot shot;
+        ByteReader mark(reader.Take(kMarkSize));
+        mark.Skip(1);
+        const bool isEntry = mark.U8() == kEntryMark;
+        shot.item = mark.U16();
+        shot.time = mark.U32();
+        ReadMarkExtension(extensions.Take(kMarkExtensionSize), shot);
+        shot.clipId = ids.Next();
+        if (isEntry) {
+            shots.push_back(shot);
+        }
+    }
+    return shots;
+}
+
+/// Gives each item its shot: the first that names it, or that of the recording that it continues.
+void AssignShots(Playlist& playlist) {
+    std::vector<PlayItem>& items = playlist.items;
+    for (std::size_t i = playlist.shots.size(); i-- > 0;) {
+        const std::uint32_t item = playlist.shots[i].item;
+        if (item < items.size()) {
+            items[item].shot = static_cast<std::int32_t>(i);
+        }
+    }
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const bool marked = items[i].shot != PlayItem::kNoShot;
+        items[i].continues = items[i].continues && !marked && i > 0;
+        if (items[i].continues) {
+            items[i].shot = items[i - 1].shot;
+        }
+    }
+}
+
+} // namespace
+
+bool Playlist::Is25p(const PlayItem& item) const {
+    const bool known = item.shot != PlayItem::kNoShot;
+    return avchd::Is25p(item.video, known ? shots[static_cast<std::size_t>(item.shot)].pulldown
+                                          : std::uint8_t{0});
+}
+
+std::int32_t Playlist::FramesOf(const PlayItem& item) const {
+    const FrameRate* rate = RateOf(item.video.rateCode, Is25p(item));
+    return rate == nullptr ? 0 : FramesBetween(item.in, item.out, *rate);
+}
+
+std::optional<Playlist> DecodePlaylist(Bytes file) {
+    const std::optional<FileHead> head = DecodeHead(file, "MPLS");
+    const std::optional<Bytes> items =
+        head ? NeededSection(file, head->sections[kItems]) : std::nullopt;
+    Playlist playlist;
+    if (!items || !ReadItems(*items, playlist.items)) {
+        return std::nullopt;
+    }
+    playlist.shots = ReadShots(SectionPartAt(file, head->sections[kMarks]),
+                               ExtensionBlock(file, head->sections[kExtension], "PLEX"));
+    AssignShots(playlist);
+    return playlist;
+}
+
+} // namespace nqp2::avchd

@@ -1,0 +1,158 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "avchd/playlist_reader.h"
+
+#include "avchd/card_folders.h"
+#include "avchd/clip_source.h"
+#include "avchd/playlist.h"
+#include "media/card_layout.h"
+#include "media/file_date.h"
+#include "media/identifier.h"
+#include "platform/case_blind.h"
+#include "platform/file_find.h"
+#include "platform/file_system.h"
+#include "platform/guid_text.h"
+#include "platform/PathText.h"
+#include "platform/unicode.h"
+
+#include <map>
+#include <optional>
+#include <string>
+
+namespace nqp2::avchd {
+namespace {
+
+/// The first item decides for the whole list. An undefined rate leaves the record's defaults.
+void FillRate(const Playlist& playlist, tag_P2EDL& edl) {
+    const PlayItem& first = playlist.items.front();
+    const FrameRate* rate = RateOf(first.video.rateCode, playlist.Is25p(first));
+    if (rate != nullptr) {
+        edl.EditUnit = {rate->seconds, rate->frames};
+        edl.FrameRate = rate->text;
+    }
+}
+
+std::int32_t TotalFrames(const Playlist& playlist) {
+    std::int32_t total = 0;
+    for (const PlayItem& item : playlist.items) {
+        total = AddFrames(total, playlist.FramesOf(item));
+    }
+    return total;
+}
+
+/// What the mark of the item's own shot says; a continued recording has another clip.
+CString OwnClipId(const Playlist& playlist, const PlayItem& item) {
+    if (item.shot == PlayItem::kNoShot || item.continues) {
+        return {};
+    }
+    const std::optional<GlobalClipId>& id =
+        playlist.shots[static_cast<std::size_t>(item.shot)].clipId;
+    return id ? ClipIdText(*id) : CString();
+}
+
+CString DateOf(const std::string& path) {
+    platform::FileInfo info;
+    const bool known = static_cast<bool>(platform::Files().Stat(path, info));
+    return media::FileDateText(known ? std::optional(info.created) : std::nullopt);
+}
+
+/// Reads playlists of one card; a clip that several items name is read once.
+class PlaylistReader {
+public:
+    explicit PlaylistReader(const CString& root)
+        : m_folder(root + (FolderExists(root + kAvchdFolder) ? kAvchdFolder : kBdmvFolder)),
+          m_clips(ClipsFolder(root)) {}
+
+    bool Read(const CString& name, tag_P2EDL& edl) {
+        const std::optional<Playlist> playlist = Find(name);
+        if (!playlist || playlist->items.empty()) {
+            return false;
+        }
+        edl.Duration = TotalFrames(*playlist);
+        edl.StartTimecode = 0;
+        FillRate(*playlist, edl);
+        for (const PlayItem& item : playlist->items) {
+            AddEvent(*playlist, item, edl);
+        }
+        return true;
+    }
+
+private:
+    std::optional<Playlist> Find(const CString& name) const {
+        if (!media::IsPlainName(name)) {
+            return std::nullopt;
+        }
+        const auto path = platform::FindExisting(
+            PosixPath(m_folder + kPlaylistFolder + name + kPlaylistExtension));
+        return path ? ReadPlaylistFile(*path) : std::nullopt;
+    }
+
+    /// Null when the clip cannot be read.
+    const _tag_P2Clip* ClipOf(const PlayItem& item) {
+        const auto [place, isNew] = m_known.try_emplace(std::string(item.Name()));
+        std::optional<_tag_P2Clip>& clip = place->second;
+        if (isNew &&
+            !m_clips.Read(kAvchdFiles, platform::TextFromUtf8(place->first), clip.emplace())) {
+            clip.reset();
+        }
+        return clip ? &*clip : nullptr;
+    }
+
+    void AddEvent(const Playlist& playlist, const PlayItem& item, tag_P2EDL& edl) {
+        const _tag_P2Clip* clip = ClipOf(item);
+        if (clip == nullptr) {
+            return;
+        }
+        tag_P2EDLClipTrackEvent event;
+        event.Clip = *clip;
+        event.Duration = playlist.FramesOf(item);
+        event.ClipName = platform::TextFromUtf8(item.Name());
+        event.GlobalClipID =
+            clip->GlobalClipID.IsEmpty() ? OwnClipId(playlist, item) : clip->GlobalClipID;
+        event.GlobalClipGuid = media::GuidFromIdentifier(event.GlobalClipID);
+        event.SourceIn = 0;
+        event.SourceOut = event.SourceIn + event.Duration;
+        edl.Codec = clip->CodecName;
+        edl.Events.Add(event);
+    }
+
+    CString m_folder;
+    ClipSource m_clips;
+    std::map<std::string, std::optional<_tag_P2Clip>> m_known;
+};
+
+} // namespace
+
+bool ReadPlaylist(const CString& card, const CString& name, tag_P2EDL& edl) {
+    return !card.IsEmpty() && !name.IsEmpty() &&
+           PlaylistReader(media::WithDrive(card)).Read(name, edl);
+}
+
+bool ScanPlaylists(const CString& card, CArray<tag_P2EDL>& edls) {
+    const CString root = media::WithDrive(card);
+    CString folder = root + kAvchdFolder + kPlaylistFolder;
+    if (!FolderExists(folder)) {
+        folder = root + kBdmvFolder + kPlaylistFolder;
+    }
+    if (!FolderExists(folder)) {
+        return false;
+    }
+    platform::IoStatus status;
+    // Looks in the AVCHD folder whenever that exists, even without playlists of its own: kept, hosts
+    // rely on it.
+    PlaylistReader reader(root);
+    for (const platform::FoundFile& file :
+         platform::FindFiles(folder + L"*" + kPlaylistExtension, status)) {
+        tag_P2EDL edl;
+        if (!file.isFolder && reader.Read(file.title, edl)) {
+            edl.Identity = platform::NewGuid();
+            edl.Date = DateOf(file.posixPath);
+            edl.Name = file.title;
+            edls.Add(edl);
+        }
+    }
+    return true;
+}
+
+} // namespace nqp2::avchd
