@@ -89,6 +89,10 @@ public:
         return {};
     }
     IoStatus MakeFolder(const std::string&) override { return {}; }
+    IoStatus Create(const std::string&, std::unique_ptr<nqp2::platform::FileWriter>&) override {
+        return Missing();
+    }
+    IoStatus RemoveAbandoned(const std::string&) override { return {}; }
 
 private:
     static std::string NameOf(const std::string& path) {

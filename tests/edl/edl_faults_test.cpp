@@ -2,13 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/edl/edl_test.h"
-#include "tests/support/child_process.h"
 #include "tests/support/faulty_file_system.h"
 
 #include <atomic>
-#include <csignal>
-#include <sys/resource.h>
-#include <sys/stat.h>
 #include <thread>
 #include <vector>
 
@@ -98,33 +94,6 @@ TEST_F(EdlFaultsTest, WithoutAFreeNameNothingIsLeftAndTheSearchEnds) {
         EXPECT_EQ(SaveOnCard(OneEvent()), "");
         ExpectOldFileAlone();
     }
-}
-
-TEST_F(EdlFaultsTest, AFileThatDoesNotFitKeepsTheOldOne) {
-    tag_P2EDL edl = OneEvent();
-    for (int i = 0; i < 1000; ++i) {
-        edl.Events.Add(edl.Events[0]);
-    }
-    const int result = test::RunInChild([&] {
-        signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit = {10'000, 10'000};
-        return setrlimit(RLIMIT_FSIZE, &limit) == 0
-                   ? static_cast<int>(m_parser.SaveToEdl(m_card.Root(), edl, 1, L"MINE"))
-                   : 255;
-    });
-    EXPECT_EQ(result, 1);
-    ExpectOldFileAlone();
-}
-
-TEST_F(EdlFaultsTest, FoldersThatMayNotBeWrittenAreAFailure) {
-    ASSERT_EQ(chmod(m_card.Folder().Path().c_str(), 0555), 0);
-    ASSERT_EQ(chmod(m_card.Folder().Path("EDITLIST").c_str(), 0555), 0);
-    const int existing = test::RunInChild(
-        [&] { return test::BecomeOrdinaryUser() ? static_cast<int>(Save()) : 255; });
-    ASSERT_EQ(chmod(m_card.Folder().Path().c_str(), 0755), 0);
-    ASSERT_EQ(chmod(m_card.Folder().Path("EDITLIST").c_str(), 0755), 0);
-    EXPECT_EQ(existing, 1);
-    ExpectOldFileAlone();
 }
 
 TEST_F(EdlFaultsTest, FoldersAndFilesInEachOthersPlaceAreAFailure) {

@@ -2,8 +2,6 @@
 # SPDX-License-Identifier: MIT
 """The commands that list and write edit lists."""
 
-import csv
-import io
 import json
 import os
 import re
@@ -128,13 +126,6 @@ class ListTest(EdlTest):
             "Channels": [3, 2, 2, 3], "AudioLevels": [0.5, 1, 1, 1],
             "Note": "größer, \"lauter\""})
         self.assertEqual(first["Events"][0]["ClipName"], "0002AA")
-
-    def test_csv_and_json_say_the_same(self):
-        table = run("edl", "list", self.card.path, "--csv").stdout
-        rows = list(csv.DictReader(io.StringIO(table, newline="")))
-        for row, edl in zip(rows, self.listed(), strict=True):
-            self.assertEqual((row["Name"], row["IconPath"]), (edl["Name"], edl["IconPath"]))
-            self.assertEqual(json.loads(row["Events"]), edl["Events"])
 
 
 class NoListTest(EdlTest):
@@ -295,12 +286,6 @@ class WriteTest(EdlTest):
         (folder / "CUT.xml").mkdir(parents=True)
         self.assert_fails(self.write(edl, "--name", "CUT"), 1, line)
         self.assertEqual(os.listdir(folder), ["CUT.xml"])
-
-    @unittest.skipIf(os.geteuid() == 0, "the superuser may write everywhere")
-    def test_a_card_that_is_write_protected(self):
-        self.card.path.chmod(0o500)
-        self.addCleanup(self.card.path.chmod, 0o700)
-        self.assertEqual(self.write({"Events": [self.event()]}).returncode, 1)
 
 
 if __name__ == "__main__":

@@ -26,13 +26,8 @@ def counted(free, code_type, standard, *options):
 class CountTest(CardTest):
     def test_figures(self):
         cases = (  # free bytes, code type, standard, options, what must come out
-            (0, 0, 0, (), {"FreeBytes": 0, "MaxFrames": -39, "FramesFor4GB": 35425,
+            (0, "CT_DV25_50I", "vs_5994i", (), {"FreeBytes": 0, "MaxFrames": -39, "FramesFor4GB": 35425,
                            "SizeFor4GB": 4800436864}),
-            (0, 0, 0, ("--audio24",), {"FreeBytes": 0, "MaxFrames": -37, "FramesFor4GB": 35425,
-                                       "SizeFor4GB": 5072500864}),
-            (FIXED, 12, 0, ("--frames", 0),
-             {"fits": True, "FreeBytes": FIXED, "MaxFrames": 0, "SpaceForFrames": FIXED,
-              "FramesFor4GB": 35425, "SizeFor4GB": 4800436864}),
             (FIXED + 135359, 0, 0, ("--frames", 1),
              {"fits": False, "FreeBytes": FIXED + 135359, "MaxFrames": 0,
               "SpaceForFrames": 5444224, "FramesFor4GB": 35425, "SizeFor4GB": 4800436864}),
@@ -49,10 +44,6 @@ class CountTest(CardTest):
                 answer = counted(free, code_type, standard, *options)
                 self.assertEqual(answer, expected)
                 self.assertEqual(list(answer), list(expected))
-
-    def test_names_stand_for_numbers(self):
-        self.assertEqual(counted(10 ** 9, "CT_AVCI50_1080_50I", "VS_50I"), counted(10 ** 9, 7, 1))
-        self.assertEqual(counted(10 ** 9, "ct_dv100_720_5994p", "vs_5994p"), counted(10 ** 9, 32, 3))
 
     def test_numbers_beyond_64_bits_are_cut_off(self):
         answer = counted(MOST, 0, 0, "--frames", MOST)
