@@ -4,13 +4,13 @@
 // Measures edit lists, ingest lists and capacity beside the least work that each can be compared
 // with. The lists are made in a scratch folder; bench/run_bench.py works out the ratios.
 
+#include "bench/measure.h"
 #include "bench/plain_read.h"
 #include "parser/NQP2Parser.h"
 #include "platform/PathText.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <libxml/parser.h>
@@ -29,18 +29,6 @@ constexpr int kEventsOfLongList = 10000;
 constexpr const char* kEditNamespace = "urn:schemas-Professional-Plug-in:P2:EditMetadata:v2.0";
 constexpr const char* kIdentifier =
     "060A2B340101010501010D43130000000BB3982AB17F015AD222F86283B7EE93";
-
-class ReadyParser {
-public:
-    ReadyParser() { m_parser.Init(); }
-    ~ReadyParser() { m_parser.Release(); }
-    ReadyParser(const ReadyParser&) = delete;
-    ReadyParser& operator=(const ReadyParser&) = delete;
-    CNQP2Parser* operator->() { return &m_parser; }
-
-private:
-    CNQP2Parser m_parser;
-};
 
 void Write(const fs::path& path, const std::string& text) {
     fs::create_directories(path.parent_path());
@@ -205,7 +193,8 @@ void Capacity(benchmark::State& state) {
     }
 }
 
-void Register(const fs::path& scratch) {
+void Register(const std::string& folder) {
+    const fs::path scratch = folder;
     const auto measure = [](const std::string& name, auto run) {
         benchmark::RegisterBenchmark(name.c_str(), run)
             ->Unit(benchmark::kMillisecond)
@@ -213,9 +202,9 @@ void Register(const fs::path& scratch) {
     };
     for (const int lists : {100, 1000, 10000}) {
         const fs::path card = CardOfLists(scratch, lists);
-        const std::string count = "/" + std::to_string(lists);
-        measure("list_floor" + count, [card](auto& state) { ListFloor(state, card); });
-        measure("load_lists" + count,
+        const std::string count = std::to_string(lists);
+        measure("list_floor/" + count, [card](auto& state) { ListFloor(state, card); });
+        measure("load_lists/" + count,
                 [card, lists](auto& state) { LoadLists(state, card, lists); });
     }
     measure("save_floor", [scratch](auto& state) { SaveFloor(state, scratch); });
@@ -227,26 +216,9 @@ void Register(const fs::path& scratch) {
     measure("capacity", [](auto& state) { Capacity(state); });
 }
 
-int Main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: bench_lists [--benchmark_...] SCRATCH\n");
-        return 2;
-    }
-    Register(argv[1]);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
-
 } // namespace
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    try {
-        return nqp2::bench::Main(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "bench_lists: %s\n", error.what());
-        return 1;
-    }
+    return nqp2::bench::Run(argc, argv, nqp2::bench::Register);
 }

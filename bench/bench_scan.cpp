@@ -4,6 +4,7 @@
 // Measures the card scan beside the least work that it can be compared with. bench/run_bench.py
 // makes the cards, runs this program and works out the ratios.
 
+#include "bench/measure.h"
 #include "bench/plain_read.h"
 #include "parser/NQP2Parser.h"
 #include "platform/file_system.h"
@@ -12,8 +13,6 @@
 
 #include <benchmark/benchmark.h>
 #include <chrono>
-#include <cstdio>
-#include <exception>
 #include <libxml/parser.h>
 #include <malloc.h>
 #include <memory>
@@ -26,24 +25,13 @@ namespace {
 constexpr std::chrono::milliseconds kSlowMedium{1}; ///< for each call on a card reader or network
 constexpr std::uint64_t kMaxFileSize = 1 << 20;
 
-/// A parser ready to read, released at the end as its contract asks.
-class ReadyParser {
-public:
-    ReadyParser() { m_parser.Init(); }
-    ~ReadyParser() { m_parser.Release(); }
-    ReadyParser(const ReadyParser&) = delete;
-    ReadyParser& operator=(const ReadyParser&) = delete;
-
-    /// Appends the card's clips; false when not all of them came.
-    bool Load(const std::string& card, std::size_t expected, CArray<_tag_P2Clip>& clips) {
-        const std::int64_t before = clips.GetSize();
-        return m_parser.LoadClipEx(InterfaceRoot(card), clips, 0) == 0 &&
-               clips.GetSize() - before == static_cast<std::int64_t>(expected);
-    }
-
-private:
-    CNQP2Parser m_parser;
-};
+/// Appends the card's clips; false when not all of them came.
+bool LoadClips(ReadyParser& parser, const std::string& card, std::size_t expected,
+               CArray<_tag_P2Clip>& clips) {
+    const std::int64_t before = clips.GetSize();
+    return parser->LoadClipEx(InterfaceRoot(card), clips, 0) == 0 &&
+           clips.GetSize() - before == static_cast<std::int64_t>(expected);
+}
 
 void ReadFloor(benchmark::State& state, const std::string& card) {
     for (auto _ : state) {
@@ -74,7 +62,7 @@ void Load(benchmark::State& state, const std::string& card) {
     ReadyParser parser;
     for (auto _ : state) {
         CArray<_tag_P2Clip> clips;
-        const bool loaded = parser.Load(card, expected, clips);
+        const bool loaded = LoadClips(parser, card, expected, clips);
         state.PauseTiming(); // the records are the host's to destroy
         clips.RemoveAll();
         state.ResumeTiming();
@@ -122,12 +110,12 @@ void Memory(benchmark::State& state, const std::string& card) {
     const auto clipCount = static_cast<double>(documents.size());
     ReadyParser parser;
     CArray<_tag_P2Clip> warmUp; // what the parser keeps for itself is no clip's
-    bool loaded = parser.Load(card, documents.size(), warmUp);
+    bool loaded = LoadClips(parser, card, documents.size(), warmUp);
     warmUp = {};
     for (auto _ : state) {
         CArray<_tag_P2Clip> clips;
         const std::size_t before = HeldBytes();
-        loaded = parser.Load(card, documents.size(), clips) && loaded;
+        loaded = LoadClips(parser, card, documents.size(), clips) && loaded;
         state.counters["held_bytes"] = static_cast<double>(HeldBytes() - before) / clipCount;
     }
     if (!loaded) {
@@ -163,28 +151,9 @@ void Register(const std::string& card) {
     }
 }
 
-int Main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: bench_scan [--benchmark_...] CARD...\n");
-        return 2;
-    }
-    for (int i = 1; i < argc; ++i) {
-        Register(argv[i]);
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
-
 } // namespace
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    try {
-        return nqp2::bench::Main(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "bench_scan: %s\n", error.what());
-        return 1;
-    }
+    return nqp2::bench::Run(argc, argv, nqp2::bench::Register);
 }

@@ -78,7 +78,8 @@ def ratios(small: int, large: int) -> list[Ratio]:
               figure(f"slow_load/{small}"), figure(f"slow_read_floor/{small}"), 0.6),
         Ratio("system calls per clip / five", "calls", figure("calls:load"), fixed(5), 1.0),
     ]
-    return lines + list_ratios(figure, fixed) + avchd_ratios(figure)
+    return (lines + list_ratios(figure, fixed) + channel_ratios(figure, fixed)
+            + avchd_ratios(figure))
 
 
 def list_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
@@ -100,6 +101,20 @@ def list_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
               each("ingest", 1000), 1.2),
         Ratio("capacity figure / 10 ns", "ns", lambda figures: figures["capacity"] * 1e6,
               fixed(10), 1.0),
+    ]
+
+
+def channel_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
+    """The lines for the channel to the worker process."""
+    return [
+        Ratio("request and reply / futex ping-pong", "ms", figure("channel/request"),
+              figure("channel/futex_floor"), 3),
+        Ratio("576,000 bytes to the worker / copy and read", "ms", figure("channel/small"),
+              figure("channel/copy_floor_small"), 2.2),
+        Ratio("45,360,000 bytes to the worker / copy and read", "ms", figure("channel/large"),
+              figure("channel/copy_floor_large"), 1.15),
+        Ratio("processor time of a second's wait / 2 ms", "ms", figure("channel/idle"), fixed(2),
+              1.0),
     ]
 
 
@@ -194,8 +209,13 @@ def measure_round(program: Path, cards: list[Path], min_time: float) -> Figures:
             check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
         figures.update(figures_of(json.loads(result.stdout)))
     result = subprocess.run(
+        [program.with_name("bench_channel"), "--benchmark_format=json",
+         f"--benchmark_min_time={min_time}"],
+        check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    figures.update(figures_of(json.loads(result.stdout)))
+    result = subprocess.run(
         [program.with_name("bench_lists"), "--benchmark_format=json",
-         f"--benchmark_min_time={min_time / 5}", cards[0].parent / "lists"],
+         f"--benchmark_min_time={min_time}", cards[0].parent / "lists"],
         check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     figures.update(figures_of(json.loads(result.stdout)))
     figures.update(measure_avchd(program, cards[0].parent, min_time))

@@ -66,8 +66,8 @@ private:
     void Compound(CArray<Item>& list) {
         Self().List(list);
     }
-    template <class Item, std::size_t kCount>
-    void Compound(Item (&items)[kCount]) {
+    template <class Item, std::size_t Count>
+    void Compound(Item (&items)[Count]) {
         for (Item& item : items) {
             Field(item);
         }

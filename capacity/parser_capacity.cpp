@@ -15,7 +15,7 @@ int CNQP2Parser::GetDiscFree(CString drive, eCodeType codeType, int audioFlag,
     return Guarded(0, [&] {
         const auto freeBytes = nqp2::capacity::FreeBytes(drive);
         const RecordingCost cost = CostOf(codeType, audioFlag != 0, standard);
-        return freeBytes && *freeBytes >= cost.Space(frames) ? 1 : 0;
+        return freeBytes && cost.Fits(frames, *freeBytes) ? 1 : 0;
     });
 }
 
@@ -31,7 +31,7 @@ int CNQP2Parser::GetDiscFree(CString drive, eCodeType codeType, int audioFlag,
         // The frames that fit are counted with 16-bit audio whatever the flag says: kept, hosts
         // rely on it.
         maxFrames = CostOf(codeType, false, standard).Frames(freeBytes);
-        return freeBytes >= CostOf(codeType, audioFlag != 0, standard).Space(frames) ? 1 : 0;
+        return CostOf(codeType, audioFlag != 0, standard).Fits(frames, freeBytes) ? 1 : 0;
     });
 }
 

@@ -55,6 +55,11 @@ std::int64_t RecordingCost::Space(std::int64_t frames) const {
     return Sum(Product(frames, videoBytes + audioBytes), overhead);
 }
 
+bool RecordingCost::Fits(std::int64_t frames, std::int64_t freeBytes) const {
+    const std::int64_t need = Space(frames);
+    return need != kMost && freeBytes >= need;
+}
+
 std::int64_t RecordingCost::Frames(std::int64_t space) const {
     return Sum(space, -overhead) / (videoBytes + audioBytes);
 }

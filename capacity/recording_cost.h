@@ -19,6 +19,8 @@ struct RecordingCost {
 
     /// Bytes that a recording of that many frames takes.
     [[nodiscard]] std::int64_t Space(std::int64_t frames) const;
+    /// Whether such a recording fits. One whose bytes no number can tell fits nowhere.
+    [[nodiscard]] bool Fits(std::int64_t frames, std::int64_t freeBytes) const;
     /// Frames that fit in that many bytes; zero or negative below the overhead: kept.
     [[nodiscard]] std::int64_t Frames(std::int64_t space) const;
 };

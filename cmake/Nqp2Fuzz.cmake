@@ -11,7 +11,7 @@
 
 option(NQP2_LIBFUZZER "Link the fuzz targets with libFuzzer (clang)" OFF)
 set(NQP2_REPLAY_MUTATIONS 3000 CACHE STRING "Mutated inputs that a replay tries")
-set(NQP2_FUZZ_SECONDS 20 CACHE STRING "Seconds that ctest gives a libFuzzer program")
+set(NQP2_FUZZ_LIMIT -max_total_time=20 CACHE STRING "When a libFuzzer program stops under ctest")
 
 function(nqp2_add_fuzzer name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "CORPUS;DICTIONARY" "SOURCES;COMPONENTS")
@@ -22,13 +22,15 @@ function(nqp2_add_fuzzer name)
     cmake_path(ABSOLUTE_PATH arg_CORPUS OUTPUT_VARIABLE corpus)
     add_executable(${target} ${arg_SOURCES})
     nqp2_target_defaults(${target})
+    # The target and the replay are two programs' worth of main file.
+    set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
     nqp2_use_components(${target} ${arg_COMPONENTS})
     if(NQP2_LIBFUZZER)
         target_link_options(${target} PRIVATE -fsanitize=fuzzer)
         set(found "${CMAKE_CURRENT_BINARY_DIR}/${name}-found")
         file(MAKE_DIRECTORY "${found}")
-        set(options -max_total_time=${NQP2_FUZZ_SECONDS} -timeout=10 -rss_limit_mb=1024
+        set(options ${NQP2_FUZZ_LIMIT} -timeout=10 -rss_limit_mb=1024
                     -print_final_stats=1)
         if(arg_DICTIONARY)
             cmake_path(ABSOLUTE_PATH arg_DICTIONARY OUTPUT_VARIABLE dictionary)

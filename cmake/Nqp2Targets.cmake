@@ -26,7 +26,9 @@ function(nqp2_target_defaults target)
                    POSITION_INDEPENDENT_CODE ON)
     if(PROJECT_IS_TOP_LEVEL)
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion
-                                                 -Wsign-conversion)
+                                                 -Wsign-conversion
+                                                 # g++ 12 warns of its own std::string (bug 105651).
+                                                 $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
         target_compile_definitions(${target} PRIVATE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
     endif()
     if(NQP2_SANITIZE)

@@ -10,39 +10,29 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
 #include <utility>
-#include <vector>
 
 namespace nqp2::edl {
 namespace {
 
 constexpr int kLastNumber = 999;
 
-/// The titles of the files that the pattern finds; nothing when the folder cannot be read to its
-/// end, because a number that is not seen would be given twice.
-std::optional<std::vector<CString>> Titles(const CString& pattern) {
+/// Appends the titles of the files that the pattern finds. Returns whether the folder, if there is
+/// one, could be read to its end.
+bool AddTitles(const CString& pattern, std::vector<CString>& titles) {
     platform::IoStatus status;
-    std::vector<CString> titles;
     for (const platform::FoundFile& file : platform::FindFiles(pattern, status)) {
         if (!file.isFolder) {
             titles.push_back(file.title);
         }
     }
-    const bool whole = status || status.error == platform::IoError::NotFound;
-    return whole ? std::optional(std::move(titles)) : std::nullopt;
+    return status || status.error == platform::IoError::NotFound;
 }
 
 CString NumberText(int number) {
     CString text;
     text.Format(L"P%03d", number);
     return text;
-}
-
-bool IsTaken(int number, const std::vector<CString>& titles) {
-    const CString text = NumberText(number);
-    return std::any_of(titles.begin(), titles.end(),
-                       [&](const CString& title) { return title.Find(text) >= 0; });
 }
 
 std::int64_t LargestNumber(const std::vector<CString>& titles) {
@@ -65,6 +55,10 @@ CString Suffix(const CString& id) {
     return suffix;
 }
 
+CString TitleOf(const CString& name) {
+    return name.Left(name.ReverseFind(L'.'));
+}
+
 CString FileName(std::int64_t number, const CString& suffix) {
     CString name;
     name.Format(L"P%03d%s.xml", number, suffix);
@@ -73,35 +67,59 @@ CString FileName(std::int64_t number, const CString& suffix) {
 
 } // namespace
 
-bool NewEditListName(const CString& folder, const CString& id, CString& name) {
-    if (!platform::PathExists(PosixPath(folder))) {
-        return false;
-    }
-    // One enumeration answers for every number that is tried.
-    const std::optional<std::vector<CString>> titles = Titles(folder + L"*.XML");
-    if (!titles) {
-        return false;
-    }
-    const CString suffix = Suffix(id);
-    std::int64_t number = LargestNumber(*titles) + 1;
+std::optional<EditListNumbers> EditListNumbers::Read(const std::vector<CString>& patterns) {
+    EditListNumbers numbers;
+    const bool whole = std::all_of(patterns.begin(), patterns.end(), [&](const CString& pattern) {
+        return AddTitles(pattern, numbers.m_titles);
+    });
+    return whole ? std::optional(std::move(numbers)) : std::nullopt;
+}
+
+std::optional<CString> EditListNumbers::NewName(const CString& id) const {
+    std::int64_t number = LargestNumber(m_titles) + 1;
     if (number > kLastNumber) {
-        if (titles->size() == kLastNumber) {
-            return false;
+        if (m_titles.size() == kLastNumber) {
+            return std::nullopt;
         }
         for (int gap = 1; gap < kLastNumber; ++gap) {
-            if (!IsTaken(gap, *titles)) {
+            if (!IsTaken(gap)) {
                 number = gap;
                 break;
             }
         }
     }
-    name = FileName(number, suffix);
-    return true;
+    return FileName(number, Suffix(id));
+}
+
+bool EditListNumbers::IsTaken(int number) const {
+    const CString text = NumberText(number);
+    return std::any_of(m_titles.begin(), m_titles.end(),
+                       [&](const CString& title) { return title.Find(text) >= 0; });
+}
+
+bool EditListNumbers::Holds(const CString& name) const {
+    const CString title = TitleOf(name);
+    return std::any_of(m_titles.begin(), m_titles.end(),
+                       [&](const CString& each) { return each.CompareNoCase(title) == 0; });
+}
+
+void EditListNumbers::Add(const CString& name) {
+    m_titles.push_back(TitleOf(name));
+}
+
+bool NewEditListName(const CString& folder, const CString& id, CString& name) {
+    if (!platform::PathExists(PosixPath(folder))) {
+        return false;
+    }
+    const std::optional<EditListNumbers> numbers = EditListNumbers::Read({folder + kEditLists});
+    const std::optional<CString> found = numbers ? numbers->NewName(id) : std::nullopt;
+    name = found.value_or(name);
+    return found.has_value();
 }
 
 bool IsNumberTaken(int number, const CString& pattern) {
-    const std::optional<std::vector<CString>> titles = Titles(pattern);
-    return !titles || IsTaken(number, *titles);
+    const std::optional<EditListNumbers> numbers = EditListNumbers::Read({pattern});
+    return !numbers || numbers->IsTaken(number);
 }
 
 } // namespace nqp2::edl

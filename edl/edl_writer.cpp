@@ -12,16 +12,16 @@
 #include "platform/file_system.h"
 #include "platform/guid_text.h"
 #include "platform/PathText.h"
+#include "platform/unicode.h"
 #include "xml/MarkupMSXML.h"
 #include "xml/NQXmlParser.h"
 
 #include <cstdint>
 #include <optional>
+#include <string>
 
 namespace nqp2::edl {
 namespace {
-
-constexpr int kIgnoreMissing = 1;
 
 /// What the edit is made of, told by a source clip on the card.
 struct Reference {
@@ -38,15 +38,15 @@ bool IsFile(const CString& path) {
            info.kind != platform::EntryKind::Folder;
 }
 
-CString Content(CMarkupMSXML& reader, const wchar_t* path) {
+CString ClipContent(CMarkupMSXML& reader, const wchar_t* path) {
     return reader.GetNodeText(CString(L"//P2Main/ClipContent/") + path, kIgnoreMissing);
 }
 
 Reference ReadReference(CMarkupMSXML& reader) {
     Reference reference;
-    reference.editUnit = Content(reader, L"EditUnit");
-    reference.frameRate = Content(reader, L"EssenceList/Video/FrameRate");
-    reference.codec = Content(reader, L"EssenceList/Video/Codec");
+    reference.editUnit = ClipContent(reader, L"EditUnit");
+    reference.frameRate = ClipContent(reader, L"EssenceList/Video/FrameRate");
+    reference.codec = ClipContent(reader, L"EssenceList/Video/Codec");
     reference.class50 =
         IsClassCodec(reference.codec) &&
         reader.GetNodeAttribute(L"//P2Main/ClipContent/EssenceList/Video/Codec", L"Class") == L"50";
@@ -65,7 +65,7 @@ std::optional<Reference> FindReference(const CString& clipFolder, const tag_P2ED
         if (reader.LoadXml(path) == 0) {
             return std::nullopt;
         }
-        const GUID clip = media::GuidFromIdentifier(Content(reader, L"GlobalClipID"));
+        const GUID clip = media::GuidFromIdentifier(ClipContent(reader, L"GlobalClipID"));
         if (clip == media::GuidFromIdentifier(event.GlobalClipID)) {
             Reference reference = ReadReference(reader);
             return reference.codec.IsEmpty() ? std::nullopt : std::optional(reference);
@@ -155,21 +155,94 @@ CString WithExtension(const CString& name) {
     return name.Find(L".xml") < 0 ? name + L".xml" : name;
 }
 
-bool ChooseName(const CString& folder, const tag_P2EDL& edl, const CString& givenName,
-                CString& name) {
-    if (!givenName.IsEmpty()) {
-        name = WithExtension(givenName);
-        return true;
+bool SaveNamed(Writer& writer, const EditListPlace& place, CString& saved) {
+    const CString name = WithExtension(place.name);
+    const bool done = media::IsPlainName(name) && writer.Save(place.folder + name);
+    saved = done ? place.folder + name : saved;
+    return done;
+}
+
+/// A file that is written but has no name yet by which a scan finds it; taken away again unless it
+/// gets one.
+class UnnamedFile {
+public:
+    /// `realFolder` is where the folder stands.
+    UnnamedFile(const CString& folder, const std::string& realFolder)
+        : m_folder(folder), m_realFolder(realFolder),
+          m_name(L".nqp2-" + platform::GuidText(platform::NewGuid()) + L".tmp") {}
+    UnnamedFile(const UnnamedFile&) = delete;
+    UnnamedFile& operator=(const UnnamedFile&) = delete;
+    ~UnnamedFile() {
+        if (m_saved) {
+            static_cast<void>(
+                platform::Files().RemoveFile(Real(m_name))); // gone when it has its name
+        }
     }
-    const tag_P2EDLClipTrackEvent& first = edl.Events[0];
-    const CString id = first.GlobalClipID.IsEmpty() ? platform::GuidText(first.GlobalClipGuid)
-                                                    : first.GlobalClipID;
-    return NewEditListName(folder, id, name);
+
+    bool Save(Writer& writer) {
+        m_saved = true; // a save may report failure with the file in place
+        return writer.Save(m_folder + m_name);
+    }
+    platform::IoStatus GiveName(const CString& name) {
+        return platform::Files().MoveToFree(Real(m_name), Real(name));
+    }
+
+private:
+    [[nodiscard]] std::string Real(const CString& name) const {
+        return m_realFolder + platform::NameBytesFromText(name.View());
+    }
+
+    CString m_folder;
+    std::string m_realFolder;
+    CString m_name;
+    bool m_saved = false;
+};
+
+/// The next name that neither the look into the folders nor the file system refuses.
+bool GiveFreeName(UnnamedFile& file, EditListNumbers& numbers, const CString& id, CString& name) {
+    constexpr int kTries = 1000;
+    for (int tried = 0; tried < kTries; ++tried) {
+        const std::optional<CString> next = numbers.NewName(id);
+        if (!next) {
+            return false;
+        }
+        if (!numbers.Holds(*next)) {
+            const platform::IoStatus given = file.GiveName(*next);
+            if (given || given.error != platform::IoError::Exists) {
+                name = *next;
+                return static_cast<bool>(given);
+            }
+        }
+        numbers.Add(*next);
+    }
+    return false;
+}
+
+CString IdentifierOf(const tag_P2EDLClipTrackEvent& event) {
+    return event.GlobalClipID.IsEmpty() ? platform::GuidText(event.GlobalClipGuid)
+                                        : event.GlobalClipID;
+}
+
+bool SaveNumbered(Writer& writer, const EditListPlace& place, const CString& id, CString& saved) {
+    const std::optional<std::string> folder = platform::FindExisting(PosixPath(place.folder));
+    std::optional<EditListNumbers> numbers = EditListNumbers::Read(place.numbers);
+    const std::optional<CString> first = numbers ? numbers->NewName(id) : std::nullopt;
+    // An identifier may put a separator into the name, as a host may.
+    if (!folder || !first || !media::IsPlainName(*first)) {
+        return false;
+    }
+    UnnamedFile file(place.folder, *folder);
+    CString name;
+    if (!file.Save(writer) || !GiveFreeName(file, *numbers, id, name)) {
+        return false;
+    }
+    saved = place.folder + name;
+    return true;
 }
 
 } // namespace
 
-bool WriteEditList(const CString& cardPath, const tag_P2EDL& edl, const CString& givenName,
+bool WriteEditList(const CString& cardPath, const EditListPlace& place, const tag_P2EDL& edl,
                    CMarkupMSXML& reader, CString& saved) {
     const CString contents = media::ContentsFolder(cardPath);
     if (edl.Events.IsEmpty() || !platform::PathExists(PosixPath(contents))) {
@@ -181,15 +254,11 @@ bool WriteEditList(const CString& cardPath, const tag_P2EDL& edl, const CString&
         return false;
     }
     Writer writer(edl, *reference);
-    CString name;
-    const CString folder = EditListFolder(cardPath);
-    // An identifier may put a separator into the name, as a host may.
-    if (!writer.Write() || !ChooseName(folder, edl, givenName, name) || !media::IsPlainName(name) ||
-        !writer.Save(folder + name)) {
+    if (!writer.Write()) {
         return false;
     }
-    saved = folder + name;
-    return true;
+    return place.name.IsEmpty() ? SaveNumbered(writer, place, IdentifierOf(edl.Events[0]), saved)
+                                : SaveNamed(writer, place, saved);
 }
 
 } // namespace nqp2::edl

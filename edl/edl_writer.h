@@ -6,15 +6,25 @@
 #include "media/P2EDL.h"
 #include "platform/CString.h"
 
+#include <vector>
+
 class CMarkupMSXML;
 
 namespace nqp2::edl {
 
-/// Writes an edit list to the card under the given name (extension added when it has none), or, for
-/// an empty one, under the next free name. What the edit is made of (edit unit, rate, codec) comes
-/// from the first event's clip that is on the card. `saved` receives the file's path. Returns false
-/// for any failure; nothing but the folder is on the card then.
-bool WriteEditList(const CString& cardPath, const tag_P2EDL& edl, const CString& givenName,
+/// Where an edit list goes.
+struct EditListPlace {
+    CString folder;               ///< stands already; with its trailing separator
+    std::vector<CString> numbers; ///< patterns of the lists whose numbers are not given again
+    CString name;                 ///< "" for the next number
+};
+
+/// Writes an edit list of clips that are on the card. A file of the given name is replaced
+/// (extension added when it has none), one of a number's name never, also when another writer takes
+/// it at the same moment. What the edit is made of (edit unit, rate, codec) comes from the first
+/// event's clip that is there. `saved` receives the file's path. Returns false for any failure;
+/// nothing is left in the folder then.
+bool WriteEditList(const CString& cardPath, const EditListPlace& place, const tag_P2EDL& edl,
                    CMarkupMSXML& reader, CString& saved);
 
 } // namespace nqp2::edl

@@ -24,6 +24,22 @@ __int64 StatusOf(bool done) {
     return done ? kRead : kCannotRead;
 }
 
+__int64 Save(CMarkupMSXML* reader, const CString& root, const nqp2::edl::EditListPlace& place,
+             const tag_P2EDL& edl, CString& saved) {
+    return Guarded(kCannotRead, [&] {
+        if (!nqp2::platform::EnsureFolder(nqp2::PosixPath(place.folder)) || reader == nullptr) {
+            return kCannotRead;
+        }
+        return StatusOf(nqp2::edl::WriteEditList(root, place, edl, *reader, saved));
+    });
+}
+
+/// Whether the card keeps its lists in its contents folder and there alone.
+bool IsCardsOwn(const CString& inRoot, const CString& inContents) {
+    return !nqp2::platform::PathExists(nqp2::PosixPath(inRoot)) &&
+           nqp2::platform::PathExists(nqp2::PosixPath(inContents));
+}
+
 } // namespace
 
 __int64 CNQP2Parser::LoadEdl(CString root, CArray<tag_P2EDL>& edls) {
@@ -32,7 +48,7 @@ __int64 CNQP2Parser::LoadEdl(CString root, CArray<tag_P2EDL>& edls) {
         if (m_pMarkup == nullptr || !nqp2::platform::PathExists(nqp2::PosixPath(folder))) {
             return kCannotRead;
         }
-        nqp2::edl::ScanEditLists(folder, *m_pMarkup, edls);
+        static_cast<void>(nqp2::edl::ScanEditLists(folder, *m_pMarkup, edls)); // kept: not told
         return kRead;
     });
 }
@@ -40,19 +56,21 @@ __int64 CNQP2Parser::LoadEdl(CString root, CArray<tag_P2EDL>& edls) {
 __int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName,
                                CString name) {
     CString saved;
-    return SaveToEdl(root, edl, useName, name, saved);
+    const CString folder = EditListFolder(root);
+    return Save(m_pMarkup, root,
+                {folder, {folder + nqp2::edl::kEditLists}, useName != 0 ? name : CString()}, edl,
+                saved);
 }
 
-__int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name,
-                               CString& saved) {
-    return Guarded(kCannotRead, [&] {
-        const std::string folder = nqp2::PosixPath(EditListFolder(root));
-        if (!nqp2::platform::EnsureFolder(folder) || m_pMarkup == nullptr) {
-            return kCannotRead;
-        }
-        return StatusOf(nqp2::edl::WriteEditList(root, edl, useName != 0 ? name : CString(),
-                                                 *m_pMarkup, saved));
-    });
+__int64 CNQP2Parser::SaveCardEdl(const CString& root, const tag_P2EDL& edl, const CString& name,
+                                 CString& saved) {
+    const CString inRoot = EditListFolder(root);
+    const CString inContents = nqp2::edl::ContentsEditListFolder(root);
+    return Save(m_pMarkup, root,
+                {IsCardsOwn(inRoot, inContents) ? inContents : inRoot,
+                 {inRoot + nqp2::edl::kEditLists, inContents + nqp2::edl::kEditLists},
+                 name},
+                edl, saved);
 }
 
 __int64 CNQP2Parser::GetNewEdlName(CString root, CString id, CString& name) {

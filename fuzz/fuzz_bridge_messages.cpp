@@ -11,12 +11,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <utility>
 #include <vector>
 
+namespace nqp2::bridge {
 namespace {
 
-using namespace nqp2::bridge;
-using nqp2::fuzz::Require;
+using fuzz::Require;
 
 using Bytes = std::vector<unsigned char>;
 
@@ -80,10 +81,16 @@ constexpr Trial kTrials[] = {
 
 } // namespace
 
+void TryImage(std::uint8_t kind, Bytes image) {
+    kTrials[kind % std::size(kTrials)](std::move(image));
+}
+
+} // namespace nqp2::bridge
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size > 1) {
         // A copy of its own, so that the sanitizer sees each step beyond its end.
-        kTrials[data[0] % std::size(kTrials)](Bytes(data + 1, data + size));
+        nqp2::bridge::TryImage(data[0], {data + 1, data + size});
     }
     return 0;
 }

@@ -19,7 +19,6 @@ namespace {
 
 using nqp2::fuzz::Require;
 
-constexpr const wchar_t* kPath = L"/nqp2-fuzz/none:\\EDITLIST\\P001AB.XML";
 constexpr int kIgnoreMissing = 1;
 
 void CheckHead(const tag_P2EDL& edl) {
@@ -27,9 +26,9 @@ void CheckHead(const tag_P2EDL& edl) {
     Require(edl.StartTimecode >= 0, "a timecode is no negative count");
     Require(edl.Class50 == 0 || (edl.Class50 == 1 && nqp2::edl::IsClassCodec(edl.Codec)),
             "class 50 is a flag of four codecs");
-    Require(edl.IconPath.IsEmpty(), "files that do not exist have no path");
-    Require(edl.Name.IsEmpty() && edl.Date.IsEmpty() && edl.Identity == GUID(),
-            "name, date and identity are the caller's");
+    Require(edl.Name.IsEmpty() && edl.Date.IsEmpty() && edl.Identity == GUID() &&
+                edl.IconPath.IsEmpty(),
+            "name, date, identity and picture are the caller's");
     Require(edl.ExtTrack.Events.IsEmpty(), "nothing reads the extended track");
 }
 
@@ -69,7 +68,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     tag_P2EDL edl;
-    if (!nqp2::edl::ReadEditList(reader, kPath, edl)) {
+    if (!nqp2::edl::ReadEditList(reader, edl)) {
         return 0;
     }
     CheckHead(edl);

@@ -23,7 +23,8 @@
 namespace {
 
 using nqp2::IngestList;
-using nqp2::IngestRemoval;
+using nqp2::IngestResult;
+using nqp2::IngestStatus;
 using nqp2::fuzz::Require;
 using nqp2::platform::EntryKind;
 using nqp2::platform::FileInfo;
@@ -110,21 +111,15 @@ bool SameEntry(const IngestList::value_type& left, const IngestList::value_type&
                       right.second.end(), SameSegment);
 }
 
-/// Whether the writer's way to the list is the reader's: no Media inside Media.
-bool IsPlainList(const CString& path) {
-    CMarkupMSXML list;
-    list.Load(path);
-    return list.FindElem(L"Media") != 0 && list.IntoElem() != 0 && list.FindElem(L"Media") == 0;
-}
-
 IngestList Loaded() {
     IngestList list;
     Require(nqp2::LoadIngestList(kRoot, list), "what was saved loads");
     return list;
 }
 
-void CheckAddAndRemove(const CString& path, IngestList expected) {
-    nqp2::ingest::AddToFile(path, {{kClip, {{3, 4}}}});
+void CheckAddAndRemove(IngestList expected) {
+    Require(nqp2::AddToIngestList(kRoot, {{kClip, {{3, 4}}}}).status == IngestStatus::Done,
+            "a list is extended");
     auto entry = std::find_if(expected.begin(), expected.end(), IsClip);
     const bool isNew = entry == expected.end();
     if (isNew) {
@@ -136,7 +131,7 @@ void CheckAddAndRemove(const CString& path, IngestList expected) {
     Require(std::equal(added.begin(), added.end(), expected.begin(), expected.end(), SameEntry),
             "one segment is added to the first entry and nothing else changes");
     expected.erase(entry);
-    Require(nqp2::RemoveFromIngestList(kRoot, kClip) == IngestRemoval::Removed, "it is removed");
+    Require(nqp2::RemoveFromIngestList(kRoot, kClip).status == IngestStatus::Done, "it is removed");
     const IngestList removed = Loaded();
     Require(std::equal(removed.begin(), removed.end(), expected.begin(), expected.end(), SameEntry),
             "the first entry is gone and nothing else changes");
@@ -146,19 +141,25 @@ void CheckAddAndRemove(const CString& path, IngestList expected) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
-    const CString path = nqp2::ingest::UserDataFolder(kRoot) + L"Ingest.xml";
     OneFolder folder;
     folder.files["Ingest.xml"] = bytes;
     const nqp2::platform::ScopedFileSystem inPlace(folder);
     IngestList list;
-    const bool loads = nqp2::LoadIngestList(kRoot, list);
-    if (loads && IsPlainList(path)) {
-        CheckAddAndRemove(path, list);
+    IngestResult result;
+    if (nqp2::LoadIngestList(kRoot, list, result)) {
+        CheckAddAndRemove(list);
         return 0;
     }
-    nqp2::ingest::AddToFile(path, {{kClip, {{3, 4}}}, {L"other", {{5, 6}}}});
-    Require(loads || folder.files["Ingest.xml.unreadable1"] == bytes,
+    Require(nqp2::AddToIngestList(kRoot, {{kClip, {{3, 4}}}}).status == result.status &&
+                folder.files["Ingest.xml"] == bytes,
+            "what is no list stays as it is");
+    nqp2::ingest::AddToFile(nqp2::ingest::UserDataFolder(kRoot), L"Ingest.xml",
+                            {{kClip, {{3, 4}}}, {L"other", {{5, 6}}}});
+    Require(result.status == IngestStatus::Foreign ||
+                folder.files["Ingest.xml.unreadable1"] == bytes,
             "what cannot be read is kept aside");
-    Loaded();
+    CMarkupMSXML saved;
+    Require(saved.Load(nqp2::ingest::UserDataFolder(kRoot) + L"Ingest.xml") != 0,
+            "what was saved is sound");
     return 0;
 }

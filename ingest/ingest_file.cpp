@@ -7,6 +7,7 @@
 #include "platform/case_blind.h"
 #include "platform/case_fold.h"
 #include "platform/file_system.h"
+#include "platform/folder_index.h"
 #include "platform/PathText.h"
 #include "xml/MarkupMSXML.h"
 
@@ -87,27 +88,16 @@ bool PutAside(const std::string& path) {
     return false;
 }
 
-/// Whether no file stands there, which is more than that none could be seen.
-bool IsAbsent(const std::string& path) {
-    platform::FileInfo info;
-    return platform::Files().Stat(path, info).error == platform::IoError::NotFound;
-}
-
 /// Reads the list, or makes a new one; the cursor then stands on the level of its clips. Returns
 /// false for a file that can neither be read nor be put aside.
 bool Open(CMarkupMSXML& list, const CString& path) {
-    const std::optional<std::string> existing = platform::FindExisting(PosixPath(path));
-    if (!existing) {
-        if (!IsAbsent(PosixPath(path))) {
-            return false;
-        }
-        if (list.CreateMainRoot(L"Media") != 0) {
-            list.AddAttrib(L"MediaID", L"P2");
-            list.IntoElem();
-        }
-        return true;
+    const platform::IoStatus found = FindList(path);
+    if (!found) {
+        MakeList(list);
+        return found.error == platform::IoError::NotFound;
     }
-    if (list.Load(path) == 0 && !PutAside(*existing)) {
+    const std::string existing = platform::FindExisting(PosixPath(path)).value_or("");
+    if (list.Load(path) == 0 && !PutAside(existing)) {
         return false;
     }
     if (list.FindElem() != 0) {
@@ -137,20 +127,55 @@ CString UserDataFolder(const CString& root) {
     return media::WithDrive(root) + L"\\USERDATA\\";
 }
 
-void AddToFile(const CString& path, const IngestClips& clips) {
-    CMarkupMSXML list;
-    if (!Open(list, path)) {
-        return;
+platform::FolderLock LockFolder(const CString& folder) {
+    return platform::FolderLock(platform::FindExisting(PosixPath(folder)).value_or(""));
+}
+
+platform::IoStatus FindList(const CString& path) {
+    const std::string asked = PosixPath(path);
+    platform::FileInfo info;
+    const platform::IoStatus status = platform::Files().Stat(asked, info);
+    if (status.error != platform::IoError::NotFound) {
+        return status;
     }
+    const std::size_t name = asked.find_last_of('/') + 1;
+    const platform::FolderIndex folder = platform::FolderIndex::Read(asked.substr(0, name));
+    if (!folder.Status()) {
+        return folder.Status();
+    }
+    return folder.Contains(asked.substr(name)) ? platform::IoStatus{} : status;
+}
+
+void MakeList(CMarkupMSXML& list) {
+    if (list.CreateMainRoot(L"Media") != 0) {
+        list.AddAttrib(L"MediaID", L"P2");
+        list.IntoElem();
+    }
+}
+
+bool AddClips(CMarkupMSXML& list, const IngestClips& clips) {
+    bool all = true;
     ClipIndex index(list);
     for (const auto& [clipName, segments] : clips) {
-        if (index.MoveTo(list, clipName)) {
+        const bool held = index.MoveTo(list, clipName);
+        if (held) {
             AddSegments(list, segments);
         }
+        all = all && held;
         list.ResetMainPos();
     }
-    // Nobody is told whether the list could be saved: kept.
-    list.Save(path);
+    return all;
+}
+
+bool AddToFile(const CString& folder, const CString& fileName, const IngestClips& clips) {
+    const platform::FolderLock lock = LockFolder(folder);
+    CMarkupMSXML list;
+    if (lock && Open(list, folder + fileName)) {
+        // Nobody is told which clips were left out and whether the list could be saved: kept.
+        static_cast<void>(AddClips(list, clips));
+        list.Save(folder + fileName);
+    }
+    return static_cast<bool>(lock);
 }
 
 } // namespace nqp2::ingest

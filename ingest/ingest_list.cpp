@@ -9,6 +9,8 @@
 #include "platform/guard.h"
 #include "platform/number_text.h"
 #include "platform/PathText.h"
+#include "platform/unicode.h"
+#include "xml/dom/document.h"
 #include "xml/MarkupMSXML.h"
 
 namespace nqp2 {
@@ -46,45 +48,118 @@ bool FindClip(CMarkupMSXML& list, const CString& clipName) {
     return false;
 }
 
-} // namespace
+IngestResult Fault(IngestStatus status, const CString& path, const CString& reason = L"") {
+    return {status, path, reason, 0, 0};
+}
 
-bool LoadIngestList(const CString& root, IngestList& list) {
-    return platform::Guarded(false, [&] {
-        list.clear();
+IngestResult Load(CMarkupMSXML& list, const CString& path) {
+    const platform::IoStatus found = ingest::FindList(path);
+    if (found.error == platform::IoError::NotFound) {
+        return Fault(IngestStatus::NoList, path);
+    }
+    if (!found) {
+        return Fault(IngestStatus::Unreadable, path, platform::TextFromUtf8(found.reason));
+    }
+    if (list.Load(path) == 0) {
+        const dom::ParseError& error = list.GetDocumentPtr()->LastError();
+        return {IngestStatus::Unreadable, path, platform::TextFromUtf8(error.reason), error.line,
+                error.linepos};
+    }
+    return Fault(IngestStatus::Done, path);
+}
+
+/// Moves onto the level of the clips.
+IngestResult EnterMedia(CMarkupMSXML& list, const CString& path) {
+    list.ResetMainPos();
+    if (list.FindElem(L"Media") == 0) {
+        return Fault(IngestStatus::Foreign, path, L"its root element is not Media");
+    }
+    list.IntoElem();
+    return Fault(IngestStatus::Done, path);
+}
+
+/// The same, where the level of the clips is also the one that clips are added to.
+IngestResult LoadPlain(CMarkupMSXML& list, const CString& path) {
+    IngestResult result = Load(list, path);
+    if (result.status == IngestStatus::Done) {
+        result = EnterMedia(list, path);
+    }
+    if (result.status == IngestStatus::Done && list.FindElem(L"Media") != 0) {
+        result = Fault(IngestStatus::Foreign, path, L"its Media element holds another");
+    }
+    return result;
+}
+
+IngestResult Saved(CMarkupMSXML& list, const CString& path) {
+    return Fault(list.Save(path) != 0 ? IngestStatus::Done : IngestStatus::NotSaved, path);
+}
+
+IngestResult Add(const CString& path, const IngestClips& clips) {
+    CMarkupMSXML list;
+    IngestResult result = LoadPlain(list, path);
+    if (result.status == IngestStatus::NoList) {
+        ingest::MakeList(list);
+    } else if (result.status != IngestStatus::Done) {
+        return result;
+    }
+    return ingest::AddClips(list, clips) ? Saved(list, path) : Fault(IngestStatus::BadName, path);
+}
+
+IngestResult Remove(const CString& path, const CString& clipName) {
+    CMarkupMSXML list;
+    IngestResult result = Load(list, path);
+    if (result.status == IngestStatus::Done) {
+        result = EnterMedia(list, path);
+    }
+    if (result.status != IngestStatus::Done) {
+        return result;
+    }
+    if (!FindClip(list, clipName)) {
+        return Fault(IngestStatus::NotListed, path);
+    }
+    list.RemoveElem();
+    return Saved(list, path);
+}
+
+/// Runs a change of the list while nobody else changes it.
+template <class Change>
+IngestResult Changed(const CString& root, Change change) {
+    return platform::Guarded(IngestResult{IngestStatus::NotSaved, {}, {}, 0, 0}, [&] {
+        const platform::FolderLock lock = ingest::LockFolder(ingest::UserDataFolder(root));
         const CString path = ListPath(root);
-        if (!platform::PathExists(PosixPath(path))) {
-            return true;
-        }
-        CMarkupMSXML document;
-        if (document.Load(path) == 0) {
-            return false;
-        }
-        if (document.FindElem(L"Media") != 0) {
-            document.IntoElem();
-            list = ReadClips(document);
-        }
-        return true;
+        return lock ? change(path) : Fault(IngestStatus::Busy, path);
     });
 }
 
-IngestRemoval RemoveFromIngestList(const CString& root, const CString& clipName) {
-    return platform::Guarded(IngestRemoval::NoList, [&] {
-        const CString path = ListPath(root);
-        CMarkupMSXML list;
-        if (!platform::PathExists(PosixPath(path)) || list.Load(path) == 0) {
-            return IngestRemoval::NoList;
+} // namespace
+
+bool LoadIngestList(const CString& root, IngestList& list) {
+    IngestResult result;
+    return LoadIngestList(root, list, result);
+}
+
+bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result) {
+    return platform::Guarded(false, [&] {
+        list.clear();
+        CMarkupMSXML document;
+        result = LoadPlain(document, ListPath(root));
+        if (result.status == IngestStatus::Done) {
+            document.ResetMainPos();
+            list = ReadClips(document);
         }
-        list.ResetMainPos();
-        if (list.FindElem(L"Media") == 0) {
-            return IngestRemoval::NotListed;
-        }
-        list.IntoElem();
-        if (!FindClip(list, clipName)) {
-            return IngestRemoval::NotListed;
-        }
-        list.RemoveElem();
-        return list.Save(path) != 0 ? IngestRemoval::Removed : IngestRemoval::NotSaved;
+        return result.status == IngestStatus::Done || result.status == IngestStatus::NoList;
     });
+}
+
+IngestResult AddToIngestList(const CString& root, const IngestClips& clips) {
+    if (!platform::EnsureFolder(PosixPath(ingest::UserDataFolder(root)))) {
+        return Fault(IngestStatus::NotSaved, ListPath(root), L"its folder cannot be made");
+    }
+    return Changed(root, [&](const CString& path) { return Add(path, clips); });
+}
+
+IngestResult RemoveFromIngestList(const CString& root, const CString& clipName) {
+    return Changed(root, [&](const CString& path) { return Remove(path, clipName); });
 }
 
 } // namespace nqp2

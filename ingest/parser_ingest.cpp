@@ -25,7 +25,9 @@ __int64 CNQP2Parser::WriteIngestXML(const CString& fileName, IngestRequest& requ
                 nqp2::platform::OutputDebugStringW(L"\n==Create Directory Failed==\n");
                 return kCannotRead;
             }
-            nqp2::ingest::AddToFile(folder + fileName, clips);
+            if (!nqp2::ingest::AddToFile(folder, fileName, clips)) {
+                return kCannotRead;
+            }
         }
         return kRead;
     });
@@ -35,9 +37,10 @@ int CNQP2Parser::DeleteIngestNode(const CString& root, const CString& clipName) 
     if (root.IsEmpty() || clipName.IsEmpty()) {
         return 1;
     }
-    // A list that is not there and one that was saved both answer 1: kept, hosts rely on it.
-    const nqp2::IngestRemoval result = nqp2::RemoveFromIngestList(root, clipName);
-    const bool one =
-        result == nqp2::IngestRemoval::NoList || result == nqp2::IngestRemoval::Removed;
+    // A list that is not there or not sound and one that was saved all answer 1: kept, hosts rely
+    // on it.
+    const nqp2::IngestStatus status = nqp2::RemoveFromIngestList(root, clipName).status;
+    const bool one = status == nqp2::IngestStatus::NoList ||
+                     status == nqp2::IngestStatus::Unreadable || status == nqp2::IngestStatus::Done;
     return one ? 1 : 0;
 }

@@ -3,9 +3,9 @@
 
 #include "media/code_type_family.h"
 
-#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <iterator>
 
 namespace nqp2::media {
 namespace {
@@ -28,15 +28,25 @@ constexpr Range kRanges[] = {
     {43, 50, CodeTypeFamily::IntraLowRate},
 };
 
+constexpr std::size_t kCodeTypes = 51; ///< up to the last that has a family
+
+/// By code type, so that no question takes a search.
+constexpr std::array<CodeTypeFamily, kCodeTypes> kFamilies = [] {
+    std::array<CodeTypeFamily, kCodeTypes> families{};
+    families.fill(CodeTypeFamily::Other);
+    for (const Range& range : kRanges) {
+        for (std::int32_t type = range.first; type <= range.last; ++type) {
+            families[static_cast<std::size_t>(type)] = range.family;
+        }
+    }
+    return families;
+}();
+
 } // namespace
 
 CodeTypeFamily FamilyOf(eCodeType type) {
-    const auto value = static_cast<std::int32_t>(type);
-    const auto* const found =
-        std::find_if(std::begin(kRanges), std::end(kRanges), [&](const Range& range) {
-            return value >= range.first && value <= range.last;
-        });
-    return found != std::end(kRanges) ? found->family : CodeTypeFamily::Other;
+    const auto value = static_cast<std::uint32_t>(type);
+    return value < kCodeTypes ? kFamilies[value] : CodeTypeFamily::Other;
 }
 
 } // namespace nqp2::media

@@ -3,6 +3,7 @@
 
 #include "parser/NQP2Parser.h"
 
+#include "bridge/worker_proxy.h"
 #include "media/card_status.h"
 #include "media/identifier.h"
 #include "platform/guard.h"
@@ -26,16 +27,61 @@ Function EntryPoint(nqp2::platform::ModuleHandle module, const char* name) {
 } // namespace
 
 CNQP2Parser::CNQP2Parser() {
+    MakeProxy();
+    // Registers for progress at once; who hears of it is set later.
+    SetImpCallBack(nullptr, nullptr);
     InitP2CmgrDll();
 }
 
 CNQP2Parser::~CNQP2Parser() {
+    CloseProxy();
     if (m_hP2Cmgr != nullptr) {
         nqp2::platform::FreeModule(m_hP2Cmgr);
     }
 }
 
-CNQP2Parser& CNQP2Parser::operator=(const CNQP2Parser& other) = default;
+CNQP2Parser& CNQP2Parser::operator=(const CNQP2Parser& other) {
+    if (m_pSupport != other.m_pSupport) {
+        if (other.m_pSupport != nullptr) {
+            other.m_pSupport->AddHolder();
+        }
+        DropProxy();
+        m_pSupport = other.m_pSupport;
+    }
+    m_pXmlBuilder = other.m_pXmlBuilder;
+    m_pMarkup = other.m_pMarkup;
+    m_hP2Cmgr = other.m_hP2Cmgr;
+    m_pfnDDP2CInit = other.m_pfnDDP2CInit;
+    m_pfnDDP2CLogSense = other.m_pfnDDP2CLogSense;
+    return *this;
+}
+
+void CNQP2Parser::MakeProxy() {
+    Guarded(false, [&] {
+        if (m_pSupport == nullptr) {
+            m_pSupport = new CTNQ264BitSupport;
+            // Without a worker the operations that need one say so.
+            static_cast<void>(m_pSupport->Open());
+        }
+        return true;
+    });
+}
+
+void CNQP2Parser::CloseProxy() {
+    if (m_pSupport != nullptr) {
+        m_pSupport->Close();
+        DropProxy();
+    }
+}
+
+// Nobody reaches a proxy without holder any more, so that it is closed as well.
+void CNQP2Parser::DropProxy() {
+    if (m_pSupport != nullptr && m_pSupport->DropHolder()) {
+        m_pSupport->Close();
+        delete m_pSupport;
+    }
+    m_pSupport = nullptr;
+}
 
 void CNQP2Parser::InitP2CmgrDll() {
     const CString folder = nqp2::platform::SystemFolder();
@@ -56,6 +102,7 @@ void CNQP2Parser::InitP2CmgrDll() {
 }
 
 __int64 CNQP2Parser::Init() {
+    MakeProxy();
     return Guarded(kRead, [&] {
         if (m_pXmlBuilder == nullptr) {
             m_pXmlBuilder = new CNQXmlParser;
@@ -68,25 +115,12 @@ __int64 CNQP2Parser::Init() {
 }
 
 __int64 CNQP2Parser::Release() {
+    CloseProxy();
     delete m_pXmlBuilder;
     m_pXmlBuilder = nullptr;
     delete m_pMarkup;
     m_pMarkup = nullptr;
     return kRead;
-}
-
-void CNQP2Parser::SetImpCallBack(ImpCallBack /*callback*/, void* /*context*/) {}
-
-int CNQP2Parser::SetSystemType(eP2_VIDEO_STANDARD /*standard*/) {
-    return 1;
-}
-
-CString CNQP2Parser::GetLastError() {
-    return {};
-}
-
-int CNQP2Parser::GetP2BaseClipInfo(const CString& /*path*/, NQP2BaseClipInfo& /*info*/) {
-    return 0;
 }
 
 CString CNQP2Parser::CreateUMID(_GUID guid) {

@@ -3,6 +3,9 @@
 
 #pragma once
 
+#include "bridge/ImpCallBack.h"
+#include "bridge/NQP2BaseClipInfo.h"
+#include "bridge/R8P2TransInfo.h"
 #include "media/CodeType.h"
 #include "media/P2Clip.h"
 #include "media/P2EDL.h"
@@ -11,25 +14,21 @@
 #include "parser/ScanReport.h"
 #include "platform/CArray.h"
 #include "platform/CString.h"
+#include "platform/CStringArray.h"
 #include "platform/Export.h"
 #include "platform/FixedTypes.h"
 #include "platform/Guid.h"
+#include "platform/MediaHeaders.h"
 
 #include <cstdint>
 
 class CMarkupMSXML;
 class CNQXmlParser;
 class CTNQ264BitSupport;
-struct NQP2BaseClipInfo;
 
 namespace nqp2::parser {
 struct NQP2ParserPeer; ///< the tests' view of what is private
 }
-
-/// Progress of a running import: position and total, an abort flag that the callee may set to 1,
-/// and the host's own pointer.
-using ImpCallBack = void (*)(std::uint32_t position, std::uint32_t total, std::int32_t& abort,
-                             void* context);
 
 /// Reads one camera card at a time and hands what must be written to the worker process.
 ///
@@ -37,13 +36,22 @@ using ImpCallBack = void (*)(std::uint32_t position, std::uint32_t total, std::i
 /// a time. Reading operations take the card's root ("E", "E:", "/media/card", "/media/card:"),
 /// return 0 for success and 1 when the card cannot be read, and append to the caller's arrays
 /// without clearing them. No exception leaves them.
+///
+/// What writes to a card or needs the worker process goes through the parser's worker proxy and
+/// waits for the worker's answer. The proxy is there from construction to Release and again after
+/// Init; it takes the channel functions that R8P2Parser_SetSysInterface has set when it is made.
+/// Each of those operations states what it returns when the worker succeeded, when it refused, when
+/// the channel failed (no worker, or it is gone) and without a proxy: they differ.
 class NQP2_API CNQP2Parser {
 public:
+    /// Opens the way to the worker; works without one too.
     CNQP2Parser();
+    /// Closes the way to the worker.
     ~CNQP2Parser();
     CNQP2Parser(const CNQP2Parser&) = delete;
     /// Copies the six fields as they are: both objects then share what they point to, and only one
-    /// of them may release it.
+    /// of them may release it. The worker proxy is closed by the first of them that is released or
+    /// destroyed, and lives as long as the last.
     CNQP2Parser& operator=(const CNQP2Parser& other);
 
     /// Creates what is missing of the working objects. Returns 0.
@@ -51,13 +59,6 @@ public:
     /// Destroys the working objects; may be called twice. Must be called before destruction, which
     /// leaves the XML objects alone. Returns 0.
     __int64 Release();
-
-    /// Sets who hears of the progress of imports. Does nothing without a worker proxy.
-    void SetImpCallBack(ImpCallBack callback, void* context);
-    /// Tells the worker the rate family of the system. Returns 1, also without a worker proxy.
-    int SetSystemType(eP2_VIDEO_STANDARD standard);
-    /// The worker's text for its last failure; "" when there is none or no worker proxy.
-    CString GetLastError();
 
     /// Reads CONTENTS/CLIP/`clipName`.XML into `clip`, which is not reset first. Returns 0, or 1
     /// before Init and when the file does not load.
@@ -81,7 +82,7 @@ public:
 
     /// Whether a recording of that many frames fits on the card: 1 or 0. `audioFlag` 0 counts
     /// 16-bit audio, anything else 24-bit; always four channels. 0 for a card without contents
-    /// folder.
+    /// folder and for a recording whose bytes 64 bits cannot count.
     int GetDiscFree(CString drive, eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
                     __int64 frames);
     /// The same; also the card's free bytes and the frames that fit in them, these counted with
@@ -102,12 +103,20 @@ public:
     /// Appends the edit lists in root/EDITLIST that can be read. Returns 0, or 1 before Init and
     /// when there is no such folder.
     __int64 LoadEdl(CString root, CArray<tag_P2EDL>& edls);
+    /// Appends the edit lists in root/EDITLIST and root/CONTENTS/EDITLIST; `report` receives
+    /// (appended) what was left out and which folder could not be read. Returns 0, or 1 before Init
+    /// and when neither folder can be reached.
+    __int64 LoadCardEdls(const CString& root, CArray<tag_P2EDL>& edls, nqp2::ScanReport& report);
     /// Writes an edit list into root/EDITLIST, under `name` when `useName` is nonzero and the name
-    /// is not empty, else under the next free name. Returns 0, or 1 for any failure.
+    /// is not empty, else under the next free name, which replaces no file. Returns 0, or 1 for any
+    /// failure.
     __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name);
-    /// The same; `saved` receives the interface path of the file.
-    __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name,
-                      CString& saved);
+    /// Writes an edit list among those that LoadCardEdls reads: into root/EDITLIST, or into
+    /// root/CONTENTS/EDITLIST where the card has that folder alone. An empty `name` stands for the
+    /// next number that no list in either folder has; a file that is there is never replaced then.
+    /// `saved` receives the interface path of the file. Returns 0, or 1 for any failure.
+    __int64 SaveCardEdl(const CString& root, const tag_P2EDL& edl, const CString& name,
+                        CString& saved);
 
     /// Appends the clips of an AVCHD card, a disc folder or a camera's folder: BDMV clip information
     /// and the camera files of two makers (the worker describes these). Returns 0, or 1 for an empty
@@ -132,8 +141,9 @@ public:
     int GetAVCHDMPLMetadata(const CString& card, const CString& name, tag_P2EDL& edl);
 
     /// Adds segments to the ingest lists of one or more cards: root/USERDATA/`fileName` on each.
-    /// Returns 0, or 1 for an empty file name and when a card's folder cannot be made (cards before
-    /// it are written). Whether a list could be saved is not told.
+    /// Returns 0, or 1 for an empty file name and when a card's folder cannot be made or is kept
+    /// locked by another program (cards before it are written). Whether a list could be saved is
+    /// not told; AddToIngestList tells.
     __int64 WriteIngestXML(const CString& fileName, IngestRequest& request);
 
     /// The 64-digit identifier text of a GUID; a fresh one for an all-zero GUID.
@@ -147,13 +157,74 @@ public:
     /// The same search; `tried` receives the number of names that were looked at.
     int CheckName(CString& name, CString root, __int64& tried);
 
-    /// Asks the worker for the description of a camera file. Returns 0 without a worker proxy.
+    /// Sets who hears of the progress of imports, on a thread of the library; nobody does while
+    /// either pointer is null. A call that is under way may end after this returns. Does nothing
+    /// without a worker proxy.
+    void SetImpCallBack(ImpCallBack callback, void* context);
+    /// Tells the worker the rate family of the system. Returns 1, also when the worker refused and
+    /// without a worker proxy.
+    int SetSystemType(eP2_VIDEO_STANDARD standard);
+    /// The worker's text for its last failure; "" when there is none, when the channel failed and
+    /// without a worker proxy.
+    CString GetLastError();
+
+    /// Lets the worker import what `info` describes; `info` becomes the record that it sends back.
+    /// Returns 0 for success and 1 in all other cases.
+    __int64 ImportFile(stu_R8P2TransInfo& info);
+    /// Two offsets of the running transfer, 0 when the worker gives none. Returns 1 always.
+    int GetUploadOffset(std::uint32_t& first, std::uint32_t& second);
+    /// Lets the worker export the named files; neither argument changes. Returns the worker's own
+    /// number, -1 when the channel failed, 0 without a worker proxy and for null.
+    int ExportFile(stu_R8P2TransInfo* info, CStringArray& names);
+    /// Lets the worker delete; `first` and `second` go to it in this order. Whatever comes of that,
+    /// also without a worker proxy, the clip `first` is then taken out of the ingest list of the
+    /// card with root `second`.
+    void DeleteFileW(CString first, CString second);
+    /// Lets the worker make an icon file of width x height 24-bit pixels without row padding; null
+    /// sends none. Returns 1 for success, 0 when the worker refused and without a worker proxy, -1
+    /// when the channel failed.
+    int CreateIconBmp(CString first, CString second, unsigned char* pixels, const tagSIZE& size);
+    /// Sets in which pieces the worker writes, in bytes. Returns 1 when the worker answers 1, else
+    /// 0, also for other numbers.
+    int SetWriteBlockSize(const int& size);
+    /// Lets the worker close all its files.
+    void CloseAllFile();
+    /// Asks the worker for a card's serial number, which every answer sets, a refusal too. Returns
+    /// 0 for success and 1 in all other cases.
+    __int64 GetP2SerialNumber(CString path, CString& serial);
+    /// Asks the worker for the description of a camera file; `info` travels with the request and
+    /// becomes what it sends back. Returns 1 for success, 0 when the worker refused and without a
+    /// worker proxy, -1 when the channel failed.
     int GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info);
+
+    /// Begins a real-time export: format of the stream and its target. What the values mean is the
+    /// worker's business; `numbers` points to eight, null stands for zeros. The order of an export:
+    /// this, SetRTExportExtraParam if wanted, StartRTExport, AddRTExportAVData as often as needed,
+    /// StopRTExport. Returns 1 for success and 0 in all other cases, as the next three do.
+    int SetRTExportParam(eCodeType codeType, BITMAPINFOHEADER bitmap, WAVEFORMATEX wave,
+                         int* numbers, CString text1, CString text2, CString text3,
+                         std::uint32_t value1, CArray<stu_R8PRelationClipInfo>& relatedClips,
+                         int value2, std::uint32_t value3);
+    int SetRTExportExtraParam(int value);
+    int StartRTExport(std::uint32_t value);
+    int StopRTExport(int first, int second);
+    /// Asks the worker for data. On an answer `data` points to a buffer of the worker proxy that
+    /// stays until the next such call or Release; else it is null. Returns 1 for success and 0 in
+    /// all other cases.
+    int AddRTExportAVDataForBuf(int value, unsigned char*& data);
+    /// Hands the worker video or audio data, lengths in bytes. Stream types 0 and 1 are refused with
+    /// 0 and not sent. Returns 1 for success, 0 when the worker refused and without a worker proxy,
+    /// -1 when the channel failed.
+    int AddRTExportAVData(unsigned char streamType, unsigned char* first, std::uint32_t firstLength,
+                          unsigned char* second, std::uint32_t secondLength, int flag);
 
 private:
     friend struct nqp2::parser::NQP2ParserPeer;
 
     void InitP2CmgrDll();
+    void MakeProxy();
+    void CloseProxy();
+    void DropProxy();
     int LoadClipFromXml(const CString& path, _tag_P2Clip& clip);
     __int64 GetDiskFormatEx(CString root, CString& frameRate, CString& codec, CString& editUnit,
                             int& class50);

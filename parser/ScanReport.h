@@ -11,17 +11,19 @@
 
 namespace nqp2 {
 
-/// Why a file that the scan met is not among its clips, or is there with something missing.
+/// Why a file that the scan met is not among its clips or edit lists, or is there with something
+/// missing.
 enum class SkipReason : std::int32_t {
     NotWellFormed, ///< the file is no well-formed XML; line and column are set
     DocumentType,  ///< the file carries a DTD, which is refused
     TooLarge,      ///< beyond the size or memory limit for one metadata file
     Unreadable,    ///< cannot be opened or read
-    Companion,     ///< "._" file that a Mac leaves beside each copied file: no clip is lost
+    Companion,     ///< "._" file that a Mac leaves beside each copied file: nothing is lost
     IsFolder,      ///< a folder with a clip file's name
     NoClipContent, ///< well-formed, but without P2Main/ClipContent: listed as a clip all the same
     UnsafeName,    ///< the clip name inside is no plain file name: its files were not looked for
-    FolderUnreadable, ///< the CLIP folder could not be read to its end
+    FolderUnreadable, ///< the folder could not be read to its end
+    NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
     Undecodable,      ///< clip information of an AVCHD card that is damaged or tells of no video
     NotDescribed,     ///< a camera file that the worker did not describe
 };

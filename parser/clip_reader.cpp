@@ -45,9 +45,9 @@ void MarkIfPresent(_tag_P2Clip& clip, const CString& path, int bit) {
 }
 
 CString AudioName(const CString& clipName, int channel) {
-    CString name;
-    name.Format(L"%s%02d.MXF", clipName, channel);
-    return name;
+    static constexpr const wchar_t* kEndings[_tag_P2Clip::kAudioSlots] = {
+        L"00.MXF", L"01.MXF", L"02.MXF", L"03.MXF", L"04.MXF", L"05.MXF", L"06.MXF", L"07.MXF"};
+    return clipName + kEndings[channel];
 }
 
 /// The files that both readers look for in the same way.

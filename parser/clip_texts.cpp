@@ -31,16 +31,7 @@ std::string FullPath(std::string_view below) {
 } // namespace
 
 ClipTexts::ClipTexts(dom::Document& document, TextPool& pool) : m_document(document), m_pool(pool) {
-    dom::Node& top = document.Content()->DocumentNode();
-    m_contents = dom::SelectAll(top, kClipContentPath);
-    if (m_contents.size() == 1) {
-        Paths().Find(*m_contents.front(), m_nodes);
-        return;
-    }
-    // Several contents may stand in each other; then only the general selection keeps the order.
-    for (std::size_t i = 0; !m_contents.empty() && i < kClipPathCount; ++i) {
-        m_nodes[i] = dom::SelectFirst(top, FullPath(kClipPaths[i].below));
-    }
+    m_contents = Paths().FindBehind(kClipContentPath, document.Content()->DocumentNode(), m_nodes);
 }
 
 CString ClipTexts::Text(ClipPath path) const {

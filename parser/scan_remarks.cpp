@@ -28,13 +28,15 @@ SkipReason ReasonOf(dom::Fault fault) {
 const wchar_t* TextOf(SkipReason reason) {
     switch (reason) {
     case SkipReason::Companion:
-        return L"a companion file of a Mac, no clip";
+        return L"a companion file of a Mac";
     case SkipReason::IsFolder:
         return L"a folder with the name of a clip file";
     case SkipReason::NoClipContent:
         return L"no P2Main/ClipContent: listed, but no clip metadata";
     case SkipReason::UnsafeName:
         return L"the clip name inside is no file name: its files were not looked for";
+    case SkipReason::NoEditList:
+        return L"no edit list: its namespace or its edit unit is of another kind";
     default:
         return L"";
     }

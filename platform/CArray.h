@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <iterator>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -24,6 +25,11 @@ public:
     /// Appends a copy and returns its index.
     std::int64_t Add(ArgType item) {
         m_items.push_back(item);
+        return GetUpperBound();
+    }
+    /// Appends what the caller gives away.
+    std::int64_t Add(Type&& item) requires std::is_same_v<ArgType, const Type&> {
+        m_items.push_back(std::move(item));
         return GetUpperBound();
     }
     /// Appends all of `other` and returns the index of the first appended element.

@@ -16,9 +16,9 @@
 /// Copies may be used from several threads; one object is used by one thread at a time.
 class NQP2_API CString {
 public:
-    CString() noexcept;
+    CString() noexcept : m_text(kEmpty) {}
     CString(const CString& other) noexcept;
-    CString(CString&& other) noexcept;
+    CString(CString&& other) noexcept : m_text(other.m_text) { other.m_text = kEmpty; }
     /// A null pointer gives the empty text.
     CString(const wchar_t* text); // NOLINT(google-explicit-constructor)
     /// The first `length` elements, zeros included.
@@ -29,7 +29,11 @@ public:
     CString& operator=(const CString& other) noexcept;
     CString& operator=(CString&& other) noexcept;
     CString& operator=(const wchar_t* text);
-    ~CString();
+    ~CString() {
+        if (m_text != kEmpty) { // records consist of texts that are empty, most of them
+            LetGo();
+        }
+    }
 
     /// The zero-terminated characters; valid until this object is changed or destroyed.
     // NOLINTNEXTLINE(google-explicit-constructor)
@@ -99,6 +103,9 @@ public:
 
 private:
     void FormatList(const wchar_t* pattern, std::initializer_list<FormatArgument> arguments);
+    void LetGo() noexcept;
+
+    static wchar_t* const kEmpty; ///< every empty text's characters
 
     wchar_t* m_text;
 };

@@ -148,7 +148,8 @@ IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries) {
 bool EnsureFolder(const std::string& path) {
     // A target's parent is what stands before the last separator.
     const std::string plain = path.substr(0, path.find_last_not_of('/') + 1);
-    return PathExists(path) || Files().MakeFolder(FindTarget(Files(), plain));
+    // Somebody else may make it in between.
+    return PathExists(path) || Files().MakeFolder(FindTarget(Files(), plain)) || PathExists(path);
 }
 
 } // namespace nqp2::platform

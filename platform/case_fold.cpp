@@ -12,8 +12,6 @@
 namespace nqp2::platform {
 namespace {
 
-constexpr wchar_t kLastAscii = 0x7F;
-
 /// Unicode's letters, whatever locale the host has set. Null on a system without it: then only
 /// ASCII letters have two cases.
 locale_t UnicodeLocale() {

@@ -132,11 +132,9 @@ std::size_t CountOf(std::wstring_view text, std::wstring_view part) noexcept {
 
 } // namespace
 
-CString::CString() noexcept : m_text(EmptyText()) {}
+constinit wchar_t* const CString::kEmpty = &emptyBlock.terminator;
 
 CString::CString(const CString& other) noexcept : m_text(Share(other.m_text)) {}
-
-CString::CString(CString&& other) noexcept : m_text(std::exchange(other.m_text, EmptyText())) {}
 
 CString::CString(const wchar_t* text) : CString(ViewOf(text)) {}
 
@@ -173,7 +171,7 @@ CString& CString::operator=(const wchar_t* text) {
     return *this = CString(text); // a copy first: the text may be part of this one
 }
 
-CString::~CString() {
+void CString::LetGo() noexcept {
     Release(m_text);
 }
 

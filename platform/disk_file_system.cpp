@@ -241,23 +241,6 @@ IoStatus DiskFileSystem::RemoveFile(const std::string& path) {
     return unlink(SystemPath(path)) == 0 ? IoStatus{} : SystemStatus(errno);
 }
 
-IoStatus DiskFileSystem::MoveToFree(const std::string& from, const std::string& to) {
-    const char* const source = SystemPath(from);
-    const char* const target = SystemPath(to);
-    if (renameat2(AT_FDCWD, source, AT_FDCWD, target, RENAME_NOREPLACE) == 0) {
-        return {};
-    }
-    if (errno != EINVAL) {
-        return SystemStatus(errno);
-    }
-    // A file system that cannot promise it: asked first, which is enough for one writer.
-    struct stat facts = {};
-    if (lstat(target, &facts) == 0) {
-        return SystemStatus(EEXIST);
-    }
-    return rename(source, target) == 0 ? IoStatus{} : SystemStatus(errno);
-}
-
 IoStatus DiskFileSystem::MakeFolder(const std::string& path) {
     constexpr mode_t kBeforeUmask = 0777;
     return mkdir(SystemPath(path), kBeforeUmask) == 0 ? IoStatus{} : SystemStatus(errno);

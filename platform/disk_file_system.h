@@ -22,6 +22,8 @@ public:
     IoStatus RemoveFile(const std::string& path) override;
     IoStatus MoveToFree(const std::string& from, const std::string& to) override;
     IoStatus MakeFolder(const std::string& path) override;
+    IoStatus Create(const std::string& path, std::unique_ptr<FileWriter>& writer) override;
+    IoStatus RemoveAbandoned(const std::string& folder) override;
 
 private:
     std::size_t m_maxFolderEntries;

@@ -4,6 +4,7 @@
 #include "platform/case_blind.h"
 #include "platform/descriptor.h"
 #include "platform/disk_file_system.h"
+#include "platform/durable_file.h"
 #include "platform/system_status.h"
 
 #include <array>
@@ -91,18 +92,6 @@ IoStatus ResolveTarget(std::string path, Target& target) {
     return makeable ? IoStatus{} : SystemStatus(failure);
 }
 
-/// A hidden name whose ending no card scan enumerates; empty when there is no randomness.
-std::string TemporaryName() {
-    std::uint64_t random = 0;
-    if (getentropy(&random, sizeof random) != 0) {
-        return {};
-    }
-    std::array<char, 40> text{};
-    std::snprintf(text.data(), text.size(), ".nqp2-%016llx.tmp",
-                  static_cast<unsigned long long>(random));
-    return text.data();
-}
-
 IoStatus WriteAll(int file, std::string_view content) {
     while (!content.empty()) {
         const ssize_t written = write(file, content.data(), content.size());
@@ -117,14 +106,27 @@ IoStatus WriteAll(int file, std::string_view content) {
     return {};
 }
 
-/// Some file systems have nothing to flush and say so; that is no failure.
-IoStatus Flush(int file) {
-    int result = 0;
-    do {
-        result = fsync(file);
-    } while (result != 0 && errno == EINTR);
-    const bool nothingToFlush = result != 0 && (errno == EINVAL || errno == ENOTSUP);
-    return result == 0 || nothingToFlush ? IoStatus{} : SystemStatus(errno);
+/// For file systems that cannot promise to replace nothing: of several writers, the one whose empty
+/// file comes first has the name.
+IoStatus MoveOverOwnClaim(const char* source, const char* target) {
+    const Descriptor claim(open(target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
+    if (!claim) {
+        return SystemStatus(errno);
+    }
+    if (rename(source, target) == 0) {
+        return {};
+    }
+    IoStatus status = SystemStatus(errno);
+    unlink(target);
+    return status;
+}
+
+IoStatus MoveReplacingNothing(const char* source, const char* target) {
+    if (renameat2(AT_FDCWD, source, AT_FDCWD, target, RENAME_NOREPLACE) == 0) {
+        return {};
+    }
+    const bool unsupported = errno == EINVAL || errno == ENOSYS;
+    return unsupported ? MoveOverOwnClaim(source, target) : SystemStatus(errno);
 }
 
 /// The new content beside its target; taken away again unless it takes the target's place.
@@ -147,7 +149,7 @@ public:
         }
         constexpr int kTries = 16;
         for (int tried = 0; tried < kTries; ++tried) {
-            const std::string name = TemporaryName();
+            const std::string name = TemporaryName(".tmp");
             if (name.empty()) {
                 return SystemStatus(errno);
             }
@@ -166,7 +168,7 @@ public:
         if (IoStatus status = WriteAll(m_file.Get(), content); !status) {
             return status;
         }
-        if (IoStatus status = Flush(m_file.Get()); !status) {
+        if (IoStatus status = FlushToMedium(m_file.Get()); !status) {
             return status;
         }
         return SystemStatus(m_file.Close());
@@ -178,11 +180,7 @@ public:
             return SystemStatus(errno);
         }
         m_name.clear();
-        const Descriptor folder(openat(m_folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-        if (!folder && errno == EACCES) {
-            return {}; // a folder that may be written but not read cannot be flushed
-        }
-        return folder ? Flush(folder.Get()) : SystemStatus(errno);
+        return FlushFolder(m_folder.Get());
     }
 
 private:
@@ -223,6 +221,15 @@ IoStatus DiskFileSystem::WriteWhole(const std::string& path, std::string_view co
         return status;
     }
     return replacement.Commit();
+}
+
+IoStatus DiskFileSystem::MoveToFree(const std::string& from, const std::string& to) {
+    IoStatus status = MoveReplacingNothing(SystemPath(from), SystemPath(to));
+    if (!status) {
+        return status;
+    }
+    const Descriptor folder(open(SplitTarget(to).folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    return folder ? FlushFolder(folder.Get()) : SystemStatus(errno);
 }
 
 } // namespace nqp2::platform

@@ -45,6 +45,26 @@ public:
     virtual IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) = 0;
 };
 
+/// A file in the making, under a hidden name in the folder of its future place. It is taken away
+/// again unless it is committed; what a killed process leaves is told by RemoveAbandoned.
+/// One thread at a time.
+class FileWriter {
+public:
+    virtual ~FileWriter() = default;
+    /// Writes all bytes at that position; what lies between the end and the position reads as zeros.
+    virtual IoStatus WriteAt(std::uint64_t position, std::string_view bytes) = 0;
+    /// Sets the length.
+    virtual IoStatus Resize(std::uint64_t size) = 0;
+    /// Brings the file onto the medium and lets go of the system's copy, so that what is read next
+    /// comes from the medium where there is one.
+    virtual IoStatus Flush() = 0;
+    /// Reads up to `capacity` bytes; `count` is 0 at the end of the file.
+    virtual IoStatus ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,
+                            std::size_t& count) = 0;
+    /// Gives the flushed file its name; Exists when that is taken.
+    virtual IoStatus Commit() = 0;
+};
+
 /// Any operation on the empty path, or on one that holds a zero byte, ends in NotFound.
 /// Every operation may be called from several threads at once.
 class FileSystem {
@@ -72,9 +92,14 @@ public:
     /// Free bytes of the medium that holds the path, those kept for the administrator included.
     virtual IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) = 0;
     virtual IoStatus RemoveFile(const std::string& path) = 0;
-    /// Gives a file another name in its folder; Exists when that is taken.
+    /// Gives a file another name in its folder, flushed; Exists when that is taken, also by another
+    /// writer at the same moment.
     virtual IoStatus MoveToFree(const std::string& from, const std::string& to) = 0;
     virtual IoStatus MakeFolder(const std::string& path) = 0;
+    /// Begins a file whose place is `path`; the folder must exist.
+    virtual IoStatus Create(const std::string& path, std::unique_ptr<FileWriter>& writer) = 0;
+    /// Removes the hidden files of writers that no longer live from the folder.
+    virtual IoStatus RemoveAbandoned(const std::string& folder) = 0;
 };
 
 /// The disk itself.

@@ -15,7 +15,6 @@ namespace {
 constexpr char32_t kLastCodePoint = 0x10FFFF;
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr char32_t kEscapedByte = 0xDC00; ///< plus the byte, 0x80 and up
-constexpr wchar_t kLastAscii = 0x7F;
 
 enum class Flavour { Content, Name };
 
@@ -237,6 +236,10 @@ void AppendUtf16(std::u16string& units, wchar_t element) {
 
 std::string Utf8FromText(std::wstring_view text) {
     return BytesFromText(text, Flavour::Content);
+}
+
+std::string Utf8FromText(const wchar_t* text) {
+    return text != nullptr ? Utf8FromText(std::wstring_view(text)) : std::string();
 }
 
 CString TextFromUtf8(std::string_view bytes) {

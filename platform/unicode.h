@@ -12,10 +12,14 @@
 /// The one place that converts between the library's wide text and its forms outside.
 namespace nqp2::platform {
 
+inline constexpr wchar_t kLastAscii = 0x7F;
+
 /// File content: UTF-8. An unpaired surrogate becomes its three generalised UTF-8 bytes and comes
 /// back from them; any other ill-formed byte becomes U+FFFD. Two elements that form a surrogate
 /// pair are written as the one code point they stand for, an element beyond U+10FFFF as U+FFFD.
 std::string Utf8FromText(std::wstring_view text);
+/// Null counts as empty.
+std::string Utf8FromText(const wchar_t* text);
 CString TextFromUtf8(std::string_view bytes);
 
 /// File names: as above, but bytes that are no UTF-8 (those of an encoded surrogate included) come

@@ -27,7 +27,7 @@ MAY_INCLUDE = {
     "avchd": READERS | {"bridge"},
     "bridge": READERS | {"channel"},
     "parser": READERS | set(SUBJECTS),
-    "worker": READERS | {"bridge", "channel"},
+    "worker": READERS | {"bridge", "capacity", "channel", "parser"},
 }
 # These see of the library what a host sees: the exported headers.
 HOSTS = ("tools", "examples")
@@ -36,7 +36,7 @@ OBSERVERS = ("tests", "bench", "fuzz")
 
 # The benchmarks measure the bare XML library as a floor.
 XML_LIBRARY_FOLDERS = {"xml/dom", "bench"}
-SYSTEM_FOLDERS = {"platform", "channel"}
+SYSTEM_FOLDERS = {"platform", "channel", "worker"}
 XML_LIBRARY = re.compile(r"libxml2?/")
 SYSTEM = re.compile(
     r"(sys|linux|asm|netinet|arpa|net)/"

@@ -18,10 +18,6 @@ using nqp2::xml::TextOf;
 
 namespace {
 
-std::string NameBytes(const wchar_t* name) {
-    return name != nullptr ? Utf8FromText(name) : std::string();
-}
-
 bool Fits(const Node& node, const std::string& name) {
     return node.type == NodeType::Element && (name.empty() || node.name == name);
 }
@@ -42,7 +38,7 @@ CString Data(const IXMLDOMNodePtr& position) {
 
 CString Attribute(const IXMLDOMNodePtr& position, const wchar_t* name) {
     const Node* const found =
-        position != nullptr ? FindAttribute(*position, NameBytes(name)) : nullptr;
+        position != nullptr ? FindAttribute(*position, Utf8FromText(name)) : nullptr;
     return found != nullptr ? TextFromUtf8(found->content) : CString();
 }
 
@@ -68,7 +64,7 @@ void CMarkupMSXML::ResetPos() {
 
 IXMLDOMNodePtr CMarkupMSXML::x_FindElem(const IXMLDOMNodePtr& parent, const IXMLDOMNodePtr& after,
                                         const wchar_t* name) const {
-    const std::string wanted = NameBytes(name);
+    const std::string wanted = Utf8FromText(name);
     Node* node = after != nullptr ? after->next : parent != nullptr ? parent->firstChild : nullptr;
     while (node != nullptr && !Fits(*node, wanted)) {
         node = node->next;
@@ -157,7 +153,7 @@ CString CMarkupMSXML::GetAttribName(int index) {
 }
 
 int CMarkupMSXML::GetElemCount(const wchar_t* name) {
-    const std::string wanted = NameBytes(name);
+    const std::string wanted = Utf8FromText(name);
     int count = 0;
     const Node* each = m_pParentPos != nullptr ? m_pParentPos->firstChild : nullptr;
     for (; each != nullptr; each = each->next) {

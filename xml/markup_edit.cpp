@@ -19,10 +19,6 @@ namespace {
 
 constexpr const char* kDeclaration = R"(version="1.0" encoding="UTF-8" standalone="no")";
 
-std::string Bytes(const wchar_t* text) {
-    return text != nullptr ? Utf8FromText(text) : std::string();
-}
-
 /// Nothing may stand before the XML declaration: the place behind it then.
 Node* PastDeclaration(Node* before) {
     const bool declaration = before != nullptr && before->type == NodeType::ProcessingInstruction &&
@@ -64,8 +60,8 @@ int CMarkupMSXML::x_AddElem(x_Level level, x_Place place, const wchar_t* name,
         ResetChildPos();
     }
     const IXMLDOMNodePtr& container = level == x_Level::Main ? m_pParentPos : m_pMainPos;
-    const std::string bytes = Bytes(name);
-    const std::string text = Bytes(value);
+    const std::string bytes = Utf8FromText(name);
+    const std::string text = Utf8FromText(value);
     if (container == nullptr || !nqp2::dom::IsQualifiedName(bytes) || !nqp2::dom::IsXmlText(text)) {
         return 0;
     }
@@ -145,8 +141,8 @@ int CMarkupMSXML::CreateMainRoot(const wchar_t* name, const wchar_t* value) {
 
 int CMarkupMSXML::x_SetAttrib(const IXMLDOMNodePtr& element, const wchar_t* name,
                               const wchar_t* value) {
-    const std::string bytes = Bytes(name);
-    const std::string text = Bytes(value);
+    const std::string bytes = Utf8FromText(name);
+    const std::string text = Utf8FromText(value);
     if (element == nullptr || element->type != NodeType::Element ||
         !nqp2::dom::IsQualifiedName(bytes) || !nqp2::dom::IsXmlText(text)) {
         return 0;

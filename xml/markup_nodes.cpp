@@ -42,10 +42,6 @@ NodeType TypeOf(int kind) {
     return kind == CMarkupMSXML::kCDataNode ? NodeType::CData : NodeType::Text;
 }
 
-std::string Bytes(const wchar_t* text) {
-    return text != nullptr ? Utf8FromText(text) : std::string();
-}
-
 struct Instruction {
     std::string_view target;
     std::string_view data;
@@ -130,7 +126,7 @@ int CMarkupMSXML::x_AddNode(x_Place place, int kind, const wchar_t* text) {
         return 0;
     }
     ResetChildPos();
-    Node* const node = MakeNode(*m_pParentPos->tree, kind, Bytes(text),
+    Node* const node = MakeNode(*m_pParentPos->tree, kind, Utf8FromText(text),
                                 Utf8FromText(m_strDefaultNamespace.View()));
     return node != nullptr ? x_PlaceNode(x_Level::Main, place, *node) : 0;
 }
@@ -144,7 +140,7 @@ int CMarkupMSXML::x_SetData(const IXMLDOMNodePtr& node, const wchar_t* value, in
     if (node == nullptr) {
         return 0;
     }
-    std::string text = Bytes(value);
+    std::string text = Utf8FromText(value);
     if (node->type == NodeType::ProcessingInstruction) {
         const Instruction given = SplitInstruction(text);
         if (given.target != node->name) {

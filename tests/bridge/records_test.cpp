@@ -14,23 +14,8 @@ namespace nqp2::bridge {
 namespace {
 
 _BLCLIP ClipOfTheExample() {
-    _BLCLIP clip;
-    CString* const texts[] = {&clip.text1, &clip.text2, &clip.text3, &clip.text4, &clip.text5,
-                              &clip.text6, &clip.text7, nullptr,     &clip.text9, &clip.text10};
-    std::int32_t* const values[] = {&clip.value1, &clip.value2,  &clip.value3,  &clip.value4,
-                                    &clip.value5, &clip.value6,  &clip.value7,  &clip.value8,
-                                    &clip.value9, &clip.value10, &clip.value11, &clip.value12,
-                                    &clip.value13};
-    for (int i = 0; i < static_cast<int>(std::size(texts)); ++i) {
-        if (texts[i] != nullptr) {
-            *texts[i] = CString(static_cast<wchar_t>(L'a' + i));
-        }
-    }
-    for (int i = 0; i < static_cast<int>(std::size(values)); ++i) {
-        *values[i] = -(i + 1);
-    }
-    clip.text11 = L"kk";
-    return clip;
+    return {L"a", L"b", L"c", L"d", L"e", L"f", -1,  -2,   -3,  -4,  -5,  -6,
+            -7,   -8,   -9,   L"g", L"",  L"i", -10, L"j", -11, -12, -13, L"kk"};
 }
 
 Bytes Saved(const _BLCLIP& clip) {

@@ -69,6 +69,14 @@ protected:
         return status ? bytes : "(unreadable)";
     }
 
+    /// The file that an unnamed list went to among the card's own, or "".
+    std::string SaveOnCard(const tag_P2EDL& edl) {
+        CString saved;
+        const bool done = m_parser.SaveCardEdl(m_card.Root(), edl, L"", saved) == 0;
+        const CString below = saved.Mid(m_card.Root().GetLength() + 1);
+        return done ? platform::Utf8FromText(below.View()) : "";
+    }
+
     static tag_P2EDLClipTrackEvent Event(const CString& clipName, const CString& id) {
         tag_P2EDLClipTrackEvent event;
         event.ClipName = clipName;

@@ -68,8 +68,6 @@ TEST_F(IngestListTest, WithoutFileNameNothingIsTouched) {
     IngestRequest request = {{m_card.Root(), {{L"x", {{1, 2}}}}}};
     EXPECT_EQ(m_parser.WriteIngestXML(L"", request), 1);
     EXPECT_FALSE(std::filesystem::exists(m_card.Folder().Path("USERDATA")));
-    IngestRequest empty;
-    EXPECT_EQ(m_parser.WriteIngestXML(L"Ingest.xml", empty), 0);
 }
 
 TEST_F(IngestListTest, AnUnreadableFileIsKeptAsideAndReplaced) {
@@ -86,20 +84,49 @@ TEST_F(IngestListTest, AnUnreadableFileIsKeptAsideAndReplaced) {
     EXPECT_EQ(FilesInFolder().size(), 5U);
 }
 
-TEST_F(IngestListTest, AListBelowAnotherRootIsFoundAndOneWithoutMediaIsExtended) {
-    SetFile("<Root><Media><Clip ClipName=\"a\"/></Media></Root>");
-    EXPECT_EQ(Add({{L"A", {{1, 2}}}}), 0);
-    EXPECT_THAT(File(), testing::HasSubstr("<Media><Clip ClipName=\"a\"><Segment"));
-    SetFile("<Root><Other/></Root>");
-    EXPECT_EQ(Add({{L"A", {{1, 2}}}}), 0);
-    EXPECT_THAT(File(), testing::HasSubstr("<Root><Other/><Clip ClipName=\"A\"><Segment"));
-    EXPECT_THAT(Listed(), IsEmpty()) << "no Media at the top, no list";
-    EXPECT_EQ(Delete(L"A"), 0);
+TEST_F(IngestListTest, WhatIsNoPlainListIsToldAndOnlyTheSilentWriterExtendsIt) {
+    constexpr struct {
+        const char* file;
+        const char* extended; ///< part of what the writer makes of it
+        IngestStatus status;
+    } kRows[] = {
+        {"<Root><Media><Clip ClipName=\"a\"/></Media></Root>",
+         "<Root><Media><Clip ClipName=\"a\"><Segment", IngestStatus::Foreign},
+        {"<Root><Other/></Root>", "<Root><Other/><Clip ClipName=\"A\"><Segment",
+         IngestStatus::Foreign},
+        {"<Media><Clip ClipName=\"a\"/><Media/></Media>", "<Media><Clip ClipName=\"A\"><Segment",
+         IngestStatus::Foreign},
+        {"<Media", "<Clip ClipName=\"A\"><Segment", IngestStatus::Unreadable},
+    };
+    for (const auto& row : kRows) {
+        SetFile(row.file);
+        const IngestResult result = AddToIngestList(m_card.Root(), {{L"A", {{1, 2}}}});
+        EXPECT_EQ(result.status, row.status) << row.file;
+        EXPECT_FALSE(result.reason.IsEmpty());
+        EXPECT_EQ(result.line, row.status == IngestStatus::Unreadable ? 1 : 0);
+        EXPECT_THAT(Listed(), ElementsAre("(unreadable)"));
+        EXPECT_EQ(File(), row.file);
+        EXPECT_EQ(Add({{L"A", {{1, 2}}}}), 0);
+        EXPECT_THAT(File(), testing::HasSubstr(row.extended));
+    }
 }
 
 TEST_F(IngestListTest, ANameThatXmlCannotHoldLeavesNoEntry) {
     EXPECT_EQ(Add({{L"\x01", {{1, 2}}}, {L"B", {{3, 4}}}}), 0);
     EXPECT_THAT(Listed(), ElementsAre("B 3-4"));
+    const IngestClips mixed = {{L"\x01", {{1, 2}}}, {L"C", {}}};
+    EXPECT_EQ(AddToIngestList(m_card.Root(), mixed).status, IngestStatus::BadName);
+    EXPECT_THAT(Listed(), ElementsAre("B 3-4"));
+}
+
+TEST_F(IngestListTest, AnAdditionMakesAndExtendsTheList) {
+    const IngestClips clips = {{L"A", {{1, 2}}}};
+    EXPECT_EQ(AddToIngestList(m_card.Root(), clips).status, IngestStatus::Done);
+    EXPECT_EQ(AddToIngestList(m_card.Root(), {{L"a", {{3, 4}}}}).status, IngestStatus::Done);
+    EXPECT_THAT(Listed(), ElementsAre("A 1-2 3-4"));
+    std::filesystem::remove_all(m_card.Folder().Path("USERDATA"));
+    m_card.Folder().Write("USERDATA", "a file");
+    EXPECT_EQ(AddToIngestList(m_card.Root(), clips).status, IngestStatus::NotSaved);
 }
 
 TEST_F(IngestListTest, DeletingTakesTheFirstEntryOnly) {
@@ -117,53 +144,33 @@ TEST_F(IngestListTest, DeletingTakesTheFirstEntryOnly) {
 }
 
 TEST_F(IngestListTest, RemovalTellsMoreThanTheNumber) {
-    const CString root = m_card.Root();
-    EXPECT_EQ(Delete(L"a"), 1) << "no file";
-    EXPECT_EQ(RemoveFromIngestList(root, L"a"), IngestRemoval::NoList);
-    EXPECT_THAT(Listed(), IsEmpty()) << "a card without list has none";
-    SetFile("<Media");
-    EXPECT_EQ(Delete(L"a"), 1);
-    EXPECT_EQ(RemoveFromIngestList(root, L"a"), IngestRemoval::NoList);
-    EXPECT_THAT(Listed(), ElementsAre("(unreadable)"));
-    EXPECT_EQ(File(), "<Media");
-    SetFile("<Other/>");
-    EXPECT_EQ(Delete(L"a"), 0);
-    EXPECT_EQ(RemoveFromIngestList(root, L"a"), IngestRemoval::NotListed);
-    SetFile("<Media><Clip ClipName=\"a\"/></Media>");
-    EXPECT_EQ(RemoveFromIngestList(root, L"b"), IngestRemoval::NotListed);
-    EXPECT_EQ(RemoveFromIngestList(root, L"A"), IngestRemoval::Removed);
+    constexpr struct {
+        const char* file; ///< null: none
+        IngestStatus status;
+        int number;
+    } kRows[] = {
+        {nullptr, IngestStatus::NoList, 1},
+        {"<Media", IngestStatus::Unreadable, 1},
+        {"<Other/>", IngestStatus::Foreign, 0},
+        {"<Media><Clip ClipName=\"b\"/></Media>", IngestStatus::NotListed, 0},
+        {"<Media><Clip ClipName=\"A\"/><Media/></Media>", IngestStatus::Done, 1},
+    };
+    for (const auto& row : kRows) {
+        for (const bool asNumber : {false, true}) {
+            if (row.file != nullptr) {
+                SetFile(row.file);
+            }
+            const auto status =
+                asNumber ? IngestStatus::Done : RemoveFromIngestList(m_card.Root(), L"a").status;
+            EXPECT_TRUE(asNumber ? Delete(L"a") == row.number : status == row.status) << row.file;
+        }
+    }
 }
 
 TEST_F(IngestListTest, ReadingTakesWhatNumbersThereAre) {
     SetFile("<Media><Clip ClipName=\"a\"><Segment/><Other InPoint=\"9\"/>"
             "<Segment InPoint=\"x\" OutPoint=\"99999999999\"/></Clip><Skip><Clip/></Skip></Media>");
     EXPECT_THAT(Listed(), ElementsAre("a 0-0 0-2147483647"));
-}
-
-CString Name(int number) {
-    CString name;
-    name.Format(L"%04dAA", number);
-    return name;
-}
-
-TEST_F(IngestListTest, TenThousandClipsAreExtendedInPlace) {
-    constexpr int kClips = 10'000;
-    IngestClips clips;
-    for (int i = 0; i < kClips; ++i) {
-        clips[Name(i)] = {{i, i + 1}};
-    }
-    EXPECT_EQ(Add(clips), 0);
-    EXPECT_EQ(Add(clips), 0);
-    IngestList list;
-    ASSERT_TRUE(LoadIngestList(m_card.Root(), list));
-    ASSERT_EQ(list.size(), static_cast<std::size_t>(kClips));
-    for (int i = 0; i < kClips; ++i) {
-        const auto& [name, segments] = list[static_cast<std::size_t>(i)];
-        ASSERT_EQ(name, Name(i));
-        ASSERT_EQ(segments.size(), 2U);
-        ASSERT_EQ(segments[1].InPoint, i);
-    }
-    EXPECT_EQ(Delete(Name(kClips - 1)), 1);
 }
 
 } // namespace

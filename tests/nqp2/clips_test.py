@@ -78,17 +78,6 @@ class ClipsTest(ShownCardTest):
         self.assert_golden("clips.csv", result.stdout)
         self.assertEqual(len(result.stderr.splitlines()), 2)
 
-    def test_csv_and_json_say_the_same(self):
-        table = run("clips", self.card.path, "--csv").stdout
-        rows = list(csv.DictReader(io.StringIO(table, newline="")))
-        clips = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
-        self.assertEqual(len(rows), len(clips))
-        for row, clip in zip(rows, clips):
-            self.assertEqual(row["UserClipName"], clip["UserClipName"])
-            self.assertEqual(row["AudioPath.0"], clip["AudioPath"][0])
-            self.assertEqual(row["Proxy.ProxyExt"], clip["Proxy"]["ProxyExt"])
-            self.assertEqual(json.loads(row["Memos"]), clip["Memos"])
-
     def test_json_gives_each_clip_a_line(self):
         self.assert_golden("clips.json", run("clips", self.card.path, "--json").stdout)
 
@@ -105,20 +94,6 @@ class ClipsTest(ShownCardTest):
             self.assertEqual(len(clip["AudioPath"]), 8)
             for memo in clip["Memos"]:
                 self.assertEqual(list(memo), fields_of("_tag_P2Memo"))
-
-    def test_json_values(self):
-        clips = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
-        first, second, third, unknown = clips
-        self.assertAlmostEqual(first["ShootStartTime"], 45423.385764, places=5)
-        self.assertEqual([memo["Text"] for memo in first["Memos"]],
-                         ['gut, "sehr" gut', "zwei\nZeilen"])
-        self.assertEqual(second["CodeType"], {"value": 35, "name": "CT_AVCI100_1080_5994I"})
-        self.assertEqual(second["VideoStandard"], {"value": 0, "name": "VS_5994I"})
-        self.assertEqual(second["ProxyPath"], f"{self.card.path}/CONTENTS/PROXY/0002AV.MP4")
-        self.assertEqual(third["CodecName"], "AVC-LongG422-50M")
-        self.assertEqual(third["GlobalClipGuid"], "11111111-2222-3333-4444-555555555555")
-        self.assertEqual(third["NextSerialNo"], "AB12")
-        self.assertEqual(unknown["VideoStandard"], {"value": 1, "name": "VS_50I"})
 
     def test_json_report(self):
         document = json.loads(run("clips", self.card.path, "--json", "--report").stdout)
@@ -156,15 +131,6 @@ class ClipsTest(ShownCardTest):
         (self.card.clips / "0005BR.XML").unlink()
         self.assertEqual(run("clips", self.card.path, "--strict").returncode, 0)
 
-    def test_empty_card(self):
-        for path in self.card.clips.iterdir():
-            path.unlink()
-        result = run("clips", self.card.path)
-        self.assertEqual((result.returncode, result.stdout, result.stderr),
-                         (0, "", "0 clips, 0:00:00\n"))
-        document = json.loads(run("clips", self.card.path, "--json").stdout)
-        self.assertEqual(document["clips"], [])
-
 
 class TerminalTest(ShownCardTest):
     def test_lines_fit_the_terminal(self):
@@ -182,11 +148,6 @@ class TerminalTest(ShownCardTest):
         self.assertTrue(header.endswith("RATIO"))
         self.assertIn("…", lines[-1])
 
-    def test_wide_characters_count_two_columns(self):
-        lines = run("clips", self.card.path).stdout.splitlines()
-        starts = {columns_of(line[:line.index("2024-")]) for line in lines if "2024-" in line}
-        self.assertEqual(len(starts), 1)
-
 
 class ClipTest(ShownCardTest):
     def test_every_field_stands_on_a_line(self):
@@ -194,12 +155,8 @@ class ClipTest(ShownCardTest):
         self.assert_golden("clip.txt", result.stdout)
         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
-    def test_name_in_any_case(self):
-        clip = json.loads(run("clip", self.card.path, "0001dv", "--json").stdout)
-        self.assertEqual(clip["ClipName"], "0001DV")
-
     def test_json_has_the_form_of_the_list(self):
-        clip = json.loads(run("clip", self.card.path, "0002AV", "--json").stdout)
+        clip = json.loads(run("clip", self.card.path, "0002av", "--json").stdout)
         listed = json.loads(run("clips", self.card.path, "--json").stdout)["clips"][1]
         self.assertEqual(list(clip), list(listed))
 
@@ -244,11 +201,6 @@ class StrangeNamesTest(CardTest):
             self.assert_harmless(result.stdout, "\n\r\t")
             self.assert_harmless(result.stderr)
         self.assertIn("\\x1b[31mRED.XML", run("clips", self.card.path, "--report").stdout)
-
-    def test_one_clip(self):
-        result = run("clip", self.card.path, "0001AA")
-        self.assert_harmless(result.stdout)
-        self.assertIn("\\u009b31mred", result.stdout)
 
     def test_json_keeps_the_text(self):
         result = run("clips", self.card.path, "--json", "--report")

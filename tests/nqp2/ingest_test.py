@@ -3,13 +3,15 @@
 """The commands that show and change what was taken in."""
 
 import csv
+import fcntl
 import io
 import json
 import os
+import subprocess
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from program import CardTest, main, run
+from program import CardTest, command_line, main, run
 
 
 class IngestTest(CardTest):
@@ -68,34 +70,53 @@ class IngestTest(CardTest):
         self.assert_done(self.remove(name))
         self.assertEqual(self.listed(), [])
 
-    def test_only_the_first_listing_goes(self):
-        self.put(b'<Media MediaID="P2"><Clip ClipName="A"><Segment InPoint="1" OutPoint="2"/></Clip>'
-                 b'<Clip ClipName="b"/><Clip ClipName="a"/></Media>')
+    def test_what_is_not_there_to_be_removed(self):
+        self.assert_fails(self.remove("0001AA"), 1, f"nqp2: {self.file}: there is no ingest list")
+        self.put(b'<Media><Clip ClipName="A"/><Clip ClipName="b"/><Clip ClipName="a"/></Media>')
         self.assert_done(self.remove("a"))
         self.assertEqual(self.listed(), [("b", []), ("a", [])])
-
-    def test_a_clip_that_is_not_listed(self):
-        line = (f"nqp2: {self.card.path}: the clip is not listed "
-                "(`nqp2 ingest list` shows the list)")
-        self.add("0001AA", "1-2")
         before = self.file.read_bytes()
-        self.assert_fails(self.remove("0001A"), 1, line)
+        self.assert_fails(self.remove("0001A"), 1, f"nqp2: {self.file}: the clip is not listed "
+                                                   "(`nqp2 ingest list` shows the list)")
         self.assertEqual(self.file.read_bytes(), before)
-        self.file.unlink()
-        self.assert_fails(self.remove("0001AA"), 1,
-                          f"nqp2: {self.card.path}: there is no ingest list that can be read")
 
-    def test_a_list_that_cannot_be_read(self):
-        for content in (b"", b"<Media>", b"<!DOCTYPE Media><Media/>", b"\xff\xfe\x00"):
-            self.put(content)
-            line = (f"nqp2: {self.card.path}: the ingest list cannot be read "
-                    "(USERDATA/Ingest.xml is no sound XML file)")
-            self.assert_fails(run("ingest", "list", self.card.path), 1, line)
-            self.assert_fails(self.add("0001AA", "0-1"), 1, line)
-            self.assert_fails(self.remove("0001AA"), 1,
-                              f"nqp2: {self.card.path}: there is no ingest list that can be read")
-            self.assertEqual(self.file.read_bytes(), content)
+    def test_what_is_no_list_stays_and_is_told(self):
+        unreadable = ": the ingest list cannot be read ("
+        cases = ((b"", unreadable), (b"<Media>\n<", ":2:"), (b"<!DOCTYPE Media><Media/>", unreadable),
+                 (b"<Other/>", ": is no ingest list (its root element is not Media)"),
+                 (None, unreadable + "it is a folder)"))
+        for content, problem in cases:
+            if content is None:
+                self.file.unlink()
+                self.file.mkdir()
+            else:
+                self.put(content)
+            for result in (run("ingest", "list", self.card.path), self.add("0001AA", "0-1"),
+                           self.remove("0001AA")):
+                self.assertEqual((result.returncode, result.stdout), (1, ""))
+                self.assertTrue(result.stderr.startswith(f"nqp2: {self.file}"), result.stderr)
+                self.assertIn(problem, result.stderr)
+                self.assertEqual(result.stderr.count("\n"), 1)
+            if content is not None:
+                self.assertEqual(self.file.read_bytes(), content)
             self.assertEqual(os.listdir(self.file.parent), ["Ingest.xml"])
+
+    def test_those_who_add_at_once_lose_nothing(self):
+        names = [f"{number:04}AA" for number in range(12)]
+        writers = [subprocess.Popen(command_line("ingest", "add", self.card.path, name, "1-2"))
+                   for name in names]
+        self.assertEqual({writer.wait(timeout=60) for writer in writers}, {0})
+        self.assertEqual(sorted(name for name, _ in self.listed()), names)
+
+    def test_a_list_that_another_program_keeps_locked(self):
+        self.put(b"<Media/>")
+        folder = os.open(self.file.parent, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        self.assert_fails(self.add("0001AA", "0-1"), 1,
+                          f"nqp2: {self.file}: the ingest list was not changed "
+                          "(another program keeps it locked)")
+        self.assertEqual(self.listed(), [])
 
     def test_wrong_usage(self):
         self.assertEqual(self.add("0001AA", "-5").returncode, 2)
@@ -103,24 +124,20 @@ class IngestTest(CardTest):
             result = self.add("0001AA", "0-1", text)
             self.assert_fails(result, 2, f"nqp2: {text}: is no segment "
                                          "(expected IN-OUT, the first and last frame)")
-        self.assertEqual(self.add("", "0-1").returncode, 2)
-        self.assertEqual(self.add("a\tb", "0-1").returncode, 2)
+        for name in ("", "a\tb", "\uffff", "\ufffe", "\udcff", "a\x01"):
+            for result in (self.add(name, "0-1"), self.remove(name)):
+                self.assertEqual(result.returncode, 2)
+                self.assertIn("is no clip name", result.stderr)
         self.assertFalse(self.file.parent.exists())
 
-    def test_what_is_no_folder(self):
+    def test_a_card_that_takes_nothing(self):
         none = self.folder / "none"
         for command in (("list", none), ("add", none, "0001AA", "0-1"), ("remove", none, "0001AA")):
             self.assert_fails(run("ingest", *command), 1, f"nqp2: {none}: no such folder")
         self.assertFalse(none.exists())
-
-    def test_a_card_that_takes_nothing(self):
-        line = (f"nqp2: {self.card.path}: the ingest list was not written "
-                "(the card may be write-protected or full)")
         self.file.parent.write_bytes(b"")  # a file in the folder's place
-        self.assert_fails(self.add("0001AA", "0-1"), 1, line)
-        self.file.parent.unlink()
-        self.put(b"<Other/>")  # sound, but no ingest list
-        self.assert_fails(self.add("0001AA", "0-1"), 1, line)
+        self.assert_fails(self.add("0001AA", "0-1"), 1, f"nqp2: {self.file}: the ingest list was "
+                                                        "not changed (its folder cannot be made)")
 
     @unittest.skipIf(os.geteuid() == 0, "the superuser may write everywhere")
     def test_a_card_that_is_write_protected(self):

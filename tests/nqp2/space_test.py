@@ -56,8 +56,10 @@ class CountTest(CardTest):
 
     def test_numbers_beyond_64_bits_are_cut_off(self):
         answer = counted(MOST, 0, 0, "--frames", MOST)
-        self.assertEqual((answer["SpaceForFrames"], answer["fits"]), (MOST, True))
+        self.assertEqual((answer["SpaceForFrames"], answer["fits"]), (MOST, False))
         self.assertGreater(answer["MaxFrames"], 6 * 10 ** 13)
+        table = run("space", "--bytes", MOST, "--code-type", 0, "--standard", 0, "--frames", MOST)
+        self.assertIn(f"Bytes they take   {MOST} or more\nFits              no", table.stdout)
 
     def test_table(self):
         result = run("space", "--bytes", 0, "--code-type", 0, "--standard", 1, "--frames", 2)

@@ -22,8 +22,6 @@ using test::Operation;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr const char* kStart = "ClipMetadata/Shoot/StartDate";
-
 class CardScanTest : public CardTest {
 protected:
     /// The titles of the XML files as the file system lists them.

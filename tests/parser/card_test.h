@@ -15,6 +15,9 @@
 #include <string>
 #include <vector>
 
+/// Where a clip says when it was shot.
+inline constexpr const char* kStart = "ClipMetadata/Shoot/StartDate";
+
 namespace nqp2::parser {
 
 /// What the tests see of the parser's private side.

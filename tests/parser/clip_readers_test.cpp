@@ -24,7 +24,6 @@ constexpr const char* kDepth = "EssenceList/Video/BitDepth";
 constexpr const char* kNewAudio = "EssenceList/+Audio";
 constexpr const char* kChannel = "EssenceList/Audio/Channel";
 constexpr const char* kId = "GlobalClipID";
-constexpr const char* kStart = "ClipMetadata/Shoot/StartDate";
 constexpr const char* kEnd = "ClipMetadata/Shoot/EndDate";
 constexpr const char* kProxyFormat = "ClipMetadata/Proxy/ProxyFormat";
 constexpr const char* kProxyVideo = "ClipMetadata/Proxy/ProxyElementList/ProxyVideo/";

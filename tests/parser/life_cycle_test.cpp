@@ -4,9 +4,6 @@
 #include "platform/SystemFolder.h"
 #include "tests/parser/card_test.h"
 
-#include <array>
-#include <cstddef>
-
 namespace nqp2::parser {
 namespace {
 
@@ -71,17 +68,6 @@ TEST_F(LifeCycleTest, AScanBeforeInitFindsNothingOnACardAndFailsWithoutOne) {
     EXPECT_TRUE(clips.IsEmpty());
 }
 
-TEST_F(LifeCycleTest, WithoutAWorkerProxyItsOperationsAnswerHarmlessly) {
-    CNQP2Parser parser;
-    alignas(std::max_align_t) std::array<std::byte, 4096> record = {};
-    parser.SetImpCallBack(nullptr, nullptr);
-    EXPECT_EQ(parser.SetSystemType(VS_5994I), 1);
-    EXPECT_TRUE(parser.GetLastError().IsEmpty());
-    EXPECT_EQ(parser.GetP2BaseClipInfo(L"E:\\CONTENTS\\CLIP\\0001AA.XML",
-                                       reinterpret_cast<NQP2BaseClipInfo&>(record)),
-              0);
-}
-
 TEST_F(LifeCycleTest, TheCardManagerLibraryIsKeptOnlyWithItsInitEntry) {
     struct Case {
         const char* folder;
@@ -132,7 +118,7 @@ TEST_F(LifeCycleTest, AnAssignedParserSharesTheWorkingObjects) {
     _tag_P2Clip clip;
     EXPECT_EQ(second.LoadClipInfo(m_card.Root(), L"0001AA", clip), 0);
     EXPECT_EQ(clip.ClipName, L"0001AA");
-    first.Release(); // for both: the second one must not release what it shares
+    first.Release(); // for both: the second one must not release the XML objects that it shares
     EXPECT_TRUE(Peer::HasEntryPoints(second));
 }
 

@@ -21,7 +21,8 @@
 
 namespace nqp2::test {
 
-/// ReadBlock is FileReader::Read of a file that was opened through the faulty file system.
+/// ReadBlock is FileReader::Read, WriteAt to Commit those of FileWriter, of a file that was opened
+/// through the faulty file system.
 enum class Operation {
     Stat,
     List,
@@ -33,8 +34,14 @@ enum class Operation {
     RemoveFile,
     MoveToFree,
     MakeFolder,
+    Create,
+    WriteAt,
+    Flush,
+    ReadAt,
+    Commit,
+    RemoveAbandoned,
 };
-inline constexpr std::size_t kOperations = 10;
+inline constexpr std::size_t kOperations = 16;
 
 /// Which calls fail and how. The defaults match every call.
 struct Fault {
@@ -68,6 +75,8 @@ public:
         const std::lock_guard guard(m_lock);
         m_hook = std::move(hook);
     }
+    /// Lets the medium have that much free space.
+    void SetFreeSpace(std::uint64_t bytes) { m_freeBytes = bytes; }
     /// Lets each call of one kind take at least this long, as slow media do.
     void SetDelay(Operation operation, std::chrono::microseconds delay) {
         m_delays[Slot(operation)] = delay.count();
@@ -136,7 +145,11 @@ public:
     }
     platform::IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) override {
         platform::IoStatus status = Enter(Operation::FreeSpace, path);
-        return status ? m_inner.FreeSpace(path, bytes) : status;
+        if (status) {
+            status = m_inner.FreeSpace(path, bytes);
+        }
+        bytes = m_freeBytes.value_or(bytes);
+        return status;
     }
     platform::IoStatus RemoveFile(const std::string& path) override {
         platform::IoStatus status = Enter(Operation::RemoveFile, path);
@@ -151,7 +164,54 @@ public:
         return status ? m_inner.MakeFolder(path) : status;
     }
 
+    platform::IoStatus Create(const std::string& path,
+                              std::unique_ptr<platform::FileWriter>& writer) override {
+        platform::IoStatus status = Enter(Operation::Create, path);
+        if (status) {
+            status = m_inner.Create(path, writer);
+        }
+        if (status) {
+            writer = std::make_unique<Writer>(*this, path, std::move(writer));
+        }
+        return status;
+    }
+    platform::IoStatus RemoveAbandoned(const std::string& folder) override {
+        platform::IoStatus status = Enter(Operation::RemoveAbandoned, folder);
+        return status ? m_inner.RemoveAbandoned(folder) : status;
+    }
+
 private:
+    class Writer final : public platform::FileWriter {
+    public:
+        Writer(FaultyFileSystem& owner, std::string path,
+               std::unique_ptr<platform::FileWriter> inner)
+            : m_owner(owner), m_path(std::move(path)), m_inner(std::move(inner)) {}
+        platform::IoStatus WriteAt(std::uint64_t position, std::string_view bytes) override {
+            platform::IoStatus status = m_owner.Enter(Operation::WriteAt, m_path);
+            return status ? m_inner->WriteAt(position, bytes) : status;
+        }
+        platform::IoStatus Resize(std::uint64_t size) override { return m_inner->Resize(size); }
+        platform::IoStatus Flush() override {
+            platform::IoStatus status = m_owner.Enter(Operation::Flush, m_path);
+            return status ? m_inner->Flush() : status;
+        }
+        platform::IoStatus ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,
+                                  std::size_t& count) override {
+            count = 0;
+            platform::IoStatus status = m_owner.Enter(Operation::ReadAt, m_path);
+            return status ? m_inner->ReadAt(position, buffer, capacity, count) : status;
+        }
+        platform::IoStatus Commit() override {
+            platform::IoStatus status = m_owner.Enter(Operation::Commit, m_path);
+            return status ? m_inner->Commit() : status;
+        }
+
+    private:
+        FaultyFileSystem& m_owner;
+        std::string m_path;
+        std::unique_ptr<platform::FileWriter> m_inner;
+    };
+
     class Reader final : public platform::FileReader {
     public:
         Reader(FaultyFileSystem& owner, std::string path,
@@ -221,6 +281,7 @@ private:
     std::mutex m_lock;
     std::vector<Fault> m_faults;
     Hook m_hook;
+    std::optional<std::uint64_t> m_freeBytes;
     std::array<std::atomic<std::uint64_t>, kOperations> m_calls = {};
     std::array<std::atomic<std::int64_t>, kOperations> m_delays = {};
 };

@@ -17,7 +17,7 @@ namespace {
 
 using Texts = std::vector<CString>;
 
-class Reader : public CMarkupMSXML {
+class QueryReader : public CMarkupMSXML {
 public:
     using CMarkupMSXML::CMarkupMSXML;
     using CMarkupMSXML::GetNodeVal;
@@ -25,7 +25,7 @@ public:
 
 class MarkupQuery : public testing::Test {
 protected:
-    Reader m_reader{
+    QueryReader m_reader{
         L"<P2Main xmlns='urn:p2' xmlns:xsi='urn:xsi' xsi:type='T' Type='u'>"
         L"<ClipContent><ClipName>0001AA</ClipName><Empty/>"
         L"<Video x='1'>a<b>b</b><![CDATA[c]]></Video></ClipContent>"

@@ -17,6 +17,7 @@
 #include <string>
 #include <vector>
 
+using nqp2::platform::TextFromUtf8;
 using nqp2::test::CapturedTexts;
 using nqp2::test::TempFolder;
 
@@ -26,10 +27,6 @@ using Texts = std::vector<CString>;
 
 constexpr const char* kSchema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
                                 "<xs:element name='r' type='xs:int'/></xs:schema>";
-
-CString Wide(const std::string& text) {
-    return nqp2::platform::TextFromUtf8(text);
-}
 
 std::string BytesOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
@@ -43,7 +40,9 @@ protected:
     ~XmlLoad() override { std::filesystem::current_path(m_before); }
 
     /// Writes a file and loads it.
-    int Load(const std::string& text) { return m_builder.LoadXml(Wide(m_folder.Write("f", text))); }
+    int Load(const std::string& text) {
+        return m_builder.LoadXml(TextFromUtf8(m_folder.Write("f", text)));
+    }
     CString Xml() { return m_builder.GetXml().Text(); }
     int Child(const wchar_t* name) { return m_builder.AddChildElement(name, L"", L""); }
 
@@ -98,7 +97,7 @@ TEST_F(XmlLoad, BindingsBySetSelectNamespaceAndReadRoot) {
 }
 
 TEST_F(XmlLoad, FileThatFailsIsToldToTheDebuggerOnly) {
-    EXPECT_EQ(m_builder.LoadXml(Wide(m_folder.Path("none.xml"))), 0);
+    EXPECT_EQ(m_builder.LoadXml(TextFromUtf8(m_folder.Path("none.xml"))), 0);
     EXPECT_EQ(m_debug.Take(),
               (Texts{L"Error:\nCode = 0x800c0006\t\t\t \nSource = Line : 0; Char : 0\t\t\t \n"
                      L"Error Description = the file does not exist\n"}));
@@ -201,15 +200,15 @@ TEST_F(XmlLoad, SavedFileLoadsAgainAsItWas) {
     ASSERT_EQ(Child(L"a"), 1);
     ASSERT_EQ(m_builder.AddChildTextNode(L"b", L" \u7D20 & \u00E4 ", L"k", L"\"\n"), 1);
     const std::string path = m_folder.Path("saved.xml");
-    ASSERT_EQ(m_builder.SaveXml(Wide(path)), 1);
+    ASSERT_EQ(m_builder.SaveXml(TextFromUtf8(path)), 1);
     EXPECT_EQ(nqp2::platform::TextFromUtf8(BytesOf(path)), Xml());
     CNQXmlParser again;
-    ASSERT_EQ(again.LoadXml(Wide(path)), 1);
+    ASSERT_EQ(again.LoadXml(TextFromUtf8(path)), 1);
     EXPECT_EQ(again.GetXml().Text(), Xml());
     EXPECT_EQ(again.GetNodeText(L"//P2Main:P2Main/P2Main:a/P2Main:b", 0), L" \u7D20 & \u00E4 ");
     EXPECT_EQ(again.GetNodeAttribute(L"//P2Main:b", L"k"), L"\"\n");
-    EXPECT_EQ(m_builder.SaveXml(Wide(m_folder.Path("no/such/folder.xml"))), 0);
-    EXPECT_EQ(m_builder.SaveXml(Wide(m_folder.MakeFolder("folder"))), 0);
+    EXPECT_EQ(m_builder.SaveXml(TextFromUtf8(m_folder.Path("no/such/folder.xml"))), 0);
+    EXPECT_EQ(m_builder.SaveXml(TextFromUtf8(m_folder.MakeFolder("folder"))), 0);
 }
 
 } // namespace

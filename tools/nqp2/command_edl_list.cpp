@@ -4,8 +4,12 @@
 #include "tools/nqp2/card.h"
 #include "tools/nqp2/edl_commands.h"
 #include "tools/nqp2/edl_output.h"
+#include "tools/nqp2/scan_report_output.h"
+
+#include "platform/TextBytes.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <memory>
 #include <string>
@@ -16,24 +20,46 @@ namespace {
 struct EdlListOptions {
     std::string card;
     EdlForm form;
+    bool strict = false;
 };
 
-/// Edit lists lie in the card's root or in its CONTENTS folder; both are asked for.
-CArray<tag_P2EDL> LoadEdls(const Card& card) {
-    ReadyParser parser;
+struct EdlScan {
     CArray<tag_P2EDL> edls;
-    const bool inRoot = parser->LoadEdl(card.Root(), edls) == 0;
-    const bool inContents = parser->LoadEdl(card.ContentsRoot(), edls) == 0;
-    if (!inRoot && !inContents) {
+    ScanReport report;
+};
+
+EdlScan LoadEdls(const Card& card) {
+    ReadyParser parser;
+    EdlScan scan;
+    const bool found = parser->LoadCardEdls(card.Root(), scan.edls, scan.report) == 0;
+    if (!found && scan.report.skipped.IsEmpty()) {
         card.RequireContents();
     }
-    return edls;
+    return scan;
+}
+
+/// A line for each loss; the status that they amount to.
+Status TellLosses(Console& console, const ScanReport& report, bool strict) {
+    Status status = kDone;
+    for (const SkippedFile& file : report.skipped) {
+        if (file.reason == SkipReason::FolderUnreadable) {
+            console.Message(fmt::format("nqp2: {}: cannot be read to its end ({})",
+                                        PositionText(file), BytesFromText(file.text)));
+            status = kFailed;
+        } else if (file.reason != SkipReason::Companion) { // of which nothing is lost
+            console.Message(
+                fmt::format("nqp2: {}: skipped ({})", PositionText(file), ReasonText(file)));
+            status = strict && status == kDone ? kSkipped : status;
+        }
+    }
+    return status;
 }
 
 Status RunEdlList(Console& console, const EdlListOptions& options) {
-    CArray<tag_P2EDL> edls = LoadEdls(Card(options.card));
-    PrintEdls(console, edls, options.form);
-    return kDone;
+    EdlScan scan = LoadEdls(Card(options.card));
+    PrintEdls(console, scan.edls, options.form);
+    console.Finish();
+    return TellLosses(console, scan.report, options.strict);
 }
 
 } // namespace
@@ -43,6 +69,7 @@ void AddEdlListCommand(CLI::App& group, Action& chosen) {
     CLI::App* command = group.add_subcommand("list", "List the edit lists of a card");
     AddCardArgument(*command, options->card);
     AddEdlForm(*command, options->form);
+    command->add_flag("--strict", options->strict, "Exit with 4 when a file was skipped");
     SetExample(*command, "nqp2 edl list /media/card --json");
     command->callback([options, &chosen] {
         chosen = [options](Console& console) { return RunEdlList(console, *options); };

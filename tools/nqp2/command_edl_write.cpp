@@ -5,6 +5,7 @@
 #include "tools/nqp2/edl_commands.h"
 #include "tools/nqp2/edl_fields.h"
 #include "tools/nqp2/field.h"
+#include "tools/nqp2/foreign_text.h"
 #include "tools/nqp2/json_input.h"
 
 #include "platform/TextBytes.h"
@@ -18,6 +19,8 @@
 namespace nqp2::tool {
 namespace {
 
+constexpr const wchar_t* kExtension = L".xml"; // added to names without it
+
 struct EdlWriteOptions {
     std::string card;
     std::string file;
@@ -27,9 +30,9 @@ struct EdlWriteOptions {
 
 /// The list's file is put into the card's own folder and nowhere else.
 void RequireFileName(const EdlWriteOptions& options) {
-    const bool leadsAway = options.name.find_first_of("/\\:") != std::string::npos;
-    if (options.named && (options.name.empty() || leadsAway)) {
-        throw Failure("--name " + options.name, "is no file name", "", kUsage);
+    const char* const fault = FileNameFault(TextFromBytes(options.name), kExtension);
+    if (options.named && *fault != '\0') {
+        throw Failure("--name " + options.name, "is no file name", fault, kUsage);
     }
 }
 
@@ -59,9 +62,10 @@ bool IsOnCard(ReadyParser& parser, const Card& card, const tag_P2EDLClipTrackEve
     const bool known = std::any_of(edl.Events.begin(), edl.Events.end(), [&](const auto& event) {
         return IsOnCard(parser, card, event);
     });
-    throw Failure(card.Folder(), "the edit list was not written",
-                  known ? "the card may be write-protected or full, or out of names"
-                        : "no event's ClipName and GlobalClipID are those of a clip on the card");
+    throw Failure(
+        card.Folder(), "the edit list was not written",
+        known ? "the card may be write-protected, full or out of names, or the list too long"
+              : "no event's ClipName and GlobalClipID are those of a clip on the card");
 }
 
 Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
@@ -73,7 +77,7 @@ Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
     ReadyParser parser;
     CString saved;
     const CString name = TextFromBytes(options.name);
-    if (parser->SaveToEdl(card.Root(), edl, options.named ? 1 : 0, name, saved) != 0) {
+    if (parser->SaveCardEdl(card.Root(), edl, name, saved) != 0) {
         ThrowNotWritten(parser, card, edl);
     }
     console.WriteLine(RealPath(saved));
@@ -97,6 +101,10 @@ void AddEdlWriteCommand(CLI::App& group, Action& chosen) {
                          "The file's name, an old file is replaced; numbered if absent")
             ->type_name("NAME");
     SetExample(*command, "nqp2 edl write /media/card cut.json --name CUT1");
+    command->footer(
+        "The list goes into the card's EDITLIST folder, or into CONTENTS/EDITLIST where the "
+        "card has\nthat alone. Its number follows those of the lists in both.\n\n" +
+        command->get_footer());
     command->callback([options, name, &chosen] {
         options->named = name->count() > 0;
         chosen = [options](Console& console) { return RunEdlWrite(console, *options); };

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tools/nqp2/card.h"
+#include "tools/nqp2/foreign_text.h"
 #include "tools/nqp2/ingest_commands.h"
 #include "tools/nqp2/whole_number.h"
 
@@ -47,29 +48,12 @@ tag_P2SegInfo SegmentFrom(const std::string& text) {
 CString ClipNameFrom(const std::string& text) {
     const CString name = TextFromBytes(text);
     const std::wstring_view view = name.View();
-    if (view.empty() ||
-        std::any_of(view.begin(), view.end(), [](wchar_t ch) { return ch < L' '; })) {
+    const bool plain = FitsXml(name) &&
+                       std::none_of(view.begin(), view.end(), [](wchar_t ch) { return ch < L' '; });
+    if (name.IsEmpty() || !plain) {
         throw Failure(text, "is no clip name", "", kUsage);
     }
     return name;
-}
-
-/// Segments of the clip's first entry.
-Segments Listed(const IngestList& list, const CString& clip) {
-    const auto found = std::find_if(list.begin(), list.end(), [&](const auto& entry) {
-        return entry.first.CompareNoCase(clip) == 0;
-    });
-    return found == list.end() ? Segments{} : found->second;
-}
-
-/// Whether `now` is `before` with `added` at its end.
-bool Follow(const Segments& before, const Segments& added, const Segments& now) {
-    Segments wanted = before;
-    wanted.insert(wanted.end(), added.begin(), added.end());
-    return std::equal(wanted.begin(), wanted.end(), now.begin(), now.end(),
-                      [](const tag_P2SegInfo& left, const tag_P2SegInfo& right) {
-                          return left.InPoint == right.InPoint && left.OutPoint == right.OutPoint;
-                      });
 }
 
 Status RunIngestAdd(const IngestChange& change) {
@@ -78,44 +62,16 @@ Status RunIngestAdd(const IngestChange& change) {
     std::transform(change.segments.begin(), change.segments.end(), std::back_inserter(segments),
                    SegmentFrom);
     const Card card(change.card);
-    // The library would replace a list that cannot be read.
-    const IngestList before = LoadListOf(card);
-    ReadyParser parser;
-    IngestRequest request;
-    request[card.Root()][clip] = segments;
-    const bool failed = parser->WriteIngestXML(L"Ingest.xml", request) != 0;
-    // The library does not tell whether the list could be saved: the list itself does.
-    IngestList now;
-    if (failed || !LoadIngestList(card.Root(), now) ||
-        !Follow(Listed(before, clip), segments, Listed(now, clip))) {
-        throw Failure(card.Folder(), "the ingest list was not written",
-                      "the card may be write-protected or full");
-    }
+    card.RequireFolder();
+    RequireDone(AddToIngestList(card.Root(), {{clip, segments}}));
     return kDone;
 }
-
-struct RemovalWords {
-    IngestRemoval result;
-    const char* problem;
-    const char* reason;
-};
-constexpr RemovalWords kRemovals[] = {
-    {IngestRemoval::NotListed, "the clip is not listed", "`nqp2 ingest list` shows the list"},
-    {IngestRemoval::NoList, "there is no ingest list that can be read", ""},
-    {IngestRemoval::NotSaved, "the ingest list was not written",
-     "the card may be write-protected or full"},
-};
 
 Status RunIngestRemove(const IngestChange& change) {
     const CString clip = ClipNameFrom(change.clip);
     const Card card(change.card);
     card.RequireFolder();
-    const IngestRemoval result = RemoveFromIngestList(card.Root(), clip);
-    for (const RemovalWords& words : kRemovals) {
-        if (words.result == result) {
-            throw Failure(card.Folder(), words.problem, words.reason);
-        }
-    }
+    RequireDone(RemoveFromIngestList(card.Root(), clip));
     return kDone;
 }
 

@@ -5,6 +5,7 @@
 #include "tools/nqp2/csv.h"
 #include "tools/nqp2/ingest_commands.h"
 #include "tools/nqp2/json_output.h"
+#include "tools/nqp2/real_path.h"
 #include "tools/nqp2/table.h"
 
 #include "platform/TextBytes.h"
@@ -54,7 +55,13 @@ void PrintIngestTable(Console& console, const IngestList& list) {
 }
 
 Status RunIngestList(Console& console, const IngestListOptions& options) {
-    const IngestList list = LoadListOf(Card(options.card));
+    const Card card(options.card);
+    card.RequireFolder();
+    IngestList list;
+    IngestResult result;
+    if (!LoadIngestList(card.Root(), list, result)) {
+        RequireDone(result);
+    }
     const Sequence records = {list.size(),
                               [&list](std::size_t index) { return IngestRecord(list[index]); }};
     if (options.json) {
@@ -69,14 +76,31 @@ Status RunIngestList(Console& console, const IngestListOptions& options) {
 
 } // namespace
 
-IngestList LoadListOf(const Card& card) {
-    card.RequireFolder();
-    IngestList list;
-    if (!LoadIngestList(card.Root(), list)) {
-        throw Failure(card.Folder(), "the ingest list cannot be read",
-                      "USERDATA/Ingest.xml is no sound XML file");
+void RequireDone(const IngestResult& result) {
+    struct Words {
+        IngestStatus status;
+        const char* problem;
+        const char* reason; ///< where the library gives none
+    };
+    static constexpr Words kWords[] = {
+        {IngestStatus::NotListed, "the clip is not listed", "`nqp2 ingest list` shows the list"},
+        {IngestStatus::NoList, "there is no ingest list", ""},
+        {IngestStatus::Unreadable, "the ingest list cannot be read", ""},
+        {IngestStatus::Foreign, "is no ingest list", ""},
+        {IngestStatus::BadName, "the clip's name cannot be written", ""},
+        {IngestStatus::Busy, "the ingest list was not changed", "another program keeps it locked"},
+        {IngestStatus::NotSaved, "the ingest list was not changed",
+         "the card may be write-protected or full"},
+    };
+    for (const Words& words : kWords) {
+        if (words.status == result.status) {
+            const std::string path = RealPath(result.path);
+            throw Failure(
+                result.line > 0 ? fmt::format("{}:{}:{}", path, result.line, result.column) : path,
+                words.problem,
+                result.reason.IsEmpty() ? words.reason : BytesFromText(result.reason));
+        }
     }
-    return list;
 }
 
 void AddIngestListCommand(CLI::App& group, Action& chosen) {

@@ -12,12 +12,15 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace nqp2::tool {
 namespace {
+
+constexpr std::int64_t kMostBytes = std::numeric_limits<std::int64_t>::max(); ///< or more
 
 struct SpaceOptions {
     std::string card;
@@ -114,8 +117,9 @@ Space AskSpace(ReadyParser& parser, const SpaceOptions& options, const Recording
     Space space;
     if (options.bytes) {
         space.freeBytes = *options.bytes;
-        space.fits =
-            space.freeBytes >= parser->CountSpaceFromFrames(codeType, audioFlag, standard, frames);
+        const std::int64_t need =
+            parser->CountSpaceFromFrames(codeType, audioFlag, standard, frames);
+        space.fits = need != kMostBytes && space.freeBytes >= need;
         return space;
     }
     const Card card(options.card);
@@ -179,7 +183,9 @@ void PrintSpace(Console& console, const SpaceOptions& options, const Recording& 
                   fmt::format("{}{}", space.maxFrames, space.maxFrames > 0 ? "" : " (none)")});
     if (space.spaceForFrames) {
         table.AddRow({"Frames asked for", fmt::format("{}", *options.frames)});
-        table.AddRow({"Bytes they take", fmt::format("{}", *space.spaceForFrames)});
+        table.AddRow({"Bytes they take",
+                      fmt::format("{}{}", *space.spaceForFrames,
+                                  *space.spaceForFrames == kMostBytes ? " or more" : "")});
         table.AddRow({"Fits", *space.fits ? "yes" : "no"});
     }
     table.AddRow({"4 GB limit", space.framesFor4GB

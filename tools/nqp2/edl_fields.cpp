@@ -23,7 +23,7 @@ struct TwoWayField : Field<Source> {
 };
 
 template <auto Member, class Source>
-void Take(Source& target, const InputValue& input) {
+void Store(Source& target, const InputValue& input) {
     input.Read(target.*Member);
 }
 
@@ -41,7 +41,7 @@ void TakeMember(const TwoWayField<Source> (&fields)[Count], const std::string& n
 
 using Event = tag_P2EDLClipTrackEvent;
 #define NQP2_FIELD(record, member)                                                                 \
-    { {#member, Plain<&record::member>}, Take<&record::member> }
+    { {#member, Plain<&record::member>}, Store<&record::member> }
 constexpr TwoWayField<Event> kEventFields[] = {
     NQP2_FIELD(Event, Offset),         NQP2_FIELD(Event, Duration),
     NQP2_FIELD(Event, P2SerialNo),     NQP2_FIELD(Event, ClipName),
@@ -105,7 +105,7 @@ constexpr TwoWayField<Edl> kEdlFields[] = {
     NQP2_FIELD(Edl, Codec),
     NQP2_FIELD(Edl, Class50),
     NQP2_FIELD(Edl, ThumbnailFrame),
-    {{"IconPath", Path<&Edl::IconPath>}, Take<&Edl::IconPath>},
+    {{"IconPath", Path<&Edl::IconPath>}, Store<&Edl::IconPath>},
     NQP2_FIELD(Edl, Date),
     NQP2_FIELD(Edl, Identity),
     {{"Events", Events}, TakeEvents},

@@ -8,14 +8,12 @@
 
 namespace nqp2::tool {
 
-class Card;
-
 /// The commands of `nqp2 ingest`.
 void AddIngestListCommand(CLI::App& group, Action& chosen);
 void AddIngestAddCommand(CLI::App& group, Action& chosen);
 void AddIngestRemoveCommand(CLI::App& group, Action& chosen);
 
-/// The card's ingest list. Throws Failure when there is no such folder or the list cannot be read.
-IngestList LoadListOf(const Card& card);
+/// Throws the failure to report unless the list was read or changed.
+void RequireDone(const IngestResult& result);
 
 } // namespace nqp2::tool

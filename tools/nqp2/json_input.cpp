@@ -5,12 +5,12 @@
 
 #include "platform/TextBytes.h"
 #include "tools/nqp2/console.h"
+#include "tools/nqp2/foreign_text.h"
 #include "tools/nqp2/guid_form.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -60,23 +60,34 @@ std::string ReasonOf(const json::exception& error) {
     return std::string(bracket == std::string_view::npos ? text : text.substr(bracket + 2));
 }
 
-json ParseText(const std::string& file, const std::string& text) {
-    const auto limitDepth = [&file](int depth, json::parse_event_t, const json&) {
-        if (depth > kDeepest) {
-            throw Failure(file, "is nested too deeply", "", kUsage);
+/// Counted before the text is parsed: the parser takes any depth, and telling it a limit makes it
+/// search every list from its start for each of its elements.
+bool IsNestedDeeply(std::string_view text) {
+    int depth = 0;
+    bool quoted = false;
+    for (std::size_t i = 0; i < text.size() && depth <= kDeepest; ++i) {
+        const char ch = text[i];
+        if (quoted && ch == '\\') {
+            ++i;
+        } else if (ch == '"') {
+            quoted = !quoted;
+        } else if (!quoted) {
+            depth += ch == '[' || ch == '{' ? 1 : 0;
+            depth -= ch == ']' || ch == '}' ? 1 : 0;
         }
-        return true;
-    };
+    }
+    return depth > kDeepest;
+}
+
+json ParseText(const std::string& file, const std::string& text) {
+    if (IsNestedDeeply(text)) {
+        throw Failure(file, "is nested too deeply", "", kUsage);
+    }
     try {
-        return json::parse(text, limitDepth);
+        return json::parse(text);
     } catch (const json::exception& error) {
         throw Failure(file, "is no JSON", ReasonOf(error), kUsage);
     }
-}
-
-bool IsUnfit(wchar_t ch) {
-    const bool blank = ch == L'\t' || ch == L'\n' || ch == L'\r';
-    return (ch < L' ' && !blank) || ch == 0xFFFE || ch == 0xFFFF;
 }
 
 std::optional<std::int32_t> Int32From(const json& value) {
@@ -106,9 +117,8 @@ void InputValue::Read(CString& text) const {
         Refuse("is no text");
     }
     text = TextFromBytes(m_json.get_ref<const std::string&>());
-    const std::wstring_view view = text.View();
-    if (std::any_of(view.begin(), view.end(), IsUnfit)) {
-        Refuse("holds a control character");
+    if (!FitsXml(text)) {
+        Refuse("holds what XML cannot hold");
     }
 }
 

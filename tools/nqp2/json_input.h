@@ -24,7 +24,7 @@ public:
     InputValue(const nlohmann::json& json, std::string file, std::string place)
         : m_json(json), m_file(std::move(file)), m_place(std::move(place)) {}
 
-    /// Text without the control characters that XML cannot carry.
+    /// Text that XML can hold.
     void Read(CString& text) const;
     /// A whole number without fraction or exponent, in range.
     void Read(std::int32_t& number) const;

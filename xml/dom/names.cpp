@@ -3,18 +3,15 @@
 
 #include "xml/dom/names.h"
 
+#include "xml/dom/libxml_text.h"
+
 #include <libxml/chvalid.h>
 #include <libxml/tree.h>
-#include <libxml/xmlstring.h>
 
 #include <algorithm>
 
 namespace nqp2::dom {
 namespace {
-
-const xmlChar* Xml(const std::string& text) {
-    return reinterpret_cast<const xmlChar*>(text.c_str());
-}
 
 bool HoldsZero(std::string_view text) {
     return text.find('\0') != std::string_view::npos;

@@ -6,8 +6,6 @@
 namespace nqp2::dom {
 namespace {
 
-constexpr std::string_view kXmlns = "xmlns";
-
 bool HoldsCharacters(const Node& node) {
     return node.type == NodeType::Text || node.type == NodeType::CData;
 }

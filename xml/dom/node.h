@@ -11,6 +11,9 @@ namespace nqp2::dom {
 
 class Tree;
 
+/// What names a namespace declaration: alone, or as the prefix of the prefix that is bound.
+inline constexpr std::string_view kXmlns = "xmlns";
+
 enum class NodeType : std::uint8_t {
     Element = 1,
     Attribute = 2,

@@ -3,11 +3,14 @@
 
 #include "xml/dom/path_set.h"
 
+#include "xml/dom/select.h"
+
 #include <algorithm>
+#include <string>
 
 namespace nqp2::dom {
 
-PathSet::PathSet(std::span<const std::string_view> paths) {
+PathSet::PathSet(std::span<const std::string_view> paths) : m_paths(paths.begin(), paths.end()) {
     for (std::size_t i = 0; i < paths.size(); ++i) {
         m_root.Add(paths[i], static_cast<int>(i));
     }
@@ -31,6 +34,21 @@ void PathSet::Name::Add(std::string_view path, int index) {
 void PathSet::Find(const Node& below, std::span<Node*> found) const {
     std::fill(found.begin(), found.end(), nullptr);
     Gather(below, m_root, found);
+}
+
+std::vector<Node*> PathSet::FindBehind(std::string_view base, Node& top,
+                                       std::span<Node*> found) const {
+    std::vector<Node*> bases = SelectAll(top, base);
+    std::fill(found.begin(), found.end(), nullptr);
+    if (bases.size() == 1) {
+        Find(*bases.front(), found);
+        return bases;
+    }
+    // Several may stand in each other; then only the general selection keeps the order.
+    for (std::size_t i = 0; !bases.empty() && i < m_paths.size(); ++i) {
+        found[i] = SelectFirst(top, std::string(base).append("/").append(m_paths[i]));
+    }
+    return bases;
 }
 
 // As deep as the longest path, whatever the document's depth.

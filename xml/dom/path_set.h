@@ -20,6 +20,9 @@ public:
 
     /// Fills `found`, one slot a path, with the nodes or null.
     void Find(const Node& below, std::span<Node*> found) const;
+    /// The same below every node that `base` selects from a document, as if each path were asked
+    /// for behind the base. Returns those nodes.
+    std::vector<Node*> FindBehind(std::string_view base, Node& top, std::span<Node*> found) const;
 
 private:
     struct Name {
@@ -31,6 +34,7 @@ private:
     };
     static void Gather(const Node& element, const Name& names, std::span<Node*> found);
 
+    std::vector<std::string_view> m_paths;
     Name m_root;
 };
 

@@ -4,6 +4,7 @@
 #include "xml/dom/schema.h"
 
 #include "xml/dom/quiet_libxml.h"
+#include "xml/dom/schema_cost.h"
 #include "xml/dom/serialize.h"
 
 #include <libxml/parser.h>
@@ -18,6 +19,7 @@ namespace nqp2::dom {
 namespace {
 
 constexpr std::uint32_t kErrorInvalid = 0xC00CE225U;
+constexpr std::size_t kLargestSchema = std::size_t{256} * 1024; ///< bytes
 constexpr std::uint32_t kErrorNoGrammar = 0xC00CE224U;
 
 template <auto Free>
@@ -72,10 +74,18 @@ ParseError Validate(const Node& document, const std::string& schema) {
     std::call_once(once, xmlSchemaInitTypes);
     const QuietLibxml quiet;
     ParseError noGrammar{kErrorNoGrammar, "", 0, 0, Fault::NotWellFormed};
+    if (schema.size() > kLargestSchema) {
+        noGrammar.reason = "the schema is too large";
+        return noGrammar;
+    }
     const Doc schemaDoc = Parsed(schema, nullptr);
     if (schemaDoc == nullptr || schemaDoc->intSubset != nullptr || HasTargetNamespace(*schemaDoc) ||
         WantsOtherFiles(schemaDoc->children)) {
         noGrammar.reason = "the schema is no single XML Schema document without namespace";
+        return noGrammar;
+    }
+    if (!IsAffordable(*schemaDoc)) {
+        noGrammar.reason = "the schema asks for too much work";
         return noGrammar;
     }
     const SchemaParser parser(xmlSchemaNewDocParserCtxt(schemaDoc.get()));

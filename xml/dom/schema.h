@@ -13,7 +13,7 @@ namespace nqp2::dom {
 /// Holds a document against the bytes of an XML Schema (W3C XML Schema 1.0). The error is empty
 /// when it fits.
 /// A schema that is none, is one for a namespace or wants other files is an error as well: nothing
-/// is opened.
+/// is opened. So is one beyond 256 KiB, or whose content models would take long to compile.
 ParseError Validate(const Node& document, const std::string& schema);
 
 } // namespace nqp2::dom

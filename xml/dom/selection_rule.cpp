@@ -3,13 +3,14 @@
 
 #include "xml/dom/selection_rule.h"
 
+#include "xml/dom/node.h"
+
 #include <algorithm>
 
 namespace nqp2::dom {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
-constexpr std::string_view kXmlns = "xmlns";
 
 std::string_view SkipBlanks(std::string_view text) {
     return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));

@@ -78,6 +78,14 @@ Node& Tree::CreateElement(std::string_view qualifiedName, std::string_view uri) 
     return node;
 }
 
+Node& Tree::CreateNamedLike(const Node& element) {
+    Node& node = Create(NodeType::Element);
+    node.name = element.name;
+    node.prefixLength = element.prefixLength;
+    node.uri = element.uri;
+    return node;
+}
+
 Node& Tree::CreateCharacters(NodeType type, std::string_view content) {
     Node& node = Create(type);
     node.content = m_arena.Copy(content);

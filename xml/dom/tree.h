@@ -39,6 +39,8 @@ public:
 
     /// New nodes stand alone until they are linked.
     Node& CreateElement(std::string_view qualifiedName, std::string_view uri);
+    /// A new element named as one of this tree's is; they share the texts of their names.
+    Node& CreateNamedLike(const Node& element);
     Node& CreateCharacters(NodeType type, std::string_view content);
     Node& CreateInstruction(std::string_view target, std::string_view data);
 

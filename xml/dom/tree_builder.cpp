@@ -6,6 +6,7 @@
 #include "xml/dom/parse_error_codes.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <utility>
@@ -82,6 +83,7 @@ void TreeBuilder::Start(Tree& tree, xmlParserCtxtPtr context, std::size_t maxByt
     m_context = context;
     m_maxBytes = maxBytes;
     m_current = &tree.DocumentNode();
+    m_known.fill({});
     m_text.clear();
     if (m_text.capacity() > kKeptRun) {
         m_text.shrink_to_fit();
@@ -162,8 +164,7 @@ void TreeBuilder::OnStartElement(void* context, const xmlChar* localName, const 
     TreeBuilder& builder = From(context);
     builder.Guard([&] {
         builder.FlushText();
-        Node& element = builder.m_tree->CreateElement(builder.QualifiedName(prefix, localName),
-                                                      Resolved(View(uri), builder.m_uri));
+        Node& element = builder.NewElement(localName, prefix, uri);
         builder.Append(element);
         builder.AddAttributes(element, namespaceCount, namespaces, attributeCount, attributes);
         builder.m_current = &element;
@@ -249,12 +250,12 @@ void TreeBuilder::FlushText() {
 
 void TreeBuilder::AddAttributes(Node& element, int declarationCount, const xmlChar** declarations,
                                 int attributeCount, const xmlChar** attributes) {
-    static const xmlChar* const kXmlns = BAD_CAST "xmlns";
+    static const xmlChar* const kDeclaration = BAD_CAST "xmlns";
     Node* last = nullptr;
     for (int i = 0; i < declarationCount; ++i) {
         const xmlChar* const prefix = declarations[2 * i];
-        const std::string_view name =
-            prefix == nullptr ? QualifiedName(nullptr, kXmlns) : QualifiedName(kXmlns, prefix);
+        const std::string_view name = prefix == nullptr ? QualifiedName(nullptr, kDeclaration)
+                                                        : QualifiedName(kDeclaration, prefix);
         last = &m_tree->AppendAttribute(element, last, name,
                                         Resolved(View(declarations[2 * i + 1]), m_value), {});
     }
@@ -265,6 +266,18 @@ void TreeBuilder::AddAttributes(Node& element, int declarationCount, const xmlCh
                                         Resolved(View(attributes[3], attributes[4]), m_value),
                                         Resolved(View(attributes[2]), m_uri));
     }
+}
+
+Node& TreeBuilder::NewElement(const xmlChar* localName, const xmlChar* prefix, const xmlChar* uri) {
+    const auto place = reinterpret_cast<std::uintptr_t>(localName) / sizeof(void*);
+    KnownName& known = m_known[place % kKnownNames];
+    if (known.localName == localName && known.prefix == prefix && known.uri == uri) {
+        return m_tree->CreateNamedLike(*known.element);
+    }
+    Node& element =
+        m_tree->CreateElement(QualifiedName(prefix, localName), Resolved(View(uri), m_uri));
+    known = {localName, prefix, uri, &element};
+    return element;
 }
 
 std::string_view TreeBuilder::QualifiedName(const xmlChar* prefix, const xmlChar* localName) {

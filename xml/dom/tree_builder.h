@@ -8,6 +8,7 @@
 
 #include <libxml/parser.h>
 
+#include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -52,13 +53,25 @@ private:
     void FlushText();
     void AddAttributes(Node& element, int declarationCount, const xmlChar** declarations,
                        int attributeCount, const xmlChar** attributes);
+    /// An element with that name; a card's files repeat few names many times.
+    Node& NewElement(const xmlChar* localName, const xmlChar* prefix, const xmlChar* uri);
     std::string_view QualifiedName(const xmlChar* prefix, const xmlChar* localName);
     void Stop(std::uint32_t code, const char* reason, Fault fault);
+
+    /// An element met before, under the addresses of its name: libxml2 keeps each name once.
+    struct KnownName {
+        const xmlChar* localName = nullptr;
+        const xmlChar* prefix = nullptr;
+        const xmlChar* uri = nullptr;
+        const Node* element = nullptr;
+    };
+    static constexpr std::size_t kKnownNames = 128;
 
     Tree* m_tree = nullptr;
     xmlParserCtxtPtr m_context = nullptr;
     std::size_t m_maxBytes = 0;
     Node* m_current = nullptr;
+    std::array<KnownName, kKnownNames> m_known; ///< by the address of the local name
     std::string m_text; ///< characters since the last other event: they arrive in pieces
     std::string m_name;
     std::string m_value;

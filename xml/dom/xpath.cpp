@@ -4,6 +4,7 @@
 #include "xml/dom/xpath.h"
 
 #include "platform/ComError.h"
+#include "xml/dom/libxml_text.h"
 #include "xml/dom/quiet_libxml.h"
 #include "xml/dom/tree.h"
 
@@ -25,10 +26,6 @@ constexpr unsigned long kMaxOperations = 50'000'000;
 
 // Under the qualified-name rule a prefix stands for itself: this namespace says just that.
 constexpr std::string_view kPrefixNamespace = "prefix:";
-
-const xmlChar* Xml(const std::string& text) {
-    return reinterpret_cast<const xmlChar*>(text.c_str());
-}
 
 struct FreeContext {
     void operator()(xmlXPathContextPtr context) const { xmlXPathFreeContext(context); }

@@ -77,6 +77,70 @@ TEST(Schema, OnlyASingleSchemaWithoutNamespaceIsTaken) {
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << "nothing prints by itself";
 }
 
+/// The text again and again, with "#" standing for the number of the turn and "@" for the one before.
+std::string Repeated(int count, std::string_view pattern) {
+    std::string text;
+    for (int i = 1; i <= count; ++i) {
+        for (const char ch : pattern) {
+            text += ch == '#'   ? std::to_string(i)
+                    : ch == '@' ? std::to_string(i - 1)
+                                : std::string(1, ch);
+        }
+    }
+    return text;
+}
+
+TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
+    const std::string element = "<xs:element name='r' type='xs:int'/>";
+    const auto inElement = [](const std::string& body) {
+        return "<xs:element name='r'><xs:complexType><xs:sequence>" + body +
+               "</xs:sequence></xs:complexType></xs:element>";
+    };
+    const auto withPattern = [&](int length) {
+        return element +
+               "<xs:simpleType name='p'><xs:restriction base='xs:string'><xs:pattern value='" +
+               Repeated(length, "a?") + "'/></xs:restriction></xs:simpleType>";
+    };
+    const std::string groups =
+        element +
+        "<xs:group name='n0'><xs:sequence><xs:element name='a'/></xs:sequence></xs:group>";
+    const std::string types = element + "<xs:complexType name='n0'/>";
+    struct {
+        std::string body;
+        bool taken;
+    } const table[] = {
+        {groups + Repeated(3, "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
+                              "<xs:group ref='n@'/></xs:sequence></xs:group>"),
+         true},
+        {groups + Repeated(40, "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
+                               "<xs:group ref='n@'/></xs:sequence></xs:group>"),
+         false},
+        {element + Repeated(30, "<xs:attributeGroup name='n#'><xs:attributeGroup ref='n@'/>"
+                                "<xs:attributeGroup ref='n@'/></xs:attributeGroup>"),
+         false},
+        {element + Repeated(40, "<xs:simpleType name='n#'><xs:union memberTypes='n@ n@'/>"
+                                "</xs:simpleType>"),
+         false},
+        {types + Repeated(100, "<xs:complexType name='n#'><xs:complexContent>"
+                               "<xs:extension base='n@'/></xs:complexContent></xs:complexType>"),
+         false},
+        {element + Repeated(300, "<xs:element name='n#' substitutionGroup='r'/>"), false},
+        {inElement(Repeated(2500, "<xs:element name='n#' minOccurs='0'/>")), false},
+        {inElement(Repeated(50, "<xs:choice minOccurs='0' maxOccurs='unbounded'>"
+                                "<xs:element name='n#' maxOccurs='unbounded'/></xs:choice>")),
+         false},
+        {withPattern(90), true},
+        {withPattern(9000), false},
+        {element + "<!--" + std::string(300'000, ' ') + "-->", false},
+    };
+    for (const auto& row : table) {
+        const ParseError error = Validated("<r>12</r>", Schema(row.body));
+        EXPECT_EQ(error.errorCode, row.taken ? 0 : kNoGrammar)
+            << row.body.substr(0, 200) << error.reason;
+        EXPECT_TRUE(row.taken || error.reason.find("too") != std::string::npos) << error.reason;
+    }
+}
+
 TEST(Schema, DocumentNamesNoSchemaOfItsOwn) {
     const test::TempFolder folder;
     const std::string other =

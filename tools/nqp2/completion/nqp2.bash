@@ -41,7 +41,7 @@ _nqp2() {
         [free-name]=''
         [space]='--bytes --code-type --standard --audio24 --frames --json'
         [edl]=''
-        ['edl list']='--json --csv'
+        ['edl list']='--json --csv --strict'
         ['edl write']='--name'
         [ingest]=''
         ['ingest list']='--json --csv'

@@ -1,0 +1,68 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace nqp2::bridge {
+
+/// A thread that serves until its stop flag is set.
+class ServiceThread {
+public:
+    ServiceThread() = default;
+    ServiceThread(const ServiceThread&) = delete;
+    ServiceThread& operator=(const ServiceThread&) = delete;
+
+    /// Runs `body` once; nothing that it throws leaves the thread. Throws std::system_error when
+    /// the system has no thread to give.
+    template <class Body>
+    void Start(Body body) {
+        m_hasEnded = false;
+        m_thread = std::thread([this, run = std::move(body)] {
+            const EndMark mark(*this);
+            RunQuietly(run);
+        });
+    }
+
+    /// Sets the flag until the thread ends, which clears it when it begins. Returns at once when
+    /// none was started.
+    void Stop(std::int32_t& stopFlag);
+
+    [[nodiscard]] bool HasEnded();
+
+private:
+    /// Tells of the end of the thread, however it comes.
+    class EndMark {
+    public:
+        explicit EndMark(ServiceThread& thread) : m_owner(thread) {}
+        EndMark(const EndMark&) = delete;
+        EndMark& operator=(const EndMark&) = delete;
+        ~EndMark() { m_owner.MarkEnded(); }
+
+    private:
+        ServiceThread& m_owner;
+    };
+
+    template <class Body>
+    static void RunQuietly(const Body& body) noexcept {
+        try {
+            body();
+        } catch (...) { // memory gave out: the service ends, the host goes on
+        }
+    }
+    void MarkEnded();
+    bool WaitForEnd(std::chrono::milliseconds limit);
+
+    std::mutex m_lock;
+    std::condition_variable m_end;
+    bool m_hasEnded = true;
+    std::thread m_thread;
+};
+
+} // namespace nqp2::bridge

@@ -1,0 +1,311 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "channel/channel_end.h"
+
+#include <algorithm>
+#include <atomic>
+#include <bit>
+#include <poll.h>
+#include <sys/socket.h>
+
+namespace nqp2::channel {
+namespace {
+
+constexpr int kAbortSlice = 20; ///< milliseconds until an abort flag is looked at again
+constexpr std::size_t kMaxOffers = 64;
+
+constexpr std::uint32_t BitOf(std::uint32_t slot) {
+    return 1U << slot;
+}
+
+bool IsSet(std::int32_t* abortFlag) {
+    return abortFlag != nullptr && std::atomic_ref(*abortFlag).load(std::memory_order_relaxed) != 0;
+}
+
+/// 0 stands for the parent's value.
+std::uint32_t Or(std::uint32_t value, std::uint32_t parents) {
+    return value != 0 ? value : parents;
+}
+
+} // namespace
+
+ChannelEnd::ChannelEnd(Link link, Role role, TimeOuts timeOuts)
+    : m_link(std::move(link)), m_role(role), m_timeOuts(timeOuts),
+      m_free(BitOf(m_link.send.SlotCount()) - 1) {
+    m_messages.reserve(m_link.receive.SlotCount());
+}
+
+ChannelStatus ChannelEnd::GetSendBuffer(void** buffer, std::int32_t* capacity,
+                                        std::int32_t* abortFlag) {
+    Lock lock(m_mutex);
+    // A buffer that was granted and not sent is granted again: requests drop it when they fail.
+    const ChannelStatus status = Await(lock, m_timeOuts.send, abortFlag, [this] {
+        return !m_isDead && (m_granted.has_value() || m_free != 0);
+    });
+    if (status != kChannelDone) {
+        return status;
+    }
+    if (!m_granted) {
+        m_granted = static_cast<std::uint32_t>(std::countr_zero(m_free));
+        m_free &= ~BitOf(*m_granted);
+    }
+    *buffer = m_link.send.Slot(*m_granted);
+    *capacity = static_cast<std::int32_t>(m_link.send.MessageSize());
+    return kChannelDone;
+}
+
+ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std::uint32_t length) {
+    const Lock lock(m_mutex);
+    if (m_isClosed || m_isDead) {
+        return kChannelClosed;
+    }
+    if (!m_granted || buffer != m_link.send.Slot(*m_granted) ||
+        length > m_link.send.MessageSize()) {
+        return kChannelMisuse;
+    }
+    Packet packet;
+    packet.kind = PacketKind::Data;
+    packet.id = messageId;
+    packet.slot = *m_granted;
+    packet.length = length;
+    switch (SendPacketOn(m_link.socket.Get(), packet)) {
+    case Traffic::Done:
+        break;
+    case Traffic::Nothing:
+        return kChannelTimedOut;
+    case Traffic::Ended:
+        return kChannelClosed;
+    }
+    m_sent |= BitOf(*m_granted);
+    m_granted.reset();
+    return kChannelDone;
+}
+
+ChannelStatus ChannelEnd::Receive(std::uint32_t* messageId, void** buffer, std::uint32_t* length,
+                                  std::int32_t* abortFlag) {
+    Lock lock(m_mutex);
+    const ChannelStatus status =
+        Await(lock, m_timeOuts.receive, abortFlag, [this] { return !m_messages.empty(); });
+    if (status != kChannelDone) {
+        return status;
+    }
+    const Message message = m_messages.front();
+    m_messages.erase(m_messages.begin());
+    m_handedOut |= BitOf(message.slot);
+    *messageId = message.id;
+    *buffer = m_link.receive.Slot(message.slot);
+    *length = message.length;
+    return kChannelDone;
+}
+
+ChannelStatus ChannelEnd::Release(const void* buffer) {
+    const Lock lock(m_mutex);
+    std::uint32_t slots = m_handedOut;
+    if (buffer != nullptr) {
+        const std::optional<std::uint32_t> slot = m_link.receive.SlotAt(buffer);
+        slots &= slot ? BitOf(*slot) : 0;
+        if (slots == 0) {
+            return kChannelMisuse;
+        }
+    }
+    return ReleaseSlots(slots) && !m_isClosed ? kChannelDone : kChannelClosed;
+}
+
+bool ChannelEnd::ReleaseSlots(std::uint32_t slots) {
+    m_handedOut &= ~slots;
+    m_arrived &= ~slots;
+    bool told = !m_isDead;
+    for (; slots != 0; slots &= slots - 1) {
+        Packet packet;
+        packet.kind = PacketKind::Release;
+        packet.slot = static_cast<std::uint32_t>(std::countr_zero(slots));
+        const Traffic traffic = SendPacketOn(m_link.socket.Get(), packet);
+        if (traffic == Traffic::Nothing) {
+            // The peer could never write to the slot again. The queue has room for all that an
+            // honest peer can cause (see IsCrowded).
+            EndTraffic();
+        }
+        told = told && traffic == Traffic::Done;
+    }
+    return told;
+}
+
+std::shared_ptr<ChannelEnd> ChannelEnd::SubChannel(std::uint32_t channelId, Sizes sizes,
+                                                   TimeOuts timeOuts) {
+    const TimeOuts resolved{Or(timeOuts.send, m_timeOuts.send),
+                            Or(timeOuts.receive, m_timeOuts.receive)};
+    return m_role == Role::Opens ? Open(channelId, sizes, resolved) : Take(channelId, resolved);
+}
+
+std::shared_ptr<ChannelEnd> ChannelEnd::Open(std::uint32_t channelId, Sizes sizes,
+                                             TimeOuts timeOuts) {
+    auto memory = MakeMemory(Or(sizes.send, m_link.send.MessageSize()),
+                             Or(sizes.receive, m_link.receive.MessageSize()));
+    auto ends = MakeSocketPair();
+    if (!memory || !ends) {
+        return nullptr;
+    }
+    const Packet packet = Describe(PacketKind::Offer, channelId, *memory);
+    const int descriptors[] = {ends->second.Get(), memory->sendFile.Get(),
+                               memory->receiveFile.Get()};
+    // On a socket pair the system names the process that made it: the peer is the parent's.
+    auto channel =
+        std::make_shared<ChannelEnd>(Link{std::move(ends->first), m_link.peer,
+                                          std::move(memory->send), std::move(memory->receive)},
+                                     m_role, timeOuts);
+    const Lock lock(m_mutex);
+    const bool offered = !m_isClosed && !m_isDead && !IsCrowded(m_link.socket.Get()) &&
+                         SendPacketOn(m_link.socket.Get(), packet, descriptors) == Traffic::Done;
+    return offered ? channel : nullptr;
+}
+
+std::shared_ptr<ChannelEnd> ChannelEnd::Take(std::uint32_t channelId, TimeOuts timeOuts) {
+    Lock lock(m_mutex);
+    const auto wanted = [&] {
+        return std::find_if(m_offers.begin(), m_offers.end(),
+                            [&](const Offer& offer) { return offer.id == channelId; });
+    };
+    const ChannelStatus status =
+        Await(lock, timeOuts.receive, nullptr, [&] { return wanted() != m_offers.end(); });
+    if (status != kChannelDone) {
+        return nullptr;
+    }
+    const auto offer = wanted();
+    auto channel = std::make_shared<ChannelEnd>(std::move(offer->link), m_role, timeOuts);
+    m_offers.erase(offer);
+    return channel;
+}
+
+void ChannelEnd::Close() {
+    const Lock lock(m_mutex);
+    m_isClosed = true;
+    shutdown(m_link.socket.Get(), SHUT_RDWR);
+    m_changed.notify_all();
+}
+
+/// What is there is given before anything else is looked at: a flag that is set already ends
+/// waiting and refuses nothing that needs no wait. A closed end gives nothing, for its memory may
+/// be gone before the caller reads it.
+template <class Ready>
+ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag,
+                                Ready ready) {
+    const Deadline deadline(timeOut);
+    while (!m_isClosed) {
+        // While a thread polls, it alone reads: it would sleep on when another had taken from the
+        // socket what it waits for.
+        while (!ready() && !m_isPolling && ReadOne()) {
+        }
+        if (ready()) {
+            return kChannelDone;
+        }
+        if (m_isDead) {
+            break;
+        }
+        if (m_isPolling && IsReadable(m_link.socket.Get())) {
+            // It is about to read, and tells us.
+            m_changed.wait_for(lock, std::chrono::milliseconds(kAbortSlice));
+            continue;
+        }
+        if (IsSet(abortFlag)) {
+            return kChannelAborted;
+        }
+        if (deadline.HasPassed()) {
+            return kChannelTimedOut;
+        }
+        WaitForNews(lock, deadline.Left(abortFlag != nullptr ? kAbortSlice : -1));
+    }
+    return kChannelClosed;
+}
+
+void ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
+    if (m_isPolling) {
+        if (milliseconds < 0) {
+            m_changed.wait(lock);
+        } else {
+            m_changed.wait_for(lock, std::chrono::milliseconds(milliseconds));
+        }
+        return;
+    }
+    m_isPolling = true;
+    lock.unlock();
+    pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0}, {m_link.peer->Watch(), POLLIN, 0}};
+    poll(watched, std::size(watched), milliseconds);
+    lock.lock();
+    m_isPolling = false;
+    m_hasPeerEnded = m_hasPeerEnded || watched[1].revents != 0;
+    m_changed.notify_all();
+}
+
+bool ChannelEnd::ReadOne() {
+    if (m_isDead) {
+        return false;
+    }
+    ReceivedPacket received;
+    const Traffic traffic = ReceivePacketFrom(m_link.socket.Get(), received);
+    if (traffic == Traffic::Nothing && !m_hasPeerEnded) {
+        return false;
+    }
+    if (traffic != Traffic::Done || !Process(received)) {
+        EndTraffic();
+        return false;
+    }
+    return true;
+}
+
+bool ChannelEnd::Process(ReceivedPacket& received) {
+    switch (received.packet.kind) {
+    case PacketKind::Data:
+        return ProcessData(received.packet);
+    case PacketKind::Release:
+        return ProcessRelease(received.packet);
+    case PacketKind::Offer:
+        return ProcessOffer(received);
+    case PacketKind::Hello:
+    case PacketKind::Acknowledge:
+        break;
+    }
+    return false;
+}
+
+bool ChannelEnd::ProcessData(const Packet& packet) {
+    if (packet.slot >= m_link.receive.SlotCount() || (m_arrived & BitOf(packet.slot)) != 0 ||
+        packet.length > m_link.receive.MessageSize()) {
+        return false;
+    }
+    m_arrived |= BitOf(packet.slot);
+    m_messages.push_back({packet.id, packet.slot, packet.length});
+    return true;
+}
+
+bool ChannelEnd::ProcessRelease(const Packet& packet) {
+    if (packet.slot >= m_link.send.SlotCount() || (m_sent & BitOf(packet.slot)) == 0) {
+        return false;
+    }
+    m_sent &= ~BitOf(packet.slot);
+    m_free |= BitOf(packet.slot);
+    return true;
+}
+
+bool ChannelEnd::ProcessOffer(ReceivedPacket& received) {
+    if (m_role != Role::Takes || !IsPacketSocket(received.descriptors[0].Get())) {
+        return false;
+    }
+    if (m_offers.size() == kMaxOffers || HasTooManyChannels(m_link.peer)) {
+        return true; // refused: the peer finds the sub-channel closed
+    }
+    auto link = AcceptLink(received, std::move(received.descriptors[0]), m_link.peer);
+    if (link) {
+        m_offers.push_back({received.packet.id, std::move(*link)});
+    }
+    return link.has_value();
+}
+
+/// Memory stays until the handle is closed: messages that arrived are still given.
+void ChannelEnd::EndTraffic() {
+    m_isDead = true;
+    shutdown(m_link.socket.Get(), SHUT_RDWR);
+    m_changed.notify_all();
+}
+
+} // namespace nqp2::channel

@@ -1,0 +1,104 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "channel/deadline.h"
+#include "channel/link.h"
+#include "channel/SysInterface.h"
+
+#include <condition_variable>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace nqp2::channel {
+
+/// Who connects opens sub-channels, who accepts takes them; sub-channels inherit that.
+enum class Role { Opens, Takes };
+
+struct TimeOuts {
+    std::uint32_t send = 0; ///< milliseconds, as Deadline takes them
+    std::uint32_t receive = 0;
+};
+
+/// Message sizes of a channel as one end sees them.
+struct Sizes {
+    std::uint32_t send = 0;
+    std::uint32_t receive = 0;
+};
+
+/// One end of an open channel, with the meaning of the slots. Any number of threads may be inside;
+/// memory and socket go with the last of them.
+class ChannelEnd {
+public:
+    ChannelEnd(Link link, Role role, TimeOuts timeOuts);
+    ChannelEnd(const ChannelEnd&) = delete;
+    ChannelEnd& operator=(const ChannelEnd&) = delete;
+
+    ChannelStatus GetSendBuffer(void** buffer, std::int32_t* capacity, std::int32_t* abortFlag);
+    ChannelStatus Send(std::uint32_t messageId, const void* buffer, std::uint32_t length);
+    ChannelStatus Receive(std::uint32_t* messageId, void** buffer, std::uint32_t* length,
+                          std::int32_t* abortFlag);
+    ChannelStatus Release(const void* buffer);
+
+    /// Opens a sub-channel without waiting for the peer, or waits for the one that the peer opens
+    /// with that id, as the role says. Sizes and time-outs of 0 are this channel's. Null on failure.
+    std::shared_ptr<ChannelEnd> SubChannel(std::uint32_t channelId, Sizes sizes, TimeOuts timeOuts);
+
+    /// Ends all waiting on this end and tells the peer.
+    void Close();
+
+private:
+    struct Message {
+        std::uint32_t id;
+        std::uint32_t slot;
+        std::uint32_t length;
+    };
+    struct Offer {
+        std::uint32_t id;
+        Link link;
+    };
+    using Lock = std::unique_lock<std::mutex>;
+
+    std::shared_ptr<ChannelEnd> Open(std::uint32_t channelId, Sizes sizes, TimeOuts timeOuts);
+    std::shared_ptr<ChannelEnd> Take(std::uint32_t channelId, TimeOuts timeOuts);
+
+    template <class Ready>
+    ChannelStatus Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag, Ready ready);
+    void WaitForNews(Lock& lock, int milliseconds);
+    /// Reads one packet if one is there.
+    bool ReadOne();
+    /// False when no honest peer would have sent that.
+    bool Process(ReceivedPacket& received);
+    bool ProcessData(const Packet& packet);
+    bool ProcessRelease(const Packet& packet);
+    bool ProcessOffer(ReceivedPacket& received);
+    bool ReleaseSlots(std::uint32_t slots);
+    void EndTraffic();
+
+    const Link m_link;
+    const Role m_role;
+    const TimeOuts m_timeOuts;
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_isPolling = false; ///< one thread polls for all that wait
+    bool m_isClosed = false;  ///< from this side
+    bool m_isDead = false;    ///< no packet comes any more
+    bool m_hasPeerEnded = false;
+
+    // Slots as bits.
+    std::uint32_t m_free;        ///< may be granted
+    std::uint32_t m_sent = 0;    ///< the peer has them
+    std::uint32_t m_arrived = 0; ///< hold messages, handed out or not
+    std::uint32_t m_handedOut = 0;
+    std::optional<std::uint32_t> m_granted;
+
+    std::vector<Message> m_messages; ///< arrived, not handed out
+    std::list<Offer> m_offers;
+};
+
+} // namespace nqp2::channel

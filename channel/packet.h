@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+/// What travels on a channel's socket. Message bytes never do: they lie in the segments.
+namespace nqp2::channel {
+
+enum class PacketKind : std::uint32_t {
+    Hello = 1,   ///< first packet of a connection, with the memory of both directions
+    Acknowledge, ///< the answer to Hello: somebody took the channel
+    Data,        ///< a message lies in a slot
+    Release,     ///< the slot may be written again
+    Offer,       ///< a sub-channel: its socket and the memory of both directions
+};
+
+/// 32 bytes in the machine's own byte order: both ends run on one machine.
+struct Packet {
+    PacketKind kind = PacketKind::Hello;
+    std::uint32_t id = 0;     ///< of the message, or of the channel in Hello, Acknowledge and Offer
+    std::uint32_t slot = 0;   ///< of Data and Release
+    std::uint32_t length = 0; ///< of Data: bytes of the message
+    std::uint32_t sendSize = 0; ///< of Hello and Offer, as their sender sees the directions
+    std::uint32_t receiveSize = 0;
+    std::uint32_t sendSlots = 0;
+    std::uint32_t receiveSlots = 0;
+};
+static_assert(sizeof(Packet) == 32);
+
+/// The largest message of any channel: what a peer can make this process map.
+inline constexpr std::uint32_t kMaxMessageSize = 64U << 20U;
+
+/// Small channels take several messages, so that a peer may answer before it releases.
+constexpr std::uint32_t SlotsFor(std::uint32_t messageSize) {
+    return messageSize <= 65536 ? 4 : 1;
+}
+
+/// How many descriptors travel with a packet of that kind.
+constexpr std::size_t DescriptorsWith(PacketKind kind) {
+    return kind == PacketKind::Offer ? 3 : kind == PacketKind::Hello ? 2 : 0;
+}
+inline constexpr std::size_t kMaxDescriptors = 3;
+
+/// The packet that arrived as these bytes with so many descriptors; nothing when no honest peer
+/// would have sent it. Slot and length depend on the channel and are checked there.
+std::optional<Packet> ReadPacket(std::span<const std::byte> bytes, std::size_t descriptorCount);
+
+} // namespace nqp2::channel

@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/descriptor.h"
+
+#include <memory>
+#include <sys/types.h>
+
+namespace nqp2::channel {
+
+/// The process at the other end, shared by all channels that lead there.
+class Peer {
+public:
+    explicit Peer(platform::Descriptor process) : m_process(std::move(process)) {}
+
+    /// Becomes readable when the process has ended. A socket alone does not tell: a child that the
+    /// process forked may hold it open.
+    [[nodiscard]] int Watch() const { return m_process.Get(); }
+    [[nodiscard]] bool HasEnded() const;
+
+private:
+    platform::Descriptor m_process;
+};
+
+/// True when that many lead there that no honest peer can need more.
+bool HasTooManyChannels(const std::shared_ptr<const Peer>& peer);
+
+/// The process that connected this socket or listens behind it. Null when it belongs to another
+/// user, is gone, or has too many channels.
+std::shared_ptr<const Peer> PeerOf(int connectedSocket);
+
+} // namespace nqp2::channel

@@ -1,0 +1,164 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "channel/rendezvous.h"
+
+#include "platform/system_status.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace nqp2::channel {
+namespace {
+
+constexpr timeval kConnectTime{5, 0};
+constexpr int kBacklog = 128;
+
+/// False with errno when the path is too long for the system.
+bool FillAddress(const std::string& path, sockaddr_un& address) {
+    address = {};
+    address.sun_family = AF_UNIX;
+    if (path.empty() || path.size() >= sizeof(address.sun_path)) {
+        errno = path.empty() ? ENOENT : ENAMETOOLONG;
+        return false;
+    }
+    std::memcpy(address.sun_path, path.data(), path.size());
+    return true;
+}
+
+const sockaddr* Plain(const sockaddr_un& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+platform::Descriptor MakeSocket() {
+    return platform::Descriptor(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+}
+
+std::string FolderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+bool IsPrivate(int folder) {
+    struct stat status {};
+    return fstat(folder, &status) == 0 && status.st_uid == geteuid() &&
+           (status.st_mode & 077U) == 0;
+}
+
+/// O_NOFOLLOW looks at the last name only when no slash stands behind it.
+platform::Descriptor OpenFolder(std::string folder) {
+    while (folder.size() > 1 && folder.back() == '/') {
+        folder.pop_back();
+    }
+    return platform::Descriptor(
+        open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+/// The folder's lock, so that no lock file is left; it goes with the result. Empty with errno.
+platform::Descriptor LockFolder(const std::string& name) {
+    platform::Descriptor folder = OpenFolder(name);
+    return folder && flock(folder.Get(), LOCK_EX) == 0 ? std::move(folder) : platform::Descriptor();
+}
+
+/// A file that is no socket refuses connections too; it is somebody's, and stays.
+bool IsStale(const std::string& path) {
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode) && !ConnectTo(path) &&
+           errno == ECONNREFUSED;
+}
+
+/// Under the folder's lock: two workers could both find the same file stale, and the second would
+/// remove what the first has just made.
+bool BindReplacingStale(int socket, const std::string& path) {
+    sockaddr_un address{};
+    if (!FillAddress(path, address)) {
+        return false;
+    }
+    if (bind(socket, Plain(address), sizeof(address)) == 0) {
+        return true;
+    }
+    if (errno != EADDRINUSE || !IsStale(path)) {
+        errno = EADDRINUSE;
+        return false;
+    }
+    return unlink(path.c_str()) == 0 && bind(socket, Plain(address), sizeof(address)) == 0;
+}
+
+} // namespace
+
+WorkerStatus Failure(const std::string& what) {
+    return {false, what + ": " + platform::SystemStatus(errno).reason};
+}
+
+platform::Descriptor ConnectTo(const std::string& path) {
+    sockaddr_un address{};
+    if (!FillAddress(path, address)) {
+        return {};
+    }
+    platform::Descriptor end = MakeSocket();
+    if (!end ||
+        setsockopt(end.Get(), SOL_SOCKET, SO_SNDTIMEO, &kConnectTime, sizeof(kConnectTime)) != 0 ||
+        connect(end.Get(), Plain(address), sizeof(address)) != 0) {
+        const int error = errno;
+        end = {};
+        errno = error;
+    }
+    return end;
+}
+
+WorkerStatus ListenOn(const std::string& path, platform::Descriptor& listener) {
+    const std::string name = FolderOf(path);
+    // Held until the socket listens: before that it refuses connections as a stale one does.
+    const platform::Descriptor folder = LockFolder(name);
+    if (!folder) {
+        return Failure(name);
+    }
+    if (!IsPrivate(folder.Get())) {
+        return {false, name + ": the folder of a worker's socket must be the user's own alone"};
+    }
+    listener = MakeSocket();
+    if (!listener || !BindReplacingStale(listener.Get(), path) || chmod(path.c_str(), 0600) != 0 ||
+        listen(listener.Get(), kBacklog) != 0) {
+        return Failure(path);
+    }
+    return {true, {}};
+}
+
+void RemoveStaleSocket(const std::string& path) {
+    const platform::Descriptor folder = LockFolder(FolderOf(path));
+    if (folder && IsStale(path)) {
+        unlink(path.c_str());
+    }
+}
+
+SocketPlace MakeSocketPlace() {
+    static std::atomic<unsigned> count = 0;
+    const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
+    SocketPlace place;
+    std::string folder;
+    if (runtime != nullptr && *runtime == '/') {
+        folder = std::string(runtime) + "/nqp2";
+        if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
+            return {};
+        }
+    } else {
+        folder = "/tmp/nqp2-XXXXXX";
+        if (mkdtemp(folder.data()) == nullptr) {
+            return {};
+        }
+        place.madeFolder = folder;
+    }
+    place.path = folder + "/worker-" + std::to_string(getpid()) + '-' + std::to_string(++count);
+    return place;
+}
+
+} // namespace nqp2::channel

@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "channel/slots.h"
+
+#include "channel/handle_table.h"
+#include "platform/guard.h"
+
+#include <atomic>
+
+namespace nqp2::channel {
+namespace {
+
+/// Runs an operation on an open channel; one that is closed, or never was, is no fault.
+template <class Operation>
+std::int32_t OnChannel(ChannelHandle handle, Operation&& operation) {
+    return platform::Guarded<std::int32_t>(kChannelMisuse, [&]() -> std::int32_t {
+        const std::shared_ptr<ChannelEnd> channel = FindChannel(handle);
+        return channel != nullptr ? operation(*channel) : kChannelClosed;
+    });
+}
+
+ChannelHandle OpenSubChannel(ChannelHandle parent, std::uint32_t channelId, std::uint32_t sendSize,
+                             std::uint32_t receiveSize, std::uint32_t sendTimeout,
+                             std::uint32_t receiveTimeout) {
+    return platform::Guarded<ChannelHandle>(0, [&]() -> ChannelHandle {
+        const std::shared_ptr<ChannelEnd> channel = FindChannel(parent);
+        return channel != nullptr
+                   ? AddChannel(channel->SubChannel(channelId, {sendSize, receiveSize},
+                                                    {sendTimeout, receiveTimeout}))
+                   : 0;
+    });
+}
+
+std::int32_t GetSendBuffer(ChannelHandle handle, void** buffer, std::int32_t* capacity,
+                           std::int32_t* abortFlag) {
+    if (buffer == nullptr || capacity == nullptr) {
+        return kChannelMisuse;
+    }
+    return OnChannel(handle, [&](ChannelEnd& channel) {
+        return channel.GetSendBuffer(buffer, capacity, abortFlag);
+    });
+}
+
+std::int32_t SendPacket(ChannelHandle handle, std::uint32_t messageId, void* buffer,
+                        std::uint32_t length) {
+    return OnChannel(handle,
+                     [&](ChannelEnd& channel) { return channel.Send(messageId, buffer, length); });
+}
+
+std::int32_t ReceivePacket(ChannelHandle handle, std::uint32_t* messageId, void** buffer,
+                           std::uint32_t* length, std::int32_t* abortFlag) {
+    if (messageId == nullptr || buffer == nullptr || length == nullptr) {
+        return kChannelMisuse;
+    }
+    return OnChannel(handle, [&](ChannelEnd& channel) {
+        return channel.Receive(messageId, buffer, length, abortFlag);
+    });
+}
+
+std::int32_t ReleasePacket(ChannelHandle handle, void* buffer, std::uint32_t) {
+    return OnChannel(handle, [&](ChannelEnd& channel) { return channel.Release(buffer); });
+}
+
+std::int32_t CloseChannel(ChannelHandle* field) {
+    if (field == nullptr) {
+        return kChannelMisuse;
+    }
+    // Of two threads that close one field, one finds the handle.
+    const ChannelHandle handle = std::atomic_ref(*field).exchange(0);
+    if (const std::shared_ptr<ChannelEnd> channel = RemoveChannel(handle)) {
+        channel->Close();
+    }
+    return kChannelDone;
+}
+
+} // namespace
+
+SysInterfaceTable TableWith(CreateChannelSlot createChannel) {
+    SysInterfaceTable table{};
+    table.CreateChannel = createChannel;
+    table.OpenSubChannel = OpenSubChannel;
+    table.GetSendBuffer = GetSendBuffer;
+    table.SendPacket = SendPacket;
+    table.ReceivePacket = ReceivePacket;
+    table.ReleasePacket = ReleasePacket;
+    table.CloseChannel = CloseChannel;
+    return table;
+}
+
+} // namespace nqp2::channel

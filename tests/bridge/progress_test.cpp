@@ -1,0 +1,153 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "bridge/worker_proxy.h"
+#include "tests/bridge/worker_test.h"
+
+#include <atomic>
+#include <stdexcept>
+
+namespace nqp2::bridge {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A host that hears of progress. Written to on the progress thread, read after its answer is seen.
+struct Host {
+    std::vector<std::uint32_t> heard;
+    std::int32_t flagBefore = -1;
+    std::int32_t flagAfter = 0;
+    std::function<void()> meanwhile = [] {};
+
+    static void Hear(std::uint32_t position, std::uint32_t total, std::int32_t& abort,
+                     void* context) {
+        Host& host = *static_cast<Host*>(context);
+        host.heard.insert(host.heard.end(), {position, total});
+        host.flagBefore = abort;
+        abort = host.flagAfter;
+        host.meanwhile();
+    }
+};
+
+class ProgressTest : public WorkerTest {
+protected:
+    ProgressTest() {
+        m_channels.SetScript([&](const std::string& channel, std::uint32_t id, const Bytes&) {
+            if (id == 20003) {
+                m_channels.Push(channel, id, Image({m_registration}));
+            } else if (channel == "callback") {
+                ++m_answers;
+                m_answers.notify_all();
+            }
+        });
+        EXPECT_EQ(m_proxy.Open(), 1);
+    }
+    ~ProgressTest() override { m_proxy.Close(); }
+
+    /// Tells of progress and gives back the answer.
+    Bytes Tell(const Bytes& bytes) {
+        const int before = m_answers;
+        m_channels.Push("callback", 20004, bytes);
+        m_answers.wait(before);
+        return m_channels.Sent("callback").back().second;
+    }
+    Bytes Tell(std::uint32_t position, std::uint32_t total) {
+        return Tell(Image({position, total, 9, 0}));
+    }
+
+    std::uint32_t m_registration = 1;
+    std::atomic<int> m_answers = 0;
+    Host m_host;
+    CTNQ264BitSupport m_proxy;
+};
+
+TEST_F(ProgressTest, TheHostHearsOfItAndItsWishTravelsBack) {
+    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    EXPECT_EQ(Tell(1, 4000000000), Image({1, 4000000000, 0, 0}));
+    m_host.flagAfter = 1;
+    EXPECT_EQ(Tell(2, 4000000000), Image({2, 4000000000, 1, 0}));
+    EXPECT_EQ(m_host.flagBefore, 0);
+    m_host.flagAfter = 0;
+    EXPECT_EQ(Tell(3, 4000000000), Image({3, 4000000000, 0, 0}));
+    EXPECT_EQ(m_host.flagBefore, 1) << "stays until the host takes it back";
+    EXPECT_THAT(m_host.heard, ElementsAre(1, 4000000000, 2, 4000000000, 3, 4000000000));
+}
+
+TEST_F(ProgressTest, RegisteringAgainReplacesTheHostWithoutAMessage) {
+    EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, nullptr), 1);
+    Host second;
+    m_registration = 5;
+    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    Tell(1, 9);
+    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &second), 1);
+    Tell(2, 9);
+    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, nullptr), 1);
+    EXPECT_EQ(Tell(3, 9), Image({3, 9, 0, 0})) << "nobody is asked, the worker is answered";
+    EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, &second), 1);
+    Tell(4, 9);
+    EXPECT_THAT(m_host.heard, ElementsAre(1, 9));
+    EXPECT_THAT(second.heard, ElementsAre(2, 9));
+    EXPECT_EQ(m_channels.Calls("callback Send 20003").size(), 1U);
+}
+
+TEST_F(ProgressTest, OddMessagesAndAThrowingHostDoNotEndIt) {
+    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    m_channels.Push("callback", 20003, Image({1}));
+    m_channels.Push("callback", 20004, Bytes());
+    EXPECT_EQ(Tell(Image({1, 2, 3})), Image({0, 0, 0, 0})) << "too short: answered, not passed on";
+    EXPECT_THAT(m_host.heard, IsEmpty());
+    EXPECT_EQ(m_channels.Calls("callback Release").size(), 4U);
+    m_host.meanwhile = [] { throw std::runtime_error("host"); };
+    EXPECT_EQ(Tell(1, 2), Image({1, 2, 1, 0}));
+    EXPECT_THAT(m_channels.Calls("callback Receive").back(), "callback Receive+abort");
+}
+
+TEST_F(ProgressTest, ClosingAsksForAbortWhateverTheHostSays) {
+    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    std::thread closing;
+    m_host.meanwhile = [&] {
+        closing = std::thread([&] { m_proxy.Close(); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    };
+    EXPECT_EQ(Tell(1, 2), Image({1, 2, 1, 0}));
+    closing.join();
+    EXPECT_EQ(m_channels.OpenChannels(), 0);
+    EXPECT_EQ(m_proxy.Open(), 1);
+    m_host.meanwhile = [] {};
+    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    EXPECT_EQ(Tell(2, 2), Image({2, 2, 0, 0})) << "begins at 0 again";
+}
+
+TEST_F(ProgressTest, AnswersTheRegistrationsOwnResultAndFailsWithTheChannel) {
+    m_registration = 7;
+    EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, nullptr), 7);
+    m_channels.Hang("callback");
+    std::int32_t answer = 1; // until the thread has noticed
+    for (int i = 0; i < 1000 && answer == 1; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        m_channels.Refuse("callback Send");
+        answer = m_proxy.SetImpCallBack(nullptr, nullptr);
+    }
+    EXPECT_EQ(answer, -1) << "the thread ended with the channel, registering is tried anew";
+    EXPECT_EQ(m_proxy.Close(), 1);
+    EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, nullptr), -1);
+}
+
+TEST_F(ProgressTest, AThreadThatEndedIsFollowedByANewOne) {
+    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    ASSERT_TRUE(m_channels.WaitFor("callback Receive+abort"));
+    m_channels.Refuse("callback Receive"); // -6: the thread ends
+    m_channels.Push("callback", 1, {});
+    while (m_channels.Calls("callback Release").size() < 3) { // registration, message, end
+        std::this_thread::yield();
+    }
+    m_channels.Allow();
+    while (m_channels.Calls("callback Send 20003").size() < 2) {
+        EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    }
+    EXPECT_EQ(Tell(1, 1), Image({1, 1, 0, 0}));
+}
+
+} // namespace
+} // namespace nqp2::bridge

@@ -1,0 +1,96 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+// The worker of the tests: sends back what it gets. With "--deaf" it never listens.
+
+#include "tests/channel/echo_worker.h"
+
+#include "channel/Channel.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <thread>
+#include <unistd.h>
+
+namespace nqp2::test {
+namespace {
+
+constexpr std::uint32_t kForEver = 0xFFFFFFFF;
+
+const SysInterfaceTable& Table() {
+    return *WorkerInterface().table;
+}
+
+[[noreturn]] void ForkAndEnd() {
+    if (fork() == 0) {
+        sleep(2);
+        _exit(0);
+    }
+    kill(getpid(), SIGKILL);
+    std::abort();
+}
+
+void Echo(ChannelHandle channel, std::uint32_t id, const void* bytes, std::uint32_t length) {
+    void* buffer = nullptr;
+    std::int32_t capacity = 0;
+    if (Table().GetSendBuffer(channel, &buffer, &capacity, nullptr) == kChannelDone &&
+        length <= static_cast<std::uint32_t>(capacity)) {
+        std::memcpy(buffer, bytes, length);
+        Table().SendPacket(channel, id, buffer, length);
+    }
+}
+
+/// Sends without end on the host's second channel.
+void KeepSending(ChannelHandle channel) {
+    void* buffer = nullptr;
+    std::int32_t capacity = 0;
+    while (Table().GetSendBuffer(channel, &buffer, &capacity, nullptr) == kChannelDone) {
+        Table().SendPacket(channel, 20004, buffer, 8);
+    }
+    Table().CloseChannel(&channel);
+}
+
+void Serve(ChannelHandle channel) {
+    std::thread second([channel] {
+        if (const ChannelHandle busy = Table().OpenSubChannel(channel, kBusyChannel, 0, 0, 0, 0)) {
+            KeepSending(busy);
+        }
+    });
+    std::uint32_t id = 0;
+    void* bytes = nullptr;
+    std::uint32_t length = 0;
+    while (Table().ReceivePacket(channel, &id, &bytes, &length, nullptr) == kChannelDone) {
+        if (id == kForkAndEnd) {
+            ForkAndEnd();
+        }
+        if (id != kKeep) {
+            Echo(channel, id, bytes, length);
+            Table().ReleasePacket(channel, bytes, length);
+        }
+    }
+    Table().CloseChannel(&channel);
+    second.join();
+}
+
+int Main(int argc, char** argv) {
+    if (argc > 1 && std::string(argv[1]) == "--deaf") {
+        pause();
+    }
+    if (argc < 3 || std::string(argv[argc - 2]) != "--socket" || !ListenForHosts(argv[argc - 1])) {
+        return 2;
+    }
+    while (const ChannelHandle channel =
+               Table().CreateChannel(kEchoChannel, 0, 0, kForEver, kForEver)) {
+        std::thread(Serve, channel).detach();
+    }
+    return 0;
+}
+
+} // namespace
+} // namespace nqp2::test
+
+int main(int argc, char** argv) {
+    return nqp2::test::Main(argc, argv);
+}

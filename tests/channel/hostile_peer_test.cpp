@@ -1,0 +1,314 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+// A peer that speaks to the socket itself and says what no honest one would.
+
+#include "channel/channel_end.h"
+#include "channel/rendezvous.h"
+#include "tests/channel/channel_test.h"
+
+#include <array>
+#include <fcntl.h>
+#include <functional>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+namespace nqp2::channel {
+namespace {
+
+using test::Host;
+using test::kForEver;
+using test::NextId;
+using test::WorkerEnd;
+
+/// Sends any bytes with any descriptors.
+void SendRaw(int socket, const void* bytes, std::size_t length, const std::vector<int>& files) {
+    iovec vector{const_cast<void*>(bytes), length};
+    std::vector<std::byte> control(CMSG_SPACE(files.size() * sizeof(int)));
+    msghdr message{};
+    message.msg_iov = &vector;
+    message.msg_iovlen = 1;
+    if (!files.empty()) {
+        message.msg_control = control.data();
+        message.msg_controllen = control.size();
+        cmsghdr* const header = CMSG_FIRSTHDR(&message);
+        *header = {CMSG_LEN(files.size() * sizeof(int)), SOL_SOCKET, SCM_RIGHTS};
+        std::memcpy(CMSG_DATA(header), files.data(), files.size() * sizeof(int));
+    }
+    ASSERT_EQ(sendmsg(socket, &message, MSG_NOSIGNAL), static_cast<ssize_t>(length));
+}
+
+void SendRaw(int socket, const Packet& packet, const std::vector<int>& files = {}) {
+    SendRaw(socket, &packet, sizeof(packet), files);
+}
+
+bool IsClosedByPeer(int socket) {
+    pollfd watched{socket, POLLIN, 0};
+    char byte = 0;
+    return poll(&watched, 1, 3000) == 1 && recv(socket, &byte, 1, 0) <= 0;
+}
+
+platform::Descriptor MemoryFile(std::size_t size, int seals) {
+    platform::Descriptor file(memfd_create("hostile", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    EXPECT_EQ(ftruncate(file.Get(), static_cast<off_t>(size)), 0);
+    EXPECT_EQ(fcntl(file.Get(), F_ADD_SEALS, seals), 0);
+    return file;
+}
+
+constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW;
+constexpr std::size_t kGoodSize = 4 * 4096;
+
+/// A first packet that is right, to be spoiled.
+Packet GoodHello() {
+    Packet packet;
+    packet.kind = PacketKind::Hello;
+    packet.id = 7;
+    packet.sendSize = packet.receiveSize = 4096;
+    packet.sendSlots = packet.receiveSlots = 4;
+    return packet;
+}
+
+struct BadFile {
+    const char* what;
+    std::function<platform::Descriptor()> make;
+};
+
+const BadFile kBadFiles[] = {
+    {"not sealed", [] { return MemoryFile(kGoodSize, 0); }},
+    {"can be cut", [] { return MemoryFile(kGoodSize, F_SEAL_GROW); }},
+    {"too short", [] { return MemoryFile(kGoodSize - 4096, kSeals); }},
+    {"too long", [] { return MemoryFile(kGoodSize + 1, kSeals); }},
+    {"cannot be written", [] { return MemoryFile(kGoodSize, kSeals | F_SEAL_WRITE); }},
+    {"no file", [] { return std::move(MakeSocketPair()->first); }},
+    {"a device", [] { return platform::Descriptor(open("/dev/zero", O_RDWR | O_CLOEXEC)); }},
+};
+
+class HostileHostTest : public test::ChannelTest {
+protected:
+    /// Nobody was let in, nothing was kept, and the next honest host is served.
+    void ExpectRefused(const platform::Descriptor& socket) {
+        EXPECT_TRUE(IsClosedByPeer(socket.Get()));
+        EXPECT_EQ(WorkerEnd().CreateChannel(7, 0, 0, 0, 0), 0U);
+    }
+    platform::Descriptor Visit() { return ConnectTo(m_folder.Socket()); }
+};
+
+TEST_F(HostileHostTest, MemoryThatIsNotAsPromisedIsRefused) {
+    const test::Holdings before = test::HeldBy();
+    for (const BadFile& bad : kBadFiles) {
+        SCOPED_TRACE(bad.what);
+        const platform::Descriptor badFile = bad.make();
+        const platform::Descriptor goodFile = MemoryFile(kGoodSize, kSeals);
+        for (const bool badFirst : {true, false}) {
+            const platform::Descriptor socket = Visit();
+            SendRaw(socket.Get(), GoodHello(),
+                    badFirst ? std::vector{badFile.Get(), goodFile.Get()}
+                             : std::vector{goodFile.Get(), badFile.Get()});
+            ExpectRefused(socket);
+        }
+    }
+    EXPECT_EQ(test::HeldBy(), before);
+    Connect();
+}
+
+TEST_F(HostileHostTest, FirstPacketsThatAreNoneAreRefused) {
+    const test::Holdings before = test::HeldBy();
+    const platform::Descriptor file = MemoryFile(kGoodSize, kSeals);
+    const int number = file.Get();
+    struct Case {
+        const char* what;
+        std::function<void(Packet&)> spoil;
+        std::vector<int> files;
+        std::size_t length = sizeof(Packet);
+    };
+    const std::array<std::byte, 64> longer{};
+    const Case cases[] = {
+        {"no memory", [](Packet&) {}, {}},
+        {"one file", [](Packet&) {}, {number}},
+        {"three files", [](Packet&) {}, {number, number, number}},
+        {"many files", [](Packet&) {}, std::vector<int>(40, number)},
+        {"cut off", [](Packet&) {}, {number, number}, 31},
+        {"another kind", [](Packet& p) { p.kind = PacketKind::Data; }, {}},
+        {"an offer", [](Packet& p) { p.kind = PacketKind::Offer; }, {number, number, number}},
+        {"unknown kind", [](Packet& p) { p.kind = static_cast<PacketKind>(77); }, {}},
+        {"size of 0", [](Packet& p) { p.sendSize = 0; }, {number, number}},
+        {"huge", [](Packet& p) { p.receiveSize = 0xFFFFFFFF; }, {number, number}},
+        {"slots", [](Packet& p) { p.receiveSlots = 5; }, {number, number}},
+    };
+    for (const Case& wrong : cases) {
+        SCOPED_TRACE(wrong.what);
+        Packet packet = GoodHello();
+        wrong.spoil(packet);
+        const platform::Descriptor socket = Visit();
+        SendRaw(socket.Get(), &packet, wrong.length, wrong.files);
+        ExpectRefused(socket);
+    }
+    const platform::Descriptor socket = Visit();
+    SendRaw(socket.Get(), longer.data(), longer.size(), {});
+    ExpectRefused(socket);
+    EXPECT_EQ(test::HeldBy().descriptors, before.descriptors + 2) << "ours alone";
+}
+
+TEST_F(HostileHostTest, OneThatSaysNothingIsDroppedAndHoldsUpNobody) {
+    std::vector<platform::Descriptor> silent;
+    for (int i = 0; i < 20; ++i) {
+        silent.push_back(Visit());
+    }
+    EXPECT_LT(test::TimeOf([&] { Connect(); }), test::kSlack);
+    EXPECT_TRUE(IsClosedByPeer(silent.back().Get()));
+}
+
+/// An open channel whose other end the test plays, as host or as worker.
+class HostileTalk {
+public:
+    explicit HostileTalk(Role role) {
+        auto memory = MakeMemory(4096, 4096);
+        auto ends = MakeSocketPair();
+        m_socket = std::move(ends->second);
+        m_end =
+            std::make_shared<ChannelEnd>(Link{std::move(ends->first), PeerOf(m_socket.Get()),
+                                              std::move(memory->send), std::move(memory->receive)},
+                                         role, TimeOuts{2000, 2000});
+    }
+    ChannelStatus Receive() {
+        std::uint32_t id = 0;
+        std::uint32_t length = 0;
+        void* buffer = nullptr;
+        return m_end->Receive(&id, &buffer, &length, nullptr);
+    }
+    [[nodiscard]] int Socket() const { return m_socket.Get(); }
+    ChannelEnd& End() { return *m_end; }
+
+private:
+    platform::Descriptor m_socket;
+    std::shared_ptr<ChannelEnd> m_end;
+};
+
+Packet PacketOf(PacketKind kind, std::uint32_t slot = 0, std::uint32_t length = 0) {
+    Packet packet = GoodHello();
+    packet.kind = kind;
+    packet.slot = slot;
+    packet.length = length;
+    return packet;
+}
+
+TEST(HostileTalkTest, PacketsThatNoHonestPeerSendsEndTheChannel) {
+    const test::Holdings before = test::HeldBy();
+    const platform::Descriptor file = MemoryFile(kGoodSize, kSeals);
+    const platform::Descriptor plain(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    struct Case {
+        const char* what;
+        Packet packet;
+        std::vector<int> files;
+    };
+    const Case cases[] = {
+        {"slot too high", PacketOf(PacketKind::Data, 4), {}},
+        {"slot far too high", PacketOf(PacketKind::Data, 0xFFFFFFFF), {}},
+        {"longer than the slot", PacketOf(PacketKind::Data, 0, 4097), {}},
+        {"slot that was not sent", PacketOf(PacketKind::Release, 1), {}},
+        {"released slot too high", PacketOf(PacketKind::Release, 33), {}},
+        {"file with a message", PacketOf(PacketKind::Data), {file.Get()}},
+        {"second hello", PacketOf(PacketKind::Hello), {file.Get(), file.Get()}},
+        {"late answer", PacketOf(PacketKind::Acknowledge), {}},
+        {"stream offered", PacketOf(PacketKind::Offer), {plain.Get(), file.Get(), file.Get()}},
+        {"file offered as socket",
+         PacketOf(PacketKind::Offer),
+         {file.Get(), file.Get(), file.Get()}},
+    };
+    for (const Role role : {Role::Opens, Role::Takes}) {
+        for (const Case& wrong : cases) {
+            SCOPED_TRACE(wrong.what);
+            HostileTalk talk(role);
+            SendRaw(talk.Socket(), PacketOf(PacketKind::Data, 3, 4096));
+            SendRaw(talk.Socket(), wrong.packet, wrong.files);
+            EXPECT_EQ(talk.Receive(), kChannelDone) << "what arrived before is given";
+            EXPECT_EQ(talk.Receive(), kChannelClosed);
+            EXPECT_TRUE(IsClosedByPeer(talk.Socket()));
+        }
+        HostileTalk talk(role);
+        SendRaw(talk.Socket(), PacketOf(PacketKind::Data));
+        SendRaw(talk.Socket(), PacketOf(PacketKind::Data)); // a slot that we hold
+        EXPECT_EQ(talk.Receive(), kChannelDone);
+        EXPECT_EQ(talk.Receive(), kChannelClosed);
+    }
+    EXPECT_EQ(test::HeldBy().descriptors, before.descriptors + 2) << "ours alone";
+}
+
+TEST(HostileTalkTest, OnlyWhoConnectedOffers) {
+    const platform::Descriptor file = MemoryFile(kGoodSize, kSeals);
+    const auto ends = MakeSocketPair();
+    const std::vector<int> files = {ends->first.Get(), file.Get(), file.Get()};
+    HostileTalk worker(Role::Takes);
+    SendRaw(worker.Socket(), PacketOf(PacketKind::Offer), files);
+    EXPECT_NE(worker.End().SubChannel(7, {}, {}), nullptr);
+    HostileTalk host(Role::Opens);
+    SendRaw(host.Socket(), PacketOf(PacketKind::Offer), files);
+    EXPECT_EQ(host.Receive(), kChannelClosed);
+}
+
+TEST(HostileTalkTest, APeerThatNeverReadsCannotBlockAnybody) {
+    HostileTalk talk(Role::Takes);
+    int answers = 0;
+    do {
+        SendRaw(talk.Socket(), PacketOf(PacketKind::Data));
+        ASSERT_EQ(talk.Receive(), kChannelDone);
+        ASSERT_LT(++answers, 2000);
+    } while (talk.End().Release(nullptr) == kChannelDone);
+    EXPECT_EQ(talk.Receive(), kChannelClosed);
+}
+
+TEST(HostileWorkerTest, AnAnswerThatIsNoneOpensNoChannel) {
+    const test::SocketFolder folder;
+    platform::Descriptor listener;
+    ASSERT_TRUE(ListenOn(folder.Socket(), listener));
+    ASSERT_TRUE(UseWorker({.socket = folder.Socket()}));
+    accept(listener.Get(), nullptr, nullptr); // UseWorker's look
+    Packet other = PacketOf(PacketKind::Acknowledge);
+    other.id = 8;
+    for (const Packet& answer : {PacketOf(PacketKind::Data), other}) {
+        std::thread worker([&] {
+            const platform::Descriptor socket(accept(listener.Get(), nullptr, nullptr));
+            SendRaw(socket.Get(), answer);
+        });
+        EXPECT_EQ(Host().CreateChannel(7, 4096, 4096, kForEver, kForEver), 0U);
+        worker.join();
+    }
+    std::thread worker([&] { close(accept(listener.Get(), nullptr, nullptr)); });
+    EXPECT_EQ(Host().CreateChannel(7, 4096, 4096, kForEver, kForEver), 0U);
+    worker.join();
+    LeaveWorker();
+}
+
+TEST(RendezvousTest, TheFolderMustBeTheUsersOwnAlone) {
+    const test::SocketFolder folder;
+    chmod(folder.Path().c_str(), 0750);
+    const WorkerStatus open = ListenForHosts(folder.Socket());
+    EXPECT_FALSE(open);
+    EXPECT_NE(open.reason.find(folder.Path()), std::string::npos);
+    chmod(folder.Path().c_str(), 0700);
+    symlink(folder.Path().c_str(), folder.Path("link").c_str());
+    EXPECT_FALSE(ListenForHosts(folder.Path("link/s")));
+    EXPECT_FALSE(ListenForHosts(folder.Path("missing/s")));
+    EXPECT_FALSE(ListenForHosts(folder.Path(std::string(200, 'a'))));
+    EXPECT_FALSE(ListenForHosts(""));
+}
+
+TEST(RendezvousTest, OnlyAStaleSocketIsReplaced) {
+    const test::SocketFolder folder;
+    platform::Descriptor stale;
+    ASSERT_TRUE(ListenOn(folder.Socket(), stale));
+    EXPECT_FALSE(ListenForHosts(folder.Socket())) << "somebody listens";
+    stale = {};
+    EXPECT_FALSE(UseWorker({.socket = folder.Socket()}));
+    EXPECT_TRUE(ListenForHosts(folder.Socket()));
+    EXPECT_FALSE(ListenForHosts(folder.Path("t"))) << "in one place at a time";
+    StopListening();
+    EXPECT_EQ(test::CountEntries(folder.Path()), 0U);
+    folder.Write("s", "somebody's");
+    EXPECT_FALSE(ListenForHosts(folder.Socket()));
+    EXPECT_EQ(std::filesystem::file_size(folder.Socket()), 10U);
+}
+
+} // namespace
+} // namespace nqp2::channel

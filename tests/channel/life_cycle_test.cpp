@@ -1,0 +1,266 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tests/channel/channel_test.h"
+
+#include <atomic>
+#include <future>
+#include <sys/resource.h>
+
+namespace nqp2::test {
+namespace {
+
+using LifeCycleTest = ChannelTest;
+
+TEST(SysInterfaceTest, UsableDependsOnSixSlots) {
+    SysInterfaceTable table = Host();
+    EXPECT_FALSE(IsUsable(nullptr));
+    table.OpenSubChannel = nullptr;
+    EXPECT_TRUE(IsUsable(&table));
+    void* slots[10];
+    for (const int slot : {0, 2, 4, 5, 7, 9}) {
+        SysInterfaceTable lacking = table;
+        std::memcpy(slots, &lacking, sizeof(slots));
+        slots[slot] = nullptr;
+        std::memcpy(&lacking, slots, sizeof(slots));
+        EXPECT_FALSE(IsUsable(&lacking)) << slot;
+    }
+}
+
+void ExpectDeaf(const SysInterfaceTable& table, ChannelHandle handle) {
+    void* buffer = nullptr;
+    std::int32_t capacity = 0;
+    EXPECT_EQ(Receive(table, handle).status, kChannelClosed);
+    EXPECT_EQ(table.GetSendBuffer(handle, &buffer, &capacity, nullptr), kChannelClosed);
+    EXPECT_EQ(table.SendPacket(handle, 1, &capacity, 0), kChannelClosed);
+    EXPECT_EQ(table.ReleasePacket(handle, nullptr, 0), kChannelClosed);
+    EXPECT_EQ(table.OpenSubChannel(handle, 1, 0, 0, 0, 0), 0U);
+}
+
+TEST_F(LifeCycleTest, HandlesThatNameNoChannelAreSafe) {
+    Connect();
+    ChannelHandle copy = m_host;
+    EXPECT_EQ(Host().CloseChannel(&m_host), kChannelDone);
+    EXPECT_EQ(m_host, 0U);
+    EXPECT_EQ(Host().CloseChannel(&m_host), kChannelDone);
+    EXPECT_EQ(Host().CloseChannel(&copy), kChannelDone) << "a second field with the same handle";
+    for (const ChannelHandle handle : {copy, m_host, ~ChannelHandle{0}}) {
+        ExpectDeaf(Host(), handle);
+    }
+    EXPECT_EQ(Host().CloseChannel(nullptr), kChannelMisuse);
+}
+
+TEST_F(LifeCycleTest, WhatArrivedBeforeTheEndIsGivenAndThenTheEndForEver) {
+    Connect();
+    for (std::uint32_t id = 1; id <= 3; ++id) {
+        ASSERT_EQ(SendPattern(Host(), m_host, id, 8), kChannelDone);
+    }
+    // Unread in the host's queue: the system reports a reset ahead of what arrived.
+    ASSERT_EQ(SendPattern(WorkerEnd(), m_worker, 9), kChannelDone);
+    Host().CloseChannel(&m_host);
+    for (std::uint32_t id = 1; id <= 3; ++id) {
+        const Received received = Receive(WorkerEnd(), m_worker);
+        EXPECT_EQ(received.id, id);
+        EXPECT_TRUE(HasPattern(received.buffer, 8, id));
+    }
+    ExpectDeaf(WorkerEnd(), m_worker);
+    EXPECT_EQ(Receive(WorkerEnd(), m_worker).status, kChannelClosed);
+}
+
+TEST_F(LifeCycleTest, CloseEndsWhoeverWaitsInside) {
+    Connect(100000, 100000);
+    ASSERT_EQ(SendPattern(Host(), m_host, 1), kChannelDone);
+    const ChannelHandle handle = m_host;
+    auto receiver = std::async(std::launch::async, [&] { return Receive(Host(), handle).status; });
+    auto second = std::async(std::launch::async, [&] { return Receive(Host(), handle).status; });
+    auto sender = std::async(std::launch::async, [&] { return SendPattern(Host(), handle, 2); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    EXPECT_LT(TimeOf([&] {
+                  Host().CloseChannel(&m_host);
+                  EXPECT_EQ(receiver.get(), kChannelClosed);
+                  EXPECT_EQ(second.get(), kChannelClosed);
+                  EXPECT_EQ(sender.get(), kChannelClosed);
+              }),
+              kSlack);
+}
+
+TEST_F(LifeCycleTest, SubChannelsAreTakenByIdAndOutliveTheirParent) {
+    Connect(5000, 6000, 2000);
+    const ChannelHandle first = Host().OpenSubChannel(m_host, 50, 100, 200, 0, 0);
+    const ChannelHandle second = Host().OpenSubChannel(m_host, 51, 0, 0, 0, 0);
+    ASSERT_EQ(SendPattern(Host(), first, 5), kChannelDone) << "before anybody took it";
+    ChannelHandle takenSecond = WorkerEnd().OpenSubChannel(m_worker, 51, 0, 0, 0, 0);
+    ChannelHandle takenFirst = WorkerEnd().OpenSubChannel(m_worker, 50, 0, 0, 0, 0);
+    Host().CloseChannel(&m_host);
+    WorkerEnd().CloseChannel(&m_worker);
+    EXPECT_EQ(NextId(WorkerEnd(), takenFirst), 5);
+
+    void* buffer = nullptr;
+    std::int32_t capacity = 0;
+    for (const auto& [channel, size] : {std::pair(takenFirst, 200), std::pair(takenSecond, 6000)}) {
+        EXPECT_EQ(WorkerEnd().GetSendBuffer(channel, &buffer, &capacity, nullptr), kChannelDone);
+        EXPECT_EQ(capacity, size);
+    }
+    // A sub-channel has sub-channels, and the roles stay as they are.
+    ChannelHandle third = Host().OpenSubChannel(second, 52, 0, 0, 0, 0);
+    ChannelHandle takenThird = WorkerEnd().OpenSubChannel(takenSecond, 52, 0, 0, 0, 0);
+    ASSERT_EQ(SendPattern(WorkerEnd(), takenThird, 6), kChannelDone);
+    EXPECT_EQ(NextId(Host(), third), 6);
+    for (ChannelHandle handle : {first, second, third, takenFirst, takenSecond, takenThird}) {
+        Host().CloseChannel(&handle);
+    }
+}
+
+TEST_F(LifeCycleTest, AnOfferThatNeverComesIsWaitedForNoLongerThanAsked) {
+    Connect();
+    EXPECT_LT(TimeOf([&] { EXPECT_EQ(WorkerEnd().OpenSubChannel(m_worker, 50, 0, 0, 0, 40), 0U); }),
+              40 + kSlack);
+    const ChannelHandle handle = m_worker;
+    auto waiting = std::async(std::launch::async,
+                              [&] { return WorkerEnd().OpenSubChannel(handle, 50, 0, 0, 0, 0); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    Host().CloseChannel(&m_host);
+    EXPECT_EQ(waiting.get(), 0U);
+}
+
+TEST_F(LifeCycleTest, ThreadsThatWaitForDifferentThingsDoNotTakeThemFromEachOther) {
+    constexpr std::uint32_t kTooLong = 20000;
+    Connect(4096, 4096, kTooLong);
+    const auto start = std::chrono::steady_clock::now();
+    for (std::uint32_t id = 1; id <= 300; ++id) {
+        auto taker = std::async(std::launch::async, [&] {
+            return WorkerEnd().OpenSubChannel(m_worker, 50, 0, 0, 0, 0);
+        });
+        auto receiver =
+            std::async(std::launch::async, [&] { return NextId(WorkerEnd(), m_worker); });
+        ChannelHandle opened = Host().OpenSubChannel(m_host, 50, 16, 16, 0, 0);
+        ASSERT_EQ(SendPattern(Host(), m_host, id), kChannelDone);
+        ASSERT_EQ(receiver.get(), static_cast<std::int32_t>(id));
+        ChannelHandle taken = taker.get();
+        ASSERT_NE(taken, 0U);
+        Host().CloseChannel(&opened);
+        WorkerEnd().CloseChannel(&taken);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(kTooLong))
+        << "a wait ended by its time-out";
+}
+
+TEST_F(LifeCycleTest, OffersThatNobodyTakesAreLimited) {
+    Connect(16, 16, 0);
+    std::vector<ChannelHandle> opened;
+    for (int i = 0; i < 1000; ++i) {
+        const ChannelHandle handle = Host().OpenSubChannel(m_host, 50, 16, 16, 0, 0);
+        if (handle == 0) {
+            break;
+        }
+        opened.push_back(handle);
+    }
+    ASSERT_GE(opened.size(), 64U);
+    EXPECT_LT(opened.size(), 1000U);
+    // There is room for messages still, and the channel lives.
+    EXPECT_EQ(SendPattern(Host(), m_host, 3), kChannelDone);
+    EXPECT_EQ(NextId(WorkerEnd(), m_worker), 3);
+    EXPECT_EQ(SendPattern(Host(), opened.front(), 1), kChannelDone);
+    EXPECT_EQ(NextId(Host(), opened.back()), kChannelClosed) << "refused";
+    for (ChannelHandle& handle : opened) {
+        Host().CloseChannel(&handle);
+    }
+}
+
+TEST_F(LifeCycleTest, NoListenerNoChannel) {
+    auto waiting = std::async(
+        std::launch::async, [] { return WorkerEnd().CreateChannel(8, 0, 0, kForEver, kForEver); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    StopListening();
+    EXPECT_EQ(waiting.get(), 0U);
+    EXPECT_FALSE(std::filesystem::exists(m_folder.Socket()));
+    EXPECT_EQ(WorkerEnd().CreateChannel(8, 0, 0, kForEver, kForEver), 0U);
+    EXPECT_LT(TimeOf([] { EXPECT_EQ(Host().CreateChannel(7, 16, 16, kForEver, kForEver), 0U); }),
+              kSlack);
+}
+
+/// A worker that answers each channel's first message and closes it then.
+class AnsweringWorker {
+public:
+    AnsweringWorker() {
+        for (std::thread& thread : m_threads) {
+            thread = std::thread([] {
+                while (ChannelHandle channel =
+                           WorkerEnd().CreateChannel(7, 0, 0, kForEver, kForEver)) {
+                    const std::int32_t id = NextId(WorkerEnd(), channel);
+                    SendPattern(WorkerEnd(), channel, static_cast<std::uint32_t>(id) + 1);
+                    NextId(WorkerEnd(), channel);
+                    WorkerEnd().CloseChannel(&channel);
+                }
+            });
+        }
+    }
+    ~AnsweringWorker() {
+        StopListening();
+        for (std::thread& thread : m_threads) {
+            thread.join();
+        }
+    }
+
+private:
+    std::array<std::thread, 4> m_threads;
+};
+
+std::int32_t AskOnce(std::uint32_t id) {
+    ChannelHandle channel = Host().CreateChannel(7, kRequestSize, kRequestSize, kForEver, kForEver);
+    SendPattern(Host(), channel, id);
+    const std::int32_t answer = NextId(Host(), channel);
+    Host().CloseChannel(&channel);
+    return answer;
+}
+
+TEST_F(LifeCycleTest, ThousandsOfChannelsLeaveNothingBehind) {
+    {
+        const AnsweringWorker worker;
+        ASSERT_EQ(AskOnce(1), 2);
+        const Holdings before = Settled();
+        for (std::uint32_t i = 0; i < 3000; ++i) {
+            ASSERT_EQ(AskOnce(i), static_cast<std::int32_t>(i + 1));
+        }
+        EXPECT_EQ(Settled(), before);
+    }
+}
+
+TEST_F(LifeCycleTest, FewDescriptorsMakeCallersFailOrWaitAndRecover) {
+    const AnsweringWorker worker;
+    ASSERT_EQ(AskOnce(1), 2);
+    const Holdings before = Settled();
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    rlimit low = limit;
+    low.rlim_cur = before.descriptors + 40;
+    setrlimit(RLIMIT_NOFILE, &low);
+    std::atomic<int> answered = 0;
+    std::vector<std::thread> hosts(100);
+    for (std::thread& host : hosts) {
+        host = std::thread([&] { answered += AskOnce(5) == 6 ? 1 : 0; });
+    }
+    for (std::thread& host : hosts) {
+        host.join();
+    }
+    EXPECT_GT(answered, 0);
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(AskOnce(1), 2);
+    EXPECT_EQ(Settled(), before);
+}
+
+TEST_F(LifeCycleTest, HundredsAtOnce) {
+    const AnsweringWorker worker;
+    std::atomic<int> answered = 0;
+    std::vector<std::thread> hosts(200);
+    for (std::thread& host : hosts) {
+        host = std::thread([&] { answered += AskOnce(5) == 6 ? 1 : 0; });
+    }
+    for (std::thread& host : hosts) {
+        host.join();
+    }
+    EXPECT_EQ(answered, 200);
+}
+
+} // namespace
+} // namespace nqp2::test

@@ -1,0 +1,296 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+// Hosts and workers as processes of their own.
+
+#include "tests/channel/channel_test.h"
+#include "tests/channel/echo_worker.h"
+#include "tests/support/child_process.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <fstream>
+#include <random>
+
+namespace nqp2::test {
+namespace {
+
+const char* const kProgram = NQP2_ECHO_WORKER;
+
+/// The process that this test started last and that runs as `name`, 0 when there is none.
+pid_t ChildNamed(const std::string& name) {
+    std::ifstream list("/proc/self/task/" + std::to_string(getpid()) + "/children");
+    for (pid_t child = 0; list >> child;) {
+        std::ifstream file("/proc/" + std::to_string(child) + "/comm");
+        std::string running;
+        std::getline(file, running);
+        if (running == name.substr(0, 15)) {
+            return child;
+        }
+    }
+    return 0;
+}
+
+pid_t Worker() {
+    return ChildNamed(std::filesystem::path(kProgram).filename());
+}
+
+class WorkerProcessTest : public testing::Test {
+protected:
+    ~WorkerProcessTest() override { LeaveWorker(); }
+
+    /// Ends with the test, whatever ends that.
+    void Start() {
+        ASSERT_TRUE(
+            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
+    }
+    static ChannelHandle Open(std::uint32_t size = 4096, std::uint32_t timeOut = kForEver) {
+        return Host().CreateChannel(kEchoChannel, size, size, timeOut, timeOut);
+    }
+    /// Sends a message and compares what comes back; the first status that is not 1.
+    static std::int32_t Ask(ChannelHandle channel, std::uint32_t length) {
+        const std::int32_t status = SendPattern(Host(), channel, kEcho, length);
+        if (status != kChannelDone) {
+            return status;
+        }
+        const Received answer = Receive(Host(), channel);
+        if (answer.status == kChannelDone) {
+            EXPECT_TRUE(HasPattern(answer.buffer, answer.length, kEcho));
+            EXPECT_EQ(answer.length, length);
+            Host().ReleasePacket(channel, answer.buffer, answer.length);
+        }
+        return answer.status;
+    }
+
+    SocketFolder m_folder;
+};
+
+TEST_F(WorkerProcessTest, IsStartedFoundAndEnded) {
+    Start();
+    const pid_t worker = Worker();
+    ASSERT_NE(worker, 0);
+    ChannelHandle channel = Open(kRequestSize);
+    EXPECT_EQ(Ask(channel, kRequestSize), kChannelDone);
+    // Standard input, output and error, socket, eventfd, channel and the two processes' watch.
+    EXPECT_EQ(HeldBy(std::to_string(worker)).descriptors, 7U);
+    // A second host finds what the first one started.
+    EXPECT_EQ(RunInChild([&] {
+                  const bool found = static_cast<bool>(UseWorker({.socket = m_folder.Socket()}));
+                  return found && Ask(Open(), 3) == kChannelDone ? 7 : 1;
+              }),
+              7);
+    LeaveWorker();
+    EXPECT_EQ(Worker(), 0);
+    EXPECT_EQ(CountEntries(m_folder.Path()), 0U) << "it was killed, and its socket is gone";
+    EXPECT_EQ(Ask(channel, 1), kChannelClosed);
+    EXPECT_EQ(Open(), 0U);
+    Host().CloseChannel(&channel);
+}
+
+TEST_F(WorkerProcessTest, APlaceIsMadeAndRemoved) {
+    setenv("XDG_RUNTIME_DIR", m_folder.Path().c_str(), 1);
+    ASSERT_TRUE(UseWorker({.program = kProgram}));
+    ChannelHandle channel = Open();
+    EXPECT_EQ(Ask(channel, 10), kChannelDone);
+    EXPECT_EQ(CountEntries(m_folder.Path("nqp2")), 1U);
+    LeaveWorker();
+    EXPECT_EQ(CountEntries(m_folder.Path("nqp2")), 0U);
+    unsetenv("XDG_RUNTIME_DIR");
+    ASSERT_TRUE(UseWorker({.program = kProgram}));
+    Host().CloseChannel(&channel);
+}
+
+TEST_F(WorkerProcessTest, WhatDoesNotStartIsReported) {
+    const Holdings before = HeldBy();
+    EXPECT_NE(UseWorker({.program = "/nowhere/worker"}).reason.find("/nowhere/worker"),
+              std::string::npos);
+    EXPECT_NE(UseWorker({.program = "/bin/false"}).reason.find("ended"), std::string::npos);
+    EXPECT_LT(TimeOf([] {
+                  const WorkerStatus status = UseWorker(
+                      {.program = kProgram, .arguments = {"--deaf"}, .startMilliseconds = 50});
+                  EXPECT_NE(status.reason.find("in time"), std::string::npos);
+              }),
+              50 + kSlack);
+    EXPECT_FALSE(UseWorker({}));
+    EXPECT_EQ(Open(), 0U);
+    EXPECT_EQ(HeldBy(), before);
+}
+
+TEST_F(WorkerProcessTest, TheHostsOtherChildrenStayItsOwn) {
+    const pid_t other = fork();
+    if (other == 0) {
+        _exit(9);
+    }
+    Start();
+    kill(Worker(), SIGKILL);
+    LeaveWorker();
+    int status = 0;
+    EXPECT_EQ(waitpid(other, &status, 0), other);
+    EXPECT_EQ(WEXITSTATUS(status), 9);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "none is left";
+    // A host that waits for every child by itself.
+    Start();
+    kill(Worker(), SIGKILL);
+    waitpid(-1, nullptr, 0);
+    LeaveWorker();
+}
+
+TEST_F(WorkerProcessTest, EndsWithTheThreadThatStartedItWhenAsked) {
+    std::thread([&] {
+        EXPECT_TRUE(
+            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
+    }).join();
+    EXPECT_TRUE(Eventually([] { return Open() == 0; }));
+}
+
+TEST_F(WorkerProcessTest, AChildThatHoldsTheSocketDoesNotHideTheEnd) {
+    Start();
+    ChannelHandle channel = Open();
+    SendPattern(Host(), channel, kForkAndEnd);
+    EXPECT_LT(TimeOf([&] { EXPECT_EQ(Receive(Host(), channel).status, kChannelClosed); }), kSlack);
+    Host().CloseChannel(&channel);
+}
+
+TEST_F(WorkerProcessTest, AStoppedWorkerIsWaitedForAndNotTakenForDead) {
+    Start();
+    ChannelHandle channel = Open(100000, 40);
+    ASSERT_EQ(SendPattern(Host(), channel, kKeep), kChannelDone);
+    EXPECT_EQ(SendPattern(Host(), channel, kEcho), kChannelTimedOut) << "the slot is kept";
+    ChannelHandle second = Open(100000, 40);
+    const pid_t worker = Worker();
+    kill(worker, SIGSTOP);
+    ASSERT_EQ(waitpid(worker, nullptr, WUNTRACED), worker); // until all its threads stand still
+    ASSERT_EQ(SendPattern(Host(), second, kEcho, 5), kChannelDone);
+    EXPECT_LT(TimeOf([&] { EXPECT_EQ(Receive(Host(), second).status, kChannelTimedOut); }),
+              40 + kSlack);
+    std::int32_t abortFlag = 1;
+    EXPECT_EQ(Receive(Host(), second, &abortFlag).status, kChannelAborted);
+    kill(worker, SIGCONT);
+    EXPECT_TRUE(Eventually([&] { return Receive(Host(), second).length == 5; }));
+    kill(worker, SIGSTOP);
+    kill(worker, SIGKILL);
+    EXPECT_TRUE(Eventually([&] { return Receive(Host(), second).status == kChannelClosed; }));
+    for (ChannelHandle handle : {channel, second}) {
+        Host().CloseChannel(&handle);
+    }
+}
+
+/// Asks large questions on one channel and listens on another until the worker is gone.
+void AskUntilTheEnd(pid_t worker, std::chrono::microseconds life, std::uint32_t length) {
+    ChannelHandle channel =
+        Host().CreateChannel(kEchoChannel, kRequestSize, kRequestSize, kForEver, kForEver);
+    ChannelHandle busy = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 0);
+    std::thread killer([&] {
+        std::this_thread::sleep_for(life);
+        kill(worker, SIGKILL);
+    });
+    std::thread listener([&] {
+        std::int32_t status = 0;
+        while ((status = NextId(Host(), busy)) > 0) {
+        }
+        EXPECT_EQ(status, kChannelClosed);
+    });
+    std::int32_t status = kChannelDone;
+    while (status == kChannelDone) {
+        status = SendPattern(Host(), channel, kEcho, length);
+        status = status == kChannelDone ? Receive(Host(), channel).status : status;
+        Host().ReleasePacket(channel, nullptr, 0);
+    }
+    EXPECT_EQ(status, kChannelClosed);
+    killer.join();
+    EXPECT_LT(TimeOf([&] { listener.join(); }), 1000);
+    Host().CloseChannel(&channel);
+    Host().CloseChannel(&busy);
+}
+
+/// Set NQP2_KILLS for a longer run.
+TEST_F(WorkerProcessTest, AKilledWorkerEndsInMinusSixAndLeavesNothing) {
+    const char* const kills = std::getenv("NQP2_KILLS");
+    const int count = kills != nullptr ? std::atoi(kills) : 30;
+    std::mt19937 random(4711);
+    const Holdings before = HeldBy();
+    for (int i = 0; i < count; ++i) {
+        SCOPED_TRACE(i);
+        Start();
+        AskUntilTheEnd(Worker(), std::chrono::microseconds(random() % (i % 2 != 0 ? 3000 : 60000)),
+                       i % 3 != 0 ? kRequestSize : 100);
+    }
+    LeaveWorker();
+    EXPECT_EQ(HeldBy(), before);
+    EXPECT_EQ(CountEntries(m_folder.Path()), 0U);
+}
+
+/// A question to a worker that the system kills at its n-th call of that name.
+void AskOneKilledAt(const std::string& call, int n, const std::string& socket) {
+    SCOPED_TRACE(call + ' ' + std::to_string(n));
+    const std::string inject = "inject=" + call + ":signal=KILL:when=" + std::to_string(n);
+    WorkerSettings traced{.program = "/usr/bin/strace",
+                          .arguments = {"-D", "-f", "-o", "/dev/null", "-e", inject, kProgram},
+                          .socket = socket,
+                          .endsWithThread = true};
+    if (!UseWorker(traced)) {
+        return; // it did not live until it listened
+    }
+    ChannelHandle channel = Host().CreateChannel(kEchoChannel, 100000, 4096, kForEver, kForEver);
+    ChannelHandle busy = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 0);
+    std::int32_t status = channel != 0 ? kChannelDone : kChannelClosed;
+    for (int i = 0; i < 20 && status == kChannelDone; ++i) {
+        status = SendPattern(Host(), channel, kEcho, 100);
+        status = status == kChannelDone ? NextId(Host(), channel) : status;
+        status = status == kChannelDone ? NextId(Host(), busy) : status;
+        status = status == 20004 ? kChannelDone : status;
+    }
+    EXPECT_TRUE(status == kChannelDone || status == kChannelClosed) << status;
+    Host().CloseChannel(&channel);
+    Host().CloseChannel(&busy);
+}
+
+TEST_F(WorkerProcessTest, KilledAtAnyCallItLeavesNothing) {
+    if (RunInChild([] {
+            return std::system("/usr/bin/strace -o /dev/null /bin/true 2>/dev/null") == 0 ? 7 : 1;
+        }) != 7) {
+        GTEST_SKIP() << "strace cannot be used here";
+    }
+    const Holdings before = HeldBy();
+    for (const char* const call : {"accept4", "recvmsg", "sendmsg", "poll"}) {
+        for (const int n : {1, 2, 3, 4, 5, 8, 13}) {
+            const long time = TimeOf([&] { AskOneKilledAt(call, n, m_folder.Socket()); });
+            EXPECT_LT(time, 4 * kSlack) << call << ' ' << n;
+        }
+    }
+    // The first ones load the program, the later ones map what the host sent.
+    for (int n = 20; n < 60; n += 4) {
+        AskOneKilledAt("mmap", n, m_folder.Socket());
+    }
+    LeaveWorker();
+    EXPECT_EQ(HeldBy(), before);
+}
+
+TEST_F(WorkerProcessTest, AWorkerSurvivesKilledHosts) {
+    Start();
+    ChannelHandle channel = Open();
+    ASSERT_EQ(Ask(channel, 1), kChannelDone);
+    const std::string worker = std::to_string(Worker());
+    const Holdings before = HeldBy(worker);
+    std::mt19937 random(42);
+    for (int i = 0; i < 15; ++i) {
+        const pid_t host = fork();
+        if (host == 0) {
+            const ChannelHandle own = Open(kRequestSize);
+            while (Ask(own, i % 2 != 0 ? 2000000 : 10) == kChannelDone) {
+            }
+            _exit(1);
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 40000));
+        kill(host, SIGKILL);
+        waitpid(host, nullptr, 0);
+    }
+    EXPECT_EQ(Ask(channel, 1), kChannelDone);
+    EXPECT_TRUE(Eventually([&] { return HeldBy(worker) == before; }))
+        << HeldBy(worker) << "; " << before;
+    Host().CloseChannel(&channel);
+}
+
+} // namespace
+} // namespace nqp2::test

@@ -1,0 +1,112 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/base_clip_info.h"
+
+#include "tests/support/print_text.h"
+#include "tests/worker/essence_maker.h"
+#include "tests/worker/transfer_fixture.h"
+#include "worker/frame_rate_text.h"
+
+#include <gtest/gtest.h>
+
+namespace nqp2::worker {
+namespace {
+
+TEST(BaseClipInfo, DescribesCameraFiles) {
+    struct Case {
+        const char* name;
+        const char* container;
+        const wchar_t* codec;
+        std::int64_t timecode; ///< AVI keeps none
+    };
+    const Case cases[] = {{"00001.AVI", "avi", L"DVSD", 0},
+                          {"00002.MOV", "mov", L"DVCP", (62 * 60 + 3) * 25 + 4}};
+    const test::TempFolder folder;
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.name);
+        const std::string path = folder.Path(each.name);
+        ASSERT_TRUE(WriteMovie(path, each.container, kDv25Pal, 10));
+        NQP2BaseClipInfo info;
+        info.texts.Add(L"from an earlier call");
+        const CString asked = Name(path.c_str());
+        const Outcome outcome = DescribeClip(asked, info);
+        ASSERT_TRUE(outcome) << outcome.error;
+        EXPECT_EQ(info.clipText1, Name(std::string(each.name, 5).c_str()));
+        EXPECT_EQ(info.clipText3, L"A walk");
+        EXPECT_EQ(info.codec, each.codec);
+        EXPECT_EQ(info.value1, 25000);
+        EXPECT_EQ(info.value2, 10);
+        EXPECT_EQ(info.value3, each.timecode);
+        EXPECT_EQ(info.text1, L"50i");
+        EXPECT_EQ(info.text2, L"4:3");
+        EXPECT_EQ(info.text3, asked);
+        ASSERT_EQ(info.texts.GetSize(), 2);
+        EXPECT_EQ(info.texts[1], asked);
+        EXPECT_EQ(info.value4, 576 << 16 | 720);
+        EXPECT_NE(info.identifier, GUID());
+        NQP2BaseClipInfo again;
+        again.clipText1 = L"given name";
+        again.clipText2 = L"given date";
+        ASSERT_TRUE(DescribeClip(Name(folder.Path(std::string(each.name)).c_str()), again));
+        EXPECT_EQ(again.identifier, info.identifier);
+        EXPECT_EQ(again.clipText1, L"given name");
+        EXPECT_EQ(again.clipText2, L"given date");
+    }
+}
+
+TEST(BaseClipInfo, DescribesP2ClipsByTheirMetadata) {
+    const test::CardBuilder card;
+    AddWholeClip(
+        card, "0001AB", 1,
+        {{"GlobalClipID", "060A2B340101010501010D431300000011111111111111111111111111111111"},
+         {"Duration", "250"},
+         {"EssenceList/Video/Codec", "DV50_422"},
+         {"EssenceList/Video/FrameRate", "59.94i"},
+         {"EssenceList/Video/FrameRate@DropFrameFlag", "false"},
+         {"EssenceList/Video/StartTimecode", "00:00:01:00"},
+         {"EssenceList/Video/AspectRatio", "16:9"},
+         {"EssenceList/Audio", ""},
+         {"EssenceList/+Audio", ""},
+         {"ClipMetadata/UserClipName", "Interview"}});
+    NQP2BaseClipInfo info;
+    ASSERT_TRUE(DescribeClip(card.Contents() + L"CLIP\\0001ab.xml", info));
+    EXPECT_EQ(info.clipText1, L"0001AB");
+    EXPECT_EQ(info.clipText3, L"Interview");
+    EXPECT_EQ(info.codec, L"DV50_422");
+    EXPECT_EQ(info.value1, 29970);
+    EXPECT_EQ(info.value2, 250);
+    EXPECT_EQ(info.value3, 30);
+    EXPECT_EQ(info.text1, L"59.94i");
+    EXPECT_EQ(info.text2, L"16:9");
+    EXPECT_EQ(info.text3, card.Contents() + L"VIDEO\\0001AB.MXF");
+    EXPECT_EQ(info.texts.GetSize(), 1) << "the reader leaves the last channel out";
+    EXPECT_EQ(info.identifier.Data1, 0x11111111U);
+}
+
+TEST(BaseClipInfo, FilesThatAreNoneFailWithAReason) {
+    const test::TempFolder folder;
+    const std::string movie = folder.Path("whole.mov");
+    ASSERT_TRUE(WriteMovie(movie, "mov", kDv25Pal, 2));
+    const std::string bytes = FilesBelow(folder.Path()).at("whole.mov");
+    const std::string paths[] = {
+        folder.Path("nothing.mov"),
+        folder.MakeFolder("folder.mov"),
+        folder.Write("empty.mov"),
+        folder.Write("text.avi", "no movie at all"),
+        folder.Write("cut.mov", bytes.substr(0, 1000)),
+        folder.Write("list.m3u8", "#EXTM3U\n#EXTINF:1,\nfile:" + movie + "\n"),
+        folder.Write("text.xml", "<a/>"),
+        "concat:" + movie,
+        "relative.mov",
+    };
+    for (const std::string& path : paths) {
+        NQP2BaseClipInfo info;
+        const Outcome outcome = DescribeClip(Name(path.c_str()), info);
+        EXPECT_FALSE(outcome) << path;
+        EXPECT_FALSE(outcome.error.empty()) << path;
+    }
+}
+
+} // namespace
+} // namespace nqp2::worker

@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "worker/av_headers.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace nqp2::worker {
+
+/// How test pictures are encoded.
+struct TestEncoding {
+    const char* encoder;
+    int width;
+    int height;
+    AVRational rate;
+    AVPixelFormat pixels;
+    const char* options = "";
+};
+
+inline constexpr TestEncoding kDv25Pal = {"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV420P};
+inline constexpr TestEncoding kDv25Ntsc = {"dvvideo", 720, 480, {30000, 1001}, AV_PIX_FMT_YUV411P};
+inline constexpr TestEncoding kDv50Pal = {"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV422P};
+
+/// Access units of a picture that changes; none when this libavcodec has no such encoder.
+std::vector<std::string> EncodePictures(const TestEncoding& encoding, int count);
+
+/// Writes DV and two channels of sound as a camera file of that container ("avi", "mov").
+bool WriteMovie(const std::string& path, const char* container, const TestEncoding& encoding,
+                int frames);
+
+/// What libavformat reads of a file's first stream, packets joined.
+std::string ReadEssence(const std::string& path, int& packets, std::int64_t& position);
+
+} // namespace nqp2::worker

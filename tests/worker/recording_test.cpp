@@ -1,0 +1,298 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/recording.h"
+
+#include "parser/NQP2Parser.h"
+#include "tests/support/print_text.h"
+#include "tests/worker/essence_maker.h"
+#include "tests/worker/transfer_fixture.h"
+#include "worker/media_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace nqp2::worker {
+namespace {
+
+using platform::IoError;
+using test::Operation;
+using testing::HasSubstr;
+
+WAVEFORMATEX Wave(std::uint16_t channels, std::uint16_t bits) {
+    WAVEFORMATEX wave;
+    wave.wFormatTag = 1;
+    wave.nChannels = channels;
+    wave.nSamplesPerSec = 48000;
+    wave.wBitsPerSample = bits;
+    return wave;
+}
+
+class RecordingTest : public testing::Test {
+protected:
+    RecordingParameters Parameters(eCodeType type = CT_DV25_50I) {
+        RecordingParameters parameters;
+        parameters.codeType = type;
+        parameters.wave = Wave(2, 16);
+        parameters.cardRoot = m_card.Root();
+        parameters.clipName = L"0007AB";
+        return parameters;
+    }
+    Outcome Record(const RecordingParameters& parameters, const std::vector<std::string>& units,
+                   const std::string& sound = {}) {
+        std::unique_ptr<Recording> recording;
+        Outcome outcome = Recording::Start(parameters, 0, VS_50I, recording);
+        for (std::size_t i = 0; outcome && i < units.size(); ++i) {
+            outcome = recording->Add(units[i], i == 0 ? sound : "");
+        }
+        return outcome ? recording->Finish() : outcome;
+    }
+    std::map<std::string, std::string> OnCard() { return FilesBelow(m_card.Folder().Path()); }
+    _tag_P2Clip Scan(eCodeType& type) {
+        CNQP2Parser parser;
+        parser.Init();
+        CArray<_tag_P2Clip> clips;
+        EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0);
+        parser.Release();
+        EXPECT_EQ(clips.GetSize(), 1);
+        const _tag_P2Clip clip = clips.IsEmpty() ? _tag_P2Clip() : clips[0];
+        type = CodeTypeFromCodec(clip.CodecName, clip.FrameRate, clip.AvcIntraClass50,
+                                 clip.CodecClass);
+        return clip;
+    }
+
+    test::CardBuilder m_card;
+};
+
+std::string Joined(const std::vector<std::string>& units) {
+    std::string all;
+    for (const std::string& unit : units) {
+        all += unit;
+    }
+    return all;
+}
+
+struct FormatCase {
+    eCodeType type;
+    TestEncoding encoding;
+    const char* rate;
+};
+
+TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
+    const FormatCase cases[] = {
+        {CT_DV25_50I, kDv25Pal, "50i"},
+        {CT_DV25_5994I, kDv25Ntsc, "59.94i"},
+        {CT_DV50_50I, kDv50Pal, "50i"},
+        {CT_DV50_2997P, {"dvvideo", 720, 480, {30000, 1001}, AV_PIX_FMT_YUV422P}, "29.97p"},
+        {CT_DV100_1080_50I, {"dvvideo", 1440, 1080, {25, 1}, AV_PIX_FMT_YUV422P}, "50i"},
+        {CT_DV100_720_50P, {"dvvideo", 960, 720, {50, 1}, AV_PIX_FMT_YUV422P}, "50p"},
+        {CT_AVCI100_1080_50I,
+         {"libx264", 1920, 1080, {25, 1}, AV_PIX_FMT_YUV422P10, "avcintra-class=100:flags=+ildct"},
+         "50i"},
+        {CT_AVCI50_720_50P,
+         {"libx264", 960, 720, {50, 1}, AV_PIX_FMT_YUV420P10, "avcintra-class=50"},
+         "50p"},
+    };
+    for (const FormatCase& each : cases) {
+        SCOPED_TRACE(CodeTypeName(each.type));
+        const std::vector<std::string> units = EncodePictures(each.encoding, 4);
+        if (units.empty()) {
+            std::cout << "no encoder " << each.encoding.encoder << ": left out\n";
+            continue;
+        }
+        const std::string name = "0007AB";
+        const Outcome outcome = Record(Parameters(each.type), units);
+        ASSERT_TRUE(outcome) << outcome.error;
+        eCodeType type = CT_DV25_50I;
+        const _tag_P2Clip clip = Scan(type);
+        EXPECT_EQ(type, each.type);
+        EXPECT_EQ(clip.FrameRate, Name(each.rate));
+        EXPECT_EQ(clip.Duration, 4);
+        const std::string video = m_card.Folder().Path("CONTENTS/VIDEO/0007AB.MXF");
+        int packets = 0;
+        std::int64_t position = 0;
+        EXPECT_EQ(ReadEssence(video, packets, position), Joined(units));
+        EXPECT_EQ(packets, 4);
+        EXPECT_EQ(clip.VideoStartByteOffset, position);
+        EXPECT_EQ(clip.VideoDataSize, static_cast<std::int64_t>(Joined(units).size()));
+        MediaFacts facts;
+        ASSERT_TRUE(ReadMediaFile(video, facts));
+        EXPECT_EQ(facts.width, each.encoding.width);
+        EXPECT_EQ(facts.height, each.encoding.height);
+        EXPECT_EQ(av_cmp_q({facts.rate.numerator, facts.rate.denominator}, each.encoding.rate), 0);
+        std::filesystem::remove_all(m_card.Folder().Path("CONTENTS/CLIP"));
+        std::filesystem::remove_all(m_card.Folder().Path("CONTENTS/VIDEO"));
+        std::filesystem::remove_all(m_card.Folder().Path("CONTENTS/AUDIO"));
+        m_card.Folder().MakeFolder("CONTENTS/CLIP");
+    }
+}
+
+TEST_F(RecordingTest, SoundIsTakenApartAndFilledUpToTheVideosEnd) {
+    for (const std::uint16_t bits : {std::uint16_t{16}, std::uint16_t{24}}) {
+        const std::size_t width = bits / 8U;
+        std::string interleaved;
+        std::string channels[2];
+        for (std::size_t i = 0; i < 2500; ++i) { // one frame and a bit, in two pieces
+            for (std::size_t channel = 0; channel < 2; ++channel) {
+                const std::string sample(width, static_cast<char>(i * 3 + channel + 1));
+                interleaved += sample;
+                channels[channel] += sample;
+            }
+        }
+        RecordingParameters parameters = Parameters();
+        parameters.wave = Wave(2, bits);
+        parameters.clipName = bits == 16 ? L"0016AB" : L"0024AB";
+        ASSERT_TRUE(Record(parameters, EncodePictures(kDv25Pal, 3), interleaved));
+        for (std::size_t channel = 0; channel < 2; ++channel) {
+            channels[channel].resize(std::size_t{1920} * 3 * width);
+            int packets = 0;
+            std::int64_t position = 0;
+            const std::string file = "CONTENTS/AUDIO/00" + std::to_string(bits) + "AB0" +
+                                     std::to_string(channel) + ".MXF";
+            EXPECT_EQ(ReadEssence(m_card.Folder().Path(file), packets, position),
+                      channels[channel]);
+        }
+    }
+}
+
+TEST_F(RecordingTest, MetadataCarryWhatTheHostSaid) {
+    RecordingParameters parameters = Parameters(CT_DV25_5994I);
+    parameters.userClipName = L"A <walk> & more";
+    parameters.startTimecode = 17982; // ten minutes of drop-frame
+    parameters.dropFrame = true;
+    parameters.isWide = true;
+    stu_R8PRelationClipInfo previous;
+    previous.value1 = 1;
+    previous.identifier1 = {0x11223344, 0x5566, 0x7788, {1, 2, 3, 4, 5, 6, 7, 8}};
+    previous.text1 = L"0006AB";
+    previous.text2 = L"AAB10E1234";
+    parameters.related.Add(previous);
+    ASSERT_TRUE(Record(parameters, EncodePictures(kDv25Ntsc, 2)));
+    eCodeType type = CT_DV25_50I;
+    const _tag_P2Clip clip = Scan(type);
+    EXPECT_EQ(clip.UserClipName, L"A <walk> & more");
+    EXPECT_EQ(clip.StartTimecode, 17982);
+    EXPECT_EQ(clip.DropFrame, 1);
+    EXPECT_EQ(clip.AspectRatio, L"16:9");
+    EXPECT_EQ(clip.PreviousClipName, L"0006AB");
+    EXPECT_EQ(clip.PreviousSerialNo, L"AAB10E1234");
+    EXPECT_EQ(clip.PreviousClipGuid, previous.identifier1);
+    EXPECT_TRUE(clip.NextClipName.IsEmpty());
+    EXPECT_NE(clip.GlobalClipGuid, GUID());
+    MediaFacts facts;
+    ASSERT_TRUE(ReadMediaFile(m_card.Folder().Path("CONTENTS/VIDEO/0007AB.MXF"), facts));
+    EXPECT_EQ(facts.timecode, "00:10:00;00");
+}
+
+TEST(StartTimecode, CountsAsTheRateDoes) {
+    struct Case {
+        eCodeType type;
+        std::uint32_t frames;
+        bool dropFrame;
+        const wchar_t* text;
+    };
+    const Case cases[] = {
+        {CT_DV25_50I, 900000, false, L"10:00:00:00"},
+        {CT_DV25_5994I, 1800, true, L"00:01:00:02"},
+        {CT_DV25_5994I, 1799, true, L"00:00:59:29"},
+        {CT_DV25_5994I, 1800, false, L"00:01:00:00"},
+        {CT_DV25_5994I, 17981, true, L"00:09:59:29"},
+        {CT_DV100_720_5994P, 3600, true, L"00:01:00:04"},
+        {CT_DV25_50I, 2160001, false, L"00:00:00:01"},
+        {CT_DV25_50I, 0xFFFFFFFF, false, L"09:51:31:20"},
+    };
+    for (const Case& each : cases) {
+        EXPECT_EQ(StartTimecodeText(*FindRecordingFormat(each.type), each.frames, each.dropFrame),
+                  each.text)
+            << each.frames;
+    }
+}
+
+TEST_F(RecordingTest, RefusesWhatItCannotRecord) {
+    struct Case {
+        const char* what;
+        void (*spoil)(RecordingParameters&);
+    };
+    const Case cases[] = {
+        {"long-GOP", [](RecordingParameters& p) { p.codeType = CT_AVCHD_1920_1080_50I; }},
+        {"no code type", [](RecordingParameters& p) { p.codeType = static_cast<eCodeType>(9); }},
+        {"compressed sound", [](RecordingParameters& p) { p.wave.wFormatTag = 0x55; }},
+        {"8 bits", [](RecordingParameters& p) { p.wave.wBitsPerSample = 8; }},
+        {"44.1 kHz", [](RecordingParameters& p) { p.wave.nSamplesPerSec = 44100; }},
+        {"17 channels", [](RecordingParameters& p) { p.wave.nChannels = 17; }},
+        {"drop-frame at 25", [](RecordingParameters& p) { p.dropFrame = true; }},
+        {"no card", [](RecordingParameters& p) { p.cardRoot = L"/no/such/card"; }},
+        {"a name upward", [](RecordingParameters& p) { p.clipName = L"../x"; }},
+    };
+    for (const Case& each : cases) {
+        RecordingParameters parameters = Parameters();
+        each.spoil(parameters);
+        std::unique_ptr<Recording> recording;
+        EXPECT_FALSE(Recording::Start(parameters, 0, VS_50I, recording)) << each.what;
+    }
+    EXPECT_TRUE(OnCard().empty());
+}
+
+TEST_F(RecordingTest, WrongDataIsRefusedAndTheRecordingGoesOn) {
+    std::unique_ptr<Recording> recording;
+    ASSERT_TRUE(Recording::Start(Parameters(), 0, VS_50I, recording));
+    const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
+    const std::string wrong[] = {"x", units[0].substr(1), units[0] + "x",
+                                 std::string(144000, '\xFF'), EncodePictures(kDv50Pal, 1)[0]};
+    for (const std::string& unit : wrong) {
+        EXPECT_FALSE(recording->Add(unit, ""));
+    }
+    EXPECT_FALSE(recording->Add("", "abc")) << "no whole sample";
+    EXPECT_TRUE(recording->Add(units[0], ""));
+    EXPECT_TRUE(recording->Add(units[1], ""));
+    EXPECT_TRUE(recording->Finish());
+    RecordingParameters avc = Parameters(CT_AVCI100_1080_50I);
+    avc.clipName = L"";
+    ASSERT_TRUE(Recording::Start(avc, 0, VS_50I, recording));
+    EXPECT_EQ(recording->Name(), L"0001AA");
+    EXPECT_FALSE(recording->Add(units[0], ""));
+    EXPECT_THAT(recording->Add(std::string("\0\0\0\1\x09\x10\0\0\0\1\x65", 11), "").error,
+                HasSubstr("no parameter sets"));
+    EXPECT_THAT(recording->Finish().error, HasSubstr("No frame"));
+}
+
+TEST_F(RecordingTest, NothingRemainsOfWhatDoesNotFinish) {
+    const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
+    {
+        std::unique_ptr<Recording> recording;
+        ASSERT_TRUE(Recording::Start(Parameters(), 0, VS_50I, recording));
+        ASSERT_TRUE(recording->Add(units[0], ""));
+        std::unique_ptr<Recording> second;
+        EXPECT_THAT(Recording::Start(Parameters(), 0, VS_50I, second).error, HasSubstr("already"));
+    }
+    EXPECT_TRUE(OnCard().empty()) << "dropped";
+    struct Case {
+        const char* what;
+        test::Fault fault;
+    };
+    const Case cases[] = {
+        {"full in mid-stream", {IoError::NoSpace, Operation::WriteAt, "VIDEO", 1}},
+        {"full at the end", {IoError::NoSpace, Operation::WriteAt, "CLIP"}},
+        {"flush", {IoError::Device, Operation::Flush, "AUDIO"}},
+        {"read back", {IoError::Device, Operation::ReadAt, "VIDEO"}},
+        {"names", {IoError::Exists, Operation::Commit, "CLIP"}},
+        {"second sound", {IoError::ReadOnly, Operation::Create, "01.MXF"}},
+    };
+    for (const Case& each : cases) {
+        test::FaultyFileSystem files;
+        const platform::ScopedFileSystem use(files);
+        files.Fail(each.fault);
+        EXPECT_THAT(Record(Parameters(), units).error, HasSubstr("made to fail")) << each.what;
+        EXPECT_TRUE(OnCard().empty()) << each.what;
+    }
+    test::FaultyFileSystem files;
+    const platform::ScopedFileSystem use(files);
+    files.SetFreeSpace(10'000'000);
+    std::unique_ptr<Recording> recording;
+    EXPECT_THAT(Recording::Start(Parameters(), 1000, VS_50I, recording).error,
+                HasSubstr("too little space"));
+    EXPECT_TRUE(Recording::Start(Parameters(), 10, VS_50I, recording));
+}
+
+} // namespace
+} // namespace nqp2::worker

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "tests/support/card_builder.h"
+#include "tests/support/faulty_file_system.h"
+#include "worker/transfer.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <string>
+
+namespace nqp2::worker {
+
+/// Remembers what it heard; ends the transfer at a position or at its end.
+class RecordingWatch final : public TransferWatch {
+public:
+    std::uint64_t stopAt = std::numeric_limits<std::uint64_t>::max();
+    bool mayFinish = true;
+    std::uint64_t last = 0;
+    std::uint64_t total = 0;
+
+    bool GoesOn(std::uint64_t done, std::uint64_t all) override {
+        EXPECT_GE(done, last);
+        last = done;
+        total = all;
+        return done < stopAt;
+    }
+    bool MayFinish(std::uint64_t all) override {
+        EXPECT_EQ(last, all);
+        return mayFinish;
+    }
+};
+
+/// Every file below a folder with its content; hidden ones too.
+inline std::map<std::string, std::string> FilesBelow(const std::string& folder) {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file()) {
+            std::ifstream file(entry.path(), std::ios::binary);
+            files[std::filesystem::relative(entry.path(), folder)] =
+                std::string(std::istreambuf_iterator<char>(file), {});
+        }
+    }
+    return files;
+}
+
+/// Bytes that differ from block to block, with a run of zeros in the middle and at the end.
+inline std::string Essence(std::size_t size, char seed) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size / 3; ++i) {
+        bytes[i] = bytes[size / 2 + i] =
+            static_cast<char>(i * 7 + i / 251 + static_cast<unsigned char>(seed));
+    }
+    return bytes;
+}
+
+/// A clip with every kind of file.
+inline void AddWholeClip(const test::CardBuilder& card, const std::string& name, char seed = 1,
+                         const test::ClipValues& values = {}) {
+    card.AddClip(name, values);
+    card.AddFile("VIDEO/" + name + ".MXF", Essence(300'001, seed));
+    card.AddFile("AUDIO/" + name + "00.MXF", Essence(20'000, seed));
+    card.AddFile("AUDIO/" + name + "01.mxf", Essence(20'000, static_cast<char>(seed + 1)));
+    card.AddFile("ICON/" + name + ".BMP", "icon");
+    card.AddFile("PROXY/" + name + ".MP4", "proxy");
+    card.AddFile("PROXY/" + name + ".BIN", "times");
+    card.AddFile("VOICE/" + name + "00.WAV", "voice");
+}
+inline constexpr std::size_t kFilesOfAClip = 8;
+
+inline CString Name(const char* text) {
+    return CString(std::wstring(text, text + std::char_traits<char>::length(text)));
+}
+
+} // namespace nqp2::worker

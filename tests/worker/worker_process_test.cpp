@@ -1,0 +1,239 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "bridge/NQP2BaseClipInfo.h"
+#include "bridge/R8P2SysInterface.h"
+#include "bridge/R8P2TransInfo.h"
+#include "channel/Channel.h"
+#include "parser/NQP2Parser.h"
+#include "tests/support/print_text.h"
+#include "tests/worker/essence_maker.h"
+#include "tests/worker/transfer_fixture.h"
+
+#include <atomic>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace nqp2::worker {
+namespace {
+
+using testing::HasSubstr;
+
+/// What the progress callback heard and shall say.
+struct Heard {
+    std::atomic<std::uint32_t> last{0};
+    std::atomic<std::uint32_t> total{0};
+    std::atomic<int> calls{0};
+    std::atomic<std::uint32_t> abortAt{0xFFFFFFFF};
+};
+
+void Hear(std::uint32_t position, std::uint32_t total, std::int32_t& abort, void* context) {
+    auto& heard = *static_cast<Heard*>(context);
+    heard.last = position;
+    heard.total = total;
+    ++heard.calls;
+    abort = position >= heard.abortAt ? 1 : 0;
+}
+
+/// Parsers of this process and the worker program itself.
+class WorkerProcessTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_folder = new test::TempFolder;
+        chmod(s_folder->Path().c_str(), 0700);
+        ASSERT_TRUE(StartWorker());
+        const SystemInterface own = HostInterface();
+        R8P2Parser_SetSysInterface(own.systemObject, own.table);
+    }
+    static void TearDownTestSuite() {
+        R8XDCAMParser_ResetSysInterface();
+        LeaveWorker();
+        EXPECT_FALSE(std::filesystem::exists(Socket())) << "a clean exit removes the socket";
+        delete s_folder;
+    }
+    static WorkerStatus StartWorker() {
+        return UseWorker({.program = NQP2_WORKER_PROGRAM, .arguments = {}, .socket = Socket()});
+    }
+    /// Ends the one child of this process, as a crash would.
+    static void KillWorker() {
+        std::ifstream children("/proc/self/task/" + std::to_string(getpid()) + "/children");
+        for (pid_t child = 0; children >> child;) {
+            kill(child, SIGKILL);
+        }
+    }
+    static std::string Socket() { return s_folder->Path("s"); }
+
+    WorkerProcessTest() {
+        m_parser.Init();
+        m_parser.SetImpCallBack(Hear, &m_heard);
+        AddWholeClip(m_card, "0001AB");
+        m_card.AddFile("VIDEO/0001AB.MXF", Essence(5'000'000, 1));
+    }
+    ~WorkerProcessTest() override { m_parser.Release(); }
+
+    stu_R8P2TransInfo Request(const CString& name = L"0001AB") {
+        stu_R8P2TransInfo info;
+        info.text1 = m_card.Root();
+        info.text2 = name;
+        info.text3 = InterfaceRoot(m_to.Path());
+        return info;
+    }
+    std::string LastError() { return platform::Utf8FromText(m_parser.GetLastError().View()); }
+
+    static inline test::TempFolder* s_folder = nullptr;
+    Heard m_heard;
+    test::CardBuilder m_card;
+    test::TempFolder m_to;
+    CNQP2Parser m_parser;
+};
+
+TEST_F(WorkerProcessTest, ImportsWithProgress) {
+    stu_R8P2TransInfo info = Request();
+    ASSERT_EQ(m_parser.ImportFile(info), 0) << LastError();
+    EXPECT_EQ(FilesBelow(m_to.Path()), FilesBelow(m_card.Folder().Path()));
+    EXPECT_EQ(info.value1, kFilesOfAClip);
+    EXPECT_EQ(info.size3, 5'000'000U);
+    EXPECT_EQ(info.size1, info.size3 + info.size4 + info.size5 + info.size6);
+    EXPECT_EQ(m_heard.last, (info.size1 + 1023) / 1024);
+    EXPECT_EQ(m_heard.total, m_heard.last);
+    EXPECT_GE(m_heard.calls, 2);
+    std::uint32_t done = 0;
+    std::uint32_t total = 0;
+    m_parser.GetUploadOffset(done, total);
+    EXPECT_EQ(done, m_heard.total);
+    EXPECT_EQ(total, m_heard.total);
+}
+
+TEST_F(WorkerProcessTest, TheHostCancelsAtAnyPosition) {
+    for (const std::uint32_t position : {0U, 1000U, 4000U}) {
+        m_heard.abortAt = position;
+        stu_R8P2TransInfo info = Request();
+        EXPECT_EQ(m_parser.ImportFile(info), 1);
+        EXPECT_EQ(LastError(), "Cancelled.");
+        EXPECT_TRUE(FilesBelow(m_to.Path()).empty());
+    }
+    m_heard.abortAt = 0xFFFFFFFF;
+    stu_R8P2TransInfo info = Request();
+    EXPECT_EQ(m_parser.ImportFile(info), 0) << LastError();
+}
+
+TEST_F(WorkerProcessTest, ServesEveryFrontEnd) {
+    const test::CardBuilder target;
+    EXPECT_EQ(m_parser.SetSystemType(VS_5994I), 1);
+    EXPECT_EQ(m_parser.SetWriteBlockSize(65536), 1);
+    EXPECT_EQ(m_parser.SetWriteBlockSize(1), 0);
+    EXPECT_THAT(LastError(), HasSubstr("Blocks of 1 bytes"));
+    stu_R8P2TransInfo info;
+    info.text1 = target.Root();
+    info.text3 = m_card.Root();
+    CStringArray names;
+    names.Add(L"0001AB");
+    EXPECT_EQ(m_parser.ExportFile(&info, names), 1) << LastError();
+    EXPECT_EQ(FilesBelow(target.Folder().Path()), FilesBelow(m_card.Folder().Path()));
+    std::string pixels(std::size_t{80} * 60 * 3, 'x');
+    EXPECT_EQ(m_parser.CreateIconBmp(target.Root(), L"0001AB",
+                                     reinterpret_cast<unsigned char*>(pixels.data()), {80, 60}),
+              1);
+    EXPECT_EQ(FilesBelow(target.Folder().Path()).at("CONTENTS/ICON/0001AB.BMP").size(), 14454U);
+    NQP2BaseClipInfo base;
+    EXPECT_EQ(m_parser.GetP2BaseClipInfo(target.Contents() + L"CLIP\\0001AB.XML", base), 1);
+    EXPECT_EQ(base.clipText1, L"0001AB");
+    m_parser.DeleteFileW(L"0001AB", target.Root());
+    EXPECT_TRUE(FilesBelow(target.Folder().Path()).empty());
+    CString serial;
+    EXPECT_EQ(m_parser.GetP2SerialNumber(L"/proc:", serial), 1);
+    EXPECT_THAT(LastError(), HasSubstr("no device"));
+    m_parser.CloseAllFile();
+}
+
+TEST_F(WorkerProcessTest, RecordsAStream) {
+    const test::CardBuilder card;
+    CArray<stu_R8PRelationClipInfo> related;
+    int numbers[8] = {};
+    WAVEFORMATEX wave;
+    wave.wFormatTag = 1;
+    wave.nChannels = 2;
+    wave.nSamplesPerSec = 48000;
+    wave.wBitsPerSample = 16;
+    EXPECT_EQ(m_parser.StartRTExport(0), 0) << "no parameters";
+    ASSERT_EQ(m_parser.SetRTExportParam(CT_DV50_50I, {}, wave, numbers, card.Root(), L"", L"Live",
+                                        0, related, 0, 0),
+              1)
+        << LastError();
+    EXPECT_EQ(m_parser.SetRTExportExtraParam(1), 1);
+    ASSERT_EQ(m_parser.StartRTExport(4), 1) << LastError();
+    EXPECT_EQ(m_parser.StartRTExport(4), 0) << "one at a time";
+    for (std::string& unit : EncodePictures(kDv50Pal, 4)) {
+        unsigned char* buffer = nullptr;
+        ASSERT_EQ(m_parser.AddRTExportAVDataForBuf(static_cast<int>(unit.size()), buffer), 1);
+        std::copy(unit.begin(), unit.end(), buffer);
+        std::string sound(std::size_t{1920} * 4, 's');
+        ASSERT_EQ(m_parser.AddRTExportAVData(2, buffer, static_cast<std::uint32_t>(unit.size()),
+                                             reinterpret_cast<unsigned char*>(sound.data()),
+                                             static_cast<std::uint32_t>(sound.size()), 0),
+                  1)
+            << LastError();
+    }
+    EXPECT_EQ(m_parser.AddRTExportAVData(3, nullptr, 0, nullptr, 0, 0), 0);
+    EXPECT_TRUE(FilesBelow(card.Folder().Path("CONTENTS/CLIP")).empty());
+    ASSERT_EQ(m_parser.StopRTExport(0, 0), 1) << LastError();
+    EXPECT_EQ(FilesBelow(card.Folder().Path()).count("CONTENTS/CLIP/0001AA.XML"), 1U);
+    EXPECT_EQ(m_parser.StopRTExport(0, 0), 0);
+}
+
+TEST_F(WorkerProcessTest, ServesParsersSideBySide) {
+    std::vector<std::thread> hosts;
+    std::atomic<int> imported{0};
+    for (int i = 0; i < 4; ++i) {
+        hosts.emplace_back([&, i] {
+            CNQP2Parser parser;
+            parser.Init();
+            stu_R8P2TransInfo info = Request();
+            info.text3 = InterfaceRoot(m_to.Path("host" + std::to_string(i)));
+            imported += parser.ImportFile(info) == 0 ? 1 : 0;
+            parser.Release();
+        });
+    }
+    for (std::thread& host : hosts) {
+        host.join();
+    }
+    EXPECT_EQ(imported, 4);
+    EXPECT_EQ(FilesBelow(m_to.Path()).size(), 4 * kFilesOfAClip);
+}
+
+/// The worker is killed at moments that walk through a whole import; the next one makes good.
+TEST_F(WorkerProcessTest, KilledAtAnyMomentLeavesNoHalfFileUnderAFinalName) {
+    const auto card = FilesBelow(m_card.Folder().Path());
+    for (int milliseconds = 0; milliseconds < 60; milliseconds += 10) {
+        CNQP2Parser parser;
+        ASSERT_EQ(parser.Init(), 0);
+        std::thread killer([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+            KillWorker();
+        });
+        stu_R8P2TransInfo info = Request();
+        static_cast<void>(parser.ImportFile(info));
+        killer.join();
+        parser.Release();
+        for (const auto& [name, content] : FilesBelow(m_to.Path())) {
+            if (name.find("/.nqp2-") == name.npos) {
+                EXPECT_EQ(content, card.at(name)) << name << " after " << milliseconds << " ms";
+            }
+        }
+        ASSERT_TRUE(StartWorker());
+        CNQP2Parser next;
+        next.Init();
+        info = Request();
+        EXPECT_EQ(next.ImportFile(info), 0);
+        next.Release();
+        EXPECT_EQ(FilesBelow(m_to.Path()), card);
+        std::filesystem::remove_all(m_to.Path("CONTENTS"));
+    }
+}
+
+} // namespace
+} // namespace nqp2::worker

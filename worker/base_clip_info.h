@@ -1,0 +1,16 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "bridge/NQP2BaseClipInfo.h"
+#include "platform/CString.h"
+#include "worker/outcome.h"
+
+namespace nqp2::worker {
+
+/// Describes a camera file, or a P2 clip by its metadata file, as docs/worker.md says. What `info`
+/// holds for name and date stays.
+Outcome DescribeClip(const CString& path, NQP2BaseClipInfo& info);
+
+} // namespace nqp2::worker

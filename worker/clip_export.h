@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/CString.h"
+#include "worker/transfer.h"
+
+#include <vector>
+
+namespace nqp2::worker {
+
+struct ExportRequest {
+    CString cardRoot;
+    CString source; ///< folder that holds a CONTENTS tree
+    std::vector<CString> clipNames;
+};
+
+/// Copies clips from a folder onto a card, all or none, under free names where theirs are taken.
+Outcome ExportClips(const ExportRequest& request, std::size_t blockSize, TransferWatch& watch,
+                    TransferSizes& sizes);
+
+} // namespace nqp2::worker

@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/dispatch.h"
+
+#include "platform/guard.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace nqp2::worker {
+namespace {
+
+using bridge::MessageId;
+
+/// Request and answer as one call of Operations.
+template <class Message, void (Operations::*Operation)(Message&)>
+std::int32_t Run(Operations& operations, unsigned char* request, std::int32_t length,
+                 unsigned char* reply, std::int32_t capacity) {
+    Message message;
+    if (message.Restore(request, length) == 0) {
+        operations.Fail("The request came damaged.");
+        return 0;
+    }
+    message.result = 0;
+    (operations.*Operation)(message);
+    return message.Save(reply, capacity);
+}
+
+struct Handler {
+    MessageId id;
+    std::int32_t (*run)(Operations&, unsigned char*, std::int32_t, unsigned char*, std::int32_t);
+};
+
+constexpr Handler kHandlers[] = {
+    {MessageId::SetSystemType, Run<bridge::SystemTypeMessage, &Operations::SetSystemType>},
+    {MessageId::ImportFile, Run<bridge::ImportFileMessage, &Operations::Import>},
+    {MessageId::GetUploadOffset, Run<bridge::UploadOffsetMessage, &Operations::GetUploadOffset>},
+    {MessageId::ExportFile, Run<bridge::ExportFileMessage, &Operations::Export>},
+    {MessageId::DeleteFile, Run<bridge::TextPairMessage, &Operations::Delete>},
+    {MessageId::UnusedValue, Run<bridge::ValueMessage, &Operations::RefuseValue>},
+    {MessageId::SetRTExportParam,
+     Run<bridge::RTExportParamMessage, &Operations::SetRecordingParameters>},
+    {MessageId::StartRTExport, Run<bridge::ValueMessage, &Operations::StartRecording>},
+    {MessageId::StopRTExport, Run<bridge::StopRTExportMessage, &Operations::StopRecording>},
+    {MessageId::AddRTExportAVDataForBuf, Run<bridge::BufferMessage, &Operations::MakeBuffer>},
+    {MessageId::AddRTExportAVData, Run<bridge::AVDataMessage, &Operations::AddData>},
+    {MessageId::UnusedTexts, Run<bridge::TextPairMessage, &Operations::RefuseTexts>},
+    {MessageId::CreateIconBmp, Run<bridge::IconMessage, &Operations::CreateIcon>},
+    {MessageId::SetWriteBlockSize, Run<bridge::ValueMessage, &Operations::SetWriteBlockSize>},
+    {MessageId::CloseAllFile, Run<bridge::ResultMessage, &Operations::CloseAllFile>},
+    {MessageId::GetP2SerialNumber, Run<bridge::TextPairMessage, &Operations::GetSerialNumber>},
+    {MessageId::GetLastError, Run<bridge::ErrorTextMessage, &Operations::GetLastError>},
+    {MessageId::SetRTExportExtraParam, Run<bridge::ValueMessage, &Operations::SetRecordingAspect>},
+    {MessageId::GetP2BaseClipInfo, Run<bridge::BaseClipInfoMessage, &Operations::GetBaseClipInfo>},
+};
+
+} // namespace
+
+std::int32_t Dispatch(Operations& operations, std::int32_t id, unsigned char* request,
+                      std::int32_t length, unsigned char* reply, std::int32_t capacity) noexcept {
+    return platform::Guarded(0, [&] {
+        const auto* const handler =
+            std::find_if(std::begin(kHandlers), std::end(kHandlers),
+                         [id](const Handler& each) { return Number(each.id) == id; });
+        return handler != std::end(kHandlers)
+                   ? handler->run(operations, request, length, reply, capacity)
+                   : 0;
+    });
+}
+
+} // namespace nqp2::worker

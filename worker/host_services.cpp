@@ -1,0 +1,77 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/host_services.h"
+
+#include "bridge/connection_record.h"
+#include "bridge/message_ids.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace nqp2::worker {
+namespace {
+
+constexpr std::int32_t kConnect = bridge::kConnectId;
+constexpr std::int32_t kConnected = bridge::kConnectedId;
+constexpr std::int32_t kDisconnect = bridge::kDisconnectId;
+constexpr std::int32_t kServiceQuery = 5001;
+constexpr std::uint32_t kPatience =
+    5000; // milliseconds; a host that does not answer has no services
+
+/// The library's send size, receive size, send and receive time-out, little-endian.
+using ConnectionRecord = std::array<std::uint32_t, 4>;
+constexpr ConnectionRecord kWanted = {10240, 10240, kNoTimeout, kNoTimeout};
+
+bool SendRecord(ChannelLine& line, std::int32_t id, const ConnectionRecord& record) {
+    return line.Send(id, [&](unsigned char* buffer, std::int32_t capacity) {
+        if (capacity < static_cast<std::int32_t>(sizeof record)) {
+            return 0;
+        }
+        std::memcpy(buffer, record.data(), sizeof record);
+        return static_cast<std::int32_t>(sizeof record);
+    });
+}
+
+/// Waits for the message of that id; other ones are dropped.
+bool Await(ChannelLine& line, std::int32_t wanted) {
+    bool came = false;
+    const auto look = [&](std::int32_t id, unsigned char*, std::int32_t) { came = id == wanted; };
+    while (!came && line.Receive(look)) {
+    }
+    return came;
+}
+
+/// The host asks on the new channel before it answers on its own: in the other order both would wait.
+bool Connect(ChannelLine& server, ChannelLine& connection) {
+    return Await(connection, kConnect) && SendRecord(connection, kConnect, kWanted) &&
+           Await(server, kConnected);
+}
+
+void AskOnce(ChannelLine& connection) {
+    const ConnectionRecord nothing = {};
+    if (SendRecord(connection, kServiceQuery, nothing)) {
+        // An answer without content says that there are none; nothing here needs them.
+        static_cast<void>(Await(connection, kServiceQuery));
+    }
+    SendRecord(connection, kDisconnect, nothing);
+}
+
+} // namespace
+
+void TalkToHost(const SysInterfaceTable& table, ChannelLine& server) {
+    if (!Await(server, bridge::kRequestServerId) || !SendRecord(server, kConnect, kWanted)) {
+        return;
+    }
+    {
+        ChannelLine connection(table, TakeSubChannel(table, server, kConnect, kPatience));
+        if (connection.IsOpen() && Connect(server, connection)) {
+            AskOnce(connection);
+        }
+    }
+    while (server.Receive([](std::int32_t, unsigned char*, std::int32_t) {})) {
+    }
+}
+
+} // namespace nqp2::worker

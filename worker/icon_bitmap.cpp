@@ -1,0 +1,92 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/icon_bitmap.h"
+
+#include "platform/case_blind.h"
+#include "platform/file_system.h"
+#include "platform/unicode.h"
+#include "worker/card_folder.h"
+
+#include <cstdint>
+
+namespace nqp2::worker {
+namespace {
+
+constexpr std::size_t kBytesPerPixel = 3;
+constexpr std::uint32_t kHeadSize = 14 + sizeof(BITMAPINFOHEADER);
+
+void Put(std::string& bytes, std::uint32_t value, int width) {
+    for (int i = 0; i < width; ++i) {
+        bytes += static_cast<char>(value >> (8U * static_cast<unsigned>(i)));
+    }
+}
+
+std::string Head(const SIZE& size, std::uint32_t imageSize) {
+    constexpr std::uint32_t kPixelsPerMeter = 2835; // 72 to the inch
+    std::string head = "BM";
+    Put(head, kHeadSize + imageSize, 4);
+    Put(head, 0, 4);
+    Put(head, kHeadSize, 4);
+    Put(head, sizeof(BITMAPINFOHEADER), 4);
+    Put(head, static_cast<std::uint32_t>(size.cx), 4);
+    Put(head, static_cast<std::uint32_t>(size.cy), 4);
+    Put(head, 1, 2);  // planes
+    Put(head, 24, 2); // bits a pixel
+    Put(head, 0, 4);  // not compressed
+    Put(head, imageSize, 4);
+    Put(head, kPixelsPerMeter, 4);
+    Put(head, kPixelsPerMeter, 4);
+    Put(head, 0, 4); // no palette
+    Put(head, 0, 4);
+    return head;
+}
+
+bool IsSide(std::int32_t side) {
+    return side > 0 && side <= kLargestIconSide;
+}
+
+} // namespace
+
+Outcome MakeBitmap(std::string_view pixels, const SIZE& size, std::string& bitmap) {
+    if (!IsSide(size.cx) || !IsSide(size.cy)) {
+        return Failure("An icon of " + std::to_string(size.cx) + " x " + std::to_string(size.cy) +
+                       " pixels cannot be made.");
+    }
+    const std::size_t row = static_cast<std::size_t>(size.cx) * kBytesPerPixel;
+    const std::size_t padded = (row + 3) / 4 * 4;
+    const auto rows = static_cast<std::size_t>(size.cy);
+    if (pixels.size() != row * rows) {
+        return Failure("An icon needs " + std::to_string(row * rows) + " bytes of pixels, " +
+                       std::to_string(pixels.size()) + " came.");
+    }
+    bitmap = Head(size, static_cast<std::uint32_t>(padded * rows));
+    for (std::size_t i = 0; i < rows; ++i) {
+        bitmap.append(pixels.substr(i * row, row)).append(padded - row, '\0');
+    }
+    return {};
+}
+
+Outcome WriteIcon(const CString& cardRoot, const CString& clipName, std::string_view pixels,
+                  const SIZE& size) {
+    std::string bitmap;
+    std::string contents;
+    Outcome outcome = MakeBitmap(pixels, size, bitmap);
+    if (outcome && !IsClipName(clipName)) {
+        outcome = Failure("\"" + Shown(clipName) + "\" is no name of a clip.");
+    }
+    if (outcome) {
+        outcome = FindContents(cardRoot, contents);
+    }
+    if (!outcome) {
+        return outcome;
+    }
+    const std::string folder = FolderBelow(contents, "ICON");
+    const std::string path = folder + "/" + platform::NameBytesFromText(clipName.View()) + ".BMP";
+    const auto status = platform::EnsureFolder(folder)
+                            ? platform::Files().WriteWhole(path, bitmap)
+                            : platform::IoStatus{platform::IoError::Other, "no folder for icons"};
+    return status ? Outcome() : Failure("write", path, status);
+}
+
+} // namespace nqp2::worker

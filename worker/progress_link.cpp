@@ -1,0 +1,92 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/progress_link.h"
+
+#include "bridge/messages.h"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+
+namespace nqp2::worker {
+
+void ProgressLink::Attach(ChannelLine& line) {
+    const std::lock_guard lock(m_mutex);
+    m_line = &line;
+}
+
+void ProgressLink::Detach() {
+    std::unique_lock lock(m_mutex);
+    m_line = nullptr;
+    m_unanswered = false;
+    m_stopped = true;
+    m_changed.notify_all();
+    m_changed.wait(lock, [&] { return !m_sending; });
+}
+
+void ProgressLink::Answered(bool abort) {
+    const std::lock_guard lock(m_mutex);
+    m_unanswered = false;
+    m_abort = m_abort || abort;
+    m_changed.notify_all();
+}
+
+void ProgressLink::Begin() {
+    const std::lock_guard lock(m_mutex);
+    m_abort = false;
+}
+
+/// The lock is open while the channel is used: its waits must not hold up the answer.
+void ProgressLink::Send(std::uint64_t done, std::uint64_t total,
+                        std::unique_lock<std::mutex>& lock) {
+    bridge::ProgressMessage message;
+    message.position = KibiBytes(done);
+    message.total = KibiBytes(total);
+    ChannelLine& line = *m_line;
+    m_unanswered = m_sending = true;
+    lock.unlock();
+    const bool sent = line.SendMessage(Number(bridge::MessageId::Progress), message);
+    lock.lock();
+    m_sending = false;
+    m_unanswered = m_unanswered && sent;
+    m_changed.notify_all();
+}
+
+bool ProgressLink::Report(std::uint64_t done, std::uint64_t total) {
+    std::unique_lock lock(m_mutex);
+    if (m_line != nullptr && !m_unanswered && MayGoOn()) {
+        Send(done, total, lock);
+    }
+    return MayGoOn();
+}
+
+bool ProgressLink::ReportEnd(std::uint64_t total) {
+    std::unique_lock lock(m_mutex);
+    const auto isAnswered = [&] { return !m_unanswered || m_stopped; };
+    m_changed.wait(lock, isAnswered);
+    if (m_line != nullptr && MayGoOn()) {
+        Send(total, total, lock);
+        m_changed.wait(lock, isAnswered);
+    }
+    return MayGoOn();
+}
+
+void ProgressLink::Drain() {
+    constexpr std::chrono::seconds kPatience{2};
+    std::unique_lock lock(m_mutex);
+    m_changed.wait_for(lock, kPatience, [&] { return !m_unanswered || m_stopped; });
+}
+
+void ProgressLink::Stop() {
+    const std::lock_guard lock(m_mutex);
+    m_stopped = true;
+    m_changed.notify_all();
+}
+
+std::uint32_t KibiBytes(std::uint64_t bytes) {
+    constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
+    return static_cast<std::uint32_t>(std::min(bytes / 1024 + (bytes % 1024 != 0 ? 1 : 0), kMost));
+}
+
+} // namespace nqp2::worker

@@ -1,0 +1,184 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/recording_metadata.h"
+
+#include "media/identifier.h"
+#include "media/timecode.h"
+#include "platform/guid_text.h"
+#include "platform/unicode.h"
+#include "xml/dom/document.h"
+#include "xml/dom/serialize.h"
+#include "xml/NQXmlParser.h"
+
+#include <iterator>
+
+namespace nqp2::worker {
+namespace {
+
+constexpr const wchar_t* kRelations[] = {L"Top", L"Previous", L"Next"};
+
+CString FreshIdentifier(const GUID& guid) {
+    CString identifier;
+    media::IdentifierForGuidText(platform::GuidText(guid), L"", identifier);
+    return identifier;
+}
+
+/// Remembers whether any step failed, so that the document reads as a document.
+class Writer {
+public:
+    explicit Writer(const RecordedClip& clip) : m_clip(clip) {}
+
+    bool Write(std::string& xml) {
+        m_sound = m_builder.CreateP2MainRoot(m_clip.format->type, 0) != 0;
+        Open(L"ClipContent");
+        Text(L"ClipName", m_clip.name);
+        Text(L"GlobalClipID", FreshIdentifier(platform::NewGuid()));
+        Number(L"Duration", m_clip.frames);
+        Text(L"EditUnit", EditUnit());
+        WriteEssence();
+        if (!m_clip.related.IsEmpty()) {
+            WriteRelations();
+        }
+        WriteClipMetadata();
+        Close();
+        if (m_sound) {
+            xml = dom::Serialize(*m_builder.GetDocumentPtr()->DocumentNode());
+        }
+        return m_sound;
+    }
+
+private:
+    [[nodiscard]] CString EditUnit() const {
+        const FrameRate rate = FrameRateOf(m_clip.format->rate).value_or(FrameRate{});
+        CString text;
+        text.Format(L"%d/%d", rate.denominator, rate.numerator);
+        return text;
+    }
+
+    void WriteEssence() {
+        Open(L"EssenceList");
+        WriteVideo();
+        for (const EssenceSpan& span : m_clip.sound) {
+            Open(L"Audio");
+            Text(L"AudioFormat", L"MXF");
+            Number(L"SamplingRate", 48000);
+            Number(L"BitsPerSample", m_clip.bitsPerSample);
+            WriteSpan(L"AudioIndex", span);
+            Close();
+        }
+        Close();
+    }
+
+    void WriteVideo() {
+        const RecordingFormat& format = *m_clip.format;
+        const CString timecode = StartTimecodeText(format, m_clip.startTimecode, m_clip.dropFrame);
+        Open(L"Video", L"ValidAudioFlag", L"false");
+        Text(L"VideoFormat", L"MXF");
+        Text(L"Codec", m_clip.codec, L"Class", format.codecClass);
+        Text(L"FrameRate", format.rate, L"DropFrameFlag", m_clip.dropFrame ? L"true" : L"false");
+        Text(L"StartTimecode", timecode);
+        Text(L"StartBinaryGroup", L"00000000");
+        Text(L"AspectRatio", m_clip.isWide ? L"16:9" : L"4:3");
+        WriteSpan(L"VideoIndex", m_clip.video);
+        Close();
+    }
+
+    void WriteSpan(const wchar_t* name, const EssenceSpan& span) {
+        Open(name);
+        Number(L"StartByteOffset", static_cast<std::int64_t>(span.start));
+        Number(L"DataSize", static_cast<std::int64_t>(span.size));
+        Close();
+    }
+
+    void WriteRelations() {
+        Open(L"Relation");
+        Open(L"Connection");
+        for (std::uint32_t kind = 0; kind < std::size(kRelations); ++kind) {
+            for (const stu_R8PRelationClipInfo& other : m_clip.related) {
+                if (other.value1 == kind) {
+                    WriteRelation(kRelations[kind], other);
+                    break; // a clip has one of each kind
+                }
+            }
+        }
+        Close();
+        Close();
+    }
+
+    void WriteRelation(const wchar_t* name, const stu_R8PRelationClipInfo& other) {
+        Open(name);
+        Text(L"ClipName", other.text1);
+        Text(L"GlobalClipID", FreshIdentifier(other.identifier1));
+        Text(L"P2SerialNo.", other.text2);
+        Close();
+    }
+
+    void WriteClipMetadata() {
+        Open(L"ClipMetadata");
+        Text(L"UserClipName", m_clip.userName.IsEmpty() ? m_clip.name : m_clip.userName);
+        Text(L"DataSource", L"RENDERING");
+        Open(L"Access");
+        Text(L"CreationDate", m_clip.endDate);
+        Text(L"LastUpdateDate", m_clip.endDate);
+        Close();
+        Open(L"Shoot");
+        Text(L"StartDate", m_clip.startDate);
+        Text(L"EndDate", m_clip.endDate);
+        Close();
+        Close();
+    }
+
+    void Open(const wchar_t* name, const wchar_t* attribute = L"", const wchar_t* value = L"") {
+        m_sound = m_sound && m_builder.AddChildElement(name, attribute, value) != 0;
+    }
+    void Close() { m_sound = m_sound && m_builder.BackToParent() != 0; }
+    void Text(const wchar_t* name, const CString& value, const wchar_t* attribute = L"",
+              const wchar_t* attributeValue = L"") {
+        m_sound =
+            m_sound && m_builder.AddChildTextNode(name, value, attribute, attributeValue) != 0;
+    }
+    void Number(const wchar_t* name, std::int64_t value) {
+        CString text;
+        text.Format(L"%d", value);
+        Text(name, text);
+    }
+
+    const RecordedClip& m_clip;
+    CNQXmlParser m_builder;
+    bool m_sound = true;
+};
+
+/// The number that the frame bears when `dropped` numbers are left out each minute but every tenth.
+std::int64_t NumberOfFrame(std::int64_t frame, std::int64_t nominal, std::int64_t dropped) {
+    constexpr std::int64_t kMinute = 60;
+    const std::int64_t minute = nominal * kMinute - dropped;
+    const std::int64_t tenMinutes = minute * 10 + dropped;
+    const std::int64_t rest = frame % tenMinutes;
+    const std::int64_t minutes = rest < dropped ? 0 : (rest - dropped) / minute;
+    return frame + dropped * (9 * (frame / tenMinutes) + minutes);
+}
+
+} // namespace
+
+bool CanDropFrames(const RecordingFormat& format) {
+    return media::ClipTimecodeRate(format.rate, true).droppedNumbers != 0;
+}
+
+CString StartTimecodeText(const RecordingFormat& format, std::uint32_t frames, bool dropFrame) {
+    constexpr std::int64_t kDay = 24 * 60 * 60;
+    const media::TimecodeRate rate = media::ClipTimecodeRate(format.rate, dropFrame);
+    const std::int64_t number =
+        NumberOfFrame(frames, rate.nominal, rate.droppedNumbers) % (kDay * rate.nominal);
+    return media::TimecodeText(number, rate.nominal);
+}
+
+Outcome MakeMetadata(const RecordedClip& clip, std::string& xml) {
+    Writer writer(clip);
+    return writer.Write(xml)
+               ? Outcome()
+               : Failure("The metadata of " + platform::Utf8FromText(clip.name.View()) +
+                         " hold a text that XML cannot.");
+}
+
+} // namespace nqp2::worker

@@ -1,0 +1,37 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "channel/SysInterface.h"
+#include "worker/channel_line.h"
+#include "worker/operations.h"
+#include "worker/progress_link.h"
+
+namespace nqp2::worker {
+
+/// One parser of a library process: its requests, its progress and its request server.
+class Session {
+public:
+    Session(const SysInterfaceTable& table, ChannelHandle requests)
+        : m_table(table), m_requests(table, requests), m_operations(m_progress) {}
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// Serves until the library closes the channel or is gone; what is unfinished then is dropped.
+    void Serve();
+    /// Lets Serve end soon. From any thread.
+    void Stop();
+
+private:
+    void ServeRequests();
+    /// Takes the callback channel and hears it.
+    void ServeCallbacks();
+
+    const SysInterfaceTable& m_table;
+    ChannelLine m_requests;
+    ProgressLink m_progress;
+    Operations m_operations;
+};
+
+} // namespace nqp2::worker

@@ -1,0 +1,192 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/schema_cost.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace nqp2::dom {
+namespace {
+
+// Far above any schema that is written for one kind of file.
+constexpr std::int64_t kMostParts = 200; ///< of one content model
+constexpr std::int64_t kMostWork = 10 * kMostParts * kMostParts * kMostParts;
+constexpr int kDeepest = 64; ///< definitions that name one another in a row
+
+std::string_view View(const xmlChar* text) {
+    return text != nullptr ? reinterpret_cast<const char*>(text) : "";
+}
+
+std::string Attribute(const xmlNode& node, const char* name) {
+    xmlChar* const value = xmlGetNoNsProp(&node, BAD_CAST name);
+    std::string text(View(value));
+    xmlFree(value);
+    return text;
+}
+
+/// What a definition comes to with all that it names; a pattern's characters are parts as well.
+struct Cost {
+    std::int64_t parts = 0;
+    int depth = 0;
+
+    void Add(const Cost& other) {
+        parts = std::min(parts + other.parts, kMostParts + 1);
+        depth = std::max(depth, other.depth);
+    }
+};
+constexpr Cost kTooMuch = {kMostParts + 1, kDeepest + 1};
+
+/// Kinds of definitions, by the element that makes them and those that name them.
+enum class Kind { None, Group, Attributes, Type };
+
+constexpr std::pair<std::string_view, Kind> kDefinitions[] = {{"group", Kind::Group},
+                                                              {"attributeGroup", Kind::Attributes},
+                                                              {"complexType", Kind::Type},
+                                                              {"simpleType", Kind::Type}};
+
+struct Use {
+    std::string_view element;
+    const char* attribute; ///< holds names, separated by blanks
+    Kind kind;
+};
+constexpr Use kUses[] = {{"group", "ref", Kind::Group},
+                         {"attributeGroup", "ref", Kind::Attributes},
+                         {"extension", "base", Kind::Type},
+                         {"restriction", "base", Kind::Type},
+                         {"union", "memberTypes", Kind::Type}};
+
+Kind KindOf(const xmlNode& node) {
+    const auto* const row =
+        std::find_if(std::begin(kDefinitions), std::end(kDefinitions),
+                     [&](const auto& each) { return each.first == View(node.name); });
+    return row != std::end(kDefinitions) ? row->second : Kind::None;
+}
+
+template <class Visit>
+void ForEachChild(const xmlNode& node, Visit visit) {
+    for (const xmlNode* child = node.children; child != nullptr; child = child->next) {
+        if (child->type == XML_ELEMENT_NODE) {
+            visit(*child);
+        }
+    }
+}
+
+/// The names in a list, without their prefixes.
+template <class Visit>
+void ForEachName(std::string_view list, Visit visit) {
+    constexpr std::string_view kBlanks = " \t\r\n";
+    while (true) {
+        list.remove_prefix(std::min(list.find_first_not_of(kBlanks), list.size()));
+        if (list.empty()) {
+            return;
+        }
+        const std::string_view name = list.substr(0, list.find_first_of(kBlanks));
+        visit(name.substr(name.find(':') + 1));
+        list.remove_prefix(name.size());
+    }
+}
+
+/// Of the element alone. What may be repeated makes many more ways through a model.
+std::int64_t PartsOf(const xmlNode& node) {
+    constexpr std::int64_t kRepeated = 4;
+    if (View(node.name) == "pattern") {
+        return std::ssize(Attribute(node, "value"));
+    }
+    const std::string most = Attribute(node, "maxOccurs");
+    return most.empty() || most == "1" ? 1 : kRepeated;
+}
+
+class SchemaCost {
+public:
+    explicit SchemaCost(const xmlNode& root) {
+        ForEachChild(root, [&](const xmlNode& node) {
+            const std::string name = Attribute(node, "name");
+            if (KindOf(node) != Kind::None) {
+                m_definitions[{KindOf(node), name}].node = &node;
+            }
+            m_substitutes += xmlHasProp(&node, BAD_CAST "substitutionGroup") != nullptr ? 1 : 0;
+        });
+    }
+
+    /// Whether all content models and types, wherever they stand, can be compiled. The library
+    /// takes time by the third power of a model's size.
+    bool IsAffordable(const xmlNode& root) {
+        m_work = 0;
+        Count({m_substitutes, 0});
+        CountBelow(root);
+        return m_work <= kMostWork;
+    }
+
+private:
+    void Count(const Cost& cost) {
+        const bool bounded = cost.parts <= kMostParts && cost.depth <= kDeepest;
+        m_work += bounded ? cost.parts * cost.parts * cost.parts : kMostWork + 1;
+    }
+    void CountBelow(const xmlNode& node) {
+        ForEachChild(node, [&](const xmlNode& child) {
+            if (KindOf(child) != Kind::None) {
+                Count(CostOf(child, 0));
+            }
+            CountBelow(child);
+        });
+    }
+
+    struct Definition {
+        const xmlNode* node = nullptr;
+        Cost cost = kTooMuch; ///< until it is known: a definition that names itself
+        bool met = false;
+    };
+
+    Cost CostOf(const xmlNode& node, int depth) {
+        Cost cost = {PartsOf(node), 0};
+        for (const Use& use : kUses) {
+            if (use.element == View(node.name)) {
+                ForEachName(Attribute(node, use.attribute), [&](std::string_view name) {
+                    cost.Add(CostOfDefinition({use.kind, std::string(name)}, depth + 1));
+                });
+            }
+        }
+        if (View(node.name) == "element") {
+            cost.Add({m_substitutes, 0}); // what it holds is a model of its own
+            return cost;
+        }
+        ForEachChild(node, [&](const xmlNode& child) { cost.Add(CostOf(child, depth)); });
+        return cost;
+    }
+
+    Cost CostOfDefinition(const std::pair<Kind, std::string>& name, int depth) {
+        const auto found = m_definitions.find(name);
+        if (found == m_definitions.end()) {
+            return {}; // a type that every schema has, or a fault of its own
+        }
+        Definition& definition = found->second;
+        if (depth > kDeepest) {
+            return kTooMuch;
+        }
+        if (!definition.met) {
+            definition.met = true;
+            definition.cost = CostOf(*definition.node, depth);
+            ++definition.cost.depth;
+        }
+        return definition.cost;
+    }
+
+    std::map<std::pair<Kind, std::string>, Definition> m_definitions;
+    std::int64_t m_substitutes = 0;
+    std::int64_t m_work = 0;
+};
+
+} // namespace
+
+bool IsAffordable(const xmlDoc& schema) {
+    const xmlNode* const root = xmlDocGetRootElement(&schema);
+    return root == nullptr || SchemaCost(*root).IsAffordable(*root);
+}
+
+} // namespace nqp2::dom
