@@ -3,6 +3,8 @@
 
 #include "avchd/base_clip.h"
 
+#include "media/timecode.h"
+
 #include <algorithm>
 #include <cstdint>
 
@@ -40,17 +42,17 @@ void FillEssence(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip&
 void FillFromBase(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip& clip) {
     clip.SourceKind = 1;
     clip.ClipName = base.clipText1;
-    clip.UserClipName = base.clipText1;
+    clip.UserClipName = base.clipText3.IsEmpty() ? base.clipText1 : base.clipText3;
     clip.GlobalClipGuid = base.identifier;
     clip.StartDate = base.clipText2;
-    clip.VideoDataSize = base.value1;
     clip.Duration = LowHalf(base.value2);
     clip.StartTimecode = LowHalf(base.value3);
     clip.CodecName = CodecOf(base);
     clip.FrameRate = base.text1;
     clip.AspectRatio = base.text2;
-    clip.IconPath = base.clipText3;
-    clip.DropFrame = base.value4 != 0 ? 1 : 0;
+    clip.ActivePixel = base.value4 & 0xFFFF;
+    clip.ActiveLine = base.value4 >> 16;
+    clip.DropFrame = media::ClipTimecodeRate(base.text1.View(), true).droppedNumbers != 0 ? 1 : 0;
     FillEssence(base, path, clip);
 }
 

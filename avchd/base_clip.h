@@ -9,10 +9,11 @@
 
 namespace nqp2::avchd {
 
-/// Copies the worker's description of a camera file into a clip record: name and date text,
-/// identifier, size of the video data, length and start timecode in frames, codec, rate, aspect
-/// ratio, the file with the picture (`path` when the worker names none), those with the sound, icon
-/// and drop-frame flag. The record's date-time value is left alone.
+/// Copies the worker's description of a camera file into a clip record: name, title and date text,
+/// identifier, length and start timecode in frames, codec, rate, aspect ratio, raster, the file with
+/// the picture (`path` when the worker names none) and those with the sound. Whether numbers are
+/// dropped it does not tell: they are where the rate can drop any. The record's date-time value is
+/// left alone.
 void FillFromBase(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip& clip);
 
 } // namespace nqp2::avchd

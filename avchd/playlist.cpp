@@ -122,8 +122,8 @@ Bytes MarkExtensions(Bytes block) {
 /// The identifiers of a maker's list of shots, which has one entry for each mark.
 class ShotIds {
 public:
-    explicit ShotIds(Bytes block) : m_reader(FindItem(KnownMakersData(block), kShotListTag)) {
-        m_left = m_reader.U16();
+    explicit ShotIds(Bytes block)
+        : m_reader(FindItem(KnownMakersData(block), kShotListTag)), m_left(m_reader.U16()) {
         m_reader.Skip(2);
     }
 
@@ -140,7 +140,7 @@ public:
 
 private:
     ByteReader m_reader;
-    std::uint16_t m_left = 0;
+    std::uint16_t m_left; ///< entries that have not been read
 };
 
 std::vector<Shot> ReadShots(Bytes marks, Bytes block) {

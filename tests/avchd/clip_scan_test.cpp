@@ -207,6 +207,8 @@ TEST_F(ClipScanTest, CameraFilesKeepTheirFilesTimeAndTakeTheRestFromTheWorker) {
         info.text1 = L"50i";
         info.value2 = 0x500000003;
         info.value3 = -1;
+        info.value4 = 576 << 16 | 720;
+        info.clipText3 = L"Ferry";
         for (int i = 0; i < 9; ++i) {
             info.texts.Add(i == 1 ? L"" : L"sound");
         }
@@ -219,6 +221,10 @@ TEST_F(ClipScanTest, CameraFilesKeepTheirFilesTimeAndTakeTheRestFromTheWorker) {
     EXPECT_EQ(clip.CodecName, L"DV25_420");
     EXPECT_EQ(clip.Duration, 3);
     EXPECT_EQ(clip.StartTimecode, -1);
+    EXPECT_EQ(clip.ActivePixel, 720);
+    EXPECT_EQ(clip.ActiveLine, 576);
+    EXPECT_EQ(clip.UserClipName, L"Ferry");
+    EXPECT_EQ(clip.DropFrame, 0);
     EXPECT_EQ(clip.VideoPath, asked);
     EXPECT_EQ(clip.EssenceMask, 0b111111011U);
     EXPECT_EQ(clip.SourceKind, 1);
