@@ -3,18 +3,17 @@
 
 #include "media/P2Clip.h"
 
+#include "media/identifier.h"
+#include "platform/guid_text.h"
+#include "tests/support/print_text.h"
+
 #include <gtest/gtest.h>
 
 namespace {
 
 using Clip = _tag_P2Clip;
 
-struct ResetNumber {
-    std::int32_t Clip::*field;
-    std::int32_t value;
-};
-
-constexpr ResetNumber kNumbers[] = {
+constexpr std::pair<std::int32_t Clip::*, std::int32_t> kNumbers[] = {
     {&Clip::ActivePixel, 0},  {&Clip::ActiveLine, 0},      {&Clip::BitDepth, 0},
     {&Clip::ClipIdDigit, -1}, {&Clip::AvcIntraClass50, 0}, {&Clip::Duration, 0},
     {&Clip::UnusedOffset, 0}, {&Clip::StartTimecode, 0},   {&Clip::DropFrame, 1},
@@ -42,8 +41,8 @@ Clip FilledClip() {
     Clip clip;
     clip.ShootStartTime = COleDateTime(38384.5);
     clip.GlobalShotGuid.Data1 = 9;
-    for (const ResetNumber& number : kNumbers) {
-        clip.*number.field = 7;
+    for (const auto& [field, value] : kNumbers) {
+        clip.*field = 7;
     }
     for (const auto field : kWideNumbers) {
         clip.*field = 7;
@@ -70,8 +69,8 @@ Clip FilledClip() {
 }
 
 void ExpectResetFields(const Clip& clip) {
-    for (const ResetNumber& number : kNumbers) {
-        EXPECT_EQ(clip.*number.field, number.value) << "number " << &number - kNumbers;
+    for (const auto& [field, value] : kNumbers) {
+        EXPECT_EQ(clip.*field, value);
     }
     for (const auto field : kWideNumbers) {
         EXPECT_EQ(clip.*field, 0);
@@ -93,15 +92,8 @@ void ExpectResetFields(const Clip& clip) {
     EXPECT_TRUE(clip.Memos.IsEmpty());
 }
 
-TEST(P2Clip, IsFreshWhenConstructed) {
-    const Clip clip;
-    ExpectResetFields(clip);
-    EXPECT_EQ(clip.ShootStartTime.GetDays(), 0.0);
-    EXPECT_EQ(clip.ShootStartTime.GetStatus(), COleDateTime::valid);
-    EXPECT_TRUE(clip.GlobalShotGuid == GUID());
-}
-
-TEST(P2Clip, ResetLeavesTheCarriedFieldsAlone) {
+TEST(P2Clip, ResetMakesItFreshButLeavesTheCarriedFieldsAlone) {
+    ExpectResetFields(Clip());
     Clip clip = FilledClip();
     clip.Reset();
     ExpectResetFields(clip);
@@ -110,15 +102,6 @@ TEST(P2Clip, ResetLeavesTheCarriedFieldsAlone) {
     for (const auto& field : kKeptTexts) {
         EXPECT_TRUE(clip.*field == L"kept") << "kept text " << &field - kKeptTexts;
     }
-}
-
-TEST(P2Clip, CopyHasItsOwnMemos) {
-    const Clip original = FilledClip();
-    Clip copy = original;
-    copy.Memos[0].Text = L"changed";
-    copy.Memos.Add(_tag_P2Memo());
-    EXPECT_EQ(original.Memos.GetSize(), 1);
-    EXPECT_TRUE(original.Memos[0].Text.IsEmpty());
 }
 
 TEST(P2Memo, DescribesAWaveRecordingByDefault) {
@@ -130,3 +113,75 @@ TEST(P2Memo, DescribesAWaveRecordingByDefault) {
 }
 
 } // namespace
+
+namespace nqp2::media {
+namespace {
+
+constexpr GUID kGuid{0x01234567, 0x89ab, 0xcdef, {0x10, 0x32, 0x54, 0x76, 0x98, 0xba, 0xdc, 0xfe}};
+
+TEST(Identifier, CarriesTheGuidBetweenLabelAndClosingDigits) {
+    EXPECT_EQ(IdentifierFromGuid(kGuid).View(), L"060A2B340101010501010D431300"
+                                                L"0123456789ABCDEF1032547698BADCFE"
+                                                L"2008");
+    const GUID back = GuidFromIdentifier(IdentifierFromGuid(kGuid));
+    EXPECT_EQ(platform::GuidText(back).View(), L"456789ab-cdef-1032-5476-98badcfe2008") << "kept";
+}
+
+TEST(Identifier, IsFreshForAnAllZeroGuid) {
+    const CString first = IdentifierFromGuid(GUID());
+    const CString second = IdentifierFromGuid(GUID());
+    EXPECT_EQ(first.GetLength(), 64);
+    EXPECT_EQ(first.Left(28).View(), L"060A2B340101010501010D431300");
+    EXPECT_EQ(first.Right(4).View(), L"2008");
+    EXPECT_NE(first.View(), second.View());
+}
+
+TEST(Identifier, GuidComesFromTheLast32Digits) {
+    constexpr std::pair<const wchar_t*, const wchar_t*> kRows[] = {
+        {L"", L"00000000-0000-0000-0000-000000000000"},
+        {L"1", L"00000000-0000-0000-0000-000000000001"},
+        {L"123456789abcdef0123456789ABCDEF", L"01234567-89ab-cdef-0123-456789abcdef"},
+        {L"F0123456789ABCDEF1032547698BADCFE", L"01234567-89ab-cdef-1032-547698badcfe"},
+        {L"060a2b340101010501010f2013000000798ae7c6a09e4b6fa5a11f6e2d08e5c0",
+         L"798ae7c6-a09e-4b6f-a5a1-1f6e2d08e5c0"},
+        {L"no digits, but 32 elements after 0123456789ABCDEF1032547698BADCFE",
+         L"01234567-89ab-cdef-1032-547698badcfe"},
+        {L"0123456789ABCDEF1032547698BADCFG", L"00000000-0000-0000-0000-000000000000"},
+        {L"01234567-89ab-cdef-1032-547698badcfe", L"00000000-0000-0000-0000-000000000000"},
+    };
+    for (const auto& [identifier, guid] : kRows) {
+        EXPECT_EQ(platform::GuidText(GuidFromIdentifier(identifier)).View(), guid);
+    }
+}
+
+TEST(Identifier, OfAGuidTextGivesTheGuidBackAndOfNoneNothing) {
+    constexpr const wchar_t* kText = L"01234567-89AB-cdef-1032-547698badcfe";
+    constexpr const wchar_t* kOwn =
+        L"060A2B340101010501010D43130000000123456789ABCDEF1032547698BADCFE";
+    const CString digits = L"0123456789abcdef1032547698badcfe";
+    const std::pair<CString, CString> rows[] = {
+        {L"", kOwn},
+        {L"a remark", kOwn},
+        {digits, kOwn},
+        {L"ffffffffffffffffffffffffffffffff" + digits,
+         L"FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFF0123456789ABCDEF1032547698BADCFE"},
+        {L"0ffffffffffffffffffffffffffffffff" + digits, kOwn},
+        {L"gfffffffffffffffffffffffffffffff" + digits, kOwn},
+        {digits + L"ffffffffffffffffffffffffffffffff", kOwn},
+    };
+    for (const auto& [note, expected] : rows) {
+        CString identifier;
+        EXPECT_TRUE(IdentifierForGuidText(kText, note, identifier)) << note;
+        EXPECT_EQ(identifier, expected) << note;
+        EXPECT_EQ(GuidFromIdentifier(identifier), kGuid) << note;
+    }
+    for (const wchar_t* text :
+         {L"", L"0123456789abcdef1032547698badcfe", L"{01234567-89ab-cdef-1032-547698badcfe}"}) {
+        CString identifier = L"untouched";
+        EXPECT_FALSE(IdentifierForGuidText(text, L"", identifier)) << CString(text);
+        EXPECT_EQ(identifier, L"untouched");
+    }
+}
+
+} // namespace
+} // namespace nqp2::media

@@ -8,6 +8,10 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <clocale>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -82,26 +86,6 @@ TEST(CStringTest, PartsOfTheTextItselfMayBeAssignedAndAppended) {
     EXPECT_EQ(text, L"ab");
 }
 
-TEST(CStringTest, GrowsElementByElement) {
-    CString text;
-    std::wstring expected;
-    for (int i = 0; i < 1000; ++i) {
-        const auto ch = static_cast<wchar_t>(L'a' + i % 26);
-        text += ch;
-        expected += ch;
-    }
-    EXPECT_EQ(text.View(), expected);
-    EXPECT_EQ(text.GetString()[1000], L'\0');
-}
-
-TEST(CStringTest, KeepsElementsThatAreZero) {
-    const CString text(L"a\0b", 3);
-    EXPECT_EQ(text.GetLength(), 3);
-    EXPECT_EQ(text + text, CString(L"a\0ba\0b", 6));
-    EXPECT_NE(text, L"a");
-    EXPECT_EQ(text.Find(L'b'), 2);
-}
-
 TEST(CStringTest, GivesZeroForElementsOutsideTheText) {
     CString text(L"ab");
     EXPECT_EQ(text[0], L'a');
@@ -115,30 +99,29 @@ TEST(CStringTest, GivesZeroForElementsOutsideTheText) {
 
 TEST(CStringTest, ClampsPartsToTheText) {
     const CString text(L"clip");
-    const struct {
-        CString part;
-        const wchar_t* expected;
-    } cases[] = {
-        {text.Left(2), L"cl"},
-        {text.Left(9), L"clip"},
-        {text.Left(-1), L""},
-        {text.Left(INT_MIN), L""},
-        {text.Right(2), L"ip"},
-        {text.Right(9), L"clip"},
-        {text.Right(-1), L""},
-        {text.Mid(1), L"lip"},
-        {text.Mid(4), L""},
-        {text.Mid(9), L""},
-        {text.Mid(-1), L"clip"},
-        {text.Mid(1, 2), L"li"},
-        {text.Mid(1, INT_MAX), L"lip"},
-        {text.Mid(1, -1), L""},
-        {text.Mid(-5, 2), L"cl"},
-        {text.Mid(INT_MAX, INT_MAX), L""},
-        {text.Mid(INT_MIN, 3), L"cli"},
+    const std::pair<CString, const wchar_t*> rows[] = {
+        {text.Left(2), L"cl"},         {text.Left(9), L"clip"},  {text.Left(INT_MIN), L""},
+        {text.Right(2), L"ip"},        {text.Right(9), L"clip"}, {text.Right(-1), L""},
+        {text.Mid(1), L"lip"},         {text.Mid(4), L""},       {text.Mid(9), L""},
+        {text.Mid(-1), L"clip"},       {text.Mid(1, 2), L"li"},  {text.Mid(1, INT_MAX), L"lip"},
+        {text.Mid(1, -1), L""},        {text.Mid(-5, 2), L"cl"}, {text.Mid(INT_MAX, INT_MAX), L""},
+        {text.Mid(INT_MIN, 3), L"cli"}};
+    for (const auto& [part, expected] : rows) {
+        EXPECT_EQ(part, expected);
+    }
+}
+
+TEST(CStringTest, ComparesWithAndWithoutCase) {
+    const std::tuple<const wchar_t*, const wchar_t*, int, int> rows[] = {
+        {L"abc", L"abc", 0, 0},   {L"abc", L"ABC", 1, 0},       {L"abc", L"abd", -1, -1},
+        {L"abc", L"ABCD", 1, -1}, {L"abc", L"ab", 1, 1},        {L"", L"", 0, 0},
+        {L"", L"a", -1, -1},      {L"\u00E4", L"\u00C4", 1, 0}, {L"a", nullptr, 1, 1},
+        {L"a_", L"AB", 1, 1},
     };
-    for (const auto& row : cases) {
-        EXPECT_EQ(row.part, row.expected);
+    const auto sign = [](int value) { return (value > 0) - (value < 0); };
+    for (const auto& [left, right, exact, noCase] : rows) {
+        EXPECT_EQ(sign(CString(left).Compare(right)), exact) << CString(left);
+        EXPECT_EQ(sign(CString(left).CompareNoCase(right)), noCase) << CString(left);
     }
 }
 
@@ -147,94 +130,48 @@ TEST(CStringTest, FindsPartsAndElements) {
     EXPECT_EQ(text.Find(L"Xb"), 1);
     EXPECT_EQ(text.Find(L"X", 2), 3);
     EXPECT_EQ(text.Find(L"x"), -1);
-    EXPECT_EQ(text.Find(L"X", 4), -1);
     EXPECT_EQ(text.Find(L"X", -7), 1);
-    EXPECT_EQ(text.Find(L'X', 2), 3);
     EXPECT_EQ(text.Find(L'X', INT_MAX), -1);
     EXPECT_EQ(text.Find(L"", 5), 5) << "an empty part is found also at the end";
     EXPECT_EQ(text.Find(L"", 6), -1);
     EXPECT_EQ(text.ReverseFind(L'X'), 3);
-    EXPECT_EQ(text.ReverseFind(L'z'), -1);
     EXPECT_EQ(CString().ReverseFind(L'X'), -1);
+    EXPECT_EQ(CString(L"a\0b", 3).Find(L'b'), 2) << "a zero ends nothing";
+    EXPECT_EQ(CString(L"a\0b", 3) + CString(L"\0", 1), CString(L"a\0b\0", 4));
 }
 
-TEST(CStringTest, ComparesWithAndWithoutCase) {
-    const struct {
-        const wchar_t* left;
-        const wchar_t* right;
-        int exact;
-        int noCase;
-    } cases[] = {
-        {L"abc", L"abc", 0, 0},   {L"abc", L"ABC", 1, 0},       {L"abc", L"abd", -1, -1},
-        {L"abc", L"ABCD", 1, -1}, {L"abc", L"ab", 1, 1},        {L"", L"", 0, 0},
-        {L"", L"a", -1, -1},      {L"\u00E4", L"\u00C4", 1, 0}, {L"a", nullptr, 1, 1},
-        {L"a_", L"AB", 1, 1},
-    };
-    const auto sign = [](int value) { return (value > 0) - (value < 0); };
-    for (const auto& row : cases) {
-        const CString left(row.left);
-        EXPECT_EQ(sign(left.Compare(row.right)), row.exact) << left;
-        EXPECT_EQ(sign(left.CompareNoCase(row.right)), row.noCase) << left;
-    }
-}
-
-TEST(CStringTest, ChangesCaseBeyondAscii) {
-    CString text(L"clip \u00E4\u03B1\u0434 01");
-    EXPECT_EQ(text.MakeUpper(), L"CLIP \u00C4\u0391\u0414 01");
-    EXPECT_EQ(text.MakeLower(), L"clip \u00E4\u03B1\u0434 01");
-    EXPECT_EQ(CString().MakeUpper(), L"");
-}
-
-TEST(CStringTest, TrimsAsciiWhiteSpaceOnly) {
+TEST(CStringTest, ChangesItselfInPlace) {
     const CString text(L" \t\r\n\v\f a b\u00A0 \n");
-    CString both = text;
-    CString left = text;
-    CString right = text;
-    EXPECT_EQ(both.Trim(), L"a b\u00A0");
-    EXPECT_EQ(left.TrimLeft(), L"a b\u00A0 \n");
-    EXPECT_EQ(right.TrimRight(), L" \t\r\n\v\f a b\u00A0");
+    EXPECT_EQ(CString(text).Trim(), L"a b\u00A0") << "ASCII white space only";
+    EXPECT_EQ(CString(text).TrimLeft(), L"a b\u00A0 \n");
+    EXPECT_EQ(CString(text).TrimRight(), L" \t\r\n\v\f a b\u00A0");
     EXPECT_EQ(CString(L" \t ").Trim(), L"");
-    EXPECT_EQ(CString(L"a").Trim(), L"a");
-}
-
-TEST(CStringTest, TrimsASetFromTheRight) {
     EXPECT_EQ(CString(L"E:\\a\\/\\").TrimRight(L"/\\"), L"E:\\a");
     EXPECT_EQ(CString(L"\\\\").TrimRight(L"\\"), L"");
-    EXPECT_EQ(CString(L"a ").TrimRight(L""), L"a ");
     EXPECT_EQ(CString(L"a ").TrimRight(nullptr), L"a ");
+    EXPECT_EQ(CString(L"clip \u00E4\u03B1").MakeUpper(), L"CLIP \u00C4\u0391");
+    EXPECT_EQ(CString(L"CLIP \u00C4\u0391").MakeLower(), L"clip \u00E4\u03B1");
+    CString marked(L"-a--b-");
+    EXPECT_EQ(marked.Remove(L'-'), 4);
+    EXPECT_EQ(marked, L"ab");
 }
 
 TEST(CStringTest, ReplacesFromLeftToRight) {
-    const struct {
-        const wchar_t* text;
-        const wchar_t* from;
-        const wchar_t* to;
-        int count;
-        const wchar_t* expected;
-    } cases[] = {
-        {L"a/b/c", L"/", L"\\", 2, L"a\\b\\c"},
-        {L"aaa", L"aa", L"b", 1, L"ba"},
-        {L"aaa", L"a", L"aa", 3, L"aaaaaa"},
-        {L"xaxax", L"a", L"", 2, L"xxx"},
-        {L"abc", L"", L"x", 0, L"abc"},
-        {L"abc", nullptr, L"x", 0, L"abc"},
-        {L"abc", L"b", nullptr, 1, L"ac"},
-        {L"", L"a", L"b", 0, L""},
-        {L"aa", L"a", L"", 2, L""},
-    };
-    for (const auto& row : cases) {
-        CString text(row.text);
-        EXPECT_EQ(text.Replace(row.from, row.to), row.count) << row.expected;
-        EXPECT_EQ(text, row.expected);
+    using Text = const wchar_t*;
+    const std::tuple<Text, Text, Text, int, Text> rows[] = {{L"a/b/c", L"/", L"\\", 2, L"a\\b\\c"},
+                                                            {L"aaa", L"aa", L"b", 1, L"ba"},
+                                                            {L"aaa", L"a", L"aa", 3, L"aaaaaa"},
+                                                            {L"xaxax", L"a", L"", 2, L"xxx"},
+                                                            {L"abc", L"", L"x", 0, L"abc"},
+                                                            {L"abc", nullptr, L"x", 0, L"abc"},
+                                                            {L"abc", L"b", nullptr, 1, L"ac"},
+                                                            {L"", L"a", L"b", 0, L""},
+                                                            {L"aa", L"a", L"", 2, L""}};
+    for (const auto& [before, from, to, count, after] : rows) {
+        CString text(before);
+        EXPECT_EQ(text.Replace(from, to), count) << after;
+        EXPECT_EQ(text, after);
     }
-}
-
-TEST(CStringTest, RemovesOneElementEverywhere) {
-    CString text(L"-a--b-");
-    EXPECT_EQ(text.Remove(L'-'), 4);
-    EXPECT_EQ(text, L"ab");
-    EXPECT_EQ(text.Remove(L'-'), 0);
-    EXPECT_EQ(CString(L"---").Remove(L'-'), 3);
 }
 
 TEST(CStringTest, BufferIsCutToWhatWasWritten) {
@@ -278,6 +215,123 @@ TEST(CStringTest, CopiesMayBeUsedFromSeveralThreads) {
         thread.join();
     }
     EXPECT_EQ(shared, L"shared text");
+}
+
+template <class... Arguments>
+CString Formatted(const wchar_t* pattern, const Arguments&... arguments) {
+    CString text;
+    text.Format(pattern, arguments...);
+    return text;
+}
+
+TEST(CStringFormatTest, WritesEachPattern) {
+    const std::pair<CString, const wchar_t*> rows[] = {
+        {Formatted(L"%04d-%02d-%02dT", 2026, 1, 2), L"2026-01-02T"},
+        {Formatted(L"%I64d|%I32u|%ld|%hd|%zu|%Id", INT64_MIN, 1U, INT64_MAX, short{-3},
+                   std::size_t{7}, 9),
+         L"-9223372036854775808|1|9223372036854775807|-3|7|9"}, // modifiers are ignored
+        {Formatted(L"%s%c%s", CString(L"clip"), L'\u00E4', L"_"), L"clip\u00E4_"},
+        {Formatted(L"100%% %5.1f%%", 12.34), L"100%  12.3%"},
+        // Unsigned conversions use the argument's own width.
+        {Formatted(L"%x %X", std::int8_t{-1}, std::int16_t{-2}), L"ff FFFE"},
+        {Formatted(L"%u %x", std::int32_t{-1}, std::int32_t{-1}), L"4294967295 ffffffff"},
+        {Formatted(L"%hhx", std::int64_t{-1}), L"ffffffffffffffff"},
+        {Formatted(L"%d", UINT32_MAX), L"4294967295"},
+        {Formatted(L"%d %x", L'A', L'A'), L"65 41"},
+        // What does not fit its conversion is written in its natural form.
+        {Formatted(L"%s %s %s", 42, UINT64_MAX, 0.1), L"42 18446744073709551615 0.1"},
+        {Formatted(L"%s%d%c", L'c', L"text", L"text"), L"ctexttext"},
+        {Formatted(L"%d %f", 1.5, 3), L"1.5 3"},
+        {Formatted(L"[%6x]", L"ab"), L"[    ab]"},
+        {Formatted(L"%c", -1), L"\uFFFD"},
+        // No pattern reads beyond the arguments.
+        {Formatted(L"a%d%s%fb"), L"ab"},
+        {Formatted(L"%*d", 5), L""},
+        {Formatted(L"%n%p%", 1), L"%n%p%"}, // unknown conversions stand and take nothing
+        {Formatted(L"%5.2q%d", 1), L"%5.2q1"},
+        {Formatted(L"%-08.3", 1), L"%-08.3"},
+        {Formatted(L"%hI64d"), L"%hI64d"},
+        {Formatted(nullptr, 1), L""},
+        {Formatted(L"%d", 1, 2, 3), L"1"},
+        {Formatted(L"[%5s][%-5s][%5.1s]", L"abc", L"abc", L"abc"), L"[  abc][abc  ][    a]"},
+        {Formatted(L"[%.0s][%.s][%05s]", L"abc", L"abc", L"abc"), L"[][][  abc]"},
+        {Formatted(L"[%*s][%-*s][%*s]", 4, L"a", 3, L"b", -3, L"c"), L"[   a][b  ][c  ]"},
+        {Formatted(L"[%.*s][%.*s]", 2, L"abc", -1, L"abc"), L"[ab][abc]"},
+        {Formatted(L"[%3c][%-3c]", L'x', L'y'), L"[  x][y  ]"},
+    };
+    for (const auto& [actual, expected] : rows) {
+        EXPECT_EQ(actual, expected) << "row " << CString(expected);
+    }
+}
+
+TEST(CStringFormatTest, WidthsAndPrecisionsAreBounded) {
+    EXPECT_EQ(Formatted(L"%99999999999999999999d", 1).GetLength(), 4096);
+    EXPECT_EQ(Formatted(L"%.99999999999999999999d", 1).GetLength(), 4096);
+    EXPECT_EQ(Formatted(L"%*s", INT_MAX, L"x").GetLength(), 4096);
+    EXPECT_EQ(Formatted(L"%*s", INT64_MIN, L"x").GetLength(), 4096);
+    EXPECT_EQ(Formatted(L"%*s", UINT64_MAX, L"x").GetLength(), 4096);
+    EXPECT_EQ(Formatted(L"%.5000f", std::numeric_limits<double>::max()).GetLength(),
+              309 + 1 + 4096);
+}
+
+TEST(CStringFormatTest, TakesItselfAsPatternAndArgument) {
+    CString text(L"a%s");
+    text.Format(text, text);
+    EXPECT_EQ(text, L"aa%s");
+    text.Format(L"%s%s", text, text.GetString());
+    EXPECT_EQ(text, L"aa%saa%s");
+}
+
+/// Every mix of flags, widths and precisions for the conversion letters of `letters`.
+std::vector<std::string> PatternsFor(const std::string& letters) {
+    std::vector<std::string> patterns;
+    for (const char letter : letters) {
+        for (const char* flags : {"", "-", "+", " ", "0", "#", "-+", "+0", "-0", "#0", "+ "}) {
+            for (const char* size : {"", "1", "12", ".0", ".3", "12.5", "3.7"}) {
+                patterns.push_back(std::string("%") + flags + size + letter);
+            }
+        }
+    }
+    return patterns;
+}
+
+template <class Value>
+void ExpectAsTheCLibrary(const std::string& pattern, Value value) {
+    char expected[512];
+    const int length = std::snprintf(expected, sizeof(expected), pattern.c_str(), value);
+    ASSERT_GT(static_cast<int>(sizeof(expected)), length);
+    const std::wstring wide(pattern.begin(), pattern.end());
+    EXPECT_EQ(Formatted(wide.c_str(), value), CString(std::wstring(expected, expected + length)))
+        << pattern << " of " << value;
+}
+
+TEST(CStringFormatTest, NumbersAgreeWithTheCLibrary) {
+    for (const std::string& pattern : PatternsFor("dixX")) {
+        for (const int value : {0, 1, -1, 255, 123456, INT_MAX, INT_MIN}) {
+            ExpectAsTheCLibrary(pattern, value);
+        }
+    }
+    for (const std::string& pattern : PatternsFor("fFeEgG")) {
+        for (const double value :
+             {0.0, -0.0, 1.0, -1.5, 0.1, 1e-7, 123456789.0, 1e100,
+              std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
+            ExpectAsTheCLibrary(pattern, value);
+        }
+    }
+}
+
+TEST(CStringFormatTest, RealNumbersKeepTheirPointInEveryLocale) {
+    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+    const char* used = nullptr;
+    for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "de_DE", "pt_BR.UTF-8"}) {
+        used = used != nullptr ? used : std::setlocale(LC_NUMERIC, name);
+    }
+    if (used == nullptr) {
+        GTEST_SKIP() << "no locale with a decimal comma is installed";
+    }
+    const CString text = Formatted(L"%.2f", 1.5);
+    std::setlocale(LC_NUMERIC, before.c_str());
+    EXPECT_EQ(text, L"1.50");
 }
 
 } // namespace

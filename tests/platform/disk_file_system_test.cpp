@@ -3,33 +3,38 @@
 
 #include "platform/disk_file_system.h"
 
+#include "platform/folder_lock.h"
 #include "platform/system_status.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <functional>
 #include <limits>
 #include <map>
-#include <sys/ptrace.h>
+#include <optional>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
-#include <sys/syscall.h>
 #include <sys/time.h>
 #include <sys/un.h>
 #include <thread>
+#include <vector>
 
 namespace nqp2::platform {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::UnorderedElementsAre;
 
 constexpr std::uint64_t kNoLimit = std::numeric_limits<std::uint64_t>::max();
@@ -102,15 +107,11 @@ TEST_F(DiskFiles, RefusesWhatIsNoRegularFileWithoutWaiting) {
     }
     EXPECT_EQ(ReadError(m_folder.Path()), IoError::IsFolder);
     EXPECT_EQ(OpenError(m_folder.Path()), IoError::IsFolder);
-}
-
-TEST_F(DiskFiles, RefusesAHugeFileBeforeReadingIt) {
-    const std::string path = m_folder.Write("sparse");
-    ASSERT_EQ(truncate(path.c_str(), 100'000'000'000), 0);
-    EXPECT_EQ(ReadError(path, 32U << 20U), IoError::TooLarge);
-    FileInfo info;
-    ASSERT_TRUE(m_disk.Stat(path, info));
-    EXPECT_EQ(info.size, 100'000'000'000U);
+    EXPECT_EQ(m_disk.RemoveFile(m_folder.Path()).error, IoError::IsFolder);
+    EXPECT_EQ(m_disk.MakeFolder(m_folder.Path()).error, IoError::Exists);
+    const std::string sparse = m_folder.Write("sparse");
+    ASSERT_EQ(truncate(sparse.c_str(), 100'000'000'000), 0);
+    EXPECT_EQ(ReadError(sparse, 32U << 20U), IoError::TooLarge);
 }
 
 TEST_F(DiskFiles, ReadsFilesThatTellNoSize) {
@@ -141,8 +142,18 @@ TEST_F(DiskFiles, StopsAtTheLimitWhileAFileGrows) {
     EXPECT_TRUE(refused);
 }
 
-TEST_F(DiskFiles, ReadsOpenFilesInPieces) {
+TEST_F(DiskFiles, TellsSizesAndTimesAndReadsInPieces) {
     const std::string path = m_folder.Write("file", "abcdefgh");
+    const timeval past[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
+    ASSERT_EQ(utimes(path.c_str(), past), 0);
+    FileInfo info;
+    ASSERT_TRUE(m_disk.Stat(path, info));
+    EXPECT_EQ(info.size, 8U);
+    EXPECT_EQ(info.modified, 1'000'000'000);
+    struct statx facts = {};
+    ASSERT_EQ(statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME, &facts), 0);
+    const bool bornKnown = (facts.stx_mask & STATX_BTIME) != 0;
+    EXPECT_EQ(info.created, bornKnown ? facts.stx_btime.tv_sec : 1'000'000'000);
     std::unique_ptr<FileReader> reader;
     ASSERT_TRUE(m_disk.Open(path, reader));
     EXPECT_EQ(reader->Size(), 8U);
@@ -203,43 +214,12 @@ TEST_F(DiskFiles, TellsWhatIsDenied) {
     EXPECT_EQ(asOrdinaryUser([&] { return m_disk.WriteWhole(locked + "/x", "").error; }), denied);
 }
 
-TEST_F(DiskFiles, KnowsWhenAFileWasMadeAndChanged) {
-    const std::string path = m_folder.Write("file", "content");
-    const timeval past[2] = {{1'000'000'000, 0}, {1'000'000'000, 0}};
-    ASSERT_EQ(utimes(path.c_str(), past), 0);
-    FileInfo info;
-    ASSERT_TRUE(m_disk.Stat(path, info));
-    EXPECT_EQ(info.kind, EntryKind::File);
-    EXPECT_EQ(info.size, 7U);
-    EXPECT_EQ(info.modified, 1'000'000'000);
-    struct statx facts = {};
-    ASSERT_EQ(statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME, &facts), 0);
-    const bool bornKnown = (facts.stx_mask & STATX_BTIME) != 0;
-    EXPECT_EQ(info.created, bornKnown ? facts.stx_btime.tv_sec : 1'000'000'000);
-}
-
-TEST_F(DiskFiles, MakesFoldersAndRemovesFiles) {
-    const std::string folder = m_folder.Path("folder");
-    EXPECT_TRUE(m_disk.MakeFolder(folder));
-    EXPECT_EQ(m_disk.MakeFolder(folder).error, IoError::Exists);
-    EXPECT_EQ(m_disk.RemoveFile(folder).error, IoError::IsFolder);
-    EXPECT_TRUE(m_disk.RemoveFile(m_folder.Write("folder/file")));
-    EXPECT_EQ(ListError(folder), IoError::None);
-    EXPECT_TRUE(m_entries.empty());
-}
-
-TEST_F(DiskFiles, CountsFreeSpaceWithoutOverflow) {
+TEST_F(DiskFiles, CountsTheMediumsFreeSpaceWithoutOverflow) {
     constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
     EXPECT_EQ(BytesOfBlocks(3'000'000'000, 4096), 12'288'000'000'000U);
     EXPECT_EQ(BytesOfBlocks(1ULL << 52U, 4096), kMost);
     EXPECT_EQ(BytesOfBlocks((1ULL << 52U) - 1, 4096), kMost - 4095);
     EXPECT_EQ(BytesOfBlocks(kMost, 0), 0U);
-    std::uint64_t bytes = 0;
-    EXPECT_TRUE(m_disk.FreeSpace(m_folder.Path(), bytes));
-    EXPECT_GT(bytes, 0U);
-}
-
-TEST_F(DiskFiles, FreeSpaceIsTheMediumsNotTheUsers) {
     struct statvfs before = {};
     struct statvfs after = {};
     std::uint64_t bytes = 0;
@@ -251,7 +231,7 @@ TEST_F(DiskFiles, FreeSpaceIsTheMediumsNotTheUsers) {
             break;
         }
     }
-    EXPECT_EQ(bytes, std::uint64_t{before.f_bfree} * before.f_frsize);
+    EXPECT_EQ(bytes, std::uint64_t{before.f_bfree} * before.f_frsize) << "not the user's share";
 }
 
 TEST_F(DiskFiles, MovesAFileToAFreeNameOnly) {
@@ -281,8 +261,8 @@ TEST(SystemStatusTest, SortsTheSystemsErrors) {
     const std::pair<int, IoError> rows[] = {
         {0, IoError::None},          {EIO, IoError::Device},     {ESTALE, IoError::Device},
         {ENOTCONN, IoError::Device}, {ELOOP, IoError::NotFound}, {EPERM, IoError::Denied},
-        {EDQUOT, IoError::NoSpace},  {EROFS, IoError::ReadOnly}, {EFBIG, IoError::TooLarge},
-        {EMFILE, IoError::Other},
+        {EDQUOT, IoError::NoSpace},  {ENOSPC, IoError::NoSpace}, {EROFS, IoError::ReadOnly},
+        {EFBIG, IoError::TooLarge},  {EMFILE, IoError::Other},
     };
     for (const auto& [number, error] : rows) {
         EXPECT_EQ(SystemStatus(number).error, error) << number;
@@ -290,62 +270,167 @@ TEST(SystemStatusTest, SortsTheSystemsErrors) {
     }
 }
 
-/// The file calls that a child process makes between two markers (getppid), from the first open
-/// on: what a sanitizer does before is not ours.
-class CallTrace {
-public:
-    static std::vector<std::uint64_t> FileCallsOf(const std::function<void()>& body) {
-        const pid_t child = fork();
-        if (child == 0) {
-            if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) {
-                _exit(1);
-            }
-            raise(SIGSTOP);
-            syscall(SYS_getppid);
-            body();
-            syscall(SYS_getppid);
-            _exit(0);
+class WriteWhole : public ::testing::Test {
+protected:
+    IoError Write(const std::string& path, std::string_view content) {
+        return m_disk.WriteWhole(path, content).error;
+    }
+    std::string Content(const std::string& path) {
+        std::string content;
+        return m_disk.Read(path, 1U << 30U, content) ? content : "(unreadable)";
+    }
+    std::vector<std::string> Names(const std::string& folder) {
+        std::vector<FolderEntry> entries;
+        EXPECT_TRUE(m_disk.List(folder, entries));
+        std::vector<std::string> names;
+        for (const FolderEntry& entry : entries) {
+            names.push_back(entry.name);
         }
-        return Follow(child);
+        return names;
+    }
+    static mode_t Mode(const std::string& path) {
+        struct stat facts = {};
+        return stat(path.c_str(), &facts) == 0 ? facts.st_mode & 07777U : 0;
     }
 
-private:
-    static std::vector<std::uint64_t> Follow(pid_t child) {
-        std::vector<std::uint64_t> calls;
-        int markers = 0;
-        int status = 0;
-        while (waitpid(child, &status, 0) == child && WIFSTOPPED(status)) {
-            ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD);
-            __ptrace_syscall_info info = {};
-            if (ptrace(PTRACE_GET_SYSCALL_INFO, child, sizeof info, &info) > 0 &&
-                info.op == PTRACE_SYSCALL_INFO_ENTRY) {
-                markers += info.entry.nr == SYS_getppid ? 1 : 0;
-                const bool opened = !calls.empty() || info.entry.nr == SYS_openat;
-                if (markers == 1 && opened && IsFileCall(info.entry.nr)) {
-                    calls.push_back(info.entry.nr);
-                }
-            }
-            ptrace(PTRACE_SYSCALL, child, nullptr, nullptr);
-        }
-        EXPECT_EQ(markers, 2) << "the child did not come to its end";
-        return calls;
-    }
-
-    /// Everything but the memory management that allocation (and a sanitizer's) brings.
-    static bool IsFileCall(std::uint64_t number) {
-        constexpr std::uint64_t kOthers[] = {SYS_getppid, SYS_brk,      SYS_mmap,   SYS_munmap,
-                                             SYS_mremap,  SYS_mprotect, SYS_madvise};
-        return std::find(std::begin(kOthers), std::end(kOthers), number) == std::end(kOthers);
-    }
+    test::TempFolder m_folder;
+    DiskFileSystem m_disk;
 };
 
-TEST_F(DiskFiles, ReadsAnOrdinaryFileInFourSystemCalls) {
-    if (test::RunInChild([] { return ptrace(PTRACE_TRACEME, 0, 0, 0) == 0 ? 0 : 1; }) != 0) {
-        GTEST_SKIP() << "this system does not let a process be traced";
+TEST_F(WriteWhole, MakesAndReplacesFiles) {
+    const std::string path = m_folder.Path("P001.xml");
+    for (const std::string& content : {std::string("first, and longer"), std::string("second"),
+                                       std::string(), std::string(3'000'000, 'x')}) {
+        EXPECT_EQ(Write(path, content), IoError::None);
+        EXPECT_EQ(Content(path), content);
+        EXPECT_THAT(Names(m_folder.Path()), ElementsAre("P001.xml"));
     }
-    const std::string path = m_folder.Write("file", std::string(50'000, 'x'));
-    const auto calls = CallTrace::FileCallsOf([&] { ReadError(path); });
-    EXPECT_EQ(calls.size(), 4U) << ::testing::PrintToString(calls);
+}
+
+TEST_F(WriteWhole, GivesNewFilesTheUsualModeAndOldOnesTheirOwn) {
+    const mode_t before = umask(027);
+    const std::string fresh = m_folder.Path("fresh");
+    const std::string old = m_folder.Write("old");
+    EXPECT_EQ(chmod(old.c_str(), 0666), 0);
+    EXPECT_EQ(Write(fresh, "x"), IoError::None);
+    EXPECT_EQ(Write(old, "x"), IoError::None);
+    umask(before);
+    EXPECT_EQ(Mode(fresh), 0640U);
+    EXPECT_EQ(Mode(old), 0666U) << "kept although the mask would take bits away";
+}
+
+TEST_F(WriteWhole, WritesThroughLinksAndKeepsThem) {
+    const std::string real = m_folder.Write("real/file.xml", "old");
+    const std::string link = m_folder.Path("link.xml");
+    const std::string chain = m_folder.Path("chain.xml");
+    const std::string dangling = m_folder.Path("dangling.xml");
+    ASSERT_EQ(symlink("real/file.xml", link.c_str()), 0);
+    ASSERT_EQ(symlink(link.c_str(), chain.c_str()), 0);
+    ASSERT_EQ(symlink("real/made.xml", dangling.c_str()), 0);
+    EXPECT_EQ(Write(chain, "new"), IoError::None);
+    EXPECT_EQ(Write(dangling, "made"), IoError::None);
+    EXPECT_EQ(Content(real), "new");
+    EXPECT_EQ(Content(m_folder.Path("real/made.xml")), "made");
+    struct stat facts = {};
+    for (const std::string& path : {link, chain, dangling}) {
+        EXPECT_EQ(lstat(path.c_str(), &facts), 0);
+        EXPECT_TRUE(S_ISLNK(facts.st_mode)) << path;
+    }
+}
+
+TEST_F(WriteWhole, ReplacesAFileOfAnotherLetterCase) {
+    const std::string real = m_folder.Write("Contents/EditList/p001ab.XML", "old");
+    EXPECT_EQ(Write(m_folder.Path("CONTENTS/EDITLIST/P001AB.xml"), "new"), IoError::None);
+    EXPECT_EQ(Content(real), "new");
+    EXPECT_EQ(Write(m_folder.Path("CONTENTS//EDITLIST/P002.xml"), "second"), IoError::None);
+    EXPECT_THAT(Names(m_folder.Path()), ElementsAre("Contents"));
+    EXPECT_THAT(Names(m_folder.Path("Contents/EditList")),
+                UnorderedElementsAre("p001ab.XML", "P002.xml"));
+}
+
+TEST_F(WriteWhole, RefusesWhatIsNoFileAndLeavesNothing) {
+    m_folder.MakeFolder("folder");
+    const std::string pipe = m_folder.Path("pipe");
+    const std::string loop = m_folder.Path("loop");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    ASSERT_EQ(symlink("loop", loop.c_str()), 0);
+    EXPECT_EQ(Write(m_folder.Path("folder"), "x"), IoError::IsFolder);
+    EXPECT_EQ(Write(m_folder.Path("folder/"), "x"), IoError::IsFolder);
+    EXPECT_EQ(Write(pipe, "x"), IoError::NotAFile);
+    EXPECT_EQ(Write(loop, "x"), IoError::NotFound);
+    EXPECT_EQ(Write(m_folder.Path("missing/file"), "x"), IoError::NotFound);
+    EXPECT_EQ(Write(m_folder.Path("new/"), "x"), IoError::NotFound);
+    EXPECT_EQ(Write(m_folder.Path(std::string(300, 'n')), "x"), IoError::NotFound);
+    EXPECT_THAT(Names(m_folder.Path()), UnorderedElementsAre("folder", "pipe", "loop"));
+    EXPECT_THAT(Names(m_folder.Path("folder")), ElementsAre());
+}
+
+TEST_F(WriteWhole, KeepsTheOldFileWhenTheContentDoesNotFit) {
+    const std::string path = m_folder.Write("P001.xml", "old");
+    const int error = test::RunInChild([&] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {10'000, 10'000}; // a part is written, then the write stops short
+        return setrlimit(RLIMIT_FSIZE, &limit) == 0
+                   ? static_cast<int>(Write(path, std::string(1'000'000, 'x')))
+                   : 255;
+    });
+    EXPECT_EQ(error, static_cast<int>(IoError::TooLarge));
+    EXPECT_EQ(Content(path), "old");
+    EXPECT_THAT(Names(m_folder.Path()), ElementsAre("P001.xml"));
+}
+
+TEST_F(WriteWhole, WritesIntoAFolderThatMayNotBeRead) {
+    const std::string folder = m_folder.MakeFolder("drop");
+    ASSERT_EQ(chmod(m_folder.Path().c_str(), 0755), 0);
+    ASSERT_EQ(chmod(folder.c_str(), 0333), 0);
+    const int error = test::RunInChild([&] {
+        return test::BecomeOrdinaryUser() ? static_cast<int>(Write(folder + "/x", "new")) : 255;
+    });
+    EXPECT_EQ(error, static_cast<int>(IoError::None));
+    EXPECT_EQ(Content(folder + "/x"), "new");
+    EXPECT_EQ(chmod(folder.c_str(), 0700), 0);
+}
+
+using namespace std::chrono_literals;
+
+TEST(FolderLock, AHeldFolderIsRefusedAtTheDeadlineAndFreeAgainLater) {
+    const test::TempFolder folder;
+    std::optional<FolderLock> first(folder.Path());
+    ASSERT_TRUE(*first);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(FolderLock(folder.Path(), 30ms));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
+    first.reset();
+    EXPECT_TRUE(FolderLock(folder.Path(), 0ms));
+}
+
+TEST(FolderLock, OneAtATimeIsInside) {
+    const test::TempFolder folder;
+    std::atomic<int> inside = 0;
+    std::atomic<int> most = 0;
+    {
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([&] {
+                for (int turn = 0; turn < 5; ++turn) {
+                    const FolderLock lock(folder.Path(), 60s);
+                    most = std::max(most.load(), ++inside);
+                    std::this_thread::sleep_for(1ms);
+                    --inside;
+                }
+            });
+        }
+    }
+    EXPECT_EQ(most, 1);
+}
+
+TEST(FolderLock, WhatCannotBeLockedIsUsedWithout) {
+    const test::TempFolder folder;
+    folder.Write("file", "");
+    const std::string none[] = {"", folder.Path("none"), folder.Path("file"), "/proc/self"};
+    for (const std::string& path : none) {
+        EXPECT_TRUE(FolderLock(path, 0ms)) << path;
+    }
 }
 
 } // namespace

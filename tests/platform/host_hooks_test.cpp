@@ -2,13 +2,16 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/DebugOutput.h"
-
 #include "platform/diagnostics.h"
+#include "platform/module.h"
+#include "platform/PathText.h"
+#include "platform/SystemFolder.h"
 #include "tests/support/print_text.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
 #include <thread>
 #include <vector>
 
@@ -31,21 +34,14 @@ TEST_F(DebugOutputTest, IsSilentUntilASinkIsSet) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 
     std::vector<CString> texts;
-    SetDebugOutput([&](const CString& text) { texts.push_back(text); });
+    EXPECT_FALSE(SetDebugOutput([&](const CString& text) { texts.push_back(text); }));
     OutputDebugStringW(L"selectSingleNode Failed");
     OutputDebugStringW(nullptr);
-    SetDebugOutput(nullptr);
+    const TextSink previous = SetDebugOutput(nullptr);
     OutputDebugStringW(L"lost");
-    EXPECT_EQ(texts, (std::vector<CString>{L"selectSingleNode Failed", L""}));
-}
-
-TEST_F(DebugOutputTest, GivesBackThePreviousSink) {
-    int first = 0;
-    EXPECT_FALSE(SetDebugOutput([&](const CString&) { ++first; }));
-    const TextSink previous = SetDebugOutput([](const CString&) {});
     ASSERT_TRUE(previous);
-    previous(CString());
-    EXPECT_EQ(first, 1);
+    previous(L"by hand");
+    EXPECT_EQ(texts, (std::vector<CString>{L"selectSingleNode Failed", L"", L"by hand"}));
 }
 
 TEST_F(DebugOutputTest, MessageBoxesPrintOneLineOnStandardErrorUntilASinkIsSet) {
@@ -91,6 +87,45 @@ TEST_F(DebugOutputTest, NoTextIsLostOrDoubledWhileSinksChange) {
     one.join();
     two.join();
     EXPECT_EQ(first + second, 2 * kTexts);
+}
+
+class ModuleTest : public testing::Test {
+protected:
+    void TearDown() override { SetSystemFolderLookup(nullptr); }
+};
+
+TEST_F(ModuleTest, LoadsTheLibraryBehindAWindowsPath) {
+    const CString folder = InterfaceRoot(NQP2_LOADABLE_MODULE_FOLDER);
+    for (const wchar_t* const name : {L"\\loadable.dll", L"\\loadable.DLL", L"\\loadable"}) {
+        const ModuleHandle module = LoadModule(folder + name);
+        ASSERT_NE(module, nullptr) << CString(name);
+        void* const entry = ModuleEntry(module, "LoadableModuleAnswer");
+        ASSERT_NE(entry, nullptr);
+        EXPECT_EQ(reinterpret_cast<int (*)()>(entry)(), 42);
+        EXPECT_EQ(ModuleEntry(module, "NoSuchEntry"), nullptr);
+        FreeModule(module);
+    }
+}
+
+TEST_F(ModuleTest, AbsentLibrariesAreNull) {
+    const CString folder = InterfaceRoot(NQP2_LOADABLE_MODULE_FOLDER);
+    EXPECT_EQ(LoadModule(folder + L"\\absent.dll"), nullptr);
+    EXPECT_EQ(LoadModule(folder + L"\\"), nullptr);
+    EXPECT_EQ(LoadModule(folder + L"\\.dll"), nullptr);
+    EXPECT_EQ(LoadModule(L""), nullptr);
+    EXPECT_EQ(LoadModule(L"c.dll"), nullptr) << "libc is loaded, but is searched for nowhere";
+    EXPECT_EQ(ModuleEntry(nullptr, "malloc"), nullptr);
+    FreeModule(nullptr);
+}
+
+TEST_F(ModuleTest, SystemFolderLookupCanBeReplacedAndRestored) {
+    const CString builtIn = SystemFolder();
+    EXPECT_TRUE(std::filesystem::is_directory(PosixPath(builtIn))) << builtIn;
+    EXPECT_NE(builtIn.Right(1), L"\\");
+    EXPECT_FALSE(SetSystemFolderLookup([] { return CString(L"Z:\\system"); }));
+    EXPECT_EQ(SystemFolder(), L"Z:\\system");
+    EXPECT_EQ(SetSystemFolderLookup(nullptr)(), L"Z:\\system");
+    EXPECT_EQ(SystemFolder(), builtIn);
 }
 
 } // namespace
