@@ -73,9 +73,9 @@ bool ProgressLink::ReportEnd(std::uint64_t total) {
 }
 
 void ProgressLink::Drain() {
-    constexpr std::chrono::seconds kPatience{2};
+    constexpr std::chrono::seconds kDrainPatience{2};
     std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, kPatience, [&] { return !m_unanswered || m_stopped; });
+    m_changed.wait_for(lock, kDrainPatience, [&] { return !m_unanswered || m_stopped; });
 }
 
 void ProgressLink::Stop() {

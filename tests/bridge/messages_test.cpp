@@ -121,7 +121,7 @@ Message Filled() {
 
 /// The message's bytes, saved to a buffer far larger than needed.
 template <class Message>
-Bytes Saved(const Message& message) {
+Bytes SavedMessage(const Message& message) {
     Bytes buffer(4096, kUntouched);
     const std::int32_t written = message.Save(buffer.data(), 4096);
     buffer.resize(static_cast<std::size_t>(written));
@@ -155,7 +155,7 @@ using Messages =
 TYPED_TEST_SUITE(EachMessage, Messages);
 
 TYPED_TEST(EachMessage, HasTheDocumentedBytes) {
-    EXPECT_EQ(Saved(Filled<TypeParam>()), Example<TypeParam>().bytes);
+    EXPECT_EQ(SavedMessage(Filled<TypeParam>()), Example<TypeParam>().bytes);
 }
 
 TYPED_TEST(EachMessage, RestoresWhatWasSavedAndIgnoresWhatFollows) {
@@ -165,7 +165,7 @@ TYPED_TEST(EachMessage, RestoresWhatWasSavedAndIgnoresWhatFollows) {
     TypeParam message;
     EXPECT_EQ(message.Restore(longer.data(), static_cast<std::int32_t>(longer.size())),
               std::ssize(image));
-    EXPECT_EQ(Saved(message), image);
+    EXPECT_EQ(SavedMessage(message), image);
 }
 
 TYPED_TEST(EachMessage, RestoresNothingFromACutImage) {
@@ -178,7 +178,7 @@ TYPED_TEST(EachMessage, RestoresNothingFromACutImage) {
         const Bytes cut(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(length));
         const std::int32_t read = RestoreFromExact(message, cut);
         EXPECT_EQ(read, length == except ? std::ssize(cut) : 0) << length;
-        EXPECT_EQ(Saved(message), read == 0 ? image : cut) << length;
+        EXPECT_EQ(SavedMessage(message), read == 0 ? image : cut) << length;
     }
     TypeParam message = Filled<TypeParam>();
     EXPECT_EQ(message.Restore(nullptr, kLargest), 0);
@@ -195,7 +195,7 @@ TYPED_TEST(EachMessage, RestoresNothingWhenACountReachesBeyondTheBuffer) {
             Bytes image = example.bytes;
             SetCount(image, at, count);
             EXPECT_EQ(RestoreFromExact(message, image), 0) << count << " at " << at;
-            EXPECT_EQ(Saved(message), example.bytes);
+            EXPECT_EQ(SavedMessage(message), example.bytes);
         }
     }
 }
@@ -220,7 +220,7 @@ TEST(MessageSize, IsTheImageExceptForTheTransferRecord) {
     // The tables, of 18 entries with two units of text, and three numbers.
     constexpr std::int32_t kUncounted = 18 * 14 + 2 * 2 + 12;
     EXPECT_EQ(Filled<ImportFileMessage>().Size(), kFigure + 4);
-    EXPECT_EQ(std::ssize(Saved(Filled<ImportFileMessage>())), kFigure + kUncounted + 4);
+    EXPECT_EQ(std::ssize(SavedMessage(Filled<ImportFileMessage>())), kFigure + kUncounted + 4);
     EXPECT_EQ(Filled<ExportFileMessage>().Size(), kFigure + (4 + 10 + 6) + 4);
     EXPECT_EQ(Filled<TextPairMessage>().Size(), 10 + 12 + 4); // units, not code points
     EXPECT_EQ(RTExportParamMessage().Size(), 4 + 40 + 18 + 32 + 3 * 6 + 4 + 4 + 4 + 4 + 4);
@@ -228,7 +228,7 @@ TEST(MessageSize, IsTheImageExceptForTheTransferRecord) {
 
 TEST(TransferRecord, StartsEmptyButForValue15) {
     ImportFileMessage restored = Filled<ImportFileMessage>();
-    Bytes image = Saved(ImportFileMessage());
+    Bytes image = SavedMessage(ImportFileMessage());
     ASSERT_EQ(restored.Restore(image.data(), static_cast<std::int32_t>(image.size())),
               std::ssize(image));
     EXPECT_EQ(restored.info.value15, 1U);
@@ -257,7 +257,7 @@ TEST(ReceivedText, EndsWhereItsCountSaysAndIsClosedThere) {
 }
 
 TEST(DataRuns, PointIntoTheReceivedBuffer) {
-    Bytes image = Saved(Filled<AVDataMessage>());
+    Bytes image = SavedMessage(Filled<AVDataMessage>());
     AVDataMessage message;
     message.Restore(image.data(), static_cast<std::int32_t>(image.size()));
     EXPECT_EQ(message.data1, image.data() + 5);
@@ -268,17 +268,17 @@ TEST(DataRuns, WithoutDataTravelAsTheirLengthAlone) {
     AVDataMessage message = Filled<AVDataMessage>();
     message.data1 = nullptr;
     EXPECT_EQ(message.Size(), 17 + 2 + 3);
-    Bytes image = Saved(message);
+    Bytes image = SavedMessage(message);
     EXPECT_EQ(image.size(), 17U + 3);
     EXPECT_EQ(image[1], 2); // the length stays
     EXPECT_EQ(RestoreFromExact(message, image), 0);
 
     BufferMessage buffer;
     buffer.length = 3;
-    EXPECT_EQ(Saved(buffer).size(), 12U);
+    EXPECT_EQ(SavedMessage(buffer).size(), 12U);
     EXPECT_EQ(buffer.Size(), 15);
 
-    image = Saved(BufferMessage());
+    image = SavedMessage(BufferMessage());
     buffer = Filled<BufferMessage>();
     EXPECT_EQ(RestoreFromExact(buffer, image), 12);
     EXPECT_EQ(buffer.data, nullptr);
@@ -287,7 +287,7 @@ TEST(DataRuns, WithoutDataTravelAsTheirLengthAlone) {
 TEST(Icon, CarriesItsSizeWithoutPixelsToo) {
     IconMessage message = Filled<IconMessage>();
     message.bits = nullptr;
-    const Bytes image = Saved(message);
+    const Bytes image = SavedMessage(message);
     EXPECT_EQ(message.Size(), 8 + 8 + 8 + 4);
     EXPECT_EQ(std::ssize(image), message.Size());
     IconMessage restored = Filled<IconMessage>();

@@ -13,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr std::uint32_t kLargest = 64U << 20U;
+constexpr std::uint32_t kLargestSize = 64U << 20U;
 
 /// A worker that takes every connection that it is offered.
 class RequestServerTest : public WorkerTest {
@@ -96,10 +96,10 @@ TEST_F(RequestServerTest, AFailedOpenIsAnsweredWithZeros) {
         Bytes record;
     };
     const Case cases[] = {
-        {"too large a send size", "", Image({kLargest + 1, 1, 1, 1})},
+        {"too large a send size", "", Image({kLargestSize + 1, 1, 1, 1})},
         {"too large a receive size", "", Image({1, 0xFFFFFFFF, 1, 1})},
         {"no channel", "server OpenSubChannel", Image({1, 1, 1, 1})},
-        {"no buffer", "connection GetSendBuffer", Image({kLargest, 1, 1, 1})},
+        {"no buffer", "connection GetSendBuffer", Image({kLargestSize, 1, 1, 1})},
         {"not sent", "connection Send", Image({16, 1, 1, 1})},
         {"gone before its answer", "connection Receive", Image({16, 1, 1, 1})},
     };
