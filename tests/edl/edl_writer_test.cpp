@@ -1,8 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "edl/edl_name.h"
 #include "platform/guid_text.h"
 #include "tests/edl/edl_test.h"
+#include "tests/support/faulty_file_system.h"
+
+#include <atomic>
+#include <thread>
+#include <vector>
 
 namespace nqp2::edl {
 namespace {
@@ -68,11 +74,7 @@ TEST_F(EdlWriterTest, TheTreeIsWrittenInOrderAndReadBack) {
 }
 
 TEST_F(EdlWriterTest, TheClassIsWrittenForOneCodecAlone) {
-    const struct {
-        const char* codec;
-        const char* codecClass;
-        const char* element;
-    } rows[] = {
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"AVC-I_1080/50i", "50", R"(<Codec Class="50">AVC-I_1080/50i</Codec>)"},
         {"AVC-I_1080/50i", "100", R"(<Codec Class="100">AVC-I_1080/50i</Codec>)"},
         {"AVC-I_1080/50i", "", R"(<Codec Class="100">AVC-I_1080/50i</Codec>)"},
@@ -81,10 +83,10 @@ TEST_F(EdlWriterTest, TheClassIsWrittenForOneCodecAlone) {
         {"AVC-I_720/59.94p", "50", "<Codec>AVC-I_720/59.94p</Codec>"},
         {"DV25_411", "50", "<Codec>DV25_411</Codec>"},
     };
-    for (const auto& row : rows) {
-        AddClip("0001AA", {{"EssenceList/Video/Codec", row.codec},
-                           {"EssenceList/Video/Codec@Class", row.codecClass}});
-        EXPECT_THAT(Written(OneEvent()), HasSubstr(row.element));
+    for (const auto& [codec, codecClass, element] : rows) {
+        AddClip("0001AA", {{"EssenceList/Video/Codec", codec},
+                           {"EssenceList/Video/Codec@Class", codecClass}});
+        EXPECT_THAT(Written(OneEvent()), HasSubstr(element));
     }
 }
 
@@ -205,6 +207,229 @@ TEST_F(EdlWriterTest, FailuresLeaveNothingButTheFolder) {
     std::filesystem::rename(m_card.Folder().Path("CONTENTS"), m_card.Folder().Path("ELSEWHERE"));
     EXPECT_EQ(Save(edl, L"x"), 1) << "no contents";
     EXPECT_EQ(FilesInFolder().size(), 999U);
+}
+
+using Peer = parser::NQP2ParserPeer;
+
+class EdlNameTest : public EdlTest {
+protected:
+    EdlNameTest() { m_card.Folder().MakeFolder("EDITLIST"); }
+
+    /// The new name, or "full".
+    std::string NewName(const CString& id = L"AB") {
+        CString name = L"untouched";
+        const bool found = Peer::GetNewEdlName(m_parser, m_card.Root(), id, name) == 0;
+        EXPECT_TRUE(found || name == L"untouched") << name;
+        return found ? platform::Utf8FromText(name.View()) : "full";
+    }
+    void AddNumbers(int first, int last) const {
+        for (int number = first; number <= last; ++number) {
+            char name[16];
+            std::snprintf(name, sizeof name, "P%03dXY.XML", number);
+            AddFile(name, "");
+        }
+    }
+};
+
+TEST_F(EdlNameTest, TheSuffixIsTheFirstTwoThatAreNoDigits) {
+    const std::pair<const wchar_t*, const char*> rows[] = {
+        {L"AB", "P001AB.XML"},
+        {L"060a2b34", "P001AB.XML"},
+        {L"0123456789", "P001.XML"},
+        {L"", "P001.XML"},
+        {L"1x2", "P001X.XML"},
+        {L"12-34-56", "P001--.XML"},
+        {L"00\u00E9q", "P001\u00C9Q.XML"},
+    };
+    for (const auto& [id, name] : rows) {
+        EXPECT_EQ(NewName(id), name);
+    }
+}
+
+TEST_F(EdlNameTest, AFolderThatIsMissingOrCannotBeListedGivesNoNumber) {
+    AddNumbers(1, 5);
+    test::FaultyFileSystem files;
+    files.Fail({.error = platform::IoError::Device,
+                .operation = test::Operation::List,
+                .pathPart = "EDITLIST",
+                .keptEntries = 2});
+    {
+        const platform::ScopedFileSystem inUse(files);
+        EXPECT_EQ(NewName(), "full");
+    }
+    std::filesystem::remove_all(m_card.Folder().Path("EDITLIST"));
+    EXPECT_EQ(NewName(), "full");
+}
+
+TEST_F(EdlNameTest, TheNumberFollowsTheLargest) {
+    AddFile("P001AB.XML", "");
+    EXPECT_EQ(NewName(L"EF"), "P002EF.XML");
+    AddFile("P007CD.XML", "");
+    EXPECT_EQ(NewName(L"EF"), "P008EF.XML");
+    AddFile("x041.xml", ""); // whatever letter stands in front
+    AddFile("PP99.XML", "");
+    AddFile("P-50.XML", "");
+    AddFile("P900.TXT", "");
+    m_card.Folder().MakeFolder("EDITLIST/P800AB.XML");
+    EXPECT_EQ(NewName(L"EF"), "P042EF.XML");
+    AddFile("P998AB.XML", "");
+    EXPECT_EQ(NewName(L"EF"), "P999EF.XML");
+}
+
+TEST_F(EdlNameTest, Behind999TheLowestGapIsTaken) {
+    AddFile("P999AB.XML", "");
+    EXPECT_EQ(NewName(), "P001AB.XML");
+    AddNumbers(1, 3);
+    AddFile("xP004.XML", "");  // anywhere in the title
+    AddFile("p005ab.XML", ""); // letter case counts
+    EXPECT_EQ(NewName(), "P005AB.XML");
+    AddFile("P99999999999.XML", "");
+    EXPECT_EQ(NewName(), "P005AB.XML");
+}
+
+TEST_F(EdlNameTest, AFolderOf999IsFullAndOneOfMoreGoesOnAbove) {
+    AddNumbers(1, 998);
+    EXPECT_EQ(NewName(), "P999AB.XML");
+    AddNumbers(1000, 1000);
+    EXPECT_EQ(NewName(), "full");
+    AddNumbers(999, 999);
+    EXPECT_EQ(NewName(), "P1001AB.XML");
+    AddFile("P99999999999.XML", "");
+    EXPECT_EQ(NewName(), "P2147483648AB.XML");
+}
+
+TEST_F(EdlNameTest, ANumberIsTakenWhenATitleHoldsIt) {
+    AddFile("P007AB.XML", "");
+    AddFile("p008AB.XML", "");
+    AddFile("xP0091.xml", "");
+    AddFile("P010.TXT", "");
+    m_card.Folder().MakeFolder("EDITLIST/P011.XML");
+    AddFile("P1234.XML", "");
+    const std::pair<int, int> rows[] = {{7, 1},  {8, 0},    {9, 1},  {10, 0},
+                                        {11, 0}, {1234, 1}, {123, 1}};
+    const CString pattern = m_card.Root() + L"\\EDITLIST\\*.XML";
+    for (const auto& [number, taken] : rows) {
+        EXPECT_EQ(Peer::CheckEdlSerialNumber(m_parser, number, pattern), taken) << number;
+    }
+    EXPECT_EQ(Peer::CheckEdlSerialNumber(m_parser, 7, m_card.Root() + L"\\NONE\\*.XML"), 0);
+}
+
+using platform::IoError;
+using test::FaultyFileSystem;
+using test::Operation;
+
+class EdlFaultsTest : public EdlTest {
+protected:
+    EdlFaultsTest() {
+        AddClip("0001AA");
+        AddFile("MINE.xml", "old");
+    }
+    __int64 Save() { return m_parser.SaveToEdl(m_card.Root(), OneEvent(), 1, L"MINE"); }
+    void ExpectOldFileAlone() const {
+        EXPECT_EQ(Bytes("MINE.xml"), "old");
+        EXPECT_THAT(FilesInFolder(), ElementsAre("MINE.xml"));
+    }
+};
+
+/// With every call failing in turn, and with every call from one on.
+TEST_F(EdlFaultsTest, WhateverCallFailsTheOldFileOrTheNewOneIsWhole) {
+    FaultyFileSystem counter;
+    {
+        const platform::ScopedFileSystem inPlace(counter);
+        ASSERT_EQ(Save(), 0);
+    }
+    const std::string whole = Bytes("MINE.xml");
+    for (std::uint64_t call = 0; call < counter.Calls(); ++call) {
+        for (const std::uint64_t times : {std::uint64_t{1}, counter.Calls()}) {
+            AddFile("MINE.xml", "old");
+            FaultyFileSystem faulty;
+            faulty.Fail({.error = IoError::NoSpace, .skip = call, .times = times});
+            __int64 result = 0;
+            {
+                const platform::ScopedFileSystem inPlace(faulty);
+                result = Save();
+            }
+            EXPECT_EQ(Bytes("MINE.xml"), result == 0 ? whole : "old") << "call " << call;
+            EXPECT_THAT(FilesInFolder(), ElementsAre("MINE.xml"));
+        }
+    }
+}
+
+TEST_F(EdlFaultsTest, ANumberIsNeverGivenTwiceAndNoFileReplacedWhenOthersWriteToo) {
+    // Another writer takes the two names that come next, in the last moment.
+    FaultyFileSystem busy;
+    int taken = 0;
+    busy.SetHook([&](Operation operation, const std::string&) {
+        if (operation == Operation::MoveToFree && ++taken <= 2) {
+            AddFile("P00" + std::to_string(taken) + "AB.XML", "theirs");
+        }
+    });
+    {
+        const platform::ScopedFileSystem inPlace(busy);
+        EXPECT_EQ(m_parser.SaveToEdl(m_card.Root(), OneEvent(), 0, L""), 0);
+    }
+    EXPECT_EQ(busy.Calls(Operation::List), 1U) << "one look, however many names are tried";
+    EXPECT_THAT(FilesInFolder(), ElementsAre("MINE.xml", "P001AB.XML", "P002AB.XML", "P003AB.XML"));
+    EXPECT_EQ(Bytes("P001AB.XML"), "theirs");
+    constexpr int kWriters = 8;
+    std::atomic<__int64> failed = 0;
+    {
+        std::vector<std::jthread> writers;
+        for (int i = 0; i < kWriters; ++i) {
+            writers.emplace_back([&] {
+                CNQP2Parser parser;
+                parser.Init();
+                failed += parser.SaveToEdl(m_card.Root(), OneEvent(), 0, L"");
+                parser.Release();
+            });
+        }
+    }
+    EXPECT_EQ(failed, 0);
+    EXPECT_EQ(FilesInFolder().size(), 4U + kWriters);
+}
+
+TEST_F(EdlFaultsTest, WithoutAFreeNameNothingIsLeftAndTheSearchEnds) {
+    for (const IoError error : {IoError::Exists, IoError::NoSpace}) {
+        FaultyFileSystem faulty;
+        faulty.Fail({.error = error, .operation = Operation::MoveToFree});
+        const platform::ScopedFileSystem inPlace(faulty);
+        EXPECT_EQ(SaveOnCard(OneEvent()), "");
+        ExpectOldFileAlone();
+    }
+}
+
+TEST_F(EdlFaultsTest, FoldersAndFilesInEachOthersPlaceAreAFailure) {
+    std::filesystem::remove(m_card.Folder().Path("EDITLIST/MINE.xml"));
+    m_card.Folder().MakeFolder("EDITLIST/MINE.xml");
+    EXPECT_EQ(Save(), 1);
+    EXPECT_THAT(FilesInFolder(), ElementsAre("MINE.xml"));
+    EXPECT_TRUE(std::filesystem::is_empty(m_card.Folder().Path("EDITLIST/MINE.xml")));
+    std::filesystem::remove_all(m_card.Folder().Path("EDITLIST"));
+    m_card.Folder().Write("EDITLIST", "a file");
+    EXPECT_EQ(Save(), 1);
+    EXPECT_TRUE(std::filesystem::is_regular_file(m_card.Folder().Path("EDITLIST")));
+}
+
+TEST_F(EdlFaultsTest, EveryLossOfAScanIsTold) {
+    std::filesystem::remove(m_card.Folder().Path("EDITLIST/MINE.xml"));
+    for (const char* name : {"P001.XML", "P002.XML", "P003.XML"}) {
+        AddEdl(name);
+    }
+    FaultyFileSystem faulty;
+    faulty.Fail({.operation = Operation::List, .times = 1, .keptEntries = 2});
+    faulty.Fail({.operation = Operation::Read, .times = 1});
+    faulty.Fail({.error = IoError::Denied, .operation = Operation::Stat, .pathPart = "CONTENTS"});
+    const platform::ScopedFileSystem inPlace(faulty);
+    CArray<tag_P2EDL> edls;
+    EXPECT_EQ(m_parser.LoadCardEdls(m_card.Root(), edls, m_report), 0);
+    EXPECT_EQ(edls.GetSize(), 1) << "two were listed, one of them could not be read";
+    std::vector<SkipReason> reasons;
+    for (const SkippedFile& file : m_report.skipped) {
+        reasons.push_back(file.reason);
+        EXPECT_EQ(file.text, L"made to fail");
+    }
+    EXPECT_THAT(reasons, ElementsAre(SkipReason::Unreadable, SkipReason::FolderUnreadable,
+                                     SkipReason::FolderUnreadable));
 }
 
 } // namespace

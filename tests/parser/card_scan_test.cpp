@@ -201,6 +201,8 @@ TEST_F(CardScanTest, ASlowMediumIsReadAheadWithTheSameOutcome) {
 TEST_F(CardScanTest, AsksTheFileSystemOnceAClip) {
     FaultyFileSystem counted;
     const platform::ScopedFileSystem scope(counted);
+    std::vector<CString> texts;
+    const TextSink before = SetDebugOutput([&](const CString& text) { texts.push_back(text); });
     const auto callsFor = [&](int clips) {
         AddClips(clips);
         for (const char* const folder : {"VIDEO", "AUDIO", "ICON", "PROXY"}) {
@@ -213,6 +215,9 @@ TEST_F(CardScanTest, AsksTheFileSystemOnceAClip) {
     const std::uint64_t few = callsFor(20);
     EXPECT_EQ(callsFor(80) - few, 60U);
     EXPECT_LE(few, 20U + 10U) << "and a constant number for the folders";
+    SetDebugOutput(before);
+    EXPECT_THAT(texts, testing::Each(CString(L"selectSingleNode Failed"))) << "no frame rate";
+    EXPECT_EQ(texts.size(), 20U + 80U);
 }
 
 TEST_F(CardScanTest, TheHostsSizeLimitHoldsForSmallFilesToo) {
@@ -225,13 +230,185 @@ TEST_F(CardScanTest, TheHostsSizeLimitHoldsForSmallFilesToo) {
     EXPECT_EQ(m_report.skipped[0].reason, SkipReason::TooLarge);
 }
 
-TEST_F(CardScanTest, AMissingFrameRateIsToldToTheDebugger) {
+class CardFormatTest : public CardTest {
+protected:
+    void AddFormat(const std::string& codec, const std::string& rate, const std::string& cls) {
+        m_card.AddClip("0001AA", {{"EditUnit", "1/25"},
+                                  {"EssenceList/Video/Codec", codec},
+                                  {"EssenceList/Video/Codec@Class", cls},
+                                  {"EssenceList/Video/FrameRate", rate}});
+    }
+    DiskFormat Format() {
+        DiskFormat format;
+        EXPECT_EQ(m_parser.GetDiskFormat(m_card.Root(), format), 0);
+        return format;
+    }
+};
+
+TEST_F(CardFormatTest, TheCodecNameAloneDecidesTheCodeType) {
+    constexpr std::pair<const char*, int> kCases[] = {
+        {"DV25_411", 0},
+        {"DV25_420", 0},
+        {"DV50_422", 1},
+        {"DV100_1080/50i", 2},
+        {"DV100_720/50p", 15},
+        {"DV100_1080/59.94i", 30},
+        {"DV100_720/59.94p", 33},
+        {"AVC-I_1080/50i", 5},
+        {"AVC-I_1080/25p", 17},
+        {"AVC-I_720/50p", 19},
+        {"AVC-I_1080/59.94i", 35},
+        {"AVC-I_1080/29.97p", 36},
+        {"AVC-I_720/59.94p", 38},
+        {"AVCHD_1920_1080_50i", 200},
+        {"AVCHD_1440_1080_50i", 201},
+        {"AVCHD_1920_1080_25p", 202},
+        {"AVCHD_1440_1080_25p", 203},
+        {"AVCHD_1280_720_50p", 204},
+        {"AVCHD_1280_720_25p", 205},
+        {"AVC-LongG422", 0},
+        {"", 0},
+    };
+    for (const auto& [codec, expected] : kCases) {
+        // Rates and classes that would change the exact decision.
+        for (const auto& [rate, cls] : {std::pair("59.94p", "200"), std::pair("25p", "50")}) {
+            AddFormat(codec, rate, cls);
+            eCodeType type = CT_AVCI200_720_50P;
+            eP2_VIDEO_STANDARD standard = VS_2398P;
+            EXPECT_EQ(m_parser.GetDiskFormat(m_card.Root(), type, standard), 0);
+            EXPECT_EQ(type, expected) << codec;
+            EXPECT_EQ(standard, rate[0] == '5' ? VS_5994P : VS_50I) << codec;
+            EXPECT_EQ(Format().codeType, type) << codec;
+            EXPECT_EQ(Format().standard, standard) << codec;
+        }
+    }
+}
+
+TEST_F(CardFormatTest, Class50IsToldForOneCodecOnly) {
+    constexpr std::tuple<const char*, const char*, int> kCases[] = {
+        {"AVC-I_1080/50i", "50", 1}, {"AVC-I_1080/50i", "100", 0}, {"avc-i_1080/50i", "50", 0},
+        {"AVC-I_720/50p", "50", 0},  {"AVC-I_1080/25p", "50", 0},
+    };
+    for (const auto& [codec, cls, class50] : kCases) {
+        AddFormat(codec, "50i", cls);
+        const DiskFormat format = Format();
+        EXPECT_TRUE(format.found);
+        EXPECT_EQ(format.class50, class50) << codec << " class " << cls;
+        EXPECT_EQ(format.codec, CString(platform::TextFromUtf8(codec)));
+        EXPECT_EQ(format.frameRate, L"50i");
+        EXPECT_EQ(format.editUnit, L"1/25");
+    }
+}
+
+TEST_F(CardFormatTest, TheFirstFileThatLoadsDecides) {
+    AddFormat("DV50_422", "50i", "");
+    m_card.Folder().MakeFolder("CONTENTS/CLIP/0000AA.XML");
+    for (const char* const broken : {"0000AB", "0001AC", "0002AA", "._0001AA"}) {
+        m_card.AddFile(std::string("CLIP/") + broken + ".XML", "<P2Main>");
+    }
+    EXPECT_EQ(Format().codec, L"DV50_422");
+    m_card.AddClip("0003AA", {{"EssenceList/Video/Codec", "DV25_420"}});
+    EXPECT_EQ(platform::Utf8FromText(Format().codec.View()),
+              ScannedNames().front() == "0001AA" ? "DV50_422" : "DV25_420");
+}
+
+TEST_F(CardFormatTest, WithoutALoadableClipTheOutputsStay) {
+    const auto expectUntouched = [&](const CString& root, __int64 result) {
+        eCodeType type = CT_AVCI200_720_50P;
+        eP2_VIDEO_STANDARD standard = VS_2398P;
+        DiskFormat format;
+        format.codec = L"mine";
+        EXPECT_EQ(m_parser.GetDiskFormat(root, type, standard), result);
+        EXPECT_EQ(m_parser.GetDiskFormat(root, format), result);
+        EXPECT_EQ(type, CT_AVCI200_720_50P);
+        EXPECT_EQ(standard, VS_2398P);
+        EXPECT_EQ(format.codec, L"mine");
+        EXPECT_FALSE(format.found);
+    };
+    expectUntouched(m_card.Root(), 0);
+    m_card.AddFile("CLIP/0001AA.XML", "no clip");
+    m_card.Folder().MakeFolder("CONTENTS/CLIP/0001AB.XML");
+    expectUntouched(m_card.Root(), 0);
+    expectUntouched(test::CardBuilder(false).Root(), 1);
+    expectUntouched(L"", 1);
+    m_card.AddFile("CLIP/0001AA.XML", "<Other/>");
+    const DiskFormat format = Format();
+    EXPECT_TRUE(format.found) << "a file without the elements still decides";
+    EXPECT_TRUE(format.codec.IsEmpty());
+    EXPECT_EQ(format.codeType, CT_DV25_50I);
+}
+
+/// Every candidate in order, written out the long way.
+std::vector<std::string> Candidates() {
+    std::vector<std::string> names;
+    for (char letter = 'A'; letter <= 'Z'; ++letter) {
+        names.push_back(std::string("0001A") + letter);
+    }
+    for (char letter = 'B'; letter <= 'Z'; ++letter) {
+        names.push_back(std::string("0001") + letter + "Z");
+    }
+    for (char digit = '2'; digit <= '9'; ++digit) {
+        names.push_back(std::string("000") + digit + "ZZ");
+    }
+    for (char digit = '1'; digit <= '9'; ++digit) {
+        names.push_back(std::string("00") + digit + "9ZZ");
+    }
+    return names;
+}
+
+class FreeNameTest : public CardTest {
+protected:
+    void ExpectFree(const std::string& name, __int64 tried) {
+        CString found;
+        __int64 count = 0;
+        EXPECT_EQ(m_parser.CheckName(found, m_card.Root(), count), 1);
+        EXPECT_EQ(platform::Utf8FromText(found.View()), name);
+        EXPECT_EQ(count, tried);
+    }
+};
+
+TEST_F(FreeNameTest, CandidatesFollowEachOtherWithoutCarryAndEndAfter68) {
+    const std::vector<std::string> names = Candidates();
+    ASSERT_EQ(names.size(), 68U);
+    ASSERT_EQ(names.back(), "0099ZZ");
+    __int64 tried = 0;
+    for (const std::string& name : names) {
+        ExpectFree(name, ++tried);
+        m_card.AddFile("VIDEO/" + name + ".MXF");
+    }
+    CString untouched = L"mine";
+    EXPECT_EQ(m_parser.CheckName(untouched, m_card.Root(), tried), 0);
+    EXPECT_EQ(m_parser.CheckName(untouched, m_card.Root()), 0);
+    EXPECT_EQ(untouched, L"mine");
+    EXPECT_EQ(tried, 68);
+}
+
+TEST_F(FreeNameTest, NoNameIsFreeInAFolderThatCannotBeRead) {
+    m_card.AddFile("VIDEO/0001AA.MXF");
+    test::FaultyFileSystem files;
+    files.Fail({.error = platform::IoError::Denied, .operation = test::Operation::List});
+    const platform::ScopedFileSystem inUse(files);
+    CString untouched = L"mine";
+    EXPECT_EQ(m_parser.CheckName(untouched, m_card.Root()), 0);
+    EXPECT_EQ(untouched, L"mine");
+}
+
+TEST_F(FreeNameTest, OnlyVideoFilesTakeANameInAnyLetterCase) {
     m_card.AddClip("0001AA");
-    std::vector<CString> texts;
-    const TextSink before = SetDebugOutput([&](const CString& text) { texts.push_back(text); });
-    ScannedNames();
-    SetDebugOutput(before);
-    EXPECT_THAT(texts, testing::ElementsAre(CString(L"selectSingleNode Failed")));
+    m_card.AddFile("AUDIO/0001AA00.MXF");
+    ExpectFree("0001AA", 1);
+    m_card.AddFile("VIDEO/0001aa.mxf");
+    ExpectFree("0001AB", 2);
+}
+
+TEST_F(FreeNameTest, AnEmptyOrAbsentCardTakesNone) {
+    CString name;
+    EXPECT_EQ(m_parser.CheckName(name, L"/nonexistent"), 1);
+    EXPECT_EQ(name, L"0001AA");
+    const test::CardBuilder noCard(false);
+    name.Empty();
+    EXPECT_EQ(m_parser.CheckName(name, noCard.Root()), 1);
+    EXPECT_EQ(name, L"0001AA");
 }
 
 } // namespace

@@ -1,9 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "parser/memos.h"
 #include "parser/takes.h"
-
 #include "tests/parser/card_test.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <vector>
 
 namespace nqp2::parser {
 namespace {
@@ -46,11 +51,6 @@ std::string Told(const Take& take) {
 }
 
 TEST(Takes, AreToldWithWhatIsMissing) {
-    struct Case {
-        const char* why;
-        std::vector<ClipRelation> clips;
-        std::string told;
-    };
     ClipRelation unnamedNext = kA;
     unnamedNext.next.clipName.Empty();
     unnamedNext.next.serialNo.Empty();
@@ -59,7 +59,7 @@ TEST(Takes, AreToldWithWhatIsMissing) {
     lowerCase.top.globalClipID.MakeUpper();
     ClipRelation withoutTop = kA;
     withoutTop.top = {};
-    const Case cases[] = {
+    const std::tuple<const char*, std::vector<ClipRelation>, std::string> cases[] = {
         {"all are there", {kA, kB, kC}, "A B C "},
         {"in shot order, whatever the scan's", {kC, kAlone, kA, kB}, "A B C "},
         {"the last is missing", {kA, kB}, "A B ! C@card-C"},
@@ -70,11 +70,11 @@ TEST(Takes, AreToldWithWhatIsMissing) {
         {"letter case of identifiers", {kA, lowerCase, kC}, "A B C "},
         {"a first segment that names no top", {withoutTop, kB, kC}, "A B C "},
     };
-    for (const Case& each : cases) {
-        const CArray<Take> takes = FindTakes(each.clips);
-        ASSERT_EQ(takes.GetSize(), 1) << each.why;
-        EXPECT_EQ(Told(takes[0]), each.told) << each.why;
-        EXPECT_EQ(takes[0].topGlobalClipID.CompareNoCase(L"id-A"), 0) << each.why;
+    for (const auto& [why, clips, told] : cases) {
+        const CArray<Take> takes = FindTakes(clips);
+        ASSERT_EQ(takes.GetSize(), 1) << why;
+        EXPECT_EQ(Told(takes[0]), told) << why;
+        EXPECT_EQ(takes[0].topGlobalClipID.CompareNoCase(L"id-A"), 0) << why;
     }
     EXPECT_TRUE(FindTakes({kAlone, kAlone}).IsEmpty());
 }
@@ -109,6 +109,31 @@ TEST_F(TakeReportTest, AScanTellsTheTakesOfACard) {
     CArray<_tag_P2Clip> clips;
     m_parser.LoadClipEx(m_card.Root(), clips, 0, m_report);
     EXPECT_EQ(m_report.takes.GetSize(), 2) << "a report is appended to";
+}
+
+/// Offsets that are kept, each with the place where it first stood.
+std::vector<std::pair<int, int>> Kept(const std::vector<int>& offsets) {
+    CArray<_tag_P2Memo> memos;
+    for (const int offset : offsets) {
+        _tag_P2Memo memo;
+        memo.Offset = offset;
+        memo.VoiceChannelFlag = static_cast<int>(memos.GetSize());
+        memos.Add(memo);
+    }
+    RemoveRepeatedMemos(memos);
+    std::vector<std::pair<int, int>> kept;
+    for (const _tag_P2Memo& memo : memos) {
+        kept.emplace_back(memo.Offset, memo.VoiceChannelFlag);
+    }
+    return kept;
+}
+
+TEST(Memos, TheFirstAtEachOffsetIsKeptInOrder) {
+    using Result = std::vector<std::pair<int, int>>;
+    EXPECT_EQ(Kept({10, 20, 10, 30, 20}), (Result{{10, 0}, {20, 1}, {30, 3}}));
+    EXPECT_EQ(Kept({0, 0, 0}), (Result{{0, 0}}));
+    EXPECT_EQ(Kept({3, -1, 2}), (Result{{3, 0}, {-1, 1}, {2, 2}}));
+    EXPECT_EQ(Kept({}), Result());
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <iterator>
 #include <limits>
 
 namespace {
@@ -41,31 +42,22 @@ public:
 };
 
 TEST(MarkupEdit, WhereAnElementGoes) {
-    struct {
-        TextAdd main;
-        TextAdd child;
-        const wchar_t* reference;
-        const wchar_t* result;
-    } const table[] = {
-        {&CMarkupMSXML::AddElem, &CMarkupMSXML::AddChildElem, nullptr, L"<r>t<a/>u<b/>v<n/></r>"},
-        {&CMarkupMSXML::AddElem, &CMarkupMSXML::AddChildElem, L"a", L"<r>t<a/><n/>u<b/>v</r>"},
-        {&CMarkupMSXML::AddElem, &CMarkupMSXML::AddChildElem, L"b", L"<r>t<a/>u<b/><n/>v</r>"},
-        {&CMarkupMSXML::InsertElem, &CMarkupMSXML::InsertChildElem, nullptr,
-         L"<r><n/>t<a/>u<b/>v</r>"},
-        {&CMarkupMSXML::InsertElem, &CMarkupMSXML::InsertChildElem, L"a",
-         L"<r>t<n/><a/>u<b/>v</r>"},
-        {&CMarkupMSXML::InsertElem, &CMarkupMSXML::InsertChildElem, L"b",
-         L"<r>t<a/>u<n/><b/>v</r>"},
+    const std::tuple<bool, const wchar_t*, const wchar_t*> table[] = {
+        {true, nullptr, L"<r>t<a/>u<b/>v<n/></r>"}, {true, L"a", L"<r>t<a/><n/>u<b/>v</r>"},
+        {true, L"b", L"<r>t<a/>u<b/><n/>v</r>"},    {false, nullptr, L"<r><n/>t<a/>u<b/>v</r>"},
+        {false, L"a", L"<r>t<n/><a/>u<b/>v</r>"},   {false, L"b", L"<r>t<a/>u<n/><b/>v</r>"},
     };
-    for (const auto& row : table) {
-        EditedInside inside(L"<r>t<a/>u<b/>v</r>", row.reference);
-        EXPECT_EQ((inside.*row.main)(L"n", nullptr), 1);
-        EXPECT_EQ(Doc(inside), row.result);
+    for (const auto& [isAdd, reference, result] : table) {
+        EditedInside inside(L"<r>t<a/>u<b/>v</r>", reference);
+        const TextAdd main =
+            isAdd ? TextAdd{&CMarkupMSXML::AddElem} : TextAdd{&CMarkupMSXML::InsertElem};
+        EXPECT_EQ((inside.*main)(L"n", nullptr), 1);
+        EXPECT_EQ(Doc(inside), result);
         EXPECT_EQ(inside.GetTagName(), L"n") << "it is the main position";
         Edited above(L"<r>t<a/>u<b/>v</r>");
-        ASSERT_EQ(row.reference == nullptr ? 1 : above.FindChildElem(row.reference), 1);
-        EXPECT_EQ((above.*row.child)(L"n", L""), 1);
-        EXPECT_EQ(Doc(above), row.result);
+        ASSERT_EQ(reference == nullptr ? 1 : above.FindChildElem(reference), 1);
+        EXPECT_EQ(isAdd ? above.AddChildElem(L"n", L"") : above.InsertChildElem(L"n", L""), 1);
+        EXPECT_EQ(Doc(above), result);
         EXPECT_EQ(above.GetTagName(), L"r");
         EXPECT_EQ(above.GetChildTagName(), L"n") << "it is the child position";
     }
@@ -87,30 +79,29 @@ TEST(MarkupEdit, AddsFollowEachOther) {
 
 TEST(MarkupEdit, NumbersAsText) {
     Edited markup(L"<r/>");
-    const auto whole = std::numeric_limits<std::int64_t>::min();
-    EXPECT_EQ(markup.AddChildElem(L"a", -7), 1);
-    EXPECT_EQ(markup.AddChildElem(L"b", whole), 1);
-    EXPECT_EQ(markup.AddChildElem(L"c", 29.97), 1);
-    EXPECT_EQ(markup.InsertChildElem(L"d", 0), 1);
-    EXPECT_EQ(markup.InsertChildElem(L"e", std::int64_t{1} << 40), 1);
-    EXPECT_EQ(markup.InsertChildElem(L"f", 25.0), 1);
-    EXPECT_EQ(markup.AddChildAttrib(L"k", 5), 1);
-    EXPECT_EQ(markup.SetAttrib(L"k", -5), 1);
+    markup.AddChildElem(L"a", -7);
+    markup.AddChildElem(L"b", std::numeric_limits<std::int64_t>::min());
+    markup.AddChildElem(L"c", 29.97);
+    markup.InsertChildElem(L"d", 0);
+    markup.InsertChildElem(L"e", std::int64_t{1} << 40);
+    markup.InsertChildElem(L"f", 25.0);
+    markup.AddChildAttrib(L"k", 5);
+    markup.SetAttrib(L"k", -5);
     EXPECT_EQ(Doc(markup), L"<r k=\"-5\"><a>-7</a><b>-9223372036854775808</b><f k=\"5\">25</f>"
                            L"<e>1099511627776</e><d>0</d><c>29.97</c></r>");
     ASSERT_EQ(markup.IntoElem(), 1);
-    EXPECT_EQ(markup.AddElem(L"g", 1), 1);
-    EXPECT_EQ(markup.AddElem(L"h", std::int64_t{2}), 1);
-    EXPECT_EQ(markup.AddElem(L"i", 0.25), 1);
-    EXPECT_EQ(markup.InsertElem(L"j", 4), 1);
-    EXPECT_EQ(markup.InsertElem(L"k", std::int64_t{5}), 1);
-    EXPECT_EQ(markup.InsertElem(L"l", 1e-3), 1);
+    markup.AddElem(L"g", 1);
+    markup.AddElem(L"h", std::int64_t{2});
+    markup.AddElem(L"i", 0.25);
+    markup.InsertElem(L"j", 4);
+    markup.InsertElem(L"k", std::int64_t{5});
+    markup.InsertElem(L"l", 1e-3);
     EXPECT_GT(Doc(markup).Find(L"<g>1</g><h>2</h><l>0.001</l><k>5</k><j>4</j><i>0.25</i>"), 0);
-    EXPECT_EQ(markup.SetData(6), 1);
+    markup.SetData(6);
     EXPECT_EQ(markup.GetData(), L"6");
-    EXPECT_EQ(markup.SetData(std::int64_t{7}, 1), 1);
+    markup.SetData(std::int64_t{7}, 1);
     EXPECT_EQ(markup.GetSubDoc(), L"<l><![CDATA[7]]></l>");
-    EXPECT_EQ(markup.SetData(0.5), 1);
+    markup.SetData(0.5);
     EXPECT_EQ(markup.GetData(), L"0.5");
 }
 
@@ -192,40 +183,25 @@ TEST(MarkupEdit, AttributesAreAddedOrReplaced) {
 }
 
 TEST(MarkupEdit, RemovedElementLeavesThePositionBeforeIt) {
-    struct {
-        const wchar_t* removed;
-        const wchar_t* position;
-        const wchar_t* next;
-        const wchar_t* result;
-    } const table[] = {
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*, const wchar_t*> table[] = {
         {L"a", L"", L"b", L"<r>t<!--x--><b/>u<c/></r>"},
         {L"b", L"a", L"c", L"<r>t<a/><!--x-->u<c/></r>"},
         {L"c", L"b", L"", L"<r>t<a/><!--x--><b/>u</r>"},
     };
-    for (const auto& row : table) {
-        EditedInside inside(L"<r>t<a/><!--x--><b/>u<c/></r>", row.removed);
+    for (const auto& [removed, position, next, result] : table) {
+        EditedInside inside(L"<r>t<a/><!--x--><b/>u<c/></r>", removed);
         EXPECT_EQ(inside.RemoveElem(), 1);
-        EXPECT_EQ(Doc(inside), row.result);
-        EXPECT_EQ(inside.GetTagName(), row.position);
-        EXPECT_EQ(inside.FindElem(), *row.next != L'\0' ? 1 : 0);
-        EXPECT_EQ(inside.GetTagName(), *row.next != L'\0' ? row.next : row.position);
+        EXPECT_EQ(Doc(inside), result);
+        EXPECT_EQ(inside.GetTagName(), position);
+        EXPECT_EQ(inside.FindElem(), *next != L'\0' ? 1 : 0);
+        EXPECT_EQ(inside.GetTagName(), *next != L'\0' ? next : position);
         Edited above(L"<r>t<a/><!--x--><b/>u<c/></r>");
-        ASSERT_EQ(above.FindChildElem(row.removed), 1);
+        ASSERT_EQ(above.FindChildElem(removed), 1);
         EXPECT_EQ(above.RemoveChildElem(), 1);
-        EXPECT_EQ(Doc(above), row.result);
-        EXPECT_EQ(above.GetChildTagName(), row.position);
+        EXPECT_EQ(Doc(above), result);
+        EXPECT_EQ(above.GetChildTagName(), position);
         EXPECT_EQ(above.GetTagName(), L"r");
     }
-}
-
-TEST(MarkupEdit, AllOfALevelCanBeRemovedInOneWalk) {
-    EditedInside markup(L"<r><a/><b/><a/>x<a/></r>", nullptr);
-    while (markup.FindElem(L"a") != 0) {
-        EXPECT_EQ(markup.RemoveElem(), 1);
-    }
-    EXPECT_EQ(Doc(markup), L"<r><b/>x</r>");
-    EXPECT_EQ(markup.OutOfElem(), 1);
-    EXPECT_EQ(markup.GetTagName(), L"r");
 }
 
 TEST(MarkupEdit, ReferenceThatLeftTheTreeDoesNoHarm) {
@@ -245,6 +221,8 @@ TEST(MarkupEdit, SavedDocumentLoadsAgain) {
     ASSERT_EQ(markup.AddAttrib(L"k", L"\u00E4\t'\""), 1);
     ASSERT_EQ(markup.AddChildElem(L"a", L" \r\n]]>& "), 1);
     ASSERT_EQ(markup.Save(path), 1);
+    EXPECT_EQ(markup.Save(path + L"/none/saved.xml"), 0);
+    EXPECT_EQ(markup.Save(L""), 0);
     CMarkupMSXML again;
     ASSERT_EQ(again.Load(path), 1) << again.GetError();
     EXPECT_EQ(again.GetDoc(), markup.GetDoc());
@@ -256,6 +234,357 @@ TEST(MarkupEdit, SavedDocumentLoadsAgain) {
     EXPECT_EQ(again.Save(path), 1);
     EXPECT_EQ(again.LoadXml(path), 1);
     EXPECT_EQ(again.GetNodeText(L"r/b", 0), L"1");
+}
+
+/// Tag names of main and child position.
+CString Where(CMarkupMSXML& markup) {
+    return markup.GetTagName() + L"/" + markup.GetChildTagName();
+}
+
+class MarkupCursor : public testing::Test {
+protected:
+    CMarkupMSXML m_markup{L"<?xml version='1.0'?><!--top--><r k='1'>t<a>1</a><!--c--><b><c/><p:d "
+                          L"xmlns:p='u'>2</p:d>x<c e='3'/></b><?i j?><a>4</a> </r>"};
+};
+
+TEST_F(MarkupCursor, WalksTheElementsOfALevel) {
+    ASSERT_EQ(m_markup.FindElem(L"r"), 1);
+    EXPECT_EQ(m_markup.FindElem(), 0) << "one document element";
+    EXPECT_EQ(Where(m_markup), L"r/");
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"/");
+    for (const wchar_t* const tag : {L"a", L"b", L"a"}) {
+        ASSERT_EQ(m_markup.FindElem(tag[0] == L'b' ? L"" : nullptr), 1);
+        EXPECT_EQ(Where(m_markup), CString(tag) + L"/");
+    }
+    for (const wchar_t* const name : {L"a", L"b", L""}) {
+        EXPECT_EQ(m_markup.FindElem(name), 0) << "no search starts over";
+        EXPECT_EQ(m_markup.GetData(), L"4") << "the position stays";
+    }
+    m_markup.ResetMainPos();
+    EXPECT_EQ(m_markup.FindElem(L"b"), 1) << "names in between are passed over";
+    EXPECT_EQ(m_markup.FindElem(L"b"), 0);
+    m_markup.ResetPos();
+    EXPECT_EQ(m_markup.FindElem(L"a"), 0) << "only the level's own";
+    EXPECT_EQ(m_markup.FindElem(L"r"), 1);
+}
+
+TEST_F(MarkupCursor, NamesAreQualifiedAndExact) {
+    ASSERT_EQ(m_markup.FindElem(), 1);
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    ASSERT_EQ(m_markup.FindElem(L"b"), 1);
+    for (const wchar_t* const name : {L"d", L"u:d", L"C", L"c ", L"*"}) {
+        EXPECT_EQ(m_markup.FindChildElem(name), 0) << CString(name);
+    }
+    EXPECT_EQ(m_markup.FindChildElem(L"p:d"), 1);
+    EXPECT_EQ(m_markup.GetChildData(), L"2");
+    EXPECT_EQ(m_markup.FindChildElem(L"c"), 1);
+    EXPECT_EQ(m_markup.GetChildAttrib(L"e"), L"3") << "the second one: searches go on";
+}
+
+TEST_F(MarkupCursor, ChildSearchStartsAtTheFirstElementWhenThereIsNoMainPosition) {
+    EXPECT_EQ(m_markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(Where(m_markup), L"r/b");
+    EXPECT_EQ(m_markup.FindChildElem(L"b"), 0);
+    EXPECT_EQ(Where(m_markup), L"r/b");
+    m_markup.ResetChildPos();
+    EXPECT_EQ(Where(m_markup), L"r/");
+    EXPECT_EQ(m_markup.FindChildElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"r/a");
+    EXPECT_EQ(m_markup.FindElem(L"none"), 0);
+    EXPECT_EQ(Where(m_markup), L"r/a") << "a search that fails resets nothing";
+}
+
+TEST_F(MarkupCursor, IntoAndOutOfElements) {
+    EXPECT_EQ(m_markup.IntoElem(), 0);
+    EXPECT_EQ(m_markup.OutOfElem(), 0);
+    ASSERT_EQ(m_markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"b/") << "the child becomes the main position";
+    EXPECT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"/");
+    EXPECT_EQ(m_markup.FindElem(L"p:d"), 1);
+    EXPECT_EQ(m_markup.OutOfElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"b/p:d") << "and back";
+    EXPECT_EQ(m_markup.OutOfElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"r/b");
+    EXPECT_EQ(m_markup.OutOfElem(), 0) << "at the top";
+    EXPECT_EQ(Where(m_markup), L"r/b");
+    EXPECT_EQ(m_markup.FindElem(), 0);
+}
+
+TEST_F(MarkupCursor, DataOfEveryKindOfNode) {
+    ASSERT_EQ(m_markup.SetDoc(L"<r>t<![CDATA[<d>]]><!--c--><?i j k?><?n?><e/><f><g>1</g> <g>2"
+                              L"<!--no--></g></f></r>"),
+              1);
+    ASSERT_EQ(m_markup.FindElem(), 1);
+    EXPECT_EQ(m_markup.GetData(), L"t<d>1 2");
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(m_markup.GetData(), L"");
+    struct {
+        int kind;
+        const wchar_t* name;
+        const wchar_t* data;
+    } const table[] = {
+        {CMarkupMSXML::kTextNode, L"#text", L"t"},
+        {CMarkupMSXML::kCDataNode, L"#cdata-section", L"<d>"},
+        {CMarkupMSXML::kCommentNode, L"#comment", L"c"},
+        {CMarkupMSXML::kInstructionNode, L"i", L"i j k"},
+        {CMarkupMSXML::kInstructionNode, L"n", L"n "},
+        {CMarkupMSXML::kElementNode, L"e", L""},
+        {CMarkupMSXML::kElementNode, L"f", L"1 2"},
+    };
+    for (const auto& row : table) {
+        EXPECT_EQ(m_markup.FindNode(), row.kind) << CString(row.data);
+        EXPECT_EQ(m_markup.GetTagName(), row.name);
+        EXPECT_EQ(m_markup.GetData(), row.data);
+    }
+    EXPECT_EQ(m_markup.GetChildData(), L"");
+}
+
+TEST_F(MarkupCursor, AttributesByExactQualifiedName) {
+    ASSERT_EQ(m_markup.SetDoc(L"<r xmlns='u' xmlns:p='v' p:k='1' k='2'><s k='3'/></r>"), 1);
+    EXPECT_EQ(m_markup.GetAttrib(L"k"), L"") << "no position";
+    ASSERT_EQ(m_markup.FindChildElem(), 1);
+    struct {
+        const wchar_t* name;
+        const wchar_t* value;
+    } const table[] = {{L"k", L"2"}, {L"p:k", L"1"}, {L"xmlns", L"u"}, {L"xmlns:p", L"v"},
+                       {L"p", L""},  {nullptr, L""}, {L"", L""},       {L"K", L""}};
+    for (const auto& row : table) {
+        EXPECT_EQ(m_markup.GetAttrib(row.name), row.value) << CString(row.name);
+    }
+    EXPECT_EQ(m_markup.GetChildAttrib(L"k"), L"3");
+    const wchar_t* const names[] = {L"", L"xmlns", L"xmlns:p", L"p:k", L"k", L""};
+    for (int i = -1; i < static_cast<int>(std::size(names)) - 1; ++i) {
+        EXPECT_EQ(m_markup.GetAttribName(i), names[i + 1]) << i;
+    }
+}
+
+TEST_F(MarkupCursor, CountsTheElementsOfItsLevel) {
+    EXPECT_EQ(m_markup.GetElemCount(), 1);
+    ASSERT_EQ(m_markup.FindElem(), 1);
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    ASSERT_EQ(m_markup.FindElem(L"b"), 1);
+    EXPECT_EQ(m_markup.GetElemCount(), 3);
+    EXPECT_EQ(m_markup.GetElemCount(L"a"), 2);
+    EXPECT_EQ(m_markup.GetElemCount(L"c"), 0);
+    EXPECT_EQ(m_markup.GetTagName(), L"b") << "nothing moved";
+}
+
+TEST_F(MarkupCursor, MainPositionCanBeHandedOver) {
+    ASSERT_EQ(m_markup.FindElem(), 1);
+    const IXMLDOMNodePtr root = m_markup.GetMainPosPtr();
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(m_markup.GetMainPosPtr(), nullptr);
+    EXPECT_EQ(m_markup.SetMainPosPtr(nullptr), 0);
+    EXPECT_EQ(m_markup.SetMainPosPtr(m_markup.GetDocumentPtr() != nullptr ? root : nullptr), 1);
+    EXPECT_EQ(m_markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(m_markup.GetChildSubDoc().Left(6), L"<b><c/");
+    EXPECT_EQ(m_markup.RemoveElem(), 1);
+    EXPECT_EQ(m_markup.SetMainPosPtr(root), 0) << "it stands in no document any more";
+}
+
+TEST_F(MarkupCursor, EveryLoadResetsIt) {
+    ASSERT_EQ(m_markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(m_markup.SetDoc(L"<r><"), 0);
+    EXPECT_EQ(Where(m_markup), L"/");
+    EXPECT_EQ(m_markup.FindElem(), 0) << "the document is empty";
+    EXPECT_EQ(m_markup.SetDoc(L"<s/>"), 1);
+    ASSERT_EQ(m_markup.FindElem(L"s"), 1);
+    EXPECT_EQ(m_markup.Load(L"/no/such/file.xml"), 0);
+    EXPECT_EQ(Where(m_markup), L"/");
+    EXPECT_EQ(m_markup.OutOfElem(), 0);
+    EXPECT_EQ(m_markup.GetDoc(), L"");
+}
+
+using Kind = CMarkupMSXML::NodeKind;
+
+/// Stands inside r, before its first node.
+class Inside : public CMarkupMSXML {
+public:
+    explicit Inside(const wchar_t* text) : CMarkupMSXML(text) {
+        EXPECT_EQ(FindElem(L"r"), 1);
+        EXPECT_EQ(IntoElem(), 1);
+    }
+    CString Doc() {
+        CString text = GetDoc();
+        text.TrimRight(L"\r\n");
+        return text;
+    }
+};
+
+TEST(MarkupNodes, FindsTheKindsThatAreAskedFor) {
+    Inside markup(L"<r>t<a/><!--c--><?i j?><![CDATA[d]]><b/>u</r>");
+    EXPECT_EQ(markup.GetNodeType(), 0);
+    EXPECT_EQ(markup.FindNode(Kind::kCommentNode | Kind::kCDataNode), Kind::kCommentNode);
+    EXPECT_EQ(markup.FindNode(Kind::kCommentNode | Kind::kCDataNode), Kind::kCDataNode);
+    EXPECT_EQ(markup.FindNode(Kind::kCommentNode), 0);
+    EXPECT_EQ(markup.GetNodeType(), Kind::kCDataNode);
+    EXPECT_EQ(markup.FindElem(), 1) << "element searches go on from there";
+    EXPECT_EQ(markup.GetTagName(), L"b");
+    EXPECT_EQ(markup.FindNode(), Kind::kTextNode);
+    EXPECT_EQ(markup.FindNode(), 0);
+    markup.ResetMainPos();
+    EXPECT_EQ(markup.FindNode(0), 0);
+    EXPECT_EQ(markup.FindNode(Kind::kDocumentTypeNode), 0);
+    EXPECT_EQ(markup.FindNode(), Kind::kTextNode);
+}
+
+TEST(MarkupNodes, MakesEveryKindBesideThePosition) {
+    const std::tuple<int, const wchar_t*, const wchar_t*> table[] = {
+        {Kind::kElementNode, L"n", L"<n/>"},
+        {Kind::kTextNode, L"<x>", L"&lt;x&gt;"},
+        {Kind::kCDataNode, L"<x>", L"<![CDATA[<x>]]>"},
+        {Kind::kInstructionNode, L"t d e", L"<?t d e?>"},
+        {Kind::kInstructionNode, L"t", L"<?t?>"},
+        {Kind::kCommentNode, L"x", L"<!--x-->"},
+    };
+    for (const auto& [kind, text, made] : table) {
+        Inside markup(L"<r><a/><b/></r>");
+        ASSERT_EQ(markup.FindElem(L"b"), 1);
+        EXPECT_EQ(markup.InsertNode(kind, text), 1);
+        EXPECT_EQ(markup.GetNodeType(), kind);
+        EXPECT_EQ(markup.Doc(), CString(L"<r><a/>") + made + L"<b/></r>");
+        EXPECT_EQ(markup.RemoveNode(), 1);
+        EXPECT_EQ(markup.GetTagName(), L"a") << "to the node before";
+        EXPECT_EQ(markup.AddNode(kind, text), 1);
+        EXPECT_EQ(markup.Doc(), CString(L"<r><a/>") + made + L"<b/></r>");
+    }
+}
+
+TEST(MarkupNodes, RefusesWhatWouldSpoilTheDocument) {
+    const std::pair<int, std::vector<const wchar_t*>> table[] = {
+        {Kind::kElementNode, {L"", L"a b", nullptr}},
+        {Kind::kTextNode, {L"\x01"}},
+        {Kind::kCDataNode, {L"\xFFFE"}},
+        {Kind::kCommentNode, {L"a--b", L"a-", L"\x01"}},
+        {Kind::kInstructionNode,
+         {L"xml version='1.0'", L"XML d", L"xMl", L"t a?>b", L"a:b", L"1", L"t \x01", L" d",
+          nullptr}},
+        {0, {L"a"}},
+        {Kind::kElementNode | Kind::kTextNode, {L"a"}},
+        {Kind::kAnyNode, {L"a"}},
+    };
+    Inside markup(L"<r><a/></r>");
+    for (const auto& [kind, texts] : table) {
+        for (const wchar_t* const text : texts) {
+            EXPECT_EQ(markup.AddNode(kind, text), 0) << kind << CString(text);
+            EXPECT_EQ(markup.InsertNode(kind, text), 0) << kind << CString(text);
+        }
+    }
+    CMarkupMSXML whole(L"<?xml version='1.0'?><r/>");
+    EXPECT_EQ(whole.AddNode(Kind::kTextNode, L"t"), 0);
+    EXPECT_EQ(whole.InsertNode(Kind::kCommentNode, L"c"), 1) << "behind the declaration";
+    EXPECT_EQ(whole.GetDoc(), L"<?xml version=\"1.0\"?>\r\n<!--c-->\r\n<r/>\r\n");
+    whole.ResetPos();
+    ASSERT_EQ(whole.FindNode(), Kind::kInstructionNode);
+    EXPECT_EQ(whole.InsertNode(Kind::kInstructionNode, L"i"), 1);
+    EXPECT_EQ(CMarkupMSXML(whole.GetDoc()).GetError(), L"");
+    EXPECT_EQ(markup.GetError(), L"");
+    EXPECT_EQ(markup.AddNode(Kind::kDocumentTypeNode, L"d"), 0);
+    EXPECT_EQ(markup.GetError(), L"XMLDOM: Document Type is Read-Only");
+    EXPECT_EQ(markup.Doc(), L"<r><a/></r>");
+}
+
+TEST(MarkupNodes, NodesWithoutChildrenTakeNone) {
+    Inside markup(L"<r>t<!--c--><a/></r>");
+    for (const int kind : {Kind::kTextNode, Kind::kCommentNode}) {
+        ASSERT_EQ(markup.FindNode(), kind);
+        EXPECT_EQ(markup.FindChildElem(), 0);
+        EXPECT_EQ(markup.AddChildElem(L"n"), 0);
+        EXPECT_EQ(markup.AddChildSubDoc(L"<n/>"), 0);
+        EXPECT_EQ(markup.AddAttrib(L"k", L"v"), 0);
+        EXPECT_EQ(markup.RemoveElem(), 0) << "it is no element";
+    }
+    EXPECT_EQ(markup.IntoElem(), 1);
+    EXPECT_EQ(markup.AddElem(L"n"), 0);
+    EXPECT_EQ(markup.OutOfElem(), 1);
+    EXPECT_EQ(markup.Doc(), L"<r>t<!--c--><a/></r>");
+}
+
+TEST(MarkupNodes, SetDataReplacesWhatAnElementHolds) {
+    Inside markup(L"<r><a>x<b/></a></r>");
+    ASSERT_EQ(markup.FindElem(L"a"), 1);
+    ASSERT_EQ(markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(markup.SetChildData(L"1", 1), 1);
+    EXPECT_EQ(markup.Doc(), L"<r><a>x<b><![CDATA[1]]></b></a></r>");
+    EXPECT_EQ(markup.SetChildData(2), 1);
+    EXPECT_EQ(markup.SetChildData(std::int64_t{3}), 1);
+    EXPECT_EQ(markup.SetChildData(0.5), 1);
+    EXPECT_EQ(markup.Doc(), L"<r><a>x<b>0.5</b></a></r>");
+    EXPECT_EQ(markup.SetData(L"<y>"), 1);
+    EXPECT_EQ(markup.Doc(), L"<r><a>&lt;y&gt;</a></r>");
+}
+
+TEST(MarkupNodes, SetDataOfOtherKinds) {
+    struct {
+        int kind;
+        const wchar_t* data;
+        int result;
+        const wchar_t* written;
+        const wchar_t* error;
+    } const table[] = {
+        {Kind::kTextNode, L"<", 1, L"&lt;", L""},
+        {Kind::kCDataNode, L"]]>", 1, L"<![CDATA[]]]]><![CDATA[>]]>", L""},
+        {Kind::kCommentNode, L"new", 1, L"<!--new-->", L""},
+        {Kind::kCommentNode, L"a--b", 0, L"<!--c-->", L""},
+        {Kind::kInstructionNode, L"i new data", 1, L"<?i new data?>", L""},
+        {Kind::kInstructionNode, L"i", 1, L"<?i?>", L""},
+        {Kind::kInstructionNode, L"i ?>", 0, L"<?i j?>", L""},
+        {Kind::kInstructionNode, L"k new", 0, L"<?i j?>",
+         L"Specified Target does not match current node"},
+        {Kind::kInstructionNode, L"", 0, L"<?i j?>",
+         L"Specified Target does not match current node"},
+    };
+    for (const auto& row : table) {
+        Inside markup(L"<r>t<![CDATA[d]]><!--c--><?i j?></r>");
+        ASSERT_EQ(markup.FindNode(row.kind), row.kind);
+        EXPECT_EQ(markup.SetData(row.data), row.result) << CString(row.data);
+        EXPECT_EQ(markup.GetSubDoc(), row.written) << CString(row.data);
+        EXPECT_EQ(markup.GetError(), row.error);
+    }
+    CMarkupMSXML declared(L"<?xml version='1.0'?><r/>");
+    ASSERT_EQ(declared.FindNode(), Kind::kInstructionNode);
+    EXPECT_EQ(declared.SetData(L"xml version='1.1'"), 0) << "the declaration stays";
+    EXPECT_EQ(declared.GetDoc(), L"<?xml version=\"1.0\"?>\r\n<r/>\r\n");
+}
+
+TEST(MarkupNodes, SubDocumentsGoWhereElementsGo) {
+    const wchar_t* const part = L"<?xml version='1.0'?><!--out--><n xmlns='u'>1<m/></n>";
+    for (const bool isAdd : {true, false}) {
+        const CString result = isAdd ? L"<r><a/><n xmlns=\"u\">1<m/></n><b/></r>"
+                                     : L"<r><n xmlns=\"u\">1<m/></n><a/><b/></r>";
+        Inside inside(L"<r><a/><b/></r>");
+        ASSERT_EQ(inside.FindElem(L"a"), 1);
+        EXPECT_EQ(isAdd ? inside.AddSubDoc(part) : inside.InsertSubDoc(part), 1);
+        EXPECT_EQ(inside.Doc(), result);
+        EXPECT_EQ(inside.GetSubDoc(), L"<n xmlns=\"u\">1<m/></n>");
+        Inside above(L"<r><a/><b/></r>");
+        ASSERT_EQ(above.OutOfElem(), 1);
+        ASSERT_EQ(above.FindChildElem(L"a"), 1);
+        EXPECT_EQ(isAdd ? above.AddChildSubDoc(part) : above.InsertChildSubDoc(part), 1);
+        EXPECT_EQ(above.Doc(), result);
+        EXPECT_EQ(above.GetChildSubDoc(), L"<n xmlns=\"u\">1<m/></n>");
+    }
+}
+
+TEST(MarkupNodes, SubDocumentsThatAreNone) {
+    CMarkupMSXML markup(L"<r/>");
+    EXPECT_EQ(markup.GetSubDoc(), L"");
+    EXPECT_EQ(markup.GetChildSubDoc(), L"");
+    EXPECT_EQ(markup.AddChildSubDoc(L"<n/>"), 0) << "no main position";
+    EXPECT_EQ(markup.AddSubDoc(L"<n/>"), 0) << "a second document element";
+    EXPECT_EQ(markup.GetError(), L"");
+    EXPECT_EQ(markup.AddSubDoc(L"<n>"), 0);
+    EXPECT_NE(markup.GetError(), L"");
+    ASSERT_EQ(markup.FindElem(), 1);
+    EXPECT_EQ(markup.AddChildSubDoc(nullptr), 0);
+    EXPECT_EQ(markup.InsertChildSubDoc(L""), 0);
+    EXPECT_EQ(markup.GetDoc(), L"<r/>\r\n");
+    CMarkupMSXML fresh;
+    EXPECT_EQ(fresh.AddSubDoc(L"<n/>"), 1);
+    EXPECT_EQ(fresh.GetDoc(), L"<n/>\r\n");
 }
 
 } // namespace

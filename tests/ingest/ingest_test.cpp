@@ -1,9 +1,17 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/DebugOutput.h"
 #include "tests/ingest/ingest_test.h"
+#include "platform/DebugOutput.h"
+#include "platform/folder_lock.h"
+#include "tests/support/child_process.h"
+#include "tests/support/faulty_file_system.h"
 #include "tests/xml/captured_texts.h"
+
+#include <atomic>
+#include <sys/stat.h>
+#include <thread>
+#include <vector>
 
 namespace nqp2::ingest {
 namespace {
@@ -11,9 +19,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using IngestListTest = IngestTest;
-
-TEST_F(IngestListTest, AFreshCardGetsFolderAndFile) {
+TEST_F(IngestTest, AFreshCardGetsFolderAndFile) {
     EXPECT_EQ(Add({{L"0002BB", {{INT32_MIN, INT32_MAX}}}, {L"0001AA", {{0, 9}, {20, 29}}}}), 0);
     EXPECT_EQ(File(), "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\r\n"
                       "<Media MediaID=\"P2\">"
@@ -25,7 +31,7 @@ TEST_F(IngestListTest, AFreshCardGetsFolderAndFile) {
     EXPECT_THAT(FilesInFolder(), ElementsAre("Ingest.xml"));
 }
 
-TEST_F(IngestListTest, SegmentsAreAppendedToTheirClips) {
+TEST_F(IngestTest, SegmentsAreAppendedToTheirClips) {
     SetFile("<Media MediaID=\"P2\" Kept=\"1\">\n <!-- kept -->\n"
             " <Clip ClipName=\"0002bb\" Kept=\"1\"><Segment InPoint=\"1\" OutPoint=\"2\"/></Clip>\n"
             " <Other/>\n <Clip ClipName=\"0002BB\"/>\n</Media>");
@@ -39,12 +45,12 @@ TEST_F(IngestListTest, SegmentsAreAppendedToTheirClips) {
     EXPECT_THAT(File(), testing::HasSubstr("<Media MediaID=\"P2\" Kept=\"1\">"));
 }
 
-TEST_F(IngestListTest, NamesThatDifferInCaseAloneShareAnEntryWithinOneRequest) {
+TEST_F(IngestTest, NamesThatDifferInCaseAloneShareAnEntryWithinOneRequest) {
     EXPECT_EQ(Add({{L"A<&\">", {{1, 1}}}, {L"\u00C9a", {{2, 2}}}, {L"\u00E9A", {{3, 3}}}}), 0);
     EXPECT_THAT(Listed(), ElementsAre("A<&\"> 1-1", "\u00C9a 2-2 3-3"));
 }
 
-TEST_F(IngestListTest, EachCardGetsItsOwnFileUpToTheFirstWithoutFolder) {
+TEST_F(IngestTest, EachCardGetsItsOwnFileUpToTheFirstWithoutFolder) {
     test::CapturedTexts texts(SetDebugOutput);
     const test::TempFolder& folder = m_card.Folder();
     for (const char* card : {"a", "b", "c"}) {
@@ -64,13 +70,13 @@ TEST_F(IngestListTest, EachCardGetsItsOwnFileUpToTheFirstWithoutFolder) {
     EXPECT_THAT(texts.Take(), IsEmpty());
 }
 
-TEST_F(IngestListTest, WithoutFileNameNothingIsTouched) {
+TEST_F(IngestTest, WithoutFileNameNothingIsTouched) {
     IngestRequest request = {{m_card.Root(), {{L"x", {{1, 2}}}}}};
     EXPECT_EQ(m_parser.WriteIngestXML(L"", request), 1);
     EXPECT_FALSE(std::filesystem::exists(m_card.Folder().Path("USERDATA")));
 }
 
-TEST_F(IngestListTest, AnUnreadableFileIsKeptAsideAndReplaced) {
+TEST_F(IngestTest, AnUnreadableFileIsKeptAsideAndReplaced) {
     const std::string broken[] = {"", "<Media", std::string("\0\1", 2), "<Media/><Media/>"};
     int number = 0;
     for (const std::string& bytes : broken) {
@@ -84,7 +90,7 @@ TEST_F(IngestListTest, AnUnreadableFileIsKeptAsideAndReplaced) {
     EXPECT_EQ(FilesInFolder().size(), 5U);
 }
 
-TEST_F(IngestListTest, WhatIsNoPlainListIsToldAndOnlyTheSilentWriterExtendsIt) {
+TEST_F(IngestTest, WhatIsNoPlainListIsToldAndOnlyTheSilentWriterExtendsIt) {
     constexpr struct {
         const char* file;
         const char* extended; ///< part of what the writer makes of it
@@ -111,7 +117,7 @@ TEST_F(IngestListTest, WhatIsNoPlainListIsToldAndOnlyTheSilentWriterExtendsIt) {
     }
 }
 
-TEST_F(IngestListTest, ANameThatXmlCannotHoldLeavesNoEntry) {
+TEST_F(IngestTest, ANameThatXmlCannotHoldLeavesNoEntry) {
     EXPECT_EQ(Add({{L"\x01", {{1, 2}}}, {L"B", {{3, 4}}}}), 0);
     EXPECT_THAT(Listed(), ElementsAre("B 3-4"));
     const IngestClips mixed = {{L"\x01", {{1, 2}}}, {L"C", {}}};
@@ -119,7 +125,7 @@ TEST_F(IngestListTest, ANameThatXmlCannotHoldLeavesNoEntry) {
     EXPECT_THAT(Listed(), ElementsAre("B 3-4"));
 }
 
-TEST_F(IngestListTest, AnAdditionMakesAndExtendsTheList) {
+TEST_F(IngestTest, AnAdditionMakesAndExtendsTheList) {
     const IngestClips clips = {{L"A", {{1, 2}}}};
     EXPECT_EQ(AddToIngestList(m_card.Root(), clips).status, IngestStatus::Done);
     EXPECT_EQ(AddToIngestList(m_card.Root(), {{L"a", {{3, 4}}}}).status, IngestStatus::Done);
@@ -129,7 +135,7 @@ TEST_F(IngestListTest, AnAdditionMakesAndExtendsTheList) {
     EXPECT_EQ(AddToIngestList(m_card.Root(), clips).status, IngestStatus::NotSaved);
 }
 
-TEST_F(IngestListTest, DeletingTakesTheFirstEntryOnly) {
+TEST_F(IngestTest, DeletingTakesTheFirstEntryOnly) {
     SetFile("<Media MediaID=\"P2\"><Clip/><Clip ClipName=\"b\"/><Clip ClipName=\"a\">"
             "<Segment InPoint=\"1\" OutPoint=\"2\"/></Clip><Clip ClipName=\"A\"/></Media>");
     EXPECT_EQ(Delete(L"A"), 1) << "what saving says";
@@ -143,7 +149,7 @@ TEST_F(IngestListTest, DeletingTakesTheFirstEntryOnly) {
     EXPECT_EQ(File(), left);
 }
 
-TEST_F(IngestListTest, RemovalTellsMoreThanTheNumber) {
+TEST_F(IngestTest, RemovalTellsMoreThanTheNumber) {
     constexpr struct {
         const char* file; ///< null: none
         IngestStatus status;
@@ -167,10 +173,163 @@ TEST_F(IngestListTest, RemovalTellsMoreThanTheNumber) {
     }
 }
 
-TEST_F(IngestListTest, ReadingTakesWhatNumbersThereAre) {
+TEST_F(IngestTest, ReadingTakesWhatNumbersThereAre) {
     SetFile("<Media><Clip ClipName=\"a\"><Segment/><Other InPoint=\"9\"/>"
             "<Segment InPoint=\"x\" OutPoint=\"99999999999\"/></Clip><Skip><Clip/></Skip></Media>");
     EXPECT_THAT(Listed(), ElementsAre("a 0-0 0-2147483647"));
+}
+
+using platform::IoError;
+using test::FaultyFileSystem;
+using test::Operation;
+constexpr const char* kOld = "<Media MediaID=\"P2\"><Clip ClipName=\"old\"/></Media>";
+
+class IngestFaultsTest : public IngestTest {
+protected:
+    IngestFaultsTest() { SetFile(kOld); }
+    void ExpectOldFileAlone() const {
+        EXPECT_EQ(File(), kOld);
+        EXPECT_THAT(FilesInFolder(), ElementsAre("Ingest.xml"));
+    }
+};
+
+TEST_F(IngestFaultsTest, ARefusedWriteKeepsTheOldFileAndNotEveryWriterTells) {
+    FaultyFileSystem faulty;
+    faulty.Fail({.error = IoError::NoSpace, .operation = Operation::WriteWhole});
+    const platform::ScopedFileSystem inPlace(faulty);
+    EXPECT_EQ(Add({{L"new", {{1, 2}}}}), 0) << "kept";
+    EXPECT_EQ(Delete(L"old"), 0);
+    EXPECT_EQ(RemoveFromIngestList(m_card.Root(), L"old").status, IngestStatus::NotSaved);
+    EXPECT_EQ(AddToIngestList(m_card.Root(), {{L"new", {}}}).status, IngestStatus::NotSaved);
+    ExpectOldFileAlone();
+}
+
+TEST_F(IngestFaultsTest, WhateverCallFailsNoListIsLost) {
+    FaultyFileSystem counter;
+    {
+        const platform::ScopedFileSystem inPlace(counter);
+        ASSERT_EQ(Add({{L"new", {{1, 2}}}}), 0);
+    }
+    for (std::uint64_t call = 0; call < counter.Calls(); ++call) {
+        SCOPED_TRACE(call);
+        std::filesystem::remove_all(m_card.Folder().Path("USERDATA"));
+        SetFile(kOld);
+        FaultyFileSystem faulty;
+        faulty.Fail({.skip = call, .times = 1});
+        {
+            const platform::ScopedFileSystem inPlace(faulty);
+            Add({{L"new", {{1, 2}}}});
+        }
+        const auto files = FilesInFolder();
+        const bool setAside = files.count("Ingest.xml.unreadable1") != 0;
+        EXPECT_EQ(files.size(), setAside ? 2U : 1U) << testing::PrintToString(files);
+        if (setAside) {
+            EXPECT_EQ(File("Ingest.xml.unreadable1"), kOld);
+        } else {
+            EXPECT_EQ(Listed().at(0), "old");
+        }
+    }
+}
+
+/// The writer that tells changes a list only when it says so.
+TEST_F(IngestFaultsTest, WhateverCallFailsAnAdditionTellsTheTruth) {
+    bool done = false;
+    for (std::uint64_t call = 0; !done; ++call) {
+        SCOPED_TRACE(call);
+        SetFile(kOld);
+        FaultyFileSystem faulty;
+        faulty.Fail({.skip = call, .times = 1});
+        IngestStatus status = {};
+        {
+            const platform::ScopedFileSystem inPlace(faulty);
+            status = AddToIngestList(m_card.Root(), {{L"new", {{1, 2}}}}).status;
+        }
+        EXPECT_THAT(FilesInFolder(), ElementsAre("Ingest.xml"));
+        EXPECT_EQ(Listed().size(), status == IngestStatus::Done ? 2U : 1U);
+        done = faulty.Calls() <= call;
+    }
+}
+
+TEST_F(IngestFaultsTest, WhoChangesAListAtOnceLosesNothing) {
+    constexpr int kWriters = 8;
+    std::atomic<int> failed = 0;
+    {
+        std::vector<std::jthread> writers;
+        for (int i = 0; i < kWriters; ++i) {
+            writers.emplace_back([&, i] {
+                CString name;
+                name.Format(L"%d", i);
+                CNQP2Parser parser;
+                IngestRequest request = {{m_card.Root(), {{name, {{1, 2}}}}}};
+                failed += static_cast<int>(parser.WriteIngestXML(L"Ingest.xml", request));
+                failed += RemoveFromIngestList(m_card.Root(), i == 0 ? L"old" : name).status ==
+                                  IngestStatus::Done
+                              ? 0
+                              : 1;
+                failed +=
+                    AddToIngestList(m_card.Root(), {{name, {{3, 4}}}}).status == IngestStatus::Done
+                        ? 0
+                        : 1;
+            });
+        }
+    }
+    EXPECT_EQ(failed, 0);
+    EXPECT_EQ(Listed().size(), static_cast<std::size_t>(kWriters));
+}
+
+TEST_F(IngestFaultsTest, AFolderThatAnotherKeepsLockedIsAFailureAfterAWhile) {
+    const platform::FolderLock others(m_card.Folder().Path("USERDATA"));
+    std::atomic<int> busy = 0;
+    {
+        // At once, because each waits for seconds.
+        const std::jthread first([&] { busy += Add({{L"new", {{1, 2}}}}) == 1 ? 1 : 0; });
+        const std::jthread second([&] { busy += Delete(L"old") == 0 ? 1 : 0; });
+        const std::jthread third([&] {
+            busy += AddToIngestList(m_card.Root(), {{L"new", {}}}).status == IngestStatus::Busy;
+        });
+    }
+    EXPECT_EQ(busy, 3);
+    ExpectOldFileAlone();
+}
+
+TEST_F(IngestFaultsTest, AnUnreadableFileThatCannotBeKeptAsideIsNotReplaced) {
+    for (const IoError error : {IoError::Denied, IoError::Exists}) {
+        SetFile("<broken");
+        FaultyFileSystem faulty;
+        faulty.Fail({.error = error, .operation = Operation::MoveToFree});
+        const platform::ScopedFileSystem inPlace(faulty);
+        EXPECT_EQ(Add({{L"new", {{1, 2}}}}), 0);
+        EXPECT_EQ(File(), "<broken");
+        EXPECT_THAT(FilesInFolder(), ElementsAre("Ingest.xml"));
+    }
+}
+
+TEST_F(IngestFaultsTest, AFolderInTheFilesPlaceStays) {
+    std::filesystem::remove(m_card.Folder().Path("USERDATA/Ingest.xml"));
+    m_card.Folder().Write("USERDATA/Ingest.xml/inside", "x");
+    EXPECT_EQ(Add({{L"new", {{1, 2}}}}), 0);
+    EXPECT_TRUE(std::filesystem::exists(m_card.Folder().Path("USERDATA/Ingest.xml/inside")));
+    EXPECT_EQ(Delete(L"new"), 1);
+}
+
+TEST_F(IngestFaultsTest, AListThatCannotBeSeenIsNotTakenForNone) {
+    ASSERT_EQ(chmod(m_card.Folder().Path().c_str(), 0755), 0);
+    std::string folder = m_card.Folder().Path("USERDATA");
+    for (const char* next : {"Userdata", "USERDATA"}) { // in other letters, too
+        ASSERT_EQ(chmod(folder.c_str(), 0), 0);
+        EXPECT_EQ(test::RunInChild([&] {
+                      IngestList list;
+                      return test::BecomeOrdinaryUser() && !LoadIngestList(m_card.Root(), list) &&
+                                     AddToIngestList(m_card.Root(), {{L"new", {}}}).status ==
+                                         IngestStatus::Unreadable
+                                 ? 0
+                                 : 1;
+                  }),
+                  0);
+        std::filesystem::rename(folder, m_card.Folder().Path(next));
+        folder = m_card.Folder().Path(next);
+    }
+    ASSERT_EQ(chmod(folder.c_str(), 0755), 0);
 }
 
 } // namespace

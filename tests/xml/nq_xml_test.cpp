@@ -1,0 +1,720 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/NQXmlParser.h"
+
+#include "platform/ComError.h"
+#include "platform/unicode.h"
+#include "tests/support/print_text.h"
+#include "tests/support/temp_folder.h"
+#include "tests/xml/captured_texts.h"
+#include "xml/MarkupMSXML.h"
+#include "xml/MSXmlParserNode.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <set>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+using nqp2::platform::TextFromUtf8;
+using nqp2::test::CapturedTexts;
+using nqp2::test::TempFolder;
+
+namespace {
+
+using Texts = std::vector<CString>;
+
+constexpr const wchar_t* kEdit = L"urn:schemas-Professional-Plug-in:P2:EditMetadata:v2.0";
+constexpr const wchar_t* kClip30 = L"urn:schemas-Professional-Plug-in:P2:ClipMetadata:v3.0";
+constexpr const wchar_t* kClip31 = L"urn:schemas-Professional-Plug-in:P2:ClipMetadata:v3.1";
+constexpr const wchar_t* kP2Start =
+    L"<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\r\n<P2Main "
+    L"xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\"";
+
+CString Xml(CNQXmlParser& builder) {
+    return builder.GetXml().Text();
+}
+
+int Child(CNQXmlParser& builder, const wchar_t* name) {
+    return builder.AddChildElement(name, L"", L"");
+}
+
+int TextChild(CNQXmlParser& builder, const wchar_t* name, const _variant_t& value) {
+    return builder.AddChildTextNode(name, value, L"", L"");
+}
+
+/// What stands below the root of a builder that started with CreateRoot("r").
+CString BelowRoot(CNQXmlParser& builder) {
+    CString xml = Xml(builder);
+    EXPECT_EQ(xml.Left(3), L"<r>");
+    EXPECT_EQ(xml.Right(6), L"</r>\r\n");
+    return xml.Mid(3, xml.GetLength() - 9);
+}
+
+/// Builders whose document has the root r.
+class Builder : public CNQXmlParser {
+public:
+    Builder() { EXPECT_EQ(CreateRoot(L"r"), 1); }
+};
+
+TEST(XmlBuild, ExactTextOfEachRoot) {
+    CNQXmlParser builder;
+    ASSERT_EQ(builder.CreateP2MainRoot(CT_DV100_1080_50I, 0), 1);
+    EXPECT_EQ(Xml(builder), CString(kP2Start) + L" xmlns=\"" + kClip30 + L"\"/>\r\n");
+    ASSERT_EQ(TextChild(builder, L"ClipName", L"a<\u00E4"), 1);
+    EXPECT_EQ(Xml(builder), CString(kP2Start) + L" xmlns=\"" + kClip30 +
+                                L"\"><ClipName>a&lt;\u00E4</ClipName></P2Main>\r\n");
+
+    ASSERT_EQ(builder.CreateEPRRoot(L"T&1"), 1);
+    EXPECT_EQ(Xml(builder),
+              L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
+              L"<EPRINFO xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+              L"xsi:noNamespaceSchemaLocation=\"render.xsd\"><EPRTYPE>T&amp;1</EPRTYPE>"
+              L"</EPRINFO>\r\n");
+    EXPECT_EQ(builder.GetNodeAttribute(L"//EPRINFO", L"noNamespaceSchemaLocation"), L"render.xsd");
+
+    ASSERT_EQ(builder.CreateRoot(L"x"), 1);
+    EXPECT_EQ(Xml(builder), L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<x/>\r\n")
+        << "takes the present root's place and nothing else";
+    CNQXmlParser fresh;
+    ASSERT_EQ(fresh.CreateRoot(L"x"), 1);
+    EXPECT_EQ(Xml(fresh), L"<x/>\r\n");
+}
+
+TEST(XmlBuild, NamespaceOfEveryCodeType) {
+    std::set<int> clip30 = {2, 14, 15, 16};
+    std::set<int> clip31 = {5, 17, 18, 19, 7, 20, 21, 22};
+    for (int type = 29; type <= 34; ++type) {
+        clip30.insert(type);
+    }
+    for (int type = 35; type <= 50; ++type) {
+        clip31.insert(type);
+    }
+    for (int type = -1; type <= 210; ++type) {
+        const wchar_t* const uri = clip30.count(type) != 0   ? kClip30
+                                   : clip31.count(type) != 0 ? kClip31
+                                                             : nullptr;
+        CNQXmlParser builder;
+        ASSERT_EQ(builder.CreateP2MainRoot(static_cast<eCodeType>(type), 0), 1);
+        const CString written =
+            uri != nullptr ? CString(L" xmlns=\"") + uri + L"\"/>\r\n" : CString(L"/>\r\n");
+        EXPECT_EQ(Xml(builder), CString(kP2Start) + written) << type;
+        ASSERT_EQ(builder.CreateP2MainRoot(static_cast<eCodeType>(type), 2), 1);
+        EXPECT_EQ(Xml(builder), CString(kP2Start) + L" xmlns=\"" + kEdit + L"\"/>\r\n") << type;
+    }
+}
+
+TEST(XmlBuild, NamespaceStaysInUseWhereNoneIsChosen) {
+    CNQXmlParser builder;
+    ASSERT_EQ(builder.CreateP2MainRoot(CT_DV25_50I, 0), 1);
+    ASSERT_EQ(TextChild(builder, L"a", 1), 1);
+    EXPECT_EQ(Xml(builder), CString(kP2Start) + L"><a>1</a></P2Main>\r\n");
+    ASSERT_EQ(builder.CreateP2MainRoot(CT_AVCI50_1080_50I, 0), 1);
+    ASSERT_EQ(builder.CreateP2MainRoot(CT_DV25_50I, 0), 1);
+    ASSERT_EQ(TextChild(builder, L"a", 1), 1);
+    EXPECT_EQ(Xml(builder),
+              CString(kP2Start) + L"><a xmlns=\"" + kClip31 + L"\">1</a></P2Main>\r\n");
+    ASSERT_EQ(builder.CreateEPRRoot(L""), 1);
+    EXPECT_EQ(builder.GetNode(L"//EPRTYPE").GetXml().Text(), L"<EPRTYPE></EPRTYPE>")
+        << "the type is never in a namespace";
+    ASSERT_EQ(TextChild(builder, L"a", 1), 1);
+    builder.SetSelectNamespace((CString(L"xmlns:p='") + kClip31 + L"'").GetString());
+    EXPECT_EQ(builder.GetNodeText(L"EPRINFO/p:a", 0), L"1");
+}
+
+TEST(XmlBuild, ElementsWithAttributesUnderTheCursor) {
+    Builder builder;
+    EXPECT_EQ(builder.AddChildElement(L"a", L"k", L"v\"<"), 1);
+    EXPECT_EQ(builder.AddChildElement(L"b", L"k", L""), 1);
+    EXPECT_EQ(builder.AddChildTextNode(L"c", L"t", L"k", L"1"), 1);
+    EXPECT_EQ(builder.AddChildTextNode(L"d", L"t", L"", L"1"), 1);
+    EXPECT_EQ(builder.BackToParent(), 1);
+    EXPECT_EQ(Child(builder, L"e"), 1);
+    EXPECT_EQ(BelowRoot(builder), L"<a k=\"v&quot;&lt;\"><b><c k=\"1\">t</c><d>t</d></b><e/></a>");
+}
+
+TEST(XmlBuild, TextOfEveryKindOfValue) {
+    _variant_t null;
+    null.vt = VT_NULL;
+    const std::pair<_variant_t, const wchar_t*> table[] = {
+        {L"", L"<v></v>"},
+        {_variant_t(), L"<v></v>"},
+        {-5, L"<v>-5</v>"},
+        {std::int64_t{9'000'000'000}, L"<v>9000000000</v>"},
+        {0.5, L"<v>0.5</v>"},
+        {true, L"<v>-1</v>"},
+        {L" <a>&amp;\n ", L"<v> &lt;a&gt;&amp;amp;\n </v>"},
+        {null, L""},
+        {L"\xFFFF", L""},
+    };
+    for (const auto& [value, written] : table) {
+        Builder builder;
+        EXPECT_EQ(TextChild(builder, L"v", value), *written != L'\0' ? 1 : 0) << CString(written);
+        ASSERT_EQ(TextChild(builder, L"after", 1), 1);
+        EXPECT_EQ(BelowRoot(builder), CString(written) + L"<after>1</after>");
+        EXPECT_EQ(builder.BackToParent(), 0) << "nothing was remembered";
+    }
+}
+
+TEST(XmlBuild, WhatCannotBeMadeIsRefused) {
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> table[] = {
+        {L"", L"", L""},      {L"a b", L"", L""},  {L"a:", L"", L""},     {L"<a>", L"", L""},
+        {L"a", L"k k", L"v"}, {L"a", L"k=", L"v"}, {L"a", L"k", L"\x02"}, {L"a", L"k", L"\xFFFE"},
+    };
+    Builder builder;
+    for (const auto& [name, attribute, value] : table) {
+        EXPECT_EQ(builder.AddChildTextNode(name, 1, attribute, value), 0) << CString(name);
+        EXPECT_EQ(builder.AddChildElement(name, attribute, value), 0) << CString(name);
+    }
+    EXPECT_EQ(builder.CreateRoot(L"a b"), 0);
+    EXPECT_EQ(builder.CreateEPRRoot(L"\x01"), 0);
+    EXPECT_EQ(Child(builder, L"after"), 1);
+    EXPECT_EQ(BelowRoot(builder), L"<after/>") << "the cursor never moved";
+
+    CNQXmlParser none;
+    EXPECT_EQ(Child(none, L"a"), 0);
+    EXPECT_EQ(TextChild(none, L"a", 1), 0);
+    EXPECT_EQ(none.BackToParent(), 0) << "and nothing was remembered";
+    EXPECT_EQ(none.AddParam(L"a", 1), 0);
+    EXPECT_EQ(none.AddXmlFragment(L"<a/>"), 0);
+    EXPECT_EQ(none.SaveXml(L"/tmp/never-written.xml"), 0);
+    EXPECT_EQ(Xml(none), L"");
+    EXPECT_EQ(none.GetDocumentPtr(), nullptr);
+}
+
+TEST(XmlBuild, WayBackIsTenLevelsLong) {
+    Builder builder;
+    const wchar_t* const names[] = {L"a", L"b", L"c", L"d", L"e", L"f",
+                                    L"g", L"h", L"i", L"j", L"k"};
+    for (const wchar_t* const name : names) {
+        ASSERT_EQ(Child(builder, name), 1);
+    }
+    EXPECT_EQ(TextChild(builder, L"deepest", L""), 1);
+    CNQXmlParser copy = builder;
+    EXPECT_EQ(copy.BackToParent(), 1);
+    EXPECT_EQ(Child(copy, L"tenth"), 1) << "the tenth parent, not the eleventh";
+    for (int i = 0; i < 10; ++i) {
+        EXPECT_EQ(builder.BackToParent(), 1) << i;
+    }
+    EXPECT_EQ(builder.BackToParent(), 0);
+    EXPECT_EQ(Child(builder, L"back"), 1);
+    EXPECT_EQ(BelowRoot(builder),
+              L"<a><b><c><d><e><f><g><h><i><j><k><deepest></deepest></k></j><tenth/></i>"
+              L"</h></g></f></e></d></c></b></a><back/>");
+}
+
+TEST(XmlBuild, NewRootKeepsTheRememberedParents) {
+    CNQXmlParser builder;
+    ASSERT_EQ(builder.CreateP2MainRoot(CT_DV100_1080_50I, 0), 1);
+    ASSERT_EQ(Child(builder, L"a"), 1);
+    ASSERT_EQ(builder.CreateP2MainRoot(CT_DV100_1080_50I, 0), 1);
+    const CString second = Xml(builder);
+    EXPECT_EQ(builder.BackToParent(), 1);
+    EXPECT_EQ(Child(builder, L"lost"), 1) << "goes to the document before";
+    EXPECT_EQ(Xml(builder), second);
+    EXPECT_EQ(builder.BackToParent(), 1);
+    EXPECT_EQ(builder.BackToParent(), 0);
+}
+
+TEST(XmlBuild, ParameterBlock) {
+    Builder builder;
+    _variant_t null;
+    null.vt = VT_NULL;
+    EXPECT_EQ(builder.AddParam(L"n", 1), 1);
+    EXPECT_EQ(builder.AddParam(L"", L""), 1);
+    EXPECT_EQ(BelowRoot(builder), L"<PARAM><NAME>n</NAME><VALUE>1</VALUE></PARAM>"
+                                  L"<PARAM><NAME></NAME><VALUE></VALUE></PARAM>");
+    EXPECT_EQ(builder.AddParam(L"bad", null), 0);
+    EXPECT_EQ(builder.AddParam(L"\x01", 1), 0);
+    EXPECT_EQ(builder.AddParam(L"last", true), 1);
+    EXPECT_EQ(builder.GetNode(L"r/PARAM[5]/VALUE[.='-1']").IsEmpty(), 0) << "the cursor came back";
+    EXPECT_EQ(builder.BackToParent(), 0);
+    CNQXmlParserNode found = builder.FindParamNode(L"//PARAM", L"n");
+    EXPECT_EQ(found.SetParamVal(L"2"), 1);
+    EXPECT_EQ(builder.GetNodeText(L"//PARAM/VALUE", 0), L"2");
+}
+
+TEST(XmlBuild, CopySharesTheDocumentAndHasItsOwnCursor) {
+    Builder builder;
+    ASSERT_EQ(Child(builder, L"a"), 1);
+    CNQXmlParser copy = builder;
+    EXPECT_EQ(copy.BackToParent(), 1);
+    EXPECT_EQ(Child(copy, L"b"), 1);
+    EXPECT_EQ(Child(builder, L"c"), 1);
+    EXPECT_EQ(BelowRoot(builder), L"<a><c/></a><b/>");
+    EXPECT_EQ(Xml(copy), Xml(builder));
+    CNQXmlParser other;
+    other = std::as_const(copy);
+    EXPECT_EQ(other.GetDocumentPtr(), builder.GetDocumentPtr());
+}
+
+TEST(XmlBuild, FragmentGoesInLastWithItsNamespaces) {
+    const std::tuple<const wchar_t*, int, const wchar_t*> table[] = {
+        {L"<f k='1'>x<g/><!--c--></f>", 1, L"<f k=\"1\">x<g/><!--c--></f>"},
+        {L"<?xml version='1.0'?><!--out--><f/>", 1, L"<f/>"},
+        {L"<f xmlns='u'><g/></f>", 1, L"<f xmlns=\"u\"><g/></f>"},
+        {L"<p:f xmlns:p='u' p:k='1'/>", 1, L"<p:f xmlns:p=\"u\" p:k=\"1\"/>"},
+        {L"<f/><g/>", 0, L""},
+        {L"text", 0, L""},
+        {L"<p:f/>", 0, L""},
+        {L"", 0, L""},
+    };
+    for (const auto& [fragment, result, written] : table) {
+        Builder builder;
+        ASSERT_EQ(Child(builder, L"a"), 1);
+        ASSERT_EQ(Child(builder, L"b"), 1);
+        ASSERT_EQ(builder.BackToParent(), 1);
+        EXPECT_EQ(builder.AddXmlFragment(fragment), result) << CString(fragment);
+        ASSERT_EQ(Child(builder, L"c"), 1) << "the cursor stays";
+        EXPECT_EQ(BelowRoot(builder), CString(L"<a><b/>") + written + L"<c/></a>");
+    }
+}
+
+constexpr const char* kSchema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
+                                "<xs:element name='r' type='xs:int'/></xs:schema>";
+
+std::string BytesOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Runs in a folder of its own, as the current one.
+class XmlLoad : public testing::Test {
+protected:
+    XmlLoad() { std::filesystem::current_path(m_folder.Path()); }
+    ~XmlLoad() override { std::filesystem::current_path(m_before); }
+
+    /// Writes a file and loads it.
+    int Load(const std::string& text) {
+        return m_builder.LoadXml(TextFromUtf8(m_folder.Write("f", text)));
+    }
+    CString Xml() { return m_builder.GetXml().Text(); }
+    int Child(const wchar_t* name) { return m_builder.AddChildElement(name, L"", L""); }
+
+    std::filesystem::path m_before = std::filesystem::current_path();
+    TempFolder m_folder;
+    CNQXmlParser m_builder;
+    CapturedTexts m_debug{nqp2::SetDebugOutput};
+};
+
+TEST_F(XmlLoad, RootsDeclarationsAreBoundForQueries) {
+    ASSERT_EQ(Load("<P2Main xmlns='u' xmlns:xsi='x' k='1'><ClipContent><xsi:n>1</xsi:n>"
+                   "<m xmlns='v'>2</m></ClipContent></P2Main>"),
+              1);
+    struct {
+        const wchar_t* path;
+        const wchar_t* text;
+    } const table[] = {
+        {L"//P2Main:P2Main/P2Main:ClipContent/xsi:n", L"1"},
+        {L"/P2Main:P2Main/P2Main:ClipContent[1]", L"12"},
+        {L"//P2Main/ClipContent", L""},
+        {L"//P2Main:P2Main/P2Main:ClipContent/P2Main:m", L""},
+        {L"//P2Main:P2Main/P2Main:ClipContent/p:n", L""}, // not bound
+    };
+    for (const auto& row : table) {
+        EXPECT_EQ(m_builder.GetNodeText(row.path, 0), row.text) << CString(row.path);
+    }
+    EXPECT_THROW(m_builder.GetNode(L"//p:n"), _com_error);
+    EXPECT_EQ(m_debug.Take(), Texts());
+}
+
+TEST_F(XmlLoad, OtherNamesThatBeginWithXmlSpoilTheBinding) {
+    for (const char* const attribute : {"xml:lang='en'", "xml:space='preserve'", "xmlfoo='1'"}) {
+        ASSERT_EQ(Load("<P2Main xmlns='u' " + std::string(attribute) + "><a>1</a></P2Main>"), 1);
+        EXPECT_THROW(m_builder.GetNode(L"//P2Main:P2Main/P2Main:a"), _com_error) << attribute;
+        EXPECT_EQ(m_builder.GetNodeText(L"//P2Main:P2Main/P2Main:a", 1), L"") << attribute;
+    }
+    ASSERT_EQ(Load("<P2Main xmlns='u' Xml='1' lang='en'><a>1</a></P2Main>"), 1);
+    EXPECT_EQ(m_builder.GetNodeText(L"//P2Main:P2Main/P2Main:a", 0), L"1");
+}
+
+TEST_F(XmlLoad, BindingsBySetSelectNamespaceAndReadRoot) {
+    EXPECT_THROW(m_builder.SetSelectNamespace(L""), _com_error);
+    EXPECT_THROW(m_builder.ReadRoot(L":q"), _com_error);
+    ASSERT_EQ(m_builder.SetXml(L"<r xmlns='u'><a>1</a></r>"), 1);
+    EXPECT_THROW(m_builder.GetNode(L"//P2Main:a"), _com_error) << "a text binds nothing";
+    EXPECT_EQ(m_builder.SetSelectNamespace(L" xmlns:p='u' xmlns:q=\"v\"\r\n"), S_OK);
+    EXPECT_EQ(m_builder.GetNodeText(L"p:r/p:a", 0), L"1");
+    EXPECT_EQ(m_builder.SetSelectNamespace(L"xmlns:p=u"), E_FAIL);
+    EXPECT_THROW(m_builder.GetNode(L"p:r"), _com_error);
+    m_builder.ReadRoot(L":q");
+    EXPECT_EQ(m_builder.GetNodeText(L"q:r/q:a", 0), L"1");
+}
+
+TEST_F(XmlLoad, FileThatFailsIsToldToTheDebuggerOnly) {
+    EXPECT_EQ(m_builder.LoadXml(TextFromUtf8(m_folder.Path("none.xml"))), 0);
+    EXPECT_EQ(m_debug.Take(),
+              (Texts{L"Error:\nCode = 0x800c0006\t\t\t \nSource = Line : 0; Char : 0\t\t\t \n"
+                     L"Error Description = the file does not exist\n"}));
+    EXPECT_EQ(Load("<r>\n<a></b></r>"), 0);
+    const Texts told = m_debug.Take();
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_EQ(told[0].Left(told[0].Find(L"; Char")),
+              L"Error:\nCode = 0xc00ce56d\t\t\t \nSource = Line : 2");
+    EXPECT_EQ(Xml(), L"") << "a failed load empties the document";
+    EXPECT_NE(m_builder.GetDocumentPtr(), nullptr) << "but there is one";
+}
+
+TEST_F(XmlLoad, TextThatFailsIsToldInItsOwnForm) {
+    const CString form = L"\t\t\t\t\t\nSource = Line : 1; Char : ";
+    EXPECT_EQ(m_builder.SetXml(L"<r>"), 0);
+    EXPECT_NE(m_builder.GetDocumentPtr(), nullptr);
+    ASSERT_EQ(m_builder.SetXml(L"<r/>"), 1);
+    EXPECT_EQ(m_builder.AddXmlFragment(L"<a/><b/>"), 0);
+    EXPECT_EQ(Xml(), L"<r/>\r\n");
+    const Texts told = m_debug.Take();
+    ASSERT_EQ(told.size(), 2U);
+    EXPECT_EQ(told[0].Left(told[0].Find(L"Char : ") + 7),
+              CString(L"Error:\nCode = 0xc00ce553") + form);
+    EXPECT_EQ(told[1].Left(told[1].Find(L"Char : ") + 7),
+              CString(L"Error:\nCode = 0xc00ce555") + form);
+    for (const CString& text : told) {
+        EXPECT_GT(text.Find(L"\t\t\t\t\t\nError Description = "), 0) << text;
+        EXPECT_EQ(text.Right(1), L"\n");
+    }
+}
+
+TEST_F(XmlLoad, LoadLeavesTheCursorWhereItWas) {
+    ASSERT_EQ(Load("<r/>"), 1);
+    EXPECT_EQ(Child(L"a"), 0) << "no cursor yet";
+    EXPECT_EQ(m_builder.BackToParent(), 1) << "yet the null parent was remembered";
+    ASSERT_EQ(m_builder.CreateRoot(L"old"), 1);
+    ASSERT_EQ(Load("<r/>"), 1);
+    EXPECT_EQ(Child(L"a"), 1);
+    EXPECT_EQ(Xml(), L"<r/>\r\n") << "it went to the document before";
+    ASSERT_EQ(m_builder.SetXml(L"<s><t/></s>"), 1);
+    EXPECT_EQ(Child(L"a"), 1);
+    EXPECT_EQ(Xml(), L"<s><t/><a/></s>\r\n") << "a text moves it to its root";
+    EXPECT_EQ(m_builder.SetXml(L"<s>"), 0);
+    EXPECT_EQ(m_builder.BackToParent(), 1);
+}
+
+TEST_F(XmlLoad, RenderSchemaInTheCurrentFolderDecides) {
+    EXPECT_EQ(m_builder.SetXml(L"<?xml version='1.0' encoding='UTF-16'?><any>\u7D20</any>"), 1);
+    m_folder.Write("render.xsd", kSchema);
+    EXPECT_EQ(m_builder.SetXml(L""), 0);
+    m_debug.Take();
+    EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 1);
+    EXPECT_EQ(m_debug.Take(), Texts());
+    ASSERT_EQ(Child(L"a"), 1);
+
+    EXPECT_EQ(m_builder.SetXml(L"<r>x</r>"), 0);
+    const Texts told = m_debug.Take();
+    ASSERT_EQ(told.size(), 1U);
+    EXPECT_EQ(told[0].Left(32), L"Error code: -1072897499\nReason: ");
+    EXPECT_GT(told[0].GetLength(), 32);
+    EXPECT_EQ(Xml(), L"<r>x</r>\r\n") << "parsed, only not accepted";
+    EXPECT_EQ(m_builder.BackToParent(), 1);
+    EXPECT_EQ(Child(L"b"), 1);
+    EXPECT_EQ(Xml(), L"<r>x</r>\r\n") << "the cursor did not move to it";
+
+    EXPECT_EQ(Load("<other/>"), 1) << "files are not held against it";
+    EXPECT_EQ(m_builder.AddXmlFragment(L"<other/>"), 1);
+}
+
+TEST_F(XmlLoad, SchemaThatIsNoneRefusesEverything) {
+    for (const char* const schema : {"", "<xs:schema", "<r/>"}) {
+        m_folder.Write("render.xsd", schema);
+        EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 0) << schema;
+    }
+    std::filesystem::remove(m_folder.Path("render.xsd"));
+    m_folder.MakeFolder("render.xsd");
+    EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 0) << "a folder of that name is there";
+    std::filesystem::remove(m_folder.Path("render.xsd"));
+    EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 1);
+}
+
+TEST_F(XmlLoad, SavedFileLoadsAgainAsItWas) {
+    ASSERT_EQ(m_builder.CreateP2MainRoot(CT_DV100_1080_50I, 1), 1);
+    ASSERT_EQ(Child(L"a"), 1);
+    ASSERT_EQ(m_builder.AddChildTextNode(L"b", L" \u7D20 & \u00E4 ", L"k", L"\"\n"), 1);
+    const std::string path = m_folder.Path("saved.xml");
+    ASSERT_EQ(m_builder.SaveXml(TextFromUtf8(path)), 1);
+    EXPECT_EQ(nqp2::platform::TextFromUtf8(BytesOf(path)), Xml());
+    CNQXmlParser again;
+    ASSERT_EQ(again.LoadXml(TextFromUtf8(path)), 1);
+    EXPECT_EQ(again.GetXml().Text(), Xml());
+    EXPECT_EQ(again.GetNodeText(L"//P2Main:P2Main/P2Main:a/P2Main:b", 0), L" \u7D20 & \u00E4 ");
+    EXPECT_EQ(again.GetNodeAttribute(L"//P2Main:b", L"k"), L"\"\n");
+    EXPECT_EQ(m_builder.SaveXml(TextFromUtf8(m_folder.Path("no/such/folder.xml"))), 0);
+    EXPECT_EQ(m_builder.SaveXml(TextFromUtf8(m_folder.MakeFolder("folder"))), 0);
+}
+
+static_assert(std::is_base_of_v<NodeHandle, CNQXmlParserNode> &&
+                  sizeof(CNQXmlParserNode) == sizeof(NodeHandle),
+              "both handles are one implementation");
+
+class Queried : public CNQXmlParser {
+public:
+    using CNQXmlParser::GetNodeVal;
+};
+
+class XmlQuery : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(
+            m_document.SetXml(L"<r k='1'><a>x<b>y</b></a> <e/><i>1</i><i>2</i><PARAM><NAME>n</NAME>"
+                              L"<VALUE>v</VALUE></PARAM><PARAM><NAME>n</NAME></PARAM></r>"),
+            1);
+    }
+    void TearDown() override { EXPECT_EQ(m_debug.Take(), Texts()) << "never tells the debugger"; }
+
+    Queried m_document;
+    CapturedTexts m_debug{nqp2::SetDebugOutput};
+};
+
+TEST_F(XmlQuery, MissingNodeGivesBackTheFlag) {
+    struct {
+        const wchar_t* path;
+        int ignoreMissing;
+        int result;
+        VARTYPE type;
+        const wchar_t* text;
+    } const table[] = {
+        {L"//r/a", 0, 1, VT_BSTR, L"xy"},  {L"//e", 0, 1, VT_BSTR, L""},
+        {L"//none", 0, 0, VT_EMPTY, L""},  {L"//none", 1, 1, VT_EMPTY, L""},
+        {L"//none", -3, 1, VT_EMPTY, L""}, {L"//[", 1, 0, VT_EMPTY, L""},
+        {L"//p:r", 1, 0, VT_EMPTY, L""},   {L"count(//r)", 1, 0, VT_EMPTY, L""},
+    };
+    for (const auto& row : table) {
+        _variant_t value(5);
+        EXPECT_EQ(m_document.GetNodeVal(_bstr_t(row.path), value, row.ignoreMissing), row.result)
+            << CString(row.path);
+        EXPECT_EQ(value.vt, row.type) << CString(row.path);
+        const _variant_t answer = m_document.GetNodeVal(CString(row.path), row.ignoreMissing);
+        EXPECT_EQ(answer.vt, row.result != 0 ? row.type : VT_NULL) << CString(row.path);
+        EXPECT_EQ(m_document.GetNodeText(row.path, row.ignoreMissing), row.text);
+    }
+}
+
+TEST_F(XmlQuery, AttributesAndParameters) {
+    EXPECT_EQ(m_document.GetNodeAttribute(L"//r", L"k"), L"1");
+    for (const wchar_t* const path : {L"//none", L"//[", L"//a", L"//a/text()"}) {
+        EXPECT_EQ(m_document.GetNodeAttribute(path, L"k"), L"") << CString(path);
+    }
+    EXPECT_EQ(m_document.FindParamNode(L"//PARAM", L"n").GetNodeText(L"VALUE", 0), L"v");
+    EXPECT_EQ(m_document.FindParamNode(L"//PARAM", L"N").IsEmpty(), 1);
+    EXPECT_THROW(m_document.FindParamNode(L"//[", L"n"), _com_error);
+    EXPECT_THROW(m_document.GetNode(L"//["), _com_error);
+    EXPECT_THROW(m_document.GetNodeList(L"//["), _com_error);
+    EXPECT_EQ(m_document.GetNode(L"//none").IsEmpty(), 1);
+    EXPECT_EQ(m_document.GetNodeList(L"//none").IsEmpty(), 1);
+}
+
+TEST_F(XmlQuery, WithoutDocumentEveryAnswerIsEmpty) {
+    Queried none;
+    _variant_t value(5);
+    EXPECT_EQ(none.GetNodeVal(_bstr_t(L"//["), value, 1), 0);
+    EXPECT_EQ(value.vt, VT_I4) << "untouched";
+    EXPECT_EQ(none.GetNodeVal(CString(L"a"), 1).vt, VT_NULL);
+    EXPECT_EQ(none.GetNodeText(L"a", 0), L"");
+    EXPECT_EQ(none.GetNodeAttribute(L"a", L"k"), L"");
+    EXPECT_EQ(none.GetNode(L"//[").IsEmpty(), 1);
+    EXPECT_EQ(none.GetNodeList(L"//[").IsEmpty(), 1);
+    EXPECT_EQ(none.FindParamNode(L"//[", L"n").IsEmpty(), 1);
+}
+
+TEST_F(XmlQuery, ChildrenOfEveryKindWithTheirInfo) {
+    ASSERT_EQ(m_document.SetXml(L"<r> <p:a xmlns:p='u'>1<b>2</b></p:a><!--c--><![CDATA[d]]>"
+                                L"<?t e?></r>"),
+              1);
+    CNQXmlParserNode children = m_document.GetNode(L"r").GetChildNodeList();
+    const std::vector<std::pair<CString, CString>> expected = {
+        {L"#text", L" "},          {L"p:a", L"12"}, {L"#comment", L"c"},
+        {L"#cdata-section", L"d"}, {L"t", L"e"},
+    };
+    CString name;
+    _variant_t value;
+    EXPECT_EQ(children.GetNodeInfo(name, value), 1) << "takes the first itself";
+    EXPECT_EQ(name, L"#text");
+    children = m_document.GetNode(L"r").GetChildNodeList();
+    std::vector<std::pair<CString, CString>> seen;
+    while (children.GetNextNode() != 0) {
+        ASSERT_EQ(children.GetNodeInfo(name, value), 1);
+        EXPECT_EQ(value.vt, VT_BSTR);
+        seen.emplace_back(name, value.Text());
+    }
+    EXPECT_EQ(seen, expected);
+    EXPECT_EQ(children.GetNodeInfo(name, value), 0) << "at the end";
+}
+
+TEST_F(XmlQuery, ChildListOfNothingIsEmpty) {
+    CString name = L"kept";
+    _variant_t value(5);
+    CNQXmlParserNode empty;
+    EXPECT_EQ(empty.GetChildNodeList().IsEmpty(), 1);
+    EXPECT_EQ(empty.GetNodeInfo(name, value), 0);
+    EXPECT_EQ(name, L"kept");
+    EXPECT_EQ(m_document.GetNode(L"//e").GetChildNodeList().IsEmpty(), 1);
+    CNQXmlParserNode list = m_document.GetNodeList(L"//i");
+    EXPECT_EQ(list.GetChildNodeList().GetNodeText(0), L"1") << "of the list's first node";
+    EXPECT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"2");
+}
+
+class NodeHandleTest : public testing::Test {
+protected:
+    void TearDown() override { EXPECT_EQ(m_debug.Take(), std::vector<CString>()); }
+
+    CMSXmlParserNode List(const wchar_t* path) { return m_reader.GetNodeList(path); }
+
+    CMarkupMSXML m_reader{
+        L"<r xmlns='u'><i k='x'>1</i><i>2</i><i>3</i>"
+        L"<PARAM><NAME>n</NAME><VALUE>v</VALUE></PARAM><PARAM><NAME>m</NAME></PARAM>"
+        L"<PARAM><VALUE>w</VALUE></PARAM><Param><VALUE>z</VALUE></Param></r>"};
+    CapturedTexts m_debug{nqp2::SetDebugOutput}; // handles never write to the debugger
+};
+
+TEST_F(NodeHandleTest, FirstQuestionMovesAFreshListOntoItsFirstNode) {
+    CMSXmlParserNode list = List(L"//i");
+    EXPECT_EQ(list.IsEmpty(), 0);
+    EXPECT_EQ(list.GetNodeText(0), L"1");
+    EXPECT_EQ(list.GetNodeText(0), L"1");
+    EXPECT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"2");
+
+    CMSXmlParserNode byXml = List(L"//i");
+    EXPECT_EQ(byXml.GetXml().Text(), L"<i xmlns=\"u\" k=\"x\">1</i>");
+    CMSXmlParserNode byNode = List(L"//i");
+    EXPECT_EQ(byNode.GetNode(L"@k").GetNodeText(0), L"x");
+    CMSXmlParserNode byList = List(L"//i");
+    EXPECT_EQ(byList.GetNodeList(L"text()").GetNodeText(0), L"1");
+    for (CMSXmlParserNode* const each : {&byXml, &byNode, &byList}) {
+        EXPECT_EQ(each->GetNextNode(), 1);
+        EXPECT_EQ(each->GetNodeText(0), L"2");
+    }
+}
+
+TEST_F(NodeHandleTest, WalksToTheEndAndStaysThere) {
+    CMSXmlParserNode list = List(L"//i");
+    CString texts;
+    while (list.GetNextNode() != 0) {
+        texts += list.GetNodeText(0);
+    }
+    EXPECT_EQ(texts, L"123");
+    EXPECT_EQ(list.GetNextNode(), 0);
+    EXPECT_EQ(list.IsEmpty(), 0) << "the list is still there";
+    EXPECT_EQ(list.GetNodeVal(0).vt, VT_NULL);
+    EXPECT_EQ(list.GetXml().Text(), L"");
+    EXPECT_EQ(list.SetNodeText(L"x"), 0);
+}
+
+TEST_F(NodeHandleTest, CopiesShareTheListButNotTheirPlace) {
+    CMSXmlParserNode list = List(L"//i");
+    ASSERT_EQ(list.GetNextNode(), 1);
+    CMSXmlParserNode copy = list;
+    EXPECT_EQ(copy.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"1");
+    EXPECT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"3") << "one iterator for both";
+}
+
+TEST_F(NodeHandleTest, EmptyHandleAnswersEverythingWithNothing) {
+    CMSXmlParserNode empty;
+    CString name = L"kept";
+    CString value = L"kept";
+    EXPECT_EQ(empty.IsEmpty(), 1);
+    EXPECT_EQ(empty.GetNextNode(), 0);
+    EXPECT_EQ(empty.GetNextNode(name, value), 0);
+    EXPECT_EQ(name, L"kept");
+    EXPECT_EQ(value, L"kept");
+    EXPECT_EQ(empty.GetNodeVal(1).vt, VT_NULL);
+    EXPECT_TRUE(empty.GetNodeText(L"//[", 0).IsEmpty());
+    EXPECT_EQ(empty.GetNode(L"//[").IsEmpty(), 1);
+    EXPECT_EQ(empty.GetNodeList(L"//[").IsEmpty(), 1);
+    EXPECT_EQ(empty.GetXml().Text(), L"");
+    EXPECT_EQ(empty.SetNodeText(L"x"), 0);
+    EXPECT_EQ(empty.SetParamVal(L"x"), 0);
+}
+
+TEST_F(NodeHandleTest, ValueByPath) {
+    CMSXmlParserNode root = m_reader.GetNode(L"r");
+    struct {
+        const wchar_t* path;
+        int ignoreMissing;
+        VARTYPE type;
+        const wchar_t* text;
+    } const table[] = {
+        {L"i", 0, VT_BSTR, L"1"},          {L"i[2]", 0, VT_BSTR, L"2"},
+        {L"PARAM/NAME", 0, VT_BSTR, L"n"}, {L"//Param/VALUE", 0, VT_BSTR, L"z"},
+        {L"none", 1, VT_EMPTY, L""},       {L"none", 0, VT_NULL, L""},
+        {L"i[", 1, VT_NULL, L""},          {L"r", 1, VT_EMPTY, L""},
+    };
+    for (const auto& row : table) {
+        EXPECT_EQ(root.GetNodeVal(row.path, row.ignoreMissing).vt, row.type) << CString(row.path);
+        EXPECT_EQ(root.GetNodeText(row.path, row.ignoreMissing), row.text) << CString(row.path);
+    }
+    EXPECT_THROW(root.GetNode(L"i["), _com_error);
+    EXPECT_THROW(root.GetNodeList(L"i["), _com_error);
+    EXPECT_EQ(root.GetNodeList(L"none").IsEmpty(), 1);
+    EXPECT_EQ(root.GetNode(L"none").IsEmpty(), 1);
+    EXPECT_EQ(root.GetNode(L"i/@k").GetNodeText(L"./x", 0), L"") << "asked from an attribute";
+}
+
+TEST_F(NodeHandleTest, IteratesParameters) {
+    CMSXmlParserNode list = List(L"//PARAM");
+    std::vector<CString> seen;
+    CString name = L"before";
+    CString value = L"before";
+    while (list.GetNextNode(name, value) != 0) {
+        seen.push_back(name + L"=" + value);
+    }
+    EXPECT_EQ(seen, (std::vector<CString>{L"n=v", L"m=", L"=w"}));
+}
+
+TEST_F(NodeHandleTest, SetParamValRewritesTheValueOfABlockOnly) {
+    CMSXmlParserNode block = m_reader.FindParamNode(L"//PARAM", L"n");
+    _variant_t null;
+    null.vt = VT_NULL;
+    EXPECT_EQ(block.SetParamVal(_variant_t()), 0);
+    EXPECT_EQ(block.SetParamVal(null), 0);
+    EXPECT_EQ(block.GetNodeText(L"VALUE", 0), L"v");
+    EXPECT_EQ(block.SetParamVal(L"<&>"), 1);
+    EXPECT_EQ(block.GetNodeText(L"VALUE", 0), L"<&>");
+    EXPECT_EQ(block.SetParamVal(12), 1);
+    EXPECT_EQ(m_reader.GetNodeText(L"//PARAM/VALUE", 0), L"12");
+    EXPECT_EQ(block.SetParamVal(L""), 1);
+    EXPECT_EQ(block.GetXml().Text(), L"<PARAM xmlns=\"u\"><NAME>n</NAME><VALUE></VALUE></PARAM>");
+
+    EXPECT_EQ(m_reader.GetNode(L"//Param").SetParamVal(L"y"), 0);
+    EXPECT_EQ(m_reader.GetNodeText(L"//Param/VALUE", 0), L"z");
+    EXPECT_EQ(m_reader.FindParamNode(L"//PARAM", L"m").SetParamVal(L"y"), 0) << "without VALUE";
+    EXPECT_EQ(List(L"//PARAM").SetParamVal(L"y"), 0) << "no current node, none is taken";
+}
+
+TEST_F(NodeHandleTest, SetNodeTextReplacesContentAndNeverAdvances) {
+    CMSXmlParserNode list = List(L"//i");
+    EXPECT_EQ(list.SetNodeText(L"x"), 0);
+    ASSERT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.SetNodeText(L"\u7D20<"), 1);
+    EXPECT_EQ(m_reader.GetNodeText(L"//i", 0), L"\u7D20<");
+    EXPECT_EQ(m_reader.GetNode(L"/").SetNodeText(L"x"), 0) << "a document takes no text";
+    EXPECT_EQ(m_reader.GetNode(L"//@k").SetNodeText(L"y"), 1);
+    EXPECT_EQ(m_reader.GetNodeAttribute(L"//i", L"k"), L"y");
+}
+
+TEST(NodeHandleLife, OutlivesReloadAndReader) {
+    auto reader = std::make_unique<CMarkupMSXML>(L"<r><i>1</i><i>2</i></r>");
+    CMSXmlParserNode node = reader->GetNode(L"r");
+    CMSXmlParserNode list = reader->GetNodeList(L"//i");
+    ASSERT_EQ(reader->SetDoc(L"<other/>"), 1);
+    EXPECT_EQ(node.GetNodeText(L"i", 0), L"1");
+    ASSERT_EQ(reader->SetDoc(L""), 1);
+    reader.reset();
+    EXPECT_EQ(list.GetNodeText(0), L"1");
+    EXPECT_EQ(node.SetNodeText(L"changed"), 1);
+    EXPECT_EQ(node.GetXml().Text(), L"<r>changed</r>");
+    EXPECT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"2") << "also a node that was taken out of its tree";
+    node = CMSXmlParserNode();
+    EXPECT_EQ(list.GetXml().Text(), L"<i>2</i>");
+}
+
+} // namespace
