@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -24,6 +25,8 @@ using AddCommand = void (*)(CLI::App& program, Action& chosen);
 
 /// The positional argument CARD, the same for every command, required.
 CLI::Option* AddCardArgument(CLI::App& command, std::string& card);
+/// The positional arguments CLIP, one or more, behind the card.
+void AddClipArguments(CLI::App& command, std::vector<std::string>& clips);
 /// A command that consists of commands of its own; the caller adds these.
 CLI::App* AddCommandGroup(CLI::App& program, const std::string& name,
                           const std::string& description);
@@ -39,5 +42,6 @@ void AddSpaceCommand(CLI::App& program, Action& chosen);
 void AddEdlCommand(CLI::App& program, Action& chosen);
 void AddIngestCommand(CLI::App& program, Action& chosen);
 void AddPlaylistsCommand(CLI::App& program, Action& chosen);
+void AddImportCommand(CLI::App& program, Action& chosen);
 
 } // namespace nqp2::tool
