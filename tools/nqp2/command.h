@@ -43,5 +43,12 @@ void AddEdlCommand(CLI::App& program, Action& chosen);
 void AddIngestCommand(CLI::App& program, Action& chosen);
 void AddPlaylistsCommand(CLI::App& program, Action& chosen);
 void AddImportCommand(CLI::App& program, Action& chosen);
+void AddExportCommand(CLI::App& program, Action& chosen);
+void AddDeleteCommand(CLI::App& program, Action& chosen);
+void AddIconCommand(CLI::App& program, Action& chosen);
+void AddSerialCommand(CLI::App& program, Action& chosen);
+void AddBaseInfoCommand(CLI::App& program, Action& chosen);
+void AddRtExportCommand(CLI::App& program, Action& chosen);
+void AddLastErrorCommand(CLI::App& program, Action& chosen);
 
 } // namespace nqp2::tool

@@ -21,9 +21,12 @@ namespace {
 
 using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
-constexpr AddCommand kCommands[] = {
-    AddClipsCommand, AddClipCommand, AddFormatCommand, AddUmidCommand,      AddFreeNameCommand,
-    AddSpaceCommand, AddEdlCommand,  AddIngestCommand, AddPlaylistsCommand, AddImportCommand};
+constexpr AddCommand kCommands[] = {AddClipsCommand,    AddClipCommand,     AddFormatCommand,
+                                    AddUmidCommand,     AddFreeNameCommand, AddSpaceCommand,
+                                    AddEdlCommand,      AddIngestCommand,   AddPlaylistsCommand,
+                                    AddImportCommand,   AddExportCommand,   AddDeleteCommand,
+                                    AddIconCommand,     AddSerialCommand,   AddBaseInfoCommand,
+                                    AddRtExportCommand, AddLastErrorCommand};
 
 constexpr const char* kFooter = "Exit status: 0 done, 1 the card cannot be read or something not "
                                 "written,\n2 wrong usage, 3 the worker failed, 4 something was "
