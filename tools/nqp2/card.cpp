@@ -20,12 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-bool IsMappedDrive(const CString& text) {
-    const bool hasForm =
-        text.GetLength() == 1 || text == CString(text.Left(1) + L":") || text.Mid(1, 2) == L":\\";
-    return hasForm && IsDriveMapped(text[0]);
-}
-
 bool IsNamed(const fs::path& path, const wchar_t* name) {
     return TextFromBytes(path.filename().native()).CompareNoCase(name) == 0;
 }
@@ -124,6 +118,12 @@ std::string P2Hint(const fs::path& folder) {
 }
 
 } // namespace
+
+bool IsMappedDrive(const CString& text) {
+    const bool hasForm =
+        text.GetLength() == 1 || text == CString(text.Left(1) + L":") || text.Mid(1, 2) == L":\\";
+    return hasForm && IsDriveMapped(text[0]);
+}
 
 Card::Card(const std::string& argument) {
     if (argument.empty()) {

@@ -24,6 +24,9 @@ private:
     CNQP2Parser m_parser;
 };
 
+/// Whether a text names a drive ("E", "E:", "E:\\copies") whose letter the drive table knows.
+bool IsMappedDrive(const CString& text);
+
 /// The card that the user named: a folder, or a drive text ("E", "E:", "E:\copies") whose letter
 /// the drive table knows.
 class Card {

@@ -13,6 +13,12 @@ CLI::Option* AddCardArgument(CLI::App& command, std::string& card) {
         ->required();
 }
 
+void AddClipArguments(CLI::App& command, std::vector<std::string>& clips) {
+    command.add_option("CLIP", clips, "Names of clips, in any letter case")
+        ->type_name("")
+        ->required();
+}
+
 CLI::App* AddCommandGroup(CLI::App& program, const std::string& name,
                           const std::string& description) {
     CLI::App* group = program.add_subcommand(name, description);

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -24,6 +25,8 @@ using AddCommand = void (*)(CLI::App& program, Action& chosen);
 
 /// The positional argument CARD, the same for every command, required.
 CLI::Option* AddCardArgument(CLI::App& command, std::string& card);
+/// The positional arguments CLIP, one or more, behind the card.
+void AddClipArguments(CLI::App& command, std::vector<std::string>& clips);
 /// A command that consists of commands of its own; the caller adds these.
 CLI::App* AddCommandGroup(CLI::App& program, const std::string& name,
                           const std::string& description);
@@ -39,5 +42,13 @@ void AddSpaceCommand(CLI::App& program, Action& chosen);
 void AddEdlCommand(CLI::App& program, Action& chosen);
 void AddIngestCommand(CLI::App& program, Action& chosen);
 void AddPlaylistsCommand(CLI::App& program, Action& chosen);
+void AddImportCommand(CLI::App& program, Action& chosen);
+void AddExportCommand(CLI::App& program, Action& chosen);
+void AddDeleteCommand(CLI::App& program, Action& chosen);
+void AddIconCommand(CLI::App& program, Action& chosen);
+void AddSerialCommand(CLI::App& program, Action& chosen);
+void AddBaseInfoCommand(CLI::App& program, Action& chosen);
+void AddRtExportCommand(CLI::App& program, Action& chosen);
+void AddLastErrorCommand(CLI::App& program, Action& chosen);
 
 } // namespace nqp2::tool

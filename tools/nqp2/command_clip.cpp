@@ -4,9 +4,9 @@
 #include "tools/nqp2/card.h"
 #include "tools/nqp2/clip_fields.h"
 #include "tools/nqp2/command.h"
+#include "tools/nqp2/field_table.h"
 #include "tools/nqp2/json_output.h"
 #include "tools/nqp2/scan_report_output.h"
-#include "tools/nqp2/table.h"
 
 #include "platform/TextBytes.h"
 
@@ -57,14 +57,6 @@ _tag_P2Clip ReadClip(const ClipOptions& options) {
         ThrowNoClip(parser, card, clip, options.name);
     }
     return clip;
-}
-
-void PrintFields(Console& console, const Record& record) {
-    Table table({{"", Align::Left, 0}, {"", Align::Left, 8}});
-    for (const FlatField& field : FlatFields(record, Flatten::Everything)) {
-        table.AddRow({field.name, field.text});
-    }
-    table.Print(console);
 }
 
 Status RunClip(Console& console, const ClipOptions& options) {

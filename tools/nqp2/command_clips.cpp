@@ -8,6 +8,8 @@
 #include "tools/nqp2/csv.h"
 #include "tools/nqp2/json_output.h"
 #include "tools/nqp2/scan_report_output.h"
+#include "tools/nqp2/worker_path.h"
+#include "tools/nqp2/worker_session.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -15,7 +17,9 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace nqp2::tool {
 namespace {
@@ -26,6 +30,7 @@ using Before = bool (*)(const Clip*, const Clip*);
 struct ClipsOptions {
     std::string card;
     std::string sort = "name";
+    std::string worker;
     bool json = false;
     bool csv = false;
     bool report = false;
@@ -71,16 +76,48 @@ ClipOrder Ordered(const CArray<Clip>& clips, Before before) {
     return order;
 }
 
-Scan ScanCard(const Card& card, bool keepDigit) {
+/// Nothing for a folder that holds no such media.
+std::optional<Scan> ScanMedia(const CString& root) {
+    Scan scan;
+    scan.kind = "avchd";
+    ReadyParser parser;
+    const bool found = parser->LoadAVCHDClip(root, scan.clips, scan.report) == 0;
+    return found ? std::optional(std::move(scan)) : std::nullopt;
+}
+
+/// Whether the scan met camera files, of which only the worker knows what they hold.
+bool NeedsWorker(const Scan& scan) {
+    const auto& skipped = scan.report.skipped;
+    return std::any_of(skipped.begin(), skipped.end(), [](const SkippedFile& file) {
+        return file.reason == SkipReason::NotDescribed;
+    });
+}
+
+/// Scans once more, with a worker. Without one the camera files stay among what was skipped.
+void DescribeCameraFiles(Console& console, const ClipsOptions& options, Scan& scan) {
+    try {
+        const Worker worker(options.worker);
+        // By its whole path, which is all that a worker knows.
+        scan = ScanMedia(WorkerPath(options.card)).value_or(scan);
+    } catch (const Failure& failure) {
+        console.Message(fmt::format("nqp2: {}", failure.what()));
+    }
+}
+
+Scan ScanCard(Console& console, const Card& card, const ClipsOptions& options) {
     Scan scan;
     ReadyParser parser;
-    if (parser->LoadClipEx(card.Root(), scan.clips, keepDigit ? 1 : 0, scan.report) != 0) {
-        scan.kind = "avchd";
-        if (parser->LoadAVCHDClip(card.Root(), scan.clips, scan.report) != 0) {
-            card.ThrowUnreadable();
-        }
+    if (parser->LoadClipEx(card.Root(), scan.clips, options.keepDigit ? 1 : 0, scan.report) == 0) {
+        return scan;
     }
-    return scan;
+    std::optional<Scan> media = ScanMedia(card.Root());
+    if (!media) {
+        card.ThrowUnreadable();
+    }
+    if (NeedsWorker(*media)) {
+        DescribeCameraFiles(console, options, *media);
+    }
+    return *std::move(media);
 }
 
 Sequence ClipSequence(const ClipOrder& clips) {
@@ -143,7 +180,7 @@ void PrintClips(Console& console, const ClipsOptions& options, const Card& card,
 
 Status RunClips(Console& console, const ClipsOptions& options) {
     const Card card(options.card);
-    const Scan scan = ScanCard(card, options.keepDigit);
+    const Scan scan = ScanCard(console, card, options);
     PrintClips(console, options, card, scan);
     console.Finish();
     if (!options.report) {
@@ -172,6 +209,7 @@ void AddClipsCommand(CLI::App& program, Action& chosen) {
     command->add_flag("--keep-digit", options->keepDigit,
                       "Keep ClipIdDigit as read (else it is -1)");
     command->add_flag("--strict", options->strict, "Exit with 4 when a file was skipped");
+    AddWorkerOption(*command, options->worker);
     SetExample(*command, "nqp2 clips /media/card --sort date --report");
     command->callback([options, &chosen] {
         chosen = [options](Console& console) { return RunClips(console, *options); };

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tools/nqp2/card.h"
+#include "tools/nqp2/code_type_argument.h"
 #include "tools/nqp2/command.h"
 #include "tools/nqp2/json_output.h"
 #include "tools/nqp2/table.h"
@@ -50,19 +51,6 @@ struct Space {
     std::optional<std::int64_t> framesFor4GB;
     std::int64_t sizeFor4GB = 0;
 };
-
-/// Numbers without a name are taken: the card may hold formats that have none.
-eCodeType CodeTypeFromArgument(const std::string& text) {
-    if (const auto known = CodeTypeFromName(TextFromBytes(text))) {
-        return *known;
-    }
-    const std::optional<std::int32_t> number = WholeNumber<std::int32_t>(text);
-    if (!number) {
-        throw Failure("--code-type " + text, "is no code type",
-                      "give a name like CT_DV25_50I or a number", kUsage);
-    }
-    return static_cast<eCodeType>(*number);
-}
 
 eP2_VIDEO_STANDARD StandardFromArgument(const std::string& text) {
     if (const auto known = StandardFromName(TextFromBytes(text))) {

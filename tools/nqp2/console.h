@@ -15,7 +15,8 @@ enum Status : int {
     kDone = 0,
     kFailed = 1,
     kUsage = 2,
-    kSkipped = 4, ///< done, but something was left out and the user asked to hear of it
+    kWorkerFailed = 3, ///< the worker or the channel to it, not what was asked of it
+    kSkipped = 4,      ///< done, but something was left out and the user asked to hear of it
 };
 
 /// Ends a command with one line on standard error.

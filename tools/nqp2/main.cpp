@@ -21,12 +21,16 @@ namespace {
 
 using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
-constexpr AddCommand kCommands[] = {AddClipsCommand, AddClipCommand,     AddFormatCommand,
-                                    AddUmidCommand,  AddFreeNameCommand, AddSpaceCommand,
-                                    AddEdlCommand,   AddIngestCommand,   AddPlaylistsCommand};
+constexpr AddCommand kCommands[] = {AddClipsCommand,    AddClipCommand,     AddFormatCommand,
+                                    AddUmidCommand,     AddFreeNameCommand, AddSpaceCommand,
+                                    AddEdlCommand,      AddIngestCommand,   AddPlaylistsCommand,
+                                    AddImportCommand,   AddExportCommand,   AddDeleteCommand,
+                                    AddIconCommand,     AddSerialCommand,   AddBaseInfoCommand,
+                                    AddRtExportCommand, AddLastErrorCommand};
 
 constexpr const char* kFooter = "Exit status: 0 done, 1 the card cannot be read or something not "
-                                "written,\n2 wrong usage, 4 something was skipped (--strict).\n\n"
+                                "written,\n2 wrong usage, 3 the worker failed, 4 something was "
+                                "skipped (--strict).\n\n"
                                 "Example: nqp2 clips /media/card --json";
 
 /// Our words for those of the command-line parser.
@@ -120,7 +124,7 @@ Status AnswerParser(const CLI::App& program, const CLI::ParseError& outcome, Con
 }
 
 Status Run(int count, const char* const* arguments, Console& console) {
-    CLI::App program("Reads P2 cards and copies of them.", "nqp2");
+    CLI::App program("Reads P2 cards and copies of them, and writes to them.", "nqp2");
     GlobalOptions options;
     Action action;
     AddGlobalOptions(program, options);

@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "platform/Export.h"
+
+namespace nqp2 {
+
+/// Lets the first Ctrl-C (SIGINT) from now on set a flag instead of ending the process; the second
+/// one ends it. Does nothing where the signal is ignored already. Process-wide; for programs.
+NQP2_API void CatchInterrupt();
+
+/// Whether that first Ctrl-C has come. From any thread.
+NQP2_API bool WasInterrupted();
+
+} // namespace nqp2

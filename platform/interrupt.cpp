@@ -1,0 +1,38 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/Interrupt.h"
+
+#include <atomic>
+#include <csignal>
+
+namespace {
+
+std::atomic<bool> interrupted = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "is set by a signal handler");
+
+void Remember(int) {
+    interrupted = true;
+}
+
+} // namespace
+
+namespace nqp2 {
+
+void CatchInterrupt() {
+    struct sigaction before = {};
+    if (sigaction(SIGINT, nullptr, &before) != 0 || before.sa_handler != SIG_DFL) {
+        return;
+    }
+    struct sigaction once = {};
+    once.sa_handler = Remember;
+    // System calls of threads that know nothing of this go on.
+    once.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
+    sigaction(SIGINT, &once, nullptr);
+}
+
+bool WasInterrupted() {
+    return interrupted;
+}
+
+} // namespace nqp2

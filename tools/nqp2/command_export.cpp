@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tools/nqp2/card.h"
+#include "tools/nqp2/command.h"
+#include "tools/nqp2/transfer_watch.h"
+#include "tools/nqp2/worker_path.h"
+#include "tools/nqp2/worker_session.h"
+
+#include "bridge/R8P2TransInfo.h"
+#include "platform/TextBytes.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace nqp2::tool {
+namespace {
+
+struct ExportOptions {
+    std::string card;
+    std::vector<std::string> clips;
+    std::string source;
+    std::string worker;
+    bool quiet = false;
+};
+
+Status RunExport(Console& console, const ExportOptions& options) {
+    const Card card(options.card);
+    card.RequireFolder();
+    Card(options.source).RequireContents();
+    TransferWatch watch(options.quiet);
+    WorkerSession session(options.worker);
+    watch.Follow(*session.operator->());
+    stu_R8P2TransInfo info;
+    info.text1 = WorkerPath(options.card);
+    info.text3 = WorkerPath(options.source);
+    CStringArray names;
+    for (const std::string& clip : options.clips) {
+        names.Add(TextFromBytes(clip));
+    }
+    const std::string label =
+        names.GetSize() == 1 ? options.clips.front() : fmt::format("{} clips", names.GetSize());
+    watch.Begin(label);
+    const bool done = session->ExportFile(&info, names) == 1;
+    watch.End();
+    session.Require(done, label, "not exported");
+    console.WriteLine(fmt::format("{}: exported to {}", label, card.Folder()));
+    return kDone;
+}
+
+} // namespace
+
+void AddExportCommand(CLI::App& program, Action& chosen) {
+    const auto options = std::make_shared<ExportOptions>();
+    CLI::App* command = program.add_subcommand(
+        "export", "Copy whole clips onto a card, all or none; names that are taken give way");
+    AddCardArgument(*command, options->card);
+    AddClipArguments(*command, options->clips);
+    command->add_option("--from", options->source, "The folder that holds them in a CONTENTS tree")
+        ->type_name("FOLDER")
+        ->required();
+    AddQuietOption(*command, options->quiet);
+    AddWorkerOption(*command, options->worker);
+    SetExample(*command, "nqp2 export /media/card 0001AB 0002CD --from /no/such/folder");
+    command->callback([options, &chosen] {
+        chosen = [options](Console& console) { return RunExport(console, *options); };
+    });
+}
+
+} // namespace nqp2::tool

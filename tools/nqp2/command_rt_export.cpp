@@ -1,0 +1,221 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tools/nqp2/access_units.h"
+#include "tools/nqp2/card.h"
+#include "tools/nqp2/code_type_argument.h"
+#include "tools/nqp2/command.h"
+#include "tools/nqp2/sound_file.h"
+#include "tools/nqp2/stream_form.h"
+#include "tools/nqp2/transfer_watch.h"
+#include "tools/nqp2/worker_path.h"
+#include "tools/nqp2/worker_session.h"
+
+#include "platform/TextBytes.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace nqp2::tool {
+namespace {
+
+constexpr std::uint16_t kPcm = 1;
+constexpr std::uint32_t kSampleRate = 48000;
+
+struct RtExportOptions {
+    std::string card;
+    std::string video;
+    std::string codeType;
+    std::string sound;
+    std::uint16_t channels = 2;
+    std::uint16_t bits = 16;
+    std::string name;
+    std::string title;
+    std::uint32_t timecode = 0;
+    bool dropFrame = false;
+    bool isWide = false;
+    bool quiet = false;
+    std::string worker;
+};
+
+/// The two streams of a recording, the sound in step with the frames.
+class Streams {
+public:
+    Streams(const RtExportOptions& options, const StreamForm& form)
+        : m_form(form), m_units(options.video, form.unitSize) {
+        if (!options.sound.empty()) {
+            m_sound.emplace(options.sound, BareFormat(options));
+        }
+    }
+
+    bool Next(std::string& unit, std::string& samples) {
+        if (!m_units.Next(unit)) {
+            return false;
+        }
+        ++m_frames;
+        if (m_sound) {
+            samples = m_sound->Read(
+                static_cast<std::size_t>(SamplesUpTo(m_frames) - SamplesUpTo(m_frames - 1)));
+        }
+        return true;
+    }
+    [[nodiscard]] std::int64_t Frames() const { return m_frames; }
+    /// 0 when the file does not tell.
+    [[nodiscard]] std::uint32_t ExpectedFrames() const {
+        constexpr std::uint64_t kMost = std::numeric_limits<std::int32_t>::max();
+        const std::uint64_t frames =
+            m_form.unitSize == 0 ? 0 : m_units.File().Size() / m_form.unitSize;
+        return static_cast<std::uint32_t>(std::min(frames, kMost));
+    }
+    [[nodiscard]] WAVEFORMATEX SoundFormat() const {
+        return m_sound ? m_sound->Format() : WAVEFORMATEX();
+    }
+    bool GoesOn(TransferWatch& watch) const {
+        return watch.GoesOn(m_units.File().Position() / 1024, m_units.File().Size() / 1024);
+    }
+
+private:
+    static WAVEFORMATEX BareFormat(const RtExportOptions& options) {
+        WAVEFORMATEX format;
+        format.wFormatTag = kPcm;
+        format.nChannels = options.channels;
+        format.wBitsPerSample = options.bits;
+        format.nSamplesPerSec = kSampleRate;
+        format.nBlockAlign = static_cast<std::uint16_t>(options.channels * (options.bits / 8));
+        format.nAvgBytesPerSec = kSampleRate * format.nBlockAlign;
+        return format;
+    }
+    [[nodiscard]] std::int64_t SamplesUpTo(std::int64_t frame) const {
+        return frame * kSampleRate * m_form.scale / m_form.rate;
+    }
+
+    StreamForm m_form;
+    AccessUnits m_units;
+    std::optional<SoundFile> m_sound;
+    std::int64_t m_frames = 0;
+};
+
+/// The name that the recording gets; "" leaves it to the worker.
+CString RecordingName(WorkerSession& session, const RtExportOptions& options, const CString& root) {
+    CString name = TextFromBytes(options.name);
+    if (name.IsEmpty()) {
+        session->CheckName(name, root);
+    }
+    return name;
+}
+
+void Begin(WorkerSession& session, const RtExportOptions& options, const Streams& streams,
+           eCodeType codeType, const CString& name) {
+    CArray<stu_R8PRelationClipInfo> none;
+    session.Require(session->SetRTExportParam(codeType, {}, streams.SoundFormat(), nullptr,
+                                              WorkerPath(options.card), name,
+                                              TextFromBytes(options.title), options.timecode, none,
+                                              options.dropFrame ? 1 : 0, 0) == 1 &&
+                        session->SetRTExportExtraParam(options.isWide ? 1 : 0) == 1 &&
+                        session->StartRTExport(streams.ExpectedFrames()) == 1,
+                    options.video, "not recorded");
+}
+
+void Send(WorkerSession& session, const RtExportOptions& options, std::string& unit,
+          std::string& samples) {
+    constexpr unsigned char kAccessUnit = 2;
+    const int answer = session->AddRTExportAVData(
+        kAccessUnit, reinterpret_cast<unsigned char*>(unit.data()),
+        static_cast<std::uint32_t>(unit.size()), reinterpret_cast<unsigned char*>(samples.data()),
+        static_cast<std::uint32_t>(samples.size()), 0);
+    session.Require(answer == 1, options.video, "not recorded");
+}
+
+/// Nothing remains of a recording that is cancelled or fails: the worker drops it with the session.
+void Record(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
+            Streams& streams) {
+    constexpr int kKeep = 0;
+    constexpr int kDrop = 1;
+    std::string unit;
+    std::string samples;
+    while (streams.Next(unit, samples)) {
+        Send(session, options, unit, samples);
+        if (!streams.GoesOn(watch)) {
+            session->StopRTExport(kDrop, 0);
+            throw Failure(options.video, "not recorded", "cancelled");
+        }
+    }
+    session.Require(session->StopRTExport(kKeep, 0) == 1, options.video, "not recorded");
+}
+
+Status RunRtExport(Console& console, const RtExportOptions& options) {
+    const eCodeType codeType = CodeTypeFromArgument(options.codeType);
+    const StreamForm form = StreamFormOf(codeType);
+    const Card card(options.card);
+    card.RequireContents();
+    Streams streams(options, form);
+    TransferWatch watch(options.quiet);
+    WorkerSession session(options.worker);
+    const CString name = RecordingName(session, options, card.Root());
+    session->SetSystemType(form.standard);
+    watch.Begin(options.name.empty() ? BytesFromText(name) : options.name);
+    Begin(session, options, streams, codeType, name);
+    Record(session, watch, options, streams);
+    watch.End();
+    console.WriteLine(fmt::format("{}: {} frames recorded",
+                                  name.IsEmpty() ? options.video : BytesFromText(name),
+                                  streams.Frames()));
+    return kDone;
+}
+
+void AddSoundOptions(CLI::App& command, RtExportOptions& options) {
+    command.add_option("--sound", options.sound, "A WAV file with PCM, or bare PCM samples")
+        ->type_name("FILE");
+    command.add_option("--channels", options.channels, "Channels of bare samples (2)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 16));
+    command.add_option("--bits", options.bits, "Bits of bare samples, 16 (the default) or 24")
+        ->type_name("N")
+        ->check(CLI::IsMember({16, 24}));
+}
+
+void AddClipOptions(CLI::App& command, RtExportOptions& options) {
+    command.add_option("--name", options.name, "Name of the clip; a free one if left out")
+        ->type_name("CLIP");
+    command.add_option("--title", options.title, "User clip name")->type_name("TEXT");
+    command.add_option("--timecode", options.timecode, "Start timecode as a frame count")
+        ->type_name("N");
+    command.add_flag("--drop-frame", options.dropFrame, "The timecode drops frames");
+    command.add_flag("--wide", options.isWide, "A standard-definition picture is 16:9");
+}
+
+} // namespace
+
+void AddRtExportCommand(CLI::App& program, Action& chosen) {
+    const auto options = std::make_shared<RtExportOptions>();
+    CLI::App* command =
+        program.add_subcommand("rt-export", "Record a raw stream onto a card as a new clip");
+    AddCardArgument(*command, options->card);
+    command
+        ->add_option("STREAM", options->video,
+                     "A file of DV frames, or AVC-Intra in Annex B form whose access units\n"
+                     "begin with a delimiter each and the first with parameter sets")
+        ->type_name("")
+        ->required();
+    command->add_option("--code-type", options->codeType, "What it is: a name or number")
+        ->type_name("TYPE")
+        ->required();
+    AddSoundOptions(*command, *options);
+    AddClipOptions(*command, *options);
+    AddQuietOption(*command, options->quiet);
+    AddWorkerOption(*command, options->worker);
+    SetExample(*command,
+               "nqp2 rt-export /media/card tape.dv --code-type CT_DV25_50I --sound tape.wav");
+    command->callback([options, &chosen] {
+        chosen = [options](Console& console) { return RunRtExport(console, *options); };
+    });
+}
+
+} // namespace nqp2::tool

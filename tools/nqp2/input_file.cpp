@@ -1,0 +1,34 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "tools/nqp2/input_file.h"
+
+#include "tools/nqp2/console.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+namespace nqp2::tool {
+
+InputFile::InputFile(const std::string& path) : m_path(path), m_stream(path, std::ios::binary) {
+    if (!m_stream) {
+        throw Failure(path, "cannot be opened", std::generic_category().message(errno));
+    }
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    m_size = error ? 0 : size;
+}
+
+std::string InputFile::Read(std::size_t count) {
+    std::string bytes(count, '\0');
+    m_stream.read(bytes.data(), static_cast<std::streamsize>(count));
+    bytes.resize(static_cast<std::size_t>(m_stream.gcount()));
+    m_position += bytes.size();
+    if (m_stream.bad()) {
+        throw Failure(m_path, "cannot be read", std::generic_category().message(errno));
+    }
+    return bytes;
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <fstream>
+#include <string>
+
+namespace nqp2::tool {
+
+/// A file that the user named, read from its beginning to its end. Each call throws Failure when
+/// the system does.
+class InputFile {
+public:
+    explicit InputFile(const std::string& path);
+
+    /// The next bytes; fewer than asked for only at the end.
+    std::string Read(std::size_t count);
+    /// Bytes of the whole file; 0 for a pipe.
+    [[nodiscard]] std::uint64_t Size() const { return m_size; }
+    /// Bytes that were read.
+    [[nodiscard]] std::uint64_t Position() const { return m_position; }
+
+private:
+    std::string m_path;
+    std::ifstream m_stream;
+    std::uint64_t m_size = 0;
+    std::uint64_t m_position = 0;
+};
+
+} // namespace nqp2::tool
