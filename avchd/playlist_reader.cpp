@@ -5,20 +5,21 @@
 
 #include "avchd/card_folders.h"
 #include "avchd/clip_source.h"
+#include "avchd/folder_files.h"
 #include "avchd/playlist.h"
 #include "media/card_layout.h"
 #include "media/file_date.h"
 #include "media/identifier.h"
-#include "platform/case_blind.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
 #include "platform/guid_text.h"
-#include "platform/PathText.h"
 #include "platform/unicode.h"
 
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace nqp2::avchd {
 namespace {
@@ -61,7 +62,8 @@ CString DateOf(const std::string& path) {
 class PlaylistReader {
 public:
     explicit PlaylistReader(const CString& root)
-        : m_folder(root + (FolderExists(root + kAvchdFolder) ? kAvchdFolder : kBdmvFolder)),
+        : m_playlists(root + (FolderExists(root + kAvchdFolder) ? kAvchdFolder : kBdmvFolder) +
+                      kPlaylistFolder),
           m_clips(ClipsFolder(root)) {}
 
     bool Read(const CString& name, tag_P2EDL& edl) {
@@ -72,6 +74,7 @@ public:
         edl.Duration = TotalFrames(*playlist);
         edl.StartTimecode = 0;
         FillRate(*playlist, edl);
+        edl.Events.Reserve(edl.Events.GetSize() + std::ssize(playlist->items));
         for (const PlayItem& item : playlist->items) {
             AddEvent(*playlist, item, edl);
         }
@@ -79,12 +82,8 @@ public:
     }
 
 private:
-    std::optional<Playlist> Find(const CString& name) const {
-        if (!media::IsPlainName(name)) {
-            return std::nullopt;
-        }
-        const auto path = platform::FindExisting(
-            PosixPath(m_folder + kPlaylistFolder + name + kPlaylistExtension));
+    std::optional<Playlist> Find(const CString& name) {
+        const std::optional<std::string> path = m_playlists.Find(name + kPlaylistExtension);
         return path ? ReadPlaylistFile(*path) : std::nullopt;
     }
 
@@ -114,10 +113,10 @@ private:
         event.SourceIn = 0;
         event.SourceOut = event.SourceIn + event.Duration;
         edl.Codec = clip->CodecName;
-        edl.Events.Add(event);
+        edl.Events.Add(std::move(event));
     }
 
-    CString m_folder;
+    FolderFiles m_playlists;
     ClipSource m_clips;
     std::map<std::string, std::optional<_tag_P2Clip>> m_known;
 };
@@ -149,7 +148,7 @@ bool ScanPlaylists(const CString& card, CArray<tag_P2EDL>& edls) {
             edl.Identity = platform::NewGuid();
             edl.Date = DateOf(file.posixPath);
             edl.Name = file.title;
-            edls.Add(edl);
+            edls.Add(std::move(edl));
         }
     }
     return true;

@@ -5,6 +5,7 @@
 #include "platform/PathText.h"
 #include "platform/unicode.h"
 #include "tests/avchd/avchd_bytes.h"
+#include "tests/support/faulty_file_system.h"
 #include "tests/support/print_text.h"
 #include "tests/support/temp_folder.h"
 
@@ -136,6 +137,25 @@ TEST_F(PlaylistReaderTest, PlaylistsThatAreNone) {
     EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(L"", L"00004", edl), 0);
     EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), L"00004", edl), 1);
     EXPECT_EQ(edl.Name, L"kept");
+}
+
+TEST_F(PlaylistReaderTest, NamesInOtherCaseAndMissingClipsCostNoSearchOfTheirOwn) {
+    m_folder.Write("AVCHD/BDMV/CLIPINF/00003.cpi", test::ClipBytes({}));
+    m_folder.MakeFolder("AVCHD/BDMV/PLAYLIST");
+    const auto listings = [this] {
+        test::FaultyFileSystem files;
+        const platform::ScopedFileSystem inUse(files);
+        LoadedNames();
+        return files.Calls(test::Operation::List);
+    };
+    const auto none = listings();
+    PlaylistSpec spec;
+    spec.items = {ItemSpec{"00003"}, ItemSpec{"00004"}, ItemSpec{"00005"}, ItemSpec{"00006"}};
+    for (const char* const name : {"00000.mpl", "00001.mpl", "00002.Mpl", "00003.MPL"}) {
+        Add("AVCHD/BDMV/PLAYLIST/" + std::string(name), spec);
+    }
+    EXPECT_EQ(LoadedNames().size(), 4U);
+    EXPECT_LE(listings(), none + 5) << "three folders and one of them for its marks";
 }
 
 TEST_F(PlaylistReaderTest, TheAvchdFolderIsAskedFirst) {
