@@ -247,10 +247,24 @@ TEST_F(ClipScanTest, WhatCannotBeReadIsLeftOutAndItsSiblingsAreRead) {
     std::filesystem::resize_file(m_folder.Path("AVCHD/BDMV/CLIPINF/00006.CPI"),
                                  kMaxClipInformationFile + 1);
     AddClip("a\\b");
+    std::filesystem::create_symlink("/dev/zero", m_folder.Path("AVCHD/BDMV/CLIPINF/00007.CPI"));
     EXPECT_THAT(Scan(), UnorderedElementsAre("00001", "00004", "00005"));
-    EXPECT_THAT(m_omitted, UnorderedElementsAre("AVCHD\\BDMV\\CLIPINF\\00002.CPI",
-                                                "AVCHD\\BDMV\\CLIPINF\\00003.CPI",
-                                                "AVCHD\\BDMV\\CLIPINF\\00006.CPI"));
+    EXPECT_THAT(m_omitted, UnorderedElementsAre(
+                               "AVCHD\\BDMV\\CLIPINF\\00002.CPI", "AVCHD\\BDMV\\CLIPINF\\00003.CPI",
+                               "AVCHD\\BDMV\\CLIPINF\\00006.CPI", "AVCHD\\BDMV\\CLIPINF\\00007.CPI",
+                               "AVCHD\\BDMV\\CLIPINF\\"))
+        << "the last for the name with a backslash";
+}
+
+TEST_F(ClipScanTest, AFolderThatCannotBeListedIsNamed) {
+    AddClip("00000");
+    Add("SONY/DVF/100DVF/DV01.AVI");
+    FaultyFileSystem files;
+    files.Fail(
+        {.error = platform::IoError::Denied, .operation = Operation::List, .pathPart = "CLIPINF"});
+    const platform::ScopedFileSystem inUse(files);
+    EXPECT_THAT(Scan(), IsEmpty());
+    EXPECT_THAT(m_omitted, ElementsAre("AVCHD\\BDMV\\CLIPINF\\", "SONY\\DVF\\100DVF\\DV01.AVI"));
 }
 
 TEST_F(ClipScanTest, AFileWithoutStatusIsReadAndItsDateUnknown) {
@@ -352,13 +366,15 @@ TEST_F(ClipScanTest, TheParserReadsWithoutInit) {
     Add("AVCHD/BDMV/CLIPINF/00002.clpi", test::ClipBytes({}));
     Add("AVCHD/BDMV/STREAM/00002.m2ts");
     Add("PANA_GRP/001YDJAM/P1.MOV");
+    Add("AVCHD/BDMV/CLIPINF/._00001.CPI");
     CNQP2Parser parser;
     ScanReport report;
     EXPECT_EQ(parser.LoadAVCHDClip(Root(), m_clips, report), 0);
     EXPECT_EQ(parser.LoadAVCHDClip(Root(), m_clips), 0) << "appended";
     EXPECT_EQ(m_clips.GetSize(), 4);
-    ASSERT_EQ(report.skipped.GetSize(), 1);
-    EXPECT_EQ(report.skipped[0].reason, SkipReason::NotDescribed);
+    ASSERT_EQ(report.skipped.GetSize(), 2);
+    EXPECT_EQ(report.skipped[0].reason, SkipReason::Companion);
+    EXPECT_EQ(report.skipped[1].reason, SkipReason::NotDescribed);
     EXPECT_EQ(parser.LoadAVCHDClip(L"", m_clips), 1);
     EXPECT_EQ(parser.LoadAVCHDClip(L"/none", m_clips), 1);
 
