@@ -17,6 +17,7 @@
 
 #include <iterator>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -90,12 +91,13 @@ private:
     /// Null when the clip cannot be read.
     const _tag_P2Clip* ClipOf(const PlayItem& item) {
         const auto [place, isNew] = m_known.try_emplace(std::string(item.Name()));
-        std::optional<_tag_P2Clip>& clip = place->second;
-        if (isNew &&
-            !m_clips.Read(kAvchdFiles, platform::TextFromUtf8(place->first), clip.emplace())) {
-            clip.reset();
+        if (isNew) {
+            auto clip = std::make_unique<_tag_P2Clip>();
+            if (m_clips.Read(kAvchdFiles, platform::TextFromUtf8(place->first), *clip)) {
+                place->second = std::move(clip);
+            }
         }
-        return clip ? &*clip : nullptr;
+        return place->second.get();
     }
 
     void AddEvent(const Playlist& playlist, const PlayItem& item, tag_P2EDL& edl) {
@@ -118,7 +120,8 @@ private:
 
     FolderFiles m_playlists;
     ClipSource m_clips;
-    std::map<std::string, std::optional<_tag_P2Clip>> m_known;
+    /// Null for a clip that cannot be read; a hostile list names thousands of these.
+    std::map<std::string, std::unique_ptr<_tag_P2Clip>> m_known;
 };
 
 } // namespace
