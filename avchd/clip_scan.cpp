@@ -12,6 +12,7 @@
 #include "media/file_date.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
+#include "platform/full_path.h"
 #include "platform/read_ahead.h"
 
 #include <algorithm>
@@ -189,13 +190,14 @@ private:
         NQP2BaseClipInfo base;
         base.clipText1 = file.title;
         base.clipText2 = m_clip.StartDate;
-        if (m_request(file.path, base) <= 0) {
+        const CString path = platform::FullPath(file.path);
+        if (m_request(path, base) <= 0) {
             OmitUnlessCompanion(file.path, Omission::NotDescribed,
                                 "the worker gave no description");
             return;
         }
         m_clip.Reset(); // leaves the shooting start, which is the file's time
-        FillFromBase(base, file.path, m_clip);
+        FillFromBase(base, path, m_clip);
         m_clips.Add(m_clip);
     }
 
