@@ -12,7 +12,7 @@
 namespace nqp2::avchd {
 namespace {
 
-enum ClipSection { kSequences, kPrograms, kTimeMap, kMarks, kExtension };
+enum ClipSection { kSequences, kPrograms, kTimeMap, kClipMarks, kClipExtension };
 
 constexpr std::uint8_t kGlobalIdTag = 0xE2;
 
@@ -117,7 +117,7 @@ std::optional<ClipInformation> DecodeClipInformation(Bytes file) {
         !ReadPrograms(*programs, clip)) {
         return std::nullopt;
     }
-    ReadExtension(ExtensionBlock(file, head->sections[kExtension], "CLEX"), clip);
+    ReadExtension(ExtensionBlock(file, head->sections[kClipExtension], "CLEX"), clip);
     return clip;
 }
 

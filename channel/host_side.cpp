@@ -118,9 +118,9 @@ private:
     std::string m_path;
 };
 
-ChannelHandle CreateChannel(std::uint32_t channelId, std::uint32_t sendSize,
-                            std::uint32_t receiveSize, std::uint32_t sendTimeout,
-                            std::uint32_t receiveTimeout) {
+ChannelHandle ConnectChannel(std::uint32_t channelId, std::uint32_t sendSize,
+                             std::uint32_t receiveSize, std::uint32_t sendTimeout,
+                             std::uint32_t receiveTimeout) {
     return platform::Guarded<ChannelHandle>(0, [&] {
         return AddChannel(Connect(Worker::Instance().Path(), channelId, {sendSize, receiveSize},
                                   {sendTimeout, receiveTimeout}));
@@ -143,7 +143,7 @@ void LeaveWorker() {
 
 SystemInterface HostInterface() {
     static int noServices = 0;
-    static SysInterfaceTable table = channel::TableWith(channel::CreateChannel);
+    static SysInterfaceTable table = channel::TableWith(channel::ConnectChannel);
     return {&noServices, &table};
 }
 

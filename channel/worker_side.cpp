@@ -28,8 +28,8 @@ std::shared_ptr<Listener> CurrentListener() {
     return Current().listener;
 }
 
-ChannelHandle CreateChannel(std::uint32_t channelId, std::uint32_t, std::uint32_t,
-                            std::uint32_t sendTimeout, std::uint32_t receiveTimeout) {
+ChannelHandle TakeChannel(std::uint32_t channelId, std::uint32_t, std::uint32_t,
+                          std::uint32_t sendTimeout, std::uint32_t receiveTimeout) {
     return platform::Guarded<ChannelHandle>(0, [&]() -> ChannelHandle {
         const std::shared_ptr<Listener> listener = CurrentListener();
         return listener != nullptr
@@ -68,7 +68,7 @@ void StopListening() {
 
 SystemInterface WorkerInterface() {
     static int noServices = 0;
-    static SysInterfaceTable table = channel::TableWith(channel::CreateChannel);
+    static SysInterfaceTable table = channel::TableWith(channel::TakeChannel);
     return {&noServices, &table};
 }
 

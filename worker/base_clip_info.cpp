@@ -136,14 +136,14 @@ Outcome DescribeMediaFile(const CString& path, const std::string& file, NQP2Base
     return info.identifier == GUID() ? IdentifyByContent(file, info.identifier) : Outcome();
 }
 
-std::string ParentOf(const std::string& path) {
+std::string Above(const std::string& path) {
     return path.substr(0, path.find_last_of('/'));
 }
 
 /// The contents folder above CLIP/name.XML, as records show it.
 CString ContentsAbove(const std::string& file) {
-    const std::string contents = ParentOf(ParentOf(file));
-    const std::string card = ParentOf(contents);
+    const std::string contents = Above(Above(file));
+    const std::string card = Above(contents);
     return InterfaceRoot(card.empty() ? "/" : card) + L"\\" +
            platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1)) + L"\\";
 }

@@ -14,8 +14,6 @@
 namespace nqp2::worker {
 namespace {
 
-constexpr int kSampleRate = 48000;
-
 /// A file in the making as libavformat writes to it: with jumps back to complete the head.
 struct Sink {
     platform::FileWriter* writer = nullptr;

@@ -14,6 +14,9 @@
 
 namespace nqp2::worker {
 
+/// Of all sound on a card, in hertz.
+inline constexpr std::uint32_t kSampleRate = 48000;
+
 enum class VideoCodec { Dv, AvcIntra };
 
 /// What an essence file holds: one video stream.

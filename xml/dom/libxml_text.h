@@ -5,13 +5,25 @@
 
 #include <libxml/xmlstring.h>
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace nqp2::dom {
 
 /// The text as libxml2 takes it; valid as long as `text` is unchanged.
 inline const xmlChar* Xml(const std::string& text) {
     return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+
+/// Text of libxml2's; null counts as empty.
+inline std::string_view View(const xmlChar* text) {
+    return text != nullptr ? std::string_view(reinterpret_cast<const char*>(text))
+                           : std::string_view();
+}
+
+inline std::string_view View(const xmlChar* begin, const xmlChar* end) {
+    return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
 }
 
 } // namespace nqp2::dom

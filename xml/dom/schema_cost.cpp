@@ -3,6 +3,8 @@
 
 #include "xml/dom/schema_cost.h"
 
+#include "xml/dom/libxml_text.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
@@ -18,10 +20,6 @@ namespace {
 constexpr std::int64_t kMostParts = 200; ///< of one content model
 constexpr std::int64_t kMostWork = 10 * kMostParts * kMostParts * kMostParts;
 constexpr int kDeepest = 64; ///< definitions that name one another in a row
-
-std::string_view View(const xmlChar* text) {
-    return text != nullptr ? reinterpret_cast<const char*>(text) : "";
-}
 
 std::string Attribute(const xmlNode& node, const char* name) {
     xmlChar* const value = xmlGetNoNsProp(&node, BAD_CAST name);

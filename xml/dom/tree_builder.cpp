@@ -3,6 +3,7 @@
 
 #include "xml/dom/tree_builder.h"
 
+#include "xml/dom/libxml_text.h"
 #include "xml/dom/parse_error_codes.h"
 
 #include <algorithm>
@@ -20,15 +21,6 @@ constexpr std::size_t kMaxRun = 10'000'000;
 
 // The buffer for runs is kept between documents unless one made it unusually large.
 constexpr std::size_t kKeptRun = std::size_t{64} * 1024;
-
-std::string_view View(const xmlChar* text) {
-    return text != nullptr ? std::string_view(reinterpret_cast<const char*>(text))
-                           : std::string_view();
-}
-
-std::string_view View(const xmlChar* begin, const xmlChar* end) {
-    return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
-}
 
 /// A value or namespace as the document means it: while entities stay as they are, libxml2 hands
 /// every "&" on as a reference, for a tree that would resolve it later.
@@ -84,6 +76,7 @@ void TreeBuilder::Start(Tree& tree, xmlParserCtxtPtr context, std::size_t maxByt
     m_maxBytes = maxBytes;
     m_current = &tree.DocumentNode();
     m_known.fill({});
+    m_run = nullptr;
     m_text.clear();
     if (m_text.capacity() > kKeptRun) {
         m_text.shrink_to_fit();
@@ -183,10 +176,11 @@ void TreeBuilder::OnEndElement(void* context, const xmlChar* /*localName*/,
 void TreeBuilder::OnCharacters(void* context, const xmlChar* text, int length) {
     TreeBuilder& builder = From(context);
     builder.Guard([&] {
-        builder.m_text.append(reinterpret_cast<const char*>(text),
-                              static_cast<std::size_t>(length));
-        if (builder.m_text.size() > kMaxRun) {
+        const std::string_view piece = View(text, text + length);
+        if (std::max(piece.size(), builder.m_text.size()) > kMaxRun) {
             builder.Stop(kErrorTooLarge, "a text is longer than metadata may be", Fault::TooLarge);
+        } else {
+            builder.AddText(piece);
         }
     });
 }
@@ -241,11 +235,24 @@ void TreeBuilder::Append(Node& node) {
     m_tree->Insert(*m_current, node, nullptr);
 }
 
+void TreeBuilder::AddText(std::string_view piece) {
+    if (m_run == nullptr) {
+        m_run = &m_tree->CreateCharacters(NodeType::Text, piece);
+        Append(*m_run);
+        return;
+    }
+    if (m_text.empty()) {
+        m_text = m_run->content;
+    }
+    m_text += piece;
+}
+
 void TreeBuilder::FlushText() {
     if (!m_text.empty()) {
-        Append(m_tree->CreateCharacters(NodeType::Text, m_text));
+        m_tree->SetText(*m_run, m_text);
         m_text.clear();
     }
+    m_run = nullptr;
 }
 
 void TreeBuilder::AddAttributes(Node& element, int declarationCount, const xmlChar** declarations,

@@ -50,6 +50,8 @@ private:
     template <class Event>
     void Guard(Event&& event);
     void Append(Node& node);
+    /// Begins a text or goes on with it: most come in one piece, which is then copied once.
+    void AddText(std::string_view piece);
     void FlushText();
     void AddAttributes(Node& element, int declarationCount, const xmlChar** declarations,
                        int attributeCount, const xmlChar** attributes);
@@ -72,7 +74,8 @@ private:
     std::size_t m_maxBytes = 0;
     Node* m_current = nullptr;
     std::array<KnownName, kKnownNames> m_known; ///< by the address of the local name
-    std::string m_text; ///< characters since the last other event: they arrive in pieces
+    Node* m_run = nullptr;                      ///< the text that may still go on
+    std::string m_text;                         ///< all of it, once it has come in several pieces
     std::string m_name;
     std::string m_value;
     std::string m_uri;
