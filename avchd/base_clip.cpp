@@ -7,17 +7,42 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 namespace nqp2::avchd {
 namespace {
 
-/// DV in camera files goes by its coder's name; the rate tells which of our two names it is.
+/// How camera files call a coder of DV, and our names for its pictures at the two families of rates.
+struct DvName {
+    const wchar_t* inFile;
+    const wchar_t* at50;
+    const wchar_t* at60;
+};
+constexpr DvName kDvNames[] = {
+    {L"DVSD", L"DV25_420", L"DV25_411"},
+    {L"DVC", L"DV25_420", L"DV25_411"},
+    {L"DVCP", L"DV25_420", L"DV25_411"},
+    {L"DVPP", L"DV25_411", L"DV25_411"},
+    {L"DV5P", L"DV50_422", L"DV50_422"},
+    {L"DV5N", L"DV50_422", L"DV50_422"},
+    {L"DVHQ", L"DV100_720/50p", L"DV100_720/59.94p"},
+    {L"DVHP", L"DV100_720/50p", L"DV100_720/59.94p"},
+    {L"DVH2", L"DV100_1080/50i", L"DV100_1080/59.94i"},
+    {L"DVH3", L"DV100_1080/50i", L"DV100_1080/59.94i"},
+    {L"DVH5", L"DV100_1080/50i", L"DV100_1080/59.94i"},
+    {L"DVH6", L"DV100_1080/50i", L"DV100_1080/59.94i"},
+};
+
+/// The coder's name as clips have it; other coders keep the name that their files give them.
 CString CodecOf(const NQP2BaseClipInfo& base) {
-    if (base.codec.CompareNoCase(L"DVSD") != 0) {
+    const auto* const found =
+        std::find_if(std::begin(kDvNames), std::end(kDvNames),
+                     [&](const DvName& row) { return base.codec.CompareNoCase(row.inFile) == 0; });
+    if (found == std::end(kDvNames)) {
         return base.codec;
     }
     const bool is50 = base.text1.Left(2) == L"50" || base.text1.Left(2) == L"25";
-    return is50 ? L"DV25_420" : L"DV25_411";
+    return is50 ? found->at50 : found->at60;
 }
 
 /// Counts of frames travel in 64 bits, of which the lower half counts.

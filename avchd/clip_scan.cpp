@@ -12,12 +12,14 @@
 #include "media/file_date.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
+#include "platform/full_path.h"
 #include "platform/read_ahead.h"
 
 #include <algorithm>
 #include <exception>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <vector>
 
 namespace nqp2::avchd {
@@ -25,15 +27,12 @@ namespace {
 
 using platform::FoundFile;
 
-/// The regular files that a pattern finds.
-std::vector<FoundFile> FilesOf(const CString& pattern) {
-    platform::IoStatus status;
-    std::vector<FoundFile> files = platform::FindFiles(pattern, status);
-    const auto isNone = [](const FoundFile& file) {
-        return file.isFolder || file.isSpecial || !file.pathIsSafe;
-    };
-    files.erase(std::remove_if(files.begin(), files.end(), isNone), files.end());
-    return files;
+Omission OmissionOf(const platform::IoStatus& status) {
+    return status.error == platform::IoError::TooLarge ? Omission::TooLarge : Omission::Unreadable;
+}
+
+CString FolderOf(const CString& path) {
+    return path.Left(path.ReverseFind(L'\\') + 1);
 }
 
 std::optional<std::time_t> TimeOf(const std::optional<platform::FileInfo>& info) {
@@ -85,6 +84,47 @@ private:
         return found == std::end(kPanasonicFolders) ? CString() : m_root + *found;
     }
 
+    void OmitUnlessCompanion(const CString& path, Omission omission, const char* why) {
+        if (media::IsCompanion(path)) {
+            m_omitted(path, Omission::Companion, "a companion file of a Mac");
+        } else {
+            m_omitted(path, omission, why);
+        }
+    }
+
+    /// Once for each folder: that of clip information is listed twice.
+    void OmitFolder(const CString& folder, const platform::IoStatus& status) {
+        if (m_unlisted.insert(folder).second) {
+            m_omitted(folder, Omission::FolderUnreadable, status.reason);
+        }
+    }
+
+    /// Whether the file may be opened; a folder with a file's name is no file that is left out.
+    bool IsReadable(const FoundFile& file, const CString& folder) {
+        if (file.isFolder) {
+            return false;
+        }
+        if (!file.pathIsSafe) {
+            m_omitted(folder, Omission::Unreadable, "a file's name holds a backslash");
+        } else if (file.isSpecial) {
+            m_omitted(file.path, Omission::Unreadable, "it is no regular file");
+        }
+        return file.pathIsSafe && !file.isSpecial;
+    }
+
+    /// The regular files that a pattern finds.
+    std::vector<FoundFile> FilesOf(const CString& pattern) {
+        const CString folder = FolderOf(pattern);
+        platform::IoStatus status;
+        std::vector<FoundFile> files = platform::FindFiles(pattern, status);
+        if (!status && status.error != platform::IoError::NotFound) {
+            OmitFolder(folder, status);
+        }
+        const auto isNone = [&](const FoundFile& file) { return !IsReadable(file, folder); };
+        files.erase(std::remove_if(files.begin(), files.end(), isNone), files.end());
+        return files;
+    }
+
     /// Both files of each clip, in the order in which the scan takes them.
     std::vector<platform::FileRequest> RequestsFor(const ClipFiles& kind,
                                                    const std::vector<FoundFile>& files) {
@@ -126,14 +166,14 @@ private:
             const std::string* content =
                 WholeContent(information, file.posixPath, kMaxClipInformationFile);
             if (content == nullptr) {
-                m_omitted(file.path, Omission::Unreadable, information.status.reason);
+                m_omitted(file.path, OmissionOf(information.status), information.status.reason);
             } else if (!m_source.Decode(kind, file.title, *content, stream, m_clip)) {
-                m_omitted(file.path, Omission::Undecodable, "no sound clip information");
+                OmitUnlessCompanion(file.path, Omission::Undecodable, "no sound clip information");
             } else {
                 m_clips.Add(m_clip);
             }
         } catch (const std::exception& error) {
-            m_omitted(file.path, Omission::Unreadable, error.what());
+            m_omitted(file.path, Omission::TooLarge, error.what());
         }
     }
 
@@ -150,12 +190,14 @@ private:
         NQP2BaseClipInfo base;
         base.clipText1 = file.title;
         base.clipText2 = m_clip.StartDate;
-        if (m_request(file.path, base) <= 0) {
-            m_omitted(file.path, Omission::NotDescribed, "the worker gave no description");
+        const CString path = platform::FullPath(file.path);
+        if (m_request(path, base) <= 0) {
+            OmitUnlessCompanion(file.path, Omission::NotDescribed,
+                                "the worker gave no description");
             return;
         }
         m_clip.Reset(); // leaves the shooting start, which is the file's time
-        FillFromBase(base, file.path, m_clip);
+        FillFromBase(base, path, m_clip);
         m_clips.Add(m_clip);
     }
 
@@ -164,6 +206,7 @@ private:
     const OnOmitted& m_omitted;
     CArray<_tag_P2Clip>& m_clips;
     ClipSource m_source;
+    std::set<CString> m_unlisted;
     _tag_P2Clip m_clip;
 };
 

@@ -17,10 +17,18 @@ namespace nqp2::avchd {
 /// and date text. Positive when the record was filled.
 using BaseClipRequest = std::function<int(const CString& path, NQP2BaseClipInfo& info)>;
 
-/// Why a file is no clip of the result.
-enum class Omission { Unreadable, Undecodable, NotDescribed };
+/// Why a file is no clip of the result; FolderUnreadable: why perhaps more of a folder's are none.
+enum class Omission {
+    Unreadable,
+    TooLarge,
+    Companion, ///< of a Mac: nothing is lost
+    Undecodable,
+    NotDescribed,
+    FolderUnreadable,
+};
 
-/// Hears of each file that was left out; `why` is for a person.
+/// Hears of each file that was left out, or of its folder where no path tells it; `why` is for a
+/// person.
 using OnOmitted =
     std::function<void(const CString& path, Omission omission, const std::string& why)>;
 

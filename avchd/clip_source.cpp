@@ -7,11 +7,8 @@
 #include "avchd/limits.h"
 #include "avchd/stop_watch.h"
 #include "avchd/stream_head.h"
-#include "media/card_layout.h"
-#include "platform/case_blind.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
-#include "platform/PathText.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -62,20 +59,7 @@ std::optional<Playlist> ReadPlaylistFile(const std::string& path) {
 }
 
 std::optional<std::string> ClipSource::StreamOf(const ClipFiles& files, const CString& name) {
-    if (!m_streams) {
-        ListStreams();
-    }
-    const platform::FolderEntry* entry =
-        m_streams->Find(platform::NameBytesFromText(CString(name + files.streamExtension).View()));
-    return entry != nullptr && entry->kind == platform::EntryKind::File
-               ? std::optional(m_streamFolder + entry->name)
-               : std::nullopt;
-}
-
-void ClipSource::ListStreams() {
-    m_streamFolder =
-        platform::FindExisting(PosixPath(m_folder + kStreamFolder)).value_or(std::string());
-    m_streams = platform::FolderIndex::Read(m_streamFolder);
+    return m_streams.Find(name + files.streamExtension);
 }
 
 const ShotTable& ClipSource::Shots() {
@@ -155,10 +139,7 @@ bool ClipSource::Decode(const ClipFiles& files, const CString& name, const std::
 }
 
 bool ClipSource::Read(const ClipFiles& files, const CString& name, _tag_P2Clip& clip) {
-    const auto path = media::IsPlainName(name)
-                          ? platform::FindExisting(PosixPath(m_folder + kInformationFolder + name +
-                                                             files.informationExtension))
-                          : std::nullopt;
+    const std::optional<std::string> path = m_information.Find(name + files.informationExtension);
     std::string information;
     if (!path || !platform::Files().Read(*path, kMaxClipInformationFile, information)) {
         return false;

@@ -5,10 +5,10 @@
 
 #include "avchd/card_folders.h"
 #include "avchd/clip_record.h"
+#include "avchd/folder_files.h"
 #include "avchd/playlist.h"
 #include "media/P2Clip.h"
 #include "platform/CString.h"
-#include "platform/folder_index.h"
 #include "platform/read_ahead.h"
 
 #include <cstdint>
@@ -18,12 +18,14 @@
 
 namespace nqp2::avchd {
 
-/// The clips below one BDMV folder. Lists the streams and reads the playlists when they are first
+/// The clips below one BDMV folder. Lists its folders and reads the playlists when they are first
 /// asked for, once for all clips.
 class ClipSource {
 public:
     /// An interface path with its trailing separator.
-    explicit ClipSource(CString folder) : m_folder(std::move(folder)) {}
+    explicit ClipSource(CString folder)
+        : m_folder(std::move(folder)), m_information(m_folder + kInformationFolder),
+          m_streams(m_folder + kStreamFolder) {}
 
     [[nodiscard]] const CString& Folder() const { return m_folder; }
     /// The clip's stream file for the file system; nothing when the card has none.
@@ -38,7 +40,6 @@ public:
     bool Read(const ClipFiles& files, const CString& name, _tag_P2Clip& clip);
 
 private:
-    void ListStreams();
     const ShotTable& Shots();
     StreamHead DecodeStream(const std::optional<std::string>& path, const VideoStream& video,
                             const std::string& begin);
@@ -46,8 +47,8 @@ private:
                    std::int32_t channels, _tag_P2Clip& clip);
 
     CString m_folder;
-    std::optional<platform::FolderIndex> m_streams;
-    std::string m_streamFolder;
+    FolderFiles m_information;
+    FolderFiles m_streams;
     std::optional<ShotTable> m_shots;
 };
 

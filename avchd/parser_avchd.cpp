@@ -32,6 +32,12 @@ int ReadClip(const CString& root, const CString& name, const nqp2::avchd::ClipFi
 
 nqp2::SkipReason ReasonOf(Omission omission) {
     switch (omission) {
+    case Omission::TooLarge:
+        return nqp2::SkipReason::TooLarge;
+    case Omission::Companion:
+        return nqp2::SkipReason::Companion;
+    case Omission::FolderUnreadable:
+        return nqp2::SkipReason::FolderUnreadable;
     case Omission::Undecodable:
         return nqp2::SkipReason::Undecodable;
     case Omission::NotDescribed:

@@ -143,13 +143,19 @@ private:
     std::uint16_t m_left; ///< entries that have not been read
 };
 
-std::vector<Shot> ReadShots(Bytes marks, Bytes block) {
+/// Keeps a shot for the item that its mark stands on, unless another came before it.
+void AddShot(const Shot& shot, Playlist& playlist) {
+    if (shot.item < playlist.items.size() && playlist.items[shot.item].shot == PlayItem::kNoShot) {
+        playlist.items[shot.item].shot = static_cast<std::int32_t>(playlist.shots.size());
+        playlist.shots.push_back(shot);
+    }
+}
+
+void ReadShots(Bytes marks, Bytes block, Playlist& playlist) {
     ByteReader reader(marks);
     ByteReader extensions(MarkExtensions(block));
     ShotIds ids(block);
     const std::size_t count = std::min<std::size_t>(reader.U16(), reader.Left() / kMarkSize);
-    std::vector<Shot> shots;
-    shots.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         Shot shot;
         ByteReader mark(reader.Take(kMarkSize));
@@ -160,21 +166,13 @@ std::vector<Shot> ReadShots(Bytes marks, Bytes block) {
         ReadMarkExtension(extensions.Take(kMarkExtensionSize), shot);
         shot.clipId = ids.Next();
         if (isEntry) {
-            shots.push_back(shot);
+            AddShot(shot, playlist);
         }
     }
-    return shots;
 }
 
-/// Gives each item its shot: the first that names it, or that of the recording that it continues.
-void AssignShots(Playlist& playlist) {
-    std::vector<PlayItem>& items = playlist.items;
-    for (std::size_t i = playlist.shots.size(); i-- > 0;) {
-        const std::uint32_t item = playlist.shots[i].item;
-        if (item < items.size()) {
-            items[item].shot = static_cast<std::int32_t>(i);
-        }
-    }
+/// An item without a mark of its own that continues a recording shares that recording's shot.
+void ShareShots(std::vector<PlayItem>& items) {
     for (std::size_t i = 0; i < items.size(); ++i) {
         const bool marked = items[i].shot != PlayItem::kNoShot;
         items[i].continues = items[i].continues && !marked && i > 0;
@@ -205,9 +203,9 @@ std::optional<Playlist> DecodePlaylist(Bytes file) {
     if (!items || !ReadItems(*items, playlist.items)) {
         return std::nullopt;
     }
-    playlist.shots = ReadShots(SectionPartAt(file, head->sections[kMarks]),
-                               ExtensionBlock(file, head->sections[kExtension], "PLEX"));
-    AssignShots(playlist);
+    ReadShots(SectionPartAt(file, head->sections[kMarks]),
+              ExtensionBlock(file, head->sections[kExtension], "PLEX"), playlist);
+    ShareShots(playlist.items);
     return playlist;
 }
 

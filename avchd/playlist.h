@@ -42,7 +42,7 @@ struct PlayItem {
 
 struct Playlist {
     std::vector<PlayItem> items;
-    std::vector<Shot> shots;
+    std::vector<Shot> shots; ///< the first of each item that has any
 
     /// The rule for 25p, with what the item's shot tells.
     [[nodiscard]] bool Is25p(const PlayItem& item) const;

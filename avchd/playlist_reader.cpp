@@ -5,20 +5,22 @@
 
 #include "avchd/card_folders.h"
 #include "avchd/clip_source.h"
+#include "avchd/folder_files.h"
 #include "avchd/playlist.h"
 #include "media/card_layout.h"
 #include "media/file_date.h"
 #include "media/identifier.h"
-#include "platform/case_blind.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
 #include "platform/guid_text.h"
-#include "platform/PathText.h"
 #include "platform/unicode.h"
 
+#include <iterator>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace nqp2::avchd {
 namespace {
@@ -61,7 +63,8 @@ CString DateOf(const std::string& path) {
 class PlaylistReader {
 public:
     explicit PlaylistReader(const CString& root)
-        : m_folder(root + (FolderExists(root + kAvchdFolder) ? kAvchdFolder : kBdmvFolder)),
+        : m_playlists(root + (FolderExists(root + kAvchdFolder) ? kAvchdFolder : kBdmvFolder) +
+                      kPlaylistFolder),
           m_clips(ClipsFolder(root)) {}
 
     bool Read(const CString& name, tag_P2EDL& edl) {
@@ -72,6 +75,7 @@ public:
         edl.Duration = TotalFrames(*playlist);
         edl.StartTimecode = 0;
         FillRate(*playlist, edl);
+        edl.Events.Reserve(edl.Events.GetSize() + std::ssize(playlist->items));
         for (const PlayItem& item : playlist->items) {
             AddEvent(*playlist, item, edl);
         }
@@ -79,24 +83,21 @@ public:
     }
 
 private:
-    std::optional<Playlist> Find(const CString& name) const {
-        if (!media::IsPlainName(name)) {
-            return std::nullopt;
-        }
-        const auto path = platform::FindExisting(
-            PosixPath(m_folder + kPlaylistFolder + name + kPlaylistExtension));
+    std::optional<Playlist> Find(const CString& name) {
+        const std::optional<std::string> path = m_playlists.Find(name + kPlaylistExtension);
         return path ? ReadPlaylistFile(*path) : std::nullopt;
     }
 
     /// Null when the clip cannot be read.
     const _tag_P2Clip* ClipOf(const PlayItem& item) {
         const auto [place, isNew] = m_known.try_emplace(std::string(item.Name()));
-        std::optional<_tag_P2Clip>& clip = place->second;
-        if (isNew &&
-            !m_clips.Read(kAvchdFiles, platform::TextFromUtf8(place->first), clip.emplace())) {
-            clip.reset();
+        if (isNew) {
+            auto clip = std::make_unique<_tag_P2Clip>();
+            if (m_clips.Read(kAvchdFiles, platform::TextFromUtf8(place->first), *clip)) {
+                place->second = std::move(clip);
+            }
         }
-        return clip ? &*clip : nullptr;
+        return place->second.get();
     }
 
     void AddEvent(const Playlist& playlist, const PlayItem& item, tag_P2EDL& edl) {
@@ -114,12 +115,13 @@ private:
         event.SourceIn = 0;
         event.SourceOut = event.SourceIn + event.Duration;
         edl.Codec = clip->CodecName;
-        edl.Events.Add(event);
+        edl.Events.Add(std::move(event));
     }
 
-    CString m_folder;
+    FolderFiles m_playlists;
     ClipSource m_clips;
-    std::map<std::string, std::optional<_tag_P2Clip>> m_known;
+    /// Null for a clip that cannot be read; a hostile list names thousands of these.
+    std::map<std::string, std::unique_ptr<_tag_P2Clip>> m_known;
 };
 
 } // namespace
@@ -149,7 +151,7 @@ bool ScanPlaylists(const CString& card, CArray<tag_P2EDL>& edls) {
             edl.Identity = platform::NewGuid();
             edl.Date = DateOf(file.posixPath);
             edl.Name = file.title;
-            edls.Add(edl);
+            edls.Add(std::move(edl));
         }
     }
     return true;

@@ -22,4 +22,8 @@ bool IsPlainName(const CString& name) {
            name.View().find_first_of(kUnsafe) == std::wstring_view::npos;
 }
 
+bool IsCompanion(const CString& path) {
+    return path.Mid(path.ReverseFind(L'\\') + 1).Left(2) == L"._";
+}
+
 } // namespace nqp2::media

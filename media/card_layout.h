@@ -31,4 +31,7 @@ inline constexpr const wchar_t* kMovExtension = L".MOV";
 /// no longer than file names can be.
 bool IsPlainName(const CString& name);
 
+/// Whether an interface path is that of a file which a Mac leaves beside each copied file.
+bool IsCompanion(const CString& path);
+
 } // namespace nqp2::media

@@ -3,6 +3,7 @@
 
 #include "parser/scan_remarks.h"
 
+#include "media/card_layout.h"
 #include "platform/unicode.h"
 
 #include <string>
@@ -42,14 +43,10 @@ const wchar_t* TextOf(SkipReason reason) {
     }
 }
 
-bool IsCompanion(const CString& path) {
-    return path.Mid(path.ReverseFind(L'\\') + 1).Left(2) == L"._";
-}
-
 } // namespace
 
 SkippedFile NotLoaded(const CString& path, const dom::ParseError& error) {
-    if (IsCompanion(path)) {
+    if (media::IsCompanion(path)) {
         return Remark(path, SkipReason::Companion);
     }
     SkippedFile file = Remark(path, ReasonOf(error.fault));

@@ -251,10 +251,24 @@ TEST_F(ClipScanTest, WhatCannotBeReadIsLeftOutAndItsSiblingsAreRead) {
     std::filesystem::resize_file(m_folder.Path("AVCHD/BDMV/CLIPINF/00006.CPI"),
                                  kMaxClipInformationFile + 1);
     AddClip("a\\b");
+    std::filesystem::create_symlink("/dev/zero", m_folder.Path("AVCHD/BDMV/CLIPINF/00007.CPI"));
     EXPECT_THAT(Scan(), UnorderedElementsAre("00001", "00004", "00005"));
-    EXPECT_THAT(m_omitted, UnorderedElementsAre("AVCHD\\BDMV\\CLIPINF\\00002.CPI",
-                                                "AVCHD\\BDMV\\CLIPINF\\00003.CPI",
-                                                "AVCHD\\BDMV\\CLIPINF\\00006.CPI"));
+    EXPECT_THAT(m_omitted, UnorderedElementsAre(
+                               "AVCHD\\BDMV\\CLIPINF\\00002.CPI", "AVCHD\\BDMV\\CLIPINF\\00003.CPI",
+                               "AVCHD\\BDMV\\CLIPINF\\00006.CPI", "AVCHD\\BDMV\\CLIPINF\\00007.CPI",
+                               "AVCHD\\BDMV\\CLIPINF\\"))
+        << "the last for the name with a backslash";
+}
+
+TEST_F(ClipScanTest, AFolderThatCannotBeListedIsNamed) {
+    AddClip("00000");
+    Add("SONY/DVF/100DVF/DV01.AVI");
+    FaultyFileSystem files;
+    files.Fail(
+        {.error = platform::IoError::Denied, .operation = Operation::List, .pathPart = "CLIPINF"});
+    const platform::ScopedFileSystem inUse(files);
+    EXPECT_THAT(Scan(), IsEmpty());
+    EXPECT_THAT(m_omitted, ElementsAre("AVCHD\\BDMV\\CLIPINF\\", "SONY\\DVF\\100DVF\\DV01.AVI"));
 }
 
 TEST_F(ClipScanTest, AFileWithoutStatusIsReadAndItsDateUnknown) {
@@ -342,6 +356,7 @@ TEST_F(ClipScanTest, TheParserReadsWithoutInit) {
     Add("AVCHD/BDMV/CLIPINF/00002.clpi", test::ClipBytes({}));
     Add("AVCHD/BDMV/STREAM/00002.m2ts");
     Add("PANA_GRP/001YDJAM/P1.MOV");
+    Add("AVCHD/BDMV/CLIPINF/._00001.CPI");
     CNQP2Parser parser;
     ScanReport report;
     std::vector<std::string> lines;
@@ -355,8 +370,9 @@ TEST_F(ClipScanTest, TheParserReadsWithoutInit) {
                 ElementsAre("\n===Call NQGetAVCHDCPIMetaData Cost", "\n===Call LoadAllClip Cost"));
     EXPECT_EQ(parser.LoadAVCHDClip(Root(), m_clips), 0) << "appended";
     EXPECT_EQ(m_clips.GetSize(), 4);
-    ASSERT_EQ(report.skipped.GetSize(), 1);
-    EXPECT_EQ(report.skipped[0].reason, SkipReason::NotDescribed);
+    ASSERT_EQ(report.skipped.GetSize(), 2);
+    EXPECT_EQ(report.skipped[0].reason, SkipReason::Companion);
+    EXPECT_EQ(report.skipped[1].reason, SkipReason::NotDescribed);
     EXPECT_EQ(parser.LoadAVCHDClip(L"", m_clips), 1);
     EXPECT_EQ(parser.LoadAVCHDClip(L"/none", m_clips), 1);
 
@@ -485,6 +501,25 @@ TEST_F(PlaylistReaderTest, PlaylistsThatAreNone) {
     EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(L"", L"00004", edl), 0);
     EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), L"00004", edl), 1);
     EXPECT_EQ(edl.Name, L"kept");
+}
+
+TEST_F(PlaylistReaderTest, NamesInOtherCaseAndMissingClipsCostNoSearchOfTheirOwn) {
+    m_folder.Write("AVCHD/BDMV/CLIPINF/00003.cpi", test::ClipBytes({}));
+    m_folder.MakeFolder("AVCHD/BDMV/PLAYLIST");
+    const auto listings = [this] {
+        test::FaultyFileSystem files;
+        const platform::ScopedFileSystem inUse(files);
+        LoadedNames();
+        return files.Calls(test::Operation::List);
+    };
+    const auto none = listings();
+    PlaylistSpec spec;
+    spec.items = {ItemSpec{"00003"}, ItemSpec{"00004"}, ItemSpec{"00005"}, ItemSpec{"00006"}};
+    for (const char* const name : {"00000.mpl", "00001.mpl", "00002.Mpl", "00003.MPL"}) {
+        Add("AVCHD/BDMV/PLAYLIST/" + std::string(name), spec);
+    }
+    EXPECT_EQ(LoadedNames().size(), 4U);
+    EXPECT_LE(listings(), none + 5) << "three folders and one of them for its marks";
 }
 
 TEST_F(PlaylistReaderTest, TheAvchdFolderIsAskedFirst) {

@@ -6,12 +6,14 @@
 #include "bridge/R8P2TransInfo.h"
 #include "channel/Channel.h"
 #include "parser/NQP2Parser.h"
+#include "platform/PathText.h"
 #include "tests/support/print_text.h"
 #include "tests/worker/essence_maker.h"
 #include "tests/worker/transfer_fixture.h"
 
 #include <atomic>
 #include <csignal>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -233,6 +235,29 @@ TEST_F(WorkerProcessTest, KilledAtAnyMomentLeavesNoHalfFileUnderAFinalName) {
         EXPECT_EQ(FilesBelow(m_to.Path()), card);
         std::filesystem::remove_all(m_to.Path("CONTENTS"));
     }
+}
+
+TEST_F(WorkerProcessTest, DescribesCameraFilesToTheScan) {
+    const test::TempFolder folder;
+    folder.MakeFolder("card/SONY/DVF/100DVF");
+    folder.MakeFolder("card/PANA_GRP/001RBQAM");
+    ASSERT_TRUE(WriteMovie(folder.Path("card/SONY/DVF/100DVF/DV01.AVI"), "avi", kDv25Pal, 10));
+    ASSERT_TRUE(WriteMovie(folder.Path("card/PANA_GRP/001RBQAM/P1.MOV"), "mov", kDv50Pal, 7));
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.Path());
+    CArray<_tag_P2Clip> clips;
+    EXPECT_EQ(m_parser.LoadAVCHDClip(L"./card", clips), 0);
+    std::filesystem::current_path(before);
+    ASSERT_EQ(clips.GetSize(), 2) << LastError();
+    EXPECT_EQ(clips[0].ClipName, L"DV01");
+    EXPECT_EQ(clips[0].CodecName, L"DV25_420");
+    EXPECT_EQ(clips[0].Duration, 10);
+    EXPECT_EQ(clips[0].ActiveLine, 576);
+    EXPECT_EQ(clips[0].EssenceMask, 7U);
+    EXPECT_EQ(PosixPath(clips[0].VideoPath), folder.Path("./card/SONY/DVF/100DVF/DV01.AVI"))
+        << "the worker has a current folder of its own";
+    EXPECT_EQ(clips[1].CodecName, L"DV50_422");
+    EXPECT_EQ(clips[1].FrameRate, L"50i");
 }
 
 } // namespace
