@@ -74,13 +74,15 @@ TEST_F(RequestServerTest, AConnectionEndsOnGoodbyeOrWithItsChannelAndMakesRoom) 
     Start();
     for (const bool saysGoodbye : {true, false}) {
         Connect();
-        ASSERT_TRUE(m_channels.WaitFor("connection OpenSubChannel 50 0 0 0 0"));
+        ASSERT_TRUE(
+            m_channels.WaitFor("connection OpenSubChannel 50 0 0 0 0", saysGoodbye ? 1 : 2));
         if (saysGoodbye) {
-            m_channels.Push("connection", 52, {});
+            m_channels.Push("connection", 52, {1, 2, 3});
         } else {
             m_channels.Hang("connection");
         }
-        ASSERT_TRUE(m_channels.WaitFor("connection Release"));
+        ASSERT_TRUE(
+            m_channels.WaitFor(saysGoodbye ? "connection Release 3" : "connection Release"));
         std::this_thread::sleep_for(std::chrono::milliseconds(50)); // for the thread to end
     }
     Connect();
