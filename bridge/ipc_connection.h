@@ -37,6 +37,9 @@ public:
 
 private:
     void Run() {
+        if (!IsUsable(m_channel.Port().table)) {
+            return;
+        }
         SetFlag(m_stop, 0);
         while (!IsSet(m_stop)) {
             const Heard heard = HearOne();
@@ -50,13 +53,14 @@ private:
 
     Heard HearOne() {
         ReceivedMessage request(m_channel.Port(), &m_stop);
+        const bool hasData = request.Take();
         if (!request.HasArrived()) {
             return request.IsClosed() ? Heard::Closed : Heard::NothingOfUse;
         }
         if (request.Id() == kDisconnectId) {
             return Heard::Closed;
         }
-        if (request.Take()) {
+        if (hasData) {
             Answer(request);
         }
         return Heard::Served;

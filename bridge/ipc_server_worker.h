@@ -15,7 +15,6 @@
 #include <list>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <thread>
 #include <utility>
 
@@ -99,22 +98,22 @@ private:
 
     Heard HearOne() {
         ReceivedMessage request(m_channel.Port(), &m_stop);
-        std::optional<ConnectionRecord> record;
-        if (request.Take()) {
-            record = ConnectionRecord::FromBytes(request.Bytes());
-        }
-        if (!record || request.Id() != kConnectId) {
+        if (!request.Take() || request.Id() != kConnectId) {
             return request.IsClosed() ? Heard::Closed : Heard::NothingOfUse;
         }
         // A connection that fails, memory giving out included, is not the end of the server.
-        platform::Guarded(false, [&] { return Accept(*record); });
+        platform::Guarded(false, [&] { return Accept(request); });
         return Heard::Served;
     }
 
-    /// Opens what the worker asks for and answers it; with zeros when that fails, so that a worker
-    /// does not wait for a connection that never comes.
-    bool Accept(const ConnectionRecord& record) {
-        OwnedChannel channel = OpenConnection(m_channel.Port(), record, m_stop);
+    /// Opens what the worker asks for and answers it; with zeros when that fails or the record is
+    /// not whole, so that a worker does not wait for a connection that never comes.
+    bool Accept(const ReceivedMessage& request) {
+        ConnectionRecord record;
+        OwnedChannel channel;
+        if (record.Restore(request.Bytes().data(), request.Length()) > 0) {
+            channel = OpenConnection(m_channel.Port(), record, m_stop);
+        }
         const ConnectionRecord answer = channel ? record : ConnectionRecord();
         if (!answer.Send(m_channel.Port(), kConnectedId, m_stop) || !channel) {
             return false;

@@ -182,5 +182,6 @@ template struct WireMessage<AVDataMessage>;
 template struct WireMessage<IconMessage>;
 template struct WireMessage<ErrorTextMessage>;
 template struct WireMessage<BaseClipInfoMessage>;
+template struct WireMessage<ConnectionRecord>;
 
 } // namespace nqp2::bridge

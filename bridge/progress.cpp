@@ -46,7 +46,11 @@ std::int32_t CTNQ264BitSupport::SetImpCallBack(ImpCallBack callback, void* conte
 }
 
 void CTNQ264BitSupport::StartProgressThread() {
-    StopProgressThread(); // one whose channel was closed by the worker
+    if (m_progressThread != nullptr) {
+        // One that ended with its channel. It is not stopped, for that would ask to abort.
+        m_progressThread->join();
+        m_progressThread.reset();
+    }
     SetFlag(m_running, 1);
     try {
         m_progressThread = std::make_unique<std::thread>([this] { RunProgressThread(); });
@@ -93,7 +97,7 @@ Heard CTNQ264BitSupport::HearProgress(const ChannelPort& port) {
     ProgressMessage message;
     {
         ReceivedMessage received(port, &m_abort);
-        if (!received.Take(PacketId(MessageId::Progress))) {
+        if (!received.Take() || received.Id() != PacketId(MessageId::Progress)) {
             return received.IsClosed() ? Heard::Closed : Heard::NothingOfUse;
         }
         if (message.Restore(received.Bytes().data(), received.Length()) > 0) {

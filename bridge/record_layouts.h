@@ -4,11 +4,13 @@
 #pragma once
 
 #include "bridge/ClipListRecords.h"
+#include "bridge/connection_record.h"
 #include "bridge/NQP2BaseClipInfo.h"
 #include "bridge/R8P2TransInfo.h"
 #include "bridge/wire.h"
 
-/// The wire order of the records that travel inside messages, and of the clip list's records.
+/// The wire order of the records that travel inside messages, of the clip list's records, and of
+/// what asks for a connection.
 namespace nqp2::bridge {
 
 template <class Archive, RecordOf<tag_NQFileFormatEx> Self>
@@ -75,6 +77,11 @@ void Describe(Archive& archive, Self& clip) {
 template <class Archive, RecordOf<_NQBRDBROKENPOINT> Self>
 void Describe(Archive& archive, Self& point) {
     archive(point.first, point.second);
+}
+
+template <class Archive, RecordOf<ConnectionRecord> Self>
+void Describe(Archive& archive, Self& record) {
+    archive(record.sendSize, record.receiveSize, record.sendTimeout, record.receiveTimeout);
 }
 
 } // namespace nqp2::bridge

@@ -4,6 +4,7 @@
 // Bytes as a message or an exchanged record: the first byte picks which.
 
 #include "bridge/ClipListRecords.h"
+#include "bridge/connection_record.h"
 #include "bridge/messages.h"
 #include "fuzz/require.h"
 
@@ -77,6 +78,7 @@ constexpr Trial kTrials[] = {
     TryMessage<BufferMessage>,        TryMessage<AVDataMessage>,
     TryMessage<IconMessage>,          TryMessage<ErrorTextMessage>,
     TryMessage<BaseClipInfoMessage>,  TryClipListEntry,
+    TryMessage<ConnectionRecord>,
 };
 
 } // namespace

@@ -6,12 +6,10 @@
 #include "bridge/connection_record.h"
 #include "bridge/message_ids.h"
 
-#include <algorithm>
-#include <array>
-#include <cstring>
-
 namespace nqp2::worker {
 namespace {
+
+using bridge::ConnectionRecord;
 
 constexpr std::int32_t kConnect = bridge::kConnectId;
 constexpr std::int32_t kConnected = bridge::kConnectedId;
@@ -20,19 +18,7 @@ constexpr std::int32_t kServiceQuery = 5001;
 constexpr std::uint32_t kPatience =
     5000; // milliseconds; a host that does not answer has no services
 
-/// The library's send size, receive size, send and receive time-out, little-endian.
-using ConnectionRecord = std::array<std::uint32_t, 4>;
-constexpr ConnectionRecord kWanted = {10240, 10240, kNoTimeout, kNoTimeout};
-
-bool SendRecord(ChannelLine& line, std::int32_t id, const ConnectionRecord& record) {
-    return line.Send(id, [&](unsigned char* buffer, std::int32_t capacity) {
-        if (capacity < static_cast<std::int32_t>(sizeof record)) {
-            return 0;
-        }
-        std::memcpy(buffer, record.data(), sizeof record);
-        return static_cast<std::int32_t>(sizeof record);
-    });
-}
+constexpr ConnectionRecord kWanted = {{}, 10240, 10240, kNoTimeout, kNoTimeout};
 
 /// Waits for the message of that id; other ones are dropped.
 bool Await(ChannelLine& line, std::int32_t wanted) {
@@ -45,23 +31,23 @@ bool Await(ChannelLine& line, std::int32_t wanted) {
 
 /// The host asks on the new channel before it answers on its own: in the other order both would wait.
 bool Connect(ChannelLine& server, ChannelLine& connection) {
-    return Await(connection, kConnect) && SendRecord(connection, kConnect, kWanted) &&
+    return Await(connection, kConnect) && connection.SendMessage(kConnect, kWanted) &&
            Await(server, kConnected);
 }
 
 void AskOnce(ChannelLine& connection) {
-    const ConnectionRecord nothing = {};
-    if (SendRecord(connection, kServiceQuery, nothing)) {
+    const ConnectionRecord nothing;
+    if (connection.SendMessage(kServiceQuery, nothing)) {
         // An answer without content says that there are none; nothing here needs them.
         static_cast<void>(Await(connection, kServiceQuery));
     }
-    SendRecord(connection, kDisconnect, nothing);
+    connection.SendMessage(kDisconnect, nothing);
 }
 
 } // namespace
 
 void TalkToHost(const SysInterfaceTable& table, ChannelLine& server) {
-    if (!Await(server, bridge::kRequestServerId) || !SendRecord(server, kConnect, kWanted)) {
+    if (!Await(server, bridge::kRequestServerId) || !server.SendMessage(kConnect, kWanted)) {
         return;
     }
     {

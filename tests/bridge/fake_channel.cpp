@@ -125,10 +125,10 @@ FakeChannels::Sent(const std::string& channel) {
     return Named(channel).sent;
 }
 
-bool FakeChannels::WaitFor(const std::string& call) {
+bool FakeChannels::WaitFor(const std::string& call, std::ptrdiff_t times) {
     std::unique_lock guard(m_lock);
     return m_changed.wait_for(guard, kPatience, [&] {
-        return std::find(m_calls.begin(), m_calls.end(), call) != m_calls.end();
+        return std::count(m_calls.begin(), m_calls.end(), call) >= times;
     });
 }
 

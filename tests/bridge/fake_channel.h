@@ -51,8 +51,8 @@ public:
     std::vector<std::string> Calls(const std::string& channel = {});
     /// The messages sent on a channel, as number and bytes.
     std::vector<std::pair<std::uint32_t, Bytes>> Sent(const std::string& channel);
-    /// Waits until such a call was made; false after some seconds.
-    bool WaitFor(const std::string& call);
+    /// Waits until such a call was made so many times; false after some seconds.
+    bool WaitFor(const std::string& call, std::ptrdiff_t times = 1);
     /// Channels that were opened and not closed.
     std::size_t OpenChannels();
 

@@ -3,6 +3,7 @@
 
 #include "bridge/messages.h"
 
+#include "bridge/connection_record.h"
 #include "bridge/wire.h"
 #include "tests/bridge/wire_example.h"
 #include "tests/support/print_text.h"
@@ -110,6 +111,7 @@ const auto& Examples() {
         IconMessage{{}, L"a", L"b", {2, 1}, kPixels, 1},
         ErrorTextMessage{{}, L"no", 1},
         BaseClipInfoMessage{{}, L"P", BaseClipInfo(), 1},
+        ConnectionRecord{{}, 10240, 20480, 0xFFFFFFFF, 5000},
     };
     return kExamples;
 }
@@ -139,8 +141,8 @@ std::int32_t RestoreFromExact(Message& message, const Bytes& image) {
 template <class Message>
 WireExample Example() {
     std::string title;
-    for (const MessageId id : Message::kIds) {
-        title += (title.empty() ? "" : ", ") + std::to_string(Number(id));
+    for (const auto id : Message::kIds) {
+        title += (title.empty() ? "" : ", ") + std::to_string(static_cast<std::uint32_t>(id));
     }
     return ReadWireExample(title);
 }
@@ -151,7 +153,7 @@ using Messages =
     testing::Types<SystemTypeMessage, ResultMessage, ProgressMessage, ImportFileMessage,
                    UploadOffsetMessage, ExportFileMessage, TextPairMessage, ValueMessage,
                    RTExportParamMessage, StopRTExportMessage, BufferMessage, AVDataMessage,
-                   IconMessage, ErrorTextMessage, BaseClipInfoMessage>;
+                   IconMessage, ErrorTextMessage, BaseClipInfoMessage, ConnectionRecord>;
 TYPED_TEST_SUITE(EachMessage, Messages);
 
 TYPED_TEST(EachMessage, HasTheDocumentedBytes) {

@@ -49,6 +49,9 @@ TEST_F(MessagesTest, ArriveWholeInBothDirections) {
 TEST_F(MessagesTest, SizesThatNoChannelHasOpenNone) {
     EXPECT_EQ(Host().CreateChannel(7, 0, 4096, 1, 1), 0U);
     EXPECT_EQ(Host().CreateChannel(7, 4096, (64U << 20U) + 1, 1, 1), 0U);
+    Connect();
+    EXPECT_EQ(Host().OpenSubChannel(m_host, 50, (64U << 20U) + 1, 1, 1, 1), 0U);
+    EXPECT_EQ(Host().OpenSubChannel(m_host, 50, 1, 0xFFFFFFFF, 1, 1), 0U);
 }
 
 TEST_F(MessagesTest, AChannelHoldsFourSmallMessagesOrOneLarge) {
