@@ -8,13 +8,13 @@
 namespace nqp2::bridge {
 
 /// Id of both channels of a proxy.
-inline constexpr std::int32_t kProxyChannelId = 20000;
+inline constexpr std::uint32_t kProxyChannelId = 20000;
 /// Id of the request server's channel and of the message that announces it.
-inline constexpr std::int32_t kRequestServerId = 20023;
+inline constexpr std::uint32_t kRequestServerId = 20023;
 
 /// Requests of the library to the worker; the reply bears the same number. Only Progress goes the
 /// other way.
-enum class MessageId : std::int32_t {
+enum class MessageId : std::uint32_t {
     SetSystemType = 20002,
     RegisterProgress = 20003, ///< on the callback channel
     Progress = 20004,         ///< on the callback channel, from the worker
@@ -39,8 +39,8 @@ enum class MessageId : std::int32_t {
 };
 
 /// A message's number as the channel takes it.
-constexpr std::int32_t Number(MessageId id) {
-    return static_cast<std::int32_t>(id);
+constexpr std::uint32_t Number(MessageId id) {
+    return static_cast<std::uint32_t>(id);
 }
 
 } // namespace nqp2::bridge

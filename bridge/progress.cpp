@@ -15,6 +15,7 @@ using nqp2::bridge::IsSet;
 using nqp2::bridge::kChannelFailed;
 using nqp2::bridge::kDone;
 using nqp2::bridge::MessageId;
+using nqp2::bridge::Number;
 using nqp2::bridge::ProgressMessage;
 using nqp2::bridge::ReceivedMessage;
 using nqp2::bridge::ResultMessage;
@@ -97,7 +98,7 @@ Heard CTNQ264BitSupport::HearProgress(const ChannelPort& port) {
     ProgressMessage message;
     {
         ReceivedMessage received(port, &m_abort);
-        if (!received.Take() || received.Id() != PacketId(MessageId::Progress)) {
+        if (!received.Take() || received.Id() != Number(MessageId::Progress)) {
             return received.IsClosed() ? Heard::Closed : Heard::NothingOfUse;
         }
         if (message.Restore(received.Bytes().data(), received.Length()) > 0) {

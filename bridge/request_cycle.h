@@ -12,11 +12,6 @@
 
 namespace nqp2::bridge {
 
-/// A message's number as the table takes it.
-constexpr std::uint32_t PacketId(MessageId id) {
-    return static_cast<std::uint32_t>(Number(id));
-}
-
 /// The channel behind a proxy's holder; nothing can be asked on one without a table.
 inline ChannelPort PortOf(const SysInterfaceTable* table, const ChannelHolder* holder) {
     const bool isOpen = IsUsable(table) && holder != nullptr && holder->link != nullptr;
@@ -33,7 +28,7 @@ bool SendMessage(const ChannelPort& port, std::int32_t* abortFlag, MessageId id,
         return false;
     }
     const auto capacity = static_cast<std::int32_t>(buffer.size());
-    return port.Send(PacketId(id), buffer, message.Save(buffer.data(), capacity));
+    return port.Send(Number(id), buffer, message.Save(buffer.data(), capacity));
 }
 
 /// One request and its reply, which takes the request's place in `message`; a reply that is too
@@ -46,8 +41,7 @@ bool Exchange(const ChannelPort& port, MessageId id, Message& message, OnReply o
         return false;
     }
     ReceivedMessage reply(port, nullptr);
-    return reply.Take(PacketId(id)) &&
-           onReply(message.Restore(reply.Bytes().data(), reply.Length()));
+    return reply.Take(Number(id)) && onReply(message.Restore(reply.Bytes().data(), reply.Length()));
 }
 
 template <class Message>

@@ -40,15 +40,14 @@ public:
         if (m_table.ReceivePacket(handle, &id, &buffer, &length, nullptr) != kChannelDone) {
             return false;
         }
-        take(static_cast<std::int32_t>(id), static_cast<unsigned char*>(buffer),
-             static_cast<std::int32_t>(length));
+        take(id, static_cast<unsigned char*>(buffer), static_cast<std::int32_t>(length));
         m_table.ReleasePacket(handle, buffer, length);
         return true;
     }
 
     /// Sends what `fill` (buffer, capacity) writes; it returns the number of bytes.
     template <class Fill>
-    bool Send(std::int32_t id, Fill&& fill) {
+    bool Send(std::uint32_t id, Fill&& fill) {
         void* buffer = nullptr;
         std::int32_t capacity = 0;
         const ChannelHandle handle = m_handle;
@@ -56,12 +55,12 @@ public:
             return false;
         }
         const std::int32_t length = fill(static_cast<unsigned char*>(buffer), capacity);
-        return m_table.SendPacket(handle, static_cast<std::uint32_t>(id), buffer,
-                                  static_cast<std::uint32_t>(length)) == kChannelDone;
+        return m_table.SendPacket(handle, id, buffer, static_cast<std::uint32_t>(length)) ==
+               kChannelDone;
     }
 
     template <class Message>
-    bool SendMessage(std::int32_t id, const Message& message) {
+    bool SendMessage(std::uint32_t id, const Message& message) {
         return Send(id, [&](unsigned char* buffer, std::int32_t capacity) {
             return message.Save(buffer, capacity);
         });

@@ -57,7 +57,7 @@ constexpr Handler kHandlers[] = {
 
 } // namespace
 
-std::int32_t Dispatch(Operations& operations, std::int32_t id, unsigned char* request,
+std::int32_t Dispatch(Operations& operations, std::uint32_t id, unsigned char* request,
                       std::int32_t length, unsigned char* reply, std::int32_t capacity) noexcept {
     return platform::Guarded(0, [&] {
         const auto* const handler =

@@ -11,19 +11,16 @@ namespace {
 
 using bridge::ConnectionRecord;
 
-constexpr std::int32_t kConnect = bridge::kConnectId;
-constexpr std::int32_t kConnected = bridge::kConnectedId;
-constexpr std::int32_t kDisconnect = bridge::kDisconnectId;
-constexpr std::int32_t kServiceQuery = 5001;
+constexpr std::uint32_t kServiceQuery = 5001;
 constexpr std::uint32_t kPatience =
     5000; // milliseconds; a host that does not answer has no services
 
 constexpr ConnectionRecord kWanted = {{}, 10240, 10240, kNoTimeout, kNoTimeout};
 
 /// Waits for the message of that id; other ones are dropped.
-bool Await(ChannelLine& line, std::int32_t wanted) {
+bool Await(ChannelLine& line, std::uint32_t wanted) {
     bool came = false;
-    const auto look = [&](std::int32_t id, unsigned char*, std::int32_t) { came = id == wanted; };
+    const auto look = [&](std::uint32_t id, unsigned char*, std::int32_t) { came = id == wanted; };
     while (!came && line.Receive(look)) {
     }
     return came;
@@ -31,8 +28,9 @@ bool Await(ChannelLine& line, std::int32_t wanted) {
 
 /// The host asks on the new channel before it answers on its own: in the other order both would wait.
 bool Connect(ChannelLine& server, ChannelLine& connection) {
-    return Await(connection, kConnect) && connection.SendMessage(kConnect, kWanted) &&
-           Await(server, kConnected);
+    return Await(connection, bridge::kConnectId) &&
+           connection.SendMessage(bridge::kConnectId, kWanted) &&
+           Await(server, bridge::kConnectedId);
 }
 
 void AskOnce(ChannelLine& connection) {
@@ -41,22 +39,23 @@ void AskOnce(ChannelLine& connection) {
         // An answer without content says that there are none; nothing here needs them.
         static_cast<void>(Await(connection, kServiceQuery));
     }
-    connection.SendMessage(kDisconnect, nothing);
+    connection.SendMessage(bridge::kDisconnectId, nothing);
 }
 
 } // namespace
 
 void TalkToHost(const SysInterfaceTable& table, ChannelLine& server) {
-    if (!Await(server, bridge::kRequestServerId) || !server.SendMessage(kConnect, kWanted)) {
+    if (!Await(server, bridge::kRequestServerId) ||
+        !server.SendMessage(bridge::kConnectId, kWanted)) {
         return;
     }
     {
-        ChannelLine connection(table, TakeSubChannel(table, server, kConnect, kPatience));
+        ChannelLine connection(table, TakeSubChannel(table, server, bridge::kConnectId, kPatience));
         if (connection.IsOpen() && Connect(server, connection)) {
             AskOnce(connection);
         }
     }
-    while (server.Receive([](std::int32_t, unsigned char*, std::int32_t) {})) {
+    while (server.Receive([](std::uint32_t, unsigned char*, std::int32_t) {})) {
     }
 }
 

@@ -14,8 +14,8 @@ namespace {
 
 using bridge::MessageId;
 
-void HearCallback(ChannelLine& line, ProgressLink& progress, std::int32_t id, unsigned char* buffer,
-                  std::int32_t length) {
+void HearCallback(ChannelLine& line, ProgressLink& progress, std::uint32_t id,
+                  unsigned char* buffer, std::int32_t length) {
     bridge::ProgressMessage answer;
     if (id == Number(MessageId::RegisterProgress)) {
         bridge::ResultMessage registered;
@@ -31,7 +31,7 @@ void HearCallback(ChannelLine& line, ProgressLink& progress, std::int32_t id, un
 } // namespace
 
 void Session::ServeRequests() {
-    const auto answer = [&](std::int32_t id, unsigned char* request, std::int32_t length) {
+    const auto answer = [&](std::uint32_t id, unsigned char* request, std::int32_t length) {
         m_requests.Send(id, [&](unsigned char* reply, std::int32_t capacity) {
             return Dispatch(m_operations, id, request, length, reply, capacity);
         });
@@ -51,7 +51,7 @@ void Session::ServeCallbacks() {
             m_table, TakeSubChannel(m_table, callbacks, bridge::kRequestServerId, kNoTimeout));
         TalkToHost(m_table, server);
     });
-    const auto hear = [&](std::int32_t id, unsigned char* buffer, std::int32_t length) {
+    const auto hear = [&](std::uint32_t id, unsigned char* buffer, std::int32_t length) {
         HearCallback(callbacks, m_progress, id, buffer, length);
     };
     while (callbacks.Receive(hear)) {
