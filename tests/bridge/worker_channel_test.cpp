@@ -191,13 +191,11 @@ TEST_F(WorkerChannelTest, ManyParsersOneAfterTheOtherLeaveNothingBehind) {
         EXPECT_EQ(parser.StartRTExport(1), 1);
     };
     useOne();
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    const std::size_t before = test::HeldBy().descriptors;
+    const test::Holdings before = test::Settled();
     for (int i = 0; i < 10; ++i) {
         useOne();
     }
-    EXPECT_TRUE(test::Eventually([&] { return test::HeldBy().descriptors <= before; }))
-        << test::HeldBy().descriptors << " instead of " << before;
+    EXPECT_TRUE(test::IsBackTo(before));
 }
 
 } // namespace

@@ -222,7 +222,7 @@ TEST_F(LifeCycleTest, ThousandsOfChannelsLeaveNothingBehind) {
         for (std::uint32_t i = 0; i < 3000; ++i) {
             ASSERT_EQ(AskOnce(i), static_cast<std::int32_t>(i + 1));
         }
-        EXPECT_EQ(Settled(), before);
+        EXPECT_TRUE(IsBackTo(before));
     }
 }
 
@@ -235,18 +235,17 @@ TEST_F(LifeCycleTest, FewDescriptorsMakeCallersFailOrWaitAndRecover) {
     rlimit low = limit;
     low.rlim_cur = before.descriptors + 40;
     setrlimit(RLIMIT_NOFILE, &low);
-    std::atomic<int> answered = 0;
     std::vector<std::thread> hosts(100);
     for (std::thread& host : hosts) {
-        host = std::thread([&] { answered += AskOnce(5) == 6 ? 1 : 0; });
+        host = std::thread([] { AskOnce(5); });
     }
     for (std::thread& host : hosts) {
         host.join();
     }
-    EXPECT_GT(answered, 0);
+    EXPECT_TRUE(Eventually([] { return AskOnce(5) == 6; })) << "alone there are enough";
     setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(AskOnce(1), 2);
-    EXPECT_EQ(Settled(), before);
+    EXPECT_TRUE(IsBackTo(before));
 }
 
 TEST_F(LifeCycleTest, HundredsAtOnce) {

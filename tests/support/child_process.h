@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include <fstream>
 #include <functional>
 #include <grp.h>
+#include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,6 +22,20 @@ inline int RunInChild(const std::function<int()>& body) {
     int status = 0;
     const bool ended = child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status);
     return ended ? WEXITSTATUS(status) : -1;
+}
+
+/// The process that this one started last and that runs as `name`, 0 when there is none.
+inline pid_t ChildNamed(const std::string& name) {
+    constexpr std::size_t kLongest = 15; // the system cuts names
+    std::ifstream list("/proc/self/task/" + std::to_string(getpid()) + "/children");
+    pid_t found = 0;
+    for (pid_t child = 0; list >> child;) {
+        std::ifstream file("/proc/" + std::to_string(child) + "/comm");
+        std::string running;
+        std::getline(file, running);
+        found = running == name.substr(0, kLongest) ? child : found;
+    }
+    return found;
 }
 
 /// Gives up the rights of the superuser, whom no permission bit stops. Only in a child process.
