@@ -82,7 +82,7 @@ class AvchdTest(SampleTest):
                       table.stdout)
         self.assertEqual(table.stderr, "3 edit lists\n")
 
-    def test_camera_files_need_a_worker_to_be_clips(self):
+    def test_camera_files_that_the_worker_cannot_read_are_no_clips(self):
         folder = self.make("camera")
         document = self.listed("clips", folder, "--report")
         self.assertEqual(document["clips"], [])

@@ -13,7 +13,8 @@ from program import PROGRAM, CardTest, main, run
 SOURCES = Path(__file__).resolve().parents[2]
 COMPLETION = SOURCES / "tools" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
-COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", *GROUPS)
+COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", "import", "export",
+            "delete", "icon", "serial", "base-info", "rt-export", "last-error", *GROUPS)
 LEVELS = [[], *([command] for command in COMMANDS),
           *([group, command] for group, commands in GROUPS.items() for command in commands)]
 
@@ -60,6 +61,11 @@ class UsageTest(CardTest):
              "nqp2: edl list x: is not understood (see nqp2 edl list --help)"),
             (["edl", "write", card], "nqp2: edl write usage: FILE is required"),
             (["ingest", "add", card, "0001AA"], "nqp2: ingest add usage: IN-OUT is required"),
+            (["import", card, "0001AA"], "nqp2: import usage: --to is required"),
+            (["import", card, "--to", "x"], "nqp2: import usage: CLIP is required"),
+            (["base-info", ""], "nqp2: : is no path (it is empty)"),
+            (["rt-export", card, "x", "--code-type", "DV"], "nqp2: --code-type DV: is no code type"),
+            (["rt-export", card, "x", "--code-type", "1", "--bits", "8"], "nqp2: rt-export usage: "),
         )
         for arguments, line in cases:
             result = run(*arguments)
@@ -144,6 +150,11 @@ class CompletionTest(CardTest):
                          ["card", "card two"])
         self.assertEqual(self.complete("nqp2", "clips", "card", "--sort", "n"), ["name", "none"])
         self.assertEqual(self.complete("nqp2", "--drive", "E", "=", "card"), ["card", "card two"])
+        self.assertEqual(self.complete("nqp2", "import", "--to", "ca"), ["card", "card two"])
+        self.assertEqual(self.complete("nqp2", "import", "card", "0001AA", ""), ["0001AA", "0002bb"])
+        self.assertEqual(self.complete("nqp2", "icon", "card", "0001AA", ""), [])
+        self.assertEqual(self.complete("nqp2", "export", "card", "--from", "card", "0002"),
+                         ["0002bb"])
 
 
 if __name__ == "__main__":

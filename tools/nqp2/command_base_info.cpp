@@ -4,12 +4,14 @@
 #include "tools/nqp2/command.h"
 #include "tools/nqp2/field_table.h"
 #include "tools/nqp2/guid_form.h"
+#include "tools/nqp2/input_file.h"
 #include "tools/nqp2/json_output.h"
 #include "tools/nqp2/real_path.h"
 #include "tools/nqp2/worker_path.h"
 #include "tools/nqp2/worker_session.h"
 
 #include "bridge/NQP2BaseClipInfo.h"
+#include "platform/PathText.h"
 #include "platform/TextBytes.h"
 
 #include <CLI/CLI.hpp>
@@ -51,6 +53,7 @@ Record BaseInfoRecord(const NQP2BaseClipInfo& info) {
 
 Status RunBaseInfo(Console& console, const BaseInfoOptions& options) {
     const CString path = WorkerPath(options.file);
+    const InputFile readable(PosixPath(path)); // the worker has fewer words for one that is not
     WorkerSession session(options.worker);
     NQP2BaseClipInfo info;
     session.Require(session->GetP2BaseClipInfo(path, info) == 1, options.file, "not described");

@@ -34,7 +34,7 @@ _nqp2_words() {
 _nqp2() {
     local global='--help --verbose --drive'
     local -A options=(
-        [clips]='--json --csv --sort --report --keep-digit --strict'
+        [clips]='--json --csv --sort --report --keep-digit --strict --worker'
         [clip]='--json'
         [format]='--json --csv'
         [umid]=''
@@ -48,10 +48,19 @@ _nqp2() {
         ['ingest add']=''
         ['ingest remove']=''
         [playlists]='--json --csv'
+        [import]='--to --json --quiet --worker'
+        [export]='--from --quiet --worker'
+        [delete]='--worker'
+        [icon]='--worker'
+        [serial]='--worker'
+        [base-info]='--json --worker'
+        [rt-export]='--code-type --sound --channels --bits --name --title --timecode --drop-frame
+            --wide --quiet --worker'
+        [last-error]='--worker'
     )
     local -A groups=([edl]='list write' [ingest]='list add remove')
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local command='' card='' operand='' word i
+    local command='' card='' operand='' from='' word i
     COMPREPLY=()
 
     # "=" is a word of its own: --drive E=/media is "--drive" "E" "=" "/media".
@@ -61,7 +70,10 @@ _nqp2() {
     fi
     case $previous in
         --sort) _nqp2_words 'name date none' "$current"; return ;;
-        --drive | --bytes | --code-type | --frames | --name) return ;;
+        --to | --from) _nqp2_folders "$current"; return ;;
+        --worker | --sound) compopt -o default 2>/dev/null; return ;;
+        --drive | --bytes | --code-type | --frames | --name | --channels | --bits | --title | \
+            --timecode) return ;;
         --standard)
             _nqp2_words 'VS_5994I VS_50I VS_60I VS_5994P VS_50P VS_60P VS_2398P' "$current"
             return
@@ -72,7 +84,9 @@ _nqp2() {
     for ((i = 1; i < COMP_CWORD; ++i)); do
         word=${COMP_WORDS[i]}
         case $word in
-            --sort | --bytes | --code-type | --standard | --frames | --name) ((++i)) ;;
+            --from) from=${COMP_WORDS[++i]} ;;
+            --sort | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
+                --sound | --channels | --bits | --title | --timecode) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
             *)
@@ -93,21 +107,30 @@ _nqp2() {
         if [[ $current == -* ]]; then
             _nqp2_words "$global --version" "$current"
         else
-            _nqp2_words 'clips clip format umid free-name space edl ingest playlists' "$current"
+            _nqp2_words 'clips clip format umid free-name space edl ingest playlists import export
+                delete icon serial base-info rt-export last-error' "$current"
         fi
     elif [[ $current == -* ]]; then
         _nqp2_words "${options[$command]-} $global" "$current"
     elif [[ -n ${groups[$command]-} ]]; then
         _nqp2_words "${groups[$command]}" "$current"
-    elif [[ $command == umid ]]; then
+    elif [[ $command == umid || $command == last-error ]]; then
         return
+    elif [[ $command == base-info ]]; then
+        compopt -o default 2>/dev/null
     elif [[ -z $card ]]; then
         _nqp2_folders "$current"
+    elif [[ $command == import || $command == delete ]]; then
+        _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
+    elif [[ $command == export ]]; then
+        _nqp2_words "$(_nqp2_clip_names "$from")" "$current"
     elif [[ -n $operand ]]; then
-        return
-    elif [[ $command == 'edl write' ]]; then
+        if [[ $command == icon ]]; then
+            compopt -o default 2>/dev/null
+        fi
+    elif [[ $command == 'edl write' || $command == rt-export ]]; then
         compopt -o default 2>/dev/null
-    elif [[ $command == clip || $command == 'ingest add' || $command == 'ingest remove' ]]; then
+    elif [[ $command == clip || $command == icon || $command == 'ingest add' || $command == 'ingest remove' ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
     fi
 }

@@ -1,0 +1,284 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""What nqp2 lets the worker do: the program, the worker beside it and real files."""
+
+import fcntl
+import json
+import os
+import pty
+import signal
+import struct
+import subprocess
+import termios
+import time
+from pathlib import Path
+
+from dv_stream import FRAME_SIZE, avi, dv_frame, wav
+from program import CardTest, command_line, main, run
+
+LARGE = 1 << 30  # bytes without content: long enough to be met in the middle
+
+
+def files_below(folder):
+    return {str(path.relative_to(folder)): path.read_bytes()
+            for path in Path(folder).rglob("*") if path.is_file()}
+
+
+def workers_of(process):
+    """The children of a process."""
+    text = Path(f"/proc/{process.pid}/task/{process.pid}/children").read_text()
+    return [int(child) for child in text.split()]
+
+
+def wait_for(condition):
+    deadline = time.monotonic() + 60
+    while not condition():
+        if time.monotonic() > deadline:
+            raise AssertionError("nothing happened")
+        time.sleep(0.005)
+
+
+class WorkerTest(CardTest):
+    def setUp(self):
+        super().setUp()
+        self.add_clip("0001AB")
+        self.target = self.folder / "target"
+
+    def add_clip(self, name, size=100_000):
+        self.card.add(name)
+        contents = self.card.path / "CONTENTS"
+        for path, bytes_each in ((f"VIDEO/{name}.MXF", size), (f"AUDIO/{name}00.MXF", 5000)):
+            file = contents / path
+            file.parent.mkdir(exist_ok=True)
+            file.write_bytes(b"")
+            os.truncate(file, bytes_each)
+
+    def do(self, *arguments, cwd=None):
+        result = run(*arguments, cwd=cwd)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return result.stdout
+
+    def start_import(self, **streams):
+        """An import of a large clip that is under way."""
+        self.add_clip("0009ZZ", LARGE)
+        process = subprocess.Popen(
+            command_line("import", self.card.path, "0009ZZ", "--to", self.target),
+            preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL), **streams)
+        self.addCleanup(process.kill)
+        wait_for(lambda: list(self.target.rglob(".nqp2-*")))
+        return process
+
+
+class RoundTripTest(WorkerTest):
+    def test_import_export_delete(self):
+        self.add_clip("0002CD")
+        before = files_below(self.card.path)
+        shown = self.do("import", "card", "0001AB", "0002CD", "--to", "target", cwd=self.folder)
+        self.assertEqual(files_below(self.target), before)
+        sizes = [sum(len(content) for name, content in before.items() if clip in name)
+                 for clip in ("0001AB", "0002CD")]
+        self.assertEqual(shown, f"0001AB: 3 files, {sizes[0]} bytes\n"
+                                f"0002CD: 3 files, {sizes[1]} bytes\n")
+        again = json.loads(self.do("import", self.card.path, "0001AB", "--to", self.target,
+                                   "--json"))
+        self.assertEqual(again["clips"], [
+            {"ClipName": "0001AB", "files": 3, "bytes": sizes[0], "written": 0, "video": 100_000,
+             "audio": 5000, "metadata": sizes[0] - 105_000, "other": 0}])
+        self.do("ingest", "add", self.card.path, "0001AB", "0-9")
+        self.do("delete", self.card.path, "0001AB", "0002CD")
+        self.assertEqual(list(files_below(self.card.path)), ["USERDATA/Ingest.xml"])
+        self.assertNotIn("0001AB", self.do("ingest", "list", self.card.path, "--json"))
+        self.do("export", self.card.path, "0001AB", "0002CD", "--from", self.target)
+        self.assertEqual({name: content for name, content in files_below(self.card.path).items()
+                          if name in before}, before)
+
+    def test_drives_are_the_workers_too(self):
+        self.do("import", "--drive", "e=card", "--drive", "F=.", "E:", "0001AB", "--to", "F:\\here",
+                cwd=self.folder)
+        self.assertEqual(files_below(self.folder / "here"), files_below(self.card.path))
+
+    def test_icon_of_a_bitmap_in_either_order_of_rows(self):
+        rows = [bytes(range(row, row + 9)) for row in (0, 100)]
+        bottom_up = struct.pack("<2sIIIIiiHHIIIIII", b"BM", 78, 0, 54, 40, 3, 2, 1, 24, 0, 24, 2835,
+                                2835, 0, 0) + b"".join(row + b"\0" * 3 for row in rows)
+        top_down = (bottom_up[:22] + struct.pack("<i", -2) + bottom_up[26:54]
+                    + b"".join(row + b"pad" for row in reversed(rows)))
+        icon = self.card.path / "CONTENTS" / "ICON" / "0001AB.BMP"
+        picture = self.folder / "picture.bmp"
+        for content in (bottom_up, top_down):
+            picture.write_bytes(content)
+            self.do("icon", self.card.path, "0001AB", picture)
+            self.assertEqual(icon.read_bytes(), bottom_up)
+        for content, problem in (
+                (bottom_up[:-8], "ends within the picture"),
+                (bottom_up[:60:-1], "is no bitmap file of 24 bits a pixel (sides up to 4096)"),
+                (bottom_up[:18] + struct.pack("<i", 1 << 30) + bottom_up[22:],
+                 "is no bitmap file of 24 bits a pixel (sides up to 4096)")):
+            picture.write_bytes(content)
+            self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
+                              f"nqp2: {picture}: {problem}")
+        self.assertEqual(icon.read_bytes(), bottom_up)
+
+
+class FailureTest(WorkerTest):
+    def test_what_the_worker_refuses_is_its_sentence_and_status_1(self):
+        other = self.target / "CONTENTS" / "VIDEO" / "0001AB.MXF"
+        other.parent.mkdir(parents=True)
+        other.write_bytes(b"other")
+        contents = self.card.path / "CONTENTS"
+        cases = (
+            (["import", self.card.path, "0001AB", "--to", self.target],
+             f"0001AB: not imported ({other} is there already with other content.)"),
+            (["delete", self.card.path, "NONE"],
+             f"NONE: not deleted (There is no clip NONE in {contents}.)"),
+            (["export", self.card.path, "NONE", "--from", self.card.path],
+             f"NONE: not exported (There is no clip NONE in {contents}.)"),
+            (["base-info", self.folder / "none.mov"],
+             f"{self.folder}/none.mov: cannot be opened (No such file or directory)"),
+            (["serial", "/proc"],
+             "/proc: no serial number (The file system of /proc stands on no device of its own.)"),
+            (["import", self.target / "CONTENTS", "0001AB", "--to", self.folder],
+             f"{self.target}/CONTENTS: no CONTENTS folder (the card is the folder above: "
+             f"{self.target})"),
+        )
+        for arguments, line in cases:
+            with self.subTest(arguments):
+                self.assert_fails(run(*arguments), 1, f"nqp2: {line}")
+        self.assertEqual(files_below(self.target), {"CONTENTS/VIDEO/0001AB.MXF": b"other"})
+
+    def test_a_worker_that_does_not_start_is_status_3(self):
+        for program, reason in (("/no/worker", "/no/worker: No such file or directory"),
+                                ("/bin/true", "/bin/true: ended before it listened")):
+            for arguments in (["import", self.card.path, "0001AB", "--to", self.target],
+                              ["delete", self.card.path, "0001AB"], ["last-error"]):
+                self.assert_fails(run(*arguments, "--worker", program), 3,
+                                  f"nqp2: the worker: does not start ({reason})")
+        self.assertTrue((self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML").exists())
+        self.assertFalse(self.target.exists())
+
+    def test_a_worker_that_answers_knows_of_no_failure(self):
+        result = run("last-error")
+        self.assertEqual((result.returncode, result.stdout), (0, ""))
+        self.assertEqual(result.stderr, "the worker answers and knows of no failure\n")
+
+    def test_a_killed_worker_is_status_3_and_names_no_half_file(self):
+        process = self.start_import(stderr=subprocess.PIPE)
+        for worker in workers_of(process):
+            os.kill(worker, signal.SIGKILL)
+        _, told = process.communicate(timeout=60)
+        self.assertEqual((process.returncode, told.decode()), (
+            3, "nqp2: 0009ZZ: not imported (the worker has ended or does not answer)\n"))
+        self.assertTrue(all("/.nqp2-" in str(path) for path in self.target.rglob("*")
+                            if path.is_file()))
+
+    def test_ctrl_c_cancels_and_leaves_nothing(self):
+        process = self.start_import(stderr=subprocess.PIPE)
+        workers = workers_of(process)
+        self.assertEqual(len(workers), 1)
+        process.send_signal(signal.SIGINT)
+        _, told = process.communicate(timeout=60)
+        self.assertEqual((process.returncode, told.decode()),
+                         (1, "nqp2: 0009ZZ: not imported (Cancelled.)\n"))
+        self.assertEqual([path for path in self.target.rglob("*") if path.is_file()], [])
+        self.assertFalse(Path(f"/proc/{workers[0]}").exists(), "the worker has ended too")
+
+    def test_the_bar_stands_on_a_terminal_and_is_cleared(self):
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 60, 0, 0))
+        process = self.start_import(stderr=slave)
+        os.close(slave)
+        shown = b""
+        while b"left" not in shown:
+            shown += os.read(master, 4096)
+        process.send_signal(signal.SIGINT)
+        process.wait(timeout=60)
+        try:
+            while chunk := os.read(master, 4096):
+                shown += chunk
+        except OSError:  # how a terminal says that its other side has closed
+            pass
+        draws = shown.decode().split("\r\x1b[K")
+        self.assertRegex(draws[1], r"^0009ZZ \[ +\]   0 %$")
+        self.assertRegex(draws[-2], r"^0009ZZ (\[=* *\])? +\d+ %  [\d.]+ [KM]iB/s  \d+:\d\d left$")
+        self.assertEqual(draws[-1], "nqp2: 0009ZZ: not imported (Cancelled.)\r\n")
+        self.assertLess(max(map(len, draws[1:-1])), 60)
+
+
+class CameraTest(CardTest):
+    def test_camera_files_are_described(self):
+        file = self.folder / "camera" / "SONY" / "DVF" / "100DVF" / "DV000001.AVI"
+        file.parent.mkdir(parents=True)
+        file.write_bytes(avi([dv_frame(number) for number in range(5)]))
+        info = json.loads(run("base-info", file, "--json").stdout)
+        self.assertRegex(info.pop("GlobalClipGuid"), "^[0-9a-f-]{36}$")
+        self.assertEqual(info, {
+            "ClipName": "DV000001", "UserClipName": "DV000001", "StartDate": "", "FrameRate": "50i",
+            "FramesPerSecond": 25.0, "Duration": 5, "StartTimecode": 0, "CodecName": "DVSD",
+            "AspectRatio": "4:3", "ActivePixel": 720, "ActiveLine": 576, "VideoPath": str(file),
+            "AudioPath": []})
+        result = run("clips", "camera", "--json", cwd=self.folder)
+        clip, = json.loads(result.stdout)["clips"]
+        self.assertEqual((clip["ClipName"], clip["CodecName"], clip["Duration"], clip["VideoPath"]),
+                         ("DV000001", "DV25_420", 5, str(file)))
+        without = run("clips", self.folder / "camera", "--worker", "/no/worker", "--strict")
+        self.assertEqual((without.returncode, without.stderr.splitlines()[0]), (
+            4, "nqp2: the worker: does not start (/no/worker: No such file or directory)"))
+
+
+class RecordingTest(CardTest):
+    def setUp(self):
+        super().setUp()
+        self.stream = self.folder / "tape.dv"
+        self.stream.write_bytes(b"".join(map(dv_frame, range(5))))
+        self.sound = self.folder / "tape.wav"
+
+    def record(self, *arguments, code_type="CT_DV25_50I"):
+        return run("rt-export", self.card.path, self.stream, "--code-type", code_type, *arguments)
+
+    def test_a_stream_becomes_a_clip(self):
+        self.sound.write_bytes(wav(48000))
+        result = self.record("--sound", self.sound, "--name", "0001AB", "--title", "Live",
+                             "--timecode", "90000")
+        self.assertEqual((result.stdout, result.stderr), ("0001AB: 5 frames recorded\n", ""))
+        clip, = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
+        self.assertEqual([clip[key] for key in ("ClipName", "UserClipName", "CodecName", "Duration",
+                                                "StartTimecode", "AspectRatio")],
+                         ["0001AB", "Live", "DV25_420", 5, 90000, "4:3"])
+        files = files_below(self.card.path)
+        self.assertEqual(files["CONTENTS/VIDEO/0001AB.MXF"].count(dv_frame(3)), 1)
+        # A fifth of a second, however long the file goes on.
+        self.assertIn(b"\3\4" * 9600, files["CONTENTS/AUDIO/0001AB01.MXF"])
+        self.assertNotIn(b"\3\4" * 9601, files["CONTENTS/AUDIO/0001AB01.MXF"])
+
+    def test_bare_samples_and_a_free_name(self):
+        (self.card.path / "CONTENTS" / "VIDEO").mkdir()
+        self.sound.write_bytes(b"\1\2\3" * 1000)
+        name = self.record("--sound", self.sound, "--channels", 1, "--bits", 24).stdout[:6]
+        files = files_below(self.card.path)
+        self.assertIn(b"\1\2\3" * 1000 + b"\0" * 3, files[f"CONTENTS/AUDIO/{name}00.MXF"])
+
+    def test_what_is_refused_leaves_nothing(self):
+        self.sound.write_bytes(wav(48000)[:30])
+        cases = (
+            ({"code_type": "CT_DV50_50I"}, [], 1,
+             f"{self.stream}: not recorded (A frame of this format has 288000 bytes, "
+             f"{FRAME_SIZE} came.)"),
+            ({"code_type": "CT_AVCHD_1920_1080_50I"}, [], 1,
+             f"{self.stream}: not recorded (Code type 200 cannot be recorded.)"),
+            ({"code_type": "99"}, [], 1, "code type 99: cannot be recorded (it has no name)"),
+            ({}, ["--sound", self.sound], 1, f"{self.sound}: is no sound file (it holds no samples)"),
+            ({}, ["--sound", self.folder / "none"], 1,
+             f"{self.folder}/none: cannot be opened (No such file or directory)"),
+        )
+        os.truncate(self.stream, 3 * FRAME_SIZE)
+        for options, arguments, status, line in cases:
+            self.assert_fails(self.record(*arguments, **options), status, f"nqp2: {line}")
+        os.truncate(self.stream, FRAME_SIZE + 80)
+        self.assert_fails(self.record(), 1, f"nqp2: {self.stream}: not recorded (A frame of this "
+                                            f"format has {FRAME_SIZE} bytes, 80 came.)")
+        self.assertEqual(files_below(self.card.path), {})
+
+
+if __name__ == "__main__":
+    main()
