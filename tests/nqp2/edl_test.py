@@ -5,12 +5,12 @@
 import json
 import os
 import re
-import shutil
 import subprocess
 import unittest
 from pathlib import Path
 
-from program import CardTest, command_line, main, run, run_on_terminal
+from program import (CardTest, can_trace, command_line, main, run, run_on_terminal,
+                     traced)
 
 HEADER = Path(__file__).resolve().parents[2] / "media" / "P2EDL.h"
 UMID = "060A2B340101010501010D4313"
@@ -26,11 +26,6 @@ def edit_list(events, version="v2.0", track="ClipTrack", head=""):
     return (f'<?xml version="1.0" encoding="UTF-8"?>\n<P2Main xmlns="{namespace}"><EditContent>'
             f"{head}<TrackList><{track}><EventList>{events}</EventList></{track}></TrackList>"
             "</EditContent></P2Main>\n").encode()
-
-
-def can_trace():
-    return shutil.which("strace") is not None and subprocess.run(
-        ["strace", "-f", "-o", "/dev/null", "true"], check=False).returncode == 0
 
 
 class EdlTest(CardTest):
@@ -206,10 +201,9 @@ class WriteTest(EdlTest):
         file = self.folder / "cut.json"
         file.write_text(json.dumps({"Events": [self.event()]}))
         for number in (1, 2):
-            subprocess.run(["strace", "-f", "-o", "/dev/null", "-e",
-                            "inject=renameat2:error=EINVAL",
-                            *command_line("edl", "write", self.card.path, file)],
-                           check=True, stdout=subprocess.DEVNULL)
+            result = traced(["-o", "/dev/null", "-e", "inject=renameat2:error=EINVAL"],
+                            ["edl", "write", self.card.path, file])
+            self.assertEqual(result.returncode, 0, result.stderr)
             self.assertEqual([edl["Name"] for edl in self.listed()],
                              ["P001AB", "P002AB"][:number])
 

@@ -3,40 +3,19 @@
 """Kills the program at each system call of a save: the old file is whole then, or the new one."""
 
 import json
-import os
 import re
 import shutil
-import subprocess
 import unittest
 import xml.etree.ElementTree as ElementTree
 from collections import Counter
 from pathlib import Path
 
-from program import CardTest, command_line, main
+from program import CardTest, can_trace, main, traced
 
 IDENTIFIER = f"060A2B340101010501010D4313000000{0xA1:032X}"
 NEW_FILE = re.compile(r'openat\(.*\.tmp".*O_CREAT')
 CALL = re.compile(r"^(?:\[pid +\d+\] |\d+ +)?(\w+)\(")
 KILLED = (-9, 128 + 9)
-
-
-def traced(options, arguments):
-    # The search for leaks at the end stops the program's threads by tracing them, which a traced
-    # program cannot do.
-    asan = os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"
-    return subprocess.run(["strace", "-f", *options, *command_line(*arguments)],
-                          env={**os.environ, "ASAN_OPTIONS": asan},
-                          stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=60,
-                          check=False)
-
-
-def can_trace():
-    if shutil.which("strace") is None:
-        return False
-    trial = subprocess.run(["strace", "-f", "-o", "/dev/null", "-e",
-                            "inject=getpid:signal=KILL:when=99", "true"],
-                           capture_output=True, check=False)
-    return trial.returncode == 0
 
 
 def calls_of_the_save(trace):

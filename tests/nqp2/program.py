@@ -5,6 +5,7 @@
 import fcntl
 import os
 import pty
+import shutil
 import struct
 import subprocess
 import sys
@@ -31,6 +32,26 @@ def run(*arguments, cwd=None, stdout=subprocess.PIPE, given=""):
     return subprocess.run(command_line(*arguments), cwd=cwd, stdout=stdout, input=given,
                           stderr=subprocess.PIPE, encoding="utf-8", errors="surrogateescape",
                           timeout=60, check=False)
+
+
+def traced(options, arguments):
+    """The finished program, run under strace."""
+    # The search for leaks at the end stops the program's threads by tracing them, which a traced
+    # program cannot do.
+    asan = os.environ.get("ASAN_OPTIONS", "") + ":detect_leaks=0"
+    return subprocess.run(["strace", "-f", *options, *command_line(*arguments)],
+                          env={**os.environ, "ASAN_OPTIONS": asan},
+                          stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, timeout=60,
+                          check=False)
+
+
+def can_trace():
+    if shutil.which("strace") is None:
+        return False
+    trial = subprocess.run(["strace", "-f", "-o", "/dev/null", "-e",
+                            "inject=getpid:signal=KILL:when=99", "true"],
+                           capture_output=True, check=False)
+    return trial.returncode == 0
 
 
 def run_on_terminal(columns, *arguments):
