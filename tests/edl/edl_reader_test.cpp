@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "media/file_date.h"
 #include "platform/file_system.h"
 #include "tests/edl/edl_test.h"
 #include "tests/support/faulty_file_system.h"
 
-#include <ctime>
 #include <map>
 #include <sys/stat.h>
 
@@ -228,11 +228,7 @@ TEST_F(EdlReaderTest, TheDateIsTheFilesLocalTimeOrUnknow) {
     const std::string path = AddEdl("P001.XML");
     platform::FileInfo info;
     ASSERT_TRUE(platform::DiskFiles().Stat(path, info));
-    std::tm local{};
-    ASSERT_NE(localtime_r(&info.created, &local), nullptr);
-    char text[40];
-    ASSERT_NE(std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local), 0U);
-    EXPECT_EQ(platform::Utf8FromText(LoadOnly().Date.View()), text);
+    EXPECT_EQ(LoadOnly().Date, media::FileDateText(info.created));
     test::FaultyFileSystem faulty;
     faulty.Fail({.operation = test::Operation::Stat, .pathPart = "P001.XML"});
     const platform::ScopedFileSystem inPlace(faulty);

@@ -211,14 +211,6 @@ class WriteTest(EdlTest):
         result = run("edl", "write", self.card.path, "-", given=f'{{"Events": [{"{}, " * 200000}7]}}')
         self.assert_fails(result, 2, "nqp2: standard input: Events[200000] is no object")
 
-    def test_guid_comes_from_the_identifier_unless_it_is_given(self):
-        given = "00000000-0000-0000-0000-0000000000ff"
-        for guid in (given, given.replace("-", "").upper()):
-            self.write({"Events": [self.event(), self.event(GlobalClipGuid=guid)]}, "--name", "X")
-            (edl,) = self.listed()
-            self.assertEqual([event["GlobalClipGuid"] for event in edl["Events"]],
-                             ["00000000-0000-0000-0000-0000000000a1", given])
-
     def test_a_clip_that_is_not_on_the_card(self):
         line = (f"nqp2: {self.card.path}: the edit list was not written "
                 "(no event's ClipName and GlobalClipID are those of a clip on the card)")

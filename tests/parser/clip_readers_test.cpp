@@ -638,43 +638,6 @@ TEST_F(SharedSamplesTest, Dv50CardOf5994Hz) {
     EXPECT_EQ(format.editUnit, L"1001/30000");
 }
 
-TEST_F(SharedSamplesTest, ASpannedTakeAndItsMissingSegments) {
-    AddFragment("spanned-take/0039EX.XML");
-    AddFragment("spanned-take/0037OO.XML");
-    AddFragment("spanned-take/003876.XML");
-    const auto segments = [&] {
-        Scan();
-        std::vector<std::string> names;
-        for (const Take& take : m_report.takes) {
-            for (const CString& name : take.segments) {
-                names.push_back(platform::Utf8FromText(name.View()));
-            }
-        }
-        return names;
-    };
-    EXPECT_THAT(segments(), ElementsAre("0037OO", "003876", "0039EX"));
-    EXPECT_TRUE(m_report.takes[0].complete);
-
-    std::filesystem::remove(m_card.Folder().Path("CONTENTS/CLIP/003876.XML"));
-    EXPECT_THAT(segments(), ElementsAre("0037OO", "0039EX"));
-    EXPECT_FALSE(m_report.takes[0].complete);
-    ASSERT_EQ(m_report.takes[0].missing.GetSize(), 1);
-    EXPECT_EQ(m_report.takes[0].missing[0].clipName, L"003876");
-}
-
-TEST_F(SharedSamplesTest, ACameraWithAClassicNameAtTwiceItsRate) {
-    AddFragment("px5000_0234LZ_keyfields.XML");
-    const CArray<_tag_P2Clip> clips = Scan();
-    ASSERT_EQ(clips.GetSize(), 1);
-    const _tag_P2Clip& clip = clips[0];
-    EXPECT_EQ(clip.Duration, 6432);
-    EXPECT_EQ(clip.FrameRate, L"50p");
-    EXPECT_EQ(clip.StartTimecode, ((18 * 60 + 9) * 60 + 34) * 50 + 24);
-    EXPECT_EQ(clip.EssenceMask, 0b1111U) << "video and one channel less than described";
-    EXPECT_EQ(CodeTypeFromCodec(clip.CodecName, clip.FrameRate, 0, clip.CodecClass),
-              CT_AVCI100_1080_25P);
-}
-
 TEST_F(SharedSamplesTest, AForeignNamespaceIsReadAndAForeignRootIsRemarked) {
     AddFragment("eva1_wrong_namespace.XML");
     AddFragment("../neighbour/DC-S5_ClipMain.xml");

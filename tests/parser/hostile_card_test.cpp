@@ -115,20 +115,6 @@ TEST_F(HostileCardTest, AFileInPlaceOfTheClipFolderIsReported) {
     EXPECT_EQ(OnlyRow().reason, SkipReason::FolderUnreadable);
 }
 
-TEST_F(HostileCardTest, DeepNestingAndHugeFilesAreRefused) {
-    m_card.AddClip("0001AA");
-    std::string deep;
-    for (int i = 0; i < 100'000; ++i) {
-        deep += "<a>";
-    }
-    m_card.AddFile("CLIP/deep.XML", deep);
-    const std::string huge = m_card.AddFile("CLIP/huge.XML", "<P2Main>");
-    std::filesystem::resize_file(huge, 100'000'000);
-    ExpectGoodClipOnly();
-    EXPECT_THAT(Remarks(), UnorderedElementsAre(Remark("CLIP\\deep.XML", SkipReason::NotWellFormed),
-                                                Remark("CLIP\\huge.XML", SkipReason::TooLarge)));
-}
-
 TEST_F(HostileCardTest, FoldersAndCompanionsAreNoClips) {
     m_card.AddClip("0001AA");
     m_card.Folder().MakeFolder("CONTENTS/CLIP/0001AB.XML");

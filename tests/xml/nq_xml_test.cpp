@@ -17,7 +17,6 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <set>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -88,24 +87,16 @@ TEST(XmlBuild, ExactTextOfEachRoot) {
     EXPECT_EQ(Xml(fresh), L"<x/>\r\n");
 }
 
-TEST(XmlBuild, NamespaceOfEveryCodeType) {
-    std::set<int> clip30 = {2, 14, 15, 16};
-    std::set<int> clip31 = {5, 17, 18, 19, 7, 20, 21, 22};
-    for (int type = 29; type <= 34; ++type) {
-        clip30.insert(type);
-    }
-    for (int type = 35; type <= 50; ++type) {
-        clip31.insert(type);
-    }
-    for (int type = -1; type <= 210; ++type) {
-        const wchar_t* const uri = clip30.count(type) != 0   ? kClip30
-                                   : clip31.count(type) != 0 ? kClip31
-                                                             : nullptr;
+TEST(XmlBuild, NamespaceOfEachFamilyOfCodeTypes) {
+    const std::pair<int, const wchar_t*> rows[] = {
+        {2, kClip30}, {34, kClip30}, {5, kClip31}, {42, kClip31}, {7, kClip31}, {50, kClip31},
+        {0, L""},     {1, L""},      {24, L""},    {27, L""},     {51, L""},    {200, L""},
+    };
+    for (const auto& [type, uri] : rows) {
         CNQXmlParser builder;
         ASSERT_EQ(builder.CreateP2MainRoot(static_cast<eCodeType>(type), 0), 1);
-        const CString written =
-            uri != nullptr ? CString(L" xmlns=\"") + uri + L"\"/>\r\n" : CString(L"/>\r\n");
-        EXPECT_EQ(Xml(builder), CString(kP2Start) + written) << type;
+        const CString written = *uri != L'\0' ? CString(L" xmlns=\"") + uri + L"\"" : CString();
+        EXPECT_EQ(Xml(builder), CString(kP2Start) + written + L"/>\r\n") << type;
         ASSERT_EQ(builder.CreateP2MainRoot(static_cast<eCodeType>(type), 2), 1);
         EXPECT_EQ(Xml(builder), CString(kP2Start) + L" xmlns=\"" + kEdit + L"\"/>\r\n") << type;
     }

@@ -14,34 +14,6 @@
 namespace nqp2::dom {
 namespace {
 
-TEST(Tree, NodeThatIsTakenOutKeepsItsOwn) {
-    LoadedDocument document("<r><a/><b x='1'><c/></b><d/></r>");
-    Tree& tree = document.Nodes();
-    Node& b = document.First("r/b");
-    tree.Unlink(b);
-    tree.Unlink(b);
-    EXPECT_EQ(document.Saved(), "<r><a/><d/></r>\r\n");
-    EXPECT_EQ(Serialize(b), "<b x=\"1\"><c/></b>");
-    ASSERT_TRUE(tree.Insert(*tree.Root(), b, tree.Root()->firstChild));
-    EXPECT_EQ(document.Saved(), "<r><b x=\"1\"><c/></b><a/><d/></r>\r\n");
-    tree.Unlink(document.First("r/d"));
-    EXPECT_EQ(tree.Root()->lastChild, &document.First("r/a"));
-}
-
-TEST(Tree, RefusesPlacesThatAreNone) {
-    LoadedDocument document("<r a='1'>x<b/><!--c--></r>");
-    Tree& tree = document.Nodes();
-    Node& root = *tree.Root();
-    Node& stray = tree.CreateElement("s", "");
-    Node& fresh = tree.CreateElement("f", "");
-    EXPECT_FALSE(tree.Insert(root, fresh, &stray)) << "before a node that stands elsewhere";
-    EXPECT_FALSE(tree.Insert(document.First("r/b"), fresh, root.firstChild));
-    for (Node* const childless : {root.firstChild, root.lastChild, root.firstAttribute}) {
-        EXPECT_FALSE(tree.Insert(*childless, fresh, nullptr)) << NodeName(*childless);
-    }
-    EXPECT_EQ(document.Saved(), "<r a=\"1\">x<b/><!--c--></r>\r\n");
-}
-
 TEST(Tree, CopyIsWholeAndStandsAlone) {
     const std::string deep = "<r>" + Repeated("<d>", 200) + "x" + Repeated("</d>", 200) + "</r>";
     const std::string documents[] = {
@@ -65,14 +37,6 @@ TEST(Tree, CopyIsWholeAndStandsAlone) {
     Document target(SelectionRule::Names::Namespace);
     EXPECT_EQ(Serialize(target.Content()->Copy(source.First("r/a"))),
               "<a xmlns=\"u\" xmlns:p=\"v\" p:k=\"1\"><p:b/></a>");
-}
-
-TEST(Tree, TextIsAllTextBelowExactly) {
-    const LoadedDocument document(
-        "<r> a <!--no--><b>b<![CDATA[ <c> ]]></b>\n<?no no?><d/>&#13;e</r>");
-    EXPECT_EQ(TextOf(document.Top()), " a b <c> \n\re");
-    EXPECT_EQ(TextOf(document.First("r/d")), "");
-    EXPECT_EQ(TextOf(document.First("//comment()")), "no");
 }
 
 TEST(Tree, MemoryServesAgainWhenNobodyHoldsTheOldTree) {
