@@ -56,8 +56,8 @@ Status RunExport(Console& console, const ExportOptions& options) {
 
 void AddExportCommand(CLI::App& program, Action& chosen) {
     const auto options = std::make_shared<ExportOptions>();
-    CLI::App* command = program.add_subcommand(
-        "export", "Copy whole clips onto a card, all or none; names that are taken give way");
+    CLI::App* command =
+        program.add_subcommand("export", "Copy whole clips onto a card, all or none");
     AddCardArgument(*command, options->card);
     AddClipArguments(*command, options->clips);
     command->add_option("--from", options->source, "The folder that holds them in a CONTENTS tree")
@@ -65,7 +65,7 @@ void AddExportCommand(CLI::App& program, Action& chosen) {
         ->required();
     AddQuietOption(*command, options->quiet);
     AddWorkerOption(*command, options->worker);
-    SetExample(*command, "nqp2 export /media/card 0001AB 0002CD --from /no/such/folder");
+    SetExample(*command, "nqp2 export /media/card 0001AB 0002CD --from footage");
     command->callback([options, &chosen] {
         chosen = [options](Console& console) { return RunExport(console, *options); };
     });

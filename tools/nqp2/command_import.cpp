@@ -97,7 +97,7 @@ void AddImportCommand(CLI::App& program, Action& chosen) {
     command->add_flag("--json", options->json, "Print JSON");
     AddQuietOption(*command, options->quiet);
     AddWorkerOption(*command, options->worker);
-    SetExample(*command, "nqp2 import /media/card 0001AB 0002CD --to /no/such/folder");
+    SetExample(*command, "nqp2 import /media/card 0001AB 0002CD --to footage");
     command->callback([options, &chosen] {
         chosen = [options](Console& console) { return RunImport(console, *options); };
     });

@@ -30,8 +30,8 @@ Status RunLastError(Console& console, const std::string& worker) {
 
 void AddLastErrorCommand(CLI::App& program, Action& chosen) {
     const auto worker = std::make_shared<std::string>();
-    CLI::App* command = program.add_subcommand(
-        "last-error", "Ask the worker for the last failure it knows of: whether it answers at all");
+    CLI::App* command =
+        program.add_subcommand("last-error", "Ask the worker for the last failure it knows of");
     AddWorkerOption(*command, *worker);
     SetExample(*command, "nqp2 last-error");
     command->callback([worker, &chosen] {
