@@ -5,6 +5,7 @@
 // beside two futex wake-ups, filled messages beside a copy and a read in one process.
 // bench/run_bench.py runs this program and works out the ratios.
 
+#include "bench/two_processes.h"
 #include "channel/Channel.h"
 
 #include <atomic>
@@ -14,15 +15,10 @@
 #include <cstring>
 #include <exception>
 #include <linux/futex.h>
-#include <sched.h>
-#include <signal.h>
 #include <stdlib.h>
 #include <string>
 #include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -34,45 +30,6 @@ constexpr std::uint32_t kForEver = 0xFFFFFFFF;
 constexpr std::uint32_t kReply = 12; ///< bytes of an answer
 constexpr std::uint32_t kSmall = 576000;
 constexpr std::uint32_t kLarge = 45360000;
-
-/// Two processes that wake each other; each on a processor of its own where there are two, so that
-/// no measurement depends on where the system happens to put them.
-void RunOn(long processor) {
-    cpu_set_t processors;
-    CPU_ZERO(&processors);
-    CPU_SET(static_cast<std::size_t>(processor % sysconf(_SC_NPROCESSORS_ONLN)), &processors);
-    sched_setaffinity(0, sizeof(processors), &processors);
-}
-
-/// Runs `body` in a process that ends with this one.
-template <class Body>
-pid_t RunBeside(Body body) {
-    const pid_t child = fork();
-    if (child == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        RunOn(1);
-        body();
-        _exit(0);
-    }
-    return child;
-}
-
-void End(pid_t child) {
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-}
-
-/// Reads every byte, as a consumer does that writes a message to a medium.
-std::uint64_t Sum(const void* bytes, std::size_t length) {
-    const auto* const text = static_cast<const char*>(bytes);
-    std::uint64_t sum = 0;
-    for (std::size_t i = 0; i + sizeof(std::uint64_t) <= length; i += sizeof(std::uint64_t)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text + i, sizeof(word));
-        sum += word;
-    }
-    return sum;
-}
 
 /// A word in shared memory that two processes pass to and fro.
 class FutexTurn {
@@ -206,15 +163,6 @@ void Request(benchmark::State& state, std::uint32_t size, std::uint32_t length) 
     }
 }
 
-double ProcessorSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
 /// Processor time that a thread takes in a second in which it waits and watches an abort flag.
 void Idle(benchmark::State& state) {
     constexpr std::uint32_t kSecond = 1000;
@@ -233,10 +181,6 @@ void Idle(benchmark::State& state) {
             return;
         }
     }
-}
-
-void Register(const char* name, void (*run)(benchmark::State&)) {
-    benchmark::RegisterBenchmark(name, run)->Unit(benchmark::kMillisecond)->UseRealTime();
 }
 
 int Main(int argc, char** argv) {

@@ -79,7 +79,7 @@ def ratios(small: int, large: int) -> list[Ratio]:
         Ratio("system calls per clip / five", "calls", figure("calls:load"), fixed(5), 1.0),
     ]
     return (lines + list_ratios(figure, fixed) + channel_ratios(figure, fixed)
-            + avchd_ratios(figure))
+            + worker_ratios(figure, fixed) + avchd_ratios(figure))
 
 
 def list_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
@@ -115,6 +115,22 @@ def channel_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
               figure("channel/copy_floor_large"), 1.15),
         Ratio("processor time of a second's wait / 2 ms", "ms", figure("channel/idle"), fixed(2),
               1.0),
+    ]
+
+
+def worker_ratios(figure: Callable, fixed: Callable) -> list[Ratio]:
+    """The lines for what a host sees of the worker through a parser."""
+    return [
+        Ratio("smallest request of a parser / futex ping-pong", "ms", figure("worker/request"),
+              figure("channel/futex_floor"), 3),
+        Ratio("AddRTExportAVData of 576,000 bytes / copy and read", "ms", figure("worker/frame"),
+              figure("channel/copy_floor_small"), 2.2),
+        Ratio("AddRTExportAVData of 45 MB / copy and read", "ms", figure("worker/large_frame"),
+              figure("channel/copy_floor_large"), 1.15),
+        Ratio("import of a large clip / cp and checksum of both", "ms", figure("worker/import"),
+              figure("worker/copy_floor"), 1.1),
+        Ratio("processor time of an idle parser's second / 5 ms", "ms", figure("worker/idle"),
+              fixed(5), 1.0),
     ]
 
 
@@ -198,7 +214,8 @@ def card_with(clips: int, folder: Path, kind: str = "p2") -> Path:
     return card
 
 
-def measure_round(program: Path, cards: list[Path], min_time: float) -> Figures:
+def measure_round(program: Path, cards: list[Path], min_time: float,
+                  clip_megabytes: int) -> Figures:
     figures: Figures = {}
     for card in cards:
         # The slow medium is slow by intent: the small card shows all there is to see.
@@ -219,7 +236,17 @@ def measure_round(program: Path, cards: list[Path], min_time: float) -> Figures:
         check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
     figures.update(figures_of(json.loads(result.stdout)))
     figures.update(measure_avchd(program, cards[0].parent, min_time))
+    figures.update(measure_worker(program, cards[0].parent, min_time, clip_megabytes))
     return figures
+
+
+def measure_worker(program: Path, folder: Path, min_time: float, clip_megabytes: int) -> Figures:
+    worker = program.parent.parent / "worker" / "nqp2-worker"
+    result = subprocess.run(
+        [program.with_name("bench_worker"), "--benchmark_format=json",
+         f"--benchmark_min_time={min_time}", worker, folder, str(clip_megabytes)],
+        check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    return figures_of(json.loads(result.stdout))
 
 
 def measure_avchd(program: Path, folder: Path, min_time: float) -> Figures:
@@ -257,6 +284,8 @@ def arguments_of(command_line: Optional[list[str]]) -> argparse.Namespace:
     parser.add_argument("--rounds", type=int, default=5, help="default: 5")
     parser.add_argument("--min-time", type=float, default=0.5, metavar="SECONDS",
                         help="least time of each measurement in a round (default: 0.5)")
+    parser.add_argument("--clip-megabytes", type=int, default=4096, metavar="MEGABYTES",
+                        help="size of the clip that is imported, sparse (default: 4096)")
     parser.add_argument("--json", type=Path, metavar="FILE", help="write the result there as well")
     parser.add_argument("--check", action="store_true", help="exit status 1 when over a target")
     arguments = parser.parse_args(command_line)
@@ -273,7 +302,8 @@ def run(arguments: argparse.Namespace) -> list[Row]:
     rounds = []
     for number in range(arguments.rounds):
         print(f"round {number + 1} of {arguments.rounds}", file=sys.stderr)
-        rounds.append(calls | measure_round(programs / "bench_scan", cards, arguments.min_time))
+        rounds.append(calls | measure_round(programs / "bench_scan", cards, arguments.min_time,
+                                            arguments.clip_megabytes))
     return summarize(ratios(*arguments.clips), rounds)
 
 

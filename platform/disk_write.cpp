@@ -229,7 +229,12 @@ IoStatus DiskFileSystem::MoveToFree(const std::string& from, const std::string& 
         return status;
     }
     const Descriptor folder(open(SplitTarget(to).folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    return folder ? FlushFolder(folder.Get()) : SystemStatus(errno);
+    status = folder ? FlushFolder(folder.Get()) : SystemStatus(errno);
+    if (!status) {
+        // A failure must not leave the new name behind, which the caller would not look for.
+        static_cast<void>(MoveReplacingNothing(SystemPath(to), SystemPath(from)));
+    }
+    return status;
 }
 
 } // namespace nqp2::platform

@@ -93,7 +93,7 @@ public:
     virtual IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) = 0;
     virtual IoStatus RemoveFile(const std::string& path) = 0;
     /// Gives a file another name in its folder, flushed; Exists when that is taken, also by another
-    /// writer at the same moment.
+    /// writer at the same moment. After a failure it has its old name.
     virtual IoStatus MoveToFree(const std::string& from, const std::string& to) = 0;
     virtual IoStatus MakeFolder(const std::string& path) = 0;
     /// Begins a file whose place is `path`; the folder must exist.

@@ -218,7 +218,12 @@ TEST_P(KillTest, AWorkerKilledAtAnyCallLeavesNothingHalf) {
 TEST_P(KillTest, ACallThatFailsLeavesNothingHalf) {
     std::vector<SystemCall> calls = CallsOfTheRequest();
     std::erase_if(calls, [](const SystemCall& call) { return !IsOfTheMedium(call.name); });
-    for (const SystemCall& call : test::SomeOf(calls, KillsEach())) {
+    const auto isFlush = [](const SystemCall& call) { return call.name == "fsync"; };
+    const auto lastFlush = std::find_if(calls.rbegin(), calls.rend(), isFlush);
+    ASSERT_NE(lastFlush, calls.rend());
+    std::vector<SystemCall> failing = test::SomeOf(calls, KillsEach());
+    failing.push_back(*lastFlush); // of the folder, when the last name has been given
+    for (const SystemCall& call : failing) {
         SCOPED_TRACE(call.name + ' ' + std::to_string(call.number));
         Prepare();
         m_stage.StartWorker();
@@ -235,6 +240,34 @@ TEST_P(KillTest, ACallThatFailsLeavesNothingHalf) {
         EXPECT_EQ(FilesBelow(m_stage.to.Path()), m_finished);
         LeaveWorker();
     }
+}
+
+/// The library's process is killed instead: the worker drops what it was asked for.
+TEST_P(KillTest, AKilledHostEndsItsRequestAndNotTheWorker) {
+    CallsOfTheRequest();
+    const pid_t worker = m_stage.StartWorker();
+    const test::Holdings before = test::Settled(std::to_string(worker));
+    for (int i = 0; i < 10; ++i) {
+        Prepare();
+        const pid_t host = fork();
+        if (host == 0) {
+            static_cast<void>(UseWorker({.socket = m_stage.socket.Socket()}));
+            CNQP2Parser parser;
+            parser.Init();
+            Request(parser);
+            _exit(0);
+        }
+        std::this_thread::sleep_for(i * 2ms);
+        kill(host, SIGKILL);
+        waitpid(host, nullptr, 0);
+        EXPECT_TRUE(test::IsBackTo(before, 0, std::to_string(worker)));
+        ExpectNoHalfThing();
+    }
+    CNQP2Parser parser;
+    EXPECT_EQ(parser.Init(), 0);
+    Request(parser);
+    parser.Release();
+    EXPECT_EQ(FilesBelow(m_stage.to.Path()), m_finished);
 }
 
 INSTANTIATE_TEST_SUITE_P(Requests, KillTest, testing::ValuesIn(kScenarios),

@@ -7,6 +7,8 @@
 #include "channel/Channel.h"
 #include "parser/NQP2Parser.h"
 #include "platform/PathText.h"
+#include "tests/channel/channel_test.h"
+#include "tests/support/child_process.h"
 #include "tests/support/print_text.h"
 #include "tests/worker/essence_maker.h"
 #include "tests/worker/transfer_fixture.h"
@@ -205,6 +207,37 @@ TEST_F(WorkerProcessTest, ServesParsersSideBySide) {
     }
     EXPECT_EQ(imported, 4);
     EXPECT_EQ(FilesBelow(m_to.Path()).size(), 4 * kFilesOfAClip);
+}
+
+TEST_F(WorkerProcessTest, ThousandsOfParsersLeaveNothingBehind) {
+    const auto useOne = [] {
+        CNQP2Parser parser;
+        EXPECT_EQ(parser.Init(), 0);
+        EXPECT_EQ(parser.SetSystemType(VS_50I), 1);
+        parser.Release();
+    };
+    const std::string worker = std::to_string(test::ChildNamed("nqp2-worker"));
+    useOne();
+    const test::Holdings own = test::HeldBy();
+    const test::Holdings others = test::HeldBy(worker);
+    for (int i = 0; i < 3000 && !HasFailure(); ++i) {
+        useOne();
+    }
+    EXPECT_TRUE(test::IsBackTo(own));
+    EXPECT_TRUE(test::IsBackTo(others, 0, worker));
+}
+
+/// Requests wait without end, as the channel was told to; what needs no answer does not.
+TEST_F(WorkerProcessTest, AStoppedWorkerHoldsUpNoClose) {
+    const pid_t worker = test::ChildNamed("nqp2-worker");
+    kill(worker, SIGSTOP);
+    ASSERT_EQ(waitpid(worker, nullptr, WUNTRACED), worker);
+    EXPECT_LT(test::TimeOf([&] { m_parser.Release(); }), test::kSlack);
+    // One that stopped for good is no worker: five seconds are what a channel waits for it.
+    EXPECT_LT(test::TimeOf([] { EXPECT_EQ(CNQP2Parser().Init(), 0); }), 15000);
+    kill(worker, SIGCONT);
+    m_parser.Init();
+    EXPECT_EQ(m_parser.SetSystemType(VS_50I), 1);
 }
 
 /// The worker is killed at moments that walk through a whole import; the next one makes good.
