@@ -18,7 +18,7 @@ struct ChannelPort {
     /// The buffer for the next message; empty when none was granted.
     std::span<unsigned char> GrantedBuffer(std::int32_t* abortFlag) const;
     /// Sends the first `length` bytes of the granted buffer. False when the channel refuses; the
-    /// buffer is not given back then.
+    /// buffer is not given back then: kept, hosts rely on it.
     [[nodiscard]] bool Send(std::uint32_t id, std::span<unsigned char> buffer,
                             std::int32_t length) const;
 };

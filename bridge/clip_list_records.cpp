@@ -67,6 +67,7 @@ std::int32_t _BLCLIP::SaveToBuf(unsigned char*& buffer) const {
     return SaveAndAdvance(buffer, *this);
 }
 
+// Without a length the image is trusted: kept, hosts rely on it.
 std::int32_t _BLCLIP::RestoreFromBuf(unsigned char*& buffer) {
     return RestoreAndAdvance(buffer, kNoEnd, *this);
 }

@@ -7,7 +7,7 @@
 #include "bridge/connection_record.h"
 #include "bridge/file_services.h"
 #include "bridge/service_thread.h"
-#include "bridge/shared_flag.h"
+#include "channel/shared_flag.h"
 
 #include <chrono>
 #include <cstdint>
@@ -40,12 +40,12 @@ private:
         if (!IsUsable(m_channel.Port().table)) {
             return;
         }
-        SetFlag(m_stop, 0);
-        while (!IsSet(m_stop)) {
+        channel::SetFlag(m_stop, 0);
+        while (!channel::IsSet(m_stop)) {
             const Heard heard = HearOne();
             if (heard == Heard::Closed) {
-                SetFlag(m_stop, 1);
-            } else if (heard == Heard::NothingOfUse && !IsSet(m_stop)) {
+                channel::SetFlag(m_stop, 1);
+            } else if (heard == Heard::NothingOfUse && !channel::IsSet(m_stop)) {
                 std::this_thread::sleep_for(kServerPause);
             }
         }

@@ -7,7 +7,7 @@
 #include "bridge/connection_record.h"
 #include "bridge/ipc_connection.h"
 #include "bridge/service_thread.h"
-#include "bridge/shared_flag.h"
+#include "channel/shared_flag.h"
 #include "platform/guard.h"
 
 #include <algorithm>
@@ -53,7 +53,7 @@ private:
     static constexpr std::int32_t kAnnouncementBytes = 10;
 
     void Run() {
-        SetFlag(m_stop, 0);
+        channel::SetFlag(m_stop, 0);
         if (!IsUsable(m_table)) {
             return;
         }
@@ -61,7 +61,7 @@ private:
         if (m_channel && Announce()) {
             Listen();
         }
-        SetFlag(m_stop, 1);
+        channel::SetFlag(m_stop, 1);
     }
 
     ChannelHandle Open() const {
@@ -85,12 +85,12 @@ private:
     }
 
     void Listen() {
-        while (!IsSet(m_stop)) {
+        while (!channel::IsSet(m_stop)) {
             const Heard heard = HearOne();
             if (heard == Heard::Closed) {
                 return;
             }
-            if (heard == Heard::NothingOfUse && !IsSet(m_stop)) {
+            if (heard == Heard::NothingOfUse && !channel::IsSet(m_stop)) {
                 std::this_thread::sleep_for(kServerPause);
             }
         }

@@ -43,4 +43,8 @@ constexpr std::uint32_t Number(MessageId id) {
     return static_cast<std::uint32_t>(id);
 }
 
+/// What a worker puts into the result field of a reply.
+inline constexpr std::int32_t kRefused = 0;
+inline constexpr std::int32_t kDone = 1;
+
 } // namespace nqp2::bridge

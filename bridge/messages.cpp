@@ -14,14 +14,6 @@
 namespace nqp2::bridge {
 namespace {
 
-constexpr std::uint64_t kBytesPerPixel = 3;
-
-/// Bytes of a picture; none for one without area. Two negative sides have an area.
-std::uint64_t PixelBytes(const tagSIZE& size) {
-    const std::int64_t area = std::int64_t{size.cx} * size.cy;
-    return area > 0 ? kBytesPerPixel * static_cast<std::uint64_t>(area) : 0;
-}
-
 // The fields of each message in wire order.
 
 template <class Archive, RecordOf<SystemTypeMessage> Self>
@@ -147,6 +139,12 @@ std::int32_t RestoreFrom(unsigned char* buffer, std::int32_t length, Message& me
 }
 
 } // namespace
+
+std::uint64_t PixelBytes(const tagSIZE& size) {
+    constexpr std::uint64_t kBytesPerPixel = 3;
+    const std::int64_t area = std::int64_t{size.cx} * size.cy;
+    return area > 0 ? kBytesPerPixel * static_cast<std::uint64_t>(area) : 0;
+}
 
 template <class Message>
 std::int32_t WireMessage<Message>::Size() const {

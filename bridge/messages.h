@@ -117,6 +117,9 @@ struct StopRTExportMessage : WireMessage<StopRTExportMessage> {
 /// A value to the worker, a data block back.
 struct BufferMessage : WireMessage<BufferMessage> {
     static constexpr MessageId kIds[] = {MessageId::AddRTExportAVDataForBuf};
+    /// Bytes of a frame of 1920 x 1080 with two bytes a pixel: for that much a proxy has room at
+    /// once, and our worker gives no more.
+    static constexpr std::int32_t kFrameBytes = 1920 * 1080 * 2;
     std::int32_t value = 0;
     std::int32_t result = 0;
     const unsigned char* data = nullptr; ///< not owned; restored: in the received buffer, or null
@@ -144,6 +147,9 @@ struct IconMessage : WireMessage<IconMessage> {
     const unsigned char* bits = nullptr; ///< not owned; restored: in the received buffer, or null
     std::int32_t result = 0;
 };
+
+/// Bytes of an icon's pixels: none without area; two negative sides have one.
+std::uint64_t PixelBytes(const tagSIZE& size);
 
 struct ErrorTextMessage : WireMessage<ErrorTextMessage> {
     static constexpr MessageId kIds[] = {MessageId::GetLastError};

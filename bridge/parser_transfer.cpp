@@ -19,7 +19,7 @@ int CNQP2Parser::GetUploadOffset(std::uint32_t& first, std::uint32_t& second) {
     first = 0;
     second = 0;
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.GetUploadOffset(first, second); });
-    return 1;
+    return 1; // whatever came of it: kept, hosts rely on it
 }
 
 int CNQP2Parser::ExportFile(stu_R8P2TransInfo* info, CStringArray& names) {

@@ -14,7 +14,7 @@ void CNQP2Parser::SetImpCallBack(ImpCallBack callback, void* context) {
 
 int CNQP2Parser::SetSystemType(eP2_VIDEO_STANDARD standard) {
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.SetSystemType(standard); });
-    return 1;
+    return 1; // whatever came of it: kept, hosts rely on it
 }
 
 CString CNQP2Parser::GetLastError() {

@@ -3,15 +3,13 @@
 
 #include "bridge/messages.h"
 #include "bridge/request_cycle.h"
-#include "bridge/shared_flag.h"
 #include "bridge/worker_proxy.h"
+#include "channel/shared_flag.h"
 
 #include <chrono>
 
 using nqp2::bridge::ChannelPort;
-using nqp2::bridge::FlagValue;
 using nqp2::bridge::Heard;
-using nqp2::bridge::IsSet;
 using nqp2::bridge::kChannelFailed;
 using nqp2::bridge::kDone;
 using nqp2::bridge::MessageId;
@@ -19,7 +17,9 @@ using nqp2::bridge::Number;
 using nqp2::bridge::ProgressMessage;
 using nqp2::bridge::ReceivedMessage;
 using nqp2::bridge::ResultMessage;
-using nqp2::bridge::SetFlag;
+using nqp2::channel::FlagValue;
+using nqp2::channel::IsSet;
+using nqp2::channel::SetFlag;
 
 namespace {
 

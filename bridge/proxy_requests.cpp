@@ -123,7 +123,7 @@ std::int32_t CTNQ264BitSupport::AddRTExportAVDataForBuf(std::int32_t value, unsi
 
 std::int32_t CTNQ264BitSupport::AddRTExportAVData(AVDataMessage& message) {
     constexpr std::uint8_t kFirstForwarded = 2;
-    if (message.streamType < kFirstForwarded) {
+    if (message.streamType < kFirstForwarded) { // 0 and 1: kept, hosts rely on it
         return kRefused;
     }
     return Request(MessageId::AddRTExportAVData, message);

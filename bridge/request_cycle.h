@@ -19,7 +19,8 @@ inline ChannelPort PortOf(const SysInterfaceTable* table, const ChannelHolder* h
 }
 
 /// Sends a message in the buffer that the channel grants. One that does not fit goes out with
-/// length 0 for the worker to refuse: kept, hosts rely on it. False when the channel fails.
+/// length 0 for the worker to refuse. False when the channel fails; the buffer is not given back
+/// then. Both kept, hosts rely on it.
 template <class Message>
 bool SendMessage(const ChannelPort& port, std::int32_t* abortFlag, MessageId id,
                  const Message& message) {

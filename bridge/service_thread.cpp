@@ -3,7 +3,7 @@
 
 #include "bridge/service_thread.h"
 
-#include "bridge/shared_flag.h"
+#include "channel/shared_flag.h"
 
 namespace nqp2::bridge {
 
@@ -18,7 +18,7 @@ void ServiceThread::Stop(std::int32_t& stopFlag) {
         return;
     }
     do {
-        SetFlag(stopFlag, 1);
+        channel::SetFlag(stopFlag, 1);
     } while (!WaitForEnd(kStopStep));
     m_thread.join();
 }

@@ -4,6 +4,7 @@
 #include "bridge/worker_proxy.h"
 
 #include "bridge/installed_interface.h"
+#include "bridge/messages.h"
 #include "bridge/request_cycle.h"
 
 using nqp2::bridge::ChannelHolder;
@@ -18,8 +19,7 @@ namespace {
 constexpr std::uint32_t kRequestSize = 45360000;
 constexpr std::uint32_t kCallbackSize = 20480;
 constexpr std::uint32_t kNoTimeout = 0x7FFFFFFF;
-// One frame of 1920 x 1080 with two bytes a pixel; grows with the worker's replies.
-constexpr std::size_t kDataSize = std::size_t{1920} * 1080 * 2;
+constexpr std::size_t kDataSize = nqp2::bridge::BufferMessage::kFrameBytes; // grows with replies
 
 } // namespace
 

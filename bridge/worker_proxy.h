@@ -29,10 +29,8 @@ struct AVDataMessage;
 struct IconMessage;
 struct RTExportParamMessage;
 
-/// What a proxy's operations answer.
+/// What a proxy's operations answer beside kDone and kRefused.
 inline constexpr std::int32_t kChannelFailed = -1;
-inline constexpr std::int32_t kRefused = 0; ///< by the worker
-inline constexpr std::int32_t kDone = 1;
 
 } // namespace nqp2::bridge
 

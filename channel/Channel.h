@@ -22,7 +22,9 @@
 ///     const nqp2::SysInterfaceTable& table = *nqp2::WorkerInterface().table;
 ///     table.CreateChannel(20000, 0, 0, 0xFFFFFFFF, 0xFFFFFFFF); // waits for the next host
 ///
-/// Everything here is safe from any thread.
+/// The functions here are safe from any thread, and so are the slots that open and close. On one
+/// channel one thread at a time is between GetSendBuffer and SendPacket, and one between
+/// ReceivePacket and ReleasePacket; these may be two.
 namespace nqp2 {
 
 /// Which worker a host uses: the one that listens on `socket`, else one that is started.

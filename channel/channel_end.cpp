@@ -3,8 +3,9 @@
 
 #include "channel/channel_end.h"
 
+#include "channel/shared_flag.h"
+
 #include <algorithm>
-#include <atomic>
 #include <bit>
 #include <poll.h>
 #include <sys/socket.h>
@@ -19,8 +20,8 @@ constexpr std::uint32_t BitOf(std::uint32_t slot) {
     return 1U << slot;
 }
 
-bool IsSet(std::int32_t* abortFlag) {
-    return abortFlag != nullptr && std::atomic_ref(*abortFlag).load(std::memory_order_relaxed) != 0;
+bool AsksToAbort(std::int32_t* abortFlag) {
+    return abortFlag != nullptr && IsSet(*abortFlag);
 }
 
 /// 0 stands for the parent's value.
@@ -207,7 +208,7 @@ ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t*
             m_changed.wait_for(lock, std::chrono::milliseconds(kAbortSlice));
             continue;
         }
-        if (IsSet(abortFlag)) {
+        if (AsksToAbort(abortFlag)) {
             return kChannelAborted;
         }
         if (deadline.HasPassed()) {

@@ -138,7 +138,10 @@ WorkerStatus UseWorker(const WorkerSettings& settings) {
 }
 
 void LeaveWorker() {
-    channel::Worker::Instance().Leave();
+    platform::Guarded(false, [] { // paths take memory
+        channel::Worker::Instance().Leave();
+        return true;
+    });
 }
 
 SystemInterface HostInterface() {

@@ -56,14 +56,17 @@ WorkerStatus ListenForHosts(const std::string& socket) {
 }
 
 void StopListening() {
-    std::shared_ptr<channel::Listener> listener;
-    {
-        const std::lock_guard lock(channel::Current().mutex);
-        listener.swap(channel::Current().listener);
-    }
-    if (listener != nullptr) {
-        listener->Stop();
-    }
+    platform::Guarded(false, [] { // the first call of all takes memory
+        std::shared_ptr<channel::Listener> listener;
+        {
+            const std::lock_guard lock(channel::Current().mutex);
+            listener.swap(channel::Current().listener);
+        }
+        if (listener != nullptr) {
+            listener->Stop();
+        }
+        return true;
+    });
 }
 
 SystemInterface WorkerInterface() {

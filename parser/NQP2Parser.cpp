@@ -30,7 +30,10 @@ CNQP2Parser::CNQP2Parser() {
     MakeProxy();
     // Registers for progress at once; who hears of it is set later.
     SetImpCallBack(nullptr, nullptr);
-    InitP2CmgrDll();
+    Guarded(false, [&] { // a host's lookup of the system folder may throw
+        InitP2CmgrDll();
+        return true;
+    });
 }
 
 CNQP2Parser::~CNQP2Parser() {
@@ -97,7 +100,7 @@ void CNQP2Parser::InitP2CmgrDll() {
     if (m_pfnDDP2CInit == nullptr) {
         nqp2::platform::FreeModule(m_hP2Cmgr);
         m_hP2Cmgr = nullptr;
-        m_pfnDDP2CLogSense = nullptr;
+        m_pfnDDP2CLogSense = nullptr; // it would lead into what was just unloaded
     }
 }
 

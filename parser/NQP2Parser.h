@@ -171,7 +171,7 @@ public:
     /// Lets the worker import what `info` describes; `info` becomes the record that it sends back.
     /// Returns 0 for success and 1 in all other cases.
     __int64 ImportFile(stu_R8P2TransInfo& info);
-    /// Two offsets of the running transfer, 0 when the worker gives none. Returns 1 always.
+    /// Two offsets of the last transfer, 0 when the worker gives none. Returns 1 always.
     int GetUploadOffset(std::uint32_t& first, std::uint32_t& second);
     /// Lets the worker export the named files; neither argument changes. Returns the worker's own
     /// number, -1 when the channel failed, 0 without a worker proxy and for null.

@@ -43,7 +43,8 @@ std::string Head(const SIZE& size, std::uint32_t imageSize) {
 }
 
 bool IsSide(std::int32_t side) {
-    return side > 0 && side <= kLargestIconSide;
+    constexpr std::int32_t kLargest = 4096;
+    return side > 0 && side <= kLargest;
 }
 
 } // namespace

@@ -12,8 +12,6 @@
 
 namespace nqp2::worker {
 
-inline constexpr std::int32_t kLargestIconSide = 4096;
-
 /// A 24-bit bitmap file of pixels in blue, green, red, the bottom row first, rows not padded.
 /// Fails unless there are exactly as many as the size says.
 Outcome MakeBitmap(std::string_view pixels, const SIZE& size, std::string& bitmap);

@@ -17,10 +17,9 @@
 namespace nqp2::worker {
 namespace {
 
-constexpr std::int32_t kDone = 1;
-constexpr std::int32_t kNotDone = 0;
+using bridge::kDone;
 
-std::string_view Run(const unsigned char* data, std::uint32_t length) {
+std::string_view Run(const unsigned char* data, std::uint64_t length) {
     return data == nullptr ? std::string_view()
                            : std::string_view(reinterpret_cast<const char*>(data), length);
 }
@@ -36,13 +35,6 @@ void FillSizes(const TransferSizes& sizes, stu_R8P2TransInfo& info) {
     info.value1 = sizes.files;
 }
 
-/// Zero for sides whose product no message can carry.
-std::uint32_t PixelBytes(const SIZE& size) {
-    const bool isPossible =
-        size.cx > 0 && size.cx <= kLargestIconSide && size.cy > 0 && size.cy <= kLargestIconSide;
-    return isPossible ? static_cast<std::uint32_t>(size.cx * size.cy * 3) : 0;
-}
-
 } // namespace
 
 void Operations::Fail(std::string sentence) {
@@ -53,7 +45,7 @@ std::int32_t Operations::Result(const Outcome& outcome) {
     if (!outcome) {
         Fail(outcome.error);
     }
-    return outcome ? kDone : kNotDone;
+    return outcome ? kDone : bridge::kRefused;
 }
 
 void Operations::KeepOffsets(const TransferProgress& progress) {
@@ -103,8 +95,9 @@ void Operations::Delete(bridge::TextPairMessage& message) {
 }
 
 void Operations::CreateIcon(bridge::IconMessage& message) {
-    message.result = Result(WriteIcon(message.first, message.second,
-                                      Run(message.bits, PixelBytes(message.size)), message.size));
+    message.result =
+        Result(WriteIcon(message.first, message.second,
+                         Run(message.bits, bridge::PixelBytes(message.size)), message.size));
     message.bits = nullptr; // the answer carries no picture
     message.size = {};
 }
@@ -192,12 +185,11 @@ void Operations::AddData(bridge::AVDataMessage& message) {
 }
 
 void Operations::MakeBuffer(bridge::BufferMessage& message) {
-    constexpr std::int32_t kLargest = 4147200; // what the library has room for
     std::int32_t size = message.value;
     if (size == 0 && m_recording != nullptr) {
         size = static_cast<std::int32_t>(m_recording->LastUnitSize());
     }
-    if (size <= 0 || size > kLargest) {
+    if (size <= 0 || size > bridge::BufferMessage::kFrameBytes) {
         message.result =
             Result(Failure("There is no buffer of " + std::to_string(size) + " bytes."));
         return;

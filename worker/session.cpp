@@ -19,7 +19,7 @@ void HearCallback(ChannelLine& line, ProgressLink& progress, std::uint32_t id,
     bridge::ProgressMessage answer;
     if (id == Number(MessageId::RegisterProgress)) {
         bridge::ResultMessage registered;
-        registered.result = 1;
+        registered.result = bridge::kDone;
         if (line.SendMessage(id, registered)) {
             progress.Attach(line);
         }
