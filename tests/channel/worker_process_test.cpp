@@ -214,11 +214,11 @@ const char* const kNoLeakSearch = "ASAN_OPTIONS=detect_leaks=0";
 void AskOneKilledAt(const std::string& call, int n, const std::string& socket) {
     SCOPED_TRACE(call + ' ' + std::to_string(n));
     const std::string inject = "inject=" + call + ":signal=KILL:when=" + std::to_string(n);
-    WorkerSettings traced{.program = "/usr/bin/strace",
-                          .arguments = {"-D", "-f", "-o", "/dev/null", "-E", kNoLeakSearch, "-e",
-                                        inject, kProgram},
-                          .socket = socket,
-                          .endsWithThread = true};
+    WorkerSettings traced{
+        .program = "/usr/bin/strace",
+        .arguments = {"-D", "-f", "-o", "/dev/null", "-E", kNoLeakSearch, "-e", inject, kProgram},
+        .socket = socket,
+        .endsWithThread = true};
     if (!UseWorker(traced)) {
         return; // it did not live until it listened
     }
