@@ -21,9 +21,9 @@
 namespace nqp2::tool {
 namespace {
 
-using nlohmann::json;
+using ParsedJson = nlohmann::json;
 
-constexpr std::size_t kMostBytes = std::size_t{32} * 1024 * 1024;
+constexpr std::size_t kLargestFile = std::size_t{32} * 1024 * 1024;
 constexpr int kDeepest = 16;
 
 struct CloseFile {
@@ -40,21 +40,22 @@ std::string FileText(const std::string& name) {
     std::string text;
     std::array<char, 65536> part{};
     std::size_t length = 1;
-    while (file != nullptr && length > 0 && text.size() <= kMostBytes) {
+    while (file != nullptr && length > 0 && text.size() <= kLargestFile) {
         length = std::fread(part.data(), 1, part.size(), file.get());
         text.append(part.data(), length);
     }
     if (file == nullptr || std::ferror(file.get()) != 0) {
         throw Failure(name, "cannot be read", std::generic_category().message(errno));
     }
-    if (text.size() > kMostBytes) {
-        throw Failure(name, "is too large", fmt::format("more than {} bytes", kMostBytes), kUsage);
+    if (text.size() > kLargestFile) {
+        throw Failure(name, "is too large", fmt::format("more than {} bytes", kLargestFile),
+                      kUsage);
     }
     return text;
 }
 
 /// The parser's own words without its name and error number.
-std::string ReasonOf(const json::exception& error) {
+std::string ReasonOf(const nlohmann::json::exception& error) {
     const std::string_view text = error.what();
     const std::size_t bracket = text.find("] ");
     return std::string(bracket == std::string_view::npos ? text : text.substr(bracket + 2));
@@ -79,18 +80,18 @@ bool IsNestedDeeply(std::string_view text) {
     return depth > kDeepest;
 }
 
-json ParseText(const std::string& file, const std::string& text) {
+ParsedJson ParseText(const std::string& file, const std::string& text) {
     if (IsNestedDeeply(text)) {
         throw Failure(file, "is nested too deeply", "", kUsage);
     }
     try {
-        return json::parse(text);
-    } catch (const json::exception& error) {
+        return nlohmann::json::parse(text);
+    } catch (const nlohmann::json::exception& error) {
         throw Failure(file, "is no JSON", ReasonOf(error), kUsage);
     }
 }
 
-std::optional<std::int32_t> Int32From(const json& value) {
+std::optional<std::int32_t> Int32From(const ParsedJson& value) {
     using Limits = std::numeric_limits<std::int32_t>;
     if (value.is_number_unsigned()) {
         const auto number = value.get<std::uint64_t>();
@@ -174,7 +175,7 @@ void InputValue::RequireCount(std::size_t count) const {
 
 InputDocument::InputDocument(const std::string& file)
     : m_file(file == "-" ? "standard input" : file),
-      m_json(std::make_unique<json>(ParseText(m_file, FileText(file)))) {}
+      m_json(std::make_unique<ParsedJson>(ParseText(m_file, FileText(file)))) {}
 
 InputDocument::~InputDocument() = default;
 
