@@ -13,7 +13,7 @@
 namespace nqp2::avchd {
 namespace {
 
-enum PlaylistSection { kItems, kMarks, kExtension };
+enum PlaylistSection { kItems, kShotMarks, kListExtension };
 
 // Lengths without the length field in front.
 constexpr std::size_t kItemFixedSize = 32;
@@ -205,8 +205,8 @@ std::optional<Playlist> DecodePlaylist(Bytes file) {
     if (!items || !ReadItems(*items, playlist.items)) {
         return std::nullopt;
     }
-    playlist.shots = ReadShots(SectionPartAt(file, head->sections[kMarks]),
-                               ExtensionBlock(file, head->sections[kExtension], "PLEX"));
+    playlist.shots = ReadShots(SectionPartAt(file, head->sections[kShotMarks]),
+                               ExtensionBlock(file, head->sections[kListExtension], "PLEX"));
     AssignShots(playlist);
     return playlist;
 }

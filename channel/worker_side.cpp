@@ -28,7 +28,7 @@ std::shared_ptr<Listener> CurrentListener() {
     return Current().listener;
 }
 
-ChannelHandle CreateChannel(std::uint32_t channelId, std::uint32_t, std::uint32_t,
+ChannelHandle AcceptChannel(std::uint32_t channelId, std::uint32_t, std::uint32_t,
                             std::uint32_t sendTimeout, std::uint32_t receiveTimeout) {
     return platform::Guarded<ChannelHandle>(0, [&]() -> ChannelHandle {
         const std::shared_ptr<Listener> listener = CurrentListener();
@@ -68,7 +68,7 @@ void StopListening() {
 
 SystemInterface WorkerInterface() {
     static int noServices = 0;
-    static SysInterfaceTable table = channel::TableWith(channel::CreateChannel);
+    static SysInterfaceTable table = channel::TableWith(channel::AcceptChannel);
     return {&noServices, &table};
 }
 

@@ -16,8 +16,10 @@ namespace {
 
 constexpr int kSampleRate = 48000;
 
+} // namespace
+
 /// A file in the making as libavformat writes to it: with jumps back to complete the head.
-struct Sink {
+struct EssenceSink {
     platform::FileWriter* writer = nullptr;
     std::uint64_t position = 0;
     std::uint64_t size = 0;
@@ -58,13 +60,15 @@ struct Sink {
     }
 };
 
+namespace {
+
 extern "C" int WriteToSink(void* sink, std::uint8_t* bytes, int count) {
     const auto size = static_cast<std::size_t>(std::max(count, 0));
-    return static_cast<Sink*>(sink)->Write({reinterpret_cast<const char*>(bytes), size});
+    return static_cast<EssenceSink*>(sink)->Write({reinterpret_cast<const char*>(bytes), size});
 }
 
 extern "C" std::int64_t SeekInSink(void* sink, std::int64_t offset, int whence) {
-    return static_cast<Sink*>(sink)->Seek(offset, whence);
+    return static_cast<EssenceSink*>(sink)->Seek(offset, whence);
 }
 
 /// Samples of sound that belong to so many frames of video.
@@ -75,7 +79,7 @@ std::int64_t SamplesUpTo(std::int64_t frames, AVRational frame) {
 } // namespace
 
 struct EssenceFile::Muxer {
-    Sink sink;
+    EssenceSink sink;
     AVFormatContext* format = nullptr;
     XXH3_state_t* digest = XXH3_createState();
 

@@ -21,7 +21,7 @@ namespace {
 
 constexpr std::uint16_t kPcm = 1;
 constexpr std::uint16_t kMostChannels = 16;
-constexpr std::uint32_t kSampleRate = 48000;
+constexpr std::uint32_t kSoundRate = 48000;
 
 /// Now, in local time with its zone: "2026-11-21T08:05:09+09:00".
 CString DateText() {
@@ -39,7 +39,7 @@ CString DateText() {
 
 bool IsSound(const WAVEFORMATEX& wave) {
     const bool bits = wave.wBitsPerSample == 16 || wave.wBitsPerSample == 24;
-    return wave.wFormatTag == kPcm && wave.nSamplesPerSec == kSampleRate && bits &&
+    return wave.wFormatTag == kPcm && wave.nSamplesPerSec == kSoundRate && bits &&
            wave.nChannels <= kMostChannels;
 }
 
@@ -145,7 +145,7 @@ Outcome Recording::CreateFiles() {
     }
     m_channels.resize(m_parameters.wave.nChannels);
     for (std::size_t i = 0; outcome && i < m_channels.size(); ++i) {
-        std::array<char, 16> suffix{};
+        std::array<char, 32> suffix{};
         std::snprintf(suffix.data(), suffix.size(), "%02zu.MXF", i);
         outcome = CreateFile("AUDIO", suffix.data(), path);
         if (outcome) {

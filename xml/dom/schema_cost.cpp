@@ -19,13 +19,13 @@ constexpr std::int64_t kMostParts = 200; ///< of one content model
 constexpr std::int64_t kMostWork = 10 * kMostParts * kMostParts * kMostParts;
 constexpr int kDeepest = 64; ///< definitions that name one another in a row
 
-std::string_view View(const xmlChar* text) {
+std::string_view Viewed(const xmlChar* text) {
     return text != nullptr ? reinterpret_cast<const char*>(text) : "";
 }
 
 std::string Attribute(const xmlNode& node, const char* name) {
     xmlChar* const value = xmlGetNoNsProp(&node, BAD_CAST name);
-    std::string text(View(value));
+    std::string text(Viewed(value));
     xmlFree(value);
     return text;
 }
@@ -64,7 +64,7 @@ constexpr Use kUses[] = {{"group", "ref", Kind::Group},
 Kind KindOf(const xmlNode& node) {
     const auto* const row =
         std::find_if(std::begin(kDefinitions), std::end(kDefinitions),
-                     [&](const auto& each) { return each.first == View(node.name); });
+                     [&](const auto& each) { return each.first == Viewed(node.name); });
     return row != std::end(kDefinitions) ? row->second : Kind::None;
 }
 
@@ -95,7 +95,7 @@ void ForEachName(std::string_view list, Visit visit) {
 /// Of the element alone. What may be repeated makes many more ways through a model.
 std::int64_t PartsOf(const xmlNode& node) {
     constexpr std::int64_t kRepeated = 4;
-    if (View(node.name) == "pattern") {
+    if (Viewed(node.name) == "pattern") {
         return std::ssize(Attribute(node, "value"));
     }
     const std::string most = Attribute(node, "maxOccurs");
@@ -146,13 +146,13 @@ private:
     Cost CostOf(const xmlNode& node, int depth) {
         Cost cost = {PartsOf(node), 0};
         for (const Use& use : kUses) {
-            if (use.element == View(node.name)) {
+            if (use.element == Viewed(node.name)) {
                 ForEachName(Attribute(node, use.attribute), [&](std::string_view name) {
                     cost.Add(CostOfDefinition({use.kind, std::string(name)}, depth + 1));
                 });
             }
         }
-        if (View(node.name) == "element") {
+        if (Viewed(node.name) == "element") {
             cost.Add({m_substitutes, 0}); // what it holds is a model of its own
             return cost;
         }
