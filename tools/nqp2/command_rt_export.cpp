@@ -112,7 +112,7 @@ CString RecordingName(WorkerSession& session, const RtExportOptions& options, co
 }
 
 void BeginRecording(WorkerSession& session, const RtExportOptions& options, const Streams& streams,
-           eCodeType codeType, const CString& name) {
+                    eCodeType codeType, const CString& name) {
     CArray<stu_R8PRelationClipInfo> none;
     session.Require(session->SetRTExportParam(codeType, {}, streams.SoundFormat(), nullptr,
                                               WorkerPath(options.card), name,
@@ -124,7 +124,7 @@ void BeginRecording(WorkerSession& session, const RtExportOptions& options, cons
 }
 
 void SendUnit(WorkerSession& session, const RtExportOptions& options, std::string& unit,
-          std::string& samples) {
+              std::string& samples) {
     constexpr unsigned char kAccessUnit = 2;
     const int answer = session->AddRTExportAVData(
         kAccessUnit, reinterpret_cast<unsigned char*>(unit.data()),
@@ -135,7 +135,7 @@ void SendUnit(WorkerSession& session, const RtExportOptions& options, std::strin
 
 /// Nothing remains of a recording that is cancelled or fails: the worker drops it with the session.
 void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
-            Streams& streams) {
+               Streams& streams) {
     constexpr int kKeep = 0;
     constexpr int kDrop = 1;
     std::string unit;
