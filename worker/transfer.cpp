@@ -22,7 +22,7 @@ std::uint64_t SpaceTaken(std::uint64_t size) {
     return (size / kCluster + 1) * kCluster;
 }
 
-std::string ParentOf(const std::string& folder) {
+std::string FolderAbove(const std::string& folder) {
     return folder.substr(0, std::max<std::size_t>(folder.find_last_of('/'), 1));
 }
 
@@ -32,7 +32,7 @@ Outcome MakeFolders(std::string& folder) {
         folder = *found;
         return {};
     }
-    std::string parent = ParentOf(folder);
+    std::string parent = FolderAbove(folder);
     if (parent == folder) {
         return Failure("There is no folder " + folder + ".");
     }
@@ -119,7 +119,7 @@ Outcome Transfer::CheckSpace() const {
     }
     std::string folder = m_contents;
     while (!platform::PathExists(folder) && folder.size() > 1) {
-        folder = ParentOf(folder);
+        folder = FolderAbove(folder);
     }
     std::uint64_t free = 0;
     if (const auto status = Files().FreeSpace(FolderBelow(folder, ""), free); !status) {

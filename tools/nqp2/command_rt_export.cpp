@@ -26,7 +26,7 @@
 namespace nqp2::tool {
 namespace {
 
-constexpr std::uint16_t kPcm = 1;
+constexpr std::uint16_t kBarePcm = 1;
 constexpr std::uint32_t kSampleRate = 48000;
 
 struct RtExportOptions {
@@ -84,7 +84,7 @@ public:
 private:
     static WAVEFORMATEX BareFormat(const RtExportOptions& options) {
         WAVEFORMATEX format;
-        format.wFormatTag = kPcm;
+        format.wFormatTag = kBarePcm;
         format.nChannels = options.channels;
         format.wBitsPerSample = options.bits;
         format.nSamplesPerSec = kSampleRate;
@@ -111,8 +111,8 @@ CString RecordingName(WorkerSession& session, const RtExportOptions& options, co
     return name;
 }
 
-void Begin(WorkerSession& session, const RtExportOptions& options, const Streams& streams,
-           eCodeType codeType, const CString& name) {
+void BeginRecording(WorkerSession& session, const RtExportOptions& options, const Streams& streams,
+                    eCodeType codeType, const CString& name) {
     CArray<stu_R8PRelationClipInfo> none;
     session.Require(session->SetRTExportParam(codeType, {}, streams.SoundFormat(), nullptr,
                                               WorkerPath(options.card), name,
@@ -123,8 +123,8 @@ void Begin(WorkerSession& session, const RtExportOptions& options, const Streams
                     options.video, "not recorded");
 }
 
-void Send(WorkerSession& session, const RtExportOptions& options, std::string& unit,
-          std::string& samples) {
+void SendUnit(WorkerSession& session, const RtExportOptions& options, std::string& unit,
+              std::string& samples) {
     constexpr unsigned char kAccessUnit = 2;
     const int answer = session->AddRTExportAVData(
         kAccessUnit, reinterpret_cast<unsigned char*>(unit.data()),
@@ -134,14 +134,14 @@ void Send(WorkerSession& session, const RtExportOptions& options, std::string& u
 }
 
 /// Nothing remains of a recording that is cancelled or fails: the worker drops it with the session.
-void Record(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
-            Streams& streams) {
+void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
+               Streams& streams) {
     constexpr int kKeep = 0;
     constexpr int kDrop = 1;
     std::string unit;
     std::string samples;
     while (streams.Next(unit, samples)) {
-        Send(session, options, unit, samples);
+        SendUnit(session, options, unit, samples);
         if (!streams.GoesOn(watch)) {
             session->StopRTExport(kDrop, 0);
             throw Failure(options.video, "not recorded", "cancelled");
@@ -161,8 +161,8 @@ Status RunRtExport(Console& console, const RtExportOptions& options) {
     const CString name = RecordingName(session, options, card.Root());
     session->SetSystemType(form.standard);
     watch.Begin(options.name.empty() ? BytesFromText(name) : options.name);
-    Begin(session, options, streams, codeType, name);
-    Record(session, watch, options, streams);
+    BeginRecording(session, options, streams, codeType, name);
+    RecordAll(session, watch, options, streams);
     watch.End();
     console.WriteLine(fmt::format("{}: {} frames recorded",
                                   name.IsEmpty() ? options.video : BytesFromText(name),

@@ -33,10 +33,10 @@ WAVEFORMATEX FormatOf(std::string_view chunk) {
 }
 
 void Skip(InputFile& file, std::uint64_t count) {
-    constexpr std::uint64_t kPiece = 65536;
+    constexpr std::uint64_t kSkipPiece = 65536;
     std::size_t skipped = 1;
     while (count > 0 && skipped > 0) {
-        skipped = file.Read(static_cast<std::size_t>(std::min(count, kPiece))).size();
+        skipped = file.Read(static_cast<std::size_t>(std::min(count, kSkipPiece))).size();
         count -= skipped;
     }
 }

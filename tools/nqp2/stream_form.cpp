@@ -21,7 +21,7 @@ struct RateForm {
     eP2_VIDEO_STANDARD standard;
 };
 
-constexpr RateForm kRates[] = {
+constexpr RateForm kRateForms[] = {
     {"_50I", 25, 1, VS_50I},           {"_25P", 25, 1, VS_50I},
     {"_50P", 50, 1, VS_50P},           {"_5994I", 30000, 1001, VS_5994I},
     {"_2997P", 30000, 1001, VS_5994I}, {"_5994P", 60000, 1001, VS_5994P},
@@ -48,9 +48,9 @@ constexpr std::size_t SequencesAt(const RateForm& form) {
 StreamForm StreamFormOf(eCodeType type) {
     const std::string_view name = CodeTypeName(type);
     const auto* const rate =
-        std::find_if(std::begin(kRates), std::end(kRates),
+        std::find_if(std::begin(kRateForms), std::end(kRateForms),
                      [name](const RateForm& form) { return name.ends_with(form.suffix); });
-    if (rate == std::end(kRates)) {
+    if (rate == std::end(kRateForms)) {
         throw Failure(fmt::format("code type {}", static_cast<int>(type)), "cannot be recorded",
                       "it has no name");
     }
