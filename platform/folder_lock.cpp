@@ -27,11 +27,11 @@ bool IsHeldElsewhere(int folder) {
 } // namespace
 
 FolderLock::FolderLock(const std::string& folder, std::chrono::milliseconds patience)
-    : m_folder(open(SystemPath(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    : m_folder(open(SystemPath(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+      m_busy(m_folder && IsHeldElsewhere(m_folder.Get())) {
     constexpr std::chrono::milliseconds kLongestPause{20};
     const auto deadline = std::chrono::steady_clock::now() + patience;
     std::chrono::milliseconds pause{1};
-    m_busy = m_folder && IsHeldElsewhere(m_folder.Get());
     while (m_busy && std::chrono::steady_clock::now() < deadline) {
         std::this_thread::sleep_for(pause);
         pause = std::min(2 * pause, kLongestPause);

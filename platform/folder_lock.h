@@ -26,7 +26,7 @@ public:
 
 private:
     Descriptor m_folder;
-    bool m_busy = false;
+    bool m_busy;
 };
 
 } // namespace nqp2::platform

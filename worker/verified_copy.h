@@ -25,7 +25,7 @@ class VerifiedCopier {
 public:
     /// `totalBytes`: of all files that will be handled.
     VerifiedCopier(std::size_t blockSize, std::uint64_t totalBytes, TransferWatch& watch)
-        : m_block(blockSize, '\0'), m_halves(0), m_total(totalBytes), m_watch(watch) {}
+        : m_block(blockSize, '\0'), m_total(totalBytes), m_watch(watch) {}
 
     /// Copies `source`, which has `size` bytes, into a writer; flushes it and reads it back.
     Outcome Copy(const std::string& source, std::uint64_t size, platform::FileWriter& writer);
@@ -47,7 +47,7 @@ private:
                    const Digest& expected);
 
     std::string m_block;
-    std::uint64_t m_halves; ///< bytes read once or read back
+    std::uint64_t m_halves = 0; ///< bytes read once or read back
     std::uint64_t m_total;
     TransferWatch& m_watch;
 };

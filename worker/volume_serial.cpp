@@ -17,6 +17,7 @@ namespace nqp2::worker {
 namespace {
 
 struct Free {
+    // What the library hands out is freed in this way. NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
     void operator()(char* text) const { std::free(text); }
 };
 using OwnText = std::unique_ptr<char, Free>;

@@ -9,6 +9,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace nqp2::tool {
@@ -30,8 +31,8 @@ std::string RestText(const Progress& progress) {
         return "";
     }
     const double rate = static_cast<double>(progress.done) / progress.seconds;
-    const auto left =
-        static_cast<std::int64_t>(static_cast<double>(progress.total - progress.done) / rate + 0.5);
+    const std::int64_t left =
+        std::llround(static_cast<double>(progress.total - progress.done) / rate);
     const std::string time =
         left < 3600 ? fmt::format("{}:{:02}", left / 60, left % 60)
                     : fmt::format("{}:{:02}:{:02}", left / 3600, left / 60 % 60, left % 60);
