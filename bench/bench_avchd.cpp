@@ -5,13 +5,13 @@
 // information and the first 64 KB of each stream. bench/run_bench.py makes the cards and works out
 // the ratios.
 
+#include "bench/measure.h"
 #include "bench/plain_read.h"
+#include "bench/ready_parser.h"
 #include "parser/NQP2Parser.h"
 #include "platform/PathText.h"
 
 #include <benchmark/benchmark.h>
-#include <cstdio>
-#include <exception>
 #include <string>
 
 namespace nqp2::bench {
@@ -61,28 +61,9 @@ void Register(const std::string& card) {
     }
 }
 
-int Main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: bench_avchd [--benchmark_...] CARD...\n");
-        return 2;
-    }
-    for (int i = 1; i < argc; ++i) {
-        Register(argv[i]);
-    }
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
-
 } // namespace
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    try {
-        return nqp2::bench::Main(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "bench_avchd: %s\n", error.what());
-        return 1;
-    }
+    return nqp2::bench::RunOnEach(argc, argv, nqp2::bench::Register);
 }

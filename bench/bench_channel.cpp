@@ -5,15 +5,14 @@
 // beside two futex wake-ups, filled messages beside a copy and a read in one process.
 // bench/run_bench.py runs this program and works out the ratios.
 
+#include "bench/measure.h"
 #include "bench/two_processes.h"
 #include "channel/Channel.h"
 
 #include <atomic>
 #include <benchmark/benchmark.h>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <exception>
 #include <linux/futex.h>
 #include <stdlib.h>
 #include <string>
@@ -183,8 +182,7 @@ void Idle(benchmark::State& state) {
     }
 }
 
-int Main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
+void RegisterAll(const Arguments& /*none*/) {
     RunOn(0);
     Register("channel/futex_floor", FutexFloor);
     Register("channel/request", [](benchmark::State& state) { Request(state, 4096, 8); });
@@ -196,19 +194,11 @@ int Main(int argc, char** argv) {
         ->Unit(benchmark::kMillisecond)
         ->UseManualTime()
         ->Iterations(1);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
 }
 
 } // namespace
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    try {
-        return nqp2::bench::Main(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "bench_channel: %s\n", error.what());
-        return 1;
-    }
+    return nqp2::bench::Run(argc, argv, 0, "", nqp2::bench::RegisterAll);
 }

@@ -6,6 +6,7 @@
 
 #include "bench/measure.h"
 #include "bench/plain_read.h"
+#include "bench/ready_parser.h"
 #include "parser/NQP2Parser.h"
 #include "platform/PathText.h"
 
@@ -220,5 +221,5 @@ void Register(const std::string& folder) {
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    return nqp2::bench::Run(argc, argv, nqp2::bench::Register);
+    return nqp2::bench::RunOnEach(argc, argv, nqp2::bench::Register);
 }

@@ -8,6 +8,7 @@
 //     bench_worker [--benchmark_...] NQP2-WORKER FOLDER [MEGABYTES]
 
 #include "bench/measure.h"
+#include "bench/ready_parser.h"
 #include "bench/two_processes.h"
 #include "bridge/message_ids.h"
 #include "bridge/messages.h"
@@ -274,26 +275,23 @@ void Import(benchmark::State& state, const LargeClip& clip, const std::string& p
     }
 }
 
-int Main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
-    if (argc < 3) {
-        std::fprintf(stderr, "usage: %s [--benchmark_...] WORKER FOLDER [MEGABYTES]\n", argv[0]);
-        return 2;
-    }
-    const std::string program = argv[1];
-    const std::uint64_t megabytes = argc > 3 ? std::strtoull(argv[3], nullptr, 10) : 4096;
-    const LargeClip clip(std::filesystem::absolute(argv[2]).string() + "/large-clip",
-                         megabytes * kMegabyte);
+void RegisterAll(const Arguments& arguments) {
+    const std::string& program = arguments[0];
+    const std::uint64_t megabytes =
+        arguments.size() > 2 ? std::strtoull(arguments[2].c_str(), nullptr, 10) : 4096;
+    // Removes its files when the last benchmark has gone.
+    const auto clip = std::make_shared<LargeClip>(
+        std::filesystem::absolute(arguments[1]).string() + "/large-clip", megabytes * kMegabyte);
     // Nobody listens yet: no server of the process itself, as parsers have their own.
     R8P2Parser_SetSysInterface(HostInterface().systemObject, HostInterface().table);
-    Register("worker/copy_floor", [&](benchmark::State& state) {
-        CopyAndCompareFloor(state, clip);
+    Register("worker/copy_floor", [clip](benchmark::State& state) {
+        CopyAndCompareFloor(state, *clip);
     })->Iterations(1);
-    Register("worker/import", [&](benchmark::State& state) {
-        Import(state, clip, program);
+    Register("worker/import", [clip, program](benchmark::State& state) {
+        Import(state, *clip, program);
     })->Iterations(1);
     benchmark::RegisterBenchmark("worker/idle",
-                                 [&](benchmark::State& state) { Idle(state, program); })
+                                 [program](benchmark::State& state) { Idle(state, program); })
         ->Unit(benchmark::kMillisecond)
         ->UseManualTime()
         ->Iterations(2);
@@ -303,21 +301,15 @@ int Main(int argc, char** argv) {
     });
     Register("worker/frame", [](benchmark::State& state) { Frames(state, kFrame); });
     Register("worker/large_frame", [](benchmark::State& state) { Frames(state, kLargeFrame); });
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    R8XDCAMParser_ResetSysInterface();
-    LeaveWorker();
-    return 0;
 }
 
 } // namespace
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    try {
-        return nqp2::bench::Main(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "bench_worker: %s\n", error.what());
-        return 1;
-    }
+    const int status = nqp2::bench::Run(argc, argv, 2, "NQP2-WORKER FOLDER [MEGABYTES]",
+                                        nqp2::bench::RegisterAll);
+    R8XDCAMParser_ResetSysInterface();
+    nqp2::LeaveWorker();
+    return status;
 }

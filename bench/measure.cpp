@@ -3,22 +3,23 @@
 
 #include "bench/measure.h"
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <exception>
 
 namespace nqp2::bench {
 
-int Run(int argc, char** argv, void (*add)(const std::string& argument)) {
+int Run(int argc, char** argv, std::size_t least, const char* usage,
+        const std::function<void(const Arguments&)>& add) {
     benchmark::Initialize(&argc, argv);
-    if (argc < 2) {
-        std::fprintf(stderr, "usage: %s [--benchmark_...] FOLDER...\n", argv[0]);
+    const Arguments arguments(argv + 1, argv + argc);
+    if (arguments.size() < least) {
+        std::fprintf(stderr, "usage: %s [--benchmark_...] %s\n", argv[0], usage);
         return 2;
     }
     try {
-        for (int i = 1; i < argc; ++i) {
-            add(argv[i]);
-        }
+        add(arguments);
         benchmark::RunSpecifiedBenchmarks();
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
@@ -26,6 +27,12 @@ int Run(int argc, char** argv, void (*add)(const std::string& argument)) {
     }
     benchmark::Shutdown();
     return 0;
+}
+
+int RunOnEach(int argc, char** argv, void (*add)(const std::string& folder)) {
+    return Run(argc, argv, 1, "FOLDER...", [add](const Arguments& folders) {
+        std::for_each(folders.begin(), folders.end(), add);
+    });
 }
 
 } // namespace nqp2::bench

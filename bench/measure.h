@@ -3,28 +3,21 @@
 
 #pragma once
 
-#include "parser/NQP2Parser.h"
-
+#include <functional>
 #include <string>
+#include <vector>
 
-/// What the measuring programs share.
 namespace nqp2::bench {
 
-/// A parser ready to read, released at the end as its contract asks.
-class ReadyParser {
-public:
-    ReadyParser() { m_parser.Init(); }
-    ~ReadyParser() { m_parser.Release(); }
-    ReadyParser(const ReadyParser&) = delete;
-    ReadyParser& operator=(const ReadyParser&) = delete;
-    CNQP2Parser* operator->() { return &m_parser; }
+using Arguments = std::vector<std::string>;
 
-private:
-    CNQP2Parser m_parser;
-};
+/// The body of a main function: lets `add` register the benchmarks for the arguments that are no
+/// options and runs them all. What is thrown becomes a line on standard error. Returns the exit
+/// status; 2 for fewer than `least` arguments, which `usage` names.
+int Run(int argc, char** argv, std::size_t least, const char* usage,
+        const std::function<void(const Arguments&)>& add);
 
-/// The body of a main function: lets `add` register the benchmarks of each argument that is no
-/// option and runs them all. Returns the exit status.
-int Run(int argc, char** argv, void (*add)(const std::string& argument));
+/// The same for programs that measure each folder by itself.
+int RunOnEach(int argc, char** argv, void (*add)(const std::string& folder));
 
 } // namespace nqp2::bench

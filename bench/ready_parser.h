@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "parser/NQP2Parser.h"
+
+namespace nqp2::bench {
+
+/// A parser ready to read, released at the end as its contract asks.
+class ReadyParser {
+public:
+    ReadyParser() { m_parser.Init(); }
+    ~ReadyParser() { m_parser.Release(); }
+    ReadyParser(const ReadyParser&) = delete;
+    ReadyParser& operator=(const ReadyParser&) = delete;
+    CNQP2Parser* operator->() { return &m_parser; }
+
+private:
+    CNQP2Parser m_parser;
+};
+
+} // namespace nqp2::bench
