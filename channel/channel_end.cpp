@@ -9,15 +9,25 @@
 #include <bit>
 #include <poll.h>
 #include <sys/socket.h>
+#include <thread>
 
 namespace nqp2::channel {
 namespace {
 
 constexpr int kAbortSlice = 20; ///< milliseconds until an abort flag is looked at again
 constexpr std::size_t kMaxOffers = 64;
+/// How long after a packet the next one is watched for before a thread falls asleep: what a short
+/// answer takes, or reading a video frame. Falling asleep and waking up would cost as much again.
+constexpr std::chrono::microseconds kAlert(100);
 
 constexpr std::uint32_t BitOf(std::uint32_t slot) {
     return 1U << slot;
+}
+
+/// Who watches while the peer could run on this very processor delays what it watches for.
+bool HasProcessorsToSpare() {
+    static const bool hasSeveral = std::thread::hardware_concurrency() > 1;
+    return hasSeveral;
 }
 
 bool AsksToAbort(std::int32_t* abortFlag) {
@@ -80,6 +90,7 @@ ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std:
     }
     m_sent |= BitOf(*m_granted);
     m_granted.reset();
+    StayAlert();
     return kChannelDone;
 }
 
@@ -229,13 +240,26 @@ void ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
         return;
     }
     m_isPolling = true;
+    const Clock::time_point alertUntil = m_alertUntil;
     lock.unlock();
     pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0}, {m_link.peer->Watch(), POLLIN, 0}};
-    poll(watched, std::size(watched), milliseconds);
+    bool hasNews = false;
+    while (!hasNews && Clock::now() < alertUntil) {
+        hasNews = poll(watched, std::size(watched), 0) != 0;
+    }
+    if (!hasNews) {
+        poll(watched, std::size(watched), milliseconds);
+    }
     lock.lock();
     m_isPolling = false;
     m_hasPeerEnded = m_hasPeerEnded || watched[1].revents != 0;
     m_changed.notify_all();
+}
+
+void ChannelEnd::StayAlert() {
+    if (HasProcessorsToSpare()) {
+        m_alertUntil = Clock::now() + kAlert;
+    }
 }
 
 bool ChannelEnd::ReadOne() {

@@ -7,6 +7,7 @@
 #include "channel/link.h"
 #include "channel/SysInterface.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <list>
 #include <memory>
@@ -62,6 +63,7 @@ private:
         Link link;
     };
     using Lock = std::unique_lock<std::mutex>;
+    using Clock = std::chrono::steady_clock;
 
     std::shared_ptr<ChannelEnd> Open(std::uint32_t channelId, Sizes sizes, TimeOuts timeOuts);
     std::shared_ptr<ChannelEnd> Take(std::uint32_t channelId, TimeOuts timeOuts);
@@ -69,6 +71,8 @@ private:
     template <class Ready>
     ChannelStatus Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag, Ready ready);
     void WaitForNews(Lock& lock, int milliseconds);
+    /// The peer is at work for us.
+    void StayAlert();
     /// Reads one packet if one is there.
     bool ReadOne();
     /// False when no honest peer would have sent that.
@@ -89,6 +93,7 @@ private:
     bool m_isClosed = false;  ///< from this side
     bool m_isDead = false;    ///< no packet comes any more
     bool m_hasPeerEnded = false;
+    Clock::time_point m_alertUntil; ///< until then waiting threads stay awake
 
     // Slots as bits.
     std::uint32_t m_free;        ///< may be granted
