@@ -47,7 +47,12 @@ public:
     wchar_t operator[](int index) const noexcept { return GetAt(index); }
     /// Changes one element; an index outside the text changes nothing.
     void SetAt(int index, wchar_t ch);
-    void Empty() noexcept;
+    void Empty() noexcept {
+        if (m_text != kEmpty) {
+            LetGo();
+            m_text = kEmpty;
+        }
+    }
 
     /// Room for at least `length` elements and the terminating zero, holding the present text, to
     /// be written to until ReleaseBuffer. Belongs to this object alone.

@@ -193,10 +193,6 @@ void CString::SetAt(int index, wchar_t ch) {
     }
 }
 
-void CString::Empty() noexcept {
-    Release(std::exchange(m_text, EmptyText()));
-}
-
 wchar_t* CString::GetBuffer(int length) {
     const std::wstring_view present = View();
     const std::size_t capacity =

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 #include <iterator>
 #include <locale.h>
@@ -120,7 +121,28 @@ std::wstring OneCharacter(std::uint64_t code) {
     return std::wstring(1, static_cast<wchar_t>(code <= 0x10FFFF ? code : 0xFFFD));
 }
 
+std::wstring Digits(const FormatArgument& argument) {
+    std::array<char, 24> buffer;
+    char* const end = buffer.data() + buffer.size();
+    const auto written = argument.GetKind() == Kind::Unsigned
+                             ? std::to_chars(buffer.data(), end, argument.Unsigned())
+                             : std::to_chars(buffer.data(), end, argument.Signed());
+    return {buffer.data(), written.ptr};
+}
+
+/// Most numbers are written plain or filled up with zeros: dates, timecodes and names, of every
+/// record.
 std::wstring Decimal(const Directive& directive, const FormatArgument& argument) {
+    const auto width = static_cast<std::size_t>(directive.width);
+    if (directive.precision < 0 && (directive.flags.empty() || directive.flags == "0")) {
+        std::wstring digits = Digits(argument);
+        if (digits.size() < width) {
+            const bool zeros = !directive.flags.empty();
+            const std::size_t front = zeros && digits.front() == L'-' ? 1 : 0;
+            digits.insert(front, width - digits.size(), zeros ? L'0' : L' ');
+        }
+        return digits;
+    }
     if (argument.GetKind() == Kind::Unsigned) {
         return Printed(directive, "llu", static_cast<unsigned long long>(argument.Unsigned()));
     }

@@ -104,14 +104,27 @@ bool Tree::Insert(Node& parent, Node& child, Node* before) {
         (&parent == m_document && !MayStandInDocument(*this, child))) {
         return false;
     }
-    Node* const after = before != nullptr ? before->previous : parent.lastChild;
+    if (before == nullptr) {
+        Append(parent, child);
+        return true;
+    }
     child.parent = &parent;
-    child.previous = after;
+    child.previous = before->previous;
     child.next = before;
-    (after != nullptr ? after->next : parent.firstChild) = &child;
-    (before != nullptr ? before->previous : parent.lastChild) = &child;
+    (before->previous != nullptr ? before->previous->next : parent.firstChild) = &child;
+    before->previous = &child;
     ++m_version;
     return true;
+}
+
+void Tree::Append(Node& parent, Node& child) {
+    Node* const last = parent.lastChild;
+    child.parent = &parent;
+    child.previous = last;
+    child.next = nullptr;
+    (last != nullptr ? last->next : parent.firstChild) = &child;
+    parent.lastChild = &child;
+    ++m_version;
 }
 
 void Tree::Unlink(Node& node) {

@@ -48,6 +48,8 @@ public:
     /// false, with nothing changed, for a second document element or characters beside it, for a
     /// parent that takes no children and a `before` that is none of them.
     bool Insert(Node& parent, Node& child, Node* before);
+    /// The same at the end of a parent that is known to take the child.
+    void Append(Node& parent, Node& child);
     /// Takes the node out of its parent; it stays valid.
     void Unlink(Node& node);
     /// Adds an attribute behind `last` (null: as the first); its name must be new to the element.

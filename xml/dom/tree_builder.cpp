@@ -159,7 +159,9 @@ void TreeBuilder::OnStartElement(void* context, const xmlChar* localName, const 
         builder.FlushText();
         Node& element = builder.NewElement(localName, prefix, uri);
         builder.Append(element);
-        builder.AddAttributes(element, namespaceCount, namespaces, attributeCount, attributes);
+        if (namespaceCount + attributeCount > 0) {
+            builder.AddAttributes(element, namespaceCount, namespaces, attributeCount, attributes);
+        }
         builder.m_current = &element;
     });
 }
@@ -232,7 +234,11 @@ void TreeBuilder::OnError(void* context, xmlErrorPtr error) {
 }
 
 void TreeBuilder::Append(Node& node) {
-    m_tree->Insert(*m_current, node, nullptr);
+    if (m_current->type == NodeType::Element) {
+        m_tree->Append(*m_current, node);
+    } else {
+        m_tree->Insert(*m_current, node, nullptr);
+    }
 }
 
 void TreeBuilder::AddText(std::string_view piece) {
