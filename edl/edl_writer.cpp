@@ -14,7 +14,7 @@
 #include "platform/PathText.h"
 #include "platform/unicode.h"
 #include "xml/MarkupMSXML.h"
-#include "xml/NQXmlParser.h"
+#include "xml/metadata_writer.h"
 
 #include <cstdint>
 #include <optional>
@@ -74,16 +74,13 @@ std::optional<Reference> FindReference(const CString& clipFolder, const tag_P2ED
     return std::nullopt;
 }
 
-/// Builds the document; remembers whether any step failed, so that the tree reads as a tree.
-class Writer {
+class Writer : xml::MetadataWriter {
 public:
     Writer(const tag_P2EDL& edl, const Reference& reference)
-        : m_edl(edl), m_reference(reference),
-          m_rate(media::NominalRate(reference.frameRate.View())) {}
+        : MetadataWriter(CodeTypeFromCodec(reference.codec, L"50i", 0, L"50"), 1), m_edl(edl),
+          m_reference(reference), m_rate(media::NominalRate(reference.frameRate.View())) {}
 
     bool Write() {
-        const eCodeType codeType = CodeTypeFromCodec(m_reference.codec, L"50i", 0, L"50");
-        m_sound = m_builder.CreateP2MainRoot(codeType, 1) != 0;
         Open(L"EditContent");
         WriteHead();
         Open(L"TrackList");
@@ -92,10 +89,10 @@ public:
         for (const tag_P2EDLClipTrackEvent& event : m_edl.Events) {
             WriteEvent(event);
         }
-        return m_sound;
+        return IsSound();
     }
 
-    bool Save(const CString& path) { return m_builder.SaveXml(path) != 0; }
+    bool Save(const CString& path) { return Builder().SaveXml(path) != 0; }
 
 private:
     void WriteHead() {
@@ -111,8 +108,8 @@ private:
 
     void WriteEvent(const tag_P2EDLClipTrackEvent& event) {
         CString identifier;
-        m_sound = m_sound && media::IdentifierForGuidText(platform::GuidText(event.GlobalClipGuid),
-                                                          event.Note, identifier);
+        Require(media::IdentifierForGuidText(platform::GuidText(event.GlobalClipGuid), event.Note,
+                                             identifier));
         const std::int64_t last = std::int64_t{event.SourceOffset} + event.Duration - 1;
         Open(L"Event");
         Number(L"Offset", event.Offset);
@@ -128,26 +125,9 @@ private:
         Close();
     }
 
-    void Open(const wchar_t* name) {
-        m_sound = m_sound && m_builder.AddChildElement(name, L"", L"") != 0;
-    }
-    void Close() { m_sound = m_sound && m_builder.BackToParent() != 0; }
-    void Text(const wchar_t* name, const CString& value, const wchar_t* attribute = L"",
-              const wchar_t* attributeValue = L"") {
-        m_sound =
-            m_sound && m_builder.AddChildTextNode(name, value, attribute, attributeValue) != 0;
-    }
-    void Number(const wchar_t* name, std::int32_t value) {
-        CString text;
-        text.Format(L"%d", value);
-        Text(name, text);
-    }
-
     const tag_P2EDL& m_edl;
     const Reference& m_reference;
     int m_rate;
-    CNQXmlParser m_builder;
-    bool m_sound = true;
 };
 
 /// The name with an extension; looked for with its case, so that ".XML" gains a second: kept.

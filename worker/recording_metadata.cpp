@@ -9,7 +9,7 @@
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
 #include "xml/dom/serialize.h"
-#include "xml/NQXmlParser.h"
+#include "xml/metadata_writer.h"
 
 #include <iterator>
 
@@ -24,13 +24,12 @@ CString FreshIdentifier(const GUID& guid) {
     return identifier;
 }
 
-/// Remembers whether any step failed, so that the document reads as a document.
-class Writer {
+class Writer : xml::MetadataWriter {
 public:
-    explicit Writer(const RecordedClip& clip) : m_clip(clip) {}
+    explicit Writer(const RecordedClip& clip)
+        : MetadataWriter(clip.format->type, 0), m_clip(clip) {}
 
     bool Write(std::string& xml) {
-        m_sound = m_builder.CreateP2MainRoot(m_clip.format->type, 0) != 0;
         Open(L"ClipContent");
         Text(L"ClipName", m_clip.name);
         Text(L"GlobalClipID", FreshIdentifier(platform::NewGuid()));
@@ -42,10 +41,10 @@ public:
         }
         WriteClipMetadata();
         Close();
-        if (m_sound) {
-            xml = dom::Serialize(*m_builder.GetDocumentPtr()->DocumentNode());
+        if (IsSound()) {
+            xml = dom::Serialize(*Builder().GetDocumentPtr()->DocumentNode());
         }
-        return m_sound;
+        return IsSound();
     }
 
 private:
@@ -129,24 +128,7 @@ private:
         Close();
     }
 
-    void Open(const wchar_t* name, const wchar_t* attribute = L"", const wchar_t* value = L"") {
-        m_sound = m_sound && m_builder.AddChildElement(name, attribute, value) != 0;
-    }
-    void Close() { m_sound = m_sound && m_builder.BackToParent() != 0; }
-    void Text(const wchar_t* name, const CString& value, const wchar_t* attribute = L"",
-              const wchar_t* attributeValue = L"") {
-        m_sound =
-            m_sound && m_builder.AddChildTextNode(name, value, attribute, attributeValue) != 0;
-    }
-    void Number(const wchar_t* name, std::int64_t value) {
-        CString text;
-        text.Format(L"%d", value);
-        Text(name, text);
-    }
-
     const RecordedClip& m_clip;
-    CNQXmlParser m_builder;
-    bool m_sound = true;
 };
 
 /// The number that the frame bears when `dropped` numbers are left out each minute but every tenth.
