@@ -6,8 +6,8 @@
 
 #include "bench/measure.h"
 #include "bench/plain_read.h"
-#include "bench/ready_parser.h"
 #include "parser/NQP2Parser.h"
+#include "parser/ReadyParser.h"
 #include "platform/PathText.h"
 
 #include <benchmark/benchmark.h>

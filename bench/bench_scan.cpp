@@ -6,8 +6,8 @@
 
 #include "bench/measure.h"
 #include "bench/plain_read.h"
-#include "bench/ready_parser.h"
 #include "parser/NQP2Parser.h"
+#include "parser/ReadyParser.h"
 #include "platform/file_system.h"
 #include "platform/PathText.h"
 #include "tests/support/faulty_file_system.h"

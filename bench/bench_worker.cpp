@@ -8,13 +8,13 @@
 //     bench_worker [--benchmark_...] NQP2-WORKER FOLDER [MEGABYTES]
 
 #include "bench/measure.h"
-#include "bench/ready_parser.h"
 #include "bench/two_processes.h"
 #include "bridge/message_ids.h"
 #include "bridge/messages.h"
 #include "bridge/R8P2SysInterface.h"
 #include "bridge/R8P2TransInfo.h"
 #include "channel/Channel.h"
+#include "parser/ReadyParser.h"
 #include "platform/descriptor.h"
 #include "platform/TextBytes.h"
 
@@ -162,9 +162,15 @@ void Frames(benchmark::State& state, std::uint32_t length) {
     }
 }
 
-/// Processor time in a second in which a parser, its proxy and its servers have nothing to do.
+void SetInterface() {
+    R8P2Parser_SetSysInterface(HostInterface().systemObject, HostInterface().table);
+}
+
+/// Processor time in a second in which a parser, its proxy and all servers have nothing to do.
 void Idle(benchmark::State& state, const std::string& program) {
     const WorkerStatus worker = UseWorker({.program = program});
+    R8XDCAMParser_ResetSysInterface();
+    SetInterface(); // the process's own server finds a worker now
     int context = 0;
     ReadyParser parser;
     parser->SetImpCallBack([](std::uint32_t, std::uint32_t, std::int32_t&, void*) {}, &context);
@@ -283,7 +289,7 @@ void RegisterAll(const Arguments& arguments) {
     const auto clip = std::make_shared<LargeClip>(
         std::filesystem::absolute(arguments[1]).string() + "/large-clip", megabytes * kMegabyte);
     // Nobody listens yet: no server of the process itself, as parsers have their own.
-    R8P2Parser_SetSysInterface(HostInterface().systemObject, HostInterface().table);
+    SetInterface();
     Register("worker/copy_floor", [clip](benchmark::State& state) {
         CopyAndCompareFloor(state, *clip);
     })->Iterations(1);
@@ -307,8 +313,8 @@ void RegisterAll(const Arguments& arguments) {
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    const int status = nqp2::bench::Run(argc, argv, 2, "NQP2-WORKER FOLDER [MEGABYTES]",
-                                        nqp2::bench::RegisterAll);
+    const int status =
+        nqp2::bench::Run(argc, argv, 2, "NQP2-WORKER FOLDER [MEGABYTES]", nqp2::bench::RegisterAll);
     R8XDCAMParser_ResetSysInterface();
     nqp2::LeaveWorker();
     return status;

@@ -125,13 +125,20 @@ Outcome EssenceFile::Failed(int error) const {
                : Failure("write", m_path, failure);
 }
 
+Outcome EssenceFile::Open() {
+    if (const auto status = platform::Files().Create(m_path, m_writer); !status) {
+        return Failure("write", m_path, status);
+    }
+    m_muxer = std::make_unique<Muxer>(*m_writer);
+    return {};
+}
+
 Outcome EssenceFile::CreateVideo(const std::string& path, const VideoFormat& format,
                                  std::unique_ptr<EssenceFile>& file) {
     file.reset(new EssenceFile(path));
-    if (const auto status = platform::Files().Create(path, file->m_writer); !status) {
-        return Failure("write", path, status);
+    if (Outcome outcome = file->Open(); !outcome) {
+        return outcome;
     }
-    file->m_muxer = std::make_unique<Muxer>(*file->m_writer);
     AVStream& stream = file->m_muxer->Stream();
     AVCodecParameters& codec = *stream.codecpar;
     codec.codec_type = AVMEDIA_TYPE_VIDEO;
@@ -153,10 +160,9 @@ Outcome EssenceFile::CreateVideo(const std::string& path, const VideoFormat& for
 Outcome EssenceFile::CreateSound(const std::string& path, const SoundFormat& format,
                                  std::unique_ptr<EssenceFile>& file) {
     file.reset(new EssenceFile(path));
-    if (const auto status = platform::Files().Create(path, file->m_writer); !status) {
-        return Failure("write", path, status);
+    if (Outcome outcome = file->Open(); !outcome) {
+        return outcome;
     }
-    file->m_muxer = std::make_unique<Muxer>(*file->m_writer);
     AVStream& stream = file->m_muxer->Stream();
     AVCodecParameters& codec = *stream.codecpar;
     codec.codec_type = AVMEDIA_TYPE_AUDIO;

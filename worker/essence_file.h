@@ -68,6 +68,7 @@ private:
     struct Muxer;
 
     explicit EssenceFile(std::string path);
+    Outcome Open();
     Outcome Begin();
     /// Bytes of sound that belong to the next frame of video.
     [[nodiscard]] std::size_t NextSoundSize() const;

@@ -3,26 +3,12 @@
 
 #pragma once
 
-#include "parser/NQP2Parser.h"
+#include "parser/ReadyParser.h"
 #include "platform/CString.h"
 
 #include <string>
 
 namespace nqp2::tool {
-
-/// A parser that is ready to read and is released when it goes.
-class ReadyParser {
-public:
-    ReadyParser() { m_parser.Init(); }
-    ~ReadyParser() { m_parser.Release(); }
-    ReadyParser(const ReadyParser&) = delete;
-    ReadyParser& operator=(const ReadyParser&) = delete;
-
-    CNQP2Parser* operator->() { return &m_parser; }
-
-private:
-    CNQP2Parser m_parser;
-};
 
 /// Whether a text names a drive ("E", "E:", "E:\\copies") whose letter the drive table knows.
 bool IsMappedDrive(const CString& text);

@@ -5,19 +5,20 @@
 
 #include "parser/NQP2Parser.h"
 
-namespace nqp2::bench {
+namespace nqp2 {
 
-/// A parser ready to read, released at the end as its contract asks.
+/// A parser that is ready to read and is released when it goes, as its contract asks.
 class ReadyParser {
 public:
     ReadyParser() { m_parser.Init(); }
     ~ReadyParser() { m_parser.Release(); }
     ReadyParser(const ReadyParser&) = delete;
     ReadyParser& operator=(const ReadyParser&) = delete;
+
     CNQP2Parser* operator->() { return &m_parser; }
 
 private:
     CNQP2Parser m_parser;
 };
 
-} // namespace nqp2::bench
+} // namespace nqp2
