@@ -13,14 +13,10 @@
 
 using nqp2::avchd::Omission;
 using nqp2::media::kCannotRead;
-using nqp2::media::kRead;
+using nqp2::media::StatusOf;
 using nqp2::platform::Guarded;
 
 namespace {
-
-__int64 StatusOf(bool done) {
-    return done ? kRead : kCannotRead;
-}
 
 int ReadClip(const CString& root, const CString& name, const nqp2::avchd::ClipFiles& files,
              _tag_P2Clip& clip) {

@@ -16,13 +16,10 @@
 using nqp2::edl::EditListFolder;
 using nqp2::media::kCannotRead;
 using nqp2::media::kRead;
+using nqp2::media::StatusOf;
 using nqp2::platform::Guarded;
 
 namespace {
-
-__int64 StatusOf(bool done) {
-    return done ? kRead : kCannotRead;
-}
 
 __int64 Save(CMarkupMSXML* reader, const CString& root, const nqp2::edl::EditListPlace& place,
              const tag_P2EDL& edl, CString& saved) {

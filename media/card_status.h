@@ -11,4 +11,8 @@ namespace nqp2::media {
 inline constexpr __int64 kRead = 0;
 inline constexpr __int64 kCannotRead = 1;
 
+constexpr __int64 StatusOf(bool done) {
+    return done ? kRead : kCannotRead;
+}
+
 } // namespace nqp2::media
