@@ -419,6 +419,9 @@ TEST_F(XmlLoad, SchemaThatIsNoneRefusesEverything) {
     m_folder.MakeFolder("render.xsd");
     EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 0) << "a folder of that name is there";
     std::filesystem::remove(m_folder.Path("render.xsd"));
+    EXPECT_EQ(m_builder.SetXml(L"<r>x</r>"), 1);
+    m_folder.Write("Render.XSD", kSchema);
+    EXPECT_EQ(m_builder.SetXml(L"<r>x</r>"), 0) << "any letter case";
     EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 1);
 }
 
