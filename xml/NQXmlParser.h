@@ -31,7 +31,8 @@ public:
     /// P2Main with a declaration and the namespace of edit lists, or of clips of that code type.
     /// Where a code type has none, the namespace of the document before stays in use for children.
     int CreateP2MainRoot(eCodeType codeType, int bEditList);
-    /// EPRINFO with a child EPRTYPE that holds `eprType`.
+    /// EPRINFO with a child EPRTYPE that holds `eprType`; empty, and the result 0, for a text that XML
+    /// cannot hold.
     int CreateEPRRoot(CString eprType);
     /// A root without declaration or namespace, in place of the present one.
     int CreateRoot(CString name);

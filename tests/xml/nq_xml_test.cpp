@@ -79,6 +79,11 @@ TEST(XmlBuild, ExactTextOfEachRoot) {
               L"</EPRINFO>\r\n");
     EXPECT_EQ(builder.GetNodeAttribute(L"//EPRINFO", L"noNamespaceSchemaLocation"), L"render.xsd");
 
+    EXPECT_EQ(builder.CreateEPRRoot(L"\x01"), 0);
+    EXPECT_EQ(builder.GetNode(L"EPRINFO[EPRTYPE='']").IsEmpty(), 0) << "the new root stands";
+    EXPECT_EQ(Child(builder, L"after"), 1);
+    EXPECT_EQ(builder.GetNode(L"EPRINFO/*[2]").IsEmpty(), 0) << "with the cursor on it";
+
     ASSERT_EQ(builder.CreateRoot(L"x"), 1);
     EXPECT_EQ(Xml(builder), L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<x/>\r\n")
         << "takes the present root's place and nothing else";
@@ -165,7 +170,6 @@ TEST(XmlBuild, WhatCannotBeMadeIsRefused) {
         EXPECT_EQ(builder.AddChildElement(name, attribute, value), 0) << CString(name);
     }
     EXPECT_EQ(builder.CreateRoot(L"a b"), 0);
-    EXPECT_EQ(builder.CreateEPRRoot(L"\x01"), 0);
     EXPECT_EQ(Child(builder, L"after"), 1);
     EXPECT_EQ(BelowRoot(builder), L"<after/>") << "the cursor never moved";
 
