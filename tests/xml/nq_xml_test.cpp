@@ -193,7 +193,7 @@ TEST(XmlBuild, WayBackIsTenLevelsLong) {
     }
     EXPECT_EQ(TextChild(builder, L"deepest", L""), 1);
     CNQXmlParser copy = builder;
-    EXPECT_EQ(copy.BackToParent(), 1);
+    EXPECT_EQ(copy.AddParam(L"n", 1), 1) << "though its parent is not remembered";
     EXPECT_EQ(Child(copy, L"tenth"), 1) << "the tenth parent, not the eleventh";
     for (int i = 0; i < 10; ++i) {
         EXPECT_EQ(builder.BackToParent(), 1) << i;
@@ -201,7 +201,8 @@ TEST(XmlBuild, WayBackIsTenLevelsLong) {
     EXPECT_EQ(builder.BackToParent(), 0);
     EXPECT_EQ(Child(builder, L"back"), 1);
     EXPECT_EQ(BelowRoot(builder),
-              L"<a><b><c><d><e><f><g><h><i><j><k><deepest></deepest></k></j><tenth/></i>"
+              L"<a><b><c><d><e><f><g><h><i><j><k><deepest></deepest><PARAM><NAME>n</NAME>"
+              L"<VALUE>1</VALUE></PARAM></k></j><tenth/></i>"
               L"</h></g></f></e></d></c></b></a><back/>");
 }
 
