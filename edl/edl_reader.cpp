@@ -231,16 +231,25 @@ public:
 
     /// The picture's path as the record shows it; empty when there is none.
     [[nodiscard]] CString Beside(const platform::FoundFile& file) const {
-        const platform::FolderEntry* const holder =
-            m_index.Find(platform::NameBytesFromText(file.title.View()));
-        const bool found = holder != nullptr && holder->kind == platform::EntryKind::Folder &&
-                           platform::PathExists(FolderOf(file) + holder->name + "/ICON.BMP");
+        const std::optional<std::string> holder = HolderOf(file);
+        const bool found = holder && platform::PathExists(FolderOf(file) + *holder + "/ICON.BMP");
         constexpr int kExtension = 4;
         return found ? file.path.Left(file.path.GetLength() - kExtension) + L"\\ICON.BMP"
                      : CString();
     }
 
 private:
+    /// The folder with the list's name, as it is spelled there. A list without a name (".XML") shares
+    /// the lists' own folder.
+    [[nodiscard]] std::optional<std::string> HolderOf(const platform::FoundFile& file) const {
+        if (file.title.IsEmpty()) {
+            return "";
+        }
+        const platform::FolderEntry* const entry =
+            m_index.Find(platform::NameBytesFromText(file.title.View()));
+        const bool holds = entry != nullptr && entry->kind == platform::EntryKind::Folder;
+        return holds ? std::optional(entry->name) : std::nullopt;
+    }
     /// As it stands, so that a picture is found at the first question.
     static std::string FolderOf(const platform::FoundFile& file) {
         return file.posixPath.substr(0, file.posixPath.find_last_of('/') + 1);

@@ -128,14 +128,13 @@ int CNQXmlParser::CreateP2MainRoot(eCodeType codeType, int bEditList) {
 
 int CNQXmlParser::CreateEPRRoot(CString eprType) {
     return DomGuarded(0, [&] {
-        const std::string type = Checked(eprType);
         StartDocument(kRenderDeclaration, "EPRINFO");
         Tree& tree = *m_pCurrentNode->tree;
         tree.SetAttribute(*m_pCurrentNode, "xsi:noNamespaceSchemaLocation", "render.xsd",
                           kXsiNamespace);
         Node& child = tree.CreateElement("EPRTYPE", {});
-        AppendText(child, type);
         tree.Insert(*m_pCurrentNode, child, nullptr);
+        AppendText(child, Checked(eprType));
         return 1;
     });
 }

@@ -3,6 +3,7 @@
 
 #include "xml/NQXmlParser.h"
 
+#include "platform/case_blind.h"
 #include "platform/ComError.h"
 #include "platform/diagnostics.h"
 #include "platform/file_system.h"
@@ -22,6 +23,7 @@ using nqp2::dom::Document;
 using nqp2::dom::Node;
 using nqp2::dom::ParseError;
 using nqp2::dom::SelectionRule;
+using nqp2::platform::FindExisting;
 using nqp2::platform::IoError;
 using nqp2::platform::IoStatus;
 using nqp2::platform::OutputDebugStringW;
@@ -77,8 +79,9 @@ int CNQXmlParser::SetXml(_bstr_t xml) {
 
 void CNQXmlParser::FitsRenderSchema() {
     std::string schema;
-    const IoStatus status =
-        nqp2::platform::Files().Read(kRenderSchema, nqp2::MaxXmlFileSize(), schema);
+    // Asked for under its own name where none is found, so that the reason is known.
+    const std::string path = FindExisting(kRenderSchema).value_or(kRenderSchema);
+    const IoStatus status = nqp2::platform::Files().Read(path, nqp2::MaxXmlFileSize(), schema);
     if (status.error == IoError::NotFound || status.error == IoError::Denied) {
         return;
     }

@@ -211,6 +211,34 @@ TEST_F(EdlReaderTest, PicturesAreFoundWithoutASearchForEachList) {
     EXPECT_LT(counter.Calls(), 3 * kLists) << "a date and a reading for each";
 }
 
+TEST_F(EdlReaderTest, AListWithoutNameHasItsPictureInTheFolderItself) {
+    AddEdl(".XML");
+    EXPECT_EQ(LoadOnly().IconPath, L"");
+    m_card.Folder().Write("EDITLIST/icon.bmp");
+    EXPECT_EQ(LoadOnly().IconPath, m_card.Root() + L"\\EDITLIST\\\\ICON.BMP");
+}
+
+TEST_F(EdlReaderTest, RecordsComeInTheFoldersOrderEachWithItsOwnContent) {
+    for (int i = 1; i <= 6; ++i) { // pipes, which are not opened, stand in between
+        AddEdl("P00" + std::to_string(i) + ".XML", {{"Duration", std::to_string(i)}});
+        const std::string pipe = "EDITLIST/P10" + std::to_string(i) + ".XML";
+        ASSERT_EQ(mkfifo(m_card.Folder().Path(pipe).c_str(), 0600), 0);
+    }
+    std::vector<std::pair<CString, std::int32_t>> expected;
+    std::vector<std::pair<CString, std::int32_t>> read;
+    for (const auto& entry :
+         std::filesystem::directory_iterator(m_card.Folder().Path("EDITLIST"))) {
+        if (entry.is_regular_file()) {
+            const std::string title = entry.path().stem().string();
+            expected.emplace_back(platform::TextFromUtf8(title), title.back() - '0');
+        }
+    }
+    for (const tag_P2EDL& edl : Load()) {
+        read.emplace_back(edl.Name, edl.Duration);
+    }
+    EXPECT_EQ(read, expected);
+}
+
 TEST_F(EdlReaderTest, CardsWithoutFolderOrParsersWithoutDocumentAreTold) {
     CArray<tag_P2EDL> edls;
     EXPECT_EQ(m_parser.LoadEdl(m_card.Root(), edls), 1);

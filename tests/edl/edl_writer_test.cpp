@@ -81,6 +81,7 @@ TEST_F(EdlWriterTest, TheClassIsWrittenForOneCodecAlone) {
         {"AVC-I_1080/25p", "50", "<Codec>AVC-I_1080/25p</Codec>"},
         {"AVC-I_720/50p", "50", "<Codec>AVC-I_720/50p</Codec>"},
         {"AVC-I_720/59.94p", "50", "<Codec>AVC-I_720/59.94p</Codec>"},
+        {"avc-i_1080/50i", "50", "<Codec>avc-i_1080/50i</Codec>"},
         {"DV25_411", "50", "<Codec>DV25_411</Codec>"},
     };
     for (const auto& [codec, codecClass, element] : rows) {
@@ -128,6 +129,22 @@ TEST_F(EdlWriterTest, TheReferenceIsTheFirstClipThatIsThereAndFits) {
     m_card.AddFile("CLIP/0002AA.XML", "broken");
     EXPECT_EQ(Save(edl), 1) << "a clip that does not load ends the search";
     EXPECT_THAT(FilesInFolder(), ElementsAre("written.xml"));
+}
+
+TEST_F(EdlWriterTest, ClipsAreKnownByTheIdentifiersLast32Digits) {
+    AddClip("0001AA");
+    const std::pair<const wchar_t*, __int64> rows[] = {
+        {L"060a2b340101010501010d4313000000798ae7c6a09e4b6fa5a11f6e2d08e5c0", 0},
+        {L"060A2B34FFFFFFFFFFFFFFFF00000000798AE7C6A09E4B6FA5A11F6E2D08E5C0", 0},
+        {L"798AE7C6A09E4B6FA5A11F6E2D08E5C0", 0},
+        {L"060A2B340101010501010D4313000000798AE7C6A09E4B6FA5A11F6E2D08E5C1", 1},
+        {L"", 1},
+    };
+    for (const auto& [identifier, result] : rows) {
+        tag_P2EDL edl;
+        edl.Events.Add(Event(L"0001AA", identifier));
+        EXPECT_EQ(Save(edl, L"x"), result) << CString(identifier);
+    }
 }
 
 TEST_F(EdlWriterTest, GivenNamesGainAnExtensionUnlessTheyHoldIt) {
@@ -195,6 +212,11 @@ TEST_F(EdlWriterTest, FailuresLeaveNothingButTheFolder) {
     EXPECT_TRUE(FilesInFolder().empty()) << "the folder was made";
     AddClip("0001AA");
     EXPECT_EQ(Save(tag_P2EDL()), 1) << "no events";
+    tag_P2EDL unwritable = edl;
+    unwritable.Events[0].P2SerialNo = L"\x01";
+    EXPECT_EQ(Save(unwritable), 1) << "XML cannot hold the text";
+    EXPECT_EQ(Save(unwritable, L"x"), 1);
+    EXPECT_TRUE(FilesInFolder().empty());
     for (int number = 1; number <= 999; ++number) {
         AddFile("P" + std::to_string(number) + ".XML", "");
     }
@@ -289,11 +311,14 @@ TEST_F(EdlNameTest, Behind999TheLowestGapIsTaken) {
 
 TEST_F(EdlNameTest, AFolderOf999IsFullAndOneOfMoreGoesOnAbove) {
     AddNumbers(1, 998);
-    EXPECT_EQ(NewName(), "P999AB.XML");
+    AddFile("other.xml", "");
+    EXPECT_EQ(NewName(), "P999AB.XML") << "999 files, but room behind the largest number";
     AddNumbers(1000, 1000);
-    EXPECT_EQ(NewName(), "full");
-    AddNumbers(999, 999);
     EXPECT_EQ(NewName(), "P1001AB.XML");
+    std::filesystem::remove(m_card.Folder().Path("EDITLIST/other.xml"));
+    EXPECT_EQ(NewName(), "full");
+    AddNumbers(1001, 1001);
+    EXPECT_EQ(NewName(), "P1002AB.XML") << "999 is not tried";
     AddFile("P99999999999.XML", "");
     EXPECT_EQ(NewName(), "P2147483648AB.XML");
 }

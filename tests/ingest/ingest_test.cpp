@@ -20,6 +20,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 TEST_F(IngestTest, AFreshCardGetsFolderAndFile) {
+    EXPECT_EQ(Add({}), 0);
+    EXPECT_EQ(File(), "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\r\n"
+                      "<Media MediaID=\"P2\"/>\r\n");
     EXPECT_EQ(Add({{L"0002BB", {{INT32_MIN, INT32_MAX}}}, {L"0001AA", {{0, 9}, {20, 29}}}}), 0);
     EXPECT_EQ(File(), "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\r\n"
                       "<Media MediaID=\"P2\">"

@@ -84,6 +84,21 @@ class CardSpaceTest(CardTest):
         self.assertNotIn("fits", other)
         self.assertEqual(other["SizeFor4GB"], counted(0, 0, 1)["SizeFor4GB"])
 
+    def test_the_class_of_the_first_clip_counts(self):
+        cases = (  # codec, class, bytes of a frame (0: not known)
+            ("AVC-I_1080/50i", "50", 288000),
+            ("AVC-I_1080/25p", "50", 288000),
+            ("AVC-I_1080/50i", "100", 576000),
+            ("AVC-I_1080/50i", "200", 0),
+        )
+        for codec, codec_class, frame in cases:
+            with self.subTest(codec=codec, codec_class=codec_class):
+                self.card.add("0001AA", codec=codec, codec_class=codec_class)
+                answer = space(self.card.path, "--frames", 1)
+                fixed = FIXED_INTRA if frame else FIXED
+                self.assertEqual(answer["SpaceForFrames"], fixed + frame + 15360)
+                self.assertEqual("FramesFor4GB" in answer, frame != 0)
+
     def test_an_empty_card_needs_to_be_told_a_format(self):
         self.assert_fails(run("space", self.card.path), 1,
                           f"nqp2: {self.card.path}: no clip tells the card's format "

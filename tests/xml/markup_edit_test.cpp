@@ -283,6 +283,9 @@ TEST_F(MarkupCursor, NamesAreQualifiedAndExact) {
 }
 
 TEST_F(MarkupCursor, ChildSearchStartsAtTheFirstElementWhenThereIsNoMainPosition) {
+    EXPECT_EQ(m_markup.FindChildElem(L"none"), 0);
+    EXPECT_EQ(Where(m_markup), L"r/") << "that much has moved";
+    m_markup.ResetPos();
     EXPECT_EQ(m_markup.FindChildElem(L"b"), 1);
     EXPECT_EQ(Where(m_markup), L"r/b");
     EXPECT_EQ(m_markup.FindChildElem(L"b"), 0);

@@ -79,6 +79,11 @@ TEST(XmlBuild, ExactTextOfEachRoot) {
               L"</EPRINFO>\r\n");
     EXPECT_EQ(builder.GetNodeAttribute(L"//EPRINFO", L"noNamespaceSchemaLocation"), L"render.xsd");
 
+    EXPECT_EQ(builder.CreateEPRRoot(L"\x01"), 0);
+    EXPECT_EQ(builder.GetNode(L"EPRINFO[EPRTYPE='']").IsEmpty(), 0) << "the new root stands";
+    EXPECT_EQ(Child(builder, L"after"), 1);
+    EXPECT_EQ(builder.GetNode(L"EPRINFO/*[2]").IsEmpty(), 0) << "with the cursor on it";
+
     ASSERT_EQ(builder.CreateRoot(L"x"), 1);
     EXPECT_EQ(Xml(builder), L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<x/>\r\n")
         << "takes the present root's place and nothing else";
@@ -165,7 +170,6 @@ TEST(XmlBuild, WhatCannotBeMadeIsRefused) {
         EXPECT_EQ(builder.AddChildElement(name, attribute, value), 0) << CString(name);
     }
     EXPECT_EQ(builder.CreateRoot(L"a b"), 0);
-    EXPECT_EQ(builder.CreateEPRRoot(L"\x01"), 0);
     EXPECT_EQ(Child(builder, L"after"), 1);
     EXPECT_EQ(BelowRoot(builder), L"<after/>") << "the cursor never moved";
 
@@ -189,7 +193,7 @@ TEST(XmlBuild, WayBackIsTenLevelsLong) {
     }
     EXPECT_EQ(TextChild(builder, L"deepest", L""), 1);
     CNQXmlParser copy = builder;
-    EXPECT_EQ(copy.BackToParent(), 1);
+    EXPECT_EQ(copy.AddParam(L"n", 1), 1) << "though its parent is not remembered";
     EXPECT_EQ(Child(copy, L"tenth"), 1) << "the tenth parent, not the eleventh";
     for (int i = 0; i < 10; ++i) {
         EXPECT_EQ(builder.BackToParent(), 1) << i;
@@ -197,7 +201,8 @@ TEST(XmlBuild, WayBackIsTenLevelsLong) {
     EXPECT_EQ(builder.BackToParent(), 0);
     EXPECT_EQ(Child(builder, L"back"), 1);
     EXPECT_EQ(BelowRoot(builder),
-              L"<a><b><c><d><e><f><g><h><i><j><k><deepest></deepest></k></j><tenth/></i>"
+              L"<a><b><c><d><e><f><g><h><i><j><k><deepest></deepest><PARAM><NAME>n</NAME>"
+              L"<VALUE>1</VALUE></PARAM></k></j><tenth/></i>"
               L"</h></g></f></e></d></c></b></a><back/>");
 }
 
@@ -419,6 +424,9 @@ TEST_F(XmlLoad, SchemaThatIsNoneRefusesEverything) {
     m_folder.MakeFolder("render.xsd");
     EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 0) << "a folder of that name is there";
     std::filesystem::remove(m_folder.Path("render.xsd"));
+    EXPECT_EQ(m_builder.SetXml(L"<r>x</r>"), 1);
+    m_folder.Write("Render.XSD", kSchema);
+    EXPECT_EQ(m_builder.SetXml(L"<r>x</r>"), 0) << "any letter case";
     EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 1);
 }
 

@@ -65,11 +65,10 @@ Value MemoRecords(const Clip& clip) {
     return memos;
 }
 Value ClipCodeType(const Clip& clip) {
-    return CodeTypeRecord(
-        CodeTypeFromCodec(clip.CodecName, clip.FrameRate, clip.AvcIntraClass50, clip.CodecClass));
+    return CodeTypeRecord(CodeTypeOf(clip));
 }
 Value ClipStandard(const Clip& clip) {
-    return StandardRecord(StandardFromRateIndex(RateIndexFromText(clip.FrameRate)));
+    return StandardRecord(StandardOf(clip));
 }
 
 constexpr Field<Clip> kClipFields[] = {
@@ -135,6 +134,14 @@ Record EnumRecord(std::int32_t value, std::string name) {
 
 Record ClipRecord(const _tag_P2Clip& clip) {
     return Fields(kClipFields, clip);
+}
+
+eCodeType CodeTypeOf(const _tag_P2Clip& clip) {
+    return CodeTypeFromCodec(clip.CodecName, clip.FrameRate, clip.AvcIntraClass50, clip.CodecClass);
+}
+
+eP2_VIDEO_STANDARD StandardOf(const _tag_P2Clip& clip) {
+    return StandardFromRateIndex(RateIndexFromText(clip.FrameRate));
 }
 
 Record CodeTypeRecord(eCodeType type) {

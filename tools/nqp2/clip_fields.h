@@ -13,6 +13,10 @@ namespace nqp2::tool {
 /// stand for (CodeType, VideoStandard). Paths are POSIX paths, absent files "".
 Record ClipRecord(const _tag_P2Clip& clip);
 
+/// What a clip's codec and rate stand for.
+eCodeType CodeTypeOf(const _tag_P2Clip& clip);
+eP2_VIDEO_STANDARD StandardOf(const _tag_P2Clip& clip);
+
 /// An enumeration value with its name: {"value", "name"}.
 Record CodeTypeRecord(eCodeType type);
 Record StandardRecord(eP2_VIDEO_STANDARD standard);

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tools/nqp2/card.h"
+#include "tools/nqp2/clip_fields.h"
 #include "tools/nqp2/code_type_argument.h"
 #include "tools/nqp2/command.h"
 #include "tools/nqp2/json_output.h"
@@ -65,17 +66,18 @@ eP2_VIDEO_STANDARD StandardFromArgument(const std::string& text) {
     return standard;
 }
 
-/// The card's own format.
+/// What the card's first clip was recorded as. A card's format, told by the codec's name alone,
+/// would not know the class, on which the size of a frame depends.
 Recording CardRecording(ReadyParser& parser, const Card& card) {
-    DiskFormat format;
-    if (parser->GetDiskFormat(card.Root(), format) != 0) {
+    CArray<_tag_P2Clip> clips;
+    if (parser->LoadClipEx(card.Root(), clips, 0) != 0) {
         card.ThrowUnreadable();
     }
-    if (!format.found) {
+    if (clips.IsEmpty()) {
         throw Failure(card.Folder(), "no clip tells the card's format",
                       "give --code-type and --standard");
     }
-    return {format.codeType, format.standard, 0};
+    return {CodeTypeOf(clips[0]), StandardOf(clips[0]), 0};
 }
 
 Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options) {
@@ -179,7 +181,8 @@ void PrintSpace(Console& console, const SpaceOptions& options, const Recording& 
     table.AddRow({"4 GB limit", space.framesFor4GB
                                     ? fmt::format("reached with frame {}, {} bytes in all",
                                                   *space.framesFor4GB, space.sizeFor4GB)
-                                    : "not known, the code type has no frame size"});
+                                    : "not known: the code type has no frame size, "
+                                      "all figures count sound alone"});
     table.Print(console);
 }
 
