@@ -16,9 +16,11 @@
 #include "xml/MarkupMSXML.h"
 #include "xml/metadata_writer.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace nqp2::edl {
 namespace {
@@ -135,9 +137,18 @@ CString WithExtension(const CString& name) {
     return name.Find(L".xml") < 0 ? name + L".xml" : name;
 }
 
+/// A name that a card can hold, whatever the file system on which its copy stands would take.
+bool IsCardName(const CString& name) {
+    constexpr std::wstring_view kUnfit = L"\"*<>?|";
+    const std::wstring_view text = name.View();
+    return media::IsPlainName(name) && std::none_of(text.begin(), text.end(), [&](wchar_t ch) {
+               return ch < L' ' || kUnfit.find(ch) != std::wstring_view::npos;
+           });
+}
+
 bool SaveNamed(Writer& writer, const EditListPlace& place, CString& saved) {
     const CString name = WithExtension(place.name);
-    const bool done = media::IsPlainName(name) && writer.Save(place.folder + name);
+    const bool done = IsCardName(name) && writer.Save(place.folder + name);
     saved = done ? place.folder + name : saved;
     return done;
 }
@@ -207,8 +218,8 @@ bool SaveNumbered(Writer& writer, const EditListPlace& place, const CString& id,
     const std::optional<std::string> folder = platform::FindExisting(PosixPath(place.folder));
     std::optional<EditListNumbers> numbers = EditListNumbers::Read(place.numbers);
     const std::optional<CString> first = numbers ? numbers->NewName(id) : std::nullopt;
-    // An identifier may put a separator into the name, as a host may.
-    if (!folder || !first || !media::IsPlainName(*first)) {
+    // An identifier may put anything into the name, as a host may.
+    if (!folder || !first || !IsCardName(*first)) {
         return false;
     }
     UnnamedFile file(place.folder, *folder);

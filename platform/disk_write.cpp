@@ -106,7 +106,22 @@ IoStatus WriteAll(int file, std::string_view content) {
     return {};
 }
 
-/// For file systems that cannot promise to replace nothing: of several writers, the one whose empty
+/// A second name that replaces nothing, in place of the first. Whatever stops the program in
+/// between, what has the new name is whole.
+bool MoveByLink(const char* source, const char* target) {
+    if (link(source, target) != 0) {
+        return false;
+    }
+    if (unlink(source) == 0) {
+        return true;
+    }
+    const int failure = errno;
+    unlink(target);
+    errno = failure;
+    return false;
+}
+
+/// For file systems that have neither the one nor the other: of several writers, the one whose empty
 /// file comes first has the name.
 IoStatus MoveOverOwnClaim(const char* source, const char* target) {
     const Descriptor claim(open(target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kNewFileMode));
@@ -126,7 +141,13 @@ IoStatus MoveReplacingNothing(const char* source, const char* target) {
         return {};
     }
     const bool unsupported = errno == EINVAL || errno == ENOSYS;
-    return unsupported ? MoveOverOwnClaim(source, target) : SystemStatus(errno);
+    if (!unsupported) {
+        return SystemStatus(errno);
+    }
+    if (MoveByLink(source, target)) {
+        return {};
+    }
+    return errno == EEXIST ? SystemStatus(errno) : MoveOverOwnClaim(source, target);
 }
 
 /// The new content beside its target; taken away again unless it takes the target's place.

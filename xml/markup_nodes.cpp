@@ -54,19 +54,6 @@ Instruction SplitInstruction(std::string_view text) {
                : Instruction{text.substr(0, blank), text.substr(blank + 1)};
 }
 
-/// Whether the document stays well-formed with that text in the node. The XML declaration does not
-/// change.
-bool MayHold(const Node& node, const std::string& text) {
-    switch (node.type) {
-    case NodeType::Comment:
-        return nqp2::dom::IsComment(text);
-    case NodeType::ProcessingInstruction:
-        return nqp2::dom::IsInstruction(node.name, text);
-    default:
-        return nqp2::dom::IsXmlText(text);
-    }
-}
-
 /// A node of the kind, or null when the text cannot be one.
 Node* MakeNode(Tree& tree, int kind, const std::string& text, const std::string& uri) {
     switch (kind) {
@@ -150,7 +137,7 @@ int CMarkupMSXML::x_SetData(const IXMLDOMNodePtr& node, const wchar_t* value, in
         text = std::string(given.data);
     }
     const NodeType type = cdata != 0 ? NodeType::CData : NodeType::Text;
-    return MayHold(*node, text) && node->tree->SetText(*node, text, type) ? 1 : 0;
+    return nqp2::dom::MayHold(*node, text) && node->tree->SetText(*node, text, type) ? 1 : 0;
 }
 
 int CMarkupMSXML::AddSubDoc(const wchar_t* xml) {

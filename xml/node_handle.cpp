@@ -5,10 +5,12 @@
 
 #include "platform/ComError.h"
 #include "xml/dom/document.h"
+#include "xml/dom/names.h"
 #include "xml/dom/select.h"
 #include "xml/dom/serialize.h"
 #include "xml/query_text.h"
 
+#include <string>
 #include <utility>
 
 using nqp2::dom::Node;
@@ -16,6 +18,16 @@ using nqp2::platform::TextFromUtf8;
 using nqp2::platform::Utf8FromText;
 using nqp2::xml::PathOf;
 using nqp2::xml::TextOf;
+
+namespace {
+
+/// Refuses what would make a document that cannot be loaded again.
+bool Replace(Node& node, const CString& text) {
+    const std::string bytes = Utf8FromText(text.View());
+    return nqp2::dom::MayHold(node, bytes) && node.tree->SetText(node, bytes);
+}
+
+} // namespace
 
 void NodeHandle::SetNode(IXMLDOMNodePtr node) {
     m_pNode = std::move(node);
@@ -93,10 +105,7 @@ _bstr_t NodeHandle::GetXml() {
 }
 
 int NodeHandle::SetNodeText(const CString& text) {
-    if (m_pNode == nullptr) {
-        return 0;
-    }
-    return m_pNode->tree->SetText(*m_pNode, Utf8FromText(text.View())) ? 1 : 0;
+    return m_pNode != nullptr && Replace(*m_pNode, text) ? 1 : 0;
 }
 
 int NodeHandle::SetParamVal(_variant_t val) {
@@ -109,7 +118,7 @@ int NodeHandle::SetParamVal(_variant_t val) {
         return 0;
     }
     try {
-        return value->tree->SetText(*value, Utf8FromText(val.ToText().View())) ? 1 : 0;
+        return Replace(*value, val.ToText()) ? 1 : 0;
     } catch (const _com_error&) {
         return 0;
     }

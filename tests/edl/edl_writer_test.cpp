@@ -193,15 +193,19 @@ TEST_F(EdlWriterTest, ACardsOwnListsAreNumberedThroughAndLieWhereItKeepsThem) {
     EXPECT_EQ(SaveOnCard(OneEvent()), "EDITLIST\\P007AB.XML");
 }
 
-TEST_F(EdlWriterTest, NamesLeadNowhereElse) {
+TEST_F(EdlWriterTest, NamesLeadNowhereElseAndFitACard) {
     AddClip("0001AA");
-    for (const wchar_t* name : {L"..\\out", L"/tmp/out", L"a/b", L"C:out", L"CON:"}) {
+    for (const wchar_t* name :
+         {L"..\\out", L"/tmp/out", L"a/b", L"C:out", L"CON:", L"a\n", L"what?", L"<a>"}) {
         EXPECT_EQ(Save(OneEvent(), name), 1) << CString(name);
     }
     m_card.Folder().MakeFolder("EDITLIST/P001");
     tag_P2EDL edl = OneEvent();
-    edl.Events.InsertAt(0, Event(L"none", L"/x"));
-    EXPECT_EQ(Save(edl, L""), 1);
+    edl.Events.InsertAt(0, Event(L"none", L""));
+    for (const wchar_t* identifier : {L"/x", L"\n\n060A", L"*?"}) {
+        edl.Events[0].GlobalClipID = identifier;
+        EXPECT_EQ(Save(edl, L""), 1) << CString(identifier);
+    }
     EXPECT_THAT(FilesInFolder(), ElementsAre("P001"));
     EXPECT_TRUE(std::filesystem::is_empty(m_card.Folder().Path("EDITLIST/P001")));
 }

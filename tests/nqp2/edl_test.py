@@ -200,9 +200,10 @@ class WriteTest(EdlTest):
     def test_a_file_system_that_cannot_move_without_replacing(self):
         file = self.folder / "cut.json"
         file.write_text(json.dumps({"Events": [self.event()]}))
-        for number in (1, 2):
-            result = traced(["-o", "/dev/null", "-e", "inject=renameat2:error=EINVAL"],
-                            ["edl", "write", self.card.path, file])
+        refusals = [["-e", f"inject={call}"] for call in ("renameat2:error=EINVAL",
+                                                          "link:error=EPERM")]
+        for number, refused in ((1, refusals[0]), (2, refusals[0] + refusals[1])):
+            result = traced(["-o", "/dev/null", *refused], ["edl", "write", self.card.path, file])
             self.assertEqual(result.returncode, 0, result.stderr)
             self.assertEqual([edl["Name"] for edl in self.listed()],
                              ["P001AB", "P002AB"][:number])
@@ -241,7 +242,11 @@ class WriteTest(EdlTest):
             ('{"Events": [{"Channels": [0, 1, 2, 3, 4]}]}', "Events[0].Channels is no list of 4"),
             ('{"Events": [{}, {"AudioLevels": [1, 1, 1, "1"]}]}',
              "Events[1].AudioLevels[3] is no number"),
-            ("[" * 100000, "is nested too deeply"), ('{"Name": "\\\\"' + "[" * 17, "is nested too"), ('{"Name": "\udcff"}', "is no JSON"),
+            ("[" * 100000, "is nested too deeply"), ('{"Name": "\udcff"}', "is no JSON"),
+            ('{"Events": [{}], "Events": []}', "names a member twice (Events)"),
+            ('{"Events": [{"Offset": 1, "Offset": 1}]}', "names a member twice (Offset)"),
+            ('{"a\\u0000b": 1}', "a\\x00b is no field"), ('{"' + "k" * 10 ** 6 + '": 1}', "kkk"),
+            ('{"Name": "' + "x" * 10 ** 6, "is no JSON"), ("[" + "{}," * 10 ** 6, "is too large"),
             ('{"Name": "\x1b[31m"}', "is no JSON"),
         )
         for text, problem in cases:
@@ -251,6 +256,7 @@ class WriteTest(EdlTest):
             self.assertTrue(result.stderr.startswith(f"nqp2: standard input: {problem}"),
                             result.stderr)
             self.assertNotIn("\x1b", result.stderr)
+            self.assertLess(len(result.stderr), 6000)
         self.assertFalse((self.card.path / "EDITLIST").exists())
 
     def test_a_card_that_takes_nothing(self):

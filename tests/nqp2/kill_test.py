@@ -32,57 +32,72 @@ def calls_of_the_save(trace):
     return calls
 
 
+def content_of(file):
+    return file.read_bytes() if file.exists() else None
+
+
 @unittest.skipUnless(can_trace(), "strace is missing or may not trace")
 class KillTest(CardTest):
-    def kill_at_each_call(self, arguments, prepare, file):
-        """Runs the command once to its end and then once for each call of its save. Yields the
-        file's content after each kill."""
+    def kill_at_each_call(self, arguments, prepare, file, options=()):
+        """Runs the command once to its end and then once for each call of its save. The file must
+        be the old one or the new one after each kill, and no other may have a list's name."""
         trace = self.folder / "trace"
         prepare()
-        old = file.read_bytes()
-        self.assertEqual(traced(["-o", trace], arguments).returncode, 0)
-        new = file.read_bytes()
+        old = content_of(file)
+        self.assertEqual(traced(["-o", trace, *options], arguments).returncode, 0)
+        new = content_of(file)
         self.assertNotEqual(old, new)
         calls = calls_of_the_save(trace)
         self.assertGreater(len(calls), 5)
         self.assertLess(len(calls), 200)
         left, kills = Counter(), 0
         for name, number in calls:
-            if name in ("exit_group", "exit"):
+            if name in ("exit_group", "exit") or any(f"={name}:" in each for each in options):
                 continue
             prepare()
             inject = f"inject={name}:signal=KILL:when={number}"
-            result = traced(["-o", "/dev/null", "-e", inject], arguments)
+            result = traced(["-o", "/dev/null", *options, "-e", inject], arguments)
             with self.subTest(name, number=number):
-                content = file.read_bytes()
+                content = content_of(file)
                 # A later run may ask for memory less often, so that the call never comes.
                 if result.returncode != 0 or content != new:
                     self.assertIn(result.returncode, KILLED, result.stderr)
                     kills += 1
                 self.assertIn(content, (old, new))
                 left["old" if content == old else "new"] += 1
-                ElementTree.fromstring(content)
+                if content is not None:
+                    ElementTree.fromstring(content)
                 listed = [path.name for path in file.parent.iterdir()
                           if path.name.lower().endswith(".xml")]
-                self.assertEqual(listed, [file.name])
+                self.assertEqual(listed, [] if content is None else [file.name])
         self.assertGreater(kills, len(calls) // 2)
         self.assertGreater(min(left["old"], left["new"]), 0, left)
 
-    def fresh(self, folder, name, content):
+    def fresh(self, folder, name="", content=b""):
         def prepare():
             shutil.rmtree(folder, ignore_errors=True)
             folder.mkdir()
-            (folder / name).write_bytes(content)
+            if name:
+                (folder / name).write_bytes(content)
         return prepare
 
-    def test_edit_list(self):
+    def write_command(self):
         self.card.add("0001AA", identifier=IDENTIFIER)
         event = {"ClipName": "0001AA", "GlobalClipID": IDENTIFIER, "Duration": 10}
         edl = Path(self.folder / "cut.json")
         edl.write_text(json.dumps({"Events": [event] * 50}))
+        return ("edl", "write", self.card.path, edl)
+
+    def test_edit_list(self):
         folder = self.card.path / "EDITLIST"
-        self.kill_at_each_call(("edl", "write", self.card.path, edl, "--name", "CUT"),
+        self.kill_at_each_call((*self.write_command(), "--name", "CUT"),
                                self.fresh(folder, "CUT.xml", b"<old/>"), folder / "CUT.xml")
+
+    def test_numbered_edit_list(self):
+        folder = self.card.path / "EDITLIST"
+        for options in ((), ("-e", "inject=renameat2:error=EINVAL")):
+            self.kill_at_each_call(self.write_command(), self.fresh(folder), folder / "P001AB.XML",
+                                   options)
 
     def test_ingest_list(self):
         folder = self.card.path / "USERDATA"

@@ -17,8 +17,13 @@ namespace {
 
 std::string FailureLine(std::string_view subject, std::string_view problem,
                         std::string_view reason) {
+    // Room for every path. What stands in a file is quoted at any length.
+    constexpr int kColumns = 5000;
+    constexpr std::size_t kBytes = std::size_t{4} * kColumns;
     const std::string why = reason.empty() ? "" : fmt::format(" ({})", reason);
-    return fmt::format("{}: {}{}", subject, problem, why);
+    const std::string line = fmt::format("{}: {}{}", subject, problem, why).substr(0, kBytes);
+    // A zero would end the text that an exception carries.
+    return CutToWidth(Printable(line, LineBreaks::Escape), kColumns);
 }
 
 [[noreturn]] void ThrowOutputFailure(int error) {

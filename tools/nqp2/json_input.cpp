@@ -14,9 +14,14 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 #include <limits>
 #include <optional>
+#include <set>
+#include <string_view>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -24,7 +29,6 @@ namespace {
 using Input = nlohmann::json;
 
 constexpr std::size_t kMostInput = std::size_t{32} * 1024 * 1024;
-constexpr int kDeepest = 16;
 
 struct CloseFile {
     void operator()(std::FILE* file) const {
@@ -54,40 +58,72 @@ std::string FileText(const std::string& name) {
 }
 
 /// The parser's own words without its name and error number.
-std::string ReasonOf(const Input::exception& error) {
+std::string ReasonOf(const std::exception& error) {
     const std::string_view text = error.what();
     const std::size_t bracket = text.find("] ");
     return std::string(bracket == std::string_view::npos ? text : text.substr(bracket + 2));
 }
 
-/// Counted before the text is parsed: the parser takes any depth, and telling it a limit makes it
-/// search every list from its start for each of its elements.
-bool IsNestedDeeply(std::string_view text) {
-    int depth = 0;
-    bool quoted = false;
-    for (std::size_t i = 0; i < text.size() && depth <= kDeepest; ++i) {
-        const char ch = text[i];
-        if (quoted && ch == '\\') {
-            ++i;
-        } else if (ch == '"') {
-            quoted = !quoted;
-        } else if (!quoted) {
-            depth += ch == '[' || ch == '{' ? 1 : 0;
-            depth -= ch == ']' || ch == '}' ? 1 : 0;
-        }
+/// Looks through a text before a tree is made of it. The tree's maker takes any depth, keeps the last
+/// of several members with one name, and makes a hundred bytes of two.
+class Look final : public nlohmann::json_sax<Input> {
+public:
+    /// What is wrong with the text; empty when nothing is.
+    [[nodiscard]] const std::string& Problem() const { return m_problem; }
+    [[nodiscard]] const std::string& Reason() const { return m_reason; }
+
+    bool null() override { return true; }
+    bool boolean(bool /*value*/) override { return true; }
+    bool number_integer(number_integer_t /*value*/) override { return true; }
+    bool number_unsigned(number_unsigned_t /*value*/) override { return true; }
+    bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return true; }
+    bool string(string_t& /*value*/) override { return true; }
+    bool binary(binary_t& /*value*/) override { return true; }
+    bool start_object(std::size_t /*count*/) override { return Enter(); }
+    bool start_array(std::size_t /*count*/) override { return Enter(); }
+    bool end_object() override { return Leave(); }
+    bool end_array() override { return Leave(); }
+    bool key(string_t& name) override {
+        return m_names.back().insert(name).second || Refuse("names a member twice", name);
     }
-    return depth > kDeepest;
-}
+    bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+                     const nlohmann::detail::exception& error) override {
+        return Refuse("is no JSON", ReasonOf(error));
+    }
+
+private:
+    bool Enter() {
+        constexpr std::size_t kDeepest = 16;
+        constexpr int kMost = 300'000; // an edit list of that many events is too long for a card
+        m_names.emplace_back();
+        if (m_names.size() > kDeepest) {
+            return Refuse("is nested too deeply", "");
+        }
+        return ++m_entered <= kMost ||
+               Refuse("is too large", "it holds too many lists and objects");
+    }
+    bool Leave() {
+        m_names.pop_back();
+        return true;
+    }
+    bool Refuse(std::string problem, std::string reason) {
+        m_problem = std::move(problem);
+        m_reason = std::move(reason);
+        return false;
+    }
+
+    std::vector<std::set<std::string>> m_names; ///< of the objects around the place
+    int m_entered = 0;
+    std::string m_problem;
+    std::string m_reason;
+};
 
 Input ParseText(const std::string& file, const std::string& text) {
-    if (IsNestedDeeply(text)) {
-        throw Failure(file, "is nested too deeply", "", kUsage);
+    Look look;
+    if (!Input::sax_parse(text, &look)) {
+        throw Failure(file, look.Problem(), look.Reason(), kUsage);
     }
-    try {
-        return Input::parse(text);
-    } catch (const Input::exception& error) {
-        throw Failure(file, "is no JSON", ReasonOf(error), kUsage);
-    }
+    return Input::parse(text);
 }
 
 std::optional<std::int32_t> Int32From(const Input& value) {

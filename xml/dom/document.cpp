@@ -32,6 +32,13 @@ ParseError FaultOf(const platform::IoStatus& status) {
     }
 }
 
+/// What could not be loaded again must not take the place of what can.
+bool LoadsAgain(const Serialized& saved) {
+    // Plain texts are taken at their word: reading each back would double what saving costs.
+    return !saved.isDoubtful ||
+           Parser().ParseBytes(saved.text, *std::make_shared<Tree>()).fault == Fault::None;
+}
+
 } // namespace
 
 Document::Document(SelectionRule::Names names) {
@@ -106,13 +113,12 @@ ParseError Document::ReadFile(const std::string& path) {
 }
 
 bool Document::Save(const std::string& path) const {
-    // What could not be loaded again must not take the place of what can.
-    const std::string text = Serialize(m_tree->DocumentNode());
+    const Serialized saved = SerializeToReload(m_tree->DocumentNode());
     const std::uint64_t limit = nqp2::MaxXmlFileSize();
-    if (text.size() > limit || m_tree->BytesUsed() > limit) {
+    if (saved.text.size() > limit || m_tree->BytesUsed() > limit || !LoadsAgain(saved)) {
         return false;
     }
-    return static_cast<bool>(platform::Files().WriteWhole(path, text));
+    return static_cast<bool>(platform::Files().WriteWhole(path, saved.text));
 }
 
 std::shared_ptr<Node> Document::DocumentNode() const {

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <libxml/globals.h>
+#include <libxml/tree.h>
 #include <libxml/xmlstring.h>
 
 #include <cstddef>
@@ -24,6 +26,14 @@ inline std::string_view View(const xmlChar* text) {
 
 inline std::string_view View(const xmlChar* begin, const xmlChar* end) {
     return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
+}
+
+/// The value of an attribute without prefix; "" when it is missing.
+inline std::string Attribute(const xmlNode& node, const char* name) {
+    xmlChar* const value = xmlGetNoNsProp(&node, BAD_CAST name);
+    std::string text(View(value));
+    xmlFree(value);
+    return text;
 }
 
 } // namespace nqp2::dom

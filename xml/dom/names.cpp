@@ -49,4 +49,15 @@ bool IsInstruction(std::string_view target, std::string_view data) {
            data.find("?>") == std::string_view::npos;
 }
 
+bool MayHold(const Node& node, const std::string& text) {
+    switch (node.type) {
+    case NodeType::Comment:
+        return IsComment(text);
+    case NodeType::ProcessingInstruction:
+        return IsInstruction(node.name, text);
+    default:
+        return IsXmlText(text);
+    }
+}
+
 } // namespace nqp2::dom

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "xml/dom/node.h"
+
 #include <string>
 #include <string_view>
 
@@ -15,5 +17,8 @@ bool IsQualifiedName(const std::string& text);
 bool IsXmlText(std::string_view text);
 bool IsComment(std::string_view text);
 bool IsInstruction(std::string_view target, std::string_view data);
+/// Whether the document stays well-formed with that text in the node. The XML declaration does not
+/// change.
+bool MayHold(const Node& node, const std::string& text);
 
 } // namespace nqp2::dom

@@ -3,6 +3,8 @@
 
 #include "xml/dom/schema.h"
 
+#include "xml/dom/libxml_text.h"
+#include "xml/dom/pattern_cost.h"
 #include "xml/dom/quiet_libxml.h"
 #include "xml/dom/schema_cost.h"
 #include "xml/dom/serialize.h"
@@ -11,6 +13,7 @@
 #include <libxml/xmlschemas.h>
 #include <libxml/xmlschemastypes.h>
 
+#include <algorithm>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -66,6 +69,31 @@ bool WantsOtherFiles(const xmlNode* node) {
     return false;
 }
 
+/// Of a serialized document: markup counts as a value too, which is never less than what is there.
+ValueSizes SizesIn(std::string_view text) {
+    ValueSizes sizes;
+    sizes.all = static_cast<double>(text.size());
+    while (!text.empty()) {
+        const std::size_t length = std::min(text.find_first_of("<>\""), text.size());
+        sizes.longest = std::max(sizes.longest, static_cast<double>(length));
+        text.remove_prefix(std::min(length + 1, text.size()));
+    }
+    return sizes;
+}
+
+bool HasAffordablePatterns(const xmlNode* node, const ValueSizes& values) {
+    for (; node != nullptr; node = node->next) {
+        if (node->type == XML_ELEMENT_NODE && View(node->name) == "pattern" &&
+            !IsAffordablePattern(Attribute(*node, "value"), values)) {
+            return false;
+        }
+        if (node->type == XML_ELEMENT_NODE && !HasAffordablePatterns(node->children, values)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 ParseError Validate(const Node& document, const std::string& schema) {
@@ -84,14 +112,15 @@ ParseError Validate(const Node& document, const std::string& schema) {
         noGrammar.reason = "the schema is no single XML Schema document without namespace";
         return noGrammar;
     }
-    if (!IsAffordable(*schemaDoc)) {
+    const std::string text = Serialize(document);
+    if (!IsAffordable(*schemaDoc) || !HasAffordablePatterns(schemaDoc->children, SizesIn(text))) {
         noGrammar.reason = "the schema asks for too much work";
         return noGrammar;
     }
     const SchemaParser parser(xmlSchemaNewDocParserCtxt(schemaDoc.get()));
     xmlSchemaSetParserStructuredErrors(parser.get(), KeepFirst, &noGrammar);
     const Schema grammar(xmlSchemaParse(parser.get()));
-    const Doc subject = Parsed(Serialize(document), "UTF-8");
+    const Doc subject = Parsed(text, "UTF-8");
     if (grammar == nullptr || subject == nullptr) {
         return noGrammar;
     }

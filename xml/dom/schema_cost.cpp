@@ -19,26 +19,22 @@ namespace {
 // Far above any schema that is written for one kind of file.
 constexpr std::int64_t kMostParts = 200; ///< of one content model
 constexpr std::int64_t kMostWork = 10 * kMostParts * kMostParts * kMostParts;
-constexpr int kDeepest = 64; ///< definitions that name one another in a row
-
-std::string Attribute(const xmlNode& node, const char* name) {
-    xmlChar* const value = xmlGetNoNsProp(&node, BAD_CAST name);
-    std::string text(View(value));
-    xmlFree(value);
-    return text;
-}
+constexpr int kDeepest = 64;    ///< definitions that name one another in a row
+constexpr int kMostCounted = 2; ///< groups with a count around an element
 
 /// What a definition comes to with all that it names; a pattern's characters are parts as well.
 struct Cost {
     std::int64_t parts = 0;
     int depth = 0;
+    int counted = 0; ///< groups around one another that may come so and so often
 
     void Add(const Cost& other) {
         parts = std::min(parts + other.parts, kMostParts + 1);
         depth = std::max(depth, other.depth);
+        counted = std::max(counted, other.counted);
     }
 };
-constexpr Cost kTooMuch = {kMostParts + 1, kDeepest + 1};
+constexpr Cost kTooMuch = {kMostParts + 1, kDeepest + 1, kMostCounted + 1};
 
 /// Kinds of definitions, by the element that makes them and those that name them.
 enum class Kind { None, Group, Attributes, Type };
@@ -100,6 +96,12 @@ std::int64_t PartsOf(const xmlNode& node) {
     return most.empty() || most == "1" ? 1 : kRepeated;
 }
 
+/// The library tries every way in which the elements of a document can make up the count.
+bool IsCountedGroup(const xmlNode& node) {
+    const std::string most = Attribute(node, "maxOccurs");
+    return View(node.name) != "element" && !most.empty() && most != "1" && most != "unbounded";
+}
+
 class SchemaCost {
 public:
     explicit SchemaCost(const xmlNode& root) {
@@ -116,14 +118,15 @@ public:
     /// takes time by the third power of a model's size.
     bool IsAffordable(const xmlNode& root) {
         m_work = 0;
-        Count({m_substitutes, 0});
+        Count({m_substitutes, 0, 0});
         CountBelow(root);
         return m_work <= kMostWork;
     }
 
 private:
     void Count(const Cost& cost) {
-        const bool bounded = cost.parts <= kMostParts && cost.depth <= kDeepest;
+        const bool bounded =
+            cost.parts <= kMostParts && cost.depth <= kDeepest && cost.counted <= kMostCounted;
         m_work += bounded ? cost.parts * cost.parts * cost.parts : kMostWork + 1;
     }
     void CountBelow(const xmlNode& node) {
@@ -142,7 +145,7 @@ private:
     };
 
     Cost CostOf(const xmlNode& node, int depth) {
-        Cost cost = {PartsOf(node), 0};
+        Cost cost = {PartsOf(node), 0, 0};
         for (const Use& use : kUses) {
             if (use.element == View(node.name)) {
                 ForEachName(Attribute(node, use.attribute), [&](std::string_view name) {
@@ -151,10 +154,11 @@ private:
             }
         }
         if (View(node.name) == "element") {
-            cost.Add({m_substitutes, 0}); // what it holds is a model of its own
+            cost.Add({m_substitutes, 0, 0}); // what it holds is a model of its own
             return cost;
         }
         ForEachChild(node, [&](const xmlNode& child) { cost.Add(CostOf(child, depth)); });
+        cost.counted += IsCountedGroup(node) ? 1 : 0;
         return cost;
     }
 

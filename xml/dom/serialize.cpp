@@ -52,6 +52,12 @@ void AppendEscaped(std::string& out, std::string_view text, Escape escape) {
     out.append(text.substr(start));
 }
 
+// Far below what the parser takes and far above what metadata holds.
+constexpr std::size_t kPlainText = std::size_t{8} * 1024 * 1024;
+constexpr std::size_t kPlainName = 1000;
+constexpr std::size_t kPlainDepth = 100;
+constexpr int kPlainAttributes = 100;
+
 /// The namespace declarations in force while the output goes down and up the tree.
 class Scope {
 public:
@@ -79,7 +85,7 @@ private:
 
 class Serializer {
 public:
-    std::string Run(const Node& top) {
+    Serialized Run(const Node& top) {
         m_top = &top;
         // Down and up without recursion: built trees may be deeper than any stack.
         const Node* node = &top;
@@ -98,7 +104,8 @@ public:
             }
             node = node == &top || node == nullptr ? nullptr : node->next;
         }
-        return std::move(m_out);
+        m_doubtful = m_doubtful || m_out.size() > kPlainText;
+        return {std::move(m_out), m_doubtful};
     }
 
 private:
@@ -142,11 +149,15 @@ private:
     void OpenElement(const Node& element) {
         m_marks.push_back(m_scope.Mark());
         m_out.append("<").append(element.name);
+        int attributes = 0;
         for (const Node* each = element.firstAttribute; each != nullptr; each = each->next) {
+            ++attributes;
             if (IsDeclaration(*each)) {
                 m_scope.Declare(BaseName(*each), each->content);
+                m_doubtful = m_doubtful || IsOddDeclaration(*each);
             }
         }
+        m_doubtful = m_doubtful || attributes > kPlainAttributes || m_marks.size() > kPlainDepth;
         DeclareIfNeeded(element, element);
         for (const Node* each = element.firstAttribute; each != nullptr; each = each->next) {
             if (!IsDeclaration(*each) && each->prefixLength != 0) {
@@ -157,9 +168,17 @@ private:
         m_out.append(element.firstChild != nullptr ? ">" : "/>");
     }
 
+    /// The prefixes that XML keeps for itself, and the taking back of any other.
+    static bool IsOddDeclaration(const Node& attribute) {
+        return attribute.prefixLength != 0 &&
+               (BaseName(attribute).starts_with("xml") || attribute.content.empty());
+    }
+
     // A root that carries its namespace as a plain attribute prints that one alone.
     void DeclareIfNeeded(const Node& named, const Node& element) {
         const std::string_view prefix = Prefix(named);
+        const bool isOwn = prefix.empty() || prefix == "xml";
+        m_doubtful = m_doubtful || (!isOwn && named.uri.empty()) || named.name.size() > kPlainName;
         std::string name = "xmlns";
         if (!prefix.empty()) {
             name.append(":").append(prefix);
@@ -174,6 +193,7 @@ private:
     }
 
     void AppendAttribute(std::string_view name, std::string_view value) {
+        m_doubtful = m_doubtful || name.size() > kPlainName;
         m_out.append(" ").append(name).append("=\"");
         AppendEscaped(m_out, value, AttributeEscape);
         m_out.append("\"");
@@ -199,6 +219,7 @@ private:
     }
 
     const Node* m_top = nullptr;
+    bool m_doubtful = false;
     std::string m_out;
     Scope m_scope;
     std::vector<std::size_t> m_marks;
@@ -207,6 +228,10 @@ private:
 } // namespace
 
 std::string Serialize(const Node& node) {
+    return SerializeToReload(node).text;
+}
+
+Serialized SerializeToReload(const Node& node) {
     return Serializer().Run(node);
 }
 

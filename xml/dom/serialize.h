@@ -15,4 +15,13 @@ namespace nqp2::dom {
 /// first needed.
 std::string Serialize(const Node& node);
 
+struct Serialized {
+    std::string text;
+    /// Whether some part is of a size or name at which the parser may refuse the text: a name, a
+    /// value, a depth, a prefix.
+    bool isDoubtful = false;
+};
+/// The same for who wants to read the text again.
+Serialized SerializeToReload(const Node& node);
+
 } // namespace nqp2::dom

@@ -93,7 +93,13 @@ TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
     const auto withPattern = [&](int length) {
         return element +
                "<xs:simpleType name='p'><xs:restriction base='xs:string'><xs:pattern value='" +
-               Turns(length, "a?") + "'/></xs:restriction></xs:simpleType>";
+               Turns(length, "ab") + "'/></xs:restriction></xs:simpleType>";
+    };
+    const auto counted = [&](int levels) {
+        return element + "<xs:complexType name='c'>" +
+               Turns(levels, "<xs:sequence maxOccurs='9'>") +
+               "<xs:element name='a' minOccurs='0'/>" + Turns(levels, "</xs:sequence>") +
+               "</xs:complexType>";
     };
     const std::string groups =
         element +
@@ -120,6 +126,8 @@ TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
         {inElement(Turns(50, "<xs:choice minOccurs='0' maxOccurs='unbounded'>"
                              "<xs:element name='n#' maxOccurs='unbounded'/></xs:choice>")),
          false},
+        {counted(2), true},
+        {counted(3), false},
         {withPattern(90), true},
         {withPattern(9000), false},
         {element + "<!--" + std::string(300'000, ' ') + "-->", false},
@@ -128,6 +136,40 @@ TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
         const ParseError error = Validated("<r>12</r>", Schema(body));
         EXPECT_EQ(error.errorCode, taken ? 0 : kNoGrammar) << body.substr(0, 200) << error.reason;
         EXPECT_TRUE(taken || error.reason.find("too") != std::string::npos) << error.reason;
+    }
+}
+
+std::string PatternSchema(const std::string& pattern) {
+    return Schema("<xs:element name='r'><xs:simpleType><xs:restriction base='xs:string'>"
+                  "<xs:pattern value='" +
+                  pattern + "'/></xs:restriction></xs:simpleType></xs:element>");
+}
+
+TEST(Schema, PatternsThatTryEveryWayAreRefusedForValuesWithTooManyWays) {
+    const std::string aaa(60, 'a');
+    const std::string long1(100'000, 'a');
+    const std::tuple<std::string, std::string, std::uint32_t> table[] = {
+        {"[0-9]{2}(:[0-9]{2}){3}", "10:00:00:24", 0},
+        {"(\\+|-)?\\d{1,9}(\\.\\d+)?", "-12.5", 0},
+        {"[^&lt;-[aeiou]]*\\p{L}", "xy", 0},
+        {".*\\.(mxf|MXF)", "0001AA.MXF", 0},
+        {"(foo|bar|baz){1,3}", "foobar", 0},
+        {"[a-z ]*", long1, 0},
+        {"(a*)*b", aaa, kInvalid},
+        {"([0-9]+,)*[0-9]+", "1,22,333", 0},
+        {"a*a*a*b", long1, kNoGrammar},
+        {"(a|aa)*b", aaa, kNoGrammar},
+        {"(a{1,9}){1,99}b", aaa, kNoGrammar},
+        {std::string("a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?") + "aaaaaaaaaaaab",
+         aaa, kNoGrammar},
+        {".*a.*a.*b", long1, kNoGrammar},
+        {"(", "a", kNoGrammar},
+        {"a{99999999999}", "a", kNoGrammar},
+    };
+    for (const auto& [pattern, value, code] : table) {
+        std::string document = "<r>" + value;
+        document += "</r>";
+        EXPECT_EQ(Validated(document, PatternSchema(pattern)).errorCode, code) << pattern;
     }
 }
 

@@ -1,0 +1,109 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/unicode.h"
+#include "tests/support/print_text.h"
+#include "tests/support/temp_folder.h"
+#include "xml/MarkupMSXML.h"
+#include "xml/NQXmlParser.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using nqp2::platform::TextFromUtf8;
+
+CString Repeated(const wchar_t* text, int count) {
+    std::wstring all;
+    for (int i = 0; i < count; ++i) {
+        all += text;
+    }
+    return CString(all);
+}
+
+/// One document that saves and reads its file again.
+class Saved : public CNQXmlParser {
+public:
+    Saved() : m_path(TextFromUtf8(m_folder.Write("old.xml", "<old/>"))) { CreateRoot(L"r"); }
+
+    /// "new" or "old", by what the file holds after the save; anything else is a fault.
+    std::string State() {
+        const bool done = SaveXml(m_path) != 0;
+        CMarkupMSXML file;
+        if (file.LoadXml(m_path) == 0) {
+            return "a file that does not load";
+        }
+        const bool isOld = file.GetNode(L"/old").IsEmpty() == 0;
+        return done == isOld ? "told otherwise" : isOld ? "old" : "new";
+    }
+
+private:
+    nqp2::test::TempFolder m_folder;
+    CString m_path;
+};
+
+TEST(MarkupSave, WhatCouldNotBeLoadedAgainTakesNoFilesPlace) {
+    struct Case {
+        const char* state;
+        CString name;
+        CString attribute;
+        CString value;
+    };
+    const Case cases[] = {
+        {"new", Repeated(L"n", 50'000), L"", L""},
+        {"old", Repeated(L"n", 50'001), L"", L""},
+        {"old", L"e", Repeated(L"n", 50'001), L"v"},
+        {"old", L"e", L"a", Repeated(L"\"", 2'000'000)},
+        {"old", L"p:e", L"", L""},
+        {"old", L"e", L"p:a", L"v"},
+        {"new", L"e", L"xml:lang", L"en"},
+        {"old", L"e", L"xmlns:xml", L"urn:x"},
+        {"old", L"e", L"xmlns:xmlns", L"urn:x"},
+    };
+    for (const auto& [state, name, attribute, value] : cases) {
+        Saved saved;
+        ASSERT_EQ(saved.AddChildElement(name, attribute, value), 1);
+        EXPECT_EQ(saved.State(), state) << name.Left(9) << " " << attribute.Left(9);
+    }
+    for (const auto& [depth, state] : {std::pair{250, "new"}, {300, "old"}}) {
+        Saved saved;
+        for (int level = 1; level < depth; ++level) {
+            ASSERT_EQ(saved.AddChildElement(L"e", L"", L""), 1);
+        }
+        EXPECT_EQ(saved.State(), state) << depth;
+    }
+}
+
+TEST(MarkupSave, MoreAttributesThanAFileMayHaveAreNotSaved) {
+    const nqp2::test::TempFolder folder;
+    const CString path = TextFromUtf8(folder.Path("a.xml"));
+    CMarkupMSXML markup(L"<r/>");
+    ASSERT_EQ(markup.FindElem(), 1);
+    for (int i = 0; i < 2000; ++i) {
+        ASSERT_EQ(markup.AddAttrib(L"a" + TextFromUtf8(std::to_string(i)), L""), 1);
+        if (i == 499) {
+            EXPECT_EQ(markup.Save(path), 1);
+        }
+    }
+    EXPECT_EQ(markup.Save(path), 0);
+    CMarkupMSXML file;
+    EXPECT_EQ(file.LoadXml(path), 1);
+}
+
+TEST(MarkupSave, HandlesTakeNoTextThatXmlCannotHold) {
+    Saved saved;
+    ASSERT_EQ(saved.AddParam(L"N", L"v"), 1);
+    ASSERT_EQ(saved.AddXmlFragment(L"<c><!--a--></c>"), 1);
+    for (const wchar_t* text : {L"\x01", L"\xffff", L"a\x0b"}) {
+        EXPECT_EQ(saved.GetNode(L"//NAME").SetNodeText(text), 0);
+        EXPECT_EQ(saved.GetNode(L"//PARAM").SetParamVal(text), 0);
+    }
+    EXPECT_EQ(saved.GetNode(L"//comment()").SetNodeText(L"a--b"), 0);
+    EXPECT_EQ(saved.GetNode(L"//comment()").SetNodeText(L"a-b\t"), 1);
+    EXPECT_EQ(saved.GetNodeText(L"//PARAM", 1), L"Nv");
+    EXPECT_EQ(saved.State(), "new");
+}
+
+} // namespace
