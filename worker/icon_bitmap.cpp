@@ -84,6 +84,7 @@ Outcome WriteIcon(const CString& cardRoot, const CString& clipName, std::string_
     }
     const std::string folder = FolderBelow(contents, "ICON");
     const std::string path = folder + "/" + platform::NameBytesFromText(clipName.View()) + ".BMP";
+    static_cast<void>(platform::Files().RemoveAbandoned(folder));
     const auto status = platform::EnsureFolder(folder)
                             ? platform::Files().WriteWhole(path, bitmap)
                             : platform::IoStatus{platform::IoError::Other, "no folder for icons"};
