@@ -169,6 +169,11 @@ const char* SystemPath(const std::string& path) {
     return path.find('\0') == std::string::npos ? path.c_str() : "";
 }
 
+bool IsLink(const std::string& path) {
+    struct stat facts = {};
+    return lstat(SystemPath(path), &facts) == 0 && S_ISLNK(facts.st_mode);
+}
+
 std::uint64_t BytesOfBlocks(std::uint64_t blocks, std::uint64_t blockSize) {
     constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
     return blockSize != 0 && blocks > kMost / blockSize ? kMost : blocks * blockSize;

@@ -170,7 +170,7 @@ public:
         }
         constexpr int kTries = 16;
         for (int tried = 0; tried < kTries; ++tried) {
-            const std::string name = TemporaryName(".tmp");
+            const std::string name = TemporaryName(kReplacementEnding);
             if (name.empty()) {
                 return SystemStatus(errno);
             }
@@ -213,6 +213,12 @@ private:
             return false;
         }
         m_name = name;
+        if (!ClaimTemporary(m_file.Get())) {
+            m_name.clear();
+            errno = EEXIST;
+            return false;
+        }
+        m_claim = Descriptor(fcntl(m_file.Get(), F_DUPFD_CLOEXEC, 0));
         if (m_target.mode) {
             // Gives back what umask took. Cards without permission bits refuse: nothing is lost.
             static_cast<void>(fchmod(m_file.Get(), mode));
@@ -223,6 +229,7 @@ private:
     const Target& m_target;
     Descriptor m_folder;
     Descriptor m_file;
+    Descriptor m_claim; ///< keeps the claim until the file has its name
     std::string m_name;
 };
 

@@ -12,8 +12,6 @@
 #include <fcntl.h>
 #include <limits>
 #include <memory>
-#include <sys/file.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -22,11 +20,6 @@ namespace {
 
 constexpr std::string_view kEnding = ".part";
 constexpr std::uint64_t kMostBytes = std::numeric_limits<off_t>::max();
-
-/// The lock on a file in the making tells that its writer lives.
-bool Lock(int file) {
-    return flock(file, LOCK_EX | LOCK_NB) == 0;
-}
 
 std::string FolderOf(const std::string& path) {
     const std::size_t slash = path.find_last_of('/');
@@ -131,10 +124,8 @@ private:
             return false;
         }
         m_temporary = path;
-        Lock(m_file.Get()); // where files cannot be locked, none is ever taken for abandoned
-        struct stat facts = {};
-        if (fstat(m_file.Get(), &facts) == 0 && facts.st_nlink == 0) {
-            m_temporary.clear(); // taken for abandoned before the lock stood
+        if (!ClaimTemporary(m_file.Get())) {
+            m_temporary.clear();
             errno = EEXIST;
             return false;
         }
@@ -161,7 +152,8 @@ private:
 };
 
 bool IsInTheMaking(std::string_view name) {
-    return name.starts_with(kTemporaryPrefix) && name.ends_with(kEnding);
+    return name.starts_with(kTemporaryPrefix) &&
+           (name.ends_with(kEnding) || name.ends_with(kReplacementEnding));
 }
 
 } // namespace
@@ -184,7 +176,7 @@ IoStatus DiskFileSystem::RemoveAbandoned(const std::string& folder) {
         }
         const std::string path = folder + "/" + entry.name;
         const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-        if (file && Lock(file.Get()) && unlink(path.c_str()) != 0) {
+        if (file && IsAbandoned(file.Get()) && unlink(path.c_str()) != 0) {
             status = SystemStatus(errno);
         }
     }

@@ -11,9 +11,18 @@
 #include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace nqp2::platform {
+namespace {
+
+bool Lock(int file) {
+    return flock(file, LOCK_EX | LOCK_NB) == 0;
+}
+
+} // namespace
 
 std::string TemporaryName(std::string_view ending) {
     std::uint64_t random = 0;
@@ -23,6 +32,16 @@ std::string TemporaryName(std::string_view ending) {
     std::array<char, 20> digits{};
     std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(random));
     return std::string(kTemporaryPrefix).append(digits.data()).append(ending);
+}
+
+bool ClaimTemporary(int file) {
+    static_cast<void>(Lock(file));
+    struct stat facts = {};
+    return fstat(file, &facts) != 0 || facts.st_nlink != 0;
+}
+
+bool IsAbandoned(int file) {
+    return Lock(file);
 }
 
 /// Some file systems have nothing to flush and say so; that is no failure.

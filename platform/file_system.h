@@ -108,6 +108,9 @@ FileSystem& DiskFiles();
 /// The file system in use: the disk, or what a test put in its place.
 FileSystem& Files();
 
+/// Whether a symbolic link stands on the disk under the path, wherever it leads.
+bool IsLink(const std::string& path);
+
 /// Reads up to `limit` bytes from the beginning of a regular file of any size. Empty on failure.
 IoStatus ReadHead(FileSystem& files, const std::string& path, std::uint64_t limit,
                   std::string& content);

@@ -19,6 +19,9 @@ Outcome DeleteClip(const CString& clipName, const CString& cardRoot) {
     std::vector<ClipFile> files;
     Outcome outcome = FindContents(cardRoot, contents);
     if (outcome) {
+        outcome = CheckFoldersAreNoLinks(contents);
+    }
+    if (outcome) {
         outcome = FindClipFiles(contents, clipName, files);
     }
     if (outcome && files.empty()) {

@@ -79,6 +79,9 @@ Outcome AddFile(const FolderRule& rule, const std::string& path, std::wstring_vi
     if (const platform::IoStatus status = platform::Files().Stat(path, info); !status) {
         return Failure("read", path, status);
     }
+    if (info.kind == platform::EntryKind::Other) {
+        return Failure(path + " is no file.");
+    }
     if (info.kind == platform::EntryKind::File) {
         files.push_back(
             {rule.part, rule.folder, platform::NameBytesFromText(suffix), path, info.size});
@@ -138,6 +141,16 @@ std::vector<std::string> ClipFolders() {
         folders.emplace_back(rule.folder);
     }
     return folders;
+}
+
+Outcome CheckFoldersAreNoLinks(const std::string& contents) {
+    std::vector<std::string> folders = {contents};
+    for (const FolderRule& rule : kFolders) {
+        folders.push_back(FolderBelow(contents, rule.folder));
+    }
+    const auto link = std::find_if(folders.begin(), folders.end(), platform::IsLink);
+    return link == folders.end() ? Outcome()
+                                 : Failure(*link + " is a link, through which nothing is written.");
 }
 
 Outcome TakenNames(const std::string& contents, std::vector<std::wstring>& names) {

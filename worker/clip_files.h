@@ -33,6 +33,10 @@ Outcome FindClipFiles(const std::string& contents, const CString& clipName,
 /// The folders below CONTENTS that hold files of clips.
 std::vector<std::string> ClipFolders();
 
+/// Fails when a CONTENTS folder or one of those is a link: nothing is written or removed through it,
+/// for it may lead anywhere.
+Outcome CheckFoldersAreNoLinks(const std::string& contents);
+
 /// The upper-case name of a clip for each file of a clip that stands below a CONTENTS folder: the
 /// names that are taken there.
 Outcome TakenNames(const std::string& contents, std::vector<std::wstring>& names);

@@ -7,6 +7,7 @@
 #include "platform/file_system.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
+#include "worker/clip_files.h"
 
 #include <cstdint>
 
@@ -40,6 +41,20 @@ std::string Head(const SIZE& size, std::uint32_t imageSize) {
     Put(head, 0, 4); // no palette
     Put(head, 0, 4);
     return head;
+}
+
+/// Replaces the icon of that name, and takes away what was left of one that a killed worker wrote.
+Outcome PutIcon(const std::string& contents, const std::string& name, const std::string& bitmap) {
+    const std::string folder = FolderBelow(contents, "ICON");
+    const std::string path = platform::FindTarget(platform::Files(), folder + "/" + name);
+    if (platform::IsLink(path)) {
+        return Failure(path + " is a link, through which nothing is written.");
+    }
+    static_cast<void>(platform::Files().RemoveAbandoned(folder));
+    const auto status = platform::EnsureFolder(folder)
+                            ? platform::Files().WriteWhole(path, bitmap)
+                            : platform::IoStatus{platform::IoError::Other, "no folder for icons"};
+    return status ? Outcome() : Failure("write", path, status);
 }
 
 bool IsSide(std::int32_t side) {
@@ -79,15 +94,13 @@ Outcome WriteIcon(const CString& cardRoot, const CString& clipName, std::string_
     if (outcome) {
         outcome = FindContents(cardRoot, contents);
     }
+    if (outcome) {
+        outcome = CheckFoldersAreNoLinks(contents);
+    }
     if (!outcome) {
         return outcome;
     }
-    const std::string folder = FolderBelow(contents, "ICON");
-    const std::string path = folder + "/" + platform::NameBytesFromText(clipName.View()) + ".BMP";
-    const auto status = platform::EnsureFolder(folder)
-                            ? platform::Files().WriteWhole(path, bitmap)
-                            : platform::IoStatus{platform::IoError::Other, "no folder for icons"};
-    return status ? Outcome() : Failure("write", path, status);
+    return PutIcon(contents, platform::NameBytesFromText(clipName.View()) + ".BMP", bitmap);
 }
 
 } // namespace nqp2::worker

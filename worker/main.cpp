@@ -81,6 +81,7 @@ int main(int count, char** arguments) {
     }
     try {
         nqp2::LetPipeWritesFail();
+        std::signal(SIGXFSZ, SIG_IGN); // a file beyond the limit is an error of one request
         return Serve(options.socket);
     } catch (const std::exception& fault) {
         std::fprintf(stderr, "nqp2-worker: %s\n", fault.what());

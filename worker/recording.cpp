@@ -81,6 +81,9 @@ Outcome Recording::Start(const RecordingParameters& parameters, std::uint32_t ex
     if (outcome) {
         outcome = FindContents(parameters.cardRoot, contents);
     }
+    if (outcome) {
+        outcome = CheckFoldersAreNoLinks(contents);
+    }
     if (!outcome) {
         return outcome;
     }

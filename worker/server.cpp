@@ -52,9 +52,13 @@ void Server::Run(std::function<void()> serve, std::function<void()> stop) {
         service.stop();
     }
     try {
-        service.thread = std::thread([this, &service, work = std::move(serve)] {
+        service.thread = std::thread([this, &service, work = std::move(serve)]() mutable {
             work();
+            work = nullptr;
+            // What was served goes now, a running recording with it, not when the next host comes.
+            std::function<void()> last;
             const std::lock_guard ending(m_mutex);
+            last.swap(service.stop);
             service.ended = true;
         });
     } catch (const std::system_error&) {
@@ -84,7 +88,9 @@ void Server::Stop() {
         const std::lock_guard lock(m_mutex);
         m_stopping = true;
         for (const Service& service : m_services) {
-            service.stop();
+            if (!service.ended) {
+                service.stop();
+            }
         }
     }
     for (std::thread* accepting : {&m_sessions, &m_hosts}) {

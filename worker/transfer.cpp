@@ -6,6 +6,7 @@
 #include "platform/case_blind.h"
 #include "platform/file_system.h"
 #include "worker/card_folder.h"
+#include "worker/clip_files.h"
 #include "worker/verified_copy.h"
 
 #include <algorithm>
@@ -90,6 +91,9 @@ Outcome Transfer::CheckSame(const TransferItem& item, const std::string& path, s
 Outcome Transfer::LookAt(const TransferItem& item) {
     const std::string path = FolderBelow(m_contents, item.folder) + "/" + item.name;
     const auto found = platform::FindExisting(path);
+    if (platform::IsLink(found.value_or(path))) {
+        return Failure(found.value_or(path) + " stands in the way and is a link.");
+    }
     if (!found) {
         m_missing.push_back({&item, path, nullptr});
         return {};
@@ -199,9 +203,13 @@ Outcome RunTransfer(const std::string& root, const std::vector<TransferItem>& it
     if (!watch.GoesOn(0, sizes.total)) {
         return Failure("Cancelled.");
     }
+    Outcome outcome = CheckFoldersAreNoLinks(contents);
+    if (!outcome) {
+        return outcome;
+    }
     Sweep(contents);
     Transfer transfer(contents, blockSize, sizes.total, watch);
-    Outcome outcome = transfer.LookAtTargets(items);
+    outcome = transfer.LookAtTargets(items);
     if (outcome) {
         outcome = transfer.CheckSpace();
     }

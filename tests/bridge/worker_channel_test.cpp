@@ -42,6 +42,13 @@ public:
             WorkerEnd().SendPacket(m_handle, id, buffer, static_cast<std::uint32_t>(bytes.size())),
             1);
     }
+    /// A buffer for a message, if the channel has one at once.
+    bool Grant(void*& buffer, std::int32_t& capacity, std::int32_t& abort) const {
+        return WorkerEnd().GetSendBuffer(m_handle, &buffer, &capacity, &abort) == kChannelDone;
+    }
+    void SendGranted(std::uint32_t id, void* buffer, std::size_t length) const {
+        WorkerEnd().SendPacket(m_handle, id, buffer, static_cast<std::uint32_t>(length));
+    }
     /// Nothing when the library has closed the channel.
     [[nodiscard]] std::optional<std::pair<std::uint32_t, Bytes>> Receive() const {
         const test::Received received = test::Receive(WorkerEnd(), m_handle);
@@ -182,6 +189,84 @@ TEST_F(WorkerChannelTest, AWorkerThatIsGoneFailsRequestsAndHoldsNothingUp) {
     parser.CloseAllFile();
     EXPECT_EQ(parser.CreateIconBmp(L"", L"", nullptr, {}), -1);
     EXPECT_EQ(parser.Release(), 0);
+}
+
+/// What a hostile worker makes of a request.
+struct Mischief {
+    const char* name;
+    std::uint32_t idShift;  ///< added to the reply's number
+    std::size_t replies;    ///< to each request
+    std::uint32_t closesAt; ///< the request after which it is gone without a reply
+    bool floods;            ///< progress and requests of its own, whose answers it does not read
+};
+
+const Mischief kMischief[] = {
+    {"replies to another request", 1, 1, 0, false},
+    {"replies twice", 0, 2, 0, false},
+    {"goes in the middle of a reply", 0, 1, 20012, false},
+    {"floods the other channels", 0, 1, 0, true},
+    {"floods and goes", 0, 1, 20012, true},
+};
+
+/// Sends until the library has closed the channel or takes no more.
+void Flood(const WorkerChannel& channel, std::initializer_list<std::uint32_t> ids) {
+    for (std::uint32_t i = 0; i < 500; ++i) {
+        void* buffer = nullptr;
+        std::int32_t capacity = 0;
+        std::int32_t abort = 1; // waits for nobody
+        const Bytes noise(i % 21, static_cast<unsigned char>(i % 2 == 0 ? 0xFF : 0x80 + i));
+        if (channel.Grant(buffer, capacity, abort)) {
+            std::copy(noise.begin(), noise.end(), static_cast<unsigned char*>(buffer));
+            channel.SendGranted(ids.begin()[i % ids.size()], buffer, noise.size());
+        }
+    }
+}
+
+void ServeWith(const Mischief& mischief) {
+    const WorkerChannel requests(WorkerEnd().CreateChannel(20000, 0, 0, kNoTimeout, kNoTimeout));
+    WorkerChannel callback(requests.Beside(20000));
+    WorkerChannel server(callback.Beside(20023));
+    EXPECT_EQ(callback.Receive()->first, 20003U);
+    callback.Send(20003, {1, 0, 0, 0});
+    while (auto request = requests.Receive()) {
+        if (mischief.floods) {
+            Flood(callback, {20004, 20003, 20004, 0xFFFFFFFF});
+            Flood(server, {50, 51, 52, 20023, 7});
+        }
+        if (request->first == mischief.closesAt) {
+            return;
+        }
+        for (std::size_t i = 0; i < mischief.replies; ++i) {
+            void* buffer = nullptr;
+            std::int32_t capacity = 0;
+            std::int32_t waits = 0;
+            if (requests.Grant(buffer, capacity, waits)) { // else the library has closed it
+                request->second.back() = 0xFF;
+                std::copy(request->second.begin(), request->second.end(),
+                          static_cast<unsigned char*>(buffer));
+                requests.SendGranted(request->first + mischief.idShift, buffer,
+                                     request->second.size());
+            }
+        }
+    }
+}
+
+TEST_F(WorkerChannelTest, AHostileWorkerFailsRequestsAndHoldsUpNoClose) {
+    for (const Mischief& mischief : kMischief) {
+        SCOPED_TRACE(mischief.name);
+        const test::Holdings before = test::Settled();
+        std::thread worker([&] { ServeWith(mischief); });
+        std::uint32_t heard = 0;
+        CNQP2Parser parser;
+        parser.SetImpCallBack(AbortAtTwo, &heard);
+        const bool isGood = mischief.idShift == 0;
+        EXPECT_EQ(parser.StartRTExport(1), isGood ? 1 : 0);
+        EXPECT_LT(test::TimeOf([&] { parser.StopRTExport(0, 0); }), test::kSlack);
+        EXPECT_LT(test::TimeOf([&] { parser.SetWriteBlockSize(4096); }), test::kSlack);
+        EXPECT_LT(test::TimeOf([&] { EXPECT_EQ(parser.Release(), 0); }), test::kSlack);
+        worker.join();
+        EXPECT_TRUE(test::IsBackTo(before));
+    }
 }
 
 TEST_F(WorkerChannelTest, ManyParsersOneAfterTheOtherLeaveNothingBehind) {

@@ -26,16 +26,22 @@ struct SystemCall {
     int number = 0;
 };
 
-/// strace on a process that runs already and on all its threads, for its own lifetime.
+/// Which tasks of a process a tracer looks at.
+enum class Traced { All, FirstThread };
+
+/// strace on a process that runs already, for its own lifetime.
 class Tracer {
 public:
     /// Attached when the constructor returns, or not at all: see IsAttached.
-    Tracer(pid_t process, const std::vector<std::string>& options) {
+    Tracer(pid_t process, const std::vector<std::string>& options, Traced traced = Traced::All) {
         int ends[2] = {-1, -1};
         if (pipe2(ends, O_CLOEXEC) != 0) {
             return;
         }
-        std::vector<std::string> texts = {"strace", "-f"};
+        std::vector<std::string> texts = {"strace"};
+        if (traced == Traced::All) {
+            texts.push_back("-f");
+        }
         texts.insert(texts.end(), options.begin(), options.end());
         texts.insert(texts.end(), {"-p", std::to_string(process)});
         std::vector<char*> arguments;
@@ -116,7 +122,7 @@ inline std::string Inject(const SystemCall& call, const std::string& fate) {
 
 /// Each call that strace wrote down, once, however many threads made it.
 inline std::vector<SystemCall> CallsIn(const std::string& trace) {
-    static const std::regex line("^([0-9]+) +([a-z_0-9]+)\\(.*");
+    static const std::regex line("^([0-9]*) *([a-z_0-9]+)\\(.*");
     std::map<std::string, std::map<std::string, int>> counts; // name, thread
     std::ifstream file(trace);
     std::smatch match;

@@ -14,10 +14,13 @@
 #include "tests/worker/transfer_fixture.h"
 
 #include <atomic>
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <random>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -61,13 +64,6 @@ protected:
     }
     static WorkerStatus StartWorker() {
         return UseWorker({.program = NQP2_WORKER_PROGRAM, .arguments = {}, .socket = Socket()});
-    }
-    /// Ends the one child of this process, as a crash would.
-    static void KillWorker() {
-        std::ifstream children("/proc/self/task/" + std::to_string(getpid()) + "/children");
-        for (pid_t child = 0; children >> child;) {
-            kill(child, SIGKILL);
-        }
     }
     static std::string Socket() { return s_folder->Path("s"); }
 
@@ -253,34 +249,51 @@ TEST_F(WorkerProcessTest, AStoppedWorkerHoldsUpNoClose) {
     EXPECT_EQ(m_parser.SetSystemType(VS_50I), 1);
 }
 
-/// The worker is killed at moments that walk through a whole import; the next one makes good.
-TEST_F(WorkerProcessTest, KilledAtAnyMomentLeavesNoHalfFileUnderAFinalName) {
-    const auto card = FilesBelow(m_card.Folder().Path());
-    for (int milliseconds = 0; milliseconds < 60; milliseconds += 10) {
-        CNQP2Parser parser;
-        ASSERT_EQ(parser.Init(), 0);
-        std::thread killer([&] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-            KillWorker();
-        });
-        stu_R8P2TransInfo info = Request();
-        static_cast<void>(parser.ImportFile(info));
-        killer.join();
-        parser.Release();
-        for (const auto& [name, content] : FilesBelow(m_to.Path())) {
-            if (name.find("/.nqp2-") == name.npos) {
-                EXPECT_EQ(content, card.at(name)) << name << " after " << milliseconds << " ms";
-            }
-        }
-        ASSERT_TRUE(StartWorker());
-        CNQP2Parser next;
-        next.Init();
-        info = Request();
-        EXPECT_EQ(next.ImportFile(info), 0);
-        next.Release();
-        EXPECT_EQ(FilesBelow(m_to.Path()), card);
-        std::filesystem::remove_all(m_to.Path("CONTENTS"));
+/// Asks with the largest messages until the worker is killed, and a little while longer.
+void AskUntilKilled(pid_t worker, std::chrono::microseconds life) {
+    using Clock = std::chrono::steady_clock;
+    CNQP2Parser parser;
+    EXPECT_EQ(parser.Init(), 0);
+    std::atomic<Clock::time_point> killed{};
+    std::thread killer([&] {
+        std::this_thread::sleep_for(life);
+        killed = Clock::now();
+        kill(worker, SIGKILL);
+    });
+    std::vector<unsigned char> data(22'600'000);
+    const auto size = static_cast<std::uint32_t>(data.size());
+    int answer = 0; // refused, as no recording is running
+    while (answer == 0) {
+        answer = parser.AddRTExportAVData(2, data.data(), size, data.data(), size, 0);
     }
+    EXPECT_EQ(answer, -1);
+    const Clock::time_point failed = Clock::now();
+    killer.join();
+    EXPECT_LT(failed - killed.load(), std::chrono::seconds(1));
+    EXPECT_EQ(parser.Release(), 0);
+}
+
+/// Set NQP2_KILLS for a longer run.
+TEST_F(WorkerProcessTest, KilledUnderLoadFailsTheCallerWithinASecondAndLeavesNothing) {
+    const char* const asked = std::getenv("NQP2_KILLS");
+    const int kills = asked != nullptr ? std::min(std::atoi(asked), 200) : 5;
+    m_parser.Release();
+    std::mt19937 random(4711);
+    LeaveWorker();
+    const test::Holdings before = test::Settled();
+    for (int i = 0; i < kills; ++i) {
+        SCOPED_TRACE(i);
+        ASSERT_TRUE(StartWorker());
+        AskUntilKilled(test::ChildNamed("nqp2-worker"),
+                       std::chrono::microseconds(random() % (i % 2 != 0 ? 5'000 : 80'000)));
+    }
+    LeaveWorker();
+    EXPECT_TRUE(test::IsBackTo(before));
+    EXPECT_FALSE(std::filesystem::exists(Socket()));
+    ASSERT_TRUE(StartWorker());
+    m_parser.Init();
+    stu_R8P2TransInfo info = Request();
+    EXPECT_EQ(m_parser.ImportFile(info), 0) << "a new worker";
 }
 
 TEST_F(WorkerProcessTest, DescribesCameraFilesToTheScan) {
