@@ -64,52 +64,38 @@ TEST_F(LifeCycleTest, ReadingBeforeInitFailsAndTouchesNothing) {
 }
 
 TEST_F(LifeCycleTest, TheCardManagerLibraryIsKeptOnlyWithItsInitEntry) {
-    struct Case {
-        const char* folder;
-        bool kept;
-        const char* why;
-    };
     std::string endless = NQP2_CARD_MANAGER_FOLDER;
-    while (endless.size() < 255) {
+    while (endless.size() < 255) { // longer than the buffer for the system folder
         endless += "/.";
     }
-    const Case cases[] = {
-        {NQP2_CARD_MANAGER_FOLDER, true, "both entries"},
-        {NQP2_CARD_MANAGER_WITHOUT_INIT_FOLDER, false, "lacks DDP2CInit"},
-        {"/nonexistent", false, "no library"},
-        {"", false, "no system folder"},
-        {endless.c_str(), false, "longer than the buffer for the system folder"},
-    };
+    const std::pair<std::string, bool> cases[] = {{NQP2_CARD_MANAGER_FOLDER, true},
+                                                  {NQP2_CARD_MANAGER_WITHOUT_INIT_FOLDER, false},
+                                                  {"/nonexistent", false},
+                                                  {"", false},
+                                                  {endless, false}};
     m_card.AddClip("0001AA");
-    for (const Case& each : cases) {
-        OfferLibrariesOf(each.folder);
+    for (const auto& [folder, kept] : cases) {
+        OfferLibrariesOf(folder.c_str());
         CNQP2Parser parser;
-        EXPECT_EQ(Peer::HasCardManager(parser), each.kept) << each.why;
-        EXPECT_EQ(Peer::HasEntryPoints(parser), each.kept) << each.why;
+        EXPECT_EQ(Peer::HasCardManager(parser), kept) << folder;
+        EXPECT_EQ(Peer::HasEntryPoints(parser), kept) << folder;
         CArray<_tag_P2Clip> clips;
         parser.Init();
         EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0);
-        EXPECT_EQ(clips.GetSize(), 1) << each.why;
+        EXPECT_EQ(clips.GetSize(), 1) << folder;
         parser.Release();
-        EXPECT_EQ(Peer::HasCardManager(parser), each.kept) << "Release leaves it loaded";
+        EXPECT_EQ(Peer::HasCardManager(parser), kept) << "Release leaves it loaded";
     }
-}
-
-TEST_F(LifeCycleTest, ALibraryThatOneObjectLoadedIsFreedOnceByTwo) {
-    CNQP2Parser without;
-    OfferLibrariesOf(NQP2_CARD_MANAGER_FOLDER);
-    CNQP2Parser with;
-    without = with;
-    EXPECT_TRUE(Peer::HasEntryPoints(without));
 }
 
 TEST_F(LifeCycleTest, AnAssignedParserSharesTheWorkingObjects) {
     m_card.AddClip("0001AA");
+    CNQP2Parser second;
     OfferLibrariesOf(NQP2_CARD_MANAGER_FOLDER);
     CNQP2Parser first;
-    CNQP2Parser second;
     first.Init();
     second = first;
+    EXPECT_TRUE(Peer::HasEntryPoints(second)) << "a library that one loaded is freed once by two";
     _tag_P2Clip clip;
     EXPECT_EQ(second.LoadClipInfo(m_card.Root(), L"0001AA", clip), 0);
     EXPECT_EQ(clip.ClipName, L"0001AA");
