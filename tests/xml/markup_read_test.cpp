@@ -205,23 +205,6 @@ TEST_F(MarkupQuery, FindsTheFirstParameterOfAName) {
     EXPECT_EQ(m_reader.FindParamNode(L"//@*", L"n").IsEmpty(), 1);
 }
 
-TEST(MarkupNamespaces, PathsWithoutPrefixMatchWhateverTheDefaultNamespaceIs) {
-    const wchar_t* const documents[] = {
-        L"<P2Main><ClipContent><ClipName>A</ClipName></ClipContent></P2Main>",
-        L"<P2Main xmlns='u'><ClipContent><ClipName>A</ClipName></ClipContent></P2Main>",
-        L"<P2Main xmlns='u'><ClipContent xmlns='v'><ClipName>A</ClipName></ClipContent></P2Main>",
-        L"<P2Main xmlns='u'><ClipContent><ClipName xmlns=''>A</ClipName></ClipContent></P2Main>",
-        (L"<P2Main xmlns:p='u'><ClipContent><p:ClipName/>"
-         L"<ClipName>A</ClipName></ClipContent></P2Main>"),
-    };
-    for (const wchar_t* document : documents) {
-        CMarkupMSXML reader(document);
-        for (const wchar_t* path : {L"//P2Main/ClipContent/ClipName", L"//ClipName[.='A']"}) {
-            EXPECT_EQ(reader.GetNodeText(path, 1), L"A") << CString(document) << CString(path);
-        }
-    }
-}
-
 /// Tag names of main and child position.
 CString Where(CMarkupMSXML& markup) {
     return markup.GetTagName() + L"/" + markup.GetChildTagName();

@@ -110,11 +110,9 @@ TEST(XmlBuild, NamespaceStaysInUseWhereNoneIsChosen) {
     EXPECT_EQ(Xml(builder),
               CString(kP2Start) + L"><a xmlns=\"" + kClip31 + L"\">1</a></P2Main>\r\n");
     ASSERT_EQ(builder.CreateEPRRoot(L""), 1);
-    EXPECT_EQ(builder.GetNode(L"//EPRTYPE").GetXml().Text(), L"<EPRTYPE></EPRTYPE>")
-        << "the type is never in a namespace";
     ASSERT_EQ(TextChild(builder, L"a", 1), 1);
-    builder.SetSelectNamespace((CString(L"xmlns:p='") + kClip31 + L"'").GetString());
-    EXPECT_EQ(builder.GetNodeText(L"EPRINFO/p:a", 0), L"1");
+    EXPECT_GT(Xml(builder).Find(CString(L"<EPRTYPE></EPRTYPE><a xmlns=\"") + kClip31), 0)
+        << "the type is never in a namespace";
 }
 
 TEST(XmlBuild, ElementsWithAttributesUnderTheCursor) {
@@ -472,11 +470,11 @@ TEST_F(XmlQuery, AttributesAndParameters) {
     }
     EXPECT_EQ(m_document.FindParamNode(L"//PARAM", L"n").GetNodeText(L"VALUE", 0), L"v");
     EXPECT_EQ(m_document.FindParamNode(L"//PARAM", L"N").IsEmpty(), 1);
+    EXPECT_EQ(m_document.GetNode(L"//none").IsEmpty(), 1);
+    EXPECT_EQ(m_document.GetNodeList(L"//none").IsEmpty(), 1);
     EXPECT_THROW(m_document.FindParamNode(L"//[", L"n"), _com_error);
     EXPECT_THROW(m_document.GetNode(L"//["), _com_error);
     EXPECT_THROW(m_document.GetNodeList(L"//["), _com_error);
-    EXPECT_EQ(m_document.GetNode(L"//none").IsEmpty(), 1);
-    EXPECT_EQ(m_document.GetNodeList(L"//none").IsEmpty(), 1);
 }
 
 TEST_F(XmlQuery, WithoutDocumentEveryAnswerIsEmpty) {
