@@ -269,24 +269,12 @@ TEST_F(CardFormatTest, TheFirstFileThatLoadsDecides) {
 }
 
 TEST_F(CardFormatTest, WithoutALoadableClipTheOutputsStay) {
-    const auto expectUntouched = [&](const CString& root, __int64 result) {
-        eCodeType type = CT_AVCI200_720_50P;
-        eP2_VIDEO_STANDARD standard = VS_2398P;
-        DiskFormat format;
-        format.codec = L"mine";
-        EXPECT_EQ(m_parser.GetDiskFormat(root, type, standard), result);
-        EXPECT_EQ(m_parser.GetDiskFormat(root, format), result);
-        EXPECT_EQ(type, CT_AVCI200_720_50P);
-        EXPECT_EQ(standard, VS_2398P);
-        EXPECT_EQ(format.codec, L"mine");
-        EXPECT_FALSE(format.found);
-    };
-    expectUntouched(m_card.Root(), 0);
+    ExpectNoFormat(m_parser, m_card.Root(), 0);
     m_card.AddFile("CLIP/0001AA.XML", "no clip");
     m_card.Folder().MakeFolder("CONTENTS/CLIP/0001AB.XML");
-    expectUntouched(m_card.Root(), 0);
-    expectUntouched(test::CardBuilder(false).Root(), 1);
-    expectUntouched(L"", 1);
+    ExpectNoFormat(m_parser, m_card.Root(), 0);
+    ExpectNoFormat(m_parser, test::CardBuilder(false).Root(), 1);
+    ExpectNoFormat(m_parser, L"", 1);
     m_card.AddFile("CLIP/0001AA.XML", "<Other/>");
     const DiskFormat format = Format();
     EXPECT_TRUE(format.found) << "a file without the elements still decides";

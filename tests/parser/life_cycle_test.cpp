@@ -39,28 +39,16 @@ TEST_F(LifeCycleTest, ReadingBeforeInitFailsAndTouchesNothing) {
     m_card.AddClip("0001AA", {{"EssenceList/Video/Codec", "DV50_422"}});
     CNQP2Parser parser;
     _tag_P2Clip clip;
-    clip.XmlPath = L"mine";
-    clip.ClipName = L"mine";
+    clip.XmlPath = clip.ClipName = L"mine";
     EXPECT_EQ(parser.LoadClipInfo(m_card.Root(), L"0001AA", clip), 1);
     EXPECT_EQ(Peer::LoadClipFromXml(parser, m_card.Contents() + L"CLIP\\0001AA.XML", clip), 0);
-    EXPECT_EQ(clip.XmlPath, L"mine");
-    EXPECT_EQ(clip.ClipName, L"mine");
+    EXPECT_EQ(clip.XmlPath + clip.ClipName, L"minemine");
 
     CArray<_tag_P2Clip> clips;
     EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0) << "a scan finds nothing";
     EXPECT_EQ(parser.LoadClipEx(test::CardBuilder(false).Root(), clips, 1), 1);
     EXPECT_TRUE(clips.IsEmpty());
-
-    eCodeType type = CT_AVCHD_1280_720_25P;
-    eP2_VIDEO_STANDARD standard = VS_2398P;
-    DiskFormat format;
-    format.codec = L"mine";
-    EXPECT_EQ(parser.GetDiskFormat(m_card.Root(), type, standard), 1);
-    EXPECT_EQ(parser.GetDiskFormat(m_card.Root(), format), 1);
-    EXPECT_EQ(type, CT_AVCHD_1280_720_25P);
-    EXPECT_EQ(standard, VS_2398P);
-    EXPECT_EQ(format.codec, L"mine");
-    EXPECT_FALSE(format.found);
+    ExpectNoFormat(parser, m_card.Root(), 1);
 }
 
 TEST_F(LifeCycleTest, TheCardManagerLibraryIsKeptOnlyWithItsInitEntry) {
