@@ -38,6 +38,13 @@ void CheckTexts(const nqp2::dom::Document& document, const ClipTexts& texts) {
         Require(node == document.SelectSingle(path).get(),
                 "a clip value is the first node that its path selects");
     }
+    for (const auto below :
+         {nqp2::parser::kMemoPath, nqp2::parser::kProxyAudioPath, nqp2::parser::kAudioPath}) {
+        const std::string path =
+            std::string(nqp2::parser::kClipContentPath) + "/" + std::string(below);
+        Require(texts.All(below).size() == document.SelectNodes(path)->Length(),
+                "every element of a list is found");
+    }
 }
 
 void CheckPath(const CString& path, const CString& clipName) {

@@ -246,6 +246,7 @@ struct SetSpec {
     unsigned shape = 1;
     std::uint32_t extraDepth = 0;
     bool scaled = false; ///< with scaling lists
+    unsigned order = 0;  ///< how pictures are put in order
 };
 
 /// A sequence parameter set without its header byte.
@@ -262,7 +263,13 @@ inline std::string ParameterSet(const SetSpec& spec) {
         }
         bits.Bits(0, 6);
     }
-    bits.Number(0).Number(0).Number(0).Number(1).Bits(0, 1);
+    bits.Number(0).Number(spec.order);
+    if (spec.order == 0) {
+        bits.Number(0);
+    } else if (spec.order == 1) { // with a cycle of one
+        bits.Bits(0, 1).Number(0).Number(0).Number(1).Number(0);
+    }
+    bits.Number(1).Bits(0, 1);
     bits.Number(spec.across - 1).Number(spec.down - 1).Bits(spec.interlaced ? 0 : 1, 1);
     bits.Bits(0, spec.interlaced ? 2 : 1);
     bits.Bits(1, 1).Number(0).Number(0).Number(0).Number(spec.cutBottom);

@@ -13,8 +13,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <limits>
+#include <tuple>
+#include <vector>
 
 namespace nqp2::avchd {
 namespace {
@@ -28,18 +34,14 @@ using test::SetSpec;
 TEST(RecordedMomentTest, DatesAreBinaryCodedAndPossible) {
     const auto date = DecodeDate(test::BytesOf(test::kDate));
     ASSERT_TRUE(date);
-    EXPECT_EQ(date->year, 2011);
-    EXPECT_EQ(date->month, 1);
-    EXPECT_EQ(date->day, 28);
-    EXPECT_EQ(date->hour, 13);
-    EXPECT_EQ(date->minute, 45);
-    EXPECT_EQ(date->second, 7);
-    const std::string impossible[] = {
-        std::string("\x20\x11\x02\x29\x13\x45\x07"),    // no leap year
-        std::string("\x20\x11\x13\x01\x13\x45\x07"),    // month 13
-        std::string("\x20\x1A\x01\x28\x13\x45\x07"),    // no decimal
-        std::string("\x20\x11\x01\x28\x24\x00\x00", 7), // hour 24
-        std::string("\xFF\xFF\xFF\xFF\xFF\xFF\xFF"),    test::Zeros(7), test::kDate.substr(1)};
+    EXPECT_EQ(std::tie(date->year, date->month, date->day, date->hour, date->minute, date->second),
+              std::tuple(2011, 1, 28, 13, 45, 7));
+    const std::string impossible[] = {std::string("\x20\x11\x02\x29\x13\x45\x07"), // no leap year
+                                      std::string("\x20\x11\x13\x01\x13\x45\x07"), // month 13
+                                      std::string("\x20\x1A\x01\x28\x13\x45\x07"), // no decimal
+                                      std::string("\x20\x11\x01\x28\x24\x00\x00", 7), // hour 24
+                                      test::Zeros(7),
+                                      test::kDate.substr(1)};
     for (const std::string& bytes : impossible) {
         EXPECT_FALSE(DecodeDate(test::BytesOf(bytes))) << testing::PrintToString(bytes);
     }
@@ -50,10 +52,9 @@ TEST(RecordedMomentTest, TimecodesComeFramesFirst) {
     const auto drop = DecodeTimecode(test::BytesOf("\x50\x03\x02\x01"));
     ASSERT_TRUE(drop);
     EXPECT_TRUE(drop->dropFrame);
-    EXPECT_EQ(drop->timecode.hours, 1);
-    EXPECT_EQ(drop->timecode.minutes, 2);
-    EXPECT_EQ(drop->timecode.seconds, 3);
-    EXPECT_EQ(drop->timecode.frames, 10);
+    const media::Timecode& shown = drop->timecode;
+    EXPECT_EQ(std::tie(shown.hours, shown.minutes, shown.seconds, shown.frames),
+              std::tuple(1, 2, 3, 10));
     const auto plain = DecodeTimecode(test::BytesOf(std::string("\xA9\xD9\xD9\xE3", 4)));
     ASSERT_TRUE(plain) << "flags in the upper bits of each byte";
     EXPECT_FALSE(plain->dropFrame);
@@ -65,33 +66,23 @@ TEST(RecordedMomentTest, TimecodesComeFramesFirst) {
     }
 }
 
-struct FrameCase {
-    std::uint32_t in;
-    std::uint32_t out;
-    unsigned rateCode;
-    std::int32_t frames;
-    const char* why;
-};
-
 TEST(VideoFormatTest, FramesAreRoundedNeverCutOff) {
     constexpr std::uint32_t kLast = std::numeric_limits<std::uint32_t>::max();
-    constexpr FrameCase kCases[] = {
-        {38700, 59244300, 3, 32892, "a real camera's item"},
-        {0, 1501, 4, 1, "half a tick short of a frame"},
-        {0, 1502, 4, 1, "half a tick over"},
-        {0, 750, 7, 1, "a frame of 750.75 ticks"},
-        {0, 749, 4, 0, "less than half a frame"},
-        {0, 1876, 1, 1, "1876.875 ticks"},
-        {0, 1875, 2, 1, ""},
-        {0, 900, 6, 1, ""},
-        {0, kLast, 7, 5720902, "26 hours"},
-        {kLast, 0, 3, 0, "no clock that ran over"},
-        {5, 5, 3, 0, "empty"},
+    constexpr std::tuple<std::uint32_t, std::uint32_t, int, std::int32_t> kCases[] = {
+        {38700, 59244300, 3, 32892}, // a real camera's item
+        {0, 1501, 4, 1},             // half a tick short of a frame
+        {0, 750, 7, 1},              // a frame of 750.75 ticks
+        {0, 749, 4, 0},              // less than half a frame
+        {0, 1876, 1, 1},             // 1876.875 ticks
+        {0, 1875, 2, 1},
+        {0, 900, 6, 1},
+        {0, kLast, 7, 5720902}, // 26 hours
+        {kLast, 0, 3, 0},       // no clock that ran over
     };
-    for (const FrameCase& each : kCases) {
-        const FrameRate* rate = RateOf(static_cast<std::uint8_t>(each.rateCode), false);
+    for (const auto& [in, out, rateCode, frames] : kCases) {
+        const FrameRate* rate = RateOf(static_cast<std::uint8_t>(rateCode), false);
         ASSERT_NE(rate, nullptr);
-        EXPECT_EQ(FramesBetween(each.in, each.out, *rate), each.frames) << each.why;
+        EXPECT_EQ(FramesBetween(in, out, *rate), frames) << in << ' ' << out;
     }
     EXPECT_EQ(AddFrames(std::numeric_limits<std::int32_t>::max(), 1),
               std::numeric_limits<std::int32_t>::max());
@@ -145,10 +136,9 @@ TEST(ClipInformationTest, ReadsStreamsAndExtension) {
     spec.timecode = "\x50\x03\x02\x01";
     const auto clip = Decode(spec);
     ASSERT_TRUE(clip);
-    EXPECT_EQ(clip->video.pid, 0x1011);
-    EXPECT_EQ(clip->video.format, 5);
-    EXPECT_EQ(clip->video.rateCode, 7);
-    EXPECT_EQ(clip->video.aspect, 3);
+    EXPECT_EQ(
+        std::tuple(clip->video.pid, clip->video.format, clip->video.rateCode, clip->video.aspect),
+        std::tuple(0x1011, 5, 7, 3));
     EXPECT_EQ(clip->audioChannels, 6 + 2 + 1) << "an unknown presentation counts nothing";
     EXPECT_EQ(clip->clipId.value().front(), 6);
     EXPECT_TRUE(clip->timecode.value().dropFrame);
@@ -190,11 +180,12 @@ TEST(PlaylistTest, ReadsItemsWithTheirFirstVideoStream) {
         const auto playlist = Decode(spec);
         ASSERT_TRUE(playlist) << version;
         ASSERT_EQ(playlist->items.size(), 2U);
+        const PlayItem& second = playlist->items[1];
         EXPECT_EQ(playlist->items[0].Name(), "00012");
         EXPECT_EQ(playlist->FramesOf(playlist->items[0]), 10);
-        EXPECT_EQ(playlist->items[1].Name(), "99999");
-        EXPECT_EQ(playlist->items[1].video.rateCode, 6) << "behind a table of angles";
-        EXPECT_EQ(playlist->FramesOf(playlist->items[1]), 1);
+        EXPECT_EQ(second.Name(), "99999");
+        EXPECT_EQ(second.video.rateCode, 6) << "behind a table of angles";
+        EXPECT_EQ(playlist->FramesOf(second), 1);
     }
 }
 
@@ -210,11 +201,9 @@ TEST(PlaylistTest, ShotsRuleTheirItemAndWhatContinuesIt) {
     spec.shotIds = {test::ClipIdBytes(), test::ClipIdBytes(), test::Zeros(32)};
     const auto playlist = Decode(spec);
     ASSERT_TRUE(playlist);
-    const auto shotOf = [&](std::size_t item) { return playlist->items[item].shot; };
-    EXPECT_EQ(shotOf(0), 0);
-    EXPECT_EQ(shotOf(1), 0);
-    EXPECT_EQ(shotOf(2), 0);
-    EXPECT_EQ(shotOf(3), 1);
+    for (std::size_t item = 0; item < 4; ++item) {
+        EXPECT_EQ(playlist->items[item].shot, item < 3 ? 0 : 1) << item;
+    }
     ASSERT_EQ(playlist->shots.size(), 2U) << "the first of each item";
     EXPECT_FALSE(playlist->items[0].continues);
     spec.items[0].connection = 6;
@@ -283,47 +272,39 @@ StreamHead Decode(const std::string& stream, std::uint16_t pid = kPid) {
     return DecodeStreamHead(test::BytesOf(stream), pid);
 }
 
-struct RasterCase {
-    SetSpec set;
-    std::int32_t pixels;
-    std::int32_t lines;
-    std::uint32_t shapeWidth;
-    std::uint32_t shapeHeight;
-};
-
 TEST(StreamHeadTest, ReadsTheRasterOfParameterSets) {
-    const RasterCase cases[] = {
+    const std::tuple<SetSpec, std::int32_t, std::int32_t, std::uint32_t, std::uint32_t> cases[] = {
         {{}, 1920, 1080, 1, 1},
         {{77, 90, 34, true, 2, 14}, 1440, 1080, 4, 3},
         {{100, 80, 45, false, 0, 255}, 1280, 720, 4, 3},
         {{100, 120, 68, false, 4, 17}, 1920, 1080, 0, 0},
         {{100, 120, 34, true, 2, 1, 2, true}, 1920, 1080, 1, 1},
+        {{.order = 1}, 1920, 1080, 1, 1},
+        {{.order = 2}, 1920, 1080, 1, 1},
     };
-    for (const RasterCase& each : cases) {
-        const StreamHead head = Decode(test::StreamBytes(each.set));
+    for (const auto& [set, pixels, lines, shapeWidth, shapeHeight] : cases) {
+        const StreamHead head = Decode(test::StreamBytes(set));
         ASSERT_TRUE(head.parameters);
         EXPECT_TRUE(head.complete);
-        EXPECT_EQ(head.parameters->pixels, each.pixels);
-        EXPECT_EQ(head.parameters->lines, each.lines);
-        EXPECT_EQ(head.parameters->bitDepth, 8 + static_cast<int>(each.set.extraDepth));
-        EXPECT_EQ(head.parameters->shapeWidth, each.shapeWidth);
-        EXPECT_EQ(head.parameters->shapeHeight, each.shapeHeight);
+        EXPECT_EQ(head.parameters->pixels, pixels);
+        EXPECT_EQ(head.parameters->lines, lines);
+        EXPECT_EQ(head.parameters->bitDepth, 8 + static_cast<int>(set.extraDepth));
+        EXPECT_EQ(head.parameters->shapeWidth, shapeWidth);
+        EXPECT_EQ(head.parameters->shapeHeight, shapeHeight);
         EXPECT_FALSE(head.date);
     }
 }
 
 TEST(StreamHeadTest, RefusesImpossibleParameterSets) {
-    SetSpec all = {};
-    all.cutBottom = 1088 / 4; // nothing would be left
-    EXPECT_FALSE(Decode(test::StreamBytes(all)).parameters);
-    SetSpec huge = {};
-    huge.across = 100'000;
-    EXPECT_FALSE(Decode(test::StreamBytes(huge)).parameters);
-    huge.across = 0xFFFFFFFF;
-    EXPECT_FALSE(Decode(test::StreamBytes(huge)).parameters);
-    SetSpec deep = {};
-    deep.extraDepth = 7;
-    EXPECT_FALSE(Decode(test::StreamBytes(deep)).parameters);
+    const SetSpec impossible[] = {
+        {.cutBottom = 1088 / 4}, // nothing would be left
+        {.across = 100'000},
+        {.across = 0xFFFFFFFF},
+        {.extraDepth = 7},
+    };
+    for (const SetSpec& set : impossible) {
+        EXPECT_FALSE(Decode(test::StreamBytes(set)).parameters) << &set - impossible;
+    }
     EXPECT_FALSE(DecodeSequenceParameters(test::BytesOf(test::Zeros(64)))) << "endless number";
 }
 
@@ -343,15 +324,15 @@ TEST(StreamHeadTest, ReadsDateAndTimecodePacks) {
 TEST(StreamHeadTest, PassesOverPacketsThatAreNotItsOwn) {
     const std::string good = test::StreamBytes({});
     EXPECT_FALSE(Decode(good, 0x1012).parameters);
-    std::string foreign = good.substr(0, 192);
-    foreign[4] = '\x48'; // no sync
-    EXPECT_TRUE(Decode(foreign + good).parameters);
-    foreign[4] = '\x47';
-    foreign[7] = '\xD0'; // scrambled
-    EXPECT_TRUE(Decode(foreign + good).parameters);
-    foreign[7] = '\x30';
-    foreign[8] = '\xFF'; // an adaptation field longer than the packet
-    EXPECT_TRUE(Decode(foreign + good).parameters);
+    // Without sync, scrambled, with an adaptation field longer than the packet.
+    for (const char* const head :
+         {"\x48\x50\x11\x10\x01", "\x47\x50\x11\xD0\x01", "\x47\x50\x11\x30\xFF"}) {
+        std::string foreign = good.substr(0, 192);
+        foreign[4] = head[0];
+        foreign[7] = head[3];
+        foreign[8] = head[4];
+        EXPECT_TRUE(Decode(foreign + good).parameters);
+    }
     EXPECT_FALSE(Decode(good.substr(0, 190)).complete) << "not one packet";
     EXPECT_FALSE(Decode(test::Zeros(1 << 20)).parameters);
 }
@@ -362,75 +343,91 @@ TEST(StreamHeadTest, IsNotCompleteBeforeThePictureBegins) {
     EXPECT_TRUE(Decode(good.substr(0, 2 * 192)).complete);
 }
 
-/// Decodes bytes and checks what it promises of any result. Returns whether there was one.
-using DecodeAny = std::function<bool(Bytes)>;
-
-bool AnyPlaylist(Bytes bytes) {
-    const auto playlist = DecodePlaylist(bytes);
-    if (!playlist) {
-        return false;
+/// Every beginning of sound bytes, in memory of its own so that a read beyond it is noticed: no
+/// result without the first `needed` bytes. What any result must be, the fuzz targets check.
+void ExpectSafeCuts(const std::string& sound, std::size_t needed,
+                    const std::function<bool(Bytes)>& decode) {
+    for (std::size_t size = 0; size <= sound.size(); ++size) {
+        const std::vector<std::uint8_t> copy(sound.begin(),
+                                             sound.begin() + static_cast<std::ptrdiff_t>(size));
+        const bool decoded = decode(copy);
+        EXPECT_TRUE(!decoded || size >= needed) << "cut at " << size;
+        EXPECT_TRUE(decoded || size < sound.size());
     }
-    for (const PlayItem& item : playlist->items) {
-        EXPECT_EQ(item.Name().find_first_not_of("0123456789"), std::string_view::npos);
-        EXPECT_LT(item.shot, static_cast<std::int32_t>(playlist->shots.size()));
-        EXPECT_GE(playlist->FramesOf(item), 0);
-    }
-    return true;
-}
-
-bool AnyClip(Bytes bytes) {
-    const auto clip = DecodeClipInformation(bytes);
-    EXPECT_TRUE(!clip || (!clip->stretches.empty() && IsVideoCoding(clip->video.codingType)));
-    return clip.has_value();
-}
-
-bool AnyStream(Bytes bytes) {
-    const StreamHead head = DecodeStreamHead(bytes, 0x1011);
-    EXPECT_TRUE(!head.parameters || (head.parameters->pixels > 0 && head.parameters->lines > 0));
-    return head.complete;
-}
-
-struct DamageCase {
-    const char* name;
-    DecodeAny decode;
-    std::string sound;
-    std::size_t needed; ///< bytes without which there is no result
-};
-
-std::vector<DamageCase> Cases() {
-    test::PlaylistSpec playlist;
-    playlist.items = {test::ItemSpec(), test::ItemSpec{"00001", 0, 900, 6, 5, 6, 2}};
-    playlist.marks = {test::MarkSpec(), test::MarkSpec{1}};
-    playlist.shotIds = {test::ClipIdBytes(), test::ClipIdBytes()};
-    test::PlaylistSpec bare = playlist;
-    bare.marks.clear();
-    bare.hasExtension = false;
-    test::ClipSpec clip;
-    clip.clipId = test::ClipIdBytes();
-    test::SetSpec set;
-    set.scaled = true;
-    return {
-        {"playlist", AnyPlaylist, test::PlaylistBytes(playlist),
-         test::PlaylistBytes(bare).size() - 6},
-        {"clip information", AnyClip, test::ClipBytes(clip),
-         test::ClipBytes(test::ClipSpec()).size()},
-        {"stream", AnyStream, test::StreamBytes(set, test::DatePacks("\x10\x01\x02\x03")), 192}};
-}
-
-/// Bytes in memory of their own, so that a read beyond them is noticed.
-bool DecodeAlone(const DamageCase& each, std::string_view bytes) {
-    const std::vector<std::uint8_t> copy(bytes.begin(), bytes.end());
-    return each.decode(copy);
 }
 
 TEST(DamagedFilesTest, CutOffAtEveryByte) {
-    for (const DamageCase& each : Cases()) {
-        EXPECT_TRUE(DecodeAlone(each, each.sound)) << each.name;
-        for (std::size_t size = 0; size < each.sound.size(); ++size) {
-            const bool decoded = DecodeAlone(each, std::string_view(each.sound).substr(0, size));
-            EXPECT_TRUE(!decoded || size >= each.needed) << each.name << " cut at " << size;
+    PlaylistSpec playlist;
+    playlist.items = {ItemSpec(), ItemSpec{"00001", 0, 900, 6, 5, 6, 2}};
+    PlaylistSpec bare = playlist;
+    bare.hasExtension = false;
+    playlist.marks = {MarkSpec(), MarkSpec{1}};
+    playlist.shotIds = {test::ClipIdBytes(), test::ClipIdBytes()};
+    ExpectSafeCuts(test::PlaylistBytes(playlist), test::PlaylistBytes(bare).size() - 6,
+                   [](Bytes bytes) { return DecodePlaylist(bytes).has_value(); });
+    ClipSpec clip;
+    clip.clipId = test::ClipIdBytes();
+    ExpectSafeCuts(test::ClipBytes(clip), test::ClipBytes(ClipSpec()).size(),
+                   [](Bytes bytes) { return DecodeClipInformation(bytes).has_value(); });
+    ExpectSafeCuts(test::StreamBytes({.scaled = true}, test::DatePacks("\x10\x01\x02\x03")), 192,
+                   [](Bytes bytes) { return DecodeStreamHead(bytes, kPid).complete; });
+}
+
+/// Real and authored files that lie beside the sources, not in them.
+class SharedSamplesTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const char* const named = std::getenv("NQP2_SHARED_SAMPLES");
+        m_samples = named != nullptr ? named : NQP2_DEFAULT_SHARED_SAMPLES;
+        m_samples /= "avchd";
+        if (!std::filesystem::is_directory(m_samples)) {
+            GTEST_SKIP() << "no samples at " << m_samples << "; set NQP2_SHARED_SAMPLES";
         }
     }
+    [[nodiscard]] std::string Read(const std::filesystem::path& name) const {
+        std::ifstream file(m_samples / name, std::ios::binary);
+        EXPECT_TRUE(file) << name;
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    [[nodiscard]] std::optional<Playlist> Decode(const std::filesystem::path& name) const {
+        return DecodePlaylist(test::BytesOf(Read(name)));
+    }
+
+    std::filesystem::path m_samples;
+};
+
+TEST_F(SharedSamplesTest, ARealCamerasSplitRecording) {
+    const auto playlist = Decode("camera_4items.MPL");
+    ASSERT_TRUE(playlist);
+    std::string items;
+    for (const PlayItem& item : playlist->items) {
+        items += std::string(item.Name()) + ' ' + std::to_string(playlist->FramesOf(item)) + ' ';
+    }
+    // The frames that the items' ticks say at 30000/1001.
+    EXPECT_EQ(items, "00010 28305 00011 28290 00012 6750 00013 135 ");
+    EXPECT_EQ(playlist->shots.size(), 2U);
+    const Shot& first = playlist->shots[static_cast<std::size_t>(playlist->items[2].shot)];
+    EXPECT_EQ(first.item, 0U);
+    ASSERT_TRUE(first.date && first.timecode);
+    EXPECT_EQ(first.date->year, 2021);
+    EXPECT_EQ(first.date->minute, 39);
+    EXPECT_EQ(first.timecode->timecode.hours, 17);
+    EXPECT_EQ(playlist->items[3].shot, 1);
+}
+
+TEST_F(SharedSamplesTest, AuthoredFiles) {
+    EXPECT_FALSE(Decode("mpls-cases/00001_Invalid.mpls"));
+    for (const char* const name : {"00001_LinkPoint", "00002_MultiAngle2", "00003_Padding_Zero"}) {
+        const auto playlist =
+            Decode(std::filesystem::path("mpls-cases") / (std::string(name) + ".mpls"));
+        ASSERT_TRUE(playlist) << name;
+        ASSERT_FALSE(playlist->items.empty());
+        for (const PlayItem& item : playlist->items) {
+            EXPECT_NE(RateOf(item.video.rateCode, false), nullptr) << name;
+        }
+    }
+    EXPECT_TRUE(Decode("authored-disc/00000.mpls"));
+    EXPECT_TRUE(DecodeClipInformation(test::BytesOf(Read("authored-disc/00000.clpi"))));
 }
 
 } // namespace

@@ -11,74 +11,54 @@ namespace nqp2::tool {
 namespace {
 
 TEST(Printable, WritesOutWhatATerminalMayObey) {
-    const struct {
-        std::string text;
-        const char* shown;
-    } rows[] = {
+    const std::pair<std::string, const char*> rows[] = {
         {"Köln 夜", "Köln 夜"},
-        {"\x1b[31m", "\\x1b[31m"},
+        {"\x1b[31m\x7f", "\\x1b[31m\\x7f"},
         {std::string("a\0b", 3), "a\\x00b"},
-        {"\x7f", "\\x7f"},
         {"a\tb\r\n", "a\\tb\\r\\n"},
         {"\xC2\x9B", "\\u009b"},     // C1 control: the start of a sequence in one character
         {"\xE2\x80\xAE", "\\u202e"}, // turns the direction of what follows
         {"\xE2\x81\xA6", "\\u2066"},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Printable(row.text, LineBreaks::Escape), row.shown);
+    for (const auto& [text, shown] : rows) {
+        EXPECT_EQ(Printable(text, LineBreaks::Escape), shown);
     }
-}
-
-TEST(Printable, KeepsLineBreaksWhereAsked) {
     EXPECT_EQ(Printable("a\n\tb\r\x1b", LineBreaks::Keep), "a\n\tb\\r\\x1b");
 }
 
 TEST(Printable, ReplacesBytesThatAreNoUtf8) {
     const std::string bad = "\xEF\xBF\xBD";
-    const struct {
-        const char* bytes;
-        std::string shown;
-    } rows[] = {
-        {"\xFFz", bad + "z"},
-        {"\x80", bad},
-        {"\xC3", bad},                              // cut off
+    const std::pair<const char*, std::string> rows[] = {
         {"\xC3z", bad + "z"},                       // the next character is kept
+        {"\xC3", bad},                              // cut off
         {"\xC0\x9B", bad + bad},                    // an escape hidden in a form too long
         {"\xE0\x80\x9B", bad + bad + bad},          // the same in three bytes
         {"\xED\xA0\x80", bad + bad + bad},          // a surrogate
         {"\xF4\x90\x80\x80", bad + bad + bad + bad} // beyond the last character
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(Printable(row.bytes, LineBreaks::Escape), row.shown) << row.bytes;
+    for (const auto& [bytes, shown] : rows) {
+        EXPECT_EQ(Printable(bytes, LineBreaks::Escape), shown) << bytes;
     }
 }
 
 TEST(DisplayWidth, CountsTerminalColumns) {
-    const struct {
-        const char* text;
-        int width;
-    } rows[] = {
-        {"", 0},       {"abc", 3},  {"Köln", 4},
-        {"夜明け", 6}, {"한글", 4}, {"ｶﾅ", 2},        // half-width kana
-        {"Ａ", 2},                                    // full-width letter
-        {"🎬", 2},      {"…", 1},    {"a\xCC\x88", 1}, // a letter and a combining mark
+    // Half-width kana, a full-width letter, a letter with a combining mark.
+    const std::pair<const char*, int> rows[] = {
+        {"", 0},   {"abc", 3}, {"Köln", 4}, {"夜明け", 6}, {"한글", 4},
+        {"ｶﾅ", 2}, {"Ａ", 2},  {"🎬", 2},    {"…", 1},      {"a\xCC\x88", 1},
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(DisplayWidth(row.text), row.width) << row.text;
+    for (const auto& [text, width] : rows) {
+        EXPECT_EQ(DisplayWidth(text), width) << text;
     }
 }
 
 TEST(CutToWidth, LeavesRoomForTheEllipsis) {
-    const struct {
-        const char* text;
-        int width;
-        const char* cut;
-    } rows[] = {
+    const std::tuple<const char*, int, const char*> rows[] = {
         {"abc", 3, "abc"},      {"abcd", 3, "ab…"},   {"abcd", 1, "…"}, {"夜明け", 6, "夜明け"},
         {"夜明け", 5, "夜明…"}, {"夜明け", 4, "夜…"}, // half of one does not fit
     };
-    for (const auto& row : rows) {
-        EXPECT_EQ(CutToWidth(row.text, row.width), row.cut);
+    for (const auto& [text, width, cut] : rows) {
+        EXPECT_EQ(CutToWidth(text, width), cut);
     }
 }
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/DebugOutput.h"
-#include "platform/DriveMap.h"
+
 #include "platform/file_system.h"
 #include "tests/parser/card_test.h"
 #include "tests/parser/clip_show.h"
@@ -78,12 +78,10 @@ TEST_F(CardScanTest, OneRecordServesAllAndCarriesOnlyTheUnreadDate) {
     m_card.AddClip("0001AB");
     const std::vector<std::string> order = ListedTitles();
     m_card.AddClip(order[0], {{kStart, "2005-02-01T06:00:00+08:00"},
-                              {"Duration", "9"},
                               {"EssenceList/Video/Codec", "AVC-LongG422"},
                               {"EssenceList/Video/Codec@Class", "50"},
                               {"EssenceList/Video/BitDepth", "10"},
                               {"EssenceList/Video/TimecodeType", "NonDrop"},
-                              {"EssenceList/Video/StartTimecode", "01:00:00:00"},
                               {"EssenceList/Audio/BitsPerSample", "24"},
                               {"Relation/GlobalShotID", "1"},
                               {"Relation/Connection/Top/ClipName", "TOP"},
@@ -120,54 +118,24 @@ TEST_F(CardScanTest, FindsALowerCaseCard) {
     EXPECT_EQ(Below(clips[0].ProxyPath), "PROXY\\0001AB.MP4");
 }
 
-TEST_F(CardScanTest, ReachesTheCardThroughAnyRootText) {
-    m_card.AddClip("0001AB");
-    const std::string& path = m_card.Folder().Path();
-    ASSERT_TRUE(MapDrive(L"Q", path.c_str()));
-    const CString posix = platform::TextFromUtf8(path);
-    const CString roots[] = {L"Q",         L"q:",        L"Q:\\",       posix,
-                             posix + L":", posix + L"/", posix + L":\\"};
-    for (const CString& root : roots) {
-        CArray<_tag_P2Clip> clips;
-        EXPECT_EQ(m_parser.LoadClipEx(root, clips, 0), 0) << root;
-        ASSERT_EQ(clips.GetSize(), 1) << root;
-        const CString drive = root.Find(L':') < 0 ? root + L":" : root;
-        EXPECT_EQ(clips[0].XmlPath, drive + L"\\CONTENTS\\CLIP\\0001AB.XML");
-        _tag_P2Clip clip;
-        EXPECT_EQ(m_parser.LoadClipInfo(root, L"0001ab", clip), 0) << root;
-        EXPECT_EQ(clip.XmlPath, clips[0].XmlPath);
-    }
-    MapDrive(L"Q", "");
-    CArray<_tag_P2Clip> clips;
-    EXPECT_EQ(m_parser.LoadClipEx(L"Q", clips, 0), 1) << "no longer mapped";
-}
-
 TEST_F(CardScanTest, ReadsFilesWhoseNamesAreNoUtf8) {
     m_card.AddFile("CLIP/\xFF\xC3.XML", test::ClipXml({}));
     m_card.AddFile("ICON/\xFF\xC3.BMP");
     const CArray<_tag_P2Clip> clips = Scan();
     ASSERT_EQ(clips.GetSize(), 1);
-    EXPECT_EQ(platform::NameBytesFromText(clips[0].ClipName.View()), "\xFF\xC3");
     EXPECT_EQ(PosixPath(clips[0].XmlPath), m_card.Folder().Path("CONTENTS/CLIP/\xFF\xC3.XML"));
     EXPECT_FALSE(clips[0].IconPath.IsEmpty());
     _tag_P2Clip clip;
     EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), clips[0].ClipName, clip), 0);
 }
 
-/// Everything that a scan hands back, for comparing two of them.
-struct Outcome {
-    std::vector<ClipShow::Shown> clips;
-    std::vector<std::string> remarks;
-};
-
 TEST_F(CardScanTest, ASlowMediumIsReadAheadWithTheSameOutcome) {
     const auto outcome = [&] {
-        Outcome result;
+        std::vector<ClipShow::Shown> clips;
         for (const _tag_P2Clip& clip : Scan()) {
-            result.clips.push_back(ClipShow(clip, m_card.Contents()).Fields());
+            clips.push_back(ClipShow(clip, m_card.Contents()).Fields());
         }
-        result.remarks = Remarks();
-        return result;
+        return std::pair(clips, Remarks());
     };
     AddClips(60);
     const std::string large(300'000, ' '); // beyond what is read ahead
@@ -177,9 +145,9 @@ TEST_F(CardScanTest, ASlowMediumIsReadAheadWithTheSameOutcome) {
         m_card.AddClip("large" + number, {{"Duration", number}, {"Filler", large}});
         m_card.Folder().MakeFolder("CONTENTS/CLIP/folder" + number + ".XML");
     }
-    const Outcome plain = outcome();
-    ASSERT_EQ(plain.clips.size(), 65U);
-    ASSERT_EQ(plain.remarks.size(), 10U);
+    const auto plain = outcome();
+    ASSERT_EQ(plain.first.size(), 65U);
+    ASSERT_EQ(plain.second.size(), 10U);
 
     FaultyFileSystem slow;
     std::mutex lock;
@@ -192,9 +160,7 @@ TEST_F(CardScanTest, ASlowMediumIsReadAheadWithTheSameOutcome) {
         }
     });
     const platform::ScopedFileSystem scope(slow);
-    const Outcome ahead = outcome();
-    EXPECT_EQ(ahead.clips, plain.clips);
-    EXPECT_EQ(ahead.remarks, plain.remarks);
+    EXPECT_EQ(outcome(), plain);
     EXPECT_GT(readers.size(), 1U) << "several threads read";
 }
 
@@ -224,10 +190,9 @@ TEST_F(CardScanTest, TheHostsSizeLimitHoldsForSmallFilesToo) {
     m_card.AddClip("0001AA");
     const std::uint64_t before = MaxXmlFileSize();
     SetMaxXmlFileSize(100);
-    EXPECT_THAT(ScannedNames(), testing::IsEmpty());
+    EXPECT_THAT(ScannedNames(), IsEmpty());
     SetMaxXmlFileSize(before);
-    ASSERT_EQ(m_report.skipped.GetSize(), 1);
-    EXPECT_EQ(m_report.skipped[0].reason, SkipReason::TooLarge);
+    EXPECT_THAT(Remarks(), ElementsAre(Remark("CLIP\\0001AA.XML", SkipReason::TooLarge)));
 }
 
 class CardFormatTest : public CardTest {
@@ -247,25 +212,15 @@ protected:
 
 TEST_F(CardFormatTest, TheCodecNameAloneDecidesTheCodeType) {
     constexpr std::pair<const char*, int> kCases[] = {
-        {"DV25_411", 0},
         {"DV25_420", 0},
         {"DV50_422", 1},
         {"DV100_1080/50i", 2},
         {"DV100_720/50p", 15},
-        {"DV100_1080/59.94i", 30},
-        {"DV100_720/59.94p", 33},
         {"AVC-I_1080/50i", 5},
         {"AVC-I_1080/25p", 17},
-        {"AVC-I_720/50p", 19},
-        {"AVC-I_1080/59.94i", 35},
-        {"AVC-I_1080/29.97p", 36},
         {"AVC-I_720/59.94p", 38},
-        {"AVCHD_1920_1080_50i", 200},
-        {"AVCHD_1440_1080_50i", 201},
-        {"AVCHD_1920_1080_25p", 202},
-        {"AVCHD_1440_1080_25p", 203},
+        {"DV100_720/59.94p", 33},
         {"AVCHD_1280_720_50p", 204},
-        {"AVCHD_1280_720_25p", 205},
         {"AVC-LongG422", 0},
         {"", 0},
     };
@@ -286,8 +241,10 @@ TEST_F(CardFormatTest, TheCodecNameAloneDecidesTheCodeType) {
 
 TEST_F(CardFormatTest, Class50IsToldForOneCodecOnly) {
     constexpr std::tuple<const char*, const char*, int> kCases[] = {
-        {"AVC-I_1080/50i", "50", 1}, {"AVC-I_1080/50i", "100", 0}, {"avc-i_1080/50i", "50", 0},
-        {"AVC-I_720/50p", "50", 0},  {"AVC-I_1080/25p", "50", 0},
+        {"AVC-I_1080/50i", "50", 1},
+        {"AVC-I_1080/50i", "100", 0},
+        {"avc-i_1080/50i", "50", 0},
+        {"AVC-I_720/50p", "50", 0},
     };
     for (const auto& [codec, cls, class50] : kCases) {
         AddFormat(codec, "50i", cls);
@@ -308,52 +265,21 @@ TEST_F(CardFormatTest, TheFirstFileThatLoadsDecides) {
     }
     EXPECT_EQ(Format().codec, L"DV50_422");
     m_card.AddClip("0003AA", {{"EssenceList/Video/Codec", "DV25_420"}});
-    EXPECT_EQ(platform::Utf8FromText(Format().codec.View()),
-              ScannedNames().front() == "0001AA" ? "DV50_422" : "DV25_420");
+    EXPECT_EQ(Format().codec, ScannedNames().front() == "0001AA" ? L"DV50_422" : L"DV25_420");
 }
 
 TEST_F(CardFormatTest, WithoutALoadableClipTheOutputsStay) {
-    const auto expectUntouched = [&](const CString& root, __int64 result) {
-        eCodeType type = CT_AVCI200_720_50P;
-        eP2_VIDEO_STANDARD standard = VS_2398P;
-        DiskFormat format;
-        format.codec = L"mine";
-        EXPECT_EQ(m_parser.GetDiskFormat(root, type, standard), result);
-        EXPECT_EQ(m_parser.GetDiskFormat(root, format), result);
-        EXPECT_EQ(type, CT_AVCI200_720_50P);
-        EXPECT_EQ(standard, VS_2398P);
-        EXPECT_EQ(format.codec, L"mine");
-        EXPECT_FALSE(format.found);
-    };
-    expectUntouched(m_card.Root(), 0);
+    ExpectNoFormat(m_parser, m_card.Root(), 0);
     m_card.AddFile("CLIP/0001AA.XML", "no clip");
     m_card.Folder().MakeFolder("CONTENTS/CLIP/0001AB.XML");
-    expectUntouched(m_card.Root(), 0);
-    expectUntouched(test::CardBuilder(false).Root(), 1);
-    expectUntouched(L"", 1);
+    ExpectNoFormat(m_parser, m_card.Root(), 0);
+    ExpectNoFormat(m_parser, test::CardBuilder(false).Root(), 1);
+    ExpectNoFormat(m_parser, L"", 1);
     m_card.AddFile("CLIP/0001AA.XML", "<Other/>");
     const DiskFormat format = Format();
     EXPECT_TRUE(format.found) << "a file without the elements still decides";
     EXPECT_TRUE(format.codec.IsEmpty());
     EXPECT_EQ(format.codeType, CT_DV25_50I);
-}
-
-/// Every candidate in order, written out the long way.
-std::vector<std::string> Candidates() {
-    std::vector<std::string> names;
-    for (char letter = 'A'; letter <= 'Z'; ++letter) {
-        names.push_back(std::string("0001A") + letter);
-    }
-    for (char letter = 'B'; letter <= 'Z'; ++letter) {
-        names.push_back(std::string("0001") + letter + "Z");
-    }
-    for (char digit = '2'; digit <= '9'; ++digit) {
-        names.push_back(std::string("000") + digit + "ZZ");
-    }
-    for (char digit = '1'; digit <= '9'; ++digit) {
-        names.push_back(std::string("00") + digit + "9ZZ");
-    }
-    return names;
 }
 
 class FreeNameTest : public CardTest {
@@ -368,14 +294,22 @@ protected:
 };
 
 TEST_F(FreeNameTest, CandidatesFollowEachOtherWithoutCarryAndEndAfter68) {
-    const std::vector<std::string> names = Candidates();
-    ASSERT_EQ(names.size(), 68U);
-    ASSERT_EQ(names.back(), "0099ZZ");
+    std::string name = "0001AA";
     __int64 tried = 0;
-    for (const std::string& name : names) {
-        ExpectFree(name, ++tried);
-        m_card.AddFile("VIDEO/" + name + ".MXF");
-    }
+    const auto takeUpTo = [&](std::size_t place, char last) {
+        while (name[place] != last) {
+            ++name[place];
+            ExpectFree(name, ++tried);
+            m_card.AddFile("VIDEO/" + name + ".MXF");
+        }
+    };
+    ExpectFree(name, ++tried);
+    m_card.AddFile("VIDEO/0001AA.MXF");
+    takeUpTo(5, 'Z');
+    takeUpTo(4, 'Z');
+    takeUpTo(3, '9');
+    takeUpTo(2, '9');
+    EXPECT_EQ(name, "0099ZZ");
     CString untouched = L"mine";
     EXPECT_EQ(m_parser.CheckName(untouched, m_card.Root(), tried), 0);
     EXPECT_EQ(m_parser.CheckName(untouched, m_card.Root()), 0);
@@ -384,9 +318,8 @@ TEST_F(FreeNameTest, CandidatesFollowEachOtherWithoutCarryAndEndAfter68) {
 }
 
 TEST_F(FreeNameTest, NoNameIsFreeInAFolderThatCannotBeRead) {
-    m_card.AddFile("VIDEO/0001AA.MXF");
-    test::FaultyFileSystem files;
-    files.Fail({.error = platform::IoError::Denied, .operation = test::Operation::List});
+    FaultyFileSystem files;
+    files.Fail({.error = platform::IoError::Denied, .operation = Operation::List});
     const platform::ScopedFileSystem inUse(files);
     CString untouched = L"mine";
     EXPECT_EQ(m_parser.CheckName(untouched, m_card.Root()), 0);
@@ -394,21 +327,14 @@ TEST_F(FreeNameTest, NoNameIsFreeInAFolderThatCannotBeRead) {
 }
 
 TEST_F(FreeNameTest, OnlyVideoFilesTakeANameInAnyLetterCase) {
+    CString name;
+    EXPECT_EQ(m_parser.CheckName(name, L"/nonexistent"), 1) << "an absent card takes none";
+    EXPECT_EQ(name, L"0001AA");
     m_card.AddClip("0001AA");
     m_card.AddFile("AUDIO/0001AA00.MXF");
     ExpectFree("0001AA", 1);
     m_card.AddFile("VIDEO/0001aa.mxf");
     ExpectFree("0001AB", 2);
-}
-
-TEST_F(FreeNameTest, AnEmptyOrAbsentCardTakesNone) {
-    CString name;
-    EXPECT_EQ(m_parser.CheckName(name, L"/nonexistent"), 1);
-    EXPECT_EQ(name, L"0001AA");
-    const test::CardBuilder noCard(false);
-    name.Empty();
-    EXPECT_EQ(m_parser.CheckName(name, noCard.Root()), 1);
-    EXPECT_EQ(name, L"0001AA");
 }
 
 } // namespace

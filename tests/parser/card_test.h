@@ -45,6 +45,20 @@ struct NQP2ParserPeer {
     }
 };
 
+/// Asks for the format of a card that tells none: the result, and outputs that stay as they were.
+inline void ExpectNoFormat(CNQP2Parser& parser, const CString& root, __int64 result) {
+    eCodeType type = CT_AVCI200_720_50P;
+    eP2_VIDEO_STANDARD standard = VS_2398P;
+    DiskFormat format;
+    format.codec = L"mine";
+    EXPECT_EQ(parser.GetDiskFormat(root, type, standard), result);
+    EXPECT_EQ(parser.GetDiskFormat(root, format), result);
+    EXPECT_EQ(type, CT_AVCI200_720_50P);
+    EXPECT_EQ(standard, VS_2398P);
+    EXPECT_EQ(format.codec, L"mine");
+    EXPECT_FALSE(format.found);
+}
+
 /// A card and an initialised parser.
 class CardTest : public testing::Test {
 protected:

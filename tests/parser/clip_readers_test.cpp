@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "parser/clip_texts.h"
-#include "platform/number_text.h"
 #include "platform/unicode.h"
 #include "tests/parser/card_test.h"
 #include "tests/parser/clip_show.h"
@@ -11,11 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -85,6 +80,10 @@ std::vector<Row> ClassRows() {
         Given("AvcIntraClass50", "", "", "no class", {{kCodec, "AVC-I_1080/50i"}}),
         Given("CodecClass", "", "100", "stored whatever it is", Coded("AVC-I_1080/50i", "100")),
         Given("CodecClass", "", "50", "of any codec", Coded("DV50_422", "50")),
+        Given("CodecClass", "", "1", "the first of that local name",
+              {{"EssenceList/Video/Codec@xmlns:p", "urn:p"},
+               {"EssenceList/Video/Codec@p:Class", "1"},
+               {kClass, "2"}}),
         Given("AvcIntraClass50", "", "", "not one of the six", Coded("DV50_422", "50")),
         Given("CodecName", "AVC-LongG422", "AVC-LongG422-50M", "class joins the name",
               Coded("AVC-LongG422", "50")),
@@ -95,8 +94,6 @@ std::vector<Row> ClassRows() {
         Given("CodecName", "AVC-LongX", "AVC-LongX", "a long-GOP name of no known kind",
               Coded("AVC-LongX", "50")),
         Given("CodecClass", "", "50", "of a long-GOP codec", Coded("AVC-LongG422", "50")),
-        Given("CodecClass", "", "100", "of an Intra codec", Coded("AVC-Intra_422", "100")),
-        Given("CodecClass", "", "200", "class 200 at 50p", Coded("AVC-I_1080/50p", "200")),
     };
     for (const char* const codec : {"AVC-I_1080/25p", "AVC-I_720/50p", "AVC-I_1080/59.94i",
                                     "AVC-I_1080/29.97p", "AVC-I_720/59.94p"}) {
@@ -112,8 +109,7 @@ std::vector<Row> RasterRows() {
         Given("ActivePixel", "", "960", "given", Family("AVC-Intra4K_444", {{kPixel, "960"}})),
         Given("ActivePixel", "", "1920", "a number that is none",
               Family("avc-intra4k_422", {{kPixel, "wide"}, {kLine, "1080"}})),
-        Given("ActivePixel", "", "", "outside the families",
-              {{kCodec, "DV50_422"}, {kPixel, "720"}}),
+
         Given("ActivePixel", "", "", "short Intra names are no family",
               {{kCodec, "AVC-I_1080/50i"}, {kPixel, "720"}}),
         Given("ActiveLine", "", "2160", "read in the families",
@@ -140,11 +136,7 @@ std::vector<Row> TimeRows() {
               {{kCodec, "DV50_422"}, {kTimecodeType, "NonDrop"}}),
         Timecode("59.94i", "true", kHour, "107892"),
         Timecode("59.94i", "0", kHour, "108000"),
-        Timecode("29.97p", "true", "00:01:00;02", "1800"),
-        Timecode("29.97p", "false", "00:01:00:02", "1802"),
-        Timecode("59.94p", "true", kHour, "215784"),
         Timecode("50p", "true", "18:09:34:24", "3268724"),
-        Timecode("50i", "true", kHour, "90000"),
         Timecode("", "", "00:00:01.05", "30"),
         Timecode("50i", "true", "no time", ""),
         Timecode("50i", "true", "", ""),
@@ -158,6 +150,9 @@ std::vector<Row> EssenceRows() {
     const std::string all = a + "00.MXF " + a + "01.MXF " + a + "02.MXF " + a + "03.MXF ";
     const std::string four = all + a + "04.MXF " + a + "05.MXF " + a + "06.MXF " + a + "07.MXF ";
     const std::string av = "AVCLIP\\0001AB.MXF";
+    const std::vector<const char*> fiveFiles = {"AUDIO/0001AB00.MXF", "AUDIO/0001AB01.MXF",
+                                                "AUDIO/0001AB02.MXF", "AUDIO/0001AB03.MXF",
+                                                "AUDIO/0001AB04.MXF"};
     std::string shared;
     for (int i = 0; i < 8; ++i) {
         shared += av + " ";
@@ -178,27 +173,21 @@ std::vector<Row> EssenceRows() {
         Given("EssenceMask", "", "7", "three descriptions, nothing is there", Channels(3)),
         Given("EssenceMask", "5", "3", "second channel present", Channels(2),
               {"VIDEO/0001AB.MXF", "AUDIO/0001AB01.MXF"}),
-        Given("EssenceMask", "30", "1", "five channels present, none described", {},
-              {"AUDIO/0001AB00.MXF", "AUDIO/0001AB01.MXF", "AUDIO/0001AB02.MXF",
-               "AUDIO/0001AB03.MXF", "AUDIO/0001AB04.MXF"}),
+        Given("EssenceMask", "30", "1", "five channels present, none described", {}, fiveFiles),
         Given("EssenceMask", "", "31", "a family counts its channels",
               Family("AVC-LongG422", {{kChannel, "4"}}), {"AVCLIP/0001AB.MXF"}),
         Given("EssenceMask", "", "", "a family without its file",
               Family("AVC-LongG422", {{kChannel, "4"}})),
         Given("AudioPath", "", all + "- - - - ", "one less than described", Channels(5)),
         Given("AudioPath", "", "", "one description", Channels(1)),
-        Given("AudioPath", "", four, "nine fill the eight slots", Channels(9)),
         Given("AudioPath", "", four, "more than there are slots", Channels(100)),
         Given("EssenceMask", "", "511", "more than there are slots", Channels(100)),
-        Given("AudioPath", all + "- - - - ", "", "four are looked for by name", {},
-              {"AUDIO/0001AB00.MXF", "AUDIO/0001AB01.MXF", "AUDIO/0001AB02.MXF",
-               "AUDIO/0001AB03.MXF", "AUDIO/0001AB04.MXF"}),
+        Given("AudioPath", all + "- - - - ", "", "four are looked for by name", {}, fiveFiles),
         Given("AudioPath", "", av + " " + av + " - - - - - - ", "a family shares its file",
               Family("AVC-Intra_422", {{kChannel, "2"}}), {"AVCLIP/0001AB.MXF"}),
         Given("AudioPath", "", shared, "an absurd count",
               Family("AVC-Intra_422", {{kChannel, "2147483647"}}), {"AVCLIP/0001AB.MXF"}),
-        Given("EssenceMask", "", "511", "a count beyond 64 bits",
-              Family("AVC-Intra_422", {{kChannel, "99999999999999999999"}}), {"AVCLIP/0001AB.MXF"}),
+
         Given("EssenceMask", "", "1", "a negative count",
               Family("AVC-Intra_422", {{kChannel, "-2147483648"}}), {"AVCLIP/0001AB.MXF"}),
         Given("AudioPath", "", "", "a count that is no number",
@@ -242,36 +231,53 @@ TEST_F(ClipReadersTest, DifferInTheseFields) {
     }
 }
 
+/// A value of a clip file and what becomes of it in the record, where it is told by itself.
+struct FullRow {
+    std::string path;
+    const char* value;
+    const char* field = "";
+    std::string shown = {};
+};
+
 /// Values of every field that both read in the same way.
-ClipValues FullClip() {
+std::vector<FullRow> FullRows() {
+    const std::string audio = "EssenceList/Audio/";
+    const std::string video = "EssenceList/Video/";
+    const std::string related = "Relation/Connection/";
     const std::string proxyAudio = "ClipMetadata/Proxy/ProxyElementList/ProxyAudio/";
+    const std::string proxyVideo = kProxyVideo;
+    const std::string zeros = "00000000-0000-0000-0000-0000000000";
+    const char* const id = "060A2B340101010501010D431300000700112233445566778899AABBCCDDEEFF";
     return {
-        {"ClipName", "0001AB"},
-        {kId, "060A2B340101010501010D431300000700112233445566778899AABBCCDDEEFF"},
-        {"Duration", "250"},
-        {kCodec, "DV50_422"},
-        {kRate, "50i"},
-        {"EssenceList/Video/AspectRatio", "16:9"},
-        {"EssenceList/Video/VideoIndex/StartByteOffset", "32768"},
-        {"EssenceList/Video/VideoIndex/DataSize", "5000000000"},
-        {"EssenceList/Audio/BitsPerSample", "16"},
-        {"EssenceList/Audio/AudioIndex/StartByteOffset", "-1"},
-        {"EssenceList/Audio/AudioIndex/DataSize", " 99999999999999999999"},
-        {"Relation/OffsetInShot", "6000000000"},
-        {"Relation/GlobalShotID", "05"},
-        {"Relation/Connection/Top/GlobalClipID", "01"},
-        {"Relation/Connection/Top/ClipName", "TOP"},
-        {"Relation/Connection/Top/P2SerialNo.", "T1"},
-        {"Relation/Connection/Next/GlobalClipID", "02"},
-        {"Relation/Connection/Next/ClipName", "NEXT"},
-        {"Relation/Connection/Next/P2SerialNo.", "N1"},
-        {"Relation/Connection/Previous/GlobalClipID", "03"},
-        {"Relation/Connection/Previous/ClipName", "PREV"},
-        {"Relation/Connection/Previous/P2SerialNo.", "P1"},
-        {"ClipMetadata/UserClipName", "Straßenbahn & <Co>"},
-        {kStart, "2005-02-01T06:00:00+08:00"},
-        {kEnd, "2005-02-01T08:59:00-05:00"},
-        {"ClipMetadata/MemoList/Memo/Offset", "10"},
+        {"ClipName", "0001AB", "ClipName", "0001AB"},
+        {kId, id, "GlobalClipID", id},
+        {"Duration", "250", "Duration", "250"},
+        {kCodec, "DV50_422", "CodecName", "DV50_422"},
+        {kRate, "50i", "FrameRate", "50i"},
+        {video + "AspectRatio", "16:9", "AspectRatio", "16:9"},
+        {video + "VideoIndex/StartByteOffset", "32768", "VideoStartByteOffset", "32768"},
+        {video + "VideoIndex/DataSize", "5000000000", "VideoDataSize", "5000000000"},
+        {audio + "BitsPerSample", "16", "AudioBitsPerSample", "16"},
+        {audio + "AudioIndex/StartByteOffset", "-1", "AudioStartByteOffset", "-1"},
+        {audio + "AudioIndex/DataSize", " 99999999999999999999", "AudioDataSize",
+         "9223372036854775807"},
+        {"Relation/OffsetInShot", "6000000000", "OffsetInShot", "6000000000"},
+        {"Relation/GlobalShotID", "05", "GlobalShotGuid", zeros + "05"},
+        {related + "Top/GlobalClipID", "01", "TopClipGuid", zeros + "01"},
+        {related + "Top/ClipName", "TOP", "TopClipName", "TOP"},
+        {related + "Top/P2SerialNo.", "T1", "TopSerialNo", "T1"},
+        {related + "Next/GlobalClipID", "02", "NextClipGuid", zeros + "02"},
+        {related + "Next/ClipName", "NEXT", "NextClipName", "NEXT"},
+        {related + "Next/P2SerialNo.", "N1", "NextSerialNo", "N1"},
+        {related + "Previous/GlobalClipID", "03", "PreviousClipGuid", zeros + "03"},
+        {related + "Previous/ClipName", "PREV", "PreviousClipName", "PREV"},
+        {related + "Previous/P2SerialNo.", "P1", "PreviousSerialNo", "P1"},
+        {"ClipMetadata/UserClipName", "Straßenbahn & <Co>", "UserClipName", "Straßenbahn & <Co>"},
+        {kStart, "2005-02-01T06:00:00+08:00", "StartDate", "2005-02-01T06:00:00"},
+        {kEnd, "2005-02-01T08:59:00-05:00", "EndDate", "2005-02-01T08:59:00"},
+        // What a memo does not say overwrites the defaults of a fresh one.
+        {"ClipMetadata/MemoList/Memo/Offset", "10", "Memos",
+         "10,Jo,first,AIFF,48000,24,1|20,,,,0,0,1|30,,,,0,0,1"},
         {"ClipMetadata/MemoList/Memo/Person", "Jo"},
         {"ClipMetadata/MemoList/Memo/Text", "first"},
         {"ClipMetadata/MemoList/Memo/VoiceFormat", "AIFF"},
@@ -281,90 +287,55 @@ ClipValues FullClip() {
         {kMemo, "10"},
         {kMemo, "30"},
         {kMemo, "20"},
-        {kProxyFormat, "mov"},
-        {std::string(kProxyVideo) + "ProxyVideoBitRate", "1500"},
-        {std::string(kProxyVideo) + "ProxyVideoCodec", "MPEG-4"},
-        {std::string(kProxyVideo) + "ProxyFrameRate", "25p"},
-        {std::string(kProxyVideo) + "ProxyResolution", "SIF_PAL"},
-        {std::string(kProxyVideo) + "AspectRatio", "4:3"},
-        {proxyAudio + "ProxyAudioCodec", "LPCM"},
-        {proxyAudio + "ProxyAudioBitRate", "64"},
-        {proxyAudio + "ProxySamplingRate", "24000"},
-        {kNewProxyAudio, ""},
-        {kNewProxyAudio, ""},
+        {kProxyFormat, "mov", "ProxyFormat", "2"},
+        {proxyVideo + "ProxyVideoBitRate", "1500", "ProxyVideoBitRate", "1500"},
+        {proxyVideo + "ProxyVideoCodec", "MPEG-4", "ProxyVideoCodec", "2"},
+        {proxyVideo + "ProxyFrameRate", "25p", "ProxyFrameRate", "25p"},
+        {proxyVideo + "ProxyResolution", "SIF_PAL", "ProxyResolution", "2"},
+        {proxyVideo + "AspectRatio", "4:3", "ProxyAspectRatio", "4:3"},
+        {proxyAudio + "ProxyAudioCodec", "LPCM", "ProxyAudioCodec", "2"},
+        {proxyAudio + "ProxyAudioBitRate", "64", "ProxyAudioBitRate", "64"},
+        {proxyAudio + "ProxySamplingRate", "24000", "ProxySamplingRate", "24000"},
+        {kNewProxyAudio, "", "ProxyAudioChannels", "2"},
+        {kNewProxyAudio, "", "ProxyAudioMask", "7"},
     };
 }
 
-ClipShow::Shown FullClipShown() {
-    const std::string zeros = "00000000-0000-0000-0000-0000000000";
-    return {
-        {"ClipName", "0001AB"},
-        {"GlobalClipID", "060A2B340101010501010D431300000700112233445566778899AABBCCDDEEFF"},
+TEST_F(ClipReadersTest, ReadEverythingElseAlike) {
+    ClipValues full;
+    ClipShow::Shown expected = {
         {"GlobalClipGuid", "00112233-4455-6677-8899-aabbccddeeff"},
         {"ClipIdDigit", "7"},
-        {"Duration", "250"},
-        {"CodecName", "DV50_422"},
-        {"FrameRate", "50i"},
-        {"AspectRatio", "16:9"},
-        {"VideoStartByteOffset", "32768"},
-        {"VideoDataSize", "5000000000"},
-        {"AudioBitsPerSample", "16"},
-        {"AudioStartByteOffset", "-1"},
-        {"AudioDataSize", "9223372036854775807"},
-        {"OffsetInShot", "6000000000"},
-        {"GlobalShotGuid", zeros + "05"},
-        {"TopClipGuid", zeros + "01"},
-        {"TopClipName", "TOP"},
-        {"TopSerialNo", "T1"},
-        {"NextClipGuid", zeros + "02"},
-        {"NextClipName", "NEXT"},
-        {"NextSerialNo", "N1"},
-        {"PreviousClipGuid", zeros + "03"},
-        {"PreviousClipName", "PREV"},
-        {"PreviousSerialNo", "P1"},
-        {"UserClipName", "Straßenbahn & <Co>"},
         {"ShootStartTime", "38384.25000"},
-        {"StartDate", "2005-02-01T06:00:00"},
-        {"EndDate", "2005-02-01T08:59:00"},
-        // What a memo does not say overwrites the defaults of a fresh one.
-        {"Memos", "10,Jo,first,AIFF,48000,24,1|20,,,,0,0,1|30,,,,0,0,1"},
-        {"ProxyFormat", "2"},
+        {"EssenceMask", "1"},
         {"ProxyExt", ".MOV"},
-        {"ProxyVideoBitRate", "1500"},
-        {"ProxyVideoCodec", "2"},
-        {"ProxyFrameRate", "25p"},
-        {"ProxyResolution", "2"},
-        {"ProxyAspectRatio", "4:3"},
-        {"ProxyAudioCodec", "2"},
-        {"ProxyAudioBitRate", "64"},
-        {"ProxySamplingRate", "24000"},
-        {"ProxyAudioChannels", "2"},
-        {"ProxyAudioMask", "7"},
         {"ProxyFilePath", "PROXY\\0001AB.MOV"},
         {"ProxyPath", "PROXY\\0001AB.MP4"},
         {"IconPath", "ICON\\0001AB.BMP"},
         {"XmlPath", "CLIP\\0001AB.XML"},
         {"VideoPath", "VIDEO\\0001AB.MXF"},
-        {"EssenceMask", "1"},
     };
-}
-
-TEST_F(ClipReadersTest, ReadEverythingElseAlike) {
+    for (const FullRow& row : FullRows()) {
+        full.push_back({row.path, row.value});
+        if (!row.shown.empty()) {
+            expected[row.field] = row.shown;
+        }
+    }
     for (const char* const file :
          {"VIDEO/0001AB.MXF", "ICON/0001AB.BMP", "PROXY/0001AB.MOV", "PROXY/0001AB.MP4"}) {
         m_card.AddFile(file);
     }
+    ClipShow::Shown expectedByName = expected;
+    expectedByName["ProxyVideoCodecName"] = "MPEG-4";
     constexpr const char* kForeign = R"(xmlns="urn:x" xmlns:p="urn:y")";
     for (const char* const root : {test::kClipNamespace, "", kForeign}) {
         // A second default namespace may start deeper down.
         for (const char* const inner : {"ClipMetadata@lang", "ClipMetadata@xmlns"}) {
-            ClipValues values = FullClip();
+            ClipValues values = full;
             values.push_back({inner, "urn:z"});
             m_card.AddFile("CLIP/0001AB.XML", test::ClipXml(values, root));
-            ClipShow::Shown expected = FullClipShown();
             EXPECT_EQ(Scanned().Fields(), expected) << root << " " << inner;
-            expected["ProxyVideoCodecName"] = "MPEG-4";
-            EXPECT_EQ(Named().Fields(), expected) << root << " " << inner;
+            EXPECT_EQ(Named().Fields(), expectedByName) << root << " " << inner;
         }
     }
 }
@@ -382,7 +353,6 @@ TEST_F(ClipReadersTest, TreatTheseCircumstancesAlike) {
         Given("GlobalClipGuid", "", "", "not hexadecimal", {{kId, "no identifier"}}),
         Given("Duration", "12", "", "leading digits count", {{"Duration", "\t12 frames"}}),
         Given("ProxyAudioChannels", "-1", "", "none described"),
-        Given("ProxyAudioMask", "", "", "none described"),
         Given("ProxyAudioMask", "18446744073709551615", "", "more than the mask has bits",
               ClipValues(70, {kNewProxyAudio, ""})),
         Given("ProxyAudioChannels", "69", "", "more than the mask has bits",
@@ -396,12 +366,11 @@ TEST_F(ClipReadersTest, TreatTheseCircumstancesAlike) {
               {{kStart, "2013-05-01T10:20:30+09:00"}}),
         Given("EndDate", "2013-05-01T10:20:30", "", "zone behind -",
               {{kEnd, "2013-05-01T10:20:30-05:00"}}),
-        Given("EndDate", "2013-05-01", "", "no time", {{kEnd, "2013-05-01"}}),
-        Given("EndDate", "2013-05-01T10:20:30Z", "", "no offset", {{kEnd, "2013-05-01T10:20:30Z"}}),
+
         Given("ShootStartTime", "", "", "wrong length", {{kStart, longDate}}),
         Given("StartDate", "2005-02-01T08:58:44.5", "", "wrong length", {{kStart, longDate}}),
         Given("ShootStartTime", "invalid", "", "month 13", {{kStart, "2005-13-01T08:58:44+08:00"}}),
-        Given("ShootStartTime", "invalid", "", "no date", {{kStart, "a date of that very lengt"}}),
+
         Given("XmlPath", "", "", "the name inside is not the file's", {{"ClipName", "0009ZZ"}}),
     };
     for (const Row& row : rows) {
@@ -473,65 +442,6 @@ TEST_F(ClipReadersTest, TheReaderOfAPathFindsTheContentsAboveIt) {
     EXPECT_EQ(NQP2ParserPeer::LoadClipFromXml(m_parser, path, clip), 0);
 }
 
-std::string Full(std::string_view below) {
-    return std::string(kClipContentPath) + "/" + std::string(below);
-}
-
-int CountOf(CMarkupMSXML& markup, const std::string& path) {
-    CMSXmlParserNode list = markup.GetNodeList(_bstr_t(platform::TextFromUtf8(path)));
-    int count = 0;
-    if (!list.IsEmpty()) {
-        while (list.GetNextNode()) {
-            ++count;
-        }
-    }
-    return count;
-}
-
-/// Documents whose elements repeat, hide in one another and stand in the wrong place.
-constexpr const char* kTangled[] = {
-    "<P2Main><ClipContent/><ClipContent><ClipName>a</ClipName><Duration> 12 </Duration>"
-    "<Duration>7</Duration><EssenceList><Audio/><Video><Codec "
-    "Class='50'>x</Codec></Video></EssenceList>"
-    "<EssenceList><Video><Codec>y</Codec><FrameRate>-7x</FrameRate></Video><Audio/></EssenceList>"
-    "</ClipContent></P2Main>",
-    "<P2Main xmlns='urn:a' xmlns:p='urn:b'><p:ClipContent><ClipName>no</ClipName></p:ClipContent>"
-    "<ClipContent><EssenceList xmlns='urn:c'><Video><p:Codec>no</p:Codec><Codec p:Class='1' "
-    "Class='2'>a<!-- b -->c</Codec></Video></EssenceList></ClipContent></P2Main>",
-    "<A><P2Main><ClipContent><P2Main><ClipContent><ClipName>inner</"
-    "ClipName><ClipMetadata><MemoList>"
-    "<Memo/></MemoList></ClipMetadata></ClipContent></P2Main><ClipMetadata><MemoList><Memo/><Memo/>"
-    "<Other><Memo/></Other></MemoList></ClipMetadata></ClipContent></P2Main><P2Main><ClipContent>"
-    "<ClipName>&amp;<![CDATA[<x>]]></ClipName></ClipContent></P2Main></A>",
-};
-
-TEST(ClipTexts, GiveWhatAskingPathByPathGives) {
-    int answered = 0;
-    for (const char* const xml : kTangled) {
-        CMarkupMSXML markup;
-        ASSERT_EQ(markup.LoadBytes(xml), 1) << xml;
-        TextPool pool;
-        const ClipTexts texts(*markup.GetDocumentPtr(), pool);
-        for (const ClipPathEntry& each : kClipPaths) {
-            const CString path = platform::TextFromUtf8(Full(each.below));
-            // A question that only the general evaluation answers.
-            const CString expected = markup.GetNodeText(L"(" + path + L")[1]", 1);
-            answered += expected.IsEmpty() ? 0 : 1;
-            EXPECT_EQ(texts.Text(each.path), expected) << path << "\n" << xml;
-            EXPECT_EQ(texts.Int64(each.path), platform::ToInt64(expected.View())) << path;
-            EXPECT_EQ(texts.Attribute(each.path, "Class"), markup.GetNodeAttribute(path, L"Class"))
-                << path << "\n"
-                << xml;
-        }
-        for (const std::string_view below : {kMemoPath, kProxyAudioPath, kAudioPath}) {
-            EXPECT_EQ(static_cast<int>(texts.All(below).size()), CountOf(markup, Full(below)))
-                << below << "\n"
-                << xml;
-        }
-    }
-    EXPECT_GE(answered, 6) << "the documents hold what is asked for";
-}
-
 TEST(ClipTexts, TellWhetherThereIsContent) {
     constexpr std::pair<const char*, bool> kCases[] = {
         {"<P2Main><ClipContent/></P2Main>", true},
@@ -546,105 +456,6 @@ TEST(ClipTexts, TellWhetherThereIsContent) {
         TextPool pool;
         EXPECT_EQ(ClipTexts(*markup.GetDocumentPtr(), pool).HasContent(), hasContent) << xml;
     }
-}
-
-using testing::ElementsAre;
-
-/// Real and independently written metadata that lies beside the sources, not in them.
-class SharedSamplesTest : public CardTest {
-protected:
-    void SetUp() override {
-        const char* const named = std::getenv("NQP2_SHARED_SAMPLES");
-        m_samples = named != nullptr ? named : NQP2_DEFAULT_SHARED_SAMPLES;
-        m_samples /= "p2";
-        if (!std::filesystem::is_directory(m_samples)) {
-            GTEST_SKIP() << "no samples at " << m_samples << "; set NQP2_SHARED_SAMPLES";
-        }
-    }
-    void AddFragment(const std::string& name) const {
-        const std::filesystem::path path = m_samples / "fragments" / name;
-        std::ifstream file(path, std::ios::binary);
-        ASSERT_TRUE(file) << path;
-        const std::string bytes(std::istreambuf_iterator<char>(file), {});
-        m_card.AddFile("CLIP/" + path.stem().string() + ".XML", bytes);
-    }
-    /// The one clip of a sample card, read by both readers.
-    std::pair<ClipShow::Shown, ClipShow::Shown> ReadCard(const std::string& card,
-                                                         const wchar_t* name) {
-        const CString root = InterfaceRoot((m_samples / card).string());
-        const CString contents = root + L"\\CONTENTS\\";
-        CArray<_tag_P2Clip> clips;
-        _tag_P2Clip named;
-        EXPECT_EQ(m_parser.LoadClipEx(root, clips, 1, m_report), 0);
-        EXPECT_EQ(m_parser.LoadClipInfo(root, name, named), 0);
-        EXPECT_EQ(clips.GetSize(), 1);
-        EXPECT_TRUE(m_report.skipped.IsEmpty());
-        const _tag_P2Clip scanned = clips.IsEmpty() ? _tag_P2Clip() : clips[0];
-        return {ClipShow(named, contents).Fields(), ClipShow(scanned, contents).Fields()};
-    }
-
-    std::filesystem::path m_samples;
-};
-
-TEST_F(SharedSamplesTest, Dv25CardOf50Hz) {
-    const std::string id = "060a2b340101010501010f2013000000798ae7c6a09e4b6fa5a11f6e2d08e5c0";
-    ClipShow::Shown expected = {
-        {"ClipName", "0001YQ"},
-        {"UserClipName", id},
-        {"GlobalClipID", id},
-        {"GlobalClipGuid", "798ae7c6-a09e-4b6f-a5a1-1f6e2d08e5c0"},
-        {"ClipIdDigit", "0"},
-        {"CodecName", "DV25_420"},
-        {"FrameRate", "50i"},
-        {"AspectRatio", "4:3"},
-        {"Duration", "10"},
-        {"VideoStartByteOffset", "32768"},
-        {"VideoDataSize", "1440000"},
-        {"AudioStartByteOffset", "32768"},
-        {"AudioDataSize", "38400"},
-        {"AudioBitsPerSample", "16"},
-        {"ProxyExt", ".MP4"},
-        {"ProxyAudioChannels", "-1"},
-        {"VideoPath", "VIDEO\\0001YQ.MXF"},
-        {"IconPath", "ICON\\0001YQ.BMP"},
-        {"XmlPath", "CLIP\\0001YQ.XML"},
-        {"AudioPath", "AUDIO\\0001YQ00.MXF AUDIO\\0001YQ01.MXF - - - - - - "},
-        {"EssenceMask", "7"},
-    };
-    const auto [named, scanned] = ReadCard("card-dv25pal", L"0001YQ");
-    EXPECT_EQ(named, expected);
-    expected["StartTimecode"] = "900000"; // 10:00:00:00
-    expected["AudioPath"] = "AUDIO\\0001YQ00.MXF - - - - - - - ";
-    expected["EssenceMask"] = "3";
-    EXPECT_EQ(scanned, expected);
-}
-
-TEST_F(SharedSamplesTest, Dv50CardOf5994Hz) {
-    auto [named, scanned] = ReadCard("card-dv50ntsc", L"00015M");
-    EXPECT_EQ(named["GlobalClipGuid"], "54cc888a-797c-4fa3-b805-5c81b12f02e6");
-    EXPECT_EQ(scanned["GlobalClipGuid"], named["GlobalClipGuid"]);
-    EXPECT_EQ(named["EssenceMask"], "31");
-    EXPECT_EQ(scanned["EssenceMask"], "15");
-    EXPECT_EQ(scanned["DropFrame"], "0");
-    EXPECT_EQ(scanned["StartTimecode"], "900000"); // 08:20:00:00 at 30
-    EXPECT_EQ(scanned["VideoDataSize"], "2880000");
-    EXPECT_EQ(scanned["AudioDataSize"], "35236");
-
-    DiskFormat format;
-    const CString root = InterfaceRoot((m_samples / "card-dv50ntsc").string());
-    EXPECT_EQ(m_parser.GetDiskFormat(root, format), 0);
-    EXPECT_EQ(format.codeType, CT_DV50_50I) << "the codec alone decides";
-    EXPECT_EQ(format.standard, VS_5994I);
-    EXPECT_EQ(format.editUnit, L"1001/30000");
-}
-
-TEST_F(SharedSamplesTest, AForeignNamespaceIsReadAndAForeignRootIsRemarked) {
-    AddFragment("eva1_wrong_namespace.XML");
-    AddFragment("../neighbour/DC-S5_ClipMain.xml");
-    EXPECT_THAT(ScannedNames(),
-                testing::UnorderedElementsAre("eva1_wrong_namespace", "DC-S5_ClipMain"));
-    EXPECT_THAT(Remarks(),
-                ElementsAre(Remark("CLIP\\DC-S5_ClipMain.XML", SkipReason::NoClipContent)));
 }
 
 } // namespace

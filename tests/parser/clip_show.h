@@ -49,6 +49,7 @@ private:
         const bool isBelow = path.Left(m_contents.GetLength()) == m_contents;
         return Show(isBelow ? path.Mid(m_contents.GetLength()) : path);
     }
+    static Shown Together(const auto&... rows) { return {rows...}; }
     static std::string Show(const CArray<_tag_P2Memo>& memos) {
         std::string text;
         for (const _tag_P2Memo& memo : memos) {
@@ -60,73 +61,35 @@ private:
         return text;
     }
 
-#define NQP2_SHOW(field)                                                                           \
-    { #field, Show(clip.field) }
-#define NQP2_SHOW_PROXY(field)                                                                     \
-    { #field, Show(clip.Proxy.field) }
+#define NQP2_SHOW(field) Shown::value_type(#field, Show(clip.field))
+#define NQP2_SHOW_PROXY(field) Shown::value_type(#field, Show(clip.Proxy.field))
     [[nodiscard]] Shown All(const _tag_P2Clip& clip) const {
-        Shown shown = {
-            NQP2_SHOW(ShootStartTime),
-            NQP2_SHOW(GlobalClipGuid),
-            NQP2_SHOW(GlobalClipID),
-            NQP2_SHOW(CodecName),
-            NQP2_SHOW(ActivePixel),
-            NQP2_SHOW(ActiveLine),
-            NQP2_SHOW(BitDepth),
-            NQP2_SHOW(ExtraPath),
-            NQP2_SHOW(AvcIntraClass50),
-            NQP2_SHOW(CodecClass),
-            NQP2_SHOW(ClipIdDigit),
-            NQP2_SHOW(Reserved276),
-            NQP2_SHOW(Duration),
-            NQP2_SHOW(UnusedOffset),
-            NQP2_SHOW(Reserved288),
-            NQP2_SHOW(AudioStartByteOffset),
-            NQP2_SHOW(AudioDataSize),
-            NQP2_SHOW(VideoStartByteOffset),
-            NQP2_SHOW(VideoDataSize),
-            NQP2_SHOW(EssenceMask),
-            NQP2_SHOW(TopClipGuid),
-            NQP2_SHOW(NextClipGuid),
-            NQP2_SHOW(PreviousClipGuid),
-            NQP2_SHOW(OffsetInShot),
-            NQP2_SHOW(GlobalShotGuid),
-            NQP2_SHOW(TopClipName),
-            NQP2_SHOW(PreviousClipName),
-            NQP2_SHOW(NextClipName),
-            NQP2_SHOW(TopSerialNo),
-            NQP2_SHOW(PreviousSerialNo),
-            NQP2_SHOW(NextSerialNo),
-            NQP2_SHOW(FrameRate),
-            NQP2_SHOW(StartDate),
-            NQP2_SHOW(EndDate),
-            NQP2_SHOW(ClipName),
-            NQP2_SHOW(AspectRatio),
-            NQP2_SHOW(Memos),
-            NQP2_SHOW(AudioBitsPerSample),
-            NQP2_SHOW(UserClipName),
-            NQP2_SHOW(StartTimecode),
-            NQP2_SHOW(DropFrame),
-            NQP2_SHOW(SourceKind),
-            NQP2_SHOW(ProxyVideoCodecName),
-            NQP2_SHOW_PROXY(ProxyFormat),
-            NQP2_SHOW_PROXY(ProxyExt),
-            NQP2_SHOW_PROXY(ProxyAudioMask),
-            NQP2_SHOW_PROXY(ProxyVideoCodec),
-            NQP2_SHOW_PROXY(ProxyVideoBitRate),
-            NQP2_SHOW_PROXY(ProxyFrameRate),
-            NQP2_SHOW_PROXY(ProxyResolution),
-            NQP2_SHOW_PROXY(ProxyAspectRatio),
-            NQP2_SHOW_PROXY(ProxyAudioCodec),
-            NQP2_SHOW_PROXY(ProxyAudioBitRate),
-            NQP2_SHOW_PROXY(ProxySamplingRate),
-            NQP2_SHOW_PROXY(ProxyAudioChannels),
-            {"ProxyFilePath", ShowPath(clip.Proxy.ProxyFilePath)},
-            {"IconPath", ShowPath(clip.IconPath)},
-            {"VideoPath", ShowPath(clip.VideoPath)},
-            {"XmlPath", ShowPath(clip.XmlPath)},
-            {"ProxyPath", ShowPath(clip.ProxyPath)},
-        };
+        Shown shown = Together(
+            NQP2_SHOW(ShootStartTime), NQP2_SHOW(GlobalClipGuid), NQP2_SHOW(GlobalClipID),
+            NQP2_SHOW(CodecName), NQP2_SHOW(ActivePixel), NQP2_SHOW(ActiveLine),
+            NQP2_SHOW(BitDepth), NQP2_SHOW(ExtraPath), NQP2_SHOW(AvcIntraClass50),
+            NQP2_SHOW(CodecClass), NQP2_SHOW(ClipIdDigit), NQP2_SHOW(Reserved276),
+            NQP2_SHOW(Duration), NQP2_SHOW(UnusedOffset), NQP2_SHOW(Reserved288),
+            NQP2_SHOW(AudioStartByteOffset), NQP2_SHOW(AudioDataSize),
+            NQP2_SHOW(VideoStartByteOffset), NQP2_SHOW(VideoDataSize), NQP2_SHOW(EssenceMask),
+            NQP2_SHOW(TopClipGuid), NQP2_SHOW(NextClipGuid), NQP2_SHOW(PreviousClipGuid),
+            NQP2_SHOW(OffsetInShot), NQP2_SHOW(GlobalShotGuid), NQP2_SHOW(TopClipName),
+            NQP2_SHOW(PreviousClipName), NQP2_SHOW(NextClipName), NQP2_SHOW(TopSerialNo),
+            NQP2_SHOW(PreviousSerialNo), NQP2_SHOW(NextSerialNo), NQP2_SHOW(FrameRate),
+            NQP2_SHOW(StartDate), NQP2_SHOW(EndDate), NQP2_SHOW(ClipName), NQP2_SHOW(AspectRatio),
+            NQP2_SHOW(Memos), NQP2_SHOW(AudioBitsPerSample), NQP2_SHOW(UserClipName),
+            NQP2_SHOW(StartTimecode), NQP2_SHOW(DropFrame), NQP2_SHOW(SourceKind),
+            NQP2_SHOW(ProxyVideoCodecName), NQP2_SHOW_PROXY(ProxyFormat), NQP2_SHOW_PROXY(ProxyExt),
+            NQP2_SHOW_PROXY(ProxyAudioMask), NQP2_SHOW_PROXY(ProxyVideoCodec),
+            NQP2_SHOW_PROXY(ProxyVideoBitRate), NQP2_SHOW_PROXY(ProxyFrameRate),
+            NQP2_SHOW_PROXY(ProxyResolution), NQP2_SHOW_PROXY(ProxyAspectRatio),
+            NQP2_SHOW_PROXY(ProxyAudioCodec), NQP2_SHOW_PROXY(ProxyAudioBitRate),
+            NQP2_SHOW_PROXY(ProxySamplingRate), NQP2_SHOW_PROXY(ProxyAudioChannels));
+        shown["ProxyFilePath"] = ShowPath(clip.Proxy.ProxyFilePath);
+        shown["IconPath"] = ShowPath(clip.IconPath);
+        shown["VideoPath"] = ShowPath(clip.VideoPath);
+        shown["XmlPath"] = ShowPath(clip.XmlPath);
+        shown["ProxyPath"] = ShowPath(clip.ProxyPath);
         std::string& audio = shown["AudioPath"];
         for (const CString& path : clip.AudioPath) {
             audio += path.IsEmpty() ? "-" : ShowPath(path);

@@ -39,77 +39,51 @@ TEST_F(LifeCycleTest, ReadingBeforeInitFailsAndTouchesNothing) {
     m_card.AddClip("0001AA", {{"EssenceList/Video/Codec", "DV50_422"}});
     CNQP2Parser parser;
     _tag_P2Clip clip;
-    clip.XmlPath = L"mine";
-    clip.ClipName = L"mine";
+    clip.XmlPath = clip.ClipName = L"mine";
     EXPECT_EQ(parser.LoadClipInfo(m_card.Root(), L"0001AA", clip), 1);
     EXPECT_EQ(Peer::LoadClipFromXml(parser, m_card.Contents() + L"CLIP\\0001AA.XML", clip), 0);
-    EXPECT_EQ(clip.XmlPath, L"mine");
-    EXPECT_EQ(clip.ClipName, L"mine");
+    EXPECT_EQ(clip.XmlPath + clip.ClipName, L"minemine");
 
     CArray<_tag_P2Clip> clips;
     EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0) << "a scan finds nothing";
     EXPECT_EQ(parser.LoadClipEx(test::CardBuilder(false).Root(), clips, 1), 1);
     EXPECT_TRUE(clips.IsEmpty());
-
-    eCodeType type = CT_AVCHD_1280_720_25P;
-    eP2_VIDEO_STANDARD standard = VS_2398P;
-    DiskFormat format;
-    format.codec = L"mine";
-    EXPECT_EQ(parser.GetDiskFormat(m_card.Root(), type, standard), 1);
-    EXPECT_EQ(parser.GetDiskFormat(m_card.Root(), format), 1);
-    EXPECT_EQ(type, CT_AVCHD_1280_720_25P);
-    EXPECT_EQ(standard, VS_2398P);
-    EXPECT_EQ(format.codec, L"mine");
-    EXPECT_FALSE(format.found);
+    ExpectNoFormat(parser, m_card.Root(), 1);
 }
 
 TEST_F(LifeCycleTest, TheCardManagerLibraryIsKeptOnlyWithItsInitEntry) {
-    struct Case {
-        const char* folder;
-        bool kept;
-        const char* why;
-    };
     std::string endless = NQP2_CARD_MANAGER_FOLDER;
-    while (endless.size() < 255) {
+    while (endless.size() < 255) { // longer than the buffer for the system folder
         endless += "/.";
     }
-    const Case cases[] = {
-        {NQP2_CARD_MANAGER_FOLDER, true, "both entries"},
-        {NQP2_CARD_MANAGER_WITHOUT_INIT_FOLDER, false, "lacks DDP2CInit"},
-        {"/nonexistent", false, "no library"},
-        {"", false, "no system folder"},
-        {endless.c_str(), false, "longer than the buffer for the system folder"},
-    };
+    const std::pair<std::string, bool> cases[] = {{NQP2_CARD_MANAGER_FOLDER, true},
+                                                  {NQP2_CARD_MANAGER_WITHOUT_INIT_FOLDER, false},
+                                                  {"/nonexistent", false},
+                                                  {"", false},
+                                                  {endless, false}};
     m_card.AddClip("0001AA");
-    for (const Case& each : cases) {
-        OfferLibrariesOf(each.folder);
+    for (const auto& [folder, kept] : cases) {
+        OfferLibrariesOf(folder.c_str());
         CNQP2Parser parser;
-        EXPECT_EQ(Peer::HasCardManager(parser), each.kept) << each.why;
-        EXPECT_EQ(Peer::HasEntryPoints(parser), each.kept) << each.why;
+        EXPECT_EQ(Peer::HasCardManager(parser), kept) << folder;
+        EXPECT_EQ(Peer::HasEntryPoints(parser), kept) << folder;
         CArray<_tag_P2Clip> clips;
         parser.Init();
         EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0);
-        EXPECT_EQ(clips.GetSize(), 1) << each.why;
+        EXPECT_EQ(clips.GetSize(), 1) << folder;
         parser.Release();
-        EXPECT_EQ(Peer::HasCardManager(parser), each.kept) << "Release leaves it loaded";
+        EXPECT_EQ(Peer::HasCardManager(parser), kept) << "Release leaves it loaded";
     }
-}
-
-TEST_F(LifeCycleTest, ALibraryThatOneObjectLoadedIsFreedOnceByTwo) {
-    CNQP2Parser without;
-    OfferLibrariesOf(NQP2_CARD_MANAGER_FOLDER);
-    CNQP2Parser with;
-    without = with;
-    EXPECT_TRUE(Peer::HasEntryPoints(without));
 }
 
 TEST_F(LifeCycleTest, AnAssignedParserSharesTheWorkingObjects) {
     m_card.AddClip("0001AA");
+    CNQP2Parser second;
     OfferLibrariesOf(NQP2_CARD_MANAGER_FOLDER);
     CNQP2Parser first;
-    CNQP2Parser second;
     first.Init();
     second = first;
+    EXPECT_TRUE(Peer::HasEntryPoints(second)) << "a library that one loaded is freed once by two";
     _tag_P2Clip clip;
     EXPECT_EQ(second.LoadClipInfo(m_card.Root(), L"0001AA", clip), 0);
     EXPECT_EQ(clip.ClipName, L"0001AA");

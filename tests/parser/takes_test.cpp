@@ -89,51 +89,35 @@ TEST(Takes, ComeInTheOrderOfTheirFirstClips) {
 
 using TakeReportTest = CardTest;
 
-TEST_F(TakeReportTest, AScanTellsTheTakesOfACard) {
-    m_card.AddClip("0002", {{"GlobalClipID", "bb"},
-                            {"Relation/OffsetInShot", "5000000000"},
-                            {"Relation/Connection/Top/GlobalClipID", "AA"},
-                            {"Relation/Connection/Previous/GlobalClipID", "AA"},
-                            {"Relation/Connection/Next/GlobalClipID", "CC"},
-                            {"Relation/Connection/Next/ClipName", "0003"},
-                            {"Relation/Connection/Next/P2SerialNo.", "AAF09F0001"}});
+TEST_F(TakeReportTest, AScanTellsTheTakesOfACardBehindThoseOfOthers) {
     m_card.AddClip("0001", {{"GlobalClipID", "aa"},
                             {"Relation/Connection/Top/GlobalClipID", "AA"},
-                            {"Relation/Connection/Next/GlobalClipID", "BB"}});
+                            {"Relation/Connection/Next/GlobalClipID", "BB"},
+                            {"Relation/Connection/Next/ClipName", "0002"},
+                            {"Relation/Connection/Next/P2SerialNo.", "AAF09F0001"}});
     m_card.AddClip("0009", {{"GlobalClipID", "99"}});
     Scan();
-    ASSERT_EQ(m_report.takes.GetSize(), 1);
-    EXPECT_EQ(Told(m_report.takes[0]), "0001 0002 ! 0003@AAF09F0001");
-    EXPECT_EQ(m_report.takes[0].missing[0].globalClipID, L"CC");
-
     CArray<_tag_P2Clip> clips;
     m_parser.LoadClipEx(m_card.Root(), clips, 0, m_report);
-    EXPECT_EQ(m_report.takes.GetSize(), 2) << "a report is appended to";
+    ASSERT_EQ(m_report.takes.GetSize(), 2);
+    EXPECT_EQ(Told(m_report.takes[1]), "0001 ! 0002@AAF09F0001");
+    EXPECT_EQ(m_report.takes[1].missing[0].globalClipID, L"BB");
 }
 
-/// Offsets that are kept, each with the place where it first stood.
-std::vector<std::pair<int, int>> Kept(const std::vector<int>& offsets) {
+TEST(Memos, TheFirstAtEachOffsetIsKeptInOrder) {
     CArray<_tag_P2Memo> memos;
-    for (const int offset : offsets) {
+    for (const int offset : {10, 20, 10, -1, 20, 10}) {
         _tag_P2Memo memo;
         memo.Offset = offset;
         memo.VoiceChannelFlag = static_cast<int>(memos.GetSize());
         memos.Add(memo);
     }
     RemoveRepeatedMemos(memos);
-    std::vector<std::pair<int, int>> kept;
+    std::vector<std::pair<int, int>> kept; // with the place where each stood
     for (const _tag_P2Memo& memo : memos) {
         kept.emplace_back(memo.Offset, memo.VoiceChannelFlag);
     }
-    return kept;
-}
-
-TEST(Memos, TheFirstAtEachOffsetIsKeptInOrder) {
-    using Result = std::vector<std::pair<int, int>>;
-    EXPECT_EQ(Kept({10, 20, 10, 30, 20}), (Result{{10, 0}, {20, 1}, {30, 3}}));
-    EXPECT_EQ(Kept({0, 0, 0}), (Result{{0, 0}}));
-    EXPECT_EQ(Kept({3, -1, 2}), (Result{{3, 0}, {-1, 1}, {2, 2}}));
-    EXPECT_EQ(Kept({}), Result());
+    EXPECT_EQ(kept, (std::vector<std::pair<int, int>>{{10, 0}, {20, 1}, {-1, 3}}));
 }
 
 } // namespace

@@ -13,7 +13,7 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -40,8 +40,7 @@ TEST(MarkupLoad, TextIsForSetDocAndFileNamesForLoadXml) {
     const CString path = TextFromUtf8(folder.Write("clip.xml", "<a>file</a>"));
     EXPECT_EQ(reader.LoadXml(path), 1);
     EXPECT_EQ(reader.GetNodeText(L"a", kIgnore), L"file");
-    const CString asDrive = TextFromUtf8(folder.Path()) + L":\\CLIP.XML";
-    EXPECT_EQ(reader.Load(asDrive), 1);
+    EXPECT_EQ(reader.Load(TextFromUtf8(folder.Path()) + L":\\CLIP.XML"), 1);
     EXPECT_EQ(reader.SetDoc(path), 0);
 }
 
@@ -71,17 +70,14 @@ TEST(MarkupLoad, ErrorStaysUntilTheNextFailure) {
 }
 
 TEST(MarkupLoad, CopiesShareTheDocument) {
-    CMarkupMSXML reader(L"<a>1</a>");
-    reader.SetDoc(L"<a>");
+    CMarkupMSXML reader(L"<a>");
     reader.SetDoc(L"<a>1</a>");
     CMarkupMSXML copy(reader);
     CMarkupMSXML assigned;
     assigned = reader;
     EXPECT_EQ(copy.GetError(), reader.GetError());
-    ASSERT_EQ(reader.GetNode(L"a").SetNodeText(L"2"), 1);
-    EXPECT_EQ(copy.GetNodeText(L"a", kIgnore), L"2");
     EXPECT_EQ(copy.SetDoc(L"<a>3</a>"), 1);
-    EXPECT_EQ(assigned.GetNodeText(L"a", kIgnore), L"3");
+    EXPECT_EQ(reader.GetNodeText(L"a", kIgnore), L"3");
     EXPECT_EQ(reader.SetDoc(L""), 1) << "takes a document of its own";
     EXPECT_EQ(assigned.GetNodeText(L"a", kIgnore), L"3");
 }
@@ -137,12 +133,7 @@ TEST_F(MarkupQuery, TextAndWhatTheDebuggerHears) {
     const Texts silent;
     const Texts missing = {L"selectSingleNode Failed", L"selectSingleNode Throw excetption"};
     const Texts thrown = {L"selectSingleNode Throw excetption"};
-    struct {
-        const wchar_t* path;
-        int ignoreMissing;
-        const wchar_t* text;
-        Texts debug;
-    } const table[] = {
+    const std::tuple<const wchar_t*, int, const wchar_t*, Texts> table[] = {
         {L"//P2Main/ClipContent/ClipName", 0, L"0001AA", silent},
         {L"P2Main/ClipContent/ClipName", 1, L"0001AA", silent},
         {L"/P2Main/ClipContent/ClipName[1]", 1, L"0001AA", silent},
@@ -156,49 +147,39 @@ TEST_F(MarkupQuery, TextAndWhatTheDebuggerHears) {
         {L"", 1, L"", thrown},
         {L"count(//P2Main)", 1, L"", thrown},
     };
-    for (const auto& row : table) {
-        EXPECT_EQ(m_reader.GetNodeText(row.path, row.ignoreMissing), row.text) << CString(row.path);
-        EXPECT_EQ(m_debug.Take(), row.debug) << CString(row.path) << row.ignoreMissing;
+    for (const auto& [path, ignoreMissing, text, debug] : table) {
+        EXPECT_EQ(m_reader.GetNodeText(path, ignoreMissing), text) << CString(path);
+        EXPECT_EQ(m_debug.Take(), debug) << CString(path) << ignoreMissing;
     }
 }
 
 TEST_F(MarkupQuery, ValueTellsEmptyTextFromNoNode) {
-    _variant_t value(5);
-    EXPECT_EQ(m_reader.GetNodeVal(L"//Empty", value, 0), 1);
-    EXPECT_EQ(value.vt, VT_BSTR);
-    EXPECT_TRUE(value.Text().IsEmpty());
-    EXPECT_EQ(m_reader.GetNodeVal(L"//None", value, 1), 1);
-    EXPECT_EQ(value.vt, VT_EMPTY);
-    value = _variant_t(5);
-    EXPECT_EQ(m_reader.GetNodeVal(L"//None", value, 0), 0);
-    EXPECT_EQ(value.vt, VT_EMPTY);
+    const std::tuple<const wchar_t*, int, int, VARTYPE> table[] = {
+        {L"//Empty", 0, 1, VT_BSTR}, {L"//None", 1, 1, VT_EMPTY}, {L"//None", 0, 0, VT_EMPTY}};
+    for (const auto& [path, ignoreMissing, result, type] : table) {
+        _variant_t value(5);
+        EXPECT_EQ(m_reader.GetNodeVal(path, value, ignoreMissing), result);
+        EXPECT_EQ(value.vt, type) << CString(path);
+        EXPECT_TRUE(value.Text().IsEmpty());
+    }
 }
 
 TEST_F(MarkupQuery, AttributeByLocalName) {
-    const Texts silent;
-    struct {
-        const wchar_t* path;
-        const wchar_t* attribute;
-        const wchar_t* value;
-        Texts debug;
-    } const table[] = {
-        {L"//Video", L"x", L"1", silent},
-        {L"//Video", L"X", L"", silent},
-        {L"//P2Main", L"type", L"T", silent},
-        {L"//P2Main", L"xsi:type", L"", silent},
-        {L"//P2Main", L"Type", L"u", silent},
-        {L"//P2Main", L"xsi", L"urn:xsi", silent},
-        {L"//P2Main", L"", L"urn:p2", silent},
-        {L"//P2Main", L"xmlns", L"", silent},
-        {L"//None", L"x", L"", {L"selectSingleNode Failed"}},
-        {L"//[", L"x", L"", {L"selectSingleNode Throw Exception"}},
-        {L"//Video/@x", L"x", L"", silent},
+    const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> table[] = {
+        {L"//Video", L"x", L"1"},      {L"//Video", L"X", L""},
+        {L"//P2Main", L"type", L"T"},  {L"//P2Main", L"xsi:type", L""},
+        {L"//P2Main", L"Type", L"u"},  {L"//P2Main", L"xsi", L"urn:xsi"},
+        {L"//P2Main", L"", L"urn:p2"}, {L"//P2Main", L"xmlns", L""},
+        {L"//Video/@x", L"x", L""},
     };
-    for (const auto& row : table) {
-        EXPECT_EQ(m_reader.GetNodeAttribute(row.path, row.attribute), row.value)
-            << CString(row.path) << CString(row.attribute);
-        EXPECT_EQ(m_debug.Take(), row.debug) << CString(row.path);
+    for (const auto& [path, attribute, value] : table) {
+        EXPECT_EQ(m_reader.GetNodeAttribute(path, attribute), value) << CString(attribute);
+        EXPECT_EQ(m_debug.Take(), Texts()) << CString(path);
     }
+    EXPECT_EQ(m_reader.GetNodeAttribute(L"//None", L"x"), L"");
+    EXPECT_EQ(m_debug.Take(), Texts{L"selectSingleNode Failed"});
+    EXPECT_EQ(m_reader.GetNodeAttribute(L"//[", L"x"), L"");
+    EXPECT_EQ(m_debug.Take(), Texts{L"selectSingleNode Throw Exception"});
 }
 
 TEST_F(MarkupQuery, HandlesAreEmptyForNothingAndPathsThatFailThrow) {
@@ -217,153 +198,170 @@ TEST_F(MarkupQuery, FindsTheFirstParameterOfAName) {
     CMSXmlParserNode found = m_reader.FindParamNode(L"//PARAM", L"n");
     EXPECT_EQ(found.GetNodeText(L"VALUE", 0), L"1");
     EXPECT_EQ(found.GetNextNode(), 0) << "no list";
-    EXPECT_EQ(found.GetXml().Text().Left(6), L"<PARAM");
-    for (const wchar_t* name : {L"N", L"", L"n ", L"none"}) {
+    for (const wchar_t* name : {L"N", L"", L"n "}) {
         EXPECT_EQ(m_reader.FindParamNode(L"//PARAM", name).IsEmpty(), 1) << CString(name);
     }
     EXPECT_EQ(m_reader.FindParamNode(L"//None", L"n").IsEmpty(), 1);
     EXPECT_EQ(m_reader.FindParamNode(L"//@*", L"n").IsEmpty(), 1);
 }
 
-TEST(MarkupNamespaces, PathsWithoutPrefixMatchWhateverTheDefaultNamespaceIs) {
-    const wchar_t* const documents[] = {
-        L"<P2Main><ClipContent><ClipName>A</ClipName></ClipContent></P2Main>",
-        L"<P2Main xmlns='u'><ClipContent><ClipName>A</ClipName></ClipContent></P2Main>",
-        L"<P2Main xmlns='u'><ClipContent xmlns='v'><ClipName>A</ClipName></ClipContent></P2Main>",
-        L"<P2Main xmlns='u'><ClipContent><ClipName xmlns=''>A</ClipName></ClipContent></P2Main>",
-        (L"<P2Main xmlns:p='u'><ClipContent><p:ClipName/>"
-         L"<ClipName>A</ClipName></ClipContent></P2Main>"),
-    };
-    for (const wchar_t* document : documents) {
-        CMarkupMSXML reader(document);
-        for (const wchar_t* path : {L"//P2Main/ClipContent/ClipName", L"//ClipName[.='A']"}) {
-            EXPECT_EQ(reader.GetNodeText(path, 1), L"A") << CString(document) << CString(path);
-        }
-    }
+/// Tag names of main and child position.
+CString Where(CMarkupMSXML& markup) {
+    return markup.GetTagName() + L"/" + markup.GetChildTagName();
 }
 
-TEST(TextConversion, CopiesTextAndConvertsNothing) {
-    const wchar_t* const texts[] = {L"", L"P2", L"\u7D20\U00020BB7", L"\xD800"};
-    for (const wchar_t* text : texts) {
-        EXPECT_EQ(CMarkupMSXML::FromBSTR(CMarkupMSXML::ToBSTR(text)), text);
-        const _variant_t variant = CMarkupMSXML::ToVARIANT(text);
-        EXPECT_EQ(variant.vt, VT_BSTR);
-        EXPECT_EQ(CMarkupMSXML::FromVARIANT(variant), text);
-    }
-    EXPECT_TRUE(CMarkupMSXML::FromBSTR(_bstr_t()).IsEmpty());
-    EXPECT_TRUE(CMarkupMSXML::FromBSTR(CMarkupMSXML::ToBSTR(nullptr)).IsEmpty());
-    EXPECT_EQ(CMarkupMSXML::ToVARIANT(nullptr).vt, VT_BSTR);
-    _variant_t null(L"hidden");
-    null.vt = VT_NULL;
-    const _variant_t others[] = {_variant_t(),    null,
-                                 _variant_t(5),   _variant_t(true),
-                                 _variant_t(1.5), _variant_t(std::int64_t{7})};
-    for (const _variant_t& other : others) {
-        EXPECT_TRUE(CMarkupMSXML::FromVARIANT(other).IsEmpty()) << other.vt;
-    }
-}
-
-class Codec : public CMarkupMSXML {
-public:
-    using CMarkupMSXML::TBase64Decode;
-    using CMarkupMSXML::TBase64Encode;
-
-    std::string Encoded(std::string bytes) {
-        const CString text = TBase64Encode(reinterpret_cast<unsigned char*>(bytes.data()),
-                                           static_cast<int>(bytes.size()));
-        return {text.View().begin(), text.View().end()};
-    }
-
-    std::string Decoded(const CString& text) {
-        unsigned char* buffer = nullptr;
-        const int length = TBase64Decode(text, &buffer);
-        const std::unique_ptr<unsigned char[]> owner(buffer);
-        return {reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(length)};
-    }
+class MarkupCursor : public testing::Test {
+protected:
+    CMarkupMSXML m_markup{L"<?xml version='1.0'?><!--top--><r k='1'>t<a>1</a><!--c--><b><c/><p:d "
+                          L"xmlns:p='u'>2</p:d>x<c e='3'/></b><?i j?><a>4</a> </r>"};
 };
 
-std::string SomeBytes(std::size_t count) {
-    std::string bytes;
-    for (std::size_t i = 0; i < count; ++i) {
-        bytes.push_back(static_cast<char>((i * 37 + count * 101) & 0xFFU));
+TEST_F(MarkupCursor, WalksTheElementsOfALevel) {
+    ASSERT_EQ(m_markup.FindElem(L"r"), 1);
+    EXPECT_EQ(m_markup.FindElem(), 0) << "one document element";
+    EXPECT_EQ(Where(m_markup), L"r/");
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"/");
+    for (const wchar_t* const tag : {L"a", L"b", L"a"}) {
+        ASSERT_EQ(m_markup.FindElem(tag[0] == L'b' ? L"" : nullptr), 1);
+        EXPECT_EQ(Where(m_markup), CString(tag) + L"/");
     }
-    return bytes;
+    for (const wchar_t* const name : {L"a", L"b", L""}) {
+        EXPECT_EQ(m_markup.FindElem(name), 0) << "no search starts over";
+        EXPECT_EQ(m_markup.GetData(), L"4") << "the position stays";
+    }
+    m_markup.ResetMainPos();
+    EXPECT_EQ(m_markup.FindElem(L"b"), 1) << "names in between are passed over";
+    EXPECT_EQ(m_markup.FindElem(L"b"), 0);
+    m_markup.ResetPos();
+    EXPECT_EQ(m_markup.FindElem(L"a"), 0) << "only the level's own";
+    EXPECT_EQ(m_markup.FindElem(L"r"), 1);
 }
 
-TEST(Base64, ShapeOfTheText) {
-    const std::string line(76, 'A');
-    const std::pair<std::size_t, std::string> table[] = {
-        {0, ""},
-        {1, "AA=="},
-        {2, "AAA="},
-        {3, "AAAA"},
-        {56, line.substr(0, 75) + "="},
-        {57, line + "\r\n"}, // the one length at which a break ends the text
-        {58, line + "\r\nAA=="},
-        {114, line + "\r\n" + line + "\r\n"},
+TEST_F(MarkupCursor, NamesAreQualifiedAndExact) {
+    ASSERT_EQ(m_markup.FindElem(), 1);
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    ASSERT_EQ(m_markup.FindElem(L"b"), 1);
+    for (const wchar_t* const name : {L"d", L"u:d", L"C", L"c ", L"*"}) {
+        EXPECT_EQ(m_markup.FindChildElem(name), 0) << CString(name);
+    }
+    EXPECT_EQ(m_markup.FindChildElem(L"p:d"), 1);
+    EXPECT_EQ(m_markup.GetChildData(), L"2");
+    EXPECT_EQ(m_markup.FindChildElem(L"c"), 1);
+    EXPECT_EQ(m_markup.GetChildAttrib(L"e"), L"3") << "the second one: searches go on";
+}
+
+TEST_F(MarkupCursor, ChildSearchStartsAtTheFirstElementWhenThereIsNoMainPosition) {
+    EXPECT_EQ(m_markup.FindChildElem(L"none"), 0);
+    EXPECT_EQ(Where(m_markup), L"r/") << "that much has moved";
+    m_markup.ResetPos();
+    EXPECT_EQ(m_markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(Where(m_markup), L"r/b");
+    EXPECT_EQ(m_markup.FindChildElem(L"b"), 0);
+    EXPECT_EQ(Where(m_markup), L"r/b");
+    m_markup.ResetChildPos();
+    EXPECT_EQ(Where(m_markup), L"r/");
+    EXPECT_EQ(m_markup.FindChildElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"r/a");
+    EXPECT_EQ(m_markup.FindElem(L"none"), 0);
+    EXPECT_EQ(Where(m_markup), L"r/a") << "a search that fails resets nothing";
+}
+
+TEST_F(MarkupCursor, IntoAndOutOfElements) {
+    EXPECT_EQ(m_markup.IntoElem(), 0);
+    EXPECT_EQ(m_markup.OutOfElem(), 0);
+    ASSERT_EQ(m_markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"b/") << "the child becomes the main position";
+    EXPECT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"/");
+    EXPECT_EQ(m_markup.FindElem(L"p:d"), 1);
+    EXPECT_EQ(m_markup.OutOfElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"b/p:d") << "and back";
+    EXPECT_EQ(m_markup.OutOfElem(), 1);
+    EXPECT_EQ(Where(m_markup), L"r/b");
+    EXPECT_EQ(m_markup.OutOfElem(), 0) << "at the top";
+    EXPECT_EQ(Where(m_markup), L"r/b");
+    EXPECT_EQ(m_markup.FindElem(), 0);
+}
+
+TEST_F(MarkupCursor, DataOfEveryKindOfNode) {
+    ASSERT_EQ(m_markup.SetDoc(L"<r>t<![CDATA[<d>]]><!--c--><?i j k?><?n?><e/><f><g>1</g> <g>2"
+                              L"<!--no--></g></f></r>"),
+              1);
+    ASSERT_EQ(m_markup.FindElem(), 1);
+    EXPECT_EQ(m_markup.GetData(), L"t<d>1 2");
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(m_markup.GetData(), L"");
+    const std::tuple<int, const wchar_t*, const wchar_t*> table[] = {
+        {CMarkupMSXML::kTextNode, L"#text", L"t"},
+        {CMarkupMSXML::kCDataNode, L"#cdata-section", L"<d>"},
+        {CMarkupMSXML::kCommentNode, L"#comment", L"c"},
+        {CMarkupMSXML::kInstructionNode, L"i", L"i j k"},
+        {CMarkupMSXML::kInstructionNode, L"n", L"n "},
+        {CMarkupMSXML::kElementNode, L"e", L""},
+        {CMarkupMSXML::kElementNode, L"f", L"1 2"},
     };
-    for (const auto& [length, text] : table) {
-        EXPECT_EQ(Codec().Encoded(std::string(length, '\0')), text) << length;
+    for (const auto& [kind, name, data] : table) {
+        EXPECT_EQ(m_markup.FindNode(), kind) << CString(data);
+        EXPECT_EQ(m_markup.GetTagName(), name);
+        EXPECT_EQ(m_markup.GetData(), data);
+    }
+    EXPECT_EQ(m_markup.GetChildData(), L"");
+}
+
+TEST_F(MarkupCursor, AttributesByExactQualifiedName) {
+    ASSERT_EQ(m_markup.SetDoc(L"<r xmlns='u' xmlns:p='v' p:k='1' k='2'><s k='3'/></r>"), 1);
+    EXPECT_EQ(m_markup.GetAttrib(L"k"), L"") << "no position";
+    ASSERT_EQ(m_markup.FindChildElem(), 1);
+    const std::pair<const wchar_t*, const wchar_t*> table[] = {
+        {L"k", L"2"}, {L"p:k", L"1"}, {L"xmlns", L"u"}, {L"xmlns:p", L"v"},
+        {L"p", L""},  {nullptr, L""}, {L"", L""},       {L"K", L""}};
+    for (const auto& [name, value] : table) {
+        EXPECT_EQ(m_markup.GetAttrib(name), value) << CString(name);
+    }
+    EXPECT_EQ(m_markup.GetChildAttrib(L"k"), L"3");
+    const wchar_t* const names[] = {L"", L"xmlns", L"xmlns:p", L"p:k", L"k", L""};
+    for (int i = -1; i < static_cast<int>(std::size(names)) - 1; ++i) {
+        EXPECT_EQ(m_markup.GetAttribName(i), names[i + 1]) << i;
     }
 }
 
-TEST(Base64, EveryLengthComesBackAndTheAlphabetIsTheUsualOne) {
-    Codec codec;
-    for (std::size_t length = 0; length <= 300; ++length) {
-        const std::string bytes = SomeBytes(length);
-        ASSERT_EQ(codec.Decoded(nqp2::platform::TextFromUtf8(codec.Encoded(bytes))), bytes);
-    }
-    std::string counted; // the numbers 0 to 63 of six bits each
-    for (unsigned i = 0; i < 64; i += 4) {
-        const unsigned group = i << 18U | (i + 1) << 12U | (i + 2) << 6U | (i + 3);
-        for (const unsigned shift : {16U, 8U, 0U}) {
-            counted += static_cast<char>(group >> shift & 0xFFU);
-        }
-    }
-    EXPECT_EQ(codec.Encoded(counted),
-              "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+TEST_F(MarkupCursor, CountsTheElementsOfItsLevel) {
+    EXPECT_EQ(m_markup.GetElemCount(), 1);
+    ASSERT_EQ(m_markup.FindElem(), 1);
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    ASSERT_EQ(m_markup.FindElem(L"b"), 1);
+    EXPECT_EQ(m_markup.GetElemCount(), 3);
+    EXPECT_EQ(m_markup.GetElemCount(L"a"), 2);
+    EXPECT_EQ(m_markup.GetElemCount(L"c"), 0);
+    EXPECT_EQ(m_markup.GetTagName(), L"b") << "nothing moved";
 }
 
-TEST(Base64, LengthsThatCannotBeEncodedGiveNothing) {
-    Codec codec;
-    unsigned char byte = 0;
-    EXPECT_TRUE(codec.TBase64Encode(&byte, -1).IsEmpty());
-    EXPECT_TRUE(codec.TBase64Encode(&byte, 536'870'912).IsEmpty());
-    EXPECT_TRUE(codec.TBase64Encode(nullptr, 5).IsEmpty());
+TEST_F(MarkupCursor, MainPositionCanBeHandedOver) {
+    ASSERT_EQ(m_markup.FindElem(), 1);
+    const IXMLDOMNodePtr root = m_markup.GetMainPosPtr();
+    ASSERT_EQ(m_markup.IntoElem(), 1);
+    EXPECT_EQ(m_markup.GetMainPosPtr(), nullptr);
+    EXPECT_EQ(m_markup.SetMainPosPtr(nullptr), 0);
+    EXPECT_EQ(m_markup.SetMainPosPtr(m_markup.GetDocumentPtr() != nullptr ? root : nullptr), 1);
+    EXPECT_EQ(m_markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(m_markup.GetChildSubDoc().Left(6), L"<b><c/");
+    EXPECT_EQ(m_markup.RemoveElem(), 1);
+    EXPECT_EQ(m_markup.SetMainPosPtr(root), 0) << "it stands in no document any more";
 }
 
-TEST(Base64, DecodingSkipsWhatIsNotOfTheAlphabet) {
-    const std::pair<const wchar_t*, const char*> table[] = {
-        {L"", ""},
-        {L"QUJD", "ABC"},
-        {L" Q=U\r\nJ\tD= ", "ABC"},
-        {L"Q-U_J*D\u00E4\u7D20", "ABC"},
-        {L"QUJDRA==", "ABCD"},
-        {L"QUJDRA", "ABCD"},
-        {L"QUJDREU", "ABCDE"},
-        {L"QUJDR", "ABC"}, // a lone character holds no byte
-        {L"QUI=QUI=", "AB\x10P"},
-        {L"====", ""},
-    };
-    for (const auto& [text, bytes] : table) {
-        EXPECT_EQ(Codec().Decoded(text), bytes) << CString(text);
-    }
-    EXPECT_EQ(Codec().Decoded(CString(L"QUJD\0RERE", 9)), "ABC") << "a zero ends the text";
-}
-
-TEST(Base64, TextForms) {
-    Codec codec;
-    CString text = L"z\u00E4\u00FF";
-    CString encoded = codec.TBase64Encode(text);
-    EXPECT_EQ(encoded, L"euT/");
-    EXPECT_EQ(codec.TBase64Decode(encoded), text);
-    CString foreign = L"\u7D20a";
-    EXPECT_EQ(codec.TBase64Encode(foreign), L"P2E=");
-    CString withZero = L"QUIAQUI=";
-    EXPECT_EQ(codec.TBase64Decode(withZero), L"AB");
-    CString nothing;
-    EXPECT_TRUE(codec.TBase64Encode(nothing).IsEmpty());
-    EXPECT_TRUE(codec.TBase64Decode(nothing).IsEmpty());
+TEST_F(MarkupCursor, EveryLoadResetsIt) {
+    ASSERT_EQ(m_markup.FindChildElem(L"b"), 1);
+    EXPECT_EQ(m_markup.SetDoc(L"<r><"), 0);
+    EXPECT_EQ(Where(m_markup), L"/");
+    EXPECT_EQ(m_markup.FindElem(), 0) << "the document is empty";
+    EXPECT_EQ(m_markup.SetDoc(L"<s/>"), 1);
+    ASSERT_EQ(m_markup.FindElem(L"s"), 1);
+    EXPECT_EQ(m_markup.Load(L"/no/such/file.xml"), 0);
+    EXPECT_EQ(Where(m_markup), L"/");
+    EXPECT_EQ(m_markup.OutOfElem(), 0);
+    EXPECT_EQ(m_markup.GetDoc(), L"");
 }
 
 } // namespace

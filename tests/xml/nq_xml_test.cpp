@@ -8,15 +8,12 @@
 #include "tests/support/print_text.h"
 #include "tests/support/temp_folder.h"
 #include "tests/xml/captured_texts.h"
-#include "xml/MarkupMSXML.h"
-#include "xml/MSXmlParserNode.h"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -118,11 +115,9 @@ TEST(XmlBuild, NamespaceStaysInUseWhereNoneIsChosen) {
     EXPECT_EQ(Xml(builder),
               CString(kP2Start) + L"><a xmlns=\"" + kClip31 + L"\">1</a></P2Main>\r\n");
     ASSERT_EQ(builder.CreateEPRRoot(L""), 1);
-    EXPECT_EQ(builder.GetNode(L"//EPRTYPE").GetXml().Text(), L"<EPRTYPE></EPRTYPE>")
-        << "the type is never in a namespace";
     ASSERT_EQ(TextChild(builder, L"a", 1), 1);
-    builder.SetSelectNamespace((CString(L"xmlns:p='") + kClip31 + L"'").GetString());
-    EXPECT_EQ(builder.GetNodeText(L"EPRINFO/p:a", 0), L"1");
+    EXPECT_GT(Xml(builder).Find(CString(L"<EPRTYPE></EPRTYPE><a xmlns=\"") + kClip31), 0)
+        << "the type is never in a namespace";
 }
 
 TEST(XmlBuild, ElementsWithAttributesUnderTheCursor) {
@@ -186,10 +181,8 @@ TEST(XmlBuild, WhatCannotBeMadeIsRefused) {
 
 TEST(XmlBuild, WayBackIsTenLevelsLong) {
     Builder builder;
-    const wchar_t* const names[] = {L"a", L"b", L"c", L"d", L"e", L"f",
-                                    L"g", L"h", L"i", L"j", L"k"};
-    for (const wchar_t* const name : names) {
-        ASSERT_EQ(Child(builder, name), 1);
+    for (wchar_t name = L'a'; name <= L'k'; ++name) {
+        ASSERT_EQ(Child(builder, CString(name, 1).GetString()), 1);
     }
     EXPECT_EQ(TextChild(builder, L"deepest", L""), 1);
     CNQXmlParser copy = builder;
@@ -304,18 +297,15 @@ TEST_F(XmlLoad, RootsDeclarationsAreBoundForQueries) {
     ASSERT_EQ(Load("<P2Main xmlns='u' xmlns:xsi='x' k='1'><ClipContent><xsi:n>1</xsi:n>"
                    "<m xmlns='v'>2</m></ClipContent></P2Main>"),
               1);
-    struct {
-        const wchar_t* path;
-        const wchar_t* text;
-    } const table[] = {
+    const std::pair<const wchar_t*, const wchar_t*> table[] = {
         {L"//P2Main:P2Main/P2Main:ClipContent/xsi:n", L"1"},
         {L"/P2Main:P2Main/P2Main:ClipContent[1]", L"12"},
         {L"//P2Main/ClipContent", L""},
         {L"//P2Main:P2Main/P2Main:ClipContent/P2Main:m", L""},
         {L"//P2Main:P2Main/P2Main:ClipContent/p:n", L""}, // not bound
     };
-    for (const auto& row : table) {
-        EXPECT_EQ(m_builder.GetNodeText(row.path, 0), row.text) << CString(row.path);
+    for (const auto& [path, text] : table) {
+        EXPECT_EQ(m_builder.GetNodeText(path, 0), text) << CString(path);
     }
     EXPECT_THROW(m_builder.GetNode(L"//p:n"), _com_error);
     EXPECT_EQ(m_debug.Take(), Texts());
@@ -352,14 +342,12 @@ TEST_F(XmlLoad, FileThatFailsIsToldToTheDebuggerOnly) {
     EXPECT_EQ(Load("<r>\n<a></b></r>"), 0);
     const Texts told = m_debug.Take();
     ASSERT_EQ(told.size(), 1U);
-    EXPECT_EQ(told[0].Left(told[0].Find(L"; Char")),
-              L"Error:\nCode = 0xc00ce56d\t\t\t \nSource = Line : 2");
+    EXPECT_EQ(told[0].Find(L"Error:\nCode = 0xc00ce56d\t\t\t \nSource = Line : 2; Char"), 0);
     EXPECT_EQ(Xml(), L"") << "a failed load empties the document";
     EXPECT_NE(m_builder.GetDocumentPtr(), nullptr) << "but there is one";
 }
 
 TEST_F(XmlLoad, TextThatFailsIsToldInItsOwnForm) {
-    const CString form = L"\t\t\t\t\t\nSource = Line : 1; Char : ";
     EXPECT_EQ(m_builder.SetXml(L"<r>"), 0);
     EXPECT_NE(m_builder.GetDocumentPtr(), nullptr);
     ASSERT_EQ(m_builder.SetXml(L"<r/>"), 1);
@@ -367,10 +355,8 @@ TEST_F(XmlLoad, TextThatFailsIsToldInItsOwnForm) {
     EXPECT_EQ(Xml(), L"<r/>\r\n");
     const Texts told = m_debug.Take();
     ASSERT_EQ(told.size(), 2U);
-    EXPECT_EQ(told[0].Left(told[0].Find(L"Char : ") + 7),
-              CString(L"Error:\nCode = 0xc00ce553") + form);
-    EXPECT_EQ(told[1].Left(told[1].Find(L"Char : ") + 7),
-              CString(L"Error:\nCode = 0xc00ce555") + form);
+    EXPECT_EQ(told[0].Find(L"Error:\nCode = 0xc00ce553\t\t\t\t\t\nSource = Line : 1; Char : "), 0);
+    EXPECT_EQ(told[1].Find(L"Error:\nCode = 0xc00ce555\t\t\t\t\t\nSource = Line : 1; Char : "), 0);
     for (const CString& text : told) {
         EXPECT_GT(text.Find(L"\t\t\t\t\t\nError Description = "), 0) << text;
         EXPECT_EQ(text.Right(1), L"\n");
@@ -432,16 +418,14 @@ TEST_F(XmlLoad, SchemaThatIsNoneRefusesEverything) {
 
 TEST_F(XmlLoad, SavedFileLoadsAgainAsItWas) {
     ASSERT_EQ(m_builder.CreateP2MainRoot(CT_DV100_1080_50I, 1), 1);
-    ASSERT_EQ(Child(L"a"), 1);
     ASSERT_EQ(m_builder.AddChildTextNode(L"b", L" \u7D20 & \u00E4 ", L"k", L"\"\n"), 1);
     const std::string path = m_folder.Path("saved.xml");
     ASSERT_EQ(m_builder.SaveXml(TextFromUtf8(path)), 1);
-    EXPECT_EQ(nqp2::platform::TextFromUtf8(BytesOf(path)), Xml());
+    EXPECT_EQ(TextFromUtf8(BytesOf(path)), Xml());
     CNQXmlParser again;
     ASSERT_EQ(again.LoadXml(TextFromUtf8(path)), 1);
     EXPECT_EQ(again.GetXml().Text(), Xml());
-    EXPECT_EQ(again.GetNodeText(L"//P2Main:P2Main/P2Main:a/P2Main:b", 0), L" \u7D20 & \u00E4 ");
-    EXPECT_EQ(again.GetNodeAttribute(L"//P2Main:b", L"k"), L"\"\n");
+    EXPECT_EQ(again.GetNodeText(L"//P2Main:P2Main/P2Main:b", 0), L" \u7D20 & \u00E4 ");
     EXPECT_EQ(m_builder.SaveXml(TextFromUtf8(m_folder.Path("no/such/folder.xml"))), 0);
     EXPECT_EQ(m_builder.SaveXml(TextFromUtf8(m_folder.MakeFolder("folder"))), 0);
 }
@@ -470,26 +454,20 @@ protected:
 };
 
 TEST_F(XmlQuery, MissingNodeGivesBackTheFlag) {
-    struct {
-        const wchar_t* path;
-        int ignoreMissing;
-        int result;
-        VARTYPE type;
-        const wchar_t* text;
-    } const table[] = {
+    const std::tuple<const wchar_t*, int, int, VARTYPE, const wchar_t*> table[] = {
         {L"//r/a", 0, 1, VT_BSTR, L"xy"},  {L"//e", 0, 1, VT_BSTR, L""},
         {L"//none", 0, 0, VT_EMPTY, L""},  {L"//none", 1, 1, VT_EMPTY, L""},
         {L"//none", -3, 1, VT_EMPTY, L""}, {L"//[", 1, 0, VT_EMPTY, L""},
         {L"//p:r", 1, 0, VT_EMPTY, L""},   {L"count(//r)", 1, 0, VT_EMPTY, L""},
     };
-    for (const auto& row : table) {
+    for (const auto& [path, ignoreMissing, result, type, text] : table) {
         _variant_t value(5);
-        EXPECT_EQ(m_document.GetNodeVal(_bstr_t(row.path), value, row.ignoreMissing), row.result)
-            << CString(row.path);
-        EXPECT_EQ(value.vt, row.type) << CString(row.path);
-        const _variant_t answer = m_document.GetNodeVal(CString(row.path), row.ignoreMissing);
-        EXPECT_EQ(answer.vt, row.result != 0 ? row.type : VT_NULL) << CString(row.path);
-        EXPECT_EQ(m_document.GetNodeText(row.path, row.ignoreMissing), row.text);
+        EXPECT_EQ(m_document.GetNodeVal(_bstr_t(path), value, ignoreMissing), result)
+            << CString(path);
+        EXPECT_EQ(value.vt, type) << CString(path);
+        const _variant_t answer = m_document.GetNodeVal(CString(path), ignoreMissing);
+        EXPECT_EQ(answer.vt, result != 0 ? type : VT_NULL) << CString(path);
+        EXPECT_EQ(m_document.GetNodeText(path, ignoreMissing), text);
     }
 }
 
@@ -500,11 +478,11 @@ TEST_F(XmlQuery, AttributesAndParameters) {
     }
     EXPECT_EQ(m_document.FindParamNode(L"//PARAM", L"n").GetNodeText(L"VALUE", 0), L"v");
     EXPECT_EQ(m_document.FindParamNode(L"//PARAM", L"N").IsEmpty(), 1);
+    EXPECT_EQ(m_document.GetNode(L"//none").IsEmpty(), 1);
+    EXPECT_EQ(m_document.GetNodeList(L"//none").IsEmpty(), 1);
     EXPECT_THROW(m_document.FindParamNode(L"//[", L"n"), _com_error);
     EXPECT_THROW(m_document.GetNode(L"//["), _com_error);
     EXPECT_THROW(m_document.GetNodeList(L"//["), _com_error);
-    EXPECT_EQ(m_document.GetNode(L"//none").IsEmpty(), 1);
-    EXPECT_EQ(m_document.GetNodeList(L"//none").IsEmpty(), 1);
 }
 
 TEST_F(XmlQuery, WithoutDocumentEveryAnswerIsEmpty) {
@@ -513,8 +491,7 @@ TEST_F(XmlQuery, WithoutDocumentEveryAnswerIsEmpty) {
     EXPECT_EQ(none.GetNodeVal(_bstr_t(L"//["), value, 1), 0);
     EXPECT_EQ(value.vt, VT_I4) << "untouched";
     EXPECT_EQ(none.GetNodeVal(CString(L"a"), 1).vt, VT_NULL);
-    EXPECT_EQ(none.GetNodeText(L"a", 0), L"");
-    EXPECT_EQ(none.GetNodeAttribute(L"a", L"k"), L"");
+    EXPECT_EQ(none.GetNodeText(L"a", 0) + none.GetNodeAttribute(L"a", L"k"), L"");
     EXPECT_EQ(none.GetNode(L"//[").IsEmpty(), 1);
     EXPECT_EQ(none.GetNodeList(L"//[").IsEmpty(), 1);
     EXPECT_EQ(none.FindParamNode(L"//[", L"n").IsEmpty(), 1);
@@ -525,22 +502,18 @@ TEST_F(XmlQuery, ChildrenOfEveryKindWithTheirInfo) {
                                 L"<?t e?></r>"),
               1);
     CNQXmlParserNode children = m_document.GetNode(L"r").GetChildNodeList();
-    const std::vector<std::pair<CString, CString>> expected = {
-        {L"#text", L" "},          {L"p:a", L"12"}, {L"#comment", L"c"},
-        {L"#cdata-section", L"d"}, {L"t", L"e"},
-    };
     CString name;
     _variant_t value;
     EXPECT_EQ(children.GetNodeInfo(name, value), 1) << "takes the first itself";
     EXPECT_EQ(name, L"#text");
     children = m_document.GetNode(L"r").GetChildNodeList();
-    std::vector<std::pair<CString, CString>> seen;
+    Texts seen;
     while (children.GetNextNode() != 0) {
         ASSERT_EQ(children.GetNodeInfo(name, value), 1);
         EXPECT_EQ(value.vt, VT_BSTR);
-        seen.emplace_back(name, value.Text());
+        seen.push_back(name + L"=" + value.Text());
     }
-    EXPECT_EQ(seen, expected);
+    EXPECT_EQ(seen, (Texts{L"#text= ", L"p:a=12", L"#comment=c", L"#cdata-section=d", L"t=e"}));
     EXPECT_EQ(children.GetNodeInfo(name, value), 0) << "at the end";
 }
 
@@ -556,164 +529,6 @@ TEST_F(XmlQuery, ChildListOfNothingIsEmpty) {
     EXPECT_EQ(list.GetChildNodeList().GetNodeText(0), L"1") << "of the list's first node";
     EXPECT_EQ(list.GetNextNode(), 1);
     EXPECT_EQ(list.GetNodeText(0), L"2");
-}
-
-class NodeHandleTest : public testing::Test {
-protected:
-    void TearDown() override { EXPECT_EQ(m_debug.Take(), std::vector<CString>()); }
-
-    CMSXmlParserNode List(const wchar_t* path) { return m_reader.GetNodeList(path); }
-
-    CMarkupMSXML m_reader{
-        L"<r xmlns='u'><i k='x'>1</i><i>2</i><i>3</i>"
-        L"<PARAM><NAME>n</NAME><VALUE>v</VALUE></PARAM><PARAM><NAME>m</NAME></PARAM>"
-        L"<PARAM><VALUE>w</VALUE></PARAM><Param><VALUE>z</VALUE></Param></r>"};
-    CapturedTexts m_debug{nqp2::SetDebugOutput}; // handles never write to the debugger
-};
-
-TEST_F(NodeHandleTest, FirstQuestionMovesAFreshListOntoItsFirstNode) {
-    CMSXmlParserNode list = List(L"//i");
-    EXPECT_EQ(list.IsEmpty(), 0);
-    EXPECT_EQ(list.GetNodeText(0), L"1");
-    EXPECT_EQ(list.GetNodeText(0), L"1");
-    EXPECT_EQ(list.GetNextNode(), 1);
-    EXPECT_EQ(list.GetNodeText(0), L"2");
-
-    CMSXmlParserNode byXml = List(L"//i");
-    EXPECT_EQ(byXml.GetXml().Text(), L"<i xmlns=\"u\" k=\"x\">1</i>");
-    CMSXmlParserNode byNode = List(L"//i");
-    EXPECT_EQ(byNode.GetNode(L"@k").GetNodeText(0), L"x");
-    CMSXmlParserNode byList = List(L"//i");
-    EXPECT_EQ(byList.GetNodeList(L"text()").GetNodeText(0), L"1");
-    for (CMSXmlParserNode* const each : {&byXml, &byNode, &byList}) {
-        EXPECT_EQ(each->GetNextNode(), 1);
-        EXPECT_EQ(each->GetNodeText(0), L"2");
-    }
-}
-
-TEST_F(NodeHandleTest, WalksToTheEndAndStaysThere) {
-    CMSXmlParserNode list = List(L"//i");
-    CString texts;
-    while (list.GetNextNode() != 0) {
-        texts += list.GetNodeText(0);
-    }
-    EXPECT_EQ(texts, L"123");
-    EXPECT_EQ(list.GetNextNode(), 0);
-    EXPECT_EQ(list.IsEmpty(), 0) << "the list is still there";
-    EXPECT_EQ(list.GetNodeVal(0).vt, VT_NULL);
-    EXPECT_EQ(list.GetXml().Text(), L"");
-    EXPECT_EQ(list.SetNodeText(L"x"), 0);
-}
-
-TEST_F(NodeHandleTest, CopiesShareTheListButNotTheirPlace) {
-    CMSXmlParserNode list = List(L"//i");
-    ASSERT_EQ(list.GetNextNode(), 1);
-    CMSXmlParserNode copy = list;
-    EXPECT_EQ(copy.GetNextNode(), 1);
-    EXPECT_EQ(list.GetNodeText(0), L"1");
-    EXPECT_EQ(list.GetNextNode(), 1);
-    EXPECT_EQ(list.GetNodeText(0), L"3") << "one iterator for both";
-}
-
-TEST_F(NodeHandleTest, EmptyHandleAnswersEverythingWithNothing) {
-    CMSXmlParserNode empty;
-    CString name = L"kept";
-    CString value = L"kept";
-    EXPECT_EQ(empty.IsEmpty(), 1);
-    EXPECT_EQ(empty.GetNextNode(), 0);
-    EXPECT_EQ(empty.GetNextNode(name, value), 0);
-    EXPECT_EQ(name, L"kept");
-    EXPECT_EQ(value, L"kept");
-    EXPECT_EQ(empty.GetNodeVal(1).vt, VT_NULL);
-    EXPECT_TRUE(empty.GetNodeText(L"//[", 0).IsEmpty());
-    EXPECT_EQ(empty.GetNode(L"//[").IsEmpty(), 1);
-    EXPECT_EQ(empty.GetNodeList(L"//[").IsEmpty(), 1);
-    EXPECT_EQ(empty.GetXml().Text(), L"");
-    EXPECT_EQ(empty.SetNodeText(L"x"), 0);
-    EXPECT_EQ(empty.SetParamVal(L"x"), 0);
-}
-
-TEST_F(NodeHandleTest, ValueByPath) {
-    CMSXmlParserNode root = m_reader.GetNode(L"r");
-    struct {
-        const wchar_t* path;
-        int ignoreMissing;
-        VARTYPE type;
-        const wchar_t* text;
-    } const table[] = {
-        {L"i", 0, VT_BSTR, L"1"},          {L"i[2]", 0, VT_BSTR, L"2"},
-        {L"PARAM/NAME", 0, VT_BSTR, L"n"}, {L"//Param/VALUE", 0, VT_BSTR, L"z"},
-        {L"none", 1, VT_EMPTY, L""},       {L"none", 0, VT_NULL, L""},
-        {L"i[", 1, VT_NULL, L""},          {L"r", 1, VT_EMPTY, L""},
-    };
-    for (const auto& row : table) {
-        EXPECT_EQ(root.GetNodeVal(row.path, row.ignoreMissing).vt, row.type) << CString(row.path);
-        EXPECT_EQ(root.GetNodeText(row.path, row.ignoreMissing), row.text) << CString(row.path);
-    }
-    EXPECT_THROW(root.GetNode(L"i["), _com_error);
-    EXPECT_THROW(root.GetNodeList(L"i["), _com_error);
-    EXPECT_EQ(root.GetNodeList(L"none").IsEmpty(), 1);
-    EXPECT_EQ(root.GetNode(L"none").IsEmpty(), 1);
-    EXPECT_EQ(root.GetNode(L"i/@k").GetNodeText(L"./x", 0), L"") << "asked from an attribute";
-}
-
-TEST_F(NodeHandleTest, IteratesParameters) {
-    CMSXmlParserNode list = List(L"//PARAM");
-    std::vector<CString> seen;
-    CString name = L"before";
-    CString value = L"before";
-    while (list.GetNextNode(name, value) != 0) {
-        seen.push_back(name + L"=" + value);
-    }
-    EXPECT_EQ(seen, (std::vector<CString>{L"n=v", L"m=", L"=w"}));
-}
-
-TEST_F(NodeHandleTest, SetParamValRewritesTheValueOfABlockOnly) {
-    CMSXmlParserNode block = m_reader.FindParamNode(L"//PARAM", L"n");
-    _variant_t null;
-    null.vt = VT_NULL;
-    EXPECT_EQ(block.SetParamVal(_variant_t()), 0);
-    EXPECT_EQ(block.SetParamVal(null), 0);
-    EXPECT_EQ(block.GetNodeText(L"VALUE", 0), L"v");
-    EXPECT_EQ(block.SetParamVal(L"<&>"), 1);
-    EXPECT_EQ(block.GetNodeText(L"VALUE", 0), L"<&>");
-    EXPECT_EQ(block.SetParamVal(12), 1);
-    EXPECT_EQ(m_reader.GetNodeText(L"//PARAM/VALUE", 0), L"12");
-    EXPECT_EQ(block.SetParamVal(L""), 1);
-    EXPECT_EQ(block.GetXml().Text(), L"<PARAM xmlns=\"u\"><NAME>n</NAME><VALUE></VALUE></PARAM>");
-
-    EXPECT_EQ(m_reader.GetNode(L"//Param").SetParamVal(L"y"), 0);
-    EXPECT_EQ(m_reader.GetNodeText(L"//Param/VALUE", 0), L"z");
-    EXPECT_EQ(m_reader.FindParamNode(L"//PARAM", L"m").SetParamVal(L"y"), 0) << "without VALUE";
-    EXPECT_EQ(List(L"//PARAM").SetParamVal(L"y"), 0) << "no current node, none is taken";
-}
-
-TEST_F(NodeHandleTest, SetNodeTextReplacesContentAndNeverAdvances) {
-    CMSXmlParserNode list = List(L"//i");
-    EXPECT_EQ(list.SetNodeText(L"x"), 0);
-    ASSERT_EQ(list.GetNextNode(), 1);
-    EXPECT_EQ(list.SetNodeText(L"\u7D20<"), 1);
-    EXPECT_EQ(m_reader.GetNodeText(L"//i", 0), L"\u7D20<");
-    EXPECT_EQ(m_reader.GetNode(L"/").SetNodeText(L"x"), 0) << "a document takes no text";
-    EXPECT_EQ(m_reader.GetNode(L"//@k").SetNodeText(L"y"), 1);
-    EXPECT_EQ(m_reader.GetNodeAttribute(L"//i", L"k"), L"y");
-}
-
-TEST(NodeHandleLife, OutlivesReloadAndReader) {
-    auto reader = std::make_unique<CMarkupMSXML>(L"<r><i>1</i><i>2</i></r>");
-    CMSXmlParserNode node = reader->GetNode(L"r");
-    CMSXmlParserNode list = reader->GetNodeList(L"//i");
-    ASSERT_EQ(reader->SetDoc(L"<other/>"), 1);
-    EXPECT_EQ(node.GetNodeText(L"i", 0), L"1");
-    ASSERT_EQ(reader->SetDoc(L""), 1);
-    reader.reset();
-    EXPECT_EQ(list.GetNodeText(0), L"1");
-    EXPECT_EQ(node.SetNodeText(L"changed"), 1);
-    EXPECT_EQ(node.GetXml().Text(), L"<r>changed</r>");
-    EXPECT_EQ(list.GetNextNode(), 1);
-    EXPECT_EQ(list.GetNodeText(0), L"2") << "also a node that was taken out of its tree";
-    node = CMSXmlParserNode();
-    EXPECT_EQ(list.GetXml().Text(), L"<i>2</i>");
 }
 
 } // namespace

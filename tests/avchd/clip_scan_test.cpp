@@ -1,16 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "avchd/clip_information.h"
 #include "avchd/clip_scan.h"
 #include "avchd/limits.h"
-#include "avchd/playlist.h"
 #include "avchd/video_format.h"
 #include "bridge/NQP2BaseClipInfo.h"
 #include "parser/NQP2Parser.h"
 #include "platform/DebugOutput.h"
 #include "platform/PathText.h"
-#include "platform/TextBytes.h"
 #include "platform/unicode.h"
 #include "tests/avchd/avchd_bytes.h"
 #include "tests/support/faulty_file_system.h"
@@ -20,12 +17,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
-#include <nlohmann/json.hpp>
 #include <utime.h>
 
 namespace nqp2::avchd {
@@ -80,9 +73,8 @@ protected:
         return names;
     }
     _tag_P2Clip ScanOne() {
-        const std::vector<std::string> names = Scan();
-        EXPECT_EQ(names.size(), 1U);
-        return names.empty() ? _tag_P2Clip() : m_clips[0];
+        EXPECT_EQ(Scan().size(), 1U);
+        return m_clips.IsEmpty() ? _tag_P2Clip() : m_clips[0];
     }
     [[nodiscard]] CString Root() const { return InterfaceRoot(m_folder.Path()); }
     [[nodiscard]] std::string Relative(const CString& path) const {
@@ -127,6 +119,21 @@ TEST_F(ClipScanTest, FillsTheRecordFromAllFilesOfTheClip) {
     EXPECT_EQ(Relative(clip.VideoPath), "AVCHD\\BDMV\\STREAM\\00012.MTS");
     EXPECT_EQ(clip.AudioPath[1], clip.VideoPath);
     EXPECT_EQ(clip.EssenceMask, 0b111U);
+}
+
+TEST_F(ClipScanTest, AClipThatContinuesAShotHasItsPulldownButNotItsMoment) {
+    AddClip("00001");
+    AddClip("00002");
+    test::PlaylistSpec playlist;
+    playlist.items = {test::ItemSpec{"00001"}, test::ItemSpec{"00002"}};
+    playlist.items[1].connection = 6;
+    playlist.marks = {test::MarkSpec{0, 38700, kPulldown22}};
+    AddPlaylist("00000", playlist);
+    Scan();
+    for (const _tag_P2Clip& clip : m_clips) {
+        EXPECT_EQ(clip.CodecName, L"AVCHD_1920_1080_25p");
+        EXPECT_EQ(clip.StartDate == L"2011-01-28T13:45:07", clip.ClipName == L"00001");
+    }
 }
 
 TEST_F(ClipScanTest, TakesMomentsFromTheClipThenThePlaylistThenTheStreamThenTheFile) {
@@ -245,9 +252,9 @@ TEST_F(ClipScanTest, WhatCannotBeReadIsLeftOutAndItsSiblingsAreRead) {
     Add("AVCHD/BDMV/CLIPINF/00002.CPI", test::ClipBytes({}).substr(0, 100));
     Add("AVCHD/BDMV/CLIPINF/00003.CPI");
     AddClip("00004");
-    Add("AVCHD/BDMV/CLIPINF/00005.CPI", test::ClipBytes({}));
+    AddClip("00005");
     std::filesystem::resize_file(m_folder.Path("AVCHD/BDMV/CLIPINF/00005.CPI"), 1 << 20);
-    Add("AVCHD/BDMV/CLIPINF/00006.CPI", test::ClipBytes({}));
+    AddClip("00006");
     std::filesystem::resize_file(m_folder.Path("AVCHD/BDMV/CLIPINF/00006.CPI"),
                                  kMaxClipInformationFile + 1);
     AddClip("a\\b");
@@ -260,25 +267,19 @@ TEST_F(ClipScanTest, WhatCannotBeReadIsLeftOutAndItsSiblingsAreRead) {
         << "the last for the name with a backslash";
 }
 
-TEST_F(ClipScanTest, AFolderThatCannotBeListedIsNamed) {
+TEST_F(ClipScanTest, AFolderThatCannotBeListedIsNamedAndAFileWithoutStatusIsRead) {
     AddClip("00000");
-    Add("SONY/DVF/100DVF/DV01.AVI");
     FaultyFileSystem files;
-    files.Fail(
-        {.error = platform::IoError::Denied, .operation = Operation::List, .pathPart = "CLIPINF"});
     const platform::ScopedFileSystem inUse(files);
-    EXPECT_THAT(Scan(), IsEmpty());
-    EXPECT_THAT(m_omitted, ElementsAre("AVCHD\\BDMV\\CLIPINF\\", "SONY\\DVF\\100DVF\\DV01.AVI"));
-}
-
-TEST_F(ClipScanTest, AFileWithoutStatusIsReadAndItsDateUnknown) {
-    AddClip("00000");
-    FaultyFileSystem files;
     files.Fail({.operation = Operation::Stat, .pathPart = "00000.CPI"});
-    const platform::ScopedFileSystem inUse(files);
     const _tag_P2Clip clip = ScanOne();
     EXPECT_EQ(clip.StartDate, L"Unknow");
     EXPECT_EQ(clip.ShootStartTime.GetStatus(), COleDateTime::invalid);
+    Add("SONY/DVF/100DVF/DV01.AVI");
+    files.Fail(
+        {.error = platform::IoError::Denied, .operation = Operation::List, .pathPart = "CLIPINF"});
+    EXPECT_THAT(Scan(), IsEmpty());
+    EXPECT_THAT(m_omitted, ElementsAre("AVCHD\\BDMV\\CLIPINF\\", "SONY\\DVF\\100DVF\\DV01.AVI"));
 }
 
 TEST_F(ClipScanTest, StreamsAreReadOnlyAsFarAsNeeded) {
@@ -291,7 +292,7 @@ TEST_F(ClipScanTest, StreamsAreReadOnlyAsFarAsNeeded) {
     EXPECT_EQ(ScanOne().ActiveLine, 1080);
     EXPECT_EQ(files.Calls(Operation::ReadBlock), 1U) << "32 KB";
 
-    Add("AVCHD/BDMV/STREAM/00000.MTS");
+    AddStream("00000", "");
     std::filesystem::resize_file(m_folder.Path("AVCHD/BDMV/STREAM/00000.MTS"),
                                  std::uint64_t{8} << 30U);
     const _tag_P2Clip clip = ScanOne();
@@ -335,15 +336,13 @@ TEST_F(ClipScanTest, ReadingAheadOnASlowMediumChangesNothing) {
         }
     }
     const auto rasters = [this] {
-        std::vector<std::string> names = Scan();
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            const _tag_P2Clip& clip = m_clips[static_cast<std::int64_t>(i)];
-            names[i] += ' ' + std::to_string(clip.ActivePixel) + ' ' +
-                        platform::Utf8FromText(clip.StartDate.View());
+        std::map<std::string, int> pixels;
+        for (const std::string& name : Scan()) {
+            pixels[name] = m_clips[static_cast<std::int64_t>(pixels.size())].ActivePixel;
         }
-        return names;
+        return pixels;
     };
-    const std::vector<std::string> expected = rasters();
+    const auto expected = rasters();
     FaultyFileSystem slow;
     slow.SetDelay(std::chrono::microseconds(300));
     const platform::ScopedFileSystem inUse(slow);
@@ -388,281 +387,6 @@ TEST_F(ClipScanTest, TheParserReadsWithoutInit) {
     }
     EXPECT_EQ(parser.GetAVCHDClpiDataInfo(L"", L"00002", clip), 0);
     EXPECT_EQ(clip.ClipName, L"00002") << "untouched by failures";
-}
-
-using test::ItemSpec;
-using test::PlaylistSpec;
-
-class PlaylistReaderTest : public testing::Test {
-protected:
-    void SetUp() override { AddClips("AVCHD/BDMV/"); }
-    void AddClips(const std::string& folder) const {
-        test::ClipSpec wide;
-        wide.clipId = test::ClipIdBytes();
-        test::ClipSpec small;
-        small.format = 5;
-        small.rate = 6;
-        m_folder.Write(folder + "CLIPINF/00001.CPI", test::ClipBytes(wide));
-        m_folder.Write(folder + "CLIPINF/00002.CPI", test::ClipBytes(small));
-    }
-    void Add(const std::string& path, const PlaylistSpec& spec) const {
-        m_folder.Write(path, test::PlaylistBytes(spec));
-    }
-    tag_P2EDL ReadOne(const PlaylistSpec& spec) {
-        Add("AVCHD/BDMV/PLAYLIST/00000.MPL", spec);
-        tag_P2EDL edl;
-        EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), L"00000", edl), 1);
-        return edl;
-    }
-    std::vector<std::string> LoadedNames(__int64 expected = 0) {
-        CArray<tag_P2EDL> edls;
-        EXPECT_EQ(m_parser.LoadAVCHDEdl(Root(), edls), expected);
-        std::vector<std::string> names;
-        for (const tag_P2EDL& edl : edls) {
-            names.push_back(platform::Utf8FromText(edl.Name.View()));
-            EXPECT_EQ(edl.Date.GetLength(), 19);
-            EXPECT_NE(edl.Identity, GUID());
-        }
-        return names;
-    }
-    [[nodiscard]] CString Root() const { return InterfaceRoot(m_folder.Path()); }
-
-    test::TempFolder m_folder;
-    CNQP2Parser m_parser;
-};
-
-TEST_F(PlaylistReaderTest, EveryItemIsAnEventAtTheStartOfTheTimeline) {
-    PlaylistSpec spec;
-    spec.items = {ItemSpec{"00001", 0, 300 * 1800}, ItemSpec{"00002", 0, 450, 1, 5, 6},
-                  ItemSpec{"00001", 0, 1800}};
-    spec.marks = {test::MarkSpec{1}};
-    spec.shotIds = {test::ClipIdBytes()};
-    const tag_P2EDL edl = ReadOne(spec);
-    EXPECT_EQ(edl.Duration, 300 + 1 + 1) << "half a frame is one, each at its own rate";
-    EXPECT_EQ(edl.EditUnit.Numerator, 1);
-    EXPECT_EQ(edl.EditUnit.Denominator, 25);
-    EXPECT_EQ(edl.FrameRate, L"50i");
-    EXPECT_EQ(edl.Codec, L"AVCHD_1920_1080_50i") << "the last item decides";
-    ASSERT_EQ(edl.Events.GetSize(), 3);
-    for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
-        EXPECT_EQ(event.Offset, 0);
-        EXPECT_EQ(event.SourceOffset, 0);
-        EXPECT_EQ(event.SourceIn, 0);
-        EXPECT_EQ(event.SourceOut, event.Duration) << "the first frame behind it";
-        EXPECT_EQ(event.Clip.ClipName, event.ClipName);
-        EXPECT_EQ(event.GlobalClipID.Right(4), L"0F10") << "of the clip, else of the mark";
-        EXPECT_NE(event.GlobalClipGuid, GUID());
-    }
-    EXPECT_EQ(edl.Events[0].Duration, 300);
-    EXPECT_EQ(edl.Events[1].Clip.CodecName, L"AVCHD_1280_720_50p");
-}
-
-TEST_F(PlaylistReaderTest, TheFirstItemDecidesTheRate) {
-    // Format, rate, pulldown; numerator and denominator of the edit unit, text of the rate.
-    constexpr std::tuple<unsigned, unsigned, unsigned, int, int, const wchar_t*> kCases[] = {
-        {4, 3, 1, 1, 25, L"25p"},
-        {5, 6, 1, 1, 25, L"25p"},
-        {6, 1, 0, 1001, 24000, L"23.98p"},
-        {6, 2, 0, 1, 24, L"24p"},
-        {4, 3, 0, 1, 25, L"50i"},
-        {4, 4, 0, 1001, 30000, L"29.97p"},
-        {5, 6, 0, 1, 50, L"50p"},
-        {5, 7, 0, 1001, 60000, L"59.94p"},
-        {4, 5, 0, 1, 25, L""},
-        {4, 8, 1, 1, 25, L""},
-    };
-    for (const auto& [format, rate, pulldown, numerator, denominator, text] : kCases) {
-        PlaylistSpec spec;
-        spec.items = {ItemSpec{"00009", 0, 45000, 1, format, rate}, ItemSpec{"00001"}};
-        spec.marks = {test::MarkSpec{0, 0, pulldown}};
-        const tag_P2EDL edl = ReadOne(spec);
-        EXPECT_EQ(edl.EditUnit.Numerator, numerator) << rate;
-        EXPECT_EQ(edl.EditUnit.Denominator, denominator);
-        EXPECT_EQ(edl.FrameRate, text);
-        EXPECT_EQ(edl.Events.GetSize(), 1) << "a clip that is not there leaves its item out";
-        EXPECT_GE(edl.Duration, 10) << "but not its frames";
-    }
-}
-
-TEST_F(PlaylistReaderTest, PlaylistsThatAreNone) {
-    PlaylistSpec empty;
-    empty.items.clear();
-    Add("AVCHD/BDMV/PLAYLIST/00000.MPL", empty);
-    m_folder.Write("AVCHD/BDMV/PLAYLIST/00001.MPL", "MPLS0100");
-    m_folder.MakeFolder("AVCHD/BDMV/PLAYLIST/00002.MPL");
-    Add("AVCHD/BDMV/PLAYLIST/00003.mpls", {});
-    Add("AVCHD/BDMV/PLAYLIST/00004.mpl", {});
-    EXPECT_THAT(LoadedNames(), ElementsAre("00004"));
-    tag_P2EDL edl;
-    edl.Name = L"kept";
-    for (const wchar_t* const name :
-         {L"00000", L"00001", L"00002", L"00003", L"00005", L"", L"..\\PLAYLIST\\00004"}) {
-        EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), name, edl), 0);
-    }
-    EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(L"", L"00004", edl), 0);
-    EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), L"00004", edl), 1);
-    EXPECT_EQ(edl.Name, L"kept");
-}
-
-TEST_F(PlaylistReaderTest, NamesInOtherCaseAndMissingClipsCostNoSearchOfTheirOwn) {
-    m_folder.Write("AVCHD/BDMV/CLIPINF/00003.cpi", test::ClipBytes({}));
-    m_folder.MakeFolder("AVCHD/BDMV/PLAYLIST");
-    const auto listings = [this] {
-        test::FaultyFileSystem files;
-        const platform::ScopedFileSystem inUse(files);
-        LoadedNames();
-        return files.Calls(test::Operation::List);
-    };
-    const auto none = listings();
-    PlaylistSpec spec;
-    spec.items = {ItemSpec{"00003"}, ItemSpec{"00004"}, ItemSpec{"00005"}, ItemSpec{"00006"}};
-    for (const char* const name : {"00000.mpl", "00001.mpl", "00002.Mpl", "00003.MPL"}) {
-        Add("AVCHD/BDMV/PLAYLIST/" + std::string(name), spec);
-    }
-    EXPECT_EQ(LoadedNames().size(), 4U);
-    EXPECT_LE(listings(), none + 5) << "three folders and one of them for its marks";
-}
-
-TEST_F(PlaylistReaderTest, TheAvchdFolderIsAskedFirst) {
-    LoadedNames(1);
-    PlaylistSpec spec;
-    spec.items[0].name = "00001";
-    Add("BDMV/PLAYLIST/00007.MPL", spec);
-    EXPECT_THAT(LoadedNames(), testing::IsEmpty())
-        << "found in one folder, read from the other: kept";
-    Add("AVCHD/BDMV/PLAYLIST/00008.MPL", spec);
-    EXPECT_THAT(LoadedNames(), ElementsAre("00008"));
-    std::filesystem::remove_all(m_folder.Path("AVCHD"));
-    AddClips("BDMV/");
-    EXPECT_THAT(LoadedNames(), ElementsAre("00007"));
-}
-
-namespace fs = std::filesystem;
-using nlohmann::json;
-
-/// Real, authored and generated files that lie beside the sources, not in them.
-class SharedSamplesTest : public testing::Test {
-protected:
-    void SetUp() override {
-        const char* const named = std::getenv("NQP2_SHARED_SAMPLES");
-        m_samples = named != nullptr ? named : NQP2_DEFAULT_SHARED_SAMPLES;
-        m_samples /= "avchd";
-        if (!fs::is_directory(m_samples)) {
-            GTEST_SKIP() << "no samples at " << m_samples << "; set NQP2_SHARED_SAMPLES";
-        }
-    }
-    [[nodiscard]] std::string Read(const fs::path& name) const {
-        std::ifstream file(m_samples / name, std::ios::binary);
-        EXPECT_TRUE(file) << name;
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    [[nodiscard]] std::optional<Playlist> Decode(const fs::path& name) const {
-        return DecodePlaylist(test::BytesOf(Read(name)));
-    }
-
-    fs::path m_samples;
-};
-
-std::string Digits(const Playlist& playlist) {
-    std::string names;
-    for (const PlayItem& item : playlist.items) {
-        names += std::string(item.Name()) + ' ' + std::to_string(playlist.FramesOf(item)) + ' ';
-    }
-    return names;
-}
-
-void CheckItems(const Playlist& playlist, const json& expected) {
-    std::int32_t total = 0;
-    ASSERT_EQ(playlist.items.size(), expected["items"].size());
-    for (std::size_t i = 0; i < playlist.items.size(); ++i) {
-        const PlayItem& item = playlist.items[i];
-        const json& wanted = expected["items"][i];
-        EXPECT_EQ(item.Name(), wanted["clip"]);
-        EXPECT_EQ(item.in, wanted["in"]);
-        EXPECT_EQ(item.out, wanted["out"]);
-        EXPECT_EQ(item.video.rateCode, wanted["rate_code"]);
-        EXPECT_EQ(playlist.Is25p(item), wanted["is_25p"]);
-        EXPECT_EQ(playlist.FramesOf(item), wanted["frames_at_edit_rate"]);
-        total = AddFrames(total, playlist.FramesOf(item));
-    }
-    EXPECT_EQ(total, expected["total_frames"]);
-}
-
-void CheckClip(const _tag_P2Clip& clip, const json& wanted, const fs::path& bdmv) {
-    EXPECT_EQ(clip.Duration, wanted["frames_at_edit_rate"]);
-    EXPECT_EQ(clip.ActivePixel, wanted["width"]);
-    EXPECT_EQ(clip.ActiveLine, wanted["height"]);
-    EXPECT_EQ(BytesFromText(clip.AspectRatio), wanted["aspect"]);
-    EXPECT_EQ(clip.DropFrame == 1, wanted["drop_frame"]);
-    EXPECT_EQ(BytesFromText(clip.GlobalClipID), wanted["global_clip_id"]);
-    EXPECT_EQ(PosixPath(clip.VideoPath), bdmv / std::string(wanted["stream_file"]));
-    const bool recorded = wanted["maker_id"] != 0;
-    if (recorded) {
-        EXPECT_EQ(BytesFromText(clip.StartDate), wanted["start_date"]);
-        std::string digits = wanted["start_timecode"];
-        const int seconds =
-            (std::stoi(digits.substr(0, 2)) * 60 + std::stoi(digits.substr(3, 2))) * 60 +
-            std::stoi(digits.substr(6, 2));
-        const int minutes = seconds / 60;
-        const int dropped = wanted["drop_frame"] ? 2 * (minutes - minutes / 10) : 0;
-        EXPECT_EQ(clip.StartTimecode, seconds * 30 + std::stoi(digits.substr(9)) - dropped);
-    }
-}
-
-TEST_F(SharedSamplesTest, GeneratedCardsGiveWhatWasPutIn) {
-    for (const char* const name : {"generated/spanned", "generated/bd"}) {
-        const json expected = json::parse(Read(fs::path(name) / "expected.json"));
-        const fs::path bdmv = m_samples / name / std::string(expected["bdmv"]);
-        CNQP2Parser parser;
-        CArray<_tag_P2Clip> clips;
-        ASSERT_EQ(parser.LoadAVCHDClip(InterfaceRoot((m_samples / name).string()), clips), 0);
-        std::map<std::string, const _tag_P2Clip*> byName;
-        for (const _tag_P2Clip& clip : clips) {
-            byName[BytesFromText(clip.ClipName)] = &clip;
-        }
-        ASSERT_EQ(byName.size(), expected["clips"].size());
-        for (const json& wanted : expected["clips"]) {
-            SCOPED_TRACE(std::string(name) + ' ' + std::string(wanted["name"]));
-            const auto found = byName.find(wanted["name"]);
-            ASSERT_NE(found, byName.end());
-            CheckClip(*found->second, wanted, bdmv);
-        }
-        for (const json& wanted : expected["playlists"]) {
-            SCOPED_TRACE(std::string(name) + ' ' + std::string(wanted["file"]));
-            const auto playlist = Decode(bdmv / std::string(wanted["file"]));
-            ASSERT_TRUE(playlist);
-            CheckItems(*playlist, wanted);
-        }
-    }
-}
-
-TEST_F(SharedSamplesTest, ARealCamerasSplitRecording) {
-    const auto playlist = Decode("camera_4items.MPL");
-    ASSERT_TRUE(playlist);
-    // The frames that the items' ticks say at 30000/1001.
-    EXPECT_EQ(Digits(*playlist), "00010 28305 00011 28290 00012 6750 00013 135 ");
-    EXPECT_EQ(playlist->shots.size(), 2U);
-    const Shot& first = playlist->shots[static_cast<std::size_t>(playlist->items[2].shot)];
-    EXPECT_EQ(first.item, 0U);
-    ASSERT_TRUE(first.date && first.timecode);
-    EXPECT_EQ(first.date->year, 2021);
-    EXPECT_EQ(first.date->minute, 39);
-    EXPECT_EQ(first.timecode->timecode.hours, 17);
-    EXPECT_EQ(playlist->items[3].shot, 1);
-}
-
-TEST_F(SharedSamplesTest, AuthoredFiles) {
-    EXPECT_FALSE(Decode("mpls-cases/00001_Invalid.mpls"));
-    for (const char* const name : {"00001_LinkPoint", "00002_MultiAngle2", "00003_Padding_Zero"}) {
-        const auto playlist = Decode(fs::path("mpls-cases") / (std::string(name) + ".mpls"));
-        ASSERT_TRUE(playlist) << name;
-        ASSERT_FALSE(playlist->items.empty());
-        for (const PlayItem& item : playlist->items) {
-            EXPECT_NE(RateOf(item.video.rateCode, false), nullptr) << name;
-        }
-    }
-    EXPECT_TRUE(Decode("authored-disc/00000.mpls"));
-    EXPECT_TRUE(DecodeClipInformation(test::BytesOf(Read("authored-disc/00000.clpi"))));
 }
 
 } // namespace

@@ -1,0 +1,173 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/NodeHandle.h"
+
+#include "platform/ComError.h"
+#include "tests/support/print_text.h"
+#include "tests/xml/captured_texts.h"
+#include "xml/MarkupMSXML.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+using nqp2::test::CapturedTexts;
+
+namespace {
+
+class NodeHandleTest : public testing::Test {
+protected:
+    void TearDown() override { EXPECT_EQ(m_debug.Take(), std::vector<CString>()); }
+
+    CMSXmlParserNode List(const wchar_t* path) { return m_reader.GetNodeList(path); }
+
+    CMarkupMSXML m_reader{
+        L"<r xmlns='u'><i k='x'>1</i><i>2</i><i>3</i>"
+        L"<PARAM><NAME>n</NAME><VALUE>v</VALUE></PARAM><PARAM><NAME>m</NAME></PARAM>"
+        L"<PARAM><VALUE>w</VALUE></PARAM><Param><VALUE>z</VALUE></Param></r>"};
+    CapturedTexts m_debug{nqp2::SetDebugOutput}; // handles never write to the debugger
+};
+
+TEST_F(NodeHandleTest, FirstQuestionMovesAFreshListOntoItsFirstNode) {
+    CMSXmlParserNode list = List(L"//i");
+    EXPECT_EQ(list.IsEmpty(), 0);
+    EXPECT_EQ(list.GetNodeText(0), L"1");
+    EXPECT_EQ(list.GetNodeText(0), L"1");
+    EXPECT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"2");
+
+    CMSXmlParserNode byXml = List(L"//i");
+    EXPECT_EQ(byXml.GetXml().Text(), L"<i xmlns=\"u\" k=\"x\">1</i>");
+    CMSXmlParserNode byNode = List(L"//i");
+    EXPECT_EQ(byNode.GetNode(L"@k").GetNodeText(0), L"x");
+    CMSXmlParserNode byList = List(L"//i");
+    EXPECT_EQ(byList.GetNodeList(L"text()").GetNodeText(0), L"1");
+    for (CMSXmlParserNode* const each : {&byXml, &byNode, &byList}) {
+        EXPECT_EQ(each->GetNextNode(), 1);
+        EXPECT_EQ(each->GetNodeText(0), L"2");
+    }
+}
+
+TEST_F(NodeHandleTest, WalksToTheEndAndStaysThere) {
+    CMSXmlParserNode list = List(L"//i");
+    CString texts;
+    while (list.GetNextNode() != 0) {
+        texts += list.GetNodeText(0);
+    }
+    EXPECT_EQ(texts, L"123");
+    EXPECT_EQ(list.GetNextNode(), 0);
+    EXPECT_EQ(list.IsEmpty(), 0) << "the list is still there";
+    EXPECT_EQ(list.GetNodeVal(0).vt, VT_NULL);
+    EXPECT_EQ(list.GetXml().Text(), L"");
+    EXPECT_EQ(list.SetNodeText(L"x"), 0);
+}
+
+TEST_F(NodeHandleTest, CopiesShareTheListButNotTheirPlace) {
+    CMSXmlParserNode list = List(L"//i");
+    ASSERT_EQ(list.GetNextNode(), 1);
+    CMSXmlParserNode copy = list;
+    EXPECT_EQ(copy.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"1");
+    EXPECT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"3") << "one iterator for both";
+}
+
+TEST_F(NodeHandleTest, EmptyHandleAnswersEverythingWithNothing) {
+    CMSXmlParserNode empty;
+    CString name = L"kept";
+    CString value = L"kept";
+    EXPECT_EQ(empty.IsEmpty(), 1);
+    EXPECT_EQ(empty.GetNextNode(), 0);
+    EXPECT_EQ(empty.GetNextNode(name, value), 0);
+    EXPECT_EQ(name, L"kept");
+    EXPECT_EQ(value, L"kept");
+    EXPECT_EQ(empty.GetNodeVal(1).vt, VT_NULL);
+    EXPECT_TRUE(empty.GetNodeText(L"//[", 0).IsEmpty());
+    EXPECT_EQ(empty.GetNode(L"//[").IsEmpty(), 1);
+    EXPECT_EQ(empty.GetNodeList(L"//[").IsEmpty(), 1);
+    EXPECT_EQ(empty.GetXml().Text(), L"");
+    EXPECT_EQ(empty.SetNodeText(L"x"), 0);
+    EXPECT_EQ(empty.SetParamVal(L"x"), 0);
+}
+
+TEST_F(NodeHandleTest, ValueByPath) {
+    CMSXmlParserNode root = m_reader.GetNode(L"r");
+    const std::tuple<const wchar_t*, int, VARTYPE, const wchar_t*> table[] = {
+        {L"i", 0, VT_BSTR, L"1"},          {L"i[2]", 0, VT_BSTR, L"2"},
+        {L"PARAM/NAME", 0, VT_BSTR, L"n"}, {L"//Param/VALUE", 0, VT_BSTR, L"z"},
+        {L"none", 1, VT_EMPTY, L""},       {L"none", 0, VT_NULL, L""},
+        {L"i[", 1, VT_NULL, L""},          {L"r", 1, VT_EMPTY, L""},
+    };
+    for (const auto& [path, ignoreMissing, type, text] : table) {
+        EXPECT_EQ(root.GetNodeVal(path, ignoreMissing).vt, type) << CString(path);
+        EXPECT_EQ(root.GetNodeText(path, ignoreMissing), text) << CString(path);
+    }
+    EXPECT_THROW(root.GetNode(L"i["), _com_error);
+    EXPECT_THROW(root.GetNodeList(L"i["), _com_error);
+    EXPECT_EQ(root.GetNodeList(L"none").IsEmpty(), 1);
+    EXPECT_EQ(root.GetNode(L"none").IsEmpty(), 1);
+    EXPECT_EQ(root.GetNode(L"i/@k").GetNodeText(L"./x", 0), L"") << "asked from an attribute";
+}
+
+TEST_F(NodeHandleTest, IteratesParameters) {
+    CMSXmlParserNode list = List(L"//PARAM");
+    std::vector<CString> seen;
+    CString name = L"before";
+    CString value = L"before";
+    while (list.GetNextNode(name, value) != 0) {
+        seen.push_back(name + L"=" + value);
+    }
+    EXPECT_EQ(seen, (std::vector<CString>{L"n=v", L"m=", L"=w"}));
+}
+
+TEST_F(NodeHandleTest, SetParamValRewritesTheValueOfABlockOnly) {
+    CMSXmlParserNode block = m_reader.FindParamNode(L"//PARAM", L"n");
+    _variant_t null;
+    null.vt = VT_NULL;
+    EXPECT_EQ(block.SetParamVal(_variant_t()), 0);
+    EXPECT_EQ(block.SetParamVal(null), 0);
+    EXPECT_EQ(block.GetNodeText(L"VALUE", 0), L"v");
+    EXPECT_EQ(block.SetParamVal(L"<&>"), 1);
+    EXPECT_EQ(block.GetNodeText(L"VALUE", 0), L"<&>");
+    EXPECT_EQ(block.SetParamVal(12), 1);
+    EXPECT_EQ(m_reader.GetNodeText(L"//PARAM/VALUE", 0), L"12");
+    EXPECT_EQ(block.SetParamVal(L""), 1);
+    EXPECT_EQ(block.GetXml().Text(), L"<PARAM xmlns=\"u\"><NAME>n</NAME><VALUE></VALUE></PARAM>");
+
+    EXPECT_EQ(m_reader.GetNode(L"//Param").SetParamVal(L"y"), 0);
+    EXPECT_EQ(m_reader.GetNodeText(L"//Param/VALUE", 0), L"z");
+    EXPECT_EQ(m_reader.FindParamNode(L"//PARAM", L"m").SetParamVal(L"y"), 0) << "without VALUE";
+    EXPECT_EQ(List(L"//PARAM").SetParamVal(L"y"), 0) << "no current node, none is taken";
+}
+
+TEST_F(NodeHandleTest, SetNodeTextReplacesContentAndNeverAdvances) {
+    CMSXmlParserNode list = List(L"//i");
+    EXPECT_EQ(list.SetNodeText(L"x"), 0);
+    ASSERT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.SetNodeText(L"\u7D20<"), 1);
+    EXPECT_EQ(m_reader.GetNodeText(L"//i", 0), L"\u7D20<");
+    EXPECT_EQ(m_reader.GetNode(L"/").SetNodeText(L"x"), 0) << "a document takes no text";
+    EXPECT_EQ(m_reader.GetNode(L"//@k").SetNodeText(L"y"), 1);
+    EXPECT_EQ(m_reader.GetNodeAttribute(L"//i", L"k"), L"y");
+}
+
+TEST(NodeHandleLife, OutlivesReloadAndReader) {
+    auto reader = std::make_unique<CMarkupMSXML>(L"<r><i>1</i><i>2</i></r>");
+    CMSXmlParserNode node = reader->GetNode(L"r");
+    CMSXmlParserNode list = reader->GetNodeList(L"//i");
+    ASSERT_EQ(reader->SetDoc(L"<other/>"), 1);
+    EXPECT_EQ(node.GetNodeText(L"i", 0), L"1");
+    ASSERT_EQ(reader->SetDoc(L""), 1);
+    reader.reset();
+    EXPECT_EQ(list.GetNodeText(0), L"1");
+    EXPECT_EQ(node.SetNodeText(L"changed"), 1);
+    EXPECT_EQ(node.GetXml().Text(), L"<r>changed</r>");
+    EXPECT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"2") << "also a node that was taken out of its tree";
+    node = CMSXmlParserNode();
+    EXPECT_EQ(list.GetXml().Text(), L"<i>2</i>");
+}
+
+} // namespace
