@@ -258,12 +258,9 @@ protected:
 };
 
 TEST_F(LoadFileTest, FindsNamesInAnyCaseAndTakesThemLiterally) {
-    m_folder.Write("Clip/0001AA.xml", "<a>1</a>");
-    m_folder.Write("a%20b.xml", "<a>2</a>");
-    ASSERT_TRUE(m_document.LoadFile(m_folder.Path("CLIP/0001aa.XML")));
+    m_folder.Write("Clip/a%20b.xml", "<a>1</a>");
+    ASSERT_TRUE(m_document.LoadFile(m_folder.Path("CLIP/A%20B.XML")));
     EXPECT_EQ(TextOf(*m_document.DocumentNode()), "1");
-    ASSERT_TRUE(m_document.LoadFile(m_folder.Path("a%20b.xml")));
-    EXPECT_EQ(TextOf(*m_document.DocumentNode()), "2");
 }
 
 TEST_F(LoadFileTest, TellsWhyAFileCannotBeRead) {

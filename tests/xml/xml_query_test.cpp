@@ -7,15 +7,120 @@
 #include "tests/support/print_text.h"
 #include "tests/xml/captured_texts.h"
 #include "xml/MarkupMSXML.h"
+#include "xml/NQXmlParser.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 using nqp2::test::CapturedTexts;
 
 namespace {
+
+using Texts = std::vector<CString>;
+
+static_assert(std::is_base_of_v<NodeHandle, CNQXmlParserNode> &&
+                  sizeof(CNQXmlParserNode) == sizeof(NodeHandle),
+              "both handles are one implementation");
+
+class Queried : public CNQXmlParser {
+public:
+    using CNQXmlParser::GetNodeVal;
+};
+
+class XmlQuery : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_EQ(
+            m_document.SetXml(L"<r k='1'><a>x<b>y</b></a> <e/><i>1</i><i>2</i><PARAM><NAME>n</NAME>"
+                              L"<VALUE>v</VALUE></PARAM><PARAM><NAME>n</NAME></PARAM></r>"),
+            1);
+    }
+    void TearDown() override { EXPECT_EQ(m_debug.Take(), Texts()) << "never tells the debugger"; }
+
+    Queried m_document;
+    CapturedTexts m_debug{nqp2::SetDebugOutput};
+};
+
+TEST_F(XmlQuery, MissingNodeGivesBackTheFlag) {
+    const std::tuple<const wchar_t*, int, int, VARTYPE, const wchar_t*> table[] = {
+        {L"//r/a", 0, 1, VT_BSTR, L"xy"},  {L"//e", 0, 1, VT_BSTR, L""},
+        {L"//none", 0, 0, VT_EMPTY, L""},  {L"//none", 1, 1, VT_EMPTY, L""},
+        {L"//none", -3, 1, VT_EMPTY, L""}, {L"//[", 1, 0, VT_EMPTY, L""},
+        {L"//p:r", 1, 0, VT_EMPTY, L""},   {L"count(//r)", 1, 0, VT_EMPTY, L""},
+    };
+    for (const auto& [path, ignoreMissing, result, type, text] : table) {
+        _variant_t value(5);
+        EXPECT_EQ(m_document.GetNodeVal(_bstr_t(path), value, ignoreMissing), result)
+            << CString(path);
+        EXPECT_EQ(value.vt, type) << CString(path);
+        const _variant_t answer = m_document.GetNodeVal(CString(path), ignoreMissing);
+        EXPECT_EQ(answer.vt, result != 0 ? type : VT_NULL) << CString(path);
+        EXPECT_EQ(m_document.GetNodeText(path, ignoreMissing), text);
+    }
+}
+
+TEST_F(XmlQuery, AttributesAndParameters) {
+    EXPECT_EQ(m_document.GetNodeAttribute(L"//r", L"k"), L"1");
+    for (const wchar_t* const path : {L"//none", L"//[", L"//a", L"//a/text()"}) {
+        EXPECT_EQ(m_document.GetNodeAttribute(path, L"k"), L"") << CString(path);
+    }
+    EXPECT_EQ(m_document.FindParamNode(L"//PARAM", L"n").GetNodeText(L"VALUE", 0), L"v");
+    EXPECT_EQ(m_document.FindParamNode(L"//PARAM", L"N").IsEmpty(), 1);
+    EXPECT_EQ(m_document.GetNode(L"//none").IsEmpty(), 1);
+    EXPECT_EQ(m_document.GetNodeList(L"//none").IsEmpty(), 1);
+    EXPECT_THROW(m_document.FindParamNode(L"//[", L"n"), _com_error);
+    EXPECT_THROW(m_document.GetNode(L"//["), _com_error);
+    EXPECT_THROW(m_document.GetNodeList(L"//["), _com_error);
+}
+
+TEST_F(XmlQuery, WithoutDocumentEveryAnswerIsEmpty) {
+    Queried none;
+    _variant_t value(5);
+    EXPECT_EQ(none.GetNodeVal(_bstr_t(L"//["), value, 1), 0);
+    EXPECT_EQ(value.vt, VT_I4) << "untouched";
+    EXPECT_EQ(none.GetNodeVal(CString(L"a"), 1).vt, VT_NULL);
+    EXPECT_EQ(none.GetNodeText(L"a", 0) + none.GetNodeAttribute(L"a", L"k"), L"");
+    EXPECT_EQ(none.GetNode(L"//[").IsEmpty(), 1);
+    EXPECT_EQ(none.GetNodeList(L"//[").IsEmpty(), 1);
+    EXPECT_EQ(none.FindParamNode(L"//[", L"n").IsEmpty(), 1);
+}
+
+TEST_F(XmlQuery, ChildrenOfEveryKindWithTheirInfo) {
+    ASSERT_EQ(m_document.SetXml(L"<r> <p:a xmlns:p='u'>1<b>2</b></p:a><!--c--><![CDATA[d]]>"
+                                L"<?t e?></r>"),
+              1);
+    CNQXmlParserNode children = m_document.GetNode(L"r").GetChildNodeList();
+    CString name;
+    _variant_t value;
+    EXPECT_EQ(children.GetNodeInfo(name, value), 1) << "takes the first itself";
+    EXPECT_EQ(name, L"#text");
+    children = m_document.GetNode(L"r").GetChildNodeList();
+    Texts seen;
+    while (children.GetNextNode() != 0) {
+        ASSERT_EQ(children.GetNodeInfo(name, value), 1);
+        EXPECT_EQ(value.vt, VT_BSTR);
+        seen.push_back(name + L"=" + value.Text());
+    }
+    EXPECT_EQ(seen, (Texts{L"#text= ", L"p:a=12", L"#comment=c", L"#cdata-section=d", L"t=e"}));
+    EXPECT_EQ(children.GetNodeInfo(name, value), 0) << "at the end";
+}
+
+TEST_F(XmlQuery, ChildListOfNothingIsEmpty) {
+    CString name = L"kept";
+    _variant_t value(5);
+    CNQXmlParserNode empty;
+    EXPECT_EQ(empty.GetChildNodeList().IsEmpty(), 1);
+    EXPECT_EQ(empty.GetNodeInfo(name, value), 0);
+    EXPECT_EQ(name, L"kept");
+    EXPECT_EQ(m_document.GetNode(L"//e").GetChildNodeList().IsEmpty(), 1);
+    CNQXmlParserNode list = m_document.GetNodeList(L"//i");
+    EXPECT_EQ(list.GetChildNodeList().GetNodeText(0), L"1") << "of the list's first node";
+    EXPECT_EQ(list.GetNextNode(), 1);
+    EXPECT_EQ(list.GetNodeText(0), L"2");
+}
 
 class NodeHandleTest : public testing::Test {
 protected:
@@ -31,20 +136,17 @@ protected:
 };
 
 TEST_F(NodeHandleTest, FirstQuestionMovesAFreshListOntoItsFirstNode) {
-    CMSXmlParserNode list = List(L"//i");
-    EXPECT_EQ(list.IsEmpty(), 0);
-    EXPECT_EQ(list.GetNodeText(0), L"1");
-    EXPECT_EQ(list.GetNodeText(0), L"1");
-    EXPECT_EQ(list.GetNextNode(), 1);
-    EXPECT_EQ(list.GetNodeText(0), L"2");
-
+    CMSXmlParserNode byText = List(L"//i");
+    EXPECT_EQ(byText.IsEmpty(), 0);
+    EXPECT_EQ(byText.GetNodeText(0), L"1");
+    EXPECT_EQ(byText.GetNodeText(0), L"1");
     CMSXmlParserNode byXml = List(L"//i");
     EXPECT_EQ(byXml.GetXml().Text(), L"<i xmlns=\"u\" k=\"x\">1</i>");
     CMSXmlParserNode byNode = List(L"//i");
     EXPECT_EQ(byNode.GetNode(L"@k").GetNodeText(0), L"x");
     CMSXmlParserNode byList = List(L"//i");
     EXPECT_EQ(byList.GetNodeList(L"text()").GetNodeText(0), L"1");
-    for (CMSXmlParserNode* const each : {&byXml, &byNode, &byList}) {
+    for (CMSXmlParserNode* const each : {&byText, &byXml, &byNode, &byList}) {
         EXPECT_EQ(each->GetNextNode(), 1);
         EXPECT_EQ(each->GetNodeText(0), L"2");
     }
