@@ -37,7 +37,7 @@ std::uint64_t ChannelBits(std::int32_t channels) {
 } // namespace
 
 platform::FileRequest InformationRequest(std::string path) {
-    return {std::move(path), kReadAheadLimit, false, true};
+    return {std::move(path), platform::kReadAheadLimit, false, true};
 }
 
 platform::FileRequest StreamRequest(std::string path) {
@@ -72,7 +72,7 @@ const ShotTable& ClipSource::Shots() {
     for (platform::FoundFile& file :
          platform::FindFiles(m_folder + kPlaylistFolder + L"*" + kPlaylistExtension, listed)) {
         if (!file.isFolder && !file.isSpecial) {
-            requests.push_back({std::move(file.posixPath), kReadAheadLimit});
+            requests.push_back({std::move(file.posixPath), platform::kReadAheadLimit});
         }
     }
     platform::ReadAhead contents(requests);

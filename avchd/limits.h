@@ -10,9 +10,6 @@
 /// bytes included.
 namespace nqp2::avchd {
 
-/// Files up to this size are read ahead, several at a time; camera files have some kilobytes.
-inline constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} << 10;
-
 /// Whole playlist and clip information files. The largest playlist that is read has 1.3 MiB of items;
 /// the time map of a clip of 26 hours has less than 1 MiB.
 inline constexpr std::uint64_t kMaxPlaylistFile = std::uint64_t{4} << 20;

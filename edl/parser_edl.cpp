@@ -3,7 +3,7 @@
 
 #include "edl/edl_layout.h"
 #include "edl/edl_name.h"
-#include "edl/edl_reader.h"
+#include "edl/edl_scan.h"
 #include "edl/edl_writer.h"
 #include "media/card_status.h"
 #include "media/identifier.h"

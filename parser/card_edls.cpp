@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "edl/edl_layout.h"
-#include "edl/edl_reader.h"
+#include "edl/edl_scan.h"
 #include "media/card_status.h"
 #include "parser/NQP2Parser.h"
 #include "parser/scan_remarks.h"

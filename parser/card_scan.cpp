@@ -29,10 +29,6 @@
 namespace nqp2::parser {
 namespace {
 
-// A clip file has some thousand bytes. Larger files are read piece by piece by the XML reader, so
-// that the files read ahead stay small.
-constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} * 1024;
-
 std::vector<std::string> PathsOf(const std::vector<platform::FoundFile>& files) {
     std::vector<std::string> paths;
     paths.reserve(files.size());
@@ -76,7 +72,8 @@ public:
           m_report(report) {}
 
     void Run(const std::vector<platform::FoundFile>& files, CArray<_tag_P2Clip>& clips) {
-        platform::ReadAhead contents(PathsOf(files), std::min(kReadAheadLimit, MaxXmlFileSize()));
+        platform::ReadAhead contents(PathsOf(files),
+                                     std::min(platform::kReadAheadLimit, MaxXmlFileSize()));
         std::string content;
         for (const platform::FoundFile& file : files) {
             m_clip.Reset();

@@ -15,6 +15,10 @@
 
 namespace nqp2::platform {
 
+/// Metadata files have some thousand bytes. Larger ones than this are better read piece by piece, so
+/// that the files held at a time stay small.
+inline constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} << 10U;
+
 /// One file to read.
 struct FileRequest {
     std::string path;
