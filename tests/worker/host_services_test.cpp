@@ -20,8 +20,9 @@ using testing::ElementsAreArray;
 /// What passed between a host's request servers and the worker: "<" came from it, ">" went to it.
 class Traffic {
 public:
-    /// Our channel, looked at from the side.
+    /// Our channel, looked at from the side; nothing seen yet.
     static SysInterfaceTable Table() {
+        s_seen.clear();
         SysInterfaceTable table = *HostInterface().table;
         table.SendPacket = [](ChannelHandle channel, std::uint32_t id, void* buffer,
                               std::uint32_t length) {
