@@ -22,7 +22,7 @@ class Traffic {
 public:
     /// Our channel, looked at from the side; nothing seen yet.
     static SysInterfaceTable Table() {
-        s_seen.clear();
+        All().seen.clear();
         SysInterfaceTable table = *HostInterface().table;
         table.SendPacket = [](ChannelHandle channel, std::uint32_t id, void* buffer,
                               std::uint32_t length) {
@@ -41,21 +41,28 @@ public:
         return table;
     }
     static std::vector<std::string> Seen() {
-        const std::lock_guard guard(s_lock);
-        return s_seen;
+        const std::lock_guard guard(All().lock);
+        return All().seen;
     }
 
 private:
     static void Note(char way, std::uint32_t id, std::uint32_t length) {
         static const std::set<std::uint32_t> kIds = {50, 51, 52, 5001, 20023};
-        const std::lock_guard guard(s_lock);
+        const std::lock_guard guard(All().lock);
         if (kIds.count(id) != 0) {
-            s_seen.push_back(way + std::to_string(id) + ':' + std::to_string(length));
+            All().seen.push_back(way + std::to_string(id) + ':' + std::to_string(length));
         }
     }
 
-    static inline std::mutex s_lock;
-    static inline std::vector<std::string> s_seen;
+    struct Notes {
+        std::mutex lock;
+        std::vector<std::string> seen;
+    };
+    /// The functions of a table have no object of their own.
+    static Notes& All() {
+        static Notes notes;
+        return notes;
+    }
 };
 
 const std::vector<std::string> kVisit = {">20023:10", "<50:16",   ">50:16",  "<50:16",
