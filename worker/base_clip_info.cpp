@@ -54,8 +54,8 @@ void Default(CString& text, const CString& value) {
     }
 }
 
-/// The same for the same content, wherever it lies: files of cameras without identifiers are told
-/// apart by their size and first bytes.
+/// The same for the same content, wherever it lies: files without identifiers are told apart by
+/// their size and first bytes.
 Outcome IdentifyByContent(const std::string& path, GUID& identifier) {
     constexpr std::size_t kBytes = std::size_t{1} << 20U;
     std::unique_ptr<platform::FileReader> reader;
@@ -186,7 +186,12 @@ Outcome DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
     }
     info.clipText3 = clip.UserClipName;
     info.value4 = PackSize(clip.ActivePixel, clip.ActiveLine);
-    return {};
+    if (info.identifier != GUID()) {
+        return {};
+    }
+    // The video stays the same when an export changes names in the metadata.
+    const auto video = platform::FindExisting(PosixPath(clip.VideoPath));
+    return IdentifyByContent(video.value_or(file), info.identifier);
 }
 
 } // namespace

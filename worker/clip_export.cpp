@@ -11,6 +11,7 @@
 #include "worker/clip_import.h"
 #include "worker/clip_metadata.h"
 #include "worker/free_clip_name.h"
+#include "worker/verified_copy.h"
 #include "xml/dom/XmlLimits.h"
 
 #include <algorithm>
@@ -47,21 +48,55 @@ bool HoldsSame(const ClipFile& onCard, const std::string& xml) {
     return platform::Files().Read(onCard.path, xml.size(), found) && found == xml;
 }
 
-/// Whether what stands on the card under the clip's name is this very clip or a part of it, left by
-/// an export that was repeated or interrupted. Of the essence only the sizes are looked at here;
-/// the transfer compares the contents.
-bool IsSameClip(const Traveller& clip, const std::vector<ClipFile>& onCard) {
-    return std::all_of(onCard.begin(), onCard.end(), [&](const ClipFile& file) {
-        const auto own = std::find_if(clip.files.begin(), clip.files.end(),
-                                      [&](const ClipFile& each) { return SameRole(each, file); });
-        return own != clip.files.end() && own->size == file.size &&
-               (file.part != ClipPart::Metadata || HoldsSame(file, clip.xml));
-    });
+/// The file of the clip that stands for one on the card, null when there is none of that size.
+const ClipFile* Counterpart(const Traveller& clip, const ClipFile& onCard) {
+    const auto own = std::find_if(clip.files.begin(), clip.files.end(),
+                                  [&](const ClipFile& each) { return SameRole(each, onCard); });
+    return own != clip.files.end() && own->size == onCard.size ? &*own : nullptr;
 }
+
+/// Whether what stands on the card under the clip's name is this very clip or a part of it, left by
+/// an export that was repeated or interrupted. Metadata tell one clip from another, and the transfer
+/// compares what they describe; essence without any is compared here.
+Outcome IsSameClip(const Traveller& clip, const std::vector<ClipFile>& onCard,
+                   VerifiedCopier& comparer, bool& same) {
+    same = !onCard.empty() && std::all_of(onCard.begin(), onCard.end(), [&](const ClipFile& each) {
+        return Counterpart(clip, each) != nullptr;
+    });
+    if (same && onCard.back().part == ClipPart::Metadata) {
+        same = HoldsSame(onCard.back(), clip.xml);
+        return {};
+    }
+    Outcome outcome;
+    for (std::size_t i = 0; outcome && same && i < onCard.size(); ++i) {
+        const ClipFile& own = *Counterpart(clip, onCard[i]);
+        outcome = comparer.Compare(onCard[i].path, own.path, own.size, same);
+    }
+    return outcome;
+}
+
+/// Hears of what is read before the transfer begins: it can be ended, and nothing is done yet.
+class WatchBefore final : public TransferWatch {
+public:
+    WatchBefore(TransferWatch& watch, const std::vector<Traveller>& clips) : m_watch(watch) {
+        for (const Traveller& clip : clips) {
+            for (const ClipFile& file : clip.files) {
+                m_total += file.size;
+            }
+        }
+    }
+    bool GoesOn(std::uint64_t, std::uint64_t) override { return m_watch.GoesOn(0, m_total); }
+    bool MayFinish(std::uint64_t) override { return false; }
+
+private:
+    TransferWatch& m_watch;
+    std::uint64_t m_total = 0;
+};
 
 class ExportPlan {
 public:
-    explicit ExportPlan(std::string target) : m_target(std::move(target)) {}
+    ExportPlan(std::string target, VerifiedCopier& comparer)
+        : m_target(std::move(target)), m_comparer(comparer) {}
 
     Outcome ChooseNames(std::vector<Traveller>& clips) {
         if (Outcome outcome = m_names.Read(m_target); !outcome) {
@@ -104,13 +139,13 @@ private:
         if (Outcome outcome = FindClipFiles(m_target, clip.name, onCard); !outcome) {
             return outcome;
         }
-        // Nothing there: another clip of this export has taken the name.
-        return !onCard.empty() && IsSameClip(clip, onCard)
-                   ? Outcome()
-                   : m_names.FindFree(clip.name, clip.newName);
+        bool same = false; // also when another clip of this export has taken the name
+        Outcome outcome = IsSameClip(clip, onCard, m_comparer, same);
+        return same || !outcome ? outcome : m_names.FindFree(clip.name, clip.newName);
     }
 
     std::string m_target;
+    VerifiedCopier& m_comparer;
     ClipNames m_names;
     RenamedClips m_renamed;
 };
@@ -136,15 +171,23 @@ void PutMetadataLast(std::vector<TransferItem>& items) {
                           [](const TransferItem& item) { return item.part != ClipPart::Metadata; });
 }
 
-Outcome Plan(const ExportRequest& request, const std::string& source, const std::string& target,
-             std::vector<TransferItem>& items) {
+/// Where the clips come from and go to.
+struct Folders {
+    std::string source; ///< CONTENTS
+    std::string target; ///< root of the card
+};
+
+Outcome Plan(const ExportRequest& request, const Folders& folders, std::size_t blockSize,
+             TransferWatch& watch, std::vector<TransferItem>& items) {
     std::vector<Traveller> clips;
     for (const CString& name : request.clipNames) {
-        if (Outcome outcome = ReadTraveller(source, name, clips.emplace_back()); !outcome) {
+        if (Outcome outcome = ReadTraveller(folders.source, name, clips.emplace_back()); !outcome) {
             return outcome;
         }
     }
-    ExportPlan plan(target);
+    WatchBefore before(watch, clips);
+    VerifiedCopier comparer(blockSize, 0, before);
+    ExportPlan plan(FolderBelow(folders.target, "CONTENTS"), comparer);
     Outcome outcome = plan.ChooseNames(clips);
     for (std::size_t i = 0; outcome && i < clips.size(); ++i) {
         outcome = plan.AddItems(clips[i], items);
@@ -157,23 +200,22 @@ Outcome Plan(const ExportRequest& request, const std::string& source, const std:
 
 Outcome ExportClips(const ExportRequest& request, std::size_t blockSize, TransferWatch& watch,
                     TransferSizes& sizes) {
-    std::string root;
-    std::string source;
+    Folders folders;
     Outcome outcome = CheckNames(request.clipNames);
     if (outcome) {
-        outcome = ResolveRoot(request.cardRoot, root);
+        outcome = ResolveRoot(request.cardRoot, folders.target);
     }
     if (outcome) {
-        outcome = FindContents(request.source, source);
+        outcome = FindContents(request.source, folders.source);
     }
-    if (outcome && !platform::PathExists(root)) {
-        outcome = Failure("There is no card at " + root + ".");
+    if (outcome && !platform::PathExists(folders.target)) {
+        outcome = Failure("There is no card at " + folders.target + ".");
     }
     std::vector<TransferItem> items;
     if (outcome) {
-        outcome = Plan(request, source, FolderBelow(root, "CONTENTS"), items);
+        outcome = Plan(request, folders, blockSize, watch, items);
     }
-    return outcome ? RunTransfer(root, items, blockSize, watch, sizes) : outcome;
+    return outcome ? RunTransfer(folders.target, items, blockSize, watch, sizes) : outcome;
 }
 
 } // namespace nqp2::worker

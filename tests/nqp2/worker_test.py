@@ -88,7 +88,10 @@ class RoundTripTest(WorkerTest):
         self.do("delete", self.card.path, "0001AB", "0002CD")
         self.assertEqual(list(files_below(self.card.path)), ["USERDATA/Ingest.xml"])
         self.assertNotIn("0001AB", self.do("ingest", "list", self.card.path, "--json"))
-        self.do("export", self.card.path, "0001AB", "0002CD", "--from", self.target)
+        exported = self.do("export", "card", "0001AB", "0002CD", "--from", self.target, "--json",
+                           cwd=self.folder)
+        self.assertEqual(json.loads(exported), {
+            "card": "card", "clips": [{"ClipName": "0001AB"}, {"ClipName": "0002CD"}]})
         self.assertEqual({name: content for name, content in files_below(self.card.path).items()
                           if name in before}, before)
 
@@ -160,6 +163,16 @@ class FailureTest(WorkerTest):
         result = run("last-error")
         self.assertEqual((result.returncode, result.stdout), (0, ""))
         self.assertEqual(result.stderr, "the worker answers and knows of no failure\n")
+        result = run("last-error", "--json")
+        self.assertEqual((json.loads(result.stdout), result.stderr), ({"LastError": ""}, ""))
+
+    def test_the_serial_number_where_a_device_holds_the_card(self):
+        text = run("serial", self.card.path)
+        shown = run("serial", self.card.path, "--json")
+        self.assertEqual((shown.returncode, shown.stderr), (text.returncode, text.stderr))
+        if text.returncode != 0:
+            self.skipTest(text.stderr)
+        self.assertEqual(json.loads(shown.stdout), {"P2SerialNo": text.stdout.strip()})
 
     def test_a_killed_worker_is_status_3_and_names_no_half_file(self):
         process = self.start_import(stderr=subprocess.PIPE)
@@ -254,7 +267,10 @@ class RecordingTest(CardTest):
     def test_bare_samples_and_a_free_name(self):
         (self.card.path / "CONTENTS" / "VIDEO").mkdir()
         self.sound.write_bytes(b"\1\2\3" * 1000)
-        name = self.record("--sound", self.sound, "--channels", 1, "--bits", 24).stdout[:6]
+        told = json.loads(self.record("--sound", self.sound, "--channels", 1, "--bits", 24,
+                                      "--json").stdout)
+        name = told["ClipName"]
+        self.assertEqual((len(name), told["frames"]), (6, 5))
         files = files_below(self.card.path)
         self.assertIn(b"\1\2\3" * 1000 + b"\0" * 3, files[f"CONTENTS/AUDIO/{name}00.MXF"])
 

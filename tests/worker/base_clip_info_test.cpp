@@ -84,6 +84,26 @@ TEST(BaseClipInfo, DescribesP2ClipsByTheirMetadata) {
     EXPECT_EQ(info.identifier.Data1, 0x11111111U);
 }
 
+TEST(BaseClipInfo, P2ClipsWithoutIdentifierAreToldApartByTheirVideo) {
+    const test::CardBuilder card;
+    AddWholeClip(card, "0001AB", 1);
+    AddWholeClip(card, "0002AB", 1, {{"Duration", "5"}});
+    AddWholeClip(card, "0003AB", 2);
+    card.AddClip("0004AB");
+    card.AddClip("0005AB");
+    std::vector<GUID> found;
+    for (const wchar_t* name : {L"0001AB", L"0002AB", L"0003AB", L"0004AB", L"0005AB"}) {
+        NQP2BaseClipInfo info;
+        const Outcome outcome = DescribeClip(card.Contents() + L"CLIP\\" + name + L".XML", info);
+        ASSERT_TRUE(outcome) << name << outcome.error;
+        EXPECT_NE(info.identifier, GUID());
+        found.push_back(info.identifier);
+    }
+    EXPECT_EQ(found[0], found[1]);
+    EXPECT_NE(found[0], found[2]);
+    EXPECT_NE(found[3], found[4]) << "no video: by the metadata";
+}
+
 TEST(BaseClipInfo, FilesThatAreNoneFailWithAReason) {
     const test::TempFolder folder;
     const std::string movie = folder.Path("whole.mov");

@@ -100,6 +100,16 @@ TEST_F(ClipExportTest, AnInterruptedExportIsTakenUp) {
     EXPECT_EQ(m_sizes.written, m_sizes.total - 300'001);
 }
 
+TEST_F(ClipExportTest, ForeignEssenceOfTheSameSizeTakesTheNameToo) {
+    m_card.AddFile("VIDEO/0001AB.MXF", Essence(300'001, 9));
+    m_card.AddFile("ICON/0001AB.BMP", "icon");
+    const auto before = OnCard();
+    ASSERT_TRUE(Export({L"0001AB"}));
+    EXPECT_EQ(Load(L"0002AB").GlobalClipID, Name(kFirstId));
+    EXPECT_EQ(OnCard().size(), before.size() + kFilesOfAClip);
+    EXPECT_EQ(OnCard().at("CONTENTS/VIDEO/0001AB.MXF"), Essence(300'001, 9));
+}
+
 TEST_F(ClipExportTest, AllOrNone) {
     struct Case {
         const char* what;
@@ -119,6 +129,18 @@ TEST_F(ClipExportTest, AllOrNone) {
          {IoError::NoSpace, Operation::WriteAt, "0002AB"},
          {L"0001AB", L"0002AB"},
          "made to fail"},
+        {"read-only card",
+         {IoError::ReadOnly, Operation::Create, ""},
+         {L"0001AB", L"0002AB"},
+         "made to fail"},
+        {"card that has become read-only",
+         {IoError::ReadOnly, Operation::Create, "AUDIO/0002AB"},
+         {L"0001AB", L"0002AB"},
+         "made to fail"},
+        {"source goes bad",
+         {IoError::Device, Operation::ReadBlock, "VIDEO/0002AB"},
+         {L"0001AB", L"0002AB"},
+         "made to fail"},
         {"names",
          {IoError::Denied, Operation::Commit, "CLIP/0002AB"},
          {L"0001AB", L"0002AB"},
@@ -130,6 +152,23 @@ TEST_F(ClipExportTest, AllOrNone) {
         files.Fail(each.fault);
         EXPECT_THAT(Export(each.names).error, HasSubstr(each.error)) << each.what;
         EXPECT_THAT(OnCard(), IsEmpty()) << each.what;
+    }
+}
+
+TEST_F(ClipExportTest, ASourceThatVanishesLeavesNothingOnTheCard) {
+    for (const char* last : {"VIDEO/0001AB.MXF", "PROXY/0001AB.MP4", "VIDEO/0002AB.MXF"}) {
+        test::FaultyFileSystem files;
+        const platform::ScopedFileSystem use(files);
+        files.SetHook([&](Operation operation, const std::string& path) {
+            if (operation == Operation::ReadBlock && path.ends_with(last)) {
+                std::filesystem::rename(m_from.Folder().Path("CONTENTS"),
+                                        m_from.Folder().Path("gone"));
+                files.SetHook({});
+            }
+        });
+        EXPECT_THAT(Export().error, HasSubstr("read")) << last;
+        EXPECT_THAT(OnCard(), IsEmpty()) << last;
+        std::filesystem::rename(m_from.Folder().Path("gone"), m_from.Folder().Path("CONTENTS"));
     }
 }
 

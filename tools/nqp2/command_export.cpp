@@ -3,6 +3,7 @@
 
 #include "tools/nqp2/card.h"
 #include "tools/nqp2/command.h"
+#include "tools/nqp2/json_output.h"
 #include "tools/nqp2/transfer_watch.h"
 #include "tools/nqp2/worker_path.h"
 #include "tools/nqp2/worker_session.h"
@@ -25,6 +26,7 @@ struct ExportOptions {
     std::vector<std::string> clips;
     std::string source;
     std::string worker;
+    bool json = false;
     bool quiet = false;
 };
 
@@ -39,8 +41,10 @@ Status RunExport(Console& console, const ExportOptions& options) {
     info.text1 = WorkerPath(options.card);
     info.text3 = WorkerPath(options.source);
     CStringArray names;
+    List records;
     for (const std::string& clip : options.clips) {
         names.Add(TextFromBytes(clip));
+        records.emplace_back(Record{{"ClipName", clip}});
     }
     const std::string label =
         names.GetSize() == 1 ? options.clips.front() : fmt::format("{} clips", names.GetSize());
@@ -48,7 +52,11 @@ Status RunExport(Console& console, const ExportOptions& options) {
     const bool done = session->ExportFile(&info, names) == 1;
     watch.End();
     session.Require(done, label, "not exported");
-    console.WriteLine(fmt::format("{}: exported to {}", label, card.Folder()));
+    if (options.json) {
+        PrintJson(console, {{"card", card.Folder()}, {"clips", records}});
+    } else {
+        console.WriteLine(fmt::format("{}: exported to {}", label, card.Folder()));
+    }
     return kDone;
 }
 
@@ -63,6 +71,7 @@ void AddExportCommand(CLI::App& program, Action& chosen) {
     command->add_option("--from", options->source, "The folder that holds them in a CONTENTS tree")
         ->type_name("FOLDER")
         ->required();
+    command->add_flag("--json", options->json, "Print JSON");
     AddQuietOption(*command, options->quiet);
     AddWorkerOption(*command, options->worker);
     SetExample(*command, "nqp2 export /media/card 0001AB 0002CD --from footage");

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tools/nqp2/command.h"
+#include "tools/nqp2/json_output.h"
 #include "tools/nqp2/worker_session.h"
 
 #include "platform/TextBytes.h"
@@ -14,28 +15,38 @@
 namespace nqp2::tool {
 namespace {
 
-Status RunLastError(Console& console, const std::string& worker) {
-    WorkerSession session(worker);
+struct LastErrorOptions {
+    std::string worker;
+    bool json = false;
+};
+
+Status RunLastError(Console& console, const LastErrorOptions& options) {
+    WorkerSession session(options.worker);
     const std::string sentence = BytesFromText(session->GetLastError());
-    if (!sentence.empty()) {
-        console.WriteLine(sentence);
-        return kDone;
+    if (sentence.empty()) {
+        session.RequireNoFailure("the worker", "tells nothing");
     }
-    session.RequireNoFailure("the worker", "tells nothing");
-    console.Message("the worker answers and knows of no failure");
+    if (options.json) {
+        PrintJson(console, {{"LastError", sentence}});
+    } else if (sentence.empty()) {
+        console.Message("the worker answers and knows of no failure");
+    } else {
+        console.WriteLine(sentence);
+    }
     return kDone;
 }
 
 } // namespace
 
 void AddLastErrorCommand(CLI::App& program, Action& chosen) {
-    const auto worker = std::make_shared<std::string>();
+    const auto options = std::make_shared<LastErrorOptions>();
     CLI::App* command =
         program.add_subcommand("last-error", "Ask the worker for the last failure it knows of");
-    AddWorkerOption(*command, *worker);
+    command->add_flag("--json", options->json, "Print JSON");
+    AddWorkerOption(*command, options->worker);
     SetExample(*command, "nqp2 last-error");
-    command->callback([worker, &chosen] {
-        chosen = [worker](Console& console) { return RunLastError(console, *worker); };
+    command->callback([options, &chosen] {
+        chosen = [options](Console& console) { return RunLastError(console, *options); };
     });
 }
 

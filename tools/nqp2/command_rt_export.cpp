@@ -5,6 +5,7 @@
 #include "tools/nqp2/card.h"
 #include "tools/nqp2/code_type_argument.h"
 #include "tools/nqp2/command.h"
+#include "tools/nqp2/json_output.h"
 #include "tools/nqp2/sound_file.h"
 #include "tools/nqp2/stream_form.h"
 #include "tools/nqp2/transfer_watch.h"
@@ -41,6 +42,7 @@ struct RtExportOptions {
     std::uint32_t timecode = 0;
     bool dropFrame = false;
     bool isWide = false;
+    bool json = false;
     bool quiet = false;
     std::string worker;
 };
@@ -150,6 +152,17 @@ void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptio
     session.Require(session->StopRTExport(kKeep, 0) == 1, options.video, "not recorded");
 }
 
+void PrintRecording(Console& console, const RtExportOptions& options, const CString& name,
+                    std::int64_t frames) {
+    const std::string clip = BytesFromText(name);
+    if (options.json) {
+        PrintJson(console, {{"ClipName", clip}, {"frames", frames}});
+    } else {
+        console.WriteLine(
+            fmt::format("{}: {} frames recorded", clip.empty() ? options.video : clip, frames));
+    }
+}
+
 Status RunRtExport(Console& console, const RtExportOptions& options) {
     const eCodeType codeType = CodeTypeFromArgument(options.codeType);
     const StreamForm form = StreamFormOf(codeType);
@@ -164,9 +177,7 @@ Status RunRtExport(Console& console, const RtExportOptions& options) {
     BeginRecording(session, options, streams, codeType, name);
     RecordAll(session, watch, options, streams);
     watch.End();
-    console.WriteLine(fmt::format("{}: {} frames recorded",
-                                  name.IsEmpty() ? options.video : BytesFromText(name),
-                                  streams.Frames()));
+    PrintRecording(console, options, name, streams.Frames());
     return kDone;
 }
 
@@ -209,6 +220,7 @@ void AddRtExportCommand(CLI::App& program, Action& chosen) {
         ->required();
     AddSoundOptions(*command, *options);
     AddClipOptions(*command, *options);
+    command->add_flag("--json", options->json, "Print JSON");
     AddQuietOption(*command, options->quiet);
     AddWorkerOption(*command, options->worker);
     SetExample(*command,

@@ -3,6 +3,7 @@
 
 #include "tools/nqp2/card.h"
 #include "tools/nqp2/command.h"
+#include "tools/nqp2/json_output.h"
 #include "tools/nqp2/worker_path.h"
 #include "tools/nqp2/worker_session.h"
 
@@ -19,6 +20,7 @@ namespace {
 struct SerialOptions {
     std::string card;
     std::string worker;
+    bool json = false;
 };
 
 Status RunSerial(Console& console, const SerialOptions& options) {
@@ -28,7 +30,11 @@ Status RunSerial(Console& console, const SerialOptions& options) {
     CString serial;
     session.Require(session->GetP2SerialNumber(WorkerPath(options.card), serial) == 0,
                     card.Folder(), "no serial number");
-    console.WriteLine(BytesFromText(serial));
+    if (options.json) {
+        PrintJson(console, {{"P2SerialNo", BytesFromText(serial)}});
+    } else {
+        console.WriteLine(BytesFromText(serial));
+    }
     return kDone;
 }
 
@@ -39,6 +45,7 @@ void AddSerialCommand(CLI::App& program, Action& chosen) {
     CLI::App* command =
         program.add_subcommand("serial", "Print the serial number of the volume that holds a card");
     AddCardArgument(*command, options->card);
+    command->add_flag("--json", options->json, "Print JSON");
     AddWorkerOption(*command, options->worker);
     SetExample(*command, "nqp2 serial /media/card");
     command->callback([options, &chosen] {

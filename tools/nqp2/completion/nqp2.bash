@@ -49,14 +49,14 @@ _nqp2() {
         ['ingest remove']=''
         [playlists]='--json --csv'
         [import]='--to --json --quiet --worker'
-        [export]='--from --quiet --worker'
+        [export]='--from --json --quiet --worker'
         [delete]='--worker'
         [icon]='--worker'
-        [serial]='--worker'
+        [serial]='--json --worker'
         [base-info]='--json --worker'
         [rt-export]='--code-type --sound --channels --bits --name --title --timecode --drop-frame
-            --wide --quiet --worker'
-        [last-error]='--worker'
+            --wide --json --quiet --worker'
+        [last-error]='--json --worker'
     )
     local -A groups=([edl]='list write' [ingest]='list add remove')
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
