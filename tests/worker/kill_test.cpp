@@ -169,8 +169,10 @@ public:
     HostProcess(const HostProcess&) = delete;
     HostProcess& operator=(const HostProcess&) = delete;
     ~HostProcess() {
-        kill(m_process, SIGKILL);
-        static_cast<void>(End());
+        if (!m_ended && m_process > 0) {
+            kill(m_process, SIGKILL);
+            static_cast<void>(End());
+        }
     }
 
     [[nodiscard]] pid_t Process() const { return m_process; }

@@ -251,6 +251,7 @@ TEST_F(WorkerProcessTest, AStoppedWorkerHoldsUpNoClose) {
 
 /// Asks with the largest messages until the worker is killed, and a little while longer.
 void AskUntilKilled(pid_t worker, std::chrono::microseconds life) {
+    ASSERT_GT(worker, 0);
     using Clock = std::chrono::steady_clock;
     CNQP2Parser parser;
     EXPECT_EQ(parser.Init(), 0);
