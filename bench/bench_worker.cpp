@@ -265,7 +265,10 @@ void CopyAndCompareFloor(benchmark::State& state, const LargeClip& clip) {
 }
 
 void Import(benchmark::State& state, const LargeClip& clip, const std::string& program) {
-    static_cast<void>(UseWorker({.program = program}));
+    if (const WorkerStatus worker = UseWorker({.program = program}); !worker) {
+        state.SkipWithError(worker.reason.c_str());
+        return;
+    }
     ReadyParser parser;
     for (auto _ : state) {
         state.PauseTiming();

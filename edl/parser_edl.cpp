@@ -23,12 +23,10 @@ namespace {
 
 __int64 Save(CMarkupMSXML* reader, const CString& root, const nqp2::edl::EditListPlace& place,
              const tag_P2EDL& edl, CString& saved) {
-    return Guarded(kCannotRead, [&] {
-        if (!nqp2::platform::EnsureFolder(nqp2::PosixPath(place.folder)) || reader == nullptr) {
-            return kCannotRead;
-        }
-        return StatusOf(nqp2::edl::WriteEditList(root, place, edl, *reader, saved));
-    });
+    if (!nqp2::platform::EnsureFolder(nqp2::PosixPath(place.folder)) || reader == nullptr) {
+        return kCannotRead;
+    }
+    return StatusOf(nqp2::edl::WriteEditList(root, place, edl, *reader, saved));
 }
 
 /// Whether the card keeps its lists in its contents folder and there alone.
@@ -52,22 +50,26 @@ __int64 CNQP2Parser::LoadEdl(CString root, CArray<tag_P2EDL>& edls) {
 
 __int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName,
                                CString name) {
-    CString saved;
-    const CString folder = EditListFolder(root);
-    return Save(m_pMarkup, root,
-                {folder, {folder + nqp2::edl::kEditLists}, useName != 0 ? name : CString()}, edl,
-                saved);
+    return Guarded(kCannotRead, [&] {
+        CString saved;
+        const CString folder = EditListFolder(root);
+        return Save(m_pMarkup, root,
+                    {folder, {folder + nqp2::edl::kEditLists}, useName != 0 ? name : CString()},
+                    edl, saved);
+    });
 }
 
 __int64 CNQP2Parser::SaveCardEdl(const CString& root, const tag_P2EDL& edl, const CString& name,
                                  CString& saved) {
-    const CString inRoot = EditListFolder(root);
-    const CString inContents = nqp2::edl::ContentsEditListFolder(root);
-    return Save(m_pMarkup, root,
-                {IsCardsOwn(inRoot, inContents) ? inContents : inRoot,
-                 {inRoot + nqp2::edl::kEditLists, inContents + nqp2::edl::kEditLists},
-                 name},
-                edl, saved);
+    return Guarded(kCannotRead, [&] {
+        const CString inRoot = EditListFolder(root);
+        const CString inContents = nqp2::edl::ContentsEditListFolder(root);
+        return Save(m_pMarkup, root,
+                    {IsCardsOwn(inRoot, inContents) ? inContents : inRoot,
+                     {inRoot + nqp2::edl::kEditLists, inContents + nqp2::edl::kEditLists},
+                     name},
+                    edl, saved);
+    });
 }
 
 __int64 CNQP2Parser::GetNewEdlName(CString root, CString id, CString& name) {

@@ -124,11 +124,14 @@ IngestResult Remove(const CString& path, const CString& clipName) {
 /// Runs a change of the list while nobody else changes it.
 template <class Change>
 IngestResult Changed(const CString& root, Change change) {
-    return platform::Guarded(IngestResult{IngestStatus::NotSaved, {}, {}, 0, 0}, [&] {
-        const platform::FolderLock lock = ingest::LockFolder(ingest::UserDataFolder(root));
-        const CString path = ListPath(root);
-        return lock ? change(path) : Fault(IngestStatus::Busy, path);
-    });
+    const platform::FolderLock lock = ingest::LockFolder(ingest::UserDataFolder(root));
+    const CString path = ListPath(root);
+    return lock ? change(path) : Fault(IngestStatus::Busy, path);
+}
+
+template <class Operation>
+IngestResult GuardedResult(Operation operation) {
+    return platform::Guarded(IngestResult{IngestStatus::NotSaved, {}, {}, 0, 0}, operation);
 }
 
 } // namespace
@@ -152,14 +155,17 @@ bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result)
 }
 
 IngestResult AddToIngestList(const CString& root, const IngestClips& clips) {
-    if (!platform::EnsureFolder(PosixPath(ingest::UserDataFolder(root)))) {
-        return Fault(IngestStatus::NotSaved, ListPath(root), L"its folder cannot be made");
-    }
-    return Changed(root, [&](const CString& path) { return Add(path, clips); });
+    return GuardedResult([&] {
+        if (!platform::EnsureFolder(PosixPath(ingest::UserDataFolder(root)))) {
+            return Fault(IngestStatus::NotSaved, ListPath(root), L"its folder cannot be made");
+        }
+        return Changed(root, [&](const CString& path) { return Add(path, clips); });
+    });
 }
 
 IngestResult RemoveFromIngestList(const CString& root, const CString& clipName) {
-    return Changed(root, [&](const CString& path) { return Remove(path, clipName); });
+    return GuardedResult(
+        [&] { return Changed(root, [&](const CString& path) { return Remove(path, clipName); }); });
 }
 
 } // namespace nqp2
