@@ -203,10 +203,11 @@ template <class Ready>
 ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag,
                                 Ready ready) {
     const Deadline deadline(timeOut);
+    bool mayHaveNews = true;
     while (!m_isClosed) {
         // While a thread polls, it alone reads: it would sleep on when another had taken from the
         // socket what it waits for.
-        while (!ready() && !m_isPolling && ReadOne()) {
+        while (mayHaveNews && !ready() && !m_isPolling && ReadOne()) {
         }
         if (ready()) {
             return kChannelDone;
@@ -217,6 +218,7 @@ ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t*
         if (m_isPolling && IsReadable(m_link.socket.Get())) {
             // It is about to read, and tells us.
             m_changed.wait_for(lock, std::chrono::milliseconds(kAbortSlice));
+            mayHaveNews = true;
             continue;
         }
         if (AsksToAbort(abortFlag)) {
@@ -225,19 +227,19 @@ ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t*
         if (deadline.HasPassed()) {
             return kChannelTimedOut;
         }
-        WaitForNews(lock, deadline.Left(abortFlag != nullptr ? kAbortSlice : -1));
+        mayHaveNews = WaitForNews(lock, deadline.Left(abortFlag != nullptr ? kAbortSlice : -1));
     }
     return kChannelClosed;
 }
 
-void ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
+bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
     if (m_isPolling) {
         if (milliseconds < 0) {
             m_changed.wait(lock);
         } else {
             m_changed.wait_for(lock, std::chrono::milliseconds(milliseconds));
         }
-        return;
+        return true;
     }
     m_isPolling = true;
     const Clock::time_point alertUntil = m_alertUntil;
@@ -248,12 +250,13 @@ void ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
         hasNews = poll(watched, std::size(watched), 0) != 0;
     }
     if (!hasNews) {
-        poll(watched, std::size(watched), milliseconds);
+        hasNews = poll(watched, std::size(watched), milliseconds) != 0;
     }
     lock.lock();
     m_isPolling = false;
     m_hasPeerEnded = m_hasPeerEnded || watched[1].revents != 0;
     m_changed.notify_all();
+    return hasNews;
 }
 
 void ChannelEnd::StayAlert() {

@@ -70,7 +70,8 @@ private:
 
     template <class Ready>
     ChannelStatus Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag, Ready ready);
-    void WaitForNews(Lock& lock, int milliseconds);
+    /// Returns whether anything may have come.
+    bool WaitForNews(Lock& lock, int milliseconds);
     /// The peer is at work for us.
     void StayAlert();
     /// Reads one packet if one is there.
