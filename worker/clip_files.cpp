@@ -135,6 +135,10 @@ Outcome FindClipFiles(const std::string& contents, const CString& clipName,
     return {};
 }
 
+Outcome MissingClip(const std::string& contents, const CString& clipName) {
+    return Failure("There is no clip " + Shown(clipName) + " in " + contents + ".");
+}
+
 std::vector<std::string> ClipFolders() {
     std::vector<std::string> folders;
     for (const FolderRule& rule : kFolders) {

@@ -30,6 +30,9 @@ struct ClipFile {
 Outcome FindClipFiles(const std::string& contents, const CString& clipName,
                       std::vector<ClipFile>& files);
 
+/// The failure of whatever wants a clip that the CONTENTS folder does not hold.
+Outcome MissingClip(const std::string& contents, const CString& clipName);
+
 /// The folders below CONTENTS that hold files of clips.
 std::vector<std::string> ClipFolders();
 

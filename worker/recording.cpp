@@ -64,10 +64,7 @@ Outcome CheckRecordingParameters(const RecordingParameters& parameters) {
     }
     std::string contents;
     Outcome outcome = FindContents(parameters.cardRoot, contents);
-    if (outcome && !parameters.clipName.IsEmpty() && !IsClipName(parameters.clipName)) {
-        outcome = Failure("\"" + Shown(parameters.clipName) + "\" is no name of a clip.");
-    }
-    return outcome;
+    return outcome && !parameters.clipName.IsEmpty() ? CheckClipName(parameters.clipName) : outcome;
 }
 
 Recording::Recording(RecordingParameters parameters, std::string contents)
