@@ -59,7 +59,7 @@ private:
     Recording(RecordingParameters parameters, std::string contents);
     Outcome CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard) const;
     Outcome CreateFiles();
-    Outcome CreateFile(const char* folder, const std::string& suffix, std::string& path) const;
+    Outcome PreparePlace(const char* folder, const std::string& suffix, std::string& path) const;
     Outcome AddVideo(std::string_view unit);
     Outcome AddSound(std::string_view samples);
     Outcome FinishEssence();
