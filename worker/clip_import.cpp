@@ -8,16 +8,6 @@
 
 namespace nqp2::worker {
 
-Outcome CollectClip(const std::string& contents, const CString& clipName,
-                    std::vector<ClipFile>& files) {
-    Outcome outcome = CheckClipName(clipName);
-    if (outcome) {
-        outcome = FindClipFiles(contents, clipName, files);
-    }
-    const bool whole = !files.empty() && files.back().part == ClipPart::Metadata;
-    return outcome && !whole ? MissingClip(contents, clipName) : outcome;
-}
-
 Outcome ImportClip(const ImportRequest& request, std::size_t blockSize, TransferWatch& watch,
                    TransferSizes& sizes) {
     std::string contents;
