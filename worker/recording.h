@@ -53,7 +53,6 @@ public:
 
     /// Bytes of the access unit that came last; 0 before the first.
     [[nodiscard]] std::size_t LastUnitSize() const { return m_lastUnitSize; }
-    [[nodiscard]] const CString& Name() const { return m_name.Name(); }
 
 private:
     Recording(RecordingParameters parameters, std::string contents);
