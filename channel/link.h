@@ -7,7 +7,6 @@
 #include "channel/peer.h"
 #include "channel/segment.h"
 
-#include <array>
 #include <memory>
 #include <optional>
 

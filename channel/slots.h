@@ -6,8 +6,6 @@
 #include "channel/channel_end.h"
 #include "channel/SysInterface.h"
 
-#include <functional>
-
 namespace nqp2::channel {
 
 using CreateChannelSlot = decltype(SysInterfaceTable::CreateChannel);

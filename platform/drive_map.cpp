@@ -4,7 +4,9 @@
 #include "platform/DriveMap.h"
 
 #include "platform/drive_table.h"
+#include "platform/TextBytes.h"
 
+#include <algorithm>
 #include <array>
 #include <mutex>
 #include <shared_mutex>
@@ -49,6 +51,13 @@ bool MapDrive(const wchar_t* drive, const char* folder) {
     const std::unique_lock guard(Table().lock);
     Table().folders[DriveSlot(drive[0])] = std::move(text);
     return true;
+}
+
+bool MapDriveFromArgument(std::string_view argument) {
+    const std::size_t equals = std::min(argument.find('='), argument.size());
+    const CString drive = TextFromBytes(argument.substr(0, equals));
+    const std::string folder(argument.substr(std::min(equals + 1, argument.size())));
+    return !folder.empty() && MapDrive(drive, folder.c_str());
 }
 
 bool IsDriveMapped(wchar_t drive) {

@@ -32,13 +32,17 @@ bool IsControl(wchar_t ch) {
     return ch < L' ' || ch == L'\x7f';
 }
 
-} // namespace
-
 bool IsClipName(const CString& name) {
     constexpr int kLongest = 240;
     const std::wstring_view text = name.View();
     return !text.empty() && name.GetLength() <= kLongest && text.front() != L'.' &&
            media::IsPlainName(name) && std::none_of(text.begin(), text.end(), IsControl);
+}
+
+} // namespace
+
+Outcome CheckClipName(const CString& name) {
+    return IsClipName(name) ? Outcome() : Failure("\"" + Shown(name) + "\" is no name of a clip.");
 }
 
 Outcome ResolveRoot(const CString& root, std::string& folder) {

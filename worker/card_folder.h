@@ -11,9 +11,9 @@
 /// Names and roots as they come in messages: foreign text that must not lead anywhere else.
 namespace nqp2::worker {
 
-/// Whether the text can be a clip's name: a plain file name that is not hidden and holds no control
-/// character, with room for what is appended to it.
-bool IsClipName(const CString& name);
+/// Fails unless the text can be a clip's name: a plain file name that is not hidden and holds no
+/// control character, with room for what is appended to it.
+Outcome CheckClipName(const CString& name);
 
 /// The POSIX folder that a root means. Fails unless it is absolute, whatever stands there or not;
 /// a component ".." fails too.

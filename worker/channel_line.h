@@ -21,12 +21,17 @@ public:
     ~ChannelLine() { Close(); }
 
     [[nodiscard]] bool IsOpen() const { return m_handle != 0; }
-    [[nodiscard]] ChannelHandle Handle() const { return m_handle; }
     void Close() {
         ChannelHandle handle = m_handle.exchange(0);
         if (handle != 0) {
             m_table.CloseChannel(&handle);
         }
+    }
+
+    /// The channel that the library opens beside this one with that id, on the same table; not open
+    /// when the library does not within `timeout` milliseconds.
+    [[nodiscard]] ChannelLine TakeSubChannel(std::uint32_t id, std::uint32_t timeout) const {
+        return {m_table, m_table.OpenSubChannel(m_handle, id, 0, 0, timeout, timeout)};
     }
 
     /// Waits for a message and hands it to `take` (id, bytes, length), whose buffer is the channel's
@@ -73,11 +78,5 @@ private:
 
 /// Time-out of waits that end only with the channel.
 inline constexpr std::uint32_t kNoTimeout = 0xFFFFFFFF;
-
-/// Opens the channel that the library opens beside `parent` with that id; not open when it does not.
-inline ChannelHandle TakeSubChannel(const SysInterfaceTable& table, const ChannelLine& parent,
-                                    std::uint32_t id, std::uint32_t timeout) {
-    return table.OpenSubChannel(parent.Handle(), id, 0, 0, timeout, timeout);
-}
 
 } // namespace nqp2::worker

@@ -12,12 +12,12 @@
 namespace nqp2::worker {
 
 Outcome DeleteClip(const CString& clipName, const CString& cardRoot) {
-    if (!IsClipName(clipName)) {
-        return Failure("\"" + Shown(clipName) + "\" is no name of a clip.");
-    }
     std::string contents;
     std::vector<ClipFile> files;
-    Outcome outcome = FindContents(cardRoot, contents);
+    Outcome outcome = CheckClipName(clipName);
+    if (outcome) {
+        outcome = FindContents(cardRoot, contents);
+    }
     if (outcome) {
         outcome = CheckFoldersAreNoLinks(contents);
     }
@@ -25,7 +25,7 @@ Outcome DeleteClip(const CString& clipName, const CString& cardRoot) {
         outcome = FindClipFiles(contents, clipName, files);
     }
     if (outcome && files.empty()) {
-        outcome = Failure("There is no clip " + Shown(clipName) + " in " + contents + ".");
+        outcome = MissingClip(contents, clipName);
     }
     if (!outcome) {
         return outcome;

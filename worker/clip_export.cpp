@@ -8,7 +8,7 @@
 #include "platform/file_system.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
-#include "worker/clip_import.h"
+#include "worker/clip_files.h"
 #include "worker/clip_metadata.h"
 #include "worker/free_clip_name.h"
 #include "worker/verified_copy.h"

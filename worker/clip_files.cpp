@@ -135,6 +135,20 @@ Outcome FindClipFiles(const std::string& contents, const CString& clipName,
     return {};
 }
 
+Outcome MissingClip(const std::string& contents, const CString& clipName) {
+    return Failure("There is no clip " + Shown(clipName) + " in " + contents + ".");
+}
+
+Outcome CollectClip(const std::string& contents, const CString& clipName,
+                    std::vector<ClipFile>& files) {
+    Outcome outcome = CheckClipName(clipName);
+    if (outcome) {
+        outcome = FindClipFiles(contents, clipName, files);
+    }
+    const bool whole = !files.empty() && files.back().part == ClipPart::Metadata;
+    return outcome && !whole ? MissingClip(contents, clipName) : outcome;
+}
+
 std::vector<std::string> ClipFolders() {
     std::vector<std::string> folders;
     for (const FolderRule& rule : kFolders) {

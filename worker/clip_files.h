@@ -30,6 +30,14 @@ struct ClipFile {
 Outcome FindClipFiles(const std::string& contents, const CString& clipName,
                       std::vector<ClipFile>& files);
 
+/// The failure of whatever wants a clip that the CONTENTS folder does not hold.
+Outcome MissingClip(const std::string& contents, const CString& clipName);
+
+/// The files of a clip as FindClipFiles gives them, for a name that may be none. Fails when the clip
+/// has no metadata file.
+Outcome CollectClip(const std::string& contents, const CString& clipName,
+                    std::vector<ClipFile>& files);
+
 /// The folders below CONTENTS that hold files of clips.
 std::vector<std::string> ClipFolders();
 

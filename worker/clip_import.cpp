@@ -8,18 +8,6 @@
 
 namespace nqp2::worker {
 
-Outcome CollectClip(const std::string& contents, const CString& clipName,
-                    std::vector<ClipFile>& files) {
-    if (!IsClipName(clipName)) {
-        return Failure("\"" + Shown(clipName) + "\" is no name of a clip.");
-    }
-    Outcome outcome = FindClipFiles(contents, clipName, files);
-    if (outcome && (files.empty() || files.back().part != ClipPart::Metadata)) {
-        return Failure("There is no clip " + Shown(clipName) + " in " + contents + ".");
-    }
-    return outcome;
-}
-
 Outcome ImportClip(const ImportRequest& request, std::size_t blockSize, TransferWatch& watch,
                    TransferSizes& sizes) {
     std::string contents;

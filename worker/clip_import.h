@@ -18,8 +18,4 @@ struct ImportRequest {
 Outcome ImportClip(const ImportRequest& request, std::size_t blockSize, TransferWatch& watch,
                    TransferSizes& sizes);
 
-/// The items for all files of a clip under the name it has. Fails when the clip has no metadata file.
-Outcome CollectClip(const std::string& contents, const CString& clipName,
-                    std::vector<ClipFile>& files);
-
 } // namespace nqp2::worker

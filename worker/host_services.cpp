@@ -44,13 +44,13 @@ void AskOnce(ChannelLine& connection) {
 
 } // namespace
 
-void TalkToHost(const SysInterfaceTable& table, ChannelLine& server) {
+void TalkToHost(ChannelLine& server) {
     if (!Await(server, bridge::kRequestServerId) ||
         !server.SendMessage(bridge::kConnectId, kWanted)) {
         return;
     }
     {
-        ChannelLine connection(table, TakeSubChannel(table, server, bridge::kConnectId, kPatience));
+        ChannelLine connection = server.TakeSubChannel(bridge::kConnectId, kPatience);
         if (connection.IsOpen() && Connect(server, connection)) {
             AskOnce(connection);
         }

@@ -3,13 +3,12 @@
 
 #pragma once
 
-#include "channel/SysInterface.h"
 #include "worker/channel_line.h"
 
 namespace nqp2::worker {
 
 /// Serves as peer of a host's request server on its channel: connects, asks once whether the host
 /// offers services, disconnects, and stays until the host closes the channel.
-void TalkToHost(const SysInterfaceTable& table, ChannelLine& server);
+void TalkToHost(ChannelLine& server);
 
 } // namespace nqp2::worker

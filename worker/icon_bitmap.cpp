@@ -88,8 +88,8 @@ Outcome WriteIcon(const CString& cardRoot, const CString& clipName, std::string_
     std::string bitmap;
     std::string contents;
     Outcome outcome = MakeBitmap(pixels, size, bitmap);
-    if (outcome && !IsClipName(clipName)) {
-        outcome = Failure("\"" + Shown(clipName) + "\" is no name of a clip.");
+    if (outcome) {
+        outcome = CheckClipName(clipName);
     }
     if (outcome) {
         outcome = FindContents(cardRoot, contents);

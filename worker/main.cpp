@@ -4,7 +4,6 @@
 #include "channel/Channel.h"
 #include "platform/DriveMap.h"
 #include "platform/Terminal.h"
-#include "platform/TextBytes.h"
 #include "worker/server.h"
 
 #include <csignal>
@@ -22,13 +21,6 @@ struct Options {
     bool areSound = true;
 };
 
-bool MapDriveFromArgument(const std::string& argument) {
-    const std::size_t equals = argument.find('=');
-    const std::string folder = equals == std::string::npos ? "" : argument.substr(equals + 1);
-    const CString letter = nqp2::TextFromBytes(argument.substr(0, equals));
-    return !folder.empty() && nqp2::MapDrive(letter, folder.c_str());
-}
-
 Options ReadArguments(int count, char** arguments) {
     Options options;
     for (int i = 1; i < count; i += 2) {
@@ -36,7 +28,7 @@ Options ReadArguments(int count, char** arguments) {
         const std::string value = i + 1 < count ? arguments[i + 1] : "";
         if (name == "--socket" && !value.empty()) {
             options.socket = value;
-        } else if (name != "--drive" || !MapDriveFromArgument(value)) {
+        } else if (name != "--drive" || !nqp2::MapDriveFromArgument(value)) {
             options.areSound = false;
         }
     }

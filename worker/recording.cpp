@@ -64,10 +64,7 @@ Outcome CheckRecordingParameters(const RecordingParameters& parameters) {
     }
     std::string contents;
     Outcome outcome = FindContents(parameters.cardRoot, contents);
-    if (outcome && !parameters.clipName.IsEmpty() && !IsClipName(parameters.clipName)) {
-        outcome = Failure("\"" + Shown(parameters.clipName) + "\" is no name of a clip.");
-    }
-    return outcome;
+    return outcome && !parameters.clipName.IsEmpty() ? CheckClipName(parameters.clipName) : outcome;
 }
 
 Recording::Recording(RecordingParameters parameters, std::string contents)
@@ -115,8 +112,8 @@ Outcome Recording::CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard)
                          std::to_string(frames) + " frames.");
 }
 
-Outcome Recording::CreateFile(const char* folder, const std::string& suffix,
-                              std::string& path) const {
+Outcome Recording::PreparePlace(const char* folder, const std::string& suffix,
+                                std::string& path) const {
     const std::string parent = FolderBelow(m_contents, folder);
     path = parent + "/" + platform::NameBytesFromText(m_name.Name().View()) + suffix;
     if (!platform::EnsureFolder(parent)) {
@@ -141,7 +138,7 @@ Outcome Recording::CreateFiles() {
                                 m_format->isWide || m_parameters.isWide,
                                 platform::Utf8FromText(timecode.View())};
     std::string path;
-    Outcome outcome = CreateFile("VIDEO", ".MXF", path);
+    Outcome outcome = PreparePlace("VIDEO", ".MXF", path);
     if (outcome) {
         outcome = EssenceFile::CreateVideo(path, format, m_video);
     }
@@ -149,7 +146,7 @@ Outcome Recording::CreateFiles() {
     for (std::size_t i = 0; outcome && i < m_channels.size(); ++i) {
         std::array<char, 32> suffix{};
         std::snprintf(suffix.data(), suffix.size(), "%02zu.MXF", i);
-        outcome = CreateFile("AUDIO", suffix.data(), path);
+        outcome = PreparePlace("AUDIO", suffix.data(), path);
         if (outcome) {
             outcome = EssenceFile::CreateSound(path, {m_parameters.wave.wBitsPerSample, rate},
                                                m_sound.emplace_back());
@@ -235,7 +232,7 @@ Outcome Recording::WriteMetadata(std::unique_ptr<platform::FileWriter>& writer,
     std::string xml;
     Outcome outcome = MakeMetadata(clip, xml);
     if (outcome) {
-        outcome = CreateFile("CLIP", ".XML", path);
+        outcome = PreparePlace("CLIP", ".XML", path);
     }
     if (!outcome) {
         return outcome;

@@ -53,13 +53,12 @@ public:
 
     /// Bytes of the access unit that came last; 0 before the first.
     [[nodiscard]] std::size_t LastUnitSize() const { return m_lastUnitSize; }
-    [[nodiscard]] const CString& Name() const { return m_name.Name(); }
 
 private:
     Recording(RecordingParameters parameters, std::string contents);
     Outcome CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard) const;
     Outcome CreateFiles();
-    Outcome CreateFile(const char* folder, const std::string& suffix, std::string& path) const;
+    Outcome PreparePlace(const char* folder, const std::string& suffix, std::string& path) const;
     Outcome AddVideo(std::string_view unit);
     Outcome AddSound(std::string_view samples);
     Outcome FinishEssence();

@@ -42,14 +42,12 @@ Outcome RecordingName::Take(const std::string& contents, const CString& wanted) 
         }
     }
     CString name = wanted;
-    if (wanted.IsEmpty()) {
-        if (Outcome outcome = taken.FindFree(L"0000AA", name); !outcome) {
-            return outcome;
-        }
-    } else if (!IsClipName(wanted)) {
-        return Failure("\"" + Shown(wanted) + "\" is no name of a clip.");
-    } else if (taken.IsTaken(wanted)) {
-        return Failure("There is a clip " + Shown(wanted) + " on the card already.");
+    Outcome outcome = wanted.IsEmpty() ? taken.FindFree(L"0000AA", name) : CheckClipName(wanted);
+    if (outcome && taken.IsTaken(name)) {
+        outcome = Failure("There is a clip " + Shown(name) + " on the card already.");
+    }
+    if (!outcome) {
+        return outcome;
     }
     m_contents = contents;
     m_name = name;

@@ -41,7 +41,7 @@ void Server::AddSession(ChannelHandle requests) {
 
 void Server::AddHost(ChannelHandle server) {
     const auto line = std::make_shared<ChannelLine>(m_table, server);
-    Run([this, line] { TalkToHost(m_table, *line); }, [line] { line->Close(); });
+    Run([line] { TalkToHost(*line); }, [line] { line->Close(); });
 }
 
 void Server::Run(std::function<void()> serve, std::function<void()> stop) {

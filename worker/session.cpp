@@ -41,15 +41,13 @@ void Session::ServeRequests() {
 }
 
 void Session::ServeCallbacks() {
-    ChannelLine callbacks(m_table,
-                          TakeSubChannel(m_table, m_requests, bridge::kProxyChannelId, kNoTimeout));
+    ChannelLine callbacks = m_requests.TakeSubChannel(bridge::kProxyChannelId, kNoTimeout);
     if (!callbacks.IsOpen()) {
         return;
     }
     std::thread services([&] {
-        ChannelLine server(
-            m_table, TakeSubChannel(m_table, callbacks, bridge::kRequestServerId, kNoTimeout));
-        TalkToHost(m_table, server);
+        ChannelLine server = callbacks.TakeSubChannel(bridge::kRequestServerId, kNoTimeout);
+        TalkToHost(server);
     });
     const auto hear = [&](std::uint32_t id, unsigned char* buffer, std::int32_t length) {
         HearCallback(callbacks, m_progress, id, buffer, length);

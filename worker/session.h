@@ -14,7 +14,7 @@ namespace nqp2::worker {
 class Session {
 public:
     Session(const SysInterfaceTable& table, ChannelHandle requests)
-        : m_table(table), m_requests(table, requests), m_operations(m_progress) {}
+        : m_requests(table, requests), m_operations(m_progress) {}
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
@@ -28,7 +28,6 @@ private:
     /// Takes the callback channel and hears it.
     void ServeCallbacks();
 
-    const SysInterfaceTable& m_table;
     ChannelLine m_requests;
     ProgressLink m_progress;
     Operations m_operations;

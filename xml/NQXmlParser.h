@@ -95,7 +95,7 @@ private:
     void ReplaceRoot(const CString& name);
     IXMLDOMNodePtr MakeElement(const CString& name, const CString& attrName,
                                const CString& attrValue);
-    void FitsRenderSchema();
+    void RequireRenderSchema();
 
     CString m_strNamespaceURI;
     IXMLDOMNodePtr m_pCurrentNode;

@@ -71,13 +71,13 @@ int CNQXmlParser::SetXml(_bstr_t xml) {
             Tell(kTextError, m_pDoc->LastError());
             return 0;
         }
-        FitsRenderSchema();
+        RequireRenderSchema();
         m_pCurrentNode = m_pDoc->Content()->Share(m_pDoc->Content()->Root());
         return 1;
     });
 }
 
-void CNQXmlParser::FitsRenderSchema() {
+void CNQXmlParser::RequireRenderSchema() {
     std::string schema;
     // Asked for under its own name where none is found, so that the reason is known.
     const std::string path = FindExisting(kRenderSchema).value_or(kRenderSchema);

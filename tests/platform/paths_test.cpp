@@ -105,6 +105,12 @@ TEST_F(PathText, AcceptsOnlyLettersAsDrives) {
     EXPECT_FALSE(MapDrive(nullptr, "/media"));
     EXPECT_FALSE(IsDriveMapped(L'1'));
     EXPECT_TRUE(IsDriveMapped(L'e'));
+    for (const char* argument : {"", "E", "=", "E=", "=/media", "EE=/media", "\xC3\x89=/media"}) {
+        EXPECT_FALSE(MapDriveFromArgument(argument)) << argument;
+    }
+    EXPECT_EQ(PosixPath(L"E:\\x"), "/media/card/x") << "as it was";
+    EXPECT_TRUE(MapDriveFromArgument("e:=/media/a=b"));
+    EXPECT_EQ(PosixPath(L"E:\\x"), "/media/a=b/x");
     EXPECT_TRUE(MapDrive(L"e:", ""));
     EXPECT_FALSE(IsDriveMapped(L'E'));
     EXPECT_EQ(PosixPath(L"E:\\x"), "") << "forgotten";

@@ -235,7 +235,9 @@ TEST_F(RecordingTest, RefusesWhatItCannotRecord) {
 
 TEST_F(RecordingTest, WrongDataIsRefusedAndTheRecordingGoesOn) {
     std::unique_ptr<Recording> recording;
-    ASSERT_TRUE(Recording::Start(Parameters(), 0, VS_50I, recording));
+    RecordingParameters unnamed = Parameters();
+    unnamed.clipName = L"";
+    ASSERT_TRUE(Recording::Start(unnamed, 0, VS_50I, recording));
     const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
     const std::string wrong[] = {"x", units[0].substr(1), units[0] + "x",
                                  std::string(144000, '\xFF'), EncodePictures(kDv50Pal, 1)[0]};
@@ -246,10 +248,9 @@ TEST_F(RecordingTest, WrongDataIsRefusedAndTheRecordingGoesOn) {
     EXPECT_TRUE(recording->Add(units[0], ""));
     EXPECT_TRUE(recording->Add(units[1], ""));
     EXPECT_TRUE(recording->Finish());
-    RecordingParameters avc = Parameters(CT_AVCI100_1080_50I);
-    avc.clipName = L"";
+    EXPECT_TRUE(OnCard().contains("CONTENTS/CLIP/0001AA.XML"));
+    const RecordingParameters avc = Parameters(CT_AVCI100_1080_50I);
     ASSERT_TRUE(Recording::Start(avc, 0, VS_50I, recording));
-    EXPECT_EQ(recording->Name(), L"0001AA");
     EXPECT_FALSE(recording->Add(units[0], ""));
     EXPECT_THAT(recording->Add(std::string("\0\0\0\1\x09\x10\0\0\0\1\x65", 11), "").error,
                 HasSubstr("no parameter sets"));

@@ -60,15 +60,6 @@ void AddGlobalOptions(CLI::App& program, GlobalOptions& options) {
     }
 }
 
-void MapDriveFromArgument(const std::string& argument) {
-    const std::size_t equals = argument.find('=');
-    const std::string letter = argument.substr(0, equals);
-    const std::string folder = equals == std::string::npos ? "" : argument.substr(equals + 1);
-    if (folder.empty() || !nqp2::MapDrive(nqp2::TextFromBytes(letter), folder.c_str())) {
-        throw Failure("--drive " + argument, "is no drive", "expected E=FOLDER", kUsage);
-    }
-}
-
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {
         CString line = text;
@@ -82,7 +73,9 @@ Status Apply(const GlobalOptions& options, Console& console, const Action& actio
         ShowDebugOutput(console);
     }
     for (const std::string& drive : options.drives) {
-        MapDriveFromArgument(drive);
+        if (!nqp2::MapDriveFromArgument(drive)) {
+            throw Failure("--drive " + drive, "is no drive", "expected E=FOLDER", kUsage);
+        }
     }
     const Status status = action(console);
     console.Finish();
