@@ -78,7 +78,10 @@ FileLimit LimitOfFile(const RecordingCost& cost) {
     if (cost.videoBytes == 0) {
         return {};
     }
-    const std::int64_t frames = (kFileLimit - cost.headerBytes) / cost.videoBytes + 1;
+    // In 32 bits, where a division takes a fraction of the time.
+    static_assert(kFileLimit <= std::numeric_limits<std::uint32_t>::max());
+    const auto space = static_cast<std::uint32_t>(kFileLimit - cost.headerBytes);
+    const std::int64_t frames = space / static_cast<std::uint32_t>(cost.videoBytes) + 1;
     return {frames, cost.Space(frames)};
 }
 
