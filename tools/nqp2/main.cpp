@@ -117,7 +117,8 @@ Status AnswerParser(const CLI::App& program, const CLI::ParseError& outcome, Con
 }
 
 Status Run(int count, const char* const* arguments, Console& console) {
-    CLI::App program("Reads P2 cards, AVCHD cards and copies of them, and writes to P2 cards.", "nqp2");
+    CLI::App program("Reads P2 cards, AVCHD cards and copies of them, and writes to P2 cards.",
+                     "nqp2");
     GlobalOptions options;
     Action action;
     AddGlobalOptions(program, options);
