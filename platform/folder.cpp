@@ -3,6 +3,7 @@
 
 #include "platform/folder.h"
 
+#include "platform/case_blind.h"
 #include "platform/case_fold.h"
 
 #include <algorithm>
@@ -83,6 +84,11 @@ IoStatus FindTargetIn(Folder& folder, const std::string& name, std::string& targ
         return {};
     }
     return status;
+}
+
+IoStatus OpenRoot(const std::string& path, std::unique_ptr<Folder>& root) {
+    FileSystem& files = Files();
+    return files.OpenFolder(FindExisting(files, path).value_or(path), root);
 }
 
 IoStatus OpenBelow(Folder& root, std::string_view path, std::unique_ptr<Folder>& folder) {

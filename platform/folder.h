@@ -88,6 +88,8 @@ IoStatus FindIn(Folder& folder, const std::string& name, std::string& found);
 /// The same, or the name as given when there is none.
 IoStatus FindTargetIn(Folder& folder, const std::string& name, std::string& target);
 
+/// Opens a card's root, found case-blind; links are followed.
+IoStatus OpenRoot(const std::string& path, std::unique_ptr<Folder>& root);
 /// Opens a folder below another step by step, each name ("CONTENTS/VIDEO") found case-blind and
 /// none of them a link.
 IoStatus OpenBelow(Folder& root, std::string_view path, std::unique_ptr<Folder>& folder);
