@@ -196,7 +196,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(nqp2::AddToIngestList(kRoot, {{kClip, {{3, 4}}}}).status == result.status &&
                 folder.files["Ingest.xml"] == bytes,
             "what is no list stays as it is");
-    nqp2::ingest::AddToFile(nqp2::ingest::UserDataFolder(kRoot), L"Ingest.xml",
+    std::unique_ptr<nqp2::platform::Folder> opened;
+    Require(static_cast<bool>(folder.OpenFolder(kOnlyPath, opened)), "it opens");
+    nqp2::ingest::AddToFile(*opened, nqp2::ingest::UserDataFolder(kRoot), L"Ingest.xml",
                             {{kClip, {{3, 4}}}, {L"other", {{5, 6}}}});
     Require(result.status == IngestStatus::Foreign ||
                 folder.files["Ingest.xml.unreadable1"] == bytes,
@@ -204,5 +206,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CMarkupMSXML saved;
     Require(saved.Load(nqp2::ingest::UserDataFolder(kRoot) + L"Ingest.xml") != 0,
             "what was saved is sound");
+    Require(result.status == IngestStatus::Foreign || Loaded().size() == 2,
+            "a new list holds all that was added");
     return 0;
 }

@@ -3,12 +3,10 @@
 
 #include "platform/folder_lock.h"
 
-#include "platform/disk_file_system.h"
 #include "platform/system_status.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/file.h>
 #include <thread>
 
@@ -34,10 +32,5 @@ IoStatus LockOpen(int file, LockKind kind, std::chrono::milliseconds patience) {
     }
     return {};
 }
-
-FolderLock::FolderLock(const std::string& folder, std::chrono::milliseconds patience)
-    : m_folder(open(SystemPath(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
-      m_busy(m_folder &&
-             LockOpen(m_folder.Get(), LockKind::Alone, patience).error == IoError::Busy) {}
 
 } // namespace nqp2::platform

@@ -3,7 +3,6 @@
 
 #include "platform/disk_file_system.h"
 
-#include "platform/folder_lock.h"
 #include "platform/system_status.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
@@ -11,23 +10,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <limits>
 #include <map>
-#include <optional>
 #include <sys/resource.h>
 
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/time.h>
 
-#include <thread>
 #include <vector>
 
 namespace nqp2::platform {
@@ -340,36 +335,6 @@ TEST_F(WriteWhole, WritesIntoAFolderThatMayNotBeRead) {
     EXPECT_EQ(error, static_cast<int>(IoError::None));
     EXPECT_EQ(Content(folder + "/x"), "new");
     EXPECT_EQ(chmod(folder.c_str(), 0700), 0);
-}
-
-using namespace std::chrono_literals;
-
-TEST(FolderLock, AHeldFolderIsRefusedAtTheDeadlineAndFreeAgainLater) {
-    const test::TempFolder folder;
-    std::optional<FolderLock> first(folder.Path());
-    ASSERT_TRUE(*first);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_FALSE(FolderLock(folder.Path(), 30ms));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
-    std::atomic<bool> released = false;
-    std::jthread waiting([&] {
-        EXPECT_TRUE(FolderLock(folder.Path(), 60s));
-        EXPECT_TRUE(released) << "one at a time is inside";
-    });
-    std::this_thread::sleep_for(20ms);
-    released = true;
-    first.reset();
-    waiting.join();
-    EXPECT_TRUE(FolderLock(folder.Path(), 0ms));
-}
-
-TEST(FolderLock, WhatCannotBeLockedIsUsedWithout) {
-    const test::TempFolder folder;
-    folder.Write("file", "");
-    const std::string none[] = {"", folder.Path("none"), folder.Path("file"), "/proc/self"};
-    for (const std::string& path : none) {
-        EXPECT_TRUE(FolderLock(path, 0ms)) << path;
-    }
 }
 
 } // namespace
