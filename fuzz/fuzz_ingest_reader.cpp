@@ -91,7 +91,7 @@ private:
         }
         IoStatus MakeFolder(const std::string&) override { return {}; }
         IoStatus Stat(const std::string& name, FileInfo& info) override {
-            return m_owner.Stat(name, info);
+            return m_owner.Stat(name == "USERDATA" ? name + "/" : name, info);
         }
         IoStatus List(std::vector<FolderEntry>& entries) override {
             return m_owner.List(m_path, entries);

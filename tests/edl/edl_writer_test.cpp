@@ -4,10 +4,12 @@
 #include "edl/edl_name.h"
 #include "platform/guid_text.h"
 #include "tests/edl/edl_test.h"
+#include "tests/support/child_process.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/swapping_link.h"
 
 #include <atomic>
+#include <sys/resource.h>
 #include <thread>
 #include <vector>
 
@@ -470,6 +472,18 @@ TEST_F(EdlFaultsTest, NothingIsWrittenThroughLinks) {
     EXPECT_THAT(std::distance(std::filesystem::directory_iterator(outside.Path()), {}), 1);
     EXPECT_EQ(std::filesystem::file_size(theirs), 6U);
     EXPECT_TRUE(FilesInFolder().contains("MINE.xml")) << "the folder itself was written";
+}
+
+TEST_F(EdlFaultsTest, ALimitOfFileSizesIsAFailureAndNoSignal) {
+    EXPECT_EQ(test::RunInChild([&] {
+                  const rlimit limit = {100, 100};
+                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 && Save() == 1 &&
+                                 SaveOnCard(OneEvent()).empty()
+                             ? 0
+                             : 1;
+              }),
+              0);
+    ExpectOldFileAlone();
 }
 
 TEST_F(EdlFaultsTest, LeftoversAreSweptAndMissingClipsCostOneLook) {

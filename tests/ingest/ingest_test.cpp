@@ -10,6 +10,7 @@
 #include "tests/xml/captured_texts.h"
 
 #include <atomic>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
@@ -349,6 +350,20 @@ TEST_F(IngestFaultsTest, NothingIsWrittenThroughLinks) {
     EXPECT_TRUE(platform::Files().Read(theirs, 1000, bytes) && bytes == kOld);
     EXPECT_TRUE(platform::Files().Read(broken, 1000, bytes) && bytes == "<broken");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(outside.Path()), {}), 2);
+}
+
+TEST_F(IngestFaultsTest, ALimitOfFileSizesIsAFailureAndNoSignal) {
+    EXPECT_EQ(test::RunInChild([&] {
+                  const rlimit limit = {10, 10};
+                  const IngestClips clips = {{L"new", {{1, 2}}}};
+                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 && Add(clips) == 0 &&
+                                 AddToIngestList(m_card.Root(), clips).status ==
+                                     IngestStatus::NotSaved
+                             ? 0
+                             : 1;
+              }),
+              0);
+    ExpectOldFileAlone();
 }
 
 TEST_F(IngestFaultsTest, AFolderInTheFilesPlaceStays) {
