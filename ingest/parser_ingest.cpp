@@ -8,8 +8,10 @@
 #include "parser/NQP2Parser.h"
 #include "platform/diagnostics.h"
 #include "platform/guard.h"
+#include "platform/unicode.h"
 
 #include <memory>
+#include <string>
 #include <string_view>
 
 using nqp2::media::kCannotRead;
@@ -29,7 +31,8 @@ CString WithoutLeadingSeparators(const CString& name) {
 __int64 CNQP2Parser::WriteIngestXML(const CString& fileName, IngestRequest& request) {
     return Guarded(kCannotRead, [&] {
         const CString name = WithoutLeadingSeparators(fileName);
-        if (name.IsEmpty() || !nqp2::media::IsPlainName(name)) {
+        const std::string entry = nqp2::platform::NameBytesFromText(name.View());
+        if (!nqp2::media::IsPlainName(name) || !nqp2::platform::IsEntryName(entry)) {
             return kCannotRead;
         }
         for (const auto& [root, clips] : request) {

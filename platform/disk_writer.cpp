@@ -179,8 +179,10 @@ private:
         }
         // A sweeper that came before the lock has taken the file away by now, or lets it be.
         static_cast<void>(LockOpen(m_file.Get(), LockKind::Alone, kLongestSweep));
-        errno = EEXIST;
-        return HasName(m_file.Get(), m_folder->Get(), name);
+        struct stat facts = {};
+        const bool isThere = fstatat(m_folder->Get(), name, &facts, AT_SYMLINK_NOFOLLOW) == 0;
+        errno = EEXIST; // another name, if it was taken away
+        return isThere;
     }
 
     /// Keeps the medium busy while the next bytes are read, so that the flush has little left.

@@ -78,7 +78,7 @@ TEST_F(IngestTest, EachCardGetsItsOwnFileUpToTheFirstWithoutFolder) {
 
 TEST_F(IngestTest, WithoutAPlainFileNameNothingIsTouched) {
     IngestRequest request = {{m_card.Root(), {{L"x", {{1, 2}}}}}};
-    for (const wchar_t* name : {L"", L"..\\x.xml", L"a/b.xml"}) {
+    for (const wchar_t* name : {L"", L"..", L"..\\x.xml", L"a/b.xml"}) {
         EXPECT_EQ(m_parser.WriteIngestXML(name, request), 1) << CString(name);
     }
     EXPECT_FALSE(std::filesystem::exists(m_card.Folder().Path("USERDATA")));
