@@ -26,7 +26,7 @@ namespace {
 /// What the file system under test refuses.
 struct Refused {
     std::atomic<int> folderFlushes = 0; ///< so many, the next ones
-    std::atomic<bool> links = false; ///< second names, and moves that replace nothing
+    std::atomic<bool> links = false;    ///< second names, and moves that replace nothing
 };
 Refused refused;
 
@@ -95,11 +95,11 @@ protected:
     std::unique_ptr<Folder> m_folder;
 };
 
-using Operation = std::function<IoStatus(Folder&, const std::string& name)>;
+using NamedOperation = std::function<IoStatus(Folder&, const std::string& name)>;
 
 /// All that takes a name.
-const std::vector<Operation>& Operations() {
-    static const std::vector<Operation> all = {
+const std::vector<NamedOperation>& NamedOperations() {
+    static const std::vector<NamedOperation> all = {
         [](Folder& in, const std::string& name) {
             std::unique_ptr<Folder> folder;
             return in.OpenFolder(name, folder);
@@ -132,15 +132,15 @@ TEST_F(FolderTest, NoLinkIsFollowedAndNoNameLeadsOut) {
     std::filesystem::create_symlink(outside.Path(), m_root.Path("folder"));
     std::filesystem::create_symlink(outside.Path("file"), m_root.Path("file"));
     std::filesystem::create_symlink(outside.Path("none"), m_root.Path("none"));
-    for (std::size_t i = 0; i < Operations().size(); ++i) {
+    for (std::size_t i = 0; i < NamedOperations().size(); ++i) {
         SCOPED_TRACE(i);
         for (const std::string name : {"folder", "file", "none"}) {
-            const IoError error = Operations()[i](*m_folder, name).error;
+            const IoError error = NamedOperations()[i](*m_folder, name).error;
             EXPECT_TRUE(error == IoError::IsLink || error == IoError::Exists) << name;
         }
         for (const std::string& name : {std::string(), std::string("."), std::string(".."),
                                         "../" + outside.Path(), std::string("a\0b", 3)}) {
-            EXPECT_FALSE(Operations()[i](*m_folder, name)) << name;
+            EXPECT_FALSE(NamedOperations()[i](*m_folder, name)) << name;
         }
     }
     std::unique_ptr<Folder> below;
