@@ -11,12 +11,15 @@ namespace nqp2::edl {
 /// Reads that a missing node leaves empty without a word.
 inline constexpr int kIgnoreMissing = 1;
 
-/// Where the edit lists of a card path lie.
+/// Where edit lists lie below a card's root, and where the cards themselves keep them.
+inline constexpr const char* kEditListFolder = "EDITLIST";
+inline constexpr const char* kContentsEditListFolder = "CONTENTS/EDITLIST";
+
+/// The same as interface paths of a card path.
 inline CString EditListFolder(const CString& path) {
     return media::WithDrive(path) + L"\\EDITLIST\\";
 }
 
-/// Where the cards themselves keep them.
 inline CString ContentsEditListFolder(const CString& path) {
     return media::ContentsFolder(path) + L"EDITLIST\\";
 }

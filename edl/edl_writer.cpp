@@ -9,18 +9,22 @@
 #include "media/identifier.h"
 #include "media/timecode.h"
 #include "platform/case_blind.h"
-#include "platform/file_system.h"
+#include "platform/folder.h"
+#include "platform/folder_index.h"
 #include "platform/guid_text.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
+#include "xml/dom/document.h"
 #include "xml/MarkupMSXML.h"
 #include "xml/metadata_writer.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace nqp2::edl {
 namespace {
@@ -33,12 +37,38 @@ struct Reference {
     bool class50 = false;
 };
 
-bool IsFile(const CString& path) {
-    const std::optional<std::string> found = platform::FindExisting(PosixPath(path));
-    platform::FileInfo info;
-    return found && platform::Files().Stat(*found, info) &&
-           info.kind != platform::EntryKind::Folder;
-}
+/// The clips' folder, which is listed once however many clips are missing from it.
+class ClipFolder {
+public:
+    explicit ClipFolder(CString folder)
+        : m_folder(std::move(folder)),
+          m_real(platform::FindExisting(PosixPath(m_folder)).value_or("")) {}
+
+    /// The path of a clip's file; empty when there is none.
+    CString Find(const CString& clipName) {
+        const CString name = clipName + media::kXmlExtension;
+        const std::string bytes = platform::NameBytesFromText(name.View());
+        platform::FileInfo info;
+        if (m_real.empty()) {
+            return {};
+        }
+        if (platform::Files().Stat(m_real + bytes, info)) {
+            return info.kind != platform::EntryKind::Folder ? m_folder + name : CString();
+        }
+        if (!m_index) {
+            m_index = platform::FolderIndex::Read(m_real);
+        }
+        const platform::FolderEntry* const entry = m_index->Find(bytes);
+        return entry != nullptr && entry->kind != platform::EntryKind::Folder
+                   ? m_folder + platform::TextFromNameBytes(entry->name)
+                   : CString();
+    }
+
+private:
+    CString m_folder;
+    std::string m_real;
+    std::optional<platform::FolderIndex> m_index;
+};
 
 CString ClipContent(CMarkupMSXML& reader, const wchar_t* path) {
     return reader.GetNodeText(CString(L"//P2Main/ClipContent/") + path, kIgnoreMissing);
@@ -57,11 +87,12 @@ Reference ReadReference(CMarkupMSXML& reader) {
 
 /// The first event's clip that is on the card and carries the event's identifier. Nothing when
 /// there is none, and when a clip file that is there does not load.
-std::optional<Reference> FindReference(const CString& clipFolder, const tag_P2EDL& edl,
+std::optional<Reference> FindReference(ClipFolder clips, const tag_P2EDL& edl,
                                        CMarkupMSXML& reader) {
     for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
-        const CString path = clipFolder + event.ClipName + media::kXmlExtension;
-        if (!media::IsPlainName(event.ClipName) || !IsFile(path)) {
+        const CString path =
+            media::IsPlainName(event.ClipName) ? clips.Find(event.ClipName) : CString();
+        if (path.IsEmpty()) {
             continue;
         }
         if (reader.LoadXml(path) == 0) {
@@ -94,7 +125,7 @@ public:
         return IsSound();
     }
 
-    bool Save(const CString& path) { return Builder().SaveXml(path) != 0; }
+    std::optional<std::string> TextToSave() { return Builder().GetDocumentPtr()->TextToSave(); }
 
 private:
     void WriteHead() {
@@ -146,51 +177,21 @@ bool IsCardName(const CString& name) {
            });
 }
 
-bool SaveNamed(Writer& writer, const EditListPlace& place, CString& saved) {
+bool SaveNamed(const std::string& text, platform::Folder& folder, const EditListPlace& place,
+               CString& saved) {
     const CString name = WithExtension(place.name);
-    const bool done = IsCardName(name) && writer.Save(place.folder + name);
+    std::string target;
+    const bool done =
+        IsCardName(name) &&
+        platform::FindTargetIn(folder, platform::NameBytesFromText(name.View()), target) &&
+        folder.WriteWhole(target, text);
     saved = done ? place.folder + name : saved;
     return done;
 }
 
-/// A file that is written but has no name yet by which a scan finds it; taken away again unless it
-/// gets one.
-class UnnamedFile {
-public:
-    /// `realFolder` is where the folder stands.
-    UnnamedFile(const CString& folder, const std::string& realFolder)
-        : m_folder(folder), m_realFolder(realFolder),
-          m_name(L".nqp2-" + platform::GuidText(platform::NewGuid()) + L".tmp") {}
-    UnnamedFile(const UnnamedFile&) = delete;
-    UnnamedFile& operator=(const UnnamedFile&) = delete;
-    ~UnnamedFile() {
-        if (m_saved) {
-            static_cast<void>(
-                platform::Files().RemoveFile(Real(m_name))); // gone when it has its name
-        }
-    }
-
-    bool Save(Writer& writer) {
-        m_saved = true; // a save may report failure with the file in place
-        return writer.Save(m_folder + m_name);
-    }
-    platform::IoStatus GiveName(const CString& name) {
-        return platform::Files().MoveToFree(Real(m_name), Real(name));
-    }
-
-private:
-    [[nodiscard]] std::string Real(const CString& name) const {
-        return m_realFolder + platform::NameBytesFromText(name.View());
-    }
-
-    CString m_folder;
-    std::string m_realFolder;
-    CString m_name;
-    bool m_saved = false;
-};
-
 /// The next name that neither the look into the folders nor the file system refuses.
-bool GiveFreeName(UnnamedFile& file, EditListNumbers& numbers, const CString& id, CString& name) {
+bool GiveFreeName(platform::FileWriter& file, EditListNumbers& numbers, const CString& id,
+                  CString& name) {
     constexpr int kTries = 1000;
     for (int tried = 0; tried < kTries; ++tried) {
         const std::optional<CString> next = numbers.NewName(id);
@@ -198,7 +199,8 @@ bool GiveFreeName(UnnamedFile& file, EditListNumbers& numbers, const CString& id
             return false;
         }
         if (!numbers.Holds(*next)) {
-            const platform::IoStatus given = file.GiveName(*next);
+            const platform::IoStatus given =
+                file.CommitAs(platform::NameBytesFromText(next->View()));
             if (given || given.error != platform::IoError::Exists) {
                 name = *next;
                 return static_cast<bool>(given);
@@ -214,42 +216,45 @@ CString IdentifierOf(const tag_P2EDLClipTrackEvent& event) {
                                         : event.GlobalClipID;
 }
 
-bool SaveNumbered(Writer& writer, const EditListPlace& place, const CString& id, CString& saved) {
-    const std::optional<std::string> folder = platform::FindExisting(PosixPath(place.folder));
+bool SaveNumbered(const std::string& text, platform::Folder& folder, const EditListPlace& place,
+                  const CString& id, CString& saved) {
     std::optional<EditListNumbers> numbers = EditListNumbers::Read(place.numbers);
     const std::optional<CString> first = numbers ? numbers->NewName(id) : std::nullopt;
     // An identifier may put anything into the name, as a host may.
-    if (!folder || !first || !IsCardName(*first)) {
+    if (!first || !IsCardName(*first)) {
         return false;
     }
-    UnnamedFile file(place.folder, *folder);
+    std::unique_ptr<platform::FileWriter> file;
     CString name;
-    if (!file.Save(writer) || !GiveFreeName(file, *numbers, id, name)) {
-        return false;
-    }
-    saved = place.folder + name;
-    return true;
+    const bool done = folder.Create(platform::NameBytesFromText(first->View()), file) &&
+                      file->WriteAt(0, text) && file->Flush() &&
+                      GiveFreeName(*file, *numbers, id, name);
+    saved = done ? place.folder + name : saved;
+    return done;
 }
 
 } // namespace
 
-bool WriteEditList(const CString& cardPath, const EditListPlace& place, const tag_P2EDL& edl,
-                   CMarkupMSXML& reader, CString& saved) {
+bool WriteEditList(const CString& cardPath, platform::Folder& folder, const EditListPlace& place,
+                   const tag_P2EDL& edl, CMarkupMSXML& reader, CString& saved) {
     const CString contents = media::ContentsFolder(cardPath);
     if (edl.Events.IsEmpty() || !platform::PathExists(PosixPath(contents))) {
         return false;
     }
     const std::optional<Reference> reference =
-        FindReference(contents + media::kClipFolder, edl, reader);
+        FindReference(ClipFolder(contents + media::kClipFolder), edl, reader);
     if (!reference) {
         return false;
     }
     Writer writer(edl, *reference);
-    if (!writer.Write()) {
+    const std::optional<std::string> text = writer.Write() ? writer.TextToSave() : std::nullopt;
+    if (!text) {
         return false;
     }
-    return place.name.IsEmpty() ? SaveNumbered(writer, place, IdentifierOf(edl.Events[0]), saved)
-                                : SaveNamed(writer, place, saved);
+    static_cast<void>(folder.RemoveAbandoned()); // what cannot be removed is in nobody's way
+    return place.name.IsEmpty()
+               ? SaveNumbered(*text, folder, place, IdentifierOf(edl.Events[0]), saved)
+               : SaveNamed(*text, folder, place, saved);
 }
 
 } // namespace nqp2::edl

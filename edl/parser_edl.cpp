@@ -9,24 +9,34 @@
 #include "media/identifier.h"
 #include "parser/NQP2Parser.h"
 #include "platform/case_blind.h"
+#include "platform/folder.h"
 #include "platform/guard.h"
 #include "platform/PathText.h"
 #include "xml/MarkupMSXML.h"
+
+#include <memory>
 
 using nqp2::edl::EditListFolder;
 using nqp2::media::kCannotRead;
 using nqp2::media::kRead;
 using nqp2::media::StatusOf;
+using nqp2::platform::Folder;
 using nqp2::platform::Guarded;
+using nqp2::platform::MakeBelow;
+using nqp2::platform::OpenRoot;
 
 namespace {
 
-__int64 Save(CMarkupMSXML* reader, const CString& root, const nqp2::edl::EditListPlace& place,
-             const tag_P2EDL& edl, CString& saved) {
-    if (!nqp2::platform::EnsureFolder(nqp2::PosixPath(place.folder)) || reader == nullptr) {
+/// `below` names the place's folder below the root.
+__int64 Save(CMarkupMSXML* reader, const CString& root, const char* below,
+             const nqp2::edl::EditListPlace& place, const tag_P2EDL& edl, CString& saved) {
+    std::unique_ptr<Folder> card;
+    std::unique_ptr<Folder> folder;
+    if (!OpenRoot(nqp2::PosixPath(nqp2::media::WithDrive(root)), card) ||
+        !MakeBelow(*card, below, folder) || reader == nullptr) {
         return kCannotRead;
     }
-    return StatusOf(nqp2::edl::WriteEditList(root, place, edl, *reader, saved));
+    return StatusOf(nqp2::edl::WriteEditList(root, *folder, place, edl, *reader, saved));
 }
 
 /// Whether the card keeps its lists in its contents folder and there alone.
@@ -53,7 +63,7 @@ __int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& edl, int us
     return Guarded(kCannotRead, [&] {
         CString saved;
         const CString folder = EditListFolder(root);
-        return Save(m_pMarkup, root,
+        return Save(m_pMarkup, root, nqp2::edl::kEditListFolder,
                     {folder, {folder + nqp2::edl::kEditLists}, useName != 0 ? name : CString()},
                     edl, saved);
     });
@@ -64,8 +74,10 @@ __int64 CNQP2Parser::SaveCardEdl(const CString& root, const tag_P2EDL& edl, cons
     return Guarded(kCannotRead, [&] {
         const CString inRoot = EditListFolder(root);
         const CString inContents = nqp2::edl::ContentsEditListFolder(root);
+        const bool own = IsCardsOwn(inRoot, inContents);
         return Save(m_pMarkup, root,
-                    {IsCardsOwn(inRoot, inContents) ? inContents : inRoot,
+                    own ? nqp2::edl::kContentsEditListFolder : nqp2::edl::kEditListFolder,
+                    {own ? inContents : inRoot,
                      {inRoot + nqp2::edl::kEditLists, inContents + nqp2::edl::kEditLists},
                      name},
                     edl, saved);

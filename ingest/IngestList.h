@@ -25,7 +25,7 @@ enum class IngestStatus : std::int32_t {
     Foreign,    ///< it is sound XML, but no ingest list
     BadName,    ///< a clip name that XML cannot hold
     Busy,       ///< somebody else was changing the list for seconds
-    NotSaved,   ///< the list could not be written and stands as it was
+    NotSaved,   ///< the list could not be written and is as it was
 };
 
 /// What became of reading or changing a card's list. The list is changed with `Done` alone.

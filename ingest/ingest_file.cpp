@@ -4,11 +4,11 @@
 #include "ingest/ingest_file.h"
 
 #include "media/card_layout.h"
-#include "platform/case_blind.h"
 #include "platform/case_fold.h"
-#include "platform/file_system.h"
 #include "platform/folder_index.h"
 #include "platform/PathText.h"
+#include "platform/unicode.h"
+#include "xml/dom/document.h"
 #include "xml/MarkupMSXML.h"
 
 #include <optional>
@@ -43,8 +43,7 @@ public:
     }
 
     /// Moves the list's cursor onto the clip's entry, which is added when there is none yet.
-    /// Returns false when there is no room for it, a document having one element at its top, and
-    /// for a name that XML cannot hold.
+    /// Returns false for a name that XML cannot hold.
     bool MoveTo(CMarkupMSXML& list, const CString& clipName) {
         const std::wstring key = platform::FoldCase(clipName.View());
         const auto found = m_clips.find(key);
@@ -69,36 +68,31 @@ private:
     IXMLDOMNodePtr m_last;
 };
 
-/// Gives an unreadable file a name that no scan picks up, so that nothing in it is lost. Returns
-/// false when it stands where it stood; so does a folder in the file's place.
-bool PutAside(const std::string& path) {
-    platform::FileSystem& files = platform::Files();
-    platform::FileInfo info;
-    if (!files.Stat(path, info) || info.kind != platform::EntryKind::File) {
-        return false;
-    }
+/// Gives an unreadable file a name that no scan picks up, so that nothing in it is lost.
+platform::IoStatus PutAside(platform::Folder& folder, const std::string& name) {
     constexpr int kTries = 1000;
-    for (int number = 1; number < kTries; ++number) {
-        const std::string aside = path + ".unreadable" + std::to_string(number);
-        const platform::IoStatus moved = files.MoveToFree(path, aside);
-        if (moved || moved.error != platform::IoError::Exists) {
-            return static_cast<bool>(moved);
-        }
+    platform::IoStatus moved = {platform::IoError::Exists, "too many files are kept aside"};
+    for (int number = 1; number < kTries && moved.error == platform::IoError::Exists; ++number) {
+        moved = folder.MoveToFree(name, name + ".unreadable" + std::to_string(number));
     }
-    return false;
+    return moved;
 }
 
-/// Reads the list, or makes a new one; the cursor then stands on the level of its clips. Returns
-/// false for a file that can neither be read nor be put aside.
-bool Open(CMarkupMSXML& list, const CString& path) {
-    const platform::IoStatus found = FindList(path);
-    if (!found) {
-        MakeList(list);
-        return found.error == platform::IoError::NotFound;
+/// Reads the list, or makes a new one when there is none or none that is sound; the cursor then
+/// stands on the level of its clips. Fails for a file that can neither be read nor be put aside.
+platform::IoStatus Open(CMarkupMSXML& list, platform::Folder& folder, const CString& folderPath,
+                        const CString& fileName) {
+    std::string name;
+    platform::IoStatus status =
+        platform::FindIn(folder, platform::NameBytesFromText(fileName.View()), name);
+    const bool isNew = status.error == platform::IoError::NotFound;
+    if (!isNew && !status) {
+        return status;
     }
-    const std::string existing = platform::FindExisting(PosixPath(path)).value_or("");
-    if (list.Load(path) == 0 && !PutAside(existing)) {
-        return false;
+    if (isNew || list.Load(folderPath + platform::TextFromNameBytes(name)) == 0) {
+        status = isNew ? platform::IoStatus{} : PutAside(folder, name);
+        MakeList(list);
+        return status;
     }
     if (list.FindElem() != 0) {
         list.IntoElem();
@@ -106,7 +100,7 @@ bool Open(CMarkupMSXML& list, const CString& path) {
     if (list.FindElem(L"Media") != 0) {
         list.IntoElem();
     }
-    return true;
+    return status;
 }
 
 /// Adds the segments to the entry on which the cursor stands.
@@ -127,8 +121,25 @@ CString UserDataFolder(const CString& root) {
     return media::WithDrive(root) + L"\\USERDATA\\";
 }
 
-platform::FolderLock LockFolder(const CString& folder) {
-    return platform::FolderLock(platform::FindExisting(PosixPath(folder)).value_or(""));
+platform::IoStatus OpenUserData(const CString& root, bool make,
+                                std::unique_ptr<platform::Folder>& folder) {
+    constexpr const char* kName = "USERDATA";
+    std::unique_ptr<platform::Folder> card;
+    platform::IoStatus status = platform::OpenRoot(PosixPath(media::WithDrive(root)), card);
+    if (status) {
+        status = make ? platform::MakeBelow(*card, kName, folder)
+                      : platform::OpenBelow(*card, kName, folder);
+    }
+    return status;
+}
+
+platform::IoStatus BeginChange(platform::Folder& folder) {
+    constexpr std::chrono::seconds kPatience(5);
+    platform::IoStatus status = folder.Lock(kPatience);
+    if (status) {
+        static_cast<void>(folder.RemoveAbandoned()); // what cannot be removed is in nobody's way
+    }
+    return status;
 }
 
 platform::IoStatus FindList(const CString& path) {
@@ -167,15 +178,31 @@ bool AddClips(CMarkupMSXML& list, const IngestClips& clips) {
     return all;
 }
 
-bool AddToFile(const CString& folder, const CString& fileName, const IngestClips& clips) {
-    const platform::FolderLock lock = LockFolder(folder);
-    CMarkupMSXML list;
-    if (lock && Open(list, folder + fileName)) {
-        // Nobody is told which clips were left out and whether the list could be saved: kept.
-        static_cast<void>(AddClips(list, clips));
-        list.Save(folder + fileName);
+platform::IoStatus Save(CMarkupMSXML& list, platform::Folder& folder, const CString& fileName) {
+    const std::optional<std::string> text = list.GetDocumentPtr()->TextToSave();
+    if (!text) {
+        return {platform::IoError::Other, "it could not be loaded again"};
     }
-    return static_cast<bool>(lock);
+    std::string target;
+    platform::IoStatus status =
+        platform::FindTargetIn(folder, platform::NameBytesFromText(fileName.View()), target);
+    return status ? folder.WriteWhole(target, *text) : status;
+}
+
+bool AddToFile(platform::Folder& folder, const CString& folderPath, const CString& fileName,
+               const IngestClips& clips) {
+    CMarkupMSXML list;
+    if (!BeginChange(folder)) {
+        return false;
+    }
+    platform::IoStatus status = Open(list, folder, folderPath, fileName);
+    if (status) {
+        // Nobody is told which clips were left out: kept.
+        static_cast<void>(AddClips(list, clips));
+        status = Save(list, folder, fileName);
+    }
+    // Nor whether the list could be saved, unless something else would have been written: kept.
+    return status.error != platform::IoError::IsLink;
 }
 
 } // namespace nqp2::ingest

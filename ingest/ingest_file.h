@@ -5,8 +5,9 @@
 
 #include "media/P2SegInfo.h"
 #include "platform/CString.h"
-#include "platform/folder_lock.h"
-#include "platform/io_status.h"
+#include "platform/folder.h"
+
+#include <memory>
 
 class CMarkupMSXML;
 
@@ -15,11 +16,17 @@ namespace nqp2::ingest {
 /// Where a card keeps what its host noted, with its trailing separator.
 CString UserDataFolder(const CString& root);
 
-/// Held while a list is read, changed and saved: of two who do so at once, one would lose what it
-/// added.
-platform::FolderLock LockFolder(const CString& folder);
+/// Opens that folder for changes; made when it is missing and `make` says so. NotFound for a card
+/// without.
+platform::IoStatus OpenUserData(const CString& root, bool make,
+                                std::unique_ptr<platform::Folder>& folder);
 
-/// Whether a list stands there. NotFound says that none does, which is more than that none could be
+/// Locks the folder as long as a list is read, changed and saved (of two who do so at once, one
+/// would lose what it added) and removes what killed writers left in it. Busy when somebody else
+/// keeps it locked.
+platform::IoStatus BeginChange(platform::Folder& folder);
+
+/// Whether there is a list. NotFound says that there is none, which is more than that none could be
 /// seen.
 platform::IoStatus FindList(const CString& path);
 
@@ -30,9 +37,13 @@ void MakeList(CMarkupMSXML& list);
 /// own; a name that XML cannot hold leaves no entry.
 bool AddClips(CMarkupMSXML& list, const IngestClips& clips);
 
-/// Adds the segments of one card to the list in the file. A file that exists but cannot be read
+/// Writes the list into the folder.
+platform::IoStatus Save(CMarkupMSXML& list, platform::Folder& folder, const CString& fileName);
+
+/// Adds the segments of one card to the list of that plain name in its folder. A file that is no sound XML
 /// is put aside under another name and replaced. Returns false, with nothing done, when somebody
-/// else keeps the folder locked.
-bool AddToFile(const CString& folder, const CString& fileName, const IngestClips& clips);
+/// else keeps the folder locked, and for a link, through which something else would be written.
+bool AddToFile(platform::Folder& folder, const CString& folderPath, const CString& fileName,
+               const IngestClips& clips);
 
 } // namespace nqp2::ingest

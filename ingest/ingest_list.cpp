@@ -4,14 +4,14 @@
 #include "ingest/IngestList.h"
 
 #include "ingest/ingest_file.h"
-#include "platform/case_blind.h"
 #include "platform/case_fold.h"
 #include "platform/guard.h"
 #include "platform/number_text.h"
-#include "platform/PathText.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
 #include "xml/MarkupMSXML.h"
+
+#include <memory>
 
 namespace nqp2 {
 namespace {
@@ -90,11 +90,13 @@ IngestResult LoadPlain(CMarkupMSXML& list, const CString& path) {
     return result;
 }
 
-IngestResult Saved(CMarkupMSXML& list, const CString& path) {
-    return Fault(list.Save(path) != 0 ? IngestStatus::Done : IngestStatus::NotSaved, path);
+IngestResult Saved(CMarkupMSXML& list, platform::Folder& folder, const CString& path) {
+    const platform::IoStatus saved = ingest::Save(list, folder, kListName);
+    return saved ? Fault(IngestStatus::Done, path)
+                 : Fault(IngestStatus::NotSaved, path, platform::TextFromUtf8(saved.reason));
 }
 
-IngestResult Add(const CString& path, const IngestClips& clips) {
+IngestResult Add(platform::Folder& folder, const CString& path, const IngestClips& clips) {
     CMarkupMSXML list;
     IngestResult result = LoadPlain(list, path);
     if (result.status == IngestStatus::NoList) {
@@ -102,10 +104,11 @@ IngestResult Add(const CString& path, const IngestClips& clips) {
     } else if (result.status != IngestStatus::Done) {
         return result;
     }
-    return ingest::AddClips(list, clips) ? Saved(list, path) : Fault(IngestStatus::BadName, path);
+    return ingest::AddClips(list, clips) ? Saved(list, folder, path)
+                                         : Fault(IngestStatus::BadName, path);
 }
 
-IngestResult Remove(const CString& path, const CString& clipName) {
+IngestResult Remove(platform::Folder& folder, const CString& path, const CString& clipName) {
     CMarkupMSXML list;
     IngestResult result = Load(list, path);
     if (result.status == IngestStatus::Done) {
@@ -118,15 +121,23 @@ IngestResult Remove(const CString& path, const CString& clipName) {
         return Fault(IngestStatus::NotListed, path);
     }
     list.RemoveElem();
-    return Saved(list, path);
+    return Saved(list, folder, path);
 }
 
-/// Runs a change of the list while nobody else changes it.
+/// Runs a change of the list while nobody else changes it. The folder is made for those who add.
 template <class Change>
-IngestResult Changed(const CString& root, Change change) {
-    const platform::FolderLock lock = ingest::LockFolder(ingest::UserDataFolder(root));
+IngestResult Changed(const CString& root, bool make, Change change) {
     const CString path = ListPath(root);
-    return lock ? change(path) : Fault(IngestStatus::Busy, path);
+    std::unique_ptr<platform::Folder> folder;
+    platform::IoStatus status = ingest::OpenUserData(root, make, folder);
+    if (!make && status.error == platform::IoError::NotFound) {
+        return Fault(IngestStatus::NoList, path);
+    }
+    if (!status) {
+        return Fault(IngestStatus::NotSaved, path,
+                     L"its folder cannot be opened: " + platform::TextFromUtf8(status.reason));
+    }
+    return ingest::BeginChange(*folder) ? change(*folder, path) : Fault(IngestStatus::Busy, path);
 }
 
 template <class Operation>
@@ -156,16 +167,18 @@ bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result)
 
 IngestResult AddToIngestList(const CString& root, const IngestClips& clips) {
     return GuardedResult([&] {
-        if (!platform::EnsureFolder(PosixPath(ingest::UserDataFolder(root)))) {
-            return Fault(IngestStatus::NotSaved, ListPath(root), L"its folder cannot be made");
-        }
-        return Changed(root, [&](const CString& path) { return Add(path, clips); });
+        return Changed(root, true, [&](platform::Folder& folder, const CString& path) {
+            return Add(folder, path, clips);
+        });
     });
 }
 
 IngestResult RemoveFromIngestList(const CString& root, const CString& clipName) {
-    return GuardedResult(
-        [&] { return Changed(root, [&](const CString& path) { return Remove(path, clipName); }); });
+    return GuardedResult([&] {
+        return Changed(root, false, [&](platform::Folder& folder, const CString& path) {
+            return Remove(folder, path, clipName);
+        });
+    });
 }
 
 } // namespace nqp2

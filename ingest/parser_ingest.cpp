@@ -3,29 +3,46 @@
 
 #include "ingest/ingest_file.h"
 #include "ingest/IngestList.h"
+#include "media/card_layout.h"
 #include "media/card_status.h"
 #include "parser/NQP2Parser.h"
-#include "platform/case_blind.h"
 #include "platform/diagnostics.h"
 #include "platform/guard.h"
-#include "platform/PathText.h"
+#include "platform/unicode.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
 
 using nqp2::media::kCannotRead;
 using nqp2::media::kRead;
 using nqp2::platform::Guarded;
 
+namespace {
+
+/// Folder and name are joined with one separator, whichever of them brings it.
+CString WithoutLeadingSeparators(const CString& name) {
+    const std::size_t start = name.View().find_first_not_of(L"\\/");
+    return start == std::wstring_view::npos ? CString() : CString(name.View().substr(start));
+}
+
+} // namespace
+
 __int64 CNQP2Parser::WriteIngestXML(const CString& fileName, IngestRequest& request) {
     return Guarded(kCannotRead, [&] {
-        if (fileName.IsEmpty()) {
+        const CString name = WithoutLeadingSeparators(fileName);
+        const std::string entry = nqp2::platform::NameBytesFromText(name.View());
+        if (!nqp2::media::IsPlainName(name) || !nqp2::platform::IsEntryName(entry)) {
             return kCannotRead;
         }
         for (const auto& [root, clips] : request) {
-            const CString folder = nqp2::ingest::UserDataFolder(root);
-            if (!nqp2::platform::EnsureFolder(nqp2::PosixPath(folder))) {
+            std::unique_ptr<nqp2::platform::Folder> folder;
+            if (!nqp2::ingest::OpenUserData(root, true, folder)) {
                 nqp2::platform::OutputDebugStringW(L"\n==Create Directory Failed==\n");
                 return kCannotRead;
             }
-            if (!nqp2::ingest::AddToFile(folder, fileName, clips)) {
+            if (!nqp2::ingest::AddToFile(*folder, nqp2::ingest::UserDataFolder(root), name,
+                                         clips)) {
                 return kCannotRead;
             }
         }

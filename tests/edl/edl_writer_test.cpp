@@ -4,9 +4,12 @@
 #include "edl/edl_name.h"
 #include "platform/guid_text.h"
 #include "tests/edl/edl_test.h"
+#include "tests/support/child_process.h"
 #include "tests/support/faulty_file_system.h"
+#include "tests/support/swapping_link.h"
 
 #include <atomic>
+#include <sys/resource.h>
 #include <thread>
 #include <vector>
 
@@ -389,7 +392,7 @@ TEST_F(EdlFaultsTest, ANumberIsNeverGivenTwiceAndNoFileReplacedWhenOthersWriteTo
     FaultyFileSystem busy;
     int taken = 0;
     busy.SetHook([&](Operation operation, const std::string&) {
-        if (operation == Operation::MoveToFree && ++taken <= 2) {
+        if (operation == Operation::Commit && ++taken <= 2) {
             AddFile("P00" + std::to_string(taken) + "AB.XML", "theirs");
         }
     });
@@ -420,7 +423,7 @@ TEST_F(EdlFaultsTest, ANumberIsNeverGivenTwiceAndNoFileReplacedWhenOthersWriteTo
 TEST_F(EdlFaultsTest, WithoutAFreeNameNothingIsLeftAndTheSearchEnds) {
     for (const IoError error : {IoError::Exists, IoError::NoSpace}) {
         FaultyFileSystem faulty;
-        faulty.Fail({.error = error, .operation = Operation::MoveToFree});
+        faulty.Fail({.error = error, .operation = Operation::Commit});
         const platform::ScopedFileSystem inPlace(faulty);
         EXPECT_EQ(SaveOnCard(OneEvent()), "");
         ExpectOldFileAlone();
@@ -437,6 +440,67 @@ TEST_F(EdlFaultsTest, FoldersAndFilesInEachOthersPlaceAreAFailure) {
     m_card.Folder().Write("EDITLIST", "a file");
     EXPECT_EQ(Save(), 1);
     EXPECT_TRUE(std::filesystem::is_regular_file(m_card.Folder().Path("EDITLIST")));
+}
+
+TEST_F(EdlFaultsTest, NothingIsWrittenThroughLinks) {
+    const test::TempFolder outside;
+    const std::string theirs = outside.Write("MINE.xml", "theirs");
+    const std::string folder = m_card.Folder().Path("EDITLIST");
+    std::filesystem::remove(folder + "/MINE.xml");
+    for (const char* target : {"MINE.xml", "none.xml"}) {
+        std::filesystem::create_symlink(outside.Path(target), folder + "/MINE.xml");
+        EXPECT_EQ(Save(), 1);
+        std::filesystem::remove(folder + "/MINE.xml");
+    }
+    std::filesystem::remove(folder);
+    std::filesystem::create_symlink(outside.Path(), folder);
+    EXPECT_EQ(Save(), 1);
+    EXPECT_EQ(SaveOnCard(OneEvent()), "");
+    std::filesystem::remove(folder);
+    std::filesystem::create_symlink(outside.Path(), m_card.Folder().Path("CONTENTS/EDITLIST"));
+    EXPECT_EQ(SaveOnCard(OneEvent()), "");
+    std::filesystem::create_directory(folder);
+    int done = 0;
+    {
+        const test::SwappingLink swapping(folder, outside.Path());
+        for (int round = 0; round < 250; ++round) {
+            done += Save() == 0 ? 1 : 0;
+            done += m_parser.SaveToEdl(m_card.Root(), OneEvent(), 0, L"") == 0 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(done, 0);
+    EXPECT_THAT(std::distance(std::filesystem::directory_iterator(outside.Path()), {}), 1);
+    EXPECT_EQ(std::filesystem::file_size(theirs), 6U);
+    EXPECT_TRUE(FilesInFolder().contains("MINE.xml")) << "the folder itself was written";
+}
+
+TEST_F(EdlFaultsTest, ALimitOfFileSizesIsAFailureAndNoSignal) {
+    EXPECT_EQ(test::RunInChild([&] {
+                  const rlimit limit = {100, 100};
+                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 && Save() == 1 &&
+                                 SaveOnCard(OneEvent()).empty()
+                             ? 0
+                             : 1;
+              }),
+              0);
+    ExpectOldFileAlone();
+}
+
+TEST_F(EdlFaultsTest, LeftoversAreSweptAndMissingClipsCostOneLook) {
+    tag_P2EDL edl;
+    for (int i = 0; i < 1000; ++i) {
+        edl.Events.Add(Event(L"none", kClipID));
+    }
+    edl.Events.Add(Event(L"0001aa", kClipID));
+    FaultyFileSystem counter;
+    const platform::ScopedFileSystem inPlace(counter);
+    AddFile(".nqp2-killed.part", "half");
+    EXPECT_EQ(m_parser.SaveToEdl(m_card.Root(), edl, 1, L"MINE"), 0);
+    EXPECT_THAT(FilesInFolder(), ElementsAre("MINE.xml"));
+    EXPECT_EQ(counter.Calls(Operation::List), 1U);
+    AddFile(".nqp2-killed.tmp", "half");
+    EXPECT_EQ(m_parser.SaveToEdl(m_card.Root(), edl, 0, L""), 0);
+    EXPECT_THAT(FilesInFolder(), ElementsAre("MINE.xml", "P001AB.XML"));
 }
 
 TEST_F(EdlFaultsTest, EveryLossOfAScanIsTold) {

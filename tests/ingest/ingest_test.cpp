@@ -3,12 +3,14 @@
 
 #include "tests/ingest/ingest_test.h"
 #include "platform/DebugOutput.h"
-#include "platform/folder_lock.h"
+#include "platform/folder.h"
 #include "tests/support/child_process.h"
 #include "tests/support/faulty_file_system.h"
+#include "tests/support/swapping_link.h"
 #include "tests/xml/captured_texts.h"
 
 #include <atomic>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
@@ -23,6 +25,7 @@ TEST_F(IngestTest, AFreshCardGetsFolderAndFile) {
     EXPECT_EQ(Add({}), 0);
     EXPECT_EQ(File(), "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\r\n"
                       "<Media MediaID=\"P2\"/>\r\n");
+    m_card.Folder().Write("USERDATA/.nqp2-killed.part", "half");
     EXPECT_EQ(Add({{L"0002BB", {{INT32_MIN, INT32_MAX}}}, {L"0001AA", {{0, 9}, {20, 29}}}}), 0);
     EXPECT_EQ(File(), "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"no\"?>\r\n"
                       "<Media MediaID=\"P2\">"
@@ -73,10 +76,14 @@ TEST_F(IngestTest, EachCardGetsItsOwnFileUpToTheFirstWithoutFolder) {
     EXPECT_THAT(texts.Take(), IsEmpty());
 }
 
-TEST_F(IngestTest, WithoutFileNameNothingIsTouched) {
+TEST_F(IngestTest, WithoutAPlainFileNameNothingIsTouched) {
     IngestRequest request = {{m_card.Root(), {{L"x", {{1, 2}}}}}};
-    EXPECT_EQ(m_parser.WriteIngestXML(L"", request), 1);
+    for (const wchar_t* name : {L"", L"..", L"..\\x.xml", L"a/b.xml"}) {
+        EXPECT_EQ(m_parser.WriteIngestXML(name, request), 1) << CString(name);
+    }
     EXPECT_FALSE(std::filesystem::exists(m_card.Folder().Path("USERDATA")));
+    EXPECT_EQ(m_parser.WriteIngestXML(L"\\Ingest.xml", request), 0);
+    EXPECT_THAT(FilesInFolder(), ElementsAre("Ingest.xml"));
 }
 
 TEST_F(IngestTest, AnUnreadableFileIsKeptAsideAndReplaced) {
@@ -86,9 +93,7 @@ TEST_F(IngestTest, AnUnreadableFileIsKeptAsideAndReplaced) {
         SetFile(bytes);
         EXPECT_EQ(Add({{L"0001AA", {{1, 2}}}, {L"0002BB", {{3, 4}}}}), 0);
         EXPECT_EQ(File("Ingest.xml.unreadable" + std::to_string(++number)), bytes);
-        // The clips go into an empty document, which has room for one: kept.
-        EXPECT_EQ(File(), "<Clip ClipName=\"0001AA\"><Segment InPoint=\"1\" OutPoint=\"2\"/>"
-                          "</Clip>\r\n");
+        EXPECT_THAT(Listed(), ElementsAre("0001AA 1-2", "0002BB 3-4"));
     }
     EXPECT_EQ(FilesInFolder().size(), 5U);
 }
@@ -105,7 +110,7 @@ TEST_F(IngestTest, WhatIsNoPlainListIsToldAndOnlyTheSilentWriterExtendsIt) {
          IngestStatus::Foreign},
         {"<Media><Clip ClipName=\"a\"/><Media/></Media>", "<Media><Clip ClipName=\"A\"><Segment",
          IngestStatus::Foreign},
-        {"<Media", "<Clip ClipName=\"A\"><Segment", IngestStatus::Unreadable},
+        {"<Media", "<Media MediaID=\"P2\"><Clip ClipName=\"A\"><Segment", IngestStatus::Unreadable},
     };
     for (const auto& row : kRows) {
         SetFile(row.file);
@@ -281,7 +286,9 @@ TEST_F(IngestFaultsTest, WhoChangesAListAtOnceLosesNothing) {
 }
 
 TEST_F(IngestFaultsTest, AFolderThatAnotherKeepsLockedIsAFailureAfterAWhile) {
-    const platform::FolderLock others(m_card.Folder().Path("USERDATA"));
+    std::unique_ptr<platform::Folder> others;
+    ASSERT_TRUE(platform::OpenRoot(m_card.Folder().Path("USERDATA"), others));
+    ASSERT_TRUE(others->Lock(std::chrono::seconds(0)));
     std::atomic<int> busy = 0;
     {
         // At once, because each waits for seconds.
@@ -305,6 +312,58 @@ TEST_F(IngestFaultsTest, AnUnreadableFileThatCannotBeKeptAsideIsNotReplaced) {
         EXPECT_EQ(File(), "<broken");
         EXPECT_THAT(FilesInFolder(), ElementsAre("Ingest.xml"));
     }
+}
+
+TEST_F(IngestFaultsTest, NothingIsWrittenThroughLinks) {
+    const test::TempFolder outside;
+    const std::string theirs = outside.Write("Ingest.xml", kOld);
+    const std::string broken = outside.Write("broken.xml", "<broken");
+    const std::string folder = m_card.Folder().Path("USERDATA");
+    const auto expectRefused = [&] {
+        EXPECT_EQ(Add({{L"new", {}}}), 1);
+        EXPECT_NE(AddToIngestList(m_card.Root(), {{L"new", {}}}).status, IngestStatus::Done);
+        EXPECT_NE(RemoveFromIngestList(m_card.Root(), L"old").status, IngestStatus::Done);
+    };
+    for (const char* target : {"Ingest.xml", "broken.xml", "none.xml"}) {
+        std::filesystem::remove(folder + "/Ingest.xml");
+        std::filesystem::create_symlink(outside.Path(target), folder + "/Ingest.xml");
+        expectRefused();
+    }
+    std::filesystem::remove_all(folder);
+    std::filesystem::create_symlink(outside.Path(), folder);
+    expectRefused();
+    std::filesystem::remove(folder);
+    int done = 0;
+    SetFile(kOld);
+    {
+        const test::SwappingLink swapping(folder, outside.Path());
+        for (int round = 0; round < 250; ++round) {
+            const bool added =
+                AddToIngestList(m_card.Root(), {{L"new", {}}}).status == IngestStatus::Done;
+            Add({{L"silent", {}}});
+            Delete(L"silent");
+            done += added ? 1 : 0;
+        }
+    }
+    EXPECT_GT(done, 0);
+    std::string bytes;
+    EXPECT_TRUE(platform::Files().Read(theirs, 1000, bytes) && bytes == kOld);
+    EXPECT_TRUE(platform::Files().Read(broken, 1000, bytes) && bytes == "<broken");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(outside.Path()), {}), 2);
+}
+
+TEST_F(IngestFaultsTest, ALimitOfFileSizesIsAFailureAndNoSignal) {
+    EXPECT_EQ(test::RunInChild([&] {
+                  const rlimit limit = {10, 10};
+                  const IngestClips clips = {{L"new", {{1, 2}}}};
+                  return setrlimit(RLIMIT_FSIZE, &limit) == 0 && Add(clips) == 0 &&
+                                 AddToIngestList(m_card.Root(), clips).status ==
+                                     IngestStatus::NotSaved
+                             ? 0
+                             : 1;
+              }),
+              0);
+    ExpectOldFileAlone();
 }
 
 TEST_F(IngestFaultsTest, AFolderInTheFilesPlaceStays) {

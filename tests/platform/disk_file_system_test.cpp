@@ -3,7 +3,6 @@
 
 #include "platform/disk_file_system.h"
 
-#include "platform/folder_lock.h"
 #include "platform/system_status.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
@@ -11,23 +10,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <limits>
 #include <map>
-#include <optional>
 #include <sys/resource.h>
 
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/time.h>
 
-#include <thread>
 #include <vector>
 
 namespace nqp2::platform {
@@ -286,20 +281,6 @@ TEST_F(WriteWhole, GivesNewFilesTheUsualModeAndOldOnesTheirOwn) {
     EXPECT_EQ(Mode(old), 0666U) << "kept although the mask would take bits away";
 }
 
-TEST_F(WriteWhole, WritesThroughLinksAndKeepsThem) {
-    const std::string real = m_folder.Write("real/file.xml", "old");
-    Link("real/file.xml", "link.xml");
-    Link(m_folder.Path("link.xml"), "chain.xml");
-    Link("real/made.xml", "dangling.xml");
-    EXPECT_EQ(Write(m_folder.Path("chain.xml"), "new"), IoError::None);
-    EXPECT_EQ(Write(m_folder.Path("dangling.xml"), "made"), IoError::None);
-    EXPECT_EQ(Content(real), "new");
-    EXPECT_EQ(Content(m_folder.Path("real/made.xml")), "made");
-    for (const char* const name : {"link.xml", "chain.xml", "dangling.xml"}) {
-        EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Path(name))) << name;
-    }
-}
-
 TEST_F(WriteWhole, ReplacesAFileOfAnotherLetterCase) {
     const std::string real = m_folder.Write("Contents/EditList/p001ab.XML", "old");
     EXPECT_EQ(Write(m_folder.Path("CONTENTS/EDITLIST/P001AB.xml"), "new"), IoError::None);
@@ -318,7 +299,7 @@ TEST_F(WriteWhole, RefusesWhatIsNoFileAndLeavesNothing) {
         {"folder", IoError::IsFolder},
         {"folder/", IoError::IsFolder},
         {"pipe", IoError::NotAFile},
-        {"loop", IoError::NotFound},
+        {"loop", IoError::IsLink},
         {"new/", IoError::NotFound},
         {"missing/file", IoError::NotFound},
         {std::string(300, 'n'), IoError::NotFound},
@@ -354,36 +335,6 @@ TEST_F(WriteWhole, WritesIntoAFolderThatMayNotBeRead) {
     EXPECT_EQ(error, static_cast<int>(IoError::None));
     EXPECT_EQ(Content(folder + "/x"), "new");
     EXPECT_EQ(chmod(folder.c_str(), 0700), 0);
-}
-
-using namespace std::chrono_literals;
-
-TEST(FolderLock, AHeldFolderIsRefusedAtTheDeadlineAndFreeAgainLater) {
-    const test::TempFolder folder;
-    std::optional<FolderLock> first(folder.Path());
-    ASSERT_TRUE(*first);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_FALSE(FolderLock(folder.Path(), 30ms));
-    EXPECT_GE(std::chrono::steady_clock::now() - start, 30ms);
-    std::atomic<bool> released = false;
-    std::jthread waiting([&] {
-        EXPECT_TRUE(FolderLock(folder.Path(), 60s));
-        EXPECT_TRUE(released) << "one at a time is inside";
-    });
-    std::this_thread::sleep_for(20ms);
-    released = true;
-    first.reset();
-    waiting.join();
-    EXPECT_TRUE(FolderLock(folder.Path(), 0ms));
-}
-
-TEST(FolderLock, WhatCannotBeLockedIsUsedWithout) {
-    const test::TempFolder folder;
-    folder.Write("file", "");
-    const std::string none[] = {"", folder.Path("none"), folder.Path("file"), "/proc/self"};
-    for (const std::string& path : none) {
-        EXPECT_TRUE(FolderLock(path, 0ms)) << path;
-    }
 }
 
 } // namespace

@@ -112,13 +112,18 @@ ParseError Document::ReadFile(const std::string& path) {
     return m_parser.ParseStream(*reader, limit, *m_tree);
 }
 
-bool Document::Save(const std::string& path) const {
-    const Serialized saved = SerializeToReload(m_tree->DocumentNode());
+std::optional<std::string> Document::TextToSave() const {
+    Serialized saved = SerializeToReload(m_tree->DocumentNode());
     const std::uint64_t limit = nqp2::MaxXmlFileSize();
     if (saved.text.size() > limit || m_tree->BytesUsed() > limit || !LoadsAgain(saved)) {
-        return false;
+        return std::nullopt;
     }
-    return static_cast<bool>(platform::Files().WriteWhole(path, saved.text));
+    return std::move(saved.text);
+}
+
+bool Document::Save(const std::string& path) const {
+    const std::optional<std::string> text = TextToSave();
+    return text && platform::Files().WriteWhole(path, *text);
 }
 
 std::shared_ptr<Node> Document::DocumentNode() const {

@@ -10,6 +10,7 @@
 #include "xml/dom/tree.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,7 +34,10 @@ public:
     /// Empties it after a load that could not even be carried out.
     void Fail(std::string reason);
 
-    /// Writes the document; the old file stays whole when that fails.
+    /// The text of the document as it is saved; nothing when it could not be loaded again.
+    [[nodiscard]] std::optional<std::string> TextToSave() const;
+    /// Writes the document; the old file stays whole when that fails. A link is not replaced, nor
+    /// the file behind it.
     [[nodiscard]] bool Save(const std::string& path) const;
 
     [[nodiscard]] const ParseError& LastError() const { return m_error; }
