@@ -9,6 +9,7 @@
 #include "parser/NQP2Parser.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
+#include "programs/copy/copier.h"
 #include "tests/channel/channel_test.h"
 #include "tests/support/child_process.h"
 #include "tests/worker/essence_maker.h"
@@ -18,7 +19,6 @@
 #include "worker/clip_import.h"
 #include "worker/icon_bitmap.h"
 #include "worker/recording.h"
-#include "worker/verified_copy.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -42,13 +42,13 @@ protected:
 
     Outcome Import(const std::string& to) {
         m_watch = {};
-        return ImportClip({m_card.Root(), L"0001AB", InterfaceRoot(to)}, kSmallestBlock, m_watch,
-                          m_sizes);
+        return ImportClip({m_card.Root(), L"0001AB", InterfaceRoot(to)}, copy::kSmallestBlock,
+                          m_watch, m_sizes);
     }
     Outcome Export(const std::string& to) {
         m_watch = {};
-        return ExportClips({InterfaceRoot(to), m_card.Root(), {L"0001AB"}}, kSmallestBlock, m_watch,
-                           m_sizes);
+        return ExportClips({InterfaceRoot(to), m_card.Root(), {L"0001AB"}}, copy::kSmallestBlock,
+                           m_watch, m_sizes);
     }
     static Outcome Icon(const std::string& card, const CString& name = L"0001AB") {
         return WriteIcon(InterfaceRoot(card), name, std::string(12, 'x'), {2, 2});
@@ -133,7 +133,7 @@ TEST_F(MediumTest, OneThatFillsUpLeavesNothingHalf) {
 TEST_F(MediumTest, OneThatIsReadOnlyIsReadAndNeverWritten) {
     const int result = WithMedium(m_to.Path(), "4m", [&] {
         CopyTo(m_to.Path());
-        std::filesystem::remove(m_to.Path("CONTENTS/VIDEO/0001AB.MXF"));
+        std::filesystem::remove(m_to.Path("CONTENTS/ICON/0001AB.BMP"));
         const auto without = FilesBelow(m_to.Path());
         MakeReadOnly(m_to.Path());
         for (const Outcome& outcome : {Import(m_to.Path()), Export(m_to.Path()), Icon(m_to.Path()),
@@ -145,7 +145,7 @@ TEST_F(MediumTest, OneThatIsReadOnlyIsReadAndNeverWritten) {
         const test::TempFolder away;
         m_watch = {};
         EXPECT_TRUE(ImportClip({InterfaceRoot(m_to.Path()), L"0001AB", InterfaceRoot(away.Path())},
-                               kSmallestBlock, m_watch, m_sizes));
+                               copy::kSmallestBlock, m_watch, m_sizes));
         EXPECT_TRUE(FilesBelow(away.Path()) == without);
     });
     if (result == kCannotMount) {
@@ -267,15 +267,15 @@ TEST_F(MediumTest, NamesThatNoCardHoldsFailWithAReason) {
           CString(L"E:b"), CString(L""), CString(L"."), CString(L"..")}) {
         m_watch = {};
         const Outcome outcomes[] = {ImportClip({m_card.Root(), name, InterfaceRoot(m_to.Path())},
-                                               kSmallestBlock, m_watch, m_sizes),
+                                               copy::kSmallestBlock, m_watch, m_sizes),
                                     ExportClips({InterfaceRoot(m_to.Path()), m_card.Root(), {name}},
-                                                kSmallestBlock, m_watch, m_sizes),
+                                                copy::kSmallestBlock, m_watch, m_sizes),
                                     DeleteClip(name, InterfaceRoot(m_to.Path()))};
         for (const Outcome& outcome : outcomes) {
             EXPECT_FALSE(outcome.error.empty()) << name.GetLength();
         }
     }
-    EXPECT_THAT(Icon(m_to.Path(), CString(L'\x3042', 240)).error, HasSubstr("too long"));
+    EXPECT_THAT(Icon(m_to.Path(), CString(L'\x3042', 240)).error, HasSubstr("no clip"));
     EXPECT_TRUE(FilesBelow(m_to.Path()) == m_source);
 }
 
