@@ -20,12 +20,16 @@
 #include "worker/icon_bitmap.h"
 #include "worker/recording.h"
 
+#include <atomic>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace nqp2::worker {
 namespace {
@@ -205,6 +209,79 @@ TEST_F(MediumTest, NothingIsWrittenOrRemovedThroughLinks) {
         static_cast<void>(Record(to.Path(), {}));
         static_cast<void>(DeleteClip(L"0001AB", InterfaceRoot(to.Path())));
         EXPECT_TRUE(FilesBelow(outside.Path()) == m_source) << "what the link leads to";
+    }
+    ExpectSourceUntouched();
+}
+
+/// Puts a link in a folder's place and the folder back again, over and over.
+class Swapper {
+public:
+    Swapper(std::string folder, const std::string& outside)
+        : m_folder(std::move(folder)), m_link(m_folder + "-link") {
+        std::filesystem::create_symlink(outside, m_link);
+        m_thread = std::thread([this] {
+            while (!m_ends) {
+                Swap();
+            }
+        });
+    }
+    Swapper(const Swapper&) = delete;
+    Swapper& operator=(const Swapper&) = delete;
+    ~Swapper() {
+        m_ends = true;
+        m_thread.join();
+        if (std::filesystem::is_symlink(m_folder)) {
+            Swap();
+        }
+        std::filesystem::remove(m_link);
+    }
+
+private:
+    void Swap() const {
+        renameat2(AT_FDCWD, m_folder.c_str(), AT_FDCWD, m_link.c_str(), RENAME_EXCHANGE);
+    }
+
+    std::string m_folder;
+    std::string m_link;
+    std::atomic<bool> m_ends = false;
+    std::thread m_thread;
+};
+
+/// A few races of each kind; NQP2_RACES=16 runs 768 of them.
+TEST_F(MediumTest, NothingOutsideIsTouchedWhileFoldersAreSwappedForLinks) {
+    const char* const asked = std::getenv("NQP2_RACES");
+    const int races = asked != nullptr ? std::atoi(asked) : 1;
+    const char* const folders[] = {"CONTENTS",       "CONTENTS/CLIP",  "CONTENTS/VIDEO",
+                                   "CONTENTS/AUDIO", "CONTENTS/PROXY", "CONTENTS/ICON"};
+    using Request = std::function<Outcome(const std::string&)>;
+    const Request arriving[] = {[&](const std::string& to) { return Import(to); },
+                                [&](const std::string& to) { return Export(to); }};
+    const Request changing[] = {
+        [](const std::string& to) { return DeleteClip(L"0001AB", InterfaceRoot(to)); },
+        [](const std::string& to) { return Icon(to); }};
+    const auto race = [&](const Request& request, bool hasClip, const char* folder) {
+        const test::TempFolder outside;
+        const test::TempFolder to;
+        CopyTo(outside.Path());
+        CopyTo(to.Path());
+        for (const auto& [name, content] : hasClip ? decltype(m_source)() : m_source) {
+            std::filesystem::remove(outside.Path(name));
+            std::filesystem::remove(to.Path(name));
+        }
+        const auto before = FilesBelow(outside.Path());
+        {
+            const Swapper swapper(to.Path(folder), outside.Path(folder));
+            static_cast<void>(request(to.Path()));
+        }
+        EXPECT_TRUE(FilesBelow(outside.Path()) == before) << folder;
+    };
+    for (int i = 0; i < 2 * races; ++i) {
+        for (const char* folder : folders) {
+            for (int kind = 0; kind < 2; ++kind) {
+                race(arriving[kind], false, folder);
+                race(changing[kind], true, folder);
+            }
+        }
     }
     ExpectSourceUntouched();
 }
