@@ -40,9 +40,8 @@ namespace {
 
 /// Runs of zeros become holes where the file system has such.
 bool IsZero(std::string_view bytes) {
-    return bytes.empty() ||
-           (bytes.front() == '\0' &&
-            std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
+    return bytes.empty() || (bytes.front() == '\0' &&
+                             std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
 }
 
 Outcome Changed(const std::string& path) {
@@ -127,8 +126,7 @@ Outcome Copier::ReadBack(platform::FileWriter& writer, const std::string& target
     Digest digest;
     for (std::uint64_t position = 0; position < size;) {
         std::size_t count = 0;
-        if (const IoStatus status =
-                writer.ReadAt(position, m_block.data(), m_block.size(), count);
+        if (const IoStatus status = writer.ReadAt(position, m_block.data(), m_block.size(), count);
             !status) {
             return Failure("read back", target, status);
         }

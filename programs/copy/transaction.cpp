@@ -230,19 +230,31 @@ Outcome Transaction::CheckSpace() {
                                     std::to_string(free) + " are free.");
 }
 
-Outcome Transaction::Write(Copier& copier, std::uint64_t& written) {
-    for (Pending& pending : m_missing) {
-        const Item& item = *pending.item;
+Outcome Transaction::Begin(Pending& pending) {
+    const Item& item = *pending.item;
+    Place& place = *pending.place;
+    IoStatus status{IoError::NotFound, {}};
+    // Once more where another transaction has taken back the folder that it had made.
+    for (int tries = 0; tries < 2 && status.error == IoError::NotFound; ++tries) {
         Outcome outcome =
-            pending.place->folder != nullptr ? Outcome() : MakePlace(*pending.place, item.folder);
+            place.folder != nullptr && tries == 0 ? Outcome() : MakePlace(place, item.folder);
         if (!outcome) {
             return outcome;
         }
-        const std::string path = PathIn(pending.place->path, item.name);
-        if (const auto status = pending.place->folder->Create(item.name, pending.writer); !status) {
-            return Failure("write", path, status);
+        status = place.folder->Create(item.name, pending.writer);
+    }
+    return status ? Outcome() : Failure("write", PathIn(place.path, item.name), status);
+}
+
+Outcome Transaction::Write(Copier& copier, std::uint64_t& written) {
+    for (Pending& pending : m_missing) {
+        const Item& item = *pending.item;
+        Outcome outcome = Begin(pending);
+        if (outcome) {
+            outcome =
+                copier.Copy(item.source, PathIn(pending.place->path, item.name), *pending.writer);
         }
-        if (outcome = copier.Copy(item.source, path, *pending.writer); !outcome) {
+        if (!outcome) {
             return outcome;
         }
         written += item.source.size;

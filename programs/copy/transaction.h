@@ -81,6 +81,8 @@ private:
     Outcome Step(const std::shared_ptr<platform::Folder>& above, const std::string& name,
                  std::shared_ptr<platform::Folder>& folder);
     Outcome LookAt(const Item& item, Copier& copier);
+    /// Makes an item's file, under a hidden name, and its folder.
+    Outcome Begin(Pending& pending);
     void TakeBack(std::size_t named);
 
     std::shared_ptr<platform::Folder> m_root;
