@@ -90,6 +90,7 @@ private:
             return m_owner.OpenFolder(m_path, folder);
         }
         IoStatus MakeFolder(const std::string&) override { return {}; }
+        IoStatus RemoveFolder(const std::string&) override { return {}; }
         IoStatus Stat(const std::string& name, FileInfo& info) override {
             return m_owner.Stat(name == "USERDATA" ? name + "/" : name, info);
         }

@@ -99,6 +99,14 @@ public:
         return status;
     }
 
+    IoStatus RemoveFolder(const std::string& name) override {
+        if (!IsEntryName(name)) {
+            return BadName();
+        }
+        return unlinkat(Get(), name.c_str(), AT_REMOVEDIR) == 0 ? m_handle->Flush()
+                                                                : SystemStatus(errno);
+    }
+
     IoStatus Stat(const std::string& name, FileInfo& info) override {
         return IsEntryName(name) ? StatAt(Get(), name.c_str(), Links::Refuse, info) : BadName();
     }

@@ -40,6 +40,8 @@ public:
     /// Makes a folder and brings its name onto the medium; none is left after a failure. Exists
     /// when the name is taken.
     virtual IoStatus MakeFolder(const std::string& name) = 0;
+    /// Removes a folder that is empty, flushed.
+    virtual IoStatus RemoveFolder(const std::string& name) = 0;
 
     /// What has the name; a link is told as such.
     virtual IoStatus Stat(const std::string& name, FileInfo& info) = 0;

@@ -30,6 +30,13 @@ FolderIndex FolderIndex::Read(const std::string& folder) {
     return index;
 }
 
+FolderIndex FolderIndex::Of(std::vector<FolderEntry> entries) {
+    FolderIndex index;
+    index.m_entries = std::move(entries);
+    index.FillBuckets();
+    return index;
+}
+
 void FolderIndex::FillBuckets() {
     const std::size_t count = std::bit_ceil(m_entries.size());
     std::vector<std::size_t> bucketOfEntry;

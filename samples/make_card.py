@@ -13,7 +13,7 @@ sys.dont_write_bytecode = True  # no litter beside the sources
 from card import avchd, bulk, demo
 from card.media import CardError, CardWriter, FolderWriter
 
-DEMO_ESSENCE_SIZE = 512
+ESSENCE_SIZE = 512
 
 
 def _number(low: int, high: int):
@@ -38,8 +38,8 @@ def _arguments() -> argparse.Namespace:
                         help="with --clips: about how large each metadata file is, "
                              f"{bulk.SIZE_MIN} to {bulk.SIZE_MAX} (default: mixed)")
     parser.add_argument("--essence-size", type=_number(0, 1 << 30), metavar="BYTES",
-                        help="size of each placeholder for media "
-                             f"(default: {DEMO_ESSENCE_SIZE}, with --clips 0)")
+                        help="size of each placeholder for media, which the metadata tells "
+                             f"(default: {ESSENCE_SIZE}; with --clips files without content)")
     parser.add_argument("--force", action="store_true",
                         help="replace what is in the folder if this script made it")
     arguments = parser.parse_args()
@@ -52,16 +52,16 @@ def _arguments() -> argparse.Namespace:
     if arguments.kind == "avchd" and (arguments.clips or 0) > avchd.MAX_CLIPS:
         parser.error(f"an AVCHD card has at most {avchd.MAX_CLIPS} clips")
     if arguments.essence_size is None:
-        arguments.essence_size = 0 if arguments.clips else DEMO_ESSENCE_SIZE
+        arguments.essence_size = ESSENCE_SIZE
     return arguments
 
 
 def _make_p2(arguments: argparse.Namespace) -> None:
-    card = CardWriter(arguments.out, arguments.essence_size, arguments.force)
+    card = CardWriter(arguments.out, arguments.force)
     if arguments.clips:
-        bulk.make(card, arguments.clips, arguments.size)
+        bulk.make(card, arguments.clips, arguments.size, arguments.essence_size)
     else:
-        demo.make(card)
+        demo.make(card, arguments.essence_size)
 
 
 def _make_other(arguments: argparse.Namespace) -> None:

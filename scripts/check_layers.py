@@ -27,7 +27,8 @@ MAY_INCLUDE = {
     "avchd": READERS | {"bridge"},
     "bridge": READERS | {"channel"},
     "parser": READERS | set(SUBJECTS),
-    "worker": READERS | {"bridge", "capacity", "channel", "parser"},
+    "programs/copy": BASE,
+    "worker": READERS | {"bridge", "capacity", "channel", "parser", "programs/copy"},
 }
 # These see of the library what a host sees: the exported headers.
 HOSTS = ("tools", "examples")

@@ -3,44 +3,58 @@
 
 #include "worker/clip_delete.h"
 
-#include "platform/file_system.h"
 #include "worker/card_folder.h"
 #include "worker/clip_files.h"
 
 #include <algorithm>
 
 namespace nqp2::worker {
+namespace {
 
-Outcome DeleteClip(const CString& clipName, const CString& cardRoot) {
-    std::string contents;
-    std::vector<ClipFile> files;
-    Outcome outcome = CheckClipName(clipName);
-    if (outcome) {
-        outcome = FindContents(cardRoot, contents);
-    }
-    if (outcome) {
-        outcome = CheckFoldersAreNoLinks(contents);
-    }
-    if (outcome) {
-        outcome = FindClipFiles(contents, clipName, files);
-    }
-    if (outcome && files.empty()) {
-        outcome = MissingClip(contents, clipName);
-    }
-    if (!outcome) {
-        return outcome;
-    }
-    std::reverse(files.begin(), files.end());
-    for (const ClipFile& file : files) {
-        const platform::IoStatus status = platform::Files().RemoveFile(file.path);
+platform::IoStatus Remove(platform::Folder& contents, const ClipFile& file) {
+    std::unique_ptr<platform::Folder> folder;
+    platform::IoStatus status = contents.OpenFolder(file.placed, folder);
+    return status ? folder->RemoveFile(file.name) : status;
+}
+
+/// The metadata first: a clip that shows is whole. Metadata that stay keep all others too.
+Outcome RemoveFiles(platform::Folder& contents, const std::vector<ClipFile>& files) {
+    Outcome outcome;
+    for (auto file = files.rbegin(); file != files.rend(); ++file) {
+        const platform::IoStatus status = Remove(contents, *file);
         if (!status && outcome) {
-            outcome = Failure("delete", file.path, status);
+            outcome =
+                Failure("delete", contents.Path() + "/" + file->placed + "/" + file->name, status);
         }
-        if (!outcome && file.part == ClipPart::Metadata) {
+        if (!outcome && file->part == ClipPart::Metadata) {
             break;
         }
     }
     return outcome;
+}
+
+} // namespace
+
+Outcome DeleteClip(const CString& clipName, const CString& cardRoot) {
+    CardFolders card;
+    Outcome outcome = CheckClipName(clipName);
+    if (outcome) {
+        outcome = OpenCard(cardRoot, card);
+    }
+    // A card on which no name can be kept, a full one for instance, is cleared all the same.
+    std::unique_ptr<platform::NameLock> lock;
+    if (outcome && card.root->LockName(Shown(clipName), lock).error == platform::IoError::Busy) {
+        outcome = Failure("A transfer is working on " + Shown(clipName) + " in " +
+                          card.root->Path() + ".");
+    }
+    std::vector<std::vector<ClipFile>> files;
+    if (outcome) {
+        outcome = FindClipFiles(ListInFolder(card.contents.get()), {&clipName, 1}, files);
+    }
+    if (outcome && files.front().empty()) {
+        outcome = MissingClip(card.contents->Path(), clipName);
+    }
+    return outcome ? RemoveFiles(*card.contents, files.front()) : outcome;
 }
 
 } // namespace nqp2::worker

@@ -14,6 +14,7 @@ struct ExportRequest {
     CString cardRoot;
     CString source; ///< folder that holds a CONTENTS tree
     std::vector<CString> clipNames;
+    bool incomplete = false; ///< takes clips that are not whole
 };
 
 /// Copies clips from a folder onto a card, all or none, under free names where theirs are taken.

@@ -3,50 +3,57 @@
 
 #pragma once
 
+#include "parser/clip_content.h"
 #include "platform/CString.h"
+#include "platform/folder.h"
 #include "worker/outcome.h"
 
-#include <array>
-#include <cstdint>
+#include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
-/// Which files belong to a clip.
+/// Which files of clips a card or folder holds.
 namespace nqp2::worker {
 
-enum class ClipPart { Video, Audio, Other, Metadata };
-inline constexpr std::size_t kClipParts = 4;
+using parser::ClipPart;
+using parser::kClipParts;
 
+/// A file that bears a clip's name.
 struct ClipFile {
     ClipPart part = ClipPart::Other;
     std::string folder; ///< the layout's name below CONTENTS: "VIDEO"
     std::string suffix; ///< what follows the clip's name: "00.MXF"
-    std::string path;   ///< the file as it stands on disk
-    std::uint64_t size = 0;
+    std::string placed; ///< the folder as it is spelled on disk
+    std::string name;   ///< and the file
+    platform::EntryKind kind = platform::EntryKind::File;
 };
 
-/// The files of a clip below a CONTENTS folder, its metadata file last. Empty when there are none.
-/// Fails when a folder or file cannot be looked at.
-Outcome FindClipFiles(const std::string& contents, const CString& clipName,
-                      std::vector<ClipFile>& files);
+/// Lists a folder of a CONTENTS folder; `placed` receives its spelling.
+using ListFolder = std::function<platform::IoStatus(const std::string& folder, std::string& placed,
+                                                    std::vector<platform::FolderEntry>& entries)>;
+/// Of what is only read: links are followed.
+ListFolder ListByPath(const std::string& contents);
+/// Of what is written to: none is followed. Nothing is there when `contents` is null, which
+/// outlives the answer otherwise.
+ListFolder ListInFolder(platform::Folder* contents);
+
+/// For each clip its files, the metadata last, in one go through the folders. Fails when a folder
+/// cannot be read to its end, which would make a clip look smaller.
+Outcome FindClipFiles(const ListFolder& list, std::span<const CString> clips,
+                      std::vector<std::vector<ClipFile>>& files);
+
+/// The upper-case name of a clip for each file of one: the names that are taken.
+Outcome TakenNames(const ListFolder& list, std::vector<std::wstring>& names);
+
+/// Whether the two are the same part of clips.
+bool HaveSameRole(const ClipFile& left, const ClipFile& right);
 
 /// The failure of whatever wants a clip that the CONTENTS folder does not hold.
 Outcome MissingClip(const std::string& contents, const CString& clipName);
 
-/// The files of a clip as FindClipFiles gives them, for a name that may be none. Fails when the clip
-/// has no metadata file.
-Outcome CollectClip(const std::string& contents, const CString& clipName,
-                    std::vector<ClipFile>& files);
-
-/// The folders below CONTENTS that hold files of clips.
-std::vector<std::string> ClipFolders();
-
-/// Fails when a CONTENTS folder or one of those is a link: nothing is written or removed through it,
-/// for it may lead anywhere.
+/// Fails when a CONTENTS folder or one below it that holds files of clips is a link: nothing is
+/// written or removed through it, for it may lead anywhere.
 Outcome CheckFoldersAreNoLinks(const std::string& contents);
-
-/// The upper-case name of a clip for each file of a clip that stands below a CONTENTS folder: the
-/// names that are taken there.
-Outcome TakenNames(const std::string& contents, std::vector<std::wstring>& names);
 
 } // namespace nqp2::worker

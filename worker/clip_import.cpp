@@ -3,7 +3,6 @@
 
 #include "worker/clip_import.h"
 
-#include "platform/unicode.h"
 #include "worker/card_folder.h"
 
 namespace nqp2::worker {
@@ -12,10 +11,10 @@ Outcome ImportClip(const ImportRequest& request, std::size_t blockSize, Transfer
                    TransferSizes& sizes) {
     std::string contents;
     std::string target;
-    std::vector<ClipFile> files;
+    std::vector<SourceClip> clips;
     Outcome outcome = FindContents(request.cardRoot, contents);
     if (outcome) {
-        outcome = CollectClip(contents, request.clipName, files);
+        outcome = ReadSourceClips(contents, {&request.clipName, 1}, request.incomplete, clips);
     }
     if (outcome) {
         outcome = ResolveRoot(request.destination, target);
@@ -23,12 +22,21 @@ Outcome ImportClip(const ImportRequest& request, std::size_t blockSize, Transfer
     if (!outcome) {
         return outcome;
     }
-    std::vector<TransferItem> items;
-    const std::string name = platform::NameBytesFromText(request.clipName.View());
-    for (const ClipFile& file : files) {
-        items.push_back(ItemFor(file, name));
+    std::vector<copy::Item> items;
+    for (const SourceFile& file : clips.front().files) {
+        sizes.Count(file.part, file.info.size);
+        items.push_back(ItemFor(file));
     }
-    return RunTransfer(target, items, blockSize, watch, sizes);
+    sizes.lacks = Lacks(clips);
+    copy::Copier copier(blockSize, BytesOf(clips), watch);
+    copy::Transaction transaction;
+    if (outcome = copier.Begin(); outcome) {
+        outcome = transaction.Open(target, true);
+    }
+    if (outcome) {
+        outcome = transaction.Reserve(Shown(request.clipName));
+    }
+    return outcome ? RunTransfer(transaction, items, copier, sizes) : outcome;
 }
 
 } // namespace nqp2::worker

@@ -11,7 +11,8 @@ namespace nqp2::worker {
 struct ImportRequest {
     CString cardRoot;
     CString clipName;
-    CString destination; ///< receives a CONTENTS tree; made when missing
+    CString destination;     ///< receives a CONTENTS tree; made when missing
+    bool incomplete = false; ///< takes a clip that is not whole
 };
 
 /// Copies a clip from a card to a folder.

@@ -56,9 +56,8 @@ public:
             return;
         }
         const std::string identifier = TextOf(m_document.SelectSingle(path + "/GlobalClipID"));
-        const std::string& own = entry->second.identifier;
         // Another card's clip of that name is not meant.
-        if (identifier.empty() || own.empty() || KeyOf(identifier) == KeyOf(own)) {
+        if (MayBeSame(identifier, entry->second.identifier)) {
             Set(name, entry->second.newName);
         }
     }
@@ -80,13 +79,26 @@ private:
 
 } // namespace
 
-Outcome ReadIdentifier(std::string_view xml, const std::string& path, std::string& identifier) {
+Outcome ReadFacts(std::string_view xml, const std::string& path, ClipFacts& facts) {
     Document document(dom::SelectionRule::Names::Qualified);
-    Outcome outcome = Load(xml, path, document);
-    if (outcome) {
-        identifier = TextOf(document.SelectSingle(std::string(kClip) + "/GlobalClipID"));
+    if (Outcome outcome = Load(xml, path, document); !outcome) {
+        return outcome;
     }
-    return outcome;
+    const auto text = [&](const std::string& below) {
+        return TextOf(document.SelectSingle(std::string(kClip) + below));
+    };
+    facts.identifier = text("/GlobalClipID");
+    for (const char* relation : kRelated) {
+        const std::string below = std::string("/Relation/Connection/") + relation;
+        facts.related.push_back(
+            {platform::TextFromUtf8(text(below + "/ClipName")), text(below + "/GlobalClipID")});
+    }
+    facts.essence = parser::EssenceOf(document);
+    return {};
+}
+
+bool MayBeSame(const std::string& left, const std::string& right) {
+    return left.empty() || right.empty() || KeyOf(left) == KeyOf(right);
 }
 
 Outcome RenameInMetadata(std::string_view xml, const std::string& path, const CString& oldName,

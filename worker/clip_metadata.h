@@ -3,12 +3,14 @@
 
 #pragma once
 
+#include "parser/clip_content.h"
 #include "platform/CString.h"
 #include "worker/outcome.h"
 
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Reading and changing what a clip's metadata file says about names.
 namespace nqp2::worker {
@@ -20,8 +22,24 @@ struct RenamedClip {
 };
 using RenamedClips = std::map<std::wstring, RenamedClip>;
 
-/// The GlobalClipID of a metadata file; empty when it has none. Fails when it is no clip's.
-Outcome ReadIdentifier(std::string_view xml, const std::string& path, std::string& identifier);
+/// Another clip as a relation names it.
+struct RelatedClip {
+    CString name;
+    std::string identifier; ///< may be empty
+};
+
+/// What a transfer has to know of a clip's metadata.
+struct ClipFacts {
+    std::string identifier; ///< GlobalClipID; may be empty
+    std::vector<RelatedClip> related;
+    std::vector<parser::ClipEssence> essence;
+};
+
+/// Fails when the file is not the metadata of a clip.
+Outcome ReadFacts(std::string_view xml, const std::string& path, ClipFacts& facts);
+
+/// Whether two identifiers can be those of one clip: an empty one may be any.
+bool MayBeSame(const std::string& left, const std::string& right);
 
 /// The metadata with the clip's own name and its relations' names as they are now. `changed` tells
 /// whether anything had to be; else `rewritten` is `xml`, byte for byte.

@@ -4,8 +4,6 @@
 #include "worker/free_clip_name.h"
 
 #include "platform/case_fold.h"
-#include "worker/clip_files.h"
-
 #include <algorithm>
 #include <optional>
 #include <string_view>
@@ -34,8 +32,12 @@ std::optional<int> NumberOf(std::wstring_view name) {
 } // namespace
 
 Outcome ClipNames::Read(const std::string& contents) {
+    return Read(ListByPath(contents));
+}
+
+Outcome ClipNames::Read(const ListFolder& list) {
     std::vector<std::wstring> names;
-    Outcome outcome = TakenNames(contents, names);
+    Outcome outcome = TakenNames(list, names);
     m_taken = std::set<std::wstring>(names.begin(), names.end());
     return outcome;
 }

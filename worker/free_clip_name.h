@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/CString.h"
+#include "worker/clip_files.h"
 #include "worker/outcome.h"
 
 #include <set>
@@ -16,6 +17,8 @@ class ClipNames {
 public:
     /// Reads the names of all clip files below a CONTENTS folder.
     Outcome Read(const std::string& contents);
+    /// The same through an open folder.
+    Outcome Read(const ListFolder& list);
     [[nodiscard]] bool IsTaken(const CString& name) const;
     void Take(const CString& name);
     /// A free name: the four digits of `wanted` count up, from 9999 on to 0001, and its last two

@@ -3,8 +3,6 @@
 
 #include "worker/icon_bitmap.h"
 
-#include "platform/case_blind.h"
-#include "platform/file_system.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
 #include "worker/clip_files.h"
@@ -43,17 +41,37 @@ std::string Head(const SIZE& size, std::uint32_t imageSize) {
     return head;
 }
 
-/// Replaces the icon of that name, and takes away what was left of one that a killed worker wrote.
-Outcome PutIcon(const std::string& contents, const std::string& name, const std::string& bitmap) {
-    const std::string folder = FolderBelow(contents, "ICON");
-    const std::string path = platform::FindTarget(platform::Files(), folder + "/" + name);
-    if (platform::IsLink(path)) {
-        return Failure(path + " is a link, through which nothing is written.");
+/// Fails unless the card holds the clip's metadata.
+Outcome RequireClip(platform::Folder& contents, const CString& clipName) {
+    std::string found;
+    std::unique_ptr<platform::Folder> folder;
+    platform::IoStatus status = OpenBelow(contents, "CLIP", folder);
+    if (status) {
+        status = FindIn(*folder, platform::NameBytesFromText(clipName.View()) + ".XML", found);
     }
-    static_cast<void>(platform::Files().RemoveAbandoned(folder));
-    const auto status = platform::EnsureFolder(folder)
-                            ? platform::Files().WriteWhole(path, bitmap)
-                            : platform::IoStatus{platform::IoError::Other, "no folder for icons"};
+    if (status.error == platform::IoError::NotFound) {
+        return MissingClip(contents.Path(), clipName);
+    }
+    return status
+               ? Outcome()
+               : Failure("look for the clip " + Shown(clipName) + " in", contents.Path(), status);
+}
+
+/// Replaces the icon of that name, and takes away what was left of one that a killed worker wrote.
+Outcome PutIcon(platform::Folder& contents, const std::string& name, const std::string& bitmap) {
+    std::unique_ptr<platform::Folder> folder;
+    std::string path = contents.Path() + "/ICON";
+    platform::IoStatus status = MakeBelow(contents, "ICON", folder);
+    std::string target;
+    if (status) {
+        static_cast<void>(folder->RemoveAbandoned());
+        path = folder->Path() + "/" + name;
+        status = FindTargetIn(*folder, name, target);
+    }
+    if (status) {
+        path = folder->Path() + "/" + target;
+        status = folder->WriteWhole(target, bitmap);
+    }
     return status ? Outcome() : Failure("write", path, status);
 }
 
@@ -86,21 +104,21 @@ Outcome MakeBitmap(std::string_view pixels, const SIZE& size, std::string& bitma
 Outcome WriteIcon(const CString& cardRoot, const CString& clipName, std::string_view pixels,
                   const SIZE& size) {
     std::string bitmap;
-    std::string contents;
+    CardFolders card;
     Outcome outcome = MakeBitmap(pixels, size, bitmap);
     if (outcome) {
         outcome = CheckClipName(clipName);
     }
     if (outcome) {
-        outcome = FindContents(cardRoot, contents);
+        outcome = OpenCard(cardRoot, card);
     }
     if (outcome) {
-        outcome = CheckFoldersAreNoLinks(contents);
+        outcome = RequireClip(*card.contents, clipName);
     }
     if (!outcome) {
         return outcome;
     }
-    return PutIcon(contents, platform::NameBytesFromText(clipName.View()) + ".BMP", bitmap);
+    return PutIcon(*card.contents, platform::NameBytesFromText(clipName.View()) + ".BMP", bitmap);
 }
 
 } // namespace nqp2::worker

@@ -16,7 +16,8 @@ namespace nqp2::worker {
 /// Fails unless there are exactly as many as the size says.
 Outcome MakeBitmap(std::string_view pixels, const SIZE& size, std::string& bitmap);
 
-/// Writes CONTENTS/ICON/clipName.BMP, in place of the icon that stands there.
+/// Writes CONTENTS/ICON/clipName.BMP, in place of the icon that is there. Fails when the card does
+/// not hold that clip.
 Outcome WriteIcon(const CString& cardRoot, const CString& clipName, std::string_view pixels,
                   const SIZE& size);
 

@@ -24,6 +24,10 @@ std::string_view Run(const unsigned char* data, std::uint64_t length) {
                            : std::string_view(reinterpret_cast<const char*>(data), length);
 }
 
+/// Bits of the transfer record's value 2: what the host asks for and what the answer tells.
+constexpr std::uint32_t kTakeIncomplete = 1;
+constexpr std::uint32_t kWasIncomplete = 2;
+
 void FillSizes(const TransferSizes& sizes, stu_R8P2TransInfo& info) {
     const auto bytes = [&](ClipPart part) { return sizes.byPart[static_cast<std::size_t>(part)]; };
     info.size1 = sizes.total;
@@ -33,6 +37,8 @@ void FillSizes(const TransferSizes& sizes, stu_R8P2TransInfo& info) {
     info.size5 = bytes(ClipPart::Metadata);
     info.size6 = bytes(ClipPart::Other);
     info.value1 = sizes.files;
+    info.value2 &= ~kWasIncomplete;
+    info.value2 |= sizes.lacks.empty() ? 0 : kWasIncomplete;
 }
 
 } // namespace
@@ -46,6 +52,12 @@ std::int32_t Operations::Result(const Outcome& outcome) {
         Fail(outcome.error);
     }
     return outcome ? kDone : bridge::kRefused;
+}
+
+void Operations::Tell(const TransferSizes& sizes, std::int32_t result) {
+    if (result == kDone && !sizes.lacks.empty()) {
+        Fail(sizes.lacks);
+    }
 }
 
 void Operations::KeepOffsets(const TransferProgress& progress) {
@@ -66,8 +78,10 @@ void Operations::SetSystemType(bridge::SystemTypeMessage& message) {
 void Operations::Import(bridge::ImportFileMessage& message) {
     TransferSizes sizes;
     TransferProgress progress(m_progress);
-    message.result = Result(ImportClip({message.info.text1, message.info.text2, message.info.text3},
+    message.result = Result(ImportClip({message.info.text1, message.info.text2, message.info.text3,
+                                        (message.info.value2 & kTakeIncomplete) != 0},
                                        m_blockSize, progress, sizes));
+    Tell(sizes, message.result);
     KeepOffsets(progress);
     FillSizes(sizes, message.info);
 }
@@ -81,11 +95,13 @@ void Operations::GetUploadOffset(bridge::UploadOffsetMessage& message) {
 void Operations::Export(bridge::ExportFileMessage& message) {
     TransferSizes sizes;
     TransferProgress progress(m_progress);
-    ExportRequest request = {message.info.text1, message.info.text3, {}};
+    ExportRequest request = {
+        message.info.text1, message.info.text3, {}, (message.info.value2 & kTakeIncomplete) != 0};
     for (const CString& name : message.names) {
         request.clipNames.push_back(name);
     }
     message.result = Result(ExportClips(request, m_blockSize, progress, sizes));
+    Tell(sizes, message.result);
     KeepOffsets(progress);
     FillSizes(sizes, message.info);
 }
@@ -104,7 +120,7 @@ void Operations::CreateIcon(bridge::IconMessage& message) {
 
 void Operations::SetWriteBlockSize(bridge::ValueMessage& message) {
     const auto size = static_cast<std::size_t>(std::max(message.value, 0));
-    if (size < kSmallestBlock || size > kLargestBlock) {
+    if (size < copy::kSmallestBlock || size > copy::kLargestBlock) {
         message.result = Result(
             Failure("Blocks of " + std::to_string(message.value) + " bytes are not written."));
         return;

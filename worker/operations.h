@@ -7,7 +7,7 @@
 #include "media/CodeType.h"
 #include "worker/progress_link.h"
 #include "worker/recording.h"
-#include "worker/verified_copy.h"
+#include "worker/transfer.h"
 
 #include <cstdint>
 #include <memory>
@@ -49,6 +49,8 @@ public:
 private:
     /// The result that stands for the outcome; a failure's sentence is kept.
     std::int32_t Result(const Outcome& outcome);
+    /// Keeps the sentence about clips that were taken although they are not whole.
+    void Tell(const TransferSizes& sizes, std::int32_t result);
     void KeepOffsets(const TransferProgress& progress);
     Outcome Start(std::uint32_t expectedFrames);
     Outcome Stop(bool keep);
@@ -56,7 +58,7 @@ private:
     ProgressLink& m_progress;
     std::string m_lastError;
     eP2_VIDEO_STANDARD m_standard = VS_50I;
-    std::size_t m_blockSize = kDefaultBlock;
+    std::size_t m_blockSize = copy::kDefaultBlock;
     std::uint32_t m_doneKiB = 0;
     std::uint32_t m_totalKiB = 0;
     std::optional<RecordingParameters> m_parameters;

@@ -3,29 +3,11 @@
 
 #pragma once
 
-#include "platform/io_status.h"
-
-#include <string>
-#include <utility>
+#include "programs/copy/outcome.h"
 
 namespace nqp2::worker {
 
-/// How an operation of the worker ended.
-struct [[nodiscard]] Outcome {
-    bool failed = false;
-    std::string error; ///< one sentence for a person, UTF-8
-
-    explicit operator bool() const { return !failed; }
-};
-
-inline Outcome Failure(std::string sentence) {
-    return {true, std::move(sentence)};
-}
-
-/// "Cannot <what> <path>: <the system's words>."
-inline Outcome Failure(const std::string& what, const std::string& path,
-                       const platform::IoStatus& status) {
-    return Failure("Cannot " + what + " " + path + ": " + status.reason + ".");
-}
+using copy::Failure;
+using copy::Outcome;
 
 } // namespace nqp2::worker

@@ -6,9 +6,10 @@
 #include "capacity/recording_cost.h"
 #include "platform/case_blind.h"
 #include "platform/unicode.h"
+#include "programs/copy/copier.h"
 #include "worker/card_folder.h"
 #include "worker/clip_files.h"
-#include "worker/verified_copy.h"
+#include "worker/transfer_watch.h"
 
 #include <algorithm>
 #include <array>
@@ -241,7 +242,8 @@ Outcome Recording::WriteMetadata(std::unique_ptr<platform::FileWriter>& writer,
         return Failure("write", path, status);
     }
     Unwatched watch;
-    return VerifiedCopier(kDefaultBlock, xml.size(), watch).Write(xml, path, *writer);
+    return copy::Copier(copy::kDefaultBlock, xml.size(), watch)
+        .Copy({path, xml.size(), xml, {}}, path, *writer);
 }
 
 Outcome Recording::NameFiles(platform::FileWriter& metadata, const std::string& metadataPath) {

@@ -3,19 +3,10 @@
 
 #pragma once
 
-#include <cstdint>
+#include "programs/copy/watch.h"
 
 namespace nqp2::worker {
 
-/// Hears how far a transfer has come and tells whether it shall go on.
-class TransferWatch {
-public:
-    virtual ~TransferWatch() = default;
-    /// Bytes done of bytes in all. Returns false to end the transfer.
-    [[nodiscard]] virtual bool GoesOn(std::uint64_t done, std::uint64_t total) = 0;
-    /// Told once, with everything verified and nothing under its final name yet. Returns false
-    /// to drop it all.
-    [[nodiscard]] virtual bool MayFinish(std::uint64_t total) = 0;
-};
+using TransferWatch = copy::Watch;
 
 } // namespace nqp2::worker

@@ -1,6 +1,6 @@
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Cards of any number of clips for measuring: rich metadata, empty essence."""
+"""Cards of any number of clips for measuring: rich metadata, hollow essence."""
 
 import random
 from datetime import datetime, timedelta
@@ -51,9 +51,10 @@ def clip_name(index: int) -> str:
 class _Generator:
     """Makes clip after clip; the size that the bare clip of a kind has is found once."""
 
-    def __init__(self, size: int | None):
+    def __init__(self, size: int | None, essence_size: int):
         self._random = random.Random(2024)
         self._size = size
+        self._essence_size = essence_size
         self._bare_sizes: dict[tuple[str, int], int] = {}
 
     def make(self, index: int) -> tuple[Clip, bytes]:
@@ -94,7 +95,8 @@ class _Generator:
             scenario={"ProgramName": "Evening magazine", "SceneNo.": f"{index % 90 + 10}",
                       "TakeNo.": f"{index % 9 + 1}"},
             news={"Reporter": pick(_PEOPLE), "Purpose": "Daily news", "Object": pick(_PLACES)},
-            proxy=Proxy("MOV" if index % 3 == 0 else "MP4", audio_count=4))
+            proxy=Proxy("MOV" if index % 3 == 0 else "MP4", audio_count=4),
+            essence_size=self._essence_size)
 
     def _memos(self, clip: Clip, count: int) -> list[Memo]:
         return [Memo(self._random.randrange(100, clip.duration), self._random.choice(_PEOPLE),
@@ -119,12 +121,12 @@ class _Generator:
         return 105 if style.indent is None else 105 + 5 + 28 * len(style.indent)
 
 
-def make(card: CardWriter, count: int, size: int | None) -> None:
+def make(card: CardWriter, count: int, size: int | None, essence_size: int) -> None:
     """Writes a card of `count` clips whose metadata takes about `size` bytes each, or, without a
-    size, anything from 4 to 8 KB."""
-    generator = _Generator(size)
+    size, anything from 4 to 8 KB. The media files have `essence_size` bytes without content."""
+    generator = _Generator(size, essence_size)
     for index in range(count):
         clip, metadata = generator.make(index)
-        card.add_clip(clip, metadata, icon=b"")
+        card.add_clip(clip, metadata, icon=b"", hollow=True)
     card.add_last_clip(clip_name(count - 1))
     card.finish()

@@ -11,7 +11,7 @@ from card.formats import Format
 NAMESPACE = "urn:schemas-Professional-Plug-in:P2:ClipMetadata:"
 CAMERA_NAMESPACE = "urn:schemas-Professional-Plug-in:P2:CameraMetadata:v1.2"
 DECLARATION = '<?xml version="1.0" encoding="UTF-8" standalone="no" ?>'
-ESSENCE_START = 32768
+ESSENCE_START = 32768  # bytes in front of the essence, of a file that has room for both
 
 
 @dataclass
@@ -82,6 +82,7 @@ class Clip:
     proxy: Proxy | None = None
     relation: Relation | None = None
     style: Style = field(default_factory=Style)
+    essence_size: int = 0  # bytes of each of its media files
     access: dict[str, str] = field(default_factory=dict)
     device: dict[str, str] = field(default_factory=dict)
     shooter: str | None = None
@@ -93,6 +94,12 @@ class Clip:
     @property
     def identifier(self) -> str:
         return umid(f"clip {self.name} {self.start}", self.instance)
+
+    @property
+    def essence_index(self) -> dict[str, int]:
+        """Where the essence lies in each media file: from there to the file's last byte."""
+        start = min(ESSENCE_START, self.essence_size // 2)
+        return {"StartByteOffset": start, "DataSize": self.essence_size - start}
 
 
 def umid(material: str, instance: int = 0) -> str:
@@ -178,22 +185,18 @@ def _add_video(essence: Element, clip: Clip) -> None:
         "StartBinaryGroup": "00000000",
         "AspectRatio": form.aspect,
     })
-    _add_group(video, "VideoIndex", {
-        "StartByteOffset": ESSENCE_START, "DataSize": clip.duration * form.frame_bytes})
+    _add_group(video, "VideoIndex", clip.essence_index)
 
 
 def _add_audio(essence: Element, clip: Clip, extra: dict[str, object]) -> None:
-    form = clip.format
-    samples = int(clip.duration / form.frames_per_second * 48000)
     audio = SubElement(essence, "Audio")
     fill(audio, {
         "AudioFormat": "MXF",
         "SamplingRate": 48000,
-        "BitsPerSample": form.audio_bits,
+        "BitsPerSample": clip.format.audio_bits,
         **extra,
     })
-    _add_group(audio, "AudioIndex", {
-        "StartByteOffset": ESSENCE_START, "DataSize": samples * form.audio_bits // 8})
+    _add_group(audio, "AudioIndex", clip.essence_index)
 
 
 def _add_relation(content: Element, relation: Relation) -> None:

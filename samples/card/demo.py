@@ -133,10 +133,10 @@ def _chain(clips: list[Clip], shot: str, serial_nos: list[str]) -> None:
         offset += clip.duration
 
 
-def _add_cut_off_clip(card: CardWriter) -> None:
+def _add_cut_off_clip(card: CardWriter, essence_size: int) -> None:
     """A clip whose metadata ends in the middle, as when a card is pulled while it is written."""
     clip = Clip("0017CX", FORMATS["avci100-1080-50i"], 425, "21:00:00:00",
-                "2024-05-17T21:00:00+02:00", "2024-05-17T21:00:17+02:00", user_name="Cut off")
+                "2024-05-17T21:00:00+02:00", "2024-05-17T21:00:17+02:00", user_name="Cut off", essence_size=essence_size)
     metadata = render(document(clip), clip.style)
     card.add_clip(clip, metadata[:len(metadata) * 3 // 5], bmp(scenes.colour_bars))
 
@@ -156,13 +156,14 @@ def _add_edits(card: CardWriter, clips: dict[str, Clip]) -> None:
                                       "0007H4": [(0, 1499)]}))
 
 
-def make(card: CardWriter) -> None:
-    """Writes the whole card."""
+def make(card: CardWriter, essence_size: int) -> None:
+    """Writes the whole card, with media files of that size."""
     clips = _single_clips() + _whole_take() + _cut_take()
     for clip, scene in clips:
+        clip.essence_size = essence_size
         metadata = render(document(clip), clip.style)
         card.add_clip(clip, metadata, bmp(scene), lower_case=clip.name == "0002AB")
-    _add_cut_off_clip(card)
+    _add_cut_off_clip(card, essence_size)
     card.write("CLIP", "._0001AB.XML", apple_double())
     _add_edits(card, {clip.name: clip for clip, _ in clips})
     card.add_last_clip("0017CX")

@@ -14,7 +14,6 @@ class Format:
     edit_unit: str
     aspect: str = "16:9"
     codec_class: str | None = None
-    frame_bytes: int = 576000  # video bytes of one frame, for plausible DataSize figures
     audio_bits: int = 16
     # Long-GOP and Intra families: raster in the metadata, video and audio in one AVCLIP file.
     raster: tuple[int, int] | None = None
@@ -34,28 +33,28 @@ _5994I = ("59.94i", "1001/30000")
 _5994P = ("59.94p", "1001/60000")
 
 FORMATS = {
-    "dv25-50i": Format("DV25_420", *_50I, aspect="4:3", frame_bytes=144000),
-    "dv25-5994i": Format("DV25_411", *_5994I, aspect="4:3", frame_bytes=120000),
-    "dv50-2997p": Format("DV50_422", "29.97p", "1001/30000", frame_bytes=240000),
-    "dv50-50i": Format("DV50_422", *_50I, frame_bytes=288000),
+    "dv25-50i": Format("DV25_420", *_50I, aspect="4:3"),
+    "dv25-5994i": Format("DV25_411", *_5994I, aspect="4:3"),
+    "dv50-2997p": Format("DV50_422", "29.97p", "1001/30000"),
+    "dv50-50i": Format("DV50_422", *_50I),
     "dv100-1080-50i": Format("DV100_1080/50i", *_50I),
     "dv100-1080-25p": Format("DV100_1080/50i", "25p", "1/25"),
-    "dv100-1080-5994i": Format("DV100_1080/59.94i", *_5994I, frame_bytes=480000),
-    "dv100-720-2398p": Format("DV100_720/59.94p", "23.98p", "1001/24000", frame_bytes=240000),
-    "dv100-720-5994p": Format("DV100_720/59.94p", *_5994P, frame_bytes=240000),
-    "avci50-1080-50i": Format("AVC-I_1080/50i", *_50I, codec_class="50", frame_bytes=288000),
+    "dv100-1080-5994i": Format("DV100_1080/59.94i", *_5994I),
+    "dv100-720-2398p": Format("DV100_720/59.94p", "23.98p", "1001/24000"),
+    "dv100-720-5994p": Format("DV100_720/59.94p", *_5994P),
+    "avci50-1080-50i": Format("AVC-I_1080/50i", *_50I, codec_class="50"),
     "avci100-1080-50i": Format("AVC-I_1080/50i", *_50I, codec_class="100"),
     "avci100-1080-5994i": Format(
-        "AVC-I_1080/59.94i", *_5994I, codec_class="100", frame_bytes=480000, audio_bits=24
+        "AVC-I_1080/59.94i", *_5994I, codec_class="100", audio_bits=24
     ),
     "avci50-720-5994p": Format(
-        "AVC-I_720/59.94p", *_5994P, codec_class="50", frame_bytes=120000, audio_bits=24
+        "AVC-I_720/59.94p", *_5994P, codec_class="50", audio_bits=24
     ),
     "avci200-1080-50p": Format(
-        "AVC-I_1080/25p", "50p", "1/50", codec_class="200", frame_bytes=576000, audio_bits=24
+        "AVC-I_1080/25p", "50p", "1/50", codec_class="200", audio_bits=24
     ),
     "longg50-1080-5994i": Format(
-        "AVC-LongG422", *_5994I, codec_class="50", frame_bytes=208000, audio_bits=24,
+        "AVC-LongG422", *_5994I, codec_class="50", audio_bits=24,
         raster=(1920, 1080),
     ),
 }

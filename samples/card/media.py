@@ -97,16 +97,15 @@ class FolderWriter:
 class CardWriter(FolderWriter):
     """One P2 card."""
 
-    def __init__(self, out: Path, essence_size: int, force: bool):
+    def __init__(self, out: Path, force: bool):
         super().__init__(out, force)
         self._contents = out / "CONTENTS"
-        self._essence_size = essence_size
         for folder in (self._contents, *(self._contents / name for name in FOLDERS)):
             self._make_folder(folder)
 
-    def write(self, folder: str, name: str, content: bytes) -> None:
-        """A file of a CONTENTS folder."""
-        self._write(f"{self._contents}/{folder}/{name}", content)
+    def write(self, folder: str, name: str, content: bytes, size: int = 0) -> None:
+        """A file of a CONTENTS folder, made longer to `size` without content."""
+        self._write(f"{self._contents}/{folder}/{name}", content, size)
 
     def add_edit_list(self, name: str, content: bytes, icon: bytes | None = None) -> None:
         """An edit list and its picture, which has a folder of its own."""
@@ -121,16 +120,20 @@ class CardWriter(FolderWriter):
         self._make_folder(self._out / USER_DATA)
         self._write(f"{self._out}/{USER_DATA}/Ingest.xml", content)
 
-    def add_clip(self, clip: Clip, metadata: bytes, icon: bytes, lower_case: bool = False) -> None:
-        """A clip's metadata, essence, icon and proxy."""
+    def add_clip(self, clip: Clip, metadata: bytes, icon: bytes, lower_case: bool = False,
+                 hollow: bool = False) -> None:
+        """A clip's metadata, essence, icon and proxy. Hollow media have a length and no content,
+        and take no room."""
 
-        def put(folder: str, name: str, content: bytes) -> None:
-            self.write(folder, name.lower() if lower_case else name, content)
+        def put(folder: str, name: str, content: bytes, size: int = 0) -> None:
+            self.write(folder, name.lower() if lower_case else name, content, size)
 
         put("CLIP", f"{clip.name}.XML", metadata)
         put("ICON", f"{clip.name}.BMP", icon)
         for folder, name in self._essence_files(clip):
-            put(folder, name, placeholder(f"{folder} of {clip.name}", self._essence_size))
+            what = f"{folder} of {clip.name}"
+            put(folder, name, b"" if hollow else placeholder(what, clip.essence_size),
+                clip.essence_size)
 
     def add_last_clip(self, last_clip: str) -> None:
         """The card's last-clip file: the last name, a version and the number of the next clip."""

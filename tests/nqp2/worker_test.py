@@ -45,7 +45,7 @@ class WorkerTest(CardTest):
         self.target = self.folder / "target"
 
     def add_clip(self, name, size=100_000):
-        self.card.add(name)
+        self.card.add(name, audio=1)
         contents = self.card.path / "CONTENTS"
         for path, bytes_each in ((f"VIDEO/{name}.MXF", size), (f"AUDIO/{name}00.MXF", 5000)):
             file = contents / path
@@ -83,7 +83,7 @@ class RoundTripTest(WorkerTest):
                                    "--json"))
         self.assertEqual(again["clips"], [
             {"ClipName": "0001AB", "files": 3, "bytes": sizes[0], "written": 0, "video": 100_000,
-             "audio": 5000, "metadata": sizes[0] - 105_000, "other": 0}])
+             "audio": 5000, "metadata": sizes[0] - 105_000, "other": 0, "incomplete": False}])
         self.do("ingest", "add", self.card.path, "0001AB", "0-9")
         self.do("delete", self.card.path, "0001AB", "0002CD")
         self.assertEqual(list(files_below(self.card.path)), ["USERDATA/Ingest.xml"])
@@ -94,6 +94,24 @@ class RoundTripTest(WorkerTest):
             "card": "card", "clips": [{"ClipName": "0001AB"}, {"ClipName": "0002CD"}]})
         self.assertEqual({name: content for name, content in files_below(self.card.path).items()
                           if name in before}, before)
+
+    def test_what_is_not_whole_is_refused_or_taken_and_told(self):
+        video = self.card.path / "CONTENTS" / "VIDEO" / "0001AB.MXF"
+        os.truncate(video, 0)
+        arguments = ("import", self.card.path, "0001AB", "--to", self.target)
+        self.assert_fails(run(*arguments), 1, f"nqp2: 0001AB: not imported ({video} is empty.)")
+        self.assertFalse(self.target.exists())
+        result = run(*arguments, "--incomplete", "--json")
+        self.assertEqual((result.returncode, result.stderr),
+                         (0, f"nqp2: 0001AB: not whole ({video} is empty.)\n"))
+        self.assertTrue(json.loads(result.stdout)["clips"][0]["incomplete"])
+        self.assertEqual(files_below(self.target), files_below(self.card.path))
+        other = self.folder / "other"
+        other.mkdir()
+        back = run("export", other, "0001AB", "--from", self.target, "--incomplete", "--quiet")
+        self.assertEqual((back.returncode, files_below(other)),
+                         (0, files_below(self.card.path)))
+        self.assertIn("0001AB: not whole", back.stderr)
 
     def test_drives_are_the_workers_too(self):
         self.do("import", "--drive", "e=card", "--drive", "F=.", "E:", "0001AB", "--to", "F:\\here",

@@ -48,6 +48,22 @@ def text_at(root, path):
     return "".join(root.itertext())
 
 
+def promises(content):
+    """The media files of a clip and how long each has to be, as its metadata tell it."""
+    def end(element, index):
+        return sum(int(text_at(element, f"{index}/{field}"))
+                   for field in ("StartByteOffset", "DataSize"))
+
+    essence = next(child for child in content if local_name(child) == "EssenceList")
+    ends = [end(each, f"{local_name(each)}Index") for each in essence
+            if local_name(each) in ("Video", "Audio")]
+    name = text_at(content, "ClipName")
+    if text_at(essence, "Video/Codec").startswith("AVC-LongG"):
+        return {f"AVCLIP/{name}.MXF": max(ends)}
+    return {f"VIDEO/{name}.MXF": ends[0],
+            **{f"AUDIO/{name}{number:02d}.MXF": end for number, end in enumerate(ends[1:])}}
+
+
 class TemporaryFolderTest(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -120,6 +136,13 @@ class DemoCardTest(unittest.TestCase):
                               "PROXY/0009D1.MOV", "VOICE/0003K700.WAV"}, names)
         self.assertNotIn("PROXY/0005M2.MP4", names)
 
+    def test_metadata_promise_the_bytes_that_are_there(self):
+        sizes = {str(path.relative_to(self.card / "CONTENTS")).upper(): path.stat().st_size
+                 for path in (self.card / "CONTENTS").rglob("*.*")}
+        for name, content in self.contents.items():
+            for path, size in promises(content).items():
+                self.assertEqual(sizes[path], size, f"{path} of {name}")
+
     def test_two_runs_give_the_same_card(self):
         again = self.card.parent / "again"
         self.assertEqual(run(again).returncode, 0)
@@ -136,6 +159,8 @@ class BulkCardTest(TemporaryFolderTest):
             for name, path in clip_files(card).items():
                 with self.subTest(name, size=size):
                     self.assertTrue(4096 <= path.stat().st_size <= 8192, path.stat().st_size)
+                    content = ElementTree.parse(path).getroot()[0]
+                    self.assertEqual(set(promises(content).values()), {100})
                     elements = sum(1 for _ in ElementTree.parse(path).iter())
                     self.assertTrue(90 <= elements <= 200, elements)
 

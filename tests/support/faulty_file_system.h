@@ -35,6 +35,7 @@ enum class Operation {
     RemoveFile,
     MoveToFree,
     MakeFolder,
+    RemoveFolder,
     Create,
     WriteAt,
     Flush,
@@ -44,7 +45,7 @@ enum class Operation {
     OpenFolder,
     Lock, ///< and LockName
 };
-inline constexpr std::size_t kOperations = 18;
+inline constexpr std::size_t kOperations = 19;
 
 /// Which calls fail and how. The defaults match every call.
 struct Fault {
@@ -214,6 +215,10 @@ private:
         platform::IoStatus MakeFolder(const std::string& name) override {
             platform::IoStatus status = Enter(Operation::MakeFolder, name);
             return status ? m_inner->MakeFolder(name) : status;
+        }
+        platform::IoStatus RemoveFolder(const std::string& name) override {
+            platform::IoStatus status = Enter(Operation::RemoveFolder, name);
+            return status ? m_inner->RemoveFolder(name) : status;
         }
         platform::IoStatus Stat(const std::string& name, platform::FileInfo& info) override {
             platform::IoStatus status = Enter(Operation::Stat, name);

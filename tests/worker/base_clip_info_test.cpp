@@ -66,8 +66,6 @@ TEST(BaseClipInfo, DescribesP2ClipsByTheirMetadata) {
          {"EssenceList/Video/FrameRate@DropFrameFlag", "false"},
          {"EssenceList/Video/StartTimecode", "00:00:01:00"},
          {"EssenceList/Video/AspectRatio", "16:9"},
-         {"EssenceList/Audio", ""},
-         {"EssenceList/+Audio", ""},
          {"ClipMetadata/UserClipName", "Interview"}});
     NQP2BaseClipInfo info;
     ASSERT_TRUE(DescribeClip(card.Contents() + L"CLIP\\0001ab.xml", info));

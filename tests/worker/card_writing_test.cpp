@@ -53,6 +53,9 @@ TEST(IconBitmap, IsAWholeBitmapFile) {
     const std::string pixels = "bgrBGR"
                                "123456"s;
     card.AddFile("ICON/0001AB.bmp", "an old icon");
+    EXPECT_THAT(WriteIcon(card.Root(), L"0001AB", pixels, {2, 2}).error,
+                HasSubstr("no clip 0001AB"));
+    card.AddClip("0001AB");
     ASSERT_TRUE(WriteIcon(card.Root(), L"0001AB", pixels, {2, 2}));
     const std::string expected =
         "BM\x46\0\0\0\0\0\0\0\x36\0\0\0"s
@@ -60,7 +63,7 @@ TEST(IconBitmap, IsAWholeBitmapFile) {
         "bgrBGR\0\0"
         "123456\0\0"s;
     const auto files = FilesBelow(card.Folder().Path());
-    ASSERT_EQ(files.size(), 1U);
+    ASSERT_EQ(files.size(), 2U);
     EXPECT_EQ(files.at("CONTENTS/ICON/0001AB.bmp"), expected);
 }
 

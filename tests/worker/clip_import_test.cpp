@@ -4,15 +4,15 @@
 #include "worker/clip_import.h"
 
 #include "tests/worker/transfer_fixture.h"
-#include "worker/verified_copy.h"
+#include "worker/clip_delete.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace nqp2::worker {
 namespace {
 
-using platform::IoError;
 using test::Operation;
 using testing::HasSubstr;
 
@@ -26,9 +26,12 @@ protected:
         m_card.AddFile("VIDEO/.0001AB.MXF", "hidden");
     }
 
-    Outcome Import(const CString& name = L"0001AB", std::size_t block = kSmallestBlock) {
-        return ImportClip({m_card.Root(), name, InterfaceRoot(m_to.Path("new/place"))}, block,
-                          m_watch, m_sizes);
+    Outcome Import(const CString& name = L"0001AB", bool incomplete = false,
+                   std::size_t block = copy::kSmallestBlock) {
+        m_watch = {};
+        m_sizes = {};
+        return ImportClip({m_card.Root(), name, InterfaceRoot(m_to.Path("new/place")), incomplete},
+                          block, m_watch, m_sizes);
     }
     std::map<std::string, std::string> Arrived() {
         return std::filesystem::exists(m_to.Path("new/place"))
@@ -45,13 +48,18 @@ protected:
     TransferSizes m_sizes;
 };
 
-TEST_F(ClipImportTest, CopiesAllFilesOfTheClipAndNoOther) {
+TEST_F(ClipImportTest, CopiesAllFilesOfTheClipAsTheyAreAndNoOther) {
     const auto before = FilesBelow(m_card.Folder().Path());
-    ASSERT_TRUE(Import()) << Import().error;
+    const auto shot = std::filesystem::file_time_type::clock::now() - std::chrono::hours(9999);
+    std::filesystem::last_write_time(m_card.Folder().Path("CONTENTS/VIDEO/0001AB.MXF"), shot);
+    ASSERT_TRUE(Import(L"0001ab")) << "asked for in other letters than the card's";
     const auto arrived = Arrived();
     EXPECT_EQ(arrived.size(), kFilesOfAClip);
     for (const auto& [name, content] : arrived) {
         EXPECT_EQ(content, Card(name)) << name;
+        EXPECT_EQ(std::filesystem::last_write_time(m_to.Path("new/place/" + name)),
+                  std::filesystem::last_write_time(m_card.Folder().Path(name)))
+            << name;
     }
     EXPECT_EQ(m_watch.last, m_sizes.total);
     EXPECT_EQ(m_sizes.files, kFilesOfAClip);
@@ -61,13 +69,100 @@ TEST_F(ClipImportTest, CopiesAllFilesOfTheClipAndNoOther) {
     EXPECT_EQ(FilesBelow(m_card.Folder().Path()), before);
 }
 
+TEST_F(ClipImportTest, AClipThatIsNotWholeFailsOrIsTakenAsItIs) {
+    struct Case {
+        const char* file;
+        std::optional<std::string> content; ///< none: the file is missing
+        const char* fault;
+        std::size_t files = kFilesOfAClip;
+    };
+    const Case cases[] = {
+        {"VIDEO/0001AB.MXF", {}, "VIDEO/0001AB.MXF is missing", kFilesOfAClip - 1},
+        {"VIDEO/0001AB.MXF", "", "VIDEO/0001AB.MXF is empty"},
+        {"VIDEO/0001AB.MXF", Essence(300'000, 1), "has 300000 bytes of the 300001"},
+        {"AUDIO/0001AB01.mxf", {}, "AUDIO/0001AB01.MXF is missing", kFilesOfAClip - 1},
+        {"AUDIO/0001AB00.MXF", Essence(19'999, 1), "AUDIO/0001AB00.MXF has 19999 bytes"},
+        {"CLIP/0001AB.XML", "<P2Main>", "not the metadata of a clip"},
+        {"CLIP/0001AB.XML", test::ClipXml({{"EssenceList/Video/Codec", "AVC-LongG422"}}),
+         "AVCLIP/0001AB.MXF is missing"},
+        {"CLIP/0001AB.XML",
+         test::ClipXml(
+             {{"EssenceList/Audio", ""}, {"EssenceList/+Audio", ""}, {"EssenceList/+Audio", ""}}),
+         "AUDIO/0001AB02.MXF is missing"},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.fault);
+        AddWholeClip(m_card, "0001AB");
+        if (each.content) {
+            m_card.AddFile(each.file, *each.content);
+        } else {
+            std::filesystem::remove(m_card.Folder().Path(std::string("CONTENTS/") + each.file));
+        }
+        EXPECT_THAT(Import().error, HasSubstr(each.fault));
+        EXPECT_TRUE(std::filesystem::is_empty(m_to.Path())) << "before anything is written";
+        EXPECT_TRUE(Import(L"0001AB", true)) << Import(L"0001AB", true).error;
+        EXPECT_THAT(m_sizes.lacks, HasSubstr(each.fault));
+        EXPECT_EQ(Arrived().size(), each.files);
+        std::filesystem::remove_all(m_to.Path("new"));
+    }
+    AddWholeClip(m_card, "0001AB");
+    m_card.AddFile("AUDIO/0001AB02.MXF", "more than the metadata tell of goes along");
+    EXPECT_TRUE(Import());
+    EXPECT_EQ(Arrived().size(), kFilesOfAClip + 1);
+}
+
+/// What begins while another transfer to the same folder is at work.
+TEST_F(ClipImportTest, OfOneClipOneAtATimeAndOfOthersSideBySide) {
+    AddWholeClip(m_card, "0002AB", 7);
+    test::FaultyFileSystem files;
+    const platform::ScopedFileSystem use(files);
+    Outcome again;
+    Outcome other;
+    Outcome removal;
+    files.SetHook([&](Operation operation, const std::string& path) {
+        if (operation != Operation::Commit || !path.ends_with("VIDEO/0001AB.MXF")) {
+            return;
+        }
+        files.SetHook({});
+        const CString to = InterfaceRoot(m_to.Path("new/place"));
+        RecordingWatch watch;
+        TransferSizes sizes;
+        again = ImportClip({m_card.Root(), L"0001ab", to}, copy::kDefaultBlock, watch, sizes);
+        removal = DeleteClip(L"0001AB", to);
+        watch = {};
+        other = ImportClip({m_card.Root(), L"0002AB", to}, copy::kDefaultBlock, watch, sizes);
+    });
+    EXPECT_TRUE(Import());
+    EXPECT_THAT(again.error, HasSubstr("Another transfer is working on 0001ab in " + m_to.Path()));
+    EXPECT_THAT(removal.error, HasSubstr("A transfer is working on 0001AB"));
+    EXPECT_TRUE(other) << other.error;
+    EXPECT_EQ(Arrived().size(), 2 * kFilesOfAClip) << "and nothing beside them";
+}
+
+/// In a folder that holds tens of thousands of files, all of them the clip's.
+TEST(ClipFiles, AreFoundInTimeThatGrowsWithTheirNumber) {
+    std::vector<platform::FolderEntry> proxies;
+    for (int i = 0; i < 32'000; ++i) {
+        proxies.push_back({"0001AB." + std::to_string(i)});
+    }
+    const auto list = [&](const std::string& folder, std::string& placed, auto& entries) {
+        placed = folder;
+        entries = folder == "PROXY" ? proxies : std::vector<platform::FolderEntry>();
+        return platform::IoStatus();
+    };
+    std::vector<std::vector<ClipFile>> files;
+    const CString name = L"0001AB";
+    const auto begin = std::chrono::steady_clock::now();
+    ASSERT_TRUE(FindClipFiles(list, {&name, 1}, files));
+    EXPECT_EQ(files.front().size(), proxies.size());
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+}
+
 TEST_F(ClipImportTest, AgainWritesNothingAndPartsAreCompleted) {
     ASSERT_TRUE(Import());
-    m_watch = {};
     ASSERT_TRUE(Import());
     EXPECT_EQ(m_sizes.written, 0U);
     std::filesystem::remove(m_to.Path("new/place/CONTENTS/CLIP/0001AB.XML"));
-    m_watch = {};
     ASSERT_TRUE(Import());
     EXPECT_EQ(m_sizes.written, m_sizes.byPart[static_cast<std::size_t>(ClipPart::Metadata)]);
     EXPECT_EQ(Arrived().size(), kFilesOfAClip);
@@ -77,7 +172,6 @@ TEST_F(ClipImportTest, OtherContentIsNeverOverwritten) {
     for (const std::string& other : {Essence(300'001, 9), std::string("short"), std::string()}) {
         // Also where it is spelled in other letters.
         const std::string path = m_to.Write("new/place/CONTENTS/Video/0001ab.mxf", other);
-        m_watch = {};
         const Outcome outcome = Import();
         EXPECT_FALSE(outcome);
         EXPECT_THAT(outcome.error, HasSubstr("0001ab.mxf is there already with other content"));
@@ -88,53 +182,18 @@ TEST_F(ClipImportTest, OtherContentIsNeverOverwritten) {
 }
 
 TEST_F(ClipImportTest, CancelAtAnyPointLeavesNothing) {
-    constexpr std::uint64_t kStops[] = {0, 1, 100'000, 300'100, 330'000};
-    for (const std::uint64_t stop : kStops) {
+    const ImportRequest request = {m_card.Root(), L"0001AB", InterfaceRoot(m_to.Path("new/place"))};
+    for (const std::uint64_t stop : {0U, 1U, 100'000U, 300'100U, 330'000U, 999'999U}) {
         m_watch = {};
         m_watch.stopAt = stop;
-        EXPECT_FALSE(Import()) << stop;
-        EXPECT_TRUE(Arrived().empty()) << stop;
+        m_watch.mayFinish = false;
+        EXPECT_EQ(ImportClip(request, copy::kSmallestBlock, m_watch, m_sizes).error, "Cancelled.");
+        EXPECT_TRUE(std::filesystem::is_empty(m_to.Path())) << stop;
     }
-    m_watch = {};
-    m_watch.mayFinish = false;
-    EXPECT_EQ(Import().error, "Cancelled.");
-    EXPECT_TRUE(Arrived().empty());
 }
 
-struct FaultCase {
-    const char* what;
-    test::Fault fault;
-};
-
-TEST_F(ClipImportTest, FaultsAtAnyPointLeaveNothingUnderAFinalName) {
-    const FaultCase cases[] = {
-        {"disk full at once", {IoError::NoSpace, Operation::WriteAt, "", 0}},
-        {"disk full later", {IoError::NoSpace, Operation::WriteAt, "", 30}},
-        {"disk full at metadata", {IoError::NoSpace, Operation::WriteAt, ".XML"}},
-        {"no room for a name", {IoError::NoSpace, Operation::Create, "PROXY"}},
-        {"flush fails", {IoError::Device, Operation::Flush, "VIDEO"}},
-        {"read back fails", {IoError::Device, Operation::ReadAt, "AUDIO", 2}},
-        {"source vanishes", {IoError::NotFound, Operation::Open, "VOICE"}},
-        {"source goes bad", {IoError::Device, Operation::ReadBlock, "VIDEO", 7}},
-        {"read-only target", {IoError::ReadOnly, Operation::Create, ""}},
-        {"folder unreadable", {IoError::Device, Operation::List, "AUDIO"}},
-        {"naming fails at once", {IoError::ReadOnly, Operation::Commit, "VIDEO"}},
-        {"naming fails at the end", {IoError::Exists, Operation::Commit, ".XML"}},
-    };
-    for (const FaultCase& each : cases) {
-        m_watch = {};
-        {
-            test::FaultyFileSystem files;
-            const platform::ScopedFileSystem use(files);
-            files.Fail(each.fault);
-            const Outcome outcome = Import();
-            EXPECT_FALSE(outcome) << each.what;
-            EXPECT_THAT(outcome.error, HasSubstr("made to fail")) << each.what;
-        }
-        EXPECT_TRUE(Arrived().empty()) << each.what;
-    }
-    m_watch = {};
-    EXPECT_TRUE(Import());
+TEST_F(ClipImportTest, AFaultAtAnyPointLeavesNothing) {
+    EXPECT_GT(SweepFaults(m_to.Path(), [&] { return Import(L"0001AB", false, 65'536); }), 60);
 }
 
 /// A medium that gives back other bytes than were written.
@@ -170,7 +229,6 @@ TEST_F(ClipImportTest, ASourceThatGrowsOrShrinksFails) {
                 std::filesystem::resize_file(path, size);
             }
         });
-        m_watch = {};
         EXPECT_THAT(Import().error, HasSubstr("changed while it was being read"));
         EXPECT_TRUE(Arrived().empty());
     }
@@ -182,7 +240,6 @@ TEST_F(ClipImportTest, TakesAwayWhatAKilledWorkerHasLeft) {
         m_to.Write("new/place/CONTENTS/AUDIO/.nqp2-0123456789abcdef.part", "half");
     std::unique_ptr<platform::FileWriter> living;
     ASSERT_TRUE(platform::Files().Create(m_to.Path("new/place/CONTENTS/AUDIO/later.MXF"), living));
-    m_watch = {};
     ASSERT_TRUE(Import());
     EXPECT_FALSE(std::filesystem::exists(left));
     EXPECT_EQ(Arrived().size(), kFilesOfAClip + 1) << "a living writer's file stays";
@@ -202,9 +259,10 @@ TEST_F(ClipImportTest, HostileNamesAndRootsLeadNowhere) {
     const wchar_t* const roots[] = {L"",      L"relative", L"/tmp/../etc", L"/tmp/..", L"Q:",
                                     L"\\\\x", L":"};
     for (const wchar_t* root : roots) {
-        EXPECT_FALSE(ImportClip({m_card.Root(), L"0001AB", root}, kDefaultBlock, m_watch, m_sizes))
+        EXPECT_FALSE(
+            ImportClip({m_card.Root(), L"0001AB", root}, copy::kDefaultBlock, m_watch, m_sizes))
             << CString(root).GetLength();
-        EXPECT_FALSE(ImportClip({root, L"0001AB", InterfaceRoot(m_to.Path())}, kDefaultBlock,
+        EXPECT_FALSE(ImportClip({root, L"0001AB", InterfaceRoot(m_to.Path())}, copy::kDefaultBlock,
                                 m_watch, m_sizes));
     }
     EXPECT_TRUE(FilesBelow(m_to.Path()).empty());
@@ -215,8 +273,8 @@ TEST_F(ClipImportTest, TooLittleSpaceIsToldBeforeAnythingIsWritten) {
     const platform::ScopedFileSystem use(files);
     files.SetFreeSpace(340'000);
     EXPECT_THAT(Import().error, HasSubstr("too little space"));
-    EXPECT_EQ(files.Calls(Operation::MakeFolder), 0U);
     EXPECT_EQ(files.Calls(Operation::Create), 0U);
+    EXPECT_TRUE(std::filesystem::is_empty(m_to.Path()));
 }
 
 } // namespace

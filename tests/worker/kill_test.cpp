@@ -40,14 +40,15 @@ std::size_t KillsEach() {
 
 /// Whether a call reads or writes files, and no channel.
 bool IsOfTheMedium(const std::string& call) {
-    constexpr const char* kCalls[] = {
-        "fsync", "ftruncate", "getdents64", "mkdir", "openat",   "open",   "pread64", "pwrite64",
-        "read",  "renameat2", "newfstatat", "fstat", "unlinkat", "unlink", "statx",   "statfs"};
+    constexpr const char* kCalls[] = {"fsync",     "ftruncate",  "getdents64", "mkdirat",
+                                      "openat",    "pread64",    "pwrite64",   "read",
+                                      "renameat2", "newfstatat", "fstat",      "unlinkat",
+                                      "statx",     "fstatfs",    "utimensat"};
     return std::find(std::begin(kCalls), std::end(kCalls), call) != std::end(kCalls);
 }
 
 bool IsHidden(const std::string& name) {
-    return name.find("/.nqp2-") != std::string::npos;
+    return std::filesystem::path(name).filename().string().starts_with(".nqp2-");
 }
 
 /// The folders of one request and the worker that serves it.

@@ -9,6 +9,7 @@
 #include "parser/NQP2Parser.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
+#include "programs/copy/copier.h"
 #include "tests/channel/channel_test.h"
 #include "tests/support/child_process.h"
 #include "tests/worker/essence_maker.h"
@@ -18,14 +19,17 @@
 #include "worker/clip_import.h"
 #include "worker/icon_bitmap.h"
 #include "worker/recording.h"
-#include "worker/verified_copy.h"
 
+#include <atomic>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace nqp2::worker {
 namespace {
@@ -42,13 +46,13 @@ protected:
 
     Outcome Import(const std::string& to) {
         m_watch = {};
-        return ImportClip({m_card.Root(), L"0001AB", InterfaceRoot(to)}, kSmallestBlock, m_watch,
-                          m_sizes);
+        return ImportClip({m_card.Root(), L"0001AB", InterfaceRoot(to)}, copy::kSmallestBlock,
+                          m_watch, m_sizes);
     }
     Outcome Export(const std::string& to) {
         m_watch = {};
-        return ExportClips({InterfaceRoot(to), m_card.Root(), {L"0001AB"}}, kSmallestBlock, m_watch,
-                           m_sizes);
+        return ExportClips({InterfaceRoot(to), m_card.Root(), {L"0001AB"}}, copy::kSmallestBlock,
+                           m_watch, m_sizes);
     }
     static Outcome Icon(const std::string& card, const CString& name = L"0001AB") {
         return WriteIcon(InterfaceRoot(card), name, std::string(12, 'x'), {2, 2});
@@ -133,7 +137,7 @@ TEST_F(MediumTest, OneThatFillsUpLeavesNothingHalf) {
 TEST_F(MediumTest, OneThatIsReadOnlyIsReadAndNeverWritten) {
     const int result = WithMedium(m_to.Path(), "4m", [&] {
         CopyTo(m_to.Path());
-        std::filesystem::remove(m_to.Path("CONTENTS/VIDEO/0001AB.MXF"));
+        std::filesystem::remove(m_to.Path("CONTENTS/ICON/0001AB.BMP"));
         const auto without = FilesBelow(m_to.Path());
         MakeReadOnly(m_to.Path());
         for (const Outcome& outcome : {Import(m_to.Path()), Export(m_to.Path()), Icon(m_to.Path()),
@@ -145,7 +149,7 @@ TEST_F(MediumTest, OneThatIsReadOnlyIsReadAndNeverWritten) {
         const test::TempFolder away;
         m_watch = {};
         EXPECT_TRUE(ImportClip({InterfaceRoot(m_to.Path()), L"0001AB", InterfaceRoot(away.Path())},
-                               kSmallestBlock, m_watch, m_sizes));
+                               copy::kSmallestBlock, m_watch, m_sizes));
         EXPECT_TRUE(FilesBelow(away.Path()) == without);
     });
     if (result == kCannotMount) {
@@ -209,6 +213,79 @@ TEST_F(MediumTest, NothingIsWrittenOrRemovedThroughLinks) {
     ExpectSourceUntouched();
 }
 
+/// Puts a link in a folder's place and the folder back again, over and over.
+class Swapper {
+public:
+    Swapper(std::string folder, const std::string& outside)
+        : m_folder(std::move(folder)), m_link(m_folder + "-link") {
+        std::filesystem::create_symlink(outside, m_link);
+        m_thread = std::thread([this] {
+            while (!m_ends) {
+                Swap();
+            }
+        });
+    }
+    Swapper(const Swapper&) = delete;
+    Swapper& operator=(const Swapper&) = delete;
+    ~Swapper() {
+        m_ends = true;
+        m_thread.join();
+        if (std::filesystem::is_symlink(m_folder)) {
+            Swap();
+        }
+        std::filesystem::remove(m_link);
+    }
+
+private:
+    void Swap() const {
+        renameat2(AT_FDCWD, m_folder.c_str(), AT_FDCWD, m_link.c_str(), RENAME_EXCHANGE);
+    }
+
+    std::string m_folder;
+    std::string m_link;
+    std::atomic<bool> m_ends = false;
+    std::thread m_thread;
+};
+
+/// A few races of each kind; NQP2_RACES=16 runs 768 of them.
+TEST_F(MediumTest, NothingOutsideIsTouchedWhileFoldersAreSwappedForLinks) {
+    const char* const asked = std::getenv("NQP2_RACES");
+    const int races = asked != nullptr ? std::atoi(asked) : 1;
+    const char* const folders[] = {"CONTENTS",       "CONTENTS/CLIP",  "CONTENTS/VIDEO",
+                                   "CONTENTS/AUDIO", "CONTENTS/PROXY", "CONTENTS/ICON"};
+    using Request = std::function<Outcome(const std::string&)>;
+    const Request arriving[] = {[&](const std::string& to) { return Import(to); },
+                                [&](const std::string& to) { return Export(to); }};
+    const Request changing[] = {
+        [](const std::string& to) { return DeleteClip(L"0001AB", InterfaceRoot(to)); },
+        [](const std::string& to) { return Icon(to); }};
+    const auto race = [&](const Request& request, bool hasClip, const char* folder) {
+        const test::TempFolder outside;
+        const test::TempFolder to;
+        CopyTo(outside.Path());
+        CopyTo(to.Path());
+        for (const auto& [name, content] : hasClip ? decltype(m_source)() : m_source) {
+            std::filesystem::remove(outside.Path(name));
+            std::filesystem::remove(to.Path(name));
+        }
+        const auto before = FilesBelow(outside.Path());
+        {
+            const Swapper swapper(to.Path(folder), outside.Path(folder));
+            static_cast<void>(request(to.Path()));
+        }
+        EXPECT_TRUE(FilesBelow(outside.Path()) == before) << folder;
+    };
+    for (int i = 0; i < 2 * races; ++i) {
+        for (const char* folder : folders) {
+            for (int kind = 0; kind < 2; ++kind) {
+                race(arriving[kind], false, folder);
+                race(changing[kind], true, folder);
+            }
+        }
+    }
+    ExpectSourceUntouched();
+}
+
 TEST_F(MediumTest, ADestinationMayLieInTheCardAndBeALinkItself) {
     EXPECT_TRUE(Import(m_card.Folder().Path())) << "into itself: all is there";
     EXPECT_EQ(m_sizes.written, 0U);
@@ -267,15 +344,15 @@ TEST_F(MediumTest, NamesThatNoCardHoldsFailWithAReason) {
           CString(L"E:b"), CString(L""), CString(L"."), CString(L"..")}) {
         m_watch = {};
         const Outcome outcomes[] = {ImportClip({m_card.Root(), name, InterfaceRoot(m_to.Path())},
-                                               kSmallestBlock, m_watch, m_sizes),
+                                               copy::kSmallestBlock, m_watch, m_sizes),
                                     ExportClips({InterfaceRoot(m_to.Path()), m_card.Root(), {name}},
-                                                kSmallestBlock, m_watch, m_sizes),
+                                                copy::kSmallestBlock, m_watch, m_sizes),
                                     DeleteClip(name, InterfaceRoot(m_to.Path()))};
         for (const Outcome& outcome : outcomes) {
             EXPECT_FALSE(outcome.error.empty()) << name.GetLength();
         }
     }
-    EXPECT_THAT(Icon(m_to.Path(), CString(L'\x3042', 240)).error, HasSubstr("too long"));
+    EXPECT_THAT(Icon(m_to.Path(), CString(L'\x3042', 240)).error, HasSubstr("no clip"));
     EXPECT_TRUE(FilesBelow(m_to.Path()) == m_source);
 }
 

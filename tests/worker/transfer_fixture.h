@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <limits>
 #include <map>
@@ -61,9 +63,14 @@ inline std::string Essence(std::size_t size, char seed) {
     return bytes;
 }
 
-/// A clip with every kind of file.
+/// A clip with every kind of file. Its metadata tell the sizes of its essence.
 inline void AddWholeClip(const test::CardBuilder& card, const std::string& name, char seed = 1,
-                         const test::ClipValues& values = {}) {
+                         test::ClipValues values = {}) {
+    const std::string essence = "EssenceList/";
+    values.insert(values.end(), {{essence + "Video/VideoIndex/StartByteOffset", "100"},
+                                 {essence + "Video/VideoIndex/DataSize", "299901"},
+                                 {essence + "+Audio/AudioIndex/DataSize", "20000"},
+                                 {essence + "+Audio/AudioIndex/DataSize", "20000"}});
     card.AddClip(name, values);
     card.AddFile("VIDEO/" + name + ".MXF", Essence(300'001, seed));
     card.AddFile("AUDIO/" + name + "00.MXF", Essence(20'000, seed));
@@ -74,6 +81,38 @@ inline void AddWholeClip(const test::CardBuilder& card, const std::string& name,
     card.AddFile("VOICE/" + name + "00.WAV", "voice");
 }
 inline constexpr std::size_t kFilesOfAClip = 8;
+
+/// Fails each file operation of a request in turn, once, or every so manieth. A request that fails leaves nothing behind
+/// in the folder, and one that gets over the fault leaves what it leaves without it. Returns how
+/// often it failed.
+inline int SweepFaults(const std::string& folder, const std::function<Outcome()>& request,
+                       std::uint64_t every = 1) {
+    const auto clear = [&] {
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            std::filesystem::remove_all(entry.path());
+        }
+    };
+    test::FaultyFileSystem files;
+    const platform::ScopedFileSystem use(files);
+    EXPECT_TRUE(request());
+    const auto whole = FilesBelow(folder);
+    const std::uint64_t calls = files.Calls();
+    int failures = 0;
+    for (std::uint64_t skip = 0; skip < calls; skip += every) {
+        clear();
+        files.HealAll();
+        files.Fail({platform::IoError::Device, {}, "", skip, 1});
+        if (const Outcome outcome = request(); !outcome) {
+            ++failures;
+            EXPECT_FALSE(outcome.error.empty());
+            EXPECT_TRUE(std::filesystem::is_empty(folder)) << skip << ": " << outcome.error;
+        } else {
+            EXPECT_TRUE(FilesBelow(folder) == whole) << skip;
+        }
+    }
+    clear();
+    return failures;
+}
 
 inline CString Name(const char* text) {
     return CString(std::wstring(text, text + std::char_traits<char>::length(text)));

@@ -26,6 +26,7 @@ struct ExportOptions {
     std::vector<std::string> clips;
     std::string source;
     std::string worker;
+    bool incomplete = false;
     bool json = false;
     bool quiet = false;
 };
@@ -40,6 +41,7 @@ Status RunExport(Console& console, const ExportOptions& options) {
     stu_R8P2TransInfo info;
     info.text1 = WorkerPath(options.card);
     info.text3 = WorkerPath(options.source);
+    info.value2 = options.incomplete ? kTakeIncomplete : 0;
     CStringArray names;
     List records;
     for (const std::string& clip : options.clips) {
@@ -52,6 +54,10 @@ Status RunExport(Console& console, const ExportOptions& options) {
     const bool done = session->ExportFile(&info, names) == 1;
     watch.End();
     session.Require(done, label, "not exported");
+    // The session's first sentence: of clips that were taken although they are not whole.
+    if (const std::string sentence = session.Sentence(); !sentence.empty()) {
+        TellIncomplete(console, label, sentence);
+    }
     if (options.json) {
         PrintJson(console, {{"card", card.Folder()}, {"clips", records}});
     } else {
@@ -71,6 +77,7 @@ void AddExportCommand(CLI::App& program, Action& chosen) {
     command->add_option("--from", options->source, "The folder that holds them in a CONTENTS tree")
         ->type_name("FOLDER")
         ->required();
+    AddIncompleteOption(*command, options->incomplete);
     command->add_flag("--json", options->json, "Print JSON");
     AddQuietOption(*command, options->quiet);
     AddWorkerOption(*command, options->worker);

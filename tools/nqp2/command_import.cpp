@@ -26,6 +26,7 @@ struct ImportOptions {
     std::vector<std::string> clips;
     std::string target;
     std::string worker;
+    bool incomplete = false;
     bool json = false;
     bool quiet = false;
 };
@@ -39,7 +40,8 @@ Record ImportRecord(const stu_R8P2TransInfo& info) {
             {"video", info.size3},
             {"audio", info.size4},
             {"metadata", info.size5},
-            {"other", info.size6}};
+            {"other", info.size6},
+            {"incomplete", (info.value2 & kWasIncomplete) != 0}};
 }
 
 void PrintImport(Console& console, const stu_R8P2TransInfo& info) {
@@ -56,6 +58,7 @@ stu_R8P2TransInfo Import(WorkerSession& session, TransferWatch& watch, const Imp
     info.text1 = WorkerPath(options.card);
     info.text2 = TextFromBytes(clip);
     info.text3 = WorkerPath(options.target);
+    info.value2 = options.incomplete ? kTakeIncomplete : 0;
     watch.Begin(clip);
     const bool done = session->ImportFile(info) == 0;
     watch.End();
@@ -71,6 +74,9 @@ Status RunImport(Console& console, const ImportOptions& options) {
     List records;
     for (const std::string& clip : options.clips) {
         const stu_R8P2TransInfo info = Import(session, watch, options, clip);
+        if ((info.value2 & kWasIncomplete) != 0) {
+            TellIncomplete(console, clip, session.Sentence());
+        }
         if (options.json) {
             records.emplace_back(ImportRecord(info));
         } else {
@@ -94,6 +100,7 @@ void AddImportCommand(CLI::App& program, Action& chosen) {
     command->add_option("--to", options->target, "The folder that receives a CONTENTS tree")
         ->type_name("FOLDER")
         ->required();
+    AddIncompleteOption(*command, options->incomplete);
     command->add_flag("--json", options->json, "Print JSON");
     AddQuietOption(*command, options->quiet);
     AddWorkerOption(*command, options->worker);

@@ -23,6 +23,15 @@ void AddQuietOption(CLI::App& command, bool& quiet) {
     command.add_flag("-q,--quiet", quiet, "Show no progress");
 }
 
+void AddIncompleteOption(CLI::App& command, bool& incomplete) {
+    command.add_flag("--incomplete", incomplete,
+                     "Take a clip whose picture or sound is missing or cut off as well");
+}
+
+void TellIncomplete(Console& console, const std::string& label, const std::string& sentence) {
+    console.Message("nqp2: " + label + ": not whole (" + sentence + ")");
+}
+
 TransferWatch::TransferWatch(bool quiet) : m_bar(quiet) {
     CatchInterrupt();
 }

@@ -16,8 +16,18 @@ class App;
 
 namespace nqp2::tool {
 
+class Console;
+
 /// The option --quiet.
 void AddQuietOption(CLI::App& command, bool& quiet);
+
+/// The option --incomplete.
+void AddIncompleteOption(CLI::App& command, bool& incomplete);
+/// Says that a clip was taken although it is not whole.
+void TellIncomplete(Console& console, const std::string& label, const std::string& sentence);
+/// Bits of the transfer record's value 2: to take clips that are not whole, and that one was not.
+inline constexpr std::uint32_t kTakeIncomplete = 1;
+inline constexpr std::uint32_t kWasIncomplete = 2;
 
 /// Shows how a transfer goes and lets Ctrl-C cancel it. Outlives the parser that it watches, which
 /// may still be calling when a transfer has ended.

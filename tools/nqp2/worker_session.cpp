@@ -66,16 +66,20 @@ void WorkerSession::Require(bool done, std::string_view subject, std::string_vie
         return;
     }
     // A refusal always comes with a sentence, and a closed channel with none.
-    const std::string sentence = BytesFromText(m_parser->GetLastError());
+    const std::string sentence = Sentence();
     if (sentence.empty()) {
         throw Failure(subject, problem, "the worker has ended or does not answer", kWorkerFailed);
     }
     throw Failure(subject, problem, sentence);
 }
 
+std::string WorkerSession::Sentence() {
+    return BytesFromText(m_parser->GetLastError());
+}
+
 void WorkerSession::RequireNoFailure(std::string_view subject, std::string_view problem) {
     constexpr int kUsualBlock = 1 << 20;
-    Require(m_parser->GetLastError().IsEmpty(), subject, problem);
+    Require(Sentence().empty(), subject, problem);
     // Silence is no success: a request that changes nothing shows whether the worker is there.
     Require(m_parser->SetWriteBlockSize(kUsualBlock) == 1, subject, problem);
 }

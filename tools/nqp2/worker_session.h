@@ -41,6 +41,8 @@ public:
     void Require(bool done, std::string_view subject, std::string_view problem);
     /// The same for a request whose result is not told and which was the session's first.
     void RequireNoFailure(std::string_view subject, std::string_view problem);
+    /// The sentence that the worker keeps for the session, "" for none.
+    [[nodiscard]] std::string Sentence();
 
 private:
     Worker m_worker; // outlives the parser
