@@ -11,14 +11,10 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
 #include <fcntl.h>
-#include <filesystem>
 #include <functional>
 #include <limits>
 #include <map>
-#include <sys/resource.h>
-
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/time.h>
@@ -309,20 +305,6 @@ TEST_F(WriteWhole, RefusesWhatIsNoFileAndLeavesNothing) {
     }
     EXPECT_THAT(Names(m_folder.Path()), UnorderedElementsAre("folder", "pipe", "loop"));
     EXPECT_THAT(Names(m_folder.Path("folder")), ElementsAre());
-}
-
-TEST_F(WriteWhole, KeepsTheOldFileWhenTheContentDoesNotFit) {
-    const std::string path = m_folder.Write("P001.xml", "old");
-    const int error = test::RunInChild([&] {
-        signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit = {10'000, 10'000}; // a part is written, then the write stops short
-        return setrlimit(RLIMIT_FSIZE, &limit) == 0
-                   ? static_cast<int>(Write(path, std::string(1'000'000, 'x')))
-                   : 255;
-    });
-    EXPECT_EQ(error, static_cast<int>(IoError::TooLarge));
-    EXPECT_EQ(Content(path), "old");
-    EXPECT_THAT(Names(m_folder.Path()), ElementsAre("P001.xml"));
 }
 
 TEST_F(WriteWhole, WritesIntoAFolderThatMayNotBeRead) {
