@@ -56,8 +56,8 @@ std::string TextAt(dom::Node& context, std::string_view path) {
 
 /// Nothing told, or nothing that can be, asks for a file with something in it.
 std::uint64_t EndOfEssence(dom::Node& context, std::string_view start, std::string_view size) {
-    const std::int64_t from = std::max<std::int64_t>(
-        platform::ToInt64(std::string_view(TextAt(context, start))), 0);
+    const std::int64_t from =
+        std::max<std::int64_t>(platform::ToInt64(std::string_view(TextAt(context, start))), 0);
     const std::int64_t bytes = platform::ToInt64(std::string_view(TextAt(context, size)));
     return bytes > 0 ? static_cast<std::uint64_t>(from) + static_cast<std::uint64_t>(bytes) : 1;
 }
@@ -88,8 +88,8 @@ std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileRule& rule) {
 std::vector<ClipEssence> EssenceOf(const dom::Document& metadata) {
     dom::Node& document = metadata.Content()->DocumentNode();
     const std::string codec = TextAt(document, Below(Below(ClipPath::Codec)));
-    const bool inOneFile = media::FamilyOfCodec(platform::TextFromUtf8(codec).View()) !=
-                           media::CodecFamily::Other;
+    const bool inOneFile =
+        media::FamilyOfCodec(platform::TextFromUtf8(codec).View()) != media::CodecFamily::Other;
     std::vector<ClipEssence> essence = {
         {inOneFile ? kInOneFile : kVideo, kSuffix,
          EndOfEssence(document, Below(Below(ClipPath::VideoStartByteOffset)),

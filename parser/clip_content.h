@@ -38,9 +38,10 @@ std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileRule& rule);
 
 /// A file of picture or sound that a clip's metadata tell of.
 struct ClipEssence {
-    const char* folder;     ///< as in the rule
-    std::string suffix;     ///< what follows the clip's name: "00.MXF"
-    std::uint64_t size = 1; ///< it has so many bytes or more: where its essence ends, if that is told
+    const char* folder; ///< as in the rule
+    std::string suffix; ///< what follows the clip's name: "00.MXF"
+    std::uint64_t size =
+        1; ///< it has so many bytes or more: where its essence ends, if that is told
 };
 
 /// The essence of the clip whose metadata the document holds: the video, with the sound in it for

@@ -44,9 +44,8 @@ struct Traveller {
 };
 
 const SourceFile* Counterpart(const SourceClip& clip, const ClipFile& onCard) {
-    const auto own = std::find_if(clip.files.begin(), clip.files.end(), [&](const auto& each) {
-        return HaveSameRole(each, onCard);
-    });
+    const auto own = std::find_if(clip.files.begin(), clip.files.end(),
+                                  [&](const auto& each) { return HaveSameRole(each, onCard); });
     return own != clip.files.end() ? &*own : nullptr;
 }
 
@@ -127,8 +126,7 @@ Outcome Card::ReadIdentifiers(std::multimap<std::wstring, CString>& clips) const
 
 class Plan {
 public:
-    Plan(copy::Transaction& transaction, const std::vector<SourceClip>& clips,
-         copy::Copier& copier)
+    Plan(copy::Transaction& transaction, const std::vector<SourceClip>& clips, copy::Copier& copier)
         : m_transaction(transaction), m_copier(copier), m_card(transaction) {
         for (const SourceClip& clip : clips) {
             m_clips.emplace_back().clip = &clip;

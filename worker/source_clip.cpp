@@ -30,6 +30,12 @@ std::string Fault(const parser::ClipEssence& wanted, const SourceFile* file) {
                      std::to_string(wanted.size) + " that the clip's metadata tell";
 }
 
+std::string PathOf(const std::string& contents, const CString& clip,
+                   const parser::ClipEssence& wanted) {
+    return contents + "/" + wanted.folder + "/" + platform::NameBytesFromText(clip.View()) +
+           wanted.suffix;
+}
+
 void CheckEssence(const std::string& contents, SourceClip& clip) {
     for (const parser::ClipEssence& wanted : clip.facts.essence) {
         const auto file =
@@ -40,9 +46,8 @@ void CheckEssence(const std::string& contents, SourceClip& clip) {
         const bool isThere = file != clip.files.end();
         const std::string fault = Fault(wanted, isThere ? &*file : nullptr);
         if (!fault.empty()) {
-            const std::string name = platform::NameBytesFromText(clip.name.View()) + wanted.suffix;
-            const std::string path = contents + "/" + wanted.folder + "/" + name;
-            clip.lacks.push_back((isThere ? file->path : path) + " " + fault + ".");
+            clip.lacks.push_back(isThere ? file->path : PathOf(contents, clip.name, wanted));
+            clip.lacks.back().append(" ").append(fault).append(".");
         }
     }
 }

@@ -117,7 +117,10 @@ Outcome Transaction::TryReserve(const std::string& name, bool& taken) {
     if (status && lock != nullptr) {
         m_locks.push_back(std::move(lock));
     }
-    return status || taken ? Outcome() : Failure("reserve a name in", m_rootPath, status);
+    // Where nobody can write nobody needs to be kept out: all may be there already.
+    return status || taken || status.error == IoError::ReadOnly
+               ? Outcome()
+               : Failure("reserve a name in", m_rootPath, status);
 }
 
 Outcome Transaction::Reserve(const std::string& name) {

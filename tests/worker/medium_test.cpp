@@ -146,10 +146,14 @@ TEST_F(MediumTest, OneThatIsReadOnlyIsReadAndNeverWritten) {
             EXPECT_THAT(outcome.error, HasSubstr("Read-only"));
         }
         EXPECT_TRUE(FilesBelow(m_to.Path()) == without);
+        const CString to = InterfaceRoot(m_to.Path());
+        m_watch = {};
+        EXPECT_TRUE(ImportClip({to, L"0001AB", to}, copy::kSmallestBlock, m_watch, m_sizes))
+            << "all is there";
         const test::TempFolder away;
         m_watch = {};
-        EXPECT_TRUE(ImportClip({InterfaceRoot(m_to.Path()), L"0001AB", InterfaceRoot(away.Path())},
-                               copy::kSmallestBlock, m_watch, m_sizes));
+        EXPECT_TRUE(ImportClip({to, L"0001AB", InterfaceRoot(away.Path())}, copy::kSmallestBlock,
+                               m_watch, m_sizes));
         EXPECT_TRUE(FilesBelow(away.Path()) == without);
     });
     if (result == kCannotMount) {

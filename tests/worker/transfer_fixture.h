@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -82,9 +83,9 @@ inline void AddWholeClip(const test::CardBuilder& card, const std::string& name,
 }
 inline constexpr std::size_t kFilesOfAClip = 8;
 
-/// Fails each file operation of a request in turn, once, or every so manieth. A request that fails leaves nothing behind
-/// in the folder, and one that gets over the fault leaves what it leaves without it. Returns how
-/// often it failed.
+/// Fails file operations of a request in turn, one each time: every so manieth, all of them with
+/// NQP2_FAULTS=1. A request that fails leaves nothing behind in the folder, and one that gets over
+/// the fault leaves what it leaves without it. Returns how often it failed.
 inline int SweepFaults(const std::string& folder, const std::function<Outcome()>& request,
                        std::uint64_t every = 1) {
     const auto clear = [&] {
@@ -97,6 +98,9 @@ inline int SweepFaults(const std::string& folder, const std::function<Outcome()>
     EXPECT_TRUE(request());
     const auto whole = FilesBelow(folder);
     const std::uint64_t calls = files.Calls();
+    if (std::getenv("NQP2_FAULTS") != nullptr) {
+        every = 1;
+    }
     int failures = 0;
     for (std::uint64_t skip = 0; skip < calls; skip += every) {
         clear();
