@@ -128,7 +128,8 @@ void Operations::GetLastError(bridge::ErrorTextMessage& message) {
 }
 
 void Operations::GetBaseClipInfo(bridge::BaseClipInfoMessage& message) {
-    message.result = Result(DescribeClip(message.path, message.info));
+    message.result = Result(DescribeClip(
+        message.path, [this] { return m_progress.Lasts(); }, message.info));
 }
 
 void Operations::SetRecordingParameters(bridge::RTExportParamMessage& message) {

@@ -6,6 +6,7 @@ import fcntl
 import json
 import os
 import pty
+import shutil
 import signal
 import struct
 import subprocess
@@ -14,7 +15,7 @@ import time
 from pathlib import Path
 
 from dv_stream import FRAME_SIZE, avi, dv_frame, wav
-from program import CardTest, command_line, main, run
+from program import PROGRAM, CardTest, command_line, main, run
 
 LARGE = 1 << 30  # bytes without content: long enough to be met in the middle
 
@@ -234,9 +235,41 @@ class CameraTest(CardTest):
         clip, = json.loads(result.stdout)["clips"]
         self.assertEqual((clip["ClipName"], clip["CodecName"], clip["Duration"], clip["VideoPath"]),
                          ("DV000001", "DV25_420", 5, str(file)))
+        pipe = self.folder / "pipe.mov"
+        os.mkfifo(pipe)
+        self.assert_fails(run("base-info", pipe), 1,
+                          f"nqp2: {pipe}: is no file (nothing else is read)")
         without = run("clips", self.folder / "camera", "--worker", "/no/worker", "--strict")
         self.assertEqual((without.returncode, without.stderr.splitlines()[0]), (
             4, "nqp2: the worker: does not start (/no/worker: No such file or directory)"))
+
+
+    def test_a_worker_that_searches_a_file_ends_when_it_is_asked_to(self):
+        file = self.folder / "zeros.avi"
+        file.write_bytes(avi([dv_frame(0)])[:200])
+        os.truncate(file, 200 << 30)
+        process = subprocess.Popen(command_line("base-info", file), stderr=subprocess.PIPE)
+        self.addCleanup(process.kill)
+        wait_for(lambda: [link for worker in workers_of(process)
+                          for link in Path(f"/proc/{worker}/fd").iterdir()
+                          if os.path.lexists(link) and os.readlink(link) == str(file)])
+        worker, = workers_of(process)
+        asked = time.monotonic()
+        os.kill(worker, signal.SIGTERM)
+        process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 3)
+        self.assertLess(time.monotonic() - asked, 3)
+
+    def test_a_worker_without_its_module_says_so(self):
+        worker = self.folder / "nqp2-worker"
+        shutil.copy(Path(PROGRAM).parent / "nqp2-worker", worker)
+        file = self.folder / "camera.avi"
+        file.write_bytes(avi([dv_frame(0)]))
+        result = run("base-info", file, "--worker", worker)
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stderr, "^nqp2: .*: not described \\(Camera files and recordings need "
+                                        "a part of the worker that cannot be used: .*nqp2-media.so")
+        self.assertEqual(run("serial", "/proc", "--worker", worker).returncode, 1)
 
 
 class RecordingTest(CardTest):
