@@ -7,7 +7,7 @@
 #include "ingest/ingest_file.h"
 #include "ingest/IngestList.h"
 #include "platform/case_fold.h"
-#include "platform/file_system.h"
+#include "platform/folder.h"
 #include "xml/MarkupMSXML.h"
 
 #include <algorithm>
@@ -34,6 +34,7 @@ using nqp2::platform::IoStatus;
 
 constexpr const wchar_t* kRoot = L"/nqp2-fuzz";
 constexpr const wchar_t* kClip = L"0001AA";
+constexpr const char* kOnlyPath = "/nqp2-fuzz/USERDATA";
 
 /// The files of one folder, in memory.
 class OneFolder final : public nqp2::platform::FileSystem {
@@ -71,30 +72,68 @@ public:
         content = found->second;
         return {};
     }
-    IoStatus WriteWhole(const std::string& path, std::string_view content) override {
-        files[NameOf(path)] = content;
-        return {};
-    }
     IoStatus FreeSpace(const std::string&, std::uint64_t&) override { return Missing(); }
-    IoStatus RemoveFile(const std::string&) override { return Missing(); }
-    IoStatus MoveToFree(const std::string& from, const std::string& to) override {
-        const auto found = files.find(NameOf(from));
-        if (found == files.end()) {
-            return Missing();
-        }
-        if (!files.emplace(NameOf(to), found->second).second) {
-            return {IoError::Exists, "taken"};
-        }
-        files.erase(found);
+    IoStatus OpenFolder(const std::string&,
+                        std::unique_ptr<nqp2::platform::Folder>& folder) override {
+        folder = std::make_unique<Opened>(*this);
         return {};
     }
-    IoStatus MakeFolder(const std::string&) override { return {}; }
-    IoStatus Create(const std::string&, std::unique_ptr<nqp2::platform::FileWriter>&) override {
-        return Missing();
-    }
-    IoStatus RemoveAbandoned(const std::string&) override { return {}; }
 
 private:
+    /// The same folder, at every path.
+    class Opened final : public nqp2::platform::Folder {
+    public:
+        explicit Opened(OneFolder& owner) : m_owner(owner) {}
+        [[nodiscard]] const std::string& Path() const override { return m_path; }
+        IoStatus OpenFolder(const std::string&,
+                            std::unique_ptr<nqp2::platform::Folder>& folder) override {
+            return m_owner.OpenFolder(m_path, folder);
+        }
+        IoStatus MakeFolder(const std::string&) override { return {}; }
+        IoStatus Stat(const std::string& name, FileInfo& info) override {
+            return m_owner.Stat(name, info);
+        }
+        IoStatus List(std::vector<FolderEntry>& entries) override {
+            return m_owner.List(m_path, entries);
+        }
+        IoStatus Open(const std::string&, std::unique_ptr<nqp2::platform::FileReader>&) override {
+            return Missing();
+        }
+        IoStatus Read(const std::string& name, std::uint64_t limit, std::string& content) override {
+            return m_owner.Read(name, limit, content);
+        }
+        IoStatus WriteWhole(const std::string& name, std::string_view content) override {
+            m_owner.files[name] = content;
+            return {};
+        }
+        IoStatus Create(const std::string&, std::unique_ptr<nqp2::platform::FileWriter>&) override {
+            return Missing();
+        }
+        IoStatus RemoveFile(const std::string&) override { return Missing(); }
+        IoStatus MoveToFree(const std::string& from, const std::string& to) override {
+            auto& files = m_owner.files;
+            const auto found = files.find(from);
+            if (found == files.end()) {
+                return Missing();
+            }
+            if (!files.emplace(to, found->second).second) {
+                return {IoError::Exists, "taken"};
+            }
+            files.erase(found);
+            return {};
+        }
+        IoStatus RemoveAbandoned() override { return {}; }
+        IoStatus UsableSpace(std::uint64_t&) override { return Missing(); }
+        IoStatus Lock(std::chrono::milliseconds) override { return {}; }
+        IoStatus LockName(const std::string&, std::unique_ptr<nqp2::platform::NameLock>&) override {
+            return {};
+        }
+
+    private:
+        OneFolder& m_owner;
+        std::string m_path = kOnlyPath;
+    };
+
     static std::string NameOf(const std::string& path) {
         return path.substr(path.find_last_of('/') + 1);
     }

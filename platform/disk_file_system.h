@@ -17,13 +17,8 @@ public:
     IoStatus List(const std::string& folder, std::vector<FolderEntry>& entries) override;
     IoStatus Open(const std::string& path, std::unique_ptr<FileReader>& reader) override;
     IoStatus Read(const std::string& path, std::uint64_t limit, std::string& content) override;
-    IoStatus WriteWhole(const std::string& path, std::string_view content) override;
     IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) override;
-    IoStatus RemoveFile(const std::string& path) override;
-    IoStatus MoveToFree(const std::string& from, const std::string& to) override;
-    IoStatus MakeFolder(const std::string& path) override;
-    IoStatus Create(const std::string& path, std::unique_ptr<FileWriter>& writer) override;
-    IoStatus RemoveAbandoned(const std::string& folder) override;
+    IoStatus OpenFolder(const std::string& path, std::unique_ptr<Folder>& folder) override;
 
 private:
     std::size_t m_maxFolderEntries;

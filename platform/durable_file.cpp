@@ -3,45 +3,49 @@
 
 #include "platform/durable_file.h"
 
-#include "platform/descriptor.h"
 #include "platform/system_status.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <fcntl.h>
-#include <sys/file.h>
+#include <iterator>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace nqp2::platform {
-namespace {
 
-bool Lock(int file) {
-    return flock(file, LOCK_EX | LOCK_NB) == 0;
-}
-
-} // namespace
-
-std::string TemporaryName(std::string_view ending) {
+std::string TemporaryName() {
     std::uint64_t random = 0;
     if (getentropy(&random, sizeof random) != 0) {
         return {};
     }
     std::array<char, 20> digits{};
     std::snprintf(digits.data(), digits.size(), "%016llx", static_cast<unsigned long long>(random));
-    return std::string(kTemporaryPrefix).append(digits.data()).append(ending);
+    return std::string(kTemporaryPrefix).append(digits.data()).append(kTemporaryEnding);
 }
 
-bool ClaimTemporary(int file) {
-    static_cast<void>(Lock(file));
-    struct stat facts = {};
-    return fstat(file, &facts) != 0 || facts.st_nlink != 0;
+bool IsLeftoverName(std::string_view name) {
+    static constexpr std::string_view kEndings[] = {kTemporaryEnding, kLockEnding,
+                                                    ".tmp"}; // of earlier versions
+    return name.starts_with(kTemporaryPrefix) &&
+           std::any_of(std::begin(kEndings), std::end(kEndings),
+                       [&](std::string_view ending) { return name.ends_with(ending); });
 }
 
-bool IsAbandoned(int file) {
-    return Lock(file);
+bool FitsFileSizeLimit(std::uint64_t end) {
+    struct rlimit limit = {};
+    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
+           end <= limit.rlim_cur;
+}
+
+bool HasName(int file, int folder, const char* name) {
+    struct stat open = {};
+    struct stat named = {};
+    return fstat(file, &open) == 0 && fstatat(folder, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+           open.st_ino == named.st_ino && open.st_dev == named.st_dev;
 }
 
 /// Some file systems have nothing to flush and say so; that is no failure.
@@ -52,14 +56,6 @@ IoStatus FlushToMedium(int file) {
     } while (result != 0 && errno == EINTR);
     const bool nothingToFlush = result != 0 && (errno == EINVAL || errno == ENOTSUP);
     return result == 0 || nothingToFlush ? IoStatus{} : SystemStatus(errno);
-}
-
-IoStatus FlushFolder(int folder) {
-    const Descriptor readable(openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!readable && errno == EACCES) {
-        return {}; // a folder that may be written but not read cannot be flushed
-    }
-    return readable ? FlushToMedium(readable.Get()) : SystemStatus(errno);
 }
 
 } // namespace nqp2::platform

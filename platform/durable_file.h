@@ -5,6 +5,7 @@
 
 #include "platform/io_status.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -12,23 +13,25 @@
 namespace nqp2::platform {
 
 inline constexpr std::string_view kTemporaryPrefix = ".nqp2-";
-inline constexpr std::string_view kReplacementEnding = ".tmp"; ///< of a file's new content
+inline constexpr std::string_view kTemporaryEnding = ".part"; ///< of a file in the making
+inline constexpr std::string_view kLockEnding = ".lock";      ///< of the file behind a NameLock
 
-/// A fresh hidden name with that ending, which no card scan may enumerate; empty, with the reason
-/// in errno, when there is no randomness.
-std::string TemporaryName(std::string_view ending);
+/// A fresh hidden name of a file in the making, which no card scan may enumerate; empty, with the
+/// reason in errno, when there is no randomness.
+std::string TemporaryName();
 
-/// Locks a new temporary file, which tells others that its writer lives. False when it was taken
-/// for abandoned and removed before the lock stood. Where files cannot be locked, none ever is.
-bool ClaimTemporary(int file);
+/// Whether a name is one of those that writers leave behind when they are killed.
+bool IsLeftoverName(std::string_view name);
 
-/// Whether nobody who lives claims the file.
-bool IsAbandoned(int file);
+/// Whether this process may make a file that long. Beyond the limit of its user the system would
+/// not just refuse: it would send a signal that ends the host. To be asked before each step that
+/// makes a file longer.
+bool FitsFileSizeLimit(std::uint64_t end);
 
-/// Brings an open file onto its medium.
+/// Whether an open file still has that name in the folder (nobody removed or replaced it).
+bool HasName(int file, int folder, const char* name);
+
+/// Brings an open file, or the names of an open folder, onto the medium.
 IoStatus FlushToMedium(int file);
-
-/// Brings the changed names of a folder, open as a path at least, onto its medium.
-IoStatus FlushFolder(int folder);
 
 } // namespace nqp2::platform

@@ -21,7 +21,8 @@ namespace nqp2::platform {
 /// Far above a full card (100,000 clips of 16 sound files); bounds what a folder can cost.
 inline constexpr std::size_t kMaxFolderEntries = 2'000'000;
 
-enum class EntryKind { File, Folder, Other };
+/// Link where links are told apart, as an open Folder does; elsewhere what they lead to counts.
+enum class EntryKind { File, Folder, Other, Link };
 
 struct FolderEntry {
     std::string name;
@@ -31,8 +32,9 @@ struct FolderEntry {
 struct FileInfo {
     EntryKind kind = EntryKind::File;
     std::uint64_t size = 0;
-    std::time_t modified = 0; ///< last change of the content, seconds since 1970 UTC
-    std::time_t created = 0;  ///< birth time where the medium keeps one, else the earliest known
+    std::time_t modified = 0;              ///< last change of the content, seconds since 1970 UTC
+    std::uint32_t modifiedNanoseconds = 0; ///< and what there is beyond the second
+    std::time_t created = 0; ///< birth time where the medium keeps one, else the earliest known
 };
 
 /// A file open for reading. One thread at a time.
@@ -52,18 +54,29 @@ class FileWriter {
 public:
     virtual ~FileWriter() = default;
     /// Writes all bytes at that position; what lies between the end and the position reads as zeros.
+    /// TooLarge, without a signal, beyond what the process may make a file.
     virtual IoStatus WriteAt(std::uint64_t position, std::string_view bytes) = 0;
     /// Sets the length.
     virtual IoStatus Resize(std::uint64_t size) = 0;
+    /// Gives the file the time of change of another.
+    virtual IoStatus KeepTime(const FileInfo& source) = 0;
     /// Brings the file onto the medium and lets go of the system's copy, so that what is read next
     /// comes from the medium where there is one.
     virtual IoStatus Flush() = 0;
     /// Reads up to `capacity` bytes; `count` is 0 at the end of the file.
     virtual IoStatus ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,
                             std::size_t& count) = 0;
-    /// Gives the flushed file its name; Exists when that is taken.
+    /// Lets go of the open file, so that many can wait for their names; a flushed file is then
+    /// committed or dropped, nothing else.
+    virtual IoStatus Close() = 0;
+    /// Gives the flushed file its name; Exists when that is taken. After a failure it may be asked
+    /// for again.
     virtual IoStatus Commit() = 0;
+    /// The same with another name in the same folder.
+    virtual IoStatus CommitAs(const std::string& name) = 0;
 };
+
+class Folder;
 
 /// Any operation on the empty path, or on one that holds a zero byte, ends in NotFound.
 /// Every operation may be called from several threads at once.
@@ -83,23 +96,20 @@ public:
     /// shrinking files included. Four system calls for a file that fits its own size. The
     /// string's memory is used again: one string for many files saves time. Empty on failure.
     virtual IoStatus Read(const std::string& path, std::uint64_t limit, std::string& content) = 0;
-    /// Replaces or makes a file: hidden temporary beside it, flushed, renamed over it, folder
-    /// flushed. On failure the old file stays whole and nothing is left behind; only a failure to
-    /// flush the folder is reported with the new file already in place.
-    /// The one operation that is not exact: an existing file in another letter case is replaced
-    /// under its own name. A link stays and the file behind it is replaced; permission bits stay.
-    virtual IoStatus WriteWhole(const std::string& path, std::string_view content) = 0;
     /// Free bytes of the medium that holds the path, those kept for the administrator included.
     virtual IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) = 0;
-    virtual IoStatus RemoveFile(const std::string& path) = 0;
-    /// Gives a file another name in its folder, flushed; Exists when that is taken, also by another
-    /// writer at the same moment. After a failure it has its old name.
-    virtual IoStatus MoveToFree(const std::string& from, const std::string& to) = 0;
-    virtual IoStatus MakeFolder(const std::string& path) = 0;
-    /// Begins a file whose place is `path`; the folder must exist.
-    virtual IoStatus Create(const std::string& path, std::unique_ptr<FileWriter>& writer) = 0;
-    /// Removes the hidden files of writers that no longer live from the folder.
-    virtual IoStatus RemoveAbandoned(const std::string& folder) = 0;
+    /// Opens a folder for everything that writes (platform/folder.h); links are followed. It is the
+    /// root below which no link is.
+    virtual IoStatus OpenFolder(const std::string& path, std::unique_ptr<Folder>& folder) = 0;
+
+    // The operations of Folder on a path, whose own folder is the root. WriteWhole replaces an
+    // existing file in another letter case under its own name.
+    IoStatus WriteWhole(const std::string& path, std::string_view content);
+    IoStatus RemoveFile(const std::string& path);
+    IoStatus MoveToFree(const std::string& from, const std::string& to);
+    IoStatus MakeFolder(const std::string& path);
+    IoStatus Create(const std::string& path, std::unique_ptr<FileWriter>& writer);
+    IoStatus RemoveAbandoned(const std::string& folder);
 };
 
 /// The disk itself.

@@ -4,6 +4,7 @@
 #include "platform/folder_lock.h"
 
 #include "platform/disk_file_system.h"
+#include "platform/system_status.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -12,31 +13,31 @@
 #include <thread>
 
 namespace nqp2::platform {
-namespace {
 
-/// Whether somebody else has it; every other failure is that of a file system without locks.
-bool IsHeldElsewhere(int folder) {
-    while (flock(folder, LOCK_EX | LOCK_NB) != 0) {
-        if (errno != EINTR) {
-            return errno == EWOULDBLOCK;
+IoStatus LockOpen(int file, LockKind kind, std::chrono::milliseconds patience) {
+    constexpr std::chrono::milliseconds kLongestPause{20};
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    const int operation = (kind == LockKind::Alone ? LOCK_EX : LOCK_SH) | LOCK_NB;
+    std::chrono::milliseconds pause{1};
+    while (flock(file, operation) != 0) {
+        if (errno == EINTR) {
+            continue;
         }
+        if (errno != EWOULDBLOCK) {
+            return SystemStatus(errno);
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            return {IoError::Busy, "somebody else is using it"};
+        }
+        std::this_thread::sleep_for(pause);
+        pause = std::min(2 * pause, kLongestPause);
     }
-    return false;
+    return {};
 }
-
-} // namespace
 
 FolderLock::FolderLock(const std::string& folder, std::chrono::milliseconds patience)
     : m_folder(open(SystemPath(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
-      m_busy(m_folder && IsHeldElsewhere(m_folder.Get())) {
-    constexpr std::chrono::milliseconds kLongestPause{20};
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    std::chrono::milliseconds pause{1};
-    while (m_busy && std::chrono::steady_clock::now() < deadline) {
-        std::this_thread::sleep_for(pause);
-        pause = std::min(2 * pause, kLongestPause);
-        m_busy = IsHeldElsewhere(m_folder.Get());
-    }
-}
+      m_busy(m_folder &&
+             LockOpen(m_folder.Get(), LockKind::Alone, patience).error == IoError::Busy) {}
 
 } // namespace nqp2::platform

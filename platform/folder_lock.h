@@ -4,11 +4,20 @@
 #pragma once
 
 #include "platform/descriptor.h"
+#include "platform/io_status.h"
 
 #include <chrono>
 #include <string>
 
+/// Advisory locks on open files and folders. They belong to the open file, not to its process or
+/// thread, and go when its last descriptor is closed.
 namespace nqp2::platform {
+
+enum class LockKind { Shared, Alone };
+
+/// Locks an open file, waiting at most that long for those that hold it; Busy then. Any other
+/// failure is that of a file system without locks.
+IoStatus LockOpen(int file, LockKind kind, std::chrono::milliseconds patience);
 
 /// Keeps other programs and threads that lock the same folder out for as long as it lives, so that
 /// what one of them reads and writes back is not lost to another. It binds only those who ask, and

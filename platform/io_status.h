@@ -15,6 +15,8 @@ enum class IoError {
     Exists, ///< the name is taken
     IsFolder,
     NotAFile, ///< a socket, pipe or device: never read
+    IsLink,   ///< a link, where none is followed
+    Busy,     ///< somebody else has it
     TooLarge,
     NoSpace,
     ReadOnly,

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "platform/file_system.h"
+#include "platform/folder.h"
 
 #include <array>
 #include <atomic>
@@ -22,7 +22,8 @@
 namespace nqp2::test {
 
 /// ReadBlock is FileReader::Read, WriteAt to Commit those of FileWriter, of a file that was opened
-/// through the faulty file system.
+/// through the faulty file system. Folder's operations count as those of FileSystem, under the path
+/// that the folder was opened by and the name.
 enum class Operation {
     Stat,
     List,
@@ -40,8 +41,10 @@ enum class Operation {
     ReadAt,
     Commit,
     RemoveAbandoned,
+    OpenFolder,
+    Lock, ///< and LockName
 };
-inline constexpr std::size_t kOperations = 16;
+inline constexpr std::size_t kOperations = 18;
 
 /// Which calls fail and how. The defaults match every call.
 struct Fault {
@@ -111,14 +114,7 @@ public:
                             std::vector<platform::FolderEntry>& entries) override {
         std::size_t kept = 0;
         platform::IoStatus status = Enter(Operation::List, folder, &kept);
-        if (status) {
-            return m_inner.List(folder, entries);
-        }
-        entries.clear();
-        if (kept != 0 && m_inner.List(folder, entries) && entries.size() > kept) {
-            entries.resize(kept);
-        }
-        return status;
+        return Listed(status, kept, entries, [&] { return m_inner.List(folder, entries); });
     }
     platform::IoStatus Open(const std::string& path,
                             std::unique_ptr<platform::FileReader>& reader) override {
@@ -139,10 +135,6 @@ public:
         }
         return status ? m_inner.Read(path, limit, content) : status;
     }
-    platform::IoStatus WriteWhole(const std::string& path, std::string_view content) override {
-        platform::IoStatus status = Enter(Operation::WriteWhole, path);
-        return status ? m_inner.WriteWhole(path, content) : status;
-    }
     platform::IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) override {
         platform::IoStatus status = Enter(Operation::FreeSpace, path);
         if (status) {
@@ -151,33 +143,16 @@ public:
         bytes = m_freeBytes.value_or(bytes);
         return status;
     }
-    platform::IoStatus RemoveFile(const std::string& path) override {
-        platform::IoStatus status = Enter(Operation::RemoveFile, path);
-        return status ? m_inner.RemoveFile(path) : status;
-    }
-    platform::IoStatus MoveToFree(const std::string& from, const std::string& to) override {
-        platform::IoStatus status = Enter(Operation::MoveToFree, from);
-        return status ? m_inner.MoveToFree(from, to) : status;
-    }
-    platform::IoStatus MakeFolder(const std::string& path) override {
-        platform::IoStatus status = Enter(Operation::MakeFolder, path);
-        return status ? m_inner.MakeFolder(path) : status;
-    }
-
-    platform::IoStatus Create(const std::string& path,
-                              std::unique_ptr<platform::FileWriter>& writer) override {
-        platform::IoStatus status = Enter(Operation::Create, path);
+    platform::IoStatus OpenFolder(const std::string& path,
+                                  std::unique_ptr<platform::Folder>& folder) override {
+        platform::IoStatus status = Enter(Operation::OpenFolder, path);
         if (status) {
-            status = m_inner.Create(path, writer);
+            status = m_inner.OpenFolder(path, folder);
         }
         if (status) {
-            writer = std::make_unique<Writer>(*this, path, std::move(writer));
+            folder = std::make_unique<Below>(*this, std::move(folder));
         }
         return status;
-    }
-    platform::IoStatus RemoveAbandoned(const std::string& folder) override {
-        platform::IoStatus status = Enter(Operation::RemoveAbandoned, folder);
-        return status ? m_inner.RemoveAbandoned(folder) : status;
     }
 
 private:
@@ -191,6 +166,10 @@ private:
             return status ? m_inner->WriteAt(position, bytes) : status;
         }
         platform::IoStatus Resize(std::uint64_t size) override { return m_inner->Resize(size); }
+        platform::IoStatus KeepTime(const platform::FileInfo& source) override {
+            return m_inner->KeepTime(source);
+        }
+        platform::IoStatus Close() override { return m_inner->Close(); }
         platform::IoStatus Flush() override {
             platform::IoStatus status = m_owner.Enter(Operation::Flush, m_path);
             return status ? m_inner->Flush() : status;
@@ -205,11 +184,118 @@ private:
             platform::IoStatus status = m_owner.Enter(Operation::Commit, m_path);
             return status ? m_inner->Commit() : status;
         }
+        platform::IoStatus CommitAs(const std::string& name) override {
+            platform::IoStatus status = m_owner.Enter(Operation::Commit, m_path);
+            return status ? m_inner->CommitAs(name) : status;
+        }
 
     private:
         FaultyFileSystem& m_owner;
         std::string m_path;
         std::unique_ptr<platform::FileWriter> m_inner;
+    };
+
+    class Below final : public platform::Folder {
+    public:
+        Below(FaultyFileSystem& owner, std::unique_ptr<platform::Folder> inner)
+            : m_owner(owner), m_inner(std::move(inner)) {}
+        [[nodiscard]] const std::string& Path() const override { return m_inner->Path(); }
+        platform::IoStatus OpenFolder(const std::string& name,
+                                      std::unique_ptr<platform::Folder>& folder) override {
+            platform::IoStatus status = Enter(Operation::OpenFolder, name);
+            if (status) {
+                status = m_inner->OpenFolder(name, folder);
+            }
+            if (status) {
+                folder = std::make_unique<Below>(m_owner, std::move(folder));
+            }
+            return status;
+        }
+        platform::IoStatus MakeFolder(const std::string& name) override {
+            platform::IoStatus status = Enter(Operation::MakeFolder, name);
+            return status ? m_inner->MakeFolder(name) : status;
+        }
+        platform::IoStatus Stat(const std::string& name, platform::FileInfo& info) override {
+            platform::IoStatus status = Enter(Operation::Stat, name);
+            return status ? m_inner->Stat(name, info) : status;
+        }
+        platform::IoStatus List(std::vector<platform::FolderEntry>& entries) override {
+            std::size_t kept = 0;
+            platform::IoStatus status = m_owner.Enter(Operation::List, Path(), &kept);
+            return m_owner.Listed(status, kept, entries, [&] { return m_inner->List(entries); });
+        }
+        platform::IoStatus Open(const std::string& name,
+                                std::unique_ptr<platform::FileReader>& reader) override {
+            platform::IoStatus status = Enter(Operation::Open, name);
+            if (status) {
+                status = m_inner->Open(name, reader);
+            }
+            if (status) {
+                reader = std::make_unique<Reader>(m_owner, PathOf(name), std::move(reader));
+            }
+            return status;
+        }
+        platform::IoStatus Read(const std::string& name, std::uint64_t limit,
+                                std::string& content) override {
+            content.clear();
+            platform::IoStatus status = Enter(Operation::Read, name);
+            return status ? m_inner->Read(name, limit, content) : status;
+        }
+        platform::IoStatus WriteWhole(const std::string& name, std::string_view content) override {
+            platform::IoStatus status = Enter(Operation::WriteWhole, name);
+            return status ? m_inner->WriteWhole(name, content) : status;
+        }
+        platform::IoStatus Create(const std::string& name,
+                                  std::unique_ptr<platform::FileWriter>& writer) override {
+            platform::IoStatus status = Enter(Operation::Create, name);
+            if (status) {
+                status = m_inner->Create(name, writer);
+            }
+            if (status) {
+                writer = std::make_unique<Writer>(m_owner, PathOf(name), std::move(writer));
+            }
+            return status;
+        }
+        platform::IoStatus RemoveFile(const std::string& name) override {
+            platform::IoStatus status = Enter(Operation::RemoveFile, name);
+            return status ? m_inner->RemoveFile(name) : status;
+        }
+        platform::IoStatus MoveToFree(const std::string& from, const std::string& to) override {
+            platform::IoStatus status = Enter(Operation::MoveToFree, from);
+            return status ? m_inner->MoveToFree(from, to) : status;
+        }
+        platform::IoStatus RemoveAbandoned() override {
+            platform::IoStatus status = m_owner.Enter(Operation::RemoveAbandoned, Path());
+            return status ? m_inner->RemoveAbandoned() : status;
+        }
+        platform::IoStatus UsableSpace(std::uint64_t& bytes) override {
+            platform::IoStatus status = m_owner.Enter(Operation::FreeSpace, Path());
+            if (status) {
+                status = m_inner->UsableSpace(bytes);
+            }
+            bytes = m_owner.m_freeBytes.value_or(bytes);
+            return status;
+        }
+        platform::IoStatus Lock(std::chrono::milliseconds patience) override {
+            platform::IoStatus status = m_owner.Enter(Operation::Lock, Path());
+            return status ? m_inner->Lock(patience) : status;
+        }
+        platform::IoStatus LockName(const std::string& name,
+                                    std::unique_ptr<platform::NameLock>& lock) override {
+            platform::IoStatus status = Enter(Operation::Lock, name);
+            return status ? m_inner->LockName(name, lock) : status;
+        }
+
+    private:
+        [[nodiscard]] std::string PathOf(const std::string& name) const {
+            return Path() + (Path().ends_with('/') ? "" : "/") + name;
+        }
+        platform::IoStatus Enter(Operation operation, const std::string& name) {
+            return m_owner.Enter(operation, PathOf(name));
+        }
+
+        FaultyFileSystem& m_owner;
+        std::unique_ptr<platform::Folder> m_inner;
     };
 
     class Reader final : public platform::FileReader {
@@ -229,6 +315,20 @@ private:
         std::string m_path;
         std::unique_ptr<platform::FileReader> m_inner;
     };
+
+    /// What a listing that may be made to fail delivers.
+    template <class List>
+    static platform::IoStatus Listed(const platform::IoStatus& status, std::size_t kept,
+                                     std::vector<platform::FolderEntry>& entries, List list) {
+        if (status) {
+            return list();
+        }
+        entries.clear();
+        if (kept != 0 && list() && entries.size() > kept) {
+            entries.resize(kept);
+        }
+        return status;
+    }
 
     static std::size_t Slot(Operation operation) { return static_cast<std::size_t>(operation); }
 

@@ -1,0 +1,242 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/disk_folder.h"
+
+#include "platform/disk_file_system.h"
+#include "platform/disk_read.h"
+#include "platform/durable_file.h"
+#include "platform/folder_lock.h"
+#include "platform/system_status.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+namespace nqp2::platform {
+namespace {
+
+using std::chrono::milliseconds;
+
+IoStatus BadName() {
+    return {IoError::Other, "it is not the name of a file or folder"};
+}
+
+/// Why a folder could not be opened: where links are refused, the system calls one "no folder".
+IoStatus FolderFailure(int above, const char* path, Links links, int errorNumber) {
+    FileInfo info;
+    if (links == Links::Refuse && (errorNumber == ENOTDIR || errorNumber == ELOOP) &&
+        StatAt(above, path, links, info)) {
+        return info.kind == EntryKind::Link ? LinkStatus()
+                                            : IoStatus{IoError::Other, "it is not a folder"};
+    }
+    return SystemStatus(errorNumber);
+}
+
+IoStatus OpenHandle(int above, const char* path, Links links, FolderPtr& handle) {
+    const int flags = O_DIRECTORY | O_CLOEXEC | (links == Links::Refuse ? O_NOFOLLOW : 0);
+    Descriptor folder(openat(above, path, O_RDONLY | flags));
+    const bool isReadable = static_cast<bool>(folder);
+    if (!isReadable && errno == EACCES) {
+        folder = Descriptor(openat(above, path, O_PATH | flags));
+    }
+    if (!folder) {
+        return FolderFailure(above, path, links, errno);
+    }
+    handle = std::make_shared<FolderHandle>(std::move(folder), isReadable);
+    return {};
+}
+
+IoStatus CheckRegular(int folder, const std::string& name) {
+    FileInfo info;
+    IoStatus status = StatAt(folder, name.c_str(), Links::Refuse, info);
+    return status ? RegularStatus(info.kind) : status;
+}
+
+/// Removes a hidden file unless somebody who lives has it open, or waits for it.
+IoStatus RemoveIfAbandoned(int folder, const std::string& name) {
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    const Descriptor file(openat(folder, name.c_str(), kFlags));
+    const bool abandoned = file && LockOpen(file.Get(), LockKind::Alone, milliseconds(0)) &&
+                           HasName(file.Get(), folder, name.c_str());
+    return abandoned && unlinkat(folder, name.c_str(), 0) != 0 ? SystemStatus(errno) : IoStatus{};
+}
+
+class DiskFolder final : public Folder {
+public:
+    DiskFolder(FolderPtr handle, std::string path, std::size_t maxEntries)
+        : m_handle(std::move(handle)), m_path(std::move(path)), m_maxEntries(maxEntries) {}
+
+    [[nodiscard]] const std::string& Path() const override { return m_path; }
+
+    IoStatus OpenFolder(const std::string& name, std::unique_ptr<Folder>& folder) override {
+        FolderPtr handle;
+        IoStatus status =
+            IsEntryName(name) ? OpenHandle(Get(), name.c_str(), Links::Refuse, handle) : BadName();
+        if (status) {
+            const char* const separator = m_path.ends_with('/') ? "" : "/";
+            folder = std::make_unique<DiskFolder>(std::move(handle), m_path + separator + name,
+                                                  m_maxEntries);
+        }
+        return status;
+    }
+
+    IoStatus MakeFolder(const std::string& name) override {
+        constexpr mode_t kBeforeUmask = 0777;
+        if (!IsEntryName(name)) {
+            return BadName();
+        }
+        if (mkdirat(Get(), name.c_str(), kBeforeUmask) != 0) {
+            return SystemStatus(errno);
+        }
+        IoStatus status = m_handle->Flush();
+        if (!status) {
+            unlinkat(Get(), name.c_str(), AT_REMOVEDIR);
+        }
+        return status;
+    }
+
+    IoStatus Stat(const std::string& name, FileInfo& info) override {
+        return IsEntryName(name) ? StatAt(Get(), name.c_str(), Links::Refuse, info) : BadName();
+    }
+
+    IoStatus List(std::vector<FolderEntry>& entries) override {
+        Descriptor opened(openat(Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!opened) {
+            entries.clear();
+            return SystemStatus(errno);
+        }
+        return ListOpen(std::move(opened), Links::Refuse, m_maxEntries, entries);
+    }
+
+    IoStatus Open(const std::string& name, std::unique_ptr<FileReader>& reader) override {
+        return IsEntryName(name) ? OpenAt(Get(), name.c_str(), Links::Refuse, reader) : BadName();
+    }
+
+    IoStatus Read(const std::string& name, std::uint64_t limit, std::string& content) override {
+        content.clear();
+        return IsEntryName(name) ? ReadAt(Get(), name.c_str(), Links::Refuse, limit, content)
+                                 : BadName();
+    }
+
+    IoStatus WriteWhole(const std::string& name, std::string_view content) override {
+        return IsEntryName(name) ? WriteWholeIn(m_handle, name, content) : BadName();
+    }
+
+    IoStatus Create(const std::string& name, std::unique_ptr<FileWriter>& writer) override {
+        return IsEntryName(name) ? CreateIn(m_handle, name, writer) : BadName();
+    }
+
+    IoStatus RemoveFile(const std::string& name) override {
+        IoStatus status = IsEntryName(name) ? CheckRegular(Get(), name) : BadName();
+        if (!status) {
+            return status;
+        }
+        return unlinkat(Get(), name.c_str(), 0) == 0 ? m_handle->Flush() : SystemStatus(errno);
+    }
+
+    IoStatus MoveToFree(const std::string& from, const std::string& to) override {
+        if (!IsEntryName(from) || !IsEntryName(to)) {
+            return BadName();
+        }
+        IoStatus status = CheckRegular(Get(), from);
+        return status ? MoveToFreeIn(m_handle, from, to) : status;
+    }
+
+    IoStatus RemoveAbandoned() override {
+        if (!m_handle->BeginSweep()) {
+            return {};
+        }
+        std::vector<FolderEntry> entries;
+        IoStatus status = List(entries);
+        for (const FolderEntry& entry : entries) {
+            if (entry.kind == EntryKind::File && IsLeftoverName(entry.name)) {
+                IoStatus removed = RemoveIfAbandoned(Get(), entry.name);
+                status = status ? std::move(removed) : status;
+            }
+        }
+        m_handle->EndSweep();
+        return status;
+    }
+
+    IoStatus UsableSpace(std::uint64_t& bytes) override {
+        struct statvfs facts = {};
+        if (fstatvfs(Get(), &facts) != 0) {
+            return SystemStatus(errno);
+        }
+        bytes = BytesOfBlocks(facts.f_bavail, facts.f_frsize);
+        return {};
+    }
+
+    IoStatus Lock(milliseconds patience) override { return m_handle->LockAlone(patience); }
+
+    IoStatus LockName(const std::string& name, std::unique_ptr<NameLock>& lock) override {
+        constexpr milliseconds kASweepersMoment(200);
+        return LockNameIn(m_handle, name, kASweepersMoment, lock);
+    }
+
+private:
+    [[nodiscard]] int Get() const { return m_handle->Get(); }
+
+    FolderPtr m_handle;
+    std::string m_path;
+    std::size_t m_maxEntries;
+};
+
+} // namespace
+
+IoStatus FolderHandle::Flush() const {
+    return m_isReadable ? FlushToMedium(m_folder.Get()) : IoStatus{};
+}
+
+IoStatus FolderHandle::LockAlone(milliseconds patience) {
+    if (m_held == Held::Alone || !m_isReadable) {
+        return {};
+    }
+    IoStatus status = LockOpen(m_folder.Get(), LockKind::Alone, patience);
+    if (status.error == IoError::Busy) {
+        m_held = Held::None; // a shared lock is given up by asking for more
+        return status;
+    }
+    m_held = Held::Alone;
+    return {};
+}
+
+IoStatus FolderHandle::LockShared() {
+    constexpr std::chrono::seconds kLongestSweep(5);
+    if (m_held != Held::None || !m_isReadable) {
+        return {};
+    }
+    IoStatus status = LockOpen(m_folder.Get(), LockKind::Shared, kLongestSweep);
+    if (status.error == IoError::Busy) {
+        return status;
+    }
+    m_held = Held::Shared;
+    return {};
+}
+
+bool FolderHandle::BeginSweep() {
+    return m_held == Held::Alone || (m_held == Held::None && m_isReadable &&
+                                     LockOpen(m_folder.Get(), LockKind::Alone, milliseconds(0)));
+}
+
+void FolderHandle::EndSweep() const {
+    if (m_held == Held::None) {
+        flock(m_folder.Get(), LOCK_UN);
+    }
+}
+
+IoStatus OpenDiskFolder(const std::string& path, std::size_t maxEntries,
+                        std::unique_ptr<Folder>& folder) {
+    FolderPtr handle;
+    IoStatus status = OpenHandle(AT_FDCWD, SystemPath(path), Links::Follow, handle);
+    if (status) {
+        folder = std::make_unique<DiskFolder>(std::move(handle), path, maxEntries);
+    }
+    return status;
+}
+
+} // namespace nqp2::platform
