@@ -27,7 +27,7 @@ MAY_INCLUDE = {
     "avchd": READERS | {"bridge"},
     "bridge": READERS | {"channel"},
     "parser": READERS | set(SUBJECTS),
-    "worker": READERS | {"bridge", "capacity", "channel", "parser"},
+    "worker": READERS | {"avchd", "bridge", "capacity", "channel", "parser"},
     # The module shares the headers that the two agree on; nobody includes from it.
     "worker/av": BASE | {"worker"},
 }

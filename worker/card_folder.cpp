@@ -59,6 +59,23 @@ Outcome ResolveRoot(const CString& root, std::string& folder) {
     return {};
 }
 
+Outcome OpenCard(const CString& root, CardFolders& card) {
+    std::string path;
+    if (Outcome outcome = ResolveRoot(root, path); !outcome) {
+        return outcome;
+    }
+    path = platform::FindExisting(path).value_or(path);
+    platform::IoStatus status = platform::Files().OpenFolder(path, card.root);
+    if (!status) {
+        return Failure("open the card", path, status);
+    }
+    status = OpenBelow(*card.root, kContents, card.contents);
+    if (status.error == platform::IoError::NotFound) {
+        return Failure("There is no CONTENTS folder in " + path + ".");
+    }
+    return status ? Outcome() : Failure("open", path + "/" + kContents, status);
+}
+
 Outcome FindContents(const CString& root, std::string& contents) {
     std::string folder;
     if (Outcome outcome = ResolveRoot(root, folder); !outcome) {

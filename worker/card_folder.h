@@ -4,8 +4,10 @@
 #pragma once
 
 #include "platform/CString.h"
+#include "platform/folder.h"
 #include "worker/outcome.h"
 
+#include <memory>
 #include <string>
 
 /// Names and roots as they come in messages: foreign text that must not lead anywhere else.
@@ -18,6 +20,15 @@ Outcome CheckClipName(const CString& name);
 /// The POSIX folder that a root means. Fails unless it is absolute, whatever stands there or not;
 /// a component ".." fails too.
 Outcome ResolveRoot(const CString& root, std::string& folder);
+
+/// A card that is written to, open.
+struct CardFolders {
+    std::unique_ptr<platform::Folder> root;
+    std::unique_ptr<platform::Folder> contents;
+};
+
+/// Opens a card's root, which may be a link, and the CONTENTS folder in it, which may not.
+Outcome OpenCard(const CString& root, CardFolders& card);
 
 /// The CONTENTS folder below a root, in the spelling of the disk. Fails when there is none.
 Outcome FindContents(const CString& root, std::string& contents);

@@ -17,9 +17,10 @@ std::int64_t SamplesUpTo(std::int64_t frames, const FrameRate& rate) {
 
 } // namespace
 
-EssenceFile::EssenceFile(std::string path, FrameRate videoRate, std::int32_t sampleBytes)
-    : m_path(std::move(path)), m_videoRate(videoRate), m_sampleBytes(sampleBytes),
-      m_digest(XXH3_createState()) {
+EssenceFile::EssenceFile(const platform::Folder& folder, const std::string& name,
+                         FrameRate videoRate, std::int32_t sampleBytes)
+    : m_name(name), m_path(folder.Path() + "/" + name), m_videoRate(videoRate),
+      m_sampleBytes(sampleBytes), m_digest(XXH3_createState()) {
     if (m_digest == nullptr || XXH3_128bits_reset(m_digest.get()) != XXH_OK) {
         throw std::bad_alloc();
     }
@@ -33,12 +34,12 @@ Outcome EssenceFile::Failed(const std::string& reason) const {
 }
 
 template <class Mux>
-Outcome EssenceFile::Begin(Mux&& mux) {
+Outcome EssenceFile::Begin(platform::Folder& folder, Mux&& mux) {
     const MediaModule* module = nullptr;
     if (Outcome outcome = LoadMediaModule(module); !outcome) {
         return outcome;
     }
-    if (const auto status = platform::Files().Create(m_path, m_writer); !status) {
+    if (const auto status = folder.Create(m_name, m_writer); !status) {
         return Failure("write", m_path, status);
     }
     std::string reason;
@@ -46,18 +47,18 @@ Outcome EssenceFile::Begin(Mux&& mux) {
     return m_muxer != nullptr ? Outcome() : Failed(reason);
 }
 
-Outcome EssenceFile::CreateVideo(const std::string& path, const VideoFormat& format,
-                                 std::unique_ptr<EssenceFile>& file) {
-    file.reset(new EssenceFile(path, format.rate, 0));
-    return file->Begin([&](const MediaModule& module, std::string& reason) {
+Outcome EssenceFile::CreateVideo(platform::Folder& folder, const std::string& name,
+                                 const VideoFormat& format, std::unique_ptr<EssenceFile>& file) {
+    file.reset(new EssenceFile(folder, name, format.rate, 0));
+    return file->Begin(folder, [&](const MediaModule& module, std::string& reason) {
         return module.MuxVideo(format, *file, reason);
     });
 }
 
-Outcome EssenceFile::CreateSound(const std::string& path, const SoundFormat& format,
-                                 std::unique_ptr<EssenceFile>& file) {
-    file.reset(new EssenceFile(path, format.videoRate, format.bits / 8));
-    return file->Begin([&](const MediaModule& module, std::string& reason) {
+Outcome EssenceFile::CreateSound(platform::Folder& folder, const std::string& name,
+                                 const SoundFormat& format, std::unique_ptr<EssenceFile>& file) {
+    file.reset(new EssenceFile(folder, name, format.videoRate, format.bits / 8));
+    return file->Begin(folder, [&](const MediaModule& module, std::string& reason) {
         return module.MuxSound(format, *file, reason);
     });
 }
@@ -124,22 +125,25 @@ Outcome EssenceFile::Put(std::string_view unit) {
     return {};
 }
 
-Outcome EssenceFile::AddSilence(std::int64_t frames) {
-    while (!m_sound.empty() || m_units < frames) {
+std::uint64_t EssenceFile::SoundUntil(std::int64_t frames) const {
+    const auto wanted = static_cast<std::uint64_t>(SamplesUpTo(frames, m_videoRate)) *
+                        static_cast<std::uint64_t>(m_sampleBytes);
+    const std::uint64_t there = m_essenceSize + m_sound.size();
+    return wanted - std::min(wanted, there);
+}
+
+void EssenceFile::AddSilence(std::int64_t frames) {
+    bool isRoom = true;
+    while (isRoom && (!m_sound.empty() || m_units < frames)) {
         m_sound.resize(NextSoundSize(), '\0');
-        if (Outcome outcome = Put(m_sound); !outcome) {
-            return outcome;
-        }
+        isRoom = static_cast<bool>(Put(m_sound));
         m_sound.clear();
     }
-    return {};
 }
 
 Outcome EssenceFile::Finish(std::int64_t frames) {
     if (m_sampleBytes != 0) {
-        if (Outcome outcome = AddSilence(frames); !outcome) {
-            return outcome;
-        }
+        AddSilence(frames);
     }
     if (const Outcome finished = m_muxer->Finish(); !finished) {
         return Failed(finished.error);

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "platform/file_system.h"
+#include "platform/folder.h"
 #include "worker/media_module.h"
 #include "worker/outcome.h"
 
@@ -18,10 +18,10 @@ namespace nqp2::worker {
 /// An OP-Atom MXF file (SMPTE ST 390) of one stream in the making. One thread at a time.
 class EssenceFile final : private MediaOutput {
 public:
-    static Outcome CreateVideo(const std::string& path, const VideoFormat& format,
-                               std::unique_ptr<EssenceFile>& file);
-    static Outcome CreateSound(const std::string& path, const SoundFormat& format,
-                               std::unique_ptr<EssenceFile>& file);
+    static Outcome CreateVideo(platform::Folder& folder, const std::string& name,
+                               const VideoFormat& format, std::unique_ptr<EssenceFile>& file);
+    static Outcome CreateSound(platform::Folder& folder, const std::string& name,
+                               const SoundFormat& format, std::unique_ptr<EssenceFile>& file);
     ~EssenceFile() override;
     EssenceFile(const EssenceFile&) = delete;
     EssenceFile& operator=(const EssenceFile&) = delete;
@@ -30,14 +30,17 @@ public:
     /// full medium say, is not in the file, which can be finished with what came before.
     Outcome Add(std::string_view bytes);
     /// Completes the file, flushes it and compares the essence on the medium with what was added.
-    /// Sound gets silence up to a whole frame, and up to `frames` of them.
+    /// Sound gets silence up to a whole frame, and up to `frames` of them; on a full medium, where
+    /// nothing is left but room for the end, as much as fits.
     Outcome Finish(std::int64_t frames);
     /// Gives the finished file its name.
     Outcome Commit();
 
-    [[nodiscard]] const std::string& Path() const { return m_path; }
+    [[nodiscard]] const std::string& Name() const { return m_name; }
     /// Frames of video, or of sound, that are in the file.
     [[nodiscard]] std::int64_t Frames() const { return m_units; }
+    /// Bytes of sound that are missing until that many frames are full.
+    [[nodiscard]] std::uint64_t SoundUntil(std::int64_t frames) const;
     /// Where the essence begins in the file, and how long it is, in bytes.
     [[nodiscard]] std::uint64_t EssenceStart() const { return m_essenceStart; }
     [[nodiscard]] std::uint64_t EssenceSize() const { return m_essenceSize; }
@@ -47,19 +50,21 @@ private:
         void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
     };
 
-    EssenceFile(std::string path, FrameRate videoRate, std::int32_t sampleBytes);
+    EssenceFile(const platform::Folder& folder, const std::string& name, FrameRate videoRate,
+                std::int32_t sampleBytes);
     /// Makes the file, in which `mux` begins the container.
     template <class Mux>
-    Outcome Begin(Mux&& mux);
+    Outcome Begin(platform::Folder& folder, Mux&& mux);
     bool WriteAt(std::uint64_t position, std::string_view bytes) override;
     /// Bytes of sound that belong to the next frame of video.
     [[nodiscard]] std::size_t NextSoundSize() const;
     Outcome Put(std::string_view unit);
     Outcome Verify();
     [[nodiscard]] Outcome Failed(const std::string& reason) const;
-    Outcome AddSilence(std::int64_t frames);
+    void AddSilence(std::int64_t frames);
 
-    std::string m_path;
+    std::string m_name;
+    std::string m_path; ///< for messages
     FrameRate m_videoRate;
     std::int32_t m_sampleBytes; ///< of sound; 0 in a video file
     std::unique_ptr<platform::FileWriter> m_writer;

@@ -11,6 +11,8 @@
 #include "worker/icon_bitmap.h"
 #include "worker/volume_serial.h"
 
+#include <iterator>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -33,6 +35,19 @@ void FillSizes(const TransferSizes& sizes, stu_R8P2TransInfo& info) {
     info.size5 = bytes(ClipPart::Metadata);
     info.size6 = bytes(ClipPart::Other);
     info.value1 = sizes.files;
+}
+
+/// A clip has one of each kind; of several the first counts.
+Relations RelationsOf(const CArray<stu_R8PRelationClipInfo>& related) {
+    Relations relations;
+    std::optional<RelatedClip>* const kinds[] = {&relations.top, &relations.previous,
+                                                 &relations.next};
+    for (const stu_R8PRelationClipInfo& other : related) {
+        if (other.value1 < std::size(kinds) && !*kinds[other.value1]) {
+            *kinds[other.value1] = RelatedClip{other.text1, other.identifier1, other.text2};
+        }
+    }
+    return relations;
 }
 
 } // namespace
@@ -114,7 +129,10 @@ void Operations::SetWriteBlockSize(bridge::ValueMessage& message) {
 }
 
 void Operations::CloseAllFile(bridge::ResultMessage& message) {
-    m_recording.reset();
+    if (m_recording != nullptr) {
+        m_recording->Drop();
+        m_recording.reset();
+    }
     message.result = kDone;
 }
 
@@ -140,7 +158,7 @@ void Operations::SetRecordingParameters(bridge::RTExportParamMessage& message) {
     parameters.clipName = message.text2;
     parameters.userClipName = message.text3;
     parameters.startTimecode = message.value1;
-    parameters.related = message.relatedClips;
+    parameters.relations = RelationsOf(message.relatedClips);
     parameters.dropFrame = message.value2 != 0;
     const Outcome outcome = CheckRecordingParameters(parameters);
     if (outcome) {
@@ -206,7 +224,11 @@ Outcome Operations::Stop(bool keep) {
     if (recording == nullptr) {
         return Failure("No recording is running.");
     }
-    return keep ? recording->Finish() : Outcome();
+    if (!keep) {
+        recording->Drop();
+        return {};
+    }
+    return recording->Finish();
 }
 
 void Operations::StopRecording(bridge::StopRTExportMessage& message) {
