@@ -166,6 +166,7 @@ Outcome Recording::AddSound(std::string_view samples) {
 
 Outcome Recording::Add(std::string_view video, std::string_view sound) {
     Outcome outcome = video.empty() ? Outcome() : AddVideo(video);
+    CompleteFull();
     if (outcome && !sound.empty()) {
         outcome = AddSound(sound);
     }

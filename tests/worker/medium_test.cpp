@@ -19,6 +19,7 @@
 #include "worker/icon_bitmap.h"
 #include "worker/recording.h"
 #include "worker/verified_copy.h"
+#include "worker/volume_serial.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,6 +27,8 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
 
 namespace nqp2::worker {
 namespace {
@@ -123,6 +126,43 @@ TEST_F(MediumTest, OneThatFillsUpLeavesNothingHalf) {
         files.SetHook([](Operation, const std::string&) {});
         EXPECT_TRUE(Import(m_to.Path()));
         ExpectSourceUntouched();
+    });
+    if (result == kCannotMount) {
+        GTEST_SKIP() << "a file system cannot be mounted here";
+    }
+    EXPECT_EQ(result, kPassed);
+}
+
+/// An ordinary user may not read the device. What the system's database has serves; what an earlier
+/// look at some device of that name has left behind does not.
+TEST_F(MediumTest, TheSerialNumberIsThisVolumesOrNone) {
+    struct stat facts = {};
+    ASSERT_EQ(stat(m_to.Path().c_str(), &facts), 0);
+    const std::string device =
+        std::to_string(major(facts.st_dev)) + ":" + std::to_string(minor(facts.st_dev));
+    if (!std::filesystem::exists("/sys/dev/block/" + device)) {
+        GTEST_SKIP() << "the temporary folder is on no device";
+    }
+    chmod(m_to.Path().c_str(), 0755);
+    const std::string node =
+        "/dev/" + std::filesystem::read_symlink("/sys/dev/block/" + device).filename().native();
+    const int result = WithMedium("/run", "1m", [&] {
+        constexpr uid_t kNobody = 65534;
+        std::filesystem::create_directories("/run/blkid");
+        std::ofstream("/run/blkid/blkid.tab")
+            << "<device DEVNO=\"0x" << std::hex << facts.st_dev << "\" TIME=\"1700000000.0\" "
+            << "UUID=\"DEAD-BEEF\" TYPE=\"vfat\">" << node << "</device>\n";
+        ASSERT_EQ(seteuid(kNobody), 0);
+        CString serial;
+        EXPECT_THAT(FindVolumeSerial(InterfaceRoot(m_to.Path()), serial).error,
+                    HasSubstr("has none"));
+        EXPECT_TRUE(serial.IsEmpty());
+        ASSERT_EQ(seteuid(0), 0);
+        std::filesystem::create_directories("/run/udev/data");
+        std::ofstream("/run/udev/data/b" + device) << "I:1\nE:ID_FS_UUID=1A2B-3C4D\n";
+        ASSERT_EQ(seteuid(kNobody), 0);
+        EXPECT_TRUE(FindVolumeSerial(InterfaceRoot(m_to.Path()), serial));
+        EXPECT_EQ(serial, L"1A2B-3C4D");
     });
     if (result == kCannotMount) {
         GTEST_SKIP() << "a file system cannot be mounted here";

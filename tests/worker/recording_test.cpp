@@ -351,8 +351,8 @@ TEST_F(RecordingTest, GoesOnInLinkedClipsWhereAFileIsFull) {
     parameters.wave = Wave(1, 16);
     parameters.startTimecode = 100;
     parameters.mostFileBytes = (std::uint64_t{9} << 17U) + 3 * 144000 + 100'000; // three frames
-    // Sound in step with the frames, a frame behind them, and five ahead.
-    for (const int lag : {0, 1, -5}) {
+    // Sound in step with the frames, a frame behind them, and a clip ahead.
+    for (const int lag : {0, 1, -3}) {
         SCOPED_TRACE(lag);
         std::unique_ptr<Recording> recording;
         ASSERT_TRUE(Recording::Start(parameters, 0, VS_50I, recording));
