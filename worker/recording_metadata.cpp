@@ -156,8 +156,7 @@ Outcome MakeMetadata(const RecordedClip& clip, std::string& xml) {
     Writer writer(clip);
     return writer.Write(xml)
                ? Outcome()
-               : Failure("The metadata of " + platform::Utf8FromText(clip.name.View()) +
-                         " hold a text that XML cannot.");
+               : Failure("A name or title of the recording holds what XML cannot.");
 }
 
 } // namespace nqp2::worker

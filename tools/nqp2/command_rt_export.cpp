@@ -35,6 +35,7 @@ struct RtExportOptions {
     std::string video;
     std::string codeType;
     std::string sound;
+    bool isBare = false;
     std::uint16_t channels = 2;
     std::uint16_t bits = 16;
     std::string name;
@@ -52,8 +53,10 @@ class Streams {
 public:
     Streams(const RtExportOptions& options, const StreamForm& form)
         : m_form(form), m_units(options.video, form.unitSize) {
-        if (!options.sound.empty()) {
+        if (!options.sound.empty() && options.isBare) {
             m_sound.emplace(options.sound, BareFormat(options));
+        } else if (!options.sound.empty()) {
+            m_sound.emplace(options.sound);
         }
     }
 
@@ -125,29 +128,50 @@ void BeginRecording(WorkerSession& session, const RtExportOptions& options, cons
                     options.video, "not recorded");
 }
 
+/// Ends the recording; what the worker has of it stays, or with `kDrop` goes.
+enum Ending : int { kKeep = 0, kDrop = 1 };
+
 void SendUnit(WorkerSession& session, const RtExportOptions& options, std::string& unit,
-              std::string& samples) {
+              std::string& samples, std::int64_t sent) {
     constexpr unsigned char kAccessUnit = 2;
     const int answer = session->AddRTExportAVData(
         kAccessUnit, reinterpret_cast<unsigned char*>(unit.data()),
         static_cast<std::uint32_t>(unit.size()), reinterpret_cast<unsigned char*>(samples.data()),
         static_cast<std::uint32_t>(samples.size()), 0);
-    session.Require(answer == 1, options.video, "not recorded");
+    session.Require(answer == 1, options.video,
+                    sent == 0 ? "not recorded" : fmt::format("only {} frames recorded", sent));
 }
 
-/// Nothing remains of a recording that is cancelled or fails: the worker drops it with the session.
-void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
-               Streams& streams) {
-    constexpr int kKeep = 0;
-    constexpr int kDrop = 1;
+/// False when the user wants no more of it.
+bool SendAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
+             Streams& streams, std::int64_t& sent) {
     std::string unit;
     std::string samples;
     while (streams.Next(unit, samples)) {
-        SendUnit(session, options, unit, samples);
+        SendUnit(session, options, unit, samples, sent);
+        ++sent;
         if (!streams.GoesOn(watch)) {
-            session->StopRTExport(kDrop, 0);
-            throw Failure(options.video, "not recorded", "cancelled");
+            return false;
         }
+    }
+    return true;
+}
+
+/// A recording that is cancelled leaves nothing; one that fails leaves what came before.
+void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
+               Streams& streams) {
+    std::int64_t sent = 0;
+    bool isWhole = false;
+    try {
+        isWhole = SendAll(session, watch, options, streams, sent);
+    } catch (const Failure&) {
+        session.Require(sent == 0 || session->StopRTExport(kKeep, 0) == 1, options.video,
+                        "not recorded");
+        throw;
+    }
+    if (!isWhole) {
+        session->StopRTExport(kDrop, 0);
+        throw Failure(options.video, "not recorded", "cancelled");
     }
     session.Require(session->StopRTExport(kKeep, 0) == 1, options.video, "not recorded");
 }
@@ -182,14 +206,24 @@ Status RunRtExport(Console& console, const RtExportOptions& options) {
 }
 
 void AddSoundOptions(CLI::App& command, RtExportOptions& options) {
-    command.add_option("--sound", options.sound, "A WAV file with PCM, or bare PCM samples")
-        ->type_name("FILE");
+    CLI::Option* const sound =
+        command
+            .add_option("--sound", options.sound,
+                        "A sound file of 16 or 24 bits at 48 kHz: WAV, RF64, AIFF, FLAC, ...")
+            ->type_name("FILE");
+    CLI::Option* const bare =
+        command
+            .add_flag("--bare", options.isBare,
+                      "The sound file is bare little-endian samples at 48 kHz, without a head")
+            ->needs(sound);
     command.add_option("--channels", options.channels, "Channels of bare samples (2)")
         ->type_name("N")
-        ->check(CLI::Range(1, 16));
+        ->check(CLI::Range(1, 16))
+        ->needs(bare);
     command.add_option("--bits", options.bits, "Bits of bare samples, 16 (the default) or 24")
         ->type_name("N")
-        ->check(CLI::IsMember({16, 24}));
+        ->check(CLI::IsMember({16, 24}))
+        ->needs(bare);
 }
 
 void AddClipOptions(CLI::App& command, RtExportOptions& options) {
