@@ -355,6 +355,27 @@ class RecordingTest(CardTest):
             self.assertTrue(result.stderr.startswith(f"nqp2: {sound}: {problem} ("), result.stderr)
         self.assertFalse([name for name in files_below(self.card.path) if "0002AB" in name])
 
+    def test_a_host_that_dies_leaves_what_it_has_sent(self):
+        live = self.folder / "live"
+        os.mkfifo(live)
+        process = subprocess.Popen(command_line("rt-export", self.card.path, live, "--code-type",
+                                                "CT_DV25_50I", "--name", "0001AB"),
+                                   stderr=subprocess.DEVNULL)
+        self.addCleanup(process.kill)
+        with open(live, "wb", buffering=0) as stream:
+            stream.write(b"".join(map(dv_frame, range(3))))
+            stream.write(b"half of one")
+            wait_for(lambda: any(path.stat().st_size > 3 * FRAME_SIZE
+                                 for path in self.card.path.rglob("VIDEO/.nqp2-*")
+                                 if b"\x06\x0e\x2b\x34" in path.read_bytes()[:4]))
+            process.kill()
+            process.wait()
+            clip = self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML"
+            wait_for(clip.exists)
+        clip, = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
+        self.assertEqual((clip["ClipName"], clip["Duration"]), ("0001AB", 3))
+        wait_for(lambda: not [name for name in files_below(self.card.path) if "/.nqp2-" in name])
+
     def test_a_stream_that_breaks_off_is_recorded_up_to_its_last_frame(self):
         os.truncate(self.stream, 2 * FRAME_SIZE + 80)
         self.assert_fails(self.record("--name", "0001AB"), 1,

@@ -21,6 +21,10 @@
 #include "worker/verified_copy.h"
 #include "worker/volume_serial.h"
 
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sched.h>
@@ -28,6 +32,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <thread>
 #include <unistd.h>
 
 namespace nqp2::worker {
@@ -131,6 +136,80 @@ TEST_F(MediumTest, OneThatFillsUpLeavesNothingHalf) {
         GTEST_SKIP() << "a file system cannot be mounted here";
     }
     EXPECT_EQ(result, kPassed);
+}
+
+TEST_F(MediumTest, ARecordingOntoOneThatFillsUpIsKeptUpToItsLastFrame) {
+    const int result = WithMedium(m_to.Path(), "5m", [&] {
+        const std::vector<std::string> units = EncodePictures(kDv25Pal, 40);
+        m_to.MakeFolder("CONTENTS/CLIP");
+        RecordingParameters parameters;
+        parameters.cardRoot = InterfaceRoot(m_to.Path());
+        parameters.wave = {1, 2, 48000, 192000, 4, 16, 0};
+        std::unique_ptr<Recording> recording;
+        ASSERT_TRUE(Recording::Start(parameters, 0, VS_50I, recording));
+        std::size_t taken = 0;
+        Outcome outcome;
+        while (outcome && taken < units.size()) {
+            outcome = recording->Add(units[taken], std::string(std::size_t{1920} * 4, 's'));
+            taken += outcome ? 1U : 0U;
+        }
+        EXPECT_THAT(outcome.error, HasSubstr("No space left"));
+        EXPECT_GT(taken, 15U);
+        const Outcome finished = recording->Finish();
+        EXPECT_TRUE(finished) << finished.error;
+        const auto files = FilesBelow(m_to.Path());
+        EXPECT_EQ(files.size(), 4U) << "video, two of sound, metadata";
+        const std::string& metadata = files.at("CONTENTS/CLIP/0001AA.XML");
+        EXPECT_TRUE(metadata.find("<Duration>" + std::to_string(taken) + "<") != metadata.npos ||
+                    metadata.find("<Duration>" + std::to_string(taken + 1) + "<") != metadata.npos);
+        int packets = 0;
+        std::int64_t position = 0;
+        const std::string essence =
+            ReadEssence(m_to.Path("CONTENTS/VIDEO/0001AA.MXF"), packets, position);
+        EXPECT_EQ(essence.size(), static_cast<std::size_t>(packets) * 144000);
+        EXPECT_GE(packets, static_cast<int>(taken));
+    });
+    if (result == kCannotMount) {
+        GTEST_SKIP() << "a file system cannot be mounted here";
+    }
+    EXPECT_EQ(result, kPassed);
+}
+
+/// What is swapped for a link while a recording runs leads nowhere. Set NQP2_RACES for a longer run.
+TEST_F(MediumTest, AFolderSwappedForALinkDuringARecordingLeadsNowhere) {
+    const char* const asked = std::getenv("NQP2_RACES");
+    const int races = asked != nullptr ? std::atoi(asked) : 12;
+    const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
+    const test::TempFolder away;
+    for (const char* const folder : {"CLIP", "VIDEO", "AUDIO"}) {
+        away.MakeFolder(folder);
+    }
+    int done = 0;
+    for (int i = 0; i < races; ++i) {
+        const test::TempFolder card;
+        const char* const swapped[] = {"", "/VIDEO", "/AUDIO", "/CLIP"};
+        const std::string path = std::string("CONTENTS") + swapped[i % 4];
+        card.MakeFolder("CONTENTS/CLIP");
+        card.MakeFolder("CONTENTS/VIDEO");
+        card.MakeFolder("CONTENTS/AUDIO");
+        std::filesystem::create_symlink(away.Path() + swapped[i % 4], card.Path("link"));
+        std::atomic<bool> isOver{false};
+        std::thread swapper([&] {
+            while (!isOver) {
+                renameat2(AT_FDCWD, card.Path(path).c_str(), AT_FDCWD, card.Path("link").c_str(),
+                          RENAME_EXCHANGE);
+            }
+        });
+        done += Record(card.Path(), units) ? 1 : 0;
+        isOver = true;
+        swapper.join();
+    }
+    EXPECT_TRUE(FilesBelow(away.Path()).empty()) << done << " of " << races << " were recorded";
+    std::size_t folders = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(away.Path())) {
+        folders += entry.is_directory() ? 1U : 0U;
+    }
+    EXPECT_EQ(folders, 3U) << "none is made there";
 }
 
 /// An ordinary user may not read the device. What the system's database has serves; what an earlier
