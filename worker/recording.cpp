@@ -60,6 +60,7 @@ Outcome Recording::Start(const RecordingParameters& parameters, std::uint32_t ex
     if (!outcome) {
         return outcome;
     }
+    static_cast<void>(card.root->RemoveAbandoned()); // claims of killed workers
     std::unique_ptr<Recording> started(new Recording(parameters, std::move(card)));
     outcome = started->CheckSpace(expectedFrames, standard);
     if (outcome) {
