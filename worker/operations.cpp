@@ -130,8 +130,7 @@ void Operations::SetWriteBlockSize(bridge::ValueMessage& message) {
 
 void Operations::CloseAllFile(bridge::ResultMessage& message) {
     if (m_recording != nullptr) {
-        m_recording->Drop();
-        m_recording.reset();
+        static_cast<void>(Stop(false));
     }
     message.result = kDone;
 }
@@ -142,6 +141,15 @@ void Operations::GetSerialNumber(bridge::TextPairMessage& message) {
 
 void Operations::GetLastError(bridge::ErrorTextMessage& message) {
     message.text = platform::TextFromUtf8(m_lastError);
+    message.result = kDone;
+}
+
+void Operations::GetRecordedClips(bridge::ErrorTextMessage& message) {
+    message.text.Empty();
+    for (const CString& name :
+         m_recording != nullptr ? m_recording->ClipNames() : m_recordedClips) {
+        message.text += (message.text.IsEmpty() ? L"" : L"\n") + name;
+    }
     message.result = kDone;
 }
 
@@ -224,11 +232,14 @@ Outcome Operations::Stop(bool keep) {
     if (recording == nullptr) {
         return Failure("No recording is running.");
     }
-    if (!keep) {
+    Outcome outcome;
+    if (keep) {
+        outcome = recording->Finish();
+    } else {
         recording->Drop();
-        return {};
     }
-    return recording->Finish();
+    m_recordedClips = recording->ClipNames();
+    return outcome;
 }
 
 void Operations::StopRecording(bridge::StopRTExportMessage& message) {

@@ -175,15 +175,28 @@ Outcome Recording::Add(std::string_view video, std::string_view sound) {
     return outcome;
 }
 
-void Recording::Note(const Outcome& outcome) {
-    if (m_trouble) {
+void Recording::Note(const ClipMaker& clip, const Outcome& outcome) {
+    if (outcome) {
+        m_completed.push_back(clip.Name());
+    } else if (m_trouble) {
         m_trouble = outcome;
     }
 }
 
+std::vector<CString> Recording::ClipNames() const {
+    std::vector<CString> names = m_completed;
+    if (m_otherClip != nullptr) {
+        names.push_back(m_otherClip->Name());
+    }
+    for (const auto& clip : m_clips) {
+        names.push_back(clip->Name());
+    }
+    return names;
+}
+
 void Recording::WaitForOther() {
     if (m_other.valid()) {
-        Note(m_other.get());
+        Note(*m_otherClip, m_other.get());
     }
     m_otherClip.reset();
 }
@@ -223,7 +236,8 @@ void Recording::CompleteFull() {
         try {
             m_other = std::async(std::launch::async, complete);
         } catch (const std::system_error&) { // no thread for it
-            Note(complete());
+            Note(*m_otherClip, complete());
+            m_otherClip.reset();
         }
     }
 }
@@ -237,13 +251,13 @@ Outcome Recording::Finish() {
         m_clips.pop_back();
     }
     if (m_clips.empty()) {
-        Note(Failure("No frame was recorded."));
+        m_trouble = Failure("No frame was recorded.");
     }
     WaitForOther();
     while (!m_clips.empty()) {
         Relations relations;
         const std::unique_ptr<ClipMaker> clip = TakeFirst(relations);
-        Note(clip->Finish(relations));
+        Note(*clip, clip->Finish(relations));
     }
     return m_trouble;
 }

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace nqp2::worker {
 
@@ -37,6 +38,8 @@ public:
     /// Removes what is under way; clips that were completed before stay.
     void Drop();
 
+    /// The clips that were completed, and those under way.
+    [[nodiscard]] std::vector<CString> ClipNames() const;
     /// Bytes of the access unit that came last; 0 before the first.
     [[nodiscard]] std::size_t LastUnitSize() const { return m_lastUnitSize; }
 
@@ -53,7 +56,8 @@ private:
     /// Takes the first clip out of the row, with what it has to say of the others.
     std::unique_ptr<ClipMaker> TakeFirst(Relations& relations);
     void WaitForOther();
-    void Note(const Outcome& outcome);
+    /// Remembers how the completion of a clip ended.
+    void Note(const ClipMaker& clip, const Outcome& outcome);
 
     RecordingParameters m_parameters;
     const RecordingFormat* m_format;
@@ -61,6 +65,7 @@ private:
     std::deque<std::unique_ptr<ClipMaker>> m_clips; ///< not completed yet
     std::unique_ptr<ClipMaker> m_otherClip;         ///< is being completed
     std::future<Outcome> m_other;
+    std::vector<CString> m_completed;
     std::optional<RelatedClip> m_top;      ///< the recording's first clip
     std::optional<RelatedClip> m_previous; ///< the one before those
     Outcome m_trouble;                     ///< the first

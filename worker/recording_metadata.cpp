@@ -154,9 +154,8 @@ CString StartTimecodeText(const RecordingFormat& format, std::int64_t frames, bo
 
 Outcome MakeMetadata(const RecordedClip& clip, std::string& xml) {
     Writer writer(clip);
-    return writer.Write(xml)
-               ? Outcome()
-               : Failure("A name or title of the recording holds what XML cannot.");
+    return writer.Write(xml) ? Outcome()
+                             : Failure("A name or title of the recording holds what XML cannot.");
 }
 
 } // namespace nqp2::worker

@@ -355,6 +355,20 @@ class RecordingTest(CardTest):
             self.assertTrue(result.stderr.startswith(f"nqp2: {sound}: {problem} ("), result.stderr)
         self.assertFalse([name for name in files_below(self.card.path) if "0002AB" in name])
 
+    def test_recordings_at_one_time_have_names_of_their_own(self):
+        live = self.folder / "live"
+        os.mkfifo(live)
+        process = subprocess.Popen(command_line("rt-export", self.card.path, live, "--code-type",
+                                                "CT_DV25_50I", "--json"), stdout=subprocess.PIPE)
+        self.addCleanup(process.kill)
+        with open(live, "wb", buffering=0) as stream:
+            stream.write(dv_frame(0))
+            wait_for(lambda: list(self.card.path.rglob("VIDEO/.nqp2-*")))
+            self.assertEqual(self.record().stdout, "0002AA: 5 frames recorded\n")
+        told, _ = process.communicate(timeout=60)
+        self.assertEqual(json.loads(told),
+                         {"ClipName": "0001AA", "clips": ["0001AA"], "frames": 1})
+
     def test_a_host_that_dies_leaves_what_it_has_sent(self):
         live = self.folder / "live"
         os.mkfifo(live)

@@ -12,6 +12,7 @@
 #include "tools/nqp2/worker_path.h"
 #include "tools/nqp2/worker_session.h"
 
+#include "bridge/RecordedClips.h"
 #include "platform/TextBytes.h"
 
 #include <CLI/CLI.hpp>
@@ -23,6 +24,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -107,20 +109,11 @@ private:
     std::int64_t m_frames = 0;
 };
 
-/// The name that the recording gets; "" leaves it to the worker.
-CString RecordingName(WorkerSession& session, const RtExportOptions& options, const CString& root) {
-    CString name = TextFromBytes(options.name);
-    if (name.IsEmpty()) {
-        session->CheckName(name, root);
-    }
-    return name;
-}
-
 void BeginRecording(WorkerSession& session, const RtExportOptions& options, const Streams& streams,
-                    eCodeType codeType, const CString& name) {
+                    eCodeType codeType) {
     CArray<stu_R8PRelationClipInfo> none;
     session.Require(session->SetRTExportParam(codeType, {}, streams.SoundFormat(), nullptr,
-                                              WorkerPath(options.card), name,
+                                              WorkerPath(options.card), TextFromBytes(options.name),
                                               TextFromBytes(options.title), options.timecode, none,
                                               options.dropFrame ? 1 : 0, 0) == 1 &&
                         session->SetRTExportExtraParam(options.isWide ? 1 : 0) == 1 &&
@@ -176,14 +169,24 @@ void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptio
     session.Require(session->StopRTExport(kKeep, 0) == 1, options.video, "not recorded");
 }
 
-void PrintRecording(Console& console, const RtExportOptions& options, const CString& name,
-                    std::int64_t frames) {
-    const std::string clip = BytesFromText(name);
+/// The clips that the recording has become: several where a file was full.
+std::vector<std::string> ClipNames(WorkerSession& session) {
+    std::vector<std::string> names;
+    for (const CString& name : RecordedClips(*session.operator->())) {
+        names.push_back(BytesFromText(name));
+    }
+    return names;
+}
+
+void PrintRecording(Console& console, const RtExportOptions& options,
+                    const std::vector<std::string>& names, std::int64_t frames) {
     if (options.json) {
-        PrintJson(console, {{"ClipName", clip}, {"frames", frames}});
+        List clips(names.begin(), names.end());
+        PrintJson(console, {{"ClipName", names.empty() ? "" : names.front()},
+                            {"clips", std::move(clips)},
+                            {"frames", frames}});
     } else {
-        console.WriteLine(
-            fmt::format("{}: {} frames recorded", clip.empty() ? options.video : clip, frames));
+        console.WriteLine(fmt::format("{}: {} frames recorded", fmt::join(names, ", "), frames));
     }
 }
 
@@ -195,13 +198,12 @@ Status RunRtExport(Console& console, const RtExportOptions& options) {
     Streams streams(options, form);
     TransferWatch watch(options.quiet);
     WorkerSession session(options.worker);
-    const CString name = RecordingName(session, options, card.Root());
     session->SetSystemType(form.standard);
-    watch.Begin(options.name.empty() ? BytesFromText(name) : options.name);
-    BeginRecording(session, options, streams, codeType, name);
+    BeginRecording(session, options, streams, codeType);
+    watch.Begin(fmt::format("{}", fmt::join(ClipNames(session), ", ")));
     RecordAll(session, watch, options, streams);
     watch.End();
-    PrintRecording(console, options, name, streams.Frames());
+    PrintRecording(console, options, ClipNames(session), streams.Frames());
     return kDone;
 }
 
