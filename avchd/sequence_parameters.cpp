@@ -94,7 +94,8 @@ bool ReadRaster(BitReader& reader, const Chroma& chroma, SequenceParameters& par
     const std::uint32_t across = reader.Unsigned();
     const std::uint32_t down = reader.Unsigned();
     const std::uint32_t fields = reader.Bit() ? 1 : 2;
-    if (fields == 2) {
+    parameters.isFieldCoded = fields == 2;
+    if (parameters.isFieldCoded) {
         reader.Bit();
     }
     reader.Bit();
@@ -114,9 +115,6 @@ bool ReadRaster(BitReader& reader, const Chroma& chroma, SequenceParameters& par
 }
 
 void ReadShape(BitReader& reader, SequenceParameters& parameters) {
-    if (!reader.Bit() || !reader.Bit()) {
-        return;
-    }
     const std::uint32_t index = reader.Bits(8);
     Shape shape = index < std::size(kShapes) ? kShapes[index] : Shape{0, 0};
     if (index == kOwnShape) {
@@ -129,17 +127,56 @@ void ReadShape(BitReader& reader, SequenceParameters& parameters) {
     }
 }
 
+void SkipSignalType(BitReader& reader) {
+    if (reader.Bit()) { // overscan
+        reader.Bit();
+    }
+    if (reader.Bit()) {
+        reader.Bits(3 + 1);
+        if (reader.Bit()) {
+            reader.Bits(3 * 8); // colours
+        }
+    }
+    if (reader.Bit()) { // where chroma lies
+        reader.Unsigned();
+        reader.Unsigned();
+    }
+}
+
+void ReadTiming(BitReader& reader, SequenceParameters& parameters) {
+    if (!reader.Bit()) {
+        return;
+    }
+    const std::uint32_t unitsPerTick = reader.Bits(32);
+    const std::uint32_t unitsPerSecond = reader.Bits(32);
+    if (reader.IsGood()) {
+        parameters.unitsPerTick = unitsPerTick;
+        parameters.unitsPerSecond = unitsPerSecond;
+    }
+}
+
+void ReadUsability(BitReader& reader, SequenceParameters& parameters) {
+    if (!reader.Bit()) {
+        return;
+    }
+    if (reader.Bit()) {
+        ReadShape(reader, parameters);
+    }
+    SkipSignalType(reader);
+    ReadTiming(reader, parameters);
+}
+
 } // namespace
 
 std::optional<SequenceParameters> DecodeSequenceParameters(Bytes unit) {
     BitReader reader(unit);
     SequenceParameters parameters;
     Chroma chroma;
-    const std::uint32_t profile = reader.Bits(8);
+    parameters.profile = reader.Bits(8);
     reader.Bits(8 + 8); // constraints, level
     reader.Unsigned();  // number of the set
-    const bool isHigh = std::find(std::begin(kHighProfiles), std::end(kHighProfiles), profile) !=
-                        std::end(kHighProfiles);
+    const bool isHigh = std::find(std::begin(kHighProfiles), std::end(kHighProfiles),
+                                  parameters.profile) != std::end(kHighProfiles);
     if (isHigh && !ReadHighFields(reader, chroma, parameters)) {
         return std::nullopt;
     }
@@ -150,7 +187,7 @@ std::optional<SequenceParameters> DecodeSequenceParameters(Bytes unit) {
     if (!ReadRaster(reader, chroma, parameters)) {
         return std::nullopt;
     }
-    ReadShape(reader, parameters);
+    ReadUsability(reader, parameters);
     return parameters;
 }
 

@@ -17,10 +17,14 @@ struct SequenceParameters {
     std::int32_t bitDepth = 8;
     std::uint32_t shapeWidth = 0; ///< of a picture element; zeros when not told
     std::uint32_t shapeHeight = 0;
+    std::uint32_t profile = 0;
+    bool isFieldCoded = false;        ///< its pictures may be fields
+    std::uint32_t unitsPerSecond = 0; ///< of time; zeros when not told
+    std::uint32_t unitsPerTick = 0;   ///< of which a frame lasts two
 };
 
 /// Decodes a parameter set, its one header byte and the emulation bytes taken off. Nothing for one
-/// that is cut off or impossible. What stands behind the shape of the picture elements is not read.
+/// that is cut off or impossible. What stands behind the timing is not read.
 std::optional<SequenceParameters> DecodeSequenceParameters(Bytes unit);
 
 } // namespace nqp2::avchd

@@ -128,15 +128,17 @@ Bytes TakeUnit(Bytes& video) {
 
 } // namespace
 
-StreamHead DecodeStreamHead(Bytes file, std::uint16_t videoPid) {
-    const std::vector<std::uint8_t> video = VideoBytes(file, videoPid);
-    Bytes rest = video;
+StreamHead DecodeVideoHead(Bytes video) {
     StreamHead head;
-    TakeUnit(rest); // what stands before the first start code
-    while (!rest.empty() && !head.complete) {
-        ReadUnit(TakeUnit(rest), head);
+    TakeUnit(video); // what stands before the first start code
+    while (!video.empty() && !head.complete) {
+        ReadUnit(TakeUnit(video), head);
     }
     return head;
+}
+
+StreamHead DecodeStreamHead(Bytes file, std::uint16_t videoPid) {
+    return DecodeVideoHead(VideoBytes(file, videoPid));
 }
 
 } // namespace nqp2::avchd

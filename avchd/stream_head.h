@@ -25,4 +25,7 @@ struct StreamHead {
 /// and timecode in the first picture's user data, as packs like those of DV tapes (IEC 61834-4).
 StreamHead DecodeStreamHead(Bytes file, std::uint16_t videoPid);
 
+/// The same of a bare H.264 stream (Annex B).
+StreamHead DecodeVideoHead(Bytes video);
+
 } // namespace nqp2::avchd

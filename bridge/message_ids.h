@@ -36,6 +36,8 @@ enum class MessageId : std::uint32_t {
     GetLastError = 20020,
     SetRTExportExtraParam = 20021,
     GetP2BaseClipInfo = 20022,
+    // Beside the fixed ones.
+    RecordedClips = 21000,
 };
 
 /// A message's number as the channel takes it.

@@ -151,8 +151,9 @@ struct IconMessage : WireMessage<IconMessage> {
 /// Bytes of an icon's pixels: none without area; two negative sides have one.
 std::uint64_t PixelBytes(const tagSIZE& size);
 
+/// A text of the worker's: its last failure, or clips' names, one on each line.
 struct ErrorTextMessage : WireMessage<ErrorTextMessage> {
-    static constexpr MessageId kIds[] = {MessageId::GetLastError};
+    static constexpr MessageId kIds[] = {MessageId::GetLastError, MessageId::RecordedClips};
     CString text;
     std::int32_t result = 0;
 };

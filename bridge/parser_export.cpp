@@ -3,6 +3,7 @@
 
 #include "bridge/ask_proxy.h"
 #include "bridge/messages.h"
+#include "bridge/RecordedClips.h"
 #include "parser/NQP2Parser.h"
 
 #include <algorithm>
@@ -70,4 +71,21 @@ int CNQP2Parser::AddRTExportAVData(unsigned char streamType, unsigned char* firs
         message.flag = flag;
         return proxy.AddRTExportAVData(message);
     });
+}
+
+struct nqp2::bridge::ProxyOf {
+    static CTNQ264BitSupport* Get(const CNQP2Parser& parser) { return parser.m_pSupport; }
+};
+
+CStringArray nqp2::RecordedClips(const CNQP2Parser& parser) {
+    CString lines;
+    AskProxy(bridge::ProxyOf::Get(parser),
+             [&](Proxy& proxy) { return proxy.GetRecordedClips(lines); });
+    CStringArray names;
+    while (!lines.IsEmpty()) {
+        const int end = lines.Find(L'\n');
+        names.Add(end < 0 ? lines : lines.Left(end));
+        lines = end < 0 ? CString() : lines.Mid(end + 1);
+    }
+    return names;
 }

@@ -161,6 +161,13 @@ std::int32_t CTNQ264BitSupport::GetLastError(CString& text) {
     return status;
 }
 
+std::int32_t CTNQ264BitSupport::GetRecordedClips(CString& names) {
+    ErrorTextMessage message;
+    const std::int32_t status = Request(MessageId::RecordedClips, message);
+    names = message.text;
+    return status;
+}
+
 std::int32_t CTNQ264BitSupport::GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info) {
     BaseClipInfoMessage message;
     message.path = path;

@@ -88,6 +88,8 @@ public:
     /// `serial` is set by every reply, whatever its result.
     std::int32_t GetP2SerialNumber(const CString& path, CString& serial);
     std::int32_t GetLastError(CString& text);
+    /// One name on each line.
+    std::int32_t GetRecordedClips(CString& names);
     /// `info` travels with the request and becomes what the worker sends back.
     std::int32_t GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info);
 

@@ -29,6 +29,9 @@ class CTNQ264BitSupport;
 namespace nqp2::parser {
 struct NQP2ParserPeer; ///< the tests' view of what is private
 }
+namespace nqp2::bridge {
+struct ProxyOf; ///< how functions beside the class reach the worker
+}
 
 /// Reads one camera card at a time and hands what must be written to the worker process.
 ///
@@ -220,6 +223,7 @@ public:
 
 private:
     friend struct nqp2::parser::NQP2ParserPeer;
+    friend struct nqp2::bridge::ProxyOf;
 
     void InitP2CmgrDll();
     void MakeProxy();

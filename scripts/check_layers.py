@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Checks what each folder includes: folders depend downward only, libxml2 and the operating
-system stay in their folders, exported headers show exported headers only."""
+"""Checks what each folder includes: folders depend downward only, libxml2, libavformat and the
+operating system stay in their folders, exported headers show exported headers only."""
 
 import argparse
 import re
@@ -28,7 +28,9 @@ MAY_INCLUDE = {
     "bridge": READERS | {"channel"},
     "parser": READERS | set(SUBJECTS),
     "programs/copy": BASE,
-    "worker": READERS | {"bridge", "capacity", "channel", "parser", "programs/copy"},
+    "worker": READERS | {"avchd", "bridge", "capacity", "channel", "parser", "programs/copy"},
+    # The module shares the headers that the two agree on; nobody includes from it.
+    "worker/av": BASE | {"worker"},
 }
 # These see of the library what a host sees: the exported headers.
 HOSTS = ("tools", "examples")
@@ -38,7 +40,10 @@ OBSERVERS = ("tests", "bench", "fuzz")
 # The benchmarks measure the bare XML library as a floor.
 XML_LIBRARY_FOLDERS = {"xml/dom", "bench"}
 SYSTEM_FOLDERS = {"platform", "channel", "worker"}
+# The tests make camera files with it.
+MEDIA_LIBRARY_FOLDERS = {"worker/av", "tests"}
 XML_LIBRARY = re.compile(r"libxml2?/")
+MEDIA_LIBRARY = re.compile(r"lib(av|sw)\w+/")
 SYSTEM = re.compile(
     r"(sys|linux|asm|netinet|arpa|net)/"
     r"|(aio|dirent|dlfcn|execinfo|fcntl|ftw|glob|grp|iconv|langinfo|mqueue|netdb|poll|pthread|pwd"
@@ -100,6 +105,8 @@ def fault_of(root: Path, source: str, include: Include) -> Optional[str]:
     folder = folder_of(source)
     if XML_LIBRARY.match(include.path) and folder not in XML_LIBRARY_FOLDERS:
         return f"libxml2 belongs to xml/dom/: {include.path}"
+    if MEDIA_LIBRARY.match(include.path) and folder not in MEDIA_LIBRARY_FOLDERS:
+        return f"libavformat belongs to worker/av/: {include.path}"
     if (SYSTEM.match(include.path) and folder not in SYSTEM_FOLDERS
             and folder not in OBSERVERS):
         return f"the operating system belongs to platform/: {include.path}"

@@ -114,9 +114,10 @@ CString DateText(const std::string& date) {
     return TextFromUtf8(std::string_view(date).substr(0, kLength));
 }
 
-Outcome DescribeMediaFile(const CString& path, const std::string& file, NQP2BaseClipInfo& info) {
+Outcome DescribeMediaFile(const CString& path, const std::string& file,
+                          const std::function<bool()>& goesOn, NQP2BaseClipInfo& info) {
     MediaFacts facts;
-    if (Outcome outcome = ReadMediaFile(file, facts); !outcome) {
+    if (Outcome outcome = ReadMediaFile(file, goesOn, facts); !outcome) {
         return outcome;
     }
     const CString rate = FrameRateText(facts.rate, facts.interlaced);
@@ -196,16 +197,23 @@ Outcome DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
 
 } // namespace
 
-Outcome DescribeClip(const CString& path, NQP2BaseClipInfo& info) {
+Outcome DescribeClip(const CString& path, const std::function<bool()>& goesOn,
+                     NQP2BaseClipInfo& info) {
     const std::string wanted = PosixPath(path);
     const auto file = wanted.starts_with('/') ? platform::FindExisting(wanted) : std::nullopt;
     platform::FileInfo facts;
     if (!file || !platform::Files().Stat(*file, facts) || facts.kind != platform::EntryKind::File) {
         return Failure("There is no file " + Shown(path) + ".");
     }
-    info.texts.RemoveAll();
+    NQP2BaseClipInfo told = info;
+    told.texts.RemoveAll();
     const bool isMetadata = platform::FoldNameCase(*file).ends_with(".XML");
-    return isMetadata ? DescribeP2Clip(*file, info) : DescribeMediaFile(path, *file, info);
+    Outcome outcome =
+        isMetadata ? DescribeP2Clip(*file, told) : DescribeMediaFile(path, *file, goesOn, told);
+    if (outcome) {
+        info = told;
+    }
+    return outcome;
 }
 
 } // namespace nqp2::worker

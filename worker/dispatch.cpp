@@ -52,6 +52,7 @@ constexpr Handler kHandlers[] = {
     {MessageId::GetP2SerialNumber, Run<bridge::TextPairMessage, &Operations::GetSerialNumber>},
     {MessageId::GetLastError, Run<bridge::ErrorTextMessage, &Operations::GetLastError>},
     {MessageId::SetRTExportExtraParam, Run<bridge::ValueMessage, &Operations::SetRecordingAspect>},
+    {MessageId::RecordedClips, Run<bridge::ErrorTextMessage, &Operations::GetRecordedClips>},
     {MessageId::GetP2BaseClipInfo, Run<bridge::BaseClipInfoMessage, &Operations::GetBaseClipInfo>},
 };
 

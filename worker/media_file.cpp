@@ -3,152 +3,108 @@
 
 #include "worker/media_file.h"
 
-#include "worker/av_headers.h"
+#include "platform/descriptor.h"
+#include "platform/system_status.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
+#include <cerrno>
+#include <ctime>
+#include <fcntl.h>
+#include <limits>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace nqp2::worker {
 namespace {
 
-struct CloseInput {
-    void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
+std::chrono::nanoseconds OwnProcessorTime() {
+    timespec time = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+class BoundedFile final : public MediaInput {
+public:
+    BoundedFile(std::string path, const std::function<bool()>& goesOn, const MediaLimits& limits)
+        : m_path(std::move(path)), m_goesOn(goesOn), m_bytesLeft(limits.bytes),
+          m_end(OwnProcessorTime() + limits.processorTime) {}
+
+    /// Never waits on a pipe or device.
+    Outcome Open() {
+        m_file = platform::Descriptor(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+        struct stat facts = {};
+        if (!m_file || fstat(m_file.Get(), &facts) != 0) {
+            return Failure("read", m_path, platform::SystemStatus(errno));
+        }
+        m_size = static_cast<std::uint64_t>(std::max<off_t>(facts.st_size, 0));
+        return S_ISREG(facts.st_mode) ? Outcome() : Failure(m_path + " is no file.");
+    }
+
+    [[nodiscard]] const std::string& Name() const override { return m_path; }
+    [[nodiscard]] std::uint64_t Size() const override { return m_size; }
+
+    std::int64_t ReadAt(std::uint64_t position, char* buffer, std::size_t capacity) override {
+        constexpr std::uint64_t kMost = std::numeric_limits<off_t>::max();
+        if (!GoesOn()) {
+            return -1;
+        }
+        ssize_t count = -1;
+        do {
+            count = pread(m_file.Get(), buffer, std::min<std::uint64_t>(capacity, m_bytesLeft),
+                          static_cast<off_t>(std::min(position, kMost)));
+        } while (count < 0 && errno == EINTR);
+        if (count < 0) {
+            m_stop = Failure("read", m_path, platform::SystemStatus(errno));
+        }
+        m_bytesLeft -= static_cast<std::uint64_t>(std::max<ssize_t>(count, 0));
+        return count;
+    }
+
+    [[nodiscard]] bool GoesOn() override {
+        if (m_stop && !m_goesOn()) {
+            m_stop = Failure("Cancelled.");
+        } else if (m_stop && (m_bytesLeft == 0 || OwnProcessorTime() > m_end)) {
+            m_stop = Failure(m_path + " does not tell what it is within the bytes and the time "
+                                      "that are spent on a camera file.");
+        }
+        return static_cast<bool>(m_stop);
+    }
+
+    /// Why reading had to end, if it had to.
+    [[nodiscard]] const Outcome& Stop() const { return m_stop; }
+
+private:
+    std::string m_path;
+    const std::function<bool()>& m_goesOn;
+    std::uint64_t m_bytesLeft;
+    std::chrono::nanoseconds m_end;
+    std::uint64_t m_size = 0;
+    platform::Descriptor m_file;
+    Outcome m_stop;
 };
-using Input = std::unique_ptr<AVFormatContext, CloseInput>;
-
-/// Only local files, only the containers that cameras write.
-Outcome Open(const std::string& path, Input& input) {
-    AVDictionary* options = nullptr;
-    av_dict_set(&options, "protocol_whitelist", "file", 0);
-    av_dict_set(&options, "format_whitelist", "mov,mp4,m4a,3gp,3g2,mj2,avi,mxf", 0);
-    av_dict_set(&options, "probesize", "8000000", 0);
-    AVFormatContext* format = nullptr;
-    const int result = avformat_open_input(&format, ("file:" + path).c_str(), nullptr, &options);
-    av_dict_free(&options);
-    if (result < 0) {
-        return Failure("Cannot understand " + path + ": " + AvReason(result) + ".");
-    }
-    input.reset(format);
-    const int found = avformat_find_stream_info(format, nullptr);
-    return found >= 0 ? Outcome()
-                      : Failure("Cannot understand " + path + ": " + AvReason(found) + ".");
-}
-
-std::string Tag(const AVDictionary* tags, const char* name) {
-    const AVDictionaryEntry* const entry = av_dict_get(tags, name, nullptr, 0);
-    return entry != nullptr ? entry->value : "";
-}
-
-/// The first that any part of the file has to say.
-std::string TagAnywhere(const AVFormatContext& format, const char* name) {
-    std::string value = Tag(format.metadata, name);
-    for (unsigned i = 0; value.empty() && i < format.nb_streams; ++i) {
-        value = Tag(format.streams[i]->metadata, name);
-    }
-    return value;
-}
-
-std::string CodecText(const AVCodecParameters& codec) {
-    std::string text;
-    for (unsigned shift = 0; shift < 32; shift += 8) {
-        const auto ch = static_cast<unsigned char>(codec.codec_tag >> shift);
-        if (std::isalnum(ch) == 0 && ch != ' ') {
-            text = avcodec_get_name(codec.codec_id);
-            break;
-        }
-        text += static_cast<char>(ch);
-    }
-    while (text.ends_with(' ')) {
-        text.pop_back();
-    }
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char ch) { return static_cast<char>(std::toupper(ch)); });
-    return text;
-}
-
-/// DV of the standard-definition rates is interlaced unless it says otherwise.
-bool IsInterlaced(const AVCodecParameters& codec) {
-    return codec.field_order == AV_FIELD_UNKNOWN ? codec.codec_id == AV_CODEC_ID_DVVIDEO
-                                                 : codec.field_order != AV_FIELD_PROGRESSIVE;
-}
-
-std::int64_t CountFrames(const AVFormatContext& format, const AVStream& video) {
-    if (video.nb_frames > 0) {
-        return video.nb_frames;
-    }
-    const AVRational frame = av_inv_q(video.avg_frame_rate);
-    if (frame.num <= 0 || frame.den <= 0) {
-        return 0;
-    }
-    if (video.duration > 0) {
-        return av_rescale_q(video.duration, video.time_base, frame);
-    }
-    return format.duration > 0 ? av_rescale_q(format.duration, AVRational{1, AV_TIME_BASE}, frame)
-                               : 0;
-}
-
-void ReadPicture(AVFormatContext& format, AVStream& video, MediaFacts& facts) {
-    const AVCodecParameters& codec = *video.codecpar;
-    facts.codec = CodecText(codec);
-    facts.interlaced = IsInterlaced(codec);
-    if (video.avg_frame_rate.num > 0 && video.avg_frame_rate.den > 0) {
-        facts.rate = {video.avg_frame_rate.num, video.avg_frame_rate.den};
-    }
-    facts.frames = CountFrames(format, video);
-    facts.width = codec.width;
-    facts.height = codec.height;
-    AVRational pixel = av_guess_sample_aspect_ratio(&format, &video, nullptr);
-    if (pixel.num <= 0 || pixel.den <= 0) {
-        pixel = {1, 1};
-    }
-    int width = 0;
-    int height = 0;
-    av_reduce(&width, &height, std::int64_t{codec.width} * pixel.num,
-              std::int64_t{codec.height} * pixel.den, 1 << 20);
-    facts.aspectWidth = width;
-    facts.aspectHeight = height;
-}
-
-int CountChannels(const AVFormatContext& format) {
-    int channels = 0;
-    for (unsigned i = 0; i < format.nb_streams; ++i) {
-        const AVCodecParameters& codec = *format.streams[i]->codecpar;
-        if (codec.codec_type == AVMEDIA_TYPE_AUDIO) {
-            channels += std::clamp(codec.ch_layout.nb_channels, 0, 64);
-        }
-    }
-    return channels;
-}
-
-std::string Identifier(const AVFormatContext& format) {
-    constexpr std::size_t kDigits = 64;
-    std::string text = TagAnywhere(format, "material_package_umid");
-    if (text.starts_with("0x")) {
-        text.erase(0, 2);
-    }
-    return text.size() == kDigits ? text : "";
-}
 
 } // namespace
 
-Outcome ReadMediaFile(const std::string& path, MediaFacts& facts) {
+Outcome ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,
+                      MediaFacts& facts, const MediaLimits& limits) {
     facts = {};
-    av_log_set_level(AV_LOG_QUIET);
-    Input input;
-    if (Outcome outcome = Open(path, input); !outcome) {
+    const MediaModule* module = nullptr;
+    if (Outcome outcome = LoadMediaModule(module); !outcome) {
         return outcome;
     }
-    const int video = av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
-    if (video < 0) {
-        return Failure("There is no picture in " + path + ".");
+    BoundedFile file(path, goesOn, limits);
+    if (Outcome outcome = file.Open(); !outcome) {
+        return outcome;
     }
-    ReadPicture(*input, *input->streams[video], facts);
-    facts.audioChannels = CountChannels(*input);
-    facts.timecode = TagAnywhere(*input, "timecode");
-    facts.identifier = Identifier(*input);
-    facts.date = TagAnywhere(*input, "creation_time");
-    facts.title = Tag(input->metadata, "title");
+    MediaFacts found;
+    const Outcome outcome = module->Describe(file, found);
+    if (!file.Stop()) {
+        return file.Stop(); // whatever was found until then is half of it
+    }
+    if (!outcome) {
+        return Failure("Cannot understand " + path + ": " + outcome.error + ".");
+    }
+    facts = std::move(found);
     return {};
 }
 

@@ -3,32 +3,25 @@
 
 #pragma once
 
-#include "worker/frame_rate_text.h"
-#include "worker/outcome.h"
+#include "worker/media_module.h"
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace nqp2::worker {
 
-/// What a camera file says about itself.
-struct MediaFacts {
-    std::string codec; ///< four-character code in upper case, else the codec's name
-    FrameRate rate = {0, 1};
-    bool interlaced = false;
-    std::int64_t frames = 0;
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-    std::int64_t aspectWidth = 0; ///< of the picture as shown, in lowest terms
-    std::int64_t aspectHeight = 0;
-    int audioChannels = 0;
-    std::string timecode;   ///< of the first frame, "" where there is none
-    std::string identifier; ///< UMID in hexadecimal, "" where there is none
-    std::string date;       ///< ISO 8601 as the file has it, "" where there is none
-    std::string title;
+/// What describing one camera file may cost. Their heads take a few MiB and milliseconds; a file
+/// made to be searched to its end would take hours.
+struct MediaLimits {
+    std::uint64_t bytes = std::uint64_t{64} << 20U; ///< read, what is read again included
+    std::chrono::nanoseconds processorTime = std::chrono::seconds(5);
 };
 
-/// Reads the head of a QuickTime, MP4, AVI or MXF file. Follows no reference to another file.
-Outcome ReadMediaFile(const std::string& path, MediaFacts& facts);
+/// Reads the head of a QuickTime, MP4, AVI or MXF file. Follows no reference to another file. Fails
+/// when the limits are reached or `goesOn` returns false, which is asked all the while.
+Outcome ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,
+                      MediaFacts& facts, const MediaLimits& limits = {});
 
 } // namespace nqp2::worker

@@ -11,6 +11,8 @@
 #include "worker/icon_bitmap.h"
 #include "worker/volume_serial.h"
 
+#include <iterator>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -39,6 +41,19 @@ void FillSizes(const TransferSizes& sizes, stu_R8P2TransInfo& info) {
     info.value1 = sizes.files;
     info.value2 &= ~kWasIncomplete;
     info.value2 |= sizes.lacks.empty() ? 0 : kWasIncomplete;
+}
+
+/// A clip has one of each kind; of several the first counts.
+Relations RelationsOf(const CArray<stu_R8PRelationClipInfo>& related) {
+    Relations relations;
+    std::optional<RelatedClip>* const kinds[] = {&relations.top, &relations.previous,
+                                                 &relations.next};
+    for (const stu_R8PRelationClipInfo& other : related) {
+        if (other.value1 < std::size(kinds) && !*kinds[other.value1]) {
+            *kinds[other.value1] = RelatedClip{other.text1, other.identifier1, other.text2};
+        }
+    }
+    return relations;
 }
 
 } // namespace
@@ -130,7 +145,9 @@ void Operations::SetWriteBlockSize(bridge::ValueMessage& message) {
 }
 
 void Operations::CloseAllFile(bridge::ResultMessage& message) {
-    m_recording.reset();
+    if (m_recording != nullptr) {
+        static_cast<void>(Stop(false));
+    }
     message.result = kDone;
 }
 
@@ -143,8 +160,18 @@ void Operations::GetLastError(bridge::ErrorTextMessage& message) {
     message.result = kDone;
 }
 
+void Operations::GetRecordedClips(bridge::ErrorTextMessage& message) {
+    message.text.Empty();
+    for (const CString& name :
+         m_recording != nullptr ? m_recording->ClipNames() : m_recordedClips) {
+        message.text += (message.text.IsEmpty() ? L"" : L"\n") + name;
+    }
+    message.result = kDone;
+}
+
 void Operations::GetBaseClipInfo(bridge::BaseClipInfoMessage& message) {
-    message.result = Result(DescribeClip(message.path, message.info));
+    message.result = Result(DescribeClip(
+        message.path, [this] { return m_progress.Lasts(); }, message.info));
 }
 
 void Operations::SetRecordingParameters(bridge::RTExportParamMessage& message) {
@@ -155,7 +182,7 @@ void Operations::SetRecordingParameters(bridge::RTExportParamMessage& message) {
     parameters.clipName = message.text2;
     parameters.userClipName = message.text3;
     parameters.startTimecode = message.value1;
-    parameters.related = message.relatedClips;
+    parameters.relations = RelationsOf(message.relatedClips);
     parameters.dropFrame = message.value2 != 0;
     const Outcome outcome = CheckRecordingParameters(parameters);
     if (outcome) {
@@ -221,7 +248,14 @@ Outcome Operations::Stop(bool keep) {
     if (recording == nullptr) {
         return Failure("No recording is running.");
     }
-    return keep ? recording->Finish() : Outcome();
+    Outcome outcome;
+    if (keep) {
+        outcome = recording->Finish();
+    } else {
+        recording->Drop();
+    }
+    m_recordedClips = recording->ClipNames();
+    return outcome;
 }
 
 void Operations::StopRecording(bridge::StopRTExportMessage& message) {

@@ -33,6 +33,7 @@ public:
     void CloseAllFile(bridge::ResultMessage& message);
     void GetSerialNumber(bridge::TextPairMessage& message);
     void GetLastError(bridge::ErrorTextMessage& message);
+    void GetRecordedClips(bridge::ErrorTextMessage& message);
     void GetBaseClipInfo(bridge::BaseClipInfoMessage& message);
     void SetRecordingParameters(bridge::RTExportParamMessage& message);
     void SetRecordingAspect(bridge::ValueMessage& message);
@@ -64,6 +65,7 @@ private:
     std::optional<RecordingParameters> m_parameters;
     bool m_isWide = false;
     std::unique_ptr<Recording> m_recording;
+    std::vector<CString> m_recordedClips; ///< of the last recording
     std::vector<unsigned char> m_buffer;
 };
 

@@ -84,6 +84,11 @@ void ProgressLink::Stop() {
     m_changed.notify_all();
 }
 
+bool ProgressLink::Lasts() {
+    const std::lock_guard lock(m_mutex);
+    return !m_stopped;
+}
+
 std::uint32_t KibiBytes(std::uint64_t bytes) {
     constexpr std::uint64_t kMost = std::numeric_limits<std::uint32_t>::max();
     return static_cast<std::uint32_t>(std::min(bytes / 1024 + (bytes % 1024 != 0 ? 1 : 0), kMost));

@@ -33,6 +33,8 @@ public:
     void Drain();
     /// Ends every transfer of the session, now and later.
     void Stop();
+    /// Whether the session lasts: false once it was stopped or its host has gone.
+    [[nodiscard]] bool Lasts();
 
 private:
     void Send(std::uint64_t done, std::uint64_t total, std::unique_lock<std::mutex>& lock);

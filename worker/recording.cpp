@@ -4,17 +4,11 @@
 #include "worker/recording.h"
 
 #include "capacity/recording_cost.h"
-#include "platform/case_blind.h"
-#include "platform/unicode.h"
-#include "programs/copy/copier.h"
-#include "worker/card_folder.h"
-#include "worker/clip_files.h"
-#include "worker/transfer_watch.h"
+#include "platform/guard.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
-#include <ctime>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace nqp2::worker {
@@ -22,33 +16,14 @@ namespace {
 
 constexpr std::uint16_t kPcm = 1;
 constexpr std::uint16_t kMostChannels = 16;
-
-/// Now, in local time with its zone: "2026-11-21T08:05:09+09:00".
-CString DateText() {
-    const std::time_t now = std::time(nullptr);
-    std::tm parts = {};
-    std::array<char, 40> text{};
-    if (localtime_r(&now, &parts) == nullptr ||
-        std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%S%z", &parts) == 0) {
-        return {};
-    }
-    CString date = platform::TextFromUtf8(text.data());
-    const int minutes = date.GetLength() - 2;
-    return date.Left(minutes) + L":" + date.Mid(minutes);
-}
+/// Sound may be that many clips ahead of the video, or behind it.
+constexpr std::size_t kMostClipsAtOnce = 2;
 
 bool IsSound(const WAVEFORMATEX& wave) {
     const bool bits = wave.wBitsPerSample == 16 || wave.wBitsPerSample == 24;
     return wave.wFormatTag == kPcm && wave.nSamplesPerSec == kSampleRate && bits &&
            wave.nChannels <= kMostChannels;
 }
-
-/// Hears nothing: a recording is ended by its host, not by its progress.
-class Unwatched final : public TransferWatch {
-public:
-    bool GoesOn(std::uint64_t, std::uint64_t) override { return true; }
-    bool MayFinish(std::uint64_t) override { return true; }
-};
 
 } // namespace
 
@@ -63,35 +38,33 @@ Outcome CheckRecordingParameters(const RecordingParameters& parameters) {
     if (parameters.dropFrame && !CanDropFrames(*format)) {
         return Failure("Timecodes of this rate drop no frames.");
     }
-    std::string contents;
-    Outcome outcome = FindContents(parameters.cardRoot, contents);
-    return outcome && !parameters.clipName.IsEmpty() ? CheckClipName(parameters.clipName) : outcome;
+    CardFolders card;
+    Outcome outcome = OpenCard(parameters.cardRoot, card);
+    if (outcome && !parameters.clipName.IsEmpty()) {
+        outcome = CheckRecordingName(parameters.clipName);
+    }
+    return outcome ? CheckMetadataTexts(parameters) : outcome;
 }
 
-Recording::Recording(RecordingParameters parameters, std::string contents)
+Recording::Recording(RecordingParameters parameters, CardFolders card)
     : m_parameters(std::move(parameters)), m_format(FindRecordingFormat(m_parameters.codeType)),
-      m_contents(std::move(contents)), m_unitSize(m_format->unitSize), m_startDate(DateText()) {}
+      m_card(std::move(card)) {}
 
 Outcome Recording::Start(const RecordingParameters& parameters, std::uint32_t expectedFrames,
                          eP2_VIDEO_STANDARD standard, std::unique_ptr<Recording>& recording) {
-    std::string contents;
+    CardFolders card;
     Outcome outcome = CheckRecordingParameters(parameters);
     if (outcome) {
-        outcome = FindContents(parameters.cardRoot, contents);
-    }
-    if (outcome) {
-        outcome = CheckFoldersAreNoLinks(contents);
+        outcome = OpenCard(parameters.cardRoot, card);
     }
     if (!outcome) {
         return outcome;
     }
-    std::unique_ptr<Recording> started(new Recording(parameters, contents));
+    static_cast<void>(card.root->RemoveAbandoned()); // claims of killed workers
+    std::unique_ptr<Recording> started(new Recording(parameters, std::move(card)));
     outcome = started->CheckSpace(expectedFrames, standard);
     if (outcome) {
-        outcome = started->m_name.Take(contents, parameters.clipName);
-    }
-    if (outcome) {
-        outcome = started->CreateFiles();
+        outcome = started->BeginNext();
     }
     if (outcome) {
         recording = std::move(started);
@@ -99,185 +72,200 @@ Outcome Recording::Start(const RecordingParameters& parameters, std::uint32_t ex
     return outcome;
 }
 
+Recording::~Recording() {
+    platform::Guarded(false, [this] { return static_cast<bool>(Finish()); });
+}
+
 Outcome Recording::CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard) const {
     const bool wideAudio = m_parameters.wave.wBitsPerSample == 24;
     const std::int64_t space =
         capacity::CostOf(m_format->type, wideAudio, standard).Space(std::int64_t{frames});
     std::uint64_t free = 0;
-    if (const auto status = platform::Files().FreeSpace(m_contents, free); !status) {
-        return Failure("ask for the free space of", m_contents, status);
+    if (const auto status = m_card.contents->UsableSpace(free); !status) {
+        return Failure("ask for the free space of", m_card.contents->Path(), status);
     }
     return frames == 0 || static_cast<std::uint64_t>(std::max<std::int64_t>(space, 0)) <= free
                ? Outcome()
-               : Failure("There is too little space in " + m_contents + " for " +
+               : Failure("There is too little space in " + m_card.contents->Path() + " for " +
                          std::to_string(frames) + " frames.");
 }
 
-Outcome Recording::PreparePlace(const char* folder, const std::string& suffix,
-                                std::string& path) const {
-    const std::string parent = FolderBelow(m_contents, folder);
-    path = parent + "/" + platform::NameBytesFromText(m_name.Name().View()) + suffix;
-    if (!platform::EnsureFolder(parent)) {
-        return Failure("Cannot make the folder " + parent + ".");
-    }
-    static_cast<void>(platform::Files().RemoveAbandoned(parent));
-    return {};
-}
-
-Outcome Recording::CreateFiles() {
-    const FrameRate rate = FrameRateOf(m_format->rate).value_or(FrameRate{});
-    CString timecode =
-        StartTimecodeText(*m_format, m_parameters.startTimecode, m_parameters.dropFrame);
-    if (m_parameters.dropFrame) {
-        timecode.SetAt(timecode.ReverseFind(L':'), L';');
-    }
-    const VideoFormat format = {m_format->essence,
-                                m_format->width,
-                                m_format->height,
-                                CString(m_format->rate).ReverseFind(L'i') >= 0,
-                                rate,
-                                m_format->isWide || m_parameters.isWide,
-                                platform::Utf8FromText(timecode.View())};
-    std::string path;
-    Outcome outcome = PreparePlace("VIDEO", ".MXF", path);
+Outcome Recording::BeginNext() {
+    const bool isFirst = m_clips.empty() && !m_previous;
+    const bool isChosen = isFirst && !m_parameters.clipName.IsEmpty();
+    const CString last = m_clips.empty() ? CString() : m_clips.back()->Name();
+    ClaimedName name;
+    Outcome outcome = isChosen ? ClaimName(m_card, m_parameters.clipName, name)
+                               : ClaimFreeName(m_card, last, name);
     if (outcome) {
-        outcome = EssenceFile::CreateVideo(path, format, m_video);
-    }
-    m_channels.resize(m_parameters.wave.nChannels);
-    for (std::size_t i = 0; outcome && i < m_channels.size(); ++i) {
-        std::array<char, 32> suffix{};
-        std::snprintf(suffix.data(), suffix.size(), "%02zu.MXF", i);
-        outcome = PreparePlace("AUDIO", suffix.data(), path);
+        const std::int64_t before = m_clips.empty() ? 0 : m_clips.back()->FramesUntilFull();
+        std::unique_ptr<ClipMaker> clip;
+        outcome = ClipMaker::Begin(m_card, m_parameters, std::move(name), before, clip);
         if (outcome) {
-            outcome = EssenceFile::CreateSound(path, {m_parameters.wave.wBitsPerSample, rate},
-                                               m_sound.emplace_back());
+            m_clips.push_back(std::move(clip));
         }
     }
     return outcome;
 }
 
-Outcome Recording::AddVideo(std::string_view unit) {
-    const bool first = m_lastUnitSize == 0;
-    if (Outcome outcome = CheckAccessUnit(*m_format, unit, first); !outcome) {
+Outcome Recording::CheckUnit(std::string_view unit) const {
+    const bool isFirst = m_lastUnitSize == 0;
+    if (Outcome outcome = CheckAccessUnit(*m_format, unit, isFirst); !outcome) {
         return outcome;
     }
-    if (first) {
-        m_unitSize = unit.size();
-        m_codec = CodecName(*m_format, unit);
-    }
-    if (unit.size() != m_unitSize) {
+    if (!isFirst && unit.size() != m_lastUnitSize) {
         return Failure("An access unit of " + std::to_string(unit.size()) +
-                       " bytes follows one of " + std::to_string(m_unitSize) +
+                       " bytes follows one of " + std::to_string(m_lastUnitSize) +
                        "; all of a clip have one size.");
     }
-    m_lastUnitSize = unit.size();
-    return m_video->Add(unit);
+    return {};
+}
+
+Outcome Recording::AddVideo(std::string_view unit) {
+    Outcome outcome = CheckUnit(unit);
+    if (outcome && m_clips.back()->IsFull()) {
+        outcome = BeginNext();
+    }
+    if (!outcome) {
+        return outcome;
+    }
+    const auto clip = std::find_if(m_clips.begin(), m_clips.end(),
+                                   [](const auto& each) { return !each->IsFull(); });
+    outcome = (*clip)->AddVideo(unit);
+    if (outcome) {
+        m_lastUnitSize = unit.size();
+    } else if ((*clip)->Frames() == 0 && clip != m_clips.begin()) {
+        m_clips.erase(clip, m_clips.end()); // the next frame may begin it anew
+    }
+    return outcome;
 }
 
 Outcome Recording::AddSound(std::string_view samples) {
     const std::size_t sample = m_parameters.wave.wBitsPerSample / 8U;
-    const std::size_t channels = m_channels.size();
+    const std::size_t channels = m_parameters.wave.nChannels;
     if (channels == 0 || samples.size() % (sample * channels) != 0) {
         return Failure(std::to_string(samples.size()) +
                        " bytes of sound are not whole samples of " + std::to_string(channels) +
                        " channels.");
     }
-    for (std::string& channel : m_channels) {
-        channel.clear();
-    }
-    for (std::size_t at = 0; at < samples.size(); at += sample) {
-        m_channels[at / sample % channels].append(samples.substr(at, sample));
-    }
     Outcome outcome;
-    for (std::size_t i = 0; outcome && i < channels; ++i) {
-        outcome = m_sound[i]->Add(m_channels[i]);
+    while (outcome && !samples.empty()) {
+        auto clip = std::find_if(m_clips.begin(), m_clips.end(),
+                                 [](const auto& each) { return each->SoundRoom() != 0; });
+        if (clip != m_clips.end()) {
+            const std::string_view part = samples.substr(0, (*clip)->SoundRoom());
+            samples.remove_prefix(part.size());
+            outcome = (*clip)->AddSound(part);
+        } else if (m_clips.size() < kMostClipsAtOnce) {
+            outcome = BeginNext();
+        } else {
+            outcome = Failure("The sound is a whole clip ahead of the video.");
+        }
     }
     return outcome;
 }
 
 Outcome Recording::Add(std::string_view video, std::string_view sound) {
     Outcome outcome = video.empty() ? Outcome() : AddVideo(video);
-    return outcome && !sound.empty() ? AddSound(sound) : outcome;
-}
-
-Outcome Recording::FinishEssence() {
-    if (m_video->Frames() == 0) {
-        return Failure("No frame was recorded.");
+    CompleteFull();
+    if (outcome && !sound.empty()) {
+        outcome = AddSound(sound);
     }
-    Outcome outcome = m_video->Finish(m_video->Frames());
-    for (std::size_t i = 0; outcome && i < m_sound.size(); ++i) {
-        outcome = m_sound[i]->Finish(m_video->Frames());
-    }
+    CompleteFull();
     return outcome;
 }
 
-Outcome Recording::WriteMetadata(std::unique_ptr<platform::FileWriter>& writer,
-                                 std::string& path) const {
-    RecordedClip clip;
-    clip.format = m_format;
-    clip.name = m_name.Name();
-    clip.userName = m_parameters.userClipName;
-    clip.codec = m_codec;
-    clip.frames = m_video->Frames();
-    clip.startTimecode = m_parameters.startTimecode;
-    clip.dropFrame = m_parameters.dropFrame;
-    clip.isWide = m_format->isWide || m_parameters.isWide;
-    clip.bitsPerSample = m_parameters.wave.wBitsPerSample;
-    clip.video = {m_video->EssenceStart(), m_video->EssenceSize()};
-    for (const auto& file : m_sound) {
-        clip.sound.push_back({file->EssenceStart(), file->EssenceSize()});
-    }
-    clip.related = m_parameters.related;
-    clip.startDate = m_startDate;
-    clip.endDate = DateText();
-    std::string xml;
-    Outcome outcome = MakeMetadata(clip, xml);
+void Recording::Note(const ClipMaker& clip, const Outcome& outcome) {
     if (outcome) {
-        outcome = PreparePlace("CLIP", ".XML", path);
+        m_completed.push_back(clip.Name());
+    } else if (m_trouble) {
+        m_trouble = outcome;
     }
-    if (!outcome) {
-        return outcome;
-    }
-    if (const auto status = platform::Files().Create(path, writer); !status) {
-        return Failure("write", path, status);
-    }
-    Unwatched watch;
-    return copy::Copier(copy::kDefaultBlock, xml.size(), watch)
-        .Copy({path, xml.size(), xml, {}}, path, *writer);
 }
 
-Outcome Recording::NameFiles(platform::FileWriter& metadata, const std::string& metadataPath) {
-    std::vector<std::string> named;
-    Outcome outcome = m_video->Commit();
-    if (outcome) {
-        named.push_back(m_video->Path());
+std::vector<CString> Recording::ClipNames() const {
+    std::vector<CString> names = m_completed;
+    if (m_otherClip != nullptr) {
+        names.push_back(m_otherClip->Name());
     }
-    for (std::size_t i = 0; outcome && i < m_sound.size(); ++i) {
-        outcome = m_sound[i]->Commit();
-        if (outcome) {
-            named.push_back(m_sound[i]->Path());
+    for (const auto& clip : m_clips) {
+        names.push_back(clip->Name());
+    }
+    return names;
+}
+
+void Recording::WaitForOther() {
+    if (m_other.valid()) {
+        Note(*m_otherClip, m_other.get());
+    }
+    m_otherClip.reset();
+}
+
+std::unique_ptr<ClipMaker> Recording::TakeFirst(Relations& relations) {
+    std::unique_ptr<ClipMaker> clip = std::move(m_clips.front());
+    m_clips.pop_front();
+    relations = m_parameters.relations;
+    const bool isLast = m_clips.empty();
+    if (m_previous) {
+        relations.previous = m_previous;
+        relations.top = relations.top ? relations.top : m_top;
+    }
+    if (!isLast) {
+        relations.next = m_clips.front()->Self();
+    }
+    if (m_previous || !isLast) {
+        relations.offsetInShot = clip->FramesBefore();
+    }
+    m_previous = clip->Self();
+    m_top = m_top ? m_top : m_previous;
+    return clip;
+}
+
+/// To flush and read back gigabytes takes longer than a stream can wait.
+void Recording::CompleteFull() {
+    while (m_clips.size() > 1 && m_clips[0]->IsFull() && m_clips[1]->Frames() != 0 &&
+           (m_clips[0]->SoundRoom() == 0 || m_parameters.wave.nChannels == 0 ||
+            m_clips.size() > kMostClipsAtOnce)) {
+        WaitForOther();
+        Relations relations;
+        m_otherClip = TakeFirst(relations);
+        const auto complete = [clip = m_otherClip.get(), relations] {
+            return platform::Guarded(Failure("Out of memory."),
+                                     [&] { return clip->Finish(relations); });
+        };
+        try {
+            m_other = std::async(std::launch::async, complete);
+        } catch (const std::system_error&) { // no thread for it
+            Note(*m_otherClip, complete());
+            m_otherClip.reset();
         }
     }
-    if (outcome) {
-        const auto status = metadata.Commit();
-        outcome = status ? Outcome() : Failure("name the file", metadataPath, status);
-    }
-    if (!outcome) {
-        for (const std::string& path : named) {
-            static_cast<void>(platform::Files().RemoveFile(path));
-        }
-    }
-    return outcome;
 }
 
 Outcome Recording::Finish() {
-    std::unique_ptr<platform::FileWriter> metadata;
-    std::string path;
-    Outcome outcome = FinishEssence();
-    if (outcome) {
-        outcome = WriteMetadata(metadata, path);
+    if (m_isOver) {
+        return {};
     }
-    return outcome ? NameFiles(*metadata, path) : outcome;
+    m_isOver = true;
+    while (!m_clips.empty() && m_clips.back()->Frames() == 0) {
+        m_clips.pop_back();
+    }
+    if (m_clips.empty()) {
+        m_trouble = Failure("No frame was recorded.");
+    }
+    WaitForOther();
+    while (!m_clips.empty()) {
+        Relations relations;
+        const std::unique_ptr<ClipMaker> clip = TakeFirst(relations);
+        Note(*clip, clip->Finish(relations));
+    }
+    return m_trouble;
+}
+
+void Recording::Drop() {
+    m_isOver = true;
+    m_clips.clear();
+    WaitForOther();
 }
 
 } // namespace nqp2::worker

@@ -3,79 +3,74 @@
 
 #pragma once
 
-#include "bridge/R8P2TransInfo.h"
-#include "media/CodeType.h"
-#include "platform/CArray.h"
-#include "platform/CString.h"
-#include "platform/MediaHeaders.h"
-#include "worker/essence_file.h"
-#include "worker/outcome.h"
-#include "worker/recording_format.h"
-#include "worker/recording_metadata.h"
-#include "worker/recording_name.h"
+#include "worker/recorded_clip.h"
 
 #include <cstdint>
+#include <deque>
+#include <future>
 #include <memory>
-#include <string>
+#include <optional>
 #include <string_view>
 #include <vector>
 
 namespace nqp2::worker {
 
-/// What a real-time export shall write, and where to.
-struct RecordingParameters {
-    eCodeType codeType = CT_DV25_50I;
-    WAVEFORMATEX wave;
-    CString cardRoot;
-    CString clipName; ///< "": the next free one
-    CString userClipName;
-    std::uint32_t startTimecode = 0; ///< frame count
-    bool dropFrame = false;
-    bool isWide = false; ///< of a standard-definition picture
-    CArray<stu_R8PRelationClipInfo> related;
-};
-
 /// Fails for what Recording could not write.
 Outcome CheckRecordingParameters(const RecordingParameters& parameters);
 
-/// A clip that is being written onto a card from streams. All its files are in the making until
-/// Finish; without it nothing remains. One thread at a time.
+/// Clips that are being written onto a card from one stream: mostly one, and another one that is
+/// linked to it whenever a file has reached the size that cards can hold. What was recorded is kept
+/// when the object goes, up to the last whole frame, unless Drop is called. One thread at a time.
 class Recording {
 public:
     /// `expectedFrames`: 0 when nobody knows. Fails when they do not fit.
     static Outcome Start(const RecordingParameters& parameters, std::uint32_t expectedFrames,
                          eP2_VIDEO_STANDARD standard, std::unique_ptr<Recording>& recording);
+    ~Recording();
+    Recording(const Recording&) = delete;
+    Recording& operator=(const Recording&) = delete;
 
-    /// One access unit of video and interleaved PCM, each of which may be empty.
+    /// One access unit of video and interleaved PCM, each of which may be empty. A failure leaves
+    /// what came before.
     Outcome Add(std::string_view video, std::string_view sound);
-    /// Completes and checks all files and gives them their names, the metadata file last.
+    /// Completes what is under way. A failure tells of the first clip that could not be completed.
     Outcome Finish();
+    /// Removes what is under way; clips that were completed before stay.
+    void Drop();
 
+    /// The clips that were completed, and those under way.
+    [[nodiscard]] std::vector<CString> ClipNames() const;
     /// Bytes of the access unit that came last; 0 before the first.
     [[nodiscard]] std::size_t LastUnitSize() const { return m_lastUnitSize; }
 
 private:
-    Recording(RecordingParameters parameters, std::string contents);
+    Recording(RecordingParameters parameters, CardFolders card);
     Outcome CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard) const;
-    Outcome CreateFiles();
-    Outcome PreparePlace(const char* folder, const std::string& suffix, std::string& path) const;
+    Outcome CheckUnit(std::string_view unit) const;
+    /// Begins the clip behind the last one.
+    Outcome BeginNext();
     Outcome AddVideo(std::string_view unit);
     Outcome AddSound(std::string_view samples);
-    Outcome FinishEssence();
-    Outcome WriteMetadata(std::unique_ptr<platform::FileWriter>& writer, std::string& path) const;
-    Outcome NameFiles(platform::FileWriter& metadata, const std::string& metadataPath);
+    /// Completes clips, all but the last, to which nothing more will come, beside the recording.
+    void CompleteFull();
+    /// Takes the first clip out of the row, with what it has to say of the others.
+    std::unique_ptr<ClipMaker> TakeFirst(Relations& relations);
+    void WaitForOther();
+    /// Remembers how the completion of a clip ended.
+    void Note(const ClipMaker& clip, const Outcome& outcome);
 
     RecordingParameters m_parameters;
     const RecordingFormat* m_format;
-    std::string m_contents;
-    RecordingName m_name;
-    std::unique_ptr<EssenceFile> m_video;
-    std::vector<std::unique_ptr<EssenceFile>> m_sound;
-    std::vector<std::string> m_channels; ///< samples of each channel, taken apart
-    std::size_t m_unitSize = 0;
+    CardFolders m_card;
+    std::deque<std::unique_ptr<ClipMaker>> m_clips; ///< not completed yet
+    std::unique_ptr<ClipMaker> m_otherClip;         ///< is being completed
+    std::future<Outcome> m_other;
+    std::vector<CString> m_completed;
+    std::optional<RelatedClip> m_top;      ///< the recording's first clip
+    std::optional<RelatedClip> m_previous; ///< the one before those
+    Outcome m_trouble;                     ///< the first
     std::size_t m_lastUnitSize = 0;
-    CString m_codec;
-    CString m_startDate;
+    bool m_isOver = false;
 };
 
 } // namespace nqp2::worker

@@ -3,8 +3,13 @@
 
 #include "worker/recording_format.h"
 
+#include "avchd/stream_head.h"
+#include "platform/unicode.h"
+
 #include <algorithm>
+#include <cmath>
 #include <iterator>
+#include <optional>
 #include <string>
 
 namespace nqp2::worker {
@@ -62,36 +67,116 @@ unsigned Byte(std::string_view bytes, std::size_t index) {
     return static_cast<unsigned char>(bytes[index]);
 }
 
-Outcome CheckDvUnit(const RecordingFormat& format, std::string_view unit) {
+Outcome OfAnotherFormat(const RecordingFormat& format, const std::string& what) {
+    const auto text = [](const wchar_t* wide) { return platform::Utf8FromText(wide); };
+    const std::string codecClass = text(format.codecClass);
+    return Failure("This is no frame of " + text(format.codec) + " at " + text(format.rate) +
+                   (codecClass.empty() ? "" : " of class " + codecClass) + ": " + what + ".");
+}
+
+// Frames of DV (SMPTE ST 314, ST 370) are sequences of 150 blocks of 80 bytes.
+constexpr std::size_t kBlock = 80;
+constexpr std::size_t kSequence = 150 * kBlock;
+
+/// The kind of signal that a frame's source pack tells; nothing for a frame without that pack.
+std::optional<unsigned> SignalType(std::string_view unit) {
+    constexpr std::size_t kPack = 5 * kBlock + 48;
+    constexpr unsigned kSourcePack = 0x60;
+    constexpr unsigned kTypeMask = 0x1F;
+    return Byte(unit, kPack) == kSourcePack ? std::optional(Byte(unit, kPack + 3) & kTypeMask)
+                                            : std::nullopt;
+}
+
+unsigned SignalTypeOf(const RecordingFormat& format) {
+    constexpr std::size_t kLargest25 = 144000;
+    switch (format.height) {
+    case 1080:
+        return 0x14;
+    case 720:
+        return 0x18;
+    default:
+        return format.unitSize <= kLargest25 ? 0x00 : 0x04;
+    }
+}
+
+/// Whether the sequences are numbered as those of one frame, one channel after the other.
+bool IsOneFrame(std::string_view unit, std::size_t sequencesOfChannel) {
     constexpr unsigned kSectionMask = 0xE0; // 0: a header block
+    for (std::size_t i = 0; i < unit.size() / kSequence; ++i) {
+        const std::size_t at = i * kSequence;
+        if ((Byte(unit, at) & kSectionMask) != 0 ||
+            Byte(unit, at + 1) >> 4U != i % sequencesOfChannel) {
+            return false;
+        }
+    }
+    return true;
+}
+
+Outcome CheckDvUnit(const RecordingFormat& format, std::string_view unit) {
     constexpr unsigned kSystem50Hz = 0x80;
     if (unit.size() != format.unitSize) {
         return Failure("A frame of this format has " + std::to_string(format.unitSize) +
                        " bytes, " + std::to_string(unit.size()) + " came.");
     }
     const bool is50Hz = (Byte(unit, 3) & kSystem50Hz) != 0;
-    return (Byte(unit, 0) & kSectionMask) == 0 && is50Hz == Is50Hz(format)
-               ? Outcome()
-               : Failure("This is no frame of DV of that rate.");
-}
-
-/// Whether an Annex B stream holds a unit of that type near its beginning.
-bool HoldsUnit(std::string_view stream, unsigned wantedType) {
-    constexpr std::size_t kNear = 4096;
-    constexpr unsigned kTypeMask = 0x1F;
-    const std::string_view startCode("\0\0\1", 3);
-    const std::string_view head = stream.substr(0, kNear);
-    for (std::size_t at = head.find(startCode); at < head.size() - startCode.size();
-         at = head.find(startCode, at + 1)) {
-        if ((Byte(head, at + startCode.size()) & kTypeMask) == wantedType) {
-            return true;
-        }
+    if (is50Hz != Is50Hz(format)) {
+        return OfAnotherFormat(format, is50Hz ? "it is one of 50 Hz" : "it is one of 60 Hz");
     }
-    return false;
+    if (!IsOneFrame(unit, is50Hz ? 12 : 10)) {
+        return OfAnotherFormat(format, "its sequences are not those of one frame");
+    }
+    return SignalType(unit).value_or(SignalTypeOf(format)) == SignalTypeOf(format)
+               ? Outcome()
+               : OfAnotherFormat(format, "it says that it is of another raster or class");
 }
 
-Outcome CheckAvcUnit(std::string_view unit, bool first) {
-    constexpr unsigned kSequenceParameters = 7;
+/// What AVC-Intra of class 100 takes for a frame; class 200 takes twice as much.
+std::size_t SizeOfClass100(const RecordingFormat& format) {
+    if (format.height == 1080) {
+        return Is50Hz(format) ? 568832 : 472576;
+    }
+    return Is50Hz(format) ? 284672 : 236544;
+}
+
+/// Classes 100 and 200 have the same profile and rasters. Above 30 frames a second 1080 lines come
+/// in class 200 alone, whose frames are smaller then.
+bool IsOfClass(const RecordingFormat& format, std::size_t size) {
+    const std::wstring_view codecClass = format.codecClass;
+    const bool isLarge = size > SizeOfClass100(format) * 3 / 2;
+    const bool isOnlyOne = format.height == 1080 &&
+                           std::wstring_view(format.rate).ends_with(L'p') &&
+                           FrameRateOf(format.rate).value_or(FrameRate{}).numerator > 30000;
+    return isOnlyOne || codecClass == L"50" || isLarge == (codecClass == L"200");
+}
+
+bool IsOfRate(const RecordingFormat& format, const avchd::SequenceParameters& parameters) {
+    constexpr double kTolerance = 0.005;
+    const FrameRate rate = FrameRateOf(format.rate).value_or(FrameRate{});
+    const double wanted = static_cast<double>(rate.numerator) / rate.denominator;
+    const double told = parameters.unitsPerSecond / (2.0 * parameters.unitsPerTick);
+    return parameters.unitsPerTick == 0 || parameters.unitsPerSecond == 0 ||
+           std::abs(told / wanted - 1) < kTolerance;
+}
+
+Outcome CheckParameters(const RecordingFormat& format, const avchd::SequenceParameters& parameters,
+                        std::size_t size) {
+    constexpr unsigned kHigh10 = 110;  // class 50
+    constexpr unsigned kHigh422 = 122; // the others
+    const bool isClass50 = std::wstring_view(format.codecClass) == L"50";
+    const bool isInterlaced = std::wstring_view(format.rate).ends_with(L'i');
+    if (parameters.pixels != format.width || parameters.lines != format.height) {
+        return OfAnotherFormat(format, "it has " + std::to_string(parameters.pixels) + " x " +
+                                           std::to_string(parameters.lines) + " pixels");
+    }
+    if (!IsOfRate(format, parameters) || (isInterlaced && !parameters.isFieldCoded)) {
+        return OfAnotherFormat(format, "it is of another rate");
+    }
+    return parameters.profile == (isClass50 ? kHigh10 : kHigh422) && IsOfClass(format, size)
+               ? Outcome()
+               : OfAnotherFormat(format, "it is of another class");
+}
+
+Outcome CheckAvcUnit(const RecordingFormat& format, std::string_view unit, bool first) {
     constexpr std::size_t kShortest = 8;
     const bool isAnnexB =
         unit.size() >= kShortest && (unit.starts_with(std::string_view("\0\0\1", 3)) ||
@@ -99,9 +184,14 @@ Outcome CheckAvcUnit(std::string_view unit, bool first) {
     if (!isAnnexB) {
         return Failure("This is no access unit of AVC in the form of Annex B.");
     }
-    return !first || HoldsUnit(unit, kSequenceParameters)
-               ? Outcome()
-               : Failure("The first access unit carries no parameter sets.");
+    if (!first) {
+        return {};
+    }
+    const auto parameters =
+        avchd::DecodeVideoHead({reinterpret_cast<const std::uint8_t*>(unit.data()), unit.size()})
+            .parameters;
+    return parameters ? CheckParameters(format, *parameters, unit.size())
+                      : Failure("The first access unit carries no parameter sets.");
 }
 
 } // namespace
@@ -114,7 +204,8 @@ const RecordingFormat* FindRecordingFormat(eCodeType type) {
 }
 
 Outcome CheckAccessUnit(const RecordingFormat& format, std::string_view unit, bool first) {
-    return format.essence == VideoCodec::Dv ? CheckDvUnit(format, unit) : CheckAvcUnit(unit, first);
+    return format.essence == VideoCodec::Dv ? CheckDvUnit(format, unit)
+                                            : CheckAvcUnit(format, unit, first);
 }
 
 CString CodecName(const RecordingFormat& format, std::string_view unit) {

@@ -28,8 +28,8 @@ struct RecordingFormat {
 /// Null for a code type that cannot be recorded.
 const RecordingFormat* FindRecordingFormat(eCodeType type);
 
-/// Whether the bytes can be an access unit of that format: size, system and, in AVC-Intra, the
-/// parameter sets that the muxer needs. `first` asks for those.
+/// Whether the bytes can be an access unit of that format: system, raster, rate and class as far as
+/// they tell. AVC-Intra tells in the parameter sets, which `first` asks for.
 Outcome CheckAccessUnit(const RecordingFormat& format, std::string_view unit, bool first);
 
 /// The codec's name in the metadata, which for DV of 625 lines depends on the sampling.

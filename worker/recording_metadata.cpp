@@ -11,14 +11,10 @@
 #include "xml/dom/serialize.h"
 #include "xml/metadata_writer.h"
 
-#include <iterator>
-
 namespace nqp2::worker {
 namespace {
 
-constexpr const wchar_t* kRelations[] = {L"Top", L"Previous", L"Next"};
-
-CString FreshIdentifier(const GUID& guid) {
+CString IdentifierOf(const GUID& guid) {
     CString identifier;
     media::IdentifierForGuidText(platform::GuidText(guid), L"", identifier);
     return identifier;
@@ -32,12 +28,13 @@ public:
     bool Write(std::string& xml) {
         Open(L"ClipContent");
         Text(L"ClipName", m_clip.name);
-        Text(L"GlobalClipID", FreshIdentifier(platform::NewGuid()));
+        Text(L"GlobalClipID", IdentifierOf(m_clip.identifier));
         Number(L"Duration", m_clip.frames);
         Text(L"EditUnit", EditUnit());
         WriteEssence();
-        if (!m_clip.related.IsEmpty()) {
-            WriteRelations();
+        const Relations& relations = m_clip.relations;
+        if (relations.top || relations.previous || relations.next) {
+            WriteRelations(relations);
         }
         WriteClipMetadata();
         Close();
@@ -90,27 +87,27 @@ private:
         Close();
     }
 
-    void WriteRelations() {
+    void WriteRelations(const Relations& relations) {
         Open(L"Relation");
-        Open(L"Connection");
-        for (std::uint32_t kind = 0; kind < std::size(kRelations); ++kind) {
-            for (const stu_R8PRelationClipInfo& other : m_clip.related) {
-                if (other.value1 == kind) {
-                    WriteRelation(kRelations[kind], other);
-                    break; // a clip has one of each kind
-                }
-            }
+        if (relations.offsetInShot) {
+            Number(L"OffsetInShot", *relations.offsetInShot);
         }
+        Open(L"Connection");
+        WriteRelation(L"Top", relations.top);
+        WriteRelation(L"Previous", relations.previous);
+        WriteRelation(L"Next", relations.next);
         Close();
         Close();
     }
 
-    void WriteRelation(const wchar_t* name, const stu_R8PRelationClipInfo& other) {
-        Open(name);
-        Text(L"ClipName", other.text1);
-        Text(L"GlobalClipID", FreshIdentifier(other.identifier1));
-        Text(L"P2SerialNo.", other.text2);
-        Close();
+    void WriteRelation(const wchar_t* name, const std::optional<RelatedClip>& other) {
+        if (other) {
+            Open(name);
+            Text(L"ClipName", other->name);
+            Text(L"GlobalClipID", IdentifierOf(other->identifier));
+            Text(L"P2SerialNo.", other->serialNo);
+            Close();
+        }
     }
 
     void WriteClipMetadata() {
@@ -147,7 +144,7 @@ bool CanDropFrames(const RecordingFormat& format) {
     return media::ClipTimecodeRate(format.rate, true).droppedNumbers != 0;
 }
 
-CString StartTimecodeText(const RecordingFormat& format, std::uint32_t frames, bool dropFrame) {
+CString StartTimecodeText(const RecordingFormat& format, std::int64_t frames, bool dropFrame) {
     constexpr std::int64_t kDay = 24 * 60 * 60;
     const media::TimecodeRate rate = media::ClipTimecodeRate(format.rate, dropFrame);
     const std::int64_t number =
@@ -157,10 +154,8 @@ CString StartTimecodeText(const RecordingFormat& format, std::uint32_t frames, b
 
 Outcome MakeMetadata(const RecordedClip& clip, std::string& xml) {
     Writer writer(clip);
-    return writer.Write(xml)
-               ? Outcome()
-               : Failure("The metadata of " + platform::Utf8FromText(clip.name.View()) +
-                         " hold a text that XML cannot.");
+    return writer.Write(xml) ? Outcome()
+                             : Failure("A name or title of the recording holds what XML cannot.");
 }
 
 } // namespace nqp2::worker

@@ -3,70 +3,89 @@
 
 #include "worker/recording_name.h"
 
-#include "worker/card_folder.h"
+#include "platform/unicode.h"
 #include "worker/free_clip_name.h"
 
-#include <algorithm>
-#include <mutex>
+#include <string>
+#include <string_view>
 #include <utility>
-#include <vector>
 
 namespace nqp2::worker {
 namespace {
 
-/// Names of recordings that run, with the contents folders of their cards.
-struct Running {
-    std::mutex mutex;
-    std::vector<std::pair<std::string, CString>> names;
-};
+Outcome IsTaken(const CString& name) {
+    return Failure("There is a clip " + Shown(name) + " on the card already.");
+}
 
-/// Never destroyed: sessions may outlive static objects.
-Running& AllRunning() {
-    static auto& running = *new Running;
-    return running;
+/// Whether a clip of that name has arrived: its metadata file is the last to get a name.
+bool HasArrived(const CardFolders& card, const CString& name) {
+    std::unique_ptr<platform::Folder> clips;
+    platform::FileInfo info;
+    return OpenBelow(*card.contents, "CLIP", clips) &&
+           clips->Stat(platform::NameBytesFromText(name.View()) + ".XML", info);
+}
+
+enum class Claim { Done, Taken, Failed };
+
+Claim TryClaim(const CardFolders& card, const CString& name, ClaimedName& claimed,
+               Outcome& outcome) {
+    std::unique_ptr<platform::NameLock> lock;
+    const platform::IoStatus status = card.root->LockName(Shown(name), lock);
+    if (!status && status.error != platform::IoError::Busy) {
+        outcome = Failure("claim the name " + Shown(name) + " in", card.root->Path(), status);
+        return Claim::Failed;
+    }
+    // Between the look at the card and the lock another one may have finished.
+    if (!status || HasArrived(card, name)) {
+        return Claim::Taken;
+    }
+    claimed.name = name;
+    claimed.lock = std::move(lock);
+    return Claim::Done;
 }
 
 } // namespace
 
-Outcome RecordingName::Take(const std::string& contents, const CString& wanted) {
-    Release();
-    ClipNames taken;
-    Running& running = AllRunning();
-    const std::lock_guard lock(running.mutex);
-    if (Outcome outcome = taken.Read(contents); !outcome) {
+Outcome CheckRecordingName(const CString& name) {
+    constexpr std::size_t kLongest = 240;               // bytes, before "00.MXF"
+    constexpr std::wstring_view kOfNoCard = L"\"*<>?|"; // FAT and exFAT have no such names
+    const std::wstring_view text = name.View();
+    if (Outcome outcome = CheckClipName(name); !outcome) {
         return outcome;
     }
-    for (const auto& [card, name] : running.names) {
-        if (card == contents) {
-            taken.Take(name);
-        }
-    }
-    CString name = wanted;
-    Outcome outcome = wanted.IsEmpty() ? taken.FindFree(L"0000AA", name) : CheckClipName(wanted);
-    if (outcome && taken.IsTaken(name)) {
-        outcome = Failure("There is a clip " + Shown(name) + " on the card already.");
+    const bool fits = platform::NameBytesFromText(text).size() <= kLongest &&
+                      text.find_first_of(kOfNoCard) == text.npos && text.back() != L' ' &&
+                      text.back() != L'.';
+    return fits ? Outcome() : Failure("\"" + Shown(name) + "\" is no name that a card can hold.");
+}
+
+Outcome ClaimName(const CardFolders& card, const CString& wanted, ClaimedName& claimed) {
+    ClipNames taken;
+    Outcome outcome = CheckRecordingName(wanted);
+    if (outcome) {
+        outcome = taken.Read(card.contents->Path());
     }
     if (!outcome) {
         return outcome;
     }
-    m_contents = contents;
-    m_name = name;
-    running.names.emplace_back(m_contents, m_name);
-    return {};
+    const bool mayTry = !taken.IsTaken(wanted);
+    const Claim claim = mayTry ? TryClaim(card, wanted, claimed, outcome) : Claim::Taken;
+    return claim == Claim::Taken ? IsTaken(wanted) : outcome;
 }
 
-void RecordingName::Release() {
-    if (m_name.IsEmpty()) {
-        return;
+Outcome ClaimFreeName(const CardFolders& card, const CString& after, ClaimedName& claimed) {
+    ClipNames taken;
+    Outcome outcome = taken.Read(card.contents->Path());
+    CString name = after.IsEmpty() ? CString(L"0000AA") : after;
+    Claim claim = Claim::Taken;
+    while (outcome && claim == Claim::Taken) {
+        taken.Take(name);
+        outcome = taken.FindFree(name, name);
+        if (outcome) {
+            claim = TryClaim(card, name, claimed, outcome);
+        }
     }
-    Running& running = AllRunning();
-    const std::lock_guard lock(running.mutex);
-    const auto own =
-        std::find(running.names.begin(), running.names.end(), std::make_pair(m_contents, m_name));
-    if (own != running.names.end()) {
-        running.names.erase(own);
-    }
-    m_name.Empty();
+    return outcome;
 }
 
 } // namespace nqp2::worker

@@ -4,29 +4,28 @@
 #pragma once
 
 #include "platform/CString.h"
+#include "worker/card_folder.h"
 #include "worker/outcome.h"
 
-#include <string>
+#include <memory>
 
 namespace nqp2::worker {
 
-/// A clip name on a card that no other recording of this process takes while the object lives.
-/// Safe from any thread.
-class RecordingName {
-public:
-    RecordingName() = default;
-    RecordingName(const RecordingName&) = delete;
-    RecordingName& operator=(const RecordingName&) = delete;
-    ~RecordingName() { Release(); }
-
-    /// Takes `wanted`, or with "" the next free name. Fails when the name is taken.
-    Outcome Take(const std::string& contents, const CString& wanted);
-    void Release();
-    [[nodiscard]] const CString& Name() const { return m_name; }
-
-private:
-    std::string m_contents;
-    CString m_name;
+/// A clip name on a card that nobody else takes as long as this lasts: no other session, no other
+/// worker, and no transfer.
+struct ClaimedName {
+    CString name;
+    std::unique_ptr<platform::NameLock> lock; ///< null where files cannot be locked
 };
+
+/// Claims a name that the host chose. Fails when it is taken, or none that a card's file system and
+/// the files of a clip can have.
+Outcome ClaimName(const CardFolders& card, const CString& wanted, ClaimedName& claimed);
+
+/// Claims the next free name after another one; "" begins with "0001AA".
+Outcome ClaimFreeName(const CardFolders& card, const CString& after, ClaimedName& claimed);
+
+/// Whether a recording can have the name; see ClaimName.
+Outcome CheckRecordingName(const CString& name);
 
 } // namespace nqp2::worker

@@ -4,11 +4,13 @@
 #include "worker/volume_serial.h"
 
 #include "platform/case_blind.h"
+#include "platform/descriptor.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
 
 #include <blkid/blkid.h>
-#include <cstdlib>
+#include <fcntl.h>
+#include <libudev.h>
 #include <memory>
 #include <string>
 #include <sys/stat.h>
@@ -16,11 +18,37 @@
 namespace nqp2::worker {
 namespace {
 
-struct Free {
-    // What the library hands out is freed in this way. NOLINTNEXTLINE(cppcoreguidelines-no-malloc)
-    void operator()(char* text) const { std::free(text); }
+struct Release {
+    void operator()(udev* database) const { udev_unref(database); }
+    void operator()(udev_device* device) const { udev_device_unref(device); }
+    void operator()(blkid_struct_probe* probe) const { blkid_free_probe(probe); }
 };
-using OwnText = std::unique_ptr<char, Free>;
+
+std::string Text(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+/// What the volume itself says; "" where this user may not read the device. The node must be that of
+/// the device: nodes are names, and may be old.
+std::string ReadFromDevice(const std::string& node, dev_t device) {
+    const platform::Descriptor file(
+        open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat facts = {};
+    if (!file || fstat(file.Get(), &facts) != 0 || !S_ISBLK(facts.st_mode) ||
+        facts.st_rdev != device) {
+        return {};
+    }
+    const std::unique_ptr<blkid_struct_probe, Release> probe(blkid_new_probe());
+    const char* number = nullptr;
+    if (probe == nullptr || blkid_probe_set_device(probe.get(), file.Get(), 0, 0) != 0 ||
+        blkid_probe_enable_superblocks(probe.get(), 1) != 0 ||
+        blkid_probe_set_superblocks_flags(probe.get(), BLKID_SUBLKS_UUID) != 0 ||
+        blkid_do_safeprobe(probe.get()) != 0 ||
+        blkid_probe_lookup_value(probe.get(), "UUID", &number, nullptr) != 0) {
+        return {};
+    }
+    return Text(number);
+}
 
 } // namespace
 
@@ -35,15 +63,24 @@ Outcome FindVolumeSerial(const CString& path, CString& serial) {
     if (!found || stat(found->c_str(), &facts) != 0) {
         return Failure("There is nothing at " + folder + ".");
     }
-    const OwnText device(blkid_devno_to_devname(facts.st_dev));
+    const std::unique_ptr<udev, Release> database(udev_new());
+    const std::unique_ptr<udev_device, Release> device(
+        database != nullptr ? udev_device_new_from_devnum(database.get(), 'b', facts.st_dev)
+                            : nullptr);
     if (device == nullptr) {
         return Failure("The file system of " + folder + " stands on no device of its own.");
     }
-    const OwnText number(blkid_get_tag_value(nullptr, "UUID", device.get()));
-    if (number == nullptr) {
-        return Failure("No serial number can be read from " + std::string(device.get()) + ".");
+    const std::string node = Text(udev_device_get_devnode(device.get()));
+    std::string number = ReadFromDevice(node, facts.st_dev);
+    if (number.empty()) {
+        // What the system found when it met the volume, for those who may not read the device.
+        number = Text(udev_device_get_property_value(device.get(), "ID_FS_UUID"));
     }
-    serial = platform::TextFromUtf8(number.get());
+    if (number.empty()) {
+        return Failure("No serial number of this volume can be read from " + node +
+                       ", and the system's device database has none.");
+    }
+    serial = platform::TextFromUtf8(number);
     return {};
 }
 

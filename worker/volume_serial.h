@@ -8,8 +8,9 @@
 
 namespace nqp2::worker {
 
-/// The serial number of the volume that holds a path. Fails, with `serial` empty, for a file system
-/// that keeps none (network mounts, memory) and for a device that may not be read.
+/// The serial number of the volume that holds a path: the device's own word, or for a user who may
+/// not read it the system's device database, never a remembered number. Fails, with `serial` empty,
+/// when neither tells, and for a file system without a device (network mounts, memory).
 Outcome FindVolumeSerial(const CString& path, CString& serial);
 
 } // namespace nqp2::worker

@@ -6,6 +6,7 @@ import fcntl
 import json
 import os
 import pty
+import shutil
 import signal
 import struct
 import subprocess
@@ -14,7 +15,7 @@ import time
 from pathlib import Path
 
 from dv_stream import FRAME_SIZE, avi, dv_frame, wav
-from program import CardTest, command_line, main, run
+from program import PROGRAM, CardTest, command_line, main, run
 
 LARGE = 1 << 30  # bytes without content: long enough to be met in the middle
 
@@ -252,9 +253,41 @@ class CameraTest(CardTest):
         clip, = json.loads(result.stdout)["clips"]
         self.assertEqual((clip["ClipName"], clip["CodecName"], clip["Duration"], clip["VideoPath"]),
                          ("DV000001", "DV25_420", 5, str(file)))
+        pipe = self.folder / "pipe.mov"
+        os.mkfifo(pipe)
+        self.assert_fails(run("base-info", pipe), 1,
+                          f"nqp2: {pipe}: is no file (nothing else is read)")
         without = run("clips", self.folder / "camera", "--worker", "/no/worker", "--strict")
         self.assertEqual((without.returncode, without.stderr.splitlines()[0]), (
             4, "nqp2: the worker: does not start (/no/worker: No such file or directory)"))
+
+
+    def test_a_worker_that_searches_a_file_ends_when_it_is_asked_to(self):
+        file = self.folder / "zeros.avi"
+        file.write_bytes(avi([dv_frame(0)])[:200])
+        os.truncate(file, 200 << 30)
+        process = subprocess.Popen(command_line("base-info", file), stderr=subprocess.PIPE)
+        self.addCleanup(process.kill)
+        wait_for(lambda: [link for worker in workers_of(process)
+                          for link in Path(f"/proc/{worker}/fd").iterdir()
+                          if os.path.lexists(link) and os.readlink(link) == str(file)])
+        worker, = workers_of(process)
+        asked = time.monotonic()
+        os.kill(worker, signal.SIGTERM)
+        process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 3)
+        self.assertLess(time.monotonic() - asked, 3)
+
+    def test_a_worker_without_its_module_says_so(self):
+        worker = self.folder / "nqp2-worker"
+        shutil.copy(Path(PROGRAM).parent / "nqp2-worker", worker)
+        file = self.folder / "camera.avi"
+        file.write_bytes(avi([dv_frame(0)]))
+        result = run("base-info", file, "--worker", worker)
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stderr, "^nqp2: .*: not described \\(Camera files and recordings need "
+                                        "a part of the worker that cannot be used: .*nqp2-media.so")
+        self.assertEqual(run("serial", "/proc", "--worker", worker).returncode, 1)
 
 
 class RecordingTest(CardTest):
@@ -285,8 +318,8 @@ class RecordingTest(CardTest):
     def test_bare_samples_and_a_free_name(self):
         (self.card.path / "CONTENTS" / "VIDEO").mkdir()
         self.sound.write_bytes(b"\1\2\3" * 1000)
-        told = json.loads(self.record("--sound", self.sound, "--channels", 1, "--bits", 24,
-                                      "--json").stdout)
+        told = json.loads(self.record("--sound", self.sound, "--bare", "--channels", 1, "--bits",
+                                      24, "--json").stdout)
         name = told["ClipName"]
         self.assertEqual((len(name), told["frames"]), (6, 5))
         files = files_below(self.card.path)
@@ -296,22 +329,92 @@ class RecordingTest(CardTest):
         self.sound.write_bytes(wav(48000)[:30])
         cases = (
             ({"code_type": "CT_DV50_50I"}, [], 1,
-             f"{self.stream}: not recorded (A frame of this format has 288000 bytes, "
-             f"{FRAME_SIZE} came.)"),
+             f"{self.stream}: not recorded (This is no frame of DV50_422 at 50i: it says that it "
+             "is of another raster or class.)"),
             ({"code_type": "CT_AVCHD_1920_1080_50I"}, [], 1,
              f"{self.stream}: not recorded (Code type 200 cannot be recorded.)"),
             ({"code_type": "99"}, [], 1, "code type 99: cannot be recorded (it has no name)"),
-            ({}, ["--sound", self.sound], 1, f"{self.sound}: is no sound file (it holds no samples)"),
             ({}, ["--sound", self.folder / "none"], 1,
              f"{self.folder}/none: cannot be opened (No such file or directory)"),
+            ({}, ["--title", "a\x1b[0m"], 1, f"{self.stream}: not recorded (A name or title of "
+                                             "the recording holds what XML cannot.)"),
+            ({}, ["--name", "what?"], 1, f"{self.stream}: not recorded (\"what?\" is no name that "
+                                         "a card can hold.)"),
+            ({}, ["--channels", "2"], 2,
+             "rt-export usage: --channels requires --bare (see nqp2 rt-export --help)"),
         )
         os.truncate(self.stream, 3 * FRAME_SIZE)
         for options, arguments, status, line in cases:
             self.assert_fails(self.record(*arguments, **options), status, f"nqp2: {line}")
-        os.truncate(self.stream, FRAME_SIZE + 80)
-        self.assert_fails(self.record(), 1, f"nqp2: {self.stream}: not recorded (A frame of this "
-                                            f"format has {FRAME_SIZE} bytes, 80 came.)")
         self.assertEqual(files_below(self.card.path), {})
+
+    def test_sound_is_what_a_sound_file_says_and_nothing_else(self):
+        samples = bytes(range(1, 7)) * 1000  # of two channels, 24 bits
+        form = struct.pack(">hIh10s", 2, 1000, 24, bytes.fromhex("400ebb80000000000000"))
+        aiff = b"AIFF" + b"COMM" + struct.pack(">I", 18) + form + b"SSND" + struct.pack(
+            ">III", len(samples) + 8, 0, 0) + samples
+        self.sound.write_bytes(b"FORM" + struct.pack(">I", len(aiff)) + aiff)
+        self.assertEqual(self.record("--sound", self.sound, "--name", "0001AB").stderr, "")
+        self.assertIn(b"\3\2\1" * 1000 + b"\0" * 3,
+                      files_below(self.card.path)["CONTENTS/AUDIO/0001AB00.MXF"])
+        eight_bits = bytearray(wav(100))
+        eight_bits[eight_bits.index(b"fmt ") + 22] = 8
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        for content, problem in ((b"# Title\n\nA text, and no sound.\n" * 100, "is no sound file"),
+                                 (wav(48000)[:30], "is no sound file"),
+                                 (eight_bits, "is no PCM sound of 16 or 24 bits"),
+                                 (None, "is no file")):
+            if content is not None:
+                self.sound.write_bytes(content)
+            sound = pipe if content is None else self.sound
+            result = self.record("--sound", sound, "--name", "0002AB")
+            self.assertEqual((result.returncode, result.stdout), (1, ""))
+            self.assertTrue(result.stderr.startswith(f"nqp2: {sound}: {problem} ("), result.stderr)
+        self.assertFalse([name for name in files_below(self.card.path) if "0002AB" in name])
+
+    def test_recordings_at_one_time_have_names_of_their_own(self):
+        live = self.folder / "live"
+        os.mkfifo(live)
+        process = subprocess.Popen(command_line("rt-export", self.card.path, live, "--code-type",
+                                                "CT_DV25_50I", "--json"), stdout=subprocess.PIPE)
+        self.addCleanup(process.kill)
+        with open(live, "wb", buffering=0) as stream:
+            stream.write(dv_frame(0))
+            wait_for(lambda: list(self.card.path.rglob("VIDEO/.nqp2-*")))
+            self.assertEqual(self.record().stdout, "0002AA: 5 frames recorded\n")
+        told, _ = process.communicate(timeout=60)
+        self.assertEqual(json.loads(told),
+                         {"ClipName": "0001AA", "clips": ["0001AA"], "frames": 1})
+
+    def test_a_host_that_dies_leaves_what_it_has_sent(self):
+        live = self.folder / "live"
+        os.mkfifo(live)
+        process = subprocess.Popen(command_line("rt-export", self.card.path, live, "--code-type",
+                                                "CT_DV25_50I", "--name", "0001AB"),
+                                   stderr=subprocess.DEVNULL)
+        self.addCleanup(process.kill)
+        with open(live, "wb", buffering=0) as stream:
+            stream.write(b"".join(map(dv_frame, range(3))))
+            stream.write(b"half of one")
+            wait_for(lambda: any(path.stat().st_size > 3 * FRAME_SIZE
+                                 for path in self.card.path.rglob("VIDEO/.nqp2-*")
+                                 if b"\x06\x0e\x2b\x34" in path.read_bytes()[:4]))
+            process.kill()
+            process.wait()
+            clip = self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML"
+            wait_for(clip.exists)
+        clip, = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
+        self.assertEqual((clip["ClipName"], clip["Duration"]), ("0001AB", 3))
+        wait_for(lambda: not [name for name in files_below(self.card.path) if "/.nqp2-" in name])
+
+    def test_a_stream_that_breaks_off_is_recorded_up_to_its_last_frame(self):
+        os.truncate(self.stream, 2 * FRAME_SIZE + 80)
+        self.assert_fails(self.record("--name", "0001AB"), 1,
+                          f"nqp2: {self.stream}: only 2 frames recorded (A frame of this format "
+                          f"has {FRAME_SIZE} bytes, 80 came.)")
+        clip, = json.loads(run("clips", self.card.path, "--json").stdout)["clips"]
+        self.assertEqual((clip["ClipName"], clip["Duration"]), ("0001AB", 2))
 
 
 if __name__ == "__main__":

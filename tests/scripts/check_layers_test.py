@@ -30,6 +30,7 @@ BAD = (
     ("tools/nqp2/a.cpp", '"platform/unicode.h"', "exported headers only"),
     ("parser/a.cpp", "<libxml/tree.h>", "libxml2 belongs to xml/dom/"),
     ("tests/xml/a_test.cpp", "  <libxml/tree.h>", "libxml2 belongs to xml/dom/"),
+    ("worker/a.cpp", "<libavformat/avformat.h>", "libavformat belongs to worker/av/"),
     ("xml/dom/a.cpp", "<unistd.h>", "operating system belongs to platform/"),
     ("xml/dom/Node.h", "<libxml/tree.h>", "an exported header shows libxml/tree.h"),
     ("media/Thing.h", '"platform/unicode.h"', "exported header shows an internal one"),

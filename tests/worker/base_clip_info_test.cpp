@@ -7,11 +7,22 @@
 #include "tests/worker/essence_maker.h"
 #include "tests/worker/transfer_fixture.h"
 #include "worker/frame_rate_text.h"
+#include "worker/media_file.h"
 
+#include <ctime>
+#include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace nqp2::worker {
 namespace {
+
+using testing::HasSubstr;
+
+bool GoesOn() {
+    return true;
+}
 
 TEST(BaseClipInfo, DescribesCameraFiles) {
     struct Case {
@@ -30,7 +41,7 @@ TEST(BaseClipInfo, DescribesCameraFiles) {
         NQP2BaseClipInfo info;
         info.texts.Add(L"from an earlier call");
         const CString asked = Name(path.c_str());
-        const Outcome outcome = DescribeClip(asked, info);
+        const Outcome outcome = DescribeClip(asked, GoesOn, info);
         ASSERT_TRUE(outcome) << outcome.error;
         EXPECT_EQ(info.clipText1, Name(std::string(each.name, 5).c_str()));
         EXPECT_EQ(info.clipText3, L"A walk");
@@ -48,7 +59,7 @@ TEST(BaseClipInfo, DescribesCameraFiles) {
         NQP2BaseClipInfo again;
         again.clipText1 = L"given name";
         again.clipText2 = L"given date";
-        ASSERT_TRUE(DescribeClip(Name(folder.Path(std::string(each.name)).c_str()), again));
+        ASSERT_TRUE(DescribeClip(Name(folder.Path(std::string(each.name)).c_str()), GoesOn, again));
         EXPECT_EQ(again.identifier, info.identifier);
         EXPECT_EQ(again.clipText1, L"given name");
         EXPECT_EQ(again.clipText2, L"given date");
@@ -68,7 +79,7 @@ TEST(BaseClipInfo, DescribesP2ClipsByTheirMetadata) {
          {"EssenceList/Video/AspectRatio", "16:9"},
          {"ClipMetadata/UserClipName", "Interview"}});
     NQP2BaseClipInfo info;
-    ASSERT_TRUE(DescribeClip(card.Contents() + L"CLIP\\0001ab.xml", info));
+    ASSERT_TRUE(DescribeClip(card.Contents() + L"CLIP\\0001ab.xml", GoesOn, info));
     EXPECT_EQ(info.clipText1, L"0001AB");
     EXPECT_EQ(info.clipText3, L"Interview");
     EXPECT_EQ(info.codec, L"DV50_422");
@@ -92,7 +103,8 @@ TEST(BaseClipInfo, P2ClipsWithoutIdentifierAreToldApartByTheirVideo) {
     std::vector<GUID> found;
     for (const wchar_t* name : {L"0001AB", L"0002AB", L"0003AB", L"0004AB", L"0005AB"}) {
         NQP2BaseClipInfo info;
-        const Outcome outcome = DescribeClip(card.Contents() + L"CLIP\\" + name + L".XML", info);
+        const Outcome outcome =
+            DescribeClip(card.Contents() + L"CLIP\\" + name + L".XML", GoesOn, info);
         ASSERT_TRUE(outcome) << name << outcome.error;
         EXPECT_NE(info.identifier, GUID());
         found.push_back(info.identifier);
@@ -120,10 +132,44 @@ TEST(BaseClipInfo, FilesThatAreNoneFailWithAReason) {
     };
     for (const std::string& path : paths) {
         NQP2BaseClipInfo info;
-        const Outcome outcome = DescribeClip(Name(path.c_str()), info);
+        const Outcome outcome = DescribeClip(Name(path.c_str()), GoesOn, info);
         EXPECT_FALSE(outcome) << path;
         EXPECT_FALSE(outcome.error.empty()) << path;
     }
+}
+
+/// What libavformat would search to its end, or wait for: 200 GiB of zeros, or a pipe.
+TEST(BaseClipInfo, NoFileHoldsTheWorkerUp) {
+    constexpr std::uintmax_t kEndless = std::uintmax_t{200} << 30U;
+    const test::TempFolder folder;
+    MediaFacts facts;
+    for (const char* const container : {"avi", "mov", "mxf"}) {
+        const std::string path = folder.Path(std::string("a.") + container);
+        ASSERT_TRUE(WriteMovie(path, container, kDv50Pal, 2));
+        for (const std::uintmax_t begun : {60000U, 2000U, 200U}) {
+            std::filesystem::resize_file(path, begun);
+            std::filesystem::resize_file(path, kEndless);
+            const std::clock_t from = std::clock();
+            static_cast<void>(ReadMediaFile(path, GoesOn, facts, {.bytes = 4U << 20U}));
+            EXPECT_LT(std::clock() - from, 5 * CLOCKS_PER_SEC) << path << " " << begun;
+        }
+    }
+    const std::string zeros = folder.Path("a.avi");
+    NQP2BaseClipInfo info;
+    const std::clock_t from = std::clock();
+    EXPECT_THAT(DescribeClip(Name(zeros.c_str()), GoesOn, info).error, HasSubstr("within"));
+    EXPECT_LT(std::clock() - from, 8 * CLOCKS_PER_SEC) << "the usual bounds";
+    EXPECT_TRUE(info.clipText1.IsEmpty() && info.text3.IsEmpty()) << "it says nothing";
+    EXPECT_THAT(ReadMediaFile(zeros, GoesOn, facts, {.processorTime = {}}).error,
+                HasSubstr("within"));
+    int asked = 0;
+    EXPECT_EQ(ReadMediaFile(
+                  zeros, [&] { return ++asked < 9; }, facts)
+                  .error,
+              "Cancelled.");
+    const std::string pipe = folder.Path("pipe.mov");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_THAT(ReadMediaFile(pipe, GoesOn, facts).error, HasSubstr("is no file"));
 }
 
 } // namespace

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "worker/av_headers.h"
+#include "worker/av/av_headers.h"
 
 #include <cstdint>
 #include <string>

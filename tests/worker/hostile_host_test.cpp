@@ -127,6 +127,7 @@ protected:
             {MessageId::SetWriteBlockSize, Saved(bridge::ValueMessage{{}, 4096, 0})},
             {MessageId::GetP2SerialNumber, Saved(bridge::TextPairMessage{{}, root, L"", 0})},
             {MessageId::GetLastError, Saved(bridge::ErrorTextMessage{{}, L"text", 0})},
+            {MessageId::RecordedClips, Saved(bridge::ErrorTextMessage{{}, L"text", 0})},
             {MessageId::GetP2BaseClipInfo, Saved(bridge::BaseClipInfoMessage{{}, root, {}, 0})},
         };
     }

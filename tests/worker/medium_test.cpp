@@ -19,8 +19,10 @@
 #include "worker/clip_import.h"
 #include "worker/icon_bitmap.h"
 #include "worker/recording.h"
+#include "worker/volume_serial.h"
 
 #include <atomic>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -29,7 +31,9 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <thread>
+#include <unistd.h>
 
 namespace nqp2::worker {
 namespace {
@@ -127,6 +131,117 @@ TEST_F(MediumTest, OneThatFillsUpLeavesNothingHalf) {
         files.SetHook([](Operation, const std::string&) {});
         EXPECT_TRUE(Import(m_to.Path()));
         ExpectSourceUntouched();
+    });
+    if (result == kCannotMount) {
+        GTEST_SKIP() << "a file system cannot be mounted here";
+    }
+    EXPECT_EQ(result, kPassed);
+}
+
+TEST_F(MediumTest, ARecordingOntoOneThatFillsUpIsKeptUpToItsLastFrame) {
+    const int result = WithMedium(m_to.Path(), "5m", [&] {
+        const std::vector<std::string> units = EncodePictures(kDv25Pal, 40);
+        m_to.MakeFolder("CONTENTS/CLIP");
+        RecordingParameters parameters;
+        parameters.cardRoot = InterfaceRoot(m_to.Path());
+        parameters.wave = {1, 2, 48000, 192000, 4, 16, 0};
+        std::unique_ptr<Recording> recording;
+        ASSERT_TRUE(Recording::Start(parameters, 0, VS_50I, recording));
+        std::size_t taken = 0;
+        Outcome outcome;
+        while (outcome && taken < units.size()) {
+            outcome = recording->Add(units[taken], std::string(std::size_t{1920} * 4, 's'));
+            taken += outcome ? 1U : 0U;
+        }
+        EXPECT_THAT(outcome.error, HasSubstr("No space left"));
+        EXPECT_GT(taken, 15U);
+        const Outcome finished = recording->Finish();
+        EXPECT_TRUE(finished) << finished.error;
+        const auto files = FilesBelow(m_to.Path());
+        EXPECT_EQ(files.size(), 4U) << "video, two of sound, metadata";
+        const std::string& metadata = files.at("CONTENTS/CLIP/0001AA.XML");
+        EXPECT_TRUE(metadata.find("<Duration>" + std::to_string(taken) + "<") != metadata.npos ||
+                    metadata.find("<Duration>" + std::to_string(taken + 1) + "<") != metadata.npos);
+        int packets = 0;
+        std::int64_t position = 0;
+        const std::string essence =
+            ReadEssence(m_to.Path("CONTENTS/VIDEO/0001AA.MXF"), packets, position);
+        EXPECT_EQ(essence.size(), static_cast<std::size_t>(packets) * 144000);
+        EXPECT_GE(packets, static_cast<int>(taken));
+    });
+    if (result == kCannotMount) {
+        GTEST_SKIP() << "a file system cannot be mounted here";
+    }
+    EXPECT_EQ(result, kPassed);
+}
+
+/// What is swapped for a link while a recording runs leads nowhere. Set NQP2_RACES for a longer run.
+TEST_F(MediumTest, AFolderSwappedForALinkDuringARecordingLeadsNowhere) {
+    const char* const asked = std::getenv("NQP2_RACES");
+    const int races = asked != nullptr ? std::atoi(asked) : 12;
+    const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
+    const test::TempFolder away;
+    for (const char* const folder : {"CLIP", "VIDEO", "AUDIO"}) {
+        away.MakeFolder(folder);
+    }
+    int done = 0;
+    for (int i = 0; i < races; ++i) {
+        const test::TempFolder card;
+        const char* const swapped[] = {"", "/VIDEO", "/AUDIO", "/CLIP"};
+        const std::string path = std::string("CONTENTS") + swapped[i % 4];
+        card.MakeFolder("CONTENTS/CLIP");
+        card.MakeFolder("CONTENTS/VIDEO");
+        card.MakeFolder("CONTENTS/AUDIO");
+        std::filesystem::create_symlink(away.Path() + swapped[i % 4], card.Path("link"));
+        std::atomic<bool> isOver{false};
+        std::thread swapper([&] {
+            while (!isOver) {
+                renameat2(AT_FDCWD, card.Path(path).c_str(), AT_FDCWD, card.Path("link").c_str(),
+                          RENAME_EXCHANGE);
+            }
+        });
+        done += Record(card.Path(), units) ? 1 : 0;
+        isOver = true;
+        swapper.join();
+    }
+    EXPECT_TRUE(FilesBelow(away.Path()).empty()) << done << " of " << races << " were recorded";
+    std::size_t folders = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(away.Path())) {
+        folders += entry.is_directory() ? 1U : 0U;
+    }
+    EXPECT_EQ(folders, 3U) << "none is made there";
+}
+
+/// An ordinary user may not read the device. What the system's database has serves; what an earlier
+/// look at some device of that name has left behind does not.
+TEST_F(MediumTest, TheSerialNumberIsThisVolumesOrNone) {
+    struct stat facts = {};
+    ASSERT_EQ(stat(m_to.Path().c_str(), &facts), 0);
+    const std::string device =
+        std::to_string(major(facts.st_dev)) + ":" + std::to_string(minor(facts.st_dev));
+    if (!std::filesystem::exists("/sys/dev/block/" + device)) {
+        GTEST_SKIP() << "the temporary folder is on no device";
+    }
+    chmod(m_to.Path().c_str(), 0755);
+    const std::string node =
+        "/dev/" + std::filesystem::read_symlink("/sys/dev/block/" + device).filename().native();
+    const int result = WithMedium("/run", "1m", [&] {
+        constexpr uid_t kNobody = 65534;
+        std::filesystem::create_directories("/run/blkid");
+        std::ofstream("/run/blkid/blkid.tab")
+            << "<device DEVNO=\"0x" << std::hex << facts.st_dev << "\" TIME=\"1700000000.0\" "
+            << "UUID=\"DEAD-BEEF\" TYPE=\"vfat\">" << node << "</device>\n";
+        ASSERT_EQ(seteuid(kNobody), 0);
+        CString serial;
+        EXPECT_THAT(FindVolumeSerial(InterfaceRoot(m_to.Path()), serial).error,
+                    HasSubstr("has none"));
+        EXPECT_TRUE(serial.IsEmpty());
+        ASSERT_EQ(seteuid(0), 0);
+        std::filesystem::create_directories("/run/udev/data");
+        std::ofstream("/run/udev/data/b" + device) << "I:1\nE:ID_FS_UUID=1A2B-3C4D\n";
+        ASSERT_EQ(seteuid(kNobody), 0);
+        EXPECT_TRUE(FindVolumeSerial(InterfaceRoot(m_to.Path()), serial));
+        EXPECT_EQ(serial, L"1A2B-3C4D");
     });
     if (result == kCannotMount) {
         GTEST_SKIP() << "a file system cannot be mounted here";

@@ -48,12 +48,51 @@ protected:
         return outcome ? recording->Finish() : outcome;
     }
     std::map<std::string, std::string> OnCard() { return FilesBelow(m_card.Folder().Path()); }
-    _tag_P2Clip Scan(eCodeType& type) {
+    void EmptyCard() {
+        for (const char* const folder : {"CLIP", "VIDEO", "AUDIO"}) {
+            std::filesystem::remove_all(m_card.Folder().Path(std::string("CONTENTS/") + folder));
+        }
+        m_card.Folder().MakeFolder("CONTENTS/CLIP");
+    }
+    CArray<_tag_P2Clip> ScanAll() {
         CNQP2Parser parser;
         parser.Init();
         CArray<_tag_P2Clip> clips;
         EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0);
         parser.Release();
+        std::sort(clips.begin(), clips.end(),
+                  [](const auto& a, const auto& b) { return a.ClipName.Compare(b.ClipName) < 0; });
+        return clips;
+    }
+    /// 3, 3 and 2 frames that make up one shot.
+    void ExpectThreeClips(const std::string& video, const std::string& sound) {
+        const CArray<_tag_P2Clip> clips = ScanAll();
+        ASSERT_EQ(clips.GetSize(), 3);
+        std::string allVideo;
+        std::string allSound;
+        for (int i = 0; i < 3; ++i) {
+            const _tag_P2Clip& clip = clips[i];
+            const std::string name = "000" + std::to_string(7 + i) + "AB";
+            int packets = 0;
+            std::int64_t position = 0;
+            allVideo += ReadEssence(m_card.Folder().Path("CONTENTS/VIDEO/" + name + ".MXF"),
+                                    packets, position);
+            allSound += ReadEssence(m_card.Folder().Path("CONTENTS/AUDIO/" + name + "00.MXF"),
+                                    packets, position);
+            EXPECT_EQ(clip.ClipName, Name(name.c_str()));
+            EXPECT_EQ(clip.Duration, i < 2 ? 3 : 2);
+            EXPECT_EQ(clip.OffsetInShot, 3 * i);
+            EXPECT_EQ(clip.StartTimecode, 100 + 3 * i);
+            EXPECT_EQ(clip.TopClipGuid, i > 0 ? clips[0].GlobalClipGuid : GUID());
+            EXPECT_EQ(clip.PreviousClipGuid, i > 0 ? clips[i - 1].GlobalClipGuid : GUID());
+            EXPECT_EQ(clip.NextClipGuid, i < 2 ? clips[i + 1].GlobalClipGuid : GUID());
+            EXPECT_EQ(clip.NextClipName, i < 2 ? clips[i + 1].ClipName : CString());
+        }
+        EXPECT_TRUE(allVideo == video);
+        EXPECT_TRUE(allSound == sound);
+    }
+    _tag_P2Clip Scan(eCodeType& type) {
+        const CArray<_tag_P2Clip> clips = ScanAll();
         EXPECT_EQ(clips.GetSize(), 1);
         const _tag_P2Clip clip = clips.IsEmpty() ? _tag_P2Clip() : clips[0];
         type = CodeTypeFromCodec(clip.CodecName, clip.FrameRate, clip.AvcIntraClass50,
@@ -116,14 +155,12 @@ TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
         EXPECT_EQ(clip.VideoStartByteOffset, position);
         EXPECT_EQ(clip.VideoDataSize, static_cast<std::int64_t>(Joined(units).size()));
         MediaFacts facts;
-        ASSERT_TRUE(ReadMediaFile(video, facts));
+        ASSERT_TRUE(ReadMediaFile(
+            video, [] { return true; }, facts));
         EXPECT_EQ(facts.width, each.encoding.width);
         EXPECT_EQ(facts.height, each.encoding.height);
         EXPECT_EQ(av_cmp_q({facts.rate.numerator, facts.rate.denominator}, each.encoding.rate), 0);
-        std::filesystem::remove_all(m_card.Folder().Path("CONTENTS/CLIP"));
-        std::filesystem::remove_all(m_card.Folder().Path("CONTENTS/VIDEO"));
-        std::filesystem::remove_all(m_card.Folder().Path("CONTENTS/AUDIO"));
-        m_card.Folder().MakeFolder("CONTENTS/CLIP");
+        EmptyCard();
     }
 }
 
@@ -161,12 +198,9 @@ TEST_F(RecordingTest, MetadataCarryWhatTheHostSaid) {
     parameters.startTimecode = 17982; // ten minutes of drop-frame
     parameters.dropFrame = true;
     parameters.isWide = true;
-    stu_R8PRelationClipInfo previous;
-    previous.value1 = 1;
-    previous.identifier1 = {0x11223344, 0x5566, 0x7788, {1, 2, 3, 4, 5, 6, 7, 8}};
-    previous.text1 = L"0006AB";
-    previous.text2 = L"AAB10E1234";
-    parameters.related.Add(previous);
+    const RelatedClip previous = {
+        L"0006AB", {0x11223344, 0x5566, 0x7788, {1, 2, 3, 4, 5, 6, 7, 8}}, L"AAB10E1234"};
+    parameters.relations.previous = previous;
     ASSERT_TRUE(Record(parameters, EncodePictures(kDv25Ntsc, 2)));
     eCodeType type = CT_DV25_50I;
     const _tag_P2Clip clip = Scan(type);
@@ -176,11 +210,12 @@ TEST_F(RecordingTest, MetadataCarryWhatTheHostSaid) {
     EXPECT_EQ(clip.AspectRatio, L"16:9");
     EXPECT_EQ(clip.PreviousClipName, L"0006AB");
     EXPECT_EQ(clip.PreviousSerialNo, L"AAB10E1234");
-    EXPECT_EQ(clip.PreviousClipGuid, previous.identifier1);
+    EXPECT_EQ(clip.PreviousClipGuid, previous.identifier);
     EXPECT_TRUE(clip.NextClipName.IsEmpty());
     EXPECT_NE(clip.GlobalClipGuid, GUID());
     MediaFacts facts;
-    ASSERT_TRUE(ReadMediaFile(m_card.Folder().Path("CONTENTS/VIDEO/0007AB.MXF"), facts));
+    ASSERT_TRUE(ReadMediaFile(
+        m_card.Folder().Path("CONTENTS/VIDEO/0007AB.MXF"), [] { return true; }, facts));
     EXPECT_EQ(facts.timecode, "00:10:00;00");
 }
 
@@ -223,6 +258,13 @@ TEST_F(RecordingTest, RefusesWhatItCannotRecord) {
         {"drop-frame at 25", [](RecordingParameters& p) { p.dropFrame = true; }},
         {"no card", [](RecordingParameters& p) { p.cardRoot = L"/no/such/card"; }},
         {"a name upward", [](RecordingParameters& p) { p.clipName = L"../x"; }},
+        {"a name that FAT has not", [](RecordingParameters& p) { p.clipName = L"what?"; }},
+        {"a name too long", [](RecordingParameters& p) { p.clipName = CString(L'\x20AC', 100); }},
+        {"a title XML has not", [](RecordingParameters& p) { p.userClipName = L"a\x1b[0m"; }},
+        {"a relation XML has not",
+         [](RecordingParameters& p) {
+             p.relations.next = RelatedClip{L"\xFFFF", {}, {}};
+         }},
     };
     for (const Case& each : cases) {
         RecordingParameters parameters = Parameters();
@@ -257,22 +299,156 @@ TEST_F(RecordingTest, WrongDataIsRefusedAndTheRecordingGoesOn) {
     EXPECT_THAT(recording->Finish().error, HasSubstr("No frame"));
 }
 
-TEST_F(RecordingTest, NothingRemainsOfWhatDoesNotFinish) {
-    const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
-    {
-        std::unique_ptr<Recording> recording;
-        ASSERT_TRUE(Recording::Start(Parameters(), 0, VS_50I, recording));
-        ASSERT_TRUE(recording->Add(units[0], ""));
-        std::unique_ptr<Recording> second;
-        EXPECT_THAT(Recording::Start(Parameters(), 0, VS_50I, second).error, HasSubstr("already"));
+TEST_F(RecordingTest, AStreamOfAnotherFormatIsRefusedAtItsFirstFrame) {
+    constexpr AVPixelFormat k422 = AV_PIX_FMT_YUV422P;
+    constexpr AVPixelFormat kDeep422 = AV_PIX_FMT_YUV422P10;
+    const TestEncoding dv100 = {"dvvideo", 1440, 1080, {25, 1}, k422};
+    const TestEncoding avc100 = {"libx264", 1920,     1080,
+                                 {25, 1},   kDeep422, "avcintra-class=100:flags=+ildct"};
+    const TestEncoding avc100p = {"libx264", 1920, 1080, {25, 1}, kDeep422, "avcintra-class=100"};
+    const TestEncoding avc200 = {"libx264", 1920,     1080,
+                                 {25, 1},   kDeep422, "avcintra-class=200:flags=+ildct"};
+    const TestEncoding avc50 = {
+        "libx264", 1440, 1080, {25, 1}, AV_PIX_FMT_YUV420P10, "avcintra-class=50:flags=+ildct"};
+    struct Case {
+        eCodeType type;
+        TestEncoding encoding;
+        std::size_t together; ///< units
+        bool fits;
+    };
+    const Case cases[] = {
+        {CT_DV50_50I, kDv25Pal, 2, false},         {CT_DV25_5994I, kDv25Pal, 1, false},
+        {CT_DV100_1080_50I, kDv50Pal, 2, false},   {CT_DV100_720_50P, kDv50Pal, 1, false},
+        {CT_DV50_50I, kDv50Pal, 1, true},          {CT_DV100_1080_25P, dv100, 1, true},
+        {CT_AVCI100_1080_50I, avc100, 1, true},    {CT_AVCI100_1080_50I, avc100p, 1, false},
+        {CT_AVCI200_1080_50I, avc100, 1, false},   {CT_AVCI50_1080_50I, avc100, 1, false},
+        {CT_AVCI100_1080_5994I, avc100, 1, false}, {CT_AVCI100_720_50P, avc100, 1, false},
+        {CT_AVCI200_1080_50I, avc200, 1, true},    {CT_AVCI100_1080_50I, avc200, 1, false},
+        {CT_AVCI50_1080_50I, avc50, 1, true},      {CT_AVCI100_1080_50I, avc50, 1, false},
+        {CT_AVCI100_1080_25P, avc100p, 1, true},
+    };
+    for (const Case& each : cases) {
+        const std::string unit =
+            Joined(EncodePictures(each.encoding, static_cast<int>(each.together)));
+        if (unit.empty()) {
+            std::cout << "no encoder " << each.encoding.encoder << ": left out\n";
+            continue;
+        }
+        const Outcome outcome = CheckAccessUnit(*FindRecordingFormat(each.type), unit, true);
+        EXPECT_EQ(static_cast<bool>(outcome), each.fits)
+            << CodeTypeName(each.type) << " from " << each.encoding.options << " of " << unit.size()
+            << ": " << outcome.error;
     }
+}
+
+TEST_F(RecordingTest, GoesOnInLinkedClipsWhereAFileIsFull) {
+    const std::vector<std::string> units = EncodePictures(kDv25Pal, 8);
+    std::string sound;
+    for (std::size_t i = 0; i < units.size() * 1920; ++i) {
+        sound += std::string(2, static_cast<char>(i * 31 + i / 1920));
+    }
+    RecordingParameters parameters = Parameters();
+    parameters.wave = Wave(1, 16);
+    parameters.startTimecode = 100;
+    parameters.mostFileBytes = (std::uint64_t{9} << 17U) + 3 * 144000 + 100'000; // three frames
+    // Sound in step with the frames, a frame behind them, and a clip ahead.
+    for (const int lag : {0, 1, -3}) {
+        SCOPED_TRACE(lag);
+        std::unique_ptr<Recording> recording;
+        ASSERT_TRUE(Recording::Start(parameters, 0, VS_50I, recording));
+        const auto part = [](const auto& parts, std::size_t size, int number) {
+            return number < 0 ? std::string()
+                              : parts.substr(static_cast<std::size_t>(number) * size, size);
+        };
+        for (int i = std::min(lag, 0); i < 9; ++i) {
+            const Outcome outcome = recording->Add(i < 8 ? part(Joined(units), 144000, i) : "",
+                                                   i - lag < 8 ? part(sound, 3840, i - lag) : "");
+            ASSERT_TRUE(outcome) << outcome.error;
+        }
+        const Outcome finished = recording->Finish();
+        ASSERT_TRUE(finished) << finished.error;
+        ExpectThreeClips(Joined(units), sound);
+        EmptyCard();
+    }
+}
+
+TEST_F(RecordingTest, ANameIsClaimedAtTheStart) {
+    RecordingParameters unnamed = Parameters();
+    unnamed.clipName = L"";
+    CardFolders other; // another process is as good as another open folder
+    std::unique_ptr<platform::NameLock> lock;
+    ASSERT_TRUE(OpenCard(m_card.Root(), other));
+    ASSERT_TRUE(other.root->LockName("0002aa", lock));
+    std::unique_ptr<Recording> recordings[2];
+    for (std::unique_ptr<Recording>& recording : recordings) {
+        ASSERT_TRUE(Recording::Start(unnamed, 0, VS_50I, recording));
+    }
+    std::unique_ptr<Recording> refused;
+    RecordingParameters named = Parameters();
+    for (const wchar_t* const name : {L"0001AA", L"0002AA", L"0003AA"}) {
+        named.clipName = name;
+        EXPECT_THAT(Recording::Start(named, 0, VS_50I, refused).error, HasSubstr("already"));
+    }
+    for (std::unique_ptr<Recording>& recording : recordings) {
+        EXPECT_TRUE(recording->Add(EncodePictures(kDv25Pal, 1)[0], ""));
+        EXPECT_TRUE(recording->Finish());
+    }
+    EXPECT_TRUE(OnCard().contains("CONTENTS/CLIP/0001AA.XML"));
+    EXPECT_TRUE(OnCard().contains("CONTENTS/CLIP/0003AA.XML"));
+}
+
+/// A medium that is full from any write on, and then has the room that was kept for the end.
+TEST_F(RecordingTest, WhatWasRecordedIsKeptUpToTheLastWholeFrame) {
+    const std::vector<std::string> units = EncodePictures(kDv25Pal, 4);
+    const std::string sound(std::size_t{1920} * 4, 's');
+    int kept = 0;
+    for (std::uint64_t writes = 20; writes < 60; writes += 2) {
+        SCOPED_TRACE(writes);
+        test::FaultyFileSystem files;
+        const platform::ScopedFileSystem use(files);
+        files.Fail({IoError::NoSpace, Operation::WriteAt, "", writes});
+        std::unique_ptr<Recording> recording;
+        std::size_t taken = 0;
+        if (Recording::Start(Parameters(), 0, VS_50I, recording)) {
+            while (taken < units.size() && recording->Add(units[taken], sound)) {
+                ++taken;
+            }
+        }
+        files.HealAll();
+        recording.reset(); // as when the host has gone
+        if (taken == 0 && !OnCard().contains("CONTENTS/CLIP/0007AB.XML")) {
+            EXPECT_TRUE(OnCard().empty());
+            continue;
+        }
+        eCodeType type = CT_DV25_50I;
+        const _tag_P2Clip clip = Scan(type);
+        EXPECT_GE(clip.Duration, static_cast<std::int64_t>(taken));
+        EXPECT_LE(clip.Duration, static_cast<std::int64_t>(taken + 1)) << "one without its sound";
+        int packets = 0;
+        std::int64_t position = 0;
+        EXPECT_TRUE(
+            ReadEssence(m_card.Folder().Path("CONTENTS/VIDEO/0007AB.MXF"), packets, position) ==
+            Joined({units.begin(), units.begin() + clip.Duration}));
+        EXPECT_EQ(OnCard().size(), 4U);
+        ++kept;
+        EmptyCard();
+    }
+    EXPECT_GT(kept, 5);
+}
+
+TEST_F(RecordingTest, NothingRemainsOfWhatIsDroppedOrNotSure) {
+    const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
+    std::unique_ptr<Recording> recording;
+    ASSERT_TRUE(Recording::Start(Parameters(), 0, VS_50I, recording));
+    ASSERT_TRUE(recording->Add(units[0], ""));
+    recording->Drop();
+    recording.reset();
     EXPECT_TRUE(OnCard().empty()) << "dropped";
     struct Case {
         const char* what;
         test::Fault fault;
     };
     const Case cases[] = {
-        {"full in mid-stream", {IoError::NoSpace, Operation::WriteAt, "VIDEO", 1}},
         {"full at the end", {IoError::NoSpace, Operation::WriteAt, "CLIP"}},
         {"flush", {IoError::Device, Operation::Flush, "AUDIO"}},
         {"read back", {IoError::Device, Operation::ReadAt, "VIDEO"}},
@@ -289,7 +465,6 @@ TEST_F(RecordingTest, NothingRemainsOfWhatDoesNotFinish) {
     test::FaultyFileSystem files;
     const platform::ScopedFileSystem use(files);
     files.SetFreeSpace(10'000'000);
-    std::unique_ptr<Recording> recording;
     EXPECT_THAT(Recording::Start(Parameters(), 1000, VS_50I, recording).error,
                 HasSubstr("too little space"));
     EXPECT_TRUE(Recording::Start(Parameters(), 10, VS_50I, recording));

@@ -4,6 +4,7 @@
 #include "bridge/NQP2BaseClipInfo.h"
 #include "bridge/R8P2SysInterface.h"
 #include "bridge/R8P2TransInfo.h"
+#include "bridge/RecordedClips.h"
 #include "channel/Channel.h"
 #include "parser/NQP2Parser.h"
 #include "platform/PathText.h"
@@ -181,6 +182,9 @@ TEST_F(WorkerProcessTest, RecordsAStream) {
     EXPECT_EQ(m_parser.AddRTExportAVData(3, nullptr, 0, nullptr, 0, 0), 0);
     EXPECT_TRUE(FilesBelow(card.Folder().Path("CONTENTS/CLIP")).empty());
     ASSERT_EQ(m_parser.StopRTExport(0, 0), 1) << LastError();
+    const CStringArray names = RecordedClips(m_parser);
+    ASSERT_EQ(names.GetSize(), 1);
+    EXPECT_EQ(names[0], L"0001AA");
     EXPECT_EQ(FilesBelow(card.Folder().Path()).count("CONTENTS/CLIP/0001AA.XML"), 1U);
     EXPECT_EQ(m_parser.StopRTExport(0, 0), 0);
 }

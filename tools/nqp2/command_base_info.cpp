@@ -53,7 +53,7 @@ Record BaseInfoRecord(const NQP2BaseClipInfo& info) {
 
 Status RunBaseInfo(Console& console, const BaseInfoOptions& options) {
     const CString path = WorkerPath(options.file);
-    const InputFile readable(PosixPath(path)); // the worker has fewer words for one that is not
+    RequireRegularFile(PosixPath(path)); // the worker has fewer words for what is none
     WorkerSession session(options.worker);
     NQP2BaseClipInfo info;
     session.Require(session->GetP2BaseClipInfo(path, info) == 1, options.file, "not described");

@@ -12,6 +12,7 @@
 #include "tools/nqp2/worker_path.h"
 #include "tools/nqp2/worker_session.h"
 
+#include "bridge/RecordedClips.h"
 #include "platform/TextBytes.h"
 
 #include <CLI/CLI.hpp>
@@ -23,6 +24,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -35,6 +37,7 @@ struct RtExportOptions {
     std::string video;
     std::string codeType;
     std::string sound;
+    bool isBare = false;
     std::uint16_t channels = 2;
     std::uint16_t bits = 16;
     std::string name;
@@ -52,8 +55,10 @@ class Streams {
 public:
     Streams(const RtExportOptions& options, const StreamForm& form)
         : m_form(form), m_units(options.video, form.unitSize) {
-        if (!options.sound.empty()) {
+        if (!options.sound.empty() && options.isBare) {
             m_sound.emplace(options.sound, BareFormat(options));
+        } else if (!options.sound.empty()) {
+            m_sound.emplace(options.sound);
         }
     }
 
@@ -104,20 +109,11 @@ private:
     std::int64_t m_frames = 0;
 };
 
-/// The name that the recording gets; "" leaves it to the worker.
-CString RecordingName(WorkerSession& session, const RtExportOptions& options, const CString& root) {
-    CString name = TextFromBytes(options.name);
-    if (name.IsEmpty()) {
-        session->CheckName(name, root);
-    }
-    return name;
-}
-
 void BeginRecording(WorkerSession& session, const RtExportOptions& options, const Streams& streams,
-                    eCodeType codeType, const CString& name) {
+                    eCodeType codeType) {
     CArray<stu_R8PRelationClipInfo> none;
     session.Require(session->SetRTExportParam(codeType, {}, streams.SoundFormat(), nullptr,
-                                              WorkerPath(options.card), name,
+                                              WorkerPath(options.card), TextFromBytes(options.name),
                                               TextFromBytes(options.title), options.timecode, none,
                                               options.dropFrame ? 1 : 0, 0) == 1 &&
                         session->SetRTExportExtraParam(options.isWide ? 1 : 0) == 1 &&
@@ -125,41 +121,72 @@ void BeginRecording(WorkerSession& session, const RtExportOptions& options, cons
                     options.video, "not recorded");
 }
 
+/// Ends the recording; what the worker has of it stays, or with `kDrop` goes.
+enum Ending : int { kKeep = 0, kDrop = 1 };
+
 void SendUnit(WorkerSession& session, const RtExportOptions& options, std::string& unit,
-              std::string& samples) {
+              std::string& samples, std::int64_t sent) {
     constexpr unsigned char kAccessUnit = 2;
     const int answer = session->AddRTExportAVData(
         kAccessUnit, reinterpret_cast<unsigned char*>(unit.data()),
         static_cast<std::uint32_t>(unit.size()), reinterpret_cast<unsigned char*>(samples.data()),
         static_cast<std::uint32_t>(samples.size()), 0);
-    session.Require(answer == 1, options.video, "not recorded");
+    session.Require(answer == 1, options.video,
+                    sent == 0 ? "not recorded" : fmt::format("only {} frames recorded", sent));
 }
 
-/// Nothing remains of a recording that is cancelled or fails: the worker drops it with the session.
-void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
-               Streams& streams) {
-    constexpr int kKeep = 0;
-    constexpr int kDrop = 1;
+/// False when the user wants no more of it.
+bool SendAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
+             Streams& streams, std::int64_t& sent) {
     std::string unit;
     std::string samples;
     while (streams.Next(unit, samples)) {
-        SendUnit(session, options, unit, samples);
+        SendUnit(session, options, unit, samples, sent);
+        ++sent;
         if (!streams.GoesOn(watch)) {
-            session->StopRTExport(kDrop, 0);
-            throw Failure(options.video, "not recorded", "cancelled");
+            return false;
         }
+    }
+    return true;
+}
+
+/// A recording that is cancelled leaves nothing; one that fails leaves what came before.
+void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
+               Streams& streams) {
+    std::int64_t sent = 0;
+    bool isWhole = false;
+    try {
+        isWhole = SendAll(session, watch, options, streams, sent);
+    } catch (const Failure&) {
+        session.Require(sent == 0 || session->StopRTExport(kKeep, 0) == 1, options.video,
+                        "not recorded");
+        throw;
+    }
+    if (!isWhole) {
+        session->StopRTExport(kDrop, 0);
+        throw Failure(options.video, "not recorded", "cancelled");
     }
     session.Require(session->StopRTExport(kKeep, 0) == 1, options.video, "not recorded");
 }
 
-void PrintRecording(Console& console, const RtExportOptions& options, const CString& name,
-                    std::int64_t frames) {
-    const std::string clip = BytesFromText(name);
+/// The clips that the recording has become: several where a file was full.
+std::vector<std::string> ClipNames(WorkerSession& session) {
+    std::vector<std::string> names;
+    for (const CString& name : RecordedClips(*session.operator->())) {
+        names.push_back(BytesFromText(name));
+    }
+    return names;
+}
+
+void PrintRecording(Console& console, const RtExportOptions& options,
+                    const std::vector<std::string>& names, std::int64_t frames) {
     if (options.json) {
-        PrintJson(console, {{"ClipName", clip}, {"frames", frames}});
+        List clips(names.begin(), names.end());
+        PrintJson(console, {{"ClipName", names.empty() ? "" : names.front()},
+                            {"clips", std::move(clips)},
+                            {"frames", frames}});
     } else {
-        console.WriteLine(
-            fmt::format("{}: {} frames recorded", clip.empty() ? options.video : clip, frames));
+        console.WriteLine(fmt::format("{}: {} frames recorded", fmt::join(names, ", "), frames));
     }
 }
 
@@ -171,25 +198,34 @@ Status RunRtExport(Console& console, const RtExportOptions& options) {
     Streams streams(options, form);
     TransferWatch watch(options.quiet);
     WorkerSession session(options.worker);
-    const CString name = RecordingName(session, options, card.Root());
     session->SetSystemType(form.standard);
-    watch.Begin(options.name.empty() ? BytesFromText(name) : options.name);
-    BeginRecording(session, options, streams, codeType, name);
+    BeginRecording(session, options, streams, codeType);
+    watch.Begin(fmt::format("{}", fmt::join(ClipNames(session), ", ")));
     RecordAll(session, watch, options, streams);
     watch.End();
-    PrintRecording(console, options, name, streams.Frames());
+    PrintRecording(console, options, ClipNames(session), streams.Frames());
     return kDone;
 }
 
 void AddSoundOptions(CLI::App& command, RtExportOptions& options) {
-    command.add_option("--sound", options.sound, "A WAV file with PCM, or bare PCM samples")
-        ->type_name("FILE");
+    CLI::Option* const sound =
+        command
+            .add_option("--sound", options.sound,
+                        "A sound file of 16 or 24 bits at 48 kHz: WAV, RF64, AIFF, FLAC, ...")
+            ->type_name("FILE");
+    CLI::Option* const bare =
+        command
+            .add_flag("--bare", options.isBare,
+                      "The sound file is bare little-endian samples at 48 kHz, without a head")
+            ->needs(sound);
     command.add_option("--channels", options.channels, "Channels of bare samples (2)")
         ->type_name("N")
-        ->check(CLI::Range(1, 16));
+        ->check(CLI::Range(1, 16))
+        ->needs(bare);
     command.add_option("--bits", options.bits, "Bits of bare samples, 16 (the default) or 24")
         ->type_name("N")
-        ->check(CLI::IsMember({16, 24}));
+        ->check(CLI::IsMember({16, 24}))
+        ->needs(bare);
 }
 
 void AddClipOptions(CLI::App& command, RtExportOptions& options) {

@@ -31,4 +31,13 @@ std::string InputFile::Read(std::size_t count) {
     return bytes;
 }
 
+void RequireRegularFile(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw Failure(path, "is no file", "nothing else is read");
+    }
+    const InputFile readable(path);
+}
+
 } // namespace nqp2::tool

@@ -30,4 +30,7 @@ private:
     std::uint64_t m_position = 0;
 };
 
+/// Throws Failure unless a regular file can be opened there, without waiting on a pipe or device.
+void RequireRegularFile(const std::string& path);
+
 } // namespace nqp2::tool

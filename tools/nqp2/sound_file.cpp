@@ -4,90 +4,77 @@
 #include "tools/nqp2/sound_file.h"
 
 #include "tools/nqp2/console.h"
-#include "tools/nqp2/little_endian.h"
 
-#include <algorithm>
-#include <string_view>
+#include <sndfile.h>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
 
-constexpr std::size_t kFileHead = 12;
-constexpr std::size_t kChunkHead = 8;
 constexpr std::uint16_t kPcm = 1;
-constexpr std::uint16_t kExtensible = 0xFFFE; ///< the true format begins 24 bytes on
-constexpr std::uint32_t kUnknownSize = 0xFFFFFFFF;
 
-WAVEFORMATEX FormatOf(std::string_view chunk) {
-    const auto half = [chunk](std::size_t at) {
-        return static_cast<std::uint16_t>(LittleEndian(chunk, at, 2));
-    };
-    WAVEFORMATEX format;
-    format.wFormatTag = half(0) == kExtensible ? half(24) : half(0);
-    format.nChannels = half(2);
-    format.nSamplesPerSec = LittleEndian(chunk, 4, 4);
-    format.nAvgBytesPerSec = LittleEndian(chunk, 8, 4);
-    format.nBlockAlign = half(12);
-    format.wBitsPerSample = half(14);
-    return format;
-}
-
-void Skip(InputFile& file, std::uint64_t count) {
-    constexpr std::uint64_t kSkipPiece = 65536;
-    std::size_t skipped = 1;
-    while (count > 0 && skipped > 0) {
-        skipped = file.Read(static_cast<std::size_t>(std::min(count, kSkipPiece))).size();
-        count -= skipped;
+/// Bits of the samples; 0 for those that would be recorded otherwise than they are.
+std::uint16_t BitsOf(int format) {
+    switch (format & SF_FORMAT_SUBMASK) {
+    case SF_FORMAT_PCM_16:
+        return 16;
+    case SF_FORMAT_PCM_24:
+        return 24;
+    default:
+        return 0;
     }
 }
 
 } // namespace
 
-SoundFile::SoundFile(const std::string& path, const WAVEFORMATEX& bare)
-    : m_file(path), m_format(bare), m_ahead(m_file.Read(kFileHead)) {
-    if (m_ahead.starts_with("RIFF") && m_ahead.ends_with("WAVE")) {
-        m_ahead.clear();
-        m_format = {};
-        ReadChunks(path);
-    }
-    const unsigned bytes = m_format.nChannels * (m_format.wBitsPerSample / 8U);
-    if (m_format.wFormatTag != kPcm || bytes == 0 || m_format.nBlockAlign != bytes) {
-        throw Failure(path, "is no PCM sound", "16 or 24 bits at 48 kHz are recorded");
-    }
+void SoundFile::Close::operator()(SNDFILE* file) const {
+    sf_close(file);
 }
 
-/// Up to the samples, in front of which the format stands.
-void SoundFile::ReadChunks(const std::string& path) {
-    constexpr std::size_t kFormatSize = 40;
-    while (true) {
-        const std::string head = m_file.Read(kChunkHead);
-        const std::uint32_t size = LittleEndian(head, 4, 4);
-        if (head.size() < kChunkHead) {
-            throw Failure(path, "is no sound file", "it holds no samples");
-        }
-        if (head.starts_with("data")) {
-            // A program that wrote into a pipe did not know the size.
-            m_left = size == kUnknownSize || size == 0 ? m_left : size;
-            return;
-        }
-        std::uint64_t rest = std::uint64_t{size} + size % 2;
-        if (head.starts_with("fmt ")) {
-            const std::string chunk = m_file.Read(std::min<std::size_t>(size, kFormatSize));
-            m_format = FormatOf(chunk);
-            rest -= chunk.size();
-        }
-        Skip(m_file, rest);
+SoundFile::SoundFile(const std::string& path) : m_path(path) {
+    RequireRegularFile(path);
+    SF_INFO info = {};
+    m_file.reset(sf_open(path.c_str(), SFM_READ, &info));
+    if (m_file == nullptr) {
+        throw Failure(path, "is no sound file",
+                      std::string(sf_strerror(nullptr)) + " --bare takes bare samples");
     }
+    m_format.wBitsPerSample = BitsOf(info.format);
+    if (m_format.wBitsPerSample == 0) {
+        throw Failure(path, "is no PCM sound of 16 or 24 bits", "nothing else is recorded");
+    }
+    m_format.wFormatTag = kPcm;
+    m_format.nChannels = static_cast<std::uint16_t>(info.channels);
+    m_format.nSamplesPerSec = static_cast<std::uint32_t>(info.samplerate);
+    m_format.nBlockAlign =
+        static_cast<std::uint16_t>(m_format.nChannels * (m_format.wBitsPerSample / 8U));
+    m_format.nAvgBytesPerSec = m_format.nSamplesPerSec * m_format.nBlockAlign;
 }
+
+SoundFile::SoundFile(const std::string& path, const WAVEFORMATEX& bare)
+    : m_path(path), m_format(bare), m_bare(path) {}
 
 std::string SoundFile::Read(std::size_t samples) {
-    const auto count = static_cast<std::size_t>(
-        std::min<std::uint64_t>(m_left, std::uint64_t{samples} * m_format.nBlockAlign));
-    std::string bytes = m_ahead.substr(0, count);
-    m_ahead.erase(0, bytes.size());
-    bytes += m_file.Read(count - bytes.size());
-    bytes.resize(bytes.size() - bytes.size() % m_format.nBlockAlign);
-    m_left -= bytes.size();
+    const std::size_t block = m_format.nBlockAlign;
+    std::string bytes;
+    if (m_bare) {
+        bytes = m_bare->Read(samples * block);
+        bytes.resize(bytes.size() - bytes.size() % block);
+        return bytes;
+    }
+    std::vector<int> values(samples * m_format.nChannels);
+    const sf_count_t frames =
+        sf_readf_int(m_file.get(), values.data(), static_cast<sf_count_t>(samples));
+    if (sf_error(m_file.get()) != SF_ERR_NO_ERROR) {
+        throw Failure(m_path, "cannot be read", sf_strerror(m_file.get()));
+    }
+    values.resize(static_cast<std::size_t>(frames) * m_format.nChannels);
+    bytes.reserve(values.size() * block / m_format.nChannels);
+    for (const int value : values) { // the sample is at the top of its 32 bits
+        for (unsigned bit = 32U - m_format.wBitsPerSample; bit < 32; bit += 8) {
+            bytes.push_back(static_cast<char>(static_cast<unsigned>(value) >> bit));
+        }
+    }
     return bytes;
 }
 

@@ -7,29 +7,36 @@
 #include "tools/nqp2/input_file.h"
 
 #include <cstddef>
-#include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
+
+using SNDFILE = struct sf_private_tag;
 
 namespace nqp2::tool {
 
-/// A WAV file with PCM, or bare samples.
+/// Sound of 16 or 24 bits in any container that libsndfile knows (WAV, RF64, AIFF, FLAC and more), or
+/// bare samples. Throws Failure as the calls do.
 class SoundFile {
 public:
-    /// `bare` describes the samples of a file without a header of its own. Throws Failure as the
-    /// calls do.
+    /// A sound file, which says itself what it is.
+    explicit SoundFile(const std::string& path);
+    /// A file, or pipe, of samples that nothing stands before.
     SoundFile(const std::string& path, const WAVEFORMATEX& bare);
 
     [[nodiscard]] const WAVEFORMATEX& Format() const { return m_format; }
-    /// The next samples of all channels, interleaved; fewer at the end.
+    /// The next samples of all channels, interleaved, little-endian; fewer at the end.
     std::string Read(std::size_t samples);
 
 private:
-    void ReadChunks(const std::string& path);
+    struct Close {
+        void operator()(SNDFILE* file) const;
+    };
 
-    InputFile m_file;
+    std::string m_path;
     WAVEFORMATEX m_format;
-    std::string m_ahead;                      ///< of a bare file, what was looked at
-    std::uint64_t m_left = ~std::uint64_t{0}; ///< bytes of samples
+    std::unique_ptr<SNDFILE, Close> m_file;
+    std::optional<InputFile> m_bare;
 };
 
 } // namespace nqp2::tool

@@ -54,7 +54,7 @@ _nqp2() {
         [icon]='--worker'
         [serial]='--json --worker'
         [base-info]='--json --worker'
-        [rt-export]='--code-type --sound --channels --bits --name --title --timecode --drop-frame
+        [rt-export]='--code-type --sound --bare --channels --bits --name --title --timecode --drop-frame
             --wide --json --quiet --worker'
         [last-error]='--json --worker'
     )

@@ -1,0 +1,196 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/av/media_reader.h"
+
+#include "worker/av/av_headers.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+
+namespace nqp2::worker {
+namespace {
+
+struct CloseInput {
+    void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
+};
+using Format = std::unique_ptr<AVFormatContext, CloseInput>;
+
+/// A file as libavformat reads it: in small pieces, since it jumps, and by us alone.
+class Source {
+public:
+    explicit Source(MediaInput& input)
+        : m_input(input), m_io(MakeIo(this, 1 << 13, Read, nullptr, Seek)) {}
+
+    /// Fails for what is none of the containers that cameras write.
+    Outcome Open(Format& format) {
+        AVFormatContext* opened = avformat_alloc_context();
+        if (opened == nullptr) {
+            return Failure(AvReason(AVERROR(ENOMEM)));
+        }
+        opened->pb = m_io.get();
+        opened->io_open = OpenNoOther;
+        opened->interrupt_callback = {IsOver, this};
+        AVDictionary* options = nullptr;
+        av_dict_set(&options, "format_whitelist", "mov,mp4,m4a,3gp,3g2,mj2,avi,mxf", 0);
+        av_dict_set(&options, "probesize", "8000000", 0);
+        av_dict_set(&options, "max_streams", "64", 0);
+        int result = avformat_open_input(&opened, m_input.Name().c_str(), nullptr, &options);
+        av_dict_free(&options);
+        if (result >= 0) {
+            format.reset(opened);
+            result = avformat_find_stream_info(opened, nullptr);
+        }
+        return result >= 0 ? Outcome() : Failure(AvReason(result));
+    }
+
+private:
+    static Source& Self(void* source) { return *static_cast<Source*>(source); }
+
+    static int IsOver(void* source) { return Self(source).m_input.GoesOn() ? 0 : 1; }
+
+    static int Read(void* source, std::uint8_t* bytes, int capacity) {
+        Source& self = Self(source);
+        const std::int64_t count =
+            self.m_input.ReadAt(self.m_position, reinterpret_cast<char*>(bytes),
+                                static_cast<std::size_t>(std::max(capacity, 0)));
+        if (count <= 0) {
+            return count == 0 ? AVERROR_EOF : AVERROR_EXIT;
+        }
+        self.m_position += static_cast<std::uint64_t>(count);
+        return static_cast<int>(count);
+    }
+
+    static std::int64_t Seek(void* source, std::int64_t offset, int whence) {
+        Source& self = Self(source);
+        return SeekTo(offset, whence, self.m_input.Size(), self.m_position);
+    }
+
+    /// A file may name others, which are none of ours.
+    static int OpenNoOther(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**) {
+        return AVERROR(EACCES);
+    }
+
+    MediaInput& m_input;
+    std::uint64_t m_position = 0;
+    OwnIo m_io;
+};
+
+std::string Tag(const AVDictionary* tags, const char* name) {
+    const AVDictionaryEntry* const entry = av_dict_get(tags, name, nullptr, 0);
+    return entry != nullptr ? entry->value : "";
+}
+
+/// The first that any part of the file has to say.
+std::string TagAnywhere(const AVFormatContext& format, const char* name) {
+    std::string value = Tag(format.metadata, name);
+    for (unsigned i = 0; value.empty() && i < format.nb_streams; ++i) {
+        value = Tag(format.streams[i]->metadata, name);
+    }
+    return value;
+}
+
+std::string CodecText(const AVCodecParameters& codec) {
+    std::string text;
+    for (unsigned shift = 0; shift < 32; shift += 8) {
+        const auto ch = static_cast<unsigned char>(codec.codec_tag >> shift);
+        if (std::isalnum(ch) == 0 && ch != ' ') {
+            text = avcodec_get_name(codec.codec_id);
+            break;
+        }
+        text += static_cast<char>(ch);
+    }
+    while (text.ends_with(' ')) {
+        text.pop_back();
+    }
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char ch) { return static_cast<char>(std::toupper(ch)); });
+    return text;
+}
+
+/// DV of the standard-definition rates is interlaced unless it says otherwise.
+bool IsInterlaced(const AVCodecParameters& codec) {
+    return codec.field_order == AV_FIELD_UNKNOWN ? codec.codec_id == AV_CODEC_ID_DVVIDEO
+                                                 : codec.field_order != AV_FIELD_PROGRESSIVE;
+}
+
+std::int64_t CountFrames(const AVFormatContext& format, const AVStream& video) {
+    if (video.nb_frames > 0) {
+        return video.nb_frames;
+    }
+    const AVRational frame = av_inv_q(video.avg_frame_rate);
+    if (frame.num <= 0 || frame.den <= 0) {
+        return 0;
+    }
+    if (video.duration > 0) {
+        return av_rescale_q(video.duration, video.time_base, frame);
+    }
+    return format.duration > 0 ? av_rescale_q(format.duration, AVRational{1, AV_TIME_BASE}, frame)
+                               : 0;
+}
+
+void ReadPicture(AVFormatContext& format, AVStream& video, MediaFacts& facts) {
+    const AVCodecParameters& codec = *video.codecpar;
+    facts.codec = CodecText(codec);
+    facts.interlaced = IsInterlaced(codec);
+    if (video.avg_frame_rate.num > 0 && video.avg_frame_rate.den > 0) {
+        facts.rate = {video.avg_frame_rate.num, video.avg_frame_rate.den};
+    }
+    facts.frames = CountFrames(format, video);
+    facts.width = codec.width;
+    facts.height = codec.height;
+    AVRational pixel = av_guess_sample_aspect_ratio(&format, &video, nullptr);
+    if (pixel.num <= 0 || pixel.den <= 0) {
+        pixel = {1, 1};
+    }
+    int width = 0;
+    int height = 0;
+    av_reduce(&width, &height, std::int64_t{codec.width} * pixel.num,
+              std::int64_t{codec.height} * pixel.den, 1 << 20);
+    facts.aspectWidth = width;
+    facts.aspectHeight = height;
+}
+
+int CountChannels(const AVFormatContext& format) {
+    int channels = 0;
+    for (unsigned i = 0; i < format.nb_streams; ++i) {
+        const AVCodecParameters& codec = *format.streams[i]->codecpar;
+        if (codec.codec_type == AVMEDIA_TYPE_AUDIO) {
+            channels += std::clamp(codec.ch_layout.nb_channels, 0, 64);
+        }
+    }
+    return channels;
+}
+
+std::string Identifier(const AVFormatContext& format) {
+    constexpr std::size_t kDigits = 64;
+    std::string text = TagAnywhere(format, "material_package_umid");
+    if (text.starts_with("0x")) {
+        text.erase(0, 2);
+    }
+    return text.size() == kDigits ? text : "";
+}
+
+} // namespace
+
+Outcome ReadMedia(MediaInput& input, MediaFacts& facts) {
+    Source source(input);
+    Format format;
+    if (Outcome outcome = source.Open(format); !outcome) {
+        return outcome;
+    }
+    const int video = av_find_best_stream(format.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    if (video < 0) {
+        return Failure("there is no picture in it");
+    }
+    ReadPicture(*format, *format->streams[video], facts);
+    facts.audioChannels = CountChannels(*format);
+    facts.timecode = TagAnywhere(*format, "timecode");
+    facts.identifier = Identifier(*format);
+    facts.date = TagAnywhere(*format, "creation_time");
+    facts.title = Tag(format->metadata, "title");
+    return {};
+}
+
+} // namespace nqp2::worker
