@@ -4,10 +4,10 @@
 #include "channel/channel_end.h"
 
 #include "channel/shared_flag.h"
+#include "platform/wait.h"
 
 #include <algorithm>
 #include <bit>
-#include <poll.h>
 #include <sys/socket.h>
 #include <thread>
 
@@ -202,7 +202,7 @@ void ChannelEnd::Close() {
 template <class Ready>
 ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag,
                                 Ready ready) {
-    const Deadline deadline(timeOut);
+    const platform::Deadline deadline(timeOut);
     bool mayHaveNews = true;
     while (!m_isClosed) {
         // While a thread polls, it alone reads: it would sleep on when another had taken from the
@@ -247,10 +247,10 @@ bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
     pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0}, {m_link.peer->Watch(), POLLIN, 0}};
     bool hasNews = false;
     while (!hasNews && Clock::now() < alertUntil) {
-        hasNews = poll(watched, std::size(watched), 0) != 0;
+        hasNews = platform::Wait(watched, 0) != 0;
     }
     if (!hasNews) {
-        hasNews = poll(watched, std::size(watched), milliseconds) != 0;
+        hasNews = platform::Wait(watched, milliseconds) != 0;
     }
     lock.lock();
     m_isPolling = false;

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "channel/deadline.h"
 #include "channel/link.h"
 #include "channel/SysInterface.h"
 
@@ -21,7 +20,7 @@ namespace nqp2::channel {
 enum class Role { Opens, Takes };
 
 struct TimeOuts {
-    std::uint32_t send = 0; ///< milliseconds, as Deadline takes them
+    std::uint32_t send = 0; ///< milliseconds, as platform::Deadline takes them
     std::uint32_t receive = 0;
 };
 

@@ -4,8 +4,7 @@
 #include "channel/connection.h"
 
 #include "channel/rendezvous.h"
-
-#include <poll.h>
+#include "platform/wait.h"
 
 namespace nqp2::channel {
 namespace {
@@ -13,7 +12,7 @@ namespace {
 constexpr std::uint32_t kTakeTime = 5000;
 
 bool IsAcknowledged(int socket, const Peer& peer, std::uint32_t channelId) {
-    const Deadline deadline(kTakeTime);
+    const platform::Deadline deadline(kTakeTime);
     ReceivedPacket received;
     while (true) {
         const bool hasEnded = peer.HasEnded();
@@ -26,7 +25,7 @@ bool IsAcknowledged(int socket, const Peer& peer, std::uint32_t channelId) {
             return false;
         }
         pollfd watched[] = {{socket, POLLIN, 0}, {peer.Watch(), POLLIN, 0}};
-        poll(watched, std::size(watched), deadline.Left());
+        platform::Wait(watched, deadline.Left());
     }
 }
 

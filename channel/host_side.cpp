@@ -8,6 +8,7 @@
 #include "channel/slots.h"
 #include "channel/worker_process.h"
 #include "platform/guard.h"
+#include "platform/wait.h"
 
 #include <cerrno>
 #include <mutex>
@@ -76,7 +77,7 @@ private:
 
     WorkerStatus AwaitListening(const WorkerSettings& settings) {
         constexpr int kPause = 2; // milliseconds; the pidfd cuts it short
-        const Deadline deadline(settings.startMilliseconds);
+        const platform::Deadline deadline(settings.startMilliseconds);
         while (true) {
             // Asked first: another host's worker may have taken the place, and this one ended.
             const bool hasEnded = m_process.HasEnded(0);

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -69,7 +68,7 @@ void Listener::Wake() {
 }
 
 std::shared_ptr<ChannelEnd> Listener::Take(std::uint32_t channelId, TimeOuts timeOuts) {
-    const Deadline deadline(timeOuts.receive);
+    const platform::Deadline deadline(timeOuts.receive);
     std::unique_lock lock(m_mutex);
     while (!m_isStopped) {
         const auto visitor =
@@ -114,7 +113,7 @@ void Listener::Run() {
         if (watched.size() <= kMaxVisitors) {
             watched.push_back({m_socket.Get(), POLLIN, 0});
         }
-        poll(watched.data(), watched.size(), hasVisitors ? kTick : -1);
+        platform::Wait(watched, hasVisitors ? kTick : -1);
         eventfd_t ignored = 0;
         eventfd_read(m_wake.Get(), &ignored);
         Hear();
@@ -129,14 +128,15 @@ void Listener::Accept() {
     if (!socket) {
         if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
             // The connection stays in the queue and would be found again at once.
-            poll(nullptr, 0, kTick);
+            platform::Wait({}, kTick);
         }
         return;
     }
     std::shared_ptr<const Peer> peer = PeerOf(socket.Get());
     if (peer != nullptr) {
         const std::lock_guard lock(m_mutex);
-        m_visitors.push_back({std::move(socket), std::move(peer), Deadline(kHelloTime), 0, {}});
+        m_visitors.push_back(
+            {std::move(socket), std::move(peer), platform::Deadline(kHelloTime), 0, {}});
     }
 }
 

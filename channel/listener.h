@@ -5,6 +5,7 @@
 
 #include "channel/Channel.h"
 #include "channel/channel_end.h"
+#include "platform/wait.h"
 
 #include <condition_variable>
 #include <list>
@@ -36,7 +37,7 @@ private:
     struct Visitor {
         platform::Descriptor socket;
         std::shared_ptr<const Peer> peer;
-        Deadline deadline;
+        platform::Deadline deadline;
         std::uint32_t channelId = 0;
         std::optional<Link> link; ///< once it has said what it wants; holds the socket then
     };

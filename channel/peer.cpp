@@ -4,11 +4,10 @@
 #include "channel/peer.h"
 
 #include "channel/process_descriptor.h"
+#include "platform/wait.h"
 
 #include <map>
 #include <mutex>
-#include <poll.h>
-
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -46,8 +45,7 @@ std::shared_ptr<const Peer> PeerWithNumber(pid_t number) {
 } // namespace
 
 bool Peer::HasEnded() const {
-    pollfd watched{Watch(), POLLIN, 0};
-    return poll(&watched, 1, 0) != 0;
+    return platform::HasNews(Watch(), POLLIN);
 }
 
 bool HasTooManyChannels(const std::shared_ptr<const Peer>& peer) {

@@ -5,13 +5,12 @@
 
 #include "channel/process_descriptor.h"
 #include "channel/rendezvous.h"
+#include "platform/wait.h"
 
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <linux/close_range.h>
-#include <poll.h>
-
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -64,10 +63,7 @@ std::vector<char*> PointersTo(std::vector<std::string>& texts) {
 /// The error with which the child could not run the program; 0 when the pipe closed on success.
 int ReadReport(int report) {
     int error = 0;
-    ssize_t count = 0;
-    do {
-        count = read(report, &error, sizeof(error));
-    } while (count < 0 && errno == EINTR);
+    const ssize_t count = platform::Restarted([&] { return read(report, &error, sizeof(error)); });
     return count == sizeof(error) ? error : 0;
 }
 
@@ -118,8 +114,7 @@ bool WorkerProcess::IsOurs() const {
 }
 
 bool WorkerProcess::HasEnded(int milliseconds) const {
-    pollfd watched{m_process.Get(), POLLIN, 0};
-    return poll(&watched, 1, milliseconds) > 0;
+    return platform::HasNews(m_process.Get(), POLLIN, milliseconds);
 }
 
 void WorkerProcess::End() {
@@ -131,9 +126,8 @@ void WorkerProcess::End() {
     }
     // A host that waits for all its children, or for none, may have been quicker: no matter.
     siginfo_t ignored{};
-    while (waitid(P_PIDFD, static_cast<id_t>(m_process.Get()), &ignored, WEXITED) != 0 &&
-           errno == EINTR) {
-    }
+    platform::Restarted(
+        [&] { return waitid(P_PIDFD, static_cast<id_t>(m_process.Get()), &ignored, WEXITED); });
     m_process = {};
 }
 

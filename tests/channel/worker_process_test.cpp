@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <random>
+#include <sys/time.h>
 
 namespace nqp2::test {
 namespace {
@@ -128,6 +129,38 @@ TEST_F(WorkerProcessTest, EndsWithTheThreadThatStartedItWhenAsked) {
             UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
     }).join();
     EXPECT_TRUE(Eventually([] { return Open() == 0; }));
+}
+
+/// A handled signal every 100 microseconds, on whatever thread the system picks.
+class SignalStorm {
+public:
+    SignalStorm() {
+        std::signal(SIGALRM, [](int) {});
+        const itimerval often{{0, 100}, {0, 100}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+    }
+    ~SignalStorm() {
+        const itimerval never{};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        std::signal(SIGALRM, SIG_DFL);
+    }
+    SignalStorm(const SignalStorm&) = delete;
+    SignalStorm& operator=(const SignalStorm&) = delete;
+};
+
+TEST_F(WorkerProcessTest, SignalsOfTheHostCutNoWaitShort) {
+    const SignalStorm storm;
+    ASSERT_TRUE(
+        UseWorker({.program = kProgram, .arguments = {"--lingers"}, .socket = m_folder.Socket()}));
+    for (int i = 0; i < 1500; ++i) {
+        ChannelHandle channel = Open(64, i % 100 == 0 ? 30 : kForEver);
+        ASSERT_EQ(Ask(channel, 3), kChannelDone) << i;
+        if (i % 100 == 0) { // silence is waited for to the end
+            EXPECT_GE(TimeOf([&] { EXPECT_EQ(NextId(Host(), channel), kChannelTimedOut); }), 30);
+        }
+        Host().CloseChannel(&channel);
+    }
+    EXPECT_GE(TimeOf([] { LeaveWorker(); }), 250) << "it was not left the time to end";
 }
 
 TEST_F(WorkerProcessTest, AChildThatHoldsTheSocketDoesNotHideTheEnd) {
