@@ -102,6 +102,9 @@ Traffic ReceivePacketFrom(int socket, ReceivedPacket& received) {
     std::vector<platform::Descriptor> descriptors = TakeDescriptors(message);
     const auto packet =
         ReadPacket(std::span(buffer).first(static_cast<std::size_t>(count)), descriptors.size());
+    if ((message.msg_flags & MSG_CTRUNC) != 0 && descriptors.size() < kDescriptorRoom) {
+        return Traffic::Lost;
+    }
     if ((message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0 || !packet) {
         return Traffic::Ended;
     }

@@ -6,6 +6,7 @@
 #include "channel/process_descriptor.h"
 #include "platform/wait.h"
 
+#include <cerrno>
 #include <map>
 #include <mutex>
 #include <sys/socket.h>
@@ -27,6 +28,13 @@ Directory& Peers() {
     return directory;
 }
 
+/// Older kernels, and filters of system calls that do not know the call.
+bool IsMissingCall(int error) {
+    return error == ENOSYS || error == EPERM;
+}
+
+} // namespace
+
 std::shared_ptr<const Peer> PeerWithNumber(pid_t number) {
     Directory& directory = Peers();
     const std::lock_guard lock(directory.mutex);
@@ -36,13 +44,12 @@ std::shared_ptr<const Peer> PeerWithNumber(pid_t number) {
     // The number of a process that has ended may be another's by now.
     if (peer == nullptr || peer->HasEnded()) {
         platform::Descriptor process = OpenProcess(number);
-        peer = process ? std::make_shared<const Peer>(std::move(process)) : nullptr;
+        peer = process || IsMissingCall(errno) ? std::make_shared<const Peer>(std::move(process))
+                                               : nullptr;
         entry = peer;
     }
     return peer;
 }
-
-} // namespace
 
 bool Peer::HasEnded() const {
     return platform::HasNews(Watch(), POLLIN);

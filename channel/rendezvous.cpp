@@ -7,9 +7,7 @@
 #include "platform/wait.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -151,27 +149,6 @@ void RemoveStaleSocket(const std::string& path) {
     if (folder && IsStale(path)) {
         unlink(path.c_str());
     }
-}
-
-SocketPlace MakeSocketPlace() {
-    static std::atomic<unsigned> count = 0;
-    const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
-    SocketPlace place;
-    std::string folder;
-    if (runtime != nullptr && *runtime == '/') {
-        folder = std::string(runtime) + "/nqp2";
-        if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-            return {};
-        }
-    } else {
-        folder = "/tmp/nqp2-XXXXXX";
-        if (mkdtemp(folder.data()) == nullptr) {
-            return {};
-        }
-        place.madeFolder = folder;
-    }
-    place.path = folder + "/worker-" + std::to_string(getpid()) + '-' + std::to_string(++count);
-    return place;
 }
 
 } // namespace nqp2::channel

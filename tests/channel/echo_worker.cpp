@@ -87,7 +87,17 @@ int Main(int argc, char** argv) {
     if (argc > 1 && std::string(argv[1]) == "--deaf") {
         pause();
     }
-    if (argc < 3 || std::string(argv[argc - 2]) != "--socket" || !ListenForHosts(argv[argc - 1])) {
+    ListenSettings settings;
+    settings.whenAlone = [] { kill(getpid(), SIGTERM); };
+    for (int i = 1; i + 1 < argc; ++i) {
+        const std::string name = argv[i];
+        if (name == "--host") {
+            settings.hostDescriptor = std::atoi(argv[i + 1]);
+        } else if (name == "--socket") {
+            settings.socket = argv[i + 1];
+        }
+    }
+    if (!ListenForHosts(settings)) {
         return 2;
     }
     while (const ChannelHandle channel =

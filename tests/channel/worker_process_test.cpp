@@ -11,7 +11,9 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
+#include <functional>
 #include <random>
+#include <sys/resource.h>
 #include <sys/time.h>
 
 namespace nqp2::test {
@@ -27,11 +29,7 @@ class WorkerProcessTest : public testing::Test {
 protected:
     ~WorkerProcessTest() override { LeaveWorker(); }
 
-    /// Ends with the test, whatever ends that.
-    void Start() {
-        ASSERT_TRUE(
-            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
-    }
+    void Start() { ASSERT_TRUE(UseWorker({.program = kProgram, .socket = m_folder.Socket()})); }
     static ChannelHandle Open(std::uint32_t size = 4096, std::uint32_t timeOut = kForEver) {
         return Host().CreateChannel(kEchoChannel, size, size, timeOut, timeOut);
     }
@@ -59,8 +57,8 @@ TEST_F(WorkerProcessTest, IsStartedFoundAndEnded) {
     ASSERT_NE(worker, 0);
     ChannelHandle channel = Open(kRequestSize);
     EXPECT_EQ(Ask(channel, kRequestSize), kChannelDone);
-    // Standard input, output and error, socket, eventfd, channel and the two processes' watch.
-    EXPECT_TRUE(Eventually([&] { return HeldBy(std::to_string(worker)).descriptors == 7; }));
+    // Standard input, output and error, socket, eventfd, line, channel and the host's watch.
+    EXPECT_TRUE(Eventually([&] { return HeldBy(std::to_string(worker)).descriptors == 8; }));
     // A second host finds what the first one started.
     EXPECT_EQ(RunInChild([&] {
                   const bool found = static_cast<bool>(UseWorker({.socket = m_folder.Socket()}));
@@ -75,17 +73,92 @@ TEST_F(WorkerProcessTest, IsStartedFoundAndEnded) {
     Host().CloseChannel(&channel);
 }
 
-TEST_F(WorkerProcessTest, APlaceIsMadeAndRemoved) {
-    setenv("XDG_RUNTIME_DIR", m_folder.Path().c_str(), 1);
-    ASSERT_TRUE(UseWorker({.program = kProgram}));
+/// How a host ends, and what it did before; its worker has ended soon after.
+struct HostEnd {
+    const char* name;
+    std::function<void()> act;
+    bool asksFirst = false;
+};
+
+TEST_F(WorkerProcessTest, AWorkerEndsWithItsLastHostHoweverThatDied) {
+    const HostEnd ends[] = {
+        {"left", [] { LeaveWorker(); }, true},
+        {"_exit with open channels", [] { _exit(0); }, true},
+        {"killed", [] { kill(getpid(), SIGKILL); }, true},
+        {"crashed", [] { std::abort(); }},
+        {"the thread that started it ended, then the host",
+         [] { std::thread([] { EXPECT_TRUE(UseWorker({.program = kProgram})); }).join(); }},
+        {"a child lives on",
+         [] {
+             if (fork() == 0) {
+                 sleep(3);
+                 _exit(0);
+             }
+             _exit(0);
+         }},
+    };
+    for (const HostEnd& end : ends) {
+        SCOPED_TRACE(end.name);
+        int report[2] = {-1, -1};
+        ASSERT_EQ(pipe2(report, O_CLOEXEC), 0);
+        RunInChild([&] {
+            rlimit none{};
+            setrlimit(RLIMIT_CORE, &none);
+            static_cast<void>(UseWorker({.program = kProgram}));
+            const bool isAnswered = !end.asksFirst || Ask(Open(), 3) == kChannelDone;
+            const pid_t worker = isAnswered ? Worker() : 0;
+            EXPECT_EQ(write(report[1], &worker, sizeof(worker)), sizeof(worker));
+            end.act();
+            return 0;
+        });
+        pid_t worker = 0;
+        ASSERT_EQ(read(report[0], &worker, sizeof(worker)), sizeof(worker));
+        close(report[0]);
+        close(report[1]);
+        ASSERT_GT(worker, 0);
+        EXPECT_LT(TimeOf([&] { EXPECT_TRUE(Eventually([&] { return !IsRunning(worker); })); }),
+                  kSlack);
+    }
+}
+
+TEST_F(WorkerProcessTest, AWorkerStaysForAHostThatCameLater) {
+    int hold[2] = {-1, -1};
+    ASSERT_EQ(pipe2(hold, O_CLOEXEC), 0);
+    const pid_t first = fork();
+    if (first == 0) {
+        close(hold[1]);
+        const bool isStarted =
+            static_cast<bool>(UseWorker({.program = kProgram, .socket = m_folder.Socket()}));
+        char word = 0;
+        _exit(isStarted && read(hold[0], &word, 1) == 1 ? 7 : 1);
+    }
+    EXPECT_TRUE(
+        Eventually([&] { return static_cast<bool>(UseWorker({.socket = m_folder.Socket()})); }));
+    EXPECT_EQ(write(hold[1], "x", 1), 1);
+    int status = 0;
+    waitpid(first, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+    close(hold[0]);
+    close(hold[1]);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
     ChannelHandle channel = Open();
     EXPECT_EQ(Ask(channel, 10), kChannelDone);
-    EXPECT_EQ(CountEntries(m_folder.Path("nqp2")), 1U);
     LeaveWorker();
-    EXPECT_EQ(CountEntries(m_folder.Path("nqp2")), 0U);
-    unsetenv("XDG_RUNTIME_DIR");
-    ASSERT_TRUE(UseWorker({.program = kProgram}));
+    EXPECT_EQ(Ask(channel, 10), kChannelDone) << "open channels stay";
     Host().CloseChannel(&channel);
+    EXPECT_TRUE(Eventually([&] { return !UseWorker({.socket = m_folder.Socket()}); }));
+}
+
+TEST_F(WorkerProcessTest, ASocketFileThatCannotBeHadStopsNoWorker) {
+    m_folder.Write("file", "somebody's");
+    for (const std::string& socket :
+         {m_folder.Path("missing/s"), m_folder.Path(std::string(200, 'a')), m_folder.Path("file"),
+          std::string("/proc/s")}) {
+        ASSERT_TRUE(UseWorker({.program = kProgram, .socket = socket})) << socket;
+        ChannelHandle channel = Open();
+        EXPECT_EQ(Ask(channel, 10), kChannelDone);
+        Host().CloseChannel(&channel);
+    }
 }
 
 TEST_F(WorkerProcessTest, WhatDoesNotStartIsReported) {
@@ -121,14 +194,6 @@ TEST_F(WorkerProcessTest, TheHostsOtherChildrenStayItsOwn) {
     kill(Worker(), SIGKILL);
     waitpid(-1, nullptr, 0);
     LeaveWorker();
-}
-
-TEST_F(WorkerProcessTest, EndsWithTheThreadThatStartedItWhenAsked) {
-    std::thread([&] {
-        EXPECT_TRUE(
-            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
-    }).join();
-    EXPECT_TRUE(Eventually([] { return Open() == 0; }));
 }
 
 /// A handled signal every 100 microseconds, on whatever thread the system picks.
@@ -250,8 +315,7 @@ void AskOneKilledAt(const std::string& call, int n, const std::string& socket) {
     WorkerSettings traced{
         .program = "/usr/bin/strace",
         .arguments = {"-D", "-f", "-o", "/dev/null", "-E", kNoLeakSearch, "-e", inject, kProgram},
-        .socket = socket,
-        .endsWithThread = true};
+        .socket = socket};
     if (!UseWorker(traced)) {
         return; // it did not live until it listened
     }
