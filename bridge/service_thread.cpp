@@ -17,6 +17,10 @@ void ServiceThread::Stop(std::int32_t& stopFlag) {
     if (!m_thread.joinable()) {
         return;
     }
+    if (!m_owner.IsThisProcess()) {
+        m_thread.detach();
+        return;
+    }
     do {
         channel::SetFlag(stopFlag, 1);
     } while (!WaitForEnd(kStopStep));

@@ -412,7 +412,7 @@ TEST_P(KillTest, AHostKilledAtAnyCallEndsItsRequestAndNotTheWorker) {
 TEST_P(KillTest, AWorkerBoundToItsHostEndsWithIt) {
     CallsOfTheRequest();
     const WorkerSettings own{
-        .program = NQP2_WORKER_PROGRAM, .socket = m_stage.socket.Socket(), .endsWithThread = true};
+        .program = NQP2_WORKER_PROGRAM, .socket = m_stage.socket.Socket()};
     prctl(PR_SET_CHILD_SUBREAPER, 1); // orphans come to this process, which sees them end
     const std::vector<SystemCall> calls = CallsOfAHost(own, test::Traced::FirstThread);
     ASSERT_GT(calls.size(), 20U);
