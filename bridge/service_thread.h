@@ -14,6 +14,9 @@
 
 namespace nqp2::bridge {
 
+/// For a process that was forked from the thread's: takes it as it is, for it is not there.
+void ForgetThreadOfParent(std::thread thread);
+
 /// A thread that serves until its stop flag is set.
 class ServiceThread {
 public:

@@ -84,7 +84,7 @@ std::int32_t CTNQ264BitSupport::Close() {
     if (m_owner.IsThisProcess()) {
         StopProgressThread();
     } else if (m_progressThread != nullptr) {
-        m_progressThread->detach(); // it is not here: this process was forked from its own
+        nqp2::bridge::ForgetThreadOfParent(std::move(*m_progressThread));
         m_progressThread.reset();
     }
     CloseChannelOf(m_requestChannel);

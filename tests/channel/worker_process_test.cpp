@@ -8,12 +8,18 @@
 #include "tests/support/child_process.h"
 
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <random>
+#include <sys/prctl.h>
+#include <sys/ptrace.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/time.h>
 
 namespace nqp2::test {
@@ -26,7 +32,7 @@ pid_t Worker() {
 }
 
 class WorkerProcessTest : public testing::Test {
-protected:
+public:
     ~WorkerProcessTest() override { LeaveWorker(); }
 
     void Start() { ASSERT_TRUE(UseWorker({.program = kProgram, .socket = m_folder.Socket()})); }
@@ -48,6 +54,7 @@ protected:
         return answer.status;
     }
 
+protected:
     SocketFolder m_folder;
 };
 
@@ -177,6 +184,220 @@ TEST_F(WorkerProcessTest, WhatDoesNotStartIsReported) {
     EXPECT_TRUE(IsBackTo(before));
 }
 
+/// A handled signal every 100 microseconds, on whatever thread the system picks.
+class SignalStorm {
+public:
+    SignalStorm() {
+        std::signal(SIGALRM, [](int) {});
+        const itimerval often{{0, 100}, {0, 100}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+    }
+    ~SignalStorm() {
+        const itimerval never{};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        std::signal(SIGALRM, SIG_DFL);
+    }
+    SignalStorm(const SignalStorm&) = delete;
+    SignalStorm& operator=(const SignalStorm&) = delete;
+};
+
+/// A host as few are, in a process of its own: what it does before, and what it then finds.
+struct OddHost {
+    const char* name;
+    std::function<void()> become;
+};
+
+/// A filter under which one system call fails with that error, in this process and its children.
+void FailCall(long call, int error) {
+    const sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error)),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog filter{std::size(program), const_cast<sock_filter*>(program)};
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+        prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0) {
+        _exit(77);
+    }
+}
+
+void ReapEveryChild() {
+    std::thread([] {
+        while (true) {
+            waitpid(-1, nullptr, 0);
+        }
+    }).detach();
+}
+
+const OddHost kOddHosts[] = {
+    {"ignores SIGCHLD", [] { std::signal(SIGCHLD, SIG_IGN); }},
+    {"reaps all children", ReapEveryChild},
+    {"blocks and ignores SIGTERM",
+     [] {
+         std::signal(SIGTERM, SIG_IGN);
+         sigset_t all;
+         sigfillset(&all);
+         pthread_sigmask(SIG_SETMASK, &all, nullptr);
+     }},
+    {"no standard input", [] { close(0); }},
+    {"no standard output and error", [] { close(1), close(2); }},
+    {"no standard files", [] { close(0), close(1), close(2); }},
+    {"no pidfds", [] { FailCall(SYS_pidfd_open, ENOSYS); }},
+    {"pidfds that take no signals", [] { FailCall(SYS_pidfd_send_signal, EPERM); }},
+    {"no close_range", [] { FailCall(SYS_close_range, ENOSYS); }},
+    {"a timer", [] { static const SignalStorm storm; }},
+};
+
+/// 0, or the number of the first thing that was not as it should be.
+int UseWorkerOddly(const std::string& socket) {
+    alarm(20); // ends what hangs
+    int step = 0;
+    int failed = 0;
+    const auto expect = [&](bool isSound) {
+        ++step;
+        failed = failed == 0 && !isSound ? step : failed;
+    };
+    const std::size_t before = HeldBy().descriptors;
+    const std::string reason = UseWorker({.program = "/nowhere/worker"}).reason;
+    expect(reason.find("No such file") != std::string::npos);
+    expect(UseWorker({.program = "/bin/false"}).reason.find("ended") != std::string::npos);
+    expect(static_cast<bool>(UseWorker({.program = kProgram, .socket = socket})));
+    const pid_t worker = Worker();
+    for (const char* const number : {"0", "1", "2"}) {
+        const std::string file = "/proc/" + std::to_string(worker) + "/fd/" + number;
+        std::error_code error;
+        const std::string target = std::filesystem::read_symlink(file, error).string();
+        expect(!error && target.find("socket:") == std::string::npos);
+    }
+    ChannelHandle channel = WorkerProcessTest::Open();
+    expect(WorkerProcessTest::Ask(channel, 10) == kChannelDone);
+    LeaveWorker();
+    expect(!IsRunning(worker));
+    Host().CloseChannel(&channel);
+    expect(Eventually([&] { return HeldBy().descriptors == before; }));
+    return failed;
+}
+
+TEST_F(WorkerProcessTest, StartsAndEndsInHostsAsFewAre) {
+    for (const OddHost& odd : kOddHosts) {
+        EXPECT_EQ(RunInChild([&] {
+                      odd.become();
+                      return UseWorkerOddly(m_folder.Socket());
+                  }),
+                  0)
+            << odd.name << ": the number of the step that failed";
+        EXPECT_EQ(CountEntries(m_folder.Path()), 0U) << odd.name;
+    }
+}
+
+/// Keeps a process from vanishing: it stands still on its way out for as long as this lives, as one
+/// does that the system holds at a medium.
+class Held {
+public:
+    explicit Held(pid_t process) : m_process(process) {
+        EXPECT_EQ(ptrace(PTRACE_SEIZE, process, nullptr, PTRACE_O_TRACEEXIT), 0);
+    }
+    ~Held() {
+        ptrace(PTRACE_CONT, m_process, nullptr, nullptr);
+        ptrace(PTRACE_DETACH, m_process, nullptr, nullptr);
+    }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+
+private:
+    pid_t m_process;
+};
+
+TEST_F(WorkerProcessTest, AWorkerThatCannotDieIsGivenUpAndHoldsUpNobody) {
+    const Holdings before = Settled();
+    Start();
+    const pid_t worker = Worker();
+    {
+        const Held held(worker);
+        std::thread leaving([] { EXPECT_LT(TimeOf([] { LeaveWorker(); }), 4000 + 2 * kSlack); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        EXPECT_LT(TimeOf([] {
+                      EXPECT_TRUE(UseWorker({.program = kProgram}));
+                      ChannelHandle channel = Open();
+                      EXPECT_EQ(Ask(channel, 10), kChannelDone);
+                      Host().CloseChannel(&channel);
+                  }),
+                  kSlack);
+        leaving.join();
+        EXPECT_TRUE(IsRunning(worker)) << "it was held";
+    }
+    EXPECT_TRUE(Eventually([&] {
+        LeaveWorker(); // takes leave of the first as well
+        return kill(worker, 0) != 0;
+    }));
+    EXPECT_TRUE(IsBackTo(before));
+}
+
+/// The set-up of worker and channels with a limit on the process, or a call of it failing: 0 when
+/// nothing hangs, crashes or is left behind, whatever came of it.
+int SetUpWith(const std::function<void()>& limit, const std::function<void()>& unlimit) {
+    alarm(30);
+    static_cast<void>(Settled());
+    const Holdings before = Settled();
+    limit();
+    const bool isUsed = static_cast<bool>(UseWorker({.program = kProgram}));
+    ChannelHandle channel = WorkerProcessTest::Open(45360000, 3000);
+    ChannelHandle sub = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 3000);
+    const std::int32_t answer = channel != 0 ? WorkerProcessTest::Ask(channel, 100) : 0;
+    unlimit();
+    Host().CloseChannel(&sub);
+    Host().CloseChannel(&channel);
+    LeaveWorker();
+    const bool isSound = answer <= kChannelDone && (isUsed || channel == 0);
+    return isSound && IsBackTo(before) && Worker() == 0 ? 0 : 1;
+}
+
+void Limit(__rlimit_resource resource, rlim_t limit) {
+    rlimit now{};
+    getrlimit(resource, &now);
+    now.rlim_cur = std::min(limit, now.rlim_max);
+    setrlimit(resource, &now);
+}
+
+TEST_F(WorkerProcessTest, ASetUpThatFailsAnywhereHangsNowhereAndLeavesNothing) {
+    const std::size_t open = HeldBy().descriptors;
+    for (std::size_t more = 0; more < 16; ++more) {
+        EXPECT_EQ(RunInChild([&] {
+                      return SetUpWith([&] { Limit(RLIMIT_NOFILE, open + more); },
+                                       [] { Limit(RLIMIT_NOFILE, 1024); });
+                  }),
+                  0)
+            << more << " more descriptors";
+    }
+    for (const rlim_t size : {rlim_t{1}, rlim_t{16384}, rlim_t{1000000}}) {
+        EXPECT_EQ(RunInChild([&] {
+                      return SetUpWith([&] { Limit(RLIMIT_FSIZE, size); },
+                                       [] { Limit(RLIMIT_FSIZE, RLIM_INFINITY); });
+                  }),
+                  0)
+            << "files of " << size << " bytes";
+    }
+    struct Failure {
+        const char* name;
+        long call;
+        int error;
+    };
+    constexpr Failure kFailures[] = {
+        {"socketpair", SYS_socketpair, EMFILE}, {"memfd_create", SYS_memfd_create, EMFILE},
+        {"ftruncate", SYS_ftruncate, EFBIG},    {"sendmsg", SYS_sendmsg, EPERM},
+        {"recvmsg", SYS_recvmsg, EPERM},        {"clone", SYS_clone, EAGAIN},
+        {"execve", SYS_execve, EACCES},         {"pidfd_open", SYS_pidfd_open, EMFILE},
+        {"eventfd2", SYS_eventfd2, EMFILE},     {"getsockopt", SYS_getsockopt, ENOBUFS},
+        {"sendto", SYS_sendto, ENOBUFS}};
+    for (const Failure& failure : kFailures) {
+        EXPECT_EQ(RunInChild([&] {
+                      return SetUpWith([&] { FailCall(failure.call, failure.error); }, [] {});
+                  }),
+                  0)
+            << failure.name;
+    }
+}
+
 TEST_F(WorkerProcessTest, TheHostsOtherChildrenStayItsOwn) {
     const pid_t other = fork();
     if (other == 0) {
@@ -195,23 +416,6 @@ TEST_F(WorkerProcessTest, TheHostsOtherChildrenStayItsOwn) {
     waitpid(-1, nullptr, 0);
     LeaveWorker();
 }
-
-/// A handled signal every 100 microseconds, on whatever thread the system picks.
-class SignalStorm {
-public:
-    SignalStorm() {
-        std::signal(SIGALRM, [](int) {});
-        const itimerval often{{0, 100}, {0, 100}};
-        setitimer(ITIMER_REAL, &often, nullptr);
-    }
-    ~SignalStorm() {
-        const itimerval never{};
-        setitimer(ITIMER_REAL, &never, nullptr);
-        std::signal(SIGALRM, SIG_DFL);
-    }
-    SignalStorm(const SignalStorm&) = delete;
-    SignalStorm& operator=(const SignalStorm&) = delete;
-};
 
 TEST_F(WorkerProcessTest, SignalsOfTheHostCutNoWaitShort) {
     const SignalStorm storm;

@@ -121,6 +121,30 @@ TEST_F(WorkerProcessTest, TheHostCancelsAtAnyPosition) {
     EXPECT_EQ(m_parser.ImportFile(info), 0) << LastError();
 }
 
+/// What a static parser does when a child that the host forked exits, and what the child may do.
+TEST_F(WorkerProcessTest, AForkedChildEndsNothingOfItsParents) {
+    const SystemInterface own = HostInterface();
+    EXPECT_EQ(test::RunInChild([&] {
+                  alarm(20);
+                  if (m_parser.SetWriteBlockSize(65536) == 1) {
+                      return 1; // a request on the parent's channel
+                  }
+                  R8XDCAMParser_ResetSysInterface();
+                  m_parser.Release();
+                  R8P2Parser_SetSysInterface(own.systemObject, own.table);
+                  m_parser.Init();
+                  const bool isServed = m_parser.SetWriteBlockSize(65536) == 1;
+                  m_parser.Release();
+                  R8XDCAMParser_ResetSysInterface();
+                  LeaveWorker();
+                  return isServed ? 7 : 2;
+              }),
+              7);
+    stu_R8P2TransInfo info = Request();
+    EXPECT_EQ(m_parser.ImportFile(info), 0) << LastError();
+    EXPECT_EQ(m_heard.last, (info.size1 + 1023) / 1024);
+}
+
 TEST_F(WorkerProcessTest, ServesEveryFrontEnd) {
     const test::CardBuilder target;
     EXPECT_EQ(m_parser.SetSystemType(VS_5994I), 1);
