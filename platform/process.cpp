@@ -12,10 +12,10 @@
 namespace nqp2::platform {
 namespace {
 
-std::atomic<std::int32_t> number = 0;
+std::atomic<std::int32_t> ownNumber = 0;
 
 void ReadNumber() {
-    number = getpid();
+    ownNumber = getpid();
 }
 
 } // namespace
@@ -25,7 +25,7 @@ std::int32_t ProcessNumber() {
         ReadNumber();
         return pthread_atfork(nullptr, nullptr, ReadNumber) == 0;
     }();
-    return isKept ? number.load(std::memory_order_relaxed) : getpid();
+    return isKept ? ownNumber.load(std::memory_order_relaxed) : getpid();
 }
 
 bool IsWithinFileSizeLimit(std::uint64_t size) {
