@@ -509,55 +509,6 @@ TEST_F(WorkerProcessTest, AKilledWorkerEndsInMinusSixAndLeavesNothing) {
     EXPECT_EQ(CountEntries(m_folder.Path()), 0U);
 }
 
-/// The search for leaks at the end traces the program's own threads, which a traced program cannot.
-const char* const kNoLeakSearch = "ASAN_OPTIONS=detect_leaks=0";
-
-/// A question to a worker that the system kills at its n-th call of that name.
-void AskOneKilledAt(const std::string& call, int n, const std::string& socket) {
-    SCOPED_TRACE(call + ' ' + std::to_string(n));
-    const std::string inject = "inject=" + call + ":signal=KILL:when=" + std::to_string(n);
-    WorkerSettings traced{
-        .program = "/usr/bin/strace",
-        .arguments = {"-D", "-f", "-o", "/dev/null", "-E", kNoLeakSearch, "-e", inject, kProgram},
-        .socket = socket};
-    if (!UseWorker(traced)) {
-        return; // it did not live until it listened
-    }
-    ChannelHandle channel = Host().CreateChannel(kEchoChannel, 100000, 4096, kForEver, kForEver);
-    ChannelHandle busy = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 0);
-    std::int32_t status = channel != 0 ? kChannelDone : kChannelClosed;
-    for (int i = 0; i < 20 && status == kChannelDone; ++i) {
-        status = SendPattern(Host(), channel, kEcho, 100);
-        status = status == kChannelDone ? NextId(Host(), channel) : status;
-        status = status == kChannelDone ? NextId(Host(), busy) : status;
-        status = status == 20004 ? kChannelDone : status;
-    }
-    EXPECT_TRUE(status == kChannelDone || status == kChannelClosed) << status;
-    Host().CloseChannel(&channel);
-    Host().CloseChannel(&busy);
-}
-
-TEST_F(WorkerProcessTest, KilledAtAnyCallItLeavesNothing) {
-    if (RunInChild([] {
-            return std::system("/usr/bin/strace -o /dev/null /bin/true 2>/dev/null") == 0 ? 7 : 1;
-        }) != 7) {
-        GTEST_SKIP() << "strace cannot be used here";
-    }
-    const Holdings before = Settled();
-    for (const char* const call : {"accept4", "recvmsg", "sendmsg", "poll"}) {
-        for (const int n : {1, 2, 3, 4, 5, 8, 13}) {
-            const long time = TimeOf([&] { AskOneKilledAt(call, n, m_folder.Socket()); });
-            EXPECT_LT(time, 4 * kSlack) << call << ' ' << n;
-        }
-    }
-    // The first ones load the program, the later ones map what the host sent.
-    for (int n = 20; n < 60; n += 4) {
-        AskOneKilledAt("mmap", n, m_folder.Socket());
-    }
-    LeaveWorker();
-    EXPECT_TRUE(IsBackTo(before));
-}
-
 TEST_F(WorkerProcessTest, AWorkerSurvivesKilledHosts) {
     Start();
     ChannelHandle channel = Open();
