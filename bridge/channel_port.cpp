@@ -58,15 +58,16 @@ ChannelHandle OpenBeside(const ChannelPort& parent, std::uint32_t id, std::uint3
 }
 
 OwnedChannel::OwnedChannel(OwnedChannel&& other) noexcept
-    : m_port(std::exchange(other.m_port, ChannelPort())) {}
+    : m_port(std::exchange(other.m_port, ChannelPort())), m_owner(other.m_owner) {}
 
 OwnedChannel& OwnedChannel::operator=(OwnedChannel&& other) noexcept {
     std::swap(m_port, other.m_port);
+    std::swap(m_owner, other.m_owner);
     return *this;
 }
 
 OwnedChannel::~OwnedChannel() {
-    if (m_port.handle != 0) {
+    if (m_port.handle != 0 && m_owner.IsThisProcess()) {
         CloseThroughTable(m_port.table, m_port.handle);
     }
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "channel/SysInterface.h"
+#include "platform/process.h"
 
 #include <cstdint>
 #include <span>
@@ -65,7 +66,8 @@ ChannelHandle OpenBeside(const ChannelPort& parent, std::uint32_t id, std::uint3
                          std::uint32_t receiveSize, std::uint32_t sendTimeout,
                          std::uint32_t receiveTimeout);
 
-/// A channel that is closed at the end of life; one with handle 0 is none.
+/// A channel that is closed at the end of life by the process that opened it; one with handle 0 is
+/// none.
 class OwnedChannel {
 public:
     OwnedChannel() = default;
@@ -79,6 +81,7 @@ public:
 
 private:
     ChannelPort m_port;
+    platform::Owner m_owner;
 };
 
 } // namespace nqp2::bridge

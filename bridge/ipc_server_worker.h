@@ -34,7 +34,8 @@ public:
         : m_systemObject(systemObject), m_table(table), m_parent(parent), m_channelId(channelId) {}
     CKVIPCServerWorker(const CKVIPCServerWorker&) = delete;
     CKVIPCServerWorker& operator=(const CKVIPCServerWorker&) = delete;
-    /// Stops and waits for all threads of the server, then closes its channels.
+    /// Stops and waits for all threads of the server, then closes its channels. In a process that
+    /// was forked from the server's it does neither.
     ~CKVIPCServerWorker() {
         m_thread.Stop(m_stop);
         m_connections.clear();
@@ -106,12 +107,13 @@ private:
         return Heard::Served;
     }
 
-    /// Opens what the worker asks for and answers it; with zeros when that fails or the record is
-    /// not whole, so that a worker does not wait for a connection that never comes.
+    /// Opens what the worker asks for and answers it; with zeros when that fails, when the record is
+    /// not whole and when there are enough connections, so that a worker does not wait for one that
+    /// never comes.
     bool Accept(const ReceivedMessage& request) {
         ConnectionRecord record;
         OwnedChannel channel;
-        if (record.Restore(request.Bytes().data(), request.Length()) > 0) {
+        if (HasRoom() && record.Restore(request.Bytes().data(), request.Length()) > 0) {
             channel = OpenConnection(m_channel.Port(), record, m_stop);
         }
         const ConnectionRecord answer = channel ? record : ConnectionRecord();
@@ -122,11 +124,18 @@ private:
         return true;
     }
 
-    void Add(std::shared_ptr<Connection> connection) {
-        connection->Start();
+    /// Each connection costs the host a thread and two channels.
+    bool HasRoom() {
+        constexpr std::size_t kMostConnections = 16;
         const std::lock_guard guard(m_lock);
         // A worker may come and go for as long as it likes: what has ended makes room.
         m_connections.remove_if([](const auto& each) { return each->HasEnded(); });
+        return m_connections.size() < kMostConnections;
+    }
+
+    void Add(std::shared_ptr<Connection> connection) {
+        connection->Start();
+        const std::lock_guard guard(m_lock);
         m_connections.push_back(std::move(connection));
     }
 

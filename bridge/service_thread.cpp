@@ -5,6 +5,8 @@
 
 #include "channel/shared_flag.h"
 
+#include <list>
+
 namespace nqp2::bridge {
 
 namespace {
@@ -13,8 +15,18 @@ constexpr std::chrono::milliseconds kStopStep(40);
 
 } // namespace
 
+void ForgetThreadOfParent(std::thread thread) {
+    // It can neither be joined nor detached, nor destroyed unless it was. Never destroyed, then.
+    static auto& threads = *new std::list<std::thread>;
+    threads.push_back(std::move(thread));
+}
+
 void ServiceThread::Stop(std::int32_t& stopFlag) {
     if (!m_thread.joinable()) {
+        return;
+    }
+    if (!m_owner.IsThisProcess()) {
+        ForgetThreadOfParent(std::move(m_thread));
         return;
     }
     do {

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "platform/process.h"
+
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -11,6 +13,9 @@
 #include <utility>
 
 namespace nqp2::bridge {
+
+/// For a process that was forked from the thread's: takes it as it is, for it is not there.
+void ForgetThreadOfParent(std::thread thread);
 
 /// A thread that serves until its stop flag is set.
 class ServiceThread {
@@ -31,7 +36,7 @@ public:
     }
 
     /// Sets the flag until the thread ends, which clears it when it begins. Returns at once when
-    /// none was started.
+    /// none was started, or by another process of which this is a fork: the thread is not here.
     void Stop(std::int32_t& stopFlag);
 
     [[nodiscard]] bool HasEnded();
@@ -63,6 +68,7 @@ private:
     std::condition_variable m_end;
     bool m_hasEnded = true;
     std::thread m_thread;
+    platform::Owner m_owner;
 };
 
 } // namespace nqp2::bridge

@@ -40,6 +40,7 @@ std::int32_t CTNQ264BitSupport::Open() {
         return kChannelFailed;
     }
     StartServer();
+    m_owner = {};
     m_opened = 1;
     return kDone;
 }
@@ -80,7 +81,12 @@ std::int32_t CTNQ264BitSupport::Close() {
     if (m_opened == 0) {
         return kDone;
     }
-    StopProgressThread();
+    if (m_owner.IsThisProcess()) {
+        StopProgressThread();
+    } else if (m_progressThread != nullptr) {
+        nqp2::bridge::ForgetThreadOfParent(std::move(*m_progressThread));
+        m_progressThread.reset();
+    }
     CloseChannelOf(m_requestChannel);
     CloseChannelOf(m_callbackChannel);
     m_requestServer.reset();
@@ -89,7 +95,7 @@ std::int32_t CTNQ264BitSupport::Close() {
 }
 
 void CTNQ264BitSupport::CloseChannelOf(Holder& holder) const {
-    if (holder != nullptr && holder->link != nullptr) {
+    if (holder != nullptr && holder->link != nullptr && m_owner.IsThisProcess()) {
         nqp2::bridge::CloseThroughTable(m_table, holder->link->handle);
     }
     holder.reset();

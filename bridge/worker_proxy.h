@@ -13,6 +13,7 @@
 #include "platform/CString.h"
 #include "platform/CStringArray.h"
 #include "platform/MediaHeaders.h"
+#include "platform/process.h"
 
 #include <cstdint>
 #include <memory>
@@ -53,7 +54,8 @@ public:
     /// first thing that is missing; what was opened before it stays so, and Close leaves it.
     std::int32_t Open();
     /// Stops the progress thread and waits for it, closes both channels, stops the request server.
-    /// Returns kDone, also when nothing is open. Not to be called by the progress callback.
+    /// Returns kDone, also when nothing is open. Not to be called by the progress callback. In a
+    /// process that was forked since Open it drops what it holds and ends nothing.
     std::int32_t Close();
 
     /// Proxies are shared by parsers that were assigned to each other; the last one destroys them.
@@ -128,4 +130,5 @@ private:
     std::int32_t m_opened = 0;
     std::unique_ptr<nqp2::bridge::RequestServer> m_requestServer;
     int m_holders = 1;
+    nqp2::platform::Owner m_owner;
 };

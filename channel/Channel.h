@@ -16,9 +16,9 @@
 ///     const nqp2::SystemInterface own = nqp2::HostInterface();
 ///     R8P2Parser_SetSysInterface(own.systemObject, own.table);
 ///
-/// and a worker, whose arguments end in "--socket PATH":
+/// and a worker, whose arguments end in "--host NUMBER":
 ///
-///     nqp2::ListenForHosts(path);
+///     nqp2::ListenForHosts({.hostDescriptor = number, .whenAlone = end});
 ///     const nqp2::SysInterfaceTable& table = *nqp2::WorkerInterface().table;
 ///     table.CreateChannel(20000, 0, 0, 0xFFFFFFFF, 0xFFFFFFFF); // waits for the next host
 ///
@@ -31,21 +31,18 @@ namespace nqp2 {
 struct WorkerSettings {
     /// Path of the worker program. Empty: a worker must be listening already.
     std::string program = {};
-    /// What the program is given before "--socket PATH".
+    /// What the program is given before "--socket PATH", if there is one, and "--host NUMBER".
     std::vector<std::string> arguments = {};
-    /// Where the worker listens or is to listen, in a folder that nobody else can enter. Empty: a
-    /// new place is made and removed again by LeaveWorker.
+    /// Where the worker listens or is to listen for other hosts, in a folder that nobody else can
+    /// enter. Empty: a worker of this process's own is started, and needs no file.
     std::string socket = {};
-    /// How long a started worker may take until it listens.
+    /// How long a started worker may take until it is ready.
     std::uint32_t startMilliseconds = 5000;
-    /// The system ends the started worker when the thread that called UseWorker ends: for hosts
-    /// that call it on a thread as long-lived as they are.
-    bool endsWithThread = false;
 };
 
 struct [[nodiscard]] WorkerStatus {
     bool ready = false;
-    std::string reason = {}; ///< for a person, when not ready
+    std::string reason = {}; ///< for a person, when not ready or not wholly
 
     explicit operator bool() const { return ready; }
 };
@@ -57,20 +54,36 @@ struct SystemInterface {
 };
 
 /// Finds or starts the worker to which new channels of HostInterface lead. A worker that this
-/// process started before is ended first. Channels that are open stay with their worker.
+/// process started before is ended first. Channels that are open stay with their worker. A started
+/// worker ends when the last host is gone that uses it, however that ended.
 NQP2_API WorkerStatus UseWorker(const WorkerSettings& settings);
 
-/// Ends the worker if this process started it: asks it to, and after two seconds makes it. Removes
-/// what it left behind. New channels fail from here on.
+/// Ends the worker if this process started it: asks it to, and after two seconds makes it. One that
+/// the system holds even then is given up after two more. New channels fail from here on.
 NQP2_API void LeaveWorker();
 
 /// The table of a host: slot 0 connects to the worker, slot 1 opens.
 NQP2_API SystemInterface HostInterface();
 
-/// Begins to listen on a socket file of that name. Its folder must belong to the user and be closed
-/// to everybody else. A file left by a worker that was killed is replaced; one on which somebody
-/// listens is not. A process listens in one place at a time.
-NQP2_API WorkerStatus ListenForHosts(const std::string& socket);
+/// How hosts reach a worker.
+struct ListenSettings {
+    /// The NUMBER of "--host NUMBER": the line to the host that started this process. Negative: none.
+    int hostDescriptor = -1;
+    /// A file for other hosts to connect to. Its folder must belong to the user and be closed to
+    /// everybody else. A file left by a worker that was killed is replaced; one on which somebody
+    /// listens is not. Empty: none.
+    std::string socket = {};
+    /// Called once, on a thread of the library, when a host had started this process and now neither
+    /// a host nor an open channel of one is left. May be null.
+    void (*whenAlone)() = nullptr;
+};
+
+/// Begins to listen. A socket file that cannot be had is no failure when there is the line to a host;
+/// the status then has the reason. A process listens once at a time.
+NQP2_API WorkerStatus ListenForHosts(const ListenSettings& settings);
+inline WorkerStatus ListenForHosts(const std::string& socket) {
+    return ListenForHosts({-1, socket, nullptr});
+}
 
 /// Removes the socket file; waiting CreateChannel calls return 0. Open channels stay open.
 NQP2_API void StopListening();

@@ -4,10 +4,10 @@
 #include "channel/channel_end.h"
 
 #include "channel/shared_flag.h"
+#include "platform/wait.h"
 
 #include <algorithm>
 #include <bit>
-#include <poll.h>
 #include <sys/socket.h>
 #include <thread>
 
@@ -61,6 +61,7 @@ ChannelStatus ChannelEnd::GetSendBuffer(void** buffer, std::int32_t* capacity,
         m_granted = static_cast<std::uint32_t>(std::countr_zero(m_free));
         m_free &= ~BitOf(*m_granted);
     }
+    m_isFilling = true;
     *buffer = m_link.send.Slot(*m_granted);
     *capacity = static_cast<std::int32_t>(m_link.send.MessageSize());
     return kChannelDone;
@@ -68,6 +69,7 @@ ChannelStatus ChannelEnd::GetSendBuffer(void** buffer, std::int32_t* capacity,
 
 ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std::uint32_t length) {
     const Lock lock(m_mutex);
+    m_isFilling = m_isFilling && buffer != m_link.send.Slot(*m_granted);
     if (m_isClosed || m_isDead) {
         return kChannelClosed;
     }
@@ -86,6 +88,7 @@ ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std:
     case Traffic::Nothing:
         return kChannelTimedOut;
     case Traffic::Ended:
+    case Traffic::Lost:
         return kChannelClosed;
     }
     m_sent |= BitOf(*m_granted);
@@ -189,6 +192,18 @@ std::shared_ptr<ChannelEnd> ChannelEnd::Take(std::uint32_t channelId, TimeOuts t
     return channel;
 }
 
+bool ChannelEnd::Acknowledge(std::uint32_t channelId) {
+    Packet packet;
+    packet.kind = PacketKind::Acknowledge;
+    packet.id = channelId;
+    return SendPacketOn(m_link.socket.Get(), packet) == Traffic::Done;
+}
+
+bool ChannelEnd::IsOver() const {
+    const Lock lock(m_mutex);
+    return m_isClosed && m_handedOut == 0 && !m_isFilling;
+}
+
 void ChannelEnd::Close() {
     const Lock lock(m_mutex);
     m_isClosed = true;
@@ -197,12 +212,11 @@ void ChannelEnd::Close() {
 }
 
 /// What is there is given before anything else is looked at: a flag that is set already ends
-/// waiting and refuses nothing that needs no wait. A closed end gives nothing, for its memory may
-/// be gone before the caller reads it.
+/// waiting and refuses nothing that needs no wait. A closed end gives nothing, lest it never be over.
 template <class Ready>
 ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag,
                                 Ready ready) {
-    const Deadline deadline(timeOut);
+    const platform::Deadline deadline(timeOut);
     bool mayHaveNews = true;
     while (!m_isClosed) {
         // While a thread polls, it alone reads: it would sleep on when another had taken from the
@@ -247,10 +261,10 @@ bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
     pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0}, {m_link.peer->Watch(), POLLIN, 0}};
     bool hasNews = false;
     while (!hasNews && Clock::now() < alertUntil) {
-        hasNews = poll(watched, std::size(watched), 0) != 0;
+        hasNews = platform::Wait(watched, 0) != 0;
     }
     if (!hasNews) {
-        hasNews = poll(watched, std::size(watched), milliseconds) != 0;
+        hasNews = platform::Wait(watched, milliseconds) != 0;
     }
     lock.lock();
     m_isPolling = false;
@@ -273,6 +287,9 @@ bool ChannelEnd::ReadOne() {
     const Traffic traffic = ReceivePacketFrom(m_link.socket.Get(), received);
     if (traffic == Traffic::Nothing && !m_hasPeerEnded) {
         return false;
+    }
+    if (traffic == Traffic::Lost) {
+        return true; // a sub-channel for which there is no room: its other end finds it closed
     }
     if (traffic != Traffic::Done || !Process(received)) {
         EndTraffic();

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "channel/deadline.h"
 #include "channel/link.h"
 #include "channel/SysInterface.h"
 
@@ -21,7 +20,7 @@ namespace nqp2::channel {
 enum class Role { Opens, Takes };
 
 struct TimeOuts {
-    std::uint32_t send = 0; ///< milliseconds, as Deadline takes them
+    std::uint32_t send = 0; ///< milliseconds, as platform::Deadline takes them
     std::uint32_t receive = 0;
 };
 
@@ -31,8 +30,7 @@ struct Sizes {
     std::uint32_t receive = 0;
 };
 
-/// One end of an open channel, with the meaning of the slots. Any number of threads may be inside;
-/// memory and socket go with the last of them.
+/// One end of an open channel, with the meaning of the slots. Any number of threads may be inside.
 class ChannelEnd {
 public:
     ChannelEnd(Link link, Role role, TimeOuts timeOuts);
@@ -49,8 +47,14 @@ public:
     /// with that id, as the role says. Sizes and time-outs of 0 are this channel's. Null on failure.
     std::shared_ptr<ChannelEnd> SubChannel(std::uint32_t channelId, Sizes sizes, TimeOuts timeOuts);
 
+    /// Tells the host that opened it that it is taken; false when that one is gone.
+    bool Acknowledge(std::uint32_t channelId);
+
     /// Ends all waiting on this end and tells the peer.
     void Close();
+    /// It was closed, and every buffer that was handed out is back: received ones by Release, granted
+    /// ones by Send, whatever these answer.
+    [[nodiscard]] bool IsOver() const;
 
 private:
     struct Message {
@@ -88,7 +92,7 @@ private:
     const Role m_role;
     const TimeOuts m_timeOuts;
 
-    std::mutex m_mutex;
+    mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_isPolling = false; ///< one thread polls for all that wait
     bool m_isClosed = false;  ///< from this side
@@ -102,6 +106,7 @@ private:
     std::uint32_t m_arrived = 0; ///< hold messages, handed out or not
     std::uint32_t m_handedOut = 0;
     std::optional<std::uint32_t> m_granted;
+    bool m_isFilling = false; ///< whoever was granted it may still be writing
 
     std::vector<Message> m_messages; ///< arrived, not handed out
     std::list<Offer> m_offers;

@@ -4,16 +4,30 @@
 #include "channel/connection.h"
 
 #include "channel/rendezvous.h"
+#include "platform/wait.h"
 
-#include <poll.h>
+#include <cerrno>
+#include <sys/socket.h>
 
 namespace nqp2::channel {
 namespace {
 
-constexpr std::uint32_t kTakeTime = 5000;
+using platform::Deadline;
 
-bool IsAcknowledged(int socket, const Peer& peer, std::uint32_t channelId) {
-    const Deadline deadline(kTakeTime);
+/// A line on which many channels are being opened may have no room for a moment.
+bool Offer(int line, const Packet& offer, std::span<const int> descriptors,
+           const Deadline& deadline) {
+    constexpr int kPause = 2; // milliseconds
+    Traffic traffic = SendPacketOn(line, offer, descriptors);
+    while (traffic == Traffic::Nothing && !deadline.HasPassed()) {
+        platform::Wait({}, deadline.Left(kPause));
+        traffic = SendPacketOn(line, offer, descriptors);
+    }
+    return traffic == Traffic::Done;
+}
+
+bool IsAcknowledged(int socket, const Peer& peer, std::uint32_t channelId,
+                    const Deadline& deadline) {
     ReceivedPacket received;
     while (true) {
         const bool hasEnded = peer.HasEnded();
@@ -26,30 +40,53 @@ bool IsAcknowledged(int socket, const Peer& peer, std::uint32_t channelId) {
             return false;
         }
         pollfd watched[] = {{socket, POLLIN, 0}, {peer.Watch(), POLLIN, 0}};
-        poll(watched, std::size(watched), deadline.Left());
+        platform::Wait(watched, deadline.Left());
     }
 }
 
 } // namespace
 
-std::shared_ptr<ChannelEnd> Connect(const std::string& path, std::uint32_t channelId, Sizes sizes,
-                                    TimeOuts timeOuts) {
+Line::~Line() {
+    if (m_owner.IsThisProcess()) {
+        // Children that the host forked may hold copies.
+        shutdown(m_socket.Get(), SHUT_RDWR);
+    }
+}
+
+std::shared_ptr<ChannelEnd> Line::Connect(std::uint32_t channelId, Sizes sizes,
+                                          TimeOuts timeOuts) const {
+    auto memory = MakeMemory(sizes.send, sizes.receive);
+    auto ends = MakeSocketPair();
+    if (!memory || !ends) {
+        return nullptr;
+    }
+    const Deadline deadline(kTakeTime);
+    const int descriptors[] = {ends->second.Get(), memory->sendFile.Get(),
+                               memory->receiveFile.Get()};
+    const bool isOffered = Offer(m_socket.Get(), Describe(PacketKind::Offer, channelId, *memory),
+                                 descriptors, deadline);
+    // The end of the worker, or its refusal, must show on the other one.
+    ends->second = {};
+    if (!isOffered || !IsAcknowledged(ends->first.Get(), *m_worker, channelId, deadline)) {
+        return nullptr;
+    }
+    return std::make_shared<ChannelEnd>(
+        Link{std::move(ends->first), m_worker, std::move(memory->send), std::move(memory->receive)},
+        Role::Opens, timeOuts);
+}
+
+std::shared_ptr<const Line> LineTo(const std::string& path) {
     platform::Descriptor socket = ConnectTo(path);
-    // Known before the answer is read: who answers was alive then, so the number was still its own.
-    std::shared_ptr<const Peer> peer = socket ? PeerOf(socket.Get()) : nullptr;
-    auto memory = peer != nullptr ? MakeMemory(sizes.send, sizes.receive) : std::nullopt;
-    if (!memory) {
+    if (!socket) {
         return nullptr;
     }
-    const int files[] = {memory->sendFile.Get(), memory->receiveFile.Get()};
-    const Packet hello = Describe(PacketKind::Hello, channelId, *memory);
-    if (SendPacketOn(socket.Get(), hello, files) != Traffic::Done ||
-        !IsAcknowledged(socket.Get(), *peer, channelId)) {
+    // Who answers later was alive now, so the number that the system names is still its own.
+    std::shared_ptr<const Peer> worker = PeerOf(socket.Get());
+    if (worker == nullptr || SendPacketOn(socket.Get(), Packet()) != Traffic::Done) {
+        errno = EACCES;
         return nullptr;
     }
-    return std::make_shared<ChannelEnd>(Link{std::move(socket), std::move(peer),
-                                             std::move(memory->send), std::move(memory->receive)},
-                                        Role::Opens, timeOuts);
+    return std::make_shared<const Line>(std::move(socket), std::move(worker));
 }
 
 } // namespace nqp2::channel

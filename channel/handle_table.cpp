@@ -3,6 +3,8 @@
 
 #include "channel/handle_table.h"
 
+#include "platform/process.h"
+
 #include <mutex>
 #include <unordered_map>
 
@@ -21,6 +23,12 @@ Table& Channels() {
     return table;
 }
 
+constexpr unsigned kCounterBits = 40; ///< the process stands above the count
+
+ChannelHandle ProcessPart() {
+    return static_cast<ChannelHandle>(platform::ProcessNumber()) << kCounterBits;
+}
+
 } // namespace
 
 ChannelHandle AddChannel(std::shared_ptr<ChannelEnd> channel) {
@@ -29,22 +37,29 @@ ChannelHandle AddChannel(std::shared_ptr<ChannelEnd> channel) {
     }
     Table& table = Channels();
     const std::lock_guard lock(table.mutex);
-    table.channels.emplace(++table.last, std::move(channel));
-    return table.last;
+    const ChannelHandle handle = ProcessPart() | ++table.last;
+    table.channels.emplace(handle, std::move(channel));
+    return handle;
 }
 
 std::shared_ptr<ChannelEnd> FindChannel(ChannelHandle handle) {
+    // Before the lock, which a thread of the parent may have held when the child was forked.
+    if (handle >> kCounterBits != ProcessPart() >> kCounterBits) {
+        return nullptr;
+    }
     Table& table = Channels();
     const std::lock_guard lock(table.mutex);
     const auto found = table.channels.find(handle);
     return found != table.channels.end() ? found->second : nullptr;
 }
 
-std::shared_ptr<ChannelEnd> RemoveChannel(ChannelHandle handle) {
+void ForgetIfOver(ChannelHandle handle, const ChannelEnd& channel) {
+    if (!channel.IsOver()) {
+        return;
+    }
     Table& table = Channels();
     const std::lock_guard lock(table.mutex);
-    auto node = table.channels.extract(handle);
-    return node.empty() ? nullptr : std::move(node.mapped());
+    table.channels.erase(handle); // the caller holds it still
 }
 
 } // namespace nqp2::channel

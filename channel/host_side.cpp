@@ -9,24 +9,23 @@
 #include "channel/worker_process.h"
 #include "platform/guard.h"
 
-#include <cerrno>
+#include <memory>
 #include <mutex>
-#include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace nqp2::channel {
 namespace {
 
-/// False with errno when nobody listens there, or somebody else's process does.
-bool IsOwnWorkerAt(const std::string& path) {
-    const platform::Descriptor socket = ConnectTo(path);
-    if (socket && PeerOf(socket.Get()) == nullptr) {
-        errno = EACCES;
-        return false;
-    }
-    return static_cast<bool>(socket);
-}
+/// What this process uses of a worker.
+struct Use {
+    std::shared_ptr<const Line> line;
+    WorkerProcess process; ///< that it started for this
+    std::string socket;    ///< where that one listens as well; or empty
+};
 
-/// The worker of this process. Never destroyed: threads may outlive static objects.
+/// The worker of this process. Nothing is waited for under its lock. Never destroyed: threads may
+/// outlive static objects.
 class Worker {
 public:
     static Worker& Instance() {
@@ -34,96 +33,74 @@ public:
         return worker;
     }
 
-    WorkerStatus Use(const WorkerSettings& settings) {
-        const std::lock_guard lock(m_changing);
-        LeaveLocked();
-        if (IsOwnWorkerAt(settings.socket)) {
-            SetPath(settings.socket);
+    WorkerStatus Begin(const WorkerSettings& settings) {
+        Leave();
+        Use use;
+        const WorkerStatus status = Find(settings, use);
+        End(status ? Exchange(std::move(use)) : std::move(use));
+        return status;
+    }
+
+    void Leave() { End(Exchange({})); }
+
+    std::shared_ptr<const Line> CurrentLine() {
+        const std::lock_guard lock(m_mutex);
+        return m_use.line;
+    }
+
+private:
+    static WorkerStatus Find(const WorkerSettings& settings, Use& use) {
+        use.line = LineTo(settings.socket);
+        if (use.line != nullptr) {
             return {true, {}};
         }
         if (settings.program.empty()) {
             return Failure("no worker at '" + settings.socket + '\'');
         }
-        m_place = settings.socket.empty() ? MakeSocketPlace() : SocketPlace{settings.socket, {}};
-        WorkerStatus status = m_place.path.empty() ? Failure("no place for a worker's socket")
-                                                   : StartLocked(settings);
-        if (status) {
-            SetPath(m_place.path);
-        } else {
-            LeaveLocked();
+        std::vector<std::string> arguments = settings.arguments;
+        if (!settings.socket.empty()) {
+            arguments.insert(arguments.end(), {"--socket", settings.socket});
         }
+        use.socket = settings.socket;
+        WorkerStatus status = WorkerProcess::Start(settings.program, std::move(arguments),
+                                                   settings.startMilliseconds, use.process);
+        use.line = use.process.TheLine();
         return status;
     }
 
-    void Leave() {
-        const std::lock_guard lock(m_changing);
-        LeaveLocked();
+    Use Exchange(Use use) {
+        const std::lock_guard lock(m_mutex);
+        std::swap(m_use, use);
+        return use;
     }
 
-    std::string Path() {
-        const std::lock_guard lock(m_pathMutex);
-        return m_path;
-    }
-
-private:
-    WorkerStatus StartLocked(const WorkerSettings& settings) {
-        std::vector<std::string> arguments = settings.arguments;
-        arguments.insert(arguments.end(), {"--socket", m_place.path});
-        WorkerStatus status =
-            WorkerProcess::Start(settings.program, arguments, settings.endsWithThread, m_process);
-        return status ? AwaitListening(settings) : status;
-    }
-
-    WorkerStatus AwaitListening(const WorkerSettings& settings) {
-        constexpr int kPause = 2; // milliseconds; the pidfd cuts it short
-        const Deadline deadline(settings.startMilliseconds);
-        while (true) {
-            // Asked first: another host's worker may have taken the place, and this one ended.
-            const bool hasEnded = m_process.HasEnded(0);
-            if (IsOwnWorkerAt(m_place.path)) {
-                return {true, {}};
-            }
-            if (hasEnded) {
-                return {false, settings.program + ": ended before it listened"};
-            }
-            if (deadline.HasPassed()) {
-                return {false, settings.program + ": did not listen in time"};
-            }
-            static_cast<void>(m_process.HasEnded(deadline.Left(kPause)));
+    /// A worker that does not end is left to the system, and taken leave of when it has.
+    void End(Use use) {
+        use.line.reset();
+        const bool hasEnded = use.process.End();
+        if (!use.socket.empty()) {
+            RemoveStaleSocket(use.socket); // what a worker leaves that was killed
+        }
+        const std::lock_guard lock(m_mutex);
+        std::erase_if(m_lost, [](const WorkerProcess& process) { return process.HasLeft(); });
+        if (!hasEnded) {
+            m_lost.push_back(std::move(use.process));
         }
     }
 
-    void LeaveLocked() {
-        SetPath({});
-        if (m_process.IsOurs()) {
-            m_process.End();
-            // What a worker leaves that was killed.
-            RemoveStaleSocket(m_place.path);
-        }
-        if (!m_place.madeFolder.empty()) {
-            rmdir(m_place.madeFolder.c_str());
-        }
-        m_place = {};
-    }
-
-    void SetPath(const std::string& path) {
-        const std::lock_guard lock(m_pathMutex);
-        m_path = path;
-    }
-
-    std::mutex m_changing;
-    WorkerProcess m_process;
-    SocketPlace m_place;
-    std::mutex m_pathMutex; ///< of its own, so that opening a channel never waits for a start
-    std::string m_path;
+    std::mutex m_mutex;
+    Use m_use;
+    std::vector<WorkerProcess> m_lost;
 };
 
 ChannelHandle ConnectChannel(std::uint32_t channelId, std::uint32_t sendSize,
                              std::uint32_t receiveSize, std::uint32_t sendTimeout,
                              std::uint32_t receiveTimeout) {
-    return platform::Guarded<ChannelHandle>(0, [&] {
-        return AddChannel(Connect(Worker::Instance().Path(), channelId, {sendSize, receiveSize},
-                                  {sendTimeout, receiveTimeout}));
+    return platform::Guarded<ChannelHandle>(0, [&]() -> ChannelHandle {
+        const std::shared_ptr<const Line> line = Worker::Instance().CurrentLine();
+        return line != nullptr ? AddChannel(line->Connect(channelId, {sendSize, receiveSize},
+                                                          {sendTimeout, receiveTimeout}))
+                               : 0;
     });
 }
 
@@ -134,7 +111,7 @@ namespace nqp2 {
 
 WorkerStatus UseWorker(const WorkerSettings& settings) {
     return platform::Guarded(WorkerStatus{false, "out of memory"},
-                             [&] { return channel::Worker::Instance().Use(settings); });
+                             [&] { return channel::Worker::Instance().Begin(settings); });
 }
 
 void LeaveWorker() {

@@ -34,7 +34,7 @@ std::optional<SharedMemory> MakeMemory(std::uint32_t sendSize, std::uint32_t rec
 /// The packet that describes the memory to the peer.
 Packet Describe(PacketKind kind, std::uint32_t channelId, const SharedMemory& memory);
 
-/// The end that a Hello or Offer describes; its last two descriptors are the memory. Nothing when
+/// The end that an Offer describes; its last two descriptors are the memory. Nothing when
 /// the memory is not what the packet promises.
 std::optional<Link> AcceptLink(ReceivedPacket& received, platform::Descriptor socket,
                                std::shared_ptr<const Peer> peer);

@@ -7,44 +7,71 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <poll.h>
+#include <fcntl.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <vector>
+#include <utility>
 
 namespace nqp2::channel {
 namespace {
 
 constexpr std::uint32_t kHelloTime = 1000; ///< milliseconds for a connection to say what it wants
-constexpr std::size_t kMaxVisitors = 64;   ///< the rest waits in the system's queue
+constexpr std::size_t kMaxWaiting = 64;     ///< the rest waits in the lines
+constexpr std::size_t kMaxLines = 256;     ///< the rest waits in the system's queue
 /// How often deadlines are looked at, and a connection for which there was no descriptor.
 constexpr int kTick = 50;
 
 } // namespace
 
-std::unique_ptr<Listener> Listener::Start(const std::string& path, WorkerStatus& status) {
-    platform::Descriptor socket;
-    status = ListenOn(path, socket);
+std::unique_ptr<Listener> Listener::Start(const ListenSettings& settings, WorkerStatus& status) {
+    platform::Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!wake) {
+        status = Failure("eventfd");
+        return nullptr;
+    }
+    std::unique_ptr<Listener> listener(new Listener(settings, std::move(wake)));
+    const bool hasHost = listener->AdoptHost(settings.hostDescriptor);
+    status = {hasHost, hasHost ? "" : "no line to a host"};
+    if (!settings.socket.empty() || !hasHost) {
+        status = ListenOn(settings.socket, listener->m_socket);
+        listener->m_path = status ? settings.socket : "";
+        status.ready = status.ready || hasHost;
+    }
     if (!status) {
         return nullptr;
     }
-    platform::Descriptor wake(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
-    if (!wake) {
-        status = Failure(path);
-        unlink(path.c_str());
-        return nullptr;
-    }
-    std::unique_ptr<Listener> listener(new Listener(path, std::move(socket), std::move(wake)));
     listener->m_thread = std::thread([raw = listener.get()] { raw->Run(); });
+    if (hasHost) {
+        Packet ready;
+        ready.kind = PacketKind::Acknowledge;
+        // A host that is gone already shows in the first look at its line.
+        static_cast<void>(SendPacketOn(settings.hostDescriptor, ready));
+    }
     return listener;
 }
 
-Listener::Listener(std::string path, platform::Descriptor socket, platform::Descriptor wake)
-    : m_path(std::move(path)), m_socket(std::move(socket)), m_wake(std::move(wake)) {}
+Listener::Listener(const ListenSettings& settings, platform::Descriptor wake)
+    : m_whenAlone(settings.whenAlone), m_wake(std::move(wake)) {}
 
 Listener::~Listener() {
     Stop();
+}
+
+/// Whoever made the socket pair is taken for the host: the system has written that down.
+bool Listener::AdoptHost(int descriptor) {
+    if (descriptor < 0 || !IsPacketSocket(descriptor)) {
+        return false;
+    }
+    platform::Descriptor socket(descriptor);
+    fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    std::shared_ptr<const Peer> peer = PeerOf(descriptor);
+    if (peer != nullptr) {
+        m_lines.push_back(
+            {std::move(socket), std::move(peer), platform::Deadline(kHelloTime), true});
+        m_endsAlone = true;
+    }
+    return m_endsAlone;
 }
 
 void Listener::Stop() {
@@ -59,8 +86,11 @@ void Listener::Stop() {
     if (m_thread.joinable()) {
         m_thread.join();
     }
-    m_visitors.clear();
-    unlink(m_path.c_str());
+    m_offers.clear();
+    m_lines.clear();
+    if (!m_path.empty()) {
+        unlink(m_path.c_str());
+    }
     m_socket = {};
 }
 
@@ -69,22 +99,21 @@ void Listener::Wake() {
 }
 
 std::shared_ptr<ChannelEnd> Listener::Take(std::uint32_t channelId, TimeOuts timeOuts) {
-    const Deadline deadline(timeOuts.receive);
+    const platform::Deadline deadline(timeOuts.receive);
     std::unique_lock lock(m_mutex);
     while (!m_isStopped) {
-        const auto visitor =
-            std::find_if(m_visitors.begin(), m_visitors.end(), [&](const Visitor& candidate) {
-                return candidate.link && candidate.channelId == channelId;
-            });
-        if (visitor != m_visitors.end()) {
-            Link link = std::move(*visitor->link);
-            m_visitors.erase(visitor);
+        const auto offer =
+            std::find_if(m_offers.begin(), m_offers.end(),
+                         [&](const Offer& candidate) { return candidate.channelId == channelId; });
+        if (offer != m_offers.end()) {
+            auto channel =
+                std::make_shared<ChannelEnd>(std::move(offer->link), Role::Takes, timeOuts);
+            m_offers.erase(offer);
             Wake(); // there is room for another
-            Packet acknowledge;
-            acknowledge.kind = PacketKind::Acknowledge;
-            acknowledge.id = channelId;
-            if (SendPacketOn(link.socket.Get(), acknowledge) == Traffic::Done) {
-                return std::make_shared<ChannelEnd>(std::move(link), Role::Takes, timeOuts);
+            if (channel->Acknowledge(channelId)) {
+                std::erase_if(m_taken, [](const auto& each) { return each.expired(); });
+                m_taken.push_back(channel);
+                return channel;
             }
         } else if (deadline.HasPassed()) {
             break;
@@ -97,29 +126,51 @@ std::shared_ptr<ChannelEnd> Listener::Take(std::uint32_t channelId, TimeOuts tim
     return nullptr;
 }
 
+bool Listener::IsFull() const {
+    return m_offers.size() >= kMaxWaiting;
+}
+
+/// The first entry is the eventfd, the last one the socket that listens.
+std::vector<pollfd> Listener::Watched() {
+    std::vector<pollfd> watched = {{m_wake.Get(), POLLIN, 0}};
+    for (const HostLine& line : m_lines) {
+        // Not listened to while there are too many offers: its packets wait.
+        watched.push_back({IsFull() ? -1 : line.socket.Get(), POLLIN, 0});
+        watched.push_back({line.peer->Watch(), POLLIN, 0});
+    }
+    for (const Offer& offer : m_offers) {
+        watched.push_back({offer.link.socket.Get(), POLLIN, 0});
+    }
+    watched.push_back({m_lines.size() < kMaxLines ? m_socket.Get() : -1, POLLIN, 0});
+    return watched;
+}
+
 void Listener::Run() {
+    bool isTicking = false;
     while (true) {
-        std::vector<pollfd> watched = {{m_wake.Get(), POLLIN, 0}};
+        std::vector<pollfd> watched;
         {
             const std::lock_guard lock(m_mutex);
             if (m_isStopped) {
                 return;
             }
-            for (const Visitor& visitor : m_visitors) {
-                const auto& socket = visitor.link ? visitor.link->socket : visitor.socket;
-                watched.push_back({socket.Get(), POLLIN, 0});
-            }
+            watched = Watched();
+            isTicking = !m_offers.empty() || (m_endsAlone && m_lines.empty()) ||
+                        std::any_of(m_lines.begin(), m_lines.end(),
+                                    [](const HostLine& line) { return !line.isGreeted; });
         }
-        const bool hasVisitors = watched.size() > 1;
-        if (watched.size() <= kMaxVisitors) {
-            watched.push_back({m_socket.Get(), POLLIN, 0});
-        }
-        poll(watched.data(), watched.size(), hasVisitors ? kTick : -1);
+        platform::Wait(watched, isTicking ? kTick : -1);
         eventfd_t ignored = 0;
         eventfd_read(m_wake.Get(), &ignored);
         Hear();
-        if (watched.back().fd == m_socket.Get() && watched.back().revents != 0) {
+        if (watched.back().revents != 0) {
             Accept();
+        }
+        if (m_endsAlone && IsAlone()) {
+            m_endsAlone = false;
+            if (m_whenAlone != nullptr) {
+                m_whenAlone();
+            }
         }
     }
 }
@@ -129,42 +180,74 @@ void Listener::Accept() {
     if (!socket) {
         if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
             // The connection stays in the queue and would be found again at once.
-            poll(nullptr, 0, kTick);
+            platform::Wait({}, kTick);
         }
         return;
     }
     std::shared_ptr<const Peer> peer = PeerOf(socket.Get());
     if (peer != nullptr) {
         const std::lock_guard lock(m_mutex);
-        m_visitors.push_back({std::move(socket), std::move(peer), Deadline(kHelloTime), 0, {}});
+        m_lines.push_back(
+            {std::move(socket), std::move(peer), platform::Deadline(kHelloTime), false});
     }
 }
 
 void Listener::Hear() {
     const std::lock_guard lock(m_mutex);
-    std::erase_if(m_visitors, [](Visitor& visitor) { return !HearOne(visitor); });
+    // Nothing may come on a channel before the answer but the end.
+    std::erase_if(m_offers, [](const Offer& offer) {
+        return IsReadable(offer.link.socket.Get()) || offer.link.peer->HasEnded() ||
+               offer.deadline.HasPassed();
+    });
+    std::erase_if(m_lines, [this](HostLine& line) { return !HearLine(line); });
     m_changed.notify_all();
 }
 
-bool Listener::HearOne(Visitor& visitor) {
-    if (visitor.link) {
-        // Nothing may come before the answer but the end.
-        return !IsReadable(visitor.link->socket.Get()) && !visitor.link->peer->HasEnded();
-    }
-    ReceivedPacket received;
-    const Traffic traffic = ReceivePacketFrom(visitor.socket.Get(), received);
-    if (traffic == Traffic::Nothing) {
-        return !visitor.deadline.HasPassed();
-    }
-    if (traffic == Traffic::Ended || received.packet.kind != PacketKind::Hello) {
+/// False when the line is to be dropped.
+bool Listener::HearLine(HostLine& line) {
+    // What a host that has ended still offers, nobody could use.
+    if (line.peer->HasEnded()) {
         return false;
     }
-    visitor.channelId = received.packet.id;
-    auto link = AcceptLink(received, std::move(visitor.socket), std::move(visitor.peer));
-    if (link) {
-        visitor.link.emplace(std::move(*link));
+    while (!IsFull()) {
+        ReceivedPacket received;
+        const Traffic traffic = ReceivePacketFrom(line.socket.Get(), received);
+        if (traffic == Traffic::Nothing) {
+            return line.isGreeted || !line.deadline.HasPassed();
+        }
+        // A packet for whose descriptors there was no room is a channel that is refused.
+        if (traffic == Traffic::Ended ||
+            (traffic == Traffic::Done && !HearPacket(line, received))) {
+            return false;
+        }
     }
-    return link.has_value();
+    return true;
+}
+
+/// False when no honest host would have sent that.
+bool Listener::HearPacket(HostLine& line, ReceivedPacket& received) {
+    const PacketKind kind = received.packet.kind;
+    if (!line.isGreeted || kind != PacketKind::Offer) {
+        return kind == PacketKind::Hello && !std::exchange(line.isGreeted, true);
+    }
+    platform::Descriptor& socket = received.descriptors[0];
+    // A child that the host forked may offer as well: the system knows who made the socket.
+    std::shared_ptr<const Peer> peer =
+        IsPacketSocket(socket.Get()) ? PeerOf(socket.Get()) : nullptr;
+    auto link =
+        peer != nullptr ? AcceptLink(received, std::move(socket), std::move(peer)) : std::nullopt;
+    if (link) {
+        m_offers.push_back(
+            {received.packet.id, std::move(*link), platform::Deadline(kTakeTime + kHelloTime)});
+    }
+    return true; // one that is refused finds its end of the channel closed
+}
+
+bool Listener::IsAlone() {
+    const std::lock_guard lock(m_mutex);
+    return m_lines.empty() && m_offers.empty() &&
+           std::all_of(m_taken.begin(), m_taken.end(),
+                       [](const auto& each) { return each.expired(); });
 }
 
 } // namespace nqp2::channel

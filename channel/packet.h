@@ -12,20 +12,20 @@
 namespace nqp2::channel {
 
 enum class PacketKind : std::uint32_t {
-    Hello = 1,   ///< first packet of a connection, with the memory of both directions
-    Acknowledge, ///< the answer to Hello: somebody took the channel
+    Hello = 1,   ///< first packet of a host that connects: this is its line
+    Acknowledge, ///< somebody took the channel; on a line, the worker is ready
     Data,        ///< a message lies in a slot
     Release,     ///< the slot may be written again
-    Offer,       ///< a sub-channel: its socket and the memory of both directions
+    Offer,       ///< a channel on a line, a sub-channel on a channel: socket and both memories
 };
 
 /// 32 bytes in the machine's own byte order: both ends run on one machine.
 struct Packet {
     PacketKind kind = PacketKind::Hello;
-    std::uint32_t id = 0;     ///< of the message, or of the channel in Hello, Acknowledge and Offer
-    std::uint32_t slot = 0;   ///< of Data and Release
-    std::uint32_t length = 0; ///< of Data: bytes of the message
-    std::uint32_t sendSize = 0; ///< of Hello and Offer, as their sender sees the directions
+    std::uint32_t id = 0;       ///< of the message, or of the channel in Acknowledge and Offer
+    std::uint32_t slot = 0;     ///< of Data and Release
+    std::uint32_t length = 0;   ///< of Data: bytes of the message
+    std::uint32_t sendSize = 0; ///< of Offer, as its sender sees the directions
     std::uint32_t receiveSize = 0;
     std::uint32_t sendSlots = 0;
     std::uint32_t receiveSlots = 0;
@@ -42,9 +42,12 @@ constexpr std::uint32_t SlotsFor(std::uint32_t messageSize) {
 
 /// How many descriptors travel with a packet of that kind.
 constexpr std::size_t DescriptorsWith(PacketKind kind) {
-    return kind == PacketKind::Offer ? 3 : kind == PacketKind::Hello ? 2 : 0;
+    return kind == PacketKind::Offer ? 3 : 0;
 }
 inline constexpr std::size_t kMaxDescriptors = 3;
+
+/// Milliseconds that a host waits until the worker has taken a channel.
+inline constexpr std::uint32_t kTakeTime = 5000;
 
 /// The packet that arrived as these bytes with so many descriptors; nothing when no honest peer
 /// would have sent it. Slot and length depend on the channel and are checked there.

@@ -3,10 +3,11 @@
 
 #include "channel/packet_socket.h"
 
+#include "platform/wait.h"
+
 #include <cerrno>
 #include <cstring>
 #include <linux/sockios.h>
-#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/uio.h>
@@ -56,11 +57,8 @@ std::vector<platform::Descriptor> TakeDescriptors(msghdr& message) {
 }
 
 ssize_t ReceiveOnce(int socket, msghdr& message) {
-    ssize_t count = 0;
-    do {
-        count = recvmsg(socket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC);
-    } while (count < 0 && errno == EINTR);
-    return count;
+    return platform::Restarted(
+        [&] { return recvmsg(socket, &message, MSG_DONTWAIT | MSG_CMSG_CLOEXEC); });
 }
 
 } // namespace
@@ -75,10 +73,8 @@ Traffic SendPacketOn(int socket, const Packet& packet, std::span<const int> desc
     if (!descriptors.empty()) {
         Attach(message, control, descriptors);
     }
-    ssize_t count = 0;
-    do {
-        count = sendmsg(socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
-    } while (count < 0 && errno == EINTR);
+    const ssize_t count =
+        platform::Restarted([&] { return sendmsg(socket, &message, MSG_DONTWAIT | MSG_NOSIGNAL); });
     if (count >= 0) {
         return Traffic::Done;
     }
@@ -106,6 +102,9 @@ Traffic ReceivePacketFrom(int socket, ReceivedPacket& received) {
     std::vector<platform::Descriptor> descriptors = TakeDescriptors(message);
     const auto packet =
         ReadPacket(std::span(buffer).first(static_cast<std::size_t>(count)), descriptors.size());
+    if ((message.msg_flags & MSG_CTRUNC) != 0 && descriptors.size() < kDescriptorRoom) {
+        return Traffic::Lost;
+    }
     if ((message.msg_flags & (MSG_TRUNC | MSG_CTRUNC)) != 0 || !packet) {
         return Traffic::Ended;
     }
@@ -132,8 +131,7 @@ bool IsPacketSocket(int socket) {
 }
 
 bool IsReadable(int socket) {
-    pollfd watched{socket, POLLIN, 0};
-    return poll(&watched, 1, 0) != 0;
+    return platform::HasNews(socket, POLLIN);
 }
 
 bool IsCrowded(int socket) {

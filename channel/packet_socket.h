@@ -18,6 +18,7 @@ enum class Traffic {
     Done,
     Nothing, ///< none has arrived, or the peer's queue is full
     Ended,   ///< no packet will come or go any more: closed, or what came was no packet
+    Lost,    ///< one has arrived, but this process had no room for its descriptors
 };
 
 struct ReceivedPacket {

@@ -4,11 +4,11 @@
 #include "channel/peer.h"
 
 #include "channel/process_descriptor.h"
+#include "platform/wait.h"
 
+#include <cerrno>
 #include <map>
 #include <mutex>
-#include <poll.h>
-
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -28,6 +28,13 @@ Directory& Peers() {
     return directory;
 }
 
+/// Older kernels, and filters of system calls that do not know the call.
+bool IsMissingCall(int error) {
+    return error == ENOSYS || error == EPERM;
+}
+
+} // namespace
+
 std::shared_ptr<const Peer> PeerWithNumber(pid_t number) {
     Directory& directory = Peers();
     const std::lock_guard lock(directory.mutex);
@@ -37,17 +44,15 @@ std::shared_ptr<const Peer> PeerWithNumber(pid_t number) {
     // The number of a process that has ended may be another's by now.
     if (peer == nullptr || peer->HasEnded()) {
         platform::Descriptor process = OpenProcess(number);
-        peer = process ? std::make_shared<const Peer>(std::move(process)) : nullptr;
+        peer = process || IsMissingCall(errno) ? std::make_shared<const Peer>(std::move(process))
+                                               : nullptr;
         entry = peer;
     }
     return peer;
 }
 
-} // namespace
-
 bool Peer::HasEnded() const {
-    pollfd watched{Watch(), POLLIN, 0};
-    return poll(&watched, 1, 0) != 0;
+    return platform::HasNews(Watch(), POLLIN);
 }
 
 bool HasTooManyChannels(const std::shared_ptr<const Peer>& peer) {

@@ -16,13 +16,16 @@ public:
     explicit Peer(platform::Descriptor process) : m_process(std::move(process)) {}
 
     /// Becomes readable when the process has ended. A socket alone does not tell: a child that the
-    /// process forked may hold it open.
+    /// process forked may hold it open. Negative where the system has no such descriptors.
     [[nodiscard]] int Watch() const { return m_process.Get(); }
     [[nodiscard]] bool HasEnded() const;
 
 private:
     platform::Descriptor m_process;
 };
+
+/// The process of that number, which must be running. Null with errno on failure.
+std::shared_ptr<const Peer> PeerWithNumber(pid_t number);
 
 /// True when that many lead there that no honest peer can need more.
 bool HasTooManyChannels(const std::shared_ptr<const Peer>& peer);

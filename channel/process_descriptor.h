@@ -18,9 +18,9 @@ inline platform::Descriptor OpenProcess(pid_t process) {
     return platform::Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0U)));
 }
 
-/// False when the process has ended and was waited for.
-inline bool SignalProcess(const platform::Descriptor& process, int signal) {
-    return syscall(SYS_pidfd_send_signal, process.Get(), signal, nullptr, 0U) == 0;
+/// False with errno, which is ESRCH when the process has ended and was waited for.
+inline bool SignalProcess(int process, int signal) {
+    return syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0U) == 0;
 }
 
 } // namespace nqp2::channel

@@ -4,13 +4,12 @@
 #include "channel/rendezvous.h"
 
 #include "platform/system_status.h"
+#include "platform/wait.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -20,7 +19,8 @@
 namespace nqp2::channel {
 namespace {
 
-constexpr timeval kConnectTime{5, 0};
+constexpr std::uint32_t kConnectTime = 5000; ///< milliseconds
+constexpr std::uint32_t kLockTime = 5000;
 constexpr int kBacklog = 128;
 
 /// False with errno when the path is too long for the system.
@@ -66,7 +66,9 @@ platform::Descriptor OpenFolder(std::string folder) {
 /// The folder's lock, so that no lock file is left; it goes with the result. Empty with errno.
 platform::Descriptor LockFolder(const std::string& name) {
     platform::Descriptor folder = OpenFolder(name);
-    return folder && flock(folder.Get(), LOCK_EX) == 0 ? std::move(folder) : platform::Descriptor();
+    return folder && platform::LockWithin(folder.Get(), platform::Deadline(kLockTime))
+               ? std::move(folder)
+               : platform::Descriptor();
 }
 
 /// A file that is no socket refuses connections too; it is somebody's, and stays.
@@ -93,6 +95,17 @@ bool BindReplacingStale(int socket, const std::string& path) {
     return unlink(path.c_str()) == 0 && bind(socket, Plain(address), sizeof(address)) == 0;
 }
 
+/// A socket whose queue is full makes the caller wait; each try has what is left of the time.
+bool ConnectWithin(int socket, const sockaddr_un& address, const platform::Deadline& deadline) {
+    return platform::Restarted([&] {
+               const int left = std::max(deadline.Left(), 1); // 0 would be no limit
+               const timeval limit{left / 1000, left % 1000 * 1000};
+               return setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit)) != 0
+                          ? -1
+                          : connect(socket, Plain(address), sizeof(address));
+           }) == 0;
+}
+
 } // namespace
 
 WorkerStatus Failure(const std::string& what) {
@@ -105,9 +118,7 @@ platform::Descriptor ConnectTo(const std::string& path) {
         return {};
     }
     platform::Descriptor end = MakeSocket();
-    if (!end ||
-        setsockopt(end.Get(), SOL_SOCKET, SO_SNDTIMEO, &kConnectTime, sizeof(kConnectTime)) != 0 ||
-        connect(end.Get(), Plain(address), sizeof(address)) != 0) {
+    if (!end || !ConnectWithin(end.Get(), address, platform::Deadline(kConnectTime))) {
         const int error = errno;
         end = {};
         errno = error;
@@ -138,27 +149,6 @@ void RemoveStaleSocket(const std::string& path) {
     if (folder && IsStale(path)) {
         unlink(path.c_str());
     }
-}
-
-SocketPlace MakeSocketPlace() {
-    static std::atomic<unsigned> count = 0;
-    const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
-    SocketPlace place;
-    std::string folder;
-    if (runtime != nullptr && *runtime == '/') {
-        folder = std::string(runtime) + "/nqp2";
-        if (mkdir(folder.c_str(), 0700) != 0 && errno != EEXIST) {
-            return {};
-        }
-    } else {
-        folder = "/tmp/nqp2-XXXXXX";
-        if (mkdtemp(folder.data()) == nullptr) {
-            return {};
-        }
-        place.madeFolder = folder;
-    }
-    place.path = folder + "/worker-" + std::to_string(getpid()) + '-' + std::to_string(++count);
-    return place;
 }
 
 } // namespace nqp2::channel

@@ -24,11 +24,4 @@ WorkerStatus ListenOn(const std::string& path, platform::Descriptor& listener);
 /// Removes the file of a socket on which nobody listens any more.
 void RemoveStaleSocket(const std::string& path);
 
-/// A place for a worker's socket that no other process was given. Empty with errno on failure.
-struct SocketPlace {
-    std::string path;
-    std::string madeFolder; ///< made for this one place, to be removed with it; or empty
-};
-SocketPlace MakeSocketPlace();
-
 } // namespace nqp2::channel

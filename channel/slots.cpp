@@ -20,6 +20,16 @@ std::int32_t OnChannel(ChannelHandle handle, Operation&& operation) {
     });
 }
 
+/// The same for what gives a buffer back: it may have been the last of a closed channel.
+template <class Operation>
+std::int32_t GivingBack(ChannelHandle handle, Operation&& operation) {
+    return OnChannel(handle, [&](ChannelEnd& channel) {
+        const ChannelStatus status = operation(channel);
+        ForgetIfOver(handle, channel);
+        return status;
+    });
+}
+
 ChannelHandle OpenSubChannel(ChannelHandle parent, std::uint32_t channelId, std::uint32_t sendSize,
                              std::uint32_t receiveSize, std::uint32_t sendTimeout,
                              std::uint32_t receiveTimeout) {
@@ -44,8 +54,8 @@ std::int32_t GetSendBuffer(ChannelHandle handle, void** buffer, std::int32_t* ca
 
 std::int32_t SendPacket(ChannelHandle handle, std::uint32_t messageId, void* buffer,
                         std::uint32_t length) {
-    return OnChannel(handle,
-                     [&](ChannelEnd& channel) { return channel.Send(messageId, buffer, length); });
+    return GivingBack(handle,
+                      [&](ChannelEnd& channel) { return channel.Send(messageId, buffer, length); });
 }
 
 std::int32_t ReceivePacket(ChannelHandle handle, std::uint32_t* messageId, void** buffer,
@@ -59,7 +69,7 @@ std::int32_t ReceivePacket(ChannelHandle handle, std::uint32_t* messageId, void*
 }
 
 std::int32_t ReleasePacket(ChannelHandle handle, void* buffer, std::uint32_t) {
-    return OnChannel(handle, [&](ChannelEnd& channel) { return channel.Release(buffer); });
+    return GivingBack(handle, [&](ChannelEnd& channel) { return channel.Release(buffer); });
 }
 
 std::int32_t CloseChannel(ChannelHandle* field) {
@@ -68,9 +78,10 @@ std::int32_t CloseChannel(ChannelHandle* field) {
     }
     // Of two threads that close one field, one finds the handle.
     const ChannelHandle handle = std::atomic_ref(*field).exchange(0);
-    if (const std::shared_ptr<ChannelEnd> channel = RemoveChannel(handle)) {
-        channel->Close();
-    }
+    GivingBack(handle, [](ChannelEnd& channel) {
+        channel.Close();
+        return kChannelDone;
+    });
     return kChannelDone;
 }
 

@@ -4,8 +4,12 @@
 #pragma once
 
 #include "channel/Channel.h"
+#include "channel/connection.h"
 #include "platform/descriptor.h"
+#include "platform/process.h"
+#include "platform/wait.h"
 
+#include <memory>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -18,27 +22,33 @@ class WorkerProcess {
 public:
     /// No process.
     WorkerProcess() = default;
-    WorkerProcess(WorkerProcess&& other) noexcept = default;
-    WorkerProcess& operator=(WorkerProcess&& other) noexcept = default;
-    ~WorkerProcess() { End(); }
 
-    /// Runs a program in a process group of its own, with standard error and nothing else that is
-    /// open here. With `endsWithThread` it is ended when the calling thread ends.
-    static WorkerStatus Start(const std::string& program, const std::vector<std::string>& arguments,
-                              bool endsWithThread, WorkerProcess& process);
+    /// Runs a program in a process group of its own, with standard error, one end of a fresh line
+    /// and nothing else that is open here, and waits until it says on the line that it is ready.
+    static WorkerStatus Start(const std::string& program, std::vector<std::string> arguments,
+                              std::uint32_t patience, WorkerProcess& process);
 
-    /// False in a child that this process forked: the program is its parent's to end.
-    [[nodiscard]] bool IsOurs() const;
-    /// Waits that long; true when the process has ended by then.
-    [[nodiscard]] bool HasEnded(int milliseconds) const;
-    /// Asks it to end, makes it after two seconds, and takes leave of it as its parent.
-    void End();
+    /// The line to the program; null when none was started.
+    [[nodiscard]] const std::shared_ptr<const Line>& TheLine() const { return m_line; }
+    /// Hangs up, asks the program to end, makes it after two seconds, and waits two more. False when
+    /// it has not ended even then. In a child that this process forked it only forgets it.
+    bool End();
+    /// Takes leave as its parent of a program that has ended; false when it has not.
+    [[nodiscard]] bool HasLeft() const;
 
 private:
-    explicit WorkerProcess(platform::Descriptor process);
+    WorkerStatus Await(const std::string& program, const platform::Deadline& deadline) const;
+    /// Waits that long; true when the process has ended by then.
+    [[nodiscard]] bool HasEnded(int milliseconds) const;
+    void Signal(int signal) const;
+    /// Its number is its own while it is one.
+    [[nodiscard]] bool IsRunningChild() const;
 
-    platform::Descriptor m_process;
-    pid_t m_starter = 0;
+    pid_t m_number = 0;
+    /// None where the system has no such descriptors.
+    std::shared_ptr<const Peer> m_peer;
+    std::shared_ptr<const Line> m_line;
+    platform::Owner m_owner;
 };
 
 } // namespace nqp2::channel

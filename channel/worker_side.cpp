@@ -43,16 +43,17 @@ ChannelHandle TakeChannel(std::uint32_t channelId, std::uint32_t, std::uint32_t,
 
 namespace nqp2 {
 
-WorkerStatus ListenForHosts(const std::string& socket) {
-    return platform::Guarded(WorkerStatus{false, "out of memory"}, [&]() -> WorkerStatus {
-        const std::lock_guard lock(channel::Current().mutex);
-        if (channel::Current().listener != nullptr) {
-            return {false, "this process listens already"};
-        }
-        WorkerStatus status;
-        channel::Current().listener = channel::Listener::Start(socket, status);
-        return status;
-    });
+WorkerStatus ListenForHosts(const ListenSettings& settings) {
+    return platform::Guarded(
+        WorkerStatus{false, "out of memory or threads"}, [&]() -> WorkerStatus {
+            const std::lock_guard lock(channel::Current().mutex);
+            if (channel::Current().listener != nullptr) {
+                return {false, "this process listens already"};
+            }
+            WorkerStatus status;
+            channel::Current().listener = channel::Listener::Start(settings, status);
+            return status;
+        });
 }
 
 void StopListening() {

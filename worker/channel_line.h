@@ -5,33 +5,40 @@
 
 #include "channel/SysInterface.h"
 
-#include <atomic>
 #include <cstdint>
+#include <mutex>
 
 namespace nqp2::worker {
 
-/// One open channel of the worker's table, closed at the end. Ending it from another thread lets
-/// every wait on it return.
+/// One channel of the worker's table, closed at the end. Closing it from another thread lets every
+/// wait on it return; the buffers that are in use stay.
 class ChannelLine {
 public:
-    ChannelLine(const SysInterfaceTable& table, ChannelHandle handle)
+    explicit ChannelLine(const SysInterfaceTable& table, ChannelHandle handle = 0)
         : m_table(table), m_handle(handle) {}
     ChannelLine(const ChannelLine&) = delete;
     ChannelLine& operator=(const ChannelLine&) = delete;
     ~ChannelLine() { Close(); }
 
-    [[nodiscard]] bool IsOpen() const { return m_handle != 0; }
+    [[nodiscard]] bool IsOpen() const { return Handle() != 0; }
     void Close() {
-        ChannelHandle handle = m_handle.exchange(0);
-        if (handle != 0) {
-            m_table.CloseChannel(&handle);
+        const std::lock_guard lock(m_mutex);
+        m_isClosed = true;
+        if (m_handle != 0) {
+            m_table.CloseChannel(&m_handle);
         }
     }
 
-    /// The channel that the library opens beside this one with that id, on the same table; not open
-    /// when the library does not within `timeout` milliseconds.
-    [[nodiscard]] ChannelLine TakeSubChannel(std::uint32_t id, std::uint32_t timeout) const {
-        return {m_table, m_table.OpenSubChannel(m_handle, id, 0, 0, timeout, timeout)};
+    /// Becomes the channel that the library opens beside `parent` with that id. False when the
+    /// library does not within `timeout` milliseconds, and when this was closed before.
+    bool TakeBeside(const ChannelLine& parent, std::uint32_t id, std::uint32_t timeout) {
+        ChannelHandle taken = m_table.OpenSubChannel(parent.Handle(), id, 0, 0, timeout, timeout);
+        const std::lock_guard lock(m_mutex);
+        if (m_isClosed && taken != 0) {
+            m_table.CloseChannel(&taken);
+        }
+        m_handle = taken;
+        return taken != 0;
     }
 
     /// Waits for a message and hands it to `take` (id, bytes, length), whose buffer is the channel's
@@ -41,12 +48,12 @@ public:
         std::uint32_t id = 0;
         void* buffer = nullptr;
         std::uint32_t length = 0;
-        const ChannelHandle handle = m_handle;
+        const ChannelHandle handle = Handle();
         if (m_table.ReceivePacket(handle, &id, &buffer, &length, nullptr) != kChannelDone) {
             return false;
         }
+        const Held held{m_table, handle, buffer, length};
         take(id, static_cast<unsigned char*>(buffer), static_cast<std::int32_t>(length));
-        m_table.ReleasePacket(handle, buffer, length);
         return true;
     }
 
@@ -55,7 +62,7 @@ public:
     bool Send(std::uint32_t id, Fill&& fill) {
         void* buffer = nullptr;
         std::int32_t capacity = 0;
-        const ChannelHandle handle = m_handle;
+        const ChannelHandle handle = Handle();
         if (m_table.GetSendBuffer(handle, &buffer, &capacity, nullptr) != kChannelDone) {
             return false;
         }
@@ -72,8 +79,24 @@ public:
     }
 
 private:
+    /// A received buffer, which goes back however its use ends.
+    struct Held {
+        const SysInterfaceTable& table;
+        ChannelHandle channel;
+        void* buffer;
+        std::uint32_t length;
+        ~Held() { table.ReleasePacket(channel, buffer, length); }
+    };
+
+    [[nodiscard]] ChannelHandle Handle() const {
+        const std::lock_guard lock(m_mutex);
+        return m_handle;
+    }
+
     const SysInterfaceTable& m_table;
-    std::atomic<ChannelHandle> m_handle;
+    mutable std::mutex m_mutex;
+    ChannelHandle m_handle;
+    bool m_isClosed = false;
 };
 
 /// Time-out of waits that end only with the channel.

@@ -7,29 +7,35 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 namespace nqp2::worker {
 namespace {
 
 using bridge::MessageId;
 
+std::int32_t NoAnswer(unsigned char*, std::int32_t) {
+    return 0;
+}
+
 /// Request and answer as one call of Operations.
 template <class Message, void (Operations::*Operation)(Message&)>
-std::int32_t Run(Operations& operations, unsigned char* request, std::int32_t length,
-                 unsigned char* reply, std::int32_t capacity) {
-    Message message;
-    if (message.Restore(request, length) == 0) {
+Answer Run(Operations& operations, unsigned char* request, std::int32_t length) {
+    const auto message = std::make_shared<Message>();
+    if (message->Restore(request, length) == 0) {
         operations.Fail("The request came damaged.");
-        return 0;
+        return NoAnswer;
     }
-    message.result = 0;
-    (operations.*Operation)(message);
-    return message.Save(reply, capacity);
+    message->result = 0;
+    (operations.*Operation)(*message);
+    return [message](unsigned char* reply, std::int32_t capacity) {
+        return message->Save(reply, capacity);
+    };
 }
 
 struct Handler {
     MessageId id;
-    std::int32_t (*run)(Operations&, unsigned char*, std::int32_t, unsigned char*, std::int32_t);
+    Answer (*run)(Operations&, unsigned char*, std::int32_t);
 };
 
 constexpr Handler kHandlers[] = {
@@ -58,15 +64,14 @@ constexpr Handler kHandlers[] = {
 
 } // namespace
 
-std::int32_t Dispatch(Operations& operations, std::uint32_t id, unsigned char* request,
-                      std::int32_t length, unsigned char* reply, std::int32_t capacity) noexcept {
-    return platform::Guarded(0, [&] {
+Answer Dispatch(Operations& operations, std::uint32_t id, unsigned char* request,
+                std::int32_t length) noexcept {
+    return platform::Guarded(Answer(NoAnswer), [&] {
         const auto* const handler =
             std::find_if(std::begin(kHandlers), std::end(kHandlers),
                          [id](const Handler& each) { return Number(each.id) == id; });
-        return handler != std::end(kHandlers)
-                   ? handler->run(operations, request, length, reply, capacity)
-                   : 0;
+        return handler != std::end(kHandlers) ? handler->run(operations, request, length)
+                                              : Answer(NoAnswer);
     });
 }
 

@@ -44,18 +44,24 @@ void AskOnce(ChannelLine& connection) {
 
 } // namespace
 
-void TalkToHost(ChannelLine& server) {
-    if (!Await(server, bridge::kRequestServerId) ||
-        !server.SendMessage(bridge::kConnectId, kWanted)) {
+void HostTalk::ServeBeside(const ChannelLine& parent) {
+    if (m_server.TakeBeside(parent, bridge::kRequestServerId, kNoTimeout)) {
+        Serve();
+    }
+}
+
+void HostTalk::Serve() {
+    if (!Await(m_server, bridge::kRequestServerId) ||
+        !m_server.SendMessage(bridge::kConnectId, kWanted)) {
         return;
     }
-    {
-        ChannelLine connection = server.TakeSubChannel(bridge::kConnectId, kPatience);
-        if (connection.IsOpen() && Connect(server, connection)) {
-            AskOnce(connection);
+    if (m_connection.TakeBeside(m_server, bridge::kConnectId, kPatience)) {
+        if (Connect(m_server, m_connection)) {
+            AskOnce(m_connection);
         }
+        m_connection.Close();
     }
-    while (server.Receive([](std::uint32_t, unsigned char*, std::int32_t) {})) {
+    while (m_server.Receive([](std::uint32_t, unsigned char*, std::int32_t) {})) {
     }
 }
 

@@ -3,23 +3,34 @@
 
 #include "channel/Channel.h"
 #include "platform/DriveMap.h"
+#include "platform/process.h"
 #include "platform/Terminal.h"
 #include "worker/server.h"
 
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
 constexpr int kWrongUsage = 2;
 
+constexpr const char* kUsage =
+    "usage: nqp2-worker [--drive LETTER=FOLDER]... [--socket PATH] [--host NUMBER]\n";
+
 struct Options {
-    std::string socket;
+    nqp2::ListenSettings reached;
     bool areSound = true;
 };
+
+bool ReadNumber(std::string_view text, int& number) {
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), number);
+    return end.ec == std::errc() && end.ptr == text.data() + text.size() && number > 2;
+}
 
 Options ReadArguments(int count, char** arguments) {
     Options options;
@@ -27,12 +38,15 @@ Options ReadArguments(int count, char** arguments) {
         const std::string_view name = arguments[i];
         const std::string value = i + 1 < count ? arguments[i + 1] : "";
         if (name == "--socket" && !value.empty()) {
-            options.socket = value;
+            options.reached.socket = value;
+        } else if (name == "--host" && ReadNumber(value, options.reached.hostDescriptor)) {
+            // by whoever starts it for one host
         } else if (name != "--drive" || !nqp2::MapDriveFromArgument(value)) {
             options.areSound = false;
         }
     }
-    options.areSound = options.areSound && !options.socket.empty();
+    options.areSound = options.areSound &&
+                       (!options.reached.socket.empty() || options.reached.hostDescriptor >= 0);
     return options;
 }
 
@@ -46,12 +60,16 @@ sigset_t EndingSignals() {
     return signals;
 }
 
-int Serve(const std::string& socket) {
+int Serve(nqp2::ListenSettings reached) {
     const sigset_t signals = EndingSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    const nqp2::WorkerStatus status = nqp2::ListenForHosts(socket);
-    if (!status) {
+    // The end of the last host is one way more to be asked to end.
+    reached.whenAlone = [] { kill(getpid(), SIGTERM); };
+    const nqp2::WorkerStatus status = nqp2::ListenForHosts(reached);
+    if (!status.reason.empty()) {
         std::fprintf(stderr, "nqp2-worker: %s\n", status.reason.c_str());
+    }
+    if (!status) {
         return 1;
     }
     nqp2::worker::Server server(*nqp2::WorkerInterface().table);
@@ -66,15 +84,16 @@ int Serve(const std::string& socket) {
 } // namespace
 
 int main(int count, char** arguments) {
+    nqp2::platform::OpenStandardDescriptors();
     const Options options = ReadArguments(count, arguments);
     if (!options.areSound) {
-        std::fputs("usage: nqp2-worker [--drive LETTER=FOLDER]... --socket PATH\n", stderr);
+        std::fputs(kUsage, stderr);
         return kWrongUsage;
     }
     try {
         nqp2::LetPipeWritesFail();
         std::signal(SIGXFSZ, SIG_IGN); // a file beyond the limit is an error of one request
-        return Serve(options.socket);
+        return Serve(options.reached);
     } catch (const std::exception& fault) {
         std::fprintf(stderr, "nqp2-worker: %s\n", fault.what());
         return 1;

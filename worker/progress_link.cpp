@@ -12,14 +12,25 @@
 namespace nqp2::worker {
 
 void ProgressLink::Attach(ChannelLine& line) {
-    const std::lock_guard lock(m_mutex);
+    bridge::ResultMessage registered;
+    registered.result = bridge::kDone;
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [&] { return !m_sending; });
+    // Reports wait until the answer is sent: the host takes the next message for it.
     m_line = &line;
+    m_sending = true;
+    lock.unlock();
+    const bool sent = line.SendMessage(Number(bridge::MessageId::RegisterProgress), registered);
+    lock.lock();
+    m_sending = false;
+    m_line = sent ? m_line : nullptr;
+    m_changed.notify_all();
 }
 
 void ProgressLink::Detach() {
     std::unique_lock lock(m_mutex);
     m_line = nullptr;
-    m_unanswered = false;
+    m_unanswered.clear();
     m_stopped = true;
     m_changed.notify_all();
     m_changed.wait(lock, [&] { return !m_sending; });
@@ -27,14 +38,22 @@ void ProgressLink::Detach() {
 
 void ProgressLink::Answered(bool abort) {
     const std::lock_guard lock(m_mutex);
-    m_unanswered = false;
-    m_abort = m_abort || abort;
+    if (m_unanswered.empty()) {
+        return; // to nothing
+    }
+    m_abort = m_abort || (abort && m_unanswered.front() == m_transfer);
+    m_unanswered.pop_front();
     m_changed.notify_all();
 }
 
 void ProgressLink::Begin() {
     const std::lock_guard lock(m_mutex);
     m_abort = false;
+    ++m_transfer;
+}
+
+bool ProgressLink::IsAnswered() const {
+    return m_unanswered.empty() || m_unanswered.back() != m_transfer;
 }
 
 /// The lock is open while the channel is used: its waits must not hold up the answer.
@@ -44,18 +63,24 @@ void ProgressLink::Send(std::uint64_t done, std::uint64_t total,
     message.position = KibiBytes(done);
     message.total = KibiBytes(total);
     ChannelLine& line = *m_line;
-    m_unanswered = m_sending = true;
+    m_unanswered.push_back(m_transfer);
+    m_sending = true;
     lock.unlock();
     const bool sent = line.SendMessage(Number(bridge::MessageId::Progress), message);
     lock.lock();
     m_sending = false;
-    m_unanswered = m_unanswered && sent;
+    if (!sent && !m_unanswered.empty()) { // nobody sends on a channel that failed once
+        m_unanswered.pop_back();
+    }
     m_changed.notify_all();
 }
 
 bool ProgressLink::Report(std::uint64_t done, std::uint64_t total) {
+    // A host that is busy with an earlier transfer still has room for the first report of this one.
+    constexpr std::size_t kMostUnanswered = 3;
     std::unique_lock lock(m_mutex);
-    if (m_line != nullptr && !m_unanswered && MayGoOn()) {
+    m_changed.wait(lock, [&] { return !m_sending || m_stopped; });
+    if (m_line != nullptr && IsAnswered() && m_unanswered.size() < kMostUnanswered && MayGoOn()) {
         Send(done, total, lock);
     }
     return MayGoOn();
@@ -63,11 +88,11 @@ bool ProgressLink::Report(std::uint64_t done, std::uint64_t total) {
 
 bool ProgressLink::ReportEnd(std::uint64_t total) {
     std::unique_lock lock(m_mutex);
-    const auto isAnswered = [&] { return !m_unanswered || m_stopped; };
-    m_changed.wait(lock, isAnswered);
+    const auto isFree = [&] { return (m_unanswered.empty() && !m_sending) || m_stopped; };
+    m_changed.wait(lock, isFree);
     if (m_line != nullptr && MayGoOn()) {
         Send(total, total, lock);
-        m_changed.wait(lock, isAnswered);
+        m_changed.wait(lock, isFree);
     }
     return MayGoOn();
 }
@@ -75,7 +100,7 @@ bool ProgressLink::ReportEnd(std::uint64_t total) {
 void ProgressLink::Drain() {
     constexpr std::chrono::seconds kDrainPatience{2};
     std::unique_lock lock(m_mutex);
-    m_changed.wait_for(lock, kDrainPatience, [&] { return !m_unanswered || m_stopped; });
+    m_changed.wait_for(lock, kDrainPatience, [&] { return IsAnswered() || m_stopped; });
 }
 
 void ProgressLink::Stop() {

@@ -8,28 +8,31 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <deque>
 #include <mutex>
 
 namespace nqp2::worker {
 
 /// Progress on a session's callback channel: one thread sends, another hears the answers.
-/// At most one report waits for its answer, so that a slow host never slows a copy.
+/// At most one report of a transfer waits for its answer, so that a slow host never slows a copy.
 class ProgressLink {
 public:
-    /// From now on reports go out on this channel, which outlives them: see Detach.
+    /// Answers the host's registration. Reports go out on that channel from then on, and an import
+    /// that follows the answer finds it so. The channel outlives them: see Detach.
     void Attach(ChannelLine& line);
     /// The host is gone: nothing goes out any more, nothing is waited for, and transfers end.
     void Detach();
-    /// The host has answered.
+    /// The host has answered the oldest report: the answer is for the transfer that sent it.
     void Answered(bool abort);
 
-    /// Forgets an earlier wish to abort.
+    /// Another transfer, which no earlier wish to abort is meant for.
     void Begin();
-    /// Sends the state unless a report is still unanswered. False once the host wants to abort.
+    /// Sends the state unless one of this transfer is still unanswered. False once the host wants to
+    /// abort it.
     [[nodiscard]] bool Report(std::uint64_t done, std::uint64_t total);
     /// Sends the last state and waits for what the host says to it.
     [[nodiscard]] bool ReportEnd(std::uint64_t total);
-    /// Waits a little for an answer that is under way, so that it is not taken for a later one's.
+    /// Waits a little for the host's callback, which is to hear nothing of a transfer that is over.
     void Drain();
     /// Ends every transfer of the session, now and later.
     void Stop();
@@ -38,12 +41,15 @@ public:
 
 private:
     void Send(std::uint64_t done, std::uint64_t total, std::unique_lock<std::mutex>& lock);
+    /// Of this transfer; those of earlier ones stand before them.
+    [[nodiscard]] bool IsAnswered() const;
     [[nodiscard]] bool MayGoOn() const { return !m_abort && !m_stopped; }
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
     ChannelLine* m_line = nullptr;
-    bool m_unanswered = false;
+    std::deque<std::uint64_t> m_unanswered; ///< the transfers of the reports, oldest first
+    std::uint64_t m_transfer = 0;
     bool m_sending = false;
     bool m_abort = false;
     bool m_stopped = false;

@@ -4,6 +4,7 @@
 #include "worker/server.h"
 
 #include "bridge/message_ids.h"
+#include "platform/guard.h"
 #include "worker/host_services.h"
 #include "worker/session.h"
 
@@ -40,8 +41,8 @@ void Server::AddSession(ChannelHandle requests) {
 }
 
 void Server::AddHost(ChannelHandle server) {
-    const auto line = std::make_shared<ChannelLine>(m_table, server);
-    Run([line] { TalkToHost(*line); }, [line] { line->Close(); });
+    const auto talk = std::make_shared<HostTalk>(m_table, server);
+    Run([talk] { talk->Serve(); }, [talk] { talk->Stop(); });
 }
 
 void Server::Run(std::function<void()> serve, std::function<void()> stop) {
@@ -53,7 +54,11 @@ void Server::Run(std::function<void()> serve, std::function<void()> stop) {
     }
     try {
         service.thread = std::thread([this, &service, work = std::move(serve)]() mutable {
-            work();
+            // One that has no thread for its channels, or no memory, ends alone.
+            platform::Guarded(false, [&] {
+                work();
+                return true;
+            });
             work = nullptr;
             // What was served goes now, a running recording with it, not when the next host comes.
             std::function<void()> last;

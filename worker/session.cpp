@@ -4,10 +4,13 @@
 #include "worker/session.h"
 
 #include "bridge/message_ids.h"
+#include "platform/guard.h"
 #include "worker/dispatch.h"
-#include "worker/host_services.h"
 
+#include <functional>
+#include <optional>
 #include <thread>
+#include <utility>
 
 namespace nqp2::worker {
 namespace {
@@ -18,57 +21,81 @@ void HearCallback(ChannelLine& line, ProgressLink& progress, std::uint32_t id,
                   unsigned char* buffer, std::int32_t length) {
     bridge::ProgressMessage answer;
     if (id == Number(MessageId::RegisterProgress)) {
-        bridge::ResultMessage registered;
-        registered.result = bridge::kDone;
-        if (line.SendMessage(id, registered)) {
-            progress.Attach(line);
-        }
+        progress.Attach(line);
     } else if (id == Number(MessageId::Progress) && answer.Restore(buffer, length) != 0) {
         progress.Answered(answer.abort != 0);
     }
 }
 
+/// Whatever is thrown there, running out of memory included, ends what it does and no more.
+void RunQuietly(const std::function<void()>& work) {
+    platform::Guarded(false, [&] {
+        work();
+        return true;
+    });
+}
+
+/// A thread that is waited for at the end. Throws when the system has none to give.
+class JoinedThread {
+public:
+    explicit JoinedThread(std::function<void()> work)
+        : m_thread([run = std::move(work)] { RunQuietly(run); }) {}
+    JoinedThread(const JoinedThread&) = delete;
+    JoinedThread& operator=(const JoinedThread&) = delete;
+    ~JoinedThread() { m_thread.join(); }
+
+private:
+    std::thread m_thread;
+};
+
 } // namespace
 
 void Session::ServeRequests() {
+    // The reply's buffer is asked for when the work is done: a host that leaves meanwhile, or an end
+    // of the worker, finds nothing of it in use.
     const auto answer = [&](std::uint32_t id, unsigned char* request, std::int32_t length) {
-        m_requests.Send(id, [&](unsigned char* reply, std::int32_t capacity) {
-            return Dispatch(m_operations, id, request, length, reply, capacity);
-        });
+        m_requests.Send(id, Dispatch(m_operations, id, request, length));
     };
     while (m_requests.Receive(answer)) {
     }
 }
 
 void Session::ServeCallbacks() {
-    ChannelLine callbacks = m_requests.TakeSubChannel(bridge::kProxyChannelId, kNoTimeout);
-    if (!callbacks.IsOpen()) {
+    if (!m_callbacks.TakeBeside(m_requests, bridge::kProxyChannelId, kNoTimeout)) {
         return;
     }
-    std::thread services([&] {
-        ChannelLine server = callbacks.TakeSubChannel(bridge::kRequestServerId, kNoTimeout);
-        TalkToHost(server);
-    });
     const auto hear = [&](std::uint32_t id, unsigned char* buffer, std::int32_t length) {
-        HearCallback(callbacks, m_progress, id, buffer, length);
+        HearCallback(m_callbacks, m_progress, id, buffer, length);
     };
-    while (callbacks.Receive(hear)) {
+    std::optional<JoinedThread> services;
+    RunQuietly([&] { // a session does without the host's services
+        services.emplace([this] { m_host.ServeBeside(m_callbacks); });
+    });
+    while (m_callbacks.Receive(hear)) {
     }
+    EndCallbacks();
+}
+
+/// A transfer that is under way learns here that the host has gone.
+void Session::EndCallbacks() {
     m_progress.Detach();
-    callbacks.Close();
-    services.join();
+    m_callbacks.Close();
 }
 
 void Session::Serve() {
-    std::thread callbacks([this] { ServeCallbacks(); });
+    const JoinedThread callbacks([this] {
+        RunQuietly([this] { ServeCallbacks(); });
+        EndCallbacks();
+    });
     ServeRequests();
-    m_requests.Close();
-    callbacks.join();
+    Stop();
 }
 
 void Session::Stop() {
     m_progress.Stop();
     m_requests.Close();
+    m_callbacks.Close();
+    m_host.Stop();
 }
 
 } // namespace nqp2::worker

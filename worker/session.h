@@ -5,6 +5,7 @@
 
 #include "channel/SysInterface.h"
 #include "worker/channel_line.h"
+#include "worker/host_services.h"
 #include "worker/operations.h"
 #include "worker/progress_link.h"
 
@@ -14,11 +15,13 @@ namespace nqp2::worker {
 class Session {
 public:
     Session(const SysInterfaceTable& table, ChannelHandle requests)
-        : m_requests(table, requests), m_operations(m_progress) {}
+        : m_requests(table, requests), m_callbacks(table), m_host(table), m_operations(m_progress) {
+    }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
     /// Serves until the library closes the channel or is gone; what is unfinished then is dropped.
+    /// Throws when there is no thread for it.
     void Serve();
     /// Lets Serve end soon. From any thread.
     void Stop();
@@ -27,8 +30,11 @@ private:
     void ServeRequests();
     /// Takes the callback channel and hears it.
     void ServeCallbacks();
+    void EndCallbacks();
 
     ChannelLine m_requests;
+    ChannelLine m_callbacks;
+    HostTalk m_host;
     ProgressLink m_progress;
     Operations m_operations;
 };

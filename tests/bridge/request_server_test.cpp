@@ -91,6 +91,24 @@ TEST_F(RequestServerTest, AConnectionEndsOnGoodbyeOrWithItsChannelAndMakesRoom) 
     EXPECT_EQ(m_channels.OpenChannels(), 0U);
 }
 
+TEST_F(RequestServerTest, SixteenConnectionsAreEnough) {
+    Start();
+    const auto answers = [&] { return m_channels.Sent("server").size(); }; // the first announces
+    for (std::size_t count = 1; count <= 20; ++count) {
+        Connect();
+        ASSERT_TRUE(m_channels.WaitFor("server Send 51 16", static_cast<std::ptrdiff_t>(count)));
+        ASSERT_EQ(answers(), count + 1);
+        EXPECT_EQ(m_channels.Sent("server").back().second == Bytes(16), count > 16) << count;
+    }
+    EXPECT_EQ(m_channels.OpenChannels(), 1U + 2 * 16);
+    m_channels.Push("connection", 52, ReadWireExample("52").bytes);
+    ASSERT_TRUE(m_channels.WaitFor("connection Release 16", 17)) << "the goodbye";
+    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // for the thread to end
+    Connect();
+    ASSERT_TRUE(m_channels.WaitFor("server Send 51 16", 21));
+    EXPECT_NE(m_channels.Sent("server").back().second, Bytes(16)) << "there is room again";
+}
+
 TEST_F(RequestServerTest, AFailedOpenIsAnsweredWithZeros) {
     struct Case {
         const char* why;

@@ -269,19 +269,5 @@ TEST_F(WorkerChannelTest, AHostileWorkerFailsRequestsAndHoldsUpNoClose) {
     }
 }
 
-TEST_F(WorkerChannelTest, ManyParsersOneAfterTheOtherLeaveNothingBehind) {
-    const auto useOne = [] {
-        Worker worker;
-        CNQP2Parser parser;
-        EXPECT_EQ(parser.StartRTExport(1), 1);
-    };
-    useOne();
-    const test::Holdings before = test::Settled();
-    for (int i = 0; i < 10; ++i) {
-        useOne();
-    }
-    EXPECT_TRUE(test::IsBackTo(before));
-}
-
 } // namespace
 } // namespace nqp2::bridge

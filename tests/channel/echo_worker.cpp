@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-// The worker of the tests: sends back what it gets. With "--deaf" it never listens.
+// The worker of the tests: sends back what it gets. With "--deaf" it never listens; with
+// "--lingers" it takes its time to end.
 
 #include "tests/channel/echo_worker.h"
 
@@ -74,11 +75,29 @@ void Serve(ChannelHandle channel) {
     second.join();
 }
 
+void Linger(int) {
+    usleep(300000);
+    _exit(0);
+}
+
 int Main(int argc, char** argv) {
+    if (argc > 1 && std::string(argv[1]) == "--lingers") {
+        std::signal(SIGTERM, Linger);
+    }
     if (argc > 1 && std::string(argv[1]) == "--deaf") {
         pause();
     }
-    if (argc < 3 || std::string(argv[argc - 2]) != "--socket" || !ListenForHosts(argv[argc - 1])) {
+    ListenSettings settings;
+    settings.whenAlone = [] { kill(getpid(), SIGTERM); };
+    for (int i = 1; i + 1 < argc; ++i) {
+        const std::string name = argv[i];
+        if (name == "--host") {
+            settings.hostDescriptor = std::atoi(argv[i + 1]);
+        } else if (name == "--socket") {
+            settings.socket = argv[i + 1];
+        }
+    }
+    if (!ListenForHosts(settings)) {
         return 2;
     }
     while (const ChannelHandle channel =

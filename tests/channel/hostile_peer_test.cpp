@@ -59,10 +59,10 @@ platform::Descriptor MemoryFile(std::size_t size, int seals) {
 constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW;
 constexpr std::size_t kGoodSize = 4 * 4096;
 
-/// A first packet that is right, to be spoiled.
-Packet GoodHello() {
+/// A channel on a line that is right, to be spoiled.
+Packet GoodOffer() {
     Packet packet;
-    packet.kind = PacketKind::Hello;
+    packet.kind = PacketKind::Offer;
     packet.id = 7;
     packet.sendSize = packet.receiveSize = 4096;
     packet.sendSlots = packet.receiveSlots = 4;
@@ -92,6 +92,11 @@ protected:
         EXPECT_EQ(WorkerEnd().CreateChannel(7, 0, 0, 0, 0), 0U);
     }
     platform::Descriptor Visit() { return ConnectTo(m_folder.Socket()); }
+    platform::Descriptor VisitPolitely() {
+        platform::Descriptor line = Visit();
+        SendRaw(line.Get(), Packet());
+        return line;
+    }
 };
 
 TEST_F(HostileHostTest, MemoryThatIsNotAsPromisedIsRefused) {
@@ -101,21 +106,25 @@ TEST_F(HostileHostTest, MemoryThatIsNotAsPromisedIsRefused) {
         const platform::Descriptor badFile = bad.make();
         const platform::Descriptor goodFile = MemoryFile(kGoodSize, kSeals);
         for (const bool badFirst : {true, false}) {
-            const platform::Descriptor socket = Visit();
-            SendRaw(socket.Get(), GoodHello(),
-                    badFirst ? std::vector{badFile.Get(), goodFile.Get()}
-                             : std::vector{goodFile.Get(), badFile.Get()});
-            ExpectRefused(socket);
+            const platform::Descriptor line = VisitPolitely();
+            auto ends = MakeSocketPair();
+            const int end = ends->second.Get();
+            SendRaw(line.Get(), GoodOffer(),
+                    badFirst ? std::vector{end, badFile.Get(), goodFile.Get()}
+                             : std::vector{end, goodFile.Get(), badFile.Get()});
+            ends->second = {};
+            ExpectRefused(ends->first);
         }
     }
     EXPECT_TRUE(test::IsBackTo(before));
     Connect();
 }
 
-TEST_F(HostileHostTest, FirstPacketsThatAreNoneAreRefused) {
+TEST_F(HostileHostTest, PacketsThatAreNoneEndTheLine) {
     const test::Holdings before = test::Settled();
     const platform::Descriptor file = MemoryFile(kGoodSize, kSeals);
     const int number = file.Get();
+    const std::vector<int> files(3, number);
     struct Case {
         const char* what;
         std::function<void(Packet&)> spoil;
@@ -126,27 +135,29 @@ TEST_F(HostileHostTest, FirstPacketsThatAreNoneAreRefused) {
     const Case cases[] = {
         {"no memory", [](Packet&) {}, {}},
         {"one file", [](Packet&) {}, {number}},
-        {"three files", [](Packet&) {}, {number, number, number}},
         {"many files", [](Packet&) {}, std::vector<int>(40, number)},
-        {"cut off", [](Packet&) {}, {number, number}, 31},
+        {"cut off", [](Packet&) {}, files, 31},
         {"another kind", [](Packet& p) { p.kind = PacketKind::Data; }, {}},
-        {"an offer", [](Packet& p) { p.kind = PacketKind::Offer; }, {number, number, number}},
+        {"a second greeting", [](Packet& p) { p.kind = PacketKind::Hello; }, {}},
         {"unknown kind", [](Packet& p) { p.kind = static_cast<PacketKind>(77); }, {}},
-        {"size of 0", [](Packet& p) { p.sendSize = 0; }, {number, number}},
-        {"huge", [](Packet& p) { p.receiveSize = 0xFFFFFFFF; }, {number, number}},
-        {"slots", [](Packet& p) { p.receiveSlots = 5; }, {number, number}},
+        {"size of 0", [](Packet& p) { p.sendSize = 0; }, files},
+        {"huge", [](Packet& p) { p.receiveSize = 0xFFFFFFFF; }, files},
+        {"slots", [](Packet& p) { p.receiveSlots = 5; }, files},
     };
     for (const Case& wrong : cases) {
         SCOPED_TRACE(wrong.what);
-        Packet packet = GoodHello();
+        Packet packet = GoodOffer();
         wrong.spoil(packet);
-        const platform::Descriptor socket = Visit();
-        SendRaw(socket.Get(), &packet, wrong.length, wrong.files);
-        ExpectRefused(socket);
+        const platform::Descriptor line = VisitPolitely();
+        SendRaw(line.Get(), &packet, wrong.length, wrong.files);
+        ExpectRefused(line);
     }
-    const platform::Descriptor socket = Visit();
-    SendRaw(socket.Get(), longer.data(), longer.size(), {});
-    ExpectRefused(socket);
+    platform::Descriptor line = VisitPolitely();
+    SendRaw(line.Get(), longer.data(), longer.size(), {});
+    ExpectRefused(line);
+    line = Visit();
+    SendRaw(line.Get(), GoodOffer(), files); // without a greeting
+    ExpectRefused(line);
     EXPECT_TRUE(test::IsBackTo(before, 2));
 }
 
@@ -186,7 +197,7 @@ private:
 };
 
 Packet PacketOf(PacketKind kind, std::uint32_t slot = 0, std::uint32_t length = 0) {
-    Packet packet = GoodHello();
+    Packet packet = GoodOffer();
     packet.kind = kind;
     packet.slot = slot;
     packet.length = length;
@@ -209,7 +220,7 @@ TEST(HostileTalkTest, PacketsThatNoHonestPeerSendsEndTheChannel) {
         {"slot that was not sent", PacketOf(PacketKind::Release, 1), {}},
         {"released slot too high", PacketOf(PacketKind::Release, 33), {}},
         {"file with a message", PacketOf(PacketKind::Data), {file.Get()}},
-        {"second hello", PacketOf(PacketKind::Hello), {file.Get(), file.Get()}},
+        {"greeting", PacketOf(PacketKind::Hello), {}},
         {"late answer", PacketOf(PacketKind::Acknowledge), {}},
         {"stream offered", PacketOf(PacketKind::Offer), {plain.Get(), file.Get(), file.Get()}},
         {"file offered as socket",
@@ -263,20 +274,30 @@ TEST(HostileWorkerTest, AnAnswerThatIsNoneOpensNoChannel) {
     platform::Descriptor listener;
     ASSERT_TRUE(ListenOn(folder.Socket(), listener));
     ASSERT_TRUE(UseWorker({.socket = folder.Socket()}));
-    accept(listener.Get(), nullptr, nullptr); // UseWorker's look
+    const platform::Descriptor line(accept(listener.Get(), nullptr, nullptr));
+    ReceivedPacket heard;
+    const auto next = [&] { // what the host says on its line, the greeting first
+        while (ReceivePacketFrom(line.Get(), heard) == Traffic::Nothing) {
+            std::this_thread::yield();
+        }
+        return heard.packet.kind;
+    };
+    EXPECT_EQ(next(), PacketKind::Hello);
     Packet other = PacketOf(PacketKind::Acknowledge);
     other.id = 8;
-    for (const Packet& answer : {PacketOf(PacketKind::Data), other}) {
+    const Packet data = PacketOf(PacketKind::Data);
+    for (const Packet* const answer :
+         {&data, &std::as_const(other), static_cast<const Packet*>(nullptr)}) {
         std::thread worker([&] {
-            const platform::Descriptor socket(accept(listener.Get(), nullptr, nullptr));
-            SendRaw(socket.Get(), answer);
+            EXPECT_EQ(next(), PacketKind::Offer);
+            if (answer != nullptr) {
+                SendRaw(heard.descriptors[0].Get(), *answer);
+            }
+            heard = {}; // closes the channel
         });
         EXPECT_EQ(Host().CreateChannel(7, 4096, 4096, kForEver, kForEver), 0U);
         worker.join();
     }
-    std::thread worker([&] { close(accept(listener.Get(), nullptr, nullptr)); });
-    EXPECT_EQ(Host().CreateChannel(7, 4096, 4096, kForEver, kForEver), 0U);
-    worker.join();
     LeaveWorker();
 }
 

@@ -84,6 +84,34 @@ TEST_F(LifeCycleTest, CloseEndsWhoeverWaitsInside) {
               kSlack);
 }
 
+/// Whoever closes, and on either side: what is held can be read and written until it is back.
+TEST_F(LifeCycleTest, BuffersThatAreHeldOutliveTheirChannel) {
+    const Holdings before = Settled();
+    for (const bool ofTheHost : {true, false}) {
+        Connect(100000, 100000);
+        const SysInterfaceTable& table = ofTheHost ? Host() : WorkerEnd();
+        ChannelHandle& field = ofTheHost ? m_host : m_worker;
+        ASSERT_EQ(ofTheHost ? SendPattern(WorkerEnd(), m_worker, 9, 100000)
+                            : SendPattern(Host(), m_host, 9, 100000),
+                  kChannelDone);
+        const ChannelHandle handle = field;
+        const Received received = Receive(table, handle);
+        void* granted = nullptr;
+        std::int32_t capacity = 0;
+        ASSERT_EQ(table.GetSendBuffer(handle, &granted, &capacity, nullptr), kChannelDone);
+        std::thread([&] { table.CloseChannel(&field); }).join();
+        Host().CloseChannel(&m_host);
+        WorkerEnd().CloseChannel(&m_worker);
+        EXPECT_TRUE(HasPattern(received.buffer, 100000, 9));
+        FillPattern(granted, 100000, 1);
+        EXPECT_EQ(Receive(table, handle).status, kChannelClosed);
+        EXPECT_EQ(table.SendPacket(handle, 1, granted, 100000), kChannelClosed);
+        EXPECT_TRUE(HasPattern(received.buffer, 100000, 9));
+        EXPECT_EQ(table.ReleasePacket(handle, received.buffer, 0), kChannelClosed);
+    }
+    EXPECT_TRUE(IsBackTo(before));
+}
+
 TEST_F(LifeCycleTest, SubChannelsAreTakenByIdAndOutliveTheirParent) {
     Connect(5000, 6000, 2000);
     const ChannelHandle first = Host().OpenSubChannel(m_host, 50, 100, 200, 0, 0);

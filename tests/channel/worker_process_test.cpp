@@ -8,10 +8,19 @@
 #include "tests/support/child_process.h"
 
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
+#include <functional>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <random>
+#include <sys/prctl.h>
+#include <sys/ptrace.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
 
 namespace nqp2::test {
 namespace {
@@ -23,14 +32,10 @@ pid_t Worker() {
 }
 
 class WorkerProcessTest : public testing::Test {
-protected:
+public:
     ~WorkerProcessTest() override { LeaveWorker(); }
 
-    /// Ends with the test, whatever ends that.
-    void Start() {
-        ASSERT_TRUE(
-            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
-    }
+    void Start() { ASSERT_TRUE(UseWorker({.program = kProgram, .socket = m_folder.Socket()})); }
     static ChannelHandle Open(std::uint32_t size = 4096, std::uint32_t timeOut = kForEver) {
         return Host().CreateChannel(kEchoChannel, size, size, timeOut, timeOut);
     }
@@ -49,6 +54,7 @@ protected:
         return answer.status;
     }
 
+protected:
     SocketFolder m_folder;
 };
 
@@ -58,8 +64,8 @@ TEST_F(WorkerProcessTest, IsStartedFoundAndEnded) {
     ASSERT_NE(worker, 0);
     ChannelHandle channel = Open(kRequestSize);
     EXPECT_EQ(Ask(channel, kRequestSize), kChannelDone);
-    // Standard input, output and error, socket, eventfd, channel and the two processes' watch.
-    EXPECT_TRUE(Eventually([&] { return HeldBy(std::to_string(worker)).descriptors == 7; }));
+    // Standard input, output and error, socket, eventfd, line, channel and the host's watch.
+    EXPECT_TRUE(Eventually([&] { return HeldBy(std::to_string(worker)).descriptors == 8; }));
     // A second host finds what the first one started.
     EXPECT_EQ(RunInChild([&] {
                   const bool found = static_cast<bool>(UseWorker({.socket = m_folder.Socket()}));
@@ -74,17 +80,92 @@ TEST_F(WorkerProcessTest, IsStartedFoundAndEnded) {
     Host().CloseChannel(&channel);
 }
 
-TEST_F(WorkerProcessTest, APlaceIsMadeAndRemoved) {
-    setenv("XDG_RUNTIME_DIR", m_folder.Path().c_str(), 1);
-    ASSERT_TRUE(UseWorker({.program = kProgram}));
+/// How a host ends, and what it did before; its worker has ended soon after.
+struct HostEnd {
+    const char* name;
+    std::function<void()> act;
+    bool asksFirst = false;
+};
+
+TEST_F(WorkerProcessTest, AWorkerEndsWithItsLastHostHoweverThatDied) {
+    const HostEnd ends[] = {
+        {"left", [] { LeaveWorker(); }, true},
+        {"_exit with open channels", [] { _exit(0); }, true},
+        {"killed", [] { kill(getpid(), SIGKILL); }, true},
+        {"crashed", [] { std::abort(); }},
+        {"the thread that started it ended, then the host",
+         [] { std::thread([] { EXPECT_TRUE(UseWorker({.program = kProgram})); }).join(); }},
+        {"a child lives on",
+         [] {
+             if (fork() == 0) {
+                 sleep(3);
+                 _exit(0);
+             }
+             _exit(0);
+         }},
+    };
+    for (const HostEnd& end : ends) {
+        SCOPED_TRACE(end.name);
+        int report[2] = {-1, -1};
+        ASSERT_EQ(pipe2(report, O_CLOEXEC), 0);
+        RunInChild([&] {
+            rlimit none{};
+            setrlimit(RLIMIT_CORE, &none);
+            static_cast<void>(UseWorker({.program = kProgram}));
+            const bool isAnswered = !end.asksFirst || Ask(Open(), 3) == kChannelDone;
+            const pid_t worker = isAnswered ? Worker() : 0;
+            EXPECT_EQ(write(report[1], &worker, sizeof(worker)), sizeof(worker));
+            end.act();
+            return 0;
+        });
+        pid_t worker = 0;
+        ASSERT_EQ(read(report[0], &worker, sizeof(worker)), sizeof(worker));
+        close(report[0]);
+        close(report[1]);
+        ASSERT_GT(worker, 0);
+        EXPECT_LT(TimeOf([&] { EXPECT_TRUE(Eventually([&] { return !IsRunning(worker); })); }),
+                  kSlack);
+    }
+}
+
+TEST_F(WorkerProcessTest, AWorkerStaysForAHostThatCameLater) {
+    int hold[2] = {-1, -1};
+    ASSERT_EQ(pipe2(hold, O_CLOEXEC), 0);
+    const pid_t first = fork();
+    if (first == 0) {
+        close(hold[1]);
+        const bool isStarted =
+            static_cast<bool>(UseWorker({.program = kProgram, .socket = m_folder.Socket()}));
+        char word = 0;
+        _exit(isStarted && read(hold[0], &word, 1) == 1 ? 7 : 1);
+    }
+    EXPECT_TRUE(
+        Eventually([&] { return static_cast<bool>(UseWorker({.socket = m_folder.Socket()})); }));
+    EXPECT_EQ(write(hold[1], "x", 1), 1);
+    int status = 0;
+    waitpid(first, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 7);
+    close(hold[0]);
+    close(hold[1]);
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
     ChannelHandle channel = Open();
     EXPECT_EQ(Ask(channel, 10), kChannelDone);
-    EXPECT_EQ(CountEntries(m_folder.Path("nqp2")), 1U);
     LeaveWorker();
-    EXPECT_EQ(CountEntries(m_folder.Path("nqp2")), 0U);
-    unsetenv("XDG_RUNTIME_DIR");
-    ASSERT_TRUE(UseWorker({.program = kProgram}));
+    EXPECT_EQ(Ask(channel, 10), kChannelDone) << "open channels stay";
     Host().CloseChannel(&channel);
+    EXPECT_TRUE(Eventually([&] { return !UseWorker({.socket = m_folder.Socket()}); }));
+}
+
+TEST_F(WorkerProcessTest, ASocketFileThatCannotBeHadStopsNoWorker) {
+    m_folder.Write("file", "somebody's");
+    for (const std::string& socket :
+         {m_folder.Path("missing/s"), m_folder.Path(std::string(200, 'a')), m_folder.Path("file"),
+          std::string("/proc/s")}) {
+        ASSERT_TRUE(UseWorker({.program = kProgram, .socket = socket})) << socket;
+        ChannelHandle channel = Open();
+        EXPECT_EQ(Ask(channel, 10), kChannelDone);
+        Host().CloseChannel(&channel);
+    }
 }
 
 TEST_F(WorkerProcessTest, WhatDoesNotStartIsReported) {
@@ -101,6 +182,220 @@ TEST_F(WorkerProcessTest, WhatDoesNotStartIsReported) {
     EXPECT_FALSE(UseWorker({}));
     EXPECT_EQ(Open(), 0U);
     EXPECT_TRUE(IsBackTo(before));
+}
+
+/// A handled signal every 100 microseconds, on whatever thread the system picks.
+class SignalStorm {
+public:
+    SignalStorm() {
+        std::signal(SIGALRM, [](int) {});
+        const itimerval often{{0, 100}, {0, 100}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+    }
+    ~SignalStorm() {
+        const itimerval never{};
+        setitimer(ITIMER_REAL, &never, nullptr);
+        std::signal(SIGALRM, SIG_DFL);
+    }
+    SignalStorm(const SignalStorm&) = delete;
+    SignalStorm& operator=(const SignalStorm&) = delete;
+};
+
+/// A host as few are, in a process of its own: what it does before, and what it then finds.
+struct OddHost {
+    const char* name;
+    std::function<void()> become;
+};
+
+/// A filter under which one system call fails with that error, in this process and its children.
+void FailCall(long call, int error) {
+    const sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<std::uint32_t>(error)),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog filter{std::size(program), const_cast<sock_filter*>(program)};
+    if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0 ||
+        prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0) {
+        _exit(77);
+    }
+}
+
+void ReapEveryChild() {
+    std::thread([] {
+        while (true) {
+            waitpid(-1, nullptr, 0);
+        }
+    }).detach();
+}
+
+const OddHost kOddHosts[] = {
+    {"ignores SIGCHLD", [] { std::signal(SIGCHLD, SIG_IGN); }},
+    {"reaps all children", ReapEveryChild},
+    {"blocks and ignores SIGTERM",
+     [] {
+         std::signal(SIGTERM, SIG_IGN);
+         sigset_t all;
+         sigfillset(&all);
+         pthread_sigmask(SIG_SETMASK, &all, nullptr);
+     }},
+    {"no standard input", [] { close(0); }},
+    {"no standard output and error", [] { close(1), close(2); }},
+    {"no standard files", [] { close(0), close(1), close(2); }},
+    {"no pidfds", [] { FailCall(SYS_pidfd_open, ENOSYS); }},
+    {"pidfds that take no signals", [] { FailCall(SYS_pidfd_send_signal, EPERM); }},
+    {"no close_range", [] { FailCall(SYS_close_range, ENOSYS); }},
+    {"a timer", [] { static const SignalStorm storm; }},
+};
+
+/// 0, or the number of the first thing that was not as it should be.
+int UseWorkerOddly(const std::string& socket) {
+    alarm(20); // ends what hangs
+    int step = 0;
+    int failed = 0;
+    const auto expect = [&](bool isSound) {
+        ++step;
+        failed = failed == 0 && !isSound ? step : failed;
+    };
+    const std::size_t before = HeldBy().descriptors;
+    const std::string reason = UseWorker({.program = "/nowhere/worker"}).reason;
+    expect(reason.find("No such file") != std::string::npos);
+    expect(UseWorker({.program = "/bin/false"}).reason.find("ended") != std::string::npos);
+    expect(static_cast<bool>(UseWorker({.program = kProgram, .socket = socket})));
+    const pid_t worker = Worker();
+    for (const char* const number : {"0", "1", "2"}) {
+        const std::string file = "/proc/" + std::to_string(worker) + "/fd/" + number;
+        std::error_code error;
+        const std::string target = std::filesystem::read_symlink(file, error).string();
+        expect(!error && target.find("socket:") == std::string::npos);
+    }
+    ChannelHandle channel = WorkerProcessTest::Open();
+    expect(WorkerProcessTest::Ask(channel, 10) == kChannelDone);
+    LeaveWorker();
+    expect(!IsRunning(worker));
+    Host().CloseChannel(&channel);
+    expect(Eventually([&] { return HeldBy().descriptors == before; }));
+    return failed;
+}
+
+TEST_F(WorkerProcessTest, StartsAndEndsInHostsAsFewAre) {
+    for (const OddHost& odd : kOddHosts) {
+        EXPECT_EQ(RunInChild([&] {
+                      odd.become();
+                      return UseWorkerOddly(m_folder.Socket());
+                  }),
+                  0)
+            << odd.name << ": the number of the step that failed";
+        EXPECT_EQ(CountEntries(m_folder.Path()), 0U) << odd.name;
+    }
+}
+
+/// Keeps a process from vanishing: it stands still on its way out for as long as this lives, as one
+/// does that the system holds at a medium.
+class Held {
+public:
+    explicit Held(pid_t process) : m_process(process) {
+        EXPECT_EQ(ptrace(PTRACE_SEIZE, process, nullptr, PTRACE_O_TRACEEXIT), 0);
+    }
+    ~Held() {
+        ptrace(PTRACE_CONT, m_process, nullptr, nullptr);
+        ptrace(PTRACE_DETACH, m_process, nullptr, nullptr);
+    }
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+
+private:
+    pid_t m_process;
+};
+
+TEST_F(WorkerProcessTest, AWorkerThatCannotDieIsGivenUpAndHoldsUpNobody) {
+    const Holdings before = Settled();
+    Start();
+    const pid_t worker = Worker();
+    {
+        const Held held(worker);
+        std::thread leaving([] { EXPECT_LT(TimeOf([] { LeaveWorker(); }), 4000 + 2 * kSlack); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        EXPECT_LT(TimeOf([] {
+                      EXPECT_TRUE(UseWorker({.program = kProgram}));
+                      ChannelHandle channel = Open();
+                      EXPECT_EQ(Ask(channel, 10), kChannelDone);
+                      Host().CloseChannel(&channel);
+                  }),
+                  kSlack);
+        leaving.join();
+        EXPECT_TRUE(IsRunning(worker)) << "it was held";
+    }
+    EXPECT_TRUE(Eventually([&] {
+        LeaveWorker(); // takes leave of the first as well
+        return kill(worker, 0) != 0;
+    }));
+    EXPECT_TRUE(IsBackTo(before));
+}
+
+/// The set-up of worker and channels with a limit on the process, or a call of it failing: 0 when
+/// nothing hangs, crashes or is left behind, whatever came of it.
+int SetUpWith(const std::function<void()>& limit, const std::function<void()>& unlimit) {
+    alarm(30);
+    static_cast<void>(Settled());
+    const Holdings before = Settled();
+    limit();
+    const bool isUsed = static_cast<bool>(UseWorker({.program = kProgram}));
+    ChannelHandle channel = WorkerProcessTest::Open(45360000, 3000);
+    ChannelHandle sub = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 3000);
+    const std::int32_t answer = channel != 0 ? WorkerProcessTest::Ask(channel, 100) : 0;
+    unlimit();
+    Host().CloseChannel(&sub);
+    Host().CloseChannel(&channel);
+    LeaveWorker();
+    const bool isSound = answer <= kChannelDone && (isUsed || channel == 0);
+    return isSound && IsBackTo(before) && Worker() == 0 ? 0 : 1;
+}
+
+void Limit(__rlimit_resource resource, rlim_t limit) {
+    rlimit now{};
+    getrlimit(resource, &now);
+    now.rlim_cur = std::min(limit, now.rlim_max);
+    setrlimit(resource, &now);
+}
+
+TEST_F(WorkerProcessTest, ASetUpThatFailsAnywhereHangsNowhereAndLeavesNothing) {
+    const std::size_t open = HeldBy().descriptors;
+    for (std::size_t more = 0; more < 16; ++more) {
+        EXPECT_EQ(RunInChild([&] {
+                      return SetUpWith([&] { Limit(RLIMIT_NOFILE, open + more); },
+                                       [] { Limit(RLIMIT_NOFILE, 1024); });
+                  }),
+                  0)
+            << more << " more descriptors";
+    }
+    for (const rlim_t size : {rlim_t{1}, rlim_t{16384}, rlim_t{1000000}}) {
+        EXPECT_EQ(RunInChild([&] {
+                      return SetUpWith([&] { Limit(RLIMIT_FSIZE, size); },
+                                       [] { Limit(RLIMIT_FSIZE, RLIM_INFINITY); });
+                  }),
+                  0)
+            << "files of " << size << " bytes";
+    }
+    struct Failure {
+        const char* name;
+        long call;
+        int error;
+    };
+    constexpr Failure kFailures[] = {
+        {"socketpair", SYS_socketpair, EMFILE}, {"memfd_create", SYS_memfd_create, EMFILE},
+        {"ftruncate", SYS_ftruncate, EFBIG},    {"sendmsg", SYS_sendmsg, EPERM},
+        {"recvmsg", SYS_recvmsg, EPERM},        {"clone", SYS_clone, EAGAIN},
+        {"execve", SYS_execve, EACCES},         {"pidfd_open", SYS_pidfd_open, EMFILE},
+        {"eventfd2", SYS_eventfd2, EMFILE},     {"getsockopt", SYS_getsockopt, ENOBUFS},
+        {"sendto", SYS_sendto, ENOBUFS}};
+    for (const Failure& failure : kFailures) {
+        EXPECT_EQ(RunInChild([&] {
+                      return SetUpWith([&] { FailCall(failure.call, failure.error); }, [] {});
+                  }),
+                  0)
+            << failure.name;
+    }
 }
 
 TEST_F(WorkerProcessTest, TheHostsOtherChildrenStayItsOwn) {
@@ -122,12 +417,19 @@ TEST_F(WorkerProcessTest, TheHostsOtherChildrenStayItsOwn) {
     LeaveWorker();
 }
 
-TEST_F(WorkerProcessTest, EndsWithTheThreadThatStartedItWhenAsked) {
-    std::thread([&] {
-        EXPECT_TRUE(
-            UseWorker({.program = kProgram, .socket = m_folder.Socket(), .endsWithThread = true}));
-    }).join();
-    EXPECT_TRUE(Eventually([] { return Open() == 0; }));
+TEST_F(WorkerProcessTest, SignalsOfTheHostCutNoWaitShort) {
+    const SignalStorm storm;
+    ASSERT_TRUE(
+        UseWorker({.program = kProgram, .arguments = {"--lingers"}, .socket = m_folder.Socket()}));
+    for (int i = 0; i < 1500; ++i) {
+        ChannelHandle channel = Open(64, i % 100 == 0 ? 30 : kForEver);
+        ASSERT_EQ(Ask(channel, 3), kChannelDone) << i;
+        if (i % 100 == 0) { // silence is waited for to the end
+            EXPECT_GE(TimeOf([&] { EXPECT_EQ(NextId(Host(), channel), kChannelTimedOut); }), 30);
+        }
+        Host().CloseChannel(&channel);
+    }
+    EXPECT_GE(TimeOf([] { LeaveWorker(); }), 250) << "it was not left the time to end";
 }
 
 TEST_F(WorkerProcessTest, AChildThatHoldsTheSocketDoesNotHideTheEnd) {
@@ -205,56 +507,6 @@ TEST_F(WorkerProcessTest, AKilledWorkerEndsInMinusSixAndLeavesNothing) {
     LeaveWorker();
     EXPECT_TRUE(IsBackTo(before));
     EXPECT_EQ(CountEntries(m_folder.Path()), 0U);
-}
-
-/// The search for leaks at the end traces the program's own threads, which a traced program cannot.
-const char* const kNoLeakSearch = "ASAN_OPTIONS=detect_leaks=0";
-
-/// A question to a worker that the system kills at its n-th call of that name.
-void AskOneKilledAt(const std::string& call, int n, const std::string& socket) {
-    SCOPED_TRACE(call + ' ' + std::to_string(n));
-    const std::string inject = "inject=" + call + ":signal=KILL:when=" + std::to_string(n);
-    WorkerSettings traced{
-        .program = "/usr/bin/strace",
-        .arguments = {"-D", "-f", "-o", "/dev/null", "-E", kNoLeakSearch, "-e", inject, kProgram},
-        .socket = socket,
-        .endsWithThread = true};
-    if (!UseWorker(traced)) {
-        return; // it did not live until it listened
-    }
-    ChannelHandle channel = Host().CreateChannel(kEchoChannel, 100000, 4096, kForEver, kForEver);
-    ChannelHandle busy = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 0);
-    std::int32_t status = channel != 0 ? kChannelDone : kChannelClosed;
-    for (int i = 0; i < 20 && status == kChannelDone; ++i) {
-        status = SendPattern(Host(), channel, kEcho, 100);
-        status = status == kChannelDone ? NextId(Host(), channel) : status;
-        status = status == kChannelDone ? NextId(Host(), busy) : status;
-        status = status == 20004 ? kChannelDone : status;
-    }
-    EXPECT_TRUE(status == kChannelDone || status == kChannelClosed) << status;
-    Host().CloseChannel(&channel);
-    Host().CloseChannel(&busy);
-}
-
-TEST_F(WorkerProcessTest, KilledAtAnyCallItLeavesNothing) {
-    if (RunInChild([] {
-            return std::system("/usr/bin/strace -o /dev/null /bin/true 2>/dev/null") == 0 ? 7 : 1;
-        }) != 7) {
-        GTEST_SKIP() << "strace cannot be used here";
-    }
-    const Holdings before = Settled();
-    for (const char* const call : {"accept4", "recvmsg", "sendmsg", "poll"}) {
-        for (const int n : {1, 2, 3, 4, 5, 8, 13}) {
-            const long time = TimeOf([&] { AskOneKilledAt(call, n, m_folder.Socket()); });
-            EXPECT_LT(time, 4 * kSlack) << call << ' ' << n;
-        }
-    }
-    // The first ones load the program, the later ones map what the host sent.
-    for (int n = 20; n < 60; n += 4) {
-        AskOneKilledAt("mmap", n, m_folder.Socket());
-    }
-    LeaveWorker();
-    EXPECT_TRUE(IsBackTo(before));
 }
 
 TEST_F(WorkerProcessTest, AWorkerSurvivesKilledHosts) {

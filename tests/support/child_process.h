@@ -38,6 +38,15 @@ inline pid_t ChildNamed(const std::string& name) {
     return found;
 }
 
+/// False for one that has ended, waited for or not.
+inline bool IsRunning(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string text;
+    std::getline(file, text);
+    const std::size_t name = text.rfind(')');
+    return name != std::string::npos && text.compare(name, 3, ") Z") != 0;
+}
+
 /// Gives up the rights of the superuser, whom no permission bit stops. Only in a child process.
 inline bool BecomeOrdinaryUser() {
     constexpr uid_t kNobody = 65534;

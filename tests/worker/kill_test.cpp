@@ -413,8 +413,7 @@ TEST_P(KillTest, AHostKilledAtAnyCallEndsItsRequestAndNotTheWorker) {
 /// A worker that is bound to its host goes with it, whatever the host was about to do.
 TEST_P(KillTest, AWorkerBoundToItsHostEndsWithIt) {
     CallsOfTheRequest();
-    const WorkerSettings own{
-        .program = NQP2_WORKER_PROGRAM, .socket = m_stage.socket.Socket(), .endsWithThread = true};
+    const WorkerSettings own{.program = NQP2_WORKER_PROGRAM, .socket = m_stage.socket.Socket()};
     prctl(PR_SET_CHILD_SUBREAPER, 1); // orphans come to this process, which sees them end
     const std::vector<SystemCall> calls = CallsOfAHost(own, test::Traced::FirstThread);
     ASSERT_GT(calls.size(), 20U);
@@ -429,6 +428,49 @@ TEST_P(KillTest, AWorkerBoundToItsHostEndsWithIt) {
         ExpectNoHalfThing();
     }
     prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+/// Asked to end in the middle of a request, by a signal or by its host: it ends in order, which an
+/// access to memory that is gone is not, and clears up.
+TEST_P(KillTest, AWorkerThatIsAskedToEndAtAnyMomentEndsInOrder) {
+    m_stage.card.AddFile("VIDEO/0001AB.MXF", Essence(8'000'000, 1));
+    const std::size_t moments = 3 * KillsEach();
+    std::chrono::microseconds duration{0};
+    for (std::size_t i = 0; i <= moments; ++i) {
+        SCOPED_TRACE(i);
+        Prepare();
+        const pid_t worker = m_stage.StartWorker();
+        CNQP2Parser parser;
+        EXPECT_EQ(parser.Init(), 0);
+        const auto start = std::chrono::steady_clock::now();
+        auto answer = std::async(std::launch::async, [&] { return Request(parser); });
+        if (i == 0) { // how long it takes undisturbed
+            answer.wait();
+            duration = std::chrono::duration_cast<std::chrono::microseconds>(
+                std::chrono::steady_clock::now() - start);
+        }
+        std::this_thread::sleep_for(duration * i / moments);
+        if (i % 2 == 0) {
+            kill(worker, SIGTERM);
+        } else {
+            std::thread([] { LeaveWorker(); }).detach();
+        }
+        siginfo_t ended{};
+        EXPECT_LT(test::TimeOf([&] {
+                      while (waitid(P_PID, static_cast<id_t>(worker), &ended, WEXITED | WNOWAIT) !=
+                                 0 &&
+                             errno == EINTR) {
+                      }
+                  }),
+                  2000);
+        EXPECT_TRUE(ended.si_pid == 0 || (ended.si_code == CLD_EXITED && ended.si_status == 0))
+            << ended.si_code << ' ' << ended.si_status;
+        EXPECT_EQ(answer.wait_for(3s), std::future_status::ready);
+        const Tree left = FilesBelow(m_stage.to.Path());
+        EXPECT_TRUE(std::none_of(left.begin(), left.end(),
+                                 [](const auto& file) { return IsHidden(file.first); }));
+        LeaveWorker();
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Requests, KillTest, testing::ValuesIn(kScenarios),

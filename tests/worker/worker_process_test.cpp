@@ -17,11 +17,9 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <random>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -120,6 +118,30 @@ TEST_F(WorkerProcessTest, TheHostCancelsAtAnyPosition) {
     m_heard.abortAt = 0xFFFFFFFF;
     stu_R8P2TransInfo info = Request();
     EXPECT_EQ(m_parser.ImportFile(info), 0) << LastError();
+}
+
+/// What a static parser does when a child that the host forked exits, and what the child may do.
+TEST_F(WorkerProcessTest, AForkedChildEndsNothingOfItsParents) {
+    const SystemInterface own = HostInterface();
+    EXPECT_EQ(test::RunInChild([&] {
+                  alarm(20);
+                  if (m_parser.SetWriteBlockSize(65536) == 1) {
+                      return 1; // a request on the parent's channel
+                  }
+                  R8XDCAMParser_ResetSysInterface();
+                  m_parser.Release();
+                  R8P2Parser_SetSysInterface(own.systemObject, own.table);
+                  m_parser.Init();
+                  const bool isServed = m_parser.SetWriteBlockSize(65536) == 1;
+                  m_parser.Release();
+                  R8XDCAMParser_ResetSysInterface();
+                  LeaveWorker();
+                  return isServed ? 7 : 2;
+              }),
+              7);
+    stu_R8P2TransInfo info = Request();
+    EXPECT_EQ(m_parser.ImportFile(info), 0) << LastError();
+    EXPECT_EQ(m_heard.last, (info.size1 + 1023) / 1024);
 }
 
 TEST_F(WorkerProcessTest, ServesEveryFrontEnd) {
@@ -251,55 +273,6 @@ TEST_F(WorkerProcessTest, AStoppedWorkerHoldsUpNoClose) {
     kill(worker, SIGCONT);
     m_parser.Init();
     EXPECT_EQ(m_parser.SetSystemType(VS_50I), 1);
-}
-
-/// Asks with the largest messages until the worker is killed, and a little while longer.
-void AskUntilKilled(pid_t worker, std::chrono::microseconds life) {
-    ASSERT_GT(worker, 0);
-    using Clock = std::chrono::steady_clock;
-    CNQP2Parser parser;
-    EXPECT_EQ(parser.Init(), 0);
-    std::atomic<Clock::time_point> killed{};
-    std::thread killer([&] {
-        std::this_thread::sleep_for(life);
-        killed = Clock::now();
-        kill(worker, SIGKILL);
-    });
-    std::vector<unsigned char> data(22'600'000);
-    const auto size = static_cast<std::uint32_t>(data.size());
-    int answer = 0; // refused, as no recording is running
-    while (answer == 0) {
-        answer = parser.AddRTExportAVData(2, data.data(), size, data.data(), size, 0);
-    }
-    EXPECT_EQ(answer, -1);
-    const Clock::time_point failed = Clock::now();
-    killer.join();
-    // A second is promised; a machine with ten times the work it can do takes a little more.
-    EXPECT_LT(failed - killed.load(), std::chrono::seconds(3));
-    EXPECT_EQ(parser.Release(), 0);
-}
-
-/// Set NQP2_KILLS for a longer run.
-TEST_F(WorkerProcessTest, KilledUnderLoadFailsTheCallerSoonAndLeavesNothing) {
-    const char* const asked = std::getenv("NQP2_KILLS");
-    const int kills = asked != nullptr ? std::min(std::atoi(asked), 200) : 5;
-    m_parser.Release();
-    std::mt19937 random(4711);
-    LeaveWorker();
-    const test::Holdings before = test::Settled();
-    for (int i = 0; i < kills; ++i) {
-        SCOPED_TRACE(i);
-        ASSERT_TRUE(StartWorker());
-        AskUntilKilled(test::ChildNamed("nqp2-worker"),
-                       std::chrono::microseconds(random() % (i % 2 != 0 ? 5'000 : 80'000)));
-    }
-    LeaveWorker();
-    EXPECT_TRUE(test::IsBackTo(before));
-    EXPECT_FALSE(std::filesystem::exists(Socket()));
-    ASSERT_TRUE(StartWorker());
-    m_parser.Init();
-    stu_R8P2TransInfo info = Request();
-    EXPECT_EQ(m_parser.ImportFile(info), 0) << "a new worker";
 }
 
 TEST_F(WorkerProcessTest, DescribesCameraFilesToTheScan) {

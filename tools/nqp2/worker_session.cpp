@@ -48,7 +48,6 @@ Worker::Worker(const std::string& program) {
     WorkerSettings settings;
     settings.program = program.empty() ? OwnWorker() : program;
     settings.arguments = DriveArguments();
-    settings.endsWithThread = true; // the main thread's
     if (const WorkerStatus status = UseWorker(settings); !status) {
         throw Failure("the worker", "does not start", status.reason, kWorkerFailed);
     }
