@@ -7,7 +7,8 @@
 #                   [DICTIONARY <file>])
 #
 # With NQP2_LIBFUZZER (preset "fuzz") the target is a libFuzzer program. In every other build it
-# replays the corpus and a fixed number of mutations of it. Both are registered with ctest.
+# replays the corpus and a fixed number of mutations of it. Both are registered with ctest. Either
+# ends when an input takes more memory than its size allows (fuzz/measured_input.cpp).
 
 option(NQP2_LIBFUZZER "Link the fuzz targets with libFuzzer (clang)" OFF)
 set(NQP2_REPLAY_MUTATIONS 3000 CACHE STRING "Mutated inputs that a replay tries")
@@ -20,7 +21,7 @@ function(nqp2_add_fuzzer name)
     endif()
     set(target fuzz_${name})
     cmake_path(ABSOLUTE_PATH arg_CORPUS OUTPUT_VARIABLE corpus)
-    add_executable(${target} ${arg_SOURCES})
+    add_executable(${target} ${arg_SOURCES} "${PROJECT_SOURCE_DIR}/fuzz/measured_input.cpp")
     nqp2_target_defaults(${target})
     # The target and the replay are two programs' worth of main file.
     set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)

@@ -8,6 +8,7 @@
 // one for each of up to three descriptors, one for how many, two of padding, and the packet.
 
 #include "channel/channel_end.h"
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 
 #include <algorithm>
@@ -128,7 +129,7 @@ void Talk(channel::Role role, std::span<const std::uint8_t> input) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const std::span input(data, size);
     Talk(channel::Role::Opens, input);
     Talk(channel::Role::Takes, input);

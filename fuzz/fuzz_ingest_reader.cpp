@@ -3,6 +3,7 @@
 
 // Bytes as a card's ingest list: read, extended, and a clip taken out again.
 
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "ingest/ingest_file.h"
 #include "ingest/IngestList.h"
@@ -143,7 +144,7 @@ void CheckAddAndRemove(IngestList expected) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
     OneFolder folder;
     folder.files["Ingest.xml"] = bytes;
