@@ -60,6 +60,45 @@ def write_p2_cards() -> None:
         "USERDATA/Ingest.xml": seed("ingest_reader", "two_clips.xml")}))
 
 
+def clip_xml(name: str) -> bytes:
+    """A clip that does not tell how large its essence is."""
+    return (f'<?xml version="1.0"?><P2Main xmlns="urn:fuzz:clip"><ClipContent><ClipName>{name}'
+            "</ClipName><GlobalClipID>060A2B340101010501010D43130000004A5B6C7D8E9F01A2B3C4D5E6F70819"
+            f"{name[2:4]}</GlobalClipID><Duration>2</Duration><EditUnit>1/25</EditUnit><EssenceList>"
+            "<Video><Codec>DV25_420</Codec><FrameRate>50i</FrameRate></Video><Audio>"
+            "<SamplingRate>48000</SamplingRate><BitsPerSample>16</BitsPerSample></Audio>"
+            "</EssenceList></ClipContent></P2Main>").encode()
+
+
+def requests(*messages: bytes) -> bytes:
+    """The input of the worker's target: a card with a clip and what a host asks."""
+    files = card({"CONTENTS/CLIP/0001AA.XML": clip_xml("0001AA"),
+                  "CONTENTS/CLIP/0002BB.XML": clip_xml("0002BB"),
+                  "CONTENTS/VIDEO/0001AA.MXF": b"video", "CONTENTS/AUDIO/0001AA00.MXF": b"sound",
+                  "CONTENTS/ICON/0001AA.BMP": b"BM"})
+    return b"\0" + struct.pack("<H", len(files)) + files + b"".join(messages)
+
+
+def write_requests() -> None:
+    # Numbers of Host::kRequests, then of its tables.
+    system, importing, offset, export, delete = (bytes([number]) for number in range(5))
+    card_root, other, name, error = b"\0", b"\4", b"\0", bytes([15])
+    write("worker_dispatch", "import", requests(
+        system + b"\1", importing + card_root + name + other + b"\0", offset,
+        importing + card_root + b"\2" + other + b"\1", error))
+    write("worker_dispatch", "export", requests(
+        importing + card_root + name + other + b"\0", delete + card_root + name,
+        export + card_root + other + b"\1" + name, delete + card_root + b"\5", error))
+    data = (144000).to_bytes(3, "little") + b"\x04\x1f\x07\x00\xbf"
+    sound = (1920 * 2).to_bytes(3, "little") + b"\0"
+    write("worker_dispatch", "record", requests(
+        bytes([9, 0, 1, 16, 0]) + card_root + b"\6" + name + bytes(6), b"\7" + b"\2" + bytes(4),
+        bytes([10, 2]) + data + sound, bytes([10, 2]) + data + sound, bytes([12, 0]), error))
+    write("worker_dispatch", "icon", requests(
+        bytes([13]) + card_root + name + bytes([80, 60, 7]), bytes([16]) + card_root + name * 2,
+        bytes([5]) + card_root, bytes([14]), bytes([11]) + struct.pack("<I", 4096) + b"\0"))
+
+
 def main() -> None:
     interlaced = Picture(1920, 1080, True, Fraction(25))
     fast = Picture(1280, 720, False, Fraction(60000, 1001))
@@ -81,6 +120,7 @@ def main() -> None:
     write_avchd_cards("AVCHD/BDMV", [start, rest, other], "MPL")
     write_avchd_cards("BDMV", [start, rest], "mpls")
     write_p2_cards()
+    write_requests()
 
 
 if __name__ == "__main__":

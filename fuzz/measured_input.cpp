@@ -26,8 +26,11 @@
 
 namespace {
 
-constexpr std::int64_t kFreeMemory = std::int64_t{2} << 20; ///< that any input may take
-constexpr std::int64_t kMemoryPerByte = 64;                 ///< beyond it
+#ifndef NQP2_FREE_MEMORY_MIB
+#define NQP2_FREE_MEMORY_MIB 2
+#endif
+constexpr std::int64_t kFreeMemory = std::int64_t{NQP2_FREE_MEMORY_MIB} << 20; ///< for any input
+constexpr std::int64_t kMemoryPerByte = 64;                                    ///< beyond it
 
 std::atomic<std::int64_t> g_inUse{0};
 std::atomic<std::int64_t> g_peak{0};
