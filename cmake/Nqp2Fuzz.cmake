@@ -4,7 +4,8 @@
 # One fuzz target per foreign byte format:
 #
 #   nqp2_add_fuzzer(<name> SOURCES <.cpp>... COMPONENTS <component>... CORPUS <folder>
-#                   [DICTIONARY <file>] [FREE_MEMORY_MIB <number>] [MUTATIONS <number>])
+#                   [LIBRARIES <target>...] [DICTIONARY <file>]
+#                   [FREE_MEMORY_MIB <number>] [MUTATIONS <number>])
 #
 # With NQP2_LIBFUZZER (preset "fuzz") the target is a libFuzzer program. In every other build it
 # replays the corpus and a fixed number of mutations of it. Both are registered with ctest. Either
@@ -17,7 +18,7 @@ set(NQP2_FUZZ_LIMIT -max_total_time=20 CACHE STRING "When a libFuzzer program st
 
 function(nqp2_add_fuzzer name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "CORPUS;DICTIONARY;FREE_MEMORY_MIB;MUTATIONS"
-                          "SOURCES;COMPONENTS")
+                          "SOURCES;COMPONENTS;LIBRARIES")
     if(arg_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "nqp2_add_fuzzer(${name}): unknown ${arg_UNPARSED_ARGUMENTS}")
     endif()
@@ -29,6 +30,7 @@ function(nqp2_add_fuzzer name)
     set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
     target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
     nqp2_use_components(${target} ${arg_COMPONENTS})
+    target_link_libraries(${target} PRIVATE ${arg_LIBRARIES})
     if(arg_FREE_MEMORY_MIB)
         target_compile_definitions(${target}
                                    PRIVATE NQP2_FREE_MEMORY_MIB=${arg_FREE_MEMORY_MIB})

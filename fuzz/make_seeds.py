@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Writes the seeds of the fuzz targets of AVCHD and of whole cards into fuzz/corpus, with the sample
-cards' own writers and the seeds of single files."""
+"""Writes those seeds into fuzz/corpus that are no files of their own kind already, with the sample
+cards' own writers where these are of use."""
 
+import json
 import struct
 import sys
 from fractions import Fraction
@@ -99,6 +100,34 @@ def write_requests() -> None:
         bytes([5]) + card_root, bytes([14]), bytes([11]) + struct.pack("<I", 4096) + b"\0"))
 
 
+def write_packets() -> None:
+    # What is done, length, three descriptors, how many, padding; kind, id, slot, length, sizes, slots.
+    def step(kind: int, count: int, first: int = 0, length: int = 32, ident: int = 7) -> bytes:
+        return (bytes([0, length, first, 1, 5, count, 0, 0])
+                + struct.pack("<8I", kind, ident, 0, 0, 4096, 4096, 4, 4))
+    write("channel_listener", "hello", step(1, 2) + step(3, 0))
+    write("channel_listener", "no_memory", step(1, 2, first=4))
+    write("channel_listener", "offer", step(1, 0) + step(5, 3, first=5))
+    write("channel_listener", "short", step(1, 2, length=31))
+
+
+def write_texts() -> None:
+    edl = {"Name": "cut", "EditUnit": [1, 25], "Identity": "0" * 32,
+           "Events": [{"ClipName": "0001AA", "Duration": 9, "Offset": 1.5, "Note": "\u00e9\U0001d11e"}]}
+    write("json_input", "edl", json.dumps({"edls": [edl]}).encode())
+    write("json_input", "deep", b"[" * 40 + b"1e400" + b"]" * 40)
+    for name, path in {"card": "/media/card/", "drive": "E=/media/card", "letter": "e",
+                       "windows": "E:\\CONTENTS\\CLIP\\0001AA.XML", "odd": "a:b:\\\xff*?/..",
+                       "pattern": "*0*1*.*xml0001AB.XML"}.items():
+        write("path_text", name, path.encode("latin-1"))
+    size = (2, 3)
+    head = struct.pack("<2sIHHIIiiHHIIiiII", b"BM", 54 + 8 * size[1], 0, 0, 54, 40, *size, 1, 24, 0,
+                       8 * size[1], 0, 0, 0, 0)
+    write("bitmap_file", "small", head + bytes(range(8)) * size[1])
+    write("bitmap_file", "top_down", head.replace(struct.pack("<i", 3), struct.pack("<i", -3))
+          + bytes(24))
+
+
 def main() -> None:
     interlaced = Picture(1920, 1080, True, Fraction(25))
     fast = Picture(1280, 720, False, Fraction(60000, 1001))
@@ -121,6 +150,8 @@ def main() -> None:
     write_avchd_cards("BDMV", [start, rest], "mpls")
     write_p2_cards()
     write_requests()
+    write_packets()
+    write_texts()
 
 
 if __name__ == "__main__":
