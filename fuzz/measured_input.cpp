@@ -30,7 +30,7 @@ namespace {
 #define NQP2_FREE_MEMORY_MIB 2
 #endif
 constexpr std::int64_t kFreeMemory = std::int64_t{NQP2_FREE_MEMORY_MIB} << 20; ///< for any input
-constexpr std::int64_t kMemoryPerByte = 64;                                    ///< beyond it
+constexpr std::int64_t kMemoryPerByte = 40;                                    ///< beyond it
 
 std::atomic<std::int64_t> g_inUse{0};
 std::atomic<std::int64_t> g_peak{0};
