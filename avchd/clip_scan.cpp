@@ -18,10 +18,8 @@
 #include "platform/unicode.h"
 
 #include <algorithm>
-#include <exception>
 #include <iterator>
 #include <map>
-#include <new>
 #include <optional>
 #include <set>
 #include <vector>
@@ -240,19 +238,10 @@ Omission OmissionOf(const platform::IoStatus& status) {
     return status.error == platform::IoError::TooLarge ? Omission::TooLarge : Omission::Unreadable;
 }
 
-void OmitThrown(const CString& path, const OnOmitted& omitted) noexcept {
-    const auto omit = [&](const char* why) {
+void OmitThrown(const CString& path, const OnOmitted& omitted, const char* why) noexcept {
+    platform::Guarded(false, [&] { // telling takes memory too
         omitted(path, Omission::TooLarge, why);
         return true;
-    };
-    platform::Guarded(false, [&] { // telling takes memory too
-        try {
-            throw;
-        } catch (const std::bad_alloc&) {
-            return omit("it takes more memory than there is");
-        } catch (const std::exception& error) {
-            return omit(error.what());
-        }
     });
 }
 

@@ -10,7 +10,9 @@
 #include "platform/io_status.h"
 
 #include <cstdint>
+#include <exception>
 #include <functional>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -38,8 +40,8 @@ using OnOmitted =
 /// Why a file that could not be read is left out.
 Omission OmissionOf(const platform::IoStatus& status);
 
-/// Tells that the exception at hand leaves a file out. Throws nothing itself.
-void OmitThrown(const CString& path, const OnOmitted& omitted) noexcept;
+/// Tells that an exception leaves a file out. Throws nothing itself.
+void OmitThrown(const CString& path, const OnOmitted& omitted, const char* why) noexcept;
 
 /// Does one file's share of a scan. What it throws, as when memory gives out, leaves that file out
 /// and no other.
@@ -47,8 +49,10 @@ template <class Share>
 void TakeAlone(const CString& path, const OnOmitted& omitted, Share&& share) noexcept {
     try {
         share();
-    } catch (...) {
-        OmitThrown(path, omitted);
+    } catch (const std::bad_alloc&) {
+        OmitThrown(path, omitted, "it takes more memory than there is");
+    } catch (const std::exception& error) {
+        OmitThrown(path, omitted, error.what());
     }
 }
 
