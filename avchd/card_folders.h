@@ -13,7 +13,6 @@ inline constexpr const wchar_t* kBdmvFolder = L"\\BDMV\\";
 inline constexpr const wchar_t* kInformationFolder = L"CLIPINF\\";
 inline constexpr const wchar_t* kStreamFolder = L"STREAM\\";
 inline constexpr const wchar_t* kPlaylistFolder = L"PLAYLIST\\";
-inline constexpr const wchar_t* kPlaylistExtension = L".MPL";
 
 inline constexpr const wchar_t* kSonyFolder = L"\\SONY\\";
 inline constexpr const wchar_t* kSonyFiles = L"\\SONY\\DVF\\100DVF\\*.AVI";
@@ -22,14 +21,16 @@ inline constexpr const wchar_t* kPanasonicFolders[] = {L"\\PANA_GRP\\001RBQAM\\"
                                                        L"\\PANA_GRP\\001YDJAM\\"};
 inline constexpr const wchar_t* kPanasonicFiles = L"*.MOV";
 
-/// How one kind of card names a clip's files.
+/// How one kind of card names its files.
 struct ClipFiles {
     const wchar_t* informationExtension;
     const wchar_t* streamExtension;
-    bool hasPlaylists; ///< whose extensions tell how clips were recorded
+    const wchar_t* playlistExtension;
+    const wchar_t*
+        timedAs; ///< what the debugger output calls the decoding of a clip; null: nothing
 };
-inline constexpr ClipFiles kAvchdFiles = {L".CPI", L".MTS", true};
-inline constexpr ClipFiles kBdmvFiles = {L".clpi", L".m2ts", false};
+inline constexpr ClipFiles kAvchdFiles = {L".CPI", L".MTS", L".MPL", L"NQGetAVCHDCPIMetaData"};
+inline constexpr ClipFiles kBdmvFiles = {L".clpi", L".m2ts", L".mpls", nullptr};
 
 /// Whether a folder (interface path with its trailing separator) exists.
 bool FolderExists(const CString& folder);

@@ -54,19 +54,30 @@ void FillPicture(const ClipInformation& information, const StreamHead& stream, b
     clip.Duration = rate != nullptr ? information.Frames(*rate) : 0;
 }
 
+/// Whether one time of a clip comes before another; the clock starts anew at 2^32.
+bool IsEarlier(std::uint32_t time, std::uint32_t other) {
+    return static_cast<std::int32_t>(time - other) < 0;
+}
+
 bool CountsDropFrame(const CString& frameRate) {
     return media::ClipTimecodeRate(frameRate.View(), true).droppedNumbers != 0;
+}
+
+/// The frames before a timecode at the clip's true rate. Recorders number every second frame where
+/// there are 50 and more.
+std::int32_t FramesBefore(media::Timecode timecode, const _tag_P2Clip& clip) {
+    constexpr int kDoubledFrom = 50;
+    media::TimecodeRate rate = media::ClipTimecodeRate(clip.FrameRate.View(), clip.DropFrame != 0);
+    rate.nominal = media::NominalRate(clip.FrameRate.View());
+    timecode.frames *= rate.nominal >= kDoubledFrom ? 2 : 1;
+    return media::FrameCount(timecode, rate);
 }
 
 /// Needs the record's rate. Without a timecode the flag keeps its default where it means anything.
 void FillTimecode(const std::optional<RecordedTimecode>& recorded, _tag_P2Clip& clip) {
     const bool canDrop = CountsDropFrame(clip.FrameRate);
     clip.DropFrame = canDrop && (!recorded || recorded->dropFrame) ? 1 : 0;
-    clip.StartTimecode =
-        recorded
-            ? media::FrameCount(recorded->timecode,
-                                media::ClipTimecodeRate(clip.FrameRate.View(), clip.DropFrame != 0))
-            : 0;
+    clip.StartTimecode = recorded ? FramesBefore(recorded->timecode, clip) : 0;
 }
 
 void FillDate(const std::optional<RecordedDate>& date, _tag_P2Clip& clip) {
@@ -99,7 +110,7 @@ void ShotTable::Add(const Playlist& playlist) {
         const Shot& shot = playlist.shots[static_cast<std::size_t>(item.shot)];
         const auto [place, isNew] = m_entries.try_emplace(std::string(item.Name()));
         Entry& entry = place->second;
-        if (!item.continues && (!entry.shot || shot.time < entry.shot->time)) {
+        if (!item.continues && (!entry.shot || IsEarlier(shot.time, entry.shot->time))) {
             entry.shot = shot;
             entry.pulldown = shot.pulldown;
         } else if (isNew) {

@@ -20,7 +20,7 @@ namespace nqp2::avchd {
 class ShotTable {
 public:
     struct Entry {
-        std::optional<Shot> shot; ///< the earliest in the clip
+        std::optional<Shot> shot; ///< the earliest in the clip, which has less than 13 hours
         std::uint8_t pulldown = 0;
     };
 

@@ -13,11 +13,13 @@
 #include "platform/file_find.h"
 #include "platform/file_system.h"
 #include "platform/full_path.h"
+#include "platform/guard.h"
 #include "platform/read_ahead.h"
+#include "platform/unicode.h"
 
 #include <algorithm>
-#include <exception>
 #include <iterator>
+#include <map>
 #include <optional>
 #include <set>
 #include <vector>
@@ -26,10 +28,6 @@ namespace nqp2::avchd {
 namespace {
 
 using platform::FoundFile;
-
-Omission OmissionOf(const platform::IoStatus& status) {
-    return status.error == platform::IoError::TooLarge ? Omission::TooLarge : Omission::Unreadable;
-}
 
 CString FolderOf(const CString& path) {
     return path.Left(path.ReverseFind(L'\\') + 1);
@@ -48,10 +46,9 @@ void Begin(std::optional<std::time_t> time, _tag_P2Clip& clip) {
 
 class Scan {
 public:
-    Scan(CString root, const BaseClipRequest& request, const OnOmitted& omitted,
-         CArray<_tag_P2Clip>& clips)
-        : m_root(std::move(root)), m_request(request), m_omitted(omitted), m_clips(clips),
-          m_source(ClipsFolder(m_root)) {}
+    Scan(CString root, const BaseClipRequest& request, const OnOmitted& omitted, ScanResult result)
+        : m_root(std::move(root)), m_request(request), m_omitted(omitted), m_clips(result.clips),
+          m_splits(result.splits), m_source(ClipsFolder(m_root)) {}
 
     bool Run() {
         const bool hasSony = FolderExists(m_root + kSonyFolder);
@@ -145,6 +142,7 @@ private:
         if (files.empty()) {
             return;
         }
+        const std::int64_t first = m_clips.GetSize();
         platform::ReadAhead contents(RequestsFor(kind, files));
         platform::FileContent information;
         platform::FileContent stream;
@@ -154,32 +152,55 @@ private:
             if (m_source.StreamOf(kind, file.title)) {
                 contents.Next(stream);
             }
-            TakeClip(kind, file, information, stream.bytes);
+            TakeAlone(file.path, m_omitted,
+                      [&] { TakeClip(kind, file, information, stream.bytes); });
+        }
+        FindSplits(kind, first);
+    }
+
+    void TakeClip(const ClipFiles& kind, const FoundFile& file, platform::FileContent& information,
+                  const std::string& stream) {
+        Begin(TimeOf(information.info), m_clip);
+        const std::string* content =
+            WholeContent(information, file.posixPath, kMaxClipInformationFile);
+        if (content == nullptr) {
+            m_omitted(file.path, OmissionOf(information.status), information.status.reason);
+        } else if (!m_source.Decode(kind, file.title, *content, stream, m_clip)) {
+            OmitUnlessCompanion(file.path, Omission::Undecodable, "no sound clip information");
+        } else {
+            m_clips.Add(m_clip);
         }
     }
 
-    /// One file after another: what one of them asks of memory must not end the scan.
-    void TakeClip(const ClipFiles& kind, const FoundFile& file, platform::FileContent& information,
-                  const std::string& stream) {
-        try {
-            Begin(TimeOf(information.info), m_clip);
-            const std::string* content =
-                WholeContent(information, file.posixPath, kMaxClipInformationFile);
-            if (content == nullptr) {
-                m_omitted(file.path, OmissionOf(information.status), information.status.reason);
-            } else if (!m_source.Decode(kind, file.title, *content, stream, m_clip)) {
-                OmitUnlessCompanion(file.path, Omission::Undecodable, "no sound clip information");
-            } else {
-                m_clips.Add(m_clip);
+    /// The recordings among the clips from `first` on, in the order of their first clips.
+    void FindSplits(const ClipFiles& kind, std::int64_t first) {
+        std::map<std::string, std::int64_t> places;
+        for (std::int64_t i = first; i < m_clips.GetSize(); ++i) {
+            places.emplace(platform::NameBytesFromText(m_clips[i].ClipName.View()), i);
+        }
+        std::map<std::int64_t, SplitRecording> found;
+        for (const std::vector<std::string>& chain : m_source.Facts(kind).splits.Chains()) {
+            SplitRecording split;
+            std::int64_t firstClip = SplitRecording::kMissing;
+            for (const std::string& name : chain) {
+                const auto place = places.find(name);
+                const std::int64_t clip =
+                    place == places.end() ? SplitRecording::kMissing : place->second;
+                split.segments.push_back({platform::TextFromUtf8(name), clip});
+                firstClip = firstClip == SplitRecording::kMissing ? clip : firstClip;
             }
-        } catch (const std::exception& error) {
-            m_omitted(file.path, Omission::TooLarge, error.what());
+            if (firstClip != SplitRecording::kMissing) {
+                found.emplace(firstClip, std::move(split));
+            }
+        }
+        for (auto& [clip, split] : found) {
+            m_splits.push_back(std::move(split));
         }
     }
 
     void ScanCameraFiles(const CString& pattern) {
         for (const FoundFile& file : FilesOf(pattern)) {
-            TakeCameraFile(file);
+            TakeAlone(file.path, m_omitted, [&] { TakeCameraFile(file); });
         }
     }
 
@@ -205,6 +226,7 @@ private:
     const BaseClipRequest& m_request;
     const OnOmitted& m_omitted;
     CArray<_tag_P2Clip>& m_clips;
+    std::vector<SplitRecording>& m_splits;
     ClipSource m_source;
     std::set<CString> m_unlisted;
     _tag_P2Clip m_clip;
@@ -212,9 +234,20 @@ private:
 
 } // namespace
 
+Omission OmissionOf(const platform::IoStatus& status) {
+    return status.error == platform::IoError::TooLarge ? Omission::TooLarge : Omission::Unreadable;
+}
+
+void OmitThrown(const CString& path, const OnOmitted& omitted, const char* why) noexcept {
+    platform::Guarded(false, [&] { // telling takes memory too
+        omitted(path, Omission::TooLarge, why);
+        return true;
+    });
+}
+
 bool ScanClips(const CString& root, const BaseClipRequest& request, const OnOmitted& omitted,
-               CArray<_tag_P2Clip>& clips) {
-    return !root.IsEmpty() && Scan(media::WithDrive(root), request, omitted, clips).Run();
+               ScanResult result) {
+    return !root.IsEmpty() && Scan(media::WithDrive(root), request, omitted, result).Run();
 }
 
 } // namespace nqp2::avchd

@@ -7,9 +7,14 @@
 #include "media/P2Clip.h"
 #include "platform/CArray.h"
 #include "platform/CString.h"
+#include "platform/io_status.h"
 
+#include <cstdint>
+#include <exception>
 #include <functional>
+#include <new>
 #include <string>
+#include <vector>
 
 namespace nqp2::avchd {
 
@@ -27,15 +32,51 @@ enum class Omission {
     FolderUnreadable,
 };
 
-/// Hears of each file that was left out, or of its folder where no path tells it; `why` is for a
+/// Is told of each file that was left out, or of its folder where no path tells it; `why` is for a
 /// person.
 using OnOmitted =
     std::function<void(const CString& path, Omission omission, const std::string& why)>;
+
+/// Why a file that could not be read is left out.
+Omission OmissionOf(const platform::IoStatus& status);
+
+/// Tells that an exception leaves a file out. Throws nothing itself.
+void OmitThrown(const CString& path, const OnOmitted& omitted, const char* why) noexcept;
+
+/// Does one file's share of a scan. What it throws, as when memory gives out, leaves that file out
+/// and no other.
+template <class Share>
+void TakeAlone(const CString& path, const OnOmitted& omitted, Share&& share) noexcept {
+    try {
+        share();
+    } catch (const std::bad_alloc&) {
+        OmitThrown(path, omitted, "it takes more memory than there is");
+    } catch (const std::exception& error) {
+        OmitThrown(path, omitted, error.what());
+    }
+}
+
+/// A recording that the camera split into several clips.
+struct SplitRecording {
+    static constexpr std::int64_t kMissing = -1;
+
+    struct Segment {
+        CString clipName;
+        std::int64_t clip = kMissing; ///< index among the scan's clips
+    };
+    std::vector<Segment> segments; ///< in their order; one at least is there
+};
+
+/// What a scan appends to.
+struct ScanResult {
+    CArray<_tag_P2Clip>& clips;
+    std::vector<SplitRecording>& splits; ///< as the card's playlists tell
+};
 
 /// Appends the clips of a card or folder of cameras: clip information of AVCHD, camera files of two
 /// makers, clip information of discs, each in the order of its folder. A file that cannot be read is
 /// left out. False, with nothing appended, when the root is empty or holds none of the folders.
 bool ScanClips(const CString& root, const BaseClipRequest& request, const OnOmitted& omitted,
-               CArray<_tag_P2Clip>& clips);
+               ScanResult result);
 
 } // namespace nqp2::avchd

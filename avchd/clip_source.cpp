@@ -9,10 +9,12 @@
 #include "avchd/stream_head.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
+#include "platform/guard.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 namespace nqp2::avchd {
 namespace {
@@ -24,10 +26,22 @@ Bytes BytesOf(const std::string& content) {
 std::optional<ClipInformation> DecodeTimed(const ClipFiles& files, const std::string& content) {
     const StopWatch watch;
     std::optional<ClipInformation> information = DecodeClipInformation(BytesOf(content));
-    if (files.hasPlaylists) {
-        watch.Report(L"NQGetAVCHDCPIMetaData");
+    if (files.timedAs != nullptr) {
+        watch.Report(files.timedAs);
     }
     return information;
+}
+
+bool AddFacts(platform::FileContent& file, const std::string& path,
+              ClipSource::PlaylistFacts& facts) {
+    const std::string* content = WholeContent(file, path, kMaxPlaylistFile);
+    const std::optional<Playlist> playlist =
+        content != nullptr ? DecodePlaylist(BytesOf(*content)) : std::nullopt;
+    if (playlist) {
+        facts.shots.Add(*playlist);
+        facts.splits.Add(*playlist);
+    }
+    return playlist.has_value();
 }
 
 std::uint64_t ChannelBits(std::int32_t channels) {
@@ -52,25 +66,27 @@ const std::string* WholeContent(platform::FileContent& file, const std::string& 
     return file.status ? &file.bytes : nullptr;
 }
 
-std::optional<Playlist> ReadPlaylistFile(const std::string& path) {
+platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playlist>& playlist) {
     std::string content;
-    const bool read = static_cast<bool>(platform::Files().Read(path, kMaxPlaylistFile, content));
-    return read ? DecodePlaylist(BytesOf(content)) : std::nullopt;
+    platform::IoStatus status = platform::Files().Read(path, kMaxPlaylistFile, content);
+    playlist = status ? DecodePlaylist(BytesOf(content)) : std::nullopt;
+    return status;
 }
 
 std::optional<std::string> ClipSource::StreamOf(const ClipFiles& files, const CString& name) {
     return m_streams.Find(name + files.streamExtension);
 }
 
-const ShotTable& ClipSource::Shots() {
-    if (m_shots) {
-        return *m_shots;
+const ClipSource::PlaylistFacts& ClipSource::Facts(const ClipFiles& files) {
+    const auto [place, isNew] = m_facts.try_emplace(files.playlistExtension);
+    PlaylistFacts& facts = place->second;
+    if (!isNew) {
+        return facts;
     }
-    m_shots.emplace();
     platform::IoStatus listed;
     std::vector<platform::FileRequest> requests;
     for (platform::FoundFile& file :
-         platform::FindFiles(m_folder + kPlaylistFolder + L"*" + kPlaylistExtension, listed)) {
+         platform::FindFiles(m_folder + kPlaylistFolder + L"*" + files.playlistExtension, listed)) {
         if (!file.isFolder && !file.isSpecial) {
             requests.push_back({std::move(file.posixPath), platform::kReadAheadLimit});
         }
@@ -79,14 +95,10 @@ const ShotTable& ClipSource::Shots() {
     platform::FileContent file;
     for (const platform::FileRequest& request : requests) {
         contents.Next(file);
-        const std::string* content = WholeContent(file, request.path, kMaxPlaylistFile);
-        const std::optional<Playlist> playlist =
-            content != nullptr ? DecodePlaylist(BytesOf(*content)) : std::nullopt;
-        if (playlist) {
-            m_shots->Add(*playlist);
-        }
+        // A playlist that takes too much memory must not take those behind it along.
+        platform::Guarded(false, [&] { return AddFacts(file, request.path, facts); });
     }
-    return *m_shots;
+    return facts;
 }
 
 /// `begin` is what was read for the first step; a shorter stream has no more.
@@ -130,9 +142,8 @@ bool ClipSource::Decode(const ClipFiles& files, const CString& name, const std::
         return false;
     }
     const std::optional<std::string> stream = StreamOf(files, name);
-    const ShotTable::Entry recorded = files.hasPlaylists
-                                          ? Shots().Find(platform::NameBytesFromText(name.View()))
-                                          : ShotTable::Entry();
+    const ShotTable::Entry& recorded =
+        Facts(files).shots.Find(platform::NameBytesFromText(name.View()));
     FillRecord(*decoded, recorded, DecodeStream(stream, decoded->video, streamHead), clip);
     FillPaths(files, name, stream.has_value(), decoded->audioChannels, clip);
     return true;

@@ -7,19 +7,21 @@
 #include "avchd/clip_record.h"
 #include "avchd/folder_files.h"
 #include "avchd/playlist.h"
+#include "avchd/split_recordings.h"
 #include "media/P2Clip.h"
 #include "platform/CString.h"
 #include "platform/read_ahead.h"
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
-#include <vector>
+#include <string_view>
 
 namespace nqp2::avchd {
 
 /// The clips below one BDMV folder. Lists its folders and reads the playlists when they are first
-/// asked for, once for all clips.
+/// asked for, once for all clips of a kind.
 class ClipSource {
 public:
     /// An interface path with its trailing separator.
@@ -39,8 +41,14 @@ public:
     /// The same for a clip that is looked for by its name.
     bool Read(const ClipFiles& files, const CString& name, _tag_P2Clip& clip);
 
+    /// What the playlists of one kind of card tell; a playlist that cannot be read tells nothing.
+    struct PlaylistFacts {
+        ShotTable shots;
+        SplitRecordings splits;
+    };
+    const PlaylistFacts& Facts(const ClipFiles& files);
+
 private:
-    const ShotTable& Shots();
     StreamHead DecodeStream(const std::optional<std::string>& path, const VideoStream& video,
                             const std::string& begin);
     void FillPaths(const ClipFiles& files, const CString& name, bool hasStream,
@@ -49,7 +57,7 @@ private:
     CString m_folder;
     FolderFiles m_information;
     FolderFiles m_streams;
-    std::optional<ShotTable> m_shots;
+    std::map<std::wstring_view, PlaylistFacts> m_facts; ///< by the playlists' extension
 };
 
 /// What reads a clip's two files.
@@ -60,7 +68,7 @@ platform::FileRequest StreamRequest(std::string path);
 const std::string* WholeContent(platform::FileContent& file, const std::string& path,
                                 std::uint64_t limit);
 
-/// Reads and decodes one playlist file.
-std::optional<Playlist> ReadPlaylistFile(const std::string& path);
+/// Reads one playlist file and decodes it; nothing in `playlist` when it cannot be read or is none.
+platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playlist>& playlist);
 
 } // namespace nqp2::avchd

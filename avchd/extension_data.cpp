@@ -11,6 +11,7 @@ namespace nqp2::avchd {
 namespace {
 
 constexpr std::uint16_t kAvchdType = 0x1000; // smaller numbers are other formats' own
+constexpr std::uint32_t kBlockHeadSize = 40;
 constexpr std::uint16_t kKnownMaker = 0x0103;
 constexpr std::uint8_t kShotList = 0xF0; // has its length in 32 bits, all others in 16
 
@@ -56,7 +57,8 @@ Bytes ExtensionBlock(Bytes file, std::uint32_t address, const char (&tag)[5]) {
 }
 
 std::uint32_t AddressOf(Bytes block, BlockPart part) {
-    return ByteReader(From(block, static_cast<std::uint32_t>(part))).U32();
+    const std::uint32_t address = ByteReader(From(block, static_cast<std::uint32_t>(part))).U32();
+    return address < kBlockHeadSize ? 0 : address;
 }
 
 Bytes KnownMakersData(Bytes block) {

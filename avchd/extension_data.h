@@ -20,7 +20,8 @@ using GlobalClipId = std::array<std::uint8_t, 32>;
 /// that of the extension in the file, 0 for none. Empty when there is no such block.
 Bytes ExtensionBlock(Bytes file, std::uint32_t address, const char (&tag)[5]);
 
-/// The address that a block's head gives for one of its parts: 0 when there is none.
+/// The address that a block's head gives for one of its parts: 0 when there is none, and for an
+/// address within that head.
 enum class BlockPart : std::uint32_t { Marks = 8, MakersData = 12 };
 std::uint32_t AddressOf(Bytes block, BlockPart part);
 

@@ -33,13 +33,18 @@ std::optional<FileHead> DecodeHead(Bytes file, const char (&kind)[5]) {
     }
     FileHead head;
     for (std::uint32_t& section : head.sections) {
-        section = reader.U32();
+        const std::uint32_t address = reader.U32();
+        section = address < kHeadSize ? 0 : address;
     }
     return head;
 }
 
 std::optional<Bytes> NeededSection(Bytes file, std::uint32_t address) {
-    return address < kHeadSize ? std::nullopt : SectionAt(file, address);
+    return address == 0 ? std::nullopt : SectionAt(file, address);
+}
+
+Bytes OptionalSection(Bytes file, std::uint32_t address) {
+    return address == 0 ? Bytes() : SectionPartAt(file, address);
 }
 
 } // namespace nqp2::avchd

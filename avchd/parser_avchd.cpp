@@ -11,6 +11,8 @@
 #include "platform/guard.h"
 #include "platform/TextBytes.h"
 
+#include <vector>
+
 using nqp2::avchd::Omission;
 using nqp2::media::kCannotRead;
 using nqp2::media::StatusOf;
@@ -52,6 +54,30 @@ void Remark(nqp2::ScanReport& report, const CString& path, Omission omission,
     report.skipped.Add(file);
 }
 
+/// Remarks into a report.
+nqp2::avchd::OnOmitted RemarksIn(nqp2::ScanReport& report) {
+    return [&report](const CString& path, Omission omission, const std::string& why) {
+        Remark(report, path, omission, why);
+    };
+}
+
+/// A split recording as take; cards of this kind tell no serial numbers.
+nqp2::Take TakeOf(const nqp2::avchd::SplitRecording& split, const CArray<_tag_P2Clip>& clips) {
+    nqp2::Take take;
+    for (const nqp2::avchd::SplitRecording::Segment& segment : split.segments) {
+        if (segment.clip != nqp2::avchd::SplitRecording::kMissing) {
+            take.segments.Add(segment.clipName);
+        } else {
+            take.missing.Add({segment.clipName, L"", L""});
+        }
+    }
+    if (const std::int64_t top = split.segments.front().clip; top >= 0) {
+        take.topGlobalClipID = clips[top].GlobalClipID;
+    }
+    take.complete = take.missing.IsEmpty();
+    return take;
+}
+
 } // namespace
 
 __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) {
@@ -62,15 +88,17 @@ __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& cli
 __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips,
                                    nqp2::ScanReport& report) {
     return Guarded(kCannotRead, [&] {
-        return StatusOf(nqp2::avchd::ScanClips(
-            root,
-            [this](const CString& path, NQP2BaseClipInfo& info) {
-                return GetP2BaseClipInfo(path, info);
-            },
-            [&report](const CString& path, Omission omission, const std::string& why) {
-                Remark(report, path, omission, why);
-            },
-            clips));
+        std::vector<nqp2::avchd::SplitRecording> splits;
+        const bool found =
+            nqp2::avchd::ScanClips(root,
+                                   [this](const CString& path, NQP2BaseClipInfo& info) {
+                                       return GetP2BaseClipInfo(path, info);
+                                   },
+                                   RemarksIn(report), {clips, splits});
+        for (const nqp2::avchd::SplitRecording& split : splits) {
+            report.takes.Add(TakeOf(split, clips));
+        }
+        return StatusOf(found);
     });
 }
 
@@ -86,6 +114,13 @@ int CNQP2Parser::GetAVCHDClpiDataInfo(const CString& root, const CString& clipNa
 
 __int64 CNQP2Parser::LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls) {
     return Guarded(kCannotRead, [&] { return StatusOf(nqp2::avchd::ScanPlaylists(card, edls)); });
+}
+
+__int64 CNQP2Parser::LoadCardPlaylists(const CString& card, CArray<tag_P2EDL>& edls,
+                                       nqp2::ScanReport& report) {
+    return Guarded(kCannotRead, [&] {
+        return StatusOf(nqp2::avchd::ScanAllPlaylists(card, RemarksIn(report), edls));
+    });
 }
 
 int CNQP2Parser::GetAVCHDMPLMetadata(const CString& card, const CString& name, tag_P2EDL& edl) {

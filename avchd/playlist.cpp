@@ -71,7 +71,7 @@ bool ReadItem(Bytes bytes, PlayItem& item) {
         return false;
     }
     const std::uint16_t flags = reader.U16();
-    item.continues = (flags & kConnectionBits) == kContinuation;
+    item.joined = (flags & kConnectionBits) == kContinuation;
     reader.Skip(1);
     item.in = reader.U32();
     item.out = reader.U32();
@@ -114,9 +114,8 @@ void ReadMarkExtension(Bytes extension, Shot& shot) {
 
 /// The extensions of the marks, one after another.
 Bytes MarkExtensions(Bytes block) {
-    const std::uint32_t address = AddressOf(block, BlockPart::Marks);
-    const Bytes section = address == 0 ? Bytes() : SectionPartAt(block, address);
-    return From(section, 2); // their count is that of the marks
+    // Their count, in front, is that of the marks.
+    return From(OptionalSection(block, AddressOf(block, BlockPart::Marks)), 2);
 }
 
 /// The identifiers of a maker's list of shots, which has one entry for each mark.
@@ -174,8 +173,8 @@ void ReadShots(Bytes marks, Bytes block, Playlist& playlist) {
 /// An item without a mark of its own that continues a recording shares that recording's shot.
 void ShareShots(std::vector<PlayItem>& items) {
     for (std::size_t i = 0; i < items.size(); ++i) {
-        const bool marked = items[i].shot != PlayItem::kNoShot;
-        items[i].continues = items[i].continues && !marked && i > 0;
+        items[i].joined = items[i].joined && i > 0;
+        items[i].continues = items[i].joined && items[i].shot == PlayItem::kNoShot;
         if (items[i].continues) {
             items[i].shot = items[i - 1].shot;
         }
@@ -203,7 +202,7 @@ std::optional<Playlist> DecodePlaylist(Bytes file) {
     if (!items || !ReadItems(*items, playlist.items)) {
         return std::nullopt;
     }
-    ReadShots(SectionPartAt(file, head->sections[kMarks]),
+    ReadShots(OptionalSection(file, head->sections[kMarks]),
               ExtensionBlock(file, head->sections[kExtension], "PLEX"), playlist);
     ShareShots(playlist.items);
     return playlist;

@@ -35,7 +35,8 @@ struct PlayItem {
     std::uint32_t out = 0;             ///< the first tick behind it
     VideoStream video;                 ///< zeros when the item does not tell
     std::int32_t shot = kNoShot;       ///< index of the shot that rules it
-    bool continues = false;            ///< goes on with the recording of the item before it
+    bool joined = false;               ///< connected to the item before it as one recording
+    bool continues = false;            ///< joined, and without a mark of its own
 
     [[nodiscard]] std::string_view Name() const { return {clipName.data(), clipName.size()}; }
 };

@@ -15,12 +15,14 @@
 #include "platform/guid_text.h"
 #include "platform/unicode.h"
 
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace nqp2::avchd {
 namespace {
@@ -59,16 +61,41 @@ CString DateOf(const std::string& path) {
     return media::FileDateText(known ? std::optional(info.created) : std::nullopt);
 }
 
-/// Reads playlists of one card; a clip that several items name is read once.
+/// The folder that a card's playlists are listed in; empty when there is none.
+CString PlaylistFolder(const CString& root) {
+    for (const wchar_t* const above : {kAvchdFolder, kBdmvFolder}) {
+        CString folder = root + above + kPlaylistFolder;
+        if (FolderExists(folder)) {
+            return folder;
+        }
+    }
+    return {};
+}
+
+/// The folder that a playlist is looked for in by its name: that of AVCHD whenever there is AVCHD,
+/// even without playlists of its own; kept: hosts rely on it.
+CString NamedPlaylistFolder(const CString& root) {
+    return root + (FolderExists(root + kAvchdFolder) ? kAvchdFolder : kBdmvFolder) +
+           kPlaylistFolder;
+}
+
+/// Reads playlists of one kind of card; a clip that several items name is read once.
 class PlaylistReader {
 public:
-    explicit PlaylistReader(const CString& root)
-        : m_playlists(root + (FolderExists(root + kAvchdFolder) ? kAvchdFolder : kBdmvFolder) +
-                      kPlaylistFolder),
-          m_clips(ClipsFolder(root)) {}
+    PlaylistReader(const CString& root, const ClipFiles& kind)
+        : m_kind(kind), m_clips(ClipsFolder(root)) {}
 
-    bool Read(const CString& name, tag_P2EDL& edl) {
-        const std::optional<Playlist> playlist = Find(name);
+    using Telling = std::function<void(Omission omission, const std::string& why)>;
+
+    /// Fills the record. False when `omit` was told why there is no playlist, and for an empty one.
+    bool Read(const std::string& path, const Telling& omit, tag_P2EDL& edl) {
+        std::optional<Playlist> playlist;
+        const platform::IoStatus status = ReadPlaylistFile(path, playlist);
+        if (!status) {
+            omit(OmissionOf(status), status.reason);
+        } else if (!playlist) {
+            omit(Omission::Undecodable, "no sound playlist, or one of too many items");
+        }
         if (!playlist || playlist->items.empty()) {
             return false;
         }
@@ -83,17 +110,12 @@ public:
     }
 
 private:
-    std::optional<Playlist> Find(const CString& name) {
-        const std::optional<std::string> path = m_playlists.Find(name + kPlaylistExtension);
-        return path ? ReadPlaylistFile(*path) : std::nullopt;
-    }
-
     /// Null when the clip cannot be read.
     const _tag_P2Clip* ClipOf(const PlayItem& item) {
         const auto [place, isNew] = m_known.try_emplace(std::string(item.Name()));
         if (isNew) {
             auto clip = std::make_unique<_tag_P2Clip>();
-            if (m_clips.Read(kAvchdFiles, platform::TextFromUtf8(place->first), *clip)) {
+            if (m_clips.Read(m_kind, platform::TextFromUtf8(place->first), *clip)) {
                 place->second = std::move(clip);
             }
         }
@@ -118,41 +140,92 @@ private:
         edl.Events.Add(std::move(event));
     }
 
-    FolderFiles m_playlists;
+    ClipFiles m_kind;
     ClipSource m_clips;
     /// Null for a clip that cannot be read; a hostile list names thousands of these.
     std::map<std::string, std::unique_ptr<_tag_P2Clip>> m_known;
 };
 
+/// Which file is read for one that was listed; nothing when there is none, perhaps with a reason.
+using FileOf = std::function<std::optional<std::string>(const platform::FoundFile& file,
+                                                        const PlaylistReader::Telling& omit)>;
+
+void AppendPlaylists(PlaylistReader reader, const std::vector<platform::FoundFile>& files,
+                     const FileOf& fileOf, const OnOmitted& omitted, CArray<tag_P2EDL>& edls) {
+    for (const platform::FoundFile& file : files) {
+        TakeAlone(file.path, omitted, [&] {
+            const PlaylistReader::Telling omit = [&](Omission omission, const std::string& why) {
+                omitted(file.path, media::IsCompanion(file.path) ? Omission::Companion : omission,
+                        why);
+            };
+            tag_P2EDL edl;
+            const std::optional<std::string> path = fileOf(file, omit);
+            if (path && reader.Read(*path, omit, edl)) {
+                edl.Identity = platform::NewGuid();
+                edl.Date = DateOf(file.posixPath);
+                edl.Name = file.title;
+                edls.Add(std::move(edl));
+            }
+        });
+    }
+}
+
+std::vector<platform::FoundFile> PlaylistsIn(const CString& folder, const ClipFiles& kind,
+                                             platform::IoStatus& status) {
+    return platform::FindFiles(folder + L"*" + kind.playlistExtension, status);
+}
+
 } // namespace
 
 bool ReadPlaylist(const CString& card, const CString& name, tag_P2EDL& edl) {
-    return !card.IsEmpty() && !name.IsEmpty() &&
-           PlaylistReader(media::WithDrive(card)).Read(name, edl);
+    if (card.IsEmpty() || name.IsEmpty()) {
+        return false;
+    }
+    const CString root = media::WithDrive(card);
+    const std::optional<std::string> path =
+        FolderFiles(NamedPlaylistFolder(root)).Find(name + kAvchdFiles.playlistExtension);
+    return path && PlaylistReader(root, kAvchdFiles)
+                       .Read(
+                           *path, [](auto&&...) {}, edl);
 }
 
 bool ScanPlaylists(const CString& card, CArray<tag_P2EDL>& edls) {
     const CString root = media::WithDrive(card);
-    CString folder = root + kAvchdFolder + kPlaylistFolder;
-    if (!FolderExists(folder)) {
-        folder = root + kBdmvFolder + kPlaylistFolder;
-    }
-    if (!FolderExists(folder)) {
+    const CString folder = PlaylistFolder(root);
+    FolderFiles named(NamedPlaylistFolder(root));
+    const auto fileOf = [&named](const platform::FoundFile& file, const auto&) {
+        return file.isFolder ? std::nullopt
+                             : named.Find(file.title + kAvchdFiles.playlistExtension);
+    };
+    if (folder.IsEmpty()) {
         return false;
     }
     platform::IoStatus status;
-    // Looks in the AVCHD folder whenever that exists, even without playlists of its own: kept, hosts
-    // rely on it.
-    PlaylistReader reader(root);
-    for (const platform::FoundFile& file :
-         platform::FindFiles(folder + L"*" + kPlaylistExtension, status)) {
-        tag_P2EDL edl;
-        if (!file.isFolder && reader.Read(file.title, edl)) {
-            edl.Identity = platform::NewGuid();
-            edl.Date = DateOf(file.posixPath);
-            edl.Name = file.title;
-            edls.Add(std::move(edl));
+    AppendPlaylists(
+        {root, kAvchdFiles}, PlaylistsIn(folder, kAvchdFiles, status), fileOf, [](auto&&...) {},
+        edls);
+    return true;
+}
+
+bool ScanAllPlaylists(const CString& card, const OnOmitted& omitted, CArray<tag_P2EDL>& edls) {
+    const CString root = media::WithDrive(card);
+    const CString folder = card.IsEmpty() ? CString() : PlaylistFolder(root);
+    if (folder.IsEmpty()) {
+        return false;
+    }
+    const auto fileOf = [](const platform::FoundFile& file, const auto& omit) {
+        const bool readable = file.pathIsSafe && !file.isSpecial && !file.isFolder;
+        if (!readable && !file.isFolder) {
+            omit(Omission::Unreadable, "it is no regular file, or its name holds a backslash");
         }
+        return readable ? std::optional(file.posixPath) : std::nullopt;
+    };
+    platform::IoStatus status;
+    for (const ClipFiles& kind : {kAvchdFiles, kBdmvFiles}) {
+        AppendPlaylists({root, kind}, PlaylistsIn(folder, kind, status), fileOf, omitted, edls);
+    }
+    if (!status) {
+        omitted(folder, Omission::FolderUnreadable, status.reason);
     }
     return true;
 }

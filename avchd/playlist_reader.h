@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "avchd/clip_scan.h"
 #include "media/P2EDL.h"
 #include "platform/CArray.h"
 #include "platform/CString.h"
@@ -15,7 +16,12 @@ namespace nqp2::avchd {
 /// playlist or none with items.
 bool ReadPlaylist(const CString& card, const CString& name, tag_P2EDL& edl);
 
-/// Appends the card's playlists in the order of their folder. False when there is no such folder.
+/// Appends the card's playlists (.MPL) in the order of their folder. False when there is no such
+/// folder.
 bool ScanPlaylists(const CString& card, CArray<tag_P2EDL>& edls);
+
+/// The same for the playlists of AVCHD and behind them those of discs (.mpls). Tells of those that
+/// are left out, but for empty ones. False for an empty card too.
+bool ScanAllPlaylists(const CString& card, const OnOmitted& omitted, CArray<tag_P2EDL>& edls);
 
 } // namespace nqp2::avchd

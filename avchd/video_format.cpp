@@ -86,11 +86,9 @@ const FrameRate* RateOf(std::uint8_t rateCode, bool is25p) {
 }
 
 std::int32_t FramesBetween(std::uint32_t in, std::uint32_t out, const FrameRate& rate) {
-    if (out <= in) {
-        return 0;
-    }
+    const std::uint32_t ticks = out - in; // also right when the clock starts anew in between
     // Below 2^50, and the quotient below 6 million.
-    const std::int64_t frames = std::int64_t{out - in} * rate.frames;
+    const std::int64_t frames = std::int64_t{ticks} * rate.frames;
     const std::int64_t unit = kTicksASecond * rate.seconds;
     return static_cast<std::int32_t>((2 * frames + unit) / (2 * unit));
 }

@@ -50,7 +50,8 @@ struct FrameRate {
 const FrameRate* RateOf(std::uint8_t rateCode, bool is25p);
 
 /// Frames between two times of 45 kHz ticks, rounded: a frame of most rates is no whole number of
-/// ticks. 0 unless `out` is later than `in`. Sums are taken of the frames, never of the ticks.
+/// ticks. The clock starts anew at 2^32, so `out` may be the smaller number. Sums are taken of the
+/// frames, never of the ticks.
 std::int32_t FramesBetween(std::uint32_t in, std::uint32_t out, const FrameRate& rate);
 
 /// The sum, held at the largest number.

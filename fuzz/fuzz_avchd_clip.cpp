@@ -4,12 +4,13 @@
 // Any bytes as AVCHD clip information.
 
 #include "avchd/clip_information.h"
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 
 #include <cstddef>
 #include <cstdint>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     using nqp2::fuzz::Require;
     const auto clip = nqp2::avchd::DecodeClipInformation({data, size});
     if (!clip) {

@@ -5,6 +5,7 @@
 
 #include "avchd/limits.h"
 #include "avchd/playlist.h"
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ bool IsDigit(char ch) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const auto playlist = nqp2::avchd::DecodePlaylist({data, size});
     if (!playlist) {
         return 0;

@@ -6,6 +6,7 @@
 #include "avchd/sequence_parameters.h"
 #include "avchd/stream_head.h"
 #include "avchd/transport_stream.h"
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 
 #include <cstddef>
@@ -29,7 +30,7 @@ void Check(const std::optional<SequenceParameters>& parameters) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const nqp2::avchd::Bytes bytes(data, size);
     Check(nqp2::avchd::DecodeSequenceParameters(bytes));
     Require(nqp2::avchd::VideoBytes(bytes, kPid).size() <= size, "video is a part of its stream");

@@ -6,6 +6,7 @@
 #include "bridge/ClipListRecords.h"
 #include "bridge/connection_record.h"
 #include "bridge/messages.h"
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 
 #include <algorithm>
@@ -89,7 +90,7 @@ void TryImage(std::uint8_t kind, Bytes image) {
 
 } // namespace nqp2::bridge
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     if (size > 1) {
         // A copy of its own, so that the sanitizer sees each step beyond its end.
         nqp2::bridge::TryImage(data[0], {data + 1, data + size});

@@ -3,6 +3,7 @@
 
 // Bytes as a clip file through both clip readers.
 
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "media/card_layout.h"
 #include "parser/clip_path.h"
@@ -80,7 +81,7 @@ void CheckClip(const _tag_P2Clip& clip) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     // The same objects for all inputs, as in a scan: no file may spoil the next.
     static nqp2::parser::TextPool pool;
     static nqp2::dom::Document document(nqp2::dom::SelectionRule::Names::Qualified);

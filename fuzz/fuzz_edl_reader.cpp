@@ -5,6 +5,7 @@
 
 #include "edl/edl_layout.h"
 #include "edl/edl_reader.h"
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "media/identifier.h"
 #include "xml/MarkupMSXML.h"
@@ -61,7 +62,7 @@ void CheckEvents(CMarkupMSXML& reader, const wchar_t* path, const tag_P2EDL& edl
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     // The same object for all inputs, as in a scan: no file may spoil the next.
     static CMarkupMSXML reader;
     if (reader.LoadBytes({reinterpret_cast<const char*>(data), size}) == 0) {

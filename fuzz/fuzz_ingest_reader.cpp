@@ -3,6 +3,8 @@
 
 // Bytes as a card's ingest list: read, extended, and a clip taken out again.
 
+#include "fuzz/measured_input.h"
+#include "fuzz/memory_files.h"
 #include "fuzz/require.h"
 #include "ingest/ingest_file.h"
 #include "ingest/IngestList.h"
@@ -13,10 +15,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <map>
-#include <memory>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -26,120 +25,11 @@ using nqp2::IngestList;
 using nqp2::IngestResult;
 using nqp2::IngestStatus;
 using nqp2::fuzz::Require;
-using nqp2::platform::EntryKind;
-using nqp2::platform::FileInfo;
-using nqp2::platform::FolderEntry;
-using nqp2::platform::IoError;
-using nqp2::platform::IoStatus;
 
 constexpr const wchar_t* kRoot = L"/nqp2-fuzz";
+constexpr const char* kFile = "/nqp2-fuzz/USERDATA/Ingest.xml";
 constexpr const wchar_t* kClip = L"0001AA";
 constexpr const char* kOnlyPath = "/nqp2-fuzz/USERDATA";
-
-/// The files of one folder, in memory.
-class OneFolder final : public nqp2::platform::FileSystem {
-public:
-    std::map<std::string, std::string> files; ///< by name
-
-    IoStatus Stat(const std::string& path, FileInfo& info) override {
-        if (path.ends_with('/')) {
-            info.kind = EntryKind::Folder;
-            return {};
-        }
-        const auto found = files.find(NameOf(path));
-        if (found == files.end()) {
-            return Missing();
-        }
-        info.kind = EntryKind::File;
-        info.size = found->second.size();
-        return {};
-    }
-    IoStatus List(const std::string&, std::vector<FolderEntry>& entries) override {
-        entries.clear();
-        for (const auto& [name, content] : files) {
-            entries.push_back({name, EntryKind::File});
-        }
-        return {};
-    }
-    IoStatus Open(const std::string&, std::unique_ptr<nqp2::platform::FileReader>&) override {
-        return Missing();
-    }
-    IoStatus Read(const std::string& path, std::uint64_t, std::string& content) override {
-        const auto found = files.find(NameOf(path));
-        if (found == files.end()) {
-            return Missing();
-        }
-        content = found->second;
-        return {};
-    }
-    IoStatus FreeSpace(const std::string&, std::uint64_t&) override { return Missing(); }
-    IoStatus OpenFolder(const std::string&,
-                        std::unique_ptr<nqp2::platform::Folder>& folder) override {
-        folder = std::make_unique<Opened>(*this);
-        return {};
-    }
-
-private:
-    /// The same folder, at every path.
-    class Opened final : public nqp2::platform::Folder {
-    public:
-        explicit Opened(OneFolder& owner) : m_owner(owner) {}
-        [[nodiscard]] const std::string& Path() const override { return m_path; }
-        IoStatus OpenFolder(const std::string&,
-                            std::unique_ptr<nqp2::platform::Folder>& folder) override {
-            return m_owner.OpenFolder(m_path, folder);
-        }
-        IoStatus MakeFolder(const std::string&) override { return {}; }
-        IoStatus RemoveFolder(const std::string&) override { return {}; }
-        IoStatus Stat(const std::string& name, FileInfo& info) override {
-            return m_owner.Stat(name == "USERDATA" ? name + "/" : name, info);
-        }
-        IoStatus List(std::vector<FolderEntry>& entries) override {
-            return m_owner.List(m_path, entries);
-        }
-        IoStatus Open(const std::string&, std::unique_ptr<nqp2::platform::FileReader>&) override {
-            return Missing();
-        }
-        IoStatus Read(const std::string& name, std::uint64_t limit, std::string& content) override {
-            return m_owner.Read(name, limit, content);
-        }
-        IoStatus WriteWhole(const std::string& name, std::string_view content) override {
-            m_owner.files[name] = content;
-            return {};
-        }
-        IoStatus Create(const std::string&, std::unique_ptr<nqp2::platform::FileWriter>&) override {
-            return Missing();
-        }
-        IoStatus RemoveFile(const std::string&) override { return Missing(); }
-        IoStatus MoveToFree(const std::string& from, const std::string& to) override {
-            auto& files = m_owner.files;
-            const auto found = files.find(from);
-            if (found == files.end()) {
-                return Missing();
-            }
-            if (!files.emplace(to, found->second).second) {
-                return {IoError::Exists, "taken"};
-            }
-            files.erase(found);
-            return {};
-        }
-        IoStatus RemoveAbandoned() override { return {}; }
-        IoStatus UsableSpace(std::uint64_t&) override { return Missing(); }
-        IoStatus Lock(std::chrono::milliseconds) override { return {}; }
-        IoStatus LockName(const std::string&, std::unique_ptr<nqp2::platform::NameLock>&) override {
-            return {};
-        }
-
-    private:
-        OneFolder& m_owner;
-        std::string m_path = kOnlyPath;
-    };
-
-    static std::string NameOf(const std::string& path) {
-        return path.substr(path.find_last_of('/') + 1);
-    }
-    static IoStatus Missing() { return {IoError::NotFound, "missing"}; }
-};
 
 bool IsClip(const IngestList::value_type& entry) {
     return nqp2::platform::EqualNoCase(entry.first.View(), kClip);
@@ -183,10 +73,10 @@ void CheckAddAndRemove(IngestList expected) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
-    OneFolder folder;
-    folder.files["Ingest.xml"] = bytes;
+    MemoryFiles folder;
+    folder.files[kFile] = bytes;
     const nqp2::platform::ScopedFileSystem inPlace(folder);
     IngestList list;
     IngestResult result;
@@ -195,14 +85,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     Require(nqp2::AddToIngestList(kRoot, {{kClip, {{3, 4}}}}).status == result.status &&
-                folder.files["Ingest.xml"] == bytes,
+                folder.files[kFile] == bytes,
             "what is no list stays as it is");
     std::unique_ptr<nqp2::platform::Folder> opened;
     Require(static_cast<bool>(folder.OpenFolder(kOnlyPath, opened)), "it opens");
     nqp2::ingest::AddToFile(*opened, nqp2::ingest::UserDataFolder(kRoot), L"Ingest.xml",
                             {{kClip, {{3, 4}}}, {L"other", {{5, 6}}}});
     Require(result.status == IngestStatus::Foreign ||
-                folder.files["Ingest.xml.unreadable1"] == bytes,
+                folder.files[std::string(kFile) + ".unreadable1"] == bytes,
             "what cannot be read is kept aside");
     CMarkupMSXML saved;
     Require(saved.Load(nqp2::ingest::UserDataFolder(kRoot) + L"Ingest.xml") != 0,

@@ -3,6 +3,7 @@
 
 // A schema up to the first zero byte, the document that must fit it in the rest.
 
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "xml/dom/document.h"
 #include "xml/dom/schema.h"
@@ -35,7 +36,7 @@ void Hold(const Document& document, const std::string& schema) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view input(reinterpret_cast<const char*>(data), size);
     const std::size_t end = std::min(input.find('\0'), input.size());
     const std::string_view text = input.substr(std::min(end + 1, input.size()));

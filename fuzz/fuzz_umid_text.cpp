@@ -3,6 +3,7 @@
 
 // Any wide text through everything that reads identifiers, timecodes, dates, numbers and codes.
 
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "media/clip_date.h"
 #include "media/identifier.h"
@@ -89,7 +90,7 @@ void CheckNumbers(const CString& text) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const CString text = TextOf({reinterpret_cast<const char*>(data), size});
     CheckIdentifier(text);
     CheckTimecode(text);

@@ -3,6 +3,7 @@
 
 // A path in the first line, a document in the rest.
 
+#include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "platform/ComError.h"
 #include "xml/dom/document.h"
@@ -80,7 +81,7 @@ void Run(Document& document, const std::string& path, std::string_view bytes) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view input(reinterpret_cast<const char*>(data), size);
     const std::size_t lineEnd = std::min(input.find('\n'), input.size());
     const std::string path(input.substr(0, lineEnd));

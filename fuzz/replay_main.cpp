@@ -7,6 +7,8 @@
 //   fuzz_clip CORPUS-FOLDER MUTATIONS
 //   fuzz_clip FILE
 
+#include "fuzz/measured_input.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
@@ -187,7 +189,8 @@ void ReplayCorpus(const fs::path& folder, std::size_t mutations, const fs::path&
         run(Mutated(corpus, dice));
     }
     lastInput.Remove();
-    std::printf("%zu files and %zu mutations ran\n", corpus.size(), mutations);
+    std::printf("%zu files and %zu mutations ran, in %zu KiB at most\n", corpus.size(), mutations,
+                nqp2::fuzz::MostMemory() >> 10U);
 }
 
 } // namespace

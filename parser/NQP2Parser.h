@@ -125,19 +125,25 @@ public:
     /// and the camera files of two makers (the worker describes these). Returns 0, or 1 for an empty
     /// root and when none of the folders is there. May be called before Init.
     __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips);
-    /// The same scan; `report` receives (appended) what was left out.
+    /// The same scan; `report` receives (appended) what was left out, and as takes the recordings
+    /// that a camera split into several clips, as the card's playlists tell.
     __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips,
                           nqp2::ScanReport& report);
     /// Fills `clip`, which is not reset first, from the clip information CLIPINF/`clipName`.CPI, the
     /// card's playlists and the beginning of the clip's stream. Returns 1, or 0 with the record
     /// untouched when the clip cannot be decoded.
     int GetAVCHDCPIMetadata(const CString& root, const CString& clipName, _tag_P2Clip& clip);
-    /// The same for CLIPINF/`clipName`.clpi of a disc, whose playlists tell nothing of its clips.
+    /// The same for CLIPINF/`clipName`.clpi of a disc, with its playlists (.mpls).
     int GetAVCHDClpiDataInfo(const CString& root, const CString& clipName, _tag_P2Clip& clip);
 
     /// Appends the AVCHD card's playlists as edit lists. Returns 0, or 1 when there is no playlist
     /// folder.
     __int64 LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls);
+    /// Appends the playlists of AVCHD cards (.MPL) and behind them those of discs (.mpls), each in
+    /// the order of the playlist folder. `report` receives (appended) what was left out. Returns 0,
+    /// or 1 for an empty card and when there is no playlist folder.
+    __int64 LoadCardPlaylists(const CString& card, CArray<tag_P2EDL>& edls,
+                              nqp2::ScanReport& report);
     /// Fills `edl` from PLAYLIST/`name`.MPL: an event for each item whose clip can be read, with that
     /// clip's record, all at offset 0 and with exclusive out points. Returns 1, or 0 with the record
     /// untouched when the playlist cannot be decoded or is empty.

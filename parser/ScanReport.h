@@ -24,7 +24,8 @@ enum class SkipReason : std::int32_t {
     UnsafeName,    ///< the clip name inside is no plain file name: its files were not looked for
     FolderUnreadable, ///< the folder could not be read to its end
     NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
-    Undecodable,      ///< clip information of an AVCHD card that is damaged or tells of no video
+    Undecodable,      ///< clip information that is damaged or tells of no video, a playlist that is
+                      ///< damaged or has too many items
     NotDescribed,     ///< a camera file that the worker did not describe
 };
 
@@ -44,9 +45,10 @@ struct MissingSegment {
     CString globalClipID; ///< identifier of the missing segment; "" when not told
 };
 
-/// A spanned recording: one shot that continues from clip to clip, perhaps over several cards.
+/// A spanned recording: one shot that continues from clip to clip, perhaps over several cards, or
+/// that a camera split because a file had become too large.
 struct Take {
-    CString topGlobalClipID; ///< identifier of the first segment
+    CString topGlobalClipID; ///< identifier of the first segment; "" when it has none
     CStringArray segments;   ///< names of the clips that are there, in shot order
     bool complete = false;   ///< true when the chain runs from first to last segment
     CArray<MissingSegment> missing;

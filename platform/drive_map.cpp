@@ -57,7 +57,9 @@ bool MapDriveFromArgument(std::string_view argument) {
     const std::size_t equals = std::min(argument.find('='), argument.size());
     const CString drive = TextFromBytes(argument.substr(0, equals));
     const std::string folder(argument.substr(std::min(equals + 1, argument.size())));
-    return !folder.empty() && MapDrive(drive, folder.c_str());
+    // Behind a zero byte the rest would be left out without a word.
+    const bool isWhole = argument.find('\0') == std::string_view::npos;
+    return isWhole && !folder.empty() && MapDrive(drive, folder.c_str());
 }
 
 bool IsDriveMapped(wchar_t drive) {

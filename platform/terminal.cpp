@@ -6,6 +6,7 @@
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <string_view>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -45,8 +46,21 @@ int TerminalWidth(std::FILE* stream) {
     return width > 0 ? width : kUsualWidth;
 }
 
-void LetPipeWritesFail() {
+void LetWritesFail() {
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+bool OpenStandardStreams() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The other direction than it is used in: whoever uses it is told.
+        const int direction = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+        // The lowest free number is taken, which is this one.
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", direction) != descriptor) {
+            return false;
+        }
+    }
+    return true;
 }
 
 } // namespace nqp2

@@ -91,7 +91,7 @@ int main(int count, char** arguments) {
         return kWrongUsage;
     }
     try {
-        nqp2::LetPipeWritesFail();
+        nqp2::LetWritesFail();
         std::signal(SIGXFSZ, SIG_IGN); // a file beyond the limit is an error of one request
         return Serve(options.reached);
     } catch (const std::exception& fault) {

@@ -56,6 +56,7 @@ protected:
     std::vector<std::string> Scan(bool expected = true) {
         m_clips.RemoveAll();
         m_omitted.clear();
+        m_splits.clear();
         EXPECT_EQ(ScanClips(
                       Root(),
                       [this](const CString& path, NQP2BaseClipInfo& info) {
@@ -64,7 +65,7 @@ protected:
                       [this](const CString& path, Omission, const std::string&) {
                           m_omitted.push_back(Relative(path));
                       },
-                      m_clips),
+                      {m_clips, m_splits}),
                   expected);
         std::vector<std::string> names;
         for (const _tag_P2Clip& clip : m_clips) {
@@ -84,6 +85,7 @@ protected:
     test::TempFolder m_folder;
     CArray<_tag_P2Clip> m_clips;
     std::vector<std::string> m_omitted;
+    std::vector<SplitRecording> m_splits;
     std::function<int(const CString&, NQP2BaseClipInfo&)> m_worker =
         [](const CString&, NQP2BaseClipInfo&) { return 0; };
 };
@@ -136,6 +138,67 @@ TEST_F(ClipScanTest, AClipThatContinuesAShotHasItsPulldownButNotItsMoment) {
     }
 }
 
+TEST_F(ClipScanTest, RecordingsThatTheCameraSplitAreTakes) {
+    for (const char* const name : {"00001", "00002", "00003", "00005", "00008"}) {
+        AddClip(name);
+    }
+    const auto add = [this](const char* playlist, const std::vector<std::string>& names) {
+        test::PlaylistSpec spec;
+        spec.items.clear();
+        for (const std::string& name : names) {
+            spec.items.push_back({name.substr(1)});
+            spec.items.back().connection = name[0] == '+' ? 6 : 1;
+        }
+        AddPlaylist(playlist, spec);
+    };
+    add("00000", {"+00001", "+00002", "-00003", "-00004", "+00005", "+00006", "-00008", "+00008"});
+    add("00001", {"-00001", "+00002", "+00001", "-00009", "+00010", "-00002", "+00007"});
+    CNQP2Parser parser;
+    ScanReport report;
+    parser.LoadAVCHDClip(Root(), m_clips, report);
+    const auto told = [](const Take& take) {
+        std::string text = take.complete ? "" : "incomplete ";
+        for (const CString& name : take.segments) {
+            text += platform::Utf8FromText(name.View());
+        }
+        for (const MissingSegment& segment : take.missing) {
+            text += '!' + platform::Utf8FromText(segment.clipName.View());
+        }
+        return text;
+    };
+    ASSERT_EQ(report.takes.GetSize(), 2) << "neither clips that are gone nor circles";
+    std::vector<std::string> takes = {told(report.takes[0]), told(report.takes[1])};
+    EXPECT_THAT(
+        takes, UnorderedElementsAre("incomplete 0000100002!00007", "incomplete 00005!00004!00006"));
+}
+
+TEST_F(ClipScanTest, AClockThatStartsAnewAndDoubledFramesAreCountedRight) {
+    // Rate code, bytes of the timecode; drop frame, start, frames of the wrapping clip.
+    constexpr std::tuple<unsigned, const char*, int, int, int> kCases[] = {
+        {3, "\x10\x01\x01\x01", 0, 3661 * 25 + 10, 49},
+        {6, "\x10\x01\x01\x01", 0, 3661 * 50 + 20, 98},
+        {7, "\x10\x01\x01\x01", 0, 3661 * 60 + 20, 117},
+        {7, "\x42\x01\x01\x01", 1, 3661 * 60 + 4 - 4 * (61 - 6), 117},
+        {2, "\x10\x01\x01\x01", 0, 3661 * 24 + 10, 47},
+    };
+    for (const auto& [rate, timecode, drop, start, frames] : kCases) {
+        ClipSpec spec;
+        spec.stretches = {{4294895265, 16169}};
+        spec.format = 5;
+        spec.rate = rate;
+        Add("BDMV/CLIPINF/00001.clpi", test::ClipBytes(spec));
+        test::PlaylistSpec playlist;
+        playlist.items = {{"00001", 4294895265, 16169, 1, 5, rate}, {"00001", 1000, 16169}};
+        playlist.marks = {{1, 1000, 0, test::Zeros(7)}, {0, 4294895265, 0, test::kDate, timecode}};
+        Add("BDMV/PLAYLIST/00000.mpls", test::PlaylistBytes(playlist));
+        const _tag_P2Clip clip = ScanOne();
+        EXPECT_EQ(clip.Duration, frames);
+        EXPECT_EQ(clip.StartTimecode, start) << rate;
+        EXPECT_EQ(clip.DropFrame, drop);
+        EXPECT_EQ(clip.StartDate, L"2011-01-28T13:45:07") << "the earlier mark, though larger";
+    }
+}
+
 TEST_F(ClipScanTest, TakesMomentsFromTheClipThenThePlaylistThenTheStreamThenTheFile) {
     const auto scanned = [this](const char* clipTimecode, std::uint32_t markTime, bool inStream) {
         ClipSpec spec;
@@ -177,7 +240,7 @@ TEST_F(ClipScanTest, RootsThatAreNoCard) {
     m_folder.MakeFolder("PANA_GRP/003");
     m_folder.MakeFolder("BDMV/PLAYLIST");
     EXPECT_THAT(Scan(false), IsEmpty());
-    EXPECT_FALSE(ScanClips(L"", {}, {}, m_clips));
+    EXPECT_FALSE(ScanClips(L"", {}, {}, {m_clips, m_splits}));
     m_folder.MakeFolder("SONY");
     EXPECT_THAT(Scan(), IsEmpty()) << "a folder alone is enough to scan nothing";
 }
@@ -323,6 +386,13 @@ TEST_F(ClipScanTest, PlaylistsAreReadOncePerScan) {
     const platform::ScopedFileSystem inUse(files);
     EXPECT_EQ(Scan().size(), 3U);
     EXPECT_EQ(files.Calls(Operation::Read), 3U + 3U);
+    files.SetHook([](Operation operation, const std::string& path) {
+        if (operation == Operation::Read && path.ends_with("00000.MPL")) {
+            throw std::bad_alloc();
+        }
+    });
+    EXPECT_EQ(Scan().size(), 3U);
+    EXPECT_EQ(m_clips[0].StartDate.GetLength(), 19);
     EXPECT_THAT(listed,
                 ElementsAre("BDMV/CLIPINF/", "BDMV/STREAM/", "BDMV/PLAYLIST/", "BDMV/CLIPINF/"));
 }

@@ -77,7 +77,8 @@ TEST(VideoFormatTest, FramesAreRoundedNeverCutOff) {
         {0, 1875, 2, 1},
         {0, 900, 6, 1},
         {0, kLast, 7, 5720902}, // 26 hours
-        {kLast, 0, 3, 0},       // no clock that ran over
+        {5, 5, 7, 0},
+        {4294895265, 16169, 3, 49}, // the clock starts anew
     };
     for (const auto& [in, out, rateCode, frames] : kCases) {
         const FrameRate* rate = RateOf(static_cast<std::uint8_t>(rateCode), false);
@@ -147,7 +148,7 @@ TEST(ClipInformationTest, ReadsStreamsAndExtension) {
 TEST(ClipInformationTest, SumsItsStretchesEachRoundedByItself) {
     ClipSpec spec;
     spec.rate = 4;
-    spec.stretches = {{0, 1501}, {10, 10}, {20, 5}, {0, 1501}, {0, 1501}};
+    spec.stretches = {{0, 1501}, {10, 10}, {UINT32_MAX - 1000, 500}, {0, 1501}};
     EXPECT_EQ(Decode(spec)->Frames(*RateOf(4, false)), 3);
 }
 
@@ -255,6 +256,10 @@ TEST(PlaylistTest, DamagedMarksAndExtensionsAreLeftOut) {
     PlaylistSpec spec;
     spec.marks = {MarkSpec(), MarkSpec()};
     const std::string good = test::PlaylistBytes(spec);
+    std::string inHead = good; // an address within the head, of what would be a table of one mark
+    inHead.replace(12, 4, test::Be(20, 4));
+    inHead.replace(20, 20, test::Be(16, 4) + test::Be(1, 2) + test::Be(1, 2) + test::Zeros(12));
+    EXPECT_TRUE(DecodePlaylist(test::BytesOf(inHead))->shots.empty());
     for (const std::size_t address : {12U, 16U}) {
         std::string damaged = good;
         damaged.replace(address, 4, "\xFF\xFF\xFF\xFE");

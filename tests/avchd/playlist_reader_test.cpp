@@ -132,6 +132,48 @@ TEST_F(PlaylistReaderTest, PlaylistsThatAreNone) {
     EXPECT_EQ(edl.Name, L"kept");
 }
 
+TEST_F(PlaylistReaderTest, AllOfACardListsDiscsTooAndTellsWhatIsLeftOut) {
+    test::ClipSpec disc;
+    disc.format = 6;
+    m_folder.Write("AVCHD/BDMV/CLIPINF/00002.clpi", test::ClipBytes(disc));
+    PlaylistSpec spec;
+    spec.items = {ItemSpec{"00002", 4294895265, 16169}};
+    Add("AVCHD/BDMV/PLAYLIST/00000.mpls", spec);
+    Add("AVCHD/BDMV/PLAYLIST/00001.MPL", spec);
+    Add("AVCHD/BDMV/PLAYLIST/00002.MPL", spec);
+    m_folder.Write("AVCHD/BDMV/PLAYLIST/00003.mpls", "MPLS0100");
+    m_folder.Write("AVCHD/BDMV/PLAYLIST/._00003.mpls", "Mac");
+    m_folder.MakeFolder("AVCHD/BDMV/PLAYLIST/00004.mpls");
+    spec.items.clear();
+    Add("AVCHD/BDMV/PLAYLIST/00005.mpls", spec);
+    test::FaultyFileSystem files;
+    files.SetHook([](test::Operation operation, const std::string& path) {
+        if (operation == test::Operation::Read && path.ends_with("00001.MPL")) {
+            throw std::bad_alloc();
+        }
+    });
+    const platform::ScopedFileSystem inUse(files);
+    CArray<tag_P2EDL> edls;
+    ScanReport report;
+    EXPECT_EQ(m_parser.LoadCardPlaylists(Root(), edls, report), 0);
+    ASSERT_EQ(edls.GetSize(), 2);
+    EXPECT_EQ(edls[0].Name, L"00002");
+    EXPECT_EQ(edls[0].Codec, L"AVCHD_1280_720_50p");
+    EXPECT_EQ(edls[1].Name, L"00000");
+    EXPECT_EQ(edls[1].Codec, L"AVCHD_1920_1080_25p") << "of the clip of the same kind";
+    EXPECT_EQ(edls[1].Duration, 49);
+    std::vector<std::pair<CString, SkipReason>> skipped;
+    for (const SkippedFile& file : report.skipped) {
+        skipped.emplace_back(file.path.Mid(file.path.ReverseFind(L'\\') + 1), file.reason);
+    }
+    EXPECT_THAT(skipped, testing::UnorderedElementsAre(
+                             std::pair(CString(L"00001.MPL"), SkipReason::TooLarge),
+                             std::pair(CString(L"00003.mpls"), SkipReason::Undecodable),
+                             std::pair(CString(L"._00003.mpls"), SkipReason::Companion)));
+    EXPECT_EQ(m_parser.LoadCardPlaylists(L"", edls, report), 1);
+    EXPECT_THAT(LoadedNames(), ElementsAre("00002")) << "no discs, and the one that throws alone";
+}
+
 TEST_F(PlaylistReaderTest, NamesInOtherCaseAndMissingClipsCostNoSearchOfTheirOwn) {
     m_folder.Write("AVCHD/BDMV/CLIPINF/00003.cpi", test::ClipBytes({}));
     m_folder.MakeFolder("AVCHD/BDMV/PLAYLIST");

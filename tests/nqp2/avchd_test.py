@@ -49,7 +49,7 @@ class AvchdTest(SampleTest):
             ("00002", "AVCHD_1440_1080_25p", "25p", 1440, 40, "2024-05-10T21:14:09",
              (second + 5) * 25, 0),
             ("00003", "AVCHD_1280_720_50p", "50p", 1280, 100, "2024-05-11T11:30:00",
-             600 * 50 + 24, 0),
+             600 * 50 + 2 * 24, 0),
             ("00004", "AVCHD_1920_1080_50i", "29.97p", 1920, 60, "2024-05-11T16:20:00",
              (3598 * 30 + 10) - 2 * (59 - 5), 1),
             ("00005", "AVCHD_1920_1080_50i", "29.97p", 1920, 45, "2024-05-11T16:20:02",
@@ -62,6 +62,8 @@ class AvchdTest(SampleTest):
         for clip in document["clips"]:
             self.assertTrue(Path(clip["VideoPath"]).is_file())
         self.assertEqual([Path(file["path"]).name for file in document["skipped"]], ["00008.CPI"])
+        self.assertEqual([take["segments"] for take in document["takes"] if take["complete"]],
+                         [["00004", "00005"]], "the recording that the camera split")
         self.assertEqual(run("clips", card, "--strict").returncode, 4)
 
     def test_playlists_carry_their_clips(self):
@@ -81,6 +83,14 @@ class AvchdTest(SampleTest):
         self.assertIn("00001       2  0:00:03:15  AVCHD_1920_1080_50i  29.97p  00004 00005\n",
                       table.stdout)
         self.assertEqual(table.stderr, "3 edit lists\n")
+        folder = card / "AVCHD" / "BDMV" / "PLAYLIST"
+        (folder / "00000.MPL").rename(folder / "00000.mpls")
+        (folder / "00001.MPL").write_bytes(b"MPLS")
+        self.assertEqual([edl["Name"] for edl in self.listed("playlists", card)["edls"]],
+                         ["00000", "00002"])
+        result = run("playlists", card, "--strict")
+        self.assertEqual(result.returncode, 4)
+        self.assertIn("00001.MPL: skipped (no sound playlist", result.stderr)
 
     def test_camera_files_that_the_worker_cannot_read_are_no_clips(self):
         folder = self.make("camera")

@@ -15,6 +15,7 @@ COMPLETION = SOURCES / "tools" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
 COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", "import", "export",
             "delete", "icon", "serial", "base-info", "rt-export", "last-error", *GROUPS)
+HAS_WORKER = (Path(PROGRAM).parent / "nqp2-worker").is_file()
 LEVELS = [[], *([command] for command in COMMANDS),
           *([group, command] for group, commands in GROUPS.items() for command in commands)]
 
@@ -78,13 +79,14 @@ class OutputTest(CardTest):
     def setUp(self):
         super().setUp()
         self.card.add("0001AA")
+        (self.folder / "BDMV" / "PLAYLIST").mkdir(parents=True)
 
     def commands(self):
         card = self.card.path
         return (["--help"], ["--version"], ["clips", card], ["clips", card, "--json"],
                 ["clips", card, "--csv"], ["clip", card, "0001AA"], ["format", card], ["umid"],
                 ["free-name", card], ["space", card, "--json"], ["edl", "list", card, "--json"],
-                ["ingest", "list", card, "--json"])
+                ["ingest", "list", card, "--json"], ["playlists", self.folder, "--json"])
 
     def test_full_device(self):
         for arguments in self.commands():
@@ -101,11 +103,45 @@ class OutputTest(CardTest):
                 reader.stdin.close()
             self.assert_fails(result, 1, "nqp2: standard output: cannot be written (Broken pipe)")
 
-    def test_closed_standard_error_stops_nothing(self):
-        command = f"exec {shlex.quote(PROGRAM)} clips {shlex.quote(str(self.card.path))} 2>&-"
-        result = subprocess.run(["sh", "-c", command], capture_output=True, check=False)
-        self.assertEqual(result.returncode, 0)
-        self.assertIn(b"0001AA", result.stdout)
+    def test_closed_streams_are_no_files_of_the_program(self):
+        streams = {0: "<&-", 1: ">&-", 2: "2>&-"}
+        silent = (["import", self.card.path, "0001AA", "--to", self.folder / "taken"],
+                  ["last-error"], ["ingest", "add", self.card.path, "0001AA", "0-9"])
+        for arguments in (*self.commands(), *(silent if HAS_WORKER else silent[2:])):
+            words = shlex.join(map(str, [PROGRAM, *arguments]))
+            open_ones = run(*arguments)
+            for mask in range(1, 8):
+                closed = [number for number in streams if mask >> number & 1]
+                with self.subTest(arguments, closed=closed):
+                    result = subprocess.run(
+                        ["sh", "-c", " ".join([words, *(streams[each] for each in closed)])],
+                        capture_output=True, text=True, check=False)
+                    lost = 1 in closed and open_ones.stdout != ""
+                    self.assertEqual(result.returncode, 1 if lost else 0)
+                    if lost and 2 not in closed:
+                        self.assertEqual(result.stderr, "nqp2: standard output: cannot be written "
+                                                        "(Bad file descriptor)\n")
+                    elif 1 not in closed:
+                        self.assertEqual(result.stdout[:6], open_ones.stdout[:6])
+
+    def test_a_limit_of_file_sizes_is_told(self):
+        with open(self.folder / "result", "wb") as small:
+            result = subprocess.run(["bash", "-c", 'ulimit -f 1; exec "$@"', "-", PROGRAM, "clips",
+                                     self.card.path, "--json"], stdout=small, text=True,
+                                    stderr=subprocess.PIPE, check=False)
+        self.assertEqual((result.returncode, result.stderr),
+                         (1, "nqp2: standard output: cannot be written (File too large)\n"))
+
+    def test_names_what_is_meant_when_the_working_folder_is_gone(self):
+        gone = self.folder / "gone"
+        for arguments, name in ((["base-info", "x.mov"], "x.mov"), (["clips", "card"], "card"),
+                                (["import", self.card.path, "0001AA", "--to", "there"], "there")):
+            gone.mkdir()
+            result = subprocess.run(["sh", "-c", 'rmdir "$PWD"; exec "$@"', "-",
+                                     Path(PROGRAM).absolute(), *arguments],
+                                    cwd=gone, capture_output=True, text=True, check=False)
+            self.assertEqual(result.returncode, 1)
+            self.assertRegex(result.stderr, f"^nqp2: {name}: [^\n]*(reached|no such folder)[^\n]*\n$")
 
 
 class CompletionTest(CardTest):

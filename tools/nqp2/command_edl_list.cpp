@@ -6,10 +6,7 @@
 #include "tools/nqp2/edl_output.h"
 #include "tools/nqp2/scan_report_output.h"
 
-#include "platform/TextBytes.h"
-
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
 
 #include <memory>
 #include <string>
@@ -36,23 +33,6 @@ EdlScan LoadEdls(const Card& card) {
         card.RequireContents();
     }
     return scan;
-}
-
-/// A line for each loss; the status that they amount to.
-Status TellLosses(Console& console, const ScanReport& report, bool strict) {
-    Status status = kDone;
-    for (const SkippedFile& file : report.skipped) {
-        if (file.reason == SkipReason::FolderUnreadable) {
-            console.Message(fmt::format("nqp2: {}: cannot be read to its end ({})",
-                                        PositionText(file), BytesFromText(file.text)));
-            status = kFailed;
-        } else if (file.reason != SkipReason::Companion) { // of which nothing is lost
-            console.Message(
-                fmt::format("nqp2: {}: skipped ({})", PositionText(file), ReasonText(file)));
-            status = strict && status == kDone ? kSkipped : status;
-        }
-    }
-    return status;
 }
 
 Status RunEdlList(Console& console, const EdlListOptions& options) {

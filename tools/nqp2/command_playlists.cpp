@@ -4,6 +4,7 @@
 #include "tools/nqp2/card.h"
 #include "tools/nqp2/command.h"
 #include "tools/nqp2/edl_output.h"
+#include "tools/nqp2/scan_report_output.h"
 
 #include <CLI/CLI.hpp>
 
@@ -16,17 +17,20 @@ namespace {
 struct PlaylistsOptions {
     std::string card;
     EdlForm form;
+    bool strict = false;
 };
 
 Status RunPlaylists(Console& console, const PlaylistsOptions& options) {
     const Card card(options.card);
     ReadyParser parser;
     CArray<tag_P2EDL> playlists;
-    if (parser->LoadAVCHDEdl(card.Root(), playlists) != 0) {
+    ScanReport report;
+    if (parser->LoadCardPlaylists(card.Root(), playlists, report) != 0) {
         card.ThrowNoPlaylists();
     }
     PrintEdls(console, playlists, options.form);
-    return kDone;
+    console.Finish();
+    return TellLosses(console, report, options.strict);
 }
 
 } // namespace
@@ -34,9 +38,10 @@ Status RunPlaylists(Console& console, const PlaylistsOptions& options) {
 void AddPlaylistsCommand(CLI::App& program, Action& chosen) {
     const auto options = std::make_shared<PlaylistsOptions>();
     CLI::App* command =
-        program.add_subcommand("playlists", "List the playlists of an AVCHD card as edit lists");
+        program.add_subcommand("playlists", "List the playlists of an AVCHD card or disc folder");
     AddCardArgument(*command, options->card);
     AddEdlForm(*command, options->form);
+    command->add_flag("--strict", options->strict, "Exit with 4 when a playlist was skipped");
     SetExample(*command, "nqp2 playlists /media/card/PRIVATE --json");
     command->callback([options, &chosen] {
         chosen = [options](Console& console) { return RunPlaylists(console, *options); };

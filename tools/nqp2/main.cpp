@@ -137,9 +137,13 @@ Status Run(int count, const char* const* arguments, Console& console) {
 } // namespace
 
 int main(int count, char** arguments) {
-    nqp2::LetPipeWritesFail();
+    const bool hasStreams = nqp2::OpenStandardStreams();
+    nqp2::LetWritesFail();
     Console console;
     try {
+        if (!hasStreams) {
+            throw Failure("a standard stream", "is closed", "and /dev/null cannot be opened");
+        }
         return Run(count, arguments, console);
     } catch (const Failure& failure) {
         console.Message(fmt::format("nqp2: {}", failure.what()));

@@ -18,8 +18,10 @@ namespace {
 /// A part that is not there is taken as it is written.
 std::string WholePath(const std::string& path) {
     std::error_code error;
-    const std::filesystem::path whole =
-        std::filesystem::weakly_canonical(std::filesystem::absolute(path, error), error);
+    std::filesystem::path whole = std::filesystem::absolute(path, error);
+    if (!error) {
+        whole = std::filesystem::weakly_canonical(whole, error);
+    }
     if (error) {
         throw Failure(path, "cannot be reached", error.message());
     }

@@ -47,7 +47,7 @@ _nqp2() {
         ['ingest list']='--json --csv'
         ['ingest add']=''
         ['ingest remove']=''
-        [playlists]='--json --csv'
+        [playlists]='--json --csv --strict'
         [import]='--to --incomplete --json --quiet --worker'
         [export]='--from --incomplete --json --quiet --worker'
         [delete]='--worker'

@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+// Folders and files of a whole card, of any kind, through everything that reads cards.
+
+#include "fuzz/measured_input.h"
+#include "fuzz/memory_files.h"
+#include "fuzz/require.h"
+#include "ingest/IngestList.h"
+#include "parser/NQP2Parser.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace {
+
+using nqp2::fuzz::MemoryFiles;
+using nqp2::fuzz::Require;
+
+constexpr const wchar_t* kRoot = L"/nqp2-fuzz";
+
+void CheckPath(const CString& path) {
+    Require(path.IsEmpty() || path.Find(kRoot) == 0, "a clip's files lie on its card");
+    Require(path.Find(L"\\..\\") < 0, "no path leads back");
+}
+
+void CheckClips(const CArray<_tag_P2Clip>& clips, const MemoryFiles& card) {
+    Require(clips.GetSize() <= static_cast<std::int64_t>(card.files.size()),
+            "each clip has a file");
+    for (const _tag_P2Clip& clip : clips) {
+        CheckPath(clip.VideoPath);
+        std::for_each(std::begin(clip.AudioPath), std::end(clip.AudioPath), CheckPath);
+    }
+}
+
+/// Every file that the scan names as left out, and every take, is one of the card.
+void CheckReport(const nqp2::ScanReport& report, const CArray<_tag_P2Clip>& clips) {
+    for (const nqp2::SkippedFile& file : report.skipped) {
+        Require(!file.text.IsEmpty(), "what is left out has a reason");
+        CheckPath(file.path);
+    }
+    for (const nqp2::Take& take : report.takes) {
+        Require(take.complete == take.missing.IsEmpty(), "a take that lacks nothing is complete");
+        Require(take.segments.GetSize() <= clips.GetSize(), "a take has no clip twice");
+    }
+}
+
+void ScanP2(CNQP2Parser& parser, const MemoryFiles& card) {
+    CArray<_tag_P2Clip> clips;
+    nqp2::ScanReport report;
+    parser.LoadClipEx(kRoot, clips, 1, report);
+    CheckClips(clips, card);
+    CheckReport(report, clips);
+    eCodeType codeType = {};
+    eP2_VIDEO_STANDARD standard = {};
+    parser.GetDiskFormat(kRoot, codeType, standard);
+}
+
+void ScanAvchd(CNQP2Parser& parser, const MemoryFiles& card) {
+    CArray<_tag_P2Clip> clips;
+    nqp2::ScanReport report;
+    parser.LoadAVCHDClip(kRoot, clips, report);
+    CheckClips(clips, card);
+    CheckReport(report, clips);
+    for (const _tag_P2Clip& clip : clips) {
+        Require(clip.Duration >= 0 && clip.StartTimecode >= 0, "no length is negative");
+    }
+}
+
+void CheckPlaylists(CNQP2Parser& parser) {
+    CArray<tag_P2EDL> fixed;
+    CArray<tag_P2EDL> all;
+    nqp2::ScanReport report;
+    const auto found = parser.LoadAVCHDEdl(kRoot, fixed);
+    Require(parser.LoadCardPlaylists(kRoot, all, report) == found, "both find the folder");
+    CheckReport(report, {});
+    for (const tag_P2EDL& edl : all) {
+        for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
+            Require(event.SourceOut == event.Duration && event.Offset == 0, "items are not moved");
+            CheckPath(event.Clip.VideoPath);
+        }
+    }
+}
+
+} // namespace
+
+int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
+    ByteSource input({data, size});
+    MemoryFiles card;
+    card.AddFrom(input, "/nqp2-fuzz");
+    const platform::ScopedFileSystem inPlace(card);
+    CNQP2Parser parser;
+    parser.Init();
+    ScanP2(parser, card);
+    ScanAvchd(parser, card);
+    CheckPlaylists(parser);
+    CArray<tag_P2EDL> edls;
+    ScanReport report;
+    parser.LoadCardEdls(kRoot, edls, report);
+    CheckReport(report, {});
+    IngestList list;
+    IngestResult result;
+    LoadIngestList(kRoot, list, result);
+    parser.Release();
+    return 0;
+}

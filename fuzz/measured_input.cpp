@@ -1,0 +1,155 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+// What every fuzz target has in common: an input may take memory in proportion to its size alone.
+// All allocations of the process are counted, those of other libraries too; the one that passes the
+// limit ends the program, so that its place is seen and the input kept.
+
+#include "fuzz/measured_input.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+#include <malloc.h>
+#include <string_view>
+#include <unistd.h>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define NQP2_SANITIZED 1
+#endif
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define NQP2_SANITIZED 1
+#endif
+
+namespace {
+
+#ifndef NQP2_FREE_MEMORY_MIB
+#define NQP2_FREE_MEMORY_MIB 2
+#endif
+constexpr std::int64_t kFreeMemory = std::int64_t{NQP2_FREE_MEMORY_MIB} << 20; ///< for any input
+constexpr std::int64_t kMemoryPerByte = 40;                                    ///< beyond it
+
+std::atomic<std::int64_t> g_inUse{0};
+std::atomic<std::int64_t> g_peak{0};
+std::atomic<std::int64_t> g_limit{std::numeric_limits<std::int64_t>::max()};
+std::int64_t g_most = 0;
+
+void Taken(std::size_t bytes) {
+    const auto more = static_cast<std::int64_t>(bytes);
+    const std::int64_t now = g_inUse.fetch_add(more, std::memory_order_relaxed) + more;
+    std::int64_t peak = g_peak.load(std::memory_order_relaxed);
+    while (now > peak && !g_peak.compare_exchange_weak(peak, now, std::memory_order_relaxed)) {
+    }
+    if (now > g_limit.load(std::memory_order_relaxed)) {
+        g_limit = std::numeric_limits<std::int64_t>::max(); // what follows allocates too
+        constexpr std::string_view kBroken =
+            "broken: an input takes memory in proportion to its size\n";
+        static_cast<void>(!write(STDERR_FILENO, kBroken.data(), kBroken.size()));
+        std::abort();
+    }
+}
+
+void Returned(std::size_t bytes) {
+    g_inUse.fetch_sub(static_cast<std::int64_t>(bytes), std::memory_order_relaxed);
+}
+
+} // namespace
+
+// NOLINTBEGIN(bugprone-reserved-identifier): these are the names that the system gives them.
+#ifdef NQP2_SANITIZED
+
+extern "C" {
+int __sanitizer_install_malloc_and_free_hooks(void (*taken)(const volatile void*, std::size_t),
+                                              void (*returned)(const volatile void*));
+std::size_t __sanitizer_get_allocated_size(const volatile void* memory);
+}
+
+namespace {
+
+void CountAllocations() {
+    static const int installed = __sanitizer_install_malloc_and_free_hooks(
+        [](const volatile void*, std::size_t size) { Taken(size); },
+        [](const volatile void* memory) {
+            Returned(memory != nullptr ? __sanitizer_get_allocated_size(memory) : 0);
+        });
+    if (installed == 0) {
+        std::abort();
+    }
+}
+
+} // namespace
+
+#else
+
+// The program's own functions go before those of the C library, for all libraries.
+extern "C" {
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+void __libc_free(void* memory);
+}
+
+namespace {
+
+void CountAllocations() {}
+
+void* Counted(void* memory) {
+    Taken(malloc_usable_size(memory));
+    return memory;
+}
+
+} // namespace
+
+#define NQP2_INTERPOSED extern "C" __attribute__((visibility("default")))
+
+NQP2_INTERPOSED void* malloc(std::size_t size) {
+    return Counted(__libc_malloc(size));
+}
+NQP2_INTERPOSED void* calloc(std::size_t count, std::size_t size) {
+    return Counted(__libc_calloc(count, size));
+}
+NQP2_INTERPOSED void* realloc(void* memory, std::size_t size) {
+    const std::size_t before = malloc_usable_size(memory);
+    void* const moved = __libc_realloc(memory, size);
+    if (moved != nullptr || size == 0) {
+        Returned(before);
+        Taken(malloc_usable_size(moved));
+    }
+    return moved;
+}
+NQP2_INTERPOSED void* aligned_alloc(std::size_t alignment, std::size_t size) {
+    return Counted(__libc_memalign(alignment, size));
+}
+NQP2_INTERPOSED void* memalign(std::size_t alignment, std::size_t size) {
+    return Counted(__libc_memalign(alignment, size));
+}
+NQP2_INTERPOSED int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
+    *memory = Counted(__libc_memalign(alignment, size));
+    return *memory != nullptr ? 0 : ENOMEM;
+}
+NQP2_INTERPOSED void free(void* memory) {
+    Returned(malloc_usable_size(memory));
+    __libc_free(memory);
+}
+
+#endif
+// NOLINTEND(bugprone-reserved-identifier)
+
+std::size_t nqp2::fuzz::MostMemory() {
+    return static_cast<std::size_t>(g_most);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    CountAllocations();
+    const std::int64_t before = g_inUse;
+    g_peak = before;
+    g_limit = before + kFreeMemory + kMemoryPerByte * static_cast<std::int64_t>(size);
+    const int result = nqp2::fuzz::TestInput(data, size);
+    g_limit = std::numeric_limits<std::int64_t>::max();
+    g_most = std::max(g_most, g_peak - before);
+    return result;
+}
