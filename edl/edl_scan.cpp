@@ -13,6 +13,7 @@
 #include "platform/PathText.h"
 #include "platform/read_ahead.h"
 #include "platform/unicode.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
 #include "xml/dom/XmlLimits.h"
 #include "xml/MarkupMSXML.h"
@@ -81,7 +82,7 @@ bool TakeFile(const platform::FoundFile& file, const std::string& content, CMark
     const bool loaded = LoadFile(reader, file.path, loss.status, content);
     loss.status = {}; // too large to be read at once is no fault
     if (!loaded) {
-        loss.error = reader.GetDocumentPtr()->LastError();
+        loss.error = xml::LoadErrorOf(reader.GetDocumentPtr());
         return false;
     }
     edl.Identity = platform::NewGuid();

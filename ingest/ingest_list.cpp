@@ -10,7 +10,7 @@
 #include "platform/number_text.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
-#include "xml/dom/document.h"
+#include "xml/document_queries.h"
 #include "xml/MarkupMSXML.h"
 
 namespace nqp2 {
@@ -61,7 +61,7 @@ IngestResult Load(CMarkupMSXML& list, const CString& path) {
         return Fault(IngestStatus::Unreadable, path, platform::TextFromUtf8(found.reason));
     }
     if (list.Load(path) == 0) {
-        const dom::ParseError& error = list.GetDocumentPtr()->LastError();
+        const dom::ParseError& error = xml::LoadErrorOf(list.GetDocumentPtr());
         return {IngestStatus::Unreadable, path, platform::TextFromUtf8(error.reason), error.line,
                 error.linepos};
     }

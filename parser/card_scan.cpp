@@ -16,6 +16,7 @@
 #include "platform/guard.h"
 #include "platform/PathText.h"
 #include "platform/read_ahead.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
 #include "xml/dom/XmlLimits.h"
 #include "xml/MarkupMSXML.h"
@@ -111,7 +112,7 @@ private:
         }
         const int loaded = status ? m_reader.LoadBytes(content) : m_reader.LoadXml(file.path);
         if (loaded == 0) {
-            Report(NotLoaded(file.path, m_reader.GetDocumentPtr()->LastError()));
+            Report(NotLoaded(file.path, xml::LoadErrorOf(m_reader.GetDocumentPtr())));
         }
         return loaded != 0;
     }

@@ -29,11 +29,12 @@ public:
     /// A file by its POSIX path, in any letter case.
     bool LoadFile(const std::string& path);
     /// Empties the document.
-    void Clear();
+    void Clear() noexcept;
     /// Empties it after a load that could not even be carried out.
-    void Fail(std::string reason);
+    void Fail(std::string_view reason) noexcept;
 
-    /// Writes the document; the old file stays whole when that fails.
+    /// Writes the document; the old file stays whole when that fails. A document that could not be
+    /// loaded again, one without a root included, is not written.
     [[nodiscard]] bool Save(const std::string& path) const;
 
     [[nodiscard]] const ParseError& LastError() const { return m_error; }
@@ -50,11 +51,13 @@ public:
     bool SetSelectionNamespaces(std::string_view declarations);
 
 private:
-    void FreshTree();
-    bool Keep(ParseError error);
+    /// Returns false, with the document empty, when there is no memory for a tree of its own.
+    bool TakeFreshTree() noexcept;
+    template <class Load>
+    bool Replace(const Load& load);
     ParseError ReadFile(const std::string& path);
 
-    SelectionRule m_rule;
+    std::shared_ptr<const SelectionRule> m_rule;
     Parser m_parser;
     std::shared_ptr<Tree> m_tree;
     ParseError m_error;

@@ -20,11 +20,18 @@ struct ParseError {
     Fault fault = Fault::None;
 };
 
+/// Short enough to be told without memory.
+inline constexpr const char* kOutOfMemory = "out of memory";
+
 inline constexpr std::uint32_t kErrorNotFound = 0x800C0006U;
 inline constexpr std::uint32_t kErrorDocumentType = 0xC00CE584U;
 inline constexpr std::uint32_t kErrorTooLarge = 0x8007000EU;
 inline constexpr std::uint32_t kErrorUnreadable = 0x80004005U;
 inline constexpr const char* kFileTooLarge = "the file is larger than metadata may be";
 inline constexpr std::uint32_t kErrorMissingRoot = 0xC00CE558U;
+
+inline ParseError OutOfMemory() noexcept {
+    return {kErrorTooLarge, kOutOfMemory, 0, 0, Fault::TooLarge};
+}
 
 } // namespace nqp2::dom

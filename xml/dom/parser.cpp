@@ -12,7 +12,6 @@
 #include <libxml/parser.h>
 
 #include <algorithm>
-#include <mutex>
 #include <new>
 
 namespace nqp2::dom {
@@ -30,6 +29,13 @@ constexpr std::size_t kMaxNameTableBytes = std::size_t{1} * 1024 * 1024;
 // an entry; no metadata comes near these figures.
 constexpr int kMaxAttributeSlots = 5 * 1500;
 constexpr int kMaxNamespaceSlots = 2 * 500;
+
+// When the library is loaded, and not at the first document: what libxml2 cannot make then for want
+// of memory is missing for the rest of the process.
+const bool libxmlIsReady = [] {
+    xmlInitParser();
+    return true;
+}();
 
 // A file of text at the size limit fits, a flood of empty elements of that size does not.
 std::size_t MaxTreeBytes() {
@@ -100,13 +106,15 @@ struct Parser::Context {
     Context& operator=(const Context&) = delete;
 
     void Renew() {
+        const QuietLibxml quiet;
+        const xmlParserCtxtPtr made = xmlNewParserCtxt();
+        if (made == nullptr) {
+            throw std::bad_alloc();
+        }
         if (libxml != nullptr) {
             xmlFreeParserCtxt(libxml);
         }
-        libxml = xmlNewParserCtxt();
-        if (libxml == nullptr) {
-            throw std::bad_alloc();
-        }
+        libxml = made;
     }
 
     [[nodiscard]] bool Overgrown() const {
@@ -138,8 +146,7 @@ struct Parser::Context {
 };
 
 Parser::Parser() {
-    static std::once_flag once;
-    std::call_once(once, xmlInitParser);
+    static_cast<void>(libxmlIsReady);
     m_context = std::make_unique<Context>();
 }
 

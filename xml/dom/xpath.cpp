@@ -98,7 +98,7 @@ struct XPathView::Copy {
             // Bound to its one namespace in every expression, by either rule.
             return xmlSearchNs(document, reinterpret_cast<xmlNodePtr>(document), Xml(prefix));
         }
-        std::string uri(node.uri);
+        std::string uri(node.Uri());
         if (names == SelectionRule::Names::Qualified) {
             uri = prefix.empty() ? std::string() : std::string(kPrefixNamespace) + prefix;
         }
@@ -114,7 +114,7 @@ struct XPathView::Copy {
 
     // Each kind by its own constructor: libxml2 frees a node by what its kind owns.
     xmlNodePtr NewNode(const Node& node) {
-        const std::string content(node.content);
+        const std::string content(node.Content());
         switch (node.type) {
         case NodeType::Text:
             return xmlNewDocText(document, Xml(content));
@@ -123,7 +123,7 @@ struct XPathView::Copy {
         case NodeType::Comment:
             return xmlNewDocComment(document, Xml(content));
         case NodeType::ProcessingInstruction:
-            return xmlNewDocPI(document, Xml(std::string(node.name)), Xml(content));
+            return xmlNewDocPI(document, Xml(std::string(node.Name())), Xml(content));
         default:
             return xmlNewDocNode(document, NamespaceOf(node), Xml(std::string(BaseName(node))),
                                  nullptr);
@@ -141,13 +141,13 @@ struct XPathView::Copy {
     }
 
     void AddAttributes(Node& node, xmlNodePtr made) {
-        for (Node* each = node.firstAttribute; each != nullptr; each = each->next) {
+        for (Node* each = node.FirstAttribute(); each != nullptr; each = each->Next()) {
             if (IsDeclaration(*each)) {
                 continue;
             }
             const xmlAttrPtr attribute =
                 xmlNewNsProp(made, NamespaceOf(*each), Xml(std::string(BaseName(*each))),
-                             Xml(std::string(each->content)));
+                             Xml(std::string(each->Content())));
             if (attribute == nullptr) {
                 throw std::bad_alloc();
             }

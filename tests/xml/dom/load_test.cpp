@@ -42,7 +42,7 @@ void ExpectFault(const Faulty& faulty) {
     }
     EXPECT_FALSE(error.reason.empty());
     EXPECT_EQ(document.Content()->Root(), nullptr);
-    EXPECT_EQ(document.Content()->DocumentNode().firstChild, nullptr);
+    EXPECT_EQ(document.Content()->DocumentNode().FirstChild(), nullptr);
     ASSERT_TRUE(document.LoadBytes("<d>text</d>")) << document.LastError().reason;
     EXPECT_EQ(document.LastError().errorCode, 0U);
     EXPECT_EQ(Serialize(document.Content()->DocumentNode()), "<d>text</d>\r\n");
