@@ -54,7 +54,7 @@ void Remark(nqp2::ScanReport& report, const CString& path, Omission omission,
 
 } // namespace
 
-__int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) {
+__int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) noexcept {
     nqp2::ScanReport report;
     return LoadAVCHDClip(root, clips, report);
 }
@@ -75,12 +75,12 @@ __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& cli
 }
 
 int CNQP2Parser::GetAVCHDCPIMetadata(const CString& root, const CString& clipName,
-                                     _tag_P2Clip& clip) {
+                                     _tag_P2Clip& clip) noexcept {
     return ReadClip(root, clipName, nqp2::avchd::kAvchdFiles, clip);
 }
 
 int CNQP2Parser::GetAVCHDClpiDataInfo(const CString& root, const CString& clipName,
-                                      _tag_P2Clip& clip) {
+                                      _tag_P2Clip& clip) noexcept {
     return ReadClip(root, clipName, nqp2::avchd::kBdmvFiles, clip);
 }
 

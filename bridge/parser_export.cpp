@@ -51,7 +51,7 @@ int CNQP2Parser::StopRTExport(int first, int second) {
         AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.StopRTExport(first, second); }));
 }
 
-int CNQP2Parser::AddRTExportAVDataForBuf(int value, unsigned char*& data) {
+int CNQP2Parser::AddRTExportAVDataForBuf(int value, unsigned char*& data) noexcept {
     data = nullptr;
     return OneWhenDone(AskProxy(
         m_pSupport, [&](Proxy& proxy) { return proxy.AddRTExportAVDataForBuf(value, data); }));

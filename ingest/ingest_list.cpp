@@ -129,14 +129,13 @@ IngestResult Changed(const CString& root, Change change) {
     return lock ? change(path) : Fault(IngestStatus::Busy, path);
 }
 
-template <class Operation>
-IngestResult GuardedResult(Operation operation) {
-    return platform::Guarded(IngestResult{IngestStatus::NotSaved, {}, {}, 0, 0}, operation);
+IngestResult NotSaved() noexcept {
+    return {IngestStatus::NotSaved, {}, {}, 0, 0};
 }
 
 } // namespace
 
-bool LoadIngestList(const CString& root, IngestList& list) {
+bool LoadIngestList(const CString& root, IngestList& list) noexcept {
     IngestResult result;
     return LoadIngestList(root, list, result);
 }
@@ -155,7 +154,7 @@ bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result)
 }
 
 IngestResult AddToIngestList(const CString& root, const IngestClips& clips) {
-    return GuardedResult([&] {
+    return platform::Guarded(NotSaved(), [&] {
         if (!platform::EnsureFolder(PosixPath(ingest::UserDataFolder(root)))) {
             return Fault(IngestStatus::NotSaved, ListPath(root), L"its folder cannot be made");
         }
@@ -164,8 +163,9 @@ IngestResult AddToIngestList(const CString& root, const IngestClips& clips) {
 }
 
 IngestResult RemoveFromIngestList(const CString& root, const CString& clipName) {
-    return GuardedResult(
-        [&] { return Changed(root, [&](const CString& path) { return Remove(path, clipName); }); });
+    return platform::Guarded(NotSaved(), [&] {
+        return Changed(root, [&](const CString& path) { return Remove(path, clipName); });
+    });
 }
 
 } // namespace nqp2

@@ -10,14 +10,14 @@
 namespace nqp2 {
 
 /// Whether the stream is connected to a terminal.
-NQP2_API bool IsTerminal(std::FILE* stream);
+NQP2_API bool IsTerminal(std::FILE* stream) noexcept;
 
 /// Columns of the terminal behind the stream: the environment's COLUMNS when it is a number from
 /// 1 to 10000, else what the terminal says, else 80.
-NQP2_API int TerminalWidth(std::FILE* stream);
+NQP2_API int TerminalWidth(std::FILE* stream) noexcept;
 
 /// Lets a write to a pipe whose reader has gone fail like any other write instead of ending the
 /// process. Process-wide; for programs, called once at the start.
-NQP2_API void LetPipeWritesFail();
+NQP2_API void LetPipeWritesFail() noexcept;
 
 } // namespace nqp2

@@ -74,6 +74,12 @@ public:
     _variant_t(Truth value) : vt(VT_BOOL), m_whole(value ? 1 : 0) {}
     // NOLINTEND(google-explicit-constructor)
 
+    static _variant_t Null() noexcept {
+        _variant_t null;
+        null.vt = VT_NULL;
+        return null;
+    }
+
     /// The type of what is held. Setting it to VT_EMPTY or VT_NULL hides the value from Text and
     /// ToText.
     VARTYPE vt = VT_EMPTY;

@@ -33,11 +33,11 @@ int WidthFromTerminal(std::FILE* stream) {
 
 namespace nqp2 {
 
-bool IsTerminal(std::FILE* stream) {
+bool IsTerminal(std::FILE* stream) noexcept {
     return isatty(fileno(stream)) == 1;
 }
 
-int TerminalWidth(std::FILE* stream) {
+int TerminalWidth(std::FILE* stream) noexcept {
     if (const int width = WidthFromEnvironment(); width > 0) {
         return width;
     }
@@ -45,7 +45,7 @@ int TerminalWidth(std::FILE* stream) {
     return width > 0 ? width : kUsualWidth;
 }
 
-void LetPipeWritesFail() {
+void LetPipeWritesFail() noexcept {
     std::signal(SIGPIPE, SIG_IGN);
 }
 

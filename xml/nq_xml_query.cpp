@@ -27,11 +27,9 @@ int CNQXmlParser::GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing)
 }
 
 _variant_t CNQXmlParser::GetNodeVal(CString xpath, int bIgnoreMissing) {
-    _variant_t none;
-    none.vt = VT_NULL;
-    return Guarded(none, [&] {
+    return Guarded(_variant_t::Null(), [&] {
         _variant_t value;
-        return GetNodeVal(_bstr_t(xpath), value, bIgnoreMissing) != 0 ? value : none;
+        return GetNodeVal(_bstr_t(xpath), value, bIgnoreMissing) != 0 ? value : _variant_t::Null();
     });
 }
 

@@ -62,8 +62,8 @@ CString CMarkupMSXML::TBase64Encode(CString& text) {
 }
 
 int CMarkupMSXML::TBase64Decode(const CString& text, unsigned char** out) {
-    *out = nullptr;
     return Guarded(0, [&] {
+        *out = nullptr;
         const std::string bytes = nqp2::xml::DecodeBase64(NarrowText(text));
         *out = new unsigned char[bytes.size() + 1];
         std::memcpy(*out, bytes.data(), bytes.size());
