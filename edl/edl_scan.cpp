@@ -9,6 +9,7 @@
 #include "platform/case_blind.h"
 #include "platform/file_system.h"
 #include "platform/folder_index.h"
+#include "platform/guard.h"
 #include "platform/guid_text.h"
 #include "platform/PathText.h"
 #include "platform/read_ahead.h"
@@ -88,7 +89,10 @@ bool TakeFile(const platform::FoundFile& file, const std::string& content, CMark
     edl.Identity = platform::NewGuid();
     edl.Date = DateOf(file.posixPath);
     edl.Name = file.title;
-    return ReadEditList(reader, edl);
+    const platform::MemoryWatch watch;
+    const bool isList = ReadEditList(reader, edl);
+    watch.Require();
+    return isList;
 }
 
 /// Folders are no files; all else that has a list's name is one or is skipped.

@@ -10,6 +10,7 @@
 #include "media/timecode.h"
 #include "platform/case_blind.h"
 #include "platform/file_system.h"
+#include "platform/guard.h"
 #include "platform/guid_text.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
@@ -59,6 +60,7 @@ Reference ReadReference(CMarkupMSXML& reader) {
 /// there is none, and when a clip file that is there does not load.
 std::optional<Reference> FindReference(const CString& clipFolder, const tag_P2EDL& edl,
                                        CMarkupMSXML& reader) {
+    const platform::MemoryWatch watch;
     for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
         const CString path = clipFolder + event.ClipName + media::kXmlExtension;
         if (!media::IsPlainName(event.ClipName) || !IsFile(path)) {
@@ -70,6 +72,7 @@ std::optional<Reference> FindReference(const CString& clipFolder, const tag_P2ED
         const GUID clip = media::GuidFromIdentifier(ClipContent(reader, L"GlobalClipID"));
         if (clip == media::GuidFromIdentifier(event.GlobalClipID)) {
             Reference reference = ReadReference(reader);
+            watch.Require();
             return reference.codec.IsEmpty() ? std::nullopt : std::optional(reference);
         }
     }

@@ -8,6 +8,7 @@
 #include "platform/case_fold.h"
 #include "platform/file_system.h"
 #include "platform/folder_index.h"
+#include "platform/guard.h"
 #include "platform/PathText.h"
 #include "xml/MarkupMSXML.h"
 
@@ -97,7 +98,10 @@ bool Open(CMarkupMSXML& list, const CString& path) {
         return found.error == platform::IoError::NotFound;
     }
     const std::string existing = platform::FindExisting(PosixPath(path)).value_or("");
-    if (list.Load(path) == 0 && !PutAside(existing)) {
+    const platform::MemoryWatch watch;
+    const bool isSound = list.Load(path) != 0;
+    watch.Require(); // a sound list is not put aside for want of memory
+    if (!isSound && !PutAside(existing)) {
         return false;
     }
     if (list.FindElem() != 0) {
@@ -168,11 +172,13 @@ bool AddClips(CMarkupMSXML& list, const IngestClips& clips) {
 }
 
 bool AddToFile(const CString& folder, const CString& fileName, const IngestClips& clips) {
+    const platform::MemoryWatch watch;
     const platform::FolderLock lock = LockFolder(folder);
     CMarkupMSXML list;
     if (lock && Open(list, folder + fileName)) {
         // Nobody is told which clips were left out and whether the list could be saved: kept.
         static_cast<void>(AddClips(list, clips));
+        watch.Require();
         list.Save(folder + fileName);
     }
     return static_cast<bool>(lock);

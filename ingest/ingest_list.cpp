@@ -53,6 +53,7 @@ IngestResult Fault(IngestStatus status, const CString& path, const CString& reas
 }
 
 IngestResult Load(CMarkupMSXML& list, const CString& path) {
+    const platform::MemoryWatch watch;
     const platform::IoStatus found = ingest::FindList(path);
     if (found.error == platform::IoError::NotFound) {
         return Fault(IngestStatus::NoList, path);
@@ -61,6 +62,7 @@ IngestResult Load(CMarkupMSXML& list, const CString& path) {
         return Fault(IngestStatus::Unreadable, path, platform::TextFromUtf8(found.reason));
     }
     if (list.Load(path) == 0) {
+        watch.Require();
         const dom::ParseError& error = xml::LoadErrorOf(list.GetDocumentPtr());
         return {IngestStatus::Unreadable, path, platform::TextFromUtf8(error.reason), error.line,
                 error.linepos};
@@ -95,6 +97,7 @@ IngestResult Saved(CMarkupMSXML& list, const CString& path) {
 }
 
 IngestResult Add(const CString& path, const IngestClips& clips) {
+    const platform::MemoryWatch watch;
     CMarkupMSXML list;
     IngestResult result = LoadPlain(list, path);
     if (result.status == IngestStatus::NoList) {
@@ -102,10 +105,13 @@ IngestResult Add(const CString& path, const IngestClips& clips) {
     } else if (result.status != IngestStatus::Done) {
         return result;
     }
-    return ingest::AddClips(list, clips) ? Saved(list, path) : Fault(IngestStatus::BadName, path);
+    const bool added = ingest::AddClips(list, clips);
+    watch.Require();
+    return added ? Saved(list, path) : Fault(IngestStatus::BadName, path);
 }
 
 IngestResult Remove(const CString& path, const CString& clipName) {
+    const platform::MemoryWatch watch;
     CMarkupMSXML list;
     IngestResult result = Load(list, path);
     if (result.status == IngestStatus::Done) {
@@ -114,11 +120,12 @@ IngestResult Remove(const CString& path, const CString& clipName) {
     if (result.status != IngestStatus::Done) {
         return result;
     }
-    if (!FindClip(list, clipName)) {
+    const bool found = FindClip(list, clipName);
+    watch.Require();
+    if (!found) {
         return Fault(IngestStatus::NotListed, path);
     }
-    list.RemoveElem();
-    return Saved(list, path);
+    return list.RemoveElem() == 0 ? Fault(IngestStatus::NotSaved, path) : Saved(list, path);
 }
 
 /// Runs a change of the list while nobody else changes it.
@@ -143,11 +150,14 @@ bool LoadIngestList(const CString& root, IngestList& list) noexcept {
 bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result) {
     return platform::Guarded(false, [&] {
         list.clear();
+        const platform::MemoryWatch watch;
         CMarkupMSXML document;
         result = LoadPlain(document, ListPath(root));
         if (result.status == IngestStatus::Done) {
             document.ResetMainPos();
-            list = ReadClips(document);
+            IngestList read = ReadClips(document);
+            watch.Require();
+            list = std::move(read);
         }
         return result.status == IngestStatus::Done || result.status == IngestStatus::NoList;
     });

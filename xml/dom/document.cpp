@@ -133,13 +133,20 @@ ParseError Document::ReadFile(const std::string& path) {
     return m_parser.ParseStream(*reader, limit, *m_tree);
 }
 
-bool Document::Save(const std::string& path) const {
+std::optional<std::string> Document::TextToSave() const {
     if (m_tree->Root() == nullptr) {
-        return false; // nothing that could be loaded again
+        return std::nullopt;
     }
-    const Serialized saved = SerializeToReload(m_tree->DocumentNode());
-    return saved.text.size() <= nqp2::MaxXmlFileSize() && LoadsAgain(saved) &&
-           platform::Files().WriteWhole(path, saved.text);
+    Serialized saved = SerializeToReload(m_tree->DocumentNode());
+    if (saved.text.size() > nqp2::MaxXmlFileSize() || !LoadsAgain(saved)) {
+        return std::nullopt;
+    }
+    return std::move(saved.text);
+}
+
+bool Document::Save(const std::string& path) const {
+    const std::optional<std::string> text = TextToSave();
+    return text && platform::Files().WriteWhole(path, *text);
 }
 
 std::shared_ptr<Node> Document::DocumentNode() const {

@@ -10,6 +10,7 @@
 #include "xml/dom/tree.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,8 +34,10 @@ public:
     /// Empties it after a load that could not even be carried out.
     void Fail(std::string_view reason) noexcept;
 
-    /// Writes the document; the old file stays whole when that fails. A document that could not be
-    /// loaded again, one without a root included, is not written.
+    /// The text of the document as it is saved; nothing when it could not be loaded again, one
+    /// without a root included.
+    [[nodiscard]] std::optional<std::string> TextToSave() const;
+    /// Writes the document; the old file stays whole when that fails.
     [[nodiscard]] bool Save(const std::string& path) const;
 
     [[nodiscard]] const ParseError& LastError() const { return m_error; }

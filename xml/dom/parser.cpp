@@ -164,6 +164,10 @@ ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
     xmlCtxtReadIO(context.libxml, Context::OnRead, Context::OnClose, &context, nullptr, encoding,
                   kOptions);
     ParseError error = context.builder.Finish();
+    if (quiet.IsOutOfMemory()) {
+        tree.Clear();
+        return OutOfMemory();
+    }
     if (context.sourceFault.fault != Fault::None) {
         tree.Clear();
         return context.sourceFault;

@@ -101,6 +101,7 @@ ParseError Validate(const Node& document, const std::string& schema) {
     static std::once_flag once;
     std::call_once(once, xmlSchemaInitTypes);
     const QuietLibxml quiet;
+    QuietLibxml::RequireStock();
     ParseError noGrammar{kErrorNoGrammar, "", 0, 0, Fault::NotWellFormed};
     if (schema.size() > kLargestSchema) {
         noGrammar.reason = "the schema is too large";
@@ -117,6 +118,9 @@ ParseError Validate(const Node& document, const std::string& schema) {
         noGrammar.reason = "the schema asks for too much work";
         return noGrammar;
     }
+    if (quiet.IsOutOfMemory()) {
+        throw std::bad_alloc();
+    }
     const SchemaParser parser(xmlSchemaNewDocParserCtxt(schemaDoc.get()));
     xmlSchemaSetParserStructuredErrors(parser.get(), KeepFirst, &noGrammar);
     const Schema grammar(xmlSchemaParse(parser.get()));
@@ -127,7 +131,11 @@ ParseError Validate(const Node& document, const std::string& schema) {
     ParseError invalid{kErrorInvalid, "", 0, 0, Fault::NotWellFormed};
     const Validation validation(xmlSchemaNewValidCtxt(grammar.get()));
     xmlSchemaSetValidStructuredErrors(validation.get(), KeepFirst, &invalid);
-    return xmlSchemaValidateDoc(validation.get(), subject.get()) == 0 ? ParseError() : invalid;
+    const int result = xmlSchemaValidateDoc(validation.get(), subject.get());
+    if (quiet.IsOutOfMemory()) {
+        throw std::bad_alloc();
+    }
+    return result == 0 ? ParseError() : invalid;
 }
 
 } // namespace nqp2::dom

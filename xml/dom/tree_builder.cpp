@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <utility>
 
 namespace nqp2::dom {
@@ -136,23 +137,23 @@ void TreeBuilder::Guard(Event&& event) {
             Stop(kErrorTooLarge, "the document needs more memory than metadata may",
                  Fault::TooLarge);
         }
-    } catch (const std::exception&) {
-        Stop(kErrorTooLarge, kOutOfMemory, Fault::TooLarge);
+    } catch (const std::bad_alloc&) {
+        m_error = OutOfMemory();
+        xmlStopParser(m_context);
+    } catch (const std::exception& error) {
+        Stop(kErrorTooLarge, error.what(), Fault::TooLarge);
     }
 }
 
 // No exception may leave it either: short reasons need no memory.
 void TreeBuilder::Stop(std::uint32_t code, const char* reason, Fault fault) noexcept {
-    m_error = OutOfMemory();
+    try {
+        m_error = {code, reason, 0, 0, fault};
+    } catch (const std::bad_alloc&) {
+        m_error = OutOfMemory();
+    }
     m_error.line = xmlSAX2GetLineNumber(m_context);
     m_error.linepos = xmlSAX2GetColumnNumber(m_context);
-    try {
-        m_error.reason = reason;
-        m_error.errorCode = code;
-        m_error.fault = fault;
-    } catch (const std::exception&) {
-        // It stays at "out of memory".
-    }
     xmlStopParser(m_context);
 }
 
@@ -244,6 +245,9 @@ void TreeBuilder::OnError(void* context, xmlErrorPtr error) {
         return;
     }
     builder.Guard([&] {
+        if (error->code == XML_ERR_NO_MEMORY) {
+            throw std::bad_alloc();
+        }
         builder.m_error = {PlatformErrorCode(*error, Ahead(*builder.m_context)), Reason(*error),
                            error->line, error->int2, Fault::NotWellFormed};
     });
