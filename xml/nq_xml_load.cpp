@@ -82,7 +82,7 @@ void CNQXmlParser::RequireRenderSchema() {
     std::string schema;
     // Asked for under its own name where none is found, so that the reason is known.
     const std::string path = FindExisting(kRenderSchema).value_or(kRenderSchema);
-    const IoStatus status = nqp2::platform::Files().Read(path, nqp2::MaxXmlFileSize(), schema);
+    const IoStatus status = nqp2::platform::Files().Read(path, nqp2::dom::kLargestSchema, schema);
     if (status.error == IoError::NotFound || status.error == IoError::Denied) {
         return;
     }

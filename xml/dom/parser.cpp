@@ -12,6 +12,7 @@
 #include <libxml/parser.h>
 
 #include <algorithm>
+#include <limits>
 #include <new>
 
 namespace nqp2::dom {
@@ -40,7 +41,9 @@ const bool libxmlIsReady = [] {
 // A file of text at the size limit fits, a flood of empty elements of that size does not.
 std::size_t MaxTreeBytes() {
     constexpr std::size_t kBeyondText = std::size_t{2} * 1024 * 1024;
-    return static_cast<std::size_t>(MaxXmlFileSize()) + kBeyondText;
+    constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max() - kBeyondText;
+    return static_cast<std::size_t>(std::min<std::uint64_t>(MaxXmlFileSize(), kNoLimit)) +
+           kBeyondText;
 }
 
 } // namespace

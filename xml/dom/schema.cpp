@@ -22,7 +22,6 @@ namespace nqp2::dom {
 namespace {
 
 constexpr std::uint32_t kErrorInvalid = 0xC00CE225U;
-constexpr std::size_t kLargestSchema = std::size_t{256} * 1024; ///< bytes
 constexpr std::uint32_t kErrorNoGrammar = 0xC00CE224U;
 
 template <auto Free>
@@ -51,22 +50,14 @@ Doc Parsed(const std::string& text, const char* encoding) {
                              XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
 }
 
-/// Documents are held against the declarations without namespace.
-bool HasTargetNamespace(const xmlDoc& schema) {
+/// One file, whose declarations have no namespace: documents are held against those.
+bool StandsAlone(const xmlDoc& schema) {
     const xmlNode* const root = xmlDocGetRootElement(&schema);
-    return root != nullptr && xmlHasNsProp(root, BAD_CAST "targetNamespace", nullptr) != nullptr;
-}
-
-/// Whether the schema is made of several files.
-bool WantsOtherFiles(const xmlNode* node) {
-    for (; node != nullptr; node = node->next) {
-        if (node->type == XML_ELEMENT_NODE &&
-            (xmlHasNsProp(node, BAD_CAST "schemaLocation", nullptr) != nullptr ||
-             WantsOtherFiles(node->children))) {
-            return true;
-        }
-    }
-    return false;
+    return schema.intSubset == nullptr && root != nullptr &&
+           xmlHasNsProp(root, BAD_CAST "targetNamespace", nullptr) == nullptr &&
+           EveryElement(*root, [](const xmlNode& node, int /*depth*/) {
+               return xmlHasNsProp(&node, BAD_CAST "schemaLocation", nullptr) == nullptr;
+           });
 }
 
 /// Of a serialized document: markup counts as a value too, which is never less than what is there.
@@ -81,17 +72,11 @@ ValueSizes SizesIn(std::string_view text) {
     return sizes;
 }
 
-bool HasAffordablePatterns(const xmlNode* node, const ValueSizes& values) {
-    for (; node != nullptr; node = node->next) {
-        if (node->type == XML_ELEMENT_NODE && View(node->name) == "pattern" &&
-            !IsAffordablePattern(Attribute(*node, "value"), values)) {
-            return false;
-        }
-        if (node->type == XML_ELEMENT_NODE && !HasAffordablePatterns(node->children, values)) {
-            return false;
-        }
-    }
-    return true;
+bool HasAffordablePatterns(const xmlDoc& schema, const ValueSizes& values) {
+    return EveryElement(*xmlDocGetRootElement(&schema), [&](const xmlNode& node, int /*depth*/) {
+        return View(node.name) != "pattern" ||
+               IsAffordablePattern(Attribute(node, "value"), values);
+    });
 }
 
 } // namespace
@@ -108,13 +93,12 @@ ParseError Validate(const Node& document, const std::string& schema) {
         return noGrammar;
     }
     const Doc schemaDoc = Parsed(schema, nullptr);
-    if (schemaDoc == nullptr || schemaDoc->intSubset != nullptr || HasTargetNamespace(*schemaDoc) ||
-        WantsOtherFiles(schemaDoc->children)) {
+    if (schemaDoc == nullptr || !StandsAlone(*schemaDoc)) {
         noGrammar.reason = "the schema is no single XML Schema document without namespace";
         return noGrammar;
     }
     const std::string text = Serialize(document);
-    if (!IsAffordable(*schemaDoc) || !HasAffordablePatterns(schemaDoc->children, SizesIn(text))) {
+    if (!IsAffordable(*schemaDoc) || !HasAffordablePatterns(*schemaDoc, SizesIn(text))) {
         noGrammar.reason = "the schema asks for too much work";
         return noGrammar;
     }

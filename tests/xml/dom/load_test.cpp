@@ -285,6 +285,8 @@ TEST_F(LoadFileTest, RefusesFilesBeyondTheLimitUnread) {
     SetMaxXmlFileSize(300'007);
     EXPECT_TRUE(m_document.LoadFile(large));
     EXPECT_EQ(Serialize(*m_document.DocumentNode()), Large() + "\r\n") << "read in pieces";
+    SetMaxXmlFileSize(UINT64_MAX);
+    EXPECT_TRUE(m_document.LoadText("<a>" + Repeated("<b/>", 60'000) + "</a>")) << "no small limit";
 }
 
 TEST_F(LoadFileTest, MediumThatFailsInMidFileIsNoShortDocument) {
