@@ -80,7 +80,7 @@ nqp2::Take TakeOf(const nqp2::avchd::SplitRecording& split, const CArray<_tag_P2
 
 } // namespace
 
-__int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) {
+__int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) noexcept {
     nqp2::ScanReport report;
     return LoadAVCHDClip(root, clips, report);
 }
@@ -103,12 +103,12 @@ __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& cli
 }
 
 int CNQP2Parser::GetAVCHDCPIMetadata(const CString& root, const CString& clipName,
-                                     _tag_P2Clip& clip) {
+                                     _tag_P2Clip& clip) noexcept {
     return ReadClip(root, clipName, nqp2::avchd::kAvchdFiles, clip);
 }
 
 int CNQP2Parser::GetAVCHDClpiDataInfo(const CString& root, const CString& clipName,
-                                      _tag_P2Clip& clip) {
+                                      _tag_P2Clip& clip) noexcept {
     return ReadClip(root, clipName, nqp2::avchd::kBdmvFiles, clip);
 }
 

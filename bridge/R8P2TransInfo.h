@@ -32,18 +32,19 @@ struct tag_NQFileFormatEx {
 };
 
 /// Sets every field to its default.
-NQP2_API void NQ_InitFileFormat(tag_NQFileFormatEx& format);
+NQP2_API void NQ_InitFileFormat(tag_NQFileFormatEx& format) noexcept;
 /// Bytes of the record's image: 64 for every record.
-NQP2_API std::int32_t NQ_GetFileFormatDataSize(const tag_NQFileFormatEx& format);
+NQP2_API std::int32_t NQ_GetFileFormatDataSize(const tag_NQFileFormatEx& format) noexcept;
 /// Writes the image to `target`, which has room for it, and its length to `count`. Returns 1, or 0
 /// with `count` 0 and nothing written when `target` is null. `count` may be null.
 NQP2_API std::int32_t NQ_SaveFileFormatData(unsigned char* target, const tag_NQFileFormatEx& format,
-                                            std::uint32_t* count);
+                                            std::uint32_t* count) noexcept;
 /// Reads the image at `source`, which holds a whole one, and stores the bytes read in `count`.
 /// Returns 1, or 0 with `count` 0 and the record unchanged when `source` is null. `count` may be
 /// null.
 NQP2_API std::int32_t NQ_RestoreFileFormatData(const unsigned char* source,
-                                               tag_NQFileFormatEx& format, std::uint32_t* count);
+                                               tag_NQFileFormatEx& format,
+                                               std::uint32_t* count) noexcept;
 
 /// A clip that belongs to the one that is transferred. What the fields mean is between the host
 /// and the worker, here and in the records below.

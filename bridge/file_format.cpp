@@ -25,23 +25,23 @@ std::uint64_t ImageSize() {
 
 } // namespace
 
-void NQ_InitFileFormat(tag_NQFileFormatEx& format) {
+void NQ_InitFileFormat(tag_NQFileFormatEx& format) noexcept {
     format = {};
 }
 
-std::int32_t NQ_GetFileFormatDataSize(const tag_NQFileFormatEx& /*format*/) {
+std::int32_t NQ_GetFileFormatDataSize(const tag_NQFileFormatEx& /*format*/) noexcept {
     return static_cast<std::int32_t>(ImageSize());
 }
 
 std::int32_t NQ_SaveFileFormatData(unsigned char* target, const tag_NQFileFormatEx& format,
-                                   std::uint32_t* count) {
+                                   std::uint32_t* count) noexcept {
     WireWriter writer(target, target != nullptr ? ImageSize() : 0);
     writer(format);
     return Told(writer.Written(), count);
 }
 
 std::int32_t NQ_RestoreFileFormatData(const unsigned char* source, tag_NQFileFormatEx& format,
-                                      std::uint32_t* count) {
+                                      std::uint32_t* count) noexcept {
     if (source == nullptr) {
         return Told(0, count);
     }

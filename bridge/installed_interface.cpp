@@ -17,7 +17,7 @@ InstalledInterface& Installed() {
 
 using nqp2::bridge::Installed;
 
-void R8P2Parser_SetSysInterface(void* systemObject, void* table) {
+void R8P2Parser_SetSysInterface(void* systemObject, void* table) noexcept {
     Installed().systemObject = systemObject;
     Installed().table = static_cast<const nqp2::SysInterfaceTable*>(table);
     if (systemObject == nullptr || table == nullptr) {
@@ -28,7 +28,7 @@ void R8P2Parser_SetSysInterface(void* systemObject, void* table) {
         nqp2::bridge::StartRequestServer(systemObject, Installed().table, 0).release();
 }
 
-void R8XDCAMParser_ResetSysInterface() {
+void R8XDCAMParser_ResetSysInterface() noexcept {
     delete Installed().server;
     Installed().server = nullptr;
 }

@@ -5,6 +5,7 @@
 #include "bridge/messages.h"
 #include "bridge/RecordedClips.h"
 #include "parser/NQP2Parser.h"
+#include "platform/guard.h"
 
 #include <algorithm>
 
@@ -52,7 +53,7 @@ int CNQP2Parser::StopRTExport(int first, int second) {
         AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.StopRTExport(first, second); }));
 }
 
-int CNQP2Parser::AddRTExportAVDataForBuf(int value, unsigned char*& data) {
+int CNQP2Parser::AddRTExportAVDataForBuf(int value, unsigned char*& data) noexcept {
     data = nullptr;
     return OneWhenDone(AskProxy(
         m_pSupport, [&](Proxy& proxy) { return proxy.AddRTExportAVDataForBuf(value, data); }));
@@ -77,15 +78,21 @@ struct nqp2::bridge::ProxyOf {
     static CTNQ264BitSupport* Get(const CNQP2Parser& parser) { return parser.m_pSupport; }
 };
 
-CStringArray nqp2::RecordedClips(const CNQP2Parser& parser) {
-    CString lines;
-    AskProxy(bridge::ProxyOf::Get(parser),
-             [&](Proxy& proxy) { return proxy.GetRecordedClips(lines); });
-    CStringArray names;
-    while (!lines.IsEmpty()) {
-        const int end = lines.Find(L'\n');
-        names.Add(end < 0 ? lines : lines.Left(end));
-        lines = end < 0 ? CString() : lines.Mid(end + 1);
-    }
-    return names;
+namespace nqp2 {
+
+CStringArray RecordedClips(const CNQP2Parser& parser) noexcept {
+    return platform::Guarded(CStringArray(), [&] {
+        CString lines;
+        AskProxy(bridge::ProxyOf::Get(parser),
+                 [&](Proxy& proxy) { return proxy.GetRecordedClips(lines); });
+        CStringArray names;
+        while (!lines.IsEmpty()) {
+            const int end = lines.Find(L'\n');
+            names.Add(end < 0 ? lines : lines.Left(end));
+            lines = end < 0 ? CString() : lines.Mid(end + 1);
+        }
+        return names;
+    });
 }
+
+} // namespace nqp2

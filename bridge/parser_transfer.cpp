@@ -15,21 +15,21 @@ __int64 CNQP2Parser::ImportFile(stu_R8P2TransInfo& info) {
     return ZeroWhenDone(AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.ImportFile(info); }));
 }
 
-int CNQP2Parser::GetUploadOffset(std::uint32_t& first, std::uint32_t& second) {
+int CNQP2Parser::GetUploadOffset(std::uint32_t& first, std::uint32_t& second) noexcept {
     first = 0;
     second = 0;
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.GetUploadOffset(first, second); });
     return 1; // whatever came of it: kept, hosts rely on it
 }
 
-int CNQP2Parser::ExportFile(stu_R8P2TransInfo* info, CStringArray& names) {
+int CNQP2Parser::ExportFile(stu_R8P2TransInfo* info, CStringArray& names) noexcept {
     if (info == nullptr) {
         return 0;
     }
     return AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.ExportFile(*info, names); });
 }
 
-void CNQP2Parser::DeleteFileW(CString first, CString second) {
+void CNQP2Parser::DeleteFileW(CString first, CString second) noexcept {
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.DeleteFileW(first, second); });
     // The other way round: kept, hosts rely on it.
     DeleteIngestNode(second, first);

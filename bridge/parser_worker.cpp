@@ -12,12 +12,12 @@ void CNQP2Parser::SetImpCallBack(ImpCallBack callback, void* context) {
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.SetImpCallBack(callback, context); });
 }
 
-int CNQP2Parser::SetSystemType(eP2_VIDEO_STANDARD standard) {
+int CNQP2Parser::SetSystemType(eP2_VIDEO_STANDARD standard) noexcept {
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.SetSystemType(standard); });
     return 1; // whatever came of it: kept, hosts rely on it
 }
 
-CString CNQP2Parser::GetLastError() {
+CString CNQP2Parser::GetLastError() noexcept {
     CString text;
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.GetLastError(text); });
     return text;

@@ -36,7 +36,7 @@ int CNQP2Parser::GetDiscFree(CString drive, eCodeType codeType, int audioFlag,
 }
 
 __int64 CNQP2Parser::GetMaxFrameBy4GBSize(eCodeType codeType, int audioFlag,
-                                          eP2_VIDEO_STANDARD standard, __int64& size) {
+                                          eP2_VIDEO_STANDARD standard, __int64& size) noexcept {
     const nqp2::capacity::FileLimit limit =
         nqp2::capacity::LimitOfFile(CostOf(codeType, audioFlag != 0, standard));
     size = limit.size;
@@ -44,11 +44,11 @@ __int64 CNQP2Parser::GetMaxFrameBy4GBSize(eCodeType codeType, int audioFlag,
 }
 
 __int64 CNQP2Parser::CountFramesFromSpace(eCodeType codeType, int audioFlag,
-                                          eP2_VIDEO_STANDARD standard, __int64 space) {
+                                          eP2_VIDEO_STANDARD standard, __int64 space) noexcept {
     return CostOf(codeType, audioFlag != 0, standard).Frames(space);
 }
 
 __int64 CNQP2Parser::CountSpaceFromFrames(eCodeType codeType, int audioFlag,
-                                          eP2_VIDEO_STANDARD standard, __int64 frames) {
+                                          eP2_VIDEO_STANDARD standard, __int64 frames) noexcept {
     return CostOf(codeType, audioFlag != 0, standard).Space(frames);
 }

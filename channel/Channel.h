@@ -63,7 +63,7 @@ NQP2_API WorkerStatus UseWorker(const WorkerSettings& settings);
 NQP2_API void LeaveWorker();
 
 /// The table of a host: slot 0 connects to the worker, slot 1 opens.
-NQP2_API SystemInterface HostInterface();
+NQP2_API SystemInterface HostInterface() noexcept;
 
 /// How hosts reach a worker.
 struct ListenSettings {
@@ -91,6 +91,6 @@ NQP2_API void StopListening();
 /// The table of a worker: slot 0 waits (up to the receive time-out) for a host that connects with
 /// that channel id, slot 1 for a channel that the host opens with that id beside the parent. Sizes
 /// are the host's; what a worker passes for them is not used.
-NQP2_API SystemInterface WorkerInterface();
+NQP2_API SystemInterface WorkerInterface() noexcept;
 
 } // namespace nqp2

@@ -121,7 +121,7 @@ void LeaveWorker() {
     });
 }
 
-SystemInterface HostInterface() {
+SystemInterface HostInterface() noexcept {
     static int noServices = 0;
     static SysInterfaceTable table = channel::TableWith(channel::ConnectChannel);
     return {&noServices, &table};

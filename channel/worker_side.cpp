@@ -70,7 +70,7 @@ void StopListening() {
     });
 }
 
-SystemInterface WorkerInterface() {
+SystemInterface WorkerInterface() noexcept {
     static int noServices = 0;
     static SysInterfaceTable table = channel::TableWith(channel::TakeChannel);
     return {&noServices, &table};

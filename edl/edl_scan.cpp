@@ -9,10 +9,12 @@
 #include "platform/case_blind.h"
 #include "platform/file_system.h"
 #include "platform/folder_index.h"
+#include "platform/guard.h"
 #include "platform/guid_text.h"
 #include "platform/PathText.h"
 #include "platform/read_ahead.h"
 #include "platform/unicode.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
 #include "xml/dom/XmlLimits.h"
 #include "xml/MarkupMSXML.h"
@@ -81,13 +83,16 @@ bool TakeFile(const platform::FoundFile& file, const std::string& content, CMark
     const bool loaded = LoadFile(reader, file.path, loss.status, content);
     loss.status = {}; // too large to be read at once is no fault
     if (!loaded) {
-        loss.error = reader.GetDocumentPtr()->LastError();
+        loss.error = xml::LoadErrorOf(reader.GetDocumentPtr());
         return false;
     }
     edl.Identity = platform::NewGuid();
     edl.Date = DateOf(file.posixPath);
     edl.Name = file.title;
-    return ReadEditList(reader, edl);
+    const platform::MemoryWatch watch;
+    const bool isList = ReadEditList(reader, edl);
+    watch.Require();
+    return isList;
 }
 
 /// Folders are no files; all else that has a list's name is one or is skipped.

@@ -11,6 +11,7 @@
 #include "platform/case_blind.h"
 #include "platform/folder.h"
 #include "platform/folder_index.h"
+#include "platform/guard.h"
 #include "platform/guid_text.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
@@ -89,6 +90,7 @@ Reference ReadReference(CMarkupMSXML& reader) {
 /// there is none, and when a clip file that is there does not load.
 std::optional<Reference> FindReference(ClipFolder clips, const tag_P2EDL& edl,
                                        CMarkupMSXML& reader) {
+    const platform::MemoryWatch watch;
     for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
         const CString path =
             media::IsPlainName(event.ClipName) ? clips.Find(event.ClipName) : CString();
@@ -101,6 +103,7 @@ std::optional<Reference> FindReference(ClipFolder clips, const tag_P2EDL& edl,
         const GUID clip = media::GuidFromIdentifier(ClipContent(reader, L"GlobalClipID"));
         if (clip == media::GuidFromIdentifier(event.GlobalClipID)) {
             Reference reference = ReadReference(reader);
+            watch.Require();
             return reference.codec.IsEmpty() ? std::nullopt : std::optional(reference);
         }
     }

@@ -40,7 +40,7 @@ struct IngestResult {
 /// Reads the list of the card with that root. Returns true when it could be read or the card has
 /// none yet (`list` is then empty); false when there is one that cannot be read, or a file in its
 /// place that is no ingest list. `result` tells which, with NoList for a card that has none.
-NQP2_API bool LoadIngestList(const CString& root, IngestList& list);
+NQP2_API bool LoadIngestList(const CString& root, IngestList& list) noexcept;
 NQP2_API bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result);
 
 /// Adds segments to the card's list, which is made when there is none, and leaves alone what is no

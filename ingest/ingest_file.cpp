@@ -6,6 +6,7 @@
 #include "media/card_layout.h"
 #include "platform/case_fold.h"
 #include "platform/folder_index.h"
+#include "platform/guard.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
@@ -89,7 +90,13 @@ platform::IoStatus Open(CMarkupMSXML& list, platform::Folder& folder, const CStr
     if (!isNew && !status) {
         return status;
     }
-    if (isNew || list.Load(folderPath + platform::TextFromNameBytes(name)) == 0) {
+    bool isSound = false;
+    if (!isNew) {
+        const platform::MemoryWatch watch;
+        isSound = list.Load(folderPath + platform::TextFromNameBytes(name)) != 0;
+        watch.Require(); // a sound list is not put aside for want of memory
+    }
+    if (!isSound) {
         status = isNew ? platform::IoStatus{} : PutAside(folder, name);
         MakeList(list);
         return status;
@@ -191,6 +198,7 @@ platform::IoStatus Save(CMarkupMSXML& list, platform::Folder& folder, const CStr
 
 bool AddToFile(platform::Folder& folder, const CString& folderPath, const CString& fileName,
                const IngestClips& clips) {
+    const platform::MemoryWatch watch;
     CMarkupMSXML list;
     if (!BeginChange(folder)) {
         return false;
@@ -199,6 +207,7 @@ bool AddToFile(platform::Folder& folder, const CString& folderPath, const CStrin
     if (status) {
         // Nobody is told which clips were left out: kept.
         static_cast<void>(AddClips(list, clips));
+        watch.Require();
         status = Save(list, folder, fileName);
     }
     // Nor whether the list could be saved, unless something else would have been written: kept.

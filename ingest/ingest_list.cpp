@@ -8,7 +8,7 @@
 #include "platform/guard.h"
 #include "platform/number_text.h"
 #include "platform/unicode.h"
-#include "xml/dom/document.h"
+#include "xml/document_queries.h"
 #include "xml/MarkupMSXML.h"
 
 #include <memory>
@@ -53,6 +53,7 @@ IngestResult Fault(IngestStatus status, const CString& path, const CString& reas
 }
 
 IngestResult Load(CMarkupMSXML& list, const CString& path) {
+    const platform::MemoryWatch watch;
     const platform::IoStatus found = ingest::FindList(path);
     if (found.error == platform::IoError::NotFound) {
         return Fault(IngestStatus::NoList, path);
@@ -61,7 +62,8 @@ IngestResult Load(CMarkupMSXML& list, const CString& path) {
         return Fault(IngestStatus::Unreadable, path, platform::TextFromUtf8(found.reason));
     }
     if (list.Load(path) == 0) {
-        const dom::ParseError& error = list.GetDocumentPtr()->LastError();
+        watch.Require();
+        const dom::ParseError& error = xml::LoadErrorOf(list.GetDocumentPtr());
         return {IngestStatus::Unreadable, path, platform::TextFromUtf8(error.reason), error.line,
                 error.linepos};
     }
@@ -97,6 +99,7 @@ IngestResult Saved(CMarkupMSXML& list, platform::Folder& folder, const CString& 
 }
 
 IngestResult Add(platform::Folder& folder, const CString& path, const IngestClips& clips) {
+    const platform::MemoryWatch watch;
     CMarkupMSXML list;
     IngestResult result = LoadPlain(list, path);
     if (result.status == IngestStatus::NoList) {
@@ -104,11 +107,13 @@ IngestResult Add(platform::Folder& folder, const CString& path, const IngestClip
     } else if (result.status != IngestStatus::Done) {
         return result;
     }
-    return ingest::AddClips(list, clips) ? Saved(list, folder, path)
-                                         : Fault(IngestStatus::BadName, path);
+    const bool added = ingest::AddClips(list, clips);
+    watch.Require();
+    return added ? Saved(list, folder, path) : Fault(IngestStatus::BadName, path);
 }
 
 IngestResult Remove(platform::Folder& folder, const CString& path, const CString& clipName) {
+    const platform::MemoryWatch watch;
     CMarkupMSXML list;
     IngestResult result = Load(list, path);
     if (result.status == IngestStatus::Done) {
@@ -117,11 +122,12 @@ IngestResult Remove(platform::Folder& folder, const CString& path, const CString
     if (result.status != IngestStatus::Done) {
         return result;
     }
-    if (!FindClip(list, clipName)) {
+    const bool found = FindClip(list, clipName);
+    watch.Require();
+    if (!found) {
         return Fault(IngestStatus::NotListed, path);
     }
-    list.RemoveElem();
-    return Saved(list, folder, path);
+    return list.RemoveElem() == 0 ? Fault(IngestStatus::NotSaved, path) : Saved(list, folder, path);
 }
 
 /// Runs a change of the list while nobody else changes it. The folder is made for those who add.
@@ -140,14 +146,13 @@ IngestResult Changed(const CString& root, bool make, Change change) {
     return ingest::BeginChange(*folder) ? change(*folder, path) : Fault(IngestStatus::Busy, path);
 }
 
-template <class Operation>
-IngestResult GuardedResult(Operation operation) {
-    return platform::Guarded(IngestResult{IngestStatus::NotSaved, {}, {}, 0, 0}, operation);
+IngestResult NotSaved() noexcept {
+    return {IngestStatus::NotSaved, {}, {}, 0, 0};
 }
 
 } // namespace
 
-bool LoadIngestList(const CString& root, IngestList& list) {
+bool LoadIngestList(const CString& root, IngestList& list) noexcept {
     IngestResult result;
     return LoadIngestList(root, list, result);
 }
@@ -155,18 +160,21 @@ bool LoadIngestList(const CString& root, IngestList& list) {
 bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result) {
     return platform::Guarded(false, [&] {
         list.clear();
+        const platform::MemoryWatch watch;
         CMarkupMSXML document;
         result = LoadPlain(document, ListPath(root));
         if (result.status == IngestStatus::Done) {
             document.ResetMainPos();
-            list = ReadClips(document);
+            IngestList read = ReadClips(document);
+            watch.Require();
+            list = std::move(read);
         }
         return result.status == IngestStatus::Done || result.status == IngestStatus::NoList;
     });
 }
 
 IngestResult AddToIngestList(const CString& root, const IngestClips& clips) {
-    return GuardedResult([&] {
+    return platform::Guarded(NotSaved(), [&] {
         return Changed(root, true, [&](platform::Folder& folder, const CString& path) {
             return Add(folder, path, clips);
         });
@@ -174,7 +182,7 @@ IngestResult AddToIngestList(const CString& root, const IngestClips& clips) {
 }
 
 IngestResult RemoveFromIngestList(const CString& root, const CString& clipName) {
-    return GuardedResult([&] {
+    return platform::Guarded(NotSaved(), [&] {
         return Changed(root, false, [&](platform::Folder& folder, const CString& path) {
             return Remove(folder, path, clipName);
         });

@@ -50,7 +50,7 @@ __int64 CNQP2Parser::WriteIngestXML(const CString& fileName, IngestRequest& requ
     });
 }
 
-int CNQP2Parser::DeleteIngestNode(const CString& root, const CString& clipName) {
+int CNQP2Parser::DeleteIngestNode(const CString& root, const CString& clipName) noexcept {
     if (root.IsEmpty() || clipName.IsEmpty()) {
         return 1;
     }

@@ -72,18 +72,18 @@ namespace nqp2 {
 /// text; all texts are compared without regard to letter case. Never fails: CT_DV25_50I for an
 /// unknown codec.
 NQP2_API eCodeType CodeTypeFromCodec(const CString& codec, const CString& rate, const int& class50,
-                                     const CString& codecClass);
+                                     const CString& codecClass) noexcept;
 
 /// Index 0 to 10 of a rate text, without regard to letter case; 0 for any other text.
-NQP2_API int RateIndexFromText(const CString& rate);
+NQP2_API int RateIndexFromText(const CString& rate) noexcept;
 /// The same index from frames a second, each compared within 0.001; 0 for any other rate.
-NQP2_API int RateIndexFromFps(double fps);
+NQP2_API int RateIndexFromFps(double fps) noexcept;
 /// The rate family of a rate index; VS_50I for an index that is none.
-NQP2_API eP2_VIDEO_STANDARD StandardFromRateIndex(int index);
+NQP2_API eP2_VIDEO_STANDARD StandardFromRateIndex(int index) noexcept;
 
 /// The enumerator's own name ("CT_DV25_50I", "VS_50I"); "" for a value that has none.
-NQP2_API const char* CodeTypeName(eCodeType type);
-NQP2_API const char* StandardName(eP2_VIDEO_STANDARD standard);
+NQP2_API const char* CodeTypeName(eCodeType type) noexcept;
+NQP2_API const char* StandardName(eP2_VIDEO_STANDARD standard) noexcept;
 
 /// The value of an enumerator's name, without regard to letter case; nothing for any other text.
 NQP2_API std::optional<eCodeType> CodeTypeFromName(const CString& name);

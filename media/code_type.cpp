@@ -4,6 +4,7 @@
 #include "media/CodeType.h"
 
 #include "platform/case_fold.h"
+#include "platform/guard.h"
 #include "platform/TextBytes.h"
 
 #include <algorithm>
@@ -163,7 +164,7 @@ std::optional<Value> ValueOf(std::span<const NamedValue<Value>> names, const CSt
 } // namespace
 
 eCodeType CodeTypeFromCodec(const CString& codec, const CString& rate, const int& class50,
-                            const CString& codecClass) {
+                            const CString& codecClass) noexcept {
     const Decision* decision = FindDecision(kDvDecisions, codec.View(), rate.View());
     if (decision == nullptr && codecClass.View() == L"200") {
         decision = FindDecision(kClass200Decisions, codec.View(), rate.View());
@@ -178,20 +179,22 @@ eCodeType CodeTypeFromCodec(const CString& codec, const CString& rate, const int
     return class50 != 0 ? decision->class50Type : decision->type;
 }
 
-const char* CodeTypeName(eCodeType type) {
+const char* CodeTypeName(eCodeType type) noexcept {
     return NameOf<eCodeType>(kCodeTypeNames, type);
 }
 
-const char* StandardName(eP2_VIDEO_STANDARD standard) {
+const char* StandardName(eP2_VIDEO_STANDARD standard) noexcept {
     return NameOf<eP2_VIDEO_STANDARD>(kStandardNames, standard);
 }
 
 std::optional<eCodeType> CodeTypeFromName(const CString& name) {
-    return ValueOf<eCodeType>(kCodeTypeNames, name);
+    return platform::Guarded(std::optional<eCodeType>(),
+                             [&] { return ValueOf<eCodeType>(kCodeTypeNames, name); });
 }
 
 std::optional<eP2_VIDEO_STANDARD> StandardFromName(const CString& name) {
-    return ValueOf<eP2_VIDEO_STANDARD>(kStandardNames, name);
+    return platform::Guarded(std::optional<eP2_VIDEO_STANDARD>(),
+                             [&] { return ValueOf<eP2_VIDEO_STANDARD>(kStandardNames, name); });
 }
 
 } // namespace nqp2

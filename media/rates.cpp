@@ -39,7 +39,7 @@ constexpr double kFpsTolerance = 0.001;
 
 } // namespace
 
-int RateIndexFromText(const CString& rate) {
+int RateIndexFromText(const CString& rate) noexcept {
     const auto isIt = [text = rate.View()](const RateText& row) {
         return platform::EqualNoCase(row.text, text);
     };
@@ -47,7 +47,7 @@ int RateIndexFromText(const CString& rate) {
     return found == std::end(kRates) ? 0 : static_cast<int>(found - std::begin(kRates));
 }
 
-int RateIndexFromFps(double fps) {
+int RateIndexFromFps(double fps) noexcept {
     const auto isIt = [fps](const NumericRate& row) {
         return std::fabs(fps - row.fps) < kFpsTolerance;
     };
@@ -55,7 +55,7 @@ int RateIndexFromFps(double fps) {
     return found == std::end(kNumericRates) ? 0 : found->index;
 }
 
-eP2_VIDEO_STANDARD StandardFromRateIndex(int index) {
+eP2_VIDEO_STANDARD StandardFromRateIndex(int index) noexcept {
     return index >= 0 && index < kRateCount ? kRates[index].standard : VS_50I;
 }
 

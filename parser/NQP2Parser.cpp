@@ -26,14 +26,11 @@ Function EntryPoint(nqp2::platform::ModuleHandle module, const char* name) {
 
 } // namespace
 
-CNQP2Parser::CNQP2Parser() {
+CNQP2Parser::CNQP2Parser() noexcept {
     MakeProxy();
     // Registers for progress at once; who hears of it is set later.
     SetImpCallBack(nullptr, nullptr);
-    Guarded(false, [&] { // a host's lookup of the system folder may throw
-        InitP2CmgrDll();
-        return true;
-    });
+    Guarded([&] { InitP2CmgrDll(); }); // a host's lookup of the system folder may throw
 }
 
 CNQP2Parser::~CNQP2Parser() {
@@ -43,7 +40,7 @@ CNQP2Parser::~CNQP2Parser() {
     }
 }
 
-CNQP2Parser& CNQP2Parser::operator=(const CNQP2Parser& other) {
+CNQP2Parser& CNQP2Parser::operator=(const CNQP2Parser& other) noexcept {
     if (m_pSupport != other.m_pSupport) {
         if (other.m_pSupport != nullptr) {
             other.m_pSupport->AddHolder();
@@ -60,27 +57,26 @@ CNQP2Parser& CNQP2Parser::operator=(const CNQP2Parser& other) {
 }
 
 void CNQP2Parser::MakeProxy() {
-    Guarded(false, [&] {
+    Guarded([&] {
         if (m_pSupport == nullptr) {
             m_pSupport = new CTNQ264BitSupport;
             // Without a worker the operations that need one say so.
             static_cast<void>(m_pSupport->Open());
         }
-        return true;
     });
 }
 
-void CNQP2Parser::CloseProxy() {
+void CNQP2Parser::CloseProxy() noexcept {
     if (m_pSupport != nullptr) {
-        m_pSupport->Close();
+        Guarded([&] { m_pSupport->Close(); });
         DropProxy();
     }
 }
 
 // Nobody reaches a proxy without holder any more, so that it is closed as well.
-void CNQP2Parser::DropProxy() {
+void CNQP2Parser::DropProxy() noexcept {
     if (m_pSupport != nullptr && m_pSupport->DropHolder()) {
-        m_pSupport->Close();
+        Guarded([&] { m_pSupport->Close(); });
         delete m_pSupport;
     }
     m_pSupport = nullptr;
@@ -105,8 +101,8 @@ void CNQP2Parser::InitP2CmgrDll() {
 }
 
 __int64 CNQP2Parser::Init() {
-    MakeProxy();
     return Guarded(kRead, [&] {
+        MakeProxy();
         if (m_pXmlBuilder == nullptr) {
             m_pXmlBuilder = new CNQXmlParser;
         }
@@ -117,7 +113,7 @@ __int64 CNQP2Parser::Init() {
     });
 }
 
-__int64 CNQP2Parser::Release() {
+__int64 CNQP2Parser::Release() noexcept {
     CloseProxy();
     delete m_pXmlBuilder;
     m_pXmlBuilder = nullptr;
@@ -131,5 +127,5 @@ CString CNQP2Parser::CreateUMID(_GUID guid) {
 }
 
 GUID CNQP2Parser::GuidFromUMID(const CString& identifier) {
-    return nqp2::media::GuidFromIdentifier(identifier);
+    return Guarded(GUID(), [&] { return nqp2::media::GuidFromIdentifier(identifier); });
 }

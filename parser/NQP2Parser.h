@@ -48,20 +48,20 @@ struct ProxyOf; ///< how functions beside the class reach the worker
 class NQP2_API CNQP2Parser {
 public:
     /// Opens the way to the worker; works without one too.
-    CNQP2Parser();
+    CNQP2Parser() noexcept;
     /// Closes the way to the worker.
     ~CNQP2Parser();
     CNQP2Parser(const CNQP2Parser&) = delete;
     /// Copies the six fields as they are: both objects then share what they point to, and only one
     /// of them may release it. The worker proxy is closed by the first of them that is released or
     /// destroyed, and lives as long as the last.
-    CNQP2Parser& operator=(const CNQP2Parser& other);
+    CNQP2Parser& operator=(const CNQP2Parser& other) noexcept;
 
     /// Creates what is missing of the working objects. Returns 0.
     __int64 Init();
     /// Destroys the working objects; may be called twice. Must be called before destruction, which
     /// leaves the XML objects alone. Returns 0.
-    __int64 Release();
+    __int64 Release() noexcept;
 
     /// Reads CONTENTS/CLIP/`clipName`.XML into `clip`, which is not reset first. Returns 0, or 1
     /// before Init and when the file does not load.
@@ -70,11 +70,11 @@ public:
     /// Appends every clip whose metadata file loads, in the file system's order. With
     /// `keepDigit` 0 each record's ClipIdDigit becomes -1. Returns 0, or 1 when the card has no
     /// CONTENTS folder.
-    __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit);
+    __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit) noexcept;
     /// The same scan; `report` receives (appended) what was left out and which takes the clips
     /// form.
     __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit,
-                       nqp2::ScanReport& report);
+                       nqp2::ScanReport& report) noexcept;
 
     /// The card's code type and rate family from its first clip file that loads, the code type from
     /// the codec name alone. Returns 0, with the outputs untouched when no file loads; 1 before Init
@@ -95,13 +95,13 @@ public:
     /// The first frame count at which a video file reaches the size limit, and in `size` the bytes
     /// that the recording then takes. 0 and size 0 for a code type without a frame size.
     __int64 GetMaxFrameBy4GBSize(eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
-                                 __int64& size);
+                                 __int64& size) noexcept;
     /// Frames that fit in the space; zero or negative below the fixed cost of a recording.
     __int64 CountFramesFromSpace(eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
-                                 __int64 space);
+                                 __int64 space) noexcept;
     /// Bytes that a recording takes. Results beyond 64 bits are cut off at the largest number.
     __int64 CountSpaceFromFrames(eCodeType codeType, int audioFlag, eP2_VIDEO_STANDARD standard,
-                                 __int64 frames);
+                                 __int64 frames) noexcept;
 
     /// Appends the edit lists in root/EDITLIST that can be read. Returns 0, or 1 before Init and
     /// when there is no such folder.
@@ -124,7 +124,7 @@ public:
     /// Appends the clips of an AVCHD card, a disc folder or a camera's folder: BDMV clip information
     /// and the camera files of two makers (the worker describes these). Returns 0, or 1 for an empty
     /// root and when none of the folders is there. May be called before Init.
-    __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips);
+    __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) noexcept;
     /// The same scan; `report` receives (appended) what was left out, and as takes the recordings
     /// that a camera split into several clips, as the card's playlists tell.
     __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips,
@@ -132,9 +132,11 @@ public:
     /// Fills `clip`, which is not reset first, from the clip information CLIPINF/`clipName`.CPI, the
     /// card's playlists and the beginning of the clip's stream. Returns 1, or 0 with the record
     /// untouched when the clip cannot be decoded.
-    int GetAVCHDCPIMetadata(const CString& root, const CString& clipName, _tag_P2Clip& clip);
+    int GetAVCHDCPIMetadata(const CString& root, const CString& clipName,
+                            _tag_P2Clip& clip) noexcept;
     /// The same for CLIPINF/`clipName`.clpi of a disc, with its playlists (.mpls).
-    int GetAVCHDClpiDataInfo(const CString& root, const CString& clipName, _tag_P2Clip& clip);
+    int GetAVCHDClpiDataInfo(const CString& root, const CString& clipName,
+                             _tag_P2Clip& clip) noexcept;
 
     /// Appends the AVCHD card's playlists as edit lists. Returns 0, or 1 when there is no playlist
     /// folder.
@@ -162,7 +164,7 @@ public:
 
     /// Finds a clip name whose video file does not exist on the card. Returns 1, or 0 with `name`
     /// untouched when every candidate is taken or the folder of video files cannot be read.
-    int CheckName(CString& name, CString root);
+    int CheckName(CString& name, CString root) noexcept;
     /// The same search; `tried` receives the number of names that were looked at.
     int CheckName(CString& name, CString root, __int64& tried);
 
@@ -172,23 +174,23 @@ public:
     void SetImpCallBack(ImpCallBack callback, void* context);
     /// Tells the worker the rate family of the system. Returns 1, also when the worker refused and
     /// without a worker proxy.
-    int SetSystemType(eP2_VIDEO_STANDARD standard);
+    int SetSystemType(eP2_VIDEO_STANDARD standard) noexcept;
     /// The worker's text for its last failure; "" when there is none, when the channel failed and
     /// without a worker proxy.
-    CString GetLastError();
+    CString GetLastError() noexcept;
 
     /// Lets the worker import what `info` describes; `info` becomes the record that it sends back.
     /// Returns 0 for success and 1 in all other cases.
     __int64 ImportFile(stu_R8P2TransInfo& info);
     /// Two offsets of the last transfer, 0 when the worker gives none. Returns 1 always.
-    int GetUploadOffset(std::uint32_t& first, std::uint32_t& second);
+    int GetUploadOffset(std::uint32_t& first, std::uint32_t& second) noexcept;
     /// Lets the worker export the named files; neither argument changes. Returns the worker's own
     /// number, -1 when the channel failed, 0 without a worker proxy and for null.
-    int ExportFile(stu_R8P2TransInfo* info, CStringArray& names);
+    int ExportFile(stu_R8P2TransInfo* info, CStringArray& names) noexcept;
     /// Lets the worker delete; `first` and `second` go to it in this order. Whatever comes of that,
     /// also without a worker proxy, the clip `first` is then taken out of the ingest list of the
     /// card with root `second`.
-    void DeleteFileW(CString first, CString second);
+    void DeleteFileW(CString first, CString second) noexcept;
     /// Lets the worker make an icon file of width x height 24-bit pixels without row padding; null
     /// sends none. Returns 1 for success, 0 when the worker refused and without a worker proxy, -1
     /// when the channel failed.
@@ -220,7 +222,7 @@ public:
     /// Asks the worker for data. On an answer `data` points to a buffer of the worker proxy that
     /// stays until the next such call or Release; else it is null. Returns 1 for success and 0 in
     /// all other cases.
-    int AddRTExportAVDataForBuf(int value, unsigned char*& data);
+    int AddRTExportAVDataForBuf(int value, unsigned char*& data) noexcept;
     /// Hands the worker video or audio data, lengths in bytes. Stream types 0 and 1 are refused with
     /// 0 and not sent. Returns 1 for success, 0 when the worker refused and without a worker proxy,
     /// -1 when the channel failed.
@@ -233,15 +235,15 @@ private:
 
     void InitP2CmgrDll();
     void MakeProxy();
-    void CloseProxy();
-    void DropProxy();
+    void CloseProxy() noexcept;
+    void DropProxy() noexcept;
     int LoadClipFromXml(const CString& path, _tag_P2Clip& clip);
     __int64 GetDiskFormatEx(CString root, CString& frameRate, CString& codec, CString& editUnit,
                             int& class50);
     __int64 GetNewEdlName(CString root, CString id, CString& name);
     int CheckEdlSerialNumber(int number, const CString& pattern);
     __int64 GetClobalClipID(CString guidText, CString note, CString& identifier);
-    int DeleteIngestNode(const CString& root, const CString& clipName);
+    int DeleteIngestNode(const CString& root, const CString& clipName) noexcept;
     static void DeleteSameMemo(CArray<_tag_P2Memo>& memos);
 
     CTNQ264BitSupport* m_pSupport = nullptr;

@@ -65,11 +65,13 @@ bool LoadFolder(const CString& folder, CMarkupMSXML& reader, CArray<tag_P2EDL>& 
 } // namespace
 } // namespace nqp2::parser
 
+using nqp2::media::kCannotRead;
+using nqp2::media::kRead;
+using nqp2::platform::Guarded;
+
 __int64 CNQP2Parser::LoadCardEdls(const CString& root, CArray<tag_P2EDL>& edls,
                                   nqp2::ScanReport& report) {
-    using nqp2::media::kCannotRead;
-    using nqp2::media::kRead;
-    return nqp2::platform::Guarded(kCannotRead, [&] {
+    return Guarded(kCannotRead, [&] {
         bool found = false;
         if (m_pMarkup != nullptr) {
             for (const CString& folder :

@@ -59,9 +59,14 @@ __int64 CNQP2Parser::GetDiskFormat(CString root, eCodeType& codeType,
         if (m_pMarkup == nullptr || !HasContents(root)) {
             return kCannotRead;
         }
-        if (LoadFirstClip(*m_pMarkup, root)) {
-            standard = StandardOf(m_pMarkup->GetNodeText(kFrameRatePath, kIgnoreMissing));
-            codeType = CoarseCodeType(m_pMarkup->GetNodeText(kCodecPath, kIgnoreMissing));
+        const nqp2::platform::MemoryWatch watch;
+        const bool found = LoadFirstClip(*m_pMarkup, root);
+        const CString rate = m_pMarkup->GetNodeText(kFrameRatePath, kIgnoreMissing);
+        const CString codec = m_pMarkup->GetNodeText(kCodecPath, kIgnoreMissing);
+        watch.Require();
+        if (found) {
+            standard = StandardOf(rate);
+            codeType = CoarseCodeType(codec);
         }
         return kRead;
     });
@@ -73,6 +78,7 @@ __int64 CNQP2Parser::GetDiskFormatEx(CString root, CString& frameRate, CString& 
         if (m_pMarkup == nullptr || !HasContents(root)) {
             return kCannotRead;
         }
+        const nqp2::platform::MemoryWatch watch;
         if (LoadFirstClip(*m_pMarkup, root)) {
             codec = m_pMarkup->GetNodeText(kCodecPath, kIgnoreMissing);
             class50 = codec == L"AVC-I_1080/50i" &&
@@ -82,6 +88,7 @@ __int64 CNQP2Parser::GetDiskFormatEx(CString root, CString& frameRate, CString& 
             frameRate = m_pMarkup->GetNodeText(kFrameRatePath, kIgnoreMissing);
             editUnit = m_pMarkup->GetNodeText(kEditUnitPath, kIgnoreMissing);
         }
+        watch.Require();
         return kRead;
     });
 }

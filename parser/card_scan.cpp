@@ -16,6 +16,7 @@
 #include "platform/guard.h"
 #include "platform/PathText.h"
 #include "platform/read_ahead.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
 #include "xml/dom/XmlLimits.h"
 #include "xml/MarkupMSXML.h"
@@ -111,7 +112,7 @@ private:
         }
         const int loaded = status ? m_reader.LoadBytes(content) : m_reader.LoadXml(file.path);
         if (loaded == 0) {
-            Report(NotLoaded(file.path, m_reader.GetDocumentPtr()->LastError()));
+            Report(NotLoaded(file.path, xml::LoadErrorOf(m_reader.GetDocumentPtr())));
         }
         return loaded != 0;
     }
@@ -152,7 +153,7 @@ private:
 
 void ScanClips(const CString& contents, CMarkupMSXML* reader, bool keepDigit,
                CArray<_tag_P2Clip>& clips, ScanReport* report) {
-    if (reader == nullptr || reader->GetDocumentPtr() == nullptr) {
+    if (reader == nullptr) {
         return;
     }
     platform::IoStatus status;
@@ -178,7 +179,8 @@ __int64 LoadClips(const CString& root, CMarkupMSXML* reader, int keepDigit,
                   CArray<_tag_P2Clip>& clips, ScanReport* report) {
     return Guarded(kCannotRead, [&] {
         const CString contents = media::ContentsFolder(root);
-        if (!platform::PathExists(PosixPath(contents))) {
+        const bool isOutOfMemory = reader != nullptr && reader->GetDocumentPtr() == nullptr;
+        if (isOutOfMemory || !platform::PathExists(PosixPath(contents))) {
             return kCannotRead;
         }
         ScanClips(contents, reader, keepDigit != 0, clips, report);
@@ -189,11 +191,11 @@ __int64 LoadClips(const CString& root, CMarkupMSXML* reader, int keepDigit,
 } // namespace
 } // namespace nqp2::parser
 
-__int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit) {
+__int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit) noexcept {
     return nqp2::parser::LoadClips(root, m_pMarkup, keepDigit, clips, nullptr);
 }
 
 __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit,
-                                nqp2::ScanReport& report) {
+                                nqp2::ScanReport& report) noexcept {
     return nqp2::parser::LoadClips(root, m_pMarkup, keepDigit, clips, &report);
 }

@@ -70,9 +70,9 @@ CString ClipTexts::Attribute(ClipPath path, std::string_view name) const {
     if (node == nullptr) {
         return {};
     }
-    for (const dom::Node* each = node->firstAttribute; each != nullptr; each = each->next) {
+    for (const dom::Node* each = node->FirstAttribute(); each != nullptr; each = each->Next()) {
         if (dom::BaseName(*each) == name) {
-            return m_pool.TextOf(each->content);
+            return m_pool.TextOf(each->Content());
         }
     }
     return {};
@@ -85,8 +85,8 @@ std::vector<dom::Node*> ClipTexts::All(std::string_view below) const {
 }
 
 CString ClipTexts::ChildText(const dom::Node& node, std::string_view name) const {
-    for (const dom::Node* each = node.firstChild; each != nullptr; each = each->next) {
-        if (each->type == dom::NodeType::Element && each->name == name) {
+    for (const dom::Node* each = node.FirstChild(); each != nullptr; each = each->Next()) {
+        if (each->type == dom::NodeType::Element && each->Name() == name) {
             return TextOf(*each);
         }
     }

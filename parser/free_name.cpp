@@ -58,7 +58,7 @@ bool FindFreeName(const CString& root, CString& name, std::int64_t& tried) {
 
 } // namespace nqp2::parser
 
-int CNQP2Parser::CheckName(CString& name, CString root) {
+int CNQP2Parser::CheckName(CString& name, CString root) noexcept {
     __int64 tried = 0;
     return CheckName(name, root, tried);
 }

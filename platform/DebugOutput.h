@@ -14,10 +14,10 @@ using TextSink = std::function<void(const CString&)>;
 
 /// Sets where the library's debugger output goes; an empty sink (the start) drops it.
 /// Returns the sink that was set before. Safe from any thread.
-NQP2_API TextSink SetDebugOutput(TextSink sink);
+NQP2_API TextSink SetDebugOutput(TextSink sink) noexcept;
 
 /// Sets where message boxes go; an empty sink (the start) prints them on standard error.
 /// Returns the sink that was set before.
-NQP2_API TextSink SetMessageBoxSink(TextSink sink);
+NQP2_API TextSink SetMessageBoxSink(TextSink sink) noexcept;
 
 } // namespace nqp2

@@ -9,9 +9,9 @@ namespace nqp2 {
 
 /// Lets the first Ctrl-C (SIGINT) from now on set a flag instead of ending the process; the second
 /// one ends it. Does nothing where the signal is ignored already. Process-wide; for programs.
-NQP2_API void CatchInterrupt();
+NQP2_API void CatchInterrupt() noexcept;
 
 /// Whether that first Ctrl-C has come. From any thread.
-NQP2_API bool WasInterrupted();
+NQP2_API bool WasInterrupted() noexcept;
 
 } // namespace nqp2

@@ -14,6 +14,6 @@ using FolderLookup = std::function<CString()>;
 
 /// Replaces the lookup of the folder that holds the system's libraries; an empty function
 /// restores the built-in one. Returns the lookup that was set before.
-NQP2_API FolderLookup SetSystemFolderLookup(FolderLookup lookup);
+NQP2_API FolderLookup SetSystemFolderLookup(FolderLookup lookup) noexcept;
 
 } // namespace nqp2

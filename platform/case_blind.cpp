@@ -4,6 +4,7 @@
 #include "platform/case_blind.h"
 
 #include "platform/case_fold.h"
+#include "platform/guard.h"
 
 #include <algorithm>
 #include <span>
@@ -44,11 +45,19 @@ std::string FolderOrCurrent(const std::string& folder) {
     return folder.empty() ? "." : folder;
 }
 
+/// A folder whose names there is no memory for must not pass for one without them.
+IoStatus List(FileSystem& files, const std::string& folder, std::vector<FolderEntry>& entries) {
+    const MemoryWatch watch;
+    IoStatus status = files.List(folder, entries);
+    watch.Require();
+    return status;
+}
+
 /// The names in a folder that differ from `name` in nothing but case, sorted by their bytes.
 std::vector<std::string> SpellingsIn(FileSystem& files, const std::string& folder,
                                      std::string_view name) {
     std::vector<FolderEntry> entries;
-    static_cast<void>(files.List(FolderOrCurrent(folder), entries)); // what came is searched
+    static_cast<void>(List(files, FolderOrCurrent(folder), entries)); // what came is searched
     std::vector<std::string> spellings;
     const std::string folded = FoldNameCase(name);
     for (FolderEntry& entry : entries) {
@@ -133,7 +142,7 @@ std::string FindTarget(FileSystem& files, const std::string& path) {
 }
 
 IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries) {
-    IoStatus status = Files().List(folder, entries);
+    IoStatus status = List(Files(), folder, entries);
     if (status.error != IoError::NotFound) {
         return status;
     }
@@ -142,7 +151,7 @@ IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries) {
         return status;
     }
     folder = *existing;
-    return Files().List(folder, entries);
+    return List(Files(), folder, entries);
 }
 
 bool EnsureFolder(const std::string& path) {

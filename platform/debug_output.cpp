@@ -34,11 +34,11 @@ void PrintOnStandardError(const CString& text) {
 
 } // namespace
 
-TextSink SetDebugOutput(TextSink sink) {
+TextSink SetDebugOutput(TextSink sink) noexcept {
     return DebugHook().Exchange(std::move(sink));
 }
 
-TextSink SetMessageBoxSink(TextSink sink) {
+TextSink SetMessageBoxSink(TextSink sink) noexcept {
     return MessageBoxHook().Exchange(std::move(sink));
 }
 

@@ -4,6 +4,7 @@
 #include "platform/DriveMap.h"
 
 #include "platform/drive_table.h"
+#include "platform/guard.h"
 #include "platform/TextBytes.h"
 
 #include <algorithm>
@@ -44,26 +45,30 @@ bool IsDriveText(const wchar_t* text) {
 } // namespace
 
 bool MapDrive(const wchar_t* drive, const char* folder) {
-    if (!IsDriveText(drive)) {
-        return false;
-    }
-    std::string text = folder != nullptr ? folder : "";
-    const std::unique_lock guard(Table().lock);
-    Table().folders[DriveSlot(drive[0])] = std::move(text);
-    return true;
+    return platform::Guarded(false, [&] {
+        if (!IsDriveText(drive)) {
+            return false;
+        }
+        std::string text = folder != nullptr ? folder : "";
+        const std::unique_lock guard(Table().lock);
+        Table().folders[DriveSlot(drive[0])] = std::move(text);
+        return true;
+    });
 }
 
 bool MapDriveFromArgument(std::string_view argument) {
-    const std::size_t equals = std::min(argument.find('='), argument.size());
-    const CString drive = TextFromBytes(argument.substr(0, equals));
-    const std::string folder(argument.substr(std::min(equals + 1, argument.size())));
-    // Behind a zero byte the rest would be left out without a word.
-    const bool isWhole = argument.find('\0') == std::string_view::npos;
-    return isWhole && !folder.empty() && MapDrive(drive, folder.c_str());
+    return platform::Guarded(false, [&] {
+        const std::size_t equals = std::min(argument.find('='), argument.size());
+        const CString drive = TextFromBytes(argument.substr(0, equals));
+        const std::string folder(argument.substr(std::min(equals + 1, argument.size())));
+        // Behind a zero byte the rest would be left out without a word.
+        const bool isWhole = argument.find('\0') == std::string_view::npos;
+        return isWhole && !folder.empty() && MapDrive(drive, folder.c_str());
+    });
 }
 
 bool IsDriveMapped(wchar_t drive) {
-    return !platform::DriveFolder(drive).empty();
+    return platform::Guarded(false, [&] { return !platform::DriveFolder(drive).empty(); });
 }
 
 namespace platform {

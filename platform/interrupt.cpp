@@ -19,7 +19,7 @@ void Remember(int) {
 
 namespace nqp2 {
 
-void CatchInterrupt() {
+void CatchInterrupt() noexcept {
     struct sigaction before = {};
     if (sigaction(SIGINT, nullptr, &before) != 0 || before.sa_handler != SIG_DFL) {
         return;
@@ -31,7 +31,7 @@ void CatchInterrupt() {
     sigaction(SIGINT, &once, nullptr);
 }
 
-bool WasInterrupted() {
+bool WasInterrupted() noexcept {
     return interrupted;
 }
 

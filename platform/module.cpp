@@ -71,7 +71,7 @@ LoadCounts& Loaded() {
 
 } // namespace
 
-FolderLookup SetSystemFolderLookup(FolderLookup lookup) {
+FolderLookup SetSystemFolderLookup(FolderLookup lookup) noexcept {
     return FolderHook().Exchange(std::move(lookup));
 }
 

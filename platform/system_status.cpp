@@ -3,6 +3,8 @@
 
 #include "platform/system_status.h"
 
+#include "platform/guard.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -34,6 +36,7 @@ constexpr Meaning kMeanings[] = {
 } // namespace
 
 IoStatus SystemStatus(int errorNumber) {
+    timesOutOfMemory += errorNumber == ENOMEM ? 1 : 0;
     const auto* const meaning =
         std::find_if(std::begin(kMeanings), std::end(kMeanings),
                      [&](const Meaning& entry) { return entry.number == errorNumber; });

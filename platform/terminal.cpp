@@ -34,11 +34,11 @@ int WidthFromTerminal(std::FILE* stream) {
 
 namespace nqp2 {
 
-bool IsTerminal(std::FILE* stream) {
+bool IsTerminal(std::FILE* stream) noexcept {
     return isatty(fileno(stream)) == 1;
 }
 
-int TerminalWidth(std::FILE* stream) {
+int TerminalWidth(std::FILE* stream) noexcept {
     if (const int width = WidthFromEnvironment(); width > 0) {
         return width;
     }
@@ -46,12 +46,12 @@ int TerminalWidth(std::FILE* stream) {
     return width > 0 ? width : kUsualWidth;
 }
 
-void LetWritesFail() {
+void LetWritesFail() noexcept {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-bool OpenStandardStreams() {
+bool OpenStandardStreams() noexcept {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         // The other direction than it is used in: whoever uses it is told.
         const int direction = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;

@@ -3,8 +3,6 @@
 
 #include "platform/Variant.h"
 
-#include "platform/ComError.h"
-
 CString _variant_t::Text() const {
     return vt == VT_BSTR ? m_text.Text() : CString();
 }
@@ -19,9 +17,11 @@ CString _variant_t::ToText() const {
     case VT_BOOL:
         return m_whole != 0 ? L"-1" : L"0";
     case VT_I4:
+    case VT_UI4:
     case VT_I8:
-        text.Format(L"%d", m_whole);
-        return text;
+        return CString(nqp2::WholeText(m_whole));
+    case VT_UI8:
+        return CString(nqp2::WholeText(static_cast<std::uint64_t>(m_whole)));
     case VT_R8:
         text.Format(L"%.15g", m_real);
         return text;

@@ -5,6 +5,7 @@
 
 #include "media/CodeType.h"
 #include "platform/BStr.h"
+#include "platform/ComError.h"
 #include "platform/CString.h"
 #include "platform/Export.h"
 #include "platform/FixedTypes.h"
@@ -20,9 +21,9 @@
 /// Operations return 1, or 0 for any fault; most return 0 until the object has a document.
 class NQP2_API CNQXmlParser {
 public:
-    CNQXmlParser();
-    CNQXmlParser(const CNQXmlParser& other);
-    CNQXmlParser& operator=(const CNQXmlParser& other);
+    CNQXmlParser() noexcept;
+    CNQXmlParser(const CNQXmlParser& other) noexcept;
+    CNQXmlParser& operator=(const CNQXmlParser& other) noexcept;
     virtual ~CNQXmlParser();
 
     /// Start documents. The cursor stands on the new root; the remembered parents stay: balance
@@ -43,7 +44,7 @@ public:
     /// Appends an element that holds a text. The cursor stays.
     int AddChildTextNode(CString name, _variant_t value, CString attrName, CString attrValue);
     /// Moves back to the last remembered parent; 0 when there is none.
-    int BackToParent();
+    int BackToParent() noexcept;
     /// Appends a parameter block: PARAM with NAME and VALUE. The cursor stays.
     int AddParam(CString name, _variant_t value);
     /// Appends a copy of the root element of an XML text. The cursor stays.
@@ -58,17 +59,19 @@ public:
     /// import or redefine) or would take too long to compile.
     int SetXml(_bstr_t xml);
     /// Binds the root's declarations for queries; the default namespace under "xmlns" +
-    /// `prefixSuffix`. Without a document or root it throws _com_error.
+    /// `prefixSuffix`. Throws _com_error without a document or root, and when it is out of memory.
     void ReadRoot(_bstr_t prefixSuffix);
     /// Binds prefixes for queries, from declarations separated by blanks. Returns S_OK, or E_FAIL
     /// with every binding gone. Throws _com_error without a document.
     std::int32_t SetSelectNamespace(_bstr_t decl);
+    /// See CMarkupMSXML::Save.
     int SaveXml(CString path);
     /// The document as XML text.
     _bstr_t GetXml();
-    IXMLDOMDocumentPtr GetDocumentPtr();
+    IXMLDOMDocumentPtr GetDocumentPtr() noexcept;
 
-    /// Queries as CMarkupMSXML has them, without debugger output; empty without a document.
+    /// Queries as CMarkupMSXML has them, without debugger output; empty without a document. Those
+    /// for handles throw _com_error for a path that cannot be evaluated.
     _variant_t GetNodeVal(CString xpath, int bIgnoreMissing);
     CString GetNodeText(CString xpath, int bIgnoreMissing);
     CString GetNodeAttribute(CString xpath, CString attribute);
@@ -86,16 +89,19 @@ private:
         std::int32_t count = 0;
         IXMLDOMNodePtr nodes[kCapacity];
 
-        bool Push(const IXMLDOMNodePtr& node);
-        bool Pop(IXMLDOMNodePtr& node);
+        bool Push(const IXMLDOMNodePtr& node) noexcept;
+        bool Pop(IXMLDOMNodePtr& node) noexcept;
     };
 
     void EnsureDocument();
     void StartDocument(const char* declaration, const char* rootName);
     void ReplaceRoot(const CString& name);
-    IXMLDOMNodePtr MakeElement(const CString& name, const CString& attrName,
-                               const CString& attrValue);
+    /// Stands alone; the caller links it when nothing more can fail.
+    nqp2::dom::Node& MakeElement(const CString& name, const CString& attrName,
+                                 const CString& attrValue);
     void RequireRenderSchema();
+    void BindRoot(const CString& prefixSuffix);
+    std::int32_t BindPrefixes(const CString& declarations);
 
     CString m_strNamespaceURI;
     IXMLDOMNodePtr m_pCurrentNode;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/BStr.h"
+#include "platform/ComError.h"
 #include "platform/CString.h"
 #include "platform/Export.h"
 #include "platform/Variant.h"
@@ -14,15 +15,15 @@
 /// the first question for a value moves onto the list's first node, as GetNextNode would.
 class NQP2_API NodeHandle {
 public:
-    NodeHandle() = default;
+    NodeHandle() noexcept = default;
 
     /// Sets the current node; the list stays.
-    void SetNode(IXMLDOMNodePtr node);
+    void SetNode(IXMLDOMNodePtr node) noexcept;
     /// Sets the list; the current node stays.
-    void SetNodeList(IXMLDOMNodeListPtr list);
+    void SetNodeList(IXMLDOMNodeListPtr list) noexcept;
 
     /// 1 when there is neither a node nor a list.
-    int IsEmpty() const;
+    int IsEmpty() const noexcept;
     /// Moves to the list's next node. Returns 1, or 0 without a list and at its end (the current
     /// node is then null).
     int GetNextNode();
@@ -34,10 +35,10 @@ public:
     /// for a missing node with `bIgnoreMissing` nonzero; else VT_NULL.
     _variant_t GetNodeVal(CString xpath, int bIgnoreMissing);
     /// The current node's own text in the same form.
-    _variant_t GetNodeVal(int bIgnoreMissing);
+    _variant_t GetNodeVal(int bIgnoreMissing) noexcept;
     /// The same as plain text; "" wherever there is none.
-    CString GetNodeText(CString xpath, int bIgnoreMissing);
-    CString GetNodeText(int bIgnoreMissing);
+    CString GetNodeText(CString xpath, int bIgnoreMissing) noexcept;
+    CString GetNodeText(int bIgnoreMissing) noexcept;
 
     /// The current node as XML; "" when there is none.
     _bstr_t GetXml();
@@ -52,7 +53,7 @@ protected:
     int GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing);
     /// The current node, taken from the list first when there is none yet; null when there is
     /// nothing to take.
-    const IXMLDOMNodePtr& CurrentNode();
+    const IXMLDOMNodePtr& CurrentNode() noexcept;
     /// Queries relative to the current node; null when nothing is selected. Throw _com_error for a
     /// path that cannot be evaluated.
     IXMLDOMNodePtr SelectNode(const _bstr_t& xpath);

@@ -12,11 +12,16 @@
 
 namespace nqp2::xml {
 
+const dom::ParseError& LoadErrorOf(const IXMLDOMDocumentPtr& document) noexcept {
+    static const dom::ParseError none = dom::OutOfMemory();
+    return document != nullptr ? document->LastError() : none;
+}
+
 CString AttributeOf(const dom::Node& node, const CString& localName) {
     const std::string wanted = platform::Utf8FromText(localName.View());
-    for (const dom::Node* each = node.firstAttribute; each != nullptr; each = each->next) {
+    for (const dom::Node* each = node.FirstAttribute(); each != nullptr; each = each->Next()) {
         if (BaseName(*each) == wanted) {
-            return platform::TextFromUtf8(each->content);
+            return platform::TextFromUtf8(each->Content());
         }
     }
     return {};

@@ -5,10 +5,14 @@
 
 #include "platform/BStr.h"
 #include "platform/CString.h"
+#include "xml/dom/parse_error.h"
 #include "xml/DomPointers.h"
 
 /// Questions that both document classes answer in the same way. A null document answers nothing.
 namespace nqp2::xml {
+
+/// Why the document's last load failed. A null document is one that there was no memory for.
+const dom::ParseError& LoadErrorOf(const IXMLDOMDocumentPtr& document) noexcept;
 
 /// The attribute of that local name; "" when there is none.
 CString AttributeOf(const dom::Node& node, const CString& localName);

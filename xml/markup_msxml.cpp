@@ -4,6 +4,7 @@
 #include "xml/MarkupMSXML.h"
 
 #include "platform/diagnostics.h"
+#include "platform/guard.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
 #include "xml/document_creation.h"
@@ -12,51 +13,43 @@
 #include <exception>
 #include <string>
 
+using nqp2::dom::Document;
+using nqp2::platform::Guarded;
 using nqp2::platform::MessageBoxW;
 using nqp2::platform::TextFromUtf8;
 using nqp2::platform::Utf8FromText;
 
-namespace {
-
-std::string Described(const nqp2::dom::ParseError& error) {
-    std::string text = error.reason;
-    if (error.line > 0) {
-        text += " (line " + std::to_string(error.line) + ", column " +
-                std::to_string(error.linepos) + ")";
-    }
-    return text;
-}
-
-} // namespace
-
-CMarkupMSXML::CMarkupMSXML() {
+CMarkupMSXML::CMarkupMSXML() noexcept {
     x_CreateInstance();
 }
 
-CMarkupMSXML::CMarkupMSXML(const wchar_t* szDoc) {
+CMarkupMSXML::CMarkupMSXML(const wchar_t* szDoc) noexcept {
     if (x_CreateInstance() >= 0) {
         SetDoc(szDoc);
     }
 }
 
-CMarkupMSXML::CMarkupMSXML(const CMarkupMSXML& other) = default;
-CMarkupMSXML& CMarkupMSXML::operator=(const CMarkupMSXML& other) = default;
+CMarkupMSXML::CMarkupMSXML(const CMarkupMSXML& other) noexcept = default;
+CMarkupMSXML& CMarkupMSXML::operator=(const CMarkupMSXML& other) noexcept = default;
 CMarkupMSXML::~CMarkupMSXML() = default;
 
 HRESULT CMarkupMSXML::x_CreateInstance() {
-    m_pParentPos = nullptr;
-    m_pDoc = nullptr;
-    const HRESULT result = nqp2::xml::CreateReaderDocument(m_pDoc);
-    if (result == REGDB_E_CLASSNOTREG) {
-        MessageBoxW(L"MSXML not registered");
-    } else if (result < 0) {
-        MessageBoxW(L"Unable to create MSXML instance");
-    }
-    m_pParentPos = m_pDoc != nullptr ? m_pDoc->DocumentNode() : nullptr;
-    return result;
+    return Guarded(E_OUTOFMEMORY, [&] {
+        m_pParentPos = nullptr;
+        m_pDoc = nullptr;
+        const HRESULT result = nqp2::xml::CreateReaderDocument(m_pDoc);
+        m_pParentPos = m_pDoc != nullptr ? m_pDoc->DocumentNode() : nullptr;
+        if (result == REGDB_E_CLASSNOTREG) {
+            MessageBoxW(L"MSXML not registered");
+        } else if (result < 0) {
+            MessageBoxW(L"Unable to create MSXML instance");
+        }
+        return result;
+    });
 }
 
-int CMarkupMSXML::x_Replace(const std::function<bool(nqp2::dom::Document&)>& load) {
+template <class Operation>
+int CMarkupMSXML::x_Replace(const Operation& load) {
     if (m_pDoc == nullptr) {
         return 0;
     }
@@ -68,47 +61,57 @@ int CMarkupMSXML::x_Replace(const std::function<bool(nqp2::dom::Document&)>& loa
         loaded = load(*m_pDoc);
     } catch (const std::exception& error) {
         m_pDoc->Fail(error.what());
+    } catch (...) {
+        m_pDoc->Fail("the file cannot be looked for"); // a host's own lookup of a drive or path
     }
     ResetPos();
     return loaded ? 1 : x_ParseError();
 }
 
 int CMarkupMSXML::SetDoc(const wchar_t* szDoc) {
-    ResetPos();
-    if (szDoc == nullptr || *szDoc == L'\0') {
-        return x_CreateInstance() >= 0 ? 1 : 0;
-    }
-    return x_Replace(
-        [&](nqp2::dom::Document& document) { return document.LoadText(Utf8FromText(szDoc)); });
+    return Guarded(0, [&] {
+        ResetPos();
+        if (szDoc == nullptr || *szDoc == L'\0') {
+            return x_CreateInstance() >= 0 ? 1 : 0;
+        }
+        return x_Replace(
+            [&](Document& document) { return document.LoadText(Utf8FromText(szDoc)); });
+    });
 }
 
 int CMarkupMSXML::Load(const wchar_t* szFileName) {
-    return x_Replace([&](nqp2::dom::Document& document) {
-        return document.LoadFile(nqp2::PosixPath(CString(szFileName)));
+    return Guarded(0, [&] {
+        return x_Replace([&](Document& document) {
+            return document.LoadFile(nqp2::PosixPath(CString(szFileName)));
+        });
     });
 }
 
 int CMarkupMSXML::LoadBytes(std::string_view bytes) {
-    return x_Replace([&](nqp2::dom::Document& document) { return document.LoadBytes(bytes); });
+    return Guarded(0, [&] {
+        return x_Replace([&](Document& document) { return document.LoadBytes(bytes); });
+    });
 }
 
-int CMarkupMSXML::LoadXml(const wchar_t* sz) {
+int CMarkupMSXML::LoadXml(const wchar_t* sz) noexcept {
     return Load(sz);
 }
 
 int CMarkupMSXML::Save(const wchar_t* szFileName) {
-    if (m_pDoc == nullptr) {
-        return 0;
-    }
-    return m_pDoc->Save(nqp2::PosixPath(CString(szFileName))) ? 1 : 0;
+    return Guarded(0, [&] {
+        return m_pDoc != nullptr && m_pDoc->Save(nqp2::PosixPath(CString(szFileName))) ? 1 : 0;
+    });
 }
 
 int CMarkupMSXML::x_ParseError() {
-    m_strError = TextFromUtf8(Described(m_pDoc->LastError()));
-    m_strError.TrimRight(L"\r\n");
-    return 0;
+    return Guarded(0, [&] {
+        m_strError.Empty();
+        m_strError = TextFromUtf8(m_pDoc->LastError().reason);
+        m_strError.TrimRight(L"\r\n");
+        return 0;
+    });
 }
 
-CString CMarkupMSXML::GetError() {
+CString CMarkupMSXML::GetError() noexcept {
     return m_strError;
 }

@@ -3,6 +3,7 @@
 
 #include "xml/MarkupMSXML.h"
 
+#include "platform/guard.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
 #include "xml/dom/names.h"
@@ -15,6 +16,7 @@
 using nqp2::dom::Node;
 using nqp2::dom::NodeType;
 using nqp2::dom::Tree;
+using nqp2::platform::Guarded;
 using nqp2::platform::Utf8FromText;
 
 namespace {
@@ -79,95 +81,99 @@ Node* MakeNode(Tree& tree, int kind, const std::string& text, const std::string&
 } // namespace
 
 int CMarkupMSXML::FindNode(int kinds) {
-    Node* node = m_pMainPos != nullptr     ? m_pMainPos->next
-                 : m_pParentPos != nullptr ? m_pParentPos->firstChild
-                                           : nullptr;
-    while (node != nullptr && (KindOf(*node) & kinds) == 0) {
-        node = node->next;
-    }
-    if (node == nullptr) {
-        return 0;
-    }
-    SetMainPosPtr(node->tree->Share(node));
-    return KindOf(*node);
+    return Guarded(0, [&] {
+        Node* node = m_pMainPos != nullptr     ? m_pMainPos->Next()
+                     : m_pParentPos != nullptr ? m_pParentPos->FirstChild()
+                                               : nullptr;
+        while (node != nullptr && (KindOf(*node) & kinds) == 0) {
+            node = node->Next();
+        }
+        return node != nullptr && SetMainPosPtr(node->tree->Share(node)) != 0 ? KindOf(*node) : 0;
+    });
 }
 
-int CMarkupMSXML::GetNodeType() {
+int CMarkupMSXML::GetNodeType() noexcept {
     return m_pMainPos != nullptr ? KindOf(*m_pMainPos) : 0;
 }
 
-int CMarkupMSXML::AddNode(int kind, const wchar_t* text) {
+int CMarkupMSXML::AddNode(int kind, const wchar_t* text) noexcept {
     return x_AddNode(x_Place::After, kind, text);
 }
 
-int CMarkupMSXML::InsertNode(int kind, const wchar_t* text) {
+int CMarkupMSXML::InsertNode(int kind, const wchar_t* text) noexcept {
     return x_AddNode(x_Place::Before, kind, text);
 }
 
-int CMarkupMSXML::x_AddNode(x_Place place, int kind, const wchar_t* text) {
-    if (kind == kDocumentTypeNode) {
-        m_strError = L"XMLDOM: Document Type is Read-Only";
-        return 0;
-    }
-    if (m_pParentPos == nullptr) {
-        return 0;
-    }
-    ResetChildPos();
-    Node* const node = MakeNode(*m_pParentPos->tree, kind, Utf8FromText(text),
-                                Utf8FromText(m_strDefaultNamespace.View()));
-    return node != nullptr ? x_PlaceNode(x_Level::Main, place, *node) : 0;
-}
-
-int CMarkupMSXML::RemoveNode() {
-    ResetChildPos();
-    return x_Remove(m_pMainPos, false);
-}
-
-int CMarkupMSXML::x_SetData(const IXMLDOMNodePtr& node, const wchar_t* value, int cdata) {
-    if (node == nullptr) {
-        return 0;
-    }
-    std::string text = Utf8FromText(value);
-    if (node->type == NodeType::ProcessingInstruction) {
-        const Instruction given = SplitInstruction(text);
-        if (given.target != node->name) {
-            m_strError = L"Specified Target does not match current node";
+int CMarkupMSXML::x_AddNode(x_Place place, int kind, const wchar_t* text) noexcept {
+    return Guarded(0, [&] {
+        if (kind == kDocumentTypeNode) {
+            m_strError = L"XMLDOM: Document Type is Read-Only";
             return 0;
         }
-        text = std::string(given.data);
-    }
-    const NodeType type = cdata != 0 ? NodeType::CData : NodeType::Text;
-    return nqp2::dom::MayHold(*node, text) && node->tree->SetText(*node, text, type) ? 1 : 0;
+        if (m_pParentPos == nullptr) {
+            return 0;
+        }
+        ResetChildPos();
+        Tree& tree = *m_pParentPos->tree;
+        tree.Tidy();
+        Node* const node =
+            MakeNode(tree, kind, Utf8FromText(text), Utf8FromText(m_strDefaultNamespace.View()));
+        return node != nullptr ? x_PlaceNode(x_Level::Main, place, *node) : 0;
+    });
 }
 
-int CMarkupMSXML::AddSubDoc(const wchar_t* xml) {
+int CMarkupMSXML::x_SetData(const IXMLDOMNodePtr& node, const wchar_t* value, int cdata) noexcept {
+    return Guarded(0, [&] {
+        if (node == nullptr) {
+            return 0;
+        }
+        std::string text = Utf8FromText(value);
+        if (node->type == NodeType::ProcessingInstruction) {
+            const Instruction given = SplitInstruction(text);
+            if (given.target != node->Name()) {
+                m_strError = L"Specified Target does not match current node";
+                return 0;
+            }
+            text = std::string(given.data);
+        }
+        node->tree->Tidy();
+        const NodeType type = cdata != 0 ? NodeType::CData : NodeType::Text;
+        return nqp2::dom::MayHold(*node, text) && node->tree->SetText(*node, text, type) ? 1 : 0;
+    });
+}
+
+int CMarkupMSXML::AddSubDoc(const wchar_t* xml) noexcept {
     return x_AddSubDoc(x_Level::Main, x_Place::After, xml);
 }
 
-int CMarkupMSXML::InsertSubDoc(const wchar_t* xml) {
+int CMarkupMSXML::InsertSubDoc(const wchar_t* xml) noexcept {
     return x_AddSubDoc(x_Level::Main, x_Place::Before, xml);
 }
 
-int CMarkupMSXML::AddChildSubDoc(const wchar_t* xml) {
+int CMarkupMSXML::AddChildSubDoc(const wchar_t* xml) noexcept {
     return x_AddSubDoc(x_Level::Child, x_Place::After, xml);
 }
 
-int CMarkupMSXML::InsertChildSubDoc(const wchar_t* xml) {
+int CMarkupMSXML::InsertChildSubDoc(const wchar_t* xml) noexcept {
     return x_AddSubDoc(x_Level::Child, x_Place::Before, xml);
 }
 
-int CMarkupMSXML::x_AddSubDoc(x_Level level, x_Place place, const wchar_t* xml) {
-    const IXMLDOMNodePtr& container = level == x_Level::Main ? m_pParentPos : m_pMainPos;
-    if (container == nullptr) {
-        return 0;
-    }
-    CMarkupMSXML part(xml);
-    if (part.m_pDoc == nullptr || part.m_pDoc->Content()->Root() == nullptr) {
-        m_strError = part.GetError();
-        return 0;
-    }
-    if (level == x_Level::Main) {
-        ResetChildPos();
-    }
-    return x_PlaceNode(level, place, container->tree->Copy(*part.m_pDoc->Content()->Root()));
+int CMarkupMSXML::x_AddSubDoc(x_Level level, x_Place place, const wchar_t* xml) noexcept {
+    return Guarded(0, [&] {
+        const IXMLDOMNodePtr& container = level == x_Level::Main ? m_pParentPos : m_pMainPos;
+        if (container == nullptr) {
+            return 0;
+        }
+        CMarkupMSXML part(xml);
+        if (part.m_pDoc == nullptr || part.m_pDoc->Content()->Root() == nullptr) {
+            m_strError = part.GetError();
+            return 0;
+        }
+        if (level == x_Level::Main) {
+            ResetChildPos();
+        }
+        Tree& tree = *container->tree;
+        tree.Tidy();
+        return x_PlaceNode(level, place, tree.Copy(*part.m_pDoc->Content()->Root()));
+    });
 }

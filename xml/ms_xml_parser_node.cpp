@@ -3,14 +3,22 @@
 
 #include "xml/MSXmlParserNode.h"
 
+#include "platform/guard.h"
+
+using nqp2::platform::ComGuarded;
+
 CMSXmlParserNode CMSXmlParserNode::GetNode(_bstr_t xpath) {
-    CMSXmlParserNode handle;
-    handle.SetNode(SelectNode(xpath));
-    return handle;
+    return ComGuarded(CMSXmlParserNode(), [&] {
+        CMSXmlParserNode handle;
+        handle.SetNode(SelectNode(xpath));
+        return handle;
+    });
 }
 
 CMSXmlParserNode CMSXmlParserNode::GetNodeList(_bstr_t xpath) {
-    CMSXmlParserNode handle;
-    handle.SetNodeList(SelectNodeList(xpath));
-    return handle;
+    return ComGuarded(CMSXmlParserNode(), [&] {
+        CMSXmlParserNode handle;
+        handle.SetNodeList(SelectNodeList(xpath));
+        return handle;
+    });
 }

@@ -3,7 +3,7 @@
 
 #include "xml/NodeHandle.h"
 
-#include "platform/ComError.h"
+#include "platform/guard.h"
 #include "xml/dom/document.h"
 #include "xml/dom/names.h"
 #include "xml/dom/select.h"
@@ -14,6 +14,8 @@
 #include <utility>
 
 using nqp2::dom::Node;
+using nqp2::platform::ComGuarded;
+using nqp2::platform::Guarded;
 using nqp2::platform::TextFromUtf8;
 using nqp2::platform::Utf8FromText;
 using nqp2::xml::PathOf;
@@ -24,48 +26,54 @@ namespace {
 /// Refuses what would make a document that cannot be loaded again.
 bool Replace(Node& node, const CString& text) {
     const std::string bytes = Utf8FromText(text.View());
+    node.tree->Tidy();
     return nqp2::dom::MayHold(node, bytes) && node.tree->SetText(node, bytes);
 }
 
 } // namespace
 
-void NodeHandle::SetNode(IXMLDOMNodePtr node) {
+void NodeHandle::SetNode(IXMLDOMNodePtr node) noexcept {
     m_pNode = std::move(node);
 }
 
-void NodeHandle::SetNodeList(IXMLDOMNodeListPtr list) {
+void NodeHandle::SetNodeList(IXMLDOMNodeListPtr list) noexcept {
     m_pNodeList = std::move(list);
 }
 
-int NodeHandle::IsEmpty() const {
+int NodeHandle::IsEmpty() const noexcept {
     return m_pNode == nullptr && m_pNodeList == nullptr ? 1 : 0;
 }
 
 int NodeHandle::GetNextNode() {
-    if (m_pNodeList == nullptr) {
-        return 0;
-    }
-    m_pNode = m_pNodeList->Next();
-    return m_pNode != nullptr ? 1 : 0;
+    return Guarded(0, [&] {
+        if (m_pNodeList == nullptr) {
+            return 0;
+        }
+        m_pNode = m_pNodeList->Next();
+        return m_pNode != nullptr ? 1 : 0;
+    });
 }
 
 int NodeHandle::GetNextNode(CString& name, CString& value) {
-    if (GetNextNode() == 0) {
-        return 0;
-    }
-    const Node* const nameNode = SelectFirst(*m_pNode, "NAME");
-    const Node* const valueNode = SelectFirst(*m_pNode, "VALUE");
-    name = nameNode != nullptr ? TextOf(*nameNode) : CString();
-    value = valueNode != nullptr ? TextOf(*valueNode) : CString();
-    return 1;
+    return Guarded(0, [&] {
+        if (GetNextNode() == 0) {
+            return 0;
+        }
+        const Node* const nameNode = SelectFirst(*m_pNode, "NAME");
+        const Node* const valueNode = SelectFirst(*m_pNode, "VALUE");
+        CString foundName = nameNode != nullptr ? TextOf(*nameNode) : CString();
+        value = valueNode != nullptr ? TextOf(*valueNode) : CString();
+        name = std::move(foundName);
+        return 1;
+    });
 }
 
 int NodeHandle::GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing) {
-    val = _variant_t();
-    if (CurrentNode() == nullptr) {
-        return 0;
-    }
-    try {
+    return Guarded(0, [&] {
+        val = _variant_t();
+        if (CurrentNode() == nullptr) {
+            return 0;
+        }
         const Node* const target =
             xpath.Text().IsEmpty() ? m_pNode.get() : SelectFirst(*m_pNode, PathOf(xpath));
         if (target == nullptr) {
@@ -73,58 +81,51 @@ int NodeHandle::GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing) {
         }
         val = TextOf(*target);
         return 1;
-    } catch (const _com_error&) {
-        return 0;
-    }
+    });
 }
 
 _variant_t NodeHandle::GetNodeVal(CString xpath, int bIgnoreMissing) {
-    _variant_t value;
-    if (GetNodeVal(_bstr_t(xpath), value, bIgnoreMissing) == 0) {
-        value.vt = VT_NULL;
-    }
-    return value;
+    return Guarded(_variant_t::Null(), [&] {
+        _variant_t value;
+        return GetNodeVal(_bstr_t(xpath), value, bIgnoreMissing) != 0 ? value : _variant_t::Null();
+    });
 }
 
-_variant_t NodeHandle::GetNodeVal(int bIgnoreMissing) {
+_variant_t NodeHandle::GetNodeVal(int bIgnoreMissing) noexcept {
     return GetNodeVal(CString(), bIgnoreMissing);
 }
 
-CString NodeHandle::GetNodeText(CString xpath, int bIgnoreMissing) {
-    const _variant_t value = GetNodeVal(std::move(xpath), bIgnoreMissing);
-    return value.Text();
+CString NodeHandle::GetNodeText(CString xpath, int bIgnoreMissing) noexcept {
+    return GetNodeVal(std::move(xpath), bIgnoreMissing).Text();
 }
 
-CString NodeHandle::GetNodeText(int bIgnoreMissing) {
+CString NodeHandle::GetNodeText(int bIgnoreMissing) noexcept {
     return GetNodeText(CString(), bIgnoreMissing);
 }
 
 _bstr_t NodeHandle::GetXml() {
-    const IXMLDOMNodePtr& node = CurrentNode();
-    return node != nullptr ? _bstr_t(TextFromUtf8(Serialize(*node))) : _bstr_t(L"");
+    return Guarded(_bstr_t(L""), [&] {
+        const IXMLDOMNodePtr& node = CurrentNode();
+        return node != nullptr ? _bstr_t(TextFromUtf8(Serialize(*node))) : _bstr_t(L"");
+    });
 }
 
 int NodeHandle::SetNodeText(const CString& text) {
-    return m_pNode != nullptr && Replace(*m_pNode, text) ? 1 : 0;
+    return Guarded(0, [&] { return m_pNode != nullptr && Replace(*m_pNode, text) ? 1 : 0; });
 }
 
 int NodeHandle::SetParamVal(_variant_t val) {
-    if (m_pNode == nullptr || val.vt == VT_EMPTY || val.vt == VT_NULL ||
-        NodeName(*m_pNode) != "PARAM") {
-        return 0;
-    }
-    Node* const value = nqp2::dom::SelectFirst(*m_pNode, "VALUE");
-    if (value == nullptr) {
-        return 0;
-    }
-    try {
-        return Replace(*value, val.ToText()) ? 1 : 0;
-    } catch (const _com_error&) {
-        return 0;
-    }
+    return Guarded(0, [&] {
+        if (m_pNode == nullptr || val.vt == VT_EMPTY || val.vt == VT_NULL ||
+            ShownName(*m_pNode) != "PARAM") {
+            return 0;
+        }
+        Node* const value = nqp2::dom::SelectFirst(*m_pNode, "VALUE");
+        return value != nullptr && Replace(*value, val.ToText()) ? 1 : 0;
+    });
 }
 
-const IXMLDOMNodePtr& NodeHandle::CurrentNode() {
+const IXMLDOMNodePtr& NodeHandle::CurrentNode() noexcept {
     if (m_pNode == nullptr) {
         GetNextNode();
     }
@@ -132,15 +133,16 @@ const IXMLDOMNodePtr& NodeHandle::CurrentNode() {
 }
 
 IXMLDOMNodePtr NodeHandle::SelectNode(const _bstr_t& xpath) {
-    const IXMLDOMNodePtr& node = CurrentNode();
-    return node != nullptr ? node->tree->Share(SelectFirst(*node, PathOf(xpath))) : nullptr;
+    return ComGuarded(IXMLDOMNodePtr(), [&] {
+        const IXMLDOMNodePtr& node = CurrentNode();
+        return node != nullptr ? node->tree->Share(SelectFirst(*node, PathOf(xpath))) : nullptr;
+    });
 }
 
 IXMLDOMNodeListPtr NodeHandle::SelectNodeList(const _bstr_t& xpath) {
-    const IXMLDOMNodePtr& node = CurrentNode();
-    if (node == nullptr) {
-        return nullptr;
-    }
-    IXMLDOMNodeListPtr list = ListOf(*node, PathOf(xpath));
-    return list->Length() > 0 ? list : nullptr;
+    return ComGuarded(IXMLDOMNodeListPtr(), [&] {
+        const IXMLDOMNodePtr& node = CurrentNode();
+        IXMLDOMNodeListPtr list = node != nullptr ? ListOf(*node, PathOf(xpath)) : nullptr;
+        return list != nullptr && list->Length() > 0 ? list : nullptr;
+    });
 }

@@ -4,14 +4,14 @@
 #include "xml/NQXmlParser.h"
 
 #include "media/code_type_family.h"
-#include "platform/ComError.h"
+#include "platform/guard.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
 #include "xml/dom/names.h"
-#include "xml/dom_guard.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 
 using nqp2::dom::Document;
 using nqp2::dom::Node;
@@ -19,8 +19,8 @@ using nqp2::dom::NodeType;
 using nqp2::dom::SelectionRule;
 using nqp2::dom::Tree;
 using nqp2::media::CodeTypeFamily;
+using nqp2::platform::Guarded;
 using nqp2::platform::Utf8FromText;
-using nqp2::xml::DomGuarded;
 
 namespace {
 
@@ -73,12 +73,12 @@ void AppendText(Node& element, const std::string& text) {
 
 } // namespace
 
-CNQXmlParser::CNQXmlParser() = default;
-CNQXmlParser::CNQXmlParser(const CNQXmlParser& other) = default;
-CNQXmlParser& CNQXmlParser::operator=(const CNQXmlParser& other) = default;
+CNQXmlParser::CNQXmlParser() noexcept = default;
+CNQXmlParser::CNQXmlParser(const CNQXmlParser& other) noexcept = default;
+CNQXmlParser& CNQXmlParser::operator=(const CNQXmlParser& other) noexcept = default;
 CNQXmlParser::~CNQXmlParser() = default;
 
-bool CNQXmlParser::ParentStack::Push(const IXMLDOMNodePtr& node) {
+bool CNQXmlParser::ParentStack::Push(const IXMLDOMNodePtr& node) noexcept {
     if (count >= kCapacity) {
         return false;
     }
@@ -86,7 +86,7 @@ bool CNQXmlParser::ParentStack::Push(const IXMLDOMNodePtr& node) {
     return true;
 }
 
-bool CNQXmlParser::ParentStack::Pop(IXMLDOMNodePtr& node) {
+bool CNQXmlParser::ParentStack::Pop(IXMLDOMNodePtr& node) noexcept {
     if (count <= 0) {
         return false;
     }
@@ -114,7 +114,7 @@ void CNQXmlParser::StartDocument(const char* declaration, const char* rootName) 
 }
 
 int CNQXmlParser::CreateP2MainRoot(eCodeType codeType, int bEditList) {
-    return DomGuarded(0, [&] {
+    return Guarded(0, [&] {
         StartDocument(kP2Declaration, "P2Main");
         const wchar_t* const chosen = NamespaceOf(codeType, bEditList != 0);
         if (chosen != nullptr) {
@@ -127,7 +127,7 @@ int CNQXmlParser::CreateP2MainRoot(eCodeType codeType, int bEditList) {
 }
 
 int CNQXmlParser::CreateEPRRoot(CString eprType) {
-    return DomGuarded(0, [&] {
+    return Guarded(0, [&] {
         StartDocument(kRenderDeclaration, "EPRINFO");
         Tree& tree = *m_pCurrentNode->tree;
         tree.SetAttribute(*m_pCurrentNode, "xsi:noNamespaceSchemaLocation", "render.xsd",
@@ -140,7 +140,7 @@ int CNQXmlParser::CreateEPRRoot(CString eprType) {
 }
 
 int CNQXmlParser::CreateRoot(CString name) {
-    return DomGuarded(0, [&] {
+    return Guarded(0, [&] {
         EnsureDocument();
         ReplaceRoot(name);
         return 1;
@@ -149,64 +149,74 @@ int CNQXmlParser::CreateRoot(CString name) {
 
 void CNQXmlParser::ReplaceRoot(const CString& name) {
     Tree& tree = *m_pDoc->Content();
+    tree.Tidy();
     Node& root = tree.CreateElement(CheckedName(name), {});
+    m_pCurrentNode = tree.Share(&root);
     Node* const old = tree.Root();
-    Node* const behind = old != nullptr ? old->next : nullptr;
+    Node* const behind = old != nullptr ? old->Next() : nullptr;
     if (old != nullptr) {
         tree.Unlink(*old);
     }
     tree.Insert(tree.DocumentNode(), root, behind);
-    m_pCurrentNode = tree.Share(&root);
 }
 
-IXMLDOMNodePtr CNQXmlParser::MakeElement(const CString& name, const CString& attrName,
-                                         const CString& attrValue) {
+Node& CNQXmlParser::MakeElement(const CString& name, const CString& attrName,
+                                const CString& attrValue) {
     if (m_pCurrentNode == nullptr) {
         throw _com_error(E_POINTER);
     }
     Tree& tree = *m_pCurrentNode->tree;
+    tree.Tidy();
     Node& element = tree.CreateElement(CheckedName(name), Utf8FromText(m_strNamespaceURI.View()));
     if (!attrName.IsEmpty() && !attrValue.IsEmpty()) {
         tree.SetAttribute(element, CheckedName(attrName), Checked(attrValue));
     }
-    tree.Insert(*m_pCurrentNode, element, nullptr);
-    return tree.Share(&element);
+    return element;
 }
 
 int CNQXmlParser::AddChildElement(CString name, CString attrName, CString attrValue) {
-    if (m_bReady == 0) {
-        return 0;
-    }
-    // A full stack remembers nothing more, and nobody is told: kept, hosts rely on it.
-    m_parentStack.Push(m_pCurrentNode);
-    return DomGuarded(0, [&] {
-        m_pCurrentNode = MakeElement(name, attrName, attrValue);
+    return Guarded(0, [&] {
+        if (m_bReady == 0) {
+            return 0;
+        }
+        // A full stack remembers nothing more, and nobody is told: kept, hosts rely on it.
+        m_parentStack.Push(m_pCurrentNode);
+        Node& element = MakeElement(name, attrName, attrValue);
+        IXMLDOMNodePtr made = element.tree->Share(&element);
+        element.tree->Insert(*m_pCurrentNode, element, nullptr);
+        m_pCurrentNode = std::move(made);
         return 1;
     });
 }
 
 int CNQXmlParser::AddChildTextNode(CString name, _variant_t value, CString attrName,
                                    CString attrValue) {
-    if (m_bReady == 0 || m_pCurrentNode == nullptr) {
-        return 0;
-    }
-    return DomGuarded(0, [&] {
+    return Guarded(0, [&] {
+        if (m_bReady == 0 || m_pCurrentNode == nullptr) {
+            return 0;
+        }
         const std::string text = Checked(value.ToText());
-        AppendText(*MakeElement(name, attrName, attrValue), text);
+        Node& element = MakeElement(name, attrName, attrValue);
+        AppendText(element, text);
+        element.tree->Insert(*m_pCurrentNode, element, nullptr);
         return 1;
     });
 }
 
-int CNQXmlParser::BackToParent() {
+int CNQXmlParser::BackToParent() noexcept {
     return m_bReady != 0 && m_parentStack.Pop(m_pCurrentNode) ? 1 : 0;
 }
 
 int CNQXmlParser::AddParam(CString name, _variant_t value) {
-    const CString none;
-    if (AddChildElement(L"PARAM", none, none) == 0) {
-        return 0;
-    }
-    const bool written = AddChildTextNode(L"NAME", name, none, none) != 0 &&
-                         AddChildTextNode(L"VALUE", value, none, none) != 0;
-    return BackToParent() != 0 && written ? 1 : 0;
+    return Guarded(0, [&] {
+        const CString none;
+        if (AddChildElement(L"PARAM", none, none) == 0) {
+            return 0;
+        }
+        const auto written = [&](const wchar_t* part, const _variant_t& content) {
+            return Guarded(false, [&] { return AddChildTextNode(part, content, none, none) != 0; });
+        };
+        const bool both = written(L"NAME", name) && written(L"VALUE", value);
+        return BackToParent() != 0 && both ? 1 : 0;
+    });
 }

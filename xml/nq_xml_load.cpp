@@ -4,32 +4,33 @@
 #include "xml/NQXmlParser.h"
 
 #include "platform/case_blind.h"
-#include "platform/ComError.h"
 #include "platform/diagnostics.h"
 #include "platform/file_system.h"
+#include "platform/guard.h"
 #include "platform/PathText.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
 #include "xml/dom/schema.h"
 #include "xml/dom/serialize.h"
 #include "xml/dom/XmlLimits.h"
-#include "xml/dom_guard.h"
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using nqp2::dom::Document;
 using nqp2::dom::Node;
 using nqp2::dom::ParseError;
 using nqp2::dom::SelectionRule;
+using nqp2::platform::ComGuarded;
 using nqp2::platform::FindExisting;
+using nqp2::platform::Guarded;
 using nqp2::platform::IoError;
 using nqp2::platform::IoStatus;
 using nqp2::platform::OutputDebugStringW;
 using nqp2::platform::TextFromUtf8;
 using nqp2::platform::Utf8FromText;
-using nqp2::xml::DomGuarded;
 
 namespace {
 
@@ -53,19 +54,19 @@ void Tell(const wchar_t* pattern, const ParseError& error) {
 } // namespace
 
 int CNQXmlParser::LoadXml(CString path) {
-    return DomGuarded(0, [&] {
+    return Guarded(0, [&] {
         EnsureDocument();
         if (!m_pDoc->LoadFile(nqp2::PosixPath(path))) {
             Tell(kFileError, m_pDoc->LastError());
             return 0;
         }
-        ReadRoot(L":P2Main");
+        BindRoot(L":P2Main");
         return 1;
     });
 }
 
 int CNQXmlParser::SetXml(_bstr_t xml) {
-    return DomGuarded(0, [&] {
+    return Guarded(0, [&] {
         EnsureDocument();
         if (!m_pDoc->LoadText(Utf8FromText(xml.Text().View()))) {
             Tell(kTextError, m_pDoc->LastError());
@@ -81,7 +82,7 @@ void CNQXmlParser::RequireRenderSchema() {
     std::string schema;
     // Asked for under its own name where none is found, so that the reason is known.
     const std::string path = FindExisting(kRenderSchema).value_or(kRenderSchema);
-    const IoStatus status = nqp2::platform::Files().Read(path, nqp2::MaxXmlFileSize(), schema);
+    const IoStatus status = nqp2::platform::Files().Read(path, nqp2::dom::kLargestSchema, schema);
     if (status.error == IoError::NotFound || status.error == IoError::Denied) {
         return;
     }
@@ -99,7 +100,7 @@ void CNQXmlParser::RequireRenderSchema() {
 }
 
 int CNQXmlParser::AddXmlFragment(_bstr_t xml) {
-    return DomGuarded(0, [&] {
+    return Guarded(0, [&] {
         Document part(SelectionRule::Names::Namespace);
         if (!part.LoadText(Utf8FromText(xml.Text().View()))) {
             Tell(kTextError, part.LastError());
@@ -109,49 +110,61 @@ int CNQXmlParser::AddXmlFragment(_bstr_t xml) {
             throw _com_error(E_POINTER);
         }
         nqp2::dom::Tree& tree = *m_pCurrentNode->tree;
+        tree.Tidy();
         return tree.Insert(*m_pCurrentNode, tree.Copy(*part.Content()->Root()), nullptr) ? 1 : 0;
     });
 }
 
 void CNQXmlParser::ReadRoot(_bstr_t prefixSuffix) {
+    ComGuarded([&] { BindRoot(prefixSuffix.Text()); });
+}
+
+void CNQXmlParser::BindRoot(const CString& prefixSuffix) {
     Node* const root = m_pDoc != nullptr ? m_pDoc->Content()->Root() : nullptr;
     if (root == nullptr) {
         throw _com_error(E_POINTER);
     }
     std::vector<Node*> attributes;
     CString declarations;
-    for (Node* each = root->firstAttribute; each != nullptr; each = each->next) {
+    for (Node* each = root->FirstAttribute(); each != nullptr; each = each->Next()) {
         attributes.push_back(each);
         // Three characters are compared, so that names like "xml:lang" count: kept.
-        if (!each->name.starts_with("xml")) {
+        if (!each->Name().starts_with("xml")) {
             continue;
         }
-        CString name = TextFromUtf8(each->name);
+        CString name = TextFromUtf8(each->Name());
         if (name == L"xmlns") {
-            name += prefixSuffix.Text();
+            name += prefixSuffix;
         }
-        declarations += name + L"='" + TextFromUtf8(each->content) + L"' ";
+        declarations += name + L"='" + TextFromUtf8(each->Content()) + L"' ";
     }
     m_pRootAttributes = std::make_shared<nqp2::dom::NodeList>(root->tree->shared_from_this(),
                                                               std::move(attributes));
-    SetSelectNamespace(declarations);
+    BindPrefixes(declarations);
 }
 
 std::int32_t CNQXmlParser::SetSelectNamespace(_bstr_t decl) {
+    return ComGuarded(E_OUTOFMEMORY, [&] { return BindPrefixes(decl.Text()); });
+}
+
+std::int32_t CNQXmlParser::BindPrefixes(const CString& declarations) {
     if (m_pDoc == nullptr) {
         throw _com_error(E_POINTER);
     }
-    return m_pDoc->SetSelectionNamespaces(Utf8FromText(decl.Text().View())) ? S_OK : E_FAIL;
+    return m_pDoc->SetSelectionNamespaces(Utf8FromText(declarations.View())) ? S_OK : E_FAIL;
 }
 
 int CNQXmlParser::SaveXml(CString path) {
-    return m_bReady != 0 && m_pDoc->Save(nqp2::PosixPath(path)) ? 1 : 0;
+    return Guarded(0, [&] { return m_bReady != 0 && m_pDoc->Save(nqp2::PosixPath(path)) ? 1 : 0; });
 }
 
 _bstr_t CNQXmlParser::GetXml() {
-    return m_bReady != 0 ? _bstr_t(TextFromUtf8(Serialize(*m_pDoc->DocumentNode()))) : _bstr_t(L"");
+    return Guarded(_bstr_t(L""), [&] {
+        return m_bReady != 0 ? _bstr_t(TextFromUtf8(Serialize(*m_pDoc->DocumentNode())))
+                             : _bstr_t(L"");
+    });
 }
 
-IXMLDOMDocumentPtr CNQXmlParser::GetDocumentPtr() {
+IXMLDOMDocumentPtr CNQXmlParser::GetDocumentPtr() noexcept {
     return m_bReady != 0 ? m_pDoc : nullptr;
 }

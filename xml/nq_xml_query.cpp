@@ -3,19 +3,20 @@
 
 #include "xml/NQXmlParser.h"
 
+#include "platform/guard.h"
 #include "xml/document_queries.h"
 #include "xml/dom/node.h"
-#include "xml/dom_guard.h"
 #include "xml/query_text.h"
 
-using nqp2::xml::DomGuarded;
+using nqp2::platform::ComGuarded;
+using nqp2::platform::Guarded;
 
 int CNQXmlParser::GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing) {
-    if (m_bReady == 0) {
-        return 0;
-    }
-    val = _variant_t();
-    return DomGuarded(0, [&] {
+    return Guarded(0, [&] {
+        if (m_bReady == 0) {
+            return 0;
+        }
+        val = _variant_t();
         const IXMLDOMNodePtr node = nqp2::xml::NodeAt(m_pDoc, xpath);
         if (node == nullptr) {
             return bIgnoreMissing != 0 ? 1 : 0;
@@ -26,39 +27,43 @@ int CNQXmlParser::GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing)
 }
 
 _variant_t CNQXmlParser::GetNodeVal(CString xpath, int bIgnoreMissing) {
-    _variant_t value;
-    if (GetNodeVal(_bstr_t(xpath), value, bIgnoreMissing) == 0) {
-        value.vt = VT_NULL;
-    }
-    return value;
+    return Guarded(_variant_t::Null(), [&] {
+        _variant_t value;
+        return GetNodeVal(_bstr_t(xpath), value, bIgnoreMissing) != 0 ? value : _variant_t::Null();
+    });
 }
 
 CString CNQXmlParser::GetNodeText(CString xpath, int bIgnoreMissing) {
-    const _variant_t value = GetNodeVal(xpath, bIgnoreMissing);
-    return value.Text();
+    return Guarded(CString(), [&] { return GetNodeVal(xpath, bIgnoreMissing).Text(); });
 }
 
 CString CNQXmlParser::GetNodeAttribute(CString xpath, CString attribute) {
-    return DomGuarded(CString(), [&] {
+    return Guarded(CString(), [&] {
         const IXMLDOMNodePtr node = nqp2::xml::NodeAt(m_pDoc, _bstr_t(xpath));
         return node != nullptr ? nqp2::xml::AttributeOf(*node, attribute) : CString();
     });
 }
 
 CNQXmlParserNode CNQXmlParser::GetNode(_bstr_t xpath) {
-    CNQXmlParserNode handle;
-    handle.SetNode(nqp2::xml::NodeAt(m_pDoc, xpath));
-    return handle;
+    return ComGuarded(CNQXmlParserNode(), [&] {
+        CNQXmlParserNode handle;
+        handle.SetNode(nqp2::xml::NodeAt(m_pDoc, xpath));
+        return handle;
+    });
 }
 
 CNQXmlParserNode CNQXmlParser::GetNodeList(_bstr_t xpath) {
-    CNQXmlParserNode handle;
-    handle.SetNodeList(nqp2::xml::NodesAt(m_pDoc, xpath));
-    return handle;
+    return ComGuarded(CNQXmlParserNode(), [&] {
+        CNQXmlParserNode handle;
+        handle.SetNodeList(nqp2::xml::NodesAt(m_pDoc, xpath));
+        return handle;
+    });
 }
 
 CNQXmlParserNode CNQXmlParser::FindParamNode(_bstr_t xpath, CString name) {
-    CNQXmlParserNode handle;
-    handle.SetNode(nqp2::xml::ParamNodeAt(m_pDoc, xpath, name));
-    return handle;
+    return ComGuarded(CNQXmlParserNode(), [&] {
+        CNQXmlParserNode handle;
+        handle.SetNode(nqp2::xml::ParamNodeAt(m_pDoc, xpath, name));
+        return handle;
+    });
 }

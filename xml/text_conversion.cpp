@@ -3,12 +3,13 @@
 
 #include "xml/MarkupMSXML.h"
 
+#include "platform/guard.h"
 #include "xml/base64.h"
 
 #include <cstring>
-#include <memory>
 #include <string>
-#include <utility>
+
+using nqp2::platform::Guarded;
 
 namespace {
 
@@ -33,40 +34,46 @@ CString WideText(std::string_view bytes) {
 } // namespace
 
 _bstr_t CMarkupMSXML::ToBSTR(const wchar_t* text) {
-    return {text};
+    return Guarded(_bstr_t(), [&] { return _bstr_t(text); });
 }
 
-CString CMarkupMSXML::FromBSTR(const _bstr_t& text) {
+CString CMarkupMSXML::FromBSTR(const _bstr_t& text) noexcept {
     return text.Text();
 }
 
 _variant_t CMarkupMSXML::ToVARIANT(const wchar_t* text) {
-    return {text};
+    return Guarded(_variant_t(), [&] { return _variant_t(text); });
 }
 
-CString CMarkupMSXML::FromVARIANT(const _variant_t& value) {
+CString CMarkupMSXML::FromVARIANT(const _variant_t& value) noexcept {
     return value.Text();
 }
 
 CString CMarkupMSXML::TBase64Encode(unsigned char* data, int length) {
-    return WideText(nqp2::xml::EncodeBase64(data, length));
+    return Guarded(CString(), [&] { return WideText(nqp2::xml::EncodeBase64(data, length)); });
 }
 
 CString CMarkupMSXML::TBase64Encode(CString& text) {
-    std::string bytes = NarrowText(text);
-    return TBase64Encode(reinterpret_cast<unsigned char*>(bytes.data()),
-                         static_cast<int>(bytes.size()));
+    return Guarded(CString(), [&] {
+        std::string bytes = NarrowText(text);
+        return TBase64Encode(reinterpret_cast<unsigned char*>(bytes.data()),
+                             static_cast<int>(bytes.size()));
+    });
 }
 
 int CMarkupMSXML::TBase64Decode(const CString& text, unsigned char** out) {
-    const std::string bytes = nqp2::xml::DecodeBase64(NarrowText(text));
-    auto buffer = std::make_unique<unsigned char[]>(bytes.size() + 1);
-    std::memcpy(buffer.get(), bytes.data(), bytes.size());
-    *out = buffer.release();
-    return static_cast<int>(bytes.size());
+    return Guarded(0, [&] {
+        *out = nullptr;
+        const std::string bytes = nqp2::xml::DecodeBase64(NarrowText(text));
+        *out = new unsigned char[bytes.size() + 1];
+        std::memcpy(*out, bytes.data(), bytes.size());
+        return static_cast<int>(bytes.size());
+    });
 }
 
 CString CMarkupMSXML::TBase64Decode(CString& text) {
-    const std::string bytes = nqp2::xml::DecodeBase64(NarrowText(text));
-    return WideText(bytes.substr(0, bytes.find('\0')));
+    return Guarded(CString(), [&] {
+        const std::string bytes = nqp2::xml::DecodeBase64(NarrowText(text));
+        return WideText(bytes.substr(0, bytes.find('\0')));
+    });
 }

@@ -89,14 +89,14 @@ TEST(MarkupEdit, NumbersAsText) {
     EXPECT_EQ(Doc(markup), L"<r k=\"-5\"><a>-7</a><b>-9223372036854775808</b><f k=\"5\">25</f>"
                            L"<e>1099511627776</e><d>0</d><c>29.97</c></r>");
     ASSERT_EQ(markup.IntoElem(), 1);
-    markup.AddElem(L"g", 1);
+    markup.AddElem(L"g", 1U);
     markup.AddElem(L"h", std::int64_t{2});
     markup.AddElem(L"i", 0.25);
-    markup.InsertElem(L"j", 4);
+    markup.InsertElem(L"j", 4LL);
     markup.InsertElem(L"k", std::int64_t{5});
     markup.InsertElem(L"l", 1e-3);
     EXPECT_GT(Doc(markup).Find(L"<g>1</g><h>2</h><l>0.001</l><k>5</k><j>4</j><i>0.25</i>"), 0);
-    markup.SetData(6);
+    markup.SetData(6ULL);
     EXPECT_EQ(markup.GetData(), L"6");
     markup.SetData(std::int64_t{7}, 1);
     EXPECT_EQ(markup.GetSubDoc(), L"<l><![CDATA[7]]></l>");

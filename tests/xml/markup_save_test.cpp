@@ -4,6 +4,7 @@
 #include "platform/unicode.h"
 #include "tests/support/print_text.h"
 #include "tests/support/temp_folder.h"
+#include "xml/dom/document.h"
 #include "xml/MarkupMSXML.h"
 #include "xml/NQXmlParser.h"
 
@@ -61,6 +62,10 @@ TEST(MarkupSave, WhatCouldNotBeLoadedAgainTakesNoFilesPlace) {
         {"new", L"e", L"xml:lang", L"en"},
         {"old", L"e", L"xmlns:xml", L"urn:x"},
         {"old", L"e", L"xmlns:xmlns", L"urn:x"},
+        {"new", L"e", L"xmlns:x", L"not a uri"},
+        {"new", L"e", L"xmlns", L"%"},
+        {"old", L"e", L"xmlns:x", L"http://www.w3.org/2000/xmlns/"},
+        {"old", L"e", L"xmlns", L"http://www.w3.org/XML/1998/namespace"},
     };
     for (const auto& [state, name, attribute, value] : cases) {
         Saved saved;
@@ -74,6 +79,49 @@ TEST(MarkupSave, WhatCouldNotBeLoadedAgainTakesNoFilesPlace) {
         }
         EXPECT_EQ(saved.State(), state) << depth;
     }
+}
+
+TEST(MarkupSave, ADocumentWithoutRootTakesNoFilesPlace) {
+    const nqp2::test::TempFolder folder;
+    const CString path = TextFromUtf8(folder.Write("a.xml", "<good/>"));
+    CMarkupMSXML cursor(L"<r/>");
+    ASSERT_EQ(cursor.FindElem(), 1);
+    ASSERT_EQ(cursor.RemoveElem(), 1);
+    CNQXmlParser builder;
+    EXPECT_EQ(builder.SetXml(L""), 0);
+    EXPECT_EQ(CMarkupMSXML().Save(path) + cursor.Save(path) + builder.SaveXml(path), 0);
+    EXPECT_EQ(cursor.Load(path), 1);
+    // Two attributes that an edited declaration makes one are no document either.
+    ASSERT_EQ(cursor.SetDoc(L"<r xmlns:a='u' xmlns:b='v' a:x='' b:x=''/>"), 1);
+    EXPECT_EQ(cursor.Save(path), 1);
+    ASSERT_EQ(cursor.FindElem(), 1);
+    ASSERT_EQ(cursor.SetAttrib(L"xmlns:b", L"u"), 1);
+    EXPECT_EQ(cursor.Save(path), 0);
+}
+
+TEST(MarkupSave, EditingWithoutEndTakesTheMemoryOfWhatIsAlive) {
+    const nqp2::test::TempFolder folder;
+    const CString path = TextFromUtf8(folder.Path("a.xml"));
+    CMarkupMSXML markup(L"<r><held><in/></held><a/></r>");
+    ASSERT_EQ(markup.FindChildElem(L"held"), 1);
+    CMSXmlParserNode held = markup.GetNode(L"r/held/in");
+    ASSERT_EQ(markup.RemoveChildElem(), 1);
+    CMSXmlParserNode changed = markup.GetNode(L"r/a");
+    const CString text = Repeated(L"0123456789", 100);
+    for (int i = 0; i < 3000; ++i) {
+        ASSERT_EQ(markup.SetAttrib(L"n" + CString(nqp2::WholeText(i % 7)), text), 1);
+        ASSERT_EQ(markup.AddChildElem(L"e" + CString(nqp2::WholeText(i)), text), 1);
+        ASSERT_EQ(markup.RemoveChildElem(), 1);
+        ASSERT_EQ(changed.SetNodeText(text + CString(nqp2::WholeText(i))), 1);
+        ASSERT_EQ(markup.AddElem(L"second"), 0);
+    }
+    EXPECT_LT(markup.GetDocumentPtr()->Content()->BytesUsed(), 1'000'000U);
+    EXPECT_EQ(held.GetXml().Text(), L"<in/>");
+    EXPECT_EQ(held.GetNodeText(L"/held/in", 0), L"") << "what it stood in is there as well";
+    EXPECT_EQ(changed.GetNodeText(0), text + L"2999");
+    EXPECT_EQ(markup.GetAttrib(L"n6"), text);
+    EXPECT_EQ(markup.Save(path), 1);
+    EXPECT_EQ(CMarkupMSXML(markup.GetDoc()).GetNodeText(L"r/a", 0), text + L"2999");
 }
 
 TEST(MarkupSave, MoreAttributesThanAFileMayHaveAreNotSaved) {

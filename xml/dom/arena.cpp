@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace nqp2::dom {
 namespace {
@@ -12,7 +13,9 @@ namespace {
 // One block holds a usual clip file's tree; a large tree doubles its way up.
 constexpr std::size_t kFirstBlock = std::size_t{64} * 1024;
 constexpr std::size_t kLargestBlock = std::size_t{4} * 1024 * 1024;
-constexpr std::size_t kAlignment = alignof(std::max_align_t);
+constexpr std::size_t kAlignment = alignof(NodeName);
+constexpr std::size_t kFirstNodes = kFirstBlock / sizeof(Node);
+constexpr std::size_t kMostNodes = std::size_t{1024} * 1024 / sizeof(Node); ///< of one block
 
 } // namespace
 
@@ -40,10 +43,16 @@ std::string_view Arena::Copy(std::string_view text) {
     return {reinterpret_cast<const char*>(m_back), text.size()};
 }
 
-void Arena::Clear() {
+void Arena::Reserve(std::size_t bytes) {
+    if (bytes > Left()) {
+        AddBlock(bytes);
+    }
+}
+
+void Arena::Clear() noexcept {
     m_used = 0;
     if (!m_blocks.empty()) {
-        m_blocks.resize(1);
+        m_blocks.erase(m_blocks.begin() + 1, m_blocks.end());
         Use(m_blocks.front());
     }
 }
@@ -59,6 +68,86 @@ void Arena::AddBlock(std::size_t atLeast) {
 void Arena::Use(const Block& block) {
     m_front = block.memory.get();
     m_back = m_front + block.size;
+}
+
+NodePool::~NodePool() {
+    std::for_each(m_blocks.begin(), m_blocks.end(), Free);
+}
+
+void NodePool::Free(const Block& block) noexcept {
+    ::operator delete(block.nodes);
+}
+
+void NodePool::AddBlock() {
+    const std::size_t size =
+        m_blocks.empty() ? kFirstNodes : std::min(m_blocks.back().size * 2, kMostNodes);
+    m_blocks.reserve(m_blocks.size() + 1);
+    m_blocks.push_back({static_cast<Node*>(::operator new(size * sizeof(Node))), size, 0});
+}
+
+Node& NodePool::Take() {
+    Node* place = m_unused;
+    if (place != nullptr) {
+        m_unused = place->m_next;
+    } else {
+        if (m_blocks.empty() || m_blocks.back().used == m_blocks.back().size) {
+            AddBlock();
+        }
+        Block& block = m_blocks.back();
+        place = block.nodes + block.used++;
+    }
+    ++m_count;
+    return *new (place) Node;
+}
+
+void NodePool::Clear() noexcept {
+    m_unused = nullptr;
+    m_count = 0;
+    if (!m_blocks.empty()) {
+        std::for_each(m_blocks.begin() + 1, m_blocks.end(), Free);
+        m_blocks.erase(m_blocks.begin() + 1, m_blocks.end());
+        m_blocks.front().used = 0;
+    }
+}
+
+std::size_t NodePool::Recycle(const Block& block, Node*& unused) noexcept {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < block.used; ++i) {
+        Node& node = block.nodes[i];
+        if (node.type != NodeType::None && node.m_isAlive) {
+            ++count;
+            continue;
+        }
+        node.type = NodeType::None;
+        node.m_next = unused;
+        unused = &node;
+    }
+    return count;
+}
+
+void NodePool::KeepAlive() noexcept {
+    m_unused = nullptr;
+    m_count = 0;
+    // The last block is where new nodes come from: it stays even when it is empty.
+    const auto isEmpty = [&](const Block& block) {
+        Node* unused = m_unused;
+        const std::size_t count = Recycle(block, unused);
+        const bool drop = count == 0 && &block != &m_blocks.back();
+        if (drop) {
+            Free(block);
+        } else {
+            m_unused = unused;
+            m_count += count;
+        }
+        return drop;
+    };
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+        if (!isEmpty(m_blocks[i])) {
+            m_blocks[kept++] = m_blocks[i];
+        }
+    }
+    m_blocks.resize(kept);
 }
 
 } // namespace nqp2::dom

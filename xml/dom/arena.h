@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "xml/dom/node.h"
+
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -10,20 +12,22 @@
 
 namespace nqp2::dom {
 
-/// Memory of one tree: handed out in order, given back all at once. Nothing that lives in it has a
-/// destructor to run, so a tree of any size is dropped at once and its memory serves the next file.
+/// Memory for the texts and names of one tree: handed out in order, given back all at once. Nothing
+/// that lives in it has a destructor to run, so it is dropped at once and serves the next file.
 /// Objects fill a block from its front, texts, which need no alignment, from its back.
 class Arena {
 public:
-    /// Room for `bytes` bytes aligned for any object. Throws std::bad_alloc.
+    /// Room for `bytes` bytes aligned for a NodeName. Throws std::bad_alloc.
     void* Allocate(std::size_t bytes);
     /// A copy of the text that lives as long as the arena's content.
     std::string_view Copy(std::string_view text);
+    /// From here on so many bytes are handed out without asking the system. Throws std::bad_alloc.
+    void Reserve(std::size_t bytes);
 
     /// Bytes handed out since the last Clear.
     [[nodiscard]] std::size_t Used() const { return m_used; }
     /// Drops all content; keeps the first block for what comes next.
-    void Clear();
+    void Clear() noexcept;
 
 private:
     struct Block {
@@ -39,6 +43,51 @@ private:
     std::byte* m_front = nullptr;
     std::byte* m_back = nullptr;
     std::size_t m_used = 0;
+};
+
+/// The nodes of one tree. They stay where they are; those that are given back serve again.
+class NodePool {
+public:
+    NodePool() = default;
+    NodePool(const NodePool&) = delete;
+    NodePool& operator=(const NodePool&) = delete;
+    ~NodePool();
+
+    /// A node as new. Throws std::bad_alloc.
+    Node& Take();
+    /// Bytes of the nodes that are in use.
+    [[nodiscard]] std::size_t Used() const { return m_count * sizeof(Node); }
+    /// Takes all nodes back; keeps the first block.
+    void Clear() noexcept;
+
+    /// Visits every node in use.
+    template <class Visit>
+    void ForEach(Visit visit) {
+        for (const Block& block : m_blocks) {
+            for (std::size_t i = 0; i < block.used; ++i) {
+                if (block.nodes[i].type != NodeType::None) {
+                    visit(block.nodes[i]);
+                }
+            }
+        }
+    }
+    /// Takes back every node that is not marked as alive, and gives memory without any back.
+    void KeepAlive() noexcept;
+
+private:
+    struct Block {
+        Node* nodes = nullptr;
+        std::size_t size = 0;
+        std::size_t used = 0; ///< from the front; behind it is memory that never was a node
+    };
+    static void Free(const Block& block) noexcept;
+    void AddBlock();
+    /// Strings the unused nodes of a block together; returns how many are in use.
+    std::size_t Recycle(const Block& block, Node*& unused) noexcept;
+
+    std::vector<Block> m_blocks; ///< all full but the last
+    Node* m_unused = nullptr;
+    std::size_t m_count = 0;
 };
 
 } // namespace nqp2::dom

@@ -10,6 +10,7 @@
 #include "xml/dom/XmlLimits.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace nqp2::dom {
@@ -41,54 +42,74 @@ bool LoadsAgain(const Serialized& saved) {
 
 } // namespace
 
-Document::Document(SelectionRule::Names names) {
-    m_rule.names = names;
-    FreshTree();
-}
-
-void Document::FreshTree() {
-    // A tree that nobody else holds serves again: its memory is already there.
-    if (m_tree == nullptr || m_tree.use_count() > 1) {
-        m_tree = std::make_shared<Tree>();
-    }
+Document::Document(SelectionRule::Names names)
+    : m_rule(std::make_shared<const SelectionRule>(SelectionRule{names, {}})),
+      m_tree(std::make_shared<Tree>()) {
     m_tree->SetRule(m_rule);
 }
 
-bool Document::Keep(ParseError error) {
-    m_error = std::move(error);
+bool Document::TakeFreshTree() noexcept {
+    // A tree that nobody else holds serves again: its memory is already there.
+    if (m_tree.use_count() == 1) {
+        m_tree->Clear();
+        return true;
+    }
+    try {
+        m_tree = std::make_shared<Tree>();
+        m_tree->SetRule(m_rule);
+        return true;
+    } catch (const std::bad_alloc&) {
+        m_tree->TakeOutAll(); // empty all the same, and others keep what they hold
+        return false;
+    }
+}
+
+void Document::Clear() noexcept {
+    TakeFreshTree();
+}
+
+void Document::Fail(std::string_view reason) noexcept {
+    Clear();
+    try {
+        m_error = {kErrorUnreadable, std::string(reason), 0, 0, Fault::Unreadable};
+    } catch (const std::bad_alloc&) {
+        m_error = OutOfMemory();
+    }
+}
+
+/// Whatever a load throws leaves an empty document with a reason.
+template <class Load>
+bool Document::Replace(const Load& load) {
+    try {
+        m_error = TakeFreshTree() ? load() : OutOfMemory();
+    } catch (const std::bad_alloc&) {
+        m_error = OutOfMemory();
+    }
+    if (m_error.fault != Fault::None) {
+        Clear();
+    }
     return m_error.fault == Fault::None;
 }
 
-void Document::Clear() {
-    FreshTree();
-    m_tree->Clear();
-}
-
-void Document::Fail(std::string reason) {
-    Clear();
-    m_error = {kErrorUnreadable, std::move(reason), 0, 0, Fault::Unreadable};
-}
-
 bool Document::LoadText(std::string_view utf8) {
-    FreshTree();
-    return Keep(m_parser.ParseText(utf8, *m_tree));
+    return Replace([&] { return m_parser.ParseText(utf8, *m_tree); });
 }
 
 bool Document::LoadBytes(std::string_view bytes) {
-    FreshTree();
-    return Keep(m_parser.ParseBytes(bytes, *m_tree));
+    return Replace([&] { return m_parser.ParseBytes(bytes, *m_tree); });
 }
 
 bool Document::LoadFile(const std::string& path) {
-    Clear();
-    ParseError error = ReadFile(path);
-    if (error.fault == Fault::NotFound) {
-        const std::optional<std::string> spelled = platform::FindExisting(path);
-        if (spelled && *spelled != path) {
-            error = ReadFile(*spelled);
+    return Replace([&] {
+        ParseError error = ReadFile(path);
+        if (error.fault == Fault::NotFound) {
+            const std::optional<std::string> spelled = platform::FindExisting(path);
+            if (spelled && *spelled != path) {
+                error = ReadFile(*spelled);
+            }
         }
-    }
-    return Keep(std::move(error));
+        return error;
+    });
 }
 
 ParseError Document::ReadFile(const std::string& path) {
@@ -113,9 +134,11 @@ ParseError Document::ReadFile(const std::string& path) {
 }
 
 std::optional<std::string> Document::TextToSave() const {
+    if (m_tree->Root() == nullptr) {
+        return std::nullopt;
+    }
     Serialized saved = SerializeToReload(m_tree->DocumentNode());
-    const std::uint64_t limit = nqp2::MaxXmlFileSize();
-    if (saved.text.size() > limit || m_tree->BytesUsed() > limit || !LoadsAgain(saved)) {
+    if (saved.text.size() > nqp2::MaxXmlFileSize() || !LoadsAgain(saved)) {
         return std::nullopt;
     }
     return std::move(saved.text);
@@ -141,7 +164,10 @@ std::shared_ptr<NodeList> Document::SelectNodes(std::string_view path) const {
 bool Document::SetSelectionNamespaces(std::string_view declarations) {
     auto bindings = ParseBindings(declarations);
     const bool sound = bindings.has_value();
-    m_rule.bindings = sound ? std::move(*bindings) : decltype(m_rule.bindings)();
+    auto rule = std::make_shared<SelectionRule>();
+    rule->names = m_rule->names;
+    rule->bindings = std::move(bindings).value_or(decltype(rule->bindings)());
+    m_rule = std::move(rule);
     m_tree->SetRule(m_rule);
     return sound;
 }

@@ -30,11 +30,12 @@ public:
     /// A file by its POSIX path, in any letter case.
     bool LoadFile(const std::string& path);
     /// Empties the document.
-    void Clear();
+    void Clear() noexcept;
     /// Empties it after a load that could not even be carried out.
-    void Fail(std::string reason);
+    void Fail(std::string_view reason) noexcept;
 
-    /// The text of the document as it is saved; nothing when it could not be loaded again.
+    /// The text of the document as it is saved; nothing when it could not be loaded again, one
+    /// without a root included.
     [[nodiscard]] std::optional<std::string> TextToSave() const;
     /// Writes the document; the old file stays whole when that fails. A link is not replaced, nor
     /// the file behind it.
@@ -54,11 +55,13 @@ public:
     bool SetSelectionNamespaces(std::string_view declarations);
 
 private:
-    void FreshTree();
-    bool Keep(ParseError error);
+    /// Returns false, with the document empty, when there is no memory for a tree of its own.
+    bool TakeFreshTree() noexcept;
+    template <class Load>
+    bool Replace(const Load& load);
     ParseError ReadFile(const std::string& path);
 
-    SelectionRule m_rule;
+    std::shared_ptr<const SelectionRule> m_rule;
     Parser m_parser;
     std::shared_ptr<Tree> m_tree;
     ParseError m_error;

@@ -36,4 +36,30 @@ inline std::string Attribute(const xmlNode& node, const char* name) {
     return text;
 }
 
+/// Visits an element and all below it in document order, with its depth, until `visit` returns false;
+/// returns whether it never did. No recursion, so that no document is too deep for any stack.
+template <class Visit>
+bool EveryElement(const xmlNode& top, Visit visit) {
+    int depth = 0;
+    for (const xmlNode* node = &top;; node = node->next) {
+        while (node->type == XML_ELEMENT_NODE) {
+            if (!visit(*node, depth)) {
+                return false;
+            }
+            if (node->children == nullptr) {
+                break;
+            }
+            node = node->children;
+            ++depth;
+        }
+        while (node != &top && node->next == nullptr) {
+            node = node->parent;
+            --depth;
+        }
+        if (node == &top) {
+            return true;
+        }
+    }
+}
+
 } // namespace nqp2::dom

@@ -54,7 +54,7 @@ bool MayHold(const Node& node, const std::string& text) {
     case NodeType::Comment:
         return IsComment(text);
     case NodeType::ProcessingInstruction:
-        return IsInstruction(node.name, text);
+        return IsInstruction(node.Name(), text);
     default:
         return IsXmlText(text);
     }

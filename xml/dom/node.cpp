@@ -12,26 +12,21 @@ bool HoldsCharacters(const Node& node) {
 
 } // namespace
 
-bool TakesChildren(const Node& node) {
-    return node.type == NodeType::Element || node.type == NodeType::Document ||
-           node.type == NodeType::Fragment;
-}
-
 std::string_view BaseName(const Node& node) {
-    if (node.type == NodeType::Attribute && node.name == kXmlns) {
+    if (node.type == NodeType::Attribute && node.Name() == kXmlns) {
         return {};
     }
-    return node.prefixLength == 0 ? node.name : node.name.substr(node.prefixLength + 1);
+    return node.PrefixLength() == 0 ? node.Name() : node.Name().substr(node.PrefixLength() + 1);
 }
 
 std::string_view Prefix(const Node& node) {
-    if (node.type == NodeType::Attribute && node.name == kXmlns) {
+    if (node.type == NodeType::Attribute && node.Name() == kXmlns) {
         return kXmlns;
     }
-    return node.name.substr(0, node.prefixLength);
+    return node.Name().substr(0, node.PrefixLength());
 }
 
-std::string_view NodeName(const Node& node) {
+std::string_view ShownName(const Node& node) {
     switch (node.type) {
     case NodeType::Document:
         return "#document";
@@ -44,7 +39,7 @@ std::string_view NodeName(const Node& node) {
     case NodeType::Fragment:
         return "#document-fragment";
     default:
-        return node.name;
+        return node.Name();
     }
 }
 
@@ -53,33 +48,33 @@ bool IsDeclaration(const Node& attribute) {
 }
 
 std::string_view Text(const Node& node, std::string& scratch) {
-    if (!TakesChildren(node)) {
-        return node.content;
+    if (!node.TakesChildren()) {
+        return node.Content();
     }
-    const Node* const only = node.firstChild;
+    const Node* const only = node.FirstChild();
     if (only == nullptr) {
         return {};
     }
-    if (only->next == nullptr && HoldsCharacters(*only)) {
-        return only->content;
+    if (only->Next() == nullptr && HoldsCharacters(*only)) {
+        return only->Content();
     }
     scratch.clear();
     for (const Node* each = NextInOrder(node, node); each != nullptr;
          each = NextInOrder(*each, node)) {
         if (HoldsCharacters(*each)) {
-            scratch.append(each->content);
+            scratch.append(each->Content());
         }
     }
     return scratch;
 }
 
 const Node* NextInOrder(const Node& node, const Node& top) {
-    if (node.firstChild != nullptr) {
-        return node.firstChild;
+    if (node.FirstChild() != nullptr) {
+        return node.FirstChild();
     }
     for (const Node* each = &node; each != &top && each != nullptr; each = each->parent) {
-        if (each->next != nullptr) {
-            return each->next;
+        if (each->Next() != nullptr) {
+            return each->Next();
         }
     }
     return nullptr;
@@ -94,8 +89,8 @@ Node& Top(Node& node) {
 }
 
 Node* FindAttribute(const Node& element, std::string_view name) {
-    for (Node* each = element.firstAttribute; each != nullptr; each = each->next) {
-        if (each->name == name) {
+    for (Node* each = element.FirstAttribute(); each != nullptr; each = each->Next()) {
+        if (each->Name() == name) {
             return each;
         }
     }

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,11 +12,13 @@
 namespace nqp2::dom {
 
 class Tree;
+class NodePool;
 
 /// What names a namespace declaration: alone, or as the prefix of the prefix that is bound.
 inline constexpr std::string_view kXmlns = "xmlns";
 
 enum class NodeType : std::uint8_t {
+    None = 0, ///< memory that is no node at present
     Element = 1,
     Attribute = 2,
     Text = 3,
@@ -25,32 +29,78 @@ enum class NodeType : std::uint8_t {
     Fragment = 11,
 };
 
-/// One node of a tree; lives in its tree's arena, so a node that was taken out of the tree stays
-/// valid as long as the tree does. All text is UTF-8 and stays where it is.
+/// What a node is called. Nodes of one name share one of these.
+struct NodeName {
+    std::string_view text; ///< qualified name; target of a processing instruction
+    std::string_view uri;  ///< namespace of an element or attribute, "" for none
+    std::uint32_t prefixLength = 0;
+    /// While a tree is tidied up: this name where it is kept from then on.
+    mutable const NodeName* moved = nullptr;
+};
+inline constexpr NodeName kNoName;
+
+/// One node of a tree, which makes, links and changes it. A node that was taken out of the tree stays
+/// valid as long as anybody holds it or one above or below it; see Tree::Share. All text is UTF-8.
 /// Namespace declarations stand among an element's attributes under their own names ("xmlns",
 /// "xmlns:p"). `parent` of an attribute is its element.
 struct Node {
     Tree* tree = nullptr;
     Node* parent = nullptr;
-    Node* previous = nullptr;
-    Node* next = nullptr;
-    Node* firstChild = nullptr;
-    Node* lastChild = nullptr;
-    Node* firstAttribute = nullptr;
-    std::string_view name;    ///< qualified name; target of a processing instruction
-    std::string_view content; ///< characters, comment, attribute value, instruction data
-    std::string_view uri;     ///< namespace of an element or attribute, "" for none
-    std::uint32_t prefixLength = 0;
-    NodeType type = NodeType::Element;
+
+    [[nodiscard]] std::string_view Name() const { return m_name->text; }
+    [[nodiscard]] std::string_view Uri() const { return m_name->uri; }
+    [[nodiscard]] std::uint32_t PrefixLength() const { return m_name->prefixLength; }
+    /// Characters, comment, attribute value, instruction data; "" for what takes children.
+    [[nodiscard]] std::string_view Content() const {
+        return TakesChildren() ? std::string_view() : std::string_view(m_characters, m_length);
+    }
+
+    /// Whether other nodes may stand below it.
+    [[nodiscard]] bool TakesChildren() const {
+        return type == NodeType::Element || type == NodeType::Document ||
+               type == NodeType::Fragment;
+    }
+    [[nodiscard]] Node* FirstChild() const { return TakesChildren() ? m_firstChild : nullptr; }
+    [[nodiscard]] Node* FirstAttribute() const {
+        return type == NodeType::Element ? m_firstAttribute : nullptr;
+    }
+    /// The neighbours among the parent's children, or among its attributes.
+    [[nodiscard]] Node* Next() const { return m_next; }
+    [[nodiscard]] Node* Previous() const {
+        return m_previous != nullptr && m_previous->m_next == this ? m_previous : nullptr;
+    }
+
+private:
+    friend class Tree;
+    friend class NodePool;
+    friend class NodeList;
+
+    Node* m_previous = nullptr; ///< the first of several has the last one here
+    Node* m_next = nullptr;
+    const NodeName* m_name = &kNoName;
+    union {
+        Node* m_firstChild = nullptr;
+        const char* m_characters;
+    };
+    union {
+        Node* m_firstAttribute = nullptr;
+        std::size_t m_length;
+    };
+    std::atomic<std::uint32_t> m_holders = 0; ///< handles may be let go of by any thread
+
+public:
+    NodeType type = NodeType::None;
+
+private:
+    bool m_isAlive = false; ///< while a tree is tidied up
 };
+static_assert(sizeof(Node) == 64, "a file of many elements takes as many of these");
 
 /// Name without prefix; "" for the default namespace declaration and for nodes without a name.
 std::string_view BaseName(const Node& node);
 std::string_view Prefix(const Node& node);
 /// Name as the platform shows it: "#text" and its like for nodes without one.
-std::string_view NodeName(const Node& node);
-/// Whether other nodes may stand below it.
-bool TakesChildren(const Node& node);
+std::string_view ShownName(const Node& node);
 /// Whether the attribute declares a namespace.
 bool IsDeclaration(const Node& attribute);
 

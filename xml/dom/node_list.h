@@ -16,7 +16,18 @@ namespace nqp2::dom {
 class NodeList {
 public:
     NodeList(std::shared_ptr<Tree> tree, std::vector<Node*> nodes)
-        : m_tree(std::move(tree)), m_nodes(std::move(nodes)) {}
+        : m_tree(std::move(tree)), m_nodes(std::move(nodes)) {
+        for (Node* const node : m_nodes) {
+            ++node->m_holders;
+        }
+    }
+    ~NodeList() {
+        for (Node* const node : m_nodes) {
+            --node->m_holders;
+        }
+    }
+    NodeList(const NodeList&) = delete;
+    NodeList& operator=(const NodeList&) = delete;
 
     [[nodiscard]] std::size_t Length() const { return m_nodes.size(); }
     /// The node at `index`, or null beyond the end. Does not move the iterator.

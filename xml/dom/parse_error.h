@@ -3,13 +3,24 @@
 
 #pragma once
 
+#include "platform/guard.h"
+
 #include <cstdint>
 #include <string>
 
 namespace nqp2::dom {
 
 /// What kind of fault ended a load; finer than the platform's error codes where a person is told.
-enum class Fault { None, NotFound, Unreadable, IsFolder, TooLarge, DocumentType, NotWellFormed };
+enum class Fault {
+    None,
+    NotFound,
+    Unreadable,
+    IsFolder,
+    TooLarge,
+    DocumentType,
+    NotWellFormed,
+    OutOfMemory, ///< says nothing about the file
+};
 
 /// The first error of a load, in the form that the platform DOM reports it.
 struct ParseError {
@@ -26,5 +37,11 @@ inline constexpr std::uint32_t kErrorTooLarge = 0x8007000EU;
 inline constexpr std::uint32_t kErrorUnreadable = 0x80004005U;
 inline constexpr const char* kFileTooLarge = "the file is larger than metadata may be";
 inline constexpr std::uint32_t kErrorMissingRoot = 0xC00CE558U;
+
+/// The reason is short enough to be told without memory.
+inline ParseError OutOfMemory() noexcept {
+    ++platform::timesOutOfMemory;
+    return {kErrorTooLarge, "out of memory", 0, 0, Fault::OutOfMemory};
+}
 
 } // namespace nqp2::dom

@@ -12,7 +12,7 @@
 #include <libxml/parser.h>
 
 #include <algorithm>
-#include <mutex>
+#include <limits>
 #include <new>
 
 namespace nqp2::dom {
@@ -31,10 +31,19 @@ constexpr std::size_t kMaxNameTableBytes = std::size_t{1} * 1024 * 1024;
 constexpr int kMaxAttributeSlots = 5 * 1500;
 constexpr int kMaxNamespaceSlots = 2 * 500;
 
+// When the library is loaded, and not at the first document: what libxml2 cannot make then for want
+// of memory is missing for the rest of the process.
+const bool libxmlIsReady = [] {
+    xmlInitParser();
+    return true;
+}();
+
 // A file of text at the size limit fits, a flood of empty elements of that size does not.
 std::size_t MaxTreeBytes() {
     constexpr std::size_t kBeyondText = std::size_t{2} * 1024 * 1024;
-    return static_cast<std::size_t>(MaxXmlFileSize()) + kBeyondText;
+    constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max() - kBeyondText;
+    return static_cast<std::size_t>(std::min<std::uint64_t>(MaxXmlFileSize(), kNoLimit)) +
+           kBeyondText;
 }
 
 } // namespace
@@ -100,13 +109,15 @@ struct Parser::Context {
     Context& operator=(const Context&) = delete;
 
     void Renew() {
+        const QuietLibxml quiet;
+        const xmlParserCtxtPtr made = xmlNewParserCtxt();
+        if (made == nullptr) {
+            throw std::bad_alloc();
+        }
         if (libxml != nullptr) {
             xmlFreeParserCtxt(libxml);
         }
-        libxml = xmlNewParserCtxt();
-        if (libxml == nullptr) {
-            throw std::bad_alloc();
-        }
+        libxml = made;
     }
 
     [[nodiscard]] bool Overgrown() const {
@@ -138,8 +149,7 @@ struct Parser::Context {
 };
 
 Parser::Parser() {
-    static std::once_flag once;
-    std::call_once(once, xmlInitParser);
+    static_cast<void>(libxmlIsReady);
     m_context = std::make_unique<Context>();
 }
 
@@ -157,6 +167,10 @@ ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
     xmlCtxtReadIO(context.libxml, Context::OnRead, Context::OnClose, &context, nullptr, encoding,
                   kOptions);
     ParseError error = context.builder.Finish();
+    if (quiet.IsOutOfMemory()) {
+        tree.Clear();
+        return OutOfMemory();
+    }
     if (context.sourceFault.fault != Fault::None) {
         tree.Clear();
         return context.sourceFault;

@@ -53,12 +53,13 @@ std::vector<Node*> PathSet::FindBehind(std::string_view base, Node& top,
 
 // As deep as the longest path, whatever the document's depth.
 void PathSet::Gather(const Node& element, const Name& names, std::span<Node*> found) {
-    for (Node* child = element.firstChild; child != nullptr; child = child->next) {
+    for (Node* child = element.FirstChild(); child != nullptr; child = child->Next()) {
         if (child->type != NodeType::Element) {
             continue;
         }
-        const auto fits = std::find_if(names.below.begin(), names.below.end(),
-                                       [&](const Name& each) { return each.name == child->name; });
+        const auto fits =
+            std::find_if(names.below.begin(), names.below.end(),
+                         [&](const Name& each) { return each.name == child->Name(); });
         if (fits == names.below.end()) {
             continue;
         }

@@ -50,7 +50,7 @@ struct Step {
         if (node.type != NodeType::Element) {
             return false;
         }
-        return byNamespace ? BaseName(node) == name && node.uri == uri : node.name == name;
+        return byNamespace ? BaseName(node) == name && node.Uri() == uri : node.Name() == name;
     }
 };
 
@@ -77,7 +77,7 @@ bool Descend(Node& from, Steps steps, bool onlyFirst, std::vector<Node*>& found)
         found.push_back(&from);
         return onlyFirst;
     }
-    for (Node* child = from.firstChild; child != nullptr; child = child->next) {
+    for (Node* child = from.FirstChild(); child != nullptr; child = child->Next()) {
         if (steps.front().Fits(*child) && Descend(*child, steps.subspan(1), onlyFirst, found)) {
             return true;
         }

@@ -41,6 +41,14 @@ struct AnchorCache {
     bool byNamespace = false;
     std::vector<Node*> anchors;
     bool nested = false; ///< one anchor stands inside another
+
+    /// Gives back what an unusually large document took.
+    void LetGo() noexcept {
+        constexpr std::size_t kKept = 1024;
+        if (anchors.capacity() > kKept) {
+            anchors = {};
+        }
+    }
 };
 
 /// Finds what the path selects from `context`, in document order; stops after the first when

@@ -18,6 +18,9 @@ namespace nqp2::dom {
 namespace {
 
 constexpr double kNoEnd = std::numeric_limits<double>::infinity();
+// Far above any pattern that somebody wrote; libxml2 goes as deep as the brackets do.
+constexpr std::size_t kLongest = 200; ///< bytes
+constexpr int kDeepest = 32;          ///< brackets in brackets
 
 /// Ways through a part of a pattern: the value's length to the power of `loops`, times e to the
 /// power of `log`.
@@ -55,6 +58,7 @@ class PatternReader {
 public:
     explicit PatternReader(std::string_view pattern) : m_left(pattern) {}
 
+    /// Ends at brackets that are too deep.
     Ways Read() {
         Ways ways;
         double branches = 1;
@@ -81,7 +85,12 @@ private:
     Ways ReadAtom() {
         Ways ways;
         if (Take('(')) {
+            if (++m_depth > kDeepest) {
+                m_left = {};
+                return {kNoEnd, 0, true};
+            }
             ways = Read();
+            --m_depth;
             Take(')');
         } else if (Take('[')) {
             SkipClass();
@@ -130,6 +139,7 @@ private:
     }
 
     std::string_view m_left;
+    int m_depth = 0;
 };
 
 struct FreeRegexp {
@@ -148,11 +158,15 @@ bool OffersOneWay(const std::string& pattern) {
 
 bool IsAffordablePattern(const std::string& pattern, const ValueSizes& values) {
     constexpr double kMostSteps = 1e9;
+    if (pattern.size() > kLongest) {
+        return false;
+    }
     const Ways ways = PatternReader(pattern).Read();
     // The ways back into the last loop end at once.
     const double lengths = std::max(ways.loops - 1, 0.0) * std::log(values.longest + 2);
     const double steps = std::log(std::max(values.all, 1.0)) + ways.log + lengths;
-    return steps <= std::log(kMostSteps) && (!ways.isNested || OffersOneWay(pattern));
+    return steps <= std::log(kMostSteps) && ways.loops < kNoEnd &&
+           (!ways.isNested || OffersOneWay(pattern));
 }
 
 } // namespace nqp2::dom

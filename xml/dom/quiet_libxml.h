@@ -4,7 +4,13 @@
 #pragma once
 
 #include <libxml/globals.h>
+#include <libxml/threads.h>
 #include <libxml/xmlerror.h>
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <new>
 
 namespace nqp2::dom {
 
@@ -14,9 +20,10 @@ namespace nqp2::dom {
 class QuietLibxml {
 public:
     QuietLibxml()
-        : m_structured(xmlStructuredError), m_structuredData(xmlStructuredErrorContext),
-          m_generic(xmlGenericError), m_genericData(xmlGenericErrorContext) {
-        xmlSetStructuredErrorFunc(nullptr, IgnoreError);
+        : m_hasState(HasThreadState()), m_structured(xmlStructuredError),
+          m_structuredData(xmlStructuredErrorContext), m_generic(xmlGenericError),
+          m_genericData(xmlGenericErrorContext) {
+        xmlSetStructuredErrorFunc(this, NoteError);
         xmlSetGenericErrorFunc(nullptr, IgnoreText);
     }
     ~QuietLibxml() {
@@ -26,10 +33,44 @@ public:
     QuietLibxml(const QuietLibxml&) = delete;
     QuietLibxml& operator=(const QuietLibxml&) = delete;
 
+    /// Evaluating paths and validating are no places to run out of memory: libxml2 uses some of what it
+    /// asks for unseen. So a stock of small blocks is made and given back first, for it to take from.
+    /// Throws std::bad_alloc.
+    static void RequireStock() {
+        constexpr std::size_t kBlock = 512;
+        constexpr std::size_t kBlocks = 128;
+        std::array<std::unique_ptr<std::byte[]>, kBlocks> stock;
+        for (std::unique_ptr<std::byte[]>& each : stock) {
+            each.reset(new std::byte[kBlock]);
+        }
+    }
+
+    /// Whether libxml2 lacked memory meanwhile: what it gave then may be anything.
+    [[nodiscard]] bool IsOutOfMemory() const { return m_isOutOfMemory; }
+    /// An error handler for a context of its own; takes the object as its data.
+    static void NoteError(void* quiet, xmlErrorPtr error) {
+        auto& self = *static_cast<QuietLibxml*>(quiet);
+        self.m_isOutOfMemory = self.m_isOutOfMemory || error->code == XML_ERR_NO_MEMORY;
+    }
+
 private:
-    static void IgnoreError(void* /*data*/, xmlErrorPtr /*error*/) {}
     static void IgnoreText(void* /*data*/, const char* /*text*/, ...) {}
 
+    /// libxml2 keeps a few words for each thread, made at its first use, and ends the process when
+    /// there is no memory for them: that is found out beforehand. Throws std::bad_alloc.
+    static bool HasThreadState() {
+        thread_local bool hasState = false;
+        if (!hasState) {
+            constexpr std::size_t kMoreThanNeeded = 4 * sizeof(xmlGlobalState);
+            ::operator delete(::operator new(kMoreThanNeeded));
+            xmlGetGlobalState();
+            hasState = true;
+        }
+        return hasState;
+    }
+
+    bool m_hasState; ///< comes first: what follows is in it
+    bool m_isOutOfMemory = false;
     xmlStructuredErrorFunc m_structured;
     void* m_structuredData;
     xmlGenericErrorFunc m_generic;

@@ -22,7 +22,6 @@ namespace nqp2::dom {
 namespace {
 
 constexpr std::uint32_t kErrorInvalid = 0xC00CE225U;
-constexpr std::size_t kLargestSchema = std::size_t{256} * 1024; ///< bytes
 constexpr std::uint32_t kErrorNoGrammar = 0xC00CE224U;
 
 template <auto Free>
@@ -51,22 +50,14 @@ Doc Parsed(const std::string& text, const char* encoding) {
                              XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
 }
 
-/// Documents are held against the declarations without namespace.
-bool HasTargetNamespace(const xmlDoc& schema) {
+/// One file, whose declarations have no namespace: documents are held against those.
+bool StandsAlone(const xmlDoc& schema) {
     const xmlNode* const root = xmlDocGetRootElement(&schema);
-    return root != nullptr && xmlHasNsProp(root, BAD_CAST "targetNamespace", nullptr) != nullptr;
-}
-
-/// Whether the schema is made of several files.
-bool WantsOtherFiles(const xmlNode* node) {
-    for (; node != nullptr; node = node->next) {
-        if (node->type == XML_ELEMENT_NODE &&
-            (xmlHasNsProp(node, BAD_CAST "schemaLocation", nullptr) != nullptr ||
-             WantsOtherFiles(node->children))) {
-            return true;
-        }
-    }
-    return false;
+    return schema.intSubset == nullptr && root != nullptr &&
+           xmlHasNsProp(root, BAD_CAST "targetNamespace", nullptr) == nullptr &&
+           EveryElement(*root, [](const xmlNode& node, int /*depth*/) {
+               return xmlHasNsProp(&node, BAD_CAST "schemaLocation", nullptr) == nullptr;
+           });
 }
 
 /// Of a serialized document: markup counts as a value too, which is never less than what is there.
@@ -81,17 +72,11 @@ ValueSizes SizesIn(std::string_view text) {
     return sizes;
 }
 
-bool HasAffordablePatterns(const xmlNode* node, const ValueSizes& values) {
-    for (; node != nullptr; node = node->next) {
-        if (node->type == XML_ELEMENT_NODE && View(node->name) == "pattern" &&
-            !IsAffordablePattern(Attribute(*node, "value"), values)) {
-            return false;
-        }
-        if (node->type == XML_ELEMENT_NODE && !HasAffordablePatterns(node->children, values)) {
-            return false;
-        }
-    }
-    return true;
+bool HasAffordablePatterns(const xmlDoc& schema, const ValueSizes& values) {
+    return EveryElement(*xmlDocGetRootElement(&schema), [&](const xmlNode& node, int /*depth*/) {
+        return View(node.name) != "pattern" ||
+               IsAffordablePattern(Attribute(node, "value"), values);
+    });
 }
 
 } // namespace
@@ -101,21 +86,24 @@ ParseError Validate(const Node& document, const std::string& schema) {
     static std::once_flag once;
     std::call_once(once, xmlSchemaInitTypes);
     const QuietLibxml quiet;
+    QuietLibxml::RequireStock();
     ParseError noGrammar{kErrorNoGrammar, "", 0, 0, Fault::NotWellFormed};
     if (schema.size() > kLargestSchema) {
         noGrammar.reason = "the schema is too large";
         return noGrammar;
     }
     const Doc schemaDoc = Parsed(schema, nullptr);
-    if (schemaDoc == nullptr || schemaDoc->intSubset != nullptr || HasTargetNamespace(*schemaDoc) ||
-        WantsOtherFiles(schemaDoc->children)) {
+    if (schemaDoc == nullptr || !StandsAlone(*schemaDoc)) {
         noGrammar.reason = "the schema is no single XML Schema document without namespace";
         return noGrammar;
     }
     const std::string text = Serialize(document);
-    if (!IsAffordable(*schemaDoc) || !HasAffordablePatterns(schemaDoc->children, SizesIn(text))) {
+    if (!IsAffordable(*schemaDoc) || !HasAffordablePatterns(*schemaDoc, SizesIn(text))) {
         noGrammar.reason = "the schema asks for too much work";
         return noGrammar;
+    }
+    if (quiet.IsOutOfMemory()) {
+        throw std::bad_alloc();
     }
     const SchemaParser parser(xmlSchemaNewDocParserCtxt(schemaDoc.get()));
     xmlSchemaSetParserStructuredErrors(parser.get(), KeepFirst, &noGrammar);
@@ -127,7 +115,11 @@ ParseError Validate(const Node& document, const std::string& schema) {
     ParseError invalid{kErrorInvalid, "", 0, 0, Fault::NotWellFormed};
     const Validation validation(xmlSchemaNewValidCtxt(grammar.get()));
     xmlSchemaSetValidStructuredErrors(validation.get(), KeepFirst, &invalid);
-    return xmlSchemaValidateDoc(validation.get(), subject.get()) == 0 ? ParseError() : invalid;
+    const int result = xmlSchemaValidateDoc(validation.get(), subject.get());
+    if (quiet.IsOutOfMemory()) {
+        throw std::bad_alloc();
+    }
+    return result == 0 ? ParseError() : invalid;
 }
 
 } // namespace nqp2::dom

@@ -19,22 +19,20 @@ namespace {
 // Far above any schema that is written for one kind of file.
 constexpr std::int64_t kMostParts = 200; ///< of one content model
 constexpr std::int64_t kMostWork = 10 * kMostParts * kMostParts * kMostParts;
-constexpr int kDeepest = 64;    ///< definitions that name one another in a row
+constexpr int kDeepest = 64;    ///< elements in one another, by way of what they name too
 constexpr int kMostCounted = 2; ///< groups with a count around an element
 
 /// What a definition comes to with all that it names; a pattern's characters are parts as well.
 struct Cost {
     std::int64_t parts = 0;
-    int depth = 0;
     int counted = 0; ///< groups around one another that may come so and so often
 
     void Add(const Cost& other) {
         parts = std::min(parts + other.parts, kMostParts + 1);
-        depth = std::max(depth, other.depth);
         counted = std::max(counted, other.counted);
     }
 };
-constexpr Cost kTooMuch = {kMostParts + 1, kDeepest + 1, kMostCounted + 1};
+constexpr Cost kTooMuch = {kMostParts + 1, kMostCounted + 1};
 
 /// Kinds of definitions, by the element that makes them and those that name them.
 enum class Kind { None, Group, Attributes, Type };
@@ -115,27 +113,22 @@ public:
     }
 
     /// Whether all content models and types, wherever they stand, can be compiled. The library
-    /// takes time by the third power of a model's size.
+    /// takes time by the third power of a model's size, and goes as deep as the schema does.
     bool IsAffordable(const xmlNode& root) {
         m_work = 0;
-        Count({m_substitutes, 0, 0});
-        CountBelow(root);
-        return m_work <= kMostWork;
+        Count({m_substitutes, 0});
+        return EveryElement(root, [&](const xmlNode& node, int depth) {
+            if (KindOf(node) != Kind::None) {
+                Count(CostOf(node, 0));
+            }
+            return depth <= kDeepest && m_work <= kMostWork;
+        });
     }
 
 private:
     void Count(const Cost& cost) {
-        const bool bounded =
-            cost.parts <= kMostParts && cost.depth <= kDeepest && cost.counted <= kMostCounted;
+        const bool bounded = cost.parts <= kMostParts && cost.counted <= kMostCounted;
         m_work += bounded ? cost.parts * cost.parts * cost.parts : kMostWork + 1;
-    }
-    void CountBelow(const xmlNode& node) {
-        ForEachChild(node, [&](const xmlNode& child) {
-            if (KindOf(child) != Kind::None) {
-                Count(CostOf(child, 0));
-            }
-            CountBelow(child);
-        });
     }
 
     struct Definition {
@@ -144,8 +137,12 @@ private:
         bool met = false;
     };
 
+    // What goes on from here, to children or to what is named, is one deeper each time.
     Cost CostOf(const xmlNode& node, int depth) {
-        Cost cost = {PartsOf(node), 0, 0};
+        if (depth > kDeepest) {
+            return kTooMuch;
+        }
+        Cost cost = {PartsOf(node), 0};
         for (const Use& use : kUses) {
             if (use.element == View(node.name)) {
                 ForEachName(Attribute(node, use.attribute), [&](std::string_view name) {
@@ -154,10 +151,10 @@ private:
             }
         }
         if (View(node.name) == "element") {
-            cost.Add({m_substitutes, 0, 0}); // what it holds is a model of its own
+            cost.Add({m_substitutes, 0}); // what it holds is a model of its own
             return cost;
         }
-        ForEachChild(node, [&](const xmlNode& child) { cost.Add(CostOf(child, depth)); });
+        ForEachChild(node, [&](const xmlNode& child) { cost.Add(CostOf(child, depth + 1)); });
         cost.counted += IsCountedGroup(node) ? 1 : 0;
         return cost;
     }
@@ -168,13 +165,9 @@ private:
             return {}; // a type that every schema has, or a fault of its own
         }
         Definition& definition = found->second;
-        if (depth > kDeepest) {
-            return kTooMuch;
-        }
         if (!definition.met) {
             definition.met = true;
             definition.cost = CostOf(*definition.node, depth);
-            ++definition.cost.depth;
         }
         return definition.cost;
     }

@@ -57,6 +57,7 @@ constexpr std::size_t kPlainText = std::size_t{8} * 1024 * 1024;
 constexpr std::size_t kPlainName = 1000;
 constexpr std::size_t kPlainDepth = 100;
 constexpr int kPlainAttributes = 100;
+constexpr std::size_t kPlainNodes = 20'000;
 
 /// The namespace declarations in force while the output goes down and up the tree.
 class Scope {
@@ -91,20 +92,20 @@ public:
         const Node* node = &top;
         while (node != nullptr) {
             Open(*node);
-            if (node->firstChild != nullptr) {
-                node = node->firstChild;
+            if (node->FirstChild() != nullptr) {
+                node = node->FirstChild();
                 continue;
             }
-            while (node != nullptr && node != &top && node->next == nullptr) {
+            while (node != nullptr && node != &top && node->Next() == nullptr) {
                 Close(*node);
                 node = node->parent;
             }
             if (node != nullptr) {
                 Close(*node);
             }
-            node = node == &top || node == nullptr ? nullptr : node->next;
+            node = node == &top || node == nullptr ? nullptr : node->Next();
         }
-        m_doubtful = m_doubtful || m_out.size() > kPlainText;
+        m_doubtful = m_doubtful || m_out.size() > kPlainText || m_nodes > kPlainNodes;
         return {std::move(m_out), m_doubtful};
     }
 
@@ -116,27 +117,29 @@ private:
             break;
         case NodeType::Attribute:
         case NodeType::Text:
-            AppendEscaped(m_out, node.content, TextEscape);
+            AppendEscaped(m_out, node.Content(), TextEscape);
             break;
         case NodeType::CData:
-            AppendCData(node.content);
+            AppendCData(node.Content());
             break;
         case NodeType::Comment:
-            m_out.append("<!--").append(node.content).append("-->");
+            m_out.append("<!--").append(node.Content()).append("-->");
             break;
         case NodeType::ProcessingInstruction:
             AppendInstruction(node);
             break;
+        case NodeType::None:
         case NodeType::Document:
         case NodeType::Fragment:
             break;
         }
+        ++m_nodes;
     }
 
     void Close(const Node& node) {
         if (node.type == NodeType::Element) {
-            if (node.firstChild != nullptr) {
-                m_out.append("</").append(node.name).append(">");
+            if (node.FirstChild() != nullptr) {
+                m_out.append("</").append(node.Name()).append(">");
             }
             m_scope.Return(m_marks.back());
             m_marks.pop_back();
@@ -148,52 +151,60 @@ private:
 
     void OpenElement(const Node& element) {
         m_marks.push_back(m_scope.Mark());
-        m_out.append("<").append(element.name);
+        m_out.append("<").append(element.Name());
         int attributes = 0;
-        for (const Node* each = element.firstAttribute; each != nullptr; each = each->next) {
+        for (const Node* each = element.FirstAttribute(); each != nullptr; each = each->Next()) {
             ++attributes;
             if (IsDeclaration(*each)) {
-                m_scope.Declare(BaseName(*each), each->content);
-                m_doubtful = m_doubtful || IsOddDeclaration(*each);
+                m_scope.Declare(BaseName(*each), each->Content());
+                m_doubtful = m_doubtful || IsOddDeclaration(BaseName(*each), each->Content());
             }
         }
         m_doubtful = m_doubtful || attributes > kPlainAttributes || m_marks.size() > kPlainDepth;
         DeclareIfNeeded(element, element);
-        for (const Node* each = element.firstAttribute; each != nullptr; each = each->next) {
-            if (!IsDeclaration(*each) && each->prefixLength != 0) {
+        for (const Node* each = element.FirstAttribute(); each != nullptr; each = each->Next()) {
+            if (!IsDeclaration(*each) && each->PrefixLength() != 0) {
                 DeclareIfNeeded(*each, element);
             }
-            AppendAttribute(each->name, each->content);
+            AppendAttribute(each->Name(), each->Content());
         }
-        m_out.append(element.firstChild != nullptr ? ">" : "/>");
+        m_out.append(element.FirstChild() != nullptr ? ">" : "/>");
     }
 
-    /// The prefixes that XML keeps for itself, and the taking back of any other.
-    static bool IsOddDeclaration(const Node& attribute) {
-        return attribute.prefixLength != 0 &&
-               (BaseName(attribute).starts_with("xml") || attribute.content.empty());
+    /// The prefixes and namespaces that XML keeps for itself, and the taking back of any prefix.
+    static bool IsOddDeclaration(std::string_view prefix, std::string_view uri) {
+        return uri.starts_with("http://www.w3.org/XML/1998/") ||
+               uri.starts_with("http://www.w3.org/2000/xmlns/") ||
+               (!prefix.empty() && (prefix.starts_with("xml") || uri.empty()));
     }
 
     // A root that carries its namespace as a plain attribute prints that one alone.
     void DeclareIfNeeded(const Node& named, const Node& element) {
         const std::string_view prefix = Prefix(named);
         const bool isOwn = prefix.empty() || prefix == "xml";
-        m_doubtful = m_doubtful || (!isOwn && named.uri.empty()) || named.name.size() > kPlainName;
+        m_doubtful =
+            m_doubtful || (!isOwn && named.Uri().empty()) || named.Name().size() > kPlainName;
         std::string name = "xmlns";
         if (!prefix.empty()) {
             name.append(":").append(prefix);
         }
-        const bool reserved = prefix == "xml" || (!prefix.empty() && named.uri.empty());
-        if (reserved || FindAttribute(element, name) != nullptr ||
-            m_scope.Holds(prefix, named.uri)) {
+        const bool reserved = prefix == "xml" || (!prefix.empty() && named.Uri().empty());
+        if (reserved || m_scope.Holds(prefix, named.Uri())) {
             return;
         }
-        m_scope.Declare(prefix, named.uri);
-        AppendAttribute(name, named.uri);
+        if (FindAttribute(element, name) != nullptr) {
+            // The declaration was changed: two attributes may have become one.
+            m_doubtful = m_doubtful || &named != &element;
+            return;
+        }
+        m_doubtful = m_doubtful || IsOddDeclaration(prefix, named.Uri());
+        m_scope.Declare(prefix, named.Uri());
+        AppendAttribute(name, named.Uri());
     }
 
     void AppendAttribute(std::string_view name, std::string_view value) {
         m_doubtful = m_doubtful || name.size() > kPlainName;
+        ++m_nodes;
         m_out.append(" ").append(name).append("=\"");
         AppendEscaped(m_out, value, AttributeEscape);
         m_out.append("\"");
@@ -211,15 +222,16 @@ private:
     }
 
     void AppendInstruction(const Node& node) {
-        m_out.append("<?").append(node.name);
-        if (!node.content.empty()) {
-            m_out.append(" ").append(node.content);
+        m_out.append("<?").append(node.Name());
+        if (!node.Content().empty()) {
+            m_out.append(" ").append(node.Content());
         }
         m_out.append("?>");
     }
 
     const Node* m_top = nullptr;
     bool m_doubtful = false;
+    std::size_t m_nodes = 0;
     std::string m_out;
     Scope m_scope;
     std::vector<std::size_t> m_marks;

@@ -18,7 +18,7 @@ std::string Serialize(const Node& node);
 struct Serialized {
     std::string text;
     /// Whether some part is of a size or name at which the parser may refuse the text: a name, a
-    /// value, a depth, a prefix.
+    /// value, a depth, a prefix, the whole.
     bool isDoubtful = false;
 };
 /// The same for who wants to read the text again.

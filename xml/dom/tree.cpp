@@ -5,6 +5,8 @@
 
 #include "xml/dom/xpath.h"
 
+#include <algorithm>
+#include <exception>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -12,7 +14,11 @@
 namespace nqp2::dom {
 namespace {
 
-static_assert(std::is_trivially_destructible_v<Node>, "nodes are dropped with their arena");
+static_assert(std::is_trivially_destructible_v<Node>, "nodes are dropped with their pool");
+static_assert(std::is_trivially_destructible_v<NodeName>, "names are dropped with their arena");
+
+// What a change leaves behind is looked for when the tree has grown by this and to twice its size.
+constexpr std::size_t kTidyStep = std::size_t{256} * 1024;
 
 std::uint32_t PrefixLength(std::string_view qualifiedName) {
     const std::size_t colon = qualifiedName.find(':');
@@ -31,16 +37,30 @@ bool MayStandInDocument(const Tree& tree, const Node& child) {
     }
 }
 
+std::size_t PlaceOf(std::string_view name, std::size_t places) {
+    constexpr std::size_t kFactor = 31;
+    std::size_t mixed = name.size();
+    for (const char ch : name.substr(0, 2)) {
+        mixed = mixed * kFactor + static_cast<unsigned char>(ch);
+    }
+    for (const char ch : name.substr(name.size() - std::min<std::size_t>(name.size(), 4))) {
+        mixed = mixed * kFactor + static_cast<unsigned char>(ch);
+    }
+    return mixed % places;
+}
+
 } // namespace
 
-Tree::Tree() {
+Tree::Tree() : m_rule(std::make_shared<const SelectionRule>()) {
+    m_document.tree = this;
+    m_document.type = NodeType::Document;
     Clear();
 }
 
 Tree::~Tree() = default;
 
 Node* Tree::Root() const {
-    for (Node* each = m_document->firstChild; each != nullptr; each = each->next) {
+    for (Node* each = m_document.FirstChild(); each != nullptr; each = each->Next()) {
         if (each->type == NodeType::Element) {
             return each;
         }
@@ -48,82 +68,111 @@ Node* Tree::Root() const {
     return nullptr;
 }
 
-void Tree::Clear() {
+void Tree::Clear() noexcept {
     m_view.reset();
-    m_arena.Clear();
+    m_anchors.LetGo();
+    m_nodes.Clear();
+    m_texts.Clear();
+    m_known.fill(nullptr);
     m_lastUri = {};
-    m_document = &Create(NodeType::Document);
+    m_document.m_firstChild = nullptr;
+    m_tidyAt = kTidyStep;
     ++m_version;
 }
 
-Node& Tree::Create(NodeType type) {
-    Node* const node = new (m_arena.Allocate(sizeof(Node))) Node;
-    node->tree = this;
-    node->type = type;
-    return *node;
+void Tree::TakeOutAll() noexcept {
+    while (m_document.m_firstChild != nullptr) {
+        Unlink(*m_document.m_firstChild);
+    }
 }
 
-std::string_view Tree::KeepUri(std::string_view uri) {
-    if (!uri.empty() && uri != m_lastUri) {
-        m_lastUri = m_arena.Copy(uri);
+Node& Tree::Create(NodeType type, const NodeName& name) {
+    Node& node = m_nodes.Take();
+    node.tree = this;
+    node.type = type;
+    node.m_name = &name;
+    return node;
+}
+
+const NodeName& Tree::KeepName(std::string_view text, std::string_view uri) {
+    const NodeName*& known = m_known[PlaceOf(text, kKnownNames)];
+    if (known == nullptr || known->text != text || known->uri != uri) {
+        if (!uri.empty() && uri != m_lastUri) {
+            m_lastUri = m_texts.Copy(uri);
+        }
+        void* const place = m_texts.Allocate(sizeof(NodeName));
+        known = new (place) NodeName{m_texts.Copy(text), uri.empty() ? uri : m_lastUri,
+                                     PrefixLength(text), nullptr};
     }
-    return uri.empty() ? std::string_view() : m_lastUri;
+    return *known;
+}
+
+void Tree::Hold(Node& node, std::string_view content) {
+    const std::string_view kept = m_texts.Copy(content);
+    node.m_characters = kept.data();
+    node.m_length = kept.size();
 }
 
 Node& Tree::CreateElement(std::string_view qualifiedName, std::string_view uri) {
-    Node& node = Create(NodeType::Element);
-    node.name = m_arena.Copy(qualifiedName);
-    node.prefixLength = PrefixLength(qualifiedName);
-    node.uri = KeepUri(uri);
-    return node;
+    return Create(NodeType::Element, KeepName(qualifiedName, uri));
 }
 
 Node& Tree::CreateNamedLike(const Node& element) {
-    Node& node = Create(NodeType::Element);
-    node.name = element.name;
-    node.prefixLength = element.prefixLength;
-    node.uri = element.uri;
-    return node;
+    return Create(NodeType::Element, *element.m_name);
 }
 
 Node& Tree::CreateCharacters(NodeType type, std::string_view content) {
     Node& node = Create(type);
-    node.content = m_arena.Copy(content);
+    Hold(node, content);
     return node;
 }
 
 Node& Tree::CreateInstruction(std::string_view target, std::string_view data) {
-    Node& node = Create(NodeType::ProcessingInstruction);
-    node.name = m_arena.Copy(target);
-    node.content = m_arena.Copy(data);
+    Node& node = Create(NodeType::ProcessingInstruction, KeepName(target, {}));
+    Hold(node, data);
     return node;
 }
 
+/// Before `before`, or as the last.
+void Tree::Link(Node*& first, Node& node, Node* before) noexcept {
+    node.m_next = before;
+    if (first == nullptr) {
+        node.m_previous = &node;
+        first = &node;
+        return;
+    }
+    Node& behind = before != nullptr ? *before : *first; // knows the one that comes before
+    node.m_previous = behind.m_previous;
+    behind.m_previous = &node;
+    (before == first ? first : node.m_previous->m_next) = &node;
+}
+
+void Tree::TakeOut(Node*& first, Node& node) noexcept {
+    Node& behind = node.m_next != nullptr ? *node.m_next : *first;
+    if (first == &node) {
+        first = node.m_next;
+    } else {
+        node.m_previous->m_next = node.m_next;
+    }
+    behind.m_previous = node.m_previous;
+    node.m_previous = nullptr;
+    node.m_next = nullptr;
+}
+
 bool Tree::Insert(Node& parent, Node& child, Node* before) {
-    if (!TakesChildren(parent) || (before != nullptr && before->parent != &parent) ||
-        (&parent == m_document && !MayStandInDocument(*this, child))) {
+    if (!parent.TakesChildren() || (before != nullptr && before->parent != &parent) ||
+        (&parent == &m_document && !MayStandInDocument(*this, child))) {
         return false;
     }
-    if (before == nullptr) {
-        Append(parent, child);
-        return true;
-    }
     child.parent = &parent;
-    child.previous = before->previous;
-    child.next = before;
-    (before->previous != nullptr ? before->previous->next : parent.firstChild) = &child;
-    before->previous = &child;
+    Link(parent.m_firstChild, child, before);
     ++m_version;
     return true;
 }
 
 void Tree::Append(Node& parent, Node& child) {
-    Node* const last = parent.lastChild;
     child.parent = &parent;
-    child.previous = last;
-    child.next = nullptr;
-    (last != nullptr ? last->next : parent.firstChild) = &child;
-    parent.lastChild = &child;
+    Link(parent.m_firstChild, child, nullptr);
     ++m_version;
 }
 
@@ -131,65 +180,56 @@ void Tree::Unlink(Node& node) {
     if (node.parent == nullptr) {
         return;
     }
-    (node.previous != nullptr ? node.previous->next : node.parent->firstChild) = node.next;
-    (node.next != nullptr ? node.next->previous : node.parent->lastChild) = node.previous;
+    TakeOut(node.parent->m_firstChild, node);
     node.parent = nullptr;
-    node.previous = nullptr;
-    node.next = nullptr;
     ++m_version;
 }
 
-Node& Tree::AppendAttribute(Node& element, Node* last, std::string_view name,
-                            std::string_view value, std::string_view uri) {
-    Node& attribute = Create(NodeType::Attribute);
-    attribute.name = m_arena.Copy(name);
-    attribute.prefixLength = PrefixLength(name);
-    attribute.content = m_arena.Copy(value);
-    attribute.uri = KeepUri(uri);
+void Tree::AppendAttribute(Node& element, std::string_view name, std::string_view value,
+                           std::string_view uri) {
+    Node& attribute = Create(NodeType::Attribute, KeepName(name, uri));
+    Hold(attribute, value);
     attribute.parent = &element;
-    attribute.previous = last;
-    (last != nullptr ? last->next : element.firstAttribute) = &attribute;
+    Link(element.m_firstAttribute, attribute, nullptr);
     ++m_version;
-    return attribute;
 }
 
 void Tree::SetAttribute(Node& element, std::string_view name, std::string_view value,
                         std::string_view uri) {
-    Node* last = nullptr;
-    for (Node* each = element.firstAttribute; each != nullptr; last = each, each = each->next) {
-        if (each->name == name) {
-            each->content = m_arena.Copy(value);
-            ++m_version;
-            return;
-        }
+    Node* const present = FindAttribute(element, name);
+    if (present == nullptr) {
+        AppendAttribute(element, name, value, uri);
+        return;
     }
-    AppendAttribute(element, last, name, value, uri);
+    Hold(*present, value);
+    ++m_version;
 }
 
 bool Tree::SetText(Node& node, std::string_view text, NodeType type) {
     if (node.type == NodeType::Document) {
         return false;
     }
-    if (node.type != NodeType::Element && node.type != NodeType::Fragment) {
-        node.content = m_arena.Copy(text);
+    if (!node.TakesChildren()) {
+        Hold(node, text);
         ++m_version;
         return true;
     }
-    while (node.firstChild != nullptr) {
-        Unlink(*node.firstChild);
+    Node& characters = CreateCharacters(type, text);
+    while (node.m_firstChild != nullptr) {
+        Unlink(*node.m_firstChild);
     }
-    return Insert(node, CreateCharacters(type, text), nullptr);
+    Append(node, characters);
+    return true;
 }
 
 Node& Tree::CopyAlone(const Node& source) {
-    Node& copy = Create(source.type);
-    copy.name = m_arena.Copy(source.name);
-    copy.content = m_arena.Copy(source.content);
-    copy.uri = KeepUri(source.uri);
-    copy.prefixLength = source.prefixLength;
-    Node* last = nullptr;
-    for (const Node* each = source.firstAttribute; each != nullptr; each = each->next) {
-        last = &AppendAttribute(copy, last, each->name, each->content, each->uri);
+    Node& copy = Create(source.type,
+                        source.Name().empty() ? kNoName : KeepName(source.Name(), source.Uri()));
+    if (!copy.TakesChildren()) {
+        Hold(copy, source.Content());
+    }
+    for (const Node* each = source.FirstAttribute(); each != nullptr; each = each->Next()) {
+        AppendAttribute(copy, each->Name(), each->Content(), each->Uri());
     }
     return copy;
 }
@@ -205,20 +245,97 @@ Node& Tree::Copy(const Node& source) {
             copy = copy->parent;
         }
         Node& child = CopyAlone(*next);
-        Insert(*copy, child, nullptr);
+        Append(*copy, child);
         copy = &child;
         from = next;
     }
     return top;
 }
 
-void Tree::SetRule(SelectionRule rule) {
+void Tree::MarkBelow(Node& top) noexcept {
+    for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+        each->m_isAlive = true;
+        for (Node* child = each->FirstAttribute(); child != nullptr; child = child->Next()) {
+            child->m_isAlive = true;
+        }
+    }
+}
+
+void Tree::MarkAlive() noexcept {
+    m_nodes.ForEach([](Node& node) { node.m_isAlive = false; });
+    MarkBelow(m_document);
+    m_nodes.ForEach([](Node& node) {
+        if (!node.m_isAlive && node.m_holders > 0) {
+            MarkBelow(Top(node));
+        }
+    });
+}
+
+/// Copies all that the nodes need into fresh memory, where that is worth it.
+void Tree::MoveTexts() {
+    std::size_t needed = 0;
+    const auto isNamed = [](const Node& node) { return node.m_name != &kNoName; };
+    m_nodes.ForEach([&](const Node& node) {
+        if (isNamed(node)) {
+            node.m_name->moved = nullptr;
+        }
+    });
+    m_nodes.ForEach([&](const Node& node) {
+        needed += node.Content().size();
+        if (isNamed(node) && node.m_name->moved == nullptr) {
+            node.m_name->moved = node.m_name;
+            needed += sizeof(NodeName) + node.Name().size() + node.Uri().size();
+        }
+    });
+    if (m_texts.Used() < needed * 2 + kTidyStep) {
+        return;
+    }
+    Arena fresh;
+    fresh.Reserve(needed); // nothing fails from here on
+    const Arena old = std::exchange(m_texts, std::move(fresh));
+    m_known.fill(nullptr);
+    m_lastUri = {};
+    m_nodes.ForEach([&](Node& node) {
+        if (!node.TakesChildren()) {
+            Hold(node, node.Content());
+        }
+        if (isNamed(node)) {
+            if (node.m_name->moved == node.m_name) {
+                node.m_name->moved = &KeepName(node.Name(), node.Uri());
+            }
+            node.m_name = node.m_name->moved;
+        }
+    });
+}
+
+void Tree::Tidy() noexcept {
+    if (BytesUsed() < m_tidyAt) {
+        return;
+    }
+    m_view.reset();
+    ++m_version; // what was found in the tree is to be looked for again
+    MarkAlive();
+    m_nodes.KeepAlive();
+    try {
+        MoveTexts();
+    } catch (const std::exception&) {
+        // No memory to make more of: it stays as it is, and is tried again later.
+    }
+    m_tidyAt = BytesUsed() * 2 + kTidyStep;
+}
+
+void Tree::SetRule(std::shared_ptr<const SelectionRule> rule) noexcept {
     m_rule = std::move(rule);
     ++m_version;
 }
 
 std::shared_ptr<Node> Tree::Share(Node* node) {
-    return node != nullptr ? std::shared_ptr<Node>(shared_from_this(), node) : nullptr;
+    std::shared_ptr<Tree> self = node != nullptr ? shared_from_this() : nullptr;
+    if (node == nullptr || node == &m_document) {
+        return {std::move(self), node};
+    }
+    ++node->m_holders;
+    return {node, [held = std::move(self)](Node* let) { --let->m_holders; }};
 }
 
 } // namespace nqp2::dom

@@ -8,6 +8,7 @@
 #include "xml/dom/path_walk.h"
 #include "xml/dom/selection_rule.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string_view>
@@ -17,8 +18,8 @@ namespace nqp2::dom {
 class XPathView;
 
 /// The nodes of one document: makes them, links them, changes them. Owned through shared
-/// pointers; NodeHandle pointers share that ownership, so a tree lives as long as any of them.
-/// One thread at a time.
+/// pointers; pointers to its nodes share that ownership, so a tree lives as long as any of them.
+/// One thread at a time; only pointers may be let go of by others.
 class Tree : public std::enable_shared_from_this<Tree> {
 public:
     Tree();
@@ -26,16 +27,22 @@ public:
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
 
-    [[nodiscard]] Node& DocumentNode() { return *m_document; }
+    [[nodiscard]] Node& DocumentNode() { return m_document; }
     /// The document element, or null.
     [[nodiscard]] Node* Root() const;
     /// Bytes that the tree's nodes and texts take.
-    [[nodiscard]] std::size_t BytesUsed() const { return m_arena.Used(); }
+    [[nodiscard]] std::size_t BytesUsed() const { return m_nodes.Used() + m_texts.Used(); }
     /// Grows with every change, so that what was derived from the tree can tell that it is stale.
     [[nodiscard]] std::uint64_t Version() const { return m_version; }
 
     /// Empties the tree. Only for a tree that nobody else holds.
-    void Clear();
+    void Clear() noexcept;
+    /// Takes everything out of the document, where others may still hold it.
+    void TakeOutAll() noexcept;
+    /// Gives back what was taken out or replaced and what nobody holds, once that has become much:
+    /// the tree's memory follows what is alive in it. Before a change, while every node that is
+    /// used is in the document or is held.
+    void Tidy() noexcept;
 
     /// New nodes stand alone until they are linked.
     Node& CreateElement(std::string_view qualifiedName, std::string_view uri);
@@ -52,9 +59,9 @@ public:
     void Append(Node& parent, Node& child);
     /// Takes the node out of its parent; it stays valid.
     void Unlink(Node& node);
-    /// Adds an attribute behind `last` (null: as the first); its name must be new to the element.
-    Node& AppendAttribute(Node& element, Node* last, std::string_view name, std::string_view value,
-                          std::string_view uri);
+    /// Adds an attribute behind the others; its name must be new to the element.
+    void AppendAttribute(Node& element, std::string_view name, std::string_view value,
+                         std::string_view uri);
     /// Adds an attribute behind the others, or gives the one of that name a new value.
     void SetAttribute(Node& element, std::string_view name, std::string_view value,
                       std::string_view uri = {});
@@ -64,12 +71,12 @@ public:
     /// A copy of the node and everything below it, made in this tree; it stands alone.
     Node& Copy(const Node& source);
 
-    /// A pointer to the node that keeps the tree alive.
+    /// A pointer that keeps the tree alive, and the node with all that it stands in and holds.
     std::shared_ptr<Node> Share(Node* node);
 
     /// How paths name this tree's nodes.
-    [[nodiscard]] const SelectionRule& Rule() const { return m_rule; }
-    void SetRule(SelectionRule rule);
+    [[nodiscard]] const SelectionRule& Rule() const { return *m_rule; }
+    void SetRule(std::shared_ptr<const SelectionRule> rule) noexcept;
 
     AnchorCache& Anchors() { return m_anchors; }
     /// The form of the tree that general XPath expressions are evaluated on; made when it is first
@@ -77,17 +84,30 @@ public:
     std::unique_ptr<XPathView>& View() { return m_view; }
 
 private:
-    Node& Create(NodeType type);
+    Node& Create(NodeType type, const NodeName& name = kNoName);
+    const NodeName& KeepName(std::string_view text, std::string_view uri);
+    void Hold(Node& node, std::string_view content);
+    static void Link(Node*& first, Node& node, Node* before) noexcept;
+    static void TakeOut(Node*& first, Node& node) noexcept;
     Node& CopyAlone(const Node& source);
-    std::string_view KeepUri(std::string_view uri);
 
-    Arena m_arena;
-    Node* m_document = nullptr;
-    std::string_view m_lastUri; ///< most elements share one namespace: its text is kept once
+    void MarkAlive() noexcept;
+    static void MarkBelow(Node& top) noexcept;
+    void MoveTexts();
+
+    NodePool m_nodes;
+    Arena m_texts;
+    Node m_document;
     std::uint64_t m_version = 0;
-    SelectionRule m_rule;
+    std::size_t m_tidyAt = 0; ///< bytes in use
+    std::shared_ptr<const SelectionRule> m_rule;
     AnchorCache m_anchors;
     std::unique_ptr<XPathView> m_view;
+
+    /// Names that were met of late: a document repeats few of them many times.
+    static constexpr std::size_t kKnownNames = 64;
+    std::array<const NodeName*, kKnownNames> m_known{};
+    std::string_view m_lastUri; ///< most names share one namespace: its text is kept once
 };
 
 } // namespace nqp2::dom

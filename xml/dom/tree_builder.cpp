@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <new>
 #include <utility>
 
 namespace nqp2::dom {
@@ -49,6 +50,13 @@ std::string Reason(const xmlError& error) {
     constexpr std::size_t kLongest = 200;
     const std::string_view message = error.message != nullptr ? error.message : "not well-formed";
     return std::string(message.substr(0, std::min(message.find_first_of("\r\n"), kLongest)));
+}
+
+/// A namespace name may be any text: libxml2 reports one that is no URI as an error, and takes it.
+bool EndsTheLoad(const xmlError& error) {
+    return error.level == XML_ERR_FATAL ||
+           (error.level == XML_ERR_ERROR && error.domain == XML_FROM_NAMESPACE &&
+            error.code != XML_WAR_NS_URI);
 }
 
 /// The data of the XML declaration as it is written again: documents are saved as UTF-8.
@@ -101,8 +109,9 @@ void TreeBuilder::Start(Tree& tree, xmlParserCtxtPtr context, std::size_t maxByt
 }
 
 ParseError TreeBuilder::Finish() {
-    const bool sound = m_error.fault == Fault::None && m_context->wellFormed != 0 &&
-                       m_context->nsWellFormed != 0 && m_tree->Root() != nullptr;
+    // Faults of namespaces are in m_error alone: libxml2's own flag for them counts too much.
+    const bool sound =
+        m_error.fault == Fault::None && m_context->wellFormed != 0 && m_tree->Root() != nullptr;
     if (!sound && m_error.fault == Fault::None) {
         m_error = {kErrorMissingRoot, "the document has no content", 1, 1, Fault::NotWellFormed};
     }
@@ -128,14 +137,23 @@ void TreeBuilder::Guard(Event&& event) {
             Stop(kErrorTooLarge, "the document needs more memory than metadata may",
                  Fault::TooLarge);
         }
-    } catch (const std::exception&) {
-        Stop(kErrorTooLarge, "not enough memory for the document", Fault::TooLarge);
+    } catch (const std::bad_alloc&) {
+        m_error = OutOfMemory();
+        xmlStopParser(m_context);
+    } catch (const std::exception& error) {
+        Stop(kErrorTooLarge, error.what(), Fault::TooLarge);
     }
 }
 
-void TreeBuilder::Stop(std::uint32_t code, const char* reason, Fault fault) {
-    m_error = {code, reason, xmlSAX2GetLineNumber(m_context), xmlSAX2GetColumnNumber(m_context),
-               fault};
+// No exception may leave it either: short reasons need no memory.
+void TreeBuilder::Stop(std::uint32_t code, const char* reason, Fault fault) noexcept {
+    try {
+        m_error = {code, reason, 0, 0, fault};
+    } catch (const std::bad_alloc&) {
+        m_error = OutOfMemory();
+    }
+    m_error.line = xmlSAX2GetLineNumber(m_context);
+    m_error.linepos = xmlSAX2GetColumnNumber(m_context);
     xmlStopParser(m_context);
 }
 
@@ -223,11 +241,13 @@ void TreeBuilder::OnDocumentType(void* context, const xmlChar* /*name*/,
 
 void TreeBuilder::OnError(void* context, xmlErrorPtr error) {
     TreeBuilder& builder = From(context);
-    const bool counts = error->level == XML_ERR_FATAL || error->domain == XML_FROM_NAMESPACE;
-    if (!counts || error->level < XML_ERR_ERROR) {
+    if (!EndsTheLoad(*error)) {
         return;
     }
     builder.Guard([&] {
+        if (error->code == XML_ERR_NO_MEMORY) {
+            throw std::bad_alloc();
+        }
         builder.m_error = {PlatformErrorCode(*error, Ahead(*builder.m_context)), Reason(*error),
                            error->line, error->int2, Fault::NotWellFormed};
     });
@@ -248,7 +268,7 @@ void TreeBuilder::AddText(std::string_view piece) {
         return;
     }
     if (m_text.empty()) {
-        m_text = m_run->content;
+        m_text = m_run->Content();
     }
     m_text += piece;
 }
@@ -264,20 +284,19 @@ void TreeBuilder::FlushText() {
 void TreeBuilder::AddAttributes(Node& element, int declarationCount, const xmlChar** declarations,
                                 int attributeCount, const xmlChar** attributes) {
     static const xmlChar* const kDeclaration = BAD_CAST "xmlns";
-    Node* last = nullptr;
     for (int i = 0; i < declarationCount; ++i) {
         const xmlChar* const prefix = declarations[2 * i];
         const std::string_view name = prefix == nullptr ? QualifiedName(nullptr, kDeclaration)
                                                         : QualifiedName(kDeclaration, prefix);
-        last = &m_tree->AppendAttribute(element, last, name,
-                                        Resolved(View(declarations[2 * i + 1]), m_value), {});
+        m_tree->AppendAttribute(element, name, Resolved(View(declarations[2 * i + 1]), m_value),
+                                {});
     }
     // Per attribute: local name, prefix, namespace, start and end of the value.
     constexpr int kFields = 5;
     for (int i = 0; i < attributeCount; ++i, attributes += kFields) {
-        last = &m_tree->AppendAttribute(element, last, QualifiedName(attributes[1], attributes[0]),
-                                        Resolved(View(attributes[3], attributes[4]), m_value),
-                                        Resolved(View(attributes[2]), m_uri));
+        m_tree->AppendAttribute(element, QualifiedName(attributes[1], attributes[0]),
+                                Resolved(View(attributes[3], attributes[4]), m_value),
+                                Resolved(View(attributes[2]), m_uri));
     }
 }
 

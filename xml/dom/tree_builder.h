@@ -58,7 +58,7 @@ private:
     /// An element with that name; a card's files repeat few names many times.
     Node& NewElement(const xmlChar* localName, const xmlChar* prefix, const xmlChar* uri);
     std::string_view QualifiedName(const xmlChar* prefix, const xmlChar* localName);
-    void Stop(std::uint32_t code, const char* reason, Fault fault);
+    void Stop(std::uint32_t code, const char* reason, Fault fault) noexcept;
 
     /// An element met before, under the addresses of its name: libxml2 keeps each name once.
     struct KnownName {

@@ -12,11 +12,11 @@ std::atomic<std::uint64_t> maxXmlFileSize{std::uint64_t{32} * 1024 * 1024};
 
 } // namespace
 
-void SetMaxXmlFileSize(std::uint64_t bytes) {
+void SetMaxXmlFileSize(std::uint64_t bytes) noexcept {
     maxXmlFileSize = bytes;
 }
 
-std::uint64_t MaxXmlFileSize() {
+std::uint64_t MaxXmlFileSize() noexcept {
     return maxXmlFileSize;
 }
 

@@ -36,8 +36,6 @@ struct FreeObject {
 using Context = std::unique_ptr<xmlXPathContext, FreeContext>;
 using Object = std::unique_ptr<xmlXPathObject, FreeObject>;
 
-void IgnoreError(void* /*data*/, xmlErrorPtr /*error*/) {}
-
 bool IsNameCharacter(char ch) {
     const auto byte = static_cast<unsigned char>(ch);
     return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
@@ -98,7 +96,7 @@ struct XPathView::Copy {
             // Bound to its one namespace in every expression, by either rule.
             return xmlSearchNs(document, reinterpret_cast<xmlNodePtr>(document), Xml(prefix));
         }
-        std::string uri(node.uri);
+        std::string uri(node.Uri());
         if (names == SelectionRule::Names::Qualified) {
             uri = prefix.empty() ? std::string() : std::string(kPrefixNamespace) + prefix;
         }
@@ -114,7 +112,7 @@ struct XPathView::Copy {
 
     // Each kind by its own constructor: libxml2 frees a node by what its kind owns.
     xmlNodePtr NewNode(const Node& node) {
-        const std::string content(node.content);
+        const std::string content(node.Content());
         switch (node.type) {
         case NodeType::Text:
             return xmlNewDocText(document, Xml(content));
@@ -123,7 +121,7 @@ struct XPathView::Copy {
         case NodeType::Comment:
             return xmlNewDocComment(document, Xml(content));
         case NodeType::ProcessingInstruction:
-            return xmlNewDocPI(document, Xml(std::string(node.name)), Xml(content));
+            return xmlNewDocPI(document, Xml(std::string(node.Name())), Xml(content));
         default:
             return xmlNewDocNode(document, NamespaceOf(node), Xml(std::string(BaseName(node))),
                                  nullptr);
@@ -141,13 +139,13 @@ struct XPathView::Copy {
     }
 
     void AddAttributes(Node& node, xmlNodePtr made) {
-        for (Node* each = node.firstAttribute; each != nullptr; each = each->next) {
+        for (Node* each = node.FirstAttribute(); each != nullptr; each = each->Next()) {
             if (IsDeclaration(*each)) {
                 continue;
             }
             const xmlAttrPtr attribute =
                 xmlNewNsProp(made, NamespaceOf(*each), Xml(std::string(BaseName(*each))),
-                             Xml(std::string(each->content)));
+                             Xml(std::string(each->Content())));
             if (attribute == nullptr) {
                 throw std::bad_alloc();
             }
@@ -195,9 +193,14 @@ struct XPathView::Copy {
 };
 
 XPathView::XPathView(Node& top, const SelectionRule& rule)
-    : m_top(&top), m_version(top.tree->Version()), m_copy(std::make_unique<Copy>()) {
+    : m_top(&top), m_version(top.tree->Version()) {
+    const QuietLibxml quiet;
+    m_copy = std::make_unique<Copy>();
     m_copy->names = rule.names;
     m_copy->Build(top);
+    if (quiet.IsOutOfMemory()) {
+        throw std::bad_alloc();
+    }
 }
 
 XPathView::~XPathView() = default;
@@ -212,16 +215,21 @@ std::vector<Node*> XPathView::Evaluate(Node& context, const std::string& express
     if (counterpart == m_copy->counterparts.end()) {
         throw _com_error(E_FAIL, CString(L"a path cannot start at a namespace declaration"));
     }
+    QuietLibxml quiet;
+    QuietLibxml::RequireStock();
     const Context evaluation(xmlXPathNewContext(m_copy->document));
     if (evaluation == nullptr) {
         throw std::bad_alloc();
     }
-    evaluation->error = IgnoreError;
+    evaluation->userData = &quiet;
+    evaluation->error = QuietLibxml::NoteError;
     evaluation->opLimit = kMaxOperations;
     evaluation->node = counterpart->second;
     m_copy->Register(*evaluation, expression, rule);
-    const QuietLibxml quiet;
     const Object result(xmlXPathEvalExpression(Xml(expression), evaluation.get()));
+    if (quiet.IsOutOfMemory()) {
+        throw std::bad_alloc();
+    }
     if (result == nullptr || result->type != XPATH_NODESET) {
         throw _com_error(E_FAIL, CString(L"the path cannot be evaluated"));
     }

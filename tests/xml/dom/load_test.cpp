@@ -42,7 +42,7 @@ void ExpectFault(const Faulty& faulty) {
     }
     EXPECT_FALSE(error.reason.empty());
     EXPECT_EQ(document.Content()->Root(), nullptr);
-    EXPECT_EQ(document.Content()->DocumentNode().firstChild, nullptr);
+    EXPECT_EQ(document.Content()->DocumentNode().FirstChild(), nullptr);
     ASSERT_TRUE(document.LoadBytes("<d>text</d>")) << document.LastError().reason;
     EXPECT_EQ(document.LastError().errorCode, 0U);
     EXPECT_EQ(Serialize(document.Content()->DocumentNode()), "<d>text</d>\r\n");
@@ -285,6 +285,8 @@ TEST_F(LoadFileTest, RefusesFilesBeyondTheLimitUnread) {
     SetMaxXmlFileSize(300'007);
     EXPECT_TRUE(m_document.LoadFile(large));
     EXPECT_EQ(Serialize(*m_document.DocumentNode()), Large() + "\r\n") << "read in pieces";
+    SetMaxXmlFileSize(UINT64_MAX);
+    EXPECT_TRUE(m_document.LoadText("<a>" + Repeated("<b/>", 60'000) + "</a>")) << "no small limit";
 }
 
 TEST_F(LoadFileTest, MediumThatFailsInMidFileIsNoShortDocument) {

@@ -6,6 +6,7 @@
 #include "tests/support/temp_folder.h"
 #include "tests/xml/dom/loaded_document.h"
 
+#include <pthread.h>
 #include <thread>
 
 namespace nqp2::dom {
@@ -171,6 +172,59 @@ TEST(Schema, PatternsThatTryEveryWayAreRefusedForValuesWithTooManyWays) {
         document += "</r>";
         EXPECT_EQ(Validated(document, PatternSchema(pattern)).errorCode, code) << pattern;
     }
+}
+
+void ExpectRefusedInTime(const std::string& body) {
+    EXPECT_EQ(Validated("<r>12</r>", Schema(body)).errorCode, kNoGrammar) << body.substr(0, 200);
+}
+
+/// What is taken must be bearable for a small stack as well.
+void ValidateDeepOnes() {
+    const std::string element = "<xs:element name='r' type='xs:int'/>";
+    const std::string brackets = std::string(100'000, '(') + std::string(100'000, ')');
+    const std::string fewer = std::string(90, '(') + std::string(90, ')');
+    for (const std::string& pattern : {brackets, fewer, "(" + brackets}) {
+        ExpectRefusedInTime(element + "<xs:annotation><xs:appinfo><pattern value='" + pattern +
+                            "'/></xs:appinfo></xs:annotation>");
+        ExpectRefusedInTime(element + "<pattern value='" + pattern + "'/>");
+    }
+    const auto nested = [](int levels, const std::string& inner) {
+        return Turns(levels, "<xs:sequence>") + inner + Turns(levels, "</xs:sequence>");
+    };
+    const auto groups = [&](int count, int levels) {
+        std::string body = element + "<xs:group name='n0'><xs:sequence/></xs:group>";
+        for (int i = 1; i <= count; ++i) {
+            body += "<xs:group name='n" + std::to_string(i) + "'>" +
+                    nested(levels, "<xs:group ref='n" + std::to_string(i - 1) + "'/>") +
+                    "</xs:group>";
+        }
+        return body;
+    };
+    ExpectRefusedInTime(groups(60, 240));
+    ExpectRefusedInTime(groups(250, 1));
+    ExpectRefusedInTime(groups(1, 70));
+    ExpectRefusedInTime(element + "<xs:annotation>" + Turns(200, "<a>") + Turns(200, "</a>") +
+                        "</xs:annotation>");
+    EXPECT_EQ(Validated("<r>12</r>", Schema(groups(10, 3))).errorCode, 0U);
+    EXPECT_EQ(Validated("<r>12</r>", Schema(groups(1, 50))).errorCode, 0U);
+    EXPECT_EQ(
+        Validated("<r>x</r>", PatternSchema(std::string(30, '(') + "x" + std::string(30, ')')))
+            .errorCode,
+        0U);
+}
+
+TEST(Schema, NoDepthIsTooMuchForASmallStack) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::size_t{256} * 1024), 0);
+    pthread_t thread{};
+    const auto run = [](void* /*nothing*/) -> void* {
+        ValidateDeepOnes();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, nullptr), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
 }
 
 TEST(Schema, NothingIsOpenedThatADocumentOrAnImportNames) {

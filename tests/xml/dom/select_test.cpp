@@ -102,7 +102,7 @@ TEST(Select, AsksFromEveryKindOfNode) {
 
 TEST(Select, DeclarationAsContextSelectsNothingRelative) {
     const LoadedDocument document("<a xmlns:p='u'/>");
-    Node& declaration = *document.First("a").firstAttribute;
+    Node& declaration = *document.First("a").FirstAttribute();
     EXPECT_EQ(SelectAll(declaration, "b").size(), 0U);
     EXPECT_THROW(SelectAll(declaration, "./b"), _com_error);
 }
@@ -228,7 +228,7 @@ TEST(WalkPath, SeesEveryChangeOfTheTree) {
     tree.Insert(second, tree.CreateElement("b", ""), nullptr);
     tree.Insert(*tree.Root(), second, nullptr);
     EXPECT_EQ(SelectAll(document.Top(), "//a/b").size(), 2U);
-    tree.Unlink(*second.firstChild);
+    tree.Unlink(*second.FirstChild());
     EXPECT_EQ(SelectAll(document.Top(), "//a/b").size(), 1U);
     ASSERT_TRUE(document.LoadText("<r><a><a><b>2</b></a><b>3</b></a></r>"));
     EXPECT_EQ(TextsOf(SelectAll(document.Top(), "//a/b")), (std::vector<std::string>{"2", "3"}));

@@ -106,7 +106,7 @@ TEST(Serialize, TextAndCDataOfAnyContentReadBackTheSame) {
         tree.SetAttribute(document.First("a/b"), "x", content);
         const LoadedDocument again(document.Saved());
         EXPECT_EQ(TextOf(again.First("a/b")), content);
-        EXPECT_EQ(again.First("a/b").firstAttribute->content, content);
+        EXPECT_EQ(again.First("a/b").FirstAttribute()->Content(), content);
     }
     for (const char* content : {"]]>", "a]]>b]]>", "]]]]>>", "<&>\"'\t\n"}) {
         const LoadedDocument document("<a/>");
