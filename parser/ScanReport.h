@@ -11,8 +11,8 @@
 
 namespace nqp2 {
 
-/// Why a file that the scan met is not among its clips or edit lists, or is there with something
-/// missing.
+/// Why a file that the scan met is not among its clips, edit lists or playlists, or is there with
+/// something missing.
 enum class SkipReason : std::int32_t {
     NotWellFormed, ///< the file is no well-formed XML; line and column are set
     DocumentType,  ///< the file carries a DTD, which is refused
@@ -24,7 +24,7 @@ enum class SkipReason : std::int32_t {
     UnsafeName,    ///< the clip name inside is no plain file name: its files were not looked for
     FolderUnreadable, ///< the folder could not be read to its end
     NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
-    Undecodable,      ///< clip information of an AVCHD card that is damaged or tells of no video
+    Undecodable,      ///< a damaged file of an AVCHD card, or one that tells of no video
     NotDescribed,     ///< a camera file that the worker did not describe
 };
 

@@ -26,6 +26,17 @@ SkipReason ReasonOf(dom::Fault fault) {
     }
 }
 
+SkipReason ReasonOf(platform::IoError error) {
+    switch (error) {
+    case platform::IoError::IsFolder:
+        return SkipReason::IsFolder;
+    case platform::IoError::TooLarge:
+        return SkipReason::TooLarge;
+    default:
+        return SkipReason::Unreadable;
+    }
+}
+
 const wchar_t* TextOf(SkipReason reason) {
     switch (reason) {
     case SkipReason::Companion:
@@ -59,9 +70,7 @@ SkippedFile NotLoaded(const CString& path, const dom::ParseError& error) {
 }
 
 SkippedFile NotRead(const CString& path, const platform::IoStatus& status) {
-    SkippedFile file =
-        Remark(path, status.error == platform::IoError::IsFolder ? SkipReason::IsFolder
-                                                                 : SkipReason::Unreadable);
+    SkippedFile file = Remark(path, ReasonOf(status.error));
     if (file.text.IsEmpty()) {
         file.text = platform::TextFromUtf8(status.reason);
     }
