@@ -57,12 +57,11 @@ Value AudioPaths(const Clip& clip) {
 Value ProxyRecord(const Clip& clip) {
     return Fields(kProxyFields, clip.Proxy);
 }
+Record MemoRecord(const Memo& memo) {
+    return Fields(kMemoFields, memo);
+}
 Value MemoRecords(const Clip& clip) {
-    List memos;
-    for (const Memo& memo : clip.Memos) {
-        memos.emplace_back(Fields(kMemoFields, memo));
-    }
-    return memos;
+    return SequenceOf(clip.Memos, MemoRecord);
 }
 Value ClipCodeType(const Clip& clip) {
     return CodeTypeRecord(CodeTypeOf(clip));
