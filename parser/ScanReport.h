@@ -21,7 +21,7 @@ enum class SkipReason : std::int32_t {
     Companion,     ///< "._" file that a Mac leaves beside each copied file: nothing is lost
     IsFolder,      ///< a folder with a clip file's name
     NoClipContent, ///< well-formed, but without P2Main/ClipContent: listed as a clip all the same
-    UnsafeName,    ///< the clip name inside is no plain file name: its files were not looked for
+    UnsafeName,    ///< its name is none that a card's files can have: these were not looked for
     FolderUnreadable, ///< the folder could not be read to its end
     NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
     Undecodable,      ///< a damaged file of an AVCHD card, or one that tells of no video

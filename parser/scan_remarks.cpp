@@ -46,7 +46,7 @@ const wchar_t* TextOf(SkipReason reason) {
     case SkipReason::NoClipContent:
         return L"no P2Main/ClipContent: listed, but no clip metadata";
     case SkipReason::UnsafeName:
-        return L"the clip name inside is no file name: its files were not looked for";
+        return L"its name is none that a card's files can have: these were not looked for";
     case SkipReason::NoEditList:
         return L"no edit list: its namespace or its edit unit is of another kind";
     default:

@@ -117,9 +117,9 @@ TEST_F(CardScanTest, FindsALowerCaseCard) {
     folder.Write("contents/Proxy/0001aB.Mp4");
     const CArray<_tag_P2Clip> clips = Scan();
     ASSERT_EQ(clips.GetSize(), 1);
-    EXPECT_EQ(Below(clips[0].XmlPath), "CLIP\\0001AB.XML");
-    EXPECT_EQ(Below(clips[0].IconPath), "ICON\\0001AB.BMP");
-    EXPECT_EQ(Below(clips[0].ProxyPath), "PROXY\\0001AB.MP4");
+    EXPECT_EQ(Below(clips[0].XmlPath), "CLIP\\0001ab.XML");
+    EXPECT_EQ(Below(clips[0].IconPath), "ICON\\0001ab.BMP");
+    EXPECT_EQ(Below(clips[0].ProxyPath), "PROXY\\0001ab.MP4");
 }
 
 TEST_F(CardScanTest, ReadsFilesWhoseNamesAreNoUtf8) {
