@@ -67,12 +67,13 @@ public:
     CString TextOf(EventPath path, const dom::Node& node) {
         std::string scratch;
         const std::string_view utf8 = dom::Text(node, scratch);
+        m_budget.Spend(utf8.size());
         if (!scratch.empty()) {
-            return Converted(utf8); // the bytes are gone with this call
+            return platform::TextFromUtf8(utf8); // the bytes are gone with this call
         }
         Last& last = m_last[static_cast<std::size_t>(path)];
         if (last.utf8 != utf8) {
-            last = {utf8, Converted(utf8)};
+            last = {utf8, platform::TextFromUtf8(utf8)};
         }
         return last.text;
     }
@@ -89,10 +90,6 @@ private:
         std::string_view utf8; ///< in the document
         CString text;
     };
-    CString Converted(std::string_view utf8) {
-        m_budget.Spend(utf8.size());
-        return platform::TextFromUtf8(utf8);
-    }
 
     xml::TextBudget& m_budget;
     std::array<Last, kEventPaths> m_last;
@@ -226,14 +223,24 @@ void ReadCodec(CMarkupMSXML& reader, const HeadTexts& head, tag_P2EDL& edl) {
         asked && reader.GetNodeAttribute(L"//P2Main/EditContent/Codec", L"Class") == L"50" ? 1 : 0;
 }
 
+/// Refuses what an edit list may not hold before room is made for it.
+void CheckEvents(const dom::NodeList& events, const dom::Document& document) {
+    if (events.Length() > kMaxEvents) {
+        throw std::length_error("it has more than " + std::to_string(kMaxEvents) + " events");
+    }
+    xml::TextBudget budget(document);
+    std::string scratch;
+    for (std::size_t i = 0; i < events.Length(); ++i) {
+        budget.Spend(dom::Text(*events.Item(i), scratch).size());
+    }
+}
+
 /// A list without events yields one, made of nothing. Kept: hosts rely on it.
 void ReadEvents(CMarkupMSXML& reader, const wchar_t* path, xml::TextBudget& budget,
                 tag_P2EDL& edl) {
     const IXMLDOMNodeListPtr list =
         reader.GetDocumentPtr()->SelectNodes(platform::Utf8FromText(path));
-    if (list->Length() > kMaxEvents) {
-        throw std::length_error("it has more than " + std::to_string(kMaxEvents) + " events");
-    }
+    CheckEvents(*list, *reader.GetDocumentPtr());
     edl.Events.SetSize(static_cast<std::int64_t>(std::max<std::size_t>(list->Length(), 1)));
     RepeatedTexts repeated(budget);
     for (tag_P2EDLClipTrackEvent& event : edl.Events) {

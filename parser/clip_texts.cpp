@@ -22,9 +22,6 @@ const dom::PathSet& Paths() {
     return paths;
 }
 
-/// As much as a file may have unless the host says otherwise.
-constexpr std::size_t kMaxText = std::size_t{32} << 20;
-
 std::string FullPath(std::string_view below) {
     return std::string(kClipContentPath).append("/").append(below);
 }
@@ -32,7 +29,7 @@ std::string FullPath(std::string_view below) {
 } // namespace
 
 ClipTexts::ClipTexts(dom::Document& document, TextPool& pool)
-    : m_document(document), m_pool(pool), m_budget(document, kMaxText) {
+    : m_document(document), m_pool(pool), m_budget(document) {
     m_contents = Paths().FindBehind(kClipContentPath, document.Content()->DocumentNode(), m_nodes);
 }
 

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -26,27 +28,42 @@ inline CString TextOf(const dom::Node& node) {
     return platform::TextFromUtf8(dom::Text(node, scratch));
 }
 
-/// Bounds the text that is taken from one document: elements that nest within each other could
-/// multiply it without end. All values together may take no more than the document itself does.
+/// Bounds the text that is taken from one document. Elements that nest within each other could
+/// multiply it without end: all values together may take no more than the document has, but for a
+/// little that may be asked for twice.
 class TextBudget {
 public:
     /// At most `limit` bytes of UTF-8, however large the document is.
-    TextBudget(const dom::Document& document, std::size_t limit)
-        : m_left(std::min(limit, std::max(document.Content()->BytesUsed(), kAlwaysFree))) {}
+    explicit TextBudget(const dom::Document& document,
+                        std::size_t limit = std::numeric_limits<std::size_t>::max())
+        : m_document(document), m_limit(limit) {}
 
-    /// Throws std::length_error when that is more than is left.
+    /// Throws std::length_error when the text goes beyond what may be taken.
     void Spend(std::size_t bytes) {
-        if (bytes > m_left) {
+        m_spent += bytes;
+        if (m_spent > kRepeated && m_spent > Most()) {
             throw std::length_error("its values take more text than metadata may");
         }
-        m_left -= bytes;
     }
 
 private:
-    /// So that a value of a small document may be asked for twice.
-    static constexpr std::size_t kAlwaysFree = std::size_t{1} << 20;
+    static constexpr std::size_t kRepeated = std::size_t{512} * 1024;
 
-    std::size_t m_left;
+    /// Counted once, for the document that has values enough.
+    std::size_t Most() {
+        if (!m_most) {
+            const dom::Node* const root = m_document.Content()->Root();
+            std::string scratch;
+            const std::size_t text = root != nullptr ? dom::Text(*root, scratch).size() : 0;
+            m_most = std::min(m_limit, text + kRepeated);
+        }
+        return *m_most;
+    }
+
+    const dom::Document& m_document;
+    std::size_t m_limit;
+    std::size_t m_spent = 0;
+    std::optional<std::size_t> m_most;
 };
 
 } // namespace nqp2::xml
