@@ -52,15 +52,10 @@ const std::string* WholeContent(platform::FileContent& file, const std::string& 
     return file.status ? &file.bytes : nullptr;
 }
 
-std::optional<Playlist> ReadPlaylistFile(const std::string& path, platform::IoStatus& status) {
+std::optional<Playlist> ReadPlaylistFile(const std::string& path) {
     std::string content;
-    status = platform::Files().Read(path, kMaxPlaylistFile, content);
-    std::optional<Playlist> playlist = status ? DecodePlaylist(BytesOf(content)) : std::nullopt;
-    if (status && !playlist && CountPlayItems(BytesOf(content)) > kMaxPlayItems) {
-        status = {platform::IoError::TooLarge,
-                  "it has more than " + std::to_string(kMaxPlayItems) + " items"};
-    }
-    return playlist;
+    const bool read = static_cast<bool>(platform::Files().Read(path, kMaxPlaylistFile, content));
+    return read ? DecodePlaylist(BytesOf(content)) : std::nullopt;
 }
 
 std::optional<std::string> ClipSource::StreamOf(const ClipFiles& files, const CString& name) {

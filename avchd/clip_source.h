@@ -60,8 +60,7 @@ platform::FileRequest StreamRequest(std::string path);
 const std::string* WholeContent(platform::FileContent& file, const std::string& path,
                                 std::uint64_t limit);
 
-/// Reads and decodes one playlist file. Nothing, with a failed `status`, for one that cannot be read
-/// or is beyond what is read; with a good one for a file that is no sound playlist.
-std::optional<Playlist> ReadPlaylistFile(const std::string& path, platform::IoStatus& status);
+/// Reads and decodes one playlist file.
+std::optional<Playlist> ReadPlaylistFile(const std::string& path);
 
 } // namespace nqp2::avchd

@@ -43,14 +43,13 @@ nqp2::SkipReason ReasonOf(Omission omission) {
     }
 }
 
-nqp2::avchd::OnOmitted RemarksIn(nqp2::ScanReport& report) {
-    return [&report](const CString& path, Omission omission, const std::string& why) {
-        nqp2::SkippedFile file;
-        file.path = path;
-        file.reason = ReasonOf(omission);
-        file.text = nqp2::TextFromBytes(why);
-        report.skipped.Add(file);
-    };
+void Remark(nqp2::ScanReport& report, const CString& path, Omission omission,
+            const std::string& why) {
+    nqp2::SkippedFile file;
+    file.path = path;
+    file.reason = ReasonOf(omission);
+    file.text = nqp2::TextFromBytes(why);
+    report.skipped.Add(file);
 }
 
 } // namespace
@@ -68,7 +67,10 @@ __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& cli
             [this](const CString& path, NQP2BaseClipInfo& info) {
                 return GetP2BaseClipInfo(path, info);
             },
-            RemarksIn(report), clips));
+            [&report](const CString& path, Omission omission, const std::string& why) {
+                Remark(report, path, omission, why);
+            },
+            clips));
     });
 }
 
@@ -83,15 +85,7 @@ int CNQP2Parser::GetAVCHDClpiDataInfo(const CString& root, const CString& clipNa
 }
 
 __int64 CNQP2Parser::LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls) {
-    nqp2::ScanReport report;
-    return LoadAVCHDEdl(card, edls, report);
-}
-
-__int64 CNQP2Parser::LoadAVCHDEdl(const CString& card, CArray<tag_P2EDL>& edls,
-                                  nqp2::ScanReport& report) {
-    return Guarded(kCannotRead, [&] {
-        return StatusOf(nqp2::avchd::ScanPlaylists(card, RemarksIn(report), edls));
-    });
+    return Guarded(kCannotRead, [&] { return StatusOf(nqp2::avchd::ScanPlaylists(card, edls)); });
 }
 
 int CNQP2Parser::GetAVCHDMPLMetadata(const CString& card, const CString& name, tag_P2EDL& edl) {

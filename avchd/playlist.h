@@ -9,7 +9,6 @@
 #include "avchd/video_format.h"
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -55,9 +54,5 @@ struct Playlist {
 /// damaged table of streams leaves its item without rate, damaged marks and extensions are left
 /// out.
 std::optional<Playlist> DecodePlaylist(Bytes file);
-
-/// How many items the file says it has, 0 where it does not even tell that. Tells one that is not
-/// decoded because it has more than are read.
-std::size_t CountPlayItems(Bytes file);
 
 } // namespace nqp2::avchd

@@ -16,8 +16,7 @@
 #include "platform/unicode.h"
 
 #include <algorithm>
-#include <exception>
-#include <functional>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
@@ -61,9 +60,6 @@ CString DateOf(const std::string& path) {
     return media::FileDateText(known ? std::optional(info.created) : std::nullopt);
 }
 
-/// What a playlist gave.
-enum class Outcome { Record, NoItems, NotRead, NoPlaylist };
-
 /// Reads playlists of one card; a clip that several items name is read once.
 class PlaylistReader {
 public:
@@ -72,53 +68,43 @@ public:
                       kPlaylistFolder),
           m_clips(ClipsFolder(root)) {}
 
-    /// `status` is failed when the file could not be read.
-    Outcome Read(const CString& name, tag_P2EDL& edl, platform::IoStatus& status) {
-        const std::optional<Playlist> playlist = Find(name, status);
-        if (!playlist) {
-            return status ? Outcome::NoPlaylist : Outcome::NotRead;
-        }
-        if (playlist->items.empty()) {
-            return Outcome::NoItems;
+    bool Read(const CString& name, tag_P2EDL& edl) {
+        const std::optional<Playlist> playlist = Find(name);
+        if (!playlist || playlist->items.empty()) {
+            return false;
         }
         edl.Duration = TotalFrames(*playlist);
         edl.StartTimecode = 0;
         FillRate(*playlist, edl);
-        AddEvents(*playlist, edl);
-        return Outcome::Record;
+        edl.Events.Reserve(edl.Events.GetSize() + KeptItems(playlist->items));
+        for (const PlayItem& item : playlist->items) {
+            AddEvent(*playlist, item, edl);
+        }
+        return true;
     }
 
 private:
-    std::optional<Playlist> Find(const CString& name, platform::IoStatus& status) {
+    std::optional<Playlist> Find(const CString& name) {
         const std::optional<std::string> path = m_playlists.Find(name + kPlaylistExtension);
-        if (!path) {
-            status = {platform::IoError::NotFound, "it is not in the folder that is read"};
-        }
-        return path ? ReadPlaylistFile(*path, status) : std::nullopt;
-    }
-
-    /// An event is some thirty times its item: room is made for what is kept alone.
-    void AddEvents(const Playlist& playlist, tag_P2EDL& edl) {
-        const std::int64_t kept =
-            std::count_if(playlist.items.begin(), playlist.items.end(),
-                          [this](const PlayItem& item) { return ClipOf(item) != nullptr; });
-        edl.Events.Reserve(edl.Events.GetSize() + kept);
-        for (const PlayItem& item : playlist.items) {
-            AddEvent(playlist, item, edl);
-        }
+        return path ? ReadPlaylistFile(*path) : std::nullopt;
     }
 
     /// Null when the clip cannot be read.
     const _tag_P2Clip* ClipOf(const PlayItem& item) {
-        const auto known = m_known.find(item.Name());
-        if (known != m_known.end()) {
-            return known->second.get();
+        const auto [place, isNew] = m_known.try_emplace(std::string(item.Name()));
+        if (isNew) {
+            auto clip = std::make_unique<_tag_P2Clip>();
+            if (m_clips.Read(kAvchdFiles, platform::TextFromUtf8(place->first), *clip)) {
+                place->second = std::move(clip);
+            }
         }
-        auto clip = std::make_unique<_tag_P2Clip>();
-        if (!m_clips.Read(kAvchdFiles, platform::TextFromUtf8(item.Name()), *clip)) {
-            clip.reset();
-        }
-        return m_known.emplace(item.Name(), std::move(clip)).first->second.get();
+        return place->second.get();
+    }
+
+    /// An event is some thirty times its item: room is made for those alone whose clip is there.
+    std::int64_t KeptItems(const std::vector<PlayItem>& items) {
+        return std::count_if(items.begin(), items.end(),
+                             [this](const PlayItem& item) { return ClipOf(item) != nullptr; });
     }
 
     void AddEvent(const Playlist& playlist, const PlayItem& item, tag_P2EDL& edl) {
@@ -142,39 +128,17 @@ private:
     FolderFiles m_playlists;
     ClipSource m_clips;
     /// Null for a clip that cannot be read; a hostile list names thousands of these.
-    std::map<std::string, std::unique_ptr<_tag_P2Clip>, std::less<>> m_known;
+    std::map<std::string, std::unique_ptr<_tag_P2Clip>> m_known;
 };
-
-/// Appends the file's record, or tells why there is none.
-void TakeFile(const platform::FoundFile& file, PlaylistReader& reader, const OnOmitted& omitted,
-              CArray<tag_P2EDL>& edls) {
-    tag_P2EDL edl;
-    platform::IoStatus status;
-    const Outcome outcome = reader.Read(file.title, edl, status);
-    if (outcome == Outcome::Record) {
-        edl.Identity = platform::NewGuid();
-        edl.Date = DateOf(file.posixPath);
-        edl.Name = file.title;
-        edls.Add(std::move(edl));
-    } else if (outcome != Outcome::NoItems && media::IsCompanion(file.path)) {
-        omitted(file.path, Omission::Companion, "a companion file of a Mac");
-    } else if (outcome == Outcome::NoPlaylist) {
-        omitted(file.path, Omission::Undecodable, "no sound playlist");
-    } else if (outcome == Outcome::NotRead) {
-        const bool tooLarge = status.error == platform::IoError::TooLarge;
-        omitted(file.path, tooLarge ? Omission::TooLarge : Omission::Unreadable, status.reason);
-    }
-}
 
 } // namespace
 
 bool ReadPlaylist(const CString& card, const CString& name, tag_P2EDL& edl) {
-    platform::IoStatus status;
     return !card.IsEmpty() && !name.IsEmpty() &&
-           PlaylistReader(media::WithDrive(card)).Read(name, edl, status) == Outcome::Record;
+           PlaylistReader(media::WithDrive(card)).Read(name, edl);
 }
 
-bool ScanPlaylists(const CString& card, const OnOmitted& omitted, CArray<tag_P2EDL>& edls) {
+bool ScanPlaylists(const CString& card, CArray<tag_P2EDL>& edls) {
     const CString root = media::WithDrive(card);
     CString folder = root + kAvchdFolder + kPlaylistFolder;
     if (!FolderExists(folder)) {
@@ -189,16 +153,13 @@ bool ScanPlaylists(const CString& card, const OnOmitted& omitted, CArray<tag_P2E
     PlaylistReader reader(root);
     for (const platform::FoundFile& file :
          platform::FindFiles(folder + L"*" + kPlaylistExtension, status)) {
-        try {
-            if (!file.isFolder) {
-                TakeFile(file, reader, omitted, edls);
-            }
-        } catch (const std::exception& error) { // a list that is beyond memory is one list less
-            omitted(file.path, Omission::TooLarge, error.what());
+        tag_P2EDL edl;
+        if (!file.isFolder && reader.Read(file.title, edl)) {
+            edl.Identity = platform::NewGuid();
+            edl.Date = DateOf(file.posixPath);
+            edl.Name = file.title;
+            edls.Add(std::move(edl));
         }
-    }
-    if (!status && status.error != platform::IoError::NotFound) {
-        omitted(folder, Omission::FolderUnreadable, status.reason);
     }
     return true;
 }

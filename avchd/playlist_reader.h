@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "avchd/clip_scan.h"
 #include "media/P2EDL.h"
 #include "platform/CArray.h"
 #include "platform/CString.h"
@@ -16,8 +15,7 @@ namespace nqp2::avchd {
 /// playlist or none with items.
 bool ReadPlaylist(const CString& card, const CString& name, tag_P2EDL& edl);
 
-/// Appends the card's playlists in the order of their folder; one that cannot be read does not keep
-/// the others away. False when there is no such folder.
-bool ScanPlaylists(const CString& card, const OnOmitted& omitted, CArray<tag_P2EDL>& edls);
+/// Appends the card's playlists in the order of their folder. False when there is no such folder.
+bool ScanPlaylists(const CString& card, CArray<tag_P2EDL>& edls);
 
 } // namespace nqp2::avchd

@@ -135,8 +135,6 @@ public:
     /// Appends the AVCHD card's playlists as edit lists. Returns 0, or 1 when there is no playlist
     /// folder.
     __int64 LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls);
-    /// The same scan; `report` receives (appended) what was left out.
-    __int64 LoadAVCHDEdl(const CString& card, CArray<tag_P2EDL>& edls, nqp2::ScanReport& report);
     /// Fills `edl` from PLAYLIST/`name`.MPL: an event for each item whose clip can be read, with that
     /// clip's record, all at offset 0 and with exclusive out points. Returns 1, or 0 with the record
     /// untouched when the playlist cannot be decoded or is empty.

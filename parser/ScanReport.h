@@ -24,7 +24,7 @@ enum class SkipReason : std::int32_t {
     UnsafeName,    ///< its name is none that a card's files can have: these were not looked for
     FolderUnreadable, ///< the folder could not be read to its end
     NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
-    Undecodable,      ///< a damaged file of an AVCHD card, or one that tells of no video
+    Undecodable,      ///< clip information of an AVCHD card that is damaged or tells of no video
     NotDescribed,     ///< a camera file that the worker did not describe
 };
 

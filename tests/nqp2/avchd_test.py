@@ -82,18 +82,6 @@ class AvchdTest(SampleTest):
                       table.stdout)
         self.assertEqual(table.stderr, "3 edit lists\n")
 
-        folder = card / "AVCHD/BDMV/PLAYLIST"
-        many = bytearray((folder / "00000.MPL").read_bytes())
-        items = int.from_bytes(many[8:12], "big")
-        many[items + 6:items + 8] = (16001).to_bytes(2, "big")
-        (folder / "00008.MPL").write_bytes(many)
-        (folder / "00009.MPL").write_bytes(b"MPLS")
-        result = run("playlists", card, "--strict")
-        self.assertEqual((result.returncode, result.stdout), (4, table.stdout))
-        self.assertEqual(sorted(line for line in result.stderr.splitlines() if "nqp2" in line),
-                         [f"nqp2: {folder}/00008.MPL: skipped (too large: it has more than 16000 "
-                          "items)", f"nqp2: {folder}/00009.MPL: skipped (no sound playlist)"])
-
     def test_camera_files_that_the_worker_cannot_read_are_no_clips(self):
         folder = self.make("camera")
         document = self.listed("clips", folder, "--report")

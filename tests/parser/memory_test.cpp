@@ -64,7 +64,8 @@ Outcome LoadAvchdClips(const CString& root) {
 }
 Outcome LoadPlaylists(const CString& root) {
     return Loaded<tag_P2EDL>([&](CNQP2Parser& parser, auto& edls, ScanReport& report) {
-        parser.LoadAVCHDEdl(root, edls, report);
+        // Tells of none that it leaves out.
+        report.skipped.SetSize(parser.LoadAVCHDEdl(root, edls) == 0 && edls.IsEmpty() ? 1 : 0);
     });
 }
 Outcome LoadIngest(const CString& root) {

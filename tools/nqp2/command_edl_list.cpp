@@ -6,7 +6,10 @@
 #include "tools/nqp2/edl_output.h"
 #include "tools/nqp2/scan_report_output.h"
 
+#include "platform/TextBytes.h"
+
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <memory>
 #include <string>
@@ -17,6 +20,7 @@ namespace {
 struct EdlListOptions {
     std::string card;
     EdlForm form;
+    bool strict = false;
 };
 
 struct EdlScan {
@@ -34,9 +38,28 @@ EdlScan LoadEdls(const Card& card) {
     return scan;
 }
 
+/// A line for each loss; the status that they amount to.
+Status TellLosses(Console& console, const ScanReport& report, bool strict) {
+    Status status = kDone;
+    for (const SkippedFile& file : report.skipped) {
+        if (file.reason == SkipReason::FolderUnreadable) {
+            console.Message(fmt::format("nqp2: {}: cannot be read to its end ({})",
+                                        PositionText(file), BytesFromText(file.text)));
+            status = kFailed;
+        } else if (file.reason != SkipReason::Companion) { // of which nothing is lost
+            console.Message(
+                fmt::format("nqp2: {}: skipped ({})", PositionText(file), ReasonText(file)));
+            status = strict && status == kDone ? kSkipped : status;
+        }
+    }
+    return status;
+}
+
 Status RunEdlList(Console& console, const EdlListOptions& options) {
     EdlScan scan = LoadEdls(Card(options.card));
-    return PrintEdls(console, scan.edls, scan.report, options.form);
+    PrintEdls(console, scan.edls, options.form);
+    console.Finish();
+    return TellLosses(console, scan.report, options.strict);
 }
 
 } // namespace
@@ -46,6 +69,7 @@ void AddEdlListCommand(CLI::App& group, Action& chosen) {
     CLI::App* command = group.add_subcommand("list", "List the edit lists of a card");
     AddCardArgument(*command, options->card);
     AddEdlForm(*command, options->form);
+    command->add_flag("--strict", options->strict, "Exit with 4 when a file was skipped");
     SetExample(*command, "nqp2 edl list /media/card --json");
     command->callback([options, &chosen] {
         chosen = [options](Console& console) { return RunEdlList(console, *options); };

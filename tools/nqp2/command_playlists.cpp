@@ -22,11 +22,11 @@ Status RunPlaylists(Console& console, const PlaylistsOptions& options) {
     const Card card(options.card);
     ReadyParser parser;
     CArray<tag_P2EDL> playlists;
-    ScanReport report;
-    if (parser->LoadAVCHDEdl(card.Root(), playlists, report) != 0) {
+    if (parser->LoadAVCHDEdl(card.Root(), playlists) != 0) {
         card.ThrowNoPlaylists();
     }
-    return PrintEdls(console, playlists, report, options.form);
+    PrintEdls(console, playlists, options.form);
+    return kDone;
 }
 
 } // namespace

@@ -5,10 +5,10 @@
 
 #include "platform/TextBytes.h"
 #include "tools/nqp2/clip_length.h"
+#include "tools/nqp2/console.h"
 #include "tools/nqp2/csv.h"
 #include "tools/nqp2/edl_fields.h"
 #include "tools/nqp2/json_output.h"
-#include "tools/nqp2/scan_report_output.h"
 #include "tools/nqp2/table.h"
 
 #include <CLI/CLI.hpp>
@@ -47,11 +47,9 @@ void AddEdlForm(CLI::App& command, EdlForm& form) {
     auto* json = command.add_flag("--json", form.json, "Print JSON, every field");
     command.add_flag("--csv", form.csv, "Print comma-separated values, every field")
         ->excludes(json);
-    command.add_flag("--strict", form.strict, "Exit with 4 when a file was skipped");
 }
 
-Status PrintEdls(Console& console, CArray<tag_P2EDL>& edls, const ScanReport& report,
-                 const EdlForm& form) {
+void PrintEdls(Console& console, CArray<tag_P2EDL>& edls, const EdlForm& form) {
     std::stable_sort(edls.begin(), edls.end(), [](const tag_P2EDL& left, const tag_P2EDL& right) {
         return left.Name.CompareNoCase(right.Name) < 0;
     });
@@ -63,8 +61,6 @@ Status PrintEdls(Console& console, CArray<tag_P2EDL>& edls, const ScanReport& re
     } else {
         PrintEdlTable(console, edls);
     }
-    console.Finish();
-    return TellLosses(console, report, form.strict);
 }
 
 } // namespace nqp2::tool

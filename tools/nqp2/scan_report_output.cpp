@@ -130,20 +130,4 @@ std::vector<std::string> ReportLines(const ScanReport& report) {
     return lines;
 }
 
-Status TellLosses(Console& console, const ScanReport& report, bool strict) {
-    Status status = kDone;
-    for (const SkippedFile& file : report.skipped) {
-        if (file.reason == SkipReason::FolderUnreadable) {
-            console.Message(fmt::format("nqp2: {}: cannot be read to its end ({})",
-                                        PositionText(file), BytesFromText(file.text)));
-            status = kFailed;
-        } else if (file.reason != SkipReason::Companion) { // of which nothing is lost
-            console.Message(
-                fmt::format("nqp2: {}: skipped ({})", PositionText(file), ReasonText(file)));
-            status = strict && status == kDone ? kSkipped : status;
-        }
-    }
-    return status;
-}
-
 } // namespace nqp2::tool

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "parser/ScanReport.h"
-#include "tools/nqp2/console.h"
 #include "tools/nqp2/value.h"
 
 #include <string>
@@ -25,9 +24,5 @@ std::string PositionText(const SkippedFile& file);
 
 /// Why a file was left out, in words.
 std::string ReasonText(const SkippedFile& file);
-
-/// Tells each loss in a line on standard error. Returns the status that they amount to; files alone
-/// amount to one only when it is `strict`.
-Status TellLosses(Console& console, const ScanReport& report, bool strict);
 
 } // namespace nqp2::tool

@@ -47,7 +47,7 @@ _nqp2() {
         ['ingest list']='--json --csv'
         ['ingest add']=''
         ['ingest remove']=''
-        [playlists]='--json --csv --strict'
+        [playlists]='--json --csv'
         [import]='--to --json --quiet --worker'
         [export]='--from --json --quiet --worker'
         [delete]='--worker'
