@@ -15,6 +15,8 @@
 #include "platform/guid_text.h"
 #include "platform/unicode.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <iterator>
 #include <map>
@@ -102,7 +104,7 @@ public:
         edl.Duration = TotalFrames(*playlist);
         edl.StartTimecode = 0;
         FillRate(*playlist, edl);
-        edl.Events.Reserve(edl.Events.GetSize() + std::ssize(playlist->items));
+        edl.Events.Reserve(edl.Events.GetSize() + KeptItems(playlist->items));
         for (const PlayItem& item : playlist->items) {
             AddEvent(*playlist, item, edl);
         }
@@ -122,6 +124,12 @@ private:
         return place->second.get();
     }
 
+    /// An event is some thirty times its item: room is made for those alone whose clip is there.
+    std::int64_t KeptItems(const std::vector<PlayItem>& items) {
+        return std::count_if(items.begin(), items.end(),
+                             [this](const PlayItem& item) { return ClipOf(item) != nullptr; });
+    }
+
     void AddEvent(const Playlist& playlist, const PlayItem& item, tag_P2EDL& edl) {
         const _tag_P2Clip* clip = ClipOf(item);
         if (clip == nullptr) {
@@ -130,7 +138,7 @@ private:
         tag_P2EDLClipTrackEvent event;
         event.Clip = *clip;
         event.Duration = playlist.FramesOf(item);
-        event.ClipName = platform::TextFromUtf8(item.Name());
+        event.ClipName = clip->ClipName;
         event.GlobalClipID =
             clip->GlobalClipID.IsEmpty() ? OwnClipId(playlist, item) : clip->GlobalClipID;
         event.GlobalClipGuid = media::GuidFromIdentifier(event.GlobalClipID);

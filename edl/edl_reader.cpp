@@ -18,6 +18,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -61,11 +62,14 @@ constexpr std::array<std::string_view, kEventPaths> kBelowEvent = {
 /// once and shared by their records.
 class RepeatedTexts {
 public:
+    explicit RepeatedTexts(xml::TextBudget& budget) : m_budget(budget) {}
+
     CString TextOf(EventPath path, const dom::Node& node) {
         std::string scratch;
         const std::string_view utf8 = dom::Text(node, scratch);
+        m_budget.Spend(utf8.size());
         if (!scratch.empty()) {
-            return platform::TextFromUtf8(utf8); // gone with this call
+            return platform::TextFromUtf8(utf8); // the bytes are gone with this call
         }
         Last& last = m_last[static_cast<std::size_t>(path)];
         if (last.utf8 != utf8) {
@@ -86,6 +90,8 @@ private:
         std::string_view utf8; ///< in the document
         CString text;
     };
+
+    xml::TextBudget& m_budget;
     std::array<Last, kEventPaths> m_last;
     CString m_identifier;
     GUID m_guid;
@@ -185,17 +191,28 @@ constexpr std::array<std::string_view, kHeadPaths> kBelowContent = {
 /// The texts that stand once in a list.
 class HeadTexts {
 public:
-    explicit HeadTexts(const dom::Document& document) {
+    HeadTexts(const dom::Document& document, xml::TextBudget& budget) : m_budget(budget) {
         static const dom::PathSet paths(kBelowContent);
         paths.FindBehind("//P2Main/EditContent", document.Content()->DocumentNode(), m_nodes);
     }
     [[nodiscard]] CString operator[](HeadPath path) const {
-        const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
-        return node != nullptr ? xml::TextOf(*node) : CString();
+        std::string scratch;
+        const std::string_view utf8 = Utf8(path, scratch);
+        m_budget.Spend(utf8.size());
+        return platform::TextFromUtf8(utf8);
     }
-    [[nodiscard]] std::int32_t Number(HeadPath path) const { return ToInt32((*this)[path].View()); }
+    [[nodiscard]] std::int32_t Number(HeadPath path) const {
+        std::string scratch;
+        return ToInt32(Utf8(path, scratch));
+    }
 
 private:
+    [[nodiscard]] std::string_view Utf8(HeadPath path, std::string& scratch) const {
+        const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
+        return node != nullptr ? dom::Text(*node, scratch) : std::string_view();
+    }
+
+    xml::TextBudget& m_budget;
     std::array<dom::Node*, kHeadPaths> m_nodes{};
 };
 
@@ -206,12 +223,26 @@ void ReadCodec(CMarkupMSXML& reader, const HeadTexts& head, tag_P2EDL& edl) {
         asked && reader.GetNodeAttribute(L"//P2Main/EditContent/Codec", L"Class") == L"50" ? 1 : 0;
 }
 
+/// Refuses what an edit list may not hold before room is made for it.
+void CheckEvents(const dom::NodeList& events, const dom::Document& document) {
+    if (events.Length() > kMaxEvents) {
+        throw std::length_error("it has more than " + std::to_string(kMaxEvents) + " events");
+    }
+    xml::TextBudget budget(document);
+    std::string scratch;
+    for (std::size_t i = 0; i < events.Length(); ++i) {
+        budget.Spend(dom::Text(*events.Item(i), scratch).size());
+    }
+}
+
 /// A list without events yields one, made of nothing. Kept: hosts rely on it.
-void ReadEvents(CMarkupMSXML& reader, const wchar_t* path, tag_P2EDL& edl) {
+void ReadEvents(CMarkupMSXML& reader, const wchar_t* path, xml::TextBudget& budget,
+                tag_P2EDL& edl) {
     const IXMLDOMNodeListPtr list =
         reader.GetDocumentPtr()->SelectNodes(platform::Utf8FromText(path));
+    CheckEvents(*list, *reader.GetDocumentPtr());
     edl.Events.SetSize(static_cast<std::int64_t>(std::max<std::size_t>(list->Length(), 1)));
-    RepeatedTexts repeated;
+    RepeatedTexts repeated(budget);
     for (tag_P2EDLClipTrackEvent& event : edl.Events) {
         ReadEvent(list->Next().get(), repeated, event);
     }
@@ -226,7 +257,8 @@ const wchar_t* EventsPath(const CString& schema) {
 } // namespace
 
 bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl) {
-    const HeadTexts head(*reader.GetDocumentPtr());
+    xml::TextBudget budget(*reader.GetDocumentPtr(), kMaxText);
+    const HeadTexts head(*reader.GetDocumentPtr(), budget);
     edl.Duration = head.Number(HeadPath::Duration);
     if (!ReadEditUnit(head[HeadPath::EditUnit], edl.EditUnit)) {
         return false;
@@ -240,7 +272,7 @@ bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl) {
     if (schema.Find(L"EditMetadata") < 0) {
         return false;
     }
-    ReadEvents(reader, EventsPath(schema), edl);
+    ReadEvents(reader, EventsPath(schema), budget, edl);
     if (edl.IconPath.IsEmpty()) {
         edl.IconPath = edl.Events[0].Clip.IconPath;
     }

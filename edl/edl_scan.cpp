@@ -20,6 +20,7 @@
 #include "xml/MarkupMSXML.h"
 
 #include <algorithm>
+#include <exception>
 #include <optional>
 #include <string>
 #include <utility>
@@ -74,7 +75,8 @@ bool LoadFile(CMarkupMSXML& reader, const CString& path, const platform::IoStatu
     return status ? reader.LoadBytes(content) != 0 : reader.LoadXml(path) != 0;
 }
 
-/// Reads one file. Returns false, with the reason in `loss`, when it gives no record.
+/// Reads one file. Returns false, with the reason in `loss`, when it gives no record; throws what
+/// its reader does for a list that is too large.
 bool TakeFile(const platform::FoundFile& file, const std::string& content, CMarkupMSXML& reader,
               tag_P2EDL& edl, SkippedList& loss) {
     if (!loss.status && loss.status.error != platform::IoError::TooLarge) {
@@ -93,6 +95,17 @@ bool TakeFile(const platform::FoundFile& file, const std::string& content, CMark
     const bool isList = ReadEditList(reader, edl);
     watch.Require();
     return isList;
+}
+
+/// One file after another: what one of them asks of memory must not end the scan.
+bool TryTakeFile(const platform::FoundFile& file, const std::string& content, CMarkupMSXML& reader,
+                 tag_P2EDL& edl, SkippedList& loss) {
+    try {
+        return TakeFile(file, content, reader, edl, loss);
+    } catch (const std::exception& error) {
+        loss.status = {platform::IoError::TooLarge, error.what()};
+        return false;
+    }
 }
 
 /// Folders are no files; all else that has a list's name is one or is skipped.
@@ -136,7 +149,7 @@ platform::IoStatus ScanEditLists(const CString& folder, CMarkupMSXML& reader,
         loss.status = IsReadable(file) ? contents.Next(content) : NotOpened();
         tag_P2EDL edl;
         edl.IconPath = icons.Beside(file);
-        if (TakeFile(file, content, reader, edl, loss)) {
+        if (TryTakeFile(file, content, reader, edl, loss)) {
             edls.Add(std::move(edl));
         } else if (skipped != nullptr) {
             loss.file = file;

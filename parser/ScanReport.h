@@ -11,8 +11,8 @@
 
 namespace nqp2 {
 
-/// Why a file that the scan met is not among its clips or edit lists, or is there with something
-/// missing.
+/// Why a file that the scan met is not among its clips, edit lists or playlists, or is there with
+/// something missing.
 enum class SkipReason : std::int32_t {
     NotWellFormed, ///< the file is no well-formed XML; line and column are set
     DocumentType,  ///< the file carries a DTD, which is refused
@@ -21,7 +21,7 @@ enum class SkipReason : std::int32_t {
     Companion,     ///< "._" file that a Mac leaves beside each copied file: nothing is lost
     IsFolder,      ///< a folder with a clip file's name
     NoClipContent, ///< well-formed, but without P2Main/ClipContent: listed as a clip all the same
-    UnsafeName,    ///< the clip name inside is no plain file name: its files were not looked for
+    UnsafeName,    ///< its name is none that a card's files can have: these were not looked for
     FolderUnreadable, ///< the folder could not be read to its end
     NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
     Undecodable,      ///< clip information that is damaged or tells of no video, a playlist that is

@@ -10,6 +10,7 @@
 #include "platform/guard.h"
 #include "platform/PathText.h"
 
+#include <exception>
 #include <vector>
 
 namespace nqp2::parser {
@@ -62,6 +63,17 @@ bool LoadFolder(const CString& folder, CMarkupMSXML& reader, CArray<tag_P2EDL>& 
     return true;
 }
 
+/// A folder that asks too much of memory is one that could not be read to its end.
+bool TryLoadFolder(const CString& folder, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls,
+                   ScanReport& report) {
+    try {
+        return LoadFolder(folder, reader, edls, report);
+    } catch (const std::exception& error) {
+        report.skipped.Add(FolderRemark(folder, {platform::IoError::Other, error.what()}));
+        return false;
+    }
+}
+
 } // namespace
 } // namespace nqp2::parser
 
@@ -76,7 +88,7 @@ __int64 CNQP2Parser::LoadCardEdls(const CString& root, CArray<tag_P2EDL>& edls,
         if (m_pMarkup != nullptr) {
             for (const CString& folder :
                  {nqp2::edl::EditListFolder(root), nqp2::edl::ContentsEditListFolder(root)}) {
-                found = nqp2::parser::LoadFolder(folder, *m_pMarkup, edls, report) || found;
+                found = nqp2::parser::TryLoadFolder(folder, *m_pMarkup, edls, report) || found;
             }
         }
         return found ? kRead : kCannotRead;

@@ -12,6 +12,7 @@
 #include <array>
 #include <cstdint>
 #include <string_view>
+#include <unordered_set>
 
 namespace nqp2::parser {
 namespace {
@@ -82,12 +83,12 @@ void ReadDates(const ClipTexts& texts, _tag_P2Clip& clip) {
     clip.EndDate = media::WithoutZone(texts.Text(ClipPath::EndDate));
 }
 
-_tag_P2Memo ReadMemo(const ClipTexts& texts, const dom::Node& node) {
-    static constexpr std::array<std::string_view, 6> kNames = {
-        "Offset", "Person", "Text", "VoiceBitsPerSample", "VoiceSamplingRate", "VoiceFormat"};
-    const auto [offset, person, text, bits, rate, format] = texts.Children(node, kNames);
+_tag_P2Memo ReadMemo(const ClipTexts& texts, const dom::Node& node, std::int32_t offset) {
+    static constexpr std::array<std::string_view, 5> kNames = {
+        "Person", "Text", "VoiceBitsPerSample", "VoiceSamplingRate", "VoiceFormat"};
+    const auto [person, text, bits, rate, format] = texts.Children(node, kNames);
     _tag_P2Memo memo;
-    memo.Offset = platform::ToInt32(offset.View());
+    memo.Offset = offset;
     memo.Person = person;
     memo.Text = text;
     memo.VoiceBitsPerSample = platform::ToInt32(bits.View());
@@ -96,11 +97,21 @@ _tag_P2Memo ReadMemo(const ClipTexts& texts, const dom::Node& node) {
     return memo;
 }
 
+/// Appends the memos but those of an offset that is there already: a memo of a file takes a few
+/// bytes, its record many.
 void ReadMemos(const ClipTexts& texts, _tag_P2Clip& clip) {
-    for (const dom::Node* const node : texts.All(kMemoPath)) {
-        clip.Memos.Add(ReadMemo(texts, *node));
-    }
+    static constexpr std::array<std::string_view, 1> kOffset = {"Offset"};
     RemoveRepeatedMemos(clip.Memos);
+    std::unordered_set<std::int32_t> offsets;
+    for (const _tag_P2Memo& memo : clip.Memos) {
+        offsets.insert(memo.Offset);
+    }
+    for (const dom::Node* const node : texts.All(kMemoPath)) {
+        const std::int32_t offset = platform::ToInt32(texts.Children(*node, kOffset)[0].View());
+        if (offsets.insert(offset).second) {
+            clip.Memos.Add(ReadMemo(texts, *node, offset));
+        }
+    }
 }
 
 void ReadProxy(const ClipTexts& texts, _tag_P2Proxy& proxy) {

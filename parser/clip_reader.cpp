@@ -166,10 +166,6 @@ void ReadNamedClip(const ClipTexts& texts, EssenceLookup& essence, _tag_P2Clip& 
 }
 
 void ReadScannedClip(const ClipTexts& texts, EssenceLookup& essence, _tag_P2Clip& clip) {
-    const CString name = texts.Text(ClipPath::ClipName);
-    if (!name.IsEmpty()) {
-        clip.ClipName = name;
-    }
     ReadSharedFields(texts, clip);
     clip.UnusedOffset = texts.Int32(ClipPath::UnusedOffset);
     const bool inFamily = media::FamilyOfCodec(clip.CodecName.View()) != media::CodecFamily::Other;

@@ -8,8 +8,6 @@
 #include "xml/dom/path_set.h"
 #include "xml/dom/select.h"
 
-#include <stdexcept>
-
 namespace nqp2::parser {
 namespace {
 
@@ -30,7 +28,8 @@ std::string FullPath(std::string_view below) {
 
 } // namespace
 
-ClipTexts::ClipTexts(dom::Document& document, TextPool& pool) : m_document(document), m_pool(pool) {
+ClipTexts::ClipTexts(dom::Document& document, TextPool& pool)
+    : m_document(document), m_pool(pool), m_budget(document) {
     m_contents = Paths().FindBehind(kClipContentPath, document.Content()->DocumentNode(), m_nodes);
 }
 
@@ -42,10 +41,7 @@ CString ClipTexts::Text(ClipPath path) const {
 CString ClipTexts::TextOf(const dom::Node& node) const {
     std::string scratch;
     const std::string_view text = dom::Text(node, scratch);
-    if (text.size() > m_textLeft) {
-        throw std::length_error("the clip's values take more text than metadata may");
-    }
-    m_textLeft -= text.size();
+    m_budget.Spend(text.size());
     return m_pool.TextOf(text);
 }
 

@@ -8,6 +8,7 @@
 #include "platform/CString.h"
 #include "platform/Guid.h"
 #include "xml/dom/document.h"
+#include "xml/query_text.h"
 
 #include <array>
 #include <cstdint>
@@ -17,10 +18,9 @@
 
 namespace nqp2::parser {
 
-/// The values of one clip file, gathered in a single pass over its tree. They may take as much text
-/// as a file may have; elements that nest within each other could multiply it without end, so that
-/// more throws std::length_error. Each is the first node,
-/// in document order, that the path selects: just what asking path by path would give.
+/// The values of one clip file, gathered in a single pass over its tree. Each is the first node, in
+/// document order, that the path selects: just what asking path by path would give. More text than
+/// a file of this size may give throws std::length_error.
 class ClipTexts {
 public:
     /// `document` must stay unchanged and both must outlive this object.
@@ -55,8 +55,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t kMaxText = std::size_t{32} * 1024 * 1024;
-
     [[nodiscard]] CString ChildText(const dom::Node& node, std::string_view name) const;
     [[nodiscard]] CString TextOf(const dom::Node& node) const;
 
@@ -64,7 +62,7 @@ private:
     TextPool& m_pool;
     std::vector<dom::Node*> m_contents;
     std::array<dom::Node*, kClipPathCount> m_nodes{};
-    mutable std::size_t m_textLeft = kMaxText;
+    mutable xml::TextBudget m_budget;
 };
 
 } // namespace nqp2::parser

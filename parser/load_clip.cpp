@@ -26,6 +26,13 @@ CString ContentsAbove(const CString& xmlPath) {
     return folder.Left(folder.ReverseFind(L'\\') + 1);
 }
 
+/// The file's name without its extension.
+CString TitleOf(const CString& path) {
+    const CString name = path.Mid(path.ReverseFind(L'\\') + 1);
+    const int dot = name.ReverseFind(L'.');
+    return dot < 0 ? name : name.Left(dot);
+}
+
 } // namespace
 
 __int64 CNQP2Parser::LoadClipInfo(CString root, CString clipName, _tag_P2Clip& clip) {
@@ -51,6 +58,7 @@ int CNQP2Parser::LoadClipFromXml(const CString& path, _tag_P2Clip& clip) {
             return 0;
         }
         TextPool pool;
+        clip.ClipName = TitleOf(path);
         EssenceLookup essence(ContentsAbove(path), EssenceLookup::Mode::OneClip);
         ReadScannedClip(ClipTexts(*m_pMarkup->GetDocumentPtr(), pool), essence, clip);
         return 1;

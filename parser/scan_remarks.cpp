@@ -26,6 +26,17 @@ SkipReason ReasonOf(dom::Fault fault) {
     }
 }
 
+SkipReason ReasonOf(platform::IoError error) {
+    switch (error) {
+    case platform::IoError::IsFolder:
+        return SkipReason::IsFolder;
+    case platform::IoError::TooLarge:
+        return SkipReason::TooLarge;
+    default:
+        return SkipReason::Unreadable;
+    }
+}
+
 const wchar_t* TextOf(SkipReason reason) {
     switch (reason) {
     case SkipReason::Companion:
@@ -35,7 +46,7 @@ const wchar_t* TextOf(SkipReason reason) {
     case SkipReason::NoClipContent:
         return L"no P2Main/ClipContent: listed, but no clip metadata";
     case SkipReason::UnsafeName:
-        return L"the clip name inside is no file name: its files were not looked for";
+        return L"its name is none that a card's files can have: these were not looked for";
     case SkipReason::NoEditList:
         return L"no edit list: its namespace or its edit unit is of another kind";
     default:
@@ -59,9 +70,7 @@ SkippedFile NotLoaded(const CString& path, const dom::ParseError& error) {
 }
 
 SkippedFile NotRead(const CString& path, const platform::IoStatus& status) {
-    SkippedFile file =
-        Remark(path, status.error == platform::IoError::IsFolder ? SkipReason::IsFolder
-                                                                 : SkipReason::Unreadable);
+    SkippedFile file = Remark(path, ReasonOf(status.error));
     if (file.text.IsEmpty()) {
         file.text = platform::TextFromUtf8(status.reason);
     }

@@ -4,12 +4,14 @@
 #include "platform/read_ahead.h"
 
 #include "platform/file_system.h"
+#include "platform/threads.h"
 
 #include <array>
 #include <chrono>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -33,14 +35,29 @@ IoStatus ReadBytes(const FileRequest& request, std::string& bytes) {
                             : Files().Read(request.path, request.limit, bytes);
 }
 
+void ReadFileOrThrow(const FileRequest& request, FileContent& file) {
+    FileInfo info;
+    const bool known = request.withInfo && Files().Stat(request.path, info);
+    file.info = known ? std::optional(info) : std::nullopt;
+    file.status = ReadBytes(request, file.bytes);
+}
+
+/// What is thrown becomes the file's status.
 void ReadFile(const FileRequest& request, FileContent& file) {
     try {
-        FileInfo info;
-        const bool known = request.withInfo && Files().Stat(request.path, info);
-        file.info = known ? std::optional(info) : std::nullopt;
-        file.status = ReadBytes(request, file.bytes);
+        ReadFileOrThrow(request, file);
     } catch (const std::exception& error) {
         file.status = {IoError::Other, error.what()};
+    }
+}
+
+/// False, whatever `file` then holds, when something was thrown.
+bool TryReadFile(const FileRequest& request, FileContent& file) noexcept {
+    try {
+        ReadFileOrThrow(request, file);
+        return true;
+    } catch (...) {
+        return false;
     }
 }
 
@@ -58,10 +75,14 @@ std::vector<FileRequest> WholeFiles(std::vector<std::string> paths, std::uint64_
 /// The threads and the window of files that they fill, slot by slot in turn.
 class ReadAhead::Crew {
 public:
-    Crew(const std::vector<FileRequest>& requests, std::size_t first)
-        : m_requests(requests), m_claimed(first), m_taken(first) {
-        for (std::thread& thread : m_threads) {
-            thread = std::thread([this] { Work(); });
+    /// As many threads as there are to be had; null when there is none.
+    static std::unique_ptr<Crew> Start(const std::vector<FileRequest>& requests,
+                                       std::size_t first) {
+        try {
+            std::unique_ptr<Crew> crew(new Crew(requests, first));
+            return crew->m_threads.front().joinable() ? std::move(crew) : nullptr;
+        } catch (const std::bad_alloc&) {
+            return nullptr;
         }
     }
 
@@ -72,7 +93,9 @@ public:
         }
         m_changed.notify_all();
         for (std::thread& thread : m_threads) {
-            thread.join();
+            if (thread.joinable()) {
+                thread.join();
+            }
         }
     }
 
@@ -81,22 +104,38 @@ public:
 
     void Take(FileContent& file) {
         std::unique_lock lock(m_mutex);
-        Slot& slot = m_slots[m_taken % kWindow];
+        const std::size_t index = m_taken;
+        Slot& slot = m_slots[index % kWindow];
         m_changed.wait(lock, [&] { return slot.filled; });
         slot.filled = false;
+        const bool hasFile = slot.hasFile;
         std::swap(file, slot.file);
         ++m_taken;
         lock.unlock();
         m_changed.notify_all();
+        if (!hasFile) {
+            ReadFile(m_requests[index], file);
+        }
     }
 
 private:
     struct Slot {
         bool filled = false;
+        bool hasFile = false; ///< else memory was short, as it may not be for a reader alone
         FileContent file;
     };
 
-    void Work() {
+    Crew(const std::vector<FileRequest>& requests, std::size_t first)
+        : m_requests(requests), m_claimed(first), m_taken(first) {
+        for (std::thread& thread : m_threads) {
+            thread = TryThread([this] { Work(); });
+            if (!thread.joinable()) {
+                return;
+            }
+        }
+    }
+
+    void Work() noexcept {
         std::unique_lock lock(m_mutex);
         while (true) {
             m_changed.wait(lock, [&] {
@@ -108,10 +147,11 @@ private:
             const std::size_t index = m_claimed++;
             lock.unlock();
             FileContent file;
-            ReadFile(m_requests[index], file);
+            const bool hasFile = TryReadFile(m_requests[index], file);
             lock.lock();
             Slot& slot = m_slots[index % kWindow];
             slot.file = std::move(file);
+            slot.hasFile = hasFile;
             slot.filled = true;
             m_changed.notify_all();
         }
@@ -141,7 +181,7 @@ void ReadAhead::Next(FileContent& file) {
     }
     ReadHere(file);
     if (m_slowReads == kSlowReadsInRow && m_next < m_requests.size()) {
-        m_crew = std::make_unique<Crew>(m_requests, m_next);
+        m_crew = Crew::Start(m_requests, m_next); // without one this thread reads on
     }
 }
 

@@ -35,8 +35,8 @@ struct FileContent {
 };
 
 /// Reads a list of files in order. When the medium turns out slow, a few threads read ahead while
-/// the caller works on what has come; on a fast one nothing but the caller's thread is used. What
-/// Next gives is the same in both cases.
+/// the caller works on what has come; on a fast one, and where no thread can be made, nothing but the
+/// caller's thread is used. What Next gives is the same in all cases.
 class ReadAhead {
 public:
     /// `limit`: files larger than this are not read (IoError::TooLarge).

@@ -118,6 +118,9 @@ class ClipsTest(ShownCardTest):
         # A clip without a date comes last.
         self.assertEqual(names("--sort", "date"),
                          ["0002AV", "0001DV", "0003LT", "0004NO", "0000UN"])
+        first = json.loads(run("clips", self.card.path, "--json").stdout)["clips"][0]
+        self.assertEqual((first["ShootStartTime"], first["ShootStartTimeStatus"]), (0, 2),
+                         "no other clip's date")
         self.assertEqual(names("--sort", "none"), in_folder)
 
     def test_strict_tells_by_status_that_something_was_skipped(self):

@@ -79,13 +79,15 @@ class ListTest(EdlTest):
             self.assertTrue(rows[1].endswith("\u2026"))
 
     def test_losses_decide_the_status(self):
-        for name, content in (("other.xml", b"<a/>"), ("._P001.XML", b"mac")):
+        many = edit_list("<Event/>" * 65537)
+        for name, content in (("other.xml", b"<a/>"), ("._P001.XML", b"mac"), ("many.xml", many)):
             self.write_list(name, content, "EDITLIST")
         result = run("edl", "list", self.card.path, "--strict", "--csv")
         self.assertEqual(result.returncode, 4)
         self.assertEqual([line.split(": ")[1:3] for line in sorted(result.stderr.splitlines())],
                          [[f"{self.card.path}/CONTENTS/EDITLIST/broken.xml:1:9",
                            "skipped (not well-formed XML"],
+                          [f"{self.card.path}/EDITLIST/many.xml", "skipped (too large"],
                           [f"{self.card.path}/EDITLIST/other.xml", "skipped (no edit list"]])
 
     def test_json_tells_both_folders_and_all_fields_in_declaration_order(self):

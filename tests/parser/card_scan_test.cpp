@@ -4,14 +4,18 @@
 #include "platform/DebugOutput.h"
 
 #include "platform/file_system.h"
+#include "platform/threads.h"
+#include "tests/avchd/avchd_bytes.h"
 #include "tests/parser/card_test.h"
 #include "tests/parser/clip_show.h"
+#include "tests/support/child_process.h"
 #include "tests/support/faulty_file_system.h"
 #include "xml/dom/XmlLimits.h"
 
 #include <filesystem>
 #include <mutex>
 #include <set>
+#include <sys/resource.h>
 #include <thread>
 
 namespace nqp2::parser {
@@ -113,9 +117,9 @@ TEST_F(CardScanTest, FindsALowerCaseCard) {
     folder.Write("contents/Proxy/0001aB.Mp4");
     const CArray<_tag_P2Clip> clips = Scan();
     ASSERT_EQ(clips.GetSize(), 1);
-    EXPECT_EQ(Below(clips[0].XmlPath), "CLIP\\0001AB.XML");
-    EXPECT_EQ(Below(clips[0].IconPath), "ICON\\0001AB.BMP");
-    EXPECT_EQ(Below(clips[0].ProxyPath), "PROXY\\0001AB.MP4");
+    EXPECT_EQ(Below(clips[0].XmlPath), "CLIP\\0001ab.XML");
+    EXPECT_EQ(Below(clips[0].IconPath), "ICON\\0001ab.BMP");
+    EXPECT_EQ(Below(clips[0].ProxyPath), "PROXY\\0001ab.MP4");
 }
 
 TEST_F(CardScanTest, ReadsFilesWhoseNamesAreNoUtf8) {
@@ -129,15 +133,29 @@ TEST_F(CardScanTest, ReadsFilesWhoseNamesAreNoUtf8) {
     EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), clips[0].ClipName, clip), 0);
 }
 
-TEST_F(CardScanTest, ASlowMediumIsReadAheadWithTheSameOutcome) {
+TEST_F(CardScanTest, ASlowMediumIsReadAheadByAsManyThreadsAsThereAreWithTheSameOutcome) {
     const auto outcome = [&] {
         std::vector<ClipShow::Shown> clips;
         for (const _tag_P2Clip& clip : Scan()) {
             clips.push_back(ClipShow(clip, m_card.Contents()).Fields());
         }
-        return std::pair(clips, Remarks());
+        CArray<tag_P2EDL> edls;
+        CArray<_tag_P2Clip> others;
+        EXPECT_EQ(m_parser.LoadEdl(m_card.Root(), edls), 0);
+        EXPECT_EQ(m_parser.LoadAVCHDClip(m_card.Root(), others), 0);
+        std::vector<CString> edlNames;
+        for (const tag_P2EDL& edl : edls) {
+            edlNames.push_back(edl.Name);
+        }
+        return std::tuple(clips, Remarks(), edlNames, NamesOf(others));
     };
     AddClips(60);
+    for (int i = 0; i < 20; ++i) {
+        m_card.Folder().Write("EDITLIST/P" + std::to_string(100 + i) + ".XML",
+                              "<P2Main xmlns=\"EditMetadata\"/>");
+        m_card.Folder().Write("BDMV/CLIPINF/000" + std::to_string(10 + i) + ".CPI",
+                              test::ClipBytes({}));
+    }
     const std::string large(300'000, ' '); // beyond what is read ahead
     for (int i = 0; i < 5; ++i) {
         const std::string number = std::to_string(i);
@@ -146,8 +164,10 @@ TEST_F(CardScanTest, ASlowMediumIsReadAheadWithTheSameOutcome) {
         m_card.Folder().MakeFolder("CONTENTS/CLIP/folder" + number + ".XML");
     }
     const auto plain = outcome();
-    ASSERT_EQ(plain.first.size(), 65U);
-    ASSERT_EQ(plain.second.size(), 10U);
+    ASSERT_EQ(std::get<0>(plain).size(), 65U);
+    ASSERT_EQ(std::get<1>(plain).size(), 10U);
+    ASSERT_EQ(std::get<2>(plain).size(), 20U);
+    ASSERT_EQ(std::get<3>(plain).size(), 20U);
 
     FaultyFileSystem slow;
     std::mutex lock;
@@ -160,8 +180,22 @@ TEST_F(CardScanTest, ASlowMediumIsReadAheadWithTheSameOutcome) {
         }
     });
     const platform::ScopedFileSystem scope(slow);
-    EXPECT_EQ(outcome(), plain);
-    EXPECT_GT(readers.size(), 1U) << "several threads read";
+    for (int threads = 0; threads <= 12; ++threads) { // each of the three scans asks for four
+        readers.clear();
+        const platform::ScopedThreadLimit limit(threads);
+        EXPECT_EQ(outcome(), plain) << threads;
+        EXPECT_EQ(readers.size() > 1, threads > 0) << threads;
+    }
+    // And as the system itself refuses them.
+    std::filesystem::permissions(m_card.Folder().Path(), std::filesystem::perms(0755));
+    EXPECT_EQ(test::RunInChild([&] {
+                  constexpr rlimit kNone = {0, 0};
+                  readers.clear();
+                  const bool limited =
+                      test::BecomeOrdinaryUser() && setrlimit(RLIMIT_NPROC, &kNone) == 0;
+                  return limited && outcome() == plain && readers.size() == 1 ? 0 : 1;
+              }),
+              0);
 }
 
 TEST_F(CardScanTest, AsksTheFileSystemOnceAClip) {

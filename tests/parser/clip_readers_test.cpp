@@ -370,26 +370,32 @@ TEST_F(ClipReadersTest, TreatTheseCircumstancesAlike) {
         Given("ShootStartTime", "", "", "wrong length", {{kStart, longDate}}),
         Given("StartDate", "2005-02-01T08:58:44.5", "", "wrong length", {{kStart, longDate}}),
         Given("ShootStartTime", "invalid", "", "month 13", {{kStart, "2005-13-01T08:58:44+08:00"}}),
-
-        Given("XmlPath", "", "", "the name inside is not the file's", {{"ClipName", "0009ZZ"}}),
     };
     for (const Row& row : rows) {
         Check(row, row.named);
     }
 }
 
-TEST_F(ClipReadersTest, AMissingNameIsEmptyByNameAndTheFilesTitleInTheScan) {
-    m_card.AddFile("CLIP/0001AB.XML", test::ClipXml({{"Duration", "5"}}));
+TEST_F(ClipReadersTest, TheNameIsThatInsideByNameAndTheFilesTitleInTheScan) {
     m_card.AddFile("AUDIO/00.MXF");
-    const ClipShow named = Named();
-    EXPECT_EQ(named["ClipName"], "");
-    EXPECT_EQ(named["UserClipName"], "");
-    EXPECT_EQ(named["AudioPath"], "AUDIO\\00.MXF - - - - - - - ");
-    const ClipShow scanned = Scanned();
-    EXPECT_EQ(scanned["ClipName"], "0001AB");
-    EXPECT_EQ(scanned["UserClipName"], "0001AB");
-    EXPECT_EQ(scanned["VideoPath"], "VIDEO\\0001AB.MXF");
-    EXPECT_EQ(scanned["XmlPath"], "CLIP\\0001AB.XML");
+    m_card.AddFile("PROXY/0009ZZ.MP4");
+    m_card.AddFile("ICON/0001AB.BMP");
+    for (const char* const inside : {"", "0009ZZ", "..\\x"}) {
+        m_card.AddFile("CLIP/0001AB.XML", test::ClipXml({{"ClipName", inside}}));
+        const ClipShow named = Named();
+        EXPECT_EQ(named["ClipName"], inside);
+        EXPECT_EQ(named["UserClipName"], inside);
+        EXPECT_EQ(named["AudioPath"], *inside == '\0' ? "AUDIO\\00.MXF - - - - - - - " : "");
+        EXPECT_EQ(named["ProxyPath"], *inside == '0' ? "PROXY\\0009ZZ.MP4" : "");
+        EXPECT_EQ(named["XmlPath"], "");
+        const ClipShow scanned = Scanned();
+        EXPECT_EQ(scanned["ClipName"], "0001AB");
+        EXPECT_EQ(scanned["UserClipName"], "0001AB");
+        EXPECT_EQ(scanned["VideoPath"], "VIDEO\\0001AB.MXF");
+        EXPECT_EQ(scanned["IconPath"], "ICON\\0001AB.BMP");
+        EXPECT_EQ(scanned["ProxyPath"], "");
+        EXPECT_EQ(scanned["XmlPath"], "CLIP\\0001AB.XML");
+    }
 }
 
 TEST_F(ClipReadersTest, ReadingByNameKeepsWhatItDoesNotRead) {

@@ -41,11 +41,14 @@ constexpr Field<Proxy> kProxyFields[] = {
 
 using Clip = _tag_P2Clip;
 
+/// A scan's record keeps the moment of the clip before where the metadata have no start; shown is
+/// that there is none.
 Value ShootStartDays(const Clip& clip) {
-    return clip.ShootStartTime.GetDays();
+    return clip.StartDate.IsEmpty() ? 0.0 : clip.ShootStartTime.GetDays();
 }
 Value ShootStartStatus(const Clip& clip) {
-    return static_cast<std::int32_t>(clip.ShootStartTime.GetStatus());
+    return static_cast<std::int32_t>(clip.StartDate.IsEmpty() ? COleDateTime::null
+                                                              : clip.ShootStartTime.GetStatus());
 }
 Value AudioPaths(const Clip& clip) {
     List paths;
@@ -57,12 +60,11 @@ Value AudioPaths(const Clip& clip) {
 Value ProxyRecord(const Clip& clip) {
     return Fields(kProxyFields, clip.Proxy);
 }
+Record MemoRecord(const Memo& memo) {
+    return Fields(kMemoFields, memo);
+}
 Value MemoRecords(const Clip& clip) {
-    List memos;
-    for (const Memo& memo : clip.Memos) {
-        memos.emplace_back(Fields(kMemoFields, memo));
-    }
-    return memos;
+    return SequenceOf(clip.Memos, MemoRecord);
 }
 Value ClipCodeType(const Clip& clip) {
     return CodeTypeRecord(CodeTypeOf(clip));

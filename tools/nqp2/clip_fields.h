@@ -10,7 +10,8 @@
 namespace nqp2::tool {
 
 /// Every field of a clip under its own name in declaration order, then what its codec and rate
-/// stand for (CodeType, VideoStandard). Paths are POSIX paths, absent files "".
+/// stand for (CodeType, VideoStandard). Paths are POSIX paths, absent files "". Memos are converted
+/// when they are printed: the clip must outlive the record.
 Record ClipRecord(const _tag_P2Clip& clip);
 
 /// What a clip's codec and rate stand for.

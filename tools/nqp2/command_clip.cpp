@@ -61,7 +61,8 @@ _tag_P2Clip ReadClip(const ClipOptions& options) {
 
 Status RunClip(Console& console, const ClipOptions& options) {
     RequirePlainName(options.name);
-    const Record record = ClipRecord(ReadClip(options));
+    const _tag_P2Clip clip = ReadClip(options);
+    const Record record = ClipRecord(clip);
     if (options.json) {
         PrintJson(console, record);
     } else {

@@ -6,24 +6,30 @@
 #include "tools/nqp2/console.h"
 #include "tools/nqp2/display_text.h"
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace nqp2::tool {
 namespace {
 
-std::string CsvCell(const std::string& text) {
-    std::string shown = Printable(text, LineBreaks::Keep);
+/// A list of many events is one long cell: no copy is made only to double its quotes.
+void PrintCell(Console& console, const std::string& text) {
+    const std::string shown = Printable(text, LineBreaks::Keep);
     if (shown.find_first_of(",\"\n") == std::string::npos) {
-        return shown;
+        console.Write(shown);
+        return;
     }
-    std::string quoted = "\"";
-    for (const char ch : shown) {
-        quoted += ch;
-        if (ch == '"') {
-            quoted += ch;
-        }
+    console.Write("\"");
+    std::string_view left = shown;
+    for (std::size_t quote = left.find('"'); quote != std::string_view::npos;
+         quote = left.find('"')) {
+        console.Write(left.substr(0, quote + 1));
+        console.Write("\"");
+        left.remove_prefix(quote + 1);
     }
-    return quoted + '"';
+    console.Write(left);
+    console.Write("\"");
 }
 
 void PrintRow(Console& console, const std::vector<FlatField>& fields,
@@ -31,7 +37,7 @@ void PrintRow(Console& console, const std::vector<FlatField>& fields,
     const char* separator = "";
     for (const FlatField& field : fields) {
         console.Write(separator);
-        console.Write(CsvCell(field.*member));
+        PrintCell(console, field.*member);
         separator = ",";
     }
     console.Write("\r\n");

@@ -79,16 +79,15 @@ void TakeEditUnit(Edl& edl, const InputValue& input) {
     edl.EditUnit = {unit[0], unit[1]};
 }
 
-Value Events(const Edl& edl) {
-    List events;
-    for (const Event& event : edl.Events) {
-        Record record = Fields(kEventFields, event);
-        if (!event.Clip.ClipName.IsEmpty()) { // readers of P2 edit lists leave it fresh
-            record.push_back({"Clip", ClipRecord(event.Clip)});
-        }
-        events.emplace_back(std::move(record));
+Record EventRecord(const Event& event) {
+    Record record = Fields(kEventFields, event);
+    if (!event.Clip.ClipName.IsEmpty()) { // readers of P2 edit lists leave it fresh
+        record.push_back({"Clip", ClipRecord(event.Clip)});
     }
-    return events;
+    return record;
+}
+Value Events(const Edl& edl) {
+    return SequenceOf(edl.Events, EventRecord);
 }
 void TakeEvents(Edl& edl, const InputValue& input) {
     input.ForEachElement(

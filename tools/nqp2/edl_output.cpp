@@ -53,9 +53,7 @@ void PrintEdls(Console& console, CArray<tag_P2EDL>& edls, const EdlForm& form) {
     std::stable_sort(edls.begin(), edls.end(), [](const tag_P2EDL& left, const tag_P2EDL& right) {
         return left.Name.CompareNoCase(right.Name) < 0;
     });
-    const Sequence records = {static_cast<std::size_t>(edls.GetSize()), [&edls](std::size_t index) {
-                                  return Value(EdlRecord(edls[static_cast<std::int64_t>(index)]));
-                              }};
+    const Sequence records = SequenceOf(edls, EdlRecord);
     if (form.json) {
         PrintJson(console, {{"edls", records}});
     } else if (form.csv) {

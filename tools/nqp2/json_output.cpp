@@ -8,47 +8,16 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+#include <concepts>
+#include <cstddef>
 #include <string_view>
+#include <utility>
 
 namespace nqp2::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json JsonFrom(const Value& value);
-
-Json JsonFromData(const List& list) {
-    Json json = Json::array();
-    for (const Value& element : list) {
-        json.push_back(JsonFrom(element));
-    }
-    return json;
-}
-
-Json JsonFromData(const Record& record) {
-    Json json = Json::object();
-    for (const NamedValue& member : record) {
-        json[member.name] = JsonFrom(member.value);
-    }
-    return json;
-}
-
-Json JsonFromData(const Sequence& sequence) {
-    Json json = Json::array();
-    for (std::size_t i = 0; i < sequence.count; ++i) {
-        json.push_back(JsonFrom(sequence.at(i)));
-    }
-    return json;
-}
-
-template <class Leaf>
-Json JsonFromData(const Leaf& leaf) {
-    return Json(leaf);
-}
-
-Json JsonFrom(const Value& value) {
-    return std::visit([](const auto& data) { return JsonFromData(data); }, value.data);
-}
 
 /// JSON allows DEL and the C1 controls in a string, terminals obey them: they are escaped too.
 std::string WithTerminalControlsEscaped(const std::string& json) {
@@ -69,44 +38,117 @@ std::string WithTerminalControlsEscaped(const std::string& json) {
     return out;
 }
 
-std::string Dump(const Json& json) {
-    return WithTerminalControlsEscaped(json.dump(-1, ' ', false, Json::error_handler_t::replace));
+/// Texts that stand in JSON as they are: most are codecs, names, digits and paths.
+bool IsPlain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char ch) { return ch >= ' ' && ch < 0x7F && ch != '"' && ch != '\\'; });
 }
 
-/// Prints elements one to a line, made one at a time.
-void PrintLines(Console& console, const Sequence& sequence) {
-    console.Write("[");
-    for (std::size_t i = 0; i < sequence.count; ++i) {
-        console.Write(i == 0 ? "\n    " : ",\n    ");
-        console.Write(JsonText(sequence.at(i)));
+/// Writes values as JSON, piece by piece: however many elements a list has, no more is held than a
+/// block of text.
+class Writer {
+public:
+    /// Without a console all that is written stays in Text().
+    explicit Writer(Console* console) : m_console(console) {}
+
+    void Put(std::string_view text) {
+        constexpr std::size_t kBlock = std::size_t{32} * 1024;
+        m_text += text;
+        if (m_console != nullptr && m_text.size() >= kBlock) {
+            Flush();
+        }
     }
-    console.Write(sequence.count == 0 ? "]" : "\n  ]");
-}
+    void Flush() {
+        m_console->Write(m_text);
+        m_text.clear();
+    }
+    std::string& Text() { return m_text; }
 
-void PrintMember(Console& console, const Value& value) {
-    if (const auto* sequence = std::get_if<Sequence>(&value.data)) {
-        PrintLines(console, *sequence);
+    void PutValue(const Value& value) {
+        std::visit([this](const auto& data) { PutData(data); }, value.data);
+    }
+    void PutText(std::string_view text) {
+        if (IsPlain(text)) {
+            Put("\"");
+            Put(text);
+            Put("\"");
+        } else {
+            Put(WithTerminalControlsEscaped(
+                Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)));
+        }
+    }
+    /// The elements of a sequence, made one at a time, with what stands between them.
+    void PutElements(const Sequence& sequence, std::string_view first, std::string_view separator) {
+        for (std::size_t i = 0; i < sequence.count; ++i) {
+            Put(i == 0 ? first : separator);
+            PutValue(sequence.at(i));
+        }
+    }
+
+private:
+    void PutData(const std::string& text) { PutText(text); }
+    void PutData(double number) { Put(Json(number).dump()); }
+    template <std::integral Number>
+    void PutData(Number number) {
+        Put(fmt::format("{}", number));
+    }
+    void PutData(const List& list) {
+        PutData(Sequence{list.size(), [&list](std::size_t index) { return list[index]; }});
+    }
+    void PutData(const Record& record) {
+        const char* separator = "";
+        Put("{");
+        for (const NamedValue& member : record) {
+            Put(separator);
+            PutText(member.name);
+            Put(":");
+            PutValue(member.value);
+            separator = ",";
+        }
+        Put("}");
+    }
+    void PutData(const Sequence& sequence) {
+        Put("[");
+        PutElements(sequence, "", ",");
+        Put("]");
+    }
+
+    Console* m_console;
+    std::string m_text;
+};
+
+/// Each element of a member that is a sequence stands in a line of its own.
+void PutMember(Writer& out, const Value& value) {
+    const auto* const sequence = std::get_if<Sequence>(&value.data);
+    if (sequence == nullptr) {
+        out.PutValue(value);
         return;
     }
-    console.Write(JsonText(value));
+    out.Put("[");
+    out.PutElements(*sequence, "\n    ", ",\n    ");
+    out.Put(sequence->count == 0 ? "]" : "\n  ]");
 }
 
 } // namespace
 
 std::string JsonText(const Value& value) {
-    return Dump(JsonFrom(value));
+    Writer out(nullptr);
+    out.PutValue(value);
+    return std::move(out.Text());
 }
 
 void PrintJson(Console& console, const Record& document) {
+    Writer out(&console);
     const char* separator = "{\n  ";
     for (const NamedValue& member : document) {
-        console.Write(separator);
-        console.Write(JsonText(member.name));
-        console.Write(": ");
-        PrintMember(console, member.value);
+        out.Put(separator);
+        out.PutText(member.name);
+        out.Put(": ");
+        PutMember(out, member.value);
         separator = ",\n  ";
     }
-    console.Write(document.empty() ? "{}\n" : "\n}\n");
+    out.Put(document.empty() ? "{}\n" : "\n}\n");
+    out.Flush();
 }
 
 } // namespace nqp2::tool

@@ -58,13 +58,6 @@ Record TakeRecord(const Take& take) {
             {"missing", MissingRecords(take)}};
 }
 
-template <class Items, class Convert>
-Sequence SequenceOf(const Items& items, Convert convert) {
-    return {static_cast<std::size_t>(items.GetSize()), [&items, convert](std::size_t index) {
-                return Value(convert(items[static_cast<std::int64_t>(index)]));
-            }};
-}
-
 std::string MissingText(const MissingSegment& segment) {
     std::string text = segment.clipName.IsEmpty() ? BytesFromText(segment.globalClipID)
                                                   : BytesFromText(segment.clipName);

@@ -43,7 +43,13 @@ private:
         }
     }
     void AddData(const std::string& name, const Sequence& sequence) {
-        m_fields.push_back({name, JsonText(sequence)});
+        if (m_depth == Flatten::KeepListsOfRecords) {
+            m_fields.push_back({name, JsonText(sequence)});
+            return;
+        }
+        for (std::size_t i = 0; i < sequence.count; ++i) {
+            Add(fmt::format("{}.{}", name, i), sequence.at(i));
+        }
     }
     static bool HoldsTexts(const List& list) {
         return !list.empty() && std::holds_alternative<std::string>(list.front().data);

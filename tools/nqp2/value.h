@@ -22,12 +22,20 @@ using List = std::vector<Value>;
 /// Members in the order in which they are shown.
 using Record = std::vector<NamedValue>;
 
-/// A list whose elements are made when they are printed, so that a card of many clips is not held
-/// twice.
+/// A list whose elements are made when they are printed, so that what has many is not held twice. The
+/// source of the elements must outlive it.
 struct Sequence {
     std::size_t count = 0;
     std::function<Value(std::size_t)> at;
 };
+
+/// The elements of an array, each converted.
+template <class Items, class Convert>
+Sequence SequenceOf(const Items& items, Convert convert) {
+    return {static_cast<std::size_t>(items.GetSize()), [&items, convert](std::size_t index) {
+                return Value(convert(items[static_cast<std::int64_t>(index)]));
+            }};
+}
 
 /// What a command has to tell, independent of whether it comes out as table, CSV or JSON.
 struct Value {

@@ -46,12 +46,23 @@ std::size_t MaxTreeBytes() {
            kBeyondText;
 }
 
+// Nor does a small flood take many times its own size. Metadata take three to five times theirs.
+std::size_t MaxTreeBytes(std::uint64_t documentBytes) {
+    constexpr std::uint64_t kAnyDocument = std::uint64_t{12} * 1024 * 1024;
+    constexpr std::uint64_t kTimes = 8;
+    const std::uint64_t most = MaxTreeBytes(); // what is added stays far from wrapping
+    return static_cast<std::size_t>(
+        std::min(most, documentBytes < most ? kAnyDocument + kTimes * documentBytes : most));
+}
+
 } // namespace
 
 /// Where the bytes of one document come from.
 class Parser::Source {
 public:
     virtual ~Source() = default;
+    /// Bytes of the document, as far as they are known beforehand.
+    [[nodiscard]] virtual std::uint64_t Size() const = 0;
     /// Up to `capacity` bytes, 0 at the end. A fault ends the parse.
     virtual std::size_t Read(char* buffer, std::size_t capacity, ParseError& fault) = 0;
 };
@@ -61,6 +72,7 @@ namespace {
 class MemorySource final : public Parser::Source {
 public:
     explicit MemorySource(std::string_view bytes) : m_left(bytes) {}
+    [[nodiscard]] std::uint64_t Size() const override { return m_left.size(); }
     std::size_t Read(char* buffer, std::size_t capacity, ParseError& /*fault*/) override {
         const std::size_t count = m_left.copy(buffer, capacity);
         m_left.remove_prefix(count);
@@ -75,6 +87,7 @@ class FileSource final : public Parser::Source {
 public:
     FileSource(platform::FileReader& reader, std::uint64_t limit)
         : m_reader(reader), m_left(limit) {}
+    [[nodiscard]] std::uint64_t Size() const override { return m_reader.Size(); }
     std::size_t Read(char* buffer, std::size_t capacity, ParseError& fault) override {
         std::size_t count = 0;
         const platform::IoStatus status = m_reader.Read(buffer, capacity, count);
@@ -162,7 +175,7 @@ ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
     }
     context.source = &source;
     context.sourceFault = {};
-    context.builder.Start(tree, context.libxml, MaxTreeBytes());
+    context.builder.Start(tree, context.libxml, MaxTreeBytes(source.Size()));
     const QuietLibxml quiet;
     xmlCtxtReadIO(context.libxml, Context::OnRead, Context::OnClose, &context, nullptr, encoding,
                   kOptions);
