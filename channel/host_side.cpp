@@ -35,9 +35,12 @@ public:
 
     WorkerStatus Begin(const WorkerSettings& settings) {
         Leave();
-        Use use;
-        const WorkerStatus status = Find(settings, use);
-        End(status ? Exchange(std::move(use)) : std::move(use));
+        Use found;
+        const WorkerStatus status = Find(settings, found);
+        if (status) {
+            found = Exchange(std::move(found)); // another thread's, from meanwhile
+        }
+        End(std::move(found));
         return status;
     }
 

@@ -17,7 +17,7 @@ namespace nqp2::channel {
 namespace {
 
 constexpr std::uint32_t kHelloTime = 1000; ///< milliseconds for a connection to say what it wants
-constexpr std::size_t kMaxWaiting = 64;     ///< the rest waits in the lines
+constexpr std::size_t kMaxWaiting = 64;    ///< the rest waits in the lines
 constexpr std::size_t kMaxLines = 256;     ///< the rest waits in the system's queue
 /// How often deadlines are looked at, and a connection for which there was no descriptor.
 constexpr int kTick = 50;

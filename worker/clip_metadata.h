@@ -23,7 +23,7 @@ struct RenamedClip {
 using RenamedClips = std::map<std::wstring, RenamedClip>;
 
 /// Another clip as a relation names it.
-struct RelatedClip {
+struct NamedClip {
     CString name;
     std::string identifier; ///< may be empty
 };
@@ -31,7 +31,7 @@ struct RelatedClip {
 /// What a transfer has to know of a clip's metadata.
 struct ClipFacts {
     std::string identifier; ///< GlobalClipID; may be empty
-    std::vector<RelatedClip> related;
+    std::vector<NamedClip> related;
     std::vector<parser::ClipEssence> essence;
 };
 

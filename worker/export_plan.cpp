@@ -344,7 +344,7 @@ void Plan::GroupTakes() {
         byName[KeyOf(m_clips[i].clip->name)] = i;
     }
     for (std::size_t i = 0; i < m_clips.size(); ++i) {
-        for (const RelatedClip& related : m_clips[i].clip->facts.related) {
+        for (const NamedClip& related : m_clips[i].clip->facts.related) {
             const auto other = byName.find(KeyOf(related.name));
             if (other != byName.end() &&
                 MayBeSame(related.identifier, m_clips[other->second].clip->facts.identifier)) {

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <new>
+#include <sys/resource.h>
 
 namespace nqp2::parser {
 namespace {

@@ -10,6 +10,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+// Limits on memory mean nothing where a sanitizer keeps its own beside it.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define NQP2_MEMORY_IS_INSTRUMENTED 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define NQP2_MEMORY_IS_INSTRUMENTED 1
+#endif
+#endif
+
 namespace nqp2::test {
 
 /// Runs `body` in a process of its own, where it may give up rights or set limits. The result is

@@ -450,10 +450,11 @@ TEST_P(KillTest, AWorkerThatIsAskedToEndAtAnyMomentEndsInOrder) {
                 std::chrono::steady_clock::now() - start);
         }
         std::this_thread::sleep_for(duration * i / moments);
+        std::future<void> leaving;
         if (i % 2 == 0) {
             kill(worker, SIGTERM);
         } else {
-            std::thread([] { LeaveWorker(); }).detach();
+            leaving = std::async(std::launch::async, [] { LeaveWorker(); });
         }
         siginfo_t ended{};
         EXPECT_LT(test::TimeOf([&] {
@@ -466,6 +467,7 @@ TEST_P(KillTest, AWorkerThatIsAskedToEndAtAnyMomentEndsInOrder) {
         EXPECT_TRUE(ended.si_pid == 0 || (ended.si_code == CLD_EXITED && ended.si_status == 0))
             << ended.si_code << ' ' << ended.si_status;
         EXPECT_EQ(answer.wait_for(3s), std::future_status::ready);
+        parser.Release();
         const Tree left = FilesBelow(m_stage.to.Path());
         EXPECT_TRUE(std::none_of(left.begin(), left.end(),
                                  [](const auto& file) { return IsHidden(file.first); }));

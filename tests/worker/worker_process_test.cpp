@@ -18,8 +18,10 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -143,6 +145,34 @@ TEST_F(WorkerProcessTest, AForkedChildEndsNothingOfItsParents) {
     EXPECT_EQ(m_parser.ImportFile(info), 0) << LastError();
     EXPECT_EQ(m_heard.last, (info.size1 + 1023) / 1024);
 }
+
+#ifndef NQP2_MEMORY_IS_INSTRUMENTED
+/// Address space for more and more of a session: its memory, its first thread, its others.
+TEST_F(WorkerProcessTest, ASessionForWhichThereIsNoRoomEndsAlone) {
+    const pid_t worker = test::ChildNamed("nqp2-worker");
+    std::ifstream file("/proc/" + std::to_string(worker) + "/statm");
+    rlim_t pages = 0;
+    file >> pages;
+    const rlim_t size = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+    int served = 0;
+    int refused = 0;
+    for (rlim_t more = 0; more < 160; more += 5) {
+        SCOPED_TRACE(more);
+        const rlimit low{size + (more << 20U), RLIM_INFINITY};
+        const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
+        ASSERT_EQ(prlimit(worker, RLIMIT_AS, &low, nullptr), 0);
+        CNQP2Parser parser;
+        parser.Init();
+        const int answer = parser.SetWriteBlockSize(65536);
+        ASSERT_EQ(prlimit(worker, RLIMIT_AS, &none, nullptr), 0);
+        ++(answer == 1 ? served : refused);
+        parser.Release();
+        ASSERT_EQ(m_parser.SetWriteBlockSize(65536), 1) << "the others";
+        ASSERT_EQ(test::ChildNamed("nqp2-worker"), worker);
+    }
+    EXPECT_TRUE(served > 0 && refused > 0) << served << " served, " << refused << " refused";
+}
+#endif
 
 TEST_F(WorkerProcessTest, ServesEveryFrontEnd) {
     const test::CardBuilder target;
