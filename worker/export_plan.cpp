@@ -91,6 +91,14 @@ public:
         return m_contents->Path() + "/" + file.placed + "/" + file.name;
     }
 
+    /// Whether a clip of that name has arrived by now: its metadata come last.
+    [[nodiscard]] bool HasArrived(const CString& name) const {
+        std::unique_ptr<Folder> clips;
+        std::string found;
+        return OpenBelow(m_root, "CONTENTS/CLIP", clips) &&
+               FindIn(*clips, platform::NameBytesFromText(name.View()) + ".XML", found);
+    }
+
     /// The names of all clips on the card by their identifiers.
     Outcome ReadIdentifiers(std::multimap<std::wstring, CString>& clips) const;
 
@@ -282,6 +290,8 @@ Outcome Plan::ChooseFreeName(Traveller& clip) {
         if (outcome) {
             outcome = m_transaction.TryReserve(Shown(clip.newName), isTaken);
         }
+        // Another transfer may have finished since the names were read.
+        isTaken = isTaken || m_card.HasArrived(clip.newName);
         if (!outcome) {
             return outcome;
         }
