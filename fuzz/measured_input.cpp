@@ -58,7 +58,8 @@ void Returned(std::size_t bytes) {
 
 } // namespace
 
-// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): these are the names that the system gives them.
+// The names are the system's.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 #ifdef NQP2_SANITIZED
 
 extern "C" {
