@@ -28,7 +28,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-using nqp2::fuzz::kPacketStep;
 using nqp2::fuzz::Require;
 
 constexpr std::size_t kMaxSteps = 4;

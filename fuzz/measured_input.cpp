@@ -32,19 +32,19 @@ namespace {
 constexpr std::int64_t kFreeMemory = std::int64_t{NQP2_FREE_MEMORY_MIB} << 20; ///< for any input
 constexpr std::int64_t kMemoryPerByte = 40;                                    ///< beyond it
 
-std::atomic<std::int64_t> g_inUse{0};
-std::atomic<std::int64_t> g_peak{0};
-std::atomic<std::int64_t> g_limit{std::numeric_limits<std::int64_t>::max()};
-std::int64_t g_most = 0;
+std::atomic<std::int64_t> inUse{0};
+std::atomic<std::int64_t> peakUse{0};
+std::atomic<std::int64_t> limit{std::numeric_limits<std::int64_t>::max()};
+std::int64_t mostUse = 0;
 
 void Taken(std::size_t bytes) {
     const auto more = static_cast<std::int64_t>(bytes);
-    const std::int64_t now = g_inUse.fetch_add(more, std::memory_order_relaxed) + more;
-    std::int64_t peak = g_peak.load(std::memory_order_relaxed);
-    while (now > peak && !g_peak.compare_exchange_weak(peak, now, std::memory_order_relaxed)) {
+    const std::int64_t now = inUse.fetch_add(more, std::memory_order_relaxed) + more;
+    std::int64_t peak = peakUse.load(std::memory_order_relaxed);
+    while (now > peak && !peakUse.compare_exchange_weak(peak, now, std::memory_order_relaxed)) {
     }
-    if (now > g_limit.load(std::memory_order_relaxed)) {
-        g_limit = std::numeric_limits<std::int64_t>::max(); // what follows allocates too
+    if (now > limit.load(std::memory_order_relaxed)) {
+        limit = std::numeric_limits<std::int64_t>::max(); // what follows allocates too
         constexpr std::string_view kBroken =
             "broken: an input takes memory in proportion to its size\n";
         static_cast<void>(!write(STDERR_FILENO, kBroken.data(), kBroken.size()));
@@ -53,12 +53,13 @@ void Taken(std::size_t bytes) {
 }
 
 void Returned(std::size_t bytes) {
-    g_inUse.fetch_sub(static_cast<std::int64_t>(bytes), std::memory_order_relaxed);
+    inUse.fetch_sub(static_cast<std::int64_t>(bytes), std::memory_order_relaxed);
 }
 
 } // namespace
 
-// NOLINTBEGIN(bugprone-reserved-identifier): these are the names that the system gives them.
+// The names are the system's.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 #ifdef NQP2_SANITIZED
 
 extern "C" {
@@ -137,19 +138,19 @@ NQP2_INTERPOSED void free(void* memory) {
 }
 
 #endif
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 std::size_t nqp2::fuzz::MostMemory() {
-    return static_cast<std::size_t>(g_most);
+    return static_cast<std::size_t>(mostUse);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     CountAllocations();
-    const std::int64_t before = g_inUse;
-    g_peak = before;
-    g_limit = before + kFreeMemory + kMemoryPerByte * static_cast<std::int64_t>(size);
+    const std::int64_t before = inUse;
+    peakUse = before;
+    limit = before + kFreeMemory + kMemoryPerByte * static_cast<std::int64_t>(size);
     const int result = nqp2::fuzz::TestInput(data, size);
-    g_limit = std::numeric_limits<std::int64_t>::max();
-    g_most = std::max(g_most, g_peak - before);
+    limit = std::numeric_limits<std::int64_t>::max();
+    mostUse = std::max(mostUse, peakUse - before);
     return result;
 }
