@@ -11,12 +11,18 @@ namespace {
 void Paint(AVFrame& frame, const TestEncoding& encoding, int number) {
     const bool halved =
         encoding.pixels == AV_PIX_FMT_YUV420P || encoding.pixels == AV_PIX_FMT_YUV420P10;
+    const bool isDeep =
+        encoding.pixels == AV_PIX_FMT_YUV422P10 || encoding.pixels == AV_PIX_FMT_YUV420P10;
     for (int plane = 0; plane < 3; ++plane) {
         const int rows = plane != 0 && halved ? encoding.height / 2 : encoding.height;
         for (int row = 0; row < rows; ++row) {
             std::uint8_t* const line = frame.data[plane] + row * frame.linesize[plane];
-            std::fill_n(line, frame.linesize[plane],
-                        static_cast<std::uint8_t>((number * 20 + row / 8 * 4) & 0x3C));
+            for (int at = 0; at < frame.linesize[plane]; ++at) {
+                // x264 trusts that ten bits are ten; the low byte of two comes first.
+                const bool isHigh = isDeep && at % 2 != 0;
+                line[at] =
+                    static_cast<std::uint8_t>(isHigh ? 0 : (number * 20 + row / 8 * 4) & 0x3C);
+            }
         }
     }
 }
