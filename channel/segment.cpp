@@ -4,7 +4,7 @@
 #include "channel/segment.h"
 
 #include "channel/packet.h"
-#include "platform/process.h"
+#include "platform/durable_file.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -43,7 +43,7 @@ bool IsSealedFile(int file, std::size_t size) {
 std::optional<Segment> Segment::Make(std::uint32_t messageSize, platform::Descriptor& file) {
     const std::size_t size = FileSizeOf(messageSize);
     file = platform::Descriptor(memfd_create("nqp2-channel", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    if (!file || !platform::IsWithinFileSizeLimit(size) ||
+    if (!file || !platform::FitsFileSizeLimit(size) ||
         ftruncate(file.Get(), static_cast<off_t>(size)) != 0 ||
         fcntl(file.Get(), F_ADD_SEALS, kSizeSeals | F_SEAL_SEAL) != 0) {
         return std::nullopt;

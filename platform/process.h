@@ -20,12 +20,4 @@ private:
     std::int32_t m_number = ProcessNumber();
 };
 
-/// False when a file of that size would be beyond the process's limit; the system would not only
-/// refuse it but end the process by a signal.
-bool IsWithinFileSizeLimit(std::uint64_t size);
-
-/// Sees to it that descriptors 0 to 2 are open, lest a file that is opened later take the place of
-/// standard error.
-void OpenStandardDescriptors();
-
 } // namespace nqp2::platform

@@ -3,7 +3,6 @@
 
 #include "channel/Channel.h"
 #include "platform/DriveMap.h"
-#include "platform/process.h"
 #include "platform/Terminal.h"
 #include "worker/server.h"
 
@@ -13,6 +12,7 @@
 #include <exception>
 #include <string>
 #include <string_view>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -81,18 +81,29 @@ int Serve(nqp2::ListenSettings reached) {
     return 0;
 }
 
+/// A transfer holds a lock for each clip and a session its channels: as many as the system allows.
+void RaiseDescriptorLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        static_cast<void>(setrlimit(RLIMIT_NOFILE, &limit));
+    }
+}
+
 } // namespace
 
 int main(int count, char** arguments) {
-    nqp2::platform::OpenStandardDescriptors();
+    if (!nqp2::OpenStandardStreams()) {
+        return 1;
+    }
     const Options options = ReadArguments(count, arguments);
     if (!options.areSound) {
         std::fputs(kUsage, stderr);
         return kWrongUsage;
     }
     try {
-        nqp2::LetWritesFail();
-        std::signal(SIGXFSZ, SIG_IGN); // a file beyond the limit is an error of one request
+        nqp2::LetWritesFail(); // a file beyond the limit is an error of one request
+        RaiseDescriptorLimit();
         return Serve(options.reached);
     } catch (const std::exception& fault) {
         std::fprintf(stderr, "nqp2-worker: %s\n", fault.what());
