@@ -20,9 +20,12 @@ int Deadline::Left(int limit) const {
 }
 
 int Wait(std::span<pollfd> watched, int milliseconds) {
+    const auto pollFor = [&](int left) { return poll(watched.data(), watched.size(), left); };
+    if (milliseconds == 0) {
+        return Restarted([&] { return pollFor(0); });
+    }
     const Deadline deadline(static_cast<std::uint32_t>(milliseconds));
-    const int count =
-        Restarted([&] { return poll(watched.data(), watched.size(), deadline.Left()); });
+    const int count = Restarted([&] { return pollFor(deadline.Left()); });
     if (count < 0) {
         const int error = errno;
         std::this_thread::sleep_for(std::chrono::milliseconds(deadline.Left(1)));
