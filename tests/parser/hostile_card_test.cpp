@@ -3,22 +3,11 @@
 
 #include "platform/file_system.h"
 #include "tests/parser/card_test.h"
-#include "tests/support/child_process.h"
 #include "tests/support/faulty_file_system.h"
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <new>
-#include <sys/resource.h>
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define NQP2_MEMORY_IS_INSTRUMENTED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define NQP2_MEMORY_IS_INSTRUMENTED 1
-#endif
-#endif
 
 namespace nqp2::parser {
 namespace {
@@ -35,16 +24,6 @@ protected:
     SkippedFile OnlyRow() {
         EXPECT_EQ(m_report.skipped.GetSize(), 1);
         return m_report.skipped.IsEmpty() ? SkippedFile() : m_report.skipped[0];
-    }
-    /// Written piece by piece so that this process does not grow.
-    void WriteLarge(std::size_t bytes, const std::string& open, const std::string& piece,
-                    const std::string& close) {
-        std::ofstream file(m_card.AddFile("CLIP/0001AA.XML"));
-        file << open;
-        for (std::size_t size = 0; size < bytes; size += piece.size()) {
-            file << piece;
-        }
-        file << close;
     }
     void ExpectGoodClipOnly() { EXPECT_THAT(ScannedNames(), ElementsAre("0001AA")); }
 };
@@ -230,53 +209,6 @@ TEST_F(HostileCardTest, NamesInsideAFileLeadNowhereElse) {
         const std::string resolved = std::filesystem::path(path).lexically_normal();
         EXPECT_TRUE(resolved.starts_with(m_card.Folder().Path() + "/CONTENTS")) << path;
     }
-}
-
-/// Peak memory in MiB that a scan of the card adds, measured in a process of its own.
-int ScanMegabytes(const CString& root) {
-    return test::RunInChild([&] {
-        const auto peak = [] {
-            rusage usage = {};
-            getrusage(RUSAGE_SELF, &usage);
-            return usage.ru_maxrss / 1024;
-        };
-        CNQP2Parser parser;
-        parser.Init();
-        const long before = peak();
-        CArray<_tag_P2Clip> clips;
-        ScanReport report;
-        parser.LoadClipEx(root, clips, 0, report);
-        const bool heard = clips.GetSize() + report.skipped.GetSize() > 0;
-        return heard ? static_cast<int>(std::min(peak() - before, 254L)) : 255;
-    });
-}
-
-TEST_F(HostileCardTest, LargeWellFormedFilesStayWithinTheMemoryLimit) {
-#ifdef NQP2_MEMORY_IS_INSTRUMENTED
-    GTEST_SKIP() << "the sanitizer's own memory would be measured";
-#endif
-    const std::string head = "<ClipContent>";
-    const std::string tail = "</ClipContent>";
-    const auto expectLittle = [&](int megabytes, const std::string& open, const std::string& piece,
-                                  const std::string& close, int resultBytes) {
-        WriteLarge(static_cast<std::size_t>(megabytes) * 1'000'000, "<P2Main>" + open, piece,
-                   close + "</P2Main>");
-        const int used = ScanMegabytes(m_card.Root());
-        EXPECT_GE(used, 0) << piece;
-        EXPECT_LE(used, 64 + resultBytes * megabytes) << megabytes << " MB of " << piece;
-    };
-    for (const int megabytes : {2, 30}) { // the smaller loads
-        expectLittle(megabytes, head, "<a/>", tail, 0);
-        expectLittle(megabytes, head, "<a>text of some length</a>", tail, 0);
-        expectLittle(megabytes, head, "long text that nobody asks for ", tail, 0);
-        expectLittle(megabytes, head + "<ClipMetadata><MemoList>",
-                     "<Memo><Offset>1</Offset><Text>x</Text></Memo>",
-                     "</MemoList></ClipMetadata>" + tail, 0);
-        expectLittle(megabytes, "", "<ClipContent><ClipName>x</ClipName></ClipContent>", "", 0);
-        expectLittle(megabytes, head, "<!--x--><?p d?>", tail, 0);
-    }
-    // The record keeps the text itself.
-    expectLittle(9, head + "<ClipName>", "long name ", "</ClipName>" + tail, sizeof(wchar_t));
 }
 
 } // namespace

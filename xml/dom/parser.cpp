@@ -38,12 +38,18 @@ const bool libxmlIsReady = [] {
     return true;
 }();
 
-// A file of text at the size limit fits, a flood of empty elements of that size does not.
-std::size_t MaxTreeBytes() {
-    constexpr std::size_t kBeyondText = std::size_t{2} * 1024 * 1024;
-    constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max() - kBeyondText;
-    return static_cast<std::size_t>(std::min<std::uint64_t>(MaxXmlFileSize(), kNoLimit)) +
-           kBeyondText;
+// Metadata take three to six times their size as a tree, a flood of small elements far more. What
+// is looked for in a tree takes memory beside it, up to half as much again.
+std::size_t MaxTreeBytes(std::uint64_t documentBytes) {
+    constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
+    constexpr std::uint64_t kAnyDocument = 8 * kMebibyte;
+    constexpr std::uint64_t kTimes = 7;
+    constexpr std::uint64_t kTimesTheLimit = 4; // so much for documents of the largest size
+    constexpr std::uint64_t kNoLimit = std::numeric_limits<std::size_t>::max() / kTimes - kMebibyte;
+    const std::uint64_t limit = std::min(MaxXmlFileSize(), kNoLimit / kTimesTheLimit);
+    return static_cast<std::size_t>(
+        std::min(kTimesTheLimit * limit + 2 * kMebibyte,
+                 kTimes * std::min(documentBytes, kNoLimit / kTimes) + kAnyDocument));
 }
 
 } // namespace
@@ -52,6 +58,8 @@ std::size_t MaxTreeBytes() {
 class Parser::Source {
 public:
     virtual ~Source() = default;
+    /// Bytes of the document, as far as they are known beforehand.
+    [[nodiscard]] virtual std::uint64_t Size() const = 0;
     /// Up to `capacity` bytes, 0 at the end. A fault ends the parse.
     virtual std::size_t Read(char* buffer, std::size_t capacity, ParseError& fault) = 0;
 };
@@ -61,6 +69,7 @@ namespace {
 class MemorySource final : public Parser::Source {
 public:
     explicit MemorySource(std::string_view bytes) : m_left(bytes) {}
+    [[nodiscard]] std::uint64_t Size() const override { return m_left.size(); }
     std::size_t Read(char* buffer, std::size_t capacity, ParseError& /*fault*/) override {
         const std::size_t count = m_left.copy(buffer, capacity);
         m_left.remove_prefix(count);
@@ -75,6 +84,7 @@ class FileSource final : public Parser::Source {
 public:
     FileSource(platform::FileReader& reader, std::uint64_t limit)
         : m_reader(reader), m_left(limit) {}
+    [[nodiscard]] std::uint64_t Size() const override { return m_reader.Size(); }
     std::size_t Read(char* buffer, std::size_t capacity, ParseError& fault) override {
         std::size_t count = 0;
         const platform::IoStatus status = m_reader.Read(buffer, capacity, count);
@@ -162,7 +172,7 @@ ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
     }
     context.source = &source;
     context.sourceFault = {};
-    context.builder.Start(tree, context.libxml, MaxTreeBytes());
+    context.builder.Start(tree, context.libxml, MaxTreeBytes(source.Size()));
     const QuietLibxml quiet;
     xmlCtxtReadIO(context.libxml, Context::OnRead, Context::OnClose, &context, nullptr, encoding,
                   kOptions);
