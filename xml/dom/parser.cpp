@@ -38,21 +38,18 @@ const bool libxmlIsReady = [] {
     return true;
 }();
 
-// A file of text at the size limit fits, a flood of empty elements of that size does not.
-std::size_t MaxTreeBytes() {
-    constexpr std::size_t kBeyondText = std::size_t{2} * 1024 * 1024;
-    constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max() - kBeyondText;
-    return static_cast<std::size_t>(std::min<std::uint64_t>(MaxXmlFileSize(), kNoLimit)) +
-           kBeyondText;
-}
-
-// Nor does a small flood take many times its own size. Metadata take three to five times theirs.
+// Metadata take three to six times their size as a tree, a flood of small elements far more. What
+// is looked for in a tree takes memory beside it, up to half as much again.
 std::size_t MaxTreeBytes(std::uint64_t documentBytes) {
-    constexpr std::uint64_t kAnyDocument = std::uint64_t{12} * 1024 * 1024;
-    constexpr std::uint64_t kTimes = 8;
-    const std::uint64_t most = MaxTreeBytes(); // what is added stays far from wrapping
+    constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
+    constexpr std::uint64_t kAnyDocument = 8 * kMebibyte;
+    constexpr std::uint64_t kTimes = 7;
+    constexpr std::uint64_t kTimesTheLimit = 4; // so much for documents of the largest size
+    constexpr std::uint64_t kNoLimit = std::numeric_limits<std::size_t>::max() / kTimes - kMebibyte;
+    const std::uint64_t limit = std::min(MaxXmlFileSize(), kNoLimit / kTimesTheLimit);
     return static_cast<std::size_t>(
-        std::min(most, documentBytes < most ? kAnyDocument + kTimes * documentBytes : most));
+        std::min(kTimesTheLimit * limit + 2 * kMebibyte,
+                 kTimes * std::min(documentBytes, kNoLimit / kTimes) + kAnyDocument));
 }
 
 } // namespace

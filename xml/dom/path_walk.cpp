@@ -99,6 +99,11 @@ bool FitsUpward(const Node& node, Steps steps) {
 void ScanForAnchors(AnchorCache& cache, Node& top, const Step& first) {
     cache.anchors.clear();
     cache.nested = false;
+    std::size_t count = 0; // first, so that a document of many takes no more than it needs
+    for (const Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+        count += first.Fits(*each) ? 1U : 0U;
+    }
+    cache.anchors.reserve(count);
     const Node* lastAnchor = nullptr;
     for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
         if (!first.Fits(*each)) {
@@ -129,7 +134,8 @@ const AnchorCache& Anchors(Node& top, const Step& first) {
 
 void WalkAnywhere(Node& top, Steps steps, bool onlyFirst, std::vector<Node*>& found) {
     const AnchorCache& cache = Anchors(top, steps.front());
-    if (!cache.nested) {
+    if (!cache.nested || steps.size() == 1) {
+        found.reserve(onlyFirst ? 1 : steps.size() == 1 ? cache.anchors.size() : 0);
         for (Node* const anchor : cache.anchors) {
             if (Descend(*anchor, steps.subspan(1), onlyFirst, found)) {
                 return;

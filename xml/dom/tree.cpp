@@ -94,15 +94,19 @@ Node& Tree::Create(NodeType type, const NodeName& name) {
     return node;
 }
 
+const NodeName& Tree::NewName(std::string_view text, std::string_view uri) {
+    if (!uri.empty() && uri != m_lastUri) {
+        m_lastUri = m_texts.Copy(uri);
+    }
+    void* const place = m_texts.Allocate(sizeof(NodeName));
+    return *new (place)
+        NodeName{m_texts.Copy(text), uri.empty() ? uri : m_lastUri, PrefixLength(text), nullptr};
+}
+
 const NodeName& Tree::KeepName(std::string_view text, std::string_view uri) {
     const NodeName*& known = m_known[PlaceOf(text, kKnownNames)];
     if (known == nullptr || known->text != text || known->uri != uri) {
-        if (!uri.empty() && uri != m_lastUri) {
-            m_lastUri = m_texts.Copy(uri);
-        }
-        void* const place = m_texts.Allocate(sizeof(NodeName));
-        known = new (place) NodeName{m_texts.Copy(text), uri.empty() ? uri : m_lastUri,
-                                     PrefixLength(text), nullptr};
+        known = &NewName(text, uri);
     }
     return *known;
 }
@@ -115,6 +119,10 @@ void Tree::Hold(Node& node, std::string_view content) {
 
 Node& Tree::CreateElement(std::string_view qualifiedName, std::string_view uri) {
     return Create(NodeType::Element, KeepName(qualifiedName, uri));
+}
+
+Node& Tree::CreateNewlyNamed(std::string_view qualifiedName, std::string_view uri) {
+    return Create(NodeType::Element, NewName(qualifiedName, uri));
 }
 
 Node& Tree::CreateNamedLike(const Node& element) {

@@ -46,6 +46,8 @@ public:
 
     /// New nodes stand alone until they are linked.
     Node& CreateElement(std::string_view qualifiedName, std::string_view uri);
+    /// The same where the caller knows that the tree hardly has that name yet.
+    Node& CreateNewlyNamed(std::string_view qualifiedName, std::string_view uri);
     /// A new element named as one of this tree's is; they share the texts of their names.
     Node& CreateNamedLike(const Node& element);
     Node& CreateCharacters(NodeType type, std::string_view content);
@@ -85,6 +87,8 @@ public:
 
 private:
     Node& Create(NodeType type, const NodeName& name = kNoName);
+    const NodeName& NewName(std::string_view text, std::string_view uri);
+    /// The same name again, where it was met of late.
     const NodeName& KeepName(std::string_view text, std::string_view uri);
     void Hold(Node& node, std::string_view content);
     static void Link(Node*& first, Node& node, Node* before) noexcept;

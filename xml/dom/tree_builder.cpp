@@ -307,7 +307,7 @@ Node& TreeBuilder::NewElement(const xmlChar* localName, const xmlChar* prefix, c
         return m_tree->CreateNamedLike(*known.element);
     }
     Node& element =
-        m_tree->CreateElement(QualifiedName(prefix, localName), Resolved(View(uri), m_uri));
+        m_tree->CreateNewlyNamed(QualifiedName(prefix, localName), Resolved(View(uri), m_uri));
     known = {localName, prefix, uri, &element};
     return element;
 }

@@ -8,14 +8,16 @@
 #include "xml/dom/quiet_libxml.h"
 #include "xml/dom/tree.h"
 
+#include <libxml/dict.h>
 #include <libxml/tree.h>
 #include <libxml/xpath.h>
 #include <libxml/xpathInternals.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <new>
 #include <set>
-#include <unordered_map>
 #include <utility>
 
 namespace nqp2::dom {
@@ -73,13 +75,14 @@ std::set<std::string> PrefixesIn(std::string_view expression) {
 struct XPathView::Copy {
     xmlDocPtr document = nullptr;
     std::map<std::pair<std::string, std::string>, xmlNsPtr> namespaces;
-    std::unordered_map<const Node*, xmlNodePtr> counterparts;
+    std::vector<std::pair<const Node*, xmlNodePtr>> counterparts; ///< sorted, once all are there
     SelectionRule::Names names = SelectionRule::Names::Qualified;
 
     Copy() : document(xmlNewDoc(BAD_CAST "1.0")) {
         if (document == nullptr) {
             throw std::bad_alloc();
         }
+        document->dict = xmlDictCreate(); // names are kept once
     }
     ~Copy() {
         xmlFreeDoc(document);
@@ -110,6 +113,12 @@ struct XPathView::Copy {
         return space;
     }
 
+    xmlChar* Kept(std::string_view name) const {
+        return const_cast<xmlChar*>(xmlDictLookup(document->dict,
+                                                  reinterpret_cast<const xmlChar*>(name.data()),
+                                                  static_cast<int>(name.size())));
+    }
+
     // Each kind by its own constructor: libxml2 frees a node by what its kind owns.
     xmlNodePtr NewNode(const Node& node) {
         const std::string content(node.Content());
@@ -123,8 +132,7 @@ struct XPathView::Copy {
         case NodeType::ProcessingInstruction:
             return xmlNewDocPI(document, Xml(std::string(node.Name())), Xml(content));
         default:
-            return xmlNewDocNode(document, NamespaceOf(node), Xml(std::string(BaseName(node))),
-                                 nullptr);
+            return xmlNewDocNodeEatName(document, NamespaceOf(node), Kept(BaseName(node)), nullptr);
         }
     }
 
@@ -134,7 +142,7 @@ struct XPathView::Copy {
             throw std::bad_alloc();
         }
         made->_private = &node;
-        counterparts[&node] = made;
+        counterparts.emplace_back(&node, made);
         return made;
     }
 
@@ -150,7 +158,7 @@ struct XPathView::Copy {
                 throw std::bad_alloc();
             }
             attribute->_private = each;
-            counterparts[each] = reinterpret_cast<xmlNodePtr>(attribute);
+            counterparts.emplace_back(each, reinterpret_cast<xmlNodePtr>(attribute));
         }
     }
 
@@ -165,16 +173,47 @@ struct XPathView::Copy {
     void Build(Node& top) {
         auto* const root = reinterpret_cast<xmlNodePtr>(document);
         document->_private = top.type == NodeType::Document ? &top : nullptr;
-        counterparts[&top] = root;
+        counterparts.reserve(CountBelow(top));
+        xmlNodePtr last = root;
+        const Node* lastNode = top.type == NodeType::Document ? &top : nullptr;
+        counterparts.emplace_back(&top, root);
         for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
             if (each->type == NodeType::Document) {
                 continue;
             }
-            const xmlNodePtr parent = each == &top ? root : counterparts.at(each->parent);
+            // Up to the copy of this node's parent.
+            for (; lastNode != nullptr && lastNode != each->parent; lastNode = lastNode->parent) {
+                last = last->parent;
+            }
             const xmlNodePtr made = MakeNode(*each);
-            LinkLast(parent, made);
+            LinkLast(last, made);
             AddAttributes(*each, made);
+            last = made;
+            lastNode = each;
         }
+        // The top of what was taken out of a document stands for itself, behind the root.
+        std::stable_sort(counterparts.begin(), counterparts.end(),
+                         [](const auto& a, const auto& b) { return a.first < b.first; });
+    }
+
+    static std::size_t CountBelow(Node& top) {
+        std::size_t count = 1;
+        for (const Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+            ++count;
+            for (const Node* attribute = each->FirstAttribute(); attribute != nullptr;
+                 attribute = attribute->Next()) {
+                ++count;
+            }
+        }
+        return count;
+    }
+
+    [[nodiscard]] xmlNodePtr CounterpartOf(const Node& node) const {
+        const auto found = std::upper_bound(
+            counterparts.begin(), counterparts.end(), &node,
+            [](const Node* wanted, const auto& pair) { return wanted < pair.first; });
+        const bool isThere = found != counterparts.begin() && std::prev(found)->first == &node;
+        return isThere ? std::prev(found)->second : nullptr;
     }
 
     void Register(xmlXPathContext& context, const std::string& expression,
@@ -211,8 +250,8 @@ bool XPathView::IsCurrent(const Node& top) const {
 
 std::vector<Node*> XPathView::Evaluate(Node& context, const std::string& expression,
                                        const SelectionRule& rule) {
-    const auto counterpart = m_copy->counterparts.find(&context);
-    if (counterpart == m_copy->counterparts.end()) {
+    const xmlNodePtr counterpart = m_copy->CounterpartOf(context);
+    if (counterpart == nullptr) {
         throw _com_error(E_FAIL, CString(L"a path cannot start at a namespace declaration"));
     }
     QuietLibxml quiet;
@@ -224,7 +263,7 @@ std::vector<Node*> XPathView::Evaluate(Node& context, const std::string& express
     evaluation->userData = &quiet;
     evaluation->error = QuietLibxml::NoteError;
     evaluation->opLimit = kMaxOperations;
-    evaluation->node = counterpart->second;
+    evaluation->node = counterpart;
     m_copy->Register(*evaluation, expression, rule);
     const Object result(xmlXPathEvalExpression(Xml(expression), evaluation.get()));
     if (quiet.IsOutOfMemory()) {
