@@ -130,7 +130,7 @@ class IngestTest(CardTest):
         self.assertFalse(none.exists())
         self.file.parent.write_bytes(b"")  # a file in the folder's place
         self.assert_fails(self.add("0001AA", "0-1"), 1, f"nqp2: {self.file}: the ingest list was "
-                                                        "not changed (its folder cannot be made)")
+                                                        "not changed (its folder cannot be opened: it is not a folder)")
 
 
 if __name__ == "__main__":

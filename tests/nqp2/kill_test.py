@@ -13,7 +13,7 @@ from pathlib import Path
 from program import CardTest, can_trace, main, traced
 
 IDENTIFIER = f"060A2B340101010501010D4313000000{0xA1:032X}"
-NEW_FILE = re.compile(r'openat\(.*\.tmp".*O_CREAT')
+NEW_FILE = re.compile(r"openat\(.*/?\.nqp2-.*O_CREAT")
 CALL = re.compile(r"^(?:\[pid +\d+\] |\d+ +)?(\w+)\(")
 KILLED = (-9, 128 + 9)
 
