@@ -70,6 +70,10 @@ platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playl
     std::string content;
     platform::IoStatus status = platform::Files().Read(path, kMaxPlaylistFile, content);
     playlist = status ? DecodePlaylist(BytesOf(content)) : std::nullopt;
+    if (status && !playlist && CountPlayItems(BytesOf(content)) > kMaxPlayItems) {
+        status = {platform::IoError::TooLarge,
+                  "it has more than " + std::to_string(kMaxPlayItems) + " items"};
+    }
     return status;
 }
 

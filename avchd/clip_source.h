@@ -68,7 +68,8 @@ platform::FileRequest StreamRequest(std::string path);
 const std::string* WholeContent(platform::FileContent& file, const std::string& path,
                                 std::uint64_t limit);
 
-/// Reads one playlist file and decodes it; nothing in `playlist` when it cannot be read or is none.
+/// Reads one playlist file and decodes it; nothing in `playlist` when it cannot be read, is none, or
+/// has more items than are read, which is TooLarge.
 platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playlist>& playlist);
 
 } // namespace nqp2::avchd

@@ -208,4 +208,11 @@ std::optional<Playlist> DecodePlaylist(Bytes file) {
     return playlist;
 }
 
+std::size_t CountPlayItems(Bytes file) {
+    const std::optional<FileHead> head = DecodeHead(file, "MPLS");
+    ByteReader reader(head ? OptionalSection(file, head->sections[kItems]) : Bytes());
+    reader.Skip(2);
+    return reader.U16();
+}
+
 } // namespace nqp2::avchd

@@ -9,6 +9,7 @@
 #include "avchd/video_format.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -55,5 +56,9 @@ struct Playlist {
 /// damaged table of streams leaves its item without rate, damaged marks and extensions are left
 /// out.
 std::optional<Playlist> DecodePlaylist(Bytes file);
+
+/// How many items the file says it has, 0 where it does not even tell that: more than kMaxPlayItems
+/// are not decoded.
+std::size_t CountPlayItems(Bytes file);
 
 } // namespace nqp2::avchd

@@ -96,7 +96,7 @@ public:
         if (!status) {
             omit(OmissionOf(status), status.reason);
         } else if (!playlist) {
-            omit(Omission::Undecodable, "no sound playlist, or one of too many items");
+            omit(Omission::Undecodable, "no sound playlist");
         }
         if (!playlist || playlist->items.empty()) {
             return false;
@@ -114,14 +114,15 @@ public:
 private:
     /// Null when the clip cannot be read.
     const _tag_P2Clip* ClipOf(const PlayItem& item) {
-        const auto [place, isNew] = m_known.try_emplace(std::string(item.Name()));
-        if (isNew) {
-            auto clip = std::make_unique<_tag_P2Clip>();
-            if (m_clips.Read(m_kind, platform::TextFromUtf8(place->first), *clip)) {
-                place->second = std::move(clip);
-            }
+        const auto known = m_known.find(item.Name());
+        if (known != m_known.end()) {
+            return known->second.get();
         }
-        return place->second.get();
+        auto clip = std::make_unique<_tag_P2Clip>();
+        if (!m_clips.Read(m_kind, platform::TextFromUtf8(item.Name()), *clip)) {
+            clip.reset();
+        }
+        return m_known.emplace(item.Name(), std::move(clip)).first->second.get();
     }
 
     /// An event is some thirty times its item: room is made for those alone whose clip is there.
@@ -151,7 +152,7 @@ private:
     ClipFiles m_kind;
     ClipSource m_clips;
     /// Null for a clip that cannot be read; a hostile list names thousands of these.
-    std::map<std::string, std::unique_ptr<_tag_P2Clip>> m_known;
+    std::map<std::string, std::unique_ptr<_tag_P2Clip>, std::less<>> m_known;
 };
 
 /// Which file is read for one that was listed; nothing when there is none, perhaps with a reason.

@@ -16,7 +16,7 @@ namespace nqp2 {
 enum class SkipReason : std::int32_t {
     NotWellFormed, ///< the file is no well-formed XML; line and column are set
     DocumentType,  ///< the file carries a DTD, which is refused
-    TooLarge,      ///< beyond the size or memory limit for one metadata file
+    TooLarge,      ///< beyond the limits of size, memory or number of entries for one file
     Unreadable,    ///< cannot be opened or read
     Companion,     ///< "._" file that a Mac leaves beside each copied file: nothing is lost
     IsFolder,      ///< a folder with a clip file's name
@@ -24,8 +24,7 @@ enum class SkipReason : std::int32_t {
     UnsafeName,    ///< its name is none that a card's files can have: these were not looked for
     FolderUnreadable, ///< the folder could not be read to its end
     NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
-    Undecodable,      ///< clip information that is damaged or tells of no video, a playlist that is
-                      ///< damaged or has too many items
+    Undecodable,      ///< clip information that is damaged or tells of no video, a damaged playlist
     NotDescribed,     ///< a camera file that the worker did not describe
 };
 

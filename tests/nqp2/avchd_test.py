@@ -85,12 +85,17 @@ class AvchdTest(SampleTest):
         self.assertEqual(table.stderr, "3 edit lists\n")
         folder = card / "AVCHD" / "BDMV" / "PLAYLIST"
         (folder / "00000.MPL").rename(folder / "00000.mpls")
+        many = bytearray((folder / "00001.MPL").read_bytes())
+        items = int.from_bytes(many[8:12], "big")
+        many[items + 6:items + 8] = (16001).to_bytes(2, "big")
+        (folder / "00003.MPL").write_bytes(many)
         (folder / "00001.MPL").write_bytes(b"MPLS")
         self.assertEqual([edl["Name"] for edl in self.listed("playlists", card)["edls"]],
                          ["00000", "00002"])
         result = run("playlists", card, "--strict")
         self.assertEqual(result.returncode, 4)
         self.assertIn("00001.MPL: skipped (no sound playlist", result.stderr)
+        self.assertIn("00003.MPL: skipped (too large: it has more than 16000 items)", result.stderr)
 
     def test_camera_files_that_the_worker_cannot_read_are_no_clips(self):
         folder = self.make("camera")

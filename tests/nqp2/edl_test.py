@@ -90,6 +90,16 @@ class ListTest(EdlTest):
                           [f"{self.card.path}/EDITLIST/many.xml", "skipped (too large"],
                           [f"{self.card.path}/EDITLIST/other.xml", "skipped (no edit list"]])
 
+    def test_json_is_written_as_it_is_made(self):
+        def peak(*options):
+            with subprocess.Popen(command_line("edl", "list", self.card.path, *options),
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL) as process:
+                usage = os.wait4(process.pid, 0)[2]
+                process.returncode = 0
+            return usage.ru_maxrss
+        self.write_list("many.xml", edit_list("<Event/>" * 30000))
+        self.assertLess(peak("--json"), peak() * 1.2 + 8192)
+
     def test_json_tells_both_folders_and_all_fields_in_declaration_order(self):
         first, second = self.listed()
         self.assertEqual((first["Name"], second["Name"]), ("p001ab", "P002XY"))

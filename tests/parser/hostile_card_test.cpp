@@ -54,19 +54,6 @@ TEST_F(HostileCardTest, BrokenFilesAreSkippedAndReportedWithTheirPlace) {
     }
 }
 
-TEST_F(HostileCardTest, ATextBelowManyNestedMemosIsNotMultipliedWithoutEnd) {
-    m_card.AddClip("0001AA");
-    std::string xml(2'000'000, 'x');
-    for (int i = 0; i < 30; ++i) {
-        xml = "<P2Main><ClipContent><ClipMetadata><MemoList><Memo><Offset>" + std::to_string(i) +
-              "</Offset><Text>" + xml +
-              "</Text></Memo></MemoList></ClipMetadata></ClipContent></P2Main>";
-    }
-    m_card.AddFile("CLIP/0001AB.XML", xml);
-    ExpectGoodClipOnly();
-    EXPECT_EQ(OnlyRow().reason, SkipReason::TooLarge);
-}
-
 TEST_F(HostileCardTest, ADeviceIsNotEvenOpened) {
     m_card.AddClip("0001AA");
     std::filesystem::create_symlink("/dev/zero",

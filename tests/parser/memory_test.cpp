@@ -64,8 +64,7 @@ Outcome LoadAvchdClips(const CString& root) {
 }
 Outcome LoadPlaylists(const CString& root) {
     return Loaded<tag_P2EDL>([&](CNQP2Parser& parser, auto& edls, ScanReport& report) {
-        // Tells of none that it leaves out.
-        report.skipped.SetSize(parser.LoadAVCHDEdl(root, edls) == 0 && edls.IsEmpty() ? 1 : 0);
+        parser.LoadCardPlaylists(root, edls, report);
     });
 }
 Outcome LoadIngest(const CString& root) {
@@ -144,6 +143,10 @@ std::vector<Hostile> Values() {
     constexpr int kClipDepth = 40; // as deep as a document may be
     constexpr int kEventDepth = 34;
     constexpr std::size_t kEvent = 8; // bytes of an empty one
+    const std::string usual =
+        "<Event><Offset>1000</Offset><Duration>250</Duration><Source><P2SerialNo.>ABC12D0001"
+        "</P2SerialNo.><ClipName>0001AB</ClipName><GlobalClipID>060A2B340101010501010D4313000000"
+        "798AE7C6A09E4B6FA5A11F6E2D08E5C0</GlobalClipID><Offset>10</Offset></Source></Event>";
     return {
         {&kClips, "memos", "<ClipMetadata><MemoList>",
          "<Memo><Offset>1</Offset><Text>x</Text></Memo>", 2'000'000, "</MemoList></ClipMetadata>",
@@ -162,6 +165,7 @@ std::vector<Hostile> Values() {
         {&kClips, "small nested memos", memoOpen + Nested(clipOpen, kClipDepth), "text ", 100'000,
          Nested(clipClose, kClipDepth) + memoClose},
         {&kEdls, "as many events as are read", "", "<Event/>", 65'536 * kEvent, "", 1},
+        {&kEdls, "as many usual events", "", usual, 65'536 * usual.size(), "", 1},
         {&kEdls, "one event more", "", "<Event/>", 65'537 * kEvent, "", 0},
         {&kEdls, "many events", "", "<Event/>", 300'000 * kEvent, "", 0},
         {&kEdls, "events of text", "", "<Event><Note>Some words on it</Note></Event>", 2'000'000,
