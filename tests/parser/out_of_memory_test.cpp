@@ -305,6 +305,10 @@ TEST_F(OutOfMemory, EditLists) {
     const CString name = L"CUT";
     m_card.Folder().Write("EDITLIST/CUT.XML", "<old/>");
     SweepChange("EDITLIST", [&] { return m_parser.SaveToEdl(m_root, m_edl, 1, name) == 0; });
+    const CString unnamed;
+    CString saved;
+    SweepChange("EDITLIST",
+                [&] { return m_parser.SaveCardEdl(m_root, m_edl, unnamed, saved) == 0; });
     CArray<tag_P2EDL> edls;
     ScanReport report;
     ASSERT_EQ(m_parser.SaveToEdl(m_root, m_edl, 1, name), 0);
@@ -315,7 +319,7 @@ TEST_F(OutOfMemory, EditLists) {
            [&] { return m_parser.LoadCardEdls(m_root, edls, report) == 0; },
            [&](Outcome outcome) {
                if (outcome == Outcome::Done) {
-                   EXPECT_EQ(edls.GetSize() + report.skipped.GetSize(), 1);
+                   EXPECT_TRUE(edls.GetSize() == 1 || !report.skipped.IsEmpty());
                }
                EXPECT_TRUE(edls.IsEmpty() || edls[0].Events.GetSize() == 3);
            }});
