@@ -36,6 +36,22 @@ std::atomic<bool> isCounting = false;
 std::atomic<bool> allFollowingFail = false;
 std::atomic<long> allocationsMade = 0;
 
+} // namespace
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define NQP2_HAS_OWN_MALLOC 0
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define NQP2_HAS_OWN_MALLOC 0
+#endif
+#endif
+#ifndef NQP2_HAS_OWN_MALLOC
+#define NQP2_HAS_OWN_MALLOC 1
+#endif
+
+#if NQP2_HAS_OWN_MALLOC
+namespace {
+
 bool Fails() noexcept {
     if (!isCounting.load()) {
         return false;
@@ -55,25 +71,14 @@ void* OrFail(void* (*allocate)(std::size_t, std::size_t), std::size_t a, std::si
 
 } // namespace
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define NQP2_HAS_OWN_MALLOC 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define NQP2_HAS_OWN_MALLOC 0
-#endif
-#endif
-#ifndef NQP2_HAS_OWN_MALLOC
-#define NQP2_HAS_OWN_MALLOC 1
-#endif
-
-#if NQP2_HAS_OWN_MALLOC
 // The C library's own, which it offers to who takes their place.
 extern "C" {
-void* __libc_malloc(std::size_t size);                    // NOLINT(bugprone-reserved-identifier)
-void* __libc_calloc(std::size_t count, std::size_t size); // NOLINT(bugprone-reserved-identifier)
-void* __libc_realloc(void* memory, std::size_t size);     // NOLINT(bugprone-reserved-identifier)
-void* __libc_memalign(std::size_t alignment,
-                      std::size_t size); // NOLINT(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier)
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+// NOLINTEND(bugprone-reserved-identifier)
 
 void* malloc(std::size_t size) {
     return OrFail([](std::size_t a, std::size_t) { return __libc_malloc(a); }, size, 0);
