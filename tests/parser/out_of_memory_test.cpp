@@ -221,7 +221,10 @@ protected:
             m_edl.Events.Add(event);
         }
     }
-    ~OutOfMemory() override { SetMessageBoxSink({}); }
+    ~OutOfMemory() override {
+        m_parser.Release();
+        SetMessageBoxSink({});
+    }
 
     /// Each change either is made or leaves the files of the folder as they were.
     void SweepChange(const char* folder, const std::function<bool()>& change,
@@ -229,21 +232,21 @@ protected:
         const std::string place = m_card.Folder().MakeFolder(folder);
         const Files before = FilesBelow(place);
         Files after;
-        Sweep({[&] {
-                   std::filesystem::remove_all(place);
-                   for (const auto& [name, bytes] : before) {
-                       m_card.Folder().Write(std::string(folder) + "/" + name, bytes);
-                   }
-                   m_card.Folder().MakeFolder(folder);
-               },
-               change,
-               [&](Outcome outcome) {
+        const auto restore = [&] {
+            std::filesystem::remove_all(place);
+            m_card.Folder().MakeFolder(folder);
+            for (const auto& [name, bytes] : before) {
+                m_card.Folder().Write(std::string(folder) + "/" + name, bytes);
+            }
+        };
+        Sweep({restore, change, [&](Outcome outcome) {
                    after = after.empty() ? FilesBelow(place) : after;
                    const Files found = FilesBelow(place);
                    if (!isSavingUntold || found != before) {
                        EXPECT_EQ(found, outcome == Outcome::Done ? after : before);
                    }
                }});
+        restore();
     }
 
     test::CardBuilder m_card;
