@@ -183,18 +183,19 @@ bool IsCardName(const CString& name) {
 bool SaveNamed(const std::string& text, platform::Folder& folder, const EditListPlace& place,
                CString& saved) {
     const CString name = WithExtension(place.name);
+    CString path = place.folder + name; // once the list is written, nothing may fail any more
     std::string target;
     const bool done =
         IsCardName(name) &&
         platform::FindTargetIn(folder, platform::NameBytesFromText(name.View()), target) &&
         folder.WriteWhole(target, text);
-    saved = done ? place.folder + name : saved;
+    saved = done ? std::move(path) : saved;
     return done;
 }
 
 /// The next name that neither the look into the folders nor the file system refuses.
 bool GiveFreeName(platform::FileWriter& file, EditListNumbers& numbers, const CString& id,
-                  CString& name) {
+                  const CString& folder, CString& saved) {
     constexpr int kTries = 1000;
     for (int tried = 0; tried < kTries; ++tried) {
         const std::optional<CString> next = numbers.NewName(id);
@@ -202,10 +203,11 @@ bool GiveFreeName(platform::FileWriter& file, EditListNumbers& numbers, const CS
             return false;
         }
         if (!numbers.Holds(*next)) {
+            CString path = folder + *next;
             const platform::IoStatus given =
                 file.CommitAs(platform::NameBytesFromText(next->View()));
             if (given || given.error != platform::IoError::Exists) {
-                name = *next;
+                saved = given ? std::move(path) : saved;
                 return static_cast<bool>(given);
             }
         }
@@ -228,12 +230,9 @@ bool SaveNumbered(const std::string& text, platform::Folder& folder, const EditL
         return false;
     }
     std::unique_ptr<platform::FileWriter> file;
-    CString name;
-    const bool done = folder.Create(platform::NameBytesFromText(first->View()), file) &&
-                      file->WriteAt(0, text) && file->Flush() &&
-                      GiveFreeName(*file, *numbers, id, name);
-    saved = done ? place.folder + name : saved;
-    return done;
+    return folder.Create(platform::NameBytesFromText(first->View()), file) &&
+           file->WriteAt(0, text) && file->Flush() &&
+           GiveFreeName(*file, *numbers, id, place.folder, saved);
 }
 
 } // namespace

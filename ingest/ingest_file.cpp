@@ -81,7 +81,8 @@ platform::IoStatus PutAside(platform::Folder& folder, const std::string& name) {
 
 /// Reads the list, or makes a new one when there is none or none that is sound; the cursor then
 /// stands on the level of its clips. Fails for a file that can neither be read nor be put aside.
-platform::IoStatus Open(CMarkupMSXML& list, platform::Folder& folder, const CString& folderPath,
+platform::IoStatus Open(CMarkupMSXML& list, const platform::MemoryWatch& watch,
+                        platform::Folder& folder, const CString& folderPath,
                         const CString& fileName) {
     std::string name;
     platform::IoStatus status =
@@ -92,7 +93,6 @@ platform::IoStatus Open(CMarkupMSXML& list, platform::Folder& folder, const CStr
     }
     bool isSound = false;
     if (!isNew) {
-        const platform::MemoryWatch watch;
         isSound = list.Load(folderPath + platform::TextFromNameBytes(name)) != 0;
         watch.Require(); // a sound list is not put aside for want of memory
     }
@@ -186,7 +186,9 @@ bool AddClips(CMarkupMSXML& list, const IngestClips& clips) {
 }
 
 platform::IoStatus Save(CMarkupMSXML& list, platform::Folder& folder, const CString& fileName) {
-    const std::optional<std::string> text = list.GetDocumentPtr()->TextToSave();
+    const IXMLDOMDocumentPtr& document = list.GetDocumentPtr();
+    const std::optional<std::string> text =
+        document != nullptr ? document->TextToSave() : std::nullopt;
     if (!text) {
         return {platform::IoError::Other, "it could not be loaded again"};
     }
@@ -203,7 +205,7 @@ bool AddToFile(platform::Folder& folder, const CString& folderPath, const CStrin
     if (!BeginChange(folder)) {
         return false;
     }
-    platform::IoStatus status = Open(list, folder, folderPath, fileName);
+    platform::IoStatus status = Open(list, watch, folder, folderPath, fileName);
     if (status) {
         // Nobody is told which clips were left out: kept.
         static_cast<void>(AddClips(list, clips));

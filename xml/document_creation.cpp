@@ -3,6 +3,7 @@
 
 #include "xml/document_creation.h"
 
+#include "platform/guard.h"
 #include "xml/dom/document.h"
 
 #include <memory>
@@ -17,6 +18,7 @@ HRESULT CreateDocument(IXMLDOMDocumentPtr& document) {
         document = std::make_shared<dom::Document>(dom::SelectionRule::Names::Qualified);
         return S_OK;
     } catch (const std::bad_alloc&) {
+        ++platform::timesOutOfMemory;
         return E_OUTOFMEMORY;
     }
 }

@@ -11,6 +11,7 @@
 #include "xml/dom/document.h"
 
 #include <exception>
+#include <new>
 #include <string>
 
 using nqp2::dom::Document;
@@ -59,6 +60,8 @@ int CMarkupMSXML::x_Replace(const Operation& load) {
     bool loaded = false;
     try {
         loaded = load(*m_pDoc);
+    } catch (const std::bad_alloc&) {
+        m_pDoc->FailForMemory();
     } catch (const std::exception& error) {
         m_pDoc->Fail(error.what());
     } catch (...) {

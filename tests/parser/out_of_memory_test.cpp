@@ -36,6 +36,22 @@ std::atomic<bool> isCounting = false;
 std::atomic<bool> allFollowingFail = false;
 std::atomic<long> allocationsMade = 0;
 
+} // namespace
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define NQP2_HAS_OWN_MALLOC 0
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define NQP2_HAS_OWN_MALLOC 0
+#endif
+#endif
+#ifndef NQP2_HAS_OWN_MALLOC
+#define NQP2_HAS_OWN_MALLOC 1
+#endif
+
+#if NQP2_HAS_OWN_MALLOC
+namespace {
+
 bool Fails() noexcept {
     if (!isCounting.load()) {
         return false;
@@ -55,25 +71,14 @@ void* OrFail(void* (*allocate)(std::size_t, std::size_t), std::size_t a, std::si
 
 } // namespace
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define NQP2_HAS_OWN_MALLOC 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define NQP2_HAS_OWN_MALLOC 0
-#endif
-#endif
-#ifndef NQP2_HAS_OWN_MALLOC
-#define NQP2_HAS_OWN_MALLOC 1
-#endif
-
-#if NQP2_HAS_OWN_MALLOC
 // The C library's own, which it offers to who takes their place.
 extern "C" {
-void* __libc_malloc(std::size_t size);                    // NOLINT(bugprone-reserved-identifier)
-void* __libc_calloc(std::size_t count, std::size_t size); // NOLINT(bugprone-reserved-identifier)
-void* __libc_realloc(void* memory, std::size_t size);     // NOLINT(bugprone-reserved-identifier)
-void* __libc_memalign(std::size_t alignment,
-                      std::size_t size); // NOLINT(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier)
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* memory, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
+// NOLINTEND(bugprone-reserved-identifier)
 
 void* malloc(std::size_t size) {
     return OrFail([](std::size_t a, std::size_t) { return __libc_malloc(a); }, size, 0);
@@ -216,7 +221,10 @@ protected:
             m_edl.Events.Add(event);
         }
     }
-    ~OutOfMemory() override { SetMessageBoxSink({}); }
+    ~OutOfMemory() override {
+        m_parser.Release();
+        SetMessageBoxSink({});
+    }
 
     /// Each change either is made or leaves the files of the folder as they were.
     void SweepChange(const char* folder, const std::function<bool()>& change,
@@ -224,21 +232,21 @@ protected:
         const std::string place = m_card.Folder().MakeFolder(folder);
         const Files before = FilesBelow(place);
         Files after;
-        Sweep({[&] {
-                   std::filesystem::remove_all(place);
-                   for (const auto& [name, bytes] : before) {
-                       m_card.Folder().Write(std::string(folder) + "/" + name, bytes);
-                   }
-                   m_card.Folder().MakeFolder(folder);
-               },
-               change,
-               [&](Outcome outcome) {
+        const auto restore = [&] {
+            std::filesystem::remove_all(place);
+            m_card.Folder().MakeFolder(folder);
+            for (const auto& [name, bytes] : before) {
+                m_card.Folder().Write(std::string(folder) + "/" + name, bytes);
+            }
+        };
+        Sweep({restore, change, [&](Outcome outcome) {
                    after = after.empty() ? FilesBelow(place) : after;
                    const Files found = FilesBelow(place);
                    if (!isSavingUntold || found != before) {
                        EXPECT_EQ(found, outcome == Outcome::Done ? after : before);
                    }
                }});
+        restore();
     }
 
     test::CardBuilder m_card;
@@ -305,6 +313,10 @@ TEST_F(OutOfMemory, EditLists) {
     const CString name = L"CUT";
     m_card.Folder().Write("EDITLIST/CUT.XML", "<old/>");
     SweepChange("EDITLIST", [&] { return m_parser.SaveToEdl(m_root, m_edl, 1, name) == 0; });
+    const CString unnamed;
+    CString saved;
+    SweepChange("EDITLIST",
+                [&] { return m_parser.SaveCardEdl(m_root, m_edl, unnamed, saved) == 0; });
     CArray<tag_P2EDL> edls;
     ScanReport report;
     ASSERT_EQ(m_parser.SaveToEdl(m_root, m_edl, 1, name), 0);
@@ -315,7 +327,7 @@ TEST_F(OutOfMemory, EditLists) {
            [&] { return m_parser.LoadCardEdls(m_root, edls, report) == 0; },
            [&](Outcome outcome) {
                if (outcome == Outcome::Done) {
-                   EXPECT_EQ(edls.GetSize() + report.skipped.GetSize(), 1);
+                   EXPECT_TRUE(edls.GetSize() == 1 || !report.skipped.IsEmpty());
                }
                EXPECT_TRUE(edls.IsEmpty() || edls[0].Events.GetSize() == 3);
            }});

@@ -77,6 +77,11 @@ void Document::Fail(std::string_view reason) noexcept {
     }
 }
 
+void Document::FailForMemory() noexcept {
+    Clear();
+    m_error = OutOfMemory();
+}
+
 /// Whatever a load throws leaves an empty document with a reason.
 template <class Load>
 bool Document::Replace(const Load& load) {

@@ -33,6 +33,7 @@ public:
     void Clear() noexcept;
     /// Empties it after a load that could not even be carried out.
     void Fail(std::string_view reason) noexcept;
+    void FailForMemory() noexcept;
 
     /// The text of the document as it is saved; nothing when it could not be loaded again, one
     /// without a root included.

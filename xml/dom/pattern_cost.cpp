@@ -19,8 +19,8 @@ namespace {
 
 constexpr double kNoEnd = std::numeric_limits<double>::infinity();
 // Far above any pattern that somebody wrote; libxml2 goes as deep as the brackets do.
-constexpr std::size_t kLongest = 200; ///< bytes
-constexpr int kDeepest = 32;          ///< brackets in brackets
+constexpr std::size_t kLongestPattern = 200; ///< bytes
+constexpr int kMostBrackets = 32;            ///< brackets in brackets
 
 /// Ways through a part of a pattern: the value's length to the power of `loops`, times e to the
 /// power of `log`.
@@ -85,7 +85,7 @@ private:
     Ways ReadAtom() {
         Ways ways;
         if (Take('(')) {
-            if (++m_depth > kDeepest) {
+            if (++m_depth > kMostBrackets) {
                 m_left = {};
                 return {kNoEnd, 0, true};
             }
@@ -158,7 +158,7 @@ bool OffersOneWay(const std::string& pattern) {
 
 bool IsAffordablePattern(const std::string& pattern, const ValueSizes& values) {
     constexpr double kMostSteps = 1e9;
-    if (pattern.size() > kLongest) {
+    if (pattern.size() > kLongestPattern) {
         return false;
     }
     const Ways ways = PatternReader(pattern).Read();
