@@ -133,9 +133,9 @@ public:
 private:
     void WriteHead() {
         Number(L"Duration", m_edl.Duration);
-        Text(L"EditUnit", m_reference.editUnit);
-        Text(L"StartTimecode", L"00:00:00:00");
-        Text(L"FrameRate", m_reference.frameRate);
+        ValueText(L"EditUnit", m_reference.editUnit);
+        ValueText(L"StartTimecode", L"00:00:00:00");
+        ValueText(L"FrameRate", m_reference.frameRate);
         // One codec alone carries its class, though four are asked for it: kept.
         const bool carriesClass = m_reference.codec == L"AVC-I_1080/50i";
         Text(L"Codec", m_reference.codec, carriesClass ? L"Class" : L"",
@@ -151,9 +151,9 @@ private:
         Number(L"Offset", event.Offset);
         Number(L"Duration", event.Duration);
         Open(L"Source");
-        Text(L"P2SerialNo.", event.P2SerialNo);
-        Text(L"ClipName", event.ClipName);
-        Text(L"GlobalClipID", identifier);
+        ValueText(L"P2SerialNo.", event.P2SerialNo);
+        ValueText(L"ClipName", event.ClipName);
+        ValueText(L"GlobalClipID", identifier);
         Number(L"Offset", event.SourceOffset);
         Text(L"InTimecode", media::TimecodeText(event.SourceOffset, m_rate));
         Text(L"OutTimecode", media::TimecodeText(last, m_rate));
@@ -161,9 +161,19 @@ private:
         Close();
     }
 
+    /// A text that readers take, who refuse a list with too much of it.
+    void ValueText(const wchar_t* name, const CString& value) {
+        m_text += platform::Utf8FromText(value.View()).size();
+        Require(m_text <= kMaxText);
+        if (IsSound()) {
+            Text(name, value);
+        }
+    }
+
     const tag_P2EDL& m_edl;
     const Reference& m_reference;
     int m_rate;
+    std::size_t m_text = 0; ///< bytes
 };
 
 /// The name with an extension; looked for with its case, so that ".XML" gains a second: kept.
@@ -240,7 +250,8 @@ bool SaveNumbered(const std::string& text, platform::Folder& folder, const EditL
 bool WriteEditList(const CString& cardPath, platform::Folder& folder, const EditListPlace& place,
                    const tag_P2EDL& edl, CMarkupMSXML& reader, CString& saved) {
     const CString contents = media::ContentsFolder(cardPath);
-    if (edl.Events.IsEmpty() || !platform::PathExists(PosixPath(contents))) {
+    const auto events = static_cast<std::size_t>(edl.Events.GetSize());
+    if (events == 0 || events > kMaxEvents || !platform::PathExists(PosixPath(contents))) {
         return false;
     }
     const std::optional<Reference> reference =

@@ -40,9 +40,10 @@ bool AddClips(CMarkupMSXML& list, const IngestClips& clips);
 /// Writes the list into the folder.
 platform::IoStatus Save(CMarkupMSXML& list, platform::Folder& folder, const CString& fileName);
 
-/// Adds the segments of one card to the list of that plain name in its folder. A file that is no sound XML
-/// is put aside under another name and replaced. Returns false, with nothing done, when somebody
-/// else keeps the folder locked, and for a link, through which something else would be written.
+/// Adds the segments of one card to the list of that plain name in its folder. A file that is no
+/// sound XML is put aside under another name and replaced. Returns false, with nothing done, when
+/// somebody else keeps the folder locked, and for a link, through which something else would be
+/// written.
 bool AddToFile(platform::Folder& folder, const CString& folderPath, const CString& fileName,
                const IngestClips& clips);
 

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "edl/edl_layout.h"
 #include "edl/edl_name.h"
 #include "platform/guid_text.h"
 #include "tests/edl/edl_test.h"
@@ -501,6 +502,18 @@ TEST_F(EdlFaultsTest, LeftoversAreSweptAndMissingClipsCostOneLook) {
     AddFile(".nqp2-killed.tmp", "half");
     EXPECT_EQ(m_parser.SaveToEdl(m_card.Root(), edl, 0, L""), 0);
     EXPECT_THAT(FilesInFolder(), ElementsAre("MINE.xml", "P001AB.XML"));
+}
+
+TEST_F(EdlFaultsTest, WhatCouldNotBeReadAgainIsNotWritten) {
+    tag_P2EDL wordy = OneEvent();
+    wordy.Events[0].P2SerialNo = CString(std::wstring(kMaxText / 2, L'7'));
+    wordy.Events.Add(wordy.Events[0]);
+    tag_P2EDL longOne = OneEvent();
+    longOne.Events.SetSize(static_cast<std::int64_t>(kMaxEvents) + 1);
+    for (const tag_P2EDL* const edl : {&wordy, &longOne}) {
+        EXPECT_EQ(m_parser.SaveToEdl(m_card.Root(), *edl, 1, L"MINE"), 1);
+        ExpectOldFileAlone();
+    }
 }
 
 TEST_F(EdlFaultsTest, EveryLossOfAScanIsTold) {
