@@ -31,8 +31,13 @@ std::unique_ptr<Listener> Listener::Start(const ListenSettings& settings, Worker
         return nullptr;
     }
     std::unique_ptr<Listener> listener(new Listener(settings, std::move(wake)));
-    const bool hasHost = listener->AdoptHost(settings.hostDescriptor);
-    status = {hasHost, hasHost ? "" : "no line to a host"};
+    const bool hasHost = settings.hostDescriptor >= 0;
+    if (hasHost && !listener->AdoptHost(settings.hostDescriptor)) {
+        // Often one that has ended since: with a socket alone the worker would outlive it for ever.
+        status = {false, "no line to a host"};
+        return nullptr;
+    }
+    status = {hasHost, {}};
     if (!settings.socket.empty() || !hasHost) {
         status = ListenOn(settings.socket, listener->m_socket);
         listener->m_path = status ? settings.socket : "";
@@ -60,7 +65,7 @@ Listener::~Listener() {
 
 /// Whoever made the socket pair is taken for the host: the system has written that down.
 bool Listener::AdoptHost(int descriptor) {
-    if (descriptor < 0 || !IsPacketSocket(descriptor)) {
+    if (!IsPacketSocket(descriptor)) {
         return false;
     }
     platform::Descriptor socket(descriptor);

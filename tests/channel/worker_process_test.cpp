@@ -128,6 +128,25 @@ TEST_F(WorkerProcessTest, AWorkerEndsWithItsLastHostHoweverThatDied) {
     }
 }
 
+/// A socket file alone is for workers that are to stay.
+TEST_F(WorkerProcessTest, AWorkerWhoseHostEndsBeforeItListensDoesNotStay) {
+    prctl(PR_SET_CHILD_SUBREAPER, 1); // the orphan comes to this process, which sees it end
+    RunInChild([&] {
+        const std::string later = "sleep 0.2; exec '" + std::string(kProgram) + "' \"$@\"";
+        ualarm(50'000, 0);
+        return static_cast<int>(UseWorker({.program = "/bin/sh",
+                                           .arguments = {"-c", later, "worker"},
+                                           .socket = m_folder.Socket()})
+                                    .ready);
+    });
+    EXPECT_TRUE(Eventually([] { return waitpid(-1, nullptr, WNOHANG) < 0; }));
+    if (const pid_t orphan = Worker(); orphan > 0) {
+        kill(orphan, SIGKILL);
+    }
+    prctl(PR_SET_CHILD_SUBREAPER, 0);
+    EXPECT_FALSE(std::filesystem::exists(m_folder.Socket()));
+}
+
 TEST_F(WorkerProcessTest, AWorkerStaysForAHostThatCameLater) {
     int hold[2] = {-1, -1};
     ASSERT_EQ(pipe2(hold, O_CLOEXEC), 0);
