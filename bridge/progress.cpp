@@ -7,6 +7,8 @@
 #include "channel/shared_flag.h"
 
 #include <chrono>
+#include <future>
+#include <utility>
 
 using nqp2::bridge::ChannelPort;
 using nqp2::bridge::Heard;
@@ -38,27 +40,35 @@ std::int32_t CTNQ264BitSupport::SetImpCallBack(ImpCallBack callback, void* conte
     if (m_progressThread != nullptr && IsSet(m_running)) {
         return kDone;
     }
-    ResultMessage message;
-    if (!Exchange(CallbackPort(), MessageId::RegisterProgress, message)) {
+    const ChannelPort port = CallbackPort();
+    if (port.table == nullptr) {
         return kChannelFailed;
     }
-    StartProgressThread();
+    // The thread comes first: once told that somebody listens, the worker waits for answers.
+    std::promise<void> registered;
+    StartProgressThread(registered.get_future());
+    ResultMessage message;
+    if (!Exchange(port, MessageId::RegisterProgress, message)) {
+        registered = {}; // ends the wait
+        m_progressThread->join();
+        m_progressThread.reset();
+        return kChannelFailed;
+    }
+    SetFlag(m_running, 1);
+    registered.set_value();
     return message.result;
 }
 
-void CTNQ264BitSupport::StartProgressThread() {
+void CTNQ264BitSupport::StartProgressThread(std::future<void> registered) {
     if (m_progressThread != nullptr) {
         // One that ended with its channel. It is not stopped, for that would ask to abort.
         m_progressThread->join();
         m_progressThread.reset();
     }
-    SetFlag(m_running, 1);
-    try {
-        m_progressThread = std::make_unique<std::thread>([this] { RunProgressThread(); });
-    } catch (...) {
-        SetFlag(m_running, 0);
-        throw;
-    }
+    m_progressThread = std::make_unique<std::thread>([this, registered = std::move(registered)] {
+        registered.wait(); // also over when nothing was registered: then it does not run
+        RunProgressThread();
+    });
 }
 
 void CTNQ264BitSupport::StopProgressThread() {

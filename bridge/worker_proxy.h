@@ -16,6 +16,7 @@
 #include "platform/process.h"
 
 #include <cstdint>
+#include <future>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -105,7 +106,8 @@ private:
     void StartServer();
     void CloseChannelOf(Holder& holder) const;
 
-    void StartProgressThread();
+    /// It touches no channel before `registered` is set.
+    void StartProgressThread(std::future<void> registered);
     void StopProgressThread();
     void RunProgressThread();
     nqp2::bridge::Heard HearProgress(const nqp2::bridge::ChannelPort& port);

@@ -3,9 +3,12 @@
 
 #include "bridge/worker_proxy.h"
 #include "tests/bridge/worker_test.h"
+#include "tests/support/child_process.h"
 
 #include <atomic>
 #include <stdexcept>
+#include <sys/resource.h>
+#include <system_error>
 
 namespace nqp2::bridge {
 namespace {
@@ -134,6 +137,22 @@ TEST_F(ProgressTest, AnswersTheRegistrationsOwnResultAndFailsWithTheChannel) {
     EXPECT_EQ(answer, -1) << "the thread ended with the channel, registering is tried anew";
     EXPECT_EQ(m_proxy.Close(), 1);
     EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, nullptr), -1);
+}
+
+TEST_F(ProgressTest, WithoutAThreadToAnswerNobodyRegisters) {
+    EXPECT_EQ(test::RunInChild([&] {
+                  constexpr rlimit kNone = {0, 0};
+                  CTNQ264BitSupport proxy;
+                  const bool open = proxy.Open() == 1 && test::BecomeOrdinaryUser() &&
+                                    setrlimit(RLIMIT_NPROC, &kNone) == 0;
+                  try {
+                      proxy.SetImpCallBack(Host::Hear, &m_host);
+                  } catch (const std::system_error&) {
+                      return open && m_channels.Calls("callback Send 20003").empty() ? 0 : 1;
+                  }
+                  return 2;
+              }),
+              0);
 }
 
 TEST_F(ProgressTest, AThreadThatEndedIsFollowedByANewOne) {

@@ -120,10 +120,10 @@ class RoundTripTest(WorkerTest):
         self.assertEqual(files_below(self.folder / "here"), files_below(self.card.path))
 
     def test_icon_of_a_bitmap_in_either_order_of_rows(self):
-        rows = [bytes(range(row, row + 9)) for row in (0, 100)]
-        bottom_up = struct.pack("<2sIIIIiiHHIIIIII", b"BM", 78, 0, 54, 40, 3, 2, 1, 24, 0, 24, 2835,
+        rows = [bytes(range(row, row + 9)) for row in (0, 50, 100)]
+        bottom_up = struct.pack("<2sIIIIiiHHIIIIII", b"BM", 90, 0, 54, 40, 3, 3, 1, 24, 0, 36, 2835,
                                 2835, 0, 0) + b"".join(row + b"\0" * 3 for row in rows)
-        top_down = (bottom_up[:22] + struct.pack("<i", -2) + bottom_up[26:54]
+        top_down = (bottom_up[:22] + struct.pack("<i", -3) + bottom_up[26:54]
                     + b"".join(row + b"pad" for row in reversed(rows)))
         icon = self.card.path / "CONTENTS" / "ICON" / "0001AB.BMP"
         picture = self.folder / "picture.bmp"
@@ -131,11 +131,13 @@ class RoundTripTest(WorkerTest):
             picture.write_bytes(content)
             self.do("icon", self.card.path, "0001AB", picture)
             self.assertEqual(icon.read_bytes(), bottom_up)
+        no_bitmap = ("is no bitmap file of 24 bits a pixel "
+                     "(sides up to 4096, 15 million pixels in all)")
         for content, problem in (
                 (bottom_up[:-8], "ends within the picture"),
-                (bottom_up[:60:-1], "is no bitmap file of 24 bits a pixel (sides up to 4096)"),
-                (bottom_up[:18] + struct.pack("<i", 1 << 30) + bottom_up[22:],
-                 "is no bitmap file of 24 bits a pixel (sides up to 4096)")):
+                (bottom_up[:60:-1], no_bitmap),
+                (bottom_up[:18] + struct.pack("<i", 1 << 30) + bottom_up[22:], no_bitmap),
+                (bottom_up[:18] + struct.pack("<ii", 4096, 4096) + bottom_up[26:], no_bitmap)):
             picture.write_bytes(content)
             self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
                               f"nqp2: {picture}: {problem}")

@@ -7,6 +7,7 @@
 #include "tools/nqp2/input_file.h"
 #include "tools/nqp2/little_endian.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -18,6 +19,7 @@ namespace {
 constexpr std::size_t kHeadSize = 54; // file header and the shortest picture header in use
 constexpr std::uint32_t kLargestHead = 4096;
 constexpr std::int64_t kLargestSide = 4096;
+constexpr std::int64_t kMostPixels = 15'000'000; // as many as a request to the worker has room for
 constexpr std::size_t kBytesPerPixel = 3;
 
 struct Layout {
@@ -39,8 +41,19 @@ Layout LayoutOf(std::string_view head) {
     layout.isSound = head.size() == kHeadSize && head.substr(0, 2) == "BM" && isPlain &&
                      layout.pixelsAt >= kHeadSize && layout.pixelsAt <= kLargestHead &&
                      layout.width > 0 && layout.width <= kLargestSide && layout.height > 0 &&
-                     layout.height <= kLargestSide;
+                     layout.height <= kLargestSide && layout.width * layout.height <= kMostPixels;
     return layout;
+}
+
+/// Row by row: a picture of many rows would be moved as often when each went in front of the others.
+void TurnOver(std::string& pixels, std::size_t row) {
+    const auto at = [&](std::size_t place) {
+        return pixels.begin() + static_cast<std::ptrdiff_t>(place);
+    };
+    for (std::size_t low = 0, high = pixels.size(); low + row < high; low += row) {
+        high -= row;
+        std::swap_ranges(at(low), at(low + row), at(high));
+    }
 }
 
 } // namespace
@@ -49,7 +62,8 @@ Bitmap ReadBitmap(const std::string& path) {
     InputFile file(path);
     const Layout layout = LayoutOf(file.Read(kHeadSize));
     if (!layout.isSound) {
-        throw Failure(path, "is no bitmap file of 24 bits a pixel", "sides up to 4096");
+        throw Failure(path, "is no bitmap file of 24 bits a pixel",
+                      "sides up to 4096, 15 million pixels in all");
     }
     file.Read(layout.pixelsAt - kHeadSize);
     const std::size_t row = static_cast<std::size_t>(layout.width) * kBytesPerPixel;
@@ -61,7 +75,10 @@ Bitmap ReadBitmap(const std::string& path) {
         if (bytes.size() < row) {
             throw Failure(path, "ends within the picture", "");
         }
-        bitmap.pixels.insert(layout.isTopDown ? 0 : bitmap.pixels.size(), bytes, 0, row);
+        bitmap.pixels.append(bytes, 0, row);
+    }
+    if (layout.isTopDown) {
+        TurnOver(bitmap.pixels, row);
     }
     return bitmap;
 }

@@ -15,7 +15,8 @@ struct Bitmap {
     std::string pixels;
 };
 
-/// Reads a bitmap file of 24 bits a pixel, not compressed, with sides up to 4096. Throws Failure.
+/// Reads a bitmap file of 24 bits a pixel, not compressed, with sides up to 4096 and 15 million
+/// pixels in all. Throws Failure.
 Bitmap ReadBitmap(const std::string& path);
 
 } // namespace nqp2::tool
