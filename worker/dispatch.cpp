@@ -66,13 +66,21 @@ constexpr Handler kHandlers[] = {
 
 Answer Dispatch(Operations& operations, std::uint32_t id, unsigned char* request,
                 std::int32_t length) noexcept {
-    return platform::Guarded(Answer(NoAnswer), [&] {
+    Answer answer = NoAnswer;
+    const bool isOver = platform::Guarded(false, [&] {
         const auto* const handler =
             std::find_if(std::begin(kHandlers), std::end(kHandlers),
                          [id](const Handler& each) { return Number(each.id) == id; });
-        return handler != std::end(kHandlers) ? handler->run(operations, request, length)
-                                              : Answer(NoAnswer);
+        if (handler != std::end(kHandlers)) {
+            answer = handler->run(operations, request, length);
+        }
+        return true;
     });
+    if (!isOver) {
+        // Short enough to need no memory: who deletes a clip is told by the sentence alone.
+        operations.Fail("Out of memory.");
+    }
+    return answer;
 }
 
 } // namespace nqp2::worker

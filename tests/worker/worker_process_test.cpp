@@ -172,6 +172,19 @@ TEST_F(WorkerProcessTest, ASessionForWhichThereIsNoRoomEndsAlone) {
     }
     EXPECT_TRUE(served > 0 && refused > 0) << served << " served, " << refused << " refused";
 }
+
+TEST_F(WorkerProcessTest, ARequestForWhichThereIsNoMemoryTellsSo) {
+    ASSERT_EQ(m_parser.SetWriteBlockSize(64 << 20), 1);
+    const rlimit low{1, RLIM_INFINITY};
+    const rlimit none{RLIM_INFINITY, RLIM_INFINITY};
+    const pid_t worker = test::ChildNamed("nqp2-worker");
+    ASSERT_EQ(prlimit(worker, RLIMIT_AS, &low, nullptr), 0);
+    stu_R8P2TransInfo info = Request();
+    EXPECT_NE(m_parser.ImportFile(info), 0);
+    ASSERT_EQ(prlimit(worker, RLIMIT_AS, &none, nullptr), 0);
+    EXPECT_EQ(LastError(), "Out of memory.");
+    EXPECT_TRUE(std::filesystem::is_empty(m_to.Path()));
+}
 #endif
 
 TEST_F(WorkerProcessTest, ServesEveryFrontEnd) {
