@@ -103,6 +103,18 @@ void Listener::Wake() {
     eventfd_write(m_wake.Get(), 1);
 }
 
+/// Nothing when the one that offers has gone.
+std::shared_ptr<ChannelEnd> Listener::Accept(Link link, std::uint32_t channelId,
+                                             TimeOuts timeOuts) {
+    auto channel = std::make_shared<ChannelEnd>(std::move(link), Role::Takes, timeOuts);
+    if (!channel->Acknowledge(channelId)) {
+        return nullptr;
+    }
+    std::erase_if(m_taken, [](const auto& each) { return each.expired(); });
+    m_taken.push_back(channel);
+    return channel;
+}
+
 std::shared_ptr<ChannelEnd> Listener::Take(std::uint32_t channelId, TimeOuts timeOuts) {
     const platform::Deadline deadline(timeOuts.receive);
     std::unique_lock lock(m_mutex);
@@ -111,13 +123,10 @@ std::shared_ptr<ChannelEnd> Listener::Take(std::uint32_t channelId, TimeOuts tim
             std::find_if(m_offers.begin(), m_offers.end(),
                          [&](const Offer& candidate) { return candidate.channelId == channelId; });
         if (offer != m_offers.end()) {
-            auto channel =
-                std::make_shared<ChannelEnd>(std::move(offer->link), Role::Takes, timeOuts);
+            Link link = std::move(offer->link);
             m_offers.erase(offer);
             Wake(); // there is room for another
-            if (channel->Acknowledge(channelId)) {
-                std::erase_if(m_taken, [](const auto& each) { return each.expired(); });
-                m_taken.push_back(channel);
+            if (auto channel = Accept(std::move(link), channelId, timeOuts)) {
                 return channel;
             }
         } else if (deadline.HasPassed()) {

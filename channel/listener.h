@@ -62,6 +62,7 @@ private:
     /// Neither a host nor a channel of one is left.
     bool IsAlone();
     void Wake();
+    std::shared_ptr<ChannelEnd> Accept(Link link, std::uint32_t channelId, TimeOuts timeOuts);
 
     std::string m_path; ///< of the socket file; empty when there is none
     void (*const m_whenAlone)();

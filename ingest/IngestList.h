@@ -41,7 +41,7 @@ struct IngestResult {
 /// none yet (`list` is then empty); false when there is one that cannot be read, or a file in its
 /// place that is no ingest list. `result` tells which, with NoList for a card that has none.
 NQP2_API bool LoadIngestList(const CString& root, IngestList& list) noexcept;
-NQP2_API bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result);
+NQP2_API bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result) noexcept;
 
 /// Adds segments to the card's list, which is made when there is none, and leaves alone what is no
 /// list. Takes turns with all others who change the list by way of this library. Never NotListed or

@@ -157,7 +157,7 @@ bool LoadIngestList(const CString& root, IngestList& list) noexcept {
     return LoadIngestList(root, list, result);
 }
 
-bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result) {
+bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result) noexcept {
     return platform::Guarded(false, [&] {
         list.clear();
         const platform::MemoryWatch watch;

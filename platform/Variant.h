@@ -94,11 +94,11 @@ public:
 private:
     template <class Number>
     static constexpr VARTYPE TypeOf() {
-        constexpr bool isWide = sizeof(Number) > sizeof(std::int32_t);
+        constexpr bool kIsWide = sizeof(Number) > sizeof(std::int32_t);
         if constexpr (std::is_signed_v<Number> || sizeof(Number) < sizeof(std::int32_t)) {
-            return isWide ? VT_I8 : VT_I4;
+            return kIsWide ? VT_I8 : VT_I4;
         } else {
-            return isWide ? VT_UI8 : VT_UI4;
+            return kIsWide ? VT_UI8 : VT_UI4;
         }
     }
 

@@ -142,9 +142,9 @@ void NodePool::KeepAlive() noexcept {
         return drop;
     };
     std::size_t kept = 0;
-    for (std::size_t i = 0; i < m_blocks.size(); ++i) {
-        if (!isEmpty(m_blocks[i])) {
-            m_blocks[kept++] = m_blocks[i];
+    for (const Block& block : m_blocks) {
+        if (!isEmpty(block)) {
+            m_blocks[kept++] = block;
         }
     }
     m_blocks.resize(kept);

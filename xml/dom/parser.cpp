@@ -33,7 +33,7 @@ constexpr int kMaxNamespaceSlots = 2 * 500;
 
 // When the library is loaded, and not at the first document: what libxml2 cannot make then for want
 // of memory is missing for the rest of the process.
-const bool libxmlIsReady = [] {
+const bool kLibxmlIsReady = [] {
     xmlInitParser();
     return true;
 }();
@@ -159,7 +159,8 @@ struct Parser::Context {
 };
 
 Parser::Parser() {
-    static_cast<void>(libxmlIsReady);
+    static_cast<void>(kLibxmlIsReady);
+    // cppcheck-suppress useInitializationList // libxml2 first
     m_context = std::make_unique<Context>();
 }
 

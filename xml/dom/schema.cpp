@@ -116,6 +116,7 @@ ParseError Validate(const Node& document, const std::string& schema) {
     const Validation validation(xmlSchemaNewValidCtxt(grammar.get()));
     xmlSchemaSetValidStructuredErrors(validation.get(), KeepFirst, &invalid);
     const int result = xmlSchemaValidateDoc(validation.get(), subject.get());
+    // cppcheck-suppress identicalConditionAfterEarlyExit // memory may have run out since
     if (quiet.IsOutOfMemory()) {
         throw std::bad_alloc();
     }
