@@ -171,8 +171,8 @@ private:
         const std::int32_t length =
             message.Save(m_request.data(), static_cast<std::int32_t>(m_request.size()));
         const auto capacity = static_cast<std::int32_t>(m_reply.size());
-        const nqp2::worker::Answer write = nqp2::worker::Dispatch(m_operations, bridge::Number(id),
-                                                                  m_request.data(), length);
+        const nqp2::worker::Answer write =
+            nqp2::worker::Dispatch(m_operations, bridge::Number(id), m_request.data(), length);
         const std::int32_t answered = write(m_reply.data(), capacity);
         Require(answered >= 0 && answered <= capacity, "an answer fits its buffer");
         Message answer;
