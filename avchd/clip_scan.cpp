@@ -174,6 +174,11 @@ private:
 
     /// The recordings among the clips from `first` on, in the order of their first clips.
     void FindSplits(const ClipFiles& kind, std::int64_t first) {
+        if (!m_source.Facts(kind).isWhole) {
+            OmitThrown(
+                m_source.Folder() + kPlaylistFolder, m_omitted,
+                "its playlists take more memory than there is: clips may lack dates and takes");
+        }
         std::map<std::string, std::int64_t> places;
         for (std::int64_t i = first; i < m_clips.GetSize(); ++i) {
             places.emplace(platform::NameBytesFromText(m_clips[i].ClipName.View()), i);

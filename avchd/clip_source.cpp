@@ -9,11 +9,12 @@
 #include "avchd/stream_head.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
-#include "platform/guard.h"
+
 #include "platform/unicode.h"
 
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <vector>
 
 namespace nqp2::avchd {
@@ -32,16 +33,21 @@ std::optional<ClipInformation> DecodeTimed(const ClipFiles& files, const std::st
     return information;
 }
 
+/// False when memory is short: a playlist must not take those behind it along.
 bool AddFacts(platform::FileContent& file, const std::string& path,
               ClipSource::PlaylistFacts& facts) {
-    const std::string* content = WholeContent(file, path, kMaxPlaylistFile);
-    const std::optional<Playlist> playlist =
-        content != nullptr ? DecodePlaylist(BytesOf(*content)) : std::nullopt;
-    if (playlist) {
-        facts.shots.Add(*playlist);
-        facts.splits.Add(*playlist);
+    try {
+        const std::string* content = WholeContent(file, path, kMaxPlaylistFile);
+        const std::optional<Playlist> playlist =
+            content != nullptr ? DecodePlaylist(BytesOf(*content)) : std::nullopt;
+        if (playlist) {
+            facts.shots.Add(*playlist);
+            facts.splits.Add(*playlist);
+        }
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
     }
-    return playlist.has_value();
 }
 
 std::uint64_t ChannelBits(std::int32_t channels) {
@@ -97,11 +103,12 @@ const ClipSource::PlaylistFacts& ClipSource::Facts(const ClipFiles& files) {
     }
     platform::ReadAhead contents(requests);
     platform::FileContent file;
+    bool isWhole = true;
     for (const platform::FileRequest& request : requests) {
         contents.Next(file);
-        // A playlist that takes too much memory must not take those behind it along.
-        platform::Guarded(false, [&] { return AddFacts(file, request.path, facts); });
+        isWhole = AddFacts(file, request.path, facts) && isWhole;
     }
+    facts.isWhole = isWhole;
     return facts;
 }
 
@@ -158,6 +165,9 @@ bool ClipSource::Read(const ClipFiles& files, const CString& name, _tag_P2Clip& 
     std::string information;
     if (!path || !platform::Files().Read(*path, kMaxClipInformationFile, information)) {
         return false;
+    }
+    if (!Facts(files).isWhole) {
+        throw std::bad_alloc(); // the record would lack what the playlists tell
     }
     std::string head;
     const std::optional<std::string> stream = StreamOf(files, name);

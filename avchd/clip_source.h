@@ -45,6 +45,7 @@ public:
     struct PlaylistFacts {
         ShotTable shots;
         SplitRecordings splits;
+        bool isWhole = false; ///< not when memory was short for one of them
     };
     const PlaylistFacts& Facts(const ClipFiles& files);
 
