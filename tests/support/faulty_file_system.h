@@ -261,9 +261,16 @@ private:
             }
             return status;
         }
-        platform::IoStatus RemoveFile(const std::string& name) override {
-            platform::IoStatus status = Enter(Operation::RemoveFile, name);
-            return status ? m_inner->RemoveFile(name) : status;
+        platform::IoStatus RemoveFiles(std::span<const std::string> names,
+                                       std::string& failed) override {
+            for (const std::string& name : names) {
+                platform::IoStatus status = Enter(Operation::RemoveFile, name);
+                if (!status) {
+                    failed = name;
+                    return status;
+                }
+            }
+            return m_inner->RemoveFiles(names, failed);
         }
         platform::IoStatus MoveToFree(const std::string& from, const std::string& to) override {
             platform::IoStatus status = Enter(Operation::MoveToFree, from);
