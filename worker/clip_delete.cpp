@@ -36,7 +36,9 @@ Outcome RemoveFiles(platform::Folder& contents, const std::vector<ClipFile>& fil
         if (!removed && first.part == ClipPart::Metadata) {
             return removed;
         }
-        outcome = outcome ? std::move(removed) : std::move(outcome);
+        if (outcome) {
+            outcome = std::move(removed);
+        }
     }
     return outcome;
 }

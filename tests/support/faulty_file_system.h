@@ -263,14 +263,18 @@ private:
         }
         platform::IoStatus RemoveFiles(std::span<const std::string> names,
                                        std::string& failed) override {
+            platform::IoStatus first;
             for (const std::string& name : names) {
                 platform::IoStatus status = Enter(Operation::RemoveFile, name);
-                if (!status) {
+                if (status) {
+                    status = m_inner->RemoveFile(name);
+                }
+                if (first && !status) {
+                    first = std::move(status);
                     failed = name;
-                    return status;
                 }
             }
-            return m_inner->RemoveFiles(names, failed);
+            return first;
         }
         platform::IoStatus MoveToFree(const std::string& from, const std::string& to) override {
             platform::IoStatus status = Enter(Operation::MoveToFree, from);
