@@ -114,8 +114,14 @@ public:
     IoStatus Create(const std::string&, std::unique_ptr<platform::FileWriter>&) override {
         return Missing();
     }
-    IoStatus RemoveFile(const std::string& name) override {
-        return m_files.files.erase(PathOf(name)) == 1 ? IoStatus() : Missing();
+    IoStatus RemoveFiles(std::span<const std::string> names, std::string& failed) override {
+        for (const std::string& name : names) {
+            if (m_files.files.erase(PathOf(name)) != 1) {
+                failed = name;
+                return Missing();
+            }
+        }
+        return {};
     }
     IoStatus MoveToFree(const std::string& from, const std::string& to) override {
         const auto found = m_files.files.find(PathOf(from));

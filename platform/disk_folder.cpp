@@ -138,12 +138,24 @@ public:
         return IsEntryName(name) ? CreateIn(m_handle, name, writer) : BadName();
     }
 
-    IoStatus RemoveFile(const std::string& name) override {
-        IoStatus status = IsEntryName(name) ? CheckRegular(Get(), name) : BadName();
-        if (!status) {
-            return status;
+    IoStatus RemoveFiles(std::span<const std::string> names, std::string& failed) override {
+        IoStatus status;
+        const auto note = [&](const std::string& name, IoStatus ended) {
+            if (status && !ended) {
+                status = std::move(ended);
+                failed = name;
+            }
+        };
+        const std::string* last = nullptr;
+        for (const std::string& name : names) {
+            IoStatus removed = Unlink(name);
+            last = removed ? &name : last;
+            note(name, std::move(removed));
         }
-        return unlinkat(Get(), name.c_str(), 0) == 0 ? m_handle->Flush() : SystemStatus(errno);
+        if (last != nullptr) {
+            note(*last, m_handle->Flush());
+        }
+        return status;
     }
 
     IoStatus MoveToFree(const std::string& from, const std::string& to) override {
@@ -188,6 +200,10 @@ public:
 
 private:
     [[nodiscard]] int Get() const { return m_handle->Get(); }
+    [[nodiscard]] IoStatus Unlink(const std::string& name) const {
+        IoStatus status = IsEntryName(name) ? CheckRegular(Get(), name) : BadName();
+        return status && unlinkat(Get(), name.c_str(), 0) != 0 ? SystemStatus(errno) : status;
+    }
 
     FolderPtr m_handle;
     std::string m_path;

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,9 +59,13 @@ public:
     virtual IoStatus WriteWhole(const std::string& name, std::string_view content) = 0;
     /// Begins a file whose name will be `name`.
     virtual IoStatus Create(const std::string& name, std::unique_ptr<FileWriter>& writer) = 0;
-    /// Removes a regular file and brings that onto the medium, so that removals reach it in their
-    /// order.
-    virtual IoStatus RemoveFile(const std::string& name) = 0;
+    /// Removes regular files, all that it can, and brings that onto the medium, so that one call's
+    /// removals reach it before the next one's. After a failure `failed` is the first name of it.
+    virtual IoStatus RemoveFiles(std::span<const std::string> names, std::string& failed) = 0;
+    IoStatus RemoveFile(const std::string& name) {
+        std::string failed;
+        return RemoveFiles({&name, 1}, failed);
+    }
     /// Gives a file another name, flushed; Exists when that is taken, also by another writer at the
     /// same moment. After a failure it has its old name.
     virtual IoStatus MoveToFree(const std::string& from, const std::string& to) = 0;

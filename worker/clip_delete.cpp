@@ -11,23 +11,33 @@
 namespace nqp2::worker {
 namespace {
 
-platform::IoStatus Remove(platform::Folder& contents, const ClipFile& file) {
+Outcome RemoveFrom(platform::Folder& contents, const std::string& placed,
+                   const std::vector<std::string>& names) {
     std::unique_ptr<platform::Folder> folder;
-    platform::IoStatus status = contents.OpenFolder(file.placed, folder);
-    return status ? folder->RemoveFile(file.name) : status;
+    std::string failed = names.front();
+    platform::IoStatus status = contents.OpenFolder(placed, folder);
+    if (status) {
+        status = folder->RemoveFiles(names, failed);
+    }
+    return status ? Outcome()
+                  : Failure("delete", contents.Path() + "/" + placed + "/" + failed, status);
 }
 
 /// The metadata first: a clip that shows is whole. Metadata that stay keep all others too.
 Outcome RemoveFiles(platform::Folder& contents, const std::vector<ClipFile>& files) {
     Outcome outcome;
-    for (auto file = files.rbegin(); file != files.rend(); ++file) {
-        const platform::IoStatus status = Remove(contents, *file);
-        if (!status && outcome) {
-            outcome =
-                Failure("delete", contents.Path() + "/" + file->placed + "/" + file->name, status);
+    for (auto file = files.rbegin(); file != files.rend();) {
+        const ClipFile& first = *file;
+        std::vector<std::string> names;
+        for (; file != files.rend() && file->placed == first.placed; ++file) {
+            names.push_back(file->name);
         }
-        if (!outcome && file->part == ClipPart::Metadata) {
-            break;
+        Outcome removed = RemoveFrom(contents, first.placed, names);
+        if (!removed && first.part == ClipPart::Metadata) {
+            return removed;
+        }
+        if (outcome) {
+            outcome = std::move(removed);
         }
     }
     return outcome;

@@ -60,10 +60,15 @@ void Server::Run(std::function<void()> serve, std::function<void()> stop) {
                 return true;
             });
             work = nullptr;
-            // What was served goes now, a running recording with it, not when the next host comes.
+            // What was served goes now, a running recording with it, not when the next host comes;
+            // who joins this thread must not wait for the card of that one.
             std::function<void()> last;
+            {
+                const std::lock_guard ending(m_mutex);
+                last.swap(service.stop);
+            }
+            last = nullptr;
             const std::lock_guard ending(m_mutex);
-            last.swap(service.stop);
             service.ended = true;
         });
     } catch (const std::system_error&) {
@@ -93,7 +98,7 @@ void Server::Stop() {
         const std::lock_guard lock(m_mutex);
         m_stopping = true;
         for (const Service& service : m_services) {
-            if (!service.ended) {
+            if (service.stop) {
                 service.stop();
             }
         }

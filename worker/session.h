@@ -20,7 +20,8 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Serves until the library closes the channel or is gone; what is unfinished then is dropped.
+    /// Serves until the library closes the channel or is gone. What is unfinished then is dropped; a
+    /// recording that runs is completed when this object goes.
     /// Throws when there is no thread for it.
     void Serve();
     /// Lets Serve end soon. From any thread.

@@ -261,9 +261,20 @@ private:
             }
             return status;
         }
-        platform::IoStatus RemoveFile(const std::string& name) override {
-            platform::IoStatus status = Enter(Operation::RemoveFile, name);
-            return status ? m_inner->RemoveFile(name) : status;
+        platform::IoStatus RemoveFiles(std::span<const std::string> names,
+                                       std::string& failed) override {
+            platform::IoStatus first;
+            for (const std::string& name : names) {
+                platform::IoStatus status = Enter(Operation::RemoveFile, name);
+                if (status) {
+                    status = m_inner->RemoveFile(name);
+                }
+                if (first && !status) {
+                    first = std::move(status);
+                    failed = name;
+                }
+            }
+            return first;
         }
         platform::IoStatus MoveToFree(const std::string& from, const std::string& to) override {
             platform::IoStatus status = Enter(Operation::MoveToFree, from);

@@ -11,6 +11,7 @@
 #include "tests/channel/channel_test.h"
 #include "tests/support/child_process.h"
 #include "tests/support/print_text.h"
+#include "tests/support/tracing.h"
 #include "tests/worker/essence_maker.h"
 #include "tests/worker/transfer_fixture.h"
 
@@ -252,6 +253,42 @@ TEST_F(WorkerProcessTest, RecordsAStream) {
     EXPECT_EQ(names[0], L"0001AA");
     EXPECT_EQ(FilesBelow(card.Folder().Path()).count("CONTENTS/CLIP/0001AA.XML"), 1U);
     EXPECT_EQ(m_parser.StopRTExport(0, 0), 0);
+}
+
+/// The recording of a host that has gone is completed, beside what others want.
+TEST_F(WorkerProcessTest, ASlowCardHoldsUpNoNewcomer) {
+    if (!test::CanTrace()) {
+        GTEST_SKIP() << "strace is missing or may not trace";
+    }
+    const test::CardBuilder card;
+    CNQP2Parser leaving;
+    leaving.Init();
+    CArray<stu_R8PRelationClipInfo> related;
+    int numbers[8] = {};
+    std::string unit = EncodePictures(kDv50Pal, 1).front();
+    ASSERT_EQ(leaving.SetRTExportParam(CT_DV50_50I, {}, {}, numbers, card.Root(), L"", L"", 0,
+                                       related, 0, 0),
+              1);
+    ASSERT_EQ(leaving.StartRTExport(1), 1) << LastError();
+    ASSERT_EQ(leaving.AddRTExportAVData(2, reinterpret_cast<unsigned char*>(unit.data()),
+                                        static_cast<std::uint32_t>(unit.size()), nullptr, 0, 0),
+              1);
+    {
+        const test::Tracer slow(test::ChildNamed("nqp2-worker"),
+                                {"-o", "/dev/null", "-e", "inject=fsync:delay_enter=2000000"});
+        leaving.Release();
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        EXPECT_LT(test::TimeOf([] {
+                      CNQP2Parser newcomer;
+                      newcomer.Init();
+                      EXPECT_EQ(newcomer.SetWriteBlockSize(65536), 1);
+                      newcomer.Release();
+                  }),
+                  test::kSlack);
+        EXPECT_TRUE(FilesBelow(card.Folder().Path("CONTENTS/CLIP")).empty()) << "not slow at all";
+    }
+    EXPECT_TRUE(test::Eventually(
+        [&] { return FilesBelow(card.Folder().Path()).count("CONTENTS/CLIP/0001AA.XML") == 1; }));
 }
 
 TEST_F(WorkerProcessTest, ServesParsersSideBySide) {
