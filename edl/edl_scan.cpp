@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -102,6 +103,9 @@ bool TryTakeFile(const platform::FoundFile& file, const std::string& content, CM
                  tag_P2EDL& edl, SkippedList& loss) {
     try {
         return TakeFile(file, content, reader, edl, loss);
+    } catch (const std::bad_alloc&) {
+        loss.status = {platform::IoError::Other, "out of memory"};
+        return false;
     } catch (const std::exception& error) {
         loss.status = {platform::IoError::TooLarge, error.what()};
         return false;

@@ -4,6 +4,7 @@
 #include "platform/read_ahead.h"
 
 #include "platform/file_system.h"
+#include "platform/guard.h"
 #include "platform/threads.h"
 
 #include <array>
@@ -46,6 +47,9 @@ void ReadFileOrThrow(const FileRequest& request, FileContent& file) {
 void ReadFile(const FileRequest& request, FileContent& file) {
     try {
         ReadFileOrThrow(request, file);
+    } catch (const std::bad_alloc&) {
+        ++timesOutOfMemory;
+        file.status = {IoError::Other, "out of memory"};
     } catch (const std::exception& error) {
         file.status = {IoError::Other, error.what()};
     }
