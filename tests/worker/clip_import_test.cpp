@@ -6,6 +6,7 @@
 #include "tests/worker/transfer_fixture.h"
 #include "worker/clip_delete.h"
 
+#include <ctime>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -152,10 +153,10 @@ TEST(ClipFiles, AreFoundInTimeThatGrowsWithTheirNumber) {
     };
     std::vector<std::vector<ClipFile>> files;
     const CString name = L"0001AB";
-    const auto begin = std::chrono::steady_clock::now();
+    const std::clock_t begin = std::clock(); // of this process: the machine may be busy
     ASSERT_TRUE(FindClipFiles(list, {&name, 1}, files));
     EXPECT_EQ(files.front().size(), proxies.size());
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+    EXPECT_LT(std::clock() - begin, 5 * CLOCKS_PER_SEC);
 }
 
 TEST_F(ClipImportTest, AgainWritesNothingAndPartsAreCompleted) {
