@@ -278,6 +278,15 @@ TEST_F(ClipImportTest, TooLittleSpaceIsToldBeforeAnythingIsWritten) {
     EXPECT_THAT(Import().error, HasSubstr("too little space"));
     EXPECT_EQ(files.Calls(Operation::Create), 0U);
     EXPECT_TRUE(std::filesystem::is_empty(m_to.Path()));
+
+    constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
+    const std::vector<copy::Item> holes = {{{"a", kLargest, {}, {}}, "CONTENTS/VIDEO", "a"},
+                                           {{"b", kLargest, {}, {}}, "CONTENTS/AUDIO", "b"}};
+    RecordingWatch watch;
+    copy::Copier copier(copy::kSmallestBlock, 0, watch);
+    copy::Transaction transaction;
+    ASSERT_TRUE(transaction.Open(m_to.Path(), true) && transaction.Look(holes, copier));
+    EXPECT_THAT(transaction.CheckSpace().error, HasSubstr("too little space"));
 }
 
 } // namespace
