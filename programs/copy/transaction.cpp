@@ -6,6 +6,7 @@
 #include "platform/case_blind.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -218,7 +219,9 @@ Outcome Transaction::Look(const std::vector<Item>& items, Copier& copier) {
 Outcome Transaction::CheckSpace() {
     std::uint64_t needed = 0;
     for (const Pending& pending : m_missing) {
-        needed += SpaceTaken(pending.item->source.size);
+        // Files full of holes may be larger than all media: the sum must not begin anew at 0.
+        needed += std::min(SpaceTaken(pending.item->source.size),
+                           std::numeric_limits<std::uint64_t>::max() - needed);
     }
     if (m_missing.empty()) {
         return {};

@@ -6,6 +6,7 @@
 #include "tests/worker/transfer_fixture.h"
 #include "worker/clip_delete.h"
 
+#include <ctime>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <optional>
@@ -152,10 +153,10 @@ TEST(ClipFiles, AreFoundInTimeThatGrowsWithTheirNumber) {
     };
     std::vector<std::vector<ClipFile>> files;
     const CString name = L"0001AB";
-    const auto begin = std::chrono::steady_clock::now();
+    const std::clock_t begin = std::clock(); // of this process: the machine may be busy
     ASSERT_TRUE(FindClipFiles(list, {&name, 1}, files));
     EXPECT_EQ(files.front().size(), proxies.size());
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+    EXPECT_LT(std::clock() - begin, 5 * CLOCKS_PER_SEC);
 }
 
 TEST_F(ClipImportTest, AgainWritesNothingAndPartsAreCompleted) {
@@ -277,6 +278,15 @@ TEST_F(ClipImportTest, TooLittleSpaceIsToldBeforeAnythingIsWritten) {
     EXPECT_THAT(Import().error, HasSubstr("too little space"));
     EXPECT_EQ(files.Calls(Operation::Create), 0U);
     EXPECT_TRUE(std::filesystem::is_empty(m_to.Path()));
+
+    constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
+    const std::vector<copy::Item> holes = {{{"a", kLargest, {}, {}}, "CONTENTS/VIDEO", "a"},
+                                           {{"b", kLargest, {}, {}}, "CONTENTS/AUDIO", "b"}};
+    RecordingWatch watch;
+    copy::Copier copier(copy::kSmallestBlock, 0, watch);
+    copy::Transaction transaction;
+    ASSERT_TRUE(transaction.Open(m_to.Path(), true) && transaction.Look(holes, copier));
+    EXPECT_THAT(transaction.CheckSpace().error, HasSubstr("too little space"));
 }
 
 } // namespace
