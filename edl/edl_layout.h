@@ -13,9 +13,12 @@ namespace nqp2::edl {
 /// Reads that a missing node leaves empty without a word.
 inline constexpr int kIgnoreMissing = 1;
 
-/// What a list may hold; one with more is neither read nor written. Editors make some hundred events, each of which
-/// becomes a record of nearly a kilobyte. Text counts as the UTF-8 of the values that are read.
+/// What a list may hold; one with more is neither read nor written. Editors make some hundred events,
+/// each of which becomes a record of nearly a kilobyte. Text counts as the UTF-8 of the values that
+/// are read.
 inline constexpr std::size_t kMaxEvents = 65'536;
+/// What the lists of one folder may hold together; those that would go beyond are left out.
+inline constexpr std::size_t kMaxEventsOfFolder = 4 * kMaxEvents;
 inline constexpr std::size_t kMaxText = std::size_t{16} << 20;
 
 /// Where edit lists lie below a card's root, and where the cards themselves keep them.

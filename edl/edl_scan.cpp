@@ -3,6 +3,7 @@
 
 #include "edl/edl_scan.h"
 
+#include "edl/edl_layout.h"
 #include "edl/edl_name.h"
 #include "edl/edl_reader.h"
 #include "media/file_date.h"
@@ -112,6 +113,20 @@ bool TryTakeFile(const platform::FoundFile& file, const std::string& content, CM
     }
 }
 
+/// Counts a list's events to those of its folder; a list that goes beyond what a folder may hold is
+/// not kept.
+bool FitsFolder(const tag_P2EDL& edl, std::size_t& eventsOfFolder, SkippedList& loss) {
+    const auto events = static_cast<std::size_t>(edl.Events.GetSize());
+    if (events > kMaxEventsOfFolder - eventsOfFolder) {
+        loss.status = {platform::IoError::TooLarge, "the folder's lists have more than " +
+                                                        std::to_string(kMaxEventsOfFolder) +
+                                                        " events"};
+        return false;
+    }
+    eventsOfFolder += events;
+    return true;
+}
+
 /// Folders are no files; all else that has a list's name is one or is skipped.
 std::vector<platform::FoundFile> FilesIn(const CString& folder, platform::IoStatus& status) {
     std::vector<platform::FoundFile> files = platform::FindFiles(folder + kEditLists, status);
@@ -148,12 +163,13 @@ platform::IoStatus ScanEditLists(const CString& folder, CMarkupMSXML& reader,
     platform::ReadAhead contents(PathsOf(files),
                                  std::min(platform::kReadAheadLimit, MaxXmlFileSize()));
     std::string content;
+    std::size_t events = 0;
     for (const platform::FoundFile& file : files) {
         SkippedList loss;
         loss.status = IsReadable(file) ? contents.Next(content) : NotOpened();
         tag_P2EDL edl;
         edl.IconPath = icons.Beside(file);
-        if (TryTakeFile(file, content, reader, edl, loss)) {
+        if (TryTakeFile(file, content, reader, edl, loss) && FitsFolder(edl, events, loss)) {
             edls.Add(std::move(edl));
         } else if (skipped != nullptr) {
             loss.file = file;

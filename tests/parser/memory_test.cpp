@@ -167,6 +167,7 @@ std::vector<Hostile> Values() {
         {&kEdls, "as many events as are read", "", "<Event/>", 65'536 * kEvent, "", 1},
         {&kEdls, "as many usual events", "", usual, 65'536 * usual.size(), "", 1},
         {&kEdls, "one event more", "", "<Event/>", 65'537 * kEvent, "", 0},
+        {&kEdls, "more lists than a folder may hold", "", usual, 65'536 * usual.size(), "", 4, 6},
         {&kEdls, "many events", "", "<Event/>", 300'000 * kEvent, "", 0},
         {&kEdls, "events of text", "", "<Event><Note>Some words on it</Note></Event>", 2'000'000,
          "", 1},
