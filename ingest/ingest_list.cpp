@@ -154,10 +154,12 @@ IngestResult NotSaved() noexcept {
 
 bool LoadIngestList(const CString& root, IngestList& list) noexcept {
     IngestResult result;
+    // cppcheck-suppress throwInNoexceptFunction // it is guarded
     return LoadIngestList(root, list, result);
 }
 
 bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result) noexcept {
+    // cppcheck-suppress throwInNoexceptFunction // under the guard
     return platform::Guarded(false, [&] {
         list.clear();
         const platform::MemoryWatch watch;

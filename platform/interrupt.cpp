@@ -5,14 +5,24 @@
 
 #include <atomic>
 #include <csignal>
+#include <unistd.h>
 
 namespace {
+
+/// How long what was interrupted may take to end by itself.
+constexpr unsigned kPatienceSeconds = 5;
 
 std::atomic<bool> interrupted = false;
 static_assert(std::atomic<bool>::is_always_lock_free, "is set by a signal handler");
 
 void Remember(int) {
     interrupted = true;
+    alarm(kPatienceSeconds);
+}
+
+/// The second one, which has its usual meaning again.
+void InterruptAgain(int) {
+    std::raise(SIGINT);
 }
 
 } // namespace
@@ -29,6 +39,9 @@ void CatchInterrupt() noexcept {
     // System calls of threads that know nothing of this go on.
     once.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
     sigaction(SIGINT, &once, nullptr);
+    struct sigaction late = {};
+    late.sa_handler = InterruptAgain;
+    sigaction(SIGALRM, &late, nullptr);
 }
 
 bool WasInterrupted() noexcept {

@@ -216,6 +216,16 @@ class FailureTest(WorkerTest):
         self.assertEqual([path for path in self.target.rglob("*") if path.is_file()], [])
         self.assertFalse(Path(f"/proc/{workers[0]}").exists(), "the worker has ended too")
 
+    def test_ctrl_c_ends_the_program_whatever_the_worker_does(self):
+        process = self.start_import(stderr=subprocess.DEVNULL)
+        worker, = workers_of(process)
+        os.kill(worker, signal.SIGSTOP)
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(timeout=30), -signal.SIGINT)
+        os.kill(worker, signal.SIGCONT)
+        wait_for(lambda: not Path(f"/proc/{worker}").exists())
+        self.assertEqual([path for path in self.target.rglob("*") if path.is_file()], [])
+
     def test_the_bar_stands_on_a_terminal_and_is_cleared(self):
         master, slave = pty.openpty()
         self.addCleanup(os.close, master)
