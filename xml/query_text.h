@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
-#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -48,22 +47,23 @@ public:
 
 private:
     static constexpr std::size_t kRepeated = std::size_t{512} * 1024;
+    static constexpr std::size_t kNotCounted = 0; // the least that may be taken is more
 
     /// Counted once, for the document that has values enough.
     std::size_t Most() {
-        if (!m_most) {
+        if (m_most == kNotCounted) {
             const dom::Node* const root = m_document.Content()->Root();
             std::string scratch;
             const std::size_t text = root != nullptr ? dom::Text(*root, scratch).size() : 0;
             m_most = std::min(m_limit, text + kRepeated);
         }
-        return *m_most;
+        return m_most;
     }
 
     const dom::Document& m_document;
     std::size_t m_limit;
     std::size_t m_spent = 0;
-    std::optional<std::size_t> m_most;
+    std::size_t m_most = kNotCounted;
 };
 
 } // namespace nqp2::xml
