@@ -16,14 +16,6 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define NQP2_MEMORY_IS_INSTRUMENTED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define NQP2_MEMORY_IS_INSTRUMENTED 1
-#endif
-#endif
-
 namespace nqp2::parser {
 namespace {
 

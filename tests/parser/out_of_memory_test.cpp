@@ -12,6 +12,7 @@
 #include "platform/DebugOutput.h"
 #include "tests/parser/clip_show.h"
 #include "tests/support/card_builder.h"
+#include "tests/support/child_process.h"
 #include "xml/MarkupMSXML.h"
 #include "xml/NQXmlParser.h"
 
@@ -38,18 +39,7 @@ std::atomic<long> allocationsMade = 0;
 
 } // namespace
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define NQP2_HAS_OWN_MALLOC 0
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define NQP2_HAS_OWN_MALLOC 0
-#endif
-#endif
-#ifndef NQP2_HAS_OWN_MALLOC
-#define NQP2_HAS_OWN_MALLOC 1
-#endif
-
-#if NQP2_HAS_OWN_MALLOC
+#ifndef NQP2_MEMORY_IS_INSTRUMENTED
 namespace {
 
 bool Fails() noexcept {
@@ -157,9 +147,9 @@ void Sweep(const Operation& operation) {
     ASSERT_EQ(RunWithout(0, false, operation.run), Outcome::Done);
     const long count = allocationsMade;
     operation.check(Outcome::Done);
-    if (NQP2_HAS_OWN_MALLOC == 0) {
-        GTEST_SKIP() << "a sanitizer has taken the place of malloc";
-    }
+#ifdef NQP2_MEMORY_IS_INSTRUMENTED
+    GTEST_SKIP() << "a sanitizer has taken the place of malloc";
+#endif
     ASSERT_GT(count, 10);
     constexpr long kSampled = 60;
     const char* const asked = std::getenv("NQP2_ALLOCATIONS");
