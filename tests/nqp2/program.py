@@ -5,6 +5,7 @@
 import fcntl
 import os
 import pty
+import select
 import shutil
 import struct
 import subprocess
@@ -57,20 +58,24 @@ def can_trace():
 def run_on_terminal(columns, *arguments):
     """What the program shows on a terminal of that width."""
     environment = {key: value for key, value in os.environ.items() if key != "COLUMNS"}
-    master, slave = pty.openpty()
+    try:
+        master, slave = pty.openpty()
+    except OSError as error:
+        raise unittest.SkipTest(f"no terminal can be had: {error}") from error
     fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
-    with subprocess.Popen(command_line(*arguments), stdout=slave,
-                          stderr=subprocess.DEVNULL, env=environment) as process:
+    try:
+        with subprocess.Popen(command_line(*arguments), stdout=slave,
+                              stderr=subprocess.DEVNULL, env=environment) as process:
+            shown = b""
+            # Our own end of its side stays open: what is in a terminal is lost when the last closes.
+            ended = False
+            while not ended or select.select([master], [], [], 0)[0]:
+                ended = process.poll() is not None
+                if select.select([master], [], [], 0 if ended else 0.01)[0]:
+                    shown += os.read(master, 4096)
+    finally:
         os.close(slave)
-        shown = b""
-        try:
-            while chunk := os.read(master, 4096):
-                shown += chunk
-        except OSError:  # how a terminal says that its other side has closed
-            pass
-        finally:
-            os.close(master)
-        process.wait(timeout=60)
+        os.close(master)
     return shown.decode().replace("\r\n", "\n").splitlines()
 
 
