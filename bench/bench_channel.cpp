@@ -7,7 +7,7 @@
 
 #include "bench/measure.h"
 #include "bench/two_processes.h"
-#include "channel/Channel.h"
+#include "NQP2ParserU/Channel.h"
 
 #include <atomic>
 #include <benchmark/benchmark.h>

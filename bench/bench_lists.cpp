@@ -6,9 +6,9 @@
 
 #include "bench/measure.h"
 #include "bench/plain_read.h"
-#include "parser/NQP2Parser.h"
-#include "parser/ReadyParser.h"
-#include "platform/PathText.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/ReadyParser.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>

@@ -6,10 +6,10 @@
 
 #include "bench/measure.h"
 #include "bench/plain_read.h"
-#include "parser/NQP2Parser.h"
-#include "parser/ReadyParser.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/ReadyParser.h"
 #include "platform/file_system.h"
-#include "platform/PathText.h"
 #include "tests/support/faulty_file_system.h"
 
 #include <benchmark/benchmark.h>

@@ -11,12 +11,12 @@
 #include "bench/two_processes.h"
 #include "bridge/message_ids.h"
 #include "bridge/messages.h"
-#include "bridge/R8P2SysInterface.h"
-#include "bridge/R8P2TransInfo.h"
-#include "channel/Channel.h"
-#include "parser/ReadyParser.h"
+#include "NQP2ParserU/Channel.h"
+#include "NQP2ParserU/R8P2SysInterface.h"
+#include "NQP2ParserU/R8P2TransInfo.h"
+#include "NQP2ParserU/ReadyParser.h"
+#include "NQP2ParserU/TextBytes.h"
 #include "platform/descriptor.h"
-#include "platform/TextBytes.h"
 
 #include <cerrno>
 #include <cstdio>

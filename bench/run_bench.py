@@ -228,7 +228,7 @@ def measure_round(programs: Path, cards: list[Path], min_time: float,
         figures.update(measured_by(programs / "bench_scan",
                                    [f"--benchmark_filter={chosen}", card], min_time))
     folder = cards[0].parent
-    worker = programs.parent / "tools" / "nqp2" / "nqp2-worker"
+    worker = programs.parent / "programs" / "nqp2" / "nqp2-worker"
     avchd = [card_with(clips, folder, "avchd") for clips in AVCHD_CLIPS]
     figures.update(measured_by(programs / "bench_channel", [], min_time))
     figures.update(measured_by(programs / "bench_lists", [folder / "lists"], min_time))

@@ -4,8 +4,8 @@
 // Reads a card once and ends, for counting system calls from outside.
 
 #include "bench/plain_read.h"
-#include "parser/NQP2Parser.h"
-#include "platform/PathText.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/PathText.h"
 
 #include <cstdio>
 #include <exception>

@@ -28,7 +28,7 @@ function(nqp2_add_fuzzer name)
     nqp2_target_defaults(${target})
     # The target and the replay are two programs' worth of main file.
     set_target_properties(${target} PROPERTIES UNITY_BUILD OFF)
-    target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_include_directories(${target} PRIVATE ${nqp2_include_folders} "${PROJECT_SOURCE_DIR}")
     nqp2_use_components(${target} ${arg_COMPONENTS})
     target_link_libraries(${target} PRIVATE ${arg_LIBRARIES})
     if(arg_FREE_MEMORY_MIB)

@@ -4,14 +4,12 @@
 include(CMakePackageConfigHelpers)
 
 set(nqp2_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/NQP2ParserU")
-# A folder of its own below include/: the headers name each other from there ("media/P2Clip.h").
-set(nqp2_include_dir "${CMAKE_INSTALL_INCLUDEDIR}/NQP2ParserU")
 
 install(
     TARGETS NQP2ParserU
     EXPORT NQP2ParserU
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-    FILE_SET HEADERS DESTINATION "${nqp2_include_dir}")
+    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(EXPORT NQP2ParserU NAMESPACE NQP2ParserU:: FILE NQP2ParserUTargets.cmake
         DESTINATION "${nqp2_package_dir}")
 

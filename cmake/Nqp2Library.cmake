@@ -10,7 +10,7 @@ add_library(NQP2ParserU SHARED)
 add_library(NQP2ParserU::NQP2ParserU ALIAS NQP2ParserU)
 nqp2_target_defaults(NQP2ParserU)
 nqp2_use_components(NQP2ParserU ${nqp2_components})
-target_sources(NQP2ParserU PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}"
+target_sources(NQP2ParserU PUBLIC FILE_SET HEADERS BASE_DIRS "${nqp2_public_headers}"
                                   FILES ${nqp2_exported_headers})
 set_target_properties(
     NQP2ParserU

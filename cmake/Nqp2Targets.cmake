@@ -8,12 +8,18 @@
 #   nqp2_use_components(<target> <component>...)
 #   nqp2_add_tests(<name> SOURCES <.cpp>... COMPONENTS <component>... LIBRARIES <target>...)
 #   nqp2_add_folders(<folder>...)
+#   nqp2_add_rooms(<folder of library/>...)
 #
 # A component is the object library nqp2_<name>. Object files do not travel through other object
 # libraries, so whatever links components links everything that they depend on as well.
 
 set(NQP2_SANITIZE "" CACHE STRING "Sanitizers for all targets, as -fsanitize= takes them")
 option(NQP2_COVERAGE "Instrument all targets for gcov" OFF)
+
+# What the library itself and everything that is built from its components sees.
+set(nqp2_public_headers "${PROJECT_SOURCE_DIR}/include")
+set(nqp2_include_folders "${nqp2_public_headers}" "${PROJECT_SOURCE_DIR}/library"
+                         "${PROJECT_SOURCE_DIR}/programs")
 
 # Language level, visibility, warnings and instrumentation, the same for every target.
 function(nqp2_target_defaults target)
@@ -50,9 +56,10 @@ function(nqp2_add_component name)
     set(target nqp2_${name})
     add_library(${target} OBJECT ${arg_SOURCES})
     nqp2_target_defaults(${target})
-    target_include_directories(${target} PUBLIC "${PROJECT_SOURCE_DIR}")
+    list(TRANSFORM arg_EXPORTED PREPEND "${nqp2_public_headers}/NQP2ParserU/")
+    target_include_directories(${target} PUBLIC ${nqp2_include_folders})
     # Listed as a header set so that each header, internal ones too, is compiled alone.
-    target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}"
+    target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS ${nqp2_include_folders}
                                     FILES ${arg_EXPORTED} ${arg_INTERNAL})
     target_compile_definitions(${target} PRIVATE NQP2_BUILDING)
     # Public within this build only: a component's internal headers may need them.
@@ -66,7 +73,6 @@ function(nqp2_add_component name)
     list(REMOVE_DUPLICATES closure)
     set_target_properties(${target} PROPERTIES NQP2_CLOSURE "${closure}")
 
-    list(TRANSFORM arg_EXPORTED PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
     set_property(GLOBAL APPEND PROPERTY NQP2_EXPORTED_HEADERS ${arg_EXPORTED})
     set_property(GLOBAL APPEND PROPERTY NQP2_COMPONENTS ${name})
 endfunction()
@@ -91,11 +97,16 @@ function(nqp2_add_tests name)
     set(target nqp2_${name}_tests)
     add_executable(${target} ${arg_SOURCES})
     nqp2_target_defaults(${target})
-    target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}")
+    target_include_directories(${target} PRIVATE ${nqp2_include_folders} "${PROJECT_SOURCE_DIR}")
     nqp2_use_components(${target} ${arg_COMPONENTS})
     target_link_libraries(${target} PRIVATE ${arg_LIBRARIES} GTest::gmock_main)
     gtest_discover_tests(${target} TEST_PREFIX "${name}." DISCOVERY_TIMEOUT 60
                          PROPERTIES TIMEOUT 120)
+endfunction()
+
+function(nqp2_add_rooms)
+    list(TRANSFORM ARGN PREPEND library/)
+    nqp2_add_folders(${ARGN})
 endfunction()
 
 function(nqp2_add_folders)

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include <bridge/R8P2SysInterface.h>
-#include <channel/Channel.h>
-#include <parser/NQP2Parser.h>
-#include <platform/TextBytes.h>
+#include <NQP2ParserU/Channel.h>
+#include <NQP2ParserU/NQP2Parser.h>
+#include <NQP2ParserU/R8P2SysInterface.h>
+#include <NQP2ParserU/TextBytes.h>
 
 #include <cstdio>
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include <parser/NQP2Parser.h>
-#include <platform/PathText.h>
-#include <platform/TextBytes.h>
+#include <NQP2ParserU/NQP2Parser.h>
+#include <NQP2ParserU/PathText.h>
+#include <NQP2ParserU/TextBytes.h>
 
 #include <cstdio>
 

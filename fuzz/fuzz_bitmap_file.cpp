@@ -6,8 +6,8 @@
 #include "fuzz/input_as_file.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
-#include "tools/nqp2/bitmap_file.h"
-#include "tools/nqp2/console.h"
+#include "nqp2/bitmap_file.h"
+#include "nqp2/console.h"
 
 #include <cstddef>
 #include <cstdint>

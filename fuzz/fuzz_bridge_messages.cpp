@@ -3,11 +3,11 @@
 
 // Bytes as a message or an exchanged record: the first byte picks which.
 
-#include "bridge/ClipListRecords.h"
 #include "bridge/connection_record.h"
 #include "bridge/messages.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
+#include "NQP2ParserU/ClipListRecords.h"
 
 #include <algorithm>
 #include <cstddef>

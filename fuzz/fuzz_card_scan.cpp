@@ -6,8 +6,8 @@
 #include "fuzz/measured_input.h"
 #include "fuzz/memory_files.h"
 #include "fuzz/require.h"
-#include "ingest/IngestList.h"
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/IngestList.h"
+#include "NQP2ParserU/NQP2Parser.h"
 
 #include <algorithm>
 #include <cstddef>

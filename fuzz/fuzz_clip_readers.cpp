@@ -3,14 +3,14 @@
 
 // Bytes as a clip file through both clip readers.
 
+#include "clips/clip_path.h"
+#include "clips/clip_reader.h"
+#include "clips/clip_texts.h"
+#include "clips/essence_lookup.h"
+#include "clips/text_pool.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "media/card_layout.h"
-#include "parser/clip_path.h"
-#include "parser/clip_reader.h"
-#include "parser/clip_texts.h"
-#include "parser/essence_lookup.h"
-#include "parser/text_pool.h"
 #include "xml/dom/document.h"
 #include "xml/query_text.h"
 
@@ -22,17 +22,17 @@
 
 namespace {
 
+using nqp2::clips::ClipTexts;
+using nqp2::clips::EssenceLookup;
 using nqp2::fuzz::Require;
-using nqp2::parser::ClipTexts;
-using nqp2::parser::EssenceLookup;
 
 constexpr const wchar_t* kContents = L"/nqp2-fuzz/none:\\CONTENTS\\";
 
 /// The single pass must give what asking path by path gives.
 void CheckTexts(const nqp2::dom::Document& document, const ClipTexts& texts) {
-    for (const auto& entry : nqp2::parser::kClipPaths) {
+    for (const auto& entry : nqp2::clips::kClipPaths) {
         const std::string path =
-            std::string(nqp2::parser::kClipContentPath) + "/" + std::string(entry.below);
+            std::string(nqp2::clips::kClipContentPath) + "/" + std::string(entry.below);
         const nqp2::dom::Node* const node = texts.Find(entry.path);
         Require(texts.Text(entry.path) == (node != nullptr ? nqp2::xml::TextOf(*node) : CString()),
                 "a shared text is the node's text");
@@ -40,9 +40,9 @@ void CheckTexts(const nqp2::dom::Document& document, const ClipTexts& texts) {
                 "a clip value is the first node that its path selects");
     }
     for (const auto below :
-         {nqp2::parser::kMemoPath, nqp2::parser::kProxyAudioPath, nqp2::parser::kAudioPath}) {
+         {nqp2::clips::kMemoPath, nqp2::clips::kProxyAudioPath, nqp2::clips::kAudioPath}) {
         const std::string path =
-            std::string(nqp2::parser::kClipContentPath) + "/" + std::string(below);
+            std::string(nqp2::clips::kClipContentPath) + "/" + std::string(below);
         Require(texts.All(below).size() == document.SelectNodes(path)->Length(),
                 "every element of a list is found");
     }
@@ -83,7 +83,7 @@ void CheckClip(const _tag_P2Clip& clip) {
 
 int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     // The same objects for all inputs, as in a scan: no file may spoil the next.
-    static nqp2::parser::TextPool pool;
+    static nqp2::clips::TextPool pool;
     static nqp2::dom::Document document(nqp2::dom::SelectionRule::Names::Qualified);
     if (!document.LoadBytes({reinterpret_cast<const char*>(data), size})) {
         Require(document.LastError().fault != nqp2::dom::Fault::None, "a failed load says why");

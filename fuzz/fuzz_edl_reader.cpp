@@ -8,7 +8,7 @@
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "media/identifier.h"
-#include "xml/MarkupMSXML.h"
+#include "NQP2ParserU/MarkupMSXML.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -7,10 +7,10 @@
 #include "fuzz/memory_files.h"
 #include "fuzz/require.h"
 #include "ingest/ingest_file.h"
-#include "ingest/IngestList.h"
+#include "NQP2ParserU/IngestList.h"
+#include "NQP2ParserU/MarkupMSXML.h"
 #include "platform/case_fold.h"
 #include "platform/folder.h"
-#include "xml/MarkupMSXML.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -6,8 +6,8 @@
 #include "fuzz/input_as_file.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
-#include "tools/nqp2/console.h"
-#include "tools/nqp2/json_input.h"
+#include "nqp2/console.h"
+#include "nqp2/json_input.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -6,12 +6,12 @@
 #include "fuzz/measured_input.h"
 #include "fuzz/memory_files.h"
 #include "fuzz/require.h"
+#include "NQP2ParserU/DriveMap.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/TextBytes.h"
 #include "platform/case_blind.h"
-#include "platform/DriveMap.h"
 #include "platform/file_find.h"
 #include "platform/full_path.h"
-#include "platform/PathText.h"
-#include "platform/TextBytes.h"
 #include "platform/unicode.h"
 
 #include <cstddef>

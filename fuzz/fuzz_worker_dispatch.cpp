@@ -11,9 +11,9 @@
 #include "fuzz/measured_input.h"
 #include "fuzz/memory_files.h"
 #include "fuzz/require.h"
-#include "platform/DriveMap.h"
-#include "platform/PathText.h"
-#include "platform/TextBytes.h"
+#include "NQP2ParserU/DriveMap.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/TextBytes.h"
 #include "worker/dispatch.h"
 
 #include <algorithm>

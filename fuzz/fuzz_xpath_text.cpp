@@ -5,7 +5,7 @@
 
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
-#include "platform/ComError.h"
+#include "NQP2ParserU/ComError.h"
 #include "xml/dom/document.h"
 #include "xml/dom/path_walk.h"
 #include "xml/dom/select.h"

@@ -12,7 +12,7 @@ from pathlib import Path
 from typing import Iterator, NamedTuple
 
 # These define nothing that the library exports.
-OTHERS = {"build", "tests", "tools", "worker", "fuzz", "bench", "examples", "packaging", "samples"}
+OTHERS = {"build", "tests", "programs", "fuzz", "bench", "examples", "packaging", "samples"}
 # Plain values and what turns one into another: they throw std::bad_alloc where they take memory,
 # in the caller's name, as std::string does.
 VALUES = {"CString", "operator+", "_variant_t", "_com_error", "COleDateTime", "_tag_P2Clip",

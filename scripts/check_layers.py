@@ -1,45 +1,52 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Checks what each folder includes: folders depend downward only, libxml2, libavformat and the
-operating system stay in their folders, exported headers show exported headers only."""
+"""Checks what each room of the house includes: rooms depend downward only, a public header belongs
+to the room that implements it and shows public headers only, and libxml2, libavformat and the
+operating system stay in their rooms."""
 
 import argparse
 import re
 import sys
 from pathlib import Path
-from typing import Iterator, NamedTuple, Optional
+from typing import Dict, Iterator, NamedTuple, Optional
 
+PUBLIC = "NQP2ParserU"
 BASE = {"platform"}
 READERS = BASE | {"media", "xml", "xml/dom"}
-SUBJECTS = ("edl", "capacity", "ingest", "avchd", "bridge")
+LIBRARY_OF_WORKER = READERS | {"avchd", "bridge", "capacity", "channel", "clips"}
 
-# The folders that each folder may include from, beside itself.
-MAY_INCLUDE = {
+# The rooms of library/, and those that each may include from beside itself.
+ROOMS = {
     "platform": set(),
     "media": BASE,
     "xml/dom": BASE,
     "xml": BASE | {"media", "xml/dom"},
     "channel": BASE,
+    "clips": READERS,
     "edl": READERS,
     "ingest": READERS,
-    "capacity": READERS,
-    "avchd": READERS | {"bridge"},
-    "bridge": READERS | {"channel"},
-    "parser": READERS | set(SUBJECTS),
-    "programs/copy": BASE,
-    "worker": READERS | {"avchd", "bridge", "capacity", "channel", "parser", "programs/copy"},
-    # The module shares the headers that the two agree on; nobody includes from it.
+    "capacity": BASE | {"media"},
+    "bridge": BASE | {"media", "channel"},
+    "avchd": BASE | {"media", "bridge"},
+    "parser": READERS | {"clips", "edl", "ingest", "capacity", "bridge", "avchd"},
+}
+# The programs that are built from rooms; they include each other as worker/..., copy/...
+PROGRAMS = {
+    "copy": BASE,
+    "worker": LIBRARY_OF_WORKER | {"copy"},
+    # The module shares the headers that the two agree on.
     "worker/av": BASE | {"worker"},
 }
-# These see of the library what a host sees: the exported headers.
-HOSTS = ("tools", "examples")
-# These may look into every folder.
+MAY_INCLUDE = {**ROOMS, **PROGRAMS}
+# These see of the library what a host sees: the public headers.
+HOSTS = ("nqp2", "examples")
+# These may look into every room.
 OBSERVERS = ("tests", "bench", "fuzz")
 
 # The benchmarks measure the bare XML library as a floor.
 XML_LIBRARY_FOLDERS = {"xml/dom", "bench"}
-SYSTEM_FOLDERS = {"platform", "channel", "worker"}
+SYSTEM_FOLDERS = {"platform", "channel", "worker", *OBSERVERS}
 # The tests make camera files with it.
 MEDIA_LIBRARY_FOLDERS = {"worker/av", "tests"}
 XML_LIBRARY = re.compile(r"libxml2?/")
@@ -50,11 +57,8 @@ SYSTEM = re.compile(
     r"|sched|semaphore|spawn|strings|syslog|termios|unistd|utime|wordexp|windows)\.h$",
     re.IGNORECASE)
 
-# A subject's part of the parser class lives beside the functions that it adapts.
-ADAPTER = re.compile(r"parser_\w+\.cpp")
-PARSER_CLASS = "parser/NQP2Parser.h"
-
 INCLUDE = re.compile(r'\s*#\s*include\s*([<"])([^>"]+)[>"]')
+EXPORTED = re.compile(r"\bEXPORTED\s+((?:\w+\.h\s*)+)")
 SOURCES = {".cpp", ".h"}
 
 
@@ -62,6 +66,44 @@ class Include(NamedTuple):
     line: int
     quoted: bool
     path: str
+
+
+class House:
+    """A tree of the project's layout."""
+
+    def __init__(self, root: Path):
+        self.root = root
+        self.owner: Dict[str, str] = {}  # the room of each public header
+        for room in ROOMS:
+            lists = root / "library" / room / "CMakeLists.txt"
+            found = EXPORTED.search(lists.read_text(encoding="utf-8")) if lists.is_file() else None
+            for header in found[1].split() if found else ():
+                self.owner[header] = room
+
+    def sources(self) -> Iterator[Path]:
+        for top in ("include", "library", "programs", "examples", *OBSERVERS):
+            for file in sorted((self.root / top).rglob("*")):
+                if file.suffix in SOURCES and file.is_file():
+                    yield file
+
+    def room_of(self, source: str) -> str:
+        """The room of a file by its path in the tree; of a host or observer, its name."""
+        parts = source.split("/")
+        if parts[0] == "include":
+            return self.owner.get(parts[-1], "/".join(parts[:-1]))
+        if parts[0] in OBSERVERS + HOSTS:
+            return parts[0]
+        inside = parts[1:-1]
+        return inside[0] if inside and inside[0] in HOSTS else "/".join(inside)
+
+    def target_of(self, include: Include) -> Optional[str]:
+        """The path in the tree of what is included; None for what is not the project's."""
+        tops = ("include", "library", "programs", ".") if include.quoted else ("include",)
+        for top in tops:
+            path = include.path if top == "." else f"{top}/{include.path}"
+            if (self.root / path).is_file():
+                return path
+        return None
 
 
 def includes_of(file: Path) -> Iterator[Include]:
@@ -72,71 +114,50 @@ def includes_of(file: Path) -> Iterator[Include]:
             yield Include(number, found[1] == '"', found[2])
 
 
-def folder_of(path: str) -> str:
-    """The layer of a file: its folder, or the top folder of a host or observer."""
-    parts = path.split("/")[:-1]
-    if parts and parts[0] in HOSTS + OBSERVERS:
-        return parts[0]
-    return "/".join(parts)
-
-
-def is_exported(path: str) -> bool:
-    """Exported headers are named after their class, all others in lower case."""
-    return path.rsplit("/", 1)[-1][0].isupper()
-
-
-def fault_of_own(source: str, include: Include) -> Optional[str]:
-    """What is wrong with including one of the project's headers."""
-    folder, target = folder_of(source), folder_of(include.path)
-    if target == folder or folder in OBSERVERS:
-        return None
-    if folder in HOSTS:
-        exported = target in MAY_INCLUDE and is_exported(include.path)
-        return None if exported else f"a host includes exported headers only, not {include.path}"
-    if (include.path == PARSER_CLASS and folder in SUBJECTS
-            and ADAPTER.fullmatch(source.rsplit("/", 1)[-1])):
-        return None
-    if target not in MAY_INCLUDE[folder]:
-        return f"{folder}/ may not include from {target or 'the top'}/: {include.path}"
+def fault_of_foreign(source: str, room: str, path: str) -> Optional[str]:
+    """What is wrong with including a header of somebody else."""
+    is_public = source.startswith("include/")
+    if XML_LIBRARY.match(path) and (is_public or room not in XML_LIBRARY_FOLDERS):
+        return f"libxml2 belongs to xml/dom/: {path}"
+    if MEDIA_LIBRARY.match(path) and (is_public or room not in MEDIA_LIBRARY_FOLDERS):
+        return f"libavformat belongs to worker/av/: {path}"
+    if SYSTEM.match(path) and (is_public or room not in SYSTEM_FOLDERS):
+        return f"the operating system belongs to platform/: {path}"
     return None
 
 
-def fault_of(root: Path, source: str, include: Include) -> Optional[str]:
-    folder = folder_of(source)
-    if XML_LIBRARY.match(include.path) and folder not in XML_LIBRARY_FOLDERS:
-        return f"libxml2 belongs to xml/dom/: {include.path}"
-    if MEDIA_LIBRARY.match(include.path) and folder not in MEDIA_LIBRARY_FOLDERS:
-        return f"libavformat belongs to worker/av/: {include.path}"
-    if (SYSTEM.match(include.path) and folder not in SYSTEM_FOLDERS
-            and folder not in OBSERVERS):
-        return f"the operating system belongs to platform/: {include.path}"
-    own = (root / include.path).is_file()
-    if include.quoted and not own:
-        return f"no such file from the top of the tree: {include.path}"
-    if source.endswith(".h") and folder in MAY_INCLUDE and is_exported(source):
-        if own and not is_exported(include.path):
-            return f"an exported header shows an internal one: {include.path}"
-        if XML_LIBRARY.match(include.path) or SYSTEM.match(include.path):
-            return f"an exported header shows {include.path}"
-    return fault_of_own(source, include) if own else None
+def fault_of_own(house: House, source: str, target: str) -> Optional[str]:
+    """What is wrong with including one of the project's headers."""
+    room, other = house.room_of(source), house.room_of(target)
+    is_public = target.startswith("include/")
+    if source.startswith("include/") and not is_public:
+        return f"a public header shows an internal one: {target}"
+    if room == other or room in OBSERVERS:
+        return None
+    if room in HOSTS:
+        return None if is_public else f"a host includes public headers only, not {target}"
+    return None if other in MAY_INCLUDE[room] else f"{room}/ may not include from {other}/: {target}"
 
 
-def sources_below(root: Path) -> Iterator[Path]:
-    for folder in sorted({name.split("/")[0] for name in MAY_INCLUDE} | {*HOSTS, *OBSERVERS}):
-        for file in sorted((root / folder).rglob("*")):
-            if file.suffix in SOURCES and file.is_file():
-                yield file
+def fault_of(house: House, source: str, include: Include) -> Optional[str]:
+    target = house.target_of(include)
+    if target is not None:
+        return fault_of_own(house, source, target)
+    if include.quoted or include.path.startswith(f"{PUBLIC}/"):
+        return f"no such file below include/, library/ and programs/: {include.path}"
+    return fault_of_foreign(source, house.room_of(source), include.path)
 
 
 def faults_below(root: Path) -> Iterator[str]:
-    for file in sources_below(root):
+    house = House(root)
+    for file in house.sources():
         source = file.relative_to(root).as_posix()
-        folder = folder_of(source)
-        if folder not in MAY_INCLUDE and folder not in HOSTS + OBSERVERS:
-            yield f"{source}:1: {folder}/ has no place among the layers"
+        room = house.room_of(source)
+        if room not in MAY_INCLUDE and room not in HOSTS + OBSERVERS:
+            yield f"{source}:1: {room}/ has no place among the rooms"
             continue
         for include in includes_of(file):
-            fault = fault_of(root, source, include)
+            fault = fault_of(house, source, include)
             if fault:
                 yield f"{source}:{include.line}: {fault}"
 
@@ -145,7 +166,7 @@ def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("root", type=Path, nargs="?", default=Path(__file__).parent.parent)
     root = parser.parse_args().root
-    if not any(sources_below(root)):
+    if not any(House(root).sources()):
         print(f"check_layers: no sources below {root}", file=sys.stderr)
         return 2
     faults = list(faults_below(root))

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "programs/copy/copier.h"
+#include "copy/copier.h"
 
 #include <algorithm>
 #include <cstring>

@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "copy/outcome.h"
+#include "copy/watch.h"
 #include "platform/file_system.h"
-#include "programs/copy/outcome.h"
-#include "programs/copy/watch.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "programs/copy/transaction.h"
+#include "copy/transaction.h"
 
 #include "platform/case_blind.h"
 

@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "copy/copier.h"
 #include "platform/folder.h"
 #include "platform/folder_index.h"
-#include "programs/copy/copier.h"
 
 #include <cstdint>
 #include <map>

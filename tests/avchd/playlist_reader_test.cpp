@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "parser/NQP2Parser.h"
-#include "platform/PathText.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/PathText.h"
 #include "platform/unicode.h"
 #include "tests/avchd/avchd_bytes.h"
 #include "tests/support/faulty_file_system.h"

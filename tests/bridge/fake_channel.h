@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "channel/SysInterface.h"
+#include "NQP2ParserU/SysInterface.h"
 
 #include <condition_variable>
 #include <cstdint>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "bridge/messages.h"
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/NQP2Parser.h"
 #include "tests/bridge/worker_test.h"
 #include "tests/ingest/ingest_test.h"
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "bridge/worker_proxy.h"
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/NQP2Parser.h"
 #include "tests/bridge/worker_test.h"
 
 namespace nqp2::bridge {

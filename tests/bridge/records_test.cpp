@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "bridge/ClipListRecords.h"
-#include "bridge/R8P2TransInfo.h"
+#include "NQP2ParserU/ClipListRecords.h"
+#include "NQP2ParserU/R8P2TransInfo.h"
 #include "tests/bridge/wire_example.h"
 #include "tests/support/print_text.h"
 

@@ -4,8 +4,8 @@
 // Library and worker as threads of one process, over the channel that comes with the library.
 
 #include "bridge/messages.h"
-#include "bridge/R8P2SysInterface.h"
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/R8P2SysInterface.h"
 #include "tests/channel/channel_test.h"
 
 #include <future>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "bridge/installed_interface.h"
-#include "bridge/R8P2SysInterface.h"
+#include "NQP2ParserU/R8P2SysInterface.h"
 #include "tests/bridge/fake_channel.h"
 
 #include <gmock/gmock.h>

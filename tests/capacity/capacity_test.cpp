@@ -3,7 +3,7 @@
 
 #include "capacity/card_space.h"
 #include "capacity/recording_cost.h"
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/NQP2Parser.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/faulty_file_system.h"
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "channel/Channel.h"
+#include "NQP2ParserU/Channel.h"
 #include "tests/support/temp_folder.h"
 
 #include <algorithm>

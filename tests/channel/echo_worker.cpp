@@ -6,7 +6,7 @@
 
 #include "tests/channel/echo_worker.h"
 
-#include "channel/Channel.h"
+#include "NQP2ParserU/Channel.h"
 
 #include <csignal>
 #include <cstdlib>

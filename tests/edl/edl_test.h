@@ -26,7 +26,7 @@ inline std::string EdlXml(const test::ClipValues& values, const std::string& sch
     return "<P2Main xmlns=\"" + schema + "\">" + content.Xml() + "</P2Main>";
 }
 
-class EdlTest : public parser::CardTest {
+class EdlTest : public clips::CardTest {
 protected:
     std::string AddFile(const std::string& name, const std::string& bytes) const {
         return m_card.Folder().Write("EDITLIST/" + name, bytes);

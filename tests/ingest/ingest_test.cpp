@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/ingest/ingest_test.h"
-#include "platform/DebugOutput.h"
+#include "NQP2ParserU/DebugOutput.h"
 #include "platform/folder.h"
 #include "tests/support/child_process.h"
 #include "tests/support/faulty_file_system.h"

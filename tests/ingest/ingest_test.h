@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "ingest/IngestList.h"
+#include "NQP2ParserU/IngestList.h"
 #include "platform/file_system.h"
 #include "tests/parser/card_test.h"
 
@@ -13,7 +13,7 @@
 
 namespace nqp2::ingest {
 
-class IngestTest : public parser::CardTest {
+class IngestTest : public clips::CardTest {
 protected:
     /// Adds to the card's list; 0 or 1.
     __int64 Add(const IngestClips& clips) {

@@ -3,8 +3,8 @@
 
 #include "media/code_type_family.h"
 #include "media/codec_family.h"
-#include "media/CodeType.h"
 #include "media/proxy_codes.h"
+#include "NQP2ParserU/CodeType.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "media/P2Clip.h"
+#include "NQP2ParserU/P2Clip.h"
 
 #include "media/identifier.h"
 #include "platform/guid_text.h"

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "tools/nqp2/access_units.h"
+#include "nqp2/access_units.h"
 
+#include "nqp2/console.h"
 #include "tests/support/temp_folder.h"
-#include "tools/nqp2/console.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

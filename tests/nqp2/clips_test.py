@@ -11,7 +11,7 @@ from pathlib import Path
 
 from program import CardTest, main, run, run_on_terminal
 
-HEADER = Path(__file__).resolve().parents[2] / "media" / "P2Clip.h"
+HEADER = Path(__file__).resolve().parents[2] / "include" / "NQP2ParserU" / "P2Clip.h"
 TOP = "060A2B340101010501010D431300000011111111222233334444555555555555"
 NEXT = "060A2B340101010501010D431300000066666666222233334444555555555555"
 

@@ -12,7 +12,7 @@ from pathlib import Path
 from program import (PROGRAM, CardTest, can_trace, command_line, main, run, run_on_terminal,
                      traced)
 
-HEADER = Path(__file__).resolve().parents[2] / "media" / "P2EDL.h"
+HEADER = Path(__file__).resolve().parents[2] / "include" / "NQP2ParserU" / "P2EDL.h"
 UMID = "060A2B340101010501010D4313"
 
 

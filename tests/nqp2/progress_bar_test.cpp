@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "tools/nqp2/display_text.h"
-#include "tools/nqp2/progress_bar.h"
+#include "nqp2/display_text.h"
+#include "nqp2/progress_bar.h"
 
 #include <gtest/gtest.h>
 

@@ -11,7 +11,7 @@ from pathlib import Path
 from program import PROGRAM, CardTest, main, run
 
 SOURCES = Path(__file__).resolve().parents[2]
-COMPLETION = SOURCES / "tools" / "nqp2" / "completion" / "nqp2.bash"
+COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
 COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", "import", "export",
             "delete", "icon", "serial", "base-info", "rt-export", "last-error", *GROUPS)

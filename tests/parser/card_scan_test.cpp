@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/DebugOutput.h"
+#include "NQP2ParserU/DebugOutput.h"
 
+#include "NQP2ParserU/XmlLimits.h"
 #include "platform/file_system.h"
 #include "platform/threads.h"
 #include "tests/avchd/avchd_bytes.h"
@@ -10,7 +11,6 @@
 #include "tests/parser/clip_show.h"
 #include "tests/support/child_process.h"
 #include "tests/support/faulty_file_system.h"
-#include "xml/dom/XmlLimits.h"
 
 #include <filesystem>
 #include <mutex>
@@ -18,7 +18,7 @@
 #include <sys/resource.h>
 #include <thread>
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 namespace {
 
 using test::FaultyFileSystem;
@@ -372,4 +372,4 @@ TEST_F(FreeNameTest, OnlyVideoFilesTakeANameInAnyLetterCase) {
 }
 
 } // namespace
-} // namespace nqp2::parser
+} // namespace nqp2::clips

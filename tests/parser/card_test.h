@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/NQP2Parser.h"
 #include "platform/unicode.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/print_text.h"
@@ -44,6 +44,12 @@ struct NQP2ParserPeer {
         return parser.m_pfnDDP2CInit != nullptr && parser.m_pfnDDP2CLogSense != nullptr;
     }
 };
+
+} // namespace nqp2::parser
+
+namespace nqp2::clips {
+
+using parser::NQP2ParserPeer;
 
 /// Asks for the format of a card that tells none: the result, and outputs that stay as they were.
 inline void ExpectNoFormat(CNQP2Parser& parser, const CString& root, __int64 result) {
@@ -105,4 +111,4 @@ protected:
     ScanReport m_report;
 };
 
-} // namespace nqp2::parser
+} // namespace nqp2::clips

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "parser/clip_texts.h"
+#include "clips/clip_texts.h"
+#include "NQP2ParserU/MarkupMSXML.h"
 #include "platform/unicode.h"
 #include "tests/parser/card_test.h"
 #include "tests/parser/clip_show.h"
 #include "tests/support/print_text.h"
-#include "xml/MarkupMSXML.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 namespace {
 
 using test::ClipValues;
@@ -465,4 +465,4 @@ TEST(ClipTexts, TellWhetherThereIsContent) {
 }
 
 } // namespace
-} // namespace nqp2::parser
+} // namespace nqp2::clips

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "media/P2Clip.h"
+#include "NQP2ParserU/P2Clip.h"
 #include "platform/guid_text.h"
 #include "platform/unicode.h"
 
@@ -12,7 +12,7 @@
 #include <sstream>
 #include <string>
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 
 /// A record as texts by field name, so that tables can say what is expected. Paths are shown
 /// without the contents folder in front, fields with the value of a fresh record are left out.
@@ -104,4 +104,4 @@ private:
     Shown m_shown;
 };
 
-} // namespace nqp2::parser
+} // namespace nqp2::clips

@@ -9,7 +9,7 @@
 #include <new>
 #include <sys/resource.h>
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 namespace {
 
 using test::FaultyFileSystem;
@@ -195,4 +195,4 @@ TEST_F(HostileCardTest, NamesInsideAFileLeadNowhereElse) {
 }
 
 } // namespace
-} // namespace nqp2::parser
+} // namespace nqp2::clips

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/SystemFolder.h"
+#include "NQP2ParserU/SystemFolder.h"
 #include "tests/parser/card_test.h"
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 namespace {
 
 using Peer = NQP2ParserPeer;
@@ -102,4 +102,4 @@ TEST_F(LifeCycleTest, IdentifiersNeedNoInit) {
 }
 
 } // namespace
-} // namespace nqp2::parser
+} // namespace nqp2::clips

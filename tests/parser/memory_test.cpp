@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "ingest/IngestList.h"
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/IngestList.h"
+#include "NQP2ParserU/NQP2Parser.h"
 #include "tests/avchd/avchd_bytes.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/child_process.h"
@@ -16,7 +16,7 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 namespace {
 
 constexpr double kMebibyte = 1024.0 * 1024.0;
@@ -297,4 +297,4 @@ TEST(Memory, OfAnyReaderIsInProportionToTheFile) {
 }
 
 } // namespace
-} // namespace nqp2::parser
+} // namespace nqp2::clips

@@ -6,15 +6,15 @@
 // allocations fails, that one alone or it and all that follow. NQP2_ALLOCATIONS=all takes every
 // one; some tens of each operation are the default.
 
-#include "ingest/IngestList.h"
-#include "parser/NQP2Parser.h"
-#include "platform/ComError.h"
-#include "platform/DebugOutput.h"
+#include "NQP2ParserU/ComError.h"
+#include "NQP2ParserU/DebugOutput.h"
+#include "NQP2ParserU/IngestList.h"
+#include "NQP2ParserU/MarkupMSXML.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/NQXmlParser.h"
 #include "tests/parser/clip_show.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/child_process.h"
-#include "xml/MarkupMSXML.h"
-#include "xml/NQXmlParser.h"
 
 #include <gtest/gtest.h>
 
@@ -85,7 +85,7 @@ void* aligned_alloc(std::size_t alignment, std::size_t size) {
 }
 #endif
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 namespace {
 
 /// What is written to a descriptor while this lives.
@@ -407,4 +407,4 @@ TEST_F(OutOfMemory, Cursor) {
 }
 
 } // namespace
-} // namespace nqp2::parser
+} // namespace nqp2::clips

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <iterator>
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 namespace {
 
 using testing::ElementsAre;
@@ -108,4 +108,4 @@ TEST_F(SharedSamplesTest, AForeignNamespaceIsReadAndAForeignRootIsRemarked) {
 }
 
 } // namespace
-} // namespace nqp2::parser
+} // namespace nqp2::clips

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "parser/memos.h"
-#include "parser/takes.h"
+#include "clips/memos.h"
+#include "clips/takes.h"
 #include "tests/parser/card_test.h"
 
 #include <gmock/gmock.h>
@@ -10,7 +10,7 @@
 
 #include <vector>
 
-namespace nqp2::parser {
+namespace nqp2::clips {
 namespace {
 
 /// A segment by its letter: identifier "id-A", clip "A", on the card "card-A".
@@ -121,4 +121,4 @@ TEST(Memos, TheFirstAtEachOffsetIsKeptInOrder) {
 }
 
 } // namespace
-} // namespace nqp2::parser
+} // namespace nqp2::clips

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/CString.h"
+#include "NQP2ParserU/CString.h"
 
 #include "tests/support/print_text.h"
 

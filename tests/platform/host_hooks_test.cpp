@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/DebugOutput.h"
+#include "NQP2ParserU/DebugOutput.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/SystemFolder.h"
 #include "platform/diagnostics.h"
 #include "platform/module.h"
-#include "platform/PathText.h"
-#include "platform/SystemFolder.h"
 #include "tests/support/print_text.h"
 
 #include <gtest/gtest.h>

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "NQP2ParserU/DriveMap.h"
+#include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
-#include "platform/DriveMap.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
 #include "platform/folder_index.h"
-#include "platform/PathText.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/print_text.h"
 #include "tests/support/temp_folder.h"

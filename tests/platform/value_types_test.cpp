@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/ComError.h"
-#include "platform/CStringArray.h"
+#include "NQP2ParserU/ComError.h"
+#include "NQP2ParserU/CStringArray.h"
+#include "NQP2ParserU/OleDateTime.h"
+#include "NQP2ParserU/Variant.h"
 #include "platform/guid_text.h"
 #include "platform/number_text.h"
-#include "platform/OleDateTime.h"
-#include "platform/Variant.h"
 #include "tests/support/print_text.h"
 
 #include <gmock/gmock.h>

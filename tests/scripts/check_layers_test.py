@@ -14,36 +14,52 @@ sys.path.insert(0, str(SCRIPTS))
 
 import check_layers  # noqa: E402
 
-HEADERS = ("platform/CString.h", "platform/unicode.h", "media/P2Clip.h", "media/timecode.h",
-           "xml/MarkupMSXML.h", "xml/dom/node.h", "edl/event.h", "parser/NQP2Parser.h",
-           "parser/clip_scan.h", "channel/table.h", "tools/nqp2/table.h")
+# The headers of the small tree, and the rooms that list public ones.
+HEADERS = ("library/platform/unicode.h", "library/media/timecode.h", "library/xml/dom/node.h",
+           "library/edl/event.h", "library/clips/scan.h", "library/channel/table.h",
+           "programs/nqp2/table.h", "programs/copy/copier.h", "programs/worker/session.h")
+PUBLIC = {"platform": "CString.h", "media": "P2Clip.h", "xml": "Markup.h", "parser": "Parser.h"}
 
 # File, its include, and a piece of the complaint.
 BAD = (
-    ("platform/a.cpp", '"media/timecode.h"', "platform/ may not include from media/"),
-    ("media/a.cpp", '"xml/dom/node.h"', "media/ may not include from xml/dom/"),
-    ("xml/dom/a.cpp", '"xml/MarkupMSXML.h"', "xml/dom/ may not include from xml/"),
-    ("xml/a.cpp", '"edl/event.h"', "xml/ may not include from edl/"),
-    ("edl/events.cpp", '"parser/NQP2Parser.h"', "edl/ may not include from parser/"),
-    ("edl/parser_edl.h", '"parser/NQP2Parser.h"', "edl/ may not include from parser/"),
-    ("parser/a.cpp", '"tools/nqp2/table.h"', "parser/ may not include from tools/"),
-    ("tools/nqp2/a.cpp", '"platform/unicode.h"', "exported headers only"),
-    ("parser/a.cpp", "<libxml/tree.h>", "libxml2 belongs to xml/dom/"),
+    ("library/platform/a.cpp", '"media/timecode.h"', "platform/ may not include from media/"),
+    ("library/platform/a.cpp", '"NQP2ParserU/P2Clip.h"', "platform/ may not include from media/"),
+    ("library/media/a.cpp", '"xml/dom/node.h"', "media/ may not include from xml/dom/"),
+    ("library/xml/dom/a.cpp", '"NQP2ParserU/Markup.h"', "xml/dom/ may not include from xml/"),
+    ("library/xml/a.cpp", '"edl/event.h"', "xml/ may not include from edl/"),
+    ("library/edl/a.cpp", '"clips/scan.h"', "edl/ may not include from clips/"),
+    ("library/edl/parser_edl.cpp", '"NQP2ParserU/Parser.h"', "edl/ may not include from parser/"),
+    ("library/parser/a.cpp", '"nqp2/table.h"', "parser/ may not include from nqp2/"),
+    ("library/parser/a.cpp", '"channel/table.h"', "parser/ may not include from channel/"),
+    ("library/parser/a.cpp", '"copy/copier.h"', "parser/ may not include from copy/"),
+    ("programs/copy/a.cpp", '"media/timecode.h"', "copy/ may not include from media/"),
+    ("programs/nqp2/a.cpp", '"platform/unicode.h"', "public headers only"),
+    ("programs/nqp2/report/a.cpp", '"platform/unicode.h"', "public headers only"),
+    ("examples/a.cpp", '"worker/session.h"', "public headers only"),
+    ("library/parser/a.cpp", "<libxml/tree.h>", "libxml2 belongs to xml/dom/"),
     ("tests/xml/a_test.cpp", "  <libxml/tree.h>", "libxml2 belongs to xml/dom/"),
-    ("worker/a.cpp", "<libavformat/avformat.h>", "libavformat belongs to worker/av/"),
-    ("xml/dom/a.cpp", "<unistd.h>", "operating system belongs to platform/"),
-    ("xml/dom/Node.h", "<libxml/tree.h>", "an exported header shows libxml/tree.h"),
-    ("media/Thing.h", '"platform/unicode.h"', "exported header shows an internal one"),
-    ("media/a.cpp", '"timecode.h"', "no such file from the top"),
-    ("xml/other/a.cpp", "<string>", "has no place among the layers"),
+    ("programs/worker/a.cpp", "<libavformat/avformat.h>", "libavformat belongs to worker/av/"),
+    ("library/xml/dom/a.cpp", "<unistd.h>", "operating system belongs to platform/"),
+    ("include/NQP2ParserU/CString.h", "<unistd.h>", "operating system belongs to platform/"),
+    ("include/NQP2ParserU/Markup.h", '"xml/dom/node.h"', "public header shows an internal one"),
+    ("include/NQP2ParserU/P2Clip.h", '"NQP2ParserU/Markup.h"', "media/ may not include from xml/"),
+    ("include/NQP2ParserU/Other.h", "<string>", "has no place among the rooms"),
+    ("library/media/a.cpp", '"timecode.h"', "no such file below"),
+    ("examples/a.cpp", "<NQP2ParserU/Nothing.h>", "no such file below"),
+    ("library/other/a.cpp", "<string>", "has no place among the rooms"),
 )
 
 GOOD = (
-    ("media/a.cpp", '"platform/unicode.h"'),
-    ("xml/dom/a.cpp", "<libxml/tree.h>"),
-    ("platform/a.cpp", "<sys/stat.h>"),
-    ("edl/parser_edl.cpp", '"parser/NQP2Parser.h"'),
-    ("tools/nqp2/a.cpp", '"parser/NQP2Parser.h"'),
+    ("library/media/a.cpp", '"platform/unicode.h"'),
+    ("library/media/a.cpp", '"NQP2ParserU/CString.h"'),
+    ("library/xml/dom/a.cpp", "<libxml/tree.h>"),
+    ("library/platform/a.cpp", "<sys/stat.h>"),
+    ("library/parser/parser_edl.cpp", '"edl/event.h"'),
+    ("programs/nqp2/a.cpp", '"NQP2ParserU/Parser.h"'),
+    ("programs/nqp2/report/a.cpp", '"nqp2/table.h"'),
+    ("programs/worker/a.cpp", '"copy/copier.h"'),
+    ("programs/worker/av/a.cpp", '"worker/session.h"'),
+    ("examples/a.cpp", "<NQP2ParserU/Parser.h>"),
     ("bench/a.cpp", "<libxml/tree.h>"),
     ("tests/platform/a_test.cpp", "<sys/resource.h>"),
 )
@@ -51,9 +67,15 @@ GOOD = (
 
 def make_tree(root: Path, file: str, include: str) -> None:
     """A small tree in which `file` has one include."""
-    for header in HEADERS:
+    headers = [*HEADERS, *(f"include/NQP2ParserU/{header}" for header in PUBLIC.values())]
+    for header in headers:
         (root / header).parent.mkdir(parents=True, exist_ok=True)
         (root / header).write_text("#pragma once\n", encoding="utf-8")
+    for room, header in PUBLIC.items():
+        (root / "library" / room).mkdir(parents=True, exist_ok=True)
+        (root / "library" / room / "CMakeLists.txt").write_text(
+            f"nqp2_add_component(\n    {room}\n    EXPORTED {header}\n    DEPENDS platform)\n",
+            encoding="utf-8")
     path = root / file
     path.parent.mkdir(parents=True, exist_ok=True)
     path.write_text(f"// a comment\n#include {include}\n", encoding="utf-8")

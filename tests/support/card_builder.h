@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "platform/CString.h"
-#include "platform/PathText.h"
+#include "NQP2ParserU/CString.h"
+#include "NQP2ParserU/PathText.h"
 #include "tests/support/temp_folder.h"
 
 #include <memory>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "platform/CString.h"
+#include "NQP2ParserU/CString.h"
 #include "platform/unicode.h"
 
 #include <ostream>

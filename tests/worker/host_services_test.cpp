@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "bridge/R8P2SysInterface.h"
-#include "channel/Channel.h"
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/Channel.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/R8P2SysInterface.h"
 #include "tests/channel/channel_test.h"
 
 #include <gmock/gmock.h>

@@ -4,11 +4,11 @@
 // The worker, and the library's process, killed at the system calls of a request; and calls of the
 // worker that fail. NQP2_KILLS=1000 takes every call of every request; a few of each are the default.
 
-#include "bridge/R8P2SysInterface.h"
-#include "bridge/R8P2TransInfo.h"
-#include "channel/Channel.h"
 #include "channel/process_descriptor.h"
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/Channel.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/R8P2SysInterface.h"
+#include "NQP2ParserU/R8P2TransInfo.h"
 #include "tests/channel/channel_test.h"
 #include "tests/support/child_process.h"
 #include "tests/support/tracing.h"

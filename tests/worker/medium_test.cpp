@@ -3,13 +3,13 @@
 
 // Media as the system really has them: full, read-only, limited, with links and pipes on them.
 
-#include "bridge/R8P2SysInterface.h"
-#include "bridge/R8P2TransInfo.h"
-#include "channel/Channel.h"
-#include "parser/NQP2Parser.h"
-#include "platform/PathText.h"
+#include "copy/copier.h"
+#include "NQP2ParserU/Channel.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/R8P2SysInterface.h"
+#include "NQP2ParserU/R8P2TransInfo.h"
 #include "platform/unicode.h"
-#include "programs/copy/copier.h"
 #include "tests/channel/channel_test.h"
 #include "tests/support/child_process.h"
 #include "tests/worker/essence_maker.h"

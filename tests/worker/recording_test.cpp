@@ -3,7 +3,7 @@
 
 #include "worker/recording.h"
 
-#include "parser/NQP2Parser.h"
+#include "NQP2ParserU/NQP2Parser.h"
 #include "tests/support/print_text.h"
 #include "tests/worker/essence_maker.h"
 #include "tests/worker/transfer_fixture.h"

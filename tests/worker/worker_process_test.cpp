@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "bridge/NQP2BaseClipInfo.h"
-#include "bridge/R8P2SysInterface.h"
-#include "bridge/R8P2TransInfo.h"
-#include "bridge/RecordedClips.h"
-#include "channel/Channel.h"
-#include "parser/NQP2Parser.h"
-#include "platform/PathText.h"
+#include "NQP2ParserU/Channel.h"
+#include "NQP2ParserU/NQP2BaseClipInfo.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/R8P2SysInterface.h"
+#include "NQP2ParserU/R8P2TransInfo.h"
+#include "NQP2ParserU/RecordedClips.h"
 #include "tests/channel/channel_test.h"
 #include "tests/support/child_process.h"
 #include "tests/support/print_text.h"

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "platform/CString.h"
-#include "platform/DebugOutput.h"
+#include "NQP2ParserU/CString.h"
+#include "NQP2ParserU/DebugOutput.h"
 
 #include <utility>
 #include <vector>

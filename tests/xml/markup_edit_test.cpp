@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "xml/MarkupMSXML.h"
+#include "NQP2ParserU/MarkupMSXML.h"
 
 #include "platform/unicode.h"
 #include "tests/support/print_text.h"

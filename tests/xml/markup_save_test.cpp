@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "NQP2ParserU/MarkupMSXML.h"
+#include "NQP2ParserU/NQXmlParser.h"
 #include "platform/unicode.h"
 #include "tests/support/print_text.h"
 #include "tests/support/temp_folder.h"
 #include "xml/dom/document.h"
-#include "xml/MarkupMSXML.h"
-#include "xml/NQXmlParser.h"
 
 #include <gtest/gtest.h>
 

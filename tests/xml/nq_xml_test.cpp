@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "xml/NQXmlParser.h"
+#include "NQP2ParserU/NQXmlParser.h"
 
-#include "platform/ComError.h"
+#include "NQP2ParserU/ComError.h"
 #include "platform/unicode.h"
 #include "tests/support/print_text.h"
 #include "tests/support/temp_folder.h"

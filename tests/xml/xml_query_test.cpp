@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "xml/NodeHandle.h"
+#include "NQP2ParserU/NodeHandle.h"
 
-#include "platform/ComError.h"
+#include "NQP2ParserU/ComError.h"
+#include "NQP2ParserU/MarkupMSXML.h"
+#include "NQP2ParserU/NQXmlParser.h"
 #include "tests/support/print_text.h"
 #include "tests/xml/captured_texts.h"
-#include "xml/MarkupMSXML.h"
-#include "xml/NQXmlParser.h"
 
 #include <gtest/gtest.h>
 

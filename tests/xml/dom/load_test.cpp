@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "NQP2ParserU/XmlLimits.h"
 #include "platform/file_system.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/temp_folder.h"
 #include "tests/xml/dom/loaded_document.h"
 #include "xml/dom/document.h"
 #include "xml/dom/parser.h"
-#include "xml/dom/XmlLimits.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/ComError.h"
+#include "NQP2ParserU/ComError.h"
 #include "tests/xml/dom/loaded_document.h"
 #include "xml/dom/path_set.h"
 #include "xml/dom/path_walk.h"

@@ -1,0 +1,27 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "NQP2ParserU/CString.h"
+
+/// The automation string: wide text that can also be null. Value semantics.
+class _bstr_t {
+public:
+    _bstr_t() = default;
+    // NOLINTBEGIN(google-explicit-constructor): hosts pass plain text where these are expected
+    /// A null pointer gives a null string.
+    _bstr_t(const wchar_t* text) : m_text(text), m_null(text == nullptr) {}
+    _bstr_t(const CString& text) : m_text(text), m_null(false) {}
+
+    /// The characters, or a null pointer for a null string.
+    operator const wchar_t*() const { return m_null ? nullptr : m_text.GetString(); }
+    // NOLINTEND(google-explicit-constructor)
+    [[nodiscard]] const CString& Text() const { return m_text; }
+    [[nodiscard]] unsigned length() const { return static_cast<unsigned>(m_text.GetLength()); }
+    bool operator!() const { return m_null; }
+
+private:
+    CString m_text;
+    bool m_null = true;
+};

@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "NQP2ParserU/CString.h"
+#include "NQP2ParserU/Export.h"
+
+#include <memory>
+#include <string>
+
+namespace nqp2 {
+
+/// Turns interface paths into the POSIX paths under which their files really stand. Records name
+/// files as the card's metadata does; a copy on another file system may spell them in other letters.
+/// Reads each folder once, so that the answers stay cheap for a whole card. One thread at a time.
+class NQP2_API RealPaths {
+public:
+    RealPaths();
+    ~RealPaths();
+    RealPaths(const RealPaths&) = delete;
+    RealPaths& operator=(const RealPaths&) = delete;
+
+    /// The file's real path; PosixPath's answer when there is no such file in any spelling.
+    std::string Find(const CString& path);
+
+private:
+    struct Cache;
+    std::unique_ptr<Cache> m_cache;
+};
+
+} // namespace nqp2

@@ -1,0 +1,62 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "NQP2ParserU/CArray.h"
+#include "NQP2ParserU/CString.h"
+#include "NQP2ParserU/CStringArray.h"
+
+#include <cstdint>
+
+namespace nqp2 {
+
+/// Why a file that the scan met is not among its clips, edit lists or playlists, or is there with
+/// something missing.
+enum class SkipReason : std::int32_t {
+    NotWellFormed, ///< the file is no well-formed XML; line and column are set
+    DocumentType,  ///< the file carries a DTD, which is refused
+    TooLarge,      ///< beyond the limits of size, memory or number of entries for one file
+    Unreadable,    ///< cannot be opened or read
+    Companion,     ///< "._" file that a Mac leaves beside each copied file: nothing is lost
+    IsFolder,      ///< a folder with a clip file's name
+    NoClipContent, ///< well-formed, but without P2Main/ClipContent: listed as a clip all the same
+    UnsafeName,    ///< its name is none that a card's files can have: these were not looked for
+    FolderUnreadable, ///< the folder could not be read to its end
+    NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
+    Undecodable,      ///< clip information that is damaged or tells of no video, a damaged playlist
+    NotDescribed,     ///< a camera file that the worker did not describe
+};
+
+/// One file that was left out, or kept with a remark.
+struct SkippedFile {
+    CString path; ///< interface path
+    SkipReason reason = SkipReason::Unreadable;
+    CString text;            ///< one sentence for a person
+    std::int32_t line = 0;   ///< from 1; 0 when there is none
+    std::int32_t column = 0; ///< from 1; 0 when there is none
+};
+
+/// A segment that a take names but the card lacks.
+struct MissingSegment {
+    CString clipName;     ///< "" when the metadata does not tell
+    CString serialNo;     ///< serial number of the card that holds it; "" when not told
+    CString globalClipID; ///< identifier of the missing segment; "" when not told
+};
+
+/// A spanned recording: one shot that continues from clip to clip, perhaps over several cards, or
+/// that a camera split because a file had become too large.
+struct Take {
+    CString topGlobalClipID; ///< identifier of the first segment; "" when it has none
+    CStringArray segments;   ///< names of the clips that are there, in shot order
+    bool complete = false;   ///< true when the chain runs from first to last segment
+    CArray<MissingSegment> missing;
+};
+
+/// What a scan left out and how its clips hang together. Filled beside the fixed results.
+struct ScanReport {
+    CArray<SkippedFile> skipped;
+    CArray<Take> takes;
+};
+
+} // namespace nqp2

@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "avchd/recorded_moment.h"
+
+#include "NQP2ParserU/OleDateTime.h"
+
+namespace nqp2::avchd {
+namespace {
+
+constexpr int kNoNumber = -1;
+
+/// Two decimal digits; kNoNumber when a half byte is none.
+int Decimal(unsigned byte) {
+    const unsigned tens = byte >> 4U;
+    const unsigned units = byte & 0x0FU;
+    return tens > 9 || units > 9 ? kNoNumber : static_cast<int>(tens * 10 + units);
+}
+
+bool IsIn(int number, int limit) {
+    return number >= 0 && number < limit;
+}
+
+bool IsPossible(const RecordedDate& date) {
+    COleDateTime moment;
+    return moment.SetDateTime(date.year, date.month, date.day, date.hour, date.minute,
+                              date.second) == COleDateTime::valid;
+}
+
+} // namespace
+
+std::optional<RecordedDate> DecodeDate(Bytes bytes) {
+    constexpr std::size_t kFields = 7;
+    if (bytes.size() != kFields) {
+        return std::nullopt;
+    }
+    int fields[kFields];
+    for (std::size_t i = 0; i < kFields; ++i) {
+        fields[i] = Decimal(bytes[i]);
+        if (fields[i] == kNoNumber) {
+            return std::nullopt;
+        }
+    }
+    const RecordedDate date = {
+        fields[0] * 100 + fields[1], fields[2], fields[3], fields[4], fields[5], fields[6]};
+    return IsPossible(date) ? std::optional(date) : std::nullopt;
+}
+
+std::optional<RecordedTimecode> DecodeTimecode(Bytes bytes) {
+    if (bytes.size() != 4) {
+        return std::nullopt;
+    }
+    // The upper bits carry flags; of these only that of drop frame says anything about a clip.
+    RecordedTimecode recorded;
+    recorded.dropFrame = (bytes[0] & 0x40U) != 0;
+    media::Timecode& timecode = recorded.timecode;
+    timecode = {Decimal(bytes[3] & 0x3FU), Decimal(bytes[2] & 0x7FU), Decimal(bytes[1] & 0x7FU),
+                Decimal(bytes[0] & 0x3FU)};
+    const bool possible = IsIn(timecode.hours, 24) && IsIn(timecode.minutes, 60) &&
+                          IsIn(timecode.seconds, 60) && IsIn(timecode.frames, 30);
+    return possible ? std::optional(recorded) : std::nullopt;
+}
+
+} // namespace nqp2::avchd

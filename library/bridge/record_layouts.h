@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "bridge/connection_record.h"
+#include "bridge/wire.h"
+#include "NQP2ParserU/ClipListRecords.h"
+#include "NQP2ParserU/NQP2BaseClipInfo.h"
+#include "NQP2ParserU/R8P2TransInfo.h"
+
+/// The wire order of the records that travel inside messages, of the clip list's records, and of
+/// what asks for a connection.
+namespace nqp2::bridge {
+
+template <class Archive, RecordOf<tag_NQFileFormatEx> Self>
+void Describe(Archive& archive, Self& format) {
+    archive(format.fileType, format.codeType, format.width, format.height);
+    archive(format.rateScale, format.rate, format.interlaced, format.topFieldFirst);
+    archive(format.aspectWidth, format.aspectHeight, format.videoBitRate);
+    archive(format.audioFormat, format.audioChannels, format.audioRate, format.audioBits);
+    archive(format.flags);
+}
+
+template <class Archive, RecordOf<stu_R8PRelationClipInfo> Self>
+void Describe(Archive& archive, Self& clip) {
+    archive(clip.value1, clip.value2, clip.value3, clip.identifier1, clip.identifier2);
+    archive(clip.text1, clip.text2, clip.text3);
+}
+
+template <class Archive, RecordOf<stu_R8P2TaggedText> Self>
+void Describe(Archive& archive, Self& tagged) {
+    archive(tagged.value1, tagged.text, tagged.value2);
+}
+
+template <class Archive, RecordOf<stu_R8P2DescribedIdentifier> Self>
+void Describe(Archive& archive, Self& described) {
+    archive(described.text, described.value1, described.value2, described.value3);
+    archive(described.identifier);
+}
+
+/// Text 4 travels ahead of the numbers. Kept, workers rely on it: the size figure leaves out both
+/// tables, and the number behind each of them and behind the identifier, although they travel.
+template <class Archive, RecordOf<stu_R8P2TransInfo> Self>
+void Describe(Archive& archive, Self& info) {
+    archive(info.text1, info.text2, info.text3, info.text4);
+    archive(info.value1, info.value2, info.value3, info.value4, info.value5, info.value6);
+    archive(info.value7, info.value8, info.value9, info.value10, info.value11, info.size1);
+    archive(info.value12, info.value13, info.size2, info.value14, info.value15);
+    archive.Uncounted(info.taggedTexts1, info.value16);
+    archive(info.describedIdentifier);
+    archive.Uncounted(info.value17);
+    archive(info.size3, info.size4, info.size5, info.size6, info.relatedClips, info.value18);
+    archive(info.format1, info.format2, info.value19, info.value20);
+    archive(info.format3, info.format4, info.format5, info.format6, info.format7);
+    archive.Uncounted(info.taggedTexts2, info.value21);
+    archive(info.text5, info.value22);
+}
+
+template <class Archive, RecordOf<NQP2BaseClipInfo> Self>
+void Describe(Archive& archive, Self& info) {
+    archive(info.clipText1, info.identifier, info.clipText2);
+    archive(info.value1, info.value2, info.value3);
+    archive(info.codec, info.text1, info.text2, info.text3, info.texts, info.clipText3);
+    archive(info.value4);
+}
+
+template <class Archive, RecordOf<_BLCLIP> Self>
+void Describe(Archive& archive, Self& clip) {
+    archive(clip.text1, clip.text2, clip.text3, clip.text4, clip.text5, clip.text6);
+    archive(clip.value1, clip.value2, clip.value3, clip.value4, clip.value5, clip.value6);
+    archive(clip.value7, clip.value8, clip.value9);
+    archive(clip.text7, clip.text8, clip.text9, clip.value10, clip.text10);
+    archive(clip.value11, clip.value12, clip.value13, clip.text11);
+}
+
+template <class Archive, RecordOf<_NQBRDBROKENPOINT> Self>
+void Describe(Archive& archive, Self& point) {
+    archive(point.first, point.second);
+}
+
+template <class Archive, RecordOf<ConnectionRecord> Self>
+void Describe(Archive& archive, Self& record) {
+    archive(record.sendSize, record.receiveSize, record.sendTimeout, record.receiveTimeout);
+}
+
+} // namespace nqp2::bridge

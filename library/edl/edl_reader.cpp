@@ -1,0 +1,282 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "edl/edl_reader.h"
+
+#include "edl/edl_layout.h"
+#include "media/identifier.h"
+#include "media/timecode.h"
+#include "NQP2ParserU/MarkupMSXML.h"
+#include "platform/case_fold.h"
+#include "platform/number_text.h"
+#include "platform/unicode.h"
+#include "xml/dom/document.h"
+#include "xml/dom/path_set.h"
+#include "xml/query_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace nqp2::edl {
+namespace {
+
+using platform::ToInt32;
+
+enum class EventPath {
+    Offset,
+    Duration,
+    SerialNo,
+    ClipName,
+    GlobalClipID,
+    SourceOffset,
+    Channel,
+    AudioInOffset,
+    AudioOutOffset,
+    AudioLevel,
+    Note,
+    Count,
+};
+constexpr std::size_t kEventPaths = static_cast<std::size_t>(EventPath::Count);
+
+// In the order of EventPath.
+constexpr std::array<std::string_view, kEventPaths> kBelowEvent = {
+    "Offset",
+    "Duration",
+    "Source/P2SerialNo.",
+    "Source/ClipName",
+    "Source/GlobalClipID",
+    "Source/Offset",
+    "Source/Channel",
+    "AudioInOffset",
+    "AudioOutOffset",
+    "AudioLevel",
+    "Note",
+};
+
+/// What the events of a list tell again and again, such as one card's serial number, is converted
+/// once and shared by their records.
+class RepeatedTexts {
+public:
+    explicit RepeatedTexts(xml::TextBudget& budget) : m_budget(budget) {}
+
+    CString TextOf(EventPath path, const dom::Node& node) {
+        std::string scratch;
+        const std::string_view utf8 = dom::Text(node, scratch);
+        m_budget.Spend(utf8.size());
+        if (!scratch.empty()) {
+            return platform::TextFromUtf8(utf8); // the bytes are gone with this call
+        }
+        Last& last = m_last[static_cast<std::size_t>(path)];
+        if (last.utf8 != utf8) {
+            last = {utf8, platform::TextFromUtf8(utf8)};
+        }
+        return last.text;
+    }
+    const GUID& GuidOf(const CString& identifier) {
+        if (!(m_identifier == identifier)) {
+            m_identifier = identifier;
+            m_guid = media::GuidFromIdentifier(identifier);
+        }
+        return m_guid;
+    }
+
+private:
+    struct Last {
+        std::string_view utf8; ///< in the document
+        CString text;
+    };
+
+    xml::TextBudget& m_budget;
+    std::array<Last, kEventPaths> m_last;
+    CString m_identifier;
+    GUID m_guid;
+};
+
+/// The texts of one event; of none at all when there is no node.
+class EventTexts {
+public:
+    EventTexts(const dom::Node* event, RepeatedTexts& repeated) : m_repeated(repeated) {
+        static const dom::PathSet paths(kBelowEvent);
+        if (event != nullptr) {
+            paths.Find(*event, m_nodes);
+        }
+    }
+    [[nodiscard]] CString operator[](EventPath path) const {
+        const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
+        return node != nullptr ? m_repeated.TextOf(path, *node) : CString();
+    }
+    [[nodiscard]] std::int32_t Number(EventPath path) const { return NumberOr(path, 0); }
+    /// The default stands for a missing element and for one without text.
+    [[nodiscard]] std::int32_t NumberOr(EventPath path, std::int32_t absent) const {
+        const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
+        std::string scratch;
+        const std::string_view text =
+            node != nullptr ? dom::Text(*node, scratch) : std::string_view();
+        return text.empty() ? absent : ToInt32(text);
+    }
+
+private:
+    RepeatedTexts& m_repeated;
+    std::array<dom::Node*, kEventPaths> m_nodes{};
+};
+
+/// Up to four words separated by blanks, each handed to `take` with its index.
+template <class Take>
+void ForEachWord(const CString& text, Take take) {
+    constexpr int kWords = 4;
+    std::wstring_view left = text.View();
+    for (int i = 0; i < kWords; ++i) {
+        left.remove_prefix(std::min(left.find_first_not_of(L' '), left.size()));
+        if (left.empty()) {
+            return;
+        }
+        const std::wstring_view word = left.substr(0, left.find(L' '));
+        take(i, word);
+        left.remove_prefix(word.size());
+    }
+}
+
+/// The sum of source position and length less one, without leaving 32 bits.
+std::int32_t LastFrame(std::int32_t offset, std::int32_t duration) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    const std::int64_t last = std::int64_t{offset} + duration - 1;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(last, Limits::min(), Limits::max()));
+}
+
+void ReadEvent(const dom::Node* node, RepeatedTexts& repeated, tag_P2EDLClipTrackEvent& event) {
+    const EventTexts texts(node, repeated);
+    event.Offset = texts.Number(EventPath::Offset);
+    event.Duration = texts.Number(EventPath::Duration);
+    event.P2SerialNo = texts[EventPath::SerialNo];
+    event.ClipName = texts[EventPath::ClipName];
+    event.GlobalClipID = texts[EventPath::GlobalClipID];
+    event.GlobalClipGuid = repeated.GuidOf(event.GlobalClipID);
+    event.SourceOffset = texts.Number(EventPath::SourceOffset);
+    event.SourceIn = event.SourceOffset;
+    event.SourceOut = LastFrame(event.SourceOffset, event.Duration);
+    ForEachWord(texts[EventPath::Channel],
+                [&](int index, std::wstring_view word) { event.Channels[index] = ToInt32(word); });
+    event.AudioInOffset = texts.NumberOr(EventPath::AudioInOffset, event.AudioInOffset);
+    event.AudioOutOffset = texts.NumberOr(EventPath::AudioOutOffset, event.AudioOutOffset);
+    ForEachWord(texts[EventPath::AudioLevel], [&](int index, std::wstring_view word) {
+        const double level = platform::ToDouble(word);
+        event.AudioLevels[index] = std::isfinite(level) ? level : 0.0;
+    });
+    event.Note = texts[EventPath::Note];
+}
+
+/// Splits the text at its first "/". False for a unit that cannot be one.
+bool ReadEditUnit(const CString& text, tag_P2EDL::Fraction& unit) {
+    const int slash = text.Find(L'/');
+    if (slash < 0) {
+        return true;
+    }
+    unit.Numerator = ToInt32(text.Left(slash).View());
+    unit.Denominator = ToInt32(text.Mid(slash + 1).View());
+    return unit.Numerator >= 1 && unit.Denominator > 0;
+}
+
+enum class HeadPath { Duration, EditUnit, StartTimecode, FrameRate, Codec, Thumbnail, Count };
+constexpr std::size_t kHeadPaths = static_cast<std::size_t>(HeadPath::Count);
+
+// In the order of HeadPath.
+constexpr std::array<std::string_view, kHeadPaths> kBelowContent = {
+    "Duration", "EditUnit", "StartTimecode", "FrameRate", "Codec", "Thumbnail/FrameOffset"};
+
+/// The texts that stand once in a list.
+class HeadTexts {
+public:
+    HeadTexts(const dom::Document& document, xml::TextBudget& budget) : m_budget(budget) {
+        static const dom::PathSet paths(kBelowContent);
+        paths.FindBehind("//P2Main/EditContent", document.Content()->DocumentNode(), m_nodes);
+    }
+    [[nodiscard]] CString operator[](HeadPath path) const {
+        std::string scratch;
+        const std::string_view utf8 = Utf8(path, scratch);
+        m_budget.Spend(utf8.size());
+        return platform::TextFromUtf8(utf8);
+    }
+    [[nodiscard]] std::int32_t Number(HeadPath path) const {
+        std::string scratch;
+        return ToInt32(Utf8(path, scratch));
+    }
+
+private:
+    [[nodiscard]] std::string_view Utf8(HeadPath path, std::string& scratch) const {
+        const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
+        return node != nullptr ? dom::Text(*node, scratch) : std::string_view();
+    }
+
+    xml::TextBudget& m_budget;
+    std::array<dom::Node*, kHeadPaths> m_nodes{};
+};
+
+void ReadCodec(CMarkupMSXML& reader, const HeadTexts& head, tag_P2EDL& edl) {
+    edl.Codec = head[HeadPath::Codec];
+    const bool asked = IsClassCodec(edl.Codec);
+    edl.Class50 =
+        asked && reader.GetNodeAttribute(L"//P2Main/EditContent/Codec", L"Class") == L"50" ? 1 : 0;
+}
+
+/// Refuses what an edit list may not hold before room is made for it.
+void CheckEvents(const dom::NodeList& events, const dom::Document& document) {
+    if (events.Length() > kMaxEvents) {
+        throw std::length_error("it has more than " + std::to_string(kMaxEvents) + " events");
+    }
+    xml::TextBudget budget(document);
+    std::string scratch;
+    for (std::size_t i = 0; i < events.Length(); ++i) {
+        budget.Spend(dom::Text(*events.Item(i), scratch).size());
+    }
+}
+
+/// A list without events yields one, made of nothing. Kept: hosts rely on it.
+void ReadEvents(CMarkupMSXML& reader, const wchar_t* path, xml::TextBudget& budget,
+                tag_P2EDL& edl) {
+    const IXMLDOMNodeListPtr list =
+        reader.GetDocumentPtr()->SelectNodes(platform::Utf8FromText(path));
+    CheckEvents(*list, *reader.GetDocumentPtr());
+    edl.Events.SetSize(static_cast<std::int64_t>(std::max<std::size_t>(list->Length(), 1)));
+    RepeatedTexts repeated(budget);
+    for (tag_P2EDLClipTrackEvent& event : edl.Events) {
+        ReadEvent(list->Next().get(), repeated, event);
+    }
+}
+
+const wchar_t* EventsPath(const CString& schema) {
+    return platform::EqualNoCase(schema.Right(4).View(), L"v3.0")
+               ? L"//P2Main/EditContent/TrackList/VideoTrack/EventList/Event"
+               : L"//P2Main/EditContent/TrackList/ClipTrack/EventList/Event";
+}
+
+} // namespace
+
+bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl) {
+    xml::TextBudget budget(*reader.GetDocumentPtr(), kMaxText);
+    const HeadTexts head(*reader.GetDocumentPtr(), budget);
+    edl.Duration = head.Number(HeadPath::Duration);
+    if (!ReadEditUnit(head[HeadPath::EditUnit], edl.EditUnit)) {
+        return false;
+    }
+    edl.StartTimecode = media::EditFrameCount(head[HeadPath::StartTimecode].View(),
+                                              edl.EditUnit.Numerator, edl.EditUnit.Denominator);
+    edl.FrameRate = head[HeadPath::FrameRate];
+    ReadCodec(reader, head, edl);
+    edl.ThumbnailFrame = head.Number(HeadPath::Thumbnail);
+    const CString schema = reader.GetNodeAttribute(L"P2Main", L"");
+    if (schema.Find(L"EditMetadata") < 0) {
+        return false;
+    }
+    ReadEvents(reader, EventsPath(schema), budget, edl);
+    if (edl.IconPath.IsEmpty()) {
+        edl.IconPath = edl.Events[0].Clip.IconPath;
+    }
+    return true;
+}
+
+} // namespace nqp2::edl

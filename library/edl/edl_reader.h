@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "NQP2ParserU/P2EDL.h"
+
+class CMarkupMSXML;
+
+namespace nqp2::edl {
+
+/// Reads the document that the reader holds into a fresh record; Name, Date, Identity and IconPath
+/// are the caller's. Returns false for a document that is no edit list; throws std::length_error for
+/// one that holds more than an edit list may.
+bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl);
+
+} // namespace nqp2::edl

@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "clips/card_format.h"
+#include "clips/card_scan.h"
+#include "clips/free_name.h"
+#include "clips/load_clip.h"
+#include "clips/memos.h"
+#include "media/card_status.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "platform/guard.h"
+
+namespace clips = nqp2::clips;
+
+using nqp2::media::kCannotRead;
+using nqp2::platform::Guarded;
+
+__int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int keepDigit) noexcept {
+    return Guarded(kCannotRead, [&] {
+        return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, nullptr);
+    });
+}
+
+__int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int keepDigit,
+                                nqp2::ScanReport& report) noexcept {
+    return Guarded(kCannotRead, [&] {
+        return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, &report);
+    });
+}
+
+__int64 CNQP2Parser::LoadClipInfo(CString root, CString clipName, _tag_P2Clip& clip) {
+    return Guarded(kCannotRead, [&] {
+        return m_pMarkup == nullptr ? kCannotRead
+                                    : clips::LoadNamedClip(root, clipName, *m_pMarkup, clip);
+    });
+}
+
+int CNQP2Parser::LoadClipFromXml(const CString& path, _tag_P2Clip& clip) {
+    return Guarded(0, [&] {
+        return m_pMarkup != nullptr && clips::LoadClipFile(path, *m_pMarkup, clip) ? 1 : 0;
+    });
+}
+
+__int64 CNQP2Parser::GetDiskFormat(CString root, eCodeType& codeType,
+                                   eP2_VIDEO_STANDARD& standard) {
+    return Guarded(kCannotRead, [&] {
+        return m_pMarkup == nullptr ? kCannotRead
+                                    : clips::ReadCoarseFormat(root, *m_pMarkup, codeType, standard);
+    });
+}
+
+__int64 CNQP2Parser::GetDiskFormatEx(CString root, CString& frameRate, CString& codec,
+                                     CString& editUnit, int& class50) {
+    return Guarded(kCannotRead, [&] {
+        return m_pMarkup == nullptr
+                   ? kCannotRead
+                   : clips::ReadFormatTexts(root, *m_pMarkup, frameRate, codec, editUnit, class50);
+    });
+}
+
+__int64 CNQP2Parser::GetDiskFormat(CString root, nqp2::DiskFormat& format) {
+    return Guarded(kCannotRead, [&] {
+        format.found = false;
+        return m_pMarkup == nullptr ? kCannotRead : clips::ReadFormat(root, *m_pMarkup, format);
+    });
+}
+
+int CNQP2Parser::CheckName(CString& name, CString root) noexcept {
+    __int64 tried = 0;
+    return CheckName(name, root, tried);
+}
+
+int CNQP2Parser::CheckName(CString& name, CString root, __int64& tried) {
+    return Guarded(0, [&] { return clips::FindFreeName(root, name, tried) ? 1 : 0; });
+}
+
+void CNQP2Parser::DeleteSameMemo(CArray<_tag_P2Memo>& memos) {
+    clips::RemoveRepeatedMemos(memos);
+}

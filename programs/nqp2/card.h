@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "NQP2ParserU/CString.h"
+#include "NQP2ParserU/ReadyParser.h"
+
+#include <string>
+
+namespace nqp2::tool {
+
+/// Whether a text names a drive ("E", "E:", "E:\\copies") whose letter the drive table knows.
+bool IsMappedDrive(const CString& text);
+
+/// The card that the user named: a folder, or a drive text ("E", "E:", "E:\copies") whose letter
+/// the drive table knows.
+class Card {
+public:
+    explicit Card(const std::string& argument);
+
+    /// As the library takes it.
+    [[nodiscard]] const CString& Root() const { return m_root; }
+    /// The card's CONTENTS folder in the place of a root.
+    [[nodiscard]] CString ContentsRoot() const;
+    /// The folder behind it.
+    [[nodiscard]] std::string Folder() const;
+    /// Throws the failure to report unless there is a folder.
+    void RequireFolder() const;
+    /// Throws the failure to report unless the folder holds a CONTENTS folder.
+    void RequireContents() const;
+    /// The failure to report when the library cannot read the card. Looks what stands there and
+    /// names the card that was probably meant.
+    [[noreturn]] void ThrowUnreadable() const;
+    /// The same for a card whose playlists are missing.
+    [[noreturn]] void ThrowNoPlaylists() const;
+
+private:
+    /// Throws the failure to report unless the folder can be listed.
+    void RequireOpen() const;
+    /// The root with its drive part closed: a bare letter names the drive only with its colon.
+    [[nodiscard]] CString DriveRoot() const;
+
+    CString m_root;
+};
+
+} // namespace nqp2::tool

@@ -1,0 +1,124 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/clip_table.h"
+
+#include "nqp2/clip_length.h"
+#include "nqp2/console.h"
+#include "nqp2/table.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <bit>
+#include <string>
+
+namespace nqp2::tool {
+namespace {
+
+using Clip = _tag_P2Clip;
+
+struct ClipColumn {
+    Column column;
+    std::string (*cell)(const Clip&);
+};
+
+template <auto Member>
+std::string Text(const Clip& clip) {
+    return BytesFromText(clip.*Member);
+}
+
+/// The name that a person gave; many cameras put the clip's own name or identifier there.
+std::string OwnTitle(const Clip& clip) {
+    const bool generated = clip.UserClipName.CompareNoCase(clip.ClipName) == 0 ||
+                           clip.UserClipName.CompareNoCase(clip.GlobalClipID) == 0;
+    return generated ? "" : BytesFromText(clip.UserClipName);
+}
+
+std::string Start(const Clip& clip) {
+    CString start = clip.StartDate;
+    start.Replace(L"T", L" ");
+    return BytesFromText(start);
+}
+
+/// The codec with its class, unless the codec's name ends in it already ("AVC-LongG422-50M").
+std::string CodecAndClass(const Clip& clip) {
+    const bool named = clip.CodecName.Find(L"-" + clip.CodecClass + L"M") >= 0;
+    const std::string codec = BytesFromText(clip.CodecName);
+    return clip.CodecClass.IsEmpty() || named
+               ? codec
+               : fmt::format("{} {}", codec, BytesFromText(clip.CodecClass));
+}
+
+/// Audio channels. Where sound has files of its own, the scan gives a path to one channel fewer
+/// than the clip has; the word length tells whether there is sound at all.
+std::string AudioChannels(const Clip& clip) {
+    const int paths = std::popcount(clip.EssenceMask >> 1U);
+    const bool ownFiles = !(clip.AudioPath[0] == clip.VideoPath);
+    const int unnamed = ownFiles && !clip.AudioBitsPerSample.IsEmpty() ? 1 : 0;
+    return fmt::format("{}", paths + unnamed);
+}
+
+/// "P" for a proxy file, "M3" for three memos.
+std::string Marks(const Clip& clip) {
+    const bool hasProxy = !clip.ProxyPath.IsEmpty() || !clip.Proxy.ProxyFilePath.IsEmpty();
+    std::string marks = hasProxy ? "P" : "";
+    if (!clip.Memos.IsEmpty()) {
+        marks += fmt::format("{}M{}", hasProxy ? " " : "", clip.Memos.GetSize());
+    }
+    return marks;
+}
+
+const ClipColumn kTitleColumn = {{"TITLE", Align::Left, 8}, OwnTitle};
+
+/// What matters most stands first: a narrow terminal cuts the end off.
+std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips) {
+    std::vector<ClipColumn> columns = {
+        {{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>},
+        {{"START", Align::Left, 17}, Start},
+        {{"LENGTH", Align::Right, 0}, LengthText},
+        {{"CODEC", Align::Left, 12}, CodecAndClass},
+        {{"RATE", Align::Left, 0}, Text<&Clip::FrameRate>},
+        {{"MARK", Align::Left, 0}, Marks},
+        {{"CH", Align::Right, 0}, AudioChannels},
+        {{"RATIO", Align::Left, 0}, Text<&Clip::AspectRatio>},
+    };
+    const auto titled = [](const Clip* clip) { return !OwnTitle(*clip).empty(); };
+    if (std::any_of(clips.begin(), clips.end(), titled)) {
+        columns.insert(columns.begin() + 1, kTitleColumn);
+    }
+    return columns;
+}
+
+std::string Summary(const ClipOrder& clips) {
+    double seconds = 0.0;
+    for (const Clip* clip : clips) {
+        seconds += RunningSeconds(*clip);
+    }
+    return fmt::format("{} clip{}, {}", clips.size(), clips.size() == 1 ? "" : "s",
+                       SecondsText(seconds));
+}
+
+} // namespace
+
+void PrintClipTable(Console& console, const ClipOrder& clips) {
+    const std::vector<ClipColumn> columns = ColumnsFor(clips);
+    std::vector<Column> heads;
+    for (const ClipColumn& column : columns) {
+        heads.push_back(column.column);
+    }
+    Table table(std::move(heads));
+    for (const Clip* clip : clips) {
+        std::vector<std::string> cells;
+        for (const ClipColumn& column : columns) {
+            cells.push_back(column.cell(*clip));
+        }
+        table.AddRow(cells);
+    }
+    table.Print(console);
+    console.Finish();
+    console.Message(Summary(clips));
+}
+
+} // namespace nqp2::tool

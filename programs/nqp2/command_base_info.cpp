@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/command.h"
+#include "nqp2/field_table.h"
+#include "nqp2/guid_form.h"
+#include "nqp2/input_file.h"
+#include "nqp2/json_output.h"
+#include "nqp2/real_path.h"
+#include "nqp2/worker_path.h"
+#include "nqp2/worker_session.h"
+
+#include "NQP2ParserU/NQP2BaseClipInfo.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <string>
+
+namespace nqp2::tool {
+namespace {
+
+struct BaseInfoOptions {
+    std::string file;
+    std::string worker;
+    bool json = false;
+};
+
+/// Under the names that the fields of a clip have.
+Record BaseInfoRecord(const NQP2BaseClipInfo& info) {
+    constexpr double kThousand = 1000;
+    List audio;
+    for (const CString& path : info.texts) {
+        audio.emplace_back(RealPath(path));
+    }
+    return {{"ClipName", BytesFromText(info.clipText1)},
+            {"UserClipName", BytesFromText(info.clipText3)},
+            {"GlobalClipGuid", GuidText(info.identifier)},
+            {"StartDate", BytesFromText(info.clipText2)},
+            {"FrameRate", BytesFromText(info.text1)},
+            {"FramesPerSecond", static_cast<double>(info.value1) / kThousand},
+            {"Duration", info.value2},
+            {"StartTimecode", info.value3},
+            {"CodecName", BytesFromText(info.codec)},
+            {"AspectRatio", BytesFromText(info.text2)},
+            {"ActivePixel", info.value4 & 0xFFFF},
+            {"ActiveLine", info.value4 >> 16},
+            {"VideoPath", RealPath(info.text3)},
+            {"AudioPath", audio}};
+}
+
+Status RunBaseInfo(Console& console, const BaseInfoOptions& options) {
+    const CString path = WorkerPath(options.file);
+    RequireRegularFile(PosixPath(path)); // the worker has fewer words for what is none
+    WorkerSession session(options.worker);
+    NQP2BaseClipInfo info;
+    session.Require(session->GetP2BaseClipInfo(path, info) == 1, options.file, "not described");
+    const Record record = BaseInfoRecord(info);
+    if (options.json) {
+        PrintJson(console, record);
+    } else {
+        PrintFields(console, record);
+    }
+    return kDone;
+}
+
+} // namespace
+
+void AddBaseInfoCommand(CLI::App& program, Action& chosen) {
+    const auto options = std::make_shared<BaseInfoOptions>();
+    CLI::App* command = program.add_subcommand("base-info", "Describe a camera file");
+    command
+        ->add_option("FILE", options->file,
+                     "A file of a camera (.MOV, .AVI, .MP4, .MXF) or a clip's CLIP/NAME.XML")
+        ->type_name("")
+        ->required();
+    command->add_flag("--json", options->json, "Print JSON");
+    AddWorkerOption(*command, options->worker);
+    SetExample(*command, "nqp2 base-info /media/sd/SONY/DVF/100DVF/DV000001.AVI --json");
+    command->callback([options, &chosen] {
+        chosen = [options](Console& console) { return RunBaseInfo(console, *options); };
+    });
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,90 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/card.h"
+#include "nqp2/clip_fields.h"
+#include "nqp2/command.h"
+#include "nqp2/field_table.h"
+#include "nqp2/json_output.h"
+#include "nqp2/scan_report_output.h"
+
+#include "NQP2ParserU/TextBytes.h"
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <string>
+
+namespace nqp2::tool {
+namespace {
+
+struct ClipOptions {
+    std::string card;
+    std::string name;
+    bool json = false;
+};
+
+/// A clip name is a file's title; with a separator it would lead to another folder.
+void RequirePlainName(const std::string& name) {
+    if (name.empty() || name.find_first_of("/\\") != std::string::npos) {
+        throw Failure(name, "is no clip name", "give it as `nqp2 clips` shows it", kUsage);
+    }
+}
+
+/// Scans the card to find out why a clip did not load: the scan's report knows.
+[[noreturn]] void ThrowNoClip(ReadyParser& parser, const Card& card, const _tag_P2Clip& clip,
+                              const std::string& name) {
+    CArray<_tag_P2Clip> clips;
+    ScanReport report;
+    if (parser->LoadClipEx(card.Root(), clips, 0, report) != 0) {
+        card.ThrowUnreadable();
+    }
+    const CString fileName = clip.XmlPath.Mid(clip.XmlPath.ReverseFind(L'\\'));
+    for (const SkippedFile& file : report.skipped) {
+        const CString skippedName = file.path.Mid(file.path.ReverseFind(L'\\'));
+        if (skippedName.CompareNoCase(fileName) == 0) {
+            throw Failure(PositionText(file), "cannot be read", ReasonText(file));
+        }
+    }
+    throw Failure(card.Folder(), "no clip " + name, "`nqp2 clips` lists the clips");
+}
+
+_tag_P2Clip ReadClip(const ClipOptions& options) {
+    const Card card(options.card);
+    ReadyParser parser;
+    _tag_P2Clip clip;
+    if (parser->LoadClipInfo(card.Root(), TextFromBytes(options.name), clip) != 0) {
+        ThrowNoClip(parser, card, clip, options.name);
+    }
+    return clip;
+}
+
+Status RunClip(Console& console, const ClipOptions& options) {
+    RequirePlainName(options.name);
+    const _tag_P2Clip clip = ReadClip(options);
+    const Record record = ClipRecord(clip);
+    if (options.json) {
+        PrintJson(console, record);
+    } else {
+        PrintFields(console, record);
+    }
+    return kDone;
+}
+
+} // namespace
+
+void AddClipCommand(CLI::App& program, Action& chosen) {
+    const auto options = std::make_shared<ClipOptions>();
+    CLI::App* command = program.add_subcommand("clip", "Show every field of one clip");
+    AddCardArgument(*command, options->card);
+    command->add_option("NAME", options->name, "The clip's name, in any letter case")
+        ->type_name("")
+        ->required();
+    command->add_flag("--json", options->json, "Print JSON");
+    SetExample(*command, "nqp2 clip /media/card 0001AB --json");
+    command->callback([options, &chosen] {
+        chosen = [options](Console& console) { return RunClip(console, *options); };
+    });
+}
+
+} // namespace nqp2::tool

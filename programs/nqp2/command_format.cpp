@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/card.h"
+#include "nqp2/clip_fields.h"
+#include "nqp2/command.h"
+#include "nqp2/csv.h"
+#include "nqp2/json_output.h"
+#include "nqp2/table.h"
+
+#include "NQP2ParserU/TextBytes.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <memory>
+#include <string>
+
+namespace nqp2::tool {
+namespace {
+
+struct FormatOptions {
+    std::string card;
+    bool json = false;
+    bool csv = false;
+};
+
+DiskFormat ReadFormat(const Card& card) {
+    ReadyParser parser;
+    DiskFormat format;
+    if (parser->GetDiskFormat(card.Root(), format) != 0) {
+        card.ThrowUnreadable();
+    }
+    if (!format.found) {
+        throw Failure(card.Folder(), "no clip tells the card's format",
+                      "none could be read; see `nqp2 clips --report`");
+    }
+    return format;
+}
+
+Record FormatRecord(const DiskFormat& format) {
+    return {{"CodeType", CodeTypeRecord(format.codeType)},
+            {"VideoStandard", StandardRecord(format.standard)},
+            {"FrameRate", BytesFromText(format.frameRate)},
+            {"Codec", BytesFromText(format.codec)},
+            {"EditUnit", BytesFromText(format.editUnit)},
+            {"Class50", format.class50}};
+}
+
+void PrintFormat(Console& console, const DiskFormat& format) {
+    Table table({{"", Align::Left, 0}, {"", Align::Left, 8}});
+    table.AddRow(
+        {"Code type", fmt::format("{} ({})", CodeTypeName(format.codeType), format.codeType)});
+    table.AddRow(
+        {"Standard", fmt::format("{} ({})", StandardName(format.standard), format.standard)});
+    table.AddRow({"Codec", BytesFromText(format.codec)});
+    table.AddRow({"Frame rate", BytesFromText(format.frameRate)});
+    table.AddRow({"Edit unit", BytesFromText(format.editUnit)});
+    table.AddRow({"Class 50", format.class50 != 0 ? "yes" : "no"});
+    table.Print(console);
+}
+
+Status RunFormat(Console& console, const FormatOptions& options) {
+    const DiskFormat format = ReadFormat(Card(options.card));
+    const Record record = FormatRecord(format);
+    if (options.json) {
+        PrintJson(console, record);
+    } else if (options.csv) {
+        PrintCsv(console, record, {1, [&record](std::size_t) { return Value(record); }});
+    } else {
+        PrintFormat(console, format);
+    }
+    return kDone;
+}
+
+} // namespace
+
+void AddFormatCommand(CLI::App& program, Action& chosen) {
+    const auto options = std::make_shared<FormatOptions>();
+    CLI::App* command =
+        program.add_subcommand("format", "Tell a card's recording format from its first clip");
+    AddCardArgument(*command, options->card);
+    auto* json = command->add_flag("--json", options->json, "Print JSON");
+    command->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
+    SetExample(*command, "nqp2 format /media/card");
+    command->callback([options, &chosen] {
+        chosen = [options](Console& console) { return RunFormat(console, *options); };
+    });
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,244 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/card.h"
+#include "nqp2/clip_fields.h"
+#include "nqp2/code_type_argument.h"
+#include "nqp2/command.h"
+#include "nqp2/json_output.h"
+#include "nqp2/table.h"
+#include "nqp2/whole_number.h"
+
+#include "NQP2ParserU/TextBytes.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace nqp2::tool {
+namespace {
+
+constexpr std::int64_t kMostBytes = std::numeric_limits<std::int64_t>::max(); ///< or more
+
+struct SpaceOptions {
+    std::string card;
+    std::string bytesText;
+    std::string framesText;
+    std::optional<std::int64_t> bytes;
+    std::string codeType;
+    std::string standard;
+    std::optional<std::int64_t> frames;
+    bool audio24 = false;
+    bool json = false;
+};
+
+/// What is to be recorded.
+struct Recording {
+    eCodeType codeType;
+    eP2_VIDEO_STANDARD standard;
+    int audioFlag;
+};
+
+/// The answers; what was not asked or cannot be said is missing.
+struct Space {
+    std::optional<bool> fits;
+    std::int64_t freeBytes = 0;
+    std::int64_t maxFrames = 0;
+    std::optional<std::int64_t> spaceForFrames;
+    std::optional<std::int64_t> framesFor4GB;
+    std::int64_t sizeFor4GB = 0;
+};
+
+eP2_VIDEO_STANDARD StandardFromArgument(const std::string& text) {
+    if (const auto known = StandardFromName(TextFromBytes(text))) {
+        return *known;
+    }
+    const auto standard =
+        static_cast<eP2_VIDEO_STANDARD>(WholeNumber<std::int32_t>(text).value_or(-1));
+    if (*StandardName(standard) == '\0') {
+        throw Failure("--standard " + text, "is no video standard",
+                      "give a name like VS_50I or a number from 0 to 6", kUsage);
+    }
+    return standard;
+}
+
+/// What the card's first clip was recorded as. A card's format, told by the codec's name alone,
+/// would not know the class, on which the size of a frame depends.
+Recording CardRecording(ReadyParser& parser, const Card& card) {
+    CArray<_tag_P2Clip> clips;
+    if (parser->LoadClipEx(card.Root(), clips, 0) != 0) {
+        card.ThrowUnreadable();
+    }
+    if (clips.IsEmpty()) {
+        throw Failure(card.Folder(), "no clip tells the card's format",
+                      "give --code-type and --standard");
+    }
+    return {CodeTypeOf(clips[0]), StandardOf(clips[0]), 0};
+}
+
+Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options) {
+    const bool told = !options.codeType.empty() && !options.standard.empty();
+    Recording recording = {};
+    if (!told) {
+        if (options.bytes) {
+            throw Failure("space usage", "--bytes needs --code-type and --standard",
+                          "see nqp2 space --help", kUsage);
+        }
+        recording = CardRecording(parser, Card(options.card));
+    }
+    if (!options.codeType.empty()) {
+        recording.codeType = CodeTypeFromArgument(options.codeType);
+    }
+    if (!options.standard.empty()) {
+        recording.standard = StandardFromArgument(options.standard);
+    }
+    recording.audioFlag = options.audio24 ? 1 : 0;
+    return recording;
+}
+
+/// Free bytes, and whether the frames fit in them.
+Space AskSpace(ReadyParser& parser, const SpaceOptions& options, const Recording& recording) {
+    const auto& [codeType, standard, audioFlag] = recording;
+    const std::int64_t frames = options.frames.value_or(0);
+    Space space;
+    if (options.bytes) {
+        space.freeBytes = *options.bytes;
+        const std::int64_t need =
+            parser->CountSpaceFromFrames(codeType, audioFlag, standard, frames);
+        space.fits = need != kMostBytes && space.freeBytes >= need;
+        return space;
+    }
+    const Card card(options.card);
+    card.RequireContents();
+    __int64 narrowFrames = 0; // counted with 16-bit audio, whatever the flag says
+    space.fits = parser->GetDiscFree(card.Root(), codeType, audioFlag, standard, frames,
+                                     space.freeBytes, narrowFrames) != 0;
+    return space;
+}
+
+Space MeasureSpace(ReadyParser& parser, const SpaceOptions& options, const Recording& recording) {
+    const auto& [codeType, standard, audioFlag] = recording;
+    Space space = AskSpace(parser, options, recording);
+    space.maxFrames = parser->CountFramesFromSpace(codeType, audioFlag, standard, space.freeBytes);
+    if (options.frames) {
+        space.spaceForFrames =
+            parser->CountSpaceFromFrames(codeType, audioFlag, standard, *options.frames);
+    } else {
+        space.fits.reset();
+    }
+    const std::int64_t frames =
+        parser->GetMaxFrameBy4GBSize(codeType, audioFlag, standard, space.sizeFor4GB);
+    if (frames > 0) {
+        space.framesFor4GB = frames;
+    }
+    return space;
+}
+
+Record SpaceRecord(const Space& space) {
+    Record record;
+    if (space.fits) {
+        record.push_back({"fits", *space.fits});
+    }
+    record.push_back({"FreeBytes", space.freeBytes});
+    record.push_back({"MaxFrames", space.maxFrames});
+    if (space.spaceForFrames) {
+        record.push_back({"SpaceForFrames", *space.spaceForFrames});
+    }
+    if (space.framesFor4GB) {
+        record.push_back({"FramesFor4GB", *space.framesFor4GB});
+        record.push_back({"SizeFor4GB", space.sizeFor4GB});
+    }
+    return record;
+}
+
+std::string CodeTypeText(eCodeType type) {
+    const std::string name = CodeTypeName(type);
+    return name.empty() ? fmt::format("{}", static_cast<int>(type))
+                        : fmt::format("{} ({})", name, static_cast<int>(type));
+}
+
+void PrintSpace(Console& console, const SpaceOptions& options, const Recording& recording,
+                const Space& space) {
+    Table table({{"", Align::Left, 0}, {"", Align::Left, 8}});
+    table.AddRow({"Code type", CodeTypeText(recording.codeType)});
+    table.AddRow({"Standard", fmt::format("{} ({})", StandardName(recording.standard),
+                                          static_cast<int>(recording.standard))});
+    table.AddRow({"Audio", options.audio24 ? "4 channels, 24 bits" : "4 channels, 16 bits"});
+    table.AddRow({"Free bytes", fmt::format("{}", space.freeBytes)});
+    table.AddRow({"Frames that fit",
+                  fmt::format("{}{}", space.maxFrames, space.maxFrames > 0 ? "" : " (none)")});
+    if (space.spaceForFrames) {
+        table.AddRow({"Frames asked for", fmt::format("{}", *options.frames)});
+        table.AddRow({"Bytes they take",
+                      fmt::format("{}{}", *space.spaceForFrames,
+                                  *space.spaceForFrames == kMostBytes ? " or more" : "")});
+        table.AddRow({"Fits", *space.fits ? "yes" : "no"});
+    }
+    table.AddRow({"4 GB limit", space.framesFor4GB
+                                    ? fmt::format("reached with frame {}, {} bytes in all",
+                                                  *space.framesFor4GB, space.sizeFor4GB)
+                                    : "not known: the code type has no frame size, "
+                                      "all figures count sound alone"});
+    table.Print(console);
+}
+
+/// The number that the user gave with the option, if any.
+std::optional<std::int64_t> Amount(const char* option, const std::string& text, bool given) {
+    const auto amount = WholeNumber<std::int64_t>(text);
+    if (given && !amount) {
+        throw Failure(fmt::format("{} {}", option, text), "is no whole number", "", kUsage);
+    }
+    return amount;
+}
+
+Status RunSpace(Console& console, const SpaceOptions& options) {
+    if (options.card.empty() && !options.bytes) {
+        throw Failure("space usage", "CARD or --bytes is required", "see nqp2 space --help",
+                      kUsage);
+    }
+    ReadyParser parser;
+    const Recording recording = RecordingFrom(parser, options);
+    const Space space = MeasureSpace(parser, options, recording);
+    if (options.json) {
+        PrintJson(console, SpaceRecord(space));
+    } else {
+        PrintSpace(console, options, recording, space);
+    }
+    return kDone;
+}
+
+} // namespace
+
+void AddSpaceCommand(CLI::App& program, Action& chosen) {
+    const auto options = std::make_shared<SpaceOptions>();
+    CLI::App* command =
+        program.add_subcommand("space", "Tell how much can be recorded in a card's free space");
+    CLI::Option* card = AddCardArgument(*command, options->card)->required(false);
+    CLI::Option* bytes =
+        command
+            ->add_option("--bytes", options->bytesText, "Count with that many free bytes, no card")
+            ->type_name("N")
+            ->excludes(card);
+    command
+        ->add_option("--code-type", options->codeType, "Name or number; the card's own if absent")
+        ->type_name("TYPE");
+    command->add_option("--standard", options->standard, "Name or number; the card's own if absent")
+        ->type_name("STANDARD");
+    command->add_flag("--audio24", options->audio24, "Record 24-bit audio instead of 16-bit");
+    CLI::Option* frames =
+        command->add_option("--frames", options->framesText, "Also tell what that many frames take")
+            ->type_name("N");
+    command->add_flag("--json", options->json, "Print JSON");
+    SetExample(*command, "nqp2 space /media/card --frames 15000");
+    command->callback([options, bytes, frames, &chosen] {
+        options->bytes = Amount("--bytes", options->bytesText, bytes->count() > 0);
+        options->frames = Amount("--frames", options->framesText, frames->count() > 0);
+        chosen = [options](Console& console) { return RunSpace(console, *options); };
+    });
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,149 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/scan_report_output.h"
+
+#include "nqp2/real_path.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace nqp2::tool {
+namespace {
+
+struct ReasonWords {
+    SkipReason reason;
+    const char* words;
+};
+/// Reasons whose text tells a detail only; the text of every other reason stands alone.
+constexpr ReasonWords kReasons[] = {
+    {SkipReason::NotWellFormed, "not well-formed XML"},
+    {SkipReason::DocumentType, "document types are refused"},
+    {SkipReason::TooLarge, "too large"},
+    {SkipReason::Unreadable, "cannot be read"},
+    {SkipReason::FolderUnreadable, "the folder could not be read to its end"},
+};
+
+List Texts(const CStringArray& strings) {
+    List texts;
+    for (const CString& text : strings) {
+        texts.emplace_back(BytesFromText(text));
+    }
+    return texts;
+}
+
+Record SkippedRecord(const SkippedFile& file) {
+    return {{"path", RealPath(file.path)},
+            {"reason", ReasonText(file)},
+            {"line", file.line},
+            {"column", file.column}};
+}
+
+List MissingRecords(const Take& take) {
+    List missing;
+    for (const MissingSegment& segment : take.missing) {
+        missing.emplace_back(Record{{"ClipName", BytesFromText(segment.clipName)},
+                                    {"P2SerialNo", BytesFromText(segment.serialNo)}});
+    }
+    return missing;
+}
+
+Record TakeRecord(const Take& take) {
+    return {{"TopGlobalClipID", BytesFromText(take.topGlobalClipID)},
+            {"segments", Texts(take.segments)},
+            {"complete", take.complete},
+            {"missing", MissingRecords(take)}};
+}
+
+std::string MissingText(const MissingSegment& segment) {
+    std::string text = segment.clipName.IsEmpty() ? BytesFromText(segment.globalClipID)
+                                                  : BytesFromText(segment.clipName);
+    if (text.empty()) {
+        text = "a segment without a name";
+    }
+    return segment.serialNo.IsEmpty()
+               ? text
+               : fmt::format("{} on card {}", text, BytesFromText(segment.serialNo));
+}
+
+std::string TakeLine(const Take& take) {
+    std::string line = "take ";
+    const char* separator = "";
+    for (const CString& segment : take.segments) {
+        line += separator + BytesFromText(segment);
+        separator = " + ";
+    }
+    if (take.complete) {
+        return line + ": complete";
+    }
+    separator = ": incomplete, missing ";
+    for (const MissingSegment& segment : take.missing) {
+        line += separator + MissingText(segment);
+        separator = ", ";
+    }
+    return take.missing.IsEmpty() ? line + ": incomplete" : line;
+}
+
+} // namespace
+
+std::string ReasonText(const SkippedFile& file) {
+    const auto* words =
+        std::find_if(std::begin(kReasons), std::end(kReasons),
+                     [&](const ReasonWords& row) { return row.reason == file.reason; });
+    std::string detail = BytesFromText(file.text);
+    if (words == std::end(kReasons)) {
+        return detail;
+    }
+    return detail.empty() ? words->words : fmt::format("{}: {}", words->words, detail);
+}
+
+std::string PositionText(const SkippedFile& file) {
+    const std::string path = RealPath(file.path);
+    return file.line > 0 ? fmt::format("{}:{}:{}", path, file.line, file.column) : path;
+}
+
+Value SkippedValue(const ScanReport& report) {
+    return SequenceOf(report.skipped, SkippedRecord);
+}
+
+Value TakesValue(const ScanReport& report) {
+    return SequenceOf(report.takes, TakeRecord);
+}
+
+/// Whether the file is among the clips all the same.
+bool IsListed(const SkippedFile& file) {
+    return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName;
+}
+
+std::vector<std::string> ReportLines(const ScanReport& report) {
+    std::vector<std::string> lines;
+    for (const SkippedFile& file : report.skipped) {
+        lines.push_back(fmt::format("{} {}: {}", IsListed(file) ? "remark" : "skipped",
+                                    PositionText(file), ReasonText(file)));
+    }
+    for (const Take& take : report.takes) {
+        lines.push_back(TakeLine(take));
+    }
+    return lines;
+}
+
+Status TellLosses(Console& console, const ScanReport& report, bool strict) {
+    Status status = kDone;
+    for (const SkippedFile& file : report.skipped) {
+        if (file.reason == SkipReason::FolderUnreadable) {
+            console.Message(fmt::format("nqp2: {}: cannot be read to its end ({})",
+                                        PositionText(file), BytesFromText(file.text)));
+            status = kFailed;
+        } else if (file.reason != SkipReason::Companion) { // of which nothing is lost
+            console.Message(
+                fmt::format("nqp2: {}: skipped ({})", PositionText(file), ReasonText(file)));
+            status = strict && status == kDone ? kSkipped : status;
+        }
+    }
+    return status;
+}
+
+} // namespace nqp2::tool

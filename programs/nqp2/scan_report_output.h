@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "nqp2/console.h"
+#include "nqp2/value.h"
+#include "NQP2ParserU/ScanReport.h"
+
+#include <string>
+#include <vector>
+
+namespace nqp2::tool {
+
+/// The report's parts as lists of records.
+Value SkippedValue(const ScanReport& report);
+Value TakesValue(const ScanReport& report);
+
+/// The report in sentences, one line for each skipped file and each take; no lines when there is
+/// nothing to tell.
+std::vector<std::string> ReportLines(const ScanReport& report);
+
+/// "PATH:LINE:COLUMN", the position only where there is one.
+std::string PositionText(const SkippedFile& file);
+
+/// Why a file was left out, in words.
+std::string ReasonText(const SkippedFile& file);
+
+/// A line on standard error for each loss; the status that they amount to.
+Status TellLosses(Console& console, const ScanReport& report, bool strict);
+
+} // namespace nqp2::tool

@@ -1,0 +1,64 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/stream_form.h"
+
+#include "nqp2/console.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+namespace nqp2::tool {
+namespace {
+
+struct RateForm {
+    std::string_view suffix; ///< of the code type's name
+    std::int64_t rate;
+    std::int64_t scale;
+    eP2_VIDEO_STANDARD standard;
+};
+
+constexpr RateForm kRateForms[] = {
+    {"_50I", 25, 1, VS_50I},           {"_25P", 25, 1, VS_50I},
+    {"_50P", 50, 1, VS_50P},           {"_5994I", 30000, 1001, VS_5994I},
+    {"_2997P", 30000, 1001, VS_5994I}, {"_5994P", 60000, 1001, VS_5994P},
+};
+
+/// A frame of DV is made of DIF channels (SMPTE ST 314, ST 370).
+struct DvForm {
+    std::string_view prefix;
+    std::size_t channels;
+};
+
+constexpr DvForm kDvForms[] = {
+    {"CT_DV25_", 1}, {"CT_DV50_", 2}, {"CT_DV100_1080_", 4}, {"CT_DV100_720_", 2}};
+
+constexpr std::size_t kSequenceSize = 12000;
+
+/// Sequences of a channel, as many as the frame's lines ask for.
+constexpr std::size_t SequencesAt(const RateForm& form) {
+    return form.scale == 1 ? 12 : 10;
+}
+
+} // namespace
+
+StreamForm StreamFormOf(eCodeType type) {
+    const std::string_view name = CodeTypeName(type);
+    const auto* const rate =
+        std::find_if(std::begin(kRateForms), std::end(kRateForms),
+                     [name](const RateForm& form) { return name.ends_with(form.suffix); });
+    if (rate == std::end(kRateForms)) {
+        throw Failure(fmt::format("code type {}", static_cast<int>(type)), "cannot be recorded",
+                      "it has no name");
+    }
+    const auto* const dv =
+        std::find_if(std::begin(kDvForms), std::end(kDvForms),
+                     [name](const DvForm& form) { return name.starts_with(form.prefix); });
+    const std::size_t channels = dv == std::end(kDvForms) ? 0 : dv->channels;
+    return {channels * SequencesAt(*rate) * kSequenceSize, rate->rate, rate->scale, rate->standard};
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "nqp2/card.h"
+
+#include <string>
+#include <string_view>
+
+namespace CLI {
+class App;
+} // namespace CLI
+
+namespace nqp2::tool {
+
+/// The option --worker.
+void AddWorkerOption(CLI::App& command, std::string& program);
+
+/// The worker process, which runs as long as this lives. Parsers that are made meanwhile lead to
+/// it; they are to be released before it goes. One at a time.
+class Worker {
+public:
+    /// Starts `program`, or the worker that belongs to this program when it is empty. Throws Failure
+    /// when it does not start.
+    explicit Worker(const std::string& program);
+    ~Worker();
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+};
+
+/// A worker and the parser that asks it.
+class WorkerSession {
+public:
+    explicit WorkerSession(const std::string& program) : m_worker(program) {}
+
+    CNQP2Parser* operator->() { return m_parser.operator->(); }
+
+    /// Throws the failure to report unless `done`: the worker's own sentence, or that there is no
+    /// worker any more. `subject` and `problem` are Failure's.
+    void Require(bool done, std::string_view subject, std::string_view problem);
+    /// The same for a request whose result is not told and which was the session's first.
+    void RequireNoFailure(std::string_view subject, std::string_view problem);
+    /// The sentence that the worker keeps for the session, "" for none.
+    [[nodiscard]] std::string Sentence();
+
+private:
+    Worker m_worker; // outlives the parser
+    ReadyParser m_parser;
+};
+
+} // namespace nqp2::tool

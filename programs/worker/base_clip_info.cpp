@@ -1,0 +1,219 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/base_clip_info.h"
+
+#include "clips/clip_reader.h"
+#include "clips/clip_texts.h"
+#include "clips/essence_lookup.h"
+#include "media/clip_date.h"
+#include "media/identifier.h"
+#include "media/timecode.h"
+#include "NQP2ParserU/MarkupMSXML.h"
+#include "NQP2ParserU/P2Clip.h"
+#include "NQP2ParserU/PathText.h"
+#include "platform/case_blind.h"
+#include "platform/case_fold.h"
+#include "platform/file_system.h"
+#include "platform/unicode.h"
+#include "worker/card_folder.h"
+#include "worker/frame_rate_text.h"
+#include "worker/media_file.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+#include <xxhash.h>
+
+namespace nqp2::worker {
+namespace {
+
+using platform::TextFromUtf8;
+
+constexpr int kMostAudioPaths = 8;
+
+/// Frames in a thousand seconds, rounded.
+std::int64_t Thousandths(const FrameRate& rate) {
+    return (std::int64_t{rate.numerator} * 1000 + rate.denominator / 2) / rate.denominator;
+}
+
+std::int32_t PackSize(std::int32_t width, std::int32_t height) {
+    constexpr std::int32_t kLargest = 0x7FFF;
+    return std::clamp(height, 0, kLargest) << 16 | std::clamp(width, 0, kLargest);
+}
+
+CString TitleOf(const std::string& path) {
+    std::string name = path.substr(path.find_last_of('/') + 1);
+    name.resize(std::min(name.find_last_of('.'), name.size()));
+    return platform::TextFromNameBytes(name);
+}
+
+void Default(CString& text, const CString& value) {
+    if (text.IsEmpty()) {
+        text = value;
+    }
+}
+
+/// The same for the same content, wherever it lies: files without identifiers are told apart by
+/// their size and first bytes.
+Outcome IdentifyByContent(const std::string& path, GUID& identifier) {
+    constexpr std::size_t kBytes = std::size_t{1} << 20U;
+    std::unique_ptr<platform::FileReader> reader;
+    std::string bytes(kBytes, '\0');
+    std::size_t filled = 0;
+    std::size_t count = 1;
+    platform::IoStatus status = platform::Files().Open(path, reader);
+    while (status && count != 0 && filled < bytes.size()) {
+        status = reader->Read(bytes.data() + filled, bytes.size() - filled, count);
+        filled += count;
+    }
+    if (!status) {
+        return Failure("read", path, status);
+    }
+    XXH128_canonical_t digest;
+    XXH128_canonicalFromHash(&digest, XXH3_128bits_withSeed(bytes.data(), filled, reader->Size()));
+    static_assert(sizeof digest == sizeof(GUID));
+    std::memcpy(static_cast<void*>(&identifier), &digest, sizeof identifier);
+    return {};
+}
+
+CString AspectText(const MediaFacts& facts) {
+    if (facts.aspectWidth <= 0 || facts.aspectHeight <= 0) {
+        return {};
+    }
+    // Pixel shapes of standard definition do not meet 4:3 and 16:9 exactly.
+    constexpr double kTolerance = 0.03;
+    const double aspect =
+        static_cast<double>(facts.aspectWidth) / static_cast<double>(facts.aspectHeight);
+    const auto near = [&](double wanted) { return std::abs(aspect / wanted - 1) < kTolerance; };
+    if (near(16.0 / 9)) {
+        return L"16:9";
+    }
+    if (near(4.0 / 3)) {
+        return L"4:3";
+    }
+    CString text;
+    text.Format(L"%d:%d", facts.aspectWidth, facts.aspectHeight);
+    return text;
+}
+
+void AddAudioPaths(const CString& path, int channels, CStringArray& paths) {
+    for (int i = 0; i < std::min(channels, kMostAudioPaths); ++i) {
+        paths.Add(path);
+    }
+}
+
+std::int32_t StartFrame(const MediaFacts& facts, const CString& rate) {
+    const bool dropFrame = facts.timecode.find(';') != std::string::npos;
+    return media::ClipFrameCount(TextFromUtf8(facts.timecode).View(), rate.View(), dropFrame);
+}
+
+/// "2026-11-21T08:05:09" of an ISO 8601 date with or without fraction and zone.
+CString DateText(const std::string& date) {
+    constexpr std::size_t kLength = 19;
+    return TextFromUtf8(std::string_view(date).substr(0, kLength));
+}
+
+Outcome DescribeMediaFile(const CString& path, const std::string& file,
+                          const std::function<bool()>& goesOn, NQP2BaseClipInfo& info) {
+    MediaFacts facts;
+    if (Outcome outcome = ReadMediaFile(file, goesOn, facts); !outcome) {
+        return outcome;
+    }
+    const CString rate = FrameRateText(facts.rate, facts.interlaced);
+    Default(info.clipText1, TitleOf(file));
+    Default(info.clipText2, DateText(facts.date));
+    info.value1 = Thousandths(facts.rate);
+    info.value2 = facts.frames;
+    info.value3 = StartFrame(facts, rate);
+    info.codec = TextFromUtf8(facts.codec);
+    info.text1 = rate;
+    info.text2 = AspectText(facts);
+    info.text3 = path;
+    AddAudioPaths(path, facts.audioChannels, info.texts);
+    info.clipText3 = facts.title.empty() ? info.clipText1 : TextFromUtf8(facts.title);
+    info.value4 = PackSize(facts.width, facts.height);
+    info.identifier = media::GuidFromIdentifier(TextFromUtf8(facts.identifier));
+    return info.identifier == GUID() ? IdentifyByContent(file, info.identifier) : Outcome();
+}
+
+std::string Above(const std::string& path) {
+    return path.substr(0, path.find_last_of('/'));
+}
+
+/// The contents folder above CLIP/name.XML, as records show it.
+CString ContentsAbove(const std::string& file) {
+    const std::string contents = Above(Above(file));
+    const std::string card = Above(contents);
+    return InterfaceRoot(card.empty() ? "/" : card) + L"\\" +
+           platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1)) + L"\\";
+}
+
+Outcome ReadClip(const std::string& file, _tag_P2Clip& clip) {
+    CMarkupMSXML xml;
+    if (xml.LoadXml(platform::TextFromNameBytes(file)) == 0) {
+        return Failure("Cannot read " + file + ": " + Shown(xml.GetError()));
+    }
+    clips::TextPool pool;
+    const clips::ClipTexts texts(*xml.GetDocumentPtr(), pool);
+    if (!texts.HasContent()) {
+        return Failure(file + " is not the metadata of a clip.");
+    }
+    clips::EssenceLookup essence(ContentsAbove(file), clips::EssenceLookup::Mode::OneClip);
+    clip.ClipName = TitleOf(file);
+    clips::ReadScannedClip(texts, essence, clip);
+    return {};
+}
+
+Outcome DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
+    _tag_P2Clip clip;
+    if (Outcome outcome = ReadClip(file, clip); !outcome) {
+        return outcome;
+    }
+    Default(info.clipText1, clip.ClipName);
+    Default(info.clipText2, clip.StartDate);
+    info.identifier = clip.GlobalClipGuid;
+    info.value1 = Thousandths(FrameRateOf(clip.FrameRate).value_or(FrameRate{0, 1}));
+    info.value2 = clip.Duration;
+    info.value3 = clip.StartTimecode;
+    info.codec = clip.CodecName;
+    info.text1 = clip.FrameRate;
+    info.text2 = clip.AspectRatio;
+    info.text3 = clip.VideoPath;
+    for (const CString& path : clip.AudioPath) {
+        if (!path.IsEmpty()) {
+            info.texts.Add(path);
+        }
+    }
+    info.clipText3 = clip.UserClipName;
+    info.value4 = PackSize(clip.ActivePixel, clip.ActiveLine);
+    if (info.identifier != GUID()) {
+        return {};
+    }
+    // The video stays the same when an export changes names in the metadata.
+    const auto video = platform::FindExisting(PosixPath(clip.VideoPath));
+    return IdentifyByContent(video.value_or(file), info.identifier);
+}
+
+} // namespace
+
+Outcome DescribeClip(const CString& path, const std::function<bool()>& goesOn,
+                     NQP2BaseClipInfo& info) {
+    const std::string wanted = PosixPath(path);
+    const auto file = wanted.starts_with('/') ? platform::FindExisting(wanted) : std::nullopt;
+    platform::FileInfo facts;
+    if (!file || !platform::Files().Stat(*file, facts) || facts.kind != platform::EntryKind::File) {
+        return Failure("There is no file " + Shown(path) + ".");
+    }
+    NQP2BaseClipInfo told = info;
+    told.texts.RemoveAll();
+    const bool isMetadata = platform::FoldNameCase(*file).ends_with(".XML");
+    Outcome outcome =
+        isMetadata ? DescribeP2Clip(*file, told) : DescribeMediaFile(path, *file, goesOn, told);
+    if (outcome) {
+        info = told;
+    }
+    return outcome;
+}
+
+} // namespace nqp2::worker

@@ -1,0 +1,103 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/card_folder.h"
+
+#include "media/card_layout.h"
+#include "NQP2ParserU/PathText.h"
+#include "platform/case_blind.h"
+#include "platform/file_system.h"
+#include "platform/unicode.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace nqp2::worker {
+namespace {
+
+constexpr const char* kContents = "CONTENTS";
+
+bool HoldsParentStep(std::string_view path) {
+    while (!path.empty()) {
+        const std::size_t slash = std::min(path.find('/'), path.size());
+        if (path.substr(0, slash) == "..") {
+            return true;
+        }
+        path.remove_prefix(std::min(slash + 1, path.size()));
+    }
+    return false;
+}
+
+bool IsControl(wchar_t ch) {
+    return ch < L' ' || ch == L'\x7f';
+}
+
+bool IsClipName(const CString& name) {
+    constexpr int kLongest = 240;
+    const std::wstring_view text = name.View();
+    return !text.empty() && name.GetLength() <= kLongest && text.front() != L'.' &&
+           media::IsPlainName(name) && std::none_of(text.begin(), text.end(), IsControl);
+}
+
+} // namespace
+
+Outcome CheckClipName(const CString& name) {
+    return IsClipName(name) ? Outcome() : Failure("\"" + Shown(name) + "\" is no name of a clip.");
+}
+
+Outcome ResolveRoot(const CString& root, std::string& folder) {
+    folder = PosixPath(media::WithDrive(root));
+    if (!folder.starts_with('/')) {
+        return Failure("\"" + Shown(root) + "\" is neither an absolute folder nor a known drive.");
+    }
+    if (HoldsParentStep(folder)) {
+        return Failure("\"" + Shown(root) + "\" leads upward, which a root must not.");
+    }
+    while (folder.size() > 1 && folder.ends_with('/')) {
+        folder.pop_back();
+    }
+    return {};
+}
+
+Outcome OpenCard(const CString& root, CardFolders& card) {
+    std::string path;
+    if (Outcome outcome = ResolveRoot(root, path); !outcome) {
+        return outcome;
+    }
+    path = platform::FindExisting(path).value_or(path);
+    platform::IoStatus status = platform::Files().OpenFolder(path, card.root);
+    if (!status) {
+        return Failure("open the card", path, status);
+    }
+    status = OpenBelow(*card.root, kContents, card.contents);
+    if (status.error == platform::IoError::NotFound) {
+        return Failure("There is no CONTENTS folder in " + path + ".");
+    }
+    return status ? Outcome() : Failure("open", path + "/" + kContents, status);
+}
+
+Outcome FindContents(const CString& root, std::string& contents) {
+    std::string folder;
+    if (Outcome outcome = ResolveRoot(root, folder); !outcome) {
+        return outcome;
+    }
+    const auto found = platform::FindExisting(folder + "/" + kContents);
+    platform::FileInfo info;
+    if (!found || !platform::Files().Stat(*found, info) ||
+        info.kind != platform::EntryKind::Folder) {
+        return Failure("There is no CONTENTS folder in " + folder + ".");
+    }
+    contents = *found;
+    return {};
+}
+
+std::string FolderBelow(const std::string& parent, const std::string& name) {
+    const std::string path = parent + "/" + name;
+    return platform::FindExisting(path).value_or(path);
+}
+
+std::string Shown(const CString& text) {
+    return platform::Utf8FromText(text.View());
+}
+
+} // namespace nqp2::worker

@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "NQP2ParserU/CString.h"
+#include "platform/folder.h"
+#include "worker/outcome.h"
+
+#include <memory>
+#include <string>
+
+/// Names and roots as they come in messages: foreign text that must not lead anywhere else.
+namespace nqp2::worker {
+
+/// Fails unless the text can be a clip's name: a plain file name that is not hidden and holds no
+/// control character, with room for what is appended to it.
+Outcome CheckClipName(const CString& name);
+
+/// The POSIX folder that a root means. Fails unless it is absolute, whatever stands there or not;
+/// a component ".." fails too.
+Outcome ResolveRoot(const CString& root, std::string& folder);
+
+/// A card that is written to, open.
+struct CardFolders {
+    std::unique_ptr<platform::Folder> root;
+    std::unique_ptr<platform::Folder> contents;
+};
+
+/// Opens a card's root, which may be a link, and the CONTENTS folder in it, which may not.
+Outcome OpenCard(const CString& root, CardFolders& card);
+
+/// The CONTENTS folder below a root, in the spelling of the disk. Fails when there is none.
+Outcome FindContents(const CString& root, std::string& contents);
+
+/// The folder `name` below `parent` in the spelling of the disk, or as given when there is none.
+std::string FolderBelow(const std::string& parent, const std::string& name);
+
+/// Text for messages to people.
+std::string Shown(const CString& text);
+
+} // namespace nqp2::worker

@@ -1,0 +1,59 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "clips/clip_content.h"
+#include "NQP2ParserU/CString.h"
+#include "platform/folder.h"
+#include "worker/outcome.h"
+
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+/// Which files of clips a card or folder holds.
+namespace nqp2::worker {
+
+using clips::ClipPart;
+using clips::kClipParts;
+
+/// A file that bears a clip's name.
+struct ClipFile {
+    ClipPart part = ClipPart::Other;
+    std::string folder; ///< the layout's name below CONTENTS: "VIDEO"
+    std::string suffix; ///< what follows the clip's name: "00.MXF"
+    std::string placed; ///< the folder as it is spelled on disk
+    std::string name;   ///< and the file
+    platform::EntryKind kind = platform::EntryKind::File;
+};
+
+/// Lists a folder of a CONTENTS folder; `placed` receives its spelling.
+using ListFolder = std::function<platform::IoStatus(const std::string& folder, std::string& placed,
+                                                    std::vector<platform::FolderEntry>& entries)>;
+/// Of what is only read: links are followed.
+ListFolder ListByPath(const std::string& contents);
+/// Of what is written to: none is followed. Nothing is there when `contents` is null, which
+/// outlives the answer otherwise.
+ListFolder ListInFolder(platform::Folder* contents);
+
+/// For each clip its files, the metadata last, in one go through the folders. Fails when a folder
+/// cannot be read to its end, which would make a clip look smaller.
+Outcome FindClipFiles(const ListFolder& list, std::span<const CString> clips,
+                      std::vector<std::vector<ClipFile>>& files);
+
+/// The upper-case name of a clip for each file of one: the names that are taken.
+Outcome TakenNames(const ListFolder& list, std::vector<std::wstring>& names);
+
+/// Whether the two are the same part of clips.
+bool HaveSameRole(const ClipFile& left, const ClipFile& right);
+
+/// The failure of whatever wants a clip that the CONTENTS folder does not hold.
+Outcome MissingClip(const std::string& contents, const CString& clipName);
+
+/// Fails when a CONTENTS folder or one below it that holds files of clips is a link: nothing is
+/// written or removed through it, for it may lead anywhere.
+Outcome CheckFoldersAreNoLinks(const std::string& contents);
+
+} // namespace nqp2::worker

@@ -1,0 +1,120 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "worker/clip_metadata.h"
+
+#include "platform/case_fold.h"
+#include "platform/unicode.h"
+#include "xml/dom/document.h"
+#include "xml/dom/serialize.h"
+
+#include <array>
+#include <memory>
+
+namespace nqp2::worker {
+namespace {
+
+using dom::Document;
+using dom::Node;
+
+constexpr const char* kClip = "//P2Main/ClipContent";
+constexpr std::array<const char*, 3> kRelated = {"Top", "Previous", "Next"};
+
+Outcome Load(std::string_view xml, const std::string& path, Document& document) {
+    const bool isClip = document.LoadBytes(xml) && document.SelectSingle(kClip) != nullptr;
+    return isClip ? Outcome() : Failure(path + " is not the metadata of a clip.");
+}
+
+std::string TextOf(const std::shared_ptr<Node>& node) {
+    std::string scratch;
+    return node != nullptr ? std::string(dom::Text(*node, scratch)) : std::string();
+}
+
+std::wstring KeyOf(const std::string& name) {
+    return platform::FoldCase(platform::TextFromUtf8(name).View());
+}
+
+/// Renames clips in one document.
+class Renaming {
+public:
+    Renaming(Document& document, const RenamedClips& renamed)
+        : m_document(document), m_renamed(renamed) {}
+
+    /// The clip's own name, whatever the element says: the files are named after the new one.
+    void RenameSelf(const CString& oldName) {
+        const auto entry = m_renamed.find(platform::FoldCase(oldName.View()));
+        if (entry != m_renamed.end()) {
+            Set(m_document.SelectSingle(std::string(kClip) + "/ClipName"), entry->second.newName);
+        }
+    }
+
+    void RenameRelated(const char* relation) {
+        const std::string path = std::string(kClip) + "/Relation/Connection/" + relation;
+        const std::shared_ptr<Node> name = m_document.SelectSingle(path + "/ClipName");
+        const auto entry = m_renamed.find(KeyOf(TextOf(name)));
+        if (entry == m_renamed.end()) {
+            return;
+        }
+        const std::string identifier = TextOf(m_document.SelectSingle(path + "/GlobalClipID"));
+        // Another card's clip of that name is not meant.
+        if (MayBeSame(identifier, entry->second.identifier)) {
+            Set(name, entry->second.newName);
+        }
+    }
+
+    [[nodiscard]] bool Changed() const { return m_changed; }
+
+private:
+    void Set(const std::shared_ptr<Node>& node, const CString& name) {
+        const std::string text = platform::Utf8FromText(name.View());
+        if (node != nullptr && TextOf(node) != text) {
+            m_changed = node->tree->SetText(*node, text) || m_changed;
+        }
+    }
+
+    Document& m_document;
+    const RenamedClips& m_renamed;
+    bool m_changed = false;
+};
+
+} // namespace
+
+Outcome ReadFacts(std::string_view xml, const std::string& path, ClipFacts& facts) {
+    Document document(dom::SelectionRule::Names::Qualified);
+    if (Outcome outcome = Load(xml, path, document); !outcome) {
+        return outcome;
+    }
+    const auto text = [&](const std::string& below) {
+        return TextOf(document.SelectSingle(std::string(kClip) + below));
+    };
+    facts.identifier = text("/GlobalClipID");
+    for (const char* relation : kRelated) {
+        const std::string below = std::string("/Relation/Connection/") + relation;
+        facts.related.push_back(
+            {platform::TextFromUtf8(text(below + "/ClipName")), text(below + "/GlobalClipID")});
+    }
+    facts.essence = clips::EssenceOf(document);
+    return {};
+}
+
+bool MayBeSame(const std::string& left, const std::string& right) {
+    return left.empty() || right.empty() || KeyOf(left) == KeyOf(right);
+}
+
+Outcome RenameInMetadata(std::string_view xml, const std::string& path, const CString& oldName,
+                         const RenamedClips& renamed, std::string& rewritten, bool& changed) {
+    Document document(dom::SelectionRule::Names::Qualified);
+    if (Outcome outcome = Load(xml, path, document); !outcome) {
+        return outcome;
+    }
+    Renaming renaming(document, renamed);
+    renaming.RenameSelf(oldName);
+    for (const char* relation : kRelated) {
+        renaming.RenameRelated(relation);
+    }
+    changed = renaming.Changed();
+    rewritten = changed ? dom::Serialize(*document.DocumentNode()) : std::string(xml);
+    return {};
+}
+
+} // namespace nqp2::worker
