@@ -11,7 +11,7 @@
 #include "NQP2ParserU/TextBytes.h"
 #include "platform/case_blind.h"
 #include "platform/file_find.h"
-#include "platform/full_path.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
 
 #include <cstddef>

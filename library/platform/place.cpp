@@ -10,8 +10,10 @@
 #include "platform/unicode.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace nqp2::platform {
@@ -241,6 +243,16 @@ PathParts SplitPath(const CString& path) {
     const std::size_t nameStart = text.find_last_of(kSeparators) + 1;
     return {Place(nameStart == 0 ? CString(L".\\") : CString(text.substr(0, nameStart))),
             CString(text.substr(nameStart))};
+}
+
+CString FullPath(const CString& path) {
+    const std::string file = PosixPath(path);
+    if (file.empty() || file.front() == '/') {
+        return path;
+    }
+    std::error_code error;
+    const std::filesystem::path current = std::filesystem::current_path(error);
+    return error ? path : TextFromNameBytes((current / "").native()) + path;
 }
 
 bool MatchesPattern(std::wstring_view name, std::wstring_view pattern) {

@@ -24,6 +24,8 @@ struct FoundFile {
     /// False for a name with a backslash: `path` would lead to another file, perhaps far outside
     /// of the folder, and must not be opened.
     bool pathIsSafe = true;
+
+    [[nodiscard]] bool IsReadable() const { return !isFolder && !isSpecial && pathIsSafe; }
 };
 
 /// A folder on a card: as the host wrote it ("E:\CONTENTS\CLIP\") and as it is on disk, where names
@@ -86,6 +88,10 @@ struct PathParts {
     CString name;
 };
 PathParts SplitPath(const CString& path);
+
+/// The same file or folder as an interface path that another process understands, whatever its
+/// current folder is. Drive letters stay; so does a path that leads nowhere.
+CString FullPath(const CString& path);
 
 /// Whether a name fits a pattern of "*" and "?", without regard to letter case.
 bool MatchesPattern(std::wstring_view name, std::wstring_view pattern);
