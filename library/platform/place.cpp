@@ -174,7 +174,7 @@ std::vector<FoundFile> Place::List(const CString& pattern, IoStatus& status) con
 
 IoStatus Place::Ask(const CString& name, FolderEntry& entry) const {
     const std::string bytes = NameBytesFromText(name.View());
-    if (!IsOneName(name, bytes)) {
+    if (!IsOneName(name, bytes) || m_state->asked.empty()) {
         return NoSuchEntry();
     }
     if (!m_state->names) {
