@@ -10,8 +10,7 @@
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"
 #include "platform/case_blind.h"
-#include "platform/file_find.h"
-#include "platform/full_path.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
 
 #include <cstddef>
@@ -51,6 +50,20 @@ void CheckPath(const CString& text) {
     nqp2::platform::FindExisting(path);
 }
 
+/// What a place finds is one entry of its own folder.
+void CheckPlace(const CString& text) {
+    const nqp2::platform::PathParts parts = nqp2::platform::SplitPath(text);
+    nqp2::platform::FoundFile found;
+    if (parts.folder.Find(parts.name, found)) {
+        const std::string& folder = parts.folder.OnDisk();
+        const std::string name = nqp2::platform::NamePart(found.posixPath);
+        Require(nqp2::platform::IsEntryName(name), "a name leads nowhere else");
+        Require(found.posixPath == nqp2::platform::PathIn(folder, name), "it is in the folder");
+    }
+    nqp2::platform::IoStatus status;
+    static_cast<void>(nqp2::platform::Place(text).Below(text).List(text, status));
+}
+
 void CheckDrive(std::string_view argument) {
     if (!nqp2::MapDriveFromArgument(argument)) {
         return;
@@ -74,6 +87,7 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const platform::ScopedFileSystem inPlace(files);
     CheckRoot(bytes);
     CheckPath(text);
+    CheckPlace(CString(text.View().substr(0, kLongPattern)));
     CheckDrive(bytes);
     const std::wstring_view half = text.View().substr(0, kLongPattern);
     platform::MatchesPattern(half.substr(0, half.size() / 2), half.substr(half.size() / 2));

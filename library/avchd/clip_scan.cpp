@@ -12,8 +12,8 @@
 #include "media/file_date.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
-#include "platform/full_path.h"
 #include "platform/guard.h"
+#include "platform/place.h"
 #include "platform/read_ahead.h"
 #include "platform/unicode.h"
 

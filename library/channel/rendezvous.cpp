@@ -3,7 +3,7 @@
 
 #include "channel/rendezvous.h"
 
-#include "platform/system_status.h"
+#include "platform/io_status.h"
 #include "platform/wait.h"
 
 #include <algorithm>

@@ -70,7 +70,7 @@ std::vector<std::string> SpellingsIn(FileSystem& files, const std::string& folde
 }
 
 /// How many of `names` exist under `base` exactly as written; nothing when not even the base
-/// exists or something else than a missing name stands in the way.
+/// exists or something else than a missing name is in the way.
 std::optional<std::size_t> CountExact(FileSystem& files, const std::string& base, Names names) {
     for (std::size_t count = names.size();; --count) {
         FileInfo info;
@@ -132,15 +132,6 @@ bool PathExists(const std::string& path) {
     return FindExisting(path).has_value();
 }
 
-std::string FindTarget(FileSystem& files, const std::string& path) {
-    if (auto existing = FindExisting(files, path)) {
-        return *existing;
-    }
-    const std::size_t nameStart = path.find_last_of('/') + 1;
-    const auto folder = FindExisting(files, path.substr(0, nameStart));
-    return folder ? *folder + path.substr(nameStart) : path;
-}
-
 IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries) {
     IoStatus status = List(Files(), folder, entries);
     if (status.error != IoError::NotFound) {
@@ -152,13 +143,6 @@ IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries) {
     }
     folder = *existing;
     return List(Files(), folder, entries);
-}
-
-bool EnsureFolder(const std::string& path) {
-    // A target's parent is what stands before the last separator.
-    const std::string plain = path.substr(0, path.find_last_not_of('/') + 1);
-    // Somebody else may make it in between.
-    return PathExists(path) || Files().MakeFolder(FindTarget(Files(), plain)) || PathExists(path);
 }
 
 } // namespace nqp2::platform

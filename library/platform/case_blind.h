@@ -20,17 +20,10 @@ namespace nqp2::platform {
 std::optional<std::string> FindExisting(const std::string& path);
 std::optional<std::string> FindExisting(FileSystem& files, const std::string& path);
 
-/// Where to write a file: the existing file in whatever case, else its name as given in the
-/// existing folder, else the path as given.
-std::string FindTarget(FileSystem& files, const std::string& path);
-
 /// Lists a folder that is found case-blind; `folder` receives its real spelling.
 IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries);
 
-/// Whether a file or folder stands under the path, in any letter case.
+/// Whether a file or folder exists under the path, in any letter case.
 bool PathExists(const std::string& path);
-
-/// Makes the folder unless it stands in any letter case; its parent must. Returns whether it stands.
-bool EnsureFolder(const std::string& path);
 
 } // namespace nqp2::platform

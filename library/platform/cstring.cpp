@@ -4,7 +4,7 @@
 #include "NQP2ParserU/CString.h"
 
 #include "platform/case_fold.h"
-#include "platform/white_space.h"
+#include "platform/number_text.h"
 
 #include <algorithm>
 #include <atomic>

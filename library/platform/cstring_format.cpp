@@ -3,6 +3,8 @@
 
 #include "NQP2ParserU/CString.h"
 
+#include "platform/number_text.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -267,7 +269,7 @@ private:
             return argument != nullptr && IsWhole(*argument) ? CountOf(*argument) : 0;
         }
         int count = 0;
-        while (!m_rest.empty() && m_rest.front() >= L'0' && m_rest.front() <= L'9') {
+        while (!m_rest.empty() && nqp2::platform::IsDigit(m_rest.front())) {
             count = std::min(count * 10 + static_cast<int>(m_rest.front() - L'0'), kMostPadding);
             m_rest.remove_prefix(1);
         }

@@ -1,13 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/disk_folder.h"
+#include "platform/disk.h"
 
-#include "platform/disk_file_system.h"
-#include "platform/disk_read.h"
 #include "platform/durable_file.h"
-#include "platform/folder_lock.h"
-#include "platform/system_status.h"
 
 #include <cerrno>
 #include <fcntl.h>

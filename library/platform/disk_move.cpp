@@ -2,11 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/case_fold.h"
-#include "platform/disk_folder.h"
-#include "platform/disk_read.h"
+#include "platform/disk.h"
 #include "platform/durable_file.h"
-#include "platform/folder_lock.h"
-#include "platform/system_status.h"
 
 #include <array>
 #include <cerrno>

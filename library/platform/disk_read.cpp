@@ -1,9 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/disk_read.h"
-
-#include "platform/system_status.h"
+#include "platform/disk.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -3,7 +3,7 @@
 
 #include "platform/durable_file.h"
 
-#include "platform/system_status.h"
+#include "platform/wait.h"
 
 #include <algorithm>
 #include <array>
@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <iterator>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -46,6 +47,16 @@ bool HasName(int file, int folder, const char* name) {
     struct stat named = {};
     return fstat(file, &open) == 0 && fstatat(folder, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
            open.st_ino == named.st_ino && open.st_dev == named.st_dev;
+}
+
+IoStatus LockOpen(int file, LockKind kind, std::chrono::milliseconds patience) {
+    const auto wait = std::max(patience, std::chrono::milliseconds(0)).count();
+    if (LockWithin(file, Deadline(static_cast<std::uint32_t>(wait)),
+                   kind == LockKind::Alone ? LOCK_EX : LOCK_SH)) {
+        return {};
+    }
+    return errno == EWOULDBLOCK ? IoStatus{IoError::Busy, "somebody else is using it"}
+                                : SystemStatus(errno);
 }
 
 /// Some file systems have nothing to flush and say so; that is no failure.

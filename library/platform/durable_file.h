@@ -5,6 +5,7 @@
 
 #include "platform/io_status.h"
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -30,6 +31,14 @@ bool FitsFileSizeLimit(std::uint64_t end);
 
 /// Whether an open file still has that name in the folder (nobody removed or replaced it).
 bool HasName(int file, int folder, const char* name);
+
+/// Advisory locks on open files and folders. They belong to the open file, not to its process or
+/// thread, and go when its last descriptor is closed.
+enum class LockKind { Shared, Alone };
+
+/// Locks an open file, waiting at most that long for those that hold it; Busy then. Any other
+/// failure is that of a file system without locks.
+IoStatus LockOpen(int file, LockKind kind, std::chrono::milliseconds patience);
 
 /// Brings an open file, or the names of an open folder, onto the medium.
 IoStatus FlushToMedium(int file);

@@ -3,12 +3,14 @@
 
 #include "platform/file_system.h"
 
-#include "platform/case_blind.h"
-#include "platform/disk_file_system.h"
-#include "platform/folder.h"
+#include "platform/disk.h"
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <fcntl.h>
+#include <limits>
+#include <sys/statvfs.h>
 
 namespace nqp2::platform {
 namespace {
@@ -16,65 +18,21 @@ namespace {
 /// Null stands for the disk.
 std::atomic<FileSystem*> fileSystemInUse = nullptr;
 
-std::string FolderOf(const std::string& path) {
-    return path.substr(0, path.find_last_of('/') + 1);
-}
-
-/// Runs an operation on the last name of a path in the folder that holds it.
-template <class Operation>
-IoStatus InFolderOf(FileSystem& files, const std::string& path, Operation operation) {
-    if (path.empty() || path.find('\0') != std::string::npos) {
-        return {IoError::NotFound, "there is no such file"};
-    }
-    const std::string above = FolderOf(path);
-    std::unique_ptr<Folder> folder;
-    IoStatus status = files.OpenFolder(above.empty() ? "." : above, folder);
-    if (status && path.ends_with('/')) {
-        return {IoError::IsFolder, "it is a folder"};
-    }
-    return status ? operation(*folder, path.substr(above.size())) : status;
-}
-
 } // namespace
 
 IoStatus FileSystem::WriteWhole(const std::string& path, std::string_view content) {
-    return InFolderOf(*this, FindTarget(*this, path), [&](Folder& folder, const std::string& name) {
-        return folder.WriteWhole(name, content);
-    });
-}
-
-IoStatus FileSystem::RemoveFile(const std::string& path) {
-    return InFolderOf(*this, path, [](Folder& folder, const std::string& name) {
-        return folder.RemoveFile(name);
-    });
-}
-
-IoStatus FileSystem::MoveToFree(const std::string& from, const std::string& to) {
-    const std::string above = FolderOf(from);
-    if (FolderOf(to) != above) {
-        return {IoError::NotFound, "a file keeps its folder"};
+    if (path.empty() || path.find('\0') != std::string::npos) {
+        return {IoError::NotFound, "there is no such file"};
     }
-    return InFolderOf(*this, from, [&](Folder& folder, const std::string& name) {
-        return folder.MoveToFree(name, to.substr(above.size()));
-    });
-}
-
-IoStatus FileSystem::MakeFolder(const std::string& path) {
-    return InFolderOf(*this, path, [](Folder& folder, const std::string& name) {
-        return folder.MakeFolder(name);
-    });
-}
-
-IoStatus FileSystem::Create(const std::string& path, std::unique_ptr<FileWriter>& writer) {
-    return InFolderOf(*this, path, [&](Folder& folder, const std::string& name) {
-        return folder.Create(name, writer);
-    });
-}
-
-IoStatus FileSystem::RemoveAbandoned(const std::string& path) {
+    const std::string above = FolderPart(path);
     std::unique_ptr<Folder> folder;
-    IoStatus status = OpenFolder(path, folder);
-    return status ? folder->RemoveAbandoned() : status;
+    IoStatus status = OpenRoot(*this, above.empty() ? "." : above, folder);
+    if (status && path.ends_with('/')) {
+        return {IoError::IsFolder, "it is a folder"};
+    }
+    std::string name;
+    status = status ? FindTargetIn(*folder, NamePart(path), name) : status;
+    return status ? folder->WriteWhole(name, content) : status;
 }
 
 FileSystem& DiskFiles() {
@@ -102,11 +60,66 @@ IoStatus ReadHead(FileSystem& files, const std::string& path, std::uint64_t limi
     return status;
 }
 
+std::string FolderPart(const std::string& path) {
+    return path.substr(0, path.find_last_of('/') + 1);
+}
+
+std::string NamePart(const std::string& path) {
+    return path.substr(path.find_last_of('/') + 1);
+}
+
+std::string PathIn(const std::string& folder, const std::string& name) {
+    return folder.ends_with('/') ? folder + name : folder + '/' + name;
+}
+
 ScopedFileSystem::ScopedFileSystem(FileSystem& replacement)
     : m_previous(fileSystemInUse.exchange(&replacement)) {}
 
 ScopedFileSystem::~ScopedFileSystem() {
     fileSystemInUse.store(m_previous);
+}
+
+const char* SystemPath(const std::string& path) {
+    return path.find('\0') == std::string::npos ? path.c_str() : "";
+}
+
+std::uint64_t BytesOfBlocks(std::uint64_t blocks, std::uint64_t blockSize) {
+    constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
+    return blockSize != 0 && blocks > kMost / blockSize ? kMost : blocks * blockSize;
+}
+
+IoStatus DiskFileSystem::Stat(const std::string& path, FileInfo& info) {
+    return StatAt(AT_FDCWD, SystemPath(path), Links::Follow, info);
+}
+
+IoStatus DiskFileSystem::List(const std::string& folder, std::vector<FolderEntry>& entries) {
+    Descriptor opened(open(SystemPath(folder), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    if (!opened) {
+        entries.clear();
+        return SystemStatus(errno);
+    }
+    return ListOpen(std::move(opened), Links::Follow, m_maxFolderEntries, entries);
+}
+
+IoStatus DiskFileSystem::Open(const std::string& path, std::unique_ptr<FileReader>& reader) {
+    return OpenAt(AT_FDCWD, SystemPath(path), Links::Follow, reader);
+}
+
+IoStatus DiskFileSystem::Read(const std::string& path, std::uint64_t limit, std::string& content) {
+    return ReadAt(AT_FDCWD, SystemPath(path), Links::Follow, limit, content);
+}
+
+IoStatus DiskFileSystem::FreeSpace(const std::string& path, std::uint64_t& bytes) {
+    struct statvfs facts = {};
+    if (statvfs(SystemPath(path), &facts) != 0) {
+        return SystemStatus(errno);
+    }
+    bytes = BytesOfBlocks(facts.f_bfree, facts.f_frsize);
+    return {};
+}
+
+IoStatus DiskFileSystem::OpenFolder(const std::string& path, std::unique_ptr<Folder>& folder) {
+    return OpenDiskFolder(path, m_maxFolderEntries, folder);
 }
 
 } // namespace nqp2::platform

@@ -48,7 +48,7 @@ public:
 };
 
 /// A file in the making, under a hidden name in the folder of its future place. It is taken away
-/// again unless it is committed; what a killed process leaves is told by RemoveAbandoned.
+/// again unless it is committed; what a killed process leaves is removed by RemoveAbandoned.
 /// One thread at a time.
 class FileWriter {
 public:
@@ -102,14 +102,9 @@ public:
     /// root below which no link is.
     virtual IoStatus OpenFolder(const std::string& path, std::unique_ptr<Folder>& folder) = 0;
 
-    // The operations of Folder on a path, whose own folder is the root. WriteWhole replaces an
-    // existing file in another letter case under its own name.
+    /// Folder's operation on a path, whose own folder is the root; both are found case-blind, and
+    /// an existing file in another letter case is replaced under its own name.
     IoStatus WriteWhole(const std::string& path, std::string_view content);
-    IoStatus RemoveFile(const std::string& path);
-    IoStatus MoveToFree(const std::string& from, const std::string& to);
-    IoStatus MakeFolder(const std::string& path);
-    IoStatus Create(const std::string& path, std::unique_ptr<FileWriter>& writer);
-    IoStatus RemoveAbandoned(const std::string& folder);
 };
 
 /// The disk itself.
@@ -118,12 +113,14 @@ FileSystem& DiskFiles();
 /// The file system in use: the disk, or what a test put in its place.
 FileSystem& Files();
 
-/// Whether a symbolic link stands on the disk under the path, wherever it leads.
-bool IsLink(const std::string& path);
-
 /// Reads up to `limit` bytes from the beginning of a regular file of any size. Empty on failure.
 IoStatus ReadHead(FileSystem& files, const std::string& path, std::uint64_t limit,
                   std::string& content);
+
+// Paths as texts: "/a/" and "b" of "/a/b", "" and "b" of "b"; and "/a/b" of "/a" or "/a/" and "b".
+std::string FolderPart(const std::string& path);
+std::string NamePart(const std::string& path);
+std::string PathIn(const std::string& folder, const std::string& name);
 
 /// Puts `replacement` in the disk's place for its own lifetime. For tests and benchmarks; not
 /// while another thread reads files.

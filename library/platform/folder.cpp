@@ -87,7 +87,10 @@ IoStatus FindTargetIn(Folder& folder, const std::string& name, std::string& targ
 }
 
 IoStatus OpenRoot(const std::string& path, std::unique_ptr<Folder>& root) {
-    FileSystem& files = Files();
+    return OpenRoot(Files(), path, root);
+}
+
+IoStatus OpenRoot(FileSystem& files, const std::string& path, std::unique_ptr<Folder>& root) {
     return files.OpenFolder(FindExisting(files, path).value_or(path), root);
 }
 

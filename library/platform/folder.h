@@ -97,6 +97,7 @@ IoStatus FindTargetIn(Folder& folder, const std::string& name, std::string& targ
 
 /// Opens a card's root, found case-blind; links are followed.
 IoStatus OpenRoot(const std::string& path, std::unique_ptr<Folder>& root);
+IoStatus OpenRoot(FileSystem& files, const std::string& path, std::unique_ptr<Folder>& root);
 /// Opens a folder below another step by step, each name ("CONTENTS/VIDEO") found case-blind and
 /// none of them a link.
 IoStatus OpenBelow(Folder& root, std::string_view path, std::unique_ptr<Folder>& folder);

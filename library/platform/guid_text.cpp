@@ -3,6 +3,8 @@
 
 #include "platform/guid_text.h"
 
+#include "platform/number_text.h"
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -19,7 +21,7 @@ using TextBytes = std::array<std::uint8_t, 16>;
 
 /// The value of a hexadecimal digit, or -1.
 int DigitValue(wchar_t ch) {
-    if (ch >= L'0' && ch <= L'9') {
+    if (IsDigit(ch)) {
         return static_cast<int>(ch - L'0');
     }
     if (ch >= L'a' && ch <= L'f') {

@@ -32,4 +32,7 @@ struct [[nodiscard]] IoStatus {
     explicit operator bool() const { return error == IoError::None; }
 };
 
+/// The outcome that an error number of the system (errno) stands for, with the system's words.
+IoStatus SystemStatus(int errorNumber);
+
 } // namespace nqp2::platform

@@ -3,8 +3,6 @@
 
 #include "platform/number_text.h"
 
-#include "platform/white_space.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
@@ -20,7 +18,7 @@ template <class Char>
 std::uint64_t LeadingDigits(std::basic_string_view<Char> text, std::uint64_t limit) {
     std::uint64_t value = 0;
     for (const Char ch : text) {
-        if (ch < Char{'0'} || ch > Char{'9'}) {
+        if (!IsDigit(ch)) {
             break;
         }
         const auto digit = static_cast<std::uint64_t>(ch - Char{'0'});

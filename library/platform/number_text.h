@@ -10,6 +10,15 @@
 /// digits; anything else ends the number; out of range saturates; no digits give 0.
 namespace nqp2::platform {
 
+/// What counts as white space around texts and before numbers, in every locale.
+inline constexpr std::wstring_view kWhiteSpace = L" \t\n\v\f\r";
+
+/// Whether an element or byte of a text is a decimal digit, in every locale.
+template <class Char>
+constexpr bool IsDigit(Char ch) {
+    return ch >= Char{'0'} && ch <= Char{'9'};
+}
+
 std::int32_t ToInt32(std::wstring_view text);
 std::int32_t ToInt32(std::string_view utf8);
 std::int64_t ToInt64(std::wstring_view text);

@@ -3,8 +3,12 @@
 
 #include "platform/process.h"
 
+#include "NQP2ParserU/ProgramFolder.h"
+
 #include <atomic>
+#include <filesystem>
 #include <pthread.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace nqp2::platform {
@@ -27,3 +31,12 @@ std::int32_t ProcessNumber() {
 }
 
 } // namespace nqp2::platform
+
+namespace nqp2 {
+
+std::string ProgramFolder() {
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).parent_path().native();
+}
+
+} // namespace nqp2

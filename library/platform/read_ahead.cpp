@@ -5,9 +5,9 @@
 
 #include "platform/file_system.h"
 #include "platform/guard.h"
-#include "platform/threads.h"
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <exception>
@@ -30,6 +30,28 @@ constexpr std::size_t kThreads = 4;
 // Files held at a time: enough to keep the threads busy, few enough that large files cannot take
 // more than 4 MiB with the scan's limit of 256 KiB a file.
 constexpr std::size_t kWindow = 16;
+
+constexpr int kNoLimit = -1;
+std::atomic<int> threadsLeft = kNoLimit;
+
+/// False only within a ScopedThreadLimit that is used up.
+bool MayStartThread() {
+    int left = threadsLeft.load();
+    while (left > 0 && !threadsLeft.compare_exchange_weak(left, left - 1)) {
+    }
+    return left != 0;
+}
+
+/// Runs `work` on a thread of its own. What comes back is not joinable when there is none to be had:
+/// the limit of processes is reached, or memory is short.
+template <class Work>
+std::thread TryThread(Work work) noexcept {
+    try {
+        return MayStartThread() ? std::thread(std::move(work)) : std::thread();
+    } catch (...) {
+        return {};
+    }
+}
 
 IoStatus ReadBytes(const FileRequest& request, std::string& bytes) {
     return request.headOnly ? ReadHead(Files(), request.path, request.limit, bytes)
@@ -199,6 +221,14 @@ void ReadAhead::ReadHere(FileContent& file) {
     const Clock::time_point start = Clock::now();
     ReadFile(m_requests[m_next++], file);
     m_slowReads = Clock::now() - start > kSlowRead ? m_slowReads + 1 : 0;
+}
+
+ScopedThreadLimit::ScopedThreadLimit(int threads) {
+    threadsLeft.store(threads);
+}
+
+ScopedThreadLimit::~ScopedThreadLimit() {
+    threadsLeft.store(kNoLimit);
 }
 
 } // namespace nqp2::platform

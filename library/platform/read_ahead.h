@@ -63,4 +63,13 @@ private:
     std::unique_ptr<Crew> m_crew;
 };
 
+/// Lets that many threads start during its own lifetime and fails all others. For tests.
+class ScopedThreadLimit {
+public:
+    explicit ScopedThreadLimit(int threads);
+    ~ScopedThreadLimit();
+    ScopedThreadLimit(const ScopedThreadLimit&) = delete;
+    ScopedThreadLimit& operator=(const ScopedThreadLimit&) = delete;
+};
+
 } // namespace nqp2::platform

@@ -3,6 +3,8 @@
 
 #include "platform/unicode.h"
 
+#include "NQP2ParserU/TextBytes.h"
+
 #include <algorithm>
 #include <cstring>
 #include <iterator>
@@ -266,3 +268,15 @@ CString TextFromUtf16(std::u16string_view units) {
 }
 
 } // namespace nqp2::platform
+
+namespace nqp2 {
+
+std::string BytesFromText(const CString& text) {
+    return platform::NameBytesFromText(text.View());
+}
+
+CString TextFromBytes(std::string_view bytes) {
+    return platform::TextFromNameBytes(bytes);
+}
+
+} // namespace nqp2

@@ -3,6 +3,11 @@
 
 #include "NQP2ParserU/Variant.h"
 
+#include "NQP2ParserU/ComError.h"
+
+// Out of line so that every module that throws or catches it shares one type description.
+_com_error::~_com_error() = default;
+
 CString _variant_t::Text() const {
     return vt == VT_BSTR ? m_text.Text() : CString();
 }

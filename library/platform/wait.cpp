@@ -4,7 +4,6 @@
 #include "platform/wait.h"
 
 #include <algorithm>
-#include <sys/file.h>
 #include <thread>
 
 namespace nqp2::platform {
@@ -39,14 +38,16 @@ bool HasNews(int descriptor, short events, int milliseconds) {
     return Wait({&watched, 1}, milliseconds) > 0;
 }
 
-bool LockWithin(int descriptor, const Deadline& deadline) {
-    constexpr std::chrono::milliseconds kPause{5};
+bool LockWithin(int descriptor, const Deadline& deadline, int operation) {
+    constexpr std::chrono::milliseconds kLongestPause{20};
+    std::chrono::milliseconds pause{1};
     // Not a waiting flock: nothing would end that.
-    while (Restarted([&] { return flock(descriptor, LOCK_EX | LOCK_NB); }) != 0) {
+    while (Restarted([&] { return flock(descriptor, operation | LOCK_NB); }) != 0) {
         if (errno != EWOULDBLOCK || deadline.HasPassed()) {
             return false;
         }
-        std::this_thread::sleep_for(kPause);
+        std::this_thread::sleep_for(pause);
+        pause = std::min(2 * pause, kLongestPause);
     }
     return true;
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <poll.h>
 #include <span>
+#include <sys/file.h>
 
 /// Waits that last as long as they shall, however many signals the host handles meanwhile.
 namespace nqp2::platform {
@@ -51,7 +52,8 @@ int Wait(std::span<pollfd> watched, int milliseconds);
 /// Whether that has happened on one descriptor by now; waits that long (-1: without end).
 bool HasNews(int descriptor, short events, int milliseconds = 0);
 
-/// Has a file's lock (flock) within that time; false with errno when not.
-bool LockWithin(int descriptor, const Deadline& deadline);
+/// Has a file's lock (flock) within that time; false with errno when not, EWOULDBLOCK when somebody
+/// else has it.
+bool LockWithin(int descriptor, const Deadline& deadline, int operation = LOCK_EX);
 
 } // namespace nqp2::platform

@@ -155,14 +155,4 @@ Outcome MissingClip(const std::string& contents, const CString& clipName) {
     return Failure("There is no clip " + Shown(clipName) + " in " + contents + ".");
 }
 
-Outcome CheckFoldersAreNoLinks(const std::string& contents) {
-    std::vector<std::string> folders = {contents};
-    for (const ClipFileRule& rule : clips::ClipFileRules()) {
-        folders.push_back(FolderBelow(contents, rule.folder));
-    }
-    const auto link = std::find_if(folders.begin(), folders.end(), platform::IsLink);
-    return link == folders.end() ? Outcome()
-                                 : Failure(*link + " is a link, through which nothing is written.");
-}
-
 } // namespace nqp2::worker

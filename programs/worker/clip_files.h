@@ -52,8 +52,4 @@ bool HaveSameRole(const ClipFile& left, const ClipFile& right);
 /// The failure of whatever wants a clip that the CONTENTS folder does not hold.
 Outcome MissingClip(const std::string& contents, const CString& clipName);
 
-/// Fails when a CONTENTS folder or one below it that holds files of clips is a link: nothing is
-/// written or removed through it, for it may lead anywhere.
-Outcome CheckFoldersAreNoLinks(const std::string& contents);
-
 } // namespace nqp2::worker

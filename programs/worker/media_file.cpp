@@ -4,7 +4,7 @@
 #include "worker/media_file.h"
 
 #include "platform/descriptor.h"
-#include "platform/system_status.h"
+#include "platform/io_status.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -4,16 +4,14 @@
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
-#include "platform/file_find.h"
-#include "platform/file_system.h"
-#include "platform/folder_index.h"
+#include "platform/place.h"
+#include "platform/unicode.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/print_text.h"
 #include "tests/support/temp_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -45,23 +43,19 @@ TEST_F(PathText, TurnsInterfacePathsIntoPosixPaths) {
         {L"/media/card:\\CONTENTS\\", "/media/card/CONTENTS/"},
         {L"/media/card/:\\CONTENTS", "/media/card/CONTENTS"},
         {L"card:\\x", "card/x"},
-        {L"1:\\x", "1/x"}, // a single element, but no letter
+        {L"1:\\x", "1/x"}, // one element, but no letter
         {L"/media/card 10:30/x\\CONTENTS\\", "/media/card 10:30/x/CONTENTS/"},
         {L"/media/card 10:30:\\CONTENTS\\", "/media/card 10:30/CONTENTS/"},
         {L"/media/a\\b:\\CONTENTS", "/media/a\\b/CONTENTS"}, // the folder's own backslash
         {L"/a:\\b:\\c", "/a/b:/c"},                          // the first one ends the drive part
         {L"a\\b", "a/b"},
         {L"", ""},
-        {L"/\u0416\U0001F600", "/\u0416\U0001F600"},
-    };
+        {L"/\u0416\U0001F600", "/\u0416\U0001F600"}};
     for (const auto& [path, posix] : rows) {
         EXPECT_EQ(PosixPath(path), posix);
     }
-}
-
-TEST_F(PathText, NeverCutsAPathAtAZeroElement) {
-    EXPECT_EQ(PosixPath(CString(std::wstring_view(L"/etc/passwd\0.XML", 16))), "");
-    EXPECT_EQ(PosixPath(CString(std::wstring_view(L"E:\\\0", 4))), "");
+    EXPECT_EQ(PosixPath(CString(L"/etc/passwd\0.XML", 16)), "") << "it would be cut there";
+    EXPECT_EQ(PosixPath(CString(L"E:\\\0", 4)), "");
 }
 
 TEST_F(PathText, MakesRootsThatNameTheSameFolder) {
@@ -83,19 +77,13 @@ TEST_F(PathText, MakesRootsThatNameTheSameFolder) {
         EXPECT_EQ(PosixPath(root), folder);
         EXPECT_EQ(PosixPath(root + L"\\CONTENTS\\"), (folder == "/" ? "" : folder) + "/CONTENTS/");
     }
-}
-
-TEST_F(PathText, KeepsRootsApartFromDrivesAndDropsTrailingSeparators) {
     EXPECT_EQ(InterfaceRoot("/media/card///"), L"/media/card:");
     EXPECT_EQ(InterfaceRoot("///"), L"/:");
-    EXPECT_EQ(PosixPath(InterfaceRoot("E") + L"\\x"), "./E/x");
-    EXPECT_EQ(PosixPath(InterfaceRoot("e/")), "./e");
-}
-
-TEST_F(PathText, HasNoRootForFoldersThatItCannotSay) {
-    EXPECT_EQ(InterfaceRoot(""), L"");
-    EXPECT_EQ(InterfaceRoot("/media/a:\\b"), L"");
-    EXPECT_EQ(InterfaceRoot(std::string_view("/a\0b", 4)), L"");
+    EXPECT_EQ(PosixPath(InterfaceRoot("E") + L"\\x"), "./E/x") << "no drive";
+    for (const std::string_view none :
+         {std::string_view(), std::string_view("/media/a:\\b"), std::string_view("/a\0b", 4)}) {
+        EXPECT_EQ(InterfaceRoot(none), L"") << "the form cannot say it";
+    }
 }
 
 TEST_F(PathText, AcceptsOnlyLettersAsDrives) {
@@ -166,35 +154,25 @@ TEST_F(CaseBlind, FindsTheRealSpelling) {
         {"CONTENTS/ICON", "Contents/ICon"},
         {"contents/icon/only here.bmp", "(none)"}, // the exact folder wins, and has it not
         {"CONTENTS/CAF\u00C9", "Contents/caf\u00E9"},
-        {"CONTENTS/\xE9T\xE9", "Contents/\xE9t\xE9"},
-    };
+        {"CONTENTS/\xE9T\xE9", "Contents/\xE9t\xE9"}};
     for (const auto& [name, expected] : rows) {
         EXPECT_EQ(Found(name), expected) << name;
     }
 }
 
 TEST_F(CaseBlind, FindsNothingUnderPathsThatNameNothing) {
-    EXPECT_FALSE(PathExists(""));
-    EXPECT_FALSE(PathExists(m_folder.Path("root file") + '\0'));
     std::string endless = m_folder.Path();
     for (int i = 0; i < 100'000; ++i) {
         endless += "/CONTENTS";
     }
-    EXPECT_FALSE(PathExists(endless));
-    EXPECT_TRUE(PathExists("/"));
+    for (const std::string& path : {std::string(), m_folder.Path("root file") + '\0', endless}) {
+        EXPECT_FALSE(PathExists(path));
+    }
     EXPECT_TRUE(PathExists("/DEV/NULL"));
-}
-
-TEST_F(CaseBlind, FindsRelativePathsFromTheCurrentFolder) {
-    const std::string before = std::filesystem::current_path();
-    ASSERT_EQ(chdir(m_folder.Path().c_str()), 0);
-    const auto found = FindExisting("CONTENTS/clip");
-    const auto file = FindExisting("ROOT FILE");
-    const std::string target = FindTarget(Files(), "CONTENTS/new");
-    ASSERT_EQ(chdir(before.c_str()), 0);
-    EXPECT_EQ(found.value_or(""), "Contents/Clip");
-    EXPECT_EQ(file.value_or(""), "root file");
-    EXPECT_EQ(target, "Contents/new");
+    ASSERT_EQ(symlink("nowhere", m_folder.Path("link").c_str()), 0);
+    EXPECT_EQ(Found("link"), "(none)");
+    m_folder.Write("LINK");
+    EXPECT_EQ(Found("Link"), "LINK") << "not the one that leads nowhere";
 }
 
 TEST_F(CaseBlind, AsksNoMoreThanItMustAndGivesUpWhenTheMediumFails) {
@@ -212,154 +190,158 @@ TEST_F(CaseBlind, AsksNoMoreThanItMustAndGivesUpWhenTheMediumFails) {
     EXPECT_EQ(files.Calls(), 1U);
 }
 
-TEST_F(CaseBlind, KeepsANameThatIsOnlyADanglingLinkApart) {
-    ASSERT_EQ(symlink("nowhere", m_folder.Path("link").c_str()), 0);
-    EXPECT_FALSE(PathExists(m_folder.Path("link")));
-    m_folder.Write("LINK");
-    EXPECT_EQ(Found("Link"), "LINK");
-}
-
-TEST_F(CaseBlind, MakesAFolderUnlessItStands) {
-    EXPECT_TRUE(EnsureFolder(m_folder.Path("CONTENTS/clip/")));
-    EXPECT_TRUE(EnsureFolder(m_folder.Path("CONTENTS/NEW/")));
-    EXPECT_EQ(Found("Contents/NEW/"), "Contents/NEW/");
-    EXPECT_FALSE(EnsureFolder(m_folder.Path("ROOT FILE/")));
-    EXPECT_FALSE(EnsureFolder(m_folder.Path("none/below/")));
-    EXPECT_FALSE(EnsureFolder(""));
-    EXPECT_EQ(Found("none"), "(none)");
-}
-
-std::string FoundIn(const FolderIndex& index, std::string_view name) {
-    const FolderEntry* const entry = index.Find(name);
-    return entry != nullptr ? entry->name : "(none)";
-}
-
-TEST(FolderIndexTest, FindsNamesInAnyLetterCase) {
-    const test::TempFolder folder;
-    for (const char* name : {"0001AB.MXF", "b.mxf", "B.MXF", "B.mxf", "\u00E4.mxf", "\xE9.mxf"}) {
-        folder.Write(name);
+class PlaceTest : public ::testing::Test {
+protected:
+    PlaceTest() {
+        for (const char* name : {"0001AB.MXF", "b.mxf", "B.MXF", "B.mxf", "\u00E4.mxf", "\xE9.mxf",
+                                 "a\\b.mxf", "Sub/x"}) {
+            m_folder.Write("10:30/Contents/Video/" + std::string(name));
+        }
     }
-    folder.MakeFolder("Sub");
-    test::FaultyFileSystem files;
-    const ScopedFileSystem scope(files);
-    const FolderIndex index = FolderIndex::Read(folder.Path());
-    ASSERT_TRUE(index.Status());
-    const std::pair<std::string_view, std::string_view> rows[] = {
-        {"0001AB.MXF", "0001AB.MXF"},
-        {"0001ab.mxf", "0001AB.MXF"},
+    /// Asked for in other letters than it is written in.
+    [[nodiscard]] Place Video() const { return Place(m_written); }
+    static std::string FoundIn(const Place& place, const std::string& name) {
+        FoundFile found;
+        const IoStatus status = place.Find(TextFromNameBytes(name), found);
+        EXPECT_TRUE(status || status.error == IoError::NotFound);
+        EXPECT_EQ(place.Has(TextFromNameBytes(name)), static_cast<bool>(status));
+        return status ? NamePart(found.posixPath) : "(none)";
+    }
+
+    test::TempFolder m_folder;
+    CString m_root = InterfaceRoot(m_folder.Path("10:30"));
+    CString m_written = m_root + L"\\CONTENTS\\VIDEO\\";
+    std::string m_real = m_folder.Path("10:30/Contents/Video");
+};
+
+TEST_F(PlaceTest, FindsNamesInAnyLetterCase) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"0001AB.MXF", "0001AB.MXF"}, {"0001ab.mxf", "0001AB.MXF"},
         {"b.mxf", "b.mxf"}, // three differ in case only: the exact one
         {"b.MXF", "B.MXF"}, // none is exact: the first in sorted order
-        {"\u00C4.MXF", "\u00E4.mxf"},
-        {"\xE9.MXF", "\xE9.mxf"}, // no UTF-8: the bytes as they are
-        {"\xC9.MXF", "(none)"},
-        {"SUB", "Sub"},
-        {"", "(none)"},
-        {".", "(none)"},
-        {"Sub/", "(none)"},
-        {"./b.mxf", "(none)"},
-        {"Sub\\..\\b.mxf", "(none)"}};
+        {"\u00C4.MXF", "\u00E4.mxf"}, {"\xE9.MXF", "\xE9.mxf"}, // no UTF-8: the bytes as they are
+        {"\xC9.MXF", "(none)"},       {"SUB", "Sub"}};
+    const Place listed = Video();
+    ASSERT_TRUE(listed.Names().Status());
     for (const auto& [name, expected] : rows) {
-        EXPECT_EQ(FoundIn(index, name), expected) << name;
+        EXPECT_EQ(FoundIn(listed, name), expected) << name;
+        EXPECT_EQ(FoundIn(Video(), name), expected) << name << " of a place that was not listed";
     }
-    EXPECT_EQ(index.Find("sub")->kind, EntryKind::Folder);
-    EXPECT_TRUE(index.Contains("B.Mxf"));
-    EXPECT_EQ(files.Calls(), 1U) << "one listing, however much is asked";
+    const std::string nul("b.mxf\0", 6);
+    for (const std::string& name :
+         {std::string(), std::string("."), std::string(".."), nul, std::string("Sub/"),
+          std::string("./b.mxf"), std::string("Sub/x"), std::string("Sub\\..\\b.mxf")}) {
+        EXPECT_EQ(FoundIn(listed, name), "(none)") << name;
+        EXPECT_EQ(FoundIn(Video(), name), "(none)") << name;
+        EXPECT_EQ(listed.Names().Find(name), nullptr) << name;
+    }
 }
 
-TEST(FolderIndexTest, AnswersAsEmptyForAFolderThatCannotBeRead) {
-    EXPECT_FALSE(FolderIndex().Contains("file"));
-    const test::TempFolder folder;
-    folder.Write("file");
-    folder.Write("second");
-    const FolderIndex missing = FolderIndex::Read(folder.Path("none"));
-    EXPECT_EQ(missing.Status().error, IoError::NotFound);
-    EXPECT_FALSE(missing.Contains("file"));
+TEST_F(PlaceTest, KeepsTheFolderAsWrittenAndKnowsTheRealOne) {
+    const Place card(m_root);
+    const Place video = card.Below(L"\\CONTENTS\\").Below(L"VIDEO");
+    EXPECT_EQ(video.Written(), m_root + L"\\CONTENTS\\VIDEO");
+    EXPECT_EQ(video.PathOf(L"none"), m_written + L"none");
+    EXPECT_EQ(video.OnDisk(), m_real);
+    EXPECT_EQ(Place(m_root + L"\\\\CONTENTS\\\\VIDEO\\\\").OnDisk(), m_real);
+    EXPECT_EQ(Place::At(m_real).Written(), InterfaceRoot(m_real));
+    EXPECT_EQ(Place(L"/:").OnDisk(), "/");
+    IoStatus status;
+    std::vector<FoundFile> found = video.List(L"SUB*", status);
+    ASSERT_TRUE(status && found.size() == 1);
+    EXPECT_EQ(found[0].path, m_written + L"Sub");
+    EXPECT_EQ(found[0].posixPath, m_real + "/Sub");
+    EXPECT_TRUE(found[0].isFolder && found[0].pathIsSafe && !found[0].IsReadable());
+    found = video.List(L"a*", status);
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_FALSE(found[0].pathIsSafe || found[0].IsReadable()) << "its backslash leads elsewhere";
+    EXPECT_EQ(found[0].title, L"a\\b");
+    const PathParts parts = SplitPath(m_written + L"0001ab.mxf");
+    EXPECT_EQ(FoundIn(parts.folder, "0001ab.mxf"), "0001AB.MXF");
+    EXPECT_EQ(parts.name, L"0001ab.mxf");
+    EXPECT_EQ(SplitPath(L"name").folder.OnDisk(), ".") << "the current folder";
+}
 
+TEST_F(PlaceTest, ListsEachFolderOnceAndAsksNoMoreThanItMust) {
+    test::FaultyFileSystem files;
+    const ScopedFileSystem scope(files);
+    const Place exact = Place::At(m_real);
+    EXPECT_TRUE(exact.Has(L"b.mxf") && exact.Has(L"B.mxf") && exact.Exists());
+    EXPECT_EQ(files.Calls(), 2U) << "exact names are asked for, one call each";
+    EXPECT_FALSE(exact.Has(L"none"));
+    EXPECT_TRUE(exact.Has(L"b.MxF"));
+    EXPECT_EQ(files.Calls(Operation::List), 1U);
+    EXPECT_EQ(files.Calls(), 4U) << "the names answer from now on, also for copies";
+    const Place card(m_root);
+    for (int turn = 0; turn < 3; ++turn) {
+        const Place video = card.Below(L"CONTENTS\\VIDEO");
+        EXPECT_TRUE(video.Names().Contains("B.Mxf") && video.Exists());
+        EXPECT_FALSE(card.Below(L"CONTENTS\\AUDIO").Has(L"x"));
+        EXPECT_TRUE(turn == 0 || files.Calls() == 0) << "what is below is kept too";
+        files.ResetCalls();
+    }
+}
+
+TEST_F(PlaceTest, TellsAFolderThatIsMissingFromOneThatCannotBeRead) {
+    for (const CString& path : {CString(), CString(L"Z:\\x"), m_root + L"\\none",
+                                m_root + L"\\none\\x", m_written + L"0001AB.MXF\\"}) {
+        const Place place(path);
+        FoundFile found;
+        std::unique_ptr<Folder> folder;
+        EXPECT_EQ(place.Look().error, IoError::NotFound) << path;
+        EXPECT_EQ(place.Find(L"tmp", found).error, IoError::NotFound) << path;
+        EXPECT_EQ(place.Names().Status().error, IoError::NotFound) << path;
+        EXPECT_EQ(place.Open(folder).error, IoError::NotFound) << path;
+    }
     test::FaultyFileSystem files;
     const ScopedFileSystem scope(files);
     files.Fail({.error = IoError::Device, .operation = Operation::List, .keptEntries = 1});
-    const FolderIndex cut = FolderIndex::Read(folder.Path());
-    EXPECT_EQ(cut.Status().error, IoError::Device);
-    ASSERT_EQ(cut.Entries().size(), 1U) << "what came before the medium failed is kept";
-    EXPECT_TRUE(cut.Contains(cut.Entries()[0].name));
+    const Place cut = Place::At(m_real);
+    EXPECT_EQ(cut.Names().Entries().size(), 1U) << "what came before the medium failed is kept";
+    EXPECT_EQ(cut.Names().Status().error, IoError::Device);
+    FoundFile found;
+    EXPECT_EQ(cut.Find(L"none", found).error, IoError::Device);
+    files.Fail({.error = IoError::Denied});
+    EXPECT_EQ(Video().Look().error, IoError::Denied);
 }
 
-TEST(FileFind, MatchesNamesAgainstPatterns) {
-    const std::pair<const wchar_t*, const wchar_t*> fitting[] = {
-        {L"0001AB.xml", L"*.XML"},
-        {L".XML", L"*.XML"},
-        {L"name", L"*.*"},
-        {L"", L"*"},
-        {L"abc", L"a?c"},
-        {L"abcabd", L"*AB?"},
-        {L"aXbXc", L"a*b*c"},
-        {L"[a].xml", L"[A].*"},
-        {L"\u00E4.xml", L"\u00C4.XML"},
-        {L"\U0001F600.xml", L"?.xml"},
-    };
+TEST_F(PlaceTest, OpensAndMakesFoldersBelow) {
+    const Place card(m_root);
+    std::unique_ptr<Folder> folder;
+    ASSERT_TRUE(card.OpenBelow(L"CONTENTS\\VIDEO\\", folder));
+    EXPECT_EQ(folder->Path(), m_real);
+    EXPECT_EQ(card.OpenBelow(L"CONTENTS\\CLIP", folder).error, IoError::NotFound);
+    ASSERT_TRUE(card.MakeBelow(L"\\CONTENTS\\CLIP", folder));
+    EXPECT_EQ(folder->Path(), m_folder.Path("10:30/Contents/CLIP"));
+    EXPECT_FALSE(card.MakeBelow(L"CONTENTS\\..\\x", folder));
+    EXPECT_FALSE(card.MakeBelow(L"CONTENTS\\VIDEO\\b.mxf", folder));
+}
+
+TEST(MatchesPatternTest, TakesPatternsWithoutRegardToCaseAndQuickly) {
+    const std::pair<const wchar_t*, const wchar_t*> fitting[] = {{L"0001AB.xml", L"*.XML"},
+                                                                 {L".XML", L"*.XML"},
+                                                                 {L"name", L"*.*"},
+                                                                 {L"", L"*"},
+                                                                 {L"abc", L"a?c"},
+                                                                 {L"abcabd", L"*AB?"},
+                                                                 {L"aXbXc", L"a*b*c"},
+                                                                 {L"[a].xml", L"[A].*"},
+                                                                 {L"\u00E4.xml", L"\u00C4.XML"},
+                                                                 {L"\U0001F600.xml", L"?.xml"}};
     for (const auto& [name, pattern] : fitting) {
         EXPECT_TRUE(MatchesPattern(name, pattern)) << CString(name) << CString(pattern);
     }
     const std::pair<const wchar_t*, const wchar_t*> others[] = {
-        {L"x.XMLX", L"*.XML"}, {L"x.XML.tmp", L"*.XML"},
-        {L"XML", L"*.XML"},    {L"name", L"*."},
-        {L"", L"?"},           {L"abc", L""},
-        {L"abc", L"a?"},       {L"aXbX", L"a*b*c"},
-    };
+        {L"x.XMLX", L"*.XML"}, {L"XML", L"*.XML"}, {L"name", L"*."},   {L"", L"?"},
+        {L"abc", L""},         {L"abc", L"a?"},    {L"aXbX", L"a*b*c"}};
     for (const auto& [name, pattern] : others) {
         EXPECT_FALSE(MatchesPattern(name, pattern)) << CString(name) << CString(pattern);
     }
-}
-
-TEST(FileFind, GivesUpQuicklyOnPatternsMadeToBeSlow) {
-    std::wstring pattern;
+    std::wstring slow;
     for (int i = 0; i < 100; ++i) {
-        pattern += L"*a";
+        slow += L"*a";
     }
-    EXPECT_FALSE(MatchesPattern(std::wstring(20'000, L'a'), pattern + L"b"));
-}
-
-TEST(FileFind, KeepsTheFolderAsAskedAndTellsTheRealOne) {
-    const test::TempFolder folder;
-    folder.Write("10:30/Contents/clip/0001.AB.xml");
-    folder.Write("10:30/Contents/clip/readme");
-    folder.MakeFolder("10:30/Contents/clip/Folder.XML");
-    const CString root = InterfaceRoot(folder.Path("10:30"));
-    IoStatus status;
-    std::vector<FoundFile> found = FindFiles(root + L"\\CONTENTS\\CLIP\\*.XML", status);
-    ASSERT_TRUE(status);
-    ASSERT_EQ(found.size(), 2U);
-    std::sort(found.begin(), found.end(),
-              [](const FoundFile& left, const FoundFile& right) { return left.path < right.path; });
-    EXPECT_EQ(found[0].path, root + L"\\CONTENTS\\CLIP\\0001.AB.xml");
-    EXPECT_EQ(found[0].title, L"0001.AB");
-    EXPECT_EQ(found[0].posixPath, folder.Path("10:30/Contents/clip/0001.AB.xml"));
-    EXPECT_FALSE(found[0].isFolder);
-    EXPECT_EQ(found[1].title, L"Folder");
-    EXPECT_TRUE(found[1].isFolder);
-    EXPECT_EQ(FindFiles(root + L"\\\\CONTENTS\\\\CLIP\\\\r*", status).size(), 1U);
-    EXPECT_TRUE(FindFiles(root + L"\\CONTENTS\\CLIP\\", status).empty()) << "no name, no match";
-}
-
-TEST(FileFind, TellsAFolderThatIsMissingOrBreaksOff) {
-    const test::TempFolder folder;
-    folder.Write("a.xml");
-    folder.Write("b.xml");
-    const CString pattern = InterfaceRoot(folder.Path()) + L"\\*.xml";
-    IoStatus status;
-    EXPECT_TRUE(FindFiles(L"", status).empty() && status) << "the current folder has no such name";
-    EXPECT_TRUE(FindFiles(L"Z:\\*.*", status).empty());
-    EXPECT_EQ(status.error, IoError::NotFound);
-    EXPECT_TRUE(FindFiles(InterfaceRoot(folder.Path()) + L"\\none\\*.*", status).empty());
-    EXPECT_EQ(status.error, IoError::NotFound);
-
-    test::FaultyFileSystem files;
-    const ScopedFileSystem scope(files);
-    files.Fail({.error = IoError::Device, .times = 1, .keptEntries = 1});
-    EXPECT_EQ(FindFiles(pattern, status).size(), 1U);
-    EXPECT_EQ(status.error, IoError::Device);
-    EXPECT_EQ(FindFiles(pattern, status).size(), 2U) << "healed";
-    EXPECT_TRUE(status);
+    EXPECT_FALSE(MatchesPattern(std::wstring(20'000, L'a'), slow + L"b"));
 }
 
 } // namespace

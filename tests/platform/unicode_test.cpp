@@ -113,10 +113,9 @@ TEST(UnicodeTest, BytesOfNamesThatSpellSurrogatesStayBytes) {
 
 TEST(CaseFoldTest, FoldsLettersInEveryLocale) {
     ASSERT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C") << "the process's own locale";
-    const std::pair<wchar_t, wchar_t> cases[] = {
-        {L'a', L'A'},           {L'z', L'Z'},           {L'\u00E4', L'\u00C4'},
-        {L'\u03C9', L'\u03A9'}, {L'\u0436', L'\u0416'}, {L'\uFF41', L'\uFF21'},
-    };
+    const std::pair<wchar_t, wchar_t> cases[] = {{L'a', L'A'},           {L'z', L'Z'},
+                                                 {L'\u00E4', L'\u00C4'}, {L'\u03C9', L'\u03A9'},
+                                                 {L'\u0436', L'\u0416'}, {L'\uFF41', L'\uFF21'}};
     for (const auto& [lower, upper] : cases) {
         EXPECT_EQ(ToUpper(lower), upper);
         EXPECT_EQ(ToLower(upper), lower);

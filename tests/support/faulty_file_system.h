@@ -60,6 +60,12 @@ struct Fault {
 /// A file system that counts, delays and fails calls before they reach another one.
 /// Safe from several threads.
 class FaultyFileSystem final : public platform::FileSystem {
+    using IoStatus = platform::IoStatus;
+    using Entries = std::vector<platform::FolderEntry>;
+    using ReaderPtr = std::unique_ptr<platform::FileReader>;
+    using WriterPtr = std::unique_ptr<platform::FileWriter>;
+    using FolderPtr = std::unique_ptr<platform::Folder>;
+
 public:
     /// Called before an operation, for example to take the medium away in the middle.
     using Hook = std::function<void(Operation, const std::string& path)>;
@@ -107,168 +113,110 @@ public:
         }
     }
 
-    platform::IoStatus Stat(const std::string& path, platform::FileInfo& info) override {
-        platform::IoStatus status = Enter(Operation::Stat, path);
-        return status ? m_inner.Stat(path, info) : status;
+    IoStatus Stat(const std::string& path, platform::FileInfo& info) override {
+        return Pass(Operation::Stat, path, [&] { return m_inner.Stat(path, info); });
     }
-    platform::IoStatus List(const std::string& folder,
-                            std::vector<platform::FolderEntry>& entries) override {
-        std::size_t kept = 0;
-        platform::IoStatus status = Enter(Operation::List, folder, &kept);
-        return Listed(status, kept, entries, [&] { return m_inner.List(folder, entries); });
+    IoStatus List(const std::string& folder, Entries& entries) override {
+        return Listed(folder, entries, [&] { return m_inner.List(folder, entries); });
     }
-    platform::IoStatus Open(const std::string& path,
-                            std::unique_ptr<platform::FileReader>& reader) override {
-        platform::IoStatus status = Enter(Operation::Open, path);
-        if (status) {
-            status = m_inner.Open(path, reader);
-        }
-        if (status) {
-            reader = std::make_unique<Reader>(*this, path, std::move(reader));
-        }
-        return status;
+    IoStatus Open(const std::string& path, ReaderPtr& reader) override {
+        return Wrap<Reader>(Operation::Open, path, reader,
+                            [&] { return m_inner.Open(path, reader); });
     }
-    platform::IoStatus Read(const std::string& path, std::uint64_t limit,
-                            std::string& content) override {
-        platform::IoStatus status = Enter(Operation::Read, path);
-        if (!status) {
-            content.clear();
-        }
-        return status ? m_inner.Read(path, limit, content) : status;
+    IoStatus Read(const std::string& path, std::uint64_t limit, std::string& content) override {
+        content.clear();
+        return Pass(Operation::Read, path, [&] { return m_inner.Read(path, limit, content); });
     }
-    platform::IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) override {
-        platform::IoStatus status = Enter(Operation::FreeSpace, path);
-        if (status) {
-            status = m_inner.FreeSpace(path, bytes);
-        }
-        bytes = m_freeBytes.value_or(bytes);
-        return status;
+    IoStatus FreeSpace(const std::string& path, std::uint64_t& bytes) override {
+        return Space(path, bytes, [&] { return m_inner.FreeSpace(path, bytes); });
     }
-    platform::IoStatus OpenFolder(const std::string& path,
-                                  std::unique_ptr<platform::Folder>& folder) override {
-        platform::IoStatus status = Enter(Operation::OpenFolder, path);
-        if (status) {
-            status = m_inner.OpenFolder(path, folder);
-        }
-        if (status) {
-            folder = std::make_unique<Below>(*this, std::move(folder));
-        }
-        return status;
+    IoStatus OpenFolder(const std::string& path, FolderPtr& folder) override {
+        return Wrap<Below>(Operation::OpenFolder, path, folder,
+                           [&] { return m_inner.OpenFolder(path, folder); });
     }
 
 private:
     class Writer final : public platform::FileWriter {
     public:
-        Writer(FaultyFileSystem& owner, std::string path,
-               std::unique_ptr<platform::FileWriter> inner)
+        Writer(FaultyFileSystem& owner, std::string path, WriterPtr inner)
             : m_owner(owner), m_path(std::move(path)), m_inner(std::move(inner)) {}
-        platform::IoStatus WriteAt(std::uint64_t position, std::string_view bytes) override {
-            platform::IoStatus status = m_owner.Enter(Operation::WriteAt, m_path);
-            return status ? m_inner->WriteAt(position, bytes) : status;
+        IoStatus WriteAt(std::uint64_t position, std::string_view bytes) override {
+            return Pass(Operation::WriteAt, [&] { return m_inner->WriteAt(position, bytes); });
         }
-        platform::IoStatus Resize(std::uint64_t size) override { return m_inner->Resize(size); }
-        platform::IoStatus KeepTime(const platform::FileInfo& source) override {
+        IoStatus Resize(std::uint64_t size) override { return m_inner->Resize(size); }
+        IoStatus KeepTime(const platform::FileInfo& source) override {
             return m_inner->KeepTime(source);
         }
-        platform::IoStatus Close() override { return m_inner->Close(); }
-        platform::IoStatus Flush() override {
-            platform::IoStatus status = m_owner.Enter(Operation::Flush, m_path);
-            return status ? m_inner->Flush() : status;
+        IoStatus Close() override { return m_inner->Close(); }
+        IoStatus Flush() override {
+            return Pass(Operation::Flush, [&] { return m_inner->Flush(); });
         }
-        platform::IoStatus ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,
-                                  std::size_t& count) override {
+        IoStatus ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,
+                        std::size_t& count) override {
             count = 0;
-            platform::IoStatus status = m_owner.Enter(Operation::ReadAt, m_path);
-            return status ? m_inner->ReadAt(position, buffer, capacity, count) : status;
+            return Pass(Operation::ReadAt,
+                        [&] { return m_inner->ReadAt(position, buffer, capacity, count); });
         }
-        platform::IoStatus Commit() override {
-            platform::IoStatus status = m_owner.Enter(Operation::Commit, m_path);
-            return status ? m_inner->Commit() : status;
+        IoStatus Commit() override {
+            return Pass(Operation::Commit, [&] { return m_inner->Commit(); });
         }
-        platform::IoStatus CommitAs(const std::string& name) override {
-            platform::IoStatus status = m_owner.Enter(Operation::Commit, m_path);
-            return status ? m_inner->CommitAs(name) : status;
+        IoStatus CommitAs(const std::string& name) override {
+            return Pass(Operation::Commit, [&] { return m_inner->CommitAs(name); });
         }
 
     private:
+        template <class Call>
+        IoStatus Pass(Operation operation, Call call) {
+            return m_owner.Pass(operation, m_path, call);
+        }
+
         FaultyFileSystem& m_owner;
         std::string m_path;
-        std::unique_ptr<platform::FileWriter> m_inner;
+        WriterPtr m_inner;
     };
 
     class Below final : public platform::Folder {
     public:
-        Below(FaultyFileSystem& owner, std::unique_ptr<platform::Folder> inner)
+        Below(FaultyFileSystem& owner, const std::string&, FolderPtr inner)
             : m_owner(owner), m_inner(std::move(inner)) {}
         [[nodiscard]] const std::string& Path() const override { return m_inner->Path(); }
-        platform::IoStatus OpenFolder(const std::string& name,
-                                      std::unique_ptr<platform::Folder>& folder) override {
-            platform::IoStatus status = Enter(Operation::OpenFolder, name);
-            if (status) {
-                status = m_inner->OpenFolder(name, folder);
-            }
-            if (status) {
-                folder = std::make_unique<Below>(m_owner, std::move(folder));
-            }
-            return status;
+        IoStatus OpenFolder(const std::string& name, FolderPtr& folder) override {
+            return m_owner.Wrap<Below>(Operation::OpenFolder, PathOf(name), folder,
+                                       [&] { return m_inner->OpenFolder(name, folder); });
         }
-        platform::IoStatus MakeFolder(const std::string& name) override {
-            platform::IoStatus status = Enter(Operation::MakeFolder, name);
-            return status ? m_inner->MakeFolder(name) : status;
+        IoStatus MakeFolder(const std::string& name) override {
+            return Pass(Operation::MakeFolder, name, [&] { return m_inner->MakeFolder(name); });
         }
-        platform::IoStatus RemoveFolder(const std::string& name) override {
-            platform::IoStatus status = Enter(Operation::RemoveFolder, name);
-            return status ? m_inner->RemoveFolder(name) : status;
+        IoStatus RemoveFolder(const std::string& name) override {
+            return Pass(Operation::RemoveFolder, name, [&] { return m_inner->RemoveFolder(name); });
         }
-        platform::IoStatus Stat(const std::string& name, platform::FileInfo& info) override {
-            platform::IoStatus status = Enter(Operation::Stat, name);
-            return status ? m_inner->Stat(name, info) : status;
+        IoStatus Stat(const std::string& name, platform::FileInfo& info) override {
+            return Pass(Operation::Stat, name, [&] { return m_inner->Stat(name, info); });
         }
-        platform::IoStatus List(std::vector<platform::FolderEntry>& entries) override {
-            std::size_t kept = 0;
-            platform::IoStatus status = m_owner.Enter(Operation::List, Path(), &kept);
-            return m_owner.Listed(status, kept, entries, [&] { return m_inner->List(entries); });
+        IoStatus List(Entries& entries) override {
+            return m_owner.Listed(Path(), entries, [&] { return m_inner->List(entries); });
         }
-        platform::IoStatus Open(const std::string& name,
-                                std::unique_ptr<platform::FileReader>& reader) override {
-            platform::IoStatus status = Enter(Operation::Open, name);
-            if (status) {
-                status = m_inner->Open(name, reader);
-            }
-            if (status) {
-                reader = std::make_unique<Reader>(m_owner, PathOf(name), std::move(reader));
-            }
-            return status;
+        IoStatus Open(const std::string& name, ReaderPtr& reader) override {
+            return m_owner.Wrap<Reader>(Operation::Open, PathOf(name), reader,
+                                        [&] { return m_inner->Open(name, reader); });
         }
-        platform::IoStatus Read(const std::string& name, std::uint64_t limit,
-                                std::string& content) override {
+        IoStatus Read(const std::string& name, std::uint64_t limit, std::string& content) override {
             content.clear();
-            platform::IoStatus status = Enter(Operation::Read, name);
-            return status ? m_inner->Read(name, limit, content) : status;
+            return Pass(Operation::Read, name, [&] { return m_inner->Read(name, limit, content); });
         }
-        platform::IoStatus WriteWhole(const std::string& name, std::string_view content) override {
-            platform::IoStatus status = Enter(Operation::WriteWhole, name);
-            return status ? m_inner->WriteWhole(name, content) : status;
+        IoStatus WriteWhole(const std::string& name, std::string_view content) override {
+            return Pass(Operation::WriteWhole, name,
+                        [&] { return m_inner->WriteWhole(name, content); });
         }
-        platform::IoStatus Create(const std::string& name,
-                                  std::unique_ptr<platform::FileWriter>& writer) override {
-            platform::IoStatus status = Enter(Operation::Create, name);
-            if (status) {
-                status = m_inner->Create(name, writer);
-            }
-            if (status) {
-                writer = std::make_unique<Writer>(m_owner, PathOf(name), std::move(writer));
-            }
-            return status;
+        IoStatus Create(const std::string& name, WriterPtr& writer) override {
+            return m_owner.Wrap<Writer>(Operation::Create, PathOf(name), writer,
+                                        [&] { return m_inner->Create(name, writer); });
         }
-        platform::IoStatus RemoveFiles(std::span<const std::string> names,
-                                       std::string& failed) override {
-            platform::IoStatus first;
+        IoStatus RemoveFiles(std::span<const std::string> names, std::string& failed) override {
+            IoStatus first;
             for (const std::string& name : names) {
-                platform::IoStatus status = Enter(Operation::RemoveFile, name);
-                if (status) {
-                    status = m_inner->RemoveFile(name);
-                }
+                IoStatus status =
+                    Pass(Operation::RemoveFile, name, [&] { return m_inner->RemoveFile(name); });
                 if (first && !status) {
                     first = std::move(status);
                     failed = name;
@@ -276,66 +224,78 @@ private:
             }
             return first;
         }
-        platform::IoStatus MoveToFree(const std::string& from, const std::string& to) override {
-            platform::IoStatus status = Enter(Operation::MoveToFree, from);
-            return status ? m_inner->MoveToFree(from, to) : status;
+        IoStatus MoveToFree(const std::string& from, const std::string& to) override {
+            return Pass(Operation::MoveToFree, from, [&] { return m_inner->MoveToFree(from, to); });
         }
-        platform::IoStatus RemoveAbandoned() override {
-            platform::IoStatus status = m_owner.Enter(Operation::RemoveAbandoned, Path());
-            return status ? m_inner->RemoveAbandoned() : status;
+        IoStatus RemoveAbandoned() override {
+            return m_owner.Pass(Operation::RemoveAbandoned, Path(),
+                                [&] { return m_inner->RemoveAbandoned(); });
         }
-        platform::IoStatus UsableSpace(std::uint64_t& bytes) override {
-            platform::IoStatus status = m_owner.Enter(Operation::FreeSpace, Path());
-            if (status) {
-                status = m_inner->UsableSpace(bytes);
-            }
-            bytes = m_owner.m_freeBytes.value_or(bytes);
-            return status;
+        IoStatus UsableSpace(std::uint64_t& bytes) override {
+            return m_owner.Space(Path(), bytes, [&] { return m_inner->UsableSpace(bytes); });
         }
-        platform::IoStatus Lock(std::chrono::milliseconds patience) override {
-            platform::IoStatus status = m_owner.Enter(Operation::Lock, Path());
-            return status ? m_inner->Lock(patience) : status;
+        IoStatus Lock(std::chrono::milliseconds patience) override {
+            return m_owner.Pass(Operation::Lock, Path(), [&] { return m_inner->Lock(patience); });
         }
-        platform::IoStatus LockName(const std::string& name,
-                                    std::unique_ptr<platform::NameLock>& lock) override {
-            platform::IoStatus status = Enter(Operation::Lock, name);
-            return status ? m_inner->LockName(name, lock) : status;
+        IoStatus LockName(const std::string& name,
+                          std::unique_ptr<platform::NameLock>& lock) override {
+            return Pass(Operation::Lock, name, [&] { return m_inner->LockName(name, lock); });
         }
 
     private:
         [[nodiscard]] std::string PathOf(const std::string& name) const {
-            return Path() + (Path().ends_with('/') ? "" : "/") + name;
+            return platform::PathIn(Path(), name);
         }
-        platform::IoStatus Enter(Operation operation, const std::string& name) {
-            return m_owner.Enter(operation, PathOf(name));
+        template <class Call>
+        IoStatus Pass(Operation operation, const std::string& name, Call call) {
+            return m_owner.Pass(operation, PathOf(name), call);
         }
 
         FaultyFileSystem& m_owner;
-        std::unique_ptr<platform::Folder> m_inner;
+        FolderPtr m_inner;
     };
 
     class Reader final : public platform::FileReader {
     public:
-        Reader(FaultyFileSystem& owner, std::string path,
-               std::unique_ptr<platform::FileReader> inner)
+        Reader(FaultyFileSystem& owner, std::string path, ReaderPtr inner)
             : m_owner(owner), m_path(std::move(path)), m_inner(std::move(inner)) {}
         [[nodiscard]] std::uint64_t Size() const override { return m_inner->Size(); }
-        platform::IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) override {
+        IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) override {
             count = 0;
-            platform::IoStatus status = m_owner.Enter(Operation::ReadBlock, m_path);
-            return status ? m_inner->Read(buffer, capacity, count) : status;
+            return m_owner.Pass(Operation::ReadBlock, m_path,
+                                [&] { return m_inner->Read(buffer, capacity, count); });
         }
 
     private:
         FaultyFileSystem& m_owner;
         std::string m_path;
-        std::unique_ptr<platform::FileReader> m_inner;
+        ReaderPtr m_inner;
     };
 
-    /// What a listing that may be made to fail delivers.
-    template <class List>
-    static platform::IoStatus Listed(const platform::IoStatus& status, std::size_t kept,
-                                     std::vector<platform::FolderEntry>& entries, List list) {
+    template <class Call>
+    IoStatus Pass(Operation operation, const std::string& path, Call call) {
+        IoStatus status = Enter(operation, path);
+        return status ? call() : status;
+    }
+    /// What is opened is faulty as well.
+    template <class Wrapper, class Opened, class Call>
+    IoStatus Wrap(Operation operation, const std::string& path, Opened& opened, Call call) {
+        IoStatus status = Pass(operation, path, call);
+        if (status) {
+            opened = std::make_unique<Wrapper>(*this, path, std::move(opened));
+        }
+        return status;
+    }
+    template <class Call>
+    IoStatus Space(const std::string& path, std::uint64_t& bytes, Call call) {
+        IoStatus status = Pass(Operation::FreeSpace, path, call);
+        bytes = m_freeBytes.value_or(bytes);
+        return status;
+    }
+    template <class Call>
+    IoStatus Listed(const std::string& folder, Entries& entries, Call list) {
+        std::size_t kept = 0;
+        IoStatus status = Enter(Operation::List, folder, &kept);
         if (status) {
             return list();
         }
@@ -367,8 +327,8 @@ private:
     }
 
     /// Hook and delay run outside the lock, so that threads wait side by side.
-    platform::IoStatus Enter(Operation operation, const std::string& path,
-                             std::size_t* keptEntries = nullptr) {
+    IoStatus Enter(Operation operation, const std::string& path,
+                   std::size_t* keptEntries = nullptr) {
         ++m_calls[Slot(operation)];
         if (const std::int64_t delay = m_delays[Slot(operation)]; delay > 0) {
             std::this_thread::sleep_for(std::chrono::microseconds(delay));

@@ -242,7 +242,9 @@ TEST_F(ClipImportTest, TakesAwayWhatAKilledWorkerHasLeft) {
     const std::string left =
         m_to.Write("new/place/CONTENTS/AUDIO/.nqp2-0123456789abcdef.part", "half");
     std::unique_ptr<platform::FileWriter> living;
-    ASSERT_TRUE(platform::Files().Create(m_to.Path("new/place/CONTENTS/AUDIO/later.MXF"), living));
+    std::unique_ptr<platform::Folder> audio;
+    ASSERT_TRUE(platform::OpenRoot(m_to.Path("new/place/CONTENTS/AUDIO"), audio));
+    ASSERT_TRUE(audio->Create("later.MXF", living));
     ASSERT_TRUE(Import());
     EXPECT_FALSE(std::filesystem::exists(left));
     EXPECT_EQ(Arrived().size(), kFilesOfAClip + 1) << "a living writer's file stays";

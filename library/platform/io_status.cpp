@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "platform/system_status.h"
+#include "platform/io_status.h"
 
 #include "platform/guard.h"
 
