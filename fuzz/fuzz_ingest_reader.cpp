@@ -89,13 +89,13 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
             "what is no list stays as it is");
     std::unique_ptr<nqp2::platform::Folder> opened;
     Require(static_cast<bool>(folder.OpenFolder(kOnlyPath, opened)), "it opens");
-    nqp2::ingest::AddToFile(*opened, nqp2::ingest::UserDataFolder(kRoot), L"Ingest.xml",
+    nqp2::ingest::AddToFile(*opened, nqp2::ingest::UserData(kRoot), L"Ingest.xml",
                             {{kClip, {{3, 4}}}, {L"other", {{5, 6}}}});
     Require(result.status == IngestStatus::Foreign ||
                 folder.files[std::string(kFile) + ".unreadable1"] == bytes,
             "what cannot be read is kept aside");
     CMarkupMSXML saved;
-    Require(saved.Load(nqp2::ingest::UserDataFolder(kRoot) + L"Ingest.xml") != 0,
+    Require(saved.Load(nqp2::ingest::UserData(kRoot).PathOf(L"Ingest.xml")) != 0,
             "what was saved is sound");
     Require(result.status == IngestStatus::Foreign || Loaded().size() == 2,
             "a new list holds all that was added");

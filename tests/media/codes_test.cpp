@@ -1,109 +1,109 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "media/code_type_family.h"
-#include "media/codec_family.h"
+#include "media/card_layout.h"
+#include "media/families.h"
 #include "media/proxy_codes.h"
-#include "NQP2ParserU/CodeType.h"
+#include "media/rates.h"
+#include "media/timecode.h"
+#include "tests/support/print_text.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
+#include <span>
 #include <string>
-#include <vector>
+#include <string_view>
+#include <tuple>
 
 namespace nqp2 {
 namespace {
 
-using TypesByRate = std::vector<std::pair<const wchar_t*, int>>;
+struct CodeTypeRow {
+    const wchar_t* codec;
+    const wchar_t* rate;
+    int type; ///< as a number: the values are fixed
+    int class50Type;
+};
 
-void ExpectTypes(const wchar_t* codec, int class50, const wchar_t* codecClass,
-                 const TypesByRate& types) {
-    for (const auto& [rate, type] : types) {
-        EXPECT_EQ(CodeTypeFromCodec(codec, rate, class50, codecClass), type)
-            << testing::PrintToString(std::wstring(codec) + L" " + rate + L" " + codecClass);
-        EXPECT_STRNE(CodeTypeName(static_cast<eCodeType>(type)), "") << type;
-    }
-}
-
-// The types as numbers: the values are fixed. DV25 and DV50 come before the class.
-TEST(CodeType, IsDecidedByCodecAndRate) {
-    const std::pair<const wchar_t*, TypesByRate> rows[] = {
-        {L"DV25_411", {{L"25p", 12}, {L"59.94i", 23}, {L"29.97p", 24}, {L"50i", 0}, {L"", 0}}},
-        {L"DV25_420", {{L"25p", 12}, {L"59.94i", 23}, {L"29.97p", 24}, {L"50i", 0}, {L"", 0}}},
-        {L"DV50_422", {{L"25p", 13}, {L"59.94i", 26}, {L"29.97p", 27}, {L"50i", 1}}},
-        {L"dv50_422", {{L"59.94I", 26}}}, // letter case is ignored
-    };
-    for (const auto& [codec, types] : rows) {
-        ExpectTypes(codec, 0, L"", types);
-        ExpectTypes(codec, 0, L"200", types);
-    }
-    ExpectTypes(L"DV100_1080/50i", 0, L"", {{L"50i", 2}, {L"", 14}});
-    ExpectTypes(L"DV100_720/50p", 0, L"", {{L"50p", 16}, {L"25p", 15}});
-    ExpectTypes(L"DV100_1080/59.94i", 0, L"", {{L"59.94i", 29}, {L"29.97p", 30}});
-    ExpectTypes(L"DV100_720/59.94p", 0, L"", {{L"59.94p", 32}, {L"29.97p", 33}});
-    ExpectTypes(L"AVC-I_1080/50p", 0, L"", {{L"50p", 0}}); // known to class 200 only
-    ExpectTypes(L"AVC-LongG422", 0, L"50", {{L"50i", 0}, {L"", 0}});
-}
-
-TEST(CodeType, OfAvcFollowsTheFlagOfClass50) {
-    const std::tuple<const wchar_t*, int, int> rows[] = {
-        {L"AVC-I_1080/50i", 5, 7},          {L"AVC-I_1080/25p", 17, 20},
-        {L"AVC-I_720/50p", 19, 22},         {L"AVC-I_1080/59.94i", 35, 43},
-        {L"AVC-I_1080/29.97p", 36, 44},     {L"AVC-I_720/59.94p", 38, 46},
-        {L"AVCHD_1920_1080_50i", 200, 200}, {L"AVCHD_1440_1080_50i", 201, 201},
-        {L"AVCHD_1920_1080_25p", 202, 202}, {L"AVCHD_1440_1080_25p", 203, 203},
-        {L"AVCHD_1280_720_50p", 204, 204},  {L"AVCHD_1280_720_25p", 205, 205},
-    };
-    for (const auto& [codec, plain, flagged] : rows) {
-        ExpectTypes(codec, 0, L"2000", {{L"", plain}, {L"50p", plain}});
-        ExpectTypes(codec, 1, L"100", {{L"", flagged}});
-        ExpectTypes(codec, 2, L"50", {{L"", flagged}});
-    }
-}
-
-TEST(CodeType, OfClass200IsTheInterlacedOneWhereNothingElseFits) {
-    for (const int class50 : {0, 1}) { // the flag is not asked
-        const std::pair<const wchar_t*, TypesByRate> rows[] = {
-            {L"AVC-I_1080/50i", {{L"50i", 51}}},
-            {L"AVC-I_1080/59.94i", {{L"59.94i", 51}}}, // not 52
-            {L"DV100_1080/50i", {{L"50i", 51}}},
-            {L"AVCHD_1920_1080_50i", {{L"50i", 51}}},
-            {L"AVC-I_720/50p", {{L"50p", 58}}},
-            {L"AVC-I_720/59.94p", {{L"59.94p", 59}}},
-            {L"AVC-I_1080/25p", {{L"25p", 53}, {L"50p", 55}}},
-            {L"avc-i_1080/29.97p", {{L"29.97p", 54}, {L"59.94P", 56}}},
-            {L"AVC-I_1080/50p", {{L"25p", 55}}},
-            {L"AVC-I_1080/59.94p", {{L"", 56}}},
-        };
-        for (const auto& [codec, types] : rows) {
-            ExpectTypes(codec, class50, L"200", types);
+void ExpectTypes(std::span<const CodeTypeRow> rows, const wchar_t* codecClass) {
+    for (const CodeTypeRow& row : rows) {
+        for (const int class50 : {0, 1, 2}) {
+            const int type = class50 == 0 ? row.type : row.class50Type;
+            EXPECT_EQ(CodeTypeFromCodec(row.codec, row.rate, class50, codecClass), type)
+                << testing::PrintToString(std::wstring(row.codec) + L" " + row.rate) << class50;
+            EXPECT_STRNE(CodeTypeName(static_cast<eCodeType>(type)), "") << type;
         }
     }
 }
 
-TEST(CodeType, ValuesHaveNames) {
-    EXPECT_STREQ(CodeTypeName(static_cast<eCodeType>(52)), "CT_AVCI200_1080_5994I");
-    EXPECT_STREQ(CodeTypeName(static_cast<eCodeType>(46)), "CT_AVCI50_720_5994P");
-    EXPECT_STREQ(CodeTypeName(static_cast<eCodeType>(3)), "");
-    EXPECT_STREQ(CodeTypeName(static_cast<eCodeType>(-1)), "");
-    EXPECT_STREQ(StandardName(static_cast<eP2_VIDEO_STANDARD>(6)), "VS_2398P");
-    EXPECT_STREQ(StandardName(static_cast<eP2_VIDEO_STANDARD>(7)), "");
+TEST(CodeType, OfDvIsDecidedByCodecAndRateBeforeTheClass) {
+    constexpr CodeTypeRow kRows[] = {
+        {L"DV25_411", L"25p", 12, 12},    {L"DV25_411", L"59.94i", 23, 23},
+        {L"DV25_411", L"29.97p", 24, 24}, {L"DV25_411", L"50i", 0, 0},
+        {L"DV25_420", L"25p", 12, 12},    {L"DV25_420", L"59.94i", 23, 23},
+        {L"DV25_420", L"29.97p", 24, 24}, {L"DV25_420", L"", 0, 0},
+        {L"DV50_422", L"25p", 13, 13},    {L"dv50_422", L"59.94I", 26, 26},
+        {L"DV50_422", L"29.97p", 27, 27}, {L"DV50_422", L"50i", 1, 1},
+    };
+    for (const wchar_t* codecClass : {L"", L"50", L"200"}) {
+        ExpectTypes(kRows, codecClass);
+    }
 }
 
-constexpr std::tuple<const wchar_t*, int, int> kRateTexts[] = {
-    {L"50i", 0, 1},    {L"59.94i", 1, 0}, {L"23.98p", 2, 6}, {L"59.94p", 3, 3}, {L"25p", 4, 1},
-    {L"29.97p", 5, 0}, {L"24p", 6, 1},    {L"50p", 7, 4},    {L"60i", 8, 2},    {L"30p", 9, 2},
-    {L"60p", 10, 5},   {L"59.94P", 3, 3}, {L"59.94", 0, 1},  {L"50 p", 0, 1},   {L"", 0, 1},
-};
+TEST(CodeType, OfOtherCodecsFollowsTheFlagOfClass50) {
+    constexpr CodeTypeRow kRows[] = {
+        {L"DV100_1080/50i", L"50i", 2, 2},
+        {L"DV100_1080/50i", L"", 14, 14},
+        {L"DV100_720/50p", L"50p", 16, 16},
+        {L"DV100_720/50p", L"25p", 15, 15},
+        {L"DV100_1080/59.94i", L"59.94i", 29, 29},
+        {L"DV100_1080/59.94i", L"", 30, 30},
+        {L"DV100_720/59.94p", L"59.94p", 32, 32},
+        {L"DV100_720/59.94p", L"", 33, 33},
+        {L"AVC-I_1080/50i", L"", 5, 7},
+        {L"AVC-I_1080/25p", L"50p", 17, 20},
+        {L"AVC-I_720/50p", L"", 19, 22},
+        {L"AVC-I_1080/59.94i", L"", 35, 43},
+    };
+    constexpr CodeTypeRow kMoreRows[] = {
+        {L"AVC-I_1080/29.97p", L"", 36, 44},     {L"AVC-I_720/59.94p", L"50p", 38, 46},
+        {L"AVCHD_1920_1080_50i", L"", 200, 200}, {L"AVCHD_1440_1080_50i", L"50p", 201, 201},
+        {L"AVCHD_1920_1080_25p", L"", 202, 202}, {L"AVCHD_1440_1080_25p", L"", 203, 203},
+        {L"AVCHD_1280_720_50p", L"", 204, 204},  {L"AVCHD_1280_720_25p", L"", 205, 205},
+        {L"AVC-I_1080/50p", L"50p", 0, 0},       {L"AVC-LongG422", L"50i", 0, 0},
+    };
+    for (const wchar_t* codecClass : {L"", L"50", L"2000"}) {
+        ExpectTypes(kRows, codecClass);
+        ExpectTypes(kMoreRows, codecClass);
+    }
+}
 
-TEST(Rate, TextGivesIndexAndFamily) {
-    for (const auto& [text, index, standard] : kRateTexts) {
+TEST(CodeType, OfClass200IsTheInterlacedOneWhereNothingElseFits) {
+    constexpr CodeTypeRow kRows[] = {
+        {L"AVC-I_1080/50i", L"50i", 51, 51},       {L"AVC-I_1080/59.94i", L"59.94i", 51, 51},
+        {L"AVCHD_1920_1080_50i", L"50i", 51, 51},  {L"AVC-I_720/50p", L"50p", 58, 58},
+        {L"AVC-I_720/59.94p", L"59.94p", 59, 59},  {L"AVC-I_1080/25p", L"25p", 53, 53},
+        {L"AVC-I_1080/25p", L"50p", 55, 55},       {L"avc-i_1080/29.97p", L"29.97p", 54, 54},
+        {L"avc-i_1080/29.97p", L"59.94P", 56, 56}, {L"AVC-I_1080/50p", L"25p", 55, 55},
+        {L"AVC-I_1080/59.94p", L"", 56, 56},
+    };
+    ExpectTypes(kRows, L"200");
+    EXPECT_STREQ(CodeTypeName(static_cast<eCodeType>(3)), "");
+}
+
+TEST(Rate, TextGivesIndexFamilyAndNominalRate) {
+    constexpr std::tuple<const wchar_t*, int, int, int> kRows[] = {
+        {L"50i", 0, 1, 25},  {L"59.94i", 1, 0, 30}, {L"23.98p", 2, 6, 24}, {L"59.94P", 3, 3, 60},
+        {L"25p", 4, 1, 25},  {L"29.97p", 5, 0, 30}, {L"24p", 6, 1, 24},    {L"50p", 7, 4, 50},
+        {L"60i", 8, 2, 30},  {L"30p", 9, 2, 30},    {L"60p", 10, 5, 60},   {L"59.94", 0, 1, 25},
+        {L"50 p", 0, 1, 25}, {L"", 0, 1, 25},
+    };
+    for (const auto& [text, index, standard, nominal] : kRows) {
         EXPECT_EQ(RateIndexFromText(text), index) << testing::PrintToString(std::wstring(text));
         EXPECT_EQ(StandardFromRateIndex(index), standard);
+        EXPECT_EQ(media::NominalRate(text), nominal);
     }
-    EXPECT_EQ(StandardFromRateIndex(-1), VS_50I);
-    EXPECT_EQ(StandardFromRateIndex(11), VS_50I);
+    EXPECT_EQ(StandardFromRateIndex(-1) + StandardFromRateIndex(11), 2 * VS_50I);
 }
 
 TEST(Rate, NumberGivesTheIndexWithinAThousandth) {
@@ -118,6 +118,16 @@ TEST(Rate, NumberGivesTheIndexWithinAThousandth) {
     }
 }
 
+TEST(Rate, OfAFileIsTheNearestOfItsScan) {
+    for (const FrameRate& rate : kFrameRates) {
+        const FrameRate inFile = {rate.frames * 20000, rate.seconds * 20000 + 1};
+        EXPECT_EQ(media::FindRate(inFile, rate.IsInterlaced()), &rate) << CString(rate.text);
+    }
+    EXPECT_EQ(media::FindRate({24, 1}, true), media::FindRate(L"24p"));
+    EXPECT_EQ(media::FindRate({12, 1}, false), nullptr);
+    EXPECT_EQ(media::EditUnitText(*media::FindRate(L"29.97p")), L"1001/30000");
+}
+
 } // namespace
 } // namespace nqp2
 
@@ -125,24 +135,12 @@ namespace nqp2::media {
 namespace {
 
 TEST(CodeTypeFamilyTest, EveryValueBelongsToOneFamilyOrToNone) {
-    using enum CodeTypeFamily;
-    std::map<int, CodeTypeFamily> expected;
-    const std::pair<CodeTypeFamily, std::vector<int>> families[] = {
-        {StandardRate, {0, 12, 23, 24}},
-        {DoubleRate, {1, 13, 26, 27}},
-        {HighDefinition, {2, 14, 15, 16, 29, 30, 31, 32, 33, 34}},
-        {IntraHighRate, {5, 17, 18, 19, 35, 36, 37, 38, 39, 40, 41, 42}},
-        {IntraLowRate, {7, 20, 21, 22, 43, 44, 45, 46, 47, 48, 49, 50}}};
-    for (const auto& [family, values] : families) {
-        for (const int value : values) {
-            expected[value] = family;
-        }
-    }
-    for (int value = -3; value < 200; ++value) {
-        const auto row = expected.find(value);
-        EXPECT_EQ(FamilyOf(static_cast<eCodeType>(value)),
-                  row != expected.end() ? row->second : Other)
-            << value;
+    // By code type the family's number; 5 is none.
+    constexpr std::string_view kFamilies = "012553545555012223334440051152222223333333344444444";
+    for (int value = -3; value < 210; ++value) {
+        const auto place = static_cast<std::size_t>(value);
+        const int family = place < kFamilies.size() ? kFamilies[place] - '0' : 5;
+        EXPECT_EQ(static_cast<int>(FamilyOf(static_cast<eCodeType>(value))), family) << value;
     }
 }
 
@@ -163,21 +161,36 @@ TEST(CodecFamily, IsToldByTheCodecName) {
     }
 }
 
-TEST(ProxyCodes, AreToldByTheDescriptionTexts) {
-    using Codes = std::vector<std::pair<const wchar_t*, int>>;
-    const std::pair<std::int32_t (*)(std::wstring_view), Codes> rows[] = {
-        {ProxyFormatCode, {{L"mp4", 1}, {L"MOV", 2}, {L"AVI", 0}, {L"", 0}}},
-        {ProxyVideoCodecCode, {{L"AVC", 1}, {L"Mpeg-4", 2}, {L"MPEG4", 0}}},
-        {ProxyAudioCodecCode, {{L"AAC", 1}, {L"lpcm", 2}, {L"PCM", 0}}},
-        {ProxyResolutionCode, {{L"QVGA", 0}, {L"SIF_NTSC", 1}, {L"SIF_PAL", 2}, {L"480X270", 3}}},
-        {ProxyResolutionCode, {{L"640x360", 4}, {L"960x540", 5}, {L"1280x720", 6}}},
-        {ProxyResolutionCode, {{L"1920x1080", 7}, {L"1920x108", -1}, {L"", -1}}},
-    };
-    for (const auto& [codeOf, codes] : rows) {
-        for (const auto& [text, code] : codes) {
-            EXPECT_EQ(codeOf(text), code) << testing::PrintToString(std::wstring(text));
-        }
+TEST(ProxyCodes, OfResolutionsFollowTheirSize) {
+    constexpr const wchar_t* kSizes[] = {L"QVGA",    L"SIF_NTSC", L"sif_pal",  L"480x270",
+                                         L"640X360", L"960x540",  L"1280x720", L"1920x1080"};
+    for (std::int32_t code = 0; code < 8; ++code) {
+        EXPECT_EQ(ProxyResolutionCode(kSizes[code]), code);
     }
+    EXPECT_EQ(ProxyResolutionCode(L"1920x108"), -1);
+}
+
+TEST(CardLayout, ClipsAndTheirFilesNameEachOther) {
+    const std::tuple<const ClipFileKind&, const wchar_t*, const wchar_t*> rows[] = {
+        {kVideoFiles, L"0001AB.MXF", L"0001AB"},   {kAudioFiles, L"0001AB07.MXF", L"0001AB"},
+        {kAudioFiles, L"0001AB0A.MXF", L""},       {kAudioFiles, L"07.MXF", L""},
+        {kVoiceFiles, L"0001AB00.WAV", L"0001AB"}, {kProxyFiles, L"A.B.MOV", L"A.B"},
+        {kIconFiles, L"0001AB.MXF", L""},          {kMetadataFiles, L".XML", L""},
+        {kMetadataFiles, L"._0001AB.XML", L""},    {kMetadataFiles, L"0001AB", L""},
+    };
+    for (const auto& [kind, file, clip] : rows) {
+        EXPECT_EQ(CString(ClipNameIn(file, kind)), clip) << CString(file);
+    }
+    EXPECT_EQ(FileNameOf(kAudioFiles, L"0001AB", 7), L"0001AB07.MXF");
+    EXPECT_EQ(SuffixOf(kAudioFiles, 100), "100.MXF");
+}
+
+TEST(CardLayout, APlainNameLeadsNowhereElse) {
+    for (const CString& name : {CString(L"a\\b"), CString(L"a/b"), CString(L"E:x"),
+                                CString(std::wstring_view(L"a\0b", 3)), CString(L'x', 256)}) {
+        EXPECT_FALSE(IsPlainName(name)) << name;
+    }
+    EXPECT_TRUE(IsPlainName(CString(L'x', 255)));
 }
 
 } // namespace
