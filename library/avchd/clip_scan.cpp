@@ -3,8 +3,8 @@
 
 #include "avchd/clip_scan.h"
 
-#include "avchd/base_clip.h"
 #include "avchd/card_folders.h"
+#include "avchd/clip_record.h"
 #include "avchd/clip_source.h"
 #include "avchd/limits.h"
 #include "avchd/stop_watch.h"

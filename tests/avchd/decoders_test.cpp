@@ -4,7 +4,7 @@
 #include "avchd/clip_information.h"
 #include "avchd/limits.h"
 #include "avchd/playlist.h"
-#include "avchd/recorded_moment.h"
+#include "avchd/recorder_data.h"
 #include "avchd/stream_head.h"
 #include "avchd/video_format.h"
 #include "tests/avchd/avchd_bytes.h"

@@ -1,9 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "avchd/recorded_moment.h"
+#include "avchd/recorder_data.h"
 
 #include "NQP2ParserU/OleDateTime.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
 
 namespace nqp2::avchd {
 namespace {
@@ -59,6 +63,26 @@ std::optional<RecordedTimecode> DecodeTimecode(Bytes bytes) {
     const bool possible = IsIn(timecode.hours, 24) && IsIn(timecode.minutes, 60) &&
                           IsIn(timecode.seconds, 60) && IsIn(timecode.frames, 30);
     return possible ? std::optional(recorded) : std::nullopt;
+}
+
+std::optional<GlobalClipId> DecodeClipId(Bytes data) {
+    GlobalClipId id = {};
+    if (data.size() < id.size()) {
+        return std::nullopt;
+    }
+    std::copy_n(data.begin(), id.size(), id.begin());
+    return id == GlobalClipId() ? std::nullopt : std::optional(id);
+}
+
+CString ClipIdText(const GlobalClipId& id) {
+    constexpr std::wstring_view kDigits = L"0123456789ABCDEF";
+    std::wstring text;
+    text.reserve(2 * id.size());
+    for (const unsigned byte : id) {
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 0x0FU];
+    }
+    return CString(text);
 }
 
 } // namespace nqp2::avchd

@@ -5,10 +5,13 @@
 
 #include "avchd/byte_reader.h"
 #include "media/timecode.h"
+#include "NQP2ParserU/CString.h"
 
+#include <array>
+#include <cstdint>
 #include <optional>
 
-/// How recorders write moments down, in files and streams alike.
+/// What recorders write down about a shot, in files and streams alike.
 namespace nqp2::avchd {
 
 /// Local time where it was recorded.
@@ -33,5 +36,14 @@ std::optional<RecordedDate> DecodeDate(Bytes bytes);
 /// Four bytes as on tape (SMPTE ST 12-1), frames first. Nothing when all bits are set, which says
 /// "not recorded", and when they are no timecode.
 std::optional<RecordedTimecode> DecodeTimecode(Bytes bytes);
+
+/// The clip identifier that some makers record (SMPTE ST 330), byte for byte.
+using GlobalClipId = std::array<std::uint8_t, 32>;
+
+/// The first bytes of `data` as an identifier; nothing when they are fewer or all zero.
+std::optional<GlobalClipId> DecodeClipId(Bytes data);
+
+/// The identifier's text: 64 digits in upper case.
+CString ClipIdText(const GlobalClipId& id);
 
 } // namespace nqp2::avchd
