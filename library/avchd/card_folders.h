@@ -3,8 +3,6 @@
 
 #pragma once
 
-#include "NQP2ParserU/CString.h"
-
 /// Where things lie on AVCHD cards and in camera folders.
 namespace nqp2::avchd {
 
@@ -15,11 +13,12 @@ inline constexpr const wchar_t* kStreamFolder = L"STREAM\\";
 inline constexpr const wchar_t* kPlaylistFolder = L"PLAYLIST\\";
 
 inline constexpr const wchar_t* kSonyFolder = L"\\SONY\\";
-inline constexpr const wchar_t* kSonyFiles = L"\\SONY\\DVF\\100DVF\\*.AVI";
+inline constexpr const wchar_t* kSonyFiles = L"\\SONY\\DVF\\100DVF\\";
+inline constexpr const wchar_t* kSonyPattern = L"*.AVI";
 /// In the order in which they are asked for; only the first that exists counts.
 inline constexpr const wchar_t* kPanasonicFolders[] = {L"\\PANA_GRP\\001RBQAM\\",
                                                        L"\\PANA_GRP\\001YDJAM\\"};
-inline constexpr const wchar_t* kPanasonicFiles = L"*.MOV";
+inline constexpr const wchar_t* kPanasonicPattern = L"*.MOV";
 
 /// How one kind of card names its files.
 struct ClipFiles {
@@ -31,12 +30,5 @@ struct ClipFiles {
 };
 inline constexpr ClipFiles kAvchdFiles = {L".CPI", L".MTS", L".MPL", L"NQGetAVCHDCPIMetaData"};
 inline constexpr ClipFiles kBdmvFiles = {L".clpi", L".m2ts", L".mpls", nullptr};
-
-/// Whether a folder (interface path with its trailing separator) exists.
-bool FolderExists(const CString& folder);
-
-/// The folder of clips below a root, its drive closed: that of AVCHD when it holds clip information,
-/// even none at all, else that of a disc.
-CString ClipsFolder(const CString& root);
 
 } // namespace nqp2::avchd

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "avchd/clip_scan.h"
+#include "avchd/card.h"
 #include "avchd/limits.h"
 #include "avchd/video_format.h"
 #include "NQP2ParserU/DebugOutput.h"
@@ -56,17 +56,17 @@ protected:
     std::vector<std::string> Scan(bool expected = true) {
         m_clips.RemoveAll();
         m_omitted.clear();
-        m_splits.clear();
+        ScanReport report;
         EXPECT_EQ(ScanClips(
                       Root(),
                       [this](const CString& path, NQP2BaseClipInfo& info) {
                           return m_worker(path, info);
                       },
-                      [this](const CString& path, Omission, const std::string&) {
-                          m_omitted.push_back(Relative(path));
-                      },
-                      {m_clips, m_splits}),
+                      m_clips, report),
                   expected);
+        for (const SkippedFile& file : report.skipped) {
+            m_omitted.push_back(Relative(file.path));
+        }
         std::vector<std::string> names;
         for (const _tag_P2Clip& clip : m_clips) {
             names.push_back(platform::Utf8FromText(clip.ClipName.View()));
@@ -85,7 +85,6 @@ protected:
     test::TempFolder m_folder;
     CArray<_tag_P2Clip> m_clips;
     std::vector<std::string> m_omitted;
-    std::vector<SplitRecording> m_splits;
     std::function<int(const CString&, NQP2BaseClipInfo&)> m_worker =
         [](const CString&, NQP2BaseClipInfo&) { return 0; };
 };
@@ -240,7 +239,7 @@ TEST_F(ClipScanTest, RootsThatAreNoCard) {
     m_folder.MakeFolder("PANA_GRP/003");
     m_folder.MakeFolder("BDMV/PLAYLIST");
     EXPECT_THAT(Scan(false), IsEmpty());
-    EXPECT_FALSE(ScanClips(L"", {}, {}, {m_clips, m_splits}));
+    EXPECT_EQ(CNQP2Parser().LoadAVCHDClip(L"", m_clips), 1);
     m_folder.MakeFolder("SONY");
     EXPECT_THAT(Scan(), IsEmpty()) << "a folder alone is enough to scan nothing";
 }
@@ -380,7 +379,8 @@ TEST_F(ClipScanTest, PlaylistsAreReadOncePerScan) {
     std::vector<std::string> listed;
     files.SetHook([&](Operation operation, const std::string& path) {
         if (operation == Operation::List && path.find("BDMV") != std::string::npos) {
-            listed.push_back(path.substr(path.find("BDMV")));
+            listed.push_back(
+                std::filesystem::path(path + "/.").lexically_normal().parent_path().filename());
         }
     });
     const platform::ScopedFileSystem inUse(files);
@@ -393,8 +393,7 @@ TEST_F(ClipScanTest, PlaylistsAreReadOncePerScan) {
     });
     EXPECT_EQ(Scan().size(), 3U);
     EXPECT_EQ(m_clips[0].StartDate.GetLength(), 19);
-    EXPECT_THAT(listed,
-                ElementsAre("BDMV/CLIPINF/", "BDMV/STREAM/", "BDMV/PLAYLIST/", "BDMV/CLIPINF/"));
+    EXPECT_THAT(listed, ElementsAre("CLIPINF", "STREAM", "PLAYLIST"));
 }
 
 TEST_F(ClipScanTest, ReadingAheadOnASlowMediumChangesNothing) {
