@@ -10,6 +10,7 @@
 #include "media/file_date.h"
 #include "platform/file_system.h"
 #include "platform/full_path.h"
+#include "platform/guard.h"
 #include "platform/place.h"
 #include "platform/read_ahead.h"
 #include "platform/unicode.h"
@@ -140,11 +141,14 @@ private:
         for (const FoundFile& file : files) {
             contents.Next(information);
             stream.bytes.clear();
+            const platform::MemoryWatch watch;
             if (m_source.StreamOf(kind, file.title)) {
                 contents.Next(stream);
             }
-            m_omitted.TakeAlone(file.path,
-                                [&] { TakeClip(kind, file, information, stream.bytes); });
+            m_omitted.TakeAlone(file.path, [&] {
+                watch.Require(); // a record without what its stream tells would be a wrong one
+                TakeClip(kind, file, information, stream.bytes);
+            });
         }
         FindTakes(kind, first);
     }
