@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "avchd/card_folders.h"
+#include "media/card_layout.h"
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
@@ -17,6 +17,15 @@
 /// it. An empty root holds nothing.
 namespace nqp2::avchd {
 
+/// A kind of card: how it names files, and what the debugger output calls the decoding of a clip
+/// (null: it is not told).
+struct CardKind {
+    media::AvchdExtensions files;
+    const wchar_t* timedAs;
+};
+inline constexpr CardKind kAvchdCard = {media::kAvchdExtensions, L"NQGetAVCHDCPIMetaData"};
+inline constexpr CardKind kDisc = {media::kDiscExtensions, nullptr};
+
 /// Asks for the description of a camera file by its interface path; the record comes with the name
 /// and date text. Positive when the record was filled.
 using BaseClipRequest = std::function<int(const CString& path, NQP2BaseClipInfo& info)>;
@@ -29,7 +38,7 @@ bool ScanClips(const CString& root, const BaseClipRequest& request, CArray<_tag_
                ScanReport& report);
 
 /// Reads one clip of a kind by its name. False, the record untouched, when there is no such clip.
-bool ReadClip(const CString& root, const CString& name, const ClipFiles& kind, _tag_P2Clip& clip);
+bool ReadClip(const CString& root, const CString& name, const CardKind& kind, _tag_P2Clip& clip);
 
 /// Reads one playlist as an edit list: every play item an event, all at the start of the timeline,
 /// out points exclusive (those of P2 edit lists are inclusive; hosts rely on both). An item whose

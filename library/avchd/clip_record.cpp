@@ -57,10 +57,6 @@ void FillPicture(const ClipInformation& information, const StreamHead& stream, b
     clip.Duration = rate != nullptr ? information.Frames(*rate) : 0;
 }
 
-bool CountsDropFrame(const CString& frameRate) {
-    return media::ClipTimecodeRate(frameRate.View(), true).droppedNumbers != 0;
-}
-
 /// The frames before a timecode at the clip's true rate. Recorders number every second frame where
 /// there are 50 and more.
 std::int32_t FramesBefore(media::Timecode timecode, const _tag_P2Clip& clip) {
@@ -73,7 +69,7 @@ std::int32_t FramesBefore(media::Timecode timecode, const _tag_P2Clip& clip) {
 
 /// Needs the record's rate. Without a timecode the flag keeps its default where it means anything.
 void FillTimecode(const std::optional<RecordedTimecode>& recorded, _tag_P2Clip& clip) {
-    const bool canDrop = CountsDropFrame(clip.FrameRate);
+    const bool canDrop = media::CanDropFrames(clip.FrameRate.View());
     clip.DropFrame = canDrop && (!recorded || recorded->dropFrame) ? 1 : 0;
     clip.StartTimecode = recorded ? FramesBefore(recorded->timecode, clip) : 0;
 }
@@ -176,7 +172,7 @@ void FillFromBase(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip
     clip.AspectRatio = base.text2;
     clip.ActivePixel = base.value4 & 0xFFFF;
     clip.ActiveLine = base.value4 >> 16;
-    clip.DropFrame = CountsDropFrame(base.text1) ? 1 : 0;
+    clip.DropFrame = media::CanDropFrames(base.text1.View()) ? 1 : 0;
     FillEssence(base, path, clip);
 }
 

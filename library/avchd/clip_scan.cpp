@@ -51,32 +51,32 @@ public:
           m_omitted(report), m_source(ClipsFolder(m_root)) {}
 
     bool Run() {
-        const bool hasSony = m_root.Below(kSonyFolder).Exists();
-        const std::optional<Place> panasonic = PanasonicFolder();
-        if (!m_source.Information().Exists() && !hasSony && !panasonic) {
+        const bool hasSony = m_root.Below(media::kSonyCamera.known.BelowDrive()).Exists();
+        const media::CameraFolder* const panasonic = PanasonicFolder();
+        if (!m_source.Information().Exists() && !hasSony && panasonic == nullptr) {
             return false;
         }
         const StopWatch watch;
-        ScanInformation(kAvchdFiles);
+        ScanInformation(kAvchdCard);
         if (hasSony) {
-            ScanCameraFiles(m_root.Below(kSonyFiles), kSonyPattern);
+            ScanCameraFiles(media::kSonyCamera);
         }
-        if (panasonic) {
-            ScanCameraFiles(*panasonic, kPanasonicPattern);
+        if (panasonic != nullptr) {
+            ScanCameraFiles(*panasonic);
         }
-        ScanInformation(kBdmvFiles);
+        ScanInformation(kDisc);
         watch.Report(L"LoadAllClip");
         return true;
     }
 
 private:
-    [[nodiscard]] std::optional<Place> PanasonicFolder() const {
-        for (const wchar_t* const name : kPanasonicFolders) {
-            if (Place folder = m_root.Below(name); folder.Exists()) {
-                return folder;
-            }
-        }
-        return std::nullopt;
+    [[nodiscard]] const media::CameraFolder* PanasonicFolder() const {
+        const auto* const found =
+            std::find_if(media::kPanasonicCameras.begin(), media::kPanasonicCameras.end(),
+                         [this](const media::CameraFolder& camera) {
+                             return m_root.Below(camera.known.BelowDrive()).Exists();
+                         });
+        return found == media::kPanasonicCameras.end() ? nullptr : found;
     }
 
     void OmitUnlessCompanion(const CString& path, SkipReason reason, const char* why) {
@@ -115,7 +115,7 @@ private:
     }
 
     /// Both files of each clip, in the order in which the scan takes them.
-    std::vector<platform::FileRequest> RequestsFor(const ClipFiles& kind,
+    std::vector<platform::FileRequest> RequestsFor(const CardKind& kind,
                                                    const std::vector<FoundFile>& files) const {
         std::vector<platform::FileRequest> requests;
         requests.reserve(2 * files.size());
@@ -128,9 +128,9 @@ private:
         return requests;
     }
 
-    void ScanInformation(const ClipFiles& kind) {
+    void ScanInformation(const CardKind& kind) {
         const std::vector<FoundFile> files =
-            FilesOf(m_source.Information(), CString(L"*") + kind.informationExtension);
+            FilesOf(m_source.Information(), CString(L"*") + kind.files.information.Text());
         if (files.empty()) {
             return;
         }
@@ -153,7 +153,7 @@ private:
         FindTakes(kind, first);
     }
 
-    void TakeClip(const ClipFiles& kind, const FoundFile& file, platform::FileContent& information,
+    void TakeClip(const CardKind& kind, const FoundFile& file, platform::FileContent& information,
                   const std::string& stream) {
         Begin(TimeOf(information.info), m_clip);
         const std::string* content =
@@ -169,7 +169,7 @@ private:
 
     /// The recordings among the clips from `first` on that the camera split, in the order of their
     /// first clips.
-    void FindTakes(const ClipFiles& kind, std::int64_t first) {
+    void FindTakes(const CardKind& kind, std::int64_t first) {
         if (!m_source.Facts(kind).isWhole) {
             m_omitted.AddThrown(
                 m_source.Playlists().Written(),
@@ -212,8 +212,9 @@ private:
         }
     }
 
-    void ScanCameraFiles(const Place& folder, const wchar_t* pattern) {
-        for (const FoundFile& file : FilesOf(folder, pattern)) {
+    void ScanCameraFiles(const media::CameraFolder& camera) {
+        for (const FoundFile& file :
+             FilesOf(m_root.Below(camera.files.BelowDrive()), camera.pattern.Text())) {
             m_omitted.TakeAlone(file.path, [&] { TakeCameraFile(file); });
         }
     }
@@ -253,7 +254,7 @@ bool ScanClips(const CString& root, const BaseClipRequest& request, CArray<_tag_
     return !root.IsEmpty() && Scan(Place(media::WithDrive(root)), request, clips, report).Run();
 }
 
-bool ReadClip(const CString& root, const CString& name, const ClipFiles& kind, _tag_P2Clip& clip) {
+bool ReadClip(const CString& root, const CString& name, const CardKind& kind, _tag_P2Clip& clip) {
     return !root.IsEmpty() && !name.IsEmpty() &&
            ClipSource(ClipsFolder(Place(media::WithDrive(root)))).Read(kind, name, clip);
 }

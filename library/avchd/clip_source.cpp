@@ -22,7 +22,7 @@ Bytes BytesOf(const std::string& content) {
     return {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()};
 }
 
-std::optional<ClipInformation> DecodeTimed(const ClipFiles& kind, const std::string& content) {
+std::optional<ClipInformation> DecodeTimed(const CardKind& kind, const std::string& content) {
     const StopWatch watch;
     std::optional<ClipInformation> information = DecodeClipInformation(BytesOf(content));
     if (kind.timedAs != nullptr) {
@@ -103,8 +103,10 @@ platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playl
 }
 
 platform::Place ClipsFolder(const platform::Place& root) {
-    const platform::Place avchd = root.Below(kAvchdFolder);
-    return avchd.Below(kInformationFolder).Exists() ? avchd : root.Below(kBdmvFolder);
+    const platform::Place avchd = root.Below(media::kAvchd.BelowDrive());
+    return avchd.Below(media::kClipInformation.Path()).Exists()
+               ? avchd
+               : root.Below(media::kDisc.BelowDrive());
 }
 
 std::optional<std::string> FileIn(const platform::Place& folder, const CString& name) {
@@ -114,12 +116,12 @@ std::optional<std::string> FileIn(const platform::Place& folder, const CString& 
     return isFile ? std::optional(std::move(file.posixPath)) : std::nullopt;
 }
 
-std::optional<std::string> ClipSource::StreamOf(const ClipFiles& kind, const CString& name) const {
-    return FileIn(m_streams, name + kind.streamExtension);
+std::optional<std::string> ClipSource::StreamOf(const CardKind& kind, const CString& name) const {
+    return FileIn(m_streams, name + kind.files.stream.Text());
 }
 
-const ClipSource::PlaylistFacts& ClipSource::Facts(const ClipFiles& kind) {
-    const auto [place, isNew] = m_facts.try_emplace(kind.playlistExtension);
+const ClipSource::PlaylistFacts& ClipSource::Facts(const CardKind& kind) {
+    const auto [place, isNew] = m_facts.try_emplace(kind.files.playlist.Text());
     PlaylistFacts& facts = place->second;
     if (!isNew) {
         return facts;
@@ -127,7 +129,7 @@ const ClipSource::PlaylistFacts& ClipSource::Facts(const ClipFiles& kind) {
     platform::IoStatus listed;
     std::vector<platform::FileRequest> requests;
     for (platform::FoundFile& file :
-         m_playlists.List(CString(L"*") + kind.playlistExtension, listed)) {
+         m_playlists.List(CString(L"*") + kind.files.playlist.Text(), listed)) {
         if (!file.isFolder && !file.isSpecial) {
             requests.push_back({std::move(file.posixPath), platform::kReadAheadLimit});
         }
@@ -144,19 +146,19 @@ const ClipSource::PlaylistFacts& ClipSource::Facts(const ClipFiles& kind) {
 }
 
 /// Sound lies in the stream beside the picture.
-void ClipSource::FillPaths(const ClipFiles& kind, const CString& name, bool hasStream,
+void ClipSource::FillPaths(const CardKind& kind, const CString& name, bool hasStream,
                            std::int32_t channels, _tag_P2Clip& clip) const {
     const std::int32_t slots = std::min(channels, std::int32_t{_tag_P2Clip::kAudioSlots});
     clip.ClipName = name;
     clip.UserClipName = name;
-    clip.VideoPath = hasStream ? m_streams.PathOf(name + kind.streamExtension) : L"";
+    clip.VideoPath = hasStream ? m_streams.PathOf(name + kind.files.stream.Text()) : L"";
     clip.EssenceMask = hasStream ? ChannelBits(slots) | 1U : 0;
     for (std::int32_t i = 0; i < _tag_P2Clip::kAudioSlots; ++i) {
         clip.AudioPath[i] = i < slots ? clip.VideoPath : CString();
     }
 }
 
-bool ClipSource::Decode(const ClipFiles& kind, const CString& name, const std::string& information,
+bool ClipSource::Decode(const CardKind& kind, const CString& name, const std::string& information,
                         const std::string& streamHead, _tag_P2Clip& clip) {
     const std::optional<ClipInformation> decoded = DecodeTimed(kind, information);
     if (!decoded) {
@@ -170,8 +172,9 @@ bool ClipSource::Decode(const ClipFiles& kind, const CString& name, const std::s
     return true;
 }
 
-bool ClipSource::Read(const ClipFiles& kind, const CString& name, _tag_P2Clip& clip) {
-    const std::optional<std::string> path = FileIn(m_information, name + kind.informationExtension);
+bool ClipSource::Read(const CardKind& kind, const CString& name, _tag_P2Clip& clip) {
+    const std::optional<std::string> path =
+        FileIn(m_information, name + kind.files.information.Text());
     std::string information;
     if (!path || !platform::Files().Read(*path, kMaxClipInformationFile, information)) {
         return false;

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "avchd/card_folders.h"
+#include "avchd/card.h"
 #include "avchd/clip_record.h"
 #include "avchd/playlist_facts.h"
 #include "NQP2ParserU/CString.h"
@@ -33,22 +33,23 @@ std::optional<std::string> FileIn(const platform::Place& folder, const CString& 
 class ClipSource {
 public:
     explicit ClipSource(const platform::Place& folder)
-        : m_information(folder.Below(kInformationFolder)), m_streams(folder.Below(kStreamFolder)),
-          m_playlists(folder.Below(kPlaylistFolder)) {}
+        : m_information(folder.Below(media::kClipInformation.Path())),
+          m_streams(folder.Below(media::kStreams.Path())),
+          m_playlists(folder.Below(media::kPlaylists.Path())) {}
 
     [[nodiscard]] const platform::Place& Information() const { return m_information; }
     [[nodiscard]] const platform::Place& Playlists() const { return m_playlists; }
     /// The clip's stream file for the file system; nothing when the card has none.
-    [[nodiscard]] std::optional<std::string> StreamOf(const ClipFiles& kind,
+    [[nodiscard]] std::optional<std::string> StreamOf(const CardKind& kind,
                                                       const CString& name) const;
 
     /// Fills the record from a clip information file's content and the beginning of its stream, and
     /// reads more of the stream when that is not enough. False, the record untouched, when the clip
     /// cannot be decoded.
-    bool Decode(const ClipFiles& kind, const CString& name, const std::string& information,
+    bool Decode(const CardKind& kind, const CString& name, const std::string& information,
                 const std::string& streamHead, _tag_P2Clip& clip);
     /// The same for a clip that is looked for by its name.
-    bool Read(const ClipFiles& kind, const CString& name, _tag_P2Clip& clip);
+    bool Read(const CardKind& kind, const CString& name, _tag_P2Clip& clip);
 
     /// What the playlists of one kind of card tell; a playlist that cannot be read tells nothing.
     struct PlaylistFacts {
@@ -56,16 +57,16 @@ public:
         SplitRecordings splits;
         bool isWhole = false; ///< not when memory was short for one of them
     };
-    const PlaylistFacts& Facts(const ClipFiles& kind);
+    const PlaylistFacts& Facts(const CardKind& kind);
 
 private:
-    void FillPaths(const ClipFiles& kind, const CString& name, bool hasStream,
-                   std::int32_t channels, _tag_P2Clip& clip) const;
+    void FillPaths(const CardKind& kind, const CString& name, bool hasStream, std::int32_t channels,
+                   _tag_P2Clip& clip) const;
 
     platform::Place m_information;
     platform::Place m_streams;
     platform::Place m_playlists;
-    std::map<std::wstring_view, PlaylistFacts> m_facts; ///< by the playlists' extension
+    std::map<std::wstring, PlaylistFacts> m_facts; ///< by the playlists' extension
 };
 
 /// What reads a clip's two files.

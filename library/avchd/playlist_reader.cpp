@@ -66,8 +66,8 @@ CString DateOf(const std::string& path) {
 
 /// The folder that a card's playlists are listed in; nothing when there is none.
 std::optional<Place> PlaylistFolder(const Place& root) {
-    for (const wchar_t* const above : {kAvchdFolder, kBdmvFolder}) {
-        if (Place folder = root.Below(above).Below(kPlaylistFolder); folder.Exists()) {
+    for (const wchar_t* const above : {media::kAvchd.BelowDrive(), media::kDisc.BelowDrive()}) {
+        if (Place folder = root.Below(above).Below(media::kPlaylists.Path()); folder.Exists()) {
             return folder;
         }
     }
@@ -77,8 +77,9 @@ std::optional<Place> PlaylistFolder(const Place& root) {
 /// The folder that a playlist is looked for in by its name: that of AVCHD whenever there is AVCHD,
 /// even without playlists of its own; kept: hosts rely on it.
 Place NamedPlaylistFolder(const Place& root) {
-    const Place avchd = root.Below(kAvchdFolder);
-    return (avchd.Exists() ? avchd : root.Below(kBdmvFolder)).Below(kPlaylistFolder);
+    const Place avchd = root.Below(media::kAvchd.BelowDrive());
+    return (avchd.Exists() ? avchd : root.Below(media::kDisc.BelowDrive()))
+        .Below(media::kPlaylists.Path());
 }
 
 /// Why there is no edit list of a playlist.
@@ -90,7 +91,7 @@ struct Refusal {
 /// Reads playlists of one kind of card; a clip that several items name is read once.
 class PlaylistReader {
 public:
-    PlaylistReader(const Place& root, const ClipFiles& kind)
+    PlaylistReader(const Place& root, const CardKind& kind)
         : m_kind(kind), m_clips(ClipsFolder(root)) {}
 
     /// Fills the record. False with a reason, or without one for an empty playlist.
@@ -153,7 +154,7 @@ private:
         edl.Events.Add(std::move(event));
     }
 
-    ClipFiles m_kind;
+    CardKind m_kind;
     ClipSource m_clips;
     /// Null for a clip that cannot be read; a hostile list names thousands of these.
     std::map<std::string, std::unique_ptr<_tag_P2Clip>, std::less<>> m_known;
@@ -168,7 +169,7 @@ std::optional<std::string> FileOfName(const Place& root, const FoundFile& file,
                                       std::optional<Refusal>& /*refusal*/) {
     return file.isFolder
                ? std::nullopt
-               : FileIn(NamedPlaylistFolder(root), file.title + kAvchdFiles.playlistExtension);
+               : FileIn(NamedPlaylistFolder(root), file.title + kAvchdCard.files.playlist.Text());
 }
 
 std::optional<std::string> FileItself(const Place& /*root*/, const FoundFile& file,
@@ -187,18 +188,18 @@ public:
         : m_root(std::move(root)), m_folder(std::move(folder)), m_edls(edls), m_omitted(report) {}
 
     /// Appends the playlists of one kind.
-    void Append(const ClipFiles& kind, FileOf fileOf) {
+    void Append(const CardKind& kind, FileOf fileOf) {
         PlaylistReader reader(m_root, kind);
         platform::IoStatus status;
         for (const FoundFile& file :
-             m_folder.List(CString(L"*") + kind.playlistExtension, status)) {
+             m_folder.List(CString(L"*") + kind.files.playlist.Text(), status)) {
             m_omitted.TakeAlone(file.path, [&] { Take(file, reader, fileOf); });
         }
     }
 
     void AppendAll() {
-        Append(kAvchdFiles, FileItself);
-        Append(kBdmvFiles, FileItself);
+        Append(kAvchdCard, FileItself);
+        Append(kDisc, FileItself);
         if (const platform::IoStatus& status = m_folder.Names().Status(); !status) {
             m_omitted.AddFolder(m_folder.Written(), status);
         }
@@ -235,9 +236,9 @@ bool ReadPlaylist(const CString& root, const CString& name, tag_P2EDL& edl) {
     }
     const Place card(media::WithDrive(root));
     const std::optional<std::string> path =
-        FileIn(NamedPlaylistFolder(card), name + kAvchdFiles.playlistExtension);
+        FileIn(NamedPlaylistFolder(card), name + kAvchdCard.files.playlist.Text());
     std::optional<Refusal> refusal;
-    return path && PlaylistReader(card, kAvchdFiles).Read(*path, edl, refusal);
+    return path && PlaylistReader(card, kAvchdCard).Read(*path, edl, refusal);
 }
 
 bool ScanPlaylists(const CString& root, CArray<tag_P2EDL>& edls) {
@@ -245,7 +246,7 @@ bool ScanPlaylists(const CString& root, CArray<tag_P2EDL>& edls) {
     const std::optional<Place> folder = PlaylistFolder(card);
     ScanReport report; // not asked for
     if (folder) {
-        PlaylistScan(card, *folder, edls, report).Append(kAvchdFiles, FileOfName);
+        PlaylistScan(card, *folder, edls, report).Append(kAvchdCard, FileOfName);
     }
     return folder.has_value();
 }

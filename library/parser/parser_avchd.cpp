@@ -30,13 +30,12 @@ __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& cli
 int CNQP2Parser::GetAVCHDCPIMetadata(const CString& root, const CString& clipName,
                                      _tag_P2Clip& clip) noexcept {
     return Guarded(
-        0, [&] { return avchd::ReadClip(root, clipName, avchd::kAvchdFiles, clip) ? 1 : 0; });
+        0, [&] { return avchd::ReadClip(root, clipName, avchd::kAvchdCard, clip) ? 1 : 0; });
 }
 
 int CNQP2Parser::GetAVCHDClpiDataInfo(const CString& root, const CString& clipName,
                                       _tag_P2Clip& clip) noexcept {
-    return Guarded(
-        0, [&] { return avchd::ReadClip(root, clipName, avchd::kBdmvFiles, clip) ? 1 : 0; });
+    return Guarded(0, [&] { return avchd::ReadClip(root, clipName, avchd::kDisc, clip) ? 1 : 0; });
 }
 
 __int64 CNQP2Parser::LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls) {
