@@ -3,6 +3,7 @@
 
 #include "avchd/clip_record.h"
 
+#include "media/dates.h"
 #include "media/identifier.h"
 #include "media/timecode.h"
 
@@ -74,12 +75,10 @@ void FillTimecode(const std::optional<RecordedTimecode>& recorded, _tag_P2Clip& 
     clip.StartTimecode = recorded ? FramesBefore(recorded->timecode, clip) : 0;
 }
 
-void FillDate(const std::optional<RecordedDate>& date, _tag_P2Clip& clip) {
+void FillDate(const std::optional<media::CalendarTime>& date, _tag_P2Clip& clip) {
     if (date) {
-        clip.StartDate.Format(L"%ld-%02d-%02dT%02d:%02d:%02d", date->year, date->month, date->day,
-                              date->hour, date->minute, date->second);
-        clip.ShootStartTime.SetDateTime(date->year, date->month, date->day, date->hour,
-                                        date->minute, date->second);
+        clip.StartDate = media::DateText(*date);
+        clip.ShootStartTime = MomentOf(*date);
     }
 }
 

@@ -7,7 +7,7 @@
 #include "avchd/limits.h"
 #include "avchd/omissions.h"
 #include "media/card_layout.h"
-#include "media/file_date.h"
+#include "media/dates.h"
 #include "platform/file_system.h"
 #include "platform/full_path.h"
 #include "platform/guard.h"

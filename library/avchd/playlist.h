@@ -21,7 +21,7 @@ struct Shot {
     std::uint32_t item = 0; ///< index of the play item
     std::uint32_t time = 0; ///< position in the item's clip, 45 kHz ticks
     std::uint8_t pulldown = 0;
-    std::optional<RecordedDate> date;
+    std::optional<media::CalendarTime> date;
     std::optional<RecordedTimecode> timecode;
     std::optional<GlobalClipId> clipId;
 };

@@ -6,7 +6,7 @@
 #include "avchd/omissions.h"
 #include "avchd/playlist.h"
 #include "media/card_layout.h"
-#include "media/file_date.h"
+#include "media/dates.h"
 #include "media/identifier.h"
 #include "platform/file_system.h"
 #include "platform/guid_text.h"

@@ -3,8 +3,6 @@
 
 #include "avchd/recorder_data.h"
 
-#include "NQP2ParserU/OleDateTime.h"
-
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -25,15 +23,16 @@ bool IsIn(int number, int limit) {
     return number >= 0 && number < limit;
 }
 
-bool IsPossible(const RecordedDate& date) {
-    COleDateTime moment;
-    return moment.SetDateTime(date.year, date.month, date.day, date.hour, date.minute,
-                              date.second) == COleDateTime::valid;
-}
-
 } // namespace
 
-std::optional<RecordedDate> DecodeDate(Bytes bytes) {
+COleDateTime MomentOf(const media::CalendarTime& date) {
+    COleDateTime moment;
+    moment.SetDateTime(static_cast<int>(date.year), date.month, date.day, date.hour, date.minute,
+                       date.second);
+    return moment;
+}
+
+std::optional<media::CalendarTime> DecodeDate(Bytes bytes) {
     constexpr std::size_t kFields = 7;
     if (bytes.size() != kFields) {
         return std::nullopt;
@@ -45,9 +44,9 @@ std::optional<RecordedDate> DecodeDate(Bytes bytes) {
             return std::nullopt;
         }
     }
-    const RecordedDate date = {
+    const media::CalendarTime date = {
         fields[0] * 100 + fields[1], fields[2], fields[3], fields[4], fields[5], fields[6]};
-    return IsPossible(date) ? std::optional(date) : std::nullopt;
+    return MomentOf(date).GetStatus() == COleDateTime::valid ? std::optional(date) : std::nullopt;
 }
 
 std::optional<RecordedTimecode> DecodeTimecode(Bytes bytes) {

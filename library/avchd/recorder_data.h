@@ -4,8 +4,10 @@
 #pragma once
 
 #include "avchd/byte_reader.h"
+#include "media/dates.h"
 #include "media/timecode.h"
 #include "NQP2ParserU/CString.h"
+#include "NQP2ParserU/OleDateTime.h"
 
 #include <array>
 #include <cstdint>
@@ -14,24 +16,17 @@
 /// What recorders write down about a shot, in files and streams alike.
 namespace nqp2::avchd {
 
-/// Local time where it was recorded.
-struct RecordedDate {
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    int hour = 0;
-    int minute = 0;
-    int second = 0;
-};
-
 struct RecordedTimecode {
     media::Timecode timecode;
     bool dropFrame = false;
 };
 
 /// Seven bytes of binary-coded decimals: century, year, month, day, hour, minute, second. Nothing
-/// when they are no date.
-std::optional<RecordedDate> DecodeDate(Bytes bytes);
+/// when they are no date. It is the local time where it was recorded.
+std::optional<media::CalendarTime> DecodeDate(Bytes bytes);
+
+/// The same as a date-time value; of status `invalid` for an impossible date.
+COleDateTime MomentOf(const media::CalendarTime& date);
 
 /// Four bytes as on tape (SMPTE ST 12-1), frames first. Nothing when all bits are set, which says
 /// "not recorded", and when they are no timecode.

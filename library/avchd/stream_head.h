@@ -28,7 +28,7 @@ struct SequenceParameters {
 /// What the beginning of an H.264 stream tells, up to its first picture.
 struct StreamHead {
     std::optional<SequenceParameters> parameters;
-    std::optional<RecordedDate> date;
+    std::optional<media::CalendarTime> date;
     std::optional<RecordedTimecode> timecode;
     /// The first picture has begun behind its parameters: more bytes would tell nothing more.
     bool complete = false;

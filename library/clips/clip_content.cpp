@@ -4,8 +4,8 @@
 #include "clips/clip_content.h"
 
 #include "media/card_layout.h"
-#include "media/codec_family.h"
 #include "media/element_paths.h"
+#include "media/families.h"
 #include "platform/number_text.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"

@@ -4,7 +4,7 @@
 #include "clips/clip_fields.h"
 
 #include "clips/memos.h"
-#include "media/clip_date.h"
+#include "media/dates.h"
 #include "media/proxy_codes.h"
 #include "platform/number_text.h"
 

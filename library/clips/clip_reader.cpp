@@ -5,7 +5,7 @@
 
 #include "clips/clip_fields.h"
 #include "media/card_layout.h"
-#include "media/codec_family.h"
+#include "media/families.h"
 #include "media/timecode.h"
 #include "platform/diagnostics.h"
 

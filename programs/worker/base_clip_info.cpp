@@ -6,7 +6,7 @@
 #include "clips/clip_reader.h"
 #include "clips/clip_texts.h"
 #include "clips/essence_lookup.h"
-#include "media/clip_date.h"
+#include "media/dates.h"
 #include "media/identifier.h"
 #include "media/rates.h"
 #include "media/timecode.h"
