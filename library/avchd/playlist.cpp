@@ -141,7 +141,7 @@ private:
     std::uint16_t m_left; ///< entries that have not been read
 };
 
-/// Keeps a shot for the item that its mark stands on, unless another came before it.
+/// Keeps a shot for the item that its mark is on, unless another came before it.
 void AddShot(const Shot& shot, Playlist& playlist) {
     if (shot.item < playlist.items.size() && playlist.items[shot.item].shot == PlayItem::kNoShot) {
         playlist.items[shot.item].shot = static_cast<std::int32_t>(playlist.shots.size());

@@ -16,7 +16,7 @@
 
 namespace nqp2::avchd {
 
-/// What the recorder wrote down about one shot, beside the mark that stands at its start.
+/// What the recorder wrote down about one shot, beside the mark at its start.
 struct Shot {
     std::uint32_t item = 0; ///< index of the play item
     std::uint32_t time = 0; ///< position in the item's clip, 45 kHz ticks

@@ -186,7 +186,7 @@ std::vector<std::uint8_t> VideoBytes(Bytes file, std::uint16_t pid) {
 
 StreamHead DecodeVideoHead(Bytes video) {
     StreamHead head;
-    TakeUnit(video); // what stands before the first start code
+    TakeUnit(video); // what is before the first start code
     while (!video.empty() && !head.complete) {
         ReadUnit(TakeUnit(video), head);
     }

@@ -42,7 +42,7 @@ StreamHead DecodeStreamHead(Bytes file, std::uint16_t videoPid);
 StreamHead DecodeVideoHead(Bytes video);
 
 /// Decodes a parameter set, its one header byte and the emulation bytes taken off. Nothing for one
-/// that is cut off or impossible. What stands behind the timing is not read.
+/// that is cut off or impossible. What follows the timing is not read.
 std::optional<SequenceParameters> DecodeSequenceParameters(Bytes unit);
 
 /// The bytes of one video stream out of the beginning of a .MTS or .m2ts file: its packets of 192
