@@ -27,8 +27,6 @@ namespace {
 
 using test::ClipSpec;
 using test::FaultyFileSystem;
-using test::ItemSpec;
-using test::MarkSpec;
 using test::Operation;
 using test::PlaylistSpec;
 using testing::ElementsAre;
@@ -141,32 +139,23 @@ TEST_F(AvchdCardTest, FillsTheRecordFromAllFilesOfTheClip) {
     AddClip("00012", spec);
     AddStream("00012",
               test::StreamBytes({100, 90, 34, true, 2, 14}, test::DatePacks("\x10\x03\x02\x01")));
-    AddPlaylist("00000", {.items = {{"00012"}}, .marks = {MarkSpec{0, 38700, kPulldown22}}});
-    const _tag_P2Clip clip = ScanOne();
-    EXPECT_EQ(clip.SourceKind, 1);
-    EXPECT_EQ(Picture(clip), "AVCHD_1440_1080_25p 25p 16:9 1440x1080 8 10");
-    EXPECT_EQ(CodeTypeFromCodec(clip.CodecName, clip.FrameRate, 0, L""), CT_AVCHD_1440_1080_25P);
-    EXPECT_EQ(Start(clip), "93085 2011-01-28T13:45:07") << "of the stream, of the playlist";
-    EXPECT_EQ(clip.GlobalClipID,
-              L"060A2B340000000000000000000000000102030405060708090A0B0C0D0E0F10");
-    EXPECT_NE(clip.GlobalClipGuid, GUID());
-    EXPECT_EQ(Relative(clip.VideoPath), "AVCHD\\BDMV\\STREAM\\00012.MTS");
-    EXPECT_EQ(clip.AudioPath[1], clip.VideoPath);
-    EXPECT_EQ(clip.EssenceMask, 0b111U);
-}
-
-TEST_F(AvchdCardTest, AClipThatContinuesAShotHasItsPulldownButNotItsMoment) {
-    AddClip("00001");
-    AddClip("00002");
-    PlaylistSpec playlist = {.items = {{"00001"}, {"00002"}},
-                             .marks = {MarkSpec{0, 38700, kPulldown22}}};
-    playlist.items[1].connection = 6;
-    AddPlaylist("00000", playlist);
-    Scan();
-    for (const _tag_P2Clip& clip : m_clips) {
-        EXPECT_EQ(clip.CodecName, L"AVCHD_1920_1080_25p");
-        EXPECT_EQ(clip.StartDate == L"2011-01-28T13:45:07", clip.ClipName == L"00001");
+    AddClip("00013"); // continues the shot: has its pulldown but not its moment
+    AddPlaylist("00000", {.items = {{"00012"}, {.name = "00013", .connection = 6}},
+                          .marks = {{0, 38700, kPulldown22}}});
+    Texts told;
+    for (const std::string& name : Scan()) {
+        const _tag_P2Clip& clip = m_clips[static_cast<std::int64_t>(told.size())];
+        told.push_back(name + ' ' + Picture(clip) + ' ' +
+                       Start(clip).substr(0, Start(clip).find('T')) + ' ' +
+                       Utf8(clip.GlobalClipID.Right(3)) + ' ' + Relative(clip.AudioPath[1]) + ' ' +
+                       std::to_string(clip.EssenceMask));
+        EXPECT_EQ(clip.AudioPath[1], clip.VideoPath);
+        EXPECT_EQ(clip.GlobalClipGuid == GUID(), clip.GlobalClipID.IsEmpty());
     }
+    EXPECT_THAT(told, UnorderedElementsAre(
+                          "00012 AVCHD_1440_1080_25p 25p 16:9 1440x1080 8 10 93085 2011-01-28 F10 "
+                          "AVCHD\\BDMV\\STREAM\\00012.MTS 7",
+                          "00013 AVCHD_1920_1080_25p 25p 16:9 1920x1080 8 10 0 2011-03-13   0"));
 }
 
 TEST_F(AvchdCardTest, RecordingsThatTheCameraSplitAreTakes) {
@@ -238,8 +227,8 @@ TEST_F(AvchdCardTest, TakesMomentsFromTheClipThenThePlaylistThenTheStreamThenThe
         AddClip("00000", spec);
         AddStream("00000",
                   test::StreamBytes({}, inStream ? test::DatePacks("\x44\x01\x01\x01") : ""));
-        AddPlaylist("00000", {.marks = {MarkSpec{0, markTime, 0, "\x20\x24\x05\x10\x08\x01\x02",
-                                                 "\x03\x01\x01\x01"}}});
+        AddPlaylist("00000", {.marks = {{0, markTime, 0, "\x20\x24\x05\x10\x08\x01\x02",
+                                         "\x03\x01\x01\x01"}}});
         const _tag_P2Clip clip = ScanOne();
         EXPECT_THAT(Start(clip), testing::StartsWith(start));
         EXPECT_NEAR(clip.ShootStartTime.GetDays(), markTime == 38700 ? 45422.33 : 40590, 26);
@@ -388,25 +377,24 @@ TEST_F(AvchdCardTest, FoldersAreListedAndPlaylistsReadOnceInAnOperation) {
 }
 
 TEST_F(AvchdCardTest, ReadingAheadOnASlowMediumChangesNothing) {
-    for (int i = 0; i < 30; ++i) {
-        const std::string name = "000" + std::to_string(10 + i);
-        AddClip(name);
+    for (int i = 10; i < 40; ++i) {
+        AddClip("000" + std::to_string(i));
         if (i % 3 != 0) { // every third clip has no stream
-            AddStream(name, test::StreamBytes({100, i % 2 == 0 ? 90U : 120U}));
+            AddStream("000" + std::to_string(i), test::StreamBytes({100, i % 2 == 0 ? 90U : 120U}));
         }
     }
-    const auto rasters = [this] {
-        std::map<std::string, int> pixels;
-        for (const std::string& name : Scan()) {
-            pixels[name] = m_clips[static_cast<std::int64_t>(pixels.size())].ActivePixel;
+    const auto pictures = [this] {
+        Texts told = Scan();
+        for (std::size_t i = 0; i < told.size(); ++i) {
+            told[i] += Picture(m_clips[static_cast<std::int64_t>(i)]);
         }
-        return pixels;
+        return told;
     };
-    const auto expected = rasters();
+    const Texts expected = pictures();
     FaultyFileSystem slow;
     slow.SetDelay(std::chrono::microseconds(300));
     const platform::ScopedFileSystem inUse(slow);
-    EXPECT_EQ(rasters(), expected);
+    EXPECT_EQ(pictures(), expected);
     EXPECT_EQ(expected.size(), 30U);
 }
 
@@ -451,7 +439,7 @@ TEST_F(AvchdCardTest, EveryItemIsAnEventAtTheStartOfTheTimeline) {
     AddTwoClips();
     const tag_P2EDL edl = ReadOne(
         {.items = {{"00001", 0, 300 * 1800}, {"00002", 0, 450, 1, 5, 6}, {"00001", 0, 1800}},
-         .marks = {MarkSpec{1}},
+         .marks = {{1}},
          .shotIds = {test::ClipIdBytes()}});
     EXPECT_EQ(edl.Duration, 300 + 1 + 1) << "half a frame is one, each at its own rate";
     EXPECT_EQ(edl.Codec, L"AVCHD_1920_1080_50i") << "the last item decides";
@@ -469,25 +457,24 @@ TEST_F(AvchdCardTest, EveryItemIsAnEventAtTheStartOfTheTimeline) {
 
 TEST_F(AvchdCardTest, TheFirstItemDecidesTheRateOfAList) {
     AddTwoClips();
-    // Format, rate, pulldown; numerator and denominator of the edit unit, text of the rate.
-    constexpr std::tuple<unsigned, unsigned, unsigned, int, int, const wchar_t*> kCases[] = {
-        {4, 3, 1, 1, 25, L"25p"},
-        {5, 6, 1, 1, 25, L"25p"},
-        {6, 1, 0, 1001, 24000, L"23.98p"},
-        {6, 2, 0, 1, 24, L"24p"},
-        {4, 3, 0, 1, 25, L"50i"},
-        {4, 4, 0, 1001, 30000, L"29.97p"},
-        {5, 7, 0, 1001, 60000, L"59.94p"},
-        {5, 6, 0, 1, 50, L"50p"},
-        {4, 5, 0, 1, 25, L""},
-        {4, 8, 1, 1, 25, L""},
-    };
-    for (const auto& [format, rate, pulldown, numerator, denominator, text] : kCases) {
+    // Format, rate, pulldown; rate and edit unit of the list.
+    constexpr std::tuple<unsigned, unsigned, unsigned, const char*> kCases[] = {
+        {4, 3, 1, "25p 1/25"},
+        {5, 6, 1, "25p 1/25"},
+        {6, 1, 0, "23.98p 1001/24000"},
+        {6, 2, 0, "24p 1/24"},
+        {4, 3, 0, "50i 1/25"},
+        {4, 4, 0, "29.97p 1001/30000"},
+        {5, 7, 0, "59.94p 1001/60000"},
+        {5, 6, 0, "50p 1/50"},
+        {4, 5, 0, " 1/25"},
+        {4, 8, 1, " 1/25"}};
+    for (const auto& [format, rate, pulldown, told] : kCases) {
         const tag_P2EDL edl = ReadOne({.items = {{"00009", 0, 45000, 1, format, rate}, {"00001"}},
-                                       .marks = {MarkSpec{0, 0, pulldown}}});
-        EXPECT_EQ(edl.EditUnit.Numerator, numerator) << rate;
-        EXPECT_EQ(edl.EditUnit.Denominator, denominator);
-        EXPECT_EQ(edl.FrameRate, text);
+                                       .marks = {{0, 0, pulldown}}});
+        EXPECT_EQ(Utf8(edl.FrameRate) + ' ' + std::to_string(edl.EditUnit.Numerator) + '/' +
+                      std::to_string(edl.EditUnit.Denominator),
+                  told);
         EXPECT_EQ(edl.Events.GetSize(), 1) << "a clip that is not there leaves its item out";
         EXPECT_GE(edl.Duration, 10) << "but not its frames";
     }

@@ -343,60 +343,43 @@ TEST(DamagedFilesTest, CutOffAtEveryByte) {
 }
 
 /// Real and authored files that lie beside the sources, not in them.
-class SharedSamplesTest : public testing::Test {
-protected:
-    void SetUp() override {
-        const char* const named = std::getenv("NQP2_SHARED_SAMPLES");
-        m_samples = named != nullptr ? named : NQP2_DEFAULT_SHARED_SAMPLES;
-        m_samples /= "avchd";
-        if (!std::filesystem::is_directory(m_samples)) {
-            GTEST_SKIP() << "no samples at " << m_samples << "; set NQP2_SHARED_SAMPLES";
-        }
+TEST(SharedSamplesTest, RealAndAuthoredFilesAreRead) {
+    const char* const named = std::getenv("NQP2_SHARED_SAMPLES");
+    const std::filesystem::path samples =
+        std::filesystem::path(named != nullptr ? named : NQP2_DEFAULT_SHARED_SAMPLES) / "avchd";
+    if (!std::filesystem::is_directory(samples)) {
+        GTEST_SKIP() << "no samples at " << samples << "; set NQP2_SHARED_SAMPLES";
     }
-    [[nodiscard]] std::string Read(const std::filesystem::path& name) const {
-        std::ifstream file(m_samples / name, std::ios::binary);
+    const auto read = [&samples](const char* name) {
+        std::ifstream file(samples / name, std::ios::binary);
         EXPECT_TRUE(file) << name;
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    [[nodiscard]] std::optional<Playlist> Decode(const std::filesystem::path& name) const {
-        return DecodePlaylist(test::BytesOf(Read(name)));
-    }
-
-    std::filesystem::path m_samples;
-};
-
-TEST_F(SharedSamplesTest, ARealCamerasSplitRecording) {
-    const auto playlist = Decode("camera_4items.MPL");
-    ASSERT_TRUE(playlist);
-    std::string items;
-    for (const PlayItem& item : playlist->items) {
-        items += std::string(item.Name()) + ' ' + std::to_string(playlist->FramesOf(item)) + ' ';
-    }
-    // The frames that the items' ticks say at 30000/1001.
-    EXPECT_EQ(items, "00010 28305 00011 28290 00012 6750 00013 135 ");
-    EXPECT_EQ(playlist->shots.size(), 2U);
-    const Shot& first = playlist->shots[static_cast<std::size_t>(playlist->items[2].shot)];
-    EXPECT_EQ(first.item, 0U);
-    ASSERT_TRUE(first.date && first.timecode);
-    EXPECT_EQ(first.date->year, 2021);
-    EXPECT_EQ(first.date->minute, 39);
-    EXPECT_EQ(first.timecode->timecode.hours, 17);
-    EXPECT_EQ(playlist->items[3].shot, 1);
-}
-
-TEST_F(SharedSamplesTest, AuthoredFiles) {
-    EXPECT_FALSE(Decode("mpls-cases/00001_Invalid.mpls"));
-    for (const char* const name : {"00001_LinkPoint", "00002_MultiAngle2", "00003_Padding_Zero"}) {
-        const auto playlist =
-            Decode(std::filesystem::path("mpls-cases") / (std::string(name) + ".mpls"));
-        ASSERT_TRUE(playlist) << name;
-        ASSERT_FALSE(playlist->items.empty());
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    // The frames of each item; those of the camera are what its ticks say at 30000/1001.
+    const std::tuple<const char*, const char*> cases[] = {
+        {"camera_4items.MPL", "00010 28305 00011 28290 00012 6750 00013 135 "},
+        {"mpls-cases/00001_LinkPoint.mpls", ""},
+        {"mpls-cases/00002_MultiAngle2.mpls", ""},
+        {"mpls-cases/00003_Padding_Zero.mpls", ""},
+        {"authored-disc/00000.mpls", ""}};
+    for (const auto& [name, frames] : cases) {
+        const auto playlist = DecodePlaylist(test::BytesOf(read(name)));
+        ASSERT_TRUE(playlist && !playlist->items.empty()) << name;
+        std::string items;
         for (const PlayItem& item : playlist->items) {
+            items +=
+                std::string(item.Name()) + ' ' + std::to_string(playlist->FramesOf(item)) + ' ';
             EXPECT_NE(RateOf(item.video.rateCode, false), nullptr) << name;
         }
+        EXPECT_TRUE(items == frames || *frames == '\0') << items;
     }
-    EXPECT_TRUE(Decode("authored-disc/00000.mpls"));
-    EXPECT_TRUE(DecodeClipInformation(test::BytesOf(Read("authored-disc/00000.clpi"))));
+    const auto camera = DecodePlaylist(test::BytesOf(read("camera_4items.MPL")));
+    EXPECT_EQ(camera->items[2].shot, 0);
+    EXPECT_EQ(camera->items[3].shot, 1);
+    EXPECT_EQ(media::DateText(camera->shots[0].date.value()).Left(4), L"2021");
+    EXPECT_EQ(camera->shots[0].timecode.value().timecode.hours, 17);
+    EXPECT_FALSE(DecodePlaylist(test::BytesOf(read("mpls-cases/00001_Invalid.mpls"))));
+    EXPECT_TRUE(DecodeClipInformation(test::BytesOf(read("authored-disc/00000.clpi"))));
 }
 
 } // namespace
