@@ -70,7 +70,9 @@ std::optional<GlobalClipId> DecodeClipId(Bytes data) {
         return std::nullopt;
     }
     std::copy_n(data.begin(), id.size(), id.begin());
-    return id == GlobalClipId() ? std::nullopt : std::optional(id);
+    const bool isSet =
+        std::any_of(id.begin(), id.end(), [](std::uint8_t byte) { return byte != 0; });
+    return isSet ? std::optional(id) : std::nullopt;
 }
 
 CString ClipIdText(const GlobalClipId& id) {
