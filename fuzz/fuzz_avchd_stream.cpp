@@ -3,9 +3,7 @@
 
 // Any bytes as the beginning of a stream, as its video alone and as a parameter set.
 
-#include "avchd/sequence_parameters.h"
 #include "avchd/stream_head.h"
-#include "avchd/transport_stream.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
 
 namespace nqp2::avchd {
@@ -54,21 +53,6 @@ private:
 /// The bytes from an address on; empty beyond the end.
 inline Bytes From(Bytes bytes, std::uint64_t address) {
     return address < bytes.size() ? bytes.subspan(static_cast<std::size_t>(address)) : Bytes();
-}
-
-/// What the 32-bit length at an address counts; nothing when the bytes do not hold all of it.
-inline std::optional<Bytes> SectionAt(Bytes bytes, std::uint64_t address) {
-    ByteReader reader(From(bytes, address));
-    const std::uint32_t length = reader.U32();
-    const Bytes content = reader.Take(length);
-    return reader.IsGood() ? std::optional(content) : std::nullopt;
-}
-
-/// The same, cut to what is there.
-inline Bytes SectionPartAt(Bytes bytes, std::uint64_t address) {
-    ByteReader reader(From(bytes, address));
-    const std::uint32_t length = reader.U32();
-    return reader.Take(length < reader.Left() ? length : reader.Left());
 }
 
 } // namespace nqp2::avchd

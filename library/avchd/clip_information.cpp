@@ -3,8 +3,7 @@
 
 #include "avchd/clip_information.h"
 
-#include "avchd/file_head.h"
-#include "avchd/stream_entry.h"
+#include "avchd/file_layout.h"
 
 #include <algorithm>
 #include <iterator>
@@ -90,7 +89,7 @@ bool ReadPrograms(Bytes section, ClipInformation& clip) {
 }
 
 void ReadExtension(Bytes block, ClipInformation& clip) {
-    ByteReader reader(FindItem(KnownMakersData(block), kGlobalIdTag));
+    ByteReader reader(MakersItem(block, kGlobalIdTag));
     clip.clipId = DecodeClipId(reader.Take(GlobalClipId().size()));
     clip.timecode = DecodeTimecode(reader.Take(4));
 }

@@ -4,8 +4,7 @@
 #pragma once
 
 #include "avchd/byte_reader.h"
-#include "avchd/extension_data.h"
-#include "avchd/recorded_moment.h"
+#include "avchd/recorder_data.h"
 #include "avchd/video_format.h"
 
 #include <cstdint>

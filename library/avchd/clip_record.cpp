@@ -8,6 +8,9 @@
 #include "media/timecode.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <optional>
 
 namespace nqp2::avchd {
 namespace {
@@ -55,11 +58,6 @@ void FillPicture(const ClipInformation& information, const StreamHead& stream, b
     clip.Duration = rate != nullptr ? information.Frames(*rate) : 0;
 }
 
-/// Whether one time of a clip comes before another; the clock starts anew at 2^32.
-bool IsEarlier(std::uint32_t time, std::uint32_t other) {
-    return static_cast<std::int32_t>(time - other) < 0;
-}
-
 /// The frames before a timecode at the clip's true rate. Recorders number every second frame where
 /// there are 50 and more.
 std::int32_t FramesBefore(media::Timecode timecode, const _tag_P2Clip& clip) {
@@ -77,12 +75,10 @@ void FillTimecode(const std::optional<RecordedTimecode>& recorded, _tag_P2Clip& 
     clip.StartTimecode = recorded ? FramesBefore(recorded->timecode, clip) : 0;
 }
 
-void FillDate(const std::optional<RecordedDate>& date, _tag_P2Clip& clip) {
+void FillDate(const std::optional<media::CalendarTime>& date, _tag_P2Clip& clip) {
     if (date) {
-        clip.StartDate = media::DateText(
-            {date->year, date->month, date->day, date->hour, date->minute, date->second});
-        clip.ShootStartTime.SetDateTime(date->year, date->month, date->day, date->hour,
-                                        date->minute, date->second);
+        clip.StartDate = media::DateText(*date);
+        clip.ShootStartTime = MomentOf(*date);
     }
 }
 
@@ -97,30 +93,57 @@ const std::optional<Value>& FirstOf(const std::optional<Value>& first,
     return first ? first : second;
 }
 
-} // namespace
+/// How camera files call a coder of DV, and our names for its pictures at the two families of rates.
+struct DvName {
+    const wchar_t* inFile;
+    const wchar_t* at50;
+    const wchar_t* at60;
+};
+constexpr DvName kDvNames[] = {
+    {L"DVSD", L"DV25_420", L"DV25_411"},
+    {L"DVC", L"DV25_420", L"DV25_411"},
+    {L"DVCP", L"DV25_420", L"DV25_411"},
+    {L"DVPP", L"DV25_411", L"DV25_411"},
+    {L"DV5P", L"DV50_422", L"DV50_422"},
+    {L"DV5N", L"DV50_422", L"DV50_422"},
+    {L"DVHQ", L"DV100_720/50p", L"DV100_720/59.94p"},
+    {L"DVHP", L"DV100_720/50p", L"DV100_720/59.94p"},
+    {L"DVH2", L"DV100_1080/50i", L"DV100_1080/59.94i"},
+    {L"DVH3", L"DV100_1080/50i", L"DV100_1080/59.94i"},
+    {L"DVH5", L"DV100_1080/50i", L"DV100_1080/59.94i"},
+    {L"DVH6", L"DV100_1080/50i", L"DV100_1080/59.94i"},
+};
 
-void ShotTable::Add(const Playlist& playlist) {
-    for (const PlayItem& item : playlist.items) {
-        if (item.shot == PlayItem::kNoShot) {
-            continue;
-        }
-        const Shot& shot = playlist.shots[static_cast<std::size_t>(item.shot)];
-        const auto [place, isNew] = m_entries.try_emplace(std::string(item.Name()));
-        Entry& entry = place->second;
-        if (!item.continues && (!entry.shot || IsEarlier(shot.time, entry.shot->time))) {
-            entry.shot = shot;
-            entry.pulldown = shot.pulldown;
-        } else if (isNew) {
-            entry.pulldown = shot.pulldown;
-        }
+/// The coder's name as clips have it; other coders keep the name that their files give them.
+CString CodecOf(const NQP2BaseClipInfo& base) {
+    const auto* const found =
+        std::find_if(std::begin(kDvNames), std::end(kDvNames),
+                     [&](const DvName& row) { return base.codec.CompareNoCase(row.inFile) == 0; });
+    if (found == std::end(kDvNames)) {
+        return base.codec;
+    }
+    const bool is50 = base.text1.Left(2) == L"50" || base.text1.Left(2) == L"25";
+    return is50 ? found->at50 : found->at60;
+}
+
+/// Counts of frames travel in 64 bits, of which the lower half counts.
+std::int32_t LowHalf(std::int64_t value) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
+}
+
+void FillEssence(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip& clip) {
+    clip.VideoPath = base.text3.IsEmpty() ? path : base.text3;
+    clip.EssenceMask = 1;
+    const std::int64_t count =
+        std::min<std::int64_t>(base.texts.GetSize(), _tag_P2Clip::kAudioSlots);
+    for (std::int64_t i = 0; i < count; ++i) {
+        clip.AudioPath[i] = base.texts[i];
+        clip.EssenceMask |=
+            clip.AudioPath[i].IsEmpty() ? 0 : std::uint64_t{2} << static_cast<unsigned>(i);
     }
 }
 
-const ShotTable::Entry& ShotTable::Find(std::string_view clipName) const {
-    static const Entry kUnknown;
-    const auto found = m_entries.find(clipName);
-    return found == m_entries.end() ? kUnknown : found->second;
-}
+} // namespace
 
 void FillRecord(const ClipInformation& information, const ShotTable::Entry& recorded,
                 const StreamHead& stream, _tag_P2Clip& clip) {
@@ -135,15 +158,21 @@ void FillRecord(const ClipInformation& information, const ShotTable::Entry& reco
     FillIdentifier(FirstOf(information.clipId, start.clipId), clip);
 }
 
-CString ClipIdText(const GlobalClipId& id) {
-    constexpr std::wstring_view kDigits = L"0123456789ABCDEF";
-    std::wstring text;
-    text.reserve(2 * id.size());
-    for (const unsigned byte : id) {
-        text += kDigits[byte >> 4U];
-        text += kDigits[byte & 0x0FU];
-    }
-    return CString(text);
+void FillFromBase(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip& clip) {
+    clip.SourceKind = 1;
+    clip.ClipName = base.clipText1;
+    clip.UserClipName = base.clipText3.IsEmpty() ? base.clipText1 : base.clipText3;
+    clip.GlobalClipGuid = base.identifier;
+    clip.StartDate = base.clipText2;
+    clip.Duration = LowHalf(base.value2);
+    clip.StartTimecode = LowHalf(base.value3);
+    clip.CodecName = CodecOf(base);
+    clip.FrameRate = base.text1;
+    clip.AspectRatio = base.text2;
+    clip.ActivePixel = base.value4 & 0xFFFF;
+    clip.ActiveLine = base.value4 >> 16;
+    clip.DropFrame = media::CanDropFrames(base.text1.View()) ? 1 : 0;
+    FillEssence(base, path, clip);
 }
 
 } // namespace nqp2::avchd

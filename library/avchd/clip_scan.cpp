@@ -1,16 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "avchd/clip_scan.h"
-
-#include "avchd/base_clip.h"
-#include "avchd/card_folders.h"
+#include "avchd/card.h"
+#include "avchd/clip_record.h"
 #include "avchd/clip_source.h"
 #include "avchd/limits.h"
-#include "avchd/stop_watch.h"
+#include "avchd/omissions.h"
 #include "media/card_layout.h"
 #include "media/dates.h"
-#include "platform/file_find.h"
 #include "platform/file_system.h"
 #include "platform/guard.h"
 #include "platform/place.h"
@@ -18,20 +15,19 @@
 #include "platform/unicode.h"
 
 #include <algorithm>
+#include <ctime>
 #include <iterator>
 #include <map>
 #include <optional>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace nqp2::avchd {
 namespace {
 
 using platform::FoundFile;
-
-CString FolderOf(const CString& path) {
-    return path.Left(path.ReverseFind(L'\\') + 1);
-}
+using platform::Place;
 
 std::optional<std::time_t> TimeOf(const std::optional<platform::FileInfo>& info) {
     return info ? std::optional(info->modified) : std::nullopt;
@@ -44,59 +40,49 @@ void Begin(std::optional<std::time_t> time, _tag_P2Clip& clip) {
     clip.ShootStartTime = media::FileMoment(time);
 }
 
+/// The names of clips by their places among the records.
+using ClipPlaces = std::map<std::string, std::int64_t>;
+
 class Scan {
 public:
-    Scan(CString root, const BaseClipRequest& request, const OnOmitted& omitted, ScanResult result)
-        : m_root(std::move(root)), m_request(request), m_omitted(omitted), m_clips(result.clips),
-          m_splits(result.splits), m_source(ClipsFolder(m_root)) {}
+    Scan(Place root, const BaseClipRequest& request, CArray<_tag_P2Clip>& clips, ScanReport& report)
+        : m_root(std::move(root)), m_request(request), m_clips(clips), m_takes(report.takes),
+          m_omitted(report), m_source(ClipsFolder(m_root)) {}
 
     bool Run() {
-        const bool hasSony = FolderExists(m_root + media::kSonyCamera.known.BelowDrive());
-        const CString panasonic = PanasonicFolder();
-        if (!FolderExists(InformationFolder()) && !hasSony && panasonic.IsEmpty()) {
+        const bool hasSony = m_root.Below(media::kSonyCamera.known.BelowDrive()).Exists();
+        const media::CameraFolder* const panasonic = PanasonicFolder();
+        if (!m_source.Information().Exists() && !hasSony && panasonic == nullptr) {
             return false;
         }
         const StopWatch watch;
-        ScanInformation(kAvchdFiles);
+        ScanInformation(kAvchdCard);
         if (hasSony) {
-            ScanCameraFiles(m_root + media::kSonyCamera.files.BelowDrive() +
-                            media::kSonyCamera.pattern.Text());
+            ScanCameraFiles(media::kSonyCamera);
         }
-        if (!panasonic.IsEmpty()) {
-            ScanCameraFiles(panasonic + media::kPanasonicCameras[0].pattern.Text());
+        if (panasonic != nullptr) {
+            ScanCameraFiles(*panasonic);
         }
-        ScanInformation(kBdmvFiles);
+        ScanInformation(kDisc);
         watch.Report(L"LoadAllClip");
         return true;
     }
 
 private:
-    [[nodiscard]] CString InformationFolder() const {
-        return m_source.Folder() + kInformationFolder;
-    }
-
-    [[nodiscard]] CString PanasonicFolder() const {
+    [[nodiscard]] const media::CameraFolder* PanasonicFolder() const {
         const auto* const found =
             std::find_if(media::kPanasonicCameras.begin(), media::kPanasonicCameras.end(),
                          [this](const media::CameraFolder& camera) {
-                             return FolderExists(m_root + camera.known.BelowDrive());
+                             return m_root.Below(camera.known.BelowDrive()).Exists();
                          });
-        return found == media::kPanasonicCameras.end() ? CString()
-                                                       : m_root + found->files.BelowDrive();
+        return found == media::kPanasonicCameras.end() ? nullptr : found;
     }
 
-    void OmitUnlessCompanion(const CString& path, Omission omission, const char* why) {
+    void OmitUnlessCompanion(const CString& path, SkipReason reason, const char* why) {
         if (media::IsCompanion(path)) {
-            m_omitted(path, Omission::Companion, "a companion file of a Mac");
+            m_omitted.Add(path, SkipReason::Companion, "a companion file of a Mac");
         } else {
-            m_omitted(path, omission, why);
-        }
-    }
-
-    /// Once for each folder: that of clip information is listed twice.
-    void OmitFolder(const CString& folder, const platform::IoStatus& status) {
-        if (m_unlisted.insert(folder).second) {
-            m_omitted(folder, Omission::FolderUnreadable, status.reason);
+            m_omitted.Add(path, reason, why);
         }
     }
 
@@ -106,29 +92,30 @@ private:
             return false;
         }
         if (!file.pathIsSafe) {
-            m_omitted(folder, Omission::Unreadable, "a file's name holds a backslash");
+            m_omitted.Add(folder, SkipReason::Unreadable, "a file's name holds a backslash");
         } else if (file.isSpecial) {
-            m_omitted(file.path, Omission::Unreadable, "it is no regular file");
+            m_omitted.Add(file.path, SkipReason::Unreadable, "it is no regular file");
         }
         return file.pathIsSafe && !file.isSpecial;
     }
 
-    /// The regular files that a pattern finds.
-    std::vector<FoundFile> FilesOf(const CString& pattern) {
-        const CString folder = FolderOf(pattern);
+    /// The regular files that a pattern finds. A folder is told of once: that of clip information is
+    /// asked twice.
+    std::vector<FoundFile> FilesOf(const Place& folder, const CString& pattern) {
         platform::IoStatus status;
-        std::vector<FoundFile> files = platform::FindFiles(pattern, status);
-        if (!status && status.error != platform::IoError::NotFound) {
-            OmitFolder(folder, status);
+        std::vector<FoundFile> files = folder.List(pattern, status);
+        const bool isUnread = !status && status.error != platform::IoError::NotFound;
+        if (isUnread && m_unread.insert(folder.Written()).second) {
+            m_omitted.AddFolder(folder.Written(), status);
         }
-        const auto isNone = [&](const FoundFile& file) { return !IsReadable(file, folder); };
-        files.erase(std::remove_if(files.begin(), files.end(), isNone), files.end());
+        std::erase_if(files,
+                      [&](const FoundFile& file) { return !IsReadable(file, folder.Written()); });
         return files;
     }
 
     /// Both files of each clip, in the order in which the scan takes them.
-    std::vector<platform::FileRequest> RequestsFor(const ClipFiles& kind,
-                                                   const std::vector<FoundFile>& files) {
+    std::vector<platform::FileRequest> RequestsFor(const CardKind& kind,
+                                                   const std::vector<FoundFile>& files) const {
         std::vector<platform::FileRequest> requests;
         requests.reserve(2 * files.size());
         for (const FoundFile& file : files) {
@@ -140,9 +127,9 @@ private:
         return requests;
     }
 
-    void ScanInformation(const ClipFiles& kind) {
+    void ScanInformation(const CardKind& kind) {
         const std::vector<FoundFile> files =
-            FilesOf(InformationFolder() + L"*" + kind.informationExtension);
+            FilesOf(m_source.Information(), CString(L"*") + kind.files.information.Text());
         if (files.empty()) {
             return;
         }
@@ -153,63 +140,81 @@ private:
         for (const FoundFile& file : files) {
             contents.Next(information);
             stream.bytes.clear();
+            const platform::MemoryWatch watch;
             if (m_source.StreamOf(kind, file.title)) {
                 contents.Next(stream);
             }
-            TakeAlone(file.path, m_omitted,
-                      [&] { TakeClip(kind, file, information, stream.bytes); });
+            m_omitted.TakeAlone(file.path, [&] {
+                watch.Require(); // a record without what its stream tells would be a wrong one
+                TakeClip(kind, file, information, stream.bytes);
+            });
         }
-        FindSplits(kind, first);
+        FindTakes(kind, first);
     }
 
-    void TakeClip(const ClipFiles& kind, const FoundFile& file, platform::FileContent& information,
+    void TakeClip(const CardKind& kind, const FoundFile& file, platform::FileContent& information,
                   const std::string& stream) {
         Begin(TimeOf(information.info), m_clip);
         const std::string* content =
             WholeContent(information, file.posixPath, kMaxClipInformationFile);
         if (content == nullptr) {
-            m_omitted(file.path, OmissionOf(information.status), information.status.reason);
+            m_omitted.AddUnread(file.path, information.status);
         } else if (!m_source.Decode(kind, file.title, *content, stream, m_clip)) {
-            OmitUnlessCompanion(file.path, Omission::Undecodable, "no sound clip information");
+            OmitUnlessCompanion(file.path, SkipReason::Undecodable, "no sound clip information");
         } else {
             m_clips.Add(m_clip);
         }
     }
 
-    /// The recordings among the clips from `first` on, in the order of their first clips.
-    void FindSplits(const ClipFiles& kind, std::int64_t first) {
+    /// The recordings among the clips from `first` on that the camera split, in the order of their
+    /// first clips.
+    void FindTakes(const CardKind& kind, std::int64_t first) {
         if (!m_source.Facts(kind).isWhole) {
-            OmitThrown(
-                m_source.Folder() + kPlaylistFolder, m_omitted,
+            m_omitted.AddThrown(
+                m_source.Playlists().Written(),
                 "its playlists take more memory than there is: clips may lack dates and takes");
         }
-        std::map<std::string, std::int64_t> places;
+        ClipPlaces places;
         for (std::int64_t i = first; i < m_clips.GetSize(); ++i) {
             places.emplace(platform::NameBytesFromText(m_clips[i].ClipName.View()), i);
         }
-        std::map<std::int64_t, SplitRecording> found;
+        std::map<std::int64_t, Take> takes;
         for (const std::vector<std::string>& chain : m_source.Facts(kind).splits.Chains()) {
-            SplitRecording split;
-            std::int64_t firstClip = SplitRecording::kMissing;
-            for (const std::string& name : chain) {
-                const auto place = places.find(name);
-                const std::int64_t clip =
-                    place == places.end() ? SplitRecording::kMissing : place->second;
-                split.segments.push_back({platform::TextFromUtf8(name), clip});
-                firstClip = firstClip == SplitRecording::kMissing ? clip : firstClip;
-            }
-            if (firstClip != SplitRecording::kMissing) {
-                found.emplace(firstClip, std::move(split));
-            }
+            AddTake(chain, places, takes);
         }
-        for (auto& [clip, split] : found) {
-            m_splits.push_back(std::move(split));
+        for (auto& [clip, take] : takes) {
+            m_takes.Add(std::move(take));
         }
     }
 
-    void ScanCameraFiles(const CString& pattern) {
-        for (const FoundFile& file : FilesOf(pattern)) {
-            TakeAlone(file.path, m_omitted, [&] { TakeCameraFile(file); });
+    /// Cards of this kind tell no serial numbers. A chain without any clip of the card is no take.
+    void AddTake(const std::vector<std::string>& chain, const ClipPlaces& places,
+                 std::map<std::int64_t, Take>& takes) const {
+        Take take;
+        std::int64_t firstClip = m_clips.GetSize();
+        for (const std::string& name : chain) {
+            const auto place = places.find(name);
+            if (place == places.end()) {
+                take.missing.Add({platform::TextFromUtf8(name), L"", L""});
+                continue;
+            }
+            if (take.segments.IsEmpty()) {
+                firstClip = place->second;
+                take.topGlobalClipID =
+                    take.missing.IsEmpty() ? m_clips[firstClip].GlobalClipID : CString();
+            }
+            take.segments.Add(platform::TextFromUtf8(name));
+        }
+        take.complete = take.missing.IsEmpty();
+        if (!take.segments.IsEmpty()) {
+            takes.emplace(firstClip, std::move(take));
+        }
+    }
+
+    void ScanCameraFiles(const media::CameraFolder& camera) {
+        for (const FoundFile& file :
+             FilesOf(m_root.Below(camera.files.BelowDrive()), camera.pattern.Text())) {
+            m_omitted.TakeAlone(file.path, [&] { TakeCameraFile(file); });
         }
     }
 
@@ -222,7 +227,7 @@ private:
         base.clipText2 = m_clip.StartDate;
         const CString path = platform::FullPath(file.path);
         if (m_request(path, base) <= 0) {
-            OmitUnlessCompanion(file.path, Omission::NotDescribed,
+            OmitUnlessCompanion(file.path, SkipReason::NotDescribed,
                                 "the worker gave no description");
             return;
         }
@@ -231,32 +236,26 @@ private:
         m_clips.Add(m_clip);
     }
 
-    CString m_root;
+    Place m_root;
     const BaseClipRequest& m_request;
-    const OnOmitted& m_omitted;
     CArray<_tag_P2Clip>& m_clips;
-    std::vector<SplitRecording>& m_splits;
+    CArray<Take>& m_takes;
+    Omissions m_omitted;
     ClipSource m_source;
-    std::set<CString> m_unlisted;
+    std::set<CString> m_unread;
     _tag_P2Clip m_clip;
 };
 
 } // namespace
 
-Omission OmissionOf(const platform::IoStatus& status) {
-    return status.error == platform::IoError::TooLarge ? Omission::TooLarge : Omission::Unreadable;
+bool ScanClips(const CString& root, const BaseClipRequest& request, CArray<_tag_P2Clip>& clips,
+               ScanReport& report) {
+    return !root.IsEmpty() && Scan(Place(media::WithDrive(root)), request, clips, report).Run();
 }
 
-void OmitThrown(const CString& path, const OnOmitted& omitted, const char* why) noexcept {
-    platform::Guarded(false, [&] { // telling takes memory too
-        omitted(path, Omission::TooLarge, why);
-        return true;
-    });
-}
-
-bool ScanClips(const CString& root, const BaseClipRequest& request, const OnOmitted& omitted,
-               ScanResult result) {
-    return !root.IsEmpty() && Scan(media::WithDrive(root), request, omitted, result).Run();
+bool ReadClip(const CString& root, const CString& name, const CardKind& kind, _tag_P2Clip& clip) {
+    return !root.IsEmpty() && !name.IsEmpty() &&
+           ClipSource(ClipsFolder(Place(media::WithDrive(root)))).Read(kind, name, clip);
 }
 
 } // namespace nqp2::avchd

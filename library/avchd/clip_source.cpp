@@ -5,11 +5,9 @@
 
 #include "avchd/clip_information.h"
 #include "avchd/limits.h"
-#include "avchd/stop_watch.h"
 #include "avchd/stream_head.h"
-#include "platform/file_find.h"
+#include "platform/diagnostics.h"
 #include "platform/file_system.h"
-
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -24,11 +22,11 @@ Bytes BytesOf(const std::string& content) {
     return {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()};
 }
 
-std::optional<ClipInformation> DecodeTimed(const ClipFiles& files, const std::string& content) {
+std::optional<ClipInformation> DecodeTimed(const CardKind& kind, const std::string& content) {
     const StopWatch watch;
     std::optional<ClipInformation> information = DecodeClipInformation(BytesOf(content));
-    if (files.timedAs != nullptr) {
-        watch.Report(files.timedAs);
+    if (kind.timedAs != nullptr) {
+        watch.Report(kind.timedAs);
     }
     return information;
 }
@@ -48,6 +46,27 @@ bool AddFacts(platform::FileContent& file, const std::string& path,
     } catch (const std::bad_alloc&) {
         return false;
     }
+}
+
+/// `begin` is what was read for the first step; a shorter stream has no more.
+StreamHead DecodeStream(const std::optional<std::string>& path, const VideoStream& video,
+                        const std::string& begin) {
+    if (!path || video.codingType != kAvcCoding) {
+        return {};
+    }
+    StreamHead head = DecodeStreamHead(BytesOf(begin), video.pid);
+    std::string content;
+    bool isWhole = begin.size() < kStreamSteps[0];
+    for (std::size_t step = 1; step < std::size(kStreamSteps) && !head.complete && !isWhole;
+         ++step) {
+        const std::uint64_t limit = kStreamSteps[step];
+        if (!platform::ReadHead(platform::Files(), *path, limit, content)) {
+            break;
+        }
+        head = DecodeStreamHead(BytesOf(content), video.pid);
+        isWhole = content.size() < limit;
+    }
+    return head;
 }
 
 std::uint64_t ChannelBits(std::int32_t channels) {
@@ -83,12 +102,26 @@ platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playl
     return status;
 }
 
-std::optional<std::string> ClipSource::StreamOf(const ClipFiles& files, const CString& name) {
-    return m_streams.Find(name + files.streamExtension);
+platform::Place ClipsFolder(const platform::Place& root) {
+    const platform::Place avchd = root.Below(media::kAvchd.BelowDrive());
+    return avchd.Below(media::kClipInformation.Path()).Exists()
+               ? avchd
+               : root.Below(media::kDisc.BelowDrive());
 }
 
-const ClipSource::PlaylistFacts& ClipSource::Facts(const ClipFiles& files) {
-    const auto [place, isNew] = m_facts.try_emplace(files.playlistExtension);
+std::optional<std::string> FileIn(const platform::Place& folder, const CString& name) {
+    static_cast<void>(folder.Names()); // one listing instead of a question for each name
+    platform::FoundFile file;
+    const bool isFile = folder.Find(name, file) && !file.isFolder && !file.isSpecial;
+    return isFile ? std::optional(std::move(file.posixPath)) : std::nullopt;
+}
+
+std::optional<std::string> ClipSource::StreamOf(const CardKind& kind, const CString& name) const {
+    return FileIn(m_streams, name + kind.files.stream.Text());
+}
+
+const ClipSource::PlaylistFacts& ClipSource::Facts(const CardKind& kind) {
+    const auto [place, isNew] = m_facts.try_emplace(kind.files.playlist.Text());
     PlaylistFacts& facts = place->second;
     if (!isNew) {
         return facts;
@@ -96,7 +129,7 @@ const ClipSource::PlaylistFacts& ClipSource::Facts(const ClipFiles& files) {
     platform::IoStatus listed;
     std::vector<platform::FileRequest> requests;
     for (platform::FoundFile& file :
-         platform::FindFiles(m_folder + kPlaylistFolder + L"*" + files.playlistExtension, listed)) {
+         m_playlists.List(CString(L"*") + kind.files.playlist.Text(), listed)) {
         if (!file.isFolder && !file.isSpecial) {
             requests.push_back({std::move(file.posixPath), platform::kReadAheadLimit});
         }
@@ -112,69 +145,58 @@ const ClipSource::PlaylistFacts& ClipSource::Facts(const ClipFiles& files) {
     return facts;
 }
 
-/// `begin` is what was read for the first step; a shorter stream has no more.
-StreamHead ClipSource::DecodeStream(const std::optional<std::string>& path,
-                                    const VideoStream& video, const std::string& begin) {
-    if (!path || video.codingType != kAvcCoding) {
-        return {};
-    }
-    StreamHead head = DecodeStreamHead(BytesOf(begin), video.pid);
-    std::string content;
-    bool isWhole = begin.size() < kStreamSteps[0];
-    for (std::size_t step = 1; step < std::size(kStreamSteps) && !head.complete && !isWhole;
-         ++step) {
-        const std::uint64_t limit = kStreamSteps[step];
-        if (!platform::ReadHead(platform::Files(), *path, limit, content)) {
-            break;
-        }
-        head = DecodeStreamHead(BytesOf(content), video.pid);
-        isWhole = content.size() < limit;
-    }
-    return head;
-}
-
 /// Sound lies in the stream beside the picture.
-void ClipSource::FillPaths(const ClipFiles& files, const CString& name, bool hasStream,
-                           std::int32_t channels, _tag_P2Clip& clip) {
+void ClipSource::FillPaths(const CardKind& kind, const CString& name, bool hasStream,
+                           std::int32_t channels, _tag_P2Clip& clip) const {
     const std::int32_t slots = std::min(channels, std::int32_t{_tag_P2Clip::kAudioSlots});
     clip.ClipName = name;
     clip.UserClipName = name;
-    clip.VideoPath = hasStream ? m_folder + kStreamFolder + name + files.streamExtension : L"";
+    clip.VideoPath = hasStream ? m_streams.PathOf(name + kind.files.stream.Text()) : L"";
     clip.EssenceMask = hasStream ? ChannelBits(slots) | 1U : 0;
     for (std::int32_t i = 0; i < _tag_P2Clip::kAudioSlots; ++i) {
         clip.AudioPath[i] = i < slots ? clip.VideoPath : CString();
     }
 }
 
-bool ClipSource::Decode(const ClipFiles& files, const CString& name, const std::string& information,
+bool ClipSource::Decode(const CardKind& kind, const CString& name, const std::string& information,
                         const std::string& streamHead, _tag_P2Clip& clip) {
-    const std::optional<ClipInformation> decoded = DecodeTimed(files, information);
+    const std::optional<ClipInformation> decoded = DecodeTimed(kind, information);
     if (!decoded) {
         return false;
     }
-    const std::optional<std::string> stream = StreamOf(files, name);
+    const std::optional<std::string> stream = StreamOf(kind, name);
     const ShotTable::Entry& recorded =
-        Facts(files).shots.Find(platform::NameBytesFromText(name.View()));
+        Facts(kind).shots.Find(platform::NameBytesFromText(name.View()));
     FillRecord(*decoded, recorded, DecodeStream(stream, decoded->video, streamHead), clip);
-    FillPaths(files, name, stream.has_value(), decoded->audioChannels, clip);
+    FillPaths(kind, name, stream.has_value(), decoded->audioChannels, clip);
     return true;
 }
 
-bool ClipSource::Read(const ClipFiles& files, const CString& name, _tag_P2Clip& clip) {
-    const std::optional<std::string> path = m_information.Find(name + files.informationExtension);
+bool ClipSource::Read(const CardKind& kind, const CString& name, _tag_P2Clip& clip) {
+    const std::optional<std::string> path =
+        FileIn(m_information, name + kind.files.information.Text());
     std::string information;
     if (!path || !platform::Files().Read(*path, kMaxClipInformationFile, information)) {
         return false;
     }
-    if (!Facts(files).isWhole) {
+    if (!Facts(kind).isWhole) {
         throw std::bad_alloc(); // the record would lack what the playlists tell
     }
     std::string head;
-    const std::optional<std::string> stream = StreamOf(files, name);
+    const std::optional<std::string> stream = StreamOf(kind, name);
     if (stream && !platform::ReadHead(platform::Files(), *stream, kStreamSteps[0], head)) {
         head.clear();
     }
-    return Decode(files, name, information, head, clip);
+    return Decode(kind, name, information, head, clip);
+}
+
+void StopWatch::Report(const wchar_t* called) const {
+    const auto passed = std::chrono::steady_clock::now() - m_start;
+    const std::int64_t milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(passed).count();
+    CString text;
+    text.Format(L"\n===Call %s Cost %d", called, milliseconds);
+    platform::OutputDebugStringW(text);
 }
 
 } // namespace nqp2::avchd

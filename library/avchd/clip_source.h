@@ -3,15 +3,15 @@
 
 #pragma once
 
-#include "avchd/card_folders.h"
+#include "avchd/card.h"
 #include "avchd/clip_record.h"
-#include "avchd/folder_files.h"
-#include "avchd/playlist.h"
-#include "avchd/split_recordings.h"
+#include "avchd/playlist_facts.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/P2Clip.h"
+#include "platform/place.h"
 #include "platform/read_ahead.h"
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -20,26 +20,36 @@
 
 namespace nqp2::avchd {
 
-/// The clips below one BDMV folder. Lists its folders and reads the playlists when they are first
-/// asked for, once for all clips of a kind.
+/// The folder of clips below a root: that of AVCHD when it holds clip information, even none at all,
+/// else that of a disc.
+platform::Place ClipsFolder(const platform::Place& root);
+
+/// A regular file of a folder by its name in any letter case, for the file system. The folder is
+/// listed for that, once: other cases and missing names cost no search of their own.
+std::optional<std::string> FileIn(const platform::Place& folder, const CString& name);
+
+/// The clips below one BDMV folder. Reads the playlists when they are first asked for, once for all
+/// clips of a kind.
 class ClipSource {
 public:
-    /// An interface path with its trailing separator.
-    explicit ClipSource(CString folder)
-        : m_folder(std::move(folder)), m_information(m_folder + kInformationFolder),
-          m_streams(m_folder + kStreamFolder) {}
+    explicit ClipSource(const platform::Place& folder)
+        : m_information(folder.Below(media::kClipInformation.Path())),
+          m_streams(folder.Below(media::kStreams.Path())),
+          m_playlists(folder.Below(media::kPlaylists.Path())) {}
 
-    [[nodiscard]] const CString& Folder() const { return m_folder; }
+    [[nodiscard]] const platform::Place& Information() const { return m_information; }
+    [[nodiscard]] const platform::Place& Playlists() const { return m_playlists; }
     /// The clip's stream file for the file system; nothing when the card has none.
-    std::optional<std::string> StreamOf(const ClipFiles& files, const CString& name);
+    [[nodiscard]] std::optional<std::string> StreamOf(const CardKind& kind,
+                                                      const CString& name) const;
 
     /// Fills the record from a clip information file's content and the beginning of its stream, and
     /// reads more of the stream when that is not enough. False, the record untouched, when the clip
     /// cannot be decoded.
-    bool Decode(const ClipFiles& files, const CString& name, const std::string& information,
+    bool Decode(const CardKind& kind, const CString& name, const std::string& information,
                 const std::string& streamHead, _tag_P2Clip& clip);
     /// The same for a clip that is looked for by its name.
-    bool Read(const ClipFiles& files, const CString& name, _tag_P2Clip& clip);
+    bool Read(const CardKind& kind, const CString& name, _tag_P2Clip& clip);
 
     /// What the playlists of one kind of card tell; a playlist that cannot be read tells nothing.
     struct PlaylistFacts {
@@ -47,18 +57,16 @@ public:
         SplitRecordings splits;
         bool isWhole = false; ///< not when memory was short for one of them
     };
-    const PlaylistFacts& Facts(const ClipFiles& files);
+    const PlaylistFacts& Facts(const CardKind& kind);
 
 private:
-    StreamHead DecodeStream(const std::optional<std::string>& path, const VideoStream& video,
-                            const std::string& begin);
-    void FillPaths(const ClipFiles& files, const CString& name, bool hasStream,
-                   std::int32_t channels, _tag_P2Clip& clip);
+    void FillPaths(const CardKind& kind, const CString& name, bool hasStream, std::int32_t channels,
+                   _tag_P2Clip& clip) const;
 
-    CString m_folder;
-    FolderFiles m_information;
-    FolderFiles m_streams;
-    std::map<std::wstring_view, PlaylistFacts> m_facts; ///< by the playlists' extension
+    platform::Place m_information;
+    platform::Place m_streams;
+    platform::Place m_playlists;
+    std::map<std::wstring, PlaylistFacts> m_facts; ///< by the playlists' extension
 };
 
 /// What reads a clip's two files.
@@ -72,5 +80,15 @@ const std::string* WholeContent(platform::FileContent& file, const std::string& 
 /// Reads one playlist file and decodes it; nothing in `playlist` when it cannot be read, is none, or
 /// has more items than are read, which is TooLarge.
 platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playlist>& playlist);
+
+/// Tells the debugger output how long something took.
+class StopWatch {
+public:
+    /// Writes the milliseconds since construction beside the name of what was called.
+    void Report(const wchar_t* called) const;
+
+private:
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
 
 } // namespace nqp2::avchd

@@ -3,9 +3,8 @@
 
 #include "avchd/playlist.h"
 
-#include "avchd/file_head.h"
+#include "avchd/file_layout.h"
 #include "avchd/limits.h"
-#include "avchd/stream_entry.h"
 
 #include <algorithm>
 #include <cstring>
@@ -115,14 +114,14 @@ void ReadMarkExtension(Bytes extension, Shot& shot) {
 /// The extensions of the marks, one after another.
 Bytes MarkExtensions(Bytes block) {
     // Their count, in front, is that of the marks.
-    return From(OptionalSection(block, AddressOf(block, BlockPart::Marks)), 2);
+    return From(MarksSection(block), 2);
 }
 
 /// The identifiers of a maker's list of shots, which has one entry for each mark.
 class ShotIds {
 public:
     explicit ShotIds(Bytes block)
-        : m_reader(FindItem(KnownMakersData(block), kShotListTag)), m_left(m_reader.U16()) {
+        : m_reader(MakersItem(block, kShotListTag)), m_left(m_reader.U16()) {
         m_reader.Skip(2);
     }
 
@@ -142,7 +141,7 @@ private:
     std::uint16_t m_left; ///< entries that have not been read
 };
 
-/// Keeps a shot for the item that its mark stands on, unless another came before it.
+/// Keeps a shot for the item that its mark is on, unless another came before it.
 void AddShot(const Shot& shot, Playlist& playlist) {
     if (shot.item < playlist.items.size() && playlist.items[shot.item].shot == PlayItem::kNoShot) {
         playlist.items[shot.item].shot = static_cast<std::int32_t>(playlist.shots.size());

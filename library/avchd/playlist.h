@@ -4,8 +4,7 @@
 #pragma once
 
 #include "avchd/byte_reader.h"
-#include "avchd/extension_data.h"
-#include "avchd/recorded_moment.h"
+#include "avchd/recorder_data.h"
 #include "avchd/video_format.h"
 
 #include <array>
@@ -17,12 +16,12 @@
 
 namespace nqp2::avchd {
 
-/// What the recorder wrote down about one shot, beside the mark that stands at its start.
+/// What the recorder wrote down about one shot, beside the mark at its start.
 struct Shot {
     std::uint32_t item = 0; ///< index of the play item
     std::uint32_t time = 0; ///< position in the item's clip, 45 kHz ticks
     std::uint8_t pulldown = 0;
-    std::optional<RecordedDate> date;
+    std::optional<media::CalendarTime> date;
     std::optional<RecordedTimecode> timecode;
     std::optional<GlobalClipId> clipId;
 };

@@ -1,18 +1,16 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "avchd/playlist_reader.h"
-
-#include "avchd/card_folders.h"
+#include "avchd/card.h"
 #include "avchd/clip_source.h"
-#include "avchd/folder_files.h"
+#include "avchd/omissions.h"
 #include "avchd/playlist.h"
 #include "media/card_layout.h"
 #include "media/dates.h"
 #include "media/identifier.h"
-#include "platform/file_find.h"
 #include "platform/file_system.h"
 #include "platform/guid_text.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -28,6 +26,9 @@
 
 namespace nqp2::avchd {
 namespace {
+
+using platform::FoundFile;
+using platform::Place;
 
 /// The first item decides for the whole list. An undefined rate leaves the record's defaults.
 void FillRate(const Playlist& playlist, tag_P2EDL& edl) {
@@ -63,40 +64,44 @@ CString DateOf(const std::string& path) {
     return media::FileDateText(known ? std::optional(info.created) : std::nullopt);
 }
 
-/// The folder that a card's playlists are listed in; empty when there is none.
-CString PlaylistFolder(const CString& root) {
-    for (const wchar_t* const above : {kAvchdFolder, kBdmvFolder}) {
-        CString folder = root + above + kPlaylistFolder;
-        if (FolderExists(folder)) {
+/// The folder that a card's playlists are listed in; nothing when there is none.
+std::optional<Place> PlaylistFolder(const Place& root) {
+    for (const wchar_t* const above : {media::kAvchd.BelowDrive(), media::kDisc.BelowDrive()}) {
+        if (Place folder = root.Below(above).Below(media::kPlaylists.Path()); folder.Exists()) {
             return folder;
         }
     }
-    return {};
+    return std::nullopt;
 }
 
 /// The folder that a playlist is looked for in by its name: that of AVCHD whenever there is AVCHD,
 /// even without playlists of its own; kept: hosts rely on it.
-CString NamedPlaylistFolder(const CString& root) {
-    return root + (FolderExists(root + kAvchdFolder) ? kAvchdFolder : kBdmvFolder) +
-           kPlaylistFolder;
+Place NamedPlaylistFolder(const Place& root) {
+    const Place avchd = root.Below(media::kAvchd.BelowDrive());
+    return (avchd.Exists() ? avchd : root.Below(media::kDisc.BelowDrive()))
+        .Below(media::kPlaylists.Path());
 }
+
+/// Why there is no edit list of a playlist.
+struct Refusal {
+    SkipReason reason;
+    std::string why;
+};
 
 /// Reads playlists of one kind of card; a clip that several items name is read once.
 class PlaylistReader {
 public:
-    PlaylistReader(const CString& root, const ClipFiles& kind)
+    PlaylistReader(const Place& root, const CardKind& kind)
         : m_kind(kind), m_clips(ClipsFolder(root)) {}
 
-    using Telling = std::function<void(Omission omission, const std::string& why)>;
-
-    /// Fills the record. False when `omit` was told why there is no playlist, and for an empty one.
-    bool Read(const std::string& path, const Telling& omit, tag_P2EDL& edl) {
+    /// Fills the record. False with a reason, or without one for an empty playlist.
+    bool Read(const std::string& path, tag_P2EDL& edl, std::optional<Refusal>& refusal) {
         std::optional<Playlist> playlist;
         const platform::IoStatus status = ReadPlaylistFile(path, playlist);
         if (!status) {
-            omit(OmissionOf(status), status.reason);
+            refusal = Refusal{ReasonOf(status), status.reason};
         } else if (!playlist) {
-            omit(Omission::Undecodable, "no sound playlist");
+            refusal = Refusal{SkipReason::Undecodable, "no sound playlist"};
         }
         if (!playlist || playlist->items.empty()) {
             return false;
@@ -149,94 +154,110 @@ private:
         edl.Events.Add(std::move(event));
     }
 
-    ClipFiles m_kind;
+    CardKind m_kind;
     ClipSource m_clips;
     /// Null for a clip that cannot be read; a hostile list names thousands of these.
     std::map<std::string, std::unique_ptr<_tag_P2Clip>, std::less<>> m_known;
 };
 
 /// Which file is read for one that was listed; nothing when there is none, perhaps with a reason.
-using FileOf = std::function<std::optional<std::string>(const platform::FoundFile& file,
-                                                        const PlaylistReader::Telling& omit)>;
+using FileOf = std::optional<std::string> (*)(const Place& root, const FoundFile& file,
+                                              std::optional<Refusal>& refusal);
 
-void AppendPlaylists(PlaylistReader reader, const std::vector<platform::FoundFile>& files,
-                     const FileOf& fileOf, const OnOmitted& omitted, CArray<tag_P2EDL>& edls) {
-    for (const platform::FoundFile& file : files) {
-        TakeAlone(file.path, omitted, [&] {
-            const PlaylistReader::Telling omit = [&](Omission omission, const std::string& why) {
-                omitted(file.path, media::IsCompanion(file.path) ? Omission::Companion : omission,
-                        why);
-            };
-            tag_P2EDL edl;
-            const std::optional<std::string> path = fileOf(file, omit);
-            if (path && reader.Read(*path, omit, edl)) {
-                edl.Identity = platform::NewGuid();
-                edl.Date = DateOf(file.posixPath);
-                edl.Name = file.title;
-                edls.Add(std::move(edl));
-            }
-        });
+/// A playlist of AVCHD is read under its name, perhaps from another folder than the one listed.
+std::optional<std::string> FileOfName(const Place& root, const FoundFile& file,
+                                      std::optional<Refusal>& /*refusal*/) {
+    return file.isFolder
+               ? std::nullopt
+               : FileIn(NamedPlaylistFolder(root), file.title + kAvchdCard.files.playlist.Text());
+}
+
+std::optional<std::string> FileItself(const Place& /*root*/, const FoundFile& file,
+                                      std::optional<Refusal>& refusal) {
+    const bool isReadable = file.pathIsSafe && !file.isSpecial && !file.isFolder;
+    if (!isReadable && !file.isFolder) {
+        refusal =
+            Refusal{SkipReason::Unreadable, "it is no regular file, or its name holds a backslash"};
     }
+    return isReadable ? std::optional(file.posixPath) : std::nullopt;
 }
 
-std::vector<platform::FoundFile> PlaylistsIn(const CString& folder, const ClipFiles& kind,
-                                             platform::IoStatus& status) {
-    return platform::FindFiles(folder + L"*" + kind.playlistExtension, status);
-}
+class PlaylistScan {
+public:
+    PlaylistScan(Place root, Place folder, CArray<tag_P2EDL>& edls, ScanReport& report)
+        : m_root(std::move(root)), m_folder(std::move(folder)), m_edls(edls), m_omitted(report) {}
+
+    /// Appends the playlists of one kind.
+    void Append(const CardKind& kind, FileOf fileOf) {
+        PlaylistReader reader(m_root, kind);
+        platform::IoStatus status;
+        for (const FoundFile& file :
+             m_folder.List(CString(L"*") + kind.files.playlist.Text(), status)) {
+            m_omitted.TakeAlone(file.path, [&] { Take(file, reader, fileOf); });
+        }
+    }
+
+    void AppendAll() {
+        Append(kAvchdCard, FileItself);
+        Append(kDisc, FileItself);
+        if (const platform::IoStatus& status = m_folder.Names().Status(); !status) {
+            m_omitted.AddFolder(m_folder.Written(), status);
+        }
+    }
+
+private:
+    void Take(const FoundFile& file, PlaylistReader& reader, FileOf fileOf) {
+        std::optional<Refusal> refusal;
+        const std::optional<std::string> path = fileOf(m_root, file, refusal);
+        tag_P2EDL edl;
+        if (path && reader.Read(*path, edl, refusal)) {
+            edl.Identity = platform::NewGuid();
+            edl.Date = DateOf(file.posixPath);
+            edl.Name = file.title;
+            m_edls.Add(std::move(edl));
+        } else if (refusal) {
+            m_omitted.Add(file.path,
+                          media::IsCompanion(file.path) ? SkipReason::Companion : refusal->reason,
+                          refusal->why);
+        }
+    }
+
+    Place m_root;
+    Place m_folder;
+    CArray<tag_P2EDL>& m_edls;
+    Omissions m_omitted;
+};
 
 } // namespace
 
-bool ReadPlaylist(const CString& card, const CString& name, tag_P2EDL& edl) {
-    if (card.IsEmpty() || name.IsEmpty()) {
+bool ReadPlaylist(const CString& root, const CString& name, tag_P2EDL& edl) {
+    if (root.IsEmpty() || name.IsEmpty()) {
         return false;
     }
-    const CString root = media::WithDrive(card);
+    const Place card(media::WithDrive(root));
     const std::optional<std::string> path =
-        FolderFiles(NamedPlaylistFolder(root)).Find(name + kAvchdFiles.playlistExtension);
-    return path && PlaylistReader(root, kAvchdFiles)
-                       .Read(
-                           *path, [](auto&&...) {}, edl);
+        FileIn(NamedPlaylistFolder(card), name + kAvchdCard.files.playlist.Text());
+    std::optional<Refusal> refusal;
+    return path && PlaylistReader(card, kAvchdCard).Read(*path, edl, refusal);
 }
 
-bool ScanPlaylists(const CString& card, CArray<tag_P2EDL>& edls) {
-    const CString root = media::WithDrive(card);
-    const CString folder = PlaylistFolder(root);
-    FolderFiles named(NamedPlaylistFolder(root));
-    const auto fileOf = [&named](const platform::FoundFile& file, const auto&) {
-        return file.isFolder ? std::nullopt
-                             : named.Find(file.title + kAvchdFiles.playlistExtension);
-    };
-    if (folder.IsEmpty()) {
-        return false;
+bool ScanPlaylists(const CString& root, CArray<tag_P2EDL>& edls) {
+    const Place card(media::WithDrive(root));
+    const std::optional<Place> folder = PlaylistFolder(card);
+    ScanReport report; // not asked for
+    if (folder) {
+        PlaylistScan(card, *folder, edls, report).Append(kAvchdCard, FileOfName);
     }
-    platform::IoStatus status;
-    AppendPlaylists(
-        {root, kAvchdFiles}, PlaylistsIn(folder, kAvchdFiles, status), fileOf, [](auto&&...) {},
-        edls);
-    return true;
+    return folder.has_value();
 }
 
-bool ScanAllPlaylists(const CString& card, const OnOmitted& omitted, CArray<tag_P2EDL>& edls) {
-    const CString root = media::WithDrive(card);
-    const CString folder = card.IsEmpty() ? CString() : PlaylistFolder(root);
-    if (folder.IsEmpty()) {
-        return false;
+bool ScanAllPlaylists(const CString& root, CArray<tag_P2EDL>& edls, ScanReport& report) {
+    const Place card(media::WithDrive(root));
+    const std::optional<Place> folder = root.IsEmpty() ? std::nullopt : PlaylistFolder(card);
+    if (folder) {
+        PlaylistScan(card, *folder, edls, report).AppendAll();
     }
-    const auto fileOf = [](const platform::FoundFile& file, const auto& omit) {
-        const bool readable = file.pathIsSafe && !file.isSpecial && !file.isFolder;
-        if (!readable && !file.isFolder) {
-            omit(Omission::Unreadable, "it is no regular file, or its name holds a backslash");
-        }
-        return readable ? std::optional(file.posixPath) : std::nullopt;
-    };
-    platform::IoStatus status;
-    for (const ClipFiles& kind : {kAvchdFiles, kBdmvFiles}) {
-        AppendPlaylists({root, kind}, PlaylistsIn(folder, kind, status), fileOf, omitted, edls);
-    }
-    if (!status) {
-        omitted(folder, Omission::FolderUnreadable, status.reason);
-    }
-    return true;
+    return folder.has_value();
 }
 
 } // namespace nqp2::avchd

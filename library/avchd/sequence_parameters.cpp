@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "avchd/sequence_parameters.h"
+#include "avchd/stream_head.h"
 
-#include "avchd/bit_reader.h"
 #include "avchd/limits.h"
 
 #include <algorithm>
@@ -11,6 +10,64 @@
 
 namespace nqp2::avchd {
 namespace {
+
+/// Reads the bits of an H.264 unit (ITU-T H.264, 7.2 and 9.1), emulation bytes undone. Reading
+/// beyond the end, and a number that no 32 bits hold, give zeros and leave the reader bad for good.
+class BitReader {
+public:
+    explicit BitReader(Bytes bytes) : m_bytes(bytes) {}
+
+    [[nodiscard]] bool IsGood() const { return m_good; }
+    bool Bit();
+    /// Up to 32 bits.
+    std::uint32_t Bits(int count);
+    /// A number of variable length, without and with sign.
+    std::uint32_t Unsigned();
+    std::int32_t Signed();
+
+private:
+    Bytes m_bytes;
+    std::size_t m_position = 0; ///< in bits
+    bool m_good = true;
+};
+
+bool BitReader::Bit() {
+    const std::size_t byte = m_position / 8;
+    m_good = m_good && byte < m_bytes.size();
+    if (!m_good) {
+        return false;
+    }
+    const auto shift = static_cast<unsigned>(7 - m_position % 8);
+    ++m_position;
+    return (static_cast<unsigned>(m_bytes[byte]) >> shift & 1U) != 0;
+}
+
+std::uint32_t BitReader::Bits(int count) {
+    std::uint32_t number = 0;
+    for (int i = 0; i < count; ++i) {
+        number = number << 1U | (Bit() ? 1U : 0U);
+    }
+    return number;
+}
+
+std::uint32_t BitReader::Unsigned() {
+    int zeros = 0;
+    while (!Bit()) {
+        ++zeros;
+        m_good = m_good && zeros <= kMaxLeadingZeros;
+        if (!m_good) {
+            return 0;
+        }
+    }
+    const std::uint32_t rest = Bits(zeros);
+    return m_good ? (std::uint32_t{1} << static_cast<unsigned>(zeros)) - 1 + rest : 0;
+}
+
+std::int32_t BitReader::Signed() {
+    const std::uint32_t code = Unsigned();
+    const auto half = static_cast<std::int32_t>(code / 2);
+    return code % 2 != 0 ? half + 1 : -half;
+}
 
 constexpr std::uint32_t kMacroblock = 16;
 

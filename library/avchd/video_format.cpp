@@ -57,6 +57,18 @@ bool IsVideoCoding(std::uint8_t codingType) {
            std::end(kVideoCodings);
 }
 
+VideoStream ReadVideoAttributes(ByteReader& attributes) {
+    VideoStream video;
+    video.codingType = attributes.U8();
+    const unsigned formatAndRate = attributes.U8();
+    if (!attributes.IsGood() || !IsVideoCoding(video.codingType)) {
+        return {};
+    }
+    video.format = static_cast<std::uint8_t>(formatAndRate >> 4U);
+    video.rateCode = static_cast<std::uint8_t>(formatAndRate & 0x0FU);
+    return video;
+}
+
 Raster RasterOf(std::uint8_t format) {
     return FormatOf(format).raster;
 }

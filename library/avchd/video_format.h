@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "avchd/byte_reader.h"
 #include "NQP2ParserU/FrameRate.h"
 
 #include <cstdint>
@@ -23,6 +24,10 @@ inline constexpr std::uint8_t kAvcCoding = 0x1B;
 
 /// Whether the coding type is one of video.
 bool IsVideoCoding(std::uint8_t codingType);
+
+/// The attributes of a stream as playlists and clip information both give them; zeros for a stream
+/// that is no video. The process identifier is not among them.
+VideoStream ReadVideoAttributes(ByteReader& attributes);
 
 /// How pictures were spread over the carrier's fields or frames; recorded beside each shot.
 inline constexpr std::uint8_t kPulldown22 = 1;

@@ -5,8 +5,8 @@
 
 #include "avchd/byte_reader.h"
 
-#include <algorithm>
 #include <array>
+#include <bitset>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -208,20 +208,15 @@ inline std::string ClipBytes(const ClipSpec& spec) {
 class BitWriter {
 public:
     BitWriter& Bits(std::uint32_t value, int count) {
-        for (int i = count - 1; i >= 0; --i) {
-            m_bits += (value >> static_cast<unsigned>(i) & 1U) != 0 ? '1' : '0';
-        }
+        m_bits += std::bitset<32>(value).to_string().substr(32 - static_cast<std::size_t>(count));
         return *this;
     }
     /// A number of variable length.
     BitWriter& Number(std::uint32_t value) {
-        int width = 0;
-        for (std::uint64_t rest = std::uint64_t{value} + 1; rest > 1; rest /= 2) {
-            ++width;
-        }
-        Bits(0, width);
-        m_bits += '1';
-        return Bits(value + 1 - (std::uint32_t{1} << static_cast<unsigned>(width)), width);
+        const std::string bits = std::bitset<33>(std::uint64_t{value} + 1).to_string();
+        const std::string significant = bits.substr(bits.find('1'));
+        m_bits += std::string(significant.size() - 1, '0') + significant;
+        return *this;
     }
     [[nodiscard]] std::string Bytes() const {
         std::string padded = m_bits + '1';
@@ -292,24 +287,19 @@ inline std::string Unit(const std::string& bytes) {
     return Zeros(3) + "\x01" + bytes;
 }
 
-/// The packets of one packetised unit of the video stream 0x1011.
+/// The packets of one packetised unit of the video stream 0x1011, the last filled up in front.
 inline std::string Packets(const std::string& elementary) {
+    constexpr std::size_t kRoom = 184;
     std::string rest =
         Zeros(2) + "\x01\xE0" + Zeros(2) + "\x84\x80\x05" + std::string(5, '\x21') + elementary;
     std::string packets;
-    for (bool first = true; !rest.empty(); first = false) {
-        const std::size_t room = 184;
-        const std::size_t count = std::min(rest.size(), room);
-        const std::size_t stuffing = room - count;
-        packets += Zeros(4) + "\x47" + Be((first ? 0x4000U : 0U) | 0x1011U, 2);
-        packets += stuffing == 0 ? "\x10" : "\x30";
-        if (stuffing == 1) {
-            packets += Zeros(1);
-        } else if (stuffing > 1) {
-            packets += Be(stuffing - 1, 1) + Zeros(1) + std::string(stuffing - 2, '\xFF');
-        }
-        packets += rest.substr(0, count);
-        rest.erase(0, count);
+    for (unsigned flags = 0x4000; !rest.empty(); flags = 0) {
+        const std::string payload = rest.substr(0, kRoom);
+        std::string filling(kRoom - payload.size(), '\xFF');
+        filling.replace(0, 2, (Be(filling.size() - 1, 1) + Zeros(1)).substr(0, filling.size()));
+        packets += Zeros(4) + "\x47" + Be(flags | 0x1011U, 2) + (filling.empty() ? "\x10" : "\x30");
+        packets += filling + payload;
+        rest.erase(0, payload.size());
     }
     return packets;
 }

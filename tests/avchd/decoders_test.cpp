@@ -4,15 +4,17 @@
 #include "avchd/clip_information.h"
 #include "avchd/limits.h"
 #include "avchd/playlist.h"
-#include "avchd/recorded_moment.h"
+#include "avchd/recorder_data.h"
 #include "avchd/stream_head.h"
 #include "avchd/video_format.h"
+#include "media/dates.h"
 #include "tests/avchd/avchd_bytes.h"
 #include "tests/support/print_text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -31,38 +33,39 @@ using test::MarkSpec;
 using test::PlaylistSpec;
 using test::SetSpec;
 
-TEST(RecordedMomentTest, DatesAreBinaryCodedAndPossible) {
-    const auto date = DecodeDate(test::BytesOf(test::kDate));
-    ASSERT_TRUE(date);
-    EXPECT_EQ(std::tie(date->year, date->month, date->day, date->hour, date->minute, date->second),
-              std::tuple(2011, 1, 28, 13, 45, 7));
-    const std::string impossible[] = {std::string("\x20\x11\x02\x29\x13\x45\x07"), // no leap year
-                                      std::string("\x20\x11\x13\x01\x13\x45\x07"), // month 13
-                                      std::string("\x20\x1A\x01\x28\x13\x45\x07"), // no decimal
-                                      std::string("\x20\x11\x01\x28\x24\x00\x00", 7), // hour 24
-                                      test::Zeros(7),
-                                      test::kDate.substr(1)};
-    for (const std::string& bytes : impossible) {
-        EXPECT_FALSE(DecodeDate(test::BytesOf(bytes))) << testing::PrintToString(bytes);
+TEST(RecorderDataTest, DatesAreBinaryCodedAndPossible) {
+    const std::tuple<std::string, CString> cases[] = {
+        {test::kDate, L"2011-01-28T13:45:07"},
+        {"\x20\x12\x02\x29\x23\x59\x59", L"2012-02-29T23:59:59"},
+        {"\x20\x11\x02\x29\x13\x45\x07", L""},                 // no leap year
+        {"\x20\x11\x13\x01\x13\x45\x07", L""},                 // month 13
+        {"\x20\x1A\x01\x28\x13\x45\x07", L""},                 // no decimal
+        {std::string("\x20\x11\x01\x28\x24\x00\x00", 7), L""}, // hour 24
+        {test::Zeros(7), L""},
+        {test::kDate.substr(1), L""}};
+    for (const auto& [bytes, text] : cases) {
+        const auto date = DecodeDate(test::BytesOf(bytes));
+        EXPECT_EQ(date ? media::DateText(*date) : CString(), text);
     }
-    EXPECT_TRUE(DecodeDate(test::BytesOf("\x20\x12\x02\x29\x23\x59\x59"))) << "leap year";
 }
 
-TEST(RecordedMomentTest, TimecodesComeFramesFirst) {
-    const auto drop = DecodeTimecode(test::BytesOf("\x50\x03\x02\x01"));
-    ASSERT_TRUE(drop);
-    EXPECT_TRUE(drop->dropFrame);
-    const media::Timecode& shown = drop->timecode;
-    EXPECT_EQ(std::tie(shown.hours, shown.minutes, shown.seconds, shown.frames),
-              std::tuple(1, 2, 3, 10));
-    const auto plain = DecodeTimecode(test::BytesOf(std::string("\xA9\xD9\xD9\xE3", 4)));
-    ASSERT_TRUE(plain) << "flags in the upper bits of each byte";
-    EXPECT_FALSE(plain->dropFrame);
-    EXPECT_EQ(plain->timecode.hours, 23);
-    EXPECT_EQ(plain->timecode.frames, 29);
-    for (const char* const none : {"\xFF\xFF\xFF\xFF", "\x30\x01\x01\x01", "\x01\x60\x01\x01",
-                                   "\x01\x01\x01\x24", "\x01\x01\x01"}) {
-        EXPECT_FALSE(DecodeTimecode(test::BytesOf(none)));
+TEST(RecorderDataTest, TimecodesComeFramesFirstWithFlagsInTheUpperBits) {
+    const std::tuple<std::string, const char*> cases[] = {{"\x50\x03\x02\x01", "01:02:03;10"},
+                                                          {"\xA9\xD9\xD9\xE3", "23:59:59:29"},
+                                                          {"\xFF\xFF\xFF\xFF", ""},
+                                                          {"\x30\x01\x01\x01", ""},
+                                                          {"\x01\x60\x01\x01", ""},
+                                                          {"\x01\x01\x01\x24", ""},
+                                                          {"\x01\x01\x01", ""}};
+    for (const auto& [bytes, text] : cases) {
+        const auto recorded = DecodeTimecode(test::BytesOf(bytes));
+        char shown[32] = "";
+        if (recorded) {
+            const media::Timecode& code = recorded->timecode;
+            std::snprintf(shown, sizeof shown, "%02d:%02d:%02d%c%02d", code.hours, code.minutes,
+                          code.seconds, recorded->dropFrame ? ';' : ':', code.frames);
+        }
+        EXPECT_STREQ(shown, text);
     }
 }
 
@@ -106,21 +109,18 @@ TEST(VideoFormatTest, TellsTwentyFiveProgressiveFromFiftyInterlaced) {
 }
 
 TEST(VideoFormatTest, EveryRasterHasAFormatText) {
-    const std::tuple<Raster, bool, unsigned, const wchar_t*> cases[] = {
-        {Raster{1920, 1080}, true, 3, L"AVCHD_1920_1080_50i"},
-        {Raster{1440, 1080}, true, 4, L"AVCHD_1440_1080_50i"},
-        {Raster{1440, 1080}, false, 3, L"AVCHD_1440_1080_25p"},
-        {Raster{1920, 1080}, false, 7, L"AVCHD_1920_1080_25p"},
-        {Raster{1280, 720}, false, 7, L"AVCHD_1280_720_50p"},
-        {Raster{1280, 720}, false, 4, L"AVCHD_1280_720_25p"},
-        {Raster{1280, 720}, false, 5, L"AVCHD_1280_720_25p"},
-        {Raster{3840, 2160}, false, 3, L"AVCHD_1920_1080_25p"},
-        {Raster{720, 576}, true, 3, L"AVCHD_1440_1080_50i"},
-    };
+    const std::tuple<Raster, bool, std::uint8_t, const wchar_t*> cases[] = {
+        {{1920, 1080}, true, 3, L"AVCHD_1920_1080_50i"},
+        {{1440, 1080}, true, 4, L"AVCHD_1440_1080_50i"},
+        {{1440, 1080}, false, 3, L"AVCHD_1440_1080_25p"},
+        {{1920, 1080}, false, 7, L"AVCHD_1920_1080_25p"},
+        {{1280, 720}, false, 7, L"AVCHD_1280_720_50p"},
+        {{1280, 720}, false, 4, L"AVCHD_1280_720_25p"},
+        {{1280, 720}, false, 5, L"AVCHD_1280_720_25p"},
+        {{3840, 2160}, false, 3, L"AVCHD_1920_1080_25p"},
+        {{720, 576}, true, 3, L"AVCHD_1440_1080_50i"}};
     for (const auto& [raster, interlaced, rate, text] : cases) {
-        EXPECT_EQ(
-            CString(FormatText(raster, interlaced, RateOf(static_cast<std::uint8_t>(rate), false))),
-            text);
+        EXPECT_EQ(CString(FormatText(raster, interlaced, RateOf(rate, false))), text);
     }
 }
 
@@ -128,8 +128,9 @@ std::optional<ClipInformation> Decode(const ClipSpec& spec) {
     return DecodeClipInformation(test::BytesOf(test::ClipBytes(spec)));
 }
 
-TEST(ClipInformationTest, ReadsStreamsAndExtension) {
+TEST(ClipInformationTest, ReadsStreamsAndExtensionAndRoundsEachStretchByItself) {
     ClipSpec spec;
+    spec.stretches = {{0, 1501}, {10, 10}, {UINT32_MAX - 1000, 500}, {0, 1501}};
     spec.format = 5;
     spec.rate = 7;
     spec.audio = {6, 3, 1, 9};
@@ -137,35 +138,24 @@ TEST(ClipInformationTest, ReadsStreamsAndExtension) {
     spec.timecode = "\x50\x03\x02\x01";
     const auto clip = Decode(spec);
     ASSERT_TRUE(clip);
-    EXPECT_EQ(
-        std::tuple(clip->video.pid, clip->video.format, clip->video.rateCode, clip->video.aspect),
-        std::tuple(0x1011, 5, 7, 3));
+    const VideoStream& video = clip->video;
+    EXPECT_EQ(std::tuple(video.pid, video.format, video.rateCode, video.aspect),
+              std::tuple(0x1011, 5, 7, 3));
     EXPECT_EQ(clip->audioChannels, 6 + 2 + 1) << "an unknown presentation counts nothing";
     EXPECT_EQ(clip->clipId.value().front(), 6);
     EXPECT_TRUE(clip->timecode.value().dropFrame);
-}
-
-TEST(ClipInformationTest, SumsItsStretchesEachRoundedByItself) {
-    ClipSpec spec;
-    spec.rate = 4;
-    spec.stretches = {{0, 1501}, {10, 10}, {UINT32_MAX - 1000, 500}, {0, 1501}};
-    EXPECT_EQ(Decode(spec)->Frames(*RateOf(4, false)), 3);
+    EXPECT_EQ(clip->Frames(*RateOf(4, false)), 3);
 }
 
 TEST(ClipInformationTest, RefusesAClipWithoutTimeOrPicture) {
-    ClipSpec spec;
-    spec.stretches.clear();
-    EXPECT_FALSE(Decode(spec));
-    spec = ClipSpec();
-    spec.coding = 0x81;
-    EXPECT_FALSE(Decode(spec)) << "sound alone";
-    const std::string good = test::ClipBytes(ClipSpec());
+    EXPECT_FALSE(Decode(ClipSpec{.stretches = {}}));
+    EXPECT_FALSE(Decode(ClipSpec{.coding = 0x81})) << "sound alone";
     for (const std::size_t address : {8U, 12U}) {
-        std::string damaged = good;
-        damaged.replace(address, 4, "\xFF\xFF\xFF\xFE");
-        EXPECT_FALSE(DecodeClipInformation(test::BytesOf(damaged)));
-        damaged.replace(address, 4, test::Be(39, 4));
-        EXPECT_FALSE(DecodeClipInformation(test::BytesOf(damaged))) << "within the head";
+        for (const std::uint32_t beyond : {0xFFFFFFFEU, 39U}) { // the latter within the head
+            std::string damaged = test::ClipBytes({});
+            damaged.replace(address, 4, test::Be(beyond, 4));
+            EXPECT_FALSE(DecodeClipInformation(test::BytesOf(damaged)));
+        }
     }
 }
 
@@ -175,87 +165,70 @@ std::optional<Playlist> Decode(const PlaylistSpec& spec) {
 
 TEST(PlaylistTest, ReadsItemsWithTheirFirstVideoStream) {
     for (const char* const version : {"0100", "0200", "0240", "0300"}) {
-        PlaylistSpec spec;
-        spec.version = version;
-        spec.items = {ItemSpec{"00012"}, ItemSpec{"99999", 100, 100 + 900, 1, 5, 6, 3}};
-        const auto playlist = Decode(spec);
+        const auto playlist = Decode(PlaylistSpec{
+            .items = {{"00012"}, {"99999", 100, 100 + 900, 1, 5, 6, 3}}, .version = version});
         ASSERT_TRUE(playlist) << version;
         ASSERT_EQ(playlist->items.size(), 2U);
-        const PlayItem& second = playlist->items[1];
         EXPECT_EQ(playlist->items[0].Name(), "00012");
         EXPECT_EQ(playlist->FramesOf(playlist->items[0]), 10);
-        EXPECT_EQ(second.Name(), "99999");
-        EXPECT_EQ(second.video.rateCode, 6) << "behind a table of angles";
-        EXPECT_EQ(playlist->FramesOf(second), 1);
+        EXPECT_EQ(playlist->FramesOf(playlist->items[1]), 1) << "behind a table of angles";
     }
 }
 
 TEST(PlaylistTest, ShotsRuleTheirItemAndWhatContinuesIt) {
-    PlaylistSpec spec;
-    spec.items = {ItemSpec{"00000"}, ItemSpec{"00001"}, ItemSpec{"00002"}, ItemSpec{"00003"}};
-    spec.items[1].connection = 6;
-    spec.items[2].connection = 6;
-    spec.marks = {MarkSpec{0, 38700, kPulldown22, test::kDate, "\x10\x02\x03\x04"},
-                  MarkSpec{0, 40000}, MarkSpec{3, 7, 0, test::Zeros(7)},
-                  MarkSpec{2, 0, 0, test::kDate, test::kNoTimecode, false}, // a link
-                  MarkSpec{60000}};
-    spec.shotIds = {test::ClipIdBytes(), test::ClipIdBytes(), test::Zeros(32)};
+    PlaylistSpec spec = {.items = {{"00000"}, {"00001"}, {"00002"}, {"00003"}},
+                         .marks = {{0, 38700, kPulldown22, test::kDate, "\x10\x02\x03\x04"},
+                                   {0, 40000},
+                                   {3, 7, 0, test::Zeros(7)},
+                                   {2, 0, 0, test::kDate, test::kNoTimecode, false}, // a link
+                                   {60000}},
+                         .shotIds = {test::ClipIdBytes(), test::ClipIdBytes(), test::Zeros(32)}};
+    for (const std::size_t joined : {0U, 1U, 2U}) {
+        spec.items[joined].connection = 6;
+    }
     const auto playlist = Decode(spec);
     ASSERT_TRUE(playlist);
-    for (std::size_t item = 0; item < 4; ++item) {
-        EXPECT_EQ(playlist->items[item].shot, item < 3 ? 0 : 1) << item;
-    }
     ASSERT_EQ(playlist->shots.size(), 2U) << "the first of each item";
-    EXPECT_FALSE(playlist->items[0].continues);
-    spec.items[0].connection = 6;
-    EXPECT_FALSE(Decode(spec)->items[0].continues) << "a first item continues nothing";
-    EXPECT_TRUE(playlist->items[2].continues);
-    EXPECT_TRUE(playlist->Is25p(playlist->items[2]));
-    EXPECT_FALSE(playlist->Is25p(playlist->items[3]));
+    for (std::size_t i = 0; i < 4; ++i) {
+        const PlayItem& item = playlist->items[i];
+        EXPECT_EQ(std::tuple(item.shot, item.continues, playlist->Is25p(item)),
+                  std::tuple(i < 3 ? 0 : 1, i == 1 || i == 2, i < 3))
+            << i << ": a first item continues nothing";
+    }
     const Shot& first = playlist->shots[0];
     EXPECT_EQ(first.time, 38700U);
     EXPECT_EQ(first.timecode.value().timecode.frames, 10);
     EXPECT_TRUE(first.date);
     EXPECT_EQ(first.clipId.value().back(), 16);
-    EXPECT_FALSE(playlist->shots[1].date);
-    EXPECT_FALSE(playlist->shots[1].clipId) << "all zero";
+    EXPECT_FALSE(playlist->shots[1].date || playlist->shots[1].clipId) << "all zero";
 }
 
 TEST(PlaylistTest, RefusesWhatCouldLeadAstray) {
-    const auto refused = [](auto change) {
-        PlaylistSpec spec;
-        change(spec);
-        return !Decode(spec);
-    };
-    EXPECT_TRUE(refused([](PlaylistSpec& spec) { spec.version = "0400"; }));
+    EXPECT_FALSE(Decode(PlaylistSpec{.version = "0400"}));
     for (const char* const name : {"../..", "0000A", "0 000", "0000\xB2"}) {
-        EXPECT_TRUE(refused([&](PlaylistSpec& spec) { spec.items[0].name = name; })) << name;
+        EXPECT_FALSE(Decode(PlaylistSpec{.items = {{name}}})) << name;
     }
-    EXPECT_TRUE(refused([](PlaylistSpec& spec) { spec.items.resize(kMaxPlayItems + 1); }));
-    EXPECT_FALSE(refused([](PlaylistSpec& spec) { spec.items.resize(kMaxPlayItems); }));
-
+    for (const std::size_t more : {0U, 1U}) {
+        EXPECT_EQ(Decode({.items = std::vector<ItemSpec>(kMaxPlayItems + more)}).has_value(),
+                  more == 0);
+    }
     std::string codec = test::PlaylistBytes({});
     codec.replace(codec.find("M2TS"), 4, "M3TS");
     EXPECT_FALSE(DecodePlaylist(test::BytesOf(codec)));
 }
 
 TEST(PlaylistTest, ADamagedStreamTableLeavesItsItemWithoutRate) {
-    const std::string good = test::PlaylistBytes({});
-    const std::size_t table = good.find("M2TS") + 4 + 2 + 1 + 8 + 12;
     for (const char* const length : {"\xFF\xFF", "\x00\x10"}) {
-        std::string damaged = good;
-        damaged.replace(table, 2, length, 2);
+        std::string damaged = test::PlaylistBytes({});
+        damaged.replace(damaged.find("M2TS") + 4 + 2 + 1 + 8 + 12, 2, length, 2);
         const auto playlist = DecodePlaylist(test::BytesOf(damaged));
         ASSERT_TRUE(playlist);
-        EXPECT_EQ(playlist->items[0].video.rateCode, 0);
         EXPECT_EQ(playlist->FramesOf(playlist->items[0]), 0);
     }
 }
 
 TEST(PlaylistTest, DamagedMarksAndExtensionsAreLeftOut) {
-    PlaylistSpec spec;
-    spec.marks = {MarkSpec(), MarkSpec()};
-    const std::string good = test::PlaylistBytes(spec);
+    const std::string good = test::PlaylistBytes({.marks = {MarkSpec(), MarkSpec()}});
     std::string inHead = good; // an address within the head, of what would be a table of one mark
     inHead.replace(12, 4, test::Be(20, 4));
     inHead.replace(20, 20, test::Be(16, 4) + test::Be(1, 2) + test::Be(1, 2) + test::Zeros(12));
@@ -265,9 +238,8 @@ TEST(PlaylistTest, DamagedMarksAndExtensionsAreLeftOut) {
         damaged.replace(address, 4, "\xFF\xFF\xFF\xFE");
         const auto playlist = DecodePlaylist(test::BytesOf(damaged));
         ASSERT_TRUE(playlist);
-        EXPECT_EQ(playlist->items.size(), 1U);
         EXPECT_EQ(playlist->shots.size(), address == 12U ? 0U : 1U);
-        EXPECT_EQ(playlist->shots.empty() || !playlist->shots[0].date, true);
+        EXPECT_TRUE(playlist->shots.empty() || !playlist->shots[0].date);
     }
 }
 
@@ -278,24 +250,21 @@ StreamHead Decode(const std::string& stream, std::uint16_t pid = kPid) {
 }
 
 TEST(StreamHeadTest, ReadsTheRasterOfParameterSets) {
-    const std::tuple<SetSpec, std::int32_t, std::int32_t, std::uint32_t, std::uint32_t> cases[] = {
-        {{}, 1920, 1080, 1, 1},
-        {{77, 90, 34, true, 2, 14}, 1440, 1080, 4, 3},
-        {{100, 80, 45, false, 0, 255}, 1280, 720, 4, 3},
-        {{100, 120, 68, false, 4, 17}, 1920, 1080, 0, 0},
-        {{100, 120, 34, true, 2, 1, 2, true}, 1920, 1080, 1, 1},
-        {{.order = 1}, 1920, 1080, 1, 1},
-        {{.order = 2}, 1920, 1080, 1, 1},
-    };
-    for (const auto& [set, pixels, lines, shapeWidth, shapeHeight] : cases) {
+    const std::tuple<SetSpec, int, int, int, unsigned, unsigned> cases[] = {
+        {{}, 1920, 1080, 8, 1, 1},
+        {{77, 90, 34, true, 2, 14}, 1440, 1080, 8, 4, 3},
+        {{100, 80, 45, false, 0, 255}, 1280, 720, 8, 4, 3},
+        {{100, 120, 68, false, 4, 17}, 1920, 1080, 8, 0, 0},
+        {{100, 120, 34, true, 2, 1, 2, true}, 1920, 1080, 10, 1, 1},
+        {{.order = 1}, 1920, 1080, 8, 1, 1},
+        {{.order = 2}, 1920, 1080, 8, 1, 1}};
+    for (const auto& [set, pixels, lines, depth, width, height] : cases) {
         const StreamHead head = Decode(test::StreamBytes(set));
-        ASSERT_TRUE(head.parameters);
-        EXPECT_TRUE(head.complete);
-        EXPECT_EQ(head.parameters->pixels, pixels);
-        EXPECT_EQ(head.parameters->lines, lines);
-        EXPECT_EQ(head.parameters->bitDepth, 8 + static_cast<int>(set.extraDepth));
-        EXPECT_EQ(head.parameters->shapeWidth, shapeWidth);
-        EXPECT_EQ(head.parameters->shapeHeight, shapeHeight);
+        ASSERT_TRUE(head.parameters && head.complete);
+        const SequenceParameters& told = *head.parameters;
+        EXPECT_EQ(
+            std::tuple(told.pixels, told.lines, told.bitDepth, told.shapeWidth, told.shapeHeight),
+            std::tuple(pixels, lines, depth, width, height));
         EXPECT_FALSE(head.date);
     }
 }
@@ -318,12 +287,10 @@ TEST(StreamHeadTest, ReadsDateAndTimecodePacks) {
     std::string packs = test::DatePacks(std::string("\x40\x00\x00\x03\x10", 5));
     packs[2] = static_cast<char>(packs[2] - 1);
     const StreamHead head = Decode(test::StreamBytes({}, packs));
-    ASSERT_TRUE(head.timecode);
+    ASSERT_TRUE(head.timecode && head.date && head.parameters);
     EXPECT_TRUE(head.timecode->dropFrame);
     EXPECT_EQ(head.timecode->timecode.hours, 10);
-    ASSERT_TRUE(head.date);
     EXPECT_EQ(head.date->day, 28);
-    EXPECT_TRUE(head.parameters);
 }
 
 TEST(StreamHeadTest, PassesOverPacketsThatAreNotItsOwn) {
@@ -340,11 +307,8 @@ TEST(StreamHeadTest, PassesOverPacketsThatAreNotItsOwn) {
     }
     EXPECT_FALSE(Decode(good.substr(0, 190)).complete) << "not one packet";
     EXPECT_FALSE(Decode(test::Zeros(1 << 20)).parameters);
-}
-
-TEST(StreamHeadTest, IsNotCompleteBeforeThePictureBegins) {
-    const std::string good = test::StreamBytes({}, test::DatePacks("\x10\x01\x02\x03"));
-    EXPECT_FALSE(Decode(test::Packets(test::Unit("\x67" + test::ParameterSet({})))).complete);
+    EXPECT_FALSE(Decode(test::Packets(test::Unit("\x67" + test::ParameterSet({})))).complete)
+        << "before the picture begins";
     EXPECT_TRUE(Decode(good.substr(0, 2 * 192)).complete);
 }
 
@@ -379,60 +343,43 @@ TEST(DamagedFilesTest, CutOffAtEveryByte) {
 }
 
 /// Real and authored files that lie beside the sources, not in them.
-class SharedSamplesTest : public testing::Test {
-protected:
-    void SetUp() override {
-        const char* const named = std::getenv("NQP2_SHARED_SAMPLES");
-        m_samples = named != nullptr ? named : NQP2_DEFAULT_SHARED_SAMPLES;
-        m_samples /= "avchd";
-        if (!std::filesystem::is_directory(m_samples)) {
-            GTEST_SKIP() << "no samples at " << m_samples << "; set NQP2_SHARED_SAMPLES";
-        }
+TEST(SharedSamplesTest, RealAndAuthoredFilesAreRead) {
+    const char* const named = std::getenv("NQP2_SHARED_SAMPLES");
+    const std::filesystem::path samples =
+        std::filesystem::path(named != nullptr ? named : NQP2_DEFAULT_SHARED_SAMPLES) / "avchd";
+    if (!std::filesystem::is_directory(samples)) {
+        GTEST_SKIP() << "no samples at " << samples << "; set NQP2_SHARED_SAMPLES";
     }
-    [[nodiscard]] std::string Read(const std::filesystem::path& name) const {
-        std::ifstream file(m_samples / name, std::ios::binary);
+    const auto read = [&samples](const char* name) {
+        std::ifstream file(samples / name, std::ios::binary);
         EXPECT_TRUE(file) << name;
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    [[nodiscard]] std::optional<Playlist> Decode(const std::filesystem::path& name) const {
-        return DecodePlaylist(test::BytesOf(Read(name)));
-    }
-
-    std::filesystem::path m_samples;
-};
-
-TEST_F(SharedSamplesTest, ARealCamerasSplitRecording) {
-    const auto playlist = Decode("camera_4items.MPL");
-    ASSERT_TRUE(playlist);
-    std::string items;
-    for (const PlayItem& item : playlist->items) {
-        items += std::string(item.Name()) + ' ' + std::to_string(playlist->FramesOf(item)) + ' ';
-    }
-    // The frames that the items' ticks say at 30000/1001.
-    EXPECT_EQ(items, "00010 28305 00011 28290 00012 6750 00013 135 ");
-    EXPECT_EQ(playlist->shots.size(), 2U);
-    const Shot& first = playlist->shots[static_cast<std::size_t>(playlist->items[2].shot)];
-    EXPECT_EQ(first.item, 0U);
-    ASSERT_TRUE(first.date && first.timecode);
-    EXPECT_EQ(first.date->year, 2021);
-    EXPECT_EQ(first.date->minute, 39);
-    EXPECT_EQ(first.timecode->timecode.hours, 17);
-    EXPECT_EQ(playlist->items[3].shot, 1);
-}
-
-TEST_F(SharedSamplesTest, AuthoredFiles) {
-    EXPECT_FALSE(Decode("mpls-cases/00001_Invalid.mpls"));
-    for (const char* const name : {"00001_LinkPoint", "00002_MultiAngle2", "00003_Padding_Zero"}) {
-        const auto playlist =
-            Decode(std::filesystem::path("mpls-cases") / (std::string(name) + ".mpls"));
-        ASSERT_TRUE(playlist) << name;
-        ASSERT_FALSE(playlist->items.empty());
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    // The frames of each item; those of the camera are what its ticks say at 30000/1001.
+    const std::tuple<const char*, const char*> cases[] = {
+        {"camera_4items.MPL", "00010 28305 00011 28290 00012 6750 00013 135 "},
+        {"mpls-cases/00001_LinkPoint.mpls", ""},
+        {"mpls-cases/00002_MultiAngle2.mpls", ""},
+        {"mpls-cases/00003_Padding_Zero.mpls", ""},
+        {"authored-disc/00000.mpls", ""}};
+    for (const auto& [name, frames] : cases) {
+        const auto playlist = DecodePlaylist(test::BytesOf(read(name)));
+        ASSERT_TRUE(playlist && !playlist->items.empty()) << name;
+        std::string items;
         for (const PlayItem& item : playlist->items) {
+            items +=
+                std::string(item.Name()) + ' ' + std::to_string(playlist->FramesOf(item)) + ' ';
             EXPECT_NE(RateOf(item.video.rateCode, false), nullptr) << name;
         }
+        EXPECT_TRUE(items == frames || *frames == '\0') << items;
     }
-    EXPECT_TRUE(Decode("authored-disc/00000.mpls"));
-    EXPECT_TRUE(DecodeClipInformation(test::BytesOf(Read("authored-disc/00000.clpi"))));
+    const auto camera = DecodePlaylist(test::BytesOf(read("camera_4items.MPL")));
+    EXPECT_EQ(camera->items[2].shot, 0);
+    EXPECT_EQ(camera->items[3].shot, 1);
+    EXPECT_EQ(media::DateText(camera->shots[0].date.value()).Left(4), L"2021");
+    EXPECT_EQ(camera->shots[0].timecode.value().timecode.hours, 17);
+    EXPECT_FALSE(DecodePlaylist(test::BytesOf(read("mpls-cases/00001_Invalid.mpls"))));
+    EXPECT_TRUE(DecodeClipInformation(test::BytesOf(read("authored-disc/00000.clpi"))));
 }
 
 } // namespace

@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "avchd/recorded_moment.h"
+#include "avchd/recorder_data.h"
 
-#include "NQP2ParserU/OleDateTime.h"
+#include <algorithm>
+#include <string>
+#include <string_view>
 
 namespace nqp2::avchd {
 namespace {
@@ -21,15 +23,16 @@ bool IsIn(int number, int limit) {
     return number >= 0 && number < limit;
 }
 
-bool IsPossible(const RecordedDate& date) {
-    COleDateTime moment;
-    return moment.SetDateTime(date.year, date.month, date.day, date.hour, date.minute,
-                              date.second) == COleDateTime::valid;
-}
-
 } // namespace
 
-std::optional<RecordedDate> DecodeDate(Bytes bytes) {
+COleDateTime MomentOf(const media::CalendarTime& date) {
+    COleDateTime moment;
+    moment.SetDateTime(static_cast<int>(date.year), date.month, date.day, date.hour, date.minute,
+                       date.second);
+    return moment;
+}
+
+std::optional<media::CalendarTime> DecodeDate(Bytes bytes) {
     constexpr std::size_t kFields = 7;
     if (bytes.size() != kFields) {
         return std::nullopt;
@@ -41,9 +44,9 @@ std::optional<RecordedDate> DecodeDate(Bytes bytes) {
             return std::nullopt;
         }
     }
-    const RecordedDate date = {
+    const media::CalendarTime date = {
         fields[0] * 100 + fields[1], fields[2], fields[3], fields[4], fields[5], fields[6]};
-    return IsPossible(date) ? std::optional(date) : std::nullopt;
+    return MomentOf(date).GetStatus() == COleDateTime::valid ? std::optional(date) : std::nullopt;
 }
 
 std::optional<RecordedTimecode> DecodeTimecode(Bytes bytes) {
@@ -59,6 +62,28 @@ std::optional<RecordedTimecode> DecodeTimecode(Bytes bytes) {
     const bool possible = IsIn(timecode.hours, 24) && IsIn(timecode.minutes, 60) &&
                           IsIn(timecode.seconds, 60) && IsIn(timecode.frames, 30);
     return possible ? std::optional(recorded) : std::nullopt;
+}
+
+std::optional<GlobalClipId> DecodeClipId(Bytes data) {
+    GlobalClipId id = {};
+    if (data.size() < id.size()) {
+        return std::nullopt;
+    }
+    std::copy_n(data.begin(), id.size(), id.begin());
+    const bool isSet =
+        std::any_of(id.begin(), id.end(), [](std::uint8_t byte) { return byte != 0; });
+    return isSet ? std::optional(id) : std::nullopt;
+}
+
+CString ClipIdText(const GlobalClipId& id) {
+    constexpr std::wstring_view kDigits = L"0123456789ABCDEF";
+    std::wstring text;
+    text.reserve(2 * id.size());
+    for (const unsigned byte : id) {
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 0x0FU];
+    }
+    return CString(text);
 }
 
 } // namespace nqp2::avchd

@@ -1,0 +1,554 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "avchd/card.h"
+#include "avchd/limits.h"
+#include "avchd/video_format.h"
+#include "NQP2ParserU/DebugOutput.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/PathText.h"
+#include "platform/unicode.h"
+#include "tests/avchd/avchd_bytes.h"
+#include "tests/support/faulty_file_system.h"
+#include "tests/support/print_text.h"
+#include "tests/support/temp_folder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <tuple>
+#include <utime.h>
+
+namespace nqp2::avchd {
+namespace {
+
+using test::ClipSpec;
+using test::FaultyFileSystem;
+using test::Operation;
+using test::PlaylistSpec;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+const std::string kClips = "AVCHD/BDMV/CLIPINF/";
+const std::string kStreams = "AVCHD/BDMV/STREAM/";
+const std::string kPlaylists = "AVCHD/BDMV/PLAYLIST/";
+
+using Texts = std::vector<std::string>;
+
+std::string Utf8(const CString& text) {
+    return platform::Utf8FromText(text.View());
+}
+
+/// When a record begins: frames, drop frame and date.
+std::string Start(const _tag_P2Clip& clip) {
+    return std::to_string(clip.StartTimecode) + (clip.DropFrame != 0 ? " drop " : " ") +
+           Utf8(clip.StartDate);
+}
+
+/// What a record tells of its picture.
+std::string Picture(const _tag_P2Clip& clip) {
+    std::ostringstream text;
+    text << Utf8(clip.CodecName) << ' ' << Utf8(clip.FrameRate) << ' ' << Utf8(clip.AspectRatio)
+         << ' ' << clip.ActivePixel << 'x' << clip.ActiveLine << ' ' << clip.BitDepth << ' '
+         << clip.Duration;
+    return text.str();
+}
+
+class AvchdCardTest : public testing::Test {
+protected:
+    void Add(const std::string& name, const std::string& bytes = {}) const {
+        const std::string path = m_folder.Write(name, bytes);
+        const utimbuf times = {1'300'000'000, 1'300'000'000}; // 2011-03-13
+        ASSERT_EQ(utime(path.c_str(), &times), 0);
+    }
+    void AddClip(const std::string& name, const ClipSpec& spec = {}) const {
+        Add(kClips + name + ".CPI", test::ClipBytes(spec));
+    }
+    void AddStream(const std::string& name, const std::string& bytes) const {
+        Add(kStreams + name + ".MTS", bytes);
+    }
+    void AddPlaylist(const std::string& name, const PlaylistSpec& spec) const {
+        Add(kPlaylists + name + ".MPL", test::PlaylistBytes(spec));
+    }
+    /// One clip in 1080 lines, one in 720.
+    void AddTwoClips(const std::string& folder = kClips) const {
+        ClipSpec spec;
+        spec.clipId = test::ClipIdBytes();
+        Add(folder + "00001.CPI", test::ClipBytes(spec));
+        Add(folder + "00002.CPI", test::ClipBytes({.format = 5, .rate = 6}));
+    }
+
+    /// Scans and returns the names; what the worker is asked for is answered by m_worker.
+    Texts Scan(bool expected = true) {
+        m_clips.RemoveAll();
+        m_report = {};
+        EXPECT_EQ(ScanClips(Root(), m_worker, m_clips, m_report), expected);
+        Texts names;
+        for (const _tag_P2Clip& clip : m_clips) {
+            names.push_back(Utf8(clip.ClipName));
+        }
+        return names;
+    }
+    _tag_P2Clip ScanOne() {
+        EXPECT_EQ(Scan().size(), 1U);
+        return m_clips.IsEmpty() ? _tag_P2Clip() : m_clips[0];
+    }
+    [[nodiscard]] Texts Omitted() const {
+        Texts paths;
+        for (const SkippedFile& file : m_report.skipped) {
+            paths.push_back(Relative(file.path));
+        }
+        return paths;
+    }
+    tag_P2EDL ReadOne(const PlaylistSpec& spec) {
+        AddPlaylist("00000", spec);
+        tag_P2EDL edl;
+        EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), L"00000", edl), 1);
+        return edl;
+    }
+    Texts LoadedLists(__int64 expected = 0) {
+        CArray<tag_P2EDL> edls;
+        EXPECT_EQ(m_parser.LoadAVCHDEdl(Root(), edls), expected);
+        Texts names;
+        for (const tag_P2EDL& edl : edls) {
+            names.push_back(Utf8(edl.Name));
+            EXPECT_EQ(edl.Date.GetLength(), 19);
+            EXPECT_NE(edl.Identity, GUID());
+        }
+        return names;
+    }
+    [[nodiscard]] CString Root() const { return InterfaceRoot(m_folder.Path()); }
+    [[nodiscard]] std::string Relative(const CString& path) const {
+        return Utf8(path.Mid(Root().GetLength() + 1));
+    }
+
+    test::TempFolder m_folder;
+    CNQP2Parser m_parser;
+    CArray<_tag_P2Clip> m_clips;
+    ScanReport m_report;
+    BaseClipRequest m_worker = [](const CString&, NQP2BaseClipInfo&) { return 0; };
+};
+
+TEST_F(AvchdCardTest, FillsTheRecordFromAllFilesOfTheClip) {
+    ClipSpec spec;
+    spec.clipId = test::ClipIdBytes();
+    AddClip("00012", spec);
+    AddStream("00012",
+              test::StreamBytes({100, 90, 34, true, 2, 14}, test::DatePacks("\x10\x03\x02\x01")));
+    AddClip("00013"); // continues the shot: has its pulldown but not its moment
+    AddPlaylist("00000", {.items = {{"00012"}, {.name = "00013", .connection = 6}},
+                          .marks = {{0, 38700, kPulldown22}}});
+    Texts told;
+    for (const std::string& name : Scan()) {
+        const _tag_P2Clip& clip = m_clips[static_cast<std::int64_t>(told.size())];
+        told.push_back(name + ' ' + Picture(clip) + ' ' +
+                       Start(clip).substr(0, Start(clip).find('T')) + ' ' +
+                       Utf8(clip.GlobalClipID.Right(3)) + ' ' + Relative(clip.AudioPath[1]) + ' ' +
+                       std::to_string(clip.EssenceMask));
+        EXPECT_EQ(clip.AudioPath[1], clip.VideoPath);
+        EXPECT_EQ(clip.GlobalClipGuid == GUID(), clip.GlobalClipID.IsEmpty());
+    }
+    EXPECT_THAT(told, UnorderedElementsAre(
+                          "00012 AVCHD_1440_1080_25p 25p 16:9 1440x1080 8 10 93085 2011-01-28 F10 "
+                          "AVCHD\\BDMV\\STREAM\\00012.MTS 7",
+                          "00013 AVCHD_1920_1080_25p 25p 16:9 1920x1080 8 10 0 2011-03-13   0"));
+}
+
+TEST_F(AvchdCardTest, RecordingsThatTheCameraSplitAreTakes) {
+    for (const char* const name : {"00001", "00002", "00003", "00005", "00008"}) {
+        AddClip(name);
+    }
+    const auto add = [this](const char* playlist, const Texts& names) {
+        PlaylistSpec spec = {.items = {}};
+        for (const std::string& name : names) {
+            spec.items.push_back({name.substr(1)});
+            spec.items.back().connection = name[0] == '+' ? 6 : 1;
+        }
+        AddPlaylist(playlist, spec);
+    };
+    add("00000", {"+00001", "+00002", "-00003", "-00004", "+00005", "+00006", "-00008", "+00008"});
+    add("00001", {"-00001", "+00002", "+00001", "-00009", "+00010", "-00002", "+00007"});
+    Scan();
+    Texts takes;
+    for (const Take& take : m_report.takes) {
+        takes.emplace_back(take.complete ? "" : "incomplete");
+        for (const CString& name : take.segments) {
+            takes.back() += ' ' + Utf8(name);
+        }
+        for (const MissingSegment& segment : take.missing) {
+            takes.back() += " !" + Utf8(segment.clipName);
+        }
+    }
+    EXPECT_THAT(takes, UnorderedElementsAre("incomplete 00001 00002 !00007",
+                                            "incomplete 00005 !00004 !00006"))
+        << "neither clips that are gone nor circles";
+}
+
+TEST_F(AvchdCardTest, AClockThatStartsAnewAndDoubledFramesAreCountedRight) {
+    // Rate code, bytes of the timecode; start, frames of the wrapping clip.
+    constexpr std::tuple<unsigned, const char*, const char*, int> kCases[] = {
+        {3, "\x10\x01\x01\x01", "91535 ", 49},
+        {6, "\x10\x01\x01\x01", "183070 ", 98},
+        {7, "\x10\x01\x01\x01", "219680 ", 117},
+        {2, "\x10\x01\x01\x01", "87874 ", 47},
+        {7, "\x42\x01\x01\x01", "219444 drop ", 117}};
+    for (const auto& [rate, timecode, start, frames] : kCases) {
+        Add("BDMV/CLIPINF/00001.clpi",
+            test::ClipBytes({.stretches = {{4294895265, 16169}}, .format = 5, .rate = rate}));
+        Add("BDMV/PLAYLIST/00000.mpls",
+            test::PlaylistBytes(
+                {.items = {{"00001", 4294895265, 16169, 1, 5, rate}, {"00001", 1000, 16169}},
+                 .marks = {{1, 1000, 0, test::Zeros(7)},
+                           {0, 4294895265, 0, test::kDate, timecode}}}));
+        const _tag_P2Clip clip = ScanOne();
+        EXPECT_EQ(clip.Duration, frames) << rate;
+        EXPECT_EQ(Start(clip), start + std::string("2011-01-28T13:45:07"))
+            << "the earlier mark, though larger";
+    }
+}
+
+TEST_F(AvchdCardTest, TakesMomentsFromTheClipThenThePlaylistThenTheStreamThenTheFile) {
+    const char* const none = test::kNoTimecode.c_str();
+    // Timecode of the clip, time of the mark, date and timecode in the stream; the start.
+    const std::tuple<const char*, std::uint32_t, bool, const char*> cases[] = {
+        {"\x02\x01\x01\x01", 38700, true, "109832 2024-05-10T08:01:02"},
+        {none, 38700, true, "109833 2024-05-10T08:01:02"},
+        {none, 40000, true, "109724 drop 2011-01-28T13:45:07"}, // a mark further on tells nothing
+        {none, 40000, false, "0 drop 2011-03-13T"}};            // the default where it can drop
+    for (const auto& [clipTimecode, markTime, inStream, start] : cases) {
+        ClipSpec spec;
+        spec.rate = 4;
+        spec.clipId = test::ClipIdBytes();
+        spec.timecode = clipTimecode;
+        AddClip("00000", spec);
+        AddStream("00000",
+                  test::StreamBytes({}, inStream ? test::DatePacks("\x44\x01\x01\x01") : ""));
+        AddPlaylist("00000", {.marks = {{0, markTime, 0, "\x20\x24\x05\x10\x08\x01\x02",
+                                         "\x03\x01\x01\x01"}}});
+        const _tag_P2Clip clip = ScanOne();
+        EXPECT_THAT(Start(clip), testing::StartsWith(start));
+        EXPECT_NEAR(clip.ShootStartTime.GetDays(), markTime == 38700 ? 45422.33 : 40590, 26);
+    }
+}
+
+TEST_F(AvchdCardTest, FoldersDecideWhatIsScannedAndInWhichOrder) {
+    Add("CONTENTS/CLIP/0001AA.XML");
+    m_folder.MakeFolder("PANA_GRP/003");
+    m_folder.MakeFolder("BDMV/PLAYLIST");
+    EXPECT_THAT(Scan(false), IsEmpty());
+    m_folder.MakeFolder("SONY");
+    EXPECT_THAT(Scan(), IsEmpty()) << "a folder alone is enough to scan nothing";
+    Add("bdmv/clipinf/00003.CLPI", test::ClipBytes({}));
+    Add("bdmv/clipinf/00004.cpi", test::ClipBytes({}));
+    Add("bdmv/Stream/00003.M2TS");
+    std::filesystem::remove_all(m_folder.Path("BDMV"));
+    Add("PANA_GRP/001RBQAM/P1.MOV");
+    Add("PANA_GRP/001YDJAM/NEVER.MOV");
+    Add("SONY/DVF/100DVF/D1.avi");
+    Add("SONY/DVF/100DVF/D1.MOV");
+    m_worker = [](const CString&, NQP2BaseClipInfo&) { return 1; };
+    m_folder.MakeFolder("AVCHD/BDMV");
+    EXPECT_THAT(Scan(), ElementsAre("00004", "D1", "P1", "00003"));
+    EXPECT_EQ(Relative(m_clips[3].VideoPath), "BDMV\\STREAM\\00003.m2ts") << "letter case aside";
+    std::filesystem::remove_all(m_folder.Path("PANA_GRP/001RBQAM"));
+    m_folder.MakeFolder("AVCHD/BDMV/CLIPINF");
+    EXPECT_THAT(Scan(), ElementsAre("D1", "NEVER")) << "AVCHD wins even without clips";
+}
+
+TEST_F(AvchdCardTest, CameraFilesKeepTheirFilesTimeAndTakeTheRestFromTheWorker) {
+    Add("SONY/DVF/100DVF/DV01.AVI");
+    CString asked;
+    m_worker = [&](const CString& path, NQP2BaseClipInfo& info) {
+        asked = path;
+        EXPECT_EQ(info.clipText1, L"DV01");
+        EXPECT_EQ(info.clipText2.Left(7), L"2011-03");
+        info.clipText2 = L"1999-01-01T00:00:00";
+        info.codec = L"dvsd";
+        info.text1 = L"50i";
+        info.text2 = L"4:3";
+        info.value2 = 0x500000003;
+        info.value3 = -1;
+        info.value4 = 576 << 16 | 720;
+        info.clipText3 = L"Ferry";
+        for (int i = 0; i < 9; ++i) {
+            info.texts.Add(i == 1 ? L"" : L"sound");
+        }
+        return 1;
+    };
+    const _tag_P2Clip clip = ScanOne();
+    EXPECT_EQ(Relative(asked), "SONY\\DVF\\100DVF\\DV01.AVI");
+    EXPECT_EQ(Start(clip), "-1 1999-01-01T00:00:00");
+    EXPECT_NEAR(clip.ShootStartTime.GetDays(), 40615.3, 1.0);
+    EXPECT_THAT(Picture(clip), testing::MatchesRegex("DV25_420 50i 4:3 720x576 .* 3"));
+    EXPECT_EQ(clip.UserClipName, L"Ferry");
+    EXPECT_EQ(clip.VideoPath, asked);
+    EXPECT_EQ(clip.EssenceMask, 0b111111011U);
+    EXPECT_EQ(clip.SourceKind, 1);
+    for (const int refused : {0, -1}) {
+        m_worker = [refused](const CString&, NQP2BaseClipInfo&) { return refused; };
+        EXPECT_THAT(Scan(), IsEmpty());
+        EXPECT_THAT(Omitted(), ElementsAre("SONY\\DVF\\100DVF\\DV01.AVI"));
+    }
+}
+
+TEST_F(AvchdCardTest, WhatCannotBeReadIsLeftOutAndItsSiblingsAreRead) {
+    m_folder.MakeFolder(kClips + "00000.CPI");
+    for (const char* const name : {"00001", "00004", "00005", "00006", "a\\b"}) {
+        AddClip(name);
+    }
+    Add(kClips + "00002.CPI", test::ClipBytes({}).substr(0, 100));
+    Add(kClips + "00003.CPI");
+    std::filesystem::resize_file(m_folder.Path(kClips + "00005.CPI"), 1 << 20);
+    std::filesystem::resize_file(m_folder.Path(kClips + "00006.CPI"), kMaxClipInformationFile + 1);
+    std::filesystem::create_symlink("/dev/zero", m_folder.Path(kClips + "00007.CPI"));
+    EXPECT_THAT(Scan(), UnorderedElementsAre("00001", "00004", "00005"));
+    const std::string folder = "AVCHD\\BDMV\\CLIPINF\\";
+    EXPECT_THAT(Omitted(), UnorderedElementsAre(folder + "00002.CPI", folder + "00003.CPI",
+                                                folder + "00006.CPI", folder + "00007.CPI", folder))
+        << "the last for the name with a backslash";
+}
+
+TEST_F(AvchdCardTest, AFolderThatCannotBeListedIsNamedAndAFileWithoutStatusIsRead) {
+    AddClip("00000");
+    FaultyFileSystem files;
+    const platform::ScopedFileSystem inUse(files);
+    files.Fail({.operation = Operation::Stat, .pathPart = "00000.CPI"});
+    const _tag_P2Clip clip = ScanOne();
+    EXPECT_EQ(clip.StartDate, L"Unknow");
+    EXPECT_EQ(clip.ShootStartTime.GetStatus(), COleDateTime::invalid);
+    Add("SONY/DVF/100DVF/DV01.AVI");
+    files.Fail(
+        {.error = platform::IoError::Denied, .operation = Operation::List, .pathPart = "CLIPINF"});
+    EXPECT_THAT(Scan(), IsEmpty());
+    EXPECT_THAT(Omitted(), ElementsAre("AVCHD\\BDMV\\CLIPINF\\", "SONY\\DVF\\100DVF\\DV01.AVI"));
+}
+
+TEST_F(AvchdCardTest, StreamsAreReadOnlyAsFarAsNeeded) {
+    AddClip("00000");
+    // What the stream begins with, the line's elements, blocks that are read: 32 KB; 2 MB in all.
+    const std::tuple<std::string, int, unsigned> cases[] = {
+        {test::StreamBytes({100, 90}), 1440, 1},
+        {"", 1920, 3}, // as the clip information says
+        {test::Zeros(192 * 1000) + test::StreamBytes({100, 90}), 1440, 2}};
+    for (const auto& [begin, pixels, blocks] : cases) {
+        AddStream("00000", begin);
+        std::filesystem::resize_file(m_folder.Path(kStreams + "00000.MTS"),
+                                     std::uint64_t{8} << 30U);
+        FaultyFileSystem files;
+        const platform::ScopedFileSystem inUse(files);
+        EXPECT_EQ(ScanOne().ActivePixel, pixels);
+        EXPECT_EQ(files.Calls(Operation::ReadBlock), blocks);
+    }
+}
+
+TEST_F(AvchdCardTest, FoldersAreListedAndPlaylistsReadOnceInAnOperation) {
+    for (const char* const name : {"00000", "00001", "00002"}) {
+        AddClip(name);
+    }
+    AddStream("00001", test::StreamBytes({}));
+    Add(kClips + "00003.cpi", test::ClipBytes({}));
+    AddPlaylist("00000", {.items = {{"00003"}, {"00004"}, {"00005"}}});
+    Add(kPlaylists + "00001.mpl", test::PlaylistBytes({.items = {{"00003"}, {"00006"}}}));
+    Add(kPlaylists + "00002.MPL", "no playlist");
+    FaultyFileSystem files;
+    Texts listed;
+    files.SetHook([&](Operation operation, const std::string& path) {
+        if (operation == Operation::List && path.find("BDMV") != std::string::npos) {
+            listed.push_back(*std::prev(std::filesystem::path(path + "/").end(), 2));
+        }
+    });
+    const platform::ScopedFileSystem inUse(files);
+    EXPECT_EQ(Scan().size(), 4U);
+    EXPECT_EQ(files.Calls(Operation::Read), 4U + 3U);
+    EXPECT_THAT(listed, ElementsAre("CLIPINF", "STREAM", "PLAYLIST"));
+    listed.clear();
+    EXPECT_EQ(LoadedLists().size(), 2U);
+    EXPECT_THAT(listed, UnorderedElementsAre("CLIPINF", "STREAM", "PLAYLIST"));
+    files.SetHook([](Operation operation, const std::string& path) {
+        if (operation == Operation::Read && path.ends_with("00000.MPL")) {
+            throw std::bad_alloc();
+        }
+    });
+    EXPECT_EQ(Scan().size(), 4U) << "without what that playlist tells";
+}
+
+TEST_F(AvchdCardTest, ReadingAheadOnASlowMediumChangesNothing) {
+    for (int i = 10; i < 40; ++i) {
+        AddClip("000" + std::to_string(i));
+        if (i % 3 != 0) { // every third clip has no stream
+            AddStream("000" + std::to_string(i), test::StreamBytes({100, i % 2 == 0 ? 90U : 120U}));
+        }
+    }
+    const auto pictures = [this] {
+        Texts told = Scan();
+        for (std::size_t i = 0; i < told.size(); ++i) {
+            told[i] += Picture(m_clips[static_cast<std::int64_t>(i)]);
+        }
+        return told;
+    };
+    const Texts expected = pictures();
+    FaultyFileSystem slow;
+    slow.SetDelay(std::chrono::microseconds(300));
+    const platform::ScopedFileSystem inUse(slow);
+    EXPECT_EQ(pictures(), expected);
+    EXPECT_EQ(expected.size(), 30U);
+}
+
+TEST_F(AvchdCardTest, TheParserReadsClipsWithoutInit) {
+    AddClip("00001");
+    Add(kClips + "00002.clpi", test::ClipBytes({}));
+    Add(kStreams + "00002.m2ts");
+    Add("PANA_GRP/001YDJAM/P1.MOV");
+    Add(kClips + "._00001.CPI");
+    Texts lines;
+    SetDebugOutput([&](const CString& text) {
+        const std::string line = Utf8(text);
+        lines.push_back(line.substr(0, line.find_last_of(' ')));
+    });
+    EXPECT_EQ(m_parser.LoadAVCHDClip(Root(), m_clips, m_report), 0);
+    SetDebugOutput({});
+    const std::string decoding = "\n===Call NQGetAVCHDCPIMetaData Cost";
+    EXPECT_THAT(lines, ElementsAre(decoding, decoding, "\n===Call LoadAllClip Cost"));
+    EXPECT_EQ(m_parser.LoadAVCHDClip(Root(), m_clips), 0) << "appended";
+    EXPECT_EQ(m_clips.GetSize(), 4);
+    ASSERT_EQ(m_report.skipped.GetSize(), 2);
+    EXPECT_EQ(m_report.skipped[0].reason, SkipReason::Companion);
+    EXPECT_EQ(m_report.skipped[1].reason, SkipReason::NotDescribed);
+    CArray<tag_P2EDL> edls;
+    for (const wchar_t* const root : {L"", L"/none"}) {
+        EXPECT_EQ(m_parser.LoadAVCHDClip(root, m_clips), 1);
+        EXPECT_EQ(m_parser.LoadCardPlaylists(root, edls, m_report), 1);
+    }
+    _tag_P2Clip clip;
+    EXPECT_EQ(m_parser.GetAVCHDCPIMetadata(Root(), L"00001", clip), 1);
+    EXPECT_EQ(clip.EssenceMask, 0U);
+    EXPECT_EQ(m_parser.GetAVCHDClpiDataInfo(Root(), L"00002", clip), 1);
+    EXPECT_EQ(Relative(clip.VideoPath), "AVCHD\\BDMV\\STREAM\\00002.m2ts");
+    for (const wchar_t* const name : {L"00002", L"", L"..\\CLIPINF\\00001", L"00009"}) {
+        EXPECT_EQ(m_parser.GetAVCHDCPIMetadata(Root(), name, clip), 0);
+    }
+    EXPECT_EQ(m_parser.GetAVCHDClpiDataInfo(L"", L"00002", clip), 0);
+    EXPECT_EQ(clip.ClipName, L"00002") << "untouched by failures";
+}
+
+TEST_F(AvchdCardTest, EveryItemIsAnEventAtTheStartOfTheTimeline) {
+    AddTwoClips();
+    const tag_P2EDL edl = ReadOne(
+        {.items = {{"00001", 0, 300 * 1800}, {"00002", 0, 450, 1, 5, 6}, {"00001", 0, 1800}},
+         .marks = {{1}},
+         .shotIds = {test::ClipIdBytes()}});
+    EXPECT_EQ(edl.Duration, 300 + 1 + 1) << "half a frame is one, each at its own rate";
+    EXPECT_EQ(edl.Codec, L"AVCHD_1920_1080_50i") << "the last item decides";
+    ASSERT_EQ(edl.Events.GetSize(), 3);
+    for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
+        EXPECT_EQ(event.Offset + event.SourceOffset + event.SourceIn, 0);
+        EXPECT_EQ(event.SourceOut, event.Duration) << "the first frame behind it";
+        EXPECT_EQ(event.Clip.ClipName, event.ClipName);
+        EXPECT_EQ(event.GlobalClipID.Right(4), L"0F10") << "of the clip, else of the mark";
+        EXPECT_NE(event.GlobalClipGuid, GUID());
+    }
+    EXPECT_EQ(edl.Events[0].Duration, 300);
+    EXPECT_EQ(edl.Events[1].Clip.CodecName, L"AVCHD_1280_720_50p");
+}
+
+TEST_F(AvchdCardTest, TheFirstItemDecidesTheRateOfAList) {
+    AddTwoClips();
+    // Format, rate, pulldown; rate and edit unit of the list.
+    constexpr std::tuple<unsigned, unsigned, unsigned, const char*> kCases[] = {
+        {4, 3, 1, "25p 1/25"},
+        {5, 6, 1, "25p 1/25"},
+        {6, 1, 0, "23.98p 1001/24000"},
+        {6, 2, 0, "24p 1/24"},
+        {4, 3, 0, "50i 1/25"},
+        {4, 4, 0, "29.97p 1001/30000"},
+        {5, 7, 0, "59.94p 1001/60000"},
+        {5, 6, 0, "50p 1/50"},
+        {4, 5, 0, " 1/25"},
+        {4, 8, 1, " 1/25"}};
+    for (const auto& [format, rate, pulldown, told] : kCases) {
+        const tag_P2EDL edl = ReadOne({.items = {{"00009", 0, 45000, 1, format, rate}, {"00001"}},
+                                       .marks = {{0, 0, pulldown}}});
+        EXPECT_EQ(Utf8(edl.FrameRate) + ' ' + std::to_string(edl.EditUnit.Numerator) + '/' +
+                      std::to_string(edl.EditUnit.Denominator),
+                  told);
+        EXPECT_EQ(edl.Events.GetSize(), 1) << "a clip that is not there leaves its item out";
+        EXPECT_GE(edl.Duration, 10) << "but not its frames";
+    }
+}
+
+TEST_F(AvchdCardTest, PlaylistsThatAreNone) {
+    AddTwoClips();
+    AddPlaylist("00000", {.items = {}});
+    Add(kPlaylists + "00001.MPL", "MPLS0100");
+    m_folder.MakeFolder(kPlaylists + "00002.MPL");
+    Add(kPlaylists + "00003.mpls", test::PlaylistBytes({}));
+    Add(kPlaylists + "00004.mpl", test::PlaylistBytes({}));
+    EXPECT_THAT(LoadedLists(), ElementsAre("00004"));
+    tag_P2EDL edl;
+    edl.Name = L"kept";
+    for (const wchar_t* const name :
+         {L"00000", L"00001", L"00002", L"00003", L"00005", L"", L"..\\PLAYLIST\\00004"}) {
+        EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), name, edl), 0);
+    }
+    EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(L"", L"00004", edl), 0);
+    EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), L"00004", edl), 1);
+    EXPECT_EQ(edl.Name, L"kept");
+}
+
+TEST_F(AvchdCardTest, AllPlaylistsAreThoseOfDiscsTooAndTheReportTellsWhatIsLeftOut) {
+    AddTwoClips();
+    Add(kClips + "00002.clpi", test::ClipBytes({.format = 6}));
+    const std::string sound = test::PlaylistBytes({.items = {{"00002", 4294895265, 16169}}});
+    for (const char* const name : {"00000.mpls", "00001.MPL", "00002.MPL"}) {
+        Add(kPlaylists + name, sound);
+    }
+    Add(kPlaylists + "00003.mpls", "MPLS0100");
+    Add(kPlaylists + "._00003.mpls", "Mac");
+    m_folder.MakeFolder(kPlaylists + "00004.mpls");
+    Add(kPlaylists + "00005.mpls", test::PlaylistBytes({.items = {}}));
+    Add(kPlaylists + "a\\b.mpls", sound);
+    FaultyFileSystem files;
+    files.SetHook([](Operation operation, const std::string& path) {
+        if (operation == Operation::Read && path.ends_with("00001.MPL")) {
+            throw std::bad_alloc();
+        }
+    });
+    const platform::ScopedFileSystem inUse(files);
+    CArray<tag_P2EDL> edls;
+    EXPECT_EQ(m_parser.LoadCardPlaylists(Root(), edls, m_report), 0);
+    Texts read;
+    for (const tag_P2EDL& edl : edls) {
+        read.push_back(Utf8(edl.Name + L" " + edl.Codec) + ' ' + std::to_string(edl.Duration));
+    }
+    EXPECT_THAT(read, ElementsAre("00002 AVCHD_1280_720_50p 49", "00000 AVCHD_1920_1080_25p 49"))
+        << "each of the clip of the same kind";
+    std::map<std::string, SkipReason> skipped;
+    for (const SkippedFile& file : m_report.skipped) {
+        skipped[Relative(file.path).substr(20)] = file.reason;
+    }
+    EXPECT_THAT(skipped, ElementsAre(std::pair("._00003.mpls", SkipReason::Companion),
+                                     std::pair("00001.MPL", SkipReason::TooLarge),
+                                     std::pair("00003.mpls", SkipReason::Undecodable),
+                                     std::pair("a\\b.mpls", SkipReason::Unreadable)));
+    EXPECT_THAT(LoadedLists(), ElementsAre("00002")) << "no discs, and the one that throws alone";
+}
+
+TEST_F(AvchdCardTest, TheAvchdFolderIsAskedForPlaylistsFirst) {
+    AddTwoClips();
+    LoadedLists(1);
+    const std::string sound = test::PlaylistBytes({.items = {{"00001"}}});
+    Add("BDMV/PLAYLIST/00007.MPL", sound);
+    EXPECT_THAT(LoadedLists(), IsEmpty()) << "found in one folder, read from the other: kept";
+    Add(kPlaylists + "00008.MPL", sound);
+    EXPECT_THAT(LoadedLists(), ElementsAre("00008"));
+    std::filesystem::remove_all(m_folder.Path("AVCHD"));
+    AddTwoClips("BDMV/CLIPINF/");
+    EXPECT_THAT(LoadedLists(), ElementsAre("00007"));
+}
+
+} // namespace
+} // namespace nqp2::avchd
