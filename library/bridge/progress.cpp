@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "bridge/messages.h"
-#include "bridge/request_cycle.h"
 #include "bridge/worker_proxy.h"
-#include "channel/shared_flag.h"
+#include "channel/slots.h"
 
 #include <chrono>
 #include <future>

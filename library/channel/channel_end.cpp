@@ -3,7 +3,7 @@
 
 #include "channel/channel_end.h"
 
-#include "channel/shared_flag.h"
+#include "channel/slots.h"
 #include "platform/wait.h"
 
 #include <algorithm>

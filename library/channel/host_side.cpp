@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "channel/connection.h"
-#include "channel/handle_table.h"
 #include "channel/rendezvous.h"
 #include "channel/slots.h"
 #include "channel/worker_process.h"

@@ -3,7 +3,7 @@
 
 #include "channel/worker_process.h"
 
-#include "channel/process_descriptor.h"
+#include "channel/peer.h"
 #include "channel/rendezvous.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "channel/connection.h"
+#include "channel/rendezvous.h"
 #include "NQP2ParserU/Channel.h"
 #include "platform/descriptor.h"
 #include "platform/process.h"
