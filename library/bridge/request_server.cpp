@@ -14,7 +14,7 @@ namespace {
 using channel::IsSet;
 
 constexpr std::chrono::milliseconds kStopStep(40);
-/// What a server waits after something that it cannot use, lest it spin.
+/// What a server waits after something that it cannot use: it must not spin.
 constexpr std::chrono::milliseconds kPause(100);
 constexpr std::uint32_t kMessageSize = 10240;
 constexpr std::uint32_t kNoTimeout = 0xFFFFFFFF;
@@ -101,7 +101,7 @@ class RequestConnection {
 public:
     explicit RequestConnection(OwnedChannel channel)
         : m_channel(std::move(channel)),
-          // Sizes and time-outs of 0 stand for those of the connection.
+          // Sizes and time-outs of 0 mean those of the connection.
           m_notifications(m_channel.Port().table,
                           OpenBeside(m_channel.Port(), kConnectId, 0, 0, 0, 0)) {
         m_thread.Start([this] { Run(); });

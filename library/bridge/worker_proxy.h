@@ -44,7 +44,7 @@ struct ChannelHolder {
     }
 
     /// A copy in the data buffer, which grows when it is too small; growing ends the life of what
-    /// was handed out before. Throws when memory gives out.
+    /// was handed out before. Throws when out of memory.
     unsigned char* Keep(std::span<const unsigned char> bytes);
 };
 
@@ -61,12 +61,12 @@ inline constexpr std::int32_t kChannelFailed = -1;
 
 } // namespace nqp2::bridge
 
-/// A parser's way to the worker process: sends its requests on one channel, hears of the progress
+/// A parser's way to the worker process: sends its requests on one channel, is told of the progress
 /// of imports on a second one, and runs the server that answers the worker's own requests.
 ///
 /// Life: construct, Open, requests, Close, destroy. Requests come from one thread at a time and
 /// wait for their reply. They return kDone, kRefused or kChannelFailed unless they say otherwise,
-/// and throw when memory gives out. Fields in the order that hosts know.
+/// and throw when out of memory. Fields in the order that hosts know.
 class CTNQ264BitSupport {
 public:
     /// Takes the table that is installed now; a later one does not reach this proxy.
@@ -89,7 +89,7 @@ public:
     /// True when the caller was the last holder.
     [[nodiscard]] bool DropHolder() { return --m_holders == 0; }
 
-    /// Sets who hears of progress; nobody does while either pointer is null. Starts the progress
+    /// Sets who is told of progress: no host while either pointer is null. Starts the progress
     /// thread unless it runs. Returns kDone when it ran, else the result field of the reply.
     std::int32_t SetImpCallBack(ImpCallBack callback, void* context);
 

@@ -75,7 +75,7 @@ private:
         return use;
     }
 
-    /// A worker that does not end is left to the system, and taken leave of when it has.
+    /// A worker that does not end is left to the system, and waited for when it has ended.
     void End(Use use) {
         use.line.reset();
         const bool hasEnded = use.process.End();

@@ -54,7 +54,7 @@ bool IsPrivate(int folder) {
            (status.st_mode & 077U) == 0;
 }
 
-/// O_NOFOLLOW looks at the last name only when no slash stands behind it.
+/// O_NOFOLLOW looks at the last name only when no slash follows it.
 platform::Descriptor OpenFolder(std::string folder) {
     while (folder.size() > 1 && folder.back() == '/') {
         folder.pop_back();

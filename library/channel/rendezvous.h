@@ -14,7 +14,7 @@
 /// How a host and a worker find each other: the host's line, and the file of a socket.
 namespace nqp2::channel {
 
-/// A host's standing connection to its worker. Channels are offered on it, and by its end the worker
+/// A host's lasting connection to its worker. Channels are offered on it, and by its end the worker
 /// knows that the host is gone.
 class Line {
 public:
@@ -36,21 +36,21 @@ private:
     platform::Owner m_owner;
 };
 
-/// The line to the worker that listens there. Null with errno when nobody does, or somebody else's
-/// process.
+/// The line to the worker that listens there. Null with errno when there is none, or it is
+/// another user's.
 std::shared_ptr<const Line> LineTo(const std::string& path);
 
 /// "WHAT: the system's words for errno". Call it before errno can change.
 WorkerStatus Failure(const std::string& what);
 
-/// Connects to whoever listens there. Empty with errno when nobody does; waits at most five seconds
+/// Connects to the worker that listens there. Empty with errno without one; waits at most five seconds
 /// for a listener that is slow to accept.
 platform::Descriptor ConnectTo(const std::string& path);
 
 /// Listens there. The folder must be a real one of the user's own with no rights for others.
 WorkerStatus ListenOn(const std::string& path, platform::Descriptor& listener);
 
-/// Removes the file of a socket on which nobody listens any more.
+/// Removes the file of a socket on which no process listens any more.
 void RemoveStaleSocket(const std::string& path);
 
 } // namespace nqp2::channel

@@ -26,7 +26,7 @@ Table& Channels() {
     return table;
 }
 
-constexpr unsigned kCounterBits = 40; ///< the process stands above the count
+constexpr unsigned kCounterBits = 40; ///< the process is above the count
 
 ChannelHandle ProcessPart() {
     return static_cast<ChannelHandle>(platform::ProcessNumber()) << kCounterBits;
