@@ -66,10 +66,8 @@ void Serve(ChannelHandle channel) {
         if (id == kForkAndEnd) {
             ForkAndEnd();
         }
-        if (id != kKeep) {
-            Echo(channel, id, bytes, length);
-            Table().ReleasePacket(channel, bytes, length);
-        }
+        Echo(channel, id, bytes, length);
+        Table().ReleasePacket(channel, bytes, length);
     }
     Table().CloseChannel(&channel);
     second.join();
