@@ -8,53 +8,43 @@
 #include "tests/channel/channel_test.h"
 
 #include <future>
-#include <optional>
 
 namespace nqp2::bridge {
 namespace {
 
+using test::kForEver;
 using test::WorkerEnd;
 using Bytes = std::vector<unsigned char>;
 
-constexpr std::uint32_t kNoTimeout = 0xFFFFFFFF;
+using Message = std::pair<std::uint32_t, Bytes>;
 
-/// The worker's end of one channel.
-class WorkerChannel {
-public:
-    explicit WorkerChannel(ChannelHandle handle) : m_handle(handle) {}
-    ~WorkerChannel() { WorkerEnd().CloseChannel(&m_handle); }
-    WorkerChannel(const WorkerChannel&) = delete;
-    WorkerChannel& operator=(const WorkerChannel&) = delete;
+// The worker's end. A channel is closed by whoever opened it.
 
-    [[nodiscard]] ChannelHandle Beside(std::uint32_t id) const {
-        return WorkerEnd().OpenSubChannel(m_handle, id, 0, 0, kNoTimeout, kNoTimeout);
-    }
-    /// False when the library has closed the channel, or has no room and `abort` is set.
-    bool Send(std::uint32_t id, const Bytes& bytes, std::int32_t abort = 0) const {
-        void* buffer = nullptr;
-        std::int32_t capacity = 0;
-        if (WorkerEnd().GetSendBuffer(m_handle, &buffer, &capacity, &abort) != kChannelDone) {
-            return false;
-        }
-        std::copy(bytes.begin(), bytes.end(), static_cast<unsigned char*>(buffer));
-        return WorkerEnd().SendPacket(m_handle, id, buffer,
-                                      static_cast<std::uint32_t>(bytes.size())) == kChannelDone;
-    }
-    /// Nothing when the library has closed the channel.
-    [[nodiscard]] std::optional<std::pair<std::uint32_t, Bytes>> Receive() const {
-        const test::Received received = test::Receive(WorkerEnd(), m_handle);
-        if (received.status != kChannelDone) {
-            return std::nullopt;
-        }
-        const auto* first = static_cast<const unsigned char*>(received.buffer);
-        auto message = std::pair(received.id, Bytes(first, first + received.length));
-        WorkerEnd().ReleasePacket(m_handle, received.buffer, received.length);
-        return message;
-    }
+ChannelHandle OpenBeside(ChannelHandle parent, std::uint32_t id) {
+    return WorkerEnd().OpenSubChannel(parent, id, 0, 0, kForEver, kForEver);
+}
 
-private:
-    ChannelHandle m_handle;
-};
+/// Nothing happens when the library has closed the channel, or has no room and `abort` is set.
+void Send(ChannelHandle channel, std::uint32_t id, const Bytes& bytes, std::int32_t abort = 0) {
+    const test::Granted granted = test::Grant(WorkerEnd(), channel, &abort);
+    if (granted.status == kChannelDone) {
+        std::copy(bytes.begin(), bytes.end(), static_cast<unsigned char*>(granted.buffer));
+        WorkerEnd().SendPacket(channel, id, granted.buffer,
+                               static_cast<std::uint32_t>(bytes.size()));
+    }
+}
+
+/// Number 0 when the library has closed the channel.
+Message Take(ChannelHandle channel) {
+    const test::Received received = test::Receive(WorkerEnd(), channel);
+    if (received.status != kChannelDone) {
+        return {};
+    }
+    const auto* const first = static_cast<const unsigned char*>(received.buffer);
+    Message message(received.id, Bytes(first, first + received.length));
+    WorkerEnd().ReleasePacket(channel, received.buffer, received.length);
+    return message;
+}
 
 class WorkerChannelTest : public testing::Test {
 protected:
@@ -63,10 +53,11 @@ protected:
         EXPECT_TRUE(UseWorker({.socket = m_folder.Socket()}));
         const SystemInterface own = HostInterface();
         m_global = std::async(std::launch::async, [] {
-            const WorkerChannel server(
-                WorkerEnd().CreateChannel(20023, 0, 0, kNoTimeout, kNoTimeout));
-            const std::size_t announced = server.Receive()->second.size();
-            return announced == 10 && !server.Receive();
+            ChannelHandle server = WorkerEnd().CreateChannel(20023, 0, 0, kForEver, kForEver);
+            const bool isAnnounced = Take(server) == Message(20023, Bytes(10));
+            const bool isClosed = Take(server).first == 0;
+            WorkerEnd().CloseChannel(&server);
+            return isAnnounced && isClosed;
         });
         R8P2Parser_SetSysInterface(own.systemObject, own.table);
     }
@@ -101,49 +92,50 @@ const Manners kManners[] = {
 };
 
 /// A connection to the library's request server, and one request there.
-void UseServer(const WorkerChannel& server) {
-    Bytes record(16);
-    record[1] = 0x10; // 4096
-    record[5] = 0x20; // 8192
-    EXPECT_EQ(server.Receive()->second.size(), 10U) << "the announcement";
-    server.Send(50, record);
-    const WorkerChannel connection(server.Beside(50));
-    EXPECT_EQ(connection.Receive()->second, record);
-    connection.Send(50, record);
-    EXPECT_EQ(server.Receive()->second, record);
-    connection.Send(502, {1, 2, 3});
-    const auto answer = connection.Receive();
-    EXPECT_TRUE(answer && answer->first == 502 && answer->second.empty());
-    connection.Send(52, {});
+void UseServer(ChannelHandle server) {
+    const Bytes record = {0, 0x10, 0, 0, 0, 0x20, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}; // 4096, 8192
+    EXPECT_EQ(Take(server), Message(20023, Bytes(10)));
+    Send(server, 50, record);
+    ChannelHandle connection = OpenBeside(server, 50);
+    EXPECT_EQ(Take(connection), Message(50, record));
+    Send(connection, 50, record);
+    EXPECT_EQ(Take(server), Message(51, record));
+    Send(connection, 502, {1, 2, 3});
+    EXPECT_EQ(Take(connection), Message(502, {}));
+    Send(connection, 52, {});
+    WorkerEnd().CloseChannel(&connection);
 }
 
 /// Sends until the library has closed the channel or takes no more.
-void Flood(const WorkerChannel& channel, std::initializer_list<std::uint32_t> ids) {
+void Flood(ChannelHandle channel, std::initializer_list<std::uint32_t> ids) {
     for (std::uint32_t i = 0; i < 500; ++i) {
         const Bytes noise(i % 21, static_cast<unsigned char>(i % 2 == 0 ? 0xFF : 0x80 + i));
-        channel.Send(ids.begin()[i % ids.size()], noise, 1);
+        Send(channel, ids.begin()[i % ids.size()], noise, 1);
     }
 }
 
 void ServeWith(const Manners& manners) {
-    const WorkerChannel requests(WorkerEnd().CreateChannel(20000, 0, 0, kNoTimeout, kNoTimeout));
-    const WorkerChannel callback(requests.Beside(20000));
-    const WorkerChannel server(callback.Beside(20023));
-    EXPECT_EQ(callback.Receive()->first, 20003U);
-    callback.Send(20003, {1, 0, 0, 0});
+    ChannelHandle requests = WorkerEnd().CreateChannel(20000, 0, 0, kForEver, kForEver);
+    ChannelHandle callback = OpenBeside(requests, 20000);
+    ChannelHandle server = OpenBeside(callback, 20023);
+    EXPECT_EQ(Take(callback).first, 20003U);
+    Send(callback, 20003, {1, 0, 0, 0});
     UseServer(server);
-    while (auto request = requests.Receive()) {
+    for (Message request = Take(requests); request.first != 0; request = Take(requests)) {
         if (manners.floods) {
             Flood(callback, {20004, 20003, 20004, 0xFFFFFFFF});
             Flood(server, {50, 51, 52, 20023, 7});
         }
-        if (request->first == manners.closesAt) {
-            return;
+        if (request.first == manners.closesAt) {
+            break;
         }
-        request->second.back() = 0xFF;
+        request.second.back() = 0xFF;
         for (std::size_t i = 0; i < manners.replies; ++i) {
-            requests.Send(request->first + manners.idShift, request->second);
+            Send(requests, request.first + manners.idShift, request.second);
         }
+    }
+    for (ChannelHandle channel : {requests, callback, server}) {
+        WorkerEnd().CloseChannel(&channel);
     }
 }
 
