@@ -9,7 +9,6 @@
 
 #include "bench/measure.h"
 #include "bench/two_processes.h"
-#include "bridge/message_ids.h"
 #include "bridge/messages.h"
 #include "NQP2ParserU/Channel.h"
 #include "NQP2ParserU/R8P2SysInterface.h"

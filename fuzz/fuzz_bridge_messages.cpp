@@ -3,7 +3,6 @@
 
 // Bytes as a message or an exchanged record: the first byte picks which.
 
-#include "bridge/connection_record.h"
 #include "bridge/messages.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"

@@ -4,7 +4,7 @@
 // A stranger at the worker's socket: any first packets, with good, bad and no descriptors, to a
 // listener as it runs. fuzz/hostile_packet.h has the form of the input.
 
-#include "channel/packet_socket.h"
+#include "channel/packet.h"
 #include "fuzz/hostile_packet.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"

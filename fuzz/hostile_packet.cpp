@@ -4,7 +4,6 @@
 #include "fuzz/hostile_packet.h"
 
 #include "channel/packet.h"
-#include "channel/packet_socket.h"
 #include "fuzz/require.h"
 
 #include <algorithm>

@@ -33,7 +33,7 @@ struct WorkerSettings {
     std::string program = {};
     /// What the program is given before "--socket PATH", if there is one, and "--host NUMBER".
     std::vector<std::string> arguments = {};
-    /// Where the worker listens or is to listen for other hosts, in a folder that nobody else can
+    /// Where the worker listens or is to listen for other hosts, in a folder that no other user can
     /// enter. Empty: a worker of this process's own is started, and needs no file.
     std::string socket = {};
     /// How long a started worker may take until it is ready.

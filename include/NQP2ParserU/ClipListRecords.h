@@ -11,7 +11,7 @@
 
 // Records that the host and the worker exchange in the byte form of the messages. Saving and
 // restoring move the caller's pointer behind the image and return the image's length in bytes.
-// They return 0, pointer and record unchanged, for a null pointer and when memory gives out.
+// They return 0, pointer and record unchanged, for a null pointer and when out of memory.
 
 /// An entry of a clip list; what its fields mean is between the host and the worker.
 struct NQP2_API _BLCLIP {

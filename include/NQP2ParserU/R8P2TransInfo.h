@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-/// How a file is written: container, picture and sound. 0 stands for "not said" in every field.
+/// How a file is written: container, picture and sound. 0 means "not said" in every field.
 /// Its image is these fields in this order, 4 little-endian bytes each: 64 bytes, always.
 struct tag_NQFileFormatEx {
     std::uint32_t fileType = 0;   ///< container, in the worker's numbering

@@ -17,7 +17,7 @@ enum ChannelStatus : std::int32_t {
     kChannelMisuse = -1,   ///< a buffer, length or pointer that does not belong here
     kChannelTimedOut = -2, ///< the channel's own time-out passed
     kChannelAborted = -3,  ///< the abort flag was set while there was nothing to give
-    kChannelClosed = -6,   ///< closed on either side, or the peer is gone; stays so for ever
+    kChannelClosed = -6,   ///< closed on either side, or the peer is gone; stays so
 };
 
 /// The functions through which the library reaches the worker process: ten slots in this order,
@@ -38,7 +38,7 @@ struct SysInterfaceTable {
     std::int32_t (*GetSendBuffer)(ChannelHandle channel, void** buffer, std::int32_t* capacity,
                                   std::int32_t* abortFlag);
     void (*Unused3)();
-    /// Slot 4. Sends what stands in the granted buffer; 1 when sent.
+    /// Slot 4. Sends what the granted buffer holds; 1 when sent.
     std::int32_t (*SendPacket)(ChannelHandle channel, std::uint32_t messageId, void* buffer,
                                std::uint32_t length);
     /// Slot 5. 1 when a message arrived; its buffer may be written to until it is released.

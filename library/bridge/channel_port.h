@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "bridge/messages.h"
 #include "NQP2ParserU/SysInterface.h"
 #include "platform/process.h"
 
@@ -57,6 +58,38 @@ private:
     std::uint32_t m_length = 0;
     bool m_taken = false;
 };
+
+/// Sends a message in the buffer that the channel grants. One that does not fit goes out with
+/// length 0 for the worker to refuse. False when the channel fails; the buffer is not given back
+/// then. Both kept, hosts rely on it.
+template <class Message>
+bool SendMessage(const ChannelPort& port, std::int32_t* abortFlag, MessageId id,
+                 const Message& message) {
+    const std::span<unsigned char> buffer = port.GrantedBuffer(abortFlag);
+    if (buffer.empty()) {
+        return false;
+    }
+    const auto capacity = static_cast<std::int32_t>(buffer.size());
+    return port.Send(Number(id), buffer, message.Save(buffer.data(), capacity));
+}
+
+/// One request and its reply, which takes the request's place in `message`; a reply that is too
+/// short leaves it as it is. `onReply` is given the number of bytes restored, while what the
+/// message points to in the received buffer is still there, and tells whether the reply is good.
+/// False when the channel fails, also when anything but this request's reply arrives.
+template <class Message, class OnReply>
+bool Exchange(const ChannelPort& port, MessageId id, Message& message, OnReply onReply) {
+    if (port.table == nullptr || !SendMessage(port, nullptr, id, message)) {
+        return false;
+    }
+    ReceivedMessage reply(port, nullptr);
+    return reply.Take(Number(id)) && onReply(message.Restore(reply.Bytes().data(), reply.Length()));
+}
+
+template <class Message>
+bool Exchange(const ChannelPort& port, MessageId id, Message& message) {
+    return Exchange(port, id, message, [](std::int32_t /*restored*/) { return true; });
+}
 
 /// Closes the channel behind the field, if the table can.
 void CloseThroughTable(const SysInterfaceTable* table, ChannelHandle& handle);

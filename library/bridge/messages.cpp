@@ -99,6 +99,11 @@ void Describe(Archive& archive, Self& message) {
     archive(message.path, message.info, message.result);
 }
 
+template <class Archive, RecordOf<ConnectionRecord> Self>
+void Describe(Archive& archive, Self& record) {
+    archive(record.sendSize, record.receiveSize, record.sendTimeout, record.receiveTimeout);
+}
+
 template <class Message>
 SizeCounter Counted(const Message& message) {
     SizeCounter counter;

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "bridge/message_ids.h"
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/CStringArray.h"
@@ -16,6 +15,53 @@
 /// One record for each kind of message, used for request and reply alike. The bytes: docs/wire.md.
 namespace nqp2::bridge {
 
+/// Id of both channels of a proxy.
+inline constexpr std::uint32_t kProxyChannelId = 20000;
+/// Id of the request server's channel and of the message that announces it.
+inline constexpr std::uint32_t kRequestServerId = 20023;
+
+/// Numbers of the messages by which connections of the worker's requests come and go.
+inline constexpr std::uint32_t kConnectId = 50;   ///< also the id of a connection's channel
+inline constexpr std::uint32_t kConnectedId = 51; ///< the answer on the server's channel
+inline constexpr std::uint32_t kDisconnectId = 52;
+
+/// Requests of the library to the worker; the reply bears the same number. Only Progress goes the
+/// other way.
+enum class MessageId : std::uint32_t {
+    SetSystemType = 20002,
+    RegisterProgress = 20003, ///< on the callback channel
+    Progress = 20004,         ///< on the callback channel, from the worker
+    ImportFile = 20005,
+    GetUploadOffset = 20006,
+    ExportFile = 20007,
+    DeleteFile = 20008,
+    UnusedValue = 20009, ///< no front end sends it
+    SetRTExportParam = 20010,
+    StartRTExport = 20011,
+    StopRTExport = 20012,
+    AddRTExportAVDataForBuf = 20013,
+    AddRTExportAVData = 20014,
+    UnusedTexts = 20015, ///< no front end sends it
+    CreateIconBmp = 20016,
+    SetWriteBlockSize = 20017,
+    CloseAllFile = 20018,
+    GetP2SerialNumber = 20019,
+    GetLastError = 20020,
+    SetRTExportExtraParam = 20021,
+    GetP2BaseClipInfo = 20022,
+    // Beside the fixed ones.
+    RecordedClips = 21000,
+};
+
+/// A message's number as the channel takes it.
+constexpr std::uint32_t Number(MessageId id) {
+    return static_cast<std::uint32_t>(id);
+}
+
+/// What a worker puts into the result field of a reply.
+inline constexpr std::int32_t kRefused = 0;
+inline constexpr std::int32_t kDone = 1;
+
 /// What all messages can do. Which fields travel, and in which order, is described once for each
 /// message in messages.cpp; all three operations follow from that.
 template <class Message>
@@ -24,30 +70,27 @@ struct WireMessage {
     /// transfer record's image is longer than this says, a data run without data shorter.
     [[nodiscard]] std::int32_t Size() const;
     /// Writes the image and returns its length; 0, and nothing written, when the buffer is null or
-    /// when `capacity` is below Size() or below the image's length. 0 also when memory gives out.
+    /// when `capacity` is below Size() or below the image's length. 0 also without memory.
     std::int32_t Save(unsigned char* buffer, std::int32_t capacity) const;
     /// Reads an image and returns its length, which may be less than `length`. 0, and the record
-    /// unchanged, when the buffer is null or does not hold a whole image, or when memory gives out.
+    /// unchanged, when the buffer is null or does not hold a whole image, or without memory.
     /// The buffer may be rewritten by a peer meanwhile; the unit behind each text in it becomes 0.
     std::int32_t Restore(unsigned char* buffer, std::int32_t length);
 };
 
 /// The rate family of the system.
 struct SystemTypeMessage : WireMessage<SystemTypeMessage> {
-    static constexpr MessageId kIds[] = {MessageId::SetSystemType};
     std::int32_t standard = 0; ///< eP2_VIDEO_STANDARD
     std::int32_t result = 0;
 };
 
 /// A request without arguments.
 struct ResultMessage : WireMessage<ResultMessage> {
-    static constexpr MessageId kIds[] = {MessageId::RegisterProgress, MessageId::CloseAllFile};
     std::int32_t result = 0;
 };
 
 /// How far a transfer got; the answer carries the host's wish to abort.
 struct ProgressMessage : WireMessage<ProgressMessage> {
-    static constexpr MessageId kIds[] = {MessageId::Progress};
     std::uint32_t position = 0;
     std::uint32_t total = 0;
     std::int32_t abort = 0;
@@ -55,44 +98,35 @@ struct ProgressMessage : WireMessage<ProgressMessage> {
 };
 
 struct ImportFileMessage : WireMessage<ImportFileMessage> {
-    static constexpr MessageId kIds[] = {MessageId::ImportFile};
     stu_R8P2TransInfo info;
     std::int32_t result = 0;
 };
 
 struct UploadOffsetMessage : WireMessage<UploadOffsetMessage> {
-    static constexpr MessageId kIds[] = {MessageId::GetUploadOffset};
     std::uint32_t first = 0;
     std::uint32_t second = 0;
     std::int32_t result = 0;
 };
 
 struct ExportFileMessage : WireMessage<ExportFileMessage> {
-    static constexpr MessageId kIds[] = {MessageId::ExportFile};
     stu_R8P2TransInfo info;
     CStringArray names;
     std::int32_t result = 0;
 };
 
 struct TextPairMessage : WireMessage<TextPairMessage> {
-    static constexpr MessageId kIds[] = {MessageId::DeleteFile, MessageId::UnusedTexts,
-                                         MessageId::GetP2SerialNumber};
     CString first;
     CString second;
     std::int32_t result = 0;
 };
 
 struct ValueMessage : WireMessage<ValueMessage> {
-    static constexpr MessageId kIds[] = {MessageId::UnusedValue, MessageId::StartRTExport,
-                                         MessageId::SetWriteBlockSize,
-                                         MessageId::SetRTExportExtraParam};
     std::int32_t value = 0; ///< StartRTExport's is unsigned: the same 32 bits
     std::int32_t result = 0;
 };
 
 /// Format of the stream and the target of a real-time export.
 struct RTExportParamMessage : WireMessage<RTExportParamMessage> {
-    static constexpr MessageId kIds[] = {MessageId::SetRTExportParam};
     std::int32_t codeType = 0; ///< eCodeType
     BITMAPINFOHEADER bitmap;
     WAVEFORMATEX wave;
@@ -108,7 +142,6 @@ struct RTExportParamMessage : WireMessage<RTExportParamMessage> {
 };
 
 struct StopRTExportMessage : WireMessage<StopRTExportMessage> {
-    static constexpr MessageId kIds[] = {MessageId::StopRTExport};
     std::int32_t first = 0;
     std::int32_t second = 0;
     std::int32_t result = 0;
@@ -116,7 +149,6 @@ struct StopRTExportMessage : WireMessage<StopRTExportMessage> {
 
 /// A value to the worker, a data block back.
 struct BufferMessage : WireMessage<BufferMessage> {
-    static constexpr MessageId kIds[] = {MessageId::AddRTExportAVDataForBuf};
     /// Bytes of a frame of 1920 x 1080 with two bytes a pixel: for that much a proxy has room at
     /// once, and our worker gives no more.
     static constexpr std::int32_t kFrameBytes = 1920 * 1080 * 2;
@@ -128,7 +160,6 @@ struct BufferMessage : WireMessage<BufferMessage> {
 
 /// Video and audio of a running export.
 struct AVDataMessage : WireMessage<AVDataMessage> {
-    static constexpr MessageId kIds[] = {MessageId::AddRTExportAVData};
     std::uint8_t streamType = 0;
     const unsigned char* data1 = nullptr; ///< not owned; restored: in the received buffer, or null
     std::uint32_t length1 = 0;            ///< bytes; travels also without data
@@ -140,7 +171,6 @@ struct AVDataMessage : WireMessage<AVDataMessage> {
 
 /// A picture of 24-bit pixels without row padding.
 struct IconMessage : WireMessage<IconMessage> {
-    static constexpr MessageId kIds[] = {MessageId::CreateIconBmp};
     CString first;
     CString second;
     tagSIZE size;                        ///< travels also without pixels
@@ -153,16 +183,22 @@ std::uint64_t PixelBytes(const tagSIZE& size);
 
 /// A text of the worker's: its last failure, or clips' names, one on each line.
 struct ErrorTextMessage : WireMessage<ErrorTextMessage> {
-    static constexpr MessageId kIds[] = {MessageId::GetLastError, MessageId::RecordedClips};
     CString text;
     std::int32_t result = 0;
 };
 
 struct BaseClipInfoMessage : WireMessage<BaseClipInfoMessage> {
-    static constexpr MessageId kIds[] = {MessageId::GetP2BaseClipInfo};
     CString path;
     NQP2BaseClipInfo info;
     std::int32_t result = 0;
+};
+
+/// What a worker asks for: the channel of a connection as the library opens it.
+struct ConnectionRecord : WireMessage<ConnectionRecord> {
+    std::uint32_t sendSize = 0;
+    std::uint32_t receiveSize = 0;
+    std::uint32_t sendTimeout = 0;    ///< milliseconds
+    std::uint32_t receiveTimeout = 0; ///< milliseconds
 };
 
 } // namespace nqp2::bridge

@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "bridge/messages.h"
-#include "bridge/request_cycle.h"
 #include "bridge/worker_proxy.h"
-#include "channel/shared_flag.h"
+#include "channel/slots.h"
 
 #include <chrono>
 #include <future>
@@ -111,7 +109,7 @@ Heard CTNQ264BitSupport::HearProgress(const ChannelPort& port) {
         if (!received.Take() || received.Id() != Number(MessageId::Progress)) {
             return received.IsClosed() ? Heard::Closed : Heard::NothingOfUse;
         }
-        // One that is cut off leaves both values 0; the host hears of it all the same.
+        // One that is cut off leaves both values 0; the host is told all the same.
         static_cast<void>(message.Restore(received.Bytes().data(), received.Length()));
         AskHost(message.position, message.total);
     }

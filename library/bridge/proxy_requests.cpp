@@ -1,11 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "bridge/messages.h"
-#include "bridge/request_cycle.h"
 #include "bridge/worker_proxy.h"
 
-#include <algorithm>
 #include <utility>
 
 using nqp2::bridge::AVDataMessage;

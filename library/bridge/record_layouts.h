@@ -3,14 +3,12 @@
 
 #pragma once
 
-#include "bridge/connection_record.h"
 #include "bridge/wire.h"
 #include "NQP2ParserU/ClipListRecords.h"
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
 #include "NQP2ParserU/R8P2TransInfo.h"
 
-/// The wire order of the records that travel inside messages, of the clip list's records, and of
-/// what asks for a connection.
+/// The wire order of the records that travel inside messages, and of those that hosts exchange.
 namespace nqp2::bridge {
 
 template <class Archive, RecordOf<tag_NQFileFormatEx> Self>
@@ -77,11 +75,6 @@ void Describe(Archive& archive, Self& clip) {
 template <class Archive, RecordOf<_NQBRDBROKENPOINT> Self>
 void Describe(Archive& archive, Self& point) {
     archive(point.first, point.second);
-}
-
-template <class Archive, RecordOf<ConnectionRecord> Self>
-void Describe(Archive& archive, Self& record) {
-    archive(record.sendSize, record.receiveSize, record.sendTimeout, record.receiveTimeout);
 }
 
 } // namespace nqp2::bridge

@@ -3,16 +3,18 @@
 
 #include "bridge/worker_proxy.h"
 
-#include "bridge/installed_interface.h"
-#include "bridge/messages.h"
-#include "bridge/request_cycle.h"
+#include "NQP2ParserU/R8P2SysInterface.h"
+
+#include <algorithm>
 
 using nqp2::bridge::ChannelHolder;
 using nqp2::bridge::ChannelPort;
+using nqp2::bridge::Installed;
 using nqp2::bridge::InstalledInterface;
 using nqp2::bridge::kChannelFailed;
 using nqp2::bridge::kDone;
 using nqp2::bridge::kProxyChannelId;
+using nqp2::bridge::RequestServer;
 
 namespace {
 
@@ -21,18 +23,58 @@ constexpr std::uint32_t kCallbackSize = 20480;
 constexpr std::uint32_t kNoTimeout = 0x7FFFFFFF;
 constexpr std::size_t kDataSize = nqp2::bridge::BufferMessage::kFrameBytes; // grows with replies
 
+/// The channel behind a proxy's holder; nothing can be asked on one without a table.
+ChannelPort PortOf(const nqp2::SysInterfaceTable* table, const ChannelHolder* holder) {
+    const bool isOpen = nqp2::IsUsable(table) && holder != nullptr && holder->link != nullptr;
+    return isOpen ? ChannelPort{table, holder->link->handle} : ChannelPort{};
+}
+
 } // namespace
 
-CTNQ264BitSupport::CTNQ264BitSupport() : m_table(nqp2::bridge::Installed().table) {}
+namespace nqp2::bridge {
+
+unsigned char* ChannelHolder::Keep(std::span<const unsigned char> bytes) {
+    if (bytes.size() > dataSize) {
+        link->data.reset(new unsigned char[bytes.size()]);
+        dataSize = bytes.size();
+    }
+    std::copy(bytes.begin(), bytes.end(), link->data.get());
+    return link->data.get();
+}
+
+InstalledInterface& Installed() {
+    // Has no destructor: threads of the library may outlive static objects.
+    static InstalledInterface installed;
+    return installed;
+}
+
+} // namespace nqp2::bridge
+
+void R8P2Parser_SetSysInterface(void* systemObject, void* table) noexcept {
+    Installed().systemObject = systemObject;
+    Installed().table = static_cast<const nqp2::SysInterfaceTable*>(table);
+    if (systemObject == nullptr || table == nullptr) {
+        return;
+    }
+    // A server that runs already is lost, not stopped. Kept: hosts rely on it.
+    Installed().server = RequestServer::Start(Installed().table, 0).release();
+}
+
+void R8XDCAMParser_ResetSysInterface() noexcept {
+    delete Installed().server;
+    Installed().server = nullptr;
+}
+
+CTNQ264BitSupport::CTNQ264BitSupport() : m_table(Installed().table) {}
 
 CTNQ264BitSupport::~CTNQ264BitSupport() = default;
 
 ChannelPort CTNQ264BitSupport::RequestPort() const {
-    return nqp2::bridge::PortOf(m_table, m_requestChannel.get());
+    return PortOf(m_table, m_requestChannel.get());
 }
 
 ChannelPort CTNQ264BitSupport::CallbackPort() const {
-    return nqp2::bridge::PortOf(m_table, m_callbackChannel.get());
+    return PortOf(m_table, m_callbackChannel.get());
 }
 
 std::int32_t CTNQ264BitSupport::Open() {
@@ -46,7 +88,7 @@ std::int32_t CTNQ264BitSupport::Open() {
 }
 
 bool CTNQ264BitSupport::OpenRequestChannel() {
-    // Memory first, so that no channel is lost when it gives out.
+    // Memory first, so that no channel is lost without it.
     auto holder = std::make_unique<ChannelHolder>(kDataSize);
     holder->link->handle =
         m_table->CreateChannel(kProxyChannelId, kRequestSize, kRequestSize, kNoTimeout, kNoTimeout);
@@ -70,10 +112,9 @@ bool CTNQ264BitSupport::OpenCallbackChannel() {
 }
 
 void CTNQ264BitSupport::StartServer() {
-    const InstalledInterface& installed = nqp2::bridge::Installed();
+    const InstalledInterface& installed = Installed();
     if (installed.systemObject != nullptr && installed.table != nullptr) {
-        m_requestServer = nqp2::bridge::StartRequestServer(installed.systemObject, installed.table,
-                                                           m_callbackChannel->link->handle);
+        m_requestServer = RequestServer::Start(installed.table, m_callbackChannel->link->handle);
     }
 }
 

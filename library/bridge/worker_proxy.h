@@ -3,9 +3,8 @@
 
 #pragma once
 
-#include "bridge/channel_link.h"
 #include "bridge/channel_port.h"
-#include "bridge/message_ids.h"
+#include "bridge/messages.h"
 #include "bridge/request_server.h"
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/CodeType.h"
@@ -21,27 +20,53 @@
 #include <mutex>
 #include <thread>
 
-struct NQP2BaseClipInfo;
-struct stu_R8P2TransInfo;
-struct stu_R8PRelationClipInfo;
-
 namespace nqp2::bridge {
 
-struct AVDataMessage;
-struct IconMessage;
-struct RTExportParamMessage;
+/// What a proxy knows of one of its channels. Three words, as hosts know it.
+struct ChannelLink {
+    void* unused = nullptr;
+    ChannelHandle handle = 0;
+    std::unique_ptr<unsigned char[]> data; ///< for replies that hand out data; null when none
+};
+static_assert(sizeof(ChannelLink) == 3 * sizeof(void*));
+
+/// Owns a link and knows the size of its data buffer.
+struct ChannelHolder {
+    std::size_t dataSize = 0;
+    std::unique_ptr<ChannelLink> link;
+
+    explicit ChannelHolder(std::size_t size = 0)
+        : dataSize(size), link(std::make_unique<ChannelLink>()) {
+        if (size > 0) {
+            // Left as it comes: pages that no reply fills cost nothing.
+            link->data.reset(new unsigned char[size]);
+        }
+    }
+
+    /// A copy in the data buffer, which grows when it is too small; growing ends the life of what
+    /// was handed out before. Throws when out of memory.
+    unsigned char* Keep(std::span<const unsigned char> bytes);
+};
+
+/// What the host has set for the process. Written by the host's two calls alone, never locked.
+struct InstalledInterface {
+    void* systemObject = nullptr;
+    const SysInterfaceTable* table = nullptr;
+    RequestServer* server = nullptr; ///< owned; null when none runs
+};
+InstalledInterface& Installed();
 
 /// What a proxy's operations answer beside kDone and kRefused.
 inline constexpr std::int32_t kChannelFailed = -1;
 
 } // namespace nqp2::bridge
 
-/// A parser's way to the worker process: sends its requests on one channel, hears of the progress
+/// A parser's way to the worker process: sends its requests on one channel, is told of the progress
 /// of imports on a second one, and runs the server that answers the worker's own requests.
 ///
 /// Life: construct, Open, requests, Close, destroy. Requests come from one thread at a time and
 /// wait for their reply. They return kDone, kRefused or kChannelFailed unless they say otherwise,
-/// and throw when memory gives out. Fields in the order that hosts know.
+/// and throw when out of memory. Fields in the order that hosts know.
 class CTNQ264BitSupport {
 public:
     /// Takes the table that is installed now; a later one does not reach this proxy.
@@ -64,7 +89,7 @@ public:
     /// True when the caller was the last holder.
     [[nodiscard]] bool DropHolder() { return --m_holders == 0; }
 
-    /// Sets who hears of progress; nobody does while either pointer is null. Starts the progress
+    /// Sets who is told of progress: no host while either pointer is null. Starts the progress
     /// thread unless it runs. Returns kDone when it ran, else the result field of the reply.
     std::int32_t SetImpCallBack(ImpCallBack callback, void* context);
 

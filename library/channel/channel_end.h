@@ -101,6 +101,7 @@ private:
     Clock::time_point m_alertUntil; ///< until then waiting threads stay awake
 
     // Slots as bits.
+    static constexpr std::uint32_t BitOf(std::uint32_t slot) { return 1U << slot; }
     std::uint32_t m_free;        ///< may be granted
     std::uint32_t m_sent = 0;    ///< the peer has them
     std::uint32_t m_arrived = 0; ///< hold messages, handed out or not

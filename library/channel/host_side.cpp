@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "channel/connection.h"
-#include "channel/handle_table.h"
 #include "channel/rendezvous.h"
 #include "channel/slots.h"
 #include "channel/worker_process.h"
@@ -77,7 +75,7 @@ private:
         return use;
     }
 
-    /// A worker that does not end is left to the system, and taken leave of when it has.
+    /// A worker that does not end is left to the system, and waited for when it has ended.
     void End(Use use) {
         use.line.reset();
         const bool hasEnded = use.process.End();

@@ -3,7 +3,81 @@
 
 #include "channel/link.h"
 
+#include "platform/durable_file.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace nqp2::channel {
+namespace {
+
+constexpr int kSizeSeals = F_SEAL_SHRINK | F_SEAL_GROW;
+
+/// From slot to slot; each begins on a page.
+std::size_t StrideOf(std::uint32_t messageSize) {
+    static const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return (messageSize + pageSize - 1) / pageSize * pageSize;
+}
+
+std::size_t FileSizeOf(std::uint32_t messageSize) {
+    return StrideOf(messageSize) * SlotsFor(messageSize);
+}
+
+std::byte* MapShared(int file, std::size_t size) {
+    void* const address = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    return address != MAP_FAILED ? static_cast<std::byte*>(address) : nullptr;
+}
+
+bool IsSealedFile(int file, std::size_t size) {
+    struct stat status {};
+    const int seals = fcntl(file, F_GET_SEALS);
+    return seals >= 0 && (seals & kSizeSeals) == kSizeSeals && fstat(file, &status) == 0 &&
+           S_ISREG(status.st_mode) && status.st_size == static_cast<off_t>(size);
+}
+
+} // namespace
+
+std::optional<Segment> Segment::Make(std::uint32_t messageSize, platform::Descriptor& file) {
+    const std::size_t size = FileSizeOf(messageSize);
+    file = platform::Descriptor(memfd_create("nqp2-channel", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    if (!file || !platform::FitsFileSizeLimit(size) ||
+        ftruncate(file.Get(), static_cast<off_t>(size)) != 0 ||
+        fcntl(file.Get(), F_ADD_SEALS, kSizeSeals | F_SEAL_SEAL) != 0) {
+        return std::nullopt;
+    }
+    return Map(file, messageSize);
+}
+
+std::optional<Segment> Segment::Map(const platform::Descriptor& file, std::uint32_t messageSize) {
+    const std::size_t size = FileSizeOf(messageSize);
+    std::byte* const begin = IsSealedFile(file.Get(), size) ? MapShared(file.Get(), size) : nullptr;
+    return begin != nullptr ? std::optional(Segment(begin, messageSize)) : std::nullopt;
+}
+
+Segment::~Segment() {
+    if (m_begin != nullptr) {
+        munmap(m_begin, FileSizeOf(m_messageSize));
+    }
+}
+
+std::uint32_t Segment::SlotCount() const {
+    return SlotsFor(m_messageSize);
+}
+
+std::byte* Segment::Slot(std::uint32_t number) const {
+    return m_begin + number * StrideOf(m_messageSize);
+}
+
+std::optional<std::uint32_t> Segment::SlotAt(const void* address) const {
+    for (std::uint32_t number = 0; number < SlotCount(); ++number) {
+        if (Slot(number) == address) {
+            return number;
+        }
+    }
+    return std::nullopt;
+}
 
 std::optional<SharedMemory> MakeMemory(std::uint32_t sendSize, std::uint32_t receiveSize) {
     if (sendSize == 0 || receiveSize == 0 || sendSize > kMaxMessageSize ||

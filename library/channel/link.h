@@ -3,14 +3,47 @@
 
 #pragma once
 
-#include "channel/packet_socket.h"
+#include "channel/packet.h"
 #include "channel/peer.h"
-#include "channel/segment.h"
+#include "platform/descriptor.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace nqp2::channel {
+
+/// The memory of one direction of a channel: slots of one size in a memory file that both processes
+/// map. The file can neither shrink nor grow, so that no access can miss it.
+class Segment {
+public:
+    /// Makes the memory for messages of 1 to kMaxMessageSize bytes; `file` becomes what the peer
+    /// maps. Nothing on failure. Pages cost memory only once they are written to.
+    static std::optional<Segment> Make(std::uint32_t messageSize, platform::Descriptor& file);
+
+    /// Maps what a peer made. Nothing when the file is not exactly that, or could still be cut.
+    static std::optional<Segment> Map(const platform::Descriptor& file, std::uint32_t messageSize);
+
+    Segment(Segment&& other) noexcept
+        : m_begin(std::exchange(other.m_begin, nullptr)), m_messageSize(other.m_messageSize) {}
+    Segment& operator=(Segment&&) = delete;
+    ~Segment();
+
+    [[nodiscard]] std::uint32_t MessageSize() const { return m_messageSize; }
+    [[nodiscard]] std::uint32_t SlotCount() const;
+    [[nodiscard]] std::byte* Slot(std::uint32_t number) const;
+    /// The slot that begins there.
+    [[nodiscard]] std::optional<std::uint32_t> SlotAt(const void* address) const;
+
+private:
+    Segment(std::byte* begin, std::uint32_t messageSize)
+        : m_begin(begin), m_messageSize(messageSize) {}
+
+    std::byte* m_begin;
+    std::uint32_t m_messageSize;
+};
 
 /// What one end of a channel is made of.
 struct Link {

@@ -33,7 +33,7 @@ std::unique_ptr<Listener> Listener::Start(const ListenSettings& settings, Worker
     std::unique_ptr<Listener> listener(new Listener(settings, std::move(wake)));
     const bool hasHost = settings.hostDescriptor >= 0;
     if (hasHost && !listener->AdoptHost(settings.hostDescriptor)) {
-        // Often one that has ended since: with a socket alone the worker would outlive it for ever.
+        // Often one that has ended since: with a socket alone the worker would never end.
         status = {false, "no line to a host"};
         return nullptr;
     }
@@ -219,7 +219,7 @@ void Listener::Hear() {
 
 /// False when the line is to be dropped.
 bool Listener::HearLine(HostLine& line) {
-    // What a host that has ended still offers, nobody could use.
+    // What a host that has ended still offers, is of no use.
     if (line.peer->HasEnded()) {
         return false;
     }

@@ -3,10 +3,14 @@
 
 #pragma once
 
+#include "platform/descriptor.h"
+
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 
 /// What travels on a channel's socket. Message bytes never do: they lie in the segments.
 namespace nqp2::channel {
@@ -52,5 +56,31 @@ inline constexpr std::uint32_t kTakeTime = 5000;
 /// The packet that arrived as these bytes with so many descriptors; nothing when no honest peer
 /// would have sent it. Slot and length depend on the channel and are checked there.
 std::optional<Packet> ReadPacket(std::span<const std::byte> bytes, std::size_t descriptorCount);
+
+enum class Traffic {
+    Done,
+    Nothing, ///< none has arrived, or the peer's queue is full
+    Ended,   ///< no packet will come or go any more: closed, or what came was no packet
+    Lost,    ///< one has arrived, but this process had no room for its descriptors
+};
+
+struct ReceivedPacket {
+    Packet packet;
+    std::array<platform::Descriptor, kMaxDescriptors> descriptors;
+};
+
+/// Sends a packet with copies of the descriptors, DescriptorsWith(packet.kind) of them.
+Traffic SendPacketOn(int socket, const Packet& packet, std::span<const int> descriptors = {});
+/// Descriptors of what is no packet are closed.
+Traffic ReceivePacketFrom(int socket, ReceivedPacket& received);
+
+/// A connected pair; empty on failure.
+std::optional<std::pair<platform::Descriptor, platform::Descriptor>> MakeSocketPair();
+/// True for a socket such as MakeSocketPair makes.
+bool IsPacketSocket(int socket);
+/// True when something has arrived, be it the end.
+bool IsReadable(int socket);
+/// True when so much is waiting for the peer that only answers to it should still be sent.
+bool IsCrowded(int socket);
 
 } // namespace nqp2::channel

@@ -3,13 +3,13 @@
 
 #include "channel/peer.h"
 
-#include "channel/process_descriptor.h"
 #include "platform/wait.h"
 
 #include <cerrno>
 #include <map>
 #include <mutex>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace nqp2::channel {
@@ -68,6 +68,17 @@ std::shared_ptr<const Peer> PeerOf(int connectedSocket) {
     }
     std::shared_ptr<const Peer> peer = PeerWithNumber(credentials.pid);
     return peer != nullptr && !HasTooManyChannels(peer) ? peer : nullptr;
+}
+
+// Called by number: the C library's header declares these calls only since 2.36, and there not for
+// C++.
+
+platform::Descriptor OpenProcess(pid_t process) {
+    return platform::Descriptor(static_cast<int>(syscall(SYS_pidfd_open, process, 0U)));
+}
+
+bool SignalProcess(int process, int signal) {
+    return syscall(SYS_pidfd_send_signal, process, signal, nullptr, 0U) == 0;
 }
 
 } // namespace nqp2::channel

@@ -34,4 +34,11 @@ bool HasTooManyChannels(const std::shared_ptr<const Peer>& peer);
 /// user, is gone, or has too many channels.
 std::shared_ptr<const Peer> PeerOf(int connectedSocket);
 
+/// Becomes readable when the process has ended. Empty with errno when there is no such process.
+platform::Descriptor OpenProcess(pid_t process);
+
+/// Signals the process behind a descriptor of OpenProcess. False with errno, which is ESRCH when it
+/// has ended and was waited for.
+bool SignalProcess(int process, int signal);
+
 } // namespace nqp2::channel

@@ -3,13 +3,56 @@
 
 #include "channel/slots.h"
 
-#include "channel/handle_table.h"
+#include "channel/channel_end.h"
 #include "platform/guard.h"
+#include "platform/process.h"
 
 #include <atomic>
+#include <mutex>
+#include <unordered_map>
 
 namespace nqp2::channel {
 namespace {
+
+struct Table {
+    std::mutex mutex;
+    ChannelHandle last = 0;
+    std::unordered_map<ChannelHandle, std::shared_ptr<ChannelEnd>> channels;
+};
+
+/// Never destroyed: threads of the library may outlive static objects.
+Table& Channels() {
+    static auto& table = *new Table;
+    return table;
+}
+
+constexpr unsigned kCounterBits = 40; ///< the process is above the count
+
+ChannelHandle ProcessPart() {
+    return static_cast<ChannelHandle>(platform::ProcessNumber()) << kCounterBits;
+}
+
+/// Null when there is none, or no longer.
+std::shared_ptr<ChannelEnd> FindChannel(ChannelHandle handle) {
+    // Before the lock, which a thread of the parent may have held when the child was forked.
+    if (handle >> kCounterBits != ProcessPart() >> kCounterBits) {
+        return nullptr;
+    }
+    Table& table = Channels();
+    const std::lock_guard lock(table.mutex);
+    const auto found = table.channels.find(handle);
+    return found != table.channels.end() ? found->second : nullptr;
+}
+
+/// Forgets the channel once it is closed and no buffer of it is held any more.
+void ForgetIfOver(ChannelHandle handle, const ChannelEnd& channel) {
+    if (!channel.IsOver()) {
+        return;
+    }
+    Table& table = Channels();
+    const std::lock_guard lock(table.mutex);
+    table.channels.erase(handle); // the caller holds it still
+}
 
 /// Runs an operation on an open channel; one that is closed, or never was, is no fault.
 template <class Operation>
@@ -86,6 +129,17 @@ std::int32_t CloseChannel(ChannelHandle* field) {
 }
 
 } // namespace
+
+ChannelHandle AddChannel(std::shared_ptr<ChannelEnd> channel) {
+    if (channel == nullptr) {
+        return 0;
+    }
+    Table& table = Channels();
+    const std::lock_guard lock(table.mutex);
+    const ChannelHandle handle = ProcessPart() | ++table.last;
+    table.channels.emplace(handle, std::move(channel));
+    return handle;
+}
 
 SysInterfaceTable TableWith(CreateChannelSlot createChannel) {
     SysInterfaceTable table{};

@@ -3,7 +3,7 @@
 
 #include "channel/worker_process.h"
 
-#include "channel/process_descriptor.h"
+#include "channel/peer.h"
 #include "channel/rendezvous.h"
 
 #include <algorithm>
@@ -95,7 +95,7 @@ void CloseOthersOnExec(int line) {
 }
 
 /// Forks with all signals blocked: a handler of the host must not run in the child, and a timer that
-/// fires faster than a large process is copied would make fork begin again for ever.
+/// fires faster than a large process is copied would make fork begin again without end.
 pid_t ForkChild(const Launch& launch) {
     sigset_t all;
     sigset_t before;
@@ -177,7 +177,7 @@ WorkerStatus WorkerProcess::Await(const std::string& program,
                                   const platform::Deadline& deadline) const {
     constexpr int kPause = 50; // milliseconds; where nothing tells of the end it is looked for
     while (true) {
-        // Asked first: what was said before the end is still heard.
+        // Asked first: what was said before the end is still read.
         const bool hasEnded = HasEnded(0);
         std::byte answer[sizeof(Packet) + 1];
         const ssize_t count = platform::Restarted(

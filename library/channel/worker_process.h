@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "channel/connection.h"
+#include "channel/rendezvous.h"
 #include "NQP2ParserU/Channel.h"
 #include "platform/descriptor.h"
 #include "platform/process.h"
@@ -33,7 +33,7 @@ public:
     /// Hangs up, asks the program to end, makes it after two seconds, and waits two more. False when
     /// it has not ended even then. In a child that this process forked it only forgets it.
     bool End();
-    /// Takes leave as its parent of a program that has ended; false when it has not.
+    /// Waits, as its parent, for a program that has ended; false when it has not.
     [[nodiscard]] bool HasLeft() const;
 
 private:

@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "channel/handle_table.h"
 #include "channel/listener.h"
 #include "channel/slots.h"
 #include "NQP2ParserU/Channel.h"

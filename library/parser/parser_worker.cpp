@@ -1,19 +1,41 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "bridge/ask_proxy.h"
-#include "bridge/messages.h"
+#include "bridge/worker_proxy.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/RecordedClips.h"
 #include "platform/guard.h"
 
 #include <algorithm>
 
-using nqp2::bridge::AskProxy;
-using nqp2::bridge::OneWhenDone;
-using nqp2::bridge::ZeroWhenDone;
+using nqp2::bridge::kChannelFailed;
+using nqp2::bridge::kDone;
+using nqp2::bridge::kRefused;
+using nqp2::platform::Guarded;
 
 using Proxy = CTNQ264BitSupport;
+
+// What the front ends make of a proxy's answers differs: kept, hosts rely on it.
+namespace {
+
+/// The answer of a call of the proxy; kRefused without one. A call that throws counts as a channel
+/// that failed.
+template <class Call>
+std::int32_t AskProxy(Proxy* proxy, Call call) {
+    return proxy == nullptr ? kRefused : Guarded(kChannelFailed, [&] { return call(*proxy); });
+}
+
+/// 1 for success.
+int OneWhenDone(std::int32_t answer) {
+    return answer == kDone ? 1 : 0;
+}
+
+/// 0 for success.
+std::int64_t ZeroWhenDone(std::int32_t answer) {
+    return answer == kDone ? 0 : 1;
+}
+
+} // namespace
 
 void CNQP2Parser::SetImpCallBack(ImpCallBack callback, void* context) {
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.SetImpCallBack(callback, context); });
@@ -151,7 +173,7 @@ struct nqp2::bridge::ProxyOf {
 namespace nqp2 {
 
 CStringArray RecordedClips(const CNQP2Parser& parser) noexcept {
-    return platform::Guarded(CStringArray(), [&] {
+    return Guarded(CStringArray(), [&] {
         CString lines;
         AskProxy(bridge::ProxyOf::Get(parser),
                  [&](Proxy& proxy) { return proxy.GetRecordedClips(lines); });

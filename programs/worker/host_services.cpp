@@ -3,8 +3,7 @@
 
 #include "worker/host_services.h"
 
-#include "bridge/connection_record.h"
-#include "bridge/message_ids.h"
+#include "bridge/messages.h"
 
 namespace nqp2::worker {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "worker/server.h"
 
-#include "bridge/message_ids.h"
+#include "bridge/messages.h"
 #include "platform/guard.h"
 #include "worker/host_services.h"
 #include "worker/session.h"

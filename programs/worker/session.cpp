@@ -3,7 +3,7 @@
 
 #include "worker/session.h"
 
-#include "bridge/message_ids.h"
+#include "bridge/messages.h"
 #include "platform/guard.h"
 #include "worker/dispatch.h"
 

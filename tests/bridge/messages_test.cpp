@@ -3,20 +3,15 @@
 
 #include "bridge/messages.h"
 
-#include "bridge/connection_record.h"
-#include "bridge/wire.h"
+#include "NQP2ParserU/ClipListRecords.h"
 #include "tests/bridge/wire_example.h"
 #include "tests/support/print_text.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <cstring>
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <limits>
 #include <memory>
-#include <string>
 #include <tuple>
 #include <type_traits>
 
@@ -80,45 +75,53 @@ NQP2BaseClipInfo BaseClipInfo() {
 constexpr unsigned char kData[] = {0x11, 0x22, 0x33, 0x44, 0x55};
 constexpr unsigned char kPixels[] = {1, 2, 3, 4, 5, 6};
 
-/// The messages of the documented examples.
+/// A message and the heading of its documented bytes.
+template <class Message>
+struct Documented {
+    const char* heading;
+    Message message;
+};
+
+// clang-format off
 const auto& Examples() {
     static const std::tuple kExamples{
-        SystemTypeMessage{{}, 4, 1},
-        ResultMessage{{}, 1},
-        ProgressMessage{{}, 0x10, 0x20, 1, 0},
-        ImportFileMessage{{}, TransInfo(), 1},
-        UploadOffsetMessage{{}, 0x80000001U, 2, 1},
-        ExportFileMessage{{}, TransInfo(), ListOf<CString>({L"n1", L""}), 1},
+        Documented{"20002", SystemTypeMessage{{}, 4, 1}},
+        Documented{"20003, 20018", ResultMessage{{}, 1}},
+        Documented{"20004", ProgressMessage{{}, 0x10, 0x20, 1, 0}},
+        Documented{"20005", ImportFileMessage{{}, TransInfo(), 1}},
+        Documented{"20006", UploadOffsetMessage{{}, 0x80000001U, 2, 1}},
+        Documented{"20007", ExportFileMessage{{}, TransInfo(), ListOf<CString>({L"n1", L""}), 1}},
         // One character beyond 16 bits, one surrogate alone.
-        TextPairMessage{{}, L"ab", L"\x1F3A5\xD800", 1},
-        ValueMessage{{}, -2, 1},
-        RTExportParamMessage{{},
-                             0x20,
-                             {40, 1920, -1080, 1, 24, 0, 0, 0, 0, 0, 0},
-                             {1, 2, 48000, 192000, 4, 16, 0},
-                             {-1, 0, 1, 2, 3, 4, 5, 6},
-                             L"a",
-                             L"",
-                             L"c",
-                             0x71,
-                             RelatedClips(),
-                             -3,
-                             0x73,
-                             1},
-        StopRTExportMessage{{}, 1, -1, 1},
-        BufferMessage{{}, 7, 1, kData, 3},
-        AVDataMessage{{}, 2, kData, 2, kData + 2, 3, 1, 1},
-        IconMessage{{}, L"a", L"b", {2, 1}, kPixels, 1},
-        ErrorTextMessage{{}, L"no", 1},
-        BaseClipInfoMessage{{}, L"P", BaseClipInfo(), 1},
-        ConnectionRecord{{}, 10240, 20480, 0xFFFFFFFF, 5000},
+        Documented{"20008, 20015, 20019", TextPairMessage{{}, L"ab", L"\x1F3A5\xD800", 1}},
+        Documented{"20009, 20011, 20017, 20021", ValueMessage{{}, -2, 1}},
+        Documented{"20010", RTExportParamMessage{
+            {}, 0x20, {40, 1920, -1080, 1, 24, 0, 0, 0, 0, 0, 0}, {1, 2, 48000, 192000, 4, 16, 0},
+            {-1, 0, 1, 2, 3, 4, 5, 6}, L"a", L"", L"c", 0x71, RelatedClips(), -3, 0x73, 1}},
+        Documented{"20012", StopRTExportMessage{{}, 1, -1, 1}},
+        Documented{"20013", BufferMessage{{}, 7, 1, kData, 3}},
+        Documented{"20014", AVDataMessage{{}, 2, kData, 2, kData + 2, 3, 1, 1}},
+        Documented{"20016", IconMessage{{}, L"a", L"b", {2, 1}, kPixels, 1}},
+        Documented{"20020, 21000", ErrorTextMessage{{}, L"no", 1}},
+        Documented{"20022", BaseClipInfoMessage{{}, L"P", BaseClipInfo(), 1}},
+        Documented{"50, 51", ConnectionRecord{{}, 10240, 20480, 0xFFFFFFFF, 5000}},
     };
     return kExamples;
+}
+// clang-format on
+
+/// Runs `check(message, its documented example)` for each kind of message.
+template <class Check>
+void ForEach(Check check) {
+    const auto run = [&](const auto& each) {
+        SCOPED_TRACE(each.heading);
+        check(each.message, ReadWireExample(each.heading));
+    };
+    std::apply([&](const auto&... each) { (run(each), ...); }, Examples());
 }
 
 template <class Message>
 Message Filled() {
-    return std::get<Message>(Examples());
+    return std::get<Documented<Message>>(Examples()).message;
 }
 
 /// The message's bytes, saved to a buffer far larger than needed.
@@ -138,115 +141,70 @@ std::int32_t RestoreFromExact(Message& message, const Bytes& image) {
     return message.Restore(buffer.get(), static_cast<std::int32_t>(image.size()));
 }
 
-template <class Message>
-WireExample Example() {
-    std::string title;
-    for (const auto id : Message::kIds) {
-        title += (title.empty() ? "" : ", ") + std::to_string(static_cast<std::uint32_t>(id));
-    }
-    return ReadWireExample(title);
+TEST(Messages, HaveTheDocumentedBytesAndIgnoreWhatFollows) {
+    ForEach([](const auto& message, const WireExample& example) {
+        EXPECT_EQ(SavedMessage(message), example.bytes);
+        Bytes longer = example.bytes;
+        longer.resize(longer.size() + 32, kUntouched);
+        std::remove_cvref_t<decltype(message)> restored;
+        EXPECT_EQ(restored.Restore(longer.data(), static_cast<std::int32_t>(longer.size())),
+                  std::ssize(example.bytes));
+        EXPECT_EQ(SavedMessage(restored), example.bytes);
+    });
 }
 
-template <class Message>
-class EachMessage : public testing::Test {};
-using Messages =
-    testing::Types<SystemTypeMessage, ResultMessage, ProgressMessage, ImportFileMessage,
-                   UploadOffsetMessage, ExportFileMessage, TextPairMessage, ValueMessage,
-                   RTExportParamMessage, StopRTExportMessage, BufferMessage, AVDataMessage,
-                   IconMessage, ErrorTextMessage, BaseClipInfoMessage, ConnectionRecord>;
-TYPED_TEST_SUITE(EachMessage, Messages);
-
-TYPED_TEST(EachMessage, HasTheDocumentedBytes) {
-    EXPECT_EQ(SavedMessage(Filled<TypeParam>()), Example<TypeParam>().bytes);
-}
-
-TYPED_TEST(EachMessage, RestoresWhatWasSavedAndIgnoresWhatFollows) {
-    const Bytes image = Example<TypeParam>().bytes;
-    Bytes longer = image;
-    longer.resize(image.size() + 32, kUntouched);
-    TypeParam message;
-    EXPECT_EQ(message.Restore(longer.data(), static_cast<std::int32_t>(longer.size())),
-              std::ssize(image));
-    EXPECT_EQ(SavedMessage(message), image);
-}
-
-TYPED_TEST(EachMessage, RestoresNothingFromACutImage) {
-    const Bytes image = Example<TypeParam>().bytes;
-    // An icon cut off just there is one without pixels.
-    const std::size_t except =
-        std::is_same_v<TypeParam, IconMessage> ? image.size() - 6 : image.size();
-    for (std::size_t length = 0; length < image.size(); ++length) {
-        TypeParam message = Filled<TypeParam>();
-        const Bytes cut(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(length));
-        const std::int32_t read = RestoreFromExact(message, cut);
-        EXPECT_EQ(read, length == except ? std::ssize(cut) : 0) << length;
-        EXPECT_EQ(SavedMessage(message), read == 0 ? image : cut) << length;
-    }
-    TypeParam message = Filled<TypeParam>();
-    EXPECT_EQ(message.Restore(nullptr, kLargest), 0);
-    Bytes copy = image;
-    EXPECT_EQ(message.Restore(copy.data(), -1), 0);
-}
-
-TYPED_TEST(EachMessage, RestoresNothingWhenACountReachesBeyondTheBuffer) {
-    const WireExample example = Example<TypeParam>();
-    TypeParam message = Filled<TypeParam>();
-    for (const std::size_t at : example.counts) {
-        const auto left = static_cast<std::uint32_t>(example.bytes.size() - at - 4);
-        for (const std::uint32_t count : {0xFFFFFFFFU, 0x80000000U, 0x7FFFFFFFU, left + 1}) {
-            Bytes image = example.bytes;
-            SetCount(image, at, count);
-            EXPECT_EQ(RestoreFromExact(message, image), 0) << count << " at " << at;
-            EXPECT_EQ(SavedMessage(message), example.bytes);
+TEST(Messages, RestoreNothingFromACutImageOrACountBeyondTheBuffer) {
+    ForEach([](auto message, const WireExample& example) { // a copy, which stays as it is
+        const Bytes& image = example.bytes;
+        // An icon cut off just there is one without pixels.
+        const std::size_t end =
+            std::is_same_v<decltype(message), IconMessage> ? image.size() - 6 : image.size();
+        for (std::size_t length = 0; length < image.size(); ++length) {
+            if (length != end) {
+                const Bytes cut(image.begin(), image.begin() + static_cast<long>(length));
+                EXPECT_EQ(RestoreFromExact(message, cut), 0) << length;
+            }
         }
-    }
+        for (const std::size_t at : example.counts) {
+            const auto left = static_cast<std::uint32_t>(image.size() - at - 4);
+            for (const std::uint32_t count : {0xFFFFFFFFU, 0x80000000U, 0x7FFFFFFFU, left + 1}) {
+                Bytes wrong = image;
+                SetCount(wrong, at, count);
+                EXPECT_EQ(RestoreFromExact(message, wrong), 0) << count << " at " << at;
+            }
+        }
+        EXPECT_EQ(message.Restore(nullptr, kLargest), 0);
+        Bytes copy = image;
+        EXPECT_EQ(message.Restore(copy.data(), -1), 0);
+        EXPECT_EQ(SavedMessage(message), image);
+    });
 }
 
-TYPED_TEST(EachMessage, WritesNothingIntoLessThanItNeeds) {
-    const auto message = Filled<TypeParam>();
-    const auto needed = static_cast<std::int32_t>(Example<TypeParam>().bytes.size());
-    for (const std::int32_t capacity : {-1, 0, message.Size() - 1, needed - 1}) {
-        Bytes buffer(4096, kUntouched);
-        EXPECT_EQ(message.Save(buffer.data(), capacity), 0) << capacity;
-        EXPECT_THAT(buffer, testing::Each(kUntouched));
-    }
-    EXPECT_EQ(message.Save(nullptr, kLargest), 0);
-    const auto exact = std::make_unique<unsigned char[]>(static_cast<std::size_t>(needed));
-    EXPECT_EQ(message.Save(exact.get(), needed), needed);
+TEST(Messages, WriteNothingIntoLessThanTheyNeed) {
+    ForEach([](const auto& message, const WireExample& example) {
+        const auto needed = static_cast<std::int32_t>(example.bytes.size());
+        for (const std::int32_t capacity : {-1, 0, message.Size() - 1, needed - 1}) {
+            Bytes buffer(4096, kUntouched);
+            EXPECT_EQ(message.Save(buffer.data(), capacity), 0) << capacity;
+            EXPECT_EQ(buffer, Bytes(4096, kUntouched));
+        }
+        EXPECT_EQ(message.Save(nullptr, kLargest), 0);
+        const auto exact = std::make_unique<unsigned char[]>(example.bytes.size());
+        EXPECT_EQ(message.Save(exact.get(), needed), needed);
+    });
 }
 
-TEST(MessageSize, IsTheImageExceptForTheTransferRecord) {
-    // Texts 1 to 4; described identifier; numbers; a related clip; sizes; formats; numbers; text 5.
-    constexpr std::int32_t kFigure =
-        2 * (2 + 1 + 3 + 2) + 44 + 92 + (4 + 66) + 36 + 7 * 64 + 8 + 2 * 2 + 8;
+TEST(Messages, ClaimTheirImagesSizeExceptForTheTransferRecord) {
     // The tables, of 18 entries with two units of text, and three numbers.
     constexpr std::int32_t kUncounted = 18 * 14 + 2 * 2 + 12;
-    EXPECT_EQ(Filled<ImportFileMessage>().Size(), kFigure + 4);
-    EXPECT_EQ(std::ssize(SavedMessage(Filled<ImportFileMessage>())), kFigure + kUncounted + 4);
-    EXPECT_EQ(Filled<ExportFileMessage>().Size(), kFigure + (4 + 10 + 6) + 4);
-    EXPECT_EQ(Filled<TextPairMessage>().Size(), 10 + 12 + 4); // units, not code points
-    EXPECT_EQ(RTExportParamMessage().Size(), 4 + 40 + 18 + 32 + 3 * 6 + 4 + 4 + 4 + 4 + 4);
-}
-
-TEST(TransferRecord, StartsEmptyButForValue15) {
-    ImportFileMessage restored = Filled<ImportFileMessage>();
-    Bytes image = SavedMessage(ImportFileMessage());
-    ASSERT_EQ(restored.Restore(image.data(), static_cast<std::int32_t>(image.size())),
-              std::ssize(image));
-    EXPECT_EQ(restored.info.value15, 1U);
-    EXPECT_EQ(restored.info.relatedClips.GetSize(), 0);
-    EXPECT_EQ(std::count(image.begin(), image.end(), 0), std::ssize(image) - 1);
-}
-
-TEST(WireWriter, WritesNothingBehindWhatDidNotFit) {
-    unsigned char buffer[6] = {};
-    WireWriter writer(buffer, 5);
-    const std::uint32_t first = 0x01020304;
-    const std::uint16_t second = 0xFFFF;
-    const std::uint8_t third = 0xFF;
-    writer(first, second, third);
-    EXPECT_EQ(writer.Written(), 0U);
-    EXPECT_EQ(buffer[4] | buffer[5], 0);
+    ForEach([](const auto& message, const WireExample& example) {
+        const bool isTransfer = requires {
+            message.info.taggedTexts1;
+        };
+        EXPECT_EQ(message.Size() + (isTransfer ? kUncounted : 0), std::ssize(example.bytes));
+    });
+    const Bytes empty = SavedMessage(ImportFileMessage());
+    EXPECT_EQ(std::count(empty.begin(), empty.end(), 0), std::ssize(empty) - 1) << "value 15 is 1";
 }
 
 TEST(ReceivedText, EndsWhereItsCountSaysAndIsClosedThere) {
@@ -258,48 +216,28 @@ TEST(ReceivedText, EndsWhereItsCountSaysAndIsClosedThere) {
     EXPECT_EQ(image[10] | image[11], 0);
 }
 
-TEST(DataRuns, PointIntoTheReceivedBuffer) {
-    Bytes image = SavedMessage(Filled<AVDataMessage>());
-    AVDataMessage message;
+TEST(DataRuns, PointIntoTheReceivedBufferAndWithoutDataTravelAsTheirLengthAlone) {
+    AVDataMessage message = Filled<AVDataMessage>();
+    Bytes image = SavedMessage(message);
     message.Restore(image.data(), static_cast<std::int32_t>(image.size()));
     EXPECT_EQ(message.data1, image.data() + 5);
     EXPECT_EQ(message.data2, image.data() + 11);
-}
-
-TEST(DataRuns, WithoutDataTravelAsTheirLengthAlone) {
-    AVDataMessage message = Filled<AVDataMessage>();
     message.data1 = nullptr;
     EXPECT_EQ(message.Size(), 17 + 2 + 3);
-    Bytes image = SavedMessage(message);
+    image = SavedMessage(message);
     EXPECT_EQ(image.size(), 17U + 3);
     EXPECT_EQ(image[1], 2); // the length stays
     EXPECT_EQ(RestoreFromExact(message, image), 0);
-
-    BufferMessage buffer;
-    buffer.length = 3;
-    EXPECT_EQ(SavedMessage(buffer).size(), 12U);
-    EXPECT_EQ(buffer.Size(), 15);
-
-    image = SavedMessage(BufferMessage());
-    buffer = Filled<BufferMessage>();
-    EXPECT_EQ(RestoreFromExact(buffer, image), 12);
-    EXPECT_EQ(buffer.data, nullptr);
 }
 
 TEST(Icon, CarriesItsSizeWithoutPixelsToo) {
-    IconMessage message = Filled<IconMessage>();
-    message.bits = nullptr;
-    const Bytes image = SavedMessage(message);
-    EXPECT_EQ(message.Size(), 8 + 8 + 8 + 4);
-    EXPECT_EQ(std::ssize(image), message.Size());
     IconMessage restored = Filled<IconMessage>();
-    EXPECT_EQ(RestoreFromExact(restored, image), message.Size());
+    IconMessage message = restored;
+    message.bits = nullptr;
+    EXPECT_EQ(RestoreFromExact(restored, SavedMessage(message)), message.Size());
     EXPECT_EQ(restored.bits, nullptr);
     EXPECT_EQ(restored.size.cx, 2);
     EXPECT_EQ(restored.result, 1);
-}
-
-TEST(Icon, WithoutAreaHasNoPixels) {
     constexpr struct {
         tagSIZE size;
         std::int32_t bytes; ///< Size()
@@ -311,7 +249,7 @@ TEST(Icon, WithoutAreaHasNoPixels) {
         {{-kLargest - 1, -kLargest - 1}, kLargest},
     };
     for (const auto& row : kRows) {
-        IconMessage message{{}, L"", L"", row.size, kPixels, 0};
+        message = {{}, L"", L"", row.size, kPixels, 0};
         EXPECT_EQ(message.Size(), row.bytes);
         unsigned char buffer[30] = {};
         // The largest have more pixels than any buffer: nothing may be read or written.
@@ -320,6 +258,83 @@ TEST(Icon, WithoutAreaHasNoPixels) {
         std::memcpy(buffer + 12, &row.size, sizeof(row.size));
         EXPECT_EQ(message.Restore(buffer, sizeof(buffer)), written);
     }
+}
+
+// Records that hosts exchange.
+
+_BLCLIP ClipOfTheExample() {
+    return {L"a", L"b", L"c", L"d", L"e", L"f", -1,  -2,   -3,  -4,  -5,  -6,
+            -7,   -8,   -9,   L"g", L"",  L"i", -10, L"j", -11, -12, -13, L"kk"};
+}
+
+template <class Record>
+Bytes SavedRecord(const Record& record) {
+    Bytes bytes(static_cast<std::size_t>(record.GetSize()));
+    unsigned char* at = bytes.data();
+    EXPECT_EQ(record.SaveToBuf(at), std::ssize(bytes));
+    EXPECT_EQ(at, bytes.data() + bytes.size());
+    return bytes;
+}
+
+TEST(ExchangedRecords, HaveTheDocumentedBytesAndMoveThePointer) {
+    Bytes image = ReadWireExample("_BLCLIP").bytes;
+    EXPECT_EQ(SavedRecord(ClipOfTheExample()), image);
+    image[6] = 0xFF; // the terminator of text 1: the count overrules it
+    for (const bool bounded : {false, true}) {
+        Bytes copy = image;
+        unsigned char* at = copy.data();
+        _BLCLIP clip;
+        const auto length = static_cast<std::int32_t>(image.size());
+        EXPECT_EQ(bounded ? clip.RestoreFromBuf(at, length) : clip.RestoreFromBuf(at), length);
+        EXPECT_EQ(at, copy.data() + length);
+        EXPECT_EQ(SavedRecord(clip), SavedRecord(ClipOfTheExample()));
+    }
+    Bytes bytes = SavedRecord(_NQBRDBROKENPOINT{5, -6});
+    EXPECT_EQ(bytes, ReadWireExample("_NQBRDBROKENPOINT").bytes);
+    unsigned char* at = bytes.data();
+    _NQBRDBROKENPOINT point;
+    EXPECT_EQ(point.RestoreFromBuf(at), 8);
+    EXPECT_EQ(SavedRecord(point), bytes);
+
+    const Bytes format = ReadWireExample("tag_NQFileFormatEx").bytes;
+    tag_NQFileFormatEx restored;
+    std::uint32_t count = 0;
+    EXPECT_EQ(NQ_RestoreFileFormatData(format.data(), restored, &count), 1);
+    EXPECT_EQ(count, 64U);
+    EXPECT_EQ(restored.width, 1920U);
+    Bytes saved(static_cast<std::size_t>(NQ_GetFileFormatDataSize(restored)));
+    EXPECT_EQ(NQ_SaveFileFormatData(saved.data(), restored, nullptr), 1);
+    EXPECT_EQ(saved, format);
+    NQ_InitFileFormat(restored);
+    EXPECT_EQ(restored.width, 0U);
+}
+
+TEST(ExchangedRecords, DoNothingWithoutABufferOrAWholeImageOfKnownLength) {
+    const WireExample example = ReadWireExample("_BLCLIP");
+    _BLCLIP clip = ClipOfTheExample();
+    const auto expectRefused = [&](Bytes image) {
+        unsigned char* at = image.data();
+        EXPECT_EQ(clip.RestoreFromBuf(at, static_cast<std::int32_t>(image.size())), 0);
+        EXPECT_EQ(at, image.data());
+    };
+    for (std::size_t length = 0; length < example.bytes.size(); ++length) {
+        expectRefused({example.bytes.begin(), example.bytes.begin() + static_cast<long>(length)});
+    }
+    for (const std::size_t at : example.counts) {
+        Bytes image = example.bytes;
+        SetCount(image, at, 0xFFFFFFFFU);
+        expectRefused(image);
+    }
+    unsigned char* none = nullptr;
+    std::uint32_t count = 1;
+    tag_NQFileFormatEx format;
+    EXPECT_EQ(clip.SaveToBuf(none) + clip.RestoreFromBuf(none) + clip.RestoreFromBuf(none, 9), 0);
+    EXPECT_EQ(_NQBRDBROKENPOINT().SaveToBuf(none), 0);
+    EXPECT_EQ(_NQBRDBROKENPOINT().RestoreFromBuf(none), 0);
+    EXPECT_EQ(NQ_SaveFileFormatData(nullptr, format, &count), 0);
+    EXPECT_EQ(NQ_RestoreFileFormatData(nullptr, format, nullptr), 0);
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(SavedRecord(clip), example.bytes);
 }
 
 } // namespace

@@ -1,12 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "bridge/worker_proxy.h"
 #include "tests/bridge/worker_test.h"
 #include "tests/support/child_process.h"
 
 #include <atomic>
-#include <stdexcept>
 #include <sys/resource.h>
 #include <system_error>
 
@@ -15,7 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A host that hears of progress. Written to on the progress thread, read after its answer is seen.
+/// A host that is told of progress. Written to on the progress thread, read after its answer is seen.
 struct Host {
     std::vector<std::uint32_t> heard;
     std::int32_t flagBefore = -1;
@@ -47,6 +45,7 @@ protected:
     }
     ~ProgressTest() override { m_proxy.Close(); }
 
+    std::int32_t Register(void* host) { return m_proxy.SetImpCallBack(Host::Hear, host); }
     /// Tells of progress and gives back the answer.
     Bytes Tell(const Bytes& bytes) {
         const int before = m_answers;
@@ -54,8 +53,9 @@ protected:
         m_answers.wait(before);
         return m_channels.Sent("callback").back().second;
     }
-    Bytes Tell(std::uint32_t position, std::uint32_t total) {
-        return Tell(Image({position, total, 9, 0}));
+    Bytes Tell(std::uint32_t position) { return Tell(Image({position, 4000000000, 9, 0})); }
+    static Bytes Answer(std::uint32_t position, std::uint32_t abort) {
+        return Image({position, 4000000000, abort, 0});
     }
 
     std::uint32_t m_registration = 1;
@@ -64,37 +64,31 @@ protected:
     CTNQ264BitSupport m_proxy;
 };
 
-TEST_F(ProgressTest, TheHostHearsOfItAndItsWishTravelsBack) {
-    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
-    EXPECT_EQ(Tell(1, 4000000000), Image({1, 4000000000, 0, 0}));
+TEST_F(ProgressTest, TheHostIsToldAndItsWishTravelsBackUntilAnotherHostReplacesIt) {
+    EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, nullptr), 1);
+    m_registration = 5;
+    EXPECT_EQ(Register(&m_host), 1) << "no message while the thread runs";
+    EXPECT_EQ(Tell(1), Answer(1, 0));
     m_host.flagAfter = 1;
-    EXPECT_EQ(Tell(2, 4000000000), Image({2, 4000000000, 1, 0}));
+    EXPECT_EQ(Tell(2), Answer(2, 1));
     EXPECT_EQ(m_host.flagBefore, 0);
     m_host.flagAfter = 0;
-    EXPECT_EQ(Tell(3, 4000000000), Image({3, 4000000000, 0, 0}));
+    EXPECT_EQ(Tell(3), Answer(3, 0));
     EXPECT_EQ(m_host.flagBefore, 1) << "stays until the host takes it back";
-    EXPECT_THAT(m_host.heard, ElementsAre(1, 4000000000, 2, 4000000000, 3, 4000000000));
-}
-
-TEST_F(ProgressTest, RegisteringAgainReplacesTheHostWithoutAMessage) {
-    EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, nullptr), 1);
     Host second;
-    m_registration = 5;
-    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
-    Tell(1, 9);
-    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &second), 1);
-    Tell(2, 9);
-    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, nullptr), 1);
-    EXPECT_EQ(Tell(3, 9), Image({3, 9, 0, 0})) << "nobody is asked, the worker is answered";
+    EXPECT_EQ(Register(&second), 1);
+    Tell(4);
+    EXPECT_EQ(Register(nullptr), 1);
+    EXPECT_EQ(Tell(5), Answer(5, 0)) << "no host is asked, the worker is answered";
     EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, &second), 1);
-    Tell(4, 9);
-    EXPECT_THAT(m_host.heard, ElementsAre(1, 9));
-    EXPECT_THAT(second.heard, ElementsAre(2, 9));
+    Tell(6);
+    EXPECT_THAT(m_host.heard, ElementsAre(1, 4000000000, 2, 4000000000, 3, 4000000000));
+    EXPECT_THAT(second.heard, ElementsAre(4, 4000000000));
     EXPECT_EQ(m_channels.Calls("callback Send 20003").size(), 1U);
 }
 
 TEST_F(ProgressTest, OddMessagesAndAThrowingHostDoNotEndIt) {
-    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    EXPECT_EQ(Register(&m_host), 1);
     m_channels.Push("callback", 20003, Image({1}));
     m_channels.Push("callback", 20004, Bytes());
     EXPECT_EQ(Tell(Bytes(1, 7)), Image({0, 0, 0, 0}));
@@ -104,42 +98,48 @@ TEST_F(ProgressTest, OddMessagesAndAThrowingHostDoNotEndIt) {
                 ElementsAre("callback Release 4", "callback Release 4", "callback Release",
                             "callback Release 1", "callback Release 12"));
     m_host.meanwhile = [] { throw std::runtime_error("host"); };
-    EXPECT_EQ(Tell(1, 2), Image({1, 2, 1, 0}));
-    EXPECT_THAT(m_channels.Calls("callback Receive").back(), "callback Receive+abort");
+    EXPECT_EQ(Tell(1), Answer(1, 1));
 }
 
 TEST_F(ProgressTest, ClosingAsksForAbortWhateverTheHostSays) {
-    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
+    EXPECT_EQ(Register(&m_host), 1);
     std::thread closing;
     m_host.meanwhile = [&] {
         closing = std::thread([&] { m_proxy.Close(); });
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
     };
-    EXPECT_EQ(Tell(1, 2), Image({1, 2, 1, 0}));
+    EXPECT_EQ(Tell(1), Answer(1, 1));
     closing.join();
     EXPECT_EQ(m_channels.OpenChannels(), 0);
     EXPECT_EQ(m_proxy.Open(), 1);
     m_host.meanwhile = [] {};
-    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
-    EXPECT_EQ(Tell(2, 2), Image({2, 2, 0, 0})) << "begins at 0 again";
+    EXPECT_EQ(Register(&m_host), 1);
+    EXPECT_EQ(Tell(2), Answer(2, 0)) << "begins at 0 again";
 }
 
-TEST_F(ProgressTest, AnswersTheRegistrationsOwnResultAndFailsWithTheChannel) {
+TEST_F(ProgressTest, AThreadThatEndedWithItsChannelIsFollowedByANewOne) {
     m_registration = 7;
-    EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, nullptr), 7);
-    m_channels.Hang("callback");
-    std::int32_t answer = 1; // until the thread has noticed
-    for (int i = 0; i < 1000 && answer == 1; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        m_channels.Refuse("callback Send");
-        answer = m_proxy.SetImpCallBack(nullptr, nullptr);
+    EXPECT_EQ(Register(&m_host), 7) << "the reply's own result";
+    ASSERT_TRUE(m_channels.WaitFor("callback Receive+abort"));
+    m_channels.Refuse("callback Receive"); // -6: the thread ends
+    m_channels.Push("callback", 1, {});
+    while (m_channels.Calls("callback Release").size() < 3) { // registration, message, end
+        std::this_thread::yield();
     }
-    EXPECT_EQ(answer, -1) << "the thread ended with the channel, registering is tried anew";
+    m_channels.Refuse("callback Send");
+    while (Register(&m_host) == 1) { // until the thread has ended
+        std::this_thread::yield();
+    }
+    EXPECT_EQ(Register(&m_host), -1) << "registering is tried anew";
+    m_channels.Allow();
+    EXPECT_EQ(Register(&m_host), 7);
+    EXPECT_EQ(Tell(1), Answer(1, 0));
+    EXPECT_EQ(m_host.flagBefore, 0);
     EXPECT_EQ(m_proxy.Close(), 1);
-    EXPECT_EQ(m_proxy.SetImpCallBack(nullptr, nullptr), -1);
+    EXPECT_EQ(Register(&m_host), -1);
 }
 
-TEST_F(ProgressTest, WithoutAThreadToAnswerNobodyRegisters) {
+TEST_F(ProgressTest, WithoutAThreadToAnswerNothingIsRegistered) {
     EXPECT_EQ(test::RunInChild([&] {
                   constexpr rlimit kNone = {0, 0};
                   CTNQ264BitSupport proxy;
@@ -153,22 +153,6 @@ TEST_F(ProgressTest, WithoutAThreadToAnswerNobodyRegisters) {
                   return 2;
               }),
               0);
-}
-
-TEST_F(ProgressTest, AThreadThatEndedIsFollowedByANewOne) {
-    EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
-    ASSERT_TRUE(m_channels.WaitFor("callback Receive+abort"));
-    m_channels.Refuse("callback Receive"); // -6: the thread ends
-    m_channels.Push("callback", 1, {});
-    while (m_channels.Calls("callback Release").size() < 3) { // registration, message, end
-        std::this_thread::yield();
-    }
-    m_channels.Allow();
-    while (m_channels.Calls("callback Send 20003").size() < 2) {
-        EXPECT_EQ(m_proxy.SetImpCallBack(Host::Hear, &m_host), 1);
-    }
-    EXPECT_EQ(Tell(1, 1), Image({1, 1, 0, 0}));
-    EXPECT_EQ(m_host.flagBefore, 0);
 }
 
 } // namespace

@@ -168,17 +168,28 @@ inline std::int32_t NextId(const SysInterfaceTable& table, ChannelHandle channel
     return static_cast<std::int32_t>(received.id);
 }
 
+struct Granted {
+    std::int32_t status = 0;
+    void* buffer = nullptr;
+    std::int32_t capacity = 0;
+};
+
+inline Granted Grant(const SysInterfaceTable& table, ChannelHandle channel,
+                     std::int32_t* abortFlag = nullptr) {
+    Granted granted;
+    granted.status = table.GetSendBuffer(channel, &granted.buffer, &granted.capacity, abortFlag);
+    return granted;
+}
+
 /// The status of the first slot that fails, or 1.
 inline std::int32_t SendPattern(const SysInterfaceTable& table, ChannelHandle channel,
                                 std::uint32_t id, std::uint32_t length = 0) {
-    void* buffer = nullptr;
-    std::int32_t capacity = 0;
-    const std::int32_t status = table.GetSendBuffer(channel, &buffer, &capacity, nullptr);
-    if (status != kChannelDone) {
-        return status;
+    const Granted granted = Grant(table, channel);
+    if (granted.status != kChannelDone) {
+        return granted.status;
     }
-    FillPattern(buffer, length, id);
-    return table.SendPacket(channel, id, buffer, length);
+    FillPattern(granted.buffer, length, id);
+    return table.SendPacket(channel, id, granted.buffer, length);
 }
 
 /// Both ends of a channel in one process: the worker listens on a thread of its own.
@@ -189,10 +200,14 @@ protected:
         EXPECT_TRUE(UseWorker({.socket = m_folder.Socket()}));
     }
     ~ChannelTest() override {
-        Host().CloseChannel(&m_host);
-        WorkerEnd().CloseChannel(&m_worker);
+        Disconnect();
         StopListening();
         LeaveWorker();
+    }
+
+    void Disconnect() {
+        Host().CloseChannel(&m_host);
+        WorkerEnd().CloseChannel(&m_worker);
     }
 
     void Connect(std::uint32_t hostSends = 4096, std::uint32_t workerSends = 4096,

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-// The worker of the tests: sends back what it gets. With "--deaf" it never listens; with
-// "--lingers" it takes its time to end.
+// The worker of the tests: sends back what it gets. With "--deaf" it never listens.
 
 #include "tests/channel/echo_worker.h"
 
@@ -66,24 +65,14 @@ void Serve(ChannelHandle channel) {
         if (id == kForkAndEnd) {
             ForkAndEnd();
         }
-        if (id != kKeep) {
-            Echo(channel, id, bytes, length);
-            Table().ReleasePacket(channel, bytes, length);
-        }
+        Echo(channel, id, bytes, length);
+        Table().ReleasePacket(channel, bytes, length);
     }
     Table().CloseChannel(&channel);
     second.join();
 }
 
-void Linger(int) {
-    usleep(300000);
-    _exit(0);
-}
-
 int Main(int argc, char** argv) {
-    if (argc > 1 && std::string(argv[1]) == "--lingers") {
-        std::signal(SIGTERM, Linger);
-    }
     if (argc > 1 && std::string(argv[1]) == "--deaf") {
         pause();
     }

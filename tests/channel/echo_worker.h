@@ -13,7 +13,6 @@ inline constexpr std::uint32_t kBusyChannel = 20023; ///< sub-channel on which i
 
 enum EchoMessage : std::uint32_t {
     kEcho = 1,   ///< sent back
-    kKeep,       ///< neither answered nor released
     kForkAndEnd, ///< ends, while a child of its own holds every descriptor for a while
 };
 

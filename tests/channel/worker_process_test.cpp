@@ -148,24 +148,15 @@ TEST_F(WorkerProcessTest, AWorkerWhoseHostEndsBeforeItListensDoesNotStay) {
 }
 
 TEST_F(WorkerProcessTest, AWorkerStaysForAHostThatCameLater) {
-    int hold[2] = {-1, -1};
-    ASSERT_EQ(pipe2(hold, O_CLOEXEC), 0);
     const pid_t first = fork();
     if (first == 0) {
-        close(hold[1]);
-        const bool isStarted =
-            static_cast<bool>(UseWorker({.program = kProgram, .socket = m_folder.Socket()}));
-        char word = 0;
-        _exit(isStarted && read(hold[0], &word, 1) == 1 ? 7 : 1);
+        Start();
+        pause();
     }
     EXPECT_TRUE(
         Eventually([&] { return static_cast<bool>(UseWorker({.socket = m_folder.Socket()})); }));
-    EXPECT_EQ(write(hold[1], "x", 1), 1);
-    int status = 0;
-    waitpid(first, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 7);
-    close(hold[0]);
-    close(hold[1]);
+    kill(first, SIGKILL);
+    waitpid(first, nullptr, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     ChannelHandle channel = Open();
     EXPECT_EQ(Ask(channel, 10), kChannelDone);
@@ -352,23 +343,25 @@ TEST_F(WorkerProcessTest, AWorkerThatCannotDieIsGivenUpAndHoldsUpNobody) {
     EXPECT_TRUE(IsBackTo(before));
 }
 
-/// The set-up of worker and channels with a limit on the process, or a call of it failing: 0 when
-/// nothing hangs, crashes or is left behind, whatever came of it.
+/// The set-up of worker and channels in a process of its own, with a limit on that or a call of it
+/// failing: 0 when nothing hangs, crashes or is left behind, whatever came of it.
 int SetUpWith(const std::function<void()>& limit, const std::function<void()>& unlimit) {
-    alarm(30);
-    static_cast<void>(Settled());
-    const Holdings before = Settled();
-    limit();
-    const bool isUsed = static_cast<bool>(UseWorker({.program = kProgram}));
-    ChannelHandle channel = WorkerProcessTest::Open(45360000, 3000);
-    ChannelHandle sub = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 3000);
-    const std::int32_t answer = channel != 0 ? WorkerProcessTest::Ask(channel, 100) : 0;
-    unlimit();
-    Host().CloseChannel(&sub);
-    Host().CloseChannel(&channel);
-    LeaveWorker();
-    const bool isSound = answer <= kChannelDone && (isUsed || channel == 0);
-    return isSound && IsBackTo(before) && Worker() == 0 ? 0 : 1;
+    return RunInChild([&] {
+        alarm(30);
+        static_cast<void>(Settled());
+        const Holdings before = Settled();
+        limit();
+        const bool isUsed = static_cast<bool>(UseWorker({.program = kProgram}));
+        ChannelHandle channel = WorkerProcessTest::Open(45360000, 3000);
+        ChannelHandle sub = Host().OpenSubChannel(channel, kBusyChannel, 64, 64, 0, 3000);
+        const std::int32_t answer = channel != 0 ? WorkerProcessTest::Ask(channel, 100) : 0;
+        unlimit();
+        Host().CloseChannel(&sub);
+        Host().CloseChannel(&channel);
+        LeaveWorker();
+        const bool isSound = answer <= kChannelDone && (isUsed || channel == 0);
+        return isSound && IsBackTo(before) && Worker() == 0 ? 0 : 1;
+    });
 }
 
 void Limit(__rlimit_resource resource, rlim_t limit) {
@@ -382,19 +375,15 @@ TEST_F(WorkerProcessTest, ASetUpThatFailsAnywhereHangsNowhereAndLeavesNothing) {
 #ifndef NQP2_MEMORY_IS_INSTRUMENTED // a sanitizer opens a pipe to look at memory
     const std::size_t open = HeldBy().descriptors;
     for (std::size_t more = 0; more < 16; ++more) {
-        EXPECT_EQ(RunInChild([&] {
-                      return SetUpWith([&] { Limit(RLIMIT_NOFILE, open + more); },
-                                       [] { Limit(RLIMIT_NOFILE, 1024); });
-                  }),
+        EXPECT_EQ(SetUpWith([&] { Limit(RLIMIT_NOFILE, open + more); },
+                            [] { Limit(RLIMIT_NOFILE, 1024); }),
                   0)
             << more << " more descriptors";
     }
 #endif
     for (const rlim_t size : {rlim_t{1}, rlim_t{16384}, rlim_t{1000000}}) {
-        EXPECT_EQ(RunInChild([&] {
-                      return SetUpWith([&] { Limit(RLIMIT_FSIZE, size); },
-                                       [] { Limit(RLIMIT_FSIZE, RLIM_INFINITY); });
-                  }),
+        EXPECT_EQ(SetUpWith([&] { Limit(RLIMIT_FSIZE, size); },
+                            [] { Limit(RLIMIT_FSIZE, RLIM_INFINITY); }),
                   0)
             << "files of " << size << " bytes";
     }
@@ -411,10 +400,7 @@ TEST_F(WorkerProcessTest, ASetUpThatFailsAnywhereHangsNowhereAndLeavesNothing) {
         {"eventfd2", SYS_eventfd2, EMFILE},     {"getsockopt", SYS_getsockopt, ENOBUFS},
         {"sendto", SYS_sendto, ENOBUFS}};
     for (const Failure& failure : kFailures) {
-        EXPECT_EQ(RunInChild([&] {
-                      return SetUpWith([&] { FailCall(failure.call, failure.error); }, [] {});
-                  }),
-                  0)
+        EXPECT_EQ(SetUpWith([&] { FailCall(failure.call, failure.error); }, [] {}), 0)
             << failure.name;
     }
 }
@@ -431,17 +417,11 @@ TEST_F(WorkerProcessTest, TheHostsOtherChildrenStayItsOwn) {
     EXPECT_EQ(waitpid(other, &status, 0), other);
     EXPECT_EQ(WEXITSTATUS(status), 9);
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "none is left";
-    // A host that waits for every child by itself.
-    Start();
-    kill(Worker(), SIGKILL);
-    waitpid(-1, nullptr, 0);
-    LeaveWorker();
 }
 
 TEST_F(WorkerProcessTest, SignalsOfTheHostCutNoWaitShort) {
     const SignalStorm storm;
-    ASSERT_TRUE(
-        UseWorker({.program = kProgram, .arguments = {"--lingers"}, .socket = m_folder.Socket()}));
+    Start();
     for (int i = 0; i < 1500; ++i) {
         ChannelHandle channel = Open(64, i % 100 == 0 ? 30 : kForEver);
         ASSERT_EQ(Ask(channel, 3), kChannelDone) << i;
@@ -450,7 +430,6 @@ TEST_F(WorkerProcessTest, SignalsOfTheHostCutNoWaitShort) {
         }
         Host().CloseChannel(&channel);
     }
-    EXPECT_GE(TimeOf([] { LeaveWorker(); }), 250) << "it was not left the time to end";
 }
 
 TEST_F(WorkerProcessTest, AChildThatHoldsTheSocketDoesNotHideTheEnd) {
@@ -459,30 +438,6 @@ TEST_F(WorkerProcessTest, AChildThatHoldsTheSocketDoesNotHideTheEnd) {
     SendPattern(Host(), channel, kForkAndEnd);
     EXPECT_LT(TimeOf([&] { EXPECT_EQ(Receive(Host(), channel).status, kChannelClosed); }), kSlack);
     Host().CloseChannel(&channel);
-}
-
-TEST_F(WorkerProcessTest, AStoppedWorkerIsWaitedForAndNotTakenForDead) {
-    Start();
-    ChannelHandle channel = Open(100000, 40);
-    ASSERT_EQ(SendPattern(Host(), channel, kKeep), kChannelDone);
-    EXPECT_EQ(SendPattern(Host(), channel, kEcho), kChannelTimedOut) << "the slot is kept";
-    ChannelHandle second = Open(100000, 40);
-    const pid_t worker = Worker();
-    kill(worker, SIGSTOP);
-    ASSERT_EQ(waitpid(worker, nullptr, WUNTRACED), worker); // until all its threads stand still
-    ASSERT_EQ(SendPattern(Host(), second, kEcho, 5), kChannelDone);
-    EXPECT_LT(TimeOf([&] { EXPECT_EQ(Receive(Host(), second).status, kChannelTimedOut); }),
-              40 + kSlack);
-    std::int32_t abortFlag = 1;
-    EXPECT_EQ(Receive(Host(), second, &abortFlag).status, kChannelAborted);
-    kill(worker, SIGCONT);
-    EXPECT_TRUE(Eventually([&] { return Receive(Host(), second).length == 5; }));
-    kill(worker, SIGSTOP);
-    kill(worker, SIGKILL);
-    EXPECT_TRUE(Eventually([&] { return Receive(Host(), second).status == kChannelClosed; }));
-    for (ChannelHandle handle : {channel, second}) {
-        Host().CloseChannel(&handle);
-    }
 }
 
 /// Asks large questions on one channel and listens on another until the worker is gone.
@@ -528,30 +483,6 @@ TEST_F(WorkerProcessTest, AKilledWorkerEndsInMinusSixAndLeavesNothing) {
     LeaveWorker();
     EXPECT_TRUE(IsBackTo(before));
     EXPECT_EQ(CountEntries(m_folder.Path()), 0U);
-}
-
-TEST_F(WorkerProcessTest, AWorkerSurvivesKilledHosts) {
-    Start();
-    ChannelHandle channel = Open();
-    ASSERT_EQ(Ask(channel, 1), kChannelDone);
-    const std::string worker = std::to_string(Worker());
-    const Holdings before = HeldBy(worker);
-    std::mt19937 random(42);
-    for (int i = 0; i < 15; ++i) {
-        const pid_t host = fork();
-        if (host == 0) {
-            const ChannelHandle own = Open(kRequestSize);
-            while (Ask(own, i % 2 != 0 ? 2000000 : 10) == kChannelDone) {
-            }
-            _exit(1);
-        }
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 40000));
-        kill(host, SIGKILL);
-        waitpid(host, nullptr, 0);
-    }
-    EXPECT_EQ(Ask(channel, 1), kChannelDone);
-    EXPECT_TRUE(IsBackTo(before, 0, worker));
-    Host().CloseChannel(&channel);
 }
 
 } // namespace

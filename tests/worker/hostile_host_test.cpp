@@ -3,7 +3,6 @@
 
 // A host that speaks to a running worker by itself and says what no library would.
 
-#include "bridge/message_ids.h"
 #include "bridge/messages.h"
 #include "tests/channel/channel_test.h"
 #include "tests/support/child_process.h"

@@ -4,7 +4,7 @@
 // The worker, and the library's process, killed at the system calls of a request; and calls of the
 // worker that fail. NQP2_KILLS=1000 takes every call of every request; a few of each are the default.
 
-#include "channel/process_descriptor.h"
+#include "channel/peer.h"
 #include "NQP2ParserU/Channel.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/R8P2SysInterface.h"

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "NQP2ParserU/ClipListRecords.h"
-
 #include "bridge/record_layouts.h"
+#include "NQP2ParserU/ClipListRecords.h"
+#include "NQP2ParserU/R8P2TransInfo.h"
 #include "platform/guard.h"
 
 #include <limits>
@@ -11,6 +11,7 @@
 
 namespace {
 
+using nqp2::bridge::LeastImage;
 using nqp2::bridge::SizeCounter;
 using nqp2::bridge::WireReader;
 using nqp2::bridge::WireWriter;
@@ -57,6 +58,18 @@ std::int32_t RestoreAndAdvance(unsigned char*& buffer, std::uint64_t length, Rec
     });
 }
 
+/// Stores the byte count where the caller asks for it; the result of the call.
+std::int32_t Told(std::uint64_t bytes, std::uint32_t* count) {
+    if (count != nullptr) {
+        *count = static_cast<std::uint32_t>(bytes);
+    }
+    return bytes > 0 ? 1 : 0;
+}
+
+std::uint64_t FormatSize() {
+    return LeastImage<tag_NQFileFormatEx>();
+}
+
 } // namespace
 
 std::int32_t _BLCLIP::GetSize() const {
@@ -86,4 +99,30 @@ std::int32_t _NQBRDBROKENPOINT::SaveToBuf(unsigned char*& buffer) const {
 
 std::int32_t _NQBRDBROKENPOINT::RestoreFromBuf(unsigned char*& buffer) {
     return RestoreAndAdvance(buffer, kNoEnd, *this);
+}
+
+void NQ_InitFileFormat(tag_NQFileFormatEx& format) noexcept {
+    format = {};
+}
+
+std::int32_t NQ_GetFileFormatDataSize(const tag_NQFileFormatEx& /*format*/) noexcept {
+    return static_cast<std::int32_t>(FormatSize());
+}
+
+std::int32_t NQ_SaveFileFormatData(unsigned char* target, const tag_NQFileFormatEx& format,
+                                   std::uint32_t* count) noexcept {
+    WireWriter writer(target, target != nullptr ? FormatSize() : 0);
+    writer(format);
+    return Told(writer.Written(), count);
+}
+
+std::int32_t NQ_RestoreFileFormatData(const unsigned char* source, tag_NQFileFormatEx& format,
+                                      std::uint32_t* count) noexcept {
+    if (source == nullptr) {
+        return Told(0, count);
+    }
+    // Only reading a text writes to the source, and a format has none.
+    WireReader reader(const_cast<unsigned char*>(source), FormatSize());
+    reader(format);
+    return Told(reader.Read(), count);
 }

@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+// What a channel's end reads from its socket.
+
+#include "channel/channel_end.h"
+#include "platform/wait.h"
+
+#include <sys/socket.h>
+#include <thread>
+
+namespace nqp2::channel {
+namespace {
+
+constexpr std::size_t kMaxOffers = 64;
+/// How long after a packet the next one is watched for before a thread falls asleep: what a short
+/// answer takes, or reading a video frame. Falling asleep and waking up would cost as much again.
+constexpr std::chrono::microseconds kAlert(100);
+
+/// Who watches while the peer could run on this very processor delays what it watches for.
+bool HasProcessorsToSpare() {
+    static const bool hasSeveral = std::thread::hardware_concurrency() > 1;
+    return hasSeveral;
+}
+
+} // namespace
+
+bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
+    if (m_isPolling) {
+        if (milliseconds < 0) {
+            m_changed.wait(lock);
+        } else {
+            m_changed.wait_for(lock, std::chrono::milliseconds(milliseconds));
+        }
+        return true;
+    }
+    m_isPolling = true;
+    const Clock::time_point alertUntil = m_alertUntil;
+    lock.unlock();
+    pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0}, {m_link.peer->Watch(), POLLIN, 0}};
+    bool hasNews = false;
+    while (!hasNews && Clock::now() < alertUntil) {
+        hasNews = platform::Wait(watched, 0) != 0;
+    }
+    if (!hasNews) {
+        hasNews = platform::Wait(watched, milliseconds) != 0;
+    }
+    lock.lock();
+    m_isPolling = false;
+    m_hasPeerEnded = m_hasPeerEnded || watched[1].revents != 0;
+    m_changed.notify_all();
+    return hasNews;
+}
+
+void ChannelEnd::StayAlert() {
+    if (HasProcessorsToSpare()) {
+        m_alertUntil = Clock::now() + kAlert;
+    }
+}
+
+bool ChannelEnd::ReadOne() {
+    if (m_isDead) {
+        return false;
+    }
+    ReceivedPacket received;
+    const Traffic traffic = ReceivePacketFrom(m_link.socket.Get(), received);
+    if (traffic == Traffic::Nothing && !m_hasPeerEnded) {
+        return false;
+    }
+    if (traffic == Traffic::Lost) {
+        return true; // a sub-channel for which there is no room: its other end finds it closed
+    }
+    if (traffic != Traffic::Done || !Process(received)) {
+        EndTraffic();
+        return false;
+    }
+    return true;
+}
+
+bool ChannelEnd::Process(ReceivedPacket& received) {
+    switch (received.packet.kind) {
+    case PacketKind::Data:
+        return ProcessData(received.packet);
+    case PacketKind::Release:
+        return ProcessRelease(received.packet);
+    case PacketKind::Offer:
+        return ProcessOffer(received);
+    case PacketKind::Hello:
+    case PacketKind::Acknowledge:
+        break;
+    }
+    return false;
+}
+
+bool ChannelEnd::ProcessData(const Packet& packet) {
+    if (packet.slot >= m_link.receive.SlotCount() || (m_arrived & BitOf(packet.slot)) != 0 ||
+        packet.length > m_link.receive.MessageSize()) {
+        return false;
+    }
+    m_arrived |= BitOf(packet.slot);
+    m_messages.push_back({packet.id, packet.slot, packet.length});
+    return true;
+}
+
+bool ChannelEnd::ProcessRelease(const Packet& packet) {
+    if (packet.slot >= m_link.send.SlotCount() || (m_sent & BitOf(packet.slot)) == 0) {
+        return false;
+    }
+    m_sent &= ~BitOf(packet.slot);
+    m_free |= BitOf(packet.slot);
+    return true;
+}
+
+bool ChannelEnd::ProcessOffer(ReceivedPacket& received) {
+    if (m_role != Role::Takes || !IsPacketSocket(received.descriptors[0].Get())) {
+        return false;
+    }
+    if (m_offers.size() == kMaxOffers || HasTooManyChannels(m_link.peer)) {
+        return true; // refused: the peer finds the sub-channel closed
+    }
+    auto link = AcceptLink(received, std::move(received.descriptors[0]), m_link.peer);
+    if (link) {
+        m_offers.push_back({received.packet.id, std::move(*link)});
+    }
+    return link.has_value();
+}
+
+/// Memory stays until the handle is closed: messages that arrived are still given.
+void ChannelEnd::EndTraffic() {
+    m_isDead = true;
+    shutdown(m_link.socket.Get(), SHUT_RDWR);
+    m_changed.notify_all();
+}
+
+} // namespace nqp2::channel
