@@ -4,11 +4,12 @@
 #include "NQP2ParserU/NodeHandle.h"
 
 #include "platform/guard.h"
+#include "platform/unicode.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
 #include "xml/dom/names.h"
 #include "xml/dom/select.h"
 #include "xml/dom/serialize.h"
-#include "xml/query_text.h"
 
 #include <string>
 #include <utility>

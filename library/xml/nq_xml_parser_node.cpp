@@ -5,8 +5,8 @@
 
 #include "platform/guard.h"
 #include "platform/unicode.h"
+#include "xml/document_queries.h"
 #include "xml/dom/node_list.h"
-#include "xml/query_text.h"
 
 #include <memory>
 #include <utility>

@@ -5,6 +5,7 @@
 
 #include "xml/dom/node.h"
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,7 @@ class PathSet {
 public:
     explicit PathSet(std::span<const std::string_view> paths);
 
+    [[nodiscard]] std::size_t Size() const { return m_paths.size(); }
     /// Fills `found`, one slot a path, with the nodes or null.
     void Find(const Node& below, std::span<Node*> found) const;
     /// The same below every node that `base` selects from a document, as if each path were asked
