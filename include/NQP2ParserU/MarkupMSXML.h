@@ -246,7 +246,7 @@ private:
                               const wchar_t* name) const;
     int x_AddElem(x_Level level, x_Place place, const wchar_t* name, const wchar_t* value) noexcept;
     int x_AddSubDoc(x_Level level, x_Place place, const wchar_t* xml) noexcept;
-    int x_PlaceNode(x_Level level, x_Place place, nqp2::dom::Node& node);
+    int x_PlaceNode(x_Level level, x_Place place, IXMLDOMNodePtr node);
     int x_AddNode(x_Place place, int kind, const wchar_t* text) noexcept;
     int x_SetAttrib(const IXMLDOMNodePtr& element, const wchar_t* name,
                     const wchar_t* value) noexcept;

@@ -12,7 +12,7 @@
 #include "platform/unicode.h"
 #include "xml/document_queries.h"
 #include "xml/dom/document.h"
-#include "xml/dom/path_set.h"
+#include "xml/dom/path_walk.h"
 
 #include <algorithm>
 #include <array>

@@ -15,7 +15,7 @@ using nqp2::bridge::ZeroWhenDone;
 
 using Proxy = CTNQ264BitSupport;
 
-void CNQP2Parser::SetImpCallBack(ImpCallBack callback, void* context) {
+void CNQP2Parser::SetImpCallBack(nqp2::ImpCallBack callback, void* context) {
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.SetImpCallBack(callback, context); });
 }
 

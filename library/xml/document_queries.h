@@ -7,7 +7,7 @@
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/DomPointers.h"
 #include "xml/dom/document.h"
-#include "xml/dom/path_set.h"
+#include "xml/dom/path_walk.h"
 
 #include <cstddef>
 #include <limits>

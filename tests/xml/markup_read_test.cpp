@@ -8,7 +8,6 @@
 #include "tests/support/print_text.h"
 #include "tests/support/temp_folder.h"
 #include "tests/xml/captured_texts.h"
-#include "xml/document_creation.h"
 #include "xml/dom/document.h"
 
 #include <gtest/gtest.h>
@@ -80,36 +79,6 @@ TEST(MarkupLoad, CopiesShareTheDocument) {
     EXPECT_EQ(reader.GetNodeText(L"a", kIgnore), L"3");
     EXPECT_EQ(reader.SetDoc(L""), 1) << "takes a document of its own";
     EXPECT_EQ(assigned.GetNodeText(L"a", kIgnore), L"3");
-}
-
-class WithoutDocument : public testing::TestWithParam<HRESULT> {
-protected:
-    CapturedTexts m_debug{nqp2::SetDebugOutput};
-    CapturedTexts m_boxes{nqp2::SetMessageBoxSink};
-    nqp2::xml::ScopedDocumentCreator m_creator{[](IXMLDOMDocumentPtr&) { return GetParam(); }};
-};
-
-INSTANTIATE_TEST_SUITE_P(Failures, WithoutDocument,
-                         testing::Values(REGDB_E_CLASSNOTREG, E_OUTOFMEMORY, E_FAIL));
-
-TEST_P(WithoutDocument, OneMessageForEachAttemptAndEmptyAnswers) {
-    const std::vector<CString> message = {GetParam() == REGDB_E_CLASSNOTREG
-                                              ? L"MSXML not registered"
-                                              : L"Unable to create MSXML instance"};
-    CMarkupMSXML reader(L"<a/>");
-    EXPECT_EQ(m_boxes.Take(), message);
-    EXPECT_EQ(reader.SetDoc(nullptr), 0);
-    EXPECT_EQ(m_boxes.Take(), message);
-    EXPECT_EQ(reader.SetDoc(L"<a/>"), 0);
-    EXPECT_EQ(reader.Load(L"x.xml"), 0);
-    EXPECT_EQ(reader.Save(L"x.xml"), 0);
-    EXPECT_TRUE(reader.GetNodeText(L"a", 0).IsEmpty());
-    EXPECT_TRUE(reader.GetNodeAttribute(L"a", L"x").IsEmpty());
-    EXPECT_EQ(reader.GetNode(L"a").IsEmpty(), 1);
-    EXPECT_EQ(reader.GetNodeList(L"a").IsEmpty(), 1);
-    EXPECT_EQ(reader.FindParamNode(L"a[", L"x").IsEmpty(), 1);
-    EXPECT_EQ(m_boxes.Take(), std::vector<CString>());
-    EXPECT_EQ(m_debug.Take(), std::vector<CString>());
 }
 
 class QueryReader : public CMarkupMSXML {

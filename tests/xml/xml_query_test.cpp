@@ -15,6 +15,7 @@
 #include <type_traits>
 #include <vector>
 
+using nqp2::NodeHandle;
 using nqp2::test::CapturedTexts;
 
 namespace {

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "xml/dom/pattern_cost.h"
+#include "xml/dom/schema_cost.h"
 
-#include "xml/dom/libxml_text.h"
+#include "xml/dom/libxml.h"
 
 #include <libxml/xmlregexp.h>
 

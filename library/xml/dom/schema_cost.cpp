@@ -3,7 +3,7 @@
 
 #include "xml/dom/schema_cost.h"
 
-#include "xml/dom/libxml_text.h"
+#include "xml/dom/libxml.h"
 
 #include <algorithm>
 #include <cstdint>

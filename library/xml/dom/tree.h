@@ -5,8 +5,8 @@
 
 #include "xml/dom/arena.h"
 #include "xml/dom/node.h"
-#include "xml/dom/path_walk.h"
-#include "xml/dom/selection_rule.h"
+#include "xml/dom/query_cache.h"
+#include "xml/dom/select.h"
 
 #include <array>
 #include <cstdint>
@@ -14,8 +14,6 @@
 #include <string_view>
 
 namespace nqp2::dom {
-
-class XPathView;
 
 /// The nodes of one document: makes them, links them, changes them. Owned through shared
 /// pointers; pointers to its nodes share that ownership, so a tree lives as long as any of them.
@@ -80,10 +78,7 @@ public:
     [[nodiscard]] const SelectionRule& Rule() const { return *m_rule; }
     void SetRule(std::shared_ptr<const SelectionRule> rule) noexcept;
 
-    AnchorCache& Anchors() { return m_anchors; }
-    /// The form of the tree that general XPath expressions are evaluated on; made when it is first
-    /// asked for, see xml/dom/xpath.h.
-    std::unique_ptr<XPathView>& View() { return m_view; }
+    QueryCache& Queries() { return m_queries; }
 
 private:
     Node& Create(NodeType type, const NodeName& name = kNoName);
@@ -103,10 +98,11 @@ private:
     Arena m_texts;
     Node m_document;
     std::uint64_t m_version = 0;
+    /// What a change leaves behind is looked for when the tree has grown by this and to twice its size.
+    static constexpr std::size_t kTidyStep = std::size_t{256} * 1024;
     std::size_t m_tidyAt = 0; ///< bytes in use
     std::shared_ptr<const SelectionRule> m_rule;
-    AnchorCache m_anchors;
-    std::unique_ptr<XPathView> m_view;
+    QueryCache m_queries;
 
     /// Names that were met of late: a document repeats few of them many times.
     static constexpr std::size_t kKnownNames = 64;

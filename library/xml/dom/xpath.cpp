@@ -4,8 +4,7 @@
 #include "xml/dom/xpath.h"
 
 #include "NQP2ParserU/ComError.h"
-#include "xml/dom/libxml_text.h"
-#include "xml/dom/quiet_libxml.h"
+#include "xml/dom/libxml.h"
 #include "xml/dom/tree.h"
 
 #include <libxml/dict.h>

@@ -3,10 +3,8 @@
 
 #include "NQP2ParserU/ComError.h"
 #include "tests/xml/dom/loaded_document.h"
-#include "xml/dom/path_set.h"
 #include "xml/dom/path_walk.h"
 #include "xml/dom/select.h"
-#include "xml/dom/selection_rule.h"
 #include "xml/dom/xpath.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/xml/dom/loaded_document.h"
-#include "xml/dom/names.h"
+#include "xml/dom/node.h"
 #include "xml/dom/serialize.h"
 #include "xml/dom/tree.h"
 
