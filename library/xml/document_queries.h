@@ -15,8 +15,8 @@
 #include <string_view>
 #include <vector>
 
-/// Questions that the document classes and the readers of metadata ask in the same way, on the border
-/// between the interface's wide text and the tree's UTF-8. A null document answers nothing.
+/// Questions that the document classes and the readers of metadata ask in the same way, between the
+/// interface's wide text and the tree's UTF-8. A null document answers nothing.
 namespace nqp2::xml {
 
 std::string PathOf(const _bstr_t& xpath);
@@ -64,9 +64,9 @@ private:
     std::size_t m_most = kNotCounted;
 };
 
-/// The values of one document behind a fixed set of paths below one base path, gathered in a single
-/// pass. Each is the first node, in document order, that base and path select: just what asking path
-/// by path would give.
+/// The values of one document behind a fixed set of paths below one base path, gathered in one
+/// pass. Each is the first node, in document order, that base and path select: just what asking
+/// path by path would give.
 class DocumentValues {
 public:
     /// `document` must stay unchanged, and with `budget` outlive this object.
@@ -77,8 +77,8 @@ public:
     [[nodiscard]] bool HasBase() const { return !m_bases.empty(); }
     /// The node behind the path of that index in the set, or null.
     [[nodiscard]] dom::Node* Find(std::size_t path) const { return m_nodes[path]; }
-    /// The text of such a node in UTF-8, spent from the budget; "" for null. `scratch` may come to hold
-    /// it, see dom::Text.
+    /// The text of such a node in UTF-8, spent from the budget; "" for null. `scratch` may come to
+    /// hold it, see dom::Text.
     std::string_view Text(const dom::Node* node, std::string& scratch) const;
     /// Every node that a path below the base selects, in document order.
     [[nodiscard]] std::vector<dom::Node*> All(std::string_view below) const;

@@ -22,7 +22,7 @@ namespace {
 
 constexpr const char* kDeclaration = R"(version="1.0" encoding="UTF-8" standalone="no")";
 
-/// Nothing may stand before the XML declaration: the place behind it then.
+/// Nothing may come before the XML declaration: the place behind it then.
 Node* PastDeclaration(Node* before) {
     const bool declaration = before != nullptr && before->type == NodeType::ProcessingInstruction &&
                              before->Name() == "xml";

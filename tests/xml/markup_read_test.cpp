@@ -63,18 +63,6 @@ TEST(MarkupLoad, ErrorStaysUntilTheNextFailure) {
     EXPECT_FALSE(reader.GetError().IsEmpty());
 }
 
-TEST(MarkupLoad, CopiesShareTheDocument) {
-    CMarkupMSXML reader(L"<a>");
-    CMarkupMSXML copy(reader);
-    CMarkupMSXML assigned;
-    assigned = reader;
-    EXPECT_EQ(copy.GetError(), reader.GetError());
-    EXPECT_EQ(copy.SetDoc(L"<a>3</a>"), 1);
-    EXPECT_EQ(reader.GetNodeText(L"a", kIgnore), L"3");
-    EXPECT_EQ(reader.SetDoc(L""), 1) << "takes a document of its own";
-    EXPECT_EQ(assigned.GetNodeText(L"a", kIgnore), L"3");
-}
-
 class QueryReader : public CMarkupMSXML {
 public:
     using CMarkupMSXML::CMarkupMSXML;
@@ -261,16 +249,15 @@ TEST_F(MarkupCursor, AttributesByExactQualifiedName) {
     EXPECT_EQ(m_markup.GetAttrib(L"k"), L"") << "no position";
     ASSERT_EQ(m_markup.FindChildElem(), 1);
     const std::pair<const wchar_t*, const wchar_t*> table[] = {
-        {L"k", L"2"}, {L"p:k", L"1"}, {L"xmlns", L"u"}, {L"xmlns:p", L"v"},
-        {L"p", L""},  {nullptr, L""}, {L"", L""},       {L"K", L""}};
-    for (const auto& [name, value] : table) {
-        EXPECT_EQ(m_markup.GetAttrib(name), value) << CString(name);
+        {L"xmlns", L"u"}, {L"xmlns:p", L"v"}, {L"p:k", L"1"}, {L"k", L"2"}};
+    for (int i = 0; i < static_cast<int>(std::size(table)); ++i) {
+        EXPECT_EQ(m_markup.GetAttrib(table[i].first), table[i].second) << i;
+        EXPECT_EQ(m_markup.GetAttribName(i), table[i].first) << i;
     }
+    EXPECT_EQ(m_markup.GetAttrib(L"p") + m_markup.GetAttrib(nullptr) + m_markup.GetAttrib(L"K"),
+              L"");
+    EXPECT_EQ(m_markup.GetAttribName(-1) + m_markup.GetAttribName(4), L"");
     EXPECT_EQ(m_markup.GetChildAttrib(L"k"), L"3");
-    const wchar_t* const names[] = {L"", L"xmlns", L"xmlns:p", L"p:k", L"k", L""};
-    for (int i = -1; i < static_cast<int>(std::size(names)) - 1; ++i) {
-        EXPECT_EQ(m_markup.GetAttribName(i), names[i + 1]) << i;
-    }
 }
 
 TEST_F(MarkupCursor, MainPositionCanBeHandedOver) {

@@ -130,18 +130,4 @@ TEST(MarkupSave, EditingWithoutEndTakesTheMemoryOfWhatIsAlive) {
     EXPECT_EQ(CMarkupMSXML(markup.GetDoc()).GetNodeText(L"r/a", 0), text + L"2999");
 }
 
-TEST(MarkupSave, HandlesTakeNoTextThatXmlCannotHold) {
-    Saved saved;
-    ASSERT_EQ(saved.AddParam(L"N", L"v"), 1);
-    ASSERT_EQ(saved.AddXmlFragment(L"<c><!--a--></c>"), 1);
-    for (const wchar_t* text : {L"\x01", L"\xffff", L"a\x0b"}) {
-        EXPECT_EQ(saved.GetNode(L"//NAME").SetNodeText(text), 0);
-        EXPECT_EQ(saved.GetNode(L"//PARAM").SetParamVal(text), 0);
-    }
-    EXPECT_EQ(saved.GetNode(L"//comment()").SetNodeText(L"a--b"), 0);
-    EXPECT_EQ(saved.GetNode(L"//comment()").SetNodeText(L"a-b\t"), 1);
-    EXPECT_EQ(saved.GetNodeText(L"//PARAM", 1), L"Nv");
-    EXPECT_EQ(saved.State(), "new");
-}
-
 } // namespace

@@ -54,7 +54,7 @@ private:
 
 /// A document object: one tree at a time, replaced by each load, with the error of the last load
 /// and the rule by which paths name its nodes. Nodes of a replaced tree stay usable as long as
-/// somebody holds one. One thread at a time.
+/// one of them is held. One thread at a time.
 class Document {
 public:
     explicit Document(SelectionRule::Names names);

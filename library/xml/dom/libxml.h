@@ -42,8 +42,8 @@ inline std::string Attribute(const xmlNode& node, const char* name) {
     return text;
 }
 
-/// Visits an element and all below it in document order, with its depth, until `visit` returns false;
-/// returns whether it never did. No recursion, so that no document is too deep for any stack.
+/// Visits an element and all below it in document order, with its depth, until `visit` returns
+/// false; returns whether it never did. No recursion, so that no document is too deep.
 template <class Visit>
 bool EveryElement(const xmlNode& top, Visit visit) {
     int depth = 0;
@@ -87,8 +87,8 @@ public:
     QuietLibxml(const QuietLibxml&) = delete;
     QuietLibxml& operator=(const QuietLibxml&) = delete;
 
-    /// Evaluating paths and validating are no places to run out of memory: libxml2 uses some of what it
-    /// asks for unseen. So a stock of small blocks is made and given back first, for it to take from.
+    /// Evaluating paths and validating are no places to run out of memory: libxml2 does not check
+    /// all that it asks for. So a stock of small blocks is made and given back first, for its use.
     /// Throws std::bad_alloc.
     static void RequireStock() {
         constexpr std::size_t kBlock = 512;

@@ -39,9 +39,9 @@ struct NodeName {
 };
 inline constexpr NodeName kNoName;
 
-/// One node of a tree, which makes, links and changes it. A node that was taken out of the tree stays
-/// valid as long as anybody holds it or one above or below it; see Tree::Share. All text is UTF-8.
-/// Namespace declarations stand among an element's attributes under their own names ("xmlns",
+/// One node of a tree, which makes, links and changes it. A node that was taken out of it stays
+/// valid as long as it or one above or below it is held; see Tree::Share. All text is UTF-8.
+/// Namespace declarations are among an element's attributes under their own names ("xmlns",
 /// "xmlns:p"). `parent` of an attribute is its element.
 struct Node {
     Tree* tree = nullptr;
@@ -55,7 +55,7 @@ struct Node {
         return TakesChildren() ? std::string_view() : std::string_view(m_characters, m_length);
     }
 
-    /// Whether other nodes may stand below it.
+    /// Whether it may have other nodes below it.
     [[nodiscard]] bool TakesChildren() const {
         return type == NodeType::Element || type == NodeType::Document ||
                type == NodeType::Fragment;

@@ -47,8 +47,8 @@ inline ParseError OutOfMemory() noexcept {
     return {kErrorTooLarge, "out of memory", 0, 0, Fault::OutOfMemory};
 }
 
-/// What libxml2 reported, in that form. `ahead`: the input from where the parser has come to, as far
-/// as it is read; the platform tells some faults apart by it.
+/// What libxml2 reported, in that form. `ahead`: the input from where the parser is, as far as it
+/// is read; the platform tells some faults apart by it.
 ParseError NotWellFormed(const _xmlError& error, std::string_view ahead);
 
 } // namespace nqp2::dom

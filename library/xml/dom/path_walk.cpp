@@ -12,7 +12,7 @@
 namespace nqp2::dom {
 namespace {
 
-// Names in other letters are left to the general evaluation, which knows what may stand in a name.
+// Names in other letters are left to the general evaluation, which knows what a name may hold.
 bool StartsName(unsigned char ch) {
     return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || ch == '_';
 }
@@ -94,7 +94,7 @@ void WalkAnywhere(Node& top, Steps steps, bool onlyFirst, std::vector<Node*>& fo
         }
         return;
     }
-    // Descending from anchors that stand in each other would leave the document's order.
+    // Descending from anchors inside each other would leave the document's order.
     for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
         if (FitsUpward(*each, steps)) {
             found.push_back(each);
@@ -151,7 +151,7 @@ std::vector<Node*> WalkPath(const SimplePath& path, Node& context, const Selecti
     } else if (top.type == NodeType::Document) {
         Descend(top, steps, onlyFirst, found);
     } else if (steps.front().Fits(top)) {
-        // What was taken out of a document stands as its own document element.
+        // What was taken out of a document is its own document element.
         Descend(top, steps.subspan(1), onlyFirst, found);
     }
     return found;
@@ -191,7 +191,7 @@ std::vector<Node*> PathSet::FindBehind(std::string_view base, Node& top,
         Find(*bases.front(), found);
         return bases;
     }
-    // Several may stand in each other; then only the general selection keeps the order.
+    // One may be inside another; then only the general selection keeps the order.
     for (std::size_t i = 0; !bases.empty() && i < m_paths.size(); ++i) {
         found[i] = SelectFirst(top, std::string(base).append("/").append(m_paths[i]));
     }

@@ -18,7 +18,7 @@ namespace nqp2::dom {
 namespace {
 
 constexpr double kNoEnd = std::numeric_limits<double>::infinity();
-// Far above any pattern that somebody wrote; libxml2 goes as deep as the brackets do.
+// Far above any pattern that is written by hand; libxml2 goes as deep as the brackets do.
 constexpr std::size_t kLongestPattern = 200; ///< bytes
 constexpr int kMostBrackets = 32;            ///< brackets in brackets
 

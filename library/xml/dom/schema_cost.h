@@ -21,7 +21,7 @@ struct ValueSizes {
 };
 
 /// Whether values of those sizes can be held against a pattern of a schema. libxml2 tries one way
-/// after the other through a pattern that offers several, without an end that anybody would await.
+/// after the other through a pattern that offers several, for longer than any caller can wait.
 bool IsAffordablePattern(const std::string& pattern, const ValueSizes& values);
 
 } // namespace nqp2::dom

@@ -16,7 +16,7 @@ namespace nqp2::dom {
 /// How the names in a path are held against the names in a document.
 struct SelectionRule {
     enum class Names {
-        Qualified, ///< as written, prefix and all, whatever namespace stands behind it
+        Qualified, ///< as written, prefix and all, whatever namespace it has
         Namespace, ///< XPath 1.0: by namespace; prefixes must be bound
     };
     Names names = Names::Qualified;

@@ -33,16 +33,16 @@ public:
     /// Grows with every change, so that what was derived from the tree can tell that it is stale.
     [[nodiscard]] std::uint64_t Version() const { return m_version; }
 
-    /// Empties the tree. Only for a tree that nobody else holds.
+    /// Empties the tree. Only for a tree with no other holder.
     void Clear() noexcept;
     /// Takes everything out of the document, where others may still hold it.
     void TakeOutAll() noexcept;
-    /// Gives back what was taken out or replaced and what nobody holds, once that has become much:
+    /// Gives back what was taken out or replaced and is not held, once that has become much:
     /// the tree's memory follows what is alive in it. Before a change, while every node that is
     /// used is in the document or is held.
     void Tidy() noexcept;
 
-    /// New nodes stand alone until they are linked.
+    /// New nodes have no parent until they are linked.
     Node& CreateElement(std::string_view qualifiedName, std::string_view uri);
     /// The same where the caller knows that the tree hardly has that name yet.
     Node& CreateNewlyNamed(std::string_view qualifiedName, std::string_view uri);
@@ -51,7 +51,7 @@ public:
     Node& CreateCharacters(NodeType type, std::string_view content);
     Node& CreateInstruction(std::string_view target, std::string_view data);
 
-    /// Links `child`, which stands alone, before `before` or at the end when that is null. Returns
+    /// Links `child`, which has no parent, before `before` or at the end when that is null. Returns
     /// false, with nothing changed, for a second document element or characters beside it, for a
     /// parent that takes no children and a `before` that is none of them.
     bool Insert(Node& parent, Node& child, Node* before);
@@ -68,10 +68,10 @@ public:
     /// Replaces what the node holds by one text (or CDATA section, where the node is an element).
     /// Returns false for the document.
     bool SetText(Node& node, std::string_view text, NodeType type = NodeType::Text);
-    /// A copy of the node and everything below it, made in this tree; it stands alone.
+    /// A copy of the node and everything below it, made in this tree; it has no parent.
     Node& Copy(const Node& source);
 
-    /// A pointer that keeps the tree alive, and the node with all that it stands in and holds.
+    /// A pointer that keeps the tree alive, and the node with all that is above and below it.
     std::shared_ptr<Node> Share(Node* node);
 
     /// How paths name this tree's nodes.
@@ -98,7 +98,8 @@ private:
     Arena m_texts;
     Node m_document;
     std::uint64_t m_version = 0;
-    /// What a change leaves behind is looked for when the tree has grown by this and to twice its size.
+    /// What a change leaves behind is looked for when the tree has grown by this and to twice its
+    /// size.
     static constexpr std::size_t kTidyStep = std::size_t{256} * 1024;
     std::size_t m_tidyAt = 0; ///< bytes in use
     std::shared_ptr<const SelectionRule> m_rule;
