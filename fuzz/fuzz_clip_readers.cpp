@@ -11,8 +11,8 @@
 #include "fuzz/require.h"
 #include "media/card_layout.h"
 #include "media/element_paths.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
-#include "xml/query_text.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -103,11 +103,11 @@ public:
     /// "." in every locale.
     template <class... Arguments>
     void Format(const wchar_t* pattern, const Arguments&... arguments) {
-        FormatList(pattern, {FormatArgument(arguments)...});
+        FormatList(pattern, {nqp2::FormatArgument(arguments)...});
     }
 
 private:
-    void FormatList(const wchar_t* pattern, std::initializer_list<FormatArgument> arguments);
+    void FormatList(const wchar_t* pattern, std::initializer_list<nqp2::FormatArgument> arguments);
     void LetGo() noexcept;
 
     static wchar_t* const kEmpty; ///< every empty text's characters

@@ -13,7 +13,6 @@ using __int64 = std::int64_t;
 using HRESULT = std::int32_t;
 
 inline constexpr HRESULT S_OK = 0;
-inline constexpr HRESULT S_FALSE = 1;
 inline constexpr HRESULT E_POINTER = static_cast<HRESULT>(0x80004003U);
 inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005U);
 inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057U);

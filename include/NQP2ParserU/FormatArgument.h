@@ -9,6 +9,8 @@
 
 class CString;
 
+namespace nqp2 {
+
 /// One typed argument of CString::Format; remembers the width so that a negative number
 /// printed with an unsigned conversion shows its own width.
 class FormatArgument {
@@ -48,3 +50,5 @@ private:
     double m_real = 0.0;
     std::wstring_view m_text;
 };
+
+} // namespace nqp2

@@ -8,7 +8,7 @@
 #include "NQP2ParserU/NodeHandle.h"
 
 /// The node handle that CMarkupMSXML's queries return; see NodeHandle.
-class NQP2_API CMSXmlParserNode : public NodeHandle {
+class NQP2_API CMSXmlParserNode : public nqp2::NodeHandle {
 public:
     /// The first node that `xpath` selects from the current node, as a handle; empty when there is
     /// none. Throws _com_error for a path that cannot be evaluated.

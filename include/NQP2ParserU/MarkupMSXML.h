@@ -17,7 +17,7 @@
 #include <string_view>
 
 /// Reads XML files and texts and answers XPath questions about them. Paths name elements as they
-/// are written in the document, whatever namespace stands behind the name. One object is used on
+/// are written in the document, whatever namespace the name has. One object is used on
 /// one thread; a copy shares the document. Out of memory, operations give their failure value.
 class NQP2_API CMarkupMSXML {
 public:
@@ -42,11 +42,11 @@ public:
     /// Writes the document. Returns 1, or 0 with the old file untouched; so for a document that
     /// could not be loaded again, one without a root included.
     int Save(const wchar_t* szFileName);
-    /// The reason why the last failed load did, in one sentence; a successful load does not clear it.
+    /// Why the last failed load did fail, in one sentence; a successful load does not clear it.
     CString GetError() noexcept;
 
     /// The cursor: a parent position, a main position among its children and a child position among
-    /// the main position's children. A position that is not set stands before its level's first
+    /// the main position's children. A position that is not set is before its level's first
     /// element. Moves return 1, or 0 with every position where it was.
     ///
     /// Moves the cursor back before the first element of a level.
@@ -126,7 +126,7 @@ public:
     int AddChildAttrib(const wchar_t* name, int value) noexcept;
     int SetChildAttrib(const wchar_t* name, const wchar_t* value) noexcept;
     int SetChildAttrib(const wchar_t* name, int value) noexcept;
-    /// The namespace of elements that are made from now on; null stands for none.
+    /// The namespace of elements that are made from now on; null for none.
     void SetDefaultNamespace(const wchar_t* ns);
     /// Replace what the position holds by one text, or by one CDATA section when `cdata` is
     /// nonzero. An instruction takes "target data" with its own target.
@@ -165,8 +165,8 @@ public:
     int FindNode(int kinds = kAnyNode);
     /// Kind of the main position's node, or 0.
     int GetNodeType() noexcept;
-    /// Make a node of one kind beside the main position and move to it. `text` is an element's name,
-    /// an instruction's "target data", or characters. A document type cannot be made.
+    /// Make a node of one kind beside the main position and move to it. `text` is an element's
+    /// name, an instruction's "target data", or characters. A document type cannot be made.
     int AddNode(int kind, const wchar_t* text) noexcept;
     int InsertNode(int kind, const wchar_t* text) noexcept;
     /// Takes the main position's node out, whatever its kind; see RemoveElem.
@@ -186,7 +186,7 @@ public:
     /// The main position; null before the first element.
     [[nodiscard]] const IXMLDOMNodePtr& GetMainPosPtr() const noexcept { return m_pMainPos; }
     /// Makes a node of this document the main position. Returns 0 for null and for a node that
-    /// stands in no document.
+    /// is in no document.
     int SetMainPosPtr(const IXMLDOMNodePtr& node);
 
     /// The text of the first node that `xpath` selects, all descendant text included; "" when there
@@ -246,7 +246,7 @@ private:
                               const wchar_t* name) const;
     int x_AddElem(x_Level level, x_Place place, const wchar_t* name, const wchar_t* value) noexcept;
     int x_AddSubDoc(x_Level level, x_Place place, const wchar_t* xml) noexcept;
-    int x_PlaceNode(x_Level level, x_Place place, nqp2::dom::Node& node);
+    int x_PlaceNode(x_Level level, x_Place place, IXMLDOMNodePtr node);
     int x_AddNode(x_Place place, int kind, const wchar_t* text) noexcept;
     int x_SetAttrib(const IXMLDOMNodePtr& element, const wchar_t* name,
                     const wchar_t* value) noexcept;

@@ -155,7 +155,7 @@ public:
     /// Returns 0, or 1 for an empty file name and when a card's folder cannot be made or is kept
     /// locked by another program (cards before it are written). Whether a list could be saved is
     /// not told; AddToIngestList tells.
-    __int64 WriteIngestXML(const CString& fileName, IngestRequest& request);
+    __int64 WriteIngestXML(const CString& fileName, nqp2::IngestRequest& request);
 
     /// The 64-digit identifier text of a GUID; a fresh one for an all-zero GUID.
     CString CreateUMID(_GUID guid);
@@ -171,7 +171,7 @@ public:
     /// Sets who hears of the progress of imports, on a thread of the library; nobody does while
     /// either pointer is null. A call that is under way may end after this returns. Does nothing
     /// without a worker proxy.
-    void SetImpCallBack(ImpCallBack callback, void* context);
+    void SetImpCallBack(nqp2::ImpCallBack callback, void* context);
     /// Tells the worker the rate family of the system. Returns 1, also when the worker refused and
     /// without a worker proxy.
     int SetSystemType(eP2_VIDEO_STANDARD standard) noexcept;

@@ -26,14 +26,14 @@ public:
     CNQXmlParser& operator=(const CNQXmlParser& other) noexcept;
     virtual ~CNQXmlParser();
 
-    /// Start documents. The cursor stands on the new root; the remembered parents stay: balance
+    /// Start documents. The cursor is on the new root; the remembered parents stay: balance
     /// them or use a fresh object.
     ///
     /// P2Main with a declaration and the namespace of edit lists, or of clips of that code type.
     /// Where a code type has none, the namespace of the document before stays in use for children.
     int CreateP2MainRoot(eCodeType codeType, int bEditList);
-    /// EPRINFO with a child EPRTYPE that holds `eprType`; empty, and the result 0, for a text that XML
-    /// cannot hold.
+    /// EPRINFO with a child EPRTYPE that holds `eprType`; empty, and the result 0, for a text that
+    /// XML cannot hold.
     int CreateEPRRoot(CString eprType);
     /// A root without declaration or namespace, in place of the present one.
     int CreateRoot(CString name);
@@ -52,8 +52,8 @@ public:
 
     /// Loads a file and binds its namespaces; the default one gets the prefix P2Main.
     int LoadXml(CString path);
-    /// Loads a text and moves onto its root. When "render.xsd" can be read in the current folder, in
-    /// any letter case, the document must fit it. Of one that does not the result is 0: it is
+    /// Loads a text and moves onto its root. When "render.xsd" can be read in the current folder,
+    /// in any letter case, the document must fit it. Of one that does not the result is 0: it is
     /// loaded, but the cursor stays. A schema is refused, and every document with it, when it is no
     /// XML Schema without namespace, is larger than 256 KiB, reaches for other files (by include,
     /// import or redefine) or would take too long to compile.
@@ -97,8 +97,8 @@ private:
     void StartDocument(const char* declaration, const char* rootName);
     void ReplaceRoot(const CString& name);
     /// Stands alone; the caller links it when nothing more can fail.
-    nqp2::dom::Node& MakeElement(const CString& name, const CString& attrName,
-                                 const CString& attrValue);
+    IXMLDOMNodePtr MakeElement(const CString& name, const CString& attrName,
+                               const CString& attrValue);
     void RequireRenderSchema();
     void BindRoot(const CString& prefixSuffix);
     std::int32_t BindPrefixes(const CString& declarations);

@@ -10,7 +10,7 @@
 #include "NQP2ParserU/Variant.h"
 
 /// The node handle that CNQXmlParser's queries return; see NodeHandle.
-class NQP2_API CNQXmlParserNode : public NodeHandle {
+class NQP2_API CNQXmlParserNode : public nqp2::NodeHandle {
 public:
     /// The first node that `xpath` selects from the current node, as a handle; empty when there is
     /// none. Throws _com_error for a path that cannot be evaluated.

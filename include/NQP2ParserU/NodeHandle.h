@@ -10,6 +10,8 @@
 #include "NQP2ParserU/Export.h"
 #include "NQP2ParserU/Variant.h"
 
+namespace nqp2 {
+
 /// What the handles of both XML class families share: a node list with its iterator, a current
 /// node, or both. A handle is a value; it is empty when it holds neither. On a fresh list handle
 /// the first question for a value moves onto the list's first node, as GetNextNode would.
@@ -62,3 +64,5 @@ protected:
     IXMLDOMNodeListPtr m_pNodeList;
     IXMLDOMNodePtr m_pNode;
 };
+
+} // namespace nqp2

@@ -23,8 +23,10 @@ struct _tag_P2Memo {
     std::int32_t VoiceChannelFlag = 1; ///< no reader sets it
 };
 
+namespace nqp2 {
+
 /// A clip's low-resolution companion file.
-struct _tag_P2Proxy {
+struct P2Proxy {
     CString ProxyFilePath;        ///< full path with the extension of the format, when it exists
     std::int32_t ProxyFormat = 0; ///< 1 MP4, 2 MOV, 0 other
     CString ProxyExt;             ///< ".MP4" or ".MOV"
@@ -39,6 +41,8 @@ struct _tag_P2Proxy {
     std::int32_t ProxySamplingRate = 0;
     std::int32_t ProxyAudioChannels = 0; ///< number of audio descriptions less one
 };
+
+} // namespace nqp2
 
 /// One clip of a card. Field order and widths are part of the interface. Paths are interface
 /// paths; an absent file is "". Frame counts are frames of the clip's own rate.
@@ -59,7 +63,7 @@ struct NQP2_API _tag_P2Clip {
     CString XmlPath;
     CString ProxyPath; ///< ".MP4" proxy when it exists
     CString ProxyVideoCodecName;
-    _tag_P2Proxy Proxy;
+    nqp2::P2Proxy Proxy;
     std::int32_t AvcIntraClass50; ///< 0 or 1
     CString CodecClass;           ///< "Class" attribute of the codec
     std::int32_t ClipIdDigit;     ///< digit at index 31 of GlobalClipID, or -1

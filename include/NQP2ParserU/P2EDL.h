@@ -33,12 +33,16 @@ struct tag_P2EDLClipTrackEvent {
 /// Element of the extended track; nothing reads or writes any.
 struct tag_P2EDLExtTrackEvent {};
 
+namespace nqp2 {
+
 /// The extended track, which no reader fills.
-struct tag_P2EDLExtTrack {
+struct P2EDLExtTrack {
     std::int32_t First = 0;
     std::int32_t Second = 1;
     CArray<tag_P2EDLExtTrackEvent> Events;
 };
+
+} // namespace nqp2
 
 /// One edit list.
 struct tag_P2EDL {
@@ -60,5 +64,5 @@ struct tag_P2EDL {
     CString Date;  ///< local creation time of the file, "Unknow" without one
     GUID Identity; ///< new for every record that is loaded
     CArray<tag_P2EDLClipTrackEvent> Events;
-    tag_P2EDLExtTrack ExtTrack;
+    nqp2::P2EDLExtTrack ExtTrack;
 };

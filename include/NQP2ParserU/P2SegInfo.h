@@ -15,7 +15,11 @@ struct tag_P2SegInfo {
     std::int32_t OutPoint = 0;
 };
 
+namespace nqp2 {
+
 /// What was taken in, by clip name.
 using IngestClips = std::map<CString, std::vector<tag_P2SegInfo>>;
 /// The same for several cards, by card path.
 using IngestRequest = std::map<CString, IngestClips>;
+
+} // namespace nqp2

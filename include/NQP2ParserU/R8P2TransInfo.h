@@ -59,21 +59,25 @@ struct stu_R8PRelationClipInfo {
     CString text3;
 };
 
+namespace nqp2 {
+
 /// Entry of the transfer record's tables.
-struct stu_R8P2TaggedText {
+struct TaggedText {
     std::uint32_t value1 = 0;
     CString text;
     std::uint32_t value2 = 0;
 };
 
 /// A tagged text that describes an identifier.
-struct stu_R8P2DescribedIdentifier {
-    stu_R8P2TaggedText text;
+struct DescribedIdentifier {
+    TaggedText text;
     std::uint32_t value1 = 0;
     std::uint32_t value2 = 0;
     std::uint32_t value3 = 0;
     GUID identifier;
 };
+
+} // namespace nqp2
 
 /// What an import or export transfers. Travels in another order: docs/wire.md.
 struct stu_R8P2TransInfo {
@@ -99,9 +103,9 @@ struct stu_R8P2TransInfo {
     std::uint64_t size2 = 0;
     std::uint32_t value14 = 0;
     std::uint32_t value15 = 1;
-    stu_R8P2TaggedText taggedTexts1[kTaggedTexts];
+    nqp2::TaggedText taggedTexts1[kTaggedTexts];
     std::uint32_t value16 = 0;
-    stu_R8P2DescribedIdentifier describedIdentifier;
+    nqp2::DescribedIdentifier describedIdentifier;
     std::uint32_t value17 = 0;
     std::uint64_t size3 = 0;
     std::uint64_t size4 = 0;
@@ -119,7 +123,7 @@ struct stu_R8P2TransInfo {
     tag_NQFileFormatEx format5;
     tag_NQFileFormatEx format6;
     tag_NQFileFormatEx format7;
-    stu_R8P2TaggedText taggedTexts2[kTaggedTexts];
+    nqp2::TaggedText taggedTexts2[kTaggedTexts];
     std::uint32_t value21 = 0;
     CString text5;
     std::uint32_t value22 = 0;

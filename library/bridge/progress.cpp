@@ -28,7 +28,7 @@ constexpr std::chrono::milliseconds kPause(100);
 
 } // namespace
 
-std::int32_t CTNQ264BitSupport::SetImpCallBack(ImpCallBack callback, void* context) {
+std::int32_t CTNQ264BitSupport::SetImpCallBack(nqp2::ImpCallBack callback, void* context) {
     {
         // Both at once: the progress thread must not call one host with another one's pointer.
         const std::lock_guard guard(m_lock);
@@ -122,7 +122,7 @@ Heard CTNQ264BitSupport::HearProgress(const ChannelPort& port) {
 
 void CTNQ264BitSupport::AskHost(std::uint32_t position, std::uint32_t total) {
     std::unique_lock guard(m_lock);
-    const ImpCallBack callback = m_callback;
+    const nqp2::ImpCallBack callback = m_callback;
     void* const context = m_context;
     // The host writes to a copy, since the flag itself is written by Close as well.
     std::int32_t abort = FlagValue(m_abort);

@@ -26,12 +26,12 @@ void Describe(Archive& archive, Self& clip) {
     archive(clip.text1, clip.text2, clip.text3);
 }
 
-template <class Archive, RecordOf<stu_R8P2TaggedText> Self>
+template <class Archive, RecordOf<TaggedText> Self>
 void Describe(Archive& archive, Self& tagged) {
     archive(tagged.value1, tagged.text, tagged.value2);
 }
 
-template <class Archive, RecordOf<stu_R8P2DescribedIdentifier> Self>
+template <class Archive, RecordOf<DescribedIdentifier> Self>
 void Describe(Archive& archive, Self& described) {
     archive(described.text, described.value1, described.value2, described.value3);
     archive(described.identifier);

@@ -91,7 +91,7 @@ public:
 
     /// Sets who is told of progress: no host while either pointer is null. Starts the progress
     /// thread unless it runs. Returns kDone when it ran, else the result field of the reply.
-    std::int32_t SetImpCallBack(ImpCallBack callback, void* context);
+    std::int32_t SetImpCallBack(nqp2::ImpCallBack callback, void* context);
 
     std::int32_t SetSystemType(eP2_VIDEO_STANDARD standard);
     /// `info` becomes what the worker sends back.
@@ -151,7 +151,7 @@ private:
     std::unique_ptr<std::thread> m_progressThread;
     std::int32_t m_abort = 0;
     std::mutex m_lock; ///< of both flags and of what is called back
-    ImpCallBack m_callback = nullptr;
+    nqp2::ImpCallBack m_callback = nullptr;
     void* m_context = nullptr;
     Holder m_requestChannel;
     std::int32_t m_opened = 0;

@@ -114,7 +114,7 @@ void ReadMemos(const ClipTexts& texts, _tag_P2Clip& clip) {
     }
 }
 
-void ReadProxy(const ClipTexts& texts, _tag_P2Proxy& proxy) {
+void ReadProxy(const ClipTexts& texts, P2Proxy& proxy) {
     const auto code = [&](ClipPath path, std::int32_t (*coded)(std::wstring_view)) {
         return coded(texts.Text(path).View());
     };
@@ -129,7 +129,7 @@ void ReadProxy(const ClipTexts& texts, _tag_P2Proxy& proxy) {
     proxy.ProxySamplingRate = texts.Int32(ClipPath::ProxySamplingRate);
 }
 
-void CountProxyChannels(const ClipTexts& texts, _tag_P2Proxy& proxy) {
+void CountProxyChannels(const ClipTexts& texts, P2Proxy& proxy) {
     constexpr std::size_t kMaskBits = 64;
     const std::size_t count = texts.All(media::kProxyAudioPath).size();
     proxy.ProxyAudioChannels = static_cast<std::int32_t>(count) - 1;

@@ -52,7 +52,7 @@ CString AudioName(const CString& clipName, int channel) {
 /// The files that both readers look for in the same way.
 void FindCompanions(EssenceLookup& essence, _tag_P2Clip& clip) {
     const CString& name = clip.ClipName;
-    _tag_P2Proxy& proxy = clip.Proxy;
+    P2Proxy& proxy = clip.Proxy;
     constexpr int kMov = 2;
     proxy.ProxyExt = proxy.ProxyFormat == kMov ? media::kMovExtension : media::kMp4Extension;
     proxy.ProxyFilePath = essence.PathIfExists(media::kProxyFolder, name + proxy.ProxyExt);

@@ -5,8 +5,6 @@
 
 #include "media/identifier.h"
 #include "platform/number_text.h"
-#include "xml/dom/path_set.h"
-#include "xml/dom/select.h"
 
 namespace nqp2::clips {
 namespace {
@@ -22,28 +20,18 @@ const dom::PathSet& Paths() {
     return paths;
 }
 
-std::string FullPath(std::string_view below) {
-    return std::string(media::kClipContentPath).append("/").append(below);
-}
-
 } // namespace
 
-ClipTexts::ClipTexts(dom::Document& document, TextPool& pool)
-    : m_document(document), m_pool(pool), m_budget(document) {
-    m_contents =
-        Paths().FindBehind(media::kClipContentPath, document.Content()->DocumentNode(), m_nodes);
-}
+ClipTexts::ClipTexts(const dom::Document& document, TextPool& pool)
+    : m_pool(pool), m_budget(document), m_values(document, media::kClipContentPath, Paths(), m_budget) {}
 
 CString ClipTexts::Text(ClipPath path) const {
-    const dom::Node* const node = Find(path);
-    return node != nullptr ? TextOf(*node) : CString();
+    return TextOf(Find(path));
 }
 
-CString ClipTexts::TextOf(const dom::Node& node) const {
+CString ClipTexts::TextOf(const dom::Node* node) const {
     std::string scratch;
-    const std::string_view text = dom::Text(node, scratch);
-    m_budget.Spend(text.size());
-    return m_pool.TextOf(text);
+    return m_pool.TextOf(m_values.Text(node, scratch));
 }
 
 std::int32_t ClipTexts::Int32(ClipPath path) const {
@@ -64,30 +52,7 @@ GUID ClipTexts::Guid(ClipPath path) const {
 
 CString ClipTexts::Attribute(ClipPath path, std::string_view name) const {
     const dom::Node* const node = Find(path);
-    if (node == nullptr) {
-        return {};
-    }
-    for (const dom::Node* each = node->FirstAttribute(); each != nullptr; each = each->Next()) {
-        if (dom::BaseName(*each) == name) {
-            return m_pool.TextOf(each->Content());
-        }
-    }
-    return {};
-}
-
-std::vector<dom::Node*> ClipTexts::All(std::string_view below) const {
-    return m_contents.size() == 1
-               ? dom::SelectAll(*m_contents.front(), below)
-               : dom::SelectAll(m_document.Content()->DocumentNode(), FullPath(below));
-}
-
-CString ClipTexts::ChildText(const dom::Node& node, std::string_view name) const {
-    for (const dom::Node* each = node.FirstChild(); each != nullptr; each = each->Next()) {
-        if (each->type == dom::NodeType::Element && each->Name() == name) {
-            return TextOf(*each);
-        }
-    }
-    return {};
+    return node != nullptr ? m_pool.TextOf(xml::AttributeOf(*node, name)) : CString();
 }
 
 } // namespace nqp2::clips

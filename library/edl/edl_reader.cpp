@@ -10,9 +10,9 @@
 #include "platform/case_fold.h"
 #include "platform/number_text.h"
 #include "platform/unicode.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
-#include "xml/dom/path_set.h"
-#include "xml/query_text.h"
+#include "xml/dom/path_walk.h"
 
 #include <algorithm>
 #include <array>

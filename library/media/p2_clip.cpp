@@ -19,7 +19,7 @@ void _tag_P2Clip::Reset() {
     XmlPath.Empty();
     ProxyPath.Empty();
     ProxyVideoCodecName.Empty();
-    Proxy = _tag_P2Proxy();
+    Proxy = nqp2::P2Proxy();
     AvcIntraClass50 = 0;
     CodecClass.Empty();
     ClipIdDigit = -1;

@@ -28,7 +28,7 @@ CString WithoutLeadingSeparators(const CString& name) {
 
 } // namespace
 
-__int64 CNQP2Parser::WriteIngestXML(const CString& fileName, IngestRequest& request) {
+__int64 CNQP2Parser::WriteIngestXML(const CString& fileName, nqp2::IngestRequest& request) {
     return Guarded(kCannotRead, [&] {
         const CString name = WithoutLeadingSeparators(fileName);
         const std::string entry = nqp2::platform::NameBytesFromText(name.View());

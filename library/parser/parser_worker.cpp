@@ -37,7 +37,7 @@ std::int64_t ZeroWhenDone(std::int32_t answer) {
 
 } // namespace
 
-void CNQP2Parser::SetImpCallBack(ImpCallBack callback, void* context) {
+void CNQP2Parser::SetImpCallBack(nqp2::ImpCallBack callback, void* context) {
     AskProxy(m_pSupport, [&](Proxy& proxy) { return proxy.SetImpCallBack(callback, context); });
 }
 

@@ -15,6 +15,7 @@
 
 namespace {
 
+using nqp2::FormatArgument;
 using Kind = FormatArgument::Kind;
 
 /// The longest padding that a pattern can ask for: it must not be able to exhaust memory.

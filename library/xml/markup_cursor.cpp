@@ -5,9 +5,9 @@
 
 #include "platform/guard.h"
 #include "platform/unicode.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
 #include "xml/dom/serialize.h"
-#include "xml/query_text.h"
 
 #include <string>
 #include <utility>

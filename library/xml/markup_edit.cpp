@@ -6,7 +6,7 @@
 #include "platform/guard.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
-#include "xml/dom/names.h"
+#include "xml/dom/node.h"
 
 #include <string>
 #include <utility>
@@ -22,7 +22,7 @@ namespace {
 
 constexpr const char* kDeclaration = R"(version="1.0" encoding="UTF-8" standalone="no")";
 
-/// Nothing may stand before the XML declaration: the place behind it then.
+/// Nothing may come before the XML declaration: the place behind it then.
 Node* PastDeclaration(Node* before) {
     const bool declaration = before != nullptr && before->type == NodeType::ProcessingInstruction &&
                              before->Name() == "xml";
@@ -31,8 +31,8 @@ Node* PastDeclaration(Node* before) {
 
 } // namespace
 
-// A new node is held by a position that can no longer fail before it is linked.
-int CMarkupMSXML::x_PlaceNode(x_Level level, x_Place place, Node& node) {
+// The node is shared before it is linked, so that nothing can fail in between.
+int CMarkupMSXML::x_PlaceNode(x_Level level, x_Place place, IXMLDOMNodePtr node) {
     const bool atMain = level == x_Level::Main;
     const IXMLDOMNodePtr& container = atMain ? m_pParentPos : m_pMainPos;
     const IXMLDOMNodePtr& reference = atMain ? m_pMainPos : m_pChildPos;
@@ -45,11 +45,10 @@ int CMarkupMSXML::x_PlaceNode(x_Level level, x_Place place, Node& node) {
     } else if (reference != nullptr) {
         before = reference->Next();
     }
-    IXMLDOMNodePtr placed = node.tree->Share(&node);
-    if (!container->tree->Insert(*container, node, PastDeclaration(before))) {
+    if (!container->tree->Insert(*container, *node, PastDeclaration(before))) {
         return 0;
     }
-    (atMain ? m_pMainPos : m_pChildPos) = std::move(placed);
+    (atMain ? m_pMainPos : m_pChildPos) = std::move(node);
     return 1;
 }
 
@@ -72,7 +71,7 @@ int CMarkupMSXML::x_AddElem(x_Level level, x_Place place, const wchar_t* name,
         if (!text.empty()) {
             tree.Insert(element, tree.CreateCharacters(NodeType::Text, text), nullptr);
         }
-        return x_PlaceNode(level, place, element);
+        return x_PlaceNode(level, place, tree.Share(&element));
     });
 }
 

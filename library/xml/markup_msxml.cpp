@@ -7,10 +7,10 @@
 #include "platform/diagnostics.h"
 #include "platform/guard.h"
 #include "platform/unicode.h"
-#include "xml/document_creation.h"
 #include "xml/dom/document.h"
 
 #include <exception>
+#include <memory>
 #include <new>
 #include <string>
 
@@ -19,6 +19,21 @@ using nqp2::platform::Guarded;
 using nqp2::platform::MessageBoxW;
 using nqp2::platform::TextFromUtf8;
 using nqp2::platform::Utf8FromText;
+
+namespace {
+
+/// S_OK with a document, or why there is none.
+HRESULT CreateDocument(IXMLDOMDocumentPtr& document) {
+    try {
+        document = std::make_shared<Document>(nqp2::dom::SelectionRule::Names::Qualified);
+        return S_OK;
+    } catch (const std::bad_alloc&) {
+        ++nqp2::platform::timesOutOfMemory;
+        return E_OUTOFMEMORY;
+    }
+}
+
+} // namespace
 
 CMarkupMSXML::CMarkupMSXML() noexcept {
     x_CreateInstance();
@@ -38,7 +53,7 @@ HRESULT CMarkupMSXML::x_CreateInstance() {
     return Guarded(E_OUTOFMEMORY, [&] {
         m_pParentPos = nullptr;
         m_pDoc = nullptr;
-        const HRESULT result = nqp2::xml::CreateReaderDocument(m_pDoc);
+        const HRESULT result = CreateDocument(m_pDoc);
         m_pParentPos = m_pDoc != nullptr ? m_pDoc->DocumentNode() : nullptr;
         if (result == REGDB_E_CLASSNOTREG) {
             MessageBoxW(L"MSXML not registered");

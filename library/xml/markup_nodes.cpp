@@ -6,7 +6,7 @@
 #include "platform/guard.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
-#include "xml/dom/names.h"
+#include "xml/dom/node.h"
 
 #include <algorithm>
 #include <iterator>
@@ -118,7 +118,7 @@ int CMarkupMSXML::x_AddNode(x_Place place, int kind, const wchar_t* text) noexce
         tree.Tidy();
         Node* const node =
             MakeNode(tree, kind, Utf8FromText(text), Utf8FromText(m_strDefaultNamespace.View()));
-        return node != nullptr ? x_PlaceNode(x_Level::Main, place, *node) : 0;
+        return node != nullptr ? x_PlaceNode(x_Level::Main, place, tree.Share(node)) : 0;
     });
 }
 
@@ -174,6 +174,6 @@ int CMarkupMSXML::x_AddSubDoc(x_Level level, x_Place place, const wchar_t* xml) 
         }
         Tree& tree = *container->tree;
         tree.Tidy();
-        return x_PlaceNode(level, place, tree.Copy(*part.m_pDoc->Content()->Root()));
+        return x_PlaceNode(level, place, tree.Share(&tree.Copy(*part.m_pDoc->Content()->Root())));
     });
 }

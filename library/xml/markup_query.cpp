@@ -8,7 +8,6 @@
 #include "platform/guard.h"
 #include "xml/document_queries.h"
 #include "xml/dom/node.h"
-#include "xml/query_text.h"
 
 using nqp2::platform::ComGuarded;
 using nqp2::platform::Guarded;

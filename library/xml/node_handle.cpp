@@ -1,18 +1,22 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "NQP2ParserU/NodeHandle.h"
-
+#include "NQP2ParserU/MSXmlParserNode.h"
+#include "NQP2ParserU/NQXmlParserNode.h"
 #include "platform/guard.h"
+#include "platform/unicode.h"
+#include "xml/document_queries.h"
 #include "xml/dom/document.h"
-#include "xml/dom/names.h"
+#include "xml/dom/node.h"
 #include "xml/dom/select.h"
 #include "xml/dom/serialize.h"
-#include "xml/query_text.h"
 
+#include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
+using nqp2::NodeHandle;
 using nqp2::dom::Node;
 using nqp2::platform::ComGuarded;
 using nqp2::platform::Guarded;
@@ -28,6 +32,21 @@ bool Replace(Node& node, const CString& text) {
     const std::string bytes = Utf8FromText(text.View());
     node.tree->Tidy();
     return nqp2::dom::MayHold(node, bytes) && node.tree->SetText(node, bytes);
+}
+
+/// Both families' handles on what a path selects.
+template <class Handle>
+Handle HandleOf(IXMLDOMNodePtr node) {
+    Handle handle;
+    handle.SetNode(std::move(node));
+    return handle;
+}
+
+template <class Handle>
+Handle HandleOf(IXMLDOMNodeListPtr list) {
+    Handle handle;
+    handle.SetNodeList(std::move(list));
+    return handle;
 }
 
 } // namespace
@@ -144,5 +163,58 @@ IXMLDOMNodeListPtr NodeHandle::SelectNodeList(const _bstr_t& xpath) {
         const IXMLDOMNodePtr& node = CurrentNode();
         IXMLDOMNodeListPtr list = node != nullptr ? ListOf(*node, PathOf(xpath)) : nullptr;
         return list != nullptr && list->Length() > 0 ? list : nullptr;
+    });
+}
+
+CMSXmlParserNode CMSXmlParserNode::GetNode(_bstr_t xpath) {
+    return ComGuarded(CMSXmlParserNode(),
+                      [&] { return HandleOf<CMSXmlParserNode>(SelectNode(xpath)); });
+}
+
+CMSXmlParserNode CMSXmlParserNode::GetNodeList(_bstr_t xpath) {
+    return ComGuarded(CMSXmlParserNode(),
+                      [&] { return HandleOf<CMSXmlParserNode>(SelectNodeList(xpath)); });
+}
+
+CNQXmlParserNode CNQXmlParserNode::GetNode(_bstr_t xpath) {
+    return ComGuarded(CNQXmlParserNode(),
+                      [&] { return HandleOf<CNQXmlParserNode>(SelectNode(xpath)); });
+}
+
+CNQXmlParserNode CNQXmlParserNode::GetNodeList(_bstr_t xpath) {
+    return ComGuarded(CNQXmlParserNode(),
+                      [&] { return HandleOf<CNQXmlParserNode>(SelectNodeList(xpath)); });
+}
+
+CNQXmlParserNode CNQXmlParserNode::GetChildNodeList() {
+    return Guarded(CNQXmlParserNode(), [&] {
+        CNQXmlParserNode handle;
+        const IXMLDOMNodePtr& node = CurrentNode();
+        if (node == nullptr || node->FirstChild() == nullptr) {
+            return handle;
+        }
+        std::vector<Node*> children;
+        for (Node* each = node->FirstChild(); each != nullptr; each = each->Next()) {
+            children.push_back(each);
+        }
+        handle.SetNodeList(std::make_shared<nqp2::dom::NodeList>(node->tree->shared_from_this(),
+                                                                 std::move(children)));
+        return handle;
+    });
+}
+
+int CNQXmlParserNode::GetNodeInfo(CString& name, _variant_t& value) {
+    return Guarded(0, [&] {
+        const IXMLDOMNodePtr& node = CurrentNode();
+        if (node == nullptr) {
+            return 0;
+        }
+        name.Empty(); // the outcome of a failure
+        value = _variant_t();
+        value.vt = VT_NULL;
+        CString found = TextFromUtf8(ShownName(*node));
+        value = TextOf(*node);
+        name = std::move(found);
+        return 1;
     });
 }

@@ -7,7 +7,7 @@
 #include "platform/guard.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
-#include "xml/dom/names.h"
+#include "xml/dom/node.h"
 
 #include <memory>
 #include <string>
@@ -160,8 +160,8 @@ void CNQXmlParser::ReplaceRoot(const CString& name) {
     tree.Insert(tree.DocumentNode(), root, behind);
 }
 
-Node& CNQXmlParser::MakeElement(const CString& name, const CString& attrName,
-                                const CString& attrValue) {
+IXMLDOMNodePtr CNQXmlParser::MakeElement(const CString& name, const CString& attrName,
+                                         const CString& attrValue) {
     if (m_pCurrentNode == nullptr) {
         throw _com_error(E_POINTER);
     }
@@ -171,7 +171,7 @@ Node& CNQXmlParser::MakeElement(const CString& name, const CString& attrName,
     if (!attrName.IsEmpty() && !attrValue.IsEmpty()) {
         tree.SetAttribute(element, CheckedName(attrName), Checked(attrValue));
     }
-    return element;
+    return tree.Share(&element);
 }
 
 int CNQXmlParser::AddChildElement(CString name, CString attrName, CString attrValue) {
@@ -179,12 +179,11 @@ int CNQXmlParser::AddChildElement(CString name, CString attrName, CString attrVa
         if (m_bReady == 0) {
             return 0;
         }
-        // A full stack remembers nothing more, and nobody is told: kept, hosts rely on it.
+        // A full stack remembers nothing more, and no failure is told: kept, hosts rely on it.
         m_parentStack.Push(m_pCurrentNode);
-        Node& element = MakeElement(name, attrName, attrValue);
-        IXMLDOMNodePtr made = element.tree->Share(&element);
-        element.tree->Insert(*m_pCurrentNode, element, nullptr);
-        m_pCurrentNode = std::move(made);
+        IXMLDOMNodePtr element = MakeElement(name, attrName, attrValue);
+        element->tree->Insert(*m_pCurrentNode, *element, nullptr);
+        m_pCurrentNode = std::move(element);
         return 1;
     });
 }
@@ -196,9 +195,9 @@ int CNQXmlParser::AddChildTextNode(CString name, _variant_t value, CString attrN
             return 0;
         }
         const std::string text = Checked(value.ToText());
-        Node& element = MakeElement(name, attrName, attrValue);
-        AppendText(element, text);
-        element.tree->Insert(*m_pCurrentNode, element, nullptr);
+        const IXMLDOMNodePtr element = MakeElement(name, attrName, attrValue);
+        AppendText(*element, text);
+        element->tree->Insert(*m_pCurrentNode, *element, nullptr);
         return 1;
     });
 }

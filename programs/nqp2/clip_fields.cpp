@@ -22,7 +22,7 @@ constexpr Field<Memo> kMemoFields[] = {
     {"VoiceChannelFlag", Plain<&Memo::VoiceChannelFlag>},
 };
 
-using Proxy = _tag_P2Proxy;
+using Proxy = nqp2::P2Proxy;
 constexpr Field<Proxy> kProxyFields[] = {
     {"ProxyFilePath", Path<&Proxy::ProxyFilePath>},
     {"ProxyFormat", Plain<&Proxy::ProxyFormat>},

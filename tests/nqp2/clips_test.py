@@ -89,7 +89,7 @@ class ClipsTest(ShownCardTest):
         names[1:1] = ["ShootStartTimeStatus"]
         for clip in document["clips"]:
             self.assertEqual(list(clip), names + ["CodeType", "VideoStandard"])
-            self.assertEqual(list(clip["Proxy"]), fields_of("_tag_P2Proxy"))
+            self.assertEqual(list(clip["Proxy"]), fields_of("P2Proxy"))
             self.assertEqual(len(clip["AudioPath"]), 8)
             for memo in clip["Memos"]:
                 self.assertEqual(list(memo), fields_of("_tag_P2Memo"))

@@ -12,7 +12,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
 #include <utility>
@@ -45,28 +44,25 @@ int TextChild(CNQXmlParser& builder, const wchar_t* name, const _variant_t& valu
     return builder.AddChildTextNode(name, value, L"", L"");
 }
 
-/// What stands below the root of a builder that started with CreateRoot("r").
-CString BelowRoot(CNQXmlParser& builder) {
-    CString xml = Xml(builder);
-    EXPECT_EQ(xml.Left(3), L"<r>");
-    EXPECT_EQ(xml.Right(6), L"</r>\r\n");
-    return xml.Mid(3, xml.GetLength() - 9);
-}
-
 /// Builders whose document has the root r.
 class Builder : public CNQXmlParser {
 public:
     Builder() { EXPECT_EQ(CreateRoot(L"r"), 1); }
+
+    CString BelowRoot() {
+        const CString xml = Xml(*this);
+        EXPECT_EQ(xml.Left(3), L"<r>");
+        EXPECT_EQ(xml.Right(6), L"</r>\r\n");
+        return xml.Mid(3, xml.GetLength() - 9);
+    }
 };
 
 TEST(XmlBuild, ExactTextOfEachRoot) {
     CNQXmlParser builder;
     ASSERT_EQ(builder.CreateP2MainRoot(CT_DV100_1080_50I, 0), 1);
-    EXPECT_EQ(Xml(builder), CString(kP2Start) + L" xmlns=\"" + kClip30 + L"\"/>\r\n");
     ASSERT_EQ(TextChild(builder, L"ClipName", L"a<\u00E4"), 1);
     EXPECT_EQ(Xml(builder), CString(kP2Start) + L" xmlns=\"" + kClip30 +
                                 L"\"><ClipName>a&lt;\u00E4</ClipName></P2Main>\r\n");
-
     ASSERT_EQ(builder.CreateEPRRoot(L"T&1"), 1);
     EXPECT_EQ(Xml(builder),
               L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n"
@@ -74,12 +70,9 @@ TEST(XmlBuild, ExactTextOfEachRoot) {
               L"xsi:noNamespaceSchemaLocation=\"render.xsd\"><EPRTYPE>T&amp;1</EPRTYPE>"
               L"</EPRINFO>\r\n");
     EXPECT_EQ(builder.GetNodeAttribute(L"//EPRINFO", L"noNamespaceSchemaLocation"), L"render.xsd");
-
     EXPECT_EQ(builder.CreateEPRRoot(L"\x01"), 0);
-    EXPECT_EQ(builder.GetNode(L"EPRINFO[EPRTYPE='']").IsEmpty(), 0) << "the new root stands";
     EXPECT_EQ(Child(builder, L"after"), 1);
-    EXPECT_EQ(builder.GetNode(L"EPRINFO/*[2]").IsEmpty(), 0) << "with the cursor on it";
-
+    EXPECT_EQ(builder.GetNode(L"EPRINFO[EPRTYPE='']/*[2]").IsEmpty(), 0) << "the new root is there";
     ASSERT_EQ(builder.CreateRoot(L"x"), 1);
     EXPECT_EQ(Xml(builder), L"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<x/>\r\n")
         << "takes the present root's place and nothing else";
@@ -101,13 +94,7 @@ TEST(XmlBuild, NamespaceOfEachFamilyOfCodeTypes) {
         ASSERT_EQ(builder.CreateP2MainRoot(static_cast<eCodeType>(type), 2), 1);
         EXPECT_EQ(Xml(builder), CString(kP2Start) + L" xmlns=\"" + kEdit + L"\"/>\r\n") << type;
     }
-}
-
-TEST(XmlBuild, NamespaceStaysInUseWhereNoneIsChosen) {
-    CNQXmlParser builder;
-    ASSERT_EQ(builder.CreateP2MainRoot(CT_DV25_50I, 0), 1);
-    ASSERT_EQ(TextChild(builder, L"a", 1), 1);
-    EXPECT_EQ(Xml(builder), CString(kP2Start) + L"><a>1</a></P2Main>\r\n");
+    CNQXmlParser builder; // the namespace before stays in use where none is chosen
     ASSERT_EQ(builder.CreateP2MainRoot(CT_AVCI50_1080_50I, 0), 1);
     ASSERT_EQ(builder.CreateP2MainRoot(CT_DV25_50I, 0), 1);
     ASSERT_EQ(TextChild(builder, L"a", 1), 1);
@@ -119,61 +106,71 @@ TEST(XmlBuild, NamespaceStaysInUseWhereNoneIsChosen) {
         << "the type is never in a namespace";
 }
 
-TEST(XmlBuild, ElementsWithAttributesUnderTheCursor) {
-    Builder builder;
-    EXPECT_EQ(builder.AddChildElement(L"a", L"k", L"v\"<"), 1);
-    EXPECT_EQ(builder.AddChildElement(L"b", L"k", L""), 1);
-    EXPECT_EQ(builder.AddChildTextNode(L"c", L"t", L"k", L"1"), 1);
-    EXPECT_EQ(builder.AddChildTextNode(L"d", L"t", L"", L"1"), 1);
-    EXPECT_EQ(builder.BackToParent(), 1);
-    EXPECT_EQ(Child(builder, L"e"), 1);
-    EXPECT_EQ(BelowRoot(builder), L"<a k=\"v&quot;&lt;\"><b><c k=\"1\">t</c><d>t</d></b><e/></a>");
-}
-
-TEST(XmlBuild, TextOfEveryKindOfValue) {
-    _variant_t null;
-    null.vt = VT_NULL;
-    const std::pair<_variant_t, const wchar_t*> table[] = {
-        {L"", L"<v></v>"},
-        {_variant_t(), L"<v></v>"},
-        {-5, L"<v>-5</v>"},
-        {std::int64_t{9'000'000'000}, L"<v>9000000000</v>"},
-        {0.5, L"<v>0.5</v>"},
-        {true, L"<v>-1</v>"},
-        {L" <a>&amp;\n ", L"<v> &lt;a&gt;&amp;amp;\n </v>"},
-        {null, L""},
-        {L"\xFFFF", L""},
+TEST(XmlBuild, EachStepWritesWhollyOrNotAtAll) {
+    struct Step {
+        int (*step)(CNQXmlParser& builder);
+        int result;
+        const wchar_t* written; ///< below r/a
+        bool moves = false;     ///< the cursor, onto what was written
     };
-    for (const auto& [value, written] : table) {
+    using B = CNQXmlParser;
+    const Step steps[] = {
+        {[](B& b) { return b.AddChildElement(L"x", L"k", L"v\"<"); }, 1,
+         L"<x k=\"v&quot;&lt;\"><c/></x>", true},
+        {[](B& b) { return b.AddChildElement(L"x", L"k", L""); }, 1, L"<x><c/></x>", true},
+        {[](B& b) { return b.AddChildTextNode(L"x", L"t", L"k", L"1"); }, 1, L"<x k=\"1\">t</x>"},
+        {[](B& b) { return b.AddChildTextNode(L"x", L"t", L"", L"1"); }, 1, L"<x>t</x>"},
+        {[](B& b) { return TextChild(b, L"v", _variant_t()); }, 1, L"<v></v>"},
+        {[](B& b) { return TextChild(b, L"v", -5); }, 1, L"<v>-5</v>"},
+        {[](B& b) { return TextChild(b, L"v", std::int64_t{9'000'000'000}); }, 1,
+         L"<v>9000000000</v>"},
+        {[](B& b) { return TextChild(b, L"v", 0.5) + TextChild(b, L"w", true); }, 2,
+         L"<v>0.5</v><w>-1</w>"},
+        {[](B& b) { return TextChild(b, L"v", L" <a>&amp;\n "); }, 1,
+         L"<v> &lt;a&gt;&amp;amp;\n </v>"},
+        {[](B& b) { return TextChild(b, L"v", _variant_t::Null()); }, 0, L""},
+        {[](B& b) { return TextChild(b, L"v", L"\xFFFF"); }, 0, L""},
+        {[](B& b) { return b.AddParam(L"n", 1) + b.AddParam(L"", L""); }, 2,
+         L"<PARAM><NAME>n</NAME><VALUE>1</VALUE></PARAM><PARAM><NAME></NAME><VALUE></VALUE>"
+         L"</PARAM>"},
+        {[](B& b) { return b.AddXmlFragment(L"<f k='1'>x<g/><!--c--></f>"); }, 1,
+         L"<f k=\"1\">x<g/><!--c--></f>"},
+        {[](B& b) { return b.AddXmlFragment(L"<?xml version='1.0'?><!--out--><f/>"); }, 1, L"<f/>"},
+        {[](B& b) { return b.AddXmlFragment(L"<f xmlns='u'><g/></f>"); }, 1,
+         L"<f xmlns=\"u\"><g/></f>"},
+        {[](B& b) { return b.AddXmlFragment(L"<p:f xmlns:p='u' p:k='1'/>"); }, 1,
+         L"<p:f xmlns:p=\"u\" p:k=\"1\"/>"},
+        {[](B& b) { return b.AddXmlFragment(L"<f/><g/>") + b.AddXmlFragment(L"<p:f/>"); }, 0, L""},
+        {[](B& b) { return b.AddXmlFragment(L"") + b.AddXmlFragment(L"text"); }, 0, L""},
+        {[](B& b) { return b.CreateRoot(L"a b"); }, 0, L""},
+    };
+    for (const Step& each : steps) {
         Builder builder;
-        EXPECT_EQ(TextChild(builder, L"v", value), *written != L'\0' ? 1 : 0) << CString(written);
-        ASSERT_EQ(TextChild(builder, L"after", 1), 1);
-        EXPECT_EQ(BelowRoot(builder), CString(written) + L"<after>1</after>");
-        EXPECT_EQ(builder.BackToParent(), 0) << "nothing was remembered";
+        ASSERT_EQ(Child(builder, L"a"), 1);
+        EXPECT_EQ(each.step(builder), each.result) << CString(each.written);
+        ASSERT_EQ(Child(builder, L"c"), 1);
+        EXPECT_EQ(builder.BelowRoot(),
+                  CString(L"<a>") + each.written + (each.moves ? L"</a>" : L"<c/></a>"));
+        EXPECT_EQ(builder.BackToParent() + builder.BackToParent() + builder.BackToParent(),
+                  each.moves ? 3 : 2);
     }
 }
 
-TEST(XmlBuild, WhatCannotBeMadeIsRefused) {
+TEST(XmlBuild, NamesThatCannotBeAndADocumentThatIsMissing) {
     const std::tuple<const wchar_t*, const wchar_t*, const wchar_t*> table[] = {
-        {L"", L"", L""},      {L"a b", L"", L""},  {L"a:", L"", L""},     {L"<a>", L"", L""},
-        {L"a", L"k k", L"v"}, {L"a", L"k=", L"v"}, {L"a", L"k", L"\x02"}, {L"a", L"k", L"\xFFFE"},
-    };
+        {L"", L"", L""}, {L"a b", L"", L""}, {L"a", L"k=", L"v"}, {L"a", L"k", L"\xFFFE"}};
     Builder builder;
     for (const auto& [name, attribute, value] : table) {
         EXPECT_EQ(builder.AddChildTextNode(name, 1, attribute, value), 0) << CString(name);
         EXPECT_EQ(builder.AddChildElement(name, attribute, value), 0) << CString(name);
     }
-    EXPECT_EQ(builder.CreateRoot(L"a b"), 0);
-    EXPECT_EQ(Child(builder, L"after"), 1);
-    EXPECT_EQ(BelowRoot(builder), L"<after/>") << "the cursor never moved";
+    EXPECT_EQ(builder.AddParam(L"bad", _variant_t::Null()) + builder.AddParam(L"\x01", 1), 0);
+    EXPECT_EQ(builder.AddParam(L"last", true), 1);
+    EXPECT_EQ(builder.GetNode(L"r/PARAM[3]/VALUE[.='-1']").IsEmpty(), 0) << "the cursor came back";
 
     CNQXmlParser none;
-    EXPECT_EQ(Child(none, L"a"), 0);
-    EXPECT_EQ(TextChild(none, L"a", 1), 0);
-    EXPECT_EQ(none.BackToParent(), 0) << "and nothing was remembered";
-    EXPECT_EQ(none.AddParam(L"a", 1), 0);
-    EXPECT_EQ(none.AddXmlFragment(L"<a/>"), 0);
-    EXPECT_EQ(none.SaveXml(L"/tmp/never-written.xml"), 0);
+    EXPECT_EQ(Child(none, L"a") + TextChild(none, L"a", 1) + none.BackToParent(), 0);
+    EXPECT_EQ(none.AddParam(L"a", 1) + none.AddXmlFragment(L"<a/>") + none.SaveXml(L"none.xml"), 0);
     EXPECT_EQ(Xml(none), L"");
     EXPECT_EQ(none.GetDocumentPtr(), nullptr);
 }
@@ -183,8 +180,8 @@ TEST(XmlBuild, WayBackIsTenLevelsLong) {
     for (wchar_t name = L'a'; name <= L'k'; ++name) {
         ASSERT_EQ(Child(builder, CString(name, 1).GetString()), 1);
     }
-    EXPECT_EQ(TextChild(builder, L"deepest", L""), 1);
-    CNQXmlParser copy = builder;
+    CNQXmlParser copy = builder; // shares the document and has its own cursor
+    EXPECT_EQ(copy.GetDocumentPtr(), builder.GetDocumentPtr());
     EXPECT_EQ(copy.AddParam(L"n", 1), 1) << "though its parent is not remembered";
     EXPECT_EQ(Child(copy, L"tenth"), 1) << "the tenth parent, not the eleventh";
     for (int i = 0; i < 10; ++i) {
@@ -192,86 +189,13 @@ TEST(XmlBuild, WayBackIsTenLevelsLong) {
     }
     EXPECT_EQ(builder.BackToParent(), 0);
     EXPECT_EQ(Child(builder, L"back"), 1);
-    EXPECT_EQ(BelowRoot(builder),
-              L"<a><b><c><d><e><f><g><h><i><j><k><deepest></deepest><PARAM><NAME>n</NAME>"
-              L"<VALUE>1</VALUE></PARAM></k></j><tenth/></i>"
-              L"</h></g></f></e></d></c></b></a><back/>");
-}
-
-TEST(XmlBuild, NewRootKeepsTheRememberedParents) {
-    CNQXmlParser builder;
-    ASSERT_EQ(builder.CreateP2MainRoot(CT_DV100_1080_50I, 0), 1);
-    ASSERT_EQ(Child(builder, L"a"), 1);
-    ASSERT_EQ(builder.CreateP2MainRoot(CT_DV100_1080_50I, 0), 1);
-    const CString second = Xml(builder);
-    EXPECT_EQ(builder.BackToParent(), 1);
-    EXPECT_EQ(Child(builder, L"lost"), 1) << "goes to the document before";
-    EXPECT_EQ(Xml(builder), second);
-    EXPECT_EQ(builder.BackToParent(), 1);
-    EXPECT_EQ(builder.BackToParent(), 0);
-}
-
-TEST(XmlBuild, ParameterBlock) {
-    Builder builder;
-    _variant_t null;
-    null.vt = VT_NULL;
-    EXPECT_EQ(builder.AddParam(L"n", 1), 1);
-    EXPECT_EQ(builder.AddParam(L"", L""), 1);
-    EXPECT_EQ(BelowRoot(builder), L"<PARAM><NAME>n</NAME><VALUE>1</VALUE></PARAM>"
-                                  L"<PARAM><NAME></NAME><VALUE></VALUE></PARAM>");
-    EXPECT_EQ(builder.AddParam(L"bad", null), 0);
-    EXPECT_EQ(builder.AddParam(L"\x01", 1), 0);
-    EXPECT_EQ(builder.AddParam(L"last", true), 1);
-    EXPECT_EQ(builder.GetNode(L"r/PARAM[5]/VALUE[.='-1']").IsEmpty(), 0) << "the cursor came back";
-    EXPECT_EQ(builder.BackToParent(), 0);
-    CNQXmlParserNode found = builder.FindParamNode(L"//PARAM", L"n");
-    EXPECT_EQ(found.SetParamVal(L"2"), 1);
-    EXPECT_EQ(builder.GetNodeText(L"//PARAM/VALUE", 0), L"2");
-}
-
-TEST(XmlBuild, CopySharesTheDocumentAndHasItsOwnCursor) {
-    Builder builder;
-    ASSERT_EQ(Child(builder, L"a"), 1);
-    CNQXmlParser copy = builder;
-    EXPECT_EQ(copy.BackToParent(), 1);
-    EXPECT_EQ(Child(copy, L"b"), 1);
-    EXPECT_EQ(Child(builder, L"c"), 1);
-    EXPECT_EQ(BelowRoot(builder), L"<a><c/></a><b/>");
-    EXPECT_EQ(Xml(copy), Xml(builder));
-    CNQXmlParser other;
-    other = std::as_const(copy);
-    EXPECT_EQ(other.GetDocumentPtr(), builder.GetDocumentPtr());
-}
-
-TEST(XmlBuild, FragmentGoesInLastWithItsNamespaces) {
-    const std::tuple<const wchar_t*, int, const wchar_t*> table[] = {
-        {L"<f k='1'>x<g/><!--c--></f>", 1, L"<f k=\"1\">x<g/><!--c--></f>"},
-        {L"<?xml version='1.0'?><!--out--><f/>", 1, L"<f/>"},
-        {L"<f xmlns='u'><g/></f>", 1, L"<f xmlns=\"u\"><g/></f>"},
-        {L"<p:f xmlns:p='u' p:k='1'/>", 1, L"<p:f xmlns:p=\"u\" p:k=\"1\"/>"},
-        {L"<f/><g/>", 0, L""},
-        {L"text", 0, L""},
-        {L"<p:f/>", 0, L""},
-        {L"", 0, L""},
-    };
-    for (const auto& [fragment, result, written] : table) {
-        Builder builder;
-        ASSERT_EQ(Child(builder, L"a"), 1);
-        ASSERT_EQ(Child(builder, L"b"), 1);
-        ASSERT_EQ(builder.BackToParent(), 1);
-        EXPECT_EQ(builder.AddXmlFragment(fragment), result) << CString(fragment);
-        ASSERT_EQ(Child(builder, L"c"), 1) << "the cursor stays";
-        EXPECT_EQ(BelowRoot(builder), CString(L"<a><b/>") + written + L"<c/></a>");
-    }
+    EXPECT_EQ(builder.BelowRoot(), L"<a><b><c><d><e><f><g><h><i><j><k><PARAM><NAME>n</NAME>"
+                                   L"<VALUE>1</VALUE></PARAM></k></j><tenth/></i>"
+                                   L"</h></g></f></e></d></c></b></a><back/>");
 }
 
 constexpr const char* kSchema = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'>"
                                 "<xs:element name='r' type='xs:int'/></xs:schema>";
-
-std::string BytesOf(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// Runs in a folder of its own, as the current one.
 class XmlLoad : public testing::Test {
@@ -314,7 +238,6 @@ TEST_F(XmlLoad, OtherNamesThatBeginWithXmlSpoilTheBinding) {
     for (const char* const attribute : {"xml:lang='en'", "xml:space='preserve'", "xmlfoo='1'"}) {
         ASSERT_EQ(Load("<P2Main xmlns='u' " + std::string(attribute) + "><a>1</a></P2Main>"), 1);
         EXPECT_THROW(m_builder.GetNode(L"//P2Main:P2Main/P2Main:a"), _com_error) << attribute;
-        EXPECT_EQ(m_builder.GetNodeText(L"//P2Main:P2Main/P2Main:a", 1), L"") << attribute;
     }
     ASSERT_EQ(Load("<P2Main xmlns='u' Xml='1' lang='en'><a>1</a></P2Main>"), 1);
     EXPECT_EQ(m_builder.GetNodeText(L"//P2Main:P2Main/P2Main:a", 0), L"1");
@@ -333,36 +256,33 @@ TEST_F(XmlLoad, BindingsBySetSelectNamespaceAndReadRoot) {
     EXPECT_EQ(m_builder.GetNodeText(L"q:r/q:a", 0), L"1");
 }
 
-TEST_F(XmlLoad, FileThatFailsIsToldToTheDebuggerOnly) {
+TEST_F(XmlLoad, WhatFailsIsToldToTheDebuggerOnlyEachInItsForm) {
     EXPECT_EQ(m_builder.LoadXml(TextFromUtf8(m_folder.Path("none.xml"))), 0);
     EXPECT_EQ(m_debug.Take(),
               (Texts{L"Error:\nCode = 0x800c0006\t\t\t \nSource = Line : 0; Char : 0\t\t\t \n"
                      L"Error Description = the file does not exist\n"}));
     EXPECT_EQ(Load("<r>\n<a></b></r>"), 0);
-    const Texts told = m_debug.Take();
-    ASSERT_EQ(told.size(), 1U);
-    EXPECT_EQ(told[0].Find(L"Error:\nCode = 0xc00ce56d\t\t\t \nSource = Line : 2; Char"), 0);
     EXPECT_EQ(Xml(), L"") << "a failed load empties the document";
     EXPECT_NE(m_builder.GetDocumentPtr(), nullptr) << "but there is one";
-}
-
-TEST_F(XmlLoad, TextThatFailsIsToldInItsOwnForm) {
     EXPECT_EQ(m_builder.SetXml(L"<r>"), 0);
-    EXPECT_NE(m_builder.GetDocumentPtr(), nullptr);
     ASSERT_EQ(m_builder.SetXml(L"<r/>"), 1);
     EXPECT_EQ(m_builder.AddXmlFragment(L"<a/><b/>"), 0);
     EXPECT_EQ(Xml(), L"<r/>\r\n");
     const Texts told = m_debug.Take();
-    ASSERT_EQ(told.size(), 2U);
-    EXPECT_EQ(told[0].Find(L"Error:\nCode = 0xc00ce553\t\t\t\t\t\nSource = Line : 1; Char : "), 0);
-    EXPECT_EQ(told[1].Find(L"Error:\nCode = 0xc00ce555\t\t\t\t\t\nSource = Line : 1; Char : "), 0);
-    for (const CString& text : told) {
-        EXPECT_GT(text.Find(L"\t\t\t\t\t\nError Description = "), 0) << text;
-        EXPECT_EQ(text.Right(1), L"\n");
+    const wchar_t* const begins[] = {
+        L"Error:\nCode = 0xc00ce56d\t\t\t \nSource = Line : 2; Char : ",
+        L"Error:\nCode = 0xc00ce553\t\t\t\t\t\nSource = Line : 1; Char : ",
+        L"Error:\nCode = 0xc00ce555\t\t\t\t\t\nSource = Line : 1; Char : ",
+    };
+    ASSERT_EQ(told.size(), std::size(begins));
+    for (std::size_t i = 0; i < told.size(); ++i) {
+        EXPECT_EQ(told[i].Find(begins[i]), 0) << told[i];
+        EXPECT_GT(told[i].Find(L"\nError Description = "), 0) << told[i];
+        EXPECT_EQ(told[i].Right(1), L"\n");
     }
 }
 
-TEST_F(XmlLoad, LoadLeavesTheCursorWhereItWas) {
+TEST_F(XmlLoad, LoadLeavesTheCursorAndTheRememberedParents) {
     ASSERT_EQ(Load("<r/>"), 1);
     EXPECT_EQ(Child(L"a"), 0) << "no cursor yet";
     EXPECT_EQ(m_builder.BackToParent(), 1) << "yet the null parent was remembered";
@@ -373,13 +293,20 @@ TEST_F(XmlLoad, LoadLeavesTheCursorWhereItWas) {
     ASSERT_EQ(m_builder.SetXml(L"<s><t/></s>"), 1);
     EXPECT_EQ(Child(L"a"), 1);
     EXPECT_EQ(Xml(), L"<s><t/><a/></s>\r\n") << "a text moves it to its root";
-    EXPECT_EQ(m_builder.SetXml(L"<s>"), 0);
-    EXPECT_EQ(m_builder.BackToParent(), 1);
+    EXPECT_EQ(m_builder.BackToParent() + m_builder.BackToParent() + m_builder.BackToParent(), 2);
 }
 
 TEST_F(XmlLoad, RenderSchemaInTheCurrentFolderDecides) {
     EXPECT_EQ(m_builder.SetXml(L"<?xml version='1.0' encoding='UTF-16'?><any>\u7D20</any>"), 1);
-    m_folder.Write("render.xsd", kSchema);
+    for (const char* const schema : {"", "<xs:schema", "<r/>"}) {
+        m_folder.Write("render.xsd", schema);
+        EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 0) << schema;
+    }
+    std::filesystem::remove(m_folder.Path("render.xsd"));
+    m_folder.MakeFolder("render.xsd");
+    EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 0) << "a folder of that name";
+    std::filesystem::remove(m_folder.Path("render.xsd"));
+    m_folder.Write("Render.XSD", kSchema); // any letter case
     EXPECT_EQ(m_builder.SetXml(L""), 0);
     m_debug.Take();
     EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 1);
@@ -391,38 +318,19 @@ TEST_F(XmlLoad, RenderSchemaInTheCurrentFolderDecides) {
     ASSERT_EQ(told.size(), 1U);
     EXPECT_EQ(told[0].Left(32), L"Error code: -1072897499\nReason: ");
     EXPECT_GT(told[0].GetLength(), 32);
-    EXPECT_EQ(Xml(), L"<r>x</r>\r\n") << "parsed, only not accepted";
-    EXPECT_EQ(m_builder.BackToParent(), 1);
-    EXPECT_EQ(Child(L"b"), 1);
-    EXPECT_EQ(Xml(), L"<r>x</r>\r\n") << "the cursor did not move to it";
-
+    EXPECT_EQ(m_builder.BackToParent() + Child(L"b"), 2);
+    EXPECT_EQ(Xml(), L"<r>x</r>\r\n") << "parsed, but the cursor did not move to it";
     EXPECT_EQ(Load("<other/>"), 1) << "files are not held against it";
     EXPECT_EQ(m_builder.AddXmlFragment(L"<other/>"), 1);
-}
-
-TEST_F(XmlLoad, SchemaThatIsNoneRefusesEverything) {
-    for (const char* const schema : {"", "<xs:schema", "<r/>"}) {
-        m_folder.Write("render.xsd", schema);
-        EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 0) << schema;
-    }
-    std::filesystem::remove(m_folder.Path("render.xsd"));
-    m_folder.MakeFolder("render.xsd");
-    EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 0) << "a folder of that name is there";
-    std::filesystem::remove(m_folder.Path("render.xsd"));
-    EXPECT_EQ(m_builder.SetXml(L"<r>x</r>"), 1);
-    m_folder.Write("Render.XSD", kSchema);
-    EXPECT_EQ(m_builder.SetXml(L"<r>x</r>"), 0) << "any letter case";
-    EXPECT_EQ(m_builder.SetXml(L"<r>12</r>"), 1);
 }
 
 TEST_F(XmlLoad, SavedFileLoadsAgainAsItWas) {
     ASSERT_EQ(m_builder.CreateP2MainRoot(CT_DV100_1080_50I, 1), 1);
     ASSERT_EQ(m_builder.AddChildTextNode(L"b", L" \u7D20 & \u00E4 ", L"k", L"\"\n"), 1);
-    const std::string path = m_folder.Path("saved.xml");
-    ASSERT_EQ(m_builder.SaveXml(TextFromUtf8(path)), 1);
-    EXPECT_EQ(TextFromUtf8(BytesOf(path)), Xml());
+    const CString path = TextFromUtf8(m_folder.Path("saved.xml"));
+    ASSERT_EQ(m_builder.SaveXml(path), 1);
     CNQXmlParser again;
-    ASSERT_EQ(again.LoadXml(TextFromUtf8(path)), 1);
+    ASSERT_EQ(again.LoadXml(path), 1);
     EXPECT_EQ(again.GetXml().Text(), Xml());
     EXPECT_EQ(again.GetNodeText(L"//P2Main:P2Main/P2Main:b", 0), L" \u7D20 & \u00E4 ");
     EXPECT_EQ(m_builder.SaveXml(TextFromUtf8(m_folder.Path("no/such/folder.xml"))), 0);

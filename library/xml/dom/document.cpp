@@ -17,7 +17,7 @@ namespace nqp2::dom {
 namespace {
 
 // Files up to this size are read whole, in four system calls; larger ones piece by piece, so that
-// a file never stands in memory beside its tree.
+// a file is never in memory beside its tree.
 constexpr std::uint64_t kReadWhole = std::uint64_t{256} * 1024;
 
 ParseError FaultOf(const platform::IoStatus& status) {
@@ -49,7 +49,7 @@ Document::Document(SelectionRule::Names names)
 }
 
 bool Document::TakeFreshTree() noexcept {
-    // A tree that nobody else holds serves again: its memory is already there.
+    // A tree with no other holder serves again: its memory is already there.
     if (m_tree.use_count() == 1) {
         m_tree->Clear();
         return true;

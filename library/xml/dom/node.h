@@ -39,9 +39,9 @@ struct NodeName {
 };
 inline constexpr NodeName kNoName;
 
-/// One node of a tree, which makes, links and changes it. A node that was taken out of the tree stays
-/// valid as long as anybody holds it or one above or below it; see Tree::Share. All text is UTF-8.
-/// Namespace declarations stand among an element's attributes under their own names ("xmlns",
+/// One node of a tree, which makes, links and changes it. A node that was taken out of it stays
+/// valid as long as it or one above or below it is held; see Tree::Share. All text is UTF-8.
+/// Namespace declarations are among an element's attributes under their own names ("xmlns",
 /// "xmlns:p"). `parent` of an attribute is its element.
 struct Node {
     Tree* tree = nullptr;
@@ -55,7 +55,7 @@ struct Node {
         return TakesChildren() ? std::string_view() : std::string_view(m_characters, m_length);
     }
 
-    /// Whether other nodes may stand below it.
+    /// Whether it may have other nodes below it.
     [[nodiscard]] bool TakesChildren() const {
         return type == NodeType::Element || type == NodeType::Document ||
                type == NodeType::Fragment;
@@ -121,5 +121,17 @@ Node& Top(Node& node);
 
 /// The attribute with this qualified name, or null.
 Node* FindAttribute(const Node& element, std::string_view name);
+
+// What may come where in an XML 1.0 document. All texts are UTF-8.
+
+/// A name with at most one prefix (Namespaces in XML, production QName).
+bool IsQualifiedName(const std::string& text);
+/// Characters that XML allows, well-formed UTF-8 throughout.
+bool IsXmlText(std::string_view text);
+bool IsComment(std::string_view text);
+bool IsInstruction(std::string_view target, std::string_view data);
+/// Whether the document stays well-formed with that text in the node. The XML declaration does not
+/// change.
+bool MayHold(const Node& node, const std::string& text);
 
 } // namespace nqp2::dom

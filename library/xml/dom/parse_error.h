@@ -7,6 +7,9 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+
+struct _xmlError;
 
 namespace nqp2::dom {
 
@@ -43,5 +46,9 @@ inline ParseError OutOfMemory() noexcept {
     ++platform::timesOutOfMemory;
     return {kErrorTooLarge, "out of memory", 0, 0, Fault::OutOfMemory};
 }
+
+/// What libxml2 reported, in that form. `ahead`: the input from where the parser is, as far as it
+/// is read; the platform tells some faults apart by it.
+ParseError NotWellFormed(const _xmlError& error, std::string_view ahead);
 
 } // namespace nqp2::dom

@@ -5,15 +5,33 @@
 
 #include "NQP2ParserU/XmlLimits.h"
 #include "platform/file_system.h"
-#include "xml/dom/quiet_libxml.h"
+#include "xml/dom/libxml.h"
 #include "xml/dom/tree_builder.h"
 
 #include <libxml/dict.h>
 #include <libxml/parser.h>
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <new>
+
+namespace nqp2 {
+namespace {
+
+std::atomic<std::uint64_t> maxXmlFileSize{std::uint64_t{32} * 1024 * 1024};
+
+} // namespace
+
+void SetMaxXmlFileSize(std::uint64_t bytes) noexcept {
+    maxXmlFileSize = bytes;
+}
+
+std::uint64_t MaxXmlFileSize() noexcept {
+    return maxXmlFileSize;
+}
+
+} // namespace nqp2
 
 namespace nqp2::dom {
 namespace {

@@ -6,12 +6,13 @@
 #include "NQP2ParserU/ComError.h"
 #include "xml/dom/tree.h"
 
-#include <span>
+#include <algorithm>
+#include <string>
 
 namespace nqp2::dom {
 namespace {
 
-// Names in other letters are left to the general evaluation, which knows what may stand in a name.
+// Names in other letters are left to the general evaluation, which knows what a name may hold.
 bool StartsName(unsigned char ch) {
     return (ch >= 'a' && ch <= 'z') || (ch >= 'A' && ch <= 'Z') || ch == '_';
 }
@@ -40,21 +41,7 @@ std::size_t NameLength(std::string_view text) {
     return atStart ? 0 : length;
 }
 
-/// One step made ready for comparing.
-struct Step {
-    std::string_view name; ///< qualified or local name, as the rule compares
-    std::string_view uri;
-    bool byNamespace = false;
-
-    [[nodiscard]] bool Fits(const Node& node) const {
-        if (node.type != NodeType::Element) {
-            return false;
-        }
-        return byNamespace ? BaseName(node) == name && node.Uri() == uri : node.Name() == name;
-    }
-};
-
-Step MakeStep(std::string_view name, const SelectionRule& rule) {
+NameTest MakeStep(std::string_view name, const SelectionRule& rule) {
     if (rule.names == SelectionRule::Names::Qualified) {
         return {name, {}, false};
     }
@@ -69,7 +56,7 @@ Step MakeStep(std::string_view name, const SelectionRule& rule) {
     return {name.substr(colon + 1), *uri, true};
 }
 
-using Steps = std::span<const Step>;
+using Steps = std::span<const NameTest>;
 
 /// Collects what the steps reach below `from`. Returns true when the search is over.
 bool Descend(Node& from, Steps steps, bool onlyFirst, std::vector<Node*>& found) {
@@ -96,54 +83,18 @@ bool FitsUpward(const Node& node, Steps steps) {
     return true;
 }
 
-void ScanForAnchors(AnchorCache& cache, Node& top, const Step& first) {
-    cache.anchors.clear();
-    cache.nested = false;
-    std::size_t count = 0; // first, so that a document of many takes no more than it needs
-    for (const Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
-        count += first.Fits(*each) ? 1U : 0U;
-    }
-    cache.anchors.reserve(count);
-    const Node* lastAnchor = nullptr;
-    for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
-        if (!first.Fits(*each)) {
-            continue;
-        }
-        for (const Node* up = each->parent; up != nullptr && !cache.nested; up = up->parent) {
-            cache.nested = up == lastAnchor;
-        }
-        lastAnchor = each;
-        cache.anchors.push_back(each);
-    }
-}
-
-const AnchorCache& Anchors(Node& top, const Step& first) {
-    AnchorCache& cache = top.tree->Anchors();
-    const std::uint64_t version = top.tree->Version();
-    if (cache.version != version || cache.top != &top || cache.name != first.name ||
-        cache.uri != first.uri || cache.byNamespace != first.byNamespace) {
-        ScanForAnchors(cache, top, first);
-        cache.version = version;
-        cache.top = &top;
-        cache.name = first.name;
-        cache.uri = first.uri;
-        cache.byNamespace = first.byNamespace;
-    }
-    return cache;
-}
-
 void WalkAnywhere(Node& top, Steps steps, bool onlyFirst, std::vector<Node*>& found) {
-    const AnchorCache& cache = Anchors(top, steps.front());
-    if (!cache.nested || steps.size() == 1) {
-        found.reserve(onlyFirst ? 1 : steps.size() == 1 ? cache.anchors.size() : 0);
-        for (Node* const anchor : cache.anchors) {
+    const QueryCache::Anchors& anchors = top.tree->Queries().AnchorsOf(top, steps.front());
+    if (!anchors.nested || steps.size() == 1) {
+        found.reserve(onlyFirst ? 1 : steps.size() == 1 ? anchors.nodes.size() : 0);
+        for (Node* const anchor : anchors.nodes) {
             if (Descend(*anchor, steps.subspan(1), onlyFirst, found)) {
                 return;
             }
         }
         return;
     }
-    // Descending from anchors that stand in each other would leave the document's order.
+    // Descending from anchors inside each other would leave the document's order.
     for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
         if (FitsUpward(*each, steps)) {
             found.push_back(each);
@@ -184,7 +135,7 @@ std::optional<SimplePath> ParseSimplePath(std::string_view path) {
 
 std::vector<Node*> WalkPath(const SimplePath& path, Node& context, const SelectionRule& rule,
                             bool onlyFirst) {
-    std::array<Step, SimplePath::kMaxSteps> made;
+    std::array<NameTest, SimplePath::kMaxSteps> made;
     for (std::size_t i = 0; i < path.count; ++i) {
         made[i] = MakeStep(path.steps[i], rule);
     }
@@ -200,10 +151,72 @@ std::vector<Node*> WalkPath(const SimplePath& path, Node& context, const Selecti
     } else if (top.type == NodeType::Document) {
         Descend(top, steps, onlyFirst, found);
     } else if (steps.front().Fits(top)) {
-        // What was taken out of a document stands as its own document element.
+        // What was taken out of a document is its own document element.
         Descend(top, steps.subspan(1), onlyFirst, found);
     }
     return found;
+}
+
+PathSet::PathSet(std::span<const std::string_view> paths) : m_paths(paths.begin(), paths.end()) {
+    for (std::size_t i = 0; i < paths.size(); ++i) {
+        m_root.Add(paths[i], static_cast<int>(i));
+    }
+}
+
+void PathSet::Name::Add(std::string_view path, int index) {
+    const std::size_t slash = path.find('/');
+    const std::string_view head = path.substr(0, slash);
+    auto child = std::find_if(below.begin(), below.end(),
+                              [&](const Name& each) { return each.name == head; });
+    if (child == below.end()) {
+        child = below.insert(below.end(), Name{head, -1, {}});
+    }
+    if (slash == std::string_view::npos) {
+        child->ends = index;
+    } else {
+        child->Add(path.substr(slash + 1), index);
+    }
+}
+
+void PathSet::Find(const Node& below, std::span<Node*> found) const {
+    std::fill(found.begin(), found.end(), nullptr);
+    Gather(below, m_root, found);
+}
+
+std::vector<Node*> PathSet::FindBehind(std::string_view base, Node& top,
+                                       std::span<Node*> found) const {
+    std::vector<Node*> bases = SelectAll(top, base);
+    std::fill(found.begin(), found.end(), nullptr);
+    if (bases.size() == 1) {
+        Find(*bases.front(), found);
+        return bases;
+    }
+    // One may be inside another; then only the general selection keeps the order.
+    for (std::size_t i = 0; !bases.empty() && i < m_paths.size(); ++i) {
+        found[i] = SelectFirst(top, std::string(base).append("/").append(m_paths[i]));
+    }
+    return bases;
+}
+
+// As deep as the longest path, whatever the document's depth.
+void PathSet::Gather(const Node& element, const Name& names, std::span<Node*> found) {
+    for (Node* child = element.FirstChild(); child != nullptr; child = child->Next()) {
+        if (child->type != NodeType::Element) {
+            continue;
+        }
+        const auto fits =
+            std::find_if(names.below.begin(), names.below.end(),
+                         [&](const Name& each) { return each.name == child->Name(); });
+        if (fits == names.below.end()) {
+            continue;
+        }
+        if (fits->ends >= 0 && found[static_cast<std::size_t>(fits->ends)] == nullptr) {
+            found[static_cast<std::size_t>(fits->ends)] = child;
+        }
+        if (!fits->below.empty()) {
+            Gather(*child, *fits, found);
+        }
+    }
 }
 
 } // namespace nqp2::dom

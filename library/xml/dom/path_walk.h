@@ -4,13 +4,12 @@
 #pragma once
 
 #include "xml/dom/node.h"
-#include "xml/dom/selection_rule.h"
+#include "xml/dom/select.h"
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
-#include <string>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -31,29 +30,37 @@ struct SimplePath {
 /// Nothing when the text is any other expression, or has more steps than are kept.
 std::optional<SimplePath> ParseSimplePath(std::string_view path);
 
-/// Where the elements of one name are; kept with a tree, because a reader asks dozens of paths
-/// that start with the same name.
-struct AnchorCache {
-    std::uint64_t version = 0;
-    const Node* top = nullptr;
-    std::string name;
-    std::string uri;
-    bool byNamespace = false;
-    std::vector<Node*> anchors;
-    bool nested = false; ///< one anchor stands inside another
-
-    /// Gives back what an unusually large document took.
-    void LetGo() noexcept {
-        constexpr std::size_t kKept = 1024;
-        if (anchors.capacity() > kKept) {
-            anchors = {};
-        }
-    }
-};
-
 /// Finds what the path selects from `context`, in document order; stops after the first when
 /// `onlyFirst`. Throws _com_error for a prefix that the rule does not bind.
 std::vector<Node*> WalkPath(const SimplePath& path, Node& context, const SelectionRule& rule,
                             bool onlyFirst);
+
+/// A fixed set of relative paths (A/B/C) that are looked for together, in one pass over the
+/// elements below a node. What each finds is the first node in document order: just what asking
+/// path by path would give.
+class PathSet {
+public:
+    explicit PathSet(std::span<const std::string_view> paths);
+
+    [[nodiscard]] std::size_t Size() const { return m_paths.size(); }
+    /// Fills `found`, one slot a path, with the nodes or null.
+    void Find(const Node& below, std::span<Node*> found) const;
+    /// The same below every node that `base` selects from a document, as if each path were asked
+    /// for behind the base. Returns those nodes.
+    std::vector<Node*> FindBehind(std::string_view base, Node& top, std::span<Node*> found) const;
+
+private:
+    struct Name {
+        std::string_view name;
+        int ends = -1; ///< index of the path that ends here
+        std::vector<Name> below;
+
+        void Add(std::string_view path, int index);
+    };
+    static void Gather(const Node& element, const Name& names, std::span<Node*> found);
+
+    std::vector<std::string_view> m_paths;
+    Name m_root;
+};
 
 } // namespace nqp2::dom

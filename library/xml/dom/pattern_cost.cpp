@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "xml/dom/pattern_cost.h"
+#include "xml/dom/schema_cost.h"
 
-#include "xml/dom/libxml_text.h"
+#include "xml/dom/libxml.h"
 
 #include <libxml/xmlregexp.h>
 
@@ -18,7 +18,7 @@ namespace nqp2::dom {
 namespace {
 
 constexpr double kNoEnd = std::numeric_limits<double>::infinity();
-// Far above any pattern that somebody wrote; libxml2 goes as deep as the brackets do.
+// Far above any pattern that is written by hand; libxml2 goes as deep as the brackets do.
 constexpr std::size_t kLongestPattern = 200; ///< bytes
 constexpr int kMostBrackets = 32;            ///< brackets in brackets
 

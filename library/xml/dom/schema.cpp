@@ -3,9 +3,7 @@
 
 #include "xml/dom/schema.h"
 
-#include "xml/dom/libxml_text.h"
-#include "xml/dom/pattern_cost.h"
-#include "xml/dom/quiet_libxml.h"
+#include "xml/dom/libxml.h"
 #include "xml/dom/schema_cost.h"
 #include "xml/dom/serialize.h"
 

@@ -3,7 +3,7 @@
 
 #include "xml/dom/schema_cost.h"
 
-#include "xml/dom/libxml_text.h"
+#include "xml/dom/libxml.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -112,7 +112,7 @@ public:
         });
     }
 
-    /// Whether all content models and types, wherever they stand, can be compiled. The library
+    /// Whether all content models and types, wherever they are, can be compiled. The library
     /// takes time by the third power of a model's size, and goes as deep as the schema does.
     bool IsAffordable(const xmlNode& root) {
         m_work = 0;

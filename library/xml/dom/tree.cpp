@@ -3,10 +3,7 @@
 
 #include "xml/dom/tree.h"
 
-#include "xml/dom/xpath.h"
-
 #include <algorithm>
-#include <exception>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -16,9 +13,6 @@ namespace {
 
 static_assert(std::is_trivially_destructible_v<Node>, "nodes are dropped with their pool");
 static_assert(std::is_trivially_destructible_v<NodeName>, "names are dropped with their arena");
-
-// What a change leaves behind is looked for when the tree has grown by this and to twice its size.
-constexpr std::size_t kTidyStep = std::size_t{256} * 1024;
 
 std::uint32_t PrefixLength(std::string_view qualifiedName) {
     const std::size_t colon = qualifiedName.find(':');
@@ -69,8 +63,7 @@ Node* Tree::Root() const {
 }
 
 void Tree::Clear() noexcept {
-    m_view.reset();
-    m_anchors.LetGo();
+    m_queries.LetGo();
     m_nodes.Clear();
     m_texts.Clear();
     m_known.fill(nullptr);
@@ -258,78 +251,6 @@ Node& Tree::Copy(const Node& source) {
         from = next;
     }
     return top;
-}
-
-void Tree::MarkBelow(Node& top) noexcept {
-    for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
-        each->m_isAlive = true;
-        for (Node* child = each->FirstAttribute(); child != nullptr; child = child->Next()) {
-            child->m_isAlive = true;
-        }
-    }
-}
-
-void Tree::MarkAlive() noexcept {
-    m_nodes.ForEach([](Node& node) { node.m_isAlive = false; });
-    MarkBelow(m_document);
-    m_nodes.ForEach([](Node& node) {
-        if (!node.m_isAlive && node.m_holders > 0) {
-            MarkBelow(Top(node));
-        }
-    });
-}
-
-/// Copies all that the nodes need into fresh memory, where that is worth it.
-void Tree::MoveTexts() {
-    std::size_t needed = 0;
-    const auto isNamed = [](const Node& node) { return node.m_name != &kNoName; };
-    m_nodes.ForEach([&](const Node& node) {
-        if (isNamed(node)) {
-            node.m_name->moved = nullptr;
-        }
-    });
-    m_nodes.ForEach([&](const Node& node) {
-        needed += node.Content().size();
-        if (isNamed(node) && node.m_name->moved == nullptr) {
-            node.m_name->moved = node.m_name;
-            needed += sizeof(NodeName) + node.Name().size() + node.Uri().size();
-        }
-    });
-    if (m_texts.Used() < needed * 2 + kTidyStep) {
-        return;
-    }
-    Arena fresh;
-    fresh.Reserve(needed); // nothing fails from here on
-    const Arena old = std::exchange(m_texts, std::move(fresh));
-    m_known.fill(nullptr);
-    m_lastUri = {};
-    m_nodes.ForEach([&](Node& node) {
-        if (!node.TakesChildren()) {
-            Hold(node, node.Content());
-        }
-        if (isNamed(node)) {
-            if (node.m_name->moved == node.m_name) {
-                node.m_name->moved = &KeepName(node.Name(), node.Uri());
-            }
-            node.m_name = node.m_name->moved;
-        }
-    });
-}
-
-void Tree::Tidy() noexcept {
-    if (BytesUsed() < m_tidyAt) {
-        return;
-    }
-    m_view.reset();
-    ++m_version; // what was found in the tree is to be looked for again
-    MarkAlive();
-    m_nodes.KeepAlive();
-    try {
-        MoveTexts();
-    } catch (const std::exception&) {
-        // No memory to make more of: it stays as it is, and is tried again later.
-    }
-    m_tidyAt = BytesUsed() * 2 + kTidyStep;
 }
 
 void Tree::SetRule(std::shared_ptr<const SelectionRule> rule) noexcept {

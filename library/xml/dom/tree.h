@@ -5,8 +5,8 @@
 
 #include "xml/dom/arena.h"
 #include "xml/dom/node.h"
-#include "xml/dom/path_walk.h"
-#include "xml/dom/selection_rule.h"
+#include "xml/dom/query_cache.h"
+#include "xml/dom/select.h"
 
 #include <array>
 #include <cstdint>
@@ -14,8 +14,6 @@
 #include <string_view>
 
 namespace nqp2::dom {
-
-class XPathView;
 
 /// The nodes of one document: makes them, links them, changes them. Owned through shared
 /// pointers; pointers to its nodes share that ownership, so a tree lives as long as any of them.
@@ -35,16 +33,16 @@ public:
     /// Grows with every change, so that what was derived from the tree can tell that it is stale.
     [[nodiscard]] std::uint64_t Version() const { return m_version; }
 
-    /// Empties the tree. Only for a tree that nobody else holds.
+    /// Empties the tree. Only for a tree with no other holder.
     void Clear() noexcept;
     /// Takes everything out of the document, where others may still hold it.
     void TakeOutAll() noexcept;
-    /// Gives back what was taken out or replaced and what nobody holds, once that has become much:
+    /// Gives back what was taken out or replaced and is not held, once that has become much:
     /// the tree's memory follows what is alive in it. Before a change, while every node that is
     /// used is in the document or is held.
     void Tidy() noexcept;
 
-    /// New nodes stand alone until they are linked.
+    /// New nodes have no parent until they are linked.
     Node& CreateElement(std::string_view qualifiedName, std::string_view uri);
     /// The same where the caller knows that the tree hardly has that name yet.
     Node& CreateNewlyNamed(std::string_view qualifiedName, std::string_view uri);
@@ -53,7 +51,7 @@ public:
     Node& CreateCharacters(NodeType type, std::string_view content);
     Node& CreateInstruction(std::string_view target, std::string_view data);
 
-    /// Links `child`, which stands alone, before `before` or at the end when that is null. Returns
+    /// Links `child`, which has no parent, before `before` or at the end when that is null. Returns
     /// false, with nothing changed, for a second document element or characters beside it, for a
     /// parent that takes no children and a `before` that is none of them.
     bool Insert(Node& parent, Node& child, Node* before);
@@ -70,20 +68,17 @@ public:
     /// Replaces what the node holds by one text (or CDATA section, where the node is an element).
     /// Returns false for the document.
     bool SetText(Node& node, std::string_view text, NodeType type = NodeType::Text);
-    /// A copy of the node and everything below it, made in this tree; it stands alone.
+    /// A copy of the node and everything below it, made in this tree; it has no parent.
     Node& Copy(const Node& source);
 
-    /// A pointer that keeps the tree alive, and the node with all that it stands in and holds.
+    /// A pointer that keeps the tree alive, and the node with all that is above and below it.
     std::shared_ptr<Node> Share(Node* node);
 
     /// How paths name this tree's nodes.
     [[nodiscard]] const SelectionRule& Rule() const { return *m_rule; }
     void SetRule(std::shared_ptr<const SelectionRule> rule) noexcept;
 
-    AnchorCache& Anchors() { return m_anchors; }
-    /// The form of the tree that general XPath expressions are evaluated on; made when it is first
-    /// asked for, see xml/dom/xpath.h.
-    std::unique_ptr<XPathView>& View() { return m_view; }
+    QueryCache& Queries() { return m_queries; }
 
 private:
     Node& Create(NodeType type, const NodeName& name = kNoName);
@@ -103,10 +98,12 @@ private:
     Arena m_texts;
     Node m_document;
     std::uint64_t m_version = 0;
+    /// What a change leaves behind is looked for when the tree has grown by this and to twice its
+    /// size.
+    static constexpr std::size_t kTidyStep = std::size_t{256} * 1024;
     std::size_t m_tidyAt = 0; ///< bytes in use
     std::shared_ptr<const SelectionRule> m_rule;
-    AnchorCache m_anchors;
-    std::unique_ptr<XPathView> m_view;
+    QueryCache m_queries;
 
     /// Names that were met of late: a document repeats few of them many times.
     static constexpr std::size_t kKnownNames = 64;

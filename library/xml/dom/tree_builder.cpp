@@ -3,8 +3,7 @@
 
 #include "xml/dom/tree_builder.h"
 
-#include "xml/dom/libxml_text.h"
-#include "xml/dom/parse_error_codes.h"
+#include "xml/dom/libxml.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -43,13 +42,6 @@ std::string_view Resolved(std::string_view value, std::string& scratch) {
 std::string_view Ahead(const xmlParserCtxt& context) {
     return context.input != nullptr ? View(context.input->cur, context.input->end)
                                     : std::string_view();
-}
-
-/// One line for a person: some of libxml2's messages go on, or quote the file at any length.
-std::string Reason(const xmlError& error) {
-    constexpr std::size_t kLongest = 200;
-    const std::string_view message = error.message != nullptr ? error.message : "not well-formed";
-    return std::string(message.substr(0, std::min(message.find_first_of("\r\n"), kLongest)));
 }
 
 /// A namespace name may be any text: libxml2 reports one that is no URI as an error, and takes it.
@@ -248,8 +240,7 @@ void TreeBuilder::OnError(void* context, xmlErrorPtr error) {
         if (error->code == XML_ERR_NO_MEMORY) {
             throw std::bad_alloc();
         }
-        builder.m_error = {PlatformErrorCode(*error, Ahead(*builder.m_context)), Reason(*error),
-                           error->line, error->int2, Fault::NotWellFormed};
+        builder.m_error = NotWellFormed(*error, Ahead(*builder.m_context));
     });
 }
 

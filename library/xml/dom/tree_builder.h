@@ -45,7 +45,7 @@ private:
                                const xmlChar* systemId);
     static void OnError(void* context, xmlErrorPtr error);
 
-    /// Runs one event; stops the parser when memory gives out or the budget is spent, because no
+    /// Runs one event; stops the parser when out of memory or budget, because no
     /// exception may cross libxml2's frames.
     template <class Event>
     void Guard(Event&& event);

@@ -4,8 +4,7 @@
 #include "xml/dom/xpath.h"
 
 #include "NQP2ParserU/ComError.h"
-#include "xml/dom/libxml_text.h"
-#include "xml/dom/quiet_libxml.h"
+#include "xml/dom/libxml.h"
 #include "xml/dom/tree.h"
 
 #include <libxml/dict.h>
@@ -26,7 +25,7 @@ namespace {
 // Enough for any sensible question to a 32 MiB document; ends the ones that would run for hours.
 constexpr unsigned long kMaxOperations = 50'000'000;
 
-// Under the qualified-name rule a prefix stands for itself: this namespace says just that.
+// Under the qualified-name rule a prefix means itself: this namespace says just that.
 constexpr std::string_view kPrefixNamespace = "prefix:";
 
 struct FreeContext {
@@ -191,7 +190,7 @@ struct XPathView::Copy {
             last = made;
             lastNode = each;
         }
-        // The top of what was taken out of a document stands for itself, behind the root.
+        // The top of what was taken out of a document has its own entry, behind the root.
         std::stable_sort(counterparts.begin(), counterparts.end(),
                          [](const auto& a, const auto& b) { return a.first < b.first; });
     }

@@ -3,8 +3,7 @@
 
 #pragma once
 
-#include "xml/dom/node.h"
-#include "xml/dom/selection_rule.h"
+#include "xml/dom/select.h"
 
 #include <cstdint>
 #include <memory>

@@ -27,52 +27,41 @@ ParseError Validated(std::string_view document, const std::string& schema) {
     return Validate(loaded.Top(), schema);
 }
 
-TEST(Schema, TellsDocumentsThatFitFromThoseThatDoNot) {
-    const std::pair<const char*, std::uint32_t> table[] = {
-        {"<r>12</r>", 0},
-        {"<?xml version='1.0' encoding='UTF-16'?><r>12</r>", 0},
-        {"<r>x</r>", kInvalid},
-        {"<s>12</s>", kInvalid},
-        {"<r xmlns='u'>12</r>", kInvalid},
-        {"<r a='1'>12</r>", kInvalid},
-    };
-    for (const auto& row : table) {
-        const ParseError error = Validated(row.first, kNumber);
-        EXPECT_EQ(error.errorCode, row.second) << row.first << error.reason;
-        EXPECT_EQ(error.reason.empty(), row.second == 0) << row.first << error.reason;
-    }
-}
-
-TEST(Schema, OnlyASingleSchemaWithoutNamespaceIsTaken) {
+TEST(Schema, TellsDocumentsThatFitAndTakesOneSchemaFileWithoutNamespace) {
     const std::string element = "<xs:element name='r' type='xs:int'/>";
-    const std::pair<std::string, std::uint32_t> table[] = {
-        {"", kNoGrammar},
-        {"<r>", kNoGrammar},
-        {"<r/>", kNoGrammar},
-        {"<!DOCTYPE s [<!ENTITY e SYSTEM 'file:///etc/hostname'>]>" + kNumber, kNoGrammar},
-        {Schema("<xs:element name='r' type='none'/>"), kNoGrammar},
-        {Schema("<xs:element name='r'><xs:simpleType><xs:restriction base='xs:string'>"
-                "<xs:pattern value='[a-'/></xs:restriction></xs:simpleType></xs:element>"),
-         kNoGrammar},
-        {Schema(element, "targetNamespace='u'"), kNoGrammar},
-        {Schema("<xs:include schemaLocation='other.xsd'/>" + element), kNoGrammar},
-        {Schema("<xs:redefine schemaLocation='other.xsd'/>" + element), kNoGrammar},
-        {Schema("<xs:import namespace='u' schemaLocation='other.xsd'/>" + element), kNoGrammar},
-        {Schema(element, "xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
+    const std::string fits = "<r>12</r>";
+    const std::tuple<std::string, std::string, std::uint32_t> table[] = {
+        {fits, kNumber, 0},
+        {"<?xml version='1.0' encoding='UTF-16'?><r>12</r>", kNumber, 0},
+        {"<r>x</r>", kNumber, kInvalid},
+        {"<s>12</s>", kNumber, kInvalid},
+        {"<r xmlns='u'>12</r>", kNumber, kInvalid},
+        {"<r a='1'>12</r>", kNumber, kInvalid},
+        {fits, "", kNoGrammar},
+        {fits, "<r>", kNoGrammar},
+        {fits, "<r/>", kNoGrammar},
+        {fits, "<!DOCTYPE s [<!ENTITY e SYSTEM 'file:///etc/hostname'>]>" + kNumber, kNoGrammar},
+        {fits, Schema("<xs:element name='r' type='none'/>"), kNoGrammar},
+        {fits, Schema(element, "targetNamespace='u'"), kNoGrammar},
+        {fits, Schema("<xs:include schemaLocation='other.xsd'/>" + element), kNoGrammar},
+        {fits, Schema("<xs:redefine schemaLocation='other.xsd'/>" + element), kNoGrammar},
+        {fits, Schema("<xs:import namespace='u' schemaLocation='o.xsd'/>" + element), kNoGrammar},
+        {fits,
+         Schema(element, "xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
                          "i:schemaLocation='http://www.w3.org/2001/XMLSchema s.xsd'"),
          0},
-        {"<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xE4 -->" + kNumber, 0},
+        {fits, "<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xE4 -->" + kNumber, 0},
     };
     ::testing::internal::CaptureStderr();
-    for (const auto& [schema, code] : table) {
-        const ParseError error = Validated("<r>12</r>", schema);
-        EXPECT_EQ(error.errorCode, code) << schema << error.reason;
-        EXPECT_EQ(error.reason.empty(), code == 0) << schema;
+    for (const auto& [document, schema, code] : table) {
+        const ParseError error = Validated(document, schema);
+        EXPECT_EQ(error.errorCode, code) << document << schema << error.reason;
+        EXPECT_EQ(error.reason.empty(), code == 0) << document << schema;
     }
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "") << "nothing prints by itself";
 }
 
-/// The text again and again, with "#" standing for the number of the turn and "@" for the one before.
+/// The text again and again; "#" becomes the number of the turn and "@" the one before.
 std::string Turns(int count, std::string_view pattern) {
     std::string text;
     for (int i = 1; i <= count; ++i) {
@@ -92,9 +81,8 @@ TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
                "</xs:sequence></xs:complexType></xs:element>";
     };
     const auto withPattern = [&](int length) {
-        return element +
-               "<xs:simpleType name='p'><xs:restriction base='xs:string'><xs:pattern value='" +
-               Turns(length, "ab") + "'/></xs:restriction></xs:simpleType>";
+        return element + "<xs:simpleType name='p'><xs:restriction base='xs:string'>" +
+               "<xs:pattern value='" + Turns(length, "ab") + "'/></xs:restriction></xs:simpleType>";
     };
     const auto counted = [&](int levels) {
         return element + "<xs:complexType name='c'>" +
@@ -102,25 +90,23 @@ TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
                "<xs:element name='a' minOccurs='0'/>" + Turns(levels, "</xs:sequence>") +
                "</xs:complexType>";
     };
+    constexpr const char* kDoubled = "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
+                                     "<xs:group ref='n@'/></xs:sequence></xs:group>";
     const std::string groups =
         element +
         "<xs:group name='n0'><xs:sequence><xs:element name='a'/></xs:sequence></xs:group>";
-    const std::string types = element + "<xs:complexType name='n0'/>";
     const std::pair<std::string, bool> table[] = {
-        {groups + Turns(3, "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
-                           "<xs:group ref='n@'/></xs:sequence></xs:group>"),
-         true},
-        {groups + Turns(40, "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
-                            "<xs:group ref='n@'/></xs:sequence></xs:group>"),
-         false},
+        {groups + Turns(3, kDoubled), true},
+        {groups + Turns(40, kDoubled), false},
         {element + Turns(30, "<xs:attributeGroup name='n#'><xs:attributeGroup ref='n@'/>"
                              "<xs:attributeGroup ref='n@'/></xs:attributeGroup>"),
          false},
         {element + Turns(40, "<xs:simpleType name='n#'><xs:union memberTypes='n@ n@'/>"
                              "</xs:simpleType>"),
          false},
-        {types + Turns(100, "<xs:complexType name='n#'><xs:complexContent>"
-                            "<xs:extension base='n@'/></xs:complexContent></xs:complexType>"),
+        {element + "<xs:complexType name='n0'/>" +
+             Turns(100, "<xs:complexType name='n#'><xs:complexContent>"
+                        "<xs:extension base='n@'/></xs:complexContent></xs:complexType>"),
          false},
         {element + Turns(300, "<xs:element name='n#' substitutionGroup='r'/>"), false},
         {inElement(Turns(2500, "<xs:element name='n#' minOccurs='0'/>")), false},
@@ -218,10 +204,7 @@ TEST(Schema, NoDepthIsTooMuchForASmallStack) {
     ASSERT_EQ(pthread_attr_init(&attributes), 0);
     ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::size_t{256} * 1024), 0);
     pthread_t thread{};
-    const auto run = [](void* /*nothing*/) -> void* {
-        ValidateDeepOnes();
-        return nullptr;
-    };
+    const auto run = [](void*) -> void* { return ValidateDeepOnes(), nullptr; };
     ASSERT_EQ(pthread_create(&thread, &attributes, run, nullptr), 0);
     pthread_join(thread, nullptr);
     pthread_attr_destroy(&attributes);
@@ -230,20 +213,17 @@ TEST(Schema, NoDepthIsTooMuchForASmallStack) {
 TEST(Schema, NothingIsOpenedThatADocumentOrAnImportNames) {
     const test::TempFolder folder;
     const std::string other = folder.Path("other.xsd");
-    folder.Write("other.xsd", Schema("<xs:element name='s' type='xs:int'/>"));
-    EXPECT_EQ(Validated("<s xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
-                        "i:noNamespaceSchemaLocation='" +
-                            other + "'>12</s>",
-                        kNumber)
-                  .errorCode,
-              kInvalid);
-    folder.Write("other.xsd",
-                 Schema("<xs:element name='s' type='xs:int'/>", "targetNamespace='" + other + "'"));
-    const std::string importing =
-        Schema("<xs:import namespace='" + other +
-                   "'/><xs:element name='r'><xs:complexType><xs:sequence><xs:element ref='q:s'/>"
-                   "</xs:sequence></xs:complexType></xs:element>",
-               "xmlns:q='" + other + "'");
+    const std::string named = "<xs:element name='s' type='xs:int'/>";
+    folder.Write("other.xsd", Schema(named));
+    const std::string document = "<s xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
+                                 "i:noNamespaceSchemaLocation='" +
+                                 other + "'>12</s>";
+    EXPECT_EQ(Validated(document, kNumber).errorCode, kInvalid);
+    folder.Write("other.xsd", Schema(named, "targetNamespace='" + other + "'"));
+    const std::string importing = Schema(
+        "<xs:import namespace='" + other + "'/><xs:element name='r'><xs:complexType>" +
+            "<xs:sequence><xs:element ref='q:s'/></xs:sequence></xs:complexType></xs:element>",
+        "xmlns:q='" + other + "'");
     EXPECT_EQ(Validated("<r><s xmlns='" + other + "'>12</s></r>", importing).errorCode, kNoGrammar);
 }
 

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/xml/dom/loaded_document.h"
-#include "xml/dom/names.h"
+#include "xml/dom/node.h"
 #include "xml/dom/serialize.h"
 #include "xml/dom/tree.h"
 
@@ -14,40 +14,17 @@
 namespace nqp2::dom {
 namespace {
 
-TEST(Tree, CopyIsWholeAndStandsAlone) {
-    const std::string documents[] = {
-        "<r><a><b><c/></b></a><d/>x</r>",
-        "<r xmlns=\"u\" xmlns:p=\"v\" p:k=\"1\">a<p:b k=\"2\"><!--c--><?i "
-        "d?></p:b><![CDATA[<]]><e/></r>",
-        "<r>" + Repeated("<d>", 200) + "x" + Repeated("</d>", 200) + "</r>",
-    };
-    Document target(SelectionRule::Names::Namespace);
-    for (const std::string& text : documents) {
-        const LoadedDocument source(text);
-        const Node& copy = target.Content()->Copy(*source.Nodes().Root());
-        EXPECT_EQ(copy.parent, nullptr);
-        source.Nodes().SetText(*source.Nodes().Root(), "changed");
-        EXPECT_EQ(Serialize(copy), text);
-    }
-    const LoadedDocument source("<r xmlns='u' xmlns:p='v'><a p:k='1'><p:b/></a></r>");
-    EXPECT_EQ(Serialize(target.Content()->Copy(source.First("r/a"))),
-              "<a xmlns=\"u\" xmlns:p=\"v\" p:k=\"1\"><p:b/></a>");
-}
-
-TEST(Tree, MemoryServesAgainWhenNobodyHoldsTheOldTree) {
+TEST(Tree, MemoryServesAgainWhenNothingHoldsTheOldTree) {
     LoadedDocument document("<r><a>old</a></r>");
     const Tree* const tree = document.Content().get();
     const std::size_t used = tree->BytesUsed();
-    for (int i = 0; i < 3; ++i) {
-        ASSERT_TRUE(document.LoadText("<r><a>new</a></r>"));
-        EXPECT_EQ(document.Content().get(), tree);
-        EXPECT_EQ(tree->BytesUsed(), used);
-    }
+    ASSERT_TRUE(document.LoadText("<r><a>new</a></r>"));
+    EXPECT_EQ(document.Content().get(), tree);
+    EXPECT_EQ(tree->BytesUsed(), used);
 }
 
-TEST(Serialize, GivesBackWhatWasLoaded) {
-    const char* const table[] = {
-        "<a/>",
+TEST(Serialize, GivesBackWhatWasLoadedInOneForm) {
+    const char* const kept[] = {
         "<a x=\"1\" y=\"&lt;&gt;&amp;&quot;'\"/>",
         "<a x=\"&amp;amp;&amp;#38;\">&amp;amp;</a>",
         "<a x=\"&#9;&#10;&#13; \">&#13;\n</a>",
@@ -59,24 +36,20 @@ TEST(Serialize, GivesBackWhatWasLoaded) {
         "<a><!-- c --><?i d ?><?j?></a>",
         "<a>\xE7\xB4\xA0\xF0\xA0\xAE\xB7</a>",
     };
-    for (const char* text : table) {
+    for (const char* text : kept) {
         EXPECT_EQ(LoadedDocument(text).Saved(), std::string(text) + "\r\n");
     }
-}
-
-TEST(Serialize, WritesOneFormOfWhatMayBeWrittenDifferently) {
-    const std::pair<const char*, const char*> table[] = {
+    const std::pair<const char*, const char*> changed[] = {
         {"<a></a>", "<a/>\r\n"},
         {"<a >\r\n<b\n/>\r</a >", "<a>\n<b/>\n</a>\r\n"},
         {"<a x='\n'>&#228;&apos;</a>", "<a x=\" \">\xC3\xA4'</a>\r\n"},
-        {"<?xml version='1.0'?><a/>", "<?xml version=\"1.0\"?>\r\n<a/>\r\n"},
         {"<?xml version='1.0' encoding='utf-16' standalone='yes'?><a/>",
          "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\r\n<a/>\r\n"},
         {"<?xml version='1.0' standalone='no' ?>\n\n<?i d?><!--c-->\n<a/><!--e-->",
          "<?xml version=\"1.0\" standalone=\"no\"?>\r\n<?i "
          "d?>\r\n<!--c-->\r\n<a/>\r\n<!--e-->\r\n"},
     };
-    for (const auto& [loaded, saved] : table) {
+    for (const auto& [loaded, saved] : changed) {
         EXPECT_EQ(LoadedDocument(loaded).Saved(), saved);
         EXPECT_EQ(LoadedDocument(saved).Saved(), saved);
     }
@@ -84,10 +57,11 @@ TEST(Serialize, WritesOneFormOfWhatMayBeWrittenDifferently) {
 
 TEST(Serialize, SubNodeStandsAloneWithTheDeclarationsItNeeds) {
     const LoadedDocument document(
-        "<r xmlns='u' xmlns:p='v' xmlns:z='w'><a p:x='1' p:y='2'><p:b/>t</a><e xmlns=''/></r>");
+        "<r xmlns='u' xmlns:p='v' xmlns:z='w'><a p:x='1' p:y='2'><p:b/>t</a>"
+        "<!--c--><?i d?><![CDATA[<]]><e xmlns=''/></r>");
     const std::pair<const char*, const char*> table[] = {
         {"r", "<r xmlns=\"u\" xmlns:p=\"v\" xmlns:z=\"w\"><a p:x=\"1\" p:y=\"2\"><p:b/>t</a>"
-              "<e xmlns=\"\"/></r>"},
+              "<!--c--><?i d?><![CDATA[<]]><e xmlns=\"\"/></r>"},
         {"r/a", "<a xmlns=\"u\" xmlns:p=\"v\" p:x=\"1\" p:y=\"2\"><p:b/>t</a>"},
         {"r/a/p:b", "<p:b xmlns:p=\"v\"/>"},
         {"r/e", "<e xmlns=\"\"/>"},
@@ -95,6 +69,8 @@ TEST(Serialize, SubNodeStandsAloneWithTheDeclarationsItNeeds) {
     };
     for (const auto& [path, xml] : table) {
         EXPECT_EQ(Serialize(document.First(path)), xml) << path;
+        const LoadedDocument other("<o/>");
+        EXPECT_EQ(Serialize(other.Nodes().Copy(document.First(path))), xml) << "so does a copy";
     }
 }
 
@@ -107,12 +83,6 @@ TEST(Serialize, TextAndCDataOfAnyContentReadBackTheSame) {
         const LoadedDocument again(document.Saved());
         EXPECT_EQ(TextOf(again.First("a/b")), content);
         EXPECT_EQ(again.First("a/b").FirstAttribute()->Content(), content);
-    }
-    for (const char* content : {"]]>", "a]]>b]]>", "]]]]>>", "<&>\"'\t\n"}) {
-        const LoadedDocument document("<a/>");
-        Tree& tree = document.Nodes();
-        tree.Insert(*tree.Root(), tree.CreateCharacters(NodeType::CData, content), nullptr);
-        EXPECT_EQ(TextOf(LoadedDocument(document.Saved()).Top()), content);
     }
 }
 
@@ -129,28 +99,24 @@ TEST(Serialize, AnyDepth) {
     EXPECT_EQ(Serialize(tree.DocumentNode()),
               Repeated("<a>", kDepth - 1) + "<a/>" + Repeated("</a>", kDepth - 1) + "\r\n");
     EXPECT_EQ(SelectAll(tree.DocumentNode(), "/a/a").size(), 1U);
+    Document other(SelectionRule::Names::Qualified);
+    EXPECT_EQ(Serialize(other.Content()->Copy(*tree.Root())) + "\r\n",
+              Serialize(tree.DocumentNode()));
 }
 
 using namespace std::string_literals;
 
-TEST(Names, QualifiedName) {
-    for (const char* const name :
-         {"a", "P2Main", "p:a", "_", "a-b.c1", "\xC3\xA4", "\xE7\xB4\xA0:x"}) {
+TEST(Names, WhatANameAndATextMayHold) {
+    for (const char* const name : {"a", "p:a", "_", "a-b.c1", "\xE7\xB4\xA0:x"}) {
         EXPECT_TRUE(IsQualifiedName(name)) << name;
     }
-    for (const std::string& name : {""s, " "s, "a b"s, " a"s, "1a"s, "-a"s, ":a"s, "a:"s, "a:b:c"s,
-                                    "a>"s, "a/"s, "a=\"1\""s, "a\0b"s, "\0"s, "a\n"s, "\xFF"s}) {
+    for (const std::string& name :
+         {""s, "a b"s, "1a"s, "-a"s, ":a"s, "a:"s, "a:b:c"s, "a>"s, "a\0b"s, "a\n"s, "\xFF"s}) {
         EXPECT_FALSE(IsQualifiedName(name)) << name;
     }
-}
-
-TEST(Names, CharactersOfAText) {
-    for (const std::string& text : {""s, " \t\r\n"s, "<&>"s, "\x7F"s, "\xC2\x85"s, "\xEF\xBF\xBD"s,
-                                    "\xF0\x9F\x98\x80"s, "\xF4\x8F\xBF\xBF"s}) {
-        EXPECT_TRUE(IsXmlText(text)) << text;
-    }
-    for (const std::string& text : {"\0"s, "a\x01"s, "\x1F"s, "\x0B"s, "\xEF\xBF\xBE"s, // U+FFFE
-                                    "\xED\xA0\x80"s,                                    // surrogate
+    EXPECT_TRUE(IsXmlText(" \t\r\n<&>\x7F\xC2\x85\xEF\xBF\xBD\xF0\x9F\x98\x80\xF4\x8F\xBF\xBF"));
+    // A noncharacter, a surrogate, an overlong form, cut off, alone, beyond the last.
+    for (const std::string& text : {"\0"s, "a\x01"s, "\x0B"s, "\xEF\xBF\xBE"s, "\xED\xA0\x80"s,
                                     "\xC0\x80"s, "\xE7\xB4"s, "\x80"s, "\xF4\x90\x80\x80"s}) {
         EXPECT_FALSE(IsXmlText(text)) << ::testing::PrintToString(text);
     }

@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "xml/dom/parse_error_codes.h"
+#include "xml/dom/parse_error.h"
+
+#include <libxml/xmlerror.h>
 
 #include <algorithm>
 #include <iterator>
@@ -33,8 +35,6 @@ bool StartsElement(std::string_view text) {
     return text.size() > 1 && text[0] == '<' && text[1] != '!' && text[1] != '?' && text[1] != '/';
 }
 
-} // namespace
-
 std::uint32_t PlatformErrorCode(const xmlError& error, std::string_view ahead) {
     if (error.code == XML_ERR_DOCUMENT_EMPTY && !ahead.empty()) {
         return kInvalidAtTopLevel;
@@ -46,6 +46,20 @@ std::uint32_t PlatformErrorCode(const xmlError& error, std::string_view ahead) {
         std::find_if(std::begin(kCodes), std::end(kCodes),
                      [&](const CodePair& pair) { return pair.libxml == error.code; });
     return found != std::end(kCodes) ? found->platform : kOtherFault;
+}
+
+/// One line for a person: some of libxml2's messages go on, or quote the file at any length.
+std::string Reason(const xmlError& error) {
+    constexpr std::size_t kLongest = 200;
+    const std::string_view message = error.message != nullptr ? error.message : "not well-formed";
+    return std::string(message.substr(0, std::min(message.find_first_of("\r\n"), kLongest)));
+}
+
+} // namespace
+
+ParseError NotWellFormed(const xmlError& error, std::string_view ahead) {
+    return {PlatformErrorCode(error, ahead), Reason(error), error.line, error.int2,
+            Fault::NotWellFormed};
 }
 
 } // namespace nqp2::dom

@@ -13,19 +13,9 @@
 namespace {
 
 TEST(TextConversion, CopiesTextAndConvertsNothing) {
-    for (const wchar_t* text : {L"", L"P2", L"\u7D20\U00020BB7", L"\xD800"}) {
-        EXPECT_EQ(CMarkupMSXML::FromBSTR(CMarkupMSXML::ToBSTR(text)), text);
-        const _variant_t variant = CMarkupMSXML::ToVARIANT(text);
-        EXPECT_EQ(variant.vt, VT_BSTR);
-        EXPECT_EQ(CMarkupMSXML::FromVARIANT(variant), text);
-    }
-    EXPECT_TRUE(CMarkupMSXML::FromBSTR(CMarkupMSXML::ToBSTR(nullptr)).IsEmpty());
-    EXPECT_EQ(CMarkupMSXML::ToVARIANT(nullptr).vt, VT_BSTR);
-    _variant_t null(L"hidden");
-    null.vt = VT_NULL;
-    for (const _variant_t& other : {_variant_t(), null, _variant_t(5), _variant_t(1.5)}) {
-        EXPECT_TRUE(CMarkupMSXML::FromVARIANT(other).IsEmpty()) << other.vt;
-    }
+    EXPECT_EQ(CMarkupMSXML::FromBSTR(CMarkupMSXML::ToBSTR(L"\u7D20\xD800")), L"\u7D20\xD800");
+    EXPECT_EQ(CMarkupMSXML::FromVARIANT(CMarkupMSXML::ToVARIANT(L"\u7D20")), L"\u7D20");
+    EXPECT_TRUE(CMarkupMSXML::FromVARIANT(5).IsEmpty());
 }
 
 class Codec : public CMarkupMSXML {
@@ -47,43 +37,26 @@ public:
     }
 };
 
-TEST(Base64, ShapeOfTheText) {
+TEST(Base64, EncodesInLinesAndEveryLengthComesBack) {
     const std::string line(76, 'A');
     const std::pair<std::size_t, std::string> table[] = {
         {0, ""},
         {1, "AA=="},
         {2, "AAA="},
-        {3, "AAAA"},
         {56, line.substr(0, 75) + "="},
         {57, line + "\r\n"}, // the one length at which a break ends the text
         {58, line + "\r\nAA=="},
         {114, line + "\r\n" + line + "\r\n"},
     };
-    for (const auto& [length, text] : table) {
-        EXPECT_EQ(Codec().Encoded(std::string(length, '\0')), text) << length;
-    }
-}
-
-TEST(Base64, EveryLengthComesBackAndTheAlphabetIsTheUsualOne) {
     Codec codec;
+    for (const auto& [length, text] : table) {
+        EXPECT_EQ(codec.Encoded(std::string(length, '\0')), text) << length;
+    }
     std::string bytes;
     for (unsigned length = 0; length <= 300; ++length) {
         ASSERT_EQ(codec.Decoded(nqp2::platform::TextFromUtf8(codec.Encoded(bytes))), bytes);
         bytes.push_back(static_cast<char>((length * 37 + 101) & 0xFFU));
     }
-    std::string counted; // the numbers 0 to 63 of six bits each
-    for (unsigned i = 0; i < 64; i += 4) {
-        const unsigned group = i << 18U | (i + 1) << 12U | (i + 2) << 6U | (i + 3);
-        for (const unsigned shift : {16U, 8U, 0U}) {
-            counted += static_cast<char>(group >> shift & 0xFFU);
-        }
-    }
-    EXPECT_EQ(codec.Encoded(counted),
-              "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
-}
-
-TEST(Base64, LengthsThatCannotBeEncodedGiveNothing) {
-    Codec codec;
     unsigned char byte = 0;
     EXPECT_TRUE(codec.TBase64Encode(&byte, -1).IsEmpty());
     EXPECT_TRUE(codec.TBase64Encode(&byte, 536'870'912).IsEmpty());
@@ -91,29 +64,28 @@ TEST(Base64, LengthsThatCannotBeEncodedGiveNothing) {
 }
 
 TEST(Base64, DecodingSkipsWhatIsNotOfTheAlphabet) {
-    const std::pair<const wchar_t*, const char*> table[] = {
-        {L"", ""},           {L" Q=U\r\nJ\tD= ", "ABC"}, {L"Q-U_J*D\u00E4\u7D20", "ABC"},
-        {L"QUJDRA", "ABCD"}, {L"QUJDR", "ABC"},          {L"QUI=QUI=", "AB\x10P"},
+    Codec codec;
+    const std::pair<CString, const char*> table[] = {
+        {L"", ""},
+        {L" Q=U\r\nJ\tD= ", "ABC"},
+        {L"Q-U_J*D\u00E4\u7D20", "ABC"},
+        {L"QUJDRA", "ABCD"},
+        {L"QUJDR", "ABC"},
+        {L"QUI=QUI=", "AB\x10P"},
+        {L"+/+/", "\xFB\xFF\xBF"},
+        {CString(L"QUJD\0RERE", 9), "ABC"},
     };
     for (const auto& [text, bytes] : table) {
-        EXPECT_EQ(Codec().Decoded(text), bytes) << CString(text);
+        EXPECT_EQ(codec.Decoded(text), bytes) << text;
     }
-    EXPECT_EQ(Codec().Decoded(CString(L"QUJD\0RERE", 9)), "ABC") << "a zero ends the text";
-}
-
-TEST(Base64, TextForms) {
-    Codec codec;
     CString text = L"z\u00E4\u00FF";
     CString encoded = codec.TBase64Encode(text);
     EXPECT_EQ(encoded, L"euT/");
     EXPECT_EQ(codec.TBase64Decode(encoded), text);
     CString foreign = L"\u7D20a";
-    EXPECT_EQ(codec.TBase64Encode(foreign), L"P2E=");
+    EXPECT_EQ(codec.TBase64Encode(foreign), L"P2E=") << "? for what 8 bits cannot hold";
     CString withZero = L"QUIAQUI=";
     EXPECT_EQ(codec.TBase64Decode(withZero), L"AB");
-    CString nothing;
-    EXPECT_TRUE(codec.TBase64Encode(nothing).IsEmpty());
-    EXPECT_TRUE(codec.TBase64Decode(nothing).IsEmpty());
 }
 
 } // namespace

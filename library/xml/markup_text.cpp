@@ -1,14 +1,20 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "xml/base64.h"
+#include "NQP2ParserU/MarkupMSXML.h"
+
+#include "platform/guard.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
+#include <string>
+#include <string_view>
 
-namespace nqp2::xml {
+using nqp2::platform::Guarded;
+
 namespace {
 
 constexpr std::string_view kAlphabet =
@@ -36,8 +42,9 @@ int ValueOf(char ch) {
     return position == std::string_view::npos ? -1 : static_cast<int>(position);
 }
 
-} // namespace
-
+/// Base64 text (RFC 4648) with padding, in lines of 76 characters separated by CR LF. Ends with
+/// one CR LF when the length is a positive multiple of 57: kept, hosts rely on it. "" for no bytes
+/// and for lengths whose text would pass 2 GiB.
 std::string EncodeBase64(const unsigned char* data, int length) {
     std::string out;
     if (data == nullptr || length <= 0 ||
@@ -63,6 +70,8 @@ std::string EncodeBase64(const unsigned char* data, int length) {
     return out;
 }
 
+/// The bytes in a Base64 text up to its end or first zero. Whatever is not of the alphabet is
+/// skipped, padding included; a lone last character gives nothing.
 std::string DecodeBase64(std::string_view text) {
     std::string out;
     std::uint32_t bits = 0;
@@ -82,4 +91,67 @@ std::string DecodeBase64(std::string_view text) {
     return out;
 }
 
-} // namespace nqp2::xml
+// The 8-bit form of text is ISO 8859-1: one byte a character, so that byte counts are character
+// counts, and every byte has a character.
+std::string NarrowText(const CString& text) {
+    std::string bytes;
+    for (const wchar_t ch : text.View()) {
+        bytes.push_back(ch >= 0 && ch <= 0xFF ? static_cast<char>(ch) : '?');
+    }
+    return bytes;
+}
+
+CString WideText(std::string_view bytes) {
+    std::wstring text;
+    for (const char byte : bytes) {
+        text.push_back(static_cast<unsigned char>(byte));
+    }
+    return CString(text);
+}
+
+} // namespace
+
+_bstr_t CMarkupMSXML::ToBSTR(const wchar_t* text) {
+    return Guarded(_bstr_t(), [&] { return _bstr_t(text); });
+}
+
+CString CMarkupMSXML::FromBSTR(const _bstr_t& text) noexcept {
+    return text.Text();
+}
+
+_variant_t CMarkupMSXML::ToVARIANT(const wchar_t* text) {
+    return Guarded(_variant_t(), [&] { return _variant_t(text); });
+}
+
+CString CMarkupMSXML::FromVARIANT(const _variant_t& value) noexcept {
+    return value.Text();
+}
+
+CString CMarkupMSXML::TBase64Encode(unsigned char* data, int length) {
+    return Guarded(CString(), [&] { return WideText(EncodeBase64(data, length)); });
+}
+
+CString CMarkupMSXML::TBase64Encode(CString& text) {
+    return Guarded(CString(), [&] {
+        std::string bytes = NarrowText(text);
+        return TBase64Encode(reinterpret_cast<unsigned char*>(bytes.data()),
+                             static_cast<int>(bytes.size()));
+    });
+}
+
+int CMarkupMSXML::TBase64Decode(const CString& text, unsigned char** out) {
+    return Guarded(0, [&] {
+        *out = nullptr;
+        const std::string bytes = DecodeBase64(NarrowText(text));
+        *out = new unsigned char[bytes.size() + 1];
+        std::memcpy(*out, bytes.data(), bytes.size());
+        return static_cast<int>(bytes.size());
+    });
+}
+
+CString CMarkupMSXML::TBase64Decode(CString& text) {
+    return Guarded(CString(), [&] {
+        const std::string bytes = DecodeBase64(NarrowText(text));
+        return WideText(bytes.substr(0, bytes.find('\0')));
+    });
+}

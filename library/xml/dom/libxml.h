@@ -5,14 +5,68 @@
 
 #include <libxml/globals.h>
 #include <libxml/threads.h>
+#include <libxml/tree.h>
 #include <libxml/xmlerror.h>
+#include <libxml/xmlstring.h>
 
 #include <array>
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
 
+/// How this room uses libxml2: its texts, a walk over its elements, and a guard for each use.
 namespace nqp2::dom {
+
+/// The text as libxml2 takes it; valid as long as `text` is unchanged.
+inline const xmlChar* Xml(const std::string& text) {
+    return reinterpret_cast<const xmlChar*>(text.c_str());
+}
+
+/// Text of libxml2's; null counts as empty.
+inline std::string_view View(const xmlChar* text) {
+    return text != nullptr ? std::string_view(reinterpret_cast<const char*>(text))
+                           : std::string_view();
+}
+
+inline std::string_view View(const xmlChar* begin, const xmlChar* end) {
+    return {reinterpret_cast<const char*>(begin), static_cast<std::size_t>(end - begin)};
+}
+
+/// The value of an attribute without prefix; "" when it is missing.
+inline std::string Attribute(const xmlNode& node, const char* name) {
+    xmlChar* const value = xmlGetNoNsProp(&node, BAD_CAST name);
+    std::string text(View(value));
+    xmlFree(value);
+    return text;
+}
+
+/// Visits an element and all below it in document order, with its depth, until `visit` returns
+/// false; returns whether it never did. No recursion, so that no document is too deep.
+template <class Visit>
+bool EveryElement(const xmlNode& top, Visit visit) {
+    int depth = 0;
+    for (const xmlNode* node = &top;; node = node->next) {
+        while (node->type == XML_ELEMENT_NODE) {
+            if (!visit(*node, depth)) {
+                return false;
+            }
+            if (node->children == nullptr) {
+                break;
+            }
+            node = node->children;
+            ++depth;
+        }
+        while (node != &top && node->next == nullptr) {
+            node = node->parent;
+            --depth;
+        }
+        if (node == &top) {
+            return true;
+        }
+    }
+}
 
 /// Keeps libxml2 from printing. What concerns a document reaches its own handlers, but encoding
 /// converters and unknown XPath functions complain to the thread-wide ones, which print unless
@@ -33,8 +87,8 @@ public:
     QuietLibxml(const QuietLibxml&) = delete;
     QuietLibxml& operator=(const QuietLibxml&) = delete;
 
-    /// Evaluating paths and validating are no places to run out of memory: libxml2 uses some of what it
-    /// asks for unseen. So a stock of small blocks is made and given back first, for it to take from.
+    /// Evaluating paths and validating are no places to run out of memory: libxml2 does not check
+    /// all that it asks for. So a stock of small blocks is made and given back first, for its use.
     /// Throws std::bad_alloc.
     static void RequireStock() {
         constexpr std::size_t kBlock = 512;

@@ -1,0 +1,69 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/query_cache.h"
+
+#include "xml/dom/tree.h"
+#include "xml/dom/xpath.h"
+
+namespace nqp2::dom {
+namespace {
+
+void ScanForAnchors(QueryCache::Anchors& found, Node& top, const NameTest& test) {
+    found.nodes.clear();
+    found.nested = false;
+    std::size_t count = 0; // first, so that a document of many takes no more than it needs
+    for (const Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+        count += test.Fits(*each) ? 1U : 0U;
+    }
+    found.nodes.reserve(count);
+    const Node* lastAnchor = nullptr;
+    for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+        if (!test.Fits(*each)) {
+            continue;
+        }
+        for (const Node* up = each->parent; up != nullptr && !found.nested; up = up->parent) {
+            found.nested = up == lastAnchor;
+        }
+        lastAnchor = each;
+        found.nodes.push_back(each);
+    }
+}
+
+} // namespace
+
+QueryCache::QueryCache() = default;
+QueryCache::~QueryCache() = default;
+
+const QueryCache::Anchors& QueryCache::AnchorsOf(Node& top, const NameTest& test) {
+    const std::uint64_t version = top.tree->Version();
+    if (m_version != version || m_top != &top || m_name != test.name || m_uri != test.uri ||
+        m_byNamespace != test.byNamespace) {
+        m_top = nullptr; // in case that memory does not suffice for the list
+        ScanForAnchors(m_anchors, top, test);
+        m_name = test.name;
+        m_uri = test.uri;
+        m_byNamespace = test.byNamespace;
+        m_version = version;
+        m_top = &top;
+    }
+    return m_anchors;
+}
+
+XPathView& QueryCache::ViewOf(Node& top) {
+    if (m_view == nullptr || !m_view->IsCurrent(top)) {
+        m_view = std::make_unique<XPathView>(top, top.tree->Rule());
+    }
+    return *m_view;
+}
+
+void QueryCache::LetGo() noexcept {
+    constexpr std::size_t kKept = 1024;
+    m_view.reset();
+    if (m_anchors.nodes.capacity() > kKept) {
+        m_top = nullptr;
+        m_anchors = {};
+    }
+}
+
+} // namespace nqp2::dom
