@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "edl/edl_layout.h"
-#include "edl/edl_name.h"
 #include "platform/guid_text.h"
 #include "tests/edl/edl_test.h"
 #include "tests/support/child_process.h"

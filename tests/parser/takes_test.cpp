@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "clips/memos.h"
+#include "clips/clip_fields.h"
 #include "clips/takes.h"
 #include "tests/parser/card_test.h"
 
