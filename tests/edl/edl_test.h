@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/file_system.h"
-#include "tests/parser/card_test.h"
+#include "tests/clips/card_test.h"
 
 #include <filesystem>
 #include <set>

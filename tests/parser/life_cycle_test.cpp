@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "NQP2ParserU/SystemFolder.h"
-#include "tests/parser/card_test.h"
+#include "tests/clips/card_test.h"
 
 namespace nqp2::clips {
 namespace {

@@ -12,7 +12,7 @@
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/NQXmlParser.h"
-#include "tests/parser/clip_show.h"
+#include "tests/clips/clip_show.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/child_process.h"
 

@@ -3,7 +3,7 @@
 
 #include "clips/clip_fields.h"
 #include "clips/takes.h"
-#include "tests/parser/card_test.h"
+#include "tests/clips/card_test.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "tests/parser/card_test.h"
-#include "tests/parser/clip_show.h"
+#include "tests/clips/card_test.h"
+#include "tests/clips/clip_show.h"
 
 #include <cstdlib>
 #include <filesystem>
