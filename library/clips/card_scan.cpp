@@ -91,10 +91,10 @@ private:
 /// Appends a record for every clip file below the contents folder that loads.
 void ScanClips(const platform::Place& contents, CMarkupMSXML& reader, bool keepDigit,
                CArray<_tag_P2Clip>& clips, ScanReport* report) {
-    const MetadataFolder folder(contents.Below(media::kClipFolder),
+    const MetadataFolder folder(contents.Below(media::kMetadataFiles.folder.Path()),
                                 MetadataFolder::Subfolders::Remarked);
-    const bool isMissing =
-        folder.Status().error == platform::IoError::NotFound && !contents.Has(L"CLIP");
+    const bool isMissing = folder.Status().error == platform::IoError::NotFound &&
+                           !contents.Has(media::kMetadataFiles.folder.Text());
     Scan scan(contents, reader, keepDigit, report);
     scan.Run(folder, isMissing, clips);
     if (report != nullptr) {

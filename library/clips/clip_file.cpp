@@ -8,6 +8,7 @@
 #include "clips/essence_lookup.h"
 #include "media/card_layout.h"
 #include "media/card_status.h"
+#include "media/element_paths.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "platform/guard.h"
 #include "platform/place.h"
@@ -15,18 +16,17 @@
 
 namespace nqp2::clips {
 
+using media::ClipPath;
 using media::kCannotRead;
 using media::kRead;
 using xml::MetadataFolder;
 
 namespace {
 
-constexpr const wchar_t* kCodecPath = L"//P2Main/ClipContent/EssenceList/Video/Codec";
-constexpr const wchar_t* kFrameRatePath = L"//P2Main/ClipContent/EssenceList/Video/FrameRate";
-constexpr const wchar_t* kEditUnitPath = L"//P2Main/ClipContent/EditUnit";
-
-// A missing element is nothing to log.
-constexpr int kIgnoreMissing = 1;
+CString TextAt(CMarkupMSXML& reader, ClipPath path) {
+    constexpr int kIgnoreMissing = 1; // which is nothing to log
+    return reader.GetNodeText(media::FullPathText(path), kIgnoreMissing);
+}
 
 /// The contents folder above a clip file: the path without its last two components.
 CString ContentsAbove(const CString& xmlPath) {
@@ -55,7 +55,8 @@ eCodeType CoarseCodeType(const CString& codec) {
 __int64 LoadNamedClip(const CString& root, const CString& clipName, CMarkupMSXML& reader,
                       _tag_P2Clip& clip) {
     const platform::Place contents(media::ContentsFolder(root));
-    clip.XmlPath = contents.PathOf(media::kClipFolder + clipName + media::kXmlExtension);
+    clip.XmlPath = contents.Below(media::kMetadataFiles.folder.Path())
+                       .PathOf(media::FileNameOf(media::kMetadataFiles, clipName));
     if (reader.LoadXml(clip.XmlPath) == 0) {
         return kCannotRead;
     }
@@ -106,16 +107,17 @@ __int64 ReadFormat(const CString& root, CMarkupMSXML& reader, DiskFormat& format
         return kCannotRead;
     }
     const platform::MemoryWatch watch;
-    const MetadataFolder clips(contents.Below(media::kClipFolder),
+    const MetadataFolder clips(contents.Below(media::kMetadataFiles.folder.Path()),
                                MetadataFolder::Subfolders::PassedOver);
     const bool found = clips.LoadFirst(reader);
     if (found) {
-        format.codec = reader.GetNodeText(kCodecPath, kIgnoreMissing);
-        const bool class50 = format.codec == L"AVC-I_1080/50i" &&
-                             reader.GetNodeAttribute(kCodecPath, L"Class") == L"50";
+        format.codec = TextAt(reader, ClipPath::Codec);
+        const bool class50 =
+            format.codec == L"AVC-I_1080/50i" &&
+            reader.GetNodeAttribute(media::FullPathText(ClipPath::Codec), L"Class") == L"50";
         format.class50 = class50 ? 1 : 0;
-        format.frameRate = reader.GetNodeText(kFrameRatePath, kIgnoreMissing);
-        format.editUnit = reader.GetNodeText(kEditUnitPath, kIgnoreMissing);
+        format.frameRate = TextAt(reader, ClipPath::FrameRate);
+        format.editUnit = TextAt(reader, ClipPath::EditUnit);
         format.standard = StandardOf(format.frameRate);
         format.codeType = CoarseCodeType(format.codec);
     }

@@ -3,9 +3,8 @@
 
 #include "clips/essence_lookup.h"
 
-#include "media/card_layout.h"
-
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -25,10 +24,13 @@ void MarkIfPresent(_tag_P2Clip& clip, const CString& path, int bit) {
     }
 }
 
-CString AudioName(const CString& clipName, int channel) {
-    static constexpr const wchar_t* kEndings[_tag_P2Clip::kAudioSlots] = {
-        L"00.MXF", L"01.MXF", L"02.MXF", L"03.MXF", L"04.MXF", L"05.MXF", L"06.MXF", L"07.MXF"};
-    return clipName + kEndings[channel];
+CString AudioName(const CString& clip, int channel) {
+    return media::FileNameOf(media::kAudioFiles, clip, static_cast<std::size_t>(channel));
+}
+
+CString FindOne(const EssenceLookup& essence, const media::ClipFileKind& kind,
+                const CString& clip) {
+    return essence.PathIfExists(kind, media::FileNameOf(kind, clip));
 }
 
 /// The files that both readers look for in the same way.
@@ -36,17 +38,16 @@ void FindCompanions(const EssenceLookup& essence, _tag_P2Clip& clip) {
     const CString& name = clip.ClipName;
     _tag_P2Proxy& proxy = clip.Proxy;
     constexpr int kMov = 2;
-    proxy.ProxyExt = proxy.ProxyFormat == kMov ? media::kMovExtension : media::kMp4Extension;
-    proxy.ProxyFilePath = essence.PathIfExists(media::kProxyFolder, name + proxy.ProxyExt);
-    clip.ProxyPath = essence.PathIfExists(media::kProxyFolder, name + media::kMp4Extension);
-    clip.IconPath = essence.PathIfExists(media::kIconFolder, name + media::kIconExtension);
-    clip.XmlPath = essence.PathIfExists(media::kClipFolder, name + media::kXmlExtension);
+    proxy.ProxyExt = proxy.ProxyFormat == kMov ? media::kMovProxy.Text() : media::kMp4Proxy.Text();
+    proxy.ProxyFilePath = essence.PathIfExists(media::kProxyFiles, name + proxy.ProxyExt);
+    clip.ProxyPath = essence.PathIfExists(media::kProxyFiles, name + media::kMp4Proxy.Text());
+    clip.IconPath = FindOne(essence, media::kIconFiles, name);
+    clip.XmlPath = FindOne(essence, media::kMetadataFiles, name);
 }
 
 /// Video and audio in one file.
 void FindFamilyEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& clip) {
-    clip.VideoPath =
-        essence.PathIfExists(media::kAvClipFolder, clip.ClipName + media::kEssenceExtension);
+    clip.VideoPath = FindOne(essence, media::kOneFileEssence, clip.ClipName);
     MarkIfPresent(clip, clip.VideoPath, 0);
     for (int channel = 0; channel < std::min(channels, _tag_P2Clip::kAudioSlots); ++channel) {
         clip.AudioPath[channel] = clip.VideoPath;
@@ -59,11 +60,12 @@ void AssumeEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& clip
     if (!media::IsPlainName(clip.ClipName)) {
         return;
     }
-    clip.VideoPath = essence.PathOf(media::kVideoFolder, clip.ClipName + media::kEssenceExtension);
+    clip.VideoPath =
+        essence.PathOf(media::kVideoFiles, media::FileNameOf(media::kVideoFiles, clip.ClipName));
     clip.EssenceMask |= Bit(0);
     for (int channel = 0; channel < std::min(channels - 1, _tag_P2Clip::kAudioSlots); ++channel) {
         clip.AudioPath[channel] =
-            essence.PathOf(media::kAudioFolder, AudioName(clip.ClipName, channel));
+            essence.PathOf(media::kAudioFiles, AudioName(clip.ClipName, channel));
         clip.EssenceMask |= Bit(channel + 1);
     }
 }
@@ -73,30 +75,29 @@ void AssumeEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& clip
 EssenceLookup::EssenceLookup(platform::Place contents, Mode mode)
     : m_contents(std::move(contents)), m_mode(mode) {}
 
-CString EssenceLookup::PathOf(const wchar_t* folder, const CString& name) const {
-    return m_contents.PathOf(folder + name);
+CString EssenceLookup::PathOf(const media::ClipFileKind& kind, const CString& name) const {
+    return m_contents.PathOf(kind.folder.Path() + name);
 }
 
-CString EssenceLookup::PathIfExists(const wchar_t* folder, const CString& name) const {
+CString EssenceLookup::PathIfExists(const media::ClipFileKind& kind, const CString& name) const {
     if (!media::IsPlainName(name)) {
         return {};
     }
-    const platform::Place place = m_contents.Below(folder);
+    const platform::Place place = m_contents.Below(kind.folder.Path());
     if (m_mode == Mode::Scan) {
         static_cast<void>(place.Names()); // answers from then on
     }
-    return place.Has(name) ? PathOf(folder, name) : CString();
+    return place.Has(name) ? PathOf(kind, name) : CString();
 }
 
 void FindNamedFiles(const EssenceLookup& essence, _tag_P2Clip& clip) {
     clip.EssenceMask = 0;
     FindCompanions(essence, clip);
-    clip.VideoPath =
-        essence.PathIfExists(media::kVideoFolder, clip.ClipName + media::kEssenceExtension);
+    clip.VideoPath = FindOne(essence, media::kVideoFiles, clip.ClipName);
     MarkIfPresent(clip, clip.VideoPath, 0);
     for (int channel = 0; channel < kNamedChannels; ++channel) {
         clip.AudioPath[channel] =
-            essence.PathIfExists(media::kAudioFolder, AudioName(clip.ClipName, channel));
+            essence.PathIfExists(media::kAudioFiles, AudioName(clip.ClipName, channel));
         MarkIfPresent(clip, clip.AudioPath[channel], channel + 1);
     }
 }

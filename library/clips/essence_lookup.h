@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "media/card_layout.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/P2Clip.h"
 #include "platform/place.h"
@@ -18,11 +19,11 @@ public:
     };
     EssenceLookup(platform::Place contents, Mode mode);
 
-    /// The interface path of a file of the contents folder. `folder` ends with "\".
-    [[nodiscard]] CString PathOf(const wchar_t* folder, const CString& name) const;
+    /// The interface path of a file.
+    [[nodiscard]] CString PathOf(const media::ClipFileKind& kind, const CString& name) const;
     /// The same when that file exists, else "". A name that is no plain file name is never looked
     /// for.
-    [[nodiscard]] CString PathIfExists(const wchar_t* folder, const CString& name) const;
+    [[nodiscard]] CString PathIfExists(const media::ClipFileKind& kind, const CString& name) const;
 
 private:
     platform::Place m_contents;

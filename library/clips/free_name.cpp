@@ -36,7 +36,7 @@ bool AdvanceName(CString& name) {
 
 bool FindFreeName(const CString& root, CString& name, std::int64_t& tried) {
     const platform::Place videos =
-        platform::Place(media::ContentsFolder(root)).Below(media::kVideoFolder);
+        platform::Place(media::ContentsFolder(root)).Below(media::kVideoFiles.folder.Path());
     const platform::IoStatus& status = videos.Names().Status();
     tried = 0;
     // A folder that cannot be read does not tell which names are taken.
@@ -46,7 +46,7 @@ bool FindFreeName(const CString& root, CString& name, std::int64_t& tried) {
     CString candidate = kFirstName;
     do {
         ++tried;
-        if (!videos.Has(candidate + media::kEssenceExtension)) {
+        if (!videos.Has(media::FileNameOf(media::kVideoFiles, candidate))) {
             name = candidate;
             return true;
         }

@@ -11,7 +11,7 @@
 #include <optional>
 #include <vector>
 
-/// Where edit lists lie on a card, what their files are called and how much they may hold.
+/// Where edit lists lie on a card, what their files are called and what they may hold.
 namespace nqp2::edl {
 
 /// What a list may hold; one with more is neither read nor written. Editors make some hundred events,
@@ -20,13 +20,12 @@ namespace nqp2::edl {
 inline constexpr std::size_t kMaxEvents = 65'536;
 inline constexpr std::size_t kMaxText = std::size_t{16} << 20;
 
-/// Where edit lists lie below a card's root, and where the cards themselves keep them.
-inline constexpr const wchar_t* kEditListFolder = L"\\EDITLIST\\";
-inline constexpr const wchar_t* kContentsEditListFolder = L"\\CONTENTS\\EDITLIST\\";
-
+/// The two folders of edit lists: the one in the card's root, and the card's own.
 inline platform::Place CardRoot(const CString& root) {
     return platform::Place(media::WithDrive(root));
 }
+inline constexpr const wchar_t* kEditListFolder = media::kEditLists.BelowDrive();
+inline constexpr const wchar_t* kContentsEditListFolder = media::kContentsEditLists.BelowDrive();
 
 /// The AVC-I codecs whose class edit lists look at: fewer than the clip readers know; kept, hosts
 /// rely on it.
@@ -39,7 +38,7 @@ public:
     /// Nothing when one cannot be read to its end, because a number that is not seen would be given
     /// twice.
     static std::optional<EditListNumbers> Read(const std::vector<platform::Place>& folders,
-                                               const CString& pattern = L"*.XML");
+                                               const CString& pattern = media::kMetadataPattern);
 
     /// A file name for a new list: the number behind the largest there is, up to 999, then the
     /// first gap; two letters of the id text. Nothing when there are 999 lists numbered to the end.

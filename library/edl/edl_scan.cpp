@@ -31,7 +31,7 @@ constexpr std::size_t kMaxEventsOfFolder = 4 * kMaxEvents;
 /// The path, for the record, of the picture beside a list, which lies in a folder with the list's
 /// name; empty when there is none. A list without a name (".XML") shares the lists' own folder.
 CString PictureOf(const platform::FoundFile& list, const platform::Place& folder) {
-    constexpr const wchar_t* kPicture = L"ICON.BMP";
+    constexpr const wchar_t* kPicture = media::kEditListIcon.Text();
     constexpr int kExtension = 4;
     const auto isThere = [&] {
         if (list.title.IsEmpty()) {

@@ -5,6 +5,7 @@
 
 #include "edl/edl_layout.h"
 #include "media/card_layout.h"
+#include "media/element_paths.h"
 #include "media/identifier.h"
 #include "media/timecode.h"
 #include "NQP2ParserU/MarkupMSXML.h"
@@ -22,8 +23,7 @@
 namespace nqp2::edl {
 namespace {
 
-// A missing element is nothing to log.
-constexpr int kIgnoreMissing = 1;
+using media::ClipPath;
 
 /// What the edit is made of, told by a source clip on the card.
 struct Reference {
@@ -33,18 +33,19 @@ struct Reference {
     bool class50 = false;
 };
 
-CString ClipContent(CMarkupMSXML& reader, const wchar_t* path) {
-    return reader.GetNodeText(CString(L"//P2Main/ClipContent/") + path, kIgnoreMissing);
+CString TextAt(CMarkupMSXML& reader, ClipPath path) {
+    constexpr int kIgnoreMissing = 1; // which is nothing to log
+    return reader.GetNodeText(media::FullPathText(path), kIgnoreMissing);
 }
 
 Reference ReadReference(CMarkupMSXML& reader) {
     Reference reference;
-    reference.editUnit = ClipContent(reader, L"EditUnit");
-    reference.frameRate = ClipContent(reader, L"EssenceList/Video/FrameRate");
-    reference.codec = ClipContent(reader, L"EssenceList/Video/Codec");
+    reference.editUnit = TextAt(reader, ClipPath::EditUnit);
+    reference.frameRate = TextAt(reader, ClipPath::FrameRate);
+    reference.codec = TextAt(reader, ClipPath::Codec);
     reference.class50 =
         IsClassCodec(reference.codec) &&
-        reader.GetNodeAttribute(L"//P2Main/ClipContent/EssenceList/Video/Codec", L"Class") == L"50";
+        reader.GetNodeAttribute(media::FullPathText(ClipPath::Codec), L"Class") == L"50";
     return reference;
 }
 
@@ -56,13 +57,14 @@ std::optional<Reference> FindReference(const platform::Place& clips, const tag_P
     platform::FoundFile file;
     for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
         if (!media::IsPlainName(event.ClipName) ||
-            !clips.Find(event.ClipName + media::kXmlExtension, file) || file.isFolder) {
+            !clips.Find(media::FileNameOf(media::kMetadataFiles, event.ClipName), file) ||
+            file.isFolder) {
             continue;
         }
         if (reader.LoadXml(file.path) == 0) {
             return std::nullopt;
         }
-        const GUID clip = media::GuidFromIdentifier(ClipContent(reader, L"GlobalClipID"));
+        const GUID clip = media::GuidFromIdentifier(TextAt(reader, ClipPath::GlobalClipID));
         if (clip == media::GuidFromIdentifier(event.GlobalClipID)) {
             Reference reference = ReadReference(reader);
             watch.Require();
@@ -147,7 +149,7 @@ std::optional<std::string> EditListText(const platform::Place& contents, const t
         return std::nullopt;
     }
     const std::optional<Reference> reference =
-        FindReference(contents.Below(media::kClipFolder), edl, reader);
+        FindReference(contents.Below(media::kMetadataFiles.folder.Path()), edl, reader);
     if (!reference) {
         return std::nullopt;
     }

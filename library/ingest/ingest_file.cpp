@@ -125,12 +125,12 @@ void AddSegments(CMarkupMSXML& list, const std::vector<tag_P2SegInfo>& segments)
 } // namespace
 
 CString UserDataFolder(const CString& root) {
-    return media::WithDrive(root) + L"\\USERDATA\\";
+    return media::WithDrive(root) + media::kUserData.BelowDrive();
 }
 
 platform::IoStatus OpenUserData(const CString& root, bool make,
                                 std::unique_ptr<platform::Folder>& folder) {
-    constexpr const char* kName = "USERDATA";
+    const char* const kName = media::kUserData.Bytes();
     std::unique_ptr<platform::Folder> card;
     platform::IoStatus status = platform::OpenRoot(PosixPath(media::WithDrive(root)), card);
     if (status) {

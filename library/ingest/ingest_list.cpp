@@ -4,6 +4,7 @@
 #include "NQP2ParserU/IngestList.h"
 
 #include "ingest/ingest_file.h"
+#include "media/card_layout.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "platform/case_fold.h"
 #include "platform/guard.h"
@@ -16,7 +17,7 @@
 namespace nqp2 {
 namespace {
 
-constexpr const wchar_t* kListName = L"Ingest.xml";
+constexpr const wchar_t* kListName = media::kIngestList.Text();
 
 CString ListPath(const CString& root) {
     return ingest::UserDataFolder(root) + kListName;

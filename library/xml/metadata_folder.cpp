@@ -3,6 +3,7 @@
 
 #include "xml/metadata_folder.h"
 
+#include "media/card_layout.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/XmlLimits.h"
 #include "platform/read_ahead.h"
@@ -17,8 +18,6 @@
 
 namespace nqp2::xml {
 namespace {
-
-constexpr const wchar_t* kMetadataFiles = L"*.XML";
 
 bool IsReadable(const platform::FoundFile& file) {
     return !file.isSpecial && file.pathIsSafe;
@@ -57,7 +56,7 @@ bool Load(CMarkupMSXML& reader, const CString& path, const platform::IoStatus& s
 } // namespace
 
 MetadataFolder::MetadataFolder(platform::Place folder, Subfolders subfolders)
-    : m_folder(std::move(folder)), m_files(m_folder.List(kMetadataFiles, m_status)) {
+    : m_folder(std::move(folder)), m_files(m_folder.List(media::kMetadataPattern, m_status)) {
     if (subfolders == Subfolders::PassedOver) {
         std::erase_if(m_files, [](const platform::FoundFile& file) { return file.isFolder; });
     }

@@ -8,6 +8,7 @@
 #include "clips/essence_lookup.h"
 #include "media/clip_date.h"
 #include "media/identifier.h"
+#include "media/rates.h"
 #include "media/timecode.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/P2Clip.h"
@@ -17,7 +18,6 @@
 #include "platform/file_system.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
-#include "worker/frame_rate_text.h"
 #include "worker/media_file.h"
 
 #include <algorithm>
@@ -34,7 +34,7 @@ constexpr int kMostAudioPaths = 8;
 
 /// Frames in a thousand seconds, rounded.
 std::int64_t Thousandths(const FrameRate& rate) {
-    return (std::int64_t{rate.numerator} * 1000 + rate.denominator / 2) / rate.denominator;
+    return (std::int64_t{rate.frames} * 1000 + rate.seconds / 2) / rate.seconds;
 }
 
 std::int32_t PackSize(std::int32_t width, std::int32_t height) {
@@ -120,7 +120,8 @@ Outcome DescribeMediaFile(const CString& path, const std::string& file,
     if (Outcome outcome = ReadMediaFile(file, goesOn, facts); !outcome) {
         return outcome;
     }
-    const CString rate = FrameRateText(facts.rate, facts.interlaced);
+    const FrameRate* const known = media::FindRate(facts.rate, facts.interlaced);
+    const CString rate = known != nullptr ? known->text : L"";
     Default(info.clipText1, TitleOf(file));
     Default(info.clipText2, DateText(facts.date));
     info.value1 = Thousandths(facts.rate);
@@ -174,7 +175,8 @@ Outcome DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
     Default(info.clipText1, clip.ClipName);
     Default(info.clipText2, clip.StartDate);
     info.identifier = clip.GlobalClipGuid;
-    info.value1 = Thousandths(FrameRateOf(clip.FrameRate).value_or(FrameRate{0, 1}));
+    const FrameRate* const rate = media::FindRate(clip.FrameRate.View());
+    info.value1 = rate != nullptr ? Thousandths(*rate) : 0;
     info.value2 = clip.Duration;
     info.value3 = clip.StartTimecode;
     info.codec = clip.CodecName;

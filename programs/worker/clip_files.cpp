@@ -15,18 +15,18 @@
 namespace nqp2::worker {
 namespace {
 
-using clips::ClipFileRule;
+using media::ClipFileKind;
 using platform::FolderEntry;
 using platform::IoError;
 using platform::IoStatus;
 
-/// Calls `take` with the folder's spelling, each entry that follows the rule, the clip's name in
+/// Calls `take` with the folder's spelling, each entry of that kind, the clip's name in
 /// upper case and the file's name as text.
 template <class Take>
-Outcome ForEachFile(const ListFolder& list, const ClipFileRule& rule, Take&& take) {
+Outcome ForEachFile(const ListFolder& list, const ClipFileKind& kind, Take&& take) {
     std::string placed;
     std::vector<FolderEntry> entries;
-    const IoStatus status = list(rule.folder, placed, entries);
+    const IoStatus status = list(kind.folder.Bytes(), placed, entries);
     if (!status) {
         return status.error == IoError::NotFound ? Outcome()
                                                  : Failure("read the folder", placed, status);
@@ -34,7 +34,7 @@ Outcome ForEachFile(const ListFolder& list, const ClipFileRule& rule, Take&& tak
     for (const FolderEntry& entry : entries) {
         const CString text = platform::TextFromNameBytes(entry.name);
         const std::wstring folded = platform::FoldCase(text.View());
-        const std::wstring_view clip = clips::ClipNameIn(folded, rule);
+        const std::wstring_view clip = media::ClipNameIn(folded, kind);
         if (!clip.empty()) {
             take(placed, entry, clip, text.View());
         }
@@ -108,16 +108,16 @@ Outcome FindClipFiles(const ListFolder& list, std::span<const CString> clips,
     for (std::size_t i = 0; i < clips.size(); ++i) {
         wanted.emplace(platform::FoldCase(clips[i].View()), i);
     }
-    for (const ClipFileRule& rule : clips::ClipFileRules()) {
+    for (const ClipFileKind& kind : media::kClipFileKinds) {
         std::vector<std::vector<ClipFile>> found(clips.size());
         Outcome outcome = ForEachFile(
-            list, rule,
+            list, kind,
             [&](const std::string& placed, const FolderEntry& entry, std::wstring_view clip,
                 std::wstring_view name) {
                 const auto number = wanted.find(std::wstring(clip));
                 if (number != wanted.end() && entry.kind != platform::EntryKind::Folder) {
                     found[number->second].push_back(
-                        {rule.part, rule.folder,
+                        {kind.part, kind.folder.Bytes(),
                          platform::NameBytesFromText(name.substr(clip.size())), placed, entry.name,
                          entry.kind});
                 }
@@ -134,9 +134,9 @@ Outcome FindClipFiles(const ListFolder& list, std::span<const CString> clips,
 }
 
 Outcome TakenNames(const ListFolder& list, std::vector<std::wstring>& names) {
-    for (const ClipFileRule& rule : clips::ClipFileRules()) {
+    for (const ClipFileKind& kind : media::kClipFileKinds) {
         Outcome outcome =
-            ForEachFile(list, rule,
+            ForEachFile(list, kind,
                         [&](const std::string&, const FolderEntry&, std::wstring_view clip,
                             std::wstring_view) { names.emplace_back(clip); });
         if (!outcome) {
@@ -157,8 +157,8 @@ Outcome MissingClip(const std::string& contents, const CString& clipName) {
 
 Outcome CheckFoldersAreNoLinks(const std::string& contents) {
     std::vector<std::string> folders = {contents};
-    for (const ClipFileRule& rule : clips::ClipFileRules()) {
-        folders.push_back(FolderBelow(contents, rule.folder));
+    for (const ClipFileKind& kind : media::kClipFileKinds) {
+        folders.push_back(FolderBelow(contents, kind.folder.Bytes()));
     }
     const auto link = std::find_if(folders.begin(), folders.end(), platform::IsLink);
     return link == folders.end() ? Outcome()

@@ -108,22 +108,22 @@ private:
 };
 
 Outcome Card::ReadIdentifiers(std::multimap<std::wstring, CString>& clips) const {
-    const clips::ClipFileRule& rule = clips::ClipFileRules().back();
+    const media::ClipFileKind& kind = media::kMetadataFiles;
     std::string placed;
     std::vector<platform::FolderEntry> entries;
-    if (const IoStatus status = Lister()(rule.folder, placed, entries); !status) {
+    if (const IoStatus status = Lister()(kind.folder.Bytes(), placed, entries); !status) {
         return status.error == IoError::NotFound ? Outcome()
                                                  : Failure("read the folder", placed, status);
     }
     for (const platform::FolderEntry& entry : entries) {
         const CString file = platform::TextFromNameBytes(entry.name);
         const std::wstring folded = platform::FoldCase(file.View());
-        const std::size_t length = clips::ClipNameIn(folded, rule).size();
+        const std::size_t length = media::ClipNameIn(folded, kind).size();
         std::string xml;
         ClipFacts facts;
         // What cannot be read is no copy of anything.
         if (length != 0 && entry.kind == platform::EntryKind::File &&
-            Read({rule.part, rule.folder, "", placed, entry.name}, xml) &&
+            Read({kind.part, kind.folder.Bytes(), "", placed, entry.name}, xml) &&
             ReadFacts(xml, entry.name, facts) && !facts.identifier.empty()) {
             clips.emplace(KeyOf(platform::TextFromUtf8(facts.identifier)),
                           file.Left(static_cast<int>(length)));

@@ -6,7 +6,6 @@
 #include "tests/support/print_text.h"
 #include "tests/worker/essence_maker.h"
 #include "tests/worker/transfer_fixture.h"
-#include "worker/frame_rate_text.h"
 #include "worker/media_file.h"
 
 #include <ctime>

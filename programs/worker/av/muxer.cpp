@@ -86,7 +86,7 @@ private:
 };
 
 AVRational RateOf(const FrameRate& rate) {
-    return {rate.numerator, rate.denominator};
+    return {rate.frames, rate.seconds};
 }
 
 std::unique_ptr<EssenceMuxer> Begun(std::unique_ptr<OpAtomMuxer> muxer, std::string& reason) {
