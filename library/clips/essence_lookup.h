@@ -35,8 +35,8 @@ private:
 
 /// Every path is checked, four audio channels.
 void FindNamedFiles(const EssenceLookup& essence, _tag_P2Clip& clip);
-/// One file for the families that keep video and audio together. For all other codecs the essence is
-/// taken for granted, and the last channel gets no path: kept, hosts rely on it.
+/// One file for the families that keep video and audio together. For all other codecs the essence
+/// is taken for granted, and the last channel gets no path: kept, hosts rely on it.
 void FindScannedFiles(const EssenceLookup& essence, bool inOneFile, int channels,
                       _tag_P2Clip& clip);
 

@@ -11,8 +11,8 @@ class CMarkupMSXML;
 namespace nqp2::edl {
 
 // Both write an edit list of clips that are on the card, under `name` (extension added when it has
-// none) or, when that is empty, under the next number. A file of the given name is replaced, one of a
-// number's name never, also when another writer takes it at the same moment. What killed writers
+// none) or, when that is empty, under the next number. A file of the given name is replaced, one of
+// a number's name never, also when another writer takes it at the same moment. What killed writers
 // left is removed. They return false for any failure, a missing reader and a list that could not be
 // read again included; then nothing is left but the folder, which is made when it is missing.
 

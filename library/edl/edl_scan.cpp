@@ -84,8 +84,8 @@ private:
         }
     }
 
-    /// Counts a list's events to those of its folder; a list that goes beyond what a folder may hold
-    /// is not kept.
+    /// Counts a list's events to those of its folder; a list that goes beyond what a folder may
+    /// hold is not kept.
     bool FitsFolder(const platform::FoundFile& file, const tag_P2EDL& edl) {
         const auto events = static_cast<std::size_t>(edl.Events.GetSize());
         if (events > kMaxEventsOfFolder - m_events) {
