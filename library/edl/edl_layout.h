@@ -15,8 +15,8 @@
 namespace nqp2::edl {
 
 /// What a list may hold; one with more is neither read nor written. Editors make some hundred
-/// events, each of which becomes a record of nearly a kilobyte. Text counts as the UTF-8 of the values that
-/// are read.
+/// events, each of which becomes a record of nearly a kilobyte. Text counts as the UTF-8 of the
+/// values that are read.
 inline constexpr std::size_t kMaxEvents = 65'536;
 inline constexpr std::size_t kMaxText = std::size_t{16} << 20;
 
