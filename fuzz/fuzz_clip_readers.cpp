@@ -91,12 +91,13 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     }
     const ClipTexts texts(document, pool);
     CheckTexts(document, texts);
-    EssenceLookup byName(kContents, EssenceLookup::Mode::OneClip);
+    const nqp2::platform::Place contents(kContents);
+    const EssenceLookup byName(contents, EssenceLookup::Mode::OneClip);
     _tag_P2Clip named;
     ReadNamedClip(texts, byName, named);
     CheckClip(named);
     Require(named.VideoPath.IsEmpty() && named.EssenceMask == 0, "no file, no essence");
-    EssenceLookup inScan(kContents, EssenceLookup::Mode::Scan);
+    const EssenceLookup inScan(contents, EssenceLookup::Mode::Scan);
     _tag_P2Clip scanned;
     ReadScannedClip(texts, inScan, scanned);
     CheckClip(scanned);

@@ -13,13 +13,10 @@ class CMarkupMSXML;
 
 namespace nqp2::clips {
 
-/// Appends a record for every clip file below `contents` (a card's contents folder with its
-/// trailing separator) that loads, in the file system's order. A file that does not load is
-/// skipped; without a reader none loads. `report`, when given, hears of everything skipped.
-void ScanClips(const CString& contents, CMarkupMSXML* reader, bool keepDigit,
-               CArray<_tag_P2Clip>& clips, ScanReport* report);
-
-/// The same for the card at `root`: kRead, or kCannotRead when it has no contents folder.
+/// Appends a record for every clip file of the card at `root` that loads, in the file system's
+/// order; without a reader none does. `report`, when given, is told of everything that is skipped,
+/// and of the takes that the clips form. Returns kRead, or kCannotRead when the card has no
+/// contents folder.
 __int64 LoadClips(const CString& root, CMarkupMSXML* reader, bool keepDigit,
                   CArray<_tag_P2Clip>& clips, ScanReport* report);
 

@@ -3,7 +3,6 @@
 
 #include "clips/clip_fields.h"
 
-#include "clips/memos.h"
 #include "media/dates.h"
 #include "media/proxy_codes.h"
 #include "platform/number_text.h"
@@ -150,6 +149,21 @@ void ReadSharedFields(const ClipTexts& texts, _tag_P2Clip& clip) {
     ReadMemos(texts, clip);
     ReadProxy(texts, clip.Proxy);
     CountProxyChannels(texts, clip.Proxy);
+}
+
+void RemoveRepeatedMemos(CArray<_tag_P2Memo>& memos) {
+    std::unordered_set<std::int32_t> seen;
+    std::int64_t kept = 0;
+    for (std::int64_t i = 0; i < memos.GetSize(); ++i) {
+        if (!seen.insert(memos[i].Offset).second) {
+            continue;
+        }
+        if (kept != i) {
+            memos[kept] = memos[i];
+        }
+        ++kept;
+    }
+    memos.RemoveAt(kept, memos.GetSize() - kept);
 }
 
 } // namespace nqp2::clips

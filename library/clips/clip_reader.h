@@ -13,11 +13,11 @@
 namespace nqp2::clips {
 
 /// For one clip asked for by name: every path is checked, four audio channels.
-void ReadNamedClip(const ClipTexts& texts, EssenceLookup& essence, _tag_P2Clip& clip);
+void ReadNamedClip(const ClipTexts& texts, const EssenceLookup& essence, _tag_P2Clip& clip);
 
 /// For the card scan: knows the long-GOP and Intra families, timecode and drop frame; outside the
 /// families the video file is taken for granted and the last audio channel is left out. The record
 /// comes with its ClipName, the title of the clip's file, whatever the metadata say.
-void ReadScannedClip(const ClipTexts& texts, EssenceLookup& essence, _tag_P2Clip& clip);
+void ReadScannedClip(const ClipTexts& texts, const EssenceLookup& essence, _tag_P2Clip& clip);
 
 } // namespace nqp2::clips

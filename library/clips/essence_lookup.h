@@ -3,11 +3,10 @@
 
 #pragma once
 
+#include "media/card_layout.h"
 #include "NQP2ParserU/CString.h"
-#include "platform/folder_index.h"
-
-#include <map>
-#include <string>
+#include "NQP2ParserU/P2Clip.h"
+#include "platform/place.h"
 
 namespace nqp2::clips {
 
@@ -18,20 +17,27 @@ public:
         OneClip, ///< asks the file system for each file
         Scan,    ///< reads each folder once and answers from its names
     };
-    /// `contents` is the card's contents folder with its trailing separator.
-    EssenceLookup(CString contents, Mode mode);
+    EssenceLookup(platform::Place contents, Mode mode);
 
-    [[nodiscard]] const CString& Contents() const { return m_contents; }
-    /// contents + folder + name when that file exists, else "". `folder` ends with "\". A name
-    /// that is no plain file name is never looked for.
-    CString PathIfExists(const wchar_t* folder, const CString& name);
+    /// The interface path of a file.
+    [[nodiscard]] CString PathOf(const media::ClipFileKind& kind, const CString& name) const;
+    /// The same when that file exists, else "". A name that is no plain file name is never looked
+    /// for.
+    [[nodiscard]] CString PathIfExists(const media::ClipFileKind& kind, const CString& name) const;
 
 private:
-    bool Exists(const wchar_t* folder, const CString& name);
-
-    CString m_contents;
+    platform::Place m_contents;
     Mode m_mode;
-    std::map<std::wstring, platform::FolderIndex> m_folders;
 };
+
+// What both readers of clips look for under the record's ClipName: companions, and the essence with
+// its mask, of which bit 0 is the video and bit n the audio channel n-1.
+
+/// Every path is checked, four audio channels.
+void FindNamedFiles(const EssenceLookup& essence, _tag_P2Clip& clip);
+/// One file for the families that keep video and audio together. For all other codecs the essence
+/// is taken for granted, and the last channel gets no path: kept, hosts rely on it.
+void FindScannedFiles(const EssenceLookup& essence, bool inOneFile, int channels,
+                      _tag_P2Clip& clip);
 
 } // namespace nqp2::clips

@@ -4,9 +4,7 @@
 #include "clips/free_name.h"
 
 #include "media/card_layout.h"
-#include "NQP2ParserU/PathText.h"
-#include "platform/folder_index.h"
-#include "platform/unicode.h"
+#include "platform/place.h"
 
 namespace nqp2::clips {
 namespace {
@@ -21,8 +19,8 @@ struct Wheel {
 // Turned in this order: the sixth character first.
 constexpr Wheel kWheels[] = {{5, L'Z'}, {4, L'Z'}, {3, L'9'}, {2, L'9'}};
 
-} // namespace
-
+/// Moves a six-character name to the next candidate; false after the last. A position that
+/// reaches its limit is never set back (after 0001AZ comes 0001BZ): kept, hosts rely on it.
 bool AdvanceName(CString& name) {
     for (const Wheel& wheel : kWheels) {
         const wchar_t ch = name.GetAt(wheel.position);
@@ -34,19 +32,21 @@ bool AdvanceName(CString& name) {
     return false;
 }
 
+} // namespace
+
 bool FindFreeName(const CString& root, CString& name, std::int64_t& tried) {
-    const platform::FolderIndex videos =
-        platform::FolderIndex::Read(PosixPath(media::ContentsFolder(root) + media::kVideoFolder));
+    const platform::Place videos =
+        platform::Place(media::ContentsFolder(root)).Below(media::kVideoFiles.folder.Path());
+    const platform::IoStatus& status = videos.Names().Status();
     tried = 0;
-    // Of a folder that cannot be read nobody knows which names are taken.
-    if (!videos.Status() && videos.Status().error != platform::IoError::NotFound) {
+    // A folder that cannot be read does not tell which names are taken.
+    if (!status && status.error != platform::IoError::NotFound) {
         return false;
     }
     CString candidate = kFirstName;
     do {
         ++tried;
-        const CString file = candidate + media::kEssenceExtension;
-        if (!videos.Contains(platform::NameBytesFromText(file.View()))) {
+        if (!videos.Has(media::FileNameOf(media::kVideoFiles, candidate))) {
             name = candidate;
             return true;
         }

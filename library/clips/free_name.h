@@ -10,12 +10,8 @@
 namespace nqp2::clips {
 
 /// The first of the 68 candidate names, from 0001AA on, whose video file is not on the card.
-/// Returns false, with `name` untouched, when all are taken or the folder cannot be read. `tried` receives how many were
-/// looked at.
+/// Returns false, with `name` untouched, when all are taken or the folder cannot be read. `tried`
+/// receives how many were looked at.
 bool FindFreeName(const CString& root, CString& name, std::int64_t& tried);
-
-/// Moves a six-character name to the next candidate; false after the last. A position that
-/// reaches its limit is never set back (after 0001AZ comes 0001BZ): kept, hosts rely on it.
-bool AdvanceName(CString& name);
 
 } // namespace nqp2::clips

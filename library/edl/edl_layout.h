@@ -5,37 +5,60 @@
 
 #include "media/card_layout.h"
 #include "NQP2ParserU/CString.h"
+#include "platform/place.h"
 
 #include <cstddef>
+#include <optional>
+#include <vector>
 
+/// Where edit lists lie on a card, what their files are called and what they may hold.
 namespace nqp2::edl {
 
-/// Reads that a missing node leaves empty without a word.
-inline constexpr int kIgnoreMissing = 1;
-
-/// What a list may hold; one with more is neither read nor written. Editors make some hundred events,
-/// each of which becomes a record of nearly a kilobyte. Text counts as the UTF-8 of the values that
-/// are read.
+/// What a list may hold; one with more is neither read nor written. Editors make some hundred
+/// events, each of which becomes a record of nearly a kilobyte. Text counts as the UTF-8 of the
+/// values that are read.
 inline constexpr std::size_t kMaxEvents = 65'536;
-/// What the lists of one folder may hold together; those that would go beyond are left out.
-inline constexpr std::size_t kMaxEventsOfFolder = 4 * kMaxEvents;
 inline constexpr std::size_t kMaxText = std::size_t{16} << 20;
 
-/// Where edit lists lie below a card's root, and where the cards themselves keep them.
-inline constexpr const char* kEditListFolder = media::kEditLists.Bytes();
-inline constexpr const char* kContentsEditListFolder = media::kContentsEditLists.Bytes();
-
-/// The same as interface paths of a card path.
-inline CString EditListFolder(const CString& path) {
-    return media::WithDrive(path) + media::kEditLists.BelowDrive();
+/// The two folders of edit lists: the one in the card's root, and the card's own.
+inline platform::Place CardRoot(const CString& root) {
+    return platform::Place(media::WithDrive(root));
 }
-
-inline CString ContentsEditListFolder(const CString& path) {
-    return media::WithDrive(path) + media::kContentsEditLists.BelowDrive();
-}
+inline constexpr const wchar_t* kEditListFolder = media::kEditLists.BelowDrive();
+inline constexpr const wchar_t* kContentsEditListFolder = media::kContentsEditLists.BelowDrive();
 
 /// The AVC-I codecs whose class edit lists look at: fewer than the clip readers know; kept, hosts
 /// rely on it.
 bool IsClassCodec(const CString& codec);
+
+/// The numbers of the edit lists that there are, from one look into their folders.
+class EditListNumbers {
+public:
+    /// Of the files in the folders that fit the pattern; a folder that is missing has no lists.
+    /// Nothing when one cannot be read to its end, because a number that is not seen would be given
+    /// twice.
+    static std::optional<EditListNumbers> Read(const std::vector<platform::Place>& folders,
+                                               const CString& pattern = media::kMetadataPattern);
+
+    /// A file name for a new list: the number behind the largest there is, up to 999, then the
+    /// first gap; two letters of the id text. Nothing when there are 999 lists numbered to the end.
+    [[nodiscard]] std::optional<CString> NewName(const CString& id) const;
+    /// Whether a list has the number in its title.
+    [[nodiscard]] bool IsTaken(int number) const;
+    /// Whether a list has that file name, in any letter case.
+    [[nodiscard]] bool Holds(const CString& name) const;
+    /// Counts a list that came after the look.
+    void Add(const CString& name);
+
+private:
+    std::vector<CString> m_titles;
+};
+
+/// The new name for a list in the folder of the card's root. Returns false when there is none and
+/// when the folder is missing.
+bool NewEditListName(const CString& root, const CString& id, CString& name);
+
+/// Whether a file that `pattern` finds has the number in its title; also when none can be told.
+bool IsNumberTaken(int number, const CString& pattern);
 
 } // namespace nqp2::edl

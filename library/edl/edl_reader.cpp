@@ -4,6 +4,7 @@
 #include "edl/edl_reader.h"
 
 #include "edl/edl_layout.h"
+#include "media/element_paths.h"
 #include "media/identifier.h"
 #include "media/timecode.h"
 #include "NQP2ParserU/MarkupMSXML.h"
@@ -25,6 +26,7 @@
 namespace nqp2::edl {
 namespace {
 
+using media::EditPath;
 using platform::ToInt32;
 
 enum class EventPath {
@@ -181,46 +183,44 @@ bool ReadEditUnit(const CString& text, tag_P2EDL::Fraction& unit) {
     return unit.Numerator >= 1 && unit.Denominator > 0;
 }
 
-enum class HeadPath { Duration, EditUnit, StartTimecode, FrameRate, Codec, Thumbnail, Count };
-constexpr std::size_t kHeadPaths = static_cast<std::size_t>(HeadPath::Count);
+std::string PathInContent(std::string_view below) {
+    return std::string(media::kEditContentPath).append("/").append(below);
+}
 
-// In the order of HeadPath.
-constexpr std::array<std::string_view, kHeadPaths> kBelowContent = {
-    "Duration", "EditUnit", "StartTimecode", "FrameRate", "Codec", "Thumbnail/FrameOffset"};
-
-/// The texts that stand once in a list.
+/// The texts that are there once in a list.
 class HeadTexts {
 public:
     HeadTexts(const dom::Document& document, xml::TextBudget& budget) : m_budget(budget) {
-        static const dom::PathSet paths(kBelowContent);
-        paths.FindBehind("//P2Main/EditContent", document.Content()->DocumentNode(), m_nodes);
+        static const dom::PathSet paths(media::kEditPaths);
+        paths.FindBehind(media::kEditContentPath, document.Content()->DocumentNode(), m_nodes);
     }
-    [[nodiscard]] CString operator[](HeadPath path) const {
+    [[nodiscard]] CString operator[](EditPath path) const {
         std::string scratch;
         const std::string_view utf8 = Utf8(path, scratch);
         m_budget.Spend(utf8.size());
         return platform::TextFromUtf8(utf8);
     }
-    [[nodiscard]] std::int32_t Number(HeadPath path) const {
+    [[nodiscard]] std::int32_t Number(EditPath path) const {
         std::string scratch;
         return ToInt32(Utf8(path, scratch));
     }
 
 private:
-    [[nodiscard]] std::string_view Utf8(HeadPath path, std::string& scratch) const {
+    [[nodiscard]] std::string_view Utf8(EditPath path, std::string& scratch) const {
         const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
         return node != nullptr ? dom::Text(*node, scratch) : std::string_view();
     }
 
     xml::TextBudget& m_budget;
-    std::array<dom::Node*, kHeadPaths> m_nodes{};
+    std::array<dom::Node*, media::kEditPathCount> m_nodes{};
 };
 
 void ReadCodec(CMarkupMSXML& reader, const HeadTexts& head, tag_P2EDL& edl) {
-    edl.Codec = head[HeadPath::Codec];
-    const bool asked = IsClassCodec(edl.Codec);
+    edl.Codec = head[EditPath::Codec];
+    const CString path = platform::TextFromUtf8(
+        PathInContent(media::kEditPaths[static_cast<std::size_t>(EditPath::Codec)]));
     edl.Class50 =
-        asked && reader.GetNodeAttribute(L"//P2Main/EditContent/Codec", L"Class") == L"50" ? 1 : 0;
+        IsClassCodec(edl.Codec) && reader.GetNodeAttribute(path, L"Class") == L"50" ? 1 : 0;
 }
 
 /// Refuses what an edit list may not hold before room is made for it.
@@ -236,10 +236,9 @@ void CheckEvents(const dom::NodeList& events, const dom::Document& document) {
 }
 
 /// A list without events yields one, made of nothing. Kept: hosts rely on it.
-void ReadEvents(CMarkupMSXML& reader, const wchar_t* path, xml::TextBudget& budget,
+void ReadEvents(CMarkupMSXML& reader, const std::string& path, xml::TextBudget& budget,
                 tag_P2EDL& edl) {
-    const IXMLDOMNodeListPtr list =
-        reader.GetDocumentPtr()->SelectNodes(platform::Utf8FromText(path));
+    const IXMLDOMNodeListPtr list = reader.GetDocumentPtr()->SelectNodes(path);
     CheckEvents(*list, *reader.GetDocumentPtr());
     edl.Events.SetSize(static_cast<std::int64_t>(std::max<std::size_t>(list->Length(), 1)));
     RepeatedTexts repeated(budget);
@@ -248,10 +247,9 @@ void ReadEvents(CMarkupMSXML& reader, const wchar_t* path, xml::TextBudget& budg
     }
 }
 
-const wchar_t* EventsPath(const CString& schema) {
-    return platform::EqualNoCase(schema.Right(4).View(), L"v3.0")
-               ? L"//P2Main/EditContent/TrackList/VideoTrack/EventList/Event"
-               : L"//P2Main/EditContent/TrackList/ClipTrack/EventList/Event";
+std::string EventsPath(const CString& schema) {
+    const bool isThird = platform::EqualNoCase(schema.Right(4).View(), L"v3.0");
+    return PathInContent(isThird ? media::kEventsPathOf30 : media::kEventsPath);
 }
 
 } // namespace
@@ -259,15 +257,15 @@ const wchar_t* EventsPath(const CString& schema) {
 bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl) {
     xml::TextBudget budget(*reader.GetDocumentPtr(), kMaxText);
     const HeadTexts head(*reader.GetDocumentPtr(), budget);
-    edl.Duration = head.Number(HeadPath::Duration);
-    if (!ReadEditUnit(head[HeadPath::EditUnit], edl.EditUnit)) {
+    edl.Duration = head.Number(EditPath::Duration);
+    if (!ReadEditUnit(head[EditPath::EditUnit], edl.EditUnit)) {
         return false;
     }
-    edl.StartTimecode = media::EditFrameCount(head[HeadPath::StartTimecode].View(),
+    edl.StartTimecode = media::EditFrameCount(head[EditPath::StartTimecode].View(),
                                               edl.EditUnit.Numerator, edl.EditUnit.Denominator);
-    edl.FrameRate = head[HeadPath::FrameRate];
+    edl.FrameRate = head[EditPath::FrameRate];
     ReadCodec(reader, head, edl);
-    edl.ThumbnailFrame = head.Number(HeadPath::Thumbnail);
+    edl.ThumbnailFrame = head.Number(EditPath::Thumbnail);
     const CString schema = reader.GetNodeAttribute(L"P2Main", L"");
     if (schema.Find(L"EditMetadata") < 0) {
         return false;

@@ -4,25 +4,17 @@
 #include "edl/edl_scan.h"
 
 #include "edl/edl_layout.h"
-#include "edl/edl_name.h"
 #include "edl/edl_reader.h"
 #include "media/dates.h"
-#include "NQP2ParserU/MarkupMSXML.h"
-#include "NQP2ParserU/PathText.h"
-#include "NQP2ParserU/XmlLimits.h"
-#include "platform/case_blind.h"
 #include "platform/file_system.h"
-#include "platform/folder_index.h"
 #include "platform/guard.h"
 #include "platform/guid_text.h"
-#include "platform/read_ahead.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
-#include "xml/document_queries.h"
-#include "xml/dom/document.h"
+#include "xml/metadata_folder.h"
 
-#include <algorithm>
+#include <cstddef>
 #include <exception>
-#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -30,41 +22,29 @@
 namespace nqp2::edl {
 namespace {
 
-/// The pictures that stand beside edit lists, each in a folder with the list's name. What the lists'
-/// folder holds is read once: a search for each list would cost more with every list.
-class IconLookup {
-public:
-    explicit IconLookup(const CString& folder)
-        : m_index(platform::FolderIndex::Read(PosixPath(folder))) {}
+using xml::MetadataFolder;
+using xml::ScanRemarks;
 
-    /// The picture's path as the record shows it; empty when there is none.
-    [[nodiscard]] CString Beside(const platform::FoundFile& file) const {
-        const std::optional<std::string> holder = HolderOf(file);
-        const bool found = holder && platform::PathExists(FolderOf(file) + *holder + "/ICON.BMP");
-        constexpr int kExtension = 4;
-        return found ? file.path.Left(file.path.GetLength() - kExtension) + L"\\ICON.BMP"
-                     : CString();
-    }
+/// What the lists of one folder may hold together; those that would go beyond are left out.
+constexpr std::size_t kMaxEventsOfFolder = 4 * kMaxEvents;
 
-private:
-    /// The folder with the list's name, as it is spelled there. A list without a name (".XML") shares
-    /// the lists' own folder.
-    [[nodiscard]] std::optional<std::string> HolderOf(const platform::FoundFile& file) const {
-        if (file.title.IsEmpty()) {
-            return "";
+/// The path, for the record, of the picture beside a list, which lies in a folder with the list's
+/// name; empty when there is none. A list without a name (".XML") shares the lists' own folder.
+CString PictureOf(const platform::FoundFile& list, const platform::Place& folder) {
+    constexpr const wchar_t* kPicture = media::kEditListIcon.Text();
+    constexpr int kExtension = 4;
+    const auto isThere = [&] {
+        if (list.title.IsEmpty()) {
+            return folder.Has(kPicture);
         }
         const platform::FolderEntry* const entry =
-            m_index.Find(platform::NameBytesFromText(file.title.View()));
-        const bool holds = entry != nullptr && entry->kind == platform::EntryKind::Folder;
-        return holds ? std::optional(entry->name) : std::nullopt;
-    }
-    /// As it stands, so that a picture is found at the first question.
-    static std::string FolderOf(const platform::FoundFile& file) {
-        return file.posixPath.substr(0, file.posixPath.find_last_of('/') + 1);
-    }
-
-    platform::FolderIndex m_index;
-};
+            folder.Names().Find(platform::NameBytesFromText(list.title.View()));
+        return entry != nullptr && entry->kind == platform::EntryKind::Folder &&
+               platform::Place::At(folder.OnDisk() + '/' + entry->name).Has(kPicture);
+    };
+    return isThere() ? list.path.Left(list.path.GetLength() - kExtension) + L"\\" + kPicture
+                     : CString();
+}
 
 CString DateOf(const std::string& path) {
     platform::FileInfo info;
@@ -72,111 +52,97 @@ CString DateOf(const std::string& path) {
     return media::FileDateText(known ? std::optional(info.created) : std::nullopt);
 }
 
-bool LoadFile(CMarkupMSXML& reader, const CString& path, const platform::IoStatus& status,
-              const std::string& content) {
-    return status ? reader.LoadBytes(content) != 0 : reader.LoadXml(path) != 0;
-}
+/// The scan of one folder.
+class Scan {
+public:
+    Scan(platform::Place folder, CMarkupMSXML& reader, ScanRemarks& remarks,
+         CArray<tag_P2EDL>& edls)
+        : m_folder(std::move(folder)), m_reader(reader), m_remarks(remarks), m_edls(edls) {}
 
-/// Reads one file. Returns false, with the reason in `loss`, when it gives no record; throws what
-/// its reader does for a list that is too large.
-bool TakeFile(const platform::FoundFile& file, const std::string& content, CMarkupMSXML& reader,
-              tag_P2EDL& edl, SkippedList& loss) {
-    if (!loss.status && loss.status.error != platform::IoError::TooLarge) {
-        return false;
-    }
-    const bool loaded = LoadFile(reader, file.path, loss.status, content);
-    loss.status = {}; // too large to be read at once is no fault
-    if (!loaded) {
-        loss.error = xml::LoadErrorOf(reader.GetDocumentPtr());
-        return false;
-    }
-    edl.Identity = platform::NewGuid();
-    edl.Date = DateOf(file.posixPath);
-    edl.Name = file.title;
-    const platform::MemoryWatch watch;
-    const bool isList = ReadEditList(reader, edl);
-    watch.Require();
-    return isList;
-}
-
-/// One file after another: what one of them asks of memory must not end the scan.
-bool TryTakeFile(const platform::FoundFile& file, const std::string& content, CMarkupMSXML& reader,
-                 tag_P2EDL& edl, SkippedList& loss) {
-    try {
-        return TakeFile(file, content, reader, edl, loss);
-    } catch (const std::bad_alloc&) {
-        loss.status = {platform::IoError::Other, "out of memory"};
-        return false;
-    } catch (const std::exception& error) {
-        loss.status = {platform::IoError::TooLarge, error.what()};
-        return false;
-    }
-}
-
-/// Counts a list's events to those of its folder; a list that goes beyond what a folder may hold is
-/// not kept.
-bool FitsFolder(const tag_P2EDL& edl, std::size_t& eventsOfFolder, SkippedList& loss) {
-    const auto events = static_cast<std::size_t>(edl.Events.GetSize());
-    if (events > kMaxEventsOfFolder - eventsOfFolder) {
-        loss.status = {platform::IoError::TooLarge, "the folder's lists have more than " +
-                                                        std::to_string(kMaxEventsOfFolder) +
-                                                        " events"};
-        return false;
-    }
-    eventsOfFolder += events;
-    return true;
-}
-
-/// Folders are no files; all else that has a list's name is one or is skipped.
-std::vector<platform::FoundFile> FilesIn(const CString& folder, platform::IoStatus& status) {
-    std::vector<platform::FoundFile> files = platform::FindFiles(folder + kEditLists, status);
-    std::erase_if(files, [](const platform::FoundFile& file) { return file.isFolder; });
-    return files;
-}
-
-bool IsReadable(const platform::FoundFile& file) {
-    return !file.isSpecial && file.pathIsSafe;
-}
-
-std::vector<std::string> PathsOf(const std::vector<platform::FoundFile>& files) {
-    std::vector<std::string> paths;
-    for (const platform::FoundFile& file : files) {
-        if (IsReadable(file)) {
-            paths.push_back(file.posixPath);
+    void Run() {
+        const MetadataFolder files(m_folder, MetadataFolder::Subfolders::PassedOver);
+        files.Read(m_reader, m_remarks, [&](const platform::FoundFile& file) { Take(file); });
+        if (!files.Status()) {
+            m_remarks.AddFolder(files.Path(), files.Status());
         }
     }
-    return paths;
+
+private:
+    void Take(const platform::FoundFile& file) {
+        tag_P2EDL edl;
+        edl.IconPath = PictureOf(file, m_folder);
+        edl.Identity = platform::NewGuid();
+        edl.Date = DateOf(file.posixPath);
+        edl.Name = file.title;
+        const platform::MemoryWatch watch;
+        const bool isList = ReadEditList(m_reader, edl);
+        watch.Require();
+        if (!isList) {
+            m_remarks.Add(file.path, SkipReason::NoEditList);
+        } else if (FitsFolder(file, edl)) {
+            m_edls.Add(std::move(edl));
+        }
+    }
+
+    /// Counts a list's events to those of its folder; a list that goes beyond what a folder may
+    /// hold is not kept.
+    bool FitsFolder(const platform::FoundFile& file, const tag_P2EDL& edl) {
+        const auto events = static_cast<std::size_t>(edl.Events.GetSize());
+        if (events > kMaxEventsOfFolder - m_events) {
+            m_remarks.AddUnread(file.path, {platform::IoError::TooLarge,
+                                            "the folder's lists have more than " +
+                                                std::to_string(kMaxEventsOfFolder) + " events"});
+            return false;
+        }
+        m_events += events;
+        return true;
+    }
+
+    platform::Place m_folder;
+    CMarkupMSXML& m_reader;
+    ScanRemarks& m_remarks;
+    CArray<tag_P2EDL>& m_edls;
+    std::size_t m_events = 0;
+};
+
+/// Returns whether the folder can be reached; one that cannot even be looked for is remarked.
+bool LoadFolder(const platform::Place& folder, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls,
+                ScanRemarks& remarks) {
+    const platform::IoStatus status = folder.Look();
+    if (status) {
+        Scan(folder, reader, remarks, edls).Run();
+    } else if (status.error != platform::IoError::NotFound) {
+        remarks.AddFolder(folder.Written(), status);
+    }
+    return static_cast<bool>(status);
 }
 
-/// What stands for reading a special file: the opening alone of a device can do harm.
-platform::IoStatus NotOpened() {
-    return {platform::IoError::NotAFile, "it is no regular file"};
+/// A folder that asks too much of memory is one that could not be read to its end.
+bool TryLoadFolder(const platform::Place& folder, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls,
+                   ScanRemarks& remarks) {
+    try {
+        return LoadFolder(folder, reader, edls, remarks);
+    } catch (const std::exception& error) {
+        remarks.AddFolder(folder.Written(), {platform::IoError::Other, error.what()});
+        return false;
+    }
 }
 
 } // namespace
 
-platform::IoStatus ScanEditLists(const CString& folder, CMarkupMSXML& reader,
-                                 CArray<tag_P2EDL>& edls, std::vector<SkippedList>* skipped) {
-    platform::IoStatus folderStatus;
-    const std::vector<platform::FoundFile> files = FilesIn(folder, folderStatus);
-    const IconLookup icons(folder);
-    platform::ReadAhead contents(PathsOf(files),
-                                 std::min(platform::kReadAheadLimit, MaxXmlFileSize()));
-    std::string content;
-    std::size_t events = 0;
-    for (const platform::FoundFile& file : files) {
-        SkippedList loss;
-        loss.status = IsReadable(file) ? contents.Next(content) : NotOpened();
-        tag_P2EDL edl;
-        edl.IconPath = icons.Beside(file);
-        if (TryTakeFile(file, content, reader, edl, loss) && FitsFolder(edl, events, loss)) {
-            edls.Add(std::move(edl));
-        } else if (skipped != nullptr) {
-            loss.file = file;
-            skipped->push_back(std::move(loss));
-        }
+bool LoadEditLists(const CString& root, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls) {
+    ScanRemarks untold(nullptr);
+    return LoadFolder(CardRoot(root).Below(kEditListFolder), reader, edls, untold);
+}
+
+bool LoadCardEditLists(const CString& root, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls,
+                       ScanReport& report) {
+    ScanRemarks remarks(&report);
+    bool found = false;
+    for (const wchar_t* const folder : {kEditListFolder, kContentsEditListFolder}) {
+        found = TryLoadFolder(CardRoot(root).Below(folder), reader, edls, remarks) || found;
     }
-    return folderStatus;
+    return found;
 }
 
 } // namespace nqp2::edl

@@ -6,28 +6,20 @@
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/P2EDL.h"
-#include "platform/file_find.h"
-#include "platform/io_status.h"
-#include "xml/dom/parse_error.h"
-
-#include <vector>
+#include "NQP2ParserU/ScanReport.h"
 
 class CMarkupMSXML;
 
 namespace nqp2::edl {
 
-/// A file of the folder that gave no record.
-struct SkippedList {
-    platform::FoundFile file;
-    platform::IoStatus status; ///< failed when the file could not be read
-    dom::ParseError error;     ///< set when it was read and did not load; else it is no edit list
-};
+// Both append a record for every edit list that can be read, in the file system's order.
 
-/// Appends a record for every edit list in the folder (with its trailing separator) that loads, in
-/// the file system's order, and to `skipped`, when given, what does not. Returns whether the folder
-/// could be read to its end.
-platform::IoStatus ScanEditLists(const CString& folder, CMarkupMSXML& reader,
-                                 CArray<tag_P2EDL>& edls,
-                                 std::vector<SkippedList>* skipped = nullptr);
+/// Of the folder in the card's root. Returns false when it is missing.
+bool LoadEditLists(const CString& root, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls);
+
+/// Of both folders of the card; `report` is told what was left out and which folder could not be
+/// read to its end. Returns false when neither folder can be reached.
+bool LoadCardEditLists(const CString& root, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls,
+                       ScanReport& report);
 
 } // namespace nqp2::edl

@@ -3,33 +3,20 @@
 
 #pragma once
 
-#include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/P2EDL.h"
+#include "platform/place.h"
 
-#include <vector>
+#include <optional>
+#include <string>
 
 class CMarkupMSXML;
 
-namespace nqp2::platform {
-class Folder;
-}
-
 namespace nqp2::edl {
 
-/// Where an edit list goes.
-struct EditListPlace {
-    CString folder;               ///< with its trailing separator
-    std::vector<CString> numbers; ///< patterns of the lists whose numbers are not given again
-    CString name;                 ///< "" for the next number
-};
-
-/// Writes an edit list of clips that are on the card into the open folder of its place. A file of
-/// the given name is replaced (extension added when it has none), one of a number's name never, also
-/// when another writer takes it at the same moment. What the edit is made of (edit unit, rate, codec)
-/// comes from the first event's clip that is there. What killed writers left is removed. `saved`
-/// receives the file's path. Returns false for any failure, a list that could not be read again
-/// included; nothing is left in the folder then.
-bool WriteEditList(const CString& cardPath, platform::Folder& folder, const EditListPlace& place,
-                   const tag_P2EDL& edl, CMarkupMSXML& reader, CString& saved);
+/// The document of an edit list of clips that are on the card. What the edit is made of (edit unit,
+/// rate, codec) comes from the first event's clip that is there. Nothing for a list without such a
+/// clip, and for one that could not be read again.
+std::optional<std::string> EditListText(const platform::Place& contents, const tag_P2EDL& edl,
+                                        CMarkupMSXML& reader);
 
 } // namespace nqp2::edl

@@ -142,6 +142,9 @@ inline constexpr std::array<CameraFolder, 2> kPanasonicCameras = {{
     {"PANA_GRP/001YDJAM", "PANA_GRP/001YDJAM", "*.MOV"},
 }};
 
+/// The metadata files of clips and edit lists.
+inline constexpr const wchar_t* kMetadataPattern = L"*.XML";
+
 /// The root with a drive part: ":" is appended when the text holds none ("E" becomes "E:").
 CString WithDrive(const CString& root);
 

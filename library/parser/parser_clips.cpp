@@ -1,11 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "clips/card_format.h"
 #include "clips/card_scan.h"
+#include "clips/clip_fields.h"
+#include "clips/clip_file.h"
 #include "clips/free_name.h"
-#include "clips/load_clip.h"
-#include "clips/memos.h"
 #include "media/card_status.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "platform/guard.h"

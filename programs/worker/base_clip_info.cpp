@@ -160,7 +160,8 @@ Outcome ReadClip(const std::string& file, _tag_P2Clip& clip) {
     if (!texts.HasContent()) {
         return Failure(file + " is not the metadata of a clip.");
     }
-    clips::EssenceLookup essence(ContentsAbove(file), clips::EssenceLookup::Mode::OneClip);
+    const clips::EssenceLookup essence(platform::Place(ContentsAbove(file)),
+                                       clips::EssenceLookup::Mode::OneClip);
     clip.ClipName = TitleOf(file);
     clips::ReadScannedClip(texts, essence, clip);
     return {};

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/file_system.h"
-#include "tests/parser/card_test.h"
+#include "tests/clips/card_test.h"
 
 #include <filesystem>
 #include <set>
@@ -13,7 +13,6 @@
 namespace nqp2::edl {
 
 inline constexpr const char* kEditSchema = "urn:schemas-Professional-Plug-in:P2:EditMetadata:v2.0";
-inline constexpr const char* kEditSchema3 = "urn:schemas-Professional-Plug-in:P2:EditMetadata:v3.0";
 inline constexpr const wchar_t* kClipID =
     L"060A2B340101010501010D4313000000798AE7C6A09E4B6FA5A11F6E2D08E5C0";
 

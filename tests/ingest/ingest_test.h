@@ -5,7 +5,7 @@
 
 #include "NQP2ParserU/IngestList.h"
 #include "platform/file_system.h"
-#include "tests/parser/card_test.h"
+#include "tests/clips/card_test.h"
 
 #include <filesystem>
 #include <set>

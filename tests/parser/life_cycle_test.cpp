@@ -2,12 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "NQP2ParserU/SystemFolder.h"
-#include "tests/parser/card_test.h"
+#include "tests/clips/card_test.h"
 
-namespace nqp2::clips {
+namespace nqp2::parser {
 namespace {
 
 using Peer = NQP2ParserPeer;
+using clips::ExpectNoFormat;
 
 class LifeCycleTest : public testing::Test {
 protected:
@@ -61,16 +62,12 @@ TEST_F(LifeCycleTest, TheCardManagerLibraryIsKeptOnlyWithItsInitEntry) {
                                                   {"/nonexistent", false},
                                                   {"", false},
                                                   {endless, false}};
-    m_card.AddClip("0001AA");
     for (const auto& [folder, kept] : cases) {
         OfferLibrariesOf(folder.c_str());
         CNQP2Parser parser;
         EXPECT_EQ(Peer::HasCardManager(parser), kept) << folder;
         EXPECT_EQ(Peer::HasEntryPoints(parser), kept) << folder;
-        CArray<_tag_P2Clip> clips;
         parser.Init();
-        EXPECT_EQ(parser.LoadClipEx(m_card.Root(), clips, 1), 0);
-        EXPECT_EQ(clips.GetSize(), 1) << folder;
         parser.Release();
         EXPECT_EQ(Peer::HasCardManager(parser), kept) << "Release leaves it loaded";
     }
@@ -91,15 +88,5 @@ TEST_F(LifeCycleTest, AnAssignedParserSharesTheWorkingObjects) {
     EXPECT_TRUE(Peer::HasEntryPoints(second));
 }
 
-TEST_F(LifeCycleTest, IdentifiersNeedNoInit) {
-    CNQP2Parser parser;
-    EXPECT_FALSE(parser.CreateUMID(GUID()) == parser.CreateUMID(GUID())) << "fresh for none";
-    GUID guid;
-    guid.Data1 = 0x0123ABCD;
-    const GUID back = CNQP2Parser::GuidFromUMID(parser.CreateUMID(guid));
-    EXPECT_EQ(back.Data1, 0xABCD0000U) << "shifted by the closing digits";
-    EXPECT_EQ(back.Data4[7], 0x08);
-}
-
 } // namespace
-} // namespace nqp2::clips
+} // namespace nqp2::parser

@@ -12,7 +12,7 @@
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/NQXmlParser.h"
-#include "tests/parser/clip_show.h"
+#include "tests/clips/clip_show.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/child_process.h"
 
@@ -85,7 +85,7 @@ void* aligned_alloc(std::size_t alignment, std::size_t size) {
 }
 #endif
 
-namespace nqp2::clips {
+namespace nqp2::parser {
 namespace {
 
 /// What is written to a descriptor while this lives.
@@ -248,16 +248,16 @@ protected:
 TEST_F(OutOfMemory, CardScan) {
     CArray<_tag_P2Clip> clips;
     ScanReport report;
-    std::map<std::string, ClipShow::Shown> whole;
+    std::map<std::string, clips::ClipShow::Shown> whole;
     Sweep({[&] {
                clips.RemoveAll();
                report = {};
            },
            [&] { return m_parser.LoadClipEx(m_root, clips, 1, report) == 0; },
            [&](Outcome outcome) {
-               std::map<std::string, ClipShow::Shown> found;
+               std::map<std::string, clips::ClipShow::Shown> found;
                for (const _tag_P2Clip& clip : clips) {
-                   const ClipShow shown(clip, m_card.Contents());
+                   const clips::ClipShow shown(clip, m_card.Contents());
                    found[shown["ClipName"]] = shown.Fields();
                }
                whole = whole.empty() ? found : whole;
@@ -282,7 +282,8 @@ TEST_F(OutOfMemory, OneClipAndTheCardsFormat) {
            },
            [&](Outcome outcome) {
                if (outcome == Outcome::Done) {
-                   const ClipShow::Shown found = ClipShow(clip, m_card.Contents()).Fields();
+                   const clips::ClipShow::Shown found =
+                       clips::ClipShow(clip, m_card.Contents()).Fields();
                    whole = whole.empty() ? found : whole;
                    EXPECT_EQ(found, whole);
                }
@@ -407,4 +408,4 @@ TEST_F(OutOfMemory, Cursor) {
 }
 
 } // namespace
-} // namespace nqp2::clips
+} // namespace nqp2::parser

@@ -1,14 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "clips/scan_remarks.h"
+#include "xml/scan_remarks.h"
 
 #include "media/card_layout.h"
 #include "platform/unicode.h"
 
-#include <string>
+#include <string_view>
+#include <utility>
 
-namespace nqp2::clips {
+namespace nqp2::xml {
 namespace {
 
 SkipReason ReasonOf(dom::Fault fault) {
@@ -54,47 +55,55 @@ const wchar_t* TextOf(SkipReason reason) {
     }
 }
 
-} // namespace
-
-SkippedFile NotLoaded(const CString& path, const dom::ParseError& error) {
-    if (media::IsCompanion(path)) {
-        return Remark(path, SkipReason::Companion);
-    }
-    SkippedFile file = Remark(path, ReasonOf(error.fault));
-    if (file.text.IsEmpty()) {
-        file.text = platform::TextFromUtf8(error.reason);
-    }
-    file.line = error.line;
-    file.column = error.linepos;
-    return file;
-}
-
-SkippedFile NotRead(const CString& path, const platform::IoStatus& status) {
-    SkippedFile file = Remark(path, ReasonOf(status.error));
-    if (file.text.IsEmpty()) {
-        file.text = platform::TextFromUtf8(status.reason);
-    }
-    return file;
-}
-
-SkippedFile NotNamable(const CString& folder, const CString& title) {
-    SkippedFile file = Remark(folder, SkipReason::Unreadable);
-    file.text = L"the name \"" + title + L"\" holds a backslash, which no path can carry";
-    return file;
-}
-
-SkippedFile NotHeld(const CString& path, const std::exception& error) {
-    SkippedFile file = Remark(path, SkipReason::TooLarge);
-    file.text = platform::TextFromUtf8(error.what());
-    return file;
-}
-
-SkippedFile Remark(const CString& path, SkipReason reason) {
+/// The reason in its own words, or in those of what failed.
+SkippedFile Remark(const CString& path, SkipReason reason, std::string_view detail = {}) {
     SkippedFile file;
     file.path = path;
     file.reason = reason;
     file.text = TextOf(reason);
+    if (file.text.IsEmpty()) {
+        file.text = platform::TextFromUtf8(detail);
+    }
     return file;
 }
 
-} // namespace nqp2::clips
+} // namespace
+
+void ScanRemarks::Add(const CString& path, SkipReason reason) {
+    Append(Remark(path, reason));
+}
+
+void ScanRemarks::AddUnread(const CString& path, const platform::IoStatus& status) {
+    Append(Remark(path, ReasonOf(status.error), status.reason));
+}
+
+void ScanRemarks::AddUnloaded(const CString& path, const dom::ParseError& error) {
+    if (media::IsCompanion(path)) {
+        Add(path, SkipReason::Companion);
+        return;
+    }
+    SkippedFile file = Remark(path, ReasonOf(error.fault), error.reason);
+    file.line = error.line;
+    file.column = error.linepos;
+    Append(std::move(file));
+}
+
+void ScanRemarks::AddUnnamable(const CString& folder, const CString& title) {
+    SkippedFile file = Remark(folder, SkipReason::Unreadable);
+    file.text = L"the name \"" + title + L"\" holds a backslash, which no path can carry";
+    Append(std::move(file));
+}
+
+void ScanRemarks::AddFolder(const CString& folder, const platform::IoStatus& status) {
+    SkippedFile file = Remark(folder, ReasonOf(status.error), status.reason);
+    file.reason = SkipReason::FolderUnreadable;
+    Append(std::move(file));
+}
+
+void ScanRemarks::Append(SkippedFile file) {
+    if (m_report != nullptr) {
+        m_report->skipped.Add(std::move(file));
+    }
+}
+
+} // namespace nqp2::xml

@@ -1,12 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "clips/memos.h"
 #include "clips/takes.h"
-#include "tests/parser/card_test.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/clips/card_test.h"
 
 #include <vector>
 
@@ -64,7 +60,6 @@ TEST(Takes, AreToldWithWhatIsMissing) {
         {"in shot order, whatever the scan's", {kC, kAlone, kA, kB}, "A B C "},
         {"the last is missing", {kA, kB}, "A B ! C@card-C"},
         {"the middle is missing, told by both", {kA, kC}, "A C ! B@card-B"},
-        {"the first is missing, told by both", {kB, kC}, "B C ! A@card-A"},
         {"only the middle is there", {kB}, "B ! A@card-A C@card-C"},
         {"a neighbour without name", {unnamedNext}, "A ! @"},
         {"letter case of identifiers", {kA, lowerCase, kC}, "A B C "},
@@ -77,13 +72,8 @@ TEST(Takes, AreToldWithWhatIsMissing) {
         EXPECT_EQ(takes[0].topGlobalClipID.CompareNoCase(L"id-A"), 0) << why;
     }
     EXPECT_TRUE(FindTakes({kAlone, kAlone}).IsEmpty());
-}
-
-TEST(Takes, ComeInTheOrderOfTheirFirstClips) {
-    const ClipRelation d = Segment("D", 0, "D", "", "E");
-    const CArray<Take> takes = FindTakes({kC, d, kA, kB});
-    ASSERT_EQ(takes.GetSize(), 2);
-    EXPECT_EQ(Told(takes[0]), "A B C ");
+    const CArray<Take> takes = FindTakes({kC, Segment("D", 0, "D", "", "E"), kA, kB});
+    ASSERT_EQ(takes.GetSize(), 2) << "in the order of their first clips";
     EXPECT_EQ(Told(takes[1]), "D ! E@card-E");
 }
 
@@ -102,22 +92,6 @@ TEST_F(TakeReportTest, AScanTellsTheTakesOfACardBehindThoseOfOthers) {
     ASSERT_EQ(m_report.takes.GetSize(), 2);
     EXPECT_EQ(Told(m_report.takes[1]), "0001 ! 0002@AAF09F0001");
     EXPECT_EQ(m_report.takes[1].missing[0].globalClipID, L"BB");
-}
-
-TEST(Memos, TheFirstAtEachOffsetIsKeptInOrder) {
-    CArray<_tag_P2Memo> memos;
-    for (const int offset : {10, 20, 10, -1, 20, 10}) {
-        _tag_P2Memo memo;
-        memo.Offset = offset;
-        memo.VoiceChannelFlag = static_cast<int>(memos.GetSize());
-        memos.Add(memo);
-    }
-    RemoveRepeatedMemos(memos);
-    std::vector<std::pair<int, int>> kept; // with the place where each stood
-    for (const _tag_P2Memo& memo : memos) {
-        kept.emplace_back(memo.Offset, memo.VoiceChannelFlag);
-    }
-    EXPECT_EQ(kept, (std::vector<std::pair<int, int>>{{10, 0}, {20, 1}, {-1, 3}}));
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "platform/file_system.h"
-#include "tests/parser/card_test.h"
+#include "tests/clips/card_test.h"
 #include "tests/support/faulty_file_system.h"
 
 #include <filesystem>
@@ -33,8 +33,6 @@ TEST_F(HostileCardTest, BrokenFilesAreSkippedAndReportedWithTheirPlace) {
     const std::string good = test::ClipXml({{"ClipName", "0001AB"}, {"Duration", "5"}});
     const std::tuple<const char*, std::string, SkipReason, int> cases[] = {
         {"empty", "", NotWellFormed, 1},
-        {"binary", std::string("\x00\x05\x16\x07\x00\x02\x00\x00Mac", 11), NotWellFormed, 1},
-        {"not XML", "LASTCLIP", NotWellFormed, 1},
         {"cut off", good.substr(0, good.size() - 12), NotWellFormed, 2},
         {"zero byte", std::string("<P2Main>\0</P2Main>", 18), NotWellFormed, 1},
         {"two roots", good + "<P2Main/>", NotWellFormed, 3},
@@ -63,13 +61,6 @@ TEST_F(HostileCardTest, ADeviceIsNotEvenOpened) {
     ExpectGoodClipOnly();
     EXPECT_EQ(files.Calls(Operation::Read), 1U);
     EXPECT_EQ(OnlyRow().reason, SkipReason::Unreadable);
-}
-
-TEST_F(HostileCardTest, AFileInPlaceOfTheClipFolderIsReported) {
-    std::filesystem::remove(m_card.Folder().Path() + "/CONTENTS/CLIP");
-    m_card.AddFile("CLIP", "no folder");
-    EXPECT_THAT(ScannedNames(), IsEmpty());
-    EXPECT_EQ(OnlyRow().reason, SkipReason::FolderUnreadable);
 }
 
 TEST_F(HostileCardTest, FoldersAndCompanionsAreNoClips) {
@@ -101,9 +92,18 @@ TEST_F(HostileCardTest, ABackslashInAFileNameLeadsNowhereElse) {
 }
 
 TEST_F(HostileCardTest, WellFormedFilesWithoutClipContentAreListedWithARemark) {
-    m_card.AddFile("CLIP/0001AA.XML", "<ClipMain><ClipContent/></ClipMain>");
-    ExpectGoodClipOnly();
-    EXPECT_THAT(Remarks(), ElementsAre(Remark("CLIP\\0001AA.XML", SkipReason::NoClipContent)));
+    constexpr std::pair<const char*, bool> kRows[] = {
+        {"<A><P2Main><ClipContent/></P2Main></A>", true},
+        {"<P2Main><A><ClipContent/></A></P2Main>", false},
+        {"<p:P2Main xmlns:p='urn:p'><p:ClipContent/></p:P2Main>", false},
+        {"<ClipMain><ClipContent/></ClipMain>", false},
+    };
+    for (const auto& [xml, hasContent] : kRows) {
+        m_card.AddFile("CLIP/0001AA.XML", xml);
+        ExpectGoodClipOnly();
+        EXPECT_EQ(m_report.skipped.IsEmpty(), hasContent) << xml;
+        EXPECT_TRUE(hasContent || OnlyRow().reason == SkipReason::NoClipContent) << xml;
+    }
 }
 
 TEST_F(HostileCardTest, AnExceptionOrFaultInReadingEndsNothing) {
@@ -130,15 +130,22 @@ TEST_F(HostileCardTest, AnExceptionOrFaultInReadingEndsNothing) {
     EXPECT_EQ(OnlyRow().line, 0);
 }
 
-TEST_F(HostileCardTest, AClipFolderThatBreaksOffGivesItsFirstEntries) {
+TEST_F(HostileCardTest, AClipFolderThatCannotBeReadToItsEndGivesItsFirstEntries) {
+    const std::string remark = Remark("CLIP\\", SkipReason::FolderUnreadable);
     for (const char* const name : {"0001AA", "0001AB", "0001AC", "0001AD"}) {
         m_card.AddClip(name);
     }
     FaultyFileSystem faulty;
     faulty.Fail({.operation = Operation::List, .pathPart = "/CLIP", .times = 1, .keptEntries = 3});
-    const platform::ScopedFileSystem scope(faulty);
-    EXPECT_EQ(ScannedNames().size(), 3U);
-    EXPECT_THAT(Remarks(), ElementsAre(Remark("CLIP\\", SkipReason::FolderUnreadable)));
+    {
+        const platform::ScopedFileSystem scope(faulty);
+        EXPECT_EQ(ScannedNames().size(), 3U);
+        EXPECT_THAT(Remarks(), ElementsAre(remark));
+    }
+    std::filesystem::remove_all(m_card.Folder().Path() + "/CONTENTS/CLIP");
+    m_card.AddFile("CLIP", "no folder");
+    EXPECT_THAT(ScannedNames(), IsEmpty());
+    EXPECT_THAT(Remarks(), ElementsAre(remark));
 }
 
 TEST_F(HostileCardTest, ACardRemovedInMidScanEndsItWithRemarks) {

@@ -1,0 +1,129 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "clips/clip_file.h"
+
+#include "clips/clip_reader.h"
+#include "clips/clip_texts.h"
+#include "clips/essence_lookup.h"
+#include "media/card_layout.h"
+#include "media/card_status.h"
+#include "media/element_paths.h"
+#include "NQP2ParserU/MarkupMSXML.h"
+#include "platform/guard.h"
+#include "platform/place.h"
+#include "xml/metadata_folder.h"
+
+namespace nqp2::clips {
+
+using media::ClipPath;
+using media::kCannotRead;
+using media::kRead;
+using xml::MetadataFolder;
+
+namespace {
+
+CString TextAt(CMarkupMSXML& reader, ClipPath path) {
+    constexpr int kIgnoreMissing = 1; // which is nothing to log
+    return reader.GetNodeText(media::FullPathText(path), kIgnoreMissing);
+}
+
+/// The contents folder above a clip file: the path without its last two components.
+CString ContentsAbove(const CString& xmlPath) {
+    const CString folder = xmlPath.Left(xmlPath.ReverseFind(L'\\'));
+    return folder.Left(folder.ReverseFind(L'\\') + 1);
+}
+
+/// The file's name without its extension.
+CString TitleOf(const CString& path) {
+    const CString name = path.Mid(path.ReverseFind(L'\\') + 1);
+    const int dot = name.ReverseFind(L'.');
+    return dot < 0 ? name : name.Left(dot);
+}
+
+eP2_VIDEO_STANDARD StandardOf(const CString& frameRate) {
+    return StandardFromRateIndex(RateIndexFromText(frameRate));
+}
+
+// Rate and class are fixed, so that the codec name alone decides: kept, hosts rely on it.
+eCodeType CoarseCodeType(const CString& codec) {
+    return CodeTypeFromCodec(codec, L"50i", 0, L"50");
+}
+
+} // namespace
+
+__int64 LoadNamedClip(const CString& root, const CString& clipName, CMarkupMSXML& reader,
+                      _tag_P2Clip& clip) {
+    const platform::Place contents(media::ContentsFolder(root));
+    clip.XmlPath = contents.Below(media::kMetadataFiles.folder.Path())
+                       .PathOf(media::FileNameOf(media::kMetadataFiles, clipName));
+    if (reader.LoadXml(clip.XmlPath) == 0) {
+        return kCannotRead;
+    }
+    TextPool pool;
+    EssenceLookup essence(contents, EssenceLookup::Mode::OneClip);
+    ReadNamedClip(ClipTexts(*reader.GetDocumentPtr(), pool), essence, clip);
+    return kRead;
+}
+
+bool LoadClipFile(const CString& path, CMarkupMSXML& reader, _tag_P2Clip& clip) {
+    if (reader.LoadXml(path) == 0) {
+        return false;
+    }
+    TextPool pool;
+    clip.ClipName = TitleOf(path);
+    EssenceLookup essence(platform::Place(ContentsAbove(path)), EssenceLookup::Mode::OneClip);
+    ReadScannedClip(ClipTexts(*reader.GetDocumentPtr(), pool), essence, clip);
+    return true;
+}
+
+__int64 ReadCoarseFormat(const CString& root, CMarkupMSXML& reader, eCodeType& codeType,
+                         eP2_VIDEO_STANDARD& standard) {
+    DiskFormat format;
+    const __int64 result = ReadFormat(root, reader, format);
+    if (format.found) {
+        standard = format.standard;
+        codeType = format.codeType;
+    }
+    return result;
+}
+
+__int64 ReadFormatTexts(const CString& root, CMarkupMSXML& reader, CString& frameRate,
+                        CString& codec, CString& editUnit, int& class50) {
+    DiskFormat format;
+    const __int64 result = ReadFormat(root, reader, format);
+    if (format.found) {
+        frameRate = format.frameRate;
+        codec = format.codec;
+        editUnit = format.editUnit;
+        class50 = format.class50;
+    }
+    return result;
+}
+
+__int64 ReadFormat(const CString& root, CMarkupMSXML& reader, DiskFormat& format) {
+    const platform::Place contents(media::ContentsFolder(root));
+    if (!contents.Exists()) {
+        return kCannotRead;
+    }
+    const platform::MemoryWatch watch;
+    const MetadataFolder clips(contents.Below(media::kMetadataFiles.folder.Path()),
+                               MetadataFolder::Subfolders::PassedOver);
+    const bool found = clips.LoadFirst(reader);
+    if (found) {
+        format.codec = TextAt(reader, ClipPath::Codec);
+        const bool class50 =
+            format.codec == L"AVC-I_1080/50i" &&
+            reader.GetNodeAttribute(media::FullPathText(ClipPath::Codec), L"Class") == L"50";
+        format.class50 = class50 ? 1 : 0;
+        format.frameRate = TextAt(reader, ClipPath::FrameRate);
+        format.editUnit = TextAt(reader, ClipPath::EditUnit);
+        format.standard = StandardOf(format.frameRate);
+        format.codeType = CoarseCodeType(format.codec);
+    }
+    watch.Require();
+    format.found = found;
+    return kRead;
+}
+
+} // namespace nqp2::clips
