@@ -5,7 +5,6 @@
 
 #include "nqp2/console.h"
 #include "nqp2/input_file.h"
-#include "nqp2/little_endian.h"
 
 #include <algorithm>
 #include <cstddef>

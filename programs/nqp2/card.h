@@ -10,6 +10,9 @@
 
 namespace nqp2::tool {
 
+/// The POSIX path under which the file of an interface path really stands; "" for "".
+std::string RealPath(const CString& path);
+
 /// Whether a text names a drive ("E", "E:", "E:\\copies") whose letter the drive table knows.
 bool IsMappedDrive(const CString& text);
 

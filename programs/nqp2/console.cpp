@@ -6,7 +6,7 @@
 #include "nqp2/display_text.h"
 #include "NQP2ParserU/Terminal.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 #include <cstdio>

@@ -3,7 +3,7 @@
 
 #include "nqp2/display_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstddef>

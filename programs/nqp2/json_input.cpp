@@ -4,11 +4,10 @@
 #include "nqp2/json_input.h"
 
 #include "nqp2/console.h"
-#include "nqp2/foreign_text.h"
-#include "nqp2/guid_form.h"
+#include "nqp2/input_text.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <array>

@@ -3,10 +3,10 @@
 
 #include "nqp2/scan_report_output.h"
 
-#include "nqp2/real_path.h"
+#include "nqp2/card.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>

@@ -8,14 +8,11 @@
 #include <string>
 #include <string_view>
 
-namespace CLI {
-class App;
-} // namespace CLI
-
 namespace nqp2::tool {
 
-/// The option --worker.
-void AddWorkerOption(CLI::App& command, std::string& program);
+/// A file or folder that the user named, as the worker takes it: whole, without links and steps
+/// upward, or a mapped drive as it stands. Throws Failure for a path that cannot be said.
+CString WorkerPath(const std::string& argument);
 
 /// The worker process, which runs as long as this lives. Parsers that are made meanwhile lead to
 /// it; they are to be released before it goes. One at a time.

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/access_units.h"
+#include "nqp2/raw_video.h"
 
 #include "nqp2/console.h"
 #include "tests/support/temp_folder.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/clip_length.h"
+#include "nqp2/clip_table.h"
 
 #include <gtest/gtest.h>
 

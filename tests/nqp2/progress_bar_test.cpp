@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "nqp2/display_text.h"
-#include "nqp2/progress_bar.h"
+#include "nqp2/transfer_watch.h"
 
 #include <gtest/gtest.h>
 
