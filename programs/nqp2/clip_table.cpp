@@ -32,7 +32,7 @@ constexpr FrameRate kRates[] = {
     {30, 30.0}, {30, 30.0},         {60, 60.0},
 };
 
-/// Null for a text that names no known rate: index 0 stands for "50i" and for anything unknown.
+/// Null for a text that names no known rate: index 0 is "50i" and whatever is unknown.
 const FrameRate* KnownRate(const CString& text) {
     const int index = RateIndexFromText(text);
     const bool unknown = index == 0 && text.CompareNoCase(L"50i") != 0;
@@ -122,7 +122,7 @@ std::string Marks(const Clip& clip) {
 
 const ClipColumn kTitleColumn = {{"TITLE", Align::Left, 8}, OwnTitle};
 
-/// What matters most stands first: a narrow terminal cuts the end off.
+/// What matters most comes first: a narrow terminal cuts the end off.
 std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips) {
     std::vector<ClipColumn> columns = {
         {{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>},

@@ -70,7 +70,7 @@ Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
     RequireFileName(options);
     const tag_P2EDL edl = ReadEdl(options.file);
     const Card card(options.card);
-    // A mistyped card shall not be given a folder.
+    // No folder is made for a mistyped card.
     card.RequireContents();
     ReadyParser parser;
     CString saved;

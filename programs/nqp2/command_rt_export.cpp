@@ -117,7 +117,7 @@ void BeginRecording(WorkerSession& session, const RtExportOptions& options, cons
                     options.video, "not recorded");
 }
 
-/// Ends the recording; what the worker has of it stays, or with `kDrop` goes.
+/// How a recording ends: what the worker has of it is kept or deleted.
 enum Ending : int { kKeep = 0, kDrop = 1 };
 
 void SendUnit(WorkerSession& session, const RtExportOptions& options, std::string& unit,

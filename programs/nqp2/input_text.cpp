@@ -16,7 +16,7 @@
 namespace nqp2::tool {
 namespace {
 
-/// The two ways to write a GUID: "x" stands for a hexadecimal digit.
+/// The two ways to write a GUID: "x" is any hexadecimal digit.
 constexpr std::string_view kGuidForms[] = {"xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx",
                                            "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"};
 

@@ -63,8 +63,8 @@ std::string ReasonOf(const std::exception& error) {
     return std::string(bracket == std::string_view::npos ? text : text.substr(bracket + 2));
 }
 
-/// Looks through a text before a tree is made of it. The tree's maker takes any depth, keeps the last
-/// of several members with one name, and makes a hundred bytes of two.
+/// Looks through a text before a tree is made of it. The tree's maker takes any depth, keeps the
+/// last of several members with one name, and makes a hundred bytes of two.
 class Look final : public nlohmann::json_sax<Input> {
 public:
     /// What is wrong with the text; empty when nothing is.

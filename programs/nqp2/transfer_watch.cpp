@@ -27,7 +27,7 @@ std::string RateText(double kibPerSecond) {
                                 : fmt::format("{:.0f} KiB/s", kibPerSecond);
 }
 
-/// Empty while nobody can tell.
+/// Empty as long as the rate is not known.
 std::string RestText(const Progress& progress) {
     constexpr double kSoonest = 0.5; // a rate of fewer seconds says little
     if (progress.done == 0 || progress.seconds < kSoonest) {

@@ -66,7 +66,7 @@ public:
     /// From here on Ctrl-C ends no more than the transfer.
     explicit TransferWatch(bool quiet);
 
-    /// Hears of the parser's transfers.
+    /// From here on the parser reports its transfers to this.
     void Follow(CNQP2Parser& parser);
     /// A transfer begins. Throws the failure to report after Ctrl-C.
     void Begin(const std::string& label);

@@ -38,7 +38,7 @@ std::string WithTerminalControlsEscaped(const std::string& json) {
     return out;
 }
 
-/// Texts that stand in JSON as they are: most are codecs, names, digits and paths.
+/// Texts that JSON shows as they are: most are codecs, names, digits and paths.
 bool IsPlain(std::string_view text) {
     return std::all_of(text.begin(), text.end(),
                        [](char ch) { return ch >= ' ' && ch < 0x7F && ch != '"' && ch != '\\'; });
@@ -77,7 +77,7 @@ public:
                 Json(text).dump(-1, ' ', false, Json::error_handler_t::replace)));
         }
     }
-    /// The elements of a sequence, made one at a time, with what stands between them.
+    /// The elements of a sequence, made one at a time, with what separates them.
     void PutElements(const Sequence& sequence, std::string_view first, std::string_view separator) {
         for (std::size_t i = 0; i < sequence.count; ++i) {
             Put(i == 0 ? first : separator);
@@ -117,7 +117,7 @@ private:
     std::string m_text;
 };
 
-/// Each element of a member that is a sequence stands in a line of its own.
+/// Each element of a member that is a sequence has a line of its own.
 void PutMember(Writer& out, const Value& value) {
     const auto* const sequence = std::get_if<Sequence>(&value.data);
     if (sequence == nullptr) {

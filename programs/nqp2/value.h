@@ -24,8 +24,8 @@ using List = std::vector<Value>;
 /// Members in the order in which they are shown.
 using Record = std::vector<NamedValue>;
 
-/// A list whose elements are made when they are printed, so that what has many is not held twice. The
-/// source of the elements must outlive it.
+/// A list whose elements are made when they are printed, so that what has many is not held twice.
+/// The source of the elements must outlive it.
 struct Sequence {
     std::size_t count = 0;
     std::function<Value(std::size_t)> at;

@@ -67,7 +67,8 @@ def run_on_terminal(columns, *arguments):
         with subprocess.Popen(command_line(*arguments), stdout=slave,
                               stderr=subprocess.DEVNULL, env=environment) as process:
             shown = b""
-            # Our own end of its side stays open: what is in a terminal is lost when the last closes.
+            # Our own end of its side stays open: what is in a terminal is lost when the last
+            # closes.
             ended = False
             while not ended or select.select([master], [], [], 0)[0]:
                 ended = process.poll() is not None
