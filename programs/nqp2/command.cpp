@@ -109,10 +109,9 @@ template Option Command::ValueOption(const std::string&, std::uint16_t&, const s
 template Option Command::ValueOption(const std::string&, std::uint32_t&, const std::string&,
                                      const std::string&) const;
 
-/// Once for each value, however many words follow it.
-template <>
-Option Command::ValueOption(const std::string& name, std::vector<std::string>& values,
-                            const std::string& placeholder, const std::string& description) const {
+Option Command::RepeatedOption(const std::string& name, std::vector<std::string>& values,
+                               const std::string& placeholder,
+                               const std::string& description) const {
     return Option(m_app->add_option(name, values, description)
                       ->type_name(placeholder)
                       ->allow_extra_args(false));

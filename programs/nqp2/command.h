@@ -69,6 +69,9 @@ public:
     template <class Value>
     Option ValueOption(const std::string& name, Value& value, const std::string& placeholder,
                        const std::string& description) const;
+    /// `--name PLACEHOLDER` once for each value.
+    Option RepeatedOption(const std::string& name, std::vector<std::string>& values,
+                          const std::string& placeholder, const std::string& description) const;
     Option Flag(const std::string& name, bool& value, const std::string& description) const;
 
     /// What several commands have, the same for all: the arguments CARD, and CLIP once or more,

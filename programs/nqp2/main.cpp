@@ -39,8 +39,8 @@ Status Run(int count, const char* const* arguments, Console& console) {
     CommandLine commandLine;
     const Command program = commandLine.Program();
     program.Flag("-v,--verbose", verbose, "Show the library's debugger output");
-    program.ValueOption("--drive", drives, "LETTER=FOLDER",
-                        "Let a drive letter stand for a folder (repeatable)");
+    program.RepeatedOption("--drive", drives, "LETTER=FOLDER",
+                           "Let a drive letter stand for a folder (repeatable)");
     for (const AddCommand add : kCommands) {
         add(program);
     }
