@@ -61,7 +61,8 @@ std::int32_t AnswerValue(unsigned char* request, std::int32_t length, unsigned c
     return message.Save(reply, capacity);
 }
 
-/// The channel beside the requests on which a parser asks, as soon as it is made, to hear of progress.
+/// The channel beside the requests on which a parser asks, as soon as it is made, to be told of
+/// progress.
 ChannelHandle RegisterProgress(const SysInterfaceTable& table, ChannelHandle requests) {
     const ChannelHandle callbacks =
         table.OpenSubChannel(requests, bridge::kProxyChannelId, 0, 0, kForEver, kForEver);

@@ -246,7 +246,8 @@ def count_calls(program: Path, cards: list[Path], sizes: list[int], scratch: Pat
         return {}
     counts = []
     for card in cards:
-        # Tracing makes a fast medium look slow, so that threads read ahead and wait for one another.
+        # Tracing makes a fast medium look slow, so that threads read ahead and wait for one
+        # another.
         result = subprocess.run(
             ["strace", "-c", "-f", "-e", "trace=!futex", "-o", scratch, program, card],
             check=False, capture_output=True, text=True)

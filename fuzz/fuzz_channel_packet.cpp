@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 // A hostile peer: any packets, with good, bad and no descriptors, on the socket of an open channel
-// whose other end is used as a host or a worker uses it. The first byte of each packet's description
-// (fuzz/hostile_packet.h) says what the other end does.
+// whose other end is used as a host or a worker uses it. The first byte of each packet's
+// description (fuzz/hostile_packet.h) says what the other end does.
 
 #include "channel/channel_end.h"
 #include "fuzz/hostile_packet.h"

@@ -44,7 +44,7 @@ void SendHostilePacket(int socket, std::span<const std::uint8_t, kPacketStep> st
     const auto pair = channel::MakeSocketPair();
     Require(pair.has_value(), "there are sockets");
     for (std::size_t i = 0; i < count; ++i) {
-        // One more than there are stands for a fresh socket, of which one end stays here.
+        // One more than there are means a fresh socket, of which one end stays here.
         const std::size_t choice = step[2 + i % 3] % (Descriptors().size() + 1);
         files[i] = choice < Descriptors().size() ? Descriptors()[choice] : pair->first.Get();
     }

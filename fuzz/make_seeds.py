@@ -101,7 +101,8 @@ def write_requests() -> None:
 
 
 def write_packets() -> None:
-    # What is done, length, three descriptors, how many, padding; kind, id, slot, length, sizes, slots.
+    # What is done, length, three descriptors, how many, padding; kind, id, slot, length, sizes,
+    # slots.
     def step(kind: int, count: int, first: int = 0, length: int = 32, ident: int = 7) -> bytes:
         return (bytes([0, length, first, 1, 5, count, 0, 0])
                 + struct.pack("<8I", kind, ident, 0, 0, 4096, 4096, 4, 4))

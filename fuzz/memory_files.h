@@ -15,7 +15,7 @@
 
 namespace nqp2::fuzz {
 
-/// Folders and files in memory. A folder exists when it was made and when something stands in it.
+/// Folders and files in memory. A folder exists when it was made and when something is in it.
 class MemoryFiles final : public platform::FileSystem {
 public:
     /// Adds what an input describes, below `root`, until it ends: for each entry the byte of a path

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // Runs a fuzz target without a fuzzer: every file of a corpus folder, then a fixed number of
-// mutations of them, the same in each run. The input at work stands in the file
+// mutations of them, the same in each run. The current input is in the file
 // <program>.last-input of the current folder, so that a crash can be repeated:
 //   fuzz_clip CORPUS-FOLDER MUTATIONS
 //   fuzz_clip FILE

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Checks that the C++ shown in README.md stands in examples/, where it is built."""
+"""Checks that the C++ shown in README.md is in examples/, where it is built."""
 
 import re
 import sys
@@ -15,7 +15,7 @@ def main() -> int:
     examples = [path.read_text(encoding="utf-8") for path in (ROOT / "examples").rglob("*.cpp")]
     missing = [block for block in blocks if not any(block in example for example in examples)]
     for block in missing:
-        print(f"stands in no example:\n{block}")
+        print(f"is in no example:\n{block}")
     if not blocks:
         print("shows no C++")
     return 1 if missing or not blocks else 0

@@ -5,7 +5,6 @@
 
 #include "nqp2/console.h"
 #include "nqp2/input_file.h"
-#include "nqp2/little_endian.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -45,7 +44,8 @@ Layout LayoutOf(std::string_view head) {
     return layout;
 }
 
-/// Row by row: a picture of many rows would be moved as often when each went in front of the others.
+/// Row by row: a picture of many rows would be moved as often when each went in front of the
+/// others.
 void TurnOver(std::string& pixels, std::size_t row) {
     const auto at = [&](std::size_t place) {
         return pixels.begin() + static_cast<std::ptrdiff_t>(place);

@@ -6,9 +6,10 @@
 #include "nqp2/console.h"
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/RealPaths.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -118,6 +119,12 @@ std::string P2Hint(const fs::path& folder) {
 }
 
 } // namespace
+
+std::string RealPath(const CString& path) {
+    // For one run of one command: what it learns of a folder stays true for that long.
+    static RealPaths paths;
+    return paths.Find(path);
+}
 
 bool IsMappedDrive(const CString& text) {
     const bool hasForm =

@@ -10,6 +10,9 @@
 
 namespace nqp2::tool {
 
+/// The POSIX path of the file that an interface path names, in its letters on the disk; "" for "".
+std::string RealPath(const CString& path);
+
 /// Whether a text names a drive ("E", "E:", "E:\\copies") whose letter the drive table knows.
 bool IsMappedDrive(const CString& text);
 
@@ -29,7 +32,7 @@ public:
     void RequireFolder() const;
     /// Throws the failure to report unless the folder holds a CONTENTS folder.
     void RequireContents() const;
-    /// The failure to report when the library cannot read the card. Looks what stands there and
+    /// The failure to report when the library cannot read the card. Looks what is there and
     /// names the card that was probably meant.
     [[noreturn]] void ThrowUnreadable() const;
     /// The same for a card whose playlists are missing.

@@ -10,11 +10,11 @@
 namespace nqp2::tool {
 
 /// Every field of a clip under its own name in declaration order, then what its codec and rate
-/// stand for (CodeType, VideoStandard). Paths are POSIX paths, absent files "". Memos are converted
+/// mean (CodeType, VideoStandard). Paths are POSIX paths, absent files "". Memos are converted
 /// when they are printed: the clip must outlive the record.
 Record ClipRecord(const _tag_P2Clip& clip);
 
-/// What a clip's codec and rate stand for.
+/// What a clip's codec and rate mean.
 eCodeType CodeTypeOf(const _tag_P2Clip& clip);
 eP2_VIDEO_STANDARD StandardOf(const _tag_P2Clip& clip);
 

@@ -3,18 +3,57 @@
 
 #include "nqp2/clip_table.h"
 
-#include "nqp2/clip_length.h"
 #include "nqp2/console.h"
 #include "nqp2/table.h"
+#include "NQP2ParserU/FrameRate.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <bit>
-#include <string>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
 
 namespace nqp2::tool {
+namespace {
+
+/// Null for a text that names no known rate: index 0 is "50i" and whatever is unknown.
+const FrameRate* KnownRate(const CString& text) {
+    const int index = RateIndexFromText(text);
+    const bool unknown = index == 0 && text.CompareNoCase(L"50i") != 0;
+    return unknown ? nullptr : &kFrameRates.at(static_cast<std::size_t>(index));
+}
+
+} // namespace
+
+std::string LengthText(std::int32_t frames, const CString& rate) {
+    const FrameRate* known = KnownRate(rate);
+    if (known == nullptr || frames < 0) {
+        return fmt::format("{} frames", frames);
+    }
+    const std::int32_t nominal = known->Nominal();
+    const std::int32_t seconds = frames / nominal;
+    return fmt::format("{}:{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60,
+                       frames % nominal);
+}
+
+std::string LengthText(const _tag_P2Clip& clip) {
+    return LengthText(clip.Duration, clip.FrameRate);
+}
+
+double RunningSeconds(const _tag_P2Clip& clip) {
+    const FrameRate* rate = KnownRate(clip.FrameRate);
+    return rate == nullptr || clip.Duration < 0 ? 0.0 : clip.Duration / rate->PerSecond();
+}
+
+std::string SecondsText(double seconds) {
+    const auto whole = static_cast<std::int64_t>(std::llround(seconds));
+    return fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
 namespace {
 
 using Clip = _tag_P2Clip;
@@ -72,7 +111,7 @@ std::string Marks(const Clip& clip) {
 
 const ClipColumn kTitleColumn = {{"TITLE", Align::Left, 8}, OwnTitle};
 
-/// What matters most stands first: a narrow terminal cuts the end off.
+/// What matters most comes first: a narrow terminal cuts the end off.
 std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips) {
     std::vector<ClipColumn> columns = {
         {{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>},

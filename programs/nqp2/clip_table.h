@@ -3,8 +3,11 @@
 
 #pragma once
 
+#include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/P2Clip.h"
 
+#include <cstdint>
+#include <string>
 #include <vector>
 
 namespace nqp2::tool {
@@ -17,5 +20,17 @@ using ClipOrder = std::vector<const _tag_P2Clip*>;
 /// Prints one line a clip, what a person on set looks for, on standard output, and their number
 /// and running time on standard error.
 void PrintClipTable(Console& console, const ClipOrder& clips);
+
+/// A length as h:mm:ss:ff counted in whole frames of the rate's nominal value (30 for "29.97p");
+/// as "N frames" when the rate is none that is known.
+std::string LengthText(std::int32_t frames, const CString& rate);
+/// The clip's length at its own rate.
+std::string LengthText(const _tag_P2Clip& clip);
+
+/// The clip's true running time; 0 when the card names no known rate.
+double RunningSeconds(const _tag_P2Clip& clip);
+
+/// Seconds, rounded, as h:mm:ss.
+std::string SecondsText(double seconds);
 
 } // namespace nqp2::tool

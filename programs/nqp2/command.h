@@ -6,6 +6,7 @@
 #include "nqp2/console.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,36 +20,123 @@ namespace nqp2::tool {
 /// What a chosen command does once all options are known. Throws Failure.
 using Action = std::function<Status(Console&)>;
 
-/// Adds a command to the program; the command puts its action into `chosen` when the user asks
-/// for it. One such function a command, listed in main.cpp.
-using AddCommand = void (*)(CLI::App& program, Action& chosen);
+/// How records are printed; a table by default.
+struct OutputForm {
+    bool json = false;
+    bool csv = false;
+};
 
-/// The positional argument CARD, the same for every command, required.
-CLI::Option* AddCardArgument(CLI::App& command, std::string& card);
-/// The positional arguments CLIP, one or more, behind the card.
-void AddClipArguments(CLI::App& command, std::vector<std::string>& clips);
-/// A command that consists of commands of its own; the caller adds these.
-CLI::App* AddCommandGroup(CLI::App& program, const std::string& name,
-                          const std::string& description);
-/// Ends the command's help with an example.
-void SetExample(CLI::App& command, const std::string& example);
+/// An argument or option of a command. Valid as long as the command line.
+class Option {
+public:
+    explicit Option(CLI::Option* option) : m_option(option) {}
 
-void AddClipsCommand(CLI::App& program, Action& chosen);
-void AddClipCommand(CLI::App& program, Action& chosen);
-void AddFormatCommand(CLI::App& program, Action& chosen);
-void AddUmidCommand(CLI::App& program, Action& chosen);
-void AddFreeNameCommand(CLI::App& program, Action& chosen);
-void AddSpaceCommand(CLI::App& program, Action& chosen);
-void AddEdlCommand(CLI::App& program, Action& chosen);
-void AddIngestCommand(CLI::App& program, Action& chosen);
-void AddPlaylistsCommand(CLI::App& program, Action& chosen);
-void AddImportCommand(CLI::App& program, Action& chosen);
-void AddExportCommand(CLI::App& program, Action& chosen);
-void AddDeleteCommand(CLI::App& program, Action& chosen);
-void AddIconCommand(CLI::App& program, Action& chosen);
-void AddSerialCommand(CLI::App& program, Action& chosen);
-void AddBaseInfoCommand(CLI::App& program, Action& chosen);
-void AddRtExportCommand(CLI::App& program, Action& chosen);
-void AddLastErrorCommand(CLI::App& program, Action& chosen);
+    Option Required(bool required = true) const; // NOLINT(modernize-use-nodiscard)
+    Option Needs(const Option& other) const;     // NOLINT(modernize-use-nodiscard)
+    Option Excludes(const Option& other) const;  // NOLINT(modernize-use-nodiscard)
+    Option Between(int least, int most) const;   // NOLINT(modernize-use-nodiscard)
+    void OneOf(const std::vector<int>& numbers) const;
+    void OneOf(const std::vector<std::string>& words) const;
+    [[nodiscard]] bool IsGiven() const;
+
+private:
+    CLI::Option* m_option;
+};
+
+/// A command that is being put together. What is added comes in the help in that order. Only
+/// command.cpp knows the library that parses command lines.
+class Command {
+public:
+    Command(CLI::App& app, Action& chosen) : m_app(&app), m_chosen(&chosen) {}
+
+    /// A command below this one.
+    [[nodiscard]] Command Add(const std::string& name, const std::string& description) const;
+    /// One that has no action of its own and consists of commands.
+    [[nodiscard]] Command AddGroup(const std::string& name, const std::string& description) const;
+    /// Makes the options of the command, to be filled from the command line, and lets it do `run`.
+    template <class Options>
+    [[nodiscard]] Options& Runs(Status (*run)(Console&, const Options&)) const {
+        const auto options = std::make_shared<Options>();
+        SetAction([run, options](Console& console) { return run(console, *options); });
+        return *options;
+    }
+
+    /// A positional argument, required; a vector takes one or more. The types are those for which
+    /// command.cpp instantiates it.
+    template <class Value>
+    Option Argument(const std::string& name, Value& value, const std::string& description) const;
+    /// `--name PLACEHOLDER`; values as above.
+    template <class Value>
+    Option ValueOption(const std::string& name, Value& value, const std::string& placeholder,
+                       const std::string& description) const;
+    /// `--name PLACEHOLDER` once for each value.
+    Option RepeatedOption(const std::string& name, std::vector<std::string>& values,
+                          const std::string& placeholder, const std::string& description) const;
+    Option Flag(const std::string& name, bool& value, const std::string& description) const;
+
+    /// What several commands have, the same for all: the arguments CARD, and CLIP once or more,
+    Option CardArgument(std::string& card) const;
+    void ClipArguments(std::vector<std::string>& clips) const;
+    /// --json, and --csv, with words for what they print,
+    void JsonFlag(bool& json) const;
+    void JsonAndCsvFlags(OutputForm& form, const std::string& ofJson,
+                         const std::string& ofCsv) const;
+    /// --worker, --quiet and --incomplete.
+    void WorkerOption(std::string& program) const;
+    void QuietFlag(bool& quiet) const;
+    void IncompleteFlag(bool& incomplete) const;
+
+    /// Ends the command's help with an example.
+    void Example(const std::string& example) const;
+    /// Puts a paragraph before the example.
+    void Note(const std::string& note) const;
+
+private:
+    void SetAction(Action action) const;
+
+    CLI::App* m_app;
+    Action* m_chosen;
+};
+
+/// Adds a command to the program. One such function a command, listed in main.cpp.
+using AddCommand = void (*)(const Command& program);
+
+void AddClipsCommand(const Command& program);
+void AddClipCommand(const Command& program);
+void AddFormatCommand(const Command& program);
+void AddUmidCommand(const Command& program);
+void AddFreeNameCommand(const Command& program);
+void AddSpaceCommand(const Command& program);
+void AddEdlCommand(const Command& program);
+void AddEdlWriteCommand(const Command& group);
+void AddIngestCommand(const Command& program);
+void AddPlaylistsCommand(const Command& program);
+void AddImportCommand(const Command& program);
+void AddExportCommand(const Command& program);
+void AddDeleteCommand(const Command& program);
+void AddIconCommand(const Command& program);
+void AddSerialCommand(const Command& program);
+void AddBaseInfoCommand(const Command& program);
+void AddRtExportCommand(const Command& program);
+void AddLastErrorCommand(const Command& program);
+
+/// What the user typed. Keeps the options of all commands.
+class CommandLine {
+public:
+    CommandLine();
+    ~CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    /// The program itself, to which commands are added.
+    [[nodiscard]] Command Program();
+    /// The action of the chosen command; empty when help or the version was asked for, which it
+    /// prints. Throws Failure for what is not understood.
+    Action Parse(int count, const char* const* arguments, Console& console);
+
+private:
+    std::unique_ptr<CLI::App> m_app;
+    Action m_chosen;
+};
 
 } // namespace nqp2::tool

@@ -1,22 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "nqp2/card.h"
 #include "nqp2/command.h"
-#include "nqp2/field_table.h"
-#include "nqp2/guid_form.h"
+#include "nqp2/flat_fields.h"
 #include "nqp2/input_file.h"
-#include "nqp2/json_output.h"
-#include "nqp2/real_path.h"
-#include "nqp2/worker_path.h"
+#include "nqp2/input_text.h"
+#include "nqp2/value.h"
 #include "nqp2/worker_session.h"
 
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <CLI/CLI.hpp>
-
-#include <memory>
 #include <string>
 
 namespace nqp2::tool {
@@ -68,20 +64,14 @@ Status RunBaseInfo(Console& console, const BaseInfoOptions& options) {
 
 } // namespace
 
-void AddBaseInfoCommand(CLI::App& program, Action& chosen) {
-    const auto options = std::make_shared<BaseInfoOptions>();
-    CLI::App* command = program.add_subcommand("base-info", "Describe a camera file");
-    command
-        ->add_option("FILE", options->file,
-                     "A file of a camera (.MOV, .AVI, .MP4, .MXF) or a clip's CLIP/NAME.XML")
-        ->type_name("")
-        ->required();
-    command->add_flag("--json", options->json, "Print JSON");
-    AddWorkerOption(*command, options->worker);
-    SetExample(*command, "nqp2 base-info /media/sd/SONY/DVF/100DVF/DV000001.AVI --json");
-    command->callback([options, &chosen] {
-        chosen = [options](Console& console) { return RunBaseInfo(console, *options); };
-    });
+void AddBaseInfoCommand(const Command& program) {
+    const Command command = program.Add("base-info", "Describe a camera file");
+    BaseInfoOptions& options = command.Runs(RunBaseInfo);
+    command.Argument("FILE", options.file,
+                     "A file of a camera (.MOV, .AVI, .MP4, .MXF) or a clip's CLIP/NAME.XML");
+    command.JsonFlag(options.json);
+    command.WorkerOption(options.worker);
+    command.Example("nqp2 base-info /media/sd/SONY/DVF/100DVF/DV000001.AVI --json");
 }
 
 } // namespace nqp2::tool

@@ -4,15 +4,12 @@
 #include "nqp2/card.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
-#include "nqp2/field_table.h"
-#include "nqp2/json_output.h"
+#include "nqp2/flat_fields.h"
 #include "nqp2/scan_report_output.h"
+#include "nqp2/value.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
-#include <CLI/CLI.hpp>
-
-#include <memory>
 #include <string>
 
 namespace nqp2::tool {
@@ -73,18 +70,13 @@ Status RunClip(Console& console, const ClipOptions& options) {
 
 } // namespace
 
-void AddClipCommand(CLI::App& program, Action& chosen) {
-    const auto options = std::make_shared<ClipOptions>();
-    CLI::App* command = program.add_subcommand("clip", "Show every field of one clip");
-    AddCardArgument(*command, options->card);
-    command->add_option("NAME", options->name, "The clip's name, in any letter case")
-        ->type_name("")
-        ->required();
-    command->add_flag("--json", options->json, "Print JSON");
-    SetExample(*command, "nqp2 clip /media/card 0001AB --json");
-    command->callback([options, &chosen] {
-        chosen = [options](Console& console) { return RunClip(console, *options); };
-    });
+void AddClipCommand(const Command& program) {
+    const Command command = program.Add("clip", "Show every field of one clip");
+    ClipOptions& options = command.Runs(RunClip);
+    command.CardArgument(options.card);
+    command.Argument("NAME", options.name, "The clip's name, in any letter case");
+    command.JsonFlag(options.json);
+    command.Example("nqp2 clip /media/card 0001AB --json");
 }
 
 } // namespace nqp2::tool

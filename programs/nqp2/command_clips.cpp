@@ -5,21 +5,20 @@
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_table.h"
 #include "nqp2/command.h"
-#include "nqp2/csv.h"
-#include "nqp2/json_output.h"
+#include "nqp2/flat_fields.h"
 #include "nqp2/scan_report_output.h"
-#include "nqp2/worker_path.h"
+#include "nqp2/value.h"
 #include "nqp2/worker_session.h"
 
-#include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
-#include <map>
-#include <memory>
+#include <cstddef>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -31,8 +30,7 @@ struct ClipsOptions {
     std::string card;
     std::string sort = "name";
     std::string worker;
-    bool json = false;
-    bool csv = false;
+    OutputForm form;
     bool report = false;
     bool keepDigit = false;
     bool strict = false;
@@ -61,9 +59,25 @@ bool DateBefore(const Clip* left, const Clip* right) {
                                                : left->StartDate < right->StartDate;
 }
 
-/// The orders that can be asked for; null keeps the order of the card's folder.
-const std::map<std::string, Before> kOrders = {
-    {"name", NameBefore}, {"date", DateBefore}, {"none", nullptr}};
+struct NamedOrder {
+    const char* name;
+    Before before; ///< null keeps the order of the card's folder
+};
+constexpr NamedOrder kOrders[] = {{"date", DateBefore}, {"name", NameBefore}, {"none", nullptr}};
+
+std::vector<std::string> OrderNames() {
+    std::vector<std::string> names;
+    for (const NamedOrder& order : kOrders) {
+        names.emplace_back(order.name);
+    }
+    return names;
+}
+
+Before OrderNamed(const std::string& name) {
+    return std::find_if(std::begin(kOrders), std::end(kOrders),
+                        [&](const NamedOrder& order) { return order.name == name; })
+        ->before;
+}
 
 ClipOrder Ordered(const CArray<Clip>& clips, Before before) {
     ClipOrder order;
@@ -163,18 +177,18 @@ void PrintReport(Console& console, const ScanReport& report, bool aside) {
 }
 
 void PrintClips(Console& console, const ClipsOptions& options, const Card& card, const Scan& scan) {
-    const ClipOrder clips = Ordered(scan.clips, kOrders.at(options.sort));
-    if (options.json) {
+    const ClipOrder clips = Ordered(scan.clips, OrderNamed(options.sort));
+    if (options.form.json) {
         PrintClipsJson(console, card, clips, scan, options.report);
         return;
     }
-    if (options.csv) {
+    if (options.form.csv) {
         PrintCsv(console, ClipRecord({}), ClipSequence(clips));
     } else {
         PrintClipTable(console, clips);
     }
     if (options.report) {
-        PrintReport(console, scan.report, options.csv);
+        PrintReport(console, scan.report, options.form.csv);
     }
 }
 
@@ -191,29 +205,22 @@ Status RunClips(Console& console, const ClipsOptions& options) {
 
 } // namespace
 
-void AddClipsCommand(CLI::App& program, Action& chosen) {
-    const auto options = std::make_shared<ClipsOptions>();
-    CLI::App* command =
-        program.add_subcommand("clips", "List all clips of a card, P2 or AVCHD, or camera folder");
-    AddCardArgument(*command, options->card);
-    auto* json = command->add_flag("--json", options->json, "Print JSON, every field");
-    command->add_flag("--csv", options->csv, "Print comma-separated values, every field")
-        ->excludes(json);
+void AddClipsCommand(const Command& program) {
+    const Command command =
+        program.Add("clips", "List all clips of a card, P2 or AVCHD, or camera folder");
+    ClipsOptions& options = command.Runs(RunClips);
+    command.CardArgument(options.card);
+    command.JsonAndCsvFlags(options.form, ", every field", ", every field");
     command
-        ->add_option("--sort", options->sort,
+        .ValueOption("--sort", options.sort, "ORDER",
                      "By name (the default), by shooting date or not at all")
-        ->type_name("ORDER")
-        ->check(CLI::IsMember(&kOrders));
-    command->add_flag("--report", options->report,
-                      "Tell what was skipped and which takes are incomplete");
-    command->add_flag("--keep-digit", options->keepDigit,
-                      "Keep ClipIdDigit as read (else it is -1)");
-    command->add_flag("--strict", options->strict, "Exit with 4 when a file was skipped");
-    AddWorkerOption(*command, options->worker);
-    SetExample(*command, "nqp2 clips /media/card --sort date --report");
-    command->callback([options, &chosen] {
-        chosen = [options](Console& console) { return RunClips(console, *options); };
-    });
+        .OneOf(OrderNames());
+    command.Flag("--report", options.report,
+                 "Tell what was skipped and which takes are incomplete");
+    command.Flag("--keep-digit", options.keepDigit, "Keep ClipIdDigit as read (else it is -1)");
+    command.Flag("--strict", options.strict, "Exit with 4 when a file was skipped");
+    command.WorkerOption(options.worker);
+    command.Example("nqp2 clips /media/card --sort date --report");
 }
 
 } // namespace nqp2::tool

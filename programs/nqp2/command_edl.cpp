@@ -1,18 +1,127 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "nqp2/card.h"
+#include "nqp2/clip_table.h"
 #include "nqp2/command.h"
-#include "nqp2/edl_commands.h"
+#include "nqp2/console.h"
+#include "nqp2/edl_fields.h"
+#include "nqp2/flat_fields.h"
+#include "nqp2/scan_report_output.h"
+#include "nqp2/table.h"
+#include "nqp2/value.h"
 
-#include <CLI/CLI.hpp>
+#include "NQP2ParserU/CArray.h"
+#include "NQP2ParserU/P2EDL.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <string>
 
 namespace nqp2::tool {
+namespace {
 
-void AddEdlCommand(CLI::App& program, Action& chosen) {
-    CLI::App* group = AddCommandGroup(program, "edl", "Show and write edit lists");
-    AddEdlListCommand(*group, chosen);
-    AddEdlWriteCommand(*group, chosen);
-    SetExample(*group, "nqp2 edl list /media/card");
+struct EdlOptions {
+    std::string card;
+    OutputForm form;
+    bool strict = false;
+};
+
+void PrintEdlTable(Console& console, const CArray<tag_P2EDL>& edls) {
+    Table table({{"EDIT", Align::Left, 8},
+                 {"EVENTS", Align::Right, 0},
+                 {"LENGTH", Align::Right, 0},
+                 {"CODEC", Align::Left, 12},
+                 {"RATE", Align::Left, 0},
+                 {"CLIPS", Align::Left, 8}});
+    for (const tag_P2EDL& edl : edls) {
+        std::string clips;
+        for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
+            clips += (clips.empty() ? "" : " ") + BytesFromText(event.ClipName);
+        }
+        table.AddRow({BytesFromText(edl.Name), fmt::format("{}", edl.Events.GetSize()),
+                      LengthText(edl.Duration, edl.FrameRate), BytesFromText(edl.Codec),
+                      BytesFromText(edl.FrameRate), clips});
+    }
+    table.Print(console);
+    console.Finish();
+    console.Message(fmt::format("{} edit list{}", edls.GetSize(), edls.GetSize() == 1 ? "" : "s"));
+}
+
+/// Sorted by name; with a table their number on standard error.
+void PrintEdls(Console& console, CArray<tag_P2EDL>& edls, const OutputForm& form) {
+    std::stable_sort(edls.begin(), edls.end(), [](const tag_P2EDL& left, const tag_P2EDL& right) {
+        return left.Name.CompareNoCase(right.Name) < 0;
+    });
+    const Sequence records = SequenceOf(edls, EdlRecord);
+    if (form.json) {
+        PrintJson(console, {{"edls", records}});
+    } else if (form.csv) {
+        PrintCsv(console, EdlRecord({}), records);
+    } else {
+        PrintEdlTable(console, edls);
+    }
+}
+
+struct EdlScan {
+    CArray<tag_P2EDL> edls;
+    ScanReport report;
+};
+
+EdlScan LoadEdls(const Card& card) {
+    ReadyParser parser;
+    EdlScan scan;
+    const bool found = parser->LoadCardEdls(card.Root(), scan.edls, scan.report) == 0;
+    if (!found && scan.report.skipped.IsEmpty()) {
+        card.RequireContents();
+    }
+    return scan;
+}
+
+Status RunEdlList(Console& console, const EdlOptions& options) {
+    EdlScan scan = LoadEdls(Card(options.card));
+    PrintEdls(console, scan.edls, options.form);
+    console.Finish();
+    return TellLosses(console, scan.report, options.strict);
+}
+
+Status RunPlaylists(Console& console, const EdlOptions& options) {
+    const Card card(options.card);
+    ReadyParser parser;
+    CArray<tag_P2EDL> playlists;
+    ScanReport report;
+    if (parser->LoadCardPlaylists(card.Root(), playlists, report) != 0) {
+        card.ThrowNoPlaylists();
+    }
+    PrintEdls(console, playlists, options.form);
+    console.Finish();
+    return TellLosses(console, report, options.strict);
+}
+
+void AddListOptions(const Command& command, EdlOptions& options, const std::string& strict) {
+    command.CardArgument(options.card);
+    command.JsonAndCsvFlags(options.form, ", every field", ", every field");
+    command.Flag("--strict", options.strict, strict);
+}
+
+} // namespace
+
+void AddEdlCommand(const Command& program) {
+    const Command group = program.AddGroup("edl", "Show and write edit lists");
+    const Command list = group.Add("list", "List the edit lists of a card");
+    AddListOptions(list, list.Runs(RunEdlList), "Exit with 4 when a file was skipped");
+    list.Example("nqp2 edl list /media/card --json");
+    AddEdlWriteCommand(group);
+    group.Example("nqp2 edl list /media/card");
+}
+
+void AddPlaylistsCommand(const Command& program) {
+    const Command command =
+        program.Add("playlists", "List the playlists of an AVCHD card or disc folder");
+    AddListOptions(command, command.Runs(RunPlaylists), "Exit with 4 when a playlist was skipped");
+    command.Example("nqp2 playlists /media/card/PRIVATE --json");
 }
 
 } // namespace nqp2::tool

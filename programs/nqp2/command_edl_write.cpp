@@ -2,18 +2,16 @@
 // SPDX-License-Identifier: MIT
 
 #include "nqp2/card.h"
-#include "nqp2/edl_commands.h"
+#include "nqp2/command.h"
 #include "nqp2/edl_fields.h"
 #include "nqp2/field.h"
-#include "nqp2/foreign_text.h"
+#include "nqp2/input_text.h"
 #include "nqp2/json_input.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
-#include <memory>
+#include <optional>
 #include <string>
 
 namespace nqp2::tool {
@@ -25,13 +23,13 @@ struct EdlWriteOptions {
     std::string card;
     std::string file;
     std::string name;
-    bool named = false;
+    std::optional<Option> named;
 };
 
 /// The list's file is put into the card's own folder and nowhere else.
 void RequireFileName(const EdlWriteOptions& options) {
     const char* const fault = FileNameFault(TextFromBytes(options.name), kExtension);
-    if (options.named && *fault != '\0') {
+    if (options.named->IsGiven() && *fault != '\0') {
         throw Failure("--name " + options.name, "is no file name", fault, kUsage);
     }
 }
@@ -72,7 +70,7 @@ Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
     RequireFileName(options);
     const tag_P2EDL edl = ReadEdl(options.file);
     const Card card(options.card);
-    // A mistyped card shall not be given a folder.
+    // No folder is made for a mistyped card.
     card.RequireContents();
     ReadyParser parser;
     CString saved;
@@ -86,29 +84,19 @@ Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
 
 } // namespace
 
-void AddEdlWriteCommand(CLI::App& group, Action& chosen) {
-    const auto options = std::make_shared<EdlWriteOptions>();
-    CLI::App* command = group.add_subcommand("write", "Write an edit list to a card");
-    AddCardArgument(*command, options->card);
-    command
-        ->add_option("FILE", options->file,
-                     "One edit list in JSON, as in `edl list --json`; - is standard input")
-        ->type_name("")
-        ->required();
-    CLI::Option* name =
-        command
-            ->add_option("--name", options->name,
-                         "The file's name, an old file is replaced; numbered if absent")
-            ->type_name("NAME");
-    SetExample(*command, "nqp2 edl write /media/card cut.json --name CUT1");
-    command->footer(
+void AddEdlWriteCommand(const Command& group) {
+    const Command command = group.Add("write", "Write an edit list to a card");
+    EdlWriteOptions& options = command.Runs(RunEdlWrite);
+    command.CardArgument(options.card);
+    command.Argument("FILE", options.file,
+                     "One edit list in JSON, as in `edl list --json`; - is standard input");
+    options.named =
+        command.ValueOption("--name", options.name, "NAME",
+                            "The file's name, an old file is replaced; numbered if absent");
+    command.Example("nqp2 edl write /media/card cut.json --name CUT1");
+    command.Note(
         "The list goes into the card's EDITLIST folder, or into CONTENTS/EDITLIST where the "
-        "card has\nthat alone. Its number follows those of the lists in both.\n\n" +
-        command->get_footer());
-    command->callback([options, name, &chosen] {
-        options->named = name->count() > 0;
-        chosen = [options](Console& console) { return RunEdlWrite(console, *options); };
-    });
+        "card has\nthat alone. Its number follows those of the lists in both.");
 }
 
 } // namespace nqp2::tool

@@ -4,16 +4,14 @@
 #include "nqp2/card.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
-#include "nqp2/csv.h"
-#include "nqp2/json_output.h"
+#include "nqp2/flat_fields.h"
 #include "nqp2/table.h"
+#include "nqp2/value.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
-#include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
-#include <memory>
 #include <string>
 
 namespace nqp2::tool {
@@ -21,8 +19,7 @@ namespace {
 
 struct FormatOptions {
     std::string card;
-    bool json = false;
-    bool csv = false;
+    OutputForm form;
 };
 
 DiskFormat ReadFormat(const Card& card) {
@@ -63,9 +60,9 @@ void PrintFormat(Console& console, const DiskFormat& format) {
 Status RunFormat(Console& console, const FormatOptions& options) {
     const DiskFormat format = ReadFormat(Card(options.card));
     const Record record = FormatRecord(format);
-    if (options.json) {
+    if (options.form.json) {
         PrintJson(console, record);
-    } else if (options.csv) {
+    } else if (options.form.csv) {
         PrintCsv(console, record, {1, [&record](std::size_t) { return Value(record); }});
     } else {
         PrintFormat(console, format);
@@ -75,17 +72,13 @@ Status RunFormat(Console& console, const FormatOptions& options) {
 
 } // namespace
 
-void AddFormatCommand(CLI::App& program, Action& chosen) {
-    const auto options = std::make_shared<FormatOptions>();
-    CLI::App* command =
-        program.add_subcommand("format", "Tell a card's recording format from its first clip");
-    AddCardArgument(*command, options->card);
-    auto* json = command->add_flag("--json", options->json, "Print JSON");
-    command->add_flag("--csv", options->csv, "Print comma-separated values")->excludes(json);
-    SetExample(*command, "nqp2 format /media/card");
-    command->callback([options, &chosen] {
-        chosen = [options](Console& console) { return RunFormat(console, *options); };
-    });
+void AddFormatCommand(const Command& program) {
+    const Command command =
+        program.Add("format", "Tell a card's recording format from its first clip");
+    FormatOptions& options = command.Runs(RunFormat);
+    command.CardArgument(options.card);
+    command.JsonAndCsvFlags(options.form, "", "");
+    command.Example("nqp2 format /media/card");
 }
 
 } // namespace nqp2::tool

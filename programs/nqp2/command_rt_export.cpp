@@ -1,27 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/access_units.h"
 #include "nqp2/card.h"
-#include "nqp2/code_type_argument.h"
 #include "nqp2/command.h"
-#include "nqp2/json_output.h"
+#include "nqp2/input_text.h"
+#include "nqp2/raw_video.h"
 #include "nqp2/sound_file.h"
-#include "nqp2/stream_form.h"
 #include "nqp2/transfer_watch.h"
-#include "nqp2/worker_path.h"
+#include "nqp2/value.h"
 #include "nqp2/worker_session.h"
 
 #include "NQP2ParserU/RecordedClips.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -121,7 +117,7 @@ void BeginRecording(WorkerSession& session, const RtExportOptions& options, cons
                     options.video, "not recorded");
 }
 
-/// Ends the recording; what the worker has of it stays, or with `kDrop` goes.
+/// How a recording ends: what the worker has of it is kept or deleted.
 enum Ending : int { kKeep = 0, kDrop = 1 };
 
 void SendUnit(WorkerSession& session, const RtExportOptions& options, std::string& unit,
@@ -207,63 +203,49 @@ Status RunRtExport(Console& console, const RtExportOptions& options) {
     return kDone;
 }
 
-void AddSoundOptions(CLI::App& command, RtExportOptions& options) {
-    CLI::Option* const sound =
+void AddSoundOptions(const Command& command, RtExportOptions& options) {
+    const Option sound =
+        command.ValueOption("--sound", options.sound, "FILE",
+                            "A sound file of 16 or 24 bits at 48 kHz: WAV, RF64, AIFF, FLAC, ...");
+    const Option bare =
         command
-            .add_option("--sound", options.sound,
-                        "A sound file of 16 or 24 bits at 48 kHz: WAV, RF64, AIFF, FLAC, ...")
-            ->type_name("FILE");
-    CLI::Option* const bare =
-        command
-            .add_flag("--bare", options.isBare,
-                      "The sound file is bare little-endian samples at 48 kHz, without a head")
-            ->needs(sound);
-    command.add_option("--channels", options.channels, "Channels of bare samples (2)")
-        ->type_name("N")
-        ->check(CLI::Range(1, 16))
-        ->needs(bare);
-    command.add_option("--bits", options.bits, "Bits of bare samples, 16 (the default) or 24")
-        ->type_name("N")
-        ->check(CLI::IsMember({16, 24}))
-        ->needs(bare);
+            .Flag("--bare", options.isBare,
+                  "The sound file is bare little-endian samples at 48 kHz, without a head")
+            .Needs(sound);
+    command.ValueOption("--channels", options.channels, "N", "Channels of bare samples (2)")
+        .Between(1, 16)
+        .Needs(bare);
+    command.ValueOption("--bits", options.bits, "N", "Bits of bare samples, 16 (the default) or 24")
+        .Needs(bare)
+        .OneOf({16, 24});
 }
 
-void AddClipOptions(CLI::App& command, RtExportOptions& options) {
-    command.add_option("--name", options.name, "Name of the clip; a free one if left out")
-        ->type_name("CLIP");
-    command.add_option("--title", options.title, "User clip name")->type_name("TEXT");
-    command.add_option("--timecode", options.timecode, "Start timecode as a frame count")
-        ->type_name("N");
-    command.add_flag("--drop-frame", options.dropFrame, "The timecode drops frames");
-    command.add_flag("--wide", options.isWide, "A standard-definition picture is 16:9");
+void AddClipOptions(const Command& command, RtExportOptions& options) {
+    command.ValueOption("--name", options.name, "CLIP", "Name of the clip; a free one if left out");
+    command.ValueOption("--title", options.title, "TEXT", "User clip name");
+    command.ValueOption("--timecode", options.timecode, "N", "Start timecode as a frame count");
+    command.Flag("--drop-frame", options.dropFrame, "The timecode drops frames");
+    command.Flag("--wide", options.isWide, "A standard-definition picture is 16:9");
 }
 
 } // namespace
 
-void AddRtExportCommand(CLI::App& program, Action& chosen) {
-    const auto options = std::make_shared<RtExportOptions>();
-    CLI::App* command =
-        program.add_subcommand("rt-export", "Record a raw stream onto a card as a new clip");
-    AddCardArgument(*command, options->card);
-    command
-        ->add_option("STREAM", options->video,
+void AddRtExportCommand(const Command& program) {
+    const Command command =
+        program.Add("rt-export", "Record a raw stream onto a card as a new clip");
+    RtExportOptions& options = command.Runs(RunRtExport);
+    command.CardArgument(options.card);
+    command.Argument("STREAM", options.video,
                      "A file of DV frames, or AVC-Intra in Annex B form whose access units\n"
-                     "begin with a delimiter each and the first with parameter sets")
-        ->type_name("")
-        ->required();
-    command->add_option("--code-type", options->codeType, "What it is: a name or number")
-        ->type_name("TYPE")
-        ->required();
-    AddSoundOptions(*command, *options);
-    AddClipOptions(*command, *options);
-    command->add_flag("--json", options->json, "Print JSON");
-    AddQuietOption(*command, options->quiet);
-    AddWorkerOption(*command, options->worker);
-    SetExample(*command,
-               "nqp2 rt-export /media/card tape.dv --code-type CT_DV25_50I --sound tape.wav");
-    command->callback([options, &chosen] {
-        chosen = [options](Console& console) { return RunRtExport(console, *options); };
-    });
+                     "begin with a delimiter each and the first with parameter sets");
+    command.ValueOption("--code-type", options.codeType, "TYPE", "What it is: a name or number")
+        .Required();
+    AddSoundOptions(command, options);
+    AddClipOptions(command, options);
+    command.JsonFlag(options.json);
+    command.QuietFlag(options.quiet);
+    command.WorkerOption(options.worker);
+    command.Example("nqp2 rt-export /media/card tape.dv --code-type CT_DV25_50I --sound tape.wav");
 }
 
 } // namespace nqp2::tool

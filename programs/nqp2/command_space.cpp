@@ -3,19 +3,16 @@
 
 #include "nqp2/card.h"
 #include "nqp2/clip_fields.h"
-#include "nqp2/code_type_argument.h"
 #include "nqp2/command.h"
-#include "nqp2/json_output.h"
+#include "nqp2/input_text.h"
 #include "nqp2/table.h"
-#include "nqp2/whole_number.h"
+#include "nqp2/value.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
-#include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <limits>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -28,12 +25,18 @@ struct SpaceOptions {
     std::string card;
     std::string bytesText;
     std::string framesText;
-    std::optional<std::int64_t> bytes;
     std::string codeType;
     std::string standard;
-    std::optional<std::int64_t> frames;
+    std::optional<Option> bytesOption;
+    std::optional<Option> framesOption;
     bool audio24 = false;
     bool json = false;
+};
+
+/// The numbers that the user gave.
+struct Amounts {
+    std::optional<std::int64_t> bytes;
+    std::optional<std::int64_t> frames;
 };
 
 /// What is to be recorded.
@@ -80,11 +83,11 @@ Recording CardRecording(ReadyParser& parser, const Card& card) {
     return {CodeTypeOf(clips[0]), StandardOf(clips[0]), 0};
 }
 
-Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options) {
+Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options, const Amounts& amounts) {
     const bool told = !options.codeType.empty() && !options.standard.empty();
     Recording recording = {};
     if (!told) {
-        if (options.bytes) {
+        if (amounts.bytes) {
             throw Failure("space usage", "--bytes needs --code-type and --standard",
                           "see nqp2 space --help", kUsage);
         }
@@ -101,12 +104,13 @@ Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options) {
 }
 
 /// Free bytes, and whether the frames fit in them.
-Space AskSpace(ReadyParser& parser, const SpaceOptions& options, const Recording& recording) {
+Space AskSpace(ReadyParser& parser, const SpaceOptions& options, const Amounts& amounts,
+               const Recording& recording) {
     const auto& [codeType, standard, audioFlag] = recording;
-    const std::int64_t frames = options.frames.value_or(0);
+    const std::int64_t frames = amounts.frames.value_or(0);
     Space space;
-    if (options.bytes) {
-        space.freeBytes = *options.bytes;
+    if (amounts.bytes) {
+        space.freeBytes = *amounts.bytes;
         const std::int64_t need =
             parser->CountSpaceFromFrames(codeType, audioFlag, standard, frames);
         space.fits = need != kMostBytes && space.freeBytes >= need;
@@ -120,13 +124,14 @@ Space AskSpace(ReadyParser& parser, const SpaceOptions& options, const Recording
     return space;
 }
 
-Space MeasureSpace(ReadyParser& parser, const SpaceOptions& options, const Recording& recording) {
+Space MeasureSpace(ReadyParser& parser, const SpaceOptions& options, const Amounts& amounts,
+                   const Recording& recording) {
     const auto& [codeType, standard, audioFlag] = recording;
-    Space space = AskSpace(parser, options, recording);
+    Space space = AskSpace(parser, options, amounts, recording);
     space.maxFrames = parser->CountFramesFromSpace(codeType, audioFlag, standard, space.freeBytes);
-    if (options.frames) {
+    if (amounts.frames) {
         space.spaceForFrames =
-            parser->CountSpaceFromFrames(codeType, audioFlag, standard, *options.frames);
+            parser->CountSpaceFromFrames(codeType, audioFlag, standard, *amounts.frames);
     } else {
         space.fits.reset();
     }
@@ -161,18 +166,19 @@ std::string CodeTypeText(eCodeType type) {
                         : fmt::format("{} ({})", name, static_cast<int>(type));
 }
 
-void PrintSpace(Console& console, const SpaceOptions& options, const Recording& recording,
+void PrintSpace(Console& console, const Amounts& amounts, const Recording& recording,
                 const Space& space) {
     Table table({{"", Align::Left, 0}, {"", Align::Left, 8}});
     table.AddRow({"Code type", CodeTypeText(recording.codeType)});
     table.AddRow({"Standard", fmt::format("{} ({})", StandardName(recording.standard),
                                           static_cast<int>(recording.standard))});
-    table.AddRow({"Audio", options.audio24 ? "4 channels, 24 bits" : "4 channels, 16 bits"});
+    table.AddRow(
+        {"Audio", recording.audioFlag != 0 ? "4 channels, 24 bits" : "4 channels, 16 bits"});
     table.AddRow({"Free bytes", fmt::format("{}", space.freeBytes)});
     table.AddRow({"Frames that fit",
                   fmt::format("{}{}", space.maxFrames, space.maxFrames > 0 ? "" : " (none)")});
     if (space.spaceForFrames) {
-        table.AddRow({"Frames asked for", fmt::format("{}", *options.frames)});
+        table.AddRow({"Frames asked for", fmt::format("{}", *amounts.frames)});
         table.AddRow({"Bytes they take",
                       fmt::format("{}{}", *space.spaceForFrames,
                                   *space.spaceForFrames == kMostBytes ? " or more" : "")});
@@ -187,58 +193,53 @@ void PrintSpace(Console& console, const SpaceOptions& options, const Recording& 
 }
 
 /// The number that the user gave with the option, if any.
-std::optional<std::int64_t> Amount(const char* option, const std::string& text, bool given) {
+std::optional<std::int64_t> Amount(const char* option, const std::string& text,
+                                   const std::optional<Option>& given) {
     const auto amount = WholeNumber<std::int64_t>(text);
-    if (given && !amount) {
+    if (given->IsGiven() && !amount) {
         throw Failure(fmt::format("{} {}", option, text), "is no whole number", "", kUsage);
     }
     return amount;
 }
 
 Status RunSpace(Console& console, const SpaceOptions& options) {
-    if (options.card.empty() && !options.bytes) {
+    const Amounts amounts = {Amount("--bytes", options.bytesText, options.bytesOption),
+                             Amount("--frames", options.framesText, options.framesOption)};
+    if (options.card.empty() && !amounts.bytes) {
         throw Failure("space usage", "CARD or --bytes is required", "see nqp2 space --help",
                       kUsage);
     }
     ReadyParser parser;
-    const Recording recording = RecordingFrom(parser, options);
-    const Space space = MeasureSpace(parser, options, recording);
+    const Recording recording = RecordingFrom(parser, options, amounts);
+    const Space space = MeasureSpace(parser, options, amounts, recording);
     if (options.json) {
         PrintJson(console, SpaceRecord(space));
     } else {
-        PrintSpace(console, options, recording, space);
+        PrintSpace(console, amounts, recording, space);
     }
     return kDone;
 }
 
 } // namespace
 
-void AddSpaceCommand(CLI::App& program, Action& chosen) {
-    const auto options = std::make_shared<SpaceOptions>();
-    CLI::App* command =
-        program.add_subcommand("space", "Tell how much can be recorded in a card's free space");
-    CLI::Option* card = AddCardArgument(*command, options->card)->required(false);
-    CLI::Option* bytes =
-        command
-            ->add_option("--bytes", options->bytesText, "Count with that many free bytes, no card")
-            ->type_name("N")
-            ->excludes(card);
-    command
-        ->add_option("--code-type", options->codeType, "Name or number; the card's own if absent")
-        ->type_name("TYPE");
-    command->add_option("--standard", options->standard, "Name or number; the card's own if absent")
-        ->type_name("STANDARD");
-    command->add_flag("--audio24", options->audio24, "Record 24-bit audio instead of 16-bit");
-    CLI::Option* frames =
-        command->add_option("--frames", options->framesText, "Also tell what that many frames take")
-            ->type_name("N");
-    command->add_flag("--json", options->json, "Print JSON");
-    SetExample(*command, "nqp2 space /media/card --frames 15000");
-    command->callback([options, bytes, frames, &chosen] {
-        options->bytes = Amount("--bytes", options->bytesText, bytes->count() > 0);
-        options->frames = Amount("--frames", options->framesText, frames->count() > 0);
-        chosen = [options](Console& console) { return RunSpace(console, *options); };
-    });
+void AddSpaceCommand(const Command& program) {
+    const Command command =
+        program.Add("space", "Tell how much can be recorded in a card's free space");
+    SpaceOptions& options = command.Runs(RunSpace);
+    const Option card = command.CardArgument(options.card).Required(false);
+    options.bytesOption = command
+                              .ValueOption("--bytes", options.bytesText, "N",
+                                           "Count with that many free bytes, no card")
+                              .Excludes(card);
+    command.ValueOption("--code-type", options.codeType, "TYPE",
+                        "Name or number; the card's own if absent");
+    command.ValueOption("--standard", options.standard, "STANDARD",
+                        "Name or number; the card's own if absent");
+    command.Flag("--audio24", options.audio24, "Record 24-bit audio instead of 16-bit");
+    options.framesOption = command.ValueOption("--frames", options.framesText, "N",
+                                               "Also tell what that many frames take");
+    command.JsonFlag(options.json);
+    command.Example("nqp2 space /media/card --frames 15000");
 }
 
 } // namespace nqp2::tool

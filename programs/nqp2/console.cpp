@@ -6,7 +6,7 @@
 #include "nqp2/display_text.h"
 #include "NQP2ParserU/Terminal.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -17,7 +17,7 @@ namespace {
 
 std::string FailureLine(std::string_view subject, std::string_view problem,
                         std::string_view reason) {
-    // Room for every path. What stands in a file is quoted at any length.
+    // Room for every path. Texts from files are quoted at any length.
     constexpr int kColumns = 5000;
     constexpr std::size_t kBytes = std::size_t{4} * kColumns;
     const std::string why = reason.empty() ? "" : fmt::format(" ({})", reason);
@@ -48,7 +48,7 @@ void Console::WriteLine(std::string_view text) {
 
 void Console::Message(std::string_view text) {
     const std::string line = Printable(text, LineBreaks::Escape) + '\n';
-    // Nowhere is left to tell that standard error does not take it.
+    // When standard error cannot be written, there is no other place for a message.
     static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
 }
 

@@ -16,7 +16,7 @@ enum Status : int {
     kFailed = 1,
     kUsage = 2,
     kWorkerFailed = 3, ///< the worker or the channel to it, not what was asked of it
-    kSkipped = 4,      ///< done, but something was left out and the user asked to hear of it
+    kSkipped = 4,      ///< done, but something was left out and the user asked to be told
 };
 
 /// Ends a command with one line on standard error.

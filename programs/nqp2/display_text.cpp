@@ -3,7 +3,7 @@
 
 #include "nqp2/display_text.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -30,7 +30,7 @@ constexpr CharRange kWide[] = {
     {0x20000, 0x3FFFD},
 };
 
-/// Marks that stand on the character before them (general categories Mn and Me), the common ones.
+/// Marks on the character before them (general categories Mn and Me), the common ones.
 constexpr CharRange kCombining[] = {
     {0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x0610, 0x061A},   {0x064B, 0x065F},
     {0x0670, 0x0670}, {0x06D6, 0x06DC}, {0x093C, 0x093C}, {0x0941, 0x0948},   {0x094D, 0x094D},
@@ -39,7 +39,7 @@ constexpr CharRange kCombining[] = {
     {0x200B, 0x200D}, {0x2060, 0x2060}, {0xFEFF, 0xFEFF}, {0xE0100, 0xE01EF},
 };
 
-/// What a terminal may obey or what shows text in another order than it stands in.
+/// What a terminal may obey, and what changes the order in which text is shown.
 constexpr CharRange kUnprintable[] = {
     {0x0000, 0x001F}, {0x007F, 0x009F}, {0x061C, 0x061C},
     {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069},

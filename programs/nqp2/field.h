@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "nqp2/guid_form.h"
-#include "nqp2/real_path.h"
+#include "nqp2/card.h"
+#include "nqp2/input_text.h"
 #include "nqp2/value.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Guid.h"

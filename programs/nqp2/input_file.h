@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 namespace nqp2::tool {
 
@@ -29,6 +30,17 @@ private:
     std::uint64_t m_size = 0;
     std::uint64_t m_position = 0;
 };
+
+/// The number in `width` bytes from `at` on; bytes behind the end count as 0.
+inline std::uint32_t LittleEndian(std::string_view bytes, std::size_t at, std::size_t width) {
+    std::uint32_t value = 0;
+    for (std::size_t i = width; i > 0; --i) {
+        const std::size_t index = at + i - 1;
+        value =
+            value << 8U | (index < bytes.size() ? static_cast<unsigned char>(bytes[index]) : 0U);
+    }
+    return value;
+}
 
 /// Throws Failure unless a regular file can be opened there, without waiting on a pipe or device.
 void RequireRegularFile(const std::string& path);

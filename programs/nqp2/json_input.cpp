@@ -4,11 +4,10 @@
 #include "nqp2/json_input.h"
 
 #include "nqp2/console.h"
-#include "nqp2/foreign_text.h"
-#include "nqp2/guid_form.h"
+#include "nqp2/input_text.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 #include <nlohmann/json.hpp>
 
 #include <array>
@@ -64,8 +63,8 @@ std::string ReasonOf(const std::exception& error) {
     return std::string(bracket == std::string_view::npos ? text : text.substr(bracket + 2));
 }
 
-/// Looks through a text before a tree is made of it. The tree's maker takes any depth, keeps the last
-/// of several members with one name, and makes a hundred bytes of two.
+/// Looks through a text before a tree is made of it. The tree's maker takes any depth, keeps the
+/// last of several members with one name, and makes a hundred bytes of two.
 class Look final : public nlohmann::json_sax<Input> {
 public:
     /// What is wrong with the text; empty when nothing is.

@@ -58,7 +58,7 @@ private:
 /// A JSON file, read whole.
 class InputDocument {
 public:
-    /// `file` "-" stands for standard input. Throws Failure: for a file that cannot be read, or one
+    /// `file` "-" is standard input. Throws Failure: for a file that cannot be read, or one
     /// that is no JSON, too large or nested too deeply (wrong usage).
     explicit InputDocument(const std::string& file);
     ~InputDocument();

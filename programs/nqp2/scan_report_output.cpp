@@ -3,10 +3,10 @@
 
 #include "nqp2/scan_report_output.h"
 
-#include "nqp2/real_path.h"
+#include "nqp2/card.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include <algorithm>
 #include <iterator>
@@ -18,7 +18,7 @@ struct ReasonWords {
     SkipReason reason;
     const char* words;
 };
-/// Reasons whose text tells a detail only; the text of every other reason stands alone.
+/// Reasons whose text is only a detail; that of every other reason is a whole sentence.
 constexpr ReasonWords kReasons[] = {
     {SkipReason::NotWellFormed, "not well-formed XML"},
     {SkipReason::DocumentType, "document types are refused"},

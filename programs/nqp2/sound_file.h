@@ -15,13 +15,13 @@ using SNDFILE = struct sf_private_tag;
 
 namespace nqp2::tool {
 
-/// Sound of 16 or 24 bits in any container that libsndfile knows (WAV, RF64, AIFF, FLAC and more), or
-/// bare samples. Throws Failure as the calls do.
+/// Sound of 16 or 24 bits in any container that libsndfile knows (WAV, RF64, AIFF, FLAC and more),
+/// or bare samples. Throws Failure as the calls do.
 class SoundFile {
 public:
     /// A sound file, which says itself what it is.
     explicit SoundFile(const std::string& path);
-    /// A file, or pipe, of samples that nothing stands before.
+    /// A file, or pipe, of samples without a header.
     SoundFile(const std::string& path, const WAVEFORMATEX& bare);
 
     [[nodiscard]] const WAVEFORMATEX& Format() const { return m_format; }

@@ -22,7 +22,7 @@ int RowWidth(const std::vector<int>& widths) {
     return std::accumulate(widths.begin(), widths.end(), gaps);
 }
 
-/// Index of the widest column that may still give way; the number of columns when there is none.
+/// Index of the widest column that may still become narrower; the number of columns if none may.
 std::size_t WidestYielding(const std::vector<Column>& columns, const std::vector<int>& widths) {
     std::size_t widest = columns.size();
     for (std::size_t i = 0; i < columns.size(); ++i) {

@@ -21,7 +21,7 @@ struct Column {
 };
 
 /// Rows of text in columns that are as wide as their widest cell. On a terminal the widest columns
-/// give way until a row fits, and what still does not fit is cut.
+/// are made narrower until a row fits, and what still does not fit is cut.
 class Table {
 public:
     explicit Table(std::vector<Column> columns);

@@ -15,6 +15,8 @@
 
 namespace nqp2::tool {
 
+class Console;
+
 struct NamedValue;
 struct Value;
 
@@ -22,8 +24,8 @@ using List = std::vector<Value>;
 /// Members in the order in which they are shown.
 using Record = std::vector<NamedValue>;
 
-/// A list whose elements are made when they are printed, so that what has many is not held twice. The
-/// source of the elements must outlive it.
+/// A list whose elements are made when they are printed, so that what has many is not held twice.
+/// The source of the elements must outlive it.
 struct Sequence {
     std::size_t count = 0;
     std::function<Value(std::size_t)> at;
@@ -78,18 +80,12 @@ inline Value::Value(List list) : data(std::move(list)) {}
 inline Value::Value(Record record) : data(std::move(record)) {}
 inline Value::Value(Sequence sequence) : data(std::move(sequence)) {}
 
-/// One leaf of a record under its dotted name: "Proxy.ProxyExt", "AudioPath.0".
-struct FlatField {
-    std::string name;
-    std::string text;
-};
+/// Prints a document as JSON in UTF-8: each member of the record on a line of its own, and each
+/// element of a member that is a list of records. Bytes that are no UTF-8 become U+FFFD; control
+/// characters are escaped.
+void PrintJson(Console& console, const Record& document);
 
-/// How deep lists of records are taken apart.
-enum class Flatten {
-    Everything,        ///< "Memos.0.Text"; as many fields as there are elements
-    KeepListsOfRecords ///< such a list is one field in JSON: every record gives the same names
-};
-
-std::vector<FlatField> FlatFields(const Record& record, Flatten depth);
+/// The same form on one line.
+std::string JsonText(const Value& value);
 
 } // namespace nqp2::tool

@@ -4,16 +4,16 @@
 #include "nqp2/worker_session.h"
 
 #include "nqp2/console.h"
-#include "nqp2/worker_path.h"
 #include "NQP2ParserU/Channel.h"
+#include "NQP2ParserU/DriveMap.h"
+#include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/ProgramFolder.h"
 #include "NQP2ParserU/R8P2SysInterface.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <CLI/CLI.hpp>
-
 #include <filesystem>
 #include <system_error>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -35,13 +35,47 @@ std::string OwnWorker() {
                   kWorkerFailed);
 }
 
+/// A part that is not there is taken as it is written.
+std::string WholePath(const std::string& path) {
+    std::error_code error;
+    std::filesystem::path whole = std::filesystem::absolute(path, error);
+    if (!error) {
+        whole = std::filesystem::weakly_canonical(whole, error);
+    }
+    if (error) {
+        throw Failure(path, "cannot be reached", error.message());
+    }
+    return whole.native();
+}
+
+/// The mapped drives as arguments of the worker, their folders as whole paths.
+std::vector<std::string> DriveArguments() {
+    std::vector<std::string> arguments;
+    for (char letter = 'A'; letter <= 'Z'; ++letter) {
+        if (IsDriveMapped(static_cast<wchar_t>(letter))) {
+            const std::string drive(1, letter);
+            arguments.emplace_back("--drive");
+            arguments.push_back(drive + '=' + WholePath(PosixPath(TextFromBytes(drive + ":\\"))));
+        }
+    }
+    return arguments;
+}
+
 } // namespace
 
-void AddWorkerOption(CLI::App& command, std::string& program) {
-    command
-        .add_option("--worker", program,
-                    "The worker program; the nqp2-worker of this installation if left out")
-        ->type_name("PATH");
+CString WorkerPath(const std::string& argument) {
+    if (argument.empty()) {
+        throw Failure("", "is no path", "it is empty", kUsage);
+    }
+    const CString text = TextFromBytes(argument);
+    if (IsMappedDrive(text)) {
+        return text;
+    }
+    const CString path = InterfaceRoot(WholePath(argument));
+    if (path.IsEmpty()) {
+        throw Failure(argument, "cannot be read", "a path must not contain \":\\\"");
+    }
+    return path;
 }
 
 Worker::Worker(const std::string& program) {

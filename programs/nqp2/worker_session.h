@@ -8,21 +8,19 @@
 #include <string>
 #include <string_view>
 
-namespace CLI {
-class App;
-} // namespace CLI
-
 namespace nqp2::tool {
 
-/// The option --worker.
-void AddWorkerOption(CLI::App& command, std::string& program);
+/// A file or folder that the user named, as the worker takes it: whole, without links and steps
+/// upward, or a mapped drive as it is written. Throws Failure for a path that has no interface
+/// form.
+CString WorkerPath(const std::string& argument);
 
 /// The worker process, which runs as long as this lives. Parsers that are made meanwhile lead to
-/// it; they are to be released before it goes. One at a time.
+/// it; release them before it is destroyed. One at a time.
 class Worker {
 public:
-    /// Starts `program`, or the worker that belongs to this program when it is empty. Throws Failure
-    /// when it does not start.
+    /// Starts `program`, or the worker that belongs to this program when it is empty. Throws
+    /// Failure when it does not start.
     explicit Worker(const std::string& program);
     ~Worker();
     Worker(const Worker&) = delete;

@@ -5,7 +5,7 @@
 
 #include "NQP2ParserU/XmlLimits.h"
 #include "platform/file_system.h"
-#include "platform/threads.h"
+#include "platform/read_ahead.h"
 #include "tests/avchd/avchd_bytes.h"
 #include "tests/clips/card_test.h"
 #include "tests/clips/clip_show.h"

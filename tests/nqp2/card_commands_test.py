@@ -5,60 +5,43 @@
 import csv
 import io
 import json
-import unittest
 
 from program import Card, CardTest, main, run
 
 UMID_START = "060A2B340101010501010D431300"
+GUID = "6f9619ff-8b86-d011-b42d-00c04fc964ff"
+NO_GUIDS = ("", "x", f"{{{GUID}}}", GUID[:-1], GUID[:-1] + "g", GUID.replace("-", "", 1))
 
 
-class FormatTest(CardTest):
-    def test_table_csv_and_json(self):
+class NamesTest(CardTest):
+    def test_format_as_table_csv_and_json(self):
         self.card.add("0001AA", codec="AVC-I_1080/50i", codec_class="50")
         self.assert_golden("format.txt", run("format", self.card.path).stdout)
-        self.assertEqual(json.loads(run("format", self.card.path, "--json").stdout), {
+        self.assertEqual(self.told("format", self.card.path), {
             "CodeType": {"value": 5, "name": "CT_AVCI100_1080_50I"},
             "VideoStandard": {"value": 1, "name": "VS_50I"},
             "FrameRate": "50i", "Codec": "AVC-I_1080/50i", "EditUnit": "1/25", "Class50": 1})
-        (row,) = csv.DictReader(io.StringIO(run("format", self.card.path, "--csv").stdout))
+        (row,) = csv.DictReader(io.StringIO(self.shown("format", self.card.path, "--csv")))
         self.assertEqual((row["CodeType.name"], row["EditUnit"]), ("CT_AVCI100_1080_50I", "1/25"))
 
-    def test_card_without_a_readable_clip(self):
-        self.card.add_raw("0001AA.XML", b"")
-        self.assert_fails(run("format", self.card.path, "--json"), 1,
-                          f"nqp2: {self.card.path}: no clip tells the card's format "
-                          "(none could be read; see `nqp2 clips --report`)")
-
-
-class UmidTest(unittest.TestCase):
-    def test_identifier_of_a_guid(self):
-        expected = UMID_START + "6F9619FF8B86D011B42D00C04FC964FF2008\n"
-        for guid in ("6f9619ff-8b86-d011-b42d-00c04fc964ff", "6F9619FF8B86D011B42D00C04FC964FF"):
-            result = run("umid", guid)
-            self.assertEqual((result.returncode, result.stdout, result.stderr), (0, expected, ""))
-
-    def test_fresh_identifiers_differ(self):
+    def test_identifiers(self):
+        for guid in (GUID, GUID.replace("-", "").upper()):
+            self.assertEqual(self.shown("umid", guid),
+                             UMID_START + "6F9619FF8B86D011B42D00C04FC964FF2008\n")
         zero = "00000000-0000-0000-0000-000000000000"
-        texts = [run("umid").stdout, run("umid").stdout, run("umid", zero).stdout]
-        self.assertEqual(len(set(texts)), 3)
-        for text in texts:
+        fresh = [self.shown("umid"), self.shown("umid"), self.shown("umid", zero)]
+        self.assertEqual(len(set(fresh)), 3)
+        for text in fresh:
             self.assertRegex(text, f"^{UMID_START}[0-9A-F]{{32}}2008\n$")
+        self.assert_each_fails(2, [
+            (("umid", text), f"{text}: is no GUID (expected 8-4-4-4-12 hexadecimal digits)\n")
+            for text in NO_GUIDS])
 
-    def test_what_is_no_guid(self):
-        for text in ("", "x", "6f9619ff8b86-d011-b42d-00c04fc964ff", "6f9619ff-8b86-d011-b42d-00c04fc964f",
-                     "6f9619ff-8b86-d011-b42d-00c04fc964fg", "{6f9619ff-8b86-d011-b42d-00c04fc964ff}"):
-            result = run("umid", text)
-            self.assertEqual((result.returncode, result.stdout), (2, ""))
-            self.assertEqual(result.stderr, f"nqp2: {text}: is no GUID "
-                                            "(expected 8-4-4-4-12 hexadecimal digits)\n")
-
-
-class FreeNameTest(CardTest):
     def test_first_name_that_no_video_file_has(self):
-        self.assertEqual(run("free-name", self.card.path).stdout, "0001AA\n")
+        self.assertEqual(self.shown("free-name", self.card.path), "0001AA\n")
         self.card.add_file("VIDEO", "0001AA.MXF")
         self.card.add_file("VIDEO", "0001ab.mxf")
-        self.assertEqual(run("free-name", self.card.path).stdout, "0001AC\n")
+        self.assertEqual(self.shown("free-name", self.card.path), "0001AC\n")
 
 
 class NamedCardTest(CardTest):
@@ -68,53 +51,45 @@ class NamedCardTest(CardTest):
         super().setUp()
         self.card.add("0001AA")
 
-    def card_seen(self, *arguments, cwd=None):
-        result = run("clips", "--json", *arguments, cwd=cwd)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
-        document = json.loads(result.stdout)
-        self.assertEqual(len(document["clips"]), 1)
-        return document["card"]
+    def test_folders_and_drives(self):
+        def seen(*arguments, cwd=None):
+            document = json.loads(self.shown("clips", "--json", *arguments, cwd=cwd))
+            self.assertEqual(len(document["clips"]), 1)
+            return document["card"]
 
-    def test_folders(self):
-        self.assertEqual(self.card_seen(f"{self.card.path}/"), str(self.card.path))
-        self.assertEqual(self.card_seen("card", cwd=self.folder), "card")
-        self.assertEqual(self.card_seen(".", cwd=self.card.path), ".")
-
-    def test_drives(self):
-        drive = ("--drive", f"E={self.card.path}")
+        path = str(self.card.path)
+        self.assertEqual([seen(f"{path}/"), seen("card", cwd=self.folder), seen(".", cwd=path)],
+                         [path, "card", "."])
+        drive = ("--drive", f"E={path}")
         for text in ("E", "e", "E:", "E:\\"):
-            self.assertIn(self.card_seen(*drive, text), (str(self.card.path), f"{self.card.path}/"))
-            self.card_seen(text, *drive)
-        self.card_seen("--drive", f"X={self.folder}", *drive, "X:\\card")
-
-    def test_what_is_no_drive(self):
-        for text in ("E", "E=", "EE=/tmp", "=/tmp", "1=/tmp"):
-            result = run("clips", self.card.path, "--drive", text)
-            self.assert_fails(result, 2, f"nqp2: --drive {text}: is no drive (expected E=FOLDER)")
+            self.assertIn(seen(*drive, text), (path, f"{path}/"))
+            seen(text, *drive)
+        seen("--drive", f"X={self.folder}", *drive, "X:\\card")
+        self.assert_each_fails(2, [
+            (("clips", path, "--drive", text), f"--drive {text}: is no drive (expected E=FOLDER)\n")
+            for text in ("E", "E=", "EE=/tmp", "=/tmp", "1=/tmp")])
 
     def test_every_command_says_why_there_is_no_card(self):
-        card, other = self.card.path, self.folder / "other"
-        two = self.folder / "two"
+        card, other, two = self.card.path, self.folder / "other", self.folder / "two"
         Card(two / "a")
         Card(two / "b")
         other.mkdir()
         (self.folder / "file").write_text("")
+        above = f"no CONTENTS folder (the card is the folder above: {card})"
         cases = (
             (self.folder / "none", "no such folder"),
             (self.folder / "file", "is not a folder (give the card's top folder)"),
             (other, "no CONTENTS folder (not a P2 card)"),
-            (card / "CONTENTS",
-             f"no CONTENTS folder (the card is the folder above: {card})"),
-            (card / "CONTENTS" / "CLIP",
-             f"no CONTENTS folder (the card is the folder above: {card})"),
+            (card / "CONTENTS", above), (card / "CONTENTS" / "CLIP", above),
             (self.folder, f"no CONTENTS folder (the card is one folder below: {card})"),
             (two, f"no CONTENTS folder (2 cards lie one folder below, the first is {two}/a)"),
         )
         for command in (["clips"], ["clip", "0001AA"], ["format"], ["free-name"]):
-            for path, problem in cases:
-                result = run(command[0], path, *command[1:])
-                self.assertEqual(result.stdout, "")
-                self.assert_fails(result, 1, f"nqp2: {path}: {problem}")
+            self.assert_each_fails(1, [((command[0], path, *command[1:]), f"{path}: {problem}\n")
+                                       for path, problem in cases])
+        (card / "CONTENTS" / "CLIP" / "0001AA.XML").write_bytes(b"")
+        self.assert_each_fails(1, [(("format", card, "--json"), f"{card}: no clip tells the card's "
+                                    "format (none could be read; see `nqp2 clips --report`)\n")])
 
 
 if __name__ == "__main__":

@@ -4,14 +4,11 @@
 
 import json
 import os
-import re
 import unicodedata
-import unittest
-from pathlib import Path
 
-from program import CardTest, main, run, run_on_terminal
+from program import INCLUDE, CardTest, fields_of, main, run, run_on_terminal
 
-HEADER = Path(__file__).resolve().parents[2] / "include" / "NQP2ParserU" / "P2Clip.h"
+HEADER = INCLUDE / "P2Clip.h"
 TOP = "060A2B340101010501010D431300000011111111222233334444555555555555"
 NEXT = "060A2B340101010501010D431300000066666666222233334444555555555555"
 
@@ -21,15 +18,6 @@ def next_segment(name, serial):
             f"</GlobalClipID><ClipName>0003LT</ClipName></Top><Next><GlobalClipID>{NEXT}"
             f"</GlobalClipID><ClipName>{name}</ClipName><P2SerialNo.>{serial}</P2SerialNo.></Next>"
             "</Connection></Relation>")
-
-
-def fields_of(record):
-    """Names of a record's fields as its declaration gives them, in order."""
-    body = re.search(rf"struct (?:NQP2_API )?{record} {{(.*?)^}};", HEADER.read_text(),
-                     re.DOTALL | re.MULTILINE).group(1)
-    members = [line.split("//")[0].strip() for line in body.splitlines()]
-    pattern = re.compile(r"^[\w:<>]+ (\w+)(?:\[\w+\])?(?: = [^;]+)?;$")
-    return [match.group(1) for line in members if (match := pattern.match(line))]
 
 
 def columns_of(text):
@@ -65,10 +53,9 @@ class ClipsTest(ShownCardTest):
         result = run("clips", self.card.path, "--report")
         table = run("clips", self.card.path).stdout
         self.assertTrue(result.stdout.startswith(table))
-        report = result.stdout[len(table):].splitlines()
-        self.assertEqual(len(report), 2)
-        self.assertRegex(report[0], r"^skipped .*/CLIP/0005BR\.XML:3:\d+: not well-formed XML: .+")
-        self.assertEqual(report[1], "take 0003LT: incomplete, missing 0009XX on card AB12")
+        skipped, take = result.stdout[len(table):].splitlines()
+        self.assertRegex(skipped, r"^skipped .*/CLIP/0005BR\.XML:3:\d+: not well-formed XML: .+")
+        self.assertEqual(take, "take 0003LT: incomplete, missing 0009XX on card AB12")
         self.assertNotIn("--report", result.stderr)
 
     def test_csv_gives_every_field_and_the_report_aside(self):
@@ -81,34 +68,34 @@ class ClipsTest(ShownCardTest):
         self.assert_golden("clips.json", shown)
         document = json.loads(shown)
         self.assertEqual(document["clips"][2]["ClipIdDigit"], -1)
-        kept = json.loads(run("clips", self.card.path, "--json", "--keep-digit").stdout)
+        kept = self.told("clips", self.card.path, "--keep-digit")
         self.assertEqual(kept["clips"][2]["ClipIdDigit"], 0)
         self.assertEqual((document["card"], document["kind"]), (str(self.card.path), "p2"))
-        names = fields_of("_tag_P2Clip")
+        names = fields_of(HEADER, "_tag_P2Clip")
         self.assertGreater(len(names), 40)
         names[1:1] = ["ShootStartTimeStatus"]
         for clip in document["clips"]:
             self.assertEqual(list(clip), names + ["CodeType", "VideoStandard"])
-            self.assertEqual(list(clip["Proxy"]), fields_of("P2Proxy"))
+            self.assertEqual(list(clip["Proxy"]), fields_of(HEADER, "P2Proxy"))
             self.assertEqual(len(clip["AudioPath"]), 8)
             for memo in clip["Memos"]:
-                self.assertEqual(list(memo), fields_of("_tag_P2Memo"))
+                self.assertEqual(list(memo), fields_of(HEADER, "_tag_P2Memo"))
 
     def test_json_report(self):
-        document = json.loads(run("clips", self.card.path, "--json", "--report").stdout)
+        document = self.told("clips", self.card.path, "--report")
         self.assertEqual(list(document), ["card", "kind", "clips", "skipped", "takes"])
         (skipped,) = document["skipped"]
         self.assertEqual(list(skipped), ["path", "reason", "line", "column"])
-        self.assertEqual(skipped["path"], f"{self.card.path}/CONTENTS/CLIP/0005BR.XML")
-        self.assertEqual(skipped["line"], 3)
+        self.assertEqual((skipped["path"], skipped["line"]),
+                         (f"{self.card.path}/CONTENTS/CLIP/0005BR.XML", 3))
         self.assertEqual(document["takes"], [
             {"TopGlobalClipID": TOP, "segments": ["0003LT"], "complete": False,
              "missing": [{"ClipName": "0009XX", "P2SerialNo": "AB12"}]}])
 
     def test_sort_orders(self):
         def names(*options):
-            clips = json.loads(run("clips", self.card.path, "--json", *options).stdout)["clips"]
-            return [clip["ClipName"] for clip in clips]
+            return [clip["ClipName"]
+                    for clip in self.told("clips", self.card.path, *options)["clips"]]
 
         self.card.add("0000UN")
         by_name = ["0000UN", "0001DV", "0002AV", "0003LT", "0004NO"]
@@ -118,7 +105,7 @@ class ClipsTest(ShownCardTest):
         # A clip without a date comes last.
         self.assertEqual(names("--sort", "date"),
                          ["0002AV", "0001DV", "0003LT", "0004NO", "0000UN"])
-        first = json.loads(run("clips", self.card.path, "--json").stdout)["clips"][0]
+        first = self.told("clips", self.card.path)["clips"][0]
         self.assertEqual((first["ShootStartTime"], first["ShootStartTimeStatus"]), (0, 2),
                          "no other clip's date")
         self.assertEqual(names("--sort", "none"), in_folder)
@@ -142,26 +129,17 @@ class TerminalTest(ShownCardTest):
 
 class ClipTest(ShownCardTest):
     def test_every_field_stands_on_a_line(self):
-        result = run("clip", self.card.path, "0001DV")
-        self.assert_golden("clip.txt", result.stdout)
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assert_golden("clip.txt", self.shown("clip", self.card.path, "0001DV"))
 
-    def test_clip_that_is_not_there(self):
-        self.assert_fails(run("clip", self.card.path, "0009ZZ"), 1,
-                          f"nqp2: {self.card.path}: no clip 0009ZZ (`nqp2 clips` lists the clips)")
-
-    def test_clip_that_does_not_load_tells_where_and_why(self):
+    def test_what_is_no_clip(self):
+        self.assert_each_fails(1, [(("clip", self.card.path, "0009ZZ"), f"{self.card.path}: no clip "
+                                    "0009ZZ (`nqp2 clips` lists the clips)\n")])
         result = run("clip", self.card.path, "0005br")
         self.assertEqual(result.returncode, 1)
-        self.assertRegex(result.stderr,
-                         r"^nqp2: .*/CLIP/0005BR\.XML:3:\d+: cannot be read "
-                         r"\(not well-formed XML: .+\)\n$")
-
-    def test_a_path_is_no_name(self):
-        for name in ("../CLIP/0001DV", "..\\CLIP\\0001DV", ""):
-            result = run("clip", self.card.path, name)
-            self.assertEqual((result.returncode, result.stdout), (2, ""))
-            self.assertIn("is no clip name", result.stderr)
+        self.assertRegex(result.stderr, r"^nqp2: .*/CLIP/0005BR\.XML:3:\d+: cannot be read "
+                                        r"\(not well-formed XML: .+\)\n$")
+        self.assert_each_fails(2, [(("clip", self.card.path, name), f"{name}: is no clip name")
+                                   for name in ("../CLIP/0001DV", "..\\CLIP\\0001DV", "")])
 
 
 class StrangeNamesTest(CardTest):

@@ -30,10 +30,8 @@ class IngestTest(CardTest):
         return run("ingest", "remove", self.card.path, clip)
 
     def listed(self):
-        result = run("ingest", "list", self.card.path, "--json")
-        self.assertEqual((result.returncode, result.stderr), (0, ""))
         return [(clip["ClipName"], clip["segments"])
-                for clip in json.loads(result.stdout)["clips"]]
+                for clip in self.told("ingest", "list", self.card.path)["clips"]]
 
     def assert_done(self, result):
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
@@ -74,22 +72,21 @@ class IngestTest(CardTest):
         self.assertEqual(self.file.read_bytes(), before)
 
     def test_what_is_no_list_stays_and_is_told(self):
-        unreadable = ": the ingest list cannot be read ("
-        cases = ((b"", unreadable), (b"<Media>\n<", ":2:"), (b"<!DOCTYPE Media><Media/>", unreadable),
-                 (b"<Other/>", ": is no ingest list (its root element is not Media)"),
-                 (None, unreadable + "it is a folder)"))
-        for content, problem in cases:
+        unreadable = f"{self.file}: the ingest list cannot be read ("
+        line_1 = f"{self.file}:1:"
+        for content, problem in (
+                (b"", f"{self.file}"), (b"<Media>\n<", f"{self.file}:2:"),
+                (b"<!DOCTYPE Media><Media/>", line_1),
+                (b"<Other/>", f"{self.file}: is no ingest list (its root element is not Media)\n"),
+                (None, unreadable + "it is a folder)\n")):
             if content is None:
                 self.file.unlink()
                 self.file.mkdir()
             else:
                 self.put(content)
-            for result in (run("ingest", "list", self.card.path), self.add("0001AA", "0-1"),
-                           self.remove("0001AA")):
-                self.assertEqual((result.returncode, result.stdout), (1, ""))
-                self.assertTrue(result.stderr.startswith(f"nqp2: {self.file}"), result.stderr)
-                self.assertIn(problem, result.stderr)
-                self.assertEqual(result.stderr.count("\n"), 1)
+            self.assert_each_fails(1, [(("ingest", *command), problem) for command in (
+                ("list", self.card.path), ("add", self.card.path, "0001AA", "0-1"),
+                ("remove", self.card.path, "0001AA"))])
             if content is not None:
                 self.assertEqual(self.file.read_bytes(), content)
             self.assertEqual(os.listdir(self.file.parent), ["Ingest.xml"])
@@ -113,10 +110,11 @@ class IngestTest(CardTest):
 
     def test_wrong_usage(self):
         self.assertEqual(self.add("0001AA", "-5").returncode, 2)
-        for text in ("1", "5-4", "1--2", "1-", "a-b", "1-2-3", "1-2147483648", "1- 2", ""):
-            result = self.add("0001AA", "0-1", text)
-            self.assert_fails(result, 2, f"nqp2: {text}: is no segment "
-                                         "(expected IN-OUT, the first and last frame)")
+        card = self.card.path
+        self.assert_each_fails(2, [
+            (("ingest", "add", card, "0001AA", "0-1", text),
+             f"{text}: is no segment (expected IN-OUT, the first and last frame)\n")
+            for text in ("1", "5-4", "1--2", "1-", "a-b", "1-2-3", "1-2147483648", "1- 2", "")])
         for name in ("", "a\tb", "\uffff", "\ufffe", "\udcff", "a\x01"):
             for result in (self.add(name, "0-1"), self.remove(name)):
                 self.assertEqual(result.returncode, 2)
@@ -125,12 +123,13 @@ class IngestTest(CardTest):
 
     def test_a_card_that_takes_nothing(self):
         none = self.folder / "none"
-        for command in (("list", none), ("add", none, "0001AA", "0-1"), ("remove", none, "0001AA")):
-            self.assert_fails(run("ingest", *command), 1, f"nqp2: {none}: no such folder")
+        self.assert_each_fails(1, [(("ingest", *command), f"{none}: no such folder\n") for command in (
+            ("list", none), ("add", none, "0001AA", "0-1"), ("remove", none, "0001AA"))])
         self.assertFalse(none.exists())
         self.file.parent.write_bytes(b"")  # a file in the folder's place
-        self.assert_fails(self.add("0001AA", "0-1"), 1, f"nqp2: {self.file}: the ingest list was "
-                                                        "not changed (its folder cannot be opened: it is not a folder)")
+        self.assert_fails(self.add("0001AA", "0-1"), 1,
+                          f"nqp2: {self.file}: the ingest list was not changed "
+                          "(its folder cannot be opened: it is not a folder)")
 
 
 if __name__ == "__main__":

@@ -8,7 +8,6 @@ import shutil
 import unittest
 import xml.etree.ElementTree as ElementTree
 from collections import Counter
-from pathlib import Path
 
 from program import CardTest, can_trace, main, traced
 
@@ -81,23 +80,16 @@ class KillTest(CardTest):
                 (folder / name).write_bytes(content)
         return prepare
 
-    def write_command(self):
+    def test_edit_lists(self):
         self.card.add("0001AA", identifier=IDENTIFIER)
         event = {"ClipName": "0001AA", "GlobalClipID": IDENTIFIER, "Duration": 10}
-        edl = Path(self.folder / "cut.json")
+        edl = self.folder / "cut.json"
         edl.write_text(json.dumps({"Events": [event] * 50}))
-        return ("edl", "write", self.card.path, edl)
-
-    def test_edit_list(self):
-        folder = self.card.path / "EDITLIST"
-        self.kill_at_each_call((*self.write_command(), "--name", "CUT"),
+        command, folder = ("edl", "write", self.card.path, edl), self.card.path / "EDITLIST"
+        self.kill_at_each_call((*command, "--name", "CUT"),
                                self.fresh(folder, "CUT.xml", b"<old/>"), folder / "CUT.xml")
-
-    def test_numbered_edit_list(self):
-        folder = self.card.path / "EDITLIST"
         for options in ((), ("-e", "inject=renameat2:error=EINVAL")):
-            self.kill_at_each_call(self.write_command(), self.fresh(folder), folder / "P001AB.XML",
-                                   options)
+            self.kill_at_each_call(command, self.fresh(folder), folder / "P001AB.XML", options)
 
     def test_ingest_list(self):
         folder = self.card.path / "USERDATA"

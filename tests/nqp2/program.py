@@ -3,8 +3,10 @@
 """Runs nqp2 and makes the small cards that the tests of the command line read."""
 
 import fcntl
+import json
 import os
 import pty
+import re
 import select
 import shutil
 import struct
@@ -13,10 +15,13 @@ import sys
 import tempfile
 import termios
 import unittest
+from contextlib import contextmanager
 from pathlib import Path
 from xml.sax.saxutils import escape
 
 PROGRAM = sys.argv.pop(1)
+SOURCES = Path(__file__).resolve().parents[2]
+INCLUDE = SOURCES / "include" / "NQP2ParserU"
 GOLDEN = Path(__file__).resolve().parent / "golden"
 NAMESPACE = "urn:schemas-Professional-Plug-in:P2:ClipMetadata:v3.1"
 
@@ -55,28 +60,53 @@ def can_trace():
     return trial.returncode == 0
 
 
-def run_on_terminal(columns, *arguments):
-    """What the program shows on a terminal of that width."""
-    environment = {key: value for key, value in os.environ.items() if key != "COLUMNS"}
+@contextmanager
+def terminal(columns):
+    """The two ends of a terminal of that width. A test for which none can be had is skipped."""
     try:
-        master, slave = pty.openpty()
+        ends = pty.openpty()
     except OSError as error:
         raise unittest.SkipTest(f"no terminal can be had: {error}") from error
-    fcntl.ioctl(slave, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
     try:
-        with subprocess.Popen(command_line(*arguments), stdout=slave,
-                              stderr=subprocess.DEVNULL, env=environment) as process:
-            shown = b""
-            # Our own end of its side stays open: what is in a terminal is lost when the last closes.
-            ended = False
-            while not ended or select.select([master], [], [], 0)[0]:
-                ended = process.poll() is not None
-                if select.select([master], [], [], 0 if ended else 0.01)[0]:
-                    shown += os.read(master, 4096)
+        fcntl.ioctl(ends[1], termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+        yield ends
     finally:
-        os.close(slave)
-        os.close(master)
+        for end in ends:
+            os.close(end)
+
+
+def read_until_end(master, process):
+    """What a process shows on a terminal until it ends. Our own copy of the other end stays open:
+    what is in a terminal is lost when the last closes."""
+    shown, ended = b"", False
+    while not ended or select.select([master], [], [], 0)[0]:
+        ended = process.poll() is not None
+        if select.select([master], [], [], 0 if ended else 0.01)[0]:
+            shown += os.read(master, 4096)
+    return shown
+
+
+def run_on_terminal(columns, *arguments):
+    """The lines that the program shows on a terminal of that width."""
+    environment = {key: value for key, value in os.environ.items() if key != "COLUMNS"}
+    with terminal(columns) as (master, slave):
+        with subprocess.Popen(command_line(*arguments), stdout=slave, stderr=subprocess.DEVNULL,
+                              env=environment) as process:
+            shown = read_until_end(master, process)
     return shown.decode().replace("\r\n", "\n").splitlines()
+
+
+def fields_of(header, record):
+    """Names of a record's fields as its declaration gives them, in order."""
+    body = re.search(rf"struct (?:NQP2_API )?{record} {{(.*?)^}};", header.read_text(),
+                     re.DOTALL | re.MULTILINE).group(1)
+    return re.findall(r"^    [\w:<>]+ (\w+)(?:\[\w+\])?(?: = [^;]+)?;", body, re.MULTILINE)
+
+
+def make_sample(folder, kind="p2"):
+    subprocess.run([sys.executable, "-B", SOURCES / "samples" / "make_card.py", folder, "--kind",
+                    kind], check=True)
+    return folder
 
 
 def clip_xml(name, *, title="", codec="DV25_420", codec_class="", rate="50i", duration=10,
@@ -135,8 +165,29 @@ class CardTest(unittest.TestCase):
             (GOLDEN / name).write_bytes(shown.encode())
         self.assertEqual(shown, (GOLDEN / name).read_bytes().decode())
 
+    def shown(self, *arguments, **options):
+        """What a command prints that has nothing to complain about."""
+        result = run(*arguments, **options)
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        return result.stdout
+
+    def told(self, *arguments, **options):
+        """The JSON of a command that succeeds, with messages or without."""
+        result = run(*arguments, "--json", **options)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return json.loads(result.stdout)
+
     def assert_fails(self, result, status, line):
         self.assertEqual((result.returncode, result.stderr), (status, line + "\n"))
+
+    def assert_each_fails(self, status, cases, **options):
+        """Each command prints nothing but one line, which begins like this."""
+        for arguments, line in cases:
+            with self.subTest(arguments):
+                result = run(*arguments, **options)
+                self.assertEqual((result.returncode, result.stdout), (status, ""))
+                self.assertEqual(result.stderr.count("\n"), 1)
+                self.assertTrue(result.stderr.startswith(f"nqp2: {line}"), result.stderr)
 
 
 def main():

@@ -1,60 +1,174 @@
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Lists whole cards: our own sample card, and cards of other writers where they are at hand."""
+"""Whole cards: our own sample cards, and the same through other readers of the formats where these
+are installed (libbluray-bin, ffmpeg)."""
 
 import json
+import re
+import shutil
 import subprocess
-import sys
+import unittest
+from fractions import Fraction
 from pathlib import Path
 
-from program import CardTest, main, run
+from program import CardTest, main, make_sample, run
 
-SOURCES = Path(__file__).resolve().parents[2]
-MAKE_CARD = SOURCES / "samples" / "make_card.py"
+RATES = {"50i": Fraction(25), "25p": Fraction(25), "50p": Fraction(50),
+         "29.97p": Fraction(30000, 1001), "59.94p": Fraction(60000, 1001),
+         "23.98p": Fraction(24000, 1001)}
+# Name, codec, rate, width, length, start, first timecode in frames, drop frame of each AVCHD clip.
+AVCHD_CLIPS = (
+    ("00000", "AVCHD_1920_1080_50i", "50i", 1920, 50, "2024-05-10T08:00:00", 900000, 0),
+    ("00001", "AVCHD_1440_1080_50i", "50i", 1440, 75, "2024-05-10T08:05:30", 900050, 0),
+    ("00002", "AVCHD_1440_1080_25p", "25p", 1440, 40, "2024-05-10T21:14:09", 900125, 0),
+    ("00003", "AVCHD_1280_720_50p", "50p", 1280, 100, "2024-05-11T11:30:00", 30048, 0),
+    ("00004", "AVCHD_1920_1080_50i", "29.97p", 1920, 60, "2024-05-11T16:20:00", 107842, 1),
+    ("00005", "AVCHD_1920_1080_50i", "29.97p", 1920, 45, "2024-05-11T16:20:02", 107904, 1),
+    ("00006", "AVCHD_1920_1080_25p", "23.98p", 1920, 48, "2024-05-12T19:00:00", 0, 0),
+)
+PLAYLISTS = (("00000", 265, [1, 25], "50i", "AVCHD_1280_720_50p"),
+             ("00001", 105, [1001, 30000], "29.97p", "AVCHD_1920_1080_50i"),
+             ("00002", 193, [1001, 60000], "59.94p", "AVCHD_1920_1080_25p"))
 
 
-def listed(card, *options):
-    result = run("clips", card, "--json", *options)
-    return result, json.loads(result.stdout)
+def fields(record, *names):
+    return tuple(record[name] for name in names)
 
 
-class OwnCardTest(CardTest):
+class P2Test(CardTest):
     def setUp(self):
         super().setUp()
-        subprocess.run([sys.executable, "-B", MAKE_CARD, self.folder / "demo"], check=True)
+        self.sample = make_sample(self.folder / "demo")
 
     def test_every_sound_clip_is_listed_and_the_rest_reported(self):
-        card = self.folder / "demo"
-        result, document = listed(card, "--report", "--strict")
-        files = {path.stem for path in (card / "CONTENTS" / "CLIP").iterdir()}
+        result = run("clips", self.sample, "--json", "--report", "--strict")
+        document = json.loads(result.stdout)
+        files = {path.stem for path in (self.sample / "CONTENTS" / "CLIP").iterdir()}
         skipped = {Path(file["path"]).stem for file in document["skipped"]}
-        shown = {clip["ClipName"] for clip in document["clips"]}
-        self.assertEqual(result.returncode, 4)
-        self.assertTrue(skipped)
-        self.assertEqual(shown, files - skipped)
-        self.assertEqual({len(take["segments"]) for take in document["takes"]}, {2, 3})
+        self.assertEqual((result.returncode, skipped), (4, {"0017CX", "._0001AB"}))
+        self.assertEqual({clip["ClipName"] for clip in document["clips"]}, files - skipped)
+        self.assertEqual(sorted((len(take["segments"]), take["complete"], take["missing"])
+                                for take in document["takes"]),
+                         [(2, False, [{"ClipName": "0001TC", "P2SerialNo": "SMP24E0002"}]),
+                          (3, True, [])])
         for clip in document["clips"]:
             for path in (clip["VideoPath"], clip["IconPath"]):
                 self.assertIn(clip["ClipName"].upper(), path.upper())
-            # In the letters in which they stand on the disk.
+            # In the letters in which they are on the disk.
             self.assertTrue(Path(clip["XmlPath"]).is_file() and Path(clip["IconPath"]).is_file())
 
     def test_edit_lists_and_ingest_list(self):
-        card = self.folder / "demo"
-        clips = {clip["ClipName"]: clip for clip in listed(card)[1]["clips"]}
-        edls = json.loads(run("edl", "list", card, "--json").stdout)["edls"]
+        clips = {clip["ClipName"]: clip for clip in self.told("clips", self.sample)["clips"]}
+        edls = self.told("edl", "list", self.sample)["edls"]
         self.assertEqual([(edl["Name"], len(edl["Events"])) for edl in edls],
                          [("P001AB", 4), ("P002AB", 2)])
-        self.assertEqual(edls[0]["IconPath"], f"{card}/CONTENTS/EDITLIST/P001AB/ICON.BMP")
-        self.assertEqual(edls[0]["Events"][0]["Channels"], [2, 3, 2, 3])
-        for edl in edls:
-            for event in edl["Events"]:
-                clip = clips[event["ClipName"]]
-                self.assertEqual(event["GlobalClipGuid"], clip["GlobalClipGuid"])
-                self.assertLess(event["SourceOut"], clip["Duration"])
-        marks = json.loads(run("ingest", "list", card, "--json").stdout)["clips"]
+        self.assertEqual(edls[0]["IconPath"], f"{self.sample}/CONTENTS/EDITLIST/P001AB/ICON.BMP")
+        for event in edls[0]["Events"] + edls[1]["Events"]:
+            clip = clips[event["ClipName"]]
+            self.assertEqual(event["GlobalClipGuid"], clip["GlobalClipGuid"])
+            self.assertLess(event["SourceOut"], clip["Duration"])
+        marks = self.told("ingest", "list", self.sample)["clips"]
         self.assertEqual([mark["ClipName"] for mark in marks], ["0012SA", "0013SB", "0007H4"])
         self.assertEqual(marks[0]["segments"], [[500, 624], [2000, 2074]])
+
+
+class AvchdTest(CardTest):
+    def setUp(self):
+        super().setUp()
+        self.sample = make_sample(self.folder / "avchd", "avchd")
+        self.private = self.sample / "PRIVATE"
+
+    def test_every_clip_is_what_the_sample_maker_recorded(self):
+        document = self.told("clips", self.private, "--report")
+        self.assertEqual(document["kind"], "avchd")
+        found = [fields(clip, "ClipName", "CodecName", "FrameRate", "ActivePixel", "Duration",
+                        "StartDate", "StartTimecode", "DropFrame") for clip in document["clips"]]
+        self.assertEqual(tuple(found[:-1]), AVCHD_CLIPS)
+        self.assertEqual(found[-1][:5], ("00007", "AVCHD_1280_720_50p", "59.94p", 1280, 120))
+        identifiers = {clip["GlobalClipID"] for clip in document["clips"]}
+        self.assertEqual(len(identifiers), 3, "two with, six without")
+        self.assertTrue(all(Path(clip["VideoPath"]).is_file() for clip in document["clips"]))
+        self.assertEqual([Path(file["path"]).name for file in document["skipped"]], ["00008.CPI"])
+        self.assertEqual([take["segments"] for take in document["takes"] if take["complete"]],
+                         [["00004", "00005"]], "the recording that the camera split")
+        self.assertEqual(run("clips", self.private, "--strict").returncode, 4)
+
+    def test_playlists_carry_their_clips(self):
+        edls = self.told("playlists", self.private)["edls"]
+        self.assertEqual(tuple(fields(edl, "Name", "Duration", "EditUnit", "FrameRate", "Codec")
+                               for edl in edls), PLAYLISTS)
+        for event in (event for edl in edls for event in edl["Events"]):
+            self.assertEqual(event["Clip"]["ClipName"], event["ClipName"])
+            self.assertEqual(event["SourceOut"], event["Clip"]["Duration"])
+        table = run("playlists", self.private)
+        self.assertIn("00001       2  0:00:03:15  AVCHD_1920_1080_50i  29.97p  00004 00005\n",
+                      table.stdout)
+        self.assertEqual(table.stderr, "3 edit lists\n")
+
+    def test_playlists_that_are_left_out_are_told(self):
+        folder = self.private / "AVCHD" / "BDMV" / "PLAYLIST"
+        (folder / "00000.MPL").rename(folder / "00000.mpls")
+        many = bytearray((folder / "00001.MPL").read_bytes())
+        items = int.from_bytes(many[8:12], "big")
+        many[items + 6:items + 8] = (16001).to_bytes(2, "big")
+        (folder / "00003.MPL").write_bytes(many)
+        (folder / "00001.MPL").write_bytes(b"MPLS")
+        result = run("playlists", self.private, "--strict", "--json")
+        self.assertEqual([edl["Name"] for edl in json.loads(result.stdout)["edls"]],
+                         ["00000", "00002"])
+        self.assertEqual(result.returncode, 4)
+        self.assertIn("00001.MPL: skipped (no sound playlist", result.stderr)
+        self.assertIn("00003.MPL: skipped (too large: it has more than 16000 items)", result.stderr)
+
+    def test_camera_files_that_the_worker_cannot_read_are_no_clips(self):
+        camera = make_sample(self.folder / "camera", "camera")
+        document = self.told("clips", camera, "--report")
+        self.assertEqual(document["clips"], [])
+        self.assertEqual({Path(file["path"]).name for file in document["skipped"]},
+                         {"DV000001.AVI", "P1000001.MOV", "P1000002.MOV"})
+
+    def test_says_where_the_card_is(self):
+        private = self.private
+        below = f"(the AVCHD card is one folder below: {private})"
+        here = "(an AVCHD card or camera folder: nqp2 clips and nqp2 playlists read it)"
+        above = f"(the AVCHD card is the folder above: {private / 'AVCHD'})"
+        self.assert_each_fails(1, [
+            ((command, path), f"{path}: {problem}\n") for command, path, problem in (
+                ("clips", self.sample, f"no CONTENTS folder {below}"),
+                ("playlists", self.sample, f"no folder of playlists {below}"),
+                ("clips", private / "AVCHD" / "BDMV", f"no CONTENTS folder {above}"),
+                ("format", private, f"no CONTENTS folder {here}"),
+                ("playlists", self.card.path, "no folder of playlists (not an AVCHD card)"))])
+
+    @unittest.skipUnless(shutil.which("bd_list_titles"), "libbluray-bin is not installed")
+    def test_playlists_as_libbluray_reads_them(self):
+        result = subprocess.run(["bd_list_titles", self.private / "AVCHD", "-a"],
+                                capture_output=True, text=True, check=True)
+        theirs = {name: (int(clips), 60 * int(minutes) + int(seconds))
+                  for minutes, seconds, clips, name in re.findall(
+                      r"duration: 00:(\d+):(\d+) .*clips: +(\d+) \(playlist: (\d+)\.mpls\)",
+                      result.stdout)}
+        # The clip that is missing counts a second there and is left out here.
+        theirs["00002"] = tuple(number - 1 for number in theirs["00002"])
+        ours = {edl["Name"]: (len(edl["Events"]), int(sum(
+            event["Duration"] / RATES[event["Clip"]["FrameRate"]] for event in edl["Events"])))
+                for edl in self.told("playlists", self.private)["edls"]}
+        self.assertEqual(ours, theirs)
+
+    @unittest.skipUnless(shutil.which("ffprobe"), "ffmpeg is not installed")
+    def test_streams_as_ffprobe_decodes_them(self):
+        for clip in self.told("clips", self.private)["clips"]:
+            result = subprocess.run(
+                ["ffprobe", "-v", "error", "-count_frames", "-of", "json", "-show_streams",
+                 clip["VideoPath"]], capture_output=True, text=True, check=True)
+            streams = {each["codec_type"]: each for each in json.loads(result.stdout)["streams"]}
+            video = streams["video"]
+            theirs = (result.stderr, video["width"], video["height"], video["display_aspect_ratio"],
+                      int(video["nb_read_frames"]), Fraction(video["avg_frame_rate"]),
+                      streams.get("audio", {"channels": 0})["channels"])
+            self.assertEqual(theirs, ("", *fields(clip, "ActivePixel", "ActiveLine", "AspectRatio",
+                                                  "Duration"), RATES[clip["FrameRate"]],
+                                      bin(clip["EssenceMask"]).count("1") - 1), clip["ClipName"])
 
 
 if __name__ == "__main__":

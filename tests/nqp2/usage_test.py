@@ -8,22 +8,22 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from program import PROGRAM, CardTest, main, run
+from program import PROGRAM, SOURCES, CardTest, main, run
 
-SOURCES = Path(__file__).resolve().parents[2]
 COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
 COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", "import", "export",
             "delete", "icon", "serial", "base-info", "rt-export", "last-error", *GROUPS)
 HAS_WORKER = (Path(PROGRAM).parent / "nqp2-worker").is_file()
+LOST = "nqp2: standard output: cannot be written ({})"
 LEVELS = [[], *([command] for command in COMMANDS),
           *([group, command] for group, commands in GROUPS.items() for command in commands)]
 
 
 class HelpTest(unittest.TestCase):
     def test_help_at_every_level(self):
-        self.assertEqual(set(re.findall(r"^  ([a-z][a-z-]+) {3,}", run("--help").stdout, re.MULTILINE)),
-                         set(COMMANDS))
+        commands = re.findall(r"^  ([a-z][a-z-]+) {3,}", run("--help").stdout, re.MULTILINE)
+        self.assertEqual(set(commands), set(COMMANDS))
         for level in LEVELS:
             result = run(*level, "--help")
             self.assertEqual((result.returncode, result.stderr), (0, ""))
@@ -68,11 +68,8 @@ class UsageTest(CardTest):
             (["rt-export", card, "x", "--code-type", "DV"], "nqp2: --code-type DV: is no code type"),
             (["rt-export", card, "x", "--code-type", "1", "--bits", "8"], "nqp2: rt-export usage: "),
         )
-        for arguments, line in cases:
-            result = run(*arguments)
-            self.assertEqual((result.returncode, result.stdout), (2, ""), arguments)
-            self.assertEqual(result.stderr.count("\n"), 1)
-            self.assertTrue(result.stderr.startswith(line), result.stderr)
+        self.assert_each_fails(2, [(arguments, line.removeprefix("nqp2: "))
+                                   for arguments, line in cases])
 
 
 class OutputTest(CardTest):
@@ -88,20 +85,16 @@ class OutputTest(CardTest):
                 ["free-name", card], ["space", card, "--json"], ["edl", "list", card, "--json"],
                 ["ingest", "list", card, "--json"], ["playlists", self.folder, "--json"])
 
-    def test_full_device(self):
+    def test_full_device_and_closed_pipe(self):
         for arguments in self.commands():
             with open("/dev/full", "wb") as full:
                 result = run(*arguments, stdout=full)
-            self.assert_fails(result, 1, "nqp2: standard output: cannot be written "
-                                         "(No space left on device)")
-
-    def test_closed_pipe(self):
-        for arguments in self.commands():
+            self.assert_fails(result, 1, LOST.format("No space left on device"))
             with subprocess.Popen(["true"], stdin=subprocess.PIPE) as reader:
                 reader.wait()
                 result = run(*arguments, stdout=reader.stdin)
                 reader.stdin.close()
-            self.assert_fails(result, 1, "nqp2: standard output: cannot be written (Broken pipe)")
+            self.assert_fails(result, 1, LOST.format("Broken pipe"))
 
     def test_closed_streams_are_no_files_of_the_program(self):
         for name in ("VIDEO/0001AA.MXF", "AUDIO/0001AA00.MXF", "AUDIO/0001AA01.MXF"):
@@ -123,8 +116,7 @@ class OutputTest(CardTest):
                     lost = 1 in closed and open_ones.stdout != ""
                     self.assertEqual(result.returncode, 1 if lost else 0)
                     if lost and 2 not in closed:
-                        self.assertEqual(result.stderr, "nqp2: standard output: cannot be written "
-                                                        "(Bad file descriptor)\n")
+                        self.assertEqual(result.stderr, LOST.format("Bad file descriptor") + "\n")
                     elif 1 not in closed:
                         self.assertEqual(result.stdout[:6], open_ones.stdout[:6])
 
@@ -133,8 +125,7 @@ class OutputTest(CardTest):
             result = subprocess.run(["bash", "-c", 'ulimit -f 1; exec "$@"', "-", PROGRAM, "clips",
                                      self.card.path, "--json"], stdout=small, text=True,
                                     stderr=subprocess.PIPE, check=False)
-        self.assertEqual((result.returncode, result.stderr),
-                         (1, "nqp2: standard output: cannot be written (File too large)\n"))
+        self.assert_fails(result, 1, LOST.format("File too large"))
 
     def test_names_what_is_meant_when_the_working_folder_is_gone(self):
         gone = self.folder / "gone"
@@ -179,22 +170,19 @@ class CompletionTest(CardTest):
         self.card.add("0001AA")
         self.card.add_raw("0002bb.xml", b"")
         self.card.add_raw("._0001AA.XML", b"")
-        self.assertEqual(self.complete("nqp2", "clips", "ca"), ["card", "card two"])
-        self.assertEqual(self.complete("nqp2", "clip", "card", ""), ["0001AA", "0002bb"])
-        self.assertEqual(self.complete("nqp2", "clip", "--drive", "E", "=", "/", "card", "0002"),
-                         ["0002bb"])
-        self.assertEqual(self.complete("nqp2", "ingest", "add", "card", "0001"), ["0001AA"])
-        self.assertEqual(self.complete("nqp2", "ingest", "add", "card", "0001AA", ""), [])
-        self.assertEqual(self.complete("nqp2", "space", "--standard", "VS_50"), ["VS_50I", "VS_50P"])
-        self.assertEqual(self.complete("nqp2", "space", "--frames", "9", "ca"),
-                         ["card", "card two"])
-        self.assertEqual(self.complete("nqp2", "clips", "card", "--sort", "n"), ["name", "none"])
-        self.assertEqual(self.complete("nqp2", "--drive", "E", "=", "card"), ["card", "card two"])
-        self.assertEqual(self.complete("nqp2", "import", "--to", "ca"), ["card", "card two"])
-        self.assertEqual(self.complete("nqp2", "import", "card", "0001AA", ""), ["0001AA", "0002bb"])
-        self.assertEqual(self.complete("nqp2", "icon", "card", "0001AA", ""), [])
-        self.assertEqual(self.complete("nqp2", "export", "card", "--from", "card", "0002"),
-                         ["0002bb"])
+        folders, clips = ["card", "card two"], ["0001AA", "0002bb"]
+        for words, offered in (
+                (("clips", "ca"), folders), (("clip", "card", ""), clips),
+                (("clip", "--drive", "E", "=", "/", "card", "0002"), clips[1:]),
+                (("ingest", "add", "card", "0001"), clips[:1]),
+                (("ingest", "add", "card", "0001AA", ""), []),
+                (("space", "--standard", "VS_50"), ["VS_50I", "VS_50P"]),
+                (("space", "--frames", "9", "ca"), folders),
+                (("clips", "card", "--sort", "n"), ["name", "none"]),
+                (("--drive", "E", "=", "card"), folders), (("import", "--to", "ca"), folders),
+                (("import", "card", "0001AA", ""), clips), (("icon", "card", "0001AA", ""), []),
+                (("export", "card", "--from", "card", "0002"), clips[1:])):
+            self.assertEqual(self.complete("nqp2", *words), offered, words)
 
 
 if __name__ == "__main__":

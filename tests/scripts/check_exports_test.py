@@ -6,11 +6,10 @@
 
 import subprocess
 import sys
-import tempfile
 import unittest
-from pathlib import Path
 
-SCRIPT = Path(__file__).resolve().parents[2] / "scripts" / "check_exports.py"
+from checks import run, tree
+
 COMPILER = "c++"
 
 HEADER = """
@@ -35,14 +34,10 @@ Text operator+(const Text&, const Text&) { return {}; }
 
 def check(more_source: str = "", *flags: str) -> subprocess.CompletedProcess:
     """Builds the library above with `more_source` and checks it."""
-    with tempfile.TemporaryDirectory() as folder:
-        root = Path(folder)
-        (root / "Reader.h").write_text(HEADER, encoding="utf-8")
-        (root / "reader.cpp").write_text(SOURCE + more_source, encoding="utf-8")
+    with tree({"Reader.h": HEADER, "reader.cpp": SOURCE + more_source}) as root:
         subprocess.run([COMPILER, "-shared", "-fPIC", "-fvisibility=hidden", "-o", root / "lib.so",
                         root / "reader.cpp", *flags], check=True)
-        return subprocess.run([sys.executable, "-B", SCRIPT, root / "lib.so", root],
-                              capture_output=True, text=True, check=False)
+        return run("check_exports.py", root / "lib.so", root)
 
 
 class CheckExports(unittest.TestCase):

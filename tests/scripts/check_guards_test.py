@@ -3,12 +3,9 @@
 # SPDX-License-Identifier: MIT
 """Shows that check_guards.py finds exported functions without guard and lets others pass."""
 
-import sys
-import tempfile
 import unittest
-from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
+from checks import tree
 
 import check_guards  # noqa: E402
 
@@ -48,12 +45,9 @@ CASES = (
 class CheckGuards(unittest.TestCase):
     def test_finds_what_is_not_guarded(self):
         for body, complaint in CASES:
-            with self.subTest(body=body), tempfile.TemporaryDirectory() as top:
-                Path(top, "xml").mkdir()
-                Path(top, "xml", "Reader.h").write_text(HEADER, encoding="utf-8")
-                source = ASK + FIND + (READ + body if body else "") + "int Reader::Hidden() {}\n"
-                Path(top, "xml", "reader.cpp").write_text(source, encoding="utf-8")
-                found = "\n".join(check_guards.faults_below(Path(top)))
+            source = ASK + FIND + (READ + body if body else "") + "int Reader::Hidden() {}\n"
+            with self.subTest(body), tree({"xml/Reader.h": HEADER, "xml/reader.cpp": source}) as top:
+                found = "\n".join(check_guards.faults_below(top))
                 self.assertIn(complaint, found)
                 self.assertEqual(found == "", complaint == "", found)
 

@@ -3,14 +3,9 @@
 # SPDX-License-Identifier: MIT
 """Shows that check_layers.py finds what it is there for and lets good trees pass."""
 
-import subprocess
-import sys
-import tempfile
 import unittest
-from pathlib import Path
 
-SCRIPTS = Path(__file__).resolve().parents[2] / "scripts"
-sys.path.insert(0, str(SCRIPTS))
+from checks import run, tree
 
 import check_layers  # noqa: E402
 
@@ -65,55 +60,30 @@ GOOD = (
 )
 
 
-def make_tree(root: Path, file: str, include: str) -> None:
+def files_with(file, include):
     """A small tree in which `file` has one include."""
     headers = [*HEADERS, *(f"include/NQP2ParserU/{header}" for header in PUBLIC.values())]
-    for header in headers:
-        (root / header).parent.mkdir(parents=True, exist_ok=True)
-        (root / header).write_text("#pragma once\n", encoding="utf-8")
-    for room, header in PUBLIC.items():
-        (root / "library" / room).mkdir(parents=True, exist_ok=True)
-        (root / "library" / room / "CMakeLists.txt").write_text(
-            f"nqp2_add_component(\n    {room}\n    EXPORTED {header}\n    DEPENDS platform)\n",
-            encoding="utf-8")
-    path = root / file
-    path.parent.mkdir(parents=True, exist_ok=True)
-    path.write_text(f"// a comment\n#include {include}\n", encoding="utf-8")
-
-
-def faults(file: str, include: str) -> str:
-    with tempfile.TemporaryDirectory() as folder:
-        make_tree(Path(folder), file, include)
-        return "\n".join(check_layers.faults_below(Path(folder)))
-
-
-def run(root: str) -> subprocess.CompletedProcess:
-    return subprocess.run([sys.executable, "-B", SCRIPTS / "check_layers.py", root],
-                          capture_output=True, text=True, check=False)
+    lists = {f"library/{room}/CMakeLists.txt":
+             f"nqp2_add_component(\n    {room}\n    EXPORTED {header}\n    DEPENDS platform)\n"
+             for room, header in PUBLIC.items()}
+    return {**dict.fromkeys(headers, "#pragma once\n"), **lists,
+            file: f"// a comment\n#include {include}\n"}
 
 
 class CheckLayers(unittest.TestCase):
     def test_names_file_line_and_fault(self):
-        for file, include, complaint in BAD:
-            with self.subTest(file=file, include=include):
-                found = faults(file, include)
+        for file, include, complaint in (*BAD, *((*good, "") for good in GOOD)):
+            with self.subTest(file=file, include=include), tree(files_with(file, include)) as root:
+                found = "\n".join(check_layers.faults_below(root))
                 self.assertIn(complaint, found)
-                self.assertRegex(found, rf"^{file}:[12]: ")
-
-    def test_lets_downward_includes_pass(self):
-        for file, include in GOOD:
-            with self.subTest(file=file, include=include):
-                self.assertEqual(faults(file, include), "")
+                self.assertRegex(found, rf"^{file}:[12]: " if complaint else "^$")
 
     def test_exit_status_tells_good_from_bad_and_from_nothing_to_check(self):
-        with tempfile.TemporaryDirectory() as root:
-            self.assertEqual(run(root).returncode, 2)
-            make_tree(Path(root), *GOOD[0])
-            self.assertEqual(run(root).returncode, 0)
-            make_tree(Path(root), *BAD[0][:2])
-            bad = run(root)
-            self.assertEqual(bad.returncode, 1)
-            self.assertIn(BAD[0][2], bad.stdout)
+        for files, status in ((files_with(*GOOD[0]), 0), (files_with(*BAD[0][:2]), 1), ({}, 2)):
+            with tree(files) as root:
+                result = run("check_layers.py", root)
+                self.assertEqual((result.returncode, BAD[0][2] in result.stdout),
+                                 (status, status == 1))
 
 
 if __name__ == "__main__":

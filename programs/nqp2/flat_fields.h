@@ -7,7 +7,8 @@
 
 namespace nqp2::tool {
 
-class Console;
+/// Prints each leaf of a record on a line of its own, with its dotted name before it.
+void PrintFields(Console& console, const Record& record);
 
 /// Prints records that have the same members as comma-separated values (RFC 4180, UTF-8): first
 /// the dotted field names, then a row for each. Control characters other than line breaks and tabs

@@ -2,14 +2,14 @@
 // SPDX-License-Identifier: MIT
 
 #include "nqp2/display_text.h"
-#include "nqp2/progress_bar.h"
+#include "nqp2/transfer_watch.h"
 
 #include <gtest/gtest.h>
 
 namespace nqp2::tool {
 namespace {
 
-TEST(ProgressBar, TellsShareRateAndTimeLeft) {
+TEST(ProgressBar, TellsShareRateAndTimeLeftWithinTheWidth) {
     const std::pair<Progress, const char*> cases[] = {
         {{"A", 0, 1000, 0}, "A [          ]   0 %"},
         {{"A", 512, 1024, 1}, "A [=====     ]  50 %  512 KiB/s  0:01 left"},
@@ -22,9 +22,6 @@ TEST(ProgressBar, TellsShareRateAndTimeLeft) {
     for (const auto& [progress, text] : cases) {
         EXPECT_EQ(BarText(progress, DisplayWidth(text)), text);
     }
-}
-
-TEST(ProgressBar, StaysWithinTheWidth) {
     for (int width = 1; width < 120; ++width) {
         EXPECT_LE(DisplayWidth(BarText({"長い名前", 5000, 90000, 3}, width)), width);
     }

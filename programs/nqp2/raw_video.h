@@ -4,11 +4,22 @@
 #pragma once
 
 #include "nqp2/input_file.h"
+#include "NQP2ParserU/FrameRate.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace nqp2::tool {
+
+/// How a stream of a code type is cut and paced.
+struct StreamForm {
+    std::size_t unitSize = 0; ///< bytes of each access unit; 0: they are to be found in the stream
+    FrameRate rate;
+};
+
+/// Throws Failure for a code type of which the name tells nothing.
+StreamForm StreamFormOf(eCodeType type);
 
 /// Cuts a file of raw video into access units.
 class AccessUnits {

@@ -1,13 +1,34 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/foreign_text.h"
+#include "nqp2/input_text.h"
+
+#include "nqp2/console.h"
+#include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <fmt/core.h>
 
 #include <algorithm>
-#include <string_view>
+#include <cstdint>
+#include <iterator>
 
 namespace nqp2::tool {
 namespace {
+
+/// The two ways to write a GUID: "x" is any hexadecimal digit.
+constexpr std::string_view kGuidForms[] = {"xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx",
+                                           "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"};
+
+bool IsHexDigit(char ch) {
+    return std::string_view("0123456789abcdefABCDEF").find(ch) != std::string_view::npos;
+}
+
+bool HasForm(std::string_view text, std::string_view form) {
+    return std::equal(text.begin(), text.end(), form.begin(), form.end(), [](char ch, char model) {
+        return model == 'x' ? IsHexDigit(ch) : ch == model;
+    });
+}
 
 constexpr int kLongestName = 255; ///< UTF-16 units
 
@@ -43,6 +64,37 @@ std::ptrdiff_t Utf16Length(std::wstring_view text) {
 }
 
 } // namespace
+
+std::string GuidText(const GUID& guid) {
+    std::string text = fmt::format("{:08x}-{:04x}-{:04x}-", guid.Data1, guid.Data2, guid.Data3);
+    for (std::size_t i = 0; i < std::size(guid.Data4); ++i) {
+        text += fmt::format("{}{:02x}", i == 2 ? "-" : "", guid.Data4[i]);
+    }
+    return text;
+}
+
+std::optional<GUID> GuidFromForm(std::string_view text) {
+    const bool known = std::any_of(std::begin(kGuidForms), std::end(kGuidForms),
+                                   [&](std::string_view form) { return HasForm(text, form); });
+    if (!known) {
+        return std::nullopt;
+    }
+    CString digits = TextFromBytes(text);
+    digits.Remove(L'-');
+    return CNQP2Parser::GuidFromUMID(digits);
+}
+
+eCodeType CodeTypeFromArgument(const std::string& text) {
+    if (const auto known = CodeTypeFromName(TextFromBytes(text))) {
+        return *known;
+    }
+    const std::optional<std::int32_t> number = WholeNumber<std::int32_t>(text);
+    if (!number) {
+        throw Failure("--code-type " + text, "is no code type",
+                      "give a name like CT_DV25_50I or a number", kUsage);
+    }
+    return static_cast<eCodeType>(*number);
+}
 
 bool FitsXml(const CString& text) {
     return !Holds(text.View(), IsUnfitForXml);

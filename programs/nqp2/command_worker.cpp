@@ -1,0 +1,139 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/bitmap_file.h"
+#include "nqp2/card.h"
+#include "nqp2/command.h"
+#include "nqp2/value.h"
+#include "nqp2/worker_session.h"
+
+#include "NQP2ParserU/TextBytes.h"
+
+#include <string>
+#include <vector>
+
+namespace nqp2::tool {
+namespace {
+
+struct DeleteOptions {
+    std::string card;
+    std::vector<std::string> clips;
+    std::string worker;
+};
+
+Status RunDelete(Console& /*console*/, const DeleteOptions& options) {
+    Card(options.card).RequireContents();
+    const CString root = WorkerPath(options.card);
+    WorkerSession session(options.worker);
+    for (const std::string& clip : options.clips) {
+        // Without a worker the clip would still leave the ingest list.
+        session.RequireNoFailure(clip, "not deleted");
+        session->DeleteFileW(TextFromBytes(clip), root);
+        session.RequireNoFailure(clip, "not deleted");
+    }
+    return kDone;
+}
+
+struct IconOptions {
+    std::string card;
+    std::string clip;
+    std::string picture;
+    std::string worker;
+};
+
+Status RunIcon(Console& /*console*/, const IconOptions& options) {
+    Card(options.card).RequireContents();
+    Bitmap bitmap = ReadBitmap(options.picture);
+    WorkerSession session(options.worker);
+    auto* const pixels = reinterpret_cast<unsigned char*>(bitmap.pixels.data());
+    session.Require(session->CreateIconBmp(WorkerPath(options.card), TextFromBytes(options.clip),
+                                           pixels, bitmap.size) == 1,
+                    options.clip, "no icon was made");
+    return kDone;
+}
+
+struct SerialOptions {
+    std::string card;
+    std::string worker;
+    bool json = false;
+};
+
+Status RunSerial(Console& console, const SerialOptions& options) {
+    const Card card(options.card);
+    card.RequireFolder();
+    WorkerSession session(options.worker);
+    CString serial;
+    session.Require(session->GetP2SerialNumber(WorkerPath(options.card), serial) == 0,
+                    card.Folder(), "no serial number");
+    if (options.json) {
+        PrintJson(console, {{"P2SerialNo", BytesFromText(serial)}});
+    } else {
+        console.WriteLine(BytesFromText(serial));
+    }
+    return kDone;
+}
+
+struct LastErrorOptions {
+    std::string worker;
+    bool json = false;
+};
+
+Status RunLastError(Console& console, const LastErrorOptions& options) {
+    WorkerSession session(options.worker);
+    const std::string sentence = BytesFromText(session->GetLastError());
+    if (sentence.empty()) {
+        session.RequireNoFailure("the worker", "tells nothing");
+    }
+    if (options.json) {
+        PrintJson(console, {{"LastError", sentence}});
+    } else if (sentence.empty()) {
+        console.Message("the worker answers and knows of no failure");
+    } else {
+        console.WriteLine(sentence);
+    }
+    return kDone;
+}
+
+} // namespace
+
+void AddDeleteCommand(const Command& program) {
+    const Command command =
+        program.Add("delete", "Delete clips with all their files, and from the ingest list");
+    DeleteOptions& options = command.Runs(RunDelete);
+    command.CardArgument(options.card);
+    command.ClipArguments(options.clips);
+    command.WorkerOption(options.worker);
+    command.Example("nqp2 delete /media/card 0001AB");
+}
+
+void AddIconCommand(const Command& program) {
+    const Command command = program.Add("icon", "Give a clip another icon");
+    IconOptions& options = command.Runs(RunIcon);
+    command.CardArgument(options.card);
+    command.Argument("CLIP", options.clip, "The clip's name");
+    command.Argument("PICTURE", options.picture,
+                     "A bitmap file (.bmp) of 24 bits a pixel; 80 x 60 is usual");
+    command.WorkerOption(options.worker);
+    command.Example("nqp2 icon /media/card 0001AB picture.bmp");
+}
+
+void AddSerialCommand(const Command& program) {
+    const Command command =
+        program.Add("serial", "Print the serial number of the volume that holds a card");
+    SerialOptions& options = command.Runs(RunSerial);
+    command.CardArgument(options.card);
+    command.JsonFlag(options.json);
+    command.WorkerOption(options.worker);
+    command.Example("nqp2 serial /media/card");
+}
+
+void AddLastErrorCommand(const Command& program) {
+    const Command command =
+        program.Add("last-error", "Ask the worker for the last failure it knows of");
+    LastErrorOptions& options = command.Runs(RunLastError);
+    command.JsonFlag(options.json);
+    command.WorkerOption(options.worker);
+    command.Example("nqp2 last-error");
+}
+
+} // namespace nqp2::tool
