@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/base_clip_info.h"
+#include "worker/card_requests.h"
 
 #include "clips/clip_reader.h"
 #include "clips/clip_texts.h"
 #include "clips/essence_lookup.h"
+#include "copy/digest.h"
+#include "copy/failure.h"
 #include "media/clip_date.h"
 #include "media/identifier.h"
 #include "media/timecode.h"
@@ -17,13 +19,13 @@
 #include "platform/file_system.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
+#include "worker/clip_metadata.h"
 #include "worker/frame_rate_text.h"
 #include "worker/media_file.h"
 
 #include <algorithm>
 #include <cstring>
 #include <vector>
-#include <xxhash.h>
 
 namespace nqp2::worker {
 namespace {
@@ -56,7 +58,7 @@ void Default(CString& text, const CString& value) {
 
 /// The same for the same content, wherever it lies: files without identifiers are told apart by
 /// their size and first bytes.
-Outcome IdentifyByContent(const std::string& path, GUID& identifier) {
+GUID IdentifyByContent(const std::string& path) {
     constexpr std::size_t kBytes = std::size_t{1} << 20U;
     std::unique_ptr<platform::FileReader> reader;
     std::string bytes(kBytes, '\0');
@@ -67,14 +69,14 @@ Outcome IdentifyByContent(const std::string& path, GUID& identifier) {
         status = reader->Read(bytes.data() + filled, bytes.size() - filled, count);
         filled += count;
     }
-    if (!status) {
-        return Failure("read", path, status);
-    }
-    XXH128_canonical_t digest;
-    XXH128_canonicalFromHash(&digest, XXH3_128bits_withSeed(bytes.data(), filled, reader->Size()));
-    static_assert(sizeof digest == sizeof(GUID));
-    std::memcpy(static_cast<void*>(&identifier), &digest, sizeof identifier);
-    return {};
+    copy::Require(status, "read", path);
+    copy::Digest digest(reader->Size());
+    digest.Add(std::string_view(bytes).substr(0, filled));
+    GUID identifier;
+    const copy::Digest::Bytes value = digest.Value();
+    static_assert(sizeof value == sizeof identifier);
+    std::memcpy(static_cast<void*>(&identifier), value.data(), sizeof identifier);
+    return identifier;
 }
 
 CString AspectText(const MediaFacts& facts) {
@@ -114,12 +116,9 @@ CString DateText(const std::string& date) {
     return TextFromUtf8(std::string_view(date).substr(0, kLength));
 }
 
-Outcome DescribeMediaFile(const CString& path, const std::string& file,
-                          const std::function<bool()>& goesOn, NQP2BaseClipInfo& info) {
-    MediaFacts facts;
-    if (Outcome outcome = ReadMediaFile(file, goesOn, facts); !outcome) {
-        return outcome;
-    }
+void DescribeMediaFile(const CString& path, const std::string& file,
+                       const std::function<bool()>& goesOn, NQP2BaseClipInfo& info) {
+    const MediaFacts facts = ReadMediaFile(file, goesOn);
     const CString rate = FrameRateText(facts.rate, facts.interlaced);
     Default(info.clipText1, TitleOf(file));
     Default(info.clipText2, DateText(facts.date));
@@ -134,7 +133,9 @@ Outcome DescribeMediaFile(const CString& path, const std::string& file,
     info.clipText3 = facts.title.empty() ? info.clipText1 : TextFromUtf8(facts.title);
     info.value4 = PackSize(facts.width, facts.height);
     info.identifier = media::GuidFromIdentifier(TextFromUtf8(facts.identifier));
-    return info.identifier == GUID() ? IdentifyByContent(file, info.identifier) : Outcome();
+    if (info.identifier == GUID()) {
+        info.identifier = IdentifyByContent(file);
+    }
 }
 
 std::string Above(const std::string& path) {
@@ -149,27 +150,25 @@ CString ContentsAbove(const std::string& file) {
            platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1)) + L"\\";
 }
 
-Outcome ReadClip(const std::string& file, _tag_P2Clip& clip) {
+_tag_P2Clip ReadClip(const std::string& file) {
     CMarkupMSXML xml;
     if (xml.LoadXml(platform::TextFromNameBytes(file)) == 0) {
-        return Failure("Cannot read " + file + ": " + Shown(xml.GetError()));
+        throw copy::Failure("Cannot read " + file + ": " + Shown(xml.GetError()));
     }
     clips::TextPool pool;
     const clips::ClipTexts texts(*xml.GetDocumentPtr(), pool);
     if (!texts.HasContent()) {
-        return Failure(file + " is not the metadata of a clip.");
+        throw NotMetadata(file);
     }
     clips::EssenceLookup essence(ContentsAbove(file), clips::EssenceLookup::Mode::OneClip);
+    _tag_P2Clip clip;
     clip.ClipName = TitleOf(file);
     clips::ReadScannedClip(texts, essence, clip);
-    return {};
+    return clip;
 }
 
-Outcome DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
-    _tag_P2Clip clip;
-    if (Outcome outcome = ReadClip(file, clip); !outcome) {
-        return outcome;
-    }
+void DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
+    const _tag_P2Clip clip = ReadClip(file);
     Default(info.clipText1, clip.ClipName);
     Default(info.clipText2, clip.StartDate);
     info.identifier = clip.GlobalClipGuid;
@@ -187,33 +186,30 @@ Outcome DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
     }
     info.clipText3 = clip.UserClipName;
     info.value4 = PackSize(clip.ActivePixel, clip.ActiveLine);
-    if (info.identifier != GUID()) {
-        return {};
+    if (info.identifier == GUID()) {
+        // The video stays the same when an export changes names in the metadata.
+        const auto video = platform::FindExisting(PosixPath(clip.VideoPath));
+        info.identifier = IdentifyByContent(video.value_or(file));
     }
-    // The video stays the same when an export changes names in the metadata.
-    const auto video = platform::FindExisting(PosixPath(clip.VideoPath));
-    return IdentifyByContent(video.value_or(file), info.identifier);
 }
 
 } // namespace
 
-Outcome DescribeClip(const CString& path, const std::function<bool()>& goesOn,
-                     NQP2BaseClipInfo& info) {
+NQP2BaseClipInfo DescribeClip(const CString& path, const std::function<bool()>& goesOn,
+                              NQP2BaseClipInfo asked) {
     const std::string wanted = PosixPath(path);
     const auto file = wanted.starts_with('/') ? platform::FindExisting(wanted) : std::nullopt;
     platform::FileInfo facts;
     if (!file || !platform::Files().Stat(*file, facts) || facts.kind != platform::EntryKind::File) {
-        return Failure("There is no file " + Shown(path) + ".");
+        throw copy::Failure("There is no file " + Shown(path) + ".");
     }
-    NQP2BaseClipInfo told = info;
-    told.texts.RemoveAll();
-    const bool isMetadata = platform::FoldNameCase(*file).ends_with(".XML");
-    Outcome outcome =
-        isMetadata ? DescribeP2Clip(*file, told) : DescribeMediaFile(path, *file, goesOn, told);
-    if (outcome) {
-        info = told;
+    asked.texts.RemoveAll();
+    if (platform::FoldNameCase(*file).ends_with(".XML")) {
+        DescribeP2Clip(*file, asked);
+    } else {
+        DescribeMediaFile(path, *file, goesOn, asked);
     }
-    return outcome;
+    return asked;
 }
 
 } // namespace nqp2::worker

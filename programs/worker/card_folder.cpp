@@ -3,6 +3,7 @@
 
 #include "worker/card_folder.h"
 
+#include "copy/failure.h"
 #include "media/card_layout.h"
 #include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
@@ -41,54 +42,49 @@ bool IsClipName(const CString& name) {
 
 } // namespace
 
-Outcome CheckClipName(const CString& name) {
-    return IsClipName(name) ? Outcome() : Failure("\"" + Shown(name) + "\" is no name of a clip.");
+void CheckClipName(const CString& name) {
+    if (!IsClipName(name)) {
+        throw copy::Failure("\"" + Shown(name) + "\" is no name of a clip.");
+    }
 }
 
-Outcome ResolveRoot(const CString& root, std::string& folder) {
-    folder = PosixPath(media::WithDrive(root));
+std::string ResolveRoot(const CString& root) {
+    std::string folder = PosixPath(media::WithDrive(root));
     if (!folder.starts_with('/')) {
-        return Failure("\"" + Shown(root) + "\" is neither an absolute folder nor a known drive.");
+        throw copy::Failure("\"" + Shown(root) +
+                            "\" is neither an absolute folder nor a known drive.");
     }
     if (HoldsParentStep(folder)) {
-        return Failure("\"" + Shown(root) + "\" leads upward, which a root must not.");
+        throw copy::Failure("\"" + Shown(root) + "\" leads upward, which a root must not.");
     }
     while (folder.size() > 1 && folder.ends_with('/')) {
         folder.pop_back();
     }
-    return {};
+    return folder;
 }
 
-Outcome OpenCard(const CString& root, CardFolders& card) {
-    std::string path;
-    if (Outcome outcome = ResolveRoot(root, path); !outcome) {
-        return outcome;
-    }
+CardFolders OpenCard(const CString& root) {
+    CardFolders card;
+    std::string path = ResolveRoot(root);
     path = platform::FindExisting(path).value_or(path);
-    platform::IoStatus status = platform::Files().OpenFolder(path, card.root);
-    if (!status) {
-        return Failure("open the card", path, status);
-    }
-    status = OpenBelow(*card.root, kContents, card.contents);
+    copy::Require(platform::Files().OpenFolder(path, card.root), "open the card", path);
+    const platform::IoStatus status = OpenBelow(*card.root, kContents, card.contents);
     if (status.error == platform::IoError::NotFound) {
-        return Failure("There is no CONTENTS folder in " + path + ".");
+        throw copy::Failure("There is no CONTENTS folder in " + path + ".");
     }
-    return status ? Outcome() : Failure("open", path + "/" + kContents, status);
+    copy::Require(status, "open", path + "/" + kContents);
+    return card;
 }
 
-Outcome FindContents(const CString& root, std::string& contents) {
-    std::string folder;
-    if (Outcome outcome = ResolveRoot(root, folder); !outcome) {
-        return outcome;
-    }
+std::string FindContents(const CString& root) {
+    const std::string folder = ResolveRoot(root);
     const auto found = platform::FindExisting(folder + "/" + kContents);
     platform::FileInfo info;
     if (!found || !platform::Files().Stat(*found, info) ||
         info.kind != platform::EntryKind::Folder) {
-        return Failure("There is no CONTENTS folder in " + folder + ".");
+        throw copy::Failure("There is no CONTENTS folder in " + folder + ".");
     }
-    contents = *found;
-    return {};
+    return *found;
 }
 
 std::string FolderBelow(const std::string& parent, const std::string& name) {

@@ -57,6 +57,12 @@ public:
         return true;
     }
 
+    /// Receives, and drops, whatever comes until none will come any more.
+    void DropAll() {
+        while (Receive([](std::uint32_t, const unsigned char*, std::int32_t) {})) {
+        }
+    }
+
     /// Sends what `fill` (buffer, capacity) writes; it returns the number of bytes.
     template <class Fill>
     bool Send(std::uint32_t id, Fill&& fill) {

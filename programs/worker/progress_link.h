@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "copy/copier.h"
 #include "worker/channel_line.h"
-#include "worker/transfer_watch.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -56,7 +56,7 @@ private:
 };
 
 /// What one transfer reports; remembers the last state.
-class TransferProgress final : public TransferWatch {
+class TransferProgress final : public copy::Watch {
 public:
     explicit TransferProgress(ProgressLink& link) : m_link(link) { m_link.Begin(); }
     TransferProgress(const TransferProgress&) = delete;

@@ -5,7 +5,6 @@
 
 #include "bridge/message_ids.h"
 #include "platform/guard.h"
-#include "worker/dispatch.h"
 
 #include <functional>
 #include <optional>
@@ -17,7 +16,7 @@ namespace {
 
 using bridge::MessageId;
 
-void HearCallback(ChannelLine& line, ProgressLink& progress, std::uint32_t id,
+void TakeCallback(ChannelLine& line, ProgressLink& progress, std::uint32_t id,
                   unsigned char* buffer, std::int32_t length) {
     bridge::ProgressMessage answer;
     if (id == Number(MessageId::RegisterProgress)) {
@@ -64,14 +63,18 @@ void Session::ServeCallbacks() {
     if (!m_callbacks.TakeBeside(m_requests, bridge::kProxyChannelId, kNoTimeout)) {
         return;
     }
-    const auto hear = [&](std::uint32_t id, unsigned char* buffer, std::int32_t length) {
-        HearCallback(m_callbacks, m_progress, id, buffer, length);
+    const auto take = [&](std::uint32_t id, unsigned char* buffer, std::int32_t length) {
+        TakeCallback(m_callbacks, m_progress, id, buffer, length);
     };
-    std::optional<JoinedThread> services;
-    RunQuietly([&] { // a session does without the host's services
-        services.emplace([this] { m_host.ServeBeside(m_callbacks); });
+    std::optional<JoinedThread> server;
+    RunQuietly([&] { // a session does without
+        server.emplace([this] {
+            if (m_server.TakeBeside(m_callbacks, bridge::kRequestServerId, kNoTimeout)) {
+                m_server.DropAll();
+            }
+        });
     });
-    while (m_callbacks.Receive(hear)) {
+    while (m_callbacks.Receive(take)) {
     }
     EndCallbacks();
 }
@@ -95,7 +98,7 @@ void Session::Stop() {
     m_progress.Stop();
     m_requests.Close();
     m_callbacks.Close();
-    m_host.Stop();
+    m_server.Close();
 }
 
 } // namespace nqp2::worker
