@@ -3,7 +3,6 @@
 
 // Bytes as a clip file through both clip readers.
 
-#include "clips/clip_path.h"
 #include "clips/clip_reader.h"
 #include "clips/clip_texts.h"
 #include "clips/essence_lookup.h"
@@ -11,6 +10,7 @@
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "media/card_layout.h"
+#include "media/element_paths.h"
 #include "xml/dom/document.h"
 #include "xml/query_text.h"
 
@@ -30,9 +30,9 @@ constexpr const wchar_t* kContents = L"/nqp2-fuzz/none:\\CONTENTS\\";
 
 /// The single pass must give what asking path by path gives.
 void CheckTexts(const nqp2::dom::Document& document, const ClipTexts& texts) {
-    for (const auto& entry : nqp2::clips::kClipPaths) {
+    for (const auto& entry : nqp2::media::kClipPaths) {
         const std::string path =
-            std::string(nqp2::clips::kClipContentPath) + "/" + std::string(entry.below);
+            std::string(nqp2::media::kClipContentPath) + "/" + std::string(entry.below);
         const nqp2::dom::Node* const node = texts.Find(entry.path);
         Require(texts.Text(entry.path) == (node != nullptr ? nqp2::xml::TextOf(*node) : CString()),
                 "a shared text is the node's text");
@@ -40,9 +40,9 @@ void CheckTexts(const nqp2::dom::Document& document, const ClipTexts& texts) {
                 "a clip value is the first node that its path selects");
     }
     for (const auto below :
-         {nqp2::clips::kMemoPath, nqp2::clips::kProxyAudioPath, nqp2::clips::kAudioPath}) {
+         {nqp2::media::kMemoPath, nqp2::media::kProxyAudioPath, nqp2::media::kAudioPath}) {
         const std::string path =
-            std::string(nqp2::clips::kClipContentPath) + "/" + std::string(below);
+            std::string(nqp2::media::kClipContentPath) + "/" + std::string(below);
         Require(texts.All(below).size() == document.SelectNodes(path)->Length(),
                 "every element of a list is found");
     }

@@ -5,7 +5,7 @@
 
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
-#include "media/clip_date.h"
+#include "media/dates.h"
 #include "media/identifier.h"
 #include "media/proxy_codes.h"
 #include "media/timecode.h"

@@ -77,7 +77,7 @@ void FillFromBase(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip
     clip.AspectRatio = base.text2;
     clip.ActivePixel = base.value4 & 0xFFFF;
     clip.ActiveLine = base.value4 >> 16;
-    clip.DropFrame = media::ClipTimecodeRate(base.text1.View(), true).droppedNumbers != 0 ? 1 : 0;
+    clip.DropFrame = media::CanDropFrames(base.text1.View()) ? 1 : 0;
     FillEssence(base, path, clip);
 }
 

@@ -3,23 +3,17 @@
 
 #pragma once
 
+#include "media/card_layout.h"
 #include "NQP2ParserU/CString.h"
 
-/// Where things lie on AVCHD cards and in camera folders.
+/// Where things lie on AVCHD cards, in terms of interface paths.
 namespace nqp2::avchd {
 
-inline constexpr const wchar_t* kAvchdFolder = L"\\AVCHD\\BDMV\\";
-inline constexpr const wchar_t* kBdmvFolder = L"\\BDMV\\";
-inline constexpr const wchar_t* kInformationFolder = L"CLIPINF\\";
-inline constexpr const wchar_t* kStreamFolder = L"STREAM\\";
-inline constexpr const wchar_t* kPlaylistFolder = L"PLAYLIST\\";
-
-inline constexpr const wchar_t* kSonyFolder = L"\\SONY\\";
-inline constexpr const wchar_t* kSonyFiles = L"\\SONY\\DVF\\100DVF\\*.AVI";
-/// In the order in which they are asked for; only the first that exists counts.
-inline constexpr const wchar_t* kPanasonicFolders[] = {L"\\PANA_GRP\\001RBQAM\\",
-                                                       L"\\PANA_GRP\\001YDJAM\\"};
-inline constexpr const wchar_t* kPanasonicFiles = L"*.MOV";
+inline constexpr const wchar_t* kAvchdFolder = media::kAvchd.BelowDrive();
+inline constexpr const wchar_t* kBdmvFolder = media::kDisc.BelowDrive();
+inline constexpr const wchar_t* kInformationFolder = media::kClipInformation.Path();
+inline constexpr const wchar_t* kStreamFolder = media::kStreams.Path();
+inline constexpr const wchar_t* kPlaylistFolder = media::kPlaylists.Path();
 
 /// How one kind of card names its files.
 struct ClipFiles {
@@ -29,8 +23,13 @@ struct ClipFiles {
     const wchar_t*
         timedAs; ///< what the debugger output calls the decoding of a clip; null: nothing
 };
-inline constexpr ClipFiles kAvchdFiles = {L".CPI", L".MTS", L".MPL", L"NQGetAVCHDCPIMetaData"};
-inline constexpr ClipFiles kBdmvFiles = {L".clpi", L".m2ts", L".mpls", nullptr};
+
+constexpr ClipFiles FilesNamed(const media::AvchdExtensions& names, const wchar_t* timedAs) {
+    return {names.information.Text(), names.stream.Text(), names.playlist.Text(), timedAs};
+}
+inline constexpr ClipFiles kAvchdFiles =
+    FilesNamed(media::kAvchdExtensions, L"NQGetAVCHDCPIMetaData");
+inline constexpr ClipFiles kBdmvFiles = FilesNamed(media::kDiscExtensions, nullptr);
 
 /// Whether a folder (interface path with its trailing separator) exists.
 bool FolderExists(const CString& folder);

@@ -3,6 +3,7 @@
 
 #include "avchd/clip_record.h"
 
+#include "media/dates.h"
 #include "media/identifier.h"
 #include "media/timecode.h"
 
@@ -59,10 +60,6 @@ bool IsEarlier(std::uint32_t time, std::uint32_t other) {
     return static_cast<std::int32_t>(time - other) < 0;
 }
 
-bool CountsDropFrame(const CString& frameRate) {
-    return media::ClipTimecodeRate(frameRate.View(), true).droppedNumbers != 0;
-}
-
 /// The frames before a timecode at the clip's true rate. Recorders number every second frame where
 /// there are 50 and more.
 std::int32_t FramesBefore(media::Timecode timecode, const _tag_P2Clip& clip) {
@@ -75,15 +72,15 @@ std::int32_t FramesBefore(media::Timecode timecode, const _tag_P2Clip& clip) {
 
 /// Needs the record's rate. Without a timecode the flag keeps its default where it means anything.
 void FillTimecode(const std::optional<RecordedTimecode>& recorded, _tag_P2Clip& clip) {
-    const bool canDrop = CountsDropFrame(clip.FrameRate);
+    const bool canDrop = media::CanDropFrames(clip.FrameRate.View());
     clip.DropFrame = canDrop && (!recorded || recorded->dropFrame) ? 1 : 0;
     clip.StartTimecode = recorded ? FramesBefore(recorded->timecode, clip) : 0;
 }
 
 void FillDate(const std::optional<RecordedDate>& date, _tag_P2Clip& clip) {
     if (date) {
-        clip.StartDate.Format(L"%ld-%02d-%02dT%02d:%02d:%02d", date->year, date->month, date->day,
-                              date->hour, date->minute, date->second);
+        clip.StartDate = media::DateText(
+            {date->year, date->month, date->day, date->hour, date->minute, date->second});
         clip.ShootStartTime.SetDateTime(date->year, date->month, date->day, date->hour,
                                         date->minute, date->second);
     }

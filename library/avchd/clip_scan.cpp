@@ -9,7 +9,7 @@
 #include "avchd/limits.h"
 #include "avchd/stop_watch.h"
 #include "media/card_layout.h"
-#include "media/file_date.h"
+#include "media/dates.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"
 #include "platform/full_path.h"
@@ -51,7 +51,7 @@ public:
           m_splits(result.splits), m_source(ClipsFolder(m_root)) {}
 
     bool Run() {
-        const bool hasSony = FolderExists(m_root + kSonyFolder);
+        const bool hasSony = FolderExists(m_root + media::kSonyCamera.known.BelowDrive());
         const CString panasonic = PanasonicFolder();
         if (!FolderExists(InformationFolder()) && !hasSony && panasonic.IsEmpty()) {
             return false;
@@ -59,10 +59,11 @@ public:
         const StopWatch watch;
         ScanInformation(kAvchdFiles);
         if (hasSony) {
-            ScanCameraFiles(m_root + kSonyFiles);
+            ScanCameraFiles(m_root + media::kSonyCamera.files.BelowDrive() +
+                            media::kSonyCamera.pattern.Text());
         }
         if (!panasonic.IsEmpty()) {
-            ScanCameraFiles(panasonic + kPanasonicFiles);
+            ScanCameraFiles(panasonic + media::kPanasonicCameras[0].pattern.Text());
         }
         ScanInformation(kBdmvFiles);
         watch.Report(L"LoadAllClip");
@@ -76,9 +77,12 @@ private:
 
     [[nodiscard]] CString PanasonicFolder() const {
         const auto* const found =
-            std::find_if(std::begin(kPanasonicFolders), std::end(kPanasonicFolders),
-                         [this](const wchar_t* folder) { return FolderExists(m_root + folder); });
-        return found == std::end(kPanasonicFolders) ? CString() : m_root + *found;
+            std::find_if(media::kPanasonicCameras.begin(), media::kPanasonicCameras.end(),
+                         [this](const media::CameraFolder& camera) {
+                             return FolderExists(m_root + camera.known.BelowDrive());
+                         });
+        return found == media::kPanasonicCameras.end() ? CString()
+                                                       : m_root + found->files.BelowDrive();
     }
 
     void OmitUnlessCompanion(const CString& path, Omission omission, const char* why) {

@@ -8,7 +8,7 @@
 #include "avchd/folder_files.h"
 #include "avchd/playlist.h"
 #include "media/card_layout.h"
-#include "media/file_date.h"
+#include "media/dates.h"
 #include "media/identifier.h"
 #include "platform/file_find.h"
 #include "platform/file_system.h"

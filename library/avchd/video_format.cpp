@@ -3,6 +3,8 @@
 
 #include "avchd/video_format.h"
 
+#include "media/rates.h"
+
 #include <algorithm>
 #include <iterator>
 #include <limits>
@@ -26,15 +28,15 @@ constexpr std::uint8_t kVideoCodings[] = {0x01, 0x02, kAvcCoding, 0x20, 0x24, 0x
 
 struct CodedRate {
     std::uint8_t code;
-    FrameRate rate;
+    const wchar_t* text;
 };
 
-constexpr FrameRate k25p = {25, 1, L"25p"};
+constexpr const wchar_t* k25p = L"25p";
 constexpr std::uint8_t kCode25 = 3;
 constexpr std::uint8_t kCode50 = 6;
 constexpr CodedRate kRates[] = {
-    {1, {24000, 1001, L"23.98p"}}, {2, {24, 1, L"24p"}},       {kCode25, {25, 1, L"50i"}},
-    {4, {30000, 1001, L"29.97p"}}, {kCode50, {50, 1, L"50p"}}, {7, {60000, 1001, L"59.94p"}},
+    {1, L"23.98p"}, {2, L"24p"},       {kCode25, L"50i"},
+    {4, L"29.97p"}, {kCode50, L"50p"}, {7, L"59.94p"},
 };
 
 constexpr std::int64_t kTicksASecond = 45000;
@@ -77,12 +79,12 @@ bool Is25p(const VideoStream& video, std::uint8_t pulldown) {
 
 const FrameRate* RateOf(std::uint8_t rateCode, bool is25p) {
     if (is25p) {
-        return &k25p;
+        return media::FindRate(k25p);
     }
     const auto* const found =
         std::find_if(std::begin(kRates), std::end(kRates),
                      [rateCode](const CodedRate& row) { return row.code == rateCode; });
-    return found == std::end(kRates) ? nullptr : &found->rate;
+    return found == std::end(kRates) ? nullptr : media::FindRate(found->text);
 }
 
 std::int32_t FramesBetween(std::uint32_t in, std::uint32_t out, const FrameRate& rate) {

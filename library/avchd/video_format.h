@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "NQP2ParserU/FrameRate.h"
+
 #include <cstdint>
 
 /// The codes by which playlists and clip information describe video, and what follows from them.
@@ -38,14 +40,7 @@ bool IsInterlaced(std::uint8_t format);
 /// Whether the pictures are 25 a second and progressive, in whichever carrier.
 bool Is25p(const VideoStream& video, std::uint8_t pulldown);
 
-/// Frames a second as a fraction, and the text that records carry.
-struct FrameRate {
-    std::int32_t frames = 0;
-    std::int32_t seconds = 1;
-    const wchar_t* text = L"";
-};
-
-/// The rate of a code; 25p goes before it. Null for an undefined code. One text stands for both
+/// The rate of a code; 25p goes before it. Null for an undefined code. One rate is given for both
 /// scans of code 4: kept, hosts rely on it.
 const FrameRate* RateOf(std::uint8_t rateCode, bool is25p);
 

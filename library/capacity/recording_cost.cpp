@@ -3,7 +3,7 @@
 
 #include "capacity/recording_cost.h"
 
-#include "media/code_type_family.h"
+#include "media/families.h"
 
 #include <limits>
 

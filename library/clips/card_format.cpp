@@ -5,6 +5,7 @@
 
 #include "media/card_layout.h"
 #include "media/card_status.h"
+#include "media/element_paths.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
@@ -13,14 +14,11 @@
 
 namespace nqp2::clips {
 
+using media::ClipPath;
 using media::kCannotRead;
 using media::kRead;
 
 namespace {
-
-constexpr const wchar_t* kCodecPath = L"//P2Main/ClipContent/EssenceList/Video/Codec";
-constexpr const wchar_t* kFrameRatePath = L"//P2Main/ClipContent/EssenceList/Video/FrameRate";
-constexpr const wchar_t* kEditUnitPath = L"//P2Main/ClipContent/EditUnit";
 
 // A missing element is nothing to log.
 constexpr int kIgnoreMissing = 1;
@@ -61,8 +59,9 @@ __int64 ReadCoarseFormat(const CString& root, CMarkupMSXML& reader, eCodeType& c
     }
     const platform::MemoryWatch watch;
     const bool found = LoadFirstClip(reader, root);
-    const CString rate = reader.GetNodeText(kFrameRatePath, kIgnoreMissing);
-    const CString codec = reader.GetNodeText(kCodecPath, kIgnoreMissing);
+    const CString rate =
+        reader.GetNodeText(media::FullPathText(ClipPath::FrameRate), kIgnoreMissing);
+    const CString codec = reader.GetNodeText(media::FullPathText(ClipPath::Codec), kIgnoreMissing);
     watch.Require();
     if (found) {
         standard = StandardOf(rate);
@@ -78,13 +77,13 @@ __int64 ReadFormatTexts(const CString& root, CMarkupMSXML& reader, CString& fram
     }
     const platform::MemoryWatch watch;
     if (LoadFirstClip(reader, root)) {
-        codec = reader.GetNodeText(kCodecPath, kIgnoreMissing);
+        const CString codecPath = media::FullPathText(ClipPath::Codec);
+        codec = reader.GetNodeText(codecPath, kIgnoreMissing);
         class50 =
-            codec == L"AVC-I_1080/50i" && reader.GetNodeAttribute(kCodecPath, L"Class") == L"50"
-                ? 1
-                : 0;
-        frameRate = reader.GetNodeText(kFrameRatePath, kIgnoreMissing);
-        editUnit = reader.GetNodeText(kEditUnitPath, kIgnoreMissing);
+            codec == L"AVC-I_1080/50i" && reader.GetNodeAttribute(codecPath, L"Class") == L"50" ? 1
+                                                                                                : 0;
+        frameRate = reader.GetNodeText(media::FullPathText(ClipPath::FrameRate), kIgnoreMissing);
+        editUnit = reader.GetNodeText(media::FullPathText(ClipPath::EditUnit), kIgnoreMissing);
     }
     watch.Require();
     return kRead;

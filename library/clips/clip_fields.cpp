@@ -4,7 +4,7 @@
 #include "clips/clip_fields.h"
 
 #include "clips/memos.h"
-#include "media/clip_date.h"
+#include "media/dates.h"
 #include "media/proxy_codes.h"
 #include "platform/number_text.h"
 
@@ -106,7 +106,7 @@ void ReadMemos(const ClipTexts& texts, _tag_P2Clip& clip) {
     for (const _tag_P2Memo& memo : clip.Memos) {
         offsets.insert(memo.Offset);
     }
-    for (const dom::Node* const node : texts.All(kMemoPath)) {
+    for (const dom::Node* const node : texts.All(media::kMemoPath)) {
         const std::int32_t offset = platform::ToInt32(texts.Children(*node, kOffset)[0].View());
         if (offsets.insert(offset).second) {
             clip.Memos.Add(ReadMemo(texts, *node, offset));
@@ -131,7 +131,7 @@ void ReadProxy(const ClipTexts& texts, _tag_P2Proxy& proxy) {
 
 void CountProxyChannels(const ClipTexts& texts, _tag_P2Proxy& proxy) {
     constexpr std::size_t kMaskBits = 64;
-    const std::size_t count = texts.All(kProxyAudioPath).size();
+    const std::size_t count = texts.All(media::kProxyAudioPath).size();
     proxy.ProxyAudioChannels = static_cast<std::int32_t>(count) - 1;
     for (std::size_t i = 0; i < std::min(count, kMaskBits); ++i) {
         proxy.ProxyAudioMask |= std::uint64_t{1} << i;

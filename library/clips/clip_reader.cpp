@@ -5,7 +5,7 @@
 
 #include "clips/clip_fields.h"
 #include "media/card_layout.h"
-#include "media/codec_family.h"
+#include "media/families.h"
 #include "media/timecode.h"
 #include "platform/diagnostics.h"
 
@@ -17,7 +17,6 @@ namespace nqp2::clips {
 namespace {
 
 constexpr const wchar_t* kClass50 = L"50";
-constexpr std::string_view kClassAttribute = "Class";
 
 // Channels that the reader of a named clip looks for.
 constexpr int kNamedChannels = 4;
@@ -101,7 +100,7 @@ void AssumeEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& clip
 }
 
 void ReadClass(const ClipTexts& texts, _tag_P2Clip& clip) {
-    clip.CodecClass = texts.Attribute(ClipPath::Codec, kClassAttribute);
+    clip.CodecClass = texts.Attribute(ClipPath::Codec, media::kClassAttribute);
     clip.AvcIntraClass50 = HasClass(clip.CodecName) && clip.CodecClass == kClass50 ? 1 : 0;
     if (media::NameCarriesClass(clip.CodecName.View())) {
         clip.CodecName = clip.CodecName + L"-" + clip.CodecClass + L"M";
@@ -130,7 +129,7 @@ void ReadDropFrame(const ClipTexts& texts, bool inFamily, _tag_P2Clip& clip) {
     if (texts.Find(ClipPath::FrameRate) == nullptr) {
         platform::OutputDebugStringW(L"selectSingleNode Failed");
     }
-    const CString flag = texts.Attribute(ClipPath::FrameRate, "DropFrameFlag");
+    const CString flag = texts.Attribute(ClipPath::FrameRate, media::kDropFrameAttribute);
     if (flag == L"false" || flag == L"0") {
         clip.DropFrame = 0;
     }
@@ -146,7 +145,7 @@ void ReadTimecode(const ClipTexts& texts, _tag_P2Clip& clip) {
 
 int ChannelCount(const ClipTexts& texts, bool inFamily) {
     return inFamily ? texts.Int32(ClipPath::AudioChannel)
-                    : static_cast<int>(texts.All(kAudioPath).size());
+                    : static_cast<int>(texts.All(media::kAudioPath).size());
 }
 
 } // namespace
@@ -156,7 +155,7 @@ void ReadNamedClip(const ClipTexts& texts, EssenceLookup& essence, _tag_P2Clip& 
     ReadSharedFields(texts, clip);
     clip.AvcIntraClass50 = 0;
     if (clip.CodecName == kClassCodecs[0] &&
-        texts.Attribute(ClipPath::Codec, kClassAttribute) == kClass50) {
+        texts.Attribute(ClipPath::Codec, media::kClassAttribute) == kClass50) {
         clip.AvcIntraClass50 = 1;
     }
     clip.ProxyVideoCodecName = texts.Text(ClipPath::ProxyVideoCodec);

@@ -13,9 +13,9 @@ namespace {
 
 const dom::PathSet& Paths() {
     static const dom::PathSet paths = [] {
-        std::array<std::string_view, kClipPathCount> below;
-        for (std::size_t i = 0; i < kClipPathCount; ++i) {
-            below[i] = kClipPaths[i].below;
+        std::array<std::string_view, media::kClipPathCount> below;
+        for (std::size_t i = 0; i < media::kClipPathCount; ++i) {
+            below[i] = media::kClipPaths[i].below;
         }
         return dom::PathSet(below);
     }();
@@ -23,14 +23,15 @@ const dom::PathSet& Paths() {
 }
 
 std::string FullPath(std::string_view below) {
-    return std::string(kClipContentPath).append("/").append(below);
+    return std::string(media::kClipContentPath).append("/").append(below);
 }
 
 } // namespace
 
 ClipTexts::ClipTexts(dom::Document& document, TextPool& pool)
     : m_document(document), m_pool(pool), m_budget(document) {
-    m_contents = Paths().FindBehind(kClipContentPath, document.Content()->DocumentNode(), m_nodes);
+    m_contents =
+        Paths().FindBehind(media::kClipContentPath, document.Content()->DocumentNode(), m_nodes);
 }
 
 CString ClipTexts::Text(ClipPath path) const {

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "clips/clip_path.h"
 #include "clips/text_pool.h"
+#include "media/element_paths.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Guid.h"
 #include "xml/dom/document.h"
@@ -17,6 +17,8 @@
 #include <vector>
 
 namespace nqp2::clips {
+
+using media::ClipPath;
 
 /// The values of one clip file, gathered in a single pass over its tree. Each is the first node, in
 /// document order, that the path selects: just what asking path by path would give. More text than
@@ -61,7 +63,7 @@ private:
     dom::Document& m_document;
     TextPool& m_pool;
     std::vector<dom::Node*> m_contents;
-    std::array<dom::Node*, kClipPathCount> m_nodes{};
+    std::array<dom::Node*, media::kClipPathCount> m_nodes{};
     mutable xml::TextBudget m_budget;
 };
 

@@ -22,16 +22,16 @@ inline constexpr std::size_t kMaxEventsOfFolder = 4 * kMaxEvents;
 inline constexpr std::size_t kMaxText = std::size_t{16} << 20;
 
 /// Where edit lists lie below a card's root, and where the cards themselves keep them.
-inline constexpr const char* kEditListFolder = "EDITLIST";
-inline constexpr const char* kContentsEditListFolder = "CONTENTS/EDITLIST";
+inline constexpr const char* kEditListFolder = media::kEditLists.Bytes();
+inline constexpr const char* kContentsEditListFolder = media::kContentsEditLists.Bytes();
 
 /// The same as interface paths of a card path.
 inline CString EditListFolder(const CString& path) {
-    return media::WithDrive(path) + L"\\EDITLIST\\";
+    return media::WithDrive(path) + media::kEditLists.BelowDrive();
 }
 
 inline CString ContentsEditListFolder(const CString& path) {
-    return media::ContentsFolder(path) + L"EDITLIST\\";
+    return media::WithDrive(path) + media::kContentsEditLists.BelowDrive();
 }
 
 /// The AVC-I codecs whose class edit lists look at: fewer than the clip readers know; kept, hosts

@@ -6,7 +6,7 @@
 #include "edl/edl_layout.h"
 #include "edl/edl_name.h"
 #include "edl/edl_reader.h"
-#include "media/file_date.h"
+#include "media/dates.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/XmlLimits.h"

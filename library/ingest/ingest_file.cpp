@@ -5,9 +5,7 @@
 
 #include "media/card_layout.h"
 #include "NQP2ParserU/MarkupMSXML.h"
-#include "NQP2ParserU/PathText.h"
 #include "platform/case_fold.h"
-#include "platform/folder_index.h"
 #include "platform/guard.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
@@ -33,7 +31,7 @@ CString NumberText(std::int32_t number) {
 /// Of several with one name the first counts.
 class ClipIndex {
 public:
-    /// Walks the level that the cursor stands on.
+    /// Walks the level that the cursor is on.
     explicit ClipIndex(CMarkupMSXML& list) {
         list.ResetMainPos();
         while (list.FindElem(kClip) != 0) {
@@ -79,10 +77,10 @@ platform::IoStatus PutAside(platform::Folder& folder, const std::string& name) {
     return moved;
 }
 
-/// Reads the list, or makes a new one when there is none or none that is sound; the cursor then
-/// stands on the level of its clips. Fails for a file that can neither be read nor be put aside.
+/// Reads the list, or makes a new one when there is none or none that is sound; the cursor
+/// is then on the level of its clips. Fails for a file that can neither be read nor be put aside.
 platform::IoStatus Open(CMarkupMSXML& list, const platform::MemoryWatch& watch,
-                        platform::Folder& folder, const CString& folderPath,
+                        platform::Folder& folder, const platform::Place& place,
                         const CString& fileName) {
     std::string name;
     platform::IoStatus status =
@@ -93,8 +91,8 @@ platform::IoStatus Open(CMarkupMSXML& list, const platform::MemoryWatch& watch,
     }
     bool isSound = false;
     if (!isNew) {
-        isSound = list.Load(folderPath + platform::TextFromNameBytes(name)) != 0;
-        watch.Require(); // a sound list is not put aside for want of memory
+        isSound = list.Load(place.PathOf(platform::TextFromNameBytes(name))) != 0;
+        watch.Require(); // a sound list is not put aside when memory is out
     }
     if (!isSound) {
         status = isNew ? platform::IoStatus{} : PutAside(folder, name);
@@ -110,7 +108,7 @@ platform::IoStatus Open(CMarkupMSXML& list, const platform::MemoryWatch& watch,
     return status;
 }
 
-/// Adds the segments to the entry on which the cursor stands.
+/// Adds the segments to the entry that the cursor is on.
 void AddSegments(CMarkupMSXML& list, const std::vector<tag_P2SegInfo>& segments) {
     list.IntoElem();
     for (const tag_P2SegInfo& segment : segments) {
@@ -124,44 +122,24 @@ void AddSegments(CMarkupMSXML& list, const std::vector<tag_P2SegInfo>& segments)
 
 } // namespace
 
-CString UserDataFolder(const CString& root) {
-    return media::WithDrive(root) + L"\\USERDATA\\";
+platform::Place UserData(const CString& root) {
+    return platform::Place(media::WithDrive(root)).Below(media::kUserData.Path());
 }
 
 platform::IoStatus OpenUserData(const CString& root, bool make,
                                 std::unique_ptr<platform::Folder>& folder) {
-    constexpr const char* kName = "USERDATA";
-    std::unique_ptr<platform::Folder> card;
-    platform::IoStatus status = platform::OpenRoot(PosixPath(media::WithDrive(root)), card);
-    if (status) {
-        status = make ? platform::MakeBelow(*card, kName, folder)
-                      : platform::OpenBelow(*card, kName, folder);
-    }
-    return status;
+    const platform::Place card(media::WithDrive(root));
+    return make ? card.MakeBelow(media::kUserData.Text(), folder)
+                : card.OpenBelow(media::kUserData.Text(), folder);
 }
 
 platform::IoStatus BeginChange(platform::Folder& folder) {
     constexpr std::chrono::seconds kPatience(5);
     platform::IoStatus status = folder.Lock(kPatience);
     if (status) {
-        static_cast<void>(folder.RemoveAbandoned()); // what cannot be removed is in nobody's way
+        static_cast<void>(folder.RemoveAbandoned()); // what cannot be removed disturbs no writer
     }
     return status;
-}
-
-platform::IoStatus FindList(const CString& path) {
-    const std::string asked = PosixPath(path);
-    platform::FileInfo info;
-    const platform::IoStatus status = platform::Files().Stat(asked, info);
-    if (status.error != platform::IoError::NotFound) {
-        return status;
-    }
-    const std::size_t name = asked.find_last_of('/') + 1;
-    const platform::FolderIndex folder = platform::FolderIndex::Read(asked.substr(0, name));
-    if (!folder.Status()) {
-        return folder.Status();
-    }
-    return folder.Contains(asked.substr(name)) ? platform::IoStatus{} : status;
 }
 
 void MakeList(CMarkupMSXML& list) {
@@ -198,16 +176,16 @@ platform::IoStatus Save(CMarkupMSXML& list, platform::Folder& folder, const CStr
     return status ? folder.WriteWhole(target, *text) : status;
 }
 
-bool AddToFile(platform::Folder& folder, const CString& folderPath, const CString& fileName,
+bool AddToFile(platform::Folder& folder, const platform::Place& place, const CString& fileName,
                const IngestClips& clips) {
     const platform::MemoryWatch watch;
     CMarkupMSXML list;
     if (!BeginChange(folder)) {
         return false;
     }
-    platform::IoStatus status = Open(list, watch, folder, folderPath, fileName);
+    platform::IoStatus status = Open(list, watch, folder, place, fileName);
     if (status) {
-        // Nobody is told which clips were left out: kept.
+        // The host is not told which clips were left out: kept.
         static_cast<void>(AddClips(list, clips));
         watch.Require();
         status = Save(list, folder, fileName);

@@ -4,6 +4,7 @@
 #include "NQP2ParserU/IngestList.h"
 
 #include "ingest/ingest_file.h"
+#include "media/card_layout.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "platform/case_fold.h"
 #include "platform/guard.h"
@@ -16,10 +17,10 @@
 namespace nqp2 {
 namespace {
 
-constexpr const wchar_t* kListName = L"Ingest.xml";
+constexpr const wchar_t* kListName = media::kIngestList.Text();
 
 CString ListPath(const CString& root) {
-    return ingest::UserDataFolder(root) + kListName;
+    return ingest::UserData(root).PathOf(kListName);
 }
 
 std::int32_t Number(CMarkupMSXML& list, const wchar_t* attribute) {
@@ -54,7 +55,10 @@ IngestResult Fault(IngestStatus status, const CString& path, const CString& reas
 
 IngestResult Load(CMarkupMSXML& list, const CString& path) {
     const platform::MemoryWatch watch;
-    const platform::IoStatus found = ingest::FindList(path);
+    const auto [folder, name] = platform::SplitPath(path);
+    platform::FoundFile file;
+    // NotFound says that there is none, which is more than that none could be seen.
+    const platform::IoStatus found = folder.Find(name, file);
     if (found.error == platform::IoError::NotFound) {
         return Fault(IngestStatus::NoList, path);
     }
@@ -130,7 +134,7 @@ IngestResult Remove(platform::Folder& folder, const CString& path, const CString
     return list.RemoveElem() == 0 ? Fault(IngestStatus::NotSaved, path) : Saved(list, folder, path);
 }
 
-/// Runs a change of the list while nobody else changes it. The folder is made for those who add.
+/// Runs a change of the list while no other process changes it. The folder is made for those who add.
 template <class Change>
 IngestResult Changed(const CString& root, bool make, Change change) {
     const CString path = ListPath(root);

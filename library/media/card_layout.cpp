@@ -3,21 +3,53 @@
 
 #include "media/card_layout.h"
 
-#include <string_view>
+#include "platform/unicode.h"
+
+#include <algorithm>
 
 namespace nqp2::media {
+namespace {
+
+bool IsDigit(wchar_t ch) {
+    return ch >= L'0' && ch <= L'9';
+}
+
+} // namespace
+
+std::string SuffixOf(const ClipFileKind& kind, std::size_t number) {
+    const std::string digits = kind.digits == 0 ? "" : std::to_string(number);
+    const std::size_t zeros = kind.digits - std::min(kind.digits, digits.size());
+    return std::string(zeros, '0') + digits + kind.extension.Bytes();
+}
+
+CString FileNameOf(const ClipFileKind& kind, const CString& clip, std::size_t number) {
+    return clip + platform::TextFromUtf8(SuffixOf(kind, number));
+}
+
+std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileKind& kind) {
+    const std::wstring_view extension = kind.extension.Text();
+    const std::size_t dot = file.find_last_of(L'.');
+    if (file.starts_with(L'.') || dot == std::wstring_view::npos || dot <= kind.digits ||
+        (!extension.empty() && file.substr(dot) != extension)) {
+        return {};
+    }
+    const std::size_t end = dot - kind.digits;
+    const std::wstring_view number = file.substr(end, kind.digits);
+    return std::all_of(number.begin(), number.end(), IsDigit) ? file.substr(0, end)
+                                                              : std::wstring_view();
+}
 
 CString WithDrive(const CString& root) {
     return root.Find(L':') < 0 ? root + L":" : root;
 }
 
 CString ContentsFolder(const CString& root) {
-    return WithDrive(root) + L"\\CONTENTS\\";
+    return WithDrive(root) + kContents.BelowDrive();
 }
 
 bool IsPlainName(const CString& name) {
     constexpr std::wstring_view kUnsafe(L"\\/:\0", 4);
-    constexpr int kLongestName = 255; // of every file system that a card or its copy stands on
+    constexpr int kLongestName = 255; // of every file system that holds a card or its copy
     return name.GetLength() <= kLongestName &&
            name.View().find_first_of(kUnsafe) == std::wstring_view::npos;
 }

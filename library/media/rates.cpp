@@ -1,62 +1,75 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "NQP2ParserU/CodeType.h"
+#include "media/rates.h"
 
 #include "platform/case_fold.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
-#include <string_view>
+
+namespace nqp2::media {
+namespace {
+
+template <class Condition>
+const FrameRate* FirstWith(Condition condition) {
+    const auto* const found = std::find_if(kFrameRates.begin(), kFrameRates.end(), condition);
+    return found == kFrameRates.end() ? nullptr : &*found;
+}
+
+} // namespace
+
+const FrameRate* FindRate(std::wstring_view text) {
+    return FirstWith(
+        [text](const FrameRate& rate) { return platform::EqualNoCase(rate.text, text); });
+}
+
+const FrameRate* FindRate(const FrameRate& rate, bool interlaced) {
+    const auto isNear = [&rate](const FrameRate& clipRate) {
+        constexpr double kTolerance = 0.005;
+        return std::fabs(clipRate.PerSecond() - rate.PerSecond()) < kTolerance;
+    };
+    const FrameRate* const exact = FirstWith([&](const FrameRate& clipRate) {
+        return isNear(clipRate) && clipRate.IsInterlaced() == interlaced;
+    });
+    return exact != nullptr ? exact : FirstWith(isNear);
+}
+
+CString EditUnitText(const FrameRate& rate) {
+    CString text;
+    text.Format(L"%d/%d", rate.seconds, rate.frames);
+    return text;
+}
+
+} // namespace nqp2::media
 
 namespace nqp2 {
 namespace {
 
-struct RateText {
-    std::wstring_view text;
-    eP2_VIDEO_STANDARD standard;
-};
-
-/// A rate's index is its place in this table.
-constexpr RateText kRates[] = {
-    {L"50i", VS_50I}, {L"59.94i", VS_5994I}, {L"23.98p", VS_2398P}, {L"59.94p", VS_5994P},
-    {L"25p", VS_50I}, {L"29.97p", VS_5994I}, {L"24p", VS_50I},      {L"50p", VS_50P},
-    {L"60i", VS_60I}, {L"30p", VS_60I},      {L"60p", VS_60P},
-};
-constexpr int kRateCount = static_cast<int>(std::size(kRates));
-
-struct NumericRate {
-    double fps;
-    int index;
-};
-
-/// Frames a second tell no scan: 25, 29.97 and 30 are taken as interlaced.
-constexpr NumericRate kNumericRates[] = {
-    {25.0, 0}, {29.97, 1}, {30.0, 8}, {24.0, 6}, {50.0, 7}, {59.94, 3}, {60.0, 10},
-};
-constexpr double kFpsTolerance = 0.001;
+int IndexOf(const FrameRate* rate) {
+    return rate == nullptr ? 0 : static_cast<int>(rate - kFrameRates.data());
+}
 
 } // namespace
 
 int RateIndexFromText(const CString& rate) noexcept {
-    const auto isIt = [text = rate.View()](const RateText& row) {
-        return platform::EqualNoCase(row.text, text);
-    };
-    const auto found = std::find_if(std::begin(kRates), std::end(kRates), isIt);
-    return found == std::end(kRates) ? 0 : static_cast<int>(found - std::begin(kRates));
+    return IndexOf(media::FindRate(rate.View()));
 }
 
 int RateIndexFromFps(double fps) noexcept {
-    const auto isIt = [fps](const NumericRate& row) {
-        return std::fabs(fps - row.fps) < kFpsTolerance;
-    };
-    const auto found = std::find_if(std::begin(kNumericRates), std::end(kNumericRates), isIt);
-    return found == std::end(kNumericRates) ? 0 : found->index;
+    // 23.98 is not looked for: kept, hosts rely on it. Frames a second tell no scan: where the
+    // table has both, the interlaced rate comes first.
+    const FrameRate* const found = media::FirstWith([fps](const FrameRate& rate) {
+        constexpr double kTolerance = 0.001;
+        const double inHundredths = std::round(rate.PerSecond() * 100) / 100;
+        return rate.standard != VS_2398P && std::fabs(fps - inHundredths) < kTolerance;
+    });
+    return IndexOf(found);
 }
 
 eP2_VIDEO_STANDARD StandardFromRateIndex(int index) noexcept {
-    return index >= 0 && index < kRateCount ? kRates[index].standard : VS_50I;
+    const auto place = static_cast<std::size_t>(index);
+    return place < kFrameRates.size() ? kFrameRates[place].standard : VS_50I;
 }
 
 } // namespace nqp2

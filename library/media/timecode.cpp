@@ -3,38 +3,15 @@
 
 #include "media/timecode.h"
 
-#include "platform/case_fold.h"
+#include "media/rates.h"
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
 
 namespace nqp2::media {
 namespace {
 
 constexpr std::size_t kFramesPosition = 9; // behind "hh:mm:ss:"
-
-struct ClipRate {
-    std::wstring_view text;
-    TimecodeRate dropFrame;
-    TimecodeRate nonDrop;
-};
-
-constexpr ClipRate kClipRates[] = {
-    {L"59.94i", {30, 2}, {30, 0}}, {L"29.97p", {30, 2}, {30, 0}}, {L"23.98p", {24, 0}, {24, 0}},
-    {L"59.94p", {60, 4}, {60, 0}}, {L"60p", {60, 0}, {60, 0}},    {L"50p", {50, 0}, {50, 0}},
-};
-
-struct Nominal {
-    std::wstring_view text;
-    int rate;
-};
-
-// What a rate text counts a second; 25 for every other text.
-constexpr Nominal kNominals[] = {
-    {L"59.94i", 30}, {L"29.97p", 30}, {L"60i", 30}, {L"30p", 30},    {L"23.98p", 24},
-    {L"24p", 24},    {L"50p", 50},    {L"60p", 60}, {L"59.94p", 60},
-};
 
 // From this rate on an edit list numbers every second frame.
 constexpr std::int32_t kDoubledFrom = 50;
@@ -83,14 +60,17 @@ std::optional<Timecode> ParseTimecode(std::wstring_view text) {
 }
 
 TimecodeRate ClipTimecodeRate(std::wstring_view frameRate, bool dropFrame) {
-    const auto isIt = [frameRate](const ClipRate& row) {
-        return platform::EqualNoCase(row.text, frameRate);
-    };
-    const auto found = std::find_if(std::begin(kClipRates), std::end(kClipRates), isIt);
-    if (found == std::end(kClipRates)) {
+    const FrameRate* const rate = FindRate(frameRate);
+    // Of the whole rates 50 and 60 alone count as many, 24 and 30 count 25: kept.
+    constexpr std::int32_t kSlowestWhole = 50;
+    if (rate == nullptr || (rate->seconds == 1 && rate->frames < kSlowestWhole)) {
         return TimecodeRate();
     }
-    return dropFrame ? found->dropFrame : found->nonDrop;
+    return {rate->Nominal(), dropFrame ? rate->droppedNumbers : 0};
+}
+
+bool CanDropFrames(std::wstring_view frameRate) {
+    return ClipTimecodeRate(frameRate, true).droppedNumbers != 0;
 }
 
 std::int32_t FrameCount(const Timecode& timecode, const TimecodeRate& rate) {
@@ -122,11 +102,18 @@ std::int32_t EditFrameCount(std::wstring_view text, std::int32_t numerator,
 }
 
 int NominalRate(std::wstring_view frameRate) {
-    const auto* const found =
-        std::find_if(std::begin(kNominals), std::end(kNominals), [&](const Nominal& row) {
-            return platform::EqualNoCase(row.text, frameRate);
-        });
-    return found != std::end(kNominals) ? found->rate : TimecodeRate().nominal;
+    const FrameRate* const rate = FindRate(frameRate);
+    return rate != nullptr ? rate->Nominal() : TimecodeRate().nominal;
+}
+
+std::int64_t FrameNumber(std::int64_t frame, const TimecodeRate& rate) {
+    constexpr std::int64_t kMinute = 60;
+    const std::int64_t dropped = rate.droppedNumbers;
+    const std::int64_t minute = rate.nominal * kMinute - dropped;
+    const std::int64_t tenMinutes = minute * 10 + dropped;
+    const std::int64_t rest = frame % tenMinutes;
+    const std::int64_t minutes = rest < dropped ? 0 : (rest - dropped) / minute;
+    return frame + dropped * (9 * (frame / tenMinutes) + minutes);
 }
 
 CString TimecodeText(std::int64_t frames, int nominal) {

@@ -32,7 +32,10 @@ struct TimecodeRate {
 /// The counting of a clip with this frame-rate text.
 TimecodeRate ClipTimecodeRate(std::wstring_view frameRate, bool dropFrame);
 
-/// The frame count of a timecode; fields are taken as they stand.
+/// Whether clips with this frame-rate text can count in drop frame.
+bool CanDropFrames(std::wstring_view frameRate);
+
+/// The frame count of a timecode; fields are taken as they are.
 std::int32_t FrameCount(const Timecode& timecode, const TimecodeRate& rate);
 
 /// A clip's start timecode as a frame count; 0 for a text that is no timecode.
@@ -48,6 +51,9 @@ std::int32_t EditFrameCount(std::wstring_view text, std::int32_t numerator,
 /// Frame numbers a second by which in and out points are written: 25 for the rate texts "50i" and
 /// "25p", else the nominal rate of the text.
 int NominalRate(std::wstring_view frameRate);
+
+/// The inverse of FrameCount: the number that a frame has in timecode, which TimecodeText writes.
+std::int64_t FrameNumber(std::int64_t frame, const TimecodeRate& rate);
 
 /// A frame count as "%02d:%02d:%02d:%02d"; "--:--:--:--" for a negative one and from 24 hours on.
 CString TimecodeText(std::int64_t frames, int nominal);

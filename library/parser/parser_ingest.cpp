@@ -41,8 +41,7 @@ __int64 CNQP2Parser::WriteIngestXML(const CString& fileName, IngestRequest& requ
                 nqp2::platform::OutputDebugStringW(L"\n==Create Directory Failed==\n");
                 return kCannotRead;
             }
-            if (!nqp2::ingest::AddToFile(*folder, nqp2::ingest::UserDataFolder(root), name,
-                                         clips)) {
+            if (!nqp2::ingest::AddToFile(*folder, nqp2::ingest::UserData(root), name, clips)) {
                 return kCannotRead;
             }
         }

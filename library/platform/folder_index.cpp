@@ -30,8 +30,9 @@ FolderIndex FolderIndex::Read(const std::string& folder) {
     return index;
 }
 
-FolderIndex FolderIndex::Of(std::vector<FolderEntry> entries) {
+FolderIndex FolderIndex::Of(std::vector<FolderEntry> entries, IoStatus status) {
     FolderIndex index;
+    index.m_status = std::move(status);
     index.m_entries = std::move(entries);
     index.FillBuckets();
     return index;

@@ -20,8 +20,8 @@ public:
     FolderIndex() = default;
     /// Reads the folder's entries. Entries that arrived before a read error are kept.
     static FolderIndex Read(const std::string& folder);
-    /// Of entries that were listed.
-    static FolderIndex Of(std::vector<FolderEntry> entries);
+    /// Of entries that were listed, with what the listing answered.
+    static FolderIndex Of(std::vector<FolderEntry> entries, IoStatus status = {});
 
     [[nodiscard]] const IoStatus& Status() const { return m_status; }
     /// Entries in the file system's order.

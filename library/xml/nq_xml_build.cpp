@@ -3,7 +3,7 @@
 
 #include "NQP2ParserU/NQXmlParser.h"
 
-#include "media/code_type_family.h"
+#include "media/families.h"
 #include "platform/guard.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"

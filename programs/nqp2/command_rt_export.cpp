@@ -100,7 +100,7 @@ private:
         return format;
     }
     [[nodiscard]] std::int64_t SamplesUpTo(std::int64_t frame) const {
-        return frame * kSampleRate * m_form.scale / m_form.rate;
+        return frame * kSampleRate * m_form.rate.seconds / m_form.rate.frames;
     }
 
     StreamForm m_form;
@@ -198,7 +198,7 @@ Status RunRtExport(Console& console, const RtExportOptions& options) {
     Streams streams(options, form);
     TransferWatch watch(options.quiet);
     WorkerSession session(options.worker);
-    session->SetSystemType(form.standard);
+    session->SetSystemType(form.rate.standard);
     BeginRecording(session, options, streams, codeType);
     watch.Begin(fmt::format("{}", fmt::join(ClipNames(session), ", ")));
     RecordAll(session, watch, options, streams);

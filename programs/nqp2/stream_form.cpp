@@ -8,24 +8,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 #include <iterator>
+#include <string>
 #include <string_view>
 
 namespace nqp2::tool {
 namespace {
-
-struct RateForm {
-    std::string_view suffix; ///< of the code type's name
-    std::int64_t rate;
-    std::int64_t scale;
-    eP2_VIDEO_STANDARD standard;
-};
-
-constexpr RateForm kRateForms[] = {
-    {"_50I", 25, 1, VS_50I},           {"_25P", 25, 1, VS_50I},
-    {"_50P", 50, 1, VS_50P},           {"_5994I", 30000, 1001, VS_5994I},
-    {"_2997P", 30000, 1001, VS_5994I}, {"_5994P", 60000, 1001, VS_5994P},
-};
 
 /// A frame of DV is made of DIF channels (SMPTE ST 314, ST 370).
 struct DvForm {
@@ -39,8 +28,19 @@ constexpr DvForm kDvForms[] = {
 constexpr std::size_t kSequenceSize = 12000;
 
 /// Sequences of a channel, as many as the frame's lines ask for.
-constexpr std::size_t SequencesAt(const RateForm& form) {
-    return form.scale == 1 ? 12 : 10;
+std::size_t SequencesAt(const FrameRate& rate) {
+    return rate.Is50Hz() ? 12 : 10;
+}
+
+/// How the names of code types with that rate end: "_5994I".
+std::string SuffixOf(const FrameRate& rate) {
+    std::string suffix = "_";
+    for (const wchar_t ch : std::wstring_view(rate.text)) {
+        if (ch != L'.') {
+            suffix += static_cast<char>(std::toupper(static_cast<int>(ch)));
+        }
+    }
+    return suffix;
 }
 
 } // namespace
@@ -48,9 +48,9 @@ constexpr std::size_t SequencesAt(const RateForm& form) {
 StreamForm StreamFormOf(eCodeType type) {
     const std::string_view name = CodeTypeName(type);
     const auto* const rate =
-        std::find_if(std::begin(kRateForms), std::end(kRateForms),
-                     [name](const RateForm& form) { return name.ends_with(form.suffix); });
-    if (rate == std::end(kRateForms)) {
+        std::find_if(kFrameRates.begin(), kFrameRates.end(),
+                     [name](const FrameRate& each) { return name.ends_with(SuffixOf(each)); });
+    if (rate == kFrameRates.end()) {
         throw Failure(fmt::format("code type {}", static_cast<int>(type)), "cannot be recorded",
                       "it has no name");
     }
@@ -58,7 +58,7 @@ StreamForm StreamFormOf(eCodeType type) {
         std::find_if(std::begin(kDvForms), std::end(kDvForms),
                      [name](const DvForm& form) { return name.starts_with(form.prefix); });
     const std::size_t channels = dv == std::end(kDvForms) ? 0 : dv->channels;
-    return {channels * SequencesAt(*rate) * kSequenceSize, rate->rate, rate->scale, rate->standard};
+    return {channels * SequencesAt(*rate) * kSequenceSize, *rate};
 }
 
 } // namespace nqp2::tool

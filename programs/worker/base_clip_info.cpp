@@ -8,8 +8,8 @@
 #include "clips/essence_lookup.h"
 #include "copy/digest.h"
 #include "copy/failure.h"
-#include "media/clip_date.h"
 #include "media/identifier.h"
+#include "media/rates.h"
 #include "media/timecode.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/P2Clip.h"
@@ -20,7 +20,6 @@
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
 #include "worker/clip_metadata.h"
-#include "worker/frame_rate_text.h"
 #include "worker/media_file.h"
 
 #include <algorithm>
@@ -36,7 +35,7 @@ constexpr int kMostAudioPaths = 8;
 
 /// Frames in a thousand seconds, rounded.
 std::int64_t Thousandths(const FrameRate& rate) {
-    return (std::int64_t{rate.numerator} * 1000 + rate.denominator / 2) / rate.denominator;
+    return (std::int64_t{rate.frames} * 1000 + rate.seconds / 2) / rate.seconds;
 }
 
 std::int32_t PackSize(std::int32_t width, std::int32_t height) {
@@ -119,7 +118,8 @@ CString DateText(const std::string& date) {
 void DescribeMediaFile(const CString& path, const std::string& file,
                        const std::function<bool()>& goesOn, NQP2BaseClipInfo& info) {
     const MediaFacts facts = ReadMediaFile(file, goesOn);
-    const CString rate = FrameRateText(facts.rate, facts.interlaced);
+    const FrameRate* const known = media::FindRate(facts.rate, facts.interlaced);
+    const CString rate = known != nullptr ? known->text : L"";
     Default(info.clipText1, TitleOf(file));
     Default(info.clipText2, DateText(facts.date));
     info.value1 = Thousandths(facts.rate);
@@ -172,7 +172,8 @@ void DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
     Default(info.clipText1, clip.ClipName);
     Default(info.clipText2, clip.StartDate);
     info.identifier = clip.GlobalClipGuid;
-    info.value1 = Thousandths(FrameRateOf(clip.FrameRate).value_or(FrameRate{0, 1}));
+    const FrameRate* const rate = media::FindRate(clip.FrameRate.View());
+    info.value1 = rate != nullptr ? Thousandths(*rate) : 0;
     info.value2 = clip.Duration;
     info.value3 = clip.StartTimecode;
     info.codec = clip.CodecName;

@@ -15,20 +15,20 @@
 namespace nqp2::worker {
 namespace {
 
-using clips::ClipFileRule;
+using media::ClipFileKind;
 using platform::FolderEntry;
 using platform::IoError;
 using platform::IoStatus;
 
-/// Calls `take` with the folder's spelling, each entry that follows the rule, the clip's name in
+/// Calls `take` with the folder's spelling, each entry of that kind, the clip's name in
 /// upper case and the file's name as text.
 template <class Take>
-void ForEachFile(const ListFolder& list, const ClipFileRule& rule, Take&& take) {
-    const auto [placed, entries] = list(rule.folder);
+void ForEachFile(const ListFolder& list, const ClipFileKind& kind, Take&& take) {
+    const auto [placed, entries] = list(kind.folder.Bytes());
     for (const FolderEntry& entry : entries) {
         const CString text = platform::TextFromNameBytes(entry.name);
         const std::wstring folded = platform::FoldCase(text.View());
-        const std::wstring_view clip = clips::ClipNameIn(folded, rule);
+        const std::wstring_view clip = media::ClipNameIn(folded, kind);
         if (!clip.empty()) {
             take(placed, entry, clip, text.View());
         }
@@ -104,15 +104,15 @@ std::vector<std::vector<ClipFile>> FindClipFiles(const ListFolder& list,
     for (std::size_t i = 0; i < clips.size(); ++i) {
         wanted.emplace(platform::FoldCase(clips[i].View()), i);
     }
-    for (const ClipFileRule& rule : clips::ClipFileRules()) {
+    for (const ClipFileKind& kind : media::kClipFileKinds) {
         std::vector<std::vector<ClipFile>> found(clips.size());
-        ForEachFile(list, rule,
+        ForEachFile(list, kind,
                     [&](const std::string& placed, const FolderEntry& entry, std::wstring_view clip,
                         std::wstring_view name) {
                         const auto number = wanted.find(std::wstring(clip));
                         if (number != wanted.end() && entry.kind != platform::EntryKind::Folder) {
                             found[number->second].push_back(
-                                {rule.part, rule.folder,
+                                {kind.part, kind.folder.Bytes(),
                                  platform::NameBytesFromText(name.substr(clip.size())), placed,
                                  entry.name, entry.kind});
                         }
@@ -127,8 +127,8 @@ std::vector<std::vector<ClipFile>> FindClipFiles(const ListFolder& list,
 
 std::vector<std::wstring> TakenNames(const ListFolder& list) {
     std::vector<std::wstring> names;
-    for (const ClipFileRule& rule : clips::ClipFileRules()) {
-        ForEachFile(list, rule,
+    for (const ClipFileKind& kind : media::kClipFileKinds) {
+        ForEachFile(list, kind,
                     [&](const std::string&, const FolderEntry&, std::wstring_view clip,
                         std::wstring_view) { names.emplace_back(clip); });
     }

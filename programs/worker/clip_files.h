@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "clips/clip_content.h"
 #include "copy/failure.h"
+#include "media/card_layout.h"
 #include "NQP2ParserU/CString.h"
 #include "platform/folder.h"
 
@@ -16,8 +16,8 @@
 /// Which files of clips a card or folder holds.
 namespace nqp2::worker {
 
-using clips::ClipPart;
-using clips::kClipParts;
+using media::ClipPart;
+using media::kClipParts;
 
 /// A file that bears a clip's name.
 struct ClipFile {

@@ -15,7 +15,7 @@ namespace {
 
 /// Samples of sound that belong to so many frames of video, rounded.
 std::int64_t SamplesUpTo(std::int64_t frames, const FrameRate& rate) {
-    return (frames * kSampleRate * rate.denominator + rate.numerator / 2) / rate.numerator;
+    return (frames * kSampleRate * rate.seconds + rate.frames / 2) / rate.frames;
 }
 
 } // namespace

@@ -112,17 +112,17 @@ private:
 };
 
 std::multimap<std::wstring, CString> Card::ReadIdentifiers() const {
-    const clips::ClipFileRule& rule = clips::ClipFileRules().back();
-    const auto [placed, entries] = Lister()(rule.folder);
+    const media::ClipFileKind& kind = media::kMetadataFiles;
+    const auto [placed, entries] = Lister()(kind.folder.Bytes());
     std::multimap<std::wstring, CString> clips;
     for (const platform::FolderEntry& entry : entries) {
         const CString file = platform::TextFromNameBytes(entry.name);
         const std::wstring folded = platform::FoldCase(file.View());
-        const std::size_t length = clips::ClipNameIn(folded, rule).size();
+        const std::size_t length = media::ClipNameIn(folded, kind).size();
         std::string xml;
         // What cannot be read is no copy of anything.
         if (length == 0 || entry.kind != platform::EntryKind::File ||
-            !TryRead({rule.part, rule.folder, "", placed, entry.name}, xml)) {
+            !TryRead({kind.part, kind.folder.Bytes(), "", placed, entry.name}, xml)) {
             continue;
         }
         const std::optional<ClipFacts> facts = ReadFacts(xml);

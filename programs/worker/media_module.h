@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "worker/frame_rate_text.h"
+#include "NQP2ParserU/FrameRate.h"
 
 #include <cstddef>
 #include <cstdint>

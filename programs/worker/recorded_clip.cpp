@@ -120,7 +120,7 @@ void ClipMaker::KeepRoomForEnd() {
 }
 
 void ClipMaker::CreateFiles() {
-    const FrameRate rate = FrameRateOf(m_format->rate).value_or(FrameRate{});
+    const FrameRate& rate = RateOf(*m_format);
     CString timecode = StartTimecodeText(*m_format, m_parameters.startTimecode + m_framesBefore,
                                          m_parameters.dropFrame);
     if (m_parameters.dropFrame) {
@@ -129,7 +129,7 @@ void ClipMaker::CreateFiles() {
     const VideoFormat format = {m_format->essence,
                                 m_format->width,
                                 m_format->height,
-                                CString(m_format->rate).ReverseFind(L'i') >= 0,
+                                rate.IsInterlaced(),
                                 rate,
                                 m_format->isWide || m_parameters.isWide,
                                 platform::Utf8FromText(timecode.View())};

@@ -4,6 +4,7 @@
 #include "worker/recording_format.h"
 
 #include "avchd/stream_head.h"
+#include "media/rates.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -57,11 +58,6 @@ constexpr RecordingFormat kFormats[] = {
     {CT_AVCI200_720_50P, L"AVC-I_720/50p", L"200", L"50p", kAvc, 1280, 720, 0, true},
     {CT_AVCI200_720_5994P, L"AVC-I_720/59.94p", L"200", L"59.94p", kAvc, 1280, 720, 0, true},
 };
-
-bool Is50Hz(const RecordingFormat& format) {
-    const CString rate = format.rate;
-    return rate == L"50i" || rate == L"25p" || rate == L"50p";
-}
 
 unsigned Byte(std::string_view bytes, std::size_t index) {
     return static_cast<unsigned char>(bytes[index]);
@@ -119,7 +115,7 @@ void CheckDvUnit(const RecordingFormat& format, std::string_view unit) {
                             " bytes, " + std::to_string(unit.size()) + " came.");
     }
     const bool is50Hz = (Byte(unit, 3) & kSystem50Hz) != 0;
-    if (is50Hz != Is50Hz(format)) {
+    if (is50Hz != RateOf(format).Is50Hz()) {
         throw OfAnotherFormat(format, is50Hz ? "it is one of 50 Hz" : "it is one of 60 Hz");
     }
     if (!IsOneFrame(unit, is50Hz ? 12 : 10)) {
@@ -133,9 +129,9 @@ void CheckDvUnit(const RecordingFormat& format, std::string_view unit) {
 /// What AVC-Intra of class 100 takes for a frame; class 200 takes twice as much.
 std::size_t SizeOfClass100(const RecordingFormat& format) {
     if (format.height == 1080) {
-        return Is50Hz(format) ? 568832 : 472576;
+        return RateOf(format).Is50Hz() ? 568832 : 472576;
     }
-    return Is50Hz(format) ? 284672 : 236544;
+    return RateOf(format).Is50Hz() ? 284672 : 236544;
 }
 
 /// Classes 100 and 200 have the same profile and rasters. Above 30 frames a second 1080 lines come
@@ -144,15 +140,13 @@ bool IsOfClass(const RecordingFormat& format, std::size_t size) {
     const std::wstring_view codecClass = format.codecClass;
     const bool isLarge = size > SizeOfClass100(format) * 3 / 2;
     const bool isOnlyOne = format.height == 1080 &&
-                           std::wstring_view(format.rate).ends_with(L'p') &&
-                           FrameRateOf(format.rate).value_or(FrameRate{}).numerator > 30000;
+                           RateOf(format).frames > 30000;
     return isOnlyOne || codecClass == L"50" || isLarge == (codecClass == L"200");
 }
 
 bool IsOfRate(const RecordingFormat& format, const avchd::SequenceParameters& parameters) {
     constexpr double kTolerance = 0.005;
-    const FrameRate rate = FrameRateOf(format.rate).value_or(FrameRate{});
-    const double wanted = static_cast<double>(rate.numerator) / rate.denominator;
+    const double wanted = RateOf(format).PerSecond();
     const double told = parameters.unitsPerSecond / (2.0 * parameters.unitsPerTick);
     return parameters.unitsPerTick == 0 || parameters.unitsPerSecond == 0 ||
            std::abs(told / wanted - 1) < kTolerance;
@@ -163,7 +157,7 @@ void CheckParameters(const RecordingFormat& format, const avchd::SequenceParamet
     constexpr unsigned kHigh10 = 110;  // class 50
     constexpr unsigned kHigh422 = 122; // the others
     const bool isClass50 = std::wstring_view(format.codecClass) == L"50";
-    const bool isInterlaced = std::wstring_view(format.rate).ends_with(L'i');
+    const bool isInterlaced = RateOf(format).IsInterlaced();
     if (parameters.pixels != format.width || parameters.lines != format.height) {
         throw OfAnotherFormat(format, "it has " + std::to_string(parameters.pixels) + " x " +
                                           std::to_string(parameters.lines) + " pixels");
@@ -205,6 +199,12 @@ const RecordingFormat* FindRecordingFormat(eCodeType type) {
     return found != std::end(kFormats) ? found : nullptr;
 }
 
+const FrameRate& RateOf(const RecordingFormat& format) {
+    static constexpr FrameRate kNone;
+    const FrameRate* const rate = media::FindRate(format.rate);
+    return rate != nullptr ? *rate : kNone;
+}
+
 void CheckAccessUnit(const RecordingFormat& format, std::string_view unit, bool first) {
     if (format.essence == VideoCodec::Dv) {
         CheckDvUnit(format, unit);
@@ -216,7 +216,7 @@ void CheckAccessUnit(const RecordingFormat& format, std::string_view unit, bool 
 CString CodecName(const RecordingFormat& format, std::string_view unit) {
     constexpr std::size_t kApplication = 4; // of the first header block; 0: the consumers' format
     constexpr unsigned kApplicationMask = 7;
-    const bool isConsumers = format.essence == VideoCodec::Dv && Is50Hz(format) &&
+    const bool isConsumers = format.essence == VideoCodec::Dv && RateOf(format).Is50Hz() &&
                              format.unitSize == 144000 &&
                              (Byte(unit, kApplication) & kApplicationMask) == 0;
     return isConsumers ? L"DV25_420" : format.codec;

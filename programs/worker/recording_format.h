@@ -5,6 +5,7 @@
 
 #include "NQP2ParserU/CodeType.h"
 #include "NQP2ParserU/CString.h"
+#include "NQP2ParserU/FrameRate.h"
 #include "worker/essence_file.h"
 
 #include <cstddef>
@@ -27,6 +28,9 @@ struct RecordingFormat {
 
 /// Null for a code type that cannot be recorded.
 const RecordingFormat* FindRecordingFormat(eCodeType type);
+
+/// The rate that its text names.
+const FrameRate& RateOf(const RecordingFormat& format);
 
 /// Fails unless the bytes can be an access unit of that format: system, raster, rate and class as far
 /// as they tell. AVC-Intra tells in the parameter sets, which `first` asks for.

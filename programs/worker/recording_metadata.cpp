@@ -4,6 +4,7 @@
 #include "worker/recording_metadata.h"
 
 #include "media/identifier.h"
+#include "media/rates.h"
 #include "media/timecode.h"
 #include "platform/guid_text.h"
 #include "platform/unicode.h"
@@ -45,12 +46,7 @@ public:
     }
 
 private:
-    [[nodiscard]] CString EditUnit() const {
-        const FrameRate rate = FrameRateOf(m_clip.format->rate).value_or(FrameRate{});
-        CString text;
-        text.Format(L"%d/%d", rate.denominator, rate.numerator);
-        return text;
-    }
+    [[nodiscard]] CString EditUnit() const { return media::EditUnitText(RateOf(*m_clip.format)); }
 
     void WriteEssence() {
         Open(L"EssenceList");
@@ -128,27 +124,16 @@ private:
     const RecordedClip& m_clip;
 };
 
-/// The number that the frame bears when `dropped` numbers are left out each minute but every tenth.
-std::int64_t NumberOfFrame(std::int64_t frame, std::int64_t nominal, std::int64_t dropped) {
-    constexpr std::int64_t kMinute = 60;
-    const std::int64_t minute = nominal * kMinute - dropped;
-    const std::int64_t tenMinutes = minute * 10 + dropped;
-    const std::int64_t rest = frame % tenMinutes;
-    const std::int64_t minutes = rest < dropped ? 0 : (rest - dropped) / minute;
-    return frame + dropped * (9 * (frame / tenMinutes) + minutes);
-}
-
 } // namespace
 
 bool CanDropFrames(const RecordingFormat& format) {
-    return media::ClipTimecodeRate(format.rate, true).droppedNumbers != 0;
+    return media::CanDropFrames(format.rate);
 }
 
 CString StartTimecodeText(const RecordingFormat& format, std::int64_t frames, bool dropFrame) {
     constexpr std::int64_t kDay = 24 * 60 * 60;
     const media::TimecodeRate rate = media::ClipTimecodeRate(format.rate, dropFrame);
-    const std::int64_t number =
-        NumberOfFrame(frames, rate.nominal, rate.droppedNumbers) % (kDay * rate.nominal);
+    const std::int64_t number = media::FrameNumber(frames, rate) % (kDay * rate.nominal);
     return media::TimecodeText(number, rate.nominal);
 }
 

@@ -27,8 +27,8 @@ std::uint64_t BytesOf(const std::vector<SourceClip>& clips) {
 void Run(copy::Transaction& transaction, const std::vector<copy::Item>& items, copy::Copier& copier,
          TransferSizes& sizes) {
     transaction.Sweep("");
-    for (const clips::ClipFileRule& rule : clips::ClipFileRules()) {
-        transaction.Sweep(std::string("CONTENTS/") + rule.folder);
+    for (const media::ClipFileKind& kind : media::kClipFileKinds) {
+        transaction.Sweep(std::string(media::kContents.Bytes()) + "/" + kind.folder.Bytes());
     }
     transaction.Look(items, copier);
     transaction.CheckSpace();

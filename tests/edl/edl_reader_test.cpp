@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "media/file_date.h"
+#include "media/dates.h"
 #include "platform/file_system.h"
 #include "tests/edl/edl_test.h"
 #include "tests/support/faulty_file_system.h"

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "media/clip_date.h"
-#include "media/file_date.h"
+#include "media/dates.h"
 #include "media/timecode.h"
 #include "tests/support/print_text.h"
 

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "media/code_type_family.h"
-#include "media/codec_family.h"
+#include "media/families.h"
 #include "media/proxy_codes.h"
 #include "NQP2ParserU/CodeType.h"
 

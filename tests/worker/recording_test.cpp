@@ -168,7 +168,7 @@ TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
         const MediaFacts facts = ReadMediaFile(video, [] { return true; });
         EXPECT_EQ(facts.width, each.encoding.width);
         EXPECT_EQ(facts.height, each.encoding.height);
-        EXPECT_EQ(av_cmp_q({facts.rate.numerator, facts.rate.denominator}, each.encoding.rate), 0);
+        EXPECT_EQ(av_cmp_q({facts.rate.frames, facts.rate.seconds}, each.encoding.rate), 0);
         EmptyCard();
     }
 }

@@ -89,7 +89,7 @@ private:
 };
 
 AVRational RateOf(const FrameRate& rate) {
-    return {rate.numerator, rate.denominator};
+    return {rate.frames, rate.seconds};
 }
 
 MediaFault Begin(std::unique_ptr<OpAtomMuxer> begun, std::unique_ptr<EssenceMuxer>& muxer) {

@@ -3,11 +3,15 @@
 
 #pragma once
 
+#include "NQP2ParserU/CString.h"
+
 #include <array>
 #include <cstddef>
+#include <string>
 #include <string_view>
 
-namespace nqp2::clips {
+/// Where the metadata of clips and edit lists keep their values: the only place that says so.
+namespace nqp2::media {
 
 /// The element that holds everything about a clip.
 inline constexpr std::string_view kClipContentPath = "//P2Main/ClipContent";
@@ -18,6 +22,7 @@ enum class ClipPath {
     UserClipName,
     GlobalClipID,
     Duration,
+    EditUnit,
     TopName,
     TopSerialNo,
     TopGlobalClipID,
@@ -65,12 +70,13 @@ struct ClipPathEntry {
     std::string_view below; ///< path below kClipContentPath
 };
 
-/// Where each value stands: the only place that says so.
+/// By ClipPath.
 inline constexpr std::array<ClipPathEntry, kClipPathCount> kClipPaths = {{
     {ClipPath::ClipName, "ClipName"},
     {ClipPath::UserClipName, "ClipMetadata/UserClipName"},
     {ClipPath::GlobalClipID, "GlobalClipID"},
     {ClipPath::Duration, "Duration"},
+    {ClipPath::EditUnit, "EditUnit"},
     {ClipPath::TopName, "Relation/Connection/Top/ClipName"},
     {ClipPath::TopSerialNo, "Relation/Connection/Top/P2SerialNo."},
     {ClipPath::TopGlobalClipID, "Relation/Connection/Top/GlobalClipID"},
@@ -123,9 +129,54 @@ constexpr bool ClipPathsAreInOrder() {
 }
 static_assert(ClipPathsAreInOrder(), "the table is indexed by ClipPath");
 
+/// The value's path below kClipContentPath.
+constexpr std::string_view Below(ClipPath path) {
+    return kClipPaths[static_cast<std::size_t>(path)].below;
+}
+
+/// The value's full path, for a question about it alone.
+std::string FullPath(ClipPath path);
+CString FullPathText(ClipPath path);
+
+/// Elements below kClipContentPath of which there may be several.
 inline constexpr std::string_view kAudioPath = "EssenceList/Audio";
 inline constexpr std::string_view kProxyAudioPath =
     "ClipMetadata/Proxy/ProxyElementList/ProxyAudio";
 inline constexpr std::string_view kMemoPath = "ClipMetadata/MemoList/Memo";
 
-} // namespace nqp2::clips
+/// A value of an audio channel, seen from the channel's element at kAudioPath.
+constexpr std::string_view InAudio(ClipPath path) {
+    return Below(path).substr(kAudioPath.size() + 1);
+}
+
+/// The clips to which one belongs, below kClipContentPath.
+struct RelatedPaths {
+    ClipPath name;
+    ClipPath globalClipID;
+};
+inline constexpr std::array<RelatedPaths, 3> kRelatedPaths = {{
+    {ClipPath::TopName, ClipPath::TopGlobalClipID},
+    {ClipPath::PreviousName, ClipPath::PreviousGlobalClipID},
+    {ClipPath::NextName, ClipPath::NextGlobalClipID},
+}};
+
+/// The attributes of the codec and of the frame rate.
+inline constexpr const char* kClassAttribute = "Class";
+inline constexpr const char* kDropFrameAttribute = "DropFrameFlag";
+
+/// The element that holds everything about an edit list.
+inline constexpr std::string_view kEditContentPath = "//P2Main/EditContent";
+
+/// What is there once in an edit list.
+enum class EditPath { Duration, EditUnit, StartTimecode, FrameRate, Codec, Thumbnail, Count };
+inline constexpr std::size_t kEditPathCount = static_cast<std::size_t>(EditPath::Count);
+
+/// By EditPath, below kEditContentPath.
+inline constexpr std::array<std::string_view, kEditPathCount> kEditPaths = {
+    "Duration", "EditUnit", "StartTimecode", "FrameRate", "Codec", "Thumbnail/FrameOffset"};
+
+/// The events below kEditContentPath; those of schema 3.0 have another track.
+inline constexpr std::string_view kEventsPath = "TrackList/ClipTrack/EventList/Event";
+inline constexpr std::string_view kEventsPathOf30 = "TrackList/VideoTrack/EventList/Event";
+
+} // namespace nqp2::media

@@ -3,9 +3,24 @@
 
 #pragma once
 
+#include "NQP2ParserU/CodeType.h"
+
 #include <string_view>
 
+/// Families of code types and of codec names.
 namespace nqp2::media {
+
+/// Code types that cost the same on a card and share their metadata's namespace.
+enum class CodeTypeFamily {
+    StandardRate,
+    DoubleRate,
+    HighDefinition,
+    IntraHighRate,
+    IntraLowRate,
+    Other, ///< no fixed frame size
+};
+
+CodeTypeFamily FamilyOf(eCodeType type);
 
 /// How the essence of a codec is laid out on the card: the two families keep video and audio in
 /// one file of the AVCLIP folder.

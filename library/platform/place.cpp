@@ -1,0 +1,273 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "platform/place.h"
+
+#include "NQP2ParserU/PathText.h"
+#include "platform/case_blind.h"
+#include "platform/case_fold.h"
+#include "platform/guard.h"
+#include "platform/unicode.h"
+
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <utility>
+
+namespace nqp2::platform {
+namespace {
+
+constexpr std::wstring_view kSeparators = L"\\/";
+
+bool EndsAsFolder(const CString& text) {
+    return text.IsEmpty() || kSeparators.find(text.View().back()) != std::wstring_view::npos;
+}
+
+/// Separators that both bring stay doubled: records show what the host wrote.
+CString Join(const CString& folder, const CString& name) {
+    const bool isJoined =
+        EndsAsFolder(folder) ||
+        (!name.IsEmpty() && kSeparators.find(name.View().front()) != std::wstring_view::npos);
+    return isJoined ? folder + name : folder + L"\\" + name;
+}
+
+/// With a separator at its end, which asks for a folder; the empty path stays empty.
+std::string PosixFolder(const CString& written) {
+    return EndsAsFolder(written) ? PosixPath(written) : PosixPath(written + L"\\");
+}
+
+std::string WithoutEnd(const std::string& folder) {
+    const std::size_t last = folder.find_last_not_of('/');
+    return folder.substr(0, last == std::string::npos ? std::min<std::size_t>(1, folder.size())
+                                                      : last + 1);
+}
+
+/// "CONTENTS\CLIP\" as the steps that folder.h takes.
+std::string StepsOf(const CString& names) {
+    std::wstring text(names.View());
+    text.erase(0, text.find_first_not_of(kSeparators));
+    std::replace(text.begin(), text.end(), L'\\', L'/');
+    return NameBytesFromText(text);
+}
+
+bool IsOneName(const CString& name, const std::string& bytes) {
+    return IsEntryName(bytes) && name.View().find_first_of(kSeparators) == std::wstring_view::npos;
+}
+
+IoStatus NoSuchEntry() {
+    return {IoError::NotFound, "there is no such file"};
+}
+
+/// A folder whose names there is no memory for must not pass for one without them.
+IoStatus ListWhole(const std::string& folder, std::vector<FolderEntry>& entries) {
+    const MemoryWatch watch;
+    IoStatus status = Files().List(folder, entries);
+    watch.Require();
+    return status;
+}
+
+} // namespace
+
+struct Place::State {
+    explicit State(CString text) : written(std::move(text)), asked(PosixFolder(written)) {}
+
+    /// Looks for the folder, once.
+    void Resolve() {
+        if (!isResolved) {
+            Settle(FindExisting(asked));
+        }
+    }
+    void Settle(const std::optional<std::string>& found) {
+        isResolved = true;
+        exists = found.has_value();
+        onDisk = WithoutEnd(found.value_or(asked));
+    }
+    /// What has that very name; empty, which is never found, below the empty path.
+    [[nodiscard]] std::string PathTo(const std::string& name) const {
+        const std::string& folder = isResolved ? onDisk : asked;
+        if (folder.empty()) {
+            return {};
+        }
+        return folder.back() == '/' ? folder + name : folder + '/' + name;
+    }
+    // The path as it was asked for comes first: most exist so, and need no look of their own.
+    IoStatus Stat(const std::string& name, FileInfo& info) {
+        IoStatus status = Files().Stat(PathTo(name), info);
+        if (status && !isResolved) {
+            Settle(asked);
+        }
+        return status;
+    }
+    void ReadNames() {
+        std::vector<FolderEntry> entries;
+        IoStatus status = ListWhole(isResolved ? onDisk : asked, entries);
+        if (!isResolved && status) {
+            Settle(asked);
+        } else if (!isResolved && status.error == IoError::NotFound) {
+            Resolve();
+            status = exists ? ListWhole(onDisk, entries) : status;
+        }
+        names = FolderIndex::Of(std::move(entries), std::move(status));
+    }
+
+    CString written;
+    std::string asked; ///< for the file system, before it was looked for
+    std::string onDisk;
+    bool isResolved = false;
+    bool exists = false;
+    std::optional<FolderIndex> names;
+    std::map<std::wstring, Place> below;
+};
+
+Place::Place(CString written) : m_state(std::make_shared<State>(std::move(written))) {}
+
+Place Place::At(std::string_view folder) {
+    return Place(InterfaceRoot(folder));
+}
+
+const CString& Place::Written() const {
+    return m_state->written;
+}
+
+CString Place::PathOf(const CString& name) const {
+    return Join(m_state->written, name);
+}
+
+Place Place::Below(const CString& name) const {
+    std::wstring key(name.View());
+    const auto known = m_state->below.find(key);
+    return known != m_state->below.end()
+               ? known->second
+               : m_state->below.emplace(std::move(key), Place(PathOf(name))).first->second;
+}
+
+const std::string& Place::OnDisk() const {
+    m_state->Resolve();
+    return m_state->onDisk;
+}
+
+IoStatus Place::Look() const {
+    m_state->Resolve();
+    FileInfo info;
+    return m_state->exists ? IoStatus{} : Files().Stat(m_state->asked, info);
+}
+
+const FolderIndex& Place::Names() const {
+    if (!m_state->names) {
+        m_state->ReadNames();
+    }
+    return *m_state->names;
+}
+
+std::vector<FoundFile> Place::List(const CString& pattern, IoStatus& status) const {
+    std::vector<FoundFile> found;
+    for (const FolderEntry& entry : Names().Entries()) {
+        if (MatchesPattern(TextFromNameBytes(entry.name).View(), pattern.View())) {
+            found.push_back(FileOf(entry));
+        }
+    }
+    status = Names().Status();
+    return found;
+}
+
+IoStatus Place::Ask(const CString& name, FolderEntry& entry) const {
+    const std::string bytes = NameBytesFromText(name.View());
+    if (!IsOneName(name, bytes)) {
+        return NoSuchEntry();
+    }
+    if (!m_state->names) {
+        FileInfo info;
+        IoStatus status = m_state->Stat(bytes, info);
+        if (status.error != IoError::NotFound) {
+            entry = {bytes, info.kind};
+            return status;
+        }
+    }
+    const FolderEntry* const known = Names().Find(bytes);
+    if (known != nullptr) {
+        entry = *known;
+        return {};
+    }
+    return Names().Status() ? NoSuchEntry() : Names().Status();
+}
+
+IoStatus Place::Find(const CString& name, FoundFile& found) const {
+    FolderEntry entry;
+    IoStatus status = Ask(name, entry);
+    if (status) {
+        found = FileOf(entry);
+    }
+    return status;
+}
+
+bool Place::Has(const CString& name) const {
+    FolderEntry entry;
+    return static_cast<bool>(Ask(name, entry));
+}
+
+IoStatus Place::Open(std::unique_ptr<Folder>& folder) const {
+    return Files().OpenFolder(OnDisk(), folder);
+}
+
+IoStatus Place::OpenBelow(const CString& names, std::unique_ptr<Folder>& folder) const {
+    std::unique_ptr<Folder> root;
+    IoStatus status = Open(root);
+    return status ? platform::OpenBelow(*root, StepsOf(names), folder) : status;
+}
+
+IoStatus Place::MakeBelow(const CString& names, std::unique_ptr<Folder>& folder) const {
+    std::unique_ptr<Folder> root;
+    IoStatus status = Open(root);
+    return status ? platform::MakeBelow(*root, StepsOf(names), folder) : status;
+}
+
+/// Records show the folder as it was asked for; the file is opened by the folder's real spelling.
+FoundFile Place::FileOf(const FolderEntry& entry) const {
+    const CString name = TextFromNameBytes(entry.name);
+    const int dot = name.ReverseFind(L'.');
+    FoundFile found;
+    found.path = PathOf(name);
+    found.title = dot < 0 ? name : name.Left(dot);
+    m_state->Resolve();
+    found.posixPath = m_state->PathTo(entry.name);
+    found.isFolder = entry.kind == EntryKind::Folder;
+    found.isSpecial = entry.kind == EntryKind::Other;
+    found.pathIsSafe = name.Find(L'\\') < 0;
+    return found;
+}
+
+PathParts SplitPath(const CString& path) {
+    const std::wstring_view text = path.View();
+    const std::size_t nameStart = text.find_last_of(kSeparators) + 1;
+    return {Place(nameStart == 0 ? CString(L".\\") : CString(text.substr(0, nameStart))),
+            CString(text.substr(nameStart))};
+}
+
+bool MatchesPattern(std::wstring_view name, std::wstring_view pattern) {
+    if (pattern == L"*.*") {
+        return true; // kept: hosts rely on it, names without a dot included
+    }
+    constexpr std::size_t kNone = std::wstring_view::npos;
+    std::size_t n = 0;
+    std::size_t p = 0;
+    std::size_t star = kNone; // the last "*" seen
+    std::size_t resumeAt = 0; // where the name goes on when that "*" takes one more element
+    while (n < name.size()) {
+        if (p < pattern.size() && pattern[p] == L'*') {
+            star = p++;
+            resumeAt = n;
+        } else if (p < pattern.size() &&
+                   (pattern[p] == L'?' || ToUpper(pattern[p]) == ToUpper(name[n]))) {
+            ++n;
+            ++p;
+        } else if (star != kNone) {
+            p = star + 1;
+            n = ++resumeAt;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of(L'*', p) == kNone;
+}
+
+} // namespace nqp2::platform
