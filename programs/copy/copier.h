@@ -50,8 +50,9 @@ public:
     void Begin();
     void Finish();
 
-    /// Brings a source's bytes into a new file, with its time, onto the medium, reads them back from
-    /// there and closes the file, which then waits for its name. `target`: what failures call it.
+    /// Brings a source's bytes into a new file, with its time, onto the medium, reads them back
+    /// from there and closes the file, which then waits for its name. `target`: what failures call
+    /// it.
     void Copy(const Source& source, const std::string& target, platform::FileWriter& writer);
     /// Whether a file that was opened under the path `there` has the source's bytes.
     bool IsSame(const Source& source, const std::string& there, platform::FileReader& reader);

@@ -13,10 +13,10 @@
 #include "media/timecode.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/P2Clip.h"
-#include "NQP2ParserU/PathText.h"
-#include "platform/case_blind.h"
+#include "NQP2ParserU/WorkerFields.h"
 #include "platform/case_fold.h"
 #include "platform/file_system.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
 #include "worker/clip_metadata.h"
@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <vector>
 
 namespace nqp2::worker {
@@ -31,16 +32,13 @@ namespace {
 
 using platform::TextFromUtf8;
 
+using Fields = BaseClipFields<NQP2BaseClipInfo>;
+
 constexpr int kMostAudioPaths = 8;
 
 /// Frames in a thousand seconds, rounded.
 std::int64_t Thousandths(const FrameRate& rate) {
     return (std::int64_t{rate.frames} * 1000 + rate.seconds / 2) / rate.seconds;
-}
-
-std::int32_t PackSize(std::int32_t width, std::int32_t height) {
-    constexpr std::int32_t kLargest = 0x7FFF;
-    return std::clamp(height, 0, kLargest) << 16 | std::clamp(width, 0, kLargest);
 }
 
 CString TitleOf(const std::string& path) {
@@ -53,6 +51,14 @@ void Default(CString& text, const CString& value) {
     if (text.IsEmpty()) {
         text = value;
     }
+}
+
+/// A regular file on the disk; nothing when there is none.
+std::optional<std::string> FindFile(const CString& path) {
+    const platform::PathParts parts = platform::SplitPath(path);
+    platform::FoundFile found;
+    const bool isFile = parts.folder.Find(parts.name, found) && !found.isFolder && !found.isSpecial;
+    return isFile ? std::optional(found.posixPath) : std::nullopt;
 }
 
 /// The same for the same content, wherever it lies: files without identifiers are told apart by
@@ -116,22 +122,22 @@ CString DateText(const std::string& date) {
 }
 
 void DescribeMediaFile(const CString& path, const std::string& file,
-                       const std::function<bool()>& goesOn, NQP2BaseClipInfo& info) {
+                       const std::function<bool()>& goesOn, Fields info) {
     const MediaFacts facts = ReadMediaFile(file, goesOn);
     const FrameRate* const known = media::FindRate(facts.rate, facts.interlaced);
     const CString rate = known != nullptr ? known->text : L"";
-    Default(info.clipText1, TitleOf(file));
-    Default(info.clipText2, DateText(facts.date));
-    info.value1 = Thousandths(facts.rate);
-    info.value2 = facts.frames;
-    info.value3 = StartFrame(facts, rate);
+    Default(info.clipName, TitleOf(file));
+    Default(info.date, DateText(facts.date));
+    info.framesIn1000Seconds = Thousandths(facts.rate);
+    info.duration = facts.frames;
+    info.startFrame = StartFrame(facts, rate);
     info.codec = TextFromUtf8(facts.codec);
-    info.text1 = rate;
-    info.text2 = AspectText(facts);
-    info.text3 = path;
-    AddAudioPaths(path, facts.audioChannels, info.texts);
-    info.clipText3 = facts.title.empty() ? info.clipText1 : TextFromUtf8(facts.title);
-    info.value4 = PackSize(facts.width, facts.height);
+    info.frameRate = rate;
+    info.aspectRatio = AspectText(facts);
+    info.videoPath = path;
+    AddAudioPaths(path, facts.audioChannels, info.audioPaths);
+    info.userClipName = facts.title.empty() ? info.clipName : TextFromUtf8(facts.title);
+    info.SetSize(facts.width, facts.height);
     info.identifier = media::GuidFromIdentifier(TextFromUtf8(facts.identifier));
     if (info.identifier == GUID()) {
         info.identifier = IdentifyByContent(file);
@@ -146,8 +152,10 @@ std::string Above(const std::string& path) {
 CString ContentsAbove(const std::string& file) {
     const std::string contents = Above(Above(file));
     const std::string card = Above(contents);
-    return InterfaceRoot(card.empty() ? "/" : card) + L"\\" +
-           platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1)) + L"\\";
+    const platform::Place root = platform::Place::At(card.empty() ? "/" : card);
+    return root.PathOf(
+               platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1))) +
+           L"\\";
 }
 
 _tag_P2Clip ReadClip(const std::string& file) {
@@ -167,30 +175,29 @@ _tag_P2Clip ReadClip(const std::string& file) {
     return clip;
 }
 
-void DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
+void DescribeP2Clip(const std::string& file, Fields info) {
     const _tag_P2Clip clip = ReadClip(file);
-    Default(info.clipText1, clip.ClipName);
-    Default(info.clipText2, clip.StartDate);
+    Default(info.clipName, clip.ClipName);
+    Default(info.date, clip.StartDate);
     info.identifier = clip.GlobalClipGuid;
     const FrameRate* const rate = media::FindRate(clip.FrameRate.View());
-    info.value1 = rate != nullptr ? Thousandths(*rate) : 0;
-    info.value2 = clip.Duration;
-    info.value3 = clip.StartTimecode;
+    info.framesIn1000Seconds = rate != nullptr ? Thousandths(*rate) : 0;
+    info.duration = clip.Duration;
+    info.startFrame = clip.StartTimecode;
     info.codec = clip.CodecName;
-    info.text1 = clip.FrameRate;
-    info.text2 = clip.AspectRatio;
-    info.text3 = clip.VideoPath;
+    info.frameRate = clip.FrameRate;
+    info.aspectRatio = clip.AspectRatio;
+    info.videoPath = clip.VideoPath;
     for (const CString& path : clip.AudioPath) {
         if (!path.IsEmpty()) {
-            info.texts.Add(path);
+            info.audioPaths.Add(path);
         }
     }
-    info.clipText3 = clip.UserClipName;
-    info.value4 = PackSize(clip.ActivePixel, clip.ActiveLine);
+    info.userClipName = clip.UserClipName;
+    info.SetSize(clip.ActivePixel, clip.ActiveLine);
     if (info.identifier == GUID()) {
         // The video stays the same when an export changes names in the metadata.
-        const auto video = platform::FindExisting(PosixPath(clip.VideoPath));
-        info.identifier = IdentifyByContent(video.value_or(file));
+        info.identifier = IdentifyByContent(FindFile(clip.VideoPath).value_or(file));
     }
 }
 
@@ -198,17 +205,15 @@ void DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
 
 NQP2BaseClipInfo DescribeClip(const CString& path, const std::function<bool()>& goesOn,
                               NQP2BaseClipInfo asked) {
-    const std::string wanted = PosixPath(path);
-    const auto file = wanted.starts_with('/') ? platform::FindExisting(wanted) : std::nullopt;
-    platform::FileInfo facts;
-    if (!file || !platform::Files().Stat(*file, facts) || facts.kind != platform::EntryKind::File) {
+    const std::string file = FindFile(path).value_or("");
+    if (!file.starts_with('/')) {
         throw copy::Failure("There is no file " + Shown(path) + ".");
     }
     asked.texts.RemoveAll();
-    if (platform::FoldNameCase(*file).ends_with(".XML")) {
-        DescribeP2Clip(*file, asked);
+    if (platform::FoldNameCase(file).ends_with(".XML")) {
+        DescribeP2Clip(file, Fields(asked));
     } else {
-        DescribeMediaFile(path, *file, goesOn, asked);
+        DescribeMediaFile(path, file, goesOn, Fields(asked));
     }
     return asked;
 }

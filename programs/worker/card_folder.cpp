@@ -5,7 +5,6 @@
 
 #include "copy/failure.h"
 #include "media/card_layout.h"
-#include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
 #include "platform/file_system.h"
 #include "platform/unicode.h"
@@ -15,8 +14,6 @@
 
 namespace nqp2::worker {
 namespace {
-
-constexpr const char* kContents = "CONTENTS";
 
 bool HoldsParentStep(std::string_view path) {
     while (!path.empty()) {
@@ -40,6 +37,10 @@ bool IsClipName(const CString& name) {
            media::IsPlainName(name) && std::none_of(text.begin(), text.end(), IsControl);
 }
 
+copy::Failure NoContents(const std::string& card) {
+    return copy::Failure("There is no CONTENTS folder in " + card + ".");
+}
+
 } // namespace
 
 void CheckClipName(const CString& name) {
@@ -48,43 +49,38 @@ void CheckClipName(const CString& name) {
     }
 }
 
-std::string ResolveRoot(const CString& root) {
-    std::string folder = PosixPath(media::WithDrive(root));
-    if (!folder.starts_with('/')) {
+platform::Place RootOf(const CString& root) {
+    platform::Place place(media::WithDrive(root));
+    if (!place.OnDisk().starts_with('/')) {
         throw copy::Failure("\"" + Shown(root) +
                             "\" is neither an absolute folder nor a known drive.");
     }
-    if (HoldsParentStep(folder)) {
+    if (HoldsParentStep(place.OnDisk())) {
         throw copy::Failure("\"" + Shown(root) + "\" leads upward, which a root must not.");
     }
-    while (folder.size() > 1 && folder.ends_with('/')) {
-        folder.pop_back();
-    }
-    return folder;
+    return place;
 }
 
 CardFolders OpenCard(const CString& root) {
     CardFolders card;
-    std::string path = ResolveRoot(root);
-    path = platform::FindExisting(path).value_or(path);
+    const std::string path = RootOf(root).OnDisk();
     copy::Require(platform::Files().OpenFolder(path, card.root), "open the card", path);
-    const platform::IoStatus status = OpenBelow(*card.root, kContents, card.contents);
+    const platform::IoStatus status =
+        OpenBelow(*card.root, media::kContents.Bytes(), card.contents);
     if (status.error == platform::IoError::NotFound) {
-        throw copy::Failure("There is no CONTENTS folder in " + path + ".");
+        throw NoContents(path);
     }
-    copy::Require(status, "open", path + "/" + kContents);
+    copy::Require(status, "open", path + "/" + media::kContents.Bytes());
     return card;
 }
 
 std::string FindContents(const CString& root) {
-    const std::string folder = ResolveRoot(root);
-    const auto found = platform::FindExisting(folder + "/" + kContents);
-    platform::FileInfo info;
-    if (!found || !platform::Files().Stat(*found, info) ||
-        info.kind != platform::EntryKind::Folder) {
-        throw copy::Failure("There is no CONTENTS folder in " + folder + ".");
+    const platform::Place card = RootOf(root);
+    const platform::Place contents = card.Below(media::kContents.Path());
+    if (!contents.Exists()) {
+        throw NoContents(card.OnDisk());
     }
-    return *found;
+    return contents.OnDisk();
 }
 
 std::string FolderBelow(const std::string& parent, const std::string& name) {

@@ -5,6 +5,7 @@
 
 #include "NQP2ParserU/CString.h"
 #include "platform/folder.h"
+#include "platform/place.h"
 
 #include <memory>
 #include <string>
@@ -16,9 +17,9 @@ namespace nqp2::worker {
 /// control character, with room for what is appended to it.
 void CheckClipName(const CString& name);
 
-/// The POSIX folder that a root means, which need not exist. Fails unless it is absolute; a
-/// component ".." fails too.
-std::string ResolveRoot(const CString& root);
+/// The folder that a root means, which need not exist. Fails unless it is absolute; a component
+/// ".." fails too.
+platform::Place RootOf(const CString& root);
 
 /// A card that is written to, open.
 struct CardFolders {

@@ -41,8 +41,8 @@ public:
         return taken != 0;
     }
 
-    /// Waits for a message and hands it to `take` (id, bytes, length), whose buffer is the channel's
-    /// until it returns. False when none will come any more.
+    /// Waits for a message and hands it to `take` (id, bytes, length), whose buffer is the
+    /// channel's until it returns. False when none will come any more.
     template <class Take>
     bool Receive(Take&& take) {
         std::uint32_t id = 0;

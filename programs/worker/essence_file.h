@@ -15,8 +15,8 @@
 
 namespace nqp2::worker {
 
-/// An OP-Atom MXF file (SMPTE ST 390) of one stream in the making: hidden until Commit, gone with the
-/// object without it. Everything throws a Failure. One thread at a time.
+/// An OP-Atom MXF file (SMPTE ST 390) of one stream in the making: hidden until Commit, gone with
+/// the object without it. Everything throws a Failure. One thread at a time.
 class EssenceFile final : private MediaOutput {
 public:
     EssenceFile(platform::Folder& folder, const std::string& name, const VideoFormat& format);

@@ -14,8 +14,8 @@
 /// What the worker and its media module, nqp2-media.so, have in common. All that needs libavformat
 /// is in the module, which is loaded when a camera file or a recording first asks for it: most
 /// workers never do, and its libraries take longer to load than all else that a worker does at its
-/// start. Both are built and installed together, so the interface is plain C++. No exception crosses
-/// it in either direction: libavformat's C functions lie between.
+/// start. Both are built and installed together, so the interface is plain C++. No exception
+/// crosses it in either direction: libavformat's C functions lie between.
 namespace nqp2::worker {
 
 /// Of all sound on a card, in hertz.

@@ -4,6 +4,7 @@
 #include "worker/operations.h"
 
 #include "copy/failure.h"
+#include "NQP2ParserU/WorkerFields.h"
 #include "platform/unicode.h"
 #include "worker/card_requests.h"
 
@@ -20,21 +21,18 @@ std::string_view Run(const unsigned char* data, std::uint64_t length) {
                            : std::string_view(reinterpret_cast<const char*>(data), length);
 }
 
-/// Bits of the transfer record's value 2: what the host asks for and what the answer tells.
-constexpr std::uint32_t kTakeIncomplete = 1;
-constexpr std::uint32_t kWasIncomplete = 2;
-
 void FillSizes(const TransferSizes& sizes, stu_R8P2TransInfo& info) {
     const auto bytes = [&](ClipPart part) { return sizes.byPart[static_cast<std::size_t>(part)]; };
-    info.size1 = sizes.total;
-    info.size2 = sizes.written;
-    info.size3 = bytes(ClipPart::Video);
-    info.size4 = bytes(ClipPart::Audio);
-    info.size5 = bytes(ClipPart::Metadata);
-    info.size6 = bytes(ClipPart::Other);
-    info.value1 = sizes.files;
-    info.value2 &= ~kWasIncomplete;
-    info.value2 |= sizes.lacks.empty() ? 0 : kWasIncomplete;
+    const TransferFields reply(info);
+    reply.bytes = sizes.total;
+    reply.writtenBytes = sizes.written;
+    reply.videoBytes = bytes(ClipPart::Video);
+    reply.audioBytes = bytes(ClipPart::Audio);
+    reply.metadataBytes = bytes(ClipPart::Metadata);
+    reply.otherBytes = bytes(ClipPart::Other);
+    reply.files = sizes.files;
+    reply.flags &= ~kWasIncomplete;
+    reply.flags |= sizes.lacks.empty() ? 0 : kWasIncomplete;
 }
 
 /// A clip has one of each kind; of several the first counts.
@@ -42,9 +40,11 @@ Relations RelationsOf(const CArray<stu_R8PRelationClipInfo>& related) {
     Relations relations;
     std::optional<RelatedClip>* const kinds[] = {&relations.top, &relations.previous,
                                                  &relations.next};
-    for (const stu_R8PRelationClipInfo& other : related) {
-        if (other.value1 < std::size(kinds) && !*kinds[other.value1]) {
-            *kinds[other.value1] = RelatedClip{other.text1, other.identifier1, other.text2};
+    for (const stu_R8PRelationClipInfo& each : related) {
+        const RelationFields other(each);
+        if (other.kind < std::size(kinds) && !*kinds[other.kind]) {
+            *kinds[other.kind] =
+                RelatedClip{other.clipName, other.identifier, other.cardSerialNumber};
         }
     }
     return relations;
@@ -94,8 +94,9 @@ void Operations::SetSystemType(bridge::SystemTypeMessage& message) {
 }
 
 void Operations::Import(bridge::ImportFileMessage& message) {
-    const ImportRequest request = {message.info.text1, message.info.text2, message.info.text3,
-                                   (message.info.value2 & kTakeIncomplete) != 0};
+    const TransferFields asked(message.info);
+    const ImportRequest request = {asked.cardRoot, asked.clipName, asked.folder,
+                                   (asked.flags & kTakeIncomplete) != 0};
     Transfer(*this, message.info).Run(ImportClip, request);
 }
 
@@ -105,8 +106,9 @@ void Operations::GetUploadOffset(bridge::UploadOffsetMessage& message) {
 }
 
 void Operations::Export(bridge::ExportFileMessage& message) {
+    const TransferFields asked(message.info);
     ExportRequest request = {
-        message.info.text1, message.info.text3, {}, (message.info.value2 & kTakeIncomplete) != 0};
+        asked.cardRoot, asked.folder, {}, (asked.flags & kTakeIncomplete) != 0};
     for (const CString& name : message.names) {
         request.clipNames.push_back(name);
     }

@@ -27,8 +27,8 @@ public:
 
     /// Another transfer, which no earlier wish to abort is meant for.
     void Begin();
-    /// Sends the state unless one of this transfer is still unanswered. False once the host wants to
-    /// abort it.
+    /// Sends the state unless one of this transfer is still unanswered. False once the host wants
+    /// to abort it.
     [[nodiscard]] bool Report(std::uint64_t done, std::uint64_t total);
     /// Sends the last state and waits for what the host says to it.
     [[nodiscard]] bool ReportEnd(std::uint64_t total);

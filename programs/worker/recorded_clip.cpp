@@ -16,8 +16,8 @@
 namespace nqp2::worker {
 namespace {
 
-/// What a file has beside its frames, at most: a head of some 30 KiB, and at the end an index of the
-/// frames.
+/// What a file has beside its frames, at most: a head of some 30 KiB, and at the end an index of
+/// the frames.
 constexpr std::uint64_t kHeadOfVideo = std::uint64_t{128} << 10U;
 constexpr std::uint64_t kEndOfVideo = std::uint64_t{1} << 20U;
 constexpr std::uint64_t kEndOfSound = std::uint64_t{256} << 10U; // some silence, too

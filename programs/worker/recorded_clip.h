@@ -95,8 +95,8 @@ private:
     CString m_startDate;
 };
 
-/// Makes what the metadata of such a clip will say, as far as it is known before: fails for texts that
-/// XML cannot hold.
+/// Makes what the metadata of such a clip will say, as far as it is known before: fails for texts
+/// that XML cannot hold.
 void CheckMetadataTexts(const RecordingParameters& parameters);
 
 } // namespace nqp2::worker

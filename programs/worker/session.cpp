@@ -50,8 +50,8 @@ private:
 } // namespace
 
 void Session::ServeRequests() {
-    // The reply's buffer is asked for when the work is done: a host that leaves meanwhile, or an end
-    // of the worker, finds nothing of it in use.
+    // The reply's buffer is asked for when the work is done: a host that leaves meanwhile, or an
+    // end of the worker, finds nothing of it in use.
     const auto answer = [&](std::uint32_t id, unsigned char* request, std::int32_t length) {
         m_requests.Send(id, Dispatch(m_operations, id, request, length));
     };

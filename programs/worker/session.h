@@ -20,9 +20,9 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Serves until the library closes the channel or is gone. What is unfinished then is dropped; a
-    /// recording that runs is completed when this object goes.
-    /// Throws when there is no thread for it.
+    /// Serves until the library closes the channel or is gone. What is unfinished then is dropped;
+    /// a recording that runs is completed when this object goes. Throws when there is no thread for
+    /// it.
     void Serve();
     /// Lets Serve end soon. From any thread.
     void Stop();

@@ -63,7 +63,7 @@ void ImportClip(const ImportRequest& request, std::size_t blockSize, copy::Watch
                 TransferSizes& sizes) {
     const std::vector<SourceClip> clips =
         ReadSourceClips(FindContents(request.cardRoot), {&request.clipName, 1}, request.incomplete);
-    const std::string target = ResolveRoot(request.destination);
+    const std::string target = RootOf(request.destination).OnDisk();
     std::vector<copy::Item> items;
     for (const SourceFile& file : clips.front().files) {
         sizes.Count(file.part, file.info.size);
@@ -83,7 +83,7 @@ void ExportClips(const ExportRequest& request, std::size_t blockSize, copy::Watc
     CheckNames(request.clipNames);
     std::vector<copy::Item> items; // which outlive the transaction
     copy::Transaction transaction;
-    transaction.Open(ResolveRoot(request.cardRoot), false);
+    transaction.Open(RootOf(request.cardRoot).OnDisk(), false);
     const std::vector<SourceClip> clips =
         ReadSourceClips(FindContents(request.source), request.clipNames, request.incomplete);
     copy::Copier copier(blockSize, BytesOf(clips), watch);

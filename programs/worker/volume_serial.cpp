@@ -4,7 +4,6 @@
 #include "worker/card_requests.h"
 
 #include "copy/failure.h"
-#include "platform/case_blind.h"
 #include "platform/descriptor.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
@@ -29,8 +28,8 @@ std::string Text(const char* text) {
     return text != nullptr ? text : "";
 }
 
-/// What the volume itself says; "" where this user may not read the device. The node must be that of
-/// the device: nodes are names, and may be old.
+/// What the volume itself says; "" where this user may not read the device. The node must be that
+/// of the device: nodes are names, and may be old.
 std::string ReadFromDevice(const std::string& node, dev_t device) {
     const platform::Descriptor file(
         open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -54,10 +53,9 @@ std::string ReadFromDevice(const std::string& node, dev_t device) {
 } // namespace
 
 CString FindVolumeSerial(const CString& path) {
-    const std::string folder = ResolveRoot(path);
+    const std::string folder = RootOf(path).OnDisk();
     struct stat facts = {};
-    const auto found = platform::FindExisting(folder);
-    if (!found || stat(found->c_str(), &facts) != 0) {
+    if (stat(folder.c_str(), &facts) != 0) {
         throw copy::Failure("There is nothing at " + folder + ".");
     }
     const std::unique_ptr<udev, Release> database(udev_new());

@@ -180,16 +180,6 @@ TEST_F(ClipExportTest, AnInterruptedExportIsTakenUp) {
     EXPECT_EQ(m_sizes.written, m_sizes.total - 300'001);
 }
 
-TEST_F(ClipExportTest, ForeignEssenceOfTheSameSizeTakesTheNameToo) {
-    m_card.AddFile("VIDEO/0001AB.MXF", Essence(300'001, 9));
-    m_card.AddFile("ICON/0001AB.BMP", "icon");
-    const auto before = OnCard();
-    ASSERT_EQ(Export({L"0001AB"}), "");
-    EXPECT_EQ(Load(L"0002AB").GlobalClipID, Name(kFirstId));
-    EXPECT_EQ(OnCard().size(), before.size() + kFilesOfAClip);
-    EXPECT_EQ(OnCard().at("CONTENTS/VIDEO/0001AB.MXF"), Essence(300'001, 9));
-}
-
 TEST_F(ClipExportTest, AllOrNone) {
     struct Case {
         std::vector<CString> names;
