@@ -14,7 +14,7 @@
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"
-#include "worker/dispatch.h"
+#include "worker/operations.h"
 
 #include <algorithm>
 #include <cstddef>

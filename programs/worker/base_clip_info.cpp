@@ -1,45 +1,44 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/base_clip_info.h"
+#include "worker/card_requests.h"
 
 #include "clips/clip_reader.h"
 #include "clips/clip_texts.h"
 #include "clips/essence_lookup.h"
-#include "media/dates.h"
+#include "copy/digest.h"
+#include "copy/failure.h"
 #include "media/identifier.h"
 #include "media/rates.h"
 #include "media/timecode.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "NQP2ParserU/P2Clip.h"
-#include "NQP2ParserU/PathText.h"
-#include "platform/case_blind.h"
+#include "NQP2ParserU/WorkerFields.h"
 #include "platform/case_fold.h"
 #include "platform/file_system.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
+#include "worker/clip_metadata.h"
 #include "worker/media_file.h"
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <vector>
-#include <xxhash.h>
 
 namespace nqp2::worker {
 namespace {
 
 using platform::TextFromUtf8;
 
+using Fields = BaseClipFields<NQP2BaseClipInfo>;
+
 constexpr int kMostAudioPaths = 8;
 
 /// Frames in a thousand seconds, rounded.
 std::int64_t Thousandths(const FrameRate& rate) {
     return (std::int64_t{rate.frames} * 1000 + rate.seconds / 2) / rate.seconds;
-}
-
-std::int32_t PackSize(std::int32_t width, std::int32_t height) {
-    constexpr std::int32_t kLargest = 0x7FFF;
-    return std::clamp(height, 0, kLargest) << 16 | std::clamp(width, 0, kLargest);
 }
 
 CString TitleOf(const std::string& path) {
@@ -54,9 +53,17 @@ void Default(CString& text, const CString& value) {
     }
 }
 
+/// A regular file on the disk; nothing when there is none.
+std::optional<std::string> FindFile(const CString& path) {
+    const platform::PathParts parts = platform::SplitPath(path);
+    platform::FoundFile found;
+    const bool isFile = parts.folder.Find(parts.name, found) && !found.isFolder && !found.isSpecial;
+    return isFile ? std::optional(found.posixPath) : std::nullopt;
+}
+
 /// The same for the same content, wherever it lies: files without identifiers are told apart by
 /// their size and first bytes.
-Outcome IdentifyByContent(const std::string& path, GUID& identifier) {
+GUID IdentifyByContent(const std::string& path) {
     constexpr std::size_t kBytes = std::size_t{1} << 20U;
     std::unique_ptr<platform::FileReader> reader;
     std::string bytes(kBytes, '\0');
@@ -67,14 +74,14 @@ Outcome IdentifyByContent(const std::string& path, GUID& identifier) {
         status = reader->Read(bytes.data() + filled, bytes.size() - filled, count);
         filled += count;
     }
-    if (!status) {
-        return Failure("read", path, status);
-    }
-    XXH128_canonical_t digest;
-    XXH128_canonicalFromHash(&digest, XXH3_128bits_withSeed(bytes.data(), filled, reader->Size()));
-    static_assert(sizeof digest == sizeof(GUID));
-    std::memcpy(static_cast<void*>(&identifier), &digest, sizeof identifier);
-    return {};
+    copy::Require(status, "read", path);
+    copy::Digest digest(reader->Size());
+    digest.Add(std::string_view(bytes).substr(0, filled));
+    GUID identifier;
+    const copy::Digest::Bytes value = digest.Value();
+    static_assert(sizeof value == sizeof identifier);
+    std::memcpy(static_cast<void*>(&identifier), value.data(), sizeof identifier);
+    return identifier;
 }
 
 CString AspectText(const MediaFacts& facts) {
@@ -114,28 +121,27 @@ CString DateText(const std::string& date) {
     return TextFromUtf8(std::string_view(date).substr(0, kLength));
 }
 
-Outcome DescribeMediaFile(const CString& path, const std::string& file,
-                          const std::function<bool()>& goesOn, NQP2BaseClipInfo& info) {
-    MediaFacts facts;
-    if (Outcome outcome = ReadMediaFile(file, goesOn, facts); !outcome) {
-        return outcome;
-    }
+void DescribeMediaFile(const CString& path, const std::string& file,
+                       const std::function<bool()>& goesOn, Fields info) {
+    const MediaFacts facts = ReadMediaFile(file, goesOn);
     const FrameRate* const known = media::FindRate(facts.rate, facts.interlaced);
     const CString rate = known != nullptr ? known->text : L"";
-    Default(info.clipText1, TitleOf(file));
-    Default(info.clipText2, DateText(facts.date));
-    info.value1 = Thousandths(facts.rate);
-    info.value2 = facts.frames;
-    info.value3 = StartFrame(facts, rate);
+    Default(info.clipName, TitleOf(file));
+    Default(info.date, DateText(facts.date));
+    info.framesIn1000Seconds = Thousandths(facts.rate);
+    info.duration = facts.frames;
+    info.startFrame = StartFrame(facts, rate);
     info.codec = TextFromUtf8(facts.codec);
-    info.text1 = rate;
-    info.text2 = AspectText(facts);
-    info.text3 = path;
-    AddAudioPaths(path, facts.audioChannels, info.texts);
-    info.clipText3 = facts.title.empty() ? info.clipText1 : TextFromUtf8(facts.title);
-    info.value4 = PackSize(facts.width, facts.height);
+    info.frameRate = rate;
+    info.aspectRatio = AspectText(facts);
+    info.videoPath = path;
+    AddAudioPaths(path, facts.audioChannels, info.audioPaths);
+    info.userClipName = facts.title.empty() ? info.clipName : TextFromUtf8(facts.title);
+    info.SetSize(facts.width, facts.height);
     info.identifier = media::GuidFromIdentifier(TextFromUtf8(facts.identifier));
-    return info.identifier == GUID() ? IdentifyByContent(file, info.identifier) : Outcome();
+    if (info.identifier == GUID()) {
+        info.identifier = IdentifyByContent(file);
+    }
 }
 
 std::string Above(const std::string& path) {
@@ -146,77 +152,71 @@ std::string Above(const std::string& path) {
 CString ContentsAbove(const std::string& file) {
     const std::string contents = Above(Above(file));
     const std::string card = Above(contents);
-    return InterfaceRoot(card.empty() ? "/" : card) + L"\\" +
-           platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1)) + L"\\";
+    const platform::Place root = platform::Place::At(card.empty() ? "/" : card);
+    return root.PathOf(
+               platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1))) +
+           L"\\";
 }
 
-Outcome ReadClip(const std::string& file, _tag_P2Clip& clip) {
+_tag_P2Clip ReadClip(const std::string& file) {
     CMarkupMSXML xml;
     if (xml.LoadXml(platform::TextFromNameBytes(file)) == 0) {
-        return Failure("Cannot read " + file + ": " + Shown(xml.GetError()));
+        throw copy::Failure("Cannot read " + file + ": " + Shown(xml.GetError()));
     }
     clips::TextPool pool;
     const clips::ClipTexts texts(*xml.GetDocumentPtr(), pool);
     if (!texts.HasContent()) {
-        return Failure(file + " is not the metadata of a clip.");
+        throw NotMetadata(file);
     }
     const clips::EssenceLookup essence(platform::Place(ContentsAbove(file)),
                                        clips::EssenceLookup::Mode::OneClip);
+    _tag_P2Clip clip;
     clip.ClipName = TitleOf(file);
     clips::ReadScannedClip(texts, essence, clip);
-    return {};
+    return clip;
 }
 
-Outcome DescribeP2Clip(const std::string& file, NQP2BaseClipInfo& info) {
-    _tag_P2Clip clip;
-    if (Outcome outcome = ReadClip(file, clip); !outcome) {
-        return outcome;
-    }
-    Default(info.clipText1, clip.ClipName);
-    Default(info.clipText2, clip.StartDate);
+void DescribeP2Clip(const std::string& file, Fields info) {
+    const _tag_P2Clip clip = ReadClip(file);
+    Default(info.clipName, clip.ClipName);
+    Default(info.date, clip.StartDate);
     info.identifier = clip.GlobalClipGuid;
     const FrameRate* const rate = media::FindRate(clip.FrameRate.View());
-    info.value1 = rate != nullptr ? Thousandths(*rate) : 0;
-    info.value2 = clip.Duration;
-    info.value3 = clip.StartTimecode;
+    info.framesIn1000Seconds = rate != nullptr ? Thousandths(*rate) : 0;
+    info.duration = clip.Duration;
+    info.startFrame = clip.StartTimecode;
     info.codec = clip.CodecName;
-    info.text1 = clip.FrameRate;
-    info.text2 = clip.AspectRatio;
-    info.text3 = clip.VideoPath;
+    info.frameRate = clip.FrameRate;
+    info.aspectRatio = clip.AspectRatio;
+    info.videoPath = clip.VideoPath;
     for (const CString& path : clip.AudioPath) {
         if (!path.IsEmpty()) {
-            info.texts.Add(path);
+            info.audioPaths.Add(path);
         }
     }
-    info.clipText3 = clip.UserClipName;
-    info.value4 = PackSize(clip.ActivePixel, clip.ActiveLine);
-    if (info.identifier != GUID()) {
-        return {};
+    info.userClipName = clip.UserClipName;
+    info.SetSize(clip.ActivePixel, clip.ActiveLine);
+    if (info.identifier == GUID()) {
+        // The video stays the same when an export changes names in the metadata.
+        info.identifier = IdentifyByContent(FindFile(clip.VideoPath).value_or(file));
     }
-    // The video stays the same when an export changes names in the metadata.
-    const auto video = platform::FindExisting(PosixPath(clip.VideoPath));
-    return IdentifyByContent(video.value_or(file), info.identifier);
 }
 
 } // namespace
 
-Outcome DescribeClip(const CString& path, const std::function<bool()>& goesOn,
-                     NQP2BaseClipInfo& info) {
-    const std::string wanted = PosixPath(path);
-    const auto file = wanted.starts_with('/') ? platform::FindExisting(wanted) : std::nullopt;
-    platform::FileInfo facts;
-    if (!file || !platform::Files().Stat(*file, facts) || facts.kind != platform::EntryKind::File) {
-        return Failure("There is no file " + Shown(path) + ".");
+NQP2BaseClipInfo DescribeClip(const CString& path, const std::function<bool()>& goesOn,
+                              NQP2BaseClipInfo asked) {
+    const std::string file = FindFile(path).value_or("");
+    if (!file.starts_with('/')) {
+        throw copy::Failure("There is no file " + Shown(path) + ".");
     }
-    NQP2BaseClipInfo told = info;
-    told.texts.RemoveAll();
-    const bool isMetadata = platform::FoldNameCase(*file).ends_with(".XML");
-    Outcome outcome =
-        isMetadata ? DescribeP2Clip(*file, told) : DescribeMediaFile(path, *file, goesOn, told);
-    if (outcome) {
-        info = told;
+    asked.texts.RemoveAll();
+    if (platform::FoldNameCase(file).ends_with(".XML")) {
+        DescribeP2Clip(file, Fields(asked));
+    } else {
+        DescribeMediaFile(path, file, goesOn, Fields(asked));
     }
-    return outcome;
+    return asked;
 }
 
 } // namespace nqp2::worker

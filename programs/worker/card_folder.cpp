@@ -3,8 +3,8 @@
 
 #include "worker/card_folder.h"
 
+#include "copy/failure.h"
 #include "media/card_layout.h"
-#include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
 #include "platform/file_system.h"
 #include "platform/unicode.h"
@@ -14,8 +14,6 @@
 
 namespace nqp2::worker {
 namespace {
-
-constexpr const char* kContents = "CONTENTS";
 
 bool HoldsParentStep(std::string_view path) {
     while (!path.empty()) {
@@ -39,56 +37,50 @@ bool IsClipName(const CString& name) {
            media::IsPlainName(name) && std::none_of(text.begin(), text.end(), IsControl);
 }
 
+copy::Failure NoContents(const std::string& card) {
+    return copy::Failure("There is no CONTENTS folder in " + card + ".");
+}
+
 } // namespace
 
-Outcome CheckClipName(const CString& name) {
-    return IsClipName(name) ? Outcome() : Failure("\"" + Shown(name) + "\" is no name of a clip.");
+void CheckClipName(const CString& name) {
+    if (!IsClipName(name)) {
+        throw copy::Failure("\"" + Shown(name) + "\" is no name of a clip.");
+    }
 }
 
-Outcome ResolveRoot(const CString& root, std::string& folder) {
-    folder = PosixPath(media::WithDrive(root));
-    if (!folder.starts_with('/')) {
-        return Failure("\"" + Shown(root) + "\" is neither an absolute folder nor a known drive.");
+platform::Place RootOf(const CString& root) {
+    platform::Place place(media::WithDrive(root));
+    if (!place.OnDisk().starts_with('/')) {
+        throw copy::Failure("\"" + Shown(root) +
+                            "\" is neither an absolute folder nor a known drive.");
     }
-    if (HoldsParentStep(folder)) {
-        return Failure("\"" + Shown(root) + "\" leads upward, which a root must not.");
+    if (HoldsParentStep(place.OnDisk())) {
+        throw copy::Failure("\"" + Shown(root) + "\" leads upward, which a root must not.");
     }
-    while (folder.size() > 1 && folder.ends_with('/')) {
-        folder.pop_back();
-    }
-    return {};
+    return place;
 }
 
-Outcome OpenCard(const CString& root, CardFolders& card) {
-    std::string path;
-    if (Outcome outcome = ResolveRoot(root, path); !outcome) {
-        return outcome;
-    }
-    path = platform::FindExisting(path).value_or(path);
-    platform::IoStatus status = platform::Files().OpenFolder(path, card.root);
-    if (!status) {
-        return Failure("open the card", path, status);
-    }
-    status = OpenBelow(*card.root, kContents, card.contents);
+CardFolders OpenCard(const CString& root) {
+    CardFolders card;
+    const std::string path = RootOf(root).OnDisk();
+    copy::Require(platform::Files().OpenFolder(path, card.root), "open the card", path);
+    const platform::IoStatus status =
+        OpenBelow(*card.root, media::kContents.Bytes(), card.contents);
     if (status.error == platform::IoError::NotFound) {
-        return Failure("There is no CONTENTS folder in " + path + ".");
+        throw NoContents(path);
     }
-    return status ? Outcome() : Failure("open", path + "/" + kContents, status);
+    copy::Require(status, "open", path + "/" + media::kContents.Bytes());
+    return card;
 }
 
-Outcome FindContents(const CString& root, std::string& contents) {
-    std::string folder;
-    if (Outcome outcome = ResolveRoot(root, folder); !outcome) {
-        return outcome;
+std::string FindContents(const CString& root) {
+    const platform::Place card = RootOf(root);
+    const platform::Place contents = card.Below(media::kContents.Path());
+    if (!contents.Exists()) {
+        throw NoContents(card.OnDisk());
     }
-    const auto found = platform::FindExisting(folder + "/" + kContents);
-    platform::FileInfo info;
-    if (!found || !platform::Files().Stat(*found, info) ||
-        info.kind != platform::EntryKind::Folder) {
-        return Failure("There is no CONTENTS folder in " + folder + ".");
-    }
-    contents = *found;
-    return {};
+    return contents.OnDisk();
 }
 
 std::string FolderBelow(const std::string& parent, const std::string& name) {

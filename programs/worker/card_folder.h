@@ -5,7 +5,7 @@
 
 #include "NQP2ParserU/CString.h"
 #include "platform/folder.h"
-#include "worker/outcome.h"
+#include "platform/place.h"
 
 #include <memory>
 #include <string>
@@ -15,11 +15,11 @@ namespace nqp2::worker {
 
 /// Fails unless the text can be a clip's name: a plain file name that is not hidden and holds no
 /// control character, with room for what is appended to it.
-Outcome CheckClipName(const CString& name);
+void CheckClipName(const CString& name);
 
-/// The POSIX folder that a root means. Fails unless it is absolute, whatever stands there or not;
-/// a component ".." fails too.
-Outcome ResolveRoot(const CString& root, std::string& folder);
+/// The folder that a root means, which need not exist. Fails unless it is absolute; a component
+/// ".." fails too.
+platform::Place RootOf(const CString& root);
 
 /// A card that is written to, open.
 struct CardFolders {
@@ -28,10 +28,10 @@ struct CardFolders {
 };
 
 /// Opens a card's root, which may be a link, and the CONTENTS folder in it, which may not.
-Outcome OpenCard(const CString& root, CardFolders& card);
+CardFolders OpenCard(const CString& root);
 
 /// The CONTENTS folder below a root, in the spelling of the disk. Fails when there is none.
-Outcome FindContents(const CString& root, std::string& contents);
+std::string FindContents(const CString& root);
 
 /// The folder `name` below `parent` in the spelling of the disk, or as given when there is none.
 std::string FolderBelow(const std::string& parent, const std::string& name);

@@ -41,8 +41,8 @@ public:
         return taken != 0;
     }
 
-    /// Waits for a message and hands it to `take` (id, bytes, length), whose buffer is the channel's
-    /// until it returns. False when none will come any more.
+    /// Waits for a message and hands it to `take` (id, bytes, length), whose buffer is the
+    /// channel's until it returns. False when none will come any more.
     template <class Take>
     bool Receive(Take&& take) {
         std::uint32_t id = 0;
@@ -55,6 +55,12 @@ public:
         const Held held{m_table, handle, buffer, length};
         take(id, static_cast<unsigned char*>(buffer), static_cast<std::int32_t>(length));
         return true;
+    }
+
+    /// Receives, and drops, whatever comes until none will come any more.
+    void DropAll() {
+        while (Receive([](std::uint32_t, const unsigned char*, std::int32_t) {})) {
+        }
     }
 
     /// Sends what `fill` (buffer, capacity) writes; it returns the number of bytes.

@@ -23,14 +23,8 @@ using platform::IoStatus;
 /// Calls `take` with the folder's spelling, each entry of that kind, the clip's name in
 /// upper case and the file's name as text.
 template <class Take>
-Outcome ForEachFile(const ListFolder& list, const ClipFileKind& kind, Take&& take) {
-    std::string placed;
-    std::vector<FolderEntry> entries;
-    const IoStatus status = list(kind.folder.Bytes(), placed, entries);
-    if (!status) {
-        return status.error == IoError::NotFound ? Outcome()
-                                                 : Failure("read the folder", placed, status);
-    }
+void ForEachFile(const ListFolder& list, const ClipFileKind& kind, Take&& take) {
+    const auto [placed, entries] = list(kind.folder.Bytes());
     for (const FolderEntry& entry : entries) {
         const CString text = platform::TextFromNameBytes(entry.name);
         const std::wstring folded = platform::FoldCase(text.View());
@@ -39,7 +33,16 @@ Outcome ForEachFile(const ListFolder& list, const ClipFileKind& kind, Take&& tak
             take(placed, entry, clip, text.View());
         }
     }
-    return {};
+}
+
+/// What a listing that ended so is; `path` for its failure, `name` is the folder's spelling.
+Listing Listed(const IoStatus& status, const std::string& path, std::string name,
+               std::vector<FolderEntry> entries) {
+    if (status.error == IoError::NotFound) {
+        return {};
+    }
+    copy::Require(status, "read the folder", path);
+    return {std::move(name), std::move(entries)};
 }
 
 /// Two names that differ only in case are one on a card: the exact one counts, else the first.
@@ -67,83 +70,69 @@ void KeepOneOfEach(const std::string& exactName, std::vector<ClipFile>& files) {
 } // namespace
 
 ListFolder ListByPath(const std::string& contents) {
-    return [contents](const std::string& folder, std::string& placed,
-                      std::vector<FolderEntry>& entries) {
-        placed = FolderBelow(contents, folder);
-        const IoStatus status = platform::Files().List(placed, entries);
-        if (status) {
-            placed = placed.substr(placed.find_last_of('/') + 1);
-        }
-        return status;
+    return [contents](const std::string& folder) {
+        const std::string path = FolderBelow(contents, folder);
+        std::vector<FolderEntry> entries;
+        const IoStatus status = platform::Files().List(path, entries);
+        return Listed(status, path, path.substr(path.find_last_of('/') + 1), std::move(entries));
     };
 }
 
 ListFolder ListInFolder(platform::Folder* contents) {
-    return [contents](const std::string& folder, std::string& placed,
-                      std::vector<FolderEntry>& entries) {
+    return [contents](const std::string& folder) {
         if (contents == nullptr) {
-            return IoStatus{IoError::NotFound, "there is no such folder"};
+            return Listing();
         }
-        placed = contents->Path() + "/" + folder;
         std::string found;
-        IoStatus status = FindIn(*contents, folder, found);
         std::unique_ptr<platform::Folder> opened;
+        std::vector<FolderEntry> entries;
+        IoStatus status = FindIn(*contents, folder, found);
         if (status) {
             status = contents->OpenFolder(found, opened);
         }
         if (status) {
             status = opened->List(entries);
         }
-        if (status) {
-            placed = found;
-        }
-        return status;
+        return Listed(status, contents->Path() + "/" + folder, found, std::move(entries));
     };
 }
 
-Outcome FindClipFiles(const ListFolder& list, std::span<const CString> clips,
-                      std::vector<std::vector<ClipFile>>& files) {
-    files.assign(clips.size(), {});
+std::vector<std::vector<ClipFile>> FindClipFiles(const ListFolder& list,
+                                                 std::span<const CString> clips) {
+    std::vector<std::vector<ClipFile>> files(clips.size());
     std::unordered_map<std::wstring, std::size_t> wanted;
     for (std::size_t i = 0; i < clips.size(); ++i) {
         wanted.emplace(platform::FoldCase(clips[i].View()), i);
     }
     for (const ClipFileKind& kind : media::kClipFileKinds) {
         std::vector<std::vector<ClipFile>> found(clips.size());
-        Outcome outcome = ForEachFile(
-            list, kind,
-            [&](const std::string& placed, const FolderEntry& entry, std::wstring_view clip,
-                std::wstring_view name) {
-                const auto number = wanted.find(std::wstring(clip));
-                if (number != wanted.end() && entry.kind != platform::EntryKind::Folder) {
-                    found[number->second].push_back(
-                        {kind.part, kind.folder.Bytes(),
-                         platform::NameBytesFromText(name.substr(clip.size())), placed, entry.name,
-                         entry.kind});
-                }
-            });
-        if (!outcome) {
-            return outcome;
-        }
+        ForEachFile(list, kind,
+                    [&](const std::string& placed, const FolderEntry& entry, std::wstring_view clip,
+                        std::wstring_view name) {
+                        const auto number = wanted.find(std::wstring(clip));
+                        if (number != wanted.end() && entry.kind != platform::EntryKind::Folder) {
+                            found[number->second].push_back(
+                                {kind.part, kind.folder.Bytes(),
+                                 platform::NameBytesFromText(name.substr(clip.size())), placed,
+                                 entry.name, entry.kind});
+                        }
+                    });
         for (std::size_t i = 0; i < clips.size(); ++i) {
             KeepOneOfEach(platform::NameBytesFromText(clips[i].View()), found[i]);
             std::move(found[i].begin(), found[i].end(), std::back_inserter(files[i]));
         }
     }
-    return {};
+    return files;
 }
 
-Outcome TakenNames(const ListFolder& list, std::vector<std::wstring>& names) {
+std::vector<std::wstring> TakenNames(const ListFolder& list) {
+    std::vector<std::wstring> names;
     for (const ClipFileKind& kind : media::kClipFileKinds) {
-        Outcome outcome =
-            ForEachFile(list, kind,
-                        [&](const std::string&, const FolderEntry&, std::wstring_view clip,
-                            std::wstring_view) { names.emplace_back(clip); });
-        if (!outcome) {
-            return outcome;
-        }
+        ForEachFile(list, kind,
+                    [&](const std::string&, const FolderEntry&, std::wstring_view clip,
+                        std::wstring_view) { names.emplace_back(clip); });
     }
-    return {};
+    return names;
 }
 
 bool HaveSameRole(const ClipFile& left, const ClipFile& right) {
@@ -151,18 +140,8 @@ bool HaveSameRole(const ClipFile& left, const ClipFile& right) {
            platform::FoldNameCase(left.suffix) == platform::FoldNameCase(right.suffix);
 }
 
-Outcome MissingClip(const std::string& contents, const CString& clipName) {
-    return Failure("There is no clip " + Shown(clipName) + " in " + contents + ".");
-}
-
-Outcome CheckFoldersAreNoLinks(const std::string& contents) {
-    std::vector<std::string> folders = {contents};
-    for (const ClipFileKind& kind : media::kClipFileKinds) {
-        folders.push_back(FolderBelow(contents, kind.folder.Bytes()));
-    }
-    const auto link = std::find_if(folders.begin(), folders.end(), platform::IsLink);
-    return link == folders.end() ? Outcome()
-                                 : Failure(*link + " is a link, through which nothing is written.");
+copy::Failure MissingClip(const std::string& contents, const CString& clipName) {
+    return copy::Failure("There is no clip " + Shown(clipName) + " in " + contents + ".");
 }
 
 } // namespace nqp2::worker

@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "copy/failure.h"
 #include "media/card_layout.h"
 #include "NQP2ParserU/CString.h"
 #include "platform/folder.h"
-#include "worker/outcome.h"
 
 #include <functional>
 #include <span>
@@ -29,27 +29,32 @@ struct ClipFile {
     platform::EntryKind kind = platform::EntryKind::File;
 };
 
-/// Lists a folder of a CONTENTS folder; `placed` receives its spelling.
-using ListFolder = std::function<platform::IoStatus(const std::string& folder, std::string& placed,
-                                                    std::vector<platform::FolderEntry>& entries)>;
+/// A folder of a CONTENTS folder, as it is spelled and what it holds.
+struct Listing {
+    std::string placed;
+    std::vector<platform::FolderEntry> entries;
+};
+
+/// Lists a folder of a CONTENTS folder. Empty when there is none; fails when it cannot be read to
+/// its end, which would make a clip look smaller.
+using ListFolder = std::function<Listing(const std::string& folder)>;
 /// Of what is only read: links are followed.
 ListFolder ListByPath(const std::string& contents);
 /// Of what is written to: none is followed. Nothing is there when `contents` is null, which
 /// outlives the answer otherwise.
 ListFolder ListInFolder(platform::Folder* contents);
 
-/// For each clip its files, the metadata last, in one go through the folders. Fails when a folder
-/// cannot be read to its end, which would make a clip look smaller.
-Outcome FindClipFiles(const ListFolder& list, std::span<const CString> clips,
-                      std::vector<std::vector<ClipFile>>& files);
+/// For each clip its files, the metadata last, in one go through the folders.
+std::vector<std::vector<ClipFile>> FindClipFiles(const ListFolder& list,
+                                                 std::span<const CString> clips);
 
 /// The upper-case name of a clip for each file of one: the names that are taken.
-Outcome TakenNames(const ListFolder& list, std::vector<std::wstring>& names);
+std::vector<std::wstring> TakenNames(const ListFolder& list);
 
 /// Whether the two are the same part of clips.
 bool HaveSameRole(const ClipFile& left, const ClipFile& right);
 
 /// The failure of whatever wants a clip that the CONTENTS folder does not hold.
-Outcome MissingClip(const std::string& contents, const CString& clipName);
+copy::Failure MissingClip(const std::string& contents, const CString& clipName);
 
 } // namespace nqp2::worker

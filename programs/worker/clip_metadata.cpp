@@ -20,9 +20,8 @@ using dom::Node;
 constexpr const char* kClip = "//P2Main/ClipContent";
 constexpr std::array<const char*, 3> kRelated = {"Top", "Previous", "Next"};
 
-Outcome Load(std::string_view xml, const std::string& path, Document& document) {
-    const bool isClip = document.LoadBytes(xml) && document.SelectSingle(kClip) != nullptr;
-    return isClip ? Outcome() : Failure(path + " is not the metadata of a clip.");
+bool Load(std::string_view xml, Document& document) {
+    return document.LoadBytes(xml) && document.SelectSingle(kClip) != nullptr;
 }
 
 std::string TextOf(const std::shared_ptr<Node>& node) {
@@ -79,11 +78,12 @@ private:
 
 } // namespace
 
-Outcome ReadFacts(std::string_view xml, const std::string& path, ClipFacts& facts) {
+std::optional<ClipFacts> ReadFacts(std::string_view xml) {
     Document document(dom::SelectionRule::Names::Qualified);
-    if (Outcome outcome = Load(xml, path, document); !outcome) {
-        return outcome;
+    if (!Load(xml, document)) {
+        return std::nullopt;
     }
+    ClipFacts facts;
     const auto text = [&](const std::string& below) {
         return TextOf(document.SelectSingle(std::string(kClip) + below));
     };
@@ -94,27 +94,29 @@ Outcome ReadFacts(std::string_view xml, const std::string& path, ClipFacts& fact
             {platform::TextFromUtf8(text(below + "/ClipName")), text(below + "/GlobalClipID")});
     }
     facts.essence = clips::EssenceOf(document);
-    return {};
+    return facts;
 }
 
 bool MayBeSame(const std::string& left, const std::string& right) {
     return left.empty() || right.empty() || KeyOf(left) == KeyOf(right);
 }
 
-Outcome RenameInMetadata(std::string_view xml, const std::string& path, const CString& oldName,
-                         const RenamedClips& renamed, std::string& rewritten, bool& changed) {
+std::string RenameInMetadata(std::string_view xml, const std::string& path, const CString& oldName,
+                             const RenamedClips& renamed) {
     Document document(dom::SelectionRule::Names::Qualified);
-    if (Outcome outcome = Load(xml, path, document); !outcome) {
-        return outcome;
+    if (!Load(xml, document)) {
+        throw NotMetadata(path);
     }
     Renaming renaming(document, renamed);
     renaming.RenameSelf(oldName);
     for (const char* relation : kRelated) {
         renaming.RenameRelated(relation);
     }
-    changed = renaming.Changed();
-    rewritten = changed ? dom::Serialize(*document.DocumentNode()) : std::string(xml);
-    return {};
+    return renaming.Changed() ? dom::Serialize(*document.DocumentNode()) : std::string(xml);
+}
+
+copy::Failure NotMetadata(const std::string& path) {
+    return copy::Failure(path + " is not the metadata of a clip.");
 }
 
 } // namespace nqp2::worker

@@ -4,10 +4,11 @@
 #pragma once
 
 #include "clips/clip_content.h"
+#include "copy/failure.h"
 #include "NQP2ParserU/CString.h"
-#include "worker/outcome.h"
 
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -35,15 +36,18 @@ struct ClipFacts {
     std::vector<clips::ClipEssence> essence;
 };
 
-/// Fails when the file is not the metadata of a clip.
-Outcome ReadFacts(std::string_view xml, const std::string& path, ClipFacts& facts);
+/// Nothing when the bytes are not the metadata of a clip.
+std::optional<ClipFacts> ReadFacts(std::string_view xml);
 
 /// Whether two identifiers can be those of one clip: an empty one may be any.
 bool MayBeSame(const std::string& left, const std::string& right);
 
-/// The metadata with the clip's own name and its relations' names as they are now. `changed` tells
-/// whether anything had to be; else `rewritten` is `xml`, byte for byte.
-Outcome RenameInMetadata(std::string_view xml, const std::string& path, const CString& oldName,
-                         const RenamedClips& renamed, std::string& rewritten, bool& changed);
+/// The metadata with the clip's own name and its relations' names as they are now: `xml`, byte for
+/// byte, when none of them changes. `path` is what a failure calls it.
+std::string RenameInMetadata(std::string_view xml, const std::string& path, const CString& oldName,
+                             const RenamedClips& renamed);
+
+/// The failure of a file that is not the metadata of a clip.
+copy::Failure NotMetadata(const std::string& path);
 
 } // namespace nqp2::worker

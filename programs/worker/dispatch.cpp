@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/dispatch.h"
+#include "worker/operations.h"
 
+#include "copy/failure.h"
 #include "platform/guard.h"
 
 #include <algorithm>
@@ -26,8 +27,13 @@ Answer Run(Operations& operations, unsigned char* request, std::int32_t length) 
         operations.Fail("The request came damaged.");
         return NoAnswer;
     }
-    message->result = 0;
-    (operations.*Operation)(*message);
+    message->result = bridge::kRefused;
+    try {
+        (operations.*Operation)(*message);
+        message->result = bridge::kDone;
+    } catch (const copy::Failure& failure) {
+        operations.Fail(failure.what());
+    }
     return [message](unsigned char* reply, std::int32_t capacity) {
         return message->Save(reply, capacity);
     };

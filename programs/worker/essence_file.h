@@ -3,38 +3,37 @@
 
 #pragma once
 
+#include "copy/digest.h"
+#include "copy/failure.h"
 #include "platform/folder.h"
 #include "worker/media_module.h"
-#include "worker/outcome.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <xxhash.h>
 
 namespace nqp2::worker {
 
-/// An OP-Atom MXF file (SMPTE ST 390) of one stream in the making. One thread at a time.
+/// An OP-Atom MXF file (SMPTE ST 390) of one stream in the making: hidden until Commit, gone with
+/// the object without it. Everything throws a Failure. One thread at a time.
 class EssenceFile final : private MediaOutput {
 public:
-    static Outcome CreateVideo(platform::Folder& folder, const std::string& name,
-                               const VideoFormat& format, std::unique_ptr<EssenceFile>& file);
-    static Outcome CreateSound(platform::Folder& folder, const std::string& name,
-                               const SoundFormat& format, std::unique_ptr<EssenceFile>& file);
+    EssenceFile(platform::Folder& folder, const std::string& name, const VideoFormat& format);
+    EssenceFile(platform::Folder& folder, const std::string& name, const SoundFormat& format);
     ~EssenceFile() override;
     EssenceFile(const EssenceFile&) = delete;
     EssenceFile& operator=(const EssenceFile&) = delete;
 
     /// Appends one access unit of video, or whole samples of sound. What fails to be written, on a
     /// full medium say, is not in the file, which can be finished with what came before.
-    Outcome Add(std::string_view bytes);
+    void Add(std::string_view bytes);
     /// Completes the file, flushes it and compares the essence on the medium with what was added.
     /// Sound gets silence up to a whole frame, and up to `frames` of them; on a full medium, where
     /// nothing is left but room for the end, as much as fits.
-    Outcome Finish(std::int64_t frames);
+    void Finish(std::int64_t frames);
     /// Gives the finished file its name.
-    Outcome Commit();
+    void Commit();
 
     [[nodiscard]] const std::string& Name() const { return m_name; }
     /// Frames of video, or of sound, that are in the file.
@@ -43,24 +42,17 @@ public:
     [[nodiscard]] std::uint64_t SoundUntil(std::int64_t frames) const;
     /// Where the essence begins in the file, and how long it is, in bytes.
     [[nodiscard]] std::uint64_t EssenceStart() const { return m_essenceStart; }
-    [[nodiscard]] std::uint64_t EssenceSize() const { return m_essenceSize; }
+    [[nodiscard]] std::uint64_t EssenceSize() const { return m_digest.Size(); }
 
 private:
-    struct FreeDigest {
-        void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
-    };
-
-    EssenceFile(const platform::Folder& folder, const std::string& name, FrameRate videoRate,
+    EssenceFile(platform::Folder& folder, const std::string& name, FrameRate videoRate,
                 std::int32_t sampleBytes);
-    /// Makes the file, in which `mux` begins the container.
-    template <class Mux>
-    Outcome Begin(platform::Folder& folder, Mux&& mux);
-    bool WriteAt(std::uint64_t position, std::string_view bytes) override;
+    bool WriteAt(std::uint64_t position, std::string_view bytes) noexcept override;
     /// Bytes of sound that belong to the next frame of video.
     [[nodiscard]] std::size_t NextSoundSize() const;
-    Outcome Put(std::string_view unit);
-    Outcome Verify();
-    [[nodiscard]] Outcome Failed(const std::string& reason) const;
+    void Put(std::string_view unit);
+    /// Fails when the media module did.
+    void Require(const MediaFault& fault) const;
     void AddSilence(std::int64_t frames);
 
     std::string m_name;
@@ -69,14 +61,13 @@ private:
     std::int32_t m_sampleBytes; ///< of sound; 0 in a video file
     std::unique_ptr<platform::FileWriter> m_writer;
     std::unique_ptr<EssenceMuxer> m_muxer;
-    std::unique_ptr<XXH3_state_t, FreeDigest> m_digest;
+    copy::Digest m_digest;        ///< of the essence
     platform::IoStatus m_failure; ///< the first one of the writer
     std::uint64_t m_size = 0;     ///< of the file
     std::string_view m_ahead;     ///< what is written behind that size already
     std::string m_sound;          ///< waits until it fills a frame of video
     std::int64_t m_units = 0;     ///< access units, or frames of sound, that are in the file
     std::uint64_t m_essenceStart = 0;
-    std::uint64_t m_essenceSize = 0;
 };
 
 } // namespace nqp2::worker

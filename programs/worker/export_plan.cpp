@@ -1,23 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/export_plan.h"
+#include "worker/transfer.h"
 
 #include "NQP2ParserU/XmlLimits.h"
 #include "platform/case_fold.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
-#include "worker/free_clip_name.h"
+#include "worker/clip_names.h"
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <set>
 
 namespace nqp2::worker {
 namespace {
 
 using platform::Folder;
-using platform::IoError;
 using platform::IoStatus;
 
 std::wstring KeyOf(const CString& name) {
@@ -54,38 +54,42 @@ class Card {
 public:
     explicit Card(copy::Transaction& transaction) : m_root(transaction.Root()) {}
 
-    Outcome Open() {
+    void Open() {
         const IoStatus status = OpenBelow(m_root, "CONTENTS", m_contents);
-        return status || status.error == IoError::NotFound
-                   ? Outcome()
-                   : Failure("open", m_root.Path() + "/CONTENTS", status);
+        if (status.error != platform::IoError::NotFound) {
+            copy::Require(status, "open", m_root.Path() + "/CONTENTS");
+        }
     }
     [[nodiscard]] ListFolder Lister() const { return ListInFolder(m_contents.get()); }
 
-    Outcome Find(const std::vector<CString>& names, std::vector<OnCard>& found) const {
-        std::vector<std::vector<ClipFile>> files;
-        Outcome outcome = FindClipFiles(Lister(), names, files);
-        for (std::size_t i = 0; outcome && i < names.size(); ++i) {
+    [[nodiscard]] std::vector<OnCard> Find(const std::vector<CString>& names) const {
+        std::vector<std::vector<ClipFile>> files = FindClipFiles(Lister(), names);
+        std::vector<OnCard> found;
+        for (std::size_t i = 0; i < names.size(); ++i) {
             found.push_back({names[i], std::move(files[i])});
         }
-        return outcome;
+        return found;
     }
 
-    Outcome Read(const ClipFile& file, std::string& content) const {
+    IoStatus TryRead(const ClipFile& file, std::string& content) const {
         std::unique_ptr<Folder> folder;
-        IoStatus status = m_contents->OpenFolder(file.placed, folder);
-        if (status) {
-            status = folder->Read(file.name, MaxXmlFileSize(), content);
-        }
-        return status ? Outcome() : Failure("read", PathOf(file), status);
+        const IoStatus status = m_contents->OpenFolder(file.placed, folder);
+        return status ? folder->Read(file.name, MaxXmlFileSize(), content) : status;
     }
-    Outcome Open(const ClipFile& file, std::unique_ptr<platform::FileReader>& reader) const {
+    [[nodiscard]] std::string Read(const ClipFile& file) const {
+        std::string content;
+        copy::Require(TryRead(file, content), "read", PathOf(file));
+        return content;
+    }
+    [[nodiscard]] std::unique_ptr<platform::FileReader> Open(const ClipFile& file) const {
         std::unique_ptr<Folder> folder;
+        std::unique_ptr<platform::FileReader> reader;
         IoStatus status = m_contents->OpenFolder(file.placed, folder);
         if (status) {
             status = folder->Open(file.name, reader);
         }
-        return status ? Outcome() : Failure("read", PathOf(file), status);
+        copy::Require(status, "read", PathOf(file));
+        return reader;
     }
     [[nodiscard]] std::string PathOf(const ClipFile& file) const {
         return m_contents->Path() + "/" + file.placed + "/" + file.name;
@@ -100,36 +104,34 @@ public:
     }
 
     /// The names of all clips on the card by their identifiers.
-    Outcome ReadIdentifiers(std::multimap<std::wstring, CString>& clips) const;
+    [[nodiscard]] std::multimap<std::wstring, CString> ReadIdentifiers() const;
 
 private:
     Folder& m_root;
     std::unique_ptr<Folder> m_contents;
 };
 
-Outcome Card::ReadIdentifiers(std::multimap<std::wstring, CString>& clips) const {
+std::multimap<std::wstring, CString> Card::ReadIdentifiers() const {
     const media::ClipFileKind& kind = media::kMetadataFiles;
-    std::string placed;
-    std::vector<platform::FolderEntry> entries;
-    if (const IoStatus status = Lister()(kind.folder.Bytes(), placed, entries); !status) {
-        return status.error == IoError::NotFound ? Outcome()
-                                                 : Failure("read the folder", placed, status);
-    }
+    const auto [placed, entries] = Lister()(kind.folder.Bytes());
+    std::multimap<std::wstring, CString> clips;
     for (const platform::FolderEntry& entry : entries) {
         const CString file = platform::TextFromNameBytes(entry.name);
         const std::wstring folded = platform::FoldCase(file.View());
         const std::size_t length = media::ClipNameIn(folded, kind).size();
         std::string xml;
-        ClipFacts facts;
         // What cannot be read is no copy of anything.
-        if (length != 0 && entry.kind == platform::EntryKind::File &&
-            Read({kind.part, kind.folder.Bytes(), "", placed, entry.name}, xml) &&
-            ReadFacts(xml, entry.name, facts) && !facts.identifier.empty()) {
-            clips.emplace(KeyOf(platform::TextFromUtf8(facts.identifier)),
+        if (length == 0 || entry.kind != platform::EntryKind::File ||
+            !TryRead({kind.part, kind.folder.Bytes(), "", placed, entry.name}, xml)) {
+            continue;
+        }
+        const std::optional<ClipFacts> facts = ReadFacts(xml);
+        if (facts && !facts->identifier.empty()) {
+            clips.emplace(KeyOf(platform::TextFromUtf8(facts->identifier)),
                           file.Left(static_cast<int>(length)));
         }
     }
-    return {};
+    return clips;
 }
 
 class Plan {
@@ -141,19 +143,19 @@ public:
         }
     }
 
-    Outcome Make();
-    void List(std::vector<copy::Item>& items, TransferSizes& sizes) const;
+    void Make();
+    [[nodiscard]] std::vector<copy::Item> List(TransferSizes& sizes) const;
 
 private:
-    Outcome ReadCard();
-    Outcome Locate(Traveller& clip, const OnCard& place, bool& isThere);
-    Outcome LocateElsewhere(Traveller& clip, bool& isThere);
-    Outcome HasSameFiles(const SourceClip& clip, const OnCard& place, bool& same);
-    Outcome LocateAll();
-    Outcome ChooseNames();
-    Outcome ChooseFreeName(Traveller& clip);
-    Outcome Rename();
-    Outcome RenameTakesThatDiffer();
+    void ReadCard();
+    bool Locate(Traveller& clip, const OnCard& place);
+    bool LocateElsewhere(Traveller& clip);
+    bool HasSameFiles(const SourceClip& clip, const OnCard& place);
+    void LocateAll();
+    void ChooseNames();
+    void ChooseFreeName(Traveller& clip);
+    void Rename();
+    void RenameTakesThatDiffer();
     void GroupTakes();
     std::size_t TakeOf(std::size_t clip);
 
@@ -162,161 +164,130 @@ private:
     Card m_card;
     ClipNames m_names;
     std::vector<OnCard> m_ownNames; ///< what the card holds under the clips' own names
-    std::multimap<std::wstring, CString> m_byIdentifier;
-    bool m_knowsIdentifiers = false;
+    std::optional<std::multimap<std::wstring, CString>> m_byIdentifier; ///< once it is needed
     std::vector<Traveller> m_clips;
 };
 
 /// Whether every file of the place but the metadata is one of the clip's, byte for byte.
-Outcome Plan::HasSameFiles(const SourceClip& clip, const OnCard& place, bool& same) {
-    same = true;
-    for (std::size_t i = 0; same && i < place.files.size(); ++i) {
-        const ClipFile& file = place.files[i];
+bool Plan::HasSameFiles(const SourceClip& clip, const OnCard& place) {
+    for (const ClipFile& file : place.files) {
         const SourceFile* const own = Counterpart(clip, file);
-        same = own != nullptr && file.kind == platform::EntryKind::File;
-        if (!same || file.part == ClipPart::Metadata) {
+        if (own == nullptr || file.kind != platform::EntryKind::File) {
+            return false;
+        }
+        if (file.part == ClipPart::Metadata) {
             continue;
         }
-        std::unique_ptr<platform::FileReader> reader;
-        if (Outcome outcome = m_card.Open(file, reader); !outcome) {
-            return outcome;
-        }
-        same = reader->Size() == own->info.size;
-        Outcome outcome =
-            same ? m_copier.Compare(ItemFor(*own).source, m_card.PathOf(file), *reader, same)
-                 : Outcome();
-        if (!outcome) {
-            return outcome;
+        const std::unique_ptr<platform::FileReader> reader = m_card.Open(file);
+        if (reader->Size() != own->info.size ||
+            !m_copier.IsSame(ItemFor(*own).source, m_card.PathOf(file), *reader)) {
+            return false;
         }
     }
-    return {};
+    return true;
+}
+
+/// Whether the metadata are those of the clip, perhaps under other names.
+bool IsOfClip(const SourceClip& clip, const std::string& xml) {
+    const std::string& own = clip.facts.identifier;
+    if (xml == clip.xml || own.empty()) {
+        return xml == clip.xml;
+    }
+    const std::optional<ClipFacts> facts = ReadFacts(xml);
+    return facts && !facts->identifier.empty() && MayBeSame(facts->identifier, own);
 }
 
 /// Whether what is there is this very clip or a part of it, left by an export that was repeated or
 /// interrupted.
-Outcome Plan::Locate(Traveller& clip, const OnCard& place, bool& isThere) {
-    isThere = false;
+bool Plan::Locate(Traveller& clip, const OnCard& place) {
     std::string xml;
     if (!place.files.empty() && place.files.back().part == ClipPart::Metadata) {
         const ClipFile& metadata = place.files.back();
         if (metadata.kind != platform::EntryKind::File) {
-            return {};
+            return false;
         }
-        if (Outcome outcome = m_card.Read(metadata, xml); !outcome) {
-            return outcome;
-        }
-        ClipFacts facts;
-        const std::string& own = clip.clip->facts.identifier;
-        const bool isIts = xml == clip.clip->xml ||
-                           (!own.empty() && ReadFacts(xml, metadata.name, facts) &&
-                            !facts.identifier.empty() && MayBeSame(facts.identifier, own));
-        if (!isIts) {
-            return {};
+        xml = m_card.Read(metadata);
+        if (!IsOfClip(*clip.clip, xml)) {
+            return false;
         }
     }
-    Outcome outcome = HasSameFiles(*clip.clip, place, isThere);
-    if (isThere) {
-        clip.newName = place.name;
-        clip.there = place;
-        clip.xmlThere = std::move(xml);
+    if (!HasSameFiles(*clip.clip, place)) {
+        return false;
     }
-    return outcome;
+    clip.newName = place.name;
+    clip.there = place;
+    clip.xmlThere = std::move(xml);
+    return true;
 }
 
 /// Looks for the clip under other names, which an export gave it that found its own taken.
-Outcome Plan::LocateElsewhere(Traveller& clip, bool& isThere) {
-    isThere = false;
+bool Plan::LocateElsewhere(Traveller& clip) {
     const std::string& identifier = clip.clip->facts.identifier;
     if (identifier.empty()) {
-        return {};
+        return false;
     }
-    if (!m_knowsIdentifiers) {
-        m_knowsIdentifiers = true;
-        if (Outcome outcome = m_card.ReadIdentifiers(m_byIdentifier); !outcome) {
-            return outcome;
-        }
+    if (!m_byIdentifier) {
+        m_byIdentifier = m_card.ReadIdentifiers();
     }
     std::vector<CString> names;
     const auto [first, last] =
-        m_byIdentifier.equal_range(KeyOf(platform::TextFromUtf8(identifier)));
+        m_byIdentifier->equal_range(KeyOf(platform::TextFromUtf8(identifier)));
     for (auto each = first; each != last; ++each) {
         names.push_back(each->second);
     }
-    std::vector<OnCard> places;
-    Outcome outcome = names.empty() ? Outcome() : m_card.Find(names, places);
-    for (std::size_t i = 0; outcome && !isThere && i < places.size(); ++i) {
-        outcome = Locate(clip, places[i], isThere);
-    }
-    return outcome;
+    const std::vector<OnCard> places = names.empty() ? std::vector<OnCard>() : m_card.Find(names);
+    return std::any_of(places.begin(), places.end(),
+                       [&](const OnCard& place) { return Locate(clip, place); });
 }
 
-Outcome Plan::ReadCard() {
+void Plan::ReadCard() {
     std::vector<CString> names;
     for (const Traveller& clip : m_clips) {
         names.push_back(clip.clip->name);
-        if (Outcome outcome = m_transaction.Reserve(Shown(clip.clip->name)); !outcome) {
-            return outcome;
-        }
+        m_transaction.Reserve(Shown(clip.clip->name));
     }
-    Outcome outcome = m_card.Open();
-    if (outcome) {
-        outcome = m_names.Read(m_card.Lister());
-    }
-    return outcome ? m_card.Find(names, m_ownNames) : outcome;
+    m_card.Open();
+    m_names.Read(m_card.Lister());
+    m_ownNames = m_card.Find(names);
 }
 
-Outcome Plan::LocateAll() {
+void Plan::LocateAll() {
     for (std::size_t i = 0; i < m_clips.size(); ++i) {
         Traveller& clip = m_clips[i];
-        if (!m_names.IsTaken(clip.clip->name)) {
-            continue;
-        }
-        bool isThere = false;
-        Outcome outcome = Locate(clip, m_ownNames[i], isThere);
-        if (outcome && !isThere) {
-            outcome = LocateElsewhere(clip, isThere);
-        }
-        if (!outcome) {
-            return outcome;
+        if (m_names.IsTaken(clip.clip->name) && !Locate(clip, m_ownNames[i])) {
+            LocateElsewhere(clip);
         }
     }
-    return {};
 }
 
-Outcome Plan::ChooseFreeName(Traveller& clip) {
-    bool isTaken = true;
-    while (isTaken) {
-        Outcome outcome = m_names.FindFree(clip.clip->name, clip.newName);
-        if (outcome) {
-            outcome = m_transaction.TryReserve(Shown(clip.newName), isTaken);
-        }
+void Plan::ChooseFreeName(Traveller& clip) {
+    bool isFree = false;
+    while (!isFree) {
+        clip.newName = m_names.FindFree(clip.clip->name);
         // Another transfer may have finished since the names were read.
-        isTaken = isTaken || m_card.HasArrived(clip.newName);
-        if (!outcome) {
-            return outcome;
-        }
+        isFree = m_transaction.TryReserve(Shown(clip.newName)) && !m_card.HasArrived(clip.newName);
         m_names.Take(clip.newName);
     }
-    return {};
 }
 
 /// All that can keep their names do, before others get new ones.
-Outcome Plan::ChooseNames() {
+void Plan::ChooseNames() {
     for (Traveller& clip : m_clips) {
         if (clip.newName.IsEmpty() && !m_names.IsTaken(clip.clip->name)) {
             clip.newName = clip.clip->name;
             m_names.Take(clip.newName);
         }
     }
-    Outcome outcome;
-    for (std::size_t i = 0; outcome && i < m_clips.size(); ++i) {
-        outcome = m_clips[i].newName.IsEmpty() ? ChooseFreeName(m_clips[i]) : Outcome();
+    for (Traveller& clip : m_clips) {
+        if (clip.newName.IsEmpty()) {
+            ChooseFreeName(clip);
+        }
     }
-    return outcome ? Rename() : outcome;
+    Rename();
 }
 
 /// Writes the names as they are chosen into all metadata.
-Outcome Plan::Rename() {
+void Plan::Rename() {
     RenamedClips renamed;
     for (const Traveller& clip : m_clips) {
         if (clip.newName != clip.clip->name) {
@@ -325,18 +296,10 @@ Outcome Plan::Rename() {
     }
     for (Traveller& clip : m_clips) {
         const SourceClip& source = *clip.clip;
-        clip.xml = source.xml;
-        if (renamed.empty()) {
-            continue;
-        }
-        bool changed = false;
-        Outcome outcome = RenameInMetadata(source.xml, source.files.back().path, source.name,
-                                           renamed, clip.xml, changed);
-        if (!outcome) {
-            return outcome;
-        }
+        clip.xml = renamed.empty() ? source.xml
+                                   : RenameInMetadata(source.xml, source.files.back().path,
+                                                      source.name, renamed);
     }
-    return {};
 }
 
 std::size_t Plan::TakeOf(std::size_t clip) {
@@ -366,7 +329,7 @@ void Plan::GroupTakes() {
 
 /// What the card holds is not changed: where it names other clips than it would have to, the take
 /// comes once more under names of its own.
-Outcome Plan::RenameTakesThatDiffer() {
+void Plan::RenameTakesThatDiffer() {
     GroupTakes();
     for (;;) {
         std::set<std::size_t> differing;
@@ -376,7 +339,7 @@ Outcome Plan::RenameTakesThatDiffer() {
             }
         }
         if (differing.empty()) {
-            return {};
+            return;
         }
         for (std::size_t i = 0; i < m_clips.size(); ++i) {
             if (!m_clips[i].IsThere() || differing.count(TakeOf(i)) == 0) {
@@ -384,28 +347,21 @@ Outcome Plan::RenameTakesThatDiffer() {
             }
             m_clips[i].there = {};
             m_clips[i].xmlThere.clear();
-            if (Outcome outcome = ChooseFreeName(m_clips[i]); !outcome) {
-                return outcome;
-            }
+            ChooseFreeName(m_clips[i]);
         }
-        if (Outcome outcome = Rename(); !outcome) {
-            return outcome;
-        }
+        Rename();
     }
 }
 
-Outcome Plan::Make() {
-    Outcome outcome = ReadCard();
-    if (outcome) {
-        outcome = LocateAll();
-    }
-    if (outcome) {
-        outcome = ChooseNames();
-    }
-    return outcome ? RenameTakesThatDiffer() : outcome;
+void Plan::Make() {
+    ReadCard();
+    LocateAll();
+    ChooseNames();
+    RenameTakesThatDiffer();
 }
 
-void Plan::List(std::vector<copy::Item>& items, TransferSizes& sizes) const {
+std::vector<copy::Item> Plan::List(TransferSizes& sizes) const {
+    std::vector<copy::Item> items;
     std::vector<copy::Item> metadata;
     for (const Traveller& clip : m_clips) {
         const bool isRenamed = KeyOf(clip.newName) != KeyOf(clip.clip->name);
@@ -428,18 +384,17 @@ void Plan::List(std::vector<copy::Item>& items, TransferSizes& sizes) const {
         }
     }
     std::move(metadata.begin(), metadata.end(), std::back_inserter(items));
+    return items;
 }
 
 } // namespace
 
-Outcome PlanExport(copy::Transaction& transaction, std::vector<SourceClip>& clips,
-                   copy::Copier& copier, std::vector<copy::Item>& items, TransferSizes& sizes) {
+std::vector<copy::Item> PlanExport(copy::Transaction& transaction,
+                                   const std::vector<SourceClip>& clips, copy::Copier& copier,
+                                   TransferSizes& sizes) {
     Plan plan(transaction, clips, copier);
-    Outcome outcome = plan.Make();
-    if (outcome) {
-        plan.List(items, sizes);
-    }
-    return outcome;
+    plan.Make();
+    return plan.List(sizes);
 }
 
 } // namespace nqp2::worker

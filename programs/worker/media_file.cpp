@@ -3,19 +3,46 @@
 
 #include "worker/media_file.h"
 
+#include "copy/failure.h"
+#include "NQP2ParserU/ProgramFolder.h"
 #include "platform/descriptor.h"
 #include "platform/io_status.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <limits>
+#include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace nqp2::worker {
 namespace {
+
+copy::Failure Unusable(const std::string& reason) {
+    return copy::Failure(
+        "Camera files and recordings need a part of the worker that cannot be used: " + reason +
+        ".");
+}
+
+/// Nothing is searched for: a module of that name elsewhere is somebody else's. It stays loaded, as
+/// libavformat's tables are not made to go.
+const MediaModule* Load() {
+    const std::string path = ProgramFolder() + "/" NQP2_MEDIA_MODULE;
+    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    void* const entry = library != nullptr ? dlsym(library, kMediaModuleEntry) : nullptr;
+    if (entry == nullptr) {
+        const char* const reason = dlerror();
+        throw Unusable(reason != nullptr ? reason : "no reason given");
+    }
+    const MediaModule* const module = reinterpret_cast<MediaModuleEntry>(entry)(NQP2_VERSION);
+    if (module == nullptr) {
+        throw Unusable(path + " is of another version");
+    }
+    return module;
+}
 
 std::chrono::nanoseconds OwnProcessorTime() {
     timespec time = {};
@@ -30,20 +57,23 @@ public:
           m_end(OwnProcessorTime() + limits.processorTime) {}
 
     /// Never waits on a pipe or device.
-    Outcome Open() {
+    void Open() {
         m_file = platform::Descriptor(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
         struct stat facts = {};
         if (!m_file || fstat(m_file.Get(), &facts) != 0) {
-            return Failure("read", m_path, platform::SystemStatus(errno));
+            throw copy::Failure("read", m_path, platform::SystemStatus(errno));
+        }
+        if (!S_ISREG(facts.st_mode)) {
+            throw copy::Failure(m_path + " is no file.");
         }
         m_size = static_cast<std::uint64_t>(std::max<off_t>(facts.st_size, 0));
-        return S_ISREG(facts.st_mode) ? Outcome() : Failure(m_path + " is no file.");
     }
 
     [[nodiscard]] const std::string& Name() const override { return m_path; }
     [[nodiscard]] std::uint64_t Size() const override { return m_size; }
 
-    std::int64_t ReadAt(std::uint64_t position, char* buffer, std::size_t capacity) override {
+    std::int64_t ReadAt(std::uint64_t position, char* buffer,
+                        std::size_t capacity) noexcept override {
         constexpr std::uint64_t kMost = std::numeric_limits<off_t>::max();
         if (!GoesOn()) {
             return -1;
@@ -54,58 +84,74 @@ public:
                           static_cast<off_t>(std::min(position, kMost)));
         } while (count < 0 && errno == EINTR);
         if (count < 0) {
-            m_stop = Failure("read", m_path, platform::SystemStatus(errno));
+            m_stop = Stop::Error;
+            m_error = errno;
         }
         m_bytesLeft -= static_cast<std::uint64_t>(std::max<ssize_t>(count, 0));
         return count;
     }
 
-    [[nodiscard]] bool GoesOn() override {
-        if (m_stop && !m_goesOn()) {
-            m_stop = Failure("Cancelled.");
-        } else if (m_stop && (m_bytesLeft == 0 || OwnProcessorTime() > m_end)) {
-            m_stop = Failure(m_path + " does not tell what it is within the bytes and the time "
-                                      "that are spent on a camera file.");
+    [[nodiscard]] bool GoesOn() noexcept override {
+        if (m_stop == Stop::None && !m_goesOn()) {
+            m_stop = Stop::Cancelled;
+        } else if (m_stop == Stop::None && (m_bytesLeft == 0 || OwnProcessorTime() > m_end)) {
+            m_stop = Stop::Limit;
         }
-        return static_cast<bool>(m_stop);
+        return m_stop == Stop::None;
     }
 
-    /// Why reading had to end, if it had to.
-    [[nodiscard]] const Outcome& Stop() const { return m_stop; }
+    /// Fails when reading had to end before the module was done.
+    void RequireNotStopped() const {
+        switch (m_stop) {
+        case Stop::None:
+            return;
+        case Stop::Cancelled:
+            throw copy::Failure("Cancelled.");
+        case Stop::Error:
+            throw copy::Failure("read", m_path, platform::SystemStatus(m_error));
+        case Stop::Limit:
+            throw copy::Failure(m_path + " does not tell what it is within the bytes and the time "
+                                         "that are spent on a camera file.");
+        }
+    }
 
 private:
+    enum class Stop { None, Cancelled, Error, Limit };
+
     std::string m_path;
     const std::function<bool()>& m_goesOn;
     std::uint64_t m_bytesLeft;
     std::chrono::nanoseconds m_end;
     std::uint64_t m_size = 0;
     platform::Descriptor m_file;
-    Outcome m_stop;
+    Stop m_stop = Stop::None;
+    int m_error = 0; ///< the system's number
 };
 
 } // namespace
 
-Outcome ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,
-                      MediaFacts& facts, const MediaLimits& limits) {
-    facts = {};
-    const MediaModule* module = nullptr;
-    if (Outcome outcome = LoadMediaModule(module); !outcome) {
-        return outcome;
+const MediaModule& LoadMediaModule() {
+    static std::mutex& mutex = *new std::mutex; // sessions may outlive static objects
+    static const MediaModule* loaded = nullptr;
+    const std::lock_guard lock(mutex);
+    if (loaded == nullptr) {
+        loaded = Load();
     }
+    return *loaded;
+}
+
+MediaFacts ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,
+                         const MediaLimits& limits) {
+    const MediaModule& module = LoadMediaModule();
     BoundedFile file(path, goesOn, limits);
-    if (Outcome outcome = file.Open(); !outcome) {
-        return outcome;
+    file.Open();
+    MediaFacts facts;
+    const MediaFault fault = module.Describe(file, facts);
+    file.RequireNotStopped(); // whatever was found until then is half of it
+    if (!fault.empty()) {
+        throw copy::Failure("Cannot understand " + path + ": " + fault + ".");
     }
-    MediaFacts found;
-    const Outcome outcome = module->Describe(file, found);
-    if (!file.Stop()) {
-        return file.Stop(); // whatever was found until then is half of it
-    }
-    if (!outcome) {
-        return Failure("Cannot understand " + path + ": " + outcome.error + ".");
-    }
-    facts = std::move(found);
-    return {};
+    return facts;
 }
 
 } // namespace nqp2::worker

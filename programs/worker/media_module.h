@@ -4,7 +4,6 @@
 #pragma once
 
 #include "NQP2ParserU/FrameRate.h"
-#include "worker/outcome.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +14,8 @@
 /// What the worker and its media module, nqp2-media.so, have in common. All that needs libavformat
 /// is in the module, which is loaded when a camera file or a recording first asks for it: most
 /// workers never do, and its libraries take longer to load than all else that a worker does at its
-/// start. Both are built and installed together, so the interface is plain C++.
+/// start. Both are built and installed together, so the interface is plain C++. No exception
+/// crosses it in either direction: libavformat's C functions lie between.
 namespace nqp2::worker {
 
 /// Of all sound on a card, in hertz.
@@ -65,9 +65,10 @@ public:
     [[nodiscard]] virtual const std::string& Name() const = 0;
     [[nodiscard]] virtual std::uint64_t Size() const = 0;
     /// Reads up to `capacity` bytes: their number, 0 at the end, -1 when reading has to end.
-    virtual std::int64_t ReadAt(std::uint64_t position, char* buffer, std::size_t capacity) = 0;
+    virtual std::int64_t ReadAt(std::uint64_t position, char* buffer,
+                                std::size_t capacity) noexcept = 0;
     /// Whether the module may go on with this file.
-    [[nodiscard]] virtual bool GoesOn() = 0;
+    [[nodiscard]] virtual bool GoesOn() noexcept = 0;
 };
 
 /// A file that the module writes.
@@ -75,40 +76,38 @@ class MediaOutput {
 public:
     virtual ~MediaOutput() = default;
     /// Writes all bytes. False when it could not, from where on nothing is written any more.
-    virtual bool WriteAt(std::uint64_t position, std::string_view bytes) = 0;
+    virtual bool WriteAt(std::uint64_t position, std::string_view bytes) noexcept = 0;
 };
 
-/// Puts the units of one stream into an OP-Atom MXF file (SMPTE ST 390). Failures carry the reason
-/// alone.
+/// Why the module could not do something: the reason alone; "" when it could.
+using MediaFault = std::string;
+
+/// Puts the units of one stream into an OP-Atom MXF file (SMPTE ST 390).
 class EssenceMuxer {
 public:
     virtual ~EssenceMuxer() = default;
     /// Appends the next frame of video, or the sound that belongs to it. Everything is written when
     /// it returns; but for the first unit that is the unit's own bytes at the end of the file.
-    virtual Outcome Put(std::string_view unit) = 0;
+    virtual MediaFault Put(std::string_view unit) noexcept = 0;
     /// Completes the file.
-    virtual Outcome Finish() = 0;
+    virtual MediaFault Finish() noexcept = 0;
 };
 
 /// What the module offers. Safe from any thread.
 class MediaModule {
 public:
     virtual ~MediaModule() = default;
-    /// Reads the head of a QuickTime, MP4, AVI or MXF file. The failure's text is the reason alone.
-    virtual Outcome Describe(MediaInput& input, MediaFacts& facts) const = 0;
-    /// `output` outlives the muxer. Null, with a reason, when libavformat does not take the format.
-    virtual std::unique_ptr<EssenceMuxer> MuxVideo(const VideoFormat& format, MediaOutput& output,
-                                                   std::string& reason) const = 0;
-    virtual std::unique_ptr<EssenceMuxer> MuxSound(const SoundFormat& format, MediaOutput& output,
-                                                   std::string& reason) const = 0;
+    /// Reads the head of a QuickTime, MP4, AVI or MXF file.
+    virtual MediaFault Describe(MediaInput& input, MediaFacts& facts) const noexcept = 0;
+    /// `output` outlives the muxer, which is null when libavformat does not take the format.
+    virtual MediaFault MuxVideo(const VideoFormat& format, MediaOutput& output,
+                                std::unique_ptr<EssenceMuxer>& muxer) const noexcept = 0;
+    virtual MediaFault MuxSound(const SoundFormat& format, MediaOutput& output,
+                                std::unique_ptr<EssenceMuxer>& muxer) const noexcept = 0;
 };
 
 /// The module's one entry point, and its type: null for a worker of another version.
 inline constexpr const char* kMediaModuleEntry = "Nqp2MediaModule";
 using MediaModuleEntry = const MediaModule* (*)(const char* version);
-
-/// Loads the module that lies beside the running program, once for the process. Fails with a
-/// sentence when it is missing or does not fit.
-Outcome LoadMediaModule(const MediaModule*& module);
 
 } // namespace nqp2::worker

@@ -3,13 +3,10 @@
 
 #include "worker/operations.h"
 
+#include "copy/failure.h"
+#include "NQP2ParserU/WorkerFields.h"
 #include "platform/unicode.h"
-#include "worker/base_clip_info.h"
-#include "worker/clip_delete.h"
-#include "worker/clip_export.h"
-#include "worker/clip_import.h"
-#include "worker/icon_bitmap.h"
-#include "worker/volume_serial.h"
+#include "worker/card_requests.h"
 
 #include <iterator>
 #include <optional>
@@ -19,28 +16,23 @@
 namespace nqp2::worker {
 namespace {
 
-using bridge::kDone;
-
 std::string_view Run(const unsigned char* data, std::uint64_t length) {
     return data == nullptr ? std::string_view()
                            : std::string_view(reinterpret_cast<const char*>(data), length);
 }
 
-/// Bits of the transfer record's value 2: what the host asks for and what the answer tells.
-constexpr std::uint32_t kTakeIncomplete = 1;
-constexpr std::uint32_t kWasIncomplete = 2;
-
 void FillSizes(const TransferSizes& sizes, stu_R8P2TransInfo& info) {
     const auto bytes = [&](ClipPart part) { return sizes.byPart[static_cast<std::size_t>(part)]; };
-    info.size1 = sizes.total;
-    info.size2 = sizes.written;
-    info.size3 = bytes(ClipPart::Video);
-    info.size4 = bytes(ClipPart::Audio);
-    info.size5 = bytes(ClipPart::Metadata);
-    info.size6 = bytes(ClipPart::Other);
-    info.value1 = sizes.files;
-    info.value2 &= ~kWasIncomplete;
-    info.value2 |= sizes.lacks.empty() ? 0 : kWasIncomplete;
+    const TransferFields reply(info);
+    reply.bytes = sizes.total;
+    reply.writtenBytes = sizes.written;
+    reply.videoBytes = bytes(ClipPart::Video);
+    reply.audioBytes = bytes(ClipPart::Audio);
+    reply.metadataBytes = bytes(ClipPart::Metadata);
+    reply.otherBytes = bytes(ClipPart::Other);
+    reply.files = sizes.files;
+    reply.flags &= ~kWasIncomplete;
+    reply.flags |= sizes.lacks.empty() ? 0 : kWasIncomplete;
 }
 
 /// A clip has one of each kind; of several the first counts.
@@ -48,9 +40,11 @@ Relations RelationsOf(const CArray<stu_R8PRelationClipInfo>& related) {
     Relations relations;
     std::optional<RelatedClip>* const kinds[] = {&relations.top, &relations.previous,
                                                  &relations.next};
-    for (const stu_R8PRelationClipInfo& other : related) {
-        if (other.value1 < std::size(kinds) && !*kinds[other.value1]) {
-            *kinds[other.value1] = RelatedClip{other.text1, other.identifier1, other.text2};
+    for (const stu_R8PRelationClipInfo& each : related) {
+        const RelationFields other(each);
+        if (other.kind < std::size(kinds) && !*kinds[other.kind]) {
+            *kinds[other.kind] =
+                RelatedClip{other.clipName, other.identifier, other.cardSerialNumber};
         }
     }
     return relations;
@@ -62,102 +56,99 @@ void Operations::Fail(std::string sentence) {
     m_lastError = std::move(sentence);
 }
 
-std::int32_t Operations::Result(const Outcome& outcome) {
-    if (!outcome) {
-        Fail(outcome.error);
+/// One import or export: what it has come to goes into its answer however it ends.
+class Operations::Transfer {
+public:
+    Transfer(Operations& session, stu_R8P2TransInfo& info)
+        : m_session(session), m_info(info), m_progress(session.m_progress) {}
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+    ~Transfer() {
+        m_session.m_doneKiB = KibiBytes(m_progress.Done());
+        m_session.m_totalKiB = KibiBytes(m_progress.Total());
+        FillSizes(m_sizes, m_info);
     }
-    return outcome ? kDone : bridge::kRefused;
-}
 
-void Operations::Tell(const TransferSizes& sizes, std::int32_t result) {
-    if (result == kDone && !sizes.lacks.empty()) {
-        Fail(sizes.lacks);
+    /// `run` is ImportClip or ExportClips.
+    template <class Request>
+    void Run(void (*run)(const Request&, std::size_t, copy::Watch&, TransferSizes&),
+             const Request& request) {
+        run(request, m_session.m_blockSize, m_progress, m_sizes);
+        if (!m_sizes.lacks.empty()) {
+            m_session.Fail(m_sizes.lacks);
+        }
     }
-}
 
-void Operations::KeepOffsets(const TransferProgress& progress) {
-    m_doneKiB = KibiBytes(progress.Done());
-    m_totalKiB = KibiBytes(progress.Total());
-}
+private:
+    Operations& m_session;
+    stu_R8P2TransInfo& m_info;
+    TransferSizes m_sizes;
+    TransferProgress m_progress;
+};
 
 void Operations::SetSystemType(bridge::SystemTypeMessage& message) {
     if (message.standard < VS_5994I || message.standard > VS_2398P) {
-        message.result =
-            Result(Failure("There is no rate family " + std::to_string(message.standard) + "."));
-        return;
+        throw copy::Failure("There is no rate family " + std::to_string(message.standard) + ".");
     }
     m_standard = static_cast<eP2_VIDEO_STANDARD>(message.standard);
-    message.result = kDone;
 }
 
 void Operations::Import(bridge::ImportFileMessage& message) {
-    TransferSizes sizes;
-    TransferProgress progress(m_progress);
-    message.result = Result(ImportClip({message.info.text1, message.info.text2, message.info.text3,
-                                        (message.info.value2 & kTakeIncomplete) != 0},
-                                       m_blockSize, progress, sizes));
-    Tell(sizes, message.result);
-    KeepOffsets(progress);
-    FillSizes(sizes, message.info);
+    const TransferFields asked(message.info);
+    const ImportRequest request = {asked.cardRoot, asked.clipName, asked.folder,
+                                   (asked.flags & kTakeIncomplete) != 0};
+    Transfer(*this, message.info).Run(ImportClip, request);
 }
 
 void Operations::GetUploadOffset(bridge::UploadOffsetMessage& message) {
     message.first = m_doneKiB;
     message.second = m_totalKiB;
-    message.result = kDone;
 }
 
 void Operations::Export(bridge::ExportFileMessage& message) {
-    TransferSizes sizes;
-    TransferProgress progress(m_progress);
+    const TransferFields asked(message.info);
     ExportRequest request = {
-        message.info.text1, message.info.text3, {}, (message.info.value2 & kTakeIncomplete) != 0};
+        asked.cardRoot, asked.folder, {}, (asked.flags & kTakeIncomplete) != 0};
     for (const CString& name : message.names) {
         request.clipNames.push_back(name);
     }
-    message.result = Result(ExportClips(request, m_blockSize, progress, sizes));
-    Tell(sizes, message.result);
-    KeepOffsets(progress);
-    FillSizes(sizes, message.info);
+    Transfer(*this, message.info).Run(ExportClips, request);
 }
 
 void Operations::Delete(bridge::TextPairMessage& message) {
-    message.result = Result(DeleteClip(message.first, message.second));
+    DeleteClip(message.first, message.second);
 }
 
 void Operations::CreateIcon(bridge::IconMessage& message) {
-    message.result =
-        Result(WriteIcon(message.first, message.second,
-                         Run(message.bits, bridge::PixelBytes(message.size)), message.size));
+    const std::string_view pixels = Run(message.bits, bridge::PixelBytes(message.size));
+    const SIZE size = message.size;
     message.bits = nullptr; // the answer carries no picture
     message.size = {};
+    WriteIcon(message.first, message.second, pixels, size);
 }
 
 void Operations::SetWriteBlockSize(bridge::ValueMessage& message) {
     const auto size = static_cast<std::size_t>(std::max(message.value, 0));
     if (size < copy::kSmallestBlock || size > copy::kLargestBlock) {
-        message.result = Result(
-            Failure("Blocks of " + std::to_string(message.value) + " bytes are not written."));
-        return;
+        throw copy::Failure("Blocks of " + std::to_string(message.value) +
+                            " bytes are not written.");
     }
     m_blockSize = size;
-    message.result = kDone;
 }
 
-void Operations::CloseAllFile(bridge::ResultMessage& message) {
+void Operations::CloseAllFile(bridge::ResultMessage& /*message*/) {
     if (m_recording != nullptr) {
-        static_cast<void>(Stop(false));
+        Stop(false);
     }
-    message.result = kDone;
 }
 
 void Operations::GetSerialNumber(bridge::TextPairMessage& message) {
-    message.result = Result(FindVolumeSerial(message.first, message.second));
+    message.second.Empty();
+    message.second = FindVolumeSerial(message.first);
 }
 
 void Operations::GetLastError(bridge::ErrorTextMessage& message) {
     message.text = platform::TextFromUtf8(m_lastError);
-    message.result = kDone;
 }
 
 void Operations::GetRecordedClips(bridge::ErrorTextMessage& message) {
@@ -166,12 +157,11 @@ void Operations::GetRecordedClips(bridge::ErrorTextMessage& message) {
          m_recording != nullptr ? m_recording->ClipNames() : m_recordedClips) {
         message.text += (message.text.IsEmpty() ? L"" : L"\n") + name;
     }
-    message.result = kDone;
 }
 
 void Operations::GetBaseClipInfo(bridge::BaseClipInfoMessage& message) {
-    message.result = Result(DescribeClip(
-        message.path, [this] { return m_progress.Lasts(); }, message.info));
+    message.info = DescribeClip(
+        message.path, [this] { return m_progress.Lasts(); }, message.info);
 }
 
 void Operations::SetRecordingParameters(bridge::RTExportParamMessage& message) {
@@ -184,31 +174,24 @@ void Operations::SetRecordingParameters(bridge::RTExportParamMessage& message) {
     parameters.startTimecode = message.value1;
     parameters.relations = RelationsOf(message.relatedClips);
     parameters.dropFrame = message.value2 != 0;
-    const Outcome outcome = CheckRecordingParameters(parameters);
-    if (outcome) {
-        m_parameters = std::move(parameters);
-    }
-    message.result = Result(outcome);
+    CheckRecordingParameters(parameters);
+    m_parameters = std::move(parameters);
 }
 
 void Operations::SetRecordingAspect(bridge::ValueMessage& message) {
     m_isWide = message.value != 0;
-    message.result = kDone;
-}
-
-Outcome Operations::Start(std::uint32_t expectedFrames) {
-    if (m_recording != nullptr) {
-        return Failure("A recording is running already.");
-    }
-    if (!m_parameters) {
-        return Failure("The parameters of the recording have not been set.");
-    }
-    m_parameters->isWide = m_isWide;
-    return Recording::Start(*m_parameters, expectedFrames, m_standard, m_recording);
 }
 
 void Operations::StartRecording(bridge::ValueMessage& message) {
-    message.result = Result(Start(static_cast<std::uint32_t>(message.value)));
+    if (m_recording != nullptr) {
+        throw copy::Failure("A recording is running already.");
+    }
+    if (!m_parameters) {
+        throw copy::Failure("The parameters of the recording have not been set.");
+    }
+    m_parameters->isWide = m_isWide;
+    m_recording = std::make_unique<Recording>(
+        *m_parameters, static_cast<std::uint32_t>(message.value), m_standard);
 }
 
 void Operations::AddData(bridge::AVDataMessage& message) {
@@ -218,13 +201,13 @@ void Operations::AddData(bridge::AVDataMessage& message) {
     message.data1 = message.data2 = nullptr; // the answer carries no data
     message.length1 = message.length2 = 0;
     if (m_recording == nullptr) {
-        message.result = Result(Failure("No recording is running."));
-    } else if (message.streamType != kAccessUnits) {
-        message.result = Result(
-            Failure("There is no stream of type " + std::to_string(message.streamType) + "."));
-    } else {
-        message.result = Result(m_recording->Add(video, sound));
+        throw copy::Failure("No recording is running.");
     }
+    if (message.streamType != kAccessUnits) {
+        throw copy::Failure("There is no stream of type " + std::to_string(message.streamType) +
+                            ".");
+    }
+    m_recording->Add(video, sound);
 }
 
 void Operations::MakeBuffer(bridge::BufferMessage& message) {
@@ -233,41 +216,37 @@ void Operations::MakeBuffer(bridge::BufferMessage& message) {
         size = static_cast<std::int32_t>(m_recording->LastUnitSize());
     }
     if (size <= 0 || size > bridge::BufferMessage::kFrameBytes) {
-        message.result =
-            Result(Failure("There is no buffer of " + std::to_string(size) + " bytes."));
-        return;
+        throw copy::Failure("There is no buffer of " + std::to_string(size) + " bytes.");
     }
     m_buffer.assign(static_cast<std::size_t>(size), 0);
     message.data = m_buffer.data();
     message.length = static_cast<std::uint32_t>(size);
-    message.result = kDone;
 }
 
-Outcome Operations::Stop(bool keep) {
+void Operations::Stop(bool keep) {
     const std::unique_ptr<Recording> recording = std::move(m_recording);
     if (recording == nullptr) {
-        return Failure("No recording is running.");
+        throw copy::Failure("No recording is running.");
     }
-    Outcome outcome;
-    if (keep) {
-        outcome = recording->Finish();
-    } else {
-        recording->Drop();
+    try {
+        keep ? recording->Finish() : recording->Drop();
+    } catch (const copy::Failure&) {
+        m_recordedClips = recording->ClipNames(); // those that were completed
+        throw;
     }
     m_recordedClips = recording->ClipNames();
-    return outcome;
 }
 
 void Operations::StopRecording(bridge::StopRTExportMessage& message) {
-    message.result = Result(Stop(message.first == 0));
+    Stop(message.first == 0);
 }
 
-void Operations::RefuseValue(bridge::ValueMessage& message) {
-    message.result = Result(Failure("This request is not served."));
+void Operations::RefuseValue(bridge::ValueMessage& /*message*/) {
+    throw copy::Failure("This request is not served.");
 }
 
-void Operations::RefuseTexts(bridge::TextPairMessage& message) {
-    message.result = Result(Failure("This request is not served."));
+void Operations::RefuseTexts(bridge::TextPairMessage& /*message*/) {
+    throw copy::Failure("This request is not served.");
 }
 
 } // namespace nqp2::worker

@@ -10,6 +10,7 @@
 #include "worker/transfer.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,8 +18,8 @@
 
 namespace nqp2::worker {
 
-/// What a session does for each request: the message holds the arguments and receives the answer.
-/// Used by one thread.
+/// What a session does for each request: the message holds the arguments and receives the answer. A
+/// request that cannot be served throws a Failure. Used by one thread.
 class Operations {
 public:
     explicit Operations(ProgressLink& progress) : m_progress(progress) {}
@@ -44,17 +45,13 @@ public:
     void RefuseValue(bridge::ValueMessage& message);
     void RefuseTexts(bridge::TextPairMessage& message);
 
-    /// Remembers a failure that is no operation's own.
+    /// Remembers a sentence for GetLastError.
     void Fail(std::string sentence);
 
 private:
-    /// The result that stands for the outcome; a failure's sentence is kept.
-    std::int32_t Result(const Outcome& outcome);
-    /// Keeps the sentence about clips that were taken although they are not whole.
-    void Tell(const TransferSizes& sizes, std::int32_t result);
-    void KeepOffsets(const TransferProgress& progress);
-    Outcome Start(std::uint32_t expectedFrames);
-    Outcome Stop(bool keep);
+    class Transfer;
+
+    void Stop(bool keep);
 
     ProgressLink& m_progress;
     std::string m_lastError;
@@ -68,5 +65,14 @@ private:
     std::vector<CString> m_recordedClips; ///< of the last recording
     std::vector<unsigned char> m_buffer;
 };
+
+/// Writes an answer to a buffer of that capacity and returns its length: 0, which the library takes
+/// for a failure, for an unknown number, a damaged request, and running out of memory.
+using Answer = std::function<std::int32_t(unsigned char* reply, std::int32_t capacity)>;
+
+/// Runs the request of that number, whose failure becomes its answer and the session's last error.
+/// Its bytes must stay until the answer is written.
+Answer Dispatch(Operations& operations, std::uint32_t id, unsigned char* request,
+                std::int32_t length) noexcept;
 
 } // namespace nqp2::worker

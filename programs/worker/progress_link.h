@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "copy/copier.h"
 #include "worker/channel_line.h"
-#include "worker/transfer_watch.h"
 
 #include <condition_variable>
 #include <cstdint>
@@ -27,8 +27,8 @@ public:
 
     /// Another transfer, which no earlier wish to abort is meant for.
     void Begin();
-    /// Sends the state unless one of this transfer is still unanswered. False once the host wants to
-    /// abort it.
+    /// Sends the state unless one of this transfer is still unanswered. False once the host wants
+    /// to abort it.
     [[nodiscard]] bool Report(std::uint64_t done, std::uint64_t total);
     /// Sends the last state and waits for what the host says to it.
     [[nodiscard]] bool ReportEnd(std::uint64_t total);
@@ -56,7 +56,7 @@ private:
 };
 
 /// What one transfer reports; remembers the last state.
-class TransferProgress final : public TransferWatch {
+class TransferProgress final : public copy::Watch {
 public:
     explicit TransferProgress(ProgressLink& link) : m_link(link) { m_link.Begin(); }
     TransferProgress(const TransferProgress&) = delete;

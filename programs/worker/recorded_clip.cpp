@@ -16,8 +16,8 @@
 namespace nqp2::worker {
 namespace {
 
-/// What a file has beside its frames, at most: a head of some 30 KiB, and at the end an index of the
-/// frames.
+/// What a file has beside its frames, at most: a head of some 30 KiB, and at the end an index of
+/// the frames.
 constexpr std::uint64_t kHeadOfVideo = std::uint64_t{128} << 10U;
 constexpr std::uint64_t kEndOfVideo = std::uint64_t{1} << 20U;
 constexpr std::uint64_t kEndOfSound = std::uint64_t{256} << 10U; // some silence, too
@@ -53,86 +53,73 @@ std::string PathOf(const platform::Folder& folder, const std::string& name) {
     return folder.Path() + "/" + name;
 }
 
-/// Writes a small file, brings it onto the medium and reads it back from there.
-platform::IoStatus WriteWhole(platform::FileWriter& writer, std::string_view content, bool& same) {
-    std::string back(content.size() + 1, '\0');
-    std::size_t filled = 0;
-    std::size_t count = 1;
-    platform::IoStatus status = writer.WriteAt(0, content);
-    if (status) {
-        status = writer.Flush();
+/// Files of a clip that have their names, which go again unless all get theirs.
+class NamedFiles {
+public:
+    NamedFiles() = default;
+    NamedFiles(const NamedFiles&) = delete;
+    NamedFiles& operator=(const NamedFiles&) = delete;
+    ~NamedFiles() {
+        for (const auto& [folder, name] : m_files) {
+            static_cast<void>(folder->RemoveFile(name));
+        }
     }
-    while (status && count != 0 && filled < back.size()) {
-        status = writer.ReadAt(filled, back.data() + filled, back.size() - filled, count);
-        filled += count;
+    void Commit(platform::Folder& folder, EssenceFile& file) {
+        file.Commit();
+        m_files.emplace_back(&folder, file.Name());
     }
-    same = std::string_view(back).substr(0, filled) == content;
-    return status;
-}
+    void Keep() { m_files.clear(); }
+
+private:
+    std::vector<std::pair<platform::Folder*, std::string>> m_files;
+};
 
 } // namespace
 
-Outcome CheckMetadataTexts(const RecordingParameters& parameters) {
-    std::string xml;
-    return MakeMetadata(Described(parameters, *FindRecordingFormat(parameters.codeType)), xml);
+void CheckMetadataTexts(const RecordingParameters& parameters) {
+    static_cast<void>(
+        MakeMetadata(Described(parameters, *FindRecordingFormat(parameters.codeType))));
 }
 
-ClipMaker::ClipMaker(const RecordingParameters& parameters, ClaimedName name,
-                     std::int64_t framesBefore)
+ClipMaker::ClipMaker(const CardFolders& card, const RecordingParameters& parameters,
+                     ClaimedName name, std::int64_t framesBefore)
     : m_parameters(parameters), m_format(FindRecordingFormat(parameters.codeType)),
       m_name(std::move(name)), m_identifier(platform::NewGuid()), m_framesBefore(framesBefore),
       m_channels(parameters.wave.nChannels), m_startDate(DateText()) {
     if (m_format->unitSize != 0) {
         SetUnitSize(m_format->unitSize);
     }
-}
-
-Outcome ClipMaker::Begin(const CardFolders& card, const RecordingParameters& parameters,
-                         ClaimedName name, std::int64_t framesBefore,
-                         std::unique_ptr<ClipMaker>& clip) {
-    std::unique_ptr<ClipMaker> begun(new ClipMaker(parameters, std::move(name), framesBefore));
-    Outcome outcome = begun->OpenFolders(card);
-    if (outcome) {
-        outcome = begun->KeepRoomForEnd();
-    }
-    if (outcome) {
-        outcome = begun->CreateFiles();
-    }
-    if (outcome) {
-        clip = std::move(begun);
-    }
-    return outcome;
+    OpenFolders(card);
+    KeepRoomForEnd();
+    CreateFiles();
 }
 
 std::string ClipMaker::FileName(const std::string& suffix) const {
     return platform::NameBytesFromText(m_name.name.View()) + suffix;
 }
 
-Outcome ClipMaker::OpenFolders(const CardFolders& card) {
+void ClipMaker::OpenFolders(const CardFolders& card) {
     const std::pair<const char*, std::unique_ptr<platform::Folder>*> wanted[] = {
-        {"VIDEO", &m_place.video}, {"AUDIO", &m_place.sound}, {"CLIP", &m_place.clip}};
+        {"VIDEO", &m_folders.video}, {"AUDIO", &m_folders.sound}, {"CLIP", &m_folders.clip}};
     for (const auto& [name, folder] : wanted) {
-        const platform::IoStatus status = MakeBelow(*card.contents, name, *folder);
-        if (!status) {
-            return Failure("make or open", PathOf(*card.contents, name), status);
-        }
+        copy::Require(MakeBelow(*card.contents, name, *folder), "make or open",
+                      PathOf(*card.contents, name));
         static_cast<void>((*folder)->RemoveAbandoned()); // litter is no reason not to record
     }
-    return {};
 }
 
-Outcome ClipMaker::KeepRoomForEnd() {
+void ClipMaker::KeepRoomForEnd() {
     const std::string name = FileName(".MXF");
-    platform::IoStatus status = m_place.video->Create(name, m_room);
+    platform::IoStatus status = m_folders.video->Create(name, m_room);
     const std::uint64_t size = kEndOfVideo + m_channels.size() * kEndOfSound;
     const std::string block(std::size_t{64} << 10U, 'e'); // not zeros, which may take no room
     for (std::uint64_t at = 0; status && at < size; at += block.size()) {
         status = m_room->WriteAt(at, block);
     }
-    return status ? Outcome() : Failure("write", PathOf(*m_place.video, name), status);
+    copy::Require(status, "write", PathOf(*m_folders.video, name));
 }
 
-Outcome ClipMaker::CreateFiles() {
+void ClipMaker::CreateFiles() {
     const FrameRate& rate = RateOf(*m_format);
     CString timecode = StartTimecodeText(*m_format, m_parameters.startTimecode + m_framesBefore,
                                          m_parameters.dropFrame);
@@ -146,15 +133,14 @@ Outcome ClipMaker::CreateFiles() {
                                 rate,
                                 m_format->isWide || m_parameters.isWide,
                                 platform::Utf8FromText(timecode.View())};
-    Outcome outcome = EssenceFile::CreateVideo(*m_place.video, FileName(".MXF"), format, m_video);
-    for (std::size_t i = 0; outcome && i < m_channels.size(); ++i) {
+    m_video = std::make_unique<EssenceFile>(*m_folders.video, FileName(".MXF"), format);
+    const SoundFormat sound = {m_parameters.wave.wBitsPerSample, rate};
+    for (std::size_t i = 0; i < m_channels.size(); ++i) {
         std::array<char, 32> suffix{};
         std::snprintf(suffix.data(), suffix.size(), "%02zu.MXF", i);
-        outcome = EssenceFile::CreateSound(*m_place.sound, FileName(suffix.data()),
-                                           {m_parameters.wave.wBitsPerSample, rate},
-                                           m_sound.emplace_back());
+        m_sound.push_back(
+            std::make_unique<EssenceFile>(*m_folders.sound, FileName(suffix.data()), sound));
     }
-    return outcome;
 }
 
 void ClipMaker::SetUnitSize(std::size_t size) {
@@ -163,13 +149,12 @@ void ClipMaker::SetUnitSize(std::size_t size) {
     m_mostFrames = std::max<std::int64_t>(1, static_cast<std::int64_t>(frames));
 }
 
-Outcome ClipMaker::AddVideo(std::string_view unit) {
-    Outcome outcome = m_video->Add(unit);
-    if (outcome && Frames() == 1) {
+void ClipMaker::AddVideo(std::string_view unit) {
+    m_video->Add(unit);
+    if (Frames() == 1) {
         m_codec = CodecName(*m_format, unit);
         SetUnitSize(unit.size());
     }
-    return outcome;
 }
 
 std::uint64_t ClipMaker::SoundRoom() const {
@@ -179,7 +164,7 @@ std::uint64_t ClipMaker::SoundRoom() const {
     return m_sound.front()->SoundUntil(m_mostFrames) * m_sound.size();
 }
 
-Outcome ClipMaker::AddSound(std::string_view samples) {
+void ClipMaker::AddSound(std::string_view samples) {
     const std::size_t sample = m_parameters.wave.wBitsPerSample / 8U;
     const std::size_t channels = m_channels.size();
     for (std::string& channel : m_channels) {
@@ -188,24 +173,20 @@ Outcome ClipMaker::AddSound(std::string_view samples) {
     for (std::size_t at = 0; at < samples.size(); at += sample) {
         m_channels[at / sample % channels].append(samples.substr(at, sample));
     }
-    Outcome outcome;
-    for (std::size_t i = 0; outcome && i < channels; ++i) {
-        outcome = m_sound[i]->Add(m_channels[i]);
+    for (std::size_t i = 0; i < channels; ++i) {
+        m_sound[i]->Add(m_channels[i]);
     }
-    return outcome;
 }
 
-Outcome ClipMaker::FinishEssence() {
+void ClipMaker::FinishEssence() {
     m_room.reset();
-    Outcome outcome = m_video->Finish(Frames());
-    for (std::size_t i = 0; outcome && i < m_sound.size(); ++i) {
-        outcome = m_sound[i]->Finish(Frames());
+    m_video->Finish(Frames());
+    for (const auto& file : m_sound) {
+        file->Finish(Frames());
     }
-    return outcome;
 }
 
-Outcome ClipMaker::WriteMetadata(const Relations& relations,
-                                 std::unique_ptr<platform::FileWriter>& writer) const {
+std::unique_ptr<platform::FileWriter> ClipMaker::WriteMetadata(const Relations& relations) const {
     RecordedClip clip = Described(m_parameters, *m_format);
     clip.name = m_name.name;
     clip.identifier = m_identifier;
@@ -219,57 +200,34 @@ Outcome ClipMaker::WriteMetadata(const Relations& relations,
     clip.relations = relations;
     clip.startDate = m_startDate;
     clip.endDate = DateText();
-    std::string xml;
-    if (Outcome outcome = MakeMetadata(clip, xml); !outcome) {
-        return outcome;
-    }
+    const std::string xml = MakeMetadata(clip);
     const std::string name = FileName(".XML");
-    const std::string path = PathOf(*m_place.clip, name);
-    bool same = false;
-    platform::IoStatus status = m_place.clip->Create(name, writer);
-    if (status) {
-        status = WriteWhole(*writer, xml, same);
-    }
-    if (!status) {
-        return Failure("write", path, status);
-    }
-    return same ? Outcome()
-                : Failure("What the medium gives back of " + path + " is not what was written.");
+    const std::string path = PathOf(*m_folders.clip, name);
+    std::unique_ptr<platform::FileWriter> writer;
+    copy::Require(m_folders.clip->Create(name, writer), "write", path);
+    copy::Require(writer->WriteAt(0, xml), "write", path);
+    copy::Require(writer->Flush(), "write", path);
+    copy::Digest digest;
+    digest.Add(xml);
+    std::string block(xml.size(), '\0');
+    CheckReadBack(*writer, path, 0, digest, block, [](std::size_t) {});
+    return writer;
 }
 
-Outcome ClipMaker::NameFiles(platform::FileWriter& metadata) {
-    std::vector<std::pair<platform::Folder*, std::string>> named;
-    Outcome outcome = m_video->Commit();
-    if (outcome) {
-        named.emplace_back(m_place.video.get(), m_video->Name());
+void ClipMaker::NameFiles(platform::FileWriter& metadata) {
+    NamedFiles named;
+    named.Commit(*m_folders.video, *m_video);
+    for (const auto& file : m_sound) {
+        named.Commit(*m_folders.sound, *file);
     }
-    for (std::size_t i = 0; outcome && i < m_sound.size(); ++i) {
-        outcome = m_sound[i]->Commit();
-        if (outcome) {
-            named.emplace_back(m_place.sound.get(), m_sound[i]->Name());
-        }
-    }
-    if (outcome) {
-        const platform::IoStatus status = metadata.Commit();
-        outcome = status
-                      ? Outcome()
-                      : Failure("name the file", PathOf(*m_place.clip, FileName(".XML")), status);
-    }
-    if (!outcome) {
-        for (const auto& [folder, name] : named) {
-            static_cast<void>(folder->RemoveFile(name));
-        }
-    }
-    return outcome;
+    copy::Require(metadata.Commit(), "name the file", PathOf(*m_folders.clip, FileName(".XML")));
+    named.Keep();
 }
 
-Outcome ClipMaker::Finish(const Relations& relations) {
-    std::unique_ptr<platform::FileWriter> metadata;
-    Outcome outcome = FinishEssence();
-    if (outcome) {
-        outcome = WriteMetadata(relations, metadata);
-    }
-    return outcome ? NameFiles(*metadata) : outcome;
+void ClipMaker::Finish(const Relations& relations) {
+    FinishEssence();
+    const std::unique_ptr<platform::FileWriter> metadata = WriteMetadata(relations);
+    NameFiles(*metadata);
 }
 
 } // namespace nqp2::worker

@@ -6,12 +6,10 @@
 #include "NQP2ParserU/CodeType.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/MediaHeaders.h"
-#include "worker/card_folder.h"
+#include "worker/clip_names.h"
 #include "worker/essence_file.h"
-#include "worker/outcome.h"
 #include "worker/recording_format.h"
 #include "worker/recording_metadata.h"
-#include "worker/recording_name.h"
 
 #include <cstdint>
 #include <memory>
@@ -36,20 +34,19 @@ struct RecordingParameters {
 };
 
 /// One clip of a recording in the making: its files are hidden until Finish, and gone with the
-/// object without it. One thread at a time.
+/// object without it. Everything throws a Failure. One thread at a time.
 class ClipMaker {
 public:
     /// `framesBefore`: of the recording's earlier clips.
-    static Outcome Begin(const CardFolders& card, const RecordingParameters& parameters,
-                         ClaimedName name, std::int64_t framesBefore,
-                         std::unique_ptr<ClipMaker>& clip);
+    ClipMaker(const CardFolders& card, const RecordingParameters& parameters, ClaimedName name,
+              std::int64_t framesBefore);
 
     /// One access unit, which fits the format. What fails to be written is not in the clip.
-    Outcome AddVideo(std::string_view unit);
+    void AddVideo(std::string_view unit);
     /// Interleaved whole samples.
-    Outcome AddSound(std::string_view samples);
+    void AddSound(std::string_view samples);
     /// Completes and checks all files and gives them their names, the metadata file last.
-    Outcome Finish(const Relations& relations);
+    void Finish(const Relations& relations);
 
     [[nodiscard]] std::int64_t Frames() const { return m_video->Frames(); }
     /// Whether no frame has room any more.
@@ -64,22 +61,22 @@ public:
     [[nodiscard]] RelatedClip Self() const { return {m_name.name, m_identifier, {}}; }
 
 private:
-    struct Place {
+    struct Folders {
         std::unique_ptr<platform::Folder> video;
         std::unique_ptr<platform::Folder> sound;
         std::unique_ptr<platform::Folder> clip;
     };
 
-    ClipMaker(const RecordingParameters& parameters, ClaimedName name, std::int64_t framesBefore);
     /// Finds out how many frames of that size have room.
     void SetUnitSize(std::size_t size);
-    Outcome OpenFolders(const CardFolders& card);
-    Outcome CreateFiles();
-    Outcome KeepRoomForEnd();
-    Outcome FinishEssence();
-    Outcome WriteMetadata(const Relations& relations,
-                          std::unique_ptr<platform::FileWriter>& writer) const;
-    Outcome NameFiles(platform::FileWriter& metadata);
+    void OpenFolders(const CardFolders& card);
+    void CreateFiles();
+    void KeepRoomForEnd();
+    void FinishEssence();
+    /// The metadata file, checked and still hidden.
+    [[nodiscard]] std::unique_ptr<platform::FileWriter>
+    WriteMetadata(const Relations& relations) const;
+    void NameFiles(platform::FileWriter& metadata);
     [[nodiscard]] std::string FileName(const std::string& suffix) const;
 
     RecordingParameters m_parameters;
@@ -88,7 +85,7 @@ private:
     GUID m_identifier;
     std::int64_t m_framesBefore;
     std::int64_t m_mostFrames = 0; ///< 0: not known yet
-    Place m_place;
+    Folders m_folders;
     std::unique_ptr<EssenceFile> m_video;
     std::vector<std::unique_ptr<EssenceFile>> m_sound;
     std::vector<std::string> m_channels; ///< samples of each channel, taken apart
@@ -98,8 +95,8 @@ private:
     CString m_startDate;
 };
 
-/// What the metadata of such a clip will say, as far as it is known before: to find texts that XML
-/// cannot hold.
-Outcome CheckMetadataTexts(const RecordingParameters& parameters);
+/// Makes what the metadata of such a clip will say, as far as it is known before: fails for texts
+/// that XML cannot hold.
+void CheckMetadataTexts(const RecordingParameters& parameters);
 
 } // namespace nqp2::worker

@@ -27,159 +27,131 @@ bool IsSound(const WAVEFORMATEX& wave) {
 
 } // namespace
 
-Outcome CheckRecordingParameters(const RecordingParameters& parameters) {
+void CheckRecordingParameters(const RecordingParameters& parameters) {
     const RecordingFormat* const format = FindRecordingFormat(parameters.codeType);
     if (format == nullptr) {
-        return Failure("Code type " + std::to_string(parameters.codeType) + " cannot be recorded.");
+        throw copy::Failure("Code type " + std::to_string(parameters.codeType) +
+                            " cannot be recorded.");
     }
     if (parameters.wave.nChannels != 0 && !IsSound(parameters.wave)) {
-        return Failure("Sound is recorded as PCM of 16 or 24 bits at 48 kHz, up to 16 channels.");
+        throw copy::Failure(
+            "Sound is recorded as PCM of 16 or 24 bits at 48 kHz, up to 16 channels.");
     }
     if (parameters.dropFrame && !CanDropFrames(*format)) {
-        return Failure("Timecodes of this rate drop no frames.");
+        throw copy::Failure("Timecodes of this rate drop no frames.");
     }
-    CardFolders card;
-    Outcome outcome = OpenCard(parameters.cardRoot, card);
-    if (outcome && !parameters.clipName.IsEmpty()) {
-        outcome = CheckRecordingName(parameters.clipName);
+    static_cast<void>(OpenCard(parameters.cardRoot));
+    if (!parameters.clipName.IsEmpty()) {
+        CheckRecordingName(parameters.clipName);
     }
-    return outcome ? CheckMetadataTexts(parameters) : outcome;
+    CheckMetadataTexts(parameters);
 }
 
-Recording::Recording(RecordingParameters parameters, CardFolders card)
-    : m_parameters(std::move(parameters)), m_format(FindRecordingFormat(m_parameters.codeType)),
-      m_card(std::move(card)) {}
-
-Outcome Recording::Start(const RecordingParameters& parameters, std::uint32_t expectedFrames,
-                         eP2_VIDEO_STANDARD standard, std::unique_ptr<Recording>& recording) {
-    CardFolders card;
-    Outcome outcome = CheckRecordingParameters(parameters);
-    if (outcome) {
-        outcome = OpenCard(parameters.cardRoot, card);
-    }
-    if (!outcome) {
-        return outcome;
-    }
-    static_cast<void>(card.root->RemoveAbandoned()); // claims of killed workers
-    std::unique_ptr<Recording> started(new Recording(parameters, std::move(card)));
-    outcome = started->CheckSpace(expectedFrames, standard);
-    if (outcome) {
-        outcome = started->BeginNext();
-    }
-    if (outcome) {
-        recording = std::move(started);
-    }
-    return outcome;
+Recording::Recording(const RecordingParameters& parameters, std::uint32_t expectedFrames,
+                     eP2_VIDEO_STANDARD standard)
+    : m_parameters(parameters), m_format(FindRecordingFormat(parameters.codeType)) {
+    CheckRecordingParameters(parameters);
+    m_card = OpenCard(parameters.cardRoot);
+    static_cast<void>(m_card.root->RemoveAbandoned()); // claims of killed workers
+    CheckSpace(expectedFrames, standard);
+    BeginNext();
 }
 
 Recording::~Recording() {
-    platform::Guarded(false, [this] { return static_cast<bool>(Finish()); });
+    platform::Guarded([this] { Finish(); });
 }
 
-Outcome Recording::CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard) const {
+void Recording::CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard) const {
     const bool wideAudio = m_parameters.wave.wBitsPerSample == 24;
     const std::int64_t space =
         capacity::CostOf(m_format->type, wideAudio, standard).Space(std::int64_t{frames});
+    const std::string& path = m_card.contents->Path();
     std::uint64_t free = 0;
-    if (const auto status = m_card.contents->UsableSpace(free); !status) {
-        return Failure("ask for the free space of", m_card.contents->Path(), status);
+    copy::Require(m_card.contents->UsableSpace(free), "ask for the free space of", path);
+    if (frames != 0 && static_cast<std::uint64_t>(std::max<std::int64_t>(space, 0)) > free) {
+        throw copy::Failure("There is too little space in " + path + " for " +
+                            std::to_string(frames) + " frames.");
     }
-    return frames == 0 || static_cast<std::uint64_t>(std::max<std::int64_t>(space, 0)) <= free
-               ? Outcome()
-               : Failure("There is too little space in " + m_card.contents->Path() + " for " +
-                         std::to_string(frames) + " frames.");
 }
 
-Outcome Recording::BeginNext() {
+void Recording::BeginNext() {
     const bool isFirst = m_clips.empty() && !m_previous;
     const bool isChosen = isFirst && !m_parameters.clipName.IsEmpty();
     const CString last = m_clips.empty() ? CString() : m_clips.back()->Name();
-    ClaimedName name;
-    Outcome outcome = isChosen ? ClaimName(m_card, m_parameters.clipName, name)
-                               : ClaimFreeName(m_card, last, name);
-    if (outcome) {
-        const std::int64_t before = m_clips.empty() ? 0 : m_clips.back()->FramesUntilFull();
-        std::unique_ptr<ClipMaker> clip;
-        outcome = ClipMaker::Begin(m_card, m_parameters, std::move(name), before, clip);
-        if (outcome) {
-            m_clips.push_back(std::move(clip));
-        }
-    }
-    return outcome;
+    const std::int64_t before = m_clips.empty() ? 0 : m_clips.back()->FramesUntilFull();
+    ClaimedName name =
+        isChosen ? ClaimName(m_card, m_parameters.clipName) : ClaimFreeName(m_card, last);
+    m_clips.push_back(std::make_unique<ClipMaker>(m_card, m_parameters, std::move(name), before));
 }
 
-Outcome Recording::CheckUnit(std::string_view unit) const {
+void Recording::CheckUnit(std::string_view unit) const {
     const bool isFirst = m_lastUnitSize == 0;
-    if (Outcome outcome = CheckAccessUnit(*m_format, unit, isFirst); !outcome) {
-        return outcome;
-    }
+    CheckAccessUnit(*m_format, unit, isFirst);
     if (!isFirst && unit.size() != m_lastUnitSize) {
-        return Failure("An access unit of " + std::to_string(unit.size()) +
-                       " bytes follows one of " + std::to_string(m_lastUnitSize) +
-                       "; all of a clip have one size.");
+        throw copy::Failure("An access unit of " + std::to_string(unit.size()) +
+                            " bytes follows one of " + std::to_string(m_lastUnitSize) +
+                            "; all of a clip have one size.");
     }
-    return {};
 }
 
-Outcome Recording::AddVideo(std::string_view unit) {
-    Outcome outcome = CheckUnit(unit);
-    if (outcome && m_clips.back()->IsFull()) {
-        outcome = BeginNext();
-    }
-    if (!outcome) {
-        return outcome;
+void Recording::AddVideo(std::string_view unit) {
+    CheckUnit(unit);
+    if (m_clips.back()->IsFull()) {
+        BeginNext();
     }
     const auto clip = std::find_if(m_clips.begin(), m_clips.end(),
                                    [](const auto& each) { return !each->IsFull(); });
-    outcome = (*clip)->AddVideo(unit);
-    if (outcome) {
-        m_lastUnitSize = unit.size();
-    } else if ((*clip)->Frames() == 0 && clip != m_clips.begin()) {
-        m_clips.erase(clip, m_clips.end()); // the next frame may begin it anew
+    try {
+        (*clip)->AddVideo(unit);
+    } catch (const copy::Failure&) {
+        if ((*clip)->Frames() == 0 && clip != m_clips.begin()) {
+            m_clips.erase(clip, m_clips.end()); // the next frame may begin it anew
+        }
+        throw;
     }
-    return outcome;
+    m_lastUnitSize = unit.size();
 }
 
-Outcome Recording::AddSound(std::string_view samples) {
+void Recording::AddSound(std::string_view samples) {
     const std::size_t sample = m_parameters.wave.wBitsPerSample / 8U;
     const std::size_t channels = m_parameters.wave.nChannels;
     if (channels == 0 || samples.size() % (sample * channels) != 0) {
-        return Failure(std::to_string(samples.size()) +
-                       " bytes of sound are not whole samples of " + std::to_string(channels) +
-                       " channels.");
+        throw copy::Failure(std::to_string(samples.size()) +
+                            " bytes of sound are not whole samples of " + std::to_string(channels) +
+                            " channels.");
     }
-    Outcome outcome;
-    while (outcome && !samples.empty()) {
-        auto clip = std::find_if(m_clips.begin(), m_clips.end(),
-                                 [](const auto& each) { return each->SoundRoom() != 0; });
+    while (!samples.empty()) {
+        const auto clip = std::find_if(m_clips.begin(), m_clips.end(),
+                                       [](const auto& each) { return each->SoundRoom() != 0; });
         if (clip != m_clips.end()) {
             const std::string_view part = samples.substr(0, (*clip)->SoundRoom());
             samples.remove_prefix(part.size());
-            outcome = (*clip)->AddSound(part);
+            (*clip)->AddSound(part);
         } else if (m_clips.size() < kMostClipsAtOnce) {
-            outcome = BeginNext();
+            BeginNext();
         } else {
-            outcome = Failure("The sound is a whole clip ahead of the video.");
+            throw copy::Failure("The sound is a whole clip ahead of the video.");
         }
     }
-    return outcome;
 }
 
-Outcome Recording::Add(std::string_view video, std::string_view sound) {
-    Outcome outcome = video.empty() ? Outcome() : AddVideo(video);
-    CompleteFull();
-    if (outcome && !sound.empty()) {
-        outcome = AddSound(sound);
+void Recording::Add(std::string_view video, std::string_view sound) {
+    if (!video.empty()) {
+        AddVideo(video);
     }
     CompleteFull();
-    return outcome;
+    if (!sound.empty()) {
+        AddSound(sound);
+    }
+    CompleteFull();
 }
 
-void Recording::Note(const ClipMaker& clip, const Outcome& outcome) {
-    if (outcome) {
+void Recording::Complete(const ClipMaker& clip, const std::function<void()>& completion) {
+    try {
+        completion();
         m_completed.push_back(clip.Name());
-    } else if (m_trouble) {
-        m_trouble = outcome;
+    } catch (const std::exception&) {
+        m_trouble = m_trouble ? m_trouble : std::current_exception();
     }
 }
 
@@ -196,7 +168,7 @@ std::vector<CString> Recording::ClipNames() const {
 
 void Recording::WaitForOther() {
     if (m_other.valid()) {
-        Note(*m_otherClip, m_other.get());
+        Complete(*m_otherClip, [this] { m_other.get(); });
     }
     m_otherClip.reset();
 }
@@ -229,37 +201,37 @@ void Recording::CompleteFull() {
         WaitForOther();
         Relations relations;
         m_otherClip = TakeFirst(relations);
-        const auto complete = [clip = m_otherClip.get(), relations] {
-            return platform::Guarded(Failure("Out of memory."),
-                                     [&] { return clip->Finish(relations); });
-        };
+        const auto finish = [clip = m_otherClip.get(), relations] { clip->Finish(relations); };
         try {
-            m_other = std::async(std::launch::async, complete);
+            m_other = std::async(std::launch::async, finish);
         } catch (const std::system_error&) { // no thread for it
-            Note(*m_otherClip, complete());
+            Complete(*m_otherClip, finish);
             m_otherClip.reset();
         }
     }
 }
 
-Outcome Recording::Finish() {
+void Recording::Finish() {
     if (m_isOver) {
-        return {};
+        return;
     }
     m_isOver = true;
     while (!m_clips.empty() && m_clips.back()->Frames() == 0) {
         m_clips.pop_back();
     }
-    if (m_clips.empty()) {
-        m_trouble = Failure("No frame was recorded.");
-    }
+    const bool isEmpty = m_clips.empty();
     WaitForOther();
     while (!m_clips.empty()) {
         Relations relations;
         const std::unique_ptr<ClipMaker> clip = TakeFirst(relations);
-        Note(*clip, clip->Finish(relations));
+        Complete(*clip, [&] { clip->Finish(relations); });
     }
-    return m_trouble;
+    if (isEmpty) {
+        throw copy::Failure("No frame was recorded.");
+    }
+    if (m_trouble) {
+        std::rethrow_exception(m_trouble);
+    }
 }
 
 void Recording::Drop() {

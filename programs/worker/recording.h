@@ -7,6 +7,8 @@
 
 #include <cstdint>
 #include <deque>
+#include <exception>
+#include <functional>
 #include <future>
 #include <memory>
 #include <optional>
@@ -16,25 +18,26 @@
 namespace nqp2::worker {
 
 /// Fails for what Recording could not write.
-Outcome CheckRecordingParameters(const RecordingParameters& parameters);
+void CheckRecordingParameters(const RecordingParameters& parameters);
 
 /// Clips that are being written onto a card from one stream: mostly one, and another one that is
 /// linked to it whenever a file has reached the size that cards can hold. What was recorded is kept
-/// when the object goes, up to the last whole frame, unless Drop is called. One thread at a time.
+/// when the object goes, up to the last whole frame, unless Drop is called. Everything throws a
+/// Failure. One thread at a time.
 class Recording {
 public:
     /// `expectedFrames`: 0 when nobody knows. Fails when they do not fit.
-    static Outcome Start(const RecordingParameters& parameters, std::uint32_t expectedFrames,
-                         eP2_VIDEO_STANDARD standard, std::unique_ptr<Recording>& recording);
+    Recording(const RecordingParameters& parameters, std::uint32_t expectedFrames,
+              eP2_VIDEO_STANDARD standard);
     ~Recording();
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
 
     /// One access unit of video and interleaved PCM, each of which may be empty. A failure leaves
     /// what came before.
-    Outcome Add(std::string_view video, std::string_view sound);
+    void Add(std::string_view video, std::string_view sound);
     /// Completes what is under way. A failure tells of the first clip that could not be completed.
-    Outcome Finish();
+    void Finish();
     /// Removes what is under way; clips that were completed before stay.
     void Drop();
 
@@ -44,31 +47,30 @@ public:
     [[nodiscard]] std::size_t LastUnitSize() const { return m_lastUnitSize; }
 
 private:
-    Recording(RecordingParameters parameters, CardFolders card);
-    Outcome CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard) const;
-    Outcome CheckUnit(std::string_view unit) const;
+    void CheckSpace(std::uint32_t frames, eP2_VIDEO_STANDARD standard) const;
+    void CheckUnit(std::string_view unit) const;
     /// Begins the clip behind the last one.
-    Outcome BeginNext();
-    Outcome AddVideo(std::string_view unit);
-    Outcome AddSound(std::string_view samples);
+    void BeginNext();
+    void AddVideo(std::string_view unit);
+    void AddSound(std::string_view samples);
     /// Completes clips, all but the last, to which nothing more will come, beside the recording.
     void CompleteFull();
     /// Takes the first clip out of the row, with what it has to say of the others.
     std::unique_ptr<ClipMaker> TakeFirst(Relations& relations);
     void WaitForOther();
-    /// Remembers how the completion of a clip ended.
-    void Note(const ClipMaker& clip, const Outcome& outcome);
+    /// Runs the completion of a clip and remembers how it ended.
+    void Complete(const ClipMaker& clip, const std::function<void()>& completion);
 
     RecordingParameters m_parameters;
     const RecordingFormat* m_format;
     CardFolders m_card;
     std::deque<std::unique_ptr<ClipMaker>> m_clips; ///< not completed yet
     std::unique_ptr<ClipMaker> m_otherClip;         ///< is being completed
-    std::future<Outcome> m_other;
+    std::future<void> m_other;
     std::vector<CString> m_completed;
     std::optional<RelatedClip> m_top;      ///< the recording's first clip
     std::optional<RelatedClip> m_previous; ///< the one before those
-    Outcome m_trouble;                     ///< the first
+    std::exception_ptr m_trouble;          ///< the first
     std::size_t m_lastUnitSize = 0;
     bool m_isOver = false;
 };

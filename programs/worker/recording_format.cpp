@@ -63,11 +63,11 @@ unsigned Byte(std::string_view bytes, std::size_t index) {
     return static_cast<unsigned char>(bytes[index]);
 }
 
-Outcome OfAnotherFormat(const RecordingFormat& format, const std::string& what) {
+copy::Failure OfAnotherFormat(const RecordingFormat& format, const std::string& what) {
     const auto text = [](const wchar_t* wide) { return platform::Utf8FromText(wide); };
     const std::string codecClass = text(format.codecClass);
-    return Failure("This is no frame of " + text(format.codec) + " at " + text(format.rate) +
-                   (codecClass.empty() ? "" : " of class " + codecClass) + ": " + what + ".");
+    return copy::Failure("This is no frame of " + text(format.codec) + " at " + text(format.rate) +
+                         (codecClass.empty() ? "" : " of class " + codecClass) + ": " + what + ".");
 }
 
 // Frames of DV (SMPTE ST 314, ST 370) are sequences of 150 blocks of 80 bytes.
@@ -108,22 +108,22 @@ bool IsOneFrame(std::string_view unit, std::size_t sequencesOfChannel) {
     return true;
 }
 
-Outcome CheckDvUnit(const RecordingFormat& format, std::string_view unit) {
+void CheckDvUnit(const RecordingFormat& format, std::string_view unit) {
     constexpr unsigned kSystem50Hz = 0x80;
     if (unit.size() != format.unitSize) {
-        return Failure("A frame of this format has " + std::to_string(format.unitSize) +
-                       " bytes, " + std::to_string(unit.size()) + " came.");
+        throw copy::Failure("A frame of this format has " + std::to_string(format.unitSize) +
+                            " bytes, " + std::to_string(unit.size()) + " came.");
     }
     const bool is50Hz = (Byte(unit, 3) & kSystem50Hz) != 0;
     if (is50Hz != RateOf(format).Is50Hz()) {
-        return OfAnotherFormat(format, is50Hz ? "it is one of 50 Hz" : "it is one of 60 Hz");
+        throw OfAnotherFormat(format, is50Hz ? "it is one of 50 Hz" : "it is one of 60 Hz");
     }
     if (!IsOneFrame(unit, is50Hz ? 12 : 10)) {
-        return OfAnotherFormat(format, "its sequences are not those of one frame");
+        throw OfAnotherFormat(format, "its sequences are not those of one frame");
     }
-    return SignalType(unit).value_or(SignalTypeOf(format)) == SignalTypeOf(format)
-               ? Outcome()
-               : OfAnotherFormat(format, "it says that it is of another raster or class");
+    if (SignalType(unit).value_or(SignalTypeOf(format)) != SignalTypeOf(format)) {
+        throw OfAnotherFormat(format, "it says that it is of another raster or class");
+    }
 }
 
 /// What AVC-Intra of class 100 takes for a frame; class 200 takes twice as much.
@@ -151,40 +151,42 @@ bool IsOfRate(const RecordingFormat& format, const avchd::SequenceParameters& pa
            std::abs(told / wanted - 1) < kTolerance;
 }
 
-Outcome CheckParameters(const RecordingFormat& format, const avchd::SequenceParameters& parameters,
-                        std::size_t size) {
+void CheckParameters(const RecordingFormat& format, const avchd::SequenceParameters& parameters,
+                     std::size_t size) {
     constexpr unsigned kHigh10 = 110;  // class 50
     constexpr unsigned kHigh422 = 122; // the others
     const bool isClass50 = std::wstring_view(format.codecClass) == L"50";
     const bool isInterlaced = RateOf(format).IsInterlaced();
     if (parameters.pixels != format.width || parameters.lines != format.height) {
-        return OfAnotherFormat(format, "it has " + std::to_string(parameters.pixels) + " x " +
-                                           std::to_string(parameters.lines) + " pixels");
+        throw OfAnotherFormat(format, "it has " + std::to_string(parameters.pixels) + " x " +
+                                          std::to_string(parameters.lines) + " pixels");
     }
     if (!IsOfRate(format, parameters) || (isInterlaced && !parameters.isFieldCoded)) {
-        return OfAnotherFormat(format, "it is of another rate");
+        throw OfAnotherFormat(format, "it is of another rate");
     }
-    return parameters.profile == (isClass50 ? kHigh10 : kHigh422) && IsOfClass(format, size)
-               ? Outcome()
-               : OfAnotherFormat(format, "it is of another class");
+    if (parameters.profile != (isClass50 ? kHigh10 : kHigh422) || !IsOfClass(format, size)) {
+        throw OfAnotherFormat(format, "it is of another class");
+    }
 }
 
-Outcome CheckAvcUnit(const RecordingFormat& format, std::string_view unit, bool first) {
+void CheckAvcUnit(const RecordingFormat& format, std::string_view unit, bool first) {
     constexpr std::size_t kShortest = 8;
     const bool isAnnexB =
         unit.size() >= kShortest && (unit.starts_with(std::string_view("\0\0\1", 3)) ||
                                      unit.starts_with(std::string_view("\0\0\0\1", 4)));
     if (!isAnnexB) {
-        return Failure("This is no access unit of AVC in the form of Annex B.");
+        throw copy::Failure("This is no access unit of AVC in the form of Annex B.");
     }
     if (!first) {
-        return {};
+        return;
     }
     const auto parameters =
         avchd::DecodeVideoHead({reinterpret_cast<const std::uint8_t*>(unit.data()), unit.size()})
             .parameters;
-    return parameters ? CheckParameters(format, *parameters, unit.size())
-                      : Failure("The first access unit carries no parameter sets.");
+    if (!parameters) {
+        throw copy::Failure("The first access unit carries no parameter sets.");
+    }
+    CheckParameters(format, *parameters, unit.size());
 }
 
 } // namespace
@@ -202,9 +204,12 @@ const FrameRate& RateOf(const RecordingFormat& format) {
     return rate != nullptr ? *rate : kNone;
 }
 
-Outcome CheckAccessUnit(const RecordingFormat& format, std::string_view unit, bool first) {
-    return format.essence == VideoCodec::Dv ? CheckDvUnit(format, unit)
-                                            : CheckAvcUnit(format, unit, first);
+void CheckAccessUnit(const RecordingFormat& format, std::string_view unit, bool first) {
+    if (format.essence == VideoCodec::Dv) {
+        CheckDvUnit(format, unit);
+    } else {
+        CheckAvcUnit(format, unit, first);
+    }
 }
 
 CString CodecName(const RecordingFormat& format, std::string_view unit) {

@@ -32,9 +32,9 @@ const RecordingFormat* FindRecordingFormat(eCodeType type);
 /// The rate that its text names.
 const FrameRate& RateOf(const RecordingFormat& format);
 
-/// Whether the bytes can be an access unit of that format: system, raster, rate and class as far as
-/// they tell. AVC-Intra tells in the parameter sets, which `first` asks for.
-Outcome CheckAccessUnit(const RecordingFormat& format, std::string_view unit, bool first);
+/// Fails unless the bytes can be an access unit of that format: system, raster, rate and class as
+/// far as they tell. AVC-Intra tells in the parameter sets, which `first` asks for.
+void CheckAccessUnit(const RecordingFormat& format, std::string_view unit, bool first);
 
 /// The codec's name in the metadata, which for DV of 625 lines depends on the sampling.
 CString CodecName(const RecordingFormat& format, std::string_view unit);

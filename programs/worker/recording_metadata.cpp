@@ -26,7 +26,7 @@ public:
     explicit Writer(const RecordedClip& clip)
         : MetadataWriter(clip.format->type, 0), m_clip(clip) {}
 
-    bool Write(std::string& xml) {
+    std::string Write() {
         Open(L"ClipContent");
         Text(L"ClipName", m_clip.name);
         Text(L"GlobalClipID", IdentifierOf(m_clip.identifier));
@@ -39,10 +39,10 @@ public:
         }
         WriteClipMetadata();
         Close();
-        if (IsSound()) {
-            xml = dom::Serialize(*Builder().GetDocumentPtr()->DocumentNode());
+        if (!IsSound()) {
+            throw copy::Failure("A name or title of the recording holds what XML cannot.");
         }
-        return IsSound();
+        return dom::Serialize(*Builder().GetDocumentPtr()->DocumentNode());
     }
 
 private:
@@ -137,10 +137,8 @@ CString StartTimecodeText(const RecordingFormat& format, std::int64_t frames, bo
     return media::TimecodeText(number, rate.nominal);
 }
 
-Outcome MakeMetadata(const RecordedClip& clip, std::string& xml) {
-    Writer writer(clip);
-    return writer.Write(xml) ? Outcome()
-                             : Failure("A name or title of the recording holds what XML cannot.");
+std::string MakeMetadata(const RecordedClip& clip) {
+    return Writer(clip).Write();
 }
 
 } // namespace nqp2::worker

@@ -5,7 +5,6 @@
 
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Guid.h"
-#include "worker/outcome.h"
 #include "worker/recording_format.h"
 
 #include <cstdint>
@@ -62,6 +61,6 @@ CString StartTimecodeText(const RecordingFormat& format, std::int64_t frames, bo
 bool CanDropFrames(const RecordingFormat& format);
 
 /// The metadata file of a recording. Fails for texts that XML cannot hold.
-Outcome MakeMetadata(const RecordedClip& clip, std::string& xml);
+std::string MakeMetadata(const RecordedClip& clip);
 
 } // namespace nqp2::worker

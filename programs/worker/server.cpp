@@ -5,7 +5,7 @@
 
 #include "bridge/messages.h"
 #include "platform/guard.h"
-#include "worker/host_services.h"
+#include "worker/channel_line.h"
 #include "worker/session.h"
 
 #include <system_error>
@@ -41,8 +41,8 @@ void Server::AddSession(ChannelHandle requests) {
 }
 
 void Server::AddHost(ChannelHandle server) {
-    const auto talk = std::make_shared<HostTalk>(m_table, server);
-    Run([talk] { talk->Serve(); }, [talk] { talk->Stop(); });
+    const auto line = std::make_shared<ChannelLine>(m_table, server);
+    Run([line] { line->DropAll(); }, [line] { line->Close(); });
 }
 
 void Server::Run(std::function<void()> serve, std::function<void()> stop) {

@@ -5,7 +5,6 @@
 
 #include "NQP2ParserU/SysInterface.h"
 
-#include <condition_variable>
 #include <functional>
 #include <list>
 #include <memory>
@@ -38,6 +37,7 @@ private:
 
     void Accept(std::uint32_t channelId, MakeService make);
     void AddSession(ChannelHandle requests);
+    /// Takes the request server of a library process, of which nothing is needed.
     void AddHost(ChannelHandle server);
     void Run(std::function<void()> serve, std::function<void()> stop);
     void JoinEnded();

@@ -5,7 +5,6 @@
 
 #include "bridge/messages.h"
 #include "platform/guard.h"
-#include "worker/dispatch.h"
 
 #include <functional>
 #include <optional>
@@ -17,7 +16,7 @@ namespace {
 
 using bridge::MessageId;
 
-void HearCallback(ChannelLine& line, ProgressLink& progress, std::uint32_t id,
+void TakeCallback(ChannelLine& line, ProgressLink& progress, std::uint32_t id,
                   unsigned char* buffer, std::int32_t length) {
     bridge::ProgressMessage answer;
     if (id == Number(MessageId::RegisterProgress)) {
@@ -51,8 +50,8 @@ private:
 } // namespace
 
 void Session::ServeRequests() {
-    // The reply's buffer is asked for when the work is done: a host that leaves meanwhile, or an end
-    // of the worker, finds nothing of it in use.
+    // The reply's buffer is asked for when the work is done: a host that leaves meanwhile, or an
+    // end of the worker, finds nothing of it in use.
     const auto answer = [&](std::uint32_t id, unsigned char* request, std::int32_t length) {
         m_requests.Send(id, Dispatch(m_operations, id, request, length));
     };
@@ -64,14 +63,18 @@ void Session::ServeCallbacks() {
     if (!m_callbacks.TakeBeside(m_requests, bridge::kProxyChannelId, kNoTimeout)) {
         return;
     }
-    const auto hear = [&](std::uint32_t id, unsigned char* buffer, std::int32_t length) {
-        HearCallback(m_callbacks, m_progress, id, buffer, length);
+    const auto take = [&](std::uint32_t id, unsigned char* buffer, std::int32_t length) {
+        TakeCallback(m_callbacks, m_progress, id, buffer, length);
     };
-    std::optional<JoinedThread> services;
-    RunQuietly([&] { // a session does without the host's services
-        services.emplace([this] { m_host.ServeBeside(m_callbacks); });
+    std::optional<JoinedThread> server;
+    RunQuietly([&] { // a session does without
+        server.emplace([this] {
+            if (m_server.TakeBeside(m_callbacks, bridge::kRequestServerId, kNoTimeout)) {
+                m_server.DropAll();
+            }
+        });
     });
-    while (m_callbacks.Receive(hear)) {
+    while (m_callbacks.Receive(take)) {
     }
     EndCallbacks();
 }
@@ -95,7 +98,7 @@ void Session::Stop() {
     m_progress.Stop();
     m_requests.Close();
     m_callbacks.Close();
-    m_host.Stop();
+    m_server.Close();
 }
 
 } // namespace nqp2::worker

@@ -13,9 +13,6 @@
 namespace nqp2::worker {
 namespace {
 
-using platform::EntryKind;
-using platform::IoStatus;
-
 /// What is wrong with an essence file; "" for nothing.
 std::string Fault(const clips::ClipEssence& wanted, const SourceFile* file) {
     if (file == nullptr) {
@@ -52,67 +49,56 @@ void CheckEssence(const std::string& contents, SourceClip& clip) {
     }
 }
 
-Outcome AddFile(const std::string& contents, const ClipFile& file, SourceClip& clip) {
+void AddFile(const std::string& contents, const ClipFile& file, SourceClip& clip) {
     SourceFile added{file, contents + "/" + file.placed + "/" + file.name, {}};
-    if (const IoStatus status = platform::Files().Stat(added.path, added.info); !status) {
-        return Failure("read", added.path, status);
-    }
-    if (added.info.kind != EntryKind::File) {
-        return Failure(added.path + " is no file.");
+    copy::Require(platform::Files().Stat(added.path, added.info), "read", added.path);
+    if (added.info.kind != platform::EntryKind::File) {
+        throw copy::Failure(added.path + " is no file.");
     }
     clip.files.push_back(std::move(added));
-    return {};
 }
 
-Outcome ReadMetadata(bool incomplete, SourceClip& clip) {
-    const SourceFile& file = clip.files.back();
-    if (const auto status = platform::Files().Read(file.path, MaxXmlFileSize(), clip.xml);
-        !status) {
-        return Failure("read", file.path, status);
+void ReadMetadata(bool incomplete, SourceClip& clip) {
+    const std::string& path = clip.files.back().path;
+    copy::Require(platform::Files().Read(path, MaxXmlFileSize(), clip.xml), "read", path);
+    if (std::optional<ClipFacts> facts = ReadFacts(clip.xml)) {
+        clip.facts = *std::move(facts);
+    } else if (incomplete) {
+        clip.lacks.emplace_back(NotMetadata(path).what());
+    } else {
+        throw NotMetadata(path);
     }
-    Outcome outcome = ReadFacts(clip.xml, file.path, clip.facts);
-    if (!outcome && incomplete) {
-        clip.lacks.push_back(std::move(outcome.error));
-        return {};
-    }
-    return outcome;
 }
 
-Outcome ReadSourceClip(const std::string& contents, const std::vector<ClipFile>& files,
-                       bool incomplete, SourceClip& clip) {
+SourceClip ReadSourceClip(const std::string& contents, const CString& name,
+                          const std::vector<ClipFile>& files, bool incomplete) {
     if (files.empty() || files.back().part != ClipPart::Metadata) {
-        return MissingClip(contents, clip.name);
+        throw MissingClip(contents, name);
     }
-    Outcome outcome;
-    for (std::size_t i = 0; outcome && i < files.size(); ++i) {
-        outcome = AddFile(contents, files[i], clip);
+    SourceClip clip;
+    clip.name = name;
+    for (const ClipFile& file : files) {
+        AddFile(contents, file, clip);
     }
-    if (outcome) {
-        outcome = ReadMetadata(incomplete, clip);
-    }
-    if (!outcome) {
-        return outcome;
-    }
+    ReadMetadata(incomplete, clip);
     CheckEssence(contents, clip);
-    return clip.lacks.empty() || incomplete ? Outcome() : Failure(clip.lacks.front());
+    if (!clip.lacks.empty() && !incomplete) {
+        throw copy::Failure(clip.lacks.front());
+    }
+    return clip;
 }
 
 } // namespace
 
-Outcome ReadSourceClips(const std::string& contents, std::span<const CString> names,
-                        bool incomplete, std::vector<SourceClip>& clips) {
-    for (const CString& name : names) {
-        if (Outcome outcome = CheckClipName(name); !outcome) {
-            return outcome;
-        }
+std::vector<SourceClip> ReadSourceClips(const std::string& contents, std::span<const CString> names,
+                                        bool incomplete) {
+    std::for_each(names.begin(), names.end(), CheckClipName);
+    const std::vector<std::vector<ClipFile>> files = FindClipFiles(ListByPath(contents), names);
+    std::vector<SourceClip> clips;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        clips.push_back(ReadSourceClip(contents, names[i], files[i], incomplete));
     }
-    std::vector<std::vector<ClipFile>> files;
-    Outcome outcome = FindClipFiles(ListByPath(contents), names, files);
-    for (std::size_t i = 0; outcome && i < names.size(); ++i) {
-        clips.emplace_back().name = names[i];
-        outcome = ReadSourceClip(contents, files[i], incomplete, clips.back());
-    }
-    return outcome;
+    return clips;
 }
 
 std::string Lacks(const std::vector<SourceClip>& clips) {

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/volume_serial.h"
+#include "worker/card_requests.h"
 
-#include "platform/case_blind.h"
+#include "copy/failure.h"
 #include "platform/descriptor.h"
 #include "platform/unicode.h"
 #include "worker/card_folder.h"
@@ -28,8 +28,8 @@ std::string Text(const char* text) {
     return text != nullptr ? text : "";
 }
 
-/// What the volume itself says; "" where this user may not read the device. The node must be that of
-/// the device: nodes are names, and may be old.
+/// What the volume itself says; "" where this user may not read the device. The node must be that
+/// of the device: nodes are names, and may be old.
 std::string ReadFromDevice(const std::string& node, dev_t device) {
     const platform::Descriptor file(
         open(node.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -52,23 +52,18 @@ std::string ReadFromDevice(const std::string& node, dev_t device) {
 
 } // namespace
 
-Outcome FindVolumeSerial(const CString& path, CString& serial) {
-    serial.Empty();
-    std::string folder;
-    if (Outcome outcome = ResolveRoot(path, folder); !outcome) {
-        return outcome;
-    }
+CString FindVolumeSerial(const CString& path) {
+    const std::string folder = RootOf(path).OnDisk();
     struct stat facts = {};
-    const auto found = platform::FindExisting(folder);
-    if (!found || stat(found->c_str(), &facts) != 0) {
-        return Failure("There is nothing at " + folder + ".");
+    if (stat(folder.c_str(), &facts) != 0) {
+        throw copy::Failure("There is nothing at " + folder + ".");
     }
     const std::unique_ptr<udev, Release> database(udev_new());
     const std::unique_ptr<udev_device, Release> device(
         database != nullptr ? udev_device_new_from_devnum(database.get(), 'b', facts.st_dev)
                             : nullptr);
     if (device == nullptr) {
-        return Failure("The file system of " + folder + " stands on no device of its own.");
+        throw copy::Failure("The file system of " + folder + " stands on no device of its own.");
     }
     const std::string node = Text(udev_device_get_devnode(device.get()));
     std::string number = ReadFromDevice(node, facts.st_dev);
@@ -77,11 +72,10 @@ Outcome FindVolumeSerial(const CString& path, CString& serial) {
         number = Text(udev_device_get_property_value(device.get(), "ID_FS_UUID"));
     }
     if (number.empty()) {
-        return Failure("No serial number of this volume can be read from " + node +
-                       ", and the system's device database has none.");
+        throw copy::Failure("No serial number of this volume can be read from " + node +
+                            ", and the system's device database has none.");
     }
-    serial = platform::TextFromUtf8(number);
-    return {};
+    return platform::TextFromUtf8(number);
 }
 
 } // namespace nqp2::worker

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/base_clip_info.h"
+#include "worker/card_requests.h"
 
 #include "tests/support/print_text.h"
 #include "tests/worker/essence_maker.h"
@@ -23,6 +23,14 @@ bool GoesOn() {
     return true;
 }
 
+std::string Describe(const CString& path, NQP2BaseClipInfo& info) {
+    return ErrorOf([&] { info = DescribeClip(path, GoesOn, info); });
+}
+std::string ErrorOfReading(const std::string& path, const MediaLimits& limits = {},
+                           const std::function<bool()>& goesOn = GoesOn) {
+    return ErrorOf([&] { static_cast<void>(ReadMediaFile(path, goesOn, limits)); });
+}
+
 TEST(BaseClipInfo, DescribesCameraFiles) {
     struct Case {
         const char* name;
@@ -40,8 +48,7 @@ TEST(BaseClipInfo, DescribesCameraFiles) {
         NQP2BaseClipInfo info;
         info.texts.Add(L"from an earlier call");
         const CString asked = Name(path.c_str());
-        const Outcome outcome = DescribeClip(asked, GoesOn, info);
-        ASSERT_TRUE(outcome) << outcome.error;
+        ASSERT_EQ(Describe(asked, info), "");
         EXPECT_EQ(info.clipText1, Name(std::string(each.name, 5).c_str()));
         EXPECT_EQ(info.clipText3, L"A walk");
         EXPECT_EQ(info.codec, each.codec);
@@ -58,7 +65,7 @@ TEST(BaseClipInfo, DescribesCameraFiles) {
         NQP2BaseClipInfo again;
         again.clipText1 = L"given name";
         again.clipText2 = L"given date";
-        ASSERT_TRUE(DescribeClip(Name(folder.Path(std::string(each.name)).c_str()), GoesOn, again));
+        ASSERT_EQ(Describe(asked, again), "");
         EXPECT_EQ(again.identifier, info.identifier);
         EXPECT_EQ(again.clipText1, L"given name");
         EXPECT_EQ(again.clipText2, L"given date");
@@ -78,7 +85,7 @@ TEST(BaseClipInfo, DescribesP2ClipsByTheirMetadata) {
          {"EssenceList/Video/AspectRatio", "16:9"},
          {"ClipMetadata/UserClipName", "Interview"}});
     NQP2BaseClipInfo info;
-    ASSERT_TRUE(DescribeClip(card.Contents() + L"CLIP\\0001ab.xml", GoesOn, info));
+    ASSERT_EQ(Describe(card.Contents() + L"CLIP\\0001ab.xml", info), "");
     EXPECT_EQ(info.clipText1, L"0001AB");
     EXPECT_EQ(info.clipText3, L"Interview");
     EXPECT_EQ(info.codec, L"DV50_422");
@@ -102,9 +109,7 @@ TEST(BaseClipInfo, P2ClipsWithoutIdentifierAreToldApartByTheirVideo) {
     std::vector<GUID> found;
     for (const wchar_t* name : {L"0001AB", L"0002AB", L"0003AB", L"0004AB", L"0005AB"}) {
         NQP2BaseClipInfo info;
-        const Outcome outcome =
-            DescribeClip(card.Contents() + L"CLIP\\" + name + L".XML", GoesOn, info);
-        ASSERT_TRUE(outcome) << name << outcome.error;
+        ASSERT_EQ(Describe(card.Contents() + L"CLIP\\" + name + L".XML", info), "") << name;
         EXPECT_NE(info.identifier, GUID());
         found.push_back(info.identifier);
     }
@@ -131,9 +136,7 @@ TEST(BaseClipInfo, FilesThatAreNoneFailWithAReason) {
     };
     for (const std::string& path : paths) {
         NQP2BaseClipInfo info;
-        const Outcome outcome = DescribeClip(Name(path.c_str()), GoesOn, info);
-        EXPECT_FALSE(outcome) << path;
-        EXPECT_FALSE(outcome.error.empty()) << path;
+        EXPECT_NE(Describe(Name(path.c_str()), info), "") << path;
     }
 }
 
@@ -141,7 +144,6 @@ TEST(BaseClipInfo, FilesThatAreNoneFailWithAReason) {
 TEST(BaseClipInfo, NoFileHoldsTheWorkerUp) {
     constexpr std::uintmax_t kEndless = std::uintmax_t{200} << 30U;
     const test::TempFolder folder;
-    MediaFacts facts;
     for (const char* const container : {"avi", "mov", "mxf"}) {
         const std::string path = folder.Path(std::string("a.") + container);
         ASSERT_TRUE(WriteMovie(path, container, kDv50Pal, 2));
@@ -149,26 +151,22 @@ TEST(BaseClipInfo, NoFileHoldsTheWorkerUp) {
             std::filesystem::resize_file(path, begun);
             std::filesystem::resize_file(path, kEndless);
             const std::clock_t from = std::clock();
-            static_cast<void>(ReadMediaFile(path, GoesOn, facts, {.bytes = 4U << 20U}));
+            static_cast<void>(ErrorOfReading(path, {.bytes = 4U << 20U}));
             EXPECT_LT(std::clock() - from, 5 * CLOCKS_PER_SEC) << path << " " << begun;
         }
     }
     const std::string zeros = folder.Path("a.avi");
     NQP2BaseClipInfo info;
     const std::clock_t from = std::clock();
-    EXPECT_THAT(DescribeClip(Name(zeros.c_str()), GoesOn, info).error, HasSubstr("within"));
+    EXPECT_THAT(Describe(Name(zeros.c_str()), info), HasSubstr("within"));
     EXPECT_LT(std::clock() - from, 8 * CLOCKS_PER_SEC) << "the usual bounds";
     EXPECT_TRUE(info.clipText1.IsEmpty() && info.text3.IsEmpty()) << "it says nothing";
-    EXPECT_THAT(ReadMediaFile(zeros, GoesOn, facts, {.processorTime = {}}).error,
-                HasSubstr("within"));
+    EXPECT_THAT(ErrorOfReading(zeros, {.processorTime = {}}), HasSubstr("within"));
     int asked = 0;
-    EXPECT_EQ(ReadMediaFile(
-                  zeros, [&] { return ++asked < 9; }, facts)
-                  .error,
-              "Cancelled.");
+    EXPECT_EQ(ErrorOfReading(zeros, {}, [&] { return ++asked < 9; }), "Cancelled.");
     const std::string pipe = folder.Path("pipe.mov");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_THAT(ReadMediaFile(pipe, GoesOn, facts).error, HasSubstr("is no file"));
+    EXPECT_THAT(ErrorOfReading(pipe), HasSubstr("is no file"));
 }
 
 } // namespace

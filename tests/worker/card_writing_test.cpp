@@ -3,10 +3,8 @@
 
 #include "tests/support/print_text.h"
 #include "tests/worker/transfer_fixture.h"
-#include "worker/clip_delete.h"
-#include "worker/free_clip_name.h"
-#include "worker/icon_bitmap.h"
-#include "worker/volume_serial.h"
+#include "worker/card_requests.h"
+#include "worker/clip_names.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,17 +17,25 @@ using test::Operation;
 using testing::HasSubstr;
 using namespace std::string_literals;
 
+std::string Delete(const test::CardBuilder& card, const CString& name) {
+    return ErrorOf([&] { DeleteClip(name, card.Root()); });
+}
+std::string Icon(const test::CardBuilder& card, const CString& name, const std::string& pixels,
+                 const SIZE& size) {
+    return ErrorOf([&] { WriteIcon(card.Root(), name, pixels, size); });
+}
+
 TEST(ClipDelete, RemovesTheClipsFilesAlone) {
     const test::CardBuilder card;
     AddWholeClip(card, "0001AB");
     const auto own = FilesBelow(card.Folder().Path()).size();
     AddWholeClip(card, "0001AC");
     const auto all = FilesBelow(card.Folder().Path()).size();
-    EXPECT_TRUE(DeleteClip(L"0001ab", card.Root()));
+    EXPECT_EQ(Delete(card, L"0001ab"), "");
     EXPECT_EQ(FilesBelow(card.Folder().Path()).size(), all - own);
-    EXPECT_THAT(DeleteClip(L"0001AB", card.Root()).error, HasSubstr("no clip 0001AB"));
-    EXPECT_FALSE(DeleteClip(L"../CLIP/0001AC", card.Root()));
-    EXPECT_FALSE(DeleteClip(L"", card.Root()));
+    EXPECT_THAT(Delete(card, L"0001AB"), HasSubstr("no clip 0001AB"));
+    EXPECT_NE(Delete(card, L"../CLIP/0001AC"), "");
+    EXPECT_NE(Delete(card, L""), "");
     EXPECT_EQ(FilesBelow(card.Folder().Path()).size(), all - own);
 }
 
@@ -40,12 +46,12 @@ TEST(ClipDelete, AClipThatStaysVisibleStaysWhole) {
     test::FaultyFileSystem files;
     const platform::ScopedFileSystem use(files);
     files.Fail({IoError::ReadOnly, Operation::RemoveFile, ".XML", 0, 1});
-    EXPECT_FALSE(DeleteClip(L"0001AB", card.Root()));
+    EXPECT_NE(Delete(card, L"0001AB"), "");
     EXPECT_EQ(FilesBelow(card.Folder().Path()), before);
     files.Fail({IoError::ReadOnly, Operation::RemoveFile, ".BIN", 0, 1});
-    EXPECT_THAT(DeleteClip(L"0001AB", card.Root()).error, HasSubstr("0001AB.BIN"));
+    EXPECT_THAT(Delete(card, L"0001AB"), HasSubstr("0001AB.BIN"));
     EXPECT_EQ(FilesBelow(card.Folder().Path()).size(), 1U);
-    EXPECT_TRUE(DeleteClip(L"0001AB", card.Root())) << "what was left behind";
+    EXPECT_EQ(Delete(card, L"0001AB"), "") << "what was left behind";
 }
 
 TEST(IconBitmap, IsAWholeBitmapFile) {
@@ -53,10 +59,9 @@ TEST(IconBitmap, IsAWholeBitmapFile) {
     const std::string pixels = "bgrBGR"
                                "123456"s;
     card.AddFile("ICON/0001AB.bmp", "an old icon");
-    EXPECT_THAT(WriteIcon(card.Root(), L"0001AB", pixels, {2, 2}).error,
-                HasSubstr("no clip 0001AB"));
+    EXPECT_THAT(Icon(card, L"0001AB", pixels, {2, 2}), HasSubstr("no clip 0001AB"));
     card.AddClip("0001AB");
-    ASSERT_TRUE(WriteIcon(card.Root(), L"0001AB", pixels, {2, 2}));
+    ASSERT_EQ(Icon(card, L"0001AB", pixels, {2, 2}), "");
     const std::string expected =
         "BM\x46\0\0\0\0\0\0\0\x36\0\0\0"s
         "\x28\0\0\0\x02\0\0\0\x02\0\0\0\x01\0\x18\0\0\0\0\0\x10\0\0\0\x13\x0b\0\0\x13\x0b\0\0\0\0\0\0\0\0\0\0"s
@@ -76,10 +81,10 @@ TEST(IconBitmap, RefusesPixelsThatDoNotFitTheSize) {
                           {12, {2, -2}}, {0, {0x40000000, 4}}, {12, {5000, 1}}};
     const test::CardBuilder card;
     for (const Case& each : cases) {
-        EXPECT_FALSE(WriteIcon(card.Root(), L"0001AB", std::string(each.bytes, 'x'), each.size))
+        EXPECT_NE(Icon(card, L"0001AB", std::string(each.bytes, 'x'), each.size), "")
             << each.size.cx << " x " << each.size.cy;
     }
-    EXPECT_FALSE(WriteIcon(card.Root(), L"../0001AB", std::string(12, 'x'), {2, 2}));
+    EXPECT_NE(Icon(card, L"../0001AB", std::string(12, 'x'), {2, 2}), "");
     EXPECT_TRUE(FilesBelow(card.Folder().Path()).empty());
 }
 
@@ -93,29 +98,27 @@ TEST(FreeClipName, CountsUpThroughTheNumbers) {
     ClipNames names;
     names.Take(L"0005ab");
     for (const Case& each : cases) {
-        CString name;
-        ASSERT_TRUE(names.FindFree(each.wanted, name));
-        EXPECT_EQ(name, each.free) << CString(each.wanted);
+        EXPECT_EQ(names.FindFree(each.wanted), each.free) << CString(each.wanted);
     }
     for (int number = 1; number <= 9999; ++number) {
         CString name;
         name.Format(L"%04dAB", number);
         names.Take(name);
     }
-    CString name;
-    EXPECT_FALSE(names.FindFree(L"0001AB", name));
+    EXPECT_NE(ErrorOf([&] { static_cast<void>(names.FindFree(L"0001AB")); }), "");
 }
 
 /// What the machine has decides; either way the answer is whole.
 TEST(VolumeSerial, IsANumberOrAReason) {
     const test::TempFolder folder;
-    CString serial = L"old";
-    const Outcome outcome = FindVolumeSerial(InterfaceRoot(folder.Path()), serial);
-    EXPECT_NE(serial.IsEmpty(), static_cast<bool>(outcome));
-    EXPECT_EQ(outcome.error.empty(), static_cast<bool>(outcome));
-    EXPECT_THAT(FindVolumeSerial(L"/proc:", serial).error, HasSubstr("no device"));
-    EXPECT_THAT(FindVolumeSerial(L"/no/such/folder", serial).error, HasSubstr("nothing at"));
-    EXPECT_TRUE(serial.IsEmpty());
+    const auto error = [](const CString& path, CString& serial) {
+        return ErrorOf([&] { serial = FindVolumeSerial(path); });
+    };
+    CString serial;
+    const std::string told = error(InterfaceRoot(folder.Path()), serial);
+    EXPECT_NE(serial.IsEmpty(), told.empty());
+    EXPECT_THAT(error(L"/proc:", serial), HasSubstr("no device"));
+    EXPECT_THAT(error(L"/no/such/folder", serial), HasSubstr("nothing at"));
 }
 
 } // namespace

@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/clip_import.h"
-
 #include "tests/worker/transfer_fixture.h"
-#include "worker/clip_delete.h"
+#include "worker/card_requests.h"
 
 #include <ctime>
 #include <gmock/gmock.h>
@@ -27,12 +25,14 @@ protected:
         m_card.AddFile("VIDEO/.0001AB.MXF", "hidden");
     }
 
-    Outcome Import(const CString& name = L"0001AB", bool incomplete = false,
-                   std::size_t block = copy::kSmallestBlock) {
+    std::string Import(const CString& name = L"0001AB", bool incomplete = false,
+                       std::size_t block = copy::kSmallestBlock) {
         m_watch = {};
+        return Run({m_card.Root(), name, InterfaceRoot(m_to.Path("new/place")), incomplete}, block);
+    }
+    std::string Run(const ImportRequest& request, std::size_t block = copy::kDefaultBlock) {
         m_sizes = {};
-        return ImportClip({m_card.Root(), name, InterfaceRoot(m_to.Path("new/place")), incomplete},
-                          block, m_watch, m_sizes);
+        return ErrorOf([&] { ImportClip(request, block, m_watch, m_sizes); });
     }
     std::map<std::string, std::string> Arrived() {
         return std::filesystem::exists(m_to.Path("new/place"))
@@ -53,7 +53,7 @@ TEST_F(ClipImportTest, CopiesAllFilesOfTheClipAsTheyAreAndNoOther) {
     const auto before = FilesBelow(m_card.Folder().Path());
     const auto shot = std::filesystem::file_time_type::clock::now() - std::chrono::hours(9999);
     std::filesystem::last_write_time(m_card.Folder().Path("CONTENTS/VIDEO/0001AB.MXF"), shot);
-    ASSERT_TRUE(Import(L"0001ab")) << "asked for in other letters than the card's";
+    ASSERT_EQ(Import(L"0001ab"), "") << "asked for in other letters than the card's";
     const auto arrived = Arrived();
     EXPECT_EQ(arrived.size(), kFilesOfAClip);
     for (const auto& [name, content] : arrived) {
@@ -99,16 +99,16 @@ TEST_F(ClipImportTest, AClipThatIsNotWholeFailsOrIsTakenAsItIs) {
         } else {
             std::filesystem::remove(m_card.Folder().Path(std::string("CONTENTS/") + each.file));
         }
-        EXPECT_THAT(Import().error, HasSubstr(each.fault));
+        EXPECT_THAT(Import(), HasSubstr(each.fault));
         EXPECT_TRUE(std::filesystem::is_empty(m_to.Path())) << "before anything is written";
-        EXPECT_TRUE(Import(L"0001AB", true)) << Import(L"0001AB", true).error;
+        EXPECT_EQ(Import(L"0001AB", true), "");
         EXPECT_THAT(m_sizes.lacks, HasSubstr(each.fault));
         EXPECT_EQ(Arrived().size(), each.files);
         std::filesystem::remove_all(m_to.Path("new"));
     }
     AddWholeClip(m_card, "0001AB");
     m_card.AddFile("AUDIO/0001AB02.MXF", "more than the metadata tell of goes along");
-    EXPECT_TRUE(Import());
+    EXPECT_EQ(Import(), "");
     EXPECT_EQ(Arrived().size(), kFilesOfAClip + 1);
 }
 
@@ -117,26 +117,30 @@ TEST_F(ClipImportTest, OfOneClipOneAtATimeAndOfOthersSideBySide) {
     AddWholeClip(m_card, "0002AB", 7);
     test::FaultyFileSystem files;
     const platform::ScopedFileSystem use(files);
-    Outcome again;
-    Outcome other;
-    Outcome removal;
+    std::string again;
+    std::string other;
+    std::string removal;
     files.SetHook([&](Operation operation, const std::string& path) {
         if (operation != Operation::Commit || !path.ends_with("VIDEO/0001AB.MXF")) {
             return;
         }
         files.SetHook({});
         const CString to = InterfaceRoot(m_to.Path("new/place"));
-        RecordingWatch watch;
-        TransferSizes sizes;
-        again = ImportClip({m_card.Root(), L"0001ab", to}, copy::kDefaultBlock, watch, sizes);
-        removal = DeleteClip(L"0001AB", to);
-        watch = {};
-        other = ImportClip({m_card.Root(), L"0002AB", to}, copy::kDefaultBlock, watch, sizes);
+        const auto import = [&](const wchar_t* name) {
+            RecordingWatch watch;
+            TransferSizes sizes;
+            return ErrorOf([&] {
+                ImportClip({m_card.Root(), name, to}, copy::kDefaultBlock, watch, sizes);
+            });
+        };
+        again = import(L"0001ab");
+        removal = ErrorOf([&] { DeleteClip(L"0001AB", to); });
+        other = import(L"0002AB");
     });
-    EXPECT_TRUE(Import());
-    EXPECT_THAT(again.error, HasSubstr("Another transfer is working on 0001ab in " + m_to.Path()));
-    EXPECT_THAT(removal.error, HasSubstr("A transfer is working on 0001AB"));
-    EXPECT_TRUE(other) << other.error;
+    EXPECT_EQ(Import(), "");
+    EXPECT_THAT(again, HasSubstr("Another transfer is working on 0001ab in " + m_to.Path()));
+    EXPECT_THAT(removal, HasSubstr("A transfer is working on 0001AB"));
+    EXPECT_EQ(other, "");
     EXPECT_EQ(Arrived().size(), 2 * kFilesOfAClip) << "and nothing beside them";
 }
 
@@ -146,25 +150,22 @@ TEST(ClipFiles, AreFoundInTimeThatGrowsWithTheirNumber) {
     for (int i = 0; i < 32'000; ++i) {
         proxies.push_back({"0001AB." + std::to_string(i)});
     }
-    const auto list = [&](const std::string& folder, std::string& placed, auto& entries) {
-        placed = folder;
-        entries = folder == "PROXY" ? proxies : std::vector<platform::FolderEntry>();
-        return platform::IoStatus();
+    const auto list = [&](const std::string& folder) {
+        return Listing{folder, folder == "PROXY" ? proxies : std::vector<platform::FolderEntry>()};
     };
-    std::vector<std::vector<ClipFile>> files;
     const CString name = L"0001AB";
     const std::clock_t begin = std::clock(); // of this process: the machine may be busy
-    ASSERT_TRUE(FindClipFiles(list, {&name, 1}, files));
+    const auto files = FindClipFiles(list, {&name, 1});
     EXPECT_EQ(files.front().size(), proxies.size());
     EXPECT_LT(std::clock() - begin, 5 * CLOCKS_PER_SEC);
 }
 
 TEST_F(ClipImportTest, AgainWritesNothingAndPartsAreCompleted) {
-    ASSERT_TRUE(Import());
-    ASSERT_TRUE(Import());
+    ASSERT_EQ(Import(), "");
+    ASSERT_EQ(Import(), "");
     EXPECT_EQ(m_sizes.written, 0U);
     std::filesystem::remove(m_to.Path("new/place/CONTENTS/CLIP/0001AB.XML"));
-    ASSERT_TRUE(Import());
+    ASSERT_EQ(Import(), "");
     EXPECT_EQ(m_sizes.written, m_sizes.byPart[static_cast<std::size_t>(ClipPart::Metadata)]);
     EXPECT_EQ(Arrived().size(), kFilesOfAClip);
 }
@@ -173,9 +174,7 @@ TEST_F(ClipImportTest, OtherContentIsNeverOverwritten) {
     for (const std::string& other : {Essence(300'001, 9), std::string("short"), std::string()}) {
         // Also where it is spelled in other letters.
         const std::string path = m_to.Write("new/place/CONTENTS/Video/0001ab.mxf", other);
-        const Outcome outcome = Import();
-        EXPECT_FALSE(outcome);
-        EXPECT_THAT(outcome.error, HasSubstr("0001ab.mxf is there already with other content"));
+        EXPECT_THAT(Import(), HasSubstr("0001ab.mxf is there already with other content"));
         const auto arrived = Arrived();
         ASSERT_EQ(arrived.size(), 1U);
         EXPECT_EQ(arrived.begin()->second, other);
@@ -188,7 +187,7 @@ TEST_F(ClipImportTest, CancelAtAnyPointLeavesNothing) {
         m_watch = {};
         m_watch.stopAt = stop;
         m_watch.mayFinish = false;
-        EXPECT_EQ(ImportClip(request, copy::kSmallestBlock, m_watch, m_sizes).error, "Cancelled.");
+        EXPECT_EQ(Run(request, copy::kSmallestBlock), "Cancelled.");
         EXPECT_TRUE(std::filesystem::is_empty(m_to.Path())) << stop;
     }
 }
@@ -216,9 +215,9 @@ TEST_F(ClipImportTest, WhatTheMediumGivesBackIsCompared) {
             spoilt = true;
         }
     });
-    const Outcome outcome = Import();
+    const std::string error = Import();
     EXPECT_TRUE(spoilt);
-    EXPECT_THAT(outcome.error, HasSubstr("is not what was written"));
+    EXPECT_THAT(error, HasSubstr("is not what was written"));
     EXPECT_TRUE(Arrived().empty());
 }
 
@@ -232,20 +231,20 @@ TEST_F(ClipImportTest, ASourceThatGrowsOrShrinksFails) {
                 std::filesystem::resize_file(path, size);
             }
         });
-        EXPECT_THAT(Import().error, HasSubstr("changed while it was being read"));
+        EXPECT_THAT(Import(), HasSubstr("changed while it was being read"));
         EXPECT_TRUE(Arrived().empty());
     }
 }
 
 TEST_F(ClipImportTest, TakesAwayWhatAKilledWorkerHasLeft) {
-    ASSERT_TRUE(Import());
+    ASSERT_EQ(Import(), "");
     const std::string left =
         m_to.Write("new/place/CONTENTS/AUDIO/.nqp2-0123456789abcdef.part", "half");
     std::unique_ptr<platform::FileWriter> living;
     std::unique_ptr<platform::Folder> audio;
     ASSERT_TRUE(platform::OpenRoot(m_to.Path("new/place/CONTENTS/AUDIO"), audio));
     ASSERT_TRUE(audio->Create("later.MXF", living));
-    ASSERT_TRUE(Import());
+    ASSERT_EQ(Import(), "");
     EXPECT_FALSE(std::filesystem::exists(left));
     EXPECT_EQ(Arrived().size(), kFilesOfAClip + 1) << "a living writer's file stays";
     living.reset();
@@ -257,18 +256,15 @@ TEST_F(ClipImportTest, HostileNamesAndRootsLeadNowhere) {
                                     L"..\\0001AB", L"0001AB/", L"E:0001AB", L".0001AB",
                                     L"0001AB\n",   L"*",       L"0001A?"};
     for (const wchar_t* name : names) {
-        EXPECT_FALSE(Import(name)) << CString(name).GetLength();
+        EXPECT_NE(Import(name), "") << CString(name).GetLength();
     }
-    EXPECT_FALSE(Import(CString(L'A', 300)));
-    EXPECT_FALSE(Import(CString(L"0001AB\0x", 8)));
+    EXPECT_NE(Import(CString(L'A', 300)), "");
+    EXPECT_NE(Import(CString(L"0001AB\0x", 8)), "");
     const wchar_t* const roots[] = {L"",      L"relative", L"/tmp/../etc", L"/tmp/..", L"Q:",
                                     L"\\\\x", L":"};
     for (const wchar_t* root : roots) {
-        EXPECT_FALSE(
-            ImportClip({m_card.Root(), L"0001AB", root}, copy::kDefaultBlock, m_watch, m_sizes))
-            << CString(root).GetLength();
-        EXPECT_FALSE(ImportClip({root, L"0001AB", InterfaceRoot(m_to.Path())}, copy::kDefaultBlock,
-                                m_watch, m_sizes));
+        EXPECT_NE(Run({m_card.Root(), L"0001AB", root}), "") << CString(root).GetLength();
+        EXPECT_NE(Run({root, L"0001AB", InterfaceRoot(m_to.Path())}), "");
     }
     EXPECT_TRUE(FilesBelow(m_to.Path()).empty());
 }
@@ -277,7 +273,7 @@ TEST_F(ClipImportTest, TooLittleSpaceIsToldBeforeAnythingIsWritten) {
     test::FaultyFileSystem files;
     const platform::ScopedFileSystem use(files);
     files.SetFreeSpace(340'000);
-    EXPECT_THAT(Import().error, HasSubstr("too little space"));
+    EXPECT_THAT(Import(), HasSubstr("too little space"));
     EXPECT_EQ(files.Calls(Operation::Create), 0U);
     EXPECT_TRUE(std::filesystem::is_empty(m_to.Path()));
 
@@ -287,8 +283,9 @@ TEST_F(ClipImportTest, TooLittleSpaceIsToldBeforeAnythingIsWritten) {
     RecordingWatch watch;
     copy::Copier copier(copy::kSmallestBlock, 0, watch);
     copy::Transaction transaction;
-    ASSERT_TRUE(transaction.Open(m_to.Path(), true) && transaction.Look(holes, copier));
-    EXPECT_THAT(transaction.CheckSpace().error, HasSubstr("too little space"));
+    transaction.Open(m_to.Path(), true);
+    transaction.Look(holes, copier);
+    EXPECT_THAT(ErrorOf([&] { transaction.CheckSpace(); }), HasSubstr("too little space"));
 }
 
 } // namespace

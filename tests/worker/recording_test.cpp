@@ -38,14 +38,26 @@ protected:
         parameters.clipName = L"0007AB";
         return parameters;
     }
-    Outcome Record(const RecordingParameters& parameters, const std::vector<std::string>& units,
-                   const std::string& sound = {}) {
-        std::unique_ptr<Recording> recording;
-        Outcome outcome = Recording::Start(parameters, 0, VS_50I, recording);
-        for (std::size_t i = 0; outcome && i < units.size(); ++i) {
-            outcome = recording->Add(units[i], i == 0 ? sound : "");
-        }
-        return outcome ? recording->Finish() : outcome;
+    /// The sentence of the first failure.
+    static std::string Start(const RecordingParameters& parameters,
+                             std::unique_ptr<Recording>& recording, std::uint32_t frames = 0) {
+        return ErrorOf(
+            [&] { recording = std::make_unique<Recording>(parameters, frames, VS_50I); });
+    }
+    static std::string Add(Recording& recording, const std::string& video,
+                           const std::string& sound = {}) {
+        return ErrorOf([&] { recording.Add(video, sound); });
+    }
+    static std::string Record(const RecordingParameters& parameters,
+                              const std::vector<std::string>& units,
+                              const std::string& sound = {}) {
+        return ErrorOf([&] {
+            Recording recording(parameters, 0, VS_50I);
+            for (std::size_t i = 0; i < units.size(); ++i) {
+                recording.Add(units[i], i == 0 ? sound : "");
+            }
+            recording.Finish();
+        });
     }
     std::map<std::string, std::string> OnCard() { return FilesBelow(m_card.Folder().Path()); }
     void EmptyCard() {
@@ -140,8 +152,7 @@ TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
             continue;
         }
         const std::string name = "0007AB";
-        const Outcome outcome = Record(Parameters(each.type), units);
-        ASSERT_TRUE(outcome) << outcome.error;
+        ASSERT_EQ(Record(Parameters(each.type), units), "");
         eCodeType type = CT_DV25_50I;
         const _tag_P2Clip clip = Scan(type);
         EXPECT_EQ(type, each.type);
@@ -154,9 +165,7 @@ TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
         EXPECT_EQ(packets, 4);
         EXPECT_EQ(clip.VideoStartByteOffset, position);
         EXPECT_EQ(clip.VideoDataSize, static_cast<std::int64_t>(Joined(units).size()));
-        MediaFacts facts;
-        ASSERT_TRUE(ReadMediaFile(
-            video, [] { return true; }, facts));
+        const MediaFacts facts = ReadMediaFile(video, [] { return true; });
         EXPECT_EQ(facts.width, each.encoding.width);
         EXPECT_EQ(facts.height, each.encoding.height);
         EXPECT_EQ(av_cmp_q({facts.rate.frames, facts.rate.seconds}, each.encoding.rate), 0);
@@ -179,7 +188,7 @@ TEST_F(RecordingTest, SoundIsTakenApartAndFilledUpToTheVideosEnd) {
         RecordingParameters parameters = Parameters();
         parameters.wave = Wave(2, bits);
         parameters.clipName = bits == 16 ? L"0016AB" : L"0024AB";
-        ASSERT_TRUE(Record(parameters, EncodePictures(kDv25Pal, 3), interleaved));
+        ASSERT_EQ(Record(parameters, EncodePictures(kDv25Pal, 3), interleaved), "");
         for (std::size_t channel = 0; channel < 2; ++channel) {
             channels[channel].resize(std::size_t{1920} * 3 * width);
             int packets = 0;
@@ -201,7 +210,7 @@ TEST_F(RecordingTest, MetadataCarryWhatTheHostSaid) {
     const RelatedClip previous = {
         L"0006AB", {0x11223344, 0x5566, 0x7788, {1, 2, 3, 4, 5, 6, 7, 8}}, L"AAB10E1234"};
     parameters.relations.previous = previous;
-    ASSERT_TRUE(Record(parameters, EncodePictures(kDv25Ntsc, 2)));
+    ASSERT_EQ(Record(parameters, EncodePictures(kDv25Ntsc, 2)), "");
     eCodeType type = CT_DV25_50I;
     const _tag_P2Clip clip = Scan(type);
     EXPECT_EQ(clip.UserClipName, L"A <walk> & more");
@@ -213,9 +222,8 @@ TEST_F(RecordingTest, MetadataCarryWhatTheHostSaid) {
     EXPECT_EQ(clip.PreviousClipGuid, previous.identifier);
     EXPECT_TRUE(clip.NextClipName.IsEmpty());
     EXPECT_NE(clip.GlobalClipGuid, GUID());
-    MediaFacts facts;
-    ASSERT_TRUE(ReadMediaFile(
-        m_card.Folder().Path("CONTENTS/VIDEO/0007AB.MXF"), [] { return true; }, facts));
+    const MediaFacts facts =
+        ReadMediaFile(m_card.Folder().Path("CONTENTS/VIDEO/0007AB.MXF"), [] { return true; });
     EXPECT_EQ(facts.timecode, "00:10:00;00");
 }
 
@@ -270,7 +278,7 @@ TEST_F(RecordingTest, RefusesWhatItCannotRecord) {
         RecordingParameters parameters = Parameters();
         each.spoil(parameters);
         std::unique_ptr<Recording> recording;
-        EXPECT_FALSE(Recording::Start(parameters, 0, VS_50I, recording)) << each.what;
+        EXPECT_NE(Start(parameters, recording), "") << each.what;
     }
     EXPECT_TRUE(OnCard().empty());
 }
@@ -279,24 +287,24 @@ TEST_F(RecordingTest, WrongDataIsRefusedAndTheRecordingGoesOn) {
     std::unique_ptr<Recording> recording;
     RecordingParameters unnamed = Parameters();
     unnamed.clipName = L"";
-    ASSERT_TRUE(Recording::Start(unnamed, 0, VS_50I, recording));
+    ASSERT_EQ(Start(unnamed, recording), "");
     const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
     const std::string wrong[] = {"x", units[0].substr(1), units[0] + "x",
                                  std::string(144000, '\xFF'), EncodePictures(kDv50Pal, 1)[0]};
     for (const std::string& unit : wrong) {
-        EXPECT_FALSE(recording->Add(unit, ""));
+        EXPECT_NE(Add(*recording, unit), "");
     }
-    EXPECT_FALSE(recording->Add("", "abc")) << "no whole sample";
-    EXPECT_TRUE(recording->Add(units[0], ""));
-    EXPECT_TRUE(recording->Add(units[1], ""));
-    EXPECT_TRUE(recording->Finish());
+    EXPECT_NE(Add(*recording, "", "abc"), "") << "no whole sample";
+    EXPECT_EQ(Add(*recording, units[0]), "");
+    EXPECT_EQ(Add(*recording, units[1]), "");
+    EXPECT_EQ(ErrorOf([&] { recording->Finish(); }), "");
     EXPECT_TRUE(OnCard().contains("CONTENTS/CLIP/0001AA.XML"));
     const RecordingParameters avc = Parameters(CT_AVCI100_1080_50I);
-    ASSERT_TRUE(Recording::Start(avc, 0, VS_50I, recording));
-    EXPECT_FALSE(recording->Add(units[0], ""));
-    EXPECT_THAT(recording->Add(std::string("\0\0\0\1\x09\x10\0\0\0\1\x65", 11), "").error,
+    ASSERT_EQ(Start(avc, recording), "");
+    EXPECT_NE(Add(*recording, units[0]), "");
+    EXPECT_THAT(Add(*recording, std::string("\0\0\0\1\x09\x10\0\0\0\1\x65", 11)),
                 HasSubstr("no parameter sets"));
-    EXPECT_THAT(recording->Finish().error, HasSubstr("No frame"));
+    EXPECT_THAT(ErrorOf([&] { recording->Finish(); }), HasSubstr("No frame"));
 }
 
 TEST_F(RecordingTest, AStreamOfAnotherFormatIsRefusedAtItsFirstFrame) {
@@ -334,10 +342,11 @@ TEST_F(RecordingTest, AStreamOfAnotherFormatIsRefusedAtItsFirstFrame) {
             std::cout << "no encoder " << each.encoding.encoder << ": left out\n";
             continue;
         }
-        const Outcome outcome = CheckAccessUnit(*FindRecordingFormat(each.type), unit, true);
-        EXPECT_EQ(static_cast<bool>(outcome), each.fits)
+        const std::string error =
+            ErrorOf([&] { CheckAccessUnit(*FindRecordingFormat(each.type), unit, true); });
+        EXPECT_EQ(error.empty(), each.fits)
             << CodeTypeName(each.type) << " from " << each.encoding.options << " of " << unit.size()
-            << ": " << outcome.error;
+            << ": " << error;
     }
 }
 
@@ -355,18 +364,17 @@ TEST_F(RecordingTest, GoesOnInLinkedClipsWhereAFileIsFull) {
     for (const int lag : {0, 1, -3}) {
         SCOPED_TRACE(lag);
         std::unique_ptr<Recording> recording;
-        ASSERT_TRUE(Recording::Start(parameters, 0, VS_50I, recording));
+        ASSERT_EQ(Start(parameters, recording), "");
         const auto part = [](const auto& parts, std::size_t size, int number) {
             return number < 0 ? std::string()
                               : parts.substr(static_cast<std::size_t>(number) * size, size);
         };
         for (int i = std::min(lag, 0); i < 9; ++i) {
-            const Outcome outcome = recording->Add(i < 8 ? part(Joined(units), 144000, i) : "",
-                                                   i - lag < 8 ? part(sound, 3840, i - lag) : "");
-            ASSERT_TRUE(outcome) << outcome.error;
+            ASSERT_EQ(Add(*recording, i < 8 ? part(Joined(units), 144000, i) : "",
+                          i - lag < 8 ? part(sound, 3840, i - lag) : ""),
+                      "");
         }
-        const Outcome finished = recording->Finish();
-        ASSERT_TRUE(finished) << finished.error;
+        ASSERT_EQ(ErrorOf([&] { recording->Finish(); }), "");
         ExpectThreeClips(Joined(units), sound);
         EmptyCard();
     }
@@ -375,23 +383,23 @@ TEST_F(RecordingTest, GoesOnInLinkedClipsWhereAFileIsFull) {
 TEST_F(RecordingTest, ANameIsClaimedAtTheStart) {
     RecordingParameters unnamed = Parameters();
     unnamed.clipName = L"";
-    CardFolders other; // another process is as good as another open folder
+    // Another process is as good as another open folder.
+    const CardFolders other = OpenCard(m_card.Root());
     std::unique_ptr<platform::NameLock> lock;
-    ASSERT_TRUE(OpenCard(m_card.Root(), other));
     ASSERT_TRUE(other.root->LockName("0002aa", lock));
     std::unique_ptr<Recording> recordings[2];
     for (std::unique_ptr<Recording>& recording : recordings) {
-        ASSERT_TRUE(Recording::Start(unnamed, 0, VS_50I, recording));
+        ASSERT_EQ(Start(unnamed, recording), "");
     }
     std::unique_ptr<Recording> refused;
     RecordingParameters named = Parameters();
     for (const wchar_t* const name : {L"0001AA", L"0002AA", L"0003AA"}) {
         named.clipName = name;
-        EXPECT_THAT(Recording::Start(named, 0, VS_50I, refused).error, HasSubstr("already"));
+        EXPECT_THAT(Start(named, refused), HasSubstr("already"));
     }
     for (std::unique_ptr<Recording>& recording : recordings) {
-        EXPECT_TRUE(recording->Add(EncodePictures(kDv25Pal, 1)[0], ""));
-        EXPECT_TRUE(recording->Finish());
+        EXPECT_EQ(Add(*recording, EncodePictures(kDv25Pal, 1)[0]), "");
+        EXPECT_EQ(ErrorOf([&] { recording->Finish(); }), "");
     }
     EXPECT_TRUE(OnCard().contains("CONTENTS/CLIP/0001AA.XML"));
     EXPECT_TRUE(OnCard().contains("CONTENTS/CLIP/0003AA.XML"));
@@ -409,8 +417,8 @@ TEST_F(RecordingTest, WhatWasRecordedIsKeptUpToTheLastWholeFrame) {
         files.Fail({IoError::NoSpace, Operation::WriteAt, "", writes});
         std::unique_ptr<Recording> recording;
         std::size_t taken = 0;
-        if (Recording::Start(Parameters(), 0, VS_50I, recording)) {
-            while (taken < units.size() && recording->Add(units[taken], sound)) {
+        if (Start(Parameters(), recording).empty()) {
+            while (taken < units.size() && Add(*recording, units[taken], sound).empty()) {
                 ++taken;
             }
         }
@@ -439,8 +447,8 @@ TEST_F(RecordingTest, WhatWasRecordedIsKeptUpToTheLastWholeFrame) {
 TEST_F(RecordingTest, NothingRemainsOfWhatIsDroppedOrNotSure) {
     const std::vector<std::string> units = EncodePictures(kDv25Pal, 2);
     std::unique_ptr<Recording> recording;
-    ASSERT_TRUE(Recording::Start(Parameters(), 0, VS_50I, recording));
-    ASSERT_TRUE(recording->Add(units[0], ""));
+    ASSERT_EQ(Start(Parameters(), recording), "");
+    ASSERT_EQ(Add(*recording, units[0]), "");
     recording->Drop();
     recording.reset();
     EXPECT_TRUE(OnCard().empty()) << "dropped";
@@ -459,15 +467,14 @@ TEST_F(RecordingTest, NothingRemainsOfWhatIsDroppedOrNotSure) {
         test::FaultyFileSystem files;
         const platform::ScopedFileSystem use(files);
         files.Fail(each.fault);
-        EXPECT_THAT(Record(Parameters(), units).error, HasSubstr("made to fail")) << each.what;
+        EXPECT_THAT(Record(Parameters(), units), HasSubstr("made to fail")) << each.what;
         EXPECT_TRUE(OnCard().empty()) << each.what;
     }
     test::FaultyFileSystem files;
     const platform::ScopedFileSystem use(files);
     files.SetFreeSpace(10'000'000);
-    EXPECT_THAT(Recording::Start(Parameters(), 1000, VS_50I, recording).error,
-                HasSubstr("too little space"));
-    EXPECT_TRUE(Recording::Start(Parameters(), 10, VS_50I, recording));
+    EXPECT_THAT(Start(Parameters(), recording, 1000), HasSubstr("too little space"));
+    EXPECT_EQ(Start(Parameters(), recording, 10), "");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "copy/failure.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/faulty_file_system.h"
 #include "worker/transfer.h"
@@ -21,8 +22,18 @@
 
 namespace nqp2::worker {
 
-/// Remembers what it heard; ends the transfer at a position or at its end.
-class RecordingWatch final : public TransferWatch {
+/// The sentence with which it fails; "" when it does not.
+inline std::string ErrorOf(const std::function<void()>& operation) {
+    try {
+        operation();
+        return "";
+    } catch (const copy::Failure& failure) {
+        return failure.what();
+    }
+}
+
+/// Remembers what it was told; ends the transfer at a position or at its end.
+class RecordingWatch final : public copy::Watch {
 public:
     std::uint64_t stopAt = std::numeric_limits<std::uint64_t>::max();
     bool mayFinish = true;
@@ -86,7 +97,7 @@ inline constexpr std::size_t kFilesOfAClip = 8;
 /// Fails file operations of a request in turn, one each time: every so manieth, all of them with
 /// NQP2_FAULTS=1. A request that fails leaves nothing behind in the folder, and one that gets over
 /// the fault leaves what it leaves without it. Returns how often it failed.
-inline int SweepFaults(const std::string& folder, const std::function<Outcome()>& request,
+inline int SweepFaults(const std::string& folder, const std::function<std::string()>& request,
                        std::uint64_t every = 1) {
     const auto clear = [&] {
         for (const auto& entry : std::filesystem::directory_iterator(folder)) {
@@ -95,7 +106,7 @@ inline int SweepFaults(const std::string& folder, const std::function<Outcome()>
     };
     test::FaultyFileSystem files;
     const platform::ScopedFileSystem use(files);
-    EXPECT_TRUE(request());
+    EXPECT_EQ(request(), "");
     const auto whole = FilesBelow(folder);
     const std::uint64_t calls = files.Calls();
     if (std::getenv("NQP2_FAULTS") != nullptr) {
@@ -106,10 +117,9 @@ inline int SweepFaults(const std::string& folder, const std::function<Outcome()>
         clear();
         files.HealAll();
         files.Fail({platform::IoError::Device, {}, "", skip, 1});
-        if (const Outcome outcome = request(); !outcome) {
+        if (const std::string error = request(); !error.empty()) {
             ++failures;
-            EXPECT_FALSE(outcome.error.empty());
-            EXPECT_TRUE(std::filesystem::is_empty(folder)) << skip << ": " << outcome.error;
+            EXPECT_TRUE(std::filesystem::is_empty(folder)) << skip << ": " << error;
         } else {
             EXPECT_TRUE(FilesBelow(folder) == whole) << skip;
         }

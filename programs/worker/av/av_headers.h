@@ -10,6 +10,8 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
+#include "worker/media_module.h"
+
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -80,6 +82,23 @@ inline std::int64_t SeekTo(std::int64_t offset, int whence, std::uint64_t size,
     }
     position = static_cast<std::uint64_t>(wanted);
     return wanted;
+}
+
+/// What MediaModule offers. Throws std::bad_alloc, beside the faults that it returns.
+MediaFault ReadMedia(MediaInput& input, MediaFacts& facts);
+MediaFault MakeVideoMuxer(const VideoFormat& format, MediaOutput& output,
+                          std::unique_ptr<EssenceMuxer>& muxer);
+MediaFault MakeSoundMuxer(const SoundFormat& format, MediaOutput& output,
+                          std::unique_ptr<EssenceMuxer>& muxer);
+
+/// Runs what such a function does where nothing may be thrown.
+template <class Operation>
+MediaFault WithoutThrowing(Operation&& operation) noexcept {
+    try {
+        return operation();
+    } catch (const std::bad_alloc&) {
+        return "out of memory"; // so short that it needs none
+    }
 }
 
 } // namespace nqp2::worker

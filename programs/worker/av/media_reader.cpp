@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/av/media_reader.h"
-
 #include "worker/av/av_headers.h"
 
 #include <algorithm>
@@ -24,10 +22,10 @@ public:
         : m_input(input), m_io(MakeIo(this, 1 << 13, Read, nullptr, Seek)) {}
 
     /// Fails for what is none of the containers that cameras write.
-    Outcome Open(Format& format) {
+    MediaFault Open(Format& format) {
         AVFormatContext* opened = avformat_alloc_context();
         if (opened == nullptr) {
-            return Failure(AvReason(AVERROR(ENOMEM)));
+            return AvReason(AVERROR(ENOMEM));
         }
         opened->pb = m_io.get();
         opened->io_open = OpenNoOther;
@@ -42,7 +40,7 @@ public:
             format.reset(opened);
             result = avformat_find_stream_info(opened, nullptr);
         }
-        return result >= 0 ? Outcome() : Failure(AvReason(result));
+        return result >= 0 ? MediaFault() : AvReason(result);
     }
 
 private:
@@ -174,15 +172,15 @@ std::string Identifier(const AVFormatContext& format) {
 
 } // namespace
 
-Outcome ReadMedia(MediaInput& input, MediaFacts& facts) {
+MediaFault ReadMedia(MediaInput& input, MediaFacts& facts) {
     Source source(input);
     Format format;
-    if (Outcome outcome = source.Open(format); !outcome) {
-        return outcome;
+    if (MediaFault fault = source.Open(format); !fault.empty()) {
+        return fault;
     }
     const int video = av_find_best_stream(format.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
     if (video < 0) {
-        return Failure("there is no picture in it");
+        return "there is no picture in it";
     }
     ReadPicture(*format, *format->streams[video], facts);
     facts.audioChannels = CountChannels(*format);

@@ -2,9 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 #include "worker/av/av_headers.h"
-#include "worker/av/media_reader.h"
-#include "worker/av/muxer.h"
-#include "worker/media_module.h"
 
 #include <cstddef>
 #include <cstring>
@@ -21,16 +18,16 @@ public:
         av_max_alloc(kLargestBlock);
         av_log_set_level(AV_LOG_QUIET);
     }
-    Outcome Describe(MediaInput& input, MediaFacts& facts) const override {
-        return ReadMedia(input, facts);
+    MediaFault Describe(MediaInput& input, MediaFacts& facts) const noexcept override {
+        return WithoutThrowing([&] { return ReadMedia(input, facts); });
     }
-    std::unique_ptr<EssenceMuxer> MuxVideo(const VideoFormat& format, MediaOutput& output,
-                                           std::string& reason) const override {
-        return MakeVideoMuxer(format, output, reason);
+    MediaFault MuxVideo(const VideoFormat& format, MediaOutput& output,
+                        std::unique_ptr<EssenceMuxer>& muxer) const noexcept override {
+        return WithoutThrowing([&] { return MakeVideoMuxer(format, output, muxer); });
     }
-    std::unique_ptr<EssenceMuxer> MuxSound(const SoundFormat& format, MediaOutput& output,
-                                           std::string& reason) const override {
-        return MakeSoundMuxer(format, output, reason);
+    MediaFault MuxSound(const SoundFormat& format, MediaOutput& output,
+                        std::unique_ptr<EssenceMuxer>& muxer) const noexcept override {
+        return WithoutThrowing([&] { return MakeSoundMuxer(format, output, muxer); });
     }
 };
 

@@ -1,8 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/av/muxer.h"
-
 #include "worker/av/av_headers.h"
 
 #include <algorithm>
@@ -18,7 +16,7 @@ class OpAtomMuxer final : public EssenceMuxer {
 public:
     OpAtomMuxer(MediaOutput& output, AVRational rate)
         : m_output(output), m_frame(av_inv_q(rate)),
-          m_io(MakeIo(this, 1 << 20, nullptr, Write, Seek)) {
+          m_io(MakeIo(this, 1 << 20, nullptr, Drain, Seek)) {
         AVFormatContext* format = nullptr;
         avformat_alloc_output_context2(&format, nullptr, "mxf_opatom", nullptr);
         m_format.reset(format);
@@ -34,32 +32,37 @@ public:
 
     int Begin() { return avformat_write_header(m_format.get(), nullptr); }
 
-    Outcome Put(std::string_view unit) override {
+    MediaFault Put(std::string_view unit) noexcept override {
+        return WithoutThrowing([&] { return Write(unit); });
+    }
+    MediaFault Finish() noexcept override {
+        return WithoutThrowing([&] { return Flushed(av_write_trailer(m_format.get())); });
+    }
+
+private:
+    MediaFault Write(std::string_view unit) {
         const OwnPacket packet(av_packet_alloc());
         if (packet == nullptr || av_new_packet(packet.get(), static_cast<int>(unit.size())) < 0) {
-            return Failure(AvReason(AVERROR(ENOMEM)));
+            return AvReason(AVERROR(ENOMEM));
         }
         std::copy(unit.begin(), unit.end(), packet->data);
         packet->pts = packet->dts = av_rescale_q(m_units, m_frame, Stream().time_base);
         packet->duration = av_rescale_q(m_units + 1, m_frame, Stream().time_base) - packet->pts;
         packet->flags |= AV_PKT_FLAG_KEY;
-        const Outcome outcome = Flushed(av_write_frame(m_format.get(), packet.get()));
-        m_units += outcome ? 1 : 0;
-        return outcome;
+        MediaFault fault = Flushed(av_write_frame(m_format.get(), packet.get()));
+        m_units += fault.empty() ? 1 : 0;
+        return fault;
     }
 
-    Outcome Finish() override { return Flushed(av_write_trailer(m_format.get())); }
-
-private:
-    Outcome Flushed(int result) {
+    MediaFault Flushed(int result) {
         avio_flush(m_io.get());
         const int error = result < 0 ? result : m_io->error;
-        return error < 0 ? Failure(AvReason(error)) : Outcome();
+        return error < 0 ? AvReason(error) : MediaFault();
     }
 
     static OpAtomMuxer& Self(void* muxer) { return *static_cast<OpAtomMuxer*>(muxer); }
 
-    static int Write(void* muxer, std::uint8_t* bytes, int count) {
+    static int Drain(void* muxer, std::uint8_t* bytes, int count) {
         OpAtomMuxer& self = Self(muxer);
         const auto size = static_cast<std::size_t>(std::max(count, 0));
         if (!self.m_output.WriteAt(self.m_position, {reinterpret_cast<const char*>(bytes), size})) {
@@ -89,22 +92,21 @@ AVRational RateOf(const FrameRate& rate) {
     return {rate.frames, rate.seconds};
 }
 
-std::unique_ptr<EssenceMuxer> Begun(std::unique_ptr<OpAtomMuxer> muxer, std::string& reason) {
-    const int result = muxer->Begin();
-    if (result < 0) {
-        reason = AvReason(result);
-        return nullptr;
+MediaFault Begin(std::unique_ptr<OpAtomMuxer> begun, std::unique_ptr<EssenceMuxer>& muxer) {
+    if (const int result = begun->Begin(); result < 0) {
+        return AvReason(result);
     }
-    return muxer;
+    muxer = std::move(begun);
+    return {};
 }
 
 } // namespace
 
-std::unique_ptr<EssenceMuxer> MakeVideoMuxer(const VideoFormat& format, MediaOutput& output,
-                                             std::string& reason) {
+MediaFault MakeVideoMuxer(const VideoFormat& format, MediaOutput& output,
+                          std::unique_ptr<EssenceMuxer>& muxer) {
     const AVRational rate = RateOf(format.rate);
-    auto muxer = std::make_unique<OpAtomMuxer>(output, rate);
-    AVStream& stream = muxer->Stream();
+    auto made = std::make_unique<OpAtomMuxer>(output, rate);
+    AVStream& stream = made->Stream();
     AVCodecParameters& codec = *stream.codecpar;
     codec.codec_type = AVMEDIA_TYPE_VIDEO;
     codec.codec_id = format.codec == VideoCodec::Dv ? AV_CODEC_ID_DVVIDEO : AV_CODEC_ID_H264;
@@ -119,14 +121,14 @@ std::unique_ptr<EssenceMuxer> MakeVideoMuxer(const VideoFormat& format, MediaOut
         av_mul_q(shown, AVRational{format.height, std::max(format.width, 1)});
     codec.sample_aspect_ratio = stream.sample_aspect_ratio;
     av_dict_set(&stream.metadata, "timecode", format.timecode.c_str(), 0);
-    return Begun(std::move(muxer), reason);
+    return Begin(std::move(made), muxer);
 }
 
-std::unique_ptr<EssenceMuxer> MakeSoundMuxer(const SoundFormat& format, MediaOutput& output,
-                                             std::string& reason) {
+MediaFault MakeSoundMuxer(const SoundFormat& format, MediaOutput& output,
+                          std::unique_ptr<EssenceMuxer>& muxer) {
     const AVRational rate = RateOf(format.videoRate);
-    auto muxer = std::make_unique<OpAtomMuxer>(output, rate);
-    AVStream& stream = muxer->Stream();
+    auto made = std::make_unique<OpAtomMuxer>(output, rate);
+    AVStream& stream = made->Stream();
     AVCodecParameters& codec = *stream.codecpar;
     codec.codec_type = AVMEDIA_TYPE_AUDIO;
     codec.codec_id = format.bits == 24 ? AV_CODEC_ID_PCM_S24LE : AV_CODEC_ID_PCM_S16LE;
@@ -135,8 +137,8 @@ std::unique_ptr<EssenceMuxer> MakeSoundMuxer(const SoundFormat& format, MediaOut
     codec.block_align = format.bits / 8;
     av_channel_layout_default(&codec.ch_layout, 1);
     stream.time_base = {1, static_cast<int>(kSampleRate)};
-    av_opt_set_q(muxer->Format().priv_data, "mxf_audio_edit_rate", rate, 0);
-    return Begun(std::move(muxer), reason);
+    av_opt_set_q(made->Format().priv_data, "mxf_audio_edit_rate", rate, 0);
+    return Begin(std::move(made), muxer);
 }
 
 } // namespace nqp2::worker
