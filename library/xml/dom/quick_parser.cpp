@@ -9,6 +9,7 @@
 #include <cstring>
 
 namespace nqp2::dom {
+namespace quick {
 namespace {
 
 // Below the limits of libxml2, which would refuse what is beyond its own.
@@ -502,13 +503,14 @@ private:
 };
 
 } // namespace
+} // namespace quick
 
 bool ParseQuickly(std::string_view bytes, Tree& tree) {
     tree.Clear();
-    if (bytes.size() > kLargestDocument) {
+    if (bytes.size() > quick::kLargestDocument) {
         return false;
     }
-    if (Reading(tree, tree.KeepDocument(bytes), bytes.size()).Document()) {
+    if (quick::Reading(tree, tree.KeepDocument(bytes), bytes.size()).Document()) {
         return true;
     }
     tree.Clear();
