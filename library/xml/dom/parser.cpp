@@ -6,6 +6,7 @@
 #include "NQP2ParserU/XmlLimits.h"
 #include "platform/file_system.h"
 #include "xml/dom/libxml.h"
+#include "xml/dom/quick_parser.h"
 #include "xml/dom/tree_builder.h"
 
 #include <libxml/dict.h>
@@ -208,6 +209,18 @@ ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
 }
 
 ParseError Parser::ParseBytes(std::string_view bytes, Tree& tree) {
+    try {
+        if (ParseQuickly(bytes, tree) && tree.BytesUsed() <= MaxTreeBytes(bytes.size())) {
+            return {};
+        }
+    } catch (const std::bad_alloc&) {
+        tree.Clear();
+        return OutOfMemory();
+    }
+    return ParseWithLibxml(bytes, tree);
+}
+
+ParseError Parser::ParseWithLibxml(std::string_view bytes, Tree& tree) {
     MemorySource source(bytes);
     return Parse(source, nullptr, tree);
 }

@@ -31,6 +31,8 @@ public:
 
     /// A file's bytes; the encoding is told by its byte-order mark or declaration.
     ParseError ParseBytes(std::string_view bytes, Tree& tree);
+    /// The same without the quick parser, which may change nothing but the time that it takes.
+    ParseError ParseWithLibxml(std::string_view bytes, Tree& tree);
     /// Text that already is UTF-8, whatever its declaration says.
     ParseError ParseText(std::string_view utf8, Tree& tree);
     /// A large file, read piece by piece; more than `limit` bytes is an error.

@@ -105,7 +105,10 @@ const NodeName& Tree::KeepName(std::string_view text, std::string_view uri) {
 }
 
 void Tree::Hold(Node& node, std::string_view content) {
-    const std::string_view kept = m_texts.Copy(content);
+    HoldKept(node, m_texts.Copy(content));
+}
+
+void Tree::HoldKept(Node& node, std::string_view kept) noexcept {
     node.m_characters = kept.data();
     node.m_length = kept.size();
 }
@@ -131,6 +134,18 @@ Node& Tree::CreateCharacters(NodeType type, std::string_view content) {
 Node& Tree::CreateInstruction(std::string_view target, std::string_view data) {
     Node& node = Create(NodeType::ProcessingInstruction, KeepName(target, {}));
     Hold(node, data);
+    return node;
+}
+
+char* Tree::KeepDocument(std::string_view bytes) {
+    auto* const kept = static_cast<char*>(m_texts.Allocate(bytes.size() + 1));
+    kept[bytes.copy(kept, bytes.size())] = '\0';
+    return kept;
+}
+
+Node& Tree::CreateKeptCharacters(NodeType type, std::string_view kept) {
+    Node& node = Create(type);
+    HoldKept(node, kept);
     return node;
 }
 
@@ -188,8 +203,13 @@ void Tree::Unlink(Node& node) {
 
 void Tree::AppendAttribute(Node& element, std::string_view name, std::string_view value,
                            std::string_view uri) {
+    AppendKeptAttribute(element, name, m_texts.Copy(value), uri);
+}
+
+void Tree::AppendKeptAttribute(Node& element, std::string_view name, std::string_view kept,
+                               std::string_view uri) {
     Node& attribute = Create(NodeType::Attribute, KeepName(name, uri));
-    Hold(attribute, value);
+    HoldKept(attribute, kept);
     attribute.parent = &element;
     Link(element.m_firstAttribute, attribute, nullptr);
     ++m_version;

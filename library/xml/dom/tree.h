@@ -50,6 +50,9 @@ public:
     Node& CreateNamedLike(const Node& element);
     Node& CreateCharacters(NodeType type, std::string_view content);
     Node& CreateInstruction(std::string_view target, std::string_view data);
+    /// A copy of a whole document with a 0 behind it. What is part of it needs no further copy:
+    char* KeepDocument(std::string_view bytes);
+    Node& CreateKeptCharacters(NodeType type, std::string_view kept);
 
     /// Links `child`, which has no parent, before `before` or at the end when that is null. Returns
     /// false, with nothing changed, for a second document element or characters beside it, for a
@@ -62,6 +65,9 @@ public:
     /// Adds an attribute behind the others; its name must be new to the element.
     void AppendAttribute(Node& element, std::string_view name, std::string_view value,
                          std::string_view uri);
+    /// The same with a value that is part of the document that the tree keeps.
+    void AppendKeptAttribute(Node& element, std::string_view name, std::string_view kept,
+                             std::string_view uri);
     /// Adds an attribute behind the others, or gives the one of that name a new value.
     void SetAttribute(Node& element, std::string_view name, std::string_view value,
                       std::string_view uri = {});
@@ -86,6 +92,7 @@ private:
     /// The same name again, where it was met of late.
     const NodeName& KeepName(std::string_view text, std::string_view uri);
     void Hold(Node& node, std::string_view content);
+    static void HoldKept(Node& node, std::string_view kept) noexcept;
     static void Link(Node*& first, Node& node, Node* before) noexcept;
     static void TakeOut(Node*& first, Node& node) noexcept;
     Node& CopyAlone(const Node& source);
