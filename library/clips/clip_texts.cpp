@@ -23,7 +23,8 @@ const dom::PathSet& Paths() {
 } // namespace
 
 ClipTexts::ClipTexts(const dom::Document& document, TextPool& pool)
-    : m_pool(pool), m_budget(document), m_values(document, media::kClipContentPath, Paths(), m_budget) {}
+    : m_pool(pool), m_budget(document),
+      m_values(document, media::kClipContentPath, Paths(), m_budget) {}
 
 CString ClipTexts::Text(ClipPath path) const {
     return TextOf(Find(path));

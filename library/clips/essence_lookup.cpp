@@ -36,7 +36,7 @@ CString FindOne(const EssenceLookup& essence, const media::ClipFileKind& kind,
 /// The files that both readers look for in the same way.
 void FindCompanions(const EssenceLookup& essence, _tag_P2Clip& clip) {
     const CString& name = clip.ClipName;
-    _tag_P2Proxy& proxy = clip.Proxy;
+    P2Proxy& proxy = clip.Proxy;
     constexpr int kMov = 2;
     proxy.ProxyExt = proxy.ProxyFormat == kMov ? media::kMovProxy.Text() : media::kMp4Proxy.Text();
     proxy.ProxyFilePath = essence.PathIfExists(media::kProxyFiles, name + proxy.ProxyExt);
