@@ -9,8 +9,6 @@
 #include <algorithm>
 
 namespace nqp2::media {
-namespace {} // namespace
-
 std::string SuffixOf(const ClipFileKind& kind, std::size_t number) {
     const std::string digits = kind.digits == 0 ? "" : std::to_string(number);
     const std::size_t zeros = kind.digits - std::min(kind.digits, digits.size());
