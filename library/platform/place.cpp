@@ -73,11 +73,30 @@ IoStatus ListWhole(const std::string& folder, std::vector<FolderEntry>& entries)
 struct Place::State {
     explicit State(CString text) : written(std::move(text)), asked(PosixFolder(written)) {}
 
-    /// Looks for the folder, once.
+    /// Looks for the folder, once; by the entries of the place above where that is known.
     void Resolve() {
-        if (!isResolved) {
-            Settle(FindExisting(asked));
+        if (isResolved) {
+            return;
         }
+        const std::shared_ptr<State> aboveIt = above.lock();
+        Settle(aboveIt != nullptr ? aboveIt->FindFolder(nameInIt) : FindExisting(asked));
+    }
+    std::optional<std::string> FindFolder(const std::string& folder) {
+        Resolve();
+        if (!exists) {
+            return std::nullopt;
+        }
+        FileInfo info;
+        std::string found = PathTo(folder);
+        if (!Files().Stat(found, info)) {
+            if (!names) {
+                ReadNames();
+            }
+            const FolderEntry* const entry = names->Find(folder);
+            found = entry != nullptr ? PathTo(entry->name) : std::string();
+        }
+        const bool isFolder = Files().Stat(found, info) && info.kind == EntryKind::Folder;
+        return isFolder ? std::optional(found) : std::nullopt;
     }
     void Settle(const std::optional<std::string>& found) {
         isResolved = true;
@@ -119,6 +138,8 @@ struct Place::State {
     bool exists = false;
     std::optional<FolderIndex> names;
     std::map<std::wstring, Place> below;
+    std::weak_ptr<State> above; ///< where this is one of its folders,
+    std::string nameInIt;       ///< and how that was asked for
 };
 
 Place::Place(CString written) : m_state(std::make_shared<State>(std::move(written))) {}
@@ -138,9 +159,17 @@ CString Place::PathOf(const CString& name) const {
 Place Place::Below(const CString& name) const {
     std::wstring key(name.View());
     const auto known = m_state->below.find(key);
-    return known != m_state->below.end()
-               ? known->second
-               : m_state->below.emplace(std::move(key), Place(PathOf(name))).first->second;
+    if (known != m_state->below.end()) {
+        return known->second;
+    }
+    Place place(PathOf(name));
+    const std::string steps = StepsOf(name);
+    const std::string step = steps.substr(0, steps.find_last_not_of('/') + 1);
+    if (IsEntryName(step)) {
+        place.m_state->above = m_state;
+        place.m_state->nameInIt = step;
+    }
+    return m_state->below.emplace(std::move(key), std::move(place)).first->second;
 }
 
 const std::string& Place::OnDisk() const {
@@ -236,6 +265,11 @@ FoundFile Place::FileOf(const FolderEntry& entry) const {
     found.isSpecial = entry.kind == EntryKind::Other;
     found.pathIsSafe = name.Find(L'\\') < 0;
     return found;
+}
+
+std::optional<std::string> FindOnDisk(const CString& path) {
+    const std::string asked = PosixPath(path);
+    return asked.starts_with('/') ? FindExisting(asked) : std::nullopt;
 }
 
 PathParts SplitPath(const CString& path) {

@@ -8,6 +8,7 @@
 #include "platform/folder_index.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -88,6 +89,9 @@ struct PathParts {
     CString name;
 };
 PathParts SplitPath(const CString& path);
+
+/// What a host's whole path leads to, in its real spelling; nothing when it is missing or relative.
+std::optional<std::string> FindOnDisk(const CString& path);
 
 /// The same file or folder as an interface path that another process understands, whatever its
 /// current folder is. Drive letters stay; so does a path that leads nowhere.

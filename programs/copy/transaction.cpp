@@ -5,6 +5,7 @@
 
 #include "copy/failure.h"
 #include "platform/case_blind.h"
+#include "platform/guard.h"
 
 #include <algorithm>
 #include <limits>
@@ -46,13 +47,14 @@ Transaction::~Transaction() {
     }
     while (m_named > 0) { // backwards, so that what shows the others goes before them
         const Pending& pending = m_missing[--m_named];
-        static_cast<void>(pending.target->folder->RemoveFile(pending.item->name));
+        platform::Guarded(
+            [&] { static_cast<void>(pending.target->folder->RemoveFile(pending.item->name)); });
     }
     m_missing.clear();
     m_locks.clear(); // which have a file in the root
     m_targets.clear();
     for (auto made = m_made.rbegin(); made != m_made.rend(); ++made) {
-        static_cast<void>(made->parent->RemoveFolder(made->name));
+        platform::Guarded([&] { static_cast<void>(made->parent->RemoveFolder(made->name)); });
     }
 }
 

@@ -55,10 +55,11 @@ void Default(CString& text, const CString& value) {
 
 /// A regular file on the disk; nothing when there is none.
 std::optional<std::string> FindFile(const CString& path) {
-    const platform::PathParts parts = platform::SplitPath(path);
-    platform::FoundFile found;
-    const bool isFile = parts.folder.Find(parts.name, found) && !found.isFolder && !found.isSpecial;
-    return isFile ? std::optional(found.posixPath) : std::nullopt;
+    auto file = platform::FindOnDisk(path);
+    platform::FileInfo info;
+    const bool isFile =
+        file && platform::Files().Stat(*file, info) && info.kind == platform::EntryKind::File;
+    return isFile ? file : std::nullopt;
 }
 
 /// The same for the same content, wherever it lies: files without identifiers are told apart by

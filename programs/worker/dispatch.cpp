@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
+#include <new>
 
 namespace nqp2::worker {
 namespace {
@@ -33,6 +34,8 @@ Answer Run(Operations& operations, unsigned char* request, std::int32_t length) 
         message->result = bridge::kDone;
     } catch (const copy::Failure& failure) {
         operations.Fail(failure.what());
+    } catch (const std::bad_alloc&) {
+        operations.Fail("Out of memory.");
     }
     return [message](unsigned char* reply, std::int32_t capacity) {
         return message->Save(reply, capacity);

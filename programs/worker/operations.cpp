@@ -230,7 +230,7 @@ void Operations::Stop(bool keep) {
     }
     try {
         keep ? recording->Finish() : recording->Drop();
-    } catch (const copy::Failure&) {
+    } catch (const std::exception&) {
         m_recordedClips = recording->ClipNames(); // those that were completed
         throw;
     }

@@ -3,6 +3,7 @@
 
 #include "worker/recorded_clip.h"
 
+#include "platform/guard.h"
 #include "platform/guid_text.h"
 #include "platform/unicode.h"
 
@@ -61,7 +62,8 @@ public:
     NamedFiles& operator=(const NamedFiles&) = delete;
     ~NamedFiles() {
         for (const auto& [folder, name] : m_files) {
-            static_cast<void>(folder->RemoveFile(name));
+            const std::string& file = name;
+            platform::Guarded([&, &in = folder] { static_cast<void>(in->RemoveFile(file)); });
         }
     }
     void Commit(platform::Folder& folder, EssenceFile& file) {

@@ -136,14 +136,25 @@ void Recording::AddSound(std::string_view samples) {
 }
 
 void Recording::Add(std::string_view video, std::string_view sound) {
-    if (!video.empty()) {
-        AddVideo(video);
-    }
-    CompleteFull();
-    if (!sound.empty()) {
-        AddSound(sound);
-    }
-    CompleteFull();
+    const auto completeAfter = [this](const auto& add) {
+        try {
+            add();
+        } catch (const copy::Failure&) {
+            CompleteFull();
+            throw;
+        }
+        CompleteFull();
+    };
+    completeAfter([&] {
+        if (!video.empty()) {
+            AddVideo(video);
+        }
+    });
+    completeAfter([&] {
+        if (!sound.empty()) {
+            AddSound(sound);
+        }
+    });
 }
 
 void Recording::Complete(const ClipMaker& clip, const std::function<void()>& completion) {
