@@ -245,6 +245,11 @@ PathParts SplitPath(const CString& path) {
             CString(text.substr(nameStart))};
 }
 
+std::string PathOnDisk(const CString& path) {
+    const std::string asked = PosixPath(path);
+    return FindExisting(asked).value_or(asked);
+}
+
 CString FullPath(const CString& path) {
     const std::string file = PosixPath(path);
     if (file.empty() || file.front() == '/') {
