@@ -26,6 +26,7 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace nqp2::worker {
@@ -56,10 +57,11 @@ void Default(CString& text, const CString& value) {
 
 /// A regular file on the disk; nothing when there is none.
 std::optional<std::string> FindFile(const CString& path) {
-    const platform::PathParts parts = platform::SplitPath(path);
-    platform::FoundFile found;
-    const bool isFile = parts.folder.Find(parts.name, found) && !found.isFolder && !found.isSpecial;
-    return isFile ? std::optional(found.posixPath) : std::nullopt;
+    std::string file = platform::PathOnDisk(path);
+    platform::FileInfo info;
+    const bool isFile =
+        platform::Files().Stat(file, info) && info.kind == platform::EntryKind::File;
+    return isFile ? std::optional(std::move(file)) : std::nullopt;
 }
 
 /// The same for the same content, wherever it lies: files without identifiers are told apart by
