@@ -6,7 +6,6 @@
 #include "clips/clip_reader.h"
 #include "clips/clip_texts.h"
 #include "clips/essence_lookup.h"
-#include "clips/text_pool.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
 #include "media/card_layout.h"

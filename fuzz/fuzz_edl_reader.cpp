@@ -7,6 +7,7 @@
 #include "edl/edl_reader.h"
 #include "fuzz/measured_input.h"
 #include "fuzz/require.h"
+#include "media/families.h"
 #include "media/identifier.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 
@@ -25,7 +26,9 @@ constexpr int kIgnoreMissing = 1;
 void CheckHead(const tag_P2EDL& edl) {
     Require(edl.EditUnit.Numerator >= 1 && edl.EditUnit.Denominator >= 1, "a unit that can be one");
     Require(edl.StartTimecode >= 0, "a timecode is no negative count");
-    Require(edl.Class50 == 0 || (edl.Class50 == 1 && nqp2::edl::IsClassCodec(edl.Codec)),
+    Require(edl.Class50 == 0 ||
+                (edl.Class50 == 1 &&
+                 nqp2::media::LooksAtClass(nqp2::media::ClassReader::EditList, edl.Codec.View())),
             "class 50 is a flag of four codecs");
     Require(edl.Name.IsEmpty() && edl.Date.IsEmpty() && edl.Identity == GUID() &&
                 edl.IconPath.IsEmpty(),

@@ -98,7 +98,7 @@ public:
     /// Sets the text after a printf-like pattern (d i u x X c s S f F e E g G % with flags, width
     /// and precision; length modifiers are accepted and ignored, the argument's own type counts).
     /// An argument that does not fit its conversion is written in its natural form, a missing one
-    /// as nothing: no pattern reads beyond the arguments. A conversion of any other letter stands
+    /// as nothing: no pattern reads beyond the arguments. A conversion of any other letter stays
     /// as written and takes no argument. Widths and precisions end at 4096. The decimal point is
     /// "." in every locale.
     template <class... Arguments>

@@ -67,19 +67,20 @@ NQP2_API SystemInterface HostInterface() noexcept;
 
 /// How hosts reach a worker.
 struct ListenSettings {
-    /// The NUMBER of "--host NUMBER": the line to the host that started this process. Negative: none.
+    /// The NUMBER of "--host NUMBER": the line to the host that started this process. Negative:
+    /// none.
     int hostDescriptor = -1;
     /// A file for other hosts to connect to. Its folder must belong to the user and be closed to
-    /// everybody else. A file left by a worker that was killed is replaced; one on which somebody
-    /// listens is not. Empty: none.
+    /// everybody else. A file left by a worker that was killed is replaced; one on which another
+    /// process listens is not. Empty: none.
     std::string socket = {};
-    /// Called once, on a thread of the library, when a host had started this process and now neither
-    /// a host nor an open channel of one is left. May be null.
+    /// Called once, on a thread of the library, when a host had started this process and now
+    /// neither a host nor an open channel of one is left. May be null.
     void (*whenAlone)() = nullptr;
 };
 
-/// Begins to listen. A socket file that cannot be had is no failure when there is the line to a host;
-/// the status then has the reason. A process listens once at a time.
+/// Begins to listen. A socket file that cannot be had is no failure when there is the line to a
+/// host; the status then has the reason. A process listens once at a time.
 NQP2_API WorkerStatus ListenForHosts(const ListenSettings& settings);
 inline WorkerStatus ListenForHosts(const std::string& socket) {
     return ListenForHosts({-1, socket, nullptr});

@@ -18,7 +18,7 @@ NQP2_API bool MapDrive(const wchar_t* drive, const char* folder);
 /// nothing, when it names no letter or no folder.
 NQP2_API bool MapDriveFromArgument(std::string_view argument);
 
-/// Whether a folder stands behind the drive letter.
+/// Whether the drive letter is mapped to a folder.
 NQP2_API bool IsDriveMapped(wchar_t drive);
 
 } // namespace nqp2

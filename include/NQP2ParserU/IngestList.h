@@ -14,7 +14,7 @@
 namespace nqp2 {
 
 /// A card's ingest list in the order of its file: clip names with their segments. A clip that is
-/// listed twice stands here twice.
+/// listed twice is here twice.
 using IngestList = std::vector<std::pair<CString, std::vector<tag_P2SegInfo>>>;
 
 enum class IngestStatus : std::int32_t {
@@ -24,7 +24,7 @@ enum class IngestStatus : std::int32_t {
     Unreadable, ///< there is a list, but it cannot be read or is no sound XML
     Foreign,    ///< it is sound XML, but no ingest list
     BadName,    ///< a clip name that XML cannot hold
-    Busy,       ///< somebody else was changing the list for seconds
+    Busy,       ///< another process was changing the list for seconds
     NotSaved,   ///< the list could not be written and is as it was
 };
 

@@ -77,10 +77,10 @@ public:
                        nqp2::ScanReport& report) noexcept;
 
     /// The card's code type and rate family from its first clip file that loads, the code type from
-    /// the codec name alone. Returns 0, with the outputs untouched when no file loads; 1 before Init
-    /// and when the card has no CONTENTS folder.
+    /// the codec name alone. Returns 0, with the outputs untouched when no file loads; 1 before
+    /// Init and when the card has no CONTENTS folder.
     __int64 GetDiskFormat(CString root, eCodeType& codeType, eP2_VIDEO_STANDARD& standard);
-    /// All that the card's first clip file tells, the texts as they stand there. Same result.
+    /// All that the card's first clip file tells, the texts as they are in it. Same result.
     __int64 GetDiskFormat(CString root, nqp2::DiskFormat& format);
 
     /// Whether a recording of that many frames fits on the card: 1 or 0. `audioFlag` 0 counts
@@ -115,22 +115,22 @@ public:
     /// failure.
     __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name);
     /// Writes an edit list among those that LoadCardEdls reads: into root/EDITLIST, or into
-    /// root/CONTENTS/EDITLIST where the card has that folder alone. An empty `name` stands for the
+    /// root/CONTENTS/EDITLIST where the card has that folder alone. An empty `name` means the
     /// next number that no list in either folder has; a file that is there is never replaced then.
     /// `saved` receives the interface path of the file. Returns 0, or 1 for any failure.
     __int64 SaveCardEdl(const CString& root, const tag_P2EDL& edl, const CString& name,
                         CString& saved);
 
-    /// Appends the clips of an AVCHD card, a disc folder or a camera's folder: BDMV clip information
-    /// and the camera files of two makers (the worker describes these). Returns 0, or 1 for an empty
-    /// root and when none of the folders is there. May be called before Init.
+    /// Appends the clips of an AVCHD card, a disc folder or a camera's folder: BDMV clip
+    /// information and the camera files of two makers (the worker describes these). Returns 0, or 1
+    /// for an empty root and when none of the folders is there. May be called before Init.
     __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) noexcept;
     /// The same scan; `report` receives (appended) what was left out, and as takes the recordings
     /// that a camera split into several clips, as the card's playlists tell.
     __int64 LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips,
                           nqp2::ScanReport& report);
-    /// Fills `clip`, which is not reset first, from the clip information CLIPINF/`clipName`.CPI, the
-    /// card's playlists and the beginning of the clip's stream. Returns 1, or 0 with the record
+    /// Fills `clip`, which is not reset first, from the clip information CLIPINF/`clipName`.CPI,
+    /// the card's playlists and the beginning of the clip's stream. Returns 1, or 0 with the record
     /// untouched when the clip cannot be decoded.
     int GetAVCHDCPIMetadata(const CString& root, const CString& clipName,
                             _tag_P2Clip& clip) noexcept;
@@ -146,9 +146,9 @@ public:
     /// or 1 for an empty card and when there is no playlist folder.
     __int64 LoadCardPlaylists(const CString& card, CArray<tag_P2EDL>& edls,
                               nqp2::ScanReport& report);
-    /// Fills `edl` from PLAYLIST/`name`.MPL: an event for each item whose clip can be read, with that
-    /// clip's record, all at offset 0 and with exclusive out points. Returns 1, or 0 with the record
-    /// untouched when the playlist cannot be decoded or is empty.
+    /// Fills `edl` from PLAYLIST/`name`.MPL: an event for each item whose clip can be read, with
+    /// that clip's record, all at offset 0 and with exclusive out points. Returns 1, or 0 with the
+    /// record untouched when the playlist cannot be decoded or is empty.
     int GetAVCHDMPLMetadata(const CString& card, const CString& name, tag_P2EDL& edl);
 
     /// Adds segments to the ingest lists of one or more cards: root/USERDATA/`fileName` on each.
@@ -168,9 +168,9 @@ public:
     /// The same search; `tried` receives the number of names that were looked at.
     int CheckName(CString& name, CString root, __int64& tried);
 
-    /// Sets who hears of the progress of imports, on a thread of the library; nobody does while
-    /// either pointer is null. A call that is under way may end after this returns. Does nothing
-    /// without a worker proxy.
+    /// Sets what is called with the progress of imports, on a thread of the library; nothing is
+    /// called while either pointer is null. A call that is under way may end after this returns.
+    /// Does nothing without a worker proxy.
     void SetImpCallBack(nqp2::ImpCallBack callback, void* context);
     /// Tells the worker the rate family of the system. Returns 1, also when the worker refused and
     /// without a worker proxy.
@@ -209,7 +209,7 @@ public:
     int GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info);
 
     /// Begins a real-time export: format of the stream and its target. What the values mean is the
-    /// worker's business; `numbers` points to eight, null stands for zeros. The order of an export:
+    /// worker's business; `numbers` points to eight, null means zeros. The order of an export:
     /// this, SetRTExportExtraParam if wanted, StartRTExport, AddRTExportAVData as often as needed,
     /// StopRTExport. Returns 1 for success and 0 in all other cases, as the next three do.
     int SetRTExportParam(eCodeType codeType, BITMAPINFOHEADER bitmap, WAVEFORMATEX wave,
@@ -223,9 +223,9 @@ public:
     /// stays until the next such call or Release; else it is null. Returns 1 for success and 0 in
     /// all other cases.
     int AddRTExportAVDataForBuf(int value, unsigned char*& data) noexcept;
-    /// Hands the worker video or audio data, lengths in bytes. Stream types 0 and 1 are refused with
-    /// 0 and not sent. Returns 1 for success, 0 when the worker refused and without a worker proxy,
-    /// -1 when the channel failed.
+    /// Hands the worker video or audio data, lengths in bytes. Stream types 0 and 1 are refused
+    /// with 0 and not sent. Returns 1 for success, 0 when the worker refused and without a worker
+    /// proxy, -1 when the channel failed.
     int AddRTExportAVData(unsigned char streamType, unsigned char* first, std::uint32_t firstLength,
                           unsigned char* second, std::uint32_t secondLength, int flag);
 

@@ -12,9 +12,9 @@
 namespace nqp2 {
 
 /// The POSIX path (UTF-8 or the raw bytes of the file's name) behind an interface path.
-/// A drive part is what stands before the first ":" that is followed by "\" or ends the text: a
+/// A drive part is what comes before the first ":" that is followed by "\" or ends the text: a
 /// single letter is looked up in the drive table, anything else is a POSIX folder itself, taken as
-/// it stands. Behind it "\" becomes "/". Empty when a drive letter is not mapped, when the drive
+/// it is. Behind it "\" becomes "/". Empty when a drive letter is not mapped, when the drive
 /// part is empty and when the path holds a zero element; the empty path is never found.
 NQP2_API std::string PosixPath(const CString& path);
 

@@ -12,8 +12,9 @@
 namespace nqp2 {
 
 /// Turns interface paths into the POSIX paths under which their files really stand. Records name
-/// files as the card's metadata does; a copy on another file system may spell them in other letters.
-/// Reads each folder once, so that the answers stay cheap for a whole card. One thread at a time.
+/// files as the card's metadata does; a copy on another file system may spell them in other
+/// letters. Reads each folder once, so that the answers stay cheap for a whole card. One thread at
+/// a time.
 class NQP2_API RealPaths {
 public:
     RealPaths();

@@ -11,7 +11,8 @@ namespace nqp2 {
 /// Names a channel; 0 names none.
 using ChannelHandle = std::uint64_t;
 
-/// What the slots answer, beside a handle. A table of another maker may use further negative values.
+/// What the slots answer, beside a handle. A table of another maker may use further negative
+/// values.
 enum ChannelStatus : std::int32_t {
     kChannelDone = 1,
     kChannelMisuse = -1,   ///< a buffer, length or pointer that does not belong here

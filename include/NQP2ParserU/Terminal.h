@@ -16,9 +16,9 @@ NQP2_API bool IsTerminal(std::FILE* stream) noexcept;
 /// 1 to 10000, else what the terminal says, else 80.
 NQP2_API int TerminalWidth(std::FILE* stream) noexcept;
 
-/// Lets a write to a pipe whose reader has gone, and one beyond the limit of a file's size, fail like
-/// any other write instead of ending the process. Process-wide; for programs, called once at the
-/// start.
+/// Lets a write to a pipe whose reader has gone, and one beyond the limit of a file's size, fail
+/// like any other write instead of ending the process. Process-wide; for programs, called once at
+/// the start.
 NQP2_API void LetWritesFail() noexcept;
 
 /// Opens those of the descriptors 0 to 2 that the program was started without, so that no file or

@@ -93,7 +93,8 @@ const std::optional<Value>& FirstOf(const std::optional<Value>& first,
     return first ? first : second;
 }
 
-/// How camera files call a coder of DV, and our names for its pictures at the two families of rates.
+/// How camera files call a coder of DV, and our names for its pictures at the two families of
+/// rates.
 struct DvName {
     const wchar_t* inFile;
     const wchar_t* at50;

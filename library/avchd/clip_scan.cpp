@@ -99,8 +99,8 @@ private:
         return file.pathIsSafe && !file.isSpecial;
     }
 
-    /// The regular files that a pattern finds. A folder is told of once: that of clip information is
-    /// asked twice.
+    /// The regular files that a pattern finds. A folder is told of once: that of clip information
+    /// is asked twice.
     std::vector<FoundFile> FilesOf(const Place& folder, const CString& pattern) {
         platform::IoStatus status;
         std::vector<FoundFile> files = folder.List(pattern, status);

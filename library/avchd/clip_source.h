@@ -20,8 +20,8 @@
 
 namespace nqp2::avchd {
 
-/// The folder of clips below a root: that of AVCHD when it holds clip information, even none at all,
-/// else that of a disc.
+/// The folder of clips below a root: that of AVCHD when it holds clip information, even none at
+/// all, else that of a disc.
 platform::Place ClipsFolder(const platform::Place& root);
 
 /// A regular file of a folder by its name in any letter case, for the file system. The folder is
@@ -77,8 +77,8 @@ platform::FileRequest StreamRequest(std::string path);
 const std::string* WholeContent(platform::FileContent& file, const std::string& path,
                                 std::uint64_t limit);
 
-/// Reads one playlist file and decodes it; nothing in `playlist` when it cannot be read, is none, or
-/// has more items than are read, which is TooLarge.
+/// Reads one playlist file and decodes it; nothing in `playlist` when it cannot be read, is none,
+/// or has more items than are read, which is TooLarge.
 platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playlist>& playlist);
 
 /// Tells the debugger output how long something took.

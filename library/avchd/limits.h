@@ -10,12 +10,13 @@
 /// bytes included.
 namespace nqp2::avchd {
 
-/// Whole playlist and clip information files. The largest playlist that is read has 1.3 MiB of items;
-/// the time map of a clip of 26 hours has less than 1 MiB.
+/// Whole playlist and clip information files. The largest playlist that is read has 1.3 MiB of
+/// items; the time map of a clip of 26 hours has less than 1 MiB.
 inline constexpr std::uint64_t kMaxPlaylistFile = std::uint64_t{4} << 20;
 inline constexpr std::uint64_t kMaxClipInformationFile = std::uint64_t{8} << 20;
 
-/// Items of a playlist. Cameras write some hundred; each becomes an edit event of nearly a kilobyte.
+/// Items of a playlist. Cameras write some hundred; each becomes an edit event of nearly a
+/// kilobyte.
 inline constexpr std::size_t kMaxPlayItems = 16'000;
 
 /// What is read of a stream, step by step until its first picture has begun. The first step is

@@ -5,6 +5,7 @@
 
 #include "avchd/file_layout.h"
 #include "avchd/limits.h"
+#include "platform/number_text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -29,15 +30,12 @@ constexpr std::uint8_t kEntryMark = 1;
 constexpr std::uint8_t kShotListTag = 0xF0;
 constexpr std::uint8_t kShotTag = 0x40;
 
-bool IsDigit(std::uint8_t byte) {
-    return byte >= '0' && byte <= '9';
-}
-
 /// The name becomes part of a path: nothing but digits may pass.
 bool ReadClipName(ByteReader& reader, PlayItem& item) {
     const Bytes name = reader.Take(item.clipName.size());
     const Bytes codec = reader.Take(4);
-    if (!reader.IsGood() || !std::all_of(name.begin(), name.end(), IsDigit)) {
+    if (!reader.IsGood() ||
+        !std::all_of(name.begin(), name.end(), platform::IsDigit<std::uint8_t>)) {
         return false;
     }
     std::copy(name.begin(), name.end(), item.clipName.begin());

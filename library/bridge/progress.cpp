@@ -42,7 +42,7 @@ std::int32_t CTNQ264BitSupport::SetImpCallBack(nqp2::ImpCallBack callback, void*
     if (port.table == nullptr) {
         return kChannelFailed;
     }
-    // The thread comes first: once told that somebody listens, the worker waits for answers.
+    // The thread comes first: once told that a host listens, the worker waits for answers.
     std::promise<void> registered;
     StartProgressThread(registered.get_future());
     ResultMessage message;

@@ -206,9 +206,9 @@ Heard RequestServer::HearOne() {
     return Heard::Served;
 }
 
-/// Opens what the worker asks for and answers it; with zeros when that fails, when the record is not
-/// whole and when there are enough connections, so that a worker does not wait for one that never
-/// comes.
+/// Opens what the worker asks for and answers it; with zeros when that fails, when the record is
+/// not whole and when there are enough connections, so that a worker does not wait for one that
+/// never comes.
 bool RequestServer::Accept(const ReceivedMessage& request) {
     ConnectionRecord record;
     OwnedChannel channel;

@@ -104,7 +104,8 @@ public:
     std::int32_t SetRTExportExtraParam(std::int32_t value);
     std::int32_t StartRTExport(std::uint32_t value);
     std::int32_t StopRTExport(std::int32_t first, std::int32_t second);
-    /// On a reply `data` points to the worker's bytes, which stay until the next such call or Close.
+    /// On a reply `data` points to the worker's bytes, which stay until the next such call or
+    /// Close.
     std::int32_t AddRTExportAVDataForBuf(std::int32_t value, unsigned char*& data);
     /// Stream types 0 and 1 are not forwarded but answered kRefused.
     std::int32_t AddRTExportAVData(nqp2::bridge::AVDataMessage& message);

@@ -44,7 +44,8 @@ public:
     ChannelStatus Release(const void* buffer);
 
     /// Opens a sub-channel without waiting for the peer, or waits for the one that the peer opens
-    /// with that id, as the role says. Sizes and time-outs of 0 are this channel's. Null on failure.
+    /// with that id, as the role says. Sizes and time-outs of 0 are this channel's. Null on
+    /// failure.
     std::shared_ptr<ChannelEnd> SubChannel(std::uint32_t channelId, Sizes sizes, TimeOuts timeOuts);
 
     /// Tells the host that opened it that it is taken; false when that one is gone.
@@ -52,8 +53,8 @@ public:
 
     /// Ends all waiting on this end and tells the peer.
     void Close();
-    /// It was closed, and every buffer that was handed out is back: received ones by Release, granted
-    /// ones by Send, whatever these answer.
+    /// It was closed, and every buffer that was handed out is back: received ones by Release,
+    /// granted ones by Send, whatever these answer.
     [[nodiscard]] bool IsOver() const;
 
 private:

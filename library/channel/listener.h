@@ -21,8 +21,9 @@ namespace nqp2::channel {
 /// thread of its own reads what they want, so that one that says nothing holds up no other.
 class Listener {
 public:
-    /// Null, with the reason in `status`, when no host could reach it. With the line to its own host
-    /// it does without a socket file that cannot be had; the reason is in `status` all the same.
+    /// Null, with the reason in `status`, when no host could reach it. With the line to its own
+    /// host it does without a socket file that cannot be had; the reason is in `status` all the
+    /// same.
     static std::unique_ptr<Listener> Start(const ListenSettings& settings, WorkerStatus& status);
     ~Listener();
     Listener(const Listener&) = delete;

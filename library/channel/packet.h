@@ -17,7 +17,7 @@ namespace nqp2::channel {
 
 enum class PacketKind : std::uint32_t {
     Hello = 1,   ///< first packet of a host that connects: this is its line
-    Acknowledge, ///< somebody took the channel; on a line, the worker is ready
+    Acknowledge, ///< the channel was taken; on a line, the worker is ready
     Data,        ///< a message lies in a slot
     Release,     ///< the slot may be written again
     Offer,       ///< a channel on a line, a sub-channel on a channel: socket and both memories

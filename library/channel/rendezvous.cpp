@@ -3,7 +3,7 @@
 
 #include "channel/rendezvous.h"
 
-#include "platform/io_status.h"
+#include "platform/file_system.h"
 #include "platform/wait.h"
 
 #include <algorithm>
@@ -44,8 +44,8 @@ platform::Descriptor MakeSocket() {
 }
 
 std::string FolderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const std::string above = platform::FolderPart(path);
+    return above.empty() ? "." : above;
 }
 
 bool IsPrivate(int folder) {
@@ -71,7 +71,7 @@ platform::Descriptor LockFolder(const std::string& name) {
                : platform::Descriptor();
 }
 
-/// A file that is no socket refuses connections too; it is somebody's, and stays.
+/// A file that is no socket refuses connections too; it belongs to someone, and stays.
 bool IsStale(const std::string& path) {
     struct stat status {};
     return lstat(path.c_str(), &status) == 0 && S_ISSOCK(status.st_mode) && !ConnectTo(path) &&

@@ -43,8 +43,8 @@ std::shared_ptr<const Line> LineTo(const std::string& path);
 /// "WHAT: the system's words for errno". Call it before errno can change.
 WorkerStatus Failure(const std::string& what);
 
-/// Connects to the worker that listens there. Empty with errno without one; waits at most five seconds
-/// for a listener that is slow to accept.
+/// Connects to the worker that listens there. Empty with errno without one; waits at most five
+/// seconds for a listener that is slow to accept.
 platform::Descriptor ConnectTo(const std::string& path);
 
 /// Listens there. The folder must be a real one of the user's own with no rights for others.

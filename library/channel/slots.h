@@ -18,9 +18,9 @@ using CreateChannelSlot = decltype(SysInterfaceTable::CreateChannel);
 /// The table that both ends share but for the way in which a first channel comes about.
 SysInterfaceTable TableWith(CreateChannelSlot createChannel);
 
-/// The number by which callers of the slots know the channel; 0 for null. No number is used twice in
-/// a process, so that a call on a channel that another thread has just closed finds nothing; nor in
-/// processes that fork: a child finds none of its parent's, which it could only spoil.
+/// The number by which callers of the slots know the channel; 0 for null. No number is used twice
+/// in a process, so that a call on a channel that another thread has just closed finds nothing; nor
+/// in processes that fork: a child finds none of its parent's, which it could only spoil.
 ChannelHandle AddChannel(std::shared_ptr<ChannelEnd> channel);
 
 // Flags of 32 bits that a slot watches through a pointer while another thread sets them. They order

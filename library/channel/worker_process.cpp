@@ -94,8 +94,8 @@ void CloseOthersOnExec(int line) {
     _exit(127);
 }
 
-/// Forks with all signals blocked: a handler of the host must not run in the child, and a timer that
-/// fires faster than a large process is copied would make fork begin again without end.
+/// Forks with all signals blocked: a handler of the host must not run in the child, and a timer
+/// that fires faster than a large process is copied would make fork begin again without end.
 pid_t ForkChild(const Launch& launch) {
     sigset_t all;
     sigset_t before;

@@ -30,8 +30,8 @@ public:
 
     /// The line to the program; null when none was started.
     [[nodiscard]] const std::shared_ptr<const Line>& TheLine() const { return m_line; }
-    /// Hangs up, asks the program to end, makes it after two seconds, and waits two more. False when
-    /// it has not ended even then. In a child that this process forked it only forgets it.
+    /// Hangs up, asks the program to end, makes it after two seconds, and waits two more. False
+    /// when it has not ended even then. In a child that this process forked it only forgets it.
     bool End();
     /// Waits, as its parent, for a program that has ended; false when it has not.
     [[nodiscard]] bool HasLeft() const;

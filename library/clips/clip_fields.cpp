@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "clips/clip_fields.h"
+#include "clips/clip_reader.h"
 
 #include "media/dates.h"
 #include "media/proxy_codes.h"

@@ -9,6 +9,7 @@
 #include "media/card_layout.h"
 #include "media/card_status.h"
 #include "media/element_paths.h"
+#include "media/families.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "platform/guard.h"
 #include "platform/place.h"
@@ -112,9 +113,9 @@ __int64 ReadFormat(const CString& root, CMarkupMSXML& reader, DiskFormat& format
     const bool found = clips.LoadFirst(reader);
     if (found) {
         format.codec = TextAt(reader, ClipPath::Codec);
-        const bool class50 =
-            format.codec == L"AVC-I_1080/50i" &&
-            reader.GetNodeAttribute(media::FullPathText(ClipPath::Codec), L"Class") == L"50";
+        const bool class50 = media::LooksAtClass(media::ClassReader::First, format.codec.View()) &&
+                             reader.GetNodeAttribute(media::FullPathText(ClipPath::Codec),
+                                                     L"Class") == media::kClass50;
         format.class50 = class50 ? 1 : 0;
         format.frameRate = TextAt(reader, ClipPath::FrameRate);
         format.editUnit = TextAt(reader, ClipPath::EditUnit);

@@ -3,34 +3,23 @@
 
 #include "clips/clip_reader.h"
 
-#include "clips/clip_fields.h"
 #include "media/families.h"
 #include "media/timecode.h"
 #include "platform/diagnostics.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <string_view>
 
 namespace nqp2::clips {
 namespace {
 
-constexpr const wchar_t* kClass50 = L"50";
-
-// The codecs that can be of class 50 for the scan; for the reader of a named clip the first alone.
-constexpr const wchar_t* kClassCodecs[] = {
-    L"AVC-I_1080/50i",    L"AVC-I_1080/25p",    L"AVC-I_720/50p",
-    L"AVC-I_1080/59.94i", L"AVC-I_1080/29.97p", L"AVC-I_720/59.94p",
-};
-
-bool HasClass(const CString& codec) {
-    return std::any_of(std::begin(kClassCodecs), std::end(kClassCodecs),
-                       [&](const wchar_t* each) { return codec == each; });
-}
+using media::ClassReader;
 
 void ReadClass(const ClipTexts& texts, _tag_P2Clip& clip) {
     clip.CodecClass = texts.Attribute(ClipPath::Codec, media::kClassAttribute);
-    clip.AvcIntraClass50 = HasClass(clip.CodecName) && clip.CodecClass == kClass50 ? 1 : 0;
+    clip.AvcIntraClass50 = media::LooksAtClass(ClassReader::Scan, clip.CodecName.View()) &&
+                                   clip.CodecClass == media::kClass50
+                               ? 1
+                               : 0;
     if (media::NameCarriesClass(clip.CodecName.View())) {
         clip.CodecName = clip.CodecName + L"-" + clip.CodecClass + L"M";
     }
@@ -83,8 +72,8 @@ void ReadNamedClip(const ClipTexts& texts, const EssenceLookup& essence, _tag_P2
     clip.ClipName = texts.Text(ClipPath::ClipName);
     ReadSharedFields(texts, clip);
     clip.AvcIntraClass50 = 0;
-    if (clip.CodecName == kClassCodecs[0] &&
-        texts.Attribute(ClipPath::Codec, media::kClassAttribute) == kClass50) {
+    if (media::LooksAtClass(ClassReader::First, clip.CodecName.View()) &&
+        texts.Attribute(ClipPath::Codec, media::kClassAttribute) == media::kClass50) {
         clip.AvcIntraClass50 = 1;
     }
     clip.ProxyVideoCodecName = texts.Text(ClipPath::ProxyVideoCodec);

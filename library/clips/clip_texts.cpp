@@ -5,6 +5,9 @@
 
 #include "media/identifier.h"
 #include "platform/number_text.h"
+#include "platform/unicode.h"
+
+#include <functional>
 
 namespace nqp2::clips {
 namespace {
@@ -21,6 +24,18 @@ const dom::PathSet& Paths() {
 }
 
 } // namespace
+
+CString TextPool::TextOf(std::string_view utf8) {
+    if (utf8.empty() || utf8.size() > kLongestShared) {
+        return platform::TextFromUtf8(utf8);
+    }
+    Slot& slot = m_slots[std::hash<std::string_view>{}(utf8) % kSlots];
+    if (slot.bytes != utf8) {
+        slot.text = platform::TextFromUtf8(utf8);
+        slot.bytes = utf8;
+    }
+    return slot.text;
+}
 
 ClipTexts::ClipTexts(const dom::Document& document, TextPool& pool)
     : m_pool(pool), m_budget(document),

@@ -3,13 +3,13 @@
 
 #pragma once
 
-#include "clips/text_pool.h"
 #include "media/element_paths.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Guid.h"
 #include "xml/document_queries.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -19,8 +19,25 @@ namespace nqp2::clips {
 
 using media::ClipPath;
 
-/// The values of one clip file, see xml::DocumentValues. More text than a file of this size may give
-/// throws std::length_error.
+/// Remembers the short texts that were read last, so that what a card repeats from clip to clip
+/// (codec, rate, aspect, names of people) is in memory once. Of fixed size.
+class TextPool {
+public:
+    /// The text of the UTF-8 bytes; shared with earlier ones of the same content when it can be.
+    CString TextOf(std::string_view utf8);
+
+private:
+    static constexpr std::size_t kSlots = 256;
+    static constexpr std::size_t kLongestShared = 32;
+    struct Slot {
+        std::string bytes;
+        CString text;
+    };
+    std::array<Slot, kSlots> m_slots;
+};
+
+/// The values of one clip file, see xml::DocumentValues. More text than a file of this size may
+/// give throws std::length_error.
 class ClipTexts {
 public:
     /// `document` must stay unchanged and both must outlive this object.

@@ -35,7 +35,7 @@ CString WithExtension(const CString& name) {
     return name.Find(L".xml") < 0 ? name + L".xml" : name;
 }
 
-/// A name that a card can hold, whatever the file system on which its copy stands would take.
+/// A name that a card can hold, whatever the file system of its copy would take.
 bool IsCardName(const CString& name) {
     constexpr std::wstring_view kUnfit = L"\"*<>?|";
     const std::wstring_view text = name.View();
@@ -104,7 +104,7 @@ bool SaveNumbered(const std::string& text, platform::Folder& folder, const Targe
 bool Save(const CString& root, const wchar_t* below, const Target& target, const tag_P2EDL& edl,
           CMarkupMSXML* reader, CString& saved) {
     std::unique_ptr<platform::Folder> folder;
-    if (!CardRoot(root).MakeBelow(below, folder) || reader == nullptr) {
+    if (!platform::Place(media::WithDrive(root)).MakeBelow(below, folder) || reader == nullptr) {
         return false;
     }
     const std::optional<std::string> text =
@@ -122,20 +122,22 @@ bool Save(const CString& root, const wchar_t* below, const Target& target, const
 
 bool SaveEditList(const CString& root, const tag_P2EDL& edl, const CString& name,
                   CMarkupMSXML* reader) {
-    const platform::Place folder = CardRoot(root).Below(kEditListFolder);
+    const platform::Place folder =
+        platform::Place(media::WithDrive(root)).Below(media::kEditLists.BelowDrive());
     CString saved;
-    return Save(root, kEditListFolder, {folder, {folder}, name}, edl, reader, saved);
+    return Save(root, media::kEditLists.BelowDrive(), {folder, {folder}, name}, edl, reader, saved);
 }
 
 bool SaveCardEditList(const CString& root, const tag_P2EDL& edl, const CString& name,
                       CMarkupMSXML* reader, CString& saved) {
-    const platform::Place card = CardRoot(root);
-    const platform::Place inRoot = card.Below(kEditListFolder);
-    const platform::Place inContents = card.Below(kContentsEditListFolder);
+    const platform::Place card = platform::Place(media::WithDrive(root));
+    const platform::Place inRoot = card.Below(media::kEditLists.BelowDrive());
+    const platform::Place inContents = card.Below(media::kContentsEditLists.BelowDrive());
     const bool keptInContents = !inRoot.Exists() && inContents.Exists();
-    return Save(root, keptInContents ? kContentsEditListFolder : kEditListFolder,
-                {keptInContents ? inContents : inRoot, {inRoot, inContents}, name}, edl, reader,
-                saved);
+    return Save(
+        root,
+        keptInContents ? media::kContentsEditLists.BelowDrive() : media::kEditLists.BelowDrive(),
+        {keptInContents ? inContents : inRoot, {inRoot, inContents}, name}, edl, reader, saved);
 }
 
 } // namespace nqp2::edl

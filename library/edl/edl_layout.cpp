@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <utility>
 
 namespace nqp2::edl {
@@ -47,7 +46,7 @@ CString Suffix(const CString& id) {
     constexpr int kLength = 2;
     CString suffix;
     for (const wchar_t ch : id.View()) {
-        if (suffix.GetLength() < kLength && (ch < L'0' || ch > L'9')) {
+        if (suffix.GetLength() < kLength && !platform::IsDigit(ch)) {
             suffix += ch;
         }
     }
@@ -65,13 +64,6 @@ CString FileName(std::int64_t number, const CString& suffix) {
 }
 
 } // namespace
-
-bool IsClassCodec(const CString& codec) {
-    static constexpr const wchar_t* kCodecs[] = {L"AVC-I_1080/50i", L"AVC-I_1080/25p",
-                                                 L"AVC-I_720/50p", L"AVC-I_720/59.94p"};
-    return std::any_of(std::begin(kCodecs), std::end(kCodecs),
-                       [&](const wchar_t* each) { return codec == each; });
-}
 
 std::optional<EditListNumbers> EditListNumbers::Read(const std::vector<platform::Place>& folders,
                                                      const CString& pattern) {
@@ -116,7 +108,8 @@ void EditListNumbers::Add(const CString& name) {
 }
 
 bool NewEditListName(const CString& root, const CString& id, CString& name) {
-    const platform::Place folder = CardRoot(root).Below(kEditListFolder);
+    const platform::Place folder =
+        platform::Place(media::WithDrive(root)).Below(media::kEditLists.BelowDrive());
     if (!folder.Exists()) {
         return false;
     }

@@ -11,7 +11,7 @@
 #include <optional>
 #include <vector>
 
-/// Where edit lists lie on a card, what their files are called and what they may hold.
+/// What the files of edit lists are called and what they may hold.
 namespace nqp2::edl {
 
 /// What a list may hold; one with more is neither read nor written. Editors make some hundred
@@ -19,17 +19,6 @@ namespace nqp2::edl {
 /// values that are read.
 inline constexpr std::size_t kMaxEvents = 65'536;
 inline constexpr std::size_t kMaxText = std::size_t{16} << 20;
-
-/// The two folders of edit lists: the one in the card's root, and the card's own.
-inline platform::Place CardRoot(const CString& root) {
-    return platform::Place(media::WithDrive(root));
-}
-inline constexpr const wchar_t* kEditListFolder = media::kEditLists.BelowDrive();
-inline constexpr const wchar_t* kContentsEditListFolder = media::kContentsEditLists.BelowDrive();
-
-/// The AVC-I codecs whose class edit lists look at: fewer than the clip readers know; kept, hosts
-/// rely on it.
-bool IsClassCodec(const CString& codec);
 
 /// The numbers of the edit lists that there are, from one look into their folders.
 class EditListNumbers {

@@ -5,6 +5,7 @@
 
 #include "edl/edl_layout.h"
 #include "media/element_paths.h"
+#include "media/families.h"
 #include "media/identifier.h"
 #include "media/timecode.h"
 #include "NQP2ParserU/MarkupMSXML.h"
@@ -26,39 +27,10 @@
 namespace nqp2::edl {
 namespace {
 
+using media::ClassReader;
 using media::EditPath;
+using media::EventPath;
 using platform::ToInt32;
-
-enum class EventPath {
-    Offset,
-    Duration,
-    SerialNo,
-    ClipName,
-    GlobalClipID,
-    SourceOffset,
-    Channel,
-    AudioInOffset,
-    AudioOutOffset,
-    AudioLevel,
-    Note,
-    Count,
-};
-constexpr std::size_t kEventPaths = static_cast<std::size_t>(EventPath::Count);
-
-// In the order of EventPath.
-constexpr std::array<std::string_view, kEventPaths> kBelowEvent = {
-    "Offset",
-    "Duration",
-    "Source/P2SerialNo.",
-    "Source/ClipName",
-    "Source/GlobalClipID",
-    "Source/Offset",
-    "Source/Channel",
-    "AudioInOffset",
-    "AudioOutOffset",
-    "AudioLevel",
-    "Note",
-};
 
 /// What the events of a list tell again and again, such as one card's serial number, is converted
 /// once and shared by their records.
@@ -94,7 +66,7 @@ private:
     };
 
     xml::TextBudget& m_budget;
-    std::array<Last, kEventPaths> m_last;
+    std::array<Last, media::kEventPathCount> m_last;
     CString m_identifier;
     GUID m_guid;
 };
@@ -103,7 +75,7 @@ private:
 class EventTexts {
 public:
     EventTexts(const dom::Node* event, RepeatedTexts& repeated) : m_repeated(repeated) {
-        static const dom::PathSet paths(kBelowEvent);
+        static const dom::PathSet paths(media::kEventPaths);
         if (event != nullptr) {
             paths.Find(*event, m_nodes);
         }
@@ -113,7 +85,7 @@ public:
         return node != nullptr ? m_repeated.TextOf(path, *node) : CString();
     }
     [[nodiscard]] std::int32_t Number(EventPath path) const { return NumberOr(path, 0); }
-    /// The default stands for a missing element and for one without text.
+    /// The default is for a missing element and for one without text.
     [[nodiscard]] std::int32_t NumberOr(EventPath path, std::int32_t absent) const {
         const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
         std::string scratch;
@@ -124,7 +96,7 @@ public:
 
 private:
     RepeatedTexts& m_repeated;
-    std::array<dom::Node*, kEventPaths> m_nodes{};
+    std::array<dom::Node*, media::kEventPathCount> m_nodes{};
 };
 
 /// Up to four words separated by blanks, each handed to `take` with its index.
@@ -183,10 +155,6 @@ bool ReadEditUnit(const CString& text, tag_P2EDL::Fraction& unit) {
     return unit.Numerator >= 1 && unit.Denominator > 0;
 }
 
-std::string PathInContent(std::string_view below) {
-    return std::string(media::kEditContentPath).append("/").append(below);
-}
-
 /// The texts that are there once in a list.
 class HeadTexts {
 public:
@@ -217,10 +185,11 @@ private:
 
 void ReadCodec(CMarkupMSXML& reader, const HeadTexts& head, tag_P2EDL& edl) {
     edl.Codec = head[EditPath::Codec];
-    const CString path = platform::TextFromUtf8(
-        PathInContent(media::kEditPaths[static_cast<std::size_t>(EditPath::Codec)]));
-    edl.Class50 =
-        IsClassCodec(edl.Codec) && reader.GetNodeAttribute(path, L"Class") == L"50" ? 1 : 0;
+    const CString path = platform::TextFromUtf8(media::FullPath(EditPath::Codec));
+    edl.Class50 = media::LooksAtClass(ClassReader::EditList, edl.Codec.View()) &&
+                          reader.GetNodeAttribute(path, L"Class") == media::kClass50
+                      ? 1
+                      : 0;
 }
 
 /// Refuses what an edit list may not hold before room is made for it.
@@ -249,7 +218,7 @@ void ReadEvents(CMarkupMSXML& reader, const std::string& path, xml::TextBudget& 
 
 std::string EventsPath(const CString& schema) {
     const bool isThird = platform::EqualNoCase(schema.Right(4).View(), L"v3.0");
-    return PathInContent(isThird ? media::kEventsPathOf30 : media::kEventsPath);
+    return media::InEditContent(isThird ? media::kEventsPathOf30 : media::kEventsPath);
 }
 
 } // namespace

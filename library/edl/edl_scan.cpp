@@ -40,7 +40,7 @@ CString PictureOf(const platform::FoundFile& list, const platform::Place& folder
         const platform::FolderEntry* const entry =
             folder.Names().Find(platform::NameBytesFromText(list.title.View()));
         return entry != nullptr && entry->kind == platform::EntryKind::Folder &&
-               platform::Place::At(folder.OnDisk() + '/' + entry->name).Has(kPicture);
+               platform::Place::At(platform::PathIn(folder.OnDisk(), entry->name)).Has(kPicture);
     };
     return isThere() ? list.path.Left(list.path.GetLength() - kExtension) + L"\\" + kPicture
                      : CString();
@@ -132,15 +132,19 @@ bool TryLoadFolder(const platform::Place& folder, CMarkupMSXML& reader, CArray<t
 
 bool LoadEditLists(const CString& root, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls) {
     ScanRemarks untold(nullptr);
-    return LoadFolder(CardRoot(root).Below(kEditListFolder), reader, edls, untold);
+    return LoadFolder(platform::Place(media::WithDrive(root)).Below(media::kEditLists.BelowDrive()),
+                      reader, edls, untold);
 }
 
 bool LoadCardEditLists(const CString& root, CMarkupMSXML& reader, CArray<tag_P2EDL>& edls,
                        ScanReport& report) {
     ScanRemarks remarks(&report);
     bool found = false;
-    for (const wchar_t* const folder : {kEditListFolder, kContentsEditListFolder}) {
-        found = TryLoadFolder(CardRoot(root).Below(folder), reader, edls, remarks) || found;
+    for (const wchar_t* const folder :
+         {media::kEditLists.BelowDrive(), media::kContentsEditLists.BelowDrive()}) {
+        found = TryLoadFolder(platform::Place(media::WithDrive(root)).Below(folder), reader, edls,
+                              remarks) ||
+                found;
     }
     return found;
 }

@@ -6,6 +6,7 @@
 #include "edl/edl_layout.h"
 #include "media/card_layout.h"
 #include "media/element_paths.h"
+#include "media/families.h"
 #include "media/identifier.h"
 #include "media/timecode.h"
 #include "NQP2ParserU/MarkupMSXML.h"
@@ -23,6 +24,7 @@
 namespace nqp2::edl {
 namespace {
 
+using media::ClassReader;
 using media::ClipPath;
 
 /// What the edit is made of, told by a source clip on the card.
@@ -44,8 +46,8 @@ Reference ReadReference(CMarkupMSXML& reader) {
     reference.frameRate = TextAt(reader, ClipPath::FrameRate);
     reference.codec = TextAt(reader, ClipPath::Codec);
     reference.class50 =
-        IsClassCodec(reference.codec) &&
-        reader.GetNodeAttribute(media::FullPathText(ClipPath::Codec), L"Class") == L"50";
+        media::LooksAtClass(ClassReader::EditList, reference.codec.View()) &&
+        reader.GetNodeAttribute(media::FullPathText(ClipPath::Codec), L"Class") == media::kClass50;
     return reference;
 }
 
@@ -101,9 +103,9 @@ private:
         ValueText(L"StartTimecode", L"00:00:00:00");
         ValueText(L"FrameRate", m_reference.frameRate);
         // One codec alone carries its class, though four are asked for it: kept.
-        const bool carriesClass = m_reference.codec == L"AVC-I_1080/50i";
+        const bool carriesClass = media::LooksAtClass(ClassReader::First, m_reference.codec.View());
         Text(L"Codec", m_reference.codec, carriesClass ? L"Class" : L"",
-             m_reference.class50 ? L"50" : L"100");
+             m_reference.class50 ? media::kClass50 : L"100");
     }
 
     void WriteEvent(const tag_P2EDLClipTrackEvent& event) {

@@ -134,7 +134,8 @@ IngestResult Remove(platform::Folder& folder, const CString& path, const CString
     return list.RemoveElem() == 0 ? Fault(IngestStatus::NotSaved, path) : Saved(list, folder, path);
 }
 
-/// Runs a change of the list while no other process changes it. The folder is made for those who add.
+/// Runs a change of the list while no other process changes it. The folder is made for those who
+/// add.
 template <class Change>
 IngestResult Changed(const CString& root, bool make, Change change) {
     const CString path = ListPath(root);

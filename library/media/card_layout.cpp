@@ -9,6 +9,7 @@
 #include <algorithm>
 
 namespace nqp2::media {
+
 std::string SuffixOf(const ClipFileKind& kind, std::size_t number) {
     const std::string digits = kind.digits == 0 ? "" : std::to_string(number);
     const std::size_t zeros = kind.digits - std::min(kind.digits, digits.size());

@@ -90,19 +90,6 @@ CString FileNameOf(const ClipFileKind& kind, const CString& clip, std::size_t nu
 /// kind.
 std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileKind& kind);
 
-/// Names for those who build interface paths by hand.
-inline constexpr const wchar_t* kClipFolder = kMetadataFiles.folder.Path();
-inline constexpr const wchar_t* kVideoFolder = kVideoFiles.folder.Path();
-inline constexpr const wchar_t* kAudioFolder = kAudioFiles.folder.Path();
-inline constexpr const wchar_t* kIconFolder = kIconFiles.folder.Path();
-inline constexpr const wchar_t* kProxyFolder = kProxyFiles.folder.Path();
-inline constexpr const wchar_t* kAvClipFolder = kOneFileEssence.folder.Path();
-inline constexpr const wchar_t* kXmlExtension = kMetadataFiles.extension.Text();
-inline constexpr const wchar_t* kEssenceExtension = kVideoFiles.extension.Text();
-inline constexpr const wchar_t* kIconExtension = kIconFiles.extension.Text();
-inline constexpr const wchar_t* kMp4Extension = kMp4Proxy.Text();
-inline constexpr const wchar_t* kMovExtension = kMovProxy.Text();
-
 /// Edit lists lie below a card's root, where hosts look for them, or where the cards keep them.
 inline constexpr CardName kEditLists = "EDITLIST";
 inline constexpr CardName kContentsEditLists = "CONTENTS/EDITLIST";

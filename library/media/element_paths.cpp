@@ -15,4 +15,12 @@ CString FullPathText(ClipPath path) {
     return platform::TextFromUtf8(FullPath(path));
 }
 
+std::string InEditContent(std::string_view below) {
+    return std::string(kEditContentPath).append("/").append(below);
+}
+
+std::string FullPath(EditPath path) {
+    return InEditContent(kEditPaths[static_cast<std::size_t>(path)]);
+}
+
 } // namespace nqp2::media

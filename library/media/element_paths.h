@@ -179,4 +179,40 @@ inline constexpr std::array<std::string_view, kEditPathCount> kEditPaths = {
 inline constexpr std::string_view kEventsPath = "TrackList/ClipTrack/EventList/Event";
 inline constexpr std::string_view kEventsPathOf30 = "TrackList/VideoTrack/EventList/Event";
 
+/// A full path below kEditContentPath.
+std::string InEditContent(std::string_view below);
+std::string FullPath(EditPath path);
+
+/// What an event keeps.
+enum class EventPath {
+    Offset,
+    Duration,
+    SerialNo,
+    ClipName,
+    GlobalClipID,
+    SourceOffset,
+    Channel,
+    AudioInOffset,
+    AudioOutOffset,
+    AudioLevel,
+    Note,
+    Count,
+};
+inline constexpr std::size_t kEventPathCount = static_cast<std::size_t>(EventPath::Count);
+
+/// By EventPath, below the event.
+inline constexpr std::array<std::string_view, kEventPathCount> kEventPaths = {
+    "Offset",
+    "Duration",
+    "Source/P2SerialNo.",
+    "Source/ClipName",
+    "Source/GlobalClipID",
+    "Source/Offset",
+    "Source/Channel",
+    "AudioInOffset",
+    "AudioOutOffset",
+    "AudioLevel",
+    "Note",
+};
+
 } // namespace nqp2::media

@@ -77,6 +77,22 @@ CodecFamily FamilyOfCodec(std::wstring_view codec) {
     return CodecFamily::Other;
 }
 
+bool LooksAtClass(ClassReader reader, std::wstring_view codec) {
+    // Each with the last, in the order of ClassReader, that looks at it.
+    struct Row {
+        std::wstring_view codec;
+        ClassReader last;
+    };
+    static constexpr std::array<Row, 6> kRows = {{{L"AVC-I_1080/50i", ClassReader::First},
+                                                  {L"AVC-I_1080/25p", ClassReader::EditList},
+                                                  {L"AVC-I_720/50p", ClassReader::EditList},
+                                                  {L"AVC-I_720/59.94p", ClassReader::EditList},
+                                                  {L"AVC-I_1080/59.94i", ClassReader::Scan},
+                                                  {L"AVC-I_1080/29.97p", ClassReader::Scan}}};
+    return std::any_of(kRows.begin(), kRows.end(),
+                       [&](const Row& row) { return row.codec == codec && reader <= row.last; });
+}
+
 bool NameCarriesClass(std::wstring_view codec) {
     return IsOneOf(kLongGopNames, codec);
 }

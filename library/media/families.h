@@ -31,6 +31,16 @@ enum class CodecFamily { Other, LongGop, Intra };
 /// contains "AVC-Intra", are Intra. (The short names "AVC-I_..." are neither.)
 CodecFamily FamilyOfCodec(std::wstring_view codec);
 
+/// Who looks whether a codec of AVC-I is of class 50. They look at different codecs: kept, hosts
+/// rely on it.
+enum class ClassReader {
+    Scan,     ///< of a card's clips
+    EditList, ///< reading an edit list, and its source clip for a new one
+    First,    ///< a named clip, a card's format, and what a new edit list tells
+};
+bool LooksAtClass(ClassReader reader, std::wstring_view codec);
+inline constexpr const wchar_t* kClass50 = L"50";
+
 /// Whether the codec's class belongs into its name ("AVC-LongG422" and "AVC-LongG420", any case).
 bool NameCarriesClass(std::wstring_view codec);
 

@@ -28,7 +28,7 @@ Function EntryPoint(nqp2::platform::ModuleHandle module, const char* name) {
 
 CNQP2Parser::CNQP2Parser() noexcept {
     MakeProxy();
-    // Registers for progress at once; who hears of it is set later.
+    // Registers for progress at once; the function to be called is set later.
     SetImpCallBack(nullptr, nullptr);
     Guarded([&] { InitP2CmgrDll(); }); // a host's lookup of the system folder may throw
 }

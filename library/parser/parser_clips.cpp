@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "clips/card_scan.h"
-#include "clips/clip_fields.h"
 #include "clips/clip_file.h"
+#include "clips/clip_reader.h"
 #include "clips/free_name.h"
 #include "media/card_status.h"
 #include "NQP2ParserU/NQP2Parser.h"

@@ -128,21 +128,17 @@ std::optional<std::string> FindExisting(const std::string& path) {
     return FindExisting(Files(), path);
 }
 
-bool PathExists(const std::string& path) {
-    return FindExisting(path).has_value();
-}
-
-IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries) {
-    IoStatus status = List(Files(), folder, entries);
-    if (status.error != IoError::NotFound) {
-        return status;
+NearestExisting FindNearest(const std::string& path) {
+    NearestExisting nearest;
+    std::string above = path;
+    std::optional<std::string> found = FindExisting(above);
+    while (!found && above.size() > 1) {
+        nearest.missing.push_back(NamePart(above));
+        above.resize(std::max<std::size_t>(FolderPart(above).size(), 2) - 1);
+        found = FindExisting(above);
     }
-    const auto existing = FindExisting(folder);
-    if (!existing || *existing == folder) {
-        return status;
-    }
-    folder = *existing;
-    return List(Files(), folder, entries);
+    nearest.path = found.value_or("");
+    return nearest;
 }
 
 } // namespace nqp2::platform

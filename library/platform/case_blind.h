@@ -20,10 +20,11 @@ namespace nqp2::platform {
 std::optional<std::string> FindExisting(const std::string& path);
 std::optional<std::string> FindExisting(FileSystem& files, const std::string& path);
 
-/// Lists a folder that is found case-blind; `folder` receives its real spelling.
-IoStatus ListExisting(std::string& folder, std::vector<FolderEntry>& entries);
-
-/// Whether a file or folder exists under the path, in any letter case.
-bool PathExists(const std::string& path);
+/// The nearest folder above an absolute path that exists, or what is there under the path itself.
+struct NearestExisting {
+    std::string path;                 ///< in its real spelling; empty when nothing can be reached
+    std::vector<std::string> missing; ///< the names below it, the last one first
+};
+NearestExisting FindNearest(const std::string& path);
 
 } // namespace nqp2::platform

@@ -28,7 +28,7 @@ enum class Family { Integer, Unsigned, Character, Text, Real, Percent, None };
 struct Conversion {
     wchar_t letter;
     Family family;
-    const char* printed; ///< what stands for it in a pattern of snprintf
+    const char* printed; ///< what replaces it in a pattern of snprintf
 };
 
 constexpr Conversion kConversions[] = {

@@ -24,7 +24,7 @@ public:
     explicit operator bool() const { return m_number >= 0; }
     [[nodiscard]] int Get() const { return m_number; }
 
-    /// Leaves the file to somebody else.
+    /// Hands the file over to the caller.
     [[nodiscard]] int Release() { return std::exchange(m_number, -1); }
 
     /// Closes the file; 0 or the error number (a network mount reports late write errors here).

@@ -63,11 +63,11 @@ public:
     /// Brings changed names onto the medium.
     IoStatus Flush() const;
 
-    /// Keeps everybody else out who asks the same.
+    /// Keeps out all others that ask the same.
     IoStatus LockAlone(std::chrono::milliseconds patience);
     /// Keeps sweepers out: for writers whose closed files nothing else tells from abandoned ones.
     IoStatus LockShared();
-    /// Whether nobody else has closed files here; until EndSweep nobody will.
+    /// Whether no other writer has closed files here; until EndSweep none will.
     bool BeginSweep();
     void EndSweep() const;
 

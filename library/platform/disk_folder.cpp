@@ -52,7 +52,7 @@ IoStatus CheckRegular(int folder, const std::string& name) {
     return status ? RegularStatus(info.kind) : status;
 }
 
-/// Removes a hidden file unless somebody who lives has it open, or waits for it.
+/// Removes a hidden file unless a living process has it open, or waits for it.
 IoStatus RemoveIfAbandoned(int folder, const std::string& name) {
     constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     const Descriptor file(openat(folder, name.c_str(), kFlags));

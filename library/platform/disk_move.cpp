@@ -83,7 +83,7 @@ bool MoveByLink(int folder, const char* from, const char* to) {
 /// the two; in exchange, nothing but the whole file ever has the name.
 IoStatus MoveUnderLock(const FolderPtr& folder, const char* from, const char* to) {
     std::unique_ptr<NameLock> lock;
-    // No name of an entry, so that it is nobody else's lock.
+    // No name of an entry, so that it is no other lock's file.
     IoStatus status = LockNameIn(folder, std::string(to) + "/", std::chrono::seconds(5), lock);
     if (!status) {
         return status;

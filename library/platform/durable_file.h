@@ -29,7 +29,7 @@ bool IsLeftoverName(std::string_view name);
 /// makes a file longer.
 bool FitsFileSizeLimit(std::uint64_t end);
 
-/// Whether an open file still has that name in the folder (nobody removed or replaced it).
+/// Whether an open file still has that name in the folder (it was not removed or replaced).
 bool HasName(int file, int folder, const char* name);
 
 /// Advisory locks on open files and folders. They belong to the open file, not to its process or

@@ -15,7 +15,7 @@
 namespace nqp2::platform {
 namespace {
 
-/// Null stands for the disk.
+/// Null: the disk.
 std::atomic<FileSystem*> fileSystemInUse = nullptr;
 
 } // namespace

@@ -53,8 +53,8 @@ public:
 class FileWriter {
 public:
     virtual ~FileWriter() = default;
-    /// Writes all bytes at that position; what lies between the end and the position reads as zeros.
-    /// TooLarge, without a signal, beyond what the process may make a file.
+    /// Writes all bytes at that position; what lies between the end and the position reads as
+    /// zeros. TooLarge, without a signal, beyond what the process may make a file.
     virtual IoStatus WriteAt(std::uint64_t position, std::string_view bytes) = 0;
     /// Sets the length.
     virtual IoStatus Resize(std::uint64_t size) = 0;
@@ -84,7 +84,7 @@ class FileSystem {
 public:
     virtual ~FileSystem() = default;
 
-    /// What stands under the path (links are followed).
+    /// What the path leads to (links are followed).
     virtual IoStatus Stat(const std::string& path, FileInfo& info) = 0;
     /// The entries of a folder in the file system's order, without "." and "..".
     /// Kinds follow links; a link that leads nowhere is Other. Entries read before an error are

@@ -19,7 +19,7 @@ IoStatus OpenStep(Folder& above, const std::string& name, bool make,
         found = name;
         status = above.MakeFolder(name);
         if (status.error == IoError::Exists) {
-            status = {}; // somebody else made it in between
+            status = {}; // another process made it in between
         }
     }
     return status ? above.OpenFolder(found, folder) : status;

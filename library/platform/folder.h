@@ -27,9 +27,9 @@ public:
 /// the meantime: IsLink is the answer. Only the root itself, opened by FileSystem::OpenFolder, may
 /// be reached through links.
 ///
-/// Names are those of single entries, letter case included; "", ".", ".." and names with a separator
-/// or a zero byte are refused. FindIn finds names as a card's file system does. One thread at a
-/// time; what was opened in a folder does not need it any more.
+/// Names are those of single entries, letter case included; "", ".", ".." and names with a
+/// separator or a zero byte are refused. FindIn finds names as a card's file system does. One
+/// thread at a time; what was opened in a folder does not need it any more.
 class Folder {
 public:
     virtual ~Folder() = default;
@@ -78,10 +78,10 @@ public:
 
     /// Keeps others that lock the same folder out as long as this object lives, so that what one of
     /// them reads and writes back is not lost to another. Waits that long, then Busy. Binds only
-    /// those who ask. Where folders cannot be locked it succeeds and keeps nobody out.
+    /// those who ask. Where folders cannot be locked it succeeds and keeps no one out.
     virtual IoStatus Lock(std::chrono::milliseconds patience) = 0;
     /// Locks a name (any text, letter case ignored), which no entry needs to have. Busy, at once,
-    /// when somebody else has it; with no lock where files cannot be locked.
+    /// when another process or object has it; with no lock where files cannot be locked.
     virtual IoStatus LockName(const std::string& name, std::unique_ptr<NameLock>& lock) = 0;
 };
 

@@ -3,7 +3,6 @@
 
 #include "platform/folder_index.h"
 
-#include "platform/case_blind.h"
 #include "platform/case_fold.h"
 
 #include <bit>
@@ -21,14 +20,6 @@ std::size_t BucketNumber(std::string_view foldedName, std::size_t count) {
 }
 
 } // namespace
-
-FolderIndex FolderIndex::Read(const std::string& folder) {
-    FolderIndex index;
-    std::string realFolder = folder;
-    index.m_status = ListExisting(realFolder, index.m_entries);
-    index.FillBuckets();
-    return index;
-}
 
 FolderIndex FolderIndex::Of(std::vector<FolderEntry> entries, IoStatus status) {
     FolderIndex index;

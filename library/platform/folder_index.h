@@ -13,13 +13,11 @@
 
 namespace nqp2::platform {
 
-/// One folder's names, read once, answering case-blind questions without a system call each.
-/// The folder itself is found case-blind. A folder that cannot be read answers as if empty.
+/// One folder's names, read once, answering case-blind questions without a system call each. A
+/// folder that could not be read answers as if empty.
 class FolderIndex {
 public:
     FolderIndex() = default;
-    /// Reads the folder's entries. Entries that arrived before a read error are kept.
-    static FolderIndex Read(const std::string& folder);
     /// Of entries that were listed, with what the listing answered.
     static FolderIndex Of(std::vector<FolderEntry> entries, IoStatus status = {});
 

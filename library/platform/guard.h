@@ -9,7 +9,8 @@
 
 /// The rule for exceptions at the exported edge. Every exported operation is one of these:
 /// - it runs under Guarded, and nothing leaves it;
-/// - it runs under ComGuarded, and its declaration says that it throws _com_error: nothing else does;
+/// - it runs under ComGuarded, and its declaration says that it throws _com_error: nothing else
+///   does;
 /// - it is noexcept, because all that it does is;
 /// - it is an operation of a plain value (CString, CArray, _variant_t ...), which throws
 ///   std::bad_alloc as the standard library's values do.
@@ -55,7 +56,7 @@ void Guarded(Operation&& operation) noexcept {
         operation();
     } catch (const std::bad_alloc&) {
         ++timesOutOfMemory;
-    } catch (...) { // NOLINT(bugprone-empty-catch): there is nobody to tell
+    } catch (...) { // NOLINT(bugprone-empty-catch): there is no one to tell
     }
 }
 

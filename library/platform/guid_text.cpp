@@ -6,10 +6,9 @@
 #include "platform/number_text.h"
 
 #include <array>
-#include <cerrno>
 #include <cstring>
 #include <stdexcept>
-#include <sys/random.h>
+#include <unistd.h>
 
 namespace nqp2::platform {
 namespace {
@@ -60,22 +59,13 @@ GUID FromTextBytes(const TextBytes& bytes) {
     return guid;
 }
 
-void FillRandom(TextBytes& bytes) {
-    std::size_t filled = 0;
-    while (filled < bytes.size()) {
-        const ssize_t count = getrandom(bytes.data() + filled, bytes.size() - filled, 0);
-        if (count < 0 && errno != EINTR) {
-            throw std::runtime_error("no random bytes from the system");
-        }
-        filled += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-}
-
 } // namespace
 
 GUID NewGuid() {
     TextBytes bytes{};
-    FillRandom(bytes);
+    if (getentropy(bytes.data(), bytes.size()) != 0) {
+        throw std::runtime_error("no random bytes from the system");
+    }
     bytes[6] = (bytes[6] & 0x0FU) | 0x40U; // version 4
     bytes[8] = (bytes[8] & 0x3FU) | 0x80U; // variant of RFC 4122
     return FromTextBytes(bytes);

@@ -16,7 +16,7 @@ enum class IoError {
     IsFolder,
     NotAFile, ///< a socket, pipe or device: never read
     IsLink,   ///< a link, where none is followed
-    Busy,     ///< somebody else has it
+    Busy,     ///< in use by another
     TooLarge,
     NoSpace,
     ReadOnly,
@@ -32,7 +32,7 @@ struct [[nodiscard]] IoStatus {
     explicit operator bool() const { return error == IoError::None; }
 };
 
-/// The outcome that an error number of the system (errno) stands for, with the system's words.
+/// The outcome that an error number of the system (errno) means, with the system's words.
 IoStatus SystemStatus(int errorNumber);
 
 } // namespace nqp2::platform

@@ -46,7 +46,7 @@ public:
         const std::lock_guard lock(m_mutex);
         ++m_counts[module];
     }
-    /// False when nobody holds the module.
+    /// False when the module is not held.
     bool Take(platform::ModuleHandle module) {
         const std::lock_guard lock(m_mutex);
         const auto found = m_counts.find(module);

@@ -68,7 +68,7 @@ std::size_t FindDriveColon(std::wstring_view text) {
     return kNone;
 }
 
-/// A backslash inside a folder that stands as drive part belongs to its name and is kept.
+/// A backslash inside a folder that is the drive part belongs to its name and is kept.
 std::string FolderBehindDrivePart(std::wstring_view drivePart) {
     if (drivePart.size() == 1 && IsDriveLetter(drivePart[0])) {
         return DriveFolder(drivePart[0]);

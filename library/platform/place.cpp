@@ -267,11 +267,6 @@ FoundFile Place::FileOf(const FolderEntry& entry) const {
     return found;
 }
 
-std::optional<std::string> FindOnDisk(const CString& path) {
-    const std::string asked = PosixPath(path);
-    return asked.starts_with('/') ? FindExisting(asked) : std::nullopt;
-}
-
 PathParts SplitPath(const CString& path) {
     std::wstring_view text = path.View();
     if (text.ends_with(L':') && text.find_first_of(kSeparators) != std::wstring_view::npos) {
@@ -280,6 +275,11 @@ PathParts SplitPath(const CString& path) {
     const std::size_t nameStart = text.find_last_of(kSeparators) + 1;
     return {Place(nameStart == 0 ? CString(L".\\") : CString(text.substr(0, nameStart))),
             CString(text.substr(nameStart))};
+}
+
+std::string PathOnDisk(const CString& path) {
+    const std::string asked = PosixPath(path);
+    return FindExisting(asked).value_or(asked);
 }
 
 CString FullPath(const CString& path) {

@@ -8,7 +8,6 @@
 #include "platform/folder_index.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,8 +30,9 @@ struct FoundFile {
 
 /// A folder on a card: as the host wrote it ("E:\CONTENTS\CLIP\") and as it is on disk, where names
 /// are found in any letter case. Making one asks the disk nothing. What it learns is kept: its real
-/// spelling, the entries once they were listed, the places below it. Copies share that, so one place
-/// for each operation lists each folder at most once, and sees no later change. One thread at a time.
+/// spelling, the entries once they were listed, the places below it. Copies share that, so one
+/// place for each operation lists each folder at most once, and sees no later change. One thread at
+/// a time.
 class Place {
 public:
     /// An interface path, with or without a separator at its end.
@@ -47,23 +47,25 @@ public:
     /// The place below ("VIDEO\", "\AVCHD\BDMV\"), the same one each time.
     [[nodiscard]] Place Below(const CString& name) const;
 
-    /// The folder for the file system, in its real spelling; as written when it is missing. Without a
-    /// separator at its end, but for "/". Empty, which is never found, for a drive that is not mapped.
+    /// The folder for the file system, in its real spelling; as written when it is missing. Without
+    /// a separator at its end, but for "/". Empty, which is never found, for a drive that is not
+    /// mapped.
     [[nodiscard]] const std::string& OnDisk() const;
     /// Success when it is a folder that exists; NotFound when it is missing; else why it cannot be
     /// looked for.
     [[nodiscard]] IoStatus Look() const;
     [[nodiscard]] bool Exists() const { return static_cast<bool>(Look()); }
 
-    /// All entries, listed at the first call. Status() tells whether the folder was read to its end.
+    /// All entries, listed at the first call. Status() tells whether the folder was read to its
+    /// end.
     [[nodiscard]] const FolderIndex& Names() const;
     /// The entries that fit a pattern of "*" and "?" (letter case ignored), in the file system's
     /// order. `status` is that of Names().
     [[nodiscard]] std::vector<FoundFile> List(const CString& pattern, IoStatus& status) const;
     /// Finds one entry: the exact name, else the first in sorted order of those that differ only in
     /// case. One system call for an exact name; entries are listed only for another one, and are
-    /// what answers from then on: ask for Names() before many questions. NotFound when there is none,
-    /// also for a name with a separator; the folder's status when it could not be read.
+    /// what answers from then on: ask for Names() before many questions. NotFound when there is
+    /// none, also for a name with a separator; the folder's status when it could not be read.
     IoStatus Find(const CString& name, FoundFile& found) const;
     [[nodiscard]] bool Has(const CString& name) const;
 
@@ -90,8 +92,9 @@ struct PathParts {
 };
 PathParts SplitPath(const CString& path);
 
-/// What a host's whole path leads to, in its real spelling; nothing when it is missing or relative.
-std::optional<std::string> FindOnDisk(const CString& path);
+/// What a whole interface path leads to, for the file system: in its real spelling; as written when
+/// it is missing. Empty, which is never found, for a drive that is not mapped.
+std::string PathOnDisk(const CString& path);
 
 /// The same file or folder as an interface path that another process understands, whatever its
 /// current folder is. Drive letters stay; so does a path that leads nowhere.

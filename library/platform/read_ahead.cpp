@@ -42,7 +42,8 @@ bool MayStartThread() {
     return left != 0;
 }
 
-/// Runs `work` on a thread of its own. What comes back is not joinable when there is none to be had:
+/// Runs `work` on a thread of its own. What comes back is not joinable when there is none to be
+/// had:
 /// the limit of processes is reached, or memory is short.
 template <class Work>
 std::thread TryThread(Work work) noexcept {

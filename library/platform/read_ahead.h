@@ -15,8 +15,8 @@
 
 namespace nqp2::platform {
 
-/// Metadata files have some thousand bytes. Larger ones than this are better read piece by piece, so
-/// that the files held at a time stay small.
+/// Metadata files have some thousand bytes. Larger ones than this are better read piece by piece,
+/// so that the files held at a time stay small.
 inline constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} << 10U;
 
 /// One file to read.
@@ -35,8 +35,8 @@ struct FileContent {
 };
 
 /// Reads a list of files in order. When the medium turns out slow, a few threads read ahead while
-/// the caller works on what has come; on a fast one, and where no thread can be made, nothing but the
-/// caller's thread is used. What Next gives is the same in all cases.
+/// the caller works on what has come; on a fast one, and where no thread can be made, nothing but
+/// the caller's thread is used. What Next gives is the same in all cases.
 class ReadAhead {
 public:
     /// `limit`: files larger than this are not read (IoError::TooLarge).

@@ -52,7 +52,7 @@ int Wait(std::span<pollfd> watched, int milliseconds);
 /// Whether that has happened on one descriptor by now; waits that long (-1: without end).
 bool HasNews(int descriptor, short events, int milliseconds = 0);
 
-/// Has a file's lock (flock) within that time; false with errno when not, EWOULDBLOCK when somebody
+/// Has a file's lock (flock) within that time; false with errno when not, EWOULDBLOCK when another
 /// else has it.
 bool LockWithin(int descriptor, const Deadline& deadline, int operation = LOCK_EX);
 

@@ -3,9 +3,9 @@
 
 #include "NQP2ParserU/MarkupMSXML.h"
 
-#include "NQP2ParserU/PathText.h"
 #include "platform/diagnostics.h"
 #include "platform/guard.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
 
@@ -17,6 +17,7 @@
 using nqp2::dom::Document;
 using nqp2::platform::Guarded;
 using nqp2::platform::MessageBoxW;
+using nqp2::platform::PathOnDisk;
 using nqp2::platform::TextFromUtf8;
 using nqp2::platform::Utf8FromText;
 
@@ -99,9 +100,8 @@ int CMarkupMSXML::SetDoc(const wchar_t* szDoc) {
 
 int CMarkupMSXML::Load(const wchar_t* szFileName) {
     return Guarded(0, [&] {
-        return x_Replace([&](Document& document) {
-            return document.LoadFile(nqp2::PosixPath(CString(szFileName)));
-        });
+        return x_Replace(
+            [&](Document& document) { return document.LoadFile(PathOnDisk(szFileName)); });
     });
 }
 
@@ -116,9 +116,8 @@ int CMarkupMSXML::LoadXml(const wchar_t* sz) noexcept {
 }
 
 int CMarkupMSXML::Save(const wchar_t* szFileName) {
-    return Guarded(0, [&] {
-        return m_pDoc != nullptr && m_pDoc->Save(nqp2::PosixPath(CString(szFileName))) ? 1 : 0;
-    });
+    return Guarded(
+        0, [&] { return m_pDoc != nullptr && m_pDoc->Save(PathOnDisk(szFileName)) ? 1 : 0; });
 }
 
 int CMarkupMSXML::x_ParseError() {

@@ -3,12 +3,11 @@
 
 #include "NQP2ParserU/NQXmlParser.h"
 
-#include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/XmlLimits.h"
-#include "platform/case_blind.h"
 #include "platform/diagnostics.h"
 #include "platform/file_system.h"
 #include "platform/guard.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
 #include "xml/document_queries.h"
 #include "xml/dom/document.h"
@@ -25,18 +24,18 @@ using nqp2::dom::Node;
 using nqp2::dom::ParseError;
 using nqp2::dom::SelectionRule;
 using nqp2::platform::ComGuarded;
-using nqp2::platform::FindExisting;
 using nqp2::platform::Guarded;
 using nqp2::platform::IoError;
 using nqp2::platform::IoStatus;
 using nqp2::platform::OutputDebugStringW;
+using nqp2::platform::PathOnDisk;
 using nqp2::platform::TextFromUtf8;
 using nqp2::platform::Utf8FromText;
 
 namespace {
 
 // Looked for in the process's current folder.
-constexpr const char* kRenderSchema = "render.xsd";
+constexpr const wchar_t* kRenderSchema = L"render.xsd";
 
 // The two differ in the white space before their line breaks: kept, hosts rely on it.
 constexpr const wchar_t* kFileError =
@@ -57,7 +56,7 @@ void Tell(const wchar_t* pattern, const ParseError& error) {
 int CNQXmlParser::LoadXml(CString path) {
     return Guarded(0, [&] {
         EnsureDocument();
-        if (!m_pDoc->LoadFile(nqp2::PosixPath(path))) {
+        if (!m_pDoc->LoadFile(PathOnDisk(path))) {
             Tell(kFileError, m_pDoc->LastError());
             return 0;
         }
@@ -81,9 +80,8 @@ int CNQXmlParser::SetXml(_bstr_t xml) {
 
 void CNQXmlParser::RequireRenderSchema() {
     std::string schema;
-    // Asked for under its own name where none is found, so that the reason is known.
-    const std::string path = FindExisting(kRenderSchema).value_or(kRenderSchema);
-    const IoStatus status = nqp2::platform::Files().Read(path, nqp2::dom::kLargestSchema, schema);
+    const IoStatus status =
+        nqp2::platform::Files().Read(PathOnDisk(kRenderSchema), nqp2::dom::kLargestSchema, schema);
     if (status.error == IoError::NotFound || status.error == IoError::Denied) {
         return;
     }
@@ -156,7 +154,7 @@ std::int32_t CNQXmlParser::BindPrefixes(const CString& declarations) {
 }
 
 int CNQXmlParser::SaveXml(CString path) {
-    return Guarded(0, [&] { return m_bReady != 0 && m_pDoc->Save(nqp2::PosixPath(path)) ? 1 : 0; });
+    return Guarded(0, [&] { return m_bReady != 0 && m_pDoc->Save(PathOnDisk(path)) ? 1 : 0; });
 }
 
 _bstr_t CNQXmlParser::GetXml() {

@@ -28,7 +28,7 @@ IoStatus Settle(const Source& source, platform::FileWriter& writer) {
     if (status && source.time) {
         status = writer.KeepTime(*source.time);
         if (status.error == platform::IoError::Denied) {
-            status = {}; // cards without owners let nobody set times: nothing is lost
+            status = {}; // cards without owners let no one set times: nothing is lost
         }
     }
     return status ? writer.Flush() : status;

@@ -18,6 +18,7 @@ using platform::EntryKind;
 using platform::Folder;
 using platform::IoError;
 using platform::IoStatus;
+using platform::PathIn;
 
 namespace {
 
@@ -25,18 +26,6 @@ namespace {
 std::uint64_t SpaceTaken(std::uint64_t size) {
     constexpr std::uint64_t kCluster = 32768;
     return (size / kCluster + 1) * kCluster;
-}
-
-std::string PathIn(const std::string& folder, const std::string& name) {
-    return folder.ends_with('/') ? folder + name : folder + '/' + name;
-}
-
-/// Takes the last name off an absolute path.
-std::string TakeLastName(std::string& path) {
-    const std::size_t slash = path.find_last_of('/');
-    std::string name = path.substr(slash + 1);
-    path.resize(std::max<std::size_t>(slash, 1));
-    return name;
 }
 
 } // namespace
@@ -59,17 +48,11 @@ Transaction::~Transaction() {
 }
 
 void Transaction::Open(const std::string& root, bool make) {
-    std::string above = root;
-    std::vector<std::string> missing;
-    std::optional<std::string> found = platform::FindExisting(above);
-    while (!found && above.size() > 1) {
-        missing.push_back(TakeLastName(above));
-        found = platform::FindExisting(above);
-    }
-    if (!found || (!make && !missing.empty())) {
+    platform::NearestExisting nearest = platform::FindNearest(root);
+    if (nearest.path.empty() || (!make && !nearest.missing.empty())) {
         throw Failure("There is no folder " + root + ".");
     }
-    MakeRoot(*found, missing);
+    MakeRoot(std::move(nearest.path), nearest.missing);
 }
 
 /// `missing`: names below `above`, the last one first.
@@ -94,7 +77,7 @@ std::shared_ptr<Folder> Transaction::Step(const std::shared_ptr<Folder>& above,
         if (status) {
             m_made.push_back({above, name});
         } else if (status.error == IoError::Exists) {
-            status = {}; // somebody else has made it in between
+            status = {}; // another process has made it in between
         }
         Require(status, "make the folder", PathIn(above->Path(), name));
     }
@@ -112,7 +95,7 @@ bool Transaction::TryReserve(const std::string& name) {
     if (status.error == IoError::Busy) {
         return false;
     }
-    // Where nobody can write nobody needs to be kept out: all may be there already.
+    // Where no one can write no one needs to be kept out: all may be there already.
     if (status.error != IoError::ReadOnly) {
         Require(status, "reserve a name in", m_rootPath);
     }

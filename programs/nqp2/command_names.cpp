@@ -45,7 +45,7 @@ GUID GuidFromArgument(const std::string& text) {
 
 Status RunUmid(Console& console, const UmidOptions& options) {
     CNQP2Parser parser;
-    // An empty argument is a variable that somebody forgot to set.
+    // An empty argument is a variable that was not set.
     const GUID guid = options.given->IsGiven() ? GuidFromArgument(options.guid) : GUID{};
     const CString identifier = parser.CreateUMID(guid);
     if (identifier.IsEmpty()) {

@@ -8,6 +8,7 @@
 #include "clips/essence_lookup.h"
 #include "copy/digest.h"
 #include "copy/failure.h"
+#include "media/card_layout.h"
 #include "media/identifier.h"
 #include "media/rates.h"
 #include "media/timecode.h"
@@ -25,6 +26,7 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace nqp2::worker {
@@ -42,7 +44,7 @@ std::int64_t Thousandths(const FrameRate& rate) {
 }
 
 CString TitleOf(const std::string& path) {
-    std::string name = path.substr(path.find_last_of('/') + 1);
+    std::string name = platform::NamePart(path);
     name.resize(std::min(name.find_last_of('.'), name.size()));
     return platform::TextFromNameBytes(name);
 }
@@ -55,29 +57,24 @@ void Default(CString& text, const CString& value) {
 
 /// A regular file on the disk; nothing when there is none.
 std::optional<std::string> FindFile(const CString& path) {
-    auto file = platform::FindOnDisk(path);
+    std::string file = platform::PathOnDisk(path);
     platform::FileInfo info;
-    const bool isFile =
-        file && platform::Files().Stat(*file, info) && info.kind == platform::EntryKind::File;
-    return isFile ? file : std::nullopt;
+    // A relative path would be another one in the host's folder.
+    const bool isFile = file.starts_with('/') && platform::Files().Stat(file, info) &&
+                        info.kind == platform::EntryKind::File;
+    return isFile ? std::optional(std::move(file)) : std::nullopt;
 }
 
 /// The same for the same content, wherever it lies: files without identifiers are told apart by
 /// their size and first bytes.
 GUID IdentifyByContent(const std::string& path) {
     constexpr std::size_t kBytes = std::size_t{1} << 20U;
-    std::unique_ptr<platform::FileReader> reader;
-    std::string bytes(kBytes, '\0');
-    std::size_t filled = 0;
-    std::size_t count = 1;
-    platform::IoStatus status = platform::Files().Open(path, reader);
-    while (status && count != 0 && filled < bytes.size()) {
-        status = reader->Read(bytes.data() + filled, bytes.size() - filled, count);
-        filled += count;
-    }
-    copy::Require(status, "read", path);
-    copy::Digest digest(reader->Size());
-    digest.Add(std::string_view(bytes).substr(0, filled));
+    platform::FileInfo info;
+    copy::Require(platform::Files().Stat(path, info), "read", path);
+    std::string head;
+    copy::Require(platform::ReadHead(platform::Files(), path, kBytes, head), "read", path);
+    copy::Digest digest(info.size);
+    digest.Add(head);
     GUID identifier;
     const copy::Digest::Bytes value = digest.Value();
     static_assert(sizeof value == sizeof identifier);
@@ -145,18 +142,14 @@ void DescribeMediaFile(const CString& path, const std::string& file,
     }
 }
 
-std::string Above(const std::string& path) {
-    return path.substr(0, path.find_last_of('/'));
-}
-
 /// The contents folder above CLIP/name.XML, as records show it.
 CString ContentsAbove(const std::string& file) {
-    const std::string contents = Above(Above(file));
-    const std::string card = Above(contents);
+    const std::string clips = platform::FolderPart(file);
+    const std::string above = platform::FolderPart(clips.substr(0, clips.size() - 1));
+    const std::string contents = above.substr(0, above.size() - 1);
+    const std::string card = platform::FolderPart(contents);
     const platform::Place root = platform::Place::At(card.empty() ? "/" : card);
-    return root.PathOf(
-               platform::TextFromNameBytes(contents.substr(contents.find_last_of('/') + 1))) +
-           L"\\";
+    return root.PathOf(platform::TextFromNameBytes(platform::NamePart(contents))) + L"\\";
 }
 
 _tag_P2Clip ReadClip(const std::string& file) {
@@ -212,7 +205,7 @@ NQP2BaseClipInfo DescribeClip(const CString& path, const std::function<bool()>& 
         throw copy::Failure("There is no file " + Shown(path) + ".");
     }
     asked.texts.RemoveAll();
-    if (platform::FoldNameCase(file).ends_with(".XML")) {
+    if (platform::FoldNameCase(file).ends_with(media::kMetadataFiles.extension.Bytes())) {
         DescribeP2Clip(file, Fields(asked));
     } else {
         DescribeMediaFile(path, file, goesOn, Fields(asked));

@@ -15,6 +15,8 @@
 namespace nqp2::worker {
 namespace {
 
+using platform::PathIn;
+
 constexpr std::size_t kBytesPerPixel = 3;
 constexpr std::uint32_t kHeadSize = 14 + sizeof(BITMAPINFOHEADER);
 
@@ -73,9 +75,9 @@ std::string MakeBitmap(std::string_view pixels, const SIZE& size) {
 void RequireClip(platform::Folder& contents, const CString& clipName) {
     std::string found;
     std::unique_ptr<platform::Folder> folder;
-    platform::IoStatus status = OpenBelow(contents, "CLIP", folder);
+    platform::IoStatus status = OpenBelow(contents, media::kMetadataFiles.folder.Bytes(), folder);
     if (status) {
-        status = FindIn(*folder, platform::NameBytesFromText(clipName.View()) + ".XML", found);
+        status = FindIn(*folder, MetadataName(clipName), found);
     }
     if (status.error == platform::IoError::NotFound) {
         throw MissingClip(contents.Path(), clipName);
@@ -86,11 +88,12 @@ void RequireClip(platform::Folder& contents, const CString& clipName) {
 /// Replaces the icon of that name, and takes away what was left of one that a killed worker wrote.
 void PutIcon(platform::Folder& contents, const std::string& name, const std::string& bitmap) {
     std::unique_ptr<platform::Folder> folder;
-    copy::Require(MakeBelow(contents, "ICON", folder), "write", contents.Path() + "/ICON");
+    const char* const icons = media::kIconFiles.folder.Bytes();
+    copy::Require(MakeBelow(contents, icons, folder), "write", PathIn(contents.Path(), icons));
     static_cast<void>(folder->RemoveAbandoned());
     std::string target;
-    copy::Require(FindTargetIn(*folder, name, target), "write", folder->Path() + "/" + name);
-    copy::Require(folder->WriteWhole(target, bitmap), "write", folder->Path() + "/" + target);
+    copy::Require(FindTargetIn(*folder, name, target), "write", PathIn(folder->Path(), name));
+    copy::Require(folder->WriteWhole(target, bitmap), "write", PathIn(folder->Path(), target));
 }
 
 void RemoveFrom(platform::Folder& contents, const std::string& placed,
@@ -101,7 +104,7 @@ void RemoveFrom(platform::Folder& contents, const std::string& placed,
     if (status) {
         status = folder->RemoveFiles(names, failed);
     }
-    copy::Require(status, "delete", contents.Path() + "/" + placed + "/" + failed);
+    copy::Require(status, "delete", PathIn(PathIn(contents.Path(), placed), failed));
 }
 
 /// Folder by folder, from the metadata's on, which is the last of the clip's.
@@ -151,7 +154,8 @@ void WriteIcon(const CString& cardRoot, const CString& clipName, std::string_vie
     CheckClipName(clipName);
     const CardFolders card = OpenCard(cardRoot);
     RequireClip(*card.contents, clipName);
-    PutIcon(*card.contents, platform::NameBytesFromText(clipName.View()) + ".BMP", bitmap);
+    const CString name = media::FileNameOf(media::kIconFiles, clipName);
+    PutIcon(*card.contents, platform::NameBytesFromText(name.View()), bitmap);
 }
 
 } // namespace nqp2::worker

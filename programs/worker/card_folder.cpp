@@ -5,7 +5,6 @@
 
 #include "copy/failure.h"
 #include "media/card_layout.h"
-#include "platform/case_blind.h"
 #include "platform/file_system.h"
 #include "platform/unicode.h"
 
@@ -62,30 +61,27 @@ platform::Place RootOf(const CString& root) {
 }
 
 CardFolders OpenCard(const CString& root) {
+    const platform::Place place = RootOf(root);
+    const std::string& path = place.OnDisk();
     CardFolders card;
-    const std::string path = RootOf(root).OnDisk();
+    card.written = place.PathOf(media::kContents.Text());
     copy::Require(platform::Files().OpenFolder(path, card.root), "open the card", path);
     const platform::IoStatus status =
         OpenBelow(*card.root, media::kContents.Bytes(), card.contents);
     if (status.error == platform::IoError::NotFound) {
         throw NoContents(path);
     }
-    copy::Require(status, "open", path + "/" + media::kContents.Bytes());
+    copy::Require(status, "open", platform::PathIn(path, media::kContents.Bytes()));
     return card;
 }
 
-std::string FindContents(const CString& root) {
+platform::Place FindContents(const CString& root) {
     const platform::Place card = RootOf(root);
     const platform::Place contents = card.Below(media::kContents.Path());
     if (!contents.Exists()) {
         throw NoContents(card.OnDisk());
     }
-    return contents.OnDisk();
-}
-
-std::string FolderBelow(const std::string& parent, const std::string& name) {
-    const std::string path = parent + "/" + name;
-    return platform::FindExisting(path).value_or(path);
+    return contents;
 }
 
 std::string Shown(const CString& text) {

@@ -23,6 +23,7 @@ platform::Place RootOf(const CString& root);
 
 /// A card that is written to, open.
 struct CardFolders {
+    CString written; ///< the path of its CONTENTS folder, for what is only read
     std::unique_ptr<platform::Folder> root;
     std::unique_ptr<platform::Folder> contents;
 };
@@ -30,11 +31,8 @@ struct CardFolders {
 /// Opens a card's root, which may be a link, and the CONTENTS folder in it, which may not.
 CardFolders OpenCard(const CString& root);
 
-/// The CONTENTS folder below a root, in the spelling of the disk. Fails when there is none.
-std::string FindContents(const CString& root);
-
-/// The folder `name` below `parent` in the spelling of the disk, or as given when there is none.
-std::string FolderBelow(const std::string& parent, const std::string& name);
+/// The CONTENTS folder below a root. Fails when there is none.
+platform::Place FindContents(const CString& root);
 
 /// Text for messages to people.
 std::string Shown(const CString& text);

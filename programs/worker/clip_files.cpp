@@ -19,6 +19,7 @@ using media::ClipFileKind;
 using platform::FolderEntry;
 using platform::IoError;
 using platform::IoStatus;
+using platform::PathIn;
 
 /// Calls `take` with the folder's spelling, each entry of that kind, the clip's name in
 /// upper case and the file's name as text.
@@ -69,12 +70,16 @@ void KeepOneOfEach(const std::string& exactName, std::vector<ClipFile>& files) {
 
 } // namespace
 
-ListFolder ListByPath(const std::string& contents) {
+ListFolder ListByPath(const platform::Place& contents) {
     return [contents](const std::string& folder) {
-        const std::string path = FolderBelow(contents, folder);
+        platform::FoundFile found;
         std::vector<FolderEntry> entries;
-        const IoStatus status = platform::Files().List(path, entries);
-        return Listed(status, path, path.substr(path.find_last_of('/') + 1), std::move(entries));
+        IoStatus status = contents.Find(platform::TextFromUtf8(folder), found);
+        if (status) {
+            status = platform::Files().List(found.posixPath, entries);
+        }
+        return Listed(status, PathIn(contents.OnDisk(), folder),
+                      platform::NamePart(found.posixPath), std::move(entries));
     };
 }
 
@@ -93,7 +98,7 @@ ListFolder ListInFolder(platform::Folder* contents) {
         if (status) {
             status = opened->List(entries);
         }
-        return Listed(status, contents->Path() + "/" + folder, found, std::move(entries));
+        return Listed(status, PathIn(contents->Path(), folder), found, std::move(entries));
     };
 }
 
@@ -138,6 +143,10 @@ std::vector<std::wstring> TakenNames(const ListFolder& list) {
 bool HaveSameRole(const ClipFile& left, const ClipFile& right) {
     return left.folder == right.folder &&
            platform::FoldNameCase(left.suffix) == platform::FoldNameCase(right.suffix);
+}
+
+std::string MetadataName(const CString& clip) {
+    return platform::NameBytesFromText(media::FileNameOf(media::kMetadataFiles, clip).View());
 }
 
 copy::Failure MissingClip(const std::string& contents, const CString& clipName) {

@@ -7,6 +7,7 @@
 #include "media/card_layout.h"
 #include "NQP2ParserU/CString.h"
 #include "platform/folder.h"
+#include "platform/place.h"
 
 #include <functional>
 #include <span>
@@ -39,7 +40,7 @@ struct Listing {
 /// its end, which would make a clip look smaller.
 using ListFolder = std::function<Listing(const std::string& folder)>;
 /// Of what is only read: links are followed.
-ListFolder ListByPath(const std::string& contents);
+ListFolder ListByPath(const platform::Place& contents);
 /// Of what is written to: none is followed. Nothing is there when `contents` is null, which
 /// outlives the answer otherwise.
 ListFolder ListInFolder(platform::Folder* contents);
@@ -53,6 +54,9 @@ std::vector<std::wstring> TakenNames(const ListFolder& list);
 
 /// Whether the two are the same part of clips.
 bool HaveSameRole(const ClipFile& left, const ClipFile& right);
+
+/// The name of a clip's metadata file on disk.
+std::string MetadataName(const CString& clip);
 
 /// The failure of whatever wants a clip that the CONTENTS folder does not hold.
 copy::Failure MissingClip(const std::string& contents, const CString& clipName);

@@ -3,12 +3,12 @@
 
 #include "worker/clip_metadata.h"
 
+#include "media/element_paths.h"
 #include "platform/case_fold.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
 #include "xml/dom/serialize.h"
 
-#include <array>
 #include <memory>
 
 namespace nqp2::worker {
@@ -16,12 +16,10 @@ namespace {
 
 using dom::Document;
 using dom::Node;
-
-constexpr const char* kClip = "//P2Main/ClipContent";
-constexpr std::array<const char*, 3> kRelated = {"Top", "Previous", "Next"};
+using media::ClipPath;
 
 bool Load(std::string_view xml, Document& document) {
-    return document.LoadBytes(xml) && document.SelectSingle(kClip) != nullptr;
+    return document.LoadBytes(xml) && document.SelectSingle(media::kClipContentPath) != nullptr;
 }
 
 std::string TextOf(const std::shared_ptr<Node>& node) {
@@ -43,18 +41,19 @@ public:
     void RenameSelf(const CString& oldName) {
         const auto entry = m_renamed.find(platform::FoldCase(oldName.View()));
         if (entry != m_renamed.end()) {
-            Set(m_document.SelectSingle(std::string(kClip) + "/ClipName"), entry->second.newName);
+            Set(m_document.SelectSingle(media::FullPath(ClipPath::ClipName)),
+                entry->second.newName);
         }
     }
 
-    void RenameRelated(const char* relation) {
-        const std::string path = std::string(kClip) + "/Relation/Connection/" + relation;
-        const std::shared_ptr<Node> name = m_document.SelectSingle(path + "/ClipName");
+    void RenameRelated(const media::RelatedPaths& relation) {
+        const std::shared_ptr<Node> name = m_document.SelectSingle(media::FullPath(relation.name));
         const auto entry = m_renamed.find(KeyOf(TextOf(name)));
         if (entry == m_renamed.end()) {
             return;
         }
-        const std::string identifier = TextOf(m_document.SelectSingle(path + "/GlobalClipID"));
+        const std::string identifier =
+            TextOf(m_document.SelectSingle(media::FullPath(relation.globalClipID)));
         // Another card's clip of that name is not meant.
         if (MayBeSame(identifier, entry->second.identifier)) {
             Set(name, entry->second.newName);
@@ -84,14 +83,13 @@ std::optional<ClipFacts> ReadFacts(std::string_view xml) {
         return std::nullopt;
     }
     ClipFacts facts;
-    const auto text = [&](const std::string& below) {
-        return TextOf(document.SelectSingle(std::string(kClip) + below));
+    const auto text = [&](ClipPath path) {
+        return TextOf(document.SelectSingle(media::FullPath(path)));
     };
-    facts.identifier = text("/GlobalClipID");
-    for (const char* relation : kRelated) {
-        const std::string below = std::string("/Relation/Connection/") + relation;
+    facts.identifier = text(ClipPath::GlobalClipID);
+    for (const media::RelatedPaths& relation : media::kRelatedPaths) {
         facts.related.push_back(
-            {platform::TextFromUtf8(text(below + "/ClipName")), text(below + "/GlobalClipID")});
+            {platform::TextFromUtf8(text(relation.name)), text(relation.globalClipID)});
     }
     facts.essence = clips::EssenceOf(document);
     return facts;
@@ -109,7 +107,7 @@ std::string RenameInMetadata(std::string_view xml, const std::string& path, cons
     }
     Renaming renaming(document, renamed);
     renaming.RenameSelf(oldName);
-    for (const char* relation : kRelated) {
+    for (const media::RelatedPaths& relation : media::kRelatedPaths) {
         renaming.RenameRelated(relation);
     }
     return renaming.Changed() ? dom::Serialize(*document.DocumentNode()) : std::string(xml);

@@ -35,8 +35,8 @@ std::optional<int> NumberOf(std::wstring_view name) {
 bool HasArrived(const CardFolders& card, const CString& name) {
     std::unique_ptr<platform::Folder> clips;
     platform::FileInfo info;
-    return OpenBelow(*card.contents, "CLIP", clips) &&
-           clips->Stat(platform::NameBytesFromText(name.View()) + ".XML", info);
+    return OpenBelow(*card.contents, media::kMetadataFiles.folder.Bytes(), clips) &&
+           clips->Stat(MetadataName(name), info);
 }
 
 /// Nothing when the name is taken.
@@ -53,7 +53,8 @@ std::optional<ClaimedName> TryClaim(const CardFolders& card, const CString& name
 
 ClipNames NamesOn(const CardFolders& card) {
     ClipNames names;
-    names.Read(ListByPath(card.contents->Path()));
+    // A place of its own: the card's folders may have been made since it was opened.
+    names.Read(ListByPath(platform::Place(card.written)));
     return names;
 }
 

@@ -22,7 +22,7 @@ std::int64_t SamplesUpTo(std::int64_t frames, const FrameRate& rate) {
 
 EssenceFile::EssenceFile(platform::Folder& folder, const std::string& name, FrameRate videoRate,
                          std::int32_t sampleBytes)
-    : m_name(name), m_path(folder.Path() + "/" + name), m_videoRate(videoRate),
+    : m_name(name), m_path(platform::PathIn(folder.Path(), name)), m_videoRate(videoRate),
       m_sampleBytes(sampleBytes) {
     LoadMediaModule();
     copy::Require(folder.Create(m_name, m_writer), "write", m_path);

@@ -55,9 +55,10 @@ public:
     explicit Card(copy::Transaction& transaction) : m_root(transaction.Root()) {}
 
     void Open() {
-        const IoStatus status = OpenBelow(m_root, "CONTENTS", m_contents);
+        const IoStatus status = OpenBelow(m_root, media::kContents.Bytes(), m_contents);
         if (status.error != platform::IoError::NotFound) {
-            copy::Require(status, "open", m_root.Path() + "/CONTENTS");
+            copy::Require(status, "open",
+                          platform::PathIn(m_root.Path(), media::kContents.Bytes()));
         }
     }
     [[nodiscard]] ListFolder Lister() const { return ListInFolder(m_contents.get()); }
@@ -92,15 +93,16 @@ public:
         return reader;
     }
     [[nodiscard]] std::string PathOf(const ClipFile& file) const {
-        return m_contents->Path() + "/" + file.placed + "/" + file.name;
+        return platform::PathIn(platform::PathIn(m_contents->Path(), file.placed), file.name);
     }
 
     /// Whether a clip of that name has arrived by now: its metadata come last.
     [[nodiscard]] bool HasArrived(const CString& name) const {
         std::unique_ptr<Folder> clips;
         std::string found;
-        return OpenBelow(m_root, "CONTENTS/CLIP", clips) &&
-               FindIn(*clips, platform::NameBytesFromText(name.View()) + ".XML", found);
+        const std::string folder =
+            platform::PathIn(media::kContents.Bytes(), media::kMetadataFiles.folder.Bytes());
+        return OpenBelow(m_root, folder, clips) && FindIn(*clips, MetadataName(name), found);
     }
 
     /// The names of all clips on the card by their identifiers.

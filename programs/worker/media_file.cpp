@@ -27,7 +27,7 @@ copy::Failure Unusable(const std::string& reason) {
         ".");
 }
 
-/// Nothing is searched for: a module of that name elsewhere is somebody else's. It stays loaded, as
+/// Nothing is searched for: a module of that name elsewhere is another one. It stays loaded, as
 /// libavformat's tables are not made to go.
 const MediaModule* Load() {
     const std::string path = ProgramFolder() + "/" NQP2_MEDIA_MODULE;

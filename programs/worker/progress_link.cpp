@@ -69,7 +69,7 @@ void ProgressLink::Send(std::uint64_t done, std::uint64_t total,
     const bool sent = line.SendMessage(Number(bridge::MessageId::Progress), message);
     lock.lock();
     m_sending = false;
-    if (!sent && !m_unanswered.empty()) { // nobody sends on a channel that failed once
+    if (!sent && !m_unanswered.empty()) { // nothing is sent on a channel that failed once
         m_unanswered.pop_back();
     }
     m_changed.notify_all();

@@ -51,7 +51,7 @@ RecordedClip Described(const RecordingParameters& parameters, const RecordingFor
 }
 
 std::string PathOf(const platform::Folder& folder, const std::string& name) {
-    return folder.Path() + "/" + name;
+    return platform::PathIn(folder.Path(), name);
 }
 
 /// Files of a clip that have their names, which go again unless all get theirs.
@@ -96,13 +96,15 @@ ClipMaker::ClipMaker(const CardFolders& card, const RecordingParameters& paramet
     CreateFiles();
 }
 
-std::string ClipMaker::FileName(const std::string& suffix) const {
-    return platform::NameBytesFromText(m_name.name.View()) + suffix;
+std::string ClipMaker::FileName(const media::ClipFileKind& kind, std::size_t number) const {
+    return platform::NameBytesFromText(media::FileNameOf(kind, m_name.name, number).View());
 }
 
 void ClipMaker::OpenFolders(const CardFolders& card) {
     const std::pair<const char*, std::unique_ptr<platform::Folder>*> wanted[] = {
-        {"VIDEO", &m_folders.video}, {"AUDIO", &m_folders.sound}, {"CLIP", &m_folders.clip}};
+        {media::kVideoFiles.folder.Bytes(), &m_folders.video},
+        {media::kAudioFiles.folder.Bytes(), &m_folders.sound},
+        {media::kMetadataFiles.folder.Bytes(), &m_folders.clip}};
     for (const auto& [name, folder] : wanted) {
         copy::Require(MakeBelow(*card.contents, name, *folder), "make or open",
                       PathOf(*card.contents, name));
@@ -111,7 +113,7 @@ void ClipMaker::OpenFolders(const CardFolders& card) {
 }
 
 void ClipMaker::KeepRoomForEnd() {
-    const std::string name = FileName(".MXF");
+    const std::string name = FileName(media::kVideoFiles);
     platform::IoStatus status = m_folders.video->Create(name, m_room);
     const std::uint64_t size = kEndOfVideo + m_channels.size() * kEndOfSound;
     const std::string block(std::size_t{64} << 10U, 'e'); // not zeros, which may take no room
@@ -135,13 +137,11 @@ void ClipMaker::CreateFiles() {
                                 rate,
                                 m_format->isWide || m_parameters.isWide,
                                 platform::Utf8FromText(timecode.View())};
-    m_video = std::make_unique<EssenceFile>(*m_folders.video, FileName(".MXF"), format);
+    m_video = std::make_unique<EssenceFile>(*m_folders.video, FileName(media::kVideoFiles), format);
     const SoundFormat sound = {m_parameters.wave.wBitsPerSample, rate};
     for (std::size_t i = 0; i < m_channels.size(); ++i) {
-        std::array<char, 32> suffix{};
-        std::snprintf(suffix.data(), suffix.size(), "%02zu.MXF", i);
-        m_sound.push_back(
-            std::make_unique<EssenceFile>(*m_folders.sound, FileName(suffix.data()), sound));
+        m_sound.push_back(std::make_unique<EssenceFile>(*m_folders.sound,
+                                                        FileName(media::kAudioFiles, i), sound));
     }
 }
 
@@ -203,7 +203,7 @@ std::unique_ptr<platform::FileWriter> ClipMaker::WriteMetadata(const Relations& 
     clip.startDate = m_startDate;
     clip.endDate = DateText();
     const std::string xml = MakeMetadata(clip);
-    const std::string name = FileName(".XML");
+    const std::string name = FileName(media::kMetadataFiles);
     const std::string path = PathOf(*m_folders.clip, name);
     std::unique_ptr<platform::FileWriter> writer;
     copy::Require(m_folders.clip->Create(name, writer), "write", path);
@@ -222,7 +222,8 @@ void ClipMaker::NameFiles(platform::FileWriter& metadata) {
     for (const auto& file : m_sound) {
         named.Commit(*m_folders.sound, *file);
     }
-    copy::Require(metadata.Commit(), "name the file", PathOf(*m_folders.clip, FileName(".XML")));
+    copy::Require(metadata.Commit(), "name the file",
+                  PathOf(*m_folders.clip, FileName(media::kMetadataFiles)));
     named.Keep();
 }
 

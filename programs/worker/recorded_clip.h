@@ -77,7 +77,8 @@ private:
     [[nodiscard]] std::unique_ptr<platform::FileWriter>
     WriteMetadata(const Relations& relations) const;
     void NameFiles(platform::FileWriter& metadata);
-    [[nodiscard]] std::string FileName(const std::string& suffix) const;
+    [[nodiscard]] std::string FileName(const media::ClipFileKind& kind,
+                                       std::size_t number = 0) const;
 
     RecordingParameters m_parameters;
     const RecordingFormat* m_format;

@@ -26,7 +26,7 @@ void CheckRecordingParameters(const RecordingParameters& parameters);
 /// Failure. One thread at a time.
 class Recording {
 public:
-    /// `expectedFrames`: 0 when nobody knows. Fails when they do not fit.
+    /// `expectedFrames`: 0 when it is not known. Fails when they do not fit.
     Recording(const RecordingParameters& parameters, std::uint32_t expectedFrames,
               eP2_VIDEO_STANDARD standard);
     ~Recording();

@@ -139,7 +139,7 @@ std::size_t SizeOfClass100(const RecordingFormat& format) {
 bool IsOfClass(const RecordingFormat& format, std::size_t size) {
     const std::wstring_view codecClass = format.codecClass;
     const bool isLarge = size > SizeOfClass100(format) * 3 / 2;
-    const bool isOnlyOne = format.height == 1080 && RateOf(format).frames > 30000;
+    const bool isOnlyOne = format.height == 1080 && RateOf(format).PerSecond() > 30;
     return isOnlyOne || codecClass == L"50" || isLarge == (codecClass == L"200");
 }
 

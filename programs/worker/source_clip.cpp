@@ -13,6 +13,8 @@
 namespace nqp2::worker {
 namespace {
 
+using platform::PathIn;
+
 /// What is wrong with an essence file; "" for nothing.
 std::string Fault(const clips::ClipEssence& wanted, const SourceFile* file) {
     if (file == nullptr) {
@@ -29,8 +31,8 @@ std::string Fault(const clips::ClipEssence& wanted, const SourceFile* file) {
 
 std::string PathOf(const std::string& contents, const CString& clip,
                    const clips::ClipEssence& wanted) {
-    return contents + "/" + wanted.folder + "/" + platform::NameBytesFromText(clip.View()) +
-           wanted.suffix;
+    const std::string name = platform::NameBytesFromText(clip.View()) + wanted.suffix;
+    return PathIn(PathIn(contents, wanted.folder), name);
 }
 
 void CheckEssence(const std::string& contents, SourceClip& clip) {
@@ -50,7 +52,7 @@ void CheckEssence(const std::string& contents, SourceClip& clip) {
 }
 
 void AddFile(const std::string& contents, const ClipFile& file, SourceClip& clip) {
-    SourceFile added{file, contents + "/" + file.placed + "/" + file.name, {}};
+    SourceFile added{file, PathIn(PathIn(contents, file.placed), file.name), {}};
     copy::Require(platform::Files().Stat(added.path, added.info), "read", added.path);
     if (added.info.kind != platform::EntryKind::File) {
         throw copy::Failure(added.path + " is no file.");
@@ -90,13 +92,13 @@ SourceClip ReadSourceClip(const std::string& contents, const CString& name,
 
 } // namespace
 
-std::vector<SourceClip> ReadSourceClips(const std::string& contents, std::span<const CString> names,
-                                        bool incomplete) {
+std::vector<SourceClip> ReadSourceClips(const platform::Place& contents,
+                                        std::span<const CString> names, bool incomplete) {
     std::for_each(names.begin(), names.end(), CheckClipName);
     const std::vector<std::vector<ClipFile>> files = FindClipFiles(ListByPath(contents), names);
     std::vector<SourceClip> clips;
     for (std::size_t i = 0; i < names.size(); ++i) {
-        clips.push_back(ReadSourceClip(contents, names[i], files[i], incomplete));
+        clips.push_back(ReadSourceClip(contents.OnDisk(), names[i], files[i], incomplete));
     }
     return clips;
 }
@@ -117,7 +119,9 @@ std::string Lacks(const std::vector<SourceClip>& clips) {
 
 copy::Item ItemFor(const SourceFile& file, const std::string& otherClip) {
     const std::string name = otherClip.empty() ? file.name : otherClip + file.suffix;
-    return {{file.path, file.info.size, {}, file.info}, "CONTENTS/" + file.placed, name};
+    return {{file.path, file.info.size, {}, file.info},
+            PathIn(media::kContents.Bytes(), file.placed),
+            name};
 }
 
 } // namespace nqp2::worker

@@ -27,8 +27,8 @@ struct SourceClip {
 /// Reads what a CONTENTS folder holds of the clips. Fails for a name that is none, a clip without
 /// metadata, and one that is not whole: whose metadata cannot be read, or whose essence is missing,
 /// empty or shorter than they tell. With `incomplete` that is no failure.
-std::vector<SourceClip> ReadSourceClips(const std::string& contents, std::span<const CString> names,
-                                        bool incomplete);
+std::vector<SourceClip> ReadSourceClips(const platform::Place& contents,
+                                        std::span<const CString> names, bool incomplete);
 
 /// What a transfer that was asked to take such clips all the same tells of them; "" for whole ones.
 std::string Lacks(const std::vector<SourceClip>& clips);

@@ -28,7 +28,7 @@ void Run(copy::Transaction& transaction, const std::vector<copy::Item>& items, c
          TransferSizes& sizes) {
     transaction.Sweep("");
     for (const media::ClipFileKind& kind : media::kClipFileKinds) {
-        transaction.Sweep(std::string(media::kContents.Bytes()) + "/" + kind.folder.Bytes());
+        transaction.Sweep(platform::PathIn(media::kContents.Bytes(), kind.folder.Bytes()));
     }
     transaction.Look(items, copier);
     transaction.CheckSpace();

@@ -166,9 +166,9 @@ TEST_F(CaseBlind, FindsNothingUnderPathsThatNameNothing) {
         endless += "/CONTENTS";
     }
     for (const std::string& path : {std::string(), m_folder.Path("root file") + '\0', endless}) {
-        EXPECT_FALSE(PathExists(path));
+        EXPECT_FALSE(FindExisting(path));
     }
-    EXPECT_TRUE(PathExists("/DEV/NULL"));
+    EXPECT_TRUE(FindExisting("/DEV/NULL"));
     ASSERT_EQ(symlink("nowhere", m_folder.Path("link").c_str()), 0);
     EXPECT_EQ(Found("link"), "(none)");
     m_folder.Write("LINK");
@@ -178,15 +178,15 @@ TEST_F(CaseBlind, FindsNothingUnderPathsThatNameNothing) {
 TEST_F(CaseBlind, AsksNoMoreThanItMustAndGivesUpWhenTheMediumFails) {
     test::FaultyFileSystem files;
     const ScopedFileSystem scope(files);
-    EXPECT_TRUE(PathExists(m_folder.Path("Contents/Clip/0001AB.XML")));
+    EXPECT_TRUE(FindExisting(m_folder.Path("Contents/Clip/0001AB.XML")));
     EXPECT_EQ(files.Calls(), 1U) << "an exact name is asked for once";
     files.ResetCalls();
-    EXPECT_FALSE(PathExists(m_folder.Path("Contents/Clip/none")));
+    EXPECT_FALSE(FindExisting(m_folder.Path("Contents/Clip/none")));
     EXPECT_EQ(files.Calls(Operation::List), 1U);
     EXPECT_LE(files.Calls(Operation::Stat), 3U);
     files.ResetCalls();
     files.Fail({.error = IoError::Device});
-    EXPECT_FALSE(PathExists(m_folder.Path("Contents/CLIP")));
+    EXPECT_FALSE(FindExisting(m_folder.Path("Contents/CLIP")));
     EXPECT_EQ(files.Calls(), 1U);
 }
 

@@ -314,6 +314,7 @@ TEST_F(RecordingTest, AStreamOfAnotherFormatIsRefusedAtItsFirstFrame) {
     const TestEncoding avc100 = {"libx264", 1920,     1080,
                                  {25, 1},   kDeep422, "avcintra-class=100:flags=+ildct"};
     const TestEncoding avc100p = {"libx264", 1920, 1080, {25, 1}, kDeep422, "avcintra-class=100"};
+    const TestEncoding avc50p = {"libx264", 1920, 1080, {50, 1}, kDeep422, "avcintra-class=100"};
     const TestEncoding avc200 = {"libx264", 1920,     1080,
                                  {25, 1},   kDeep422, "avcintra-class=200:flags=+ildct"};
     const TestEncoding avc50 = {
@@ -333,7 +334,7 @@ TEST_F(RecordingTest, AStreamOfAnotherFormatIsRefusedAtItsFirstFrame) {
         {CT_AVCI100_1080_5994I, avc100, 1, false}, {CT_AVCI100_720_50P, avc100, 1, false},
         {CT_AVCI200_1080_50I, avc200, 1, true},    {CT_AVCI100_1080_50I, avc200, 1, false},
         {CT_AVCI50_1080_50I, avc50, 1, true},      {CT_AVCI100_1080_50I, avc50, 1, false},
-        {CT_AVCI100_1080_25P, avc100p, 1, true},
+        {CT_AVCI100_1080_25P, avc100p, 1, true},   {CT_AVCI200_1080_50P, avc50p, 1, true},
     };
     for (const Case& each : cases) {
         const std::string unit =

@@ -4,7 +4,6 @@
 #include "xml/dom/document.h"
 
 #include "NQP2ParserU/XmlLimits.h"
-#include "platform/case_blind.h"
 #include "platform/file_system.h"
 #include "xml/dom/select.h"
 #include "xml/dom/serialize.h"
@@ -105,16 +104,7 @@ bool Document::LoadBytes(std::string_view bytes) {
 }
 
 bool Document::LoadFile(const std::string& path) {
-    return Replace([&] {
-        ParseError error = ReadFile(path);
-        if (error.fault == Fault::NotFound) {
-            const std::optional<std::string> spelled = platform::FindExisting(path);
-            if (spelled && *spelled != path) {
-                error = ReadFile(*spelled);
-            }
-        }
-        return error;
-    });
+    return Replace([&] { return ReadFile(path); });
 }
 
 ParseError Document::ReadFile(const std::string& path) {

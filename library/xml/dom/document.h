@@ -63,7 +63,7 @@ public:
     /// empty. They return whether the document is well-formed; LastError tells the rest.
     bool LoadText(std::string_view utf8);
     bool LoadBytes(std::string_view bytes);
-    /// A file by its POSIX path, in any letter case.
+    /// A file by its POSIX path.
     bool LoadFile(const std::string& path);
     /// Empties the document.
     void Clear() noexcept;

@@ -4,6 +4,7 @@
 #include "xml/dom/path_walk.h"
 
 #include "NQP2ParserU/ComError.h"
+#include "platform/number_text.h"
 #include "xml/dom/tree.h"
 
 #include <algorithm>
@@ -18,7 +19,7 @@ bool StartsName(unsigned char ch) {
 }
 
 bool ContinuesName(unsigned char ch) {
-    return StartsName(ch) || (ch >= '0' && ch <= '9') || ch == '-' || ch == '.';
+    return StartsName(ch) || platform::IsDigit(ch) || ch == '-' || ch == '.';
 }
 
 /// Length of the name (with one prefix at most) at the front of the text; 0 when there is none.

@@ -79,7 +79,7 @@ std::size_t LengthOfCharacter(const char* at) {
     return isOutOfRange || !goesOn(3) ? 0 : 4;
 }
 
-/// What is read is written back without what stands for something shorter (references, line ends),
+/// What is read is written back without what abbreviates something (references, line ends),
 /// in the same place, which is never shorter than the result.
 class Rewriter {
 public:

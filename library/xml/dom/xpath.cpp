@@ -4,6 +4,7 @@
 #include "xml/dom/xpath.h"
 
 #include "NQP2ParserU/ComError.h"
+#include "platform/number_text.h"
 #include "xml/dom/libxml.h"
 #include "xml/dom/tree.h"
 
@@ -39,7 +40,7 @@ using Object = std::unique_ptr<xmlXPathObject, FreeObject>;
 
 bool IsNameCharacter(char ch) {
     const auto byte = static_cast<unsigned char>(ch);
-    return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
+    return platform::IsDigit(byte) || (byte >= 'A' && byte <= 'Z') ||
            (byte >= 'a' && byte <= 'z') || byte == '_' || byte == '-' || byte == '.' ||
            byte >= 0x80;
 }

