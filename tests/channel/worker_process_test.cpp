@@ -56,28 +56,6 @@ protected:
     SocketFolder m_folder;
 };
 
-TEST_F(WorkerProcessTest, IsStartedFoundAndEnded) {
-    Start();
-    const pid_t worker = Worker();
-    ASSERT_NE(worker, 0);
-    ChannelHandle channel = Open(kRequestSize);
-    EXPECT_EQ(Ask(channel, kRequestSize), kChannelDone);
-    // Standard input, output and error, socket, eventfd, line, channel and the host's watch.
-    EXPECT_TRUE(Eventually([&] { return HeldBy(std::to_string(worker)).descriptors == 8; }));
-    // A second host finds what the first one started.
-    EXPECT_EQ(RunInChild([&] {
-                  const bool found = static_cast<bool>(UseWorker({.socket = m_folder.Socket()}));
-                  return found && Ask(Open(), 3) == kChannelDone ? 7 : 1;
-              }),
-              7);
-    LeaveWorker();
-    EXPECT_EQ(Worker(), 0);
-    EXPECT_EQ(CountEntries(m_folder.Path()), 0U) << "it was killed, and its socket is gone";
-    EXPECT_EQ(Ask(channel, 1), kChannelClosed);
-    EXPECT_EQ(Open(), 0U);
-    Host().CloseChannel(&channel);
-}
-
 TEST_F(WorkerProcessTest, AWorkerEndsWithItsLastHostHoweverThatDied) {
     const std::pair<const char*, std::function<void()>> ends[] = {
         {"left with open channels", [] { _exit(Ask(Open(), 3)); }},
@@ -143,8 +121,12 @@ TEST_F(WorkerProcessTest, ASocketFileThatCannotBeHadStopsNoWorker) {
     }
 }
 
-TEST_F(WorkerProcessTest, WhatDoesNotStartInTimeIsReported) {
+TEST_F(WorkerProcessTest, WhatDoesNotStartInTimeIsReportedAndOtherChildrenStayTheHosts) {
     const Holdings before = Settled();
+    const pid_t other = fork();
+    if (other == 0) {
+        _exit(9);
+    }
     const auto start = [] {
         const WorkerStatus status =
             UseWorker({.program = kProgram, .arguments = {"--deaf"}, .startMilliseconds = 50});
@@ -154,6 +136,8 @@ TEST_F(WorkerProcessTest, WhatDoesNotStartInTimeIsReported) {
     EXPECT_FALSE(UseWorker({}));
     EXPECT_EQ(Open(), 0U);
     EXPECT_TRUE(IsBackTo(before));
+    EXPECT_EQ(waitpid(other, nullptr, 0), other);
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "none is left";
 }
 
 /// A filter under which one system call fails with that error, in this process and its children.
@@ -231,6 +215,7 @@ int UseWorkerOddly(const std::string& socket) {
     expect(silence >= 30); // waited for to the end
     LeaveWorker();
     expect(!IsRunning(worker));
+    expect(WorkerProcessTest::Ask(channel, 10) == kChannelClosed);
     Host().CloseChannel(&channel);
     expect(Eventually([&] { return HeldBy().descriptors == before; }));
     return failed;
@@ -248,42 +233,25 @@ TEST_F(WorkerProcessTest, StartsAndEndsInHostsAsFewAre) {
     }
 }
 
-/// Keeps a process from vanishing: it stands still on its way out for as long as this lives, as one
-/// does that the system holds at a medium.
-class Held {
-public:
-    explicit Held(pid_t process) : m_process(process) {
-        EXPECT_EQ(ptrace(PTRACE_SEIZE, process, nullptr, PTRACE_O_TRACEEXIT), 0);
-    }
-    ~Held() {
-        ptrace(PTRACE_CONT, m_process, nullptr, nullptr);
-        ptrace(PTRACE_DETACH, m_process, nullptr, nullptr);
-    }
-    Held(const Held&) = delete;
-    Held& operator=(const Held&) = delete;
-
-private:
-    pid_t m_process;
-};
-
+/// As one does that the system holds at a medium: traced, it does not get beyond its exit.
 TEST_F(WorkerProcessTest, AWorkerThatCannotDieIsGivenUpAndHoldsUpNobody) {
     const Holdings before = Settled();
     Start();
     const pid_t worker = Worker();
-    {
-        const Held held(worker);
-        std::thread leaving([] { EXPECT_LT(TimeOf([] { LeaveWorker(); }), 4000 + 2 * kSlack); });
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        EXPECT_LT(TimeOf([] {
-                      EXPECT_TRUE(UseWorker({.program = kProgram}));
-                      ChannelHandle channel = Open();
-                      EXPECT_EQ(Ask(channel, 10), kChannelDone);
-                      Host().CloseChannel(&channel);
-                  }),
-                  kSlack);
-        leaving.join();
-        EXPECT_TRUE(IsRunning(worker)) << "it was held";
-    }
+    ASSERT_EQ(ptrace(PTRACE_SEIZE, worker, nullptr, PTRACE_O_TRACEEXIT), 0);
+    std::thread leaving([] { EXPECT_LT(TimeOf([] { LeaveWorker(); }), 4000 + 2 * kSlack); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_LT(TimeOf([] {
+                  EXPECT_TRUE(UseWorker({.program = kProgram}));
+                  ChannelHandle channel = Open();
+                  EXPECT_EQ(Ask(channel, 10), kChannelDone);
+                  Host().CloseChannel(&channel);
+              }),
+              kSlack);
+    leaving.join();
+    EXPECT_TRUE(IsRunning(worker)) << "it was held";
+    ptrace(PTRACE_CONT, worker, nullptr, nullptr);
+    ptrace(PTRACE_DETACH, worker, nullptr, nullptr);
     EXPECT_TRUE(Eventually([&] {
         LeaveWorker(); // takes leave of the first as well
         return kill(worker, 0) != 0;
@@ -346,20 +314,6 @@ TEST_F(WorkerProcessTest, ASetUpThatFailsAnywhereHangsNowhereAndLeavesNothing) {
         EXPECT_EQ(SetUpWith([call = call, error = error] { FailCall(call, error); }, [] {}), 0)
             << name;
     }
-}
-
-TEST_F(WorkerProcessTest, TheHostsOtherChildrenStayItsOwn) {
-    const pid_t other = fork();
-    if (other == 0) {
-        _exit(9);
-    }
-    Start();
-    kill(Worker(), SIGKILL);
-    LeaveWorker();
-    int status = 0;
-    EXPECT_EQ(waitpid(other, &status, 0), other);
-    EXPECT_EQ(WEXITSTATUS(status), 9);
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "none is left";
 }
 
 } // namespace
