@@ -194,7 +194,7 @@ TEST_F(LifeCycleTest, FewDescriptorsMakeCallersFailOrWaitAndRecover) {
     EXPECT_TRUE(IsBackTo(before));
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
-    const rlimit low{before.descriptors + 40, limit.rlim_max};
+    const rlimit low{before.at("descriptors") + 40, limit.rlim_max};
     setrlimit(RLIMIT_NOFILE, &low);
     AskAtOnce(100);
     EXPECT_TRUE(Eventually([] { return AskOnce(5) == 6; })) << "alone there are enough";

@@ -4,7 +4,6 @@
 #include "tests/channel/channel_test.h"
 
 #include <future>
-#include <numeric>
 
 namespace nqp2::test {
 namespace {
@@ -107,34 +106,6 @@ TEST_F(MessagesTest, ASetAbortFlagEndsWaitingAndRefusesNothingElse) {
     std::this_thread::sleep_for(std::chrono::milliseconds(30));
     std::atomic_ref(abortFlag).store(1, std::memory_order_relaxed);
     EXPECT_LT(TimeOf([&] { EXPECT_EQ(waiting.get(), kChannelAborted); }), kSlack);
-}
-
-TEST_F(MessagesTest, SeveralThreadsShareOneChannel) {
-    Connect();
-    std::vector<std::future<std::vector<std::int32_t>>> receivers(3);
-    for (auto& receiver : receivers) {
-        receiver = std::async(std::launch::async, [&] {
-            std::vector<std::int32_t> ids;
-            for (std::int32_t id = 0; (id = NextId(WorkerEnd(), m_worker)) > 0;) {
-                ids.push_back(id);
-            }
-            return ids;
-        });
-    }
-    std::vector<std::int32_t> sent(2000);
-    std::iota(sent.begin(), sent.end(), 1);
-    for (const std::int32_t id : sent) {
-        ASSERT_EQ(SendPattern(Host(), m_host, static_cast<std::uint32_t>(id)), kChannelDone);
-    }
-    Host().CloseChannel(&m_host);
-    std::vector<std::int32_t> all;
-    for (auto& receiver : receivers) {
-        const std::vector<std::int32_t> ids = receiver.get();
-        EXPECT_TRUE(std::is_sorted(ids.begin(), ids.end()));
-        all.insert(all.end(), ids.begin(), ids.end());
-    }
-    std::sort(all.begin(), all.end());
-    EXPECT_EQ(all, sent);
 }
 
 } // namespace

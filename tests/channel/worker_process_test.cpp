@@ -9,7 +9,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
-#include <fcntl.h>
+#include <fstream>
 #include <functional>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
@@ -45,8 +45,7 @@ public:
         }
         const Received answer = Receive(Host(), channel);
         if (answer.status == kChannelDone) {
-            EXPECT_TRUE(HasPattern(answer.buffer, answer.length, 1));
-            EXPECT_EQ(answer.length, length);
+            EXPECT_TRUE(answer.length == length && HasPattern(answer.buffer, length, 1));
             Host().ReleasePacket(channel, answer.buffer, answer.length);
         }
         return answer.status;
@@ -71,19 +70,14 @@ TEST_F(WorkerProcessTest, AWorkerEndsWithItsLastHostHoweverThatDied) {
     };
     for (const auto& [name, end] : ends) {
         SCOPED_TRACE(name);
-        int report[2] = {-1, -1};
-        ASSERT_EQ(pipe2(report, O_CLOEXEC), 0);
         RunInChild([&, &end = end] {
             static_cast<void>(UseWorker({.program = kProgram}));
-            const pid_t worker = Worker();
-            EXPECT_EQ(write(report[1], &worker, sizeof(worker)), sizeof(worker));
+            m_folder.Write("pid", std::to_string(Worker()));
             end();
             return 0;
         });
         pid_t worker = 0;
-        ASSERT_EQ(read(report[0], &worker, sizeof(worker)), sizeof(worker));
-        close(report[0]);
-        close(report[1]);
+        std::ifstream(m_folder.Path("pid")) >> worker;
         ASSERT_GT(worker, 0);
         EXPECT_LT(TimeOf([&] { EXPECT_TRUE(Eventually([&] { return !IsRunning(worker); })); }),
                   kSlack);
@@ -197,7 +191,7 @@ int UseWorkerOddly(const std::string& socket) {
         ++step;
         failed = failed == 0 && !isSound ? step : failed;
     };
-    const std::size_t before = HeldBy().descriptors;
+    const std::size_t before = HeldBy()["descriptors"];
     expect(UseWorker({.program = "/nowhere/worker"}).reason.find("No such file") !=
            std::string::npos);
     expect(UseWorker({.program = "/bin/false"}).reason.find("ended") != std::string::npos);
@@ -217,7 +211,7 @@ int UseWorkerOddly(const std::string& socket) {
     expect(!IsRunning(worker));
     expect(WorkerProcessTest::Ask(channel, 10) == kChannelClosed);
     Host().CloseChannel(&channel);
-    expect(Eventually([&] { return HeldBy().descriptors == before; }));
+    expect(Eventually([&] { return HeldBy()["descriptors"] == before; }));
     return failed;
 }
 
@@ -289,7 +283,7 @@ void Limit(__rlimit_resource resource, rlim_t limit) {
 
 TEST_F(WorkerProcessTest, ASetUpThatFailsAnywhereHangsNowhereAndLeavesNothing) {
 #ifndef NQP2_MEMORY_IS_INSTRUMENTED // a sanitizer opens a pipe to look at memory
-    const std::size_t open = HeldBy().descriptors;
+    const std::size_t open = HeldBy()["descriptors"];
     for (std::size_t more = 0; more < 16; ++more) {
         EXPECT_EQ(SetUpWith([&] { Limit(RLIMIT_NOFILE, open + more); },
                             [] { Limit(RLIMIT_NOFILE, 1024); }),
