@@ -17,7 +17,7 @@ using testing::ElementsAre;
 
 constexpr std::uint32_t kTotal = 4000000000;
 
-/// A host that is told of progress. Written to on the progress thread, read after its answer is seen.
+/// A host that is told of progress. Written to on the progress thread, read after its answer.
 struct Host {
     std::vector<std::uint32_t> heard;
     std::int32_t flagBefore = -1;

@@ -72,8 +72,8 @@ public:
         Named(channel).hung = hangs;
     }
 
-    /// The calls so far on one channel, or all: "request Send 20002 8", "request Release 8"; "+abort"
-    /// marks a wait that was given a flag.
+    /// The calls so far on one channel, or all: "request Send 20002 8", "request Release 8";
+    /// "+abort" marks a wait that was given a flag.
     Rows Calls(const std::string& beginning = {}) {
         const std::lock_guard guard(m_lock);
         Rows calls = m_calls;
