@@ -5,6 +5,8 @@
 #include "tests/bridge/wire_example.h"
 #include "tests/bridge/worker_test.h"
 
+#include <regex>
+
 namespace nqp2::bridge {
 namespace {
 
@@ -15,7 +17,7 @@ class RequestServerTest : public WorkerTest {
 protected:
     RequestServerTest() {
         m_channels.SetScript([&](const std::string& channel, std::uint32_t id, const Bytes& bytes) {
-            if (channel == "connection" && id == 50 && m_takes) {
+            if (channel == "connection" && id == 50) {
                 m_channels.Push(channel, id, bytes);
             }
         });
@@ -25,18 +27,14 @@ protected:
         m_server = RequestServer::Start(&m_channels.table, 0);
         ASSERT_TRUE(m_channels.WaitFor("server Send 20023 10"));
     }
-    void Connect(const Bytes& record = Image({4096, 8192, 1000, 2000})) {
-        m_channels.Push("server", 50, record);
-    }
     /// Connects, and gives the server's answer.
     Bytes Connected(const Bytes& record = Image({4096, 8192, 1000, 2000})) {
-        const auto answers = m_channels.Sent("server").size();
-        Connect(record);
-        EXPECT_TRUE(m_channels.WaitFor("server Send 51 16", static_cast<std::ptrdiff_t>(answers)));
+        m_channels.Push("server", 50, record);
+        EXPECT_TRUE(m_channels.WaitFor("server Send 51 16", ++m_answers));
         return m_channels.Sent("server").back().second;
     }
 
-    bool m_takes = true;
+    int m_answers = 0;
     std::unique_ptr<RequestServer> m_server;
 };
 
@@ -47,96 +45,49 @@ TEST_F(RequestServerTest, ConnectsAnswersAndClosesEverythingInOrder) {
     m_channels.Push("server", 50, {});
     EXPECT_EQ(Connected(record), record);
     ASSERT_TRUE(m_channels.WaitFor("connection OpenSubChannel 50 0 0 0 0"));
-    m_channels.Push("connection", 500, {1, 2, 3});
-    m_channels.Push("connection", 777, {1});
     m_channels.Push("connection", 501, {}); // not answered
-    m_channels.Push("connection", 5004, {1});
+    m_channels.Push("connection", 5004, {1, 2, 3});
     ASSERT_TRUE(m_channels.WaitFor("connection Send 5004 0"));
     m_server.reset();
-
-    EXPECT_THAT(m_channels.Calls("CreateChannel"),
-                ElementsAre("CreateChannel 20023 10240 10240 4294967295 4294967295"));
-    EXPECT_THAT(m_channels.Calls("server OpenSubChannel"),
-                ElementsAre("server OpenSubChannel 50 10240 20480 4294967295 5000"));
-    EXPECT_THAT(m_channels.Calls("connection Send"),
-                ElementsAre("connection Send 50 16", "connection Send 500 0",
-                            "connection Send 777 0", "connection Send 5004 0"));
     EXPECT_EQ(m_channels.Sent("server")[0].second, ReadWireExample("20023").bytes);
     EXPECT_EQ(m_channels.Sent("connection")[0].second, record);
-    const Rows calls = m_channels.Calls();
-    EXPECT_THAT(Rows(calls.end() - 3, calls.end()),
-                ElementsAre("notifications Close", "connection Close", "server Close"));
+    Rows calls = m_channels.Calls();
+    const std::regex others("Receive|Release|GetSendBuffer|Send 51"); // of two threads at once
+    std::erase_if(calls, [&](const std::string& call) { return std::regex_search(call, others); });
+    EXPECT_THAT(calls, ElementsAre("CreateChannel 20023 10240 10240 4294967295 4294967295",
+                                   "server Send 20023 10",
+                                   "server OpenSubChannel 50 10240 20480 4294967295 5000",
+                                   "connection Send 50 16", "connection OpenSubChannel 50 0 0 0 0",
+                                   "connection Send 5004 0", "notifications Close",
+                                   "connection Close", "server Close"));
 }
 
-TEST_F(RequestServerTest, SixteenConnectionsAreEnoughAndOneThatEndsMakesRoom) {
+TEST_F(RequestServerTest, WhatCannotBeOpenedIsAnsweredWithZerosAndSixteenAreEnough) {
     Start();
+    EXPECT_EQ(Connected(Image({16, 1, 1})), Bytes(16)) << "too short a record";
+    for (const char* const refused : {"server OpenSubChannel", "connection GetSendBuffer",
+                                      "connection Send", "connection Receive"}) {
+        m_channels.Refuse(refused);
+        EXPECT_EQ(Connected(), Bytes(16)) << refused;
+    }
+    m_channels.Refuse("");
     for (std::size_t count = 1; count <= 18; ++count) {
         EXPECT_EQ(Connected() == Bytes(16), count > 16) << count;
     }
     EXPECT_EQ(m_channels.OpenChannels(), 1 + 2 * 16);
-    for (const bool saysGoodbye : {true, false}) {
-        if (saysGoodbye) {
-            m_channels.Push("connection", 52, ReadWireExample("52").bytes);
-        } else {
-            m_channels.Hang("connection");
-        }
-        Bytes answer = Connected(); // until the thread has ended
-        for (int i = 0; i < 1000 && answer == Bytes(16); ++i) {
+    for (const bool says52 : {true, false}) {
+        m_channels.Push("connection", says52 ? 52 : 500, ReadWireExample("52").bytes);
+        m_channels.Hang("connection", !says52);
+        while (Connected() == Bytes(16)) { // until the thread has ended
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-            answer = Connected();
         }
-        EXPECT_NE(answer, Bytes(16)) << saysGoodbye;
     }
+    m_channels.isFull = true; // a worker that reads no answers
+    m_channels.Push("server", 50, {});
+    m_channels.Push("server", 50, Bytes(16));
+    EXPECT_TRUE(m_channels.WaitFor("server GetSendBuffer+abort", m_answers + 2));
     m_server.reset();
     EXPECT_EQ(m_channels.OpenChannels(), 0);
-}
-
-TEST_F(RequestServerTest, AFailedOpenIsAnsweredWithZeros) {
-    struct Case {
-        const char* why;
-        const char* refused;
-        Bytes record;
-    };
-    const Case cases[] = {
-        {"too short a record", "", Image({16, 1, 1})},
-        {"no channel", "server OpenSubChannel", Image({1, 1, 1, 1})},
-        {"no buffer", "connection GetSendBuffer", Image({16, 1, 1, 1})},
-        {"not sent", "connection Send", Image({16, 1, 1, 1})},
-        {"gone before its answer", "connection Receive", Image({16, 1, 1, 1})},
-    };
-    Start();
-    for (const Case& each : cases) {
-        m_channels.Refuse(each.refused);
-        EXPECT_EQ(Connected(each.record), Bytes(16)) << each.why;
-        m_channels.Allow();
-    }
-    m_takes = false;
-    Connect();
-    ASSERT_TRUE(m_channels.WaitFor("connection Receive+abort", 2));
-    m_server.reset(); // ends the wait for a worker that does not answer
-    EXPECT_EQ(m_channels.Sent("server").back().second, Bytes(16));
-    EXPECT_EQ(m_channels.OpenChannels(), 0);
-}
-
-TEST_F(RequestServerTest, EndsQuietlyWithoutAChannelOrAWorker) {
-    for (const char* refused : {"CreateChannel", "server GetSendBuffer", "server Receive"}) {
-        m_channels.Refuse(refused);
-        RequestServer::Start(&m_channels.table, 0).reset();
-        m_channels.Allow();
-        EXPECT_EQ(m_channels.OpenChannels(), 0) << refused;
-    }
-}
-
-TEST_F(RequestServerTest, TheGlobalOneLivesFromSetToResetAndASecondSetLosesTheFirst) {
-    R8P2Parser_SetSysInterface(this, &m_channels.table);
-    ASSERT_TRUE(m_channels.WaitFor("server Send 20023 10"));
-    const std::unique_ptr<RequestServer> lost(Installed().server);
-    R8P2Parser_SetSysInterface(this, &m_channels.table);
-    EXPECT_NE(Installed().server, lost.get());
-    R8XDCAMParser_ResetSysInterface();
-    EXPECT_EQ(Installed().systemObject, this) << "stays set";
-    EXPECT_EQ(m_channels.OpenChannels(), 1);
-    R8XDCAMParser_ResetSysInterface();
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "NQP2ParserU/R8P2SysInterface.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -15,7 +16,6 @@
 #include <gtest/gtest.h>
 #include <map>
 #include <mutex>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -55,40 +55,29 @@ public:
         const std::lock_guard guard(m_lock);
         m_script = std::move(script);
     }
-    /// From here on calls such as "request Send" fail: those that open answer 0, Receive -6, all
-    /// others -1.
+    /// From here on a call such as "request Send" fails: one that opens answers 0, Receive -6, any
+    /// other -1. "" lets all succeed.
     void Refuse(const std::string& call) {
         const std::lock_guard guard(m_lock);
-        m_refused.insert(call);
-    }
-    void Allow() {
-        const std::lock_guard guard(m_lock);
-        m_refused.clear();
-    }
-    /// The size of the buffers that are granted, at most what a channel was opened for.
-    void SetCapacity(std::size_t capacity) {
-        const std::lock_guard guard(m_lock);
-        m_capacity = capacity;
+        m_refused = call;
     }
     void Push(const std::string& channel, std::uint32_t id, const Bytes& bytes) {
         const std::lock_guard guard(m_lock);
         Named(channel).arrived.emplace_back(id, bytes);
         m_changed.notify_all();
     }
-    /// The worker is gone from that channel.
-    void Hang(const std::string& channel) {
+    /// The worker is gone from that channel, or is back.
+    void Hang(const std::string& channel, bool hangs = true) {
         const std::lock_guard guard(m_lock);
-        Named(channel).hung = true;
-        m_changed.notify_all();
+        Named(channel).hung = hangs;
     }
 
-    /// The calls so far on one channel, or all: "request Send 20002 8", "request Release 8"; "+abort"
-    /// marks a wait that was given a flag.
+    /// The calls so far on one channel, or all: "request Send 20002 8", "request Release 8";
+    /// "+abort" marks a wait that was given a flag.
     Rows Calls(const std::string& beginning = {}) {
         const std::lock_guard guard(m_lock);
-        Rows calls;
-        std::copy_if(m_calls.begin(), m_calls.end(), std::back_inserter(calls),
-                     [&](const std::string& call) { return call.starts_with(beginning); });
+        Rows calls = m_calls;
+        std::erase_if(calls, [&](const std::string& call) { return !call.starts_with(beginning); });
         return calls;
     }
     Packets Sent(const std::string& channel) {
@@ -108,11 +97,14 @@ public:
                              [](const auto& each) { return !each.second.closed; });
     }
 
+    static constexpr std::uint32_t kUsualSize = 65536;
+    /// The size of the buffers that are granted, at most what a channel was opened for.
+    std::atomic<std::size_t> capacity = kUsualSize;
+    std::atomic<bool> isFull = false; ///< no buffer is granted until the flag of the wait is set
     SysInterfaceTable table{};
 
 private:
     static constexpr std::chrono::seconds kPatience{20};
-    static constexpr std::uint32_t kUsualSize = 65536;
 
     struct Channel {
         std::string name;
@@ -125,11 +117,14 @@ private:
         bool closed = false;
     };
 
+    static bool IsSet(const std::int32_t* flag) {
+        return flag != nullptr && __atomic_load_n(flag, __ATOMIC_RELAXED) != 0;
+    }
     /// Writes the call down; false when it is to fail.
     bool Note(const std::string& call, const std::string& details = {}) {
         m_calls.push_back(call + details);
         m_changed.notify_all();
-        return !m_refused.contains(call);
+        return call != m_refused;
     }
     /// The last one of that name; one that is open, if there is any.
     Channel& Named(const std::string& name) {
@@ -163,16 +158,22 @@ private:
                               size == 0 ? kUsualSize : size};
         return handle;
     }
-    std::int32_t Grant(ChannelHandle handle, void** buffer, std::int32_t* capacity,
+    std::int32_t Grant(ChannelHandle handle, void** buffer, std::int32_t* granted,
                        const std::int32_t* abortFlag) {
-        const std::lock_guard guard(m_lock);
+        std::unique_lock guard(m_lock);
         Channel& channel = m_channels.at(handle);
         if (!Note(channel.name + " GetSendBuffer", abortFlag == nullptr ? "" : "+abort")) {
             return kChannelMisuse;
         }
-        channel.granted.assign(std::min<std::size_t>(m_capacity, channel.sendSize), 0xEE);
+        while (isFull) {
+            if (IsSet(abortFlag)) {
+                return kChannelAborted;
+            }
+            m_changed.wait_for(guard, std::chrono::milliseconds(2));
+        }
+        channel.granted.assign(std::min<std::size_t>(capacity, channel.sendSize), 0xEE);
         *buffer = channel.granted.data();
-        *capacity = static_cast<std::int32_t>(channel.granted.size());
+        *granted = static_cast<std::int32_t>(channel.granted.size());
         return kChannelDone;
     }
     std::int32_t Send(ChannelHandle handle, std::uint32_t id, const void* buffer,
@@ -204,12 +205,9 @@ private:
             channel.arrived.clear();
             return kChannelClosed;
         }
-        const auto deadline = std::chrono::steady_clock::now() + kPatience;
         while (channel.arrived.empty()) {
-            const bool aborted =
-                abortFlag != nullptr && std::atomic_ref(*abortFlag).load(std::memory_order_relaxed);
-            if (channel.hung || aborted || std::chrono::steady_clock::now() > deadline) {
-                return channel.hung ? kChannelClosed : aborted ? kChannelAborted : kChannelTimedOut;
+            if (channel.hung || IsSet(abortFlag)) {
+                return channel.hung ? kChannelClosed : kChannelAborted;
             }
             m_changed.wait_for(guard, std::chrono::milliseconds(2));
         }
@@ -241,8 +239,7 @@ private:
     std::mutex m_lock;
     std::condition_variable m_changed;
     Script m_script;
-    std::set<std::string> m_refused;
-    std::size_t m_capacity = kUsualSize;
+    std::string m_refused;
     Rows m_calls;
     std::map<ChannelHandle, Channel> m_channels;
 };

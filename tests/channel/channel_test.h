@@ -14,6 +14,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <map>
 #include <string>
 #include <string_view>
 #include <sys/mman.h>
@@ -47,24 +48,15 @@ inline std::size_t CountEntries(const std::string& folder) {
 }
 
 /// What a process holds of the system; compared before and after.
-struct Holdings {
-    std::size_t descriptors = 0;
-    std::size_t channelMappings = 0;
-    std::size_t threads = 0;
-
-    friend bool operator==(const Holdings&, const Holdings&) = default;
-    friend std::ostream& operator<<(std::ostream& out, const Holdings& held) {
-        return out << held.descriptors << " descriptors, " << held.channelMappings << " mappings, "
-                   << held.threads << " threads";
-    }
-};
+using Holdings = std::map<std::string, std::size_t>;
 
 inline Holdings HeldBy(const std::string& process = "self") {
     const std::string folder = "/proc/" + process;
-    Holdings held{CountEntries(folder + "/fd"), 0, CountEntries(folder + "/task")};
+    Holdings held{{"descriptors", CountEntries(folder + "/fd")},
+                  {"threads", CountEntries(folder + "/task")}};
     std::ifstream maps(folder + "/maps");
     for (std::string line; std::getline(maps, line);) {
-        held.channelMappings += line.find("nqp2-channel") != std::string::npos ? 1U : 0U;
+        held["mappings"] += line.find("nqp2-channel") != std::string::npos ? 1U : 0U;
     }
     return held;
 }
@@ -106,11 +98,13 @@ inline testing::AssertionResult IsBackTo(const Holdings& before, std::size_t own
     Holdings now;
     const bool isBack = Eventually([&] {
         now = HeldBy(process);
-        return now.descriptors <= before.descriptors + ownDescriptors &&
-               now.channelMappings <= before.channelMappings && now.threads <= before.threads;
+        return std::all_of(now.begin(), now.end(), [&](const auto& each) {
+            const std::size_t own = each.first == "descriptors" ? ownDescriptors : 0;
+            return each.second <= before.at(each.first) + own;
+        });
     });
     return (isBack ? testing::AssertionSuccess() : testing::AssertionFailure())
-           << now << "; before: " << before;
+           << testing::PrintToString(now) << "; before: " << testing::PrintToString(before);
 }
 
 /// Milliseconds that an operation takes.

@@ -3,8 +3,6 @@
 
 // The worker of the tests: sends back what it gets. With "--deaf" it never listens.
 
-#include "tests/channel/echo_worker.h"
-
 #include "NQP2ParserU/Channel.h"
 
 #include <csignal>
@@ -23,15 +21,6 @@ const SysInterfaceTable& Table() {
     return *WorkerInterface().table;
 }
 
-[[noreturn]] void ForkAndEnd() {
-    if (fork() == 0) {
-        sleep(2);
-        _exit(0);
-    }
-    kill(getpid(), SIGKILL);
-    std::abort();
-}
-
 void Echo(ChannelHandle channel, std::uint32_t id, const void* bytes, std::uint32_t length) {
     void* buffer = nullptr;
     std::int32_t capacity = 0;
@@ -42,34 +31,15 @@ void Echo(ChannelHandle channel, std::uint32_t id, const void* bytes, std::uint3
     }
 }
 
-/// Sends without end on the host's second channel.
-void KeepSending(ChannelHandle channel) {
-    void* buffer = nullptr;
-    std::int32_t capacity = 0;
-    while (Table().GetSendBuffer(channel, &buffer, &capacity, nullptr) == kChannelDone) {
-        Table().SendPacket(channel, 20004, buffer, 8);
-    }
-    Table().CloseChannel(&channel);
-}
-
 void Serve(ChannelHandle channel) {
-    std::thread second([channel] {
-        if (const ChannelHandle busy = Table().OpenSubChannel(channel, kBusyChannel, 0, 0, 0, 0)) {
-            KeepSending(busy);
-        }
-    });
     std::uint32_t id = 0;
     void* bytes = nullptr;
     std::uint32_t length = 0;
     while (Table().ReceivePacket(channel, &id, &bytes, &length, nullptr) == kChannelDone) {
-        if (id == kForkAndEnd) {
-            ForkAndEnd();
-        }
         Echo(channel, id, bytes, length);
         Table().ReleasePacket(channel, bytes, length);
     }
     Table().CloseChannel(&channel);
-    second.join();
 }
 
 int Main(int argc, char** argv) {
@@ -89,8 +59,7 @@ int Main(int argc, char** argv) {
     if (!ListenForHosts(settings)) {
         return 2;
     }
-    while (const ChannelHandle channel =
-               Table().CreateChannel(kEchoChannel, 0, 0, kForEver, kForEver)) {
+    while (const ChannelHandle channel = Table().CreateChannel(20000, 0, 0, kForEver, kForEver)) {
         std::thread(Serve, channel).detach();
     }
     return 0;

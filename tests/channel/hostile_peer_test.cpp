@@ -12,19 +12,18 @@
 #include <functional>
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 
 namespace nqp2::channel {
 namespace {
 
-using test::Host;
-using test::kForEver;
-using test::NextId;
 using test::WorkerEnd;
 
-/// Sends any bytes with any descriptors.
-void SendRaw(int socket, const void* bytes, std::size_t length, const std::vector<int>& files) {
-    iovec vector{const_cast<void*>(bytes), length};
+/// Sends any packet with any descriptors, cut off or longer too.
+void SendRaw(int socket, const Packet& packet, const std::vector<int>& files = {},
+             std::size_t length = sizeof(Packet)) {
+    std::array<std::byte, 64> bytes{};
+    std::memcpy(bytes.data(), &packet, sizeof(packet));
+    iovec vector{bytes.data(), length};
     std::vector<std::byte> control(CMSG_SPACE(files.size() * sizeof(int)));
     msghdr message{};
     message.msg_iov = &vector;
@@ -37,10 +36,6 @@ void SendRaw(int socket, const void* bytes, std::size_t length, const std::vecto
         std::memcpy(CMSG_DATA(header), files.data(), files.size() * sizeof(int));
     }
     ASSERT_EQ(sendmsg(socket, &message, MSG_NOSIGNAL), static_cast<ssize_t>(length));
-}
-
-void SendRaw(int socket, const Packet& packet, const std::vector<int>& files = {}) {
-    SendRaw(socket, &packet, sizeof(packet), files);
 }
 
 bool IsClosedByPeer(int socket) {
@@ -69,21 +64,6 @@ Packet GoodOffer() {
     return packet;
 }
 
-struct BadFile {
-    const char* what;
-    std::function<platform::Descriptor()> make;
-};
-
-const BadFile kBadFiles[] = {
-    {"not sealed", [] { return MemoryFile(kGoodSize, 0); }},
-    {"can be cut", [] { return MemoryFile(kGoodSize, F_SEAL_GROW); }},
-    {"too short", [] { return MemoryFile(kGoodSize - 4096, kSeals); }},
-    {"too long", [] { return MemoryFile(kGoodSize + 1, kSeals); }},
-    {"cannot be written", [] { return MemoryFile(kGoodSize, kSeals | F_SEAL_WRITE); }},
-    {"no file", [] { return std::move(MakeSocketPair()->first); }},
-    {"a device", [] { return platform::Descriptor(open("/dev/zero", O_RDWR | O_CLOEXEC)); }},
-};
-
 class HostileHostTest : public test::ChannelTest {
 protected:
     /// Nobody was let in, nothing was kept, and the next honest host is served.
@@ -101,19 +81,26 @@ protected:
 
 TEST_F(HostileHostTest, MemoryThatIsNotAsPromisedIsRefused) {
     const test::Holdings before = test::Settled();
-    for (const BadFile& bad : kBadFiles) {
-        SCOPED_TRACE(bad.what);
-        const platform::Descriptor badFile = bad.make();
-        const platform::Descriptor goodFile = MemoryFile(kGoodSize, kSeals);
-        for (const bool badFirst : {true, false}) {
-            const platform::Descriptor line = VisitPolitely();
-            auto ends = MakeSocketPair();
-            const int end = ends->second.Get();
-            SendRaw(line.Get(), GoodOffer(),
-                    badFirst ? std::vector{end, badFile.Get(), goodFile.Get()}
-                             : std::vector{end, goodFile.Get(), badFile.Get()});
-            ends->second = {};
-            ExpectRefused(ends->first);
+    {
+        const platform::Descriptor good = MemoryFile(kGoodSize, kSeals);
+        const std::pair<const char*, platform::Descriptor> badFiles[] = {
+            {"not sealed", MemoryFile(kGoodSize, 0)},
+            {"can be cut", MemoryFile(kGoodSize, F_SEAL_GROW)},
+            {"too short", MemoryFile(kGoodSize - 4096, kSeals)},
+            {"too long", MemoryFile(kGoodSize + 1, kSeals)},
+            {"cannot be written", MemoryFile(kGoodSize, kSeals | F_SEAL_WRITE)},
+            {"no file", std::move(MakeSocketPair()->first)},
+            {"a device", platform::Descriptor(open("/dev/zero", O_RDWR | O_CLOEXEC))},
+        };
+        for (const auto& [what, bad] : badFiles) {
+            SCOPED_TRACE(what);
+            for (const auto& [first, second] : {std::pair(&bad, &good), std::pair(&good, &bad)}) {
+                const platform::Descriptor line = VisitPolitely();
+                auto ends = MakeSocketPair();
+                SendRaw(line.Get(), GoodOffer(), {ends->second.Get(), first->Get(), second->Get()});
+                ends->second = {};
+                ExpectRefused(ends->first);
+            }
         }
     }
     EXPECT_TRUE(test::IsBackTo(before));
@@ -123,20 +110,19 @@ TEST_F(HostileHostTest, MemoryThatIsNotAsPromisedIsRefused) {
 TEST_F(HostileHostTest, PacketsThatAreNoneEndTheLine) {
     const test::Holdings before = test::Settled();
     const platform::Descriptor file = MemoryFile(kGoodSize, kSeals);
-    const int number = file.Get();
-    const std::vector<int> files(3, number);
+    const std::vector<int> files(3, file.Get());
     struct Case {
         const char* what;
         std::function<void(Packet&)> spoil;
         std::vector<int> files;
         std::size_t length = sizeof(Packet);
     };
-    const std::array<std::byte, 64> longer{};
     const Case cases[] = {
         {"no memory", [](Packet&) {}, {}},
-        {"one file", [](Packet&) {}, {number}},
-        {"many files", [](Packet&) {}, std::vector<int>(40, number)},
+        {"one file", [](Packet&) {}, {file.Get()}},
+        {"many files", [](Packet&) {}, std::vector<int>(40, file.Get())},
         {"cut off", [](Packet&) {}, files, 31},
+        {"longer", [](Packet&) {}, files, 64},
         {"another kind", [](Packet& p) { p.kind = PacketKind::Data; }, {}},
         {"a second greeting", [](Packet& p) { p.kind = PacketKind::Hello; }, {}},
         {"unknown kind", [](Packet& p) { p.kind = static_cast<PacketKind>(77); }, {}},
@@ -149,13 +135,10 @@ TEST_F(HostileHostTest, PacketsThatAreNoneEndTheLine) {
         Packet packet = GoodOffer();
         wrong.spoil(packet);
         const platform::Descriptor line = VisitPolitely();
-        SendRaw(line.Get(), &packet, wrong.length, wrong.files);
+        SendRaw(line.Get(), packet, wrong.files, wrong.length);
         ExpectRefused(line);
     }
-    platform::Descriptor line = VisitPolitely();
-    SendRaw(line.Get(), longer.data(), longer.size(), {});
-    ExpectRefused(line);
-    line = Visit();
+    const platform::Descriptor line = Visit();
     SendRaw(line.Get(), GoodOffer(), files); // without a greeting
     ExpectRefused(line);
     EXPECT_TRUE(test::IsBackTo(before, 2));
@@ -173,27 +156,24 @@ TEST_F(HostileHostTest, OneThatSaysNothingIsDroppedAndHoldsUpNoOther) {
 /// An open channel whose other end the test plays, as host or as worker.
 class HostileTalk {
 public:
-    explicit HostileTalk(Role role) {
-        auto memory = MakeMemory(4096, 4096);
-        auto ends = MakeSocketPair();
-        m_socket = std::move(ends->second);
-        m_end =
-            std::make_shared<ChannelEnd>(Link{std::move(ends->first), PeerOf(m_socket.Get()),
-                                              std::move(memory->send), std::move(memory->receive)},
-                                         role, TimeOuts{2000, 2000});
-    }
+    explicit HostileTalk(Role role)
+        : end({std::move(m_ends.first), PeerOf(Socket()), std::move(m_memory.send),
+               std::move(m_memory.receive)},
+              role, {2000, 2000}) {}
     ChannelStatus Receive() {
         std::uint32_t id = 0;
         std::uint32_t length = 0;
         void* buffer = nullptr;
-        return m_end->Receive(&id, &buffer, &length, nullptr);
+        return end.Receive(&id, &buffer, &length, nullptr);
     }
-    [[nodiscard]] int Socket() const { return m_socket.Get(); }
-    ChannelEnd& End() { return *m_end; }
+    [[nodiscard]] int Socket() const { return m_ends.second.Get(); }
 
 private:
-    platform::Descriptor m_socket;
-    std::shared_ptr<ChannelEnd> m_end;
+    decltype(MakeSocketPair())::value_type m_ends = *MakeSocketPair();
+    SharedMemory m_memory = *MakeMemory(4096, 4096);
+
+public:
+    ChannelEnd end;
 };
 
 Packet PacketOf(PacketKind kind, std::uint32_t slot = 0, std::uint32_t length = 0) {
@@ -214,8 +194,8 @@ TEST(HostileTalkTest, PacketsThatNoHonestPeerSendsEndTheChannel) {
         std::vector<int> files;
     };
     const Case cases[] = {
+        {"slot that we hold", PacketOf(PacketKind::Data, 3), {}},
         {"slot too high", PacketOf(PacketKind::Data, 4), {}},
-        {"slot far too high", PacketOf(PacketKind::Data, 0xFFFFFFFF), {}},
         {"longer than the slot", PacketOf(PacketKind::Data, 0, 4097), {}},
         {"slot that was not sent", PacketOf(PacketKind::Release, 1), {}},
         {"released slot too high", PacketOf(PacketKind::Release, 33), {}},
@@ -237,17 +217,12 @@ TEST(HostileTalkTest, PacketsThatNoHonestPeerSendsEndTheChannel) {
             EXPECT_EQ(talk.Receive(), kChannelClosed);
             EXPECT_TRUE(IsClosedByPeer(talk.Socket()));
         }
-        HostileTalk talk(role);
-        SendRaw(talk.Socket(), PacketOf(PacketKind::Data));
-        SendRaw(talk.Socket(), PacketOf(PacketKind::Data)); // a slot that we hold
-        EXPECT_EQ(talk.Receive(), kChannelDone);
-        EXPECT_EQ(talk.Receive(), kChannelClosed);
         // A good offer, which none but the one who connected makes.
         HostileTalk offered(role);
         const auto ends = MakeSocketPair();
         SendRaw(offered.Socket(), PacketOf(PacketKind::Offer),
                 {ends->first.Get(), file.Get(), file.Get()});
-        EXPECT_TRUE(role == Role::Takes ? offered.End().SubChannel(7, {}, {}) != nullptr
+        EXPECT_TRUE(role == Role::Takes ? offered.end.SubChannel(7, {}, {}) != nullptr
                                         : offered.Receive() == kChannelClosed);
     }
     EXPECT_TRUE(test::IsBackTo(before, 2));
@@ -260,58 +235,23 @@ TEST(HostileTalkTest, APeerThatNeverReadsCannotBlockAnybody) {
         SendRaw(talk.Socket(), PacketOf(PacketKind::Data));
         ASSERT_EQ(talk.Receive(), kChannelDone);
         ASSERT_LT(++answers, 2000);
-    } while (talk.End().Release(nullptr) == kChannelDone);
+    } while (talk.end.Release(nullptr) == kChannelDone);
     EXPECT_EQ(talk.Receive(), kChannelClosed);
 }
 
-TEST(HostileWorkerTest, AnAnswerThatIsNoneOpensNoChannel) {
-    const test::SocketFolder folder;
-    platform::Descriptor listener;
-    ASSERT_TRUE(ListenOn(folder.Socket(), listener));
-    ASSERT_TRUE(UseWorker({.socket = folder.Socket()}));
-    const platform::Descriptor line(accept(listener.Get(), nullptr, nullptr));
-    ReceivedPacket heard;
-    const auto next = [&] { // what the host says on its line, the greeting first
-        while (ReceivePacketFrom(line.Get(), heard) == Traffic::Nothing) {
-            std::this_thread::yield();
-        }
-        return heard.packet.kind;
-    };
-    EXPECT_EQ(next(), PacketKind::Hello);
-    Packet other = PacketOf(PacketKind::Acknowledge);
-    other.id = 8;
-    const Packet data = PacketOf(PacketKind::Data);
-    for (const Packet* const answer :
-         {&data, &std::as_const(other), static_cast<const Packet*>(nullptr)}) {
-        std::thread worker([&] {
-            EXPECT_EQ(next(), PacketKind::Offer);
-            if (answer != nullptr) {
-                SendRaw(heard.descriptors[0].Get(), *answer);
-            }
-            heard = {}; // closes the channel
-        });
-        EXPECT_EQ(Host().CreateChannel(7, 4096, 4096, kForEver, kForEver), 0U);
-        worker.join();
-    }
-    LeaveWorker();
-}
-
-TEST(RendezvousTest, TheFolderMustBeTheUsersOwnAlone) {
+TEST(RendezvousTest, TheFolderIsTheUsersOwnAndOnlyAStaleSocketIsReplaced) {
     const test::SocketFolder folder;
     chmod(folder.Path().c_str(), 0750);
-    const WorkerStatus open = ListenForHosts(folder.Socket());
-    EXPECT_FALSE(open);
-    EXPECT_NE(open.reason.find(folder.Path()), std::string::npos);
+    EXPECT_NE(ListenForHosts(folder.Socket()).reason.find(folder.Path()), std::string::npos);
     chmod(folder.Path().c_str(), 0700);
     symlink(folder.Path().c_str(), folder.Path("link").c_str());
-    EXPECT_FALSE(ListenForHosts(folder.Path("link/s")));
-    EXPECT_FALSE(ListenForHosts(folder.Path("missing/s")));
-    EXPECT_FALSE(ListenForHosts(folder.Path(std::string(200, 'a'))));
-    EXPECT_FALSE(ListenForHosts(""));
-}
-
-TEST(RendezvousTest, OnlyAStaleSocketIsReplaced) {
-    const test::SocketFolder folder;
+    folder.Write("file", "somebody's");
+    for (const std::string& bad :
+         {folder.Path("link/s"), folder.Path("missing/s"), folder.Path(std::string(200, 'a')),
+          std::string(), folder.Path("file")}) {
+        EXPECT_FALSE(ListenForHosts(bad)) << bad;
+    }
+    EXPECT_EQ(std::filesystem::file_size(folder.Path("file")), 10U);
     platform::Descriptor stale;
     ASSERT_TRUE(ListenOn(folder.Socket(), stale));
     EXPECT_FALSE(ListenForHosts(folder.Socket())) << "somebody listens";
@@ -320,10 +260,7 @@ TEST(RendezvousTest, OnlyAStaleSocketIsReplaced) {
     EXPECT_TRUE(ListenForHosts(folder.Socket()));
     EXPECT_FALSE(ListenForHosts(folder.Path("t"))) << "in one place at a time";
     StopListening();
-    EXPECT_EQ(test::CountEntries(folder.Path()), 0U);
-    folder.Write("s", "somebody's");
-    EXPECT_FALSE(ListenForHosts(folder.Socket()));
-    EXPECT_EQ(std::filesystem::file_size(folder.Socket()), 10U);
+    EXPECT_EQ(test::CountEntries(folder.Path()), 2U) << "no socket";
 }
 
 } // namespace

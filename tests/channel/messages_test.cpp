@@ -50,7 +50,13 @@ TEST_F(MessagesTest, AChannelHoldsFourSmallMessagesOrOneLargeUntilTheyAreRelease
         for (std::uint32_t id = 1; id <= slots; ++id) {
             EXPECT_EQ(SendPattern(Host(), m_host, id), kChannelDone);
         }
-        EXPECT_EQ(SendPattern(Host(), m_host, 9), kChannelTimedOut);
+        std::int32_t abortFlag = 0;
+        const long time = TimeOf([&] {
+            EXPECT_EQ(SendPattern(Host(), m_host, 9), kChannelTimedOut);
+            EXPECT_EQ(Grant(Host(), m_host, &abortFlag).status, kChannelTimedOut);
+            EXPECT_EQ(Receive(Host(), m_host, &abortFlag).status, kChannelTimedOut);
+        });
+        EXPECT_TRUE(time >= 3 * 20 && time < 3 * 20 + kSlack) << time;
         Received held;
         for (std::uint32_t id = 1; id <= slots; ++id) {
             held = Receive(WorkerEnd(), m_worker);
@@ -72,18 +78,15 @@ TEST_F(MessagesTest, BuffersAreSentAndReleasedOnceAndByTheirAddress) {
     EXPECT_EQ(Host().SendPacket(m_host, 1, granted + 1, 1), kChannelMisuse);
     EXPECT_EQ(Host().SendPacket(m_host, 1, granted, 1), kChannelDone);
     EXPECT_EQ(Host().SendPacket(m_host, 1, granted, 1), kChannelMisuse) << "granted no more";
-    for (std::uint32_t id = 2; id <= 4; ++id) {
-        ASSERT_EQ(SendPattern(Host(), m_host, id), kChannelDone);
-    }
+    ASSERT_EQ(SendPattern(Host(), m_host, 2), kChannelDone);
+    ASSERT_EQ(SendPattern(Host(), m_host, 3), kChannelDone);
     auto* const first = static_cast<char*>(Receive(WorkerEnd(), m_worker).buffer);
     EXPECT_EQ(WorkerEnd().ReleasePacket(m_worker, first + 1, 0), kChannelMisuse);
     EXPECT_EQ(WorkerEnd().ReleasePacket(m_worker, first, 0), kChannelDone);
     EXPECT_EQ(WorkerEnd().ReleasePacket(m_worker, first, 0), kChannelMisuse) << "twice";
     Receive(WorkerEnd(), m_worker);
-    Receive(WorkerEnd(), m_worker);
     EXPECT_EQ(WorkerEnd().ReleasePacket(m_worker, nullptr, 0), kChannelDone);
-    // What has arrived and was not handed out is not touched.
-    EXPECT_EQ(NextId(WorkerEnd(), m_worker), 4);
+    EXPECT_EQ(NextId(WorkerEnd(), m_worker), 3) << "not handed out, not touched";
     for (std::uint32_t id = 5; id <= 8; ++id) {
         EXPECT_EQ(SendPattern(Host(), m_host, id), kChannelDone);
     }
@@ -93,67 +96,16 @@ TEST_F(MessagesTest, ASetAbortFlagEndsWaitingAndRefusesNothingElse) {
     Connect(100000, 100000);
     std::int32_t abortFlag = 1;
     const Granted granted = Grant(Host(), m_host, &abortFlag);
-    EXPECT_EQ(granted.status, kChannelDone);
     ASSERT_EQ(Host().SendPacket(m_host, 1, granted.buffer, 0), kChannelDone);
     EXPECT_EQ(Grant(Host(), m_host, &abortFlag).status, kChannelAborted);
     EXPECT_EQ(Receive(WorkerEnd(), m_worker, &abortFlag).id, 1U);
     EXPECT_EQ(Receive(WorkerEnd(), m_worker, &abortFlag).status, kChannelAborted);
     abortFlag = 0;
-    std::thread setter([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        std::atomic_ref(abortFlag).store(1, std::memory_order_relaxed);
-    });
-    EXPECT_LT(
-        TimeOf([&] { EXPECT_EQ(Receive(Host(), m_host, &abortFlag).status, kChannelAborted); }),
-        50 + kSlack);
-    setter.join();
-}
-
-TEST_F(MessagesTest, WaitingEndsOnTime) {
-    Connect(100000, 100000, 60);
-    ASSERT_EQ(SendPattern(Host(), m_host, 1), kChannelDone);
-    std::int32_t abortFlag = 0;
-    for (std::int32_t* const flag : {static_cast<std::int32_t*>(nullptr), &abortFlag}) {
-        for (const bool sends : {false, true}) {
-            std::int32_t status = 0;
-            const long time = TimeOf([&] {
-                status = sends ? Grant(Host(), m_host, flag).status
-                               : Receive(Host(), m_host, flag).status;
-            });
-            EXPECT_EQ(status, kChannelTimedOut);
-            EXPECT_GE(time, 60);
-            EXPECT_LT(time, 60 + kSlack);
-        }
-    }
-}
-
-TEST_F(MessagesTest, SeveralThreadsShareOneChannel) {
-    Connect();
-    constexpr std::int32_t kMessages = 2000;
-    std::vector<std::future<std::vector<std::int32_t>>> receivers;
-    for (int i = 0; i < 3; ++i) {
-        receivers.push_back(std::async(std::launch::async, [&] {
-            std::vector<std::int32_t> ids;
-            for (std::int32_t id = 0; (id = NextId(WorkerEnd(), m_worker)) > 0;) {
-                ids.push_back(id);
-            }
-            return ids;
-        }));
-    }
-    std::vector<std::int32_t> sent;
-    for (std::int32_t id = 1; id <= kMessages; ++id) {
-        ASSERT_EQ(SendPattern(Host(), m_host, static_cast<std::uint32_t>(id)), kChannelDone);
-        sent.push_back(id);
-    }
-    Host().CloseChannel(&m_host);
-    std::vector<std::int32_t> all;
-    for (auto& receiver : receivers) {
-        const std::vector<std::int32_t> ids = receiver.get();
-        EXPECT_TRUE(std::is_sorted(ids.begin(), ids.end()));
-        all.insert(all.end(), ids.begin(), ids.end());
-    }
-    std::sort(all.begin(), all.end());
-    EXPECT_EQ(all, sent);
+    auto waiting =
+        std::async(std::launch::async, [&] { return Receive(Host(), m_host, &abortFlag).status; });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    std::atomic_ref(abortFlag).store(1, std::memory_order_relaxed);
+    EXPECT_LT(TimeOf([&] { EXPECT_EQ(waiting.get(), kChannelAborted); }), kSlack);
 }
 
 } // namespace
