@@ -348,25 +348,5 @@ TEST_F(EdlFaultsTest, LeftoversAreSweptAndMissingClipsCostOneLook) {
     EXPECT_EQ(counter.Calls(Operation::List), 1U);
 }
 
-TEST_F(EdlFaultsTest, EveryLossOfAScanIsTold) {
-    fs::remove(m_card.Folder().Path("EDITLIST/MINE.xml"));
-    for (const char* name : {"P001.XML", "P002.XML", "P003.XML"}) {
-        AddEdl(name);
-    }
-    FaultyFileSystem faulty;
-    faulty.Fail({.operation = Operation::List, .times = 1, .keptEntries = 2});
-    faulty.Fail({.operation = Operation::Read, .times = 1});
-    faulty.Fail({.error = IoError::Denied, .operation = Operation::Stat, .pathPart = "CONTENTS"});
-    const platform::ScopedFileSystem inPlace(faulty);
-    CArray<tag_P2EDL> edls;
-    EXPECT_EQ(m_parser.LoadCardEdls(m_card.Root(), edls, m_report), 0);
-    EXPECT_EQ(edls.GetSize(), 1) << "two were listed, one of them could not be read";
-    ASSERT_EQ(m_report.skipped.GetSize(), 3);
-    EXPECT_EQ(m_report.skipped[0].reason, SkipReason::Unreadable);
-    EXPECT_EQ(m_report.skipped[1].reason, SkipReason::FolderUnreadable);
-    EXPECT_EQ(m_report.skipped[2].reason, SkipReason::FolderUnreadable);
-    EXPECT_EQ(m_report.skipped[2].text, L"made to fail");
-}
-
 } // namespace
 } // namespace nqp2::edl
