@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 //
-// Whatever allocation fails, an operation gives its failure value: nothing is thrown, no file is half
-// written, nothing is printed. Each operation runs again and again, and each time another of its
-// allocations fails, that one alone or it and all that follow. NQP2_ALLOCATIONS=all takes every
+// Whatever allocation fails, an operation gives its failure value: nothing is thrown, no file is
+// half written, nothing is printed. Each operation runs again and again, and each time another of
+// its allocations fails, that one alone or it and all that follow. NQP2_ALLOCATIONS=all takes every
 // one; some tens of each operation are the default.
 
 #include "NQP2ParserU/ComError.h"
@@ -49,11 +49,11 @@ bool Fails() noexcept {
 #ifndef NQP2_MEMORY_IS_INSTRUMENTED
 // The C library's own, which it offers to who takes their place.
 extern "C" {
-// NOLINTBEGIN(bugprone-reserved-identifier)
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
-// NOLINTEND(bugprone-reserved-identifier)
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
 void* malloc(std::size_t size) {
     return Fails() ? nullptr : __libc_malloc(size);
