@@ -32,10 +32,6 @@ struct NQP2ParserPeer {
     static int CheckEdlSerialNumber(CNQP2Parser& parser, int number, const CString& pattern) {
         return parser.CheckEdlSerialNumber(number, pattern);
     }
-    static __int64 GetClobalClipID(CNQP2Parser& parser, const CString& guidText,
-                                   const CString& note, CString& identifier) {
-        return parser.GetClobalClipID(guidText, note, identifier);
-    }
     static int DeleteIngestNode(CNQP2Parser& parser, const CString& root, const CString& clipName) {
         return parser.DeleteIngestNode(root, clipName);
     }

@@ -23,10 +23,8 @@ public:
     ClipShow(const _tag_P2Clip& clip, const CString& contents)
         : m_contents(contents), m_shown(All(clip)) {
         const Shown fresh = All(_tag_P2Clip());
-        std::erase_if(m_shown, [&](const auto& each) {
-            const auto same = fresh.find(each.first);
-            return same != fresh.end() && same->second == each.second;
-        });
+        std::erase_if(m_shown,
+                      [&](const auto& each) { return fresh.at(each.first) == each.second; });
     }
 
     [[nodiscard]] const Shown& Fields() const { return m_shown; }
@@ -35,42 +33,67 @@ public:
         const auto found = m_shown.find(field);
         return found != m_shown.end() ? found->second : std::string();
     }
+    /// Of fields separated by blanks, with "|" between.
+    [[nodiscard]] std::string Joined(const std::string& fields) const {
+        std::istringstream names(fields);
+        std::string text;
+        for (std::string name; names >> name;) {
+            text += "|" + (*this)[name];
+        }
+        return text.substr(1);
+    }
 
 private:
-    static std::string Show(const CString& text) { return platform::Utf8FromText(text.View()); }
-    static std::string Show(const GUID& guid) { return Show(platform::GuidText(guid)); }
+    [[nodiscard]] std::string Show(const CString& text) const {
+        const bool isBelow = text.Left(m_contents.GetLength()) == m_contents;
+        return platform::Utf8FromText((isBelow ? text.Mid(m_contents.GetLength()) : text).View());
+    }
+    [[nodiscard]] std::string Show(const GUID& guid) const {
+        return Show(platform::GuidText(guid));
+    }
     static std::string Show(std::integral auto number) { return std::to_string(number); }
     static std::string Show(const COleDateTime& moment) {
         std::ostringstream text;
         text << std::fixed << std::setprecision(5) << moment.GetDays();
         return moment.GetStatus() == COleDateTime::valid ? text.str() : "invalid";
     }
-    [[nodiscard]] std::string ShowPath(const CString& path) const {
-        const bool isBelow = path.Left(m_contents.GetLength()) == m_contents;
-        return Show(isBelow ? path.Mid(m_contents.GetLength()) : path);
-    }
-    static Shown Together(const auto&... rows) { return {rows...}; }
-    static std::string Show(const CArray<_tag_P2Memo>& memos) {
+    [[nodiscard]] std::string Show(const CString (&paths)[8]) const {
         std::string text;
-        for (const _tag_P2Memo& memo : memos) {
-            text += (text.empty() ? "" : "|") + Show(memo.Offset) + "," + Show(memo.Person) + "," +
-                    Show(memo.Text) + "," + Show(memo.VoiceFormat) + "," +
-                    Show(memo.VoiceSamplingRate) + "," + Show(memo.VoiceBitsPerSample) + "," +
-                    Show(memo.VoiceChannelFlag);
+        for (const CString& path : paths) {
+            text += path.IsEmpty() ? "- " : Show(path) + ' ';
         }
         return text;
     }
+    [[nodiscard]] std::string Show(const CArray<_tag_P2Memo>& memos) const {
+        std::ostringstream text;
+        for (const _tag_P2Memo& memo : memos) {
+            text << (text.tellp() == 0 ? "" : "|") << memo.Offset << ',' << Show(memo.Person) << ','
+                 << Show(memo.Text) << ',' << Show(memo.VoiceFormat) << ','
+                 << memo.VoiceSamplingRate << ',' << memo.VoiceBitsPerSample << ','
+                 << memo.VoiceChannelFlag;
+        }
+        return text.str();
+    }
+    static Shown Together(const auto&... rows) { return {rows...}; }
 
 #define NQP2_SHOW(field) Shown::value_type(#field, Show(clip.field))
 #define NQP2_SHOW_PROXY(field) Shown::value_type(#field, Show(clip.Proxy.field))
     [[nodiscard]] Shown All(const _tag_P2Clip& clip) const {
-        Shown shown = Together(
+        return Together(
             NQP2_SHOW(ShootStartTime), NQP2_SHOW(GlobalClipGuid), NQP2_SHOW(GlobalClipID),
             NQP2_SHOW(CodecName), NQP2_SHOW(ActivePixel), NQP2_SHOW(ActiveLine),
-            NQP2_SHOW(BitDepth), NQP2_SHOW(ExtraPath), NQP2_SHOW(AvcIntraClass50),
-            NQP2_SHOW(CodecClass), NQP2_SHOW(ClipIdDigit), NQP2_SHOW(Reserved276),
-            NQP2_SHOW(Duration), NQP2_SHOW(UnusedOffset), NQP2_SHOW(Reserved288),
-            NQP2_SHOW(AudioStartByteOffset), NQP2_SHOW(AudioDataSize),
+            NQP2_SHOW(BitDepth), NQP2_SHOW(ExtraPath), NQP2_SHOW(IconPath), NQP2_SHOW(VideoPath),
+            NQP2_SHOW(AudioPath), NQP2_SHOW(XmlPath), NQP2_SHOW(ProxyPath),
+            NQP2_SHOW(ProxyVideoCodecName), NQP2_SHOW_PROXY(ProxyFilePath),
+            NQP2_SHOW_PROXY(ProxyFormat), NQP2_SHOW_PROXY(ProxyExt),
+            NQP2_SHOW_PROXY(ProxyAudioMask), NQP2_SHOW_PROXY(ProxyVideoCodec),
+            NQP2_SHOW_PROXY(ProxyVideoBitRate), NQP2_SHOW_PROXY(ProxyFrameRate),
+            NQP2_SHOW_PROXY(ProxyResolution), NQP2_SHOW_PROXY(ProxyAspectRatio),
+            NQP2_SHOW_PROXY(ProxyAudioCodec), NQP2_SHOW_PROXY(ProxyAudioBitRate),
+            NQP2_SHOW_PROXY(ProxySamplingRate), NQP2_SHOW_PROXY(ProxyAudioChannels),
+            NQP2_SHOW(AvcIntraClass50), NQP2_SHOW(CodecClass), NQP2_SHOW(ClipIdDigit),
+            NQP2_SHOW(Reserved276), NQP2_SHOW(Duration), NQP2_SHOW(UnusedOffset),
+            NQP2_SHOW(Reserved288), NQP2_SHOW(AudioStartByteOffset), NQP2_SHOW(AudioDataSize),
             NQP2_SHOW(VideoStartByteOffset), NQP2_SHOW(VideoDataSize), NQP2_SHOW(EssenceMask),
             NQP2_SHOW(TopClipGuid), NQP2_SHOW(NextClipGuid), NQP2_SHOW(PreviousClipGuid),
             NQP2_SHOW(OffsetInShot), NQP2_SHOW(GlobalShotGuid), NQP2_SHOW(TopClipName),
@@ -78,24 +101,7 @@ private:
             NQP2_SHOW(PreviousSerialNo), NQP2_SHOW(NextSerialNo), NQP2_SHOW(FrameRate),
             NQP2_SHOW(StartDate), NQP2_SHOW(EndDate), NQP2_SHOW(ClipName), NQP2_SHOW(AspectRatio),
             NQP2_SHOW(Memos), NQP2_SHOW(AudioBitsPerSample), NQP2_SHOW(UserClipName),
-            NQP2_SHOW(StartTimecode), NQP2_SHOW(DropFrame), NQP2_SHOW(SourceKind),
-            NQP2_SHOW(ProxyVideoCodecName), NQP2_SHOW_PROXY(ProxyFormat), NQP2_SHOW_PROXY(ProxyExt),
-            NQP2_SHOW_PROXY(ProxyAudioMask), NQP2_SHOW_PROXY(ProxyVideoCodec),
-            NQP2_SHOW_PROXY(ProxyVideoBitRate), NQP2_SHOW_PROXY(ProxyFrameRate),
-            NQP2_SHOW_PROXY(ProxyResolution), NQP2_SHOW_PROXY(ProxyAspectRatio),
-            NQP2_SHOW_PROXY(ProxyAudioCodec), NQP2_SHOW_PROXY(ProxyAudioBitRate),
-            NQP2_SHOW_PROXY(ProxySamplingRate), NQP2_SHOW_PROXY(ProxyAudioChannels));
-        shown["ProxyFilePath"] = ShowPath(clip.Proxy.ProxyFilePath);
-        shown["IconPath"] = ShowPath(clip.IconPath);
-        shown["VideoPath"] = ShowPath(clip.VideoPath);
-        shown["XmlPath"] = ShowPath(clip.XmlPath);
-        shown["ProxyPath"] = ShowPath(clip.ProxyPath);
-        std::string& audio = shown["AudioPath"];
-        for (const CString& path : clip.AudioPath) {
-            audio += path.IsEmpty() ? "-" : ShowPath(path);
-            audio += ' ';
-        }
-        return shown;
+            NQP2_SHOW(StartTimecode), NQP2_SHOW(DropFrame), NQP2_SHOW(SourceKind));
     }
 #undef NQP2_SHOW
 #undef NQP2_SHOW_PROXY

@@ -2,7 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "clips/takes.h"
-#include "tests/clips/card_test.h"
+#include "platform/unicode.h"
+
+#include <gtest/gtest.h>
 
 #include <vector>
 
@@ -75,23 +77,6 @@ TEST(Takes, AreToldWithWhatIsMissing) {
     const CArray<Take> takes = FindTakes({kC, Segment("D", 0, "D", "", "E"), kA, kB});
     ASSERT_EQ(takes.GetSize(), 2) << "in the order of their first clips";
     EXPECT_EQ(Told(takes[1]), "D ! E@card-E");
-}
-
-using TakeReportTest = CardTest;
-
-TEST_F(TakeReportTest, AScanTellsTheTakesOfACardBehindThoseOfOthers) {
-    m_card.AddClip("0001", {{"GlobalClipID", "aa"},
-                            {"Relation/Connection/Top/GlobalClipID", "AA"},
-                            {"Relation/Connection/Next/GlobalClipID", "BB"},
-                            {"Relation/Connection/Next/ClipName", "0002"},
-                            {"Relation/Connection/Next/P2SerialNo.", "AAF09F0001"}});
-    m_card.AddClip("0009", {{"GlobalClipID", "99"}});
-    Scan();
-    CArray<_tag_P2Clip> clips;
-    m_parser.LoadClipEx(m_card.Root(), clips, 0, m_report);
-    ASSERT_EQ(m_report.takes.GetSize(), 2);
-    EXPECT_EQ(Told(m_report.takes[1]), "0001 ! 0002@AAF09F0001");
-    EXPECT_EQ(m_report.takes[1].missing[0].globalClipID, L"BB");
 }
 
 } // namespace
