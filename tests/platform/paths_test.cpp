@@ -71,10 +71,8 @@ TEST_F(PathText, MakesRootsThatNameTheSameFolder) {
 }
 
 TEST_F(PathText, AcceptsOnlyLettersAsDrives) {
-    for (const wchar_t* drive : {L"", L":", L"1", L"EE", L"E:\\", L"\u00C9", L"["}) {
-        EXPECT_FALSE(MapDrive(drive, "/media")) << CString(drive).GetLength();
-    }
-    for (const char* argument : {"", "E", "=", "E=", "=/media", "EE=/media", "\xC3\x89=/media"}) {
+    for (const char* argument :
+         {"", "E", "=", "E=", "=/media", "EE=/media", "1=/x", "[=/x", "\xC3\x89=/media"}) {
         EXPECT_FALSE(MapDriveFromArgument(argument)) << argument;
     }
     EXPECT_TRUE(MapDriveFromArgument("e:=/media/a=b"));
@@ -114,11 +112,10 @@ TEST(CaseBlind, FindsTheRealSpelling) {
         const auto found = FindExisting(folder.Path(name));
         EXPECT_EQ(found, expected ? std::optional(folder.Path(expected)) : std::nullopt) << name;
     }
-    std::string endless = folder.Path();
-    for (int i = 0; i < 100'000; ++i) {
-        endless += "/CONTENTS";
-    }
-    for (const std::string& path : {std::string(), folder.Path("root file") + '\0', endless}) {
+    CString endless(L'/', 100'000);
+    endless.Replace(L"/", L"/CONTENTS");
+    for (const std::string& path :
+         {std::string(), folder.Path("root file") + '\0', folder.Path() + PosixPath(endless)}) {
         EXPECT_FALSE(PathExists(path));
     }
 }
@@ -250,11 +247,9 @@ TEST(MatchesPatternTest, TakesPatternsWithoutRegardToCaseAndQuickly) {
     for (const auto& [name, pattern, fits] : rows) {
         EXPECT_EQ(MatchesPattern(name, pattern), fits) << CString(name) << CString(pattern);
     }
-    std::wstring slow;
-    for (int i = 0; i < 100; ++i) {
-        slow += L"*a";
-    }
-    EXPECT_FALSE(MatchesPattern(std::wstring(20'000, L'a'), slow + L"b"));
+    CString slow(L'a', 100);
+    slow.Replace(L"a", L"*a");
+    EXPECT_FALSE(MatchesPattern(std::wstring(20'000, L'a'), (slow + L"b").View()));
 }
 
 } // namespace

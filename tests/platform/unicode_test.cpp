@@ -87,18 +87,14 @@ TEST(UnicodeTest, EveryNameComesBackAsTheSameBytes) {
 
 TEST(CaseFoldTest, FoldsLettersInEveryLocaleAndNothingElse) {
     ASSERT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C") << "the process's own locale";
-    constexpr std::wstring_view kLower = L"az\u00E4\u03C9\u0436\uFF41@[`{0\u3042\U0010FFFF";
-    constexpr std::wstring_view kUpper = L"AZ\u00C4\u03A9\u0416\uFF21@[`{0\u3042\U0010FFFF";
-    for (std::size_t i = 0; i < kLower.size(); ++i) {
-        EXPECT_EQ(ToUpper(kLower[i]), kUpper[i]);
-        EXPECT_EQ(ToLower(kUpper[i]), kLower[i]);
-        EXPECT_EQ(ToUpper(kUpper[i]), kUpper[i]);
-        EXPECT_EQ(ToLower(kLower[i]), kLower[i]);
-    }
+    constexpr std::wstring_view kLower = L"az\u00DF\u00E4\u03C9\u0436\uFF41@[`{0\u3042\U0010FFFF";
+    constexpr std::wstring_view kUpper = L"AZ\u00DF\u00C4\u03A9\u0416\uFF21@[`{0\u3042\U0010FFFF";
+    EXPECT_EQ(FoldCase(kLower), kUpper);
+    EXPECT_EQ(FoldCase(kUpper), kUpper);
+    EXPECT_EQ(CString(kUpper).MakeLower().View(), kLower);
     for (const std::uint32_t code : {0xD800U, 0xDC80U, 0x110000U, 0xFFFFFFFFU}) {
         EXPECT_EQ(ToUpper(OneElement(code)[0]), OneElement(code)[0]) << code;
     }
-    EXPECT_EQ(FoldCase(L"stra\u00DFe \u00E4"), L"STRA\u00DFE \u00C4") << "one for one";
     EXPECT_EQ(FoldNameCase("a\xE4z \xC3\xA4 \xED\xB2\x80"), "A\xE4Z \xC3\x84 \xED\xB2\x80");
     EXPECT_TRUE(EqualNoCase(L"Clip\u00C4", L"cLIP\u00E4"));
     EXPECT_FALSE(EqualNoCase(L"clip", L"clip1") || EqualNoCase(L"[", L"{"));
