@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "media/card_layout.h"
 #include "media/families.h"
 #include "media/proxy_codes.h"
 #include "media/rates.h"
@@ -87,19 +86,15 @@ TEST(Rate, TextGivesIndexFamilyAndNominalRate) {
     }
 }
 
-TEST(Rate, NumberGivesTheIndexWithinAThousandth) {
+TEST(Rate, NumberGivesTheIndexWithinAThousandthAndAFileTheNearestOfItsScan) {
     constexpr std::pair<double, int> kRows[] = {
         {25.0, 0},           {29.97, 1},   {30.0, 8},    {24.0, 6},           {50.0, 7},
         {59.94, 3},          {60.0, 10},   {29.9701, 1}, {29.98, 0},          {29.9685, 0},
         {30.0009, 8},        {30.0011, 0}, {23.976, 0},  {60000.0 / 1001, 3}, {0.0, 0},
-        {30000.0 / 1001, 1}, {-25.0, 0},
-    };
+        {30000.0 / 1001, 1}, {-25.0, 0}};
     for (const auto& [fps, index] : kRows) {
         EXPECT_EQ(RateIndexFromFps(fps), index) << fps;
     }
-}
-
-TEST(Rate, OfAFileIsTheNearestOfItsScan) {
     for (const FrameRate& rate : kFrameRates) {
         const FrameRate inFile = {rate.frames * 20000, rate.seconds * 20000 + 1};
         EXPECT_EQ(media::FindRate(inFile, rate.IsInterlaced()), &rate) << CString(rate.text);
@@ -142,17 +137,13 @@ TEST(CodecFamily, IsToldByTheCodecName) {
     }
 }
 
-TEST(CardLayout, ClipsAndTheirFilesNameEachOther) {
-    const std::tuple<const ClipFileKind&, const wchar_t*, const wchar_t*> rows[] = {
-        {kVideoFiles, L"0001AB.MXF", L"0001AB"},   {kAudioFiles, L"0001AB07.MXF", L"0001AB"},
-        {kAudioFiles, L"0001AB0A.MXF", L""},       {kAudioFiles, L"07.MXF", L""},
-        {kVoiceFiles, L"0001AB00.WAV", L"0001AB"}, {kProxyFiles, L"A.B.MOV", L"A.B"},
-        {kIconFiles, L"0001AB.MXF", L""},          {kMetadataFiles, L".XML", L""},
-        {kMetadataFiles, L"._0001AB.XML", L""},    {kMetadataFiles, L"0001AB", L""},
-    };
-    for (const auto& [kind, file, clip] : rows) {
-        EXPECT_EQ(CString(ClipNameIn(file, kind)), clip) << CString(file);
+TEST(ProxyCodes, OfResolutionsFollowTheirSize) {
+    constexpr const wchar_t* kSizes[] = {L"QVGA",    L"SIF_NTSC", L"sif_pal",  L"480x270",
+                                         L"640X360", L"960x540",  L"1280x720", L"1920x1080"};
+    for (std::int32_t code = 0; code < 8; ++code) {
+        EXPECT_EQ(ProxyResolutionCode(kSizes[code]), code);
     }
+    EXPECT_EQ(ProxyResolutionCode(L"1920x108"), -1);
 }
 
 } // namespace
