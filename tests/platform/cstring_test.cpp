@@ -66,11 +66,8 @@ TEST(CStringTest, TakesPartsOfItselfAndIsUsableWhenMovedFrom) {
     EXPECT_EQ(text, L"defabcdefdef");
     text = text.Mid(1, 4);
     text.Replace(text, text.GetString() + 2);
-    EXPECT_EQ(text, L"ab");
-    text = L"a%s";
-    text.Format(text, text);
     text.Format(L"%s%s", text, text.GetString());
-    EXPECT_EQ(text, L"aa%saa%s");
+    EXPECT_EQ(text, L"abab");
     const CString target = std::move(text);
     text += L"new"; // NOLINT(bugprone-use-after-move): what is tested
     EXPECT_EQ(text, L"new");
@@ -96,25 +93,13 @@ TEST(CStringTest, GivesPartsAndChangedTexts) {
     EXPECT_EQ(CString(L"clip \u00E4\u03B1").MakeUpper(), L"CLIP \u00C4\u0391");
     EXPECT_EQ(CString(L"CLIP \u00C4\u0391").MakeLower(), L"clip \u00E4\u03B1");
     EXPECT_EQ(CString(L"a\0b", 3) + CString(L"\0", 1), CString(L"a\0b\0", 4));
+    const CString found(L"aXbXc");
+    EXPECT_TRUE(found.Find(L"X", 2) == 3 && found.Find(L"X", -7) == 1 && found.Find(L"", 5) == 5);
+    EXPECT_EQ(found.Find(L'X', INT_MAX) + found.Find(L"", 6) + found.ReverseFind(L'x'), -3);
+    EXPECT_TRUE(CString(L"\u00E4b").CompareNoCase(L"\u00C4BC") < 0 && CString(L"a_") > L"AB");
     std::fill_n(text.GetBuffer(10), 10, L'z');
     text.ReleaseBuffer(INT_MAX);
     EXPECT_EQ(text.GetLength(), 10) << "never longer than the buffer";
-}
-
-TEST(CStringTest, ComparesAndFinds) {
-    const std::tuple<const wchar_t*, const wchar_t*, int> rows[] = {
-        {L"abc", L"ABC", 0}, {L"abc", L"ABCD", -1},     {L"ab", L"A", 1},
-        {L"a", nullptr, 1},  {L"\u00E4", L"\u00C4", 0}, {L"a_", L"AB", 1}};
-    for (const auto& [left, right, noCase] : rows) {
-        EXPECT_GT(CString(left).Compare(right), 0) << CString(left);
-        EXPECT_EQ(CString(left).CompareNoCase(right) <=> 0, noCase <=> 0) << CString(left);
-    }
-    const CString text(L"aXbXc");
-    const std::vector<int> found = {text.Find(L"X", 2),     text.Find(L"x"),
-                                    text.Find(L"X", -7),    text.Find(L'X', INT_MAX),
-                                    text.Find(L"", 5),      text.Find(L"", 6),
-                                    text.ReverseFind(L'X'), CString(L"a\0b", 3).Find(L'b')};
-    EXPECT_EQ(found, (std::vector<int>{3, -1, 1, -1, 5, -1, 3, 2}));
 }
 
 TEST(CStringTest, ReplacesFromLeftToRightAndRefusesTextsThatNoIntCanCount) {
@@ -143,11 +128,9 @@ CString Formatted(const wchar_t* pattern, const Arguments&... arguments) {
 TEST(CStringFormatTest, WritesEachPattern) {
     EXPECT_EQ(Formatted(L"%I64d|%I32u|%ld|%hd|%zu|%Id", INT64_MIN, 1U, INT64_MAX, short{-3},
                         std::size_t{7}, 9),
-              L"-9223372036854775808|1|9223372036854775807|-3|7|9")
-        << "modifiers are ignored";
-    EXPECT_EQ(Joined({Formatted(L"%x %X", std::int8_t{-1}, std::int16_t{-2}),
-                      Formatted(L"%u %hhx", std::int32_t{-1}, std::int64_t{-1})}),
-              L"ff FFFE|4294967295 ffffffffffffffff")
+              L"-9223372036854775808|1|9223372036854775807|-3|7|9");
+    EXPECT_EQ(Formatted(L"%x %X %u %hhx", std::int8_t{-1}, std::int16_t{-2}, -1, std::int64_t{-1}),
+              L"ff FFFE 4294967295 ffffffffffffffff")
         << "unsigned conversions use the argument's own width";
     EXPECT_EQ(Joined({Formatted(L"%s %s %s", 42, UINT64_MAX, 0.1),
                       Formatted(L"%s%d%c", L'c', L"text", L"text"), Formatted(L"%d %f", 1.5, 3),

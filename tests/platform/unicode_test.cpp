@@ -60,25 +60,13 @@ TEST(UnicodeTest, SurrogatesAndElementsThatAreNoCodePoint) {
     }
 }
 
-void ExpectSameName(const std::string& bytes) {
-    const CString text = TextFromNameBytes(bytes);
-    ASSERT_EQ(NameBytesFromText(text.View()), bytes);
-    const CString overTheWire = TextFromUtf16(Utf16FromText(text.View()));
-    ASSERT_EQ(NameBytesFromText(overTheWire.View()), bytes);
-}
-
 TEST(UnicodeTest, EveryNameComesBackAsTheSameBytes) {
-    // Of each kind of byte the borders, so that all short sequences can be tried.
-    const std::string kinds("\x00\x7F\x80\x8F\x90\x9F\xA0\xBF\xC1\xC2\xDF\xE0\xE1\xED\xEE\xEF"
-                            "\xF0\xF1\xF4\xF5\xFF",
-                            21);
-    for (const char a : kinds) {
-        for (const char b : kinds) {
-            for (const char c : kinds) {
-                ExpectSameName({a, b, c});
-                ExpectSameName({a, b, c, '\x80'});
-            }
-        }
+    for (int code = 0; code < 0x10000; ++code) { // two bytes between others
+        const std::string name = {'\xE2', static_cast<char>(code >> 8), static_cast<char>(code),
+                                  '\x80'};
+        const CString text = TextFromNameBytes(name);
+        ASSERT_EQ(NameBytesFromText(text.View()), name);
+        ASSERT_EQ(TextFromUtf16(Utf16FromText(text.View())), text) << "over the wire";
     }
     EXPECT_EQ(TextFromNameBytes("\xED\xB2\x80").View(), // the generalised form of U+DC80
               OneElement(0xDCED) + OneElement(0xDCB2) + OneElement(0xDC80));
