@@ -13,6 +13,8 @@
 
 namespace nqp2::ingest {
 
+namespace fs = std::filesystem;
+
 class IngestTest : public clips::CardTest {
 protected:
     /// Adds to the card's list; 0 or 1.
@@ -28,15 +30,13 @@ protected:
     }
     std::string File(const std::string& name = "Ingest.xml") const {
         std::string bytes;
-        const auto status =
-            platform::Files().Read(m_card.Folder().Path("USERDATA/" + name), 1U << 30U, bytes);
-        return status ? bytes : "(unreadable)";
+        const std::string path = m_card.Folder().Path("USERDATA/" + name);
+        return platform::Files().Read(path, 1U << 30U, bytes) ? bytes : "(unreadable)";
     }
     /// Names in the list's folder, hidden ones too.
     std::set<std::string> FilesInFolder() const {
         std::set<std::string> names;
-        const std::string folder = m_card.Folder().Path("USERDATA");
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        for (const auto& entry : fs::directory_iterator(m_card.Folder().Path("USERDATA"))) {
             names.insert(entry.path().filename().string());
         }
         return names;

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <limits>
 #include <optional>
-#include <string>
 
 namespace nqp2::media {
 namespace {
@@ -20,7 +19,7 @@ TEST(Timecode, TextIsReadByTheGrammarOnly) {
          {L"", L"01:00:00", L"01:00:00:", L"1:00:00:00", L"01:00:00:000", L" 01:00:00:00",
           L"01:00:00: 0", L"01:0a:00:00", L"-1:00:00:00", L"01-00-00-00", L"01:00:00,00",
           L"0100:00:00", L"\x0660\x0661:00:00:00"}) {
-        EXPECT_FALSE(ParseTimecode(text)) << testing::PrintToString(std::wstring(text));
+        EXPECT_FALSE(ParseTimecode(text)) << CString(text);
         EXPECT_EQ(ClipFrameCount(text, L"25p", false), 0);
     }
 }
@@ -88,9 +87,9 @@ TEST(Timecode, EditListsCountPlainFramesOfTheirUnit) {
 
 TEST(Timecode, FramesAreShownWithinADay) {
     constexpr std::tuple<std::int64_t, int, const wchar_t*> kRows[] = {
-        {93079, 25, L"01:02:03:04"}, {2159999, 25, L"23:59:59:24"}, {2160000, 25, L"--:--:--:--"},
-        {-1, 25, L"--:--:--:--"},    {59, 60, L"00:00:00:59"},      {INT64_MAX, 60, L"--:--:--:--"},
-    };
+        {93079, 25, L"01:02:03:04"},   {2159999, 25, L"23:59:59:24"},
+        {2160000, 25, L"--:--:--:--"}, {-1, 25, L"--:--:--:--"},
+        {59, 60, L"00:00:00:59"},      {INT64_MAX, 60, L"--:--:--:--"}};
     for (const auto& [frames, rate, text] : kRows) {
         EXPECT_EQ(TimecodeText(frames, rate), text) << frames;
     }
@@ -101,14 +100,11 @@ constexpr double kOldDays = 12345.25;
 TEST(ClipDate, IsReadByPositionAndForItsLengthAlone) {
     constexpr double kMoment = 38384.0 + (8 * 3600 + 58 * 60 + 44) / 86400.0;
     constexpr std::tuple<const wchar_t*, bool, double> kRows[] = {
-        {L"2005-02-01T08:58:44+08:00", true, kMoment},
         {L"2005/02/01 08.58.44 UTC-5", true, kMoment},
         {L"2005-2 -1 T08:58:44......", true, kMoment},
-        {L"2005-02-29T08:58:44+08:00", true, 0.0}, // impossible
+        {L"2005-02-29T08:58:44+08:00", true, 0.0},
         {L"a date of 25 elements ...", true, 0.0},
-        {L"2005-02-01T08:58:44+08:0", false, kOldDays},
-        {L"2005-02-01T08:58:44+08:000", false, kOldDays},
-        {L"", false, kOldDays}};
+        {L"2005-02-01T08:58:44+08:0", false, kOldDays}};
     for (const auto& [text, taken, days] : kRows) {
         COleDateTime moment(kOldDays);
         EXPECT_EQ(ReadClipDate(text, moment), taken);
@@ -122,65 +118,32 @@ TEST(ClipDate, ZoneIsCutBehindTheTimeOnly) {
     constexpr std::pair<const wchar_t*, const wchar_t*> kRows[] = {
         {L"2013-05-01T10:20:30+09:00", L"2013-05-01T10:20:30"},
         {L"2013-05-01T10:20:30-05:00", L"2013-05-01T10:20:30"},
-        {L"2013-05-01T10:20:30", L"2013-05-01T10:20:30"},
         {L"2013-05-01 10:20:30+09:00", L"2013-05-01 10:20:30+09:00"},
-        {L"2013-05-01T1+2+3-4", L"2013-05-01T1+2"},
-        {L"T+", L"T"}};
+        {L"2013-05-01T1+2+3-4", L"2013-05-01T1+2"}};
     for (const auto& [text, local] : kRows) {
         EXPECT_EQ(WithoutZone(text).View(), local);
     }
 }
 
-/// Another time zone for one test.
-class TimeZone {
-public:
-    explicit TimeZone(const char* zone) { Set(zone); }
-    ~TimeZone() { Set(m_before ? m_before->c_str() : nullptr); }
-    TimeZone(const TimeZone&) = delete;
-    TimeZone& operator=(const TimeZone&) = delete;
-
-private:
-    static void Set(const char* zone) {
-        zone != nullptr ? setenv("TZ", zone, 1) : unsetenv("TZ");
-        tzset();
+TEST(FileDate, IsLocalTimeOrUnknowWithoutATimeThatFits) {
+    // Standard and summer time; moments end with the year 9999.
+    const std::tuple<std::optional<std::time_t>, const wchar_t*, bool> rows[] = {
+        {-1, L"1970-01-01T05:29:59", true},
+        {1795248309, L"2026-11-21T13:35:09", true},
+        {1780000000, L"2026-05-29T02:56:40", true},
+        {253402300800, L"10000-01-01T05:30:00", false},
+        {std::numeric_limits<std::time_t>::max(), L"Unknow", false},
+        {std::nullopt, L"Unknow", false}};
+    setenv("TZ", "XST-5:30XDT,M3.2.0,M11.1.0", 1);
+    tzset();
+    for (const auto& [time, text, isMoment] : rows) {
+        EXPECT_EQ(FileDateText(time), text);
+        EXPECT_EQ(FileMoment(time).GetStatus(),
+                  isMoment ? COleDateTime::valid : COleDateTime::invalid);
     }
-    static std::optional<std::string> Current() {
-        const char* const zone = std::getenv("TZ");
-        return zone != nullptr ? std::optional<std::string>(zone) : std::nullopt;
-    }
-    std::optional<std::string> m_before = Current();
-};
-
-TEST(FileDate, IsLocalTimeAsTextAndAsMoment) {
-    {
-        const TimeZone zone("UTC0");
-        EXPECT_EQ(FileDateText(-1), L"1969-12-31T23:59:59");
-        EXPECT_EQ(FileDateText(253402300800), L"10000-01-01T00:00:00");
-    }
-    const TimeZone zone("XST-5:30XDT,M3.2.0,M11.1.0");
-    EXPECT_EQ(FileDateText(1795248309), L"2026-11-21T13:35:09") << "standard time";
-    EXPECT_EQ(FileDateText(1780000000), L"2026-05-29T02:56:40") << "summer time";
-    COleDateTime expected;
-    expected.SetDateTime(2026, 11, 21, 13, 35, 9);
-    EXPECT_DOUBLE_EQ(FileMoment(1795248309).GetDays(), expected.GetDays());
-    EXPECT_EQ(FileMoment(1795248309).GetStatus(), COleDateTime::valid);
-}
-
-TEST(FileDate, IsUnknowWithoutATimeThatFits) {
-    using Limits = std::numeric_limits<std::time_t>;
-    for (const std::optional<std::time_t> time :
-         {std::optional<std::time_t>(), std::optional(Limits::max()),
-          std::optional(Limits::min())}) {
-        EXPECT_EQ(FileDateText(time), L"Unknow");
-        EXPECT_EQ(FileMoment(time).GetStatus(), COleDateTime::invalid);
-    }
-    constexpr std::time_t kLastYearOfTm = 67'768'036'191'676'799; // of 32 bits from 1900 on
-    const TimeZone zone("UTC0");
-    EXPECT_EQ(FileDateText(kLastYearOfTm).Right(15), L"-12-31T23:59:59");
-    for (const std::time_t time : {std::time_t{253402300800}, kLastYearOfTm}) {
-        EXPECT_EQ(FileMoment(time).GetStatus(), COleDateTime::invalid);
-        EXPECT_EQ(FileMoment(time).GetDays(), 0.0);
-    }
+    EXPECT_NEAR(FileMoment(1795248309).GetDays(), 46347.5660763889, 1e-9);
+    unsetenv("TZ");
+    tzset();
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 
 #include "platform/folder.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
@@ -97,13 +98,11 @@ public:
         }
     }
 
-    [[nodiscard]] std::uint64_t Calls(Operation operation) const {
-        return m_calls[Slot(operation)];
-    }
-    [[nodiscard]] std::uint64_t Calls() const {
+    /// Of one kind or of all.
+    [[nodiscard]] std::uint64_t Calls(std::optional<Operation> counted = {}) const {
         std::uint64_t sum = 0;
-        for (const auto& each : m_calls) {
-            sum += each;
+        for (std::size_t i = 0; i < kOperations; ++i) {
+            sum += !counted || Slot(*counted) == i ? m_calls[i].load() : 0;
         }
         return sum;
     }
@@ -136,10 +135,26 @@ public:
     }
 
 private:
-    class Writer final : public platform::FileWriter {
+    /// What was opened by a path.
+    template <class Kind>
+    class Opened : public Kind {
     public:
-        Writer(FaultyFileSystem& owner, std::string path, WriterPtr inner)
+        Opened(FaultyFileSystem& owner, std::string path, std::unique_ptr<Kind> inner)
             : m_owner(owner), m_path(std::move(path)), m_inner(std::move(inner)) {}
+
+    protected:
+        IoStatus Pass(Operation operation, const auto& call) {
+            return m_owner.Pass(operation, m_path, call);
+        }
+
+        FaultyFileSystem& m_owner;
+        std::string m_path;
+        std::unique_ptr<Kind> m_inner;
+    };
+
+    class Writer final : public Opened<platform::FileWriter> {
+    public:
+        using Opened::Opened;
         IoStatus WriteAt(std::uint64_t position, std::string_view bytes) override {
             return Pass(Operation::WriteAt, [&] { return m_inner->WriteAt(position, bytes); });
         }
@@ -163,22 +178,22 @@ private:
         IoStatus CommitAs(const std::string& name) override {
             return Pass(Operation::Commit, [&] { return m_inner->CommitAs(name); });
         }
-
-    private:
-        template <class Call>
-        IoStatus Pass(Operation operation, Call call) {
-            return m_owner.Pass(operation, m_path, call);
-        }
-
-        FaultyFileSystem& m_owner;
-        std::string m_path;
-        WriterPtr m_inner;
     };
 
-    class Below final : public platform::Folder {
+    class Reader final : public Opened<platform::FileReader> {
     public:
-        Below(FaultyFileSystem& owner, const std::string&, FolderPtr inner)
-            : m_owner(owner), m_inner(std::move(inner)) {}
+        using Opened::Opened;
+        [[nodiscard]] std::uint64_t Size() const override { return m_inner->Size(); }
+        IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) override {
+            count = 0;
+            return Pass(Operation::ReadBlock,
+                        [&] { return m_inner->Read(buffer, capacity, count); });
+        }
+    };
+
+    class Below final : public Opened<platform::Folder> {
+    public:
+        using Opened::Opened;
         [[nodiscard]] const std::string& Path() const override { return m_inner->Path(); }
         IoStatus OpenFolder(const std::string& name, FolderPtr& folder) override {
             return m_owner.Wrap<Below>(Operation::OpenFolder, PathOf(name), folder,
@@ -228,14 +243,14 @@ private:
             return Pass(Operation::MoveToFree, from, [&] { return m_inner->MoveToFree(from, to); });
         }
         IoStatus RemoveAbandoned() override {
-            return m_owner.Pass(Operation::RemoveAbandoned, Path(),
+            return Opened::Pass(Operation::RemoveAbandoned,
                                 [&] { return m_inner->RemoveAbandoned(); });
         }
         IoStatus UsableSpace(std::uint64_t& bytes) override {
             return m_owner.Space(Path(), bytes, [&] { return m_inner->UsableSpace(bytes); });
         }
         IoStatus Lock(std::chrono::milliseconds patience) override {
-            return m_owner.Pass(Operation::Lock, Path(), [&] { return m_inner->Lock(patience); });
+            return Opened::Pass(Operation::Lock, [&] { return m_inner->Lock(patience); });
         }
         IoStatus LockName(const std::string& name,
                           std::unique_ptr<platform::NameLock>& lock) override {
@@ -246,111 +261,69 @@ private:
         [[nodiscard]] std::string PathOf(const std::string& name) const {
             return platform::PathIn(Path(), name);
         }
-        template <class Call>
-        IoStatus Pass(Operation operation, const std::string& name, Call call) {
+        IoStatus Pass(Operation operation, const std::string& name, const auto& call) {
             return m_owner.Pass(operation, PathOf(name), call);
         }
-
-        FaultyFileSystem& m_owner;
-        FolderPtr m_inner;
     };
 
-    class Reader final : public platform::FileReader {
-    public:
-        Reader(FaultyFileSystem& owner, std::string path, ReaderPtr inner)
-            : m_owner(owner), m_path(std::move(path)), m_inner(std::move(inner)) {}
-        [[nodiscard]] std::uint64_t Size() const override { return m_inner->Size(); }
-        IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) override {
-            count = 0;
-            return m_owner.Pass(Operation::ReadBlock, m_path,
-                                [&] { return m_inner->Read(buffer, capacity, count); });
-        }
-
-    private:
-        FaultyFileSystem& m_owner;
-        std::string m_path;
-        ReaderPtr m_inner;
-    };
-
-    template <class Call>
-    IoStatus Pass(Operation operation, const std::string& path, Call call) {
-        IoStatus status = Enter(operation, path);
+    IoStatus Pass(Operation operation, const std::string& path, const auto& call) {
+        std::size_t keptEntries = 0;
+        IoStatus status = Enter(operation, path, keptEntries);
         return status ? call() : status;
     }
     /// What is opened is faulty as well.
-    template <class Wrapper, class Opened, class Call>
-    IoStatus Wrap(Operation operation, const std::string& path, Opened& opened, Call call) {
+    template <class Wrapper>
+    IoStatus Wrap(Operation operation, const std::string& path, auto& opened, const auto& call) {
         IoStatus status = Pass(operation, path, call);
         if (status) {
             opened = std::make_unique<Wrapper>(*this, path, std::move(opened));
         }
         return status;
     }
-    template <class Call>
-    IoStatus Space(const std::string& path, std::uint64_t& bytes, Call call) {
+    IoStatus Space(const std::string& path, std::uint64_t& bytes, const auto& call) {
         IoStatus status = Pass(Operation::FreeSpace, path, call);
         bytes = m_freeBytes.value_or(bytes);
         return status;
     }
-    template <class Call>
-    IoStatus Listed(const std::string& folder, Entries& entries, Call list) {
+    IoStatus Listed(const std::string& folder, Entries& entries, const auto& list) {
         std::size_t kept = 0;
-        IoStatus status = Enter(Operation::List, folder, &kept);
+        IoStatus status = Enter(Operation::List, folder, kept);
         if (status) {
             return list();
         }
         entries.clear();
-        if (kept != 0 && list() && entries.size() > kept) {
-            entries.resize(kept);
+        if (kept != 0 && list()) {
+            entries.resize(std::min(entries.size(), kept));
         }
         return status;
     }
 
     static std::size_t Slot(Operation operation) { return static_cast<std::size_t>(operation); }
 
-    static bool Matches(const Fault& fault, Operation operation, const std::string& path) {
-        return fault.operation.value_or(operation) == operation &&
-               path.find(fault.pathPart) != std::string::npos;
-    }
-
-    /// Counts a matching call against the fault and tells whether this one fails.
-    static bool Strikes(Fault& fault) {
-        if (fault.skip != 0) {
-            --fault.skip;
-            return false;
-        }
-        if (fault.times == 0) {
-            return false;
-        }
-        --fault.times;
-        return true;
-    }
-
     /// Hook and delay run outside the lock, so that threads wait side by side.
-    IoStatus Enter(Operation operation, const std::string& path,
-                   std::size_t* keptEntries = nullptr) {
+    IoStatus Enter(Operation operation, const std::string& path, std::size_t& keptEntries) {
         ++m_calls[Slot(operation)];
-        if (const std::int64_t delay = m_delays[Slot(operation)]; delay > 0) {
-            std::this_thread::sleep_for(std::chrono::microseconds(delay));
-        }
-        if (const Hook hook = CurrentHook()) {
+        std::this_thread::sleep_for(std::chrono::microseconds(m_delays[Slot(operation)]));
+        std::unique_lock lock(m_lock);
+        if (const Hook hook = m_hook) {
+            lock.unlock();
             hook(operation, path);
+            lock.lock();
         }
-        const std::lock_guard guard(m_lock);
         for (Fault& fault : m_faults) {
-            if (Matches(fault, operation, path) && Strikes(fault)) {
-                if (keptEntries != nullptr) {
-                    *keptEntries = fault.keptEntries;
-                }
+            if (fault.operation.value_or(operation) != operation ||
+                path.find(fault.pathPart) == std::string::npos) {
+                continue;
+            }
+            if (fault.skip != 0) {
+                --fault.skip;
+            } else if (fault.times != 0) {
+                --fault.times;
+                keptEntries = fault.keptEntries;
                 return {fault.error, "made to fail"};
             }
         }
         return {};
-    }
-
-    Hook CurrentHook() {
-        const std::lock_guard guard(m_lock);
-        return m_hook;
     }
 
     platform::FileSystem& m_inner;

@@ -10,13 +10,10 @@
 #include <map>
 #include <regex>
 #include <signal.h>
-#include <spawn.h>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
-
-extern "C" char** environ;
 
 namespace nqp2::test {
 
@@ -38,24 +35,21 @@ public:
         if (pipe2(ends, O_CLOEXEC) != 0) {
             return;
         }
-        std::vector<std::string> texts = {"strace"};
+        const std::string task = std::to_string(process);
+        std::vector<const char*> arguments = {"strace", "-p", task.c_str()};
         if (traced == Traced::All) {
-            texts.push_back("-f");
+            arguments.push_back("-f");
         }
-        texts.insert(texts.end(), options.begin(), options.end());
-        texts.insert(texts.end(), {"-p", std::to_string(process)});
-        std::vector<char*> arguments;
-        for (std::string& text : texts) {
-            arguments.push_back(text.data());
+        for (const std::string& option : options) {
+            arguments.push_back(option.c_str());
         }
         arguments.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
-        if (posix_spawnp(&m_strace, "strace", &actions, nullptr, arguments.data(), environ) != 0) {
-            m_strace = -1;
+        m_strace = fork();
+        if (m_strace == 0) {
+            dup2(ends[1], STDERR_FILENO);
+            execvp(arguments[0], const_cast<char**>(arguments.data()));
+            _exit(127);
         }
-        posix_spawn_file_actions_destroy(&actions);
         close(ends[1]);
         m_said = ends[0];
         AwaitAttachment();
@@ -134,9 +128,10 @@ inline std::vector<SystemCall> CallsIn(const std::string& trace) {
     }
     std::vector<SystemCall> calls;
     for (const auto& [name, threads] : counts) {
-        const int most = std::max_element(threads.begin(), threads.end(), [](auto& a, auto& b) {
-                             return a.second < b.second;
-                         })->second;
+        int most = 0;
+        for (const auto& [thread, count] : threads) {
+            most = std::max(most, count);
+        }
         for (int number = 1; number <= most; ++number) {
             calls.push_back({name, number});
         }
