@@ -181,7 +181,6 @@ TEST_F(LoadFileTest, FindsNamesInAnyCaseAndRefusesFilesBeyondTheLimitUnread) {
     EXPECT_EQ(FaultOf(m_folder.Path("none.xml")), Fault::NotFound);
     EXPECT_EQ(m_document.LastError().errorCode, 0x800C0006U);
     EXPECT_EQ(FaultOf(m_folder.Path("clip")), Fault::IsFolder);
-    EXPECT_EQ(FaultOf(""), Fault::NotFound);
     const std::string small = m_folder.Write("small.xml", "<a>" + std::string(993, 'x') + "</a>");
     SetMaxXmlFileSize(1000);
     EXPECT_TRUE(m_document.LoadFile(small));
@@ -203,7 +202,8 @@ TEST_F(LoadFileTest, MediumThatFailsInMidFileIsNoShortDocument) {
     EXPECT_EQ(FaultOf(m_large), Fault::Unreadable);
     files.HealAll();
     files.Fail({.operation = test::Operation::ReadBlock, .skip = 2});
-    EXPECT_FALSE(m_document.LoadFile(m_folder.Write("broken.xml", "<a></b>" + m_text)));
+    EXPECT_FALSE(
+        m_document.LoadFile(m_folder.Write("broken.xml", "<a>" + std::string(m_text.size(), '&'))));
     EXPECT_EQ(m_document.LastError().fault, Fault::NotWellFormed) << "nothing is read behind it";
     files.HealAll();
     files.Fail({.operation = test::Operation::Read});

@@ -85,9 +85,6 @@ TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
         {kElement + Turns(30, "<xs:attributeGroup name='n#'><xs:attributeGroup ref='n@'/>"
                               "<xs:attributeGroup ref='n@'/></xs:attributeGroup>"),
          false},
-        {kElement + Turns(40, "<xs:simpleType name='n#'><xs:union memberTypes='n@ n@'/>"
-                              "</xs:simpleType>"),
-         false},
         {kElement + Turns(300, "<xs:element name='n#' substitutionGroup='r'/>"), false},
         {inElement(Turns(2500, "<xs:element name='n#' minOccurs='0'/>")), false},
         {counted(2), true},
@@ -113,7 +110,6 @@ TEST(Schema, PatternsThatTryEveryWayAreRefusedForValuesWithTooManyWays) {
     const std::tuple<std::string, std::string, std::uint32_t> table[] = {
         {"[0-9]{2}(:[0-9]{2}){3}", "10:00:00:24", 0},
         {"[^&lt;-[aeiou]]*\\p{L}", "xy", 0},
-        {".*\\.(mxf|MXF)", "0001AA.MXF", 0},
         {"[a-z ]*", long1, 0},
         {"(a*)*b", aaa, kInvalid},
         {"a*a*a*b", long1, kNoGrammar},
@@ -147,9 +143,7 @@ void ValidateDeepOnes() {
     for (const auto& [count, levels] : {std::pair{60, 240U}, {250, 1U}, {1, 70U}}) {
         EXPECT_EQ(codeOf(groups(count, levels)), kNoGrammar) << count << " of " << levels;
     }
-    EXPECT_EQ(codeOf("<xs:annotation>" + Repeated("<a>", 200) + Repeated("</a>", 200) +
-                     "</xs:annotation>"),
-              kNoGrammar);
+    EXPECT_EQ(codeOf(Repeated("<a>", 200) + Repeated("</a>", 200)), kNoGrammar);
     EXPECT_EQ(codeOf(groups(10, 3)) + codeOf(groups(1, 50)), 0U);
     const std::string taken = PatternSchema(Repeated("(", 30) + "x" + Repeated(")", 30));
     EXPECT_EQ(Validated("<r>x</r>", taken).errorCode, 0U);
