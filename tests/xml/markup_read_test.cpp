@@ -88,8 +88,8 @@ TEST_F(MarkupQuery, AttributeByLocalName) {
     };
     for (const auto& [path, attribute, value] : table) {
         EXPECT_EQ(m_reader.GetNodeAttribute(path, attribute), value) << CString(attribute);
-        EXPECT_EQ(m_debug.Take(), Texts()) << CString(path);
     }
+    EXPECT_EQ(m_debug.Take(), Texts());
     EXPECT_EQ(m_reader.GetNodeAttribute(L"//None", L"x"), L"");
     EXPECT_EQ(m_debug.Take(), Texts{L"selectSingleNode Failed"});
     EXPECT_EQ(m_reader.GetNodeAttribute(L"//[", L"x"), L"");
@@ -232,9 +232,8 @@ TEST(Base64, EveryLengthComesBackAndForeignCharactersAreSkipped) {
         bytes.push_back(static_cast<char>((length * 37 + 101) & 0xFFU));
     }
     unsigned char byte = 0;
-    EXPECT_TRUE(codec.TBase64Encode(&byte, -1).IsEmpty());
-    EXPECT_TRUE(codec.TBase64Encode(&byte, 536'870'912).IsEmpty());
-    EXPECT_TRUE(codec.TBase64Encode(nullptr, 5).IsEmpty());
+    EXPECT_EQ(codec.TBase64Encode(&byte, -1) + codec.TBase64Encode(&byte, 536'870'912), L"");
+    EXPECT_EQ(codec.TBase64Encode(nullptr, 5), L"");
     const std::pair<CString, const char*> table[] = {
         {L" Q=U\r\nJ\tD= ", "ABC"}, {L"Q-U_J*D\u00E4\u7D20", "ABC"},
         {L"QUJDR", "ABC"},          {L"QUI=QUI=", "AB\x10P"},
@@ -245,8 +244,6 @@ TEST(Base64, EveryLengthComesBackAndForeignCharactersAreSkipped) {
     }
     CString foreign = L"\u7D20a";
     EXPECT_EQ(codec.TBase64Encode(foreign), L"P2E=") << "? for what 8 bits cannot hold";
-    CString withZero = L"QUIAQUI=";
-    EXPECT_EQ(codec.TBase64Decode(withZero), L"AB");
 }
 
 } // namespace
