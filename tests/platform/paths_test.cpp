@@ -198,7 +198,7 @@ TEST_F(PlaceTest, ListsEachFolderOnceAndAsksNoMoreThanItMust) {
     }
     m_files.ResetCalls();
     m_files.Fail({.error = IoError::Device});
-    EXPECT_FALSE(PathExists(m_folder.Path("CONTENTS")));
+    EXPECT_FALSE(FindExisting(m_folder.Path("CONTENTS")));
     EXPECT_EQ(m_files.Calls(), 1U) << "the medium failed";
 }
 

@@ -12,7 +12,6 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace nqp2::dom {
 
@@ -37,23 +36,9 @@ public:
     }
 };
 
-inline std::string TextOf(const Node& node) {
-    std::string scratch;
-    return std::string(Text(node, scratch));
-}
-
-inline std::vector<std::string> TextsOf(const std::vector<Node*>& nodes) {
-    std::vector<std::string> texts;
-    for (const Node* const node : nodes) {
-        texts.push_back(TextOf(*node));
-    }
-    return texts;
-}
-
 inline std::string Repeated(std::string_view text, std::size_t times) {
     std::string all;
-    all.reserve(text.size() * times);
-    for (std::size_t i = 0; i < times; ++i) {
+    while (times-- > 0) {
         all.append(text);
     }
     return all;

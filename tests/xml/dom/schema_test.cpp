@@ -20,7 +20,8 @@ std::string Schema(std::string_view body, std::string_view rootAttributes = {}) 
     return text.append(rootAttributes).append(">").append(body).append("</xs:schema>");
 }
 
-const std::string kNumber = Schema("<xs:element name='r' type='xs:int'/>");
+const std::string kElement = "<xs:element name='r' type='xs:int'/>";
+const std::string kNumber = Schema(kElement);
 
 ParseError Validated(std::string_view document, const std::string& schema) {
     const LoadedDocument loaded(document, SelectionRule::Names::Namespace);
@@ -28,28 +29,18 @@ ParseError Validated(std::string_view document, const std::string& schema) {
 }
 
 TEST(Schema, TellsDocumentsThatFitAndTakesOneSchemaFileWithoutNamespace) {
-    const std::string element = "<xs:element name='r' type='xs:int'/>";
     const std::string fits = "<r>12</r>";
     const std::tuple<std::string, std::string, std::uint32_t> table[] = {
-        {fits, kNumber, 0},
         {"<?xml version='1.0' encoding='UTF-16'?><r>12</r>", kNumber, 0},
         {"<r>x</r>", kNumber, kInvalid},
-        {"<s>12</s>", kNumber, kInvalid},
         {"<r xmlns='u'>12</r>", kNumber, kInvalid},
-        {"<r a='1'>12</r>", kNumber, kInvalid},
         {fits, "", kNoGrammar},
-        {fits, "<r>", kNoGrammar},
-        {fits, "<r/>", kNoGrammar},
         {fits, "<!DOCTYPE s [<!ENTITY e SYSTEM 'file:///etc/hostname'>]>" + kNumber, kNoGrammar},
         {fits, Schema("<xs:element name='r' type='none'/>"), kNoGrammar},
-        {fits, Schema(element, "targetNamespace='u'"), kNoGrammar},
-        {fits, Schema("<xs:include schemaLocation='other.xsd'/>" + element), kNoGrammar},
-        {fits, Schema("<xs:redefine schemaLocation='other.xsd'/>" + element), kNoGrammar},
-        {fits, Schema("<xs:import namespace='u' schemaLocation='o.xsd'/>" + element), kNoGrammar},
-        {fits,
-         Schema(element, "xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
-                         "i:schemaLocation='http://www.w3.org/2001/XMLSchema s.xsd'"),
-         0},
+        {fits, Schema(kElement, "targetNamespace='u'"), kNoGrammar},
+        {fits, Schema("<xs:include schemaLocation='other.xsd'/>" + kElement), kNoGrammar},
+        {fits, Schema("<xs:redefine schemaLocation='other.xsd'/>" + kElement), kNoGrammar},
+        {fits, Schema("<xs:import namespace='u' schemaLocation='o.xsd'/>" + kElement), kNoGrammar},
         {fits, "<?xml version='1.0' encoding='ISO-8859-1'?><!-- \xE4 -->" + kNumber, 0},
     };
     ::testing::internal::CaptureStderr();
@@ -75,53 +66,34 @@ std::string Turns(int count, std::string_view pattern) {
 }
 
 TEST(Schema, WhatWouldTakeLongToCompileIsRefused) {
-    const std::string element = "<xs:element name='r' type='xs:int'/>";
     const auto inElement = [](const std::string& body) {
         return "<xs:element name='r'><xs:complexType><xs:sequence>" + body +
                "</xs:sequence></xs:complexType></xs:element>";
     };
-    const auto withPattern = [&](int length) {
-        return element + "<xs:simpleType name='p'><xs:restriction base='xs:string'>" +
-               "<xs:pattern value='" + Turns(length, "ab") + "'/></xs:restriction></xs:simpleType>";
-    };
     const auto counted = [&](int levels) {
-        return element + "<xs:complexType name='c'>" +
-               Turns(levels, "<xs:sequence maxOccurs='9'>") +
-               "<xs:element name='a' minOccurs='0'/>" + Turns(levels, "</xs:sequence>") +
-               "</xs:complexType>";
+        return inElement(Turns(levels, "<xs:sequence maxOccurs='9'>") +
+                         "<xs:element name='a' minOccurs='0'/>" + Turns(levels, "</xs:sequence>"));
     };
     constexpr const char* kDoubled = "<xs:group name='n#'><xs:sequence><xs:group ref='n@'/>"
                                      "<xs:group ref='n@'/></xs:sequence></xs:group>";
     const std::string groups =
-        element +
+        kElement +
         "<xs:group name='n0'><xs:sequence><xs:element name='a'/></xs:sequence></xs:group>";
     const std::pair<std::string, bool> table[] = {
         {groups + Turns(3, kDoubled), true},
         {groups + Turns(40, kDoubled), false},
-        {element + Turns(30, "<xs:attributeGroup name='n#'><xs:attributeGroup ref='n@'/>"
-                             "<xs:attributeGroup ref='n@'/></xs:attributeGroup>"),
+        {kElement + Turns(30, "<xs:attributeGroup name='n#'><xs:attributeGroup ref='n@'/>"
+                              "<xs:attributeGroup ref='n@'/></xs:attributeGroup>"),
          false},
-        {element + Turns(40, "<xs:simpleType name='n#'><xs:union memberTypes='n@ n@'/>"
-                             "</xs:simpleType>"),
-         false},
-        {element + "<xs:complexType name='n0'/>" +
-             Turns(100, "<xs:complexType name='n#'><xs:complexContent>"
-                        "<xs:extension base='n@'/></xs:complexContent></xs:complexType>"),
-         false},
-        {element + Turns(300, "<xs:element name='n#' substitutionGroup='r'/>"), false},
+        {kElement + Turns(300, "<xs:element name='n#' substitutionGroup='r'/>"), false},
         {inElement(Turns(2500, "<xs:element name='n#' minOccurs='0'/>")), false},
-        {inElement(Turns(50, "<xs:choice minOccurs='0' maxOccurs='unbounded'>"
-                             "<xs:element name='n#' maxOccurs='unbounded'/></xs:choice>")),
-         false},
         {counted(2), true},
         {counted(3), false},
-        {withPattern(90), true},
-        {withPattern(9000), false},
-        {element + "<!--" + std::string(300'000, ' ') + "-->", false},
+        {kElement + "<!--" + std::string(300'000, ' ') + "-->", false},
     };
     for (const auto& [body, taken] : table) {
-        const ParseError error = Validated("<r>12</r>", Schema(body));
-        EXPECT_EQ(error.errorCode, taken ? 0 : kNoGrammar) << body.substr(0, 200) << error.reason;
+        const ParseError error = Validated("<r/>", Schema(body));
+        EXPECT_EQ(error.errorCode == kNoGrammar, !taken) << body.substr(0, 200) << error.reason;
         EXPECT_TRUE(taken || error.reason.find("too") != std::string::npos) << error.reason;
     }
 }
@@ -137,66 +109,44 @@ TEST(Schema, PatternsThatTryEveryWayAreRefusedForValuesWithTooManyWays) {
     const std::string long1(100'000, 'a');
     const std::tuple<std::string, std::string, std::uint32_t> table[] = {
         {"[0-9]{2}(:[0-9]{2}){3}", "10:00:00:24", 0},
-        {"(\\+|-)?\\d{1,9}(\\.\\d+)?", "-12.5", 0},
         {"[^&lt;-[aeiou]]*\\p{L}", "xy", 0},
-        {".*\\.(mxf|MXF)", "0001AA.MXF", 0},
-        {"(foo|bar|baz){1,3}", "foobar", 0},
         {"[a-z ]*", long1, 0},
         {"(a*)*b", aaa, kInvalid},
-        {"([0-9]+,)*[0-9]+", "1,22,333", 0},
         {"a*a*a*b", long1, kNoGrammar},
         {"(a|aa)*b", aaa, kNoGrammar},
         {"(a{1,9}){1,99}b", aaa, kNoGrammar},
-        {std::string("a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?a?") + "aaaaaaaaaaaab",
-         aaa, kNoGrammar},
-        {".*a.*a.*b", long1, kNoGrammar},
-        {"(", "a", kNoGrammar},
+        {Turns(27, "a?") + "aaaab", aaa, kNoGrammar},
+        {Turns(4500, "ab"), "a", kNoGrammar},
         {"a{99999999999}", "a", kNoGrammar},
     };
     for (const auto& [pattern, value, code] : table) {
-        std::string document = "<r>" + value;
-        document += "</r>";
+        const std::string document = std::string("<r>").append(value).append("</r>");
         EXPECT_EQ(Validated(document, PatternSchema(pattern)).errorCode, code) << pattern;
     }
 }
 
-void ExpectRefusedInTime(const std::string& body) {
-    EXPECT_EQ(Validated("<r>12</r>", Schema(body)).errorCode, kNoGrammar) << body.substr(0, 200);
-}
-
 /// What is taken must be bearable for a small stack as well.
 void ValidateDeepOnes() {
-    const std::string element = "<xs:element name='r' type='xs:int'/>";
-    const std::string brackets = std::string(100'000, '(') + std::string(100'000, ')');
-    const std::string fewer = std::string(90, '(') + std::string(90, ')');
-    for (const std::string& pattern : {brackets, fewer, "(" + brackets}) {
-        ExpectRefusedInTime(element + "<xs:annotation><xs:appinfo><pattern value='" + pattern +
-                            "'/></xs:appinfo></xs:annotation>");
-        ExpectRefusedInTime(element + "<pattern value='" + pattern + "'/>");
+    const auto codeOf = [](const std::string& body) {
+        return Validated("<r>12</r>", Schema(kElement + body)).errorCode;
+    };
+    for (const std::size_t depth : {90U, 100'000U}) {
+        EXPECT_EQ(codeOf("<pattern value='" + Repeated("(", depth) + Repeated(")", depth) + "'/>"),
+                  kNoGrammar);
     }
-    const auto nested = [](int levels, const std::string& inner) {
-        return Turns(levels, "<xs:sequence>") + inner + Turns(levels, "</xs:sequence>");
+    const auto groups = [](int count, std::size_t levels) {
+        return "<xs:group name='n0'><xs:sequence/></xs:group>" +
+               Turns(count, "<xs:group name='n#'>" + Repeated("<xs:sequence>", levels) +
+                                "<xs:group ref='n@'/>" + Repeated("</xs:sequence>", levels) +
+                                "</xs:group>");
     };
-    const auto groups = [&](int count, int levels) {
-        std::string body = element + "<xs:group name='n0'><xs:sequence/></xs:group>";
-        for (int i = 1; i <= count; ++i) {
-            body += "<xs:group name='n" + std::to_string(i) + "'>" +
-                    nested(levels, "<xs:group ref='n" + std::to_string(i - 1) + "'/>") +
-                    "</xs:group>";
-        }
-        return body;
-    };
-    ExpectRefusedInTime(groups(60, 240));
-    ExpectRefusedInTime(groups(250, 1));
-    ExpectRefusedInTime(groups(1, 70));
-    ExpectRefusedInTime(element + "<xs:annotation>" + Turns(200, "<a>") + Turns(200, "</a>") +
-                        "</xs:annotation>");
-    EXPECT_EQ(Validated("<r>12</r>", Schema(groups(10, 3))).errorCode, 0U);
-    EXPECT_EQ(Validated("<r>12</r>", Schema(groups(1, 50))).errorCode, 0U);
-    EXPECT_EQ(
-        Validated("<r>x</r>", PatternSchema(std::string(30, '(') + "x" + std::string(30, ')')))
-            .errorCode,
-        0U);
+    for (const auto& [count, levels] : {std::pair{60, 240U}, {250, 1U}, {1, 70U}}) {
+        EXPECT_EQ(codeOf(groups(count, levels)), kNoGrammar) << count << " of " << levels;
+    }
+    EXPECT_EQ(codeOf(Repeated("<a>", 200) + Repeated("</a>", 200)), kNoGrammar);
+    EXPECT_EQ(codeOf(groups(10, 3)) + codeOf(groups(1, 50)), 0U);
+    const std::string taken = PatternSchema(Repeated("(", 30) + "x" + Repeated(")", 30));
+    EXPECT_EQ(Validated("<r>x</r>", taken).errorCode, 0U);
 }
 
 TEST(Schema, NoDepthIsTooMuchForASmallStack) {
@@ -215,16 +165,19 @@ TEST(Schema, NothingIsOpenedThatADocumentOrAnImportNames) {
     const std::string other = folder.Path("other.xsd");
     const std::string named = "<xs:element name='s' type='xs:int'/>";
     folder.Write("other.xsd", Schema(named));
-    const std::string document = "<s xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
-                                 "i:noNamespaceSchemaLocation='" +
-                                 other + "'>12</s>";
-    EXPECT_EQ(Validated(document, kNumber).errorCode, kInvalid);
-    folder.Write("other.xsd", Schema(named, "targetNamespace='" + other + "'"));
-    const std::string importing = Schema(
-        "<xs:import namespace='" + other + "'/><xs:element name='r'><xs:complexType>" +
-            "<xs:sequence><xs:element ref='q:s'/></xs:sequence></xs:complexType></xs:element>",
-        "xmlns:q='" + other + "'");
-    EXPECT_EQ(Validated("<r><s xmlns='" + other + "'>12</s></r>", importing).errorCode, kNoGrammar);
+    EXPECT_EQ(Validated("<s xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
+                        "i:noNamespaceSchemaLocation='" +
+                            other + "'>12</s>",
+                        kNumber)
+                  .errorCode,
+              kInvalid);
+    const std::string type =
+        "<xs:simpleType name='t'><xs:restriction base='xs:int'/></xs:simpleType>";
+    folder.Write("other.xsd", Schema(type, "targetNamespace='" + other + "'"));
+    const std::string importing =
+        Schema("<xs:import namespace='" + other + "'/><xs:element name='r' type='q:t'/>",
+               "xmlns:q='" + other + "'");
+    EXPECT_EQ(Validated("<r>12</r>", importing).errorCode, kNoGrammar);
 }
 
 TEST(Schema, TwoThreadsMayStartAtOnce) {

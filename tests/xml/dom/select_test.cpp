@@ -14,67 +14,51 @@ namespace nqp2::dom {
 namespace {
 
 using Names = SelectionRule::Names;
-using Texts = std::vector<std::string>;
-
-using Question = std::pair<const char*, Texts>;
-
 constexpr const char* kCatalogue =
     "<r xmlns='u' xmlns:p='v' xml:lang='de'><a x='1'>A</a><p:a p:x='2' y='3'>B</p:a>"
     "<a><b xmlns='w'>C</b>D<![CDATA[E]]></a><!--F--><?i G?></r>";
 
-TEST(Select, AnswersAnyExpressionByQualifiedNames) {
-    const LoadedDocument document(kCatalogue);
-    const Question table[] = {
-        {"//a[1]", {"A"}},
-        {"/r/a[2]/b", {"C"}},
-        {"//a/b | //p:a", {"B", "C"}},
-        {"//a[b]", {"CDE"}},
-        {"//p:*", {"B"}},
-        {"//*[@p:x='2']", {"B"}},
-        {"//@p:x", {"2"}},
-        {"//@*", {"de", "1", "2", "3"}},
-        {"//@xml:lang", {"de"}},
-        {"//@lang", {}},
-        {"//\xE7\xB4\xA0", {}},
-        {"//q:a[1]", {}},
-        {"//a[name()='a'][2]/text()", {"D", "E"}},
-        {"//*[name()='p:a']", {"B"}},
-        {"//b/ancestor::a/preceding-sibling::p:a", {"B"}},
-        {"//*[.=\"it's p:a\"]", {}},
-        {"//comment()", {"F"}},
-        {"//processing-instruction()", {"G"}},
-        {"/", {"ABCDE"}},
-    };
-    for (const auto& [path, answer] : table) {
-        EXPECT_EQ(TextsOf(SelectAll(document.Top(), path)), answer) << path;
+std::string TextsAt(const LoadedDocument& document, std::string_view path) {
+    std::string texts;
+    std::string scratch;
+    for (const Node* const node : SelectAll(document.Top(), path)) {
+        texts.append(Text(*node, scratch)).append(" ");
     }
+    return texts;
 }
 
-TEST(Select, AnswersByNamespaceWithBoundPrefixes) {
-    LoadedDocument document(kCatalogue, Names::Namespace);
-    ASSERT_TRUE(document.SetSelectionNamespaces("xmlns:m='u' xmlns:n='v' xmlns:o='w'"));
-    const Question table[] = {
-        {"//a", {}},           {"//a[1]", {}},   {"//m:a", {"A", "CDE"}},
-        {"//m:a[2]", {"CDE"}}, {"//n:a", {"B"}}, {"//n:a[@n:x]", {"B"}},
-        {"//o:b", {"C"}},      {"//m:b[1]", {}}, {"//@xml:lang", {"de"}},
-        {"//@lang", {}},       {"//@y", {"3"}},
+TEST(Select, AnswersAnyExpressionByQualifiedNamesOrByNamespace) {
+    const LoadedDocument qualified(kCatalogue);
+    LoadedDocument byNamespace(kCatalogue, Names::Namespace);
+    ASSERT_TRUE(byNamespace.SetSelectionNamespaces("xmlns:m='u' xmlns:n='v' xmlns:o='w'"));
+    const std::tuple<const LoadedDocument&, const char*, const char*> table[] = {
+        {qualified, "//a[1]", "A "},
+        {qualified, "//a/b | //p:a", "B C "},
+        {qualified, "//@*", "de 1 2 3 "},
+        {qualified, "//@xml:lang", "de "},
+        {qualified, "//@lang", ""},
+        {qualified, "//q:a[1]", ""},
+        {qualified, "//a[2]/text()", "D E "},
+        {qualified, "//*[name()='p:a'][@p:x='2']", "B "},
+        {qualified, "//b/ancestor::a/preceding-sibling::p:a", "B "},
+        {qualified, "//comment() | //processing-instruction()", "F G "},
+        {byNamespace, "//a[1]", ""},
+        {byNamespace, "//m:a", "A CDE "},
+        {byNamespace, "//m:a[2]", "CDE "},
+        {byNamespace, "//n:a[@n:x]", "B "},
+        {byNamespace, "//@xml:lang", "de "},
     };
-    for (const auto& [path, answer] : table) {
-        EXPECT_EQ(TextsOf(SelectAll(document.Top(), path)), answer) << path;
+    for (const auto& [document, path, answer] : table) {
+        EXPECT_EQ(TextsAt(document, path), answer) << path;
     }
 }
 
 TEST(Select, ThrowsForWhatIsNoSetOfNodes) {
     testing::internal::CaptureStderr();
     const LoadedDocument document("<a/>");
-    for (const char* path : {"", "//", "//a[", "a b", "count(//a)", "'text'", "1+1", "true()",
-                             "nothing()", "p:nothing(//a)", "$v", "//a[$v]", "id('"}) {
-        try {
-            SelectAll(document.Top(), path);
-            ADD_FAILURE() << path << " is no error";
-        } catch (const _com_error& error) {
-            EXPECT_EQ(error.Error(), E_FAIL);
-        }
+    for (const char* path : {"", "//", "a b", "count(//a)", "'text'", "1+1", "true()",
+                             "p:nothing(//a)", "//a[$v]", "id('"}) {
+        EXPECT_THROW(SelectAll(document.Top(), path), _com_error) << path;
     }
     const LoadedDocument many("<a>" + Repeated("<b/>", 20'000) + "</a>");
     EXPECT_THROW(SelectAll(many.Top(), "//b[count(//b[count(//b) > 1]) > 1]"), _com_error)
@@ -84,19 +68,14 @@ TEST(Select, ThrowsForWhatIsNoSetOfNodes) {
 
 TEST(Select, AsksFromEveryKindOfNode) {
     const LoadedDocument document(kCatalogue);
-    for (const char* path :
-         {"//@y", "//@p:x", "//a/text()", "//comment()", "//processing-instruction()"}) {
-        SCOPED_TRACE(path);
+    for (const char* path : {"//@y", "//@p:x", "//a/text()", "//comment()"}) {
         Node& context = document.First(path);
-        EXPECT_EQ(SelectFirst(context, "a"), nullptr);
-        EXPECT_EQ(SelectFirst(context, "./a"), nullptr);
-        EXPECT_EQ(SelectFirst(context, "."), &context);
-        EXPECT_EQ(SelectFirst(context, ".."), context.parent);
-        EXPECT_EQ(SelectFirst(context, "//b"), &document.First("//b"));
+        EXPECT_EQ(SelectFirst(context, "./a"), nullptr) << path;
+        EXPECT_EQ(SelectFirst(context, "."), &context) << path;
+        EXPECT_EQ(SelectFirst(context, ".."), context.parent) << path;
+        EXPECT_EQ(SelectFirst(context, "//b"), &document.First("//b")) << path;
     }
-    Node& declaration = *document.First("r").FirstAttribute();
-    EXPECT_EQ(SelectAll(declaration, "b").size(), 0U);
-    EXPECT_THROW(SelectAll(declaration, "./b"), _com_error);
+    EXPECT_THROW(SelectAll(*document.First("r").FirstAttribute(), "./b"), _com_error);
 }
 
 /// Every path of up to three steps of these names, from the context, the top and anywhere.
@@ -161,29 +140,7 @@ TEST(WalkPath, SeesEveryChangeOfTheTree) {
     tree.Unlink(*second.FirstChild());
     EXPECT_EQ(SelectAll(document.Top(), "//a/b").size(), 1U);
     ASSERT_TRUE(document.LoadText("<r><a><a><b>2</b></a><b>3</b></a></r>"));
-    EXPECT_EQ(TextsOf(SelectAll(document.Top(), "//a/b")), (std::vector<std::string>{"2", "3"}));
-}
-
-TEST(PathSet, FindsWhatEachPathAloneWouldFind) {
-    constexpr std::string_view kPaths[] = {"A",     "A/B",     "A/B/C", "A/D", "E",  "A/B/C/C",
-                                           "p:A/B", "A/B/C/D", "none",  "B",   "C/A"};
-    const PathSet set(kPaths);
-    const char* const documents[] = {
-        "<r/>",
-        "<r><A/><A><B>1</B><B>2<C>3</C></B></A><A><D>4</D></A><E>5</E></r>",
-        "<r xmlns='u' xmlns:p='v'>x<p:A><B>1</B></p:A><!--A--><A><B><C><C>2</C></C></B></A></r>",
-        "<r><A><A><B>1</B></A><B><B><C>2</C></B></B></A><B>3<C/></B><C><A>4</A></C></r>",
-        "<r><A><B><D/></B></A><A><B><C/></B></A><A><B><C><D>1</D></C></B></A><none.>x</none.></r>",
-    };
-    for (const char* const text : documents) {
-        const LoadedDocument document(text);
-        Node& root = *document.Nodes().Root();
-        std::vector<Node*> found(std::size(kPaths), &root);
-        set.Find(root, found);
-        for (std::size_t i = 0; i < found.size(); ++i) {
-            EXPECT_EQ(found[i], SelectFirst(root, kPaths[i])) << kPaths[i] << " in " << text;
-        }
-    }
+    EXPECT_EQ(TextsAt(document, "//a/b"), "2 3 ");
 }
 
 } // namespace
