@@ -70,21 +70,18 @@ TEST(IconBitmap, TakesThePlaceOfTheOldOneWhenThePixelsFitTheSize) {
 }
 
 TEST(FreeClipName, CountsUpThroughTheNumbers) {
-    struct Case {
-        const wchar_t* wanted;
-        const wchar_t* free;
-    };
-    const Case cases[] = {{L"0001AB", L"0002AB"}, {L"9999zz", L"0001zz"}, {L"holiday", L"0001AA"},
-                          {L"12345", L"0001AA"},  {L"0004AB", L"0006AB"}, {L"00x1AB", L"0001AA"}};
     ClipNames names;
     names.Take(L"0005ab");
-    for (const Case& each : cases) {
-        EXPECT_EQ(names.FindFree(each.wanted), each.free) << CString(each.wanted);
+    for (const auto& [wanted, free] : std::map<CString, CString>{{L"0001AB", L"0002AB"},
+                                                                 {L"9999zz", L"0001zz"},
+                                                                 {L"holiday", L"0001AA"},
+                                                                 {L"12345", L"0001AA"},
+                                                                 {L"0004AB", L"0006AB"},
+                                                                 {L"00x1AB", L"0001AA"}}) {
+        EXPECT_EQ(names.FindFree(wanted), free) << wanted;
     }
     for (int number = 1; number <= 9999; ++number) {
-        CString name;
-        name.Format(L"%04dAB", number);
-        names.Take(name);
+        names.Take(Name((std::to_string(10000 + number).substr(1) + "AB").c_str()));
     }
     EXPECT_NE(ErrorOf([&] { static_cast<void>(names.FindFree(L"0001AB")); }), "");
 }

@@ -106,7 +106,6 @@ bool WriteMovie(const std::string& path, const char* container, const TestEncodi
     video->codecpar->format = encoding.pixels;
     video->avg_frame_rate = encoding.rate;
     video->time_base = av_inv_q(encoding.rate);
-    video->sample_aspect_ratio = video->codecpar->sample_aspect_ratio = {16, 15};
     AVStream* const sound = AddStream(*format, AVMEDIA_TYPE_AUDIO, AV_CODEC_ID_PCM_S16LE);
     sound->codecpar->sample_rate = 48000;
     sound->codecpar->block_align = 4;
@@ -115,7 +114,6 @@ bool WriteMovie(const std::string& path, const char* container, const TestEncodi
     sound->time_base = {1, 48000};
     av_dict_set(&video->metadata, "timecode", "01:02:03:04", 0);
     av_dict_set(&format->metadata, "title", "A walk", 0);
-    av_dict_set(&format->metadata, "creation_time", "2026-11-21T08:05:09Z", 0);
     bool isSound = avformat_write_header(format, nullptr) >= 0;
     for (int i = 0; isSound && i < frames; ++i) {
         isSound = WritePacket(*format, 0, av_inv_q(encoding.rate), i,

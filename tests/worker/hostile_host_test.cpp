@@ -31,27 +31,23 @@ public:
     RawHost() {
         constexpr std::uint32_t kSmall = 20480;
         constexpr std::uint32_t kPatience = 10000;
-        m_requests = Host().CreateChannel(bridge::kProxyChannelId, test::kRequestSize,
-                                          test::kRequestSize, kPatience, kPatience);
-        m_callback = Host().OpenSubChannel(m_requests, bridge::kProxyChannelId, kSmall, kSmall,
-                                           kForEver, kForEver);
-        m_server = Host().OpenSubChannel(m_callback, bridge::kRequestServerId, kSmall, kSmall,
+        requests = Host().CreateChannel(bridge::kProxyChannelId, test::kRequestSize,
+                                        test::kRequestSize, kPatience, kPatience);
+        callback = Host().OpenSubChannel(requests, bridge::kProxyChannelId, kSmall, kSmall,
                                          kForEver, kForEver);
-        EXPECT_TRUE(m_requests != 0 && m_callback != 0 && m_server != 0);
+        server = Host().OpenSubChannel(callback, bridge::kRequestServerId, kSmall, kSmall, kForEver,
+                                       kForEver);
+        EXPECT_TRUE(requests != 0 && callback != 0 && server != 0);
     }
     RawHost(const RawHost&) = delete;
     RawHost& operator=(const RawHost&) = delete;
     ~RawHost() { Close(); }
 
     void Close() {
-        for (ChannelHandle* each : {&m_requests, &m_callback, &m_server}) {
+        for (ChannelHandle* each : {&requests, &callback, &server}) {
             Host().CloseChannel(each);
         }
     }
-    [[nodiscard]] ChannelHandle Requests() const { return m_requests; }
-    [[nodiscard]] ChannelHandle Callback() const { return m_callback; }
-    [[nodiscard]] ChannelHandle Server() const { return m_server; }
-
     /// False when the worker is gone or does not take it, which is waited for or not.
     static bool Send(ChannelHandle channel, std::uint32_t id, const Bytes& bytes,
                      bool waits = false) {
@@ -68,14 +64,13 @@ public:
     }
     /// Whether the worker answers under the same number.
     [[nodiscard]] bool IsAnswered(std::uint32_t id, const Bytes& bytes) const {
-        return Send(m_requests, id, bytes, true) &&
-               test::NextId(Host(), m_requests) == static_cast<std::int32_t>(id);
+        return Send(requests, id, bytes, true) &&
+               test::NextId(Host(), requests) == static_cast<std::int32_t>(id);
     }
 
-private:
-    ChannelHandle m_requests = 0;
-    ChannelHandle m_callback = 0;
-    ChannelHandle m_server = 0;
+    ChannelHandle requests = 0;
+    ChannelHandle callback = 0;
+    ChannelHandle server = 0;
 };
 
 class HostileHostTest : public testing::Test {
@@ -104,11 +99,9 @@ protected:
         const unsigned char pixels[12] = {};
         const CString root = m_stage.To();
         return {
-            {MessageId::SetSystemType, Saved(bridge::SystemTypeMessage{{}, 1, 0})},
             {MessageId::ImportFile, Saved(bridge::ImportFileMessage{{}, info, 0})},
             {MessageId::ExportFile, Saved(bridge::ExportFileMessage{{}, info, names, 0})},
             {MessageId::DeleteFile, Saved(bridge::TextPairMessage{{}, L"0001AB", root, 0})},
-            {MessageId::GetUploadOffset, Saved(bridge::UploadOffsetMessage())},
             {MessageId::SetRTExportParam, Saved(parameters)},
             {MessageId::StartRTExport, Saved(bridge::ValueMessage{{}, 1, 0})},
             {MessageId::AddRTExportAVDataForBuf, Saved(bridge::BufferMessage{{}, 9, 0, pixels, 9})},
@@ -117,9 +110,7 @@ protected:
             {MessageId::StopRTExport, Saved(bridge::StopRTExportMessage())},
             {MessageId::CreateIconBmp,
              Saved(bridge::IconMessage{{}, root, L"0001AB", {2, 2}, pixels, 0})},
-            {MessageId::SetWriteBlockSize, Saved(bridge::ValueMessage{{}, 4096, 0})},
             {MessageId::GetP2SerialNumber, Saved(bridge::TextPairMessage{{}, root, L"", 0})},
-            {MessageId::GetLastError, Saved(bridge::ErrorTextMessage{{}, L"text", 0})},
             {MessageId::RecordedClips, Saved(bridge::ErrorTextMessage{{}, L"text", 0})},
             {MessageId::GetP2BaseClipInfo, Saved(bridge::BaseClipInfoMessage{{}, root, {}, 0})},
         };
@@ -147,14 +138,13 @@ TEST_F(HostileHostTest, EveryRequestIsAnsweredHoweverItIsCut) {
 }
 
 TEST_F(HostileHostTest, FloodsAndSilenceHoldUpNobodyElse) {
-    const auto requests = Requests();
+    const auto all = Requests();
     RawHost host;
     for (std::uint32_t i = 0; i < 3000; ++i) {
         const Bytes noise(i % 40, static_cast<unsigned char>(i % 3 == 0 ? 0xFF : i));
-        RawHost::Send(host.Callback(), i % 2 == 0 ? 20003 : 20004, noise); // answers are not read
-        RawHost::Send(host.Server(), i % 7 == 0 ? 20023 : 50 + i % 4, noise);
-        RawHost::Send(host.Requests(), Number(requests[i % requests.size()].first),
-                      requests[i % requests.size()].second);
+        RawHost::Send(host.callback, i % 2 == 0 ? 20003 : 20004, noise); // answers are not read
+        RawHost::Send(host.server, i % 7 == 0 ? 20023 : 50 + i % 4, noise);
+        RawHost::Send(host.requests, Number(all[i % all.size()].first), all[i % all.size()].second);
     }
     EXPECT_LT(test::TimeOf(
                   [] { EXPECT_TRUE(RawHost().IsAnswered(Number(MessageId::SetSystemType), {})); }),
@@ -168,8 +158,8 @@ TEST_F(HostileHostTest, AHostThatLeavesInTheMiddleIsForgotten) {
     for (const auto& [id, image] : Requests()) {
         for (const int microseconds : {0, 300, 3000}) {
             RawHost host;
-            EXPECT_TRUE(RawHost::Send(host.Callback(), 20003, Bytes(4))); // progress, unanswered
-            EXPECT_TRUE(RawHost::Send(host.Requests(), Number(id), image));
+            EXPECT_TRUE(RawHost::Send(host.callback, 20003, Bytes(4))); // progress, unanswered
+            EXPECT_TRUE(RawHost::Send(host.requests, Number(id), image));
             std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
         }
     }
