@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // The worker, and the library's process, killed at the system calls of a request; and calls of the
-// worker that fail. NQP2_KILLS=1000 takes every call of every request; a few of each are the default.
+// worker that fail. A few calls of each request are taken; NQP2_KILLS=1000 takes all.
 
 #include "tests/support/tracing.h"
 #include "tests/worker/worker_stage.h"

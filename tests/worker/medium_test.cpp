@@ -35,8 +35,6 @@ class AnyWatch final : public copy::Watch {
 
 class MediumTest : public testing::Test {
 protected:
-    MediumTest() { AddWholeClip(m_card, "0001AB"); }
-
     std::string Import(const std::string& to) { return Import(m_card.Root(), to); }
     std::string Import(const CString& from, const std::string& to) {
         const ImportRequest request = {from, L"0001AB", InterfaceRoot(to)};
@@ -58,13 +56,7 @@ protected:
         RecordingParameters parameters;
         parameters.codeType = CT_DV25_50I;
         parameters.cardRoot = InterfaceRoot(card);
-        return ErrorOf([&] {
-            Recording recording(parameters, 0, VS_50I);
-            for (const std::string& unit : units) {
-                recording.Add(unit, "");
-            }
-            recording.Finish();
-        });
+        return worker::Record(parameters, units);
     }
 
     /// A copy of the card's clip below `to`.
@@ -104,7 +96,7 @@ void WithMedium(const std::string& path, const char* size, const std::function<v
 TEST_F(MediumTest, OneThatFillsUpLeavesNothingHalf) {
     const std::vector<std::string> units = EncodePictures(kDv25Pal, 8);
     WithMedium(m_to.Path(), "1m", [&] {
-        // Somebody else takes the room between the question for it and the first byte.
+        // Another program takes the room between the question for it and the first byte.
         test::FaultyFileSystem files;
         const platform::ScopedFileSystem use(files);
         files.SetHook([&](Operation operation, const std::string&) {

@@ -40,16 +40,6 @@ protected:
                            const std::string& sound = {}) {
         return ErrorOf([&] { recording.Add(video, sound); });
     }
-    static std::string Record(const RecordingParameters& parameters,
-                              const std::vector<std::string>& units) {
-        return ErrorOf([&] {
-            Recording recording(parameters, 0, VS_50I);
-            for (const std::string& unit : units) {
-                recording.Add(unit, "");
-            }
-            recording.Finish();
-        });
-    }
     std::map<std::string, std::string> OnCard() { return FilesBelow(m_card.Folder().Path()); }
     void EmptyCard() {
         for (const char* const folder : {"CLIP", "VIDEO", "AUDIO"}) {
