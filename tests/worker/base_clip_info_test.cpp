@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 namespace nqp2::worker {
 namespace {
@@ -31,45 +30,30 @@ std::string ErrorOfReading(const std::string& path, const MediaLimits& limits = 
     return ErrorOf([&] { static_cast<void>(ReadMediaFile(path, goesOn, limits)); });
 }
 
+/// With sound and a timecode, which the files of the command line's tests lack.
 TEST(BaseClipInfo, DescribesCameraFiles) {
-    struct Case {
-        const char* name;
-        const char* container;
-        const wchar_t* codec;
-        std::int64_t timecode; ///< AVI keeps none
-    };
-    const Case cases[] = {{"00001.AVI", "avi", L"DVSD", 0},
-                          {"00002.MOV", "mov", L"DVCP", (62 * 60 + 3) * 25 + 4}};
     const test::TempFolder folder;
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.name);
-        const std::string path = folder.Path(each.name);
-        ASSERT_TRUE(WriteMovie(path, each.container, kDv25Pal, 10));
-        NQP2BaseClipInfo info;
-        info.texts.Add(L"from an earlier call");
-        const CString asked = Name(path.c_str());
-        ASSERT_EQ(Describe(asked, info), "");
-        EXPECT_EQ(info.clipText1, Name(std::string(each.name, 5).c_str()));
-        EXPECT_EQ(info.clipText3, L"A walk");
-        EXPECT_EQ(info.codec, each.codec);
-        EXPECT_EQ(info.value1, 25000);
-        EXPECT_EQ(info.value2, 10);
-        EXPECT_EQ(info.value3, each.timecode);
-        EXPECT_EQ(info.text1, L"50i");
-        EXPECT_EQ(info.text2, L"4:3");
-        EXPECT_EQ(info.text3, asked);
-        ASSERT_EQ(info.texts.GetSize(), 2);
-        EXPECT_EQ(info.texts[1], asked);
-        EXPECT_EQ(info.value4, 576 << 16 | 720);
-        EXPECT_NE(info.identifier, GUID());
-        NQP2BaseClipInfo again;
-        again.clipText1 = L"given name";
-        again.clipText2 = L"given date";
-        ASSERT_EQ(Describe(asked, again), "");
-        EXPECT_EQ(again.identifier, info.identifier);
-        EXPECT_EQ(again.clipText1, L"given name");
-        EXPECT_EQ(again.clipText2, L"given date");
-    }
+    const std::string path = folder.Path("00002.MOV");
+    ASSERT_TRUE(WriteMovie(path, "mov", kDv25Pal, 10));
+    NQP2BaseClipInfo info;
+    info.texts.Add(L"from an earlier call");
+    const CString asked = Name(path.c_str());
+    ASSERT_EQ(Describe(asked, info), "");
+    EXPECT_EQ(info.clipText1, L"00002");
+    EXPECT_EQ(info.clipText3, L"A walk");
+    EXPECT_EQ(info.codec, L"DVCP");
+    EXPECT_EQ(info.value2, 10);
+    EXPECT_EQ(info.value3, (62 * 60 + 3) * 25 + 4);
+    EXPECT_EQ(info.value4, 576 << 16 | 720);
+    ASSERT_EQ(info.texts.GetSize(), 2);
+    EXPECT_EQ(info.texts[1], asked);
+    NQP2BaseClipInfo again;
+    again.clipText1 = L"given name";
+    again.clipText2 = L"given date";
+    ASSERT_EQ(Describe(asked, again), "");
+    EXPECT_EQ(again.identifier, info.identifier);
+    EXPECT_EQ(again.clipText1, L"given name");
+    EXPECT_EQ(again.clipText2, L"given date");
 }
 
 TEST(BaseClipInfo, DescribesP2ClipsByTheirMetadata) {
@@ -89,9 +73,7 @@ TEST(BaseClipInfo, DescribesP2ClipsByTheirMetadata) {
     EXPECT_EQ(info.clipText1, L"0001AB");
     EXPECT_EQ(info.clipText3, L"Interview");
     EXPECT_EQ(info.codec, L"DV50_422");
-    EXPECT_EQ(info.value1, 29970);
-    EXPECT_EQ(info.value2, 250);
-    EXPECT_EQ(info.value3, 30);
+    EXPECT_TRUE(info.value1 == 29970 && info.value2 == 250 && info.value3 == 30);
     EXPECT_EQ(info.text1, L"59.94i");
     EXPECT_EQ(info.text2, L"16:9");
     EXPECT_EQ(info.text3, card.Contents() + L"VIDEO\\0001AB.MXF");
@@ -104,18 +86,13 @@ TEST(BaseClipInfo, P2ClipsWithoutIdentifierAreToldApartByTheirVideo) {
     AddWholeClip(card, "0001AB", 1);
     AddWholeClip(card, "0002AB", 1, {{"Duration", "5"}});
     AddWholeClip(card, "0003AB", 2);
-    card.AddClip("0004AB");
-    card.AddClip("0005AB");
-    std::vector<GUID> found;
-    for (const wchar_t* name : {L"0001AB", L"0002AB", L"0003AB", L"0004AB", L"0005AB"}) {
+    const auto identifier = [&](const CString& name) {
         NQP2BaseClipInfo info;
-        ASSERT_EQ(Describe(card.Contents() + L"CLIP\\" + name + L".XML", info), "") << name;
-        EXPECT_NE(info.identifier, GUID());
-        found.push_back(info.identifier);
-    }
-    EXPECT_EQ(found[0], found[1]);
-    EXPECT_NE(found[0], found[2]);
-    EXPECT_NE(found[3], found[4]) << "no video: by the metadata";
+        EXPECT_EQ(Describe(card.Contents() + L"CLIP\\" + name + L".XML", info), "");
+        return info.identifier;
+    };
+    EXPECT_EQ(identifier(L"0001AB"), identifier(L"0002AB"));
+    EXPECT_NE(identifier(L"0001AB"), identifier(L"0003AB"));
 }
 
 TEST(BaseClipInfo, FilesThatAreNoneFailWithAReason) {
@@ -123,24 +100,18 @@ TEST(BaseClipInfo, FilesThatAreNoneFailWithAReason) {
     const std::string movie = folder.Path("whole.mov");
     ASSERT_TRUE(WriteMovie(movie, "mov", kDv25Pal, 2));
     const std::string bytes = FilesBelow(folder.Path()).at("whole.mov");
-    const std::string paths[] = {
-        folder.Path("nothing.mov"),
-        folder.MakeFolder("folder.mov"),
-        folder.Write("empty.mov"),
-        folder.Write("text.avi", "no movie at all"),
-        folder.Write("cut.mov", bytes.substr(0, 1000)),
-        folder.Write("list.m3u8", "#EXTM3U\n#EXTINF:1,\nfile:" + movie + "\n"),
-        folder.Write("text.xml", "<a/>"),
-        "concat:" + movie,
-        "relative.mov",
-    };
-    for (const std::string& path : paths) {
+    for (const std::string& path :
+         {folder.MakeFolder("folder.mov"), folder.Write("empty.mov"),
+          folder.Write("text.avi", "no movie at all"),
+          folder.Write("cut.mov", bytes.substr(0, 1000)), folder.Write("text.xml", "<a/>"),
+          folder.Write("list.m3u8", "#EXTM3U\n#EXTINF:1,\nfile:" + movie + "\n"), "concat:" + movie,
+          std::string("relative.mov")}) {
         NQP2BaseClipInfo info;
         EXPECT_NE(Describe(Name(path.c_str()), info), "") << path;
     }
 }
 
-/// What libavformat would search to its end, or wait for: 200 GiB of zeros, or a pipe.
+/// What libavformat would search to its end: 200 GiB of zeros.
 TEST(BaseClipInfo, NoFileHoldsTheWorkerUp) {
     constexpr std::uintmax_t kEndless = std::uintmax_t{200} << 30U;
     const test::TempFolder folder;
@@ -157,16 +128,11 @@ TEST(BaseClipInfo, NoFileHoldsTheWorkerUp) {
     }
     const std::string zeros = folder.Path("a.avi");
     NQP2BaseClipInfo info;
-    const std::clock_t from = std::clock();
     EXPECT_THAT(Describe(Name(zeros.c_str()), info), HasSubstr("within"));
-    EXPECT_LT(std::clock() - from, 8 * CLOCKS_PER_SEC) << "the usual bounds";
     EXPECT_TRUE(info.clipText1.IsEmpty() && info.text3.IsEmpty()) << "it says nothing";
     EXPECT_THAT(ErrorOfReading(zeros, {.processorTime = {}}), HasSubstr("within"));
     int asked = 0;
     EXPECT_EQ(ErrorOfReading(zeros, {}, [&] { return ++asked < 9; }), "Cancelled.");
-    const std::string pipe = folder.Path("pipe.mov");
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_THAT(ErrorOfReading(pipe), HasSubstr("is no file"));
 }
 
 } // namespace

@@ -4,25 +4,18 @@
 #include "tests/worker/essence_maker.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace nqp2::worker {
 namespace {
 
-void Paint(AVFrame& frame, const TestEncoding& encoding, int number) {
-    const bool halved =
-        encoding.pixels == AV_PIX_FMT_YUV420P || encoding.pixels == AV_PIX_FMT_YUV420P10;
-    const bool isDeep =
-        encoding.pixels == AV_PIX_FMT_YUV422P10 || encoding.pixels == AV_PIX_FMT_YUV420P10;
-    for (int plane = 0; plane < 3; ++plane) {
-        const int rows = plane != 0 && halved ? encoding.height / 2 : encoding.height;
-        for (int row = 0; row < rows; ++row) {
-            std::uint8_t* const line = frame.data[plane] + row * frame.linesize[plane];
-            for (int at = 0; at < frame.linesize[plane]; ++at) {
-                // x264 trusts that ten bits are ten; the low byte of two comes first.
-                const bool isHigh = isDeep && at % 2 != 0;
-                line[at] =
-                    static_cast<std::uint8_t>(isHigh ? 0 : (number * 20 + row / 8 * 4) & 0x3C);
-            }
+void Paint(AVFrame& frame, bool isDeep, int number) {
+    for (const AVBufferRef* plane : frame.buf) {
+        for (std::size_t at = 0; plane != nullptr && at < plane->size; ++at) {
+            // x264 trusts that ten bits are ten; the low byte of two comes first.
+            const bool isHigh = isDeep && at % 2 != 0;
+            plane->data[at] = static_cast<std::uint8_t>(
+                isHigh ? 0 : (static_cast<std::size_t>(number) * 20 + at / 8192 * 4) & 0x3C);
         }
     }
 }
@@ -84,7 +77,7 @@ std::vector<std::string> EncodePictures(const TestEncoding& encoding, int count)
     for (int i = 0; i <= count; ++i) {
         if (i < count) {
             av_frame_make_writable(frame);
-            Paint(*frame, encoding, i);
+            Paint(*frame, std::string_view(encoding.encoder) == "libx264", i);
             frame->pts = i;
         }
         avcodec_send_frame(context, i < count ? frame : nullptr);
@@ -113,7 +106,6 @@ bool WriteMovie(const std::string& path, const char* container, const TestEncodi
     video->codecpar->format = encoding.pixels;
     video->avg_frame_rate = encoding.rate;
     video->time_base = av_inv_q(encoding.rate);
-    video->sample_aspect_ratio = video->codecpar->sample_aspect_ratio = {16, 15};
     AVStream* const sound = AddStream(*format, AVMEDIA_TYPE_AUDIO, AV_CODEC_ID_PCM_S16LE);
     sound->codecpar->sample_rate = 48000;
     sound->codecpar->block_align = 4;
@@ -122,7 +114,6 @@ bool WriteMovie(const std::string& path, const char* container, const TestEncodi
     sound->time_base = {1, 48000};
     av_dict_set(&video->metadata, "timecode", "01:02:03:04", 0);
     av_dict_set(&format->metadata, "title", "A walk", 0);
-    av_dict_set(&format->metadata, "creation_time", "2026-11-21T08:05:09Z", 0);
     bool isSound = avformat_write_header(format, nullptr) >= 0;
     for (int i = 0; isSound && i < frames; ++i) {
         isSound = WritePacket(*format, 0, av_inv_q(encoding.rate), i,
@@ -136,24 +127,21 @@ bool WriteMovie(const std::string& path, const char* container, const TestEncodi
     return isSound;
 }
 
-std::string ReadEssence(const std::string& path, int& packets, std::int64_t& position) {
-    std::string essence;
-    packets = 0;
-    position = -1;
+ReadBack ReadEssence(const std::string& path) {
+    ReadBack read;
     AVFormatContext* format = nullptr;
     if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) < 0) {
-        return essence;
+        return read;
     }
     const OwnPacket packet(av_packet_alloc());
     while (av_read_frame(format, packet.get()) >= 0) {
-        position = packets == 0 ? packet->pos : position;
-        ++packets;
-        essence.append(reinterpret_cast<const char*>(packet->data),
-                       static_cast<std::size_t>(packet->size));
+        read.position = read.packets++ == 0 ? packet->pos : read.position;
+        read.essence.append(reinterpret_cast<const char*>(packet->data),
+                            static_cast<std::size_t>(packet->size));
         av_packet_unref(packet.get());
     }
     avformat_close_input(&format);
-    return essence;
+    return read;
 }
 
 } // namespace nqp2::worker

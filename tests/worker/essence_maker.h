@@ -33,6 +33,11 @@ bool WriteMovie(const std::string& path, const char* container, const TestEncodi
                 int frames);
 
 /// What libavformat reads of a file's first stream, packets joined.
-std::string ReadEssence(const std::string& path, int& packets, std::int64_t& position);
+struct ReadBack {
+    std::string essence;
+    int packets = 0;
+    std::int64_t position = -1; ///< of the first packet
+};
+ReadBack ReadEssence(const std::string& path);
 
 } // namespace nqp2::worker

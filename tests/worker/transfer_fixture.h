@@ -6,6 +6,7 @@
 #include "copy/failure.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/faulty_file_system.h"
+#include "worker/recording.h"
 #include "worker/transfer.h"
 
 #include <algorithm>
@@ -19,6 +20,7 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace nqp2::worker {
 
@@ -126,6 +128,18 @@ inline int SweepFaults(const std::string& folder, const std::function<std::strin
     }
     clear();
     return failures;
+}
+
+/// A recording of whole pictures without sound; "" or its first failure.
+inline std::string Record(const RecordingParameters& parameters,
+                          const std::vector<std::string>& units) {
+    return ErrorOf([&] {
+        Recording recording(parameters, 0, VS_50I);
+        for (const std::string& unit : units) {
+            recording.Add(unit, "");
+        }
+        recording.Finish();
+    });
 }
 
 inline CString Name(const char* text) {
