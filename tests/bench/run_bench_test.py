@@ -40,12 +40,6 @@ class RunBenchTest(unittest.TestCase):
         self.assertEqual((row.lowest, row.ratio, row.highest), (1.1, 1.2, 1.3))
         self.assertEqual(row.ours, 13)
 
-    def test_the_table_marks_what_is_over_its_target(self):
-        rows = run_bench.summarize(scan_lines(), [round_of(40, 260)])
-        marked = [line for line in run_bench.table(rows).splitlines() if line.endswith("OVER")]
-        self.assertEqual(len(marked), 1)
-        self.assertIn("scan of 10 / plain read ", marked[0])
-
     def test_a_figure_that_nobody_measured_is_an_error(self):
         self.assertRaises(KeyError, run_bench.summarize, run_bench.ratios(10, 100),
                           [round_of(40, 260)])

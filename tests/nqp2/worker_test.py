@@ -98,12 +98,6 @@ class RoundTripTest(WorkerTest):
                          (0, f"nqp2: 0001AB: not whole ({video} is empty.)\n"))
         self.assertTrue(json.loads(result.stdout)["clips"][0]["incomplete"])
         self.assertEqual(files_below(self.target), files_below(self.card.path))
-        other = self.folder / "other"
-        other.mkdir()
-        back = run("export", other, "0001AB", "--from", self.target, "--incomplete", "--quiet")
-        self.assertEqual((back.returncode, files_below(other)),
-                         (0, files_below(self.card.path)))
-        self.assertIn("0001AB: not whole", back.stderr)
 
     def test_drives_are_the_workers_too(self):
         self.shown("import", "--drive", "e=card", "--drive", "F=.", "E:", "0001AB", "--to", "F:\\here",
@@ -127,7 +121,6 @@ class RoundTripTest(WorkerTest):
         for content, problem in (
                 (bottom_up[:-8], "ends within the picture"),
                 (bottom_up[:60:-1], no_bitmap),
-                (bottom_up[:18] + struct.pack("<i", 1 << 30) + bottom_up[22:], no_bitmap),
                 (bottom_up[:18] + struct.pack("<ii", 4096, 4096) + bottom_up[26:], no_bitmap)):
             picture.write_bytes(content)
             self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
@@ -146,10 +139,6 @@ class FailureTest(WorkerTest):
              f"0001AB: not imported ({other} is there already with other content.)"),
             (["delete", self.card.path, "NONE"],
              f"NONE: not deleted (There is no clip NONE in {contents}.)"),
-            (["export", self.card.path, "NONE", "--from", self.card.path],
-             f"NONE: not exported (There is no clip NONE in {contents}.)"),
-            (["base-info", self.folder / "none.mov"],
-             f"{self.folder}/none.mov: cannot be opened (No such file or directory)"),
             (["serial", "/proc"],
              "/proc: no serial number (The file system of /proc stands on no device of its own.)"),
             (["import", self.target / "CONTENTS", "0001AB", "--to", self.folder],
@@ -175,14 +164,6 @@ class FailureTest(WorkerTest):
         self.assertEqual(result.stderr, "the worker answers and knows of no failure\n")
         result = run("last-error", "--json")
         self.assertEqual((json.loads(result.stdout), result.stderr), ({"LastError": ""}, ""))
-
-    def test_the_serial_number_where_a_device_holds_the_card(self):
-        text = run("serial", self.card.path)
-        shown = run("serial", self.card.path, "--json")
-        self.assertEqual((shown.returncode, shown.stderr), (text.returncode, text.stderr))
-        if text.returncode != 0:
-            self.skipTest(text.stderr)
-        self.assertEqual(json.loads(shown.stdout), {"P2SerialNo": text.stdout.strip()})
 
     def test_a_killed_worker_and_ctrl_c_leave_no_file_with_a_name(self):
         for number, status, told, names in (
@@ -247,22 +228,6 @@ class CameraTest(CardTest):
         self.assertEqual((without.returncode, without.stderr.splitlines()[0]), (
             4, "nqp2: the worker: does not start (/no/worker: No such file or directory)"))
 
-    def test_a_worker_that_searches_a_file_ends_when_it_is_asked_to(self):
-        file = self.folder / "zeros.avi"
-        file.write_bytes(avi([dv_frame(0)])[:200])
-        os.truncate(file, 200 << 30)
-        process = subprocess.Popen(command_line("base-info", file), stderr=subprocess.PIPE)
-        self.addCleanup(process.kill)
-        wait_for(lambda: [link for worker in workers_of(process)
-                          for link in Path(f"/proc/{worker}/fd").iterdir()
-                          if os.path.lexists(link) and os.readlink(link) == str(file)])
-        worker, = workers_of(process)
-        asked = time.monotonic()
-        os.kill(worker, signal.SIGTERM)
-        process.communicate(timeout=60)
-        self.assertEqual(process.returncode, 3)
-        self.assertLess(time.monotonic() - asked, 3)
-
     def test_a_worker_without_its_module_says_so(self):
         worker = self.folder / "nqp2-worker"
         shutil.copy(Path(PROGRAM).parent / "nqp2-worker", worker)
@@ -284,15 +249,6 @@ class RecordingTest(CardTest):
 
     def record(self, *arguments, code_type="CT_DV25_50I"):
         return run("rt-export", self.card.path, self.stream, "--code-type", code_type, *arguments)
-
-    def record_live(self, *options, **streams):
-        """A recording of a pipe that is under way, and the pipe to write to."""
-        live = self.folder / "live"
-        os.mkfifo(live)
-        process = subprocess.Popen(command_line("rt-export", self.card.path, live, "--code-type",
-                                                "CT_DV25_50I", *options), **streams)
-        self.addCleanup(process.kill)
-        return process, open(live, "wb", buffering=0)
 
     def assert_recorded(self, **fields):
         """The card holds one clip, which has these fields."""
@@ -328,13 +284,9 @@ class RecordingTest(CardTest):
             ({"code_type": "CT_DV50_50I"}, [], 1,
              f"{self.stream}: not recorded (This is no frame of DV50_422 at 50i: it says that it "
              "is of another raster or class.)"),
-            ({"code_type": "CT_AVCHD_1920_1080_50I"}, [], 1,
-             f"{self.stream}: not recorded (Code type 200 cannot be recorded.)"),
             ({"code_type": "99"}, [], 1, "code type 99: cannot be recorded (it has no name)"),
             ({}, ["--sound", self.folder / "none"], 1,
              f"{self.folder}/none: cannot be opened (No such file or directory)"),
-            ({}, ["--title", "a\x1b[0m"], 1, f"{self.stream}: not recorded (A name or title of "
-                                             "the recording holds what XML cannot.)"),
             ({}, ["--name", "what?"], 1, f"{self.stream}: not recorded (\"what?\" is no name that "
                                          "a card can hold.)"),
             ({}, ["--channels", "2"], 2,
@@ -369,31 +321,6 @@ class RecordingTest(CardTest):
             self.assertEqual((result.returncode, result.stdout), (1, ""))
             self.assertTrue(result.stderr.startswith(f"nqp2: {sound}: {problem} ("), result.stderr)
         self.assertFalse([name for name in files_below(self.card.path) if "0002AB" in name])
-
-    def test_recordings_at_one_time_have_names_of_their_own(self):
-        process, pipe = self.record_live("--json", stdout=subprocess.PIPE)
-        with pipe as stream:
-            stream.write(dv_frame(0))
-            wait_for(lambda: list(self.card.path.rglob("VIDEO/.nqp2-*")))
-            self.assertEqual(self.record().stdout, "0002AA: 5 frames recorded\n")
-        told, _ = process.communicate(timeout=60)
-        self.assertEqual(json.loads(told),
-                         {"ClipName": "0001AA", "clips": ["0001AA"], "frames": 1})
-
-    def test_a_host_that_dies_leaves_what_it_has_sent(self):
-        process, pipe = self.record_live("--name", "0001AB", stderr=subprocess.DEVNULL)
-        with pipe as stream:
-            stream.write(b"".join(map(dv_frame, range(3))))
-            stream.write(b"half of one")
-            wait_for(lambda: any(path.stat().st_size > 3 * FRAME_SIZE
-                                 for path in self.card.path.rglob("VIDEO/.nqp2-*")
-                                 if b"\x06\x0e\x2b\x34" in path.read_bytes()[:4]))
-            process.kill()
-            process.wait()
-            clip = self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML"
-            wait_for(clip.exists)
-        self.assert_recorded(ClipName="0001AB", Duration=3)
-        wait_for(lambda: not [name for name in files_below(self.card.path) if "/.nqp2-" in name])
 
     def test_a_stream_that_breaks_off_is_recorded_up_to_its_last_frame(self):
         os.truncate(self.stream, 2 * FRAME_SIZE + 80)
