@@ -3,18 +3,13 @@
 
 #include "media/card_layout.h"
 
+#include "platform/number_text.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
 
 namespace nqp2::media {
-namespace {
-
-bool IsDigit(wchar_t ch) {
-    return ch >= L'0' && ch <= L'9';
-}
-
-} // namespace
+namespace {} // namespace
 
 std::string SuffixOf(const ClipFileKind& kind, std::size_t number) {
     const std::string digits = kind.digits == 0 ? "" : std::to_string(number);
@@ -35,8 +30,9 @@ std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileKind& kind) {
     }
     const std::size_t end = dot - kind.digits;
     const std::wstring_view number = file.substr(end, kind.digits);
-    return std::all_of(number.begin(), number.end(), IsDigit) ? file.substr(0, end)
-                                                              : std::wstring_view();
+    return std::all_of(number.begin(), number.end(), platform::IsDigit<wchar_t>)
+               ? file.substr(0, end)
+               : std::wstring_view();
 }
 
 CString WithDrive(const CString& root) {

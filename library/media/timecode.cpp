@@ -4,6 +4,7 @@
 #include "media/timecode.h"
 
 #include "media/rates.h"
+#include "platform/number_text.h"
 
 #include <algorithm>
 #include <limits>
@@ -21,10 +22,6 @@ bool IsInRange(const Timecode& timecode, std::int32_t framesASecond) {
            timecode.frames < framesASecond;
 }
 
-bool IsDigit(wchar_t ch) {
-    return ch >= L'0' && ch <= L'9';
-}
-
 bool IsSeparator(wchar_t ch) {
     return ch == L':' || ch == L'.' || ch == L';';
 }
@@ -34,7 +31,7 @@ bool IsTimecode(std::wstring_view text) {
         return false;
     }
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (i % 3 == 2 ? !IsSeparator(text[i]) : !IsDigit(text[i])) {
+        if (i % 3 == 2 ? !IsSeparator(text[i]) : !platform::IsDigit(text[i])) {
             return false;
         }
     }

@@ -239,7 +239,10 @@ FoundFile Place::FileOf(const FolderEntry& entry) const {
 }
 
 PathParts SplitPath(const CString& path) {
-    const std::wstring_view text = path.View();
+    std::wstring_view text = path.View();
+    if (text.ends_with(L':') && text.find_first_of(kSeparators) != std::wstring_view::npos) {
+        text.remove_suffix(1); // a host's folder as a drive
+    }
     const std::size_t nameStart = text.find_last_of(kSeparators) + 1;
     return {Place(nameStart == 0 ? CString(L".\\") : CString(text.substr(0, nameStart))),
             CString(text.substr(nameStart))};

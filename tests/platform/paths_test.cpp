@@ -260,6 +260,7 @@ TEST_F(PlaceTest, KeepsTheFolderAsWrittenAndKnowsTheRealOne) {
     EXPECT_EQ(FoundIn(parts.folder, "0001ab.mxf"), "0001AB.MXF");
     EXPECT_EQ(parts.name, L"0001ab.mxf");
     EXPECT_EQ(SplitPath(L"name").folder.OnDisk(), ".") << "the current folder";
+    EXPECT_EQ(SplitPath(L"/media/card:").name, L"card") << "a folder as a drive";
 }
 
 TEST_F(PlaceTest, ListsEachFolderOnceAndAsksNoMoreThanItMust) {
