@@ -4,22 +4,17 @@
 // Bytes as a message or an exchanged record: the first byte picks which.
 
 #include "bridge/messages.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 #include "NQP2ParserU/ClipListRecords.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <iterator>
-#include <utility>
 #include <vector>
 
-namespace nqp2::bridge {
+namespace nqp2::fuzz {
 namespace {
 
-using fuzz::Require;
-
+using namespace bridge;
 using Bytes = std::vector<unsigned char>;
 
 template <class Message>
@@ -83,16 +78,11 @@ constexpr Trial kTrials[] = {
 
 } // namespace
 
-void TryImage(std::uint8_t kind, Bytes image) {
-    kTrials[kind % std::size(kTrials)](std::move(image));
-}
-
-} // namespace nqp2::bridge
-
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    if (size > 1) {
+void TestInput(Input input) {
+    if (input.size() > 1) {
         // A copy of its own, so that the sanitizer sees each step beyond its end.
-        nqp2::bridge::TryImage(data[0], {data + 1, data + size});
+        kTrials[input[0] % std::size(kTrials)]({input.begin() + 1, input.end()});
     }
-    return 0;
 }
+
+} // namespace nqp2::fuzz
