@@ -80,17 +80,6 @@ class ClipsTest(ShownCardTest):
             for memo in clip["Memos"]:
                 self.assertEqual(list(memo), fields_of(HEADER, "_tag_P2Memo"))
 
-    def test_json_report(self):
-        document = self.told("clips", self.card.path, "--report")
-        self.assertEqual(list(document), ["card", "kind", "clips", "skipped", "takes"])
-        (skipped,) = document["skipped"]
-        self.assertEqual(list(skipped), ["path", "reason", "line", "column"])
-        self.assertEqual((skipped["path"], skipped["line"]),
-                         (f"{self.card.path}/CONTENTS/CLIP/0005BR.XML", 3))
-        self.assertEqual(document["takes"], [
-            {"TopGlobalClipID": TOP, "segments": ["0003LT"], "complete": False,
-             "missing": [{"ClipName": "0009XX", "P2SerialNo": "AB12"}]}])
-
     def test_sort_orders(self):
         def names(*options):
             return [clip["ClipName"]
@@ -106,9 +95,9 @@ class ClipsTest(ShownCardTest):
             self.assertEqual(names(*options), expected)
 
     def test_strict_tells_by_status_that_something_was_skipped(self):
-        self.assertEqual(run("clips", self.card.path, "--strict").returncode, 4)
-        (self.card.clips / "0005BR.XML").unlink()
-        self.assertEqual(run("clips", self.card.path, "--strict").returncode, 0)
+        for status in (4, 0):
+            self.assertEqual(run("clips", self.card.path, "--strict").returncode, status)
+            (self.card.clips / "0005BR.XML").unlink(missing_ok=True)
 
 
 class TerminalTest(ShownCardTest):
@@ -153,9 +142,8 @@ class StrangeNamesTest(CardTest):
         self.assertEqual(bad, [])
 
     def test_tables_reports_and_messages(self):
-        for arguments in (["clips"], ["clips", "--report"], ["clips", "--csv", "--report"]):
-            result = run(arguments[0], self.card.path, *arguments[1:])
-            self.assertEqual(result.returncode, 0)
+        for options in ([], ["--report"], ["--csv", "--report"]):
+            result = run("clips", self.card.path, *options)
             self.assert_harmless(result.stdout, "\n\r\t")
             self.assert_harmless(result.stderr)
         self.assertIn("\\x1b[31mRED.XML", run("clips", self.card.path, "--report").stdout)
@@ -167,6 +155,8 @@ class StrangeNamesTest(CardTest):
         self.assertEqual(document["clips"][0]["UserClipName"], self.STRANGE)
         paths = {os.path.basename(file["path"]) for file in document["skipped"]}
         self.assertEqual(paths, {"\x1b[31mRED.XML", "\ufffd\ufffd.XML"})
+        self.assertEqual({tuple(file) for file in document["skipped"]},
+                         {("path", "reason", "line", "column")})
 
     def test_arguments_come_back_harmless(self):
         for arguments in (["clips", "/no\x1b[31m\nwhere"], ["clip", self.card.path, "\x1b]0;x\a"],

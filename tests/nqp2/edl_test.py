@@ -174,11 +174,10 @@ class WriteTest(EdlTest):
         self.assertEqual(len(os.listdir(self.card.path / "EDITLIST")), 12)
 
     def test_a_clip_that_is_not_on_the_card(self):
-        line = (f"nqp2: {self.card.path}: the edit list was not written "
-                "(no event's ClipName and GlobalClipID are those of a clip on the card)")
-        for event in (self.event(ClipName="0009ZZ"), self.event(GlobalClipID=identifier(7)),
-                      self.event(ClipName="../CLIP/0001AA"), self.event(ClipName="x" * 70000), {}):
-            self.assert_fails(self.write({"Events": [event]}), 1, line)
+        for event in (self.event(GlobalClipID=identifier(7)), self.event(ClipName="x" * 70000)):
+            self.assert_fails(self.write({"Events": [event]}), 1,
+                              f"nqp2: {self.card.path}: the edit list was not written (no event's "
+                              "ClipName and GlobalClipID are those of a clip on the card)")
         self.assertEqual(self.listed(), [])
 
     def test_hostile_input(self):

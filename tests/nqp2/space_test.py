@@ -52,16 +52,6 @@ class SpaceTest(CardTest):
         self.assertTrue(answer["fits"])
         self.assertFalse(self.space(self.card.path, "--frames", 2 ** 62)["fits"])
 
-    def test_the_class_of_the_first_clip_counts(self):
-        for codec, codec_class, frame in (  # bytes of a frame; 0: not known
-                ("AVC-I_1080/50i", "50", 288000), ("AVC-I_1080/25p", "50", 288000),
-                ("AVC-I_1080/50i", "100", 576000), ("AVC-I_1080/50i", "200", 0)):
-            self.card.add("0001AA", codec=codec, codec_class=codec_class)
-            answer = self.space(self.card.path, "--frames", 1)
-            self.assertEqual((answer["SpaceForFrames"], "FramesFor4GB" in answer),
-                             ((FIXED_INTRA if frame else FIXED) + frame + 15360, frame != 0),
-                             (codec, codec_class))
-
     def test_an_empty_card_needs_to_be_told_a_format(self):
         told = ("--code-type", "CT_DV50_50I", "--standard", "VS_50I")
         self.assertGreater(self.space(self.card.path, *told)["FreeBytes"], 0)

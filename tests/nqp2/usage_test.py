@@ -91,10 +91,8 @@ class OutputTest(CardTest):
             self.assert_fails(result, 1, LOST.format("Broken pipe"))
 
     def test_closed_streams_are_no_files_of_the_program(self):
-        for name in ("VIDEO/0001AA.MXF", "AUDIO/0001AA00.MXF", "AUDIO/0001AA01.MXF"):
-            file = self.card.path / "CONTENTS" / name
-            file.parent.mkdir(exist_ok=True)
-            file.write_bytes(b"essence")
+        for folder, name in (("VIDEO", "0001AA"), ("AUDIO", "0001AA00"), ("AUDIO", "0001AA01")):
+            self.card.add_file(folder, f"{name}.MXF")
         streams = {0: "<&-", 1: ">&-", 2: "2>&-"}
         silent = (["import", self.card.path, "0001AA", "--to", self.folder / "taken"],
                   ["last-error"], ["ingest", "add", self.card.path, "0001AA", "0-9"])
