@@ -20,9 +20,6 @@ using Input = std::span<const std::uint8_t>;
 /// What a target does with an input; each target defines it.
 void TestInput(Input input);
 
-/// The most memory that an input has taken so far beside what was in use before it, in bytes.
-std::size_t MostMemory();
-
 inline std::string_view AsText(Input input) {
     return {reinterpret_cast<const char*>(input.data()), input.size()};
 }

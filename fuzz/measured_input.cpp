@@ -7,7 +7,6 @@
 
 #include "fuzz/fuzz_target.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <limits>
@@ -30,16 +29,11 @@ constexpr std::int64_t kFreeMemory = std::int64_t{NQP2_FREE_MEMORY_MIB} << 20; /
 constexpr std::int64_t kMemoryPerByte = 40;                                    ///< beyond it
 
 std::atomic<std::int64_t> inUse{0};
-std::atomic<std::int64_t> peakUse{0};
 std::atomic<std::int64_t> limit{std::numeric_limits<std::int64_t>::max()};
-std::int64_t mostUse = 0;
 
 void Taken(std::size_t bytes) {
     const auto more = static_cast<std::int64_t>(bytes);
     const std::int64_t now = inUse.fetch_add(more, std::memory_order_relaxed) + more;
-    std::int64_t peak = peakUse.load(std::memory_order_relaxed);
-    while (now > peak && !peakUse.compare_exchange_weak(peak, now, std::memory_order_relaxed)) {
-    }
     if (now > limit.load(std::memory_order_relaxed)) {
         limit = std::numeric_limits<std::int64_t>::max(); // what follows allocates too
         constexpr std::string_view kBroken =
@@ -129,17 +123,10 @@ NQP2_INTERPOSED void free(void* memory) {
 #endif
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
-std::size_t nqp2::fuzz::MostMemory() {
-    return static_cast<std::size_t>(mostUse);
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     CountAllocations();
-    const std::int64_t before = inUse;
-    peakUse = before;
-    limit = before + kFreeMemory + kMemoryPerByte * static_cast<std::int64_t>(size);
+    limit = inUse + kFreeMemory + kMemoryPerByte * static_cast<std::int64_t>(size);
     nqp2::fuzz::TestInput({data, size});
     limit = std::numeric_limits<std::int64_t>::max();
-    mostUse = std::max(mostUse, peakUse - before);
     return 0;
 }

@@ -54,7 +54,6 @@ struct ItemSpec {
     unsigned connection = 1;
     unsigned format = 4;
     unsigned rate = 3;
-    unsigned angles = 1;
 };
 
 struct MarkSpec {
@@ -78,16 +77,9 @@ inline std::string StreamTable(const ItemSpec& item) {
 }
 
 inline std::string PlayItemBytes(const ItemSpec& item) {
-    std::string bytes = item.name + "M2TS" +
-                        Be((item.angles > 1 ? 0x10U : 0U) | item.connection, 2) + Zeros(1) +
-                        Be(item.in, 4) + Be(item.out, 4) + Zeros(12);
-    if (item.angles > 1) {
-        bytes += Be(item.angles, 1) + Zeros(1);
-        for (unsigned i = 1; i < item.angles; ++i) {
-            bytes += "99999M2TS" + Zeros(1);
-        }
-    }
-    return Counted(bytes + StreamTable(item), 2);
+    return Counted(item.name + "M2TS" + Be(item.connection, 2) + Zeros(1) + Be(item.in, 4) +
+                       Be(item.out, 4) + Zeros(12) + StreamTable(item),
+                   2);
 }
 
 /// A table of one entry and its data, as extensions and makers' data both have it.
