@@ -73,7 +73,8 @@ class IngestTest(CardTest):
                 (b"", ""), (b"<Media>\n<", ":2:"), (b"<!DOCTYPE Media><Media/>", ":1:"),
                 (b"<Other/>", ": is no ingest list (its root element is not Media)\n")):
             self.put(content)
-            self.assert_each_fails(1, [(("ingest", *command), f"{self.file}{problem}") for command in (
+            line = f"{self.file}{problem}"
+            self.assert_each_fails(1, [(("ingest", *command), line) for command in (
                 ("list", self.card.path), ("add", self.card.path, "0001AA", "0-1"),
                 ("remove", self.card.path, "0001AA"))])
             self.assertEqual(self.file.read_bytes(), content)

@@ -113,15 +113,13 @@ class RoundTripTest(WorkerTest):
             picture.write_bytes(content)
             self.shown("icon", self.card.path, "0001AB", picture)
             self.assertEqual(icon.read_bytes(), bottom_up)
-        no_bitmap = ("is no bitmap file of 24 bits a pixel "
-                     "(sides up to 4096, 15 million pixels in all)")
-        for content, problem in (
-                (bottom_up[:-8], "ends within the picture"),
-                (bottom_up[:60:-1], no_bitmap),
-                (bottom_up[:18] + struct.pack("<ii", 4096, 4096) + bottom_up[26:], no_bitmap)):
-            picture.write_bytes(content)
-            self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
-                              f"nqp2: {picture}: {problem}")
+        picture.write_bytes(bottom_up[:-8])
+        self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
+                          f"nqp2: {picture}: ends within the picture")
+        picture.write_bytes(bottom_up[:18] + struct.pack("<ii", 4096, 4096) + bottom_up[26:])
+        self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
+                          f"nqp2: {picture}: is no bitmap file of 24 bits a pixel (sides up to 4096, "
+                          "15 million pixels in all)")
         self.assertEqual(icon.read_bytes(), bottom_up)
 
 
@@ -210,10 +208,6 @@ class CameraTest(CardTest):
         clip, = self.told("clips", "camera", cwd=self.folder)["clips"]
         self.assertEqual((clip["ClipName"], clip["CodecName"], clip["Duration"], clip["VideoPath"]),
                          ("DV000001", "DV25_420", 5, str(file)))
-        pipe = self.folder / "pipe.mov"
-        os.mkfifo(pipe)
-        self.assert_fails(run("base-info", pipe), 1,
-                          f"nqp2: {pipe}: is no file (nothing else is read)")
         without = run("clips", self.folder / "camera", "--worker", "/no/worker", "--strict")
         self.assertEqual((without.returncode, without.stderr.splitlines()[0]), (
             4, "nqp2: the worker: does not start (/no/worker: No such file or directory)"))
@@ -292,16 +286,14 @@ class RecordingTest(CardTest):
         eight_bits[eight_bits.index(b"fmt ") + 22] = 8
         pipe = self.folder / "pipe"
         os.mkfifo(pipe)
-        for content, problem in ((b"# Title\n\nA text, and no sound.\n" * 100, "is no sound file"),
+        self.assertIn(f"{pipe}: is no file (", self.record("--sound", pipe).stderr)
+        for content, problem in ((b"A text, and no sound.\n" * 100, "is no sound file"),
                                  (wav(48000)[:30], "is no sound file"),
-                                 (eight_bits, "is no PCM sound of 16 or 24 bits"),
-                                 (None, "is no file")):
-            if content is not None:
-                self.sound.write_bytes(content)
-            sound = pipe if content is None else self.sound
-            result = self.record("--sound", sound)
+                                 (eight_bits, "is no PCM sound of 16 or 24 bits")):
+            self.sound.write_bytes(content)
+            result = self.record("--sound", self.sound)
             self.assertEqual((result.returncode, result.stdout), (1, ""))
-            self.assertTrue(result.stderr.startswith(f"nqp2: {sound}: {problem} ("), result.stderr)
+            self.assertTrue(result.stderr.startswith(f"nqp2: {self.sound}: {problem} ("))
         self.assertEqual(files_below(self.card.path), {})
 
 

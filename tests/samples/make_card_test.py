@@ -102,22 +102,17 @@ class MakeCardTest(unittest.TestCase):
                  if path.suffix.upper() in (".MXF", ".MP4", ".MOV", ".WAV")]
         self.assertEqual({path.read_bytes()[:26] for path in media},
                          {b"sample essence placeholder"})
-        names = {str(path.relative_to(contents)) for path in media}
-        self.assertLessEqual({"VIDEO/0002ab.mxf", "AUDIO/0002ab01.mxf", "AVCLIP/0010LG.MXF",
-                              "PROXY/0009D1.MOV", "VOICE/0003K700.WAV"}, names)
-        self.assertNotIn("PROXY/0005M2.MP4", names)
 
     def test_cards_for_measuring_have_metadata_of_4_to_8_kilobytes(self):
-        for size in ((), ("--size", 8192)):
-            # 90 clips: every format in every way of writing.
-            card = self.make(f"card{size[-1:]}", "--clips", 90, "--essence-size", 100, *size)
-            self.assertEqual(len(self.assert_promises_kept(card)), 90)
-            contents = card / "CONTENTS"
-            self.assertEqual({path.stat().st_size for path in (contents / "VIDEO").iterdir()}, {100})
-            for path in (contents / "CLIP").iterdir():
-                self.assertTrue(4096 <= path.stat().st_size <= 8192, (path.name, size))
-            names = {path.stem for path in (contents / "CLIP").iterdir()}
-            self.assertEqual(names, {f"{number:04d}AA" for number in range(1, 91)})
+        # 90 clips: every format in every way of writing.
+        card = self.make("card", "--clips", 90, "--essence-size", 100)
+        self.assertEqual(len(self.assert_promises_kept(card)), 90)
+        contents = card / "CONTENTS"
+        self.assertEqual({path.stat().st_size for path in (contents / "VIDEO").iterdir()}, {100})
+        for path in (contents / "CLIP").iterdir():
+            self.assertTrue(4096 <= path.stat().st_size <= 8192, path.name)
+        self.assertEqual(names_in(contents / "CLIP"),
+                         {f"{number:04d}AA.XML" for number in range(1, 91)})
 
     def test_measuring_cards_share_their_clips_out_to_forty_playlists(self):
         card = self.make("card", "--kind", "avchd", "--clips", 90)
