@@ -44,7 +44,7 @@ constexpr const char* kPaths[] = {"CONTENTS/CLIP/0001AA.XML",
                                   "PANA_GRP/001RBQAM/P1.MOV"};
 
 IoStatus Known(bool done, IoError error) {
-    return done ? IoStatus() : IoStatus(error, "in memory");
+    return done ? IoStatus() : IoStatus{error, "in memory"};
 }
 IoStatus Missing() {
     return Known(false, IoError::NotFound);

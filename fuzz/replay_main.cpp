@@ -156,7 +156,7 @@ int main(int argc, char** argv) {
     try {
         if (argc == 2) {
             RunOne(ReadFile(arguments[1]));
-        } else if (argc == 3) {
+        } else if (argc == 3 && arguments[2].find_first_not_of("0123456789") == std::string::npos) {
             ReplayCorpus(arguments[1], std::stoul(arguments[2]),
                          fs::path(arguments[0]).filename().string() + ".last-input");
         } else {
