@@ -14,7 +14,6 @@
 namespace nqp2::fuzz {
 namespace {
 
-using namespace bridge;
 using Bytes = std::vector<unsigned char>;
 
 template <class Message>
@@ -65,15 +64,15 @@ void TryClipListEntry(Bytes image) {
 
 using Trial = void (*)(Bytes image);
 constexpr Trial kTrials[] = {
-    TryMessage<SystemTypeMessage>,    TryMessage<ResultMessage>,
-    TryMessage<ProgressMessage>,      TryMessage<ImportFileMessage>,
-    TryMessage<UploadOffsetMessage>,  TryMessage<ExportFileMessage>,
-    TryMessage<TextPairMessage>,      TryMessage<ValueMessage>,
-    TryMessage<RTExportParamMessage>, TryMessage<StopRTExportMessage>,
-    TryMessage<BufferMessage>,        TryMessage<AVDataMessage>,
-    TryMessage<IconMessage>,          TryMessage<ErrorTextMessage>,
-    TryMessage<BaseClipInfoMessage>,  TryClipListEntry,
-    TryMessage<ConnectionRecord>,
+    TryMessage<bridge::SystemTypeMessage>,    TryMessage<bridge::ResultMessage>,
+    TryMessage<bridge::ProgressMessage>,      TryMessage<bridge::ImportFileMessage>,
+    TryMessage<bridge::UploadOffsetMessage>,  TryMessage<bridge::ExportFileMessage>,
+    TryMessage<bridge::TextPairMessage>,      TryMessage<bridge::ValueMessage>,
+    TryMessage<bridge::RTExportParamMessage>, TryMessage<bridge::StopRTExportMessage>,
+    TryMessage<bridge::BufferMessage>,        TryMessage<bridge::AVDataMessage>,
+    TryMessage<bridge::IconMessage>,          TryMessage<bridge::ErrorTextMessage>,
+    TryMessage<bridge::BaseClipInfoMessage>,  TryClipListEntry,
+    TryMessage<bridge::ConnectionRecord>,
 };
 
 } // namespace
