@@ -4,23 +4,21 @@
 // Any bytes as AVCHD clip information.
 
 #include "avchd/clip_information.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 
-#include <cstddef>
-#include <cstdint>
+namespace nqp2::fuzz {
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    using nqp2::fuzz::Require;
-    const auto clip = nqp2::avchd::DecodeClipInformation({data, size});
+void TestInput(Input input) {
+    const auto clip = avchd::DecodeClipInformation(input);
     if (!clip) {
-        return 0;
+        return;
     }
     Require(!clip->stretches.empty(), "a clip lasts");
-    Require(clip->stretches.size() * 14 <= size, "every stretch stands in the file");
-    Require(nqp2::avchd::IsVideoCoding(clip->video.codingType), "a clip has a picture");
+    Require(clip->stretches.size() * 14 <= input.size(), "every stretch stands in the file");
+    Require(avchd::IsVideoCoding(clip->video.codingType), "a clip has a picture");
     Require(clip->audioChannels >= 0, "no number of channels is negative");
-    const auto* rate = nqp2::avchd::RateOf(clip->video.rateCode, false);
+    const auto* rate = avchd::RateOf(clip->video.rateCode, false);
     Require(rate == nullptr || clip->Frames(*rate) >= 0, "no length is negative");
-    return 0;
 }
+
+} // namespace nqp2::fuzz

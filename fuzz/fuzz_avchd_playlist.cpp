@@ -5,17 +5,14 @@
 
 #include "avchd/limits.h"
 #include "avchd/playlist.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 
+namespace nqp2::fuzz {
 namespace {
 
-using nqp2::avchd::PlayItem;
-using nqp2::fuzz::Require;
+using avchd::PlayItem;
 
 bool IsDigit(char ch) {
     return ch >= '0' && ch <= '9';
@@ -23,14 +20,14 @@ bool IsDigit(char ch) {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    const auto playlist = nqp2::avchd::DecodePlaylist({data, size});
+void TestInput(Input input) {
+    const auto playlist = avchd::DecodePlaylist(input);
     if (!playlist) {
-        return 0;
+        return;
     }
-    Require(playlist->items.size() <= nqp2::avchd::kMaxPlayItems, "the number of items is bounded");
-    Require(playlist->items.size() * 34 <= size, "every item stands in the file");
-    Require(playlist->shots.size() * 14 <= size, "every mark stands in the file");
+    Require(playlist->items.size() <= avchd::kMaxPlayItems, "the number of items is bounded");
+    Require(playlist->items.size() * 34 <= input.size(), "every item stands in the file");
+    Require(playlist->shots.size() * 14 <= input.size(), "every mark stands in the file");
     for (const PlayItem& item : playlist->items) {
         Require(std::all_of(item.Name().begin(), item.Name().end(), IsDigit),
                 "a name that becomes a path has digits only");
@@ -39,5 +36,6 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
                 "an item's shot is one of the list");
         Require(playlist->FramesOf(item) >= 0, "no length is negative");
     }
-    return 0;
 }
+
+} // namespace nqp2::fuzz

@@ -4,17 +4,14 @@
 // Any bytes as the beginning of a stream, as its video alone and as a parameter set.
 
 #include "avchd/stream_head.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <optional>
 
+namespace nqp2::fuzz {
 namespace {
 
-using nqp2::avchd::SequenceParameters;
-using nqp2::fuzz::Require;
+using avchd::SequenceParameters;
 
 constexpr std::uint16_t kPid = 0x1011;
 
@@ -28,12 +25,13 @@ void Check(const std::optional<SequenceParameters>& parameters) {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    const nqp2::avchd::Bytes bytes(data, size);
-    Check(nqp2::avchd::DecodeSequenceParameters(bytes));
-    Require(nqp2::avchd::VideoBytes(bytes, kPid).size() <= size, "video is a part of its stream");
-    const nqp2::avchd::StreamHead head = nqp2::avchd::DecodeStreamHead(bytes, kPid);
+void TestInput(Input input) {
+    const avchd::Bytes bytes(input);
+    Check(avchd::DecodeSequenceParameters(bytes));
+    Require(avchd::VideoBytes(bytes, kPid).size() <= input.size(), "video is a part of its stream");
+    const avchd::StreamHead head = avchd::DecodeStreamHead(bytes, kPid);
     Check(head.parameters);
     Require(!head.complete || head.parameters, "a complete head has its parameters");
-    return 0;
 }
+
+} // namespace nqp2::fuzz

@@ -4,21 +4,15 @@
 // Bytes as a message or an exchanged record: the first byte picks which.
 
 #include "bridge/messages.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 #include "NQP2ParserU/ClipListRecords.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <iterator>
-#include <utility>
 #include <vector>
 
-namespace nqp2::bridge {
+namespace nqp2::fuzz {
 namespace {
-
-using fuzz::Require;
 
 using Bytes = std::vector<unsigned char>;
 
@@ -70,29 +64,24 @@ void TryClipListEntry(Bytes image) {
 
 using Trial = void (*)(Bytes image);
 constexpr Trial kTrials[] = {
-    TryMessage<SystemTypeMessage>,    TryMessage<ResultMessage>,
-    TryMessage<ProgressMessage>,      TryMessage<ImportFileMessage>,
-    TryMessage<UploadOffsetMessage>,  TryMessage<ExportFileMessage>,
-    TryMessage<TextPairMessage>,      TryMessage<ValueMessage>,
-    TryMessage<RTExportParamMessage>, TryMessage<StopRTExportMessage>,
-    TryMessage<BufferMessage>,        TryMessage<AVDataMessage>,
-    TryMessage<IconMessage>,          TryMessage<ErrorTextMessage>,
-    TryMessage<BaseClipInfoMessage>,  TryClipListEntry,
-    TryMessage<ConnectionRecord>,
+    TryMessage<bridge::SystemTypeMessage>,    TryMessage<bridge::ResultMessage>,
+    TryMessage<bridge::ProgressMessage>,      TryMessage<bridge::ImportFileMessage>,
+    TryMessage<bridge::UploadOffsetMessage>,  TryMessage<bridge::ExportFileMessage>,
+    TryMessage<bridge::TextPairMessage>,      TryMessage<bridge::ValueMessage>,
+    TryMessage<bridge::RTExportParamMessage>, TryMessage<bridge::StopRTExportMessage>,
+    TryMessage<bridge::BufferMessage>,        TryMessage<bridge::AVDataMessage>,
+    TryMessage<bridge::IconMessage>,          TryMessage<bridge::ErrorTextMessage>,
+    TryMessage<bridge::BaseClipInfoMessage>,  TryClipListEntry,
+    TryMessage<bridge::ConnectionRecord>,
 };
 
 } // namespace
 
-void TryImage(std::uint8_t kind, Bytes image) {
-    kTrials[kind % std::size(kTrials)](std::move(image));
-}
-
-} // namespace nqp2::bridge
-
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    if (size > 1) {
+void TestInput(Input input) {
+    if (input.size() > 1) {
         // A copy of its own, so that the sanitizer sees each step beyond its end.
-        nqp2::bridge::TryImage(data[0], {data + 1, data + size});
+        kTrials[input[0] % std::size(kTrials)]({input.begin() + 1, input.end()});
     }
-    return 0;
 }
+
+} // namespace nqp2::fuzz

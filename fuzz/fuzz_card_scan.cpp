@@ -3,21 +3,15 @@
 
 // Folders and files of a whole card, of any kind, through everything that reads cards.
 
-#include "fuzz/measured_input.h"
+#include "fuzz/fuzz_target.h"
 #include "fuzz/memory_files.h"
-#include "fuzz/require.h"
 #include "NQP2ParserU/IngestList.h"
 #include "NQP2ParserU/NQP2Parser.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
 
+namespace nqp2::fuzz {
 namespace {
-
-using nqp2::fuzz::MemoryFiles;
-using nqp2::fuzz::Require;
 
 constexpr const wchar_t* kRoot = L"/nqp2-fuzz";
 
@@ -36,12 +30,12 @@ void CheckClips(const CArray<_tag_P2Clip>& clips, const MemoryFiles& card) {
 }
 
 /// Every file that the scan names as left out, and every take, is one of the card.
-void CheckReport(const nqp2::ScanReport& report, const CArray<_tag_P2Clip>& clips) {
-    for (const nqp2::SkippedFile& file : report.skipped) {
+void CheckReport(const ScanReport& report, const CArray<_tag_P2Clip>& clips) {
+    for (const SkippedFile& file : report.skipped) {
         Require(!file.text.IsEmpty(), "what is left out has a reason");
         CheckPath(file.path);
     }
-    for (const nqp2::Take& take : report.takes) {
+    for (const Take& take : report.takes) {
         Require(take.complete == take.missing.IsEmpty(), "a take that lacks nothing is complete");
         Require(take.segments.GetSize() <= clips.GetSize(), "a take has no clip twice");
     }
@@ -49,7 +43,7 @@ void CheckReport(const nqp2::ScanReport& report, const CArray<_tag_P2Clip>& clip
 
 void ScanP2(CNQP2Parser& parser, const MemoryFiles& card) {
     CArray<_tag_P2Clip> clips;
-    nqp2::ScanReport report;
+    ScanReport report;
     parser.LoadClipEx(kRoot, clips, 1, report);
     CheckClips(clips, card);
     CheckReport(report, clips);
@@ -60,7 +54,7 @@ void ScanP2(CNQP2Parser& parser, const MemoryFiles& card) {
 
 void ScanAvchd(CNQP2Parser& parser, const MemoryFiles& card) {
     CArray<_tag_P2Clip> clips;
-    nqp2::ScanReport report;
+    ScanReport report;
     parser.LoadAVCHDClip(kRoot, clips, report);
     CheckClips(clips, card);
     CheckReport(report, clips);
@@ -72,7 +66,7 @@ void ScanAvchd(CNQP2Parser& parser, const MemoryFiles& card) {
 void CheckPlaylists(CNQP2Parser& parser) {
     CArray<tag_P2EDL> fixed;
     CArray<tag_P2EDL> all;
-    nqp2::ScanReport report;
+    ScanReport report;
     const auto found = parser.LoadAVCHDEdl(kRoot, fixed);
     Require(parser.LoadCardPlaylists(kRoot, all, report) == found, "both find the folder");
     CheckReport(report, {});
@@ -86,8 +80,8 @@ void CheckPlaylists(CNQP2Parser& parser) {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    ByteSource input({data, size});
+void TestInput(Input data) {
+    ByteSource input(data);
     MemoryFiles card;
     card.AddFrom(input, "/nqp2-fuzz");
     const platform::ScopedFileSystem inPlace(card);
@@ -104,5 +98,6 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     IngestResult result;
     LoadIngestList(kRoot, list, result);
     parser.Release();
-    return 0;
 }
+
+} // namespace nqp2::fuzz

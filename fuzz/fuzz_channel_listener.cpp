@@ -5,30 +5,25 @@
 // listener as it runs. fuzz/hostile_packet.h has the form of the input.
 
 #include "channel/packet.h"
+#include "fuzz/fuzz_target.h"
 #include "fuzz/hostile_packet.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
 #include "NQP2ParserU/Channel.h"
 
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
-#include <span>
-#include <string>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 
+namespace nqp2::fuzz {
 namespace {
 
 namespace fs = std::filesystem;
-using nqp2::fuzz::Require;
 
 constexpr std::size_t kMaxSteps = 4;
 constexpr std::uint32_t kChannelId = 7;
@@ -40,18 +35,18 @@ public:
         std::string folder = fs::temp_directory_path() / "nqp2-fuzz-XXXXXX";
         Require(mkdtemp(folder.data()) != nullptr, "there is a folder");
         m_folder = folder;
-        Require(bool(nqp2::ListenForHosts((m_folder / "s").string())), "the worker listens");
+        Require(bool(ListenForHosts((m_folder / "s").string())), "the worker listens");
     }
     ~Socket() {
-        nqp2::StopListening();
+        StopListening();
         std::error_code ignored;
         fs::remove_all(m_folder, ignored);
     }
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
 
-    [[nodiscard]] nqp2::platform::Descriptor Connect() const {
-        nqp2::platform::Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    [[nodiscard]] platform::Descriptor Connect() const {
+        platform::Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         const std::string path = m_folder / "s";
@@ -84,15 +79,15 @@ bool AreLetGo(std::ptrdiff_t before) {
 
 /// Takes a channel as a worker does, if the stranger has made one.
 void Take() {
-    const nqp2::SysInterfaceTable& table = *nqp2::WorkerInterface().table;
-    nqp2::ChannelHandle channel = table.CreateChannel(kChannelId, 1, 1, 0, 2);
+    const SysInterfaceTable& table = *WorkerInterface().table;
+    ChannelHandle channel = table.CreateChannel(kChannelId, 1, 1, 0, 2);
     if (channel == 0) {
         return;
     }
     std::uint32_t id = 0;
     std::uint32_t length = 0;
     void* buffer = nullptr;
-    if (table.ReceivePacket(channel, &id, &buffer, &length, nullptr) == nqp2::kChannelDone) {
+    if (table.ReceivePacket(channel, &id, &buffer, &length, nullptr) == kChannelDone) {
         std::memset(buffer, 0, length);
     }
     table.CloseChannel(&channel);
@@ -100,7 +95,7 @@ void Take() {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
+void TestInput(Input input) {
     static const Socket worker;
     static const bool isWarm = [] { // what is made once is made
         constexpr std::array<std::uint8_t, kPacketStep> kWithDescriptor = {0, 0, 0, 0, 0, 1};
@@ -112,12 +107,13 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const std::ptrdiff_t before = OpenDescriptors();
     {
         const platform::Descriptor visitor = worker.Connect();
-        const std::span input(data, std::min(size, kMaxSteps * kPacketStep));
-        for (std::size_t at = 0; at + kPacketStep <= input.size(); at += kPacketStep) {
-            SendHostilePacket(visitor.Get(), input.subspan(at).first<kPacketStep>());
+        const Input steps = input.first(std::min(input.size(), kMaxSteps * kPacketStep));
+        for (std::size_t at = 0; at + kPacketStep <= steps.size(); at += kPacketStep) {
+            SendHostilePacket(visitor.Get(), steps.subspan(at).first<kPacketStep>());
         }
         Take();
     }
     Require(AreLetGo(before), "of a visitor that has gone nothing is kept open");
-    return 0;
 }
+
+} // namespace nqp2::fuzz

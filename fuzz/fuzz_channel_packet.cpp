@@ -6,24 +6,17 @@
 // description (fuzz/hostile_packet.h) says what the other end does.
 
 #include "channel/channel_end.h"
+#include "fuzz/fuzz_target.h"
 #include "fuzz/hostile_packet.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
-#include <span>
 
+namespace nqp2::fuzz {
 namespace {
 
-namespace channel = nqp2::channel;
-using nqp2::kChannelDone;
-using nqp2::fuzz::Require;
-
-constexpr std::uint32_t kSize = nqp2::fuzz::kSegmentSize;
-constexpr std::size_t kStep = nqp2::fuzz::kPacketStep;
+constexpr std::uint32_t kSize = kSegmentSize;
+constexpr std::size_t kStep = kPacketStep;
 constexpr std::size_t kMaxSteps = 64;
 
 /// Uses the end without waiting; a message must lie where the whole slot can be read and written.
@@ -58,7 +51,7 @@ void Use(channel::ChannelEnd& end, std::uint8_t what) {
     }
 }
 
-void Talk(channel::Role role, std::span<const std::uint8_t> input) {
+void Talk(channel::Role role, Input input) {
     auto ends = channel::MakeSocketPair();
     auto memory = channel::MakeMemory(kSize, kSize);
     Require(ends.has_value() && memory.has_value(), "there is a channel");
@@ -67,7 +60,7 @@ void Talk(channel::Role role, std::span<const std::uint8_t> input) {
                              std::move(memory->receive)},
                             role, {0, 0});
     for (std::size_t at = 0; at + kStep <= std::min(input.size(), kMaxSteps * kStep); at += kStep) {
-        nqp2::fuzz::SendHostilePacket(ends->second.Get(), input.subspan(at).first<kStep>());
+        SendHostilePacket(ends->second.Get(), input.subspan(at).first<kStep>());
         Use(end, input[at]);
     }
     end.Close();
@@ -75,9 +68,9 @@ void Talk(channel::Role role, std::span<const std::uint8_t> input) {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    const std::span input(data, size);
+void TestInput(Input input) {
     Talk(channel::Role::Opens, input);
     Talk(channel::Role::Takes, input);
-    return 0;
 }
+
+} // namespace nqp2::fuzz

@@ -6,42 +6,35 @@
 #include "clips/clip_reader.h"
 #include "clips/clip_texts.h"
 #include "clips/essence_lookup.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 #include "media/card_layout.h"
 #include "media/element_paths.h"
 #include "xml/document_queries.h"
 #include "xml/dom/document.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <set>
-#include <string>
-#include <string_view>
 
+namespace nqp2::fuzz {
 namespace {
 
-using nqp2::clips::ClipTexts;
-using nqp2::clips::EssenceLookup;
-using nqp2::fuzz::Require;
+using clips::ClipTexts;
+using clips::EssenceLookup;
 
 constexpr const wchar_t* kContents = L"/nqp2-fuzz/none:\\CONTENTS\\";
 
 /// The single pass must give what asking path by path gives.
-void CheckTexts(const nqp2::dom::Document& document, const ClipTexts& texts) {
-    for (const auto& entry : nqp2::media::kClipPaths) {
+void CheckTexts(const dom::Document& document, const ClipTexts& texts) {
+    for (const auto& entry : media::kClipPaths) {
         const std::string path =
-            std::string(nqp2::media::kClipContentPath) + "/" + std::string(entry.below);
-        const nqp2::dom::Node* const node = texts.Find(entry.path);
-        Require(texts.Text(entry.path) == (node != nullptr ? nqp2::xml::TextOf(*node) : CString()),
+            std::string(media::kClipContentPath) + "/" + std::string(entry.below);
+        const dom::Node* const node = texts.Find(entry.path);
+        Require(texts.Text(entry.path) == (node != nullptr ? xml::TextOf(*node) : CString()),
                 "a shared text is the node's text");
         Require(node == document.SelectSingle(path).get(),
                 "a clip value is the first node that its path selects");
     }
-    for (const auto below :
-         {nqp2::media::kMemoPath, nqp2::media::kProxyAudioPath, nqp2::media::kAudioPath}) {
-        const std::string path =
-            std::string(nqp2::media::kClipContentPath) + "/" + std::string(below);
+    for (const auto below : {media::kMemoPath, media::kProxyAudioPath, media::kAudioPath}) {
+        const std::string path = std::string(media::kClipContentPath) + "/" + std::string(below);
         Require(texts.All(below).size() == document.SelectNodes(path)->Length(),
                 "every element of a list is found");
     }
@@ -53,7 +46,7 @@ void CheckPath(const CString& path, const CString& clipName) {
     }
     const CString contents = kContents;
     Require(path.Left(contents.GetLength()) == contents, "paths stay in the contents folder");
-    Require(nqp2::media::IsPlainName(clipName), "a name that is no file name makes no path");
+    Require(media::IsPlainName(clipName), "a name that is no file name makes no path");
     const CString rest = path.Mid(contents.GetLength());
     Require(rest.Find(L'\\') == rest.ReverseFind(L'\\') && rest.Find(L'/') < 0 &&
                 rest.Find(L"..\\") < 0,
@@ -80,17 +73,17 @@ void CheckClip(const _tag_P2Clip& clip) {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
+void TestInput(Input input) {
     // The same objects for all inputs, as in a scan: no file may spoil the next.
-    static nqp2::clips::TextPool pool;
-    static nqp2::dom::Document document(nqp2::dom::SelectionRule::Names::Qualified);
-    if (!document.LoadBytes({reinterpret_cast<const char*>(data), size})) {
-        Require(document.LastError().fault != nqp2::dom::Fault::None, "a failed load says why");
-        return 0;
+    static clips::TextPool pool;
+    static dom::Document document(dom::SelectionRule::Names::Qualified);
+    if (!document.LoadBytes(AsText(input))) {
+        Require(document.LastError().fault != dom::Fault::None, "a failed load says why");
+        return;
     }
     const ClipTexts texts(document, pool);
     CheckTexts(document, texts);
-    const nqp2::platform::Place contents(kContents);
+    const platform::Place contents(kContents);
     const EssenceLookup byName(contents, EssenceLookup::Mode::OneClip);
     _tag_P2Clip named;
     ReadNamedClip(texts, byName, named);
@@ -100,5 +93,6 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     _tag_P2Clip scanned;
     ReadScannedClip(texts, inScan, scanned);
     CheckClip(scanned);
-    return 0;
 }
+
+} // namespace nqp2::fuzz

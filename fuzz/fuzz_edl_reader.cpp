@@ -5,21 +5,16 @@
 
 #include "edl/edl_layout.h"
 #include "edl/edl_reader.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 #include "media/families.h"
 #include "media/identifier.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <limits>
-#include <string_view>
 
+namespace nqp2::fuzz {
 namespace {
-
-using nqp2::fuzz::Require;
 
 constexpr int kIgnoreMissing = 1;
 
@@ -42,7 +37,7 @@ void CheckEvent(const tag_P2EDLClipTrackEvent& event) {
     Require(event.SourceIn == event.SourceOffset, "the source starts at its offset");
     Require(event.SourceOut == std::clamp<std::int64_t>(last, Limits::min(), Limits::max()),
             "the source ends after its duration");
-    Require(event.GlobalClipGuid == nqp2::media::GuidFromIdentifier(event.GlobalClipID),
+    Require(event.GlobalClipGuid == media::GuidFromIdentifier(event.GlobalClipID),
             "the GUID stands in the identifier");
 }
 
@@ -65,15 +60,15 @@ void CheckEvents(CMarkupMSXML& reader, const wchar_t* path, const tag_P2EDL& edl
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
+void TestInput(Input input) {
     // The same object for all inputs, as in a scan: no file may spoil the next.
     static CMarkupMSXML reader;
-    if (reader.LoadBytes({reinterpret_cast<const char*>(data), size}) == 0) {
-        return 0;
+    if (reader.LoadBytes(AsText(input)) == 0) {
+        return;
     }
     tag_P2EDL edl;
-    if (!nqp2::edl::ReadEditList(reader, edl)) {
-        return 0;
+    if (!edl::ReadEditList(reader, edl)) {
+        return;
     }
     CheckHead(edl);
     const CString schema = reader.GetNodeAttribute(L"P2Main", L"");
@@ -83,5 +78,6 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
                 isThird ? L"//P2Main/EditContent/TrackList/VideoTrack/EventList/Event"
                         : L"//P2Main/EditContent/TrackList/ClipTrack/EventList/Event",
                 edl);
-    return 0;
 }
+
+} // namespace nqp2::fuzz

@@ -3,9 +3,8 @@
 
 // Bytes as a card's ingest list: read, extended, and a clip taken out again.
 
-#include "fuzz/measured_input.h"
+#include "fuzz/fuzz_target.h"
 #include "fuzz/memory_files.h"
-#include "fuzz/require.h"
 #include "ingest/ingest_file.h"
 #include "NQP2ParserU/IngestList.h"
 #include "NQP2ParserU/MarkupMSXML.h"
@@ -13,18 +12,11 @@
 #include "platform/folder.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <string>
 #include <utility>
 #include <vector>
 
+namespace nqp2::fuzz {
 namespace {
-
-using nqp2::IngestList;
-using nqp2::IngestResult;
-using nqp2::IngestStatus;
-using nqp2::fuzz::Require;
 
 constexpr const wchar_t* kRoot = L"/nqp2-fuzz";
 constexpr const char* kFile = "/nqp2-fuzz/USERDATA/Ingest.xml";
@@ -32,7 +24,7 @@ constexpr const wchar_t* kClip = L"0001AA";
 constexpr const char* kOnlyPath = "/nqp2-fuzz/USERDATA";
 
 bool IsClip(const IngestList::value_type& entry) {
-    return nqp2::platform::EqualNoCase(entry.first.View(), kClip);
+    return platform::EqualNoCase(entry.first.View(), kClip);
 }
 
 bool SameSegment(const tag_P2SegInfo& left, const tag_P2SegInfo& right) {
@@ -47,12 +39,12 @@ bool SameEntry(const IngestList::value_type& left, const IngestList::value_type&
 
 IngestList Loaded() {
     IngestList list;
-    Require(nqp2::LoadIngestList(kRoot, list), "what was saved loads");
+    Require(LoadIngestList(kRoot, list), "what was saved loads");
     return list;
 }
 
 void CheckAddAndRemove(IngestList expected) {
-    Require(nqp2::AddToIngestList(kRoot, {{kClip, {{3, 4}}}}).status == IngestStatus::Done,
+    Require(AddToIngestList(kRoot, {{kClip, {{3, 4}}}}).status == IngestStatus::Done,
             "a list is extended");
     auto entry = std::find_if(expected.begin(), expected.end(), IsClip);
     const bool isNew = entry == expected.end();
@@ -65,7 +57,7 @@ void CheckAddAndRemove(IngestList expected) {
     Require(std::equal(added.begin(), added.end(), expected.begin(), expected.end(), SameEntry),
             "one segment is added to the first entry and nothing else changes");
     expected.erase(entry);
-    Require(nqp2::RemoveFromIngestList(kRoot, kClip).status == IngestStatus::Done, "it is removed");
+    Require(RemoveFromIngestList(kRoot, kClip).status == IngestStatus::Done, "it is removed");
     const IngestList removed = Loaded();
     Require(std::equal(removed.begin(), removed.end(), expected.begin(), expected.end(), SameEntry),
             "the first entry is gone and nothing else changes");
@@ -73,31 +65,32 @@ void CheckAddAndRemove(IngestList expected) {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    const std::string bytes(reinterpret_cast<const char*>(data), size);
+void TestInput(Input input) {
+    const std::string bytes(AsText(input));
     MemoryFiles folder;
     folder.files[kFile] = bytes;
-    const nqp2::platform::ScopedFileSystem inPlace(folder);
+    const platform::ScopedFileSystem inPlace(folder);
     IngestList list;
     IngestResult result;
-    if (nqp2::LoadIngestList(kRoot, list, result)) {
+    if (LoadIngestList(kRoot, list, result)) {
         CheckAddAndRemove(list);
-        return 0;
+        return;
     }
-    Require(nqp2::AddToIngestList(kRoot, {{kClip, {{3, 4}}}}).status == result.status &&
+    Require(AddToIngestList(kRoot, {{kClip, {{3, 4}}}}).status == result.status &&
                 folder.files[kFile] == bytes,
             "what is no list stays as it is");
-    std::unique_ptr<nqp2::platform::Folder> opened;
+    std::unique_ptr<platform::Folder> opened;
     Require(static_cast<bool>(folder.OpenFolder(kOnlyPath, opened)), "it opens");
-    nqp2::ingest::AddToFile(*opened, nqp2::ingest::UserData(kRoot), L"Ingest.xml",
-                            {{kClip, {{3, 4}}}, {L"other", {{5, 6}}}});
+    ingest::AddToFile(*opened, ingest::UserData(kRoot), L"Ingest.xml",
+                      {{kClip, {{3, 4}}}, {L"other", {{5, 6}}}});
     Require(result.status == IngestStatus::Foreign ||
                 folder.files[std::string(kFile) + ".unreadable1"] == bytes,
             "what cannot be read is kept aside");
     CMarkupMSXML saved;
-    Require(saved.Load(nqp2::ingest::UserData(kRoot).PathOf(L"Ingest.xml")) != 0,
+    Require(saved.Load(ingest::UserData(kRoot).PathOf(L"Ingest.xml")) != 0,
             "what was saved is sound");
     Require(result.status == IngestStatus::Foreign || Loaded().size() == 2,
             "a new list holds all that was added");
-    return 0;
 }
+
+} // namespace nqp2::fuzz

@@ -3,21 +3,15 @@
 
 // Any bytes as a JSON document that a user hands to nqp2: an edit list.
 
-#include "fuzz/input_as_file.h"
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 #include "nqp2/console.h"
 #include "nqp2/json_input.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <string>
-
+namespace nqp2::fuzz {
 namespace {
 
-using nqp2::fuzz::Require;
-using nqp2::tool::Failure;
-using nqp2::tool::InputValue;
+using tool::Failure;
+using tool::InputValue;
 
 /// Whether it can be read so; a refusal is one line that says where.
 template <class Read>
@@ -27,7 +21,7 @@ bool IsTaken(const Read& read) {
         return true;
     } catch (const Failure& refusal) {
         const std::string line = refusal.what();
-        Require(refusal.GetStatus() == nqp2::tool::kUsage && line.find('\n') == std::string::npos,
+        Require(refusal.GetStatus() == tool::kUsage && line.find('\n') == std::string::npos,
                 "a refusal is one line on wrong usage");
         return false;
     }
@@ -56,11 +50,12 @@ void Walk(const InputValue& value) {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    const InputAsFile file(data, size);
+void TestInput(Input input) {
+    const InputAsFile file(input);
     IsTaken([&] {
         const tool::InputDocument document(file.Path());
         Walk(document.Root());
     });
-    return 0;
 }
+
+} // namespace nqp2::fuzz

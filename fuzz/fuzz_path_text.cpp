@@ -3,9 +3,8 @@
 
 // Any bytes as paths, drives and patterns, in both forms.
 
-#include "fuzz/measured_input.h"
+#include "fuzz/fuzz_target.h"
 #include "fuzz/memory_files.h"
-#include "fuzz/require.h"
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"
@@ -13,14 +12,8 @@
 #include "platform/place.h"
 #include "platform/unicode.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <string>
-#include <string_view>
-
+namespace nqp2::fuzz {
 namespace {
-
-using nqp2::fuzz::Require;
 
 constexpr std::size_t kLongPattern = 2048; ///< takes its length times that of the name
 
@@ -30,56 +23,56 @@ std::string WithoutSeparators(std::string_view path) {
 
 /// A folder's interface form, with what is appended to it, leads back to the folder.
 void CheckRoot(std::string_view folder) {
-    const CString root = nqp2::InterfaceRoot(folder);
+    const CString root = InterfaceRoot(folder);
     if (root.IsEmpty()) {
         Require(folder.empty() || folder.find(":\\") != std::string_view::npos ||
                     folder.find('\0') != std::string_view::npos,
                 "nearly every folder has an interface form");
         return;
     }
-    const std::string path = nqp2::PosixPath(root + L"\\CONTENTS");
+    const std::string path = PosixPath(root + L"\\CONTENTS");
     const std::string plain = WithoutSeparators(folder) + "/CONTENTS";
     Require(path == plain || path == "./" + plain, "a root leads to its folder");
 }
 
 void CheckPath(const CString& text) {
-    const std::string path = nqp2::PosixPath(text);
+    const std::string path = PosixPath(text);
     Require(path.find('\0') == std::string::npos, "no path holds a zero byte");
-    const CString whole = nqp2::platform::FullPath(text);
+    const CString whole = platform::FullPath(text);
     Require(whole.Right(text.GetLength()) == text, "a whole path ends as the path does");
-    nqp2::platform::FindExisting(path);
+    platform::FindExisting(path);
 }
 
 /// What a place finds is one entry of its own folder.
 void CheckPlace(const CString& text) {
-    const nqp2::platform::PathParts parts = nqp2::platform::SplitPath(text);
-    nqp2::platform::FoundFile found;
+    const platform::PathParts parts = platform::SplitPath(text);
+    platform::FoundFile found;
     if (parts.folder.Find(parts.name, found)) {
         const std::string& folder = parts.folder.OnDisk();
-        const std::string name = nqp2::platform::NamePart(found.posixPath);
-        Require(nqp2::platform::IsEntryName(name), "a name leads nowhere else");
-        Require(found.posixPath == nqp2::platform::PathIn(folder, name), "it is in the folder");
+        const std::string name = platform::NamePart(found.posixPath);
+        Require(platform::IsEntryName(name), "a name leads nowhere else");
+        Require(found.posixPath == platform::PathIn(folder, name), "it is in the folder");
     }
-    nqp2::platform::IoStatus status;
-    static_cast<void>(nqp2::platform::Place(text).Below(text).List(text, status));
+    platform::IoStatus status;
+    static_cast<void>(platform::Place(text).Below(text).List(text, status));
 }
 
 void CheckDrive(std::string_view argument) {
-    if (!nqp2::MapDriveFromArgument(argument)) {
+    if (!MapDriveFromArgument(argument)) {
         return;
     }
     const wchar_t drive[] = {static_cast<wchar_t>(argument.front()), 0};
-    Require(nqp2::IsDriveMapped(drive[0]), "what was mapped is mapped");
-    const std::string path = nqp2::PosixPath(CString(drive) + L":\\x");
+    Require(IsDriveMapped(drive[0]), "what was mapped is mapped");
+    const std::string path = PosixPath(CString(drive) + L":\\x");
     Require(path.ends_with("/x") || path == "x", "a path on the drive leads somewhere");
-    nqp2::MapDrive(drive, "");
-    Require(!nqp2::IsDriveMapped(drive[0]), "an empty folder unmaps it");
+    MapDrive(drive, "");
+    Require(!IsDriveMapped(drive[0]), "an empty folder unmaps it");
 }
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+void TestInput(Input input) {
+    const std::string_view bytes = AsText(input);
     const CString text = platform::TextFromNameBytes(bytes);
     Require(platform::NameBytesFromText(text.View()) == bytes, "a file's name keeps every byte");
     MemoryFiles files;
@@ -92,5 +85,6 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
     const std::wstring_view half = text.View().substr(0, kLongPattern);
     platform::MatchesPattern(half.substr(0, half.size() / 2), half.substr(half.size() / 2));
     Require(platform::MatchesPattern(half, L"*"), "a star fits everything");
-    return 0;
 }
+
+} // namespace nqp2::fuzz

@@ -3,22 +3,18 @@
 
 // What the quick parser takes, libxml2 takes as well, with the same tree.
 
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 #include "xml/dom/parser.h"
 #include "xml/dom/quick_parser.h"
 #include "xml/dom/tree.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <memory>
-#include <string_view>
 
+namespace nqp2::fuzz {
 namespace {
 
-using nqp2::dom::Node;
-using nqp2::dom::Tree;
-using nqp2::fuzz::Require;
+using dom::Node;
+using dom::Tree;
 
 void ExpectSame(const Node& quick, const Node& sound) {
     Require(quick.type == sound.type, "the quick parser gives the same kind of a node");
@@ -55,25 +51,26 @@ void ExpectSame(Tree& quick, Tree& sound) {
         ExpectSameAttributes(*one, *other);
         Require(DepthOf(*one) == DepthOf(*other),
                 "the quick parser gives the same place of a node");
-        one = nqp2::dom::NextInOrder(*one, quickTop);
-        other = nqp2::dom::NextInOrder(*other, soundTop);
+        one = dom::NextInOrder(*one, quickTop);
+        other = dom::NextInOrder(*other, soundTop);
     }
     Require(one == other, "the quick parser gives the same number of nodes");
 }
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    static nqp2::dom::Parser parser;
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+void TestInput(Input input) {
+    static dom::Parser parser;
+    const std::string_view bytes = AsText(input);
     const auto quick = std::make_shared<Tree>();
-    if (nqp2::dom::ParseQuickly(bytes, *quick)) {
+    if (dom::ParseQuickly(bytes, *quick)) {
         const auto sound = std::make_shared<Tree>();
-        Require(parser.ParseWithLibxml(bytes, *sound).fault == nqp2::dom::Fault::None,
+        Require(parser.ParseWithLibxml(bytes, *sound).fault == dom::Fault::None,
                 "libxml2 takes what the quick parser takes");
         ExpectSame(*quick, *sound);
     } else {
         Require(quick->Root() == nullptr, "nothing is left of what the quick parser does not take");
     }
-    return 0;
 }
+
+} // namespace nqp2::fuzz

@@ -8,32 +8,25 @@
 // (MemoryFiles::AddFrom), then requests, each a byte for its number and what its fields take.
 
 #include "bridge/messages.h"
-#include "fuzz/measured_input.h"
+#include "fuzz/fuzz_target.h"
 #include "fuzz/memory_files.h"
-#include "fuzz/require.h"
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"
 #include "worker/operations.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <string>
 #include <unistd.h>
 #include <vector>
 
+namespace nqp2::fuzz {
 namespace {
 
 namespace fs = std::filesystem;
-namespace bridge = nqp2::bridge;
 using bridge::MessageId;
-using nqp2::fuzz::ByteSource;
-using nqp2::fuzz::Require;
-using nqp2::worker::Operations;
 
 constexpr std::size_t kMostRequests = 12;
 constexpr std::size_t kMostFiles = 40;
@@ -52,7 +45,7 @@ public:
         m_place = m_top / "1/2/3/4/5/6/7/8/9/10/11/12";
         fs::create_directories(m_place / "outside");
         std::ofstream(m_place / "outside" / "kept") << "kept";
-        nqp2::MapDrive(L"X", (m_place / "card").c_str());
+        MapDrive(L"X", (m_place / "card").c_str());
     }
     ~Scratch() {
         std::error_code ignored;
@@ -68,7 +61,7 @@ public:
         fs::remove_all(m_place / "other");
         fs::create_directories(m_place / "other");
         fs::create_directories(m_place / "card/CONTENTS/CLIP");
-        nqp2::fuzz::MemoryFiles card;
+        MemoryFiles card;
         card.AddFrom(files, "");
         std::size_t count = 0;
         for (const auto& [path, content] : card.files) {
@@ -136,10 +129,10 @@ private:
         constexpr const wchar_t* kOthers[] = {L"X", L"X:\\", L"", L"relative", L"Z:\\"};
         const std::uint8_t choice = m_input.Byte();
         if (choice < 2 * std::size(kFolders)) {
-            return nqp2::InterfaceRoot(m_scratch.Path(kFolders[choice / 2U]));
+            return InterfaceRoot(m_scratch.Path(kFolders[choice / 2U]));
         }
         return choice < 0xC0 ? CString(kOthers[choice % std::size(kOthers)])
-                             : nqp2::InterfaceRoot(m_scratch.Path("card/" + OwnName()));
+                             : InterfaceRoot(m_scratch.Path("card/" + OwnName()));
     }
 
     std::string OwnName() { return std::string(m_input.Take(m_input.Byte() % 24U)); }
@@ -148,7 +141,7 @@ private:
         constexpr const char* kNames[] = {"0001AA", "0001AA", "0002BB", "0003CC",    "0001aa",
                                           "..",     "",       "P001ED", "../0001AA", "._0001AA"};
         const std::uint8_t choice = m_input.Byte();
-        return nqp2::TextFromBytes(choice < 0xC0 ? kNames[choice % std::size(kNames)] : OwnName());
+        return TextFromBytes(choice < 0xC0 ? kNames[choice % std::size(kNames)] : OwnName());
     }
 
     std::int32_t Number() { return static_cast<std::int32_t>(m_input.Number(4)); }
@@ -171,8 +164,8 @@ private:
         const std::int32_t length =
             message.Save(m_request.data(), static_cast<std::int32_t>(m_request.size()));
         const auto capacity = static_cast<std::int32_t>(m_reply.size());
-        const nqp2::worker::Answer write =
-            nqp2::worker::Dispatch(m_operations, bridge::Number(id), m_request.data(), length);
+        const worker::Answer write =
+            worker::Dispatch(m_operations, bridge::Number(id), m_request.data(), length);
         const std::int32_t answered = write(m_reply.data(), capacity);
         Require(answered >= 0 && answered <= capacity, "an answer fits its buffer");
         Message answer;
@@ -195,7 +188,6 @@ private:
         message.info.value2 = m_input.Byte() % 2U;
         Send(MessageId::ImportFile, message);
     }
-    void GetUploadOffset() { Send(MessageId::GetUploadOffset, bridge::UploadOffsetMessage()); }
     void Export() {
         bridge::ExportFileMessage message;
         message.info.text1 = Root();
@@ -216,15 +208,15 @@ private:
         message.first = Root();
         Send(MessageId::GetP2SerialNumber, message);
     }
-    template <MessageId Id>
+    template <MessageId Id, class Message, int Most = INT32_MAX>
     void SendValue() {
-        bridge::ValueMessage message;
-        message.value = Number() >> m_input.Byte() % 32;
-        constexpr std::int32_t kModestBlock = 1 << 20;
-        if (Id == MessageId::SetWriteBlockSize) {
-            message.value = std::min(message.value, kModestBlock);
-        }
+        Message message;
+        message.value = std::min(Number() >> m_input.Byte() % 32, Most);
         Send(Id, message);
+    }
+    template <MessageId Id, class Message>
+    void SendEmpty() {
+        Send(Id, Message());
     }
     void SetParameters() {
         bridge::RTExportParamMessage message;
@@ -255,11 +247,6 @@ private:
         message.length2 = static_cast<std::uint32_t>(sound.size());
         Send(MessageId::AddRTExportAVData, message);
     }
-    void MakeBuffer() {
-        bridge::BufferMessage message;
-        message.value = Number() >> m_input.Byte() % 32;
-        Send(MessageId::AddRTExportAVDataForBuf, message);
-    }
     void StopRecording() {
         bridge::StopRTExportMessage message;
         message.first = m_input.Byte() % 2;
@@ -274,8 +261,6 @@ private:
         message.bits = bits.data();
         Send(MessageId::CreateIconBmp, message);
     }
-    void CloseAllFile() { Send(MessageId::CloseAllFile, bridge::ResultMessage()); }
-    void GetLastError() { Send(MessageId::GetLastError, bridge::ErrorTextMessage()); }
     void GetBaseClipInfo() {
         bridge::BaseClipInfoMessage message;
         message.path = Root() + L"\\CONTENTS\\VIDEO\\" + Name() + L".MXF";
@@ -285,8 +270,8 @@ private:
 
     const Scratch& m_scratch;
     ByteSource& m_input;
-    nqp2::worker::ProgressLink m_progress;
-    Operations m_operations{m_progress};
+    worker::ProgressLink m_progress;
+    worker::Operations m_operations{m_progress};
     std::vector<unsigned char> m_data;
     std::vector<unsigned char> m_request;
     std::vector<unsigned char> m_reply;
@@ -295,31 +280,30 @@ private:
 const Host::Request Host::kRequests[] = {
     &Host::SetSystemType,
     &Host::Import,
-    &Host::GetUploadOffset,
+    &Host::SendEmpty<MessageId::GetUploadOffset, bridge::UploadOffsetMessage>,
     &Host::Export,
     &Host::Delete,
     &Host::GetSerialNumber,
-    &Host::SendValue<MessageId::SetWriteBlockSize>,
-    &Host::SendValue<MessageId::StartRTExport>,
-    &Host::SendValue<MessageId::SetRTExportExtraParam>,
+    &Host::SendValue<MessageId::SetWriteBlockSize, bridge::ValueMessage, 1 << 20>,
+    &Host::SendValue<MessageId::StartRTExport, bridge::ValueMessage>,
+    &Host::SendValue<MessageId::SetRTExportExtraParam, bridge::ValueMessage>,
     &Host::SetParameters,
     &Host::AddData,
-    &Host::MakeBuffer,
+    &Host::SendValue<MessageId::AddRTExportAVDataForBuf, bridge::BufferMessage>,
     &Host::StopRecording,
     &Host::CreateIcon,
-    &Host::CloseAllFile,
-    &Host::GetLastError,
+    &Host::SendEmpty<MessageId::CloseAllFile, bridge::ResultMessage>,
+    &Host::SendEmpty<MessageId::GetLastError, bridge::ErrorTextMessage>,
     &Host::GetBaseClipInfo,
 };
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
+void TestInput(Input data) {
     static Scratch scratch;
-    ByteSource input({data, size});
+    ByteSource input(data);
     const bool hasLink = input.Byte() % 2 == 1;
-    const std::string_view card = input.Take(input.Number(2));
-    ByteSource files({reinterpret_cast<const std::uint8_t*>(card.data()), card.size()});
+    ByteSource files(input.Bytes(input.Number(2)));
     scratch.Fill(files, hasLink);
     {
         Host host(scratch, input);
@@ -328,5 +312,6 @@ int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
         }
     }
     scratch.Check();
-    return 0;
 }
+
+} // namespace nqp2::fuzz

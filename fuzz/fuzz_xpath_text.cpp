@@ -3,8 +3,7 @@
 
 // A path in the first line, a document in the rest.
 
-#include "fuzz/measured_input.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 #include "NQP2ParserU/ComError.h"
 #include "xml/dom/document.h"
 #include "xml/dom/path_walk.h"
@@ -13,19 +12,15 @@
 #include "xml/dom/xpath.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <optional>
-#include <string>
-#include <string_view>
 #include <vector>
 
+namespace nqp2::fuzz {
 namespace {
 
-using nqp2::dom::Document;
-using nqp2::dom::Node;
-using nqp2::dom::SelectionRule;
-using nqp2::fuzz::Require;
+using dom::Document;
+using dom::Node;
+using dom::SelectionRule;
 
 // Larger documents only make each try slow.
 constexpr std::size_t kMaxDocument = std::size_t{16} * 1024;
@@ -43,16 +38,16 @@ std::optional<std::vector<Node*>> Asked(Query&& query) {
 void ComparePath(const Document& document, const std::string& path) {
     Node& top = document.Content()->DocumentNode();
     const SelectionRule& rule = document.Content()->Rule();
-    const auto selected = Asked([&] { return nqp2::dom::SelectAll(top, path); });
+    const auto selected = Asked([&] { return dom::SelectAll(top, path); });
     if (selected) {
         for (const Node* const node : *selected) {
             Require(node->tree == &*document.Content(), "what is found is of the document");
         }
-        Node* const first = nqp2::dom::SelectFirst(top, path);
+        Node* const first = dom::SelectFirst(top, path);
         Require(first == (selected->empty() ? nullptr : selected->front()), "first is the first");
     }
-    if (nqp2::dom::ParseSimplePath(path)) {
-        nqp2::dom::XPathView view(top, rule);
+    if (dom::ParseSimplePath(path)) {
+        dom::XPathView view(top, rule);
         Require(selected == Asked([&] { return view.Evaluate(top, path, rule); }),
                 "the walk finds what XPath finds");
     }
@@ -60,15 +55,15 @@ void ComparePath(const Document& document, const std::string& path) {
 
 std::string TextOf(const Document& document) {
     std::string scratch;
-    return std::string(nqp2::dom::Text(document.Content()->DocumentNode(), scratch));
+    return std::string(dom::Text(document.Content()->DocumentNode(), scratch));
 }
 
 void RoundTrip(const Document& document) {
-    const std::string saved = nqp2::dom::Serialize(document.Content()->DocumentNode());
+    const std::string saved = dom::Serialize(document.Content()->DocumentNode());
     static Document again(SelectionRule::Names::Qualified);
     Require(again.LoadBytes(saved), "what is written can be read");
     Require(TextOf(again) == TextOf(document), "text survives saving");
-    Require(nqp2::dom::Serialize(again.Content()->DocumentNode()) == saved,
+    Require(dom::Serialize(again.Content()->DocumentNode()) == saved,
             "saving twice gives the same bytes");
 }
 
@@ -81,18 +76,19 @@ void Run(Document& document, const std::string& path, std::string_view bytes) {
 
 } // namespace
 
-int nqp2::fuzz::TestInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
+void TestInput(Input data) {
+    const std::string_view input = AsText(data);
     const std::size_t lineEnd = std::min(input.find('\n'), input.size());
     const std::string path(input.substr(0, lineEnd));
     const std::string_view bytes = input.substr(std::min(lineEnd + 1, input.size()));
     if (bytes.size() > kMaxDocument) {
-        return 0;
+        return;
     }
     static Document qualified(SelectionRule::Names::Qualified);
     static Document byNamespace(SelectionRule::Names::Namespace);
     byNamespace.SetSelectionNamespaces("xmlns:p='u' xmlns:q='v'");
     Run(qualified, path, bytes);
     Run(byNamespace, path, bytes);
-    return 0;
 }
+
+} // namespace nqp2::fuzz

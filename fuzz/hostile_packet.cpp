@@ -4,7 +4,7 @@
 #include "fuzz/hostile_packet.h"
 
 #include "channel/packet.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz_target.h"
 
 #include <algorithm>
 #include <array>

@@ -5,16 +5,12 @@
 // All allocations of the process are counted, those of other libraries too; the one that passes the
 // limit ends the program, so that its place is seen and the input kept.
 
-#include "fuzz/measured_input.h"
+#include "fuzz/fuzz_target.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstdlib>
 #include <limits>
 #include <malloc.h>
-#include <string_view>
-#include <unistd.h>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
@@ -33,16 +29,11 @@ constexpr std::int64_t kFreeMemory = std::int64_t{NQP2_FREE_MEMORY_MIB} << 20; /
 constexpr std::int64_t kMemoryPerByte = 40;                                    ///< beyond it
 
 std::atomic<std::int64_t> inUse{0};
-std::atomic<std::int64_t> peakUse{0};
 std::atomic<std::int64_t> limit{std::numeric_limits<std::int64_t>::max()};
-std::int64_t mostUse = 0;
 
 void Taken(std::size_t bytes) {
     const auto more = static_cast<std::int64_t>(bytes);
     const std::int64_t now = inUse.fetch_add(more, std::memory_order_relaxed) + more;
-    std::int64_t peak = peakUse.load(std::memory_order_relaxed);
-    while (now > peak && !peakUse.compare_exchange_weak(peak, now, std::memory_order_relaxed)) {
-    }
     if (now > limit.load(std::memory_order_relaxed)) {
         limit = std::numeric_limits<std::int64_t>::max(); // what follows allocates too
         constexpr std::string_view kBroken =
@@ -68,9 +59,7 @@ int __sanitizer_install_malloc_and_free_hooks(void (*taken)(const volatile void*
 std::size_t __sanitizer_get_allocated_size(const volatile void* memory);
 }
 
-namespace {
-
-void CountAllocations() {
+static void CountAllocations() {
     static const int installed = __sanitizer_install_malloc_and_free_hooks(
         [](const volatile void*, std::size_t size) { Taken(size); },
         [](const volatile void* memory) {
@@ -80,8 +69,6 @@ void CountAllocations() {
         std::abort();
     }
 }
-
-} // namespace
 
 #else
 
@@ -94,16 +81,12 @@ void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* memory);
 }
 
-namespace {
+static void CountAllocations() {}
 
-void CountAllocations() {}
-
-void* Counted(void* memory) {
+static void* Counted(void* memory) {
     Taken(malloc_usable_size(memory));
     return memory;
 }
-
-} // namespace
 
 #define NQP2_INTERPOSED extern "C" __attribute__((visibility("default")))
 
@@ -140,17 +123,10 @@ NQP2_INTERPOSED void free(void* memory) {
 #endif
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 
-std::size_t nqp2::fuzz::MostMemory() {
-    return static_cast<std::size_t>(mostUse);
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     CountAllocations();
-    const std::int64_t before = inUse;
-    peakUse = before;
-    limit = before + kFreeMemory + kMemoryPerByte * static_cast<std::int64_t>(size);
-    const int result = nqp2::fuzz::TestInput(data, size);
+    limit = inUse + kFreeMemory + kMemoryPerByte * static_cast<std::int64_t>(size);
+    nqp2::fuzz::TestInput({data, size});
     limit = std::numeric_limits<std::int64_t>::max();
-    mostUse = std::max(mostUse, peakUse - before);
-    return result;
+    return 0;
 }

@@ -5,7 +5,6 @@
 
 #include "platform/folder.h"
 
-#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -16,49 +15,43 @@ using platform::EntryKind;
 using platform::IoError;
 using platform::IoStatus;
 
-constexpr const char* kCardPaths[] = {"CONTENTS/CLIP/0001AA.XML",
-                                      "CONTENTS/CLIP/0002BB.XML",
-                                      "contents/clip/0003cc.xml",
-                                      "CONTENTS/VIDEO/0001AA.MXF",
-                                      "CONTENTS/AUDIO/0001AA00.MXF",
-                                      "CONTENTS/AUDIO/0001AA01.MXF",
-                                      "CONTENTS/ICON/0001AA.BMP",
-                                      "CONTENTS/PROXY/0001AA.MP4",
-                                      "CONTENTS/AVCLIP/0001AA.MXF",
-                                      "EDITLIST/P001ED.XML",
-                                      "CONTENTS/EDITLIST/P002ED.XML",
-                                      "USERDATA/Ingest.xml",
-                                      "CONTENTS/CLIP/",
-                                      "CONTENTS/CLIP/0004DD.XML/",
-                                      "LASTCLIP.TXT",
-                                      "AVCHD/BDMV/CLIPINF/00000.CPI",
-                                      "AVCHD/BDMV/CLIPINF/00001.CPI",
-                                      "AVCHD/BDMV/CLIPINF/00002.cpi",
-                                      "AVCHD/BDMV/STREAM/00000.MTS",
-                                      "AVCHD/BDMV/STREAM/00001.MTS",
-                                      "AVCHD/BDMV/PLAYLIST/00000.MPL",
-                                      "AVCHD/BDMV/PLAYLIST/00001.MPL",
-                                      "AVCHD/BDMV/PLAYLIST/00002.mpls",
-                                      "AVCHD/BDMV/CLIPINF/00000.clpi",
-                                      "AVCHD/BDMV/STREAM/00000.m2ts",
-                                      "BDMV/CLIPINF/00000.clpi",
-                                      "BDMV/STREAM/00000.m2ts",
-                                      "BDMV/PLAYLIST/00000.mpls",
-                                      "BDMV/PLAYLIST/00000.MPL",
-                                      "BDMV/CLIPINF/00000.CPI",
-                                      "SONY/DVF/100DVF/DV1.AVI",
-                                      "PANA_GRP/001RBQAM/P1.MOV"};
+constexpr const char* kPaths[] = {"CONTENTS/CLIP/0001AA.XML",
+                                  "CONTENTS/CLIP/0002BB.XML",
+                                  "contents/clip/0003cc.xml",
+                                  "CONTENTS/VIDEO/0001AA.MXF",
+                                  "CONTENTS/AUDIO/0001AA00.MXF",
+                                  "CONTENTS/AUDIO/0001AA01.MXF",
+                                  "CONTENTS/ICON/0001AA.BMP",
+                                  "CONTENTS/PROXY/0001AA.MP4",
+                                  "CONTENTS/AVCLIP/0001AA.MXF",
+                                  "EDITLIST/P001ED.XML",
+                                  "CONTENTS/EDITLIST/P002ED.XML",
+                                  "USERDATA/Ingest.xml",
+                                  "CONTENTS/CLIP/",
+                                  "CONTENTS/CLIP/0004DD.XML/",
+                                  "LASTCLIP.TXT",
+                                  "AVCHD/BDMV/CLIPINF/00000.CPI",
+                                  "AVCHD/BDMV/STREAM/00000.MTS",
+                                  "AVCHD/BDMV/STREAM/00001.MTS",
+                                  "AVCHD/BDMV/PLAYLIST/00000.MPL",
+                                  "AVCHD/BDMV/PLAYLIST/00002.mpls",
+                                  "AVCHD/BDMV/CLIPINF/00000.clpi",
+                                  "AVCHD/BDMV/STREAM/00000.m2ts",
+                                  "BDMV/CLIPINF/00000.clpi",
+                                  "BDMV/STREAM/00000.m2ts",
+                                  "BDMV/PLAYLIST/00000.mpls",
+                                  "SONY/DVF/100DVF/DV1.AVI",
+                                  "PANA_GRP/001RBQAM/P1.MOV"};
 
+IoStatus Known(bool done, IoError error) {
+    return done ? IoStatus() : IoStatus{error, "in memory"};
+}
 IoStatus Missing() {
-    return {IoError::NotFound, "missing"};
+    return Known(false, IoError::NotFound);
 }
 
 std::string WithSeparator(const std::string& path) {
     return path.ends_with('/') ? path : path + '/';
-}
-
-std::string WithoutSeparator(const std::string& path) {
-    return path.substr(0, path.find_last_not_of('/') + 1);
 }
 
 /// A file that is read from a copy of what it held when it was opened.
@@ -81,7 +74,7 @@ private:
 class MemoryFolder final : public platform::Folder {
 public:
     MemoryFolder(MemoryFiles& files, std::string path)
-        : m_files(files), m_path(WithoutSeparator(path)) {}
+        : m_files(files), m_path(path.substr(0, path.find_last_not_of('/') + 1)) {}
 
     [[nodiscard]] const std::string& Path() const override { return m_path; }
     IoStatus OpenFolder(const std::string& name,
@@ -90,10 +83,10 @@ public:
     }
     IoStatus MakeFolder(const std::string& name) override {
         const bool isNew = m_files.files.emplace(PathOf(name) + '/', "").second;
-        return isNew ? IoStatus() : Taken();
+        return Known(isNew, IoError::Exists);
     }
     IoStatus RemoveFolder(const std::string& name) override {
-        return m_files.files.erase(PathOf(name) + '/') == 1 ? IoStatus() : Missing();
+        return Known(m_files.files.erase(PathOf(name) + '/') == 1, IoError::NotFound);
     }
     IoStatus Stat(const std::string& name, platform::FileInfo& info) override {
         return m_files.Stat(PathOf(name), info);
@@ -124,15 +117,16 @@ public:
         return {};
     }
     IoStatus MoveToFree(const std::string& from, const std::string& to) override {
-        const auto found = m_files.files.find(PathOf(from));
-        if (found == m_files.files.end()) {
+        auto node = m_files.files.extract(PathOf(from));
+        if (node.empty()) {
             return Missing();
         }
-        if (!m_files.files.emplace(PathOf(to), found->second).second) {
-            return Taken();
+        node.key() = PathOf(to);
+        const auto moved = m_files.files.insert(std::move(node));
+        if (!moved.inserted) {
+            m_files.files[PathOf(from)] = moved.node.mapped();
         }
-        m_files.files.erase(found);
-        return {};
+        return Known(moved.inserted, IoError::Exists);
     }
     IoStatus RemoveAbandoned() override { return {}; }
     IoStatus UsableSpace(std::uint64_t&) override { return Missing(); }
@@ -143,7 +137,6 @@ public:
 
 private:
     [[nodiscard]] std::string PathOf(const std::string& name) const { return m_path + '/' + name; }
-    static IoStatus Taken() { return {IoError::Exists, "taken"}; }
 
     MemoryFiles& m_files;
     std::string m_path;
@@ -153,10 +146,9 @@ private:
 
 void MemoryFiles::AddFrom(ByteSource& input, const std::string& root) {
     while (!input.IsEmpty()) {
-        std::string path = root + '/' + input.Text(kCardPaths);
-        path.erase(std::remove(path.begin(), path.end(), '\0'), path.end());
-        const std::size_t length = input.Number(2);
-        files[path] = input.Take(length);
+        std::string path = root + '/' + input.Text(kPaths);
+        std::erase(path, '\0');
+        files[path] = input.Take(input.Number(2));
     }
 }
 
@@ -168,12 +160,11 @@ IoStatus MemoryFiles::Stat(const std::string& path, platform::FileInfo& info) {
         return {};
     }
     const auto found = files.find(path);
-    if (found == files.end()) {
-        return Missing();
+    if (found != files.end()) {
+        info.kind = EntryKind::File;
+        info.size = found->second.size();
     }
-    info.kind = EntryKind::File;
-    info.size = found->second.size();
-    return {};
+    return Known(found != files.end(), IoError::NotFound);
 }
 
 IoStatus MemoryFiles::List(const std::string& path, std::vector<platform::FolderEntry>& entries) {
@@ -195,12 +186,12 @@ IoStatus MemoryFiles::List(const std::string& path, std::vector<platform::Folder
 }
 
 IoStatus MemoryFiles::Open(const std::string& path, std::unique_ptr<platform::FileReader>& reader) {
-    const auto found = files.find(path);
-    if (found == files.end() || path.ends_with('/')) {
-        return Missing();
+    std::string content;
+    const IoStatus status = Read(path, UINT64_MAX, content);
+    if (status) {
+        reader = std::make_unique<OpenFile>(std::move(content));
     }
-    reader = std::make_unique<OpenFile>(found->second);
-    return {};
+    return status;
 }
 
 IoStatus MemoryFiles::Read(const std::string& path, std::uint64_t limit, std::string& content) {
@@ -209,11 +200,10 @@ IoStatus MemoryFiles::Read(const std::string& path, std::uint64_t limit, std::st
     if (found == files.end() || path.ends_with('/')) {
         return Missing();
     }
-    if (found->second.size() > limit) {
-        return {IoError::TooLarge, "too large"};
+    if (found->second.size() <= limit) {
+        content = found->second;
     }
-    content = found->second;
-    return {};
+    return Known(found->second.size() <= limit, IoError::TooLarge);
 }
 
 IoStatus MemoryFiles::FreeSpace(const std::string&, std::uint64_t&) {
@@ -222,11 +212,8 @@ IoStatus MemoryFiles::FreeSpace(const std::string&, std::uint64_t&) {
 
 IoStatus MemoryFiles::OpenFolder(const std::string& path,
                                  std::unique_ptr<platform::Folder>& folder) {
-    platform::FileInfo info;
-    IoStatus status = Stat(path, info);
-    if (status && info.kind != EntryKind::Folder) {
-        status = {IoError::NotFound, "no folder"};
-    }
+    std::vector<platform::FolderEntry> entries;
+    const IoStatus status = List(path, entries);
     if (status) {
         folder = std::make_unique<MemoryFolder>(*this, path);
     }

@@ -3,17 +3,52 @@
 
 #pragma once
 
-#include "fuzz/byte_source.h"
+#include "fuzz/fuzz_target.h"
 #include "platform/file_system.h"
 
-#include <cstdint>
+#include <algorithm>
 #include <map>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 namespace nqp2::fuzz {
+
+/// Hands an input out in pieces; zeros and empty texts behind its end.
+class ByteSource {
+public:
+    explicit ByteSource(Input input) : m_left(input) {}
+
+    [[nodiscard]] bool IsEmpty() const { return m_left.empty(); }
+
+    std::uint8_t Byte() {
+        const Input byte = Bytes(1);
+        return byte.empty() ? std::uint8_t{0} : byte.front();
+    }
+    /// Little-endian.
+    std::uint32_t Number(std::size_t width) {
+        std::uint32_t number = 0;
+        for (std::size_t i = 0; i < width; ++i) {
+            number |= std::uint32_t{Byte()} << 8 * i;
+        }
+        return number;
+    }
+    Input Bytes(std::size_t count) {
+        const Input taken = m_left.first(std::min(count, m_left.size()));
+        m_left = m_left.subspan(taken.size());
+        return taken;
+    }
+    std::string_view Take(std::size_t count) { return AsText(Bytes(count)); }
+    /// A byte that chooses from the table, or that counts the bytes of a text of its own.
+    template <std::size_t Count>
+    std::string Text(const char* const (&table)[Count]) {
+        constexpr std::uint8_t kOwn = 0x80;
+        const std::uint8_t choice = Byte();
+        return (choice & kOwn) == 0 ? table[choice % Count] : std::string(Take(choice & 0x3FU));
+    }
+
+private:
+    Input m_left;
+};
 
 /// Folders and files in memory. A folder exists when it was made and when something is in it.
 class MemoryFiles final : public platform::FileSystem {

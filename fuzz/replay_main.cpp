@@ -7,13 +7,9 @@
 //   fuzz_clip CORPUS-FOLDER MUTATIONS
 //   fuzz_clip FILE
 
-#include "fuzz/measured_input.h"
+#include "fuzz/fuzz_target.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstddef>
-#include <cstdint>
-#include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <fstream>
@@ -21,8 +17,6 @@
 #include <map>
 #include <random>
 #include <stdexcept>
-#include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -54,6 +48,9 @@ Corpus ReadCorpus(const fs::path& folder) {
             files.emplace(entry.path().lexically_relative(folder).string(), ReadFile(entry.path()));
         }
     }
+    if (files.empty()) {
+        throw std::runtime_error("no files in " + folder.string());
+    }
     Corpus corpus;
     for (auto& [name, content] : files) {
         corpus.push_back(std::move(content));
@@ -67,69 +64,59 @@ public:
     /// A number below `limit`; 0 for a limit of 0.
     std::size_t Below(std::size_t limit) { return limit == 0 ? 0 : m_engine() % limit; }
     char Byte() { return static_cast<char>(m_engine() & 0xFFU); }
+    /// A random piece of a text.
+    std::string_view Slice(std::string_view text) {
+        const std::size_t start = Below(text.size());
+        return text.substr(start, 1 + Below(kMaxSlice));
+    }
 
 private:
     std::mt19937_64 m_engine{0x4E51'5032};
 };
 
-/// A random piece of a text.
-std::string_view Slice(std::string_view text, Dice& dice) {
-    const std::size_t start = dice.Below(text.size());
-    return text.substr(start, 1 + dice.Below(kMaxSlice));
-}
-
-using Mutation = void (*)(std::string& input, const std::string& other, Dice& dice);
-
-void FlipBit(std::string& input, const std::string&, Dice& dice) {
-    if (!input.empty()) {
-        char& byte = input[dice.Below(input.size())];
-        byte = static_cast<char>(static_cast<unsigned char>(byte) ^ (1U << dice.Below(8)));
-    }
-}
-
-void SetByte(std::string& input, const std::string&, Dice& dice) {
-    if (!input.empty()) {
-        const std::size_t position = dice.Below(input.size());
-        input[position] = dice.Byte();
-    }
-}
-
-void InsertByte(std::string& input, const std::string&, Dice& dice) {
-    const std::size_t position = dice.Below(input.size() + 1);
-    input.insert(position, 1, dice.Byte());
-}
-
-void CutOff(std::string& input, const std::string&, Dice& dice) {
-    input.resize(dice.Below(input.size()));
-}
-
-void EraseSlice(std::string& input, const std::string&, Dice& dice) {
-    const std::size_t position = dice.Below(input.size());
-    input.erase(position, 1 + dice.Below(kMaxSlice));
-}
-
-void RepeatSlice(std::string& input, const std::string&, Dice& dice) {
-    const std::string slice(Slice(input, dice));
-    const std::size_t times = 1 + dice.Below(16);
-    for (std::size_t i = 0; i < times; ++i) {
+void RepeatSlice(std::string& input, Dice& dice) {
+    const std::string slice(dice.Slice(input));
+    for (std::size_t left = 1 + dice.Below(16); left > 0; --left) {
         input.insert(dice.Below(input.size() + 1), slice);
     }
 }
 
-void InsertFromOther(std::string& input, const std::string& other, Dice& dice) {
-    const std::size_t position = dice.Below(input.size() + 1);
-    input.insert(position, Slice(other, dice));
+void Mutate(std::string& input, const std::string& other, Dice& dice) {
+    enum Kind { FlipBit, SetByte, CutOff, EraseSlice, InsertByte, InsertOther, Repeat, kKinds };
+    const std::size_t kind = dice.Below(kKinds);
+    const std::size_t inserts = kind == InsertByte || kind == InsertOther ? 1 : 0;
+    const std::size_t place = dice.Below(input.size() + inserts);
+    if (place == input.size() && inserts == 0) {
+        return; // nothing to change
+    }
+    switch (kind) {
+    case FlipBit:
+        input[place] = static_cast<char>(input[place] ^ static_cast<char>(1U << dice.Below(8)));
+        break;
+    case SetByte:
+        input[place] = dice.Byte();
+        break;
+    case CutOff:
+        input.resize(place);
+        break;
+    case EraseSlice:
+        input.erase(place, 1 + dice.Below(kMaxSlice));
+        break;
+    case InsertByte:
+        input.insert(place, 1, dice.Byte());
+        break;
+    case InsertOther:
+        input.insert(place, dice.Slice(other));
+        break;
+    default:
+        RepeatSlice(input, dice);
+    }
 }
-
-constexpr Mutation kMutations[] = {FlipBit,    SetByte,     InsertByte,     CutOff,
-                                   EraseSlice, RepeatSlice, InsertFromOther};
 
 std::string Mutated(const Corpus& corpus, Dice& dice) {
     std::string input = corpus[dice.Below(corpus.size())];
-    const std::size_t steps = 1 + dice.Below(kMaxSteps);
-    for (std::size_t i = 0; i < steps; ++i) {
-        const std::string& other = corpus[dice.Below(corpus.size())];
-        kMutations[dice.Below(std::size(kMutations))](input, other, dice);
+    for (std::size_t left = 1 + dice.Below(kMaxSteps); left > 0; --left) {
+        Mutate(input, corpus[dice.Below(corpus.size())], dice);
     }
     input.resize(std::min(input.size(), kMaxInput));
     return input;
@@ -141,46 +128,15 @@ void RunOne(const std::string& input) {
     LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
 }
 
-/// Keeps the input at work in a file. The file stays open: making it anew for each input would
-/// cost a thousand times what the target does.
-class LastInput {
-public:
-    explicit LastInput(fs::path path) : m_path(std::move(path)), m_file(m_path, kMode) {}
-
-    void Keep(const std::string& input) {
-        m_file.seekp(0);
-        m_file << input << std::flush;
-        fs::resize_file(m_path, input.size());
-    }
-    void Remove() {
-        m_file.close();
-        fs::remove(m_path);
-    }
-
-private:
-    static constexpr auto kMode = std::ios::binary | std::ios::out | std::ios::trunc;
-
-    fs::path m_path;
-    std::ofstream m_file;
-};
-
-std::size_t ReadCount(std::string_view text) {
-    std::size_t count = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
-    if (error != std::errc() || end != text.data() + text.size()) {
-        throw std::runtime_error("not a number: " + std::string(text));
-    }
-    return count;
-}
-
 void ReplayCorpus(const fs::path& folder, std::size_t mutations, const fs::path& keepAs) {
     const Corpus corpus = ReadCorpus(folder);
-    if (corpus.empty()) {
-        throw std::runtime_error("no files in " + folder.string());
-    }
-    LastInput lastInput(keepAs);
-    const auto run = [&lastInput](const std::string& input) {
-        lastInput.Keep(input);
+    // The file stays open: making it anew for each input would cost a thousand times what the
+    // target does.
+    std::ofstream kept(keepAs, std::ios::binary | std::ios::trunc);
+    const auto run = [&](const std::string& input) {
+        kept.seekp(0);
+        kept << input << std::flush;
+        fs::resize_file(keepAs, input.size());
         RunOne(input);
     };
     std::for_each(corpus.begin(), corpus.end(), run);
@@ -188,9 +144,9 @@ void ReplayCorpus(const fs::path& folder, std::size_t mutations, const fs::path&
     for (std::size_t i = 0; i < mutations; ++i) {
         run(Mutated(corpus, dice));
     }
-    lastInput.Remove();
-    std::printf("%zu files and %zu mutations ran, in %zu KiB at most\n", corpus.size(), mutations,
-                nqp2::fuzz::MostMemory() >> 10U);
+    kept.close();
+    fs::remove(keepAs);
+    std::printf("%zu files and %zu mutations ran\n", corpus.size(), mutations);
 }
 
 } // namespace
@@ -200,8 +156,8 @@ int main(int argc, char** argv) {
     try {
         if (argc == 2) {
             RunOne(ReadFile(arguments[1]));
-        } else if (argc == 3) {
-            ReplayCorpus(arguments[1], ReadCount(arguments[2]),
+        } else if (argc == 3 && arguments[2].find_first_not_of("0123456789") == std::string::npos) {
+            ReplayCorpus(arguments[1], std::stoul(arguments[2]),
                          fs::path(arguments[0]).filename().string() + ".last-input");
         } else {
             std::fputs("usage: CORPUS-FOLDER MUTATIONS | FILE\n", stderr);

@@ -54,7 +54,6 @@ struct ItemSpec {
     unsigned connection = 1;
     unsigned format = 4;
     unsigned rate = 3;
-    unsigned angles = 1;
 };
 
 struct MarkSpec {
@@ -78,16 +77,9 @@ inline std::string StreamTable(const ItemSpec& item) {
 }
 
 inline std::string PlayItemBytes(const ItemSpec& item) {
-    std::string bytes = item.name + "M2TS" +
-                        Be((item.angles > 1 ? 0x10U : 0U) | item.connection, 2) + Zeros(1) +
-                        Be(item.in, 4) + Be(item.out, 4) + Zeros(12);
-    if (item.angles > 1) {
-        bytes += Be(item.angles, 1) + Zeros(1);
-        for (unsigned i = 1; i < item.angles; ++i) {
-            bytes += "99999M2TS" + Zeros(1);
-        }
-    }
-    return Counted(bytes + StreamTable(item), 2);
+    return Counted(item.name + "M2TS" + Be(item.connection, 2) + Zeros(1) + Be(item.in, 4) +
+                       Be(item.out, 4) + Zeros(12) + StreamTable(item),
+                   2);
 }
 
 /// A table of one entry and its data, as extensions and makers' data both have it.
@@ -119,7 +111,6 @@ inline std::string ShotEntry(const std::string& id) {
 struct PlaylistSpec {
     std::vector<ItemSpec> items = {ItemSpec()};
     std::vector<MarkSpec> marks = {};
-    bool hasExtension = true;
     std::vector<std::string> shotIds = {}; ///< an identifier a mark, or none at all
     std::string version = "0100";
 };
@@ -153,10 +144,8 @@ inline std::string PlaylistBytes(const PlaylistSpec& spec) {
     }
     const std::size_t marksAt = 58 + 4 + items.size();
     const std::size_t extensionAt = marksAt + 4 + marks.size();
-    return "MPLS" + spec.version + Be(58, 4) + Be(marksAt, 4) +
-           Be(spec.hasExtension ? extensionAt : 0, 4) + Zeros(20) + Counted(Zeros(14), 4) +
-           Counted(items, 4) + Counted(marks, 4) +
-           (spec.hasExtension ? PlaylistExtension(spec) : "");
+    return "MPLS" + spec.version + Be(58, 4) + Be(marksAt, 4) + Be(extensionAt, 4) + Zeros(20) +
+           Counted(Zeros(14), 4) + Counted(items, 4) + Counted(marks, 4) + PlaylistExtension(spec);
 }
 
 struct ClipSpec {
@@ -204,33 +193,22 @@ inline std::string ClipBytes(const ClipSpec& spec) {
            Counted(sequences, 4) + Counted(programs, 4) + (extended ? ClipExtension(spec) : "");
 }
 
-/// Writes single bits, most significant first.
-class BitWriter {
-public:
-    BitWriter& Bits(std::uint32_t value, int count) {
-        m_bits += std::bitset<32>(value).to_string().substr(32 - static_cast<std::size_t>(count));
-        return *this;
+/// A number of variable length, as digits.
+inline std::string Digits(std::uint32_t value) {
+    const std::string bits = std::bitset<33>(std::uint64_t{value} + 1).to_string();
+    const std::size_t first = bits.find('1');
+    return std::string(bits.size() - 1 - first, '0') + bits.substr(first);
+}
+/// The bytes of binary digits, filled up as parameter sets are.
+inline std::string Packed(std::string digits) {
+    digits += '1';
+    digits.resize((digits.size() + 7) / 8 * 8, '0');
+    std::string bytes;
+    for (std::size_t i = 0; i < digits.size(); i += 8) {
+        bytes += static_cast<char>(std::bitset<8>(digits, i, 8).to_ulong());
     }
-    /// A number of variable length.
-    BitWriter& Number(std::uint32_t value) {
-        const std::string bits = std::bitset<33>(std::uint64_t{value} + 1).to_string();
-        const std::string significant = bits.substr(bits.find('1'));
-        m_bits += std::string(significant.size() - 1, '0') + significant;
-        return *this;
-    }
-    [[nodiscard]] std::string Bytes() const {
-        std::string padded = m_bits + '1';
-        padded.resize((padded.size() + 7) / 8 * 8, '0');
-        std::string bytes;
-        for (std::size_t i = 0; i < padded.size(); i += 8) {
-            bytes += static_cast<char>(std::stoi(padded.substr(i, 8), nullptr, 2));
-        }
-        return bytes;
-    }
-
-private:
-    std::string m_bits;
-};
+    return bytes;
+}
 
 struct SetSpec {
     unsigned profile = 100;
@@ -246,33 +224,23 @@ struct SetSpec {
 
 /// A sequence parameter set without its header byte.
 inline std::string ParameterSet(const SetSpec& spec) {
-    BitWriter bits;
-    bits.Bits(spec.profile, 8).Bits(0, 8).Bits(40, 8).Number(0);
+    std::string bits = std::bitset<24>(spec.profile << 16U | 40U).to_string() + '1';
     if (spec.profile >= 100) {
-        bits.Number(1).Number(spec.extraDepth).Number(0).Bits(0, 1).Bits(spec.scaled ? 1 : 0, 1);
+        bits += "010" + Digits(spec.extraDepth) + (spec.scaled ? "101" : "100");
     }
     if (spec.scaled) { // the first list ends at once, the second runs to its end
-        bits.Bits(1, 1).Number(16).Bits(1, 1);
+        bits += '1' + Digits(16) + '1';
         for (int i = 0; i < 16; ++i) {
-            bits.Number(1);
+            bits += Digits(1);
         }
-        bits.Bits(0, 6);
+        bits += "000000";
     }
-    bits.Number(0).Number(spec.order);
-    if (spec.order == 0) {
-        bits.Number(0);
-    } else if (spec.order == 1) { // with a cycle of one
-        bits.Bits(0, 1).Number(0).Number(0).Number(1).Number(0);
-    }
-    bits.Number(1).Bits(0, 1);
-    bits.Number(spec.across - 1).Number(spec.down - 1).Bits(spec.interlaced ? 0 : 1, 1);
-    bits.Bits(0, spec.interlaced ? 2 : 1);
-    bits.Bits(1, 1).Number(0).Number(0).Number(0).Number(spec.cutBottom);
-    bits.Bits(1, 1).Bits(1, 1).Bits(spec.shape, 8);
-    if (spec.shape == 255) {
-        bits.Bits(4, 16).Bits(3, 16);
-    }
-    return bits.Bits(0, 4).Bytes();
+    const char* const orders[] = {"1", "0110101", ""}; // the second with a cycle of one
+    bits += '1' + Digits(spec.order) + orders[spec.order] + "0100" + Digits(spec.across - 1) +
+            Digits(spec.down - 1) + (spec.interlaced ? "000" : "10") + "1111" +
+            Digits(spec.cutBottom) + "11" + std::bitset<8>(spec.shape).to_string() +
+            (spec.shape == 255 ? std::bitset<32>(0x40003).to_string() : "") + "0000";
+    return Packed(bits);
 }
 
 /// Side information with date and timecode packs.

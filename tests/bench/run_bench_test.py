@@ -9,15 +9,6 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "bench"))
 import run_bench  # pylint: disable=wrong-import-position
 
-STRACE = """\
-% time     seconds  usecs/call     calls    errors syscall
------- ----------- ----------- --------- --------- ----------------
- 60.00    0.000300           1       300           read
- 40.00    0.000200           1       204         4 openat
------- ----------- ----------- --------- --------- ----------------
-100.00    0.000500           1       504         4 total
-"""
-
 
 def round_of(load, large_load, **more):
     return {"load/10": load, "read_floor/10": 2.0, "parse_floor/10": 8.0, "load/100": large_load,
@@ -40,23 +31,9 @@ class RunBenchTest(unittest.TestCase):
         self.assertEqual((row.lowest, row.ratio, row.highest), (1.1, 1.2, 1.3))
         self.assertEqual(row.ours, 13)
 
-    def test_the_table_marks_what_is_over_its_target(self):
-        rows = run_bench.summarize(scan_lines(), [round_of(40, 260)])
-        marked = [line for line in run_bench.table(rows).splitlines() if line.endswith("OVER")]
-        self.assertEqual(len(marked), 1)
-        self.assertIn("scan of 10 / plain read ", marked[0])
-
     def test_a_figure_that_nobody_measured_is_an_error(self):
         self.assertRaises(KeyError, run_bench.summarize, run_bench.ratios(10, 100),
                           [round_of(40, 260)])
-
-    def test_reads_the_reports_of_the_programs(self):
-        report = {"benchmarks": [
-            {"name": "load/10/real_time", "real_time": 1.5},
-            {"name": "memory/10/iterations:1/real_time", "real_time": 9.0, "held_bytes": 700.0}]}
-        self.assertEqual(run_bench.figures_of(report),
-                         {"load/10": 1.5, "memory/10": 9.0, "memory/10:held_bytes": 700.0})
-        self.assertEqual(run_bench.calls_of(STRACE), 504)
 
     def test_a_failed_measurement_is_an_error(self):
         report = {"benchmarks": [{"name": "load/10", "error_occurred": True, "real_time": 0.0,

@@ -56,7 +56,6 @@ class ClipsTest(ShownCardTest):
         skipped, take = result.stdout[len(table):].splitlines()
         self.assertRegex(skipped, r"^skipped .*/CLIP/0005BR\.XML:3:\d+: not well-formed XML: .+")
         self.assertEqual(take, "take 0003LT: incomplete, missing 0009XX on card AB12")
-        self.assertNotIn("--report", result.stderr)
 
     def test_csv_gives_every_field_and_the_report_aside(self):
         result = run("clips", self.card.path, "--csv", "--report")
@@ -81,17 +80,6 @@ class ClipsTest(ShownCardTest):
             for memo in clip["Memos"]:
                 self.assertEqual(list(memo), fields_of(HEADER, "_tag_P2Memo"))
 
-    def test_json_report(self):
-        document = self.told("clips", self.card.path, "--report")
-        self.assertEqual(list(document), ["card", "kind", "clips", "skipped", "takes"])
-        (skipped,) = document["skipped"]
-        self.assertEqual(list(skipped), ["path", "reason", "line", "column"])
-        self.assertEqual((skipped["path"], skipped["line"]),
-                         (f"{self.card.path}/CONTENTS/CLIP/0005BR.XML", 3))
-        self.assertEqual(document["takes"], [
-            {"TopGlobalClipID": TOP, "segments": ["0003LT"], "complete": False,
-             "missing": [{"ClipName": "0009XX", "P2SerialNo": "AB12"}]}])
-
     def test_sort_orders(self):
         def names(*options):
             return [clip["ClipName"]
@@ -100,30 +88,25 @@ class ClipsTest(ShownCardTest):
         self.card.add("0000UN")
         by_name = ["0000UN", "0001DV", "0002AV", "0003LT", "0004NO"]
         in_folder = [name[:6] for name in os.listdir(self.card.clips) if name != "0005BR.XML"]
-        self.assertEqual(names(), by_name)
-        self.assertEqual(names("--sort", "name"), by_name)
         # A clip without a date comes last.
-        self.assertEqual(names("--sort", "date"),
-                         ["0002AV", "0001DV", "0003LT", "0004NO", "0000UN"])
-        first = self.told("clips", self.card.path)["clips"][0]
-        self.assertEqual((first["ShootStartTime"], first["ShootStartTimeStatus"]), (0, 2),
-                         "no other clip's date")
-        self.assertEqual(names("--sort", "none"), in_folder)
+        by_date = ["0002AV", "0001DV", "0003LT", "0004NO", "0000UN"]
+        for options, expected in (((), by_name), (("--sort", "name"), by_name),
+                                  (("--sort", "date"), by_date), (("--sort", "none"), in_folder)):
+            self.assertEqual(names(*options), expected)
 
     def test_strict_tells_by_status_that_something_was_skipped(self):
-        self.assertEqual(run("clips", self.card.path, "--strict").returncode, 4)
-        (self.card.clips / "0005BR.XML").unlink()
-        self.assertEqual(run("clips", self.card.path, "--strict").returncode, 0)
+        for status in (4, 0):
+            self.assertEqual(run("clips", self.card.path, "--strict").returncode, status)
+            (self.card.clips / "0005BR.XML").unlink(missing_ok=True)
 
 
 class TerminalTest(ShownCardTest):
     def test_lines_fit_the_terminal(self):
         piped = run("clips", self.card.path).stdout.splitlines()
-        for columns in (20, 60, 80, 120, 400):
+        for columns in (20, 80, 120):
             lines = run_on_terminal(columns, "clips", self.card.path)
             self.assertEqual(len(lines), len(piped))
-            for line in lines:
-                self.assertLessEqual(columns_of(line), columns, line)
+            self.assertLessEqual(max(map(columns_of, lines)), columns)
         self.assertEqual(run_on_terminal(400, "clips", self.card.path), piped)
 
 
@@ -159,9 +142,8 @@ class StrangeNamesTest(CardTest):
         self.assertEqual(bad, [])
 
     def test_tables_reports_and_messages(self):
-        for arguments in (["clips"], ["clips", "--report"], ["clips", "--csv", "--report"]):
-            result = run(arguments[0], self.card.path, *arguments[1:])
-            self.assertEqual(result.returncode, 0)
+        for options in ([], ["--report"], ["--csv", "--report"]):
+            result = run("clips", self.card.path, *options)
             self.assert_harmless(result.stdout, "\n\r\t")
             self.assert_harmless(result.stderr)
         self.assertIn("\\x1b[31mRED.XML", run("clips", self.card.path, "--report").stdout)
@@ -173,10 +155,12 @@ class StrangeNamesTest(CardTest):
         self.assertEqual(document["clips"][0]["UserClipName"], self.STRANGE)
         paths = {os.path.basename(file["path"]) for file in document["skipped"]}
         self.assertEqual(paths, {"\x1b[31mRED.XML", "\ufffd\ufffd.XML"})
+        self.assertEqual({tuple(file) for file in document["skipped"]},
+                         {("path", "reason", "line", "column")})
 
     def test_arguments_come_back_harmless(self):
-        for arguments in (["clips", "/no\x1b[31m\nwhere"], ["clip", self.card.path, "\x1b]0;x\a"],
-                          ["\x1b[31m"], ["clips", self.card.path, "--sort", "\x1b[31m"]):
+        for arguments in (["clips", "/no\x1b[31m\nwhere"], ["\x1b[31m"],
+                          ["clips", self.card.path, "--sort", "\x1b[31m"]):
             result = run(*arguments)
             self.assertNotEqual(result.returncode, 0)
             self.assertEqual(result.stderr.count("\n"), 1)

@@ -48,22 +48,16 @@ class UsageTest(CardTest):
         cases = (
             ([], "nqp2: usage: "),
             (["fly"], "nqp2: fly: is not understood (see nqp2 --help)"),
-            (["--fly"], "nqp2: --fly: is not understood (see nqp2 --help)"),
             (["clips"], "nqp2: clips usage: CARD is required (see nqp2 clips --help)"),
             (["clips", card, "x"], "nqp2: clips x: is not understood (see nqp2 clips --help)"),
-            (["clips", card, "--sort"], "nqp2: clips usage: "),
             (["clips", card, "--sort", "size"], "nqp2: clips usage: "),
             (["clips", card, "--json", "--csv"], "nqp2: clips usage: "),
             (["clips", ""], "nqp2: CARD: is empty"),
-            (["clip", card], "nqp2: clip usage: NAME is required"),
             (["edl"], "nqp2: edl usage: "),
-            (["edl", "fly"], "nqp2: edl fly: is not understood (see nqp2 edl --help)"),
             (["edl", "list", card, "x"],
              "nqp2: edl list x: is not understood (see nqp2 edl list --help)"),
-            (["edl", "write", card], "nqp2: edl write usage: FILE is required"),
             (["ingest", "add", card, "0001AA"], "nqp2: ingest add usage: IN-OUT is required"),
             (["import", card, "0001AA"], "nqp2: import usage: --to is required"),
-            (["import", card, "--to", "x"], "nqp2: import usage: CLIP is required"),
             (["base-info", ""], "nqp2: : is no path (it is empty)"),
             (["rt-export", card, "x", "--code-type", "DV"], "nqp2: --code-type DV: is no code type"),
             (["rt-export", card, "x", "--code-type", "1", "--bits", "8"], "nqp2: rt-export usage: "),
@@ -97,10 +91,8 @@ class OutputTest(CardTest):
             self.assert_fails(result, 1, LOST.format("Broken pipe"))
 
     def test_closed_streams_are_no_files_of_the_program(self):
-        for name in ("VIDEO/0001AA.MXF", "AUDIO/0001AA00.MXF", "AUDIO/0001AA01.MXF"):
-            file = self.card.path / "CONTENTS" / name
-            file.parent.mkdir(exist_ok=True)
-            file.write_bytes(b"essence")
+        for folder, name in (("VIDEO", "0001AA"), ("AUDIO", "0001AA00"), ("AUDIO", "0001AA01")):
+            self.card.add_file(folder, f"{name}.MXF")
         streams = {0: "<&-", 1: ">&-", 2: "2>&-"}
         silent = (["import", self.card.path, "0001AA", "--to", self.folder / "taken"],
                   ["last-error"], ["ingest", "add", self.card.path, "0001AA", "0-9"])
@@ -109,16 +101,15 @@ class OutputTest(CardTest):
             open_ones = run(*arguments)
             for mask in range(1, 8):
                 closed = [number for number in streams if mask >> number & 1]
-                with self.subTest(arguments, closed=closed):
-                    result = subprocess.run(
-                        ["sh", "-c", " ".join([words, *(streams[each] for each in closed)])],
-                        capture_output=True, text=True, check=False)
-                    lost = 1 in closed and open_ones.stdout != ""
-                    self.assertEqual(result.returncode, 1 if lost else 0)
-                    if lost and 2 not in closed:
-                        self.assertEqual(result.stderr, LOST.format("Bad file descriptor") + "\n")
-                    elif 1 not in closed:
-                        self.assertEqual(result.stdout[:6], open_ones.stdout[:6])
+                result = subprocess.run(
+                    ["sh", "-c", " ".join([words, *(streams[each] for each in closed)])],
+                    capture_output=True, text=True, check=False)
+                lost = 1 in closed and open_ones.stdout != ""
+                self.assertEqual(result.returncode, 1 if lost else 0, (arguments, closed))
+                if lost and 2 not in closed:
+                    self.assertEqual(result.stderr, LOST.format("Bad file descriptor") + "\n")
+                elif 1 not in closed:
+                    self.assertEqual(result.stdout[:6], open_ones.stdout[:6])
 
     def test_a_limit_of_file_sizes_is_told(self):
         with open(self.folder / "result", "wb") as small:
@@ -175,12 +166,9 @@ class CompletionTest(CardTest):
                 (("clips", "ca"), folders), (("clip", "card", ""), clips),
                 (("clip", "--drive", "E", "=", "/", "card", "0002"), clips[1:]),
                 (("ingest", "add", "card", "0001"), clips[:1]),
-                (("ingest", "add", "card", "0001AA", ""), []),
                 (("space", "--standard", "VS_50"), ["VS_50I", "VS_50P"]),
-                (("space", "--frames", "9", "ca"), folders),
                 (("clips", "card", "--sort", "n"), ["name", "none"]),
-                (("--drive", "E", "=", "card"), folders), (("import", "--to", "ca"), folders),
-                (("import", "card", "0001AA", ""), clips), (("icon", "card", "0001AA", ""), []),
+                (("--drive", "E", "=", "card"), folders), (("import", "card", "0001AA", ""), clips),
                 (("export", "card", "--from", "card", "0002"), clips[1:])):
             self.assertEqual(self.complete("nqp2", *words), offered, words)
 

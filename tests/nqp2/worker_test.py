@@ -72,18 +72,15 @@ class RoundTripTest(WorkerTest):
                  for clip in ("0001AB", "0002CD")]
         self.assertEqual(shown, f"0001AB: 3 files, {sizes[0]} bytes\n"
                                 f"0002CD: 3 files, {sizes[1]} bytes\n")
-        again = self.told("import", self.card.path, "0001AB", "--to", self.target)
-        self.assertEqual(again["clips"], [
-            {"ClipName": "0001AB", "files": 3, "bytes": sizes[0], "written": 0, "video": 100_000,
-             "audio": 5000, "metadata": sizes[0] - 105_000, "other": 0, "incomplete": False}])
+        again, = self.told("import", self.card.path, "0001AB", "--to", self.target)["clips"]
+        self.assertEqual((again["bytes"], again["written"], again["video"], again["audio"]),
+                         (sizes[0], 0, 100_000, 5000))
         self.shown("ingest", "add", self.card.path, "0001AB", "0-9")
         self.shown("delete", self.card.path, "0001AB", "0002CD")
         self.assertEqual(list(files_below(self.card.path)), ["USERDATA/Ingest.xml"])
         self.assertNotIn("0001AB", self.shown("ingest", "list", self.card.path, "--json"))
-        exported = self.told("export", "card", "0001AB", "0002CD", "--from", self.target,
-                             cwd=self.folder)
-        self.assertEqual(exported, {"card": "card",
-                                    "clips": [{"ClipName": "0001AB"}, {"ClipName": "0002CD"}]})
+        exported = self.told("export", self.card.path, "0001AB", "0002CD", "--from", self.target)
+        self.assertEqual(exported["clips"], [{"ClipName": "0001AB"}, {"ClipName": "0002CD"}])
         self.assertEqual({name: content for name, content in files_below(self.card.path).items()
                           if name in before}, before)
 
@@ -98,12 +95,6 @@ class RoundTripTest(WorkerTest):
                          (0, f"nqp2: 0001AB: not whole ({video} is empty.)\n"))
         self.assertTrue(json.loads(result.stdout)["clips"][0]["incomplete"])
         self.assertEqual(files_below(self.target), files_below(self.card.path))
-        other = self.folder / "other"
-        other.mkdir()
-        back = run("export", other, "0001AB", "--from", self.target, "--incomplete", "--quiet")
-        self.assertEqual((back.returncode, files_below(other)),
-                         (0, files_below(self.card.path)))
-        self.assertIn("0001AB: not whole", back.stderr)
 
     def test_drives_are_the_workers_too(self):
         self.shown("import", "--drive", "e=card", "--drive", "F=.", "E:", "0001AB", "--to", "F:\\here",
@@ -122,16 +113,13 @@ class RoundTripTest(WorkerTest):
             picture.write_bytes(content)
             self.shown("icon", self.card.path, "0001AB", picture)
             self.assertEqual(icon.read_bytes(), bottom_up)
-        no_bitmap = ("is no bitmap file of 24 bits a pixel "
-                     "(sides up to 4096, 15 million pixels in all)")
-        for content, problem in (
-                (bottom_up[:-8], "ends within the picture"),
-                (bottom_up[:60:-1], no_bitmap),
-                (bottom_up[:18] + struct.pack("<i", 1 << 30) + bottom_up[22:], no_bitmap),
-                (bottom_up[:18] + struct.pack("<ii", 4096, 4096) + bottom_up[26:], no_bitmap)):
-            picture.write_bytes(content)
-            self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
-                              f"nqp2: {picture}: {problem}")
+        picture.write_bytes(bottom_up[:-8])
+        self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
+                          f"nqp2: {picture}: ends within the picture")
+        picture.write_bytes(bottom_up[:18] + struct.pack("<ii", 4096, 4096) + bottom_up[26:])
+        self.assert_fails(run("icon", self.card.path, "0001AB", picture), 1,
+                          f"nqp2: {picture}: is no bitmap file of 24 bits a pixel (sides up to 4096, "
+                          "15 million pixels in all)")
         self.assertEqual(icon.read_bytes(), bottom_up)
 
 
@@ -146,10 +134,6 @@ class FailureTest(WorkerTest):
              f"0001AB: not imported ({other} is there already with other content.)"),
             (["delete", self.card.path, "NONE"],
              f"NONE: not deleted (There is no clip NONE in {contents}.)"),
-            (["export", self.card.path, "NONE", "--from", self.card.path],
-             f"NONE: not exported (There is no clip NONE in {contents}.)"),
-            (["base-info", self.folder / "none.mov"],
-             f"{self.folder}/none.mov: cannot be opened (No such file or directory)"),
             (["serial", "/proc"],
              "/proc: no serial number (The file system of /proc stands on no device of its own.)"),
             (["import", self.target / "CONTENTS", "0001AB", "--to", self.folder],
@@ -168,21 +152,6 @@ class FailureTest(WorkerTest):
                                   ["delete", self.card.path, "0001AB"], ["last-error"])])
         self.assertTrue((self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML").exists())
         self.assertFalse(self.target.exists())
-
-    def test_a_worker_that_answers_knows_of_no_failure(self):
-        result = run("last-error")
-        self.assertEqual((result.returncode, result.stdout), (0, ""))
-        self.assertEqual(result.stderr, "the worker answers and knows of no failure\n")
-        result = run("last-error", "--json")
-        self.assertEqual((json.loads(result.stdout), result.stderr), ({"LastError": ""}, ""))
-
-    def test_the_serial_number_where_a_device_holds_the_card(self):
-        text = run("serial", self.card.path)
-        shown = run("serial", self.card.path, "--json")
-        self.assertEqual((shown.returncode, shown.stderr), (text.returncode, text.stderr))
-        if text.returncode != 0:
-            self.skipTest(text.stderr)
-        self.assertEqual(json.loads(shown.stdout), {"P2SerialNo": text.stdout.strip()})
 
     def test_a_killed_worker_and_ctrl_c_leave_no_file_with_a_name(self):
         for number, status, told, names in (
@@ -207,7 +176,7 @@ class FailureTest(WorkerTest):
         self.assertEqual(process.wait(timeout=30), -signal.SIGINT)
         os.kill(worker, signal.SIGCONT)
         wait_for(lambda: not Path(f"/proc/{worker}").exists())
-        self.assertEqual([path for path in self.target.rglob("*") if path.is_file()], [])
+        self.assertEqual(files_below(self.target), {})
 
     def test_the_bar_stands_on_a_terminal_and_is_cleared(self):
         with terminal(60) as (master, slave):
@@ -239,29 +208,9 @@ class CameraTest(CardTest):
         clip, = self.told("clips", "camera", cwd=self.folder)["clips"]
         self.assertEqual((clip["ClipName"], clip["CodecName"], clip["Duration"], clip["VideoPath"]),
                          ("DV000001", "DV25_420", 5, str(file)))
-        pipe = self.folder / "pipe.mov"
-        os.mkfifo(pipe)
-        self.assert_fails(run("base-info", pipe), 1,
-                          f"nqp2: {pipe}: is no file (nothing else is read)")
         without = run("clips", self.folder / "camera", "--worker", "/no/worker", "--strict")
         self.assertEqual((without.returncode, without.stderr.splitlines()[0]), (
             4, "nqp2: the worker: does not start (/no/worker: No such file or directory)"))
-
-    def test_a_worker_that_searches_a_file_ends_when_it_is_asked_to(self):
-        file = self.folder / "zeros.avi"
-        file.write_bytes(avi([dv_frame(0)])[:200])
-        os.truncate(file, 200 << 30)
-        process = subprocess.Popen(command_line("base-info", file), stderr=subprocess.PIPE)
-        self.addCleanup(process.kill)
-        wait_for(lambda: [link for worker in workers_of(process)
-                          for link in Path(f"/proc/{worker}/fd").iterdir()
-                          if os.path.lexists(link) and os.readlink(link) == str(file)])
-        worker, = workers_of(process)
-        asked = time.monotonic()
-        os.kill(worker, signal.SIGTERM)
-        process.communicate(timeout=60)
-        self.assertEqual(process.returncode, 3)
-        self.assertLess(time.monotonic() - asked, 3)
 
     def test_a_worker_without_its_module_says_so(self):
         worker = self.folder / "nqp2-worker"
@@ -284,15 +233,6 @@ class RecordingTest(CardTest):
 
     def record(self, *arguments, code_type="CT_DV25_50I"):
         return run("rt-export", self.card.path, self.stream, "--code-type", code_type, *arguments)
-
-    def record_live(self, *options, **streams):
-        """A recording of a pipe that is under way, and the pipe to write to."""
-        live = self.folder / "live"
-        os.mkfifo(live)
-        process = subprocess.Popen(command_line("rt-export", self.card.path, live, "--code-type",
-                                                "CT_DV25_50I", *options), **streams)
-        self.addCleanup(process.kill)
-        return process, open(live, "wb", buffering=0)
 
     def assert_recorded(self, **fields):
         """The card holds one clip, which has these fields."""
@@ -328,13 +268,9 @@ class RecordingTest(CardTest):
             ({"code_type": "CT_DV50_50I"}, [], 1,
              f"{self.stream}: not recorded (This is no frame of DV50_422 at 50i: it says that it "
              "is of another raster or class.)"),
-            ({"code_type": "CT_AVCHD_1920_1080_50I"}, [], 1,
-             f"{self.stream}: not recorded (Code type 200 cannot be recorded.)"),
             ({"code_type": "99"}, [], 1, "code type 99: cannot be recorded (it has no name)"),
             ({}, ["--sound", self.folder / "none"], 1,
              f"{self.folder}/none: cannot be opened (No such file or directory)"),
-            ({}, ["--title", "a\x1b[0m"], 1, f"{self.stream}: not recorded (A name or title of "
-                                             "the recording holds what XML cannot.)"),
             ({}, ["--name", "what?"], 1, f"{self.stream}: not recorded (\"what?\" is no name that "
                                          "a card can hold.)"),
             ({}, ["--channels", "2"], 2,
@@ -346,61 +282,19 @@ class RecordingTest(CardTest):
         self.assertEqual(files_below(self.card.path), {})
 
     def test_sound_is_what_a_sound_file_says_and_nothing_else(self):
-        samples = bytes(range(1, 7)) * 1000  # of two channels, 24 bits
-        form = struct.pack(">hIh10s", 2, 1000, 24, bytes.fromhex("400ebb80000000000000"))
-        aiff = b"AIFF" + b"COMM" + struct.pack(">I", 18) + form + b"SSND" + struct.pack(
-            ">III", len(samples) + 8, 0, 0) + samples
-        self.sound.write_bytes(b"FORM" + struct.pack(">I", len(aiff)) + aiff)
-        self.assertEqual(self.record("--sound", self.sound, "--name", "0001AB").stderr, "")
-        self.assertIn(b"\3\2\1" * 1000 + b"\0" * 3,
-                      files_below(self.card.path)["CONTENTS/AUDIO/0001AB00.MXF"])
         eight_bits = bytearray(wav(100))
         eight_bits[eight_bits.index(b"fmt ") + 22] = 8
         pipe = self.folder / "pipe"
         os.mkfifo(pipe)
-        for content, problem in ((b"# Title\n\nA text, and no sound.\n" * 100, "is no sound file"),
+        self.assertIn(f"{pipe}: is no file (", self.record("--sound", pipe).stderr)
+        for content, problem in ((b"A text, and no sound.\n" * 100, "is no sound file"),
                                  (wav(48000)[:30], "is no sound file"),
-                                 (eight_bits, "is no PCM sound of 16 or 24 bits"),
-                                 (None, "is no file")):
-            if content is not None:
-                self.sound.write_bytes(content)
-            sound = pipe if content is None else self.sound
-            result = self.record("--sound", sound, "--name", "0002AB")
+                                 (eight_bits, "is no PCM sound of 16 or 24 bits")):
+            self.sound.write_bytes(content)
+            result = self.record("--sound", self.sound)
             self.assertEqual((result.returncode, result.stdout), (1, ""))
-            self.assertTrue(result.stderr.startswith(f"nqp2: {sound}: {problem} ("), result.stderr)
-        self.assertFalse([name for name in files_below(self.card.path) if "0002AB" in name])
-
-    def test_recordings_at_one_time_have_names_of_their_own(self):
-        process, pipe = self.record_live("--json", stdout=subprocess.PIPE)
-        with pipe as stream:
-            stream.write(dv_frame(0))
-            wait_for(lambda: list(self.card.path.rglob("VIDEO/.nqp2-*")))
-            self.assertEqual(self.record().stdout, "0002AA: 5 frames recorded\n")
-        told, _ = process.communicate(timeout=60)
-        self.assertEqual(json.loads(told),
-                         {"ClipName": "0001AA", "clips": ["0001AA"], "frames": 1})
-
-    def test_a_host_that_dies_leaves_what_it_has_sent(self):
-        process, pipe = self.record_live("--name", "0001AB", stderr=subprocess.DEVNULL)
-        with pipe as stream:
-            stream.write(b"".join(map(dv_frame, range(3))))
-            stream.write(b"half of one")
-            wait_for(lambda: any(path.stat().st_size > 3 * FRAME_SIZE
-                                 for path in self.card.path.rglob("VIDEO/.nqp2-*")
-                                 if b"\x06\x0e\x2b\x34" in path.read_bytes()[:4]))
-            process.kill()
-            process.wait()
-            clip = self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML"
-            wait_for(clip.exists)
-        self.assert_recorded(ClipName="0001AB", Duration=3)
-        wait_for(lambda: not [name for name in files_below(self.card.path) if "/.nqp2-" in name])
-
-    def test_a_stream_that_breaks_off_is_recorded_up_to_its_last_frame(self):
-        os.truncate(self.stream, 2 * FRAME_SIZE + 80)
-        self.assert_fails(self.record("--name", "0001AB"), 1,
-                          f"nqp2: {self.stream}: only 2 frames recorded (A frame of this format "
-                          f"has {FRAME_SIZE} bytes, 80 came.)")
-        self.assert_recorded(ClipName="0001AB", Duration=2)
+            self.assertTrue(result.stderr.startswith(f"nqp2: {self.sound}: {problem} ("))
+        self.assertEqual(files_below(self.card.path), {})
 
 
 if __name__ == "__main__":

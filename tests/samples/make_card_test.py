@@ -4,7 +4,6 @@
 """Tests samples/make_card.py by running it. Called with the script's path as only argument."""
 
 import hashlib
-import struct
 import subprocess
 import sys
 import tempfile
@@ -103,33 +102,17 @@ class MakeCardTest(unittest.TestCase):
                  if path.suffix.upper() in (".MXF", ".MP4", ".MOV", ".WAV")]
         self.assertEqual({path.read_bytes()[:26] for path in media},
                          {b"sample essence placeholder"})
-        names = {str(path.relative_to(contents)) for path in media}
-        self.assertLessEqual({"VIDEO/0002ab.mxf", "AUDIO/0002ab01.mxf", "AVCLIP/0010LG.MXF",
-                              "PROXY/0009D1.MOV", "VOICE/0003K700.WAV"}, names)
-        self.assertNotIn("PROXY/0005M2.MP4", names)
 
     def test_cards_for_measuring_have_metadata_of_4_to_8_kilobytes(self):
-        for size in ((), ("--size", 4096), ("--size", 8192)):
-            # 90 clips: every format in every way of writing.
-            card = self.make(f"card{size[-1:]}", "--clips", 90, "--essence-size", 100, *size)
-            self.assertEqual(len(self.assert_promises_kept(card)), 90)
-            contents = card / "CONTENTS"
-            self.assertEqual({path.stat().st_size for path in (contents / "VIDEO").iterdir()}, {100})
-            for path in (contents / "CLIP").iterdir():
-                self.assertTrue(4096 <= path.stat().st_size <= 8192, (path.name, size))
-            names = {path.stem for path in (contents / "CLIP").iterdir()}
-            self.assertEqual(names, {f"{number:04d}AA" for number in range(1, 91)})
-            for folder in ("PROXY", "ICON"):
-                self.assertEqual({path.stem for path in (contents / folder).iterdir()}, names)
-
-    def test_avchd_cards_have_whole_streams_of_their_own(self):
-        bdmv = self.make("card", "--kind", "avchd") / "PRIVATE" / "AVCHD" / "BDMV"
-        self.assertEqual(names_in(bdmv / "STREAM"), {f"{number:05d}.MTS" for number in range(8)})
-        for stream in (bdmv / "STREAM").iterdir():
-            content = stream.read_bytes()
-            info = (bdmv / "CLIPINF" / f"{stream.stem}.CPI").read_bytes()
-            self.assertEqual((len(content) % 6144, set(content[4::192])), (0, {0x47}), stream.name)
-            self.assertEqual(struct.unpack_from(">I", info, 56)[0] * 192, len(content))
+        # 90 clips: every format in every way of writing.
+        card = self.make("card", "--clips", 90, "--essence-size", 100)
+        self.assertEqual(len(self.assert_promises_kept(card)), 90)
+        contents = card / "CONTENTS"
+        self.assertEqual({path.stat().st_size for path in (contents / "VIDEO").iterdir()}, {100})
+        for path in (contents / "CLIP").iterdir():
+            self.assertTrue(4096 <= path.stat().st_size <= 8192, path.name)
+        self.assertEqual(names_in(contents / "CLIP"),
+                         {f"{number:04d}AA.XML" for number in range(1, 91)})
 
     def test_measuring_cards_share_their_clips_out_to_forty_playlists(self):
         card = self.make("card", "--kind", "avchd", "--clips", 90)
@@ -144,9 +127,8 @@ class MakeCardTest(unittest.TestCase):
         (self.folder / "holiday.txt").write_text("keep", encoding="utf-8")
         card, new = self.make("card", "--clips", 3), self.folder / "new"
         before = fingerprint(self.folder)
-        usage = (("--clips", 0), ("--clips", "many"), ("--size", 5000), ("--kind", "tape"),
-                 ("--clips", 1, "--size", 100), ("--kind", "camera", "--clips", 1),
-                 ("--kind", "avchd", "--size", 5000), ("--kind", "avchd", "--clips", 100001))
+        usage = (("--clips", 0), ("--size", 5000), ("--clips", 1, "--size", 100),
+                 ("--kind", "camera", "--clips", 1), ("--kind", "avchd", "--clips", 100001))
         for status, words, arguments in (
                 (1, "not empty", (self.folder,)), (1, "this is none", (self.folder, "--force")),
                 (1, "not a folder", (self.folder / "holiday.txt",)),

@@ -122,6 +122,9 @@ TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
         {CT_AVCI100_1080_50I, {"libx264", 1920, 1080, kPal, kDeep422, class100}, "50i"},
         {CT_AVCI100_1080_25P, {"libx264", 1920, 1080, kPal, kDeep422, "avcintra-class=100"}, "25p"},
         {CT_AVCI200_1080_50I, {"libx264", 1920, 1080, kPal, kDeep422, class200}, "50i"},
+        {CT_AVCI200_1080_50P,
+         {"libx264", 1920, 1080, {50, 1}, kDeep422, "avcintra-class=100"},
+         "50p"},
     };
     for (const Case& each : cases) {
         SCOPED_TRACE(CodeTypeName(each.type));
