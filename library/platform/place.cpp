@@ -79,7 +79,14 @@ struct Place::State {
             return;
         }
         const std::shared_ptr<State> aboveIt = above.lock();
-        Settle(aboveIt != nullptr ? aboveIt->FindFolder(nameInIt) : FindExisting(asked));
+        FileInfo info;
+        if (aboveIt == nullptr) {
+            Settle(FindExisting(asked));
+        } else if (Files().Stat(asked, info)) {
+            Settle(asked); // most are written as they are on disk
+        } else {
+            Settle(aboveIt->FindFolder(nameInIt));
+        }
     }
     std::optional<std::string> FindFolder(const std::string& folder) {
         Resolve();
@@ -93,7 +100,10 @@ struct Place::State {
                 ReadNames();
             }
             const FolderEntry* const entry = names->Find(folder);
-            found = entry != nullptr ? PathTo(entry->name) : std::string();
+            if (entry == nullptr) {
+                return std::nullopt;
+            }
+            found = PathTo(entry->name);
         }
         const bool isFolder = Files().Stat(found, info) && info.kind == EntryKind::Folder;
         return isFolder ? std::optional(found) : std::nullopt;

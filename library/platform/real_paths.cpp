@@ -37,7 +37,7 @@ RealPaths::~RealPaths() = default;
 std::string RealPaths::Find(const CString& path) {
     std::string asked = PosixPath(path);
     platform::FileInfo info;
-    if (platform::Files().Stat(asked, info)) {
+    if (asked.empty() || platform::Files().Stat(asked, info)) {
         return asked;
     }
     const platform::PathParts parts = platform::SplitPath(path);

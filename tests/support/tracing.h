@@ -68,8 +68,8 @@ public:
     [[nodiscard]] bool IsAttached() const { return m_isAttached; }
 
 private:
-    /// Lets go of the process, which runs on. A strace that lets go of a process that is about to end
-    /// may wait for it without end: the system does it in its place then.
+    /// Lets go of the process, which runs on. A strace that lets go of a process that is about to
+    /// end may wait for it without end: the system does it in its place then.
     void End() const {
         kill(m_strace, SIGTERM);
         for (int waited = 0; waited < 300; ++waited) {
