@@ -74,6 +74,8 @@ struct Documented {
     const char* heading;
     Message message;
 };
+template <class Message>
+Documented(const char*, Message) -> Documented<Message>;
 
 // clang-format off
 const auto& Examples() {

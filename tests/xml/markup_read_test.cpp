@@ -19,9 +19,10 @@
 #include <vector>
 
 using nqp2::platform::TextFromUtf8;
-using M = CMarkupMSXML;
 
 namespace {
+
+using M = CMarkupMSXML;
 
 using Texts = std::vector<CString>;
 
