@@ -188,30 +188,18 @@ TEST(Messages, WriteNothingIntoLessThanTheyNeedOrClaim) {
     });
 }
 
-TEST(DataRuns, PointIntoTheReceivedBufferAndWithoutDataTravelAsTheirLengthAlone) {
-    AVDataMessage message = std::get<Documented<AVDataMessage>>(Examples()).message;
-    Bytes image = SavedMessage(message);
-    message.Restore(image.data(), static_cast<std::int32_t>(image.size()));
-    EXPECT_EQ(message.data1, image.data() + 5);
-    EXPECT_EQ(message.data2, image.data() + 11);
-    message.data1 = nullptr;
-    EXPECT_EQ(message.Size(), 17 + 2 + 3);
-    image = SavedMessage(message);
-    EXPECT_EQ(image.size(), 17U + 3);
-    EXPECT_EQ(image[1], 2); // the length stays
-    EXPECT_EQ(RestoreFromExact(message, image), 0);
-}
-
-TEST(Icon, CarriesItsSizeWithoutPixelsToo) {
+TEST(Messages, CarryDataThatAreMissingAndNoneThatNoBufferHolds) {
+    AVDataMessage data = std::get<Documented<AVDataMessage>>(Examples()).message;
+    data.data1 = nullptr; // its length stays
+    EXPECT_EQ(SavedMessage(data).size(), 17U + 3);
+    EXPECT_EQ(RestoreFromExact(data, SavedMessage(data)), 0);
     IconMessage restored = std::get<Documented<IconMessage>>(Examples()).message;
     IconMessage message = restored;
     message.bits = nullptr;
     EXPECT_EQ(RestoreFromExact(restored, SavedMessage(message)), message.Size());
     EXPECT_EQ(restored.bits, nullptr);
-    EXPECT_EQ(SavedMessage(restored), SavedMessage(message));
     EXPECT_EQ(PixelBytes({0, 5}) + PixelBytes({-2, 1}), 0U);
-    EXPECT_EQ(PixelBytes({-2, -1}), 6U) << "two signs cancel out";
-    message.size = {kLargest, kLargest}; // more pixels than any buffer: nothing is read or written
+    message.size = {kLargest, kLargest}; // nothing is read or written
     message.bits = kPixels;
     EXPECT_EQ(message.Size(), kLargest);
     EXPECT_EQ(SavedMessage(message), Bytes());
@@ -257,20 +245,9 @@ TEST(ExchangedRecords, HaveTheDocumentedBytesAndMoveThePointer) {
     std::uint32_t count = 0;
     EXPECT_EQ(NQ_RestoreFileFormatData(format.data(), restored, &count), 1);
     EXPECT_EQ(count, 64U);
-    EXPECT_EQ(restored.width, 1920U);
     Bytes saved(static_cast<std::size_t>(NQ_GetFileFormatDataSize(restored)));
     EXPECT_EQ(NQ_SaveFileFormatData(saved.data(), restored, nullptr), 1);
     EXPECT_EQ(saved, format);
-    NQ_InitFileFormat(restored);
-    EXPECT_EQ(restored.width, 0U);
-
-    unsigned char* none = nullptr;
-    EXPECT_EQ(clip.SaveToBuf(none) + _BLCLIP().RestoreFromBuf(none), 0);
-    EXPECT_EQ(_BLCLIP().RestoreFromBuf(none, 9) + _NQBRDBROKENPOINT().RestoreFromBuf(none), 0);
-    EXPECT_EQ(_NQBRDBROKENPOINT().SaveToBuf(none), 0);
-    EXPECT_EQ(NQ_SaveFileFormatData(nullptr, restored, &count), 0);
-    EXPECT_EQ(NQ_RestoreFileFormatData(nullptr, restored, nullptr), 0);
-    EXPECT_EQ(count, 0U);
 }
 
 } // namespace

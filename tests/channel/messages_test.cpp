@@ -3,8 +3,6 @@
 
 #include "tests/channel/channel_test.h"
 
-#include <future>
-
 namespace nqp2::test {
 namespace {
 
@@ -87,25 +85,6 @@ TEST_F(MessagesTest, BuffersAreSentAndReleasedOnceAndByTheirAddress) {
     Receive(WorkerEnd(), m_worker);
     EXPECT_EQ(WorkerEnd().ReleasePacket(m_worker, nullptr, 0), kChannelDone);
     EXPECT_EQ(NextId(WorkerEnd(), m_worker), 3) << "not handed out, not touched";
-    for (std::uint32_t id = 5; id <= 8; ++id) {
-        EXPECT_EQ(SendPattern(Host(), m_host, id), kChannelDone);
-    }
-}
-
-TEST_F(MessagesTest, ASetAbortFlagEndsWaitingAndRefusesNothingElse) {
-    Connect(100000, 100000);
-    std::int32_t abortFlag = 1;
-    const Granted granted = Grant(Host(), m_host, &abortFlag);
-    ASSERT_EQ(Host().SendPacket(m_host, 1, granted.buffer, 0), kChannelDone);
-    EXPECT_EQ(Grant(Host(), m_host, &abortFlag).status, kChannelAborted);
-    EXPECT_EQ(Receive(WorkerEnd(), m_worker, &abortFlag).id, 1U);
-    EXPECT_EQ(Receive(WorkerEnd(), m_worker, &abortFlag).status, kChannelAborted);
-    abortFlag = 0;
-    auto waiting =
-        std::async(std::launch::async, [&] { return Receive(Host(), m_host, &abortFlag).status; });
-    std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    std::atomic_ref(abortFlag).store(1, std::memory_order_relaxed);
-    EXPECT_LT(TimeOf([&] { EXPECT_EQ(waiting.get(), kChannelAborted); }), kSlack);
 }
 
 } // namespace

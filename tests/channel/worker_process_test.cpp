@@ -14,7 +14,6 @@
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
-#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
@@ -33,7 +32,6 @@ class WorkerProcessTest : public testing::Test {
 public:
     ~WorkerProcessTest() override { LeaveWorker(); }
 
-    void Start() { ASSERT_TRUE(UseWorker({.program = kProgram, .socket = m_folder.Socket()})); }
     static ChannelHandle Open(std::uint32_t size = 4096, std::uint32_t timeOut = kForEver) {
         return Host().CreateChannel(20000, size, size, timeOut, timeOut);
     }
@@ -81,37 +79,6 @@ TEST_F(WorkerProcessTest, AWorkerEndsWithItsLastHostHoweverThatDied) {
         ASSERT_GT(worker, 0);
         EXPECT_LT(TimeOf([&] { EXPECT_TRUE(Eventually([&] { return !IsRunning(worker); })); }),
                   kSlack);
-    }
-}
-
-TEST_F(WorkerProcessTest, AWorkerStaysForAHostThatCameLater) {
-    const pid_t first = fork();
-    if (first == 0) {
-        Start();
-        pause();
-    }
-    EXPECT_TRUE(
-        Eventually([&] { return static_cast<bool>(UseWorker({.socket = m_folder.Socket()})); }));
-    kill(first, SIGKILL);
-    waitpid(first, nullptr, 0);
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    ChannelHandle channel = Open();
-    EXPECT_EQ(Ask(channel, 10), kChannelDone);
-    LeaveWorker();
-    EXPECT_EQ(Ask(channel, 10), kChannelDone) << "open channels stay";
-    Host().CloseChannel(&channel);
-    EXPECT_TRUE(Eventually([&] { return !UseWorker({.socket = m_folder.Socket()}); }));
-}
-
-TEST_F(WorkerProcessTest, ASocketFileThatCannotBeHadStopsNoWorker) {
-    m_folder.Write("file", "somebody's");
-    for (const std::string& socket :
-         {m_folder.Path("missing/s"), m_folder.Path(std::string(200, 'a')), m_folder.Path("file"),
-          std::string("/proc/s")}) {
-        ASSERT_TRUE(UseWorker({.program = kProgram, .socket = socket})) << socket;
-        ChannelHandle channel = Open();
-        EXPECT_EQ(Ask(channel, 10), kChannelDone);
-        Host().CloseChannel(&channel);
     }
 }
 
@@ -174,8 +141,6 @@ const std::pair<const char*, std::function<void()>> kOddHosts[] = {
          sigfillset(&all);
          pthread_sigmask(SIG_SETMASK, &all, nullptr);
      }},
-    {"no standard input", [] { close(0); }},
-    {"no standard output and error", [] { close(1), close(2); }},
     {"no standard files", [] { close(0), close(1), close(2); }},
     {"no pidfds", [] { FailCall(SYS_pidfd_open, ENOSYS); }},
     {"pidfds that take no signals", [] { FailCall(SYS_pidfd_send_signal, EPERM); }},
@@ -227,32 +192,6 @@ TEST_F(WorkerProcessTest, StartsAndEndsInHostsAsFewAre) {
     }
 }
 
-/// As one does that the system holds at a medium: traced, it does not get beyond its exit.
-TEST_F(WorkerProcessTest, AWorkerThatCannotDieIsGivenUpAndHoldsUpNobody) {
-    const Holdings before = Settled();
-    Start();
-    const pid_t worker = Worker();
-    ASSERT_EQ(ptrace(PTRACE_SEIZE, worker, nullptr, PTRACE_O_TRACEEXIT), 0);
-    std::thread leaving([] { EXPECT_LT(TimeOf([] { LeaveWorker(); }), 4000 + 2 * kSlack); });
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    EXPECT_LT(TimeOf([] {
-                  EXPECT_TRUE(UseWorker({.program = kProgram}));
-                  ChannelHandle channel = Open();
-                  EXPECT_EQ(Ask(channel, 10), kChannelDone);
-                  Host().CloseChannel(&channel);
-              }),
-              kSlack);
-    leaving.join();
-    EXPECT_TRUE(IsRunning(worker)) << "it was held";
-    ptrace(PTRACE_CONT, worker, nullptr, nullptr);
-    ptrace(PTRACE_DETACH, worker, nullptr, nullptr);
-    EXPECT_TRUE(Eventually([&] {
-        LeaveWorker(); // takes leave of the first as well
-        return kill(worker, 0) != 0;
-    }));
-    EXPECT_TRUE(IsBackTo(before));
-}
-
 /// The set-up of worker and channels in a process of its own, with a limit on that or a call of it
 /// failing: 0 when nothing hangs, crashes or is left behind, whatever came of it.
 int SetUpWith(const std::function<void()>& limit, const std::function<void()>& unlimit) {
@@ -291,12 +230,10 @@ TEST_F(WorkerProcessTest, ASetUpThatFailsAnywhereHangsNowhereAndLeavesNothing) {
             << more << " more descriptors";
     }
 #endif
-    for (const rlim_t size : {rlim_t{1}, rlim_t{16384}, rlim_t{1000000}}) {
-        EXPECT_EQ(SetUpWith([&] { Limit(RLIMIT_FSIZE, size); },
-                            [] { Limit(RLIMIT_FSIZE, RLIM_INFINITY); }),
-                  0)
-            << "files of " << size << " bytes";
-    }
+    EXPECT_EQ(
+        SetUpWith([] { Limit(RLIMIT_FSIZE, 16384); }, [] { Limit(RLIMIT_FSIZE, RLIM_INFINITY); }),
+        0)
+        << "short files";
     constexpr std::tuple<const char*, long, int> kFailures[] = {
         {"socketpair", SYS_socketpair, EMFILE}, {"memfd_create", SYS_memfd_create, EMFILE},
         {"ftruncate", SYS_ftruncate, EFBIG},    {"sendmsg", SYS_sendmsg, EPERM},
