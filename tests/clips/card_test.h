@@ -35,9 +35,8 @@ struct NQP2ParserPeer {
     static int DeleteIngestNode(CNQP2Parser& parser, const CString& root, const CString& clipName) {
         return parser.DeleteIngestNode(root, clipName);
     }
-    static bool HasCardManager(const CNQP2Parser& parser) { return parser.m_hP2Cmgr != nullptr; }
-    static bool HasEntryPoints(const CNQP2Parser& parser) {
-        return parser.m_pfnDDP2CInit != nullptr && parser.m_pfnDDP2CLogSense != nullptr;
+    static bool HasCardManager(const CNQP2Parser& parser) {
+        return parser.m_hP2Cmgr != nullptr && parser.m_pfnDDP2CLogSense != nullptr;
     }
 };
 

@@ -76,35 +76,29 @@ private:
     }
     static Shown Together(const auto&... rows) { return {rows...}; }
 
-#define NQP2_SHOW(field) Shown::value_type(#field, Show(clip.field))
-#define NQP2_SHOW_PROXY(field) Shown::value_type(#field, Show(clip.Proxy.field))
+#define SHOW(field) Shown::value_type(#field, Show(clip.field))
+#define PROXY(field) Shown::value_type(#field, Show(clip.Proxy.field))
     [[nodiscard]] Shown All(const _tag_P2Clip& clip) const {
         return Together(
-            NQP2_SHOW(ShootStartTime), NQP2_SHOW(GlobalClipGuid), NQP2_SHOW(GlobalClipID),
-            NQP2_SHOW(CodecName), NQP2_SHOW(ActivePixel), NQP2_SHOW(ActiveLine),
-            NQP2_SHOW(BitDepth), NQP2_SHOW(ExtraPath), NQP2_SHOW(IconPath), NQP2_SHOW(VideoPath),
-            NQP2_SHOW(AudioPath), NQP2_SHOW(XmlPath), NQP2_SHOW(ProxyPath),
-            NQP2_SHOW(ProxyVideoCodecName), NQP2_SHOW_PROXY(ProxyFilePath),
-            NQP2_SHOW_PROXY(ProxyFormat), NQP2_SHOW_PROXY(ProxyExt),
-            NQP2_SHOW_PROXY(ProxyAudioMask), NQP2_SHOW_PROXY(ProxyVideoCodec),
-            NQP2_SHOW_PROXY(ProxyVideoBitRate), NQP2_SHOW_PROXY(ProxyFrameRate),
-            NQP2_SHOW_PROXY(ProxyResolution), NQP2_SHOW_PROXY(ProxyAspectRatio),
-            NQP2_SHOW_PROXY(ProxyAudioCodec), NQP2_SHOW_PROXY(ProxyAudioBitRate),
-            NQP2_SHOW_PROXY(ProxySamplingRate), NQP2_SHOW_PROXY(ProxyAudioChannels),
-            NQP2_SHOW(AvcIntraClass50), NQP2_SHOW(CodecClass), NQP2_SHOW(ClipIdDigit),
-            NQP2_SHOW(Reserved276), NQP2_SHOW(Duration), NQP2_SHOW(UnusedOffset),
-            NQP2_SHOW(Reserved288), NQP2_SHOW(AudioStartByteOffset), NQP2_SHOW(AudioDataSize),
-            NQP2_SHOW(VideoStartByteOffset), NQP2_SHOW(VideoDataSize), NQP2_SHOW(EssenceMask),
-            NQP2_SHOW(TopClipGuid), NQP2_SHOW(NextClipGuid), NQP2_SHOW(PreviousClipGuid),
-            NQP2_SHOW(OffsetInShot), NQP2_SHOW(GlobalShotGuid), NQP2_SHOW(TopClipName),
-            NQP2_SHOW(PreviousClipName), NQP2_SHOW(NextClipName), NQP2_SHOW(TopSerialNo),
-            NQP2_SHOW(PreviousSerialNo), NQP2_SHOW(NextSerialNo), NQP2_SHOW(FrameRate),
-            NQP2_SHOW(StartDate), NQP2_SHOW(EndDate), NQP2_SHOW(ClipName), NQP2_SHOW(AspectRatio),
-            NQP2_SHOW(Memos), NQP2_SHOW(AudioBitsPerSample), NQP2_SHOW(UserClipName),
-            NQP2_SHOW(StartTimecode), NQP2_SHOW(DropFrame), NQP2_SHOW(SourceKind));
+            SHOW(ShootStartTime), SHOW(GlobalClipGuid), SHOW(GlobalClipID), SHOW(CodecName),
+            SHOW(ActivePixel), SHOW(ActiveLine), SHOW(BitDepth), SHOW(ExtraPath), SHOW(IconPath),
+            SHOW(VideoPath), SHOW(AudioPath), SHOW(XmlPath), SHOW(ProxyPath),
+            SHOW(ProxyVideoCodecName), PROXY(ProxyFilePath), PROXY(ProxyFormat), PROXY(ProxyExt),
+            PROXY(ProxyAudioMask), PROXY(ProxyVideoCodec), PROXY(ProxyVideoBitRate),
+            PROXY(ProxyFrameRate), PROXY(ProxyResolution), PROXY(ProxyAspectRatio),
+            PROXY(ProxyAudioCodec), PROXY(ProxyAudioBitRate), PROXY(ProxySamplingRate),
+            PROXY(ProxyAudioChannels), SHOW(AvcIntraClass50), SHOW(CodecClass), SHOW(ClipIdDigit),
+            SHOW(Reserved276), SHOW(Duration), SHOW(UnusedOffset), SHOW(Reserved288),
+            SHOW(AudioStartByteOffset), SHOW(AudioDataSize), SHOW(VideoStartByteOffset),
+            SHOW(VideoDataSize), SHOW(EssenceMask), SHOW(TopClipGuid), SHOW(NextClipGuid),
+            SHOW(PreviousClipGuid), SHOW(OffsetInShot), SHOW(GlobalShotGuid), SHOW(TopClipName),
+            SHOW(PreviousClipName), SHOW(NextClipName), SHOW(TopSerialNo), SHOW(PreviousSerialNo),
+            SHOW(NextSerialNo), SHOW(FrameRate), SHOW(StartDate), SHOW(EndDate), SHOW(ClipName),
+            SHOW(AspectRatio), SHOW(Memos), SHOW(AudioBitsPerSample), SHOW(UserClipName),
+            SHOW(StartTimecode), SHOW(DropFrame), SHOW(SourceKind));
     }
-#undef NQP2_SHOW
-#undef NQP2_SHOW_PROXY
+#undef SHOW
+#undef PROXY
 
     CString m_contents;
     Shown m_shown;

@@ -218,12 +218,8 @@ TEST_F(OutOfMemory, AParsersLife) {
 
 TEST_F(OutOfMemory, EditLists) {
     const CString name = L"CUT";
-    const CString unnamed;
-    CString saved;
     m_card.Folder().Write("EDITLIST/CUT.XML", "<old/>");
     SweepChange("EDITLIST", [&] { return m_parser.SaveToEdl(m_root, m_edl, 1, name) == 0; });
-    SweepChange("EDITLIST",
-                [&] { return m_parser.SaveCardEdl(m_root, m_edl, unnamed, saved) == 0; });
     CArray<tag_P2EDL> edls;
     ASSERT_EQ(m_parser.SaveToEdl(m_root, m_edl, 1, name), 0);
     Sweep(

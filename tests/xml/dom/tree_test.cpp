@@ -14,15 +14,6 @@
 namespace nqp2::dom {
 namespace {
 
-TEST(Tree, MemoryServesAgainWhenNothingHoldsTheOldTree) {
-    LoadedDocument document("<r><a>old</a></r>");
-    const Tree* const tree = document.Content().get();
-    const std::size_t used = tree->BytesUsed();
-    ASSERT_TRUE(document.LoadText("<r><a>new</a></r>"));
-    EXPECT_EQ(document.Content().get(), tree);
-    EXPECT_EQ(tree->BytesUsed(), used);
-}
-
 TEST(Serialize, GivesBackWhatWasLoadedInOneForm) {
     const char* const kept[] = {
         "<a x=\"1\" y=\"&lt;&gt;&amp;&quot;'\"/>",
