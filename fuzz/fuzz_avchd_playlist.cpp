@@ -27,7 +27,6 @@ void TestInput(Input input) {
     }
     Require(playlist->items.size() <= avchd::kMaxPlayItems, "the number of items is bounded");
     Require(playlist->items.size() * 34 <= input.size(), "every item stands in the file");
-    Require(playlist->shots.size() * 14 <= input.size(), "every mark stands in the file");
     for (const PlayItem& item : playlist->items) {
         Require(std::all_of(item.Name().begin(), item.Name().end(), IsDigit),
                 "a name that becomes a path has digits only");

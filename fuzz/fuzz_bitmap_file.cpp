@@ -13,7 +13,6 @@ void TestInput(Input input) {
     const InputAsFile file(input);
     try {
         const tool::Bitmap bitmap = tool::ReadBitmap(file.Path());
-        Require(bitmap.size.cx > 0 && bitmap.size.cy > 0, "a picture has sides");
         Require(bitmap.pixels.size() == std::size_t{3} * static_cast<std::size_t>(bitmap.size.cx) *
                                             static_cast<std::size_t>(bitmap.size.cy),
                 "every pixel is there");

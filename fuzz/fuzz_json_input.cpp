@@ -36,14 +36,13 @@ void Walk(const InputValue& value) {
     const bool isText = IsTaken([&] { value.Read(text); });
     const bool isNumber = IsTaken([&] { value.Read(number); });
     const bool isFraction = IsTaken([&] { value.Read(fraction); });
-    const bool isGuid = IsTaken([&] { value.Read(guid); });
+    IsTaken([&] { value.Read(guid); });
     const bool isObject = IsTaken([&] {
         value.ForEachMember([](const std::string&, const InputValue& member) { Walk(member); });
     });
     const bool isList = IsTaken([&] {
         value.ForEachElement([](std::size_t, const InputValue& element) { Walk(element); });
     });
-    Require(!isGuid || isText, "an identifier is a text");
     Require(!isNumber || (isFraction && fraction == number), "a whole number is a number");
     Require(int(isText) + int(isFraction) + int(isObject) + int(isList) <= 1, "one kind at most");
 }

@@ -17,11 +17,10 @@ using dom::Node;
 using dom::Tree;
 
 void ExpectSame(const Node& quick, const Node& sound) {
-    Require(quick.type == sound.type, "the quick parser gives the same kind of a node");
-    Require(quick.Name() == sound.Name() && quick.PrefixLength() == sound.PrefixLength(),
-            "the quick parser gives the same name");
-    Require(quick.Uri() == sound.Uri(), "the quick parser gives the same namespace");
-    Require(quick.Content() == sound.Content(), "the quick parser gives the same content");
+    Require(quick.type == sound.type && quick.Name() == sound.Name() &&
+                quick.PrefixLength() == sound.PrefixLength() && quick.Uri() == sound.Uri() &&
+                quick.Content() == sound.Content(),
+            "the quick parser gives the same node");
 }
 
 void ExpectSameAttributes(const Node& quick, const Node& sound) {

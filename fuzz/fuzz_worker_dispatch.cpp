@@ -231,9 +231,6 @@ private:
         message.value1 = m_input.Number(4);
         message.value2 = m_input.Byte();
         message.relatedClips.SetSize(m_input.Byte() % 3);
-        for (stu_R8PRelationClipInfo& clip : message.relatedClips) {
-            clip = stu_R8PRelationClipInfo();
-        }
         Send(MessageId::SetRTExportParam, message);
     }
     void AddData() {

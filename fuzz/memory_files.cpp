@@ -117,16 +117,16 @@ public:
         return {};
     }
     IoStatus MoveToFree(const std::string& from, const std::string& to) override {
+        if (m_files.files.contains(PathOf(to))) {
+            return Known(false, IoError::Exists);
+        }
         auto node = m_files.files.extract(PathOf(from));
         if (node.empty()) {
             return Missing();
         }
         node.key() = PathOf(to);
-        const auto moved = m_files.files.insert(std::move(node));
-        if (!moved.inserted) {
-            m_files.files[PathOf(from)] = moved.node.mapped();
-        }
-        return Known(moved.inserted, IoError::Exists);
+        m_files.files.insert(std::move(node));
+        return {};
     }
     IoStatus RemoveAbandoned() override { return {}; }
     IoStatus UsableSpace(std::uint64_t&) override { return Missing(); }

@@ -14,10 +14,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <random>
+#include <set>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
@@ -42,19 +41,17 @@ std::string ReadFile(const fs::path& path) {
 
 /// All files below a folder, in the order of their names, which is the same everywhere.
 Corpus ReadCorpus(const fs::path& folder) {
-    std::map<std::string, std::string> files;
+    std::set<fs::path> names;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
         if (entry.is_regular_file()) {
-            files.emplace(entry.path().lexically_relative(folder).string(), ReadFile(entry.path()));
+            names.insert(entry.path());
         }
     }
-    if (files.empty()) {
+    if (names.empty()) {
         throw std::runtime_error("no files in " + folder.string());
     }
     Corpus corpus;
-    for (auto& [name, content] : files) {
-        corpus.push_back(std::move(content));
-    }
+    std::transform(names.begin(), names.end(), std::back_inserter(corpus), ReadFile);
     return corpus;
 }
 

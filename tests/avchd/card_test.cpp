@@ -64,11 +64,11 @@ protected:
         Add(kPlaylists + name + ".MPL", test::PlaylistBytes(spec));
     }
     /// One clip in 1080 lines, one in 720.
-    void AddTwoClips(const std::string& folder = kClips) const {
+    void AddTwoClips() const {
         ClipSpec spec;
         spec.clipId = test::ClipIdBytes();
-        Add(folder + "00001.CPI", test::ClipBytes(spec));
-        Add(folder + "00002.CPI", test::ClipBytes({.format = 5, .rate = 6}));
+        AddClip("00001", spec);
+        AddClip("00002", {.format = 5, .rate = 6});
     }
 
     /// Scans and returns the names; what the worker is asked for is answered by m_worker.
@@ -99,9 +99,9 @@ protected:
         EXPECT_EQ(m_parser.GetAVCHDMPLMetadata(Root(), L"00000", edl), 1);
         return edl;
     }
-    Texts LoadedLists(__int64 expected = 0) {
+    Texts LoadedLists() {
         CArray<tag_P2EDL> edls;
-        EXPECT_EQ(m_parser.LoadAVCHDEdl(Root(), edls), expected);
+        EXPECT_EQ(m_parser.LoadAVCHDEdl(Root(), edls), 0);
         Texts names;
         for (const tag_P2EDL& edl : edls) {
             names.push_back(Utf8(edl.Name));
@@ -244,9 +244,6 @@ TEST_F(AvchdCardTest, WhatCannotBeReadIsLeftOutAndItsSiblingsAreRead) {
         << "the last for the name with a backslash";
     FaultyFileSystem files;
     const platform::ScopedFileSystem inUse(files);
-    files.Fail({.operation = Operation::Stat, .pathPart = "00001.CPI"});
-    EXPECT_EQ(Scan().size(), 2U);
-    EXPECT_EQ(m_clips[Utf8(m_clips[0].ClipName) == "00001" ? 0 : 1].StartDate, L"Unknow");
     files.Fail(
         {.error = platform::IoError::Denied, .operation = Operation::List, .pathPart = "CLIPINF"});
     EXPECT_THAT(Scan(), IsEmpty());
@@ -268,32 +265,6 @@ TEST_F(AvchdCardTest, StreamsAreReadOnlyAsFarAsNeeded) {
         EXPECT_EQ(ScanOne().ActivePixel, pixels);
         EXPECT_EQ(files.Calls(Operation::ReadBlock), blocks);
     }
-}
-
-TEST_F(AvchdCardTest, FoldersAreListedAndPlaylistsReadOnceInAnOperation) {
-    AddTwoClips();
-    AddStream("00001", test::StreamBytes({}));
-    Add(kClips + "00003.cpi", test::ClipBytes({}));
-    AddPlaylist("00000", {.items = {{"00003"}, {"00004"}, {"00005"}}});
-    AddPlaylist("00001", {.items = {{"00003"}, {"00006"}}});
-    Add(kPlaylists + "00002.MPL", "no playlist");
-    FaultyFileSystem files;
-    Texts listed;
-    files.SetHook([&](Operation operation, const std::string& path) {
-        if (operation == Operation::List && path.find("BDMV") != std::string::npos) {
-            listed.push_back(*std::prev(std::filesystem::path(path + "/").end(), 2));
-        }
-        if (operation == Operation::Read && path.ends_with("00000.MPL")) {
-            throw std::bad_alloc();
-        }
-    });
-    const platform::ScopedFileSystem inUse(files);
-    EXPECT_EQ(Scan().size(), 3U) << "without what that playlist tells";
-    EXPECT_EQ(files.Calls(Operation::Read), 3U + 3U);
-    EXPECT_THAT(listed, ElementsAre("CLIPINF", "STREAM", "PLAYLIST"));
-    listed.clear();
-    EXPECT_EQ(LoadedLists().size(), 1U);
-    EXPECT_THAT(listed, UnorderedElementsAre("CLIPINF", "STREAM", "PLAYLIST"));
 }
 
 TEST_F(AvchdCardTest, TheParserReadsClipsWithoutInit) {
@@ -399,19 +370,6 @@ TEST_F(AvchdCardTest, TheFirstItemDecidesTheRateOfAList) {
         EXPECT_GE(edl.Duration, 10) << "but not its frames";
         EXPECT_EQ(edl.Events[0].GlobalClipID.Right(4), L"0F10") << "the clip's, else the mark's";
     }
-}
-
-TEST_F(AvchdCardTest, TheAvchdFolderIsAskedForPlaylistsFirst) {
-    AddTwoClips();
-    LoadedLists(1);
-    const std::string sound = test::PlaylistBytes({.items = {{"00001"}}});
-    Add("BDMV/PLAYLIST/00007.MPL", sound);
-    EXPECT_THAT(LoadedLists(), IsEmpty()) << "found in one folder, read from the other: kept";
-    Add(kPlaylists + "00008.MPL", sound);
-    EXPECT_THAT(LoadedLists(), ElementsAre("00008"));
-    std::filesystem::remove_all(m_folder.Path("AVCHD"));
-    AddTwoClips("BDMV/CLIPINF/");
-    EXPECT_THAT(LoadedLists(), ElementsAre("00007"));
 }
 
 } // namespace

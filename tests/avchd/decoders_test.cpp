@@ -15,10 +15,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <tuple>
 #include <vector>
@@ -247,41 +243,6 @@ TEST(StreamHeadTest, ReadsPacksAndPassesOverForeignPackets) {
     }
     EXPECT_FALSE(Decode(test::Packets(test::Unit("\x67" + test::ParameterSet({})))).complete)
         << "before the picture begins";
-}
-
-/// Real and authored files that lie beside the sources, not in them.
-TEST(SharedSamplesTest, RealAndAuthoredFilesAreRead) {
-    const char* const named = std::getenv("NQP2_SHARED_SAMPLES");
-    const std::filesystem::path samples =
-        std::filesystem::path(named != nullptr ? named : NQP2_DEFAULT_SHARED_SAMPLES) / "avchd";
-    if (!std::filesystem::is_directory(samples)) {
-        GTEST_SKIP() << "no samples at " << samples << "; set NQP2_SHARED_SAMPLES";
-    }
-    const auto read = [&samples](const char* name) {
-        std::ifstream file(samples / name, std::ios::binary);
-        EXPECT_TRUE(file) << name;
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    };
-    // Frames and shot of each item; frames are what the camera's ticks say at 30000/1001.
-    const std::tuple<const char*, const char*> cases[] = {
-        {"camera_4items.MPL", "00010 28305 0 00011 28290 0 00012 6750 0 00013 135 1 "},
-        {"mpls-cases/00001_LinkPoint.mpls", ""},
-        {"mpls-cases/00002_MultiAngle2.mpls", ""},
-        {"mpls-cases/00003_Padding_Zero.mpls", ""},
-        {"authored-disc/00000.mpls", ""}};
-    for (const auto& [name, expected] : cases) {
-        const auto playlist = DecodePlaylist(test::BytesOf(read(name)));
-        ASSERT_TRUE(playlist && !playlist->items.empty()) << name;
-        std::string items;
-        for (const PlayItem& item : playlist->items) {
-            items += std::string(item.Name()) + ' ' + std::to_string(playlist->FramesOf(item)) +
-                     ' ' + std::to_string(item.shot) + ' ';
-            EXPECT_NE(RateOf(item.video.rateCode, false), nullptr) << name;
-        }
-        EXPECT_TRUE(items == expected || *expected == '\0') << items;
-    }
-    EXPECT_FALSE(DecodePlaylist(test::BytesOf(read("mpls-cases/00001_Invalid.mpls"))));
-    EXPECT_TRUE(DecodeClipInformation(test::BytesOf(read("authored-disc/00000.clpi"))));
 }
 
 } // namespace

@@ -31,22 +31,16 @@ enum class Operation {
     Open,
     Read,
     ReadBlock,
-    WriteWhole,
     FreeSpace,
     RemoveFile,
-    MoveToFree,
-    MakeFolder,
-    RemoveFolder,
     Create,
     WriteAt,
     Flush,
     ReadAt,
     Commit,
-    RemoveAbandoned,
-    OpenFolder,
-    Lock, ///< and LockName
+    Other, ///< of a folder
 };
-inline constexpr std::size_t kOperations = 19;
+inline constexpr std::size_t kOperations = 13;
 
 /// Which calls fail and how. The defaults match every call.
 struct Fault {
@@ -130,7 +124,7 @@ public:
         return Space(path, bytes, [&] { return m_inner.FreeSpace(path, bytes); });
     }
     IoStatus OpenFolder(const std::string& path, FolderPtr& folder) override {
-        return Wrap<Below>(Operation::OpenFolder, path, folder,
+        return Wrap<Below>(Operation::Other, path, folder,
                            [&] { return m_inner.OpenFolder(path, folder); });
     }
 
@@ -196,14 +190,14 @@ private:
         using Opened::Opened;
         [[nodiscard]] const std::string& Path() const override { return m_inner->Path(); }
         IoStatus OpenFolder(const std::string& name, FolderPtr& folder) override {
-            return m_owner.Wrap<Below>(Operation::OpenFolder, PathOf(name), folder,
+            return m_owner.Wrap<Below>(Operation::Other, PathOf(name), folder,
                                        [&] { return m_inner->OpenFolder(name, folder); });
         }
         IoStatus MakeFolder(const std::string& name) override {
-            return Pass(Operation::MakeFolder, name, [&] { return m_inner->MakeFolder(name); });
+            return Pass(Operation::Other, name, [&] { return m_inner->MakeFolder(name); });
         }
         IoStatus RemoveFolder(const std::string& name) override {
-            return Pass(Operation::RemoveFolder, name, [&] { return m_inner->RemoveFolder(name); });
+            return Pass(Operation::Other, name, [&] { return m_inner->RemoveFolder(name); });
         }
         IoStatus Stat(const std::string& name, platform::FileInfo& info) override {
             return Pass(Operation::Stat, name, [&] { return m_inner->Stat(name, info); });
@@ -220,8 +214,7 @@ private:
             return Pass(Operation::Read, name, [&] { return m_inner->Read(name, limit, content); });
         }
         IoStatus WriteWhole(const std::string& name, std::string_view content) override {
-            return Pass(Operation::WriteWhole, name,
-                        [&] { return m_inner->WriteWhole(name, content); });
+            return Pass(Operation::Other, name, [&] { return m_inner->WriteWhole(name, content); });
         }
         IoStatus Create(const std::string& name, WriterPtr& writer) override {
             return m_owner.Wrap<Writer>(Operation::Create, PathOf(name), writer,
@@ -240,21 +233,20 @@ private:
             return first;
         }
         IoStatus MoveToFree(const std::string& from, const std::string& to) override {
-            return Pass(Operation::MoveToFree, from, [&] { return m_inner->MoveToFree(from, to); });
+            return Pass(Operation::Other, from, [&] { return m_inner->MoveToFree(from, to); });
         }
         IoStatus RemoveAbandoned() override {
-            return Opened::Pass(Operation::RemoveAbandoned,
-                                [&] { return m_inner->RemoveAbandoned(); });
+            return Opened::Pass(Operation::Other, [&] { return m_inner->RemoveAbandoned(); });
         }
         IoStatus UsableSpace(std::uint64_t& bytes) override {
             return m_owner.Space(Path(), bytes, [&] { return m_inner->UsableSpace(bytes); });
         }
         IoStatus Lock(std::chrono::milliseconds patience) override {
-            return Opened::Pass(Operation::Lock, [&] { return m_inner->Lock(patience); });
+            return Opened::Pass(Operation::Other, [&] { return m_inner->Lock(patience); });
         }
         IoStatus LockName(const std::string& name,
                           std::unique_ptr<platform::NameLock>& lock) override {
-            return Pass(Operation::Lock, name, [&] { return m_inner->LockName(name, lock); });
+            return Pass(Operation::Other, name, [&] { return m_inner->LockName(name, lock); });
         }
 
     private:

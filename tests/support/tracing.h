@@ -4,15 +4,18 @@
 #pragma once
 
 #include <algorithm>
+#include <compare>
 #include <cstddef>
 #include <fcntl.h>
 #include <fstream>
 #include <map>
 #include <regex>
+#include <set>
 #include <signal.h>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace nqp2::test {
@@ -21,6 +24,7 @@ namespace nqp2::test {
 struct SystemCall {
     std::string name;
     int number = 0;
+    auto operator<=>(const SystemCall&) const = default;
 };
 
 /// Which tasks of a process a tracer looks at.
@@ -117,26 +121,17 @@ inline std::string Inject(const SystemCall& call, const std::string& fate) {
 /// Each call that strace wrote down, once, however many threads made it.
 inline std::vector<SystemCall> CallsIn(const std::string& trace) {
     static const std::regex line("^([0-9]*) *([a-z_0-9]+)\\(.*");
-    std::map<std::string, std::map<std::string, int>> counts; // name, thread
+    std::map<std::pair<std::string, std::string>, int> counts; // name, thread
+    std::set<SystemCall> calls;
     std::ifstream file(trace);
     std::smatch match;
     for (std::string text; std::getline(file, text);) {
         text.resize(std::min<std::size_t>(text.size(), 100)); // the rest is of no interest
         if (std::regex_match(text, match, line)) {
-            ++counts[match[2]][match[1]];
+            calls.insert({match[2], ++counts[{match[2], match[1]}]});
         }
     }
-    std::vector<SystemCall> calls;
-    for (const auto& [name, threads] : counts) {
-        int most = 0;
-        for (const auto& [thread, count] : threads) {
-            most = std::max(most, count);
-        }
-        for (int number = 1; number <= most; ++number) {
-            calls.push_back({name, number});
-        }
-    }
-    return calls;
+    return {calls.begin(), calls.end()};
 }
 
 /// About `count` of the calls, spread over all of them.
