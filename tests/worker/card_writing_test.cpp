@@ -47,21 +47,17 @@ TEST(ClipDelete, AClipThatStaysVisibleStaysWhole) {
 
 /// Its bytes: see the command line's tests.
 TEST(IconBitmap, TakesThePlaceOfTheOldOneWhenThePixelsFitTheSize) {
-    struct Case {
-        std::size_t bytes;
-        SIZE size;
-    };
-    const Case cases[] = {{11, {2, 2}},  {13, {2, 2}},         {0, {0, 0}},    {12, {-2, -2}},
-                          {12, {2, -2}}, {0, {0x40000000, 4}}, {12, {5000, 1}}};
+    const std::pair<std::size_t, SIZE> cases[] = {
+        {11, {2, 2}},  {13, {2, 2}},         {0, {0, 0}},    {12, {-2, -2}},
+        {12, {2, -2}}, {0, {0x40000000, 4}}, {12, {5000, 1}}};
     const test::CardBuilder card;
     card.AddFile("ICON/0001AB.bmp", "an old icon");
     const std::string good(12, 'x');
     EXPECT_THAT(Icon(card, L"0001AB", good, {2, 2}), HasSubstr("no clip 0001AB"));
     card.AddClip("0001AB");
     const auto before = FilesBelow(card.Folder().Path());
-    for (const Case& each : cases) {
-        EXPECT_NE(Icon(card, L"0001AB", std::string(each.bytes, 'x'), each.size), "")
-            << each.size.cx << " x " << each.size.cy;
+    for (const auto& [bytes, size] : cases) {
+        EXPECT_NE(Icon(card, L"0001AB", std::string(bytes, 'x'), size), "") << bytes;
     }
     EXPECT_NE(Icon(card, L"../0001AB", good, {2, 2}), "");
     EXPECT_EQ(FilesBelow(card.Folder().Path()), before);
@@ -75,9 +71,7 @@ TEST(FreeClipName, CountsUpThroughTheNumbers) {
     for (const auto& [wanted, free] : std::map<CString, CString>{{L"0001AB", L"0002AB"},
                                                                  {L"9999zz", L"0001zz"},
                                                                  {L"holiday", L"0001AA"},
-                                                                 {L"12345", L"0001AA"},
-                                                                 {L"0004AB", L"0006AB"},
-                                                                 {L"00x1AB", L"0001AA"}}) {
+                                                                 {L"0004AB", L"0006AB"}}) {
         EXPECT_EQ(names.FindFree(wanted), free) << wanted;
     }
     for (int number = 1; number <= 9999; ++number) {

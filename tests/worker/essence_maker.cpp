@@ -3,7 +3,6 @@
 
 #include "tests/worker/essence_maker.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace nqp2::worker {
@@ -41,24 +40,6 @@ AVCodecContext* OpenEncoder(const TestEncoding& encoding) {
     return context;
 }
 
-AVStream* AddStream(AVFormatContext& format, AVMediaType type, AVCodecID codec) {
-    AVStream* const stream = avformat_new_stream(&format, nullptr);
-    stream->codecpar->codec_type = type;
-    stream->codecpar->codec_id = codec;
-    return stream;
-}
-
-bool WritePacket(AVFormatContext& format, int stream, AVRational timeBase, std::int64_t time,
-                 const std::string& bytes) {
-    const OwnPacket packet(av_packet_alloc());
-    av_new_packet(packet.get(), static_cast<int>(bytes.size()));
-    std::copy(bytes.begin(), bytes.end(), packet->data);
-    packet->stream_index = stream;
-    packet->flags |= AV_PKT_FLAG_KEY;
-    packet->pts = packet->dts = av_rescale_q(time, timeBase, format.streams[stream]->time_base);
-    return av_interleaved_write_frame(&format, packet.get()) >= 0;
-}
-
 } // namespace
 
 std::vector<std::string> EncodePictures(const TestEncoding& encoding, int count) {
@@ -90,41 +71,6 @@ std::vector<std::string> EncodePictures(const TestEncoding& encoding, int count)
     av_frame_free(&frame);
     avcodec_free_context(&context);
     return units;
-}
-
-bool WriteMovie(const std::string& path, const char* container, const TestEncoding& encoding,
-                int frames) {
-    const std::vector<std::string> units = EncodePictures(encoding, frames);
-    AVFormatContext* format = nullptr;
-    if (avformat_alloc_output_context2(&format, nullptr, container, path.c_str()) < 0 ||
-        avio_open(&format->pb, path.c_str(), AVIO_FLAG_WRITE) < 0) {
-        return false;
-    }
-    AVStream* const video = AddStream(*format, AVMEDIA_TYPE_VIDEO, AV_CODEC_ID_DVVIDEO);
-    video->codecpar->width = encoding.width;
-    video->codecpar->height = encoding.height;
-    video->codecpar->format = encoding.pixels;
-    video->avg_frame_rate = encoding.rate;
-    video->time_base = av_inv_q(encoding.rate);
-    AVStream* const sound = AddStream(*format, AVMEDIA_TYPE_AUDIO, AV_CODEC_ID_PCM_S16LE);
-    sound->codecpar->sample_rate = 48000;
-    sound->codecpar->block_align = 4;
-    sound->codecpar->bits_per_coded_sample = 16;
-    av_channel_layout_default(&sound->codecpar->ch_layout, 2);
-    sound->time_base = {1, 48000};
-    av_dict_set(&video->metadata, "timecode", "01:02:03:04", 0);
-    av_dict_set(&format->metadata, "title", "A walk", 0);
-    bool isSound = avformat_write_header(format, nullptr) >= 0;
-    for (int i = 0; isSound && i < frames; ++i) {
-        isSound = WritePacket(*format, 0, av_inv_q(encoding.rate), i,
-                              units[static_cast<std::size_t>(i)]) &&
-                  WritePacket(*format, 1, {1, 48000}, std::int64_t{i} * 1920,
-                              std::string(std::size_t{1920} * 4, 's'));
-    }
-    isSound = isSound && av_write_trailer(format) >= 0;
-    avio_closep(&format->pb);
-    avformat_free_context(format);
-    return isSound;
 }
 
 ReadBack ReadEssence(const std::string& path) {

@@ -22,15 +22,9 @@ struct TestEncoding {
 };
 
 inline constexpr TestEncoding kDv25Pal = {"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV420P};
-inline constexpr TestEncoding kDv25Ntsc = {"dvvideo", 720, 480, {30000, 1001}, AV_PIX_FMT_YUV411P};
-inline constexpr TestEncoding kDv50Pal = {"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV422P};
 
 /// Access units of a picture that changes; none when this libavcodec has no such encoder.
 std::vector<std::string> EncodePictures(const TestEncoding& encoding, int count);
-
-/// Writes DV and two channels of sound as a camera file of that container ("avi", "mov").
-bool WriteMovie(const std::string& path, const char* container, const TestEncoding& encoding,
-                int frames);
 
 /// What libavformat reads of a file's first stream, packets joined.
 struct ReadBack {

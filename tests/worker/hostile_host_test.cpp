@@ -121,22 +121,6 @@ protected:
     test::Holdings m_before;
 };
 
-TEST_F(HostileHostTest, EveryRequestIsAnsweredHoweverItIsCut) {
-    const auto card = FilesBelow(m_stage.card.Folder().Path());
-    const RawHost host;
-    for (const auto& [id, image] : Requests()) {
-        for (std::size_t length = 0; length < image.size(); ++length) {
-            const Bytes cut(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(length));
-            ASSERT_TRUE(host.IsAnswered(Number(id), cut)) << Number(id) << " cut at " << length;
-        }
-    }
-    for (const std::uint32_t unknown : {0U, 1U, 20000U, 20004U, 20023U, 0x7FFFFFFFU}) {
-        EXPECT_TRUE(host.IsAnswered(unknown, Bytes(100, 0xFF)));
-    }
-    EXPECT_TRUE(FilesBelow(m_stage.to.Path()).empty());
-    EXPECT_TRUE(FilesBelow(m_stage.card.Folder().Path()) == card);
-}
-
 TEST_F(HostileHostTest, FloodsAndSilenceHoldUpNobodyElse) {
     const auto all = Requests();
     RawHost host;

@@ -27,22 +27,17 @@ using testing::HasSubstr;
 constexpr int kPassed = 7;
 constexpr int kCannotMount = 77;
 
-/// Lets every transfer go on.
-class AnyWatch final : public copy::Watch {
-    bool GoesOn(std::uint64_t /*done*/, std::uint64_t /*all*/) override { return true; }
-    bool MayFinish(std::uint64_t /*all*/) override { return true; }
-};
-
 class MediumTest : public testing::Test {
 protected:
-    std::string Import(const std::string& to) { return Import(m_card.Root(), to); }
-    std::string Import(const CString& from, const std::string& to) {
-        const ImportRequest request = {from, L"0001AB", InterfaceRoot(to)};
-        return ErrorOf([&] { ImportClip(request, copy::kSmallestBlock, m_watch, m_sizes); });
+    std::string Import(const std::string& to) {
+        const ImportRequest request = {m_card.Root(), L"0001AB", InterfaceRoot(to)};
+        RecordingWatch watch;
+        return ErrorOf([&] { ImportClip(request, copy::kSmallestBlock, watch, m_sizes); });
     }
     std::string Export(const std::string& to) {
         const ExportRequest request = {InterfaceRoot(to), m_card.Root(), {L"0001AB"}};
-        return ErrorOf([&] { ExportClips(request, copy::kSmallestBlock, m_watch, m_sizes); });
+        RecordingWatch watch;
+        return ErrorOf([&] { ExportClips(request, copy::kSmallestBlock, watch, m_sizes); });
     }
     static std::string Icon(const std::string& card) {
         return ErrorOf([&] {
@@ -71,7 +66,6 @@ protected:
     std::map<std::string, std::string> m_source =
         (AddWholeClip(m_card, "0001AB"), FilesBelow(m_card.Folder().Path()));
     test::TempFolder m_to;
-    AnyWatch m_watch;
     TransferSizes m_sizes;
 };
 
@@ -153,23 +147,6 @@ TEST_F(MediumTest, ARecordingOntoOneThatFillsUpIsKeptUpToItsLastFrame) {
     }
 }
 
-TEST_F(MediumTest, OneThatIsReadOnlyIsReadAndNeverWritten) {
-    WithMedium(m_to.Path(), "4m", [&] {
-        CopyTo(m_to.Path());
-        std::filesystem::remove(m_to.Path("CONTENTS/ICON/0001AB.BMP"));
-        const auto without = FilesBelow(m_to.Path());
-        EXPECT_EQ(mount(nullptr, m_to.Path().c_str(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
-        for (const std::string& error :
-             {Import(m_to.Path()), Export(m_to.Path()), Icon(m_to.Path()), Delete(m_to.Path()),
-              Record(m_to.Path(), EncodePictures(kDv25Pal, 1))}) {
-            EXPECT_THAT(error, HasSubstr("Read-only"));
-        }
-        const test::TempFolder away;
-        EXPECT_EQ(Import(InterfaceRoot(m_to.Path()), away.Path()), "");
-        EXPECT_TRUE(FilesBelow(away.Path()) == without);
-    });
-}
-
 /// As on a card whose file system has a largest size of files.
 TEST_F(MediumTest, AFileBeyondTheLimitFailsItsRequestAndNotTheWorker) {
     const WorkerStage stage;
@@ -246,17 +223,6 @@ TEST_F(MediumTest, NothingOutsideIsTouchedWhileFoldersAreSwappedForLinks) {
         }
     }
     ExpectSourceUntouched();
-}
-
-TEST_F(MediumTest, ADestinationMayLieInTheCardAndBeALinkItself) {
-    EXPECT_EQ(Import(m_card.Folder().Path()), "") << "into itself: all is there";
-    EXPECT_EQ(m_sizes.written, 0U);
-    ASSERT_EQ(Export(m_card.Folder().Path()), "") << "the card holds the source's folder";
-    ExpectSourceUntouched();
-    const std::string link = m_card.Folder().Path("link");
-    std::filesystem::create_symlink(m_to.Path(), link);
-    EXPECT_EQ(Import(link), "");
-    EXPECT_TRUE(FilesBelow(m_to.Path()) == m_source);
 }
 
 /// Nothing waits for the other end of a pipe that takes the file's place, and no clip arrives
