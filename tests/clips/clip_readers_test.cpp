@@ -312,6 +312,8 @@ TEST_F(ClipReadersTest, TheReaderOfAPathFindsTheContentsAboveIt) {
     clip.ShootStartTime = COleDateTime();
     EXPECT_EQ(ClipShow(clip, m_card.Contents()).Fields(), Scanned().Fields());
     EXPECT_EQ(NQP2ParserPeer::LoadClipFromXml(m_parser, path + L"x", clip), 0);
+    m_card.AddFile("CLIP/0001AB.XML", "");
+    EXPECT_EQ(NQP2ParserPeer::LoadClipFromXml(m_parser, path, clip), 0);
 }
 
 } // namespace
