@@ -299,5 +299,18 @@ TEST_F(ClipReadersTest, ReadCardsOfOtherWriters) {
     EXPECT_EQ(ClipShow(clips[0], root + L"\\CONTENTS\\").Joined(kFields), shown + "900000");
 }
 
+TEST_F(ClipReadersTest, TheReaderOfAPathFindsTheContentsAboveIt) {
+    m_card.AddClip("0001AB", {{kCodec, "AVC-LongG422"}, {kClass, "50"}, {kChannel, "1"}});
+    m_card.AddFile("AVCLIP/0001AB.MXF");
+    const CString path = m_card.Contents() + L"CLIP\\0001AB.XML";
+    _tag_P2Clip clip;
+    EXPECT_NE(NQP2ParserPeer::LoadClipFromXml(m_parser, path, clip), 0);
+    clip.ShootStartTime = COleDateTime();
+    EXPECT_EQ(ClipShow(clip, m_card.Contents()).Fields(), Scanned().Fields());
+    EXPECT_EQ(NQP2ParserPeer::LoadClipFromXml(m_parser, path + L"x", clip), 0);
+    m_card.AddFile("CLIP/0001AB.XML", "");
+    EXPECT_EQ(NQP2ParserPeer::LoadClipFromXml(m_parser, path, clip), 0);
+}
+
 } // namespace
 } // namespace nqp2::clips

@@ -152,10 +152,12 @@ class WriteTest(EdlTest):
         edl = {"Events": [self.event()]}
         folder = self.card.path / "EDITLIST"
         self.write_list("P002XY.XML", b"", "CONTENTS/EDITLIST")
+        self.assertEqual(self.write(edl).stdout,  # where the card keeps its lists
+                         f"{self.card.path}/CONTENTS/EDITLIST/P003AB.XML\n")
         folder.mkdir()
-        for options, name in (((), "P003AB.XML"), (("--name", "MYEDIT"), "MYEDIT.xml"),
+        for options, name in (((), "P004AB.XML"), (("--name", "MYEDIT"), "MYEDIT.xml"),
                               (("--name", "Übersicht.xml"), "Übersicht.xml"),
-                              (("--name", "MYEDIT"), "MYEDIT.xml"), ((), "P004AB.XML")):
+                              (("--name", "MYEDIT"), "MYEDIT.xml"), ((), "P005AB.XML")):
             self.assertEqual(self.write(edl, *options).stdout, f"{folder / name}\n")
         self.assertEqual(len(list(folder.iterdir())), 4)
         for name in ("", "a/b", "..\\x", "C:x", "what?", "tab\t", "dot.", "x" * 252, "\udcff"):

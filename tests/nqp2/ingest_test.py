@@ -3,12 +3,14 @@
 """The commands that show and change what was taken in."""
 
 import csv
+import fcntl
 import io
 import json
 import os
+import subprocess
 import xml.etree.ElementTree as ElementTree
 
-from program import CardTest, main, run
+from program import CardTest, command_line, main, run
 
 
 class IngestTest(CardTest):
@@ -79,6 +81,18 @@ class IngestTest(CardTest):
                 ("remove", self.card.path, "0001AA"))])
             self.assertEqual(self.file.read_bytes(), content)
             self.assertEqual(os.listdir(self.file.parent), ["Ingest.xml"])
+
+    def test_who_adds_at_once_or_to_a_locked_list_loses_nothing(self):
+        names = [f"{number:04}AA" for number in range(12)]
+        writers = [subprocess.Popen(command_line("ingest", "add", self.card.path, name, "1-2"))
+                   for name in names]
+        self.assertEqual({writer.wait(timeout=60) for writer in writers}, {0})
+        folder = os.open(self.file.parent, os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        fcntl.flock(folder, fcntl.LOCK_EX)
+        self.assert_fails(self.add("0013AA", "0-1"), 1, f"nqp2: {self.file}: the ingest list was "
+                          "not changed (another program keeps it locked)")
+        self.assertEqual(sorted(name for name, _ in self.listed()), names)
 
     def test_wrong_usage(self):
         self.assertEqual(self.add("0001AA", "-5").returncode, 2)

@@ -152,6 +152,8 @@ class FailureTest(WorkerTest):
                                   ["delete", self.card.path, "0001AB"], ["last-error"])])
         self.assertTrue((self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML").exists())
         self.assertFalse(self.target.exists())
+        self.assertEqual(run("last-error").stderr, "the worker answers and knows of no failure\n")
+        self.assertEqual(self.told("last-error"), {"LastError": ""})
 
     def test_a_killed_worker_and_ctrl_c_leave_no_file_with_a_name(self):
         for number, status, told, names in (
@@ -280,6 +282,28 @@ class RecordingTest(CardTest):
         for options, arguments, status, line in cases:
             self.assert_fails(self.record(*arguments, **options), status, f"nqp2: {line}")
         self.assertEqual(files_below(self.card.path), {})
+
+    def test_names_of_recordings_are_claimed_in_any_letters(self):
+        live = self.folder / "live"
+        os.mkfifo(live)
+        process = subprocess.Popen(
+            command_line("rt-export", self.card.path, live, "--code-type", "CT_DV25_50I", "--name",
+                         "0001aa"), stdout=subprocess.PIPE)
+        self.addCleanup(process.kill)
+        with open(live, "wb", buffering=0) as stream:
+            stream.write(dv_frame(0))
+            wait_for(lambda: list(self.card.path.rglob("VIDEO/.nqp2-*")))
+            self.assertIn("already", self.record("--name", "0001AA").stderr)
+            self.assertEqual(self.record().stdout, "0002AA: 5 frames recorded\n")
+        self.assertEqual(process.communicate(timeout=60)[0], b"0001aa: 1 frames recorded\n")
+
+    def test_aiff_sound(self):
+        aiff = (b"AIFFCOMM" + struct.pack(">IhIh", 18, 2, 1000, 24) + bytes.fromhex(
+            "400ebb80000000000000") + b"SSND" + struct.pack(">III", 6008, 0, 0) + b"\1\2\3" * 2000)
+        self.sound.write_bytes(b"FORM" + struct.pack(">I", len(aiff)) + aiff)
+        self.assertEqual(self.record("--sound", self.sound, "--name", "0001AB").stderr, "")
+        self.assertIn(b"\3\2\1" * 1000 + b"\0" * 3,
+                      files_below(self.card.path)["CONTENTS/AUDIO/0001AB00.MXF"])
 
     def test_sound_is_what_a_sound_file_says_and_nothing_else(self):
         eight_bits = bytearray(wav(100))

@@ -144,6 +144,15 @@ TEST_F(ClipExportTest, AllOrNone) {
                   },
                   7),
               20);
+    test::FaultyFileSystem files;
+    const platform::ScopedFileSystem use(files);
+    files.SetHook([&](test::Operation operation, const std::string& path) {
+        if (operation == test::Operation::ReadAt && path.ends_with("VIDEO/0001AB.MXF")) {
+            std::filesystem::remove_all(m_from.Folder().Path("CONTENTS"));
+        }
+    });
+    EXPECT_THAT(Export(), HasSubstr("read")) << "the source card is pulled out";
+    EXPECT_THAT(OnCard(), IsEmpty());
 }
 
 } // namespace
