@@ -96,7 +96,8 @@ TEST(CStringTest, GivesPartsAndChangedTexts) {
     const CString found(L"aXbXc");
     EXPECT_TRUE(found.Find(L"X", 2) == 3 && found.Find(L"X", -7) == 1 && found.Find(L"", 5) == 5);
     EXPECT_EQ(found.Find(L'X', INT_MAX) + found.Find(L"", 6) + found.ReverseFind(L'x'), -3);
-    EXPECT_TRUE(CString(L"\u00E4b").CompareNoCase(L"\u00C4BC") < 0 && CString(L"a_").Compare(L"AB") > 0);
+    EXPECT_TRUE(CString(L"\u00E4b").CompareNoCase(L"\u00C4BC") < 0 &&
+                CString(L"a_").Compare(L"AB") > 0);
     std::fill_n(text.GetBuffer(10), 10, L'z');
     text.ReleaseBuffer(INT_MAX);
     EXPECT_EQ(text.GetLength(), 10) << "never longer than the buffer";
