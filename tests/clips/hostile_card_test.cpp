@@ -23,13 +23,13 @@ using HostileCardTest = CardTest;
 TEST_F(HostileCardTest, BrokenFilesAreSkippedAndReportedWithTheirPlace) {
     using enum SkipReason;
     const std::string good = test::ClipXml({{"ClipName", "0001AB"}});
-    struct Row {
+    struct Broken {
         std::string bytes;
         bool isRead;
         std::optional<SkipReason> reason;
         int line;
     };
-    const Row rows[] = {
+    const Broken rows[] = {
         {"", false, NotWellFormed, 1},
         {good.substr(0, good.size() - 12), false, NotWellFormed, 2},
         {std::string("<P2Main>\0</P2Main>", 18), false, NotWellFormed, 1},
