@@ -76,7 +76,7 @@ void CTNQ264BitSupport::StopProgressThread() {
     {
         const std::lock_guard guard(m_lock);
         SetFlag(m_running, 0);
-        SetFlag(m_abort, 1);
+        nqp2::channel::RaiseFlag(m_abort);
     }
     m_progressThread->join();
     m_progressThread.reset();

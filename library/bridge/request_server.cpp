@@ -74,7 +74,7 @@ void ServiceThread::Stop(std::int32_t& stopFlag) {
         return;
     }
     do {
-        channel::SetFlag(stopFlag, 1);
+        channel::RaiseFlag(stopFlag);
     } while (!WaitForEnd(kStopStep));
     m_thread.join();
 }

@@ -3,6 +3,7 @@
 
 #include "channel/channel_end.h"
 
+#include "channel/abort_bell.h"
 #include "channel/slots.h"
 #include "platform/wait.h"
 
@@ -13,7 +14,7 @@
 namespace nqp2::channel {
 namespace {
 
-constexpr int kAbortSlice = 20; ///< milliseconds until an abort flag is looked at again
+constexpr int kAbortSlice = 20; ///< milliseconds until a host's abort flag is looked at again
 
 bool AsksToAbort(std::int32_t* abortFlag) {
     return abortFlag != nullptr && IsSet(*abortFlag);
@@ -221,13 +222,15 @@ ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t*
             mayHaveNews = true;
             continue;
         }
+        const auto bell = abortFlag != nullptr ? AbortBell() : nullptr;
         if (AsksToAbort(abortFlag)) {
             return kChannelAborted;
         }
         if (deadline.HasPassed()) {
             return kChannelTimedOut;
         }
-        mayHaveNews = WaitForNews(lock, deadline.Left(abortFlag != nullptr ? kAbortSlice : -1));
+        mayHaveNews =
+            WaitForNews(lock, deadline.Left(abortFlag != nullptr ? kAbortSlice : -1), bell.get());
     }
     return kChannelClosed;
 }

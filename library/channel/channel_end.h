@@ -76,7 +76,7 @@ private:
     template <class Ready>
     ChannelStatus Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag, Ready ready);
     /// Returns whether anything may have come.
-    bool WaitForNews(Lock& lock, int milliseconds);
+    bool WaitForNews(Lock& lock, int milliseconds, const platform::Descriptor* bell);
     /// The peer is at work for us.
     void StayAlert();
     /// Reads one packet if one is there.

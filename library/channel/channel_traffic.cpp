@@ -25,7 +25,7 @@ bool HasProcessorsToSpare() {
 
 } // namespace
 
-bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
+bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds, const platform::Descriptor* bell) {
     if (m_isPolling) {
         if (milliseconds < 0) {
             m_changed.wait(lock);
@@ -37,7 +37,9 @@ bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
     m_isPolling = true;
     const Clock::time_point alertUntil = m_alertUntil;
     lock.unlock();
-    pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0}, {m_link.peer->Watch(), POLLIN, 0}};
+    pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0},
+                        {m_link.peer->Watch(), POLLIN, 0},
+                        {bell != nullptr ? bell->Get() : -1, POLLIN, 0}};
     bool hasNews = false;
     while (!hasNews && Clock::now() < alertUntil) {
         hasNews = platform::Wait(watched, 0) != 0;

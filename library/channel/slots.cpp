@@ -3,6 +3,7 @@
 
 #include "channel/slots.h"
 
+#include "channel/abort_bell.h"
 #include "channel/channel_end.h"
 #include "platform/guard.h"
 #include "platform/process.h"
@@ -139,6 +140,11 @@ ChannelHandle AddChannel(std::shared_ptr<ChannelEnd> channel) {
     const ChannelHandle handle = ProcessPart() | ++table.last;
     table.channels.emplace(handle, std::move(channel));
     return handle;
+}
+
+void RaiseFlag(std::int32_t& flag) {
+    SetFlag(flag, 1);
+    RingAbortBell();
 }
 
 SysInterfaceTable TableWith(CreateChannelSlot createChannel) {

@@ -38,4 +38,7 @@ inline void SetFlag(std::int32_t& flag, std::int32_t value) {
     std::atomic_ref(flag).store(value, std::memory_order_relaxed);
 }
 
+/// Sets an abort flag, and wakes whoever waits with it in a slot of ours.
+void RaiseFlag(std::int32_t& flag);
+
 } // namespace nqp2::channel

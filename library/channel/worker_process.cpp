@@ -6,14 +6,11 @@
 #include "channel/peer.h"
 #include "channel/rendezvous.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
-#include <linux/close_range.h>
 #include <optional>
-#include <sys/resource.h>
+#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -25,91 +22,67 @@ namespace {
 /// system holds, at a medium that does not answer, is not waited for any longer.
 constexpr int kEndTime = 2000;
 
-/// What the child is told by one byte: it waits for that, so that its number is its own until this
-/// process has its descriptor.
-constexpr char kGo = 'g';
-constexpr char kLeave = 'l';
+/// The number of the line in the program.
+constexpr int kProgramsLine = STDERR_FILENO + 1;
 
-/// Everything that the child needs: between fork and exec it may only make system calls, for
-/// another thread of the host may have held any lock.
-struct Launch {
-    const char* program;
-    char* const* arguments;
-    int line;    ///< takes errno when the program cannot be run
-    int hostEnd; ///< of the line
-    int nothing; ///< /dev/null
+/// What the host ignores or handles is no business of the program. Ctrl-C at a terminal is for the
+/// host, which may have a request to cancel.
+class Attributes {
+public:
+    Attributes() {
+        posix_spawnattr_init(&m_attributes);
+        sigset_t signals;
+        sigfillset(&signals);
+        posix_spawnattr_setsigdefault(&m_attributes, &signals);
+        sigemptyset(&signals);
+        posix_spawnattr_setsigmask(&m_attributes, &signals);
+        posix_spawnattr_setpgroup(&m_attributes, 0);
+        posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK |
+                                                    POSIX_SPAWN_SETPGROUP);
+    }
+    Attributes(const Attributes&) = delete;
+    Attributes& operator=(const Attributes&) = delete;
+    ~Attributes() { posix_spawnattr_destroy(&m_attributes); }
+
+    [[nodiscard]] const posix_spawnattr_t* Get() const { return &m_attributes; }
+
+private:
+    posix_spawnattr_t m_attributes{};
 };
 
-/// What the host ignores or handles is no business of the program.
-void ResetSignals() {
-    struct sigaction standard {};
-    standard.sa_handler = SIG_DFL;
-    for (int signal = 1; signal < NSIG; ++signal) {
-        sigaction(signal, &standard, nullptr);
-    }
-    sigset_t none;
-    sigemptyset(&none);
-    pthread_sigmask(SIG_SETMASK, &none, nullptr);
-}
-
-bool OpenStandardFiles(int nothing) {
-    // A pipe that the host writes to must end with the host.
-    bool areOpen = dup2(nothing, STDIN_FILENO) >= 0 && dup2(nothing, STDOUT_FILENO) >= 0;
-    // Not open, or a descriptor of the host's that took the free number.
-    const int flags = fcntl(STDERR_FILENO, F_GETFD);
-    if (flags < 0 || (flags & FD_CLOEXEC) != 0) {
-        areOpen = areOpen && dup2(nothing, STDERR_FILENO) >= 0;
-    }
-    return areOpen;
-}
-
 /// Leaves nothing but the standard files and the line to the program.
-void CloseOthersOnExec(int line) {
-    if (close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC) != 0) { // an older kernel
-        constexpr rlim_t kMost = 65536;
-        rlimit limit{};
-        getrlimit(RLIMIT_NOFILE, &limit);
-        const auto end = static_cast<int>(std::min(limit.rlim_cur, kMost));
-        for (int number = STDERR_FILENO + 1; number < end; ++number) {
-            fcntl(number, F_SETFD, FD_CLOEXEC);
+class FileActions {
+public:
+    FileActions(int line, int nothing) {
+        posix_spawn_file_actions_init(&m_actions);
+        // A pipe that the host writes to must end with the host.
+        Put(nothing, STDIN_FILENO);
+        Put(nothing, STDOUT_FILENO);
+        // Not open, or a descriptor of the host's that took the free number.
+        const int flags = fcntl(STDERR_FILENO, F_GETFD);
+        if (flags < 0 || (flags & FD_CLOEXEC) != 0) {
+            Put(nothing, STDERR_FILENO);
         }
+        Put(line, kProgramsLine);
+        Note(posix_spawn_file_actions_addclosefrom_np(&m_actions, kProgramsLine + 1));
     }
-    fcntl(line, F_SETFD, 0);
-}
+    FileActions(const FileActions&) = delete;
+    FileActions& operator=(const FileActions&) = delete;
+    ~FileActions() { posix_spawn_file_actions_destroy(&m_actions); }
 
-[[noreturn]] void RunProgram(const Launch& launch) {
-    ResetSignals();
-    close(launch.hostEnd);
-    char word = kLeave;
-    if (platform::Restarted([&] { return read(launch.line, &word, 1); }) == 1 && word == kGo) {
-        // Ctrl-C at a terminal is for the host, which may have a request to cancel.
-        setpgid(0, 0);
-        if (OpenStandardFiles(launch.nothing)) {
-            CloseOthersOnExec(launch.line);
-            execv(launch.program, launch.arguments);
-        }
-        const int error = errno;
-        [[maybe_unused]] const ssize_t told = write(launch.line, &error, sizeof(error));
-    }
-    _exit(127);
-}
+    /// 0, or why it could not be written down.
+    [[nodiscard]] int Error() const { return m_error; }
+    [[nodiscard]] const posix_spawn_file_actions_t* Get() const { return &m_actions; }
 
-/// Forks with all signals blocked: a handler of the host must not run in the child, and a timer
-/// that fires faster than a large process is copied would make fork begin again without end.
-pid_t ForkChild(const Launch& launch) {
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before);
-    const pid_t child = fork();
-    if (child == 0) {
-        RunProgram(launch);
+private:
+    void Put(int descriptor, int number) {
+        Note(posix_spawn_file_actions_adddup2(&m_actions, descriptor, number));
     }
-    const int error = errno;
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    errno = error;
-    return child;
-}
+    void Note(int error) { m_error = m_error == 0 ? error : m_error; }
+
+    posix_spawn_file_actions_t m_actions{};
+    int m_error = 0;
+};
 
 std::vector<char*> PointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
@@ -119,6 +92,20 @@ std::vector<char*> PointersTo(std::vector<std::string>& texts) {
     }
     pointers.push_back(nullptr);
     return pointers;
+}
+
+/// The number of the process that runs the program; 0 with errno when it cannot be run. The C
+/// library borrows this process's memory for the child instead of copying what is mapped here: for
+/// a large host that would take longer than all else until the first answer.
+pid_t Spawn(std::vector<std::string>& arguments, int line, int nothing) {
+    const FileActions files(line, nothing);
+    const Attributes attributes;
+    pid_t child = 0;
+    errno = files.Error() != 0
+                ? files.Error()
+                : posix_spawn(&child, arguments.front().c_str(), files.Get(), attributes.Get(),
+                              PointersTo(arguments).data(), environ);
+    return errno == 0 ? child : 0;
 }
 
 /// Out of the way of the standard files, which the host may have closed.
@@ -143,6 +130,10 @@ std::optional<Ends> MakeLine() {
     return ends.host && ends.child ? std::optional(std::move(ends)) : std::nullopt;
 }
 
+WorkerStatus EndedEarly(const std::string& program) {
+    return {false, program + ": ended before it listened"};
+}
+
 } // namespace
 
 WorkerStatus WorkerProcess::Start(const std::string& program, std::vector<std::string> arguments,
@@ -155,24 +146,22 @@ WorkerStatus WorkerProcess::Start(const std::string& program, std::vector<std::s
         return Failure(program);
     }
     arguments.insert(arguments.begin(), program);
-    arguments.insert(arguments.end(), {"--host", std::to_string(line->child.Get())});
-    const std::vector<char*> pointers = PointersTo(arguments);
-    const pid_t child = ForkChild(
-        {program.c_str(), pointers.data(), line->child.Get(), line->host.Get(), nothing.Get()});
-    if (child < 0) {
+    arguments.insert(arguments.end(), {"--host", std::to_string(kProgramsLine)});
+    process.m_number = Spawn(arguments, line->child.Get(), nothing.Get());
+    if (process.m_number == 0) {
         return Failure(program);
     }
-    process.m_number = child;
-    process.m_peer = PeerWithNumber(child);
-    WorkerStatus status = process.m_peer != nullptr ? WorkerStatus{true, {}} : Failure(program);
-    const char word = status ? kGo : kLeave;
-    const bool isTold = send(line->host.Get(), &word, 1, MSG_NOSIGNAL) == 1;
+    process.m_peer = PeerWithNumber(process.m_number);
+    if (process.m_peer == nullptr) {
+        // A host that waits for all its children, or for none, may have been quicker.
+        return errno == ESRCH ? EndedEarly(program) : Failure(program);
+    }
     line->child = {};
     process.m_line = std::make_shared<const Line>(std::move(line->host), process.m_peer);
-    return status && isTold ? process.Await(program, deadline) : status;
+    return process.Await(program, deadline);
 }
 
-/// The program answers with a packet, a child that could not run it with an error number.
+/// The program answers with a packet.
 WorkerStatus WorkerProcess::Await(const std::string& program,
                                   const platform::Deadline& deadline) const {
     constexpr int kPause = 50; // milliseconds; where nothing tells of the end it is looked for
@@ -185,13 +174,8 @@ WorkerStatus WorkerProcess::Await(const std::string& program,
         if (count == sizeof(Packet)) {
             return {true, {}};
         }
-        if (int error = 0; count == sizeof(error)) {
-            std::memcpy(&error, answer, sizeof(error));
-            errno = error;
-            return Failure(program);
-        }
         if (hasEnded || count == 0) {
-            return {false, program + ": ended before it listened"};
+            return EndedEarly(program);
         }
         if (deadline.HasPassed()) {
             return {false, program + ": did not listen in time"};

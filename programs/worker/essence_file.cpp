@@ -5,7 +5,7 @@
 
 #include "copy/copier.h"
 #include "platform/guard.h"
-#include "worker/media_file.h"
+#include "worker/media_loader.h"
 
 #include <algorithm>
 #include <utility>

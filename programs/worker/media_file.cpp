@@ -4,45 +4,20 @@
 #include "worker/media_file.h"
 
 #include "copy/failure.h"
-#include "NQP2ParserU/ProgramFolder.h"
 #include "platform/descriptor.h"
 #include "platform/io_status.h"
+#include "worker/media_loader.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <ctime>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <limits>
-#include <mutex>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace nqp2::worker {
 namespace {
-
-copy::Failure Unusable(const std::string& reason) {
-    return copy::Failure(
-        "Camera files and recordings need a part of the worker that cannot be used: " + reason +
-        ".");
-}
-
-/// Nothing is searched for: a module of that name elsewhere is another one. It stays loaded, as
-/// libavformat's tables are not made to go.
-const MediaModule* Load() {
-    const std::string path = ProgramFolder() + "/" NQP2_MEDIA_MODULE;
-    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    void* const entry = library != nullptr ? dlsym(library, kMediaModuleEntry) : nullptr;
-    if (entry == nullptr) {
-        const char* const reason = dlerror();
-        throw Unusable(reason != nullptr ? reason : "no reason given");
-    }
-    const MediaModule* const module = reinterpret_cast<MediaModuleEntry>(entry)(NQP2_VERSION);
-    if (module == nullptr) {
-        throw Unusable(path + " is of another version");
-    }
-    return module;
-}
 
 std::chrono::nanoseconds OwnProcessorTime() {
     timespec time = {};
@@ -129,16 +104,6 @@ private:
 };
 
 } // namespace
-
-const MediaModule& LoadMediaModule() {
-    static std::mutex& mutex = *new std::mutex; // sessions may outlive static objects
-    static const MediaModule* loaded = nullptr;
-    const std::lock_guard lock(mutex);
-    if (loaded == nullptr) {
-        loaded = Load();
-    }
-    return *loaded;
-}
 
 MediaFacts ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,
                          const MediaLimits& limits) {

@@ -19,10 +19,6 @@ struct MediaLimits {
     std::chrono::nanoseconds processorTime = std::chrono::seconds(5);
 };
 
-/// The module that lies beside the running program, loaded once for the process. Fails when it is
-/// missing or does not fit.
-const MediaModule& LoadMediaModule();
-
 /// Reads the head of a QuickTime, MP4, AVI or MXF file. Follows no reference to another file. Fails
 /// when the limits are reached or `goesOn` returns false, which is asked all the while.
 MediaFacts ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,

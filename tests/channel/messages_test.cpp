@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "channel/slots.h"
+
 #include "tests/channel/channel_test.h"
 
 namespace nqp2::test {
@@ -85,6 +87,19 @@ TEST_F(MessagesTest, BuffersAreSentAndReleasedOnceAndByTheirAddress) {
     Receive(WorkerEnd(), m_worker);
     EXPECT_EQ(WorkerEnd().ReleasePacket(m_worker, nullptr, 0), kChannelDone);
     EXPECT_EQ(NextId(WorkerEnd(), m_worker), 3) << "not handed out, not touched";
+}
+
+TEST_F(MessagesTest, AFlagThatIsRaisedEndsAWaitLongBeforeFlagsAreLookedAt) {
+    Connect();
+    long time = 0;
+    for (int i = 0; i < 10; ++i) {
+        std::int32_t abortFlag = 0;
+        std::thread waiting(
+            [&] { EXPECT_EQ(Receive(Host(), m_host, &abortFlag).status, kChannelAborted); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        time += TimeOf([&] { channel::RaiseFlag(abortFlag), waiting.join(); });
+    }
+    EXPECT_LT(time, 10 * 5);
 }
 
 } // namespace

@@ -237,7 +237,7 @@ TEST_F(WorkerProcessTest, ASetUpThatFailsAnywhereHangsNowhereAndLeavesNothing) {
     constexpr std::tuple<const char*, long, int> kFailures[] = {
         {"socketpair", SYS_socketpair, EMFILE}, {"memfd_create", SYS_memfd_create, EMFILE},
         {"ftruncate", SYS_ftruncate, EFBIG},    {"sendmsg", SYS_sendmsg, EPERM},
-        {"recvmsg", SYS_recvmsg, EPERM},        {"clone", SYS_clone, EAGAIN},
+        {"recvmsg", SYS_recvmsg, EPERM},        {"clone3", SYS_clone3, EAGAIN},
         {"execve", SYS_execve, EACCES},         {"pidfd_open", SYS_pidfd_open, EMFILE},
         {"eventfd2", SYS_eventfd2, EMFILE},     {"getsockopt", SYS_getsockopt, ENOBUFS},
         {"sendto", SYS_sendto, ENOBUFS}};

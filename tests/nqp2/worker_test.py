@@ -214,15 +214,33 @@ class CameraTest(CardTest):
         self.assertEqual((without.returncode, without.stderr.splitlines()[0]), (
             4, "nqp2: the worker: does not start (/no/worker: No such file or directory)"))
 
-    def test_a_worker_without_its_module_says_so(self):
-        worker = self.folder / "nqp2-worker"
-        shutil.copy(Path(PROGRAM).parent / "nqp2-worker", worker)
+    def test_a_worker_whose_module_cannot_be_used_says_so_and_goes_on(self):
+        folder = Path(PROGRAM).parent
+        worker = shutil.copy(folder / "nqp2-worker", self.folder)
+        module = self.folder / "nqp2-media.so"
+        whole = (folder / module.name).read_bytes()
+        version = run("--version").stdout.split()[-1].encode() + b"\0"
+        self.assertIn(version, whole)
         file = self.folder / "camera.avi"
         file.write_bytes(avi([dv_frame(0)]))
-        result = run("base-info", file, "--worker", worker)
-        self.assertEqual(result.returncode, 1)
-        self.assertRegex(result.stderr, "^nqp2: .*: not described \\(Camera files and recordings "
-                                        "need a part of the worker that cannot be used: .*nqp2-media")
+        ask = command_line("base-info", file, "--worker", worker)
+        told = ("^nqp2: .*: not described \\(Camera files and recordings need a part of the worker "
+                "that cannot be used: .*")
+        for content, words in [
+                (None, "No such file"), (b"", "file too short"), (whole[:-1], "is cut off"),
+                (whole[:4096], "is cut off"), (b"\0" * len(whole), "invalid ELF header"),
+                (whole.replace(b"Nqp2MediaModule", b"Nqp2OtherModule"), "undefined symbol"),
+                (whole.replace(version, b"0" * len(version[1:]) + b"\0"), "of another version"),
+                (whole, "Too many open files"), (whole, "")]:
+            if content is not None:
+                module.write_bytes(content)
+            # Enough to serve a session, too few to load the module's libraries in safety.
+            few = ["prlimit", "--nofile=24"] if words.startswith("Too many") else []
+            with self.subTest(words):
+                result = subprocess.run([*few, *ask], capture_output=True, text=True, check=False)
+                self.assertEqual(result.returncode, 1 if words else 0, result.stderr)
+                self.assertRegex(result.stderr, told + words if words else "^$")
+        module.unlink()
         self.assertEqual(run("serial", "/proc", "--worker", worker).returncode, 1)
 
 
