@@ -4,7 +4,7 @@
 // Measures how soon nqp2 and the worker are there, beside a program that links what nqp2 links and
 // returns at once.
 //
-//     bench_start BARE-PROGRAM NQP2 NQP2-WORKER
+//     bench_start BARE-PROGRAM NQP2 NQP2-WORKER CAMERA-FILE
 
 #include "bench/measure.h"
 #include "bench/run_program.h"
@@ -38,6 +38,10 @@ void MeasureAll(Bench& bench) {
     R8P2Parser_SetSysInterface(HostInterface().systemObject, HostInterface().table);
     bench.Together(Clock::Wall,
                    {{"bare", [&] { RunProgram({programs[0]}); }},
+                    {"base_info",
+                     [&] {
+                         RunProgram({programs[1], "base-info", programs[3]});
+                     }},
                     {"version",
                      [&] {
                          RunProgram({programs[1], "--version"});
@@ -50,6 +54,6 @@ void MeasureAll(Bench& bench) {
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    return nqp2::bench::Main(argc, argv, 3, "BARE-PROGRAM NQP2 NQP2-WORKER",
+    return nqp2::bench::Main(argc, argv, 4, "BARE-PROGRAM NQP2 NQP2-WORKER CAMERA-FILE",
                              nqp2::bench::MeasureAll);
 }

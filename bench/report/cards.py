@@ -94,6 +94,13 @@ class Cards:
 
         return self._made(f"tape-{frames}", make) / "tape.dv"
 
+    def camera_file(self) -> Path:
+        def make(folder: Path) -> None:
+            folder.mkdir()
+            (folder / "DV000001.AVI").write_bytes(_dv_stream().avi([_noisy_frame(0)] * 25))
+
+        return self._made("camera-file", make) / "DV000001.AVI"
+
     def _made(self, name: str, make: Callable[[Path], object]) -> Path:
         card, stamp = self.folder / name, self.folder / f"{name}.made-by"
         if not stamp.is_file() or stamp.read_text(encoding="ascii") != self._digest.hexdigest():
@@ -122,11 +129,15 @@ def _fill(file: Path) -> None:
             out.write(os.urandom(min(MEGABYTE, size - start)))
 
 
-def _noisy_frame(number: int) -> bytes:
+def _dv_stream():
     sys.path.insert(0, str(FRAME_MAKER))
-    from dv_stream import dv_frame  # pylint: disable=import-outside-toplevel
+    import dv_stream  # pylint: disable=import-outside-toplevel
 
-    frame = bytearray(dv_frame(number))
+    return dv_stream
+
+
+def _noisy_frame(number: int) -> bytes:
+    frame = bytearray(_dv_stream().dv_frame(number))
     for block in range(0, len(frame), 80):
         if frame[block] >> 5 == 4:  # picture
             frame[block + 4:block + 80] = os.urandom(76)

@@ -97,6 +97,8 @@ def command_lines(sizes: Sizes) -> list[Line]:
              figure("start/bare"), 1.5),
         Line("the worker's first answer / the same program", "ms", figure("start/first_answer"),
              figure("start/bare"), 15),
+        Line("nqp2 base-info, which loads libav / the same program", "ms",
+             figure("start/base_info"), figure("start/bare")),
     ]
 
 

@@ -3,6 +3,7 @@
 """Who measures which figures: the first part of a figure's name has a row here."""
 
 import json
+import os
 import subprocess
 from pathlib import Path
 from typing import Callable, Iterable, NamedTuple
@@ -54,6 +55,8 @@ def avchd_arguments(setting: Setting) -> list:
             for argument in (clips, setting.cards.bulk(clips, "avchd"))]
 
 
+PROCESSORS = tuple(count for count in (2, 1) if count <= len(os.sched_getaffinity(0)))
+
 # Programs of bench/ by the first part of the name, each with the arguments of its runs.
 PROGRAMS: dict[str, Callable[[Setting], list[list]]] = {
     "scan": lambda setting: [scan_arguments(setting)],
@@ -63,9 +66,10 @@ PROGRAMS: dict[str, Callable[[Setting], list[list]]] = {
     "ingest": lambda setting: [[setting.cards.folder / "lists", *setting.sizes.lists[1:]]],
     "growth": lambda setting: [[]],
     "avchd": lambda setting: [avchd_arguments(setting)],
-    "channel": lambda setting: [[2], [1]],
-    "proxy": lambda setting: [[2, setting.worker], [1, setting.worker]],
-    "start": lambda setting: [[setting.programs / "bare_program", setting.nqp2, setting.worker]],
+    "channel": lambda setting: [[count] for count in PROCESSORS],
+    "proxy": lambda setting: [[count, setting.worker] for count in PROCESSORS],
+    "start": lambda setting: [[setting.programs / "bare_program", setting.nqp2, setting.worker,
+                               setting.cards.camera_file()]],
 }
 
 
@@ -91,18 +95,28 @@ def run_program(setting: Setting, kind: str, arguments: list, names: Iterable[st
     return figures_of(kind, json.loads(result.stdout))
 
 
+def one_processor(names: Iterable[str]) -> Figures:
+    """The figures that need a second processor, where there is none."""
+    if 2 in PROCESSORS:
+        return {}
+    return {name: NoFigure("there is one processor", False) for name in names
+            if name.startswith(("channel/", "proxy/")) and name.endswith("/2")}
+
+
 def measure(setting: Setting, wanted: set[str]) -> Figures:
     """One round of all figures that are wanted; what fails is among them as a failure."""
     commands = Commands(setting)
-    figures: Figures = {}
-    for kind in sorted({name.split("/")[0] for name in wanted}):
-        names = {name for name in wanted if name.startswith(f"{kind}/")}
+    figures = one_processor(wanted)
+    for kind in sorted({name.split("/")[0] for name in wanted - figures.keys()}):
+        names = {name for name in wanted - figures.keys() if name.startswith(f"{kind}/")}
         try:
             if kind in PROGRAMS:
                 for arguments in PROGRAMS[kind](setting):
                     figures |= run_program(setting, kind, arguments, names)
             else:
                 figures |= commands.measure(kind, names)
+            reason = "the program did not tell"
         except (OSError, RuntimeError, ValueError, subprocess.SubprocessError) as error:
-            figures |= {name: NoFigure(str(error), True) for name in names - figures.keys()}
+            reason = str(error)
+        figures |= {name: NoFigure(reason, True) for name in names - figures.keys()}
     return figures
