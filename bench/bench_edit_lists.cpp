@@ -4,7 +4,7 @@
 // Measures edit lists: reading many beside a plain reading of the same files, writing a long one
 // beside libxml2 alone. The lists are made in a scratch folder.
 //
-//     bench_edit_lists FOLDER LISTS...
+//     bench_edit_lists FOLDER EVENTS LISTS...
 
 #include "bench/measure.h"
 #include "bench/plain_read.h"
@@ -25,7 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kEventsOfList = 20;
-constexpr int kEventsOfLongList = 10000;
 constexpr const char* kEditNamespace = "urn:schemas-Professional-Plug-in:P2:EditMetadata:v2.0";
 constexpr const char* kIdentifier =
     "060A2B340101010501010D43130000000BB3982AB17F015AD222F86283B7EE93";
@@ -121,7 +120,7 @@ void AddEvent(xmlNodePtr list, int number) {
 }
 
 /// The tree of an edit list with libxml2 alone.
-void SaveBare(const std::string& path) {
+void SaveBare(const std::string& path, int events) {
     const std::unique_ptr<xmlDoc, decltype(&xmlFreeDoc)> document(xmlNewDoc(BAD_CAST "1.0"),
                                                                   xmlFreeDoc);
     const xmlNodePtr root = xmlNewNode(nullptr, BAD_CAST "P2Main");
@@ -130,32 +129,33 @@ void SaveBare(const std::string& path) {
     const xmlNodePtr content = Child(root, "EditContent");
     Child(content, "Duration", "500000");
     const xmlNodePtr list = Child(Child(Child(content, "TrackList"), "ClipTrack"), "EventList");
-    for (int i = 0; i < kEventsOfLongList; ++i) {
+    for (int i = 0; i < events; ++i) {
         AddEvent(list, i);
     }
     Require(xmlSaveFileEnc(path.c_str(), document.get(), "UTF-8") >= 0, "not saved");
 }
 
-void MeasureWriting(Bench& bench, const fs::path& scratch) {
+void MeasureWriting(Bench& bench, const fs::path& scratch, int events) {
     const fs::path card = scratch / "long";
     MakeReferenceClip(card);
     const CString root = InterfaceRoot(card.string());
-    const tag_P2EDL edl = MakeEditList(kEventsOfLongList);
+    const tag_P2EDL edl = MakeEditList(events);
     ReadyParser parser;
-    bench.Together(Clock::Processor, {{"bare_save", [&] { SaveBare(scratch / "bare.xml"); }},
-                                      {"save", [&] {
-                                           Require(parser->SaveToEdl(root, edl, 1, L"LONG") == 0,
-                                                   "the edit list cannot be saved");
-                                       }}});
+    bench.Together(Clock::Processor,
+                   {{"bare_save", [&] { SaveBare(scratch / "bare.xml", events); }},
+                    {"save", [&] {
+                         Require(parser->SaveToEdl(root, edl, 1, L"LONG") == 0,
+                                 "the edit list cannot be saved");
+                     }}});
 }
 
 void MeasureAll(Bench& bench) {
     const fs::path scratch = bench.Arguments().front();
-    for (std::size_t i = 1; i < bench.Arguments().size(); ++i) {
+    for (std::size_t i = 2; i < bench.Arguments().size(); ++i) {
         MeasureReading(bench, scratch, std::stoi(bench.Arguments()[i]));
     }
     if (bench.Wants("save")) {
-        MeasureWriting(bench, scratch);
+        MeasureWriting(bench, scratch, std::stoi(bench.Arguments()[1]));
     }
 }
 
@@ -163,5 +163,5 @@ void MeasureAll(Bench& bench) {
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    return nqp2::bench::Main(argc, argv, 1, "FOLDER LISTS...", nqp2::bench::MeasureAll);
+    return nqp2::bench::Main(argc, argv, 2, "FOLDER EVENTS LISTS...", nqp2::bench::MeasureAll);
 }

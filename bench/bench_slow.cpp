@@ -100,7 +100,7 @@ void MeasureWarm(Bench& bench, const std::string& card) {
     CardScan scan(card);
     Subject alone = scan.Measured("alone/warm");
     alone.run = [&] { ScanWithoutThreads(scan); };
-    bench.Together(Clock::Wall, {alone, scan.Measured("load/warm")});
+    bench.Together(Clock::Processor, {alone, scan.Measured("load/warm")});
 }
 
 void MeasureAll(Bench& bench) {

@@ -72,7 +72,7 @@ class Commands:
             commands[f"command/scan/{clips}"] = [self._setting.programs / "scan_once", card]
             wanted = {name: lambda command=command: command for name, command in commands.items()
                       if any(each.startswith(f"{name}:") for each in names)}
-            figures |= self._low(wanted, 5)
+            figures |= self._low(wanted, 3)
         return figures
 
     def _calls(self, names: set[str]) -> Figures:
@@ -108,7 +108,7 @@ class Commands:
                 "copy/plain": lambda: [self._setting.programs / "plain_copy", "both", *files,
                                        prepare()],
                 "copy/import": lambda: [self._setting.nqp2, "import", card, files[-1].stem, "--to",
-                                        prepare(), "--quiet"]}, 3)
+                                        prepare(), "--quiet"]}, 1)
         finally:
             self._fresh_folder()
 
@@ -126,7 +126,7 @@ class Commands:
                 "record/plain": lambda: [self._setting.programs / "plain_copy", "once", tape,
                                          prepare()],
                 "record/ours": lambda: [self._setting.nqp2, "rt-export", prepare(), tape,
-                                        "--code-type", "CT_DV25_50I", "--quiet"]}, 3)
+                                        "--code-type", "CT_DV25_50I", "--quiet"]}, 2)
         finally:
             self._fresh_folder()
 

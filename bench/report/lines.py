@@ -59,7 +59,7 @@ def scan_lines(sizes: Sizes) -> list[Line]:
 
 def name_lines(sizes: Sizes) -> list[Line]:
     return [Line(f"LoadClipInfo at {count:,} clips, {what} / a scanned clip", "us",
-                 figure(f"names/by_name/{key}{count}") / -(-count // 10),
+                 figure(f"names/by_name/{key}{count}") / min(count, 500),
                  figure(f"names/load/{key}{count}") / count, 5)
             for count in (sizes.small, sizes.large)
             for what, key in (("all files there", ""), ("most missing", "missing-"))]
@@ -149,7 +149,7 @@ def list_lines(sizes: Sizes) -> list[Line]:
              each("edit_lists/load", few), 1.15),
         Line(f"time of an edit list, {many:,} / {some:,}", "us", each("edit_lists/load", many),
              each("edit_lists/load", some), 1.15),
-        Line("saving 10,000 events / libxml2 alone", "ms", figure("edit_lists/save"),
+        Line(f"saving {many:,} events / libxml2 alone", "ms", figure("edit_lists/save"),
              figure("edit_lists/bare_save"), 3),
         Line(f"marking {some:,} listed clips as ingested / libxml2 alone", "ms",
              figure(f"ingest/mark/{some}"), figure(f"ingest/bare/{some}"), 3),

@@ -5,6 +5,8 @@
 import json
 import os
 import subprocess
+import sys
+import time
 from pathlib import Path
 from typing import Callable, Iterable, NamedTuple
 
@@ -62,7 +64,8 @@ PROGRAMS: dict[str, Callable[[Setting], list[list]]] = {
     "scan": lambda setting: [scan_arguments(setting)],
     "names": lambda setting: [name_arguments(setting)],
     "slow": lambda setting: [[setting.cards.bulk(setting.sizes.small)]],
-    "edit_lists": lambda setting: [[setting.cards.folder / "lists", *setting.sizes.lists]],
+    "edit_lists": lambda setting: [[setting.cards.folder / "lists", setting.sizes.large,
+                                    *setting.sizes.lists]],
     "ingest": lambda setting: [[setting.cards.folder / "lists", *setting.sizes.lists[1:]]],
     "growth": lambda setting: [[]],
     "avchd": lambda setting: [avchd_arguments(setting)],
@@ -109,6 +112,7 @@ def measure(setting: Setting, wanted: set[str]) -> Figures:
     figures = one_processor(wanted)
     for kind in sorted({name.split("/")[0] for name in wanted - figures.keys()}):
         names = {name for name in wanted - figures.keys() if name.startswith(f"{kind}/")}
+        started = time.monotonic()
         try:
             if kind in PROGRAMS:
                 for arguments in PROGRAMS[kind](setting):
@@ -119,4 +123,5 @@ def measure(setting: Setting, wanted: set[str]) -> Figures:
         except (OSError, RuntimeError, ValueError, subprocess.SubprocessError) as error:
             reason = str(error)
         figures |= {name: NoFigure(reason, True) for name in names - figures.keys()}
+        print(f"  {kind}: {time.monotonic() - started:.0f} s", file=sys.stderr)
     return figures
