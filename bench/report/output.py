@@ -13,7 +13,8 @@ HEAD = ("", "unit", "ours", "floor", "ratio", "goal", "")
 def cells(row: Row) -> tuple[str, ...]:
     line = row.line
     if row.lacks:
-        return line.name, line.unit, "-", "-", "-", goal_text(row), f"{row.state}: {row.lacks.reason}"
+        return (line.name, line.unit, "-", "-", "-", goal_text(row),
+                f"{row.state}: {row.lacks.reason}")
     scale = UNITS[line.unit]
     return (line.name, line.unit, amount(row.ours / scale), amount(row.floor / scale),
             f"{row.ratio:.2f}", goal_text(row), row.state)

@@ -107,6 +107,8 @@ def row_of(line: Line, rounds: list[Figures]) -> Row:
         pairs = [(line.ours.value(figures), line.floor.value(figures)) for figures in rounds]
     except Missing as missing:
         return Row(line, lacks=missing.why)
+    if any(floor <= 0 for _, floor in pairs):
+        return Row(line, lacks=NoFigure("the floor is nothing", True))
     ratios = [ours / floor for ours, floor in pairs]
     return Row(line, median(ours for ours, _ in pairs), median(floor for _, floor in pairs),
                median(ratios), min(ratios), max(ratios))

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Tests how bench/run_bench.py works out and shows its lines. With a build folder as argument it also
-measures each line once on tiny cards, to see that every figure is to be had."""
+"""Tests how bench/run_bench.py works out and shows its lines. With a build folder as argument it
+also measures each line once on tiny cards, to see that every figure is to be had."""
 
 import json
 import subprocess
@@ -40,7 +40,7 @@ class RunBenchTest(unittest.TestCase):
         lacking = {what: row_of(LINE, [round_of(1, 2) | figures_of("scan", [entry])])
                    for what, entry in report.items()}
         cases = ((row_of(LINE, [round_of(12, 2)]), "holds", "", True),
-                 (row_of(LINE, [round_of(14, 2)]), "OVER", "does not hold: scan / read: 7.00", False),
+                 (row_of(LINE, [round_of(14, 2)]), "OVER", "does not hold: scan / read: 7.0", False),
                  (lacking["error"], "FAILED", "FAILED: scan / read: not all clips", False),
                  (lacking["absent"], "not measured", "not measured: scan / read: no caches", True))
         for row, state, told, holds in cases:
