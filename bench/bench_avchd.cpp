@@ -2,62 +2,45 @@
 // SPDX-License-Identifier: MIT
 
 // Measures the scan of AVCHD cards beside listing, opening, reading and closing the same clip
-// information and the first 64 KB of each stream. bench/run_bench.py makes the cards and works out
-// the ratios.
+// information and playlists, and, as a figure of its own, the first 64 KB of each stream.
+//
+//     bench_avchd {NAME CARD}...
 
 #include "bench/measure.h"
 #include "bench/plain_read.h"
-#include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/ReadyParser.h"
 
-#include <benchmark/benchmark.h>
+#include <cstddef>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace nqp2::bench {
 namespace {
 
-std::string InformationFolder(const std::string& card) {
-    return card + "/PRIVATE/AVCHD/BDMV/CLIPINF/";
-}
-
-void ReadFloor(benchmark::State& state, const std::string& card) {
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(ReadFolder(InformationFolder(card)) +
-                                 ReadHeads(card + "/PRIVATE/AVCHD/BDMV/STREAM/"));
-    }
-}
-
-void Load(benchmark::State& state, const std::string& card) {
-    const auto expected = static_cast<std::int64_t>(ListFolder(InformationFolder(card)).size());
+void MeasureCard(Bench& bench, const std::string& name, const std::string& card) {
+    const std::string folder = card + "/PRIVATE/AVCHD/BDMV/";
+    const std::string information = folder + "CLIPINF/";
+    const auto expected = static_cast<std::int64_t>(ListFolder(information).size());
     const CString root = InterfaceRoot(card + "/PRIVATE");
-    CNQP2Parser parser;
-    for (auto _ : state) {
-        CArray<_tag_P2Clip> clips;
-        const bool loaded = parser.LoadAVCHDClip(root, clips) == 0 && clips.GetSize() == expected;
-        state.PauseTiming(); // the records are the host's to destroy
-        clips.RemoveAll();
-        state.ResumeTiming();
-        if (!loaded) {
-            state.SkipWithError("not all clips were loaded");
-            return;
-        }
-    }
+    ReadyParser parser;
+    CArray<_tag_P2Clip> clips;
+    const auto load = [&] {
+        Require(parser->LoadAVCHDClip(root, clips) == 0 && clips.GetSize() == expected,
+                "not all clips were loaded");
+    };
+    bench.Together(Clock::Processor,
+                   {{"read/" + name,
+                     [&] { Keep(ReadFolder(information) + ReadFolder(folder + "PLAYLIST/")); }},
+                    {"heads/" + name, [&] { Keep(ReadHeads(folder + "STREAM/")); }},
+                    {"load/" + name, load, {}, [&] { clips = {}; }}});
 }
 
-struct Measurement {
-    const char* name;
-    void (*run)(benchmark::State& state, const std::string& card);
-};
-
-constexpr Measurement kMeasurements[] = {{"avchd_floor/", ReadFloor}, {"avchd_load/", Load}};
-
-void Register(const std::string& card) {
-    const std::string count = std::to_string(ListFolder(InformationFolder(card)).size());
-    for (const Measurement& each : kMeasurements) {
-        benchmark::RegisterBenchmark((each.name + count).c_str(), each.run, card)
-            ->Unit(benchmark::kMillisecond)
-            ->UseRealTime();
+void MeasureAll(Bench& bench) {
+    const std::vector<std::string>& arguments = bench.Arguments();
+    for (std::size_t i = 0; i + 1 < arguments.size(); i += 2) {
+        MeasureCard(bench, arguments[i], arguments[i + 1]);
     }
 }
 
@@ -65,5 +48,5 @@ void Register(const std::string& card) {
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    return nqp2::bench::RunOnEach(argc, argv, nqp2::bench::Register);
+    return nqp2::bench::Main(argc, argv, 2, "{NAME CARD}...", nqp2::bench::MeasureAll);
 }

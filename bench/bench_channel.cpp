@@ -1,23 +1,19 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-// Measures the channel between two processes beside the least that the same work takes: a request
-// beside two futex wake-ups, filled messages beside a copy and a read in one process.
-// bench/run_bench.py runs this program and works out the ratios.
+// Measures the channel between two processes beside the least that two processes need for the same:
+// a copy into memory of both, a futex wake-up, a read, and a wake-up back.
+//
+//     bench_channel PROCESSORS      (1 or 2, for both processes together)
 
 #include "bench/measure.h"
 #include "bench/two_processes.h"
 #include "NQP2ParserU/Channel.h"
 
-#include <atomic>
-#include <benchmark/benchmark.h>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
-#include <linux/futex.h>
-#include <stdlib.h>
 #include <string>
-#include <sys/mman.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
 
@@ -26,53 +22,9 @@ namespace {
 
 constexpr std::uint32_t kChannel = 20000;
 constexpr std::uint32_t kForEver = 0xFFFFFFFF;
-constexpr std::uint32_t kReply = 12; ///< bytes of an answer
-constexpr std::uint32_t kSmall = 576000;
-constexpr std::uint32_t kLarge = 45360000;
-
-/// A word in shared memory that two processes pass to and fro.
-class FutexTurn {
-public:
-    void Pass(std::uint32_t turn) {
-        m_turn.store(turn, std::memory_order_release);
-        syscall(SYS_futex, &m_turn, FUTEX_WAKE, 1, nullptr, nullptr, 0);
-    }
-    void Await(std::uint32_t turn) {
-        for (std::uint32_t seen = 0; (seen = m_turn.load(std::memory_order_acquire)) != turn;) {
-            syscall(SYS_futex, &m_turn, FUTEX_WAIT, seen, nullptr, nullptr, 0);
-        }
-    }
-
-private:
-    std::atomic<std::uint32_t> m_turn = 0;
-};
-
-void FutexFloor(benchmark::State& state) {
-    void* const memory =
-        mmap(nullptr, sizeof(FutexTurn), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    auto& turn = *new (memory) FutexTurn;
-    const pid_t child = RunBeside([&] {
-        while (true) {
-            turn.Await(1);
-            turn.Pass(2);
-        }
-    });
-    for (auto _ : state) {
-        turn.Pass(1);
-        turn.Await(2);
-    }
-    End(child);
-    munmap(memory, sizeof(FutexTurn));
-}
-
-void CopyFloor(benchmark::State& state, std::uint32_t length) {
-    const std::vector<char> source(length, 'x');
-    std::vector<char> target(length);
-    for (auto _ : state) {
-        std::memcpy(target.data(), source.data(), length);
-        benchmark::DoNotOptimize(Sum(target.data(), length));
-    }
-}
+constexpr std::uint32_t kReply = 12;      ///< bytes of an answer
+constexpr std::uint32_t kSmallest = 4096; ///< a slot for the smallest requests
+constexpr std::uint32_t kLengths[] = {8, 576000, 45360000};
 
 /// Answers each message with a short one, after reading all of it.
 [[noreturn]] void Serve(const std::string& socket) {
@@ -102,7 +54,7 @@ void CopyFloor(benchmark::State& state, std::uint32_t length) {
 class Conversation {
 public:
     explicit Conversation(std::uint32_t size, std::uint32_t timeOut = kForEver) {
-        const std::string socket = m_folder + "/socket";
+        const std::string socket = m_folder.Path("socket");
         m_worker = RunBeside([&] { Serve(socket); });
         for (int i = 0; i < 1000 && !UseWorker({.socket = socket}); ++i) {
             usleep(1000);
@@ -112,8 +64,6 @@ public:
     ~Conversation() {
         Table().CloseChannel(&m_channel);
         End(m_worker);
-        unlink((m_folder + "/socket").c_str());
-        rmdir(m_folder.c_str());
     }
     Conversation(const Conversation&) = delete;
     Conversation& operator=(const Conversation&) = delete;
@@ -121,84 +71,70 @@ public:
     static const SysInterfaceTable& Table() { return *HostInterface().table; }
     [[nodiscard]] ChannelHandle Channel() const { return m_channel; }
 
-    /// False when any step failed.
-    bool Ask(const void* bytes, std::uint32_t length) const {
+    void Ask(const void* bytes, std::uint32_t length) const {
         std::int32_t capacity = 0;
         std::uint32_t id = 0;
         std::uint32_t replied = 0;
         void* request = nullptr;
         void* reply = nullptr;
-        if (Table().GetSendBuffer(m_channel, &request, &capacity, nullptr) != kChannelDone) {
-            return false;
-        }
+        Require(Table().GetSendBuffer(m_channel, &request, &capacity, nullptr) == kChannelDone,
+                "no room for a request");
         std::memcpy(request, bytes, length);
-        return Table().SendPacket(m_channel, 1, request, length) == kChannelDone &&
-               Table().ReceivePacket(m_channel, &id, &reply, &replied, nullptr) == kChannelDone &&
-               replied == kReply &&
-               Table().ReleasePacket(m_channel, reply, replied) == kChannelDone;
+        Require(Table().SendPacket(m_channel, 1, request, length) == kChannelDone &&
+                    Table().ReceivePacket(m_channel, &id, &reply, &replied, nullptr) ==
+                        kChannelDone &&
+                    replied == kReply &&
+                    Table().ReleasePacket(m_channel, reply, replied) == kChannelDone,
+                "a request failed");
     }
 
 private:
-    static std::string MakeFolder() {
-        std::string folder = "/tmp/nqp2-bench-XXXXXX";
-        return mkdtemp(folder.data()) != nullptr ? folder : std::string();
-    }
-
-    std::string m_folder = MakeFolder();
+    ScratchFolder m_folder;
     pid_t m_worker = 0;
     ChannelHandle m_channel = 0;
 };
 
-void Request(benchmark::State& state, std::uint32_t size, std::uint32_t length) {
-    const Conversation conversation(size);
-    const std::vector<char> source(length, 'x');
-    // The first write to each page of new memory costs many times a later one.
-    conversation.Ask(source.data(), length);
-    for (auto _ : state) {
-        if (!conversation.Ask(source.data(), length)) {
-            state.SkipWithError("a request failed");
-            return;
-        }
+void MeasureMessages(Bench& bench, const std::string& processors, std::uint32_t length) {
+    const std::string name = std::to_string(length) + '/' + processors;
+    if (!bench.Wants("bare/" + name)) {
+        return;
     }
+    const std::vector<char> source(length, 'x');
+    BareTalk bare(length);
+    const Conversation conversation(length < kSmallest ? kSmallest : length);
+    bench.Together(Clock::Wall,
+                   {bare.Measured("bare/" + name, source.data()),
+                    {"ours/" + name, [&] { conversation.Ask(source.data(), length); }}});
 }
 
 /// Processor time that a thread takes in a second in which it waits and watches an abort flag.
-void Idle(benchmark::State& state) {
+double IdleSecond() {
     constexpr std::uint32_t kSecond = 1000;
-    const Conversation conversation(4096, kSecond);
+    const Conversation conversation(kSmallest, kSecond);
     std::int32_t abortFlag = 0;
     std::uint32_t id = 0;
     std::uint32_t length = 0;
     void* buffer = nullptr;
-    for (auto _ : state) {
-        const double before = ProcessorSeconds();
-        const std::int32_t status = Conversation::Table().ReceivePacket(
-            conversation.Channel(), &id, &buffer, &length, &abortFlag);
-        state.SetIterationTime(ProcessorSeconds() - before);
-        if (status != kChannelTimedOut) {
-            state.SkipWithError("the wait did not end in time");
-            return;
-        }
-    }
+    const double before = Now(Clock::Processor);
+    const std::int32_t status = Conversation::Table().ReceivePacket(conversation.Channel(), &id,
+                                                                    &buffer, &length, &abortFlag);
+    const double taken = Now(Clock::Processor) - before;
+    Require(status == kChannelTimedOut, "the wait did not end in time");
+    return taken;
 }
 
-void RegisterAll(const Arguments& /*none*/) {
-    RunOn(0);
-    Register("channel/futex_floor", FutexFloor);
-    Register("channel/request", [](benchmark::State& state) { Request(state, 4096, 8); });
-    Register("channel/copy_floor_small", [](benchmark::State& state) { CopyFloor(state, kSmall); });
-    Register("channel/small", [](benchmark::State& state) { Request(state, kSmall, kSmall); });
-    Register("channel/copy_floor_large", [](benchmark::State& state) { CopyFloor(state, kLarge); });
-    Register("channel/large", [](benchmark::State& state) { Request(state, kLarge, kLarge); });
-    benchmark::RegisterBenchmark("channel/idle", Idle)
-        ->Unit(benchmark::kMillisecond)
-        ->UseManualTime()
-        ->Iterations(1);
+void MeasureAll(Bench& bench) {
+    const std::string& processors = bench.Arguments().front();
+    UseProcessors(std::atoi(processors.c_str()));
+    for (const std::uint32_t length : kLengths) {
+        MeasureMessages(bench, processors, length);
+    }
+    bench.Value("idle/" + processors, IdleSecond);
 }
 
 } // namespace
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    return nqp2::bench::Run(argc, argv, 0, "", nqp2::bench::RegisterAll);
+    return nqp2::bench::Main(argc, argv, 1, "PROCESSORS", nqp2::bench::MeasureAll);
 }

@@ -3,73 +3,63 @@
 
 #pragma once
 
-#include <benchmark/benchmark.h>
+#include "bench/measure.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <sched.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <functional>
+#include <string>
+#include <sys/types.h>
 
 /// What programs share that measure this process together with another one.
 namespace nqp2::bench {
 
-/// Two processes that wake each other; each on a processor of its own where there are two, so that
-/// no measurement depends on where the system happens to put them.
-inline void RunOn(long processor) {
-    cpu_set_t processors;
-    CPU_ZERO(&processors);
-    CPU_SET(static_cast<std::size_t>(processor % sysconf(_SC_NPROCESSORS_ONLN)), &processors);
-    sched_setaffinity(0, sizeof(processors), &processors);
-}
+/// Lets this process, and those that RunBeside makes, have that many processors: 1 or 2.
+void UseProcessors(int count);
 
-/// Runs `body` in a process that ends with this one.
-template <class Body>
-pid_t RunBeside(Body body) {
-    const pid_t child = fork();
-    if (child == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        RunOn(1);
-        body();
-        _exit(0);
-    }
-    return child;
-}
+/// Where a process stays: it begins on its own processor and may leave it, or is held there.
+enum class Stay { Begins, Held };
 
-inline void End(pid_t child) {
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-}
+/// Runs `body` in a process that ends with this one, with two processors on the other one.
+pid_t RunBeside(const std::function<void()>& body, Stay stay = Stay::Begins);
+void End(pid_t child);
 
 /// Reads every byte, as a consumer does that writes a message to a medium.
-inline std::uint64_t Sum(const void* bytes, std::size_t length) {
-    const auto* const text = static_cast<const char*>(bytes);
-    std::uint64_t sum = 0;
-    for (std::size_t i = 0; i + sizeof(std::uint64_t) <= length; i += sizeof(std::uint64_t)) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text + i, sizeof(word));
-        sum += word;
-    }
-    return sum;
-}
+std::uint64_t Sum(const void* bytes, std::size_t length);
 
-/// Processor time of this process so far.
-inline double ProcessorSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
+/// Makes a folder for the files of one conversation, and removes it with them at its end.
+class ScratchFolder {
+public:
+    ScratchFolder();
+    ~ScratchFolder();
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+    [[nodiscard]] std::string Path(const std::string& name) const { return m_path + '/' + name; }
 
-/// Measured by the clock on the wall, in milliseconds.
-template <class Run>
-auto* Register(const char* name, Run run) {
-    return benchmark::RegisterBenchmark(name, run)->Unit(benchmark::kMillisecond)->UseRealTime();
-}
+private:
+    std::string m_path;
+};
+
+/// The bare minimum of a conversation: a second process that reads the bytes which this one has
+/// copied into memory of both; a futex says whose turn it is.
+class BareTalk {
+public:
+    explicit BareTalk(std::size_t length);
+    ~BareTalk();
+    BareTalk(const BareTalk&) = delete;
+    BareTalk& operator=(const BareTalk&) = delete;
+
+    /// Copies the bytes, as many as the length, and returns when the other process has read them.
+    void Tell(const void* bytes);
+    /// Tell, with each process held on its own processor where there are two: nobody but the two
+    /// runs, and the system would put them on one.
+    Subject Measured(std::string name, const void* bytes);
+
+private:
+    struct Shared;
+    Shared* m_shared;
+    std::size_t m_length;
+    pid_t m_reader;
+};
 
 } // namespace nqp2::bench

@@ -1,48 +1,84 @@
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Tests how bench/run_bench.py reads figures and works out ratios; measures nothing."""
+"""Tests how bench/run_bench.py works out and shows its lines. With a build folder as argument it
+also measures each line once on tiny cards, to see that every figure is to be had."""
 
+import json
+import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "bench"))
-import run_bench  # pylint: disable=wrong-import-position
+BENCH = Path(__file__).resolve().parents[2] / "bench"
+sys.path.insert(0, str(BENCH))
+# pylint: disable=wrong-import-position
+from report.commands import calls_of
+from report.output import failures, replace_block, section_markdown, table
+from report.sources import figures_of
+from report.terms import Line, figure, fixed, row_of
+
+BUILD = None
+LINE = Line("scan / read", "ms", figure("scan/load") / 2, figure("scan/read") - fixed(1, "ms"), 6)
 
 
-def round_of(load, large_load, **more):
-    return {"load/10": load, "read_floor/10": 2.0, "parse_floor/10": 8.0, "load/100": large_load,
-            "read_floor/100": 20.0, "parse_floor/100": 80.0, **more}
-
-
-def scan_lines():
-    return [line for line in run_bench.ratios(10, 100)
-            if line.name.startswith("scan of") and line.name.count("read")]
+def round_of(load, read):
+    return {"scan/load": load * 1e6, "scan/read": read * 1e6}
 
 
 class RunBenchTest(unittest.TestCase):
-    def rows(self, *rounds):
-        return {row.name: row for row in run_bench.summarize(scan_lines(), list(rounds))}
-
     def test_a_ratio_is_the_median_of_the_ratios_of_each_round(self):
-        slow_machine = {"load/10": 60.0, "read_floor/10": 10.0, "parse_floor/10": 40.0}
-        rows = self.rows(round_of(11, 100), round_of(13, 100), round_of(0, 100) | slow_machine)
-        row = rows["scan of 10 / plain read + bare parse"]
-        self.assertEqual((row.lowest, row.ratio, row.highest), (1.1, 1.2, 1.3))
-        self.assertEqual(row.ours, 13)
+        row = row_of(LINE, [round_of(22, 2), round_of(26, 2), round_of(120, 6)])
+        self.assertEqual((row.lowest, row.ratio, row.highest), (11, 12, 13))
+        self.assertEqual((row.ours, row.floor), (13e6, 1e6))
+        with self.assertRaises(KeyError):
+            row_of(LINE, [{"scan/load": 1.0}])
 
-    def test_a_figure_that_nobody_measured_is_an_error(self):
-        self.assertRaises(KeyError, run_bench.summarize, run_bench.ratios(10, 100),
-                          [round_of(40, 260)])
+    def test_a_line_tells_whether_its_goal_holds_and_why_there_is_none(self):
+        report = {"error": {"name": "load", "error": "not all clips"},
+                  "absent": {"name": "load", "absent": "no caches"}}
+        lacking = {what: row_of(LINE, [round_of(1, 2) | figures_of("scan", [entry])])
+                   for what, entry in report.items()}
+        cases = ((row_of(LINE, [round_of(12, 2)]), "holds", "", True),
+                 (row_of(LINE, [round_of(14, 2)]), "OVER", "does not hold: scan / read: 7.0", False),
+                 (lacking["error"], "FAILED", "FAILED: scan / read: not all clips", False),
+                 (lacking["absent"], "not measured", "not measured: scan / read: no caches", True))
+        for row, state, told, holds in cases:
+            with self.subTest(state):
+                self.assertEqual((row.state, row.holds), (state, holds))
+                self.assertIn(state, table([row]))
+                self.assertTrue(failures([row]).startswith(told))
+                self.assertIn("| scan / read |", section_markdown([row]))
 
-    def test_a_failed_measurement_is_an_error(self):
-        report = {"benchmarks": [{"name": "load/10", "error_occurred": True, "real_time": 0.0,
-                                  "error_message": "not all clips were loaded"}]}
-        with self.assertRaisesRegex(RuntimeError, "load/10: not all"):
-            run_bench.figures_of(report)
-        with self.assertRaises(RuntimeError):
-            run_bench.calls_of("")
+    def test_a_page_without_the_place_for_a_table_is_an_error(self):
+        with tempfile.TemporaryDirectory() as folder:
+            page = Path(folder) / "page.md"
+            page.write_text("a\n<!-- x: written by scripts/bench -->\nold\n<!-- end of x -->\nb\n",
+                            encoding="utf-8")
+            replace_block(page, "x", r"new \1")
+            text = page.read_text(encoding="utf-8")
+            self.assertTrue("old" not in text and "\nnew \\1\n" in text and text.endswith("b\n"))
+            self.assertRaises(RuntimeError, replace_block, page, "y", "new")
+
+    def test_a_trace_without_a_summary_is_an_error(self):
+        self.assertRaises(RuntimeError, calls_of, "")
+
+    def test_every_line_is_measured(self):
+        if BUILD is None:
+            self.skipTest("needs a build folder")
+        with tempfile.TemporaryDirectory() as folder:
+            report = Path(folder) / "report.json"
+            result = subprocess.run(
+                [sys.executable, "-B", BENCH / "run_bench.py", "^(?!cold)", "--build", BUILD,
+                 "--clips", "20", "60", "--rounds", "1", "--min-time", "0.001",
+                 "--copy-megabytes", "5", "--json", report],
+                check=False, capture_output=True, text=True)
+            self.assertEqual(result.returncode, 0, result.stdout + result.stderr)
+            for line in json.loads(report.read_text(encoding="utf-8")):
+                self.assertTrue(line["reason"] or line["floor"] > 0, line)
 
 
 if __name__ == "__main__":
+    if len(sys.argv) == 2:
+        BUILD = sys.argv.pop()
     unittest.main()

@@ -1,0 +1,66 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+// Measures clips that are loaded by name, beside the scan of the same card.
+//
+//     bench_names {NAME CARD}...
+
+#include "bench/measure.h"
+#include "bench/plain_read.h"
+#include "bench/scan.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace nqp2::bench {
+namespace {
+
+/// That many clips of a card are asked for, in the order of names, as a host's own list has them:
+/// all folders being listed once is spread over no more.
+constexpr std::size_t kNames = 500;
+
+std::vector<CString> SomeNames(const std::string& card) {
+    std::vector<std::string> files = ListClips(card);
+    std::sort(files.begin(), files.end());
+    std::vector<CString> names;
+    const std::size_t count = std::min(kNames, files.size());
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string& file = files[i * files.size() / count];
+        names.push_back(TextFromBytes(file.substr(0, file.find('.'))));
+    }
+    return names;
+}
+
+/// Loads clip after clip with a fresh parser, so that what it learns of the card counts.
+void LoadByName(const CString& root, const std::vector<CString>& names) {
+    ReadyParser parser;
+    for (const CString& name : names) {
+        _tag_P2Clip clip;
+        Require(parser->LoadClipInfo(root, name, clip) == 0, "a clip was not loaded");
+    }
+}
+
+void MeasureCard(Bench& bench, const std::string& name, const std::string& card) {
+    const std::vector<CString> names = SomeNames(card);
+    const CString root = InterfaceRoot(card);
+    CardScan scan(card);
+    bench.Together(Clock::Processor, {scan.Measured("load/" + name),
+                                      {"by_name/" + name, [&] { LoadByName(root, names); }}});
+}
+
+void MeasureAll(Bench& bench) {
+    const std::vector<std::string>& arguments = bench.Arguments();
+    for (std::size_t i = 0; i + 1 < arguments.size(); i += 2) {
+        MeasureCard(bench, arguments[i], arguments[i + 1]);
+    }
+}
+
+} // namespace
+} // namespace nqp2::bench
+
+int main(int argc, char** argv) {
+    return nqp2::bench::Main(argc, argv, 2, "{NAME CARD}...", nqp2::bench::MeasureAll);
+}

@@ -1,0 +1,137 @@
+# SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+# SPDX-License-Identifier: MIT
+"""Whole programs, measured from outside: processor time, wall clock, memory, system calls."""
+
+import json
+import os
+import shutil
+import subprocess
+from pathlib import Path
+from typing import Callable
+
+from report.cards import media_of
+from report.terms import Figures, NoFigure
+
+FORMS = {"table": [], "csv": ["--csv"], "json": ["--json"]}
+
+
+def cost_of(run_once: Path, command: list) -> dict[str, float]:
+    """What one run took: "wall" and "processor" in ns, "peak" in bytes."""
+    result = subprocess.run([run_once, *map(str, command)], check=False, capture_output=True,
+                            text=True)
+    if result.returncode != 0:
+        raise RuntimeError(result.stderr.strip())
+    return json.loads(result.stdout)
+
+
+def calls_of(summary: str) -> int:
+    """The number of calls in the summary that `strace -c` writes."""
+    total = [line.split() for line in summary.splitlines() if line.endswith(" total")]
+    if len(total) != 1:
+        raise RuntimeError("strace wrote no summary")
+    return int(total[0][3])
+
+
+def forget(files: list[Path]) -> None:
+    """Lets the system read the files from the medium again."""
+    for file in files:
+        with open(file, "rb") as opened:
+            os.fsync(opened.fileno())
+            os.posix_fadvise(opened.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
+
+
+class Commands:
+    def __init__(self, setting):
+        self._setting = setting
+        self._run_once = setting.programs / "run_once"
+        self._scratch = setting.cards.folder / "scratch"
+
+    def measure(self, kind: str, names: set[str]) -> Figures:
+        kinds: dict[str, Callable[[set[str]], Figures]] = {
+            "command": self._listings, "calls": self._calls, "copy": self._copies,
+            "record": self._recordings}
+        return kinds[kind](names)
+
+    def _low(self, runs: dict[str, Callable[[], list]], times: int) -> Figures:
+        """The least of each kind of cost; the runs take turns. A run prepares, which is not
+        measured, and gives the command."""
+        costs: dict[str, list[dict[str, float]]] = {name: [] for name in runs}
+        for _ in range(times):
+            for name, prepare in runs.items():
+                costs[name].append(cost_of(self._run_once, prepare()))
+        return {f"{name}:{key}": min(cost[key] for cost in series)
+                for name, series in costs.items() for key in series[0]}
+
+    def _listings(self, names: set[str]) -> Figures:
+        """nqp2 clips in each form, and the scan alone."""
+        figures: Figures = {}
+        for clips in (self._setting.sizes.small, self._setting.sizes.large):
+            card = self._setting.cards.bulk(clips)
+            commands = {f"command/{form}/{clips}": [self._setting.nqp2, "clips", card, *options]
+                        for form, options in FORMS.items()}
+            commands[f"command/scan/{clips}"] = [self._setting.programs / "scan_once", card]
+            wanted = {name: lambda command=command: command for name, command in commands.items()
+                      if any(each.startswith(f"{name}:") for each in names)}
+            figures |= self._low(wanted, 3)
+        return figures
+
+    def _calls(self, names: set[str]) -> Figures:
+        """System calls for one more clip: what the large card takes beyond the small one, so that
+        the program's start does not count."""
+        if not shutil.which("strace"):
+            return {name: NoFigure("strace is not installed", False) for name in names}
+        sizes, counts = self._setting.sizes, []
+        for clips in (sizes.small, sizes.large):
+            report = self._setting.cards.folder / "strace.txt"
+            # Tracing makes a fast medium look slow, so that threads read ahead and wait for one
+            # another.
+            result = subprocess.run(
+                ["strace", "-c", "-f", "-e", "trace=!futex", "-o", report,
+                 self._setting.programs / "scan_once", self._setting.cards.bulk(clips)],
+                check=False, capture_output=True, text=True)
+            if result.returncode != 0:
+                return {name: NoFigure(f"strace: {result.stderr.strip()}", False)
+                        for name in names}
+            counts.append(calls_of(report.read_text(encoding="utf-8")))
+        return {"calls/clip": (counts[1] - counts[0]) / (sizes.large - sizes.small)}
+
+    def _copies(self, _names: set[str]) -> Figures:
+        card = self._setting.cards.real(self._setting.sizes.copy_megabytes)
+        files = media_of(card)
+
+        def prepare() -> Path:
+            forget(files)
+            return self._fresh_folder()
+
+        try:
+            return self._low({
+                "copy/plain": lambda: [self._setting.programs / "plain_copy", "both", *files,
+                                       prepare()],
+                "copy/import": lambda: [self._setting.nqp2, "import", card, files[-1].stem, "--to",
+                                        prepare(), "--quiet"]}, 1)
+        finally:
+            self._fresh_folder()
+
+    def _recordings(self, _names: set[str]) -> Figures:
+        tape = self._setting.cards.tape(self._setting.sizes.frames)
+
+        def prepare() -> Path:
+            forget([tape])
+            folder = self._fresh_folder()
+            (folder / "CONTENTS").mkdir()
+            return folder
+
+        try:
+            return self._low({
+                "record/plain": lambda: [self._setting.programs / "plain_copy", "once", tape,
+                                         prepare()],
+                "record/ours": lambda: [self._setting.nqp2, "rt-export", prepare(), tape,
+                                        "--code-type", "CT_DV25_50I", "--quiet"]}, 2)
+        finally:
+            self._fresh_folder()
+
+    def _fresh_folder(self) -> Path:
+        shutil.rmtree(self._scratch, ignore_errors=True)
+        self._scratch.mkdir(parents=True)
+        os.sync()
+        return self._scratch
