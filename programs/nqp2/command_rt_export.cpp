@@ -3,9 +3,8 @@
 
 #include "nqp2/card.h"
 #include "nqp2/command.h"
+#include "nqp2/frame_stream.h"
 #include "nqp2/input_text.h"
-#include "nqp2/raw_video.h"
-#include "nqp2/sound_file.h"
 #include "nqp2/transfer_watch.h"
 #include "nqp2/value.h"
 #include "nqp2/worker_session.h"
@@ -15,18 +14,16 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace nqp2::tool {
 namespace {
 
 constexpr std::uint16_t kBarePcm = 1;
-constexpr std::uint32_t kSampleRate = 48000;
 
 struct RtExportOptions {
     std::string card;
@@ -46,123 +43,35 @@ struct RtExportOptions {
     std::string worker;
 };
 
-/// The two streams of a recording, the sound in step with the frames.
-class Streams {
-public:
-    Streams(const RtExportOptions& options, const StreamForm& form)
-        : m_form(form), m_units(options.video, form.unitSize) {
-        if (!options.sound.empty() && options.isBare) {
-            m_sound.emplace(options.sound, BareFormat(options));
-        } else if (!options.sound.empty()) {
-            m_sound.emplace(options.sound);
-        }
-    }
+WAVEFORMATEX BareFormat(const RtExportOptions& options) {
+    WAVEFORMATEX format;
+    format.wFormatTag = kBarePcm;
+    format.nChannels = options.channels;
+    format.wBitsPerSample = options.bits;
+    format.nSamplesPerSec = kSampleRate;
+    format.nBlockAlign = static_cast<std::uint16_t>(options.channels * (options.bits / 8));
+    format.nAvgBytesPerSec = kSampleRate * format.nBlockAlign;
+    return format;
+}
 
-    bool Next(std::string& unit, std::string& samples) {
-        if (!m_units.Next(unit)) {
-            return false;
-        }
-        ++m_frames;
-        if (m_sound) {
-            samples = m_sound->Read(
-                static_cast<std::size_t>(SamplesUpTo(m_frames) - SamplesUpTo(m_frames - 1)));
-        }
-        return true;
+std::optional<SoundFile> SoundOf(const RtExportOptions& options) {
+    if (options.sound.empty()) {
+        return std::nullopt;
     }
-    [[nodiscard]] std::int64_t Frames() const { return m_frames; }
-    /// 0 when the file does not tell.
-    [[nodiscard]] std::uint32_t ExpectedFrames() const {
-        constexpr std::uint64_t kMost = std::numeric_limits<std::int32_t>::max();
-        const std::uint64_t frames =
-            m_form.unitSize == 0 ? 0 : m_units.File().Size() / m_form.unitSize;
-        return static_cast<std::uint32_t>(std::min(frames, kMost));
-    }
-    [[nodiscard]] WAVEFORMATEX SoundFormat() const {
-        return m_sound ? m_sound->Format() : WAVEFORMATEX();
-    }
-    bool GoesOn(TransferWatch& watch) const {
-        return watch.GoesOn(m_units.File().Position() / 1024, m_units.File().Size() / 1024);
-    }
+    return options.isBare ? SoundFile(options.sound, BareFormat(options))
+                          : SoundFile(options.sound);
+}
 
-private:
-    static WAVEFORMATEX BareFormat(const RtExportOptions& options) {
-        WAVEFORMATEX format;
-        format.wFormatTag = kBarePcm;
-        format.nChannels = options.channels;
-        format.wBitsPerSample = options.bits;
-        format.nSamplesPerSec = kSampleRate;
-        format.nBlockAlign = static_cast<std::uint16_t>(options.channels * (options.bits / 8));
-        format.nAvgBytesPerSec = kSampleRate * format.nBlockAlign;
-        return format;
-    }
-    [[nodiscard]] std::int64_t SamplesUpTo(std::int64_t frame) const {
-        return frame * kSampleRate * m_form.rate.seconds / m_form.rate.frames;
-    }
-
-    StreamForm m_form;
-    AccessUnits m_units;
-    std::optional<SoundFile> m_sound;
-    std::int64_t m_frames = 0;
-};
-
-void BeginRecording(WorkerSession& session, const RtExportOptions& options, const Streams& streams,
-                    eCodeType codeType) {
+void BeginRecording(WorkerSession& session, const RtExportOptions& options,
+                    const FrameStream& stream, eCodeType codeType) {
     CArray<stu_R8PRelationClipInfo> none;
-    session.Require(session->SetRTExportParam(codeType, {}, streams.SoundFormat(), nullptr,
+    session.Require(session->SetRTExportParam(codeType, {}, stream.SoundFormat(), nullptr,
                                               WorkerPath(options.card), TextFromBytes(options.name),
                                               TextFromBytes(options.title), options.timecode, none,
                                               options.dropFrame ? 1 : 0, 0) == 1 &&
                         session->SetRTExportExtraParam(options.isWide ? 1 : 0) == 1 &&
-                        session->StartRTExport(streams.ExpectedFrames()) == 1,
+                        session->StartRTExport(stream.Expected()) == 1,
                     options.video, "not recorded");
-}
-
-/// How a recording ends: what the worker has of it is kept or deleted.
-enum Ending : int { kKeep = 0, kDrop = 1 };
-
-void SendUnit(WorkerSession& session, const RtExportOptions& options, std::string& unit,
-              std::string& samples, std::int64_t sent) {
-    constexpr unsigned char kAccessUnit = 2;
-    const int answer = session->AddRTExportAVData(
-        kAccessUnit, reinterpret_cast<unsigned char*>(unit.data()),
-        static_cast<std::uint32_t>(unit.size()), reinterpret_cast<unsigned char*>(samples.data()),
-        static_cast<std::uint32_t>(samples.size()), 0);
-    session.Require(answer == 1, options.video,
-                    sent == 0 ? "not recorded" : fmt::format("only {} frames recorded", sent));
-}
-
-/// False when the user wants no more of it.
-bool SendAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
-             Streams& streams, std::int64_t& sent) {
-    std::string unit;
-    std::string samples;
-    while (streams.Next(unit, samples)) {
-        SendUnit(session, options, unit, samples, sent);
-        ++sent;
-        if (!streams.GoesOn(watch)) {
-            return false;
-        }
-    }
-    return true;
-}
-
-/// A recording that is cancelled leaves nothing; one that fails leaves what came before.
-void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
-               Streams& streams) {
-    std::int64_t sent = 0;
-    bool isWhole = false;
-    try {
-        isWhole = SendAll(session, watch, options, streams, sent);
-    } catch (const Failure&) {
-        session.Require(sent == 0 || session->StopRTExport(kKeep, 0) == 1, options.video,
-                        "not recorded");
-        throw;
-    }
-    if (!isWhole) {
-        session->StopRTExport(kDrop, 0);
-        throw Failure(options.video, "not recorded", "cancelled");
-    }
-    session.Require(session->StopRTExport(kKeep, 0) == 1, options.video, "not recorded");
 }
 
 /// The clips that the recording has become: several where a file was full.
@@ -172,6 +81,87 @@ std::vector<std::string> ClipNames(WorkerSession& session) {
         names.push_back(BytesFromText(name));
     }
     return names;
+}
+
+/// Frames of these clips, as their metadata tell.
+std::int64_t FramesOnCard(WorkerSession& session, const RtExportOptions& options) {
+    const Card card(options.card);
+    std::int64_t frames = 0;
+    for (const CString& name : RecordedClips(*session.operator->())) {
+        _tag_P2Clip clip;
+        frames += session->LoadClipInfo(card.Root(), name, clip) == 0 ? clip.Duration : 0;
+    }
+    return frames;
+}
+
+/// How a recording ends: what the worker has of it is kept or deleted.
+enum Ending : int { kKeep = 0, kDrop = 1 };
+
+void Keep(WorkerSession& session, const RtExportOptions& options) {
+    session.Require(session->StopRTExport(kKeep, 0) == 1, options.video, "not recorded");
+}
+
+/// False when the worker refuses one of the frames; it keeps those before it.
+bool Send(WorkerSession& session, Frames& frames) {
+    constexpr unsigned char kAccessUnit = 2;
+    constexpr unsigned char kAccessUnits = 3; // as many as the last argument says
+    const bool isOne = frames.count == 1;
+    return session->AddRTExportAVData(isOne ? kAccessUnit : kAccessUnits,
+                                      reinterpret_cast<unsigned char*>(frames.video.data()),
+                                      static_cast<std::uint32_t>(frames.video.size()),
+                                      reinterpret_cast<unsigned char*>(frames.sound.data()),
+                                      static_cast<std::uint32_t>(frames.sound.size()),
+                                      isOne ? 0 : frames.count) == 1;
+}
+
+/// Keeps what came before the refusal and throws what to report. `sent`: something was taken before
+/// this request.
+[[noreturn]] void EndRefused(WorkerSession& session, const RtExportOptions& options, bool sent) {
+    const std::string sentence = session.Sentence();
+    const bool isKept = session->StopRTExport(kKeep, 0) == 1;
+    session.Require(isKept || (!sent && !sentence.empty()), options.video, "not recorded");
+    const std::int64_t frames = isKept ? FramesOnCard(session, options) : 0;
+    throw Failure(options.video,
+                  isKept ? fmt::format("only {} frames recorded", frames) : "not recorded",
+                  sentence);
+}
+
+enum class Outcome { Whole, Refused, Cancelled };
+
+/// `sent`: whether the worker has taken anything.
+Outcome SendAll(WorkerSession& session, TransferWatch& watch, FrameStream& stream, bool& sent) {
+    for (Frames frames; stream.Next(frames); sent = true) {
+        if (!Send(session, frames)) {
+            return Outcome::Refused;
+        }
+        if (!watch.GoesOn(stream.File().Position() / 1024, stream.File().Size() / 1024)) {
+            return Outcome::Cancelled;
+        }
+    }
+    return Outcome::Whole;
+}
+
+/// A recording that is cancelled leaves nothing; one that fails leaves what came before.
+void RecordAll(WorkerSession& session, TransferWatch& watch, const RtExportOptions& options,
+               FrameStream& stream) {
+    bool sent = false;
+    Outcome outcome = Outcome::Whole;
+    try {
+        outcome = SendAll(session, watch, stream, sent);
+    } catch (const Failure&) {
+        if (sent) {
+            Keep(session, options);
+        }
+        throw;
+    }
+    if (outcome == Outcome::Refused) {
+        EndRefused(session, options, sent);
+    }
+    if (outcome == Outcome::Cancelled) {
+        session->StopRTExport(kDrop, 0);
+        throw Failure(options.video, "not recorded", "cancelled");
+    }
+    Keep(session, options);
 }
 
 void PrintRecording(Console& console, const RtExportOptions& options,
@@ -191,15 +181,16 @@ Status RunRtExport(Console& console, const RtExportOptions& options) {
     const StreamForm form = StreamFormOf(codeType);
     const Card card(options.card);
     card.RequireContents();
-    Streams streams(options, form);
+    AccessUnits video(options.video, form.unitSize);
+    FrameStream stream(form, std::move(video), SoundOf(options));
     TransferWatch watch(options.quiet);
     WorkerSession session(options.worker);
     session->SetSystemType(form.rate.standard);
-    BeginRecording(session, options, streams, codeType);
+    BeginRecording(session, options, stream, codeType);
     watch.Begin(fmt::format("{}", fmt::join(ClipNames(session), ", ")));
-    RecordAll(session, watch, options, streams);
+    RecordAll(session, watch, options, stream);
     watch.End();
-    PrintRecording(console, options, ClipNames(session), streams.Frames());
+    PrintRecording(console, options, ClipNames(session), stream.Given());
     return kDone;
 }
 

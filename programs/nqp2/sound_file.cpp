@@ -69,10 +69,11 @@ std::string SoundFile::Read(std::size_t samples) {
         throw Failure(m_path, "cannot be read", sf_strerror(m_file.get()));
     }
     values.resize(static_cast<std::size_t>(frames) * m_format.nChannels);
-    bytes.reserve(values.size() * block / m_format.nChannels);
+    bytes.resize(values.size() * block / m_format.nChannels);
+    char* to = bytes.data();
     for (const int value : values) { // the sample is at the top of its 32 bits
         for (unsigned bit = 32U - m_format.wBitsPerSample; bit < 32; bit += 8) {
-            bytes.push_back(static_cast<char>(static_cast<unsigned>(value) >> bit));
+            *to++ = static_cast<char>(static_cast<unsigned>(value) >> bit);
         }
     }
     return bytes;

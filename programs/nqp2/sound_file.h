@@ -15,6 +15,9 @@ using SNDFILE = struct sf_private_tag;
 
 namespace nqp2::tool {
 
+/// Of all sound that is recorded, in hertz.
+inline constexpr std::uint32_t kSampleRate = 48000;
+
 /// Sound of 16 or 24 bits in any container that libsndfile knows (WAV, RF64, AIFF, FLAC and more),
 /// or bare samples. Throws Failure as the calls do.
 class SoundFile {

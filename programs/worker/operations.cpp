@@ -195,7 +195,8 @@ void Operations::StartRecording(bridge::ValueMessage& message) {
 }
 
 void Operations::AddData(bridge::AVDataMessage& message) {
-    constexpr int kAccessUnits = 2;
+    constexpr int kAccessUnit = 2;
+    constexpr int kAccessUnits = 3; // as many as the flag says
     const std::string_view video = Run(message.data1, message.length1);
     const std::string_view sound = Run(message.data2, message.length2);
     message.data1 = message.data2 = nullptr; // the answer carries no data
@@ -203,11 +204,12 @@ void Operations::AddData(bridge::AVDataMessage& message) {
     if (m_recording == nullptr) {
         throw copy::Failure("No recording is running.");
     }
-    if (message.streamType != kAccessUnits) {
+    if (message.streamType != kAccessUnit && message.streamType != kAccessUnits) {
         throw copy::Failure("There is no stream of type " + std::to_string(message.streamType) +
                             ".");
     }
-    m_recording->Add(video, sound);
+    const bool isOne = message.streamType == kAccessUnit;
+    m_recording->Add(video, sound, isOne ? 1 : static_cast<std::uint32_t>(message.flag));
 }
 
 void Operations::MakeBuffer(bridge::BufferMessage& message) {

@@ -6,6 +6,7 @@
 #include "copy/copier.h"
 #include "worker/channel_line.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -27,8 +28,8 @@ public:
 
     /// Another transfer, which no earlier wish to abort is meant for.
     void Begin();
-    /// Sends the state unless one of this transfer is still unanswered. False once the host wants
-    /// to abort it.
+    /// Sends the state unless one of this transfer is still unanswered or has just been sent. False
+    /// once the host wants to abort it.
     [[nodiscard]] bool Report(std::uint64_t done, std::uint64_t total);
     /// Sends the last state and waits for what the host says to it.
     [[nodiscard]] bool ReportEnd(std::uint64_t total);
@@ -40,6 +41,8 @@ public:
     [[nodiscard]] bool Lasts();
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     void Send(std::uint64_t done, std::uint64_t total, std::unique_lock<std::mutex>& lock);
     /// Of this transfer; those of earlier ones stand before them.
     [[nodiscard]] bool IsAnswered() const;
@@ -50,6 +53,7 @@ private:
     ChannelLine* m_line = nullptr;
     std::deque<std::uint64_t> m_unanswered; ///< the transfers of the reports, oldest first
     std::uint64_t m_transfer = 0;
+    Clock::time_point m_due; ///< when the next report may go out
     bool m_sending = false;
     bool m_abort = false;
     bool m_stopped = false;

@@ -169,11 +169,12 @@ std::uint64_t ClipMaker::SoundRoom() const {
 void ClipMaker::AddSound(std::string_view samples) {
     const std::size_t sample = m_parameters.wave.wBitsPerSample / 8U;
     const std::size_t channels = m_channels.size();
-    for (std::string& channel : m_channels) {
-        channel.clear();
-    }
-    for (std::size_t at = 0; at < samples.size(); at += sample) {
-        m_channels[at / sample % channels].append(samples.substr(at, sample));
+    for (std::size_t i = 0; i < channels; ++i) {
+        m_channels[i].resize(samples.size() / channels);
+        char* to = m_channels[i].data();
+        for (std::size_t at = i * sample; at < samples.size(); at += sample * channels) {
+            to = std::copy_n(samples.data() + at, sample, to);
+        }
     }
     for (std::size_t i = 0; i < channels; ++i) {
         m_sound[i]->Add(m_channels[i]);

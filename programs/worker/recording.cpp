@@ -19,6 +19,11 @@ constexpr std::uint16_t kMostChannels = 16;
 /// Sound may be that many clips ahead of the video, or behind it.
 constexpr std::size_t kMostClipsAtOnce = 2;
 
+/// Bytes of one sample of all channels.
+std::size_t BlockOf(const WAVEFORMATEX& wave) {
+    return wave.wBitsPerSample / 8U * std::size_t{wave.nChannels};
+}
+
 bool IsSound(const WAVEFORMATEX& wave) {
     const bool bits = wave.wBitsPerSample == 16 || wave.wBitsPerSample == 24;
     return wave.wFormatTag == kPcm && wave.nSamplesPerSec == kSampleRate && bits &&
@@ -113,12 +118,11 @@ void Recording::AddVideo(std::string_view unit) {
 }
 
 void Recording::AddSound(std::string_view samples) {
-    const std::size_t sample = m_parameters.wave.wBitsPerSample / 8U;
-    const std::size_t channels = m_parameters.wave.nChannels;
-    if (channels == 0 || samples.size() % (sample * channels) != 0) {
+    const std::size_t block = BlockOf(m_parameters.wave);
+    if (block == 0 || samples.size() % block != 0) {
         throw copy::Failure(std::to_string(samples.size()) +
-                            " bytes of sound are not whole samples of " + std::to_string(channels) +
-                            " channels.");
+                            " bytes of sound are not whole samples of " +
+                            std::to_string(m_parameters.wave.nChannels) + " channels.");
     }
     while (!samples.empty()) {
         const auto clip = std::find_if(m_clips.begin(), m_clips.end(),
@@ -135,7 +139,23 @@ void Recording::AddSound(std::string_view samples) {
     }
 }
 
-void Recording::Add(std::string_view video, std::string_view sound) {
+void Recording::Add(std::string_view video, std::string_view sound, std::size_t units) {
+    if (units == 0 || video.size() % units != 0 || (units != 1 && video.empty())) {
+        throw copy::Failure(std::to_string(video.size()) + " bytes of video are not " +
+                            std::to_string(units) + " access units of one size.");
+    }
+    const std::size_t unit = video.size() / units;
+    const std::size_t sample = std::max<std::size_t>(BlockOf(m_parameters.wave), 1);
+    for (std::size_t i = 0; i < units; ++i) {
+        const bool isLast = i + 1 == units;
+        const std::size_t share = sound.size() / sample / (units - i) * sample;
+        const std::string_view samples = sound.substr(0, isLast ? sound.size() : share);
+        sound.remove_prefix(samples.size());
+        AddFrame(video.substr(i * unit, unit), samples);
+    }
+}
+
+void Recording::AddFrame(std::string_view unit, std::string_view samples) {
     const auto completeAfter = [this](const auto& add) {
         try {
             add();
@@ -146,13 +166,13 @@ void Recording::Add(std::string_view video, std::string_view sound) {
         CompleteFull();
     };
     completeAfter([&] {
-        if (!video.empty()) {
-            AddVideo(video);
+        if (!unit.empty()) {
+            AddVideo(unit);
         }
     });
     completeAfter([&] {
-        if (!sound.empty()) {
-            AddSound(sound);
+        if (!samples.empty()) {
+            AddSound(samples);
         }
     });
 }

@@ -33,9 +33,9 @@ public:
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
 
-    /// One access unit of video and interleaved PCM, each of which may be empty. A failure leaves
-    /// what came before.
-    void Add(std::string_view video, std::string_view sound);
+    /// Access units of video, of one size and one behind the other, and the interleaved PCM that
+    /// belongs to them; each may be empty. A failure leaves what came before, frame by frame.
+    void Add(std::string_view video, std::string_view sound, std::size_t units = 1);
     /// Completes what is under way. A failure tells of the first clip that could not be completed.
     void Finish();
     /// Removes what is under way; clips that were completed before stay.
@@ -51,6 +51,7 @@ private:
     void CheckUnit(std::string_view unit) const;
     /// Begins the clip behind the last one.
     void BeginNext();
+    void AddFrame(std::string_view unit, std::string_view samples);
     void AddVideo(std::string_view unit);
     void AddSound(std::string_view samples);
     /// Completes clips, all but the last, to which nothing more will come, beside the recording.

@@ -301,6 +301,16 @@ class RecordingTest(CardTest):
             self.assert_fails(self.record(*arguments, **options), status, f"nqp2: {line}")
         self.assertEqual(files_below(self.card.path), {})
 
+    def test_what_came_before_a_wrong_frame_is_kept(self):
+        for frames in (1, 3, 30):
+            good = b"".join(map(dv_frame, range(frames)))
+            self.stream.write_bytes(good + bytes(FRAME_SIZE) + dv_frame(0))
+            self.assertIn(f"{self.stream}: only {frames} frames recorded (This is no frame of",
+                          self.record("--name", "0001AB").stderr)
+            self.assert_recorded(Duration=frames)
+            self.assertIn(good, files_below(self.card.path)["CONTENTS/VIDEO/0001AB.MXF"])
+            run("delete", self.card.path, "0001AB")
+
     def test_names_of_recordings_are_claimed_in_any_letters(self):
         live = self.folder / "live"
         os.mkfifo(live)

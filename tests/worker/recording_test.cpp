@@ -40,8 +40,8 @@ protected:
             [&] { recording = std::make_unique<Recording>(parameters, frames, VS_50I); });
     }
     static std::string Add(Recording& recording, const std::string& video,
-                           const std::string& sound = {}) {
-        return ErrorOf([&] { recording.Add(video, sound); });
+                           const std::string& sound = {}, std::size_t count = 1) {
+        return ErrorOf([&] { recording.Add(video, sound, count); });
     }
     std::map<std::string, std::string> OnCard() { return FilesBelow(m_card.Folder().Path()); }
     void EmptyCard() {
@@ -133,9 +133,10 @@ TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
          {"libx264", 1920, 1080, {50, 1}, kDeep422, "avcintra-class=100"},
          "50p"},
     };
+    constexpr int kFrames = 2; // fewer than a mean rate is made of
     for (const Case& each : cases) {
         SCOPED_TRACE(CodeTypeName(each.type));
-        const std::vector<std::string> units = EncodePictures(each.encoding, 4);
+        const std::vector<std::string> units = EncodePictures(each.encoding, kFrames);
         if (units.empty()) {
             std::cout << "no encoder " << each.encoding.encoder << ": left out\n";
             continue;
@@ -155,14 +156,15 @@ TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
                                     clip.CodecClass),
                   each.type);
         EXPECT_EQ(clip.FrameRate, Name(each.rate));
-        EXPECT_EQ(clip.Duration, 4);
+        EXPECT_EQ(clip.Duration, kFrames);
         const ReadBack video = Read("VIDEO/0007AB");
         EXPECT_TRUE(video.essence == Joined(units));
-        EXPECT_EQ(video.packets, 4);
+        EXPECT_EQ(video.packets, kFrames);
         EXPECT_EQ(clip.VideoStartByteOffset, video.position);
         EXPECT_EQ(clip.VideoDataSize, static_cast<std::int64_t>(video.essence.size()));
         const MediaFacts facts =
             ReadMediaFile(m_card.Folder().Path("CONTENTS/VIDEO/0007AB.MXF"), [] { return true; });
+        EXPECT_EQ(facts.frames, kFrames);
         EXPECT_EQ(facts.width, each.encoding.width);
         EXPECT_EQ(facts.height, each.encoding.height);
         EXPECT_EQ(av_cmp_q({facts.rate.frames, facts.rate.seconds}, each.encoding.rate), 0);
@@ -182,10 +184,15 @@ TEST_F(RecordingTest, WrongDataIsRefusedAndTheRecordingGoesOn) {
         EXPECT_NE(Add(*recording, unit), "");
     }
     EXPECT_NE(Add(*recording, "", "abc"), "") << "no whole sample";
-    EXPECT_EQ(Add(*recording, units[0]), "");
-    EXPECT_EQ(Add(*recording, units[1]), "");
+    for (const std::size_t count : {0U, 7U, 289000U}) {
+        EXPECT_NE(Add(*recording, Joined(units), "", count), "");
+    }
+    EXPECT_NE(Add(*recording, "", "abcd", 0xFFFFFFFF), "");
+    EXPECT_NE(Add(*recording, units[0] + wrong[4], std::string(15360, 's') + "ab", 2), "");
+    EXPECT_EQ(Add(*recording, units[1]), "") << "behind the first of those";
     EXPECT_EQ(ErrorOf([&] { recording->Finish(); }), "");
     EXPECT_EQ(Scan().Duration, 2);
+    EXPECT_TRUE(Read("AUDIO/0007AB00").essence == std::string(3840, 's') + std::string(3840, '\0'));
     EmptyCard();
     ASSERT_EQ(Start(Parameters(CT_AVCI100_1080_50I), recording), "");
     EXPECT_THAT(Add(*recording, std::string("\0\0\0\1\x09\x10\0\0\0\1\x65", 11)),
@@ -223,6 +230,11 @@ TEST_F(RecordingTest, GoesOnInLinkedClipsWhereAFileIsFull) {
         ExpectThreeClips(Joined(units), sound);
         EmptyCard();
     }
+    std::unique_ptr<Recording> atOnce;
+    ASSERT_EQ(Start(parameters, atOnce), "");
+    ASSERT_EQ(Add(*atOnce, Joined(units), sound, units.size()), "");
+    ASSERT_EQ(ErrorOf([&] { atOnce->Finish(); }), "");
+    ExpectThreeClips(Joined(units), sound);
 }
 
 TEST_F(RecordingTest, NothingRemainsOfWhatIsDroppedOrNotSure) {

@@ -113,11 +113,18 @@ bool IsInterlaced(const AVCodecParameters& codec) {
                                                  : codec.field_order != AV_FIELD_PROGRESSIVE;
 }
 
+/// The mean needs three frames; what shorter files tell is the rate of their time stamps. Neither
+/// is known of some.
+AVRational FrameRateOf(const AVStream& video) {
+    const AVRational mean = video.avg_frame_rate;
+    return mean.num > 0 && mean.den > 0 ? mean : video.r_frame_rate;
+}
+
 std::int64_t CountFrames(const AVFormatContext& format, const AVStream& video) {
     if (video.nb_frames > 0) {
         return video.nb_frames;
     }
-    const AVRational frame = av_inv_q(video.avg_frame_rate);
+    const AVRational frame = av_inv_q(FrameRateOf(video));
     if (frame.num <= 0 || frame.den <= 0) {
         return 0;
     }
@@ -132,8 +139,9 @@ void ReadPicture(AVFormatContext& format, AVStream& video, MediaFacts& facts) {
     const AVCodecParameters& codec = *video.codecpar;
     facts.codec = CodecText(codec);
     facts.interlaced = IsInterlaced(codec);
-    if (video.avg_frame_rate.num > 0 && video.avg_frame_rate.den > 0) {
-        facts.rate = {video.avg_frame_rate.num, video.avg_frame_rate.den};
+    const AVRational rate = FrameRateOf(video);
+    if (rate.num > 0 && rate.den > 0) {
+        facts.rate = {rate.num, rate.den};
     }
     facts.frames = CountFrames(format, video);
     facts.width = codec.width;
