@@ -242,6 +242,7 @@ private:
         const std::vector<unsigned char>& sound = Data();
         message.data2 = sound.data();
         message.length2 = static_cast<std::uint32_t>(sound.size());
+        message.flag = static_cast<std::int32_t>(sound.size() % 5); // units of type 3
         Send(MessageId::AddRTExportAVData, message);
     }
     void StopRecording() {
