@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <chrono>
 #include <sys/socket.h>
 
 namespace nqp2::channel {
@@ -78,7 +79,7 @@ ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std:
     }
     m_sent |= BitOf(*m_granted);
     m_granted.reset();
-    StayAlert();
+    m_alertness.Begin();
     return kChannelDone;
 }
 

@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "channel/alertness.h"
 #include "channel/link.h"
 #include "NQP2ParserU/SysInterface.h"
 
-#include <chrono>
 #include <condition_variable>
 #include <list>
 #include <memory>
@@ -68,7 +68,6 @@ private:
         Link link;
     };
     using Lock = std::unique_lock<std::mutex>;
-    using Clock = std::chrono::steady_clock;
 
     std::shared_ptr<ChannelEnd> Open(std::uint32_t channelId, Sizes sizes, TimeOuts timeOuts);
     std::shared_ptr<ChannelEnd> Take(std::uint32_t channelId, TimeOuts timeOuts);
@@ -77,8 +76,6 @@ private:
     ChannelStatus Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag, Ready ready);
     /// Returns whether anything may have come.
     bool WaitForNews(Lock& lock, int milliseconds);
-    /// The peer is at work for us.
-    void StayAlert();
     /// Reads one packet if one is there.
     bool ReadOne();
     /// False when no honest peer would have sent that.
@@ -99,7 +96,7 @@ private:
     bool m_isClosed = false;  ///< from this side
     bool m_isDead = false;    ///< no packet comes any more
     bool m_hasPeerEnded = false;
-    Clock::time_point m_alertUntil; ///< until then waiting threads stay awake
+    Alertness m_alertness;
 
     // Slots as bits.
     static constexpr std::uint32_t BitOf(std::uint32_t slot) { return 1U << slot; }

@@ -7,21 +7,11 @@
 #include "platform/wait.h"
 
 #include <sys/socket.h>
-#include <thread>
 
 namespace nqp2::channel {
 namespace {
 
 constexpr std::size_t kMaxOffers = 64;
-/// How long after a packet the next one is watched for before a thread falls asleep: what a short
-/// answer takes, or reading a video frame. Falling asleep and waking up would cost as much again.
-constexpr std::chrono::microseconds kAlert(100);
-
-/// Who watches while the peer could run on this very processor delays what it watches for.
-bool HasProcessorsToSpare() {
-    static const bool hasSeveral = std::thread::hardware_concurrency() > 1;
-    return hasSeveral;
-}
 
 } // namespace
 
@@ -35,27 +25,26 @@ bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
         return true;
     }
     m_isPolling = true;
-    const Clock::time_point alertUntil = m_alertUntil;
+    const Alertness::Clock::time_point alertUntil = m_alertness.Until();
     lock.unlock();
     pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0}, {m_link.peer->Watch(), POLLIN, 0}};
     bool hasNews = false;
-    while (!hasNews && Clock::now() < alertUntil) {
+    const bool isAlert = Alertness::Clock::now() < alertUntil;
+    while (!hasNews && Alertness::Clock::now() < alertUntil) {
         hasNews = platform::Wait(watched, 0) != 0;
     }
+    const bool hasPaid = hasNews;
     if (!hasNews) {
         hasNews = platform::Wait(watched, milliseconds) != 0;
     }
     lock.lock();
+    if (isAlert) {
+        m_alertness.Learn(hasPaid);
+    }
     m_isPolling = false;
     m_hasPeerEnded = m_hasPeerEnded || watched[1].revents != 0;
     m_changed.notify_all();
     return hasNews;
-}
-
-void ChannelEnd::StayAlert() {
-    if (HasProcessorsToSpare()) {
-        m_alertUntil = Clock::now() + kAlert;
-    }
 }
 
 bool ChannelEnd::ReadOne() {

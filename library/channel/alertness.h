@@ -1,0 +1,44 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+
+namespace nqp2::channel {
+
+/// Whether a thread that waits for the peer watches for a moment before it falls asleep. Falling
+/// asleep and waking up cost more than a short answer takes; but where the peer must run on this
+/// very processor, watching only delays it. Processors are not counted: those that both processes
+/// may use, and those that others leave to them, can change at any time. What counts is whether
+/// watching has paid of late.
+class Alertness {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// The peer has been given something to do.
+    void Begin() {
+        const bool isWorthWhile = m_credit > 0 || ++m_passedOver % kTryAgain == 0;
+        m_until = isWorthWhile ? Clock::now() + kMoment : Clock::time_point();
+    }
+    /// Until when to watch.
+    [[nodiscard]] Clock::time_point Until() const { return m_until; }
+    /// After watching: whether anything came.
+    void Learn(bool hasPaid) {
+        m_credit = hasPaid ? std::min(m_credit + 1, kMostCredit) : std::max(m_credit - kLoss, 0);
+    }
+
+private:
+    /// What a short answer takes, or reading a video frame.
+    static constexpr std::chrono::microseconds kMoment{100};
+    static constexpr int kMostCredit = 16;
+    static constexpr int kLoss = 4;       ///< a moment watched in vain costs so many wake-ups
+    static constexpr int kTryAgain = 256; ///< without credit, one in so many is watched for
+
+    Clock::time_point m_until;
+    int m_credit = kLoss;
+    unsigned m_passedOver = 0;
+};
+
+} // namespace nqp2::channel
