@@ -24,17 +24,23 @@ public:
     }
     /// Until when to watch.
     [[nodiscard]] Clock::time_point Until() const { return m_until; }
-    /// After watching: whether anything came.
-    void Learn(bool hasPaid) {
-        m_credit = hasPaid ? std::min(m_credit + 1, kMostCredit) : std::max(m_credit - kLoss, 0);
+    /// After a wait that began with watching until then: whether anything came meanwhile. What came
+    /// soon after the thread fell asleep had been kept from coming; what came much later proves
+    /// nothing.
+    void Learn(Clock::time_point until, bool hasPaid) {
+        if (hasPaid) {
+            m_credit = std::min(m_credit + 1, kMostCredit);
+        } else if (Clock::now() < until + kMoment) {
+            m_credit = std::max(m_credit - kLoss, 0);
+        }
     }
 
 private:
     /// What a short answer takes, or reading a video frame.
     static constexpr std::chrono::microseconds kMoment{100};
-    static constexpr int kMostCredit = 16;
-    static constexpr int kLoss = 4;       ///< a moment watched in vain costs so many wake-ups
-    static constexpr int kTryAgain = 256; ///< without credit, one in so many is watched for
+    static constexpr int kMostCredit = 8;
+    static constexpr int kLoss = 2;
+    static constexpr unsigned kTryAgain = 256; ///< without credit, one in so many is watched for
 
     Clock::time_point m_until;
     int m_credit = kLoss;

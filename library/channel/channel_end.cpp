@@ -28,8 +28,7 @@ std::uint32_t Or(std::uint32_t value, std::uint32_t parents) {
 } // namespace
 
 ChannelEnd::ChannelEnd(Link link, Role role, TimeOuts timeOuts)
-    : m_link(std::move(link)), m_role(role), m_timeOuts(timeOuts),
-      m_free(BitOf(m_link.send.SlotCount()) - 1) {
+    : m_link(std::move(link)), m_role(role), m_timeOuts(timeOuts) {
     m_messages.reserve(m_link.receive.SlotCount());
 }
 
@@ -37,15 +36,17 @@ ChannelStatus ChannelEnd::GetSendBuffer(void** buffer, std::int32_t* capacity,
                                         std::int32_t* abortFlag) {
     Lock lock(m_mutex);
     // A buffer that was granted and not sent is granted again: requests drop it when they fail.
-    const ChannelStatus status = Await(lock, m_timeOuts.send, abortFlag, [this] {
-        return !m_isDead && (m_granted.has_value() || m_free != 0);
-    });
-    if (status != kChannelDone) {
-        return status;
+    const auto hasSlot = [this] { return !m_isDead && (m_granted || FreeSlot()); };
+    if (!hasSlot()) {
+        m_link.send.NoteWaiting(++m_slotWaiters > 0);
+        const ChannelStatus status = Await(lock, m_timeOuts.send, abortFlag, hasSlot);
+        m_link.send.NoteWaiting(--m_slotWaiters > 0);
+        if (status != kChannelDone) {
+            return status;
+        }
     }
     if (!m_granted) {
-        m_granted = static_cast<std::uint32_t>(std::countr_zero(m_free));
-        m_free &= ~BitOf(*m_granted);
+        m_granted = FreeSlot();
     }
     m_isFilling = true;
     *buffer = m_link.send.Slot(*m_granted);
@@ -77,7 +78,8 @@ ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std:
     case Traffic::Lost:
         return kChannelClosed;
     }
-    m_sent |= BitOf(*m_granted);
+    ++m_sent[*m_granted];
+    ++m_releasesDue;
     m_granted.reset();
     m_alertness.Begin();
     return kChannelDone;
@@ -121,15 +123,28 @@ bool ChannelEnd::ReleaseSlots(std::uint32_t slots) {
         Packet packet;
         packet.kind = PacketKind::Release;
         packet.slot = static_cast<std::uint32_t>(std::countr_zero(slots));
+        m_link.receive.NoteRelease(packet.slot);
+        if (!m_link.receive.IsSenderWaiting()) {
+            continue;
+        }
         const Traffic traffic = SendPacketOn(m_link.socket.Get(), packet);
         if (traffic == Traffic::Nothing) {
-            // The peer could never write to the slot again. The queue has room for all that an
-            // honest peer can cause (see IsCrowded).
+            // The peer might wait for ever. The queue has room for all that an honest peer can
+            // cause (see IsCrowded).
             EndTraffic();
         }
         told = told && traffic == Traffic::Done;
     }
     return told;
+}
+
+std::optional<std::uint32_t> ChannelEnd::FreeSlot() const {
+    for (std::uint32_t slot = 0; slot < m_link.send.SlotCount(); ++slot) {
+        if (m_link.send.ReleasesOf(slot) == m_sent[slot]) {
+            return slot;
+        }
+    }
+    return std::nullopt;
 }
 
 std::shared_ptr<ChannelEnd> ChannelEnd::SubChannel(std::uint32_t channelId, Sizes sizes,

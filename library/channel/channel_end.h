@@ -7,6 +7,7 @@
 #include "channel/link.h"
 #include "NQP2ParserU/SysInterface.h"
 
+#include <array>
 #include <condition_variable>
 #include <list>
 #include <memory>
@@ -84,6 +85,8 @@ private:
     bool ProcessRelease(const Packet& packet);
     bool ProcessOffer(ReceivedPacket& received);
     bool ReleaseSlots(std::uint32_t slots);
+    /// One that may be granted.
+    [[nodiscard]] std::optional<std::uint32_t> FreeSlot() const;
     void EndTraffic();
 
     const Link m_link;
@@ -100,11 +103,12 @@ private:
 
     // Slots as bits.
     static constexpr std::uint32_t BitOf(std::uint32_t slot) { return 1U << slot; }
-    std::uint32_t m_free;        ///< may be granted
-    std::uint32_t m_sent = 0;    ///< the peer has them
     std::uint32_t m_arrived = 0; ///< hold messages, handed out or not
     std::uint32_t m_handedOut = 0;
     std::optional<std::uint32_t> m_granted;
+    std::array<std::uint32_t, kMostSlots> m_sent{}; ///< messages so far in each slot
+    std::uint64_t m_releasesDue = 0; ///< of messages sent, that the peer has told of by no packet
+    int m_slotWaiters = 0;
     bool m_isFilling = false; ///< whoever was granted it may still be writing
 
     std::vector<Message> m_messages; ///< arrived, not handed out

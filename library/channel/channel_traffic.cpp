@@ -39,7 +39,7 @@ bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
     }
     lock.lock();
     if (isAlert) {
-        m_alertness.Learn(hasPaid);
+        m_alertness.Learn(alertUntil, hasPaid);
     }
     m_isPolling = false;
     m_hasPeerEnded = m_hasPeerEnded || watched[1].revents != 0;
@@ -91,12 +91,12 @@ bool ChannelEnd::ProcessData(const Packet& packet) {
     return true;
 }
 
+/// That the slot is free stands in the notes; the packet ends the wait for it.
 bool ChannelEnd::ProcessRelease(const Packet& packet) {
-    if (packet.slot >= m_link.send.SlotCount() || (m_sent & BitOf(packet.slot)) == 0) {
+    if (packet.slot >= m_link.send.SlotCount() || m_releasesDue == 0) {
         return false;
     }
-    m_sent &= ~BitOf(packet.slot);
-    m_free |= BitOf(packet.slot);
+    --m_releasesDue;
     return true;
 }
 
