@@ -16,11 +16,12 @@ namespace nqp2::channel {
 class Alertness {
 public:
     using Clock = std::chrono::steady_clock;
+    static constexpr Clock::time_point kNotAtAll{};
 
     /// The peer has been given something to do.
     void Begin() {
         const bool isWorthWhile = m_credit > 0 || ++m_passedOver % kTryAgain == 0;
-        m_until = isWorthWhile ? Clock::now() + kMoment : Clock::time_point();
+        m_until = isWorthWhile ? Clock::now() + kMoment : kNotAtAll;
     }
     /// Until when to watch.
     [[nodiscard]] Clock::time_point Until() const { return m_until; }
@@ -40,9 +41,9 @@ private:
     static constexpr std::chrono::microseconds kMoment{100};
     static constexpr int kMostCredit = 8;
     static constexpr int kLoss = 2;
-    static constexpr unsigned kTryAgain = 256; ///< without credit, one in so many is watched for
+    static constexpr unsigned kTryAgain = 1024; ///< without credit, one in so many is watched for
 
-    Clock::time_point m_until;
+    Clock::time_point m_until = kNotAtAll;
     int m_credit = kLoss;
     unsigned m_passedOver = 0;
 };

@@ -28,9 +28,12 @@ bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
     const Alertness::Clock::time_point alertUntil = m_alertness.Until();
     lock.unlock();
     pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0}, {m_link.peer->Watch(), POLLIN, 0}};
+    const auto isWatching = [&] {
+        return alertUntil != Alertness::kNotAtAll && Alertness::Clock::now() < alertUntil;
+    };
+    const bool hasWatched = isWatching();
     bool hasNews = false;
-    const bool isAlert = Alertness::Clock::now() < alertUntil;
-    while (!hasNews && Alertness::Clock::now() < alertUntil) {
+    while (!hasNews && isWatching()) {
         hasNews = platform::Wait(watched, 0) != 0;
     }
     const bool hasPaid = hasNews;
@@ -38,7 +41,7 @@ bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds) {
         hasNews = platform::Wait(watched, milliseconds) != 0;
     }
     lock.lock();
-    if (isAlert) {
+    if (hasWatched) {
         m_alertness.Learn(alertUntil, hasPaid);
     }
     m_isPolling = false;
