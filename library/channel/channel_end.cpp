@@ -7,9 +7,9 @@
 #include "platform/wait.h"
 
 #include <algorithm>
-#include <bit>
 #include <chrono>
 #include <sys/socket.h>
+#include <thread>
 
 namespace nqp2::channel {
 namespace {
@@ -35,18 +35,9 @@ ChannelEnd::ChannelEnd(Link link, Role role, TimeOuts timeOuts)
 ChannelStatus ChannelEnd::GetSendBuffer(void** buffer, std::int32_t* capacity,
                                         std::int32_t* abortFlag) {
     Lock lock(m_mutex);
-    // A buffer that was granted and not sent is granted again: requests drop it when they fail.
-    const auto hasSlot = [this] { return !m_isDead && (m_granted || FreeSlot()); };
-    if (!hasSlot()) {
-        m_link.send.NoteWaiting(++m_slotWaiters > 0);
-        const ChannelStatus status = Await(lock, m_timeOuts.send, abortFlag, hasSlot);
-        m_link.send.NoteWaiting(--m_slotWaiters > 0);
-        if (status != kChannelDone) {
-            return status;
-        }
-    }
-    if (!m_granted) {
-        m_granted = FreeSlot();
+    const ChannelStatus status = AwaitSlot(lock, abortFlag);
+    if (status != kChannelDone) {
+        return status;
     }
     m_isFilling = true;
     *buffer = m_link.send.Slot(*m_granted);
@@ -115,38 +106,6 @@ ChannelStatus ChannelEnd::Release(const void* buffer) {
     return ReleaseSlots(slots) && !m_isClosed ? kChannelDone : kChannelClosed;
 }
 
-bool ChannelEnd::ReleaseSlots(std::uint32_t slots) {
-    m_handedOut &= ~slots;
-    m_arrived &= ~slots;
-    bool told = !m_isDead;
-    for (; slots != 0; slots &= slots - 1) {
-        Packet packet;
-        packet.kind = PacketKind::Release;
-        packet.slot = static_cast<std::uint32_t>(std::countr_zero(slots));
-        m_link.receive.NoteRelease(packet.slot);
-        if (!m_link.receive.IsSenderWaiting()) {
-            continue;
-        }
-        const Traffic traffic = SendPacketOn(m_link.socket.Get(), packet);
-        if (traffic == Traffic::Nothing) {
-            // The peer might wait for ever. The queue has room for all that an honest peer can
-            // cause (see IsCrowded).
-            EndTraffic();
-        }
-        told = told && traffic == Traffic::Done;
-    }
-    return told;
-}
-
-std::optional<std::uint32_t> ChannelEnd::FreeSlot() const {
-    for (std::uint32_t slot = 0; slot < m_link.send.SlotCount(); ++slot) {
-        if (m_link.send.ReleasesOf(slot) == m_sent[slot]) {
-            return slot;
-        }
-    }
-    return std::nullopt;
-}
-
 std::shared_ptr<ChannelEnd> ChannelEnd::SubChannel(std::uint32_t channelId, Sizes sizes,
                                                    TimeOuts timeOuts) {
     const TimeOuts resolved{Or(timeOuts.send, m_timeOuts.send),
@@ -210,6 +169,30 @@ void ChannelEnd::Close() {
     m_isClosed = true;
     shutdown(m_link.socket.Get(), SHUT_RDWR);
     m_changed.notify_all();
+}
+
+ChannelStatus ChannelEnd::AwaitSlot(Lock& lock, std::int32_t* abortFlag) {
+    // A buffer that was granted and not sent is granted again: requests drop it when they fail. The
+    // peer can change its notes at any time: what they say is looked at once.
+    const auto hasSlot = [this] {
+        if (!m_granted && !m_isClosed && !m_isDead) {
+            m_granted = FreeSlot();
+        }
+        return m_granted && !m_isClosed && !m_isDead;
+    };
+    if (!hasSlot()) {
+        // A peer that answers before it releases is about to, if it only may run.
+        lock.unlock();
+        std::this_thread::yield();
+        lock.lock();
+    }
+    if (hasSlot()) {
+        return kChannelDone;
+    }
+    m_link.send.NoteWaiting(++m_slotWaiters > 0);
+    const ChannelStatus status = Await(lock, m_timeOuts.send, abortFlag, hasSlot);
+    m_link.send.NoteWaiting(--m_slotWaiters > 0);
+    return status;
 }
 
 /// What is there is given before anything else is looked at: a flag that is set already ends

@@ -75,6 +75,8 @@ private:
 
     template <class Ready>
     ChannelStatus Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag, Ready ready);
+    /// Until a slot is granted.
+    ChannelStatus AwaitSlot(Lock& lock, std::int32_t* abortFlag);
     /// Returns whether anything may have come.
     bool WaitForNews(Lock& lock, int milliseconds);
     /// Reads one packet if one is there.

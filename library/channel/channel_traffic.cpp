@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-// What a channel's end reads from its socket.
+// What a channel's end reads from its socket, and what it tells of the slots.
 
 #include "channel/channel_end.h"
 #include "platform/wait.h"
 
+#include <bit>
 #include <sys/socket.h>
 
 namespace nqp2::channel {
@@ -101,6 +102,38 @@ bool ChannelEnd::ProcessRelease(const Packet& packet) {
     }
     --m_releasesDue;
     return true;
+}
+
+bool ChannelEnd::ReleaseSlots(std::uint32_t slots) {
+    m_handedOut &= ~slots;
+    m_arrived &= ~slots;
+    bool told = !m_isDead;
+    for (; slots != 0; slots &= slots - 1) {
+        Packet packet;
+        packet.kind = PacketKind::Release;
+        packet.slot = static_cast<std::uint32_t>(std::countr_zero(slots));
+        m_link.receive.NoteRelease(packet.slot);
+        if (!m_link.receive.IsSenderWaiting()) {
+            continue;
+        }
+        const Traffic traffic = SendPacketOn(m_link.socket.Get(), packet);
+        if (traffic == Traffic::Nothing) {
+            // The peer might wait for ever. The queue has room for all that an honest peer can
+            // cause (see IsCrowded).
+            EndTraffic();
+        }
+        told = told && traffic == Traffic::Done;
+    }
+    return told;
+}
+
+std::optional<std::uint32_t> ChannelEnd::FreeSlot() const {
+    for (std::uint32_t slot = 0; slot < m_link.send.SlotCount(); ++slot) {
+        if (m_link.send.ReleasesOf(slot) == m_sent[slot]) {
+            return slot;
+        }
+    }
+    return std::nullopt;
 }
 
 bool ChannelEnd::ProcessOffer(ReceivedPacket& received) {
