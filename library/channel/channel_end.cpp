@@ -8,8 +8,9 @@
 #include "platform/wait.h"
 
 #include <algorithm>
-#include <bit>
+#include <chrono>
 #include <sys/socket.h>
+#include <thread>
 
 namespace nqp2::channel {
 namespace {
@@ -28,24 +29,16 @@ std::uint32_t Or(std::uint32_t value, std::uint32_t parents) {
 } // namespace
 
 ChannelEnd::ChannelEnd(Link link, Role role, TimeOuts timeOuts)
-    : m_link(std::move(link)), m_role(role), m_timeOuts(timeOuts),
-      m_free(BitOf(m_link.send.SlotCount()) - 1) {
+    : m_link(std::move(link)), m_role(role), m_timeOuts(timeOuts) {
     m_messages.reserve(m_link.receive.SlotCount());
 }
 
 ChannelStatus ChannelEnd::GetSendBuffer(void** buffer, std::int32_t* capacity,
                                         std::int32_t* abortFlag) {
     Lock lock(m_mutex);
-    // A buffer that was granted and not sent is granted again: requests drop it when they fail.
-    const ChannelStatus status = Await(lock, m_timeOuts.send, abortFlag, [this] {
-        return !m_isDead && (m_granted.has_value() || m_free != 0);
-    });
+    const ChannelStatus status = AwaitSlot(lock, abortFlag);
     if (status != kChannelDone) {
         return status;
-    }
-    if (!m_granted) {
-        m_granted = static_cast<std::uint32_t>(std::countr_zero(m_free));
-        m_free &= ~BitOf(*m_granted);
     }
     m_isFilling = true;
     *buffer = m_link.send.Slot(*m_granted);
@@ -77,9 +70,10 @@ ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std:
     case Traffic::Lost:
         return kChannelClosed;
     }
-    m_sent |= BitOf(*m_granted);
+    ++m_sent[*m_granted];
+    ++m_releasesDue;
     m_granted.reset();
-    StayAlert();
+    m_alertness.Begin();
     return kChannelDone;
 }
 
@@ -111,25 +105,6 @@ ChannelStatus ChannelEnd::Release(const void* buffer) {
         }
     }
     return ReleaseSlots(slots) && !m_isClosed ? kChannelDone : kChannelClosed;
-}
-
-bool ChannelEnd::ReleaseSlots(std::uint32_t slots) {
-    m_handedOut &= ~slots;
-    m_arrived &= ~slots;
-    bool told = !m_isDead;
-    for (; slots != 0; slots &= slots - 1) {
-        Packet packet;
-        packet.kind = PacketKind::Release;
-        packet.slot = static_cast<std::uint32_t>(std::countr_zero(slots));
-        const Traffic traffic = SendPacketOn(m_link.socket.Get(), packet);
-        if (traffic == Traffic::Nothing) {
-            // The peer could never write to the slot again. The queue has room for all that an
-            // honest peer can cause (see IsCrowded).
-            EndTraffic();
-        }
-        told = told && traffic == Traffic::Done;
-    }
-    return told;
 }
 
 std::shared_ptr<ChannelEnd> ChannelEnd::SubChannel(std::uint32_t channelId, Sizes sizes,
@@ -195,6 +170,30 @@ void ChannelEnd::Close() {
     m_isClosed = true;
     shutdown(m_link.socket.Get(), SHUT_RDWR);
     m_changed.notify_all();
+}
+
+ChannelStatus ChannelEnd::AwaitSlot(Lock& lock, std::int32_t* abortFlag) {
+    // A buffer that was granted and not sent is granted again: requests drop it when they fail. The
+    // peer can change its notes at any time: what they say is looked at once.
+    const auto hasSlot = [this] {
+        if (!m_granted && !m_isClosed && !m_isDead) {
+            m_granted = FreeSlot();
+        }
+        return m_granted && !m_isClosed && !m_isDead;
+    };
+    if (!hasSlot()) {
+        // A peer that answers before it releases is about to, if it only may run.
+        lock.unlock();
+        std::this_thread::yield();
+        lock.lock();
+    }
+    if (hasSlot()) {
+        return kChannelDone;
+    }
+    m_link.send.NoteWaiting(++m_slotWaiters > 0);
+    const ChannelStatus status = Await(lock, m_timeOuts.send, abortFlag, hasSlot);
+    m_link.send.NoteWaiting(--m_slotWaiters > 0);
+    return status;
 }
 
 /// What is there is given before anything else is looked at: a flag that is set already ends

@@ -3,10 +3,11 @@
 
 #pragma once
 
+#include "channel/alertness.h"
 #include "channel/link.h"
 #include "NQP2ParserU/SysInterface.h"
 
-#include <chrono>
+#include <array>
 #include <condition_variable>
 #include <list>
 #include <memory>
@@ -68,17 +69,16 @@ private:
         Link link;
     };
     using Lock = std::unique_lock<std::mutex>;
-    using Clock = std::chrono::steady_clock;
 
     std::shared_ptr<ChannelEnd> Open(std::uint32_t channelId, Sizes sizes, TimeOuts timeOuts);
     std::shared_ptr<ChannelEnd> Take(std::uint32_t channelId, TimeOuts timeOuts);
 
     template <class Ready>
     ChannelStatus Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag, Ready ready);
+    /// Until a slot is granted.
+    ChannelStatus AwaitSlot(Lock& lock, std::int32_t* abortFlag);
     /// Returns whether anything may have come.
     bool WaitForNews(Lock& lock, int milliseconds, const platform::Descriptor* bell);
-    /// The peer is at work for us.
-    void StayAlert();
     /// Reads one packet if one is there.
     bool ReadOne();
     /// False when no honest peer would have sent that.
@@ -87,6 +87,8 @@ private:
     bool ProcessRelease(const Packet& packet);
     bool ProcessOffer(ReceivedPacket& received);
     bool ReleaseSlots(std::uint32_t slots);
+    /// One that may be granted.
+    [[nodiscard]] std::optional<std::uint32_t> FreeSlot() const;
     void EndTraffic();
 
     const Link m_link;
@@ -99,15 +101,16 @@ private:
     bool m_isClosed = false;  ///< from this side
     bool m_isDead = false;    ///< no packet comes any more
     bool m_hasPeerEnded = false;
-    Clock::time_point m_alertUntil; ///< until then waiting threads stay awake
+    Alertness m_alertness;
 
     // Slots as bits.
     static constexpr std::uint32_t BitOf(std::uint32_t slot) { return 1U << slot; }
-    std::uint32_t m_free;        ///< may be granted
-    std::uint32_t m_sent = 0;    ///< the peer has them
     std::uint32_t m_arrived = 0; ///< hold messages, handed out or not
     std::uint32_t m_handedOut = 0;
     std::optional<std::uint32_t> m_granted;
+    std::array<std::uint32_t, kMostSlots> m_sent{}; ///< messages so far in each slot
+    std::uint64_t m_releasesDue = 0; ///< of messages sent, that the peer has told of by no packet
+    int m_slotWaiters = 0;
     bool m_isFilling = false; ///< whoever was granted it may still be writing
 
     std::vector<Message> m_messages; ///< arrived, not handed out

@@ -1,27 +1,18 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-// What a channel's end reads from its socket.
+// What a channel's end reads from its socket, and what it tells of the slots.
 
 #include "channel/channel_end.h"
 #include "platform/wait.h"
 
+#include <bit>
 #include <sys/socket.h>
-#include <thread>
 
 namespace nqp2::channel {
 namespace {
 
 constexpr std::size_t kMaxOffers = 64;
-/// How long after a packet the next one is watched for before a thread falls asleep: what a short
-/// answer takes, or reading a video frame. Falling asleep and waking up would cost as much again.
-constexpr std::chrono::microseconds kAlert(100);
-
-/// Who watches while the peer could run on this very processor delays what it watches for.
-bool HasProcessorsToSpare() {
-    static const bool hasSeveral = std::thread::hardware_concurrency() > 1;
-    return hasSeveral;
-}
 
 } // namespace
 
@@ -35,29 +26,31 @@ bool ChannelEnd::WaitForNews(Lock& lock, int milliseconds, const platform::Descr
         return true;
     }
     m_isPolling = true;
-    const Clock::time_point alertUntil = m_alertUntil;
+    const Alertness::Clock::time_point alertUntil = m_alertness.Until();
     lock.unlock();
     pollfd watched[] = {{m_link.socket.Get(), POLLIN, 0},
                         {m_link.peer->Watch(), POLLIN, 0},
                         {bell != nullptr ? bell->Get() : -1, POLLIN, 0}};
+    const auto isWatching = [&] {
+        return alertUntil != Alertness::kNotAtAll && Alertness::Clock::now() < alertUntil;
+    };
+    const bool hasWatched = isWatching();
     bool hasNews = false;
-    while (!hasNews && Clock::now() < alertUntil) {
+    while (!hasNews && isWatching()) {
         hasNews = platform::Wait(watched, 0) != 0;
     }
+    const bool hasPaid = hasNews;
     if (!hasNews) {
         hasNews = platform::Wait(watched, milliseconds) != 0;
     }
     lock.lock();
+    if (hasWatched) {
+        m_alertness.Learn(alertUntil, hasPaid);
+    }
     m_isPolling = false;
     m_hasPeerEnded = m_hasPeerEnded || watched[1].revents != 0;
     m_changed.notify_all();
     return hasNews;
-}
-
-void ChannelEnd::StayAlert() {
-    if (HasProcessorsToSpare()) {
-        m_alertUntil = Clock::now() + kAlert;
-    }
 }
 
 bool ChannelEnd::ReadOne() {
@@ -104,13 +97,45 @@ bool ChannelEnd::ProcessData(const Packet& packet) {
     return true;
 }
 
+/// That the slot is free stands in the notes; the packet ends the wait for it.
 bool ChannelEnd::ProcessRelease(const Packet& packet) {
-    if (packet.slot >= m_link.send.SlotCount() || (m_sent & BitOf(packet.slot)) == 0) {
+    if (packet.slot >= m_link.send.SlotCount() || m_releasesDue == 0) {
         return false;
     }
-    m_sent &= ~BitOf(packet.slot);
-    m_free |= BitOf(packet.slot);
+    --m_releasesDue;
     return true;
+}
+
+bool ChannelEnd::ReleaseSlots(std::uint32_t slots) {
+    m_handedOut &= ~slots;
+    m_arrived &= ~slots;
+    bool told = !m_isDead;
+    for (; slots != 0; slots &= slots - 1) {
+        Packet packet;
+        packet.kind = PacketKind::Release;
+        packet.slot = static_cast<std::uint32_t>(std::countr_zero(slots));
+        m_link.receive.NoteRelease(packet.slot);
+        if (!m_link.receive.IsSenderWaiting()) {
+            continue;
+        }
+        const Traffic traffic = SendPacketOn(m_link.socket.Get(), packet);
+        if (traffic == Traffic::Nothing) {
+            // The peer might wait for ever. The queue has room for all that an honest peer can
+            // cause (see IsCrowded).
+            EndTraffic();
+        }
+        told = told && traffic == Traffic::Done;
+    }
+    return told;
+}
+
+std::optional<std::uint32_t> ChannelEnd::FreeSlot() const {
+    for (std::uint32_t slot = 0; slot < m_link.send.SlotCount(); ++slot) {
+        if (m_link.send.ReleasesOf(slot) == m_sent[slot]) {
+            return slot;
+        }
+    }
+    return std::nullopt;
 }
 
 bool ChannelEnd::ProcessOffer(ReceivedPacket& received) {

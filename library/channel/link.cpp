@@ -15,14 +15,23 @@ namespace {
 
 constexpr int kSizeSeals = F_SEAL_SHRINK | F_SEAL_GROW;
 
+std::size_t PageSize() {
+    static const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    return size;
+}
+
 /// From slot to slot; each begins on a page.
 std::size_t StrideOf(std::uint32_t messageSize) {
-    static const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    return (messageSize + pageSize - 1) / pageSize * pageSize;
+    return (messageSize + PageSize() - 1) / PageSize() * PageSize();
+}
+
+/// What the slots take; the notes begin behind them.
+std::size_t SlotBytes(std::uint32_t messageSize) {
+    return StrideOf(messageSize) * SlotsFor(messageSize);
 }
 
 std::size_t FileSizeOf(std::uint32_t messageSize) {
-    return StrideOf(messageSize) * SlotsFor(messageSize);
+    return SlotBytes(messageSize) + PageSize();
 }
 
 std::byte* MapShared(int file, std::size_t size) {
@@ -77,6 +86,29 @@ std::optional<std::uint32_t> Segment::SlotAt(const void* address) const {
         }
     }
     return std::nullopt;
+}
+
+// In one order for both ends: of a release and a wait that meet, one is seen by the other.
+
+void Segment::NoteRelease(std::uint32_t slot) const {
+    Note(slot).fetch_add(1);
+}
+
+std::uint32_t Segment::ReleasesOf(std::uint32_t slot) const {
+    return Note(slot).load();
+}
+
+void Segment::NoteWaiting(bool isWaiting) const {
+    Note(SlotCount()).store(isWaiting ? 1 : 0);
+}
+
+bool Segment::IsSenderWaiting() const {
+    return Note(SlotCount()).load() != 0;
+}
+
+std::atomic_ref<std::uint32_t> Segment::Note(std::uint32_t number) const {
+    auto* const notes = reinterpret_cast<std::uint32_t*>(m_begin + SlotBytes(m_messageSize));
+    return std::atomic_ref(notes[number]);
 }
 
 std::optional<SharedMemory> MakeMemory(std::uint32_t sendSize, std::uint32_t receiveSize) {

@@ -7,6 +7,7 @@
 #include "channel/peer.h"
 #include "platform/descriptor.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -16,7 +17,8 @@
 namespace nqp2::channel {
 
 /// The memory of one direction of a channel: slots of one size in a memory file that both processes
-/// map. The file can neither shrink nor grow, so that no access can miss it.
+/// map, and a page of notes behind them. The file can neither shrink nor grow, so that no access can
+/// miss it.
 class Segment {
 public:
     /// Makes the memory for messages of 1 to kMaxMessageSize bytes; `file` becomes what the peer
@@ -37,7 +39,20 @@ public:
     /// The slot that begins there.
     [[nodiscard]] std::optional<std::uint32_t> SlotAt(const void* address) const;
 
+    // The notes: each is written by one end only, and what a peer writes there out of turn costs its
+    // own messages.
+
+    /// By the receiving end: the slot may be written again.
+    void NoteRelease(std::uint32_t slot) const;
+    /// How often that has been noted, modulo 2^32.
+    [[nodiscard]] std::uint32_t ReleasesOf(std::uint32_t slot) const;
+    /// By the sending end: it waits for a slot, and wants a packet for the next release.
+    void NoteWaiting(bool isWaiting) const;
+    [[nodiscard]] bool IsSenderWaiting() const;
+
 private:
+    [[nodiscard]] std::atomic_ref<std::uint32_t> Note(std::uint32_t number) const;
+
     Segment(std::byte* begin, std::uint32_t messageSize)
         : m_begin(begin), m_messageSize(messageSize) {}
 

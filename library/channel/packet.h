@@ -19,7 +19,7 @@ enum class PacketKind : std::uint32_t {
     Hello = 1,   ///< first packet of a host that connects: this is its line
     Acknowledge, ///< the channel was taken; on a line, the worker is ready
     Data,        ///< a message lies in a slot
-    Release,     ///< the slot may be written again
+    Release,     ///< a slot may be written again: for a sender that waits for that
     Offer,       ///< a channel on a line, a sub-channel on a channel: socket and both memories
 };
 
@@ -39,9 +39,11 @@ static_assert(sizeof(Packet) == 32);
 /// The largest message of any channel: what a peer can make this process map.
 inline constexpr std::uint32_t kMaxMessageSize = 64U << 20U;
 
+inline constexpr std::uint32_t kMostSlots = 4;
+
 /// Small channels take several messages, so that a peer may answer before it releases.
 constexpr std::uint32_t SlotsFor(std::uint32_t messageSize) {
-    return messageSize <= 65536 ? 4 : 1;
+    return messageSize <= 65536 ? kMostSlots : 1;
 }
 
 /// How many descriptors travel with a packet of that kind.

@@ -19,7 +19,8 @@ public:
     /// From 0x7FFFFFFF milliseconds up there is no end.
     explicit Deadline(std::uint32_t milliseconds)
         : m_isFinite(milliseconds < 0x7FFFFFFF),
-          m_end(Clock::now() + std::chrono::milliseconds(m_isFinite ? milliseconds : 0)) {}
+          m_end(m_isFinite ? Clock::now() + std::chrono::milliseconds(milliseconds)
+                           : Clock::time_point()) {}
 
     [[nodiscard]] bool HasPassed() const { return m_isFinite && Clock::now() >= m_end; }
 

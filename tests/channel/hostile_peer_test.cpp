@@ -52,7 +52,7 @@ platform::Descriptor MemoryFile(std::size_t size, int seals) {
 }
 
 constexpr int kSeals = F_SEAL_SHRINK | F_SEAL_GROW;
-constexpr std::size_t kGoodSize = 4 * 4096;
+constexpr std::size_t kGoodSize = 5 * 4096; ///< four slots and the notes
 
 /// A channel on a line that is right, to be spoiled.
 Packet GoodOffer() {
@@ -173,6 +173,8 @@ private:
     SharedMemory m_memory = *MakeMemory(4096, 4096);
 
 public:
+    const Segment peersSend = *Segment::Map(m_memory.receiveFile, 4096);
+    const Segment peersReceive = *Segment::Map(m_memory.sendFile, 4096);
     ChannelEnd end;
 };
 
@@ -230,6 +232,7 @@ TEST(HostileTalkTest, PacketsThatNoHonestPeerSendsEndTheChannel) {
 
 TEST(HostileTalkTest, APeerThatNeverReadsCannotBlockAnybody) {
     HostileTalk talk(Role::Takes);
+    talk.peersSend.NoteWaiting(true); // each release sends a packet
     int answers = 0;
     do {
         SendRaw(talk.Socket(), PacketOf(PacketKind::Data));
@@ -237,6 +240,22 @@ TEST(HostileTalkTest, APeerThatNeverReadsCannotBlockAnybody) {
         ASSERT_LT(++answers, 2000);
     } while (talk.end.Release(nullptr) == kChannelDone);
     EXPECT_EQ(talk.Receive(), kChannelClosed);
+}
+
+TEST(HostileTalkTest, ReleasesOutOfTurnCostThePeerItsOwnMessages) {
+    HostileTalk talk(Role::Takes);
+    std::int32_t abortFlag = 1;
+    void* buffer = nullptr;
+    std::int32_t capacity = 0;
+    for (const std::uint32_t slot : {0U, 1U, 2U, 3U}) {
+        EXPECT_EQ(talk.end.GetSendBuffer(&buffer, &capacity, &abortFlag), kChannelDone);
+        talk.peersReceive.NoteRelease(slot);
+        ASSERT_EQ(talk.end.Send(1, buffer, 1), kChannelDone) << "granted before";
+        talk.peersReceive.NoteRelease(slot);
+    }
+    EXPECT_EQ(talk.end.GetSendBuffer(&buffer, &capacity, &abortFlag), kChannelAborted);
+    SendRaw(talk.Socket(), PacketOf(PacketKind::Data));
+    EXPECT_EQ(talk.Receive(), kChannelDone);
 }
 
 TEST(RendezvousTest, TheFolderIsTheUsersOwnAndOnlyAStaleSocketIsReplaced) {

@@ -81,6 +81,7 @@ TEST_F(LifeCycleTest, BuffersThatAreHeldOutliveTheirChannel) {
         FillPattern(granted, 100000, 1);
         EXPECT_EQ(Receive(table, handle).status, kChannelClosed);
         EXPECT_EQ(table.SendPacket(handle, 1, granted, 100000), kChannelClosed);
+        EXPECT_EQ(Grant(table, handle).status, kChannelClosed);
         EXPECT_TRUE(HasPattern(received.buffer, 100000, 9));
         EXPECT_EQ(table.ReleasePacket(handle, received.buffer, 0), kChannelClosed);
     }

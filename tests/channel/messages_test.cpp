@@ -5,6 +5,8 @@
 
 #include "tests/channel/channel_test.h"
 
+#include <future>
+
 namespace nqp2::test {
 namespace {
 
@@ -66,6 +68,28 @@ TEST_F(MessagesTest, AChannelHoldsFourSmallMessagesOrOneLargeUntilTheyAreRelease
         EXPECT_EQ(WorkerEnd().ReleasePacket(m_worker, held.buffer, 0), kChannelDone);
         EXPECT_EQ(SendPattern(Host(), m_host, 10), kChannelDone);
         EXPECT_EQ(NextId(WorkerEnd(), m_worker), 10);
+        Disconnect();
+    }
+}
+
+/// Releases that no packet tells of must not be missed by whoever is about to wait for them.
+TEST_F(MessagesTest, ASenderThatWaitsHearsOfEveryRelease) {
+    for (const std::uint32_t size : {65536U, 65537U}) {
+        Connect(size, size, 20000);
+        auto receiver = std::async(std::launch::async, [&] {
+            std::uint32_t inOrder = 0;
+            while (NextId(WorkerEnd(), m_worker) == static_cast<std::int32_t>(inOrder + 1)) {
+                ++inOrder;
+            }
+            return inOrder;
+        });
+        std::uint32_t sent = 0;
+        while (sent < 20000 && SendPattern(Host(), m_host, sent + 1) == kChannelDone) {
+            ++sent;
+        }
+        Host().CloseChannel(&m_host);
+        EXPECT_EQ(receiver.get(), sent);
+        EXPECT_EQ(sent, 20000U) << "a wait ended by its time-out";
         Disconnect();
     }
 }
