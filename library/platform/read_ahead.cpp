@@ -37,8 +37,7 @@ bool MayStartThread() {
 }
 
 /// Runs `work` on a thread of its own. What comes back is not joinable when there is none to be
-/// had:
-/// the limit of processes is reached, or memory is short.
+/// had: the limit of processes is reached, or memory is short.
 template <class Work>
 std::thread TryThread(Work work) noexcept {
     try {
@@ -82,15 +81,6 @@ bool TryReadFile(const FileRequest& request, FileContent& file) noexcept {
     }
 }
 
-std::vector<FileRequest> WholeFiles(std::vector<std::string> paths, std::uint64_t limit) {
-    std::vector<FileRequest> requests;
-    requests.reserve(paths.size());
-    for (std::string& path : paths) {
-        requests.push_back({std::move(path), limit});
-    }
-    return requests;
-}
-
 } // namespace
 
 /// The threads and the window of files that they fill, slot by slot in turn.
@@ -123,17 +113,16 @@ public:
     Crew(const Crew&) = delete;
     Crew& operator=(const Crew&) = delete;
 
-    /// The next file; false when the threads have ended before it, because the medium is quick.
+    /// The next file. False when the threads are to be ended, because the medium is quick or because
+    /// one of them ran out of something: it may do for the caller alone.
     bool Take(FileContent& file) {
         std::unique_lock lock(m_mutex);
-        const std::size_t index = m_taken;
-        Slot& slot = m_slots[index % kWindow];
-        m_filled.wait(lock, [&] { return slot.filled || (m_stop && m_claimed == index); });
-        if (!slot.filled) {
+        Slot& slot = m_slots[m_taken % kWindow];
+        m_filled.wait(lock, [&] { return slot.filled || (m_stop && m_claimed == m_taken); });
+        if (!slot.filled || slot.fellShort) {
             return false;
         }
         slot.filled = false;
-        const bool hasFile = slot.hasFile;
         std::swap(file, slot.file);
         ++m_taken;
         const bool wake = m_claimed - m_taken == kWindow - kRoomToWake;
@@ -141,17 +130,14 @@ public:
         if (wake) {
             m_room.notify_all();
         }
-        if (!hasFile) {
-            ReadFile(m_requests[index], file);
-        }
         return true;
     }
 
 private:
     struct Slot {
         bool filled = false;
-        bool hasFile = false; ///< else memory was short, as it may not be for a reader alone
-        FileContent file;     ///< until it is filled that of the thread which has claimed it
+        bool fellShort = false; ///< of memory, descriptors or the like
+        FileContent file;       ///< until it is filled that of the thread which has claimed it
     };
 
     Crew(const std::vector<FileRequest>& requests, std::size_t first)
@@ -171,10 +157,10 @@ private:
             Slot& slot = m_slots[index % kWindow];
             lock.unlock();
             const ReadWatch watch;
-            const bool hasFile = TryReadFile(m_requests[index], slot.file);
+            const bool isRead = TryReadFile(m_requests[index], slot.file);
             const bool isSlow = watch.IsSlow();
             lock.lock();
-            slot.hasFile = hasFile;
+            slot.fellShort = !isRead || slot.file.status.error == IoError::Other;
             slot.filled = true;
             m_pace.Add(isSlow);
             m_stop = m_stop || m_pace.IsQuick();
@@ -204,9 +190,6 @@ private:
     std::array<std::thread, kThreads> m_threads;
 };
 
-ReadAhead::ReadAhead(std::vector<std::string> paths, std::uint64_t limit)
-    : ReadAhead(WholeFiles(std::move(paths), limit)) {}
-
 ReadAhead::ReadAhead(std::vector<FileRequest> requests) : m_requests(std::move(requests)) {}
 
 ReadAhead::~ReadAhead() = default;
@@ -226,9 +209,12 @@ void ReadAhead::Next(FileContent& file) {
     }
 }
 
-IoStatus ReadAhead::Next(std::string& content) {
+IoStatus ReadAhead::Next(std::string& content, std::optional<FileInfo>* info) {
     Next(m_file);
     content.swap(m_file.bytes);
+    if (info != nullptr) {
+        *info = m_file.info;
+    }
     return std::move(m_file.status);
 }
 

@@ -40,8 +40,6 @@ struct FileContent {
 /// the caller's thread is used. What Next gives is the same in all cases.
 class ReadAhead {
 public:
-    /// `limit`: files larger than this are not read (IoError::TooLarge).
-    ReadAhead(std::vector<std::string> paths, std::uint64_t limit);
     explicit ReadAhead(std::vector<FileRequest> requests);
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
@@ -50,7 +48,8 @@ public:
     /// The next file's content. Must not be called more often than there are requests. The memory
     /// of the bytes is used again.
     void Next(FileContent& file);
-    IoStatus Next(std::string& content);
+    /// The same in parts; `info` may be null.
+    IoStatus Next(std::string& content, std::optional<FileInfo>* info);
 
 private:
     class Crew;
