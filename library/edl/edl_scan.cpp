@@ -46,10 +46,8 @@ CString PictureOf(const platform::FoundFile& list, const platform::Place& folder
                      : CString();
 }
 
-CString DateOf(const std::string& path) {
-    platform::FileInfo info;
-    const bool known = static_cast<bool>(platform::Files().Stat(path, info));
-    return media::FileDateText(known ? std::optional(info.created) : std::nullopt);
+CString DateOf(const std::optional<platform::FileInfo>& info) {
+    return media::FileDateText(info ? std::optional(info->created) : std::nullopt);
 }
 
 /// The scan of one folder.
@@ -60,7 +58,7 @@ public:
         : m_folder(std::move(folder)), m_reader(reader), m_remarks(remarks), m_edls(edls) {}
 
     void Run() {
-        const MetadataFolder files(m_folder, MetadataFolder::Subfolders::PassedOver);
+        const MetadataFolder files(m_folder, MetadataFolder::Subfolders::PassedOver, &m_info);
         files.Read(m_reader, m_remarks, [&](const platform::FoundFile& file) { Take(file); });
         if (!files.Status()) {
             m_remarks.AddFolder(files.Path(), files.Status());
@@ -72,7 +70,7 @@ private:
         tag_P2EDL edl;
         edl.IconPath = PictureOf(file, m_folder);
         edl.Identity = platform::NewGuid();
-        edl.Date = DateOf(file.posixPath);
+        edl.Date = DateOf(m_info);
         edl.Name = file.title;
         const platform::MemoryWatch watch;
         const bool isList = ReadEditList(m_reader, edl);
@@ -102,6 +100,7 @@ private:
     CMarkupMSXML& m_reader;
     ScanRemarks& m_remarks;
     CArray<tag_P2EDL>& m_edls;
+    std::optional<platform::FileInfo> m_info; ///< of the file that is taken
     std::size_t m_events = 0;
 };
 

@@ -8,7 +8,6 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
@@ -19,17 +18,12 @@
 namespace nqp2::platform {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-// A file in the system's cache takes a few microseconds, one on a card reader or a network mount
-// about a millisecond; a thread costs some tens of microseconds to start.
-constexpr auto kSlowRead = std::chrono::microseconds(150);
-constexpr int kSlowReadsInRow = 4;
-
 constexpr std::size_t kThreads = 4;
 // Files held at a time: enough to keep the threads busy, few enough that large files cannot take
-// more than 4 MiB with the scan's limit of 256 KiB a file.
+// more than 8 MiB with the scan's limit of 256 KiB a file.
 constexpr std::size_t kWindow = 16;
+// Threads that found no room sleep until there is this much, so that each waking serves several.
+constexpr std::size_t kRoomToWake = kWindow / 2;
 
 constexpr int kNoLimit = -1;
 std::atomic<int> threadsLeft = kNoLimit;
@@ -43,8 +37,7 @@ bool MayStartThread() {
 }
 
 /// Runs `work` on a thread of its own. What comes back is not joinable when there is none to be
-/// had:
-/// the limit of processes is reached, or memory is short.
+/// had: the limit of processes is reached, or memory is short.
 template <class Work>
 std::thread TryThread(Work work) noexcept {
     try {
@@ -88,15 +81,6 @@ bool TryReadFile(const FileRequest& request, FileContent& file) noexcept {
     }
 }
 
-std::vector<FileRequest> WholeFiles(std::vector<std::string> paths, std::uint64_t limit) {
-    std::vector<FileRequest> requests;
-    requests.reserve(paths.size());
-    for (std::string& path : paths) {
-        requests.push_back({std::move(path), limit});
-    }
-    return requests;
-}
-
 } // namespace
 
 /// The threads and the window of files that they fill, slot by slot in turn.
@@ -118,7 +102,7 @@ public:
             const std::lock_guard lock(m_mutex);
             m_stop = true;
         }
-        m_changed.notify_all();
+        m_room.notify_all();
         for (std::thread& thread : m_threads) {
             if (thread.joinable()) {
                 thread.join();
@@ -129,27 +113,31 @@ public:
     Crew(const Crew&) = delete;
     Crew& operator=(const Crew&) = delete;
 
-    void Take(FileContent& file) {
+    /// The next file. False when the threads are to be ended, because the medium is quick or because
+    /// one of them ran out of something: it may do for the caller alone.
+    bool Take(FileContent& file) {
         std::unique_lock lock(m_mutex);
-        const std::size_t index = m_taken;
-        Slot& slot = m_slots[index % kWindow];
-        m_changed.wait(lock, [&] { return slot.filled; });
+        Slot& slot = m_slots[m_taken % kWindow];
+        m_filled.wait(lock, [&] { return slot.filled || (m_stop && m_claimed == m_taken); });
+        if (!slot.filled || slot.fellShort) {
+            return false;
+        }
         slot.filled = false;
-        const bool hasFile = slot.hasFile;
         std::swap(file, slot.file);
         ++m_taken;
+        const bool wake = m_claimed - m_taken == kWindow - kRoomToWake;
         lock.unlock();
-        m_changed.notify_all();
-        if (!hasFile) {
-            ReadFile(m_requests[index], file);
+        if (wake) {
+            m_room.notify_all();
         }
+        return true;
     }
 
 private:
     struct Slot {
         bool filled = false;
-        bool hasFile = false; ///< else memory was short, as it may not be for a reader alone
-        FileContent file;
+        bool fellShort = false; ///< of memory, descriptors or the like
+        FileContent file;       ///< until it is filled that of the thread which has claimed it
     };
 
     Crew(const std::vector<FileRequest>& requests, std::size_t first)
@@ -164,64 +152,82 @@ private:
 
     void Work() noexcept {
         std::unique_lock lock(m_mutex);
-        while (true) {
-            m_changed.wait(lock, [&] {
-                return m_stop || m_claimed == m_requests.size() || m_claimed < m_taken + kWindow;
-            });
-            if (m_stop || m_claimed == m_requests.size()) {
-                return;
-            }
+        while (Claimable(lock)) {
             const std::size_t index = m_claimed++;
-            lock.unlock();
-            FileContent file;
-            const bool hasFile = TryReadFile(m_requests[index], file);
-            lock.lock();
             Slot& slot = m_slots[index % kWindow];
-            slot.file = std::move(file);
-            slot.hasFile = hasFile;
+            lock.unlock();
+            const ReadWatch watch;
+            const bool isRead = TryReadFile(m_requests[index], slot.file);
+            const bool isSlow = watch.IsSlow();
+            lock.lock();
+            slot.fellShort = !isRead || slot.file.status.error == IoError::Other;
             slot.filled = true;
-            m_changed.notify_all();
+            m_pace.Add(isSlow);
+            m_stop = m_stop || m_pace.IsQuick();
+            if (index == m_taken) {
+                m_filled.notify_one();
+            }
         }
+        m_filled.notify_one();
+    }
+
+    /// Waits for room; false when there is nothing more to read.
+    bool Claimable(std::unique_lock<std::mutex>& lock) {
+        const auto ended = [&] { return m_stop || m_claimed == m_requests.size(); };
+        m_room.wait(lock, [&] { return ended() || m_claimed < m_taken + kWindow; });
+        return !ended();
     }
 
     const std::vector<FileRequest>& m_requests;
     std::mutex m_mutex;
-    std::condition_variable m_changed;
+    std::condition_variable m_filled; ///< the file that the caller waits for
+    std::condition_variable m_room;
     std::size_t m_claimed; ///< next file that a thread will read
     std::size_t m_taken;   ///< next file that the caller will take
     bool m_stop = false;
+    ReadPace m_pace{ReadPace::Guess::Slow};
     std::array<Slot, kWindow> m_slots;
     std::array<std::thread, kThreads> m_threads;
 };
-
-ReadAhead::ReadAhead(std::vector<std::string> paths, std::uint64_t limit)
-    : ReadAhead(WholeFiles(std::move(paths), limit)) {}
 
 ReadAhead::ReadAhead(std::vector<FileRequest> requests) : m_requests(std::move(requests)) {}
 
 ReadAhead::~ReadAhead() = default;
 
 void ReadAhead::Next(FileContent& file) {
-    if (m_crew != nullptr) {
-        m_crew->Take(file);
-        return;
+    if (m_crew != nullptr && !m_crew->Take(file)) {
+        m_crew.reset();
+        m_waits = WaitsOfThread();
     }
-    ReadHere(file);
-    if (m_slowReads == kSlowReadsInRow && m_next < m_requests.size()) {
+    if (m_crew == nullptr) {
+        ReadHere(m_requests[m_next], file);
+    }
+    ++m_next;
+    if (m_pace.IsSlow() && m_next < m_requests.size()) {
+        m_pace = ReadPace(ReadPace::Guess::Quick);
         m_crew = Crew::Start(m_requests, m_next); // without one this thread reads on
     }
 }
 
-IoStatus ReadAhead::Next(std::string& content) {
+IoStatus ReadAhead::Next(std::string& content, std::optional<FileInfo>* info) {
     Next(m_file);
     content.swap(m_file.bytes);
+    if (info != nullptr) {
+        *info = m_file.info;
+    }
     return std::move(m_file.status);
 }
 
-void ReadAhead::ReadHere(FileContent& file) {
-    const Clock::time_point start = Clock::now();
-    ReadFile(m_requests[m_next++], file);
-    m_slowReads = Clock::now() - start > kSlowRead ? m_slowReads + 1 : 0;
+void ReadAhead::ReadHere(const FileRequest& request, FileContent& file) {
+    const ReadWatch watch;
+    ReadFile(request, file);
+    m_pace.Add(watch.IsSlow() && HasWaited());
+}
+
+/// Since this was asked last.
+bool ReadAhead::HasWaited() {
+    const std::int64_t before = std::exchange(m_waits, WaitsOfThread());
+    return m_waits != before;
 }
 
 ScopedThreadLimit::ScopedThreadLimit(int threads) {

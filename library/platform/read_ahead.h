@@ -5,6 +5,7 @@
 
 #include "platform/file_system.h"
 #include "platform/io_status.h"
+#include "platform/read_pace.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,13 +35,11 @@ struct FileContent {
     std::optional<FileInfo> info; ///< when asked for and available
 };
 
-/// Reads a list of files in order. When the medium turns out slow, a few threads read ahead while
-/// the caller works on what has come; on a fast one, and where no thread can be made, nothing but
+/// Reads a list of files in order. While the medium is slow, a few threads read ahead of the
+/// caller, who works on what has come; on a quick one, and where no thread can be made, nothing but
 /// the caller's thread is used. What Next gives is the same in all cases.
 class ReadAhead {
 public:
-    /// `limit`: files larger than this are not read (IoError::TooLarge).
-    ReadAhead(std::vector<std::string> paths, std::uint64_t limit);
     explicit ReadAhead(std::vector<FileRequest> requests);
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
@@ -49,17 +48,20 @@ public:
     /// The next file's content. Must not be called more often than there are requests. The memory
     /// of the bytes is used again.
     void Next(FileContent& file);
-    IoStatus Next(std::string& content);
+    /// The same in parts; `info` may be null.
+    IoStatus Next(std::string& content, std::optional<FileInfo>* info);
 
 private:
     class Crew;
 
-    void ReadHere(FileContent& file);
+    void ReadHere(const FileRequest& request, FileContent& file);
+    bool HasWaited();
 
     std::vector<FileRequest> m_requests;
     FileContent m_file; ///< of the caller who asks for the bytes alone
     std::size_t m_next = 0;
-    int m_slowReads = 0; ///< in a row
+    ReadPace m_pace{ReadPace::Guess::Quick};
+    std::int64_t m_waits = WaitsOfThread(); ///< when it was looked at last
     std::unique_ptr<Crew> m_crew;
 };
 

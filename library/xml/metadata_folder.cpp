@@ -23,15 +23,17 @@ bool IsReadable(const platform::FoundFile& file) {
     return !file.isSpecial && file.pathIsSafe;
 }
 
-std::vector<std::string> PathsOf(const std::vector<platform::FoundFile>& files) {
-    std::vector<std::string> paths;
-    paths.reserve(files.size());
+std::vector<platform::FileRequest> RequestsFor(const std::vector<platform::FoundFile>& files,
+                                               bool withInfo) {
+    const std::uint64_t limit = std::min(platform::kReadAheadLimit, MaxXmlFileSize());
+    std::vector<platform::FileRequest> requests;
+    requests.reserve(files.size());
     for (const platform::FoundFile& file : files) {
         if (IsReadable(file)) {
-            paths.push_back(file.posixPath);
+            requests.push_back({file.posixPath, limit, false, withInfo});
         }
     }
-    return paths;
+    return requests;
 }
 
 /// Takes the place of reading a special file: the opening alone of a device can do harm.
@@ -55,23 +57,25 @@ bool Load(CMarkupMSXML& reader, const CString& path, const platform::IoStatus& s
 
 } // namespace
 
-MetadataFolder::MetadataFolder(platform::Place folder, Subfolders subfolders)
-    : m_folder(std::move(folder)), m_files(m_folder.List(media::kMetadataPattern, m_status)) {
+MetadataFolder::MetadataFolder(platform::Place folder, Subfolders subfolders,
+                               std::optional<platform::FileInfo>* info)
+    : m_folder(std::move(folder)), m_files(m_folder.List(media::kMetadataPattern, m_status)),
+      m_info(info) {
     if (subfolders == Subfolders::PassedOver) {
         std::erase_if(m_files, [](const platform::FoundFile& file) { return file.isFolder; });
     }
 }
 
 void MetadataFolder::Read(CMarkupMSXML& reader, ScanRemarks& remarks, const Take& take) const {
-    platform::ReadAhead contents(PathsOf(m_files),
-                                 std::min(platform::kReadAheadLimit, MaxXmlFileSize()));
+    platform::ReadAhead contents(RequestsFor(m_files, m_info != nullptr));
     std::string content;
     for (const platform::FoundFile& file : m_files) {
         if (!file.pathIsSafe) {
             remarks.AddUnnamable(Path(), file.title);
             continue;
         }
-        const platform::IoStatus status = IsReadable(file) ? contents.Next(content) : NotOpened();
+        const platform::IoStatus status =
+            IsReadable(file) ? contents.Next(content, m_info) : NotOpened();
         try {
             if (Load(reader, file.path, status, content, remarks)) {
                 take(file);

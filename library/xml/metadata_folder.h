@@ -4,11 +4,13 @@
 #pragma once
 
 #include "NQP2ParserU/CString.h"
+#include "platform/file_system.h"
 #include "platform/io_status.h"
 #include "platform/place.h"
 #include "xml/scan_remarks.h"
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 class CMarkupMSXML;
@@ -25,7 +27,10 @@ public:
     /// Makes a record of the document that the reader holds. What is thrown leaves out this file.
     using Take = std::function<void(const platform::FoundFile& file)>;
 
-    MetadataFolder(platform::Place folder, Subfolders subfolders);
+    /// `info`, unless null, gets the status of each file that is taken, asked for ahead as well;
+    /// empty where there is none to be had.
+    MetadataFolder(platform::Place folder, Subfolders subfolders,
+                   std::optional<platform::FileInfo>* info = nullptr);
 
     [[nodiscard]] const CString& Path() const { return m_folder.Written(); }
     /// Whether the folder could be read to its end.
@@ -41,6 +46,7 @@ private:
     platform::Place m_folder;
     platform::IoStatus m_status;
     std::vector<platform::FoundFile> m_files;
+    std::optional<platform::FileInfo>* m_info;
 };
 
 } // namespace nqp2::xml

@@ -93,7 +93,7 @@ TEST_F(CardScanTest, ASlowMediumIsReadAheadByAsManyThreadsAsThereAreWithTheSameO
         }
         return all;
     };
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < 160; ++i) {
         m_card.AddClip(std::to_string(7919 * i % 10007)); // neither ascending nor descending
     }
     for (int i = 10; i < 30; ++i) {
@@ -110,25 +110,43 @@ TEST_F(CardScanTest, ASlowMediumIsReadAheadByAsManyThreadsAsThereAreWithTheSameO
         m_card.Folder().MakeFolder("CONTENTS/CLIP/folder" + number + ".XML");
     }
     const std::vector<std::string> plain = outcome();
-    ASSERT_EQ(plain.size(), 65U + 10U + 20U);
+    ASSERT_EQ(plain.size(), 165U + 10U + 20U);
 
     FaultyFileSystem slow;
     std::mutex lock;
     std::set<std::thread::id> readers;
-    slow.SetDelay(Operation::Read, std::chrono::milliseconds(1));
-    slow.SetHook([&](Operation operation, const std::string&) {
+    int reads = 0;
+    const auto count = [&](Operation operation, const std::string&) {
         const std::lock_guard guard(lock);
         if (operation == Operation::Read) {
             readers.insert(std::this_thread::get_id());
+            const bool isQuick = ++reads % 120 > 40; // the threads end on the way, and start again
+            slow.SetDelay(operation, std::chrono::microseconds(isQuick ? 0 : 500));
         }
-    });
+    };
     const platform::ScopedFileSystem scope(slow);
     for (const int threads : {0, 1, 3, 4, 5, 12}) { // each of both scans asks for four
         readers.clear();
+        reads = 0;
+        slow.SetHook(count);
         const platform::ScopedThreadLimit limit(threads);
         EXPECT_EQ(outcome(), plain) << threads;
         EXPECT_EQ(readers.size() > 1, threads > 0) << threads;
     }
+    slow.SetHook({});
+    slow.SetDelay(Operation::Read, std::chrono::microseconds(500));
+    slow.Fail({platform::IoError::Other, Operation::Read, "EDITLIST", 10, 1});
+    EXPECT_EQ(outcome(), plain) << "what there is too little of for several is enough for one";
+    readers.clear();
+    slow.SetHook([&](Operation operation, const std::string& path) {
+        count(operation, path);
+        slow.SetDelay(std::chrono::microseconds(0));
+        const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(50);
+        while (std::chrono::steady_clock::now() < end) {
+        }
+    });
+    EXPECT_EQ(outcome(), plain);
+    EXPECT_EQ(readers.size(), 1U) << "a busy processor is no slow medium";
 }
 
 } // namespace
