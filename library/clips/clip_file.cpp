@@ -75,6 +75,7 @@ bool LoadClipFile(const CString& path, CardReader& reader, _tag_P2Clip& clip) {
     }
     TextPool pool;
     clip.ClipName = TitleOf(path);
+    clip.XmlPath = path;
     EssenceLookup essence(contents, EssenceLookup::Mode::OneClip);
     ReadScannedClip(ClipTexts(*reader.GetDocumentPtr(), pool), essence, clip);
     return true;

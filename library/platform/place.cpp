@@ -52,8 +52,8 @@ std::string StepsOf(const CString& names) {
     return NameBytesFromText(text);
 }
 
-bool IsOneName(const CString& name, const std::string& bytes) {
-    return IsEntryName(bytes) && name.View().find_first_of(kSeparators) == std::wstring_view::npos;
+bool IsOneName(const std::string& name) {
+    return IsEntryName(name) && name.find('\\') == std::string::npos;
 }
 
 IoStatus NoSuchEntry() {
@@ -225,20 +225,19 @@ std::vector<FoundFile> Place::List(const CString& pattern, IoStatus& status) con
     return found;
 }
 
-IoStatus Place::Ask(const CString& name, FolderEntry& entry) const {
-    const std::string bytes = NameBytesFromText(name.View());
-    if (!IsOneName(name, bytes) || m_state->asked.empty()) {
+IoStatus Place::Ask(const std::string& name, FolderEntry& entry) const {
+    if (!IsOneName(name) || m_state->asked.empty()) {
         return NoSuchEntry();
     }
     if (m_state->names.index == nullptr || m_state->names.areKept) {
         FileInfo info;
-        IoStatus status = m_state->Stat(bytes, info);
+        IoStatus status = m_state->Stat(name, info);
         if (status.error != IoError::NotFound) {
-            entry = {bytes, info.kind};
+            entry = {name, info.kind};
             return status;
         }
     }
-    const FolderEntry* const known = m_state->Find(bytes);
+    const FolderEntry* const known = m_state->Find(name);
     if (known != nullptr) {
         entry = *known;
         return {};
@@ -248,7 +247,7 @@ IoStatus Place::Ask(const CString& name, FolderEntry& entry) const {
 
 IoStatus Place::Find(const CString& name, FoundFile& found) const {
     FolderEntry entry;
-    IoStatus status = Ask(name, entry);
+    IoStatus status = Ask(NameBytesFromText(name.View()), entry);
     if (status) {
         found = FileOf(entry);
     }
@@ -256,6 +255,13 @@ IoStatus Place::Find(const CString& name, FoundFile& found) const {
 }
 
 bool Place::Has(const CString& name) const {
+    return Has(NameBytesFromText(name.View()));
+}
+
+bool Place::Has(const std::string& name) const {
+    if (m_state->names.index != nullptr && !m_state->names.areKept) {
+        return m_state->names.index->Contains(name);
+    }
     FolderEntry entry;
     return static_cast<bool>(Ask(name, entry));
 }

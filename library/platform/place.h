@@ -72,6 +72,8 @@ public:
     /// from a memory cost one system call more for an entry in another letter case.
     IoStatus Find(const CString& name, FoundFile& found) const;
     [[nodiscard]] bool Has(const CString& name) const;
+    /// The same for the name's bytes.
+    [[nodiscard]] bool Has(const std::string& name) const;
 
     /// Opens it for everything that writes (platform/folder.h): the root below which no link is
     /// followed.
@@ -83,7 +85,7 @@ public:
 
 private:
     struct State;
-    [[nodiscard]] IoStatus Ask(const CString& name, FolderEntry& entry) const;
+    [[nodiscard]] IoStatus Ask(const std::string& name, FolderEntry& entry) const;
     [[nodiscard]] FoundFile FileOf(const FolderEntry& entry) const;
 
     std::shared_ptr<State> m_state;
