@@ -62,9 +62,9 @@ KnownNames FolderMemory::NamesOf(const std::string& folder) {
         return {known->second.index, false};
     }
     FileInfo info;
-    if (!Files().Stat(folder, info)) {
+    if (IoStatus status = Files().Stat(folder, info); !status) {
         Forget(folder);
-        return ListNames(folder); // which tells what is the matter
+        return {std::make_shared<const FolderIndex>(FolderIndex::Of({}, std::move(status)))};
     }
     const Moment now = Moment::Now();
     if (known != m_kept.end() && IsSame(known->second.folder, info) &&

@@ -148,12 +148,9 @@ struct Place::State {
     [[nodiscard]] KnownNames NamesAt(const std::string& folder) const {
         return memory != nullptr ? memory->NamesOf(folder) : ListNames(folder);
     }
-    /// A link that leads nowhere counts as a name of its folder; only the folder's stamp tells that
-    /// it is gone.
     [[nodiscard]] bool IsStillThere(const FolderEntry& entry) const {
         FileInfo info;
-        return entry.kind == EntryKind::Other ||
-               Files().Stat(PathTo(entry.name), info).error != IoError::NotFound;
+        return Files().Stat(PathTo(entry.name), info).error != IoError::NotFound;
     }
 
     CString written;
