@@ -10,7 +10,6 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -50,107 +49,92 @@ struct Stamping {
     const char* stamps;
     int first;              ///< seconds from now
     int step;               ///< between two changes
-    std::uint64_t listings; ///< of a folder that has not changed
+    std::uint64_t listings; ///< for a folder that has not changed
 };
-void PrintTo(const Stamping& stamping, std::ostream* out) {
-    *out << stamping.stamps;
-}
-constexpr Stamping kStampings[] = {
-    {"from long ago", -3600, 2, 0},
-    {"ahead of us", 3600, 2, 0},
-    {"of this moment", 0, 0, 1},
-    {"that never change", -3600, 0, 0},
-};
+constexpr Stamping kStampings[] = {{"from long ago", -3600, 2, 0},
+                                   {"ahead of us", 3600, 2, 0},
+                                   {"of this moment", 0, 0, 1},
+                                   {"that never change", -3600, 0, 0}};
 
-class FolderMemoryTest : public ::testing::TestWithParam<Stamping> {
-protected:
-    FolderMemoryTest() {
+/// A folder of videos, asked for in other letters than it is written in.
+struct Medium {
+    explicit Medium(const Stamping& stamping) {
         for (const char* name :
-             {"Video/0001ab.mxf", "Video/B.MXF", "Other/b.mxf", "Other/0001ab.mxf"}) {
-            m_folder.Write(name);
+             {"One/0001ab.mxf", "One/B.MXF", "Other/b.mxf", "Other/0001ab.mxf"}) {
+            folder.Write(name);
         }
-        m_files.SetFacts([this](FileInfo& info) {
-            const auto start = GetParam().first == 0 ? system_clock::now() : m_start;
-            info.modified =
-                system_clock::to_time_t(start) + GetParam().first + m_changes * GetParam().step;
-            info.modifiedNanoseconds = info.changedNanoseconds = 0;
+        fs::create_symlink("One", folder.Path("Video"));
+        fs::create_symlink("Other", folder.Path("Next"));
+        files.SetFacts([this, stamping](FileInfo& info) {
+            const auto now = stamping.first == 0 ? system_clock::now() : start;
+            info.modified = system_clock::to_time_t(now) + stamping.first + changes * stamping.step;
             info.changed = info.modified;
+            info.modifiedNanoseconds = info.changedNanoseconds = 0;
         });
     }
-    /// What a clip's reader would find there.
-    std::vector<std::string> Found(FolderMemory* memory) const {
-        const Place video(InterfaceRoot(m_folder.Path()) + L"\\VIDEO\\", memory);
+    [[nodiscard]] std::vector<std::string> Found(FolderMemory* used) const {
+        const Place video(written, used);
         std::vector<std::string> found;
-        for (const wchar_t* name : {L"0001AB.MXF", L"B.MXF", L"NEW.MXF", L"C.MXF", L"LOST.MXF"}) {
+        for (const wchar_t* name : {L"0001AB.MXF", L"B.MXF", L"NEW.MXF", L"C.MXF"}) {
             FoundFile file;
-            const IoStatus status = video.Find(name, file);
-            EXPECT_EQ(video.Has(CString(name)), static_cast<bool>(status));
-            found.push_back(status ? NamePart(file.posixPath) : "(none)");
+            found.push_back(video.Find(name, file) ? NamePart(file.posixPath) : "(none)");
         }
         return found;
     }
-    std::vector<std::string> FoundNow() {
-        m_memory.BeginOperation();
-        return Found(&m_memory);
+    std::vector<std::string> Remembered() {
+        memory.BeginOperation();
+        return Found(&memory);
     }
 
-    test::TempFolder m_folder;
-    fs::path m_video = m_folder.Path("Video");
-    const system_clock::time_point m_start = system_clock::now();
-    int m_changes = 0;
-    FolderMemory m_memory;
-    test::FaultyFileSystem m_files;
-    ScopedFileSystem m_inPlace{m_files};
+    test::TempFolder folder;
+    CString written = InterfaceRoot(folder.Path()) + L"\\VIDEO\\";
+    system_clock::time_point start = system_clock::now();
+    int changes = 0;
+    FolderMemory memory;
+    test::FaultyFileSystem files;
+    ScopedFileSystem inPlace{files};
 };
 
-TEST_P(FolderMemoryTest, FindsWhatIsThereWhateverHappenedMeanwhile) {
+TEST(FolderMemoryTest, FindsWhatIsThereAndListsEachFolderOnceAtMost) {
     struct Change {
-        const char* what;
-        std::function<void()> make;
-        bool onlyStampTells = false;
+        const char *from, *to; ///< "": written or removed, else renamed
+        bool onlyStampsTell = false;
     };
-    const Change changes[] = {
-        {"nothing", [] {}},
-        {"added", [&] { m_folder.Write("Video/NEW.MXF"); }},
-        {"removed", [&] { fs::remove(m_video / "NEW.MXF"); }},
-        {"written otherwise", [&] { fs::rename(m_video / "0001ab.mxf", m_video / "0001aB.mxf"); }},
-        {"removed in other letters", [&] { fs::remove(m_video / "0001aB.mxf"); }},
-        {"added in other letters", [&] { m_folder.Write("Video/c.MXF"); }, true},
-        {"a link to nowhere", [&] { fs::create_symlink("none", m_video / "lost.mxf"); }, true},
-        {"swapped",
-         [&] {
-             fs::rename(m_video, m_folder.Path("Old"));
-             fs::rename(m_folder.Path("Other"), m_video);
-         }},
-        {"a link to another",
-         [&] {
-             fs::remove_all(m_video);
-             fs::create_symlink("Old", m_video);
-         }},
-        {"gone", [&] { fs::remove(m_video); }},
-    };
-    for (const Change& change : changes) {
-        static_cast<void>(FoundNow()); // what was there before is known
-        change.make();
-        ++m_changes;
-        if (GetParam().step != 0 || GetParam().first == 0 || !change.onlyStampTells) {
-            EXPECT_EQ(FoundNow(), Found(nullptr)) << change.what;
+    const Change changes[] = {{"", "One/NEW.MXF"},
+                              {"One/NEW.MXF", ""},
+                              {"One/0001ab.mxf", "One/0001aB.mxf"},
+                              {"One/0001aB.mxf", ""},
+                              {"", "One/c.MXF", true},
+                              {"Next", "Video"}, // another folder from now on
+                              {"Video", ""}};
+    for (const Stamping& stamping : kStampings) {
+        Medium medium(stamping);
+        for (int turn = 0; turn < 3; ++turn) {
+            medium.files.ResetCalls();
+            EXPECT_EQ(medium.Remembered().front(), "0001ab.mxf");
+            EXPECT_EQ(NamePart(PathOnDisk(medium.written + L"b.mxf", &medium.memory)), "B.MXF");
+            EXPECT_EQ(medium.files.Calls(test::Operation::List),
+                      turn == 0 ? 2 : stamping.listings * 2)
+                << "of the card and its folder, with stamps " << stamping.stamps;
+        }
+        for (const Change& change : changes) {
+            const fs::path from = medium.folder.Path(change.from);
+            static_cast<void>(medium.Remembered());
+            if (*change.from == '\0') {
+                medium.folder.Write(change.to);
+            } else if (*change.to == '\0') {
+                fs::remove(from);
+            } else {
+                fs::rename(from, medium.folder.Path(change.to));
+            }
+            ++medium.changes;
+            if (stamping.step != 0 || stamping.listings != 0 || !change.onlyStampsTell) {
+                EXPECT_EQ(medium.Remembered(), medium.Found(nullptr))
+                    << change.from << change.to << " with stamps " << stamping.stamps;
+            }
         }
     }
 }
-
-TEST_P(FolderMemoryTest, ListsEachFolderOnceAtMost) {
-    for (int i = 0; i < 3; ++i) {
-        m_files.ResetCalls();
-        EXPECT_EQ(FoundNow().front(), "0001ab.mxf");
-        const CString written = InterfaceRoot(m_folder.Path()) + L"\\VIDEO\\b.mxf";
-        EXPECT_EQ(PathOnDisk(written, &m_memory), m_folder.Path("Video/B.MXF"));
-        EXPECT_EQ(m_files.Calls(test::Operation::List), i == 0 ? 2 : GetParam().listings * 2)
-            << "of the card and its folder";
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Stamps, FolderMemoryTest, ::testing::ValuesIn(kStampings));
 
 } // namespace
 } // namespace nqp2::platform
