@@ -6,8 +6,10 @@
 #include "platform/unicode.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -41,7 +43,11 @@ public:
     [[nodiscard]] CString PathOf(const media::ClipFileKind& kind, std::string_view suffix) const {
         const std::wstring_view folder = m_essence.FolderOf(kind).Written().View();
         const std::wstring_view clip = m_clip.View();
-        const auto length = static_cast<int>(folder.size() + clip.size() + suffix.size());
+        const std::size_t size = folder.size() + clip.size() + suffix.size();
+        if (size > INT_MAX) {
+            throw std::length_error("a path that no text can hold");
+        }
+        const int length = static_cast<int>(size);
         CString path;
         wchar_t* end = path.GetBuffer(length);
         end = std::copy(folder.begin(), folder.end(), end);

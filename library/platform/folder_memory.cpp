@@ -99,8 +99,9 @@ void FolderMemory::Keep(const std::string& path, Kept kept) {
         Clear();
     }
     if (kept.bytes <= kMaxBytes) {
-        m_bytes += kept.bytes;
+        const std::size_t bytes = kept.bytes;
         m_kept.emplace(path, std::move(kept));
+        m_bytes += bytes;
     }
 }
 
