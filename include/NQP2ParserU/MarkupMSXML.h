@@ -14,6 +14,7 @@
 #include "NQP2ParserU/Variant.h"
 
 #include <concepts>
+#include <string>
 #include <string_view>
 
 /// Reads XML files and texts and answers XPath questions about them. Paths name elements as they
@@ -214,6 +215,8 @@ public:
 
 protected:
     HRESULT x_CreateInstance();
+    /// Load for a path that was looked for already: a POSIX path in the file's real spelling.
+    int x_LoadFile(const std::string& path) noexcept;
     int x_ParseError();
     int GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing);
 

@@ -3,6 +3,7 @@
 
 #include "clips/clip_file.h"
 
+#include "clips/card_reader.h"
 #include "clips/clip_reader.h"
 #include "clips/clip_texts.h"
 #include "clips/essence_lookup.h"
@@ -53,12 +54,12 @@ eCodeType CoarseCodeType(const CString& codec) {
 
 } // namespace
 
-__int64 LoadNamedClip(const CString& root, const CString& clipName, CMarkupMSXML& reader,
+__int64 LoadNamedClip(const CString& root, const CString& clipName, CardReader& reader,
                       _tag_P2Clip& clip) {
-    const platform::Place contents(media::ContentsFolder(root));
+    const platform::Place contents = reader.Contents(media::ContentsFolder(root));
     clip.XmlPath = contents.Below(media::kMetadataFiles.folder.Path())
                        .PathOf(media::FileNameOf(media::kMetadataFiles, clipName));
-    if (reader.LoadXml(clip.XmlPath) == 0) {
+    if (!reader.LoadClip(clip.XmlPath)) {
         return kCannotRead;
     }
     TextPool pool;
@@ -67,13 +68,15 @@ __int64 LoadNamedClip(const CString& root, const CString& clipName, CMarkupMSXML
     return kRead;
 }
 
-bool LoadClipFile(const CString& path, CMarkupMSXML& reader, _tag_P2Clip& clip) {
-    if (reader.LoadXml(path) == 0) {
+bool LoadClipFile(const CString& path, CardReader& reader, _tag_P2Clip& clip) {
+    const platform::Place contents = reader.Contents(ContentsAbove(path));
+    if (!reader.LoadClip(path)) {
         return false;
     }
     TextPool pool;
     clip.ClipName = TitleOf(path);
-    EssenceLookup essence(platform::Place(ContentsAbove(path)), EssenceLookup::Mode::OneClip);
+    clip.XmlPath = path;
+    EssenceLookup essence(contents, EssenceLookup::Mode::OneClip);
     ReadScannedClip(ClipTexts(*reader.GetDocumentPtr(), pool), essence, clip);
     return true;
 }

@@ -14,14 +14,16 @@ class CMarkupMSXML;
 /// What is read from a single clip file: a clip, or the format of its card.
 namespace nqp2::clips {
 
+class CardReader;
+
 /// Reads the clip `clipName` of the card at `root`, as a host asks for one by name: kRead, or
 /// kCannotRead with the path of the file that was tried in `clip.XmlPath`.
-__int64 LoadNamedClip(const CString& root, const CString& clipName, CMarkupMSXML& reader,
+__int64 LoadNamedClip(const CString& root, const CString& clipName, CardReader& reader,
                       _tag_P2Clip& clip);
 
 /// Reads one clip file as a scan does, with the card taken from its path; false when it does not
 /// load.
-bool LoadClipFile(const CString& path, CMarkupMSXML& reader, _tag_P2Clip& clip);
+bool LoadClipFile(const CString& path, CardReader& reader, _tag_P2Clip& clip);
 
 // The format of a card is that of its first clip that is well-formed. kCannotRead without a
 // contents folder; kRead without such a clip too, with outputs that stay as they were.

@@ -3,9 +3,15 @@
 
 #include "clips/essence_lookup.h"
 
+#include "platform/unicode.h"
+
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace nqp2::clips {
@@ -24,30 +30,89 @@ void MarkIfPresent(_tag_P2Clip& clip, const CString& path, int bit) {
     }
 }
 
-CString AudioName(const CString& clip, int channel) {
-    return media::FileNameOf(media::kAudioFiles, clip, static_cast<std::size_t>(channel));
-}
+/// The files that belong to one name.
+class ClipFiles {
+public:
+    ClipFiles(const EssenceLookup& essence, const CString& clip)
+        : m_essence(essence), m_clip(clip), m_isPlain(media::IsPlainName(clip)),
+          m_name(platform::NameBytesFromText(clip.View())), m_nameSize(m_name.size()) {}
 
-CString FindOne(const EssenceLookup& essence, const media::ClipFileKind& kind,
-                const CString& clip) {
-    return essence.PathIfExists(kind, media::FileNameOf(kind, clip));
-}
+    [[nodiscard]] bool HavePlainName() const { return m_isPlain; }
+
+    /// The interface path of a file, made in one piece.
+    [[nodiscard]] CString PathOf(const media::ClipFileKind& kind, std::string_view suffix) const {
+        const std::wstring_view folder = m_essence.FolderOf(kind).Written().View();
+        const std::wstring_view clip = m_clip.View();
+        const std::size_t size = folder.size() + clip.size() + suffix.size();
+        if (size > INT_MAX) {
+            throw std::length_error("a path that no text can hold");
+        }
+        const int length = static_cast<int>(size);
+        CString path;
+        wchar_t* end = path.GetBuffer(length);
+        end = std::copy(folder.begin(), folder.end(), end);
+        end = std::copy(clip.begin(), clip.end(), end);
+        std::copy(suffix.begin(), suffix.end(), end);
+        path.ReleaseBuffer(length);
+        return path;
+    }
+    /// The same when that file exists, else "". A name that is no plain file name is never looked
+    /// for.
+    [[nodiscard]] CString PathIfExists(const media::ClipFileKind& kind, std::string_view suffix) {
+        return CanBe(suffix) && m_essence.Has(kind, FileName(suffix)) ? PathOf(kind, suffix)
+                                                                      : CString();
+    }
+    [[nodiscard]] CString PathIfExists(const media::ClipFileKind& kind, std::size_t number = 0) {
+        return PathIfExists(kind, media::SuffixOf(kind, number));
+    }
+    /// Whether `path` is what PathIfExists gives for a file that is known to exist.
+    [[nodiscard]] bool IsPathOf(const CString& path, const media::ClipFileKind& kind) const {
+        const std::wstring_view folder = m_essence.FolderOf(kind).Written().View();
+        const std::string suffix = media::SuffixOf(kind);
+        std::wstring_view rest = path.View();
+        if (!CanBe(suffix) || !rest.starts_with(folder)) {
+            return false;
+        }
+        rest.remove_prefix(folder.size());
+        return rest.starts_with(m_clip.View()) &&
+               std::equal(rest.begin() + m_clip.GetLength(), rest.end(), suffix.begin(),
+                          suffix.end());
+    }
+
+private:
+    [[nodiscard]] bool CanBe(std::string_view suffix) const {
+        return m_isPlain && m_clip.View().size() + suffix.size() <= media::kLongestFileName;
+    }
+    const std::string& FileName(std::string_view suffix) {
+        m_name.resize(m_nameSize);
+        return m_name += suffix;
+    }
+
+    const EssenceLookup& m_essence;
+    const CString& m_clip;
+    bool m_isPlain;
+    std::string m_name; ///< for the disk, and behind it the suffix that was last asked for
+    std::size_t m_nameSize;
+};
 
 /// The files that both readers look for in the same way.
-void FindCompanions(const EssenceLookup& essence, _tag_P2Clip& clip) {
-    const CString& name = clip.ClipName;
+void FindCompanions(ClipFiles& files, _tag_P2Clip& clip) {
     P2Proxy& proxy = clip.Proxy;
     constexpr int kMov = 2;
-    proxy.ProxyExt = proxy.ProxyFormat == kMov ? media::kMovProxy.Text() : media::kMp4Proxy.Text();
-    proxy.ProxyFilePath = essence.PathIfExists(media::kProxyFiles, name + proxy.ProxyExt);
-    clip.ProxyPath = essence.PathIfExists(media::kProxyFiles, name + media::kMp4Proxy.Text());
-    clip.IconPath = FindOne(essence, media::kIconFiles, name);
-    clip.XmlPath = FindOne(essence, media::kMetadataFiles, name);
+    const bool isMov = proxy.ProxyFormat == kMov;
+    proxy.ProxyExt = isMov ? media::kMovProxy.Text() : media::kMp4Proxy.Text();
+    clip.ProxyPath = files.PathIfExists(media::kProxyFiles, media::kMp4Proxy.Bytes());
+    proxy.ProxyFilePath =
+        isMov ? files.PathIfExists(media::kProxyFiles, media::kMovProxy.Bytes()) : clip.ProxyPath;
+    clip.IconPath = files.PathIfExists(media::kIconFiles);
+    if (!files.IsPathOf(clip.XmlPath, media::kMetadataFiles)) {
+        clip.XmlPath = files.PathIfExists(media::kMetadataFiles);
+    }
 }
 
 /// Video and audio in one file.
-void FindFamilyEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& clip) {
-    clip.VideoPath = FindOne(essence, media::kOneFileEssence, clip.ClipName);
+void FindFamilyEssence(ClipFiles& files, int channels, _tag_P2Clip& clip) {
+    clip.VideoPath = files.PathIfExists(media::kOneFileEssence);
     MarkIfPresent(clip, clip.VideoPath, 0);
     for (int channel = 0; channel < std::min(channels, _tag_P2Clip::kAudioSlots); ++channel) {
         clip.AudioPath[channel] = clip.VideoPath;
@@ -56,16 +121,16 @@ void FindFamilyEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& 
 }
 
 /// A file each. A name that could lead out of the card's folders makes no path at all.
-void AssumeEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& clip) {
-    if (!media::IsPlainName(clip.ClipName)) {
+void AssumeEssence(const ClipFiles& files, int channels, _tag_P2Clip& clip) {
+    if (!files.HavePlainName()) {
         return;
     }
-    clip.VideoPath =
-        essence.PathOf(media::kVideoFiles, media::FileNameOf(media::kVideoFiles, clip.ClipName));
+    clip.VideoPath = files.PathOf(media::kVideoFiles, media::SuffixOf(media::kVideoFiles));
     clip.EssenceMask |= Bit(0);
     for (int channel = 0; channel < std::min(channels - 1, _tag_P2Clip::kAudioSlots); ++channel) {
         clip.AudioPath[channel] =
-            essence.PathOf(media::kAudioFiles, AudioName(clip.ClipName, channel));
+            files.PathOf(media::kAudioFiles,
+                         media::SuffixOf(media::kAudioFiles, static_cast<std::size_t>(channel)));
         clip.EssenceMask |= Bit(channel + 1);
     }
 }
@@ -75,41 +140,44 @@ void AssumeEssence(const EssenceLookup& essence, int channels, _tag_P2Clip& clip
 EssenceLookup::EssenceLookup(platform::Place contents, Mode mode)
     : m_contents(std::move(contents)), m_mode(mode) {}
 
-CString EssenceLookup::PathOf(const media::ClipFileKind& kind, const CString& name) const {
-    return m_contents.PathOf(kind.folder.Path() + name);
+const platform::Place& EssenceLookup::FolderOf(const media::ClipFileKind& kind) const {
+    auto& folder = m_folders[static_cast<std::size_t>(&kind - media::kClipFileKinds.data())];
+    if (!folder) {
+        folder = m_contents.Below(kind.folder.Path());
+    }
+    return *folder;
 }
 
-CString EssenceLookup::PathIfExists(const media::ClipFileKind& kind, const CString& name) const {
-    if (!media::IsPlainName(name)) {
-        return {};
-    }
-    const platform::Place place = m_contents.Below(kind.folder.Path());
+bool EssenceLookup::Has(const media::ClipFileKind& kind, const std::string& name) const {
+    const platform::Place& folder = FolderOf(kind);
     if (m_mode == Mode::Scan) {
-        static_cast<void>(place.Names()); // answers from then on
+        static_cast<void>(folder.Names()); // answers from then on
     }
-    return place.Has(name) ? PathOf(kind, name) : CString();
+    return folder.Has(name);
 }
 
 void FindNamedFiles(const EssenceLookup& essence, _tag_P2Clip& clip) {
+    ClipFiles files(essence, clip.ClipName);
     clip.EssenceMask = 0;
-    FindCompanions(essence, clip);
-    clip.VideoPath = FindOne(essence, media::kVideoFiles, clip.ClipName);
+    FindCompanions(files, clip);
+    clip.VideoPath = files.PathIfExists(media::kVideoFiles);
     MarkIfPresent(clip, clip.VideoPath, 0);
     for (int channel = 0; channel < kNamedChannels; ++channel) {
         clip.AudioPath[channel] =
-            essence.PathIfExists(media::kAudioFiles, AudioName(clip.ClipName, channel));
+            files.PathIfExists(media::kAudioFiles, static_cast<std::size_t>(channel));
         MarkIfPresent(clip, clip.AudioPath[channel], channel + 1);
     }
 }
 
 void FindScannedFiles(const EssenceLookup& essence, bool inOneFile, int channels,
                       _tag_P2Clip& clip) {
+    ClipFiles files(essence, clip.ClipName);
     clip.EssenceMask = 0;
-    FindCompanions(essence, clip);
+    FindCompanions(files, clip);
     if (inOneFile) {
-        FindFamilyEssence(essence, channels, clip);
+        FindFamilyEssence(files, channels, clip);
     } else {
-        AssumeEssence(essence, channels, clip);
+        AssumeEssence(files, channels, clip);
     }
 }
 

@@ -8,6 +8,9 @@
 #include "NQP2ParserU/P2Clip.h"
 #include "platform/place.h"
 
+#include <array>
+#include <optional>
+
 namespace nqp2::clips {
 
 /// Tells which of a clip's files are on the card.
@@ -19,19 +22,22 @@ public:
     };
     EssenceLookup(platform::Place contents, Mode mode);
 
-    /// The interface path of a file.
-    [[nodiscard]] CString PathOf(const media::ClipFileKind& kind, const CString& name) const;
-    /// The same when that file exists, else "". A name that is no plain file name is never looked
-    /// for.
-    [[nodiscard]] CString PathIfExists(const media::ClipFileKind& kind, const CString& name) const;
+    // The kind is one of media::kClipFileKinds.
+
+    [[nodiscard]] const platform::Place& FolderOf(const media::ClipFileKind& kind) const;
+    /// Whether a file is there; its name is given in bytes.
+    [[nodiscard]] bool Has(const media::ClipFileKind& kind, const std::string& name) const;
 
 private:
     platform::Place m_contents;
     Mode m_mode;
+    /// Made when first asked for.
+    mutable std::array<std::optional<platform::Place>, media::kClipFileKinds.size()> m_folders;
 };
 
 // What both readers of clips look for under the record's ClipName: companions, and the essence with
-// its mask, of which bit 0 is the video and bit n the audio channel n-1.
+// its mask, of which bit 0 is the video and bit n the audio channel n-1. XmlPath comes as the file
+// that has just been read, or empty.
 
 /// Every path is checked, four audio channels.
 void FindNamedFiles(const EssenceLookup& essence, _tag_P2Clip& clip);

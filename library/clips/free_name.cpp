@@ -4,7 +4,6 @@
 #include "clips/free_name.h"
 
 #include "media/card_layout.h"
-#include "platform/place.h"
 
 namespace nqp2::clips {
 namespace {
@@ -34,9 +33,8 @@ bool AdvanceName(CString& name) {
 
 } // namespace
 
-bool FindFreeName(const CString& root, CString& name, std::int64_t& tried) {
-    const platform::Place videos =
-        platform::Place(media::ContentsFolder(root)).Below(media::kVideoFiles.folder.Path());
+bool FindFreeName(const platform::Place& contents, CString& name, std::int64_t& tried) {
+    const platform::Place videos = contents.Below(media::kVideoFiles.folder.Path());
     const platform::IoStatus& status = videos.Names().Status();
     tried = 0;
     // A folder that cannot be read does not tell which names are taken.

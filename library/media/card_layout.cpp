@@ -11,9 +11,12 @@
 namespace nqp2::media {
 
 std::string SuffixOf(const ClipFileKind& kind, std::size_t number) {
-    const std::string digits = kind.digits == 0 ? "" : std::to_string(number);
-    const std::size_t zeros = kind.digits - std::min(kind.digits, digits.size());
-    return std::string(zeros, '0') + digits + kind.extension.Bytes();
+    std::string suffix;
+    if (kind.digits != 0) {
+        suffix = std::to_string(number);
+        suffix.insert(0, kind.digits - std::min(kind.digits, suffix.size()), '0');
+    }
+    return suffix += kind.extension.Bytes();
 }
 
 CString FileNameOf(const ClipFileKind& kind, const CString& clip, std::size_t number) {
@@ -44,8 +47,7 @@ CString ContentsFolder(const CString& root) {
 
 bool IsPlainName(const CString& name) {
     constexpr std::wstring_view kUnsafe(L"\\/:\0", 4);
-    constexpr int kLongestName = 255; // of every file system that holds a card or its copy
-    return name.GetLength() <= kLongestName &&
+    return name.View().size() <= kLongestFileName &&
            name.View().find_first_of(kUnsafe) == std::wstring_view::npos;
 }
 

@@ -138,6 +138,9 @@ CString WithDrive(const CString& root);
 /// root + "\CONTENTS\".
 CString ContentsFolder(const CString& root);
 
+/// Of every file system that holds a card or its copy.
+inline constexpr std::size_t kLongestFileName = 255;
+
 /// Whether a name taken from a file is one plain file name: no separators, no drive, no zero, and
 /// no longer than file names can be.
 bool IsPlainName(const CString& name);

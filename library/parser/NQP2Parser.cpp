@@ -4,6 +4,7 @@
 #include "NQP2ParserU/NQP2Parser.h"
 
 #include "bridge/worker_proxy.h"
+#include "clips/card_reader.h"
 #include "media/card_status.h"
 #include "media/identifier.h"
 #include "NQP2ParserU/MarkupMSXML.h"
@@ -107,7 +108,7 @@ __int64 CNQP2Parser::Init() {
             m_pXmlBuilder = new CNQXmlParser;
         }
         if (m_pMarkup == nullptr) {
-            m_pMarkup = new CMarkupMSXML;
+            m_pMarkup = new nqp2::clips::CardReader;
         }
         return kRead;
     });

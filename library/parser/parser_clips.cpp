@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "clips/card_reader.h"
 #include "clips/card_scan.h"
 #include "clips/clip_file.h"
 #include "clips/clip_reader.h"
 #include "clips/free_name.h"
+#include "media/card_layout.h"
 #include "media/card_status.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "platform/guard.h"
@@ -13,6 +15,16 @@ namespace clips = nqp2::clips;
 
 using nqp2::media::kCannotRead;
 using nqp2::platform::Guarded;
+using nqp2::platform::Place;
+
+namespace {
+
+/// Init makes no other.
+clips::CardReader& ReaderIn(CMarkupMSXML& markup) {
+    return static_cast<clips::CardReader&>(markup);
+}
+
+} // namespace
 
 __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int keepDigit) noexcept {
     return Guarded(kCannotRead, [&] {
@@ -29,14 +41,16 @@ __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int kee
 
 __int64 CNQP2Parser::LoadClipInfo(CString root, CString clipName, _tag_P2Clip& clip) {
     return Guarded(kCannotRead, [&] {
-        return m_pMarkup == nullptr ? kCannotRead
-                                    : clips::LoadNamedClip(root, clipName, *m_pMarkup, clip);
+        return m_pMarkup == nullptr
+                   ? kCannotRead
+                   : clips::LoadNamedClip(root, clipName, ReaderIn(*m_pMarkup), clip);
     });
 }
 
 int CNQP2Parser::LoadClipFromXml(const CString& path, _tag_P2Clip& clip) {
     return Guarded(0, [&] {
-        return m_pMarkup != nullptr && clips::LoadClipFile(path, *m_pMarkup, clip) ? 1 : 0;
+        return m_pMarkup != nullptr && clips::LoadClipFile(path, ReaderIn(*m_pMarkup), clip) ? 1
+                                                                                             : 0;
     });
 }
 
@@ -70,7 +84,12 @@ int CNQP2Parser::CheckName(CString& name, CString root) noexcept {
 }
 
 int CNQP2Parser::CheckName(CString& name, CString root, __int64& tried) {
-    return Guarded(0, [&] { return clips::FindFreeName(root, name, tried) ? 1 : 0; });
+    return Guarded(0, [&] {
+        const CString folder = nqp2::media::ContentsFolder(root);
+        const Place contents =
+            m_pMarkup == nullptr ? Place(folder) : ReaderIn(*m_pMarkup).Contents(folder);
+        return clips::FindFreeName(contents, name, tried) ? 1 : 0;
+    });
 }
 
 void CNQP2Parser::DeleteSameMemo(CArray<_tag_P2Memo>& memos) {

@@ -4,7 +4,7 @@
 #include "platform/case_blind.h"
 
 #include "platform/case_fold.h"
-#include "platform/guard.h"
+#include "platform/folder_memory.h"
 
 #include <algorithm>
 #include <span>
@@ -45,19 +45,21 @@ std::string FolderOrCurrent(const std::string& folder) {
     return folder.empty() ? "." : folder;
 }
 
-/// A folder whose names there is no memory for must not pass for one without them.
-IoStatus List(FileSystem& files, const std::string& folder, std::vector<FolderEntry>& entries) {
-    const MemoryWatch watch;
-    IoStatus status = files.List(folder, entries);
-    watch.Require();
-    return status;
-}
+/// Where is searched, and what may know its folders' names.
+struct Search {
+    FileSystem& files;
+    FolderMemory* memory;
+};
 
 /// The names in a folder that differ from `name` in nothing but case, sorted by their bytes.
-std::vector<std::string> SpellingsIn(FileSystem& files, const std::string& folder,
+std::vector<std::string> SpellingsIn(const Search& search, const std::string& folder,
                                      std::string_view name) {
+    if (search.memory != nullptr) {
+        return search.memory->NamesOf(FolderOrCurrent(folder)).index->Spellings(name);
+    }
     std::vector<FolderEntry> entries;
-    static_cast<void>(List(files, FolderOrCurrent(folder), entries)); // what came is searched
+    const IoStatus listed = ListWhole(search.files, FolderOrCurrent(folder), entries);
+    static_cast<void>(listed); // what came is searched
     std::vector<std::string> spellings;
     const std::string folded = FoldNameCase(name);
     for (FolderEntry& entry : entries) {
@@ -71,10 +73,11 @@ std::vector<std::string> SpellingsIn(FileSystem& files, const std::string& folde
 
 /// How many of `names` exist under `base` exactly as written; nothing when not even the base
 /// exists or something else than a missing name is in the way.
-std::optional<std::size_t> CountExact(FileSystem& files, const std::string& base, Names names) {
+std::optional<std::size_t> CountExact(const Search& search, const std::string& base, Names names) {
     for (std::size_t count = names.size();; --count) {
         FileInfo info;
-        const IoStatus status = files.Stat(FolderOrCurrent(Join(base, names.first(count))), info);
+        const IoStatus status =
+            search.files.Stat(FolderOrCurrent(Join(base, names.first(count))), info);
         if (status) {
             return count;
         }
@@ -84,8 +87,8 @@ std::optional<std::size_t> CountExact(FileSystem& files, const std::string& base
     }
 }
 
-std::optional<std::string> Resolve(FileSystem& files, const std::string& base, Names names) {
-    const std::optional<std::size_t> exact = CountExact(files, base, names);
+std::optional<std::string> Resolve(const Search& search, const std::string& base, Names names) {
+    const std::optional<std::size_t> exact = CountExact(search, base, names);
     if (!exact) {
         return std::nullopt;
     }
@@ -93,18 +96,17 @@ std::optional<std::string> Resolve(FileSystem& files, const std::string& base, N
     if (*exact == names.size()) {
         return folder;
     }
-    for (const std::string_view spelling : SpellingsIn(files, folder, names[*exact])) {
+    for (const std::string_view spelling : SpellingsIn(search, folder, names[*exact])) {
         const std::string next = Join(folder, Names(&spelling, 1));
-        if (auto found = Resolve(files, next, names.subspan(*exact + 1))) {
+        if (auto found = Resolve(search, next, names.subspan(*exact + 1))) {
             return found;
         }
     }
     return std::nullopt;
 }
 
-} // namespace
-
-std::optional<std::string> FindExisting(FileSystem& files, const std::string& path) {
+std::optional<std::string> Find(const Search& search, const std::string& path) {
+    FileSystem& files = search.files;
     FileInfo info;
     const IoStatus status = files.Stat(path, info);
     if (status) {
@@ -116,7 +118,7 @@ std::optional<std::string> FindExisting(FileSystem& files, const std::string& pa
         return std::nullopt;
     }
     std::optional<std::string> found =
-        Resolve(files, path.front() == '/' ? "/" : "", SplitNames(path));
+        Resolve(search, path.front() == '/' ? "/" : "", SplitNames(path));
     if (found && path.back() == '/') {
         *found += '/';
         return files.Stat(*found, info) ? found : std::nullopt;
@@ -124,8 +126,14 @@ std::optional<std::string> FindExisting(FileSystem& files, const std::string& pa
     return found;
 }
 
-std::optional<std::string> FindExisting(const std::string& path) {
-    return FindExisting(Files(), path);
+} // namespace
+
+std::optional<std::string> FindExisting(FileSystem& files, const std::string& path) {
+    return Find({files, nullptr}, path);
+}
+
+std::optional<std::string> FindExisting(const std::string& path, FolderMemory* memory) {
+    return Find({Files(), memory}, path);
 }
 
 NearestExisting FindNearest(const std::string& path) {

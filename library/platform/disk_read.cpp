@@ -9,6 +9,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 namespace nqp2::platform {
 namespace {
@@ -191,6 +192,10 @@ IoStatus StatAt(int folder, const char* path, Links links, FileInfo& info) {
     info.modified = facts.stx_mtime.tv_sec;
     info.modifiedNanoseconds = facts.stx_mtime.tv_nsec;
     info.created = CreationTime(facts);
+    info.device = makedev(facts.stx_dev_major, facts.stx_dev_minor);
+    info.inode = facts.stx_ino;
+    info.changed = facts.stx_ctime.tv_sec;
+    info.changedNanoseconds = facts.stx_ctime.tv_nsec;
     return {};
 }
 

@@ -4,6 +4,7 @@
 #include "platform/file_system.h"
 
 #include "platform/disk.h"
+#include "platform/guard.h"
 
 #include <algorithm>
 #include <atomic>
@@ -43,6 +44,14 @@ FileSystem& DiskFiles() {
 FileSystem& Files() {
     FileSystem* const replacement = fileSystemInUse.load(std::memory_order_acquire);
     return replacement != nullptr ? *replacement : DiskFiles();
+}
+
+IoStatus ListWhole(FileSystem& files, const std::string& folder,
+                   std::vector<FolderEntry>& entries) {
+    const MemoryWatch watch;
+    IoStatus status = files.List(folder, entries);
+    watch.Require();
+    return status;
 }
 
 IoStatus ReadHead(FileSystem& files, const std::string& path, std::uint64_t limit,

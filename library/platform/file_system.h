@@ -35,6 +35,11 @@ struct FileInfo {
     std::time_t modified = 0;              ///< last change of the content, seconds since 1970 UTC
     std::uint32_t modifiedNanoseconds = 0; ///< and what there is beyond the second
     std::time_t created = 0; ///< birth time where the medium keeps one, else the earliest known
+    // With `modified` these tell one file or folder, and one state of it, from another.
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::time_t changed = 0; ///< last change of anything, which no program can set
+    std::uint32_t changedNanoseconds = 0;
 };
 
 /// A file open for reading. One thread at a time.
@@ -112,6 +117,10 @@ FileSystem& DiskFiles();
 
 /// The file system in use: the disk, or what a test put in its place.
 FileSystem& Files();
+
+/// Lists a folder. Throws std::bad_alloc when memory ran out on the way: a folder whose names there
+/// is no room for must not pass for one without them.
+IoStatus ListWhole(FileSystem& files, const std::string& folder, std::vector<FolderEntry>& entries);
 
 /// Reads up to `limit` bytes from the beginning of a regular file of any size. Empty on failure.
 IoStatus ReadHead(FileSystem& files, const std::string& path, std::uint64_t limit,

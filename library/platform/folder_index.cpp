@@ -5,6 +5,7 @@
 
 #include "platform/case_fold.h"
 
+#include <algorithm>
 #include <bit>
 #include <functional>
 #include <numeric>
@@ -75,6 +76,28 @@ const FolderEntry* FolderIndex::Find(std::string_view name) const {
         }
     }
     return first;
+}
+
+std::vector<std::string> FolderIndex::Spellings(std::string_view name) const {
+    const std::string folded = FoldNameCase(name);
+    std::vector<std::string> spellings;
+    for (const std::uint32_t number : BucketOf(folded)) {
+        if (FoldNameCase(m_entries[number].name) == folded) {
+            spellings.push_back(m_entries[number].name);
+        }
+    }
+    std::sort(spellings.begin(), spellings.end());
+    return spellings;
+}
+
+std::size_t FolderIndex::Bytes() const {
+    const std::size_t inPlace = std::string().capacity();
+    std::size_t bytes = sizeof(*this) + m_entries.capacity() * sizeof(FolderEntry) +
+                        (m_buckets.capacity() + m_numbers.capacity()) * sizeof(std::uint32_t);
+    for (const FolderEntry& entry : m_entries) {
+        bytes += entry.name.capacity() > inPlace ? entry.name.capacity() : 0;
+    }
+    return bytes;
 }
 
 } // namespace nqp2::platform

@@ -28,7 +28,11 @@ public:
     /// that differ only in case; null when there is none. Names with a separator are never found.
     /// Safe from several threads at once.
     [[nodiscard]] const FolderEntry* Find(std::string_view name) const;
+    /// Every name that differs from `name` in nothing but case, itself too, sorted by their bytes.
+    [[nodiscard]] std::vector<std::string> Spellings(std::string_view name) const;
     [[nodiscard]] bool Contains(std::string_view name) const { return Find(name) != nullptr; }
+    /// About what it takes in memory.
+    [[nodiscard]] std::size_t Bytes() const;
 
 private:
     /// Sorts the entries' numbers into buckets by the hash of their folded names: about ten bytes

@@ -6,7 +6,7 @@
 #include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
 #include "platform/case_fold.h"
-#include "platform/guard.h"
+#include "platform/folder_memory.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -52,26 +52,19 @@ std::string StepsOf(const CString& names) {
     return NameBytesFromText(text);
 }
 
-bool IsOneName(const CString& name, const std::string& bytes) {
-    return IsEntryName(bytes) && name.View().find_first_of(kSeparators) == std::wstring_view::npos;
+bool IsOneName(const std::string& name) {
+    return IsEntryName(name) && name.find('\\') == std::string::npos;
 }
 
 IoStatus NoSuchEntry() {
     return {IoError::NotFound, "there is no such file"};
 }
 
-/// A folder whose names there is no memory for must not pass for one without them.
-IoStatus ListWhole(const std::string& folder, std::vector<FolderEntry>& entries) {
-    const MemoryWatch watch;
-    IoStatus status = Files().List(folder, entries);
-    watch.Require();
-    return status;
-}
-
 } // namespace
 
 struct Place::State {
-    explicit State(CString text) : written(std::move(text)), asked(PosixFolder(written)) {}
+    State(CString text, FolderMemory* known)
+        : written(std::move(text)), asked(PosixFolder(written)), memory(known) {}
 
     /// Looks for the folder, once; by the entries of the place above where that is known.
     void Resolve() {
@@ -81,7 +74,7 @@ struct Place::State {
         const std::shared_ptr<State> aboveIt = above.lock();
         FileInfo info;
         if (aboveIt == nullptr) {
-            Settle(FindExisting(asked));
+            Settle(FindExisting(asked, memory));
         } else if (Files().Stat(asked, info)) {
             Settle(asked); // most are written as they are on disk
         } else {
@@ -96,10 +89,7 @@ struct Place::State {
         FileInfo info;
         std::string found = PathTo(folder);
         if (!Files().Stat(found, info)) {
-            if (!names) {
-                ReadNames();
-            }
-            const FolderEntry* const entry = names->Find(folder);
+            const FolderEntry* const entry = Find(folder);
             if (entry == nullptr) {
                 return std::nullopt;
             }
@@ -129,16 +119,38 @@ struct Place::State {
         }
         return status;
     }
-    void ReadNames() {
-        std::vector<FolderEntry> entries;
-        IoStatus status = ListWhole(isResolved ? onDisk : asked, entries);
-        if (!isResolved && status) {
-            Settle(asked);
-        } else if (!isResolved && status.error == IoError::NotFound) {
-            Resolve();
-            status = exists ? ListWhole(onDisk, entries) : status;
+    const FolderIndex& Names() {
+        if (names.index == nullptr) {
+            ReadNames();
         }
-        names = FolderIndex::Of(std::move(entries), std::move(status));
+        return *names.index;
+    }
+    /// What differs only in case from a name under which nothing is there.
+    const FolderEntry* Find(const std::string& name) {
+        const FolderEntry* const entry = Names().Find(name);
+        if (entry == nullptr || !names.areKept || IsStillThere(*entry)) {
+            return entry;
+        }
+        names = memory->ListAgain(onDisk);
+        return names.index->Find(name);
+    }
+
+    void ReadNames() {
+        names = NamesAt(isResolved ? onDisk : WithoutEnd(asked));
+        const IoError error = names.index->Status().error;
+        if (!isResolved && error == IoError::None) {
+            Settle(asked);
+        } else if (!isResolved && error == IoError::NotFound) {
+            Resolve();
+            names = exists ? NamesAt(onDisk) : names;
+        }
+    }
+    [[nodiscard]] KnownNames NamesAt(const std::string& folder) const {
+        return memory != nullptr ? memory->NamesOf(folder) : ListNames(folder);
+    }
+    [[nodiscard]] bool IsStillThere(const FolderEntry& entry) const {
+        FileInfo info;
+        return Files().Stat(PathTo(entry.name), info).error != IoError::NotFound;
     }
 
     CString written;
@@ -146,13 +158,15 @@ struct Place::State {
     std::string onDisk;
     bool isResolved = false;
     bool exists = false;
-    std::optional<FolderIndex> names;
+    KnownNames names;
+    FolderMemory* memory; ///< may be null
     std::map<std::wstring, Place> below;
     std::weak_ptr<State> above; ///< where this is one of its folders,
     std::string nameInIt;       ///< and how that was asked for
 };
 
-Place::Place(CString written) : m_state(std::make_shared<State>(std::move(written))) {}
+Place::Place(CString written, FolderMemory* memory)
+    : m_state(std::make_shared<State>(std::move(written), memory)) {}
 
 Place Place::At(std::string_view folder) {
     return Place(InterfaceRoot(folder));
@@ -172,7 +186,7 @@ Place Place::Below(const CString& name) const {
     if (known != m_state->below.end()) {
         return known->second;
     }
-    Place place(PathOf(name));
+    Place place(PathOf(name), m_state->memory);
     const std::string steps = StepsOf(name);
     const std::string step = steps.substr(0, steps.find_last_not_of('/') + 1);
     if (IsEntryName(step)) {
@@ -194,10 +208,7 @@ IoStatus Place::Look() const {
 }
 
 const FolderIndex& Place::Names() const {
-    if (!m_state->names) {
-        m_state->ReadNames();
-    }
-    return *m_state->names;
+    return m_state->Names();
 }
 
 std::vector<FoundFile> Place::List(const CString& pattern, IoStatus& status) const {
@@ -211,20 +222,19 @@ std::vector<FoundFile> Place::List(const CString& pattern, IoStatus& status) con
     return found;
 }
 
-IoStatus Place::Ask(const CString& name, FolderEntry& entry) const {
-    const std::string bytes = NameBytesFromText(name.View());
-    if (!IsOneName(name, bytes) || m_state->asked.empty()) {
+IoStatus Place::Ask(const std::string& name, FolderEntry& entry) const {
+    if (!IsOneName(name) || m_state->asked.empty()) {
         return NoSuchEntry();
     }
-    if (!m_state->names) {
+    if (m_state->names.index == nullptr || m_state->names.areKept) {
         FileInfo info;
-        IoStatus status = m_state->Stat(bytes, info);
+        IoStatus status = m_state->Stat(name, info);
         if (status.error != IoError::NotFound) {
-            entry = {bytes, info.kind};
+            entry = {name, info.kind};
             return status;
         }
     }
-    const FolderEntry* const known = Names().Find(bytes);
+    const FolderEntry* const known = m_state->Find(name);
     if (known != nullptr) {
         entry = *known;
         return {};
@@ -234,7 +244,7 @@ IoStatus Place::Ask(const CString& name, FolderEntry& entry) const {
 
 IoStatus Place::Find(const CString& name, FoundFile& found) const {
     FolderEntry entry;
-    IoStatus status = Ask(name, entry);
+    IoStatus status = Ask(NameBytesFromText(name.View()), entry);
     if (status) {
         found = FileOf(entry);
     }
@@ -242,6 +252,13 @@ IoStatus Place::Find(const CString& name, FoundFile& found) const {
 }
 
 bool Place::Has(const CString& name) const {
+    return Has(NameBytesFromText(name.View()));
+}
+
+bool Place::Has(const std::string& name) const {
+    if (m_state->names.index != nullptr && !m_state->names.areKept) {
+        return m_state->names.index->Contains(name);
+    }
     FolderEntry entry;
     return static_cast<bool>(Ask(name, entry));
 }
@@ -287,9 +304,9 @@ PathParts SplitPath(const CString& path) {
             CString(text.substr(nameStart))};
 }
 
-std::string PathOnDisk(const CString& path) {
+std::string PathOnDisk(const CString& path, FolderMemory* memory) {
     const std::string asked = PosixPath(path);
-    return FindExisting(asked).value_or(asked);
+    return FindExisting(asked, memory).value_or(asked);
 }
 
 CString FullPath(const CString& path) {

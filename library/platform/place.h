@@ -14,6 +14,8 @@
 
 namespace nqp2::platform {
 
+class FolderMemory;
+
 /// One entry of a Place.
 struct FoundFile {
     CString path;          ///< the folder as it was asked for, followed by the name
@@ -35,8 +37,9 @@ struct FoundFile {
 /// a time.
 class Place {
 public:
-    /// An interface path, with or without a separator at its end.
-    explicit Place(CString written);
+    /// An interface path, with or without a separator at its end. A memory, which must outlive the
+    /// place and those below it, spares the listing of folders that it knows.
+    explicit Place(CString written, FolderMemory* memory = nullptr);
     /// A folder of the disk; its path as written is what InterfaceRoot gives.
     static Place At(std::string_view folder);
 
@@ -65,9 +68,12 @@ public:
     /// Finds one entry: the exact name, else the first in sorted order of those that differ only in
     /// case. One system call for an exact name; entries are listed only for another one, and are
     /// what answers from then on: ask for Names() before many questions. NotFound when there is
-    /// none, also for a name with a separator; the folder's status when it could not be read.
+    /// none, also for a name with a separator; the folder's status when it could not be read. Names
+    /// from a memory cost one system call more for an entry in another letter case.
     IoStatus Find(const CString& name, FoundFile& found) const;
     [[nodiscard]] bool Has(const CString& name) const;
+    /// The same for the name's bytes.
+    [[nodiscard]] bool Has(const std::string& name) const;
 
     /// Opens it for everything that writes (platform/folder.h): the root below which no link is
     /// followed.
@@ -79,7 +85,7 @@ public:
 
 private:
     struct State;
-    [[nodiscard]] IoStatus Ask(const CString& name, FolderEntry& entry) const;
+    [[nodiscard]] IoStatus Ask(const std::string& name, FolderEntry& entry) const;
     [[nodiscard]] FoundFile FileOf(const FolderEntry& entry) const;
 
     std::shared_ptr<State> m_state;
@@ -94,7 +100,7 @@ PathParts SplitPath(const CString& path);
 
 /// What a whole interface path leads to, for the file system: in its real spelling; as written when
 /// it is missing. Empty, which is never found, for a drive that is not mapped.
-std::string PathOnDisk(const CString& path);
+std::string PathOnDisk(const CString& path, FolderMemory* memory = nullptr);
 
 /// The same file or folder as an interface path that another process understands, whatever its
 /// current folder is. Drive letters stay; so does a path that leads nowhere.

@@ -105,6 +105,11 @@ int CMarkupMSXML::Load(const wchar_t* szFileName) {
     });
 }
 
+int CMarkupMSXML::x_LoadFile(const std::string& path) noexcept {
+    return Guarded(
+        0, [&] { return x_Replace([&](Document& document) { return document.LoadFile(path); }); });
+}
+
 int CMarkupMSXML::LoadBytes(std::string_view bytes) {
     return Guarded(0, [&] {
         return x_Replace([&](Document& document) { return document.LoadBytes(bytes); });

@@ -1,9 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "platform/file_system.h"
 #include "platform/unicode.h"
 #include "tests/clips/card_test.h"
 #include "tests/clips/clip_show.h"
+#include "tests/support/faulty_file_system.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -276,6 +278,47 @@ TEST_F(ClipReadersTest, ReadingByNameKeepsWhatItDoesNotRead) {
     EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), L"0009ZZ", failed), 1);
     EXPECT_EQ(ClipShow(failed, m_card.Contents()).Fields(),
               (ClipShow::Shown{{"XmlPath", "CLIP\\0009ZZ.XML"}}));
+}
+
+TEST_F(ClipReadersTest, ACardThatIsReadClipByClipHasEachFolderListedOnce) {
+    constexpr std::uint64_t kFolders = 7; // the card, what it holds, and five with files
+    constexpr int kClips = 1000;
+    const test::TempFolder& folder = m_card.Folder();
+    std::filesystem::remove_all(folder.Path("CONTENTS"));
+    const char* const files[][2] = {
+        {"video/", ".mxf"}, {"audio/", "00.mxf"}, {"icon/", ".bmp"}, {"proxy/", ".mp4"}};
+    for (int i = 0; i < kClips; ++i) {
+        const std::string name = std::to_string(i);
+        folder.Write("contents/clip/" + name + ".xml", test::ClipXml({{"ClipName", name}}));
+        folder.Write("contents/" + (files[i % 4][0] + name) + files[i % 4][1]);
+    }
+    test::FaultyFileSystem counted;
+    counted.SetFacts([](platform::FileInfo& info) { info.modified -= 3600; }); // as it is later
+    const platform::ScopedFileSystem inPlace(counted);
+    const auto paths = [&](int i) {
+        CString name;
+        name.Format(L"%d", i);
+        _tag_P2Clip clip;
+        EXPECT_EQ(m_parser.LoadClipInfo(m_card.Root(), name, clip), 0);
+        return ClipShow(clip, m_card.Contents())
+            .Joined("VideoPath AudioPath IconPath ProxyPath XmlPath EssenceMask");
+    };
+    std::vector<std::string> found;
+    for (int i = 0; i < kClips; ++i) {
+        found.push_back(paths(i));
+    }
+    CString free;
+    EXPECT_EQ(m_parser.CheckName(free, m_card.Root()), 1);
+    EXPECT_EQ(counted.Calls(test::Operation::List), kFolders);
+    folder.Write("contents/video/0001aa.mxf");
+    EXPECT_EQ(m_parser.CheckName(free, m_card.Root()), 1);
+    EXPECT_EQ(free, L"0001AB");
+    EXPECT_EQ(counted.Calls(test::Operation::List), kFolders + 1) << "for the folder that changed";
+    for (int i = 0; i < kClips; i += 97) {
+        m_parser.Release();
+        m_parser.Init();
+        EXPECT_EQ(found.at(static_cast<std::size_t>(i)), paths(i)) << "as nothing else tells";
+    }
 }
 
 /// Real and independently written metadata that lies beside the sources, not in them.

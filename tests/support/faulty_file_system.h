@@ -80,6 +80,11 @@ public:
         const std::lock_guard guard(m_lock);
         m_hook = std::move(hook);
     }
+    /// Lets the medium tell other facts about what a path leads to.
+    void SetFacts(std::function<void(platform::FileInfo&)> facts) {
+        const std::lock_guard guard(m_lock);
+        m_facts = std::move(facts);
+    }
     /// Lets the medium have that much free space.
     void SetFreeSpace(std::uint64_t bytes) { m_freeBytes = bytes; }
     /// Lets each call of one kind take at least this long, as slow media do.
@@ -107,7 +112,12 @@ public:
     }
 
     IoStatus Stat(const std::string& path, platform::FileInfo& info) override {
-        return Pass(Operation::Stat, path, [&] { return m_inner.Stat(path, info); });
+        IoStatus status = Pass(Operation::Stat, path, [&] { return m_inner.Stat(path, info); });
+        const std::lock_guard guard(m_lock);
+        if (m_facts) {
+            m_facts(info);
+        }
+        return status;
     }
     IoStatus List(const std::string& folder, Entries& entries) override {
         return Listed(folder, entries, [&] { return m_inner.List(folder, entries); });
@@ -322,6 +332,7 @@ private:
     std::mutex m_lock;
     std::vector<Fault> m_faults;
     Hook m_hook;
+    std::function<void(platform::FileInfo&)> m_facts;
     std::optional<std::uint64_t> m_freeBytes;
     std::array<std::atomic<std::uint64_t>, kOperations> m_calls = {};
     std::array<std::atomic<std::int64_t>, kOperations> m_delays = {};
