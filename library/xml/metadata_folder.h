@@ -9,6 +9,7 @@
 #include "xml/scan_remarks.h"
 
 #include <functional>
+#include <string_view>
 #include <vector>
 
 class CMarkupMSXML;
@@ -24,6 +25,9 @@ public:
     enum class Subfolders { Remarked, PassedOver };
     /// Makes a record of the document that the reader holds. What is thrown leaves out this file.
     using Take = std::function<void(const platform::FoundFile& file)>;
+    /// Makes one of a file's bytes, without the reader; false, with nothing done, where that takes
+    /// the document.
+    using TakeBytes = std::function<bool(const platform::FoundFile& file, std::string_view bytes)>;
 
     MetadataFolder(platform::Place folder, Subfolders subfolders);
 
@@ -32,8 +36,9 @@ public:
     [[nodiscard]] const platform::IoStatus& Status() const { return m_status; }
     /// Loads every file and has it taken, reading ahead on a slow medium. No file ends the scan:
     /// one that cannot be read or loaded, that is too large or for which memory is missing gets a
-    /// remark.
-    void Read(CMarkupMSXML& reader, ScanRemarks& remarks, const Take& take) const;
+    /// remark. Afterwards the reader holds the last file that was loaded, with or without it.
+    void Read(CMarkupMSXML& reader, ScanRemarks& remarks, const Take& take,
+              const TakeBytes& takeBytes = {}) const;
     /// Loads the first file that is well-formed; false when there is none.
     bool LoadFirst(CMarkupMSXML& reader) const;
 
