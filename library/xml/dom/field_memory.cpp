@@ -44,8 +44,11 @@ Position* FieldMemory::Below(Position& parent, std::string_view name, std::strin
         }
     }
     const std::string_view kept = Keep(key);
-    *last = &Make(Position{kept.substr(0, name.size()), kept, &parent,
-                           parent.wanted != nullptr ? parent.wanted->Below(name) : nullptr,
+    const FieldSet::Name* const wanted =
+        parent.wanted != nullptr ? parent.wanted->Below(name) : nullptr;
+    const bool holdsValue = wanted != nullptr && (wanted->role == FieldSet::Role::Value ||
+                                                  wanted->role == FieldSet::Role::Cell);
+    *last = &Make(Position{kept.substr(0, name.size()), kept, &parent, wanted, holdsValue,
                            parent.depth + 1, declares});
     return *last;
 }

@@ -31,6 +31,7 @@ struct Position {
     std::string_view key;  ///< what tells it from its neighbours
     Position* parent = nullptr;
     const FieldSet::Name* wanted = nullptr; ///< null when neither it nor what is below it counts
+    bool holdsValue = false; ///< of `wanted`: its text is, so that it has no child elements
     int depth = 0;
     bool declares = false; ///< a namespace, so that the tokenizer must see it opened and closed
     Position* firstChild = nullptr;

@@ -51,7 +51,7 @@ public:
             return false;
         }
         if (isRoot) {
-            m_isKnown = true;
+            m_isKnown = true; // from behind its tag
             return true;
         }
         if (declares) {
@@ -74,14 +74,11 @@ public:
 
     bool Characters(NodeType type, std::string_view text) {
         const bool isText = type == NodeType::Text; // which begins where a step does
-        if (!HoldsValue()) {
-            if (isText && !IsBlank(text)) {
-                LearnUpTo(text.data());
-            }
-            return true;
-        }
-        if (isText) {
+        if (!m_isKnown && isText && (HoldsValue() || !IsBlank(text))) {
             LearnUpTo(text.data());
+        }
+        if (!HoldsValue()) {
+            return true;
         }
         if (m_slot != nullptr) {
             m_slot->text = text;
@@ -95,7 +92,7 @@ public:
         if (!m_isKnown || *at != '<') {
             return 0;
         }
-        const std::string_view rest = m_bytes.substr(OffsetOf(at));
+        const std::string_view rest(m_bytes.data() + OffsetOf(at), m_bytes.size() - OffsetOf(at));
         const Stretch* const known = FieldMemory::Find(*m_at, rest);
         if (known == nullptr) {
             m_isKnown = false;
@@ -106,8 +103,7 @@ public:
         }
         for (std::size_t i = 0; i < known->openedCount; ++i) {
             if (!Note(known->opened[i])) {
-                m_isKnown = false;
-                return 0;
+                return 0; // which is met again, step by step
             }
         }
         m_at = known->end;
@@ -115,13 +111,14 @@ public:
         return known->bytes.size();
     }
 
-    void LearnTheEnd() { LearnUpTo(m_reader.m_text.data() + m_bytes.size()); }
+    void LearnTheEnd() {
+        if (!m_isKnown) {
+            LearnUpTo(m_reader.m_text.data() + m_bytes.size());
+        }
+    }
 
 private:
-    [[nodiscard]] bool HoldsValue() const {
-        return m_at->wanted != nullptr &&
-               (m_at->wanted->role == Role::Value || m_at->wanted->role == Role::Cell);
-    }
+    [[nodiscard]] bool HoldsValue() const { return m_at->holdsValue; }
 
     [[nodiscard]] std::size_t OffsetOf(const char* at) const {
         return static_cast<std::size_t>(at - m_reader.m_text.data());
@@ -190,9 +187,9 @@ private:
         list.cells.resize(list.count * cells);
     }
 
-    /// A position of which the memory may know how to go on.
+    /// From what follows there the memory may know how to go on.
     void LearnUpTo(const char* at) {
-        if (!m_isKnown && m_from != nullptr) {
+        if (m_from != nullptr) {
             m_memory.Learn(*m_from, m_unknown.substr(0, OffsetOf(at) - OffsetOfUnknown()), *m_at,
                            m_reader.m_opened);
         }
@@ -210,8 +207,8 @@ private:
     bool m_isKnown = false;     ///< it is worth asking the memory
     Position* m_from = nullptr; ///< null: what comes is not to be learned
     std::string_view m_unknown; ///< from there on
-    FieldValues::Value* m_slot =
-        nullptr; ///< of the element that was opened last; null: passed over
+    /// Of the value's element that was opened last; null for one that is not the first.
+    FieldValues::Value* m_slot = nullptr;
 };
 
 FieldReader::FieldReader(const FieldSet& wanted) : m_wanted(wanted), m_memory(wanted) {}
