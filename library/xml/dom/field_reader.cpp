@@ -15,6 +15,9 @@ namespace {
 // it that are asked for several times stay below what may be taken from any document.
 constexpr std::size_t kLargestRead = std::size_t{48} * 1024;
 
+// Of a row of documents that are not taken so many are tried one by one, then each of that number.
+constexpr std::size_t kPatience = 16;
+
 using Role = FieldSet::Role;
 
 bool IsBlank(std::string_view text) {
@@ -214,9 +217,14 @@ private:
 FieldReader::FieldReader(const FieldSet& wanted) : m_wanted(wanted), m_memory(wanted) {}
 
 bool FieldReader::Read(std::string_view bytes) noexcept {
-    if (bytes.size() > kLargestRead) {
-        return false;
-    }
+    // Where hardly anything is taken, little is lost by trying.
+    const bool isTried = m_refusedInRow < kPatience || m_refusedInRow % kPatience == 0;
+    const bool isTaken = isTried && bytes.size() <= kLargestRead && TryRead(bytes);
+    m_refusedInRow = isTaken ? 0 : m_refusedInRow + 1;
+    return isTaken;
+}
+
+bool FieldReader::TryRead(std::string_view bytes) noexcept {
     try {
         m_values.hasBase = false;
         m_values.values.assign(m_wanted.ValueCount(), {});
