@@ -24,8 +24,9 @@ Type& FieldMemory::Make(const Type& value) {
 }
 
 Position& FieldMemory::Begin() {
-    if (m_outside == nullptr || m_arena.Used() > kMostKept) {
+    if (m_outside == nullptr || m_isFull || m_arena.Used() > kMostKept) {
         m_outside = nullptr;
+        m_isFull = false;
         m_arena.Clear();
         m_outside = &Make(Position{{}, {}, nullptr, &m_wanted.Top()});
     }
@@ -40,6 +41,7 @@ Position* FieldMemory::Below(Position& parent, std::string_view name, std::strin
             return *last;
         }
         if (++count == kMostChildren) {
+            m_isFull = true;
             return nullptr;
         }
     }

@@ -15,13 +15,15 @@
 /// two values stand the same tags and blanks again and again, while values, and how many memos or
 /// channels there are, differ.
 ///
-/// A position is where the tokenizer is, as far as its next steps depend on it: the elements that are
-/// open, and the namespaces that these declare. A stretch is the bytes that the tokenizer once went through from one
-/// position to another, from the end of a step to the end of a step. The same bytes at the same position
-/// lead to the same position again, and are as well-formed as they were then. So they are compared
-/// with one memcmp, and the elements that count among those that they open are told once more.
-/// Bytes that are not known are taken apart as ever, and are known from then on: a document that
-/// differs here and there costs no more than the differences.
+/// A position is where the tokenizer is, as far as its next steps depend on it: the elements that
+/// are open, and the namespaces that these declare. A stretch is the bytes that the tokenizer once
+/// went through from one position to another, from the end of a step to the end of a step. The same
+/// bytes at the same position lead to the same position again, and are as well-formed as they were
+/// then. So they are compared with one memcmp, and the elements that count among those that they
+/// open are told once more. Below the root no stretch opens or closes an element that declares
+/// something: the tokenizer keeps count of these, and must see them. Bytes that are not known are
+/// taken apart as ever, and are known from then on: a document that differs here and there costs no
+/// more than the differences.
 namespace nqp2::dom {
 
 struct Stretch;
@@ -60,8 +62,9 @@ public:
 
     /// Before each document: the position outside of the root.
     Position& Begin();
-    /// The position in a child element. `key` starts with its name; where it declares something all that
-    /// tells its declarations follows. Null when the parent has too many children to tell apart quickly.
+    /// The position in a child element. `key` starts with its name; where it declares something all
+    /// that tells its declarations follows. Null when the parent has too many children to tell apart
+    /// quickly.
     Position* Below(Position& parent, std::string_view name, std::string_view key, bool declares);
     /// The stretch from that position on which `rest` starts with, or null.
     static const Stretch* Find(const Position& from, std::string_view rest) {
@@ -89,6 +92,7 @@ private:
     const FieldSet& m_wanted;
     Arena m_arena;
     Position* m_outside = nullptr;
+    bool m_isFull = false; ///< of names that are not met again
 };
 
 } // namespace nqp2::dom

@@ -29,11 +29,13 @@ struct FieldValues {
     std::vector<List> lists;
 };
 
-/// Reads what is wanted of plain documents without a tree, in a fifth of the time: it builds nothing
-/// for what nobody asks, and goes over what it knows from the documents before, see field_memory.h.
+/// Reads what is wanted of plain documents without a tree, in a fifth of the time: it builds
+/// nothing for what nobody asks, and goes over what it knows from the documents before, see
+/// field_memory.h.
 ///
 /// It takes what quick_parser.h takes, but: at most 48 KiB, which no limit on trees or texts can
-/// meet; one base, that of the root; and a text alone in each element whose value is wanted. Of these the tree knows the rule.
+/// meet; one base, that of the root; and a text alone in each element whose value is wanted. Of all
+/// other documents the tree knows the rule.
 class FieldReader {
 public:
     /// `wanted` must outlive this object.
