@@ -23,17 +23,16 @@ constexpr const wchar_t* kContents = L"/nqp2-fuzz/none:\\CONTENTS\\";
 /// The single pass must give what asking path by path gives.
 void CheckTexts(const dom::Document& document, const ClipTexts& texts) {
     for (const auto& entry : media::kClipPaths) {
-        const std::string path =
-            std::string(media::kClipContentPath) + "/" + std::string(entry.below);
-        const dom::Node* const node = texts.Find(entry.path);
-        Require(texts.Text(entry.path) == (node != nullptr ? xml::TextOf(*node) : CString()),
-                "a shared text is the node's text");
-        Require(node == document.SelectSingle(path).get(),
-                "a clip value is the first node that its path selects");
+        const auto node = document.SelectSingle(media::FullPath(entry.path));
+        Require(texts.Has(entry.path) == (node != nullptr) &&
+                    texts.Text(entry.path) == (node != nullptr ? xml::TextOf(*node) : CString()),
+                "a clip value is the text of the first node that its path selects");
     }
-    for (const auto below : {media::kMemoPath, media::kProxyAudioPath, media::kAudioPath}) {
-        const std::string path = std::string(media::kClipContentPath) + "/" + std::string(below);
-        Require(texts.All(below).size() == document.SelectNodes(path)->Length(),
+    for (std::size_t i = 0; i < media::kClipListCount; ++i) {
+        const std::string path =
+            std::string(media::kClipContentPath).append("/").append(media::kClipLists[i]);
+        Require(texts.Count(static_cast<clips::ClipList>(i)) ==
+                    document.SelectNodes(path)->Length(),
                 "every element of a list is found");
     }
 }

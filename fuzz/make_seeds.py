@@ -61,6 +61,25 @@ def write_p2_cards() -> None:
         "USERDATA/Ingest.xml": seed("ingest_reader", "two_clips.xml")}))
 
 
+def write_clip_rows() -> None:
+    """Clip files one after another, of which each resembles the ones before."""
+    plain = seed("clip_readers", "memos.xml")
+    root = plain.index(b"<ClipContent")
+    inner = clip_xml("0002BB").split(b"<P2Main")[1]
+    changed = [plain.replace(b"</Memo>", b"</Memo><Memo><Offset>7</Offset><Text/></Memo>", 1),
+               plain.replace(b"<ClipContent", b"<!-- c --><Other>v</Other><ClipContent", 1),
+               plain.replace(b"</ClipContent>", b"</ClipContent><ClipContent><ClipName>x"
+                             b"</ClipName></ClipContent>"),
+               plain[:root] + b"<a xmlns='urn:a'><b>t</b></a>" + plain[root:],
+               plain.replace(b"</Offset>", b"<!-- c -->9</Offset>", 1),
+               plain.replace(b"</ClipContent>", b"<P2Main" + inner + b"</ClipContent>"),
+               plain.replace(b"<Codec>", b"<Codec Class='a&amp;b'>", 1).replace(b"\n", b"\r\n")]
+    for number, other in enumerate(changed):
+        write("field_reader", f"changed_{number}", b"\0".join([plain, other, plain]))
+    for name in ("dv25", "proxy", "repeated", "many_channels", "prefixes"):
+        write("field_reader", name, b"\0".join([seed("clip_readers", f"{name}.xml"), plain]))
+
+
 def clip_xml(name: str) -> bytes:
     """A clip that does not tell how large its essence is."""
     return (f'<?xml version="1.0"?><P2Main xmlns="urn:fuzz:clip"><ClipContent><ClipName>{name}'
@@ -150,6 +169,7 @@ def main() -> None:
     write_avchd_cards("AVCHD/BDMV", [start, rest, other], "MPL")
     write_avchd_cards("BDMV", [start, rest], "mpls")
     write_p2_cards()
+    write_clip_rows()
     write_requests()
     write_packets()
     write_texts()

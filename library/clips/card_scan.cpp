@@ -12,8 +12,11 @@
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "platform/place.h"
 #include "xml/dom/document.h"
+#include "xml/dom/field_reader.h"
 #include "xml/metadata_folder.h"
 
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace nqp2::clips {
@@ -52,18 +55,27 @@ public:
         if (!folder.Status() && !isMissing) {
             m_remarks.AddFolder(folder.Path(), folder.Status());
         }
-        folder.Read(m_reader, m_remarks,
-                    [&](const platform::FoundFile& file) { Take(file, clips); });
+        folder.Read(
+            m_reader, m_remarks,
+            [&](const platform::FoundFile& file) {
+                Take(file, ClipTexts(*m_reader.GetDocumentPtr(), m_pool), clips);
+            },
+            [&](const platform::FoundFile& file, std::string_view bytes) {
+                const bool isTaken = m_fields.Read(bytes);
+                if (isTaken) {
+                    Take(file, ClipTexts(m_fields.Values(), m_pool), clips);
+                }
+                return isTaken;
+            });
     }
 
     CArray<nqp2::Take> Takes() const { return FindTakes(m_relations); }
 
 private:
-    void Take(const platform::FoundFile& file, CArray<_tag_P2Clip>& clips) {
+    void Take(const platform::FoundFile& file, const ClipTexts& texts, CArray<_tag_P2Clip>& clips) {
         m_clip.Reset();
         m_clip.XmlPath = file.path;
         m_clip.ClipName = file.title;
-        const ClipTexts texts(*m_reader.GetDocumentPtr(), m_pool);
         ReadScannedClip(texts, m_essence, m_clip);
         if (!texts.HasContent()) {
             m_remarks.Add(file.path, SkipReason::NoClipContent);
@@ -76,13 +88,14 @@ private:
         if (!m_keepDigit) {
             m_clip.ClipIdDigit = -1;
         }
-        clips.Add(m_clip);
+        clips.Add(std::move(m_clip)); // the next one keeps the moment that a move leaves, see Reset
     }
 
     CMarkupMSXML& m_reader;
     EssenceLookup m_essence;
     bool m_keepDigit;
     xml::ScanRemarks m_remarks;
+    dom::FieldReader m_fields{ClipFields()};
     TextPool m_pool;
     _tag_P2Clip m_clip;
     std::vector<ClipRelation> m_relations;

@@ -82,33 +82,34 @@ void ReadDates(const ClipTexts& texts, _tag_P2Clip& clip) {
     clip.EndDate = media::WithoutZone(texts.Text(ClipPath::EndDate));
 }
 
-_tag_P2Memo ReadMemo(const ClipTexts& texts, const dom::Node& node, std::int32_t offset) {
-    static constexpr std::array<std::string_view, 5> kNames = {
-        "Person", "Text", "VoiceBitsPerSample", "VoiceSamplingRate", "VoiceFormat"};
-    const auto [person, text, bits, rate, format] = texts.Children(node, kNames);
+_tag_P2Memo ReadMemo(const ClipTexts& texts, std::size_t index, std::int32_t offset) {
+    const auto text = [&](MemoName name) { return texts.MemoText(index, name); };
     _tag_P2Memo memo;
     memo.Offset = offset;
-    memo.Person = person;
-    memo.Text = text;
-    memo.VoiceBitsPerSample = platform::ToInt32(bits.View());
-    memo.VoiceSamplingRate = platform::ToInt32(rate.View());
-    memo.VoiceFormat = format;
+    memo.Person = text(MemoName::Person);
+    memo.Text = text(MemoName::Text);
+    memo.VoiceBitsPerSample = platform::ToInt32(text(MemoName::VoiceBitsPerSample).View());
+    memo.VoiceSamplingRate = platform::ToInt32(text(MemoName::VoiceSamplingRate).View());
+    memo.VoiceFormat = text(MemoName::VoiceFormat);
     return memo;
 }
 
 /// Appends the memos but those of an offset that is there already: a memo of a file takes a few
 /// bytes, its record many.
 void ReadMemos(const ClipTexts& texts, _tag_P2Clip& clip) {
-    static constexpr std::array<std::string_view, 1> kOffset = {"Offset"};
+    const std::size_t count = texts.Count(ClipList::Memo);
     RemoveRepeatedMemos(clip.Memos);
+    if (count == 0) {
+        return;
+    }
     std::unordered_set<std::int32_t> offsets;
     for (const _tag_P2Memo& memo : clip.Memos) {
         offsets.insert(memo.Offset);
     }
-    for (const dom::Node* const node : texts.All(media::kMemoPath)) {
-        const std::int32_t offset = platform::ToInt32(texts.Children(*node, kOffset)[0].View());
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int32_t offset = platform::ToInt32(texts.MemoText(i, MemoName::Offset).View());
         if (offsets.insert(offset).second) {
-            clip.Memos.Add(ReadMemo(texts, *node, offset));
+            clip.Memos.Add(ReadMemo(texts, i, offset));
         }
     }
 }
@@ -130,7 +131,7 @@ void ReadProxy(const ClipTexts& texts, P2Proxy& proxy) {
 
 void CountProxyChannels(const ClipTexts& texts, P2Proxy& proxy) {
     constexpr std::size_t kMaskBits = 64;
-    const std::size_t count = texts.All(media::kProxyAudioPath).size();
+    const std::size_t count = texts.Count(ClipList::ProxyAudio);
     proxy.ProxyAudioChannels = static_cast<std::int32_t>(count) - 1;
     for (std::size_t i = 0; i < std::min(count, kMaskBits); ++i) {
         proxy.ProxyAudioMask |= std::uint64_t{1} << i;

@@ -15,7 +15,7 @@ namespace {
 using media::ClassReader;
 
 void ReadClass(const ClipTexts& texts, _tag_P2Clip& clip) {
-    clip.CodecClass = texts.Attribute(ClipPath::Codec, media::kClassAttribute);
+    clip.CodecClass = texts.Attribute(ClipPath::Codec);
     clip.AvcIntraClass50 = media::LooksAtClass(ClassReader::Scan, clip.CodecName.View()) &&
                                    clip.CodecClass == media::kClass50
                                ? 1
@@ -44,10 +44,10 @@ void ReadDropFrame(const ClipTexts& texts, bool inFamily, _tag_P2Clip& clip) {
         clip.DropFrame = texts.Text(ClipPath::TimecodeType) == L"NonDrop" ? 0 : 1;
         return;
     }
-    if (texts.Find(ClipPath::FrameRate) == nullptr) {
+    if (!texts.Has(ClipPath::FrameRate)) {
         platform::OutputDebugStringW(L"selectSingleNode Failed");
     }
-    const CString flag = texts.Attribute(ClipPath::FrameRate, media::kDropFrameAttribute);
+    const CString flag = texts.Attribute(ClipPath::FrameRate);
     if (flag == L"false" || flag == L"0") {
         clip.DropFrame = 0;
     }
@@ -63,7 +63,7 @@ void ReadTimecode(const ClipTexts& texts, _tag_P2Clip& clip) {
 
 int ChannelCount(const ClipTexts& texts, bool inFamily) {
     return inFamily ? texts.Int32(ClipPath::AudioChannel)
-                    : static_cast<int>(texts.All(media::kAudioPath).size());
+                    : static_cast<int>(texts.Count(ClipList::Audio));
 }
 
 } // namespace
@@ -73,7 +73,7 @@ void ReadNamedClip(const ClipTexts& texts, const EssenceLookup& essence, _tag_P2
     ReadSharedFields(texts, clip);
     clip.AvcIntraClass50 = 0;
     if (media::LooksAtClass(ClassReader::First, clip.CodecName.View()) &&
-        texts.Attribute(ClipPath::Codec, media::kClassAttribute) == media::kClass50) {
+        texts.Attribute(ClipPath::Codec) == media::kClass50) {
         clip.AvcIntraClass50 = 1;
     }
     clip.ProxyVideoCodecName = texts.Text(ClipPath::ProxyVideoCodec);

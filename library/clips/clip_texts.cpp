@@ -23,6 +23,10 @@ const dom::PathSet& Paths() {
     return paths;
 }
 
+std::size_t IndexOf(ClipList list) {
+    return static_cast<std::size_t>(list);
+}
+
 } // namespace
 
 CString TextPool::TextOf(std::string_view utf8) {
@@ -37,38 +41,104 @@ CString TextPool::TextOf(std::string_view utf8) {
     return slot.text;
 }
 
-ClipTexts::ClipTexts(const dom::Document& document, TextPool& pool)
-    : m_pool(pool), m_budget(document),
-      m_values(document, media::kClipContentPath, Paths(), m_budget) {}
-
-CString ClipTexts::Text(ClipPath path) const {
-    return TextOf(Find(path));
+const dom::FieldSet& ClipFields() {
+    static const dom::FieldSet fields = [] {
+        std::array<dom::FieldSet::ValuePath, media::kClipPathCount> values;
+        for (std::size_t i = 0; i < media::kClipPathCount; ++i) {
+            const media::ClipPathEntry& entry = media::kClipPaths[i];
+            values[i] = {entry.below, media::AttributeOf(entry.path)};
+        }
+        std::array<dom::FieldSet::ListPath, media::kClipListCount> lists;
+        for (std::size_t i = 0; i < media::kClipListCount; ++i) {
+            lists[i].below = media::kClipLists[i];
+        }
+        lists[IndexOf(ClipList::Memo)].cells = media::kMemoNames;
+        return dom::FieldSet(media::kClipContentPath, values, lists);
+    }();
+    return fields;
 }
 
-CString ClipTexts::TextOf(const dom::Node* node) const {
+ClipTexts::InTree::InTree(const dom::Document& document)
+    : budget(document), values(document, media::kClipContentPath, Paths(), budget) {}
+
+const std::vector<dom::Node*>& ClipTexts::InTree::All(ClipList list) const {
+    std::optional<std::vector<dom::Node*>>& nodes = lists[IndexOf(list)];
+    if (!nodes) {
+        nodes = values.All(media::kClipLists[IndexOf(list)]);
+    }
+    return *nodes;
+}
+
+ClipTexts::ClipTexts(const dom::Document& document, TextPool& pool) : m_pool(pool) {
+    m_tree.emplace(document);
+}
+
+ClipTexts::ClipTexts(const dom::FieldValues& fields, TextPool& pool)
+    : m_pool(pool), m_fields(&fields) {}
+
+bool ClipTexts::HasContent() const {
+    return m_tree ? m_tree->values.HasBase() : m_fields->hasBase;
+}
+
+bool ClipTexts::Has(ClipPath path) const {
+    return m_tree ? m_tree->Find(path) != nullptr : Field(path).isThere;
+}
+
+std::string_view ClipTexts::Utf8(ClipPath path, std::string& scratch) const {
+    if (!m_tree) {
+        return Field(path).text;
+    }
+    const dom::Node* const node = m_tree->Find(path);
+    return node != nullptr ? dom::Text(*node, scratch) : std::string_view();
+}
+
+std::string_view ClipTexts::Spent(ClipPath path, std::string& scratch) const {
+    // What was read without a tree is too little to go beyond what may be taken.
+    return m_tree ? m_tree->Spent(m_tree->Find(path), scratch) : Field(path).text;
+}
+
+CString ClipTexts::Text(ClipPath path) const {
     std::string scratch;
-    return m_pool.TextOf(m_values.Text(node, scratch));
+    return m_pool.TextOf(Spent(path, scratch));
 }
 
 std::int32_t ClipTexts::Int32(ClipPath path) const {
     std::string scratch;
-    const dom::Node* const node = Find(path);
-    return node != nullptr ? platform::ToInt32(dom::Text(*node, scratch)) : 0;
+    return platform::ToInt32(Utf8(path, scratch));
 }
 
 std::int64_t ClipTexts::Int64(ClipPath path) const {
     std::string scratch;
-    const dom::Node* const node = Find(path);
-    return node != nullptr ? platform::ToInt64(dom::Text(*node, scratch)) : 0;
+    return platform::ToInt64(Utf8(path, scratch));
 }
 
 GUID ClipTexts::Guid(ClipPath path) const {
-    return media::GuidFromIdentifier(Text(path));
+    std::string scratch;
+    return media::GuidFromIdentifier(Spent(path, scratch));
 }
 
-CString ClipTexts::Attribute(ClipPath path, std::string_view name) const {
-    const dom::Node* const node = Find(path);
-    return node != nullptr ? m_pool.TextOf(xml::AttributeOf(*node, name)) : CString();
+CString ClipTexts::Attribute(ClipPath path) const {
+    if (!m_tree) {
+        return m_pool.TextOf(Field(path).attribute);
+    }
+    const dom::Node* const node = m_tree->Find(path);
+    return node != nullptr ? m_pool.TextOf(xml::AttributeOf(*node, media::AttributeOf(path)))
+                           : CString();
+}
+
+std::size_t ClipTexts::Count(ClipList list) const {
+    return m_tree ? m_tree->All(list).size() : m_fields->lists[IndexOf(list)].count;
+}
+
+CString ClipTexts::MemoText(std::size_t index, MemoName name) const {
+    const auto cell = static_cast<std::size_t>(name);
+    if (!m_tree) {
+        const dom::FieldValues::List& memos = m_fields->lists[IndexOf(ClipList::Memo)];
+        return m_pool.TextOf(memos.cells[index * media::kMemoNames.size() + cell].text);
+    }
+    std::string scratch;
+    const dom::Node& memo = *m_tree->All(ClipList::Memo)[index];
+    return m_pool.TextOf(m_tree->Spent(xml::ChildOf(memo, media::kMemoNames[cell]), scratch));
 }
 
 } // namespace nqp2::clips

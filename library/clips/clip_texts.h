@@ -7,17 +7,21 @@
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Guid.h"
 #include "xml/document_queries.h"
+#include "xml/dom/field_reader.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace nqp2::clips {
 
+using media::ClipList;
 using media::ClipPath;
+using media::MemoName;
 
 /// Remembers the short texts that were read last, so that what a card repeats from clip to clip
 /// (codec, rate, aspect, names of people) is in memory once. Of fixed size.
@@ -36,21 +40,25 @@ private:
     std::array<Slot, kSlots> m_slots;
 };
 
-/// The values of one clip file, see xml::DocumentValues. More text than a file of this size may
-/// give throws std::length_error.
+/// What is read of a clip file: for a dom::FieldReader, which reads many of them.
+const dom::FieldSet& ClipFields();
+
+/// The values of one clip file, from its tree or as they were read without one. They are the same:
+/// see xml::DocumentValues for those of a tree. More text than a file of this size may give throws
+/// std::length_error.
 class ClipTexts {
 public:
     /// `document` must stay unchanged and both must outlive this object.
     ClipTexts(const dom::Document& document, TextPool& pool);
+    /// Of the set ClipFields().
+    ClipTexts(const dom::FieldValues& fields, TextPool& pool);
     ClipTexts(const ClipTexts&) = delete;
     ClipTexts& operator=(const ClipTexts&) = delete;
 
     /// Whether there is any clip content.
-    [[nodiscard]] bool HasContent() const { return m_values.HasBase(); }
-    /// The node behind a value, or null.
-    [[nodiscard]] dom::Node* Find(ClipPath path) const {
-        return m_values.Find(static_cast<std::size_t>(path));
-    }
+    [[nodiscard]] bool HasContent() const;
+    /// Whether there is the value's element.
+    [[nodiscard]] bool Has(ClipPath path) const;
     /// The value's text, "" for a missing element.
     [[nodiscard]] CString Text(ClipPath path) const;
     /// The leading number of the text, 0 for a missing element.
@@ -58,29 +66,41 @@ public:
     [[nodiscard]] std::int64_t Int64(ClipPath path) const;
     /// The GUID of the identifier in the text, all zero for a missing element.
     [[nodiscard]] GUID Guid(ClipPath path) const;
-    /// The attribute of that local name of the value's element, "" when either is missing.
-    [[nodiscard]] CString Attribute(ClipPath path, std::string_view name) const;
-    /// Every node that the path below the clip content selects, in document order.
-    [[nodiscard]] std::vector<dom::Node*> All(std::string_view below) const {
-        return m_values.All(below);
-    }
-    /// The texts of the first child elements of these names, "" for a missing one.
-    template <std::size_t Count>
-    [[nodiscard]] std::array<CString, Count>
-    Children(const dom::Node& node, const std::array<std::string_view, Count>& names) const {
-        std::array<CString, Count> texts;
-        for (std::size_t i = 0; i < Count; ++i) {
-            texts[i] = TextOf(xml::ChildOf(node, names[i]));
-        }
-        return texts;
-    }
+    /// The attribute that media::AttributeOf names, "" when it or the element is missing.
+    [[nodiscard]] CString Attribute(ClipPath path) const;
+    /// How many elements the list has.
+    [[nodiscard]] std::size_t Count(ClipList list) const;
+    /// The text of the first child of that name of the memo at `index`, "" for a missing one.
+    [[nodiscard]] CString MemoText(std::size_t index, MemoName name) const;
 
 private:
-    [[nodiscard]] CString TextOf(const dom::Node* node) const;
+    /// A document's values, found in its tree.
+    struct InTree {
+        explicit InTree(const dom::Document& document);
+
+        [[nodiscard]] std::string_view Spent(const dom::Node* node, std::string& scratch) const {
+            return values.Text(node, scratch);
+        }
+        [[nodiscard]] const dom::Node* Find(ClipPath path) const {
+            return values.Find(static_cast<std::size_t>(path));
+        }
+        const std::vector<dom::Node*>& All(ClipList list) const;
+
+        xml::TextBudget budget;
+        xml::DocumentValues values;
+        mutable std::array<std::optional<std::vector<dom::Node*>>, media::kClipListCount> lists;
+    };
+    /// `scratch` may come to hold it.
+    [[nodiscard]] std::string_view Utf8(ClipPath path, std::string& scratch) const;
+    /// The same, counted as taken from the document.
+    [[nodiscard]] std::string_view Spent(ClipPath path, std::string& scratch) const;
+    [[nodiscard]] const dom::FieldValues::Value& Field(ClipPath path) const {
+        return m_fields->values[static_cast<std::size_t>(path)];
+    }
 
     TextPool& m_pool;
-    xml::TextBudget m_budget;
-    xml::DocumentValues m_values;
+    std::optional<InTree> m_tree; ///< or
+    const dom::FieldValues* m_fields = nullptr;
 };
 
 } // namespace nqp2::clips

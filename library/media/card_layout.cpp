@@ -20,6 +20,9 @@ std::string SuffixOf(const ClipFileKind& kind, std::size_t number) {
 }
 
 CString FileNameOf(const ClipFileKind& kind, const CString& clip, std::size_t number) {
+    if (kind.digits == 0) {
+        return clip + kind.extension.Text(); // most kinds: no suffix is to be made
+    }
     return clip + platform::TextFromUtf8(SuffixOf(kind, number));
 }
 

@@ -144,6 +144,27 @@ inline constexpr std::string_view kProxyAudioPath =
     "ClipMetadata/Proxy/ProxyElementList/ProxyAudio";
 inline constexpr std::string_view kMemoPath = "ClipMetadata/MemoList/Memo";
 
+enum class ClipList { Audio, ProxyAudio, Memo, Count };
+inline constexpr std::size_t kClipListCount = static_cast<std::size_t>(ClipList::Count);
+/// By ClipList.
+inline constexpr std::array<std::string_view, kClipListCount> kClipLists = {
+    kAudioPath, kProxyAudioPath, kMemoPath};
+
+/// What a memo keeps, one value a child element.
+enum class MemoName {
+    Offset,
+    Person,
+    Text,
+    VoiceBitsPerSample,
+    VoiceSamplingRate,
+    VoiceFormat,
+    Count,
+};
+/// By MemoName.
+inline constexpr std::array<std::string_view, static_cast<std::size_t>(MemoName::Count)>
+    kMemoNames = {"Offset",     "Person", "Text", "VoiceBitsPerSample", "VoiceSamplingRate",
+                  "VoiceFormat"};
+
 /// A value of an audio channel, seen from the channel's element at kAudioPath.
 constexpr std::string_view InAudio(ClipPath path) {
     return Below(path).substr(kAudioPath.size() + 1);
@@ -160,9 +181,17 @@ inline constexpr std::array<RelatedPaths, 3> kRelatedPaths = {{
     {ClipPath::NextName, ClipPath::NextGlobalClipID},
 }};
 
-/// The attributes of the codec and of the frame rate.
-inline constexpr const char* kClassAttribute = "Class";
-inline constexpr const char* kDropFrameAttribute = "DropFrameFlag";
+/// The attribute that is read of a value's element, "" where none is.
+constexpr std::string_view AttributeOf(ClipPath path) {
+    switch (path) {
+    case ClipPath::Codec:
+        return "Class";
+    case ClipPath::FrameRate:
+        return "DropFrameFlag";
+    default:
+        return {};
+    }
+}
 
 /// The element that holds everything about an edit list.
 inline constexpr std::string_view kEditContentPath = "//P2Main/EditContent";

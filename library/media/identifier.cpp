@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <iterator>
 #include <string_view>
 
 namespace nqp2::media {
@@ -17,29 +16,15 @@ namespace {
 constexpr std::wstring_view kLabelDigits = L"060A2B340101010501010D431300";
 constexpr std::wstring_view kClosingDigits = L"2008";
 constexpr std::size_t kGuidDigits = 32;
-constexpr std::size_t kGroupLengths[] = {8, 4, 4, 4, 12};
-constexpr std::size_t kGuidTextLength = kGuidDigits + std::size(kGroupLengths) - 1;
 
-/// The last 32 digits, with zeros in front of a shorter text.
-std::array<wchar_t, kGuidDigits> LastDigits(std::wstring_view text) {
-    std::array<wchar_t, kGuidDigits> digits;
-    digits.fill(L'0');
+/// Of the last 32 digits, with zeros in front of a shorter text.
+template <class Char>
+GUID GuidFromLastDigits(std::basic_string_view<Char> text) {
+    std::array<Char, kGuidDigits> digits;
+    digits.fill(Char{'0'});
     text.remove_prefix(text.size() - std::min(text.size(), kGuidDigits));
     std::copy_backward(text.begin(), text.end(), digits.end());
-    return digits;
-}
-
-std::array<wchar_t, kGuidTextLength> Grouped(const std::array<wchar_t, kGuidDigits>& digits) {
-    std::array<wchar_t, kGuidTextLength> text;
-    text.fill(L'-');
-    auto from = digits.begin();
-    auto to = text.begin();
-    for (const std::size_t length : kGroupLengths) {
-        to = std::copy_n(from, length, to);
-        from += static_cast<std::ptrdiff_t>(length);
-        to += to == text.end() ? 0 : 1;
-    }
-    return text;
+    return platform::GuidFromDigits(std::basic_string_view<Char>(digits.data(), digits.size()));
 }
 
 bool IsHexadecimal(std::wstring_view text) {
@@ -60,10 +45,12 @@ CString IdentifierFromGuid(GUID guid) {
 }
 
 GUID GuidFromIdentifier(const CString& identifier) {
-    const auto text = Grouped(LastDigits(identifier.View()));
-    GUID guid;
-    platform::GuidFromText(std::wstring_view(text.data(), text.size()), guid);
-    return guid;
+    return GuidFromLastDigits(identifier.View());
+}
+
+GUID GuidFromIdentifier(std::string_view utf8) {
+    // A character beyond ASCII is no digit, and its last byte is among the last where it is.
+    return GuidFromLastDigits(utf8);
 }
 
 bool IdentifierForGuidText(const CString& guidText, const CString& note, CString& identifier) {

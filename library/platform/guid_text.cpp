@@ -3,50 +3,56 @@
 
 #include "platform/guid_text.h"
 
-#include "platform/number_text.h"
-
 #include <array>
+#include <cstdint>
 #include <cstring>
+#include <span>
 #include <stdexcept>
+#include <type_traits>
 #include <unistd.h>
 
 namespace nqp2::platform {
 namespace {
 
-constexpr std::wstring_view kPattern = L"00000000-0000-0000-0000-000000000000";
+/// How many of the bytes are between two hyphens.
+constexpr std::size_t kGroupBytes[] = {4, 2, 2, 2, 6};
 
 /// The sixteen bytes in the order of the text form.
 using TextBytes = std::array<std::uint8_t, 16>;
 
-/// The value of a hexadecimal digit, or -1.
-int DigitValue(wchar_t ch) {
-    if (IsDigit(ch)) {
-        return static_cast<int>(ch - L'0');
+constexpr int kNoDigit = -1;
+
+/// The values of hexadecimal digits.
+constexpr std::array<std::int8_t, 128> kDigitValues = [] {
+    std::array<std::int8_t, 128> values{};
+    values.fill(kNoDigit);
+    for (std::int8_t value = 0; value < 16; ++value) {
+        values[static_cast<std::size_t>("0123456789abcdef"[value])] = value;
+        values[static_cast<std::size_t>("0123456789ABCDEF"[value])] = value;
     }
-    if (ch >= L'a' && ch <= L'f') {
-        return static_cast<int>(ch - L'a') + 10;
-    }
-    return ch >= L'A' && ch <= L'F' ? static_cast<int>(ch - L'A') + 10 : -1;
+    return values;
+}();
+
+template <class Char>
+int DigitValue(Char ch) {
+    const auto code = static_cast<std::make_unsigned_t<Char>>(ch);
+    return code < kDigitValues.size() ? kDigitValues[code] : kNoDigit;
 }
 
-/// Reads a text of exactly the pattern's length.
-bool ReadDigits(std::wstring_view text, TextBytes& bytes) {
-    std::size_t digits = 0;
-    for (std::size_t i = 0; i < kPattern.size(); ++i) {
-        if (kPattern[i] == L'-') {
-            if (text[i] != L'-') {
-                return false;
-            }
-            continue;
-        }
-        const int value = DigitValue(text[i]);
-        if (value < 0) {
-            return false;
-        }
-        std::uint8_t& byte = bytes[digits++ / 2];
-        byte = static_cast<std::uint8_t>(byte * 16 + value);
+/// False for a text that is not twice as many digits.
+template <class Char>
+bool ReadDigits(std::basic_string_view<Char> digits, std::span<std::uint8_t> bytes) {
+    if (digits.size() != bytes.size() * 2) {
+        return false;
     }
-    return true;
+    int seen = 0; // negative once one was none
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const int high = DigitValue(digits[2 * i]);
+        const int low = DigitValue(digits[2 * i + 1]);
+        seen |= high | low;
+        bytes[i] = static_cast<std::uint8_t>(high * 16 + low);
+    }
+    return seen >= 0;
 }
 
 GUID FromTextBytes(const TextBytes& bytes) {
@@ -57,6 +63,12 @@ GUID FromTextBytes(const TextBytes& bytes) {
     guid.Data3 = static_cast<std::uint16_t>(bytes[6] << 8U | bytes[7]);
     std::memcpy(guid.Data4, &bytes[8], sizeof(guid.Data4));
     return guid;
+}
+
+template <class Char>
+GUID FromDigits(std::basic_string_view<Char> digits) {
+    TextBytes bytes{};
+    return ReadDigits(digits, bytes) ? FromTextBytes(bytes) : GUID();
 }
 
 } // namespace
@@ -80,13 +92,34 @@ CString GuidText(const GUID& guid) {
 }
 
 bool GuidFromText(std::wstring_view text, GUID& guid) {
+    guid = GUID();
     TextBytes bytes{};
-    if (text.size() != kPattern.size() || !ReadDigits(text, bytes)) {
-        guid = GUID();
+    std::span<std::uint8_t> left(bytes);
+    for (const std::size_t length : kGroupBytes) {
+        const bool isFirst = left.size() == bytes.size();
+        if (!isFirst && !text.starts_with(L'-')) {
+            return false;
+        }
+        text.remove_prefix(isFirst ? 0 : 1);
+        if (!ReadDigits(text.substr(0, 2 * length), left.first(length))) {
+            return false;
+        }
+        text.remove_prefix(2 * length);
+        left = left.subspan(length);
+    }
+    if (!text.empty()) {
         return false;
     }
     guid = FromTextBytes(bytes);
     return true;
+}
+
+GUID GuidFromDigits(std::wstring_view digits) {
+    return FromDigits(digits);
+}
+
+GUID GuidFromDigits(std::string_view digits) {
+    return FromDigits(digits);
 }
 
 } // namespace nqp2::platform

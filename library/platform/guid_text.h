@@ -21,4 +21,8 @@ CString GuidText(const GUID& guid);
 /// any other text.
 bool GuidFromText(std::wstring_view text, GUID& guid);
 
+/// Reads 32 digits without hyphens, in any case. All zero for any other text.
+GUID GuidFromDigits(std::wstring_view digits);
+GUID GuidFromDigits(std::string_view digits);
+
 } // namespace nqp2::platform

@@ -41,19 +41,67 @@ platform::IoStatus NotOpened() {
     return {platform::IoError::NotAFile, "it is no regular file"};
 }
 
-/// One file that was read, or was too large to be read ahead.
-bool Load(CMarkupMSXML& reader, const CString& path, const platform::IoStatus& status,
-          const std::string& content, ScanRemarks& remarks) {
-    if (!status && status.error != platform::IoError::TooLarge) {
-        remarks.AddUnread(path, status);
-        return false;
+/// Makes records of the files, one after another.
+class Loading {
+public:
+    Loading(CMarkupMSXML& reader, ScanRemarks& remarks, const MetadataFolder::Take& take,
+            const MetadataFolder::TakeBytes& takeBytes)
+        : m_reader(reader), m_remarks(remarks), m_take(take), m_takeBytes(takeBytes) {}
+
+    /// One file that was read, or was too large to be read ahead. Its content may be taken away.
+    void Take(const platform::FoundFile& file, const platform::IoStatus& status,
+              std::string& content) {
+        if (!status && status.error != platform::IoError::TooLarge) {
+            m_remarks.AddUnread(file.path, status);
+        } else if (!status || !TakeBytes(file, content)) {
+            TakeDocument(file, status, content);
+        }
     }
-    if ((status ? reader.LoadBytes(content) : reader.LoadXml(path)) == 0) {
-        remarks.AddUnloaded(path, LoadErrorOf(reader.GetDocumentPtr()));
-        return false;
+
+    /// The reader gets the last document that was taken without it.
+    void Finish() {
+        if (m_isAhead) {
+            m_reader.LoadBytes(m_last);
+        }
     }
-    return true;
-}
+
+private:
+    bool TakeBytes(const platform::FoundFile& file, std::string& content) {
+        bool isTaken = false;
+        try {
+            isTaken = m_takeBytes && m_takeBytes(file, content);
+        } catch (...) { // only what is taken can fail on the way
+            KeepAsLast(content);
+            throw;
+        }
+        if (isTaken) {
+            KeepAsLast(content);
+        }
+        return isTaken;
+    }
+
+    void KeepAsLast(std::string& content) noexcept {
+        m_last.swap(content);
+        m_isAhead = true;
+    }
+
+    void TakeDocument(const platform::FoundFile& file, const platform::IoStatus& status,
+                      const std::string& content) {
+        m_isAhead = false;
+        if ((status ? m_reader.LoadBytes(content) : m_reader.LoadXml(file.path)) == 0) {
+            m_remarks.AddUnloaded(file.path, LoadErrorOf(m_reader.GetDocumentPtr()));
+            return;
+        }
+        m_take(file);
+    }
+
+    CMarkupMSXML& m_reader;
+    ScanRemarks& m_remarks;
+    const MetadataFolder::Take& m_take;
+    const MetadataFolder::TakeBytes& m_takeBytes;
+    bool m_isAhead = false; ///< of what the reader holds
+    std::string m_last;     ///< the document that was taken last without the reader
+};
 
 } // namespace
 
@@ -66,8 +114,10 @@ MetadataFolder::MetadataFolder(platform::Place folder, Subfolders subfolders,
     }
 }
 
-void MetadataFolder::Read(CMarkupMSXML& reader, ScanRemarks& remarks, const Take& take) const {
+void MetadataFolder::Read(CMarkupMSXML& reader, ScanRemarks& remarks, const Take& take,
+                          const TakeBytes& takeBytes) const {
     platform::ReadAhead contents(RequestsFor(m_files, m_info != nullptr));
+    Loading loading(reader, remarks, take, takeBytes);
     std::string content;
     for (const platform::FoundFile& file : m_files) {
         if (!file.pathIsSafe) {
@@ -77,15 +127,14 @@ void MetadataFolder::Read(CMarkupMSXML& reader, ScanRemarks& remarks, const Take
         const platform::IoStatus status =
             IsReadable(file) ? contents.Next(content, m_info) : NotOpened();
         try {
-            if (Load(reader, file.path, status, content, remarks)) {
-                take(file);
-            }
+            loading.Take(file, status, content);
         } catch (const std::bad_alloc&) {
             remarks.AddUnread(file.path, {platform::IoError::Other, "out of memory"});
         } catch (const std::exception& error) {
             remarks.AddUnread(file.path, {platform::IoError::TooLarge, error.what()});
         }
     }
+    loading.Finish();
 }
 
 bool MetadataFolder::LoadFirst(CMarkupMSXML& reader) const {

@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 class CMarkupMSXML;
@@ -26,6 +27,9 @@ public:
     enum class Subfolders { Remarked, PassedOver };
     /// Makes a record of the document that the reader holds. What is thrown leaves out this file.
     using Take = std::function<void(const platform::FoundFile& file)>;
+    /// Makes one of a file's bytes, without the reader; false, with nothing done, where that takes
+    /// the document.
+    using TakeBytes = std::function<bool(const platform::FoundFile& file, std::string_view bytes)>;
 
     /// `info`, unless null, gets the status of each file that is taken, asked for ahead as well;
     /// empty where there is none to be had.
@@ -37,8 +41,9 @@ public:
     [[nodiscard]] const platform::IoStatus& Status() const { return m_status; }
     /// Loads every file and has it taken, reading ahead on a slow medium. No file ends the scan:
     /// one that cannot be read or loaded, that is too large or for which memory is missing gets a
-    /// remark.
-    void Read(CMarkupMSXML& reader, ScanRemarks& remarks, const Take& take) const;
+    /// remark. Afterwards the reader holds the last file that was loaded, with or without it.
+    void Read(CMarkupMSXML& reader, ScanRemarks& remarks, const Take& take,
+              const TakeBytes& takeBytes = {}) const;
     /// Loads the first file that is well-formed; false when there is none.
     bool LoadFirst(CMarkupMSXML& reader) const;
 

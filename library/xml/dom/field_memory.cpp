@@ -1,0 +1,72 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "xml/dom/field_memory.h"
+
+#include <memory>
+#include <new>
+#include <type_traits>
+
+namespace nqp2::dom {
+namespace {
+
+constexpr std::size_t kMostKept = std::size_t{256} * 1024; ///< and what one document adds
+constexpr std::size_t kMostChildren = 64;
+constexpr std::size_t kMostStretches = 8; ///< from one position
+
+} // namespace
+
+template <class Type>
+Type& FieldMemory::Make(const Type& value) {
+    static_assert(std::is_trivially_destructible_v<Type>, "dropped with the arena");
+    static_assert(alignof(Type) <= alignof(NodeName), "as the arena aligns");
+    return *new (m_arena.Allocate(sizeof(Type))) Type(value);
+}
+
+Position& FieldMemory::Begin() {
+    if (m_outside == nullptr || m_isFull || m_arena.Used() > kMostKept) {
+        m_outside = nullptr;
+        m_isFull = false;
+        m_arena.Clear();
+        m_outside = &Make(Position{{}, {}, nullptr, &m_wanted.Top()});
+    }
+    return *m_outside;
+}
+
+Position* FieldMemory::Below(Position& parent, std::string_view name, std::string_view key,
+                             bool declares) {
+    Position** last = &parent.firstChild;
+    for (std::size_t count = 0; *last != nullptr; last = &(*last)->next) {
+        if ((*last)->key == key) {
+            return *last;
+        }
+        if (++count == kMostChildren) {
+            m_isFull = true;
+            return nullptr;
+        }
+    }
+    const std::string_view kept = Keep(key);
+    const FieldSet::Name* const wanted =
+        parent.wanted != nullptr ? parent.wanted->Below(name) : nullptr;
+    const bool holdsValue = wanted != nullptr && (wanted->role == FieldSet::Role::Value ||
+                                                  wanted->role == FieldSet::Role::Cell);
+    *last = &Make(Position{kept.substr(0, name.size()), kept, &parent, wanted, holdsValue,
+                           parent.depth + 1, declares});
+    return *last;
+}
+
+void FieldMemory::Learn(Position& from, std::string_view bytes, Position& to,
+                        std::span<const OpenedField> opened) {
+    Stretch** last = &from.firstStretch;
+    for (std::size_t count = 0; *last != nullptr; last = &(*last)->next) {
+        if (++count == kMostStretches) {
+            return;
+        }
+    }
+    auto* const kept =
+        static_cast<OpenedField*>(m_arena.Allocate(opened.size() * sizeof(OpenedField)));
+    std::uninitialized_copy(opened.begin(), opened.end(), kept);
+    *last = &Make(Stretch{Keep(bytes), &to, kept, opened.size()});
+}
+
+} // namespace nqp2::dom
