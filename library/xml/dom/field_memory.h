@@ -62,9 +62,9 @@ public:
 
     /// Before each document: the position outside of the root.
     Position& Begin();
-    /// The position in a child element. `key` starts with its name; where it declares something all
-    /// that tells its declarations follows. Null when the parent has too many children to tell apart
-    /// quickly.
+    /// The position in a child element. `key` starts with its name; where it declares something,
+    /// all that tells its declarations follows. Null when the parent has too many children to tell
+    /// apart quickly.
     Position* Below(Position& parent, std::string_view name, std::string_view key, bool declares);
     /// The stretch from that position on which `rest` starts with, or null.
     static const Stretch* Find(const Position& from, std::string_view rest) {
