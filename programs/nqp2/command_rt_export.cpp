@@ -5,6 +5,7 @@
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
 #include "nqp2/raw_video.h"
+#include "nqp2/record_output.h"
 #include "nqp2/sound_file.h"
 #include "nqp2/transfer_watch.h"
 #include "nqp2/value.h"
@@ -178,9 +179,9 @@ void PrintRecording(Console& console, const RtExportOptions& options,
                     const std::vector<std::string>& names, std::int64_t frames) {
     if (options.json) {
         List clips(names.begin(), names.end());
-        PrintJson(console, {{"ClipName", names.empty() ? "" : names.front()},
-                            {"clips", std::move(clips)},
-                            {"frames", frames}});
+        PrintJson(console, Record{{"ClipName", names.empty() ? "" : names.front()},
+                                  {"clips", std::move(clips)},
+                                  {"frames", frames}});
     } else {
         console.WriteLine(fmt::format("{}: {} frames recorded", fmt::join(names, ", "), frames));
     }
