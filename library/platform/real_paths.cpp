@@ -5,28 +5,136 @@
 
 #include "NQP2ParserU/PathText.h"
 #include "platform/place.h"
+#include "platform/unicode.h"
 
+#include <algorithm>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace nqp2 {
 
-struct RealPaths::Cache {
-    std::map<std::wstring, platform::Place, std::less<>> folders;
+namespace {
 
-    /// The place of a folder, from the place above it: each folder on the way is listed once.
-    platform::Place PlaceOf(std::wstring_view folder) {
+/// Whoever asks for more files of a folder lists one of them after the other: it is read once.
+constexpr int kFewFiles = 16;
+
+bool IsPlainName(std::wstring_view name) {
+    return !name.empty() && std::none_of(name.begin(), name.end(),
+                                         [](wchar_t ch) { return ch == L'\0' || ch == L':'; });
+}
+
+/// Characters of a path up to its last separator.
+std::size_t FolderLength(std::wstring_view path) {
+    const auto last = std::find_if(path.rbegin(), path.rend(),
+                                   [](wchar_t ch) { return ch == L'\\' || ch == L'/'; });
+    return static_cast<std::size_t>(path.rend() - last);
+}
+
+bool Exists(const std::string& path) {
+    platform::FileInfo info;
+    return !path.empty() && platform::Files().Stat(path, info);
+}
+
+} // namespace
+
+struct RealPaths::Cache {
+    /// The names in a folder, sorted: who asks for them in their order finds one beside the other.
+    class SortedNames {
+    public:
+        /// Of a folder that cannot be read to its end it has those that came.
+        void Read(const std::string& folder) {
+            static_cast<void>(platform::Files().List(folder, m_entries));
+            std::sort(m_entries.begin(), m_entries.end(), IsBefore);
+        }
+        bool Has(const std::string& name) {
+            for (int step = 0; step < kSteps && m_next < m_entries.size(); ++step, ++m_next) {
+                const int order = m_entries[m_next].name.compare(name);
+                if (order == 0) {
+                    return true;
+                }
+                if (order > 0) {
+                    break;
+                }
+            }
+            const auto found = std::lower_bound(m_entries.begin(), m_entries.end(),
+                                                platform::FolderEntry{name}, IsBefore);
+            m_next = static_cast<std::size_t>(found - m_entries.begin());
+            return found != m_entries.end() && found->name == name;
+        }
+
+    private:
+        static constexpr int kSteps = 8; ///< more than a clip has files in a folder, mostly
+
+        static bool IsBefore(const platform::FolderEntry& left,
+                             const platform::FolderEntry& right) {
+            return left.name < right.name;
+        }
+
+        std::vector<platform::FolderEntry> m_entries;
+        std::size_t m_next = 0; ///< where the answer before was found
+    };
+
+    struct Folder {
+        explicit Folder(platform::Place found) : place(std::move(found)) {}
+
+        platform::Place place;
+        int questions = 0;
+        std::string asked;      ///< PosixPath's answer with a separator at its end, or "",
+        bool isAsAsked = false; ///< and whether it leads there
+        SortedNames names;      ///< of a folder of which much is asked
+    };
+    std::map<std::wstring, Folder, std::less<>> folders;
+
+    /// A folder, its place from the one above it: each folder on the way is listed once.
+    Folder& FolderOf(std::wstring_view folder) {
         const auto known = folders.find(folder);
         if (known != folders.end()) {
             return known->second;
         }
         const std::size_t end = folder.find_last_not_of(L'\\') + 1;
         const std::size_t start = folder.substr(0, end).find_last_of(L'\\') + 1;
-        const platform::Place place =
-            start == 0 ? platform::Place(CString(folder))
-                       : PlaceOf(folder.substr(0, start)).Below(CString(folder.substr(start)));
-        return folders.emplace(folder, place).first->second;
+        platform::Place place =
+            start == 0
+                ? platform::Place(CString(folder))
+                : FolderOf(folder.substr(0, start)).place.Below(CString(folder.substr(start)));
+        return folders.emplace(folder, std::move(place)).first->second;
+    }
+    /// The answer from the names of a folder of which much is asked; nothing where the disk is to
+    /// be asked.
+    std::optional<std::string> FromNames(std::wstring_view path) {
+        const std::size_t start = FolderLength(path);
+        const std::wstring_view name = path.substr(start);
+        if (start == 0 || !IsPlainName(name)) {
+            return std::nullopt;
+        }
+        Folder& folder = FolderOf(path.substr(0, start));
+        if (folder.questions < kFewFiles) {
+            if (++folder.questions < kFewFiles) {
+                return std::nullopt;
+            }
+            Look(folder, path.substr(0, start));
+        }
+        return AmongNames(folder, platform::NameBytesFromText(name));
+    }
+    static void Look(Folder& folder, std::wstring_view written) {
+        // Without a drive part a name may end one: then it is more than a name.
+        if (written.find(L":\\") == std::wstring_view::npos) {
+            return;
+        }
+        folder.asked = PosixPath(CString(written));
+        folder.isAsAsked = Exists(folder.asked);
+        folder.names.Read(folder.place.OnDisk());
+    }
+    static std::optional<std::string> AmongNames(Folder& folder, const std::string& name) {
+        const bool isThere = folder.names.Has(name);
+        if (isThere && folder.isAsAsked) {
+            return folder.asked + name;
+        }
+        return isThere ? std::optional(folder.place.OnDisk() + '/' + name) : std::nullopt;
     }
 };
 
@@ -35,13 +143,19 @@ RealPaths::RealPaths() : m_cache(std::make_unique<Cache>()) {}
 RealPaths::~RealPaths() = default;
 
 std::string RealPaths::Find(const CString& path) {
+    if (path.IsEmpty()) {
+        return {};
+    }
+    if (std::optional<std::string> known = m_cache->FromNames(path.View())) {
+        return *std::move(known);
+    }
     std::string asked = PosixPath(path);
     platform::FileInfo info;
     if (asked.empty() || platform::Files().Stat(asked, info)) {
         return asked;
     }
     const platform::PathParts parts = platform::SplitPath(path);
-    const platform::Place folder = m_cache->PlaceOf(parts.folder.Written().View());
+    const platform::Place folder = m_cache->FolderOf(parts.folder.Written().View()).place;
     if (parts.name.IsEmpty()) {
         return folder.Exists() ? folder.OnDisk() + '/' : asked;
     }

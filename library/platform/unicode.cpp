@@ -206,12 +206,13 @@ void AppendUtf8(std::string& bytes, char32_t code) {
 
 std::string BytesFromText(std::wstring_view text, Flavour flavour) {
     std::string bytes;
-    bytes.reserve(text.size());
     if (IsAscii(text)) {
-        std::transform(text.begin(), text.end(), std::back_inserter(bytes),
+        bytes.resize(text.size());
+        std::transform(text.begin(), text.end(), bytes.begin(),
                        [](wchar_t ch) { return static_cast<char>(ch); });
         return bytes;
     }
+    bytes.reserve(text.size());
     DecodeEach(text, [&](char32_t code) {
         if (flavour == Flavour::Name && IsEscapedByte(code)) {
             bytes += static_cast<char>(code - kEscapedByte);

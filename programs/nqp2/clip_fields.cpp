@@ -5,8 +5,9 @@
 
 #include "nqp2/field.h"
 
+#include <cstdint>
 #include <string>
-#include <utility>
+#include <string_view>
 
 namespace nqp2::tool {
 namespace {
@@ -43,39 +44,51 @@ using Clip = _tag_P2Clip;
 
 /// A scan's record keeps the moment of the clip before where the metadata have no start; shown is
 /// that there is none.
-Value ShootStartDays(const Clip& clip) {
-    return clip.StartDate.IsEmpty() ? 0.0 : clip.ShootStartTime.GetDays();
+void PutShootStartDays(ValueSink& sink, const Clip& clip) {
+    sink.Put(clip.StartDate.IsEmpty() ? 0.0 : clip.ShootStartTime.GetDays());
 }
-Value ShootStartStatus(const Clip& clip) {
-    return static_cast<std::int32_t>(clip.StartDate.IsEmpty() ? COleDateTime::null
-                                                              : clip.ShootStartTime.GetStatus());
+void PutShootStartStatus(ValueSink& sink, const Clip& clip) {
+    const auto status =
+        clip.StartDate.IsEmpty() ? COleDateTime::null : clip.ShootStartTime.GetStatus();
+    sink.Put(std::int64_t{status});
 }
-Value AudioPaths(const Clip& clip) {
-    List paths;
+void PutAudioPaths(ValueSink& sink, const Clip& clip) {
+    sink.BeginList(ListOf::Texts);
     for (const CString& path : clip.AudioPath) {
-        paths.emplace_back(RealPath(path));
+        PutPath(sink, path);
     }
-    return paths;
+    sink.EndList();
 }
-Value ProxyRecord(const Clip& clip) {
-    return Fields(kProxyFields, clip.Proxy);
+void PutProxy(ValueSink& sink, const Clip& clip) {
+    PutFields(sink, kProxyFields, clip.Proxy);
 }
-Record MemoRecord(const Memo& memo) {
-    return Fields(kMemoFields, memo);
+void PutMemos(ValueSink& sink, const Clip& clip) {
+    sink.BeginList(ListOf::Records);
+    for (const Memo& memo : clip.Memos) {
+        PutFields(sink, kMemoFields, memo);
+    }
+    sink.EndList();
 }
-Value MemoRecords(const Clip& clip) {
-    return SequenceOf(clip.Memos, MemoRecord);
+void PutEnum(ValueSink& sink, std::int32_t value, const std::string& name) {
+    sink.BeginRecord();
+    sink.Name("value");
+    sink.Put(std::int64_t{value});
+    sink.Name("name");
+    sink.Put(std::string_view(name));
+    sink.EndRecord();
 }
-Value ClipCodeType(const Clip& clip) {
-    return CodeTypeRecord(CodeTypeOf(clip));
+void PutCodeType(ValueSink& sink, const Clip& clip) {
+    const eCodeType type = CodeTypeOf(clip);
+    PutEnum(sink, type, CodeTypeName(type));
 }
-Value ClipStandard(const Clip& clip) {
-    return StandardRecord(StandardOf(clip));
+void PutStandard(ValueSink& sink, const Clip& clip) {
+    const eP2_VIDEO_STANDARD standard = StandardOf(clip);
+    PutEnum(sink, standard, StandardName(standard));
 }
 
 constexpr Field<Clip> kClipFields[] = {
-    {"ShootStartTime", ShootStartDays},
-    {"ShootStartTimeStatus", ShootStartStatus},
+    {"ShootStartTime", PutShootStartDays},
+    {"ShootStartTimeStatus", PutShootStartStatus},
     {"GlobalClipGuid", Plain<&Clip::GlobalClipGuid>},
     {"GlobalClipID", Plain<&Clip::GlobalClipID>},
     {"CodecName", Plain<&Clip::CodecName>},
@@ -85,11 +98,11 @@ constexpr Field<Clip> kClipFields[] = {
     {"ExtraPath", Path<&Clip::ExtraPath>},
     {"IconPath", Path<&Clip::IconPath>},
     {"VideoPath", Path<&Clip::VideoPath>},
-    {"AudioPath", AudioPaths},
+    {"AudioPath", PutAudioPaths},
     {"XmlPath", Path<&Clip::XmlPath>},
     {"ProxyPath", Path<&Clip::ProxyPath>},
     {"ProxyVideoCodecName", Plain<&Clip::ProxyVideoCodecName>},
-    {"Proxy", ProxyRecord},
+    {"Proxy", PutProxy},
     {"AvcIntraClass50", Plain<&Clip::AvcIntraClass50>},
     {"CodecClass", Plain<&Clip::CodecClass>},
     {"ClipIdDigit", Plain<&Clip::ClipIdDigit>},
@@ -118,24 +131,20 @@ constexpr Field<Clip> kClipFields[] = {
     {"EndDate", Plain<&Clip::EndDate>},
     {"ClipName", Plain<&Clip::ClipName>},
     {"AspectRatio", Plain<&Clip::AspectRatio>},
-    {"Memos", MemoRecords},
+    {"Memos", PutMemos},
     {"AudioBitsPerSample", Plain<&Clip::AudioBitsPerSample>},
     {"UserClipName", Plain<&Clip::UserClipName>},
     {"StartTimecode", Plain<&Clip::StartTimecode>},
     {"DropFrame", Plain<&Clip::DropFrame>},
     {"SourceKind", Plain<&Clip::SourceKind>},
-    {"CodeType", ClipCodeType},
-    {"VideoStandard", ClipStandard},
+    {"CodeType", PutCodeType},
+    {"VideoStandard", PutStandard},
 };
-
-Record EnumRecord(std::int32_t value, std::string name) {
-    return {{"value", value}, {"name", std::move(name)}};
-}
 
 } // namespace
 
-Record ClipRecord(const _tag_P2Clip& clip) {
-    return Fields(kClipFields, clip);
+void PutClip(ValueSink& sink, const _tag_P2Clip& clip) {
+    PutFields(sink, kClipFields, clip);
 }
 
 eCodeType CodeTypeOf(const _tag_P2Clip& clip) {
@@ -146,12 +155,12 @@ eP2_VIDEO_STANDARD StandardOf(const _tag_P2Clip& clip) {
     return StandardFromRateIndex(RateIndexFromText(clip.FrameRate));
 }
 
-Record CodeTypeRecord(eCodeType type) {
-    return EnumRecord(type, CodeTypeName(type));
+Content CodeTypeRecord(eCodeType type) {
+    return [type](ValueSink& sink) { PutEnum(sink, type, CodeTypeName(type)); };
 }
 
-Record StandardRecord(eP2_VIDEO_STANDARD standard) {
-    return EnumRecord(standard, StandardName(standard));
+Content StandardRecord(eP2_VIDEO_STANDARD standard) {
+    return [standard](ValueSink& sink) { PutEnum(sink, standard, StandardName(standard)); };
 }
 
 } // namespace nqp2::tool

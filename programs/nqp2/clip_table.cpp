@@ -15,7 +15,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 
 namespace nqp2::tool {
 namespace {
@@ -147,15 +146,14 @@ void PrintClipTable(Console& console, const ClipOrder& clips) {
     for (const ClipColumn& column : columns) {
         heads.push_back(column.column);
     }
-    Table table(std::move(heads));
-    for (const Clip* clip : clips) {
-        std::vector<std::string> cells;
-        for (const ClipColumn& column : columns) {
-            cells.push_back(column.cell(*clip));
+    PrintTable(console, heads, [&](const TakeRow& take) {
+        Row row(columns.size());
+        for (const Clip* clip : clips) {
+            std::transform(columns.begin(), columns.end(), row.begin(),
+                           [clip](const ClipColumn& column) { return column.cell(*clip); });
+            take(row);
         }
-        table.AddRow(cells);
-    }
-    table.Print(console);
+    });
     console.Finish();
     console.Message(Summary(clips));
 }

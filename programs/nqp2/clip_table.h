@@ -3,19 +3,16 @@
 
 #pragma once
 
+#include "nqp2/clip_order.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/P2Clip.h"
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 namespace nqp2::tool {
 
 class Console;
-
-/// Clips in the order in which they are shown; the records belong to the caller.
-using ClipOrder = std::vector<const _tag_P2Clip*>;
 
 /// Prints one line a clip, what a person on set looks for, on standard output, and their number
 /// and running time on standard error.

@@ -3,9 +3,9 @@
 
 #include "nqp2/card.h"
 #include "nqp2/command.h"
-#include "nqp2/flat_fields.h"
 #include "nqp2/input_file.h"
 #include "nqp2/input_text.h"
+#include "nqp2/record_output.h"
 #include "nqp2/value.h"
 #include "nqp2/worker_session.h"
 
@@ -53,12 +53,7 @@ Status RunBaseInfo(Console& console, const BaseInfoOptions& options) {
     WorkerSession session(options.worker);
     NQP2BaseClipInfo info;
     session.Require(session->GetP2BaseClipInfo(path, info) == 1, options.file, "not described");
-    const Record record = BaseInfoRecord(info);
-    if (options.json) {
-        PrintJson(console, record);
-    } else {
-        PrintFields(console, record);
-    }
+    PrintRecord(console, options.json, BaseInfoRecord(info));
     return kDone;
 }
 

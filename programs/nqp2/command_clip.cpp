@@ -4,9 +4,8 @@
 #include "nqp2/card.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
-#include "nqp2/flat_fields.h"
+#include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
-#include "nqp2/value.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
@@ -59,12 +58,7 @@ _tag_P2Clip ReadClip(const ClipOptions& options) {
 Status RunClip(Console& console, const ClipOptions& options) {
     RequirePlainName(options.name);
     const _tag_P2Clip clip = ReadClip(options);
-    const Record record = ClipRecord(clip);
-    if (options.json) {
-        PrintJson(console, record);
-    } else {
-        PrintFields(console, record);
-    }
+    PrintRecord(console, options.json, Content([&clip](ValueSink& sink) { PutClip(sink, clip); }));
     return kDone;
 }
 

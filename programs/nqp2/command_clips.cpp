@@ -3,9 +3,10 @@
 
 #include "nqp2/card.h"
 #include "nqp2/clip_fields.h"
+#include "nqp2/clip_order.h"
 #include "nqp2/clip_table.h"
 #include "nqp2/command.h"
-#include "nqp2/flat_fields.h"
+#include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 #include "nqp2/value.h"
 #include "nqp2/worker_session.h"
@@ -14,17 +15,14 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace nqp2::tool {
 namespace {
 
 using Clip = _tag_P2Clip;
-using Before = bool (*)(const Clip*, const Clip*);
 
 struct ClipsOptions {
     std::string card;
@@ -42,53 +40,6 @@ struct Scan {
     CArray<Clip> clips;
     ScanReport report;
 };
-
-bool NameBefore(const Clip* left, const Clip* right) {
-    const int order = left->ClipName.CompareNoCase(right->ClipName);
-    return order != 0 ? order < 0 : left->ClipName < right->ClipName;
-}
-
-/// By shooting start, clips without one last.
-bool DateBefore(const Clip* left, const Clip* right) {
-    const bool leftDated = !left->StartDate.IsEmpty();
-    const bool rightDated = !right->StartDate.IsEmpty();
-    if (leftDated != rightDated) {
-        return leftDated;
-    }
-    return left->StartDate == right->StartDate ? NameBefore(left, right)
-                                               : left->StartDate < right->StartDate;
-}
-
-struct NamedOrder {
-    const char* name;
-    Before before; ///< null keeps the order of the card's folder
-};
-constexpr NamedOrder kOrders[] = {{"date", DateBefore}, {"name", NameBefore}, {"none", nullptr}};
-
-std::vector<std::string> OrderNames() {
-    std::vector<std::string> names;
-    for (const NamedOrder& order : kOrders) {
-        names.emplace_back(order.name);
-    }
-    return names;
-}
-
-Before OrderNamed(const std::string& name) {
-    return std::find_if(std::begin(kOrders), std::end(kOrders),
-                        [&](const NamedOrder& order) { return order.name == name; })
-        ->before;
-}
-
-ClipOrder Ordered(const CArray<Clip>& clips, Before before) {
-    ClipOrder order;
-    for (const Clip& clip : clips) {
-        order.push_back(&clip);
-    }
-    if (before != nullptr) {
-        std::stable_sort(order.begin(), order.end(), before);
-    }
-    return order;
-}
 
 /// Nothing for a folder that holds no such media.
 std::optional<Scan> ScanMedia(const CString& root) {
@@ -135,18 +86,17 @@ Scan ScanCard(Console& console, const Card& card, const ClipsOptions& options) {
 }
 
 Sequence ClipSequence(const ClipOrder& clips) {
-    return {clips.size(), [&clips](std::size_t index) { return ClipRecord(*clips[index]); }};
+    return {clips.size(),
+            [&clips](ValueSink& sink, std::size_t index) { PutClip(sink, *clips[index]); }};
 }
 
-void PrintClipsJson(Console& console, const Card& card, const ClipOrder& clips, const Scan& scan,
-                    bool report) {
-    Record document = {
-        {"card", card.Folder()}, {"kind", scan.kind}, {"clips", ClipSequence(clips)}};
+Record ClipsDocument(const Card& card, const Sequence& clips, const Scan& scan, bool report) {
+    Record document = {{"card", card.Folder()}, {"kind", scan.kind}, {"clips", clips}};
     if (report) {
         document.push_back({"skipped", SkippedValue(scan.report)});
         document.push_back({"takes", TakesValue(scan.report)});
     }
-    PrintJson(console, document);
+    return document;
 }
 
 /// How many files were skipped or are incomplete; companion files are no loss.
@@ -167,27 +117,23 @@ void WarnOfSkipped(Console& console, const Card& card, const ScanReport& report)
 }
 
 void PrintReport(Console& console, const ScanReport& report, bool aside) {
-    for (const std::string& line : ReportLines(report)) {
+    ForEachReportLine(report, [&](const std::string& line) {
         if (aside) {
             console.Message(line);
         } else {
             console.WriteLine(line);
         }
-    }
+    });
 }
 
 void PrintClips(Console& console, const ClipsOptions& options, const Card& card, const Scan& scan) {
-    const ClipOrder clips = Ordered(scan.clips, OrderNamed(options.sort));
-    if (options.form.json) {
-        PrintClipsJson(console, card, clips, scan, options.report);
-        return;
-    }
-    if (options.form.csv) {
-        PrintCsv(console, ClipRecord({}), ClipSequence(clips));
-    } else {
-        PrintClipTable(console, clips);
-    }
-    if (options.report) {
+    const ClipOrder clips = OrderedClips(scan.clips, options.sort);
+    const Sequence rows = ClipSequence(clips);
+    PrintListing(console, options.form,
+                 {ClipsDocument(card, rows, scan, options.report),
+                  Content([](ValueSink& sink) { PutClip(sink, {}); }), rows,
+                  [&clips](Console& target) { PrintClipTable(target, clips); }});
+    if (options.report && !options.form.json) {
         PrintReport(console, scan.report, options.form.csv);
     }
 }
@@ -214,7 +160,7 @@ void AddClipsCommand(const Command& program) {
     command
         .ValueOption("--sort", options.sort, "ORDER",
                      "By name (the default), by shooting date or not at all")
-        .OneOf(OrderNames());
+        .OneOf(ClipOrderNames());
     command.Flag("--report", options.report,
                  "Tell what was skipped and which takes are incomplete");
     command.Flag("--keep-digit", options.keepDigit, "Keep ClipIdDigit as read (else it is -1)");

@@ -6,7 +6,7 @@
 #include "nqp2/command.h"
 #include "nqp2/console.h"
 #include "nqp2/edl_fields.h"
-#include "nqp2/flat_fields.h"
+#include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 #include "nqp2/table.h"
 #include "nqp2/value.h"
@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -29,23 +30,28 @@ struct EdlOptions {
     bool strict = false;
 };
 
-void PrintEdlTable(Console& console, const CArray<tag_P2EDL>& edls) {
-    Table table({{"EDIT", Align::Left, 8},
-                 {"EVENTS", Align::Right, 0},
-                 {"LENGTH", Align::Right, 0},
-                 {"CODEC", Align::Left, 12},
-                 {"RATE", Align::Left, 0},
-                 {"CLIPS", Align::Left, 8}});
-    for (const tag_P2EDL& edl : edls) {
-        std::string clips;
-        for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
-            clips += (clips.empty() ? "" : " ") + BytesFromText(event.ClipName);
-        }
-        table.AddRow({BytesFromText(edl.Name), fmt::format("{}", edl.Events.GetSize()),
-                      LengthText(edl.Duration, edl.FrameRate), BytesFromText(edl.Codec),
-                      BytesFromText(edl.FrameRate), clips});
+Row EdlRow(const tag_P2EDL& edl) {
+    std::string clips;
+    for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
+        clips += (clips.empty() ? "" : " ") + BytesFromText(event.ClipName);
     }
-    table.Print(console);
+    return {BytesFromText(edl.Name),
+            fmt::format("{}", edl.Events.GetSize()),
+            LengthText(edl.Duration, edl.FrameRate),
+            BytesFromText(edl.Codec),
+            BytesFromText(edl.FrameRate),
+            clips};
+}
+
+void PrintEdlTable(Console& console, const CArray<tag_P2EDL>& edls) {
+    const std::vector<Column> columns = {{"EDIT", Align::Left, 8},    {"EVENTS", Align::Right, 0},
+                                         {"LENGTH", Align::Right, 0}, {"CODEC", Align::Left, 12},
+                                         {"RATE", Align::Left, 0},    {"CLIPS", Align::Left, 8}};
+    PrintTable(console, columns, [&](const TakeRow& take) {
+        for (const tag_P2EDL& edl : edls) {
+            take(EdlRow(edl));
+        }
+    });
     console.Finish();
     console.Message(fmt::format("{} edit list{}", edls.GetSize(), edls.GetSize() == 1 ? "" : "s"));
 }
@@ -55,14 +61,12 @@ void PrintEdls(Console& console, CArray<tag_P2EDL>& edls, const OutputForm& form
     std::stable_sort(edls.begin(), edls.end(), [](const tag_P2EDL& left, const tag_P2EDL& right) {
         return left.Name.CompareNoCase(right.Name) < 0;
     });
-    const Sequence records = SequenceOf(edls, EdlRecord);
-    if (form.json) {
-        PrintJson(console, {{"edls", records}});
-    } else if (form.csv) {
-        PrintCsv(console, EdlRecord({}), records);
-    } else {
-        PrintEdlTable(console, edls);
-    }
+    const Sequence records = SequenceOf(edls, PutEdl);
+    PrintListing(console, form,
+                 {{{"edls", records}},
+                  Content([](ValueSink& sink) { PutEdl(sink, {}); }),
+                  records,
+                  [&edls](Console& target) { PrintEdlTable(target, edls); }});
 }
 
 struct EdlScan {

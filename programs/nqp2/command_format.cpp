@@ -4,7 +4,7 @@
 #include "nqp2/card.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
-#include "nqp2/flat_fields.h"
+#include "nqp2/record_output.h"
 #include "nqp2/table.h"
 #include "nqp2/value.h"
 
@@ -45,28 +45,24 @@ Record FormatRecord(const DiskFormat& format) {
 }
 
 void PrintFormat(Console& console, const DiskFormat& format) {
-    Table table({{"", Align::Left, 0}, {"", Align::Left, 8}});
-    table.AddRow(
-        {"Code type", fmt::format("{} ({})", CodeTypeName(format.codeType), format.codeType)});
-    table.AddRow(
-        {"Standard", fmt::format("{} ({})", StandardName(format.standard), format.standard)});
-    table.AddRow({"Codec", BytesFromText(format.codec)});
-    table.AddRow({"Frame rate", BytesFromText(format.frameRate)});
-    table.AddRow({"Edit unit", BytesFromText(format.editUnit)});
-    table.AddRow({"Class 50", format.class50 != 0 ? "yes" : "no"});
-    table.Print(console);
+    PrintPairs(console, [&](const TakeRow& take) {
+        take({"Code type", fmt::format("{} ({})", CodeTypeName(format.codeType), format.codeType)});
+        take({"Standard", fmt::format("{} ({})", StandardName(format.standard), format.standard)});
+        take({"Codec", BytesFromText(format.codec)});
+        take({"Frame rate", BytesFromText(format.frameRate)});
+        take({"Edit unit", BytesFromText(format.editUnit)});
+        take({"Class 50", format.class50 != 0 ? "yes" : "no"});
+    });
 }
 
 Status RunFormat(Console& console, const FormatOptions& options) {
     const DiskFormat format = ReadFormat(Card(options.card));
     const Record record = FormatRecord(format);
-    if (options.form.json) {
-        PrintJson(console, record);
-    } else if (options.form.csv) {
-        PrintCsv(console, record, {1, [&record](std::size_t) { return Value(record); }});
-    } else {
-        PrintFormat(console, format);
-    }
+    PrintListing(console, options.form,
+                 {record,
+                  record,
+                  {1, [&record](ValueSink& sink, std::size_t) { Put(sink, record); }},
+                  [&](Console& target) { PrintFormat(target, format); }});
     return kDone;
 }
 

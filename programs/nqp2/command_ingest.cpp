@@ -3,8 +3,8 @@
 
 #include "nqp2/card.h"
 #include "nqp2/command.h"
-#include "nqp2/flat_fields.h"
 #include "nqp2/input_text.h"
+#include "nqp2/record_output.h"
 #include "nqp2/table.h"
 #include "nqp2/value.h"
 
@@ -65,23 +65,28 @@ Record IngestRecord(const IngestClip& clip) {
     return {{"ClipName", BytesFromText(clip.first)}, {"segments", segments}};
 }
 
-void PrintIngestTable(Console& console, const IngestList& list) {
-    Table table({{"CLIP", Align::Left, 8},
-                 {"IN", Align::Right, 0},
-                 {"OUT", Align::Right, 0},
-                 {"FRAMES", Align::Right, 0}});
-    for (const auto& [clipName, segments] : list) {
-        const std::string name = BytesFromText(clipName);
-        if (segments.empty()) {
-            table.AddRow({name, "", "", "0"});
-        }
-        for (const tag_P2SegInfo& segment : segments) {
-            const std::int64_t frames = std::int64_t{segment.OutPoint} - segment.InPoint + 1;
-            table.AddRow({name, fmt::format("{}", segment.InPoint),
-                          fmt::format("{}", segment.OutPoint), fmt::format("{}", frames)});
-        }
+void GiveIngestRows(const IngestClip& clip, const TakeRow& take) {
+    const std::string name = BytesFromText(clip.first);
+    if (clip.second.empty()) {
+        take({name, "", "", "0"});
     }
-    table.Print(console);
+    for (const tag_P2SegInfo& segment : clip.second) {
+        const std::int64_t frames = std::int64_t{segment.OutPoint} - segment.InPoint + 1;
+        take({name, fmt::format("{}", segment.InPoint), fmt::format("{}", segment.OutPoint),
+              fmt::format("{}", frames)});
+    }
+}
+
+void PrintIngestTable(Console& console, const IngestList& list) {
+    const std::vector<Column> columns = {{"CLIP", Align::Left, 8},
+                                         {"IN", Align::Right, 0},
+                                         {"OUT", Align::Right, 0},
+                                         {"FRAMES", Align::Right, 0}};
+    PrintTable(console, columns, [&](const TakeRow& take) {
+        for (const IngestClip& clip : list) {
+            GiveIngestRows(clip, take);
+        }
+    });
 }
 
 Status RunIngestList(Console& console, const IngestListOptions& options) {
@@ -92,15 +97,13 @@ Status RunIngestList(Console& console, const IngestListOptions& options) {
     if (!LoadIngestList(card.Root(), list, result)) {
         RequireDone(result);
     }
-    const Sequence records = {list.size(),
-                              [&list](std::size_t index) { return IngestRecord(list[index]); }};
-    if (options.form.json) {
-        PrintJson(console, {{"clips", records}});
-    } else if (options.form.csv) {
-        PrintCsv(console, IngestRecord({}), records);
-    } else {
-        PrintIngestTable(console, list);
-    }
+    const Sequence records = {list.size(), [&list](ValueSink& sink, std::size_t index) {
+                                  Put(sink, IngestRecord(list[index]));
+                              }};
+    PrintListing(console, options.form,
+                 {{{"clips", records}}, IngestRecord({}), records, [&list](Console& target) {
+                      PrintIngestTable(target, list);
+                  }});
     return kDone;
 }
 

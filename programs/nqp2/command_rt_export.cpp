@@ -5,6 +5,7 @@
 #include "nqp2/command.h"
 #include "nqp2/frame_stream.h"
 #include "nqp2/input_text.h"
+#include "nqp2/record_output.h"
 #include "nqp2/transfer_watch.h"
 #include "nqp2/value.h"
 #include "nqp2/worker_session.h"
@@ -168,9 +169,9 @@ void PrintRecording(Console& console, const RtExportOptions& options,
                     const std::vector<std::string>& names, std::int64_t frames) {
     if (options.json) {
         List clips(names.begin(), names.end());
-        PrintJson(console, {{"ClipName", names.empty() ? "" : names.front()},
-                            {"clips", std::move(clips)},
-                            {"frames", frames}});
+        PrintJson(console, Record{{"ClipName", names.empty() ? "" : names.front()},
+                                  {"clips", std::move(clips)},
+                                  {"frames", frames}});
     } else {
         console.WriteLine(fmt::format("{}: {} frames recorded", fmt::join(names, ", "), frames));
     }

@@ -5,6 +5,7 @@
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
+#include "nqp2/record_output.h"
 #include "nqp2/table.h"
 #include "nqp2/value.h"
 
@@ -166,30 +167,26 @@ std::string CodeTypeText(eCodeType type) {
                         : fmt::format("{} ({})", name, static_cast<int>(type));
 }
 
-void PrintSpace(Console& console, const Amounts& amounts, const Recording& recording,
-                const Space& space) {
-    Table table({{"", Align::Left, 0}, {"", Align::Left, 8}});
-    table.AddRow({"Code type", CodeTypeText(recording.codeType)});
-    table.AddRow({"Standard", fmt::format("{} ({})", StandardName(recording.standard),
-                                          static_cast<int>(recording.standard))});
-    table.AddRow(
-        {"Audio", recording.audioFlag != 0 ? "4 channels, 24 bits" : "4 channels, 16 bits"});
-    table.AddRow({"Free bytes", fmt::format("{}", space.freeBytes)});
-    table.AddRow({"Frames that fit",
-                  fmt::format("{}{}", space.maxFrames, space.maxFrames > 0 ? "" : " (none)")});
+void GiveSpaceRows(const Amounts& amounts, const Recording& recording, const Space& space,
+                   const TakeRow& take) {
+    take({"Code type", CodeTypeText(recording.codeType)});
+    take({"Standard", fmt::format("{} ({})", StandardName(recording.standard),
+                                  static_cast<int>(recording.standard))});
+    take({"Audio", recording.audioFlag != 0 ? "4 channels, 24 bits" : "4 channels, 16 bits"});
+    take({"Free bytes", fmt::format("{}", space.freeBytes)});
+    take({"Frames that fit",
+          fmt::format("{}{}", space.maxFrames, space.maxFrames > 0 ? "" : " (none)")});
     if (space.spaceForFrames) {
-        table.AddRow({"Frames asked for", fmt::format("{}", *amounts.frames)});
-        table.AddRow({"Bytes they take",
-                      fmt::format("{}{}", *space.spaceForFrames,
-                                  *space.spaceForFrames == kMostBytes ? " or more" : "")});
-        table.AddRow({"Fits", *space.fits ? "yes" : "no"});
+        take({"Frames asked for", fmt::format("{}", *amounts.frames)});
+        take({"Bytes they take",
+              fmt::format("{}{}", *space.spaceForFrames,
+                          *space.spaceForFrames == kMostBytes ? " or more" : "")});
+        take({"Fits", *space.fits ? "yes" : "no"});
     }
-    table.AddRow({"4 GB limit", space.framesFor4GB
-                                    ? fmt::format("reached with frame {}, {} bytes in all",
-                                                  *space.framesFor4GB, space.sizeFor4GB)
-                                    : "not known: the code type has no frame size, "
-                                      "all figures count sound alone"});
-    table.Print(console);
+    take({"4 GB limit", space.framesFor4GB ? fmt::format("reached with frame {}, {} bytes in all",
+                                                         *space.framesFor4GB, space.sizeFor4GB)
+                                           : "not known: the code type has no frame size, "
+                                             "all figures count sound alone"});
 }
 
 /// The number that the user gave with the option, if any.
@@ -215,7 +212,8 @@ Status RunSpace(Console& console, const SpaceOptions& options) {
     if (options.json) {
         PrintJson(console, SpaceRecord(space));
     } else {
-        PrintSpace(console, amounts, recording, space);
+        PrintPairs(console,
+                   [&](const TakeRow& take) { GiveSpaceRows(amounts, recording, space, take); });
     }
     return kDone;
 }

@@ -3,6 +3,7 @@
 
 #include "nqp2/card.h"
 #include "nqp2/command.h"
+#include "nqp2/record_output.h"
 #include "nqp2/transfer_watch.h"
 #include "nqp2/value.h"
 #include "nqp2/worker_session.h"
@@ -81,7 +82,7 @@ Status RunImport(Console& console, const TransferOptions& options) {
         }
     }
     if (options.json) {
-        PrintJson(console, {{"clips", records}});
+        PrintJson(console, Record{{"clips", records}});
     }
     return kDone;
 }
@@ -114,7 +115,7 @@ Status RunExport(Console& console, const TransferOptions& options) {
         TellIncomplete(console, label, sentence);
     }
     if (options.json) {
-        PrintJson(console, {{"card", card.Folder()}, {"clips", records}});
+        PrintJson(console, Record{{"card", card.Folder()}, {"clips", records}});
     } else {
         console.WriteLine(fmt::format("{}: exported to {}", label, card.Folder()));
     }

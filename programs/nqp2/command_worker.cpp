@@ -4,6 +4,7 @@
 #include "nqp2/bitmap_file.h"
 #include "nqp2/card.h"
 #include "nqp2/command.h"
+#include "nqp2/record_output.h"
 #include "nqp2/value.h"
 #include "nqp2/worker_session.h"
 
@@ -66,7 +67,7 @@ Status RunSerial(Console& console, const SerialOptions& options) {
     session.Require(session->GetP2SerialNumber(WorkerPath(options.card), serial) == 0,
                     card.Folder(), "no serial number");
     if (options.json) {
-        PrintJson(console, {{"P2SerialNo", BytesFromText(serial)}});
+        PrintJson(console, Record{{"P2SerialNo", BytesFromText(serial)}});
     } else {
         console.WriteLine(BytesFromText(serial));
     }
@@ -85,7 +86,7 @@ Status RunLastError(Console& console, const LastErrorOptions& options) {
         session.RequireNoFailure("the worker", "tells nothing");
     }
     if (options.json) {
-        PrintJson(console, {{"LastError", sentence}});
+        PrintJson(console, Record{{"LastError", sentence}});
     } else if (sentence.empty()) {
         console.Message("the worker answers and knows of no failure");
     } else {

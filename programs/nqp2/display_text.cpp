@@ -3,6 +3,8 @@
 
 #include "nqp2/display_text.h"
 
+#include "nqp2/output_text.h"
+
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -125,6 +127,9 @@ std::string Escaped(char32_t ch) {
 } // namespace
 
 std::string Printable(std::string_view text, LineBreaks lineBreaks) {
+    if (IsPlain(text)) {
+        return std::string(text);
+    }
     std::string out;
     out.reserve(text.size());
     while (!text.empty()) {
@@ -143,6 +148,9 @@ std::string Printable(std::string_view text, LineBreaks lineBreaks) {
 }
 
 int DisplayWidth(std::string_view text) {
+    if (IsPlain(text)) {
+        return static_cast<int>(text.size());
+    }
     int width = 0;
     while (!text.empty()) {
         const Decoded next = DecodeFirst(text);

@@ -70,8 +70,9 @@ Event EventFromInput(const InputValue& input) {
 
 using Edl = tag_P2EDL;
 
-Value EditUnit(const Edl& edl) {
-    return List{edl.EditUnit.Numerator, edl.EditUnit.Denominator};
+void PutEditUnit(ValueSink& sink, const Edl& edl) {
+    const std::int32_t unit[2] = {edl.EditUnit.Numerator, edl.EditUnit.Denominator};
+    PutField(sink, unit);
 }
 void TakeEditUnit(Edl& edl, const InputValue& input) {
     std::int32_t unit[2] = {};
@@ -79,15 +80,21 @@ void TakeEditUnit(Edl& edl, const InputValue& input) {
     edl.EditUnit = {unit[0], unit[1]};
 }
 
-Record EventRecord(const Event& event) {
-    Record record = Fields(kEventFields, event);
+void PutEvent(ValueSink& sink, const Event& event) {
+    sink.BeginRecord();
+    PutMembers(sink, kEventFields, event);
     if (!event.Clip.ClipName.IsEmpty()) { // readers of P2 edit lists leave it fresh
-        record.push_back({"Clip", ClipRecord(event.Clip)});
+        sink.Name("Clip");
+        PutClip(sink, event.Clip);
     }
-    return record;
+    sink.EndRecord();
 }
-Value Events(const Edl& edl) {
-    return SequenceOf(edl.Events, EventRecord);
+void PutEvents(ValueSink& sink, const Edl& edl) {
+    sink.BeginList(ListOf::Records);
+    for (const Event& event : edl.Events) {
+        PutEvent(sink, event);
+    }
+    sink.EndList();
 }
 void TakeEvents(Edl& edl, const InputValue& input) {
     input.ForEachElement(
@@ -98,7 +105,7 @@ constexpr TwoWayField<Edl> kEdlFields[] = {
     NQP2_FIELD(Edl, LeadingText),
     NQP2_FIELD(Edl, Name),
     NQP2_FIELD(Edl, Duration),
-    {{"EditUnit", EditUnit}, TakeEditUnit},
+    {{"EditUnit", PutEditUnit}, TakeEditUnit},
     NQP2_FIELD(Edl, StartTimecode),
     NQP2_FIELD(Edl, FrameRate),
     NQP2_FIELD(Edl, Codec),
@@ -107,14 +114,14 @@ constexpr TwoWayField<Edl> kEdlFields[] = {
     {{"IconPath", Path<&Edl::IconPath>}, Store<&Edl::IconPath>},
     NQP2_FIELD(Edl, Date),
     NQP2_FIELD(Edl, Identity),
-    {{"Events", Events}, TakeEvents},
+    {{"Events", PutEvents}, TakeEvents},
 };
 #undef NQP2_FIELD
 
 } // namespace
 
-Record EdlRecord(const tag_P2EDL& edl) {
-    return Fields(kEdlFields, edl);
+void PutEdl(ValueSink& sink, const tag_P2EDL& edl) {
+    PutFields(sink, kEdlFields, edl);
 }
 
 tag_P2EDL EdlFromInput(const InputValue& input) {

@@ -10,10 +10,9 @@ namespace nqp2::tool {
 
 class InputValue;
 
-/// Every field of an edit list under its own name in declaration order, "Events" a list of records
-/// of the same kind, each with its "Clip" when that record was filled. Paths are POSIX paths.
-/// Events are converted when they are printed: the edit list must outlive the record.
-Record EdlRecord(const tag_P2EDL& edl);
+/// Shows every field of an edit list under its own name in declaration order, "Events" a list of
+/// records of the same kind, each with its "Clip" when that record was filled. Paths are POSIX paths.
+void PutEdl(ValueSink& sink, const tag_P2EDL& edl);
 
 /// An edit list of the same form; what is missing keeps the value of a fresh record, an event's
 /// GUID is then that of its identifier. Throws Failure for a value of the wrong kind and for a name

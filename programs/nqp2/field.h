@@ -8,7 +8,6 @@
 #include "nqp2/value.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Guid.h"
-#include "NQP2ParserU/TextBytes.h"
 
 #include <concepts>
 #include <cstddef>
@@ -17,50 +16,62 @@
 
 namespace nqp2::tool {
 
-/// One field of an exported record: its name and how its value is read.
+/// One field of an exported record: its name and how its value is shown.
 template <class Source>
 struct Field {
     std::string_view name;
-    Value (*get)(const Source&);
+    void (*put)(ValueSink&, const Source&);
 };
 
-inline Value ValueOf(const CString& text) {
-    return BytesFromText(text);
+inline void PutField(ValueSink& sink, const CString& text) {
+    sink.Put(text);
 }
-inline Value ValueOf(const GUID& guid) {
-    return GuidText(guid);
+inline void PutField(ValueSink& sink, const GUID& guid) {
+    sink.Put(std::string_view(GuidText(guid)));
 }
-template <class Number>
-requires std::integral<Number> || std::floating_point<Number> Value ValueOf(Number number) {
-    return number;
+inline void PutField(ValueSink& sink, double number) {
+    sink.Put(number);
 }
-template <class Element, std::size_t Count>
-Value ValueOf(const Element (&elements)[Count]) {
-    List list;
-    for (const Element& element : elements) {
-        list.push_back(ValueOf(element));
+template <std::integral Number>
+void PutField(ValueSink& sink, Number number) {
+    sink.Put(Widened(number));
+}
+template <class Number, std::size_t Count>
+void PutField(ValueSink& sink, const Number (&numbers)[Count]) {
+    sink.BeginList(ListOf::Values);
+    for (const Number& number : numbers) {
+        PutField(sink, number);
     }
-    return list;
+    sink.EndList();
 }
 
 template <auto Member, class Source>
-Value Plain(const Source& source) {
-    return ValueOf(source.*Member);
+void Plain(ValueSink& sink, const Source& source) {
+    PutField(sink, source.*Member);
+}
+
+inline void PutPath(ValueSink& sink, const CString& path) {
+    sink.Put(std::string_view(RealPath(path)));
 }
 
 template <auto Member, class Source>
-Value Path(const Source& source) {
-    return RealPath(source.*Member);
+void Path(ValueSink& sink, const Source& source) {
+    PutPath(sink, source.*Member);
 }
 
 template <class FieldOfSource, class Source, std::size_t Count>
-Record Fields(const FieldOfSource (&fields)[Count], const Source& source) {
-    Record record;
-    record.reserve(Count);
+void PutMembers(ValueSink& sink, const FieldOfSource (&fields)[Count], const Source& source) {
     for (const FieldOfSource& field : fields) {
-        record.push_back({std::string(field.name), field.get(source)});
+        sink.Name(field.name);
+        field.put(sink, source);
     }
-    return record;
+}
+
+template <class FieldOfSource, class Source, std::size_t Count>
+void PutFields(ValueSink& sink, const FieldOfSource (&fields)[Count], const Source& source) {
+    sink.BeginRecord();
+    PutMembers(sink, fields, source);
+    sink.EndRecord();
 }
 
 } // namespace nqp2::tool

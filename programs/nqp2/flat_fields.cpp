@@ -4,137 +4,116 @@
 #include "nqp2/flat_fields.h"
 
 #include "nqp2/console.h"
-#include "nqp2/display_text.h"
+#include "nqp2/csv_row.h"
 #include "nqp2/table.h"
+#include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/core.h>
 
-#include <cstddef>
+#include <functional>
 #include <string>
-#include <string_view>
 #include <utility>
-#include <variant>
 #include <vector>
 
 namespace nqp2::tool {
 namespace {
 
-/// One leaf of a record under its dotted name: "Proxy.ProxyExt", "AudioPath.0".
-struct FlatField {
-    std::string name;
-    std::string text;
-};
-
-/// How deep lists of records are taken apart.
+/// How deep lists are taken apart.
 enum class Flatten {
-    Everything,        ///< "Memos.0.Text"; as many fields as there are elements
-    KeepListsOfRecords ///< such a list is one field in JSON: every record gives the same names
+    Everything,   ///< "Memos.0.Text"; as many fields as there are elements
+    ListsOfTexts, ///< any other list is one field: every record gives the same names
 };
 
-/// Collects the leaves of a value under their names.
-class Flattener {
+/// Hands out the leaves of a record with their dotted names: "Proxy.ProxyExt", "AudioPath.0". That
+/// of a list that is one field has no text.
+class LeafSink final : public ValueSink {
 public:
-    explicit Flattener(Flatten depth) : m_depth(depth) {}
+    using Take = std::function<void(const std::string& name, const std::string& text)>;
+    LeafSink(Flatten depth, Take take) : m_depth(depth), m_take(std::move(take)) {}
 
-    void Add(const std::string& name, const Value& value) {
-        std::visit([&](const auto& data) { AddData(name, data); }, value.data);
+    void Put(std::int64_t number) override { PutLeaf(fmt::format("{}", number)); }
+    void Put(std::uint64_t number) override { PutLeaf(fmt::format("{}", number)); }
+    void Put(double number) override { PutLeaf(fmt::format("{}", number)); }
+    void Put(bool truth) override { PutLeaf(fmt::format("{}", truth)); }
+    void Put(std::string_view text) override { PutLeaf(std::string(text)); }
+    void Put(const CString& text) override { PutLeaf(BytesFromText(text)); }
+    void BeginRecord() override { Begin(false); }
+    void Name(std::string_view name) override { Step(name); }
+    void EndRecord() override { m_levels.pop_back(); }
+    void BeginList(ListOf kind) override {
+        Begin(true);
+        if (m_depth == Flatten::ListsOfTexts && kind != ListOf::Texts && ++m_kept == 1) {
+            m_take(m_name, {});
+        }
+        m_levels.back().isKept = m_kept > 0;
     }
-    std::vector<FlatField> Take() { return std::move(m_fields); }
+    void EndList() override {
+        m_kept -= m_levels.back().isKept ? 1 : 0;
+        m_levels.pop_back();
+    }
 
 private:
-    void AddData(const std::string& name, const std::string& text) {
-        m_fields.push_back({name, text});
+    /// A record or list around what comes.
+    struct Level {
+        std::size_t nameLength = 0;
+        bool isList = false;
+        bool isKept = false;
+        int index = 0;
+    };
+    void Begin(bool isList) {
+        StepToElement();
+        m_levels.push_back({m_name.size(), isList});
     }
-    template <class Number>
-    void AddData(const std::string& name, Number number) {
-        m_fields.push_back({name, fmt::format("{}", number)});
+    void Step(std::string_view step) {
+        m_name.resize(m_levels.back().nameLength);
+        m_name += m_name.empty() ? "" : ".";
+        m_name += step;
     }
-    void AddData(const std::string& name, const Record& record) {
-        for (const NamedValue& member : record) {
-            Add(name + '.' + member.name, member.value);
+    void StepToElement() {
+        if (!m_levels.empty() && m_levels.back().isList) {
+            Step(fmt::format("{}", m_levels.back().index++));
         }
     }
-    void AddData(const std::string& name, const List& list) {
-        if (m_depth == Flatten::KeepListsOfRecords && !HoldsTexts(list)) {
-            m_fields.push_back({name, JsonText(list)});
-            return;
+    void PutLeaf(const std::string& text) {
+        StepToElement();
+        if (m_kept == 0) {
+            m_take(m_name, text);
         }
-        for (std::size_t i = 0; i < list.size(); ++i) {
-            Add(fmt::format("{}.{}", name, i), list[i]);
-        }
-    }
-    void AddData(const std::string& name, const Sequence& sequence) {
-        if (m_depth == Flatten::KeepListsOfRecords) {
-            m_fields.push_back({name, JsonText(sequence)});
-            return;
-        }
-        for (std::size_t i = 0; i < sequence.count; ++i) {
-            Add(fmt::format("{}.{}", name, i), sequence.at(i));
-        }
-    }
-    static bool HoldsTexts(const List& list) {
-        return !list.empty() && std::holds_alternative<std::string>(list.front().data);
     }
 
     Flatten m_depth;
-    std::vector<FlatField> m_fields;
+    Take m_take;
+    std::string m_name; ///< of what comes
+    std::vector<Level> m_levels;
+    int m_kept = 0; ///< lists around what comes that are one field
 };
-
-std::vector<FlatField> FlatFields(const Record& record, Flatten depth) {
-    Flattener flattener(depth);
-    for (const NamedValue& member : record) {
-        flattener.Add(member.name, member.value);
-    }
-    return flattener.Take();
-}
-
-/// A list of many events is one long cell: no copy is made only to double its quotes.
-void PrintCell(Console& console, const std::string& text) {
-    const std::string shown = Printable(text, LineBreaks::Keep);
-    if (shown.find_first_of(",\"\n") == std::string::npos) {
-        console.Write(shown);
-        return;
-    }
-    console.Write("\"");
-    std::string_view left = shown;
-    for (std::size_t quote = left.find('"'); quote != std::string_view::npos;
-         quote = left.find('"')) {
-        console.Write(left.substr(0, quote + 1));
-        console.Write("\"");
-        left.remove_prefix(quote + 1);
-    }
-    console.Write(left);
-    console.Write("\"");
-}
-
-void PrintRow(Console& console, const std::vector<FlatField>& fields,
-              std::string FlatField::*member) {
-    const char* separator = "";
-    for (const FlatField& field : fields) {
-        console.Write(separator);
-        PrintCell(console, field.*member);
-        separator = ",";
-    }
-    console.Write("\r\n");
-}
 
 } // namespace
 
-void PrintFields(Console& console, const Record& record) {
-    Table table({{"", Align::Left, 0}, {"", Align::Left, 8}});
-    for (const FlatField& field : FlatFields(record, Flatten::Everything)) {
-        table.AddRow({field.name, field.text});
-    }
-    table.Print(console);
+void PrintFields(Console& console, const Value& record) {
+    PrintPairs(console, [&](const TakeRow& take) {
+        LeafSink leaves(Flatten::Everything, [&](const std::string& name, const std::string& text) {
+            take({name, text});
+        });
+        Put(leaves, record);
+    });
 }
 
-void PrintCsv(Console& console, const Record& names, const Sequence& rows) {
-    PrintRow(console, FlatFields(names, Flatten::KeepListsOfRecords), &FlatField::name);
+void PrintCsv(Console& console, const Value& fresh, const Sequence& rows) {
+    OutputText out(&console);
+    const char* separator = "";
+    LeafSink names(Flatten::ListsOfTexts, [&](const std::string& name, const std::string&) {
+        out.Put(separator);
+        PutCell(out, name);
+        separator = ",";
+    });
+    Put(names, fresh);
+    out.Put("\r\n");
+    CsvRow row(out);
     for (std::size_t i = 0; i < rows.count; ++i) {
-        const Value row = rows.at(i);
-        PrintRow(console, FlatFields(std::get<Record>(row.data), Flatten::KeepListsOfRecords),
-                 &FlatField::text);
+        rows.put(row, i);
     }
+    out.Flush();
 }
 
 } // namespace nqp2::tool

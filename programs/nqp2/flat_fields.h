@@ -7,12 +7,14 @@
 
 namespace nqp2::tool {
 
-/// Prints each leaf of a record on a line of its own, with its dotted name before it.
-void PrintFields(Console& console, const Record& record);
+class Console;
 
-/// Prints records that have the same members as comma-separated values (RFC 4180, UTF-8): first
-/// the dotted field names, then a row for each. Control characters other than line breaks and tabs
-/// are written out.
-void PrintCsv(Console& console, const Record& names, const Sequence& rows);
+/// Prints each leaf of a record on a line of its own, with its dotted name before it.
+void PrintFields(Console& console, const Value& record);
+
+/// Prints records that have the same members as `fresh` as comma-separated values (RFC 4180,
+/// UTF-8): first the dotted field names, then a row for each. Control characters other than line
+/// breaks and tabs are written out.
+void PrintCsv(Console& console, const Value& fresh, const Sequence& rows);
 
 } // namespace nqp2::tool

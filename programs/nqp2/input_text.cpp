@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <numeric>
 
 namespace nqp2::tool {
 namespace {
@@ -20,8 +21,10 @@ namespace {
 constexpr std::string_view kGuidForms[] = {"xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx",
                                            "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx"};
 
+constexpr std::string_view kHexDigits = "0123456789abcdefABCDEF";
+
 bool IsHexDigit(char ch) {
-    return std::string_view("0123456789abcdefABCDEF").find(ch) != std::string_view::npos;
+    return kHexDigits.find(ch) != std::string_view::npos;
 }
 
 bool HasForm(std::string_view text, std::string_view form) {
@@ -66,9 +69,21 @@ std::ptrdiff_t Utf16Length(std::wstring_view text) {
 } // namespace
 
 std::string GuidText(const GUID& guid) {
-    std::string text = fmt::format("{:08x}-{:04x}-{:04x}-", guid.Data1, guid.Data2, guid.Data3);
-    for (std::size_t i = 0; i < std::size(guid.Data4); ++i) {
-        text += fmt::format("{}{:02x}", i == 2 ? "-" : "", guid.Data4[i]);
+    std::uint64_t left =
+        std::uint64_t{guid.Data1} << 32U | std::uint64_t{guid.Data2} << 16U | guid.Data3;
+    const std::uint64_t second =
+        std::accumulate(std::begin(guid.Data4), std::end(guid.Data4), std::uint64_t{0},
+                        [](std::uint64_t sum, std::uint8_t byte) { return sum << 8U | byte; });
+    std::string text(kGuidForms[0]);
+    constexpr std::size_t kSecondStart = 19;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (i == kSecondStart) {
+            left = second;
+        }
+        if (text[i] == 'x') {
+            text[i] = kHexDigits[left >> 60U];
+            left <<= 4U;
+        }
     }
     return text;
 }

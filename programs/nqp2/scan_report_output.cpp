@@ -106,11 +106,14 @@ std::string PositionText(const SkippedFile& file) {
 }
 
 Value SkippedValue(const ScanReport& report) {
-    return SequenceOf(report.skipped, SkippedRecord);
+    return SequenceOf(report.skipped, [](ValueSink& sink, const SkippedFile& file) {
+        Put(sink, SkippedRecord(file));
+    });
 }
 
 Value TakesValue(const ScanReport& report) {
-    return SequenceOf(report.takes, TakeRecord);
+    return SequenceOf(report.takes,
+                      [](ValueSink& sink, const Take& take) { Put(sink, TakeRecord(take)); });
 }
 
 /// Whether the file is among the clips all the same.
@@ -118,16 +121,15 @@ bool IsListed(const SkippedFile& file) {
     return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName;
 }
 
-std::vector<std::string> ReportLines(const ScanReport& report) {
-    std::vector<std::string> lines;
+void ForEachReportLine(const ScanReport& report,
+                       const std::function<void(const std::string& line)>& tell) {
     for (const SkippedFile& file : report.skipped) {
-        lines.push_back(fmt::format("{} {}: {}", IsListed(file) ? "remark" : "skipped",
-                                    PositionText(file), ReasonText(file)));
+        tell(fmt::format("{} {}: {}", IsListed(file) ? "remark" : "skipped", PositionText(file),
+                         ReasonText(file)));
     }
     for (const Take& take : report.takes) {
-        lines.push_back(TakeLine(take));
+        tell(TakeLine(take));
     }
-    return lines;
 }
 
 Status TellLosses(Console& console, const ScanReport& report, bool strict) {

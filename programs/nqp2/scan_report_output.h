@@ -7,8 +7,8 @@
 #include "nqp2/value.h"
 #include "NQP2ParserU/ScanReport.h"
 
+#include <functional>
 #include <string>
-#include <vector>
 
 namespace nqp2::tool {
 
@@ -16,9 +16,10 @@ namespace nqp2::tool {
 Value SkippedValue(const ScanReport& report);
 Value TakesValue(const ScanReport& report);
 
-/// The report in sentences, one line for each skipped file and each take; no lines when there is
-/// nothing to tell.
-std::vector<std::string> ReportLines(const ScanReport& report);
+/// Tells the report in sentences, one line for each skipped file and each take; no lines when there
+/// is nothing to tell.
+void ForEachReportLine(const ScanReport& report,
+                       const std::function<void(const std::string& line)>& tell);
 
 /// "PATH:LINE:COLUMN", the position only where there is one.
 std::string PositionText(const SkippedFile& file);

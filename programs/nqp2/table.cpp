@@ -5,11 +5,13 @@
 
 #include "nqp2/console.h"
 #include "nqp2/display_text.h"
+#include "nqp2/output_text.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <numeric>
-#include <utility>
+#include <optional>
 
 namespace nqp2::tool {
 namespace {
@@ -34,83 +36,101 @@ std::size_t WidestYielding(const std::vector<Column>& columns, const std::vector
     return widest;
 }
 
-std::string Padded(const std::string& text, int width, Align align) {
-    const std::string padding(static_cast<std::size_t>(std::max(0, width - DisplayWidth(text))),
-                              ' ');
-    return align == Align::Left ? text + padding : padding + text;
-}
-
-} // namespace
-
-Table::Table(std::vector<Column> columns) : m_columns(std::move(columns)) {}
-
-void Table::AddRow(const std::vector<std::string>& cells) {
-    std::vector<std::string> row(m_columns.size());
-    std::transform(cells.begin(), cells.end(), row.begin(),
-                   [](const std::string& cell) { return Printable(cell, LineBreaks::Escape); });
-    m_rows.push_back(std::move(row));
-}
-
-void Table::Print(Console& console) const {
-    if (m_rows.empty()) {
-        return;
-    }
-    const std::optional<int> room = console.OutputWidth();
-    const std::vector<int> widths = ColumnWidths(room);
-    const auto print = [&](const std::vector<std::string>& cells) {
-        const std::string line = Line(cells, widths, room.has_value());
-        console.Write((room ? CutToWidth(line, *room) : line) + '\n');
-    };
-    const std::vector<std::string> titles = Titles();
-    if (std::any_of(titles.begin(), titles.end(),
-                    [](const auto& title) { return !title.empty(); })) {
-        print(titles);
-    }
-    std::for_each(m_rows.begin(), m_rows.end(), print);
-}
-
-std::vector<int> Table::ColumnWidths(std::optional<int> room) const {
+/// As wide as the titles and the widest cells; nothing when there are no rows.
+std::vector<int> WidestCells(const std::vector<Column>& columns, const GiveRows& giveRows) {
     std::vector<int> widths;
-    for (std::size_t i = 0; i < m_columns.size(); ++i) {
-        int width = DisplayWidth(m_columns[i].title);
-        for (const auto& row : m_rows) {
-            width = std::max(width, DisplayWidth(row[i]));
+    std::transform(columns.begin(), columns.end(), std::back_inserter(widths),
+                   [](const Column& column) { return DisplayWidth(column.title); });
+    bool hasRows = false;
+    giveRows([&](const Row& row) {
+        hasRows = true;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            widths[i] = std::max(widths[i], DisplayWidth(Printable(row[i], LineBreaks::Escape)));
         }
-        widths.push_back(width);
-    }
+    });
+    return hasRows ? widths : std::vector<int>();
+}
+
+void FitWidths(const std::vector<Column>& columns, std::optional<int> room,
+               std::vector<int>& widths) {
     if (!room) {
         // Nothing is cut here; but one endless name must not blow every line up.
         std::for_each(widths.begin(), widths.end(),
                       [](int& width) { width = std::min(width, kWidestPadding); });
     }
     while (room && RowWidth(widths) > *room) {
-        const std::size_t widest = WidestYielding(m_columns, widths);
-        if (widest == m_columns.size()) {
+        const std::size_t widest = WidestYielding(columns, widths);
+        if (widest == columns.size()) {
             break;
         }
         --widths[widest];
     }
-    return widths;
 }
 
-std::string Table::Line(const std::vector<std::string>& cells, const std::vector<int>& widths,
-                        bool cut) const {
-    std::string line;
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        line.append(i == 0 ? 0 : kGap, ' ');
-        const std::string cell = cut ? CutToWidth(cells[i], std::max(1, widths[i])) : cells[i];
-        line += Padded(cell, widths[i], m_columns[i].align);
-    }
-    line.erase(line.find_last_not_of(' ') + 1);
-    return line;
+/// Appends a cell to a line.
+void Pad(std::string& line, const std::string& text, int width, Align align) {
+    const auto padding = static_cast<std::size_t>(std::max(0, width - DisplayWidth(text)));
+    line.append(align == Align::Right ? padding : 0, ' ');
+    line += text;
+    line.append(align == Align::Left ? padding : 0, ' ');
 }
 
-std::vector<std::string> Table::Titles() const {
-    std::vector<std::string> titles;
-    for (const Column& column : m_columns) {
-        titles.push_back(column.title);
+/// Writes the lines of a table whose widths are settled.
+class LinePrinter {
+public:
+    LinePrinter(Console& console, const std::vector<Column>& columns,
+                const std::vector<int>& widths, std::optional<int> room)
+        : m_out(&console), m_columns(columns), m_widths(widths), m_room(room) {}
+
+    void Print(const Row& row) {
+        std::string line;
+        for (std::size_t i = 0; i < m_columns.size(); ++i) {
+            line.append(i == 0 ? 0 : kGap, ' ');
+            const std::string cell =
+                i < row.size() ? Printable(row[i], LineBreaks::Escape) : std::string();
+            Pad(line, m_room ? CutToWidth(cell, std::max(1, m_widths[i])) : cell, m_widths[i],
+                m_columns[i].align);
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        m_out.Put(m_room ? CutToWidth(line, *m_room) : line, '\n');
     }
+    void Finish() { m_out.Flush(); }
+
+private:
+    OutputText m_out;
+    const std::vector<Column>& m_columns;
+    const std::vector<int>& m_widths;
+    std::optional<int> m_room;
+};
+
+Row Titles(const std::vector<Column>& columns) {
+    Row titles;
+    std::transform(columns.begin(), columns.end(), std::back_inserter(titles),
+                   [](const Column& column) { return column.title; });
     return titles;
+}
+
+} // namespace
+
+void PrintTable(Console& console, const std::vector<Column>& columns, const GiveRows& giveRows) {
+    std::vector<int> widths = WidestCells(columns, giveRows);
+    if (widths.empty()) {
+        return;
+    }
+    const std::optional<int> room = console.OutputWidth();
+    FitWidths(columns, room, widths);
+    LinePrinter lines(console, columns, widths, room);
+    const Row titles = Titles(columns);
+    if (std::any_of(titles.begin(), titles.end(),
+                    [](const std::string& title) { return !title.empty(); })) {
+        lines.Print(titles);
+    }
+    giveRows([&](const Row& row) { lines.Print(row); });
+    lines.Finish();
+}
+
+void PrintPairs(Console& console, const GiveRows& giveRows) {
+    PrintTable(console, {{"", Align::Left, 0}, {"", Align::Left, 8}}, giveRows);
 }
 
 } // namespace nqp2::tool

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <optional>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,25 +20,19 @@ struct Column {
     int narrowest = 0;
 };
 
-/// Rows of text in columns that are as wide as their widest cell. On a terminal the widest columns
-/// are made narrower until a row fits, and what still does not fit is cut.
-class Table {
-public:
-    explicit Table(std::vector<Column> columns);
+/// Cells, at most one for each column; they are made printable.
+using Row = std::vector<std::string>;
+using TakeRow = std::function<void(const Row& row)>;
+using GiveRows = std::function<void(const TakeRow& take)>;
 
-    /// One cell per column; the cells are made printable.
-    void AddRow(const std::vector<std::string>& cells);
-    /// Prints the titles (unless all are empty) and the rows; nothing when there are no rows.
-    void Print(Console& console) const;
-
-private:
-    [[nodiscard]] std::vector<int> ColumnWidths(std::optional<int> room) const;
-    [[nodiscard]] std::string Line(const std::vector<std::string>& cells,
-                                   const std::vector<int>& widths, bool cut) const;
-    [[nodiscard]] std::vector<std::string> Titles() const;
-
-    std::vector<Column> m_columns;
-    std::vector<std::vector<std::string>> m_rows;
-};
+/// Prints rows of text in columns that are as wide as their widest cell: the titles (unless all are
+/// empty) and the rows; nothing when there are no rows. On a terminal the widest columns are made
+/// narrower until a row fits, and what still does not fit is cut. Throws Failure when standard
+/// output cannot be written.
+/// `giveRows` is called twice, for the widths and for the lines, and gives the same rows each time,
+/// so that none is kept.
+void PrintTable(Console& console, const std::vector<Column>& columns, const GiveRows& giveRows);
+/// The same of rows without titles, each a name and what it stands for.
+void PrintPairs(Console& console, const GiveRows& giveRows);
 
 } // namespace nqp2::tool

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "nqp2/value_sink.h"
+
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -15,8 +17,6 @@
 
 namespace nqp2::tool {
 
-class Console;
-
 struct NamedValue;
 struct Value;
 
@@ -24,25 +24,20 @@ using List = std::vector<Value>;
 /// Members in the order in which they are shown.
 using Record = std::vector<NamedValue>;
 
-/// A list whose elements are made when they are printed, so that what has many is not held twice.
-/// The source of the elements must outlive it.
+/// A value that is made when it is shown. What it is made of must outlive it.
+using Content = std::function<void(ValueSink& sink)>;
+
+/// A list of records that are made one at a time when they are shown, so that what has many is not
+/// held twice. The source of the elements must outlive it.
 struct Sequence {
     std::size_t count = 0;
-    std::function<Value(std::size_t)> at;
+    std::function<void(ValueSink& sink, std::size_t index)> put;
 };
-
-/// The elements of an array, each converted.
-template <class Items, class Convert>
-Sequence SequenceOf(const Items& items, Convert convert) {
-    return {static_cast<std::size_t>(items.GetSize()), [&items, convert](std::size_t index) {
-                return Value(convert(items[static_cast<std::int64_t>(index)]));
-            }};
-}
 
 /// What a command has to tell, independent of whether it comes out as table, CSV or JSON.
 struct Value {
     using Data = std::variant<std::int64_t, std::uint64_t, double, bool, std::string, List, Record,
-                              Sequence>;
+                              Sequence, Content>;
 
     template <std::integral T>
     Value(T number);          // NOLINT(google-explicit-constructor)
@@ -51,12 +46,13 @@ struct Value {
     Value(List list);         // NOLINT(google-explicit-constructor)
     Value(Record record);     // NOLINT(google-explicit-constructor)
     Value(Sequence sequence); // NOLINT(google-explicit-constructor)
+    Value(Content content);   // NOLINT(google-explicit-constructor)
 
     Data data;
 };
 
 struct NamedValue {
-    std::string name;
+    std::string_view name; ///< as ValueSink takes it, a literal
     Value value;
 };
 
@@ -79,13 +75,18 @@ inline Value::Value(std::string text) : data(std::move(text)) {}
 inline Value::Value(List list) : data(std::move(list)) {}
 inline Value::Value(Record record) : data(std::move(record)) {}
 inline Value::Value(Sequence sequence) : data(std::move(sequence)) {}
+inline Value::Value(Content content) : data(std::move(content)) {}
 
-/// Prints a document as JSON in UTF-8: each member of the record on a line of its own, and each
-/// element of a member that is a list of records. Bytes that are no UTF-8 become U+FFFD; control
-/// characters are escaped.
-void PrintJson(Console& console, const Record& document);
+/// Shows a value.
+void Put(ValueSink& sink, const Value& value);
 
-/// The same form on one line.
-std::string JsonText(const Value& value);
+/// The elements of an array, each shown by `put`.
+template <class Items, class PutOne>
+Sequence SequenceOf(const Items& items, PutOne put) {
+    return {static_cast<std::size_t>(items.GetSize()),
+            [&items, put](ValueSink& sink, std::size_t index) {
+                put(sink, items[static_cast<std::int64_t>(index)]);
+            }};
+}
 
 } // namespace nqp2::tool

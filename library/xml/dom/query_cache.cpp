@@ -36,18 +36,28 @@ QueryCache::QueryCache() = default;
 QueryCache::~QueryCache() = default;
 
 const QueryCache::Anchors& QueryCache::AnchorsOf(Node& top, const NameTest& test) {
-    const std::uint64_t version = top.tree->Version();
-    if (m_version != version || m_top != &top || m_name != test.name || m_uri != test.uri ||
+    if (m_top != &top || m_name != test.name || m_uri != test.uri ||
         m_byNamespace != test.byNamespace) {
         m_top = nullptr; // in case that memory does not suffice for the list
         ScanForAnchors(m_anchors, top, test);
         m_name = test.name;
         m_uri = test.uri;
         m_byNamespace = test.byNamespace;
-        m_version = version;
         m_top = &top;
     }
     return m_anchors;
+}
+
+bool QueryCache::MayHoldAnchors(const Node& top) const noexcept {
+    constexpr int kFew = 16; // nodes that are looked at: parts are moved about as well
+    const NameTest test{m_name, m_uri, m_byNamespace};
+    int count = 0;
+    for (const Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+        if (++count > kFew || test.Fits(*each)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 XPathView& QueryCache::ViewOf(Node& top) {
@@ -60,8 +70,8 @@ XPathView& QueryCache::ViewOf(Node& top) {
 void QueryCache::LetGo() noexcept {
     constexpr std::size_t kKept = 1024;
     m_view.reset();
+    m_top = nullptr;
     if (m_anchors.nodes.capacity() > kKept) {
-        m_top = nullptr;
         m_anchors = {};
     }
 }

@@ -30,9 +30,10 @@ struct NameTest {
 };
 
 /// What queries found out about a tree, for the next ones: a reader asks dozens of paths that start
-/// with the same name. What it gives is right for the top node and the version of the tree at the
-/// time of the call, and is made anew when either differs from what it was made for; it may be used
-/// until the tree is changed or another query is asked.
+/// with the same name. What it gives is right for the tree at the time of the call; it may be used
+/// until the tree is changed or another query is asked. The anchors outlive changes that take none
+/// of them away and bring none: who edits and asks in turn looks through the tree anew only when
+/// elements of the name that is asked for come or go, or large parts of the tree.
 class QueryCache {
 public:
     QueryCache();
@@ -46,6 +47,13 @@ public:
         bool nested = false;      ///< one is inside another
     };
     const Anchors& AnchorsOf(Node& top, const NameTest& test);
+    /// The node, with all that is below it, came into the tree or left it.
+    void NoteMove(const Node& node) noexcept {
+        if (m_top != nullptr && node.type == NodeType::Element && MayHoldAnchors(node)) {
+            DropAnchors();
+        }
+    }
+    void DropAnchors() noexcept { m_top = nullptr; }
     /// The form of the tree that general XPath expressions are evaluated on.
     XPathView& ViewOf(Node& top);
 
@@ -53,8 +61,9 @@ public:
     void LetGo() noexcept;
 
 private:
-    std::uint64_t m_version = 0; ///< of the tree, when the anchors were looked for
-    const Node* m_top = nullptr;
+    [[nodiscard]] bool MayHoldAnchors(const Node& top) const noexcept;
+
+    const Node* m_top = nullptr; ///< the anchors are those below it; null: there are none yet
     std::string m_name;
     std::string m_uri;
     bool m_byNamespace = false;

@@ -64,6 +64,7 @@ Node* Tree::Root() const {
 
 void Tree::Clear() noexcept {
     m_queries.LetGo();
+    m_attributes.Clear();
     m_nodes.Clear();
     m_texts.Clear();
     m_known.fill(nullptr);
@@ -182,14 +183,14 @@ bool Tree::Insert(Node& parent, Node& child, Node* before) {
     }
     child.parent = &parent;
     Link(parent.m_firstChild, child, before);
-    ++m_version;
+    NoteMove(child);
     return true;
 }
 
 void Tree::Append(Node& parent, Node& child) {
     child.parent = &parent;
     Link(parent.m_firstChild, child, nullptr);
-    ++m_version;
+    NoteMove(child);
 }
 
 void Tree::Unlink(Node& node) {
@@ -198,7 +199,7 @@ void Tree::Unlink(Node& node) {
     }
     TakeOut(node.parent->m_firstChild, node);
     node.parent = nullptr;
-    ++m_version;
+    NoteMove(node);
 }
 
 void Tree::AppendAttribute(Node& element, std::string_view name, std::string_view value,
@@ -212,12 +213,13 @@ void Tree::AppendKeptAttribute(Node& element, std::string_view name, std::string
     HoldKept(attribute, kept);
     attribute.parent = &element;
     Link(element.m_firstAttribute, attribute, nullptr);
+    m_attributes.Added(attribute);
     ++m_version;
 }
 
 void Tree::SetAttribute(Node& element, std::string_view name, std::string_view value,
                         std::string_view uri) {
-    Node* const present = FindAttribute(element, name);
+    Node* const present = m_attributes.Find(element, name);
     if (present == nullptr) {
         AppendAttribute(element, name, value, uri);
         return;
@@ -275,6 +277,7 @@ Node& Tree::Copy(const Node& source) {
 
 void Tree::SetRule(std::shared_ptr<const SelectionRule> rule) noexcept {
     m_rule = std::move(rule);
+    m_queries.DropAnchors();
     ++m_version;
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "xml/dom/arena.h"
+#include "xml/dom/attribute_index.h"
 #include "xml/dom/node.h"
 #include "xml/dom/query_cache.h"
 #include "xml/dom/select.h"
@@ -96,6 +97,11 @@ private:
     static void Link(Node*& first, Node& node, Node* before) noexcept;
     static void TakeOut(Node*& first, Node& node) noexcept;
     Node& CopyAlone(const Node& source);
+    /// A node came into the tree or left it, with all that is below it.
+    void NoteMove(const Node& node) noexcept {
+        ++m_version;
+        m_queries.NoteMove(node);
+    }
 
     void MarkAlive() noexcept;
     static void MarkBelow(Node& top) noexcept;
@@ -111,6 +117,7 @@ private:
     std::size_t m_tidyAt = 0; ///< bytes in use
     std::shared_ptr<const SelectionRule> m_rule;
     QueryCache m_queries;
+    AttributeIndex m_attributes;
 
     /// Names that were met of late: a document repeats few of them many times.
     static constexpr std::size_t kKnownNames = 64;

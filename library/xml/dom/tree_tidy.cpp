@@ -71,6 +71,7 @@ void Tree::Tidy() noexcept {
         return;
     }
     m_queries.LetGo();
+    m_attributes.Clear();
     ++m_version; // what was found in the tree is to be looked for again
     MarkAlive();
     m_nodes.KeepAlive();

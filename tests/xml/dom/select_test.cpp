@@ -9,6 +9,9 @@
 
 #include <algorithm>
 #include <memory>
+#include <random>
+#include <string>
+#include <vector>
 
 namespace nqp2::dom {
 namespace {
@@ -127,6 +130,33 @@ TEST(WalkPath, SeesEveryChangeOfTheTree) {
     EXPECT_EQ(SelectAll(document.Top(), "//a/b").size(), 1U);
     ASSERT_TRUE(document.LoadText("<r><a><a><b>2</b></a><b>3</b></a></r>"));
     EXPECT_EQ(TextsAt(document, "//a/b"), "2 3 ");
+}
+
+/// Elements come, go and move, alone and with up to twenty below them, asked for each time.
+TEST(WalkPath, SeesMovesOfAnySize) {
+    std::mt19937 random(1);
+    const LoadedDocument document("<a><b/><p:a xmlns:p='u'><a/></p:a></a>");
+    Tree& tree = document.Nodes();
+    for (int round = 0; round < 600; ++round) {
+        std::vector<Node*> all = SelectAll(document.Top(), "//*[not(self::x)]");
+        Node& target = *all[random() % all.size()];
+        if (all.size() > 60 && &target != tree.Root()) {
+            tree.Unlink(target);
+        } else {
+            Node& fresh = tree.CreateElement(random() % 2 == 0 ? "a" : "b", "");
+            Node* last = &fresh;
+            for (std::size_t deep = random() % 20; deep > 0; --deep) {
+                Node& child = tree.CreateElement(deep == 1 ? "a" : "x", "");
+                tree.Append(*last, child);
+                last = &child;
+            }
+            tree.Insert(target, fresh, random() % 2 == 0 ? target.FirstChild() : nullptr);
+        }
+        XPathView view(document.Top(), tree.Rule());
+        const std::string path = random() % 4 != 0 ? "//a" : "//b/a";
+        ASSERT_EQ(SelectAll(document.Top(), path), view.Evaluate(document.Top(), path, tree.Rule()))
+            << round;
+    }
 }
 
 } // namespace

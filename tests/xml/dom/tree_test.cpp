@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -55,6 +56,25 @@ TEST(Serialize, SubNodeStandsAloneWithTheDeclarationsItNeeds) {
         EXPECT_EQ(Serialize(document.First(path)), xml) << path;
         const LoadedDocument other("<o/>");
         EXPECT_EQ(Serialize(other.Nodes().Copy(document.First(path))), xml) << "so does a copy";
+    }
+}
+
+TEST(Attributes, AreFoundAmongManyOfTwoElementsInTurn) {
+    const LoadedDocument document("<r><s/></r>");
+    Tree& tree = document.Nodes();
+    Node* const elements[] = {tree.Root(), tree.Root()->FirstChild()};
+    for (int round = 0; round < 600; ++round) {
+        Node& element = *elements[round / 50 % 2];
+        const std::string name = "n" + std::to_string(round % 120);
+        tree.SetAttribute(element, name, std::to_string(round));
+        ASSERT_EQ(FindAttribute(element, name)->Content(), std::to_string(round));
+    }
+    for (const Node* const element : elements) {
+        std::set<std::string_view> names;
+        for (const Node* each = element->FirstAttribute(); each != nullptr; each = each->Next()) {
+            EXPECT_TRUE(names.insert(each->Name()).second) << each->Name();
+        }
+        EXPECT_GT(names.size(), 64U);
     }
 }
 
