@@ -16,9 +16,9 @@
 
 namespace nqp2::channel {
 
-/// The memory of one direction of a channel: slots of one size in a memory file that both processes
-/// map, and a page of notes behind them. The file can neither shrink nor grow, so that no access can
-/// miss it.
+/// The memory of one direction of a channel: slots of one size in a memory file that both
+/// processes map, and a page of notes behind them. The file can neither shrink nor grow, so that no
+/// access can miss it.
 class Segment {
 public:
     /// Makes the memory for messages of 1 to kMaxMessageSize bytes; `file` becomes what the peer
@@ -39,8 +39,8 @@ public:
     /// The slot that begins there.
     [[nodiscard]] std::optional<std::uint32_t> SlotAt(const void* address) const;
 
-    // The notes: each is written by one end only, and what a peer writes there out of turn costs its
-    // own messages.
+    // The notes: each is written by one end only, and what a peer writes there out of turn costs
+    // its own messages.
 
     /// By the receiving end: the slot may be written again.
     void NoteRelease(std::uint32_t slot) const;

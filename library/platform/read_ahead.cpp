@@ -113,8 +113,8 @@ public:
     Crew(const Crew&) = delete;
     Crew& operator=(const Crew&) = delete;
 
-    /// The next file. False when the threads are to be ended, because the medium is quick or because
-    /// one of them ran out of something: it may do for the caller alone.
+    /// The next file. False when the threads are to be ended, because the medium is quick or
+    /// because one of them ran out of something: it may do for the caller alone.
     bool Take(FileContent& file) {
         std::unique_lock lock(m_mutex);
         Slot& slot = m_slots[m_taken % kWindow];

@@ -11,7 +11,8 @@ namespace nqp2::tool {
 class InputValue;
 
 /// Shows every field of an edit list under its own name in declaration order, "Events" a list of
-/// records of the same kind, each with its "Clip" when that record was filled. Paths are POSIX paths.
+/// records of the same kind, each with its "Clip" when that record was filled. Paths are POSIX
+/// paths.
 void PutEdl(ValueSink& sink, const tag_P2EDL& edl);
 
 /// An edit list of the same form; what is missing keeps the value of a fresh record, an event's
