@@ -29,10 +29,10 @@ bool FrameStream::Next(Frames& frames) {
 }
 
 bool FrameStream::Fits(const Frames& frames) const {
-    constexpr std::size_t kMostBytes = std::size_t{2} << 20U;
+    constexpr std::size_t kMostOfRequest = std::size_t{2} << 20U;
     const auto count = static_cast<std::size_t>(frames.count);
     return count == 0 || (frames.video.size() == count * m_unit.size() &&
-                          frames.video.size() + m_unit.size() <= kMostBytes);
+                          frames.video.size() + m_unit.size() <= kMostOfRequest);
 }
 
 bool FrameStream::LookAhead() {
