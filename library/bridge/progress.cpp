@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "bridge/worker_proxy.h"
+#include "channel/abort_bell.h"
 #include "channel/slots.h"
 
 #include <chrono>
@@ -83,6 +84,7 @@ void CTNQ264BitSupport::StopProgressThread() {
 }
 
 void CTNQ264BitSupport::RunProgressThread() {
+    const nqp2::channel::RungFlag isRung(m_abort);
     while (IsSet(m_running)) {
         const ChannelPort port = CallbackPort();
         if (port.table == nullptr) {

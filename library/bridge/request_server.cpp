@@ -3,6 +3,7 @@
 
 #include "bridge/request_server.h"
 
+#include "channel/abort_bell.h"
 #include "channel/slots.h"
 #include "platform/guard.h"
 
@@ -24,6 +25,7 @@ constexpr std::size_t kMostConnections = 16; ///< each costs the host a thread a
 /// Calls `hearOne` until the flag is set or the channel closed.
 template <class HearOne>
 void HearUntil(std::int32_t& stop, HearOne hearOne) {
+    const channel::RungFlag isRung(stop);
     while (!IsSet(stop)) {
         const Heard heard = hearOne();
         if (heard == Heard::Closed) {

@@ -6,9 +6,11 @@
 #include "platform/guard.h"
 #include "platform/process.h"
 
+#include <algorithm>
 #include <mutex>
 #include <sys/eventfd.h>
 #include <utility>
+#include <vector>
 
 namespace nqp2::channel {
 namespace {
@@ -16,7 +18,8 @@ namespace {
 struct Hung {
     std::mutex mutex;
     std::weak_ptr<const platform::Descriptor> bell; ///< there while somebody waits
-    platform::Owner owner;                          ///< a child shares the descriptor
+    std::vector<const std::int32_t*> flags;         ///< that are set only with ringing
+    platform::Owner owner;
 };
 
 /// Never destroyed: threads of the library may outlive static objects.
@@ -25,33 +28,63 @@ Hung& TheBell() {
     return hung;
 }
 
+/// A child that the host forked shares the descriptor and has none of the threads: it begins anew.
+template <class Use>
+auto WithTheBell(Use use) {
+    Hung& hung = TheBell();
+    const std::lock_guard lock(hung.mutex);
+    if (!hung.owner.IsThisProcess()) {
+        hung.bell.reset();
+        hung.flags.clear();
+        hung.owner = {};
+    }
+    return use(hung);
+}
+
+std::shared_ptr<const platform::Descriptor> Hang(Hung& hung) {
+    platform::Descriptor fresh(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!fresh) {
+        return nullptr;
+    }
+    auto bell = std::make_shared<const platform::Descriptor>(std::move(fresh));
+    hung.bell = bell;
+    return bell;
+}
+
 } // namespace
 
 std::shared_ptr<const platform::Descriptor> AbortBell() {
     return platform::Guarded(std::shared_ptr<const platform::Descriptor>(), [] {
-        Hung& hung = TheBell();
-        const std::lock_guard lock(hung.mutex);
-        auto bell = hung.owner.IsThisProcess() ? hung.bell.lock() : nullptr;
-        platform::Descriptor fresh(bell == nullptr ? eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK) : -1);
-        if (fresh) {
-            bell = std::make_shared<const platform::Descriptor>(std::move(fresh));
-            hung.bell = bell;
-            hung.owner = {};
-        }
-        return bell;
+        return WithTheBell([](Hung& hung) {
+            const auto bell = hung.bell.lock();
+            return bell != nullptr ? bell : Hang(hung);
+        });
     });
 }
 
 /// A bell that has rung stays readable: the next ones who wait get another.
 void RingAbortBell() {
-    Hung& hung = TheBell();
-    const std::lock_guard lock(hung.mutex);
-    if (hung.owner.IsThisProcess()) {
+    WithTheBell([](Hung& hung) {
         if (const auto bell = hung.bell.lock()) {
             eventfd_write(bell->Get(), 1);
         }
         hung.bell.reset();
-    }
+    });
+}
+
+RungFlag::RungFlag(const std::int32_t& flag) : m_flag(flag) {
+    // Without memory it is looked at as others are.
+    platform::Guarded([&] { WithTheBell([&](Hung& hung) { hung.flags.push_back(&flag); }); });
+}
+
+RungFlag::~RungFlag() {
+    WithTheBell([&](Hung& hung) { std::erase(hung.flags, &m_flag); });
+}
+
+bool IsRungFor(const std::int32_t* flag) {
+    return WithTheBell([flag](Hung& hung) {
+        return std::find(hung.flags.begin(), hung.flags.end(), flag) != hung.flags.end();
+    });
 }
 
 } // namespace nqp2::channel

@@ -5,6 +5,7 @@
 
 #include "platform/descriptor.h"
 
+#include <cstdint>
 #include <memory>
 
 namespace nqp2::channel {
@@ -16,5 +17,21 @@ std::shared_ptr<const platform::Descriptor> AbortBell();
 
 /// Wakes all that hold a bell: a flag was set.
 void RingAbortBell();
+
+/// While it lives, other threads set this flag by RaiseFlag alone: whoever waits with it and has a
+/// bell need not look at it from time to time.
+class RungFlag {
+public:
+    explicit RungFlag(const std::int32_t& flag);
+    ~RungFlag();
+    RungFlag(const RungFlag&) = delete;
+    RungFlag& operator=(const RungFlag&) = delete;
+
+private:
+    const std::int32_t& m_flag;
+};
+
+/// Whether a RungFlag says so of that flag.
+bool IsRungFor(const std::int32_t* flag);
 
 } // namespace nqp2::channel

@@ -203,6 +203,7 @@ template <class Ready>
 ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t* abortFlag,
                                 Ready ready) {
     const platform::Deadline deadline(timeOut);
+    std::shared_ptr<const platform::Descriptor> bell; // kept from look to look, until it rings
     bool mayHaveNews = true;
     while (!m_isClosed) {
         // While a thread polls, it alone reads: it would sleep on when another had taken from the
@@ -221,15 +222,19 @@ ChannelStatus ChannelEnd::Await(Lock& lock, std::uint32_t timeOut, std::int32_t*
             mayHaveNews = true;
             continue;
         }
-        const auto bell = abortFlag != nullptr ? AbortBell() : nullptr;
+        if (abortFlag != nullptr) {
+            bell = AbortBell();
+        }
         if (AsksToAbort(abortFlag)) {
             return kChannelAborted;
         }
         if (deadline.HasPassed()) {
             return kChannelTimedOut;
         }
-        mayHaveNews =
-            WaitForNews(lock, deadline.Left(abortFlag != nullptr ? kAbortSlice : -1), bell.get());
+        // Who polls for all may have no bell.
+        const bool mustLook =
+            abortFlag != nullptr && (m_isPolling || bell == nullptr || !IsRungFor(abortFlag));
+        mayHaveNews = WaitForNews(lock, deadline.Left(mustLook ? kAbortSlice : -1), bell.get());
     }
     return kChannelClosed;
 }

@@ -51,7 +51,8 @@ void EssenceFile::Require(const MediaFault& fault) const {
 }
 
 bool EssenceFile::WriteAt(std::uint64_t position, std::string_view bytes) noexcept {
-    const bool isAhead = position == m_size && m_ahead.starts_with(bytes);
+    const bool isSame = bytes.data() == m_ahead.data() && bytes.size() <= m_ahead.size();
+    const bool isAhead = position == m_size && (isSame || m_ahead.starts_with(bytes));
     const bool isWritten = isAhead || platform::Guarded(false, [&] {
                                platform::IoStatus status = m_writer->WriteAt(position, bytes);
                                if (!status && m_failure) {

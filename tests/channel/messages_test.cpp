@@ -1,11 +1,13 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "channel/abort_bell.h"
 #include "channel/slots.h"
 
 #include "tests/channel/channel_test.h"
 
 #include <future>
+#include <optional>
 
 namespace nqp2::test {
 namespace {
@@ -115,15 +117,38 @@ TEST_F(MessagesTest, BuffersAreSentAndReleasedOnceAndByTheirAddress) {
 
 TEST_F(MessagesTest, AFlagThatIsRaisedEndsAWaitLongBeforeFlagsAreLookedAt) {
     Connect();
-    long time = 0;
-    for (int i = 0; i < 10; ++i) {
-        std::int32_t abortFlag = 0;
-        std::thread waiting(
-            [&] { EXPECT_EQ(Receive(Host(), m_host, &abortFlag).status, kChannelAborted); });
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        time += TimeOf([&] { channel::RaiseFlag(abortFlag), waiting.join(); });
+    for (const bool isLookedAt : {true, false}) {
+        SCOPED_TRACE(isLookedAt);
+        long time = 0;
+        for (int i = 0; i < 10; ++i) {
+            std::int32_t abortFlag = 0;
+            std::optional<channel::RungFlag> isRung;
+            if (!isLookedAt) {
+                isRung.emplace(abortFlag);
+            }
+            std::thread waiting(
+                [&] { EXPECT_EQ(Receive(Host(), m_host, &abortFlag).status, kChannelAborted); });
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            time += TimeOf([&] { channel::RaiseFlag(abortFlag), waiting.join(); });
+        }
+        EXPECT_LT(time, 10 * 5);
     }
-    EXPECT_LT(time, 10 * 5);
+}
+
+/// The thread that polls for all has no flag, and does not hear the bell.
+TEST_F(MessagesTest, AFlagThatIsRaisedEndsTheWaitOfWhoDoesNotPoll) {
+    Connect();
+    std::thread polling([&] { EXPECT_EQ(Receive(Host(), m_host).status, kChannelDone); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    std::int32_t abortFlag = 0;
+    const channel::RungFlag isRung(abortFlag);
+    std::thread waiting(
+        [&] { EXPECT_EQ(Receive(Host(), m_host, &abortFlag).status, kChannelAborted); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    channel::RaiseFlag(abortFlag);
+    waiting.join();
+    EXPECT_EQ(SendPattern(WorkerEnd(), m_worker, 1), kChannelDone);
+    polling.join();
 }
 
 } // namespace

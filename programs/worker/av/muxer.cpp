@@ -42,16 +42,33 @@ public:
 private:
     MediaFault Write(std::string_view unit) {
         const OwnPacket packet(av_packet_alloc());
-        if (packet == nullptr || av_new_packet(packet.get(), static_cast<int>(unit.size())) < 0) {
+        if (packet == nullptr || !Fill(*packet, unit)) {
             return AvReason(AVERROR(ENOMEM));
         }
-        std::copy(unit.begin(), unit.end(), packet->data);
         packet->pts = packet->dts = av_rescale_q(m_units, m_frame, Stream().time_base);
         packet->duration = av_rescale_q(m_units + 1, m_frame, Stream().time_base) - packet->pts;
         packet->flags |= AV_PKT_FLAG_KEY;
+        m_io->direct = m_units != 0 ? 1 : 0; // nothing but the unit: it needs no buffer
         MediaFault fault = Flushed(av_write_frame(m_format.get(), packet.get()));
+        m_io->direct = 0;
         m_units += fault.empty() ? 1 : 0;
         return fault;
+    }
+
+    /// H.264 is parsed, which may read behind the unit's end; other units are written as they are.
+    bool Fill(AVPacket& packet, std::string_view unit) {
+        const int size = static_cast<int>(unit.size());
+        if (Stream().codecpar->codec_id != AV_CODEC_ID_H264) {
+            // libav has no packets of constant bytes; it writes none of them.
+            packet.data = reinterpret_cast<std::uint8_t*>(const_cast<char*>(unit.data()));
+            packet.size = size;
+            return true;
+        }
+        if (av_new_packet(&packet, size) < 0) {
+            return false;
+        }
+        std::copy(unit.begin(), unit.end(), packet.data);
+        return true;
     }
 
     MediaFault Flushed(int result) {
