@@ -59,7 +59,7 @@ def scan_lines(sizes: Sizes) -> list[Line]:
 
 def name_lines(sizes: Sizes) -> list[Line]:
     return [Line(f"LoadClipInfo at {count:,} clips, {what} / a scanned clip", "us",
-                 figure(f"names/by_name/{key}{count}") / min(count, 500),
+                 figure(f"names/by_name/{key}{count}") / count,
                  figure(f"names/load/{key}{count}") / count, 5)
             for count in (sizes.small, sizes.large)
             for what, key in (("all files there", ""), ("most missing", "missing-"))]
