@@ -11,24 +11,18 @@
 #include "NQP2ParserU/TextBytes.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace nqp2::bench {
 namespace {
 
-/// That many clips of a card are asked for, in the order of names, as a host's own list has them:
-/// all folders being listed once is spread over no more.
-constexpr std::size_t kNames = 500;
-
-std::vector<CString> SomeNames(const std::string& card) {
+/// All clips of a card, in the order of names, as a host's own list has them.
+std::vector<CString> NamesOf(const std::string& card) {
     std::vector<std::string> files = ListClips(card);
     std::sort(files.begin(), files.end());
     std::vector<CString> names;
-    const std::size_t count = std::min(kNames, files.size());
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::string& file = files[i * files.size() / count];
+    for (const std::string& file : files) {
         names.push_back(TextFromBytes(file.substr(0, file.find('.'))));
     }
     return names;
@@ -44,7 +38,7 @@ void LoadByName(const CString& root, const std::vector<CString>& names) {
 }
 
 void MeasureCard(Bench& bench, const std::string& name, const std::string& card) {
-    const std::vector<CString> names = SomeNames(card);
+    const std::vector<CString> names = NamesOf(card);
     const CString root = InterfaceRoot(card);
     CardScan scan(card);
     bench.Together(Clock::Processor, {scan.Measured("load/" + name),

@@ -11,6 +11,7 @@
 #include "bench/measure.h"
 #include "bench/plain_read.h"
 #include "bench/scan.h"
+#include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 
 #include <cstddef>
@@ -45,9 +46,11 @@ std::size_t HeldBytes() {
     return heap.uordblks + heap.hblkhd;
 }
 
-/// What a clip of the card takes in memory once it is loaded.
+/// What a clip of the card takes in memory once it is loaded. The card is a drive: a record has
+/// about seven paths, which would take as much more as the way to the card is long.
 double MemoryOfClip(const std::string& card) {
-    CardScan scan(card);
+    Require(MapDrive(L"E", card.c_str()), "no drive for the card");
+    CardScan scan(card, L"E");
     scan.Run(); // what the parser keeps for itself is no clip's
     scan.Forget();
     const std::size_t before = HeldBytes();

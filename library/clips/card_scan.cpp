@@ -15,6 +15,8 @@
 #include "xml/dom/field_reader.h"
 #include "xml/metadata_folder.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -55,6 +57,8 @@ public:
         if (!folder.Status() && !isMissing) {
             m_remarks.AddFolder(folder.Path(), folder.Status());
         }
+        m_room = clips.GetSize();
+        m_most = m_room + folder.Count();
         folder.Read(
             m_reader, m_remarks,
             [&](const platform::FoundFile& file) {
@@ -88,7 +92,18 @@ private:
         if (!m_keepDigit) {
             m_clip.ClipIdDigit = -1;
         }
+        MakeRoom(clips);
         clips.Add(std::move(m_clip)); // the next one keeps the moment that a move leaves, see Reset
+    }
+
+    /// The array grows as ever, by as much as it holds, but not beyond what can come: hosts keep
+    /// what they are given.
+    void MakeRoom(CArray<_tag_P2Clip>& clips) {
+        constexpr std::int64_t kLeastRoom = 16;
+        if (clips.GetSize() == m_room) {
+            m_room = std::min(m_most, m_room + std::max(m_room, kLeastRoom));
+            clips.Reserve(m_room);
+        }
     }
 
     CMarkupMSXML& m_reader;
@@ -98,6 +113,8 @@ private:
     dom::FieldReader m_fields{ClipFields()};
     TextPool m_pool;
     _tag_P2Clip m_clip;
+    std::int64_t m_room = 0; ///< for so many clips there is room for certain
+    std::int64_t m_most = 0; ///< clips, when each file becomes one
     std::vector<ClipRelation> m_relations;
 };
 

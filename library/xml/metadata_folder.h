@@ -9,7 +9,9 @@
 #include "platform/place.h"
 #include "xml/scan_remarks.h"
 
+#include <cstdint>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -37,6 +39,8 @@ public:
                    std::optional<platform::FileInfo>* info = nullptr);
 
     [[nodiscard]] const CString& Path() const { return m_folder.Written(); }
+    /// How many files there are, and so records at most.
+    [[nodiscard]] std::int64_t Count() const { return std::ssize(m_files); }
     /// Whether the folder could be read to its end.
     [[nodiscard]] const platform::IoStatus& Status() const { return m_status; }
     /// Loads every file and has it taken, reading ahead on a slow medium. No file ends the scan:

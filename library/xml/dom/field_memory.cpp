@@ -23,8 +23,9 @@ Type& FieldMemory::Make(const Type& value) {
     return *new (m_arena.Allocate(sizeof(Type))) Type(value);
 }
 
-Position& FieldMemory::Begin() {
-    if (m_outside == nullptr || m_isFull || m_arena.Used() > kMostKept) {
+Position& FieldMemory::Begin(bool isLearning) {
+    m_isLearning = isLearning;
+    if (m_outside == nullptr || m_arena.Used() > kMostKept) {
         m_outside = nullptr;
         m_isFull = false;
         m_arena.Clear();
@@ -35,6 +36,9 @@ Position& FieldMemory::Begin() {
 
 Position* FieldMemory::Below(Position& parent, std::string_view name, std::string_view key,
                              bool declares) {
+    if (parent.isStranger || (!m_isLearning && WantedBelow(parent, name) == nullptr)) {
+        return StrangerBelow(parent, name);
+    }
     Position** last = &parent.firstChild;
     for (std::size_t count = 0; *last != nullptr; last = &(*last)->next) {
         if ((*last)->key == key) {
@@ -42,17 +46,27 @@ Position* FieldMemory::Below(Position& parent, std::string_view name, std::strin
         }
         if (++count == kMostChildren) {
             m_isFull = true;
-            return nullptr;
+            return WantedBelow(parent, name) == nullptr ? StrangerBelow(parent, name) : nullptr;
         }
     }
     const std::string_view kept = Keep(key);
-    const FieldSet::Name* const wanted =
-        parent.wanted != nullptr ? parent.wanted->Below(name) : nullptr;
+    const FieldSet::Name* const wanted = WantedBelow(parent, name);
     const bool holdsValue = wanted != nullptr && (wanted->role == FieldSet::Role::Value ||
                                                   wanted->role == FieldSet::Role::Cell);
     *last = &Make(Position{kept.substr(0, name.size()), kept, &parent, wanted, holdsValue,
                            parent.depth + 1, declares});
     return *last;
+}
+
+Position* FieldMemory::StrangerBelow(Position& parent, std::string_view name) {
+    if (parent.stranger == nullptr) {
+        parent.stranger = &Make(Position{});
+        parent.stranger->parent = &parent;
+        parent.stranger->depth = parent.depth + 1;
+        parent.stranger->isStranger = true;
+    }
+    parent.stranger->name = name;
+    return parent.stranger;
 }
 
 void FieldMemory::Learn(Position& from, std::string_view bytes, Position& to,

@@ -23,7 +23,8 @@
 /// open are told once more. Below the root no stretch opens or closes an element that declares
 /// something: the tokenizer keeps count of these, and must see them. Bytes that are not known are
 /// taken apart as ever, and are known from then on: a document that differs here and there costs no
-/// more than the differences.
+/// more than the differences. Where documents teach nothing about the next ones, their readers stop
+/// learning; elements that nobody asks for are strangers then, which leave nothing behind.
 namespace nqp2::dom {
 
 struct Stretch;
@@ -36,6 +37,10 @@ struct Position {
     bool holdsValue = false; ///< of `wanted`: its text is, so that it has no child elements
     int depth = 0;
     bool declares = false; ///< a namespace, so that the tokenizer must see it opened and closed
+    /// Stands for any element there that does not count: its name is that of the one which is open,
+    /// and nothing is learned of what is in it.
+    bool isStranger = false;
+    Position* stranger = nullptr; ///< its child of that kind
     Position* firstChild = nullptr;
     Position* next = nullptr; ///< among the parent's children
     Stretch* firstStretch = nullptr;
@@ -60,11 +65,19 @@ class FieldMemory {
 public:
     explicit FieldMemory(const FieldSet& wanted) : m_wanted(wanted) {}
 
-    /// Before each document: the position outside of the root.
-    Position& Begin();
+    /// Before each document: the position outside of the root. Whether it is learned from: where it
+    /// is not, nothing is kept but the positions of what counts.
+    Position& Begin(bool isLearning);
+    /// After a document for which what is kept was of little use: starts anew with the next, where
+    /// there was no more room for the names of this one.
+    void ForgetWhenFull() {
+        if (m_isFull) {
+            m_outside = nullptr;
+        }
+    }
     /// The position in a child element. `key` starts with its name; where it declares something,
-    /// all that tells its declarations follows. Null when the parent has too many children to tell
-    /// apart quickly.
+    /// all that tells its declarations follows. `name` must live as long as the element is open.
+    /// Null for one that counts when the parent has too many children to tell apart quickly.
     Position* Below(Position& parent, std::string_view name, std::string_view key, bool declares);
     /// The stretch from that position on which `rest` starts with, or null.
     static const Stretch* Find(const Position& from, std::string_view rest) {
@@ -88,10 +101,15 @@ private:
     }
     template <class Type>
     Type& Make(const Type& value);
+    static const FieldSet::Name* WantedBelow(const Position& parent, std::string_view name) {
+        return parent.wanted != nullptr ? parent.wanted->Below(name) : nullptr;
+    }
+    Position* StrangerBelow(Position& parent, std::string_view name);
 
     const FieldSet& m_wanted;
     Arena m_arena;
     Position* m_outside = nullptr;
+    bool m_isLearning = true;
     bool m_isFull = false; ///< of names that are not met again
 };
 

@@ -15,9 +15,6 @@ namespace {
 // it that are asked for several times stay below what may be taken from any document.
 constexpr std::size_t kLargestRead = std::size_t{48} * 1024;
 
-// Of a row of documents that are not taken so many are tried one by one, then each of that number.
-constexpr std::size_t kPatience = 16;
-
 using Role = FieldSet::Role;
 
 bool IsBlank(std::string_view text) {
@@ -37,7 +34,9 @@ class FieldReader::Sink {
 public:
     Sink(FieldReader& reader, std::string_view bytes)
         : m_reader(reader), m_values(reader.m_values), m_memory(reader.m_memory), m_bytes(bytes),
-          m_at(&reader.m_memory.Begin()) {}
+          m_isLearning(reader.m_learning.IsTried()), m_at(&m_memory.Begin(m_isLearning)) {
+        m_reader.m_opened.clear();
+    }
 
     static void Declaration(std::string_view /*text*/) {}
 
@@ -54,11 +53,13 @@ public:
             return false;
         }
         if (isRoot) {
-            m_isKnown = true; // from behind its tag
+            m_isKnown = IsWorthAsking(); // from behind its tag
             return true;
         }
-        if (declares) {
+        if (MustBeSeen()) {
             m_from = nullptr;
+            m_isKnown = m_isKnown && IsWorthAsking();
+            m_missed += m_at->isStranger ? 1U : 0U;
         }
         if (m_at->wanted == nullptr || m_at->wanted->role == Role::Passed) {
             return true;
@@ -68,7 +69,7 @@ public:
     }
 
     void Close() {
-        if (m_at->declares) {
+        if (MustBeSeen()) {
             m_from = nullptr;
         }
         m_at = m_at->parent;
@@ -98,6 +99,7 @@ public:
         const std::string_view rest(m_bytes.data() + OffsetOf(at), m_bytes.size() - OffsetOf(at));
         const Stretch* const known = FieldMemory::Find(*m_at, rest);
         if (known == nullptr) {
+            ++m_missed;
             m_isKnown = false;
             m_from = m_at;
             m_unknown = rest;
@@ -109,10 +111,14 @@ public:
                 return 0; // which is met again, step by step
             }
         }
+        ++m_leapt;
         m_at = known->end;
         depth = m_at->depth;
         return known->bytes.size();
     }
+
+    /// Whether so much was known that it was worth learning what was not.
+    [[nodiscard]] bool WasLearningUseful() const { return m_leapt > 2 * m_missed; }
 
     void LearnTheEnd() {
         if (!m_isKnown) {
@@ -122,6 +128,9 @@ public:
 
 private:
     [[nodiscard]] bool HoldsValue() const { return m_at->holdsValue; }
+    [[nodiscard]] bool IsWorthAsking() const { return m_isLearning && !m_at->isStranger; }
+    /// No stretch leads into it or out of it.
+    [[nodiscard]] bool MustBeSeen() const { return m_at->declares || m_at->isStranger; }
 
     [[nodiscard]] std::size_t OffsetOf(const char* at) const {
         return static_cast<std::size_t>(at - m_reader.m_text.data());
@@ -196,7 +205,7 @@ private:
             m_memory.Learn(*m_from, m_unknown.substr(0, OffsetOf(at) - OffsetOfUnknown()), *m_at,
                            m_reader.m_opened);
         }
-        m_isKnown = true;
+        m_isKnown = IsWorthAsking();
     }
     [[nodiscard]] std::size_t OffsetOfUnknown() const {
         return static_cast<std::size_t>(m_unknown.data() - m_bytes.data());
@@ -206,6 +215,9 @@ private:
     FieldValues& m_values;
     FieldMemory& m_memory;
     std::string_view m_bytes; ///< the document as it is
+    bool m_isLearning;
+    std::size_t m_leapt = 0;  ///< so often the memory knew how to go on,
+    std::size_t m_missed = 0; ///< so often it did not
     Position* m_at;
     bool m_isKnown = false;     ///< it is worth asking the memory
     Position* m_from = nullptr; ///< null: what comes is not to be learned
@@ -217,10 +229,8 @@ private:
 FieldReader::FieldReader(const FieldSet& wanted) : m_wanted(wanted), m_memory(wanted) {}
 
 bool FieldReader::Read(std::string_view bytes) noexcept {
-    // Where hardly anything is taken, little is lost by trying.
-    const bool isTried = m_refusedInRow < kPatience || m_refusedInRow % kPatience == 0;
-    const bool isTaken = isTried && bytes.size() <= kLargestRead && TryRead(bytes);
-    m_refusedInRow = isTaken ? 0 : m_refusedInRow + 1;
+    const bool isTaken = m_reading.IsTried() && bytes.size() <= kLargestRead && TryRead(bytes);
+    m_reading.Note(isTaken);
     return isTaken;
 }
 
@@ -235,11 +245,16 @@ bool FieldReader::TryRead(std::string_view bytes) noexcept {
         }
         m_text = bytes;
         Sink sink(*this, bytes);
-        if (!quick::Tokenizer(sink, m_text.data(), bytes.size()).Document()) {
-            return false;
+        const bool isTaken = quick::Tokenizer(sink, m_text.data(), bytes.size()).Document();
+        const bool wasUseful = isTaken && sink.WasLearningUseful();
+        if (isTaken) {
+            sink.LearnTheEnd();
+            m_learning.Note(wasUseful);
         }
-        sink.LearnTheEnd();
-        return true;
+        if (!wasUseful) {
+            m_memory.ForgetWhenFull();
+        }
+        return isTaken;
     } catch (const std::bad_alloc&) {
         return false; // the tree takes its own chance, and tells of it
     }

@@ -33,7 +33,7 @@ struct FieldValues {
 /// nothing for what nobody asks, and goes over what it knows from the documents before, see
 /// field_memory.h.
 ///
-/// It takes what quick_parser.h takes, but: at most 48 KiB, which no limit on trees or texts can
+/// It takes what quick_tokenizer.h takes, but: at most 48 KiB, which no limit on trees or texts can
 /// meet; one base, that of the root; and a text alone in each element whose value is wanted. Of all
 /// other documents the tree knows the rule.
 class FieldReader {
@@ -47,6 +47,19 @@ public:
     [[nodiscard]] const FieldValues& Values() const { return m_values; }
 
 private:
+    /// Of a row of documents for which a way to read brings nothing it is tried for some, then now and
+    /// again.
+    class Patience {
+    public:
+        [[nodiscard]] bool IsTried() const { return m_inRow < kTries || m_inRow % kPause == 0; }
+        void Note(bool isUseful) { m_inRow = isUseful ? 0 : m_inRow + 1; }
+
+    private:
+        static constexpr std::size_t kTries = 8;
+        static constexpr std::size_t kPause = 32;
+        std::size_t m_inRow = 0;
+    };
+
     bool TryRead(std::string_view bytes) noexcept;
 
     const FieldSet& m_wanted;
@@ -55,7 +68,8 @@ private:
     std::string m_text; ///< the document, decoded in place
     std::string m_key;
     std::vector<OpenedField> m_opened;
-    std::size_t m_refusedInRow = 0;
+    Patience m_reading;
+    Patience m_learning;
 
     class Sink;
 };

@@ -13,10 +13,18 @@ void ScanForAnchors(QueryCache::Anchors& found, Node& top, const NameTest& test)
     found.nodes.clear();
     found.nested = false;
     std::size_t count = 0; // first, so that a document of many takes no more than it needs
-    for (const Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
-        count += test.Fits(*each) ? 1U : 0U;
+    Node* last = nullptr;
+    for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+        if (test.Fits(*each)) {
+            ++count;
+            last = each;
+        }
     }
     found.nodes.reserve(count);
+    if (count == 1) {
+        found.nodes.push_back(last);
+        return;
+    }
     const Node* lastAnchor = nullptr;
     for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
         if (!test.Fits(*each)) {

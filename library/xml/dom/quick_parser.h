@@ -9,18 +9,8 @@
 
 namespace nqp2::dom {
 
-/// Reads plain documents straight into a tree, at a fraction of libxml2's cost: what cameras write.
-///
-/// It takes: at most 256 KiB of UTF-8, with or without byte-order mark; an XML declaration of
-/// version 1.0; elements with ASCII names, at most 200 within each other and with at most 24
-/// attributes; namespaces; text, comments and CDATA sections; the five references that need no
-/// declaration ("&amp;" and its like).
-///
-/// It leaves to libxml2: document types, processing instructions, numeric references, other
-/// encodings, control characters in values, the prefix "xml", names that are not ASCII, whatever is
-/// larger or deeper, and every document that is not well-formed: it refuses none by itself, so that
-/// each refusal, with its code, line and text, is libxml2's. What it takes gives the very tree that
-/// libxml2's events give.
+/// Reads plain documents straight into a tree: those that quick_tokenizer.h takes. They give the
+/// very tree that libxml2's events give; all others are left to libxml2.
 ///
 /// Returns false, with an empty tree, for what it does not take. Throws std::bad_alloc.
 bool ParseQuickly(std::string_view bytes, Tree& tree);
