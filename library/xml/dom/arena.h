@@ -26,10 +26,12 @@ public:
 
     /// Bytes handed out since the last Clear.
     [[nodiscard]] std::size_t Used() const { return m_used; }
-    /// Drops all content; keeps the first block for what comes next.
+    /// Drops all content; keeps the first block for what comes next, unless it is unusually large.
     void Clear() noexcept;
 
 private:
+    // One block holds a usual clip file's tree; a large tree doubles its way up.
+    static constexpr std::size_t kFirstBlock = std::size_t{64} * 1024;
     struct Block {
         std::unique_ptr<std::byte[]> memory;
         std::size_t size = 0;
@@ -40,6 +42,7 @@ private:
     std::vector<Block> m_blocks;
     [[nodiscard]] std::size_t Left() const { return static_cast<std::size_t>(m_back - m_front); }
 
+    std::size_t m_nextBlock = kFirstBlock;
     std::byte* m_front = nullptr;
     std::byte* m_back = nullptr;
     std::size_t m_used = 0;

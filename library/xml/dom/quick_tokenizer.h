@@ -15,7 +15,6 @@
 namespace nqp2::dom::quick {
 
 // Below the limits of libxml2, which would refuse what is beyond its own.
-inline constexpr std::size_t kLargestDocument = std::size_t{256} * 1024;
 inline constexpr std::size_t kLongestName = 1000;
 inline constexpr std::size_t kMaxAttributes = 24;
 inline constexpr std::size_t kMaxBindings = 24;
