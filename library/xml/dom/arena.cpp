@@ -14,7 +14,7 @@ constexpr std::size_t kKeptBlock = std::size_t{256} * 1024;
 constexpr std::size_t kLargestBlock = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kAlignment = alignof(NodeName);
 constexpr std::size_t kFirstNodes = std::size_t{64} * 1024 / sizeof(Node);
-constexpr std::size_t kMostNodes = std::size_t{1024} * 1024 / sizeof(Node); ///< of one block
+constexpr std::size_t kMostNodes = kLargestBlock / sizeof(Node);
 
 } // namespace
 
@@ -77,11 +77,19 @@ void NodePool::Free(const Block& block) noexcept {
     ::operator delete(block.nodes);
 }
 
-void NodePool::AddBlock() {
-    const std::size_t size =
+void NodePool::AddBlock(std::size_t atLeast) {
+    const std::size_t grown =
         m_blocks.empty() ? kFirstNodes : std::min(m_blocks.back().size * 2, kMostNodes);
+    const std::size_t size = std::max(grown, atLeast);
     m_blocks.reserve(m_blocks.size() + 1);
     m_blocks.push_back({static_cast<Node*>(::operator new(size * sizeof(Node))), size, 0});
+}
+
+void NodePool::Reserve(std::size_t nodes) {
+    const std::size_t wanted = std::min(nodes, kMostNodes);
+    if (m_blocks.empty() || m_blocks.back().size - m_blocks.back().used < wanted) {
+        AddBlock(wanted);
+    }
 }
 
 Node& NodePool::Take() {
@@ -90,7 +98,7 @@ Node& NodePool::Take() {
         m_unused = place->m_next;
     } else {
         if (m_blocks.empty() || m_blocks.back().used == m_blocks.back().size) {
-            AddBlock();
+            AddBlock(1);
         }
         Block& block = m_blocks.back();
         place = block.nodes + block.used++;
@@ -102,9 +110,12 @@ Node& NodePool::Take() {
 void NodePool::Clear() noexcept {
     m_unused = nullptr;
     m_count = 0;
-    if (!m_blocks.empty()) {
-        std::for_each(m_blocks.begin() + 1, m_blocks.end(), Free);
-        m_blocks.erase(m_blocks.begin() + 1, m_blocks.end());
+    const bool keepsFirst =
+        !m_blocks.empty() && m_blocks.front().size * sizeof(Node) <= kKeptBlock;
+    const std::ptrdiff_t kept = keepsFirst ? 1 : 0;
+    std::for_each(m_blocks.begin() + kept, m_blocks.end(), Free);
+    m_blocks.erase(m_blocks.begin() + kept, m_blocks.end());
+    if (keepsFirst) {
         m_blocks.front().used = 0;
     }
 }

@@ -56,11 +56,14 @@ public:
     NodePool& operator=(const NodePool&) = delete;
     ~NodePool();
 
+    /// Makes room for so many at once, up to 4 MiB: what is taken and given back in one piece, the next
+    /// document finds at hand. Throws std::bad_alloc.
+    void Reserve(std::size_t nodes);
     /// A node as new. Throws std::bad_alloc.
     Node& Take();
     /// Bytes of the nodes that are in use.
     [[nodiscard]] std::size_t Used() const { return m_count * sizeof(Node); }
-    /// Takes all nodes back; keeps the first block.
+    /// Takes all nodes back; keeps the first block, unless it is unusually large.
     void Clear() noexcept;
 
     /// Visits every node in use.
@@ -84,11 +87,11 @@ private:
         std::size_t used = 0; ///< from the front; behind it is memory that never was a node
     };
     static void Free(const Block& block) noexcept;
-    void AddBlock();
+    void AddBlock(std::size_t atLeast);
     /// Strings the unused nodes of a block together; returns how many are in use.
     std::size_t Recycle(const Block& block, Node*& unused) noexcept;
 
-    std::vector<Block> m_blocks; ///< all full but the last
+    std::vector<Block> m_blocks; ///< new nodes come from the last
     Node* m_unused = nullptr;
     std::size_t m_count = 0;
 };

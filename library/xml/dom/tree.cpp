@@ -144,6 +144,8 @@ Node& Tree::CreateInstruction(std::string_view target, std::string_view data) {
 char* Tree::KeepDocument(std::string_view bytes) {
     auto* const kept = static_cast<char*>(m_texts.Allocate(bytes.size() + 1));
     kept[bytes.copy(kept, bytes.size())] = '\0';
+    constexpr std::size_t kBytesOfNode = 8; // at least, where tags have names and texts are some
+    m_nodes.Reserve(bytes.size() / kBytesOfNode);
     return kept;
 }
 
