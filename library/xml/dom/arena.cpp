@@ -110,8 +110,7 @@ Node& NodePool::Take() {
 void NodePool::Clear() noexcept {
     m_unused = nullptr;
     m_count = 0;
-    const bool keepsFirst =
-        !m_blocks.empty() && m_blocks.front().size * sizeof(Node) <= kKeptBlock;
+    const bool keepsFirst = !m_blocks.empty() && m_blocks.front().size * sizeof(Node) <= kKeptBlock;
     const std::ptrdiff_t kept = keepsFirst ? 1 : 0;
     std::for_each(m_blocks.begin() + kept, m_blocks.end(), Free);
     m_blocks.erase(m_blocks.begin() + kept, m_blocks.end());
