@@ -177,15 +177,16 @@ struct Parser::Context {
     static int OnClose(void* /*context*/) { return 0; }
 };
 
-Parser::Parser() {
-    static_cast<void>(kLibxmlIsReady);
-    // cppcheck-suppress useInitializationList // libxml2 first
-    m_context = std::make_unique<Context>();
-}
+// The context costs as much as a small document, which mostly can do without it.
+Parser::Parser() = default;
 
 Parser::~Parser() = default;
 
 ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
+    static_cast<void>(kLibxmlIsReady);
+    if (m_context == nullptr) {
+        m_context = std::make_unique<Context>();
+    }
     Context& context = *m_context;
     if (context.Overgrown() || xmlDictGetUsage(context.libxml->dict) > kMaxNameTableBytes) {
         context.Renew();

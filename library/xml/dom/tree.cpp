@@ -43,6 +43,11 @@ std::size_t PlaceOf(std::string_view name, std::size_t places) {
     return mixed % places;
 }
 
+/// Of texts that mostly are the very same bytes.
+bool IsSame(std::string_view left, std::string_view right) {
+    return left.size() == right.size() && (left.data() == right.data() || left == right);
+}
+
 } // namespace
 
 Tree::Tree() : m_rule(std::make_shared<const SelectionRule>()) {
@@ -92,7 +97,7 @@ const NodeName& Tree::NewName(std::string_view text, std::string_view uri, From 
     const auto kept = [&](std::string_view each) {
         return from == From::Document ? each : m_texts.Copy(each);
     };
-    if (!uri.empty() && uri != m_lastUri) {
+    if (!uri.empty() && !IsSame(uri, m_lastUri)) {
         m_lastUri = kept(uri);
     }
     void* const place = m_texts.Allocate(sizeof(NodeName));
@@ -102,7 +107,7 @@ const NodeName& Tree::NewName(std::string_view text, std::string_view uri, From 
 
 const NodeName& Tree::KeepName(std::string_view text, std::string_view uri, From from) {
     const NodeName*& known = m_known[PlaceOf(text, kKnownNames)];
-    if (known == nullptr || known->text != text || known->uri != uri) {
+    if (known == nullptr || known->text != text || !IsSame(known->uri, uri)) {
         known = &NewName(text, uri, from);
     }
     return *known;
