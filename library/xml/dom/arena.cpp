@@ -14,7 +14,8 @@ constexpr std::size_t kKeptBlock = std::size_t{256} * 1024;
 constexpr std::size_t kLargestBlock = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kAlignment = alignof(NodeName);
 constexpr std::size_t kFirstNodes = std::size_t{64} * 1024 / sizeof(Node);
-constexpr std::size_t kMostNodes = kLargestBlock / sizeof(Node);
+constexpr std::size_t kMostNodes = std::size_t{1024} * 1024 / sizeof(Node); ///< of one more block
+constexpr std::size_t kMostReserved = kLargestBlock / sizeof(Node);
 
 } // namespace
 
@@ -86,7 +87,7 @@ void NodePool::AddBlock(std::size_t atLeast) {
 }
 
 void NodePool::Reserve(std::size_t nodes) {
-    const std::size_t wanted = std::min(nodes, kMostNodes);
+    const std::size_t wanted = std::min(nodes, kMostReserved);
     if (m_blocks.empty() || m_blocks.back().size - m_blocks.back().used < wanted) {
         AddBlock(wanted);
     }
