@@ -97,8 +97,8 @@ private:
     void StartDocument(const char* declaration, const char* rootName);
     void ReplaceRoot(const CString& name);
     /// Stands alone; the caller links it when nothing more can fail.
-    IXMLDOMNodePtr MakeElement(const CString& name, const CString& attrName,
-                               const CString& attrValue);
+    nqp2::dom::Node& MakeElement(const CString& name, const CString& attrName,
+                                 const CString& attrValue);
     void RequireRenderSchema();
     void BindRoot(const CString& prefixSuffix);
     std::int32_t BindPrefixes(const CString& declarations);

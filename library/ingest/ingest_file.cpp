@@ -9,6 +9,8 @@
 #include "platform/guard.h"
 #include "platform/unicode.h"
 #include "xml/dom/document.h"
+#include "xml/dom/node.h"
+#include "xml/dom/tree.h"
 
 #include <optional>
 #include <string>
@@ -36,7 +38,7 @@ public:
         list.ResetMainPos();
         while (list.FindElem(kClip) != 0) {
             m_last = list.GetMainPosPtr();
-            m_clips.emplace(platform::FoldCase(list.GetAttrib(kClipName).View()), m_last);
+            m_clips.emplace(platform::FoldCase(list.GetAttrib(kClipName).View()), m_last.get());
         }
         list.ResetMainPos();
     }
@@ -47,7 +49,8 @@ public:
         const std::wstring key = platform::FoldCase(clipName.View());
         const auto found = m_clips.find(key);
         if (found != m_clips.end()) {
-            return list.SetMainPosPtr(found->second) != 0;
+            dom::Node& clip = *found->second;
+            return list.SetMainPosPtr(clip.tree->Share(&clip)) != 0;
         }
         list.SetMainPosPtr(m_last);
         if (list.AddElem(kClip) == 0) {
@@ -58,12 +61,12 @@ public:
             return false;
         }
         m_last = list.GetMainPosPtr();
-        m_clips.emplace(key, m_last);
+        m_clips.emplace(key, m_last.get());
         return true;
     }
 
 private:
-    std::unordered_map<std::wstring, IXMLDOMNodePtr> m_clips;
+    std::unordered_map<std::wstring, dom::Node*> m_clips; ///< they stay in the document
     IXMLDOMNodePtr m_last;
 };
 

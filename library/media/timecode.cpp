@@ -7,6 +7,7 @@
 #include "platform/number_text.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 namespace nqp2::media {
@@ -119,10 +120,15 @@ CString TimecodeText(std::int64_t frames, int nominal) {
         return L"--:--:--:--";
     }
     const std::int64_t seconds = frames / nominal;
-    CString text;
-    text.Format(L"%02d:%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60, seconds % 60,
-                frames % nominal);
-    return text;
+    std::array<wchar_t, 12> text{}; // no field reaches 100
+    wchar_t* next = text.data();
+    for (const std::int64_t field :
+         {seconds / 3600, seconds / 60 % 60, seconds % 60, frames % nominal}) {
+        *next++ = static_cast<wchar_t>(L'0' + field / 10);
+        *next++ = static_cast<wchar_t>(L'0' + field % 10);
+        *next++ = L':';
+    }
+    return CString(std::wstring_view(text.data(), text.size() - 1));
 }
 
 } // namespace nqp2::media

@@ -20,6 +20,7 @@ constexpr std::size_t kGroupBytes[] = {4, 2, 2, 2, 6};
 /// The sixteen bytes in the order of the text form.
 using TextBytes = std::array<std::uint8_t, 16>;
 
+constexpr const wchar_t* kDigits = L"0123456789abcdef";
 constexpr int kNoDigit = -1;
 
 /// The values of hexadecimal digits.
@@ -27,7 +28,7 @@ constexpr std::array<std::int8_t, 128> kDigitValues = [] {
     std::array<std::int8_t, 128> values{};
     values.fill(kNoDigit);
     for (std::int8_t value = 0; value < 16; ++value) {
-        values[static_cast<std::size_t>("0123456789abcdef"[value])] = value;
+        values[static_cast<std::size_t>(kDigits[value])] = value;
         values[static_cast<std::size_t>("0123456789ABCDEF"[value])] = value;
     }
     return values;
@@ -65,6 +66,19 @@ GUID FromTextBytes(const TextBytes& bytes) {
     return guid;
 }
 
+TextBytes ToTextBytes(const GUID& guid) {
+    TextBytes bytes{};
+    for (std::size_t i = 0; i < 4; ++i) {
+        bytes[i] = static_cast<std::uint8_t>(guid.Data1 >> (24 - 8 * i));
+    }
+    for (std::size_t i = 0; i < 2; ++i) {
+        bytes[4 + i] = static_cast<std::uint8_t>(guid.Data2 >> (8 - 8 * i));
+        bytes[6 + i] = static_cast<std::uint8_t>(guid.Data3 >> (8 - 8 * i));
+    }
+    std::memcpy(&bytes[8], guid.Data4, sizeof(guid.Data4));
+    return bytes;
+}
+
 template <class Char>
 GUID FromDigits(std::basic_string_view<Char> digits) {
     TextBytes bytes{};
@@ -84,11 +98,20 @@ GUID NewGuid() {
 }
 
 CString GuidText(const GUID& guid) {
-    const auto& tail = guid.Data4;
-    CString text;
-    text.Format(L"%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x", guid.Data1, guid.Data2,
-                guid.Data3, tail[0], tail[1], tail[2], tail[3], tail[4], tail[5], tail[6], tail[7]);
-    return text;
+    std::array<wchar_t, 36> text{};
+    wchar_t* next = text.data();
+    const TextBytes bytes = ToTextBytes(guid);
+    const std::uint8_t* byte = bytes.data();
+    for (const std::size_t length : kGroupBytes) {
+        if (byte != bytes.data()) {
+            *next++ = L'-';
+        }
+        for (const std::uint8_t* const end = byte + length; byte != end; ++byte) {
+            *next++ = kDigits[*byte >> 4U];
+            *next++ = kDigits[*byte & 0x0FU];
+        }
+    }
+    return CString(std::wstring_view(text.data(), text.size()));
 }
 
 bool GuidFromText(std::wstring_view text, GUID& guid) {

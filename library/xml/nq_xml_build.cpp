@@ -9,8 +9,10 @@
 #include "xml/dom/document.h"
 #include "xml/dom/node.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 
 using nqp2::dom::Document;
@@ -64,6 +66,13 @@ std::string CheckedName(const CString& name) {
         throw _com_error(E_FAIL);
     }
     return bytes;
+}
+
+bool IsSameAscii(std::wstring_view text, std::string_view bytes) {
+    return std::equal(
+        text.begin(), text.end(), bytes.begin(), bytes.end(), [](wchar_t ch, char byte) {
+            return static_cast<unsigned char>(byte) < 0x80 && ch == static_cast<wchar_t>(byte);
+        });
 }
 
 void AppendText(Node& element, const std::string& text) {
@@ -160,18 +169,24 @@ void CNQXmlParser::ReplaceRoot(const CString& name) {
     tree.Insert(tree.DocumentNode(), root, behind);
 }
 
-IXMLDOMNodePtr CNQXmlParser::MakeElement(const CString& name, const CString& attrName,
-                                         const CString& attrValue) {
+Node& CNQXmlParser::MakeElement(const CString& name, const CString& attrName,
+                                const CString& attrValue) {
     if (m_pCurrentNode == nullptr) {
         throw _com_error(E_POINTER);
     }
     Tree& tree = *m_pCurrentNode->tree;
     tree.Tidy();
-    Node& element = tree.CreateElement(CheckedName(name), Utf8FromText(m_strNamespaceURI.View()));
+    std::string converted;
+    std::string_view uri = m_pCurrentNode->Uri(); // mostly that of the new element as well
+    if (!IsSameAscii(m_strNamespaceURI.View(), uri)) {
+        converted = Utf8FromText(m_strNamespaceURI.View());
+        uri = converted;
+    }
+    Node& element = tree.CreateElement(CheckedName(name), uri);
     if (!attrName.IsEmpty() && !attrValue.IsEmpty()) {
         tree.SetAttribute(element, CheckedName(attrName), Checked(attrValue));
     }
-    return tree.Share(&element);
+    return element;
 }
 
 int CNQXmlParser::AddChildElement(CString name, CString attrName, CString attrValue) {
@@ -181,9 +196,10 @@ int CNQXmlParser::AddChildElement(CString name, CString attrName, CString attrVa
         }
         // A full stack remembers nothing more, and no failure is told: kept, hosts rely on it.
         m_parentStack.Push(m_pCurrentNode);
-        IXMLDOMNodePtr element = MakeElement(name, attrName, attrValue);
-        element->tree->Insert(*m_pCurrentNode, *element, nullptr);
-        m_pCurrentNode = std::move(element);
+        Node& element = MakeElement(name, attrName, attrValue);
+        IXMLDOMNodePtr shared = element.tree->Share(&element);
+        element.tree->Insert(*m_pCurrentNode, element, nullptr);
+        m_pCurrentNode = std::move(shared);
         return 1;
     });
 }
@@ -195,9 +211,9 @@ int CNQXmlParser::AddChildTextNode(CString name, _variant_t value, CString attrN
             return 0;
         }
         const std::string text = Checked(value.ToText());
-        const IXMLDOMNodePtr element = MakeElement(name, attrName, attrValue);
-        AppendText(*element, text);
-        element->tree->Insert(*m_pCurrentNode, *element, nullptr);
+        Node& element = MakeElement(name, attrName, attrValue);
+        AppendText(element, text);
+        element.tree->Insert(*m_pCurrentNode, element, nullptr);
         return 1;
     });
 }

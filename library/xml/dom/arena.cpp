@@ -10,12 +10,12 @@
 namespace nqp2::dom {
 namespace {
 
-// One block holds a usual clip file's tree; a large tree doubles its way up.
-constexpr std::size_t kFirstBlock = std::size_t{64} * 1024;
+constexpr std::size_t kKeptBlock = std::size_t{256} * 1024;
 constexpr std::size_t kLargestBlock = std::size_t{4} * 1024 * 1024;
 constexpr std::size_t kAlignment = alignof(NodeName);
-constexpr std::size_t kFirstNodes = kFirstBlock / sizeof(Node);
-constexpr std::size_t kMostNodes = std::size_t{1024} * 1024 / sizeof(Node); ///< of one block
+constexpr std::size_t kFirstNodes = std::size_t{64} * 1024 / sizeof(Node);
+constexpr std::size_t kMostNodes = std::size_t{1024} * 1024 / sizeof(Node); ///< of one more block
+constexpr std::size_t kMostReserved = kLargestBlock / sizeof(Node);
 
 } // namespace
 
@@ -51,18 +51,18 @@ void Arena::Reserve(std::size_t bytes) {
 
 void Arena::Clear() noexcept {
     m_used = 0;
-    if (!m_blocks.empty()) {
-        m_blocks.erase(m_blocks.begin() + 1, m_blocks.end());
-        Use(m_blocks.front());
-    }
+    const bool keepsFirst = !m_blocks.empty() && m_blocks.front().size <= kKeptBlock;
+    m_blocks.resize(keepsFirst ? 1 : 0);
+    m_front = keepsFirst ? m_blocks.front().memory.get() : nullptr;
+    m_back = keepsFirst ? m_front + m_blocks.front().size : nullptr;
+    m_nextBlock = kFirstBlock;
 }
 
 void Arena::AddBlock(std::size_t atLeast) {
-    const std::size_t grown =
-        m_blocks.empty() ? kFirstBlock : std::min(m_blocks.back().size * 2, kLargestBlock);
-    const std::size_t size = std::max(grown, atLeast);
+    const std::size_t size = std::max(m_nextBlock, atLeast);
     m_blocks.push_back({std::unique_ptr<std::byte[]>(new std::byte[size]), size});
     Use(m_blocks.back());
+    m_nextBlock = std::min(m_nextBlock * 2, kLargestBlock); // however large that one had to be
 }
 
 void Arena::Use(const Block& block) {
@@ -78,11 +78,19 @@ void NodePool::Free(const Block& block) noexcept {
     ::operator delete(block.nodes);
 }
 
-void NodePool::AddBlock() {
-    const std::size_t size =
+void NodePool::AddBlock(std::size_t atLeast) {
+    const std::size_t grown =
         m_blocks.empty() ? kFirstNodes : std::min(m_blocks.back().size * 2, kMostNodes);
+    const std::size_t size = std::max(grown, atLeast);
     m_blocks.reserve(m_blocks.size() + 1);
     m_blocks.push_back({static_cast<Node*>(::operator new(size * sizeof(Node))), size, 0});
+}
+
+void NodePool::Reserve(std::size_t nodes) {
+    const std::size_t wanted = std::min(nodes, kMostReserved);
+    if (m_blocks.empty() || m_blocks.back().size - m_blocks.back().used < wanted) {
+        AddBlock(wanted);
+    }
 }
 
 Node& NodePool::Take() {
@@ -91,7 +99,7 @@ Node& NodePool::Take() {
         m_unused = place->m_next;
     } else {
         if (m_blocks.empty() || m_blocks.back().used == m_blocks.back().size) {
-            AddBlock();
+            AddBlock(1);
         }
         Block& block = m_blocks.back();
         place = block.nodes + block.used++;
@@ -103,9 +111,11 @@ Node& NodePool::Take() {
 void NodePool::Clear() noexcept {
     m_unused = nullptr;
     m_count = 0;
-    if (!m_blocks.empty()) {
-        std::for_each(m_blocks.begin() + 1, m_blocks.end(), Free);
-        m_blocks.erase(m_blocks.begin() + 1, m_blocks.end());
+    const bool keepsFirst = !m_blocks.empty() && m_blocks.front().size * sizeof(Node) <= kKeptBlock;
+    const std::ptrdiff_t kept = keepsFirst ? 1 : 0;
+    std::for_each(m_blocks.begin() + kept, m_blocks.end(), Free);
+    m_blocks.erase(m_blocks.begin() + kept, m_blocks.end());
+    if (keepsFirst) {
         m_blocks.front().used = 0;
     }
 }

@@ -26,10 +26,12 @@ public:
 
     /// Bytes handed out since the last Clear.
     [[nodiscard]] std::size_t Used() const { return m_used; }
-    /// Drops all content; keeps the first block for what comes next.
+    /// Drops all content; keeps the first block for what comes next, unless it is unusually large.
     void Clear() noexcept;
 
 private:
+    // One block holds a usual clip file's tree; a large tree doubles its way up.
+    static constexpr std::size_t kFirstBlock = std::size_t{64} * 1024;
     struct Block {
         std::unique_ptr<std::byte[]> memory;
         std::size_t size = 0;
@@ -40,6 +42,7 @@ private:
     std::vector<Block> m_blocks;
     [[nodiscard]] std::size_t Left() const { return static_cast<std::size_t>(m_back - m_front); }
 
+    std::size_t m_nextBlock = kFirstBlock;
     std::byte* m_front = nullptr;
     std::byte* m_back = nullptr;
     std::size_t m_used = 0;
@@ -53,11 +56,14 @@ public:
     NodePool& operator=(const NodePool&) = delete;
     ~NodePool();
 
+    /// Makes room for so many at once, up to 4 MiB: what is taken and given back in one piece, the next
+    /// document finds at hand. Throws std::bad_alloc.
+    void Reserve(std::size_t nodes);
     /// A node as new. Throws std::bad_alloc.
     Node& Take();
     /// Bytes of the nodes that are in use.
     [[nodiscard]] std::size_t Used() const { return m_count * sizeof(Node); }
-    /// Takes all nodes back; keeps the first block.
+    /// Takes all nodes back; keeps the first block, unless it is unusually large.
     void Clear() noexcept;
 
     /// Visits every node in use.
@@ -81,11 +87,11 @@ private:
         std::size_t used = 0; ///< from the front; behind it is memory that never was a node
     };
     static void Free(const Block& block) noexcept;
-    void AddBlock();
+    void AddBlock(std::size_t atLeast);
     /// Strings the unused nodes of a block together; returns how many are in use.
     std::size_t Recycle(const Block& block, Node*& unused) noexcept;
 
-    std::vector<Block> m_blocks; ///< all full but the last
+    std::vector<Block> m_blocks; ///< new nodes come from the last
     Node* m_unused = nullptr;
     std::size_t m_count = 0;
 };

@@ -5,6 +5,7 @@
 
 #include "NQP2ParserU/XmlLimits.h"
 #include "platform/file_system.h"
+#include "xml/dom/quick_parser.h"
 #include "xml/dom/select.h"
 #include "xml/dom/serialize.h"
 
@@ -15,9 +16,10 @@
 namespace nqp2::dom {
 namespace {
 
-// Files up to this size are read whole, in four system calls; larger ones piece by piece, so that
-// a file is never in memory beside its tree.
-constexpr std::uint64_t kReadWhole = std::uint64_t{256} * 1024;
+// Files that may be read quickly are read whole, in four system calls; larger ones piece by piece,
+// so that these are never in memory beside their trees.
+constexpr std::uint64_t kReadWhole = kLargestQuickDocument;
+constexpr std::size_t kKeptBuffer = std::size_t{256} * 1024;
 
 ParseError FaultOf(const platform::IoStatus& status) {
     switch (status.error) {
@@ -112,7 +114,11 @@ ParseError Document::ReadFile(const std::string& path) {
     platform::FileSystem& files = platform::Files();
     platform::IoStatus status = files.Read(path, std::min(limit, kReadWhole), m_buffer);
     if (status) {
-        return m_parser.ParseBytes(m_buffer, *m_tree);
+        ParseError error = m_parser.ParseBytes(m_buffer, *m_tree);
+        if (m_buffer.capacity() > kKeptBuffer) {
+            m_buffer = {};
+        }
+        return error;
     }
     if (status.error != platform::IoError::TooLarge || limit <= kReadWhole) {
         return FaultOf(status);

@@ -57,9 +57,11 @@ const bool kLibxmlIsReady = [] {
     return true;
 }();
 
+} // namespace
+
 // Metadata take three to six times their size as a tree, a flood of small elements far more. What
 // is looked for in a tree takes memory beside it, up to half as much again.
-std::size_t MaxTreeBytes(std::uint64_t documentBytes) {
+std::size_t MaxTreeBytes(std::uint64_t documentBytes) noexcept {
     constexpr std::uint64_t kMebibyte = std::uint64_t{1024} * 1024;
     constexpr std::uint64_t kAnyDocument = 8 * kMebibyte;
     constexpr std::uint64_t kTimes = 7;
@@ -70,8 +72,6 @@ std::size_t MaxTreeBytes(std::uint64_t documentBytes) {
         std::min(kTimesTheLimit * limit + 2 * kMebibyte,
                  kTimes * std::min(documentBytes, kNoLimit / kTimes) + kAnyDocument));
 }
-
-} // namespace
 
 /// Where the bytes of one document come from.
 class Parser::Source {
@@ -177,15 +177,16 @@ struct Parser::Context {
     static int OnClose(void* /*context*/) { return 0; }
 };
 
-Parser::Parser() {
-    static_cast<void>(kLibxmlIsReady);
-    // cppcheck-suppress useInitializationList // libxml2 first
-    m_context = std::make_unique<Context>();
-}
+// The context costs as much as a small document, which mostly can do without it.
+Parser::Parser() = default;
 
 Parser::~Parser() = default;
 
 ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
+    static_cast<void>(kLibxmlIsReady);
+    if (m_context == nullptr) {
+        m_context = std::make_unique<Context>();
+    }
     Context& context = *m_context;
     if (context.Overgrown() || xmlDictGetUsage(context.libxml->dict) > kMaxNameTableBytes) {
         context.Renew();
@@ -210,7 +211,7 @@ ParseError Parser::Parse(Source& source, const char* encoding, Tree& tree) {
 
 ParseError Parser::ParseBytes(std::string_view bytes, Tree& tree) {
     try {
-        if (ParseQuickly(bytes, tree) && tree.BytesUsed() <= MaxTreeBytes(bytes.size())) {
+        if (ParseQuickly(bytes, tree, MaxTreeBytes(bytes.size()))) {
             return {};
         }
     } catch (const std::bad_alloc&) {

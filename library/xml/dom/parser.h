@@ -17,6 +17,10 @@ class FileReader;
 
 namespace nqp2::dom {
 
+/// What the tree of a document of that size may take (Tree::BytesUsed), for all that the limit of
+/// XmlLimits.h leaves.
+std::size_t MaxTreeBytes(std::uint64_t documentBytes) noexcept;
+
 /// Turns XML text into a tree. Keeps its parser state between documents, which halves the cost of
 /// a small file. Refuses document types, undeclared prefixes, nesting beyond libxml2's default
 /// depth, and trees that take more memory than XmlLimits.h allows; never opens anything.

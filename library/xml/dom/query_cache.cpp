@@ -9,33 +9,38 @@
 namespace nqp2::dom {
 namespace {
 
+/// Nodes in document order: whether one is inside another, which then is inside the one before.
+bool AreNested(const std::vector<Node*>& nodes) {
+    for (std::size_t i = 1; i < nodes.size(); ++i) {
+        for (const Node* up = nodes[i]->parent; up != nullptr; up = up->parent) {
+            if (up == nodes[i - 1]) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 void ScanForAnchors(QueryCache::Anchors& found, Node& top, const NameTest& test) {
     found.nodes.clear();
-    found.nested = false;
-    std::size_t count = 0; // first, so that a document of many takes no more than it needs
-    Node* last = nullptr;
+    constexpr std::size_t kFew = 16;
+    found.nodes.reserve(kFew);
+    std::size_t count = 0;
     for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
-        if (test.Fits(*each)) {
-            ++count;
-            last = each;
+        if (test.Fits(*each) && ++count <= kFew) {
+            found.nodes.push_back(each);
         }
     }
-    found.nodes.reserve(count);
-    if (count == 1) {
-        found.nodes.push_back(last);
-        return;
-    }
-    const Node* lastAnchor = nullptr;
-    for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
-        if (!test.Fits(*each)) {
-            continue;
+    if (count > kFew) { // counted first, so that many take no more than they need
+        found.nodes.clear();
+        found.nodes.reserve(count);
+        for (Node* each = &top; each != nullptr; each = NextInOrder(*each, top)) {
+            if (test.Fits(*each)) {
+                found.nodes.push_back(each);
+            }
         }
-        for (const Node* up = each->parent; up != nullptr && !found.nested; up = up->parent) {
-            found.nested = up == lastAnchor;
-        }
-        lastAnchor = each;
-        found.nodes.push_back(each);
     }
+    found.nested = AreNested(found.nodes);
 }
 
 } // namespace

@@ -15,7 +15,8 @@
 /// Takes plain documents apart, what cameras write, at a fraction of libxml2's cost: for
 /// quick_parser.h, which builds a tree, and field_reader.h, which needs none.
 ///
-/// It takes: at most 256 KiB of UTF-8, with or without byte-order mark; an XML declaration of
+/// It takes: UTF-8, with or without byte-order mark, of a size that its callers bound (below the
+/// 10 MB at which limits of libxml2 begin); an XML declaration of
 /// version 1.0; elements with ASCII names, at most 200 within each other and with at most 24
 /// attributes; namespaces; text, comments and CDATA sections; the five references that need no
 /// declaration ("&amp;" and its like).
@@ -34,7 +35,6 @@
 namespace nqp2::dom::quick {
 
 // Below the limits of libxml2, which would refuse what is beyond its own.
-inline constexpr std::size_t kLargestDocument = std::size_t{256} * 1024;
 inline constexpr std::size_t kMaxAttributes = 24;
 inline constexpr int kMaxDepth = 200;
 

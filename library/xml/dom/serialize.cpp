@@ -3,6 +3,9 @@
 
 #include "xml/dom/serialize.h"
 
+#include "xml/dom/parser.h"
+
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -57,7 +60,6 @@ constexpr std::size_t kPlainText = std::size_t{8} * 1024 * 1024;
 constexpr std::size_t kPlainName = 1000;
 constexpr std::size_t kPlainDepth = 100;
 constexpr int kPlainAttributes = 100;
-constexpr std::size_t kPlainNodes = 20'000;
 
 /// The namespace declarations in force while the output goes down and up the tree.
 class Scope {
@@ -84,6 +86,28 @@ private:
     std::vector<Entry> m_entries;
 };
 
+/// How large the tree may become at most when the output is read again.
+class Reread {
+public:
+    /// `mayChangeUri`: it has a prefix or declares one.
+    void Count(NodeType type, bool mayChangeUri) {
+        const bool isNamed = type == NodeType::Element || type == NodeType::Attribute ||
+                             type == NodeType::ProcessingInstruction;
+        m_bytes += sizeof(Node) + (isNamed ? sizeof(NodeName) : 0);
+        m_uriChanges += mayChangeUri ? 2U : 0U; // to it and back
+    }
+    void CountUri(std::string_view uri) { m_longestUri = std::max(m_longestUri, uri.size()); }
+    [[nodiscard]] std::size_t MostBytes(std::size_t documentBytes) const {
+        // A text that comes in pieces is there up to three times for a moment.
+        return m_bytes + m_uriChanges * m_longestUri + 3 * documentBytes;
+    }
+
+private:
+    std::size_t m_bytes = 0;
+    std::size_t m_uriChanges = 0;
+    std::size_t m_longestUri = 0;
+};
+
 class Serializer {
 public:
     Serialized Run(const Node& top) {
@@ -105,7 +129,8 @@ public:
             }
             node = node == &top || node == nullptr ? nullptr : node->Next();
         }
-        m_doubtful = m_doubtful || m_out.size() > kPlainText || m_nodes > kPlainNodes;
+        m_doubtful = m_doubtful || m_out.size() > kPlainText ||
+                     m_reread.MostBytes(m_out.size()) > MaxTreeBytes(m_out.size());
         return {std::move(m_out), m_doubtful};
     }
 
@@ -133,7 +158,7 @@ private:
         case NodeType::Fragment:
             break;
         }
-        ++m_nodes;
+        m_reread.Count(node.type, node.PrefixLength() != 0);
     }
 
     void Close(const Node& node) {
@@ -204,7 +229,11 @@ private:
 
     void AppendAttribute(std::string_view name, std::string_view value) {
         m_doubtful = m_doubtful || name.size() > kPlainName;
-        ++m_nodes;
+        const bool declares = name == kXmlns || name.starts_with("xmlns:");
+        m_reread.Count(NodeType::Attribute, declares || name.find(':') != std::string_view::npos);
+        if (declares) {
+            m_reread.CountUri(value);
+        }
         m_out.append(" ").append(name).append("=\"");
         AppendEscaped(m_out, value, AttributeEscape);
         m_out.append("\"");
@@ -231,7 +260,7 @@ private:
 
     const Node* m_top = nullptr;
     bool m_doubtful = false;
-    std::size_t m_nodes = 0;
+    Reread m_reread;
     std::string m_out;
     Scope m_scope;
     std::vector<std::size_t> m_marks;

@@ -43,6 +43,11 @@ std::size_t PlaceOf(std::string_view name, std::size_t places) {
     return mixed % places;
 }
 
+/// Of texts that mostly are the very same bytes.
+bool IsSame(std::string_view left, std::string_view right) {
+    return left.size() == right.size() && (left.data() == right.data() || left == right);
+}
+
 } // namespace
 
 Tree::Tree() : m_rule(std::make_shared<const SelectionRule>()) {
@@ -88,19 +93,22 @@ Node& Tree::Create(NodeType type, const NodeName& name) {
     return node;
 }
 
-const NodeName& Tree::NewName(std::string_view text, std::string_view uri) {
-    if (!uri.empty() && uri != m_lastUri) {
-        m_lastUri = m_texts.Copy(uri);
+const NodeName& Tree::NewName(std::string_view text, std::string_view uri, From from) {
+    const auto kept = [&](std::string_view each) {
+        return from == From::Document ? each : m_texts.Copy(each);
+    };
+    if (!uri.empty() && !IsSame(uri, m_lastUri)) {
+        m_lastUri = kept(uri);
     }
     void* const place = m_texts.Allocate(sizeof(NodeName));
     return *new (place)
-        NodeName{m_texts.Copy(text), uri.empty() ? uri : m_lastUri, PrefixLength(text), nullptr};
+        NodeName{kept(text), uri.empty() ? uri : m_lastUri, PrefixLength(text), nullptr};
 }
 
-const NodeName& Tree::KeepName(std::string_view text, std::string_view uri) {
+const NodeName& Tree::KeepName(std::string_view text, std::string_view uri, From from) {
     const NodeName*& known = m_known[PlaceOf(text, kKnownNames)];
-    if (known == nullptr || known->text != text || known->uri != uri) {
-        known = &NewName(text, uri);
+    if (known == nullptr || known->text != text || !IsSame(known->uri, uri)) {
+        known = &NewName(text, uri, from);
     }
     return *known;
 }
@@ -119,7 +127,7 @@ Node& Tree::CreateElement(std::string_view qualifiedName, std::string_view uri) 
 }
 
 Node& Tree::CreateNewlyNamed(std::string_view qualifiedName, std::string_view uri) {
-    return Create(NodeType::Element, NewName(qualifiedName, uri));
+    return Create(NodeType::Element, NewName(qualifiedName, uri, From::Elsewhere));
 }
 
 Node& Tree::CreateNamedLike(const Node& element) {
@@ -141,7 +149,13 @@ Node& Tree::CreateInstruction(std::string_view target, std::string_view data) {
 char* Tree::KeepDocument(std::string_view bytes) {
     auto* const kept = static_cast<char*>(m_texts.Allocate(bytes.size() + 1));
     kept[bytes.copy(kept, bytes.size())] = '\0';
+    constexpr std::size_t kBytesOfNode = 8; // at least, where tags have names and texts are some
+    m_nodes.Reserve(bytes.size() / kBytesOfNode);
     return kept;
+}
+
+Node& Tree::CreateKeptElement(std::string_view keptName, std::string_view keptUri) {
+    return Create(NodeType::Element, KeepName(keptName, keptUri, From::Document));
 }
 
 Node& Tree::CreateKeptCharacters(NodeType type, std::string_view kept) {
@@ -204,12 +218,16 @@ void Tree::Unlink(Node& node) {
 
 void Tree::AppendAttribute(Node& element, std::string_view name, std::string_view value,
                            std::string_view uri) {
-    AppendKeptAttribute(element, name, m_texts.Copy(value), uri);
+    Attach(element, KeepName(name, uri), m_texts.Copy(value));
 }
 
-void Tree::AppendKeptAttribute(Node& element, std::string_view name, std::string_view kept,
+void Tree::AppendKeptAttribute(Node& element, std::string_view name, std::string_view value,
                                std::string_view uri) {
-    Node& attribute = Create(NodeType::Attribute, KeepName(name, uri));
+    Attach(element, KeepName(name, uri, From::Document), value);
+}
+
+void Tree::Attach(Node& element, const NodeName& name, std::string_view kept) {
+    Node& attribute = Create(NodeType::Attribute, name);
     HoldKept(attribute, kept);
     attribute.parent = &element;
     Link(element.m_firstAttribute, attribute, nullptr);

@@ -53,6 +53,7 @@ public:
     Node& CreateInstruction(std::string_view target, std::string_view data);
     /// A copy of a whole document with a 0 behind it. What is part of it needs no further copy:
     char* KeepDocument(std::string_view bytes);
+    Node& CreateKeptElement(std::string_view keptName, std::string_view keptUri);
     Node& CreateKeptCharacters(NodeType type, std::string_view kept);
 
     /// Links `child`, which has no parent, before `before` or at the end when that is null. Returns
@@ -66,8 +67,8 @@ public:
     /// Adds an attribute behind the others; its name must be new to the element.
     void AppendAttribute(Node& element, std::string_view name, std::string_view value,
                          std::string_view uri);
-    /// The same with a value that is part of the document that the tree keeps.
-    void AppendKeptAttribute(Node& element, std::string_view name, std::string_view kept,
+    /// The same with texts that are part of the document that the tree keeps.
+    void AppendKeptAttribute(Node& element, std::string_view name, std::string_view value,
                              std::string_view uri);
     /// Adds an attribute behind the others, or gives the one of that name a new value.
     void SetAttribute(Node& element, std::string_view name, std::string_view value,
@@ -89,9 +90,13 @@ public:
 
 private:
     Node& Create(NodeType type, const NodeName& name = kNoName);
-    const NodeName& NewName(std::string_view text, std::string_view uri);
+    /// Where texts come from: part of the document that the tree keeps, or to be copied.
+    enum class From { Document, Elsewhere };
+    const NodeName& NewName(std::string_view text, std::string_view uri, From from);
     /// The same name again, where it was met of late.
-    const NodeName& KeepName(std::string_view text, std::string_view uri);
+    const NodeName& KeepName(std::string_view text, std::string_view uri,
+                             From from = From::Elsewhere);
+    void Attach(Node& element, const NodeName& name, std::string_view kept);
     void Hold(Node& node, std::string_view content);
     static void HoldKept(Node& node, std::string_view kept) noexcept;
     static void Link(Node*& first, Node& node, Node* before) noexcept;

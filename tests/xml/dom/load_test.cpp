@@ -7,6 +7,7 @@
 #include "tests/support/temp_folder.h"
 #include "tests/xml/dom/loaded_document.h"
 #include "xml/dom/document.h"
+#include "xml/dom/quick_parser.h"
 
 #include <chrono>
 #include <cstdint>
@@ -118,7 +119,7 @@ TEST_F(Flood, IsRefusedInTime) {
     for (const std::string& bytes :
          {"<a " + Numbered("x", "='' ", 1'000'000) + "/>",
           "<a " + Numbered("xmlns:x", "='u' ", 300'000) + "/>", Repeated(many, 200),
-          "<a>" + Repeated("<b/>", 2'000'000),
+          "<a>" + Repeated("<b/>", 2'000'000), "<a>" + Repeated("<b/>", 900'000) + "</a>",
           "<a>" + std::string(MaxXmlFileSize() + 4'000'000, 'x') + "</a>"}) {
         SCOPED_TRACE(bytes.substr(0, 20));
         ExpectRefused(bytes, Fault::TooLarge);
@@ -129,7 +130,23 @@ TEST_F(Flood, EverNewNamesFromFileToFile) {
     // libxml2 gives up at 10 MB of names in one parser.
     for (int file = 0; file < 14; ++file) {
         const std::string name = "<name-of-file-" + std::to_string(file) + "-number-";
-        ASSERT_TRUE(m_document.LoadBytes("<a>" + Numbered(name, "/>", 30'000) + "</a>")) << file;
+        ASSERT_TRUE(m_document.LoadBytes("<?i?><a>" + Numbered(name, "/>", 30'000) + "</a>"))
+            << file;
+    }
+}
+
+TEST(QuickParser, GivesLargeDocumentsAsLibxml2Does) {
+    const std::string part = "<p:b xmlns:p='u' p:x='&lt;'>t&amp;t<c/><![CDATA[<]]></p:b>\n";
+    Document quick(SelectionRule::Names::Qualified);
+    Document sound(SelectionRule::Names::Qualified);
+    for (const std::size_t size :
+         {std::size_t{300'000}, kLargestQuickDocument - 8, kLargestQuickDocument + 100}) {
+        std::string text = Repeated(part, size / part.size());
+        text = "<a>" + text + std::string(size - text.size(), 'x') + "</a>";
+        ASSERT_TRUE(quick.LoadBytes(text) && sound.LoadBytes("<?i?>" + text)) << size;
+        EXPECT_TRUE("<?i?>\r\n" + Serialize(*quick.DocumentNode()) == // too large to be printed
+                    Serialize(*sound.DocumentNode()))
+            << size;
     }
 }
 
@@ -168,7 +185,7 @@ protected:
     Document m_document{SelectionRule::Names::Qualified};
     std::uint64_t m_limit = MaxXmlFileSize();
     /// Beyond the size up to which a file is read whole.
-    const std::string m_text = "<a>" + std::string(300'000, 'x') + "</a>";
+    const std::string m_text = "<a>" + std::string(kLargestQuickDocument, 'x') + "</a>";
     const std::string m_large = m_folder.Write("Clip/large%20.xml", m_text);
 };
 
@@ -181,9 +198,9 @@ TEST_F(LoadFileTest, TellsWhyAFileCannotBeReadAndRefusesLargeOnesUnread) {
     EXPECT_TRUE(m_document.LoadFile(small));
     SetMaxXmlFileSize(999);
     EXPECT_EQ(FaultOf(small), Fault::TooLarge);
-    SetMaxXmlFileSize(300'006);
+    SetMaxXmlFileSize(m_text.size() - 1);
     EXPECT_EQ(FaultOf(m_large), Fault::TooLarge);
-    SetMaxXmlFileSize(300'007);
+    SetMaxXmlFileSize(m_text.size());
     EXPECT_TRUE(m_document.LoadFile(m_folder.Path("Clip/large%20.xml")));
     EXPECT_EQ(Serialize(*m_document.DocumentNode()), m_text + "\r\n") << "read in pieces";
     SetMaxXmlFileSize(UINT64_MAX);
