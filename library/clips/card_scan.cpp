@@ -83,12 +83,18 @@ private:
             m_remarks.Add(file.path, SkipReason::UnsafeName);
         }
         if (m_remarks.AreWanted()) {
-            m_relations.push_back(RelationOf(texts, m_clip));
+            Relate(RelationOf(texts, m_clip));
         }
         if (!m_keepDigit) {
             m_clip.ClipIdDigit = -1;
         }
         clips.Add(std::move(m_clip)); // the next one keeps the moment that a move leaves, see Reset
+    }
+
+    void Relate(ClipRelation relation) {
+        if (IsRelated(relation)) {
+            m_relations.push_back(std::move(relation));
+        }
     }
 
     CMarkupMSXML& m_reader;
