@@ -93,10 +93,19 @@ struct RealPaths::Cache {
             }
             return bytes;
         }
+        /// Room for a large folder at once: where a list grows, it is there twice for a moment.
+        static std::size_t LikelyCount(const std::string& folder) {
+            constexpr std::uint64_t kBytesOfEntry = 20; // or a little more, where a size is told
+            constexpr std::uint64_t kMost = 100'000;
+            platform::FileInfo info;
+            return platform::Files().Stat(folder, info) ? std::min(info.size / kBytesOfEntry, kMost)
+                                                        : 0;
+        }
         /// Takes the folder's names as they come and tells how many; its listing, which takes far
         /// more room, is gone before they are sorted.
         std::size_t Pack(const std::string& folder) {
             std::vector<platform::FolderEntry> entries;
+            entries.reserve(LikelyCount(folder));
             static_cast<void>(platform::Files().List(folder, entries));
             m_text.reserve(std::accumulate(
                 entries.begin(), entries.end(), std::size_t{0},
