@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <concepts>
-#include <cstdint>
 #include <limits>
 
 namespace nqp2::tool {
@@ -46,11 +45,11 @@ std::size_t PrintableLength(std::string_view text) {
 }
 
 bool OutputText::PutIfPlain(std::wstring_view text, Commas commas) {
-    const std::uint32_t comma = commas == Commas::Quoted ? ',' : '"';
+    const char32_t comma = commas == Commas::Quoted ? U',' : U'"';
     char* const place = Room(text.size());
-    std::uint32_t faults = 0;
+    char32_t faults = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        faults |= Fault(static_cast<std::uint32_t>(text[i]), comma);
+        faults |= Fault(static_cast<char32_t>(text[i]), comma);
         place[i] = static_cast<char>(text[i]);
     }
     m_size += IsFault(faults) ? 0 : text.size();
