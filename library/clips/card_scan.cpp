@@ -87,7 +87,7 @@ private:
             m_remarks.Add(file.path, SkipReason::UnsafeName);
         }
         if (m_remarks.AreWanted()) {
-            m_relations.push_back(RelationOf(texts, m_clip));
+            Relate(RelationOf(texts, m_clip));
         }
         if (!m_keepDigit) {
             m_clip.ClipIdDigit = -1;
@@ -103,6 +103,12 @@ private:
         if (clips.GetSize() == m_room) {
             m_room = std::min(m_most, m_room + std::max(m_room, kLeastRoom));
             clips.Reserve(m_room);
+        }
+    }
+
+    void Relate(ClipRelation relation) {
+        if (IsRelated(relation)) {
+            m_relations.push_back(std::move(relation));
         }
     }
 

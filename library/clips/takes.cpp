@@ -12,17 +12,18 @@
 #include <utility>
 
 namespace nqp2::clips {
+
+bool IsRelated(const ClipRelation& clip) {
+    return !clip.top.globalClipID.IsEmpty() || !clip.previous.globalClipID.IsEmpty() ||
+           !clip.next.globalClipID.IsEmpty();
+}
+
 namespace {
 
 using Key = std::wstring;
 
 Key KeyOf(const CString& identifier) {
     return platform::FoldCase(identifier.View());
-}
-
-bool IsRelated(const ClipRelation& clip) {
-    return !clip.top.globalClipID.IsEmpty() || !clip.previous.globalClipID.IsEmpty() ||
-           !clip.next.globalClipID.IsEmpty();
 }
 
 /// The identifier that all segments of a take share: that of the first segment.

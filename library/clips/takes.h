@@ -26,6 +26,9 @@ struct ClipRelation {
     Neighbour next;
 };
 
+/// Whether the clip is part of a take at all; most are not, and need not be kept for FindTakes.
+bool IsRelated(const ClipRelation& clip);
+
 /// The takes that the clips form, in the order in which their first clips came. Clips without
 /// relation form none.
 CArray<Take> FindTakes(const std::vector<ClipRelation>& clips);

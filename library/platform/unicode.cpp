@@ -143,9 +143,13 @@ bool IsAscii(std::string_view bytes) {
                         [](char ch) { return (static_cast<unsigned char>(ch) & 0x80U) != 0; });
 }
 
+// To the end, whatever comes: most texts are ASCII, and many elements are looked at at once.
 bool IsAscii(std::wstring_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](wchar_t ch) { return ch >= 0 && ch <= kLastAscii; });
+    bool isAscii = true;
+    for (const wchar_t ch : text) {
+        isAscii &= static_cast<char32_t>(ch) <= kLastAscii;
+    }
+    return isAscii;
 }
 
 int CheckedLength(std::size_t length) {

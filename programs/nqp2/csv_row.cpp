@@ -21,7 +21,7 @@ void PutOne(OutputText& out, std::string_view text) {
     PutCell(out, text);
 }
 void PutOne(OutputText& out, const CString& text) {
-    if (!out.PutIfPlain(text.View())) {
+    if (!out.PutIfPlain(text.View(), Commas::Quoted)) {
         PutCell(out, BytesFromText(text));
     }
 }

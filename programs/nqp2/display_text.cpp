@@ -127,12 +127,15 @@ std::string Escaped(char32_t ch) {
 } // namespace
 
 std::string Printable(std::string_view text, LineBreaks lineBreaks) {
-    if (IsPlain(text)) {
-        return std::string(text);
-    }
     std::string out;
     out.reserve(text.size());
-    while (!text.empty()) {
+    for (;;) {
+        const std::size_t printable = PrintableLength(text);
+        out += text.substr(0, printable);
+        text.remove_prefix(printable);
+        if (text.empty()) {
+            return out;
+        }
         const Decoded next = DecodeFirst(text);
         const bool keep = lineBreaks == LineBreaks::Keep && (next.ch == U'\n' || next.ch == U'\t');
         if (next.ch == kReplacement) {
@@ -144,7 +147,6 @@ std::string Printable(std::string_view text, LineBreaks lineBreaks) {
         }
         text.remove_prefix(next.length);
     }
-    return out;
 }
 
 int DisplayWidth(std::string_view text) {

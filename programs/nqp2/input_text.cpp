@@ -10,9 +10,9 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <iterator>
-#include <numeric>
 
 namespace nqp2::tool {
 namespace {
@@ -69,21 +69,25 @@ std::ptrdiff_t Utf16Length(std::wstring_view text) {
 } // namespace
 
 std::string GuidText(const GUID& guid) {
-    std::uint64_t left =
-        std::uint64_t{guid.Data1} << 32U | std::uint64_t{guid.Data2} << 16U | guid.Data3;
-    const std::uint64_t second =
-        std::accumulate(std::begin(guid.Data4), std::end(guid.Data4), std::uint64_t{0},
-                        [](std::uint64_t sum, std::uint8_t byte) { return sum << 8U | byte; });
     std::string text(kGuidForms[0]);
-    constexpr std::size_t kSecondStart = 19;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (i == kSecondStart) {
-            left = second;
+    char* place = text.data();
+    const auto put = [&place](unsigned number, unsigned digits) {
+        while (digits > 0) {
+            *place++ = kHexDigits[number >> 4U * --digits & 0xFU];
         }
-        if (text[i] == 'x') {
-            text[i] = kHexDigits[left >> 60U];
-            left <<= 4U;
-        }
+    };
+    const auto skipDash = [&place] { ++place; };
+    put(guid.Data1, 8);
+    skipDash();
+    put(guid.Data2, 4);
+    skipDash();
+    put(guid.Data3, 4);
+    skipDash();
+    put(guid.Data4[0], 2);
+    put(guid.Data4[1], 2);
+    skipDash();
+    for (std::size_t i = 2; i < std::size(guid.Data4); ++i) {
+        put(guid.Data4[i], 2);
     }
     return text;
 }

@@ -73,6 +73,16 @@ void PutAscii(OutputText& out, char ch) {
     }
 }
 
+bool IsVerbatim(char ch) {
+    return ch >= ' ' && ch <= '~' && ch != '"' && ch != '\\';
+}
+
+/// How many characters the text begins with that stand for themselves.
+std::size_t VerbatimLength(std::string_view text) {
+    const auto* const end = std::find_if_not(text.begin(), text.end(), IsVerbatim);
+    return static_cast<std::size_t>(end - text.begin());
+}
+
 /// C1 controls have the first byte to themselves up to 9F.
 bool IsControl(std::string_view character) {
     return ByteAt(character, 0) == 0xC2 && ByteAt(character, 1) <= 0x9F;
@@ -81,7 +91,13 @@ bool IsControl(std::string_view character) {
 } // namespace
 
 void PutEscaped(OutputText& out, std::string_view text) {
-    while (!text.empty()) {
+    for (;;) {
+        const std::size_t verbatim = VerbatimLength(text);
+        out.Put(text.substr(0, verbatim));
+        text.remove_prefix(verbatim);
+        if (text.empty()) {
+            return;
+        }
         Character next;
         if (ByteAt(text, 0) < 0x80) {
             PutAscii(out, text[0]);

@@ -46,7 +46,7 @@ void JsonWriter::Put(std::string_view text) {
 
 void JsonWriter::Put(const CString& text) {
     m_out.Put(Separator(), '"');
-    if (!m_out.PutIfPlain(text.View())) {
+    if (!m_out.PutIfPlain(text.View(), Commas::Plain)) {
         PutEscaped(m_out, BytesFromText(text));
     }
     m_out.Put('"');

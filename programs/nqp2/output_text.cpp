@@ -6,43 +6,54 @@
 #include "nqp2/console.h"
 
 #include <algorithm>
-#include <array>
+#include <concepts>
+#include <limits>
 
 namespace nqp2::tool {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{32} * 1024;
 
-constexpr std::array<bool, 256> PlainCharacters() {
-    std::array<bool, 256> plain = {};
-    for (unsigned ch = ' '; ch <= '~'; ++ch) {
-        plain[ch] = ch != '"' && ch != '\\' && ch != ',';
-    }
-    return plain;
+/// Has its highest bit set where the character is not plain. Nothing but sums, in the character's
+/// own width: so compilers look at many characters at once.
+template <std::unsigned_integral Unit>
+constexpr Unit Fault(Unit ch, Unit comma) {
+    return static_cast<Unit>(ch | (ch - ' ') | ('~' - ch) | ((ch ^ '"') - 1) | ((ch ^ '\\') - 1) |
+                             ((ch ^ comma) - 1));
 }
-constexpr std::array<bool, 256> kPlain = PlainCharacters();
+
+template <std::unsigned_integral Unit>
+constexpr bool IsFault(Unit faults) {
+    return faults >> (std::numeric_limits<Unit>::digits - 1) != 0;
+}
 
 } // namespace
 
 // No way out of the loops before their ends: most texts are plain.
 bool IsPlain(std::string_view text) {
-    bool plain = true;
+    unsigned char faults = 0;
     for (const char ch : text) {
-        plain &= kPlain[static_cast<unsigned char>(ch)];
+        faults |= Fault(static_cast<unsigned char>(ch), static_cast<unsigned char>(','));
     }
-    return plain;
+    return !IsFault(faults);
 }
 
-bool OutputText::PutIfPlain(std::wstring_view text) {
-    char* place = Room(text.size());
-    bool plain = true;
-    for (const wchar_t ch : text) {
-        const auto code = static_cast<unsigned char>(ch);
-        plain &= kPlain[code] && static_cast<wchar_t>(code) == ch;
-        *place++ = static_cast<char>(code);
+std::size_t PrintableLength(std::string_view text) {
+    const auto* const end =
+        std::find_if_not(text.begin(), text.end(), [](char ch) { return ch >= ' ' && ch <= '~'; });
+    return static_cast<std::size_t>(end - text.begin());
+}
+
+bool OutputText::PutIfPlain(std::wstring_view text, Commas commas) {
+    const char32_t comma = commas == Commas::Quoted ? U',' : U'"';
+    char* const place = Room(text.size());
+    char32_t faults = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        faults |= Fault(static_cast<char32_t>(text[i]), comma);
+        place[i] = static_cast<char>(text[i]);
     }
-    m_size += plain ? text.size() : 0;
-    return plain;
+    m_size += IsFault(faults) ? 0 : text.size();
+    return !IsFault(faults);
 }
 
 void OutputText::Flush() {

@@ -19,6 +19,12 @@ class Console;
 /// Most are: codecs, names, digits and paths.
 bool IsPlain(std::string_view text);
 
+/// How many characters of printable ASCII the text begins with.
+std::size_t PrintableLength(std::string_view text);
+
+/// Whether a form quotes texts for their commas.
+enum class Commas { Quoted, Plain };
+
 /// Text on its way to standard output, written block by block: however much comes, no more than a
 /// block is held.
 class OutputText {
@@ -43,8 +49,8 @@ public:
         const fmt::format_int digits(number);
         Put(std::string_view(digits.data(), digits.size()));
     }
-    /// Puts the text if it is plain; tells whether it did.
-    bool PutIfPlain(std::wstring_view text);
+    /// Puts the text if it is plain, commas aside where they are none; tells whether it did.
+    bool PutIfPlain(std::wstring_view text, Commas commas);
     /// Writes what is still held.
     void Flush();
     [[nodiscard]] std::string_view Text() const { return {m_block.data(), m_size}; }

@@ -16,10 +16,9 @@
 /// quick_parser.h, which builds a tree, and field_reader.h, which needs none.
 ///
 /// It takes: UTF-8, with or without byte-order mark, of a size that its callers bound (below the
-/// 10 MB at which limits of libxml2 begin); an XML declaration of
-/// version 1.0; elements with ASCII names, at most 200 within each other and with at most 24
-/// attributes; namespaces; text, comments and CDATA sections; the five references that need no
-/// declaration ("&amp;" and its like).
+/// 10 MB at which limits of libxml2 begin); an XML declaration of version 1.0; elements with ASCII
+/// names, at most 200 within each other and with at most 24 attributes; namespaces; text, comments
+/// and CDATA sections; the five references that need no declaration ("&amp;" and its like).
 ///
 /// It leaves to libxml2: document types, processing instructions, numeric references, other
 /// encodings, control characters in values, the prefix "xml", names that are not ASCII, whatever is
