@@ -190,10 +190,18 @@ ChannelStatus ChannelEnd::AwaitSlot(Lock& lock, std::int32_t* abortFlag) {
     if (hasSlot()) {
         return kChannelDone;
     }
-    m_link.send.NoteWaiting(++m_slotWaiters > 0);
-    const ChannelStatus status = Await(lock, m_timeOuts.send, abortFlag, hasSlot);
-    m_link.send.NoteWaiting(--m_slotWaiters > 0);
-    return status;
+    // However it ends, in want of memory too: packets that nobody waits for would fill the queue.
+    const struct Waiting {
+        explicit Waiting(ChannelEnd& waits) : end(waits) { Count(1); }
+        Waiting(const Waiting&) = delete;
+        Waiting& operator=(const Waiting&) = delete;
+        ~Waiting() { Count(-1); }
+        void Count(int change) const {
+            end.m_link.send.NoteWaiting((end.m_slotWaiters += change) > 0);
+        }
+        ChannelEnd& end;
+    } waiting(*this);
+    return Await(lock, m_timeOuts.send, abortFlag, hasSlot);
 }
 
 /// What is there is given before anything else is looked at: a flag that is set already ends

@@ -35,6 +35,12 @@ bool IsFuture(std::time_t modified, const Moment& now) {
     return modified > system_clock::to_time_t(now.wall + kStep);
 }
 
+/// Anyone can set `modified` back, as copying a card does, and `changed` then tells of that moment.
+/// In one step of the clock both may stay the same over two changes.
+bool StampsTell(const FileInfo& folder, const Moment& listed, const Moment& now) {
+    return StampTells(folder.modified, listed, now) && StampTells(folder.changed, listed, now);
+}
+
 } // namespace
 
 Moment Moment::Now() {
@@ -68,7 +74,7 @@ KnownNames FolderMemory::NamesOf(const std::string& folder) {
     }
     const Moment now = Moment::Now();
     if (known != m_kept.end() && IsSame(known->second.folder, info) &&
-        StampTells(info.modified, known->second.listed, now)) {
+        StampsTell(info, known->second.listed, now)) {
         return {known->second.index, true};
     }
     return List(folder, info, now);

@@ -3,15 +3,18 @@
 
 #include "platform/read_ahead.h"
 
+#include "platform/descriptor.h"
 #include "platform/file_system.h"
 #include "platform/guard.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
 #include <new>
+#include <sys/eventfd.h>
 #include <thread>
 #include <utility>
 
@@ -25,6 +28,9 @@ constexpr std::size_t kWindow = 16;
 // Threads that found no room sleep until there is this much, so that each waking serves several.
 constexpr std::size_t kRoomToWake = kWindow / 2;
 
+// What the caller may have open beside: folders that it lists, a large file.
+constexpr std::size_t kCallersFiles = 4;
+
 constexpr int kNoLimit = -1;
 std::atomic<int> threadsLeft = kNoLimit;
 
@@ -34,6 +40,16 @@ bool MayStartThread() {
     while (left > 0 && !threadsLeft.compare_exchange_weak(left, left - 1)) {
     }
     return left != 0;
+}
+
+/// Whether the caller has descriptors of its own while each thread has a file open: a folder that it
+/// cannot list would seem to be empty.
+bool AreDescriptorsLeft() {
+    std::array<Descriptor, kThreads + kCallersFiles> tried;
+    return std::all_of(tried.begin(), tried.end(), [](Descriptor& each) {
+        each = Descriptor(eventfd(0, EFD_CLOEXEC));
+        return static_cast<bool>(each);
+    });
 }
 
 /// Runs `work` on a thread of its own. What comes back is not joinable when there is none to be
@@ -86,9 +102,12 @@ bool TryReadFile(const FileRequest& request, FileContent& file) noexcept {
 /// The threads and the window of files that they fill, slot by slot in turn.
 class ReadAhead::Crew {
 public:
-    /// As many threads as there are to be had; null when there is none.
+    /// As many threads as there are to be had; null when there is none, or too few descriptors.
     static std::unique_ptr<Crew> Start(const std::vector<FileRequest>& requests,
                                        std::size_t first) {
+        if (!AreDescriptorsLeft()) {
+            return nullptr;
+        }
         try {
             std::unique_ptr<Crew> crew(new Crew(requests, first));
             return crew->m_threads.front().joinable() ? std::move(crew) : nullptr;

@@ -293,7 +293,10 @@ TEST_F(ClipReadersTest, ACardThatIsReadClipByClipHasEachFolderListedOnce) {
         folder.Write("contents/" + (files[i % 4][0] + name) + files[i % 4][1]);
     }
     test::FaultyFileSystem counted;
-    counted.SetFacts([](platform::FileInfo& info) { info.modified -= 3600; }); // as it is later
+    counted.SetFacts([](platform::FileInfo& info) { // as it is later
+        info.modified -= 3600;
+        info.changed -= 3600;
+    });
     const platform::ScopedFileSystem inPlace(counted);
     const auto paths = [&](int i) {
         CString name;

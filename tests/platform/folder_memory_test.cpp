@@ -50,10 +50,12 @@ struct Stamping {
     int first;              ///< seconds from now
     int step;               ///< between two changes
     std::uint64_t listings; ///< for a folder that has not changed
+    bool isSetBack = false; ///< its time of modification is
 };
 constexpr Stamping kStampings[] = {{"from long ago", -3600, 2, 0},
                                    {"ahead of us", 3600, 2, 0},
                                    {"of this moment", 0, 0, 1},
+                                   {"that were set back", 0, 0, 1, true},
                                    {"that never change", -3600, 0, 0}};
 
 /// A folder of videos, asked for in other letters than it is written in.
@@ -69,6 +71,7 @@ struct Medium {
             const auto now = stamping.first == 0 ? system_clock::now() : start;
             info.modified = system_clock::to_time_t(now) + stamping.first + changes * stamping.step;
             info.changed = info.modified;
+            info.modified -= stamping.isSetBack ? 3600 : 0;
             info.modifiedNanoseconds = info.changedNanoseconds = 0;
         });
     }
