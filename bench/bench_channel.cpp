@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <poll.h>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -123,6 +124,17 @@ double IdleSecond() {
     return taken;
 }
 
+/// The same of one that only sleeps, and wakes as often as a wait must look at a host's flag.
+double BareIdleSecond() {
+    constexpr int kSlice = 20; ///< milliseconds
+    constexpr int kSlices = 50;
+    const double before = Now(Clock::Processor);
+    for (int i = 0; i < kSlices; ++i) {
+        poll(nullptr, 0, kSlice);
+    }
+    return Now(Clock::Processor) - before;
+}
+
 void MeasureAll(Bench& bench) {
     const std::string& processors = bench.Arguments().front();
     UseProcessors(std::atoi(processors.c_str()));
@@ -130,6 +142,7 @@ void MeasureAll(Bench& bench) {
         MeasureMessages(bench, processors, length);
     }
     bench.Value("idle/" + processors, IdleSecond);
+    bench.Value("bare_idle/" + processors, BareIdleSecond);
 }
 
 } // namespace
