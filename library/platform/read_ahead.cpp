@@ -42,8 +42,8 @@ bool MayStartThread() {
     return left != 0;
 }
 
-/// Whether the caller has descriptors of its own while each thread has a file open: a folder that it
-/// cannot list would seem to be empty.
+/// Whether the caller has descriptors of its own while each thread has a file open: a folder that
+/// it cannot list would seem to be empty.
 bool AreDescriptorsLeft() {
     std::array<Descriptor, kThreads + kCallersFiles> tried;
     return std::all_of(tried.begin(), tried.end(), [](Descriptor& each) {

@@ -56,8 +56,8 @@ public:
     NodePool& operator=(const NodePool&) = delete;
     ~NodePool();
 
-    /// Makes room for so many at once, up to 4 MiB: what is taken and given back in one piece, the next
-    /// document finds at hand. Throws std::bad_alloc.
+    /// Makes room for so many at once, up to 4 MiB: what is taken and given back in one piece, the
+    /// next document finds at hand. Throws std::bad_alloc.
     void Reserve(std::size_t nodes);
     /// A node as new. Throws std::bad_alloc.
     Node& Take();

@@ -47,8 +47,8 @@ public:
     [[nodiscard]] const FieldValues& Values() const { return m_values; }
 
 private:
-    /// Of a row of documents for which a way to read brings nothing it is tried for some, then now and
-    /// again.
+    /// Of a row of documents for which a way to read brings nothing it is tried for some, then now
+    /// and again.
     class Patience {
     public:
         [[nodiscard]] bool IsTried() const { return m_inRow < kTries || m_inRow % kPause == 0; }
