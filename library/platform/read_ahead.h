@@ -16,8 +16,8 @@
 
 namespace nqp2::platform {
 
-/// Metadata files have some thousand bytes. Larger ones than this are better read piece by piece,
-/// so that the files held at a time stay small.
+/// Metadata files have some thousand bytes. Larger ones than this are left to the caller, one at a
+/// time, so that the files held at a time stay small.
 inline constexpr std::uint64_t kReadAheadLimit = std::uint64_t{256} << 10U;
 
 /// One file to read.
