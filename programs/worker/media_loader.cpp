@@ -39,14 +39,17 @@ void RequireDescriptors() {
     }
 }
 
-/// Mapping a file that was copied in part would end the process too. Its table of sections comes
-/// last.
+/// Mapping a file that was copied in part would end the process too, and opening a pipe would wait
+/// for its writer, past the end of all hosts. A file's table of sections comes last.
 void RequireWhole(const std::string& path) {
     const platform::Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
     struct stat facts {};
     ElfW(Ehdr) head{};
-    if (file && fstat(file.Get(), &facts) == 0 &&
-        read(file.Get(), &head, sizeof head) == static_cast<ssize_t>(sizeof head) &&
+    const bool isKnown = file && fstat(file.Get(), &facts) == 0;
+    if (isKnown && !S_ISREG(facts.st_mode)) {
+        throw Unusable(path + " is no file");
+    }
+    if (isKnown && read(file.Get(), &head, sizeof head) == static_cast<ssize_t>(sizeof head) &&
         head.e_shoff + std::uint64_t{head.e_shnum} * head.e_shentsize >
             static_cast<std::uint64_t>(facts.st_size)) {
         throw Unusable(path + " is cut off");

@@ -241,6 +241,9 @@ class CameraTest(CardTest):
                 self.assertEqual(result.returncode, 1 if words else 0, result.stderr)
                 self.assertRegex(result.stderr, told + words if words else "^$")
         module.unlink()
+        os.mkfifo(module)
+        result = subprocess.run(ask, capture_output=True, text=True, check=False, timeout=30)
+        self.assertRegex(result.stderr, told + "is no file")
         self.assertEqual(run("serial", "/proc", "--worker", worker).returncode, 1)
 
 
