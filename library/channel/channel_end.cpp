@@ -201,6 +201,9 @@ ChannelStatus ChannelEnd::AwaitSlot(Lock& lock, std::int32_t* abortFlag) {
         }
         ChannelEnd& end;
     } waiting(*this);
+    // A wait that the notes end leaves the packets of it unread: they would fill the queue as well.
+    while (!m_isPolling && ReadOne()) {
+    }
     return Await(lock, m_timeOuts.send, abortFlag, hasSlot);
 }
 
