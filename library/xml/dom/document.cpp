@@ -16,10 +16,10 @@
 namespace nqp2::dom {
 namespace {
 
-// Files that may be read quickly are read whole, in four system calls; larger ones piece by piece,
-// so that these are never in memory beside their trees.
-constexpr std::uint64_t kReadWhole = kLargestQuickDocument;
-constexpr std::size_t kKeptBuffer = std::size_t{256} * 1024;
+// Files up to this size are read whole, in four system calls. Larger ones only when they may be read
+// quickly, which takes a copy of them; any parse by libxml2 is piece by piece, so that such a file is
+// never in memory beside its tree and what libxml2 keeps.
+constexpr std::uint64_t kReadWhole = std::uint64_t{256} * 1024;
 
 ParseError FaultOf(const platform::IoStatus& status) {
     switch (status.error) {
@@ -112,15 +112,16 @@ bool Document::LoadFile(const std::string& path) {
 ParseError Document::ReadFile(const std::string& path) {
     const std::uint64_t limit = nqp2::MaxXmlFileSize();
     platform::FileSystem& files = platform::Files();
-    platform::IoStatus status = files.Read(path, std::min(limit, kReadWhole), m_buffer);
-    if (status) {
-        ParseError error = m_parser.ParseBytes(m_buffer, *m_tree);
-        if (m_buffer.capacity() > kKeptBuffer) {
-            m_buffer = {};
-        }
-        return error;
+    platform::IoStatus status =
+        files.Read(path, std::min<std::uint64_t>(limit, kLargestQuickDocument), m_buffer);
+    if (status && m_buffer.size() <= kReadWhole) {
+        return m_parser.ParseBytes(m_buffer, *m_tree);
     }
-    if (status.error != platform::IoError::TooLarge || limit <= kReadWhole) {
+    if (status && TakeBufferQuickly()) {
+        return {};
+    }
+    if (!status &&
+        (status.error != platform::IoError::TooLarge || limit <= kLargestQuickDocument)) {
         return FaultOf(status);
     }
     std::unique_ptr<platform::FileReader> reader;
@@ -132,6 +133,12 @@ ParseError Document::ReadFile(const std::string& path) {
         return {kErrorTooLarge, kFileTooLarge, 0, 0, Fault::TooLarge};
     }
     return m_parser.ParseStream(*reader, limit, *m_tree);
+}
+
+/// A large file; its buffer is given back.
+bool Document::TakeBufferQuickly() {
+    const std::string bytes = std::exchange(m_buffer, {});
+    return ParseQuickly(bytes, *m_tree, MaxTreeBytes(bytes.size()));
 }
 
 std::optional<std::string> Document::TextToSave() const {

@@ -97,6 +97,7 @@ private:
     template <class Load>
     bool Replace(const Load& load);
     ParseError ReadFile(const std::string& path);
+    bool TakeBufferQuickly();
 
     std::shared_ptr<const SelectionRule> m_rule;
     Parser m_parser;
