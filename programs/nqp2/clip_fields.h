@@ -13,6 +13,10 @@ namespace nqp2::tool {
 /// rate mean (CodeType, VideoStandard). Paths are POSIX paths, absent files "".
 void PutClip(ValueSink& sink, const _tag_P2Clip& clip);
 
+/// Ask for what PutClip will read of a clip (nqp2/fetch.h): first its record, then its texts.
+void FetchClip(const _tag_P2Clip& clip);
+void FetchTextsOf(const _tag_P2Clip& clip);
+
 /// What a clip's codec and rate mean.
 eCodeType CodeTypeOf(const _tag_P2Clip& clip);
 eP2_VIDEO_STANDARD StandardOf(const _tag_P2Clip& clip);

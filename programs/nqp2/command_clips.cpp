@@ -85,9 +85,19 @@ Scan ScanCard(Console& console, const Card& card, const ClipsOptions& options) {
     return *std::move(media);
 }
 
+/// Asks for the clips that come next.
+void FetchAhead(const ClipOrder& clips, std::size_t index) {
+    if (index + 2 < clips.size()) {
+        FetchClip(*clips[index + 2]);
+        FetchTextsOf(*clips[index + 1]);
+    }
+}
+
 Sequence ClipSequence(const ClipOrder& clips) {
-    return {clips.size(),
-            [&clips](ValueSink& sink, std::size_t index) { PutClip(sink, *clips[index]); }};
+    return {clips.size(), [&clips](ValueSink& sink, std::size_t index) {
+                FetchAhead(clips, index);
+                PutClip(sink, *clips[index]);
+            }};
 }
 
 Record ClipsDocument(const Card& card, const Sequence& clips, const Scan& scan, bool report) {
