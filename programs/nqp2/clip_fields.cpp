@@ -137,12 +137,14 @@ void PutClip(ValueSink& sink, const _tag_P2Clip& clip) {
     PutFields(sink, kClipFields, clip);
 }
 
-void FetchClip(const _tag_P2Clip& clip) {
-    FetchObject(clip);
-}
-
-void FetchTextsOf(const _tag_P2Clip& clip) {
-    FetchFields(kClipFields, clip);
+// Where texts are is told by the record, which is asked for one clip earlier.
+void FetchAhead(const ClipOrder& clips, std::size_t index) {
+    if (index + 2 < clips.size()) {
+        FetchObject(*clips[index + 2]);
+    }
+    if (index + 1 < clips.size()) {
+        FetchFields(kClipFields, *clips[index + 1]);
+    }
 }
 
 eCodeType CodeTypeOf(const _tag_P2Clip& clip) {

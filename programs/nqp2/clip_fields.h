@@ -3,9 +3,12 @@
 
 #pragma once
 
+#include "nqp2/clip_order.h"
 #include "nqp2/value.h"
 #include "NQP2ParserU/CodeType.h"
 #include "NQP2ParserU/P2Clip.h"
+
+#include <cstddef>
 
 namespace nqp2::tool {
 
@@ -13,9 +16,8 @@ namespace nqp2::tool {
 /// rate mean (CodeType, VideoStandard). Paths are POSIX paths, absent files "".
 void PutClip(ValueSink& sink, const _tag_P2Clip& clip);
 
-/// Ask for what PutClip will read of a clip (nqp2/fetch.h): first its record, then its texts.
-void FetchClip(const _tag_P2Clip& clip);
-void FetchTextsOf(const _tag_P2Clip& clip);
+/// To be called where each of the clips is shown in its turn: asks for the next (nqp2/fetch.h).
+void FetchAhead(const ClipOrder& clips, std::size_t index);
 
 /// What a clip's codec and rate mean.
 eCodeType CodeTypeOf(const _tag_P2Clip& clip);

@@ -85,14 +85,6 @@ Scan ScanCard(Console& console, const Card& card, const ClipsOptions& options) {
     return *std::move(media);
 }
 
-/// Asks for the clips that come next.
-void FetchAhead(const ClipOrder& clips, std::size_t index) {
-    if (index + 2 < clips.size()) {
-        FetchClip(*clips[index + 2]);
-        FetchTextsOf(*clips[index + 1]);
-    }
-}
-
 Sequence ClipSequence(const ClipOrder& clips) {
     return {clips.size(), [&clips](ValueSink& sink, std::size_t index) {
                 FetchAhead(clips, index);
