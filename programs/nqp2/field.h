@@ -65,6 +65,8 @@ void PutPath(ValueSink& sink, const CString (&paths)[Count]) {
     sink.EndList();
 }
 
+// Tables say Plain, Path and Members as they say the functions beside them.
+
 /// A member that is shown as it is.
 template <auto Member>
 struct PlainMember {
@@ -77,7 +79,7 @@ struct PlainMember {
         FetchTexts<kLinesOfText>(source.*Member);
     }
 };
-template <auto Member>
+template <auto Member> // NOLINTNEXTLINE(readability-identifier-naming)
 inline constexpr PlainMember<Member> Plain;
 
 /// One that holds interface paths.
@@ -92,7 +94,7 @@ struct PathMember {
         FetchTexts<kLinesOfPath>(source.*Member);
     }
 };
-template <auto Member>
+template <auto Member> // NOLINTNEXTLINE(readability-identifier-naming)
 inline constexpr PathMember<Member> Path;
 
 template <class FieldOfSource, class Source, std::size_t Count>
@@ -120,18 +122,18 @@ void FetchFields(const FieldOfSource (&fields)[Count], const Source& source) {
 }
 
 /// One that is a record.
-template <auto Member, const auto& kFields>
+template <auto Member, const auto& Fields>
 struct RecordMember {
     template <class Source>
     static void Put(ValueSink& sink, const Source& source) {
-        PutFields(sink, kFields, source.*Member);
+        PutFields(sink, Fields, source.*Member);
     }
     template <class Source>
     static void Fetch(const Source& source) {
-        FetchFields(kFields, source.*Member);
+        FetchFields(Fields, source.*Member);
     }
 };
-template <auto Member, const auto& kFields>
-inline constexpr RecordMember<Member, kFields> Members;
+template <auto Member, const auto& Fields> // NOLINTNEXTLINE(readability-identifier-naming)
+inline constexpr RecordMember<Member, Fields> Members;
 
 } // namespace nqp2::tool
