@@ -86,8 +86,10 @@ Scan ScanCard(Console& console, const Card& card, const ClipsOptions& options) {
 }
 
 Sequence ClipSequence(const ClipOrder& clips) {
-    return {clips.size(),
-            [&clips](ValueSink& sink, std::size_t index) { PutClip(sink, *clips[index]); }};
+    return {clips.size(), [&clips](ValueSink& sink, std::size_t index) {
+                FetchAhead(clips, index);
+                PutClip(sink, *clips[index]);
+            }};
 }
 
 Record ClipsDocument(const Card& card, const Sequence& clips, const Scan& scan, bool report) {
