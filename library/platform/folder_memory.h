@@ -34,9 +34,9 @@ bool StampTells(std::time_t modified, const Moment& listed, const Moment& now);
 
 /// The names of folders, kept from one operation to the next. In each operation a folder is listed
 /// once at most, whatever came of it: when its stamp says that it changed or is another one, while
-/// StampTells is false, and after a failure. Kept names are a hint all the same: who uses them asks the file system for a file's own
-/// name before it counts as missing, and for the name that was found before it counts as there. One
-/// thread at a time.
+/// StampTells is false, and after a failure. Kept names are a hint all the same: who uses them asks
+/// the file system for a file's own name before it counts as missing, and for the name that was
+/// found before it counts as there. One thread at a time.
 class FolderMemory {
 public:
     /// Folders that take more, all together, are kept for one operation alone, the largest first: a
