@@ -29,15 +29,15 @@ def record_streams(shots: list[tuple[AvchdClip, object]]) -> list[bytes]:
 def _film(clip: AvchdClip, scene, first_frame: int) -> Film:
     picture = clip.picture
     return Film(scene, clip.name[1:], picture.pixels, picture.lines, picture.rate, clip.frames,
-                first_frame=first_frame, first_field="tff" if picture.interlaced else "",
+                "yuv420p", first_frame=first_frame, first_field="tff" if picture.interlaced else "",
                 has_field_motion=picture.interlaced and not clip.pulldown)
 
 
 def _stream(clip: AvchdClip, film: Film) -> bytes:
     graph = [film.graph({})]
-    outputs = ["-map", "[video]", "-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "ultrafast",
+    outputs = [*film.picture_options, "-c:v", "libx264", "-preset", "ultrafast",
                "-profile:v", "high", "-level", "4.1" if film.rate > 50 else "4", "-crf", "23",
-               "-g", "12", "-bf", "0", "-x264-params", "aud=1", *film.scan_flags, "-f", "h264",
+               "-g", "12", "-bf", "0", "-x264-params", "aud=1:cabac=1:8x8dct=1", "-f", "h264",
                "pipe:1"]
     with tempfile.TemporaryDirectory() as folder:
         heard = Path(folder) / "sound"

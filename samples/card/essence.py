@@ -5,15 +5,15 @@ proxies, voice memos and the icon, which is the clip's first picture."""
 
 from pathlib import Path
 
-from card.clip_xml import Clip, Proxy
-from card.film import EXACT, Film, in_parallel
+from card.clip_xml import Clip, Proxy, umid
+from card.film import EXACT, ONE_THREAD, Film, in_parallel
 from card.icons import HEIGHT, WIDTH
 from card.media import CardWriter, clip_files
-from card.mxf import essence_extent
+from card.mxf import essence_extent, name_packages
 
 _PROXY_RASTERS = {"SIF_PAL": "352x288"}  # the others tell their numbers
 _PROXY_RATES = {"25p": "25", "29.97p": "30000/1001", "50p": "50"}
-_PROXY_CODECS = {"AVC": ["libx264", "-preset", "veryfast", "-pix_fmt", "yuv420p"],
+_PROXY_CODECS = {"AVC": ["libx264", "-preset", "ultrafast", "-pix_fmt", "yuv420p"],
                  "MPEG-4": ["mpeg4", "-pix_fmt", "yuv420p"], "AAC": ["aac"], "LPCM": ["pcm_s16le"]}
 _VOICE_RATE = 12000
 
@@ -25,7 +25,7 @@ class _Recording:
         form = clip.format
         self._clip = clip
         self._film = Film(scene, clip.name[:4], form.coding.width, form.coding.height,
-                          form.frames_per_second, clip.duration, form.aspect, clip.first_frame,
+                          form.frames_per_second, clip.duration, form.coding.pixels, form.aspect, clip.first_frame,
                           form.coding.first_field, form.has_field_motion)
         self._scaled: dict[str, str] = {"icon": f"trim=end_frame=1,scale={WIDTH}:{HEIGHT}"}
         self._sources: list[str] = []
@@ -44,6 +44,8 @@ class _Recording:
 
     def run(self) -> None:
         self._film.encode((self._film.graph(self._scaled), *self._sources), self._outputs)
+        for path in self._media:
+            name_packages(path, self._clip.identifier, umid(f"content of {path.stem}"))
         extents = [essence_extent(path) for path in self._media]
         if self._clip.format.one_file:
             extents *= 1 + self._clip.audio_channels
@@ -55,9 +57,10 @@ class _Recording:
         return ["-map", name]
 
     def _picture(self) -> list[str]:
-        coding = self._clip.format.coding
-        return ["-map", "[video]", *coding.options, "-pix_fmt", coding.pixels,
-                *self._film.scan_flags, "-timecode", _every_frame_counted(self._clip)]
+        return [*self._film.picture_options, *self._clip.format.coding.options, *self._timecode()]
+
+    def _timecode(self) -> list[str]:
+        return ["-timecode", _every_frame_counted(self._clip)]
 
     def _sample_codec(self) -> list[str]:
         return ["-c:a", f"pcm_s{self._clip.format.audio_bits}le"]
@@ -67,8 +70,9 @@ class _Recording:
 
     def _audio(self) -> list[str]:
         channel = len(self._sources)
-        return [*self._source(channel), *self._sample_codec(), "-mxf_audio_edit_rate",
-                str(self._clip.format.frames_per_second), "-f", "mxf_opatom"]
+        return [*self._source(channel), *self._sample_codec(), *self._timecode(),
+                "-mxf_audio_edit_rate", str(self._clip.format.frames_per_second), "-f",
+                "mxf_opatom"]
 
     def _one_file(self) -> list[str]:
         sound = [option for channel in range(self._clip.audio_channels)
@@ -83,7 +87,7 @@ class _Recording:
                                  + self._clip.format.aspect.replace(":", "/"))
         sound = [option for channel in range(proxy.audio_count)
                  for option in self._source(channel)]
-        return ["-map", "[proxy]", "-c:v", *_PROXY_CODECS[proxy.codec], "-b:v",
+        return ["-map", "[proxy]", *ONE_THREAD, "-c:v", *_PROXY_CODECS[proxy.codec], "-b:v",
                 str(proxy.bit_rate), "-flags:v", "+bitexact", *sound, "-c:a",
                 *_PROXY_CODECS[proxy.audio_codec], "-b:a", str(proxy.audio_bit_rate)]
 

@@ -18,8 +18,12 @@ from card.scenes import BAR_COLOURS, BLACK, WHITE
 
 SAMPLES_A_SECOND = 48000
 EXACT = ["-fflags", "+bitexact"]  # no dates, no version
+ONE_THREAD = ["-threads", "1"]  # what is coded depends on their number
 # What the MXF writer says of the mark that the DV encoder sets in pictures of 720 lines too.
 _HARMLESS = "source marked as interlaced but codec profile is progressive"
+# What boxes are laid over without a conversion of each picture, and the filter's name for it.
+_OVERLAYS = {"yuv420p": "yuv420", "yuv422p": "yuv422", "yuv420p10": "yuv420p10",
+             "yuv422p10": "yuv422p10"}
 _BAND = 15  # height of number and bars, in pixels of the drawing
 _CELL = 2
 # Three columns and five rows a digit.
@@ -39,6 +43,7 @@ class Film:
     height: int
     rate: Fraction  # frames a second
     frames: int
+    pixels: str  # ffmpeg's name of the samples' arrangement
     aspect: str = "16:9"
     first_frame: int = 0  # of the take: tone and box go on from there
     first_field: str = ""  # "tff", "bff"; empty: whole frames
@@ -61,6 +66,7 @@ class Film:
         progressive ones."""
         rate = self._drawn_rate
         fields = rate // self.rate
+        pixels = self.pixels if self.pixels in _OVERLAYS else "yuv422p"
         top = self.height * 4 // 5 & ~1
         matrix = "bt709" if self.height >= 720 else "bt470bg" if self.height == 576 else "smpte170m"
         box_width, box_height = self.width // 16 & ~1, self.height // 12 & ~1
@@ -73,10 +79,10 @@ class Film:
             f"[upper]crop={WIDTH}:{HEIGHT}:0:0,scale={self.width}:{top}[picture]",
             f"[lower]crop={WIDTH}:{_BAND}:0:{HEIGHT},"
             f"scale={self.width}:{self.height - top}:flags=neighbor[band]",
-            f"[picture][band]vstack,scale=out_color_matrix={matrix},format=yuv422p,"
+            f"[picture][band]vstack,scale=out_color_matrix={matrix},format={pixels},"
             f"setparams=colorspace={matrix},loop=-1:1[still]",
-            f"color=white:s={box_width}x{box_height}:r={rate},format=yuv422p[box]",
-            f"[still][box]overlay=x={step}:y={top - box_height},"
+            f"color=white:s={box_width}x{box_height}:r={rate},format={pixels}[box]",
+            f"[still][box]overlay=format={_OVERLAYS[pixels]}:x={step}:y={top - box_height},"
             f"trim=end_frame={self.frames * fields},setdar={self.aspect.replace(':', '/')},"
             f"split={1 + len(scaled)}[film]{copies}",
             f"[film]{scan}null[video]",
@@ -91,8 +97,8 @@ class Film:
                 f"atrim=start_sample={first}:end_sample={last},asetpts=N/SR/TB")
 
     @property
-    def scan_flags(self) -> list[str]:
-        return ["-flags:v", "+bitexact" + ("+ildct+ilme" if self.first_field else "")]
+    def picture_options(self) -> list[str]:
+        return ["-map", "[video]", *ONE_THREAD, "-pix_fmt", self.pixels, "-flags:v", "+bitexact" + ("+ildct+ilme" if self.first_field else "")]
 
     def _band(self, x, y):
         if x >= WIDTH / 2:
@@ -109,8 +115,8 @@ class Film:
         if program is None:
             raise CardError("ffmpeg is needed for pictures and sound (scripts/install-deps demo)")
         command = [program, "-v", "error", "-y", "-f", "bmp_pipe", "-framerate",
-                   str(self._drawn_rate), "-i", "pipe:0", "-filter_complex", ";".join(graph),
-                   *outputs]
+                   str(self._drawn_rate), "-i", "pipe:0", "-filter_complex_threads", "1",
+                   "-filter_complex", ";".join(graph), *outputs]
         result = subprocess.run(command, input=self._drawing(), capture_output=True, check=False)
         told = [line for line in result.stderr.decode(errors="replace").splitlines()
                 if _HARMLESS not in line]

@@ -56,7 +56,7 @@ def _avc_intra(video_class: int, width: int, height: int, first_field: str = "")
 
 _LONG_GOP = Coding(1920, 1080, "yuv422p10", (
     "-c:v", "libx264", "-preset", "ultrafast", "-profile:v", "high422", "-g", "15", "-bf", "0",
-    "-b:v", "50M", "-maxrate", "50M", "-bufsize", "50M"), "tff")
+    "-b:v", "50M"), "tff")
 _SD_50, _SD_5994 = (720, 576), (720, 480)
 _50I = ("50i", "1/25")
 _5994I = ("59.94i", "1001/30000")
