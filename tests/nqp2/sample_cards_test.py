@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Whole cards: our own sample cards, and the same through other readers of the formats where these
-are installed (libbluray-bin, ffmpeg)."""
+"""Whole cards: our own sample cards, and the same through other readers of the formats (ffmpeg and,
+where it is installed, libbluray-bin)."""
 
 import json
 import re
