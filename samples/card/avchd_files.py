@@ -79,7 +79,7 @@ def _play_item(clip: AvchdClip) -> bytes:
     streams = b"\x09\1" + struct.pack(">H", VIDEO_PID) + bytes(6)
     streams += b"\5\x1b" + bytes([_video_codes(clip.picture)]) + bytes(3)
     if clip.audio:
-        streams += b"\x09\1" + struct.pack(">H", AUDIO_PID) + bytes(6) + bytes([5, clip.audio_coding]) + b"\x31und"
+        streams += b"\x09\1" + struct.pack(">H6xBB", AUDIO_PID, 5, clip.audio_coding) + b"\x31und"
     table = _counted(bytes(2) + bytes([1, 1 if clip.audio else 0]) + bytes(10) + streams, "H")
     head = clip.name.encode() + b"M2TS" + struct.pack(">HB", 6 if clip.continues else 1, 0)
     times = struct.pack(">II", clip.first_tick, clip.end_tick)

@@ -42,8 +42,7 @@ def _stream(clip: AvchdClip, film: Film) -> bytes:
     with tempfile.TemporaryDirectory() as folder:
         heard = Path(folder) / "sound"
         if clip.audio:
-            graph += [f"{film.tone(0)}[left]", f"{film.tone(1)}[right]",
-                      "[left][right]join=inputs=2:channel_layout=stereo[sound]"]
+            graph += film.stereo()
             outputs += ["-map", "[sound]", *EXACT, "-flags:a", "+bitexact",
                         *_SOUND_OPTIONS[clip.audio_coding == AC3], str(heard)]
         pictures = _UNIT.split(film.encode(graph, outputs))[1:]

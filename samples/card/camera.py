@@ -38,10 +38,8 @@ def make(folder: FolderWriter) -> None:
 
 
 def _record(film: Film, options: tuple[str, ...], timecode: str, path: str) -> None:
-    graph = (film.graph({}), f"{film.tone(0)}[left]", f"{film.tone(1)}[right]",
-             "[left][right]join=inputs=2:channel_layout=stereo[sound]")
     outputs = [*film.picture_options, "-map", "[sound]", *options, *EXACT,
                "-flags:a", "+bitexact", *(["-timecode", timecode] if timecode else []),
                "-metadata", "make=Sample Camera Works", "-metadata", "model=SC-100",
                "-metadata", "creation_time=2024-05-18T10:00:00+02:00", path]
-    film.encode(graph, outputs)
+    film.encode([film.graph({}), *film.stereo()], outputs)

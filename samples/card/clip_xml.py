@@ -110,6 +110,9 @@ class Clip:
         length = timedelta(seconds=float(self.duration / self.format.frames_per_second))
         return (datetime.fromisoformat(self.start) + length).isoformat(timespec="seconds")
 
+    def file_name(self, name: str) -> str:
+        return name.lower() if self.lower_case_files else name
+
     @property
     def first_frame(self) -> int:
         """How many frames of its take come before it."""

@@ -23,7 +23,8 @@ def _access(day: str, creator: str, last_person: str = "", last_day: str = "") -
             "LastUpdateDate": last_day or day}
 
 
-def _place(name: str, latitude: str = "", longitude: str = "", altitude: str = "") -> dict[str, str]:
+def _place(name: str, latitude: str = "", longitude: str = "",
+           altitude: str = "") -> dict[str, str]:
     """A place; where it lies is known by satellite, or not at all."""
     if not latitude:
         return {"Source": "MANUAL", "PlaceName": name}

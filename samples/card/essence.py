@@ -22,18 +22,17 @@ class _Recording:
     """The sources and outputs of one run of ffmpeg."""
 
     def __init__(self, clip: Clip, scene, card: CardWriter):
-        form = clip.format
+        form, coding = clip.format, clip.format.coding
         self._clip = clip
-        self._film = Film(scene, clip.name[:4], form.coding.width, form.coding.height,
-                          form.frames_per_second, clip.duration, form.coding.pixels, form.aspect, clip.first_frame,
-                          form.coding.first_field, form.has_field_motion)
+        self._film = Film(scene, clip.name[:4], coding.width, coding.height,
+                          form.frames_per_second, clip.duration, coding.pixels, form.aspect,
+                          clip.first_frame, coding.first_field, form.has_field_motion)
         self._scaled: dict[str, str] = {"icon": f"trim=end_frame=1,scale={WIDTH}:{HEIGHT}"}
         self._sources: list[str] = []
         self._outputs: list[str] = []
         self._media: list[Path] = []
         for folder, name in clip_files(clip):
-            name = name.lower() if clip.lower_case_files else name
-            self._add(folder, card.place(f"CONTENTS/{folder}/{name}"))
+            self._add(folder, card.place(f"CONTENTS/{folder}/{clip.file_name(name)}"))
 
     def _add(self, folder: str, path: Path) -> None:
         if folder in ("VIDEO", "AUDIO", "AVCLIP"):

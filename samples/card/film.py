@@ -38,7 +38,7 @@ class Film:
     """The pictures of one clip, as they are recorded."""
 
     scene: Callable
-    number: str  # four digits, or five
+    number: str  # four digits
     width: int
     height: int
     rate: Fraction  # frames a second
@@ -89,16 +89,23 @@ class Film:
             *(f"[to_{name}]{filters}[{name}]" for name, filters in scaled.items())))
 
     def tone(self, channel: int) -> str:
-        """A source of sound as long as the pictures; each channel is a fifth higher than the last."""
+        """A source of sound as long as the pictures, a fifth higher for each channel."""
         first, last = (round(frame * SAMPLES_A_SECOND / self.rate)
                        for frame in (self.first_frame, self.first_frame + self.frames))
         pitch = round(400 * 1.5 ** channel)
         return (f"sine=frequency={pitch}:sample_rate={SAMPLES_A_SECOND},"
                 f"atrim=start_sample={first}:end_sample={last},asetpts=N/SR/TB")
 
+    def stereo(self) -> list[str]:
+        """Filters that give two channels as [sound]."""
+        return [f"{self.tone(0)}[left]", f"{self.tone(1)}[right]",
+                "[left][right]join=inputs=2:channel_layout=stereo[sound]"]
+
     @property
     def picture_options(self) -> list[str]:
-        return ["-map", "[video]", *ONE_THREAD, "-pix_fmt", self.pixels, "-flags:v", "+bitexact" + ("+ildct+ilme" if self.first_field else "")]
+        scan = "+ildct+ilme" if self.first_field else ""
+        return ["-map", "[video]", *ONE_THREAD, "-pix_fmt", self.pixels, "-flags:v",
+                f"+bitexact{scan}"]
 
     def _band(self, x, y):
         if x >= WIDTH / 2:

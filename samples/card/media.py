@@ -106,10 +106,8 @@ class CardWriter(FolderWriter):
         for folder in (self._contents, *(self._contents / name for name in FOLDERS)):
             self._make_folder(folder)
 
-    def write(self, folder: str, name: str, content: bytes, size: int = 0,
-              lower_case: bool = False) -> None:
+    def write(self, folder: str, name: str, content: bytes, size: int = 0) -> None:
         """A file of a CONTENTS folder, made longer to `size` without content."""
-        name = name.lower() if lower_case else name
         self._write(f"{self._contents}/{folder}/{name}", content, size)
 
     def add_edit_list(self, name: str, content: bytes, icon: bytes | None = None) -> None:
@@ -126,7 +124,7 @@ class CardWriter(FolderWriter):
         self._write(f"{self._out}/{USER_DATA}/Ingest.xml", content)
 
     def add_metadata(self, clip: Clip, metadata: bytes) -> None:
-        self.write("CLIP", f"{clip.name}.XML", metadata, lower_case=clip.lower_case_files)
+        self.write("CLIP", clip.file_name(f"{clip.name}.XML"), metadata)
 
     def add_hollow_clip(self, clip: Clip, metadata: bytes) -> None:
         """A clip whose media have a length and no content, and take no room."""
