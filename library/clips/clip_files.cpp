@@ -25,13 +25,6 @@ std::size_t HashOf(std::string_view text) {
     return std::hash<std::string_view>{}(text);
 }
 
-ClipFileState StateOf(std::uint64_t size, std::uint64_t promised) {
-    if (size == 0) {
-        return ClipFileState::Empty;
-    }
-    return size < promised ? ClipFileState::Short : ClipFileState::Present;
-}
-
 } // namespace
 
 KindFolder::KindFolder(platform::TalliedFolder& folder, const media::ClipFileKind& kind)
@@ -138,7 +131,7 @@ void P2ClipFiles::AppendKind(const _tag_P2Clip& clip, const media::ClipFileKind&
         platform::FileInfo info;
         if (folder.Folder().Take(each.entry, info)) {
             files.Add({each.role, each.number, folder.Folder().PathOf(each.entry), info.size, 0,
-                       StateOf(info.size, 0)});
+                       media::StateOf(info.size, 0)});
         }
     }
     for (const ClipEssence& promise : promises) {
@@ -153,7 +146,7 @@ void P2ClipFiles::AppendKind(const _tag_P2Clip& clip, const media::ClipFileKind&
             });
         if (found != files.end()) {
             found->promisedSize = promised;
-            found->state = StateOf(found->size, promised);
+            found->state = media::StateOf(found->size, promised);
             continue;
         }
         const CString name = media::FileNameOf(kind, clip.ClipName, promise.number);

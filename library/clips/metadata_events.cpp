@@ -23,8 +23,7 @@ constexpr std::size_t kBudgetOfByte = 20;
 constexpr std::size_t kLeastBudget = std::size_t{1} << 20U;
 constexpr std::int64_t kMostTexts = 1'000'000;
 
-constexpr std::size_t kGrowth = 3;     ///< a list that grows has its old place as well
-constexpr std::size_t kTextBytes = 32; ///< that a text takes beside its characters
+constexpr std::size_t kGrowth = 3; ///< a list that grows has its old place as well
 constexpr std::size_t kKeptJoined = std::size_t{64} << 10U;
 
 /// Names of files that one memo may tell.

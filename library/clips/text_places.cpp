@@ -17,8 +17,6 @@ constexpr std::size_t kMostKeptBytes = std::size_t{1} << 20U;
 /// Of a kind beside its name: itself, and its entry among those that were found.
 constexpr std::size_t kKindBytes = sizeof(TextPlace::Kind) + 64;
 
-constexpr std::size_t kTextBytes = 32; ///< that a text takes beside its characters
-
 } // namespace
 
 std::size_t TextPlaces::Hash::operator()(const Key& key) const {

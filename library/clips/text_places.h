@@ -15,6 +15,9 @@
 
 namespace nqp2::clips {
 
+/// About what a text takes beside its characters.
+inline constexpr std::size_t kTextBytes = 32;
+
 /// An element or attribute, told from its like in other places.
 struct TextPlace {
     struct Kind;

@@ -21,7 +21,7 @@ TalliedFolder::TalliedFolder(Place place)
 
 std::size_t TalliedFolder::Find(const std::string& name) const {
     const FolderEntry* const entry = m_names->Find(name);
-    return entry != nullptr ? static_cast<std::size_t>(entry - Entries().data()) : npos;
+    return entry != nullptr ? static_cast<std::size_t>(entry - Entries().data()) : kNone;
 }
 
 CString TalliedFolder::PathOf(std::size_t entry) const {

@@ -25,9 +25,9 @@ public:
 
     /// In the file system's order, listed once.
     [[nodiscard]] const std::vector<FolderEntry>& Entries() const { return m_names->Entries(); }
-    /// The number of an entry, found as FolderIndex does; npos when there is none.
+    /// The number of an entry, found as FolderIndex does; kNone when there is none.
     [[nodiscard]] std::size_t Find(const std::string& name) const;
-    static constexpr std::size_t npos = SIZE_MAX;
+    static constexpr std::size_t kNone = SIZE_MAX;
 
     [[nodiscard]] const Place& Where() const { return m_place; }
     /// The interface path of an entry; and the same for the file system.
