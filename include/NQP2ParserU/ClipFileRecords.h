@@ -30,9 +30,9 @@ enum class ClipFileState : std::int32_t {
 /// A file of a clip as it is on the medium.
 struct ClipFile {
     ClipFileRole role = ClipFileRole::Other;
-    std::int32_t number = 0; ///< of the audio channel or voice memo, from 0
-    CString path;            ///< interface path, in the letters of the medium
-    std::uint64_t size = 0;  ///< bytes
+    std::int32_t number = 0;        ///< of the audio channel or voice memo, from 0
+    CString path;                   ///< interface path, in the letters of the medium
+    std::uint64_t size = 0;         ///< bytes
     std::uint64_t promisedSize = 0; ///< where its essence ends by the metadata; 0 when not told
     ClipFileState state = ClipFileState::Present;
 };

@@ -27,7 +27,8 @@ public:
     /// record leaves out. False, with no files, when there is no memory.
     bool Read(const _tag_P2Clip& clip, CArray<ClipFile>& files) noexcept;
 
-    /// The files of the card that no Read has given, sorted by path.
+    /// The files of the card that no Read has given, sorted by path; links are not followed. False
+    /// when memory is short, or there is more than is looked at: `files` has what was found.
     bool LooseFiles(CArray<LooseFile>& files) noexcept;
 
 private:
@@ -35,7 +36,7 @@ private:
     std::unique_ptr<State> m_state; ///< null when there was no memory for it
 };
 
-/// Whether every file that the metadata promise is there and long enough.
+/// Whether picture, sound and metadata are there and long enough; a clip can do without the rest.
 NQP2_API bool IsWhole(const CArray<ClipFile>& files) noexcept;
 
 } // namespace nqp2

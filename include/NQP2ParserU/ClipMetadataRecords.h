@@ -93,9 +93,10 @@ struct TrackMetadata {
 
 /// A text of the file that has no member of its own.
 struct MetadataText {
-    /// Names from the file's root, without prefixes, with "/" between them; "@" before an attribute's
-    /// name; "[2]" behind a name for the second of its kind in its parent, and so on. Each stretch
-    /// of text between elements stands by itself, under the path of the element around it.
+    /// Names from the file's root, without prefixes, with "/" between them; "@" before an
+    /// attribute's name; "[2]" behind a name for the second of its kind in its parent, and so on.
+    /// Each stretch of text between elements stands by itself, under the path of the element
+    /// around it.
     CString path;
     CString text;
 };

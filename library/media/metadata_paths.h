@@ -18,5 +18,4 @@ struct MetadataPath {
 };
 std::span<const MetadataPath> MetadataPaths();
 
-
 } // namespace nqp2::media

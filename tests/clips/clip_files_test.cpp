@@ -114,7 +114,7 @@ TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {
                             root + "\\deeper\\than\\most\\LASTCLIP.TXT 3"));
 }
 
-// However many clips there are, each costs one question for each of its files and its metadata read.
+// However many clips there are, each costs one question for each file, and its metadata read.
 TEST_F(ClipFilesTest, AsksTheMediumOnceForEachFolderAndFile) {
     const auto callsFor = [&](int from, int to) {
         for (int i = from; i < to; ++i) {
