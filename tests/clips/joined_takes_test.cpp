@@ -65,7 +65,8 @@ private:
     ScanReport m_report;
 };
 
-/// "A1 B2" for segments with their cards, "=" before copies, "!" and what is missing with its place.
+/// "A1 B2" for segments with their cards, "=" before copies; behind "!" what is missing, with its
+/// place.
 std::string Told(const JoinedTake& take) {
     std::string text;
     for (std::int64_t i = 0; i < take.segments.GetSize(); ++i) {

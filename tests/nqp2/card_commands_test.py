@@ -69,8 +69,9 @@ class NamedCardTest(CardTest):
             (("clips", path, "--drive", text), f"--drive {text}: is no drive (expected E=FOLDER)\n")
             for text in ("E", "E=", "EE=/tmp", "=/tmp", "1=/tmp")])
 
-    COMMANDS = ("clips #", "clip # 0001AA", "format #", "free-name #", "edl list #", "edl write # -",
-                "space # --json", "ingest list #", "ingest add # 0001AA 0-1", "ingest remove # 0001AA")
+    COMMANDS = ("clips #", "clip # 0001AA", "format #", "free-name #", "edl list #",
+                "edl write # -", "space # --json", "ingest list #", "ingest add # 0001AA 0-1",
+                "ingest remove # 0001AA")
 
     def run_on(self, path, command):
         words = [path if word == "#" else word for word in command.split()]
