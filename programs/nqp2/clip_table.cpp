@@ -3,6 +3,7 @@
 
 #include "nqp2/clip_table.h"
 
+#include "nqp2/clip_fields.h"
 #include "nqp2/console.h"
 #include "nqp2/table.h"
 #include "NQP2ParserU/FrameRate.h"
@@ -15,6 +16,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 namespace nqp2::tool {
 namespace {
@@ -110,8 +112,7 @@ std::string Marks(const Clip& clip) {
 
 /// What matters most comes first: a narrow terminal cuts the end off.
 std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips, const CardOfClip& card) {
-    std::vector<ClipColumn> columns = {
-        {{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>},
+    static const ClipColumn kFacts[] = {
         {{"START", Align::Left, 17}, Start},
         {{"LENGTH", Align::Right, 0}, [](const Clip& clip) { return LengthText(clip); }},
         {{"CODEC", Align::Left, 12}, CodecAndClass},
@@ -120,13 +121,16 @@ std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips, const CardOfClip& car
         {{"CH", Align::Right, 0}, AudioChannels},
         {{"RATIO", Align::Left, 0}, Text<&Clip::AspectRatio>},
     };
+    std::vector<ClipColumn> columns;
+    if (card) {
+        columns.push_back({{"CARD", Align::Left, 12}, card});
+    }
+    columns.push_back({{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>});
     const auto titled = [](const Clip* clip) { return !OwnTitle(*clip).empty(); };
     if (std::any_of(clips.begin(), clips.end(), titled)) {
-        columns.insert(columns.begin() + 1, {{"TITLE", Align::Left, 8}, OwnTitle});
+        columns.push_back({{"TITLE", Align::Left, 8}, OwnTitle});
     }
-    if (card) {
-        columns.insert(columns.begin(), {{"CARD", Align::Left, 12}, card});
-    }
+    columns.insert(columns.end(), std::begin(kFacts), std::end(kFacts));
     return columns;
 }
 
@@ -149,9 +153,10 @@ void PrintClipTable(Console& console, const ClipOrder& clips, const CardOfClip& 
     }
     PrintTable(console, heads, [&](const TakeRow& take) {
         Row row(columns.size());
-        for (const Clip* clip : clips) {
+        for (std::size_t i = 0; i < clips.size(); ++i) {
+            FetchAhead(clips, i);
             std::transform(columns.begin(), columns.end(), row.begin(),
-                           [clip](const ClipColumn& column) { return column.cell(*clip); });
+                           [&](const ClipColumn& column) { return column.cell(*clips[i]); });
             take(row);
         }
     });

@@ -110,6 +110,7 @@ Value FreshRow(bool areSeveral) {
 void PrintClips(Console& console, const ClipsOptions& options, const Scanned& scanned) {
     const ClipOrder clips = OrderedClips(scanned.scans, options.sort);
     const Sequence rows = {clips.size(), [&](ValueSink& sink, std::size_t index) {
+                               FetchAhead(clips, index);
                                PutRow(sink, scanned, *clips[index]);
                            }};
     const CardOfClip card = [&scanned](const _tag_P2Clip& clip) {
