@@ -137,6 +137,14 @@ void PutClip(ValueSink& sink, const _tag_P2Clip& clip) {
     PutFields(sink, kClipFields, clip);
 }
 
+void PutClipOfCard(ValueSink& sink, const std::string& card, const _tag_P2Clip& clip) {
+    sink.BeginRecord();
+    sink.Name("Card");
+    sink.Put(std::string_view(card));
+    PutMembers(sink, kClipFields, clip);
+    sink.EndRecord();
+}
+
 // Where texts are is told by the record, which is asked for one clip earlier.
 void FetchAhead(const ClipOrder& clips, std::size_t index) {
     if (index + 2 < clips.size()) {

@@ -141,17 +141,24 @@ std::string Summary(const ClipOrder& clips) {
 
 } // namespace
 
-void PrintClipTable(Console& console, const ClipOrder& clips) {
+void PrintClipTable(Console& console, const ClipOrder& clips, const CardOfClip& card) {
     const std::vector<ClipColumn> columns = ColumnsFor(clips);
     std::vector<Column> heads;
+    if (card) {
+        heads.push_back({"CARD", Align::Left, 12});
+    }
+    const auto first = static_cast<std::ptrdiff_t>(heads.size());
     for (const ClipColumn& column : columns) {
         heads.push_back(column.column);
     }
     PrintTable(console, heads, [&](const TakeRow& take) {
-        Row row(columns.size());
+        Row row(heads.size());
         for (std::size_t i = 0; i < clips.size(); ++i) {
             FetchAhead(clips, i);
-            std::transform(columns.begin(), columns.end(), row.begin(),
+            if (card) {
+                row.front() = card(*clips[i]);
+            }
+            std::transform(columns.begin(), columns.end(), row.begin() + first,
                            [&](const ClipColumn& column) { return column.cell(*clips[i]); });
             take(row);
         }
