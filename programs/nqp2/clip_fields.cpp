@@ -147,6 +147,10 @@ void PutClip(ValueSink& sink, const _tag_P2Clip& clip) {
     PutFields(sink, kClipFields, clip);
 }
 
+void PutClipMembers(ValueSink& sink, const _tag_P2Clip& clip) {
+    PutMembers(sink, kClipFields, clip);
+}
+
 eCodeType CodeTypeOf(const _tag_P2Clip& clip) {
     return CodeTypeFromCodec(clip.CodecName, clip.FrameRate, clip.AvcIntraClass50, clip.CodecClass);
 }

@@ -12,6 +12,8 @@ namespace nqp2::tool {
 /// Shows every field of a clip under its own name in declaration order, then what its codec and
 /// rate mean (CodeType, VideoStandard). Paths are POSIX paths, absent files "".
 void PutClip(ValueSink& sink, const _tag_P2Clip& clip);
+/// The same within a record that has more.
+void PutClipMembers(ValueSink& sink, const _tag_P2Clip& clip);
 
 /// What a clip's codec and rate mean.
 eCodeType CodeTypeOf(const _tag_P2Clip& clip);

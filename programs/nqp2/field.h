@@ -51,7 +51,7 @@ void Plain(ValueSink& sink, const Source& source) {
 }
 
 inline void PutPath(ValueSink& sink, const CString& path) {
-    sink.Put(std::string_view(RealPath(path)));
+    sink.Put(std::string_view(OutputPath(path)));
 }
 
 template <auto Member, class Source>

@@ -36,7 +36,7 @@ List Texts(const CStringArray& strings) {
 }
 
 Record SkippedRecord(const SkippedFile& file) {
-    return {{"path", RealPath(file.path)},
+    return {{"path", OutputPath(file.path)},
             {"reason", ReasonText(file)},
             {"line", file.line},
             {"column", file.column}};
