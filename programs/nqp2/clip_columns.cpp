@@ -4,6 +4,7 @@
 #include "nqp2/clip_columns.h"
 
 #include "nqp2/clip_cells.h"
+#include "nqp2/clip_fields.h"
 #include "nqp2/clip_table.h"
 #include "nqp2/console.h"
 #include "nqp2/field.h"
@@ -27,7 +28,7 @@ std::string NameCell(const ShownClip& shown) {
     return title.empty() ? BytesFromText(shown.clip.ClipName) : title;
 }
 std::string CardCell(const ShownClip& shown) {
-    return std::string(shown.serialNo.empty() ? shown.card : shown.serialNo);
+    return std::string(shown.cardLabel);
 }
 std::string StartCell(const ShownClip& shown) {
     return BytesFromText(ClipTimecode(shown.clip));
@@ -161,7 +162,7 @@ ClipColumns::ClipColumns(const std::string& names) {
 void ClipColumns::Add(const std::string& name) {
     const auto* const bin = std::find_if(std::begin(kBinColumns), std::end(kBinColumns),
                                          [&](const BinColumn& row) { return row.name == name; });
-    if (name == "default") {
+    if (name == kDefaultColumns) {
         for (const BinColumn& column : kBinColumns) {
             Add(column.name);
         }
@@ -170,16 +171,23 @@ void ClipColumns::Add(const std::string& name) {
         m_sources.push_back({bin->text, {}});
         m_reading.metadata = m_reading.metadata || bin->reading.metadata;
         m_reading.files = m_reading.files || bin->reading.files;
+    } else if (name == "all") {
+        const Content fresh = [](ValueSink& sink) { PutClip(sink, {}); };
+        ForEachCell(fresh, [this](const std::string& member, const auto&) { AddMember(member); });
     } else if (IsMember(name)) {
-        m_heads.push_back({name, Align::Left, 0});
-        m_sources.push_back({{}, name});
-        m_reading.metadata = m_reading.metadata || IsBelow(name, "metadata");
-        m_reading.files = m_reading.files || IsBelow(name, "files");
-        m_hasMembers = true;
+        AddMember(name);
     } else {
         throw Failure("--columns " + name, "is no column",
                       "Name, Card, Start ... or a member of a clip in JSON", kUsage);
     }
+}
+
+void ClipColumns::AddMember(const std::string& name) {
+    m_heads.push_back({name, Align::Left, 0});
+    m_sources.push_back({{}, name});
+    m_reading.metadata = m_reading.metadata || IsBelow(name, "metadata");
+    m_reading.files = m_reading.files || IsBelow(name, "files");
+    m_hasMembers = true;
 }
 
 Row ClipColumns::Cells(const ShownClip& shown) const {

@@ -13,12 +13,14 @@
 
 namespace nqp2::tool {
 
+inline constexpr const char* kDefaultColumns = "default";
+
 /// The columns in which clips are listed.
 class ClipColumns {
 public:
     /// From names with commas between them: those of bins and spreadsheets ("Name", "Start" ...;
     /// "default" are all of them) and those of the members of a clip in JSON, with dots
-    /// ("StartTimecode", "metadata.place.name"). Throws Failure for a name that is none.
+    /// ("StartTimecode", "metadata.place.name"); "all" are those of the record. Throws Failure for a name that is none.
     explicit ClipColumns(const std::string& names);
 
     /// What must be read of each clip to fill them.
@@ -33,6 +35,7 @@ private:
         std::string member;                                ///< of a clip in JSON
     };
     void Add(const std::string& name);
+    void AddMember(const std::string& name);
 
     std::vector<Column> m_heads;
     std::vector<Source> m_sources;

@@ -19,12 +19,10 @@ namespace nqp2::tool {
 struct ClipDetails::Reader {
     explicit Reader(const CardScan& scanned)
         : card(scanned), folder(OutputPath(scanned.card.Folder())),
-          serialNo(SerialNoOf(scanned.card)), metadataReader(scanned.card.Root()),
-          fileReader(scanned.card.Root()) {}
+          metadataReader(scanned.card.Root()), fileReader(scanned.card.Root()) {}
 
     const CardScan& card;
     std::string folder;
-    std::string serialNo;
     ClipMetadataReader metadataReader;
     ClipFileReader fileReader;
     ClipMetadata metadata; ///< of the clip that was asked for last,
@@ -63,7 +61,7 @@ ShownClip ClipDetails::Of(const _tag_P2Clip& clip) {
     Reader& reader = ReaderOf(clip);
     const CArray<ClipZones>& zones = reader.card.report.zones;
     const std::int64_t index = &clip - &reader.card.clips[0];
-    ShownClip shown = {clip, reader.folder, reader.serialNo};
+    ShownClip shown = {clip, reader.folder, reader.card.label};
     shown.zones = index < zones.GetSize() ? zones[index] : ClipZones();
     if (!m_places.empty()) {
         const auto place = m_places.find(&clip);

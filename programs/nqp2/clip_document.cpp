@@ -17,6 +17,7 @@
 #include <fmt/core.h>
 
 #include <filesystem>
+#include <optional>
 #include <system_error>
 
 namespace nqp2::tool {
@@ -26,7 +27,6 @@ namespace {
 ShownClip ShownIn(const ClipListing& listing, std::size_t index) {
     ShownClip shown = listing.details.Of(*listing.clips[index]);
     shown.files = listing.showsFiles ? shown.files : nullptr;
-    shown.metadata = listing.showsMetadata ? shown.metadata : nullptr;
     return shown;
 }
 
@@ -36,11 +36,20 @@ Sequence ClipSequence(const ClipListing& listing) {
             }};
 }
 
+const char* KindName(CardKind kind) {
+    switch (kind) {
+    case CardKind::P2: return "p2";
+    case CardKind::Camera: return "camera";
+    default: return "avchd";
+    }
+}
+
 Record CardRecord(const CardScan& scan, bool withVolume) {
     const std::string root = OutputPath(scan.card.Folder());
+    const std::optional<FoundCard>& found = scan.card.Found();
     Record record = {{"root", root},
                      {"kind", KindName(scan.kind)},
-                     {"serialNo", SerialNoOf(scan.card)},
+                     {"serialNo", found ? BytesFromText(found->serialNo) : ""},
                      {"clips", scan.clips.GetSize()}};
     std::error_code error;
     const std::filesystem::space_info space =
@@ -89,15 +98,15 @@ Content OtherFiles(const ClipListing& listing) {
 
 Record ClipsDocument(const ClipListing& listing) {
     Record document = {{"format", "nqp2-clips"}, {"version", kJsonVersion}};
-    if (listing.cards.cards.size() == 1) {
+    if (!listing.areSeveral) {
         const CardScan& only = listing.cards.cards.front();
         document.push_back({"card", OutputPath(only.card.Folder())});
-        document.push_back({"kind", KindName(only.kind)});
+        document.push_back({"kind", only.kind == CardKind::P2 ? "p2" : "avchd"});
     }
     document.push_back({"cards", CardSequence(listing)});
     document.push_back({"clips", ClipSequence(listing)});
     if (listing.showsReport) {
-        document.push_back({"skipped", SkippedValue(listing)});
+        document.push_back({"skipped", SkippedValue(listing.cards)});
         document.push_back({"takes", TakesValue(listing.details.Takes())});
     }
     if (listing.showsReport || listing.showsFiles) {

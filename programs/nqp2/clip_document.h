@@ -19,8 +19,8 @@ struct ClipListing {
     const CardScans& cards;
     const ClipOrder& clips;
     ClipDetails& details;
+    bool areSeveral = false; ///< a list of cards, not one
     bool showsFiles = false;
-    bool showsMetadata = false;
     bool showsReport = false;
 };
 

@@ -1,173 +1,235 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_scan.h"
+#include "nqp2/clip_columns.h"
+#include "nqp2/clip_details.h"
+#include "nqp2/clip_document.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_order.h"
 #include "nqp2/clip_table.h"
 #include "nqp2/command.h"
+#include "nqp2/flat_fields.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 #include "nqp2/value.h"
-#include "nqp2/worker_session.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
-#include <utility>
 
 namespace nqp2::tool {
 namespace {
 
-using Clip = _tag_P2Clip;
-
 struct ClipsOptions {
-    std::string card;
+    ScanOptions scan;
     std::string sort = "name";
-    std::string worker;
+    std::string columns;
     OutputForm form;
+    bool lines = false; ///< of JSON
     bool report = false;
-    bool keepDigit = false;
+    bool files = false;
+    bool metadata = false;
     bool strict = false;
+
+    [[nodiscard]] bool AreJson() const { return form.json || lines; }
+    /// Whether the files are looked at that belong to clips.
+    [[nodiscard]] bool AskForFiles() const { return files || report; }
 };
 
-/// A card as it was scanned.
-struct Scan {
-    std::string kind = "p2";
-    CArray<Clip> clips;
-    ScanReport report;
+/// What was scanned, and whether as one card or as a list of cards.
+struct Scanned {
+    const CardScans& scans;
+    bool areSeveral;
+
+    [[nodiscard]] const CardScan& Only() const { return scans.cards.front(); }
 };
-
-/// Nothing for a folder that holds no such media.
-std::optional<Scan> ScanMedia(const CString& root) {
-    Scan scan;
-    scan.kind = "avchd";
-    ReadyParser parser;
-    const bool found = parser->LoadAVCHDClip(root, scan.clips, scan.report) == 0;
-    return found ? std::optional(std::move(scan)) : std::nullopt;
-}
-
-/// Whether the scan met camera files, of which only the worker knows what they hold.
-bool NeedsWorker(const Scan& scan) {
-    const auto& skipped = scan.report.skipped;
-    return std::any_of(skipped.begin(), skipped.end(), [](const SkippedFile& file) {
-        return file.reason == SkipReason::NotDescribed;
-    });
-}
-
-/// Scans once more, with a worker. Without one the camera files stay among what was skipped.
-void DescribeCameraFiles(Console& console, const ClipsOptions& options, Scan& scan) {
-    try {
-        const Worker worker(options.worker);
-        // By its whole path, which is all that a worker knows.
-        scan = ScanMedia(WorkerPath(options.card)).value_or(scan);
-    } catch (const Failure& failure) {
-        console.Message(fmt::format("nqp2: {}", failure.what()));
-    }
-}
-
-Scan ScanCard(Console& console, const Card& card, const ClipsOptions& options) {
-    Scan scan;
-    ReadyParser parser;
-    if (parser->LoadClipEx(card.Root(), scan.clips, options.keepDigit ? 1 : 0, scan.report) == 0) {
-        return scan;
-    }
-    std::optional<Scan> media = ScanMedia(card.Root());
-    if (!media) {
-        card.ThrowUnreadable();
-    }
-    if (NeedsWorker(*media)) {
-        DescribeCameraFiles(console, options, *media);
-    }
-    return *std::move(media);
-}
-
-Sequence ClipSequence(const ClipOrder& clips) {
-    return {clips.size(),
-            [&clips](ValueSink& sink, std::size_t index) { PutClip(sink, *clips[index]); }};
-}
-
-Record ClipsDocument(const Card& card, const Sequence& clips, const Scan& scan, bool report) {
-    Record document = {{"card", card.Folder()}, {"kind", scan.kind}, {"clips", clips}};
-    if (report) {
-        document.push_back({"skipped", SkippedValue(scan.report)});
-        document.push_back({"takes", TakesValue(scan.report)});
-    }
-    return document;
-}
-
-/// How many files were skipped or are incomplete; companion files are no loss.
-std::ptrdiff_t CountOfLosses(const ScanReport& report) {
-    return std::count_if(report.skipped.begin(), report.skipped.end(), [](const SkippedFile& file) {
-        return file.reason != SkipReason::Companion;
-    });
-}
 
 /// Says how much was left out to a user who did not ask for the report.
-void WarnOfSkipped(Console& console, const Card& card, const ScanReport& report) {
-    const std::ptrdiff_t count = CountOfLosses(report);
+void WarnOfSkipped(Console& console, const CardScan& scan) {
+    const std::int64_t count = CountOfLosses(scan.report.skipped);
     if (count > 0) {
         console.Message(fmt::format("nqp2: {}: {} file{} skipped or incomplete (--report names {})",
-                                    card.Folder(), count, count == 1 ? "" : "s",
+                                    scan.card.Folder(), count, count == 1 ? "" : "s",
                                     count == 1 ? "it" : "them"));
     }
 }
 
-void PrintReport(Console& console, const ScanReport& report, bool aside) {
-    ForEachReportLine(report, [&](const std::string& line) {
-        if (aside) {
-            console.Message(line);
+void WarnOfSkipped(Console& console, const CardScans& scans) {
+    for (const SkippedFile& file : scans.skipped) {
+        console.Message(
+            fmt::format("nqp2: {}: skipped ({})", PositionText(file), ReasonText(file)));
+    }
+    for (const CardScan& scan : scans.cards) {
+        WarnOfSkipped(console, scan);
+    }
+}
+
+void PrintReport(const Scanned& scanned, const TellLine& tell) {
+    if (scanned.areSeveral) {
+        ForEachReportLine(scanned.scans, tell);
+    } else {
+        ForEachReportLine(scanned.Only().report, tell);
+    }
+}
+
+void PutRow(ValueSink& sink, const Scanned& scanned, const _tag_P2Clip& clip) {
+    if (scanned.areSeveral) {
+        PutClipOfCard(sink, scanned.scans.CardOf(clip).label, clip);
+    } else {
+        PutClip(sink, clip);
+    }
+}
+
+Value FreshRow(bool areSeveral) {
+    return Content([areSeveral](ValueSink& sink) {
+        if (areSeveral) {
+            PutClipOfCard(sink, {}, {});
         } else {
-            console.WriteLine(line);
+            PutClip(sink, {});
         }
     });
 }
 
-void PrintClips(Console& console, const ClipsOptions& options, const Card& card, const Scan& scan) {
-    const ClipOrder clips = OrderedClips(scan.clips, options.sort);
-    const Sequence rows = ClipSequence(clips);
-    PrintListing(console, options.form,
-                 {ClipsDocument(card, rows, scan, options.report),
-                  Content([](ValueSink& sink) { PutClip(sink, {}); }), rows,
-                  [&clips](Console& target) { PrintClipTable(target, clips); }});
-    if (options.report && !options.form.json) {
-        PrintReport(console, scan.report, options.form.csv);
+constexpr const char* kAllColumns = "all";
+
+/// Every field of the record, written as it comes.
+void PrintEveryField(Console& console, const Scanned& scanned, const ClipOrder& clips) {
+    const Sequence rows = {clips.size(), [&](ValueSink& sink, std::size_t index) {
+                               PutRow(sink, scanned, *clips[index]);
+                           }};
+    PrintCsv(console, FreshRow(scanned.areSeveral), rows);
+}
+
+void PrintTable(Console& console, const Scanned& scanned, const ClipOrder& clips) {
+    const CardOfClip card = [&scanned](const _tag_P2Clip& clip) {
+        return scanned.scans.CardOf(clip).label;
+    };
+    PrintClipTable(console, clips, scanned.areSeveral ? card : CardOfClip());
+}
+
+/// The columns to print; nothing where a form has its own.
+std::optional<ClipColumns> ColumnsOf(const ClipsOptions& options) {
+    if (options.AreJson() && !options.columns.empty()) {
+        throw Failure("--columns", "is for tables", "not with --json and --jsonl", kUsage);
+    }
+    if (options.metadata && !options.AreJson()) {
+        throw Failure("--metadata", "is for --json and --jsonl",
+                      "columns have names: --columns Name,metadata.place.name", kUsage);
+    }
+    const bool isEveryField = options.form.csv && options.columns == kAllColumns;
+    const bool hasOwn = options.columns.empty() && !options.form.csv;
+    if (options.AreJson() || isEveryField || hasOwn) {
+        return std::nullopt;
+    }
+    return ClipColumns(options.columns.empty() ? kDefaultColumns : options.columns);
+}
+
+/// Whether what stands beside the list goes to standard output too.
+bool IsReportBelow(const ClipsOptions& options) {
+    return !options.form.csv && !options.lines;
+}
+
+void PrintList(Console& console, const ClipsOptions& options, const Scanned& scanned,
+               const ClipListing& listing, const std::optional<ClipColumns>& columns) {
+    if (options.form.json) {
+        PrintJson(console, ClipsDocument(listing));
+    } else if (options.lines) {
+        PrintClipLines(console, listing);
+    } else if (columns && options.form.csv) {
+        PrintCsvColumns(console, listing, *columns);
+    } else if (columns) {
+        PrintTableColumns(console, listing, *columns);
+    } else if (options.form.csv) {
+        PrintEveryField(console, scanned, listing.clips);
+    } else {
+        PrintTable(console, scanned, listing.clips);
     }
 }
 
+/// What was asked for beside the list, where the list is no document.
+void PrintBeside(Console& console, const ClipsOptions& options, const Scanned& scanned,
+                 const ClipListing& listing) {
+    if (options.form.json) {
+        return;
+    }
+    const TellLine tell = [&](const std::string& line) {
+        if (IsReportBelow(options)) {
+            console.WriteLine(line);
+        } else {
+            console.Message(line);
+        }
+    };
+    if (options.report) {
+        PrintReport(scanned, tell);
+    }
+    if (options.AskForFiles()) {
+        ForEachFileLine(listing, tell);
+    }
+}
+
+bool HasLosses(const CardScans& scans) {
+    return CountOfLosses(scans.skipped) > 0 ||
+           std::any_of(scans.cards.begin(), scans.cards.end(),
+                       [](const CardScan& scan) { return CountOfLosses(scan.report.skipped) > 0; });
+}
+
 Status RunClips(Console& console, const ClipsOptions& options) {
-    const Card card(options.card);
+    const std::optional<ClipColumns> columns = ColumnsOf(options);
     // The process ends with this command: the system takes all memory back at once, faster than ten
     // thousand records can be taken apart.
-    static const Scan& scan = *new Scan(ScanCard(console, card, options));
-    PrintClips(console, options, card, scan);
+    static const CardScans& scans = *new CardScans(ScanCards(console, options.scan));
+    const Scanned scanned = {scans, options.scan.AreSeveral()};
+    ClipReading reading = columns ? columns->Reading() : ClipReading();
+    reading.metadata = reading.metadata || options.metadata;
+    reading.files = reading.files || options.AskForFiles();
+    static ClipDetails& details = *new ClipDetails(console, scans, reading);
+    const ClipOrder clips = OrderedClips(scans, options.sort);
+    const ClipListing listing = {scans,         clips,         details, scanned.areSeveral,
+                                 options.files, options.report};
+    PrintList(console, options, scanned, listing, columns);
+    PrintBeside(console, options, scanned, listing);
     console.Finish();
     if (!options.report) {
-        WarnOfSkipped(console, card, scan.report);
+        WarnOfSkipped(console, scans);
     }
-    return options.strict && CountOfLosses(scan.report) > 0 ? kSkipped : kDone;
+    const bool lacks = HasLosses(scans) || details.CountOfUnread() > 0 ||
+                       (options.AskForFiles() && !details.Broken(clips).empty());
+    return options.strict && lacks ? kSkipped : kDone;
 }
 
 } // namespace
 
 void AddClipsCommand(const Command& program) {
     const Command command =
-        program.Add("clips", "List all clips of a card, P2 or AVCHD, or camera folder");
+        program.Add("clips", "List all clips of cards, P2 or AVCHD, or camera folders");
     ClipsOptions& options = command.Runs(RunClips);
-    command.CardArgument(options.card);
-    command.JsonAndCsvFlags(options.form, ", every field", ", every field");
+    command.CardArguments(options.scan.cards);
+    command.Flag("--recursive", options.scan.recursive,
+                 "List every card in these folders and below");
+    command.JsonAndCsvFlags(options.form, ", a document of all", "; see --columns");
+    command.Flag("--jsonl", options.lines, "Print JSON, each clip on a line of its own");
+    command.ValueOption("--columns", options.columns, "LIST",
+                        "Of the table or CSV, names with commas between them: Name, Card, Start,\n"
+                        "End ... (default: all of these), all (every field) or members of JSON");
+    command.Flag("--metadata", options.metadata, "With JSON, tell all that the clips' files tell");
+    command.Flag("--files", options.files,
+                 "Tell the files of each clip, which of them are not whole, and all others");
     command
         .ValueOption("--sort", options.sort, "ORDER",
                      "By name (the default), by shooting date or not at all")
         .OneOf(ClipOrderNames());
     command.Flag("--report", options.report,
-                 "Tell what was skipped and which takes are incomplete");
-    command.Flag("--keep-digit", options.keepDigit, "Keep ClipIdDigit as read (else it is -1)");
-    command.Flag("--strict", options.strict, "Exit with 4 when a file was skipped");
-    command.WorkerOption(options.worker);
+                 "Tell what was skipped and which takes and clips are incomplete");
+    command.Flag("--keep-digit", options.scan.keepDigit,
+                 "Keep ClipIdDigit as read (else it is -1)");
+    command.Flag("--strict", options.strict, "Exit with 4 when a file was skipped or, where files are\n"
+                 "asked for, a clip is not whole");
+    command.WorkerOption(options.scan.worker);
     command.Example("nqp2 clips /media/card --sort date --report");
 }
 

@@ -24,7 +24,7 @@ struct ShownTake {
 struct ShownClip {
     const _tag_P2Clip& clip;
     std::string_view card; ///< its root, a whole POSIX path
-    std::string_view serialNo; ///< the card's, "" where it is not known
+    std::string_view cardLabel; ///< what tells it from other cards
     ClipZones zones = {};
     const ShownTake* take = nullptr;
     const ClipMetadata* metadata = nullptr; ///< null where they were not read
