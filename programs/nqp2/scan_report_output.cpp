@@ -6,10 +6,11 @@
 #include "nqp2/card.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -27,14 +28,6 @@ constexpr ReasonWords kReasons[] = {
     {SkipReason::FolderUnreadable, "the folder could not be read to its end"},
 };
 
-List Texts(const CStringArray& strings) {
-    List texts;
-    for (const CString& text : strings) {
-        texts.emplace_back(BytesFromText(text));
-    }
-    return texts;
-}
-
 Record SkippedRecord(const SkippedFile& file) {
     return {{"path", OutputPath(file.path)},
             {"reason", ReasonText(file)},
@@ -42,7 +35,7 @@ Record SkippedRecord(const SkippedFile& file) {
             {"column", file.column}};
 }
 
-List MissingRecords(const Take& take) {
+List MissingRecords(const JoinedTake& take) {
     List missing;
     for (const MissingSegment& segment : take.missing) {
         missing.emplace_back(Record{{"ClipName", BytesFromText(segment.clipName)},
@@ -51,9 +44,13 @@ List MissingRecords(const Take& take) {
     return missing;
 }
 
-Record TakeRecord(const Take& take) {
+Record TakeRecord(const JoinedTake& take) {
+    List segments;
+    for (const TakeSegment& segment : take.segments) {
+        segments.emplace_back(BytesFromText(segment.clipName));
+    }
     return {{"TopGlobalClipID", BytesFromText(take.topGlobalClipID)},
-            {"segments", Texts(take.segments)},
+            {"segments", segments},
             {"complete", take.complete},
             {"missing", MissingRecords(take)}};
 }
@@ -69,22 +66,54 @@ std::string MissingText(const MissingSegment& segment) {
                : fmt::format("{} on card {}", text, BytesFromText(segment.serialNo));
 }
 
-std::string TakeLine(const Take& take) {
-    std::string line = "take ";
-    const char* separator = "";
-    for (const CString& segment : take.segments) {
-        line += separator + BytesFromText(segment);
-        separator = " + ";
-    }
-    if (take.complete) {
+/// "A + B: incomplete, missing C on card D", from the segments that are there.
+std::string TakeLine(const std::vector<std::string>& segments, bool complete,
+                     const CArray<MissingSegment>& missing) {
+    std::string line = fmt::format("take {}", fmt::join(segments, " + "));
+    if (complete) {
         return line + ": complete";
     }
-    separator = ": incomplete, missing ";
-    for (const MissingSegment& segment : take.missing) {
+    const char* separator = ": incomplete, missing ";
+    for (const MissingSegment& segment : missing) {
         line += separator + MissingText(segment);
         separator = ", ";
     }
-    return take.missing.IsEmpty() ? line + ": incomplete" : line;
+    return missing.IsEmpty() ? line + ": incomplete" : line;
+}
+
+std::string TakeLine(const Take& take) {
+    std::vector<std::string> segments;
+    for (const CString& segment : take.segments) {
+        segments.push_back(BytesFromText(segment));
+    }
+    return TakeLine(segments, take.complete, take.missing);
+}
+
+/// Copies of a segment are told as its other cards.
+std::string TakeLine(const JoinedTake& take, const std::vector<CardScan>& cards) {
+    std::vector<std::string> segments;
+    for (std::int64_t i = 0; i < take.segments.GetSize(); ++i) {
+        const TakeSegment& segment = take.segments[i];
+        const std::string& card = cards[static_cast<std::size_t>(segment.card)].label;
+        if (i > 0 && take.segments[i - 1].place == segment.place) {
+            segments.back() += " and " + card;
+        } else {
+            segments.push_back(fmt::format("{} on {}", BytesFromText(segment.clipName), card));
+        }
+    }
+    return TakeLine(segments, take.complete, take.missing);
+}
+
+/// Whether the file is among the clips all the same.
+bool IsListed(const SkippedFile& file) {
+    return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName;
+}
+
+void TellSkipped(const CArray<SkippedFile>& skipped, const TellLine& tell) {
+    for (const SkippedFile& file : skipped) {
+        tell(fmt::format("{} {}: {}", IsListed(file) ? "remark" : "skipped", PositionText(file),
+                         ReasonText(file)));
+    }
 }
 
 } // namespace
@@ -105,31 +134,48 @@ std::string PositionText(const SkippedFile& file) {
     return file.line > 0 ? fmt::format("{}:{}:{}", path, file.line, file.column) : path;
 }
 
-Value SkippedValue(const ScanReport& report) {
-    return SequenceOf(report.skipped, [](ValueSink& sink, const SkippedFile& file) {
-        Put(sink, SkippedRecord(file));
+Value SkippedValue(const CardScans& scans) {
+    return Content([&scans](ValueSink& sink) {
+        const auto put = [&sink](const CArray<SkippedFile>& skipped) {
+            for (const SkippedFile& file : skipped) {
+                Put(sink, SkippedRecord(file));
+            }
+        };
+        sink.BeginList(ListOf::Records);
+        put(scans.skipped);
+        for (const CardScan& scan : scans.cards) {
+            put(scan.report.skipped);
+        }
+        sink.EndList();
     });
 }
 
-Value TakesValue(const ScanReport& report) {
-    return SequenceOf(report.takes,
-                      [](ValueSink& sink, const Take& take) { Put(sink, TakeRecord(take)); });
+Value TakesValue(const CArray<JoinedTake>& takes) {
+    return SequenceOf(takes,
+                      [](ValueSink& sink, const JoinedTake& take) { Put(sink, TakeRecord(take)); });
 }
 
-/// Whether the file is among the clips all the same.
-bool IsListed(const SkippedFile& file) {
-    return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName;
-}
-
-void ForEachReportLine(const ScanReport& report,
-                       const std::function<void(const std::string& line)>& tell) {
-    for (const SkippedFile& file : report.skipped) {
-        tell(fmt::format("{} {}: {}", IsListed(file) ? "remark" : "skipped", PositionText(file),
-                         ReasonText(file)));
-    }
+void ForEachReportLine(const ScanReport& report, const TellLine& tell) {
+    TellSkipped(report.skipped, tell);
     for (const Take& take : report.takes) {
         tell(TakeLine(take));
     }
+}
+
+void ForEachReportLine(const CardScans& scans, const TellLine& tell) {
+    TellSkipped(scans.skipped, tell);
+    for (const CardScan& scan : scans.cards) {
+        TellSkipped(scan.report.skipped, tell);
+    }
+    for (const JoinedTake& take : scans.Takes()) {
+        tell(TakeLine(take, scans.cards));
+    }
+}
+
+std::int64_t CountOfLosses(const CArray<SkippedFile>& skipped) {
+    return std::count_if(skipped.begin(), skipped.end(), [](const SkippedFile& file) {
+        return file.reason != SkipReason::Companion;
+    });
 }
 
 Status TellLosses(Console& console, const ScanReport& report, bool strict) {
