@@ -36,7 +36,9 @@ Sequence ClipSequence(const ClipListing& listing) {
             }};
 }
 
-const char* KindName(CardKind kind) {
+constexpr const char* kFormat = "nqp2-clips";
+
+std::string KindName(CardKind kind) {
     switch (kind) {
     case CardKind::P2: return "p2";
     case CardKind::Camera: return "camera";
@@ -97,11 +99,11 @@ Content OtherFiles(const ClipListing& listing) {
 } // namespace
 
 Record ClipsDocument(const ClipListing& listing) {
-    Record document = {{"format", "nqp2-clips"}, {"version", kJsonVersion}};
+    Record document = {{"format", std::string(kFormat)}, {"version", kJsonVersion}};
     if (!listing.areSeveral) {
         const CardScan& only = listing.cards.cards.front();
         document.push_back({"card", OutputPath(only.card.Folder())});
-        document.push_back({"kind", only.kind == CardKind::P2 ? "p2" : "avchd"});
+        document.push_back({"kind", std::string(only.kind == CardKind::P2 ? "p2" : "avchd")});
     }
     document.push_back({"cards", CardSequence(listing)});
     document.push_back({"clips", ClipSequence(listing)});
