@@ -33,11 +33,14 @@ std::string CardCell(const ShownClip& shown) {
 std::string StartCell(const ShownClip& shown) {
     return BytesFromText(ClipTimecode(shown.clip));
 }
+bool HasLength(const ShownClip& shown) {
+    return FindFrameRate(shown.clip.FrameRate) != nullptr && shown.clip.Duration >= 0;
+}
 std::string EndCell(const ShownClip& shown) {
-    return BytesFromText(ClipTimecode(shown.clip, shown.clip.Duration));
+    return HasLength(shown) ? BytesFromText(ClipTimecode(shown.clip, shown.clip.Duration)) : "";
 }
 std::string DurationCell(const ShownClip& shown) {
-    if (FindFrameRate(shown.clip.FrameRate) == nullptr || shown.clip.Duration < 0) {
+    if (!HasLength(shown)) {
         return {};
     }
     const std::string text = LengthText(shown.clip); // as timecodes are: with two digits of hours

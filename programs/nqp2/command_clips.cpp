@@ -112,8 +112,11 @@ void PrintTable(Console& console, const Scanned& scanned, const ClipOrder& clips
     PrintClipTable(console, clips, scanned.areSeveral ? card : CardOfClip());
 }
 
-/// The columns to print; nothing where a form has its own.
-std::optional<ClipColumns> ColumnsOf(const ClipsOptions& options) {
+/// Refuses options that do not go together.
+void RequireOneForm(const ClipsOptions& options) {
+    if (options.lines && (options.form.json || options.form.csv)) {
+        throw Failure("--jsonl", "is a form of its own", "not with --json and --csv", kUsage);
+    }
     if (options.AreJson() && !options.columns.empty()) {
         throw Failure("--columns", "is for tables", "not with --json and --jsonl", kUsage);
     }
@@ -121,6 +124,10 @@ std::optional<ClipColumns> ColumnsOf(const ClipsOptions& options) {
         throw Failure("--metadata", "is for --json and --jsonl",
                       "columns have names: --columns Name,metadata.place.name", kUsage);
     }
+}
+
+/// The columns to print; nothing where a form has its own.
+std::optional<ClipColumns> ColumnsOf(const ClipsOptions& options) {
     const bool isEveryField = options.form.csv && options.columns == kAllColumns;
     const bool hasOwn = options.columns.empty() && !options.form.csv;
     if (options.AreJson() || isEveryField || hasOwn) {
@@ -179,6 +186,7 @@ bool HasLosses(const CardScans& scans) {
 }
 
 Status RunClips(Console& console, const ClipsOptions& options) {
+    RequireOneForm(options);
     const std::optional<ClipColumns> columns = ColumnsOf(options);
     // The process ends with this command: the system takes all memory back at once, faster than ten
     // thousand records can be taken apart.
@@ -214,8 +222,8 @@ void AddClipsCommand(const Command& program) {
     command.JsonAndCsvFlags(options.form, ", a document of all", "; see --columns");
     command.Flag("--jsonl", options.lines, "Print JSON, each clip on a line of its own");
     command.ValueOption("--columns", options.columns, "LIST",
-                        "Of the table or CSV, names with commas between them: Name, Card, Start,\n"
-                        "End ... (default: all of these), all (every field) or members of JSON");
+                        "Of the table or CSV, names with commas between: Name, Card, Start ...\n"
+                        "(default: all such), all (every field), members of JSON");
     command.Flag("--metadata", options.metadata, "With JSON, tell all that the clips' files tell");
     command.Flag("--files", options.files,
                  "Tell the files of each clip, which of them are not whole, and all others");

@@ -49,7 +49,8 @@ def validator(name, seal=True):
 
 
 def documents_in(shown, name):
-    return list(map(json.loads, shown.splitlines() if name == "clips-line" else [shown]))
+    texts = shown.split("\n")[:-1] if name == "clips-line" else [shown]
+    return list(map(json.loads, texts))
 
 
 def leaves(value, path=()):
@@ -120,7 +121,7 @@ class SchemaTest(CardTest):
 
     def test_a_member_that_goes_or_changes_its_type_is_noticed(self):
         (document,) = self.documents("clips", CLIPS[1][1], card=self.p2)
-        document["clips"] = document["clips"][:2]
+        document["clips"] = [clip for clip in document["clips"] if "take" in clip][-1:]
         for open_one, schema in ((False, validator("clips")), (True, validator("clips", False))):
             changes = 0
             for path, value in leaves(document):
@@ -132,13 +133,13 @@ class SchemaTest(CardTest):
                 holder[last] = [value, {}]
                 self.assertFalse(schema.is_valid(changed), path)
                 changes += 1
-            self.assertGreater(changes, 500)
+            self.assertGreater(changes, 200)
             document["clips"][0]["news"] = 1
             self.assertEqual(schema.is_valid(document), open_one)
             del document["clips"][0]["news"]
 
     def test_paths_lead_there_from_any_folder(self):
-        for card, folder in (("p2", self.folder), (".", self.p2), ("../p2", self.avchd)):
+        for card, folder in (("p2", self.folder), (".", self.p2), ("../../p2", self.avchd)):
             text = run("clips", "--json", "--files", card, cwd=folder.resolve()).stdout
             document = json.loads(text)
             paths = [value for path, value in leaves(document["clips"])
@@ -175,12 +176,12 @@ class SchemaTest(CardTest):
         other = self.card
         other.add("0001AA", title=strange, memos=[(1, strange, strange)])
         other.add_raw(b"\xff\xed\xa0\x80.XML", clip_xml("x", title=strange).encode())
-        other.add_raw("0003AA.XML", clip_xml("0003AA", title="z" * 20_000_000).encode())
+        other.add_raw("0003AA.XML", clip_xml("0003AA", title="z" * 2_000_000).encode())
         for name, command in OF_A_CARD:
             self.assert_valid(name, command, card=other.path)
         document = self.told("clips", other.path, "--metadata", "--files", "--report")
         json.dumps(document, ensure_ascii=False).encode()  # no half of a character
-        self.assertIn(strange, {value for _, value in leaves(document["clips"][0]["metadata"])})
+        self.assertIn(strange, [value for _, value in leaves(document["clips"][0]["metadata"])])
 
 
 if __name__ == "__main__":
