@@ -5,6 +5,7 @@
 
 #include "nqp2/card.h"
 #include "nqp2/clip_columns.h"
+#include "nqp2/clip_fields.h"
 #include "nqp2/clip_file_fields.h"
 #include "nqp2/console.h"
 #include "nqp2/csv_row.h"
@@ -32,6 +33,7 @@ ShownClip ShownIn(const ClipListing& listing, std::size_t index) {
 
 Sequence ClipSequence(const ClipListing& listing) {
     return {listing.clips.size(), [&listing](ValueSink& sink, std::size_t index) {
+                FetchAhead(listing.clips, index);
                 PutShownClip(sink, ShownIn(listing, index));
             }};
 }
@@ -123,6 +125,7 @@ Record ClipsDocument(const ClipListing& listing) {
 void PrintClipLines(Console& console, const ClipListing& listing) {
     OutputText out(&console);
     for (std::size_t i = 0; i < listing.clips.size(); ++i) {
+        FetchAhead(listing.clips, i);
         JsonWriter line(out);
         PutClipLine(line, ShownIn(listing, i));
         out.Put('\n');

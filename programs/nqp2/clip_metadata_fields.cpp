@@ -71,15 +71,9 @@ constexpr Field<MetadataText> kTextFields[] = {
     NQP2_FIELD(MetadataText, text),
 };
 
-/// A member that is a record with that table of fields.
+/// A member that is a list of records with that table of fields.
 template <auto Member, const auto& Fields, class Source>
-void Group(ValueSink& sink, const Source& source) {
-    PutFields(sink, Fields, source.*Member);
-}
-
-/// A member that is a list of such records.
-template <auto Member, const auto& Fields, class Source>
-void GroupList(ValueSink& sink, const Source& source) {
+void ListOfMembers(ValueSink& sink, const Source& source) {
     sink.BeginList(ListOf::Records);
     for (const auto& each : source.*Member) {
         PutFields(sink, Fields, each);
@@ -90,23 +84,23 @@ void GroupList(ValueSink& sink, const Source& source) {
 constexpr Field<RelationMetadata> kRelationFields[] = {
     NQP2_FIELD(RelationMetadata, offsetInShot),
     NQP2_FIELD(RelationMetadata, globalShotID),
-    {"top", Group<&RelationMetadata::top, kSegmentFields>},
-    {"previous", Group<&RelationMetadata::previous, kSegmentFields>},
-    {"next", Group<&RelationMetadata::next, kSegmentFields>},
+    {"top", Members<&RelationMetadata::top, kSegmentFields>},
+    {"previous", Members<&RelationMetadata::previous, kSegmentFields>},
+    {"next", Members<&RelationMetadata::next, kSegmentFields>},
 };
 
 constexpr Field<ClipMetadata> kMetadataFields[] = {
-    {"access", Group<&ClipMetadata::access, kAccessFields>},
-    {"device", Group<&ClipMetadata::device, kDeviceFields>},
-    {"shoot", Group<&ClipMetadata::shoot, kShootFields>},
-    {"place", Group<&ClipMetadata::place, kPlaceFields>},
-    {"scenario", Group<&ClipMetadata::scenario, kScenarioFields>},
-    {"news", Group<&ClipMetadata::news, kNewsFields>},
-    {"memos", GroupList<&ClipMetadata::memos, kMemoFields>},
-    {"relation", Group<&ClipMetadata::relation, kRelationFields>},
-    {"thumbnail", Group<&ClipMetadata::thumbnail, kThumbnailFields>},
-    {"tracks", GroupList<&ClipMetadata::tracks, kTrackFields>},
-    {"others", GroupList<&ClipMetadata::others, kTextFields>},
+    {"access", Members<&ClipMetadata::access, kAccessFields>},
+    {"device", Members<&ClipMetadata::device, kDeviceFields>},
+    {"shoot", Members<&ClipMetadata::shoot, kShootFields>},
+    {"place", Members<&ClipMetadata::place, kPlaceFields>},
+    {"scenario", Members<&ClipMetadata::scenario, kScenarioFields>},
+    {"news", Members<&ClipMetadata::news, kNewsFields>},
+    {"memos", ListOfMembers<&ClipMetadata::memos, kMemoFields>},
+    {"relation", Members<&ClipMetadata::relation, kRelationFields>},
+    {"thumbnail", Members<&ClipMetadata::thumbnail, kThumbnailFields>},
+    {"tracks", ListOfMembers<&ClipMetadata::tracks, kTrackFields>},
+    {"others", ListOfMembers<&ClipMetadata::others, kTextFields>},
     NQP2_FIELD(ClipMetadata, isCut),
 };
 

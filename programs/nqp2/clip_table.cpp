@@ -4,6 +4,7 @@
 #include "nqp2/clip_table.h"
 
 #include "nqp2/clip_cells.h"
+#include "nqp2/clip_fields.h"
 #include "nqp2/console.h"
 #include "nqp2/table.h"
 #include "NQP2ParserU/ClipTimes.h"
@@ -119,9 +120,10 @@ void PrintClipTable(Console& console, const ClipOrder& clips, const CardOfClip& 
     }
     PrintTable(console, heads, [&](const TakeRow& take) {
         Row row(columns.size());
-        for (const Clip* clip : clips) {
+        for (std::size_t i = 0; i < clips.size(); ++i) {
+            FetchAhead(clips, i);
             std::transform(columns.begin(), columns.end(), row.begin(),
-                           [clip](const ClipColumn& column) { return column.cell(*clip); });
+                           [&](const ClipColumn& column) { return column.cell(*clips[i]); });
             take(row);
         }
     });

@@ -100,6 +100,7 @@ constexpr const char* kAllColumns = "all";
 /// Every field of the record, written as it comes.
 void PrintEveryField(Console& console, const Scanned& scanned, const ClipOrder& clips) {
     const Sequence rows = {clips.size(), [&](ValueSink& sink, std::size_t index) {
+                               FetchAhead(clips, index);
                                PutRow(sink, scanned, *clips[index]);
                            }};
     PrintCsv(console, FreshRow(scanned.areSeveral), rows);

@@ -139,6 +139,18 @@ class ClipsTest(ShownCardTest):
                                   (("--sort", "date"), by_date), (("--sort", "none"), in_folder)):
             self.assertEqual(names(*options), expected)
 
+    def test_paths_are_spelled_as_on_the_disk(self):
+        made = []
+        for number in range(24):
+            clip = f"10{number:02}LC"
+            self.card.add(clip, audio=4)
+            made += [("VIDEO", f"{clip}.MXF"), *(("AUDIO", f"{clip}0{i}.MXF") for i in range(3))]
+        for number, (folder, name) in enumerate(made):
+            self.card.add_file(folder, name if number % 3 else name.lower())
+        shown = {path for clip in self.told("clips", self.card.path)["clips"]
+                 for path in [clip["VideoPath"], *clip["AudioPath"]] if "/10" in path}
+        self.assertEqual(shown, set(map(str, self.card.path.glob("CONTENTS/[AV]*/10*"))))
+
     def test_strict_tells_by_status_that_something_was_skipped(self):
         for status in (4, 0):
             self.assertEqual(run("clips", self.card.path, "--strict").returncode, status)
