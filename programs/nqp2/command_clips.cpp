@@ -227,7 +227,7 @@ void AddClipsCommand(const Command& program) {
                         "(default: all such), all (every field), members of JSON");
     command.Flag("--metadata", options.metadata, "With JSON, tell all that the clips' files tell");
     command.Flag("--files", options.files,
-                 "Tell the files of each clip, which of them are not whole, and all others");
+                 "Tell the files of each clip, clips that are not whole, other files");
     command
         .ValueOption("--sort", options.sort, "ORDER",
                      "By name (the default), by shooting date or not at all")

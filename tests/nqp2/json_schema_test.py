@@ -122,6 +122,7 @@ class SchemaTest(CardTest):
     def test_a_member_that_goes_or_changes_its_type_is_noticed(self):
         (document,) = self.documents("clips", CLIPS[1][1], card=self.p2)
         document["clips"] = [clip for clip in document["clips"] if "take" in clip][-1:]
+        del document["clips"][0]["metadata"]["others"][2:], document["otherFiles"][2:]
         for open_one, schema in ((False, validator("clips")), (True, validator("clips", False))):
             changes = 0
             for path, value in leaves(document):
@@ -133,7 +134,7 @@ class SchemaTest(CardTest):
                 holder[last] = [value, {}]
                 self.assertFalse(schema.is_valid(changed), path)
                 changes += 1
-            self.assertGreater(changes, 200)
+            self.assertGreater(changes, 150)
             document["clips"][0]["news"] = 1
             self.assertEqual(schema.is_valid(document), open_one)
             del document["clips"][0]["news"]
