@@ -132,6 +132,9 @@ inline constexpr std::array<CameraFolder, 2> kPanasonicCameras = {{
     {"PANA_GRP/001YDJAM", "PANA_GRP/001YDJAM", "*.MOV"},
 }};
 
+/// Where a memory card keeps what is none of its pictures, AVCHD and camera folders among it.
+inline constexpr CardName kPrivate = "PRIVATE";
+
 /// The metadata files of clips and edit lists.
 inline constexpr const wchar_t* kMetadataPattern = L"*.XML";
 

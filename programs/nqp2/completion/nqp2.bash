@@ -120,7 +120,7 @@ _nqp2() {
         return
     elif [[ $command == base-info ]]; then
         compopt -o default 2>/dev/null
-    elif [[ -z $card ]]; then
+    elif [[ -z $card || $command == clips ]]; then
         _nqp2_folders "$current"
     elif [[ $command == import || $command == delete ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
