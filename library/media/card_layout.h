@@ -93,6 +93,9 @@ CString FileNameOf(const ClipFileKind& kind, const CString& clip, std::size_t nu
 std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileKind& kind);
 std::string_view ClipNameIn(std::string_view file, const ClipFileKind& kind);
 
+/// How a file of that many bytes stands to the bytes that are promised of it, 0 for none.
+ClipFileState StateOf(std::uint64_t size, std::uint64_t promised);
+
 /// Edit lists lie below a card's root, where hosts look for them, or where the cards keep them.
 inline constexpr CardName kEditLists = "EDITLIST";
 inline constexpr CardName kContentsEditLists = "CONTENTS/EDITLIST";
