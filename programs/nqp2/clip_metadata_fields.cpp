@@ -9,9 +9,9 @@ namespace nqp2::tool {
 namespace {
 
 #define NQP2_FIELD(record, member)                                                                 \
-    { #member, Plain<&record::member> }
+    { #member, Plain < &record::member> }
 #define NQP2_PATH(record, member)                                                                  \
-    { #member, Path<&record::member> }
+    { #member, Path < &record::member> }
 
 constexpr Field<AccessMetadata> kAccessFields[] = {
     NQP2_FIELD(AccessMetadata, creator),

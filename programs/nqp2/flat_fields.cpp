@@ -122,8 +122,8 @@ private:
     TakeCell m_take;
     std::string m_name; ///< of what comes
     std::vector<Level> m_levels;
-    int m_lists = 0;   ///< lists around what comes that are written
-    OutputText m_list; ///< as one field,
+    int m_lists = 0;                  ///< lists around what comes that are written
+    OutputText m_list;                ///< as one field,
     std::optional<JsonWriter> m_json; ///< by this
 };
 
