@@ -8,10 +8,8 @@
 namespace nqp2::tool {
 namespace {
 
-#define NQP2_FIELD(record, member)                                                                 \
-    { #member, Plain < &record::member> }
-#define NQP2_PATH(record, member)                                                                  \
-    { #member, Path < &record::member> }
+#define NQP2_FIELD(record, member) Field<record>(#member, Plain<&record::member>)
+#define NQP2_PATH(record, member) Field<record>(#member, Path<&record::member>)
 
 constexpr Field<AccessMetadata> kAccessFields[] = {
     NQP2_FIELD(AccessMetadata, creator),
