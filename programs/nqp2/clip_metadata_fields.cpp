@@ -42,7 +42,7 @@ constexpr Field<NewsMetadata> kNewsFields[] = {
     NQP2_FIELD(NewsMetadata, purpose),
     NQP2_FIELD(NewsMetadata, object),
 };
-constexpr Field<MemoMetadata> kMemoFields[] = {
+constexpr Field<MemoMetadata> kTimedMemoFields[] = {
     NQP2_FIELD(MemoMetadata, offset),     NQP2_FIELD(MemoMetadata, person),
     NQP2_FIELD(MemoMetadata, text),       NQP2_PATH(MemoMetadata, voicePath),
     NQP2_PATH(MemoMetadata, picturePath),
@@ -94,7 +94,7 @@ constexpr Field<ClipMetadata> kMetadataFields[] = {
     {"place", Members<&ClipMetadata::place, kPlaceFields>},
     {"scenario", Members<&ClipMetadata::scenario, kScenarioFields>},
     {"news", Members<&ClipMetadata::news, kNewsFields>},
-    {"memos", ListOfMembers<&ClipMetadata::memos, kMemoFields>},
+    {"memos", ListOfMembers<&ClipMetadata::memos, kTimedMemoFields>},
     {"relation", Members<&ClipMetadata::relation, kRelationFields>},
     {"thumbnail", Members<&ClipMetadata::thumbnail, kThumbnailFields>},
     {"tracks", ListOfMembers<&ClipMetadata::tracks, kTrackFields>},
