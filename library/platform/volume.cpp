@@ -9,19 +9,18 @@
 
 namespace nqp2::platform {
 
-std::string VolumeSerial(const std::string& folder) {
-    constexpr const char* kNames = "/dev/disk/by-uuid"; // links to the devices
+std::string VolumeSerial(const std::string& folder, const std::string& names) {
     struct stat facts = {};
     std::error_code error;
-    std::filesystem::directory_iterator names(kNames, error);
+    std::filesystem::directory_iterator links(names, error);
     if (error || stat(folder.c_str(), &facts) != 0) {
         return {};
     }
-    for (const std::filesystem::directory_iterator end; names != end; names.increment(error)) {
+    for (const std::filesystem::directory_iterator end; links != end; links.increment(error)) {
         struct stat node = {};
-        if (stat(names->path().c_str(), &node) == 0 && S_ISBLK(node.st_mode) &&
+        if (stat(links->path().c_str(), &node) == 0 && S_ISBLK(node.st_mode) &&
             node.st_rdev == facts.st_dev) {
-            return names->path().filename().native();
+            return links->path().filename().native();
         }
     }
     return {};

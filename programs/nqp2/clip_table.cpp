@@ -16,7 +16,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 
 namespace nqp2::tool {
 
@@ -51,7 +50,7 @@ using Clip = _tag_P2Clip;
 
 struct ClipColumn {
     Column column;
-    CardOfClip cell;
+    std::string (*cell)(const Clip&);
 };
 
 template <auto Member>
@@ -79,27 +78,24 @@ std::string Marks(const Clip& clip) {
     return marks;
 }
 
+const ClipColumn kTitleColumn = {{"TITLE", Align::Left, 8}, OwnTitle};
+
 /// What matters most comes first: a narrow terminal cuts the end off.
-std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips, const CardOfClip& card) {
-    const auto titled = [](const Clip* clip) { return !OwnTitle(*clip).empty(); };
-    std::vector<ClipColumn> columns;
-    const auto add = [&columns](const char* title, Align align, int narrowest, auto cell) {
-        columns.push_back({{title, align, narrowest}, std::move(cell)});
+std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips) {
+    std::vector<ClipColumn> columns = {
+        {{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>},
+        {{"START", Align::Left, 17}, Start},
+        {{"LENGTH", Align::Right, 0}, LengthText},
+        {{"CODEC", Align::Left, 12}, CodecAndClass},
+        {{"RATE", Align::Left, 0}, Text<&Clip::FrameRate>},
+        {{"MARK", Align::Left, 0}, Marks},
+        {{"CH", Align::Right, 0}, AudioChannelsText},
+        {{"RATIO", Align::Left, 0}, Text<&Clip::AspectRatio>},
     };
-    if (card) {
-        add("CARD", Align::Left, 12, card);
-    }
-    add("CLIP", Align::Left, 0, Text<&Clip::ClipName>);
+    const auto titled = [](const Clip* clip) { return !OwnTitle(*clip).empty(); };
     if (std::any_of(clips.begin(), clips.end(), titled)) {
-        add("TITLE", Align::Left, 8, OwnTitle);
+        columns.insert(columns.begin() + 1, kTitleColumn);
     }
-    add("START", Align::Left, 17, Start);
-    add("LENGTH", Align::Right, 0, [](const Clip& clip) { return LengthText(clip); });
-    add("CODEC", Align::Left, 12, CodecAndClass);
-    add("RATE", Align::Left, 0, Text<&Clip::FrameRate>);
-    add("MARK", Align::Left, 0, Marks);
-    add("CH", Align::Right, 0, AudioChannelsText);
-    add("RATIO", Align::Left, 0, Text<&Clip::AspectRatio>);
     return columns;
 }
 
@@ -115,16 +111,23 @@ std::string Summary(const ClipOrder& clips) {
 } // namespace
 
 void PrintClipTable(Console& console, const ClipOrder& clips, const CardOfClip& card) {
-    const std::vector<ClipColumn> columns = ColumnsFor(clips, card);
+    const std::vector<ClipColumn> columns = ColumnsFor(clips);
     std::vector<Column> heads;
+    if (card) {
+        heads.push_back({"CARD", Align::Left, 12});
+    }
+    const auto first = static_cast<std::ptrdiff_t>(heads.size());
     for (const ClipColumn& column : columns) {
         heads.push_back(column.column);
     }
     PrintTable(console, heads, [&](const TakeRow& take) {
-        Row row(columns.size());
+        Row row(heads.size());
         for (std::size_t i = 0; i < clips.size(); ++i) {
             FetchAhead(clips, i);
-            std::transform(columns.begin(), columns.end(), row.begin(),
+            if (card) {
+                row.front() = card(*clips[i]);
+            }
+            std::transform(columns.begin(), columns.end(), row.begin() + first,
                            [&](const ClipColumn& column) { return column.cell(*clips[i]); });
             take(row);
         }

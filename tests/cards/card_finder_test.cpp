@@ -108,6 +108,19 @@ TEST_F(CardFinderTest, AFolderLeadsToTheCardThatItIsThatItIsAPartOfOrThatLiesBel
     }
 }
 
+TEST_F(CardFinderTest, ACardIsTheSameHoweverItWasReached) {
+    Make({"a/PRIVATE/AVCHD/BDMV/STREAM", "b/AVCHD/BDMV"});
+    const auto identity = [this](const char* name) {
+        CardSearch search;
+        EXPECT_TRUE(FindCard(At(name), search));
+        return std::make_pair(search.cards.GetAt(0).device, search.cards.GetAt(0).inode);
+    };
+    for (const char* const name : {"a/PRIVATE", "a/PRIVATE/AVCHD", "a/PRIVATE/AVCHD/BDMV/STREAM"}) {
+        EXPECT_EQ(identity(name), identity("a")) << name;
+    }
+    EXPECT_NE(identity("b"), identity("a"));
+}
+
 TEST_F(CardFinderTest, TextsOfCardsStayAsTheHostWroteThem) {
     Make({"card/CONTENTS/CLIP"});
     ASSERT_TRUE(MapDrive(L"Q", m_folder.Path("card").c_str()));
