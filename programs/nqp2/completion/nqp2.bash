@@ -34,7 +34,8 @@ _nqp2_words() {
 _nqp2() {
     local global='--help --verbose --drive'
     local -A options=(
-        [clips]='--recursive --json --csv --sort --report --keep-digit --strict --worker'
+        [clips]='--recursive --json --jsonl --csv --columns --sort --report --files --metadata --keep-digit
+            --strict --worker'
         [clip]='--json'
         [format]='--json --csv'
         [umid]=''
@@ -69,6 +70,7 @@ _nqp2() {
         previous='='
     fi
     case $previous in
+        --columns) _nqp2_words 'default all' "$current"; return ;;
         --sort) _nqp2_words 'name date none' "$current"; return ;;
         --to | --from) _nqp2_folders "$current"; return ;;
         --worker | --sound) compopt -o default 2>/dev/null; return ;;
@@ -85,7 +87,7 @@ _nqp2() {
         word=${COMP_WORDS[i]}
         case $word in
             --from) from=${COMP_WORDS[++i]} ;;
-            --sort | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
+            --sort | --columns | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
                 --sound | --channels | --bits | --title | --timecode) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
