@@ -27,9 +27,11 @@ ROOMS = {
     "edl": READERS,
     "ingest": READERS,
     "capacity": BASE | {"media"},
+    "cards": BASE | {"media"},
     "bridge": BASE | {"media", "channel"},
     "avchd": BASE | {"media", "bridge"},
-    "parser": READERS | {"clips", "edl", "ingest", "capacity", "bridge", "avchd"},
+    "parser": READERS | {"clips", "edl", "ingest", "capacity", "cards",
+                         "bridge", "avchd"},
 }
 # The programs that are built from rooms; they include each other as worker/..., copy/...
 PROGRAMS = {

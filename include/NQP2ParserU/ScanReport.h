@@ -42,6 +42,8 @@ struct MissingSegment {
     CString clipName;     ///< "" when the metadata does not tell
     CString serialNo;     ///< serial number of the card that holds it; "" when not told
     CString globalClipID; ///< identifier of the missing segment; "" when not told
+    /// Index of the segment that is there and that it comes before; their number behind the last.
+    std::int64_t before = 0;
 };
 
 /// A spanned recording: one shot that continues from clip to clip, perhaps over several cards, or

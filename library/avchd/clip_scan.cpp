@@ -195,7 +195,7 @@ private:
         for (const std::string& name : chain) {
             const auto place = places.find(name);
             if (place == places.end()) {
-                take.missing.Add({platform::TextFromUtf8(name), L"", L""});
+                take.missing.Add({platform::TextFromUtf8(name), L"", L"", take.segments.GetSize()});
                 continue;
             }
             if (take.segments.IsEmpty()) {

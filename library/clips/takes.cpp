@@ -61,10 +61,11 @@ public:
         }
     }
 
-    void Check(const ClipRelation::Neighbour& neighbour) {
+    /// `before` is the index of the segment that it comes before.
+    void Check(const ClipRelation::Neighbour& neighbour, std::int64_t before) {
         if (!neighbour.globalClipID.IsEmpty() &&
             m_known.insert(KeyOf(neighbour.globalClipID)).second) {
-            m_missing.Add({neighbour.clipName, neighbour.serialNo, neighbour.globalClipID});
+            m_missing.Add({neighbour.clipName, neighbour.serialNo, neighbour.globalClipID, before});
         }
     }
 
@@ -84,10 +85,10 @@ Take MakeTake(Group group) {
     take.topGlobalClipID = group.top;
     MissingSegments missing(group);
     for (const ClipRelation* const segment : group.segments) {
-        take.segments.Add(segment->clipName);
-        missing.Check(segment->top);
-        missing.Check(segment->previous);
-        missing.Check(segment->next);
+        const std::int64_t place = take.segments.Add(segment->clipName);
+        missing.Check(segment->top, 0);
+        missing.Check(segment->previous, place);
+        missing.Check(segment->next, place + 1);
     }
     take.missing = missing.Take();
     take.complete = take.missing.IsEmpty();

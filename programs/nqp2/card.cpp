@@ -14,7 +14,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
-#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -25,90 +24,20 @@ bool IsNamed(const fs::path& path, const wchar_t* name) {
     return TextFromBytes(path.filename().native()).CompareNoCase(name) == 0;
 }
 
-template <class Test>
-bool HoldsFolder(const fs::path& folder, Test isIt) {
-    std::error_code error;
-    const auto entries = fs::directory_iterator(folder, error);
-    return !error &&
-           std::any_of(begin(entries), end(entries), [&](const fs::directory_entry& entry) {
-               std::error_code ignored;
-               return isIt(entry.path()) && entry.is_directory(ignored);
-           });
-}
-
-/// What tells a kind of card.
-struct CardKind {
-    const char* name;
-    bool (*isTop)(const fs::path& folder);  ///< makes the folder above it a card
-    bool (*isPart)(const fs::path& folder); ///< is such a folder by its name alone
-};
-
-bool IsContents(const fs::path& path) {
-    return IsNamed(path, L"CONTENTS");
-}
-
-bool IsMediaFolder(const fs::path& path) {
-    return IsNamed(path, L"BDMV") || IsNamed(path, L"PANA_GRP");
-}
-
-bool IsMediaTop(const fs::path& path) {
-    return IsMediaFolder(path) || IsNamed(path, L"SONY") ||
-           (IsNamed(path, L"AVCHD") && HoldsFolder(path, IsMediaFolder));
-}
-
-constexpr CardKind kP2 = {"card", IsContents, IsContents};
-constexpr CardKind kMedia = {"AVCHD card", IsMediaTop, IsMediaFolder};
-
-/// The card that `folder` is a part of; empty when there is none.
-fs::path CardAbove(const CardKind& kind, const fs::path& folder) {
-    for (fs::path part = folder; part.has_relative_path(); part = part.parent_path()) {
-        if (kind.isPart(part)) {
-            return part.parent_path();
-        }
-    }
-    return {};
-}
-
-/// Cards directly below.
-std::vector<fs::path> CardsBelow(const CardKind& kind, const fs::path& folder) {
-    std::vector<fs::path> cards;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator(folder, error)) {
-        std::error_code ignored;
-        if (entry.is_directory(ignored) && HoldsFolder(entry.path(), kind.isTop)) {
-            cards.push_back(entry.path());
-        }
-    }
-    std::sort(cards.begin(), cards.end());
-    return cards;
-}
-
-/// Where the card is that was probably meant; empty when none is near.
-std::string Hint(const CardKind& kind, const fs::path& folder) {
-    std::error_code error;
-    const fs::path whole = fs::absolute(folder / "", error).lexically_normal().parent_path();
-    if (const fs::path above = CardAbove(kind, whole); !above.empty()) {
-        return fmt::format("the {} is the folder above: {}", kind.name, above.native());
-    }
-    const std::vector<fs::path> below = CardsBelow(kind, folder);
-    if (below.size() == 1) {
-        return fmt::format("the {} is one folder below: {}", kind.name, below.front().native());
-    }
-    return below.empty() ? ""
-                         : fmt::format("{} {}s lie one folder below, the first is {}", below.size(),
-                                       kind.name, below.front().native());
-}
+constexpr const wchar_t* kContents = L"CONTENTS";
 
 /// What to say of a folder that is no P2 card.
-std::string P2Hint(const fs::path& folder) {
-    std::string hint = Hint(kP2, folder);
-    if (hint.empty() && HoldsFolder(folder, IsMediaTop)) {
-        return "an AVCHD card or camera folder: nqp2 clips and nqp2 playlists read it";
+std::string P2Hint(const CString& root) {
+    constexpr const char* kReaders = "nqp2 clips and nqp2 playlists read it";
+    CardSearch search;
+    FindCard(root, search, kEveryCard & ~kP2Cards);
+    if (search.cards.GetSize() != 1) {
+        return "not a P2 card";
     }
-    if (hint.empty()) {
-        hint = Hint(kMedia, folder);
-    }
-    return hint.empty() ? "not a P2 card" : hint;
+    const FoundCard& card = search.cards[0];
+    return card.entered ? fmt::format("an AVCHD card or camera folder is at {}: {}",
+                                      Card(card).Folder(), kReaders)
+                        : fmt::format("an AVCHD card or camera folder: {}", kReaders);
 }
 
 [[noreturn]] void ThrowNoFolder(const std::string& folder, const fs::file_status& status) {
@@ -132,7 +61,7 @@ bool IsMappedDrive(const CString& text) {
     return hasForm && IsDriveMapped(text[0]);
 }
 
-Card::Card(const std::string& argument) {
+Card::Card(const std::string& argument) : m_argument(argument) {
     if (argument.empty()) {
         throw Failure("CARD", "is empty", "give a folder or a mapped drive", kUsage);
     }
@@ -143,12 +72,25 @@ Card::Card(const std::string& argument) {
     }
 }
 
+Card::Card(const FoundCard& found) {
+    Take(found);
+    m_argument = Folder();
+}
+
+void Card::Take(const FoundCard& found) {
+    m_found = found;
+    m_root = found.root;
+    if (found.entered) {
+        m_argument = Folder();
+    }
+}
+
 CString Card::DriveRoot() const {
     return m_root.Find(L':') < 0 ? m_root + L':' : m_root;
 }
 
 CString Card::ContentsRoot() const {
-    return DriveRoot() + L"\\CONTENTS";
+    return DriveRoot() + L"\\" + kContents;
 }
 
 std::string Card::Folder() const {
@@ -167,8 +109,18 @@ void Card::RequireFolder() const {
     }
 }
 
+bool Card::HoldsFolder(const wchar_t* name) const {
+    std::error_code error;
+    const auto entries = fs::directory_iterator(Folder(), error);
+    return !error &&
+           std::any_of(begin(entries), end(entries), [&](const fs::directory_entry& entry) {
+               std::error_code ignored;
+               return IsNamed(entry.path(), name) && entry.is_directory(ignored);
+           });
+}
+
 void Card::RequireContents() const {
-    if (!HoldsFolder(Folder(), IsContents)) {
+    if (!HoldsFolder(kContents)) {
         ThrowUnreadable();
     }
 }
@@ -184,17 +136,15 @@ void Card::RequireOpen() const {
 
 void Card::ThrowUnreadable() const {
     RequireOpen();
-    const std::string folder = Folder();
-    if (HoldsFolder(folder, IsContents)) {
-        throw Failure(folder, "cannot be read", "its CONTENTS folder does not open");
+    if (HoldsFolder(kContents)) {
+        throw Failure(Folder(), "cannot be read", "its CONTENTS folder does not open");
     }
-    throw Failure(folder, "no CONTENTS folder", P2Hint(folder));
+    throw Failure(Folder(), "no CONTENTS folder", P2Hint(m_root));
 }
 
 void Card::ThrowNoPlaylists() const {
     RequireOpen();
-    const std::string hint = Hint(kMedia, Folder());
-    throw Failure(Folder(), "no folder of playlists", hint.empty() ? "not an AVCHD card" : hint);
+    throw Failure(Folder(), "no folder of playlists", "not an AVCHD card");
 }
 
 } // namespace nqp2::tool

@@ -3,9 +3,11 @@
 
 #pragma once
 
+#include "NQP2ParserU/CardFinder.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/ReadyParser.h"
 
+#include <optional>
 #include <string>
 
 namespace nqp2::tool {
@@ -21,19 +23,27 @@ bool IsMappedDrive(const CString& text);
 class Card {
 public:
     explicit Card(const std::string& argument);
+    explicit Card(const FoundCard& found);
 
+    /// Makes it the card that its folder was found to be or to lead to.
+    void Take(const FoundCard& found);
+    /// What is known of it once it was found.
+    [[nodiscard]] const std::optional<FoundCard>& Found() const { return m_found; }
+    /// As the user would name it: what WorkerPath takes.
+    [[nodiscard]] const std::string& Argument() const { return m_argument; }
     /// As the library takes it.
     [[nodiscard]] const CString& Root() const { return m_root; }
     /// The card's CONTENTS folder in the place of a root.
     [[nodiscard]] CString ContentsRoot() const;
     /// The folder behind it.
     [[nodiscard]] std::string Folder() const;
+    /// Whether that holds a folder of a name, in any letter case.
+    [[nodiscard]] bool HoldsFolder(const wchar_t* name) const;
     /// Throws the failure to report unless there is a folder.
     void RequireFolder() const;
     /// Throws the failure to report unless the folder holds a CONTENTS folder.
     void RequireContents() const;
-    /// The failure to report when the library cannot read the card. Looks what is there and
-    /// names the card that was probably meant.
+    /// The failure to report when the library cannot read the card. Looks what is there.
     [[noreturn]] void ThrowUnreadable() const;
     /// The same for a card whose playlists are missing.
     [[noreturn]] void ThrowNoPlaylists() const;
@@ -44,7 +54,9 @@ private:
     /// The root with its drive part closed: a bare letter names the drive only with its colon.
     [[nodiscard]] CString DriveRoot() const;
 
+    std::string m_argument;
     CString m_root;
+    std::optional<FoundCard> m_found;
 };
 
 } // namespace nqp2::tool

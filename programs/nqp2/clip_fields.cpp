@@ -147,6 +147,14 @@ void PutClip(ValueSink& sink, const _tag_P2Clip& clip) {
     PutFields(sink, kClipFields, clip);
 }
 
+void PutClipOfCard(ValueSink& sink, const std::string& card, const _tag_P2Clip& clip) {
+    sink.BeginRecord();
+    sink.Name("Card");
+    sink.Put(std::string_view(card));
+    PutMembers(sink, kClipFields, clip);
+    sink.EndRecord();
+}
+
 eCodeType CodeTypeOf(const _tag_P2Clip& clip) {
     return CodeTypeFromCodec(clip.CodecName, clip.FrameRate, clip.AvcIntraClass50, clip.CodecClass);
 }

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <utility>
 
 namespace nqp2::tool {
 namespace {
@@ -82,9 +83,34 @@ void KeepOrder(ClipOrder& /*order*/) {}
 struct NamedOrder {
     const char* name;
     void (*sort)(ClipOrder& order);
+    bool isOfAll; ///< of the clips of all cards together
 };
 /// "none" is the order of the card's folder.
-constexpr NamedOrder kOrders[] = {{"date", SortByDate}, {"name", SortByName}, {"none", KeepOrder}};
+constexpr NamedOrder kOrders[] = {
+    {"date", SortByDate, true}, {"name", SortByName, false}, {"none", KeepOrder, false}};
+
+/// Appends a card's clips in the order of their folder.
+void Append(const CardScan& scan, ClipOrder& order) {
+    order.reserve(order.size() + static_cast<std::size_t>(scan.clips.GetSize()));
+    for (const Clip& clip : scan.clips) {
+        order.push_back(&clip);
+    }
+}
+
+ClipOrder CardByCard(const CardScans& scans, const NamedOrder& named) {
+    ClipOrder all;
+    for (const CardScan& scan : scans.cards) {
+        ClipOrder order;
+        Append(scan, order);
+        named.sort(order);
+        if (all.empty()) {
+            all = std::move(order);
+        } else {
+            all.insert(all.end(), order.begin(), order.end());
+        }
+    }
+    return all;
+}
 
 } // namespace
 
@@ -96,15 +122,18 @@ std::vector<std::string> ClipOrderNames() {
     return names;
 }
 
-ClipOrder OrderedClips(const CArray<_tag_P2Clip>& clips, const std::string& name) {
-    ClipOrder order;
-    order.reserve(static_cast<std::size_t>(clips.GetSize()));
-    for (const Clip& clip : clips) {
-        order.push_back(&clip);
+ClipOrder OrderedClips(const CardScans& scans, const std::string& name) {
+    const NamedOrder& named =
+        *std::find_if(std::begin(kOrders), std::end(kOrders),
+                      [&](const NamedOrder& candidate) { return candidate.name == name; });
+    if (!named.isOfAll) {
+        return CardByCard(scans, named);
     }
-    std::find_if(std::begin(kOrders), std::end(kOrders), [&](const NamedOrder& candidate) {
-        return candidate.name == name;
-    })->sort(order);
+    ClipOrder order;
+    for (const CardScan& scan : scans.cards) {
+        Append(scan, order);
+    }
+    named.sort(order);
     return order;
 }
 

@@ -3,21 +3,19 @@
 
 #pragma once
 
-#include "NQP2ParserU/CArray.h"
-#include "NQP2ParserU/P2Clip.h"
+#include "nqp2/card_scan.h"
+#include "nqp2/clip_table.h"
 
 #include <string>
 #include <vector>
 
 namespace nqp2::tool {
 
-/// Clips in the order in which they are shown; the records belong to the caller.
-using ClipOrder = std::vector<const _tag_P2Clip*>;
-
 /// The orders that there are: by name, by date, none.
 std::vector<std::string> ClipOrderNames();
 
-/// The clips in the order of that name.
-ClipOrder OrderedClips(const CArray<_tag_P2Clip>& clips, const std::string& name);
+/// The clips of all cards in the order of that name: by date those of all together, else card by
+/// card.
+ClipOrder OrderedClips(const CardScans& scans, const std::string& name);
 
 } // namespace nqp2::tool

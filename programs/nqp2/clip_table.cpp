@@ -59,7 +59,7 @@ using Clip = _tag_P2Clip;
 
 struct ClipColumn {
     Column column;
-    std::string (*cell)(const Clip&);
+    CardOfClip cell;
 };
 
 template <auto Member>
@@ -108,14 +108,12 @@ std::string Marks(const Clip& clip) {
     return marks;
 }
 
-const ClipColumn kTitleColumn = {{"TITLE", Align::Left, 8}, OwnTitle};
-
 /// What matters most comes first: a narrow terminal cuts the end off.
-std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips) {
+std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips, const CardOfClip& card) {
     std::vector<ClipColumn> columns = {
         {{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>},
         {{"START", Align::Left, 17}, Start},
-        {{"LENGTH", Align::Right, 0}, LengthText},
+        {{"LENGTH", Align::Right, 0}, [](const Clip& clip) { return LengthText(clip); }},
         {{"CODEC", Align::Left, 12}, CodecAndClass},
         {{"RATE", Align::Left, 0}, Text<&Clip::FrameRate>},
         {{"MARK", Align::Left, 0}, Marks},
@@ -124,7 +122,10 @@ std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips) {
     };
     const auto titled = [](const Clip* clip) { return !OwnTitle(*clip).empty(); };
     if (std::any_of(clips.begin(), clips.end(), titled)) {
-        columns.insert(columns.begin() + 1, kTitleColumn);
+        columns.insert(columns.begin() + 1, {{"TITLE", Align::Left, 8}, OwnTitle});
+    }
+    if (card) {
+        columns.insert(columns.begin(), {{"CARD", Align::Left, 12}, card});
     }
     return columns;
 }
@@ -140,8 +141,8 @@ std::string Summary(const ClipOrder& clips) {
 
 } // namespace
 
-void PrintClipTable(Console& console, const ClipOrder& clips) {
-    const std::vector<ClipColumn> columns = ColumnsFor(clips);
+void PrintClipTable(Console& console, const ClipOrder& clips, const CardOfClip& card) {
+    const std::vector<ClipColumn> columns = ColumnsFor(clips, card);
     std::vector<Column> heads;
     for (const ClipColumn& column : columns) {
         heads.push_back(column.column);

@@ -122,7 +122,11 @@ Option Command::Flag(const std::string& name, bool& value, const std::string& de
 }
 
 Option Command::CardArgument(std::string& card) const {
-    return Argument("CARD", card, "The card: a folder or a mapped drive");
+    return Argument("CARD", card, "The card: its folder, one that leads to it, or a mapped drive");
+}
+
+void Command::CardArguments(std::vector<std::string>& cards) const {
+    Argument("CARD", cards, "Cards: their folders, ones that lead to them, or mapped drives");
 }
 
 void Command::ClipArguments(std::vector<std::string>& clips) const {

@@ -74,8 +74,10 @@ public:
                           const std::string& placeholder, const std::string& description) const;
     Option Flag(const std::string& name, bool& value, const std::string& description) const;
 
-    /// What several commands have, the same for all: the arguments CARD, and CLIP once or more,
+    /// What several commands have, the same for all: the arguments CARD, that once or more, and
+    /// CLIP once or more,
     Option CardArgument(std::string& card) const;
+    void CardArguments(std::vector<std::string>& cards) const;
     void ClipArguments(std::vector<std::string>& clips) const;
     /// --json, and --csv, with words for what they print,
     void JsonFlag(bool& json) const;

@@ -6,10 +6,11 @@
 #include "nqp2/card.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -69,22 +70,54 @@ std::string MissingText(const MissingSegment& segment) {
                : fmt::format("{} on card {}", text, BytesFromText(segment.serialNo));
 }
 
-std::string TakeLine(const Take& take) {
-    std::string line = "take ";
-    const char* separator = "";
-    for (const CString& segment : take.segments) {
-        line += separator + BytesFromText(segment);
-        separator = " + ";
-    }
-    if (take.complete) {
+/// "A + B: incomplete, missing C on card D", from the segments that are there.
+std::string TakeLine(const std::vector<std::string>& segments, bool complete,
+                     const CArray<MissingSegment>& missing) {
+    std::string line = fmt::format("take {}", fmt::join(segments, " + "));
+    if (complete) {
         return line + ": complete";
     }
-    separator = ": incomplete, missing ";
-    for (const MissingSegment& segment : take.missing) {
+    const char* separator = ": incomplete, missing ";
+    for (const MissingSegment& segment : missing) {
         line += separator + MissingText(segment);
         separator = ", ";
     }
-    return take.missing.IsEmpty() ? line + ": incomplete" : line;
+    return missing.IsEmpty() ? line + ": incomplete" : line;
+}
+
+std::string TakeLine(const Take& take) {
+    std::vector<std::string> segments;
+    for (const CString& segment : take.segments) {
+        segments.push_back(BytesFromText(segment));
+    }
+    return TakeLine(segments, take.complete, take.missing);
+}
+
+/// Copies of a segment are told as its other cards.
+std::string TakeLine(const JoinedTake& take, const std::vector<CardScan>& cards) {
+    std::vector<std::string> segments;
+    for (std::int64_t i = 0; i < take.segments.GetSize(); ++i) {
+        const TakeSegment& segment = take.segments[i];
+        const std::string& card = cards[static_cast<std::size_t>(segment.card)].label;
+        if (i > 0 && take.segments[i - 1].place == segment.place) {
+            segments.back() += " and " + card;
+        } else {
+            segments.push_back(fmt::format("{} on {}", BytesFromText(segment.clipName), card));
+        }
+    }
+    return TakeLine(segments, take.complete, take.missing);
+}
+
+/// Whether the file is among the clips all the same.
+bool IsListed(const SkippedFile& file) {
+    return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName;
+}
+
+void TellSkipped(const CArray<SkippedFile>& skipped, const TellLine& tell) {
+    for (const SkippedFile& file : skipped) {
+        tell(fmt::format("{} {}: {}", IsListed(file) ? "remark" : "skipped", PositionText(file),
+                         ReasonText(file)));
+    }
 }
 
 } // namespace
@@ -116,20 +149,27 @@ Value TakesValue(const ScanReport& report) {
                       [](ValueSink& sink, const Take& take) { Put(sink, TakeRecord(take)); });
 }
 
-/// Whether the file is among the clips all the same.
-bool IsListed(const SkippedFile& file) {
-    return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName;
-}
-
-void ForEachReportLine(const ScanReport& report,
-                       const std::function<void(const std::string& line)>& tell) {
-    for (const SkippedFile& file : report.skipped) {
-        tell(fmt::format("{} {}: {}", IsListed(file) ? "remark" : "skipped", PositionText(file),
-                         ReasonText(file)));
-    }
+void ForEachReportLine(const ScanReport& report, const TellLine& tell) {
+    TellSkipped(report.skipped, tell);
     for (const Take& take : report.takes) {
         tell(TakeLine(take));
     }
+}
+
+void ForEachReportLine(const CardScans& scans, const TellLine& tell) {
+    TellSkipped(scans.skipped, tell);
+    for (const CardScan& scan : scans.cards) {
+        TellSkipped(scan.report.skipped, tell);
+    }
+    for (const JoinedTake& take : scans.Takes()) {
+        tell(TakeLine(take, scans.cards));
+    }
+}
+
+std::int64_t CountOfLosses(const CArray<SkippedFile>& skipped) {
+    return std::count_if(skipped.begin(), skipped.end(), [](const SkippedFile& file) {
+        return file.reason != SkipReason::Companion;
+    });
 }
 
 Status TellLosses(Console& console, const ScanReport& report, bool strict) {

@@ -3,10 +3,12 @@
 
 #pragma once
 
+#include "nqp2/card_scan.h"
 #include "nqp2/console.h"
 #include "nqp2/value.h"
 #include "NQP2ParserU/ScanReport.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -16,10 +18,17 @@ namespace nqp2::tool {
 Value SkippedValue(const ScanReport& report);
 Value TakesValue(const ScanReport& report);
 
+/// Takes a line of a report.
+using TellLine = std::function<void(const std::string& line)>;
+
 /// Tells the report in sentences, one line for each skipped file and each take; no lines when there
 /// is nothing to tell.
-void ForEachReportLine(const ScanReport& report,
-                       const std::function<void(const std::string& line)>& tell);
+void ForEachReportLine(const ScanReport& report, const TellLine& tell);
+/// The same of several cards, with their takes joined; the segments of a take with their cards.
+void ForEachReportLine(const CardScans& scans, const TellLine& tell);
+
+/// How many files were skipped or are incomplete; companion files are no loss.
+std::int64_t CountOfLosses(const CArray<SkippedFile>& skipped);
 
 /// "PATH:LINE:COLUMN", the position only where there is one.
 std::string PositionText(const SkippedFile& file);

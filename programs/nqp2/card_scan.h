@@ -1,0 +1,55 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "nqp2/card.h"
+#include "nqp2/console.h"
+#include "NQP2ParserU/CardFinder.h"
+#include "NQP2ParserU/CArray.h"
+#include "NQP2ParserU/JoinedTakes.h"
+#include "NQP2ParserU/P2Clip.h"
+#include "NQP2ParserU/ScanReport.h"
+
+#include <string>
+#include <vector>
+
+namespace nqp2::tool {
+
+/// The cards to scan, as the user names them, and how.
+struct ScanOptions {
+    std::vector<std::string> cards;
+    bool recursive = false; ///< every card in and below these folders
+    bool keepDigit = false;
+    std::string worker;
+
+    /// Whether what comes out is a list of cards, whatever their number.
+    [[nodiscard]] bool AreSeveral() const { return recursive || cards.size() > 1; }
+};
+
+/// A card as it was scanned.
+struct CardScan {
+    Card card;
+    CardKind kind = CardKind::P2;
+    CArray<_tag_P2Clip> clips;
+    ScanReport report;
+    /// What tells it from the other cards: its serial number where it alone has that, else its
+    /// folder.
+    std::string label;
+};
+
+/// All cards that were asked for, each once.
+struct CardScans {
+    std::vector<CardScan> cards;
+    CArray<SkippedFile> skipped; ///< folders that were not searched, cards that do not open
+
+    /// The card of a clip of theirs.
+    [[nodiscard]] const CardScan& CardOf(const _tag_P2Clip& clip) const;
+    /// The takes of all cards; a segment's card counts as in `cards`.
+    [[nodiscard]] CArray<JoinedTake> Takes() const;
+};
+
+/// Scans cards. Throws the failure to report for one that cannot be read; a search goes on.
+CardScans ScanCards(Console& console, const ScanOptions& options);
+
+} // namespace nqp2::tool
