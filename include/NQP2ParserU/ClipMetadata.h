@@ -3,132 +3,22 @@
 
 #pragma once
 
-#include "NQP2ParserU/CArray.h"
+#include "NQP2ParserU/ClipMetadataRecords.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Export.h"
 #include "NQP2ParserU/P2Clip.h"
 
-#include <cstdint>
 #include <memory>
 
 namespace nqp2 {
-
-// Texts stand as in the file, "" where it has none. Dates carry their time zone; coordinates are
-// decimal degrees and metres as the camera wrote them.
-
-struct AccessMetadata {
-    CString creator;
-    CString creationDate;
-    CString lastUpdateDate;
-    CString lastUpdatePerson;
-};
-
-struct DeviceMetadata {
-    CString manufacturer;
-    CString modelName;
-    CString serialNo;
-};
-
-struct ShootMetadata {
-    CString shooter;
-    CString startDate;
-    CString endDate;
-};
-
-struct PlaceMetadata {
-    CString name;
-    CString longitude;
-    CString latitude;
-    CString altitude;
-    CString source; ///< who told the position
-};
-
-struct ScenarioMetadata {
-    CString programName;
-    CString sceneNo;
-    CString takeNo;
-};
-
-struct NewsMetadata {
-    CString reporter;
-    CString purpose;
-    CString object;
-};
-
-/// A text memo, or a mark or chapter of an AVCHD playlist.
-struct MemoMetadata {
-    std::int32_t offset = 0; ///< frames from the clip's start
-    CString person;
-    CString text;
-    CString voicePath;   ///< interface path of its voice recording
-    CString picturePath; ///< interface path of its picture
-};
-
-/// A segment of a take, as a clip's metadata name it.
-struct SegmentReference {
-    CString clipName;
-    CString globalClipID;
-    CString serialNo; ///< of the card that holds it
-};
-
-struct RelationMetadata {
-    CString offsetInShot; ///< frames
-    CString globalShotID;
-    SegmentReference top;
-    SegmentReference previous;
-    SegmentReference next;
-};
-
-struct ThumbnailMetadata {
-    CString frameOffset;
-    CString format;
-    CString width;
-    CString height;
-};
-
-/// A stream of sound or picture, as files tell of it that describe their streams one by one.
-struct TrackMetadata {
-    CString kind;  ///< "video", "audio", "subtitle"
-    CString codec; ///< as the field's standard calls it: "AC-3"
-    CString language;
-    CString format; ///< raster or channels, and rate
-};
-
-/// A text of the file that has no member of its own.
-struct MetadataText {
-    /// Names from the file's root, without prefixes, with "/" between them; "@" before an attribute's
-    /// name; "[2]" behind a name for the second of its kind in its parent, and so on.
-    CString path;
-    CString text;
-};
-
-/// Everything that a clip's own files tell beside its record.
-struct ClipMetadata {
-    AccessMetadata access;
-    DeviceMetadata device;
-    ShootMetadata shoot;
-    PlaceMetadata place;
-    ScenarioMetadata scenario;
-    NewsMetadata news;
-    CArray<MemoMetadata> memos;
-    RelationMetadata relation;
-    ThumbnailMetadata thumbnail;
-    CArray<TrackMetadata> tracks;
-    CArray<MetadataText> others;
-    bool isCut = false; ///< there was more than is kept
-};
-
-enum class MetadataStatus : std::int32_t {
-    Read,
-    NoFile,     ///< the clip has no file that could tell
-    Unreadable, ///< cannot be opened, read or understood
-};
 
 /// Reads the metadata of one clip after the other. What lies beside many clips, such as the
 /// playlists of an AVCHD card, is read once. Not for several threads at a time.
 class NQP2_API ClipMetadataReader {
 public:
-    ClipMetadataReader();
+    /// `root` is the card's, as a scan takes it. Without one an AVCHD clip whose stream is missing
+    /// has no file that could tell.
+    explicit ClipMetadataReader(const CString& root = {}) noexcept;
     ~ClipMetadataReader();
     ClipMetadataReader(const ClipMetadataReader&) = delete;
     ClipMetadataReader& operator=(const ClipMetadataReader&) = delete;
@@ -139,7 +29,7 @@ public:
 
 private:
     struct State;
-    std::unique_ptr<State> m_state;
+    std::unique_ptr<State> m_state; ///< null when there was no memory for it
 };
 
 } // namespace nqp2

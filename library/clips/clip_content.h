@@ -3,6 +3,10 @@
 
 #pragma once
 
+#include "media/card_layout.h"
+#include "xml/dom/field_reader.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -16,14 +20,22 @@ namespace nqp2::clips {
 
 /// A file of picture or sound that a clip's metadata tell of.
 struct ClipEssence {
-    const char* folder; ///< as in the kind of file
-    std::string suffix; ///< what follows the clip's name: "00.MXF"
-    std::uint64_t size =
-        1; ///< it has so many bytes or more: where its essence ends, if that is told
+    const media::ClipFileKind* kind;
+    std::size_t number = 0; ///< of the audio channel
+    /// It has so many bytes or more: where its essence ends, if that is told.
+    std::uint64_t size = 1;
+
+    [[nodiscard]] const char* Folder() const { return kind->folder.Bytes(); }
+    /// What follows the clip's name: "00.MXF".
+    [[nodiscard]] std::string Suffix() const { return media::SuffixOf(*kind, number); }
 };
 
 /// The essence of the clip whose metadata the document holds: the video, with the sound in it for
 /// the families that keep both in one file, else a file for each audio channel as well.
 std::vector<ClipEssence> EssenceOf(const dom::Document& metadata);
+
+/// The same by the values that are asked for here.
+const dom::FieldSet& EssenceFields();
+std::vector<ClipEssence> EssenceOf(const dom::FieldValues& values);
 
 } // namespace nqp2::clips

@@ -30,19 +30,6 @@ CString TextAt(CMarkupMSXML& reader, ClipPath path) {
     return reader.GetNodeText(media::FullPathText(path), kIgnoreMissing);
 }
 
-/// The contents folder above a clip file: the path without its last two components.
-CString ContentsAbove(const CString& xmlPath) {
-    const CString folder = xmlPath.Left(xmlPath.ReverseFind(L'\\'));
-    return folder.Left(folder.ReverseFind(L'\\') + 1);
-}
-
-/// The file's name without its extension.
-CString TitleOf(const CString& path) {
-    const CString name = path.Mid(path.ReverseFind(L'\\') + 1);
-    const int dot = name.ReverseFind(L'.');
-    return dot < 0 ? name : name.Left(dot);
-}
-
 eP2_VIDEO_STANDARD StandardOf(const CString& frameRate) {
     return StandardFromRateIndex(RateIndexFromText(frameRate));
 }
@@ -69,12 +56,12 @@ __int64 LoadNamedClip(const CString& root, const CString& clipName, CardReader& 
 }
 
 bool LoadClipFile(const CString& path, CardReader& reader, _tag_P2Clip& clip) {
-    const platform::Place contents = reader.Contents(ContentsAbove(path));
+    const platform::Place contents = reader.Contents(media::ContentsAbove(path));
     if (!reader.LoadClip(path)) {
         return false;
     }
     TextPool pool;
-    clip.ClipName = TitleOf(path);
+    clip.ClipName = media::TitleOf(path);
     clip.XmlPath = path;
     EssenceLookup essence(contents, EssenceLookup::Mode::OneClip);
     ReadScannedClip(ClipTexts(*reader.GetDocumentPtr(), pool), essence, clip);

@@ -9,6 +9,25 @@
 #include <algorithm>
 
 namespace nqp2::media {
+namespace {
+
+template <class Char>
+std::basic_string_view<Char> ClipNamePart(std::basic_string_view<Char> file,
+                                          std::basic_string_view<Char> extension,
+                                          std::size_t digits) {
+    const std::size_t dot = file.find_last_of(Char{'.'});
+    if (file.starts_with(Char{'.'}) || dot == file.npos || dot <= digits ||
+        (!extension.empty() && file.substr(dot) != extension)) {
+        return {};
+    }
+    const std::size_t end = dot - digits;
+    const std::basic_string_view<Char> number = file.substr(end, digits);
+    return std::all_of(number.begin(), number.end(), platform::IsDigit<Char>)
+               ? file.substr(0, end)
+               : std::basic_string_view<Char>();
+}
+
+} // namespace
 
 std::string SuffixOf(const ClipFileKind& kind, std::size_t number) {
     std::string suffix;
@@ -27,17 +46,11 @@ CString FileNameOf(const ClipFileKind& kind, const CString& clip, std::size_t nu
 }
 
 std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileKind& kind) {
-    const std::wstring_view extension = kind.extension.Text();
-    const std::size_t dot = file.find_last_of(L'.');
-    if (file.starts_with(L'.') || dot == std::wstring_view::npos || dot <= kind.digits ||
-        (!extension.empty() && file.substr(dot) != extension)) {
-        return {};
-    }
-    const std::size_t end = dot - kind.digits;
-    const std::wstring_view number = file.substr(end, kind.digits);
-    return std::all_of(number.begin(), number.end(), platform::IsDigit<wchar_t>)
-               ? file.substr(0, end)
-               : std::wstring_view();
+    return ClipNamePart(file, std::wstring_view(kind.extension.Text()), kind.digits);
+}
+
+std::string_view ClipNameIn(std::string_view file, const ClipFileKind& kind) {
+    return ClipNamePart(file, std::string_view(kind.extension.Bytes()), kind.digits);
 }
 
 CString WithDrive(const CString& root) {
@@ -46,6 +59,17 @@ CString WithDrive(const CString& root) {
 
 CString ContentsFolder(const CString& root) {
     return WithDrive(root) + kContents.BelowDrive();
+}
+
+CString ContentsAbove(const CString& path) {
+    const CString folder = path.Left(path.ReverseFind(L'\\'));
+    return folder.Left(folder.ReverseFind(L'\\') + 1);
+}
+
+CString TitleOf(const CString& path) {
+    const CString name = path.Mid(path.ReverseFind(L'\\') + 1);
+    const int dot = name.ReverseFind(L'.');
+    return dot < 0 ? name : name.Left(dot);
 }
 
 bool IsPlainName(const CString& name) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "NQP2ParserU/ClipFileRecords.h"
 #include "NQP2ParserU/CString.h"
 
 #include <array>
@@ -59,17 +60,18 @@ struct ClipFileKind {
     ClipPart part;
     std::size_t digits;
     CardName extension; ///< in upper case; "": any
+    ClipFileRole role;
 };
 
 /// Each folder that holds files of clips; the metadata's is the last, for without it no clip shows.
 inline constexpr std::array<ClipFileKind, 7> kClipFileKinds = {{
-    {"VIDEO", ClipPart::Video, 0, ".MXF"},
-    {"AVCLIP", ClipPart::Video, 0, ".MXF"},
-    {"AUDIO", ClipPart::Audio, 2, ".MXF"},
-    {"ICON", ClipPart::Other, 0, ".BMP"},
-    {"PROXY", ClipPart::Other, 0, ""},
-    {"VOICE", ClipPart::Other, 2, ""},
-    {"CLIP", ClipPart::Metadata, 0, ".XML"},
+    {"VIDEO", ClipPart::Video, 0, ".MXF", ClipFileRole::Video},
+    {"AVCLIP", ClipPart::Video, 0, ".MXF", ClipFileRole::Video},
+    {"AUDIO", ClipPart::Audio, 2, ".MXF", ClipFileRole::Audio},
+    {"ICON", ClipPart::Other, 0, ".BMP", ClipFileRole::Icon},
+    {"PROXY", ClipPart::Other, 0, "", ClipFileRole::Proxy},
+    {"VOICE", ClipPart::Other, 2, "", ClipFileRole::Voice},
+    {"CLIP", ClipPart::Metadata, 0, ".XML", ClipFileRole::Metadata},
 }};
 inline constexpr const ClipFileKind& kVideoFiles = kClipFileKinds[0];
 inline constexpr const ClipFileKind& kOneFileEssence = kClipFileKinds[1]; ///< picture and sound
@@ -89,6 +91,7 @@ CString FileNameOf(const ClipFileKind& kind, const CString& clip, std::size_t nu
 /// The inverse: the clip's name in a file name in upper case. Empty when the name is not of that
 /// kind.
 std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileKind& kind);
+std::string_view ClipNameIn(std::string_view file, const ClipFileKind& kind);
 
 /// Edit lists lie below a card's root, where hosts look for them, or where the cards keep them.
 inline constexpr CardName kEditLists = "EDITLIST";
@@ -137,6 +140,11 @@ CString WithDrive(const CString& root);
 
 /// root + "\CONTENTS\".
 CString ContentsFolder(const CString& root);
+
+/// The contents folder above a clip's file: its interface path without the last two components.
+CString ContentsAbove(const CString& path);
+/// The name of the file at an interface path without its extension.
+CString TitleOf(const CString& path);
 
 /// Of every file system that holds a card or its copy.
 inline constexpr std::size_t kLongestFileName = 255;

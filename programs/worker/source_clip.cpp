@@ -31,16 +31,16 @@ std::string Fault(const clips::ClipEssence& wanted, const SourceFile* file) {
 
 std::string PathOf(const std::string& contents, const CString& clip,
                    const clips::ClipEssence& wanted) {
-    const std::string name = platform::NameBytesFromText(clip.View()) + wanted.suffix;
-    return PathIn(PathIn(contents, wanted.folder), name);
+    const std::string name = platform::NameBytesFromText(clip.View()) + wanted.Suffix();
+    return PathIn(PathIn(contents, wanted.Folder()), name);
 }
 
 void CheckEssence(const std::string& contents, SourceClip& clip) {
     for (const clips::ClipEssence& wanted : clip.facts.essence) {
         const auto file =
             std::find_if(clip.files.begin(), clip.files.end(), [&](const SourceFile& each) {
-                return each.folder == wanted.folder &&
-                       platform::FoldNameCase(each.suffix) == wanted.suffix;
+                return each.folder == wanted.Folder() &&
+                       platform::FoldNameCase(each.suffix) == wanted.Suffix();
             });
         const bool isThere = file != clip.files.end();
         const std::string fault = Fault(wanted, isThere ? &*file : nullptr);

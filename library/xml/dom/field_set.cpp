@@ -49,7 +49,7 @@ FieldSet::FieldSet(std::string_view base, std::span<const ValuePath> values,
         list.index = i;
         m_cellCounts.push_back(lists[i].cells.size());
         for (std::size_t k = 0; k < lists[i].cells.size(); ++k) {
-            Name& cell = Step(list, lists[i].cells[k]);
+            Name& cell = Walk(list, lists[i].cells[k]);
             cell.role = Role::Cell;
             cell.index = k;
             cell.list = i;

@@ -20,7 +20,7 @@ public:
     };
     struct ListPath {
         std::string_view below;
-        std::span<const std::string_view> cells; ///< names of child elements
+        std::span<const std::string_view> cells; ///< paths below each element
     };
     /// `base` is "//Root/Content", as for PathSet::FindBehind. The texts must outlive this object.
     FieldSet(std::string_view base, std::span<const ValuePath> values,

@@ -1,0 +1,124 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "clips/text_places.h"
+
+#include "platform/unicode.h"
+
+#include <functional>
+#include <vector>
+
+namespace nqp2::clips {
+namespace {
+
+/// What is kept from one document to the next; a card's clips have some hundred places.
+constexpr std::size_t kMostKeptBytes = std::size_t{1} << 20U;
+
+/// Of a kind beside its name: itself, and its entry among those that were found.
+constexpr std::size_t kKindBytes = sizeof(TextPlace::Kind) + 64;
+
+constexpr std::size_t kTextBytes = 32; ///< that a text takes beside its characters
+
+} // namespace
+
+std::size_t TextPlaces::Hash::operator()(const Key& key) const {
+    const std::size_t place = std::hash<const void*>{}(key.parent);
+    return std::hash<std::string_view>{}(key.name) ^ (place * 31 + (key.isAttribute ? 1U : 0U));
+}
+
+void TextPlaces::Begin() {
+    if (m_bytes > kMostKeptBytes) {
+        m_found.clear();
+        m_kinds.clear();
+        m_places.clear();
+        m_bytes = 0;
+    }
+    ++m_document;
+    m_last = nullptr;
+}
+
+TextPlace& TextPlaces::Next(TextPlace* parent, std::string_view name, bool isAttribute) {
+    const auto isNext = [&](const TextPlace& place) {
+        const TextPlace::Kind& kind = *place.kind;
+        const std::uint32_t before = kind.document == m_document ? kind.last->number : 0;
+        return place.parent == parent && kind.isAttribute == isAttribute && kind.name == name &&
+               place.number == before + 1;
+    };
+    TextPlace* place = m_last != nullptr ? m_last->follower : nullptr;
+    if (place == nullptr || !isNext(*place)) {
+        TextPlace::Kind& kind = KindOf({parent, name, isAttribute});
+        TextPlace* const before = kind.document == m_document ? kind.last : nullptr;
+        place = before != nullptr ? before->nextOfKind : kind.first;
+        if (place == nullptr) {
+            place = &Append(kind, parent, before);
+        }
+        if (m_last != nullptr) {
+            m_last->follower = place;
+        }
+    }
+    place->kind->last = place;
+    place->kind->document = m_document;
+    m_last = place;
+    return *place;
+}
+
+TextPlace::Kind& TextPlaces::KindOf(const Key& key) {
+    const auto found = m_found.find(key);
+    if (found != m_found.end()) {
+        return *found->second;
+    }
+    TextPlace::Kind& kind = m_kinds.emplace_back();
+    kind.name = key.name;
+    kind.isAttribute = key.isAttribute;
+    m_found.emplace(Key{key.parent, kind.name, key.isAttribute}, &kind);
+    m_bytes += kKindBytes + kind.name.size();
+    return kind;
+}
+
+TextPlace& TextPlaces::Append(TextPlace::Kind& kind, TextPlace* parent, TextPlace* before) {
+    const std::uint32_t number = before != nullptr ? before->number + 1 : 1;
+    TextPlace& place =
+        m_places.emplace_back(TextPlace{&kind, parent, number, FieldOf(kind, parent, number), {}});
+    (before != nullptr ? before->nextOfKind : kind.first) = &place;
+    m_bytes += sizeof(TextPlace);
+    return place;
+}
+
+/// Of elements that should be there once the first counts.
+const dom::FieldSet::Name* TextPlaces::FieldOf(const TextPlace::Kind& kind, const TextPlace* parent,
+                                               std::uint32_t number) const {
+    if (kind.isAttribute) {
+        return nullptr;
+    }
+    if (parent == nullptr) {
+        return &m_fields.Top().below.front();
+    }
+    const dom::FieldSet::Name* const field =
+        parent->field != nullptr ? parent->field->Below(kind.name) : nullptr;
+    const bool counts =
+        field != nullptr && (number == 1 || field->role == dom::FieldSet::Role::List);
+    return counts ? field : nullptr;
+}
+
+const CString& TextPlaces::PathOf(TextPlace& place) {
+    if (place.path.IsEmpty()) {
+        std::vector<const TextPlace*> way;
+        for (const TextPlace* each = &place; each != nullptr; each = each->parent) {
+            way.push_back(each);
+        }
+        m_scratch.clear();
+        for (auto step = way.rbegin(); step != way.rend(); ++step) {
+            m_scratch += m_scratch.empty() ? "" : "/";
+            m_scratch += (*step)->kind->isAttribute ? "@" : "";
+            m_scratch += (*step)->kind->name;
+            if ((*step)->number > 1) {
+                m_scratch += '[' + std::to_string((*step)->number) + ']';
+            }
+        }
+        place.path = platform::TextFromUtf8(m_scratch);
+        m_bytes += kTextBytes + m_scratch.size() * sizeof(wchar_t);
+    }
+    return place.path;
+}
+
+} // namespace nqp2::clips

@@ -1,0 +1,45 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "xml/dom/document.h"
+#include "xml/dom/parse_error.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace nqp2::dom {
+
+/// Told of what a document holds, in its order. Names come without prefixes, texts live until the
+/// document's end. Comments, instructions and declarations are not told.
+class DocumentEvents {
+public:
+    virtual ~DocumentEvents() = default;
+    /// A document of that size begins, perhaps anew: what was told before does not count.
+    virtual void Begin(std::uint64_t bytes) = 0;
+    virtual void Open(std::string_view name) = 0;
+    /// Of the element that was opened last, before anything in it.
+    virtual void Attribute(std::string_view name, std::string_view value) = 0;
+    /// A piece of the text, which may come in several.
+    virtual void Characters(std::string_view text) = 0;
+    virtual void Close() = 0;
+};
+
+/// Goes through documents from beginning to end. Plain ones, see quick_tokenizer.h, cost no tree.
+class DocumentWalker {
+public:
+    /// Of a file by its POSIX path. Its memory is used again for the next one. What `events`
+    /// throws ends the walk.
+    ParseError Walk(const std::string& path, DocumentEvents& events);
+
+private:
+    ParseError WalkTree(const std::string& path, std::uint64_t bytes, DocumentEvents& events);
+
+    std::string m_bytes;
+    Document m_document{SelectionRule::Names::Qualified}; ///< for what is not plain
+};
+
+} // namespace nqp2::dom
