@@ -10,7 +10,7 @@ from pathlib import Path
 
 sys.dont_write_bytecode = True  # no litter beside the sources
 
-from card import avchd, bulk, demo
+from card import avchd, bulk, camera, demo
 from card.media import CardError, CardWriter, FolderWriter
 
 ESSENCE_SIZE = 512
@@ -38,13 +38,13 @@ def _arguments() -> argparse.Namespace:
                         help="with --clips: about how large each metadata file is, "
                              f"{bulk.SIZE_MIN} to {bulk.SIZE_MAX} (default: mixed)")
     parser.add_argument("--essence-size", type=_number(0, 1 << 30), metavar="BYTES",
-                        help="size of each placeholder for media, which the metadata tells "
-                             f"(default: {ESSENCE_SIZE}; with --clips files without content)")
+                        help="with --clips: size of each media file, which has no content "
+                             f"(default: {ESSENCE_SIZE})")
     parser.add_argument("--force", action="store_true",
                         help="replace what is in the folder if this script made it")
     arguments = parser.parse_args()
-    if arguments.size and not arguments.clips:
-        parser.error("--size goes with --clips")
+    if (arguments.size or arguments.essence_size is not None) and not arguments.clips:
+        parser.error("--size and --essence-size go with --clips")
     if arguments.kind != "p2" and (arguments.size or arguments.essence_size is not None):
         parser.error("--size and --essence-size go with P2 cards")
     if arguments.kind == "camera" and arguments.clips:
@@ -61,13 +61,13 @@ def _make_p2(arguments: argparse.Namespace) -> None:
     if arguments.clips:
         bulk.make(card, arguments.clips, arguments.size, arguments.essence_size)
     else:
-        demo.make(card, arguments.essence_size)
+        demo.make(card)
 
 
 def _make_other(arguments: argparse.Namespace) -> None:
     folder = FolderWriter(arguments.out, arguments.force)
     if arguments.kind == "camera":
-        avchd.make_camera_folder(folder)
+        camera.make(folder)
     elif arguments.clips:
         avchd.make_bulk(folder, arguments.clips)
     else:

@@ -1,13 +1,15 @@
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Encodes small, real streams as AVCHD cameras write them: one flat picture in H.264 (ITU-T H.264)
-that lasts for all frames, silent linear sound beside it, in a transport stream (ISO/IEC 13818-1)
-whose packets carry their arrival time in front."""
+"""Streams as AVCHD cameras write them: coded pictures and sound in a transport stream (ISO/IEC
+13818-1) whose packets carry their arrival time in front. Encodes the simplest by itself: one flat
+picture in H.264 (ITU-T H.264) that lasts for all frames, and silence."""
 
+import itertools
+import re
 import struct
 from dataclasses import dataclass
 from fractions import Fraction
-from typing import Iterator
+from typing import Iterable, Iterator
 
 VIDEO_PID, AUDIO_PID, CLOCK_PID, MAP_PID = 0x1011, 0x1100, 0x1001, 0x100
 FIRST_TICK = 38700  # of the first picture, 45 kHz
@@ -175,10 +177,10 @@ def _table(kind: int, number: int, body: bytes) -> bytes:
     return b"\0" + head + body + _check_sum(head + body)
 
 
-def _tables(has_audio: bool) -> tuple[bytes, bytes]:
+def _tables(sound: "Sound | None") -> tuple[bytes, bytes]:
     streams = struct.pack(">BHH", 0x1B, 0xE000 | VIDEO_PID, 0xF000)
-    if has_audio:
-        streams += struct.pack(">BHH", 0x80, 0xE000 | AUDIO_PID, 0xF000)
+    if sound:
+        streams += struct.pack(">BHH", sound.coding, 0xE000 | AUDIO_PID, 0xF000)
     registered = b"\x05\x04HDMV"
     program = struct.pack(">HH", 0xE000 | CLOCK_PID, 0xF000 | len(registered))
     return (_table(0, 1, struct.pack(">HH", 1, 0xE000 | MAP_PID)),
@@ -227,26 +229,59 @@ class _Multiplex:
         self._packets += 1
 
 
-_SOUND_SAMPLES = 240  # 5 ms
-_SOUND = struct.pack(">HBB", _SOUND_SAMPLES * 4, 0x31, 0x40) + b"\0" * (_SOUND_SAMPLES * 4)
+LINEAR, AC3 = 0x80, 0x81
+
+
+@dataclass(frozen=True)
+class Sound:
+    """Sound beside the pictures: units that each last as many ticks of 90 kHz."""
+
+    coding: int
+    ticks: int
+    units: Iterable[bytes]
+
+
+_LINEAR_SAMPLES = 240  # 5 ms
+
+
+def linear(samples: bytes) -> Sound:
+    """Two channels of 16 bits, most significant byte first."""
+    size = _LINEAR_SAMPLES * 4
+    head = struct.pack(">HBB", size, 0x31, 0x40)
+    return Sound(LINEAR, 450, [head + samples[start:start + size].ljust(size, b"\0")
+                               for start in range(0, len(samples), size)])
+
+
+def with_packs(unit: bytes, date: bytes, timecode: bytes) -> bytes:
+    """A coded key picture that carries date (zone, date, time: eight bytes) and timecode."""
+    head, picture = re.fullmatch(rb"(.*?)(\x00\x00\x00?\x01\x65.*)", unit, re.DOTALL).groups()
+    return head + _packs(date, timecode) + picture
 
 
 def stream(picture: Picture, frames: int, first_tick: int = FIRST_TICK, audio: bool = True,
            date: bytes = b"", timecode: bytes = b"\xff" * 4) -> bytes:
-    """A clip's stream. `first_tick` is the time of its first picture in 45 kHz; `date` eight bytes
-    (zone, date, time) that go into the first picture with the timecode, none when empty."""
-    multiplex = _Multiplex()
-    tables = _tables(audio)
+    """The stream of a clip of one flat picture and silence. `first_tick` is the time of its first
+    picture in 45 kHz; `date` goes into it with the timecode, none when empty."""
     packs = _packs(date, timecode) if date else b""
-    sound = 0
-    for frame, coded in enumerate(_elementary(picture, frames, packs)):
-        ticks = 2 * first_tick + int(frame * 90000 / picture.rate)
+    silence = itertools.repeat(linear(bytes(_LINEAR_SAMPLES * 4)).units[0])
+    return multiplexed(_elementary(picture, frames, packs), picture.rate, first_tick,
+                       Sound(LINEAR, 450, silence) if audio else None)
+
+
+def multiplexed(pictures: Iterable[bytes], rate: Fraction, first_tick: int,
+                sound: Sound | None) -> bytes:
+    """A stream of coded pictures, shown in their order, and sound."""
+    multiplex = _Multiplex()
+    tables = _tables(sound)
+    heard, units = 0, iter(sound.units if sound else ())
+    for frame, coded in enumerate(pictures):
+        ticks = 2 * first_tick + int(frame * 90000 / rate)
         if frame % 3 == 0:
             multiplex.add(0, b"".join((tables[0], b"\xff" * (184 - len(tables[0])))))
             multiplex.add(MAP_PID, tables[1] + b"\xff" * (184 - len(tables[1])))
         multiplex.add_clock(ticks - 30000)
         multiplex.add(VIDEO_PID, _packetised(0xE0, ticks, coded))
-        while audio and sound * 450 < (frame + 1) * 90000 / picture.rate:
-            multiplex.add(AUDIO_PID, _packetised(0xBD, 2 * first_tick + sound * 450, _SOUND))
-            sound += 1
+        while sound and heard < (frame + 1) * 90000 / rate and (unit := next(units, b"")):
+            multiplex.add(AUDIO_PID, _packetised(0xBD, 2 * first_tick + heard, unit))
+            heard += sound.ticks
     return multiplex.finished()

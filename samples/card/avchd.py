@@ -1,15 +1,17 @@
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
 """AVCHD cards: a small one with every kind of clip that a reader has to cope with, and large ones
-for measuring. Camera folders whose files another program describes."""
+for measuring."""
 
 import hashlib
 from fractions import Fraction
 
-from card.avc_stream import Picture, stream
+from card import scenes
+from card.avc_stream import AC3, LINEAR, Picture, stream
 from card.avchd_files import (AvchdClip, AvchdPlaylist, clip_information, index, movie_object,
                               playlist)
-from card.media import FolderWriter, placeholder
+from card.avchd_recording import record_streams
+from card.media import FolderWriter
 
 MAX_CLIPS = 100000  # names have five digits
 BULK_PLAYLISTS = 40
@@ -24,43 +26,39 @@ def _clip_id(text: str) -> bytes:
     return label + hashlib.md5(text.encode()).digest()
 
 
-def _demo_clips() -> list[AvchdClip]:
+def _demo_clips() -> list[tuple[AvchdClip, object]]:
+    """Clips with their scenes."""
     full, narrow = (1920, 1080, True), (1440, 1080, True)
-    split = AvchdClip("00004", Picture(*full, NTSC, (70, 150, 110)), 60, "2024-05-11T16:20:00",
-                      "00:59:58;10")
+    split = AvchdClip("00004", Picture(*full, NTSC), 60, "2024-05-11T16:20:00", "00:59:58;10")
     return [
-        AvchdClip("00000", Picture(*full, Fraction(25), (120, 90, 150)), 50, "2024-05-10T08:00:00",
-                  "10:00:00:00", clip_id=_clip_id("market")),
-        AvchdClip("00001", Picture(*narrow, Fraction(25), (90, 170, 100)), 75,
-                  "2024-05-10T08:05:30", "10:00:02:00", clip_id=_clip_id("harbour")),
-        AvchdClip("00002", Picture(*narrow, Fraction(25), (60, 128, 128)), 40,
-                  "2024-05-10T21:14:09", "10:00:05:00", pulldown=1),
-        AvchdClip("00003", Picture(1280, 720, False, Fraction(50), (200, 110, 140)), 100,
-                  "2024-05-11T11:30:00", "00:10:00:24"),
-        split,
-        AvchdClip("00005", Picture(*full, NTSC, (80, 150, 110)), 45, "2024-05-11T16:20:02",
-                  "01:00:00;12", first_tick=split.end_tick, continues=True),
-        AvchdClip("00006", Picture(1920, 1080, False, Fraction(24000, 1001), (40, 140, 120)), 48,
-                  "2024-05-12T19:00:00", audio=False),
-        AvchdClip("00007", Picture(1280, 720, False, Fraction(60000, 1001), (220, 128, 128)), 120,
-                  "2024-05-12T07:45:00", "05:00:00;00", date_in_stream=False),
+        (AvchdClip("00000", Picture(*full, Fraction(25)), 50, "2024-05-10T08:00:00",
+                   "10:00:00:00", clip_id=_clip_id("market")), scenes.night_market),
+        (AvchdClip("00001", Picture(*narrow, Fraction(25)), 50, "2024-05-10T08:05:30",
+                   "10:00:02:00", clip_id=_clip_id("harbour")), scenes.harbour),
+        (AvchdClip("00002", Picture(*narrow, Fraction(25)), 40, "2024-05-10T21:14:09",
+                   "10:00:04:00", pulldown=1), scenes.night_city),
+        (AvchdClip("00003", Picture(1280, 720, False, Fraction(50)), 50, "2024-05-11T11:30:00",
+                   "00:10:00:24"), scenes.running_track),
+        (split, scenes.balloon(0)),
+        (AvchdClip("00005", Picture(*full, NTSC), 45, "2024-05-11T16:20:02", "01:00:00;10",
+                   first_tick=split.end_tick, continues=True), scenes.balloon(1)),
+        (AvchdClip("00006", Picture(1920, 1080, False, Fraction(24000, 1001)), 24,
+                   "2024-05-12T19:00:00", audio=False), scenes.forest),
+        (AvchdClip("00007", Picture(1280, 720, False, Fraction(60000, 1001)), 60,
+                   "2024-05-12T07:45:00", "05:00:00;00", date_in_stream=False), scenes.dunes),
     ]
-
-
-def _add_clip(card: FolderWriter, clip: AvchdClip) -> None:
-    packs = clip.recorded_date if clip.date_in_stream else b""
-    content = stream(clip.picture, clip.frames, clip.first_tick, clip.audio, packs,
-                     clip.recorded_timecode)
-    card.write_file(f"{BDMV}/STREAM/{clip.name}.MTS", content)
-    card.write_file(f"{BDMV}/CLIPINF/{clip.name}.CPI",
-                    clip_information(clip, len(content) // 192))
 
 
 def make_demo(card: FolderWriter) -> None:
     """Eight clips, one whose information is cut off, three playlists."""
-    clips = _demo_clips()
+    shots = _demo_clips()
+    clips = [clip for clip, _ in shots]
     for clip in clips:
-        _add_clip(card, clip)
+        clip.audio_coding = LINEAR if clip.name == "00003" else AC3
+    for clip, content in zip(clips, record_streams(shots)):
+        card.write_file(f"{BDMV}/STREAM/{clip.name}.MTS", content)
+        card.write_file(f"{BDMV}/CLIPINF/{clip.name}.CPI",
+                        clip_information(clip, len(content) // 192))
     card.write_file(f"{BDMV}/CLIPINF/00008.CPI", clip_information(clips[0], 32)[:200])
     missing = AvchdClip("00099", clips[0].picture, 25, "2024-05-12T12:00:00")
     for wanted in (AvchdPlaylist("00000", clips[:4]), AvchdPlaylist("00001", clips[4:6]),
@@ -85,10 +83,3 @@ def make_bulk(card: FolderWriter, count: int) -> None:
     for number in range(min(BULK_PLAYLISTS, count)):
         wanted = AvchdPlaylist(f"{number:05d}", clips[number::BULK_PLAYLISTS])
         card.write_file(f"{BDMV}/PLAYLIST/{wanted.name}.MPL", playlist(wanted))
-
-
-def make_camera_folder(folder: FolderWriter) -> None:
-    """Camera files of two makers; they hold no media, only a worker process can describe them."""
-    for path in ("PANA_GRP/001RBQAM/P1000001.MOV", "PANA_GRP/001RBQAM/P1000002.MOV",
-                 "PANA_GRP/001YDJAM/NOTREAD1.MOV", "SONY/DVF/100DVF/DV000001.AVI"):
-        folder.write_file(path, placeholder(path, 512))

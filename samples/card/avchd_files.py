@@ -6,7 +6,8 @@ import struct
 from dataclasses import dataclass, field
 from fractions import Fraction
 
-from card.avc_stream import AUDIO_PID, CLOCK_PID, FIRST_TICK, MAP_PID, VIDEO_PID, Picture
+from card.avc_stream import (AUDIO_PID, CLOCK_PID, FIRST_TICK, LINEAR, MAP_PID, VIDEO_PID,
+                             Picture)
 
 MAKER, MODEL = 0x0103, 0x0410  # the maker whose additions are public
 NO_TIMECODE = b"\xff" * 4
@@ -28,6 +29,7 @@ class AvchdClip:
     continues: bool = False  # goes on with the recording of the clip before it
     clip_id: bytes = b""
     audio: bool = True
+    audio_coding: int = LINEAR
     date_in_stream: bool = True
 
     @property
@@ -77,7 +79,7 @@ def _play_item(clip: AvchdClip) -> bytes:
     streams = b"\x09\1" + struct.pack(">H", VIDEO_PID) + bytes(6)
     streams += b"\5\x1b" + bytes([_video_codes(clip.picture)]) + bytes(3)
     if clip.audio:
-        streams += b"\x09\1" + struct.pack(">H", AUDIO_PID) + bytes(6) + b"\5\x80\x31und"
+        streams += b"\x09\1" + struct.pack(">H6xBB", AUDIO_PID, 5, clip.audio_coding) + b"\x31und"
     table = _counted(bytes(2) + bytes([1, 1 if clip.audio else 0]) + bytes(10) + streams, "H")
     head = clip.name.encode() + b"M2TS" + struct.pack(">HB", 6 if clip.continues else 1, 0)
     times = struct.pack(">II", clip.first_tick, clip.end_tick)
@@ -150,7 +152,7 @@ def clip_information(clip: AvchdClip, packets: int) -> bytes:
     streams = struct.pack(">HBBBB", VIDEO_PID, 21, 0x1B, _video_codes(clip.picture), 0x30)
     streams += bytes(18)
     if clip.audio:
-        streams += struct.pack(">HB", AUDIO_PID, 21) + b"\x80\x31und" + bytes(16)
+        streams += struct.pack(">HBB", AUDIO_PID, 21, clip.audio_coding) + b"\x31und" + bytes(16)
     program = struct.pack(">IHBB", 0, MAP_PID, 2 if clip.audio else 1, 0)
     sections.append(_counted(b"\0\1" + program + streams))
     sections.append(_time_map(clip))

@@ -78,11 +78,9 @@ class _Generator:
         pick = self._random.choice
         duration = self._random.randint(1000, 9999)
         start = datetime(2024, 1, 1, 6) + timedelta(minutes=7 * index)
-        end = start + timedelta(seconds=duration / form.frames_per_second)
         person, stamp = pick(_PEOPLE), f"{start.isoformat()}+01:00"
         return Clip(
             clip_name(index), form, duration, start.strftime("%H:%M:%S:10"), stamp,
-            f"{end.isoformat(timespec='seconds')}+01:00",
             drop=form.frame_rate.startswith("59.94") and index % 2 == 0,
             user_name=f"Street report {index + 1:07d}", unused_offset=0, style=style,
             access={"Creator": person, "CreationDate": stamp, "LastUpdatePerson": pick(_PEOPLE),
@@ -127,6 +125,6 @@ def make(card: CardWriter, count: int, size: int | None, essence_size: int) -> N
     generator = _Generator(size, essence_size)
     for index in range(count):
         clip, metadata = generator.make(index)
-        card.add_clip(clip, metadata, icon=b"", hollow=True)
+        card.add_hollow_clip(clip, metadata)
     card.add_last_clip(clip_name(count - 1))
     card.finish()

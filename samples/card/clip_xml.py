@@ -4,6 +4,8 @@
 
 import hashlib
 from dataclasses import dataclass, field
+from datetime import datetime, timedelta
+from typing import NamedTuple
 from xml.etree.ElementTree import Comment, Element, SubElement, indent, tostring
 
 from card.formats import Format
@@ -12,6 +14,13 @@ NAMESPACE = "urn:schemas-Professional-Plug-in:P2:ClipMetadata:"
 CAMERA_NAMESPACE = "urn:schemas-Professional-Plug-in:P2:CameraMetadata:v1.2"
 DECLARATION = '<?xml version="1.0" encoding="UTF-8" standalone="no" ?>'
 ESSENCE_START = 32768  # bytes in front of the essence, of a file that has room for both
+
+
+class Extent(NamedTuple):
+    """Where the essence lies in a media file, in bytes."""
+
+    start: int
+    size: int
 
 
 @dataclass
@@ -72,7 +81,6 @@ class Clip:
     duration: int
     timecode: str
     start: str
-    end: str
     drop: bool | None = None  # None: the metadata does not tell
     user_name: str | None = None
     audio_channels: int = 4
@@ -82,7 +90,9 @@ class Clip:
     proxy: Proxy | None = None
     relation: Relation | None = None
     style: Style = field(default_factory=Style)
-    essence_size: int = 0  # bytes of each of its media files
+    lower_case_files: bool = False
+    essence_size: int = 0  # bytes of each of its media files, when they are placeholders
+    extents: list[Extent] = field(default_factory=list)  # when not: of the picture, of each channel
     access: dict[str, str] = field(default_factory=dict)
     device: dict[str, str] = field(default_factory=dict)
     shooter: str | None = None
@@ -96,10 +106,26 @@ class Clip:
         return umid(f"clip {self.name} {self.start}", self.instance)
 
     @property
-    def essence_index(self) -> dict[str, int]:
-        """Where the essence lies in each media file: from there to the file's last byte."""
-        start = min(ESSENCE_START, self.essence_size // 2)
-        return {"StartByteOffset": start, "DataSize": self.essence_size - start}
+    def end(self) -> str:
+        length = timedelta(seconds=float(self.duration / self.format.frames_per_second))
+        return (datetime.fromisoformat(self.start) + length).isoformat(timespec="seconds")
+
+    def file_name(self, name: str) -> str:
+        return name.lower() if self.lower_case_files else name
+
+    @property
+    def first_frame(self) -> int:
+        """How many frames of its take come before it."""
+        return self.relation.offset if self.relation else 0
+
+    def essence_index(self, number: int) -> dict[str, int]:
+        """What the metadata tell of the picture's extent (0), of a channel's (1 and up)."""
+        if self.extents:
+            extent = self.extents[number]
+        else:
+            start = min(ESSENCE_START, self.essence_size // 2)
+            extent = Extent(start, self.essence_size - start)
+        return {"StartByteOffset": extent.start, "DataSize": extent.size}
 
 
 def umid(material: str, instance: int = 0) -> str:
@@ -160,10 +186,10 @@ def _add_essence(content: Element, clip: Clip) -> None:
         fill(essence, {"UnusedOffset": clip.unused_offset})
     _add_video(essence, clip)
     if clip.format.one_file:
-        _add_audio(essence, clip, {"Channel": clip.audio_channels})
+        _add_audio(essence, clip, 1, {"Channel": clip.audio_channels})
         return
-    for _ in range(clip.audio_channels):
-        _add_audio(essence, clip, {})
+    for channel in range(1, clip.audio_channels + 1):
+        _add_audio(essence, clip, channel, {})
 
 
 def _add_video(essence: Element, clip: Clip) -> None:
@@ -185,10 +211,10 @@ def _add_video(essence: Element, clip: Clip) -> None:
         "StartBinaryGroup": "00000000",
         "AspectRatio": form.aspect,
     })
-    _add_group(video, "VideoIndex", clip.essence_index)
+    _add_group(video, "VideoIndex", clip.essence_index(0))
 
 
-def _add_audio(essence: Element, clip: Clip, extra: dict[str, object]) -> None:
+def _add_audio(essence: Element, clip: Clip, number: int, extra: dict[str, object]) -> None:
     audio = SubElement(essence, "Audio")
     fill(audio, {
         "AudioFormat": "MXF",
@@ -196,7 +222,7 @@ def _add_audio(essence: Element, clip: Clip, extra: dict[str, object]) -> None:
         "BitsPerSample": clip.format.audio_bits,
         **extra,
     })
-    _add_group(audio, "AudioIndex", clip.essence_index)
+    _add_group(audio, "AudioIndex", clip.essence_index(number))
 
 
 def _add_relation(content: Element, relation: Relation) -> None:

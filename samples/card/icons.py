@@ -9,15 +9,15 @@ WIDTH, HEIGHT = 80, 60
 BMP_HEADER_SIZE = 54
 
 
-def bmp(scene) -> bytes:
+def bmp(scene, height: int = HEIGHT) -> bytes:
     """A 24-bit BMP of a scene, a function of (x, y) in pixels that gives (r, g, b) from 0 to 1."""
     rows = bytearray()
-    for y in reversed(range(HEIGHT)):  # rows run from the bottom; 240 bytes need no padding
+    for y in reversed(range(height)):  # rows run from the bottom; 240 bytes need no padding
         for x in range(WIDTH):
             red, green, blue = scene(x + 0.5, y + 0.5)
             rows += bytes((_byte(blue), _byte(green), _byte(red)))
     file_header = struct.pack("<2sIHHI", b"BM", BMP_HEADER_SIZE + len(rows), 0, 0, BMP_HEADER_SIZE)
-    info = struct.pack("<IiiHHIIiiII", 40, WIDTH, HEIGHT, 1, 24, 0, len(rows), 2835, 2835, 0, 0)
+    info = struct.pack("<IiiHHIIiiII", 40, WIDTH, height, 1, 24, 0, len(rows), 2835, 2835, 0, 0)
     return file_header + info + bytes(rows)
 
 

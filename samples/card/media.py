@@ -22,12 +22,6 @@ class CardError(Exception):
     """The card cannot be made; the text says why."""
 
 
-def placeholder(what: str, size: int) -> bytes:
-    """Bytes that stand where media would, and say so."""
-    text = f"sample essence placeholder, no media: {what}\n".encode()
-    return (text * (size // len(text) + 1))[:size]
-
-
 def apple_double() -> bytes:
     """A companion file as another system's file manager leaves it: magic, version, two entries."""
     finder_info = b"\0" * 32
@@ -46,6 +40,7 @@ class FolderWriter:
     def __init__(self, out: Path, force: bool):
         self._out = out
         self._folders: list[Path] = []  # in the order in which they were made
+        self._placed: list[Path] = []
         self._prepare(force)
 
     def write_file(self, name: str, content: bytes, size: int = 0) -> None:
@@ -54,10 +49,18 @@ class FolderWriter:
             self._make_folder(self._out / above)
         self._write(f"{self._out}/{name}", content, size)
 
+    def place(self, name: str) -> Path:
+        """Where another program is to write a file of any folder."""
+        path = self._out / name
+        for above in reversed(Path(name).parents):
+            self._make_folder(self._out / above)
+        self._placed.append(path)
+        return path
+
     def finish(self) -> None:
-        """Gives the folders their time, once all files are there."""
-        for folder in reversed(self._folders):
-            os.utime(folder, (MODIFIED, MODIFIED))
+        """Gives folders, and files that others wrote, their time, once all are there."""
+        for path in (*self._placed, *reversed(self._folders)):
+            os.utime(path, (MODIFIED, MODIFIED))
 
     def _prepare(self, force: bool) -> None:
         if self._out.exists() and not self._out.is_dir():
@@ -120,20 +123,14 @@ class CardWriter(FolderWriter):
         self._make_folder(self._out / USER_DATA)
         self._write(f"{self._out}/{USER_DATA}/Ingest.xml", content)
 
-    def add_clip(self, clip: Clip, metadata: bytes, icon: bytes, lower_case: bool = False,
-                 hollow: bool = False) -> None:
-        """A clip's metadata, essence, icon and proxy. Hollow media have a length and no content,
-        and take no room."""
+    def add_metadata(self, clip: Clip, metadata: bytes) -> None:
+        self.write("CLIP", clip.file_name(f"{clip.name}.XML"), metadata)
 
-        def put(folder: str, name: str, content: bytes, size: int = 0) -> None:
-            self.write(folder, name.lower() if lower_case else name, content, size)
-
-        put("CLIP", f"{clip.name}.XML", metadata)
-        put("ICON", f"{clip.name}.BMP", icon)
-        for folder, name in self._essence_files(clip):
-            what = f"{folder} of {clip.name}"
-            put(folder, name, b"" if hollow else placeholder(what, clip.essence_size),
-                clip.essence_size)
+    def add_hollow_clip(self, clip: Clip, metadata: bytes) -> None:
+        """A clip whose media have a length and no content, and take no room."""
+        self.add_metadata(clip, metadata)
+        for folder, name in clip_files(clip):
+            self.write(folder, name, b"", 0 if folder == "ICON" else clip.essence_size)
 
     def add_last_clip(self, last_clip: str) -> None:
         """The card's last-clip file: the last name, a version and the number of the next clip."""
@@ -141,15 +138,17 @@ class CardWriter(FolderWriter):
         text = f"{last_clip}\r\n1.0\r\n{next_number}\r\n"
         self._write(f"{self._out}/{LAST_CLIP}", text.encode())
 
-    @staticmethod
-    def _essence_files(clip: Clip):
-        if clip.format.one_file:
-            yield "AVCLIP", f"{clip.name}.MXF"
-        else:
-            yield "VIDEO", f"{clip.name}.MXF"
-            for channel in range(clip.audio_channels):
-                yield "AUDIO", f"{clip.name}{channel:02d}.MXF"
-        if clip.proxy and clip.proxy.on_card:
-            yield "PROXY", f"{clip.name}.{clip.proxy.container}"
-        for number, _ in enumerate(memo for memo in clip.memos if memo.voice):
-            yield "VOICE", f"{clip.name}{number:02d}.WAV"
+
+def clip_files(clip: Clip):
+    """Folder and name of each of a clip's files but its metadata."""
+    yield "ICON", f"{clip.name}.BMP"
+    if clip.format.one_file:
+        yield "AVCLIP", f"{clip.name}.MXF"
+    else:
+        yield "VIDEO", f"{clip.name}.MXF"
+        for channel in range(clip.audio_channels):
+            yield "AUDIO", f"{clip.name}{channel:02d}.MXF"
+    if clip.proxy and clip.proxy.on_card:
+        yield "PROXY", f"{clip.name}.{clip.proxy.container}"
+    for number, _ in enumerate(memo for memo in clip.memos if memo.voice):
+        yield "VOICE", f"{clip.name}{number:02d}.WAV"

@@ -8,11 +8,12 @@ from card.icons import (WIDTH, add, box, clamp, crag, disc, edge, ellipse, gradi
                         smooth, speck, triangle)
 
 BLACK, WHITE = (0.0, 0.0, 0.0), (1.0, 1.0, 1.0)
+BAR_COLOURS = ((.75, .75, .75), (.75, .75, 0), (0, .75, .75), (0, .75, 0),
+               (.75, 0, .75), (.75, 0, 0), (0, 0, .75))
 
 
 def colour_bars(x, y):
-    bars = ((.75, .75, .75), (.75, .75, 0), (0, .75, .75), (0, .75, 0),
-            (.75, 0, .75), (.75, 0, 0), (0, 0, .75))
+    bars = BAR_COLOURS
     column = int(x * 7 / WIDTH)
     if y < 40:
         return bars[column]

@@ -3,6 +3,7 @@
 """Runs nqp2 and makes the small cards that the tests of the command line read."""
 
 import fcntl
+import functools
 import json
 import os
 import pty
@@ -103,7 +104,15 @@ def fields_of(header, record):
     return re.findall(r"^    [\w:<>]+ (\w+)(?:\[\w+\])?(?: = [^;]+)?;", body, re.MULTILINE)
 
 
-def make_sample(folder, kind="p2"):
+SAMPLES = tempfile.TemporaryDirectory()
+
+
+@functools.cache
+def sample(kind="p2"):
+    """One of our own sample cards, made once; to be read only."""
+    if shutil.which("ffmpeg") is None:
+        raise unittest.SkipTest("ffmpeg is not installed")
+    folder = Path(SAMPLES.name) / kind
     subprocess.run([sys.executable, "-B", SOURCES / "samples" / "make_card.py", folder, "--kind",
                     kind], check=True)
     return folder

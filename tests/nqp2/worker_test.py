@@ -12,7 +12,7 @@ import time
 from pathlib import Path
 
 from dv_stream import FRAME_SIZE, avi, dv_frame, wav
-from program import PROGRAM, CardTest, command_line, main, read_until_end, run, terminal
+from program import PROGRAM, CardTest, command_line, main, read_until_end, run, sample, terminal
 
 LARGE = 1 << 30  # bytes without content: long enough to be met in the middle
 
@@ -210,6 +210,12 @@ class CameraTest(CardTest):
         clip, = self.told("clips", "camera", cwd=self.folder)["clips"]
         self.assertEqual((clip["ClipName"], clip["CodecName"], clip["Duration"], clip["VideoPath"]),
                          ("DV000001", "DV25_420", 5, str(file)))
+        found = [(clip["ClipName"], clip["FrameRate"], clip["Duration"], clip["ActivePixel"],
+                  sum(map(bool, clip["AudioPath"])))
+                 for clip in self.told("clips", sample("camera"))["clips"]]
+        self.assertEqual(found, [("DV000001", "50i", 25, 720, 2),
+                                 ("P1000001", "25p", 50, 1920, 2),
+                                 ("P1000002", "59.94p", 90, 1280, 2)])
         without = run("clips", self.folder / "camera", "--worker", "/no/worker", "--strict")
         self.assertEqual((without.returncode, without.stderr.splitlines()[0]), (
             4, "nqp2: the worker: does not start (/no/worker: No such file or directory)"))

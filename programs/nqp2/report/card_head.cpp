@@ -35,7 +35,7 @@ std::string BytesText(std::uint64_t bytes) {
 
 std::string FormatOf(const _tag_P2Clip& clip) {
     const std::string rate = BytesFromText(clip.FrameRate);
-    return tool::CodecAndClass(clip) + (rate.empty() ? "" : " " + rate);
+    return tool::CodecAndClass(clip) + (rate.empty() ? "" : fmt::format(" ({})", rate));
 }
 
 /// The formats of the clips, the most frequent first.
