@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -20,7 +21,7 @@ namespace {
 
 constexpr std::size_t kDay = 10;    // "2026-11-22"
 constexpr std::size_t kSecond = 19; // "2026-11-22T08:05:09"
-constexpr int kMostMemos = 100;
+constexpr std::size_t kMostMemos = 100;
 
 /// Parts of clips' texts that make one line.
 std::string Line(const std::vector<std::string>& parts) {
@@ -158,8 +159,8 @@ private:
             m_html.Close("time");
         }
         m_html.Close("td");
-        m_html.ShownElement("td", "timecode number", std::string_view(Timecode()));
-        m_html.ShownElement("td", "length number", std::string_view(tool::LengthText(m_clip)));
+        m_html.ShownElement("td", "timecode number", Timecode());
+        m_html.ShownElement("td", "length number", tool::LengthText(m_clip));
     }
 
     void PutFormat() {
@@ -187,20 +188,33 @@ private:
         m_html.Close("li");
     }
 
+    /// By their places in the clip, as many as are shown.
+    static std::vector<const MemoMetadata*> InOrder(const CArray<MemoMetadata>& memos) {
+        std::vector<const MemoMetadata*> order;
+        for (const MemoMetadata& memo : memos) {
+            order.push_back(&memo);
+        }
+        std::stable_sort(order.begin(), order.end(),
+                         [](const MemoMetadata* left, const MemoMetadata* right) {
+                             return left->offset < right->offset;
+                         });
+        order.resize(std::min(order.size(), kMostMemos));
+        return order;
+    }
+
     void PutMemos() {
         const CArray<MemoMetadata>& memos = m_contents.metadata.memos;
         m_html.Open("td").With("class", "notes");
         if (!memos.IsEmpty()) {
             m_html.Open("ul");
-            for (int i = 0; i < std::min<std::int64_t>(memos.GetSize(), kMostMemos); ++i) {
-                PutMemo(memos[i]);
+            for (const MemoMetadata* memo : InOrder(memos)) {
+                PutMemo(*memo);
             }
             m_html.Close("ul");
         }
-        if (memos.GetSize() > kMostMemos) {
-            m_html.ShownElement(
-                "small", "more",
-                std::string_view(fmt::format("and {} more", memos.GetSize() - kMostMemos)));
+        const auto count = static_cast<std::size_t>(memos.GetSize());
+        if (count > kMostMemos) {
+            m_html.ShownElement("small", "more", fmt::format("and {} more", count - kMostMemos));
         }
         m_html.Close("td");
     }
@@ -221,10 +235,12 @@ private:
         m_html.Open("td").With("class", "taken");
         PutTrack(m_html, "bar", duration, blocks, marks);
         const std::int64_t percent = duration > 0 ? frames * 100 / duration : 0;
-        m_html.ShownElement("small", "share",
-                            std::string_view(frames > 0 ? fmt::format("{} % taken in", percent)
-                                             : m_contents.isListed ? "listed, no frames"
-                                                                   : "not taken in"));
+        if (frames > 0) {
+            m_html.ShownElement("small", "share", fmt::format("{} % taken in", percent));
+        } else {
+            m_html.Element("small", "share none",
+                           m_contents.isListed ? Own("listed, no frames") : Own("not taken in"));
+        }
         m_html.Close("td");
     }
 

@@ -6,6 +6,7 @@
 
 #include "nqp2/clip_cells.h"
 #include "nqp2/clip_table.h"
+#include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/format.h>
@@ -23,23 +24,32 @@ using Event = tag_P2EDLClipTrackEvent;
 
 constexpr int kMostChannels = 4;
 
-/// An event at its place.
+/// An event at its place, in milliseconds: clips of one playlist may have rates of their own.
 struct Placed {
     const Event* event;
+    const CString* rate;
     std::int64_t start;
     std::int64_t length;
 };
 
-/// The events as they are played. Those of a playlist follow each other, whatever their offset.
+std::int64_t Milliseconds(std::int64_t frames, const CString& rate) {
+    const FrameRate* const known = FindFrameRate(rate);
+    constexpr FrameRate kAnyOther = {};
+    const double perSecond = (known != nullptr ? *known : kAnyOther).PerSecond();
+    return std::llround(1000.0 * static_cast<double>(std::max<std::int64_t>(frames, 0)) /
+                        perSecond);
+}
+
+/// The events as they are played. Those of a playlist follow each other, whatever their offset, and
+/// count the frames of their clips.
 std::vector<Placed> PlacedEvents(const EditContents& contents) {
     std::vector<Placed> placed;
     std::int64_t end = 0;
     for (const Event& event : contents.edit.Events) {
-        const std::int64_t start =
-            contents.isPlaylist ? end : std::max<std::int64_t>(event.Offset, 0);
-        const std::int64_t length = std::max<std::int64_t>(event.Duration, 0);
-        placed.push_back({&event, start, length});
-        end = start + length;
+        const CString& rate = contents.isPlaylist ? event.Clip.FrameRate : contents.edit.FrameRate;
+        const std::int64_t start = contents.isPlaylist ? end : Milliseconds(event.Offset, rate);
+        end = start + Milliseconds(event.Duration, rate);
+        placed.push_back({&event, &rate, start, end - start});
     }
     std::stable_sort(placed.begin(), placed.end(), [](const Placed& left, const Placed& right) {
         return left.start < right.start;
@@ -55,21 +65,23 @@ std::int64_t EndOf(const std::vector<Placed>& events) {
     return end;
 }
 
-std::vector<Block> PictureBlocks(const std::vector<Placed>& events, const tag_P2EDL& edit) {
+Block GapBlock(std::int64_t start, std::int64_t end) {
+    const std::string length = fmt::format("{:.1f} s", static_cast<double>(end - start) / 1000);
+    return {start, end - start, "piece gap", "gap", length, "gap of " + length, ""};
+}
+
+std::vector<Block> PictureBlocks(const std::vector<Placed>& events) {
     std::vector<Block> blocks;
     std::int64_t end = 0;
     for (const Placed& placed : events) {
         if (placed.start > end) {
-            const std::string length =
-                tool::LengthText(static_cast<std::int32_t>(placed.start - end), edit.FrameRate);
-            blocks.push_back(
-                {end, placed.start - end, "piece gap", "gap", length, "gap " + length, ""});
+            blocks.push_back(GapBlock(end, placed.start));
         }
         const Event& event = *placed.event;
         const std::string name = BytesFromText(event.ClipName);
-        const std::string length = tool::LengthText(event.Duration, edit.FrameRate);
         blocks.push_back(
-            {placed.start, placed.length, "piece", name, length,
+            {placed.start, placed.length, "piece", name,
+             tool::LengthText(event.Duration, *placed.rate),
              fmt::format("{}, from its frame {}, {} frames", name, event.SourceIn, event.Duration),
              ""});
         end = std::max(end, placed.start + placed.length);
@@ -111,14 +123,14 @@ void PutRow(Html& html, std::string_view name, std::int64_t length,
 void PutEdit(Html& html, const EditContents& contents) {
     const tag_P2EDL& edit = contents.edit;
     const std::vector<Placed> events = PlacedEvents(contents);
-    const std::int64_t length = std::max<std::int64_t>(EndOf(events), edit.Duration);
+    const std::int64_t length = EndOf(events);
     html.Open("article").With("class", "edit").Open("h4").Foreign(edit.Name);
     html.Open("small").Foreign(
         fmt::format("{} \xC2\xB7 {} \xC2\xB7 {} {}", Counted(edit.Events.GetSize(), "event"),
                     tool::LengthText(edit.Duration, edit.FrameRate), BytesFromText(edit.Codec),
                     BytesFromText(edit.FrameRate)));
     html.Close("small").Close("h4");
-    PutRow(html, "V", length, PictureBlocks(events, edit), "picture-track");
+    PutRow(html, "V", length, PictureBlocks(events), "picture-track");
     for (int output = 0; output < kMostChannels; ++output) {
         const std::vector<Block> blocks = SoundBlocks(events, output, contents.isPlaylist);
         if (!blocks.empty()) {
@@ -126,7 +138,7 @@ void PutEdit(Html& html, const EditContents& contents) {
         }
     }
     if (events.size() > kMostBlocks) {
-        html.ShownElement("p", "more", std::string_view("The first of its events are drawn."));
+        html.Element("p", "more", "The first of its events are drawn.");
     }
     html.Close("article");
 }

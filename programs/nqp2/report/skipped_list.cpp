@@ -28,8 +28,7 @@ void PutSkipped(Html& html, const CArray<SkippedFile>& skipped,
         html.Foreign(tool::ReasonText(file)).Close("li");
     }
     if (skipped.GetSize() > shown) {
-        html.ShownElement("li", "more",
-                          std::string_view(fmt::format("and {} more", skipped.GetSize() - shown)));
+        html.ShownElement("li", "more", fmt::format("and {} more", skipped.GetSize() - shown));
     }
     html.Close("ul").Close("section");
 }

@@ -133,9 +133,8 @@ void PutTake(Html& html, const PageContents& page, const JoinedTake& take) {
         html.Close("p");
     }
     if (blocks.size() > kMostBlocks) {
-        html.ShownElement(
-            "p", "more",
-            std::string_view(fmt::format("and {} more segments", blocks.size() - kMostBlocks)));
+        html.ShownElement("p", "more",
+                          fmt::format("and {} more segments", blocks.size() - kMostBlocks));
     }
     html.Close("article");
 }
