@@ -37,16 +37,9 @@ void MeasureCard(Bench& bench, const std::string& name, const std::string& card)
                     {"load/" + name, load, {}, [&] { clips = {}; }}});
 }
 
-void MeasureAll(Bench& bench) {
-    const std::vector<std::string>& arguments = bench.Arguments();
-    for (std::size_t i = 0; i + 1 < arguments.size(); i += 2) {
-        MeasureCard(bench, arguments[i], arguments[i + 1]);
-    }
-}
-
 } // namespace
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    return nqp2::bench::Main(argc, argv, 2, "{NAME CARD}...", nqp2::bench::MeasureAll);
+    return nqp2::bench::MainOfCards(argc, argv, nqp2::bench::MeasureCard);
 }

@@ -22,9 +22,6 @@
 namespace nqp2::bench {
 namespace {
 
-/// The last one is with its message nearly what a channel holds.
-constexpr std::uint32_t kFrames[] = {576000, 45300000};
-
 void SetInterface() {
     R8P2Parser_SetSysInterface(HostInterface().systemObject, HostInterface().table);
 }

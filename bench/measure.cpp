@@ -221,6 +221,16 @@ int Main(int argc, char** argv, std::size_t least, const char* usage,
     return 0;
 }
 
+int MainOfCards(int argc, char** argv,
+                void (*measure)(Bench&, const std::string& name, const std::string& card)) {
+    return Main(argc, argv, 2, "{NAME CARD}...", [&](Bench& bench) {
+        const std::vector<std::string>& arguments = bench.Arguments();
+        for (std::size_t i = 0; i + 1 < arguments.size(); i += 2) {
+            measure(bench, arguments[i], arguments[i + 1]);
+        }
+    });
+}
+
 void Require(bool good, const char* what) {
     if (!good) {
         throw std::runtime_error(what);

@@ -65,6 +65,10 @@ private:
 int Main(int argc, char** argv, std::size_t least, const char* usage,
          const std::function<void(Bench&)>& measure);
 
+/// The same for arguments that are cards, each behind a name for its figures.
+int MainOfCards(int argc, char** argv,
+                void (*measure)(Bench&, const std::string& name, const std::string& card));
+
 /// Throws an error of that text unless `good`.
 void Require(bool good, const char* what);
 

@@ -14,6 +14,10 @@
 /// What programs share that measure this process together with another one.
 namespace nqp2::bench {
 
+/// Bytes of what is sent: a frame, and nearly what a channel holds, with room for the message that
+/// a frame comes with.
+inline constexpr std::uint32_t kFrames[] = {576'000, 45'300'000};
+
 /// Lets this process, and those that RunBeside makes, have that many processors: 1 or 2.
 void UseProcessors(int count);
 

@@ -35,6 +35,7 @@ void ExpectSame(const ClipTexts& quick, const ClipTexts& sound) {
     for (const auto& [path, below] : media::kClipPaths) {
         Require(quick.Has(path) == sound.Has(path) && quick.Text(path) == sound.Text(path) &&
                     quick.Attribute(path) == sound.Attribute(path) &&
+                    quick.Int32(path) == sound.Int32(path) &&
                     quick.Int64(path) == sound.Int64(path) && quick.Guid(path) == sound.Guid(path),
                 "a value is the same");
     }

@@ -103,10 +103,9 @@ def command_lines(sizes: Sizes) -> list[Line]:
 
 
 def channel_lines() -> list[Line]:
-    messages = (("a request", 8, 3, "us"), ("576,000 bytes", 576000, 2.2, "us"),
-                ("45 MB", 45360000, 1.1, "ms"))
-    frames = (("smallest request", "request", 3, "us"), ("576,000 bytes", 576000, 2.2, "us"),
-              ("45 MB", 45300000, 1.1, "ms"))
+    both = (("576,000 bytes", 576000, 2.2, "us"), ("45 MB", 45300000, 1.1, "ms"))
+    messages = (("a request", 8, 3, "us"), *both)
+    frames = (("smallest request", "request", 3, "us"), *both)
     rows = []
     for count, where in ((2, "two processors"), (1, "one processor")):
         rows += [Line(f"{where}: {name} / bare exchange of two processes", unit,
@@ -170,7 +169,7 @@ def growth_lines() -> list[Line]:
         Line("loading an element, names all different, 20,000 / 5,000", "us",
              each("growth/different_names", 20000), each("growth/different_names", 5000), 1.3),
         Line("names all different / all equal, 20,000 elements", "ms",
-             figure("growth/different_names/20000"), figure("growth/equal_names/20000")),
+             figure("growth/different_names/20000"), figure("growth/equal_names/20000"), 1.3),
     ]
 
 

@@ -3,10 +3,9 @@
 
 #include "avchd/clip_information.h"
 
+#include "avchd/codings.h"
 #include "avchd/file_layout.h"
-
-#include <algorithm>
-#include <iterator>
+#include "avchd/stream_head.h"
 
 namespace nqp2::avchd {
 namespace {
@@ -15,12 +14,8 @@ enum ClipSection { kSequences, kPrograms, kTimeMap, kClipMarks, kClipExtension }
 
 constexpr std::uint8_t kGlobalIdTag = 0xE2;
 
-struct Channels {
-    unsigned presentation;
-    std::int32_t count;
-};
-constexpr Channels kPresentations[] = {{1, 1}, {3, 2}, {6, 6}};
-constexpr std::uint8_t kAudioCodings[] = {0x03, 0x04, 0x80, 0x81, 0x82, 0x83, 0x84, 0x85, 0x86};
+constexpr std::uint32_t kPacketsAddress = 56;
+constexpr std::uint32_t kRecorderAddress = 40; ///< in the recorder's block
 
 /// Reads the stretches of one sequence of arrival times.
 void ReadStretches(ByteReader& reader, std::vector<ClipInformation::Stretch>& stretches) {
@@ -48,20 +43,14 @@ bool ReadSequences(Bytes section, ClipInformation& clip) {
 
 void AddAudio(Bytes attributes, ClipInformation& clip) {
     ByteReader reader(attributes);
-    const std::uint8_t coding = reader.U8();
+    const Coding* const coding = CodingOf(reader.U8());
     const unsigned presentation = static_cast<unsigned>(reader.U8()) >> 4U;
-    if (std::find(std::begin(kAudioCodings), std::end(kAudioCodings), coding) ==
-        std::end(kAudioCodings)) {
-        return;
-    }
-    for (const Channels& row : kPresentations) {
-        clip.audioChannels += row.presentation == presentation ? row.count : 0;
+    if (coding != nullptr && coding->kind == StreamKind::Audio) {
+        clip.audioChannels += ChannelsOf(presentation);
     }
 }
 
-void ReadStream(ByteReader& reader, ClipInformation& clip) {
-    const std::uint16_t pid = reader.U16();
-    const Bytes attributes = reader.Take(reader.U8());
+void AddStream(std::uint16_t pid, Bytes attributes, ClipInformation& clip) {
     ByteReader videoReader(attributes);
     VideoStream video = ReadVideoAttributes(videoReader);
     if (video.codingType == 0) {
@@ -73,7 +62,9 @@ void ReadStream(ByteReader& reader, ClipInformation& clip) {
     }
 }
 
-bool ReadPrograms(Bytes section, ClipInformation& clip) {
+/// Calls `take` with each stream's identifier and attributes; false when the section is damaged.
+template <class Take>
+bool ReadPrograms(Bytes section, const Take& take) {
     ByteReader reader(section);
     reader.Skip(1);
     const std::uint8_t programs = reader.U8();
@@ -82,10 +73,11 @@ bool ReadPrograms(Bytes section, ClipInformation& clip) {
         const std::uint8_t streams = reader.U8();
         reader.Skip(1);
         for (std::uint8_t k = 0; k < streams && reader.IsGood(); ++k) {
-            ReadStream(reader, clip);
+            const std::uint16_t pid = reader.U16();
+            take(pid, reader.Take(reader.U8()));
         }
     }
-    return reader.IsGood() && clip.video.codingType != 0;
+    return reader.IsGood();
 }
 
 void ReadExtension(Bytes block, ClipInformation& clip) {
@@ -112,12 +104,38 @@ std::optional<ClipInformation> DecodeClipInformation(Bytes file) {
     const std::optional<Bytes> sequences = NeededSection(file, head->sections[kSequences]);
     const std::optional<Bytes> programs = NeededSection(file, head->sections[kPrograms]);
     ClipInformation clip;
+    const auto add = [&](std::uint16_t pid, Bytes attributes) { AddStream(pid, attributes, clip); };
     if (!sequences || !programs || !ReadSequences(*sequences, clip) ||
-        !ReadPrograms(*programs, clip)) {
+        !ReadPrograms(*programs, add) || clip.video.codingType == 0) {
         return std::nullopt;
     }
     ReadExtension(ExtensionBlock(file, head->sections[kClipExtension], "CLEX"), clip);
     return clip;
+}
+
+std::vector<Bytes> StreamsOf(Bytes file) {
+    std::vector<Bytes> streams;
+    const std::optional<FileHead> head = DecodeHead(file, "HDMV");
+    ReadPrograms(head ? OptionalSection(file, head->sections[kPrograms]) : Bytes(),
+                 [&](std::uint16_t /*pid*/, Bytes attributes) { streams.push_back(attributes); });
+    return streams;
+}
+
+Recorder RecorderOf(Bytes file) {
+    const std::optional<FileHead> head = DecodeHead(file, "HDMV");
+    const Bytes block =
+        head ? ExtensionBlock(file, head->sections[kClipExtension], "CLEX") : Bytes();
+    ByteReader reader(OptionalSection(block, kRecorderAddress));
+    Recorder recorder;
+    recorder.maker = reader.U16();
+    recorder.model = reader.U16();
+    return recorder;
+}
+
+std::uint64_t StreamSizeIn(Bytes file) {
+    const std::optional<FileHead> head = DecodeHead(file, "HDMV");
+    ByteReader reader(head ? From(file, kPacketsAddress) : Bytes());
+    return std::uint64_t{reader.U32()} * kPacketSize;
 }
 
 } // namespace nqp2::avchd

@@ -35,4 +35,20 @@ struct ClipInformation {
 /// and for a clip without video; a damaged extension is left out. The time map is never looked at.
 std::optional<ClipInformation> DecodeClipInformation(Bytes file);
 
+// What a clip information file tells that no record holds; what is damaged tells nothing.
+
+/// The attributes of each stream, its coding type first.
+std::vector<Bytes> StreamsOf(Bytes file);
+
+/// What recorded a clip, in the numbers that its maker gave; zeros when not told.
+struct Recorder {
+    std::uint16_t maker = 0;
+    std::uint16_t model = 0;
+};
+Recorder RecorderOf(Bytes file);
+
+/// How many bytes the stream has; 0 when not told. The beginning of the file is enough.
+inline constexpr std::uint64_t kStreamSizeHead = 60;
+std::uint64_t StreamSizeIn(Bytes file);
+
 } // namespace nqp2::avchd

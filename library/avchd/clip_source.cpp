@@ -18,13 +18,9 @@
 namespace nqp2::avchd {
 namespace {
 
-Bytes BytesOf(const std::string& content) {
-    return {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()};
-}
-
 std::optional<ClipInformation> DecodeTimed(const CardKind& kind, const std::string& content) {
     const StopWatch watch;
-    std::optional<ClipInformation> information = DecodeClipInformation(BytesOf(content));
+    std::optional<ClipInformation> information = DecodeClipInformation(BytesIn(content));
     if (kind.timedAs != nullptr) {
         watch.Report(kind.timedAs);
     }
@@ -32,15 +28,11 @@ std::optional<ClipInformation> DecodeTimed(const CardKind& kind, const std::stri
 }
 
 /// False when memory is short: a playlist must not take those behind it along.
-bool AddFacts(platform::FileContent& file, const std::string& path,
-              ClipSource::PlaylistFacts& facts) {
+bool TakeAlone(platform::FileContent& file, const std::string& path,
+               const ClipSource::TakePlaylist& take) {
     try {
-        const std::string* content = WholeContent(file, path, kMaxPlaylistFile);
-        const std::optional<Playlist> playlist =
-            content != nullptr ? DecodePlaylist(BytesOf(*content)) : std::nullopt;
-        if (playlist) {
-            facts.shots.Add(*playlist);
-            facts.splits.Add(*playlist);
+        if (const std::string* content = WholeContent(file, path, kMaxPlaylistFile)) {
+            take(BytesIn(*content));
         }
         return true;
     } catch (const std::bad_alloc&) {
@@ -54,7 +46,7 @@ StreamHead DecodeStream(const std::optional<std::string>& path, const VideoStrea
     if (!path || video.codingType != kAvcCoding) {
         return {};
     }
-    StreamHead head = DecodeStreamHead(BytesOf(begin), video.pid);
+    StreamHead head = DecodeStreamHead(BytesIn(begin), video.pid);
     std::string content;
     bool isWhole = begin.size() < kStreamSteps[0];
     for (std::size_t step = 1; step < std::size(kStreamSteps) && !head.complete && !isWhole;
@@ -63,7 +55,7 @@ StreamHead DecodeStream(const std::optional<std::string>& path, const VideoStrea
         if (!platform::ReadHead(platform::Files(), *path, limit, content)) {
             break;
         }
-        head = DecodeStreamHead(BytesOf(content), video.pid);
+        head = DecodeStreamHead(BytesIn(content), video.pid);
         isWhole = content.size() < limit;
     }
     return head;
@@ -74,6 +66,10 @@ std::uint64_t ChannelBits(std::int32_t channels) {
 }
 
 } // namespace
+
+Bytes BytesIn(const std::string& content) {
+    return {reinterpret_cast<const std::uint8_t*>(content.data()), content.size()};
+}
 
 platform::FileRequest InformationRequest(std::string path) {
     return {std::move(path), platform::kReadAheadLimit, false, true};
@@ -94,8 +90,8 @@ const std::string* WholeContent(platform::FileContent& file, const std::string& 
 platform::IoStatus ReadPlaylistFile(const std::string& path, std::optional<Playlist>& playlist) {
     std::string content;
     platform::IoStatus status = platform::Files().Read(path, kMaxPlaylistFile, content);
-    playlist = status ? DecodePlaylist(BytesOf(content)) : std::nullopt;
-    if (status && !playlist && CountPlayItems(BytesOf(content)) > kMaxPlayItems) {
+    playlist = status ? DecodePlaylist(BytesIn(content)) : std::nullopt;
+    if (status && !playlist && CountPlayItems(BytesIn(content)) > kMaxPlayItems) {
         status = {platform::IoError::TooLarge,
                   "it has more than " + std::to_string(kMaxPlayItems) + " items"};
     }
@@ -123,9 +119,18 @@ std::optional<std::string> ClipSource::StreamOf(const CardKind& kind, const CStr
 const ClipSource::PlaylistFacts& ClipSource::Facts(const CardKind& kind) {
     const auto [place, isNew] = m_facts.try_emplace(kind.files.playlist.Text());
     PlaylistFacts& facts = place->second;
-    if (!isNew) {
-        return facts;
+    if (isNew) {
+        facts.isWhole = ReadPlaylists(kind, [&](Bytes content) {
+            if (const std::optional<Playlist> playlist = DecodePlaylist(content)) {
+                facts.shots.Add(*playlist);
+                facts.splits.Add(*playlist);
+            }
+        });
     }
+    return facts;
+}
+
+bool ClipSource::ReadPlaylists(const CardKind& kind, const TakePlaylist& take) const {
     platform::IoStatus listed;
     std::vector<platform::FileRequest> requests;
     for (platform::FoundFile& file :
@@ -139,10 +144,9 @@ const ClipSource::PlaylistFacts& ClipSource::Facts(const CardKind& kind) {
     bool isWhole = true;
     for (const platform::FileRequest& request : requests) {
         contents.Next(file);
-        isWhole = AddFacts(file, request.path, facts) && isWhole;
+        isWhole = TakeAlone(file, request.path, take) && isWhole;
     }
-    facts.isWhole = isWhole;
-    return facts;
+    return isWhole;
 }
 
 /// Sound lies in the stream beside the picture.

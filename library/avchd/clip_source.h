@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -59,6 +60,11 @@ public:
     };
     const PlaylistFacts& Facts(const CardKind& kind);
 
+    /// Calls `take` with the content of each playlist of a kind that can be read. False when memory
+    /// was short for one of them.
+    using TakePlaylist = std::function<void(Bytes content)>;
+    bool ReadPlaylists(const CardKind& kind, const TakePlaylist& take) const;
+
 private:
     void FillPaths(const CardKind& kind, const CString& name, bool hasStream, std::int32_t channels,
                    _tag_P2Clip& clip) const;
@@ -68,6 +74,8 @@ private:
     platform::Place m_playlists;
     std::map<std::wstring, PlaylistFacts> m_facts; ///< by the playlists' extension
 };
+
+Bytes BytesIn(const std::string& content);
 
 /// What reads a clip's two files.
 platform::FileRequest InformationRequest(std::string path);

@@ -5,6 +5,7 @@
 
 #include "avchd/file_layout.h"
 #include "avchd/limits.h"
+#include "avchd/playlist_layout.h"
 #include "platform/number_text.h"
 
 #include <algorithm>
@@ -13,22 +14,14 @@
 namespace nqp2::avchd {
 namespace {
 
-enum PlaylistSection { kItems, kMarks, kExtension };
-
 // Lengths without the length field in front.
 constexpr std::size_t kItemFixedSize = 32;
-constexpr std::size_t kMarkSize = 14;
-constexpr std::size_t kMarkExtensionSize = 66;
 constexpr std::size_t kAngleSize = 10;
 
 constexpr unsigned kMultiAngle = 0x10;
 constexpr unsigned kConnectionBits = 0x0F;
 constexpr unsigned kContinuation = 6;
 constexpr std::uint8_t kEntryMark = 1;
-
-// Tags of a maker's list of shots.
-constexpr std::uint8_t kShotListTag = 0xF0;
-constexpr std::uint8_t kShotTag = 0x40;
 
 /// The name becomes part of a path: nothing but digits may pass.
 bool ReadClipName(ByteReader& reader, PlayItem& item) {
@@ -109,36 +102,6 @@ void ReadMarkExtension(Bytes extension, Shot& shot) {
     shot.timecode = DecodeTimecode(reader.Take(4));
 }
 
-/// The extensions of the marks, one after another.
-Bytes MarkExtensions(Bytes block) {
-    // Their count, in front, is that of the marks.
-    return From(MarksSection(block), 2);
-}
-
-/// The identifiers of a maker's list of shots, which has one entry for each mark.
-class ShotIds {
-public:
-    explicit ShotIds(Bytes block)
-        : m_reader(MakersItem(block, kShotListTag)), m_left(m_reader.U16()) {
-        m_reader.Skip(2);
-    }
-
-    std::optional<GlobalClipId> Next() {
-        if (m_left == 0) {
-            return std::nullopt;
-        }
-        --m_left;
-        const std::uint8_t tag = m_reader.U8();
-        m_reader.Skip(1);
-        const Bytes data = m_reader.Take(m_reader.U16());
-        return tag == kShotTag ? DecodeClipId(From(data, 1)) : std::nullopt;
-    }
-
-private:
-    ByteReader m_reader;
-    std::uint16_t m_left; ///< entries that have not been read
-};
-
 /// Keeps a shot for the item that its mark is on, unless another came before it.
 void AddShot(const Shot& shot, Playlist& playlist) {
     if (shot.item < playlist.items.size() && playlist.items[shot.item].shot == PlayItem::kNoShot) {
@@ -147,10 +110,10 @@ void AddShot(const Shot& shot, Playlist& playlist) {
     }
 }
 
-void ReadShots(Bytes marks, Bytes block, Playlist& playlist) {
-    ByteReader reader(marks);
-    ByteReader extensions(MarkExtensions(block));
-    ShotIds ids(block);
+void ReadShots(const PlaylistBlocks& blocks, Playlist& playlist) {
+    ByteReader reader(blocks.marks);
+    ByteReader extensions(MarkExtensions(blocks.extension));
+    ShotList list(blocks.extension);
     const std::size_t count = std::min<std::size_t>(reader.U16(), reader.Left() / kMarkSize);
     for (std::size_t i = 0; i < count; ++i) {
         Shot shot;
@@ -160,7 +123,7 @@ void ReadShots(Bytes marks, Bytes block, Playlist& playlist) {
         shot.item = mark.U16();
         shot.time = mark.U32();
         ReadMarkExtension(extensions.Take(kMarkExtensionSize), shot);
-        shot.clipId = ids.Next();
+        shot.clipId = DecodeClipId(From(list.Next(), 1));
         if (isEntry) {
             AddShot(shot, playlist);
         }
@@ -199,8 +162,7 @@ std::optional<Playlist> DecodePlaylist(Bytes file) {
     if (!items || !ReadItems(*items, playlist.items)) {
         return std::nullopt;
     }
-    ReadShots(OptionalSection(file, head->sections[kMarks]),
-              ExtensionBlock(file, head->sections[kExtension], "PLEX"), playlist);
+    ReadShots(BlocksOf(file), playlist);
     ShareShots(playlist.items);
     return playlist;
 }

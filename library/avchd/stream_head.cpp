@@ -15,7 +15,6 @@ namespace nqp2::avchd {
 namespace {
 
 // Packets.
-constexpr std::size_t kPacketSize = 192;
 constexpr std::size_t kArrivalTimeSize = 4;
 constexpr std::uint8_t kSync = 0x47;
 

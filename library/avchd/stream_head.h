@@ -25,6 +25,9 @@ struct SequenceParameters {
     std::uint32_t unitsPerTick = 0;   ///< of which a frame lasts two
 };
 
+/// The packets of a .MTS or .m2ts file.
+inline constexpr std::size_t kPacketSize = 192;
+
 /// What the beginning of an H.264 stream tells, up to its first picture.
 struct StreamHead {
     std::optional<SequenceParameters> parameters;

@@ -3,6 +3,7 @@
 
 #include "avchd/video_format.h"
 
+#include "avchd/codings.h"
 #include "media/rates.h"
 
 #include <algorithm>
@@ -23,8 +24,6 @@ constexpr Format kFormats[] = {
     {{720, 480}, false},   {{1920, 1080}, true}, {{1280, 720}, false},
     {{1920, 1080}, false}, {{720, 576}, false},  {{3840, 2160}, false},
 };
-
-constexpr std::uint8_t kVideoCodings[] = {0x01, 0x02, kAvcCoding, 0x20, 0x24, 0xEA};
 
 struct CodedRate {
     std::uint8_t code;
@@ -53,8 +52,8 @@ bool IsHighDefinition(const Raster& raster) {
 } // namespace
 
 bool IsVideoCoding(std::uint8_t codingType) {
-    return std::find(std::begin(kVideoCodings), std::end(kVideoCodings), codingType) !=
-           std::end(kVideoCodings);
+    const Coding* const coding = CodingOf(codingType);
+    return coding != nullptr && coding->kind == StreamKind::Video;
 }
 
 VideoStream ReadVideoAttributes(ByteReader& attributes) {

@@ -36,13 +36,9 @@ Place PlaceOf(const CardMark& mark, const Place& root) {
     return place;
 }
 
-/// Where memory cards keep the folders of cameras: what lies in it is the card's own.
-constexpr const char* kPrivate = "PRIVATE";
-
 /// The volume's top that a card begins at; "" for a folder among others.
 std::string VolumeTop(const std::string& root) {
-    const bool isPrivate = platform::FoldNameCase(platform::NamePart(root)) == kPrivate;
-    for (const std::string& top : {root, isPrivate ? root + "/.." : root}) {
+    for (const std::string& top : {root, IsPrivate(root) ? root + "/.." : root}) {
         platform::FileInfo info;
         platform::FileInfo above;
         if (platform::Files().Stat(top, info) && platform::Files().Stat(top + "/..", above) &&
@@ -62,6 +58,10 @@ std::span<const CardMark> CardMarks() {
 std::string_view FirstStep(const CardMark& mark) {
     const std::string_view steps = mark.folder.Bytes();
     return steps.substr(0, steps.find('/'));
+}
+
+bool IsPrivate(const std::string& path) {
+    return platform::FoldNameCase(platform::NamePart(path)) == media::kPrivate.Bytes();
 }
 
 bool Holds(std::uint32_t kinds, CardKind kind) {

@@ -28,6 +28,9 @@ std::span<const CardMark> CardMarks();
 /// The first step of a mark's folder: "AVCHD" of "AVCHD/BDMV".
 std::string_view FirstStep(const CardMark& mark);
 
+/// Whether a folder has the name of that in which memory cards keep such folders.
+bool IsPrivate(const std::string& path);
+
 /// Whether a set of kinds holds one.
 bool Holds(std::uint32_t kinds, CardKind kind);
 

@@ -59,7 +59,8 @@ private:
 
     void GoBelow(Folder& folder, const std::string& name, const std::string& path,
                  std::int32_t depth) {
-        if (depth > m_order.limits.depth) {
+        // In the top of a memory card it is a step that nobody counts.
+        if (depth > m_order.limits.depth + (IsPrivate(path) ? 1 : 0)) {
             if (m_order.tellsDepth) {
                 SkipOnce(m_isDeep, path, "folders this far below are not searched");
             }
@@ -140,10 +141,10 @@ private:
 void SearchCards(const CString& folder, const SearchOrder& order, CardSearch& found) {
     CardSearch own;
     Search(order, own).Run(platform::Place(media::WithDrive(folder)).OnDisk());
-    std::sort(own.cards.begin(), own.cards.end(),
-              [](const FoundCard& left, const FoundCard& right) {
-                  return std::tie(left.root, left.kind) < std::tie(right.root, right.kind);
-              });
+    std::sort(own.cards.begin(), own.cards.end(), [](const auto& left, const auto& right) {
+        return std::make_tuple(PosixPath(left.root), left.kind) <
+               std::make_tuple(PosixPath(right.root), right.kind);
+    });
     found.cards.Append(own.cards);
     found.skipped.Append(own.skipped);
 }

@@ -15,7 +15,7 @@
 namespace nqp2::channel {
 namespace {
 
-struct Hung {
+struct BellState {
     std::mutex mutex;
     std::weak_ptr<const platform::Descriptor> bell; ///< there while somebody waits
     std::vector<const std::int32_t*> flags;         ///< that are set only with ringing
@@ -23,31 +23,31 @@ struct Hung {
 };
 
 /// Never destroyed: threads of the library may outlive static objects.
-Hung& TheBell() {
-    static auto& hung = *new Hung;
-    return hung;
+BellState& State() {
+    static auto& state = *new BellState;
+    return state;
 }
 
 /// A child that the host forked shares the descriptor and has none of the threads: it begins anew.
 template <class Use>
-auto WithTheBell(Use use) {
-    Hung& hung = TheBell();
-    const std::lock_guard lock(hung.mutex);
-    if (!hung.owner.IsThisProcess()) {
-        hung.bell.reset();
-        hung.flags.clear();
-        hung.owner = {};
+auto WithState(Use use) {
+    BellState& state = State();
+    const std::lock_guard lock(state.mutex);
+    if (!state.owner.IsThisProcess()) {
+        state.bell.reset();
+        state.flags.clear();
+        state.owner = {};
     }
-    return use(hung);
+    return use(state);
 }
 
-std::shared_ptr<const platform::Descriptor> Hang(Hung& hung) {
+std::shared_ptr<const platform::Descriptor> MakeBell(BellState& state) {
     platform::Descriptor fresh(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!fresh) {
         return nullptr;
     }
     auto bell = std::make_shared<const platform::Descriptor>(std::move(fresh));
-    hung.bell = bell;
+    state.bell = bell;
     return bell;
 }
 
@@ -55,35 +55,35 @@ std::shared_ptr<const platform::Descriptor> Hang(Hung& hung) {
 
 std::shared_ptr<const platform::Descriptor> AbortBell() {
     return platform::Guarded(std::shared_ptr<const platform::Descriptor>(), [] {
-        return WithTheBell([](Hung& hung) {
-            const auto bell = hung.bell.lock();
-            return bell != nullptr ? bell : Hang(hung);
+        return WithState([](BellState& state) {
+            const auto bell = state.bell.lock();
+            return bell != nullptr ? bell : MakeBell(state);
         });
     });
 }
 
 /// A bell that has rung stays readable: the next ones who wait get another.
 void RingAbortBell() {
-    WithTheBell([](Hung& hung) {
-        if (const auto bell = hung.bell.lock()) {
+    WithState([](BellState& state) {
+        if (const auto bell = state.bell.lock()) {
             eventfd_write(bell->Get(), 1);
         }
-        hung.bell.reset();
+        state.bell.reset();
     });
 }
 
 RungFlag::RungFlag(const std::int32_t& flag) : m_flag(flag) {
     // Without memory it is looked at as others are.
-    platform::Guarded([&] { WithTheBell([&](Hung& hung) { hung.flags.push_back(&flag); }); });
+    platform::Guarded([&] { WithState([&](BellState& state) { state.flags.push_back(&flag); }); });
 }
 
 RungFlag::~RungFlag() {
-    WithTheBell([&](Hung& hung) { std::erase(hung.flags, &m_flag); });
+    WithState([&](BellState& state) { std::erase(state.flags, &m_flag); });
 }
 
 bool IsRungFor(const std::int32_t* flag) {
-    return WithTheBell([flag](Hung& hung) {
-        return std::find(hung.flags.begin(), hung.flags.end(), flag) != hung.flags.end();
+    return WithState([flag](BellState& state) {
+        return std::find(state.flags.begin(), state.flags.end(), flag) != state.flags.end();
     });
 }
 

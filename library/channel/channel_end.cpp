@@ -71,7 +71,6 @@ ChannelStatus ChannelEnd::Send(std::uint32_t messageId, const void* buffer, std:
         return kChannelClosed;
     }
     ++m_sent[*m_granted];
-    ++m_releasesDue;
     m_granted.reset();
     m_alertness.Begin();
     return kChannelDone;
@@ -190,20 +189,14 @@ ChannelStatus ChannelEnd::AwaitSlot(Lock& lock, std::int32_t* abortFlag) {
     if (hasSlot()) {
         return kChannelDone;
     }
-    // However it ends, in want of memory too: packets that nobody waits for would fill the queue.
+    // However it ends, in want of memory too: else each later release would cost a system call.
     const struct Waiting {
-        explicit Waiting(ChannelEnd& waits) : end(waits) { Count(1); }
+        explicit Waiting(ChannelEnd& waits) : end(waits) { end.CountSlotWaiters(1); }
         Waiting(const Waiting&) = delete;
         Waiting& operator=(const Waiting&) = delete;
-        ~Waiting() { Count(-1); }
-        void Count(int change) const {
-            end.m_link.send.NoteWaiting((end.m_slotWaiters += change) > 0);
-        }
+        ~Waiting() { end.CountSlotWaiters(-1); }
         ChannelEnd& end;
     } waiting(*this);
-    // A wait that the notes end leaves the packets of it unread: they would fill the queue as well.
-    while (!m_isPolling && ReadOne()) {
-    }
     return Await(lock, m_timeOuts.send, abortFlag, hasSlot);
 }
 

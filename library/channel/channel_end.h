@@ -87,6 +87,9 @@ private:
     bool ProcessRelease(const Packet& packet);
     bool ProcessOffer(ReceivedPacket& received);
     bool ReleaseSlots(std::uint32_t slots);
+    /// Whoever waits for a slot asks for the next Release packet, once all before it are read.
+    void AskForRelease();
+    void CountSlotWaiters(int change);
     /// One that may be granted.
     [[nodiscard]] std::optional<std::uint32_t> FreeSlot() const;
     void EndTraffic();
@@ -109,9 +112,12 @@ private:
     std::uint32_t m_handedOut = 0;
     std::optional<std::uint32_t> m_granted;
     std::array<std::uint32_t, kMostSlots> m_sent{}; ///< messages so far in each slot
-    std::uint64_t m_releasesDue = 0; ///< of messages sent, that the peer has told of by no packet
     int m_slotWaiters = 0;
-    bool m_isFilling = false; ///< whoever was granted it may still be writing
+    // Release packets, modulo 2^32.
+    std::uint32_t m_asked = 0; ///< of the peer, ever
+    std::uint32_t m_heard = 0; ///< that the peer sent
+    std::uint32_t m_told = 0;  ///< sent to the peer
+    bool m_isFilling = false;  ///< whoever was granted it may still be writing
 
     std::vector<Message> m_messages; ///< arrived, not handed out
     std::list<Offer> m_offers;

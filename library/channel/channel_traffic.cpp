@@ -99,11 +99,27 @@ bool ChannelEnd::ProcessData(const Packet& packet) {
 
 /// That the slot is free stands in the notes; the packet ends the wait for it.
 bool ChannelEnd::ProcessRelease(const Packet& packet) {
-    if (packet.slot >= m_link.send.SlotCount() || m_releasesDue == 0) {
+    if (packet.slot >= m_link.send.SlotCount() || m_heard == m_asked) {
         return false;
     }
-    --m_releasesDue;
+    ++m_heard;
+    AskForRelease();
     return true;
+}
+
+/// A wait that the notes end, a time-out or a flag may leave a packet unread, or on its way. No
+/// further one is asked for before that is read: packets cannot fill the queue, however many
+/// waits end so, and whoever waits next reads it and asks again before falling asleep.
+void ChannelEnd::AskForRelease() {
+    if (m_slotWaiters > 0) {
+        m_asked = m_heard + 1;
+    }
+    m_link.send.NoteWanted(m_slotWaiters > 0 ? m_asked : m_heard);
+}
+
+void ChannelEnd::CountSlotWaiters(int change) {
+    m_slotWaiters += change;
+    AskForRelease();
 }
 
 bool ChannelEnd::ReleaseSlots(std::uint32_t slots) {
@@ -115,9 +131,10 @@ bool ChannelEnd::ReleaseSlots(std::uint32_t slots) {
         packet.kind = PacketKind::Release;
         packet.slot = static_cast<std::uint32_t>(std::countr_zero(slots));
         m_link.receive.NoteRelease(packet.slot);
-        if (!m_link.receive.IsSenderWaiting()) {
+        if (m_link.receive.WantedPackets() != m_told + 1) {
             continue;
         }
+        ++m_told;
         const Traffic traffic = SendPacketOn(m_link.socket.Get(), packet);
         if (traffic == Traffic::Nothing) {
             // The peer might wait for ever. The queue has room for all that an honest peer can

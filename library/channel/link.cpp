@@ -98,12 +98,12 @@ std::uint32_t Segment::ReleasesOf(std::uint32_t slot) const {
     return Note(slot).load();
 }
 
-void Segment::NoteWaiting(bool isWaiting) const {
-    Note(SlotCount()).store(isWaiting ? 1 : 0);
+void Segment::NoteWanted(std::uint32_t packets) const {
+    Note(SlotCount()).store(packets);
 }
 
-bool Segment::IsSenderWaiting() const {
-    return Note(SlotCount()).load() != 0;
+std::uint32_t Segment::WantedPackets() const {
+    return Note(SlotCount()).load();
 }
 
 std::atomic_ref<std::uint32_t> Segment::Note(std::uint32_t number) const {

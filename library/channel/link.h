@@ -46,9 +46,10 @@ public:
     void NoteRelease(std::uint32_t slot) const;
     /// How often that has been noted, modulo 2^32.
     [[nodiscard]] std::uint32_t ReleasesOf(std::uint32_t slot) const;
-    /// By the sending end: it waits for a slot, and wants a packet for the next release.
-    void NoteWaiting(bool isWaiting) const;
-    [[nodiscard]] bool IsSenderWaiting() const;
+    /// By the sending end: how many Release packets it wants in all, modulo 2^32. One more than it
+    /// has read while it waits for a slot, so that never two are unread.
+    void NoteWanted(std::uint32_t packets) const;
+    [[nodiscard]] std::uint32_t WantedPackets() const;
 
 private:
     [[nodiscard]] std::atomic_ref<std::uint32_t> Note(std::uint32_t number) const;

@@ -25,13 +25,6 @@ std::size_t HashOf(std::string_view text) {
     return std::hash<std::string_view>{}(text);
 }
 
-ClipFileState StateOf(std::uint64_t size, std::uint64_t promised) {
-    if (size == 0) {
-        return ClipFileState::Empty;
-    }
-    return size < promised ? ClipFileState::Short : ClipFileState::Present;
-}
-
 } // namespace
 
 KindFolder::KindFolder(platform::TalliedFolder& folder, const media::ClipFileKind& kind)
@@ -50,37 +43,46 @@ std::string_view KindFolder::ClipIn(std::string_view foldedName) const {
     return clip.empty() ? foldedName.substr(0, foldedName.rfind('.')) : clip;
 }
 
-std::vector<KindFolder::Named> KindFolder::FilesOf(const std::string& clip) const {
-    const std::string folded = platform::FoldNameCase(clip);
+std::vector<KindFolder::Named> KindFolder::FilesOf(const NameOfClip& clip) const {
+    struct Candidate {
+        std::string folded;
+        bool isOther; ///< than the name as the clip's is written
+        std::size_t entry;
+    };
     const std::vector<FolderEntry>& entries = m_folder.Entries();
-    using Key = std::tuple<std::string, bool, std::string>; // of those alike, the first is kept
-    std::vector<std::pair<Key, std::size_t>> order;
-    const std::size_t hash = HashOf(folded);
-    for (auto at =
-             std::lower_bound(m_byClip.begin(), m_byClip.end(), std::pair(hash, std::size_t{0}));
-         at != m_byClip.end() && at->first == hash; ++at) {
+    std::vector<Candidate> candidates;
+    for (auto at = std::lower_bound(m_byClip.begin(), m_byClip.end(),
+                                    std::pair(clip.hash, std::size_t{0}));
+         at != m_byClip.end() && at->first == clip.hash; ++at) {
         const std::string& name = entries[at->second].name;
-        std::string foldedName = platform::FoldNameCase(name);
-        if (ClipIn(foldedName) == folded) {
-            order.push_back({{foldedName, !name.starts_with(clip), name}, at->second});
+        std::string folded = platform::FoldNameCase(name);
+        if (ClipIn(folded) == clip.folded) {
+            candidates.push_back({std::move(folded), !name.starts_with(clip.bytes), at->second});
         }
     }
-    std::sort(order.begin(), order.end());
+    std::sort(candidates.begin(), candidates.end(),
+              [&](const Candidate& left, const Candidate& right) {
+                  return std::tie(left.folded, left.isOther, entries[left.entry].name) <
+                         std::tie(right.folded, right.isOther, entries[right.entry].name);
+              });
+    const auto isAlike = [](const Candidate& left, const Candidate& right) {
+        return left.folded == right.folded;
+    };
+    candidates.erase(std::unique(candidates.begin(), candidates.end(), isAlike), candidates.end());
     std::vector<Named> files;
-    const std::string* last = nullptr;
-    for (const auto& [key, entry] : order) {
-        const std::string& name = std::get<0>(key);
-        if (last == nullptr || *last != name) {
-            const bool isOfKind = !media::ClipNameIn(std::string_view(name), m_kind).empty();
-            files.push_back({entry, isOfKind ? m_kind.role : ClipFileRole::Other,
-                             isOfKind ? platform::ToInt32(std::string_view(name).substr(
-                                            folded.size(), m_kind.digits))
-                                      : 0});
-        }
-        last = &name;
+    for (const Candidate& each : candidates) {
+        const std::string_view name = each.folded;
+        const bool isOfKind = !media::ClipNameIn(name, m_kind).empty();
+        const std::string_view number = name.substr(clip.folded.size(), m_kind.digits);
+        files.push_back({each.entry, isOfKind ? m_kind.role : ClipFileRole::Other,
+                         isOfKind ? platform::ToInt32(number) : 0});
     }
     return files;
 }
+
+NameOfClip::NameOfClip(const CString& clip)
+    : bytes(platform::NameBytesFromText(clip.View())), folded(platform::FoldNameCase(bytes)),
+      hash(HashOf(folded)) {}
 
 KindFolder& P2ClipFiles::FolderOf(const media::ClipFileKind& kind) {
     auto& folder = m_folders[static_cast<std::size_t>(&kind - media::kClipFileKinds.data())];
@@ -92,15 +94,16 @@ KindFolder& P2ClipFiles::FolderOf(const media::ClipFileKind& kind) {
 }
 
 /// What cannot be read promises nothing.
-std::vector<ClipEssence> P2ClipFiles::PromisesOf(const std::string& metadataFile) {
+std::vector<ClipEssence> P2ClipFiles::PromisesOf(platform::TalliedFolder& folder,
+                                                 std::size_t entry) {
     const platform::MemoryWatch watch;
-    if (platform::Files().Read(metadataFile, std::min(kSmallFile, MaxXmlFileSize()), m_bytes)) {
+    if (folder.Read(entry, std::min(kSmallFile, MaxXmlFileSize()), m_bytes)) {
         if (m_fields.Read(m_bytes)) {
             return EssenceOf(m_fields.Values());
         }
         m_document.LoadBytes(m_bytes);
     } else {
-        m_document.LoadFile(metadataFile);
+        m_document.LoadFile(folder.OnDisk(entry));
     }
     watch.Require();
     std::vector<ClipEssence> essence;
@@ -115,30 +118,30 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
     if (!media::IsPlainName(clip.ClipName)) {
         return;
     }
+    const NameOfClip name(clip.ClipName);
     const KindFolder& metadata = FolderOf(media::kMetadataFiles);
     std::vector<ClipEssence> promises;
-    for (const KindFolder::Named& each :
-         metadata.FilesOf(platform::NameBytesFromText(clip.ClipName.View()))) {
+    for (const KindFolder::Named& each : metadata.FilesOf(name)) {
         if (each.role == ClipFileRole::Metadata && promises.empty()) {
-            promises = PromisesOf(metadata.Folder().OnDisk(each.entry));
+            promises = PromisesOf(metadata.Folder(), each.entry);
         }
     }
     promises.push_back({&media::kMetadataFiles});
     for (const media::ClipFileKind& kind : media::kClipFileKinds) {
-        AppendKind(clip, kind, promises, files);
+        AppendKind(clip.ClipName, name, kind, promises, files);
     }
 }
 
-void P2ClipFiles::AppendKind(const _tag_P2Clip& clip, const media::ClipFileKind& kind,
+void P2ClipFiles::AppendKind(const CString& clip, const NameOfClip& name,
+                             const media::ClipFileKind& kind,
                              const std::vector<ClipEssence>& promises, CArray<ClipFile>& files) {
     const KindFolder& folder = FolderOf(kind);
     const std::int64_t first = files.GetSize();
-    for (const KindFolder::Named& each :
-         folder.FilesOf(platform::NameBytesFromText(clip.ClipName.View()))) {
+    for (const KindFolder::Named& each : folder.FilesOf(name)) {
         platform::FileInfo info;
         if (folder.Folder().Take(each.entry, info)) {
             files.Add({each.role, each.number, folder.Folder().PathOf(each.entry), info.size, 0,
-                       StateOf(info.size, 0)});
+                       media::StateOf(info.size, 0)});
         }
     }
     for (const ClipEssence& promise : promises) {
@@ -153,11 +156,11 @@ void P2ClipFiles::AppendKind(const _tag_P2Clip& clip, const media::ClipFileKind&
             });
         if (found != files.end()) {
             found->promisedSize = promised;
-            found->state = StateOf(found->size, promised);
+            found->state = media::StateOf(found->size, promised);
             continue;
         }
-        const CString name = media::FileNameOf(kind, clip.ClipName, promise.number);
-        files.Add({kind.role, number, folder.Folder().Where().PathOf(name), 0, promised,
+        const CString missing = media::FileNameOf(kind, clip, promise.number);
+        files.Add({kind.role, number, folder.Folder().Where().PathOf(missing), 0, promised,
                    ClipFileState::Missing});
     }
     std::stable_sort(

@@ -23,6 +23,15 @@
 
 namespace nqp2::clips {
 
+/// A clip's name as files are found by it.
+struct NameOfClip {
+    explicit NameOfClip(const CString& clip);
+
+    std::string bytes;
+    std::string folded;
+    std::size_t hash; ///< of the folded one
+};
+
 /// A folder with the files of many clips, by the clips' names.
 class KindFolder {
 public:
@@ -36,7 +45,7 @@ public:
     };
     /// Those of a clip, in the order of their numbers and names. Of names that differ only in
     /// letter case, which are one on a card, there is the exact one or the first.
-    [[nodiscard]] std::vector<Named> FilesOf(const std::string& clip) const;
+    [[nodiscard]] std::vector<Named> FilesOf(const NameOfClip& clip) const;
 
     [[nodiscard]] platform::TalliedFolder& Folder() const { return m_folder; }
     [[nodiscard]] const media::ClipFileKind& Kind() const { return m_kind; }
@@ -59,8 +68,8 @@ public:
 
 private:
     KindFolder& FolderOf(const media::ClipFileKind& kind);
-    std::vector<ClipEssence> PromisesOf(const std::string& metadataFile);
-    void AppendKind(const _tag_P2Clip& clip, const media::ClipFileKind& kind,
+    std::vector<ClipEssence> PromisesOf(platform::TalliedFolder& folder, std::size_t entry);
+    void AppendKind(const CString& clip, const NameOfClip& name, const media::ClipFileKind& kind,
                     const std::vector<ClipEssence>& promises, CArray<ClipFile>& files);
 
     platform::FileTally& m_tally;

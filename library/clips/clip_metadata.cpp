@@ -36,6 +36,7 @@ dom::ParseError MetadataFileReader::Read(const CString& path, ClipMetadata& meta
     if (error.fault == dom::Fault::NotFound) {
         error = m_walker.Walk(platform::PathOnDisk(path, &m_folders), m_events);
     }
+    m_events.Finish();
     if (error.fault == dom::Fault::None) {
         FindMemoFiles(path, metadata);
     }

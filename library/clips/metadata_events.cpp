@@ -15,6 +15,7 @@
 namespace nqp2::clips {
 namespace {
 
+using media::MemoName;
 using Role = dom::FieldSet::Role;
 
 // What is kept of a document may take so many bytes for each of its own, the bookkeeping and the
@@ -22,9 +23,9 @@ using Role = dom::FieldSet::Role;
 constexpr std::size_t kBudgetOfByte = 20;
 constexpr std::size_t kLeastBudget = std::size_t{1} << 20U;
 constexpr std::int64_t kMostTexts = 1'000'000;
+constexpr std::int64_t kMostReused = 4096;
 
-constexpr std::size_t kGrowth = 3;     ///< a list that grows has its old place as well
-constexpr std::size_t kTextBytes = 32; ///< that a text takes beside its characters
+constexpr std::size_t kGrowth = 3; ///< a list that grows has its old place as well
 constexpr std::size_t kKeptJoined = std::size_t{64} << 10U;
 
 /// Names of files that one memo may tell.
@@ -47,6 +48,13 @@ bool IsBlank(std::string_view text) {
                        [](char ch) { return dom::quick::Is(ch, dom::quick::kBlank); });
 }
 
+/// A text that is there already, of the document before, costs nothing.
+void Assign(const CString& text, CString& to) {
+    if (text.GetString() != to.GetString()) {
+        to = text;
+    }
+}
+
 bool IsField(const TextPlace* place, Role role) {
     return place != nullptr && place->field != nullptr && place->field->role == role;
 }
@@ -55,8 +63,25 @@ bool IsField(const TextPlace* place, Role role) {
 
 MetadataEvents::MetadataEvents() : m_places(Members()) {}
 
+void MetadataEvents::FillIn(ClipMetadata& metadata) {
+    m_metadata = &metadata;
+    if (metadata.others.GetSize() > kMostReused) {
+        metadata.others = {};
+    }
+}
+
+void MetadataEvents::Finish() {
+    m_metadata->others.SetSize(m_texts);
+}
+
 void MetadataEvents::Begin(std::uint64_t bytes) {
-    *m_metadata = {};
+    for (const media::MetadataPath& each : media::MetadataPaths()) {
+        each.member(*m_metadata).Empty();
+    }
+    m_metadata->memos.RemoveAll();
+    m_metadata->tracks.RemoveAll();
+    m_metadata->isCut = false;
+    m_texts = 0;
     m_hints.clear();
     m_places.Begin();
     m_placeBytes = m_places.Bytes();
@@ -161,7 +186,7 @@ void MetadataEvents::TakeLeaf(const Opened& element) {
     TextPlace& place = *element.place;
     if (IsField(&place, Role::Value)) {
         if (SpendText(text)) {
-            media::MetadataPaths()[place.field->index].member(*m_metadata) = m_pool.TextOf(text);
+            media::MetadataPaths()[place.field->index].member(*m_metadata) = place.TextOf(text);
         }
     } else if (IsField(place.parent, Role::List) && !m_hints.empty()) {
         TakeMemoText(place, text);
@@ -173,7 +198,7 @@ void MetadataEvents::TakeLeaf(const Opened& element) {
 void MetadataEvents::TakeMemoText(TextPlace& place, std::string_view text) {
     MemoMetadata& memo = m_metadata->memos[m_metadata->memos.GetUpperBound()];
     MemoHints& hints = m_hints.back();
-    const CString value = SpendText(text) ? m_pool.TextOf(text) : CString();
+    const CString value = SpendText(text) ? place.TextOf(text) : CString();
     switch (IsField(&place, Role::Cell) ? static_cast<MemoName>(place.field->index)
                                         : MemoName::Count) {
     case MemoName::Offset:
@@ -204,16 +229,22 @@ void MetadataEvents::TakeMemoText(TextPlace& place, std::string_view text) {
 }
 
 void MetadataEvents::Keep(TextPlace& place, std::string_view text) {
-    const bool isRoom = m_metadata->others.GetSize() < kMostTexts &&
-                        Spend(sizeof(MetadataText) * kGrowth) && SpendText(text);
+    const bool isRoom =
+        m_texts < kMostTexts && Spend(sizeof(MetadataText) * kGrowth) && SpendText(text);
     if (!isRoom) {
         m_metadata->isCut = true;
         return;
     }
     const CString& path = m_places.PathOf(place);
-    if (Spend(m_places.Bytes() - std::exchange(m_placeBytes, m_places.Bytes()))) {
-        m_metadata->others.Add({path, m_pool.TextOf(text)});
+    if (!Spend(m_places.Bytes() - std::exchange(m_placeBytes, m_places.Bytes()))) {
+        return;
     }
+    if (m_texts == m_metadata->others.GetSize()) {
+        m_metadata->others.Add(MetadataText());
+    }
+    MetadataText& kept = m_metadata->others[m_texts++];
+    Assign(path, kept.path);
+    Assign(place.TextOf(text), kept.text);
 }
 
 } // namespace nqp2::clips

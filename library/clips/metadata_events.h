@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "clips/clip_texts.h"
 #include "clips/text_places.h"
 #include "NQP2ParserU/ClipMetadataRecords.h"
 #include "NQP2ParserU/CString.h"
@@ -30,8 +29,10 @@ class MetadataEvents final : public dom::DocumentEvents {
 public:
     MetadataEvents();
 
-    /// Where the next document goes.
-    void FillIn(ClipMetadata& metadata) { m_metadata = &metadata; }
+    /// Where the next document goes. What is there is replaced, and its memory used again.
+    void FillIn(ClipMetadata& metadata);
+    /// Behind its end.
+    void Finish();
     /// Of the last document, by memo.
     [[nodiscard]] const std::vector<MemoHints>& Hints() const { return m_hints; }
 
@@ -61,9 +62,9 @@ private:
     void Keep(TextPlace& place, std::string_view text);
 
     TextPlaces m_places;
-    TextPool m_pool;
     ClipMetadata* m_metadata = nullptr;
     std::vector<MemoHints> m_hints;
+    std::int64_t m_texts = 0; ///< in the list of others
     std::vector<Opened> m_open;
     std::size_t m_beyond = 0; ///< open elements of what is no longer kept
     std::string_view m_run;   ///< the text since the last tag,

@@ -17,9 +17,20 @@ constexpr std::size_t kMostKeptBytes = std::size_t{1} << 20U;
 /// Of a kind beside its name: itself, and its entry among those that were found.
 constexpr std::size_t kKindBytes = sizeof(TextPlace::Kind) + 64;
 
-constexpr std::size_t kTextBytes = 32; ///< that a text takes beside its characters
+constexpr std::size_t kLongestShared = 32;
 
 } // namespace
+
+CString TextPlace::TextOf(std::string_view utf8) {
+    if (utf8.size() > kLongestShared) {
+        return platform::TextFromUtf8(utf8);
+    }
+    if (m_bytes != utf8) {
+        m_text = platform::TextFromUtf8(utf8);
+        m_bytes = utf8;
+    }
+    return m_text;
+}
 
 std::size_t TextPlaces::Hash::operator()(const Key& key) const {
     const std::size_t place = std::hash<const void*>{}(key.parent);
@@ -77,8 +88,7 @@ TextPlace::Kind& TextPlaces::KindOf(const Key& key) {
 
 TextPlace& TextPlaces::Append(TextPlace::Kind& kind, TextPlace* parent, TextPlace* before) {
     const std::uint32_t number = before != nullptr ? before->number + 1 : 1;
-    TextPlace& place =
-        m_places.emplace_back(TextPlace{&kind, parent, number, FieldOf(kind, parent, number), {}});
+    TextPlace& place = m_places.emplace_back(kind, parent, number, FieldOf(kind, parent, number));
     (before != nullptr ? before->nextOfKind : kind.first) = &place;
     m_bytes += sizeof(TextPlace);
     return place;

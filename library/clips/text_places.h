@@ -15,9 +15,15 @@
 
 namespace nqp2::clips {
 
+/// About what a text takes beside its characters.
+inline constexpr std::size_t kTextBytes = 32;
+
 /// An element or attribute, told from its like in other places.
 struct TextPlace {
     struct Kind;
+    TextPlace(Kind& placeKind, TextPlace* inside, std::uint32_t count,
+              const dom::FieldSet::Name* meaning)
+        : kind(&placeKind), parent(inside), number(count), field(meaning) {}
 
     Kind* kind;           ///< which is its name, and where that stands
     TextPlace* parent;    ///< null for the root
@@ -27,6 +33,13 @@ struct TextPlace {
     CString path; ///< made when first asked for
     TextPlace* nextOfKind = nullptr;
     TextPlace* follower = nullptr; ///< the place that came next in the document before
+
+    /// The text of the UTF-8 bytes. What a place has from document to document is in memory once.
+    CString TextOf(std::string_view utf8);
+
+private:
+    std::string m_bytes; ///< of the text that it had last
+    CString m_text;
 };
 
 /// The places of the texts in documents of one kind, with their paths. They are remembered from

@@ -53,6 +53,13 @@ std::string_view ClipNameIn(std::string_view file, const ClipFileKind& kind) {
     return ClipNamePart(file, std::string_view(kind.extension.Bytes()), kind.digits);
 }
 
+ClipFileState StateOf(std::uint64_t size, std::uint64_t promised) {
+    if (size == 0) {
+        return ClipFileState::Empty;
+    }
+    return size < promised ? ClipFileState::Short : ClipFileState::Present;
+}
+
 CString WithDrive(const CString& root) {
     return root.Find(L':') < 0 ? root + L":" : root;
 }

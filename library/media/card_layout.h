@@ -93,6 +93,9 @@ CString FileNameOf(const ClipFileKind& kind, const CString& clip, std::size_t nu
 std::wstring_view ClipNameIn(std::wstring_view file, const ClipFileKind& kind);
 std::string_view ClipNameIn(std::string_view file, const ClipFileKind& kind);
 
+/// How a file of that many bytes stands to the bytes that are promised of it, 0 for none.
+ClipFileState StateOf(std::uint64_t size, std::uint64_t promised);
+
 /// Edit lists lie below a card's root, where hosts look for them, or where the cards keep them.
 inline constexpr CardName kEditLists = "EDITLIST";
 inline constexpr CardName kContentsEditLists = "CONTENTS/EDITLIST";
@@ -131,6 +134,9 @@ inline constexpr std::array<CameraFolder, 2> kPanasonicCameras = {{
     {"PANA_GRP/001RBQAM", "PANA_GRP/001RBQAM", "*.MOV"},
     {"PANA_GRP/001YDJAM", "PANA_GRP/001YDJAM", "*.MOV"},
 }};
+
+/// Where a memory card keeps what is none of its pictures, AVCHD and camera folders among it.
+inline constexpr CardName kPrivate = "PRIVATE";
 
 /// The metadata files of clips and edit lists.
 inline constexpr const wchar_t* kMetadataPattern = L"*.XML";

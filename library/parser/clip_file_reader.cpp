@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "avchd/clip_files.h"
 #include "clips/clip_files.h"
 #include "media/card_layout.h"
 #include "NQP2ParserU/ClipFiles.h"
@@ -18,6 +19,14 @@ struct ClipFileReader::State {
 
     platform::FileTally tally;
     clips::P2ClipFiles p2{tally};
+
+    void Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
+        if (clip.SourceKind == 0) {
+            p2.Append(clip, files);
+        } else {
+            avchd::AppendClipFiles(clip, tally, files);
+        }
+    }
 
     bool TellRest(CArray<LooseFile>& files) {
         std::vector<platform::RestFile> rest;
@@ -42,7 +51,7 @@ bool ClipFileReader::Read(const _tag_P2Clip& clip, CArray<ClipFile>& files) noex
     files.RemoveAll();
     const bool isRead = platform::Guarded(false, [&] {
         if (m_state != nullptr) {
-            m_state->p2.Append(clip, files);
+            m_state->Append(clip, files);
         }
         return m_state != nullptr;
     });

@@ -1,33 +1,74 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "avchd/clip_files.h"
+#include "avchd/clip_metadata.h"
 #include "clips/clip_metadata.h"
+#include "media/card_layout.h"
 #include "NQP2ParserU/ClipMetadata.h"
 #include "platform/guard.h"
+#include "platform/place.h"
 #include "platform/unicode.h"
 
 namespace nqp2 {
 
-struct ClipMetadataReader::State {
-    clips::MetadataFileReader files;
+namespace {
 
-    MetadataStatus Read(const _tag_P2Clip& clip, ClipMetadata& metadata, CString& problem) {
+MetadataStatus NoFile(CString& problem) {
+    problem = L"the clip has no file that could tell";
+    return MetadataStatus::NoFile;
+}
+
+} // namespace
+
+struct ClipMetadataReader::State {
+    explicit State(const CString& cardRoot) : root(cardRoot) {}
+
+    MetadataStatus ReadP2(const _tag_P2Clip& clip, ClipMetadata& metadata, CString& problem) {
         if (clip.XmlPath.IsEmpty()) {
-            problem = L"the clip has no file that could tell";
-            return MetadataStatus::NoFile;
+            return NoFile(problem);
         }
         const dom::ParseError error = files.Read(clip.XmlPath, metadata);
-        if (error.fault == dom::Fault::None) {
+        problem = platform::TextFromUtf8(error.reason);
+        return error.fault == dom::Fault::None ? MetadataStatus::Read : MetadataStatus::Unreadable;
+    }
+
+    MetadataStatus ReadAvchd(const _tag_P2Clip& clip, ClipMetadata& metadata, CString& problem) {
+        const platform::Place card = CardOf(clip);
+        const avchd::CardKind* const kind = avchd::KindOf(clip, card);
+        if (kind == nullptr) {
+            return NoFile(problem);
+        }
+        if (source == nullptr || card.Written() != folder) {
+            source = std::make_unique<avchd::MetadataSource>(card);
+            folder = card.Written();
+        }
+        metadata = {};
+        const platform::IoStatus status = source->Read(*kind, clip.ClipName, metadata);
+        problem = platform::TextFromUtf8(status.reason);
+        if (status) {
             return MetadataStatus::Read;
         }
-        problem = platform::TextFromUtf8(error.reason);
-        return MetadataStatus::Unreadable;
+        return status.error == platform::IoError::NotFound ? MetadataStatus::NoFile
+                                                           : MetadataStatus::Unreadable;
     }
+
+    /// The folder with the clip's streams and all that belongs to them.
+    [[nodiscard]] platform::Place CardOf(const _tag_P2Clip& clip) const {
+        return root.IsEmpty() || !clip.VideoPath.IsEmpty()
+                   ? platform::Place(media::ContentsAbove(clip.VideoPath))
+                   : avchd::ClipsFolder(platform::Place(media::WithDrive(root)));
+    }
+
+    CString root;
+    clips::MetadataFileReader files;
+    CString folder; ///< that `source` is for
+    std::unique_ptr<avchd::MetadataSource> source;
 };
 
-ClipMetadataReader::ClipMetadataReader(const CString& /*root*/) noexcept
-    : m_state(
-          platform::Guarded(std::unique_ptr<State>(), [&] { return std::make_unique<State>(); })) {}
+ClipMetadataReader::ClipMetadataReader(const CString& root) noexcept
+    : m_state(platform::Guarded(std::unique_ptr<State>(),
+                                [&] { return std::make_unique<State>(root); })) {}
 
 ClipMetadataReader::~ClipMetadataReader() = default;
 
@@ -35,8 +76,11 @@ MetadataStatus ClipMetadataReader::Read(const _tag_P2Clip& clip, ClipMetadata& m
                                         CString& problem) noexcept {
     const MetadataStatus status = platform::Guarded(MetadataStatus::Unreadable, [&] {
         problem.Empty();
-        return m_state != nullptr ? m_state->Read(clip, metadata, problem)
-                                  : MetadataStatus::Unreadable;
+        if (m_state == nullptr) {
+            return MetadataStatus::Unreadable;
+        }
+        return clip.SourceKind == 0 ? m_state->ReadP2(clip, metadata, problem)
+                                    : m_state->ReadAvchd(clip, metadata, problem);
     });
     if (status != MetadataStatus::Read) {
         metadata = {};

@@ -54,7 +54,7 @@ public:
 
 /// A file in the making, under a hidden name in the folder of its future place. It is taken away
 /// again unless it is committed; what a killed process leaves is removed by RemoveAbandoned.
-/// One thread at a time.
+/// One thread at a time; beside it another may Flush and ReadAt.
 class FileWriter {
 public:
     virtual ~FileWriter() = default;

@@ -21,7 +21,7 @@ TalliedFolder::TalliedFolder(Place place)
 
 std::size_t TalliedFolder::Find(const std::string& name) const {
     const FolderEntry* const entry = m_names->Find(name);
-    return entry != nullptr ? static_cast<std::size_t>(entry - Entries().data()) : npos;
+    return entry != nullptr ? static_cast<std::size_t>(entry - Entries().data()) : kNone;
 }
 
 CString TalliedFolder::PathOf(std::size_t entry) const {
@@ -32,11 +32,31 @@ std::string TalliedFolder::OnDisk(std::size_t entry) const {
     return PathIn(m_place.OnDisk(), Entries()[entry].name);
 }
 
+Folder* TalliedFolder::Opened() {
+    if (!m_isTried) {
+        m_isTried = true;
+        static_cast<void>(m_place.Open(m_opened)); // its files are found by their paths as well
+    }
+    return m_opened.get();
+}
+
 bool TalliedFolder::Take(std::size_t entry, FileInfo& info) {
+    Folder* const folder = Opened();
+    const std::string& name = Entries()[entry].name;
+    const bool isFound =
+        folder != nullptr && folder->Stat(name, info) && info.kind != EntryKind::Link;
     const bool isFile = Entries()[entry].kind == EntryKind::File &&
-                        Files().Stat(OnDisk(entry), info) && info.kind == EntryKind::File;
+                        (isFound || Files().Stat(OnDisk(entry), info)) &&
+                        info.kind == EntryKind::File;
     m_taken[entry] = m_taken[entry] || isFile;
     return isFile;
+}
+
+IoStatus TalliedFolder::Read(std::size_t entry, std::uint64_t limit, std::string& content) {
+    Folder* const folder = Opened();
+    IoStatus status = folder != nullptr ? folder->Read(Entries()[entry].name, limit, content)
+                                        : IoStatus{IoError::IsLink, {}};
+    return status.error == IoError::IsLink ? Files().Read(OnDisk(entry), limit, content) : status;
 }
 
 /// A folder on the way.

@@ -25,9 +25,9 @@ public:
 
     /// In the file system's order, listed once.
     [[nodiscard]] const std::vector<FolderEntry>& Entries() const { return m_names->Entries(); }
-    /// The number of an entry, found as FolderIndex does; npos when there is none.
+    /// The number of an entry, found as FolderIndex does; kNone when there is none.
     [[nodiscard]] std::size_t Find(const std::string& name) const;
-    static constexpr std::size_t npos = SIZE_MAX;
+    static constexpr std::size_t kNone = SIZE_MAX;
 
     [[nodiscard]] const Place& Where() const { return m_place; }
     /// The interface path of an entry; and the same for the file system.
@@ -36,11 +36,19 @@ public:
 
     /// Counts an entry and asks for what it is. False, uncounted, when it is no file.
     bool Take(std::size_t entry, FileInfo& info);
+    /// As FileSystem::Read.
+    IoStatus Read(std::size_t entry, std::uint64_t limit, std::string& content);
     [[nodiscard]] bool IsTaken(std::size_t entry) const { return m_taken[entry]; }
 
 private:
+    /// The system finds a name in an open folder sooner than behind a path. Null when it cannot be
+    /// opened.
+    platform::Folder* Opened();
+
     Place m_place;
     const FolderIndex* m_names;
+    std::unique_ptr<platform::Folder> m_opened;
+    bool m_isTried = false; ///< to open it
     std::vector<bool> m_taken;
 };
 

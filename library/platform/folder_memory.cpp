@@ -3,6 +3,8 @@
 
 #include "platform/folder_memory.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace nqp2::platform {
@@ -35,6 +37,12 @@ bool IsFuture(std::time_t modified, const Moment& now) {
     return modified > system_clock::to_time_t(now.wall + kStep);
 }
 
+KnownNames NamesIn(std::vector<FolderEntry> entries, IoStatus status) {
+    return {
+        std::make_shared<const FolderIndex>(FolderIndex::Of(std::move(entries), std::move(status))),
+        false};
+}
+
 /// Anyone can set `modified` back, as copying a card does, and `changed` then tells of that moment.
 /// In one step of the clock both may stay the same over two changes.
 bool StampsTell(const FileInfo& folder, const Moment& listed, const Moment& now) {
@@ -57,9 +65,20 @@ bool StampTells(std::time_t modified, const Moment& listed, const Moment& now) {
 KnownNames ListNames(const std::string& folder) {
     std::vector<FolderEntry> entries;
     IoStatus status = ListWhole(Files(), folder, entries);
-    return {
-        std::make_shared<const FolderIndex>(FolderIndex::Of(std::move(entries), std::move(status))),
-        false};
+    return NamesIn(std::move(entries), std::move(status));
+}
+
+void FolderMemory::BeginOperation() {
+    ++m_operation;
+    for (auto each = m_kept.begin(); each != m_kept.end();) {
+        each = each->second.index->Status() ? std::next(each) : Forget(each);
+    }
+    const auto takesLess = [](const auto& left, const auto& right) {
+        return left.second.bytes < right.second.bytes;
+    };
+    while (m_bytes > kMaxBytes) {
+        Forget(std::max_element(m_kept.begin(), m_kept.end(), takesLess));
+    }
 }
 
 KnownNames FolderMemory::NamesOf(const std::string& folder) {
@@ -67,21 +86,28 @@ KnownNames FolderMemory::NamesOf(const std::string& folder) {
     if (known != m_kept.end() && known->second.operation == m_operation) {
         return {known->second.index, false};
     }
+    // The stamp is taken before the listing, so that a change in the middle of it shows.
     FileInfo info;
-    if (IoStatus status = Files().Stat(folder, info); !status) {
-        Forget(folder);
-        return {std::make_shared<const FolderIndex>(FolderIndex::Of({}, std::move(status)))};
-    }
+    IoStatus status = Files().Stat(folder, info);
     const Moment now = Moment::Now();
-    if (known != m_kept.end() && IsSame(known->second.folder, info) &&
+    if (known != m_kept.end() && status && IsSame(known->second.folder, info) &&
         StampsTell(info, known->second.listed, now)) {
         return {known->second.index, true};
     }
-    return List(folder, info, now);
+    if (known != m_kept.end()) {
+        Forget(known);
+    }
+    KnownNames names = status ? ListNames(folder) : NamesIn({}, std::move(status));
+    const std::size_t bytes = names.index->Bytes();
+    m_kept.emplace(folder, Kept{names.index, info, now, bytes, m_operation});
+    m_bytes += bytes;
+    return names;
 }
 
 KnownNames FolderMemory::ListAgain(const std::string& folder) {
-    Forget(folder);
+    if (const auto known = m_kept.find(folder); known != m_kept.end()) {
+        Forget(known);
+    }
     return NamesOf(folder);
 }
 
@@ -90,33 +116,9 @@ void FolderMemory::Clear() {
     m_bytes = 0;
 }
 
-// The stamp was taken before the listing, so that a change in the middle of it shows.
-KnownNames FolderMemory::List(const std::string& path, const FileInfo& folder, const Moment& now) {
-    Forget(path);
-    KnownNames names = ListNames(path);
-    if (names.index->Status()) {
-        Keep(path, {names.index, folder, now, names.index->Bytes(), m_operation});
-    }
-    return names;
-}
-
-void FolderMemory::Keep(const std::string& path, Kept kept) {
-    if (m_bytes + kept.bytes > kMaxBytes) {
-        Clear();
-    }
-    if (kept.bytes <= kMaxBytes) {
-        const std::size_t bytes = kept.bytes;
-        m_kept.emplace(path, std::move(kept));
-        m_bytes += bytes;
-    }
-}
-
-void FolderMemory::Forget(const std::string& path) {
-    const auto known = m_kept.find(path);
-    if (known != m_kept.end()) {
-        m_bytes -= known->second.bytes;
-        m_kept.erase(known);
-    }
+FolderMemory::AllKept::iterator FolderMemory::Forget(AllKept::iterator kept) {
+    m_bytes -= kept->second.bytes;
+    return m_kept.erase(kept);
 }
 
 } // namespace nqp2::platform

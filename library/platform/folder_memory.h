@@ -33,14 +33,14 @@ struct Moment {
 bool StampTells(std::time_t modified, const Moment& listed, const Moment& now);
 
 /// The names of folders, kept from one operation to the next. In each operation a folder is listed
-/// once at most: when its stamp says that it changed or is another one, and while StampTells is
-/// false. Kept names are a hint all the same: who uses them asks the file system for a file's own
-/// name before it counts as missing, and for the name that was found before it counts as there. One
-/// thread at a time.
+/// once at most, whatever came of it: when its stamp says that it changed or is another one, while
+/// StampTells is false, and after a failure. Kept names are a hint all the same: who uses them asks
+/// the file system for a file's own name before it counts as missing, and for the name that was
+/// found before it counts as there. One thread at a time.
 class FolderMemory {
 public:
-    /// Folders that would take more, all together, are not kept: a card of 100,000 clips takes
-    /// about 50 MiB.
+    /// Folders that take more, all together, are kept for one operation alone, the largest first: a
+    /// card of 100,000 clips takes about 50 MiB.
     static constexpr std::size_t kMaxBytes = std::size_t{64} << 20U;
 
     FolderMemory() = default;
@@ -48,7 +48,7 @@ public:
     FolderMemory& operator=(const FolderMemory&) = delete;
 
     /// From here on names that are kept have to prove themselves.
-    void BeginOperation() { ++m_operation; }
+    void BeginOperation();
     /// Throws std::bad_alloc when there is no memory to list it.
     KnownNames NamesOf(const std::string& folder);
     /// The same, listed now whatever is kept.
@@ -64,12 +64,13 @@ private:
         std::uint64_t operation; ///< that listed it
     };
 
-    KnownNames List(const std::string& path, const FileInfo& folder, const Moment& now);
-    void Keep(const std::string& path, Kept kept);
-    void Forget(const std::string& path);
+    using AllKept = std::map<std::string, Kept>; ///< by the folder's path
 
-    std::map<std::string, Kept> m_kept; ///< by the folder's path
-    std::size_t m_bytes = 0;            ///< of all that is kept
+    /// What comes behind it.
+    AllKept::iterator Forget(AllKept::iterator kept);
+
+    AllKept m_kept;
+    std::size_t m_bytes = 0; ///< of all that is kept
     std::uint64_t m_operation = 0;
 };
 

@@ -175,9 +175,10 @@ private:
             const std::size_t index = m_claimed++;
             Slot& slot = m_slots[index % kWindow];
             lock.unlock();
+            const std::int64_t waits = WaitsOfThread(); // but those for room
             const ReadWatch watch;
             const bool isRead = TryReadFile(m_requests[index], slot.file);
-            const bool isSlow = watch.IsSlow();
+            const bool isSlow = watch.IsSlow() && WaitsOfThread() != waits;
             lock.lock();
             slot.fellShort = !isRead || slot.file.status.error == IoError::Other;
             slot.filled = true;

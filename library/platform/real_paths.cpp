@@ -5,19 +5,16 @@
 
 #include "NQP2ParserU/PathText.h"
 #include "platform/place.h"
+#include "platform/sorted_names.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
-#include <iterator>
 #include <map>
-#include <numeric>
 #include <optional>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace nqp2 {
 
@@ -46,119 +43,14 @@ bool Exists(const std::string& path) {
 } // namespace
 
 struct RealPaths::Cache {
-    /// The names in a folder, sorted: who asks for them in their order finds one beside the other.
-    class SortedNames {
-    public:
-        /// Of a folder that cannot be read to its end it has those that came.
-        void Read(const std::string& folder) {
-            m_starts.reserve(Pack(folder));
-            std::vector<Head> heads = Heads();
-            std::sort(heads.begin(), heads.end(), [this](const Head& left, const Head& right) {
-                return left.bytes == right.bytes ? NameFrom(left.start) < NameFrom(right.start)
-                                                 : left.bytes < right.bytes;
-            });
-            std::transform(heads.begin(), heads.end(), std::back_inserter(m_starts),
-                           [](const Head& head) { return head.start; });
-        }
-        bool Has(std::string_view name) {
-            for (int step = 0; step < kSteps && m_next < m_starts.size(); ++step, ++m_next) {
-                const int order = NameAt(m_next).compare(name);
-                if (order == 0) {
-                    return true;
-                }
-                if (order > 0) {
-                    break;
-                }
-            }
-            m_next = FirstFrom(name);
-            return m_next < m_starts.size() && NameAt(m_next) == name;
-        }
-
-    private:
-        static constexpr int kSteps = 8; ///< more than a clip has files in a folder, mostly
-        static_assert(platform::kMaxFolderEntries <= UINT32_MAX / 1024,
-                      "names, each shorter than 1,024 bytes, are counted in 32 bits together");
-
-        /// The first bytes of a name as one number, in their order, which spares most comparisons a
-        /// look at the names.
-        struct Head {
-            std::uint64_t bytes;
-            std::uint32_t start;
-        };
-        static std::uint64_t HeadOf(std::string_view name) {
-            std::uint64_t bytes = 0;
-            for (std::size_t i = 0; i < sizeof(bytes); ++i) {
-                const char byte = i < name.size() ? name[i] : '\0';
-                bytes = bytes << 8U | static_cast<unsigned char>(byte);
-            }
-            return bytes;
-        }
-        /// Room for a large folder at once: where a list grows, it is there twice for a moment.
-        static std::size_t LikelyCount(const std::string& folder) {
-            constexpr std::uint64_t kBytesOfEntry = 20; // or a little more, where a size is told
-            constexpr std::uint64_t kMost = 100'000;
-            platform::FileInfo info;
-            return platform::Files().Stat(folder, info) ? std::min(info.size / kBytesOfEntry, kMost)
-                                                        : 0;
-        }
-        /// Takes the folder's names as they come and tells how many; its listing, which takes far
-        /// more room, is gone before they are sorted.
-        std::size_t Pack(const std::string& folder) {
-            std::vector<platform::FolderEntry> entries;
-            entries.reserve(LikelyCount(folder));
-            static_cast<void>(platform::Files().List(folder, entries));
-            m_text.reserve(std::accumulate(
-                entries.begin(), entries.end(), std::size_t{0},
-                [](std::size_t sum, const auto& entry) { return sum + entry.name.size() + 1; }));
-            for (const platform::FolderEntry& entry : entries) {
-                m_text.append(entry.name.c_str(), entry.name.size() + 1);
-            }
-            return entries.size();
-        }
-        [[nodiscard]] std::vector<Head> Heads() const {
-            std::vector<Head> heads;
-            heads.reserve(m_starts.capacity());
-            for (std::size_t start = 0; start < m_text.size();) {
-                const std::string_view name = NameFrom(static_cast<std::uint32_t>(start));
-                heads.push_back({HeadOf(name), static_cast<std::uint32_t>(start)});
-                start += name.size() + 1;
-            }
-            return heads;
-        }
-        [[nodiscard]] std::string_view NameFrom(std::uint32_t start) const {
-            return m_text.c_str() + start;
-        }
-        [[nodiscard]] std::string_view NameAt(std::size_t number) const {
-            return NameFrom(m_starts[number]);
-        }
-        /// The number of the first name that is not before `name`.
-        [[nodiscard]] std::size_t FirstFrom(std::string_view name) const {
-            std::size_t first = 0;
-            std::size_t end = m_starts.size();
-            while (first < end) {
-                const std::size_t middle = first + (end - first) / 2;
-                if (NameAt(middle) < name) {
-                    first = middle + 1;
-                } else {
-                    end = middle;
-                }
-            }
-            return first;
-        }
-
-        std::string m_text;                  ///< the names, a zero behind each
-        std::vector<std::uint32_t> m_starts; ///< of each in it, sorted by the names
-        std::size_t m_next = 0;              ///< where the answer before was found
-    };
-
     struct Folder {
         explicit Folder(platform::Place found) : place(std::move(found)) {}
 
         platform::Place place;
         int questions = 0;
-        std::string asked;      ///< PosixPath's answer with a separator at its end, or "",
-        bool isAsAsked = false; ///< and whether it leads there
-        SortedNames names;      ///< of a folder of which much is asked
+        std::string asked;           ///< PosixPath's answer with a separator at its end, or "",
+        bool isAsAsked = false;      ///< and whether it leads there
+        platform::SortedNames names; ///< of a folder of which much is asked
     };
     std::map<std::wstring, Folder, std::less<>> folders;
 
@@ -200,7 +92,7 @@ struct RealPaths::Cache {
         }
         folder.asked = PosixPath(CString(written));
         folder.isAsAsked = Exists(folder.asked);
-        folder.names.Read(folder.place.OnDisk());
+        folder.names = platform::SortedNames(folder.place.OnDisk());
     }
     static std::optional<std::string> AmongNames(Folder& folder, const std::string& name) {
         const bool isThere = folder.names.Has(name);

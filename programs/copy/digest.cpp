@@ -64,4 +64,12 @@ void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::u
     }
 }
 
+void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
+                   std::string_view written) {
+    Digest digest;
+    digest.Add(written);
+    std::string block(written.size(), '\0');
+    CheckReadBack(writer, path, start, digest, block, [](std::size_t) {});
+}
+
 } // namespace nqp2::copy

@@ -43,5 +43,8 @@ private:
 void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
                    const Digest& written, std::string& block,
                    const std::function<void(std::size_t)>& done);
+/// The same for what is still in memory.
+void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
+                   std::string_view written);
 
 } // namespace nqp2::copy

@@ -52,16 +52,6 @@ void PutShootStartStatus(ValueSink& sink, const Clip& clip) {
         clip.StartDate.IsEmpty() ? COleDateTime::null : clip.ShootStartTime.GetStatus();
     sink.Put(std::int64_t{status});
 }
-void PutAudioPaths(ValueSink& sink, const Clip& clip) {
-    sink.BeginList(ListOf::Texts);
-    for (const CString& path : clip.AudioPath) {
-        PutPath(sink, path);
-    }
-    sink.EndList();
-}
-void PutProxy(ValueSink& sink, const Clip& clip) {
-    PutFields(sink, kProxyFields, clip.Proxy);
-}
 void PutMemos(ValueSink& sink, const Clip& clip) {
     sink.BeginList(ListOf::Records);
     for (const Memo& memo : clip.Memos) {
@@ -98,11 +88,11 @@ constexpr Field<Clip> kClipFields[] = {
     {"ExtraPath", Path<&Clip::ExtraPath>},
     {"IconPath", Path<&Clip::IconPath>},
     {"VideoPath", Path<&Clip::VideoPath>},
-    {"AudioPath", PutAudioPaths},
+    {"AudioPath", Path<&Clip::AudioPath>},
     {"XmlPath", Path<&Clip::XmlPath>},
     {"ProxyPath", Path<&Clip::ProxyPath>},
     {"ProxyVideoCodecName", Plain<&Clip::ProxyVideoCodecName>},
-    {"Proxy", PutProxy},
+    {"Proxy", Members<&Clip::Proxy, kProxyFields>},
     {"AvcIntraClass50", Plain<&Clip::AvcIntraClass50>},
     {"CodecClass", Plain<&Clip::CodecClass>},
     {"ClipIdDigit", Plain<&Clip::ClipIdDigit>},
@@ -147,12 +137,26 @@ void PutClip(ValueSink& sink, const _tag_P2Clip& clip) {
     PutFields(sink, kClipFields, clip);
 }
 
+void PutClipMembers(ValueSink& sink, const _tag_P2Clip& clip) {
+    PutMembers(sink, kClipFields, clip);
+}
+
 void PutClipOfCard(ValueSink& sink, const std::string& card, const _tag_P2Clip& clip) {
     sink.BeginRecord();
     sink.Name("Card");
     sink.Put(std::string_view(card));
-    PutMembers(sink, kClipFields, clip);
+    PutClipMembers(sink, clip);
     sink.EndRecord();
+}
+
+// Where texts are is told by the record, which is asked for one clip earlier.
+void FetchAhead(const ClipOrder& clips, std::size_t index) {
+    if (index + 2 < clips.size()) {
+        FetchObject(*clips[index + 2]);
+    }
+    if (index + 1 < clips.size()) {
+        FetchFields(kClipFields, *clips[index + 1]);
+    }
 }
 
 eCodeType CodeTypeOf(const _tag_P2Clip& clip) {

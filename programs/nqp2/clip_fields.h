@@ -3,10 +3,12 @@
 
 #pragma once
 
+#include "nqp2/clip_order.h"
 #include "nqp2/value.h"
 #include "NQP2ParserU/CodeType.h"
 #include "NQP2ParserU/P2Clip.h"
 
+#include <cstddef>
 #include <string>
 
 namespace nqp2::tool {
@@ -14,9 +16,14 @@ namespace nqp2::tool {
 /// Shows every field of a clip under its own name in declaration order, then what its codec and
 /// rate mean (CodeType, VideoStandard). Paths are POSIX paths, absent files "".
 void PutClip(ValueSink& sink, const _tag_P2Clip& clip);
+/// The same within a record that has more.
+void PutClipMembers(ValueSink& sink, const _tag_P2Clip& clip);
 
 /// The same with its card before all else ("Card").
 void PutClipOfCard(ValueSink& sink, const std::string& card, const _tag_P2Clip& clip);
+
+/// To be called where each of the clips is shown in its turn: asks for the next (nqp2/fetch.h).
+void FetchAhead(const ClipOrder& clips, std::size_t index);
 
 /// What a clip's codec and rate mean.
 eCodeType CodeTypeOf(const _tag_P2Clip& clip);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
 #include "nqp2/record_output.h"
@@ -45,8 +45,8 @@ void RequirePlainName(const std::string& name) {
     throw Failure(card.Folder(), "no clip " + name, "`nqp2 clips` lists the clips");
 }
 
-_tag_P2Clip ReadClip(const ClipOptions& options) {
-    const Card card(options.card);
+_tag_P2Clip ReadClip(Console& console, const ClipOptions& options) {
+    const Card card = EnterCard(console, options.card);
     ReadyParser parser;
     _tag_P2Clip clip;
     if (parser->LoadClipInfo(card.Root(), TextFromBytes(options.name), clip) != 0) {
@@ -57,7 +57,7 @@ _tag_P2Clip ReadClip(const ClipOptions& options) {
 
 Status RunClip(Console& console, const ClipOptions& options) {
     RequirePlainName(options.name);
-    const _tag_P2Clip clip = ReadClip(options);
+    const _tag_P2Clip clip = ReadClip(console, options);
     PrintRecord(console, options.json, Content([&clip](ValueSink& sink) { PutClip(sink, clip); }));
     return kDone;
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/clip_table.h"
 #include "nqp2/command.h"
 #include "nqp2/console.h"
@@ -85,14 +85,14 @@ EdlScan LoadEdls(const Card& card) {
 }
 
 Status RunEdlList(Console& console, const EdlOptions& options) {
-    EdlScan scan = LoadEdls(Card(options.card));
+    EdlScan scan = LoadEdls(EnterCard(console, options.card, {kP2Cards, L"EDITLIST"}));
     PrintEdls(console, scan.edls, options.form);
     console.Finish();
     return TellLosses(console, scan.report, options.strict);
 }
 
 Status RunPlaylists(Console& console, const EdlOptions& options) {
-    const Card card(options.card);
+    const Card card = EnterCard(console, options.card, {kAvchdCards});
     ReadyParser parser;
     CArray<tag_P2EDL> playlists;
     ScanReport report;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/edl_fields.h"
 #include "nqp2/field.h"
@@ -69,7 +69,7 @@ bool IsOnCard(ReadyParser& parser, const Card& card, const tag_P2EDLClipTrackEve
 Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
     RequireFileName(options);
     const tag_P2EDL edl = ReadEdl(options.file);
-    const Card card(options.card);
+    const Card card = EnterCard(console, options.card);
     // No folder is made for a mistyped card.
     card.RequireContents();
     ReadyParser parser;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
 #include "nqp2/record_output.h"
@@ -56,7 +56,7 @@ void PrintFormat(Console& console, const DiskFormat& format) {
 }
 
 Status RunFormat(Console& console, const FormatOptions& options) {
-    const DiskFormat format = ReadFormat(Card(options.card));
+    const DiskFormat format = ReadFormat(EnterCard(console, options.card));
     const Record record = FormatRecord(format);
     PrintListing(console, options.form,
                  {record,

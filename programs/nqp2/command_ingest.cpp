@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
 #include "nqp2/record_output.h"
@@ -50,6 +50,13 @@ void RequireDone(const IngestResult& result) {
     }
 }
 
+/// A folder of any kind can hold a list.
+Card CardOfList(Console& console, const std::string& argument) {
+    const Card card = EnterCard(console, argument, {kP2Cards, L"USERDATA"});
+    card.RequireFolder();
+    return card;
+}
+
 struct IngestListOptions {
     std::string card;
     OutputForm form;
@@ -90,8 +97,7 @@ void PrintIngestTable(Console& console, const IngestList& list) {
 }
 
 Status RunIngestList(Console& console, const IngestListOptions& options) {
-    const Card card(options.card);
-    card.RequireFolder();
+    const Card card = CardOfList(console, options.card);
     IngestList list;
     IngestResult result;
     if (!LoadIngestList(card.Root(), list, result)) {
@@ -143,21 +149,19 @@ CString ClipNameFrom(const std::string& text) {
     return name;
 }
 
-Status RunIngestAdd(Console& /*console*/, const IngestChange& change) {
+Status RunIngestAdd(Console& console, const IngestChange& change) {
     const CString clip = ClipNameFrom(change.clip);
     Segments segments;
     std::transform(change.segments.begin(), change.segments.end(), std::back_inserter(segments),
                    SegmentFrom);
-    const Card card(change.card);
-    card.RequireFolder();
+    const Card card = CardOfList(console, change.card);
     RequireDone(AddToIngestList(card.Root(), {{clip, segments}}));
     return kDone;
 }
 
-Status RunIngestRemove(Console& /*console*/, const IngestChange& change) {
+Status RunIngestRemove(Console& console, const IngestChange& change) {
     const CString clip = ClipNameFrom(change.clip);
-    const Card card(change.card);
-    card.RequireFolder();
+    const Card card = CardOfList(console, change.card);
     RequireDone(RemoveFromIngestList(card.Root(), clip));
     return kDone;
 }

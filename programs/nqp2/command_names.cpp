@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
 
@@ -15,7 +15,7 @@ namespace nqp2::tool {
 namespace {
 
 Status RunFreeName(Console& console, const std::string& argument) {
-    const Card card(argument);
+    const Card card = EnterCard(console, argument);
     ReadyParser parser;
     DiskFormat format;
     // A folder that is no card has every name free: ask first whether it is one.

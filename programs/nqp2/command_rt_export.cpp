@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/frame_stream.h"
 #include "nqp2/input_text.h"
@@ -177,11 +177,13 @@ void PrintRecording(Console& console, const RtExportOptions& options,
     }
 }
 
-Status RunRtExport(Console& console, const RtExportOptions& options) {
+Status RunRtExport(Console& console, const RtExportOptions& given) {
+    RtExportOptions options = given;
     const eCodeType codeType = CodeTypeFromArgument(options.codeType);
     const StreamForm form = StreamFormOf(codeType);
-    const Card card(options.card);
+    const Card card = EnterCard(console, options.card);
     card.RequireContents();
+    options.card = card.Argument();
     AccessUnits video(options.video, form.unitSize);
     FrameStream stream(form, std::move(video), SoundOf(options));
     TransferWatch watch(options.quiet);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
@@ -84,15 +84,16 @@ Recording CardRecording(ReadyParser& parser, const Card& card) {
     return {CodeTypeOf(clips[0]), StandardOf(clips[0]), 0};
 }
 
-Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options, const Amounts& amounts) {
+Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options,
+                        const std::optional<Card>& card) {
     const bool told = !options.codeType.empty() && !options.standard.empty();
     Recording recording = {};
     if (!told) {
-        if (amounts.bytes) {
+        if (!card) {
             throw Failure("space usage", "--bytes needs --code-type and --standard",
                           "see nqp2 space --help", kUsage);
         }
-        recording = CardRecording(parser, Card(options.card));
+        recording = CardRecording(parser, *card);
     }
     if (!options.codeType.empty()) {
         recording.codeType = CodeTypeFromArgument(options.codeType);
@@ -105,7 +106,7 @@ Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options, const 
 }
 
 /// Free bytes, and whether the frames fit in them.
-Space AskSpace(ReadyParser& parser, const SpaceOptions& options, const Amounts& amounts,
+Space AskSpace(ReadyParser& parser, const std::optional<Card>& card, const Amounts& amounts,
                const Recording& recording) {
     const auto& [codeType, standard, audioFlag] = recording;
     const std::int64_t frames = amounts.frames.value_or(0);
@@ -117,18 +118,17 @@ Space AskSpace(ReadyParser& parser, const SpaceOptions& options, const Amounts& 
         space.fits = need != kMostBytes && space.freeBytes >= need;
         return space;
     }
-    const Card card(options.card);
-    card.RequireContents();
+    card->RequireContents();
     __int64 narrowFrames = 0; // counted with 16-bit audio, whatever the flag says
-    space.fits = parser->GetDiscFree(card.Root(), codeType, audioFlag, standard, frames,
+    space.fits = parser->GetDiscFree(card->Root(), codeType, audioFlag, standard, frames,
                                      space.freeBytes, narrowFrames) != 0;
     return space;
 }
 
-Space MeasureSpace(ReadyParser& parser, const SpaceOptions& options, const Amounts& amounts,
+Space MeasureSpace(ReadyParser& parser, const std::optional<Card>& card, const Amounts& amounts,
                    const Recording& recording) {
     const auto& [codeType, standard, audioFlag] = recording;
-    Space space = AskSpace(parser, options, amounts, recording);
+    Space space = AskSpace(parser, card, amounts, recording);
     space.maxFrames = parser->CountFramesFromSpace(codeType, audioFlag, standard, space.freeBytes);
     if (amounts.frames) {
         space.spaceForFrames =
@@ -207,8 +207,12 @@ Status RunSpace(Console& console, const SpaceOptions& options) {
                       kUsage);
     }
     ReadyParser parser;
-    const Recording recording = RecordingFrom(parser, options, amounts);
-    const Space space = MeasureSpace(parser, options, amounts, recording);
+    std::optional<Card> card;
+    if (!amounts.bytes) {
+        card = EnterCard(console, options.card);
+    }
+    const Recording recording = RecordingFrom(parser, options, card);
+    const Space space = MeasureSpace(parser, card, amounts, recording);
     if (options.json) {
         PrintJson(console, SpaceRecord(space));
     } else {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/record_output.h"
 #include "nqp2/transfer_watch.h"
@@ -50,10 +50,10 @@ void PrintImport(Console& console, const stu_R8P2TransInfo& info) {
     console.Finish(); // the next clip may take long
 }
 
-stu_R8P2TransInfo Import(WorkerSession& session, TransferWatch& watch,
+stu_R8P2TransInfo Import(WorkerSession& session, TransferWatch& watch, const Card& card,
                          const TransferOptions& options, const std::string& clip) {
     stu_R8P2TransInfo info;
-    info.text1 = WorkerPath(options.card);
+    info.text1 = WorkerPath(card.Argument());
     info.text2 = TextFromBytes(clip);
     info.text3 = WorkerPath(options.folder);
     info.value2 = options.incomplete ? kTakeIncomplete : 0;
@@ -65,13 +65,14 @@ stu_R8P2TransInfo Import(WorkerSession& session, TransferWatch& watch,
 }
 
 Status RunImport(Console& console, const TransferOptions& options) {
-    Card(options.card).RequireContents();
+    const Card card = EnterCard(console, options.card);
+    card.RequireContents();
     TransferWatch watch(options.quiet);
     WorkerSession session(options.worker);
     watch.Follow(*session.operator->());
     List records;
     for (const std::string& clip : options.clips) {
-        const stu_R8P2TransInfo info = Import(session, watch, options, clip);
+        const stu_R8P2TransInfo info = Import(session, watch, card, options, clip);
         if ((info.value2 & kWasIncomplete) != 0) {
             TellIncomplete(console, clip, session.Sentence());
         }
@@ -88,15 +89,17 @@ Status RunImport(Console& console, const TransferOptions& options) {
 }
 
 Status RunExport(Console& console, const TransferOptions& options) {
-    const Card card(options.card);
+    // An empty folder becomes a card.
+    const Card card = EnterCard(console, options.card);
     card.RequireFolder();
-    Card(options.folder).RequireContents();
+    const Card source = EnterCard(console, options.folder);
+    source.RequireContents();
     TransferWatch watch(options.quiet);
     WorkerSession session(options.worker);
     watch.Follow(*session.operator->());
     stu_R8P2TransInfo info;
-    info.text1 = WorkerPath(options.card);
-    info.text3 = WorkerPath(options.folder);
+    info.text1 = WorkerPath(card.Argument());
+    info.text3 = WorkerPath(source.Argument());
     info.value2 = options.incomplete ? kTakeIncomplete : 0;
     CStringArray names;
     List records;
@@ -115,7 +118,7 @@ Status RunExport(Console& console, const TransferOptions& options) {
         TellIncomplete(console, label, sentence);
     }
     if (options.json) {
-        PrintJson(console, Record{{"card", card.Folder()}, {"clips", records}});
+        PrintJson(console, Record{{"card", OutputPath(card.Folder())}, {"clips", records}});
     } else {
         console.WriteLine(fmt::format("{}: exported to {}", label, card.Folder()));
     }

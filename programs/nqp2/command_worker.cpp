@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "nqp2/bitmap_file.h"
-#include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/record_output.h"
 #include "nqp2/value.h"
@@ -22,9 +22,10 @@ struct DeleteOptions {
     std::string worker;
 };
 
-Status RunDelete(Console& /*console*/, const DeleteOptions& options) {
-    Card(options.card).RequireContents();
-    const CString root = WorkerPath(options.card);
+Status RunDelete(Console& console, const DeleteOptions& options) {
+    const Card card = EnterCard(console, options.card);
+    card.RequireContents();
+    const CString root = WorkerPath(card.Argument());
     WorkerSession session(options.worker);
     for (const std::string& clip : options.clips) {
         // Without a worker the clip would still leave the ingest list.
@@ -42,12 +43,13 @@ struct IconOptions {
     std::string worker;
 };
 
-Status RunIcon(Console& /*console*/, const IconOptions& options) {
-    Card(options.card).RequireContents();
+Status RunIcon(Console& console, const IconOptions& options) {
+    const Card card = EnterCard(console, options.card);
+    card.RequireContents();
     Bitmap bitmap = ReadBitmap(options.picture);
     WorkerSession session(options.worker);
     auto* const pixels = reinterpret_cast<unsigned char*>(bitmap.pixels.data());
-    session.Require(session->CreateIconBmp(WorkerPath(options.card), TextFromBytes(options.clip),
+    session.Require(session->CreateIconBmp(WorkerPath(card.Argument()), TextFromBytes(options.clip),
                                            pixels, bitmap.size) == 1,
                     options.clip, "no icon was made");
     return kDone;
@@ -60,11 +62,12 @@ struct SerialOptions {
 };
 
 Status RunSerial(Console& console, const SerialOptions& options) {
-    const Card card(options.card);
+    // Of any volume: a folder that leads to several cards is taken as it is.
+    const Card card = EnterCard(console, options.card, {kEveryCard, nullptr, true});
     card.RequireFolder();
     WorkerSession session(options.worker);
     CString serial;
-    session.Require(session->GetP2SerialNumber(WorkerPath(options.card), serial) == 0,
+    session.Require(session->GetP2SerialNumber(WorkerPath(card.Argument()), serial) == 0,
                     card.Folder(), "no serial number");
     if (options.json) {
         PrintJson(console, Record{{"P2SerialNo", BytesFromText(serial)}});

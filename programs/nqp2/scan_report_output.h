@@ -15,8 +15,8 @@
 namespace nqp2::tool {
 
 /// The report's parts as lists of records.
-Value SkippedValue(const ScanReport& report);
-Value TakesValue(const ScanReport& report);
+Value SkippedValue(const CardScans& scans);
+Value TakesValue(const CArray<JoinedTake>& takes);
 
 /// Takes a line of a report.
 using TellLine = std::function<void(const std::string& line)>;

@@ -3,7 +3,6 @@
 
 #include "worker/essence_file.h"
 
-#include "copy/copier.h"
 #include "platform/guard.h"
 #include "worker/media_loader.h"
 
@@ -18,15 +17,21 @@ std::int64_t SamplesUpTo(std::int64_t frames, const FrameRate& rate) {
     return (frames * kSampleRate * rate.seconds + rate.frames / 2) / rate.frames;
 }
 
+std::unique_ptr<platform::FileWriter> Begun(platform::Folder& folder, const std::string& name,
+                                            const std::string& path) {
+    LoadMediaModule();
+    std::unique_ptr<platform::FileWriter> writer;
+    copy::Require(folder.Create(name, writer), "write", path);
+    return writer;
+}
+
 } // namespace
 
 EssenceFile::EssenceFile(platform::Folder& folder, const std::string& name, FrameRate videoRate,
                          std::int32_t sampleBytes)
     : m_name(name), m_path(platform::PathIn(folder.Path(), name)), m_videoRate(videoRate),
-      m_sampleBytes(sampleBytes) {
-    LoadMediaModule();
-    copy::Require(folder.Create(m_name, m_writer), "write", m_path);
-}
+      m_sampleBytes(sampleBytes), m_writer(Begun(folder, m_name, m_path)),
+      m_essence(*m_writer, m_path) {}
 
 EssenceFile::EssenceFile(platform::Folder& folder, const std::string& name,
                          const VideoFormat& format)
@@ -54,6 +59,9 @@ bool EssenceFile::WriteAt(std::uint64_t position, std::string_view bytes) noexce
     const bool isSame = bytes.data() == m_ahead.data() && bytes.size() <= m_ahead.size();
     const bool isAhead = position == m_size && (isSame || m_ahead.starts_with(bytes));
     const bool isWritten = isAhead || platform::Guarded(false, [&] {
+                               if (!m_ends.Note(position, bytes, EssenceEnd())) {
+                                   return false;
+                               }
                                platform::IoStatus status = m_writer->WriteAt(position, bytes);
                                if (!status && m_failure) {
                                    m_failure = std::move(status);
@@ -107,9 +115,10 @@ void EssenceFile::Put(std::string_view unit) {
     m_ahead = {};
     Require(fault);
     if (m_units == 0) {
-        m_essenceStart = m_size - unit.size();
+        m_essence.BeginAt(m_size - unit.size());
+        m_ends.BeginEssence(EssenceStart());
     }
-    m_digest.Add(unit);
+    m_essence.Add(unit);
     ++m_units;
 }
 
@@ -138,8 +147,8 @@ void EssenceFile::Finish(std::int64_t frames) {
     }
     Require(m_muxer->Finish());
     copy::Require(m_writer->Flush(), "write", m_path);
-    std::string block(copy::kDefaultBlock, '\0');
-    CheckReadBack(*m_writer, m_path, m_essenceStart, m_digest, block, [](std::size_t) {});
+    m_essence.Finish();
+    m_ends.Check(*m_writer, m_path, EssenceEnd());
 }
 
 void EssenceFile::Commit() {

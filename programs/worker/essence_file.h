@@ -3,9 +3,10 @@
 
 #pragma once
 
-#include "copy/digest.h"
 #include "copy/failure.h"
+#include "copy/piece_check.h"
 #include "platform/folder.h"
+#include "worker/essence_ends.h"
 #include "worker/media_module.h"
 
 #include <cstdint>
@@ -28,8 +29,8 @@ public:
     /// Appends one access unit of video, or whole samples of sound. What fails to be written, on a
     /// full medium say, is not in the file, which can be finished with what came before.
     void Add(std::string_view bytes);
-    /// Completes the file, flushes it and compares the essence on the medium with what was added.
-    /// Sound gets silence up to a whole frame, and up to `frames` of them; on a full medium, where
+    /// Completes the file, flushes it and fails unless all of it is on the medium as it was written,
+    /// which for most of the essence was found out while it grew. Sound gets silence up to a whole frame, and up to `frames` of them; on a full medium, where
     /// nothing is left but room for the end, as much as fits.
     void Finish(std::int64_t frames);
     /// Gives the finished file its name.
@@ -41,8 +42,8 @@ public:
     /// Bytes of sound that are missing until that many frames are full.
     [[nodiscard]] std::uint64_t SoundUntil(std::int64_t frames) const;
     /// Where the essence begins in the file, and how long it is, in bytes.
-    [[nodiscard]] std::uint64_t EssenceStart() const { return m_essenceStart; }
-    [[nodiscard]] std::uint64_t EssenceSize() const { return m_digest.Size(); }
+    [[nodiscard]] std::uint64_t EssenceStart() const { return m_essence.Start(); }
+    [[nodiscard]] std::uint64_t EssenceSize() const { return m_essence.Size(); }
 
 private:
     EssenceFile(platform::Folder& folder, const std::string& name, FrameRate videoRate,
@@ -51,6 +52,7 @@ private:
     /// Bytes of sound that belong to the next frame of video.
     [[nodiscard]] std::size_t NextSoundSize() const;
     void Put(std::string_view unit);
+    [[nodiscard]] std::uint64_t EssenceEnd() const { return EssenceStart() + EssenceSize(); }
     /// Fails when the media module did.
     void Require(const MediaFault& fault) const;
     void AddSilence(std::int64_t frames);
@@ -61,13 +63,13 @@ private:
     std::int32_t m_sampleBytes; ///< of sound; 0 in a video file
     std::unique_ptr<platform::FileWriter> m_writer;
     std::unique_ptr<EssenceMuxer> m_muxer;
-    copy::Digest m_digest;        ///< of the essence
+    copy::PieceCheck m_essence;
+    EssenceEnds m_ends;
     platform::IoStatus m_failure; ///< the first one of the writer
     std::uint64_t m_size = 0;     ///< of the file
     std::string_view m_ahead;     ///< what is written behind that size already
     std::string m_sound;          ///< waits until it fills a frame of video
     std::int64_t m_units = 0;     ///< access units, or frames of sound, that are in the file
-    std::uint64_t m_essenceStart = 0;
 };
 
 } // namespace nqp2::worker

@@ -62,6 +62,9 @@ private:
     /// Runs the completion of a clip and remembers how it ended.
     void Complete(const ClipMaker& clip, const std::function<void()>& completion);
 
+    /// Sound may be that many clips ahead of the video, or behind it.
+    static constexpr std::size_t kMostClipsAtOnce = 2;
+
     RecordingParameters m_parameters;
     const RecordingFormat* m_format;
     CardFolders m_card;

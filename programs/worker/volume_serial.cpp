@@ -12,6 +12,8 @@
 #include <fcntl.h>
 #include <libudev.h>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
 
@@ -50,6 +52,27 @@ std::string ReadFromDevice(const std::string& node, dev_t device) {
     return Text(number);
 }
 
+/// What the system knows of a volume.
+struct Volume {
+    std::string node;   ///< of its device
+    std::string number; ///< as it was when the system met it, or ""
+};
+
+/// Nothing when it stands on no device of its own. One look at a time: two that come first would
+/// write the library's one key for its tables at once.
+std::optional<Volume> LookUp(dev_t number) {
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    const std::unique_ptr<udev, Release> database(udev_new());
+    const std::unique_ptr<udev_device, Release> device(
+        database != nullptr ? udev_device_new_from_devnum(database.get(), 'b', number) : nullptr);
+    if (device == nullptr) {
+        return std::nullopt;
+    }
+    return Volume{Text(udev_device_get_devnode(device.get())),
+                  Text(udev_device_get_property_value(device.get(), "ID_FS_UUID"))};
+}
+
 } // namespace
 
 CString FindVolumeSerial(const CString& path) {
@@ -58,21 +81,16 @@ CString FindVolumeSerial(const CString& path) {
     if (stat(folder.c_str(), &facts) != 0) {
         throw copy::Failure("There is nothing at " + folder + ".");
     }
-    const std::unique_ptr<udev, Release> database(udev_new());
-    const std::unique_ptr<udev_device, Release> device(
-        database != nullptr ? udev_device_new_from_devnum(database.get(), 'b', facts.st_dev)
-                            : nullptr);
-    if (device == nullptr) {
+    const std::optional<Volume> volume = LookUp(facts.st_dev);
+    if (!volume) {
         throw copy::Failure("The file system of " + folder + " stands on no device of its own.");
     }
-    const std::string node = Text(udev_device_get_devnode(device.get()));
-    std::string number = ReadFromDevice(node, facts.st_dev);
+    std::string number = ReadFromDevice(volume->node, facts.st_dev);
     if (number.empty()) {
-        // What the system found when it met the volume, for those who may not read the device.
-        number = Text(udev_device_get_property_value(device.get(), "ID_FS_UUID"));
+        number = volume->number; // for those who may not read the device
     }
     if (number.empty()) {
-        throw copy::Failure("No serial number of this volume can be read from " + node +
+        throw copy::Failure("No serial number of this volume can be read from " + volume->node +
                             ", and the system's device database has none.");
     }
     return platform::TextFromUtf8(number);

@@ -232,13 +232,16 @@ TEST(HostileTalkTest, PacketsThatNoHonestPeerSendsEndTheChannel) {
 
 TEST(HostileTalkTest, APeerThatNeverReadsCannotBlockAnybody) {
     HostileTalk talk(Role::Takes);
-    talk.peersSend.NoteWaiting(true); // each release sends a packet
-    int answers = 0;
+    constexpr std::uint32_t kEnough = 2000; // packets that fill any queue
+    std::uint32_t answers = 0;
     do {
+        // A peer that keeps to the rules asks for a second packet when it has read the first.
+        talk.peersSend.NoteWanted(answers < kEnough ? 1 : answers - kEnough + 2);
         SendRaw(talk.Socket(), PacketOf(PacketKind::Data));
         ASSERT_EQ(talk.Receive(), kChannelDone);
-        ASSERT_LT(++answers, 2000);
+        ASSERT_LT(++answers, 2 * kEnough);
     } while (talk.end.Release(nullptr) == kChannelDone);
+    EXPECT_GT(answers, kEnough) << "packets that were not asked for";
     EXPECT_EQ(talk.Receive(), kChannelClosed);
 }
 
@@ -254,6 +257,7 @@ TEST(HostileTalkTest, ReleasesOutOfTurnCostThePeerItsOwnMessages) {
         talk.peersReceive.NoteRelease(slot);
     }
     EXPECT_EQ(talk.end.GetSendBuffer(&buffer, &capacity, &abortFlag), kChannelAborted);
+    EXPECT_EQ(talk.peersReceive.WantedPackets(), 0U) << "nobody waits any more";
     SendRaw(talk.Socket(), PacketOf(PacketKind::Data));
     EXPECT_EQ(talk.Receive(), kChannelDone);
 }

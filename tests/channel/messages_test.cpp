@@ -74,10 +74,15 @@ TEST_F(MessagesTest, AChannelHoldsFourSmallMessagesOrOneLargeUntilTheyAreRelease
     }
 }
 
-/// Releases that no packet tells of must not be missed by whoever is about to wait for them.
+/// Releases that no packet tells of must not be missed by whoever is about to wait for them, nor
+/// fill packets the queue while a thread that polls for all is slow to read them.
 TEST_F(MessagesTest, ASenderThatWaitsHearsOfEveryRelease) {
-    for (const std::uint32_t size : {65536U, 65537U}) {
+    for (const auto& [size, othersPoll] :
+         {std::pair(65536U, false), std::pair(65537U, false), std::pair(65537U, true)}) {
         Connect(size, size, 20000);
+        auto poller = std::async(std::launch::async, [&, polls = othersPoll, host = m_host] {
+            return polls ? Receive(Host(), host).status : kChannelClosed;
+        });
         auto receiver = std::async(std::launch::async, [&] {
             std::uint32_t inOrder = 0;
             while (NextId(WorkerEnd(), m_worker) == static_cast<std::int32_t>(inOrder + 1)) {
@@ -91,6 +96,7 @@ TEST_F(MessagesTest, ASenderThatWaitsHearsOfEveryRelease) {
         }
         Host().CloseChannel(&m_host);
         EXPECT_EQ(receiver.get(), sent);
+        EXPECT_EQ(poller.get(), kChannelClosed);
         EXPECT_EQ(sent, 20000U) << "a wait ended by its time-out";
         Disconnect();
     }

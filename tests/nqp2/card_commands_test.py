@@ -5,6 +5,7 @@
 import csv
 import io
 import json
+import re
 
 from program import Card, CardTest, main, run
 
@@ -59,7 +60,7 @@ class NamedCardTest(CardTest):
 
         path = str(self.card.path)
         self.assertEqual([seen(f"{path}/"), seen("card", cwd=self.folder), seen(".", cwd=path)],
-                         [path, "card", "."])
+                         [path, path, path])
         drive = ("--drive", f"E={path}")
         for text in ("E", "e", "E:", "E:\\"):
             self.assertIn(seen(*drive, text), (path, f"{path}/"))
@@ -68,28 +69,57 @@ class NamedCardTest(CardTest):
             (("clips", path, "--drive", text), f"--drive {text}: is no drive (expected E=FOLDER)\n")
             for text in ("E", "E=", "EE=/tmp", "=/tmp", "1=/tmp")])
 
+    COMMANDS = ("clips #", "clip # 0001AA", "format #", "free-name #", "edl list #",
+                "edl write # -", "space # --json", "ingest list #", "ingest add # 0001AA 0-1",
+                "ingest remove # 0001AA")
+
+    def run_on(self, path, command):
+        words = [path if word == "#" else word for word in command.split()]
+        return run(*words, given='{"Events": [{}]}')
+
+    def test_every_command_enters_the_card_that_a_folder_leads_to(self):
+        card = self.card.path
+        self.shown("ingest", "add", card, "0001AA", "3-4")
+        for command in self.COMMANDS:
+            self.run_on(card, command) # what changes the card changes it for all
+            direct = self.run_on(card, command)
+            for path in (card / "CONTENTS", card / "CONTENTS" / "CLIP", self.folder):
+                with self.subTest((command, path)):
+                    result = self.run_on(path, command)
+                    shown, expected = (re.sub('("FreeBytes"|"MaxFrames"): .*', "", text)
+                                       for text in (result.stdout, direct.stdout))
+                    self.assertEqual((result.returncode, shown, result.stderr), (
+                        direct.returncode, expected,
+                        f"nqp2: {path}: took the card at {card}\n{direct.stderr}"))
+        self.assertEqual(list((card / "CONTENTS").glob("USERDATA")), [])
+
+    def test_a_folder_with_its_own_list_is_no_way_to_a_card(self):
+        for name in ("EDITLIST", "userdata"):
+            (self.folder / name).mkdir()
+        for command in ("edl list #", "ingest list #", "ingest add # 0001AA 0-1"):
+            result = self.run_on(self.folder, command)
+            self.assertEqual((result.returncode, "took" in result.stderr), (0, False))
+        self.assertTrue((self.folder / "userdata" / "Ingest.xml").exists())
+        self.assertFalse((self.card.path / "USERDATA").exists())
+
     def test_every_command_says_why_there_is_no_card(self):
         card, other, two = self.card.path, self.folder / "other", self.folder / "two"
         Card(two / "a")
         Card(two / "b")
         other.mkdir()
         (self.folder / "file").write_text("")
-        above = f"no CONTENTS folder (the card is the folder above: {card})"
         cases = (
             (self.folder / "none", "no such folder"),
+            (two, "leads to 2 cards (give one of them#: " f"{two}/a, {two}/b)"),
             (self.folder / "file", "is not a folder (give the card's top folder)"),
             (other, "no CONTENTS folder (not a P2 card)"),
-            (card / "CONTENTS", above), (card / "CONTENTS" / "CLIP", above),
-            (self.folder, f"no CONTENTS folder (the card is one folder below: {card})"),
-            (two, f"no CONTENTS folder (2 cards lie one folder below, the first is {two}/a)"),
         )
-        for command in ("clips #", "clip # 0001AA", "format #", "free-name #", "edl list #",
-                        "edl write # -", "ingest list #", "ingest add # 0001AA 0-1",
-                        "ingest remove # 0001AA"):
+        for command in self.COMMANDS:
             # A folder of any kind can hold a list.
-            for path, problem in cases[:1] if "ingest" in command else cases:
-                words = [path if word == "#" else word for word in command.split()]
-                self.assert_each_fails(1, [(words, f"{path}: {problem}\n")], given='{"Events": [{}]}')
+            for path, problem in cases[:2] if "ingest" in command else cases:
+                problem = problem.replace("#", ", or all with --recursive" * (command == "clips #"))
+                result = self.run_on(path, command)
+                self.assert_fails(result, 1, f"nqp2: {path}: {problem}")
         self.assertFalse((self.folder / "none").exists())
         (card / "CONTENTS" / "CLIP" / "0001AA.XML").write_bytes(b"")
         self.assert_each_fails(1, [(("format", card, "--json"), f"{card}: no clip tells the card's "

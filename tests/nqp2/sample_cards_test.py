@@ -103,17 +103,23 @@ class AvchdTest(CardTest):
                       table.stdout)
         self.assertEqual(table.stderr, "3 edit lists\n")
 
-    def test_says_where_the_card_is(self):
+    def test_enters_the_card_from_any_folder_that_leads_to_it(self):
         private = self.private
-        below = f"(the AVCHD card is one folder below: {private})"
-        here = "(an AVCHD card or camera folder: nqp2 clips and nqp2 playlists read it)"
-        above = f"(the AVCHD card is the folder above: {private / 'AVCHD'})"
+        avchd = private / "AVCHD"
+        for command in ("clips", "playlists"):
+            clips = run(command, private).stdout
+            for path, card in ((self.sample, private), (avchd / "BDMV", avchd),
+                               (avchd / "BDMV" / "STREAM", avchd)):
+                result = run(command, path)
+                self.assertEqual((result.returncode, result.stdout), (0, clips))
+                self.assertIn(f"nqp2: {path}: took the card at {card}\n", result.stderr)
+            self.assertNotIn("took", run(command, avchd).stderr)
+        kind = "an AVCHD card or camera folder"
+        readers = "nqp2 clips and nqp2 playlists read it"
         self.assert_each_fails(1, [
             ((command, path), f"{path}: {problem}\n") for command, path, problem in (
-                ("clips", self.sample, f"no CONTENTS folder {below}"),
-                ("playlists", self.sample, f"no folder of playlists {below}"),
-                ("clips", private / "AVCHD" / "BDMV", f"no CONTENTS folder {above}"),
-                ("format", private, f"no CONTENTS folder {here}"),
+                ("format", private, f"no CONTENTS folder ({kind}: {readers})"),
+                ("format", self.sample, f"no CONTENTS folder ({kind} is at {private}: {readers})"),
                 ("playlists", self.card.path, "no folder of playlists (not an AVCHD card)"))])
 
     @unittest.skipUnless(shutil.which("bd_list_titles"), "libbluray-bin is not installed")

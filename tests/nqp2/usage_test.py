@@ -49,7 +49,7 @@ class UsageTest(CardTest):
             ([], "nqp2: usage: "),
             (["fly"], "nqp2: fly: is not understood (see nqp2 --help)"),
             (["clips"], "nqp2: clips usage: CARD is required (see nqp2 clips --help)"),
-            (["clips", card, "x"], "nqp2: clips x: is not understood (see nqp2 clips --help)"),
+            (["format", card, "x"], "nqp2: format x: is not understood (see nqp2 format --help)"),
             (["clips", card, "--sort", "size"], "nqp2: clips usage: "),
             (["clips", card, "--json", "--csv"], "nqp2: clips usage: "),
             (["clips", ""], "nqp2: CARD: is empty"),

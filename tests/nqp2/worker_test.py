@@ -101,6 +101,18 @@ class RoundTripTest(WorkerTest):
                 cwd=self.folder)
         self.assertEqual(files_below(self.folder / "here"), files_below(self.card.path))
 
+    def test_what_the_worker_does_is_done_to_the_card_that_a_folder_leads_to(self):
+        card = self.card.path
+        before = files_below(card)
+        for command, *arguments in (("import", card / "CONTENTS" / "CLIP", "--to", self.target),
+                                    ("delete", card / "CONTENTS"),
+                                    ("export", card / "CONTENTS", "--from", self.target / "CONTENTS")):
+            result = run(command, arguments[0], "0001AB", *arguments[1:])
+            self.assertEqual(result.returncode, 0)
+            self.assertIn(f"nqp2: {arguments[0]}: took the card at {card}\n", result.stderr)
+            self.assertEqual(len(files_below(card)), 0 if command == "delete" else len(before))
+        self.assertEqual(files_below(card), before)
+
     def test_icon_of_a_bitmap_in_either_order_of_rows(self):
         rows = [bytes(range(row, row + 9)) for row in (0, 50, 100)]
         bottom_up = struct.pack("<2sIIIIiiHHIIIIII", b"BM", 90, 0, 54, 40, 3, 3, 1, 24, 0, 36, 2835,
@@ -136,9 +148,6 @@ class FailureTest(WorkerTest):
              f"NONE: not deleted (There is no clip NONE in {contents}.)"),
             (["serial", "/proc"],
              "/proc: no serial number (The file system of /proc stands on no device of its own.)"),
-            (["import", self.target / "CONTENTS", "0001AB", "--to", self.folder],
-             f"{self.target}/CONTENTS: no CONTENTS folder (the card is the folder above: "
-             f"{self.target})"),
         )
         self.assert_each_fails(1, [(arguments, f"{line}\n") for arguments, line in cases])
         self.assertEqual(files_below(self.target), {"CONTENTS/VIDEO/0001AB.MXF": b"other"})

@@ -6,6 +6,7 @@
 #include "tests/avchd/avchd_bytes.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/child_process.h"
+#include "xml/dom/quick_parser.h"
 
 #include <gtest/gtest.h>
 
@@ -97,18 +98,25 @@ std::string Nested(const std::string& part, int depth) {
     return text;
 }
 
-/// Floods that no reader has a use for. The smaller ones come close to the limit of a document.
+/// Floods that no reader has a use for. The smaller ones come close to the limit of a document,
+/// the late ones to that of what is read quickly, which is left to libxml2 only at its end.
 std::vector<Hostile> Floods() {
     constexpr std::size_t kSmall = 1'300'000;
     constexpr std::size_t kLarge = 30'000'000;
-    std::vector<Hostile> rows = {{&kEdls, "elements", "", "<a/>", kSmall, ""},
-                                 {&kIngest, "elements", "", "<a/>", kSmall, ""}};
+    constexpr std::size_t kLate = dom::kLargestQuickDocument - 300; // for head, tail, half a piece
+    std::vector<Hostile> rows;
+    for (const Reader* const reader : {&kEdls, &kIngest}) {
+        rows.push_back({reader, "elements", "", "<a/>", kSmall, ""});
+        rows.push_back({reader, "elements, late", "", "<a/>", kLate, "<?p?>"});
+        rows.push_back({reader, "text, late", "", "<a>text of some length</a>", kLate, "<?p?>"});
+    }
     for (const char* const piece :
          {"<a/>", "x<a/>", "x<?p?>", "<a>text of some length</a>", "long text without any use ",
           "<!--x--><?p d?>", "<a b='' c='' d='' e='' f=''/>", "<p:a xmlns:p='u'/>", "&#65;",
           "<b><b><b><b>x</b></b></b></b>", "<![CDATA[x]]>"}) {
         rows.push_back({&kClips, piece, "", piece, kSmall, ""});
         rows.push_back({&kClips, piece, "", piece, kLarge, ""});
+        rows.push_back({&kClips, std::string(piece) + ", late", "", piece, kLate, "<?p?>"});
     }
     return rows;
 }

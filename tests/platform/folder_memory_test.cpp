@@ -139,5 +139,22 @@ TEST(FolderMemoryTest, FindsWhatIsThereAndListsEachFolderOnceAtMost) {
     }
 }
 
+TEST(FolderMemoryTest, AFolderThatCannotBeListedIsAskedOnceInAnOperation) {
+    for (const test::Operation failing : {test::Operation::List, test::Operation::Stat}) {
+        Medium medium(kStampings[0]);
+        const std::string one = medium.folder.Path("One");
+        medium.files.Fail({.operation = failing, .pathPart = "One"});
+        for (int turn = 0; turn < 3; ++turn) {
+            medium.files.ResetCalls();
+            EXPECT_FALSE(medium.memory.NamesOf(one).index->Status());
+        }
+        EXPECT_EQ(medium.files.Calls(), 0U);
+        medium.memory.BeginOperation();
+        medium.files.HealAll();
+        EXPECT_TRUE(medium.memory.NamesOf(one).index->Contains("B.mxf"));
+        EXPECT_FALSE(medium.memory.NamesOf(one).areKept);
+    }
+}
+
 } // namespace
 } // namespace nqp2::platform

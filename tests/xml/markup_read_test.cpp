@@ -9,6 +9,7 @@
 #include "tests/support/temp_folder.h"
 #include "tests/xml/captured_texts.h"
 #include "xml/dom/document.h"
+#include "xml/metadata_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -44,6 +45,39 @@ TEST(MarkupLoad, TextIsForSetDocAndFileNamesForLoadAndTheErrorStays) {
     EXPECT_EQ(reader.GetError(), error) << "until the next failure";
     EXPECT_EQ(reader.Load(nullptr), 0);
     EXPECT_NE(reader.GetError(), error);
+}
+
+TEST(MarkupLoad, TheErrorIsThatOfTheLastFailureHoweverDocumentsAreRead) {
+    CMarkupMSXML reader;
+    const std::string good = "<a>t</a>";
+    CString error;
+    for (const char* const head : {"", "<?p?>"}) { // read quickly, and left to libxml2
+        EXPECT_EQ(reader.SetDoc(TextFromUtf8(head + good)), 1);
+        EXPECT_EQ(reader.GetError(), error) << "of the document before";
+        EXPECT_EQ(reader.SetDoc(TextFromUtf8(head + good + "<" + head)), 0);
+        error = TextFromUtf8(reader.GetDocumentPtr()->LastError().reason);
+        EXPECT_EQ(reader.GetError(), error);
+    }
+    // A scan reads with the reader or without it, in any order.
+    const nqp2::test::TempFolder folder;
+    folder.Write("good.xml", good);
+    folder.Write("bad.xml", good + "<");
+    for (const bool withReader : {true, false}) {
+        CMarkupMSXML scanning;
+        nqp2::xml::ScanRemarks remarks(nullptr);
+        const nqp2::xml::MetadataFolder files(nqp2::platform::Place::At(folder.Path()),
+                                              nqp2::xml::MetadataFolder::Subfolders::Remarked);
+        CString last;
+        files.Read(
+            scanning, remarks, [&](const auto&) { last = scanning.GetDoc(); },
+            [&](const auto&, std::string_view bytes) {
+                const bool isTaken = !withReader && bytes == good;
+                last = isTaken ? CMarkupMSXML(TextFromUtf8(good)).GetDoc() : CString();
+                return isTaken;
+            });
+        EXPECT_EQ(CMarkupMSXML(TextFromUtf8(good + "<")).GetError(), scanning.GetError());
+        EXPECT_EQ(scanning.GetDoc(), last) << withReader;
+    }
 }
 
 class MarkupQuery : public testing::Test {

@@ -16,9 +16,9 @@
 namespace nqp2::dom {
 namespace {
 
-// Files up to this size are read whole, in four system calls. Larger ones only when they may be read
-// quickly, which takes a copy of them; any parse by libxml2 is piece by piece, so that such a file is
-// never in memory beside its tree and what libxml2 keeps.
+// Files up to this size are read whole, in four system calls. Larger ones only when they may be
+// read quickly, which takes a copy of them; any parse by libxml2 is piece by piece, so that such a
+// file is never in memory beside its tree and what libxml2 keeps.
 constexpr std::uint64_t kReadWhole = std::uint64_t{256} * 1024;
 
 ParseError FaultOf(const platform::IoStatus& status) {

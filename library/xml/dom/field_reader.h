@@ -29,9 +29,8 @@ struct FieldValues {
     std::vector<List> lists;
 };
 
-/// Reads what is wanted of plain documents without a tree, in a fifth of the time: it builds
-/// nothing for what nobody asks, and goes over what it knows from the documents before, see
-/// field_memory.h.
+/// Reads what is wanted of plain documents without a tree: it builds nothing for what nobody asks,
+/// and goes over what it knows from the documents before, see field_memory.h.
 ///
 /// It takes what quick_tokenizer.h takes, but: at most 48 KiB, which no limit on trees or texts can
 /// meet; one base, that of the root; and a text alone in each element whose value is wanted. Of all

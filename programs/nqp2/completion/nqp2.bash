@@ -34,7 +34,8 @@ _nqp2_words() {
 _nqp2() {
     local global='--help --verbose --drive'
     local -A options=(
-        [clips]='--json --csv --sort --report --keep-digit --strict --worker'
+        [clips]='--recursive --json --jsonl --csv --columns --sort --report --files --metadata --keep-digit
+            --strict --worker'
         [clip]='--json'
         [format]='--json --csv'
         [umid]=''
@@ -69,6 +70,7 @@ _nqp2() {
         previous='='
     fi
     case $previous in
+        --columns) _nqp2_words 'default all' "$current"; return ;;
         --sort) _nqp2_words 'name date none' "$current"; return ;;
         --to | --from) _nqp2_folders "$current"; return ;;
         --worker | --sound) compopt -o default 2>/dev/null; return ;;
@@ -85,7 +87,7 @@ _nqp2() {
         word=${COMP_WORDS[i]}
         case $word in
             --from) from=${COMP_WORDS[++i]} ;;
-            --sort | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
+            --sort | --columns | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
                 --sound | --channels | --bits | --title | --timecode) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
@@ -118,7 +120,7 @@ _nqp2() {
         return
     elif [[ $command == base-info ]]; then
         compopt -o default 2>/dev/null
-    elif [[ -z $card ]]; then
+    elif [[ -z $card || $command == clips ]]; then
         _nqp2_folders "$current"
     elif [[ $command == import || $command == delete ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
