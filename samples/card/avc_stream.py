@@ -209,9 +209,11 @@ class _Multiplex:
         self._raw(CLOCK_PID, 0, 0x20, bytes([183]) + field + stuffing)
 
     def finished(self) -> bytes:
+        """What was added since the last time, in whole units."""
         while self._packets % _PACKETS_A_UNIT:
             self._raw(0x1FFF, 0, 0x10, b"\xff" * 184)
-        return bytes(self._out)
+        out, self._out = bytes(self._out), bytearray()
+        return out
 
     def _packet(self, pid: int, start: int, part: bytes) -> None:
         counter = self._counters.get(pid, 0)
@@ -264,24 +266,28 @@ def stream(picture: Picture, frames: int, first_tick: int = FIRST_TICK, audio: b
     picture in 45 kHz; `date` goes into it with the timecode, none when empty."""
     packs = _packs(date, timecode) if date else b""
     silence = itertools.repeat(linear(bytes(_LINEAR_SAMPLES * 4)).units[0])
-    return multiplexed(_elementary(picture, frames, packs), picture.rate, first_tick,
-                       Sound(LINEAR, 450, silence) if audio else None)
+    return multiplexed([_elementary(picture, frames, packs)], picture.rate, first_tick,
+                       Sound(LINEAR, 450, silence) if audio else None)[0]
 
 
-def multiplexed(pictures: Iterable[bytes], rate: Fraction, first_tick: int,
-                sound: Sound | None) -> bytes:
-    """A stream of coded pictures, shown in their order, and sound."""
+def multiplexed(parts: list[Iterable[bytes]], rate: Fraction, first_tick: int,
+                sound: Sound | None) -> list[bytes]:
+    """The files of one recording that the camera split: coded pictures, shown in their order, and
+    the sound of all parts."""
     multiplex = _Multiplex()
-    tables = _tables(sound)
-    heard, units = 0, iter(sound.units if sound else ())
-    for frame, coded in enumerate(pictures):
-        ticks = 2 * first_tick + int(frame * 90000 / rate)
-        if frame % 3 == 0:
-            multiplex.add(0, b"".join((tables[0], b"\xff" * (184 - len(tables[0])))))
-            multiplex.add(MAP_PID, tables[1] + b"\xff" * (184 - len(tables[1])))
-        multiplex.add_clock(ticks - 30000)
-        multiplex.add(VIDEO_PID, _packetised(0xE0, ticks, coded))
-        while sound and heard < (frame + 1) * 90000 / rate and (unit := next(units, b"")):
-            multiplex.add(AUDIO_PID, _packetised(0xBD, 2 * first_tick + heard, unit))
-            heard += sound.ticks
-    return multiplex.finished()
+    tables = [table.ljust(184, b"\xff") for table in _tables(sound)]
+    frame, heard, units, files = 0, 0, iter(sound.units if sound else ()), []
+    for pictures in parts:
+        for number, coded in enumerate(pictures):
+            ticks = 2 * first_tick + int(frame * 90000 / rate)
+            if number % 3 == 0:
+                multiplex.add(0, tables[0])
+                multiplex.add(MAP_PID, tables[1])
+            multiplex.add_clock(ticks - 30000)
+            multiplex.add(VIDEO_PID, _packetised(0xE0, ticks, coded))
+            frame += 1
+            while sound and heard < frame * 90000 / rate and (unit := next(units, b"")):
+                multiplex.add(AUDIO_PID, _packetised(0xBD, 2 * first_tick + heard, unit))
+                heard += sound.ticks
+        files.append(multiplex.finished())
+    return files
