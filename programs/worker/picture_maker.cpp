@@ -117,7 +117,7 @@ std::string PictureMaker::Encode(const Pixels& pixels) {
 std::string PictureMaker::Make(const CString& path) {
     const std::optional<std::string> found = FindFile(path);
     if (!found) {
-        throw copy::Failure("There is no file " + Shown(path) + ".");
+        throw copy::Failure("There is no file " + platform::PathOnDisk(path) + ".");
     }
     BoundedFile file(*found, m_goesOn, kLimits);
     Pixels pixels;

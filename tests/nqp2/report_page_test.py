@@ -4,6 +4,7 @@
 
 import os
 from pathlib import Path
+from xml.sax.saxutils import escape
 
 from browser import Browser
 from program import CardTest, main, run
@@ -77,7 +78,7 @@ class PageTest(CardTest):
     def test_names_of_strangers_are_shown_and_nothing_more(self):
         names = [MARKUP, "0002" + HEBREW, "0003" + REVERSED]
         for name, title in zip(names, (SCRIPT, HEBREW, LONG)):
-            self.card.add(name, title=title, codec=title, memos=[(1, LONG, title)])
+            self.card.add(name, title=title, codec=escape(title), memos=[(1, LONG, title)])
         self.open()
         shown = self.shown()
         self.assertIn(MARKUP, shown)

@@ -86,7 +86,7 @@ private:
             MakeSmallPictures(*m_session->operator->(), files, kBounds, made);
         if (status == PicturesStatus::Made) {
             for (std::size_t i = 0; i < wishes.size(); ++i) {
-                m_pictures.byClip[wishes[i].clip] = std::move(made[static_cast<int>(i)]);
+                Take(wishes[i].clip, std::move(made[static_cast<int>(i)]));
             }
         } else if (status == PicturesStatus::Refused) {
             const CString sentence = TextFromBytes(m_session->Sentence());
@@ -110,7 +110,15 @@ private:
 
     void SetProblem(std::span<const Wish> wishes, const CString& problem) {
         for (const Wish& wish : wishes) {
-            m_pictures.byClip[wish.clip] = {{}, problem};
+            Take(wish.clip, {{}, problem});
+        }
+    }
+
+    /// Of several files that have no picture the first is told of: it should have had one.
+    void Take(const Clip* clip, SmallPicture picture) {
+        SmallPicture& known = m_pictures.byClip[clip];
+        if (picture.problem.IsEmpty() || known.problem.IsEmpty()) {
+            known = std::move(picture);
         }
     }
 
