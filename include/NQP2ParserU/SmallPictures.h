@@ -28,12 +28,9 @@ enum class PicturesStatus : std::int32_t {
     NoWorker, ///< the worker ended or the channel to it failed, perhaps for one of the files
 };
 
-/// How many files one request may name.
-inline constexpr int kMostPictures = 256;
-
-/// Lets the worker make a JPEG of each picture or video file (interface paths), of a video its first
-/// frame. None is larger than `bounds` (sides of 16 to 1,024 pixels) or than the original. Files
-/// are foreign: only the worker reads and decodes them.
+/// Lets the worker make a JPEG of each picture or video file (interface paths, at most 256), of a
+/// video its first picture. None is larger than `bounds` (sides of 16 to 1,024 pixels) or than the
+/// original. Files are foreign: only the worker reads and decodes them.
 NQP2_API PicturesStatus MakeSmallPictures(const CNQP2Parser& parser, const CStringArray& files,
                                           const SIZE& bounds,
                                           CArray<SmallPicture>& pictures) noexcept;

@@ -203,6 +203,7 @@ struct PictureRecord {
 
 /// Files; back come their pictures, none larger than the bounds, in the order of the files.
 struct PicturesMessage : WireMessage<PicturesMessage> {
+    static constexpr std::int64_t kMostPaths = 256;
     CStringArray paths;
     tagSIZE bounds; ///< pixels
     CArray<PictureRecord> pictures;

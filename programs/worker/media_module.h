@@ -106,8 +106,8 @@ public:
     virtual ~MediaModule() = default;
     /// Reads the head of a QuickTime, MP4, AVI or MXF file.
     virtual MediaFault Describe(MediaInput& input, MediaFacts& facts) const noexcept = 0;
-    /// Decodes a bitmap, PNG or JPEG, or the first picture of a QuickTime, MP4, AVI, MXF or transport
-    /// stream file, and makes it fit into `width` x `height`; it is never made larger.
+    /// Decodes a bitmap, PNG or JPEG, or the first picture of a QuickTime, MP4, AVI, MXF or
+    /// transport stream file, and makes it fit into `width` x `height`; it is never made larger.
     virtual MediaFault MakePicture(MediaInput& input, std::int32_t width, std::int32_t height,
                                    Picture& picture) const noexcept = 0;
     /// `output` outlives the muxer, which is null when libavformat does not take the format.

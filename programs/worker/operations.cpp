@@ -4,7 +4,6 @@
 #include "worker/operations.h"
 
 #include "copy/failure.h"
-#include "NQP2ParserU/SmallPictures.h"
 #include "NQP2ParserU/WorkerFields.h"
 #include "platform/unicode.h"
 #include "worker/card_requests.h"
@@ -166,8 +165,8 @@ void Operations::MakePictures(bridge::PicturesMessage& message) {
     message.paths.RemoveAll();
     message.pictures.RemoveAll();
     m_pictures.clear();
-    if (paths.GetSize() > kMostPictures) {
-        throw copy::Failure("More than " + std::to_string(kMostPictures) +
+    if (paths.GetSize() > message.kMostPaths) {
+        throw copy::Failure("More than " + std::to_string(message.kMostPaths) +
                             " pictures are not made at once.");
     }
     PictureMaker maker(message.bounds, [this] { return m_progress.Lasts(); });

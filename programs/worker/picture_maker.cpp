@@ -26,7 +26,7 @@ constexpr std::uint64_t kLargestBitmap = std::uint64_t{kLargestSide} * kLargestS
 /// A picture takes a few MiB and milliseconds.
 constexpr MediaLimits kLimits = {std::uint64_t{64} << 20U, std::chrono::seconds(2)};
 
-bool IsSide(std::int32_t side) {
+bool IsBound(std::int32_t side) {
     return side >= kSmallestSide && side <= kLargestSide;
 }
 
@@ -61,7 +61,7 @@ void PictureMaker::EndEncoder::operator()(void* encoder) const {
 
 PictureMaker::PictureMaker(const SIZE& bounds, std::function<bool()> goesOn)
     : m_bounds(bounds), m_goesOn(std::move(goesOn)), m_encoder(tjInitCompress()) {
-    if (!IsSide(bounds.cx) || !IsSide(bounds.cy)) {
+    if (!IsBound(bounds.cx) || !IsBound(bounds.cy)) {
         throw copy::Failure("Pictures of " + std::to_string(bounds.cx) + " x " +
                             std::to_string(bounds.cy) + " pixels are not made.");
     }

@@ -19,8 +19,8 @@ public:
     /// made for. Files are given up when `goesOn` returns false.
     PictureMaker(const SIZE& bounds, std::function<bool()> goesOn);
 
-    /// The JPEG of a picture file or of the first picture of a video. Throws a Failure when there is
-    /// none in the file, or more bytes and time would be needed than it may take.
+    /// The JPEG of a picture file or of the first picture of a video. Throws a Failure when there
+    /// is none in the file, or more bytes and time would be needed than it may take.
     std::string Make(const CString& path);
 
 private:

@@ -33,8 +33,9 @@ std::string Bitmap(std::int32_t width, std::int32_t height, int bits = 24) {
     const std::string red = bits == 24 ? std::string("\0\0\xFF", 3) : std::string("\0\0\xFF\0", 4);
     const std::string blue = bits == 24 ? std::string("\xFF\0\0", 3) : std::string("\xFF\0\0\0", 4);
     const std::int32_t size = 54 + (width * bits / 8 + 3) / 4 * 4 * std::abs(height);
-    std::string bytes = "BM" + Number(size, 4) + Number(0, 4) + Number(54, 4) + Number(40, 4) + Number(width, 4) +
-                        Number(height, 4) + Number(1, 2) + Number(bits, 2) + Number(0, 24);
+    std::string bytes = "BM" + Number(size, 4) + Number(0, 4) + Number(54, 4) + Number(40, 4) +
+                        Number(width, 4) + Number(height, 4) + Number(1, 2) + Number(bits, 2) +
+                        Number(0, 24);
     const std::int32_t rows = std::abs(height);
     for (std::int32_t row = 0; row < rows; ++row) {
         const bool isTop = height < 0 ? row < rows / 2 : row >= rows / 2;

@@ -67,8 +67,8 @@ std::string FormatsText(const CardContents& card) {
 }
 
 std::string DayOf(const ClipContents& clip) {
-    constexpr std::size_t kDay = 10;
-    return clip.start.substr(0, kDay);
+    constexpr std::size_t kDayLength = 10;
+    return clip.start.substr(0, kDayLength);
 }
 
 std::string DatesText(const CardContents& card) {

@@ -52,12 +52,12 @@ void PutChoice(Html& html, Own value, Own text) {
 
 /// Shown by the script, which it is for.
 void PutTools(Html& html, const PageContents& page) {
-    constexpr std::size_t kDay = 10;
+    constexpr std::size_t kDayLength = 10;
     std::set<std::string> days;
     for (const CardContents& card : page.cards) {
         for (const ClipContents& clip : card.clips) {
             if (!clip.start.empty()) {
-                days.insert(clip.start.substr(0, kDay));
+                days.insert(clip.start.substr(0, kDayLength));
             }
         }
     }
