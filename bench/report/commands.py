@@ -12,7 +12,7 @@ from typing import Callable
 from report.cards import media_of
 from report.terms import Figures, NoFigure
 
-FORMS = {"table": [], "csv": ["--csv"], "json": ["--json"]}
+FORMS = {"table": [], "csv": ["--csv", "--columns", "all"], "json": ["--json"]}
 
 
 def cost_of(run_once: Path, command: list) -> dict[str, float]:

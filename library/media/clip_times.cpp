@@ -98,7 +98,8 @@ CString DateWithZone(std::wstring_view date, std::int16_t zone) {
     const std::wstring_view moment = date.substr(0, kDateForm.size());
     const std::wstring_view rest = date.substr(moment.size());
     const bool isUtc = rest == L"Z";
-    if (!IsCalendarDate(moment) || (!rest.empty() && !isUtc && (!own || rest.size() != kZoneLength))) {
+    if (!IsCalendarDate(moment) ||
+        (!rest.empty() && !isUtc && (!own || rest.size() != kZoneLength))) {
         return {};
     }
     std::array<wchar_t, 32> text{};

@@ -77,10 +77,10 @@ const ClipMetadata* ClipDetails::Metadata(Reader& reader, const _tag_P2Clip& cli
     const MetadataStatus status = reader.metadataReader.Read(clip, reader.metadata, problem);
     if (status == MetadataStatus::Unreadable) {
         ++m_unread;
-        m_console.Message(fmt::format("nqp2: {}: metadata not read ({})",
-                                      RealPath(clip.XmlPath.IsEmpty() ? clip.VideoPath
-                                                                      : clip.XmlPath),
-                                      BytesFromText(problem)));
+        m_console.Message(
+            fmt::format("nqp2: {}: metadata not read ({})",
+                        RealPath(clip.XmlPath.IsEmpty() ? clip.VideoPath : clip.XmlPath),
+                        BytesFromText(problem)));
     }
     return status == MetadataStatus::Read ? &reader.metadata : nullptr;
 }

@@ -42,9 +42,12 @@ constexpr const char* kFormat = "nqp2-clips";
 
 std::string KindName(CardKind kind) {
     switch (kind) {
-    case CardKind::P2: return "p2";
-    case CardKind::Camera: return "camera";
-    default: return "avchd";
+    case CardKind::P2:
+        return "p2";
+    case CardKind::Camera:
+        return "camera";
+    default:
+        return "avchd";
     }
 }
 

@@ -8,10 +8,8 @@
 namespace nqp2::tool {
 namespace {
 
-#define NQP2_FIELD(record, member)                                                                 \
-    { #member, Plain<&record::member> }
-#define NQP2_PATH(record, member)                                                                  \
-    { #member, Path<&record::member> }
+#define NQP2_FIELD(record, member) Field<record>(#member, Plain<&record::member>)
+#define NQP2_PATH(record, member) Field<record>(#member, Path<&record::member>)
 
 constexpr Field<AccessMetadata> kAccessFields[] = {
     NQP2_FIELD(AccessMetadata, creator),
@@ -44,7 +42,7 @@ constexpr Field<NewsMetadata> kNewsFields[] = {
     NQP2_FIELD(NewsMetadata, purpose),
     NQP2_FIELD(NewsMetadata, object),
 };
-constexpr Field<MemoMetadata> kMemoFields[] = {
+constexpr Field<MemoMetadata> kTimedMemoFields[] = {
     NQP2_FIELD(MemoMetadata, offset),     NQP2_FIELD(MemoMetadata, person),
     NQP2_FIELD(MemoMetadata, text),       NQP2_PATH(MemoMetadata, voicePath),
     NQP2_PATH(MemoMetadata, picturePath),
@@ -96,7 +94,7 @@ constexpr Field<ClipMetadata> kMetadataFields[] = {
     {"place", Members<&ClipMetadata::place, kPlaceFields>},
     {"scenario", Members<&ClipMetadata::scenario, kScenarioFields>},
     {"news", Members<&ClipMetadata::news, kNewsFields>},
-    {"memos", ListOfMembers<&ClipMetadata::memos, kMemoFields>},
+    {"memos", ListOfMembers<&ClipMetadata::memos, kTimedMemoFields>},
     {"relation", Members<&ClipMetadata::relation, kRelationFields>},
     {"thumbnail", Members<&ClipMetadata::thumbnail, kThumbnailFields>},
     {"tracks", ListOfMembers<&ClipMetadata::tracks, kTrackFields>},

@@ -13,10 +13,10 @@
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace nqp2::tool {
 
@@ -81,23 +81,25 @@ std::string Marks(const Clip& clip) {
 
 /// What matters most comes first: a narrow terminal cuts the end off.
 std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips, const CardOfClip& card) {
-    std::vector<ClipColumn> columns = {
-        {{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>},
-        {{"START", Align::Left, 17}, Start},
-        {{"LENGTH", Align::Right, 0}, [](const Clip& clip) { return LengthText(clip); }},
-        {{"CODEC", Align::Left, 12}, CodecAndClass},
-        {{"RATE", Align::Left, 0}, Text<&Clip::FrameRate>},
-        {{"MARK", Align::Left, 0}, Marks},
-        {{"CH", Align::Right, 0}, AudioChannelsText},
-        {{"RATIO", Align::Left, 0}, Text<&Clip::AspectRatio>},
-    };
     const auto titled = [](const Clip* clip) { return !OwnTitle(*clip).empty(); };
-    if (std::any_of(clips.begin(), clips.end(), titled)) {
-        columns.insert(columns.begin() + 1, {{"TITLE", Align::Left, 8}, OwnTitle});
-    }
+    std::vector<ClipColumn> columns;
+    const auto add = [&columns](const char* title, Align align, int narrowest, auto cell) {
+        columns.push_back({{title, align, narrowest}, std::move(cell)});
+    };
     if (card) {
-        columns.insert(columns.begin(), {{"CARD", Align::Left, 12}, card});
+        add("CARD", Align::Left, 12, card);
     }
+    add("CLIP", Align::Left, 0, Text<&Clip::ClipName>);
+    if (std::any_of(clips.begin(), clips.end(), titled)) {
+        add("TITLE", Align::Left, 8, OwnTitle);
+    }
+    add("START", Align::Left, 17, Start);
+    add("LENGTH", Align::Right, 0, [](const Clip& clip) { return LengthText(clip); });
+    add("CODEC", Align::Left, 12, CodecAndClass);
+    add("RATE", Align::Left, 0, Text<&Clip::FrameRate>);
+    add("MARK", Align::Left, 0, Marks);
+    add("CH", Align::Right, 0, AudioChannelsText);
+    add("RATIO", Align::Left, 0, Text<&Clip::AspectRatio>);
     return columns;
 }
 

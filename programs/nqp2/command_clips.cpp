@@ -236,7 +236,8 @@ void AddClipsCommand(const Command& program) {
                  "Tell what was skipped and which takes and clips are incomplete");
     command.Flag("--keep-digit", options.scan.keepDigit,
                  "Keep ClipIdDigit as read (else it is -1)");
-    command.Flag("--strict", options.strict, "Exit with 4 when a file was skipped or, where files are\n"
+    command.Flag("--strict", options.strict,
+                 "Exit with 4 when a file was skipped or, where files are\n"
                  "asked for, a clip is not whole");
     command.WorkerOption(options.scan.worker);
     command.Example("nqp2 clips /media/card --sort date --report");

@@ -28,7 +28,7 @@ enum class Flatten {
 /// of a list that is one field is in JSON.
 class LeafSink final : public ValueSink {
 public:
-    LeafSink(Flatten depth, TakeCell take) : m_depth(depth), m_take(std::move(take)) {}
+    LeafSink(Flatten depth, TakeNamedText take) : m_depth(depth), m_take(std::move(take)) {}
 
     void Put(std::int64_t number) override { PutNext(number); }
     void Put(std::uint64_t number) override { PutNext(number); }
@@ -119,11 +119,11 @@ private:
     }
 
     Flatten m_depth;
-    TakeCell m_take;
+    TakeNamedText m_take;
     std::string m_name; ///< of what comes
     std::vector<Level> m_levels;
-    int m_lists = 0;   ///< lists around what comes that are written
-    OutputText m_list; ///< as one field,
+    int m_lists = 0;                  ///< lists around what comes that are written
+    OutputText m_list;                ///< as one field,
     std::optional<JsonWriter> m_json; ///< by this
 };
 
@@ -138,7 +138,7 @@ void PrintFields(Console& console, const Value& record) {
     });
 }
 
-void ForEachCell(const Value& record, const TakeCell& take) {
+void ForEachCell(const Value& record, const TakeNamedText& take) {
     LeafSink cells(Flatten::ListsOfTexts, take);
     Put(cells, record);
 }

@@ -23,7 +23,7 @@ struct ShownTake {
 /// A clip and what is known beside its record. All of it belongs to others.
 struct ShownClip {
     const _tag_P2Clip& clip;
-    std::string_view card; ///< its root, a whole POSIX path
+    std::string_view card;      ///< its root, a whole POSIX path
     std::string_view cardLabel; ///< what tells it from other cards
     ClipZones zones = {};
     const ShownTake* take = nullptr;
