@@ -9,6 +9,9 @@
 namespace nqp2::fuzz {
 
 void TestInput(Input input) {
+    Require(avchd::StreamsOf(input).size() * 3 <= input.size(), "every stream is in the file");
+    static_cast<void>(avchd::RecorderOf(input));
+    static_cast<void>(avchd::StreamSizeIn(input));
     const auto clip = avchd::DecodeClipInformation(input);
     if (!clip) {
         return;

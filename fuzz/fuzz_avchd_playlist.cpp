@@ -5,6 +5,7 @@
 
 #include "avchd/limits.h"
 #include "avchd/playlist.h"
+#include "avchd/shot_marks.h"
 #include "fuzz/fuzz_target.h"
 
 #include <algorithm>
@@ -21,6 +22,8 @@ bool IsDigit(char ch) {
 } // namespace
 
 void TestInput(Input input) {
+    Require(avchd::DecodeMarks(input).size() * 14 <= input.size(), "every mark is in the file");
+    Require(avchd::PlaylistName(input).GetLength() <= 255, "a name has one byte for its length");
     const auto playlist = avchd::DecodePlaylist(input);
     if (!playlist) {
         return;

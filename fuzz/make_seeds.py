@@ -75,9 +75,13 @@ def write_clip_rows() -> None:
                plain.replace(b"</ClipContent>", b"<P2Main" + inner + b"</ClipContent>"),
                plain.replace(b"<Codec>", b"<Codec Class='a&amp;b'>", 1).replace(b"\n", b"\r\n")]
     for number, other in enumerate(changed):
-        write("field_reader", f"changed_{number}", b"\0".join([plain, other, plain]))
+        for target in ("field_reader", "clip_metadata"):
+            write(target, f"changed_{number}", b"\0".join([plain, other, plain]))
     for name in ("dv25", "proxy", "repeated", "many_channels", "prefixes"):
         write("field_reader", name, b"\0".join([seed("clip_readers", f"{name}.xml"), plain]))
+    for name in ("spanned", "entities", "prefixes", "nested"):
+        write("clip_metadata", name, b"\0".join([seed("clip_readers", f"{name}.xml"), plain]))
+    write("clip_metadata", "mixed", b"<a b='1'>x<!--c--><b>y</b><![CDATA[<z>]]><b/> <b> </b></a>")
 
 
 def clip_xml(name: str) -> bytes:

@@ -21,7 +21,7 @@ class Sizes:
 
 def sections(sizes: Sizes) -> dict[str, list[Line]]:
     return {
-        "Cards": scan_lines(sizes) + name_lines(sizes),
+        "Cards": scan_lines(sizes) + name_lines(sizes) + metadata_lines(sizes),
         "Slow media": slow_lines(sizes),
         "The command line": command_lines(sizes),
         "Worker and channel": channel_lines() + worker_lines(sizes),
@@ -63,6 +63,21 @@ def name_lines(sizes: Sizes) -> list[Line]:
                  figure(f"names/load/{key}{count}") / count, 5)
             for count in (sizes.small, sizes.large)
             for what, key in (("all files there", ""), ("most missing", "missing-"))]
+
+
+def metadata_lines(sizes: Sizes) -> list[Line]:
+    """Files: beside the scan, and half as much again as asking the system for each of them."""
+    small, large = sizes.small, sizes.large
+    load, read, files, asked = (f"metadata/{what}/{{}}" for what in ("load", "read", "files", "asked"))
+    return [
+        Line(f"all metadata of {large:,} clips / the scan", "ms", figure(read.format(large)),
+             figure(load.format(large)), 0.8),
+        Line(f"scan and all files of {large:,} clips / scan and 1.5 times asking for each", "ms",
+             figure(load.format(large)) + figure(files.format(large)),
+             figure(load.format(large)) + figure(asked.format(large)) + figure(asked.format(large)) / 2, 1),
+        *(Line(f"{what} of a clip, {large:,} / {small:,}", "us", each(f"metadata/{key}", large),
+               each(f"metadata/{key}", small), 1.15)
+          for what, key in (("metadata", "read"), ("files", "files")))]
 
 
 def slow_lines(sizes: Sizes) -> list[Line]:

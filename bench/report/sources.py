@@ -63,6 +63,8 @@ PROCESSORS = tuple(count for count in (2, 1) if count <= len(os.sched_getaffinit
 PROGRAMS: dict[str, Callable[[Setting], list[list]]] = {
     "scan": lambda setting: [scan_arguments(setting)],
     "names": lambda setting: [name_arguments(setting)],
+    "metadata": lambda setting: [[argument for clips in (setting.sizes.small, setting.sizes.large)
+                                  for argument in (clips, setting.cards.bulk(clips))]],
     "slow": lambda setting: [[setting.cards.bulk(setting.sizes.small)]],
     "edit_lists": lambda setting: [[setting.cards.folder / "lists", setting.sizes.large,
                                     *setting.sizes.lists]],

@@ -14,7 +14,8 @@ enum ClipSection { kSequences, kPrograms, kTimeMap, kClipMarks, kClipExtension }
 
 constexpr std::uint8_t kGlobalIdTag = 0xE2;
 
-constexpr std::uint32_t kPacketsAddress = 56;
+constexpr std::uint32_t kStreamAddress = 40; ///< of what tells of the stream
+constexpr std::size_t kBeforePackets = 2 + 1 + 1 + 4 + 4;
 constexpr std::uint32_t kRecorderAddress = 40; ///< in the recorder's block
 
 /// Reads the stretches of one sequence of arrival times.
@@ -134,7 +135,8 @@ Recorder RecorderOf(Bytes file) {
 
 std::uint64_t StreamSizeIn(Bytes file) {
     const std::optional<FileHead> head = DecodeHead(file, "HDMV");
-    ByteReader reader(head ? From(file, kPacketsAddress) : Bytes());
+    ByteReader reader(head ? OptionalSection(file, kStreamAddress) : Bytes());
+    reader.Skip(kBeforePackets);
     return std::uint64_t{reader.U32()} * kPacketSize;
 }
 

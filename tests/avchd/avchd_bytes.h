@@ -63,6 +63,8 @@ struct MarkSpec {
     std::string date = kDate;
     std::string timecode = kNoTimecode;
     bool isEntry = true;
+    std::string name = {};
+    unsigned zone = 0;
 };
 
 inline std::string VideoAttributes(unsigned format, unsigned rate) {
@@ -99,7 +101,8 @@ inline std::string TaggedBlock(const std::string& tag, const std::string& body,
 }
 
 inline std::string MarkExtension(const MarkSpec& mark) {
-    return Zeros(7) + Be(mark.pulldown << 1U, 1) + Zeros(3) + mark.date + Zeros(2 + 24 + 16) +
+    return Zeros(7) + Be(mark.pulldown << 1U, 1) + Zeros(2) + Be(mark.zone, 1) + mark.date +
+           "\x90" + Be(mark.name.size(), 1) + mark.name + Zeros(24 - mark.name.size() + 16) +
            mark.timecode + Zeros(2);
 }
 
@@ -157,6 +160,7 @@ struct ClipSpec {
     std::vector<unsigned> audio = {3}; ///< presentation of each sound stream
     std::string clipId = {};
     std::string timecode = kNoTimecode;
+    std::uint32_t packets = 0;
 };
 
 inline std::string ProgramBytes(const ClipSpec& spec) {
@@ -175,8 +179,9 @@ inline std::string ProgramBytes(const ClipSpec& spec) {
 inline std::string ClipExtension(const ClipSpec& spec) {
     const std::string data = Be(2, 2) + Zeros(2) + "\xE0\x01" + Counted(Zeros(16), 2) + "\xE2\x01" +
                              Counted(spec.clipId + spec.timecode + Zeros(4), 2);
-    return OneEntryTable(
-        0x1000, TaggedBlock("CLEX", Counted(Zeros(40), 4), "", OneEntryTable(0x0103, data)));
+    return OneEntryTable(0x1000,
+                         TaggedBlock("CLEX", Counted(Be(0x0108, 2) + Be(0x3001, 2) + Zeros(36), 4),
+                                     "", OneEntryTable(0x0103, data)));
 }
 
 inline std::string ClipBytes(const ClipSpec& spec) {
@@ -185,12 +190,13 @@ inline std::string ClipBytes(const ClipSpec& spec) {
         sequences += Be(0x1001, 2) + Zeros(4) + Be(start, 4) + Be(end, 4);
     }
     const std::string programs = ProgramBytes(spec);
-    const std::size_t programsAt = 58 + 4 + sequences.size();
+    const std::size_t programsAt = 60 + 4 + sequences.size();
     const std::size_t extensionAt = programsAt + 4 + programs.size();
     const bool extended = !spec.clipId.empty();
-    return "HDMV0100" + Be(58, 4) + Be(programsAt, 4) + Zeros(8) +
-           Be(extended ? extensionAt : 0, 4) + Zeros(12) + Counted(Zeros(14), 4) +
-           Counted(sequences, 4) + Counted(programs, 4) + (extended ? ClipExtension(spec) : "");
+    return "HDMV0100" + Be(60, 4) + Be(programsAt, 4) + Zeros(8) +
+           Be(extended ? extensionAt : 0, 4) + Zeros(12) +
+           Counted(Zeros(12) + Be(spec.packets, 4), 4) + Counted(sequences, 4) +
+           Counted(programs, 4) + (extended ? ClipExtension(spec) : "");
 }
 
 /// A number of variable length, as digits.

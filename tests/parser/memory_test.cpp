@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "NQP2ParserU/ClipMetadata.h"
 #include "NQP2ParserU/IngestList.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "tests/avchd/avchd_bytes.h"
@@ -51,6 +52,15 @@ const Load kLoadAvchdClips =
     Loads<_tag_P2Clip>([](auto& by, auto&... all) { by.LoadAVCHDClip(all...); });
 const Load kLoadPlaylists =
     Loads<tag_P2EDL>([](auto& by, auto&... all) { by.LoadCardPlaylists(all...); });
+const Load kLoadMetadata = [](const CString& root) -> Outcome {
+    ClipMetadataReader reader;
+    _tag_P2Clip clip;
+    clip.XmlPath = root + L"\\CONTENTS\\CLIP\\0000AA.XML";
+    const auto metadata = std::make_shared<ClipMetadata>();
+    CString problem;
+    const bool read = reader.Read(clip, *metadata, problem) == MetadataStatus::Read;
+    return {metadata, read ? 1 : 0, read ? 0 : 1};
+};
 const Load kLoadIngest = [](const CString& root) -> Outcome {
     const auto list = std::make_shared<IngestList>();
     const bool read = LoadIngestList(root, *list);
@@ -68,6 +78,8 @@ struct Reader {
 
 const Reader kClips = {"clips", kLoadClips, "CONTENTS/CLIP/000#AA.XML", "<P2Main><ClipContent>",
                        "</ClipContent></P2Main>"};
+const Reader kMetadata = {"metadata", kLoadMetadata, "CONTENTS/CLIP/000#AA.XML",
+                          "<P2Main><ClipContent>", "</ClipContent></P2Main>"};
 const Reader kEdls = {"edit lists", kLoadEdls, "EDITLIST/P00#.XML",
                       "<P2Main xmlns='EditMetadata'><EditContent><TrackList><ClipTrack><EventList>",
                       "</EventList></ClipTrack></TrackList></EditContent></P2Main>"};
@@ -117,6 +129,7 @@ std::vector<Hostile> Floods() {
         rows.push_back({&kClips, piece, "", piece, kSmall, ""});
         rows.push_back({&kClips, piece, "", piece, kLarge, ""});
         rows.push_back({&kClips, std::string(piece) + ", late", "", piece, kLate, "<?p?>"});
+        rows.push_back({&kMetadata, piece, "", piece, kSmall, ""});
     }
     return rows;
 }
@@ -146,6 +159,8 @@ std::vector<Hostile> Values() {
         "798AE7C6A09E4B6FA5A11F6E2D08E5C0</GlobalClipID><Offset>10</Offset></Source></Event>";
     return {
         {&kClips, "memos", list, memo, 2'000'000, listEnd, 1},
+        {&kMetadata, "memos", list, memo, 2'000'000, listEnd, 1},
+        {&kMetadata, "texts of a tree", "", "<Text>of the usual length</Text>", 8'000'000, "", 1},
         {&kClips, "nested memos", inMemos, "text ", 2'000'000, outOfMemos, 0},
         {&kEdls, "as many events as are read", "", "<Event/>", kEvents * kEvent, "", 1},
         {&kEdls, "as many usual events", "", usual, kEvents * usual.size(), "", 1},

@@ -6,6 +6,8 @@
 // its allocations fails, that one alone or it and all that follow. NQP2_ALLOCATIONS=all takes every
 // one; some tens of each operation are the default.
 
+#include "NQP2ParserU/ClipFiles.h"
+#include "NQP2ParserU/ClipMetadata.h"
 #include "NQP2ParserU/ComError.h"
 #include "NQP2ParserU/DebugOutput.h"
 #include "NQP2ParserU/IngestList.h"
@@ -205,6 +207,34 @@ TEST_F(OutOfMemory, ReadingClips) {
                    m_parser.GetDiskFormat(m_root, format) == 0;
         },
         [&](bool isDone) { EXPECT_TRUE(!isDone || Shown(clip) == named); });
+}
+
+TEST_F(OutOfMemory, MetadataAndFiles) {
+    m_card.AddFile("CLIP/0004DD.XML", "<?tree?><a><b c='1'>text</b></a>");
+    const CArray<_tag_P2Clip> clips = Scan();
+    ClipMetadata metadata;
+    CString problem;
+    CArray<ClipFile> files;
+    CArray<LooseFile> loose;
+    std::int64_t texts = 0;
+    std::int64_t all = 0; // of a run that had memory enough, the first
+    Sweep(
+        [&] {
+            ClipMetadataReader reader(m_root);
+            ClipFileReader fileReader(m_root);
+            texts = 0;
+            bool isDone = true;
+            for (const _tag_P2Clip& clip : clips) {
+                isDone = reader.Read(clip, metadata, problem) == MetadataStatus::Read &&
+                         fileReader.Read(clip, files) && isDone;
+                texts += metadata.others.GetSize() + files.GetSize();
+            }
+            return fileReader.LooseFiles(loose) && isDone;
+        },
+        [&](bool isDone) {
+            all = all == 0 ? texts : all;
+            EXPECT_TRUE(!isDone || (texts == all && loose.IsEmpty()));
+        });
 }
 
 TEST_F(OutOfMemory, AParsersLife) {

@@ -93,32 +93,37 @@ void TellAll(const Node& document, DocumentEvents& events) {
 
 } // namespace
 
+bool TellQuickly(std::string& bytes, DocumentEvents& events) {
+    events.Begin(bytes.size());
+    EventSink sink(events);
+    return quick::Tokenizer(sink, bytes.data(), bytes.size()).Document();
+}
+
+void TellTree(const Document& document, std::uint64_t bytes, DocumentEvents& events) {
+    events.Begin(bytes);
+    TellAll(*document.DocumentNode(), events);
+}
+
 ParseError DocumentWalker::Walk(const std::string& path, DocumentEvents& events) {
     const std::uint64_t limit =
         std::min<std::uint64_t>(nqp2::MaxXmlFileSize(), kLargestQuickDocument);
-    if (!platform::Files().Read(path, limit, m_bytes)) {
-        return WalkTree(path, 0, events); // which tells what is wrong, or takes a larger one
-    }
-    const std::uint64_t bytes = m_bytes.size();
-    events.Begin(bytes);
-    EventSink sink(events);
-    const bool isTaken = quick::Tokenizer(sink, m_bytes.data(), m_bytes.size()).Document();
+    const bool isTold =
+        platform::Files().Read(path, limit, m_bytes) && TellQuickly(m_bytes, events);
     if (m_bytes.capacity() > kKeptBuffer) {
         std::exchange(m_bytes, {});
     }
-    return isTaken ? ParseError() : WalkTree(path, bytes, events);
+    return isTold ? ParseError() : WalkTree(path, events);
 }
 
-ParseError DocumentWalker::WalkTree(const std::string& path, std::uint64_t bytes,
-                                    DocumentEvents& events) {
-    if (m_document.LoadFile(path)) {
-        platform::FileInfo info;
-        events.Begin(bytes == 0 && platform::Files().Stat(path, info) ? info.size : bytes);
-        TellAll(*m_document.DocumentNode(), events);
-        m_document.Clear();
-        return {};
+/// Tells as well what is wrong with a file that cannot be read.
+ParseError DocumentWalker::WalkTree(const std::string& path, DocumentEvents& events) {
+    platform::FileInfo info;
+    if (!m_document.LoadFile(path) || !platform::Files().Stat(path, info)) {
+        return m_document.LastError();
     }
-    return m_document.LastError();
+    TellTree(m_document, info.size, events);
+    m_document.Clear();
+    return {};
 }
 
 } // namespace nqp2::dom

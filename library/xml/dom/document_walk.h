@@ -28,15 +28,22 @@ public:
     virtual void Close() = 0;
 };
 
-/// Goes through documents from beginning to end. Plain ones, see quick_tokenizer.h, cost no tree.
+/// Tells of the document in `bytes`, which are decoded in place; false for one that is not plain
+/// (see quick_tokenizer.h), of which a part may have been told.
+bool TellQuickly(std::string& bytes, DocumentEvents& events);
+
+/// The same of a tree, made of a document of that size.
+void TellTree(const Document& document, std::uint64_t bytes, DocumentEvents& events);
+
+/// Goes through files from beginning to end. Plain ones cost no tree.
 class DocumentWalker {
 public:
-    /// Of a file by its POSIX path. Its memory is used again for the next one. What `events`
-    /// throws ends the walk.
+    /// A file by its POSIX path. Memory is used again for the next one. What `events` throws ends
+    /// the walk.
     ParseError Walk(const std::string& path, DocumentEvents& events);
 
 private:
-    ParseError WalkTree(const std::string& path, std::uint64_t bytes, DocumentEvents& events);
+    ParseError WalkTree(const std::string& path, DocumentEvents& events);
 
     std::string m_bytes;
     Document m_document{SelectionRule::Names::Qualified}; ///< for what is not plain

@@ -1,0 +1,140 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "NQP2ParserU/ClipFiles.h"
+#include "tests/clips/card_test.h"
+#include "tests/support/faulty_file_system.h"
+
+#include <filesystem>
+
+namespace nqp2::clips {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Texts = std::vector<std::string>;
+
+constexpr char kRoles[] = "VAMIPvo";
+constexpr char kStates[] = {' ', '-', '0', '<'}; ///< there, missing, empty, short
+
+class ClipFilesTest : public CardTest {
+protected:
+    /// A clip of two channels, whose essence ends behind ten bytes, nine and one.
+    void AddTwoChannels(const std::string& name, const char* codec = "DV25_420") {
+        const std::string video = "EssenceList/Video/";
+        const std::string audio = "EssenceList/+Audio/AudioIndex/";
+        const std::string same = "EssenceList/Audio/AudioIndex/";
+        m_card.AddClip(name, {{video + "Codec", codec},
+                              {video + "VideoIndex/StartByteOffset", "4"},
+                              {video + "VideoIndex/DataSize", "6"},
+                              {audio + "StartByteOffset", "4"},
+                              {same + "DataSize", "5"},
+                              {audio + "DataSize", "none"}});
+    }
+    /// Each file as role, number, path, state and size, that of all clips one after another.
+    Texts Read() {
+        Texts texts;
+        m_isWhole.clear();
+        for (const _tag_P2Clip& clip : Scan()) {
+            CArray<ClipFile> files;
+            EXPECT_TRUE(m_reader.Read(clip, files));
+            m_isWhole += IsWhole(files) ? 'y' : 'n';
+            for (const ClipFile& file : files) {
+                texts.push_back(kRoles[static_cast<int>(file.role)] + std::to_string(file.number) +
+                                " " + Below(file.path) + kStates[static_cast<int>(file.state)] +
+                                (file.promisedSize == 0 ? "" : std::to_string(file.promisedSize)));
+            }
+        }
+        return texts;
+    }
+    Texts Loose() {
+        Texts texts;
+        CArray<LooseFile> files;
+        EXPECT_TRUE(m_reader.LooseFiles(files));
+        for (const LooseFile& file : files) {
+            texts.push_back(Below(file.path) + " " + std::to_string(file.size));
+        }
+        return texts;
+    }
+
+    ClipFileReader m_reader{m_card.Root()};
+    std::string m_isWhole; ///< y or n for each clip
+};
+
+TEST_F(ClipFilesTest, TellsEveryFileThatTheClipHasAndThatItsMetadataPromise) {
+    AddTwoChannels("0001AA");
+    for (const auto& [name, size] :
+         std::vector<std::pair<std::string, std::size_t>>{{"VIDEO/0001AA.MXF", 10},
+                                                          {"AUDIO/0001AA00.MXF", 8},
+                                                          {"AUDIO/0001AA07.MXF", 1},
+                                                          {"ICON/0001AA.BMP", 0},
+                                                          {"PROXY/0001AA.MP4", 3},
+                                                          {"PROXY/0001AA.SMI", 3},
+                                                          {"VOICE/0001AA00.WAV", 3},
+                                                          {"AVCLIP/0001AA.MXF", 3},
+                                                          {"VIDEO/0001AA.TMP", 3}}) {
+        m_card.AddFile(name, std::string(size, 'x'));
+    }
+    EXPECT_THAT(Read(), ElementsAre("V0 VIDEO\\0001AA.MXF 10", "o0 VIDEO\\0001AA.TMP ",
+                                    "V0 AVCLIP\\0001AA.MXF ", "A0 AUDIO\\0001AA00.MXF<9",
+                                    "A1 AUDIO\\0001AA01.MXF-", "A7 AUDIO\\0001AA07.MXF ",
+                                    "I0 ICON\\0001AA.BMP0", "P0 PROXY\\0001AA.MP4 ",
+                                    "P0 PROXY\\0001AA.SMI ", "v0 VOICE\\0001AA00.WAV ",
+                                    "M0 CLIP\\0001AA.XML "));
+    EXPECT_EQ(m_isWhole, "n");
+    EXPECT_THAT(Loose(), IsEmpty());
+}
+
+TEST_F(ClipFilesTest, FindsTheFilesOfOneFileFamiliesInAnyLetterCaseAndBehindLinks) {
+    AddTwoChannels("0001AA", "AVC-Intra_422");
+    m_card.AddFile("avclip/0001aa.mxf", "0123456789");
+    const std::string real = m_card.Folder().Write("elsewhere.bmp", "icon");
+    std::filesystem::create_directories(m_card.Folder().Path("CONTENTS/Icon"));
+    std::filesystem::create_symlink(real, m_card.Folder().Path("CONTENTS/Icon/0001Aa.bmp"));
+    EXPECT_THAT(Read(), ElementsAre("V0 AVCLIP\\0001aa.mxf 10", "I0 ICON\\0001Aa.bmp ",
+                                    "M0 CLIP\\0001AA.XML "));
+    EXPECT_EQ(m_isWhole, "y");
+}
+
+TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {
+    AddTwoChannels("0001AA");
+    m_card.Folder().MakeFolder("CONTENTS/VIDEO/0001AA.MXF");
+    m_card.AddFile("AUDIO/0001AA00.MXF");
+    m_card.AddFile("AUDIO/0001AA0.MXF", "x");
+    m_card.AddFile("AUDIO/0001AA01.MXF", "x");
+    m_card.AddFile("CLIP/0002AA.XML", "no XML");
+    m_card.AddFile("VIDEO/0002AA.MXF", "x");
+    m_card.Folder().Write("deeper/than/most/LASTCLIP.TXT", "xyz");
+    std::filesystem::create_directory_symlink("/", m_card.Folder().Path("way out"));
+    EXPECT_THAT(Read(), ElementsAre("V0 VIDEO\\0001AA.MXF-10", "A0 AUDIO\\0001AA00.MXF09",
+                                    "A1 AUDIO\\0001AA01.MXF ", "M0 CLIP\\0001AA.XML "));
+    const std::string root = platform::Utf8FromText(m_card.Root().View());
+    EXPECT_THAT(Loose(),
+                ElementsAre("AUDIO\\0001AA0.MXF 1", "CLIP\\0002AA.XML 6", "VIDEO\\0002AA.MXF 1",
+                            root + "\\deeper\\than\\most\\LASTCLIP.TXT 3"));
+}
+
+// However many clips there are, each costs one question for each of its files and its metadata read.
+TEST_F(ClipFilesTest, AsksTheMediumOnceForEachFolderAndFile) {
+    const auto callsFor = [&](int from, int to) {
+        for (int i = from; i < to; ++i) {
+            const std::string name = "00" + std::to_string(i) + "AA";
+            AddTwoChannels(name);
+            m_card.AddFile("VIDEO/" + name + ".MXF", "0123456789");
+        }
+        const CArray<_tag_P2Clip> clips = Scan();
+        test::FaultyFileSystem files;
+        const platform::ScopedFileSystem use(files);
+        ClipFileReader reader(m_card.Root());
+        CArray<ClipFile> found;
+        for (const _tag_P2Clip& clip : clips) {
+            EXPECT_TRUE(reader.Read(clip, found));
+        }
+        return files.Calls();
+    };
+    const std::uint64_t ofOne = callsFor(10, 11);
+    EXPECT_EQ(callsFor(11, 21) - ofOne, 10U * 3);
+}
+
+} // namespace
+} // namespace nqp2::clips
