@@ -76,12 +76,15 @@ class Commands:
         return figures
 
     def _pages(self, _names: set[str]) -> Figures:
-        """The page of a card with icons, and the scan with all icons read."""
+        """The page of a card with icons, not flushed to a medium, and the scan with all icons
+        read."""
         clips = self._setting.sizes.small
         card = self._setting.cards.pictured(clips)
         page = self._setting.cards.folder / "page.html"
+        subprocess.run([self._setting.nqp2, "report", card, "-o", page], check=True,
+                       capture_output=True)
         figures = self._low({
-            f"page/report/{clips}": lambda: [self._setting.nqp2, "report", card, "-o", page],
+            f"page/report/{clips}": lambda: [self._setting.nqp2, "report", card, "-o", "-"],
             f"page/scan/{clips}": lambda: [self._setting.programs / "scan_once", card,
                                            card / "CONTENTS" / "ICON"]}, 5)
         return figures | {f"page/size/{clips}": page.stat().st_size}

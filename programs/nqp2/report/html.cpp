@@ -4,6 +4,7 @@
 #include "nqp2/report/html.h"
 
 #include "nqp2/display_text.h"
+#include "nqp2/output_text.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/format.h>
@@ -25,42 +26,53 @@ std::string_view Beginning(std::string_view text) {
     return text.substr(0, end);
 }
 
-std::string_view Entity(char ch) {
-    switch (ch) {
-    case '&':
-        return "&amp;";
-    case '<':
-        return "&lt;";
-    case '>':
-        return "&gt;";
-    case '"':
-        return "&quot;";
-    case '\'':
-        return "&#39;";
-    default:
-        return {};
+constexpr std::string_view kMarkup = "&<>\"'";
+constexpr std::string_view kEntities[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&#39;"};
+
+void AppendEntities(std::string_view text, std::string& markup) {
+    for (;;) {
+        const std::size_t plain = std::min(text.find_first_of(kMarkup), text.size());
+        markup += text.substr(0, plain);
+        if (plain == text.size()) {
+            return;
+        }
+        markup += kEntities[kMarkup.find(text[plain])];
+        text.remove_prefix(plain + 1);
     }
 }
 
+/// Most texts are printable ASCII, which takes no copy.
 void AppendEscaped(std::string_view text, std::string& markup) {
-    for (const char ch : text) {
-        const std::string_view entity = Entity(ch);
-        if (entity.empty()) {
-            markup += ch;
-        } else {
-            markup += entity;
+    const bool isLong = text.size() > kLongestText;
+    const std::string_view shown = isLong ? Beginning(text) : text;
+    if (tool::PrintableLength(shown) == shown.size()) {
+        AppendEntities(shown, markup);
+    } else {
+        AppendEntities(tool::Printable(shown, tool::LineBreaks::Keep), markup);
+    }
+    markup += isLong ? "\xE2\x80\xA6" : "";
+}
+
+/// Bytes in base 64.
+void AppendBase64(std::string_view bytes, std::string& text) {
+    constexpr std::string_view kDigits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    constexpr unsigned kMask = 0x3F;
+    std::size_t to = text.size();
+    text.resize(to + (bytes.size() + 2) / 3 * 4, '=');
+    for (std::size_t at = 0; at < bytes.size(); at += 3, to += 4) {
+        const std::size_t count = std::min<std::size_t>(3, bytes.size() - at);
+        unsigned group = 0;
+        for (std::size_t i = 0; i < 3; ++i) {
+            group = group << 8U | (i < count ? static_cast<unsigned char>(bytes[at + i]) : 0U);
+        }
+        for (std::size_t i = 0; i <= count; ++i) {
+            text[to + i] = kDigits[group >> (18 - 6 * i) & kMask];
         }
     }
 }
 
 } // namespace
-
-std::string Escaped(std::string_view text) {
-    std::string markup;
-    const bool isLong = text.size() > kLongestText;
-    AppendEscaped(tool::Printable(isLong ? Beginning(text) : text, tool::LineBreaks::Keep), markup);
-    return isLong ? markup + "\xE2\x80\xA6" : markup;
-}
 
 void Html::Fill() {
     if (m_isOpen) {
@@ -84,7 +96,7 @@ Html& Html::With(Own name, Own value) {
 Html& Html::WithText(Own name, std::string_view value) {
     With(name);
     m_page += "=\"";
-    m_page += Escaped(value);
+    AppendEscaped(value, m_page);
     m_page += '"';
     return *this;
 }
@@ -102,7 +114,7 @@ Html& Html::With(Own name) {
 Html& Html::WithJpeg(Own name, std::string_view jpeg) {
     With(name);
     m_page += "=\"data:image/jpeg;base64,";
-    m_page += Base64(jpeg);
+    AppendBase64(jpeg, m_page);
     m_page += '"';
     return *this;
 }
@@ -123,7 +135,7 @@ Html& Html::Text(Own text) {
 
 Html& Html::Shown(std::string_view text) {
     Fill();
-    m_page += Escaped(text);
+    AppendEscaped(text, m_page);
     return *this;
 }
 
@@ -141,21 +153,8 @@ std::string Html::Finish() {
 }
 
 std::string Base64(std::string_view bytes) {
-    constexpr std::string_view kDigits =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    constexpr unsigned kMask = 0x3F;
     std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t at = 0; at < bytes.size(); at += 3) {
-        const std::size_t count = std::min<std::size_t>(3, bytes.size() - at);
-        unsigned group = 0;
-        for (std::size_t i = 0; i < 3; ++i) {
-            group = group << 8U | (i < count ? static_cast<unsigned char>(bytes[at + i]) : 0U);
-        }
-        for (std::size_t i = 0; i < 4; ++i) {
-            text += i <= count ? kDigits[group >> (18 - 6 * i) & kMask] : '=';
-        }
-    }
+    AppendBase64(bytes, text);
     return text;
 }
 

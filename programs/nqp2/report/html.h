@@ -28,11 +28,8 @@ private:
 /// The longest text of a card that is shown, in bytes; of a longer one the beginning is.
 inline constexpr std::size_t kLongestText = 2000;
 
-/// UTF-8 as markup shows it, in attributes too: harmless characters alone, bounded, with an
-/// ellipsis where it is cut.
-std::string Escaped(std::string_view text);
-
-/// A page in the making. What is put into it is escaped, but for what the program itself knows.
+/// A page in the making. What is put into it is escaped, but for what the program itself knows:
+/// harmless characters alone, bounded, with an ellipsis where it is cut.
 class Html {
 public:
     /// Begins an element, whose attributes follow.
