@@ -55,17 +55,6 @@ Record TakeRecord(const JoinedTake& take) {
             {"missing", MissingRecords(take)}};
 }
 
-std::string MissingText(const MissingSegment& segment) {
-    std::string text = segment.clipName.IsEmpty() ? BytesFromText(segment.globalClipID)
-                                                  : BytesFromText(segment.clipName);
-    if (text.empty()) {
-        text = "a segment without a name";
-    }
-    return segment.serialNo.IsEmpty()
-               ? text
-               : fmt::format("{} on card {}", text, BytesFromText(segment.serialNo));
-}
-
 /// "A + B: incomplete, missing C on card D", from the segments that are there.
 std::string TakeLine(const std::vector<std::string>& segments, bool complete,
                      const CArray<MissingSegment>& missing) {
@@ -117,6 +106,17 @@ void TellSkipped(const CArray<SkippedFile>& skipped, const TellLine& tell) {
 }
 
 } // namespace
+
+std::string MissingText(const MissingSegment& segment) {
+    std::string text = segment.clipName.IsEmpty() ? BytesFromText(segment.globalClipID)
+                                                  : BytesFromText(segment.clipName);
+    if (text.empty()) {
+        text = "a segment without a name";
+    }
+    return segment.serialNo.IsEmpty()
+               ? text
+               : fmt::format("{} on card {}", text, BytesFromText(segment.serialNo));
+}
 
 std::string ReasonText(const SkippedFile& file) {
     const auto* words =
