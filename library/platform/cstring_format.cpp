@@ -107,7 +107,7 @@ std::wstring Padded(const Directive& directive, std::wstring_view text) {
     return result;
 }
 
-bool IsWhole(const FormatArgument& argument) {
+bool IsWholeNumber(const FormatArgument& argument) {
     return argument.GetKind() != Kind::Real && argument.GetKind() != Kind::Text;
 }
 
@@ -178,13 +178,13 @@ std::wstring_view Clipped(const Directive& directive, std::wstring_view text) {
 std::wstring Written(const Directive& directive, const FormatArgument& argument) {
     const char* const printed = directive.conversion.printed;
     const Family family = directive.conversion.family;
-    if (family == Family::Integer && IsWhole(argument)) {
+    if (family == Family::Integer && IsWholeNumber(argument)) {
         return Decimal(directive, argument);
     }
-    if (family == Family::Unsigned && IsWhole(argument)) {
+    if (family == Family::Unsigned && IsWholeNumber(argument)) {
         return Printed(directive, printed, static_cast<unsigned long long>(Bits(argument)));
     }
-    if (family == Family::Character && IsWhole(argument)) {
+    if (family == Family::Character && IsWholeNumber(argument)) {
         return Padded(directive, OneCharacter(Bits(argument)));
     }
     if (family == Family::Real && argument.GetKind() == Kind::Real) {
@@ -267,7 +267,7 @@ private:
     int ReadCount() {
         if (Skip(L'*')) {
             const FormatArgument* const argument = NextArgument();
-            return argument != nullptr && IsWhole(*argument) ? CountOf(*argument) : 0;
+            return argument != nullptr && IsWholeNumber(*argument) ? CountOf(*argument) : 0;
         }
         int count = 0;
         while (!m_rest.empty() && nqp2::platform::IsDigit(m_rest.front())) {
