@@ -9,6 +9,7 @@
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"
 #include "platform/case_blind.h"
+#include "platform/name_pattern.h"
 #include "platform/place.h"
 #include "platform/unicode.h"
 

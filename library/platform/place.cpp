@@ -5,8 +5,8 @@
 
 #include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
-#include "platform/case_fold.h"
 #include "platform/folder_memory.h"
+#include "platform/name_pattern.h"
 #include "platform/unicode.h"
 
 #include <algorithm>
@@ -317,33 +317,6 @@ CString FullPath(const CString& path) {
     std::error_code error;
     const std::filesystem::path current = std::filesystem::current_path(error);
     return error ? path : TextFromNameBytes((current / "").native()) + path;
-}
-
-bool MatchesPattern(std::wstring_view name, std::wstring_view pattern) {
-    if (pattern == L"*.*") {
-        return true; // kept: hosts rely on it, names without a dot included
-    }
-    constexpr std::size_t kNone = std::wstring_view::npos;
-    std::size_t n = 0;
-    std::size_t p = 0;
-    std::size_t star = kNone; // the last "*" seen
-    std::size_t resumeAt = 0; // where the name goes on when that "*" takes one more element
-    while (n < name.size()) {
-        if (p < pattern.size() && pattern[p] == L'*') {
-            star = p++;
-            resumeAt = n;
-        } else if (p < pattern.size() &&
-                   (pattern[p] == L'?' || ToUpper(pattern[p]) == ToUpper(name[n]))) {
-            ++n;
-            ++p;
-        } else if (star != kNone) {
-            p = star + 1;
-            n = ++resumeAt;
-        } else {
-            return false;
-        }
-    }
-    return pattern.find_first_not_of(L'*', p) == kNone;
 }
 
 } // namespace nqp2::platform

@@ -106,7 +106,4 @@ std::string PathOnDisk(const CString& path, FolderMemory* memory = nullptr);
 /// current folder is. Drive letters stay; so does a path that leads nowhere.
 CString FullPath(const CString& path);
 
-/// Whether a name fits a pattern of "*" and "?", without regard to letter case.
-bool MatchesPattern(std::wstring_view name, std::wstring_view pattern);
-
 } // namespace nqp2::platform

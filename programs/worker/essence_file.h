@@ -29,9 +29,10 @@ public:
     /// Appends one access unit of video, or whole samples of sound. What fails to be written, on a
     /// full medium say, is not in the file, which can be finished with what came before.
     void Add(std::string_view bytes);
-    /// Completes the file, flushes it and fails unless all of it is on the medium as it was written,
-    /// which for most of the essence was found out while it grew. Sound gets silence up to a whole frame, and up to `frames` of them; on a full medium, where
-    /// nothing is left but room for the end, as much as fits.
+    /// Completes the file, flushes it and fails unless all of it is on the medium as it was
+    /// written, which for most of the essence was found out while it grew. Sound gets silence up to
+    /// a whole frame, and up to `frames` of them; on a full medium, where nothing is left but room
+    /// for the end, as much as fits.
     void Finish(std::int64_t frames);
     /// Gives the finished file its name.
     void Commit();

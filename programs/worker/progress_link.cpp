@@ -79,7 +79,7 @@ void ProgressLink::Send(std::uint64_t done, std::uint64_t total,
 bool ProgressLink::Report(std::uint64_t done, std::uint64_t total) {
     // A host that is busy with an earlier transfer still has room for the first report of this one.
     constexpr std::size_t kMostUnanswered = 3;
-    // Waking both processes for each block takes a quarter of a transfer's processor time.
+    // Both processes wake for each report: for one of each block they would work much longer.
     constexpr std::chrono::milliseconds kPause(10);
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [&] { return !m_sending || m_stopped; });

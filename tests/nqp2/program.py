@@ -104,12 +104,15 @@ def fields_of(header, record):
     return re.findall(r"^    [\w:<>]+ (\w+)(?:\[\w+\])?(?: = [^;]+)?;", body, re.MULTILINE)
 
 
+SHARED_SAMPLES = os.environ.get("NQP2_SAMPLE_CARDS")
 SAMPLES = tempfile.TemporaryDirectory()
 
 
 @functools.cache
 def sample(kind="p2"):
-    """One of our own sample cards, made once; to be read only."""
+    """One of our own sample cards, made once for all tests or for these; to be read only."""
+    if SHARED_SAMPLES:
+        return Path(SHARED_SAMPLES) / kind
     if shutil.which("ffmpeg") is None:
         raise unittest.SkipTest("ffmpeg is not installed")
     folder = Path(SAMPLES.name) / kind

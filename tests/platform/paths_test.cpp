@@ -4,6 +4,7 @@
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
 #include "platform/case_blind.h"
+#include "platform/name_pattern.h"
 #include "platform/place.h"
 #include "platform/unicode.h"
 #include "tests/support/faulty_file_system.h"

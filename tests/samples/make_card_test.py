@@ -6,6 +6,7 @@
 import functools
 import hashlib
 import json
+import os
 import shutil
 import subprocess
 import sys
@@ -17,6 +18,7 @@ from pathlib import Path
 
 SCRIPT = Path(sys.argv.pop(1)) if len(sys.argv) > 1 else (
     Path(__file__).resolve().parents[2] / "samples" / "make_card.py")
+SHARED = os.environ.get("NQP2_SAMPLE_CARDS")
 UNREADABLE = {"0017CX.XML", "._0001AB.XML"}
 NEEDS_FFMPEG = unittest.skipUnless(shutil.which("ffmpeg"), "ffmpeg is not installed")
 # What is coded, by codec, class and edit unit.
@@ -71,10 +73,10 @@ def promises(content):
             **{f"AUDIO/{name}{number:02d}.MXF": each for number, each in enumerate(extents[1:])}}
 
 
-def played(path):
+def played(path, *options):
     """A file's streams, packets and tags, decoded to its end."""
     result = subprocess.run(
-        ["ffprobe", "-v", "error", "-count_frames", "-show_streams", "-show_packets",
+        ["ffprobe", "-v", "error", *options, "-count_frames", "-show_streams", "-show_packets",
          "-show_format", "-of", "json", path], capture_output=True, text=True, check=True)
     assert not result.stderr, f"{path}: {result.stderr}"
     found = json.loads(result.stdout)
@@ -90,11 +92,13 @@ def told(content):
 
 
 @functools.cache
-def demo_card():
-    """The demo card, made once; to be read only."""
-    card = Path(tempfile.mkdtemp(prefix="demo-card-"))
+def sample(kind):
+    """A card with something to look at, made once for all tests or for these; to be read only."""
+    if SHARED:
+        return Path(SHARED) / kind
+    card = Path(tempfile.mkdtemp(prefix="sample-card-"))
     unittest.addModuleCleanup(shutil.rmtree, card)
-    result = run(card / "new/card")
+    result = run(card / "new/card", "--kind", kind)
     assert (result.returncode, result.stderr) == (0, ""), result.stderr
     return card / "new/card"
 
@@ -134,38 +138,58 @@ class MakeCardTest(unittest.TestCase):
 
     @NEEDS_FFMPEG
     def test_the_same_call_makes_the_same_card(self):
-        self.assertEqual(fingerprint(self.make("demo")), fingerprint(demo_card()))
-        for arguments in (("--clips", 40), ("--kind", "avchd")):
-            first = fingerprint(self.make("card", "--force", *arguments))
-            self.assertEqual(fingerprint(self.make("card", "--force", *arguments)), first)
+        for kind in ("p2", "avchd"):
+            self.assertEqual(fingerprint(self.make("card", "--force", "--kind", kind)),
+                             fingerprint(sample(kind)))
+        first = fingerprint(self.make("card", "--force", "--clips", 40))
+        self.assertEqual(fingerprint(self.make("card", "--force", "--clips", 40)), first)
 
     @NEEDS_FFMPEG
     def test_the_demo_card_plays_what_it_promises(self):
-        card = demo_card()
+        card = sample("p2")
         files = {str(path.relative_to(card / "CONTENTS")).upper(): path
                  for path in card.glob("CONTENTS/*/*.*")}
         clips = self.assert_promises_kept(card)
         self.assertEqual(len(clips), 16)
         for clip in clips:
-            pictures, seconds = told(clip)
-            for path, extent in promises(clip).items():
-                streams, packets, tags = played(files[path])
-                for stream in streams:
-                    if stream["codec_type"] == "video":
-                        found = (stream["width"], stream["height"],
-                                 Fraction(stream["avg_frame_rate"]), int(stream["nb_read_frames"]))
-                        self.assertEqual(found, pictures, path)
-                    else:
-                        self.assertEqual(int(stream["duration_ts"]), seconds * 48000, path)
-                self.assertEqual(tags["material_package_umid"][2:].upper(),
-                                 text_at(clip, "GlobalClipID").upper(), path)
-                if len(streams) == 1:
-                    size = sum(int(packet["size"]) for packet in packets)
-                    self.assertEqual((int(packets[0]["pos"]), size), extent, path)
-        beside = [path for path in files.values() if path.parent.name in ("ICON", "PROXY", "VOICE")]
-        self.assertEqual(len(beside), 17 + 4 + 1)
+            extents = promises(clip)
+            for path in extents:
+                if path.startswith("AUDIO") and not path.endswith("00.MXF"):
+                    self.assert_another_channel(files, extents, path, clip)
+                else:
+                    self.assert_plays(files[path], extents[path], clip)
+        self.assertEqual(len(played(card / "CONTENTS/ICON/*", "-f", "image2", "-pattern_type",
+                                    "glob")[1]), 17)
+        beside = [path for path in files.values() if path.parent.name in ("PROXY", "VOICE")]
+        self.assertEqual(len(beside), 4 + 1)
         for path in beside:
             self.assertTrue(played(path)[1], path)
+
+    def assert_plays(self, path, extent, clip):
+        pictures, seconds = told(clip)
+        streams, packets, tags = played(path)
+        for stream in streams:
+            if stream["codec_type"] == "video":
+                found = (stream["width"], stream["height"],
+                         Fraction(stream["avg_frame_rate"]), int(stream["nb_read_frames"]))
+                self.assertEqual(found, pictures, path)
+            else:
+                self.assertEqual(int(stream["duration_ts"]), seconds * 48000, path)
+        self.assertEqual(tags["material_package_umid"][2:].upper(),
+                         text_at(clip, "GlobalClipID").upper(), path)
+        if len(streams) == 1:
+            size = sum(int(packet["size"]) for packet in packets)
+            self.assertEqual((int(packets[0]["pos"]), size), extent, path)
+
+    def assert_another_channel(self, files, extents, path, clip):
+        """It is laid out as the clip's first, which plays, is the same clip's and sounds
+        otherwise."""
+        content, first = files[path].read_bytes(), files[f"{path[:-6]}00.MXF"].read_bytes()
+        start, size = extents[path]
+        self.assertEqual((extents[path], len(content)),
+                         (extents[f"{path[:-6]}00.MXF"], len(first)), path)
+        self.assertIn(bytes.fromhex(text_at(clip, "GlobalClipID")), content, path)
+        self.assertNotEqual(content[start:start + size], first[start:start + size], path)
 
     def test_cards_for_measuring_have_metadata_of_4_to_8_kilobytes(self):
         # 90 clips: every format in every way of writing.
