@@ -2,8 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 // Reads a card once, with a report, and ends without taking its records apart, as the command line
-// does: the floor of what that prints, and where system calls and memory are counted.
+// does: the floor of what that prints, and where system calls and memory are counted. With a folder
+// it reads that one's files too.
 
+#include "bench/plain_read.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/PathText.h"
 
@@ -29,12 +31,13 @@ bool LoadAll(const std::string& card) {
 }
 
 int Main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: scan_once CARD\n");
+    if (argc != 2 && argc != 3) {
+        std::fprintf(stderr, "usage: scan_once CARD [FOLDER]\n");
         return 2;
     }
     const std::string card = argv[1];
-    const bool done = LoadAll(card);
+    const bool done =
+        LoadAll(card) && (argc == 2 || nqp2::bench::ReadFolder(std::string(argv[2]) + "/") > 0);
     if (!done) {
         std::fprintf(stderr, "scan_once: %s: not all clips were read\n", card.c_str());
     }

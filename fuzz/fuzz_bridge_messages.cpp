@@ -69,7 +69,7 @@ constexpr Trial kTrials[] = {
     TryMessage<bridge::BufferMessage>,        TryMessage<bridge::AVDataMessage>,
     TryMessage<bridge::IconMessage>,          TryMessage<bridge::ErrorTextMessage>,
     TryMessage<bridge::BaseClipInfoMessage>,  TryClipListEntry,
-    TryMessage<bridge::ConnectionRecord>,
+    TryMessage<bridge::ConnectionRecord>,     TryMessage<bridge::PicturesMessage>,
 };
 
 } // namespace

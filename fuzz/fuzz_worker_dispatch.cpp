@@ -121,7 +121,7 @@ public:
 
 private:
     using Request = void (Host::*)();
-    static const Request kRequests[17];
+    static const Request kRequests[18];
 
     CString Root() {
         constexpr const char* kFolders[] = {"card", "card", "other", "missing/deeper",
@@ -266,6 +266,15 @@ private:
         Send(MessageId::GetP2BaseClipInfo, message);
     }
 
+    void MakePictures() {
+        bridge::PicturesMessage message;
+        for (int left = m_input.Byte() % 4; left > 0; --left) {
+            message.paths.Add(Root() + L"\\CONTENTS\\ICON\\" + Name() + L".BMP");
+        }
+        message.bounds = {m_input.Byte(), m_input.Byte()};
+        Send(MessageId::MakePictures, message);
+    }
+
     const Scratch& m_scratch;
     ByteSource& m_input;
     worker::ProgressLink m_progress;
@@ -293,6 +302,7 @@ const Host::Request Host::kRequests[] = {
     &Host::SendEmpty<MessageId::CloseAllFile, bridge::ResultMessage>,
     &Host::SendEmpty<MessageId::GetLastError, bridge::ErrorTextMessage>,
     &Host::GetBaseClipInfo,
+    &Host::MakePictures,
 };
 
 } // namespace

@@ -6,6 +6,7 @@ import hashlib
 import os
 import random
 import shutil
+import struct
 import subprocess
 import sys
 from pathlib import Path
@@ -56,6 +57,23 @@ class Cards:
                 os.utime(target, (MODIFIED, MODIFIED))
 
         return self._made(f"{clips}-missing", make)
+
+    def pictured(self, clips: int) -> Path:
+        """A card each of whose clips has an icon of its own."""
+        source = self.bulk(clips)
+
+        def make(card: Path) -> None:
+            shutil.copytree(source, card, copy_function=os.link)
+            head = struct.pack("<2s4I2i2H6I", b"BM", 54 + 80 * 60 * 3, 0, 54, 40, 80, 60, 1, 24,
+                               0, 0, 0, 0, 0, 0)
+            for number, clip in enumerate(sorted((card / "CONTENTS" / "CLIP").iterdir())):
+                icon = card / "CONTENTS" / "ICON" / f"{clip.stem}.BMP"
+                icon.unlink(missing_ok=True)
+                icon.write_bytes(head + bytes((x * 3 + y * number + z * 80) % 256
+                                              for y in range(60) for x in range(80)
+                                              for z in range(3)))
+
+        return self._made(f"{clips}-pictured", make)
 
     def odd(self, clips: int) -> Path:
         """A card each of whose metadata files has other elements, in another order."""

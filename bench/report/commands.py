@@ -12,7 +12,7 @@ from typing import Callable
 from report.cards import media_of
 from report.terms import Figures, NoFigure
 
-FORMS = {"table": [], "csv": ["--csv"], "json": ["--json"]}
+FORMS = {"table": [], "csv": ["--csv", "--columns", "all"], "json": ["--json"]}
 
 
 def cost_of(run_once: Path, command: list) -> dict[str, float]:
@@ -49,7 +49,7 @@ class Commands:
     def measure(self, kind: str, names: set[str]) -> Figures:
         kinds: dict[str, Callable[[set[str]], Figures]] = {
             "command": self._listings, "calls": self._calls, "copy": self._copies,
-            "record": self._recordings}
+            "record": self._recordings, "page": self._pages}
         return kinds[kind](names)
 
     def _low(self, runs: dict[str, Callable[[], list]], times: int) -> Figures:
@@ -74,6 +74,17 @@ class Commands:
                       if any(each.startswith(f"{name}:") for each in names)}
             figures |= self._low(wanted, 3)
         return figures
+
+    def _pages(self, _names: set[str]) -> Figures:
+        """The page of a card with icons, and the scan with all icons read."""
+        clips = self._setting.sizes.small
+        card = self._setting.cards.pictured(clips)
+        page = self._setting.cards.folder / "page.html"
+        figures = self._low({
+            f"page/report/{clips}": lambda: [self._setting.nqp2, "report", card, "-o", page],
+            f"page/scan/{clips}": lambda: [self._setting.programs / "scan_once", card,
+                                           card / "CONTENTS" / "ICON"]}, 5)
+        return figures | {f"page/size/{clips}": page.stat().st_size}
 
     def _calls(self, names: set[str]) -> Figures:
         """System calls for one more clip: what the large card takes beyond the small one, so that

@@ -107,7 +107,12 @@ def command_lines(sizes: Sizes) -> list[Line]:
                  figure(f"command/scan/{large}:processor"), 1.5) for form, name in forms]
     rows += [Line(f"memory of a clip for {name}, beyond the record / 64 bytes", "bytes",
                   growth(form) - growth("scan"), fixed(64, "bytes"), 1) for form, name in forms]
+    page = "page/{}/" + str(sizes.small)
     return rows + [
+        Line(f"nqp2 report, {sizes.small:,} clips with icons / scan, icons read", "ms",
+             figure(page.format("report") + ":wall"), figure(page.format("scan") + ":wall"), 4),
+        Line(f"page of {sizes.small:,} clips with icons / 15 MB", "bytes",
+             figure(page.format("size")), fixed(15_000_000, "bytes"), 1),
         Line("nqp2 --version / a program that returns at once", "ms", figure("start/version"),
              figure("start/bare"), 1.5),
         Line("the worker's first answer / the same program", "ms", figure("start/first_answer"),

@@ -55,10 +55,18 @@ struct Take {
     CArray<MissingSegment> missing;
 };
 
+/// The zones of a clip's two dates, which its record does not hold: minutes before UTC.
+struct ClipZones {
+    static constexpr std::int16_t kUnknown = INT16_MIN;
+    std::int16_t start = kUnknown;
+    std::int16_t end = kUnknown;
+};
+
 /// What a scan left out and how its clips hang together. Filled beside the fixed results.
 struct ScanReport {
     CArray<SkippedFile> skipped;
     CArray<Take> takes;
+    CArray<ClipZones> zones; ///< of the clips of a P2 card, in the order in which they came
 };
 
 } // namespace nqp2

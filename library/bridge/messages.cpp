@@ -99,6 +99,12 @@ void Describe(Archive& archive, Self& message) {
     archive(message.path, message.info, message.result);
 }
 
+template <class Archive, RecordOf<PicturesMessage> Self>
+void Describe(Archive& archive, Self& message) {
+    archive(message.paths, message.bounds.cx, message.bounds.cy, message.pictures);
+    archive(message.result);
+}
+
 template <class Archive, RecordOf<ConnectionRecord> Self>
 void Describe(Archive& archive, Self& record) {
     archive(record.sendSize, record.receiveSize, record.sendTimeout, record.receiveTimeout);
@@ -185,6 +191,7 @@ template struct WireMessage<AVDataMessage>;
 template struct WireMessage<IconMessage>;
 template struct WireMessage<ErrorTextMessage>;
 template struct WireMessage<BaseClipInfoMessage>;
+template struct WireMessage<PicturesMessage>;
 template struct WireMessage<ConnectionRecord>;
 
 } // namespace nqp2::bridge

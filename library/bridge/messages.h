@@ -51,6 +51,7 @@ enum class MessageId : std::uint32_t {
     GetP2BaseClipInfo = 20022,
     // Beside the fixed ones.
     RecordedClips = 21000,
+    MakePictures = 21001,
 };
 
 /// A message's number as the channel takes it.
@@ -190,6 +191,22 @@ struct ErrorTextMessage : WireMessage<ErrorTextMessage> {
 struct BaseClipInfoMessage : WireMessage<BaseClipInfoMessage> {
     CString path;
     NQP2BaseClipInfo info;
+    std::int32_t result = 0;
+};
+
+/// A small picture of a file.
+struct PictureRecord {
+    CString problem;                     ///< why there is none; "" with a picture
+    const unsigned char* data = nullptr; ///< JPEG; not owned; restored: in the received buffer
+    std::uint32_t length = 0;            ///< bytes
+};
+
+/// Files; back come their pictures, none larger than the bounds, in the order of the files.
+struct PicturesMessage : WireMessage<PicturesMessage> {
+    static constexpr std::int64_t kMostPaths = 256;
+    CStringArray paths;
+    tagSIZE bounds; ///< pixels
+    CArray<PictureRecord> pictures;
     std::int32_t result = 0;
 };
 

@@ -16,6 +16,7 @@ using nqp2::bridge::kChannelFailed;
 using nqp2::bridge::kDone;
 using nqp2::bridge::kRefused;
 using nqp2::bridge::MessageId;
+using nqp2::bridge::PicturesMessage;
 using nqp2::bridge::ResultMessage;
 using nqp2::bridge::RTExportParamMessage;
 using nqp2::bridge::StopRTExportMessage;
@@ -163,6 +164,18 @@ std::int32_t CTNQ264BitSupport::GetRecordedClips(CString& names) {
     const std::int32_t status = Request(MessageId::RecordedClips, message);
     names = message.text;
     return status;
+}
+
+std::int32_t CTNQ264BitSupport::MakePictures(PicturesMessage& message,
+                                             const std::function<void()>& take) {
+    const bool replied =
+        Exchange(RequestPort(), MessageId::MakePictures, message, [&](std::int32_t restored) {
+            if (restored > 0) {
+                take();
+            }
+            return restored > 0;
+        });
+    return replied ? StatusOf(message.result) : kChannelFailed;
 }
 
 std::int32_t CTNQ264BitSupport::GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "bridge/messages.h"
 #include "bridge/wire.h"
 #include "NQP2ParserU/ClipListRecords.h"
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
@@ -61,6 +62,12 @@ void Describe(Archive& archive, Self& info) {
     archive(info.value1, info.value2, info.value3);
     archive(info.codec, info.text1, info.text2, info.text3, info.texts, info.clipText3);
     archive(info.value4);
+}
+
+template <class Archive, RecordOf<PictureRecord> Self>
+void Describe(Archive& archive, Self& picture) {
+    archive(picture.problem);
+    archive.Run(picture.data, picture.length);
 }
 
 template <class Archive, RecordOf<_BLCLIP> Self>

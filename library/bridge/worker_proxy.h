@@ -15,6 +15,7 @@
 #include "platform/process.h"
 
 #include <cstdint>
+#include <functional>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -119,6 +120,9 @@ public:
     std::int32_t GetLastError(CString& text);
     /// One name on each line.
     std::int32_t GetRecordedClips(CString& names);
+    /// `message` becomes the reply and is given to `take` while its pictures are there.
+    std::int32_t MakePictures(nqp2::bridge::PicturesMessage& message,
+                              const std::function<void()>& take);
     /// `info` travels with the request and becomes what the worker sends back.
     std::int32_t GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info);
 

@@ -9,6 +9,7 @@
 #include "clips/takes.h"
 #include "media/card_layout.h"
 #include "media/card_status.h"
+#include "media/dates.h"
 #include "NQP2ParserU/MarkupMSXML.h"
 #include "platform/place.h"
 #include "xml/dom/document.h"
@@ -45,6 +46,13 @@ ClipRelation RelationOf(const ClipTexts& texts, const _tag_P2Clip& clip) {
     return relation;
 }
 
+ClipZones ZonesOf(const ClipTexts& texts) {
+    const auto zone = [&texts](ClipPath path) {
+        return media::ZoneOf(texts.Text(path).View()).value_or(ClipZones::kUnknown);
+    };
+    return {zone(ClipPath::StartDate), zone(ClipPath::EndDate)};
+}
+
 /// One scan: the record that is used over and over, the reader, and what is remarked on the way.
 class Scan {
 public:
@@ -73,7 +81,12 @@ public:
             });
     }
 
-    CArray<nqp2::Take> Takes() const { return FindTakes(m_relations); }
+    void Tell(ScanReport& report) const {
+        report.takes.Append(FindTakes(m_relations));
+        for (const ClipZones& zones : m_zones) {
+            report.zones.Add(zones);
+        }
+    }
 
 private:
     void Take(const platform::FoundFile& file, const ClipTexts& texts, CArray<_tag_P2Clip>& clips) {
@@ -88,6 +101,7 @@ private:
         }
         if (m_remarks.AreWanted()) {
             Relate(RelationOf(texts, m_clip));
+            m_zones.push_back(ZonesOf(texts));
         }
         if (!m_keepDigit) {
             m_clip.ClipIdDigit = -1;
@@ -122,6 +136,7 @@ private:
     std::int64_t m_room = 0; ///< for so many clips there is room for certain
     std::int64_t m_most = 0; ///< clips, when each file becomes one
     std::vector<ClipRelation> m_relations;
+    std::vector<ClipZones> m_zones;
 };
 
 /// Appends a record for every clip file below the contents folder that loads.
@@ -134,7 +149,7 @@ void ScanClips(const platform::Place& contents, CMarkupMSXML& reader, bool keepD
     Scan scan(contents, reader, keepDigit, report);
     scan.Run(folder, isMissing, clips);
     if (report != nullptr) {
-        report->takes.Append(scan.Takes());
+        scan.Tell(*report);
     }
 }
 

@@ -63,6 +63,27 @@ CString WithoutZone(const CString& text) {
     return text;
 }
 
+std::optional<std::int16_t> ZoneOf(std::wstring_view date) {
+    constexpr std::wstring_view kForm = L"+00:00";
+    constexpr int kHours = 24;
+    constexpr int kMinutes = 60;
+    if (date.size() <= kForm.size() || date.find(L'T') == std::wstring_view::npos) {
+        return std::nullopt;
+    }
+    const std::wstring_view zone = date.substr(date.size() - kForm.size());
+    const bool hasSign = zone[0] == L'+' || zone[0] == L'-';
+    if (!hasSign || !platform::HasForm(zone.substr(1), kForm.substr(1))) {
+        return std::nullopt;
+    }
+    const int hours = platform::ToInt32(zone.substr(1, 2));
+    const int minutes = platform::ToInt32(zone.substr(4));
+    if (hours >= kHours || minutes >= kMinutes) {
+        return std::nullopt;
+    }
+    const int before = hours * kMinutes + minutes;
+    return static_cast<std::int16_t>(zone[0] == L'-' ? -before : before);
+}
+
 CString FileDateText(std::optional<std::time_t> time) {
     const std::optional<CalendarTime> local = LocalTime(time);
     return local ? DateText(*local) : L"Unknow";

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <ctime>
 #include <optional>
+#include <string_view>
 
 /// Date texts of metadata and of files.
 namespace nqp2::media {
@@ -34,6 +35,9 @@ bool ReadClipDate(const CString& text, COleDateTime& moment);
 /// The text without its zone suffix: from the last "+" at or after the "T", else from the last
 /// "-" there. A text without "T" is kept whole.
 CString WithoutZone(const CString& text);
+
+/// The zone at the end of a date text, in minutes before UTC: "+08:00"; nothing for any other end.
+std::optional<std::int16_t> ZoneOf(std::wstring_view date);
 
 /// A file's time as local date text; "Unknow" (sic: hosts compare it) when there is none.
 CString FileDateText(std::optional<std::time_t> time);

@@ -4,6 +4,7 @@
 #include "bridge/worker_proxy.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/RecordedClips.h"
+#include "NQP2ParserU/SmallPictures.h"
 #include "platform/guard.h"
 
 #include <algorithm>
@@ -185,6 +186,28 @@ CStringArray RecordedClips(const CNQP2Parser& parser) noexcept {
         }
         return names;
     });
+}
+
+PicturesStatus MakeSmallPictures(const CNQP2Parser& parser, const CStringArray& files,
+                                 const SIZE& bounds, CArray<SmallPicture>& pictures) noexcept {
+    pictures.RemoveAll();
+    const std::int32_t answer = AskProxy(bridge::ProxyOf::Get(parser), [&](Proxy& proxy) {
+        bridge::PicturesMessage message;
+        message.paths = files;
+        message.bounds = bounds;
+        return proxy.MakePictures(message, [&] {
+            for (const bridge::PictureRecord& each : message.pictures) {
+                pictures.Add({{each.data, each.data + each.length}, each.problem});
+            }
+        });
+    });
+    const bool isWhole = answer == kDone && pictures.GetSize() == files.GetSize();
+    if (!isWhole) {
+        pictures.RemoveAll();
+    }
+    return isWhole              ? PicturesStatus::Made
+           : answer == kRefused ? PicturesStatus::Refused
+                                : PicturesStatus::NoWorker;
 }
 
 } // namespace nqp2

@@ -55,6 +55,12 @@ std::int32_t Saturated(std::int64_t value) {
 
 } // namespace
 
+bool HasForm(std::wstring_view text, std::wstring_view form) {
+    return std::equal(
+        text.begin(), text.end(), form.begin(), form.end(),
+        [](wchar_t ch, wchar_t like) { return like == L'0' ? IsDigit(ch) : ch == like; });
+}
+
 std::int32_t ToInt32(std::wstring_view text) {
     return Saturated(ReadNumber(text));
 }

@@ -19,6 +19,9 @@ constexpr bool IsDigit(Char ch) {
     return ch >= Char{'0'} && ch <= Char{'9'};
 }
 
+/// Whether a text is the other with any digits in the place of its zeros.
+bool HasForm(std::wstring_view text, std::wstring_view form);
+
 std::int32_t ToInt32(std::wstring_view text);
 std::int32_t ToInt32(std::string_view utf8);
 std::int64_t ToInt64(std::wstring_view text);

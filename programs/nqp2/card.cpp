@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 namespace nqp2::tool {
@@ -53,6 +54,24 @@ std::string RealPath(const CString& path) {
     // For one run of one command: what it learns of a folder stays true for that long.
     static RealPaths paths;
     return paths.Find(path);
+}
+
+std::string OutputPath(const CString& path) {
+    return OutputPath(RealPath(path));
+}
+
+std::string OutputPath(std::string path) {
+    if (path.empty() || path.front() == '/') {
+        return path;
+    }
+    // Nothing but names is put before it: "..", behind a link, leads where the system says.
+    std::error_code error;
+    static const std::string here = fs::current_path(error).native();
+    const std::string_view below = path.starts_with("./") ? std::string_view(path).substr(2) : path;
+    if (here.empty() || below.empty() || below == ".") {
+        return here.empty() ? path : here;
+    }
+    return fmt::format("{}{}{}", here, here.ends_with('/') ? "" : "/", below);
 }
 
 bool IsMappedDrive(const CString& text) {

@@ -14,6 +14,10 @@ namespace nqp2::tool {
 
 /// The POSIX path of the file that an interface path names, in its letters on the disk; "" for "".
 std::string RealPath(const CString& path);
+/// The same as a whole path, which leads there from any folder.
+std::string OutputPath(const CString& path);
+/// That of a path of the system.
+std::string OutputPath(std::string path);
 
 /// Whether a text names a drive ("E", "E:", "E:\\copies") whose letter the drive table knows.
 bool IsMappedDrive(const CString& text);

@@ -137,11 +137,15 @@ void PutClip(ValueSink& sink, const _tag_P2Clip& clip) {
     PutFields(sink, kClipFields, clip);
 }
 
+void PutClipMembers(ValueSink& sink, const _tag_P2Clip& clip) {
+    PutMembers(sink, kClipFields, clip);
+}
+
 void PutClipOfCard(ValueSink& sink, const std::string& card, const _tag_P2Clip& clip) {
     sink.BeginRecord();
     sink.Name("Card");
     sink.Put(std::string_view(card));
-    PutMembers(sink, kClipFields, clip);
+    PutClipMembers(sink, clip);
     sink.EndRecord();
 }
 

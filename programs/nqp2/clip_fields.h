@@ -16,6 +16,8 @@ namespace nqp2::tool {
 /// Shows every field of a clip under its own name in declaration order, then what its codec and
 /// rate mean (CodeType, VideoStandard). Paths are POSIX paths, absent files "".
 void PutClip(ValueSink& sink, const _tag_P2Clip& clip);
+/// The same within a record that has more.
+void PutClipMembers(ValueSink& sink, const _tag_P2Clip& clip);
 
 /// The same with its card before all else ("Card").
 void PutClipOfCard(ValueSink& sink, const std::string& card, const _tag_P2Clip& clip);

@@ -3,34 +3,24 @@
 
 #include "nqp2/clip_table.h"
 
+#include "nqp2/clip_cells.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/console.h"
 #include "nqp2/table.h"
-#include "NQP2ParserU/FrameRate.h"
+#include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/core.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 
 namespace nqp2::tool {
-namespace {
-
-/// Null for a text that names no known rate: index 0 is "50i" and whatever is unknown.
-const FrameRate* KnownRate(const CString& text) {
-    const int index = RateIndexFromText(text);
-    const bool unknown = index == 0 && text.CompareNoCase(L"50i") != 0;
-    return unknown ? nullptr : &kFrameRates.at(static_cast<std::size_t>(index));
-}
-
-} // namespace
 
 std::string LengthText(std::int32_t frames, const CString& rate) {
-    const FrameRate* known = KnownRate(rate);
+    const FrameRate* known = FindFrameRate(rate);
     if (known == nullptr || frames < 0) {
         return fmt::format("{} frames", frames);
     }
@@ -45,7 +35,7 @@ std::string LengthText(const _tag_P2Clip& clip) {
 }
 
 double RunningSeconds(const _tag_P2Clip& clip) {
-    const FrameRate* rate = KnownRate(clip.FrameRate);
+    const FrameRate* rate = FindFrameRate(clip.FrameRate);
     return rate == nullptr || clip.Duration < 0 ? 0.0 : clip.Duration / rate->PerSecond();
 }
 
@@ -68,35 +58,14 @@ std::string Text(const Clip& clip) {
     return BytesFromText(clip.*Member);
 }
 
-/// The name that a person gave; many cameras put the clip's own name or identifier there.
-std::string OwnTitle(const Clip& clip) {
-    const bool generated = clip.UserClipName.CompareNoCase(clip.ClipName) == 0 ||
-                           clip.UserClipName.CompareNoCase(clip.GlobalClipID) == 0;
-    return generated ? "" : BytesFromText(clip.UserClipName);
+std::string AudioChannelsText(const Clip& clip) {
+    return fmt::format("{}", AudioChannels(clip));
 }
 
 std::string Start(const Clip& clip) {
     CString start = clip.StartDate;
     start.Replace(L"T", L" ");
     return BytesFromText(start);
-}
-
-/// The codec with its class, unless the codec's name ends in it already ("AVC-LongG422-50M").
-std::string CodecAndClass(const Clip& clip) {
-    const bool named = clip.CodecName.Find(L"-" + clip.CodecClass + L"M") >= 0;
-    const std::string codec = BytesFromText(clip.CodecName);
-    return clip.CodecClass.IsEmpty() || named
-               ? codec
-               : fmt::format("{} {}", codec, BytesFromText(clip.CodecClass));
-}
-
-/// Audio channels. Where sound has files of its own, the scan gives a path to one channel fewer
-/// than the clip has; the word length tells whether there is sound at all.
-std::string AudioChannels(const Clip& clip) {
-    const int paths = std::popcount(clip.EssenceMask >> 1U);
-    const bool ownFiles = !(clip.AudioPath[0] == clip.VideoPath);
-    const int unnamed = ownFiles && !clip.AudioBitsPerSample.IsEmpty() ? 1 : 0;
-    return fmt::format("{}", paths + unnamed);
 }
 
 /// "P" for a proxy file, "M3" for three memos.
@@ -120,7 +89,7 @@ std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips) {
         {{"CODEC", Align::Left, 12}, CodecAndClass},
         {{"RATE", Align::Left, 0}, Text<&Clip::FrameRate>},
         {{"MARK", Align::Left, 0}, Marks},
-        {{"CH", Align::Right, 0}, AudioChannels},
+        {{"CH", Align::Right, 0}, AudioChannelsText},
         {{"RATIO", Align::Left, 0}, Text<&Clip::AspectRatio>},
     };
     const auto titled = [](const Clip* clip) { return !OwnTitle(*clip).empty(); };

@@ -120,6 +120,7 @@ void AddIconCommand(const Command& program);
 void AddSerialCommand(const Command& program);
 void AddBaseInfoCommand(const Command& program);
 void AddRtExportCommand(const Command& program);
+void AddReportCommand(const Command& program);
 void AddLastErrorCommand(const Command& program);
 
 /// What the user typed. Keeps the options of all commands.

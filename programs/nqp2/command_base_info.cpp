@@ -29,7 +29,7 @@ Record BaseInfoRecord(const NQP2BaseClipInfo& info) {
     constexpr double kThousand = 1000;
     List audio;
     for (const CString& path : info.texts) {
-        audio.emplace_back(RealPath(path));
+        audio.emplace_back(OutputPath(path));
     }
     return {{"ClipName", BytesFromText(info.clipText1)},
             {"UserClipName", BytesFromText(info.clipText3)},
@@ -43,7 +43,7 @@ Record BaseInfoRecord(const NQP2BaseClipInfo& info) {
             {"AspectRatio", BytesFromText(info.text2)},
             {"ActivePixel", info.value4 & 0xFFFF},
             {"ActiveLine", info.value4 >> 16},
-            {"VideoPath", RealPath(info.text3)},
+            {"VideoPath", OutputPath(info.text3)},
             {"AudioPath", audio}};
 }
 

@@ -2,10 +2,14 @@
 // SPDX-License-Identifier: MIT
 
 #include "nqp2/card_scan.h"
+#include "nqp2/clip_columns.h"
+#include "nqp2/clip_details.h"
+#include "nqp2/clip_document.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_order.h"
 #include "nqp2/clip_table.h"
 #include "nqp2/command.h"
+#include "nqp2/flat_fields.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 #include "nqp2/value.h"
@@ -15,6 +19,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace nqp2::tool {
@@ -23,9 +28,17 @@ namespace {
 struct ClipsOptions {
     ScanOptions scan;
     std::string sort = "name";
+    std::string columns;
     OutputForm form;
+    bool lines = false; ///< of JSON
     bool report = false;
+    bool files = false;
+    bool metadata = false;
     bool strict = false;
+
+    [[nodiscard]] bool AreJson() const { return form.json || lines; }
+    /// Whether the files are looked at that belong to clips.
+    [[nodiscard]] bool AskForFiles() const { return files || report; }
 };
 
 /// What was scanned, and whether as one card or as a list of cards.
@@ -35,24 +48,6 @@ struct Scanned {
 
     [[nodiscard]] const CardScan& Only() const { return scans.cards.front(); }
 };
-
-std::string KindName(CardKind kind) {
-    return kind == CardKind::P2 ? "p2" : "avchd";
-}
-
-Record ClipsDocument(const Sequence& clips, const Scanned& scanned, bool report) {
-    if (scanned.areSeveral) {
-        return {{"clips", clips}};
-    }
-    const CardScan& scan = scanned.Only();
-    Record document = {
-        {"card", scan.card.Folder()}, {"kind", KindName(scan.kind)}, {"clips", clips}};
-    if (report) {
-        document.push_back({"skipped", SkippedValue(scan.report)});
-        document.push_back({"takes", TakesValue(scan.report)});
-    }
-    return document;
-}
 
 /// Says how much was left out to a user who did not ask for the report.
 void WarnOfSkipped(Console& console, const CardScan& scan) {
@@ -74,14 +69,7 @@ void WarnOfSkipped(Console& console, const CardScans& scans) {
     }
 }
 
-void PrintReport(Console& console, const Scanned& scanned, bool aside) {
-    const TellLine tell = [&](const std::string& line) {
-        if (aside) {
-            console.Message(line);
-        } else {
-            console.WriteLine(line);
-        }
-    };
+void PrintReport(const Scanned& scanned, const TellLine& tell) {
     if (scanned.areSeveral) {
         ForEachReportLine(scanned.scans, tell);
     } else {
@@ -107,22 +95,88 @@ Value FreshRow(bool areSeveral) {
     });
 }
 
-void PrintClips(Console& console, const ClipsOptions& options, const Scanned& scanned) {
-    const ClipOrder clips = OrderedClips(scanned.scans, options.sort);
+constexpr const char* kAllColumns = "all";
+
+/// Every field of the record, written as it comes.
+void PrintEveryField(Console& console, const Scanned& scanned, const ClipOrder& clips) {
     const Sequence rows = {clips.size(), [&](ValueSink& sink, std::size_t index) {
                                FetchAhead(clips, index);
                                PutRow(sink, scanned, *clips[index]);
                            }};
+    PrintCsv(console, FreshRow(scanned.areSeveral), rows);
+}
+
+void PrintTable(Console& console, const Scanned& scanned, const ClipOrder& clips) {
     const CardOfClip card = [&scanned](const _tag_P2Clip& clip) {
         return scanned.scans.CardOf(clip).label;
     };
-    PrintListing(console, options.form,
-                 {ClipsDocument(rows, scanned, options.report), FreshRow(scanned.areSeveral), rows,
-                  [&](Console& target) {
-                      PrintClipTable(target, clips, scanned.areSeveral ? card : CardOfClip());
-                  }});
-    if (options.report && !options.form.json) {
-        PrintReport(console, scanned, options.form.csv);
+    PrintClipTable(console, clips, scanned.areSeveral ? card : CardOfClip());
+}
+
+/// Refuses options that do not go together.
+void RequireOneForm(const ClipsOptions& options) {
+    if (options.lines && (options.form.json || options.form.csv)) {
+        throw Failure("--jsonl", "is a form of its own", "not with --json and --csv", kUsage);
+    }
+    if (options.AreJson() && !options.columns.empty()) {
+        throw Failure("--columns", "is for tables", "not with --json and --jsonl", kUsage);
+    }
+    if (options.metadata && !options.AreJson()) {
+        throw Failure("--metadata", "is for --json and --jsonl",
+                      "columns have names: --columns Name,metadata.place.name", kUsage);
+    }
+}
+
+/// The columns to print; nothing where a form has its own.
+std::optional<ClipColumns> ColumnsOf(const ClipsOptions& options) {
+    const bool isEveryField = options.form.csv && options.columns == kAllColumns;
+    const bool hasOwn = options.columns.empty() && !options.form.csv;
+    if (options.AreJson() || isEveryField || hasOwn) {
+        return std::nullopt;
+    }
+    return ClipColumns(options.columns.empty() ? kDefaultColumns : options.columns);
+}
+
+/// Whether what stands beside the list goes to standard output too.
+bool IsReportBelow(const ClipsOptions& options) {
+    return !options.form.csv && !options.lines;
+}
+
+void PrintList(Console& console, const ClipsOptions& options, const Scanned& scanned,
+               const ClipListing& listing, const std::optional<ClipColumns>& columns) {
+    if (options.form.json) {
+        PrintJson(console, ClipsDocument(listing));
+    } else if (options.lines) {
+        PrintClipLines(console, listing);
+    } else if (columns && options.form.csv) {
+        PrintCsvColumns(console, listing, *columns);
+    } else if (columns) {
+        PrintTableColumns(console, listing, *columns);
+    } else if (options.form.csv) {
+        PrintEveryField(console, scanned, listing.clips);
+    } else {
+        PrintTable(console, scanned, listing.clips);
+    }
+}
+
+/// What was asked for beside the list, where the list is no document.
+void PrintBeside(Console& console, const ClipsOptions& options, const Scanned& scanned,
+                 const ClipListing& listing) {
+    if (options.form.json) {
+        return;
+    }
+    const TellLine tell = [&](const std::string& line) {
+        if (IsReportBelow(options)) {
+            console.WriteLine(line);
+        } else {
+            console.Message(line);
+        }
+    };
+    if (options.report) {
+        PrintReport(scanned, tell);
+    }
+    if (options.AskForFiles()) {
+        ForEachFileLine(listing, tell);
     }
 }
 
@@ -133,15 +187,28 @@ bool HasLosses(const CardScans& scans) {
 }
 
 Status RunClips(Console& console, const ClipsOptions& options) {
+    RequireOneForm(options);
+    const std::optional<ClipColumns> columns = ColumnsOf(options);
     // The process ends with this command: the system takes all memory back at once, faster than ten
     // thousand records can be taken apart.
     static const CardScans& scans = *new CardScans(ScanCards(console, options.scan));
-    PrintClips(console, options, {scans, options.scan.AreSeveral()});
+    const Scanned scanned = {scans, options.scan.AreSeveral()};
+    ClipReading reading = columns ? columns->Reading() : ClipReading();
+    reading.metadata = reading.metadata || options.metadata;
+    reading.files = reading.files || options.AskForFiles();
+    static ClipDetails& details = *new ClipDetails(console, scans, reading);
+    const ClipOrder clips = OrderedClips(scans, options.sort);
+    const ClipListing listing = {scans,         clips,         details, scanned.areSeveral,
+                                 options.files, options.report};
+    PrintList(console, options, scanned, listing, columns);
+    PrintBeside(console, options, scanned, listing);
     console.Finish();
     if (!options.report) {
         WarnOfSkipped(console, scans);
     }
-    return options.strict && HasLosses(scans) ? kSkipped : kDone;
+    const bool lacks = HasLosses(scans) || details.CountOfUnread() > 0 ||
+                       (options.AskForFiles() && !details.Broken(clips).empty());
+    return options.strict && lacks ? kSkipped : kDone;
 }
 
 } // namespace
@@ -153,16 +220,25 @@ void AddClipsCommand(const Command& program) {
     command.CardArguments(options.scan.cards);
     command.Flag("--recursive", options.scan.recursive,
                  "List every card in these folders and below");
-    command.JsonAndCsvFlags(options.form, ", every field", ", every field");
+    command.JsonAndCsvFlags(options.form, ", a document of all", "; see --columns");
+    command.Flag("--jsonl", options.lines, "Print JSON, each clip on a line of its own");
+    command.ValueOption("--columns", options.columns, "LIST",
+                        "Of the table or CSV, names with commas between: Name, Card, Start ...\n"
+                        "(default: all such), all (every field), members of JSON");
+    command.Flag("--metadata", options.metadata, "With JSON, tell all that the clips' files tell");
+    command.Flag("--files", options.files,
+                 "Tell the files of each clip, clips that are not whole, other files");
     command
         .ValueOption("--sort", options.sort, "ORDER",
                      "By name (the default), by shooting date or not at all")
         .OneOf(ClipOrderNames());
     command.Flag("--report", options.report,
-                 "Tell what was skipped and which takes are incomplete");
+                 "Tell what was skipped and which takes and clips are incomplete");
     command.Flag("--keep-digit", options.scan.keepDigit,
                  "Keep ClipIdDigit as read (else it is -1)");
-    command.Flag("--strict", options.strict, "Exit with 4 when a file was skipped");
+    command.Flag("--strict", options.strict,
+                 "Exit with 4 when a file was skipped or, where files are\n"
+                 "asked for, a clip is not whole");
     command.WorkerOption(options.scan.worker);
     command.Example("nqp2 clips /media/card --sort date --report");
 }

@@ -118,7 +118,7 @@ Status RunExport(Console& console, const TransferOptions& options) {
         TellIncomplete(console, label, sentence);
     }
     if (options.json) {
-        PrintJson(console, Record{{"card", card.Folder()}, {"clips", records}});
+        PrintJson(console, Record{{"card", OutputPath(card.Folder())}, {"clips", records}});
     } else {
         console.WriteLine(fmt::format("{}: exported to {}", label, card.Folder()));
     }

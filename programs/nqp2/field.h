@@ -54,7 +54,7 @@ void PutField(ValueSink& sink, const Number (&numbers)[Count]) {
 }
 
 inline void PutPath(ValueSink& sink, const CString& path) {
-    sink.Put(std::string_view(RealPath(path)));
+    sink.Put(std::string_view(OutputPath(path)));
 }
 template <std::size_t Count>
 void PutPath(ValueSink& sink, const CString (&paths)[Count]) {

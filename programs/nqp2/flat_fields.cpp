@@ -10,7 +10,7 @@
 
 #include <fmt/core.h>
 
-#include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,31 +25,61 @@ enum class Flatten {
 };
 
 /// Hands out the leaves of a record with their dotted names: "Proxy.ProxyExt", "AudioPath.0". That
-/// of a list that is one field has no text.
+/// of a list that is one field is in JSON.
 class LeafSink final : public ValueSink {
 public:
-    using Take = std::function<void(const std::string& name, const std::string& text)>;
-    LeafSink(Flatten depth, Take take) : m_depth(depth), m_take(std::move(take)) {}
+    LeafSink(Flatten depth, TakeNamedText take) : m_depth(depth), m_take(std::move(take)) {}
 
-    void Put(std::int64_t number) override { PutLeaf(fmt::format("{}", number)); }
-    void Put(std::uint64_t number) override { PutLeaf(fmt::format("{}", number)); }
-    void Put(double number) override { PutLeaf(fmt::format("{}", number)); }
-    void Put(bool truth) override { PutLeaf(fmt::format("{}", truth)); }
-    void Put(std::string_view text) override { PutLeaf(std::string(text)); }
-    void Put(const CString& text) override { PutLeaf(BytesFromText(text)); }
-    void BeginRecord() override { Begin(false); }
-    void Name(std::string_view name) override { Step(name); }
-    void EndRecord() override { m_levels.pop_back(); }
-    void BeginList(ListOf kind) override {
-        Begin(true);
-        if (m_depth == Flatten::ListsOfTexts && kind != ListOf::Texts && ++m_kept == 1) {
-            m_take(m_name, {});
+    void Put(std::int64_t number) override { PutNext(number); }
+    void Put(std::uint64_t number) override { PutNext(number); }
+    void Put(double number) override { PutNext(number); }
+    void Put(bool truth) override { PutNext(truth); }
+    void Put(std::string_view text) override { PutNext(text); }
+    void Put(const CString& text) override { PutNext(text); }
+    void BeginRecord() override {
+        if (m_json) {
+            m_json->BeginRecord();
+        } else {
+            Begin(false);
         }
-        m_levels.back().isKept = m_kept > 0;
+    }
+    void Name(std::string_view name) override {
+        if (m_json) {
+            m_json->Name(name);
+        } else {
+            Step(name);
+        }
+    }
+    void EndRecord() override {
+        if (m_json) {
+            m_json->EndRecord();
+        } else {
+            m_levels.pop_back();
+        }
+    }
+    void BeginList(ListOf kind) override {
+        if (!m_json && (m_depth == Flatten::Everything || kind == ListOf::Texts)) {
+            Begin(true);
+            return;
+        }
+        if (!m_json) {
+            StepToElement();
+            m_json.emplace(m_list);
+        }
+        m_json->BeginList(kind);
+        ++m_lists;
     }
     void EndList() override {
-        m_kept -= m_levels.back().isKept ? 1 : 0;
-        m_levels.pop_back();
+        if (!m_json) {
+            m_levels.pop_back();
+            return;
+        }
+        m_json->EndList();
+        if (--m_lists == 0) {
+            m_json.reset();
+            m_take(m_name, std::string(m_list.Text()));
+            m_list.Clear();
+        }
     }
 
 private:
@@ -57,7 +87,6 @@ private:
     struct Level {
         std::size_t nameLength = 0;
         bool isList = false;
-        bool isKept = false;
         int index = 0;
     };
     void Begin(bool isList) {
@@ -74,18 +103,28 @@ private:
             Step(fmt::format("{}", m_levels.back().index++));
         }
     }
-    void PutLeaf(const std::string& text) {
-        StepToElement();
-        if (m_kept == 0) {
-            m_take(m_name, text);
+    static std::string TextOf(const CString& text) { return BytesFromText(text); }
+    template <class Leaf>
+    static std::string TextOf(const Leaf& leaf) {
+        return fmt::format("{}", leaf);
+    }
+    template <class Leaf>
+    void PutNext(const Leaf& leaf) {
+        if (m_json) {
+            m_json->Put(leaf);
+            return;
         }
+        StepToElement();
+        m_take(m_name, TextOf(leaf));
     }
 
     Flatten m_depth;
-    Take m_take;
+    TakeNamedText m_take;
     std::string m_name; ///< of what comes
     std::vector<Level> m_levels;
-    int m_kept = 0; ///< lists around what comes that are one field
+    int m_lists = 0;                  ///< lists around what comes that are written
+    OutputText m_list;                ///< as one field,
+    std::optional<JsonWriter> m_json; ///< by this
 };
 
 } // namespace
@@ -99,15 +138,19 @@ void PrintFields(Console& console, const Value& record) {
     });
 }
 
+void ForEachCell(const Value& record, const TakeNamedText& take) {
+    LeafSink cells(Flatten::ListsOfTexts, take);
+    Put(cells, record);
+}
+
 void PrintCsv(Console& console, const Value& fresh, const Sequence& rows) {
     OutputText out(&console);
     const char* separator = "";
-    LeafSink names(Flatten::ListsOfTexts, [&](const std::string& name, const std::string&) {
+    ForEachCell(fresh, [&](const std::string& name, const std::string&) {
         out.Put(separator);
         PutCell(out, name);
         separator = ",";
     });
-    Put(names, fresh);
     out.Put("\r\n");
     CsvRow row(out);
     for (std::size_t i = 0; i < rows.count; ++i) {

@@ -23,7 +23,7 @@ constexpr AddCommand kCommands[] = {AddClipsCommand,    AddClipCommand,     AddF
                                     AddEdlCommand,      AddIngestCommand,   AddPlaylistsCommand,
                                     AddImportCommand,   AddExportCommand,   AddDeleteCommand,
                                     AddIconCommand,     AddSerialCommand,   AddBaseInfoCommand,
-                                    AddRtExportCommand, AddLastErrorCommand};
+                                    AddRtExportCommand, AddReportCommand,   AddLastErrorCommand};
 
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {

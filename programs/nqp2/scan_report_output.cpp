@@ -28,22 +28,14 @@ constexpr ReasonWords kReasons[] = {
     {SkipReason::FolderUnreadable, "the folder could not be read to its end"},
 };
 
-List Texts(const CStringArray& strings) {
-    List texts;
-    for (const CString& text : strings) {
-        texts.emplace_back(BytesFromText(text));
-    }
-    return texts;
-}
-
 Record SkippedRecord(const SkippedFile& file) {
-    return {{"path", RealPath(file.path)},
+    return {{"path", OutputPath(file.path)},
             {"reason", ReasonText(file)},
             {"line", file.line},
             {"column", file.column}};
 }
 
-List MissingRecords(const Take& take) {
+List MissingRecords(const JoinedTake& take) {
     List missing;
     for (const MissingSegment& segment : take.missing) {
         missing.emplace_back(Record{{"ClipName", BytesFromText(segment.clipName)},
@@ -52,22 +44,15 @@ List MissingRecords(const Take& take) {
     return missing;
 }
 
-Record TakeRecord(const Take& take) {
+Record TakeRecord(const JoinedTake& take) {
+    List segments;
+    for (const TakeSegment& segment : take.segments) {
+        segments.emplace_back(BytesFromText(segment.clipName));
+    }
     return {{"TopGlobalClipID", BytesFromText(take.topGlobalClipID)},
-            {"segments", Texts(take.segments)},
+            {"segments", segments},
             {"complete", take.complete},
             {"missing", MissingRecords(take)}};
-}
-
-std::string MissingText(const MissingSegment& segment) {
-    std::string text = segment.clipName.IsEmpty() ? BytesFromText(segment.globalClipID)
-                                                  : BytesFromText(segment.clipName);
-    if (text.empty()) {
-        text = "a segment without a name";
-    }
-    return segment.serialNo.IsEmpty()
-               ? text
-               : fmt::format("{} on card {}", text, BytesFromText(segment.serialNo));
 }
 
 /// "A + B: incomplete, missing C on card D", from the segments that are there.
@@ -122,6 +107,17 @@ void TellSkipped(const CArray<SkippedFile>& skipped, const TellLine& tell) {
 
 } // namespace
 
+std::string MissingText(const MissingSegment& segment) {
+    std::string text = segment.clipName.IsEmpty() ? BytesFromText(segment.globalClipID)
+                                                  : BytesFromText(segment.clipName);
+    if (text.empty()) {
+        text = "a segment without a name";
+    }
+    return segment.serialNo.IsEmpty()
+               ? text
+               : fmt::format("{} on card {}", text, BytesFromText(segment.serialNo));
+}
+
 std::string ReasonText(const SkippedFile& file) {
     const auto* words =
         std::find_if(std::begin(kReasons), std::end(kReasons),
@@ -138,15 +134,25 @@ std::string PositionText(const SkippedFile& file) {
     return file.line > 0 ? fmt::format("{}:{}:{}", path, file.line, file.column) : path;
 }
 
-Value SkippedValue(const ScanReport& report) {
-    return SequenceOf(report.skipped, [](ValueSink& sink, const SkippedFile& file) {
-        Put(sink, SkippedRecord(file));
+Value SkippedValue(const CardScans& scans) {
+    return Content([&scans](ValueSink& sink) {
+        const auto put = [&sink](const CArray<SkippedFile>& skipped) {
+            for (const SkippedFile& file : skipped) {
+                Put(sink, SkippedRecord(file));
+            }
+        };
+        sink.BeginList(ListOf::Records);
+        put(scans.skipped);
+        for (const CardScan& scan : scans.cards) {
+            put(scan.report.skipped);
+        }
+        sink.EndList();
     });
 }
 
-Value TakesValue(const ScanReport& report) {
-    return SequenceOf(report.takes,
-                      [](ValueSink& sink, const Take& take) { Put(sink, TakeRecord(take)); });
+Value TakesValue(const CArray<JoinedTake>& takes) {
+    return SequenceOf(takes,
+                      [](ValueSink& sink, const JoinedTake& take) { Put(sink, TakeRecord(take)); });
 }
 
 void ForEachReportLine(const ScanReport& report, const TellLine& tell) {

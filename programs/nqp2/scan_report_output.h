@@ -15,8 +15,8 @@
 namespace nqp2::tool {
 
 /// The report's parts as lists of records.
-Value SkippedValue(const ScanReport& report);
-Value TakesValue(const ScanReport& report);
+Value SkippedValue(const CardScans& scans);
+Value TakesValue(const CArray<JoinedTake>& takes);
 
 /// Takes a line of a report.
 using TellLine = std::function<void(const std::string& line)>;
@@ -29,6 +29,9 @@ void ForEachReportLine(const CardScans& scans, const TellLine& tell);
 
 /// How many files were skipped or are incomplete; companion files are no loss.
 std::int64_t CountOfLosses(const CArray<SkippedFile>& skipped);
+
+/// The name of a missing segment, and its card where that is known.
+std::string MissingText(const MissingSegment& segment);
 
 /// "PATH:LINE:COLUMN", the position only where there is one.
 std::string PositionText(const SkippedFile& file);

@@ -55,16 +55,6 @@ void Default(CString& text, const CString& value) {
     }
 }
 
-/// A regular file on the disk; nothing when there is none.
-std::optional<std::string> FindFile(const CString& path) {
-    std::string file = platform::PathOnDisk(path);
-    platform::FileInfo info;
-    // A relative path would be another one in the host's folder.
-    const bool isFile = file.starts_with('/') && platform::Files().Stat(file, info) &&
-                        info.kind == platform::EntryKind::File;
-    return isFile ? std::optional(std::move(file)) : std::nullopt;
-}
-
 /// The same for the same content, wherever it lies: files without identifiers are told apart by
 /// their size and first bytes.
 GUID IdentifyByContent(const std::string& path) {

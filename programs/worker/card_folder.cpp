@@ -84,6 +84,15 @@ platform::Place FindContents(const CString& root) {
     return contents;
 }
 
+std::optional<std::string> FindFile(const CString& path) {
+    std::string file = platform::PathOnDisk(path);
+    platform::FileInfo info;
+    // A relative path would be another one in the host's folder.
+    const bool isFile = file.starts_with('/') && platform::Files().Stat(file, info) &&
+                        info.kind == platform::EntryKind::File;
+    return isFile ? std::optional(std::move(file)) : std::nullopt;
+}
+
 std::string Shown(const CString& text) {
     return platform::Utf8FromText(text.View());
 }

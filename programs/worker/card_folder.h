@@ -8,6 +8,7 @@
 #include "platform/place.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 /// Names and roots as they come in messages: foreign text that must not lead anywhere else.
@@ -33,6 +34,9 @@ CardFolders OpenCard(const CString& root);
 
 /// The CONTENTS folder below a root. Fails when there is none.
 platform::Place FindContents(const CString& root);
+
+/// The regular file on the disk that a path means; nothing when there is none.
+std::optional<std::string> FindFile(const CString& path);
 
 /// Text for messages to people.
 std::string Shown(const CString& text);

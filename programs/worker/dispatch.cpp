@@ -68,6 +68,7 @@ constexpr Handler kHandlers[] = {
     {MessageId::GetLastError, Run<bridge::ErrorTextMessage, &Operations::GetLastError>},
     {MessageId::SetRTExportExtraParam, Run<bridge::ValueMessage, &Operations::SetRecordingAspect>},
     {MessageId::RecordedClips, Run<bridge::ErrorTextMessage, &Operations::GetRecordedClips>},
+    {MessageId::MakePictures, Run<bridge::PicturesMessage, &Operations::MakePictures>},
     {MessageId::GetP2BaseClipInfo, Run<bridge::BaseClipInfoMessage, &Operations::GetBaseClipInfo>},
 };
 

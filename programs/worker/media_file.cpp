@@ -4,119 +4,39 @@
 #include "worker/media_file.h"
 
 #include "copy/failure.h"
-#include "platform/descriptor.h"
-#include "platform/io_status.h"
+#include "worker/bounded_file.h"
 #include "worker/media_loader.h"
-
-#include <algorithm>
-#include <cerrno>
-#include <ctime>
-#include <fcntl.h>
-#include <limits>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace nqp2::worker {
 namespace {
 
-std::chrono::nanoseconds OwnProcessorTime() {
-    timespec time = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+/// Lets the module read a file within its limits; `read` is given both.
+template <class Read>
+void ReadWithModule(BoundedFile& file, Read read) {
+    const MediaFault fault = read(LoadMediaModule());
+    file.RequireNotStopped(); // whatever was found until then is half of it
+    if (!fault.empty()) {
+        throw copy::Failure("Cannot understand " + file.Name() + ": " + fault + ".");
+    }
 }
-
-class BoundedFile final : public MediaInput {
-public:
-    BoundedFile(std::string path, const std::function<bool()>& goesOn, const MediaLimits& limits)
-        : m_path(std::move(path)), m_goesOn(goesOn), m_bytesLeft(limits.bytes),
-          m_end(OwnProcessorTime() + limits.processorTime) {}
-
-    /// Never waits on a pipe or device.
-    void Open() {
-        m_file = platform::Descriptor(open(m_path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-        struct stat facts = {};
-        if (!m_file || fstat(m_file.Get(), &facts) != 0) {
-            throw copy::Failure("read", m_path, platform::SystemStatus(errno));
-        }
-        if (!S_ISREG(facts.st_mode)) {
-            throw copy::Failure(m_path + " is no file.");
-        }
-        m_size = static_cast<std::uint64_t>(std::max<off_t>(facts.st_size, 0));
-    }
-
-    [[nodiscard]] const std::string& Name() const override { return m_path; }
-    [[nodiscard]] std::uint64_t Size() const override { return m_size; }
-
-    std::int64_t ReadAt(std::uint64_t position, char* buffer,
-                        std::size_t capacity) noexcept override {
-        constexpr std::uint64_t kMost = std::numeric_limits<off_t>::max();
-        if (!GoesOn()) {
-            return -1;
-        }
-        ssize_t count = -1;
-        do {
-            count = pread(m_file.Get(), buffer, std::min<std::uint64_t>(capacity, m_bytesLeft),
-                          static_cast<off_t>(std::min(position, kMost)));
-        } while (count < 0 && errno == EINTR);
-        if (count < 0) {
-            m_stop = Stop::Error;
-            m_error = errno;
-        }
-        m_bytesLeft -= static_cast<std::uint64_t>(std::max<ssize_t>(count, 0));
-        return count;
-    }
-
-    [[nodiscard]] bool GoesOn() noexcept override {
-        if (m_stop == Stop::None && !m_goesOn()) {
-            m_stop = Stop::Cancelled;
-        } else if (m_stop == Stop::None && (m_bytesLeft == 0 || OwnProcessorTime() > m_end)) {
-            m_stop = Stop::Limit;
-        }
-        return m_stop == Stop::None;
-    }
-
-    /// Fails when reading had to end before the module was done.
-    void RequireNotStopped() const {
-        switch (m_stop) {
-        case Stop::None:
-            return;
-        case Stop::Cancelled:
-            throw copy::Failure("Cancelled.");
-        case Stop::Error:
-            throw copy::Failure("read", m_path, platform::SystemStatus(m_error));
-        case Stop::Limit:
-            throw copy::Failure(m_path + " does not tell what it is within the bytes and the time "
-                                         "that are spent on a camera file.");
-        }
-    }
-
-private:
-    enum class Stop { None, Cancelled, Error, Limit };
-
-    std::string m_path;
-    const std::function<bool()>& m_goesOn;
-    std::uint64_t m_bytesLeft;
-    std::chrono::nanoseconds m_end;
-    std::uint64_t m_size = 0;
-    platform::Descriptor m_file;
-    Stop m_stop = Stop::None;
-    int m_error = 0; ///< the system's number
-};
 
 } // namespace
 
 MediaFacts ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,
                          const MediaLimits& limits) {
-    const MediaModule& module = LoadMediaModule();
+    LoadMediaModule();
     BoundedFile file(path, goesOn, limits);
-    file.Open();
     MediaFacts facts;
-    const MediaFault fault = module.Describe(file, facts);
-    file.RequireNotStopped(); // whatever was found until then is half of it
-    if (!fault.empty()) {
-        throw copy::Failure("Cannot understand " + path + ": " + fault + ".");
-    }
+    ReadWithModule(file, [&](const MediaModule& module) { return module.Describe(file, facts); });
     return facts;
+}
+
+Picture ReadPicture(BoundedFile& file, std::int32_t width, std::int32_t height) {
+    Picture picture;
+    ReadWithModule(file, [&](const MediaModule& module) {
+        return module.MakePicture(file, width, height, picture);
+    });
+    return picture;
 }
 
 } // namespace nqp2::worker

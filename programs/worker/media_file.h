@@ -24,4 +24,10 @@ struct MediaLimits {
 MediaFacts ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,
                          const MediaLimits& limits = {});
 
+class BoundedFile;
+
+/// The picture in a picture file, or the first of a video, made small enough to fit into `width` x
+/// `height` pixels. Fails as ReadMediaFile does.
+Picture ReadPicture(BoundedFile& file, std::int32_t width, std::int32_t height);
+
 } // namespace nqp2::worker

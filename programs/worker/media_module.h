@@ -58,6 +58,13 @@ struct MediaFacts {
     std::string title;
 };
 
+/// A picture of 24-bit pixels: red, green, blue, the top row first, rows not padded.
+struct Picture {
+    std::string pixels;
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+};
+
 /// A file that the module reads, as far as it may.
 class MediaInput {
 public:
@@ -99,6 +106,10 @@ public:
     virtual ~MediaModule() = default;
     /// Reads the head of a QuickTime, MP4, AVI or MXF file.
     virtual MediaFault Describe(MediaInput& input, MediaFacts& facts) const noexcept = 0;
+    /// Decodes a bitmap, PNG or JPEG, or the first picture of a QuickTime, MP4, AVI, MXF or
+    /// transport stream file, and makes it fit into `width` x `height`; it is never made larger.
+    virtual MediaFault MakePicture(MediaInput& input, std::int32_t width, std::int32_t height,
+                                   Picture& picture) const noexcept = 0;
     /// `output` outlives the muxer, which is null when libavformat does not take the format.
     virtual MediaFault MuxVideo(const VideoFormat& format, MediaOutput& output,
                                 std::unique_ptr<EssenceMuxer>& muxer) const noexcept = 0;

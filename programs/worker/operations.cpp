@@ -7,6 +7,7 @@
 #include "NQP2ParserU/WorkerFields.h"
 #include "platform/unicode.h"
 #include "worker/card_requests.h"
+#include "worker/picture_maker.h"
 
 #include <iterator>
 #include <optional>
@@ -156,6 +157,30 @@ void Operations::GetRecordedClips(bridge::ErrorTextMessage& message) {
     for (const CString& name :
          m_recording != nullptr ? m_recording->ClipNames() : m_recordedClips) {
         message.text += (message.text.IsEmpty() ? L"" : L"\n") + name;
+    }
+}
+
+void Operations::MakePictures(bridge::PicturesMessage& message) {
+    const CStringArray paths = std::move(message.paths);
+    message.paths.RemoveAll();
+    message.pictures.RemoveAll();
+    m_pictures.clear();
+    if (paths.GetSize() > message.kMostPaths) {
+        throw copy::Failure("More than " + std::to_string(message.kMostPaths) +
+                            " pictures are not made at once.");
+    }
+    PictureMaker maker(message.bounds, [this] { return m_progress.Lasts(); });
+    m_pictures.reserve(static_cast<std::size_t>(paths.GetSize())); // the answer points into it
+    for (const CString& path : paths) {
+        bridge::PictureRecord record;
+        try {
+            const std::string& jpeg = m_pictures.emplace_back(maker.Make(path));
+            record.data = reinterpret_cast<const unsigned char*>(jpeg.data());
+            record.length = static_cast<std::uint32_t>(jpeg.size());
+        } catch (const copy::Failure& failure) {
+            record.problem = platform::TextFromUtf8(failure.what());
+        }
+        message.pictures.Add(record);
     }
 }
 

@@ -35,6 +35,7 @@ public:
     void GetSerialNumber(bridge::TextPairMessage& message);
     void GetLastError(bridge::ErrorTextMessage& message);
     void GetRecordedClips(bridge::ErrorTextMessage& message);
+    void MakePictures(bridge::PicturesMessage& message);
     void GetBaseClipInfo(bridge::BaseClipInfoMessage& message);
     void SetRecordingParameters(bridge::RTExportParamMessage& message);
     void SetRecordingAspect(bridge::ValueMessage& message);
@@ -64,6 +65,7 @@ private:
     std::unique_ptr<Recording> m_recording;
     std::vector<CString> m_recordedClips; ///< of the last recording
     std::vector<unsigned char> m_buffer;
+    std::vector<std::string> m_pictures; ///< of the last answer
 };
 
 /// Writes an answer to a buffer of that capacity and returns its length: 0, which the library takes

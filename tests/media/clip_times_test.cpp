@@ -3,6 +3,7 @@
 
 #include "media/dates.h"
 #include "media/timecode.h"
+#include "NQP2ParserU/ClipTimes.h"
 #include "tests/support/print_text.h"
 
 #include <gtest/gtest.h>
@@ -144,6 +145,52 @@ TEST(FileDate, IsLocalTimeOrUnknowWithoutATimeThatFits) {
     EXPECT_NEAR(FileMoment(1795248309).GetDays(), 46347.5660763889, 1e-9);
     unsetenv("TZ");
     tzset();
+}
+
+TEST(ClipTimes, TimecodeIsTheTextThatWasCounted) {
+    constexpr std::tuple<const wchar_t*, bool, const wchar_t*, std::int64_t, const wchar_t*>
+        kRows[] = {{L"50i", true, L"10:00:00:24", 1, L"10:00:01:00"},
+                   {L"29.97p", true, L"00:00:59;29", 1, L"00:01:00;02"},
+                   {L"29.97p", false, L"00:00:59:29", 1, L"00:01:00:00"},
+                   {L"59.94p", true, L"00:08:59;59", 1, L"00:09:00;04"},
+                   {L"24p", false, L"01:00:00:23", 1, L"01:00:01:00"},
+                   {L"23.98p", true, L"23:59:59:23", 1, L"00:00:00:00"},
+                   {L"60p", true, L"00:00:01:59", 0, L"00:00:01:59"},
+                   {L"", false, L"00:00:01:24", 25, L"00:00:02:24"}};
+    for (const auto& [rate, dropFrame, text, offset, then] : kRows) {
+        _tag_P2Clip clip;
+        clip.FrameRate = rate;
+        clip.DropFrame = dropFrame ? 1 : 0;
+        clip.StartTimecode = ClipFrameCount(text, rate, dropFrame);
+        EXPECT_EQ(ClipTimecode(clip), text) << CString(rate);
+        EXPECT_EQ(ClipTimecode(clip, offset), then) << CString(rate);
+    }
+    // Thirty numbers that were counted as twenty-five, and counts of no timecode.
+    for (const auto& [rate, count] : {std::pair(L"30p", 100), {L"25p", -1}, {L"25p", 2160000}}) {
+        _tag_P2Clip clip;
+        clip.FrameRate = rate;
+        clip.StartTimecode = count;
+        EXPECT_EQ(ClipTimecode(clip), L"") << CString(rate);
+    }
+}
+
+TEST(ClipTimes, DatesHaveTheirOwnZoneOrTheGivenOne) {
+    constexpr std::tuple<const wchar_t*, std::int16_t, const wchar_t*> kRows[] = {
+        {L"2024-02-29T08:58:44", ClipZones::kUnknown, L"2024-02-29T08:58:44"},
+        {L"2024-02-29T08:58:44", -210, L"2024-02-29T08:58:44-03:30"},
+        {L"2024-02-29T08:58:44+08:00", 60, L"2024-02-29T08:58:44+08:00"},
+        {L"2024-02-29T08:58:44Z", 60, L"2024-02-29T08:58:44Z"},
+        {L"2023-02-29T08:58:44", 60, L""},
+        {L"2024-02-29T24:00:00", 60, L""},
+        {L"2024-02-29", 60, L""},
+        {L"", 60, L""},
+        {L"2024-02-29T08:58:44+24:00", 60, L""},
+        {L"2024-02-29T08:58:44 +08:00", 60, L""},
+        {L"2024-02-29T08:58:4\x0664", 60, L""},
+    };
+    for (const auto& [date, zone, shown] : kRows) {
+        EXPECT_EQ(IsoDate(date, zone), shown) << CString(date);
+    }
 }
 
 } // namespace

@@ -60,7 +60,7 @@ class NamedCardTest(CardTest):
 
         path = str(self.card.path)
         self.assertEqual([seen(f"{path}/"), seen("card", cwd=self.folder), seen(".", cwd=path)],
-                         [path, "card", "."])
+                         [path, path, path])
         drive = ("--drive", f"E={path}")
         for text in ("E", "e", "E:", "E:\\"):
             self.assertIn(seen(*drive, text), (path, f"{path}/"))

@@ -4,6 +4,7 @@
 
 import csv
 import io
+from pathlib import Path
 
 from program import Card, CardTest, main, run
 
@@ -35,10 +36,12 @@ class CardsTest(CardTest):
         self.paths = [str(card.path) for card in self.cards]
 
     def rows(self, *arguments):
-        """Card and name of each clip, and what is said beside."""
-        result = run("clips", "--csv", *arguments)
+        """Card and name of each clip, and what is said beside. None has picture and sound, which
+        a report says too."""
+        result = run("clips", "--csv", "--columns", "Card,ClipName", *arguments)
         rows = csv.DictReader(io.StringIO(result.stdout))
-        return [(row["Card"], row["ClipName"]) for row in rows], result.stderr.splitlines()
+        return ([(row["Card"], row["ClipName"]) for row in rows],
+                [line for line in result.stderr.splitlines() if " is not whole: " not in line])
 
     def test_clips_of_all_cards_come_with_their_card(self):
         expected = list(zip(self.paths, SHOT))
@@ -67,6 +70,12 @@ class CardsTest(CardTest):
                 ([second, third], f"0002BB on {second} + 0003CC on {third}: incomplete, missing "
                                   "0001AA on card SN0")):
             self.assertEqual(self.rows(*cards, "--report")[1], [f"take {take}"])
+        shown = [(Path(clip["card"]).name, clip["take"])
+                 for clip in self.told("clips", second, third)["clips"]]
+        lost = [{"clipName": "0001AA", "globalClipID": f"{1:064X}", "serialNo": "SN0"}]
+        self.assertEqual(shown, [(card, {"top": "0001AA", "place": place, "of": 3,
+                                         "complete": False, "missing": lost})
+                                 for card, place in (("B", 2), ("day 2", 3))])
         self.cards[1].add("0001AA", **segment(0))
         self.assertIn(f"take 0001AA on {first} and {second} + 0002BB on {second} + ",
                       run("clips", self.top, "--recursive", "--report").stdout)

@@ -2,11 +2,15 @@
 # SPDX-License-Identifier: MIT
 """The commands that list and show clips."""
 
+import csv
+import io
 import json
 import os
 import unicodedata
+import unittest
+from pathlib import Path
 
-from program import INCLUDE, CardTest, fields_of, main, run, run_on_terminal
+from program import (INCLUDE, CardTest, can_trace, fields_of, main, run, run_on_terminal, traced)
 
 HEADER = INCLUDE / "P2Clip.h"
 TOP = "060A2B340101010501010D431300000011111111222233334444555555555555"
@@ -53,14 +57,52 @@ class ClipsTest(ShownCardTest):
         result = run("clips", self.card.path, "--report")
         table = run("clips", self.card.path).stdout
         self.assertTrue(result.stdout.startswith(table))
-        skipped, take = result.stdout[len(table):].splitlines()
+        skipped, take, *broken = result.stdout[len(table):].splitlines()
         self.assertRegex(skipped, r"^skipped .*/CLIP/0005BR\.XML:3:\d+: not well-formed XML: .+")
         self.assertEqual(take, "take 0003LT: incomplete, missing 0009XX on card AB12")
+        # The card has no picture and no sound.
+        for clip, files in (("0001DV", 3), ("0002AV", 5), ("0003LT", 1), ("0004NO", 1)):
+            lines = [line for line in broken if line.startswith(f"clip {clip} is not whole: ")]
+            self.assertEqual(len(lines), files, lines)
+            self.assertTrue(all(line.endswith(" is missing") for line in lines), lines)
 
     def test_csv_gives_every_field_and_the_report_aside(self):
-        result = run("clips", self.card.path, "--csv", "--report")
+        result = run("clips", self.card.path, "--csv", "--columns", "all", "--report")
         self.assert_golden("clips.csv", result.stdout)
-        self.assertEqual(len(result.stderr.splitlines()), 2)
+        self.assertEqual(len(result.stderr.splitlines()), 2 + 10)
+
+    def test_columns_of_csv_and_table(self):
+        self.assert_golden("clips_bin.csv", run("clips", self.card.path, "--csv").stdout)
+
+        def cells(names, *options):
+            rows = run("clips", self.card.path, "--columns", names, "--csv", *options).stdout
+            return list(csv.reader(io.StringIO(rows)))
+
+        names = "ClipName,Duration,length.frames,metadata.shoot.startDate,AudioPath.0,Memos"
+        head, row, *others = cells(names)
+        self.assertEqual(head, names.split(","))
+        self.assertEqual(row[:4], ["0001DV", "00:01:00:03", "1503", "2024-05-11T09:15:30+02:00"])
+        self.assertEqual([json.loads(row[5])[1]["Text"], Path(row[4]).name, len(others)],
+                         ["zwei\nZeilen", "0001DV00.MXF", 3])
+        table = run("clips", self.card.path, "--columns", "FPS,Name").stdout.splitlines()
+        self.assertEqual([line.split() for line in table[:2]],
+                         [["FPS", "Name"], ["25", "Zug", "nach", "Köln"]])
+        self.assert_each_fails(2, [
+            (("clips", self.card.path, *options), line) for options, line in (
+                (("--columns", "Nme"), "--columns Nme: is no column"),
+                (("--columns", "Name,"), "--columns : is no column"),
+                (("--columns", "Name", "--json"), "--columns: is for tables"),
+                (("--jsonl", "--json"), "--jsonl: is a form of its own"),
+                (("--metadata", "--csv"), "--metadata: is for --json"))])
+
+    @unittest.skipUnless(can_trace(), "strace cannot trace here")
+    def test_plain_lists_leave_the_files_alone(self):
+        (self.card.path / "CONTENTS" / "VOICE").mkdir()
+        for options, looks in (([], False), (["--json"], False), (["--jsonl"], False),
+                               (["--csv", "--columns", "Name,Start,Path"], False),
+                               (["--report"], True), (["--json", "--files"], True)):
+            trace = traced(["-e", "trace=file"], ["clips", self.card.path, *options]).stderr
+            self.assertEqual(b"CONTENTS/VOICE" in trace, looks, options)
 
     def test_json_gives_every_field_in_declaration_order(self):
         shown = run("clips", self.card.path, "--json").stdout
@@ -74,7 +116,10 @@ class ClipsTest(ShownCardTest):
         self.assertGreater(len(names), 40)
         names[1:1] = ["ShootStartTimeStatus"]
         for clip in document["clips"]:
-            self.assertEqual(list(clip), names + ["CodeType", "VideoStandard"])
+            record = names + ["CodeType", "VideoStandard"]
+            self.assertEqual(list(clip)[:len(record)], record)
+            # Nobody takes one name for another.
+            self.assertEqual(len({name.lower() for name in clip}), len(clip))
             self.assertEqual(list(clip["Proxy"]), fields_of(HEADER, "P2Proxy"))
             self.assertEqual(len(clip["AudioPath"]), 8)
             for memo in clip["Memos"]:

@@ -112,6 +112,7 @@ protected:
              Saved(bridge::IconMessage{{}, root, L"0001AB", {2, 2}, pixels, 0})},
             {MessageId::GetP2SerialNumber, Saved(bridge::TextPairMessage{{}, root, L"", 0})},
             {MessageId::RecordedClips, Saved(bridge::ErrorTextMessage{{}, L"text", 0})},
+            {MessageId::MakePictures, Saved(bridge::PicturesMessage{{}, names, {80, 60}, {}, 0})},
             {MessageId::GetP2BaseClipInfo, Saved(bridge::BaseClipInfoMessage{{}, root, {}, 0})},
         };
     }

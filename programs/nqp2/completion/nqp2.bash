@@ -34,7 +34,8 @@ _nqp2_words() {
 _nqp2() {
     local global='--help --verbose --drive'
     local -A options=(
-        [clips]='--recursive --json --csv --sort --report --keep-digit --strict --worker'
+        [clips]='--recursive --json --jsonl --csv --columns --sort --report --files --metadata --keep-digit
+            --strict --worker'
         [clip]='--json'
         [format]='--json --csv'
         [umid]=''
@@ -56,6 +57,7 @@ _nqp2() {
         [base-info]='--json --worker'
         [rt-export]='--code-type --sound --bare --channels --bits --name --title --timecode --drop-frame
             --wide --json --quiet --worker'
+        [report]='--output --recursive --worker'
         [last-error]='--json --worker'
     )
     local -A groups=([edl]='list write' [ingest]='list add remove')
@@ -69,9 +71,10 @@ _nqp2() {
         previous='='
     fi
     case $previous in
+        --columns) _nqp2_words 'default all' "$current"; return ;;
         --sort) _nqp2_words 'name date none' "$current"; return ;;
         --to | --from) _nqp2_folders "$current"; return ;;
-        --worker | --sound) compopt -o default 2>/dev/null; return ;;
+        --worker | --sound | --output | -o) compopt -o default 2>/dev/null; return ;;
         --drive | --bytes | --code-type | --frames | --name | --channels | --bits | --title | \
             --timecode) return ;;
         --standard)
@@ -85,8 +88,8 @@ _nqp2() {
         word=${COMP_WORDS[i]}
         case $word in
             --from) from=${COMP_WORDS[++i]} ;;
-            --sort | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
-                --sound | --channels | --bits | --title | --timecode) ((++i)) ;;
+            --sort | --columns | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
+                --output | -o | --sound | --channels | --bits | --title | --timecode) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
             *)
@@ -108,7 +111,7 @@ _nqp2() {
             _nqp2_words "$global --version" "$current"
         else
             _nqp2_words 'clips clip format umid free-name space edl ingest playlists import export
-                delete icon serial base-info rt-export last-error' "$current"
+                delete icon serial base-info rt-export report last-error' "$current"
         fi
     elif [[ $current == -* ]]; then
         _nqp2_words "${options[$command]-} $global" "$current"
@@ -118,7 +121,7 @@ _nqp2() {
         return
     elif [[ $command == base-info ]]; then
         compopt -o default 2>/dev/null
-    elif [[ -z $card || $command == clips ]]; then
+    elif [[ -z $card || $command == clips || $command == report ]]; then
         _nqp2_folders "$current"
     elif [[ $command == import || $command == delete ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"

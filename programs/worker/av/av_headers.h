@@ -8,6 +8,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/opt.h>
+#include <libswscale/swscale.h>
 }
 
 #include "worker/media_module.h"
@@ -86,6 +87,8 @@ inline std::int64_t SeekTo(std::int64_t offset, int whence, std::uint64_t size,
 
 /// What MediaModule offers. Throws std::bad_alloc, beside the faults that it returns.
 MediaFault ReadMedia(MediaInput& input, MediaFacts& facts);
+MediaFault ReadPicture(MediaInput& input, std::int32_t width, std::int32_t height,
+                       Picture& picture);
 MediaFault MakeVideoMuxer(const VideoFormat& format, MediaOutput& output,
                           std::unique_ptr<EssenceMuxer>& muxer);
 MediaFault MakeSoundMuxer(const SoundFormat& format, MediaOutput& output,

@@ -1,0 +1,129 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "NQP2ParserU/ClipTimes.h"
+
+#include "media/dates.h"
+#include "media/rates.h"
+#include "media/timecode.h"
+#include "NQP2ParserU/OleDateTime.h"
+#include "platform/guard.h"
+#include "platform/number_text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <optional>
+#include <string_view>
+
+namespace nqp2 {
+namespace {
+
+using media::TimecodeRate;
+
+/// How a camera numbers the frames of such a clip, which counts all of them.
+TimecodeRate ShownRate(const FrameRate& rate, bool dropFrame) {
+    return {rate.Nominal(), dropFrame ? rate.droppedNumbers : 0};
+}
+
+/// How the reader of the clip has counted its timecode.
+TimecodeRate CountedRate(const _tag_P2Clip& clip, const FrameRate* rate) {
+    const bool isP2 = clip.SourceKind == 0;
+    return isP2 || rate == nullptr
+               ? media::ClipTimecodeRate(clip.FrameRate.View(), clip.DropFrame != 0)
+               : ShownRate(*rate, clip.DropFrame != 0);
+}
+
+/// The frame's count by another rate that gives its number.
+std::int64_t Recounted(std::int64_t frame, const TimecodeRate& from, const TimecodeRate& to) {
+    const std::int64_t number = media::FrameNumber(frame, from);
+    const std::int64_t seconds = number / from.nominal;
+    return media::FrameCount({static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
+                              static_cast<int>(seconds % 60),
+                              static_cast<int>(number % from.nominal)},
+                             to);
+}
+
+CString TimecodeOf(const _tag_P2Clip& clip, std::int64_t offset) {
+    const FrameRate* const rate = media::FindRate(clip.FrameRate.View());
+    const TimecodeRate counted = CountedRate(clip, rate);
+    const TimecodeRate shown = rate == nullptr ? counted : ShownRate(*rate, clip.DropFrame != 0);
+    const std::int64_t most = media::FrameCount({24, 0, 0, 0}, counted);
+    // Counted by fewer numbers a second than there are, several timecodes have become one.
+    if (clip.StartTimecode < 0 || clip.StartTimecode >= most || counted.nominal < shown.nominal) {
+        return {};
+    }
+    const std::int64_t frame = Recounted(clip.StartTimecode, counted, shown) + offset;
+    const std::int64_t ofDay = frame % media::FrameCount({24, 0, 0, 0}, shown);
+    CString text = media::TimecodeText(media::FrameNumber(ofDay, shown), shown.nominal);
+    if (shown.droppedNumbers != 0) {
+        text.SetAt(text.ReverseFind(L':'), L';');
+    }
+    return text;
+}
+
+constexpr std::wstring_view kDateForm = L"0000-00-00T00:00:00";
+constexpr std::size_t kZoneLength = 6; // "+08:00"
+
+bool IsCalendarDate(std::wstring_view date) {
+    if (!platform::HasForm(date, kDateForm)) {
+        return false;
+    }
+    const auto field = [date](std::size_t first, std::size_t count) {
+        return platform::ToInt32(date.substr(first, count));
+    };
+    COleDateTime moment;
+    return moment.SetDateTime(field(0, 4), field(5, 2), field(8, 2), field(11, 2), field(14, 2),
+                              field(17, 2)) == COleDateTime::valid;
+}
+
+wchar_t* PutTwoDigits(wchar_t* place, int number) {
+    *place++ = static_cast<wchar_t>(L'0' + number / 10);
+    *place++ = static_cast<wchar_t>(L'0' + number % 10);
+    return place;
+}
+
+wchar_t* PutZone(wchar_t* place, int zone) {
+    constexpr int kMinutes = 60;
+    *place++ = zone < 0 ? L'-' : L'+';
+    place = PutTwoDigits(place, std::abs(zone) / kMinutes);
+    *place++ = L':';
+    return PutTwoDigits(place, std::abs(zone) % kMinutes);
+}
+
+/// Put together without a text between: a list asks for two of each clip.
+CString DateWithZone(std::wstring_view date, std::int16_t zone) {
+    const std::optional<std::int16_t> own = media::ZoneOf(date);
+    const std::wstring_view moment = date.substr(0, kDateForm.size());
+    const std::wstring_view rest = date.substr(moment.size());
+    const bool isUtc = rest == L"Z";
+    if (!IsCalendarDate(moment) ||
+        (!rest.empty() && !isUtc && (!own || rest.size() != kZoneLength))) {
+        return {};
+    }
+    std::array<wchar_t, 32> text{};
+    wchar_t* end = std::copy(moment.begin(), moment.end(), text.data());
+    if (isUtc) {
+        *end++ = L'Z';
+    } else if (const std::int16_t told = own.value_or(zone); told != ClipZones::kUnknown) {
+        end = PutZone(end, told);
+    }
+    return CString(std::wstring_view(text.data(), static_cast<std::size_t>(end - text.data())));
+}
+
+} // namespace
+
+const FrameRate* FindFrameRate(const CString& text) noexcept {
+    return media::FindRate(text.View());
+}
+
+CString ClipTimecode(const _tag_P2Clip& clip, std::int64_t offset) noexcept {
+    return platform::Guarded(CString(), [&] { return TimecodeOf(clip, offset); });
+}
+
+CString IsoDate(const CString& date, std::int16_t zone) noexcept {
+    return platform::Guarded(CString(), [&] { return DateWithZone(date.View(), zone); });
+}
+
+} // namespace nqp2

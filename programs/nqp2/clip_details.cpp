@@ -1,0 +1,131 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/clip_details.h"
+
+#include "nqp2/card.h"
+#include "nqp2/clip_file_fields.h"
+#include "nqp2/console.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <fmt/core.h>
+
+#include <iterator>
+#include <utility>
+
+namespace nqp2::tool {
+
+/// A card with its readers.
+struct ClipDetails::Reader {
+    explicit Reader(const CardScan& scanned)
+        : card(scanned), folder(OutputPath(scanned.card.Folder())),
+          metadataReader(scanned.card.Root()), fileReader(scanned.card.Root()) {}
+
+    const CardScan& card;
+    std::string folder;
+    ClipMetadataReader metadataReader;
+    ClipFileReader fileReader;
+    ClipMetadata metadata; ///< of the clip that was asked for last,
+    CArray<ClipFile> files;
+};
+
+ClipDetails::ClipDetails(Console& console, const CardScans& cards, ClipReading wanted)
+    : m_console(console), m_wanted(wanted), m_takes(cards.Takes()) {
+    for (const CardScan& card : cards.cards) {
+        m_readers.push_back(std::make_unique<Reader>(card));
+        if (!card.clips.IsEmpty()) {
+            m_byFirstClip.emplace(&card.clips[0], m_readers.back().get());
+        }
+    }
+    IndexTakes();
+}
+
+ClipDetails::~ClipDetails() = default;
+
+void ClipDetails::IndexTakes() {
+    for (const JoinedTake& take : m_takes) {
+        for (const TakeSegment& segment : take.segments) {
+            if (segment.clip >= 0) {
+                const CardScan& card = m_readers[static_cast<std::size_t>(segment.card)]->card;
+                m_places.emplace(&card.clips[segment.clip], ShownTake{&take, &segment});
+            }
+        }
+    }
+}
+
+ClipDetails::Reader& ClipDetails::ReaderOf(const _tag_P2Clip& clip) {
+    return *std::prev(m_byFirstClip.upper_bound(&clip))->second;
+}
+
+ShownClip ClipDetails::Of(const _tag_P2Clip& clip) {
+    Reader& reader = ReaderOf(clip);
+    const CArray<ClipZones>& zones = reader.card.report.zones;
+    const std::int64_t index = &clip - &reader.card.clips[0];
+    ShownClip shown = {clip, reader.folder, reader.card.label};
+    shown.zones = index < zones.GetSize() ? zones[index] : ClipZones();
+    if (!m_places.empty()) {
+        const auto place = m_places.find(&clip);
+        shown.take = place == m_places.end() ? nullptr : &place->second;
+    }
+    shown.metadata = m_wanted.metadata ? Metadata(reader, clip) : nullptr;
+    shown.files = m_wanted.files ? &Files(reader, clip) : nullptr;
+    return shown;
+}
+
+const ClipMetadata* ClipDetails::Metadata(Reader& reader, const _tag_P2Clip& clip) {
+    CString problem;
+    const MetadataStatus status = reader.metadataReader.Read(clip, reader.metadata, problem);
+    if (status == MetadataStatus::Unreadable) {
+        ++m_unread;
+        m_console.Message(
+            fmt::format("nqp2: {}: metadata not read ({})",
+                        RealPath(clip.XmlPath.IsEmpty() ? clip.VideoPath : clip.XmlPath),
+                        BytesFromText(problem)));
+    }
+    return status == MetadataStatus::Read ? &reader.metadata : nullptr;
+}
+
+const CArray<ClipFile>& ClipDetails::Files(Reader& reader, const _tag_P2Clip& clip) {
+    if (!reader.fileReader.Read(clip, reader.files)) {
+        throw std::bad_alloc();
+    }
+    m_isAsked = true; // a list shows each of its clips
+    BrokenClip broken = {reader.folder, clip.ClipName, {}};
+    for (const ClipFile& file : reader.files) {
+        if (!IsSound(file)) {
+            broken.files.Add(file);
+        }
+    }
+    if (!broken.files.IsEmpty()) {
+        m_broken.push_back(std::move(broken));
+    }
+    return reader.files;
+}
+
+void ClipDetails::AskAll(const ClipOrder& clips) {
+    if (!m_isAsked) {
+        for (const _tag_P2Clip* const clip : clips) {
+            Files(ReaderOf(*clip), *clip);
+        }
+    }
+}
+
+const std::vector<BrokenClip>& ClipDetails::Broken(const ClipOrder& clips) {
+    AskAll(clips);
+    return m_broken;
+}
+
+CArray<LooseFile> ClipDetails::OtherFiles(const ClipOrder& clips) {
+    AskAll(clips);
+    CArray<LooseFile> all;
+    for (const std::unique_ptr<Reader>& reader : m_readers) {
+        CArray<LooseFile> files;
+        if (!reader->fileReader.LooseFiles(files)) {
+            throw std::bad_alloc();
+        }
+        all.Append(files);
+    }
+    return all;
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "nqp2/card_scan.h"
+#include "nqp2/clip_order.h"
+#include "nqp2/clip_reading.h"
+#include "nqp2/shown_clip.h"
+#include "NQP2ParserU/JoinedTakes.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace nqp2::tool {
+
+class Console;
+
+/// A clip whose files are not all there as its metadata promise them.
+struct BrokenClip {
+    std::string_view card;
+    CString name;
+    CArray<ClipFile> files; ///< those that are not
+};
+
+/// Reads what is wanted of each clip beside its record, when it is shown: no more than that of one
+/// clip is held.
+class ClipDetails {
+public:
+    /// The cards must outlive it.
+    ClipDetails(Console& console, const CardScans& cards, ClipReading wanted);
+    ~ClipDetails();
+    ClipDetails(const ClipDetails&) = delete;
+    ClipDetails& operator=(const ClipDetails&) = delete;
+
+    /// One of the cards' clips with what is known of it, which holds until the next call.
+    ShownClip Of(const _tag_P2Clip& clip);
+
+    /// The clips that are not whole. Those that were not shown are asked for now.
+    const std::vector<BrokenClip>& Broken(const ClipOrder& clips);
+    /// The files of all cards that are no clip's, once the clips have been asked for.
+    CArray<LooseFile> OtherFiles(const ClipOrder& clips);
+    /// How many clips have metadata that could not be read; each was told.
+    [[nodiscard]] std::int64_t CountOfUnread() const { return m_unread; }
+    [[nodiscard]] const CArray<JoinedTake>& Takes() const { return m_takes; }
+
+private:
+    struct Reader;
+    Reader& ReaderOf(const _tag_P2Clip& clip);
+    void AskAll(const ClipOrder& clips);
+    const CArray<ClipFile>& Files(Reader& reader, const _tag_P2Clip& clip);
+    const ClipMetadata* Metadata(Reader& reader, const _tag_P2Clip& clip);
+    void IndexTakes();
+
+    Console& m_console;
+    ClipReading m_wanted;
+    std::vector<std::unique_ptr<Reader>> m_readers; ///< one a card
+    std::map<const _tag_P2Clip*, Reader*, std::less<>> m_byFirstClip;
+    CArray<JoinedTake> m_takes;
+    std::unordered_map<const _tag_P2Clip*, ShownTake> m_places;
+    std::vector<BrokenClip> m_broken;
+    bool m_isAsked = false; ///< for the files of all clips
+    std::int64_t m_unread = 0;
+};
+
+} // namespace nqp2::tool

@@ -1,0 +1,345 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/report/sections.h"
+#include "nqp2/report/track.h"
+
+#include "nqp2/clip_cells.h"
+#include "nqp2/clip_table.h"
+#include "NQP2ParserU/ClipTimes.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <vector>
+
+namespace nqp2::report {
+namespace {
+
+constexpr std::size_t kDay = 10;    // "2026-11-22"
+constexpr std::size_t kSecond = 19; // "2026-11-22T08:05:09"
+constexpr std::size_t kMostMemos = 100;
+
+/// Parts of clips' texts that make one line.
+std::string Line(const std::vector<std::string>& parts) {
+    std::string line;
+    for (const std::string& part : parts) {
+        if (!part.empty()) {
+            line += (line.empty() ? "" : " \xC2\xB7 ") + part;
+        }
+    }
+    return line;
+}
+
+std::string Words(const std::vector<CString>& texts) {
+    std::string words;
+    for (const CString& text : texts) {
+        if (!text.IsEmpty()) {
+            words += (words.empty() ? "" : " ") + BytesFromText(text);
+        }
+    }
+    return words;
+}
+
+std::string SoundText(const _tag_P2Clip& clip) {
+    const int channels = tool::AudioChannels(clip);
+    const std::string bits = BytesFromText(clip.AudioBitsPerSample);
+    return channels == 0
+               ? "none"
+               : Line({fmt::format("{} ch", channels), bits.empty() ? "" : bits + " bit"});
+}
+
+std::string SizeText(const _tag_P2Clip& clip) {
+    return clip.ActivePixel > 0 && clip.ActiveLine > 0
+               ? fmt::format("{}\xC3\x97{}", clip.ActivePixel, clip.ActiveLine)
+               : "";
+}
+
+std::string LackText(const ClipFile& file) {
+    static constexpr const char* kRoles[] = {"video", "audio", "metadata", "icon",
+                                             "proxy", "voice", "file"};
+    static constexpr const char* kStates[] = {"there", "missing", "empty", "too short"};
+    const auto role = static_cast<std::size_t>(file.role);
+    const auto state = static_cast<std::size_t>(file.state);
+    const std::string number = file.role == ClipFileRole::Audio || file.role == ClipFileRole::Voice
+                                   ? fmt::format(" {}", file.number)
+                                   : "";
+    return fmt::format("{}{} {}", role < std::size(kRoles) ? kRoles[role] : "file", number,
+                       state < std::size(kStates) ? kStates[state] : "wrong");
+}
+
+/// How much of the clip was taken in, as a word that the page's filter knows.
+Own TakenState(const ClipContents& clip) {
+    const std::int64_t frames = FramesTaken(clip);
+    if (clip.clip->Duration > 0 && frames >= clip.clip->Duration) {
+        return "taken";
+    }
+    return frames > 0 ? Own("partly") : Own("untaken");
+}
+
+/// One row.
+class ClipRow {
+public:
+    ClipRow(Html& html, const ClipContents& contents)
+        : m_html(html), m_contents(contents), m_clip(*contents.clip) {}
+
+    void Put(const std::string& place) {
+        PutStart(place);
+        PutPicture();
+        PutName();
+        PutTimes();
+        PutFormat();
+        PutMemos();
+        PutTaken();
+        PutState();
+        m_html.Close("tr");
+    }
+
+private:
+    void PutStart(const std::string& place) {
+        m_html.Open("tr").With("class", "clip").WithText("id", place);
+        m_html.WithText("data-name", BytesFromText(m_clip.ClipName));
+        m_html.WithText("data-start", m_contents.start.substr(0, kSecond));
+        m_html.WithText("data-timecode", Timecode());
+        m_html.WithNumber("data-length", static_cast<std::int64_t>(
+                                             std::llround(1000 * tool::RunningSeconds(m_clip))));
+        m_html.WithText("data-format", tool::CodecAndClass(m_clip));
+        m_html.WithText("data-rate", BytesFromText(m_clip.FrameRate));
+        m_html.WithNumber("data-sound", std::int64_t{tool::AudioChannels(m_clip)});
+        m_html.WithNumber("data-notes", std::int64_t{m_contents.metadata.memos.GetSize()});
+        m_html.WithNumber("data-frames", FramesTaken(m_contents));
+        m_html.With("data-taken", TakenState(m_contents));
+        m_html.With("data-state", IsWhole(m_contents) ? Own("whole") : Own("broken"));
+    }
+
+    [[nodiscard]] std::string Timecode() const { return BytesFromText(ClipTimecode(m_clip)); }
+
+    void PutPicture() {
+        m_html.Open("td").With("class", "picture");
+        const SmallPicture& picture = m_contents.picture;
+        if (!picture.jpeg.empty()) {
+            m_html.Open("img").With("alt", "").With("decoding", "async");
+            m_html.WithJpeg(
+                "src", {reinterpret_cast<const char*>(picture.jpeg.data()), picture.jpeg.size()});
+        } else {
+            m_html.Open("span").With("class", "blank");
+            if (!picture.problem.IsEmpty()) {
+                m_html.WithText("title", BytesFromText(picture.problem));
+            }
+            m_html.Text("no picture").Close("span");
+        }
+        m_html.Close("td");
+    }
+
+    void PutName() {
+        m_html.Open("td").With("class", "name");
+        m_html.Open("b").Foreign(m_clip.ClipName).Close("b");
+        if (const std::string title = tool::OwnTitle(m_clip); !title.empty()) {
+            m_html.Open("span").With("class", "title").Foreign(title).Close("span");
+        }
+        PutDetails();
+        m_html.Close("td");
+    }
+
+    void PutTimes() {
+        m_html.Open("td").With("class", "start");
+        const std::string& start = m_contents.start;
+        if (!start.empty()) {
+            m_html.Open("time").WithText("datetime", start);
+            m_html.Shown(start.substr(0, kDay));
+            m_html.ShownElement(
+                "span", "hour",
+                std::string_view(start).substr(std::min(start.size(), kDay + 1), 8));
+            if (start.size() > kSecond) {
+                m_html.ShownElement("small", "zone", std::string_view(start).substr(kSecond));
+            }
+            m_html.Close("time");
+        }
+        m_html.Close("td");
+        m_html.ShownElement("td", "timecode number", Timecode());
+        m_html.ShownElement("td", "length number", tool::LengthText(m_clip));
+    }
+
+    void PutFormat() {
+        m_html.Open("td").With("class", "format").Foreign(tool::CodecAndClass(m_clip));
+        const std::string picture = Line({SizeText(m_clip), BytesFromText(m_clip.AspectRatio)});
+        if (!picture.empty()) {
+            m_html.Open("small").Foreign(picture).Close("small");
+        }
+        m_html.Close("td");
+        m_html.Open("td").With("class", "rate").Foreign(m_clip.FrameRate).Close("td");
+        m_html.Open("td").With("class", "sound").Foreign(SoundText(m_clip)).Close("td");
+    }
+
+    void PutMemo(const MemoMetadata& memo) {
+        const std::string place = BytesFromText(ClipTimecode(m_clip, memo.offset));
+        m_html.Open("li").ShownElement(
+            "span", "at", std::string_view(place.empty() ? fmt::format("{}", memo.offset) : place));
+        m_html.Foreign(memo.text);
+        if (!memo.person.IsEmpty()) {
+            m_html.Open("small").Foreign(memo.person).Close("small");
+        }
+        if (!memo.voicePath.IsEmpty()) {
+            m_html.Element("small", "voice", Own("voice memo"));
+        }
+        m_html.Close("li");
+    }
+
+    /// By their places in the clip, as many as are shown.
+    static std::vector<const MemoMetadata*> InOrder(const CArray<MemoMetadata>& memos) {
+        std::vector<const MemoMetadata*> order;
+        for (const MemoMetadata& memo : memos) {
+            order.push_back(&memo);
+        }
+        std::stable_sort(order.begin(), order.end(),
+                         [](const MemoMetadata* left, const MemoMetadata* right) {
+                             return left->offset < right->offset;
+                         });
+        order.resize(std::min(order.size(), kMostMemos));
+        return order;
+    }
+
+    void PutMemos() {
+        const CArray<MemoMetadata>& memos = m_contents.metadata.memos;
+        m_html.Open("td").With("class", "notes");
+        if (!memos.IsEmpty()) {
+            m_html.Open("ul");
+            for (const MemoMetadata* memo : InOrder(memos)) {
+                PutMemo(*memo);
+            }
+            m_html.Close("ul");
+        }
+        const auto count = static_cast<std::size_t>(memos.GetSize());
+        if (count > kMostMemos) {
+            m_html.ShownElement("small", "more", fmt::format("and {} more", count - kMostMemos));
+        }
+        m_html.Close("td");
+    }
+
+    void PutTaken() {
+        const std::int64_t duration = m_clip.Duration;
+        const std::int64_t frames = FramesTaken(m_contents);
+        std::vector<Block> blocks;
+        for (const tag_P2SegInfo& segment : m_contents.taken) {
+            blocks.push_back(
+                {segment.InPoint, std::int64_t{segment.OutPoint} - segment.InPoint + 1, "piece", "",
+                 "", fmt::format("frames {} to {}", segment.InPoint, segment.OutPoint), ""});
+        }
+        std::vector<std::int64_t> marks;
+        for (const MemoMetadata& memo : m_contents.metadata.memos) {
+            marks.push_back(memo.offset);
+        }
+        m_html.Open("td").With("class", "taken");
+        PutTrack(m_html, "bar", duration, blocks, marks);
+        const std::int64_t percent = duration > 0 ? frames * 100 / duration : 0;
+        if (frames > 0) {
+            m_html.ShownElement("small", "share", fmt::format("{} % taken in", percent));
+        } else {
+            m_html.Element("small", "share none",
+                           m_contents.isListed ? Own("listed, no frames") : Own("not taken in"));
+        }
+        m_html.Close("td");
+    }
+
+    void PutState() {
+        m_html.Open("td").With("class", "state");
+        if (IsWhole(m_contents)) {
+            m_html.Element("span", "good", Own("whole"));
+        }
+        for (const ClipFile& file : m_contents.lacking) {
+            m_html.Open("span").With("class", "bad").WithText("title", BytesFromText(file.path));
+            m_html.Shown(LackText(file)).Close("span");
+        }
+        if (!m_contents.unread.empty()) {
+            m_html.Open("span").With("class", "bad").Foreign(m_contents.unread).Close("span");
+        }
+        m_html.Close("td");
+    }
+
+    struct Detail {
+        Own name;
+        std::string text;
+    };
+    [[nodiscard]] std::vector<Detail> Details() const {
+        const ClipMetadata& all = m_contents.metadata;
+        const auto one = [](const CString& text) { return BytesFromText(text); };
+        return {
+            {"Programme", one(all.scenario.programName)},
+            {"Scene", one(all.scenario.sceneNo)},
+            {"Take", one(all.scenario.takeNo)},
+            {"Shooter", one(all.shoot.shooter)},
+            {"Reporter", one(all.news.reporter)},
+            {"Purpose", one(all.news.purpose)},
+            {"Object", one(all.news.object)},
+            {"Place", one(all.place.name)},
+            {"Coordinates", Words({all.place.latitude, all.place.longitude})},
+            {"Altitude", one(all.place.altitude)},
+            {"Camera", Words({all.device.manufacturer, all.device.modelName})},
+            {"Camera's serial number", one(all.device.serialNo)},
+            {"Creator", one(all.access.creator)},
+            {"Last change", Words({all.access.lastUpdateDate, all.access.lastUpdatePerson})},
+            {"Identifier", one(m_clip.GlobalClipID)},
+        };
+    }
+
+    void PutDetails() {
+        m_html.Open("details").Open("summary").Text("Details").Close("summary").Open("dl");
+        for (const Detail& detail : Details()) {
+            if (!detail.text.empty()) {
+                m_html.Open("dt").Text(detail.name).Close("dt");
+                m_html.Open("dd").Foreign(detail.text).Close("dd");
+            }
+        }
+        for (const TrackMetadata& track : m_contents.metadata.tracks) {
+            m_html.Open("dt").Foreign(track.kind).Close("dt");
+            m_html.Open("dd")
+                .Foreign(Words({track.codec, track.format, track.language}))
+                .Close("dd");
+        }
+        m_html.Close("dl").Close("details");
+    }
+
+    Html& m_html;
+    const ClipContents& m_contents;
+    const _tag_P2Clip& m_clip;
+};
+
+/// The table's columns; those with a key can be sorted by it.
+struct Column {
+    Own title;
+    Own key;
+};
+constexpr Column kColumns[] = {
+    {"Picture", ""},          {"Clip", "name"},     {"Start", "start"},
+    {"Timecode", "timecode"}, {"Length", "length"}, {"Codec", "format"},
+    {"Rate", "rate"},         {"Sound", "sound"},   {"Memos and marks", "notes"},
+    {"Taken in", "frames"},   {"Files", "state"},
+};
+
+} // namespace
+
+std::string ClipPlace(std::size_t card, std::size_t clip) {
+    return fmt::format("clip-{}-{}", card + 1, clip + 1);
+}
+
+void PutClips(Html& html, const PageContents& page, std::size_t card) {
+    const std::vector<ClipContents>& clips = page.cards[card].clips;
+    html.Open("table").With("class", "clips").Open("thead").Open("tr");
+    for (const Column& column : kColumns) {
+        html.Open("th").With("scope", "col");
+        if (!column.key.Text().empty()) {
+            html.With("data-key", column.key);
+        }
+        html.Text(column.title).Close("th");
+    }
+    html.Close("tr").Close("thead").Open("tbody");
+    for (std::size_t i = 0; i < clips.size(); ++i) {
+        ClipRow(html, clips[i]).Put(ClipPlace(card, i));
+    }
+    html.Close("tbody").Close("table");
+}
+
+} // namespace nqp2::report

@@ -1,0 +1,160 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/report/pictures.h"
+
+#include "nqp2/console.h"
+#include "nqp2/worker_session.h"
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <system_error>
+#include <vector>
+
+namespace nqp2::report {
+namespace {
+
+using Clip = _tag_P2Clip;
+
+constexpr SIZE kBounds = {240, 180};
+/// A request is not so large that much would have to be asked again, nor so small that it costs.
+constexpr std::size_t kFilesAtOnce = 32;
+constexpr int kMostStarts = 24;
+
+/// The path as a worker takes it, whatever folder the program runs in.
+CString WholePathOf(const CString& path) {
+    std::string file = PosixPath(path);
+    if (!file.empty() && file.front() != '/') {
+        std::error_code error;
+        file = (std::filesystem::current_path(error) / file).native();
+    }
+    return InterfaceRoot(file);
+}
+
+/// A clip without a picture, and the files that may have one.
+struct Wish {
+    const Clip* clip;
+    std::vector<CString> files;
+    std::size_t next = 0;
+};
+
+Wish WishOf(const Clip& clip) {
+    Wish wish = {&clip, {}};
+    for (const CString* file :
+         {&clip.IconPath, &clip.ProxyPath, &clip.Proxy.ProxyFilePath, &clip.VideoPath}) {
+        if (!file->IsEmpty() && (wish.files.empty() || !(wish.files.back() == *file))) {
+            wish.files.push_back(*file);
+        }
+    }
+    return wish;
+}
+
+class Asking {
+public:
+    Asking(const std::string& worker, Pictures& pictures)
+        : m_program(worker), m_pictures(pictures) {
+        Start();
+    }
+
+    /// Of each clip the next file that it has. Those that got no picture are asked again.
+    void Ask(std::vector<Wish> wishes) {
+        while (!wishes.empty()) {
+            for (std::size_t at = 0; at < wishes.size(); at += kFilesAtOnce) {
+                const std::size_t count = std::min(kFilesAtOnce, wishes.size() - at);
+                AskTogether({wishes.data() + at, count});
+            }
+            std::erase_if(wishes, [this](Wish& wish) {
+                return m_pictures.byClip[wish.clip].problem.IsEmpty() ||
+                       ++wish.next == wish.files.size();
+            });
+        }
+    }
+
+private:
+    void AskTogether(std::span<const Wish> wishes) {
+        CStringArray files;
+        for (const Wish& wish : wishes) {
+            files.Add(WholePathOf(wish.files[wish.next]));
+        }
+        CArray<SmallPicture> made;
+        const PicturesStatus status =
+            MakeSmallPictures(*m_session->operator->(), files, kBounds, made);
+        if (status == PicturesStatus::Made) {
+            for (std::size_t i = 0; i < wishes.size(); ++i) {
+                Take(wishes[i].clip, std::move(made[static_cast<int>(i)]));
+            }
+        } else if (status == PicturesStatus::Refused) {
+            const CString sentence = TextFromBytes(m_session->Sentence());
+            SetProblem(wishes, sentence.IsEmpty() ? CString(L"The worker refused it.") : sentence);
+        } else {
+            AskAgain(wishes);
+        }
+    }
+
+    /// After the worker has ended: one by one, until the file is found at which it ends.
+    void AskAgain(std::span<const Wish> wishes) {
+        Start();
+        if (wishes.size() == 1) {
+            SetProblem(wishes, L"The worker ended while it read the file.");
+            return;
+        }
+        for (std::size_t i = 0; i < wishes.size(); ++i) {
+            AskTogether(wishes.subspan(i, 1));
+        }
+    }
+
+    void SetProblem(std::span<const Wish> wishes, const CString& problem) {
+        for (const Wish& wish : wishes) {
+            Take(wish.clip, {{}, problem});
+        }
+    }
+
+    /// Of several files that have no picture the first is told of: it should have had one.
+    void Take(const Clip* clip, SmallPicture picture) {
+        SmallPicture& known = m_pictures.byClip[clip];
+        if (picture.problem.IsEmpty() || known.problem.IsEmpty()) {
+            known = std::move(picture);
+        }
+    }
+
+    void Start() {
+        m_session.reset();
+        if (++m_starts > kMostStarts) {
+            throw tool::Failure("the worker", "ends too often", "", tool::kWorkerFailed);
+        }
+        m_session.emplace(m_program);
+    }
+
+    const std::string& m_program;
+    Pictures& m_pictures;
+    std::optional<tool::WorkerSession> m_session;
+    int m_starts = 0;
+};
+
+} // namespace
+
+Pictures TakePictures(const tool::CardScans& scans, const std::string& worker) {
+    Pictures pictures;
+    std::vector<Wish> wishes;
+    for (const tool::CardScan& scan : scans.cards) {
+        for (const Clip& clip : scan.clips) {
+            wishes.push_back(WishOf(clip));
+        }
+    }
+    std::erase_if(wishes, [](const Wish& wish) { return wish.files.empty(); });
+    try {
+        if (!wishes.empty()) {
+            Asking(worker, pictures).Ask(std::move(wishes));
+        }
+    } catch (const tool::Failure& failure) {
+        pictures.remark = failure.what();
+    }
+    return pictures;
+}
+
+} // namespace nqp2::report

@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "nqp2/report/html.h"
+#include "nqp2/report/page.h"
+
+/// The parts of the page.
+namespace nqp2::report {
+
+/// What the card is, and whether it is whole.
+void PutCardHead(Html& html, const PageContents& page, std::size_t card);
+/// The clips as rows of a table. Each is a place that links lead to.
+void PutClips(Html& html, const PageContents& page, std::size_t card);
+std::string ClipPlace(std::size_t card, std::size_t clip);
+/// The takes of all cards as strips of their segments.
+void PutTakes(Html& html, const PageContents& page);
+/// Edit lists or playlists as timelines.
+void PutEdits(Html& html, const CardContents& card);
+/// What was skipped, and why; a heading before it.
+void PutSkipped(Html& html, const CArray<SkippedFile>& skipped,
+                const std::vector<std::string>& remarks);
+
+/// "3 clips", "1 clip".
+std::string Counted(std::int64_t count, std::string_view what);
+
+} // namespace nqp2::report
