@@ -70,12 +70,13 @@ bool IsCalendarDate(std::wstring_view date) {
     if (!platform::HasForm(date, kDateForm)) {
         return false;
     }
-    const auto field = [date](std::size_t first, std::size_t count) {
-        return platform::ToInt32(date.substr(first, count));
+    // Of each clip of a list twice: its digits are known to be digits.
+    const auto two = [date](std::size_t first) {
+        return static_cast<int>((date[first] - L'0') * 10 + (date[first + 1] - L'0'));
     };
     COleDateTime moment;
-    return moment.SetDateTime(field(0, 4), field(5, 2), field(8, 2), field(11, 2), field(14, 2),
-                              field(17, 2)) == COleDateTime::valid;
+    return moment.SetDateTime(two(0) * 100 + two(2), two(5), two(8), two(11), two(14), two(17)) ==
+           COleDateTime::valid;
 }
 
 wchar_t* PutTwoDigits(wchar_t* place, int number) {

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace nqp2::tool {
 namespace {
@@ -57,7 +58,8 @@ std::string RealPath(const CString& path) {
 }
 
 std::string OutputPath(const CString& path) {
-    return OutputPath(RealPath(path));
+    std::string real = RealPath(path);
+    return real.starts_with('/') ? real : OutputPath(std::move(real));
 }
 
 std::string OutputPath(std::string path) {

@@ -20,7 +20,8 @@ class ClipColumns {
 public:
     /// From names with commas between them: those of bins and spreadsheets ("Name", "Start" ...;
     /// "default" are all of them) and those of the members of a clip in JSON, with dots
-    /// ("StartTimecode", "metadata.place.name"); "all" are those of the record. Throws Failure for a name that is none.
+    /// ("StartTimecode", "metadata.place.name"; "all" are those of the record). Throws Failure for
+    /// a name that is none.
     explicit ClipColumns(const std::string& names);
 
     /// What must be read of each clip to fill them.

@@ -12,7 +12,7 @@ from xml.etree import ElementTree
 from jsonschema import Draft202012Validator
 
 from dv_stream import dv_frame
-from program import SOURCES, CardTest, clip_xml, main, make_sample, run
+from program import SOURCES, CardTest, clip_xml, main, run, sample
 from usage_test import HAS_WORKER, LEVELS
 
 SCHEMAS = SOURCES / "docs" / "json"
@@ -73,9 +73,9 @@ def texts_of_file(path):
 class SchemaTest(CardTest):
     def setUp(self):
         super().setUp()
-        self.p2 = make_sample(self.folder / "p2")
-        self.avchd = make_sample(self.folder / "avchd", "avchd") / "PRIVATE"
-        self.camera = make_sample(self.folder / "camera", "camera")
+        self.p2 = sample()
+        self.avchd = sample("avchd") / "PRIVATE"
+        self.camera = sample("camera")
 
     def documents(self, name, command, **places):
         words = [word.format(folder=self.folder, other=self.card.path, **places)
@@ -140,7 +140,7 @@ class SchemaTest(CardTest):
             del document["clips"][0]["news"]
 
     def test_paths_lead_there_from_any_folder(self):
-        for card, folder in (("p2", self.folder), (".", self.p2), ("../../p2", self.avchd)):
+        for card, folder in ((self.p2.name, self.p2.parent), (".", self.p2), ("../../p2", self.avchd)):
             text = run("clips", "--json", "--files", card, cwd=folder.resolve()).stdout
             document = json.loads(text)
             paths = [value for path, value in leaves(document["clips"])
