@@ -152,8 +152,7 @@ inline std::string PlaylistBytes(const PlaylistSpec& spec) {
 }
 
 struct ClipSpec {
-    std::vector<std::array<std::uint32_t, 2>> stretches = {{38700, 38700 + 18000}    unsigned maker = 0x0108;
-};
+    std::vector<std::array<std::uint32_t, 2>> stretches = {{38700, 38700 + 18000}};
     unsigned coding = 0x1B;
     unsigned format = 4;
     unsigned rate = 3;
@@ -162,6 +161,7 @@ struct ClipSpec {
     std::string clipId = {};
     std::string timecode = kNoTimecode;
     std::uint32_t packets = 0;
+    unsigned maker = 0x0108;
 };
 
 inline std::string ProgramBytes(const ClipSpec& spec) {
@@ -180,9 +180,9 @@ inline std::string ProgramBytes(const ClipSpec& spec) {
 inline std::string ClipExtension(const ClipSpec& spec) {
     const std::string data = Be(2, 2) + Zeros(2) + "\xE0\x01" + Counted(Zeros(16), 2) + "\xE2\x01" +
                              Counted(spec.clipId + spec.timecode + Zeros(4), 2);
-    return OneEntryTable(0x1000,
-                         TaggedBlock("CLEX", Counted(Be(spec.maker, 2) + Be(0x3001, 2) + Zeros(36), 4),
-                                     "", OneEntryTable(0x0103, data)));
+    return OneEntryTable(
+        0x1000, TaggedBlock("CLEX", Counted(Be(spec.maker, 2) + Be(0x3001, 2) + Zeros(36), 4), "",
+                            OneEntryTable(0x0103, data)));
 }
 
 inline std::string ClipBytes(const ClipSpec& spec) {
