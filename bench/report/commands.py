@@ -12,7 +12,8 @@ from typing import Callable
 from report.cards import media_of
 from report.terms import Figures, NoFigure
 
-FORMS = {"table": [], "csv": ["--csv", "--columns", "all"], "json": ["--json"]}
+FORMS = {"table": [], "csv": ["--csv", "--columns", "all"], "json": ["--json"],
+         "metadata": ["--json", "--metadata"]}
 
 
 def cost_of(run_once: Path, command: list) -> dict[str, float]:

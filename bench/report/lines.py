@@ -107,6 +107,9 @@ def command_lines(sizes: Sizes) -> list[Line]:
                  figure(f"command/scan/{large}:processor"), 1.5) for form, name in forms]
     rows += [Line(f"memory of a clip for {name}, beyond the record / 64 bytes", "bytes",
                   growth(form) - growth("scan"), fixed(64, "bytes"), 1) for form, name in forms]
+    rows.append(Line(f"nqp2 clips as JSON with all metadata, {large:,} clips, wall / without",
+                     "ms", figure(f"command/metadata/{large}:wall"),
+                     figure(f"command/json/{large}:wall"), 1.5))
     page = "page/{}/" + str(sizes.small)
     return rows + [
         Line(f"nqp2 report, {sizes.small:,} clips with icons / scan, icons read", "ms",
