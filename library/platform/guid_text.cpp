@@ -27,15 +27,17 @@ constexpr int kNoDigit = -1;
 constexpr std::array<std::int8_t, 128> kDigitValues = [] {
     std::array<std::int8_t, 128> values{};
     values.fill(kNoDigit);
-    for (std::int8_t value = 0; value < 16; ++value) {
-        values[static_cast<std::size_t>(kDigits[value])] = value;
-        values[static_cast<std::size_t>("0123456789ABCDEF"[value])] = value;
+    constexpr std::size_t kSmall = 0x20; // set in digits and small letters
+    for (std::size_t value = 0; value < 16; ++value) {
+        const std::size_t code = value < 10 ? 0x30 + value : 0x41 + value - 10;
+        values[code] = values[code | kSmall] = static_cast<std::int8_t>(value);
     }
     return values;
 }();
 
 template <class Char>
 int DigitValue(Char ch) {
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse): a negative one becomes large, and is no digit
     const auto code = static_cast<std::make_unsigned_t<Char>>(ch);
     return code < kDigitValues.size() ? kDigitValues[code] : kNoDigit;
 }

@@ -42,6 +42,13 @@ std::string P2Hint(const CString& root) {
                         : fmt::format("an AVCHD card or camera folder: {}", kReaders);
 }
 
+/// With a separator at its end; "" when it cannot be told.
+std::string WorkingFolder() {
+    std::error_code error;
+    const fs::path here = fs::current_path(error);
+    return error ? std::string() : (here / "").native();
+}
+
 [[noreturn]] void ThrowNoFolder(const std::string& folder, const fs::file_status& status) {
     if (fs::exists(status)) {
         throw Failure(folder, "is not a folder", "give the card's top folder");
@@ -58,8 +65,7 @@ std::string RealPath(const CString& path) {
 }
 
 std::string OutputPath(const CString& path) {
-    std::string real = RealPath(path);
-    return real.starts_with('/') ? real : OutputPath(std::move(real));
+    return OutputPath(RealPath(path));
 }
 
 std::string OutputPath(std::string path) {
@@ -67,13 +73,14 @@ std::string OutputPath(std::string path) {
         return path;
     }
     // Nothing but names is put before it: "..", behind a link, leads where the system says.
-    std::error_code error;
-    static const std::string here = fs::current_path(error).native();
-    const std::string_view below = path.starts_with("./") ? std::string_view(path).substr(2) : path;
-    if (here.empty() || below.empty() || below == ".") {
-        return here.empty() ? path : here;
+    static const std::string here = WorkingFolder();
+    if (here.empty()) {
+        return path;
     }
-    return fmt::format("{}{}{}", here, here.ends_with('/') ? "" : "/", below);
+    const std::size_t prefix = path.starts_with("./") ? 2 : 0;
+    path.replace(0, prefix, here);
+    const std::string_view below = std::string_view(path).substr(here.size());
+    return below.empty() || below == "." ? fs::path(here).parent_path().native() : path;
 }
 
 bool IsMappedDrive(const CString& text) {

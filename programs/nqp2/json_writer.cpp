@@ -6,7 +6,9 @@
 #include "nqp2/json_text.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <nlohmann/json.hpp>
+#include <array>
+#include <charconv>
+#include <cmath>
 
 namespace nqp2::tool {
 
@@ -26,7 +28,16 @@ void JsonWriter::Put(std::uint64_t number) {
 }
 
 void JsonWriter::Put(double number) {
-    PutNext(nlohmann::json(number).dump());
+    if (!std::isfinite(number)) {
+        PutNext("null");
+        return;
+    }
+    std::array<char, 32> digits{}; // more than the shortest form of any number takes
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    const std::string_view text(digits.data(), written.ptr);
+    const bool looksWhole = text.find_first_of(".e") == std::string_view::npos;
+    m_out.Put(Separator(), text, looksWhole ? ".0" : "");
+    m_isFollowing = true;
 }
 
 void JsonWriter::Put(bool truth) {

@@ -114,7 +114,7 @@ std::string Nested(const std::string& part, int depth) {
 /// the late ones to that of what is read quickly, which is left to libxml2 only at its end.
 std::vector<Hostile> Floods() {
     constexpr std::size_t kSmall = 1'300'000;
-    constexpr std::size_t kLarge = 30'000'000;
+    constexpr std::size_t kLarge = 12'000'000;
     constexpr std::size_t kLate = dom::kLargestQuickDocument - 300; // for head, tail, half a piece
     std::vector<Hostile> rows;
     for (const Reader* const reader : {&kEdls, &kIngest}) {

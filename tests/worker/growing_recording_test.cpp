@@ -4,8 +4,10 @@
 #include "tests/worker/essence_maker.h"
 #include "tests/worker/transfer_fixture.h"
 
+#include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <semaphore>
 #include <system_error>
 
 namespace nqp2::worker {
@@ -65,13 +67,22 @@ TEST_F(GrowingRecordingTest, AByteThatTheMediumChangesIsFoundWhereverItLies) {
     }
 }
 
-/// One that heals before the end is a fault all the same.
+/// One that comes while the recording grows and heals before its end is a fault all the same.
 TEST_F(GrowingRecordingTest, AFaultInTheMiddleIsRememberedToTheEnd) {
+    constexpr std::chrono::seconds kPatience(60);
     const platform::ScopedFileSystem use(m_files);
     for (const Operation operation : {Operation::Flush, Operation::ReadAt}) {
+        std::counting_semaphore<> asked(0);
+        m_files.SetHook([&](Operation each, const std::string& path) {
+            if (each == operation && path.find("VIDEO") != path.npos) {
+                asked.release();
+            }
+        });
         m_files.HealAll();
         m_files.Fail({IoError::Device, operation, "VIDEO", 0, 1});
-        EXPECT_THAT(Made(), testing::HasSubstr("made to fail"));
+        const auto beforeTheEnd = [&] { EXPECT_TRUE(asked.try_acquire_for(kPatience)); };
+        EXPECT_THAT(Record(m_parameters, m_units, beforeTheEnd),
+                    testing::HasSubstr("made to fail"));
         EXPECT_TRUE(OnCard().empty());
     }
 }

@@ -131,13 +131,15 @@ inline int SweepFaults(const std::string& folder, const std::function<std::strin
 }
 
 /// A recording of whole pictures without sound; "" or its first failure.
-inline std::string Record(const RecordingParameters& parameters,
-                          const std::vector<std::string>& units) {
+inline std::string Record(
+    const RecordingParameters& parameters, const std::vector<std::string>& units,
+    const std::function<void()>& beforeTheEnd = [] {}) {
     return ErrorOf([&] {
         Recording recording(parameters, 0, VS_50I);
         for (const std::string& unit : units) {
             recording.Add(unit, "");
         }
+        beforeTheEnd();
         recording.Finish();
     });
 }
