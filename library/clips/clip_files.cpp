@@ -129,7 +129,23 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
     promises.push_back({&media::kMetadataFiles});
     for (const media::ClipFileKind& kind : media::kClipFileKinds) {
         AppendKind(clip.ClipName, name, kind, promises, files);
+        if (&kind == &media::kProxyFiles) {
+            AppendLostProxy(clip, files);
+        }
     }
+}
+
+/// One that the metadata describe and the medium has not.
+void P2ClipFiles::AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
+    const bool isThere = std::any_of(files.begin(), files.end(), [](const ClipFile& file) {
+        return file.role == ClipFileRole::Proxy;
+    });
+    if (clip.Proxy.ProxyFormat == 0 || isThere) {
+        return;
+    }
+    const platform::Place& folder = FolderOf(media::kProxyFiles).Folder().Where();
+    files.Add({ClipFileRole::Proxy, 0, folder.PathOf(clip.ClipName + clip.Proxy.ProxyExt), 0, 0,
+               ClipFileState::Missing});
 }
 
 void P2ClipFiles::AppendKind(const CString& clip, const NameOfClip& name,
