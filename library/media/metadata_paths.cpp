@@ -80,8 +80,7 @@ constexpr MetadataPath kPaths[] = {
      Member<&ClipMetadata::proxy, &ProxyMetadata::samplingRate>},
     {"ClipMetadata/Thumbnail/FrameOffset",
      Member<&ClipMetadata::thumbnail, &ThumbnailMetadata::frameOffset>},
-    {"ClipMetadata/Thumbnail/ThumbnailFormat",
-     Member<&ClipMetadata::thumbnail, &ThumbnailMetadata::format>},
+    {kIconFormatPath, Member<&ClipMetadata::thumbnail, &ThumbnailMetadata::format>},
     {"ClipMetadata/Thumbnail/Width", Member<&ClipMetadata::thumbnail, &ThumbnailMetadata::width>},
     {"ClipMetadata/Thumbnail/Height", Member<&ClipMetadata::thumbnail, &ThumbnailMetadata::height>},
 };
