@@ -70,6 +70,7 @@ constexpr Trial kTrials[] = {
     TryMessage<bridge::IconMessage>,          TryMessage<bridge::ErrorTextMessage>,
     TryMessage<bridge::BaseClipInfoMessage>,  TryClipListEntry,
     TryMessage<bridge::ConnectionRecord>,     TryMessage<bridge::PicturesMessage>,
+    TryMessage<bridge::MediaMessage>,
 };
 
 } // namespace

@@ -275,6 +275,12 @@ private:
         Send(MessageId::MakePictures, message);
     }
 
+    void DescribeMedia() {
+        bridge::MediaMessage message;
+        message.path = Root() + L"\\CONTENTS\\VIDEO\\" + Name() + L".MXF";
+        Send(MessageId::DescribeMedia, message);
+    }
+
     const Scratch& m_scratch;
     ByteSource& m_input;
     worker::ProgressLink m_progress;
@@ -303,6 +309,7 @@ const Host::Request Host::kRequests[] = {
     &Host::SendEmpty<MessageId::GetLastError, bridge::ErrorTextMessage>,
     &Host::GetBaseClipInfo,
     &Host::MakePictures,
+    &Host::DescribeMedia,
 };
 
 } // namespace

@@ -94,13 +94,20 @@ def clip_xml(name: str) -> bytes:
             "</EssenceList></ClipContent></P2Main>").encode()
 
 
-def requests(*messages: bytes) -> bytes:
+def requests(*messages: bytes, icon: bytes = b"BM") -> bytes:
     """The input of the worker's target: a card with a clip and what a host asks."""
     files = card({"CONTENTS/CLIP/0001AA.XML": clip_xml("0001AA"),
                   "CONTENTS/CLIP/0002BB.XML": clip_xml("0002BB"),
                   "CONTENTS/VIDEO/0001AA.MXF": b"video", "CONTENTS/AUDIO/0001AA00.MXF": b"sound",
-                  "CONTENTS/ICON/0001AA.BMP": b"BM"})
+                  "CONTENTS/ICON/0001AA.BMP": icon})
     return b"\0" + struct.pack("<H", len(files)) + files + b"".join(messages)
+
+
+def bitmap(height: int) -> bytes:
+    """Two pixels wide."""
+    head = struct.pack("<2sIHHIIiiHHIIiiII", b"BM", 54 + 8 * height, 0, 0, 54, 40, 2, height, 1, 24,
+                       0, 8 * height, 0, 0, 0, 0)
+    return head + bytes(range(8)) * height
 
 
 def write_requests() -> None:
@@ -121,6 +128,10 @@ def write_requests() -> None:
     write("worker_dispatch", "icon", requests(
         bytes([13]) + card_root + name + bytes([80, 60, 7]), bytes([16]) + card_root + name * 2,
         bytes([5]) + card_root, bytes([14]), bytes([11]) + struct.pack("<I", 4096) + b"\0"))
+    pictures = bytes([17, 2]) + card_root + name + card_root + b"\2"  # one of them has an icon
+    write("worker_dispatch", "pictures", requests(
+        pictures + bytes([240, 180]), pictures + bytes([16, 16]), pictures + bytes([9, 180]), error,
+        icon=bitmap(40)))
 
 
 def write_packets() -> None:
@@ -144,12 +155,9 @@ def write_texts() -> None:
                        "windows": "E:\\CONTENTS\\CLIP\\0001AA.XML", "odd": "a:b:\\\xff*?/..",
                        "pattern": "*0*1*.*xml0001AB.XML"}.items():
         write("path_text", name, path.encode("latin-1"))
-    size = (2, 3)
-    head = struct.pack("<2sIHHIIiiHHIIiiII", b"BM", 54 + 8 * size[1], 0, 0, 54, 40, *size, 1, 24, 0,
-                       8 * size[1], 0, 0, 0, 0)
-    write("bitmap_file", "small", head + bytes(range(8)) * size[1])
-    write("bitmap_file", "top_down", head.replace(struct.pack("<i", 3), struct.pack("<i", -3))
-          + bytes(24))
+    write("bitmap_file", "small", bitmap(3))
+    write("bitmap_file", "top_down", bitmap(3)[:54].replace(
+        struct.pack("<i", 3), struct.pack("<i", -3)) + bytes(24))
 
 
 def main() -> None:

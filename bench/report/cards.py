@@ -3,6 +3,7 @@
 """The cards that are measured, made once and kept."""
 
 import hashlib
+import math
 import os
 import random
 import shutil
@@ -64,14 +65,10 @@ class Cards:
 
         def make(card: Path) -> None:
             shutil.copytree(source, card, copy_function=os.link)
-            head = struct.pack("<2s4I2i2H6I", b"BM", 54 + 80 * 60 * 3, 0, 54, 40, 80, 60, 1, 24,
-                               0, 0, 0, 0, 0, 0)
             for number, clip in enumerate(sorted((card / "CONTENTS" / "CLIP").iterdir())):
                 icon = card / "CONTENTS" / "ICON" / f"{clip.stem}.BMP"
                 icon.unlink(missing_ok=True)
-                icon.write_bytes(head + bytes((x * 3 + y * number + z * 80) % 256
-                                              for y in range(60) for x in range(80)
-                                              for z in range(3)))
+                icon.write_bytes(_icon(number))
 
         return self._made(f"{clips}-pictured", make)
 
@@ -145,6 +142,25 @@ def _fill(file: Path) -> None:
     with open(file, "wb") as out:
         for start in range(0, size, MEGABYTE):
             out.write(os.urandom(min(MEGABYTE, size - start)))
+
+
+def _icon(number: int) -> bytes:
+    """A bitmap as of a camera: broad shapes of light and the noise of its sensor."""
+    wide, high = 80, 60
+    chance = random.Random(number)
+    shapes = [(chance.uniform(-12, 12), chance.uniform(-12, 12), chance.uniform(0, math.tau))
+              for _ in range(3)]
+    rows = bytearray(struct.pack("<2s4I2i2H6I", b"BM", 54 + wide * high * 3, 0, 54, 40, wide, high,
+                                 1, 24, 0, 0, 0, 0, 0, 0))
+    for y in range(high):
+        for x in range(wide):
+            light = 128 + 40 * sum(math.sin(across * x / wide + down * y / high + start)
+                                   for across, down, start in shapes[:2])
+            tint = 20 * math.sin(shapes[2][0] * x / wide + shapes[2][2])
+            grain = chance.random() * 8
+            rows += bytes(min(max(int(light + shift * tint + grain), 0), 255)
+                          for shift in (-1, 0, 1))
+    return bytes(rows)
 
 
 def _dv_stream():

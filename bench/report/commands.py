@@ -12,7 +12,8 @@ from typing import Callable
 from report.cards import media_of
 from report.terms import Figures, NoFigure
 
-FORMS = {"table": [], "csv": ["--csv", "--columns", "all"], "json": ["--json"]}
+FORMS = {"table": [], "csv": ["--csv", "--columns", "all"], "json": ["--json"],
+         "metadata": ["--json", "--metadata"]}
 
 
 def cost_of(run_once: Path, command: list) -> dict[str, float]:
@@ -76,15 +77,18 @@ class Commands:
         return figures
 
     def _pages(self, _names: set[str]) -> Figures:
-        """The page of a card with icons, not flushed to a medium, and the scan with all icons
-        read."""
+        """The page of a card with icons, to nowhere and into a file; the scan with all icons read;
+        writing and flushing what is as large as the page."""
         clips = self._setting.sizes.small
         card = self._setting.cards.pictured(clips)
-        page = self._setting.cards.folder / "page.html"
-        subprocess.run([self._setting.nqp2, "report", card, "-o", page], check=True,
-                       capture_output=True)
+        page, copy = (self._setting.cards.folder / f"{name}.html" for name in ("page", "copy"))
+        report = [self._setting.nqp2, "report", card, "-o"]
+        subprocess.run([*report, page], check=True, capture_output=True)
         figures = self._low({
-            f"page/report/{clips}": lambda: [self._setting.nqp2, "report", card, "-o", "-"],
+            f"page/report/{clips}": lambda: [*report, "-"],
+            f"page/file/{clips}": lambda: [*report, page],
+            f"page/flush/{clips}": lambda: ["dd", f"if={page}", f"of={copy}", "bs=1M",
+                                            "conv=fsync", "status=none"],
             f"page/scan/{clips}": lambda: [self._setting.programs / "scan_once", card,
                                            card / "CONTENTS" / "ICON"]}, 5)
         return figures | {f"page/size/{clips}": page.stat().st_size}

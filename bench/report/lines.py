@@ -107,10 +107,18 @@ def command_lines(sizes: Sizes) -> list[Line]:
                  figure(f"command/scan/{large}:processor"), 1.5) for form, name in forms]
     rows += [Line(f"memory of a clip for {name}, beyond the record / 64 bytes", "bytes",
                   growth(form) - growth("scan"), fixed(64, "bytes"), 1) for form, name in forms]
+    rows.append(Line(f"nqp2 clips as JSON with all metadata, {large:,} clips, wall / without",
+                     "ms", figure(f"command/metadata/{large}:wall"),
+                     figure(f"command/json/{large}:wall"), 1.5))
     page = "page/{}/" + str(sizes.small)
     return rows + [
         Line(f"nqp2 report, {sizes.small:,} clips with icons / scan, icons read", "ms",
              figure(page.format("report") + ":wall"), figure(page.format("scan") + ":wall"), 4),
+        Line("the same into a file / the same and the page written and flushed", "ms",
+             figure(page.format("file") + ":wall"),
+             figure(page.format("scan") + ":wall") + figure(page.format("flush") + ":wall"), 4),
+        Line("beside it: the page written and flushed / scan, icons read", "ms",
+             figure(page.format("flush") + ":wall"), figure(page.format("scan") + ":wall")),
         Line(f"page of {sizes.small:,} clips with icons / 15 MB", "bytes",
              figure(page.format("size")), fixed(15_000_000, "bytes"), 1),
         Line("nqp2 --version / a program that returns at once", "ms", figure("start/version"),

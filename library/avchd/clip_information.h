@@ -40,11 +40,6 @@ std::optional<ClipInformation> DecodeClipInformation(Bytes file);
 /// The attributes of each stream, its coding type first.
 std::vector<Bytes> StreamsOf(Bytes file);
 
-/// What recorded a clip, in the numbers that its maker gave; zeros when not told.
-struct Recorder {
-    std::uint16_t maker = 0;
-    std::uint16_t model = 0;
-};
 Recorder RecorderOf(Bytes file);
 
 /// How many bytes the stream has; 0 when not told. The beginning of the file is enough.

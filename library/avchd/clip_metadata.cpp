@@ -5,6 +5,8 @@
 
 #include "avchd/codings.h"
 #include "avchd/limits.h"
+#include "media/dates.h"
+#include "media/track_texts.h"
 #include "platform/file_system.h"
 #include "platform/unicode.h"
 
@@ -44,29 +46,11 @@ CString MakerText(std::uint16_t number) {
 
 CString VideoText(const VideoStream& video) {
     const Raster raster = RasterOf(video.format);
-    CString text;
-    if (raster.lines != 0) {
-        text.Format(L"%dx%d", raster.pixels, raster.lines);
-    }
-    if (const FrameRate* const rate = RateOf(video.rateCode, Is25p(video, 0))) {
-        text += CString(text.IsEmpty() ? L"" : L" ") + rate->text;
-    }
-    return text;
+    return media::PictureText(raster.pixels, raster.lines, RateOf(video.rateCode, Is25p(video, 0)));
 }
 
 CString AudioText(unsigned codes) {
-    const std::int32_t channels = ChannelsOf(codes >> 4U);
-    const std::int32_t sampling = SamplingOf(codes & 0x0FU);
-    CString text;
-    if (channels != 0) {
-        text.Format(channels == 1 ? L"%d channel" : L"%d channels", channels);
-    }
-    if (sampling != 0) {
-        CString rate;
-        rate.Format(L"%d kHz", sampling);
-        text += CString(text.IsEmpty() ? L"" : L", ") + rate;
-    }
-    return text;
+    return media::SoundText(ChannelsOf(codes >> 4U), 1000 * SamplingOf(codes & 0x0FU));
 }
 
 /// Three letters (ISO 639-2); "" for anything else.
@@ -138,6 +122,13 @@ void SetUnlessKnown(CString& member, const CString& text) {
     member = member.IsEmpty() ? text : member;
 }
 
+void FillRecorder(const Recorder& recorder, ClipMetadata& metadata) {
+    if (recorder.maker != 0 && metadata.device.manufacturer.IsEmpty()) {
+        metadata.device.manufacturer = MakerText(recorder.maker);
+        SetUnlessKnown(metadata.device.modelName, NumberText(recorder.model));
+    }
+}
+
 /// What the mark at the clip's first frame tells of the whole clip.
 void FillShot(const ShotMark& mark, ClipMetadata& metadata) {
     SetUnlessKnown(metadata.access.creator, mark.creator);
@@ -145,10 +136,15 @@ void FillShot(const ShotMark& mark, ClipMetadata& metadata) {
     SetUnlessKnown(metadata.shoot.shooter, mark.shooter);
     SetUnlessKnown(metadata.shoot.startDate, mark.start.IsEmpty() ? mark.date : mark.start);
     SetUnlessKnown(metadata.shoot.endDate, mark.end);
-    if (mark.maker != 0) {
-        SetUnlessKnown(metadata.device.manufacturer, MakerText(mark.maker));
-        SetUnlessKnown(metadata.device.modelName, NumberText(mark.model));
+    FillRecorder({mark.maker, mark.model}, metadata);
+}
+
+/// What only the stream tells of a clip that no mark begins with.
+void FillFromStream(const StreamHead& head, ClipMetadata& metadata) {
+    if (head.date) {
+        SetUnlessKnown(metadata.shoot.startDate, media::DateText(*head.date) + ZoneText(head.zone));
     }
+    FillRecorder(head.recorder, metadata);
 }
 
 void FillMarks(const std::vector<ShotMark>& marks, const ClipInformation& clip,
@@ -170,11 +166,7 @@ void FillInformation(Bytes file, ClipMetadata& metadata) {
     for (const Bytes& attributes : StreamsOf(file)) {
         metadata.tracks.Add(TrackOf(attributes));
     }
-    const Recorder recorder = RecorderOf(file);
-    if (recorder.maker != 0) {
-        metadata.device.manufacturer = MakerText(recorder.maker);
-        metadata.device.modelName = NumberText(recorder.model);
-    }
+    FillRecorder(RecorderOf(file), metadata);
 }
 
 } // namespace
@@ -233,6 +225,9 @@ platform::IoStatus MetadataSource::Read(const CardKind& kind, const CString& nam
     const std::string bytes = platform::NameBytesFromText(name.View());
     if (const auto found = marks.byClip.find(bytes); found != marks.byClip.end()) {
         FillMarks(found->second, *clip, metadata);
+    }
+    if (metadata.shoot.startDate.IsEmpty() || metadata.device.manufacturer.IsEmpty()) {
+        FillFromStream(m_clips.HeadOf(kind, name, clip->video), metadata);
     }
     if (const auto found = marks.playlists.find(bytes); found != marks.playlists.end()) {
         CString at = L"Playlist/@Name";

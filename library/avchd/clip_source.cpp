@@ -40,6 +40,15 @@ bool TakeAlone(platform::FileContent& file, const std::string& path,
     }
 }
 
+/// What the first step reads; "" for a stream that cannot be read.
+std::string BeginningOf(const std::optional<std::string>& stream) {
+    std::string begin;
+    if (stream && !platform::ReadHead(platform::Files(), *stream, kStreamSteps[0], begin)) {
+        begin.clear();
+    }
+    return begin;
+}
+
 /// `begin` is what was read for the first step; a shorter stream has no more.
 StreamHead DecodeStream(const std::optional<std::string>& path, const VideoStream& video,
                         const std::string& begin) {
@@ -176,6 +185,12 @@ bool ClipSource::Decode(const CardKind& kind, const CString& name, const std::st
     return true;
 }
 
+StreamHead ClipSource::HeadOf(const CardKind& kind, const CString& name,
+                              const VideoStream& video) const {
+    const std::optional<std::string> stream = StreamOf(kind, name);
+    return DecodeStream(stream, video, BeginningOf(stream));
+}
+
 bool ClipSource::Read(const CardKind& kind, const CString& name, _tag_P2Clip& clip) {
     const std::optional<std::string> path =
         FileIn(m_information, name + kind.files.information.Text());
@@ -186,12 +201,7 @@ bool ClipSource::Read(const CardKind& kind, const CString& name, _tag_P2Clip& cl
     if (!Facts(kind).isWhole) {
         throw std::bad_alloc(); // the record would lack what the playlists tell
     }
-    std::string head;
-    const std::optional<std::string> stream = StreamOf(kind, name);
-    if (stream && !platform::ReadHead(platform::Files(), *stream, kStreamSteps[0], head)) {
-        head.clear();
-    }
-    return Decode(kind, name, information, head, clip);
+    return Decode(kind, name, information, BeginningOf(StreamOf(kind, name)), clip);
 }
 
 void StopWatch::Report(const wchar_t* called) const {

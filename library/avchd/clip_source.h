@@ -6,6 +6,7 @@
 #include "avchd/card.h"
 #include "avchd/clip_record.h"
 #include "avchd/playlist_facts.h"
+#include "avchd/stream_head.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/P2Clip.h"
 #include "platform/place.h"
@@ -51,6 +52,10 @@ public:
                 const std::string& streamHead, _tag_P2Clip& clip);
     /// The same for a clip that is looked for by its name.
     bool Read(const CardKind& kind, const CString& name, _tag_P2Clip& clip);
+
+    /// What the beginning of a clip's stream tells; nothing of one that is missing.
+    [[nodiscard]] StreamHead HeadOf(const CardKind& kind, const CString& name,
+                                    const VideoStream& video) const;
 
     /// What the playlists of one kind of card tell; a playlist that cannot be read tells nothing.
     struct PlaylistFacts {

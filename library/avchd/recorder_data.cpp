@@ -49,6 +49,17 @@ std::optional<media::CalendarTime> DecodeDate(Bytes bytes) {
     return MomentOf(date).GetStatus() == COleDateTime::valid ? std::optional(date) : std::nullopt;
 }
 
+CString ZoneText(unsigned zone) {
+    constexpr unsigned kNoHours = 15;
+    const unsigned hours = zone >> 1U & 0x0FU;
+    CString text;
+    if (hours != kNoHours) {
+        text.Format(L"%c%02u:%02u", (zone & 0x20U) != 0 ? L'-' : L'+', hours,
+                    (zone & 1U) != 0 ? 30U : 0U);
+    }
+    return text;
+}
+
 std::optional<RecordedTimecode> DecodeTimecode(Bytes bytes) {
     if (bytes.size() != 4) {
         return std::nullopt;

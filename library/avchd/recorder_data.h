@@ -28,6 +28,15 @@ std::optional<media::CalendarTime> DecodeDate(Bytes bytes);
 /// The same as a date-time value; of status `invalid` for an impossible date.
 COleDateTime MomentOf(const media::CalendarTime& date);
 
+/// "+02:00" of the byte that stands in front of such a date; "" for a zone that is not told.
+CString ZoneText(unsigned zone);
+
+/// What recorded a clip, in the numbers that its maker gave; zeros when not told.
+struct Recorder {
+    std::uint16_t maker = 0;
+    std::uint16_t model = 0;
+};
+
 /// Four bytes as on tape (SMPTE ST 12-1), frames first. Nothing when all bits are set, which says
 /// "not recorded", and when they are no timecode.
 std::optional<RecordedTimecode> DecodeTimecode(Bytes bytes);

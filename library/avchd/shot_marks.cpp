@@ -48,18 +48,6 @@ CString ReadText(ByteReader& reader, std::size_t room) {
     return platform::TextFromUtf16(std::u16string_view(text).substr(0, text.find(u'\0')));
 }
 
-/// "+02:00", "" for a zone that is not told.
-CString ZoneText(unsigned zone) {
-    constexpr unsigned kNoHours = 15;
-    const unsigned hours = zone >> 1U & 0x0FU;
-    CString text;
-    if (hours != kNoHours) {
-        text.Format(L"%c%02u:%02u", (zone & 0x20U) != 0 ? L'-' : L'+', hours,
-                    (zone & 1U) != 0 ? 30U : 0U);
-    }
-    return text;
-}
-
 CString ReadMoment(ByteReader& reader) {
     const unsigned zone = reader.U8();
     const std::optional<media::CalendarTime> date = DecodeDate(reader.Take(kDateSize));

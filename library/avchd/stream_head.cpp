@@ -70,8 +70,9 @@ constexpr std::uint8_t kPackOwner[] = {0x17, 0xEE, 0x8C, 0x60, 0xF8, 0x4D, 0x11,
 // Packs: a tag and four bytes.
 constexpr std::size_t kPackSize = 4;
 constexpr std::uint8_t kTimecodePack = 0x13;
-constexpr std::uint8_t kYearPack = 0x18; // zone, century, year, month
-constexpr std::uint8_t kTimePack = 0x19; // day, hour, minute, second
+constexpr std::uint8_t kYearPack = 0x18;  // zone, century, year, month
+constexpr std::uint8_t kTimePack = 0x19;  // day, hour, minute, second
+constexpr std::uint8_t kMakerPack = 0xE0; // maker, model
 
 /// Takes out the byte that keeps a start code from appearing inside of a unit.
 std::vector<std::uint8_t> WithoutEmulation(Bytes unit) {
@@ -99,11 +100,16 @@ void ReadPacks(ByteReader reader, StreamHead& head) {
         if (tag == kTimecodePack) {
             head.timecode = DecodeTimecode(pack);
         } else if (tag == kYearPack) {
+            head.zone = pack[0];
             std::copy(pack.begin() + 1, pack.end(), date.begin());
             ++dateParts;
         } else if (tag == kTimePack) {
             std::copy(pack.begin(), pack.end(), date.begin() + 3);
             ++dateParts;
+        } else if (tag == kMakerPack) {
+            ByteReader numbers(pack);
+            head.recorder.maker = numbers.U16();
+            head.recorder.model = numbers.U16();
         }
     }
     if (dateParts == 2) {

@@ -32,6 +32,8 @@ inline constexpr std::size_t kPacketSize = 192;
 struct StreamHead {
     std::optional<SequenceParameters> parameters;
     std::optional<media::CalendarTime> date;
+    std::uint8_t zone = 0; ///< of the date, as recorders write it
+    Recorder recorder;
     std::optional<RecordedTimecode> timecode;
     /// The first picture has begun behind its parameters: more bytes would tell nothing more.
     bool complete = false;

@@ -105,6 +105,11 @@ void Describe(Archive& archive, Self& message) {
     archive(message.result);
 }
 
+template <class Archive, RecordOf<MediaMessage> Self>
+void Describe(Archive& archive, Self& message) {
+    archive(message.path, message.tracks, message.texts, message.isCut, message.result);
+}
+
 template <class Archive, RecordOf<ConnectionRecord> Self>
 void Describe(Archive& archive, Self& record) {
     archive(record.sendSize, record.receiveSize, record.sendTimeout, record.receiveTimeout);
@@ -192,6 +197,7 @@ template struct WireMessage<IconMessage>;
 template struct WireMessage<ErrorTextMessage>;
 template struct WireMessage<BaseClipInfoMessage>;
 template struct WireMessage<PicturesMessage>;
+template struct WireMessage<MediaMessage>;
 template struct WireMessage<ConnectionRecord>;
 
 } // namespace nqp2::bridge

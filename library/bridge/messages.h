@@ -4,6 +4,7 @@
 #pragma once
 
 #include "NQP2ParserU/CArray.h"
+#include "NQP2ParserU/ClipMetadataRecords.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/CStringArray.h"
 #include "NQP2ParserU/MediaHeaders.h"
@@ -52,6 +53,7 @@ enum class MessageId : std::uint32_t {
     // Beside the fixed ones.
     RecordedClips = 21000,
     MakePictures = 21001,
+    DescribeMedia = 21002,
 };
 
 /// A message's number as the channel takes it.
@@ -207,6 +209,15 @@ struct PicturesMessage : WireMessage<PicturesMessage> {
     CStringArray paths;
     tagSIZE bounds; ///< pixels
     CArray<PictureRecord> pictures;
+    std::int32_t result = 0;
+};
+
+/// A media file; back comes what its container tells.
+struct MediaMessage : WireMessage<MediaMessage> {
+    CString path;
+    CArray<TrackMetadata> tracks;
+    CArray<MetadataText> texts;
+    std::int32_t isCut = 0; ///< there was more than is told
     std::int32_t result = 0;
 };
 

@@ -15,6 +15,7 @@ using nqp2::bridge::ImportFileMessage;
 using nqp2::bridge::kChannelFailed;
 using nqp2::bridge::kDone;
 using nqp2::bridge::kRefused;
+using nqp2::bridge::MediaMessage;
 using nqp2::bridge::MessageId;
 using nqp2::bridge::PicturesMessage;
 using nqp2::bridge::ResultMessage;
@@ -176,6 +177,10 @@ std::int32_t CTNQ264BitSupport::MakePictures(PicturesMessage& message,
             return restored > 0;
         });
     return replied ? StatusOf(message.result) : kChannelFailed;
+}
+
+std::int32_t CTNQ264BitSupport::DescribeMedia(MediaMessage& message) {
+    return Request(MessageId::DescribeMedia, message);
 }
 
 std::int32_t CTNQ264BitSupport::GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info) {

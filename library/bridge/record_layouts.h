@@ -6,6 +6,7 @@
 #include "bridge/messages.h"
 #include "bridge/wire.h"
 #include "NQP2ParserU/ClipListRecords.h"
+#include "NQP2ParserU/ClipMetadataRecords.h"
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
 #include "NQP2ParserU/R8P2TransInfo.h"
 
@@ -68,6 +69,16 @@ template <class Archive, RecordOf<PictureRecord> Self>
 void Describe(Archive& archive, Self& picture) {
     archive(picture.problem);
     archive.Run(picture.data, picture.length);
+}
+
+template <class Archive, RecordOf<TrackMetadata> Self>
+void Describe(Archive& archive, Self& track) {
+    archive(track.kind, track.codec, track.language, track.format);
+}
+
+template <class Archive, RecordOf<MetadataText> Self>
+void Describe(Archive& archive, Self& text) {
+    archive(text.path, text.text);
 }
 
 template <class Archive, RecordOf<_BLCLIP> Self>

@@ -123,6 +123,8 @@ public:
     /// `message` becomes the reply and is given to `take` while its pictures are there.
     std::int32_t MakePictures(nqp2::bridge::PicturesMessage& message,
                               const std::function<void()>& take);
+    /// `message` becomes the reply.
+    std::int32_t DescribeMedia(nqp2::bridge::MediaMessage& message);
     /// `info` travels with the request and becomes what the worker sends back.
     std::int32_t GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info);
 

@@ -2,12 +2,15 @@
 // SPDX-License-Identifier: MIT
 
 #include "bridge/worker_proxy.h"
+#include "media/media_tags.h"
+#include "NQP2ParserU/MediaDescription.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/RecordedClips.h"
 #include "NQP2ParserU/SmallPictures.h"
 #include "platform/guard.h"
 
 #include <algorithm>
+#include <utility>
 
 using nqp2::bridge::kChannelFailed;
 using nqp2::bridge::kDone;
@@ -208,6 +211,28 @@ PicturesStatus MakeSmallPictures(const CNQP2Parser& parser, const CStringArray& 
     return isWhole              ? PicturesStatus::Made
            : answer == kRefused ? PicturesStatus::Refused
                                 : PicturesStatus::NoWorker;
+}
+
+DescriptionStatus DescribeMedia(const CNQP2Parser& parser, const CString& path,
+                                ClipMetadata& metadata) noexcept {
+    metadata = {};
+    const std::int32_t answer = AskProxy(bridge::ProxyOf::Get(parser), [&](Proxy& proxy) {
+        bridge::MediaMessage message;
+        message.path = path;
+        const std::int32_t done = proxy.DescribeMedia(message);
+        if (done == kDone) {
+            ClipMetadata told;
+            told.tracks = std::move(message.tracks);
+            told.others = std::move(message.texts);
+            told.isCut = message.isCut != 0;
+            media::TakeMembersFromTags(told);
+            metadata = std::move(told);
+        }
+        return done;
+    });
+    return answer == kDone      ? DescriptionStatus::Described
+           : answer == kRefused ? DescriptionStatus::Refused
+                                : DescriptionStatus::NoWorker;
 }
 
 } // namespace nqp2

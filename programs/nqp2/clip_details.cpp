@@ -6,6 +6,7 @@
 #include "nqp2/card.h"
 #include "nqp2/clip_file_fields.h"
 #include "nqp2/console.h"
+#include "nqp2/media_describer.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/core.h>
@@ -29,8 +30,9 @@ struct ClipDetails::Reader {
     CArray<ClipFile> files;
 };
 
-ClipDetails::ClipDetails(Console& console, const CardScans& cards, ClipReading wanted)
-    : m_console(console), m_wanted(wanted), m_takes(cards.Takes()) {
+ClipDetails::ClipDetails(Console& console, const CardScans& cards, ClipReading wanted,
+                         MediaDescriber& describer)
+    : m_console(console), m_wanted(wanted), m_describer(describer), m_takes(cards.Takes()) {
     for (const CardScan& card : cards.cards) {
         m_readers.push_back(std::make_unique<Reader>(card));
         if (!card.clips.IsEmpty()) {
@@ -72,15 +74,27 @@ ShownClip ClipDetails::Of(const _tag_P2Clip& clip) {
     return shown;
 }
 
+/// Of a camera file, which alone could tell.
+MetadataStatus ClipDetails::Describe(Reader& reader, const _tag_P2Clip& clip,
+                                     std::string& problem) {
+    if (m_describer.Describe(clip.VideoPath, reader.metadata, problem)) {
+        return MetadataStatus::Read;
+    }
+    return problem.empty() ? MetadataStatus::NoFile : MetadataStatus::Unreadable;
+}
+
 const ClipMetadata* ClipDetails::Metadata(Reader& reader, const _tag_P2Clip& clip) {
-    CString problem;
-    const MetadataStatus status = reader.metadataReader.Read(clip, reader.metadata, problem);
+    CString reason;
+    MetadataStatus status = reader.metadataReader.Read(clip, reader.metadata, reason);
+    std::string problem = BytesFromText(reason);
+    if (status == MetadataStatus::NoFile && !clip.VideoPath.IsEmpty()) {
+        status = Describe(reader, clip, problem);
+    }
     if (status == MetadataStatus::Unreadable) {
         ++m_unread;
         m_console.Message(
             fmt::format("nqp2: {}: metadata not read ({})",
-                        RealPath(clip.XmlPath.IsEmpty() ? clip.VideoPath : clip.XmlPath),
-                        BytesFromText(problem)));
+                        RealPath(clip.XmlPath.IsEmpty() ? clip.VideoPath : clip.XmlPath), problem));
     }
     return status == MetadataStatus::Read ? &reader.metadata : nullptr;
 }

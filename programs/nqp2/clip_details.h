@@ -13,6 +13,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <vector>
@@ -20,6 +21,7 @@
 namespace nqp2::tool {
 
 class Console;
+class MediaDescriber;
 
 /// A clip whose files are not all there as its metadata promise them.
 struct BrokenClip {
@@ -32,8 +34,9 @@ struct BrokenClip {
 /// clip is held.
 class ClipDetails {
 public:
-    /// The cards must outlive it.
-    ClipDetails(Console& console, const CardScans& cards, ClipReading wanted);
+    /// The cards and the describer, which is asked for camera files, must outlive it.
+    ClipDetails(Console& console, const CardScans& cards, ClipReading wanted,
+                MediaDescriber& describer);
     ~ClipDetails();
     ClipDetails(const ClipDetails&) = delete;
     ClipDetails& operator=(const ClipDetails&) = delete;
@@ -54,11 +57,13 @@ private:
     Reader& ReaderOf(const _tag_P2Clip& clip);
     void AskAll(const ClipOrder& clips);
     const CArray<ClipFile>& Files(Reader& reader, const _tag_P2Clip& clip);
+    MetadataStatus Describe(Reader& reader, const _tag_P2Clip& clip, std::string& problem);
     const ClipMetadata* Metadata(Reader& reader, const _tag_P2Clip& clip);
     void IndexTakes();
 
     Console& m_console;
     ClipReading m_wanted;
+    MediaDescriber& m_describer;
     std::vector<std::unique_ptr<Reader>> m_readers; ///< one a card
     std::map<const _tag_P2Clip*, Reader*, std::less<>> m_byFirstClip;
     CArray<JoinedTake> m_takes;

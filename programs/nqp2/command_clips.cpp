@@ -10,6 +10,7 @@
 #include "nqp2/clip_table.h"
 #include "nqp2/command.h"
 #include "nqp2/flat_fields.h"
+#include "nqp2/media_describer.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 #include "nqp2/value.h"
@@ -196,7 +197,8 @@ Status RunClips(Console& console, const ClipsOptions& options) {
     ClipReading reading = columns ? columns->Reading() : ClipReading();
     reading.metadata = reading.metadata || options.metadata;
     reading.files = reading.files || options.AskForFiles();
-    static ClipDetails& details = *new ClipDetails(console, scans, reading);
+    MediaDescriber describer(console, options.scan.worker);
+    ClipDetails& details = *new ClipDetails(console, scans, reading, describer);
     const ClipOrder clips = OrderedClips(scans, options.sort);
     const ClipListing listing = {scans,         clips,         details, scanned.areSeveral,
                                  options.files, options.report};

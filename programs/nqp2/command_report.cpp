@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "nqp2/card_scan.h"
+#include "nqp2/clip_order.h"
 #include "nqp2/command.h"
 #include "nqp2/report/page.h"
 #include "nqp2/report/pictures.h"
@@ -13,9 +14,7 @@
 
 #include <algorithm>
 #include <ctime>
-#include <future>
 #include <string>
-#include <utility>
 
 namespace nqp2::tool {
 namespace {
@@ -25,57 +24,40 @@ struct ReportOptions {
     std::string page;
 };
 
-/// What the cards tell; the worker looks at pictures meanwhile.
-report::PageContents ReadPage(const CardScans& scans, const std::string& worker) {
-    auto asked =
-        std::async(std::launch::async, [&] { return report::TakePictures(scans, worker); });
+report::PageContents ReadPage(const CardScans& scans, const ClipOrder& clips) {
     report::PageContents page;
-    page.cards = report::ReadContents(scans);
+    page.cards = report::ReadContents(scans, clips);
     page.takes = scans.Takes();
     page.skipped = scans.skipped;
     page.made = fmt::format("{:%Y-%m-%d %H:%M}", fmt::localtime(std::time(nullptr)));
-    report::Pictures pictures = asked.get();
-    page.remark = pictures.remark.empty() ? "" : "Pictures are missing: " + pictures.remark;
-    for (report::CardContents& card : page.cards) {
-        for (report::ClipContents& clip : card.clips) {
-            if (const auto found = pictures.byClip.find(clip.clip);
-                found != pictures.byClip.end()) {
-                clip.picture = std::move(found->second);
-            }
-        }
-    }
     return page;
 }
 
-void TellPage(Console& console, const report::PageContents& page) {
-    std::int64_t clips = 0;
-    std::int64_t bare = 0;
-    for (const report::CardContents& card : page.cards) {
-        clips += static_cast<std::int64_t>(card.clips.size());
-        bare += std::count_if(
-            card.clips.begin(), card.clips.end(),
-            [](const report::ClipContents& clip) { return clip.picture.jpeg.empty(); });
+void TellPage(Console& console, const ClipOrder& clips, report::Pictures& pictures) {
+    const auto bare = std::count_if(clips.begin(), clips.end(), [&](const _tag_P2Clip* clip) {
+        return pictures.Of(*clip).jpeg.empty();
+    });
+    if (const std::string& remark = pictures.Remark(); !remark.empty()) {
+        console.Message("nqp2: Pictures are missing: " + remark);
     }
-    if (!page.remark.empty()) {
-        console.Message("nqp2: " + page.remark);
-    }
-    console.Message(fmt::format("{} clip{}{}", clips, clips == 1 ? "" : "s",
+    console.Message(fmt::format("{} clip{}{}", clips.size(), clips.size() == 1 ? "" : "s",
                                 bare == 0 ? "" : fmt::format(", {} without a picture", bare)));
 }
 
 Status RunReport(Console& console, const ReportOptions& options) {
     // Not taken apart, as in the listing of clips.
     static const CardScans& scans = *new CardScans(ScanCards(console, options.scan));
-    static const report::PageContents& page =
-        *new report::PageContents(ReadPage(scans, options.scan.worker));
-    const std::string text = report::MakePage(page);
+    const ClipOrder clips = OrderedClips(scans, "name");
+    report::Pictures pictures(clips, options.scan.worker);
+    static const report::PageContents& page = *new report::PageContents(ReadPage(scans, clips));
+    const std::string text = report::MakePage(page, pictures);
     if (options.page == "-") {
         console.Write(text);
         console.Finish();
     } else if (const std::string reason = WriteWholeFile(options.page, text); !reason.empty()) {
         throw Failure(options.page, "cannot be written", reason);
     }
-    TellPage(console, page);
+    TellPage(console, clips, pictures);
     return kDone;
 }
 

@@ -4,6 +4,7 @@
 #include "nqp2/display_text.h"
 
 #include "nqp2/output_text.h"
+#include "nqp2/utf8_text.h"
 
 #include <fmt/core.h>
 
@@ -57,47 +58,18 @@ struct Decoded {
     std::size_t length;
 };
 
-/// Lead bytes of UTF-8, the smallest character that each length may carry.
-struct SequenceForm {
-    unsigned char mask;
-    unsigned char lead;
-    std::size_t length;
-    char32_t smallest;
-};
-constexpr SequenceForm kForms[] = {
-    {0x80, 0x00, 1, 0}, {0xE0, 0xC0, 2, 0x80}, {0xF0, 0xE0, 3, 0x800}, {0xF8, 0xF0, 4, 0x10000}};
-
-bool IsCharacter(char32_t ch) {
-    return ch <= 0x10FFFF && (ch < 0xD800 || ch > 0xDFFF);
-}
-
-Decoded DecodeAs(const SequenceForm& form, std::string_view text) {
-    if (text.size() < form.length) {
-        return {kReplacement, 1};
-    }
-    char32_t ch = static_cast<unsigned char>(text[0]) & static_cast<unsigned char>(~form.mask);
-    for (std::size_t i = 1; i < form.length; ++i) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if ((byte & 0xC0) != 0x80) {
-            return {kReplacement, 1};
-        }
-        ch = (ch << 6) | (byte & 0x3FU);
-    }
-    if (ch < form.smallest || !IsCharacter(ch)) {
-        return {kReplacement, 1};
-    }
-    return {ch, form.length};
-}
-
 /// The first character of a text that is not empty.
 Decoded DecodeFirst(std::string_view text) {
-    const auto first = static_cast<unsigned char>(text[0]);
-    for (const SequenceForm& form : kForms) {
-        if ((first & form.mask) == form.lead) {
-            return DecodeAs(form, text);
-        }
+    const Utf8Character first = FirstUtf8(text);
+    if (!first.isWhole) {
+        return {kReplacement, first.length};
     }
-    return {kReplacement, 1};
+    const auto lead = static_cast<unsigned char>(text[0]);
+    char32_t ch = first.length == 1 ? lead : lead & (0x7FU >> first.length);
+    for (const char byte : text.substr(1, first.length - 1)) {
+        ch = ch << 6U | (static_cast<unsigned char>(byte) & 0x3FU);
+    }
+    return {ch, first.length};
 }
 
 int CharWidth(char32_t ch) {

@@ -4,55 +4,16 @@
 #include "nqp2/json_text.h"
 
 #include "nqp2/output_text.h"
+#include "nqp2/utf8_text.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <iterator>
 
 namespace nqp2::tool {
 namespace {
 
 unsigned char ByteAt(std::string_view text, std::size_t index) {
     return static_cast<unsigned char>(text[index]);
-}
-
-/// Characters of several bytes by their first byte; after the second come 80 to BF.
-struct Lead {
-    unsigned char first, last;
-    unsigned char secondFirst, secondLast;
-    std::size_t length;
-};
-constexpr Lead kLeads[] = {
-    {0xC2, 0xDF, 0x80, 0xBF, 2}, {0xE0, 0xE0, 0xA0, 0xBF, 3}, {0xE1, 0xEC, 0x80, 0xBF, 3},
-    {0xED, 0xED, 0x80, 0x9F, 3}, {0xEE, 0xEF, 0x80, 0xBF, 3}, {0xF0, 0xF0, 0x90, 0xBF, 4},
-    {0xF1, 0xF3, 0x80, 0xBF, 4}, {0xF4, 0xF4, 0x80, 0x8F, 4},
-};
-
-struct Character {
-    std::size_t length = 1;
-    bool isWhole = false;
-};
-
-/// The character at the start of a text that does not start with ASCII, or as much of one as is
-/// there.
-Character FirstOf(std::string_view text) {
-    const auto* const lead =
-        std::find_if(std::begin(kLeads), std::end(kLeads), [&](const Lead& row) {
-            return ByteAt(text, 0) >= row.first && ByteAt(text, 0) <= row.last;
-        });
-    if (lead == std::end(kLeads)) {
-        return {};
-    }
-    unsigned char low = lead->secondFirst;
-    unsigned char high = lead->secondLast;
-    std::size_t length = 1;
-    while (length < std::min(lead->length, text.size()) && ByteAt(text, length) >= low &&
-           ByteAt(text, length) <= high) {
-        ++length;
-        low = 0x80;
-        high = 0xBF;
-    }
-    return {length, length == lead->length};
 }
 
 void PutCode(OutputText& out, unsigned char code) {
@@ -98,10 +59,10 @@ void PutEscaped(OutputText& out, std::string_view text) {
         if (text.empty()) {
             return;
         }
-        Character next;
+        Utf8Character next;
         if (ByteAt(text, 0) < 0x80) {
             PutAscii(out, text[0]);
-        } else if (next = FirstOf(text); !next.isWhole) {
+        } else if (next = FirstUtf8(text); !next.isWhole) {
             out.Put("\xEF\xBF\xBD");
         } else if (const std::string_view character = text.substr(0, next.length);
                    IsControl(character)) {

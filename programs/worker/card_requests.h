@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "bridge/messages.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/MediaHeaders.h"
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
@@ -33,5 +34,9 @@ CString FindVolumeSerial(const CString& path);
 /// holds for name and date stays. A camera file is given up when `goesOn` returns false.
 NQP2BaseClipInfo DescribeClip(const CString& path, const std::function<bool()>& goesOn,
                               NQP2BaseClipInfo asked);
+
+/// All that a media file's container tells, as docs/worker.md says. Given up when `goesOn` returns
+/// false.
+bridge::MediaMessage DescribeMediaFile(const CString& path, const std::function<bool()>& goesOn);
 
 } // namespace nqp2::worker

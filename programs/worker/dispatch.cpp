@@ -69,6 +69,7 @@ constexpr Handler kHandlers[] = {
     {MessageId::SetRTExportExtraParam, Run<bridge::ValueMessage, &Operations::SetRecordingAspect>},
     {MessageId::RecordedClips, Run<bridge::ErrorTextMessage, &Operations::GetRecordedClips>},
     {MessageId::MakePictures, Run<bridge::PicturesMessage, &Operations::MakePictures>},
+    {MessageId::DescribeMedia, Run<bridge::MediaMessage, &Operations::DescribeMedia>},
     {MessageId::GetP2BaseClipInfo, Run<bridge::BaseClipInfoMessage, &Operations::GetBaseClipInfo>},
 };
 

@@ -31,6 +31,16 @@ MediaFacts ReadMediaFile(const std::string& path, const std::function<bool()>& g
     return facts;
 }
 
+MediaDescription ReadMediaDescription(const std::string& path, const std::function<bool()>& goesOn,
+                                      const MediaLimits& limits) {
+    LoadMediaModule();
+    BoundedFile file(path, goesOn, limits);
+    MediaDescription description;
+    ReadWithModule(
+        file, [&](const MediaModule& module) { return module.DescribeAll(file, description); });
+    return description;
+}
+
 Picture ReadPicture(BoundedFile& file, std::int32_t width, std::int32_t height) {
     Picture picture;
     ReadWithModule(file, [&](const MediaModule& module) {

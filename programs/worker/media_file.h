@@ -24,6 +24,11 @@ struct MediaLimits {
 MediaFacts ReadMediaFile(const std::string& path, const std::function<bool()>& goesOn,
                          const MediaLimits& limits = {});
 
+/// All that the container of a QuickTime, MP4, AVI, MXF or transport stream file tells. Fails as
+/// ReadMediaFile does.
+MediaDescription ReadMediaDescription(const std::string& path, const std::function<bool()>& goesOn,
+                                      const MediaLimits& limits = {});
+
 class BoundedFile;
 
 /// The picture in a picture file, or the first of a video, made small enough to fit into `width` x

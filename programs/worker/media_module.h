@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// What the worker and its media module, nqp2-media.so, have in common. All that needs libavformat
 /// is in the module, which is loaded when a camera file or a recording first asks for it: most
@@ -56,6 +57,32 @@ struct MediaFacts {
     std::string identifier; ///< UMID in hexadecimal, "" where there is none
     std::string date;       ///< ISO 8601 as the file has it, "" where there is none
     std::string title;
+};
+
+/// A stream of a media file.
+struct MediaTrack {
+    std::string kind;  ///< "video", "audio", "subtitle", "data"
+    std::string codec; ///< as its standard calls it
+    std::string language;
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    FrameRate rate = {0, 1};
+    bool interlaced = false;
+    std::int32_t channels = 0;
+    std::int32_t hertz = 0;
+};
+
+/// A tag of a media file or what else it says in words, as it stands there.
+struct MediaText {
+    std::string path;
+    std::string text;
+};
+
+/// All that a container tells.
+struct MediaDescription {
+    std::vector<MediaTrack> tracks;
+    std::vector<MediaText> texts;
+    bool isCut = false; ///< it has more than a description holds
 };
 
 /// A picture of 24-bit pixels: red, green, blue, the top row first, rows not padded.
@@ -106,6 +133,10 @@ public:
     virtual ~MediaModule() = default;
     /// Reads the head of a QuickTime, MP4, AVI or MXF file.
     virtual MediaFault Describe(MediaInput& input, MediaFacts& facts) const noexcept = 0;
+    /// The same, and of transport streams, with all tracks and tags. A file without picture is as
+    /// good as any.
+    virtual MediaFault DescribeAll(MediaInput& input,
+                                   MediaDescription& description) const noexcept = 0;
     /// Decodes a bitmap, PNG or JPEG, or the first picture of a QuickTime, MP4, AVI, MXF or
     /// transport stream file, and makes it fit into `width` x `height`; it is never made larger.
     virtual MediaFault MakePicture(MediaInput& input, std::int32_t width, std::int32_t height,

@@ -184,6 +184,10 @@ void Operations::MakePictures(bridge::PicturesMessage& message) {
     }
 }
 
+void Operations::DescribeMedia(bridge::MediaMessage& message) {
+    message = DescribeMediaFile(message.path, [this] { return m_progress.Lasts(); });
+}
+
 void Operations::GetBaseClipInfo(bridge::BaseClipInfoMessage& message) {
     message.info = DescribeClip(
         message.path, [this] { return m_progress.Lasts(); }, message.info);

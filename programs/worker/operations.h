@@ -36,6 +36,7 @@ public:
     void GetLastError(bridge::ErrorTextMessage& message);
     void GetRecordedClips(bridge::ErrorTextMessage& message);
     void MakePictures(bridge::PicturesMessage& message);
+    void DescribeMedia(bridge::MediaMessage& message);
     void GetBaseClipInfo(bridge::BaseClipInfoMessage& message);
     void SetRecordingParameters(bridge::RTExportParamMessage& message);
     void SetRecordingAspect(bridge::ValueMessage& message);

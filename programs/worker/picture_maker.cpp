@@ -7,6 +7,7 @@
 #include "worker/bounded_file.h"
 #include "worker/card_folder.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
@@ -103,15 +104,14 @@ std::string PictureMaker::Encode(const Pixels& pixels) {
     constexpr int kQuality = 80;
     const int flags = TJFLAG_NOREALLOC | TJFLAG_FASTDCT | (pixels.isBottomUp ? TJFLAG_BOTTOMUP : 0);
     unsigned long size = tjBufSize(pixels.width, pixels.height, TJSAMP_420);
-    std::string jpeg(size, '\0');
-    auto* target = reinterpret_cast<unsigned char*>(jpeg.data());
+    m_room.resize(std::max<std::size_t>(m_room.size(), size));
+    auto* target = reinterpret_cast<unsigned char*>(m_room.data());
     if (tjCompress2(m_encoder.get(), pixels.bytes, pixels.width, pixels.rowBytes, pixels.height,
                     pixels.format, &target, &size, TJSAMP_420, kQuality, flags) != 0) {
         throw copy::Failure(std::string("No JPEG could be made: ") +
                             tjGetErrorStr2(m_encoder.get()) + ".");
     }
-    jpeg.resize(size);
-    return jpeg;
+    return m_room.substr(0, size);
 }
 
 std::string PictureMaker::Make(const CString& path) {

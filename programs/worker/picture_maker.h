@@ -36,6 +36,7 @@ private:
     SIZE m_bounds;
     std::function<bool()> m_goesOn;
     std::unique_ptr<void, EndEncoder> m_encoder;
+    std::string m_room; ///< for the largest JPEG so far; what is given out is much smaller
 };
 
 } // namespace nqp2::worker

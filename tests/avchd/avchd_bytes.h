@@ -161,6 +161,7 @@ struct ClipSpec {
     std::string clipId = {};
     std::string timecode = kNoTimecode;
     std::uint32_t packets = 0;
+    unsigned maker = 0x0108;
 };
 
 inline std::string ProgramBytes(const ClipSpec& spec) {
@@ -179,9 +180,9 @@ inline std::string ProgramBytes(const ClipSpec& spec) {
 inline std::string ClipExtension(const ClipSpec& spec) {
     const std::string data = Be(2, 2) + Zeros(2) + "\xE0\x01" + Counted(Zeros(16), 2) + "\xE2\x01" +
                              Counted(spec.clipId + spec.timecode + Zeros(4), 2);
-    return OneEntryTable(0x1000,
-                         TaggedBlock("CLEX", Counted(Be(0x0108, 2) + Be(0x3001, 2) + Zeros(36), 4),
-                                     "", OneEntryTable(0x0103, data)));
+    return OneEntryTable(
+        0x1000, TaggedBlock("CLEX", Counted(Be(spec.maker, 2) + Be(0x3001, 2) + Zeros(36), 4), "",
+                            OneEntryTable(0x0103, data)));
 }
 
 inline std::string ClipBytes(const ClipSpec& spec) {
@@ -252,8 +253,8 @@ inline std::string ParameterSet(const SetSpec& spec) {
 /// Side information with date and timecode packs.
 inline std::string DatePacks(const std::string& timecode) {
     const std::string message = std::string("\x17\xEE\x8C\x60\xF8\x4D\x11\xD9\x8C\xD6\x08") + '\0' +
-                                "\x20\x0C\x9A\x66MDPM\x03\x13" + timecode +
-                                "\x18\x12\x20\x11\x01\x19\x28\x13\x45\x07";
+                                "\x20\x0C\x9A\x66MDPM\x04\x13" + timecode +
+                                "\x18\x12\x20\x11\x01\x19\x28\x13\x45\x07\xE0\x01\x08\x20\x01";
     return "\x06\x05" + Be(message.size(), 1) + message + "\x80";
 }
 

@@ -86,6 +86,32 @@ TEST_F(AvchdMetadataTest, MarksAreMemosAtTheFramesOfTheClipThatTheyFallIn) {
     EXPECT_EQ(Utf8(m_metadata.shoot.startDate), "2011-01-28T13:45:07+02:00");
 }
 
+/// What no playlist tells is in the first picture's packs; a mark counts before them.
+TEST_F(AvchdMetadataTest, StreamsTellDateZoneAndMaker) {
+    const struct {
+        unsigned char zone;
+        bool hasMark;
+        const char* date;
+    } kRows[] = {{0x12, false, "2011-01-28T13:45:07+09:00"},
+                 {0x2A, false, "2011-01-28T13:45:07-05:00"},
+                 {0x4B, false, "2011-01-28T13:45:07+05:30"},
+                 {0x1E, false, "2011-01-28T13:45:07"},
+                 {0x2A, true, "2011-01-28T13:45:07+02:00"}};
+    for (const auto& row : kRows) {
+        AddClip({.maker = 0});
+        std::string packs = test::DatePacks("\x44\x01\x01\x01");
+        packs[packs.find("\x18\x12\x20") + 1] = static_cast<char>(row.zone);
+        m_folder.Write("AVCHD/BDMV/STREAM/00001.MTS", test::StreamBytes({}, packs));
+        test::PlaylistSpec spec;
+        spec.items = {{.name = "00001"}};
+        spec.marks = {{.time = row.hasMark ? 38700U : 38701U, .zone = 0x04}};
+        AddPlaylist("00000", spec);
+        ASSERT_EQ(Read(L"00001"), MetadataStatus::Read);
+        EXPECT_EQ(Utf8(m_metadata.shoot.startDate), row.date);
+        EXPECT_EQ(Utf8(m_metadata.device.manufacturer + m_metadata.device.modelName), "Sony0x2001");
+    }
+}
+
 TEST_F(AvchdMetadataTest, ClipInformationPromisesTheStream) {
     const struct {
         std::uint32_t packets;

@@ -99,6 +99,9 @@ const auto& Examples() {
         Documented{"20020, 21000", ErrorTextMessage{{}, L"no", 1}},
         Documented{"21001", PicturesMessage{{}, ListOf<CString>({L"a"}), {0xA0, 0x78},
             ListOf<PictureRecord>({{L"", kData, 3}, {L"n", nullptr, 0}}), 1}},
+        Documented{"21002", MediaMessage{{}, L"P",
+            ListOf<TrackMetadata>({{L"audio", L"AC-3", L"", L"f"}}),
+            ListOf<MetadataText>({{L"Tags/a", L"b"}}), 1, 1}},
         Documented{"20022", BaseClipInfoMessage{{}, L"P", BaseClipInfo(), 1}},
         Documented{"50, 51", ConnectionRecord{{}, 10240, 20480, 0xFFFFFFFF, 5000}},
     };

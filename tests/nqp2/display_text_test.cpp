@@ -17,13 +17,15 @@ TEST(Printable, WritesOutWhatATerminalMayObeyAndReplacesWhatIsNoUtf8) {
         {"\x1b[31m\x7f", "\\x1b[31m\\x7f"},
         {std::string("a\0b", 3), "a\\x00b"},
         {"a\tb\r\n", "a\\tb\\r\\n"},
-        {"\xC2\x9B", "\\u009b"},           // C1 control: the start of a sequence in one character
-        {"\xE2\x80\xAE", "\\u202e"},       // turns the direction of what follows
-        {"\xC3z", bad + "z"},              // the next character is kept
-        {"\xC3", bad},                     // cut off
-        {"\xC0\x9B", bad + bad},           // an escape hidden in a form too long
-        {"\xE0\x80\x9B", bad + bad + bad}, // the same in three bytes
-        {"\xED\xA0\x80", bad + bad + bad}, // a surrogate
+        {"\xC2\x9B", "\\u009b"},     // C1 control: the start of a sequence in one character
+        {"\xE2\x80\xAE", "\\u202e"}, // turns the direction of what follows
+        {"\xC3z", bad + "z"},        // the next character is kept
+        {"\xC3", bad},               // cut off
+        {"\xE2\x82", bad},           // one character, as in JSON
+        {"\xE2\x82z\xF0\x9F\x8E", bad + "z" + bad},
+        {"\xC0\x9B", bad + bad},                    // an escape hidden in a form too long
+        {"\xE0\x80\x9B", bad + bad + bad},          // the same in three bytes
+        {"\xED\xA0\x80", bad + bad + bad},          // a surrogate
         {"\xF4\x90\x80\x80", bad + bad + bad + bad} // beyond the last character
     };
     for (const auto& [text, shown] : rows) {

@@ -219,6 +219,10 @@ class CameraTest(CardTest):
         clip, = self.told("clips", "camera", cwd=self.folder)["clips"]
         self.assertEqual((clip["ClipName"], clip["CodecName"], clip["Duration"], clip["VideoPath"]),
                          ("DV000001", "DV25_420", 5, str(file)))
+        clip, = self.told("clips", "camera", "--metadata", cwd=self.folder)["clips"]
+        self.assertEqual([(track["codec"], track["format"]) for track in clip["metadata"]["tracks"]],
+                         [("DV", "720x576 50i")])
+        self.assertIn({"path": "Duration", "text": "0.200000"}, clip["metadata"]["others"])
         found = [(clip["ClipName"], clip["FrameRate"], clip["Duration"], clip["ActivePixel"],
                   sum(map(bool, clip["AudioPath"])))
                  for clip in self.told("clips", sample("camera"))["clips"]]

@@ -113,6 +113,7 @@ protected:
             {MessageId::GetP2SerialNumber, Saved(bridge::TextPairMessage{{}, root, L"", 0})},
             {MessageId::RecordedClips, Saved(bridge::ErrorTextMessage{{}, L"text", 0})},
             {MessageId::MakePictures, Saved(bridge::PicturesMessage{{}, names, {80, 60}, {}, 0})},
+            {MessageId::DescribeMedia, Saved(bridge::MediaMessage{{}, root, {}, {}, 0, 0})},
             {MessageId::GetP2BaseClipInfo, Saved(bridge::BaseClipInfoMessage{{}, root, {}, 0})},
         };
     }

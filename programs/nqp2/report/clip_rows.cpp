@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -34,11 +35,12 @@ std::string Line(const std::vector<std::string>& parts) {
     return line;
 }
 
-std::string Words(const std::vector<CString>& texts) {
+std::string Words(std::initializer_list<const CString*> texts) {
     std::string words;
-    for (const CString& text : texts) {
-        if (!text.IsEmpty()) {
-            words += (words.empty() ? "" : " ") + BytesFromText(text);
+    for (const CString* text : texts) {
+        if (!text->IsEmpty()) {
+            words += words.empty() ? "" : " ";
+            words += BytesFromText(*text);
         }
     }
     return words;
@@ -83,8 +85,8 @@ Own TakenState(const ClipContents& clip) {
 /// One row.
 class ClipRow {
 public:
-    ClipRow(Html& html, const ClipContents& contents)
-        : m_html(html), m_contents(contents), m_clip(*contents.clip) {}
+    ClipRow(Html& html, const ClipContents& contents, Pictures& pictures)
+        : m_html(html), m_contents(contents), m_clip(*contents.clip), m_pictures(pictures) {}
 
     void Put(const std::string& place) {
         PutStart(place);
@@ -119,7 +121,7 @@ private:
 
     void PutPicture() {
         m_html.Open("td").With("class", "picture");
-        const SmallPicture& picture = m_contents.picture;
+        const SmallPicture& picture = m_pictures.Of(m_clip);
         if (!picture.jpeg.empty()) {
             m_html.Open("img").With("alt", "").With("decoding", "async");
             m_html.WithJpeg(
@@ -260,44 +262,35 @@ private:
         m_html.Close("td");
     }
 
-    struct Detail {
-        Own name;
-        std::string text;
-    };
-    [[nodiscard]] std::vector<Detail> Details() const {
-        const ClipMetadata& all = m_contents.metadata;
-        const auto one = [](const CString& text) { return BytesFromText(text); };
-        return {
-            {"Programme", one(all.scenario.programName)},
-            {"Scene", one(all.scenario.sceneNo)},
-            {"Take", one(all.scenario.takeNo)},
-            {"Shooter", one(all.shoot.shooter)},
-            {"Reporter", one(all.news.reporter)},
-            {"Purpose", one(all.news.purpose)},
-            {"Object", one(all.news.object)},
-            {"Place", one(all.place.name)},
-            {"Coordinates", Words({all.place.latitude, all.place.longitude})},
-            {"Altitude", one(all.place.altitude)},
-            {"Camera", Words({all.device.manufacturer, all.device.modelName})},
-            {"Camera's serial number", one(all.device.serialNo)},
-            {"Creator", one(all.access.creator)},
-            {"Last change", Words({all.access.lastUpdateDate, all.access.lastUpdatePerson})},
-            {"Identifier", one(m_clip.GlobalClipID)},
-        };
+    void PutDetail(Own name, std::initializer_list<const CString*> texts) {
+        if (const std::string text = Words(texts); !text.empty()) {
+            m_html.Open("dt").Text(name).Close("dt");
+            m_html.Open("dd").Foreign(text).Close("dd");
+        }
     }
 
     void PutDetails() {
+        const ClipMetadata& all = m_contents.metadata;
         m_html.Open("details").Open("summary").Text("Details").Close("summary").Open("dl");
-        for (const Detail& detail : Details()) {
-            if (!detail.text.empty()) {
-                m_html.Open("dt").Text(detail.name).Close("dt");
-                m_html.Open("dd").Foreign(detail.text).Close("dd");
-            }
-        }
+        PutDetail("Programme", {&all.scenario.programName});
+        PutDetail("Scene", {&all.scenario.sceneNo});
+        PutDetail("Take", {&all.scenario.takeNo});
+        PutDetail("Shooter", {&all.shoot.shooter});
+        PutDetail("Reporter", {&all.news.reporter});
+        PutDetail("Purpose", {&all.news.purpose});
+        PutDetail("Object", {&all.news.object});
+        PutDetail("Place", {&all.place.name});
+        PutDetail("Coordinates", {&all.place.latitude, &all.place.longitude});
+        PutDetail("Altitude", {&all.place.altitude});
+        PutDetail("Camera", {&all.device.manufacturer, &all.device.modelName});
+        PutDetail("Camera's serial number", {&all.device.serialNo});
+        PutDetail("Creator", {&all.access.creator});
+        PutDetail("Last change", {&all.access.lastUpdateDate, &all.access.lastUpdatePerson});
+        PutDetail("Identifier", {&m_clip.GlobalClipID});
         for (const TrackMetadata& track : m_contents.metadata.tracks) {
             m_html.Open("dt").Foreign(track.kind).Close("dt");
             m_html.Open("dd")
-                .Foreign(Words({track.codec, track.format, track.language}))
+                .Foreign(Words({&track.codec, &track.format, &track.language}))
                 .Close("dd");
         }
         m_html.Close("dl").Close("details");
@@ -306,6 +299,7 @@ private:
     Html& m_html;
     const ClipContents& m_contents;
     const _tag_P2Clip& m_clip;
+    Pictures& m_pictures;
 };
 
 /// The table's columns; those with a key can be sorted by it.
@@ -326,7 +320,7 @@ std::string ClipPlace(std::size_t card, std::size_t clip) {
     return fmt::format("clip-{}-{}", card + 1, clip + 1);
 }
 
-void PutClips(Html& html, const PageContents& page, std::size_t card) {
+void PutClips(Html& html, const PageContents& page, std::size_t card, Pictures& pictures) {
     const std::vector<ClipContents>& clips = page.cards[card].clips;
     html.Open("table").With("class", "clips").Open("thead").Open("tr");
     for (const Column& column : kColumns) {
@@ -338,7 +332,7 @@ void PutClips(Html& html, const PageContents& page, std::size_t card) {
     }
     html.Close("tr").Close("thead").Open("tbody");
     for (std::size_t i = 0; i < clips.size(); ++i) {
-        ClipRow(html, clips[i]).Put(ClipPlace(card, i));
+        ClipRow(html, clips[i], pictures).Put(ClipPlace(card, i));
     }
     html.Close("tbody").Close("table");
 }

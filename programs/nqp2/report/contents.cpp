@@ -3,7 +3,6 @@
 
 #include "nqp2/report/contents.h"
 
-#include "nqp2/clip_order.h"
 #include "nqp2/scan_report_output.h"
 #include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/IngestList.h"
@@ -12,8 +11,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <future>
 #include <map>
-#include <memory>
 #include <system_error>
 #include <utility>
 
@@ -88,25 +87,21 @@ void ReadSpace(CardContents& contents) {
     }
 }
 
-/// Reads one clip after the other.
+/// Reads one clip after the other, all but its files.
 class ClipReader {
 public:
-    explicit ClipReader(const tool::CardScan& scan, CardContents& contents)
-        : m_scan(scan), m_contents(contents), m_taken(ReadIngestList(scan, contents)),
-          m_files(scan.card.Root()) {}
+    ClipReader(const tool::CardScan& scan, CardContents& contents)
+        : m_scan(scan), m_taken(ReadIngestList(scan, contents)) {}
 
-    ClipContents Read(const _tag_P2Clip& clip) {
-        ClipContents contents;
-        contents.clip = &clip;
+    void Read(ClipContents& contents) {
+        const _tag_P2Clip& clip = *contents.clip;
         ReadMetadata(clip, contents);
         contents.start = BytesFromText(StartOf(clip, contents.metadata));
-        ReadFiles(clip, contents);
         const auto taken = m_taken.find(CString(clip.ClipName).MakeUpper());
         contents.isListed = taken != m_taken.end();
         if (contents.isListed) {
             contents.taken = Joined(taken->second, clip.Duration);
         }
-        return contents;
     }
 
 private:
@@ -115,6 +110,7 @@ private:
         if (m_metadata.Read(clip, contents.metadata, problem) == MetadataStatus::Unreadable) {
             contents.unread = BytesFromText(problem);
         }
+        contents.metadata.others.RemoveAll(); // many, and not shown
     }
 
     [[nodiscard]] CString StartOf(const _tag_P2Clip& clip, const ClipMetadata& metadata) const {
@@ -126,40 +122,52 @@ private:
                                : IsoDate(clip.StartDate);
     }
 
-    void ReadFiles(const _tag_P2Clip& clip, ClipContents& contents) {
-        CArray<ClipFile> files;
-        m_files.Read(clip, files);
+    const tool::CardScan& m_scan;
+    std::map<CString, Segments> m_taken;
+    ClipMetadataReader m_metadata;
+};
+
+void ReadFiles(CardContents& card) {
+    ClipFileReader reader(card.scan->card.Root());
+    CArray<ClipFile> files;
+    for (ClipContents& clip : card.clips) {
+        reader.Read(*clip.clip, files);
         for (const ClipFile& file : files) {
-            m_contents.bytes += file.size;
+            card.bytes += file.size;
             if (file.state != ClipFileState::Present) {
-                contents.lacking.push_back(file);
+                clip.lacking.push_back(file);
             }
         }
     }
+}
 
-    const tool::CardScan& m_scan;
-    CardContents& m_contents;
-    std::map<CString, Segments> m_taken;
-    ClipMetadataReader m_metadata;
-    ClipFileReader m_files;
-};
+/// All but files and pictures.
+void ReadCard(CardContents& card) {
+    ClipReader reader(*card.scan, card);
+    for (ClipContents& clip : card.clips) {
+        reader.Read(clip);
+    }
+    ReadEdits(*card.scan, card);
+    ReadSpace(card);
+}
 
 } // namespace
 
-std::vector<CardContents> ReadContents(const tool::CardScans& scans) {
+std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool::ClipOrder& clips) {
     std::vector<CardContents> all(scans.cards.size());
-    std::vector<std::unique_ptr<ClipReader>> readers;
     for (std::size_t i = 0; i < all.size(); ++i) {
         all[i].scan = &scans.cards[i];
         all[i].skipped = scans.cards[i].report.skipped;
-        readers.push_back(std::make_unique<ClipReader>(scans.cards[i], all[i]));
-        ReadEdits(scans.cards[i], all[i]);
-        ReadSpace(all[i]);
     }
-    for (const _tag_P2Clip* clip : tool::OrderedClips(scans, "name")) {
+    for (const _tag_P2Clip* clip : clips) {
         const auto card = static_cast<std::size_t>(&scans.CardOf(*clip) - scans.cards.data());
-        all[card].clips.push_back(readers[card]->Read(*clip));
+        all[card].clips.emplace_back().clip = clip;
     }
+    // Neither needs the other, and a clip's files are not among what the rest of it is.
+    auto files =
+        std::async(std::launch::async, [&] { std::for_each(all.begin(), all.end(), ReadFiles); });
+    std::for_each(all.begin(), all.end(), ReadCard);
+    files.get();
     return all;
 }
 

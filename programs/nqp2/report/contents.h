@@ -4,11 +4,11 @@
 #pragma once
 
 #include "nqp2/card_scan.h"
+#include "nqp2/clip_table.h"
 #include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/ClipMetadata.h"
 #include "NQP2ParserU/P2EDL.h"
 #include "NQP2ParserU/P2SegInfo.h"
-#include "NQP2ParserU/SmallPictures.h"
 
 #include <cstdint>
 #include <string>
@@ -26,7 +26,6 @@ struct ClipContents {
     std::vector<ClipFile> lacking;    ///< files that are missing, empty or short
     std::vector<tag_P2SegInfo> taken; ///< what was taken in: stretches apart from each other
     bool isListed = false;            ///< whether the list of what was taken in names it
-    SmallPicture picture;
 };
 
 /// An edit list or playlist.
@@ -47,8 +46,9 @@ struct CardContents {
     std::uint64_t volumeBytes = 0; ///< 0 when the volume does not tell
 };
 
-/// Reads all but the pictures, card by card. The scans must outlive it.
-std::vector<CardContents> ReadContents(const tool::CardScans& scans);
+/// Reads all but the pictures, card by card. The clips are the scans', which must outlive it, in
+/// the order in which they are shown.
+std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool::ClipOrder& clips);
 
 /// Whether picture, sound and metadata are all there, and the metadata can be read.
 bool IsWhole(const ClipContents& clip);

@@ -58,17 +58,25 @@ void AppendBase64(std::string_view bytes, std::string& text) {
     constexpr std::string_view kDigits =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     constexpr unsigned kMask = 0x3F;
-    std::size_t to = text.size();
-    text.resize(to + (bytes.size() + 2) / 3 * 4, '=');
-    for (std::size_t at = 0; at < bytes.size(); at += 3, to += 4) {
-        const std::size_t count = std::min<std::size_t>(3, bytes.size() - at);
-        unsigned group = 0;
+    const std::size_t start = text.size();
+    text.resize(start + (bytes.size() + 2) / 3 * 4, '=');
+    char* to = text.data() + start;
+    const auto put = [&](std::string_view group) {
+        unsigned bits = 0;
         for (std::size_t i = 0; i < 3; ++i) {
-            group = group << 8U | (i < count ? static_cast<unsigned char>(bytes[at + i]) : 0U);
+            bits = bits << 8U | (i < group.size() ? static_cast<unsigned char>(group[i]) : 0U);
         }
-        for (std::size_t i = 0; i <= count; ++i) {
-            text[to + i] = kDigits[group >> (18 - 6 * i) & kMask];
+        for (std::size_t i = 0; i <= group.size(); ++i) {
+            to[i] = kDigits[bits >> (18 - 6 * i) & kMask];
         }
+        to += 4;
+    };
+    std::size_t at = 0;
+    for (; at + 3 <= bytes.size(); at += 3) {
+        put({bytes.data() + at, 3});
+    }
+    if (at < bytes.size()) {
+        put(bytes.substr(at));
     }
 }
 
@@ -145,6 +153,15 @@ Html& Html::Foreign(std::string_view text) {
 
 Html& Html::Foreign(const CString& text) {
     return Foreign(std::string_view(BytesFromText(text)));
+}
+
+std::size_t Html::Place() {
+    Fill();
+    return m_page.size();
+}
+
+void Html::Insert(std::size_t place, Html& part) {
+    m_page.insert(place, part.Finish());
 }
 
 std::string Html::Finish() {

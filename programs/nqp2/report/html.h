@@ -62,6 +62,10 @@ public:
     /// A picture as an attribute value that holds it.
     Html& WithJpeg(Own name, std::string_view jpeg);
 
+    /// Where it has come to; puts another there, which is complete, when more has been put since.
+    std::size_t Place();
+    void Insert(std::size_t place, Html& part);
+
     /// What it has come to, complete.
     std::string Finish();
 

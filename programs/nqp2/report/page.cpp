@@ -95,20 +95,18 @@ void PutFoot(Html& html, const PageContents& page) {
 
 } // namespace
 
-std::string MakePage(const PageContents& page) {
+std::string MakePage(const PageContents& page, Pictures& pictures) {
     Html html;
     PutHead(html, page);
     html.Open("body").Open("main");
     html.Open("h1").Text(page.cards.size() == 1 ? Own("Card report") : Own("Report of cards"));
     html.Close("h1");
     PutTools(html, page);
-    if (!page.remark.empty()) {
-        html.Open("p").With("class", "remark").Foreign(page.remark).Close("p");
-    }
+    const std::size_t top = html.Place();
     for (std::size_t i = 0; i < page.cards.size(); ++i) {
         html.Open("section").With("class", "card");
         PutCardHead(html, page, i);
-        PutClips(html, page, i);
+        PutClips(html, page, i, pictures);
         PutEdits(html, page.cards[i]);
         PutSkipped(html, page.cards[i].skipped, page.cards[i].remarks);
         html.Close("section");
@@ -116,6 +114,14 @@ std::string MakePage(const PageContents& page) {
     PutTakes(html, page);
     PutSkipped(html, page.skipped, {});
     html.Close("main");
+    if (const std::string& remark = pictures.Remark(); !remark.empty()) {
+        Html line;
+        line.Open("p")
+            .With("class", "remark")
+            .Foreign("Pictures are missing: " + remark)
+            .Close("p");
+        html.Insert(top, line);
+    }
     PutFoot(html, page);
     return html.Finish();
 }

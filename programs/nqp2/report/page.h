@@ -4,6 +4,7 @@
 #pragma once
 
 #include "nqp2/report/contents.h"
+#include "nqp2/report/pictures.h"
 #include "NQP2ParserU/JoinedTakes.h"
 
 #include <string>
@@ -17,10 +18,10 @@ struct PageContents {
     CArray<JoinedTake> takes;    ///< of all cards; a segment's card counts as in `cards`
     CArray<SkippedFile> skipped; ///< what the search for cards left out
     std::string made;            ///< when, for people
-    std::string remark;          ///< what is missing on the whole page, "" for nothing
 };
 
-/// The page as one file that needs no other. It says of itself that it may load nothing.
-std::string MakePage(const PageContents& contents);
+/// The page as one file that needs no other. It says of itself that it may load nothing. Each
+/// picture is waited for in its place.
+std::string MakePage(const PageContents& contents, Pictures& pictures);
 
 } // namespace nqp2::report

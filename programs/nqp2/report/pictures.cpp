@@ -54,7 +54,9 @@ Wish WishOf(const Clip& clip) {
     return wish;
 }
 
-class Asking {
+} // namespace
+
+class Pictures::Asking {
 public:
     Asking(const std::string& worker, Pictures& pictures)
         : m_program(worker), m_pictures(pictures) {
@@ -69,7 +71,7 @@ public:
                 AskTogether({wishes.data() + at, count});
             }
             std::erase_if(wishes, [this](Wish& wish) {
-                return m_pictures.byClip[wish.clip].problem.IsEmpty() ||
+                return m_pictures.m_byClip.at(wish.clip).isFinal ||
                        ++wish.next == wish.files.size();
             });
         }
@@ -85,9 +87,7 @@ private:
         const PicturesStatus status =
             MakeSmallPictures(*m_session->operator->(), files, kBounds, made);
         if (status == PicturesStatus::Made) {
-            for (std::size_t i = 0; i < wishes.size(); ++i) {
-                Take(wishes[i].clip, std::move(made[static_cast<int>(i)]));
-            }
+            Take(wishes, [&](std::size_t i) { return std::move(made[static_cast<int>(i)]); });
         } else if (status == PicturesStatus::Refused) {
             const CString sentence = TextFromBytes(m_session->Sentence());
             SetProblem(wishes, sentence.IsEmpty() ? CString(L"The worker refused it.") : sentence);
@@ -109,17 +109,25 @@ private:
     }
 
     void SetProblem(std::span<const Wish> wishes, const CString& problem) {
-        for (const Wish& wish : wishes) {
-            Take(wish.clip, {{}, problem});
-        }
+        Take(wishes, [&](std::size_t /*i*/) { return SmallPicture{{}, problem}; });
     }
 
     /// Of several files that have no picture the first is told of: it should have had one.
-    void Take(const Clip* clip, SmallPicture picture) {
-        SmallPicture& known = m_pictures.byClip[clip];
-        if (picture.problem.IsEmpty() || known.problem.IsEmpty()) {
-            known = std::move(picture);
+    template <class PictureAt>
+    void Take(std::span<const Wish> wishes, PictureAt at) {
+        {
+            const std::lock_guard lock(m_pictures.m_mutex);
+            for (std::size_t i = 0; i < wishes.size(); ++i) {
+                Known& known = m_pictures.m_byClip.at(wishes[i].clip);
+                SmallPicture picture = at(i);
+                const bool isMade = picture.problem.IsEmpty();
+                known.isFinal = isMade || wishes[i].next + 1 == wishes[i].files.size();
+                if (isMade || known.picture.problem.IsEmpty()) {
+                    known.picture = std::move(picture);
+                }
+            }
         }
+        m_pictures.m_news.notify_one();
     }
 
     void Start() {
@@ -136,25 +144,64 @@ private:
     int m_starts = 0;
 };
 
-} // namespace
+Pictures::Pictures(const tool::ClipOrder& clips, const std::string& worker) {
+    m_byClip.reserve(clips.size());
+    for (const Clip* clip : clips) {
+        m_byClip.try_emplace(clip);
+    }
+    m_asked = std::async(std::launch::async, [this, clips, worker] {
+        try {
+            AskForAll(clips, worker);
+        } catch (...) {
+            End("", std::current_exception());
+        }
+    });
+}
 
-Pictures TakePictures(const tool::CardScans& scans, const std::string& worker) {
-    Pictures pictures;
+Pictures::~Pictures() = default;
+
+void Pictures::AskForAll(const tool::ClipOrder& clips, const std::string& worker) {
     std::vector<Wish> wishes;
-    for (const tool::CardScan& scan : scans.cards) {
-        for (const Clip& clip : scan.clips) {
-            wishes.push_back(WishOf(clip));
+    for (const Clip* clip : clips) {
+        if (Wish wish = WishOf(*clip); !wish.files.empty()) {
+            wishes.push_back(std::move(wish));
         }
     }
-    std::erase_if(wishes, [](const Wish& wish) { return wish.files.empty(); });
     try {
+        std::optional<Asking> asking;
         if (!wishes.empty()) {
-            Asking(worker, pictures).Ask(std::move(wishes));
+            asking.emplace(worker, *this).Ask(std::move(wishes));
         }
+        End(""); // nobody waits until the worker has gone
     } catch (const tool::Failure& failure) {
-        pictures.remark = failure.what();
+        End(failure.what());
     }
-    return pictures;
+}
+
+void Pictures::End(const std::string& remark, std::exception_ptr error) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_remark = remark;
+        m_error = std::move(error);
+        m_isOver = true;
+    }
+    m_news.notify_one();
+}
+
+const SmallPicture& Pictures::Of(const Clip& clip) {
+    Known& known = m_byClip.at(&clip);
+    std::unique_lock lock(m_mutex);
+    m_news.wait(lock, [&] { return known.isFinal || m_isOver; });
+    return known.picture;
+}
+
+const std::string& Pictures::Remark() {
+    std::unique_lock lock(m_mutex);
+    m_news.wait(lock, [&] { return m_isOver; });
+    if (m_error != nullptr) {
+        std::rethrow_exception(m_error);
+    }
+    return m_remark;
 }
 
 } // namespace nqp2::report

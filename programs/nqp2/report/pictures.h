@@ -3,23 +3,52 @@
 
 #pragma once
 
-#include "nqp2/card_scan.h"
+#include "nqp2/clip_table.h"
 #include "NQP2ParserU/SmallPictures.h"
 
+#include <condition_variable>
+#include <exception>
+#include <future>
+#include <mutex>
 #include <string>
 #include <unordered_map>
 
 namespace nqp2::report {
 
-/// Pictures by their clips; of a clip without one the reason, where there is one.
-struct Pictures {
-    std::unordered_map<const _tag_P2Clip*, SmallPicture> byClip;
-    std::string remark; ///< why the rest has none, "" when all were asked for
-};
+/// The pictures that the worker makes of clips: of the icon, else of a frame of the proxy or the
+/// video. They come while others read and write; who wants one waits until it is known. A file that
+/// ends the worker is left out, and the worker is started again.
+class Pictures {
+public:
+    /// Begins to ask for them, in the clips' order. The clips must outlive it.
+    Pictures(const tool::ClipOrder& clips, const std::string& worker);
+    ~Pictures();
+    Pictures(const Pictures&) = delete;
+    Pictures& operator=(const Pictures&) = delete;
 
-/// Lets the worker make a picture of each clip: of its icon, else of a frame of its proxy or its
-/// video. A file that ends the worker is left out, and the worker is started again. Throws nothing
-/// but for want of memory; may run beside other reading.
-Pictures TakePictures(const tool::CardScans& scans, const std::string& worker);
+    /// A clip's picture, or, where there is one, the reason why it has none.
+    const SmallPicture& Of(const _tag_P2Clip& clip);
+    /// Why the rest has none, "" when all were asked for. Waits until all are known; throws what
+    /// ended the asking early.
+    const std::string& Remark();
+
+private:
+    struct Known {
+        SmallPicture picture;
+        bool isFinal = false;
+    };
+    class Asking;
+
+    void AskForAll(const tool::ClipOrder& clips, const std::string& worker);
+    void End(const std::string& remark, std::exception_ptr error = nullptr);
+
+    std::unordered_map<const _tag_P2Clip*, Known> m_byClip; ///< complete before the asking begins
+    std::string m_remark;
+    std::exception_ptr m_error;
+    bool m_isOver = false;
+    std::mutex m_mutex; ///< of the entries' values and what is before it
+    std::condition_variable m_news;
+    std::future<void> m_asked; ///< the last, so that the rest outlives it
+};
 
 } // namespace nqp2::report

@@ -12,7 +12,7 @@ namespace nqp2::report {
 /// What the card is, and whether it is whole.
 void PutCardHead(Html& html, const PageContents& page, std::size_t card);
 /// The clips as rows of a table. Each is a place that links lead to.
-void PutClips(Html& html, const PageContents& page, std::size_t card);
+void PutClips(Html& html, const PageContents& page, std::size_t card, Pictures& pictures);
 std::string ClipPlace(std::size_t card, std::size_t clip);
 /// The takes of all cards as strips of their segments.
 void PutTakes(Html& html, const PageContents& page);

@@ -87,6 +87,7 @@ inline std::int64_t SeekTo(std::int64_t offset, int whence, std::uint64_t size,
 
 /// What MediaModule offers. Throws std::bad_alloc, beside the faults that it returns.
 MediaFault ReadMedia(MediaInput& input, MediaFacts& facts);
+MediaFault ReadDescription(MediaInput& input, MediaDescription& description);
 MediaFault ReadPicture(MediaInput& input, std::int32_t width, std::int32_t height,
                        Picture& picture);
 MediaFault MakeVideoMuxer(const VideoFormat& format, MediaOutput& output,

@@ -2,17 +2,12 @@
 // SPDX-License-Identifier: MIT
 
 #include "worker/av/media_source.h"
+#include "worker/av/stream_facts.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace nqp2::worker {
 namespace {
-
-std::string Tag(const AVDictionary* tags, const char* name) {
-    const AVDictionaryEntry* const entry = av_dict_get(tags, name, nullptr, 0);
-    return entry != nullptr ? entry->value : "";
-}
 
 /// The first that any part of the file has to say.
 std::string TagAnywhere(const AVFormatContext& format, const char* name) {
@@ -21,37 +16,6 @@ std::string TagAnywhere(const AVFormatContext& format, const char* name) {
         value = Tag(format.streams[i]->metadata, name);
     }
     return value;
-}
-
-std::string CodecText(const AVCodecParameters& codec) {
-    std::string text;
-    for (unsigned shift = 0; shift < 32; shift += 8) {
-        const auto ch = static_cast<unsigned char>(codec.codec_tag >> shift);
-        if (std::isalnum(ch) == 0 && ch != ' ') {
-            text = avcodec_get_name(codec.codec_id);
-            break;
-        }
-        text += static_cast<char>(ch);
-    }
-    while (text.ends_with(' ')) {
-        text.pop_back();
-    }
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char ch) { return static_cast<char>(std::toupper(ch)); });
-    return text;
-}
-
-/// DV of the standard-definition rates is interlaced unless it says otherwise.
-bool IsInterlaced(const AVCodecParameters& codec) {
-    return codec.field_order == AV_FIELD_UNKNOWN ? codec.codec_id == AV_CODEC_ID_DVVIDEO
-                                                 : codec.field_order != AV_FIELD_PROGRESSIVE;
-}
-
-/// The mean needs three frames; what shorter files tell is the rate of their time stamps. Neither
-/// is known of some.
-AVRational FrameRateOf(const AVStream& video) {
-    const AVRational mean = video.avg_frame_rate;
-    return mean.num > 0 && mean.den > 0 ? mean : video.r_frame_rate;
 }
 
 std::int64_t CountFrames(const AVFormatContext& format, const AVStream& video) {

@@ -23,8 +23,9 @@ public:
     explicit Source(MediaInput& input)
         : m_input(input), m_io(MakeIo(this, 1 << 13, Read, nullptr, Seek)) {}
 
-    /// Fails for what is none of the containers that are named.
-    MediaFault Open(const char* containers, Format& format) {
+    /// Fails for what is none of the containers that are named. `allTags`: also those whose meaning
+    /// libavformat does not know.
+    MediaFault Open(const char* containers, Format& format, bool allTags = false) {
         AVFormatContext* opened = avformat_alloc_context();
         if (opened == nullptr) {
             return AvReason(AVERROR(ENOMEM));
@@ -36,6 +37,7 @@ public:
         av_dict_set(&options, "format_whitelist", containers, 0);
         av_dict_set(&options, "probesize", "8000000", 0);
         av_dict_set(&options, "max_streams", "64", 0);
+        av_dict_set(&options, "export_all", allTags ? "1" : "0", 0);
         int result = avformat_open_input(&opened, m_input.Name().c_str(), nullptr, &options);
         av_dict_free(&options);
         if (result >= 0) {

@@ -21,6 +21,10 @@ public:
     MediaFault Describe(MediaInput& input, MediaFacts& facts) const noexcept override {
         return WithoutThrowing([&] { return ReadMedia(input, facts); });
     }
+    MediaFault DescribeAll(MediaInput& input,
+                           MediaDescription& description) const noexcept override {
+        return WithoutThrowing([&] { return ReadDescription(input, description); });
+    }
     MediaFault MakePicture(MediaInput& input, std::int32_t width, std::int32_t height,
                            Picture& picture) const noexcept override {
         return WithoutThrowing([&] { return ReadPicture(input, width, height, picture); });

@@ -1,0 +1,20 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace nqp2::tool {
+
+struct Utf8Character {
+    std::size_t length = 1; ///< bytes
+    bool isWhole = false;
+};
+
+/// The character at the start of a text that is not empty, or as much of one as is there: what is
+/// not whole is shown as one U+FFFD.
+Utf8Character FirstUtf8(std::string_view text);
+
+} // namespace nqp2::tool
