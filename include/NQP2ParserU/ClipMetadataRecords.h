@@ -76,6 +76,19 @@ struct RelationMetadata {
     SegmentReference next;
 };
 
+/// The clip's small copy, as its metadata describe it: of several sound channels the first.
+struct ProxyMetadata {
+    CString format;
+    CString videoCodec;
+    CString videoBitRate;
+    CString frameRate;
+    CString resolution;
+    CString aspectRatio;
+    CString audioCodec;
+    CString audioBitRate;
+    CString samplingRate;
+};
+
 struct ThumbnailMetadata {
     CString frameOffset;
     CString format;
@@ -111,6 +124,7 @@ struct ClipMetadata {
     NewsMetadata news;
     CArray<MemoMetadata> memos;
     RelationMetadata relation;
+    ProxyMetadata proxy;
     ThumbnailMetadata thumbnail;
     CArray<TrackMetadata> tracks;
     CArray<MetadataText> others;

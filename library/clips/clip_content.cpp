@@ -62,7 +62,7 @@ std::vector<ClipEssence> EssenceBy(std::string_view codec, const EssenceIndex& v
     return essence;
 }
 
-enum EssenceValue : std::size_t { kCodec, kVideoStart, kVideoSize };
+enum EssenceValue : std::size_t { kCodec, kVideoStart, kVideoSize, kIconFormat, kValues };
 enum AudioCell : std::size_t { kAudioStart, kAudioSize, kAudioCells };
 
 } // namespace
@@ -85,10 +85,11 @@ std::vector<ClipEssence> EssenceOf(const dom::Document& metadata) {
 
 const dom::FieldSet& EssenceFields() {
     static const dom::FieldSet fields = [] {
-        const std::array<dom::FieldSet::ValuePath, 3> values = {
+        const std::array<dom::FieldSet::ValuePath, kValues> values = {
             {{media::Below(ClipPath::Codec)},
              {media::Below(ClipPath::VideoStartByteOffset)},
-             {media::Below(ClipPath::VideoDataSize)}}};
+             {media::Below(ClipPath::VideoDataSize)},
+             {media::kIconFormatPath}}};
         const std::array<std::string_view, kAudioCells> cells = {
             media::InAudio(ClipPath::AudioStartByteOffset),
             media::InAudio(ClipPath::AudioDataSize)};
@@ -108,6 +109,16 @@ std::vector<ClipEssence> EssenceOf(const dom::FieldValues& values) {
                          };
                          return EssenceIndex{cell(kAudioStart), cell(kAudioSize)};
                      });
+}
+
+bool TellsIcon(const dom::Document& metadata) {
+    const std::string path =
+        std::string(media::kClipContentPath).append("/").append(media::kIconFormatPath);
+    return !TextAt(metadata.Content()->DocumentNode(), path).empty();
+}
+
+bool TellsIcon(const dom::FieldValues& values) {
+    return !values.values[kIconFormat].text.empty();
 }
 
 } // namespace nqp2::clips

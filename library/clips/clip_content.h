@@ -38,4 +38,8 @@ std::vector<ClipEssence> EssenceOf(const dom::Document& metadata);
 const dom::FieldSet& EssenceFields();
 std::vector<ClipEssence> EssenceOf(const dom::FieldValues& values);
 
+/// Whether the metadata describe an icon.
+bool TellsIcon(const dom::Document& metadata);
+bool TellsIcon(const dom::FieldValues& values);
+
 } // namespace nqp2::clips

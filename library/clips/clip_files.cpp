@@ -25,6 +25,13 @@ std::size_t HashOf(std::string_view text) {
     return std::hash<std::string_view>{}(text);
 }
 
+std::vector<ClipEssence> WithIcon(std::vector<ClipEssence> promises, bool hasIcon) {
+    if (hasIcon) {
+        promises.push_back({&media::kIconFiles});
+    }
+    return promises;
+}
+
 } // namespace
 
 KindFolder::KindFolder(platform::TalliedFolder& folder, const media::ClipFileKind& kind)
@@ -99,7 +106,7 @@ std::vector<ClipEssence> P2ClipFiles::PromisesOf(platform::TalliedFolder& folder
     const platform::MemoryWatch watch;
     if (folder.Read(entry, std::min(kSmallFile, MaxXmlFileSize()), m_bytes)) {
         if (m_fields.Read(m_bytes)) {
-            return EssenceOf(m_fields.Values());
+            return WithIcon(EssenceOf(m_fields.Values()), TellsIcon(m_fields.Values()));
         }
         m_document.LoadBytes(m_bytes);
     } else {
@@ -108,7 +115,7 @@ std::vector<ClipEssence> P2ClipFiles::PromisesOf(platform::TalliedFolder& folder
     watch.Require();
     std::vector<ClipEssence> essence;
     if (m_document.LastError().fault == dom::Fault::None) {
-        essence = EssenceOf(m_document);
+        essence = WithIcon(EssenceOf(m_document), TellsIcon(m_document));
     }
     m_document.Clear();
     return essence;
@@ -129,7 +136,25 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
     promises.push_back({&media::kMetadataFiles});
     for (const media::ClipFileKind& kind : media::kClipFileKinds) {
         AppendKind(clip.ClipName, name, kind, promises, files);
+        if (&kind == &media::kProxyFiles) {
+            AppendLostProxy(clip, files);
+        }
     }
+}
+
+/// One that the metadata describe and the medium has not.
+void P2ClipFiles::AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
+    const CString& extension = clip.Proxy.ProxyExt;
+    const bool isThere = std::any_of(files.begin(), files.end(), [&](const ClipFile& file) {
+        return file.role == ClipFileRole::Proxy &&
+               file.path.Right(extension.GetLength()).CompareNoCase(extension) == 0;
+    });
+    if (clip.Proxy.ProxyFormat == 0 || isThere) {
+        return;
+    }
+    const platform::Place& folder = FolderOf(media::kProxyFiles).Folder().Where();
+    files.Add({ClipFileRole::Proxy, 0, folder.PathOf(clip.ClipName + extension), 0, 0,
+               ClipFileState::Missing});
 }
 
 void P2ClipFiles::AppendKind(const CString& clip, const NameOfClip& name,

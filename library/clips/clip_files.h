@@ -71,6 +71,7 @@ private:
     std::vector<ClipEssence> PromisesOf(platform::TalliedFolder& folder, std::size_t entry);
     void AppendKind(const CString& clip, const NameOfClip& name, const media::ClipFileKind& kind,
                     const std::vector<ClipEssence>& promises, CArray<ClipFile>& files);
+    void AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& files);
 
     platform::FileTally& m_tally;
     std::array<std::optional<KindFolder>, media::kClipFileKinds.size()> m_folders;

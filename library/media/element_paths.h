@@ -144,6 +144,9 @@ inline constexpr std::string_view kProxyAudioPath =
     "ClipMetadata/Proxy/ProxyElementList/ProxyAudio";
 inline constexpr std::string_view kMemoPath = "ClipMetadata/MemoList/Memo";
 
+/// What the icon is, where there is one.
+inline constexpr std::string_view kIconFormatPath = "ClipMetadata/Thumbnail/ThumbnailFormat";
+
 enum class ClipList { Audio, ProxyAudio, Memo, Count };
 inline constexpr std::size_t kClipListCount = static_cast<std::size_t>(ClipList::Count);
 /// By ClipList.

@@ -110,7 +110,7 @@ const CArray<ClipFile>& ClipDetails::Files(Reader& reader, const _tag_P2Clip& cl
             broken.files.Add(file);
         }
     }
-    if (!broken.files.IsEmpty()) {
+    if (!IsWhole(broken.files)) {
         m_broken.push_back(std::move(broken));
     }
     return reader.files;

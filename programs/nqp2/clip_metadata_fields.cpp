@@ -52,6 +52,13 @@ constexpr Field<SegmentReference> kSegmentFields[] = {
     NQP2_FIELD(SegmentReference, globalClipID),
     NQP2_FIELD(SegmentReference, serialNo),
 };
+constexpr Field<ProxyMetadata> kProxyFields[] = {
+    NQP2_FIELD(ProxyMetadata, format),       NQP2_FIELD(ProxyMetadata, videoCodec),
+    NQP2_FIELD(ProxyMetadata, videoBitRate), NQP2_FIELD(ProxyMetadata, frameRate),
+    NQP2_FIELD(ProxyMetadata, resolution),   NQP2_FIELD(ProxyMetadata, aspectRatio),
+    NQP2_FIELD(ProxyMetadata, audioCodec),   NQP2_FIELD(ProxyMetadata, audioBitRate),
+    NQP2_FIELD(ProxyMetadata, samplingRate),
+};
 constexpr Field<ThumbnailMetadata> kThumbnailFields[] = {
     NQP2_FIELD(ThumbnailMetadata, frameOffset),
     NQP2_FIELD(ThumbnailMetadata, format),
@@ -96,6 +103,7 @@ constexpr Field<ClipMetadata> kMetadataFields[] = {
     {"news", Members<&ClipMetadata::news, kNewsFields>},
     {"memos", ListOfMembers<&ClipMetadata::memos, kTimedMemoFields>},
     {"relation", Members<&ClipMetadata::relation, kRelationFields>},
+    {"proxy", Members<&ClipMetadata::proxy, kProxyFields>},
     {"thumbnail", Members<&ClipMetadata::thumbnail, kThumbnailFields>},
     {"tracks", ListOfMembers<&ClipMetadata::tracks, kTrackFields>},
     {"others", ListOfMembers<&ClipMetadata::others, kTextFields>},

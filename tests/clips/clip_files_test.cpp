@@ -12,6 +12,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 using Texts = std::vector<std::string>;
 
 constexpr char kRoles[] = "VAMIPvo";
@@ -94,6 +95,24 @@ TEST_F(ClipFilesTest, FindsTheFilesOfOneFileFamiliesInAnyLetterCaseAndBehindLink
     EXPECT_THAT(Read(), ElementsAre("V0 AVCLIP\\0001aa.mxf 10", "I0 ICON\\0001Aa.bmp ",
                                     "M0 CLIP\\0001AA.XML "));
     EXPECT_EQ(m_isWhole, "y");
+}
+
+TEST_F(ClipFilesTest, WhatIsDescribedAndMissingIsTold) {
+    for (const auto& [name, format] :
+         std::vector<std::pair<std::string, const char*>>{{"0001AA", "MP4"}, {"0002AA", "MOV"}}) {
+        m_card.AddClip(name, {{"EssenceList/Video/Codec", "DV25_420"},
+                              {"ClipMetadata/Thumbnail/ThumbnailFormat", "BMP"},
+                              {"ClipMetadata/Proxy/ProxyFormat", format}});
+        m_card.AddFile("VIDEO/" + name + ".MXF", "x");
+    }
+    m_card.AddFile("PROXY/0001AA.SMI", "x");
+    m_card.AddFile("PROXY/0002aa.mov", "x");
+    EXPECT_THAT(Read(), UnorderedElementsAre("V0 VIDEO\\0001AA.MXF ", "I0 ICON\\0001AA.BMP-",
+                                             "P0 PROXY\\0001AA.SMI ", "P0 PROXY\\0001AA.MP4-",
+                                             "M0 CLIP\\0001AA.XML ", "V0 VIDEO\\0002AA.MXF ",
+                                             "I0 ICON\\0002AA.BMP-", "P0 PROXY\\0002aa.mov ",
+                                             "M0 CLIP\\0002AA.XML "));
+    EXPECT_EQ(m_isWhole, "yy");
 }
 
 TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {

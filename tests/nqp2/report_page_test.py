@@ -14,7 +14,7 @@ SCRIPT = "</script><script>document.title='own'</script>\"'><b onclick=x>"
 REVERSED = "\u202egpj.exe"
 HEBREW = "\u05e8\u05d0\u05d9\u05d5\u05df"
 LONG = "x" * 10_000
-SHOWN = ("Array.from(document.querySelectorAll('.clip')).filter(row => !row.hidden)"
+SHOWN = ("Array.from(document.querySelectorAll('.clip')).filter(row => row.checkVisibility())"
          ".map(row => row.querySelector('b').textContent)")
 WIDTHS = (400, 800, 1400)
 
@@ -73,6 +73,11 @@ class PageTest(CardTest):
             self.click_head(head)
             self.assertEqual(self.shown(), [every[place] for place in order], head)
         self.browser.run("document.getElementById('view').click()")
+        self.choose("state", "taken")  # as pictures too
+        self.assertEqual(self.shown(), every[2:])
+        self.choose("state", "")
+        self.click_head("Length")
+        self.assertEqual(self.shown(), [every[1], every[0], every[2]])
         self.assert_silent()
 
     def test_names_of_strangers_are_shown_and_nothing_more(self):

@@ -125,7 +125,7 @@ std::vector<std::string> Lacks(const PageContents& page, std::size_t index) {
             lacks.push_back(Counted(count, what) + std::string(rest));
         }
     };
-    add(broken, "clip", " with files missing");
+    add(broken, "clip", " incomplete");
     add(IncompleteTakes(page, index), "take", " incomplete");
     add(tool::CountOfLosses(card.skipped), "file", " skipped");
     return lacks;
@@ -154,6 +154,21 @@ void PutState(Html& html, const std::vector<std::string>& lacks) {
     html.Close("p");
 }
 
+/// That of the folder which people have named: a card may lie in folders that are called the same
+/// on all of its kind.
+std::string NameOf(std::filesystem::path folder) {
+    static constexpr std::string_view kOfEveryCard[] = {"PRIVATE", "AVCHD", "BDMV"};
+    const auto isOfEveryCard = [&](std::string_view name) {
+        return CString(TextFromBytes(folder.filename().native()))
+                   .CompareNoCase(TextFromBytes(name)) == 0;
+    };
+    while (folder.has_relative_path() && folder.parent_path().has_relative_path() &&
+           std::any_of(std::begin(kOfEveryCard), std::end(kOfEveryCard), isOfEveryCard)) {
+        folder = folder.parent_path();
+    }
+    return folder.filename().native();
+}
+
 std::string SpaceText(const CardContents& card) {
     return card.volumeBytes == 0
                ? ""
@@ -174,7 +189,7 @@ void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
     const std::filesystem::path whole =
         std::filesystem::absolute(std::filesystem::path(folder) / "", error).lexically_normal();
     html.Open("header").With("class", "card-head");
-    html.Open("h2").Foreign(whole.parent_path().filename().native()).Close("h2");
+    html.Open("h2").Foreign(NameOf(whole.parent_path())).Close("h2");
     PutState(html, Lacks(page, index));
     html.Open("dl");
     const CString serial = scan.card.Found() ? scan.card.Found()->serialNo : CString();

@@ -252,7 +252,8 @@ private:
             m_html.Element("span", "good", Own("whole"));
         }
         for (const ClipFile& file : m_contents.lacking) {
-            m_html.Open("span").With("class", "bad").WithText("title", BytesFromText(file.path));
+            m_html.Open("span").With("class", IsWhole(m_contents) ? Own("aside") : Own("bad"));
+            m_html.WithText("title", BytesFromText(file.path));
             m_html.Shown(LackText(file)).Close("span");
         }
         if (!m_contents.unread.empty()) {

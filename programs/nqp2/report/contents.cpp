@@ -172,7 +172,11 @@ std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool:
 }
 
 bool IsWhole(const ClipContents& clip) {
-    return clip.lacking.empty() && clip.unread.empty();
+    CArray<ClipFile> lacking;
+    for (const ClipFile& file : clip.lacking) {
+        lacking.Add(file);
+    }
+    return nqp2::IsWhole(lacking) && clip.unread.empty();
 }
 
 std::int64_t FramesTaken(const ClipContents& clip) {

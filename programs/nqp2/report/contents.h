@@ -50,7 +50,7 @@ struct CardContents {
 /// the order in which they are shown.
 std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool::ClipOrder& clips);
 
-/// Whether all is there that the clip's metadata promise.
+/// Whether picture, sound and metadata are all there, and the metadata can be read.
 bool IsWhole(const ClipContents& clip);
 /// Frames of the clip that were taken in.
 std::int64_t FramesTaken(const ClipContents& clip);

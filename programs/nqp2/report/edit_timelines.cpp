@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -70,20 +71,37 @@ Block GapBlock(std::int64_t start, std::int64_t end) {
     return {start, end - start, "piece gap", "gap", length, "gap of " + length, ""};
 }
 
-std::vector<Block> PictureBlocks(const std::vector<Placed>& events) {
+/// In upper case.
+std::set<CString> NamesOfClips(const CardContents& card) {
+    std::set<CString> names;
+    for (const ClipContents& clip : card.clips) {
+        names.insert(CString(clip.clip->ClipName).MakeUpper());
+    }
+    return names;
+}
+
+Block EventBlock(const Placed& placed, bool isHere) {
+    const Event& event = *placed.event;
+    const std::string name = BytesFromText(event.ClipName);
+    const std::string length = tool::LengthText(event.Duration, *placed.rate);
+    return {placed.start,
+            placed.length,
+            isHere ? Own("piece") : Own("piece missing"),
+            name,
+            isHere ? length : length + ", not on this card",
+            fmt::format("{}, from its frame {}, {} frames", name, event.SourceIn, event.Duration),
+            ""};
+}
+
+std::vector<Block> PictureBlocks(const std::vector<Placed>& events, const std::set<CString>& here) {
     std::vector<Block> blocks;
     std::int64_t end = 0;
     for (const Placed& placed : events) {
         if (placed.start > end) {
             blocks.push_back(GapBlock(end, placed.start));
         }
-        const Event& event = *placed.event;
-        const std::string name = BytesFromText(event.ClipName);
-        blocks.push_back(
-            {placed.start, placed.length, "piece", name,
-             tool::LengthText(event.Duration, *placed.rate),
-             fmt::format("{}, from its frame {}, {} frames", name, event.SourceIn, event.Duration),
-             ""});
+        const CString name = CString(placed.event->ClipName).MakeUpper();
+        blocks.push_back(EventBlock(placed, here.count(name) != 0));
         end = std::max(end, placed.start + placed.length);
     }
     return blocks;
@@ -120,7 +138,7 @@ void PutRow(Html& html, std::string_view name, std::int64_t length,
     html.Close("div");
 }
 
-void PutEdit(Html& html, const EditContents& contents) {
+void PutEdit(Html& html, const EditContents& contents, const std::set<CString>& here) {
     const tag_P2EDL& edit = contents.edit;
     const std::vector<Placed> events = PlacedEvents(contents);
     const std::int64_t length = EndOf(events);
@@ -130,7 +148,7 @@ void PutEdit(Html& html, const EditContents& contents) {
                     tool::LengthText(edit.Duration, edit.FrameRate), BytesFromText(edit.Codec),
                     BytesFromText(edit.FrameRate)));
     html.Close("small").Close("h4");
-    PutRow(html, "V", length, PictureBlocks(events), "picture-track");
+    PutRow(html, "V", length, PictureBlocks(events, here), "picture-track");
     for (int output = 0; output < kMostChannels; ++output) {
         const std::vector<Block> blocks = SoundBlocks(events, output, contents.isPlaylist);
         if (!blocks.empty()) {
@@ -151,8 +169,9 @@ void PutEdits(Html& html, const CardContents& card) {
     }
     html.Open("section").With("class", "edits").Open("h3");
     html.Text(card.edits.front().isPlaylist ? Own("Playlists") : Own("Edit lists")).Close("h3");
+    const std::set<CString> here = NamesOfClips(card);
     for (const EditContents& edit : card.edits) {
-        PutEdit(html, edit);
+        PutEdit(html, edit, here);
     }
     html.Close("section");
 }

@@ -72,7 +72,7 @@ void PutTools(Html& html, const PageContents& page) {
     html.Close("select").Open("select").With("id", "state").With("aria-label", "State");
     PutChoice(html, "", "Every state");
     PutChoice(html, "whole", "Whole");
-    PutChoice(html, "broken", "Files missing");
+    PutChoice(html, "broken", "Not whole");
     PutChoice(html, "taken", "Taken in");
     PutChoice(html, "partly", "Partly taken in");
     PutChoice(html, "untaken", "Not taken in");

@@ -66,6 +66,7 @@
     const pictures = document.body.classList.toggle("as-pictures");
     view.setAttribute("aria-pressed", String(pictures));
   });
+  document.body.classList.add("sortable");
   tools.hidden = false;
   filter();
 })();
