@@ -84,7 +84,7 @@ bool FileTally::Rest(std::vector<RestFile>& files) {
     return isWhole;
 }
 
-/// Links, and what has gone meanwhile, have nothing to tell; folders that cannot be read would have.
+/// Links, and what has gone meanwhile, have nothing to tell; a folder that cannot be read has.
 bool FileTally::AddRest(const Step& step, std::vector<Step>& steps, std::vector<RestFile>& files) {
     std::unique_ptr<platform::Folder> opened;
     const IoStatus status = step.above == nullptr ? Files().OpenFolder(step.onDisk, opened)
