@@ -28,7 +28,8 @@ public:
     bool Read(const _tag_P2Clip& clip, CArray<ClipFile>& files) noexcept;
 
     /// The files of the card that no Read has given, sorted by path; links are not followed. False
-    /// when memory is short, or there is more than is looked at: `files` has what was found.
+    /// when memory is short, a folder cannot be read, or there is more than is looked at: `files`
+    /// has what was found.
     bool LooseFiles(CArray<LooseFile>& files) noexcept;
 
 private:

@@ -84,20 +84,20 @@ bool FileTally::Rest(std::vector<RestFile>& files) {
     return isWhole;
 }
 
-/// What cannot be opened, as a link cannot, has nothing to tell.
+/// Links, and what has gone meanwhile, have nothing to tell; a folder that cannot be read has.
 bool FileTally::AddRest(const Step& step, std::vector<Step>& steps, std::vector<RestFile>& files) {
     std::unique_ptr<platform::Folder> opened;
     const IoStatus status = step.above == nullptr ? Files().OpenFolder(step.onDisk, opened)
                                                   : step.above->OpenFolder(step.name, opened);
     if (!status) {
-        return true;
+        return status.error == IoError::IsLink || status.error == IoError::NotFound;
     }
     const std::shared_ptr<platform::Folder> folder = std::move(opened);
     const auto tallied = m_folders.find(step.onDisk);
     std::vector<FolderEntry> listed;
     bool isWhole = true;
     if (tallied == m_folders.end()) {
-        isWhole = folder->List(listed).error != IoError::TooLarge;
+        isWhole = static_cast<bool>(folder->List(listed));
     }
     const std::vector<FolderEntry>& entries =
         tallied == m_folders.end() ? listed : tallied->second.Entries();

@@ -69,7 +69,8 @@ public:
     TalliedFolder& Folder(const Place& place);
 
     /// Appends the files below the root that were not counted, in no order. No link is followed,
-    /// no name with a backslash told. False when there is more than is looked at.
+    /// no name with a backslash told. False when a folder cannot be read, or
+    /// there is more than is looked at.
     bool Rest(std::vector<RestFile>& files);
 
 private:

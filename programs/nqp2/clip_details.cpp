@@ -135,7 +135,10 @@ CArray<LooseFile> ClipDetails::OtherFiles(const ClipOrder& clips) {
     for (const std::unique_ptr<Reader>& reader : m_readers) {
         CArray<LooseFile> files;
         if (!reader->fileReader.LooseFiles(files)) {
-            throw std::bad_alloc();
+            ++m_unread;
+            m_console.Message(
+                fmt::format("nqp2: {}: not all folders were looked into for other files",
+                            reader->card.card.Folder()));
         }
         all.Append(files);
     }

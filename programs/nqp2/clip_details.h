@@ -48,7 +48,7 @@ public:
     const std::vector<BrokenClip>& Broken(const ClipOrder& clips);
     /// The files of all cards that are no clip's, once the clips have been asked for.
     CArray<LooseFile> OtherFiles(const ClipOrder& clips);
-    /// How many clips have metadata that could not be read; each was told.
+    /// How many clips have metadata, and cards folders, that could not be read; each was told.
     [[nodiscard]] std::int64_t CountOfUnread() const { return m_unread; }
     [[nodiscard]] const CArray<JoinedTake>& Takes() const { return m_takes; }
 

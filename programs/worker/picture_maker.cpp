@@ -74,8 +74,8 @@ PictureMaker::PictureMaker(const SIZE& bounds, std::function<bool()> goesOn)
 /// What cards have thousands of is encoded as it lies in the file: loading the media module takes
 /// longer than a card full of these. Everything else is the module's.
 bool PictureMaker::IsPlainBitmap(const std::string& bytes, const SIZE& bounds, Pixels& pixels) {
-    constexpr std::size_t kHeadSize = 54;
-    if (bytes.size() < kHeadSize || !bytes.starts_with("BM")) {
+    constexpr std::size_t kShortestBitmap = 54;
+    if (bytes.size() < kShortestBitmap || !bytes.starts_with("BM")) {
         return false;
     }
     const std::int64_t start = NumberAt(bytes, 10);
@@ -83,7 +83,7 @@ bool PictureMaker::IsPlainBitmap(const std::string& bytes, const SIZE& bounds, P
     const int bits = NumberAt(bytes, 28) & 0xFFFF;
     pixels.width = NumberAt(bytes, 18);
     const bool isPlain = NumberAt(bytes, 14) >= 40 && NumberAt(bytes, 30) == 0 &&
-                         (bits == 24 || bits == 32) && start >= std::int64_t{kHeadSize};
+                         (bits == 24 || bits == 32) && start >= std::int64_t{kShortestBitmap};
     if (!isPlain || pixels.width < 1 || pixels.width > bounds.cx || height == 0 ||
         std::abs(height) > bounds.cy) {
         return false;

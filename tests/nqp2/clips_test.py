@@ -104,6 +104,12 @@ class ClipsTest(ShownCardTest):
             trace = traced(["-e", "trace=file"], ["clips", self.card.path, *options]).stderr
             self.assertEqual(b"CONTENTS/VOICE" in trace, looks, options)
 
+    def test_folders_that_are_not_looked_into_are_told(self):
+        (self.card.path / Path(*["deep"] * 70)).mkdir(parents=True)
+        result = run("clips", self.card.path, "--files", "--jsonl", "--strict")
+        self.assertEqual(result.returncode, 4)
+        self.assertIn("not all folders were looked into for other files", result.stderr)
+
     def test_json_gives_every_field_in_declaration_order(self):
         shown = run("clips", self.card.path, "--json").stdout
         self.assert_golden("clips.json", shown)
