@@ -52,7 +52,7 @@ constexpr Field<SegmentReference> kSegmentFields[] = {
     NQP2_FIELD(SegmentReference, globalClipID),
     NQP2_FIELD(SegmentReference, serialNo),
 };
-constexpr Field<ProxyMetadata> kProxyFields[] = {
+constexpr Field<ProxyMetadata> kToldProxyFields[] = {
     NQP2_FIELD(ProxyMetadata, format),       NQP2_FIELD(ProxyMetadata, videoCodec),
     NQP2_FIELD(ProxyMetadata, videoBitRate), NQP2_FIELD(ProxyMetadata, frameRate),
     NQP2_FIELD(ProxyMetadata, resolution),   NQP2_FIELD(ProxyMetadata, aspectRatio),
@@ -103,7 +103,7 @@ constexpr Field<ClipMetadata> kMetadataFields[] = {
     {"news", Members<&ClipMetadata::news, kNewsFields>},
     {"memos", ListOfMembers<&ClipMetadata::memos, kTimedMemoFields>},
     {"relation", Members<&ClipMetadata::relation, kRelationFields>},
-    {"proxy", Members<&ClipMetadata::proxy, kProxyFields>},
+    {"proxy", Members<&ClipMetadata::proxy, kToldProxyFields>},
     {"thumbnail", Members<&ClipMetadata::thumbnail, kThumbnailFields>},
     {"tracks", ListOfMembers<&ClipMetadata::tracks, kTrackFields>},
     {"others", ListOfMembers<&ClipMetadata::others, kTextFields>},

@@ -12,10 +12,6 @@
 namespace nqp2::tool {
 namespace {
 
-unsigned char ByteAt(std::string_view text, std::size_t index) {
-    return static_cast<unsigned char>(text[index]);
-}
-
 void PutCode(OutputText& out, unsigned char code) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     out.Put("\\u00", kDigits[code >> 4U], kDigits[code & 0xFU]);

@@ -9,10 +9,6 @@
 namespace nqp2::tool {
 namespace {
 
-unsigned char ByteAt(std::string_view text, std::size_t index) {
-    return static_cast<unsigned char>(text[index]);
-}
-
 /// Characters of several bytes by their first byte; after the second come 80 to BF.
 struct Lead {
     unsigned char first, last;

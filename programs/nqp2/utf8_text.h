@@ -8,6 +8,10 @@
 
 namespace nqp2::tool {
 
+inline unsigned char ByteAt(std::string_view text, std::size_t index) {
+    return static_cast<unsigned char>(text[index]);
+}
+
 struct Utf8Character {
     std::size_t length = 1; ///< bytes
     bool isWhole = false;
