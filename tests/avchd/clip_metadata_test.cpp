@@ -4,7 +4,7 @@
 #include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/ClipMetadata.h"
 #include "NQP2ParserU/PathText.h"
-#include "platform/unicode.h"
+#include "NQP2ParserU/TextBytes.h"
 #include "tests/avchd/avchd_bytes.h"
 #include "tests/support/temp_folder.h"
 
@@ -16,10 +16,6 @@ namespace {
 
 using testing::ElementsAre;
 using Texts = std::vector<std::string>;
-
-std::string Utf8(const CString& text) {
-    return platform::Utf8FromText(text.View());
-}
 
 class AvchdMetadataTest : public testing::Test {
 protected:
@@ -39,7 +35,7 @@ protected:
     Texts Memos() const {
         Texts memos;
         for (const MemoMetadata& each : m_metadata.memos) {
-            memos.push_back(std::to_string(each.offset) + " " + Utf8(each.text));
+            memos.push_back(std::to_string(each.offset) + " " + BytesFromText(each.text));
         }
         return memos;
     }
@@ -54,13 +50,14 @@ TEST_F(AvchdMetadataTest, ClipInformationTellsTracksAndMaker) {
     ASSERT_EQ(Read(L"00001"), MetadataStatus::Read);
     Texts tracks;
     for (const TrackMetadata& each : m_metadata.tracks) {
-        tracks.push_back(Utf8(each.kind) + "|" + Utf8(each.codec) + "|" + Utf8(each.language) +
-                         "|" + Utf8(each.format));
+        tracks.push_back(BytesFromText(each.kind) + "|" + BytesFromText(each.codec) + "|" +
+                         BytesFromText(each.language) + "|" + BytesFromText(each.format));
     }
     EXPECT_THAT(tracks,
                 ElementsAre("video|H.264||1920x1080 50i", "audio|LPCM|und|2 channels, 48 kHz",
                             "audio|LPCM|und|6 channels, 48 kHz", "audio|LPCM|und|48 kHz"));
-    EXPECT_EQ(Utf8(m_metadata.device.manufacturer + m_metadata.device.modelName), "Sony0x3001");
+    EXPECT_EQ(BytesFromText(m_metadata.device.manufacturer + m_metadata.device.modelName),
+              "Sony0x3001");
     EXPECT_EQ(Read(L"00002"), MetadataStatus::NoFile);
     m_folder.Write("AVCHD/BDMV/CLIPINF/00002.CPI", "HDMV");
     EXPECT_EQ(Read(L"00002"), MetadataStatus::Unreadable);
@@ -83,7 +80,7 @@ TEST_F(AvchdMetadataTest, MarksAreMemosAtTheFramesOfTheClipThatTheyFallIn) {
     AddPlaylist("00001", spec);
     ASSERT_EQ(Read(L"00001"), MetadataStatus::Read);
     EXPECT_THAT(Memos(), ElementsAre("0 first", "1 second", "7 behind"));
-    EXPECT_EQ(Utf8(m_metadata.shoot.startDate), "2011-01-28T13:45:07+02:00");
+    EXPECT_EQ(BytesFromText(m_metadata.shoot.startDate), "2011-01-28T13:45:07+02:00");
 }
 
 /// What no playlist tells is in the first picture's packs; a mark counts before them.
@@ -107,8 +104,9 @@ TEST_F(AvchdMetadataTest, StreamsTellDateZoneAndMaker) {
         spec.marks = {{.time = row.hasMark ? 38700U : 38701U, .zone = 0x04}};
         AddPlaylist("00000", spec);
         ASSERT_EQ(Read(L"00001"), MetadataStatus::Read);
-        EXPECT_EQ(Utf8(m_metadata.shoot.startDate), row.date);
-        EXPECT_EQ(Utf8(m_metadata.device.manufacturer + m_metadata.device.modelName), "Sony0x2001");
+        EXPECT_EQ(BytesFromText(m_metadata.shoot.startDate), row.date);
+        EXPECT_EQ(BytesFromText(m_metadata.device.manufacturer + m_metadata.device.modelName),
+                  "Sony0x2001");
     }
 }
 
