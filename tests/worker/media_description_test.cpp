@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "tests/support/print_text.h"
+#include "tests/worker/media_bytes.h"
 #include "tests/worker/transfer_fixture.h"
 #include "worker/card_requests.h"
 #include "worker/media_file.h"
@@ -15,29 +16,22 @@ namespace {
 
 using testing::HasSubstr;
 
-const std::function<bool()> kGoesOn = [] { return true; };
-
-std::string Number(std::uint64_t value, std::size_t width = 4) {
-    std::string bytes;
-    for (std::size_t i = 0; i < width; ++i) {
-        bytes += static_cast<char>(value >> (8 * i));
-    }
-    return bytes;
-}
-
 std::string Chunk(const std::string& name, const std::string& data) {
-    return name + Number(data.size()) + data + std::string(data.size() % 2, '\0');
+    return name + LittleEndian(data.size()) + data + std::string(data.size() % 2, '\0');
 }
 
 /// A camera file of 16 x 16 pixels without pictures, and these tags.
 std::string Avi(const std::string& tags) {
     const std::string none(8, '\0');
-    const std::string main = Number(40000) + none + Number(0x10) + none + Number(1) + Number(0) +
-                             Number(16) + Number(16) + none + none;
-    const std::string stream = "vidsMJPG" + none + none.substr(4) + Number(1) + Number(25) + none +
-                               none + none + Number(0) + Number(16, 2) + Number(16, 2);
-    const std::string picture = Number(40) + Number(16) + Number(16) + Number(1, 2) +
-                                Number(24, 2) + "MJPG" + none + none + none.substr(4);
+    const std::string main = LittleEndian(40000) + none + LittleEndian(0x10) + none +
+                             LittleEndian(1) + LittleEndian(0) + LittleEndian(16) +
+                             LittleEndian(16) + none + none;
+    const std::string stream = "vidsMJPG" + none + none.substr(4) + LittleEndian(1) +
+                               LittleEndian(25) + none + none + none + LittleEndian(0) +
+                               LittleEndian(16, 2) + LittleEndian(16, 2);
+    const std::string picture = LittleEndian(40) + LittleEndian(16) + LittleEndian(16) +
+                                LittleEndian(1, 2) + LittleEndian(24, 2) + "MJPG" + none + none +
+                                none.substr(4);
     return Chunk("RIFF", "AVI " +
                              Chunk("LIST", "hdrl" + Chunk("avih", main) +
                                                Chunk("LIST", "strl" + Chunk("strh", stream) +

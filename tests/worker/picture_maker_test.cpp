@@ -4,6 +4,7 @@
 #include "worker/picture_maker.h"
 
 #include "NQP2ParserU/PathText.h"
+#include "tests/worker/media_bytes.h"
 #include "tests/worker/transfer_fixture.h"
 #include "worker/bounded_file.h"
 
@@ -18,24 +19,15 @@ namespace {
 using testing::HasSubstr;
 
 constexpr SIZE kBounds = {160, 120};
-const std::function<bool()> kGoesOn = [] { return true; };
-
-std::string Number(std::int64_t value, std::size_t width) {
-    std::string bytes;
-    for (std::size_t i = 0; i < width; ++i) {
-        bytes += static_cast<char>(value >> (8 * i));
-    }
-    return bytes;
-}
 
 /// Red above, blue below. A negative height has the top row first in the file.
 std::string Bitmap(std::int32_t width, std::int32_t height, int bits = 24) {
     const std::string red = bits == 24 ? std::string("\0\0\xFF", 3) : std::string("\0\0\xFF\0", 4);
     const std::string blue = bits == 24 ? std::string("\xFF\0\0", 3) : std::string("\xFF\0\0\0", 4);
     const std::int32_t size = 54 + (width * bits / 8 + 3) / 4 * 4 * std::abs(height);
-    std::string bytes = "BM" + Number(size, 4) + Number(0, 4) + Number(54, 4) + Number(40, 4) +
-                        Number(width, 4) + Number(height, 4) + Number(1, 2) + Number(bits, 2) +
-                        Number(0, 24);
+    std::string bytes = "BM" + LittleEndian(size, 4) + LittleEndian(0, 4) + LittleEndian(54, 4) +
+                        LittleEndian(40, 4) + LittleEndian(width, 4) + LittleEndian(height, 4) +
+                        LittleEndian(1, 2) + LittleEndian(bits, 2) + LittleEndian(0, 24);
     const std::int32_t rows = std::abs(height);
     for (std::int32_t row = 0; row < rows; ++row) {
         const bool isTop = height < 0 ? row < rows / 2 : row >= rows / 2;
@@ -105,15 +97,16 @@ TEST_F(PictureMakerTest, WhatIsNoPictureFailsInBoundedTime) {
         "no picture",
         Bitmap(80, 60).substr(0, 53),
         Bitmap(0, 0),
-        Bitmap(1, 1).replace(18, 8, Number(65535, 4) + Number(65535, 4)),
-        Bitmap(1, 1).replace(18, 8, Number(INT32_MAX, 4) + Number(INT32_MIN, 4)),
-        Bitmap(80, 60).replace(10, 4, Number(UINT32_MAX, 4)),
+        Bitmap(1, 1).replace(18, 8, LittleEndian(65535, 4) + LittleEndian(65535, 4)),
+        Bitmap(1, 1).replace(18, 8, LittleEndian(INT32_MAX, 4) + LittleEndian(INT32_MIN, 4)),
+        Bitmap(80, 60).replace(10, 4, LittleEndian(UINT32_MAX, 4)),
         "\x89PNG\r\n\x1A\n" + std::string(1000, '\xFF'),
-        "\x89PNG\r\n\x1A\n" + Number(13 << 24, 4) + "IHDR" + std::string(8, '\x7F') + "\x08\x02",
+        "\x89PNG\r\n\x1A\n" + LittleEndian(13 << 24, 4) + "IHDR" + std::string(8, '\x7F') +
+            "\x08\x02",
         jpeg.substr(0, 40),
         "\xFF\xD8\xFF" + std::string(100'000, '\xFF'),
         std::string(4, '\0') + "ftypqt  " + std::string(100'000, '\xFF'),
-        "RIFF" + Number(-1, 4) + "AVI LIST" + std::string(100'000, '\x7F'),
+        "RIFF" + LittleEndian(-1, 4) + "AVI LIST" + std::string(100'000, '\x7F'),
     };
     for (const std::string& bytes : cases) {
         const auto start = std::chrono::steady_clock::now();
