@@ -198,7 +198,7 @@ Status RunClips(Console& console, const ClipsOptions& options) {
     reading.metadata = reading.metadata || options.metadata;
     reading.files = reading.files || options.AskForFiles();
     MediaDescriber describer(console, options.scan.worker);
-    ClipDetails& details = *new ClipDetails(console, scans, reading, describer);
+    static ClipDetails& details = *new ClipDetails(console, scans, reading, describer);
     const ClipOrder clips = OrderedClips(scans, options.sort);
     const ClipListing listing = {scans,         clips,         details, scanned.areSeveral,
                                  options.files, options.report};
