@@ -3,7 +3,9 @@
 
 #include "worker/av/media_source.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -149,7 +151,7 @@ std::pair<int, int> ShownSize(const AVFrame& frame, std::int32_t width, std::int
     const double tall = frame.height;
     const double scale = std::min({1.0, width / wide, height / tall});
     const auto side = [scale](double full, std::int32_t bound) {
-        return std::clamp(static_cast<int>(full * scale + 0.5), 1, bound);
+        return std::clamp(static_cast<int>(std::lround(full * scale)), 1, bound);
     };
     return {side(wide, width), side(tall, height)};
 }
