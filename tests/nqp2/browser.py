@@ -7,6 +7,7 @@ import fcntl
 import json
 import os
 import select
+import signal
 import shutil
 import subprocess
 import tempfile
@@ -39,7 +40,8 @@ class Browser:
     """One page, and everything that it asked for or complained about."""
 
     def __init__(self):
-        self.folder = tempfile.TemporaryDirectory()
+        # Helpers of a killed browser may still write into it while it is taken away.
+        self.folder = tempfile.TemporaryDirectory(ignore_cleanup_errors=True)
         (commands, self.to_browser), (self.from_browser, answers) = high_pipe(), high_pipe()
 
         def connect():
@@ -50,7 +52,7 @@ class Browser:
             [program(), "--headless", "--no-sandbox", "--disable-gpu", "--hide-scrollbars",
              "--remote-debugging-pipe", f"--user-data-dir={self.folder.name}"],
             preexec_fn=connect, pass_fds=(3, 4), stdout=subprocess.DEVNULL,
-            stderr=subprocess.DEVNULL)
+            stderr=subprocess.DEVNULL, start_new_session=True)
         os.close(commands)
         os.close(answers)
         self.events, self.bytes, self.last, self.session = [], b"", 0, None
@@ -63,7 +65,7 @@ class Browser:
     def close(self):
         for end in (self.to_browser, self.from_browser):
             os.close(end)
-        self.process.kill()
+        os.killpg(self.process.pid, signal.SIGKILL)
         self.process.wait()
         self.folder.cleanup()
 
