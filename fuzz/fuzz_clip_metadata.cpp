@@ -60,13 +60,10 @@ void Check(std::string_view bytes, clips::MetadataEvents& events) {
 
 void TestInput(Input input) {
     clips::MetadataEvents events;
-    std::string_view rest = AsText(input);
-    while (!rest.empty()) {
-        const std::string_view bytes = rest.substr(0, rest.find('\0'));
-        rest.remove_prefix(std::min(rest.size(), bytes.size() + 1));
+    ForEachDocument(input, [&](std::string_view bytes) {
         Check(bytes, events);
         Check(bytes, events); // all of it is known
-    }
+    });
 }
 
 } // namespace nqp2::fuzz

@@ -10,7 +10,6 @@
 #include "xml/dom/document.h"
 #include "xml/dom/field_reader.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace nqp2::fuzz {
@@ -59,13 +58,10 @@ void Check(std::string_view bytes, dom::FieldReader& reader) {
 
 void TestInput(Input input) {
     dom::FieldReader reader(clips::ClipFields());
-    std::string_view rest = AsText(input);
-    while (!rest.empty()) {
-        const std::string_view bytes = rest.substr(0, rest.find('\0'));
-        rest.remove_prefix(std::min(rest.size(), bytes.size() + 1));
+    ForEachDocument(input, [&](std::string_view bytes) {
         Check(bytes, reader);
         Check(bytes, reader); // all of it is known
-    }
+    });
 }
 
 } // namespace nqp2::fuzz

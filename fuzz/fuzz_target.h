@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -22,6 +23,16 @@ void TestInput(Input input);
 
 inline std::string_view AsText(Input input) {
     return {reinterpret_cast<const char*>(input.data()), input.size()};
+}
+
+/// Hands out the documents of an input, which has a zero byte between two of them.
+template <class Take>
+void ForEachDocument(Input input, const Take& take) {
+    for (std::string_view rest = AsText(input); !rest.empty();) {
+        const std::string_view document = rest.substr(0, rest.find('\0'));
+        rest.remove_prefix(std::min(rest.size(), document.size() + 1));
+        take(document);
+    }
 }
 
 /// Ends the program, so that the fuzzer keeps the input, when a promise is broken.

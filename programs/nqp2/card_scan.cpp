@@ -125,6 +125,11 @@ void Label(std::vector<CardScan>& cards) {
 
 } // namespace
 
+ClipZones CardScan::ZonesOf(const _tag_P2Clip& clip) const {
+    const auto index = &clip - clips.GetData();
+    return index < report.zones.GetSize() ? report.zones[index] : ClipZones();
+}
+
 const CardScan& CardScans::CardOf(const _tag_P2Clip& clip) const {
     const std::less<> before;
     return *std::find_if(cards.begin(), cards.end(), [&](const CardScan& scan) {

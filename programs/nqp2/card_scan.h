@@ -36,6 +36,9 @@ struct CardScan {
     /// What tells it from the other cards: its serial number where it alone has that, else its
     /// folder.
     std::string label;
+
+    /// Of a clip of its own.
+    [[nodiscard]] ClipZones ZonesOf(const _tag_P2Clip& clip) const;
 };
 
 /// All cards that were asked for, each once.

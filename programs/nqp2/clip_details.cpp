@@ -61,10 +61,8 @@ ClipDetails::Reader& ClipDetails::ReaderOf(const _tag_P2Clip& clip) {
 
 ShownClip ClipDetails::Of(const _tag_P2Clip& clip) {
     Reader& reader = ReaderOf(clip);
-    const CArray<ClipZones>& zones = reader.card.report.zones;
-    const std::int64_t index = &clip - &reader.card.clips[0];
     ShownClip shown = {clip, reader.folder, reader.card.label};
-    shown.zones = index < zones.GetSize() ? zones[index] : ClipZones();
+    shown.zones = reader.card.ZonesOf(clip);
     if (!m_places.empty()) {
         const auto place = m_places.find(&clip);
         shown.take = place == m_places.end() ? nullptr : &place->second;

@@ -4,7 +4,7 @@
 #include "nqp2/report/contents.h"
 
 #include "nqp2/scan_report_output.h"
-#include "NQP2ParserU/ClipTimes.h"
+#include "nqp2/shown_clip.h"
 #include "NQP2ParserU/IngestList.h"
 #include "NQP2ParserU/ReadyParser.h"
 #include "NQP2ParserU/TextBytes.h"
@@ -96,7 +96,10 @@ public:
     void Read(ClipContents& contents) {
         const _tag_P2Clip& clip = *contents.clip;
         ReadMetadata(clip, contents);
-        contents.start = BytesFromText(StartOf(clip, contents.metadata));
+        tool::ShownClip shown = {clip, {}, {}};
+        shown.zones = m_scan.ZonesOf(clip);
+        shown.metadata = &contents.metadata;
+        contents.start = BytesFromText(StartOf(shown));
         const auto taken = m_taken.find(CString(clip.ClipName).MakeUpper());
         contents.isListed = taken != m_taken.end();
         if (contents.isListed) {
@@ -113,15 +116,6 @@ private:
         contents.metadata.others.RemoveAll(); // many, and not shown
     }
 
-    [[nodiscard]] CString StartOf(const _tag_P2Clip& clip, const ClipMetadata& metadata) const {
-        const CString told = IsoDate(metadata.shoot.startDate);
-        const auto index = &clip - m_scan.clips.GetData();
-        const bool hasZone = index < m_scan.report.zones.GetSize();
-        return !told.IsEmpty() ? told
-               : hasZone       ? IsoDate(clip.StartDate, m_scan.report.zones[index].start)
-                               : IsoDate(clip.StartDate);
-    }
-
     const tool::CardScan& m_scan;
     std::map<CString, Segments> m_taken;
     ClipMetadataReader m_metadata;
@@ -135,7 +129,7 @@ void ReadFiles(CardContents& card) {
         for (const ClipFile& file : files) {
             card.bytes += file.size;
             if (file.state != ClipFileState::Present) {
-                clip.lacking.push_back(file);
+                clip.lacking.Add(file);
             }
         }
     }
@@ -163,20 +157,17 @@ std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool:
         const auto card = static_cast<std::size_t>(&scans.CardOf(*clip) - scans.cards.data());
         all[card].clips.emplace_back().clip = clip;
     }
-    // Neither needs the other, and a clip's files are not among what the rest of it is.
-    auto files =
-        std::async(std::launch::async, [&] { std::for_each(all.begin(), all.end(), ReadFiles); });
+    // Neither needs the other, and a clip's files are not among what the rest of it is. Without a
+    // thread they come last.
+    auto files = std::async(std::launch::async | std::launch::deferred,
+                            [&] { std::for_each(all.begin(), all.end(), ReadFiles); });
     std::for_each(all.begin(), all.end(), ReadCard);
     files.get();
     return all;
 }
 
 bool IsWhole(const ClipContents& clip) {
-    CArray<ClipFile> lacking;
-    for (const ClipFile& file : clip.lacking) {
-        lacking.Add(file);
-    }
-    return nqp2::IsWhole(lacking) && clip.unread.empty();
+    return nqp2::IsWhole(clip.lacking) && clip.unread.empty();
 }
 
 std::int64_t FramesTaken(const ClipContents& clip) {

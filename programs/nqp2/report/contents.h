@@ -23,7 +23,7 @@ struct ClipContents {
     std::string start; ///< ISO 8601 with its zone, "" where it is not told
     ClipMetadata metadata;
     std::string unread;               ///< why the metadata could not be read
-    std::vector<ClipFile> lacking;    ///< files that are missing, empty or short
+    CArray<ClipFile> lacking;         ///< files that are missing, empty or short
     std::vector<tag_P2SegInfo> taken; ///< what was taken in: stretches apart from each other
     bool isListed = false;            ///< whether the list of what was taken in names it
 };

@@ -3,6 +3,7 @@
 
 #include "nqp2/report/pictures.h"
 
+#include "nqp2/card.h"
 #include "nqp2/console.h"
 #include "nqp2/worker_session.h"
 #include "NQP2ParserU/PathText.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <filesystem>
 #include <optional>
 #include <span>
 #include <system_error>
@@ -25,16 +25,6 @@ constexpr SIZE kBounds = {240, 180};
 /// A request is not so large that much would have to be asked again, nor so small that it costs.
 constexpr std::size_t kFilesAtOnce = 32;
 constexpr int kMostStarts = 24;
-
-/// The path as a worker takes it, whatever folder the program runs in.
-CString WholePathOf(const CString& path) {
-    std::string file = PosixPath(path);
-    if (!file.empty() && file.front() != '/') {
-        std::error_code error;
-        file = (std::filesystem::current_path(error) / file).native();
-    }
-    return InterfaceRoot(file);
-}
 
 /// A clip without a picture, and the files that may have one.
 struct Wish {
@@ -81,7 +71,8 @@ private:
     void AskTogether(std::span<const Wish> wishes) {
         CStringArray files;
         for (const Wish& wish : wishes) {
-            files.Add(WholePathOf(wish.files[wish.next]));
+            // Whole, whatever folder the program runs in.
+            files.Add(InterfaceRoot(tool::OutputPath(PosixPath(wish.files[wish.next]))));
         }
         CArray<SmallPicture> made;
         const PicturesStatus status =
@@ -149,13 +140,18 @@ Pictures::Pictures(const tool::ClipOrder& clips, const std::string& worker) {
     for (const Clip* clip : clips) {
         m_byClip.try_emplace(clip);
     }
-    m_asked = std::async(std::launch::async, [this, clips, worker] {
+    const auto ask = [this, clips, worker] {
         try {
             AskForAll(clips, worker);
         } catch (...) {
             End("", std::current_exception());
         }
-    });
+    };
+    try {
+        m_asked = std::async(std::launch::async, ask);
+    } catch (const std::system_error&) {
+        ask(); // there is no thread: before all else
+    }
 }
 
 Pictures::~Pictures() = default;
