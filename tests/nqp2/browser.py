@@ -7,8 +7,8 @@ import fcntl
 import json
 import os
 import select
-import signal
 import shutil
+import signal
 import subprocess
 import tempfile
 import time
