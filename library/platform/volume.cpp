@@ -15,16 +15,16 @@ namespace {
 
 /// A name as it is on the volume: what file names cannot hold is written as "\x20".
 std::string Plain(std::string_view name) {
-    constexpr std::size_t kDigits = 2;
+    constexpr std::size_t kEscapeDigits = 2;
     std::string plain;
     for (std::size_t at = 0; at < name.size(); ++at) {
         unsigned char byte = 0;
         const std::string_view rest = name.substr(at);
-        if (rest.starts_with("\\x") && rest.size() >= 2 + kDigits) {
-            const char* const end = rest.data() + 2 + kDigits;
+        if (rest.starts_with("\\x") && rest.size() >= 2 + kEscapeDigits) {
+            const char* const end = rest.data() + 2 + kEscapeDigits;
             if (std::from_chars(rest.data() + 2, end, byte, 16).ptr == end) {
                 plain += static_cast<char>(byte);
-                at += 1 + kDigits;
+                at += 1 + kEscapeDigits;
                 continue;
             }
         }
