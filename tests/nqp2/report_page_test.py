@@ -17,7 +17,7 @@ HEBREW = "\u05e8\u05d0\u05d9\u05d5\u05df"
 LONG = "x" * 10_000
 SHOWN = ("Array.from(document.querySelectorAll('.clip')).filter(row => row.checkVisibility())"
          ".map(row => row.querySelector('b').textContent)")
-WIDTHS = (400, 800, 1020, 1400)
+WIDTHS = (400, 800, 1100, 1270, 1400)
 
 
 class PageTest(CardTest):
