@@ -87,7 +87,8 @@ class PageTest(CardTest):
         for name, title in zip(names, (SCRIPT, HEBREW, LONG)):
             self.card.add(name, title=title, codec=escape(title), rate=escape(title),
                           memos=[(1, LONG, title)])
-            event = f"<Event><Duration>9</Duration><Source><ClipName>{escape(title)}</ClipName></Source></Event>"
+            event = ("<Event><Duration>9</Duration><Source>"
+                     f"<ClipName>{escape(title)}</ClipName></Source></Event>")
             self.card.add_raw(f"../EDITLIST/{name}.XML", edit_list(
                 event * 2, head=f"<Codec>{escape(title)}</Codec><FrameRate>{LONG}</FrameRate>"))
         self.open()

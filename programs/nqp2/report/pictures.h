@@ -20,8 +20,8 @@ namespace nqp2::report {
 /// ends the worker is left out, and the worker is started again.
 class Pictures {
 public:
-    /// Begins to ask for them, in the clips' order. Clips and console must outlive it. A worker that
-    /// is long silent while somebody waits is told of once.
+    /// Begins to ask for them, in the clips' order. Clips and console must outlive it. A worker
+    /// that is long silent while somebody waits is told of once.
     Pictures(tool::Console& console, const tool::ClipOrder& clips, const std::string& worker);
     ~Pictures();
     Pictures(const Pictures&) = delete;
