@@ -15,6 +15,7 @@ class Sizes:
         self.small, self.large = small, large
         self.copy_megabytes = copy_megabytes
         self.avchd = (max(small // 10, 10), small, max(large // 2, small * 2))
+        self.shelf = (max(small // 20, 2), 20)  # cards, clips of each
         self.lists = (max(small // 10, 10), small, large)
         self.frames = copy_megabytes * 3  # of a recording of 144,000 bytes each
 
@@ -110,6 +111,11 @@ def command_lines(sizes: Sizes) -> list[Line]:
     rows.append(Line(f"nqp2 clips as JSON with all metadata, {large:,} clips, wall / without",
                      "ms", figure(f"command/metadata/{large}:wall"),
                      figure(f"command/json/{large}:wall"), 1.5))
+    rows.append(Line("nqp2 clips --recursive as JSON, {} cards of {} clips / find and scan each"
+                     .format(*sizes.shelf), "ms", figure("shelf/json:processor"),
+                     figure("shelf/scan:processor"), 1.5))
+    rows.append(Line(f"nqp2 clips as JSON with all metadata, {small:,} AVCHD clips, wall / without",
+                     "ms", figure("disc/metadata:wall"), figure("disc/json:wall"), 1.5))
     page = "page/{}/" + str(sizes.small)
     return rows + [
         Line(f"nqp2 report, {sizes.small:,} clips with icons / scan, icons read", "ms",

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 
 namespace nqp2::clips {
@@ -64,6 +65,19 @@ std::vector<ClipEssence> EssenceBy(std::string_view codec, const EssenceIndex& v
 
 enum EssenceValue : std::size_t { kCodec, kVideoStart, kVideoSize, kIconFormat, kValues };
 enum AudioCell : std::size_t { kAudioStart, kAudioSize, kAudioCells };
+enum ContentList : std::size_t { kAudio, kMemos };
+
+/// Of recordings whose memos do not tell.
+constexpr const wchar_t* kUsualVoiceFormat = L"WAV";
+
+/// A memo with any of these has a recording, and the first tells its format.
+constexpr std::array kVoiceNames = {media::MemoName::VoiceFormat,
+                                    media::MemoName::VoiceBitsPerSample,
+                                    media::MemoName::VoiceSamplingRate};
+
+constexpr std::string_view NameOf(media::MemoName name) {
+    return media::kMemoNames[static_cast<std::size_t>(name)];
+}
 
 } // namespace
 
@@ -93,15 +107,18 @@ const dom::FieldSet& EssenceFields() {
         const std::array<std::string_view, kAudioCells> cells = {
             media::InAudio(ClipPath::AudioStartByteOffset),
             media::InAudio(ClipPath::AudioDataSize)};
-        const dom::FieldSet::ListPath audio{media::kAudioPath, cells};
-        return dom::FieldSet(media::kClipContentPath, values, {&audio, 1});
+        std::array<std::string_view, kVoiceNames.size()> voices;
+        std::transform(kVoiceNames.begin(), kVoiceNames.end(), voices.begin(), NameOf);
+        const std::array<dom::FieldSet::ListPath, 2> lists = {
+            {{media::kAudioPath, cells}, {media::kMemoPath, voices}}};
+        return dom::FieldSet(media::kClipContentPath, values, lists);
     }();
     return fields;
 }
 
 std::vector<ClipEssence> EssenceOf(const dom::FieldValues& values) {
     const auto textOf = [&](EssenceValue value) { return std::string(values.values[value].text); };
-    const dom::FieldValues::List& audio = values.lists.front();
+    const dom::FieldValues::List& audio = values.lists[kAudio];
     return EssenceBy(values.values[kCodec].text, {textOf(kVideoStart), textOf(kVideoSize)},
                      audio.count, [&](std::size_t i) {
                          const auto cell = [&](AudioCell each) {
@@ -119,6 +136,40 @@ bool TellsIcon(const dom::Document& metadata) {
 
 bool TellsIcon(const dom::FieldValues& values) {
     return !values.values[kIconFormat].text.empty();
+}
+
+std::vector<CString> VoicesOf(const dom::Document& metadata) {
+    std::vector<CString> voices;
+    const std::string path =
+        std::string(media::kClipContentPath).append("/").append(media::kMemoPath);
+    for (dom::Node* const memo : dom::SelectAll(metadata.Content()->DocumentNode(), path)) {
+        if (std::any_of(kVoiceNames.begin(), kVoiceNames.end(), [&](media::MemoName name) {
+                return dom::SelectFirst(*memo, NameOf(name)) != nullptr;
+            })) {
+            voices.push_back(platform::TextFromUtf8(TextAt(*memo, NameOf(kVoiceNames.front()))));
+        }
+    }
+    return voices;
+}
+
+std::vector<CString> VoicesOf(const dom::FieldValues& values) {
+    std::vector<CString> voices;
+    const dom::FieldValues::List& memos = values.lists[kMemos];
+    for (std::size_t i = 0; i < memos.count; ++i) {
+        const auto cells =
+            std::span(memos.cells).subspan(i * kVoiceNames.size(), kVoiceNames.size());
+        if (std::any_of(cells.begin(), cells.end(),
+                        [](const auto& each) { return each.isThere; })) {
+            voices.push_back(platform::TextFromUtf8(cells.front().text));
+        }
+    }
+    return voices;
+}
+
+CString VoiceFileOf(const CString& clip, std::size_t number, const CString& format) {
+    const bool isTold = !format.IsEmpty() && media::IsPlainName(format);
+    return media::FileNameOf(media::kVoiceFiles, clip, number) + L"." +
+           (isTold ? format : CString(kUsualVoiceFormat));
 }
 
 } // namespace nqp2::clips

@@ -42,4 +42,11 @@ std::vector<ClipEssence> EssenceOf(const dom::FieldValues& values);
 bool TellsIcon(const dom::Document& metadata);
 bool TellsIcon(const dom::FieldValues& values);
 
+/// The formats ("WAV", or "") of the recordings that go with the clip's memos, by their numbers.
+std::vector<CString> VoicesOf(const dom::Document& metadata);
+std::vector<CString> VoicesOf(const dom::FieldValues& values);
+
+/// The name of a recording: "0001AB00.WAV".
+CString VoiceFileOf(const CString& clip, std::size_t number, const CString& format);
+
 } // namespace nqp2::clips

@@ -21,13 +21,22 @@ using platform::FolderEntry;
 /// Files up to this size are looked at without a tree.
 constexpr std::uint64_t kSmallFile = std::uint64_t{256} << 10U;
 
+constexpr std::size_t kMostVoices = 100;
+
 std::size_t HashOf(std::string_view text) {
     return std::hash<std::string_view>{}(text);
 }
 
-std::vector<ClipEssence> WithIcon(std::vector<ClipEssence> promises, bool hasIcon) {
-    if (hasIcon) {
-        promises.push_back({&media::kIconFiles});
+template <class Metadata>
+ClipPromises PromisesIn(const Metadata& metadata) {
+    ClipPromises promises = {EssenceOf(metadata), VoicesOf(metadata)};
+    if (TellsIcon(metadata)) {
+        promises.files.push_back({&media::kIconFiles});
+    }
+    // No more than file names have numbers for.
+    promises.voices.resize(std::min(promises.voices.size(), kMostVoices));
+    for (std::size_t i = 0; i < promises.voices.size(); ++i) {
+        promises.files.push_back({&media::kVoiceFiles, i, 0});
     }
     return promises;
 }
@@ -101,24 +110,23 @@ KindFolder& P2ClipFiles::FolderOf(const media::ClipFileKind& kind) {
 }
 
 /// What cannot be read promises nothing.
-std::vector<ClipEssence> P2ClipFiles::PromisesOf(platform::TalliedFolder& folder,
-                                                 std::size_t entry) {
+ClipPromises P2ClipFiles::PromisesOf(platform::TalliedFolder& folder, std::size_t entry) {
     const platform::MemoryWatch watch;
     if (folder.Read(entry, std::min(kSmallFile, MaxXmlFileSize()), m_bytes)) {
         if (m_fields.Read(m_bytes)) {
-            return WithIcon(EssenceOf(m_fields.Values()), TellsIcon(m_fields.Values()));
+            return PromisesIn(m_fields.Values());
         }
         m_document.LoadBytes(m_bytes);
     } else {
         m_document.LoadFile(folder.OnDisk(entry));
     }
     watch.Require();
-    std::vector<ClipEssence> essence;
+    ClipPromises promises;
     if (m_document.LastError().fault == dom::Fault::None) {
-        essence = WithIcon(EssenceOf(m_document), TellsIcon(m_document));
+        promises = PromisesIn(m_document);
     }
     m_document.Clear();
-    return essence;
+    return promises;
 }
 
 void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
@@ -127,13 +135,13 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
     }
     const NameOfClip name(clip.ClipName);
     const KindFolder& metadata = FolderOf(media::kMetadataFiles);
-    std::vector<ClipEssence> promises;
+    ClipPromises promises;
     for (const KindFolder::Named& each : metadata.FilesOf(name)) {
-        if (each.role == ClipFileRole::Metadata && promises.empty()) {
+        if (each.role == ClipFileRole::Metadata && promises.files.empty()) {
             promises = PromisesOf(metadata.Folder(), each.entry);
         }
     }
-    promises.push_back({&media::kMetadataFiles});
+    promises.files.push_back({&media::kMetadataFiles});
     for (const media::ClipFileKind& kind : media::kClipFileKinds) {
         AppendKind(clip.ClipName, name, kind, promises, files);
         if (&kind == &media::kProxyFiles) {
@@ -158,8 +166,8 @@ void P2ClipFiles::AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& fil
 }
 
 void P2ClipFiles::AppendKind(const CString& clip, const NameOfClip& name,
-                             const media::ClipFileKind& kind,
-                             const std::vector<ClipEssence>& promises, CArray<ClipFile>& files) {
+                             const media::ClipFileKind& kind, const ClipPromises& promises,
+                             CArray<ClipFile>& files) {
     const KindFolder& folder = FolderOf(kind);
     const std::int64_t first = files.GetSize();
     for (const KindFolder::Named& each : folder.FilesOf(name)) {
@@ -169,7 +177,7 @@ void P2ClipFiles::AppendKind(const CString& clip, const NameOfClip& name,
                        media::StateOf(info.size, 0)});
         }
     }
-    for (const ClipEssence& promise : promises) {
+    for (const ClipEssence& promise : promises.files) {
         if (promise.kind != &kind) {
             continue;
         }
@@ -184,7 +192,10 @@ void P2ClipFiles::AppendKind(const CString& clip, const NameOfClip& name,
             found->state = media::StateOf(found->size, promised);
             continue;
         }
-        const CString missing = media::FileNameOf(kind, clip, promise.number);
+        const CString missing =
+            &kind == &media::kVoiceFiles
+                ? VoiceFileOf(clip, promise.number, promises.voices[promise.number])
+                : media::FileNameOf(kind, clip, promise.number);
         files.Add({kind.role, number, folder.Folder().Where().PathOf(missing), 0, promised,
                    ClipFileState::Missing});
     }

@@ -58,6 +58,12 @@ private:
     std::vector<std::pair<std::size_t, std::size_t>> m_byClip; ///< hash of the name, entry
 };
 
+/// What a clip's metadata say that it has.
+struct ClipPromises {
+    std::vector<ClipEssence> files;
+    std::vector<CString> voices; ///< formats of the recordings among them, by their numbers
+};
+
 /// Tells the files of a P2 card's clips.
 class P2ClipFiles {
 public:
@@ -68,9 +74,9 @@ public:
 
 private:
     KindFolder& FolderOf(const media::ClipFileKind& kind);
-    std::vector<ClipEssence> PromisesOf(platform::TalliedFolder& folder, std::size_t entry);
+    ClipPromises PromisesOf(platform::TalliedFolder& folder, std::size_t entry);
     void AppendKind(const CString& clip, const NameOfClip& name, const media::ClipFileKind& kind,
-                    const std::vector<ClipEssence>& promises, CArray<ClipFile>& files);
+                    const ClipPromises& promises, CArray<ClipFile>& files);
     void AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& files);
 
     platform::FileTally& m_tally;

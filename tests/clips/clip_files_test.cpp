@@ -115,6 +115,29 @@ TEST_F(ClipFilesTest, WhatIsDescribedAndMissingIsTold) {
     EXPECT_EQ(m_isWhole, "yy");
 }
 
+TEST_F(ClipFilesTest, RecordingsOfMemosThatAreMissingAreTold) {
+    const std::string memo = "ClipMetadata/MemoList/Memo/";
+    const std::string next = "ClipMetadata/MemoList/+Memo/";
+    const test::ClipValues fields = {
+        {"EssenceList/Video/Codec", "DV25_420"}, {next + "VoiceFormat", "WAV"},
+        {next + "Text", "no recording"},         {next + "VoiceBitsPerSample", "16"},
+        {next + "VoiceFormat", "../aif"},        {next + "VoiceFormat", "AIF"}};
+    m_card.AddClip("0001AA", fields);
+    m_card.AddFile("CLIP/0002AA.XML", test::ClipXml(fields) + "<?read as-a-tree?>");
+    for (const char* const name : {"VIDEO/0001AA.MXF", "VIDEO/0002AA.MXF", "VOICE/0001AA00.wav",
+                                   "VOICE/0002AA03.AIF", "VOICE/0002AA07.WAV"}) {
+        m_card.AddFile(name, "x");
+    }
+    EXPECT_THAT(Read(), UnorderedElementsAre("V0 VIDEO\\0001AA.MXF ", "v0 VOICE\\0001AA00.wav ",
+                                             "v1 VOICE\\0001AA01.WAV-", "v2 VOICE\\0001AA02.WAV-",
+                                             "v3 VOICE\\0001AA03.AIF-", "M0 CLIP\\0001AA.XML ",
+                                             "V0 VIDEO\\0002AA.MXF ", "v0 VOICE\\0002AA00.WAV-",
+                                             "v1 VOICE\\0002AA01.WAV-", "v2 VOICE\\0002AA02.WAV-",
+                                             "v3 VOICE\\0002AA03.AIF ", "v7 VOICE\\0002AA07.WAV ",
+                                             "M0 CLIP\\0002AA.XML "));
+    EXPECT_EQ(m_isWhole, "yy");
+}
+
 TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {
     AddTwoChannels("0001AA");
     m_card.Folder().MakeFolder("CONTENTS/VIDEO/0001AA.MXF");
