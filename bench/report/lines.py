@@ -68,12 +68,13 @@ def name_lines(sizes: Sizes) -> list[Line]:
 def metadata_lines(sizes: Sizes) -> list[Line]:
     """Files: beside the scan, and half as much again as asking the system for each of them."""
     small, large = sizes.small, sizes.large
-    load, read, files, asked = (f"metadata/{what}/{{}}" for what in ("load", "read", "files", "asked"))
+    load, read, both, asked = (f"metadata/{what}/{{}}" for what in
+                               ("load", "read", "scanned_files", "asked"))
     return [
         Line(f"all metadata of {large:,} clips / the scan", "ms", figure(read.format(large)),
              figure(load.format(large)), 0.8),
         Line(f"scan and all files of {large:,} clips / scan and 1.5 times asking for each", "ms",
-             figure(load.format(large)) + figure(files.format(large)),
+             figure(both.format(large)),
              figure(load.format(large)) + figure(asked.format(large)) + figure(asked.format(large)) / 2, 1),
         *(Line(f"{what} of a clip, {large:,} / {small:,}", "us", each(f"metadata/{key}", large),
                each(f"metadata/{key}", small), 1.15)

@@ -3,6 +3,7 @@
 
 #include "clips/clip_content.h"
 
+#include "clips/clip_texts.h"
 #include "media/card_layout.h"
 #include "media/element_paths.h"
 #include "media/families.h"
@@ -12,13 +13,10 @@
 #include "xml/dom/select.h"
 
 #include <algorithm>
-#include <array>
 #include <string_view>
 
 namespace nqp2::clips {
 namespace {
-
-using media::ClipPath;
 
 /// More channels than files can be numbered for.
 constexpr std::size_t kMostChannels = 101;
@@ -62,8 +60,12 @@ std::vector<ClipEssence> EssenceBy(std::string_view codec, const EssenceIndex& v
     return essence;
 }
 
-enum EssenceValue : std::size_t { kCodec, kVideoStart, kVideoSize, kIconFormat, kValues };
-enum AudioCell : std::size_t { kAudioStart, kAudioSize, kAudioCells };
+std::vector<ClipEssence> WithIcon(std::vector<ClipEssence> promises, bool hasIcon) {
+    if (hasIcon) {
+        promises.push_back({&media::kIconFiles});
+    }
+    return promises;
+}
 
 } // namespace
 
@@ -83,42 +85,28 @@ std::vector<ClipEssence> EssenceOf(const dom::Document& metadata) {
                      });
 }
 
-const dom::FieldSet& EssenceFields() {
-    static const dom::FieldSet fields = [] {
-        const std::array<dom::FieldSet::ValuePath, kValues> values = {
-            {{media::Below(ClipPath::Codec)},
-             {media::Below(ClipPath::VideoStartByteOffset)},
-             {media::Below(ClipPath::VideoDataSize)},
-             {media::kIconFormatPath}}};
-        const std::array<std::string_view, kAudioCells> cells = {
-            media::InAudio(ClipPath::AudioStartByteOffset),
-            media::InAudio(ClipPath::AudioDataSize)};
-        const dom::FieldSet::ListPath audio{media::kAudioPath, cells};
-        return dom::FieldSet(media::kClipContentPath, values, {&audio, 1});
-    }();
-    return fields;
-}
-
-std::vector<ClipEssence> EssenceOf(const dom::FieldValues& values) {
-    const auto textOf = [&](EssenceValue value) { return std::string(values.values[value].text); };
-    const dom::FieldValues::List& audio = values.lists.front();
-    return EssenceBy(values.values[kCodec].text, {textOf(kVideoStart), textOf(kVideoSize)},
-                     audio.count, [&](std::size_t i) {
-                         const auto cell = [&](AudioCell each) {
-                             return std::string(audio.cells[i * kAudioCells + each].text);
-                         };
-                         return EssenceIndex{cell(kAudioStart), cell(kAudioSize)};
-                     });
-}
-
-bool TellsIcon(const dom::Document& metadata) {
-    const std::string path =
+std::vector<ClipEssence> PromisesOf(const dom::Document& metadata) {
+    const std::string icon =
         std::string(media::kClipContentPath).append("/").append(media::kIconFormatPath);
-    return !TextAt(metadata.Content()->DocumentNode(), path).empty();
+    return WithIcon(EssenceOf(metadata), !TextAt(metadata.Content()->DocumentNode(), icon).empty());
 }
 
-bool TellsIcon(const dom::FieldValues& values) {
-    return !values.values[kIconFormat].text.empty();
+std::vector<ClipEssence> PromisesOf(const dom::FieldValues& values) {
+    const auto textOf = [&](ClipPath path) {
+        return values.values[static_cast<std::size_t>(path)].text;
+    };
+    const dom::FieldValues::List& audio = values.lists[static_cast<std::size_t>(ClipList::Audio)];
+    const auto channel = [&](std::size_t i) {
+        const auto cell = [&](AudioCell each) {
+            constexpr auto kCells = static_cast<std::size_t>(AudioCell::Count);
+            return std::string(audio.cells[i * kCells + static_cast<std::size_t>(each)].text);
+        };
+        return EssenceIndex{cell(AudioCell::StartByteOffset), cell(AudioCell::DataSize)};
+    };
+    const EssenceIndex video{std::string(textOf(ClipPath::VideoStartByteOffset)),
+                             std::string(textOf(ClipPath::VideoDataSize))};
+    return WithIcon(EssenceBy(textOf(ClipPath::Codec), video, audio.count, channel),
+                    !values.values[kIconFormat].text.empty());
 }
 
 } // namespace nqp2::clips

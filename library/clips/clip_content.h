@@ -34,12 +34,9 @@ struct ClipEssence {
 /// the families that keep both in one file, else a file for each audio channel as well.
 std::vector<ClipEssence> EssenceOf(const dom::Document& metadata);
 
-/// The same by the values that are asked for here.
-const dom::FieldSet& EssenceFields();
-std::vector<ClipEssence> EssenceOf(const dom::FieldValues& values);
-
-/// Whether the metadata describe an icon.
-bool TellsIcon(const dom::Document& metadata);
-bool TellsIcon(const dom::FieldValues& values);
+/// The essence, and the icon when the metadata describe one.
+std::vector<ClipEssence> PromisesOf(const dom::Document& metadata);
+/// The same by the values of ClipAndFileFields.
+std::vector<ClipEssence> PromisesOf(const dom::FieldValues& values);
 
 } // namespace nqp2::clips

@@ -27,13 +27,6 @@ std::size_t HashOf(std::string_view text) {
     return std::hash<std::string_view>{}(text);
 }
 
-std::vector<ClipEssence> WithIcon(std::vector<ClipEssence> promises, bool hasIcon) {
-    if (hasIcon) {
-        promises.push_back({&media::kIconFiles});
-    }
-    return promises;
-}
-
 /// The clip whose file it is, or, of a file of another kind, whose it would be by its title.
 std::string_view ClipIn(std::string_view foldedName, const media::ClipFileKind& kind) {
     const std::string_view clip = media::ClipNameIn(foldedName, kind);
@@ -115,24 +108,27 @@ NameOfClip::NameOfClip(const CString& clip)
       hash(HashOf(folded)) {}
 
 /// What cannot be read promises nothing.
-std::vector<ClipEssence> P2ClipFiles::PromisesOf(platform::TalliedFolder& folder,
+std::vector<ClipEssence> P2ClipFiles::PromisesIn(platform::TalliedFolder& folder,
                                                  std::size_t entry) {
+    if (const std::vector<ClipEssence>* const known = m_promises.Of(folder.OnDisk(entry))) {
+        return *known;
+    }
     const platform::MemoryWatch watch;
     if (folder.Read(entry, std::min(kSmallFile, MaxXmlFileSize()), m_bytes)) {
         if (m_fields.Read(m_bytes)) {
-            return WithIcon(EssenceOf(m_fields.Values()), TellsIcon(m_fields.Values()));
+            return PromisesOf(m_fields.Values());
         }
         m_document.LoadBytes(m_bytes);
     } else {
         m_document.LoadFile(folder.OnDisk(entry));
     }
     watch.Require();
-    std::vector<ClipEssence> essence;
+    std::vector<ClipEssence> promises;
     if (m_document.LastError().fault == dom::Fault::None) {
-        essence = WithIcon(EssenceOf(m_document), TellsIcon(m_document));
+        promises = PromisesOf(m_document);
     }
     m_document.Clear();
-    return essence;
+    return promises;
 }
 
 void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
@@ -146,7 +142,7 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
     std::vector<ClipEssence> promises;
     for (const NamedFile& each : m_index->FilesOf(media::kMetadataFiles)) {
         if (each.role == ClipFileRole::Metadata && promises.empty()) {
-            promises = PromisesOf(m_index->FolderOf(media::kMetadataFiles), each.entry);
+            promises = PromisesIn(m_index->FolderOf(media::kMetadataFiles), each.entry);
         }
     }
     promises.push_back({&media::kMetadataFiles});

@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include "clips/clip_content.h"
+#include "clips/clip_promises.h"
+#include "clips/clip_texts.h"
 #include "media/card_layout.h"
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/ClipFileRecords.h"
@@ -90,16 +91,19 @@ public:
     explicit P2ClipFiles(platform::FileTally& tally) : m_tally(tally) {}
 
     void Append(const _tag_P2Clip& clip, CArray<ClipFile>& files);
+    /// What is in there is not read again.
+    [[nodiscard]] ClipPromises& Promises() { return m_promises; }
 
 private:
-    std::vector<ClipEssence> PromisesOf(platform::TalliedFolder& folder, std::size_t entry);
+    std::vector<ClipEssence> PromisesIn(platform::TalliedFolder& folder, std::size_t entry);
     void AppendKind(const CString& clip, const media::ClipFileKind& kind,
                     const std::vector<ClipEssence>& promises, CArray<ClipFile>& files);
     void AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& files);
 
     platform::FileTally& m_tally;
+    ClipPromises m_promises;
     std::optional<ClipFileIndex> m_index; ///< made for the first clip
-    dom::FieldReader m_fields{EssenceFields()};
+    dom::FieldReader m_fields{ClipAndFileFields()};
     dom::Document m_document{dom::SelectionRule::Names::Qualified};
     std::string m_bytes;
 };
