@@ -27,44 +27,36 @@ std::string TextAt(dom::Node& context, std::string_view path) {
     return node != nullptr ? std::string(dom::Text(*node, scratch)) : std::string();
 }
 
-/// Where an essence lies in its file.
-struct EssenceIndex {
-    std::string start;
-    std::string size;
-};
-
-/// Nothing told, or nothing that can be, asks for a file with something in it.
-std::uint64_t EndOf(const EssenceIndex& index) {
-    const std::int64_t from =
-        std::max<std::int64_t>(platform::ToInt64(std::string_view(index.start)), 0);
-    const std::int64_t bytes = platform::ToInt64(std::string_view(index.size));
+/// Where an essence ends in its file. Nothing told, or nothing that can be, asks for a file with
+/// something in it.
+std::uint64_t EndOf(std::string_view start, std::string_view size) {
+    const std::int64_t from = std::max<std::int64_t>(platform::ToInt64(start), 0);
+    const std::int64_t bytes = platform::ToInt64(size);
     return bytes > 0 ? static_cast<std::uint64_t>(from) + static_cast<std::uint64_t>(bytes) : 1;
 }
 
-/// The rule. `channel` gives the index of one of so many channels.
-template <class Channel>
-std::vector<ClipEssence> EssenceBy(std::string_view codec, const EssenceIndex& video,
-                                   std::size_t channels, const Channel& channel) {
+/// The rule. `endOf` gives the end of one of so many channels.
+template <class ChannelEnd>
+void AppendEssence(std::string_view codec, std::uint64_t videoEnd, std::size_t channels,
+                   const ChannelEnd& endOf, std::vector<ClipEssence>& essence) {
     const bool inOneFile =
         media::FamilyOfCodec(platform::TextFromUtf8(codec).View()) != media::CodecFamily::Other;
-    std::vector<ClipEssence> essence = {
-        {inOneFile ? &media::kOneFileEssence : &media::kVideoFiles, 0, EndOf(video)}};
+    const std::size_t video = essence.size();
+    essence.push_back({inOneFile ? &media::kOneFileEssence : &media::kVideoFiles, 0, videoEnd});
     for (std::size_t i = 0; i < std::min(channels, kMostChannels); ++i) {
-        const std::uint64_t end = EndOf(channel(i));
+        const std::uint64_t end = endOf(i);
         if (inOneFile) {
-            essence.front().size = std::max(essence.front().size, end);
+            essence[video].size = std::max(essence[video].size, end);
         } else {
             essence.push_back({&media::kAudioFiles, i, end});
         }
     }
-    return essence;
 }
 
-std::vector<ClipEssence> WithIcon(std::vector<ClipEssence> promises, bool hasIcon) {
-    if (hasIcon) {
+void AppendIcon(bool isThere, std::vector<ClipEssence>& promises) {
+    if (isThere) {
         promises.push_back({&media::kIconFiles});
     }
-    return promises;
 }
 
 } // namespace
@@ -74,39 +66,43 @@ std::vector<ClipEssence> EssenceOf(const dom::Document& metadata) {
     const auto textOf = [&](ClipPath path) { return TextAt(document, media::FullPath(path)); };
     const std::vector<dom::Node*> channels = dom::SelectAll(
         document, std::string(media::kClipContentPath).append("/").append(media::kAudioPath));
-    return EssenceBy(textOf(ClipPath::Codec),
-                     {textOf(ClipPath::VideoStartByteOffset), textOf(ClipPath::VideoDataSize)},
-                     channels.size(), [&](std::size_t i) {
-                         const auto inAudio = [&](ClipPath path) {
-                             return TextAt(*channels[i], media::InAudio(path));
-                         };
-                         return EssenceIndex{inAudio(ClipPath::AudioStartByteOffset),
-                                             inAudio(ClipPath::AudioDataSize)};
-                     });
+    const auto endOf = [&](std::size_t i) {
+        const auto inAudio = [&](ClipPath path) {
+            return TextAt(*channels[i], media::InAudio(path));
+        };
+        return EndOf(inAudio(ClipPath::AudioStartByteOffset), inAudio(ClipPath::AudioDataSize));
+    };
+    std::vector<ClipEssence> essence;
+    AppendEssence(textOf(ClipPath::Codec),
+                  EndOf(textOf(ClipPath::VideoStartByteOffset), textOf(ClipPath::VideoDataSize)),
+                  channels.size(), endOf, essence);
+    return essence;
 }
 
 std::vector<ClipEssence> PromisesOf(const dom::Document& metadata) {
     const std::string icon =
         std::string(media::kClipContentPath).append("/").append(media::kIconFormatPath);
-    return WithIcon(EssenceOf(metadata), !TextAt(metadata.Content()->DocumentNode(), icon).empty());
+    std::vector<ClipEssence> promises = EssenceOf(metadata);
+    AppendIcon(!TextAt(metadata.Content()->DocumentNode(), icon).empty(), promises);
+    return promises;
 }
 
-std::vector<ClipEssence> PromisesOf(const dom::FieldValues& values) {
+void AppendPromises(const dom::FieldValues& values, std::vector<ClipEssence>& promises) {
     const auto textOf = [&](ClipPath path) {
         return values.values[static_cast<std::size_t>(path)].text;
     };
     const dom::FieldValues::List& audio = values.lists[static_cast<std::size_t>(ClipList::Audio)];
-    const auto channel = [&](std::size_t i) {
+    const auto endOf = [&](std::size_t i) {
         const auto cell = [&](AudioCell each) {
             constexpr auto kCells = static_cast<std::size_t>(AudioCell::Count);
-            return std::string(audio.cells[i * kCells + static_cast<std::size_t>(each)].text);
+            return audio.cells[i * kCells + static_cast<std::size_t>(each)].text;
         };
-        return EssenceIndex{cell(AudioCell::StartByteOffset), cell(AudioCell::DataSize)};
+        return EndOf(cell(AudioCell::StartByteOffset), cell(AudioCell::DataSize));
     };
-    const EssenceIndex video{std::string(textOf(ClipPath::VideoStartByteOffset)),
-                             std::string(textOf(ClipPath::VideoDataSize))};
-    return WithIcon(EssenceBy(textOf(ClipPath::Codec), video, audio.count, channel),
-                    !values.values[kIconFormat].text.empty());
+    AppendEssence(textOf(ClipPath::Codec),
+                  EndOf(textOf(ClipPath::VideoStartByteOffset), textOf(ClipPath::VideoDataSize)),
+                  audio.count, endOf, promises);
+    AppendIcon(!values.values[kIconFormat].text.empty(), promises);
 }
 
 } // namespace nqp2::clips

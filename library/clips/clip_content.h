@@ -36,7 +36,7 @@ std::vector<ClipEssence> EssenceOf(const dom::Document& metadata);
 
 /// The essence, and the icon when the metadata describe one.
 std::vector<ClipEssence> PromisesOf(const dom::Document& metadata);
-/// The same by the values of ClipAndFileFields.
-std::vector<ClipEssence> PromisesOf(const dom::FieldValues& values);
+/// Appends the same by the values of ClipAndFileFields.
+void AppendPromises(const dom::FieldValues& values, std::vector<ClipEssence>& promises);
 
 } // namespace nqp2::clips

@@ -108,27 +108,25 @@ NameOfClip::NameOfClip(const CString& clip)
       hash(HashOf(folded)) {}
 
 /// What cannot be read promises nothing.
-std::vector<ClipEssence> P2ClipFiles::PromisesIn(platform::TalliedFolder& folder,
-                                                 std::size_t entry) {
-    if (const std::vector<ClipEssence>* const known = m_promises.Of(folder.OnDisk(entry))) {
-        return *known;
+void P2ClipFiles::TellPromises(platform::TalliedFolder& folder, std::size_t entry) {
+    if (m_promises.Tell(folder.OnDisk(entry), m_promised)) {
+        return;
     }
     const platform::MemoryWatch watch;
     if (folder.Read(entry, std::min(kSmallFile, MaxXmlFileSize()), m_bytes)) {
         if (m_fields.Read(m_bytes)) {
-            return PromisesOf(m_fields.Values());
+            AppendPromises(m_fields.Values(), m_promised);
+            return;
         }
         m_document.LoadBytes(m_bytes);
     } else {
         m_document.LoadFile(folder.OnDisk(entry));
     }
     watch.Require();
-    std::vector<ClipEssence> promises;
     if (m_document.LastError().fault == dom::Fault::None) {
-        promises = PromisesOf(m_document);
+        m_promised = PromisesOf(m_document);
     }
     m_document.Clear();
-    return promises;
 }
 
 void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
@@ -139,15 +137,15 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
         m_index.emplace(m_tally);
     }
     m_index->Find(NameOfClip(clip.ClipName));
-    std::vector<ClipEssence> promises;
+    m_promised.clear();
     for (const NamedFile& each : m_index->FilesOf(media::kMetadataFiles)) {
-        if (each.role == ClipFileRole::Metadata && promises.empty()) {
-            promises = PromisesIn(m_index->FolderOf(media::kMetadataFiles), each.entry);
+        if (each.role == ClipFileRole::Metadata && m_promised.empty()) {
+            TellPromises(m_index->FolderOf(media::kMetadataFiles), each.entry);
         }
     }
-    promises.push_back({&media::kMetadataFiles});
+    m_promised.push_back({&media::kMetadataFiles});
     for (const media::ClipFileKind& kind : media::kClipFileKinds) {
-        AppendKind(clip.ClipName, kind, promises, files);
+        AppendKind(clip.ClipName, kind, files);
         if (&kind == &media::kProxyFiles) {
             AppendLostProxy(clip, files);
         }
@@ -170,7 +168,7 @@ void P2ClipFiles::AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& fil
 }
 
 void P2ClipFiles::AppendKind(const CString& clip, const media::ClipFileKind& kind,
-                             const std::vector<ClipEssence>& promises, CArray<ClipFile>& files) {
+                             CArray<ClipFile>& files) {
     platform::TalliedFolder& folder = m_index->FolderOf(kind);
     const std::int64_t first = files.GetSize();
     for (const NamedFile& each : m_index->FilesOf(kind)) {
@@ -180,7 +178,7 @@ void P2ClipFiles::AppendKind(const CString& clip, const media::ClipFileKind& kin
                        media::StateOf(info.size, 0)});
         }
     }
-    for (const ClipEssence& promise : promises) {
+    for (const ClipEssence& promise : m_promised) {
         if (promise.kind != &kind) {
             continue;
         }

@@ -95,14 +95,14 @@ public:
     [[nodiscard]] ClipPromises& Promises() { return m_promises; }
 
 private:
-    std::vector<ClipEssence> PromisesIn(platform::TalliedFolder& folder, std::size_t entry);
-    void AppendKind(const CString& clip, const media::ClipFileKind& kind,
-                    const std::vector<ClipEssence>& promises, CArray<ClipFile>& files);
+    void TellPromises(platform::TalliedFolder& folder, std::size_t entry);
+    void AppendKind(const CString& clip, const media::ClipFileKind& kind, CArray<ClipFile>& files);
     void AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& files);
 
     platform::FileTally& m_tally;
     ClipPromises m_promises;
     std::optional<ClipFileIndex> m_index; ///< made for the first clip
+    std::vector<ClipEssence> m_promised;  ///< by the clip that was asked for last
     dom::FieldReader m_fields{ClipAndFileFields()};
     dom::Document m_document{dom::SelectionRule::Names::Qualified};
     std::string m_bytes;

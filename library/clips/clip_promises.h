@@ -5,6 +5,7 @@
 
 #include "clips/clip_content.h"
 
+#include <cstddef>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -15,14 +16,19 @@ namespace nqp2::clips {
 /// nobody reads them again for that.
 class ClipPromises {
 public:
-    void Clear() { m_byPath.clear(); }
+    void Clear();
     /// By the path of the metadata on disk. Without memory for it, it stays unknown.
     void Add(const std::string& path, const dom::FieldValues& values) noexcept;
-    /// Null where it is not known.
-    [[nodiscard]] const std::vector<ClipEssence>* Of(const std::string& path) const;
+    /// False, with nothing changed, where it is not known.
+    bool Tell(const std::string& path, std::vector<ClipEssence>& promises) const;
 
 private:
-    std::unordered_map<std::string, std::vector<ClipEssence>> m_byPath;
+    struct Range {
+        std::size_t first;
+        std::size_t count;
+    };
+    std::unordered_map<std::string, Range> m_byPath;
+    std::vector<ClipEssence> m_all; ///< one clip's after another's
 };
 
 } // namespace nqp2::clips
