@@ -185,7 +185,7 @@ def list_lines(sizes: Sizes) -> list[Line]:
              each("ingest/mark", many), each("ingest/mark", some)
              + (each("ingest/bare", many) - each("ingest/bare", some)), 1.2),
         Line("a figure of capacity / a call that looks up, divides, writes", "ns",
-             figure("ingest/capacity"), figure("ingest/divide"), 2),
+             figure("ingest/capacity"), figure("ingest/divide"), 3),
     ]
 
 
