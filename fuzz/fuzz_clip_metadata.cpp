@@ -34,12 +34,11 @@ void ExpectSame(ClipMetadata& quick, ClipMetadata& sound) {
             "the memos are the same");
 }
 
-void Check(std::string_view bytes, clips::MetadataEvents& events) {
+void Check(std::string_view bytes, dom::QuickTeller& teller, clips::MetadataEvents& events) {
     static dom::Document document(dom::SelectionRule::Names::Qualified);
-    std::string text(bytes);
     ClipMetadata quick;
     events.FillIn(quick);
-    const bool isPlain = dom::TellQuickly(text, events);
+    const bool isPlain = teller.Tell(bytes, events);
     events.Finish();
     const bool isLoaded = document.LoadBytes(bytes);
     Require(isLoaded || !isPlain, "what is told is well-formed");
@@ -59,10 +58,11 @@ void Check(std::string_view bytes, clips::MetadataEvents& events) {
 } // namespace
 
 void TestInput(Input input) {
+    dom::QuickTeller teller;
     clips::MetadataEvents events;
     ForEachDocument(input, [&](std::string_view bytes) {
-        Check(bytes, events);
-        Check(bytes, events); // all of it is known
+        Check(bytes, teller, events);
+        Check(bytes, teller, events); // all of it is known
     });
 }
 

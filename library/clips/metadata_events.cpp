@@ -43,11 +43,6 @@ const dom::FieldSet& Members() {
     return fields;
 }
 
-bool IsBlank(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char ch) { return dom::quick::Is(ch, dom::quick::kBlank); });
-}
-
 /// A text that is there already, of the document before, costs nothing.
 void Assign(const CString& text, CString& to) {
     if (text.GetString() != to.GetString()) {
@@ -176,7 +171,7 @@ void MetadataEvents::BeginMemo() {
 /// A stretch of text beside elements; blanks there only lay the document out.
 void MetadataEvents::TakeStretch() {
     const std::string_view text = std::exchange(m_run, {});
-    if (m_beyond == 0 && !m_open.empty() && !IsBlank(text)) {
+    if (m_beyond == 0 && !m_open.empty() && !dom::quick::IsBlank(text)) {
         Keep(*m_open.back().place, text);
     }
 }
