@@ -43,13 +43,6 @@ const dom::FieldSet& Members() {
     return fields;
 }
 
-/// A text that is there already, of the document before, costs nothing.
-void Assign(const CString& text, CString& to) {
-    if (text.GetString() != to.GetString()) {
-        to = text;
-    }
-}
-
 bool IsField(const TextPlace* place, Role role) {
     return place != nullptr && place->field != nullptr && place->field->role == role;
 }
@@ -67,12 +60,15 @@ void MetadataEvents::FillIn(ClipMetadata& metadata) {
 
 void MetadataEvents::Finish() {
     m_metadata->others.SetSize(m_texts);
+    for (std::size_t i = 0; i < m_told.size(); ++i) {
+        if (!m_told[i]) {
+            media::MetadataPaths()[i].member(*m_metadata).Empty();
+        }
+    }
 }
 
 void MetadataEvents::Begin(std::uint64_t bytes) {
-    for (const media::MetadataPath& each : media::MetadataPaths()) {
-        each.member(*m_metadata).Empty();
-    }
+    m_told.assign(media::MetadataPaths().size(), false);
     m_metadata->memos.RemoveAll();
     m_metadata->tracks.RemoveAll();
     m_metadata->isCut = false;
@@ -181,7 +177,9 @@ void MetadataEvents::TakeLeaf(const Opened& element) {
     TextPlace& place = *element.place;
     if (IsField(&place, Role::Value)) {
         if (SpendText(text)) {
-            media::MetadataPaths()[place.field->index].member(*m_metadata) = place.TextOf(text);
+            const std::size_t index = place.field->index;
+            place.Put(text, media::MetadataPaths()[index].member(*m_metadata));
+            m_told[index] = true;
         }
     } else if (IsField(place.parent, Role::List) && !m_hints.empty()) {
         TakeMemoText(place, text);
@@ -193,7 +191,10 @@ void MetadataEvents::TakeLeaf(const Opened& element) {
 void MetadataEvents::TakeMemoText(TextPlace& place, std::string_view text) {
     MemoMetadata& memo = m_metadata->memos[m_metadata->memos.GetUpperBound()];
     MemoHints& hints = m_hints.back();
-    const CString value = SpendText(text) ? place.TextOf(text) : CString();
+    CString value;
+    if (SpendText(text)) {
+        place.Put(text, value);
+    }
     switch (IsField(&place, Role::Cell) ? static_cast<MemoName>(place.field->index)
                                         : MemoName::Count) {
     case MemoName::Offset:
@@ -239,7 +240,7 @@ void MetadataEvents::Keep(TextPlace& place, std::string_view text) {
     }
     MetadataText& kept = m_metadata->others[m_texts++];
     Assign(path, kept.path);
-    Assign(place.TextOf(text), kept.text);
+    place.Put(text, kept.text);
 }
 
 } // namespace nqp2::clips

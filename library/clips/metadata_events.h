@@ -64,6 +64,7 @@ private:
     TextPlaces m_places;
     ClipMetadata* m_metadata = nullptr;
     std::vector<MemoHints> m_hints;
+    std::vector<bool> m_told; ///< members, by index
     std::int64_t m_texts = 0; ///< in the list of others
     std::vector<Opened> m_open;
     std::size_t m_beyond = 0; ///< open elements of what is no longer kept

@@ -17,19 +17,38 @@ constexpr std::size_t kMostKeptBytes = std::size_t{1} << 20U;
 /// Of a kind beside its name: itself, and its entry among those that were found.
 constexpr std::size_t kKindBytes = sizeof(TextPlace::Kind) + 64;
 
-constexpr std::size_t kLongestShared = 32;
+/// Of a text whose memory is used again: what was long may have left much of it.
+constexpr int kLongestReused = 64;
+
+void Overwrite(CString& to, std::string_view utf8) {
+    if (to.GetLength() > kLongestReused) {
+        to.Empty();
+    }
+    platform::SetTextFromUtf8(to, utf8);
+}
 
 } // namespace
 
-CString TextPlace::TextOf(std::string_view utf8) {
-    if (utf8.size() > kLongestShared) {
-        return platform::TextFromUtf8(utf8);
+void Assign(const CString& text, CString& to) {
+    if (text.GetString() != to.GetString()) {
+        to = text;
     }
-    if (m_bytes != utf8) {
-        m_text = platform::TextFromUtf8(utf8);
-        m_bytes = utf8;
+}
+
+void TextPlace::Put(std::string_view utf8, CString& to) {
+    if (utf8.size() > kLongestShared || utf8.empty()) {
+        to = platform::TextFromUtf8(utf8);
+        return;
     }
-    return m_text;
+    const bool isRepeated = LastBytes() == utf8;
+    if (isRepeated && !m_text.IsEmpty()) {
+        Assign(m_text, to);
+        return;
+    }
+    m_text.Empty(); // it may be what is overwritten
+    Overwrite(to, utf8);
+    m_text = isRepeated ? to : CString();
+    m_lastSize = utf8.copy(m_last.data(), m_last.size());
 }
 
 std::size_t TextPlaces::Hash::operator()(const Key& key) const {
