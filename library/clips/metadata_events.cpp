@@ -43,6 +43,11 @@ const dom::FieldSet& Members() {
     return fields;
 }
 
+/// About what a text takes.
+std::size_t SizeOf(std::string_view text) {
+    return kTextBytes + text.size() * sizeof(wchar_t);
+}
+
 bool IsField(const TextPlace* place, Role role) {
     return place != nullptr && place->field != nullptr && place->field->role == role;
 }
@@ -143,18 +148,19 @@ TextPlace* MetadataEvents::NextPlace(std::string_view name, bool isAttribute) {
         return nullptr;
     }
     TextPlace& place = m_places.Next(Innermost(), name, isAttribute);
-    return Spend(m_places.Bytes() - std::exchange(m_placeBytes, m_places.Bytes())) ? &place
-                                                                                   : nullptr;
+    return SpendPlaces() ? &place : nullptr;
+}
+
+/// What has come to them.
+bool MetadataEvents::SpendPlaces() {
+    const std::size_t before = std::exchange(m_placeBytes, m_places.Bytes());
+    return before == m_placeBytes || Spend(m_placeBytes - before);
 }
 
 bool MetadataEvents::Spend(std::size_t bytes) {
     m_metadata->isCut = m_metadata->isCut || bytes > m_budget;
     m_budget -= std::min(bytes, m_budget);
     return !m_metadata->isCut;
-}
-
-bool MetadataEvents::SpendText(std::string_view text) {
-    return Spend(kTextBytes + text.size() * sizeof(wchar_t));
 }
 
 void MetadataEvents::BeginMemo() {
@@ -176,7 +182,7 @@ void MetadataEvents::TakeLeaf(const Opened& element) {
     const std::string_view text = std::exchange(m_run, {});
     TextPlace& place = *element.place;
     if (IsField(&place, Role::Value)) {
-        if (SpendText(text)) {
+        if (Spend(SizeOf(text))) {
             const std::size_t index = place.field->index;
             place.Put(text, media::MetadataPaths()[index].member(*m_metadata));
             m_told[index] = true;
@@ -192,7 +198,7 @@ void MetadataEvents::TakeMemoText(TextPlace& place, std::string_view text) {
     MemoMetadata& memo = m_metadata->memos[m_metadata->memos.GetUpperBound()];
     MemoHints& hints = m_hints.back();
     CString value;
-    if (SpendText(text)) {
+    if (Spend(SizeOf(text))) {
         place.Put(text, value);
     }
     switch (IsField(&place, Role::Cell) ? static_cast<MemoName>(place.field->index)
@@ -225,14 +231,12 @@ void MetadataEvents::TakeMemoText(TextPlace& place, std::string_view text) {
 }
 
 void MetadataEvents::Keep(TextPlace& place, std::string_view text) {
-    const bool isRoom =
-        m_texts < kMostTexts && Spend(sizeof(MetadataText) * kGrowth) && SpendText(text);
-    if (!isRoom) {
+    if (m_texts == kMostTexts || !Spend(sizeof(MetadataText) * kGrowth + SizeOf(text))) {
         m_metadata->isCut = true;
         return;
     }
     const CString& path = m_places.PathOf(place);
-    if (!Spend(m_places.Bytes() - std::exchange(m_placeBytes, m_places.Bytes()))) {
+    if (!SpendPlaces()) {
         return;
     }
     if (m_texts == m_metadata->others.GetSize()) {

@@ -54,7 +54,7 @@ private:
     }
     TextPlace* NextPlace(std::string_view name, bool isAttribute);
     bool Spend(std::size_t bytes);
-    bool SpendText(std::string_view text);
+    bool SpendPlaces();
     void BeginMemo();
     void TakeStretch();
     void TakeLeaf(const Opened& element);

@@ -57,22 +57,6 @@ bool KnownWay::Enter(const quick::Name& name, std::span<const quick::Attribute> 
     return true;
 }
 
-const Stretch* KnownWay::Find(const char* at) {
-    if (!m_isKnown || *at != '<') {
-        return nullptr;
-    }
-    const std::size_t offset = OffsetOf(at);
-    const Stretch* const known = StretchMemory::Find(*m_at, m_bytes.substr(offset));
-    if (known == nullptr) {
-        ++m_missed;
-        m_isKnown = false;
-        m_from = m_at;
-        m_unknown = offset;
-        m_marks.clear();
-    }
-    return known;
-}
-
 /// The name and all that may be declared.
 std::string_view KnownWay::KeyOf(const quick::Name& name,
                                  std::span<const quick::Attribute> attributes) {
@@ -83,6 +67,14 @@ std::string_view KnownWay::KeyOf(const quick::Name& name,
         }
     }
     return m_key;
+}
+
+void KnownWay::LearnFrom(std::size_t offset) {
+    ++m_missed;
+    m_isKnown = false;
+    m_from = m_at;
+    m_unknown = offset;
+    m_marks.clear();
 }
 
 /// From what follows there the memory may know how to go on.

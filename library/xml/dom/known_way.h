@@ -55,7 +55,18 @@ public:
     std::string_view Keep(std::string_view text) { return m_memory.Keep(text); }
 
     /// What is known to come there; null for nothing.
-    const Stretch* Find(const char* at);
+    const Stretch* Find(const char* at) {
+        if (!m_isKnown || *at != '<') {
+            return nullptr;
+        }
+        const std::size_t offset = OffsetOf(at);
+        const std::string_view rest(m_bytes.data() + offset, m_bytes.size() - offset);
+        const Stretch* const known = StretchMemory::Find(*m_at, rest);
+        if (known == nullptr) {
+            LearnFrom(offset);
+        }
+        return known;
+    }
     /// Goes over it. Returns how far.
     std::size_t Follow(const Stretch& known, int& depth) {
         ++m_leapt;
@@ -72,6 +83,7 @@ private:
         return static_cast<std::size_t>(at - m_decoded);
     }
     std::string_view KeyOf(const quick::Name& name, std::span<const quick::Attribute> attributes);
+    void LearnFrom(std::size_t offset);
     void LearnUpTo(std::size_t offset);
 
     StretchMemory m_memory;
