@@ -41,14 +41,18 @@ void TextPlace::Put(std::string_view utf8, CString& to) {
         return;
     }
     const bool isRepeated = LastBytes() == utf8;
-    if (isRepeated && !m_text.IsEmpty()) {
+    if (isRepeated && m_isShared) {
         Assign(m_text, to);
         return;
     }
     m_text.Empty(); // it may be what is overwritten
     Overwrite(to, utf8);
-    m_text = isRepeated ? to : CString();
-    m_lastSize = utf8.copy(m_last.data(), m_last.size());
+    if (isRepeated) {
+        m_text = to;
+    } else {
+        m_lastSize = utf8.copy(m_last.data(), m_last.size());
+    }
+    m_isShared = isRepeated;
 }
 
 std::size_t TextPlaces::Hash::operator()(const Key& key) const {
@@ -130,7 +134,7 @@ const dom::FieldSet::Name* TextPlaces::FieldOf(const TextPlace::Kind& kind, cons
 }
 
 const CString& TextPlaces::PathOf(TextPlace& place) {
-    if (place.path.IsEmpty()) {
+    if (!place.hasPath) {
         std::vector<const TextPlace*> way;
         for (const TextPlace* each = &place; each != nullptr; each = each->parent) {
             way.push_back(each);
@@ -145,6 +149,7 @@ const CString& TextPlaces::PathOf(TextPlace& place) {
             }
         }
         place.path = platform::TextFromUtf8(m_scratch);
+        place.hasPath = true;
         m_bytes += kTextBytes + m_scratch.size() * sizeof(wchar_t);
     }
     return place.path;

@@ -35,6 +35,7 @@ struct TextPlace {
     /// What it is in the set of fields; null when it is nothing there.
     const dom::FieldSet::Name* field;
     CString path; ///< made when first asked for
+    bool hasPath = false;
     TextPlace* nextOfKind = nullptr;
     TextPlace* follower = nullptr; ///< the place that came next in the document before
 
@@ -48,7 +49,8 @@ private:
 
     std::array<char, kLongestShared> m_last; ///< of the text that it had last,
     std::size_t m_lastSize = 0;
-    CString m_text; ///< which is this one, once it has come twice
+    bool m_isShared = false; ///< it has come twice,
+    CString m_text;          ///< and is this one
 };
 
 /// The places of the texts in documents of one kind, with their paths. They are remembered from

@@ -258,9 +258,16 @@ CString TextFromUtf8(std::string_view bytes) {
 }
 
 void SetTextFromUtf8(CString& text, std::string_view bytes) {
-    if (IsAscii(bytes)) {
-        SetAscii(text, bytes);
-    } else {
+    const int length = CheckedLength(bytes.size());
+    wchar_t* const place = text.GetBuffer(length);
+    unsigned char all = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        all |= byte;
+        place[i] = byte;
+    }
+    text.ReleaseBuffer(length);
+    if (all > kLastAscii) {
         text = TextFromUtf8(bytes);
     }
 }

@@ -59,11 +59,11 @@ public:
         if (!m_isKnown || *at != '<') {
             return nullptr;
         }
-        const std::size_t offset = OffsetOf(at);
-        const std::string_view rest(m_bytes.data() + offset, m_bytes.size() - offset);
+        // Nothing behind it has been decoded.
+        const std::string_view rest(at, m_bytes.size() - OffsetOf(at));
         const Stretch* const known = StretchMemory::Find(*m_at, rest);
         if (known == nullptr) {
-            LearnFrom(offset);
+            LearnFrom(OffsetOf(at));
         }
         return known;
     }
