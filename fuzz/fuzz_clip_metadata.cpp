@@ -34,12 +34,19 @@ void ExpectSame(ClipMetadata& quick, ClipMetadata& sound) {
             "the memos are the same");
 }
 
-void Check(std::string_view bytes, dom::QuickTeller& teller, clips::MetadataEvents& events) {
+/// Of one card: what was learned, and the record that is filled again and again.
+struct Reading {
+    dom::QuickTeller teller;
+    clips::MetadataEvents events;
+    ClipMetadata metadata;
+};
+
+void Check(std::string_view bytes, Reading& reading) {
     static dom::Document document(dom::SelectionRule::Names::Qualified);
-    ClipMetadata quick;
-    events.FillIn(quick);
-    const bool isPlain = teller.Tell(bytes, events);
-    events.Finish();
+    ClipMetadata& quick = reading.metadata;
+    reading.events.FillIn(quick);
+    const bool isPlain = reading.teller.Tell(bytes, reading.events);
+    reading.events.Finish();
     const bool isLoaded = document.LoadBytes(bytes);
     Require(isLoaded || !isPlain, "what is told is well-formed");
     if (!isLoaded) {
@@ -58,11 +65,10 @@ void Check(std::string_view bytes, dom::QuickTeller& teller, clips::MetadataEven
 } // namespace
 
 void TestInput(Input input) {
-    dom::QuickTeller teller;
-    clips::MetadataEvents events;
+    Reading reading;
     ForEachDocument(input, [&](std::string_view bytes) {
-        Check(bytes, teller, events);
-        Check(bytes, teller, events); // all of it is known
+        Check(bytes, reading);
+        Check(bytes, reading); // all of it is known
     });
 }
 
