@@ -47,7 +47,7 @@ private:
     static constexpr std::size_t kLongestShared = 32;
     [[nodiscard]] std::string_view LastBytes() const { return {m_last.data(), m_lastSize}; }
 
-    std::array<char, kLongestShared> m_last; ///< of the text that it had last,
+    std::array<char, kLongestShared> m_last{}; ///< of the text that it had last,
     std::size_t m_lastSize = 0;
     bool m_isShared = false; ///< it has come twice,
     CString m_text;          ///< and is this one
