@@ -32,6 +32,7 @@ if(NQP2_BUILD_WORKER)
     pkg_check_modules(AVFORMAT REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil
                       libswscale)
     pkg_check_modules(XXHASH REQUIRED IMPORTED_TARGET libxxhash)
+    pkg_check_modules(CRYPTO REQUIRED IMPORTED_TARGET libcrypto)
     pkg_check_modules(TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg)
     pkg_check_modules(BLKID REQUIRED IMPORTED_TARGET blkid)
     pkg_check_modules(UDEV REQUIRED IMPORTED_TARGET libudev)

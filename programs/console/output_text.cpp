@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/output_text.h"
+#include "console/output_text.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 
 #include <algorithm>
 #include <concepts>

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/display_text.h"
-#include "nqp2/transfer_watch.h"
+#include "console/progress_bar.h"
+
+#include "console/display_text.h"
 
 #include <gtest/gtest.h>
 

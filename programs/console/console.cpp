@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/console.h"
+#include "console/console.h"
 
-#include "nqp2/display_text.h"
+#include "console/display_text.h"
 #include "NQP2ParserU/Terminal.h"
 
 #include <fmt/core.h>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/json_writer.h"
+#include "console/json_writer.h"
 
-#include "nqp2/json_text.h"
+#include "console/json_text.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <array>

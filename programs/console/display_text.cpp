@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/display_text.h"
+#include "console/display_text.h"
 
-#include "nqp2/output_text.h"
-#include "nqp2/utf8_text.h"
+#include "console/output_text.h"
+#include "console/utf8_text.h"
 
 #include <fmt/core.h>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/utf8_text.h"
+#include "console/utf8_text.h"
 
 #include <algorithm>
 #include <iterator>

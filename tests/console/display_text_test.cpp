@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/display_text.h"
+#include "console/display_text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/value.h"
+#include "console/value.h"
 
 namespace nqp2::tool {
 namespace {

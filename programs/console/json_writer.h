@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "nqp2/output_text.h"
-#include "nqp2/value_sink.h"
+#include "console/output_text.h"
+#include "console/value_sink.h"
 
 namespace nqp2::tool {
 
