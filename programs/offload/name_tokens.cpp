@@ -5,10 +5,11 @@
 
 #include "console/console.h"
 #include "media/card_layout.h"
+#include "offload/mhl/chain.h"
+#include "offload/mhl/name_rules.h"
 #include "platform/case_fold.h"
 #include "platform/durable_file.h"
 #include "platform/folder.h"
-#include "platform/unicode.h"
 
 #include <fmt/core.h>
 
@@ -98,14 +99,11 @@ std::string FaultOfName(const std::string& name) {
     if (name.size() > media::kLongestFileName) {
         return "is longer than names of folders can be";
     }
-    if (!IsRecordable(name)) {
-        return "holds bytes that a hash list cannot record";
-    }
     // Lists of other tools are blind below a folder of their own name.
-    if (platform::FoldNameCase(name) == "ascmhl" || platform::IsLeftoverName(name)) {
+    if (platform::FoldNameCase(name) == mhl::kHistoryFolder || platform::IsLeftoverName(name)) {
         return "has a meaning of its own";
     }
-    return "";
+    return mhl::NameFault(name);
 }
 
 bool IsGenericName(std::string_view name) {
@@ -117,24 +115,6 @@ bool IsGenericName(std::string_view name) {
     }
     return platform::FoldNameCase(folded).empty() ||
            std::find(kGenericNames.begin(), kGenericNames.end(), folded) != kGenericNames.end();
-}
-
-bool IsRecordable(std::string_view name) {
-    const bool isPlain = std::all_of(name.begin(), name.end(), [](char byte) {
-        const auto code = static_cast<unsigned char>(byte);
-        return code >= 0x20 || byte == '\t' || byte == '\n' || byte == '\r';
-    });
-    if (!isPlain) {
-        return false;
-    }
-    // Bytes that are no UTF-8 come in as lone surrogates, which XML has not, as it has not the two
-    // last code points of the first plane.
-    const CString text = platform::TextFromNameBytes(name);
-    const auto letters = text.View();
-    return std::none_of(letters.begin(), letters.end(), [](wchar_t letter) {
-        const auto code = static_cast<std::uint32_t>(letter);
-        return (code >= 0xD800 && code <= 0xDFFF) || code == 0xFFFE || code == 0xFFFF;
-    });
 }
 
 } // namespace nqp2::offload

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -29,8 +28,5 @@ std::string FaultOfName(const std::string& name);
 
 /// Whether a folder's name says nothing about the card that it is.
 bool IsGenericName(std::string_view name);
-
-/// Whether a name can stand in a hash list: UTF-8, and no control character that XML refuses.
-bool IsRecordable(std::string_view name);
 
 } // namespace nqp2::offload
