@@ -108,13 +108,12 @@ void ReadAll(Inspection& inspection, copy::Fan& fan, Reading& reading) {
     fan.Finish();
 }
 
-void HashFiles(Inspection& inspection, platform::Folder& root, FormatSet wished,
-               tool::RunProgress& progress) {
+void HashFiles(Inspection& inspection, FormatSet wished, tool::RunProgress& progress) {
     const FormatsByFile formats(inspection.history, inspection.index.tree, wished);
     inspection.formats = formats.All();
     FileHashes hashes(formats.All(), [&](std::size_t node) { return formats.Of(node); });
     Reading reading(inspection, hashes, progress);
-    copy::Fan fan(root, {}, hashes.Takers(), reading);
+    copy::Fan fan(*inspection.root, {}, hashes.Takers(), reading);
     reading.Follow(fan);
     progress.Begin("read", inspection.index.tree.FileCount(), inspection.index.bytes);
     ReadAll(inspection, fan, reading);
@@ -167,22 +166,28 @@ void LeaveOutUnseen(Inspection& inspection) {
                                     inspection.index.tree.FileCount()));
 }
 
-void LookAndRead(Inspection& inspection, FormatSet wished, tool::RunProgress& progress) {
+std::unique_ptr<platform::Folder> OpenFolder(const std::string& folder) {
     std::unique_ptr<platform::Folder> root;
-    copy::Require(platform::Files().OpenFolder(inspection.folder, root), "open", inspection.folder);
+    if (const platform::IoStatus status = platform::Files().OpenFolder(folder, root); !status) {
+        throw tool::Failure(folder, "cannot be opened", status.reason);
+    }
+    return root;
+}
+
+void LookAndRead(Inspection& inspection, FormatSet wished, tool::RunProgress& progress) {
     WalkFolder(
-        *root, inspection.history.Ignored(),
+        *inspection.root, inspection.history.Ignored(),
         [](const std::string& /*path*/, const platform::FileInfo& /*info*/) {
             return !WasInterrupted();
         },
         inspection.index);
-    HashFiles(inspection, *root, wished, progress);
+    HashFiles(inspection, wished, progress);
 }
 
 } // namespace
 
 Inspection::Inspection(std::string folderToInspect)
-    : folder(std::move(folderToInspect)), history(mhl::History::Open(platform::Files(), folder)) {}
+    : folder(std::move(folderToInspect)), root(OpenFolder(folder)), history(mhl::History::Open(platform::Files(), folder)) {}
 
 bool Inspection::IsComplete() const {
     return index.unread.Count() == 0 && unreadable.Count() == 0;
