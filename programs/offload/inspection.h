@@ -27,9 +27,8 @@ struct Inspection {
     std::string folder;
     std::unique_ptr<platform::Folder> root;
     mhl::History history;
-    FolderIndex index;     ///< of what is there, hashed
-    OddEntries unreadable; ///< files that could not be read, or changed meanwhile; why
-    mhl::FormatSet formats;
+    FolderIndex index;          ///< of what is there, hashed
+    OddEntries unreadable;      ///< files that could not be read, or changed meanwhile; why
     mhl::Comparison comparison; ///< nothing counts as missing that could not be looked at
     std::uint64_t unseen = 0;   ///< recorded files and folders of which that is so
     std::uint64_t filesRead = 0;
