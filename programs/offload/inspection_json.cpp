@@ -101,14 +101,15 @@ Record GenerationRecord(const mhl::Generation& generation) {
     return {{"number", generation.number},       {"manifest", generation.name},
             {"whole", generation.isWhole},       {"tool", generation.head.tool},
             {"host", generation.head.hostName},  {"comment", generation.head.comment},
-            {"formats", HashList(generation.c4)}};
+            {"created", TimeOf(generation.head.created)},
+            {"c4", generation.c4.Text(mhl::HashFormat::C4)}};
 }
 
 Record AddedRecord(const mhl::AddedGeneration& added) {
     return {{"number", added.number},
             {"manifest", added.path},
             {"c4", added.c4.Text(mhl::HashFormat::C4)},
-            {"root", HashList(added.root)}};
+            {"root", FolderHashList(added.root)}};
 }
 
 void AddSum(Record& document, const Inspection& inspection) {
