@@ -58,7 +58,7 @@ public:
         Tree tree;
         Walk(history, formats, tree, kScope, "");
         tree.Sort();
-        tree.HashFolders(FormatSet::All());
+        tree.HashFolders(formats | history.Formats());
         return tree;
     }
     [[nodiscard]] Comparison Verify(FormatSet formats = HashFormat::Xxh128) const {
