@@ -175,12 +175,14 @@ private:
         const auto newest = static_cast<std::uint32_t>(m_part.generations.size());
         Tree& tree = m_state.expected;
         const NodeId top = tree.Find(m_part.folder);
+        m_state.isCurrent.resize(tree.Size());
         const bool hasRoot = newest > 0 && m_part.generations.back().head.root.has_value();
         for (NodeId node = top != kNoNode ? tree.FirstInPostOrder(top) : kNoNode; node != kNoNode;
              node = tree.NextInPostOrder(node, top)) {
-            const bool isOld =
-                node == top ? !hasRoot
-                            : node >= m_state.recorded.size() || m_state.recorded[node] != newest;
+            const bool isRecorded =
+                node < m_state.recorded.size() && m_state.recorded[node] == newest;
+            const bool isOld = node == top ? !hasRoot : !isRecorded;
+            m_state.isCurrent[node] = isRecorded && !m_state.hasFailed[node];
             if (tree.IsFolder(node) && isOld) {
                 tree.SetFolderHashes(node, {});
             }
@@ -369,6 +371,7 @@ void ReadHistories(HistoryState& state) {
         ForgetAbove(state, each);
     }
     state.recorded.resize(state.expected.Size());
+    state.isCurrent.resize(state.expected.Size());
     state.isGone.resize(state.expected.Size());
 }
 
