@@ -202,6 +202,20 @@ class SealTest(CopyTest):
         self.assert_counts(self.told_of("seal", self.copy), {"renamed": 1})
         self.assertTrue(self.told_of("verify", self.copy)["well"])
 
+    def test_names_of_all_bytes_are_recorded_as_they_are_or_told(self):
+        names = [b"<" + bytes([byte]) + b"&" for byte in range(1, 256) if byte != ord("/")]
+        for name in names:
+            hostile(self.copy, name)
+        document = self.told_of("seal", self.copy)
+        recorded = {path[2:].encode() for path in hash_lists.read_manifest(newest(self.copy))
+                    if path.startswith("A/<")}
+        self.assertLessEqual({name for name in names if 32 <= name[1] < 127}, recorded)
+        self.assertEqual(len(recorded) + document["counts"]["leftOut"], len(names))
+        self.assertLessEqual(recorded, set(names))
+        document = self.told_of("verify", self.copy)
+        self.assert_counts(document, {"leftOut": len(names) - len(recorded)})
+        self.assertEqual(document["counts"]["verified"], len(COPY) + len(recorded))
+
     def test_an_interrupted_run_leaves_no_list(self):
         with open(self.copy / "huge", "wb") as huge:
             huge.truncate(1 << 36)
@@ -274,6 +288,20 @@ class VerifyTest(CopyTest):
         self.assertEqual(document["counts"]["unseen"], 3)
         self.assertEqual(document["counts"]["missing"], 0)
         self.assertEqual(document["notAdded"], "not all could be read")
+
+    def test_a_file_that_changes_while_it_is_read_is_told(self):
+        with open(self.copy / "huge", "wb") as huge:
+            huge.truncate(1 << 32)
+            with subprocess.Popen(command_line("seal", self.copy, "--progress", "json"),
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+                while json.loads(process.stderr.readline())["bytes"] < 12_000_000:
+                    pass
+                huge.write(b"x")
+                huge.flush()
+                shown, _ = process.communicate(timeout=60)
+        self.assertRegex(shown.decode(), "unreadable: huge .*changed while it was being read")
+        self.assertEqual(process.returncode, 1)
+        self.assertFalse((self.copy / "ascmhl").exists())
 
     def test_without_a_history_nothing_is_proven(self):
         self.assert_fails(run("verify", self.copy), 1,
