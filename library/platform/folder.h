@@ -80,8 +80,8 @@ public:
     virtual IoStatus Flush() = 0;
     /// Brings all files and names of the folder's file system onto the medium.
     virtual IoStatus FlushAll() = 0;
-    /// Gives the folder the time of change of another.
-    virtual IoStatus KeepTime(const FileInfo& source) = 0;
+    /// Gives an entry, or with "" the folder itself, the time of change of another; a link's own.
+    virtual IoStatus KeepTime(const std::string& name, const FileInfo& source) = 0;
 
     /// Free bytes of the folder's medium that an ordinary user may fill.
     virtual IoStatus UsableSpace(std::uint64_t& bytes) = 0;

@@ -13,7 +13,8 @@ namespace nqp2::platform {
 /// What a folder's files lie on; asked by Folder::Medium.
 struct MediumFacts {
     /// The whole disks behind the file system ("8:0"), through partitions, volumes and loop files;
-    /// a server with its share ("server:/share", "//server/share"); "memory". Empty: unknown.
+    /// a server with its share ("server:/share", "//server/share"). Empty: unknown, or no medium
+    /// at all, as memory is none.
     std::vector<std::string> disks;
     std::string server;     ///< that it is reached through; empty when it is none
     std::string fileSystem; ///< "ext4", "vfat", as the system calls it; empty: unknown
