@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/CardFinder.h"
+#include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/P2Clip.h"
 #include "NQP2ParserU/P2EDL.h"
 #include "NQP2ParserU/ScanReport.h"

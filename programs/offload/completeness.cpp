@@ -167,8 +167,7 @@ private:
             std::set<std::string_view> told;
             for (const avchd::PlayItem& item : playlist->items) {
                 const CString name = TextFromBytes(item.Name());
-                const bool isThere =
-                    source.Information().Has(name + kind.files.information.Text());
+                const bool isThere = source.Information().Has(name + kind.files.information.Text());
                 if (!isThere && told.insert(item.Name()).second) {
                     Tell(Gap::Of::EditList, BytesFromText(file.title),
                          fmt::format("its clip {} is not there", item.Name()));

@@ -37,7 +37,7 @@ constexpr std::string_view kCounter = "counter";
 
 /// Names that volumes have when nobody named them, folded; and folders in which volumes are put.
 constexpr std::array<std::string_view, 16> kGenericNames = {
-    "untitled", "no name", "no_name",  "noname", "unnamed",  "new volume", "volume", "disk",
+    "untitled", "no name", "no_name", "noname", "unnamed",  "new volume", "volume", "disk",
     "usb disk", "usbdisk", "sd_card", "card",   "contents", "private",    "media",  "mnt"};
 
 /// Bytes that FAT, exFAT or NTFS refuse in names.
@@ -85,8 +85,8 @@ std::string FillName(const std::string& pattern, const NameFacts& facts, int cou
             return name + pattern.substr(at);
         }
         name += pattern.substr(at, open - at);
-        name += ValueOf(std::string_view(pattern).substr(open + 1, close - open - 1), facts,
-                        counter);
+        name +=
+            ValueOf(std::string_view(pattern).substr(open + 1, close - open - 1), facts, counter);
         at = close + 1;
     }
     return name;

@@ -1,0 +1,47 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "offload/mhl/comparison.h"
+#include "offload/mhl/history.h"
+#include "offload/walk.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace nqp2::tool {
+class RunProgress;
+}
+
+namespace nqp2::offload {
+
+/// A folder, all of whose files were read around the cache, hashed, and held against the history of
+/// the folder.
+struct Inspection {
+    explicit Inspection(std::string folderToInspect);
+
+    std::string folder;
+    mhl::History history;
+    FolderIndex index;     ///< of what is there, hashed
+    OddEntries unreadable; ///< files that could not be read, or changed meanwhile; why
+    mhl::FormatSet formats;
+    mhl::Comparison comparison; ///< nothing counts as missing that could not be looked at
+    std::uint64_t unseen = 0;   ///< recorded files and folders of which that is so
+    std::uint64_t filesRead = 0;
+    std::uint64_t bytesRead = 0;
+    double seconds = 0;
+
+    /// Whether every file and folder could be looked at and read.
+    [[nodiscard]] bool IsComplete() const;
+    /// Whether nothing at all is wrong.
+    [[nodiscard]] bool IsClean() const;
+};
+
+/// Inspects a folder. `wished` are formats that all files are hashed in beside those that the
+/// history has for them; when there is neither, it is XXH128. Throws tool::Failure when the folder
+/// cannot be opened, and after Ctrl-C.
+void Inspect(Inspection& inspection, mhl::FormatSet wished, tool::RunProgress& progress);
+
+} // namespace nqp2::offload
