@@ -4,6 +4,7 @@
 #pragma once
 
 #include "copy/digest.h"
+#include "copy/new_file.h"
 #include "platform/folder.h"
 
 #include <cstddef>
@@ -121,8 +122,5 @@ private:
     class Work;
     std::unique_ptr<Work> m_work;
 };
-
-/// What files of these sizes take on a medium, at most: for comparison with UsableSpace.
-std::uint64_t SpaceTaken(std::uint64_t size);
 
 } // namespace nqp2::copy
