@@ -27,12 +27,6 @@ FanItem ItemOf(const FolderIndex& index, NodeId node) {
     return {index.tree.PathOf(node), index.InfoOf(node), node};
 }
 
-/// Whether all bytes of an item have to be hashed in all formats: those of the list, and those by
-/// which the card's own lists can be checked.
-mhl::FormatSet FormatsToMake(const Plan& plan) {
-    return plan.history ? plan.formats | plan.history->Formats() : plan.formats;
-}
-
 /// Takes what the fan tells of a copy in the making.
 class Copying final : public copy::FanReport {
 public:
@@ -169,7 +163,9 @@ public:
     void Follow(const copy::Fan& fan) { m_fan = &fan; }
     void BeginFile(const std::string& path) { m_file = path; }
     [[nodiscard]] std::uint64_t Agreed() const { return m_agreed; }
-    [[nodiscard]] tool::RunState State() const { return {m_fan->BytesRead(), m_agreed, m_file, {}}; }
+    [[nodiscard]] tool::RunState State() const {
+        return {m_fan->BytesRead(), m_agreed, m_file, {}};
+    }
 
     bool GoesOn() override {
         m_progress.Show(State());
@@ -221,7 +217,7 @@ double SecondsSince(Clock::time_point begin) {
 }
 
 void CopyCard(Plan& plan, tool::RunProgress& progress, ReadDigests& digests, Outcome& outcome) {
-    const mhl::FormatSet formats = FormatsToMake(plan);
+    const mhl::FormatSet formats = plan.FormatsToMake();
     FileHashes hashes(formats, [formats](std::size_t) { return formats; });
     Copying copying(plan, hashes, progress, digests, outcome);
     progress.Begin("copy", plan.index.tree.FileCount(), plan.index.bytes);
@@ -259,8 +255,7 @@ void ReadCardAgain(Plan& plan, tool::RunProgress& progress, const ReadDigests& d
         outcome.wasCancelled = true;
     }
     outcome.card.isReadTwice = !outcome.wasCancelled;
-    outcome.card.readingsAgree = outcome.card.isReadTwice &&
-                                 outcome.readOtherwise.Count() == 0 &&
+    outcome.card.readingsAgree = outcome.card.isReadTwice && outcome.readOtherwise.Count() == 0 &&
                                  rereading.Agreed() == plan.index.tree.FileCount();
 }
 

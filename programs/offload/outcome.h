@@ -33,9 +33,10 @@ struct CopyOutcome {
 
 /// What became of a run.
 struct Outcome {
-    std::vector<CopyOutcome> copies; ///< in the order of the targets
-    OddEntries cannotRead;           ///< files of the card; also those that changed
-    OddEntries readOtherwise;        ///< files that the second reading gave other bytes of
+    std::vector<CopyOutcome> copies;         ///< in the order of the targets
+    OddEntries cannotRead;                   ///< files of the card; also those that changed
+    OddEntries readOtherwise;                ///< files that the second reading gave other bytes of
+    OddEntries changes;                      ///< of the card since it was first looked at
     std::vector<std::string> againstHistory; ///< what is wrong with the card by its own lists
     std::uint64_t filesRead = 0;
     std::uint64_t bytesRead = 0; ///< at the first reading

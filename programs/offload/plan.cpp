@@ -93,9 +93,8 @@ void RequireName(const std::string& name, bool isGiven) {
 }
 
 [[noreturn]] void ThrowTaken(const Plan& plan) {
-    const auto taken = std::find_if(plan.targets.begin(), plan.targets.end(), [](const auto& each) {
-        return Is(each, TargetState::Taken);
-    });
+    const auto taken = std::find_if(plan.targets.begin(), plan.targets.end(),
+                                    [](const auto& each) { return Is(each, TargetState::Taken); });
     throw Failure(taken->path, "is there already",
                   taken->whyTaken + "; give this card another --name");
 }

@@ -36,6 +36,11 @@ struct Plan {
     std::string name;                    ///< of the copies
     std::vector<Target> targets;
     std::vector<std::string> warnings;
+
+    /// Those of the list, and those by which the card's own lists can be checked.
+    [[nodiscard]] mhl::FormatSet FormatsToMake() const {
+        return history ? formats | history->Formats() : formats;
+    }
 };
 
 /// Looks at the card and at all targets. Throws tool::Failure, with nothing written, when a target

@@ -66,7 +66,7 @@ void SetState(Target& target, TargetState same, const CardIdentity& found,
     if (found.IsSame(card)) {
         target.state = same;
     } else {
-        target.whyTaken = found.files.empty()       ? "it is no copy that this program made"
+        target.whyTaken = found.files.empty()        ? "it is no copy that this program made"
                           : found.IsOtherState(card) ? "it is a copy of this card in another state"
                                                      : "it is a copy of another card";
     }

@@ -1,0 +1,108 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "offload/list_copying.h"
+
+#include "copy/failure.h"
+#include "copy/fan.h"
+#include "NQP2ParserU/Interrupt.h"
+#include "offload/mhl/chain.h"
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+namespace nqp2::offload {
+namespace {
+
+using copy::Failure;
+using copy::FanItem;
+using copy::Require;
+using platform::Folder;
+using platform::FolderEntry;
+using platform::PathIn;
+
+/// Fails with the first thing that goes wrong: lists are whole or of no use.
+class Strict final : public copy::FanReport {
+public:
+    bool GoesOn() override { return !WasInterrupted(); }
+    void HasRead(const FanItem& /*file*/, const copy::Digest::Bytes& /*digest*/) override {}
+    void CannotRead(const FanItem& file, const std::string& sentence) override {
+        throw Failure(file.path + ": " + sentence);
+    }
+    void HasArrived(std::size_t /*target*/, const FanItem& /*file*/,
+                    copy::Arrival /*how*/) override {}
+    void HasSetAside(std::size_t /*target*/, const FanItem& /*file*/,
+                     const std::string& /*aside*/) override {}
+    void HasFailed(std::size_t /*target*/, const FanItem& item,
+                   const std::string& sentence) override {
+        throw Failure(item.path + ": " + sentence);
+    }
+    void HasEnded(std::size_t /*target*/, const std::string& sentence) override {
+        throw Failure(sentence);
+    }
+};
+
+/// Whether the copy has a chain there that begins as the card's: it was copied before.
+bool GoesOnThere(const Plan& plan, const Target& target, const std::string& lists) {
+    constexpr std::uint64_t kLongestChain = std::uint64_t{64} << 20U;
+    const std::string chain = PathIn(lists, std::string(mhl::kChainFile));
+    std::string ours;
+    std::string theirs;
+    const auto read = [&](const std::string& root, std::string& text) {
+        return static_cast<bool>(platform::Files().Read(PathIn(root, chain), kLongestChain, text));
+    };
+    if (!read(plan.card, ours) || !read(target.path, theirs)) {
+        return false;
+    }
+    const auto onFault = [](int /*line*/, const std::string& /*sentence*/) {};
+    const mhl::Chain card = mhl::ReadChain(ours, onFault);
+    const mhl::Chain copy = mhl::ReadChain(theirs, onFault);
+    return card.isWhole && copy.isWhole && card.entries.size() <= copy.entries.size() &&
+           std::equal(card.entries.begin(), card.entries.end(), copy.entries.begin(),
+                      [](const mhl::ChainEntry& one, const mhl::ChainEntry& other) {
+                          return one.number == other.number && one.name == other.name &&
+                                 one.c4 == other.c4;
+                      });
+}
+
+/// The files of a folder of lists, the chain at the end. What writers have left is not copied.
+std::vector<FanItem> FilesOf(const Plan& plan, const std::string& lists) {
+    std::unique_ptr<Folder> folder;
+    std::vector<FolderEntry> entries;
+    Require(OpenBelow(*plan.opened, lists, folder), "open", PathIn(plan.card, lists));
+    Require(folder->List(entries), "read", PathIn(plan.card, lists));
+    std::vector<FanItem> files;
+    for (const FolderEntry& entry : entries) {
+        FanItem item{PathIn(lists, entry.name), {}, 0};
+        Require(folder->Stat(entry.name, item.info), "read", item.path);
+        if (item.info.kind == platform::EntryKind::File && !entry.name.starts_with('.')) {
+            files.push_back(item);
+        }
+    }
+    std::stable_partition(files.begin(), files.end(), [](const FanItem& file) {
+        return !file.path.ends_with(mhl::kChainFile);
+    });
+    return files;
+}
+
+} // namespace
+
+void CopyLists(const Plan& plan, const Target& target) {
+    Strict report;
+    copy::Fan fan(*plan.opened, {target.path}, {}, report);
+    for (const std::string& lists : plan.index.histories) {
+        if (GoesOnThere(plan, target, lists)) {
+            continue;
+        }
+        FanItem folder{lists, {}, 0};
+        folder.info.kind = platform::EntryKind::Folder;
+        fan.MakeFolder(folder);
+        for (const FanItem& file : FilesOf(plan, lists)) {
+            fan.Copy(file);
+        }
+        fan.Finish();
+    }
+}
+
+} // namespace nqp2::offload
