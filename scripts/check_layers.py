@@ -36,6 +36,7 @@ ROOMS = {
 # The programs that are built from rooms; they include each other as worker/..., copy/...
 PROGRAMS = {
     "copy": BASE,
+    "offload/mhl": BASE | {"xml/dom"},
     "worker": LIBRARY_OF_WORKER | {"copy"},
     # The module shares the headers that the two agree on.
     "worker/av": BASE | {"worker"},

@@ -30,8 +30,10 @@ struct AddedGeneration {
     std::string path; ///< of the manifest, below the outermost scope
     std::uint64_t number = 0;
     Hashes c4;
-    Hashes root; ///< the content's root hash
+    FolderHashes root;
 };
+
+struct HistoryState;
 
 /// What all generations of a folder's history, and those of the histories below it, say.
 class History {
@@ -66,21 +68,23 @@ public:
     [[nodiscard]] bool IsExpected(NodeId node) const;
     /// The patterns of all generations of this history and those below it, with the default ones.
     [[nodiscard]] const IgnoreList& Ignored() const;
+    /// Adds one more pattern to them, for the generations to come as well. False when there are too
+    /// many.
+    bool Ignore(std::string_view pattern);
     /// The formats that are recorded for files or folders anywhere.
     [[nodiscard]] FormatSet Formats() const;
 
     /// Adds a generation of the whole scope to each history below it, the innermost first, and to
     /// this one, which is made when there is none. `tree`: everything that is there and not
     /// ignored, sorted, with hashes, actions (comparison.h) and folder hashes. Of the head
-    /// `ignored` and `root` are filled in. A history with faults takes no generation. What was
+    /// `ignored` and `root` do not count. A history with faults takes no generation. What was
     /// added before a failure stays, and is sound. This object is to be opened anew afterwards.
     platform::IoStatus AddGeneration(const ManifestHead& head, const Tree& tree,
                                      std::vector<AddedGeneration>& added) const;
 
 private:
-    struct State;
-    explicit History(std::unique_ptr<State> state);
-    std::unique_ptr<State> m_state;
+    explicit History(std::unique_ptr<HistoryState> state);
+    std::unique_ptr<HistoryState> m_state;
 };
 
 /// "0001_A001_2026-11-21_080910Z.mhl". What a file name cannot hold is replaced.

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "offload/mhl/path_pattern.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -10,8 +12,8 @@
 
 namespace nqp2::mhl {
 
-inline constexpr std::size_t kMaxPatternBytes = 4096;
-inline constexpr std::size_t kMaxPatterns = 1000;
+inline constexpr std::size_t kMaxPatternBytes = 1024;
+inline constexpr std::size_t kMaxPatterns = 256;
 
 /// Patterns as the lines of a .gitignore: what they fit is not copied or hashed. The last one that
 /// fits decides; what lies in an ignored folder is ignored. A question takes time in proportion to
@@ -34,13 +36,10 @@ public:
 
 private:
     struct Pattern {
-        std::vector<std::string> parts; ///< between slashes
+        PathPattern path;
         bool isNegated = false;
         bool isForFolders = false;
-        bool isAnchored = false;
     };
-    static Pattern Parse(std::string_view line);
-    static bool Fits(const Pattern& pattern, const std::vector<std::string_view>& path);
 
     std::vector<std::string> m_texts;
     std::vector<Pattern> m_patterns;

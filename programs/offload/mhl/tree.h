@@ -10,6 +10,7 @@
 #include <deque>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,8 @@ struct FolderHashes {
     Hashes content;
     Hashes structure;
 };
+
+class FolderHasher;
 
 /// The files and folders of a scope with their hashes: those on a disk, or those that a history
 /// expects. About 100 bytes a file beside its name. Not for several threads at once, but that
@@ -68,8 +71,11 @@ public:
     [[nodiscard]] NodeId NextSibling(NodeId node) const { return m_nodes[node].nextSibling; }
     /// Everything below a folder, and then itself: first what is in a folder's folders, then its
     /// own files, each in the children's order; a folder comes right behind its content.
-    [[nodiscard]] NodeId FirstInPostOrder(NodeId top) const;
-    [[nodiscard]] NodeId NextInPostOrder(NodeId node, NodeId top) const; ///< kNoNode behind `top`
+    /// What is below the `closed` folders, which are sorted, is left out.
+    using Closed = std::span<const NodeId>;
+    [[nodiscard]] NodeId FirstInPostOrder(NodeId top, Closed closed = {}) const;
+    /// kNoNode behind `top`.
+    [[nodiscard]] NodeId NextInPostOrder(NodeId node, NodeId top, Closed closed = {}) const;
 
     /// Of a file.
     void SetHashes(NodeId file, const Hashes& hashes);
@@ -114,7 +120,11 @@ private:
     std::optional<NodeId> Add(NodeId parent, std::string_view name, Node node);
     [[nodiscard]] std::size_t SlotOf(NodeId parent, std::string_view name) const;
     void GrowIndex();
-    void StoreDigests(NodeId node, FormatSet formats, const Hashes& first, const Hashes* second);
+    void StoreDigests(NodeId node, const Hashes& first, const Hashes* second);
+    [[nodiscard]] NodeId FirstBelow(NodeId folder, Closed closed) const;
+    [[nodiscard]] NodeId NextOfKind(NodeId sibling, bool isFolder) const;
+    [[nodiscard]] std::string_view DigestOf(NodeId node, HashFormat format, bool isStructure) const;
+    void HashFolder(NodeId folder, FormatSet formats, FolderHasher& hasher);
     [[nodiscard]] Hashes LoadDigests(NodeId node, std::size_t start) const;
     void SortChildren(NodeId folder, std::vector<NodeId>& scratch);
 
