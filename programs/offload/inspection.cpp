@@ -6,22 +6,19 @@
 #include "console/console.h"
 #include "console/run_progress.h"
 #include "copy/failure.h"
-#include "copy/fan.h"
 #include "NQP2ParserU/Interrupt.h"
-#include "offload/file_hashes.h"
+#include "offload/folder_reading.h"
 #include "platform/folder.h"
 
 #include <fmt/core.h>
 
 #include <chrono>
-#include <memory>
 #include <set>
 #include <utility>
 
 namespace nqp2::offload {
 namespace {
 
-using copy::FanItem;
 using mhl::FormatSet;
 using mhl::HashFormat;
 using mhl::NodeId;
@@ -52,75 +49,41 @@ private:
     std::vector<std::uint8_t> m_bits;
 };
 
-/// Takes what the fan tells of files that are read for no target.
-class Reading final : public copy::FanReport {
+/// Takes what is told of the files.
+class Watch final : public ReadingWatch {
 public:
-    Reading(Inspection& inspection, FileHashes& hashes, tool::RunProgress& progress)
-        : m_inspection(inspection), m_hashes(hashes), m_progress(progress) {}
+    Watch(Inspection& inspection, tool::RunProgress& progress)
+        : m_inspection(inspection), m_progress(progress) {}
 
-    void Follow(const copy::Fan& fan) { m_fan = &fan; }
-    void BeginFile(std::string path) { m_file = std::move(path); }
-    [[nodiscard]] tool::RunState State() const {
-        return {m_fan->BytesRead(), m_inspection.filesRead, m_file, {}};
-    }
-
-    bool GoesOn() override {
-        m_progress.Show(State());
+    bool GoesOn(const ReadingState& state) override {
+        m_progress.Show({state.bytes, state.files, state.file, {}});
         return !WasInterrupted();
     }
-    void HasRead(const FanItem& file, const copy::Digest::Bytes& digest) override {
+    void HasRead(NodeId file, const mhl::Hashes& hashes) override {
         ++m_inspection.filesRead;
-        m_inspection.index.tree.SetHashes(static_cast<NodeId>(file.number),
-                                          m_hashes.Take(file, digest));
+        m_inspection.index.tree.SetHashes(file, hashes);
     }
-    void CannotRead(const FanItem& file, const std::string& sentence) override {
-        m_inspection.unreadable.Add(file.path, sentence);
-        m_progress.Fail(file.path, "", sentence);
+    void CannotRead(NodeId file, const std::string& sentence) override {
+        const std::string path = m_inspection.index.tree.PathOf(file);
+        m_inspection.unreadable.Add(path, sentence);
+        m_progress.Fail(path, "", sentence);
     }
-    // There are no targets.
-    void HasArrived(std::size_t /*target*/, const FanItem& /*file*/,
-                    copy::Arrival /*how*/) override {}
-    void HasSetAside(std::size_t /*target*/, const FanItem& /*file*/,
-                     const std::string& /*aside*/) override {}
-    void HasFailed(std::size_t /*target*/, const FanItem& /*item*/,
-                   const std::string& /*sentence*/) override {}
-    void HasEnded(std::size_t /*target*/, const std::string& /*sentence*/) override {}
 
 private:
     Inspection& m_inspection;
-    FileHashes& m_hashes;
     tool::RunProgress& m_progress;
-    const copy::Fan* m_fan = nullptr;
-    std::string m_file;
 };
 
-/// In the order of folders and names, which is the one in which copies are written.
-void ReadAll(Inspection& inspection, copy::Fan& fan, Reading& reading) {
-    const Tree& tree = inspection.index.tree;
-    for (NodeId node = tree.FirstInPostOrder(mhl::kScope); node != mhl::kNoNode;
-         node = tree.NextInPostOrder(node, mhl::kScope)) {
-        if (!tree.IsFolder(node)) {
-            const std::string path = tree.PathOf(node);
-            reading.BeginFile(path);
-            fan.Copy({path, inspection.index.InfoOf(node), node});
-        }
-    }
-    fan.Finish();
-}
-
-void HashFiles(Inspection& inspection, platform::Folder& root, FormatSet wished,
-               tool::RunProgress& progress) {
+void HashFiles(Inspection& inspection, FormatSet wished, tool::RunProgress& progress) {
     const FormatsByFile formats(inspection.history, inspection.index.tree, wished);
-    inspection.formats = formats.All();
-    FileHashes hashes(formats.All(), [&](std::size_t node) { return formats.Of(node); });
-    Reading reading(inspection, hashes, progress);
-    copy::Fan fan(root, {}, hashes.Takers(), reading);
-    reading.Follow(fan);
+    Watch watch(inspection, progress);
+    FolderReading reading(
+        inspection.folder, inspection.index, formats.All(),
+        [&](std::size_t node) { return formats.Of(node); }, watch);
     progress.Begin("read", inspection.index.tree.FileCount(), inspection.index.bytes);
-    ReadAll(inspection, fan, reading);
-    inspection.bytesRead = fan.BytesRead();
-    reading.BeginFile("");
-    progress.End(reading.State());
+    reading.Run(ReadersFor(*inspection.root));
+    inspection.bytesRead = reading.State().bytes;
+    progress.End({inspection.bytesRead, inspection.filesRead, {}, {}});
     inspection.index.tree.HashFolders(formats.All());
 }
 
@@ -167,22 +130,29 @@ void LeaveOutUnseen(Inspection& inspection) {
                                     inspection.index.tree.FileCount()));
 }
 
-void LookAndRead(Inspection& inspection, FormatSet wished, tool::RunProgress& progress) {
+std::unique_ptr<platform::Folder> OpenFolder(const std::string& folder) {
     std::unique_ptr<platform::Folder> root;
-    copy::Require(platform::Files().OpenFolder(inspection.folder, root), "open", inspection.folder);
+    if (const platform::IoStatus status = platform::Files().OpenFolder(folder, root); !status) {
+        throw tool::Failure(folder, "cannot be opened", status.reason);
+    }
+    return root;
+}
+
+void LookAndRead(Inspection& inspection, FormatSet wished, tool::RunProgress& progress) {
     WalkFolder(
-        *root, inspection.history.Ignored(),
+        *inspection.root, inspection.history.Ignored(),
         [](const std::string& /*path*/, const platform::FileInfo& /*info*/) {
             return !WasInterrupted();
         },
         inspection.index);
-    HashFiles(inspection, *root, wished, progress);
+    HashFiles(inspection, wished, progress);
 }
 
 } // namespace
 
 Inspection::Inspection(std::string folderToInspect)
-    : folder(std::move(folderToInspect)), history(mhl::History::Open(platform::Files(), folder)) {}
+    : folder(std::move(folderToInspect)), root(OpenFolder(folder)),
+      history(mhl::History::Open(platform::Files(), folder)) {}
 
 bool Inspection::IsComplete() const {
     return index.unread.Count() == 0 && unreadable.Count() == 0;

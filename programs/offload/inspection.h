@@ -8,6 +8,7 @@
 #include "offload/walk.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -20,13 +21,14 @@ namespace nqp2::offload {
 /// A folder, all of whose files were read around the cache, hashed, and held against the history of
 /// the folder.
 struct Inspection {
+    /// Opens the folder and reads its history. Throws tool::Failure when it cannot be opened.
     explicit Inspection(std::string folderToInspect);
 
     std::string folder;
+    std::unique_ptr<platform::Folder> root;
     mhl::History history;
-    FolderIndex index;     ///< of what is there, hashed
-    OddEntries unreadable; ///< files that could not be read, or changed meanwhile; why
-    mhl::FormatSet formats;
+    FolderIndex index;          ///< of what is there, hashed
+    OddEntries unreadable;      ///< files that could not be read, or changed meanwhile; why
     mhl::Comparison comparison; ///< nothing counts as missing that could not be looked at
     std::uint64_t unseen = 0;   ///< recorded files and folders of which that is so
     std::uint64_t filesRead = 0;
@@ -40,8 +42,7 @@ struct Inspection {
 };
 
 /// Inspects a folder. `wished` are formats that all files are hashed in beside those that the
-/// history has for them; when there is neither, it is XXH128. Throws tool::Failure when the folder
-/// cannot be opened, and after Ctrl-C.
+/// history has for them; when there is neither, it is XXH128. Throws tool::Failure after Ctrl-C.
 void Inspect(Inspection& inspection, mhl::FormatSet wished, tool::RunProgress& progress);
 
 } // namespace nqp2::offload
