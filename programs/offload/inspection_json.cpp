@@ -57,17 +57,17 @@ std::string TimeOf(std::int64_t seconds) {
 }
 
 Record GenerationRecord(const mhl::Generation& generation) {
-    return {{"number", generation.number},       {"manifest", generation.name},
-            {"whole", generation.isWhole},       {"tool", generation.head.tool},
-            {"host", generation.head.hostName},  {"comment", generation.head.comment},
-            {"formats", HashList(generation.c4)}};
+    return {{"number", generation.number},        {"manifest", generation.name},
+            {"whole", generation.isWhole},        {"created", TimeOf(generation.head.created)},
+            {"tool", generation.head.tool},       {"host", generation.head.hostName},
+            {"comment", generation.head.comment}, {"formats", HashList(generation.c4)}};
 }
 
 Record AddedRecord(const mhl::AddedGeneration& added) {
     return {{"number", added.number},
             {"manifest", added.path},
             {"c4", added.c4.Text(mhl::HashFormat::C4)},
-            {"root", HashList(added.root)}};
+            {"root", FolderHashList(added.root)}};
 }
 
 void AddSum(Record& document, const Inspection& inspection) {
