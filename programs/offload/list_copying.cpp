@@ -43,21 +43,20 @@ public:
     }
 };
 
+/// The chain in a folder of lists; nothing where there is none that can be read.
+mhl::Chain ChainIn(const std::string& lists) {
+    constexpr std::uint64_t kLongestChain = std::uint64_t{16} << 20U;
+    std::string text;
+    const bool isRead = static_cast<bool>(
+        platform::Files().Read(PathIn(lists, std::string(mhl::kChainFile)), kLongestChain, text));
+    const auto onFault = [](int /*line*/, const std::string& /*sentence*/) {};
+    return isRead ? mhl::ReadChain(text, onFault) : mhl::Chain();
+}
+
 /// Whether the copy has a chain there that begins as the card's: it was copied before.
 bool GoesOnThere(const Plan& plan, const Target& target, const std::string& lists) {
-    constexpr std::uint64_t kLongestChain = std::uint64_t{64} << 20U;
-    const std::string chain = PathIn(lists, std::string(mhl::kChainFile));
-    std::string ours;
-    std::string theirs;
-    const auto read = [&](const std::string& root, std::string& text) {
-        return static_cast<bool>(platform::Files().Read(PathIn(root, chain), kLongestChain, text));
-    };
-    if (!read(plan.card, ours) || !read(target.path, theirs)) {
-        return false;
-    }
-    const auto onFault = [](int /*line*/, const std::string& /*sentence*/) {};
-    const mhl::Chain card = mhl::ReadChain(ours, onFault);
-    const mhl::Chain copy = mhl::ReadChain(theirs, onFault);
+    const mhl::Chain card = ChainIn(PathIn(plan.card, lists));
+    const mhl::Chain copy = ChainIn(PathIn(target.path, lists));
     return card.isWhole && copy.isWhole && card.entries.size() <= copy.entries.size() &&
            std::equal(card.entries.begin(), card.entries.end(), copy.entries.begin(),
                       [](const mhl::ChainEntry& one, const mhl::ChainEntry& other) {
@@ -86,7 +85,42 @@ std::vector<FanItem> FilesOf(const Plan& plan, const std::string& lists) {
     return files;
 }
 
+/// Manifests in a folder of lists that its chain does not name.
+std::vector<std::string> UnlistedIn(Folder& folder) {
+    const mhl::Chain chain = ChainIn(folder.Path());
+    std::vector<FolderEntry> entries;
+    Require(folder.List(entries), "read", folder.Path());
+    std::vector<std::string> unlisted;
+    for (const FolderEntry& entry : entries) {
+        const bool isNamed =
+            std::any_of(chain.entries.begin(), chain.entries.end(),
+                        [&](const mhl::ChainEntry& each) { return each.name == entry.name; });
+        if (entry.name.ends_with(mhl::kManifestEnding) && !isNamed) {
+            unlisted.push_back(entry.name);
+        }
+    }
+    return unlisted;
+}
+
 } // namespace
+
+void RemoveUnlisted(const Plan& plan, const Target& target) {
+    std::unique_ptr<Folder> root;
+    Require(platform::Files().OpenFolder(target.path, root), "open", target.path);
+    std::vector<std::string> histories = plan.index.histories;
+    histories.emplace_back(mhl::kHistoryFolder);
+    for (const std::string& lists : histories) {
+        std::unique_ptr<Folder> folder;
+        const platform::IoStatus status = OpenBelow(*root, lists, folder);
+        if (status.error == platform::IoError::NotFound) {
+            continue;
+        }
+        Require(status, "open", PathIn(target.path, lists));
+        std::string failed;
+        Require(folder->RemoveFiles(UnlistedIn(*folder), failed), "remove",
+                PathIn(folder->Path(), failed));
+    }
+}
 
 void CopyLists(const Plan& plan, const Target& target) {
     Strict report;

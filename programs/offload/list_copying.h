@@ -12,4 +12,8 @@ namespace nqp2::offload {
 /// copy::Failure.
 void CopyLists(const Plan& plan, const Target& target);
 
+/// Removes the manifests that a killed run has written into a copy that is marked as unfinished,
+/// and that no chain names. Throws a copy::Failure.
+void RemoveUnlisted(const Plan& plan, const Target& target);
+
 } // namespace nqp2::offload

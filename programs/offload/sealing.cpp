@@ -91,24 +91,27 @@ std::string CommentOf(const Plan& plan, std::size_t target) {
                           : fmt::format("{}\nother targets: {}", comment, fmt::join(others, ", "));
 }
 
-mhl::ManifestHead HeadOf(const Plan& plan, std::size_t target, std::vector<std::string> ignored) {
+mhl::ManifestHead HeadOf(const Plan& plan, std::size_t target) {
     mhl::ManifestHead head = NewHead(mhl::Process::Transfer);
     head.comment = CommentOf(plan, target);
     head.metadata = EntriesOf(plan.identity);
-    head.ignored = std::move(ignored);
     return head;
 }
 
 void AddGeneration(Plan& plan, std::size_t target, CopyOutcome& copy) {
     const std::string& path = plan.targets[target].path;
-    const std::vector<std::string> patterns = PatternsOfCopy(plan, plan.targets[target], copy);
-    const mhl::History history = mhl::History::Open(platform::Files(), path);
+    mhl::History history = mhl::History::Open(platform::Files(), path);
     if (history.Found().Faults() != 0) {
         throw Failure("The list of " + path +
                       " has faults: " + history.Found().Kept().front().Text() + ".");
     }
+    for (const std::string& pattern : PatternsOfCopy(plan, plan.targets[target], copy)) {
+        if (!history.Ignore(pattern)) {
+            throw Failure("There is too much in " + path + " that was set aside.");
+        }
+    }
     mhl::Compare(history, plan.index.tree);
-    Require(history.AddGeneration(HeadOf(plan, target, patterns), plan.index.tree, copy.lists),
+    Require(history.AddGeneration(HeadOf(plan, target), plan.index.tree, copy.lists),
             "write the list of", path);
 }
 
@@ -165,6 +168,9 @@ void SealCopy(Plan& plan, std::size_t target, CopyOutcome& copy) {
     try {
         if (plan.history && plan.history->Found().Faults() == 0) {
             CopyLists(plan, plan.targets[target]);
+        }
+        if (plan.targets[target].state == TargetState::Unfinished) {
+            RemoveUnlisted(plan, plan.targets[target]);
         }
         AddGeneration(plan, target, copy);
         TakeMarkAway(plan, plan.targets[target]);

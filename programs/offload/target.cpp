@@ -74,6 +74,10 @@ void SetState(Target& target, TargetState same, const CardIdentity& found,
 
 } // namespace
 
+std::string MarkPath() {
+    return platform::PathIn(std::string(mhl::kHistoryFolder), std::string(kMarkFile));
+}
+
 std::vector<FileId> IdsUpward(const std::string& path) {
     std::vector<FileId> ids;
     FileInfo info;

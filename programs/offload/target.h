@@ -38,6 +38,8 @@ enum class TargetState {
 
 /// In which a copy that is not finished says so, beside the lists of hashes.
 inline constexpr std::string_view kMarkFile = ".nqp2-offload.json";
+/// Its path below the copy.
+std::string MarkPath();
 
 /// A folder that receives a copy.
 struct Target {

@@ -193,7 +193,8 @@ private:
     [[nodiscard]] ManifestHead HeadOf(const HistoryPart& part) const {
         ManifestHead head = m_head;
         IgnoreList ignored = part.ignored;
-        for (const std::string& each : IgnoreList::Default().Patterns()) {
+        const IgnoreList usual = IgnoreList::Default();
+        for (const std::string& each : usual.Patterns()) {
             static_cast<void>(ignored.Add(each)); // with as many there as it can hold, these do
         }
         head.ignored = ignored.Patterns();
