@@ -232,7 +232,7 @@ private:
             status = (opened != nullptr ? *opened : scope).List(entries);
         }
         if (!status) {
-            m_state.Add(false, path, 0, "cannot be looked through for histories: " + status.reason);
+            m_state.Add(true, path, 0, "cannot be looked through for histories: " + status.reason);
         }
         return entries;
     }

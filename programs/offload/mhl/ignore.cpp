@@ -13,6 +13,7 @@ constexpr std::string_view kDefaults[] = {
     ".DS_Store",    "ascmhl",          "ascmhl/",
     ".Trashes",     ".Trash-*",        ".fseventsd",
     "$RECYCLE.BIN", ".Spotlight-V100", "System Volume Information",
+    "lost+found",
 };
 
 /// Blanks at the end do not count, unless there is a backslash before.
