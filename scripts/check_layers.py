@@ -42,7 +42,6 @@ PROGRAMS = {
     "worker/av": BASE | {"worker"},
     "offload": LIBRARY_OF_WORKER - {"channel"} | {"cards", "edl", "parser", "console", "copy",
                                                   "offload/mhl"},
-    "offload/mhl": BASE | {"xml/dom"},
 }
 MAY_INCLUDE = {**ROOMS, **PROGRAMS}
 # These see of the library what a host sees, the public headers, and of the programs what is named.

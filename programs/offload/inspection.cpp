@@ -159,8 +159,8 @@ bool Inspection::IsComplete() const {
 }
 
 bool Inspection::IsClean() const {
-    return IsComplete() && index.leftOut.Count() == 0 && comparison.IsClean() &&
-           history.Found().Faults() == 0;
+    return IsComplete() && index.leftOut.Count() == 0 &&
+           (comparison.IsClean() || !history.Exists()) && history.Found().Faults() == 0;
 }
 
 void Inspect(Inspection& inspection, FormatSet wished, tool::RunProgress& progress) {

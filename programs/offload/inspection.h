@@ -37,7 +37,7 @@ struct Inspection {
 
     /// Whether every file and folder could be looked at and read.
     [[nodiscard]] bool IsComplete() const;
-    /// Whether nothing at all is wrong.
+    /// Whether nothing at all is wrong; where there is no history, new files are not.
     [[nodiscard]] bool IsClean() const;
 };
 

@@ -57,10 +57,14 @@ std::string TimeOf(std::int64_t seconds) {
 }
 
 Record GenerationRecord(const mhl::Generation& generation) {
-    return {{"number", generation.number},        {"manifest", generation.name},
-            {"whole", generation.isWhole},        {"created", TimeOf(generation.head.created)},
-            {"tool", generation.head.tool},       {"host", generation.head.hostName},
-            {"comment", generation.head.comment}, {"formats", HashList(generation.c4)}};
+    return {{"number", generation.number},
+            {"manifest", generation.name},
+            {"whole", generation.isWhole},
+            {"tool", generation.head.tool},
+            {"host", generation.head.hostName},
+            {"comment", generation.head.comment},
+            {"created", TimeOf(generation.head.created)},
+            {"c4", generation.c4.Text(mhl::HashFormat::C4)}};
 }
 
 Record AddedRecord(const mhl::AddedGeneration& added) {
