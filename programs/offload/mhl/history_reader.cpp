@@ -27,7 +27,7 @@ public:
 
     void Read() {
         const std::set<std::string> manifests = ListManifests();
-        ReadChainFile();
+        ReadChainFile(!manifests.empty());
         std::set<std::string> listed;
         for (const ChainEntry& each : m_part.chain) {
             listed.insert(each.name);
@@ -75,12 +75,16 @@ private:
         return manifests;
     }
 
-    void ReadChainFile() {
+    /// A folder in which nothing is but the mark of a copy in the making is no history yet.
+    void ReadChainFile(bool hasManifests) {
         std::string bytes;
         const platform::IoStatus status =
             m_folder.Read(std::string(kChainFile), kMaxChainBytes, bytes);
         if (!status) {
             m_part.hasChain = status.error != platform::IoError::NotFound;
+            if (!m_part.hasChain && !hasManifests) {
+                return;
+            }
             Fault(kChainFile, 0,
                   m_part.hasChain ? "cannot be read: " + status.reason
                                   : "the history has no chain, so it is not finished");
