@@ -27,7 +27,7 @@ public:
 
     void Read() {
         const std::set<std::string> manifests = ListManifests();
-        ReadChainFile();
+        ReadChainFile(!manifests.empty());
         std::set<std::string> listed;
         for (const ChainEntry& each : m_part.chain) {
             listed.insert(each.name);
@@ -75,12 +75,16 @@ private:
         return manifests;
     }
 
-    void ReadChainFile() {
+    /// A folder in which nothing is but the mark of a copy in the making is no history yet.
+    void ReadChainFile(bool hasManifests) {
         std::string bytes;
         const platform::IoStatus status =
             m_folder.Read(std::string(kChainFile), kMaxChainBytes, bytes);
         if (!status) {
             m_part.hasChain = status.error != platform::IoError::NotFound;
+            if (!m_part.hasChain && !hasManifests) {
+                return;
+            }
             Fault(kChainFile, 0,
                   m_part.hasChain ? "cannot be read: " + status.reason
                                   : "the history has no chain, so it is not finished");
@@ -175,12 +179,14 @@ private:
         const auto newest = static_cast<std::uint32_t>(m_part.generations.size());
         Tree& tree = m_state.expected;
         const NodeId top = tree.Find(m_part.folder);
+        m_state.isCurrent.resize(tree.Size());
         const bool hasRoot = newest > 0 && m_part.generations.back().head.root.has_value();
         for (NodeId node = top != kNoNode ? tree.FirstInPostOrder(top) : kNoNode; node != kNoNode;
              node = tree.NextInPostOrder(node, top)) {
-            const bool isOld =
-                node == top ? !hasRoot
-                            : node >= m_state.recorded.size() || m_state.recorded[node] != newest;
+            const bool isRecorded =
+                node < m_state.recorded.size() && m_state.recorded[node] == newest;
+            const bool isOld = node == top ? !hasRoot : !isRecorded;
+            m_state.isCurrent[node] = isRecorded && !m_state.hasFailed[node];
             if (tree.IsFolder(node) && isOld) {
                 tree.SetFolderHashes(node, {});
             }
@@ -369,6 +375,7 @@ void ReadHistories(HistoryState& state) {
         ForgetAbove(state, each);
     }
     state.recorded.resize(state.expected.Size());
+    state.isCurrent.resize(state.expected.Size());
     state.isGone.resize(state.expected.Size());
 }
 

@@ -39,6 +39,8 @@ struct HistoryState {
     Tree expected;
     std::vector<std::uint32_t> recorded; ///< by node: the last generation of its part, from 1
     std::vector<bool> isGone;            ///< by node: renamed away
+    std::vector<bool> hasFailed;         ///< by node: in the last generation that recorded it
+    std::vector<bool> isCurrent;         ///< by node: the newest of its part has it, not failed
     IgnoreList ignored = IgnoreList::Default();
     FormatSet formats;
 
