@@ -16,8 +16,6 @@
 namespace nqp2::mhl {
 namespace {
 
-constexpr std::uint64_t kMaxChainBytes = std::uint64_t{16} * 1024 * 1024;
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::string_view kReadme = "README.txt";
 
 class PartReader {
@@ -158,7 +156,7 @@ private:
         std::unique_ptr<platform::FileReader> file;
         platform::IoStatus status = m_folder.Open(name, file);
         Hasher hasher(HashFormat::C4);
-        std::string block(kBlock, '\0');
+        std::string block(kManifestPiece, '\0');
         std::size_t count = 1;
         bool isSound = true;
         while (status && count > 0) {
