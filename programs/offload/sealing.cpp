@@ -154,6 +154,10 @@ IoStatus BeginCopy(const Target& target, const std::string& name, const CardIden
     if (status) {
         status = MakeAndOpen(*root, kLists, lists);
     }
+    if (status) { // what a killed run has left; that it stays is no reason not to go on
+        static_cast<void>(target.opened->RemoveAbandoned());
+        static_cast<void>(lists->RemoveAbandoned());
+    }
     return status ? lists->WriteWhole(std::string(kMarkFile), MarkText(identity)) : status;
 }
 
