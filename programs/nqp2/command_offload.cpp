@@ -151,8 +151,8 @@ void AddProgressOptions(const Command& command, ProgressOptions& progress) {
 } // namespace
 
 void AddOffloadCommand(const Command& program) {
-    const Command command = program.Add(
-        "offload", "Copy a whole card to one or more places, proven and with a list of hashes");
+    const Command command =
+        program.Add("offload", "Copy a whole card to one or more places, proven and sealed");
     OffloadOptions& options = command.Runs(RunOffload);
     command.CardArgument(options.card);
     command
