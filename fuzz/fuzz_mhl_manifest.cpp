@@ -13,6 +13,7 @@ namespace {
 
 using namespace nqp2::mhl;
 
+constexpr std::size_t kMostGenerations = 4;
 const std::string kScopePath = "/nqp2-fuzz";
 const std::string kHistoryPath = kScopePath + "/ascmhl/";
 
@@ -26,6 +27,9 @@ MemoryFiles HistoryOf(Input input) {
     MemoryFiles files;
     std::vector<ChainEntry> chain;
     ForEachDocument(input, [&](std::string_view document) {
+        if (chain.size() == kMostGenerations) {
+            return; // more only make each try slow
+        }
         const std::string name = ManifestName(chain.size() + 1, "fuzz", 0);
         files.files[kHistoryPath + name] = document;
         chain.push_back({chain.size() + 1, name, C4Of(document), 0});
@@ -95,7 +99,7 @@ void TestInput(Input input) {
         found += expected.IsFolder(node) ? 0U : 1U;
     }
     Require(found == expected.FileCount(), "every file is in its place");
-    ForEachDocument(input, CheckPieces);
+    CheckPieces(AsText(input).substr(0, AsText(input).find('\0')));
 }
 
 } // namespace nqp2::fuzz

@@ -16,8 +16,6 @@
 namespace nqp2::mhl {
 namespace {
 
-constexpr std::uint64_t kMaxChainBytes = std::uint64_t{16} * 1024 * 1024;
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::string_view kReadme = "README.txt";
 
 class PartReader {
@@ -158,12 +156,12 @@ private:
         std::unique_ptr<platform::FileReader> file;
         platform::IoStatus status = m_folder.Open(name, file);
         Hasher hasher(HashFormat::C4);
-        std::string block(kBlock, '\0');
+        m_block.resize(kManifestPiece);
         std::size_t count = 1;
         bool isSound = true;
         while (status && count > 0) {
-            status = file->Read(block.data(), block.size(), count);
-            const std::string_view bytes(block.data(), status ? count : 0);
+            status = file->Read(m_block.data(), m_block.size(), count);
+            const std::string_view bytes(m_block.data(), status ? count : 0);
             hasher.Add(bytes);
             isSound = isSound && reader.Add(bytes);
         }
@@ -196,6 +194,7 @@ private:
     HistoryState& m_state;
     HistoryPart& m_part;
     platform::Folder& m_folder;
+    std::string m_block;
 };
 
 /// Looks for the folders that have histories; does not enter what no history ever records.

@@ -12,6 +12,11 @@
 
 namespace nqp2::mhl {
 
+/// A chain of this size has tens of thousands of generations.
+inline constexpr std::uint64_t kMaxChainBytes = std::uint64_t{16} * 1024 * 1024;
+/// Manifests are read in pieces of so many bytes.
+inline constexpr std::size_t kManifestPiece = std::size_t{256} * 1024;
+
 /// The history of one folder, which may lie below the outermost scope.
 struct HistoryPart {
     std::string folder; ///< below the outermost scope; "" for that itself
