@@ -29,7 +29,8 @@ CString TextFromUtf8(std::string_view bytes);
 std::string NameBytesFromText(std::wstring_view text);
 CString TextFromNameBytes(std::string_view bytes);
 
-/// The character at the start of a text that is not empty; of length 0 when that is no strict UTF-8.
+/// The character at the start of a text that is not empty; of length 0 when that is no strict
+/// UTF-8.
 struct Utf8Character {
     char32_t code = 0;
     std::size_t length = 0; ///< bytes
