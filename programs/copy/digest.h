@@ -41,8 +41,8 @@ private:
 /// Of bytes that are all there.
 Digest::Bytes DigestOf(std::string_view bytes);
 
-/// Reads `size` bytes at `start` back from the medium, by blocks into `block`, and fails unless they
-/// have the digest. `done` is told the size of each block.
+/// Reads `size` bytes at `start` back from the medium, by blocks into `block`, and fails unless
+/// they have the digest. `done` is told the size of each block.
 void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
                    std::uint64_t size, const Digest::Bytes& written, std::string& block,
                    const std::function<void(std::size_t)>& done);
