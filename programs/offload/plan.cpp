@@ -54,17 +54,9 @@ void ReadHistory(Plan& plan) {
 }
 
 mhl::FormatSet FormatsOf(const Arguments& arguments) {
-    mhl::FormatSet formats;
-    for (const std::vector<std::string>* names : {&arguments.hashes, &arguments.sums}) {
-        for (const std::string& name : *names) {
-            const std::optional<mhl::HashFormat> format = mhl::HashFormatNamed(name);
-            if (!format) {
-                throw Failure("--hash " + name, "is no format of a hash", "", kUsage);
-            }
-            formats |= *format;
-        }
-    }
-    return arguments.hashes.empty() ? formats | mhl::HashFormat::Xxh128 : formats;
+    const mhl::FormatSet wished =
+        arguments.hashes.empty() ? mhl::HashFormat::Xxh128 : FormatsNamed(arguments.hashes);
+    return wished | FormatsNamed(arguments.sums);
 }
 
 bool Is(const Target& target, TargetState state) {
