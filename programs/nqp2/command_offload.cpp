@@ -210,6 +210,7 @@ void AddVerifyCommand(const Command& program) {
     command.JsonFlag(options.json);
     AddProgressOptions(command, options.progress);
     command.Example("nqp2 verify /raid/day1/A001");
+    command.Note("Exit status: 0 all well, 1 something is not as it was recorded.");
 }
 
 } // namespace nqp2::tool
