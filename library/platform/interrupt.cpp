@@ -25,20 +25,26 @@ void InterruptAgain(int) {
     std::raise(SIGINT);
 }
 
-} // namespace
-
-namespace nqp2 {
-
-void CatchInterrupt() noexcept {
+/// Lets the first of the signal set the flag, unless somebody else has a use for it.
+void CatchFirst(int signal) {
     struct sigaction before = {};
-    if (sigaction(SIGINT, nullptr, &before) != 0 || before.sa_handler != SIG_DFL) {
+    if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler != SIG_DFL) {
         return;
     }
     struct sigaction once = {};
     once.sa_handler = Remember;
     // System calls of threads that know nothing of this go on.
     once.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
-    sigaction(SIGINT, &once, nullptr);
+    sigaction(signal, &once, nullptr);
+}
+
+} // namespace
+
+namespace nqp2 {
+
+void CatchInterrupt() noexcept {
+    CatchFirst(SIGINT);
+    CatchFirst(SIGTERM);
     struct sigaction late = {};
     late.sa_handler = InterruptAgain;
     sigaction(SIGALRM, &late, nullptr);

@@ -164,7 +164,7 @@ void AddOffloadCommand(const Command& program) {
     AddHashOption(command, options.hashes);
     command
         .RepeatedOption("--sums", options.sums, "FORMAT",
-                        "Write a file of checksums beside the list as well: md5")
+                        "Write checksums as well: md5, as NAME.md5 beside the copy, for md5sum")
         .OneOf(std::vector<std::string>{"md5"});
     command
         .ValueOption("--copies", options.copies, "N",
@@ -177,6 +177,16 @@ void AddOffloadCommand(const Command& program) {
     command.JsonFlag(options.json);
     AddProgressOptions(command, options.progress);
     command.Example("nqp2 offload /media/card --to /raid/day1 --to /media/shuttle/day1");
+    command.Note(
+        "The card may be formatted when two copies on different disks, neither of them the\n"
+        "card's own, were read back from there, the card was read twice the same, nothing\n"
+        "of it changed and nothing was left out. Status 0 when all that was asked for is\n"
+        "proven, 1 when not, 4 when fewer copies than --copies are on disks of their own.");
+    command.Note(
+        "Copied is the whole of what is given: every file and folder, whoever can read it.\n"
+        "Left out and told are a desktop's litter, links, and names that no list of hashes\n"
+        "can hold. A second run goes on with a copy that was not finished, or proves one\n"
+        "again.");
     command.Note("A name may hold {card}, {serial}, {date}, {project} and {counter}.");
 }
 
@@ -200,6 +210,7 @@ void AddVerifyCommand(const Command& program) {
     command.JsonFlag(options.json);
     AddProgressOptions(command, options.progress);
     command.Example("nqp2 verify /raid/day1/A001");
+    command.Note("Exit status: 0 all well, 1 something is not as it was recorded.");
 }
 
 } // namespace nqp2::tool

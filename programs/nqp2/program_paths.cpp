@@ -14,7 +14,8 @@ namespace nqp2::tool {
 std::string OwnProgram(const std::string& name, const std::string& advice) {
     const std::string folder = ProgramFolder();
     for (const char* const place : {"/", "/" NQP2_LIBEXEC_FROM_BIN "/"}) {
-        std::string program = folder + place + name;
+        std::string program = folder;
+        program.append(place).append(name);
         std::error_code error;
         if (std::filesystem::exists(program, error)) {
             return program;

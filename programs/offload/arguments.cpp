@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
+#include <optional>
 #include <string_view>
 
 namespace nqp2::offload {
@@ -101,6 +102,18 @@ Arguments ReadArguments(int count, const char* const* arguments) {
         ThrowUsage(arguments[1]);
     }
     return read;
+}
+
+mhl::FormatSet FormatsNamed(const std::vector<std::string>& names) {
+    mhl::FormatSet formats;
+    for (const std::string& name : names) {
+        const std::optional<mhl::HashFormat> format = mhl::HashFormatNamed(name);
+        if (!format) {
+            throw tool::Failure("--hash " + name, "is no format of a hash", "", tool::kUsage);
+        }
+        formats |= *format;
+    }
+    return formats;
 }
 
 } // namespace nqp2::offload

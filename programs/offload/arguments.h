@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "offload/mhl/hash_format.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -32,5 +34,8 @@ struct Arguments {
 /// Reads the program's arguments: the operation, then "key=value" texts. Throws tool::Failure of
 /// wrong usage for what it does not know.
 Arguments ReadArguments(int count, const char* const* arguments);
+
+/// The formats of those names. Throws tool::Failure of wrong usage for one that there is not.
+mhl::FormatSet FormatsNamed(const std::vector<std::string>& names);
 
 } // namespace nqp2::offload

@@ -116,6 +116,7 @@ void RemoveUnlisted(const Plan& plan, const Target& target) {
             continue;
         }
         Require(status, "open", PathIn(target.path, lists));
+        static_cast<void>(folder->RemoveAbandoned());
         std::string failed;
         Require(folder->RemoveFiles(UnlistedIn(*folder), failed), "remove",
                 PathIn(folder->Path(), failed));

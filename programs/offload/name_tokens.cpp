@@ -35,7 +35,7 @@ constexpr std::array<Token, 4> kTokens = {{
 }};
 constexpr std::string_view kCounter = "counter";
 
-/// Names that volumes have when nobody named them, folded; and folders in which volumes are put.
+/// Names that volumes have when nobody named them, and folders in which volumes are put.
 constexpr std::array<std::string_view, 16> kGenericNames = {
     "untitled", "no name", "no_name", "noname", "unnamed",  "new volume", "volume", "disk",
     "usb disk", "usbdisk", "sd_card", "card",   "contents", "private",    "media",  "mnt"};
@@ -100,21 +100,24 @@ std::string FaultOfName(const std::string& name) {
         return "is longer than names of folders can be";
     }
     // Lists of other tools are blind below a folder of their own name.
-    if (platform::FoldNameCase(name) == mhl::kHistoryFolder || platform::IsLeftoverName(name)) {
+    if (platform::FoldNameCase(name) == platform::FoldNameCase(mhl::kHistoryFolder) ||
+        platform::IsLeftoverName(name)) {
         return "has a meaning of its own";
     }
     return mhl::NameFault(name);
 }
 
 bool IsGenericName(std::string_view name) {
-    std::string folded = platform::FoldNameCase(std::string(name));
     // Systems number what has the same name: "Untitled 1".
-    const std::size_t end = folded.find_last_not_of("0123456789");
-    if (end != std::string::npos && folded[end] == ' ') {
-        folded.erase(end);
+    const std::size_t end = name.find_last_not_of("0123456789");
+    if (end != std::string_view::npos && name[end] == ' ') {
+        name = name.substr(0, end);
     }
-    return platform::FoldNameCase(folded).empty() ||
-           std::find(kGenericNames.begin(), kGenericNames.end(), folded) != kGenericNames.end();
+    const std::string folded = platform::FoldNameCase(name);
+    return name.empty() ||
+           std::any_of(kGenericNames.begin(), kGenericNames.end(), [&](std::string_view each) {
+               return platform::FoldNameCase(each) == folded;
+           });
 }
 
 } // namespace nqp2::offload

@@ -35,7 +35,7 @@ void WalkCard(Plan& plan, const std::function<bool()>& goesOn) {
         RequireOutside(plan, path, info);
         return goesOn();
     };
-    WalkFolder(*plan.opened, plan.ignored, onFolder, plan.index);
+    WalkFolder(*plan.opened, plan.Rules(), onFolder, plan.index);
     const bool isEmpty = plan.index.tree.Size() == 1 && plan.index.leftOut.Count() == 0;
     if (isEmpty && plan.index.unread.Count() == 0) {
         throw Failure(plan.card, "is empty", "is the card mounted?");
@@ -44,29 +44,19 @@ void WalkCard(Plan& plan, const std::function<bool()>& goesOn) {
 
 /// The card's own lists: everything about them that is wrong is in the history's findings.
 void ReadHistory(Plan& plan) {
-    if (plan.index.histories.empty()) {
-        return;
+    mhl::History history = mhl::History::Open(platform::Files(), plan.card);
+    if (history.Exists() || !history.NestedFolders().empty()) {
+        plan.history.emplace(std::move(history));
     }
-    plan.history.emplace(mhl::History::Open(platform::Files(), plan.card));
-    std::unique_ptr<platform::Folder> lists;
     platform::FileInfo info;
-    plan.isUnfinishedCopy =
-        plan.opened->OpenFolder(std::string(mhl::kHistoryFolder), lists) &&
-        lists->Stat(std::string(kMarkFile), info).error != platform::IoError::NotFound;
+    const IoStatus mark = platform::Files().Stat(platform::PathIn(plan.card, MarkPath()), info);
+    plan.isUnfinishedCopy = mark.error != platform::IoError::NotFound;
 }
 
 mhl::FormatSet FormatsOf(const Arguments& arguments) {
-    mhl::FormatSet formats;
-    for (const std::vector<std::string>* names : {&arguments.hashes, &arguments.sums}) {
-        for (const std::string& name : *names) {
-            const std::optional<mhl::HashFormat> format = mhl::HashFormatNamed(name);
-            if (!format) {
-                throw Failure("--hash " + name, "is no format of a hash", "", kUsage);
-            }
-            formats |= *format;
-        }
-    }
-    return arguments.hashes.empty() ? formats | mhl::HashFormat::Xxh128 : formats;
+    const mhl::FormatSet wished =
+        arguments.hashes.empty() ? mhl::HashFormat::Xxh128 : FormatsNamed(arguments.hashes);
+    return wished | FormatsNamed(arguments.sums);
 }
 
 bool Is(const Target& target, TargetState state) {
@@ -106,6 +96,7 @@ std::string CountedName(Plan& plan, const std::string& pattern, const NameFacts&
         std::string name = FillName(pattern, facts, counter);
         RequireName(name, true);
         if (LookAtAll(plan, name)) {
+            RequireApart(plan);
             return name;
         }
     }
@@ -119,7 +110,9 @@ void NameCopies(Plan& plan, const std::string& pattern, const NameFacts& facts) 
     }
     plan.name = pattern.empty() ? facts.card : FillName(pattern, facts, 1);
     RequireName(plan.name, !pattern.empty());
-    if (!LookAtAll(plan, plan.name)) {
+    const bool isFree = LookAtAll(plan, plan.name);
+    RequireApart(plan);
+    if (!isFree) {
         ThrowTaken(plan);
     }
 }
@@ -142,6 +135,14 @@ void Lock(Plan& plan) {
 
 } // namespace
 
+mhl::FormatSet Plan::FormatsToMake() const {
+    mhl::FormatSet all = history ? formats | history->Formats() : formats;
+    for (const Target& target : targets) {
+        all |= target.formats;
+    }
+    return all;
+}
+
 Plan MakePlan(const Arguments& arguments, const std::function<bool()>& goesOn) {
     Plan plan;
     plan.card = arguments.card;
@@ -151,8 +152,8 @@ Plan MakePlan(const Arguments& arguments, const std::function<bool()>& goesOn) {
         plan.targets.push_back(OpenTarget(folder));
     }
     RequireOwnPlaces(plan);
-    WalkCard(plan, goesOn);
     ReadHistory(plan);
+    WalkCard(plan, goesOn);
     {
         const GivenFolder given = ReadGivenFolder(plan.card);
         plan.kind = KindText(given);
@@ -162,7 +163,6 @@ Plan MakePlan(const Arguments& arguments, const std::function<bool()>& goesOn) {
         NameCopies(plan, arguments.name,
                    NameFactsOf(plan.card, given, plan.index, plan.identity, arguments.name));
     }
-    RequireApart(plan);
     RequireRoom(plan);
     if (!arguments.dryRun) {
         Lock(plan);

@@ -37,9 +37,11 @@ struct Plan {
     std::vector<Target> targets;
     std::vector<std::string> warnings;
 
-    /// Those of the list, and those by which the card's own lists can be checked.
-    [[nodiscard]] mhl::FormatSet FormatsToMake() const {
-        return history ? formats | history->Formats() : formats;
+    /// Those of the list, and those by which older lists of card and copies can be checked.
+    [[nodiscard]] mhl::FormatSet FormatsToMake() const;
+    /// What is not copied: litter, and what the card's own list says is none of its matter.
+    [[nodiscard]] WalkRules Rules() const {
+        return {ignored, history ? &history->Ignored() : nullptr};
     }
 };
 

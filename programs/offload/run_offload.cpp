@@ -10,6 +10,7 @@
 #include "offload/mhl/comparison.h"
 #include "offload/offload_output.h"
 #include "offload/sealing.h"
+#include "offload/sums_file.h"
 
 #include <fmt/core.h>
 
@@ -59,7 +60,7 @@ void ProveCopies(const Plan& plan, Outcome& outcome) {
 void LookForChanges(const Plan& plan, Outcome& outcome) {
     try {
         outcome.changes =
-            ChangesSince(plan.index, *plan.opened, plan.ignored,
+            ChangesSince(plan.index, *plan.opened, plan.Rules(),
                          [](const auto& /*path*/, const auto& /*info*/) { return GoesOn(); });
         outcome.card.isUnchanged = outcome.changes.Count() == 0;
     } catch (const copy::Failure& failure) {
@@ -110,6 +111,18 @@ std::string WhyUnfinished(const Arguments& arguments, const Outcome& outcome) {
                : "";
 }
 
+/// A copy without the sums that were asked for is not what was asked for.
+void TryWriteSums(const Plan& plan, std::size_t target, tool::RunProgress& progress,
+                  CopyOutcome& copy) {
+    try {
+        WriteSums(plan, target, copy);
+    } catch (const copy::Failure& failure) {
+        copy.failures.Add("", failure.what());
+        copy.proof.holdsAll = false;
+        progress.Fail("", copy.proof.folder, failure.what());
+    }
+}
+
 void Seal(Plan& plan, const Arguments& arguments, tool::RunProgress& progress, Outcome& outcome,
           Clock::time_point begin) {
     const std::string why = WhyUnfinished(arguments, outcome);
@@ -121,7 +134,7 @@ void Seal(Plan& plan, const Arguments& arguments, tool::RunProgress& progress, O
             SealCopy(plan, i, copy);
         }
         if (copy.proof.isSealed && !arguments.sums.empty()) {
-            WriteSums(plan, i, copy);
+            TryWriteSums(plan, i, progress, copy);
         }
         if (copy.proof.holdsAll && !copy.notSealed.empty() && why.empty()) {
             progress.Fail("", copy.proof.folder, copy.notSealed);

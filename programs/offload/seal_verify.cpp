@@ -16,18 +16,6 @@
 namespace nqp2::offload {
 namespace {
 
-mhl::FormatSet FormatsNamed(const std::vector<std::string>& names) {
-    mhl::FormatSet formats;
-    for (const std::string& name : names) {
-        const auto format = mhl::HashFormatNamed(name);
-        if (!format) {
-            throw tool::Failure(name, "is no hash format", "", tool::kUsage);
-        }
-        formats |= *format;
-    }
-    return formats;
-}
-
 /// Why no generation can be added; "" when there is one now.
 std::string AddGeneration(const Inspection& inspection, Added& added) {
     if (!inspection.IsComplete()) {

@@ -98,6 +98,21 @@ mhl::ManifestHead HeadOf(const Plan& plan, std::size_t target) {
     return head;
 }
 
+/// A copy that is the card's and yet not what its own list says is nothing to rely on.
+void HoldAgainstList(Plan& plan, const mhl::History& history, CopyOutcome& copy) {
+    const mhl::Comparison found = mhl::Compare(history, plan.index.tree);
+    for (const mhl::NodeId node : found.changed) {
+        copy.failures.Add(plan.index.tree.PathOf(node), "is not what the copy's own list says");
+    }
+    for (const mhl::NodeId node : found.unproven) {
+        copy.failures.Add(plan.index.tree.PathOf(node), "cannot be held against the copy's list");
+    }
+    for (const mhl::NodeId node : found.missing) {
+        copy.failures.Add(history.Expected().PathOf(node), "is in the copy's list alone");
+    }
+    copy.proof.holdsAll = copy.failures.Count() == 0;
+}
+
 void AddGeneration(Plan& plan, std::size_t target, CopyOutcome& copy) {
     const std::string& path = plan.targets[target].path;
     mhl::History history = mhl::History::Open(platform::Files(), path);
@@ -110,7 +125,7 @@ void AddGeneration(Plan& plan, std::size_t target, CopyOutcome& copy) {
             throw Failure("There is too much in " + path + " that was set aside.");
         }
     }
-    mhl::Compare(history, plan.index.tree);
+    HoldAgainstList(plan, history, copy);
     Require(history.AddGeneration(HeadOf(plan, target), plan.index.tree, copy.lists),
             "write the list of", path);
 }
@@ -130,28 +145,6 @@ void TakeMarkAway(const Plan& plan, const Target& target) {
     Require(root->FlushAll(), "flush", target.path);
 }
 
-/// A line of md5sum, which writes a backslash before one whose name holds one or a line's end.
-std::string SumLine(const std::string& sum, const std::string& name) {
-    std::string escaped;
-    for (const char letter : name) {
-        escaped += letter == '\\' ? "\\\\" : letter == '\n' ? "\\n" : letter == '\r' ? "\\r" : "";
-        if (letter != '\\' && letter != '\n' && letter != '\r') {
-            escaped += letter;
-        }
-    }
-    return fmt::format("{}{}  {}\n", escaped == name ? "" : "\\", sum, escaped);
-}
-
-/// Gives what has the name another one.
-IoStatus SetAside(Folder& folder, const std::string& name) {
-    constexpr int kMostTries = 10'000;
-    IoStatus status{IoError::Exists, "all names for it are taken"};
-    for (int number = 1; number < kMostTries && status.error == IoError::Exists; ++number) {
-        status = folder.MoveToFree(name, fmt::format("{}{}{}", name, kAsideMark, number));
-    }
-    return status;
-}
-
 } // namespace
 
 IoStatus BeginCopy(const Target& target, const std::string& name, const CardIdentity& identity) {
@@ -160,6 +153,10 @@ IoStatus BeginCopy(const Target& target, const std::string& name, const CardIden
     IoStatus status = MakeAndOpen(*target.opened, name, root);
     if (status) {
         status = MakeAndOpen(*root, kLists, lists);
+    }
+    if (status) { // what a killed run has left; that it stays is no reason not to go on
+        static_cast<void>(target.opened->RemoveAbandoned());
+        static_cast<void>(lists->RemoveAbandoned());
     }
     return status ? lists->WriteWhole(std::string(kMarkFile), MarkText(identity)) : status;
 }
@@ -178,33 +175,6 @@ void SealCopy(Plan& plan, std::size_t target, CopyOutcome& copy) {
     } catch (const Failure& failure) {
         copy.notSealed = failure.what();
     }
-}
-
-void WriteSums(const Plan& plan, std::size_t target, CopyOutcome& copy) {
-    const mhl::Tree& tree = plan.index.tree;
-    Folder& folder = *plan.targets[target].opened;
-    const std::string name = plan.name + ".md5";
-    const std::string path = platform::PathIn(plan.targets[target].folder, name);
-    std::unique_ptr<platform::FileWriter> writer;
-    Require(folder.Create(name, writer), "write", path);
-    std::uint64_t position = 0;
-    for (mhl::NodeId node = tree.FirstInPostOrder(mhl::kScope); node != mhl::kNoNode;
-         node = tree.NextInPostOrder(node, mhl::kScope)) {
-        if (!tree.IsFolder(node)) {
-            const std::string line = SumLine(tree.HashesOf(node).Text(mhl::HashFormat::Md5),
-                                             plan.name + '/' + tree.PathOf(node));
-            Require(writer->WriteAt(position, line), "write", path);
-            position += line.size();
-        }
-    }
-    Require(writer->Flush(), "write", path);
-    IoStatus status = writer->Commit();
-    if (status.error == IoError::Exists) {
-        Require(SetAside(folder, name), "set aside", path);
-        status = writer->Commit();
-    }
-    Require(status, "write", path);
-    copy.sums = path;
 }
 
 } // namespace nqp2::offload

@@ -19,8 +19,4 @@ platform::IoStatus BeginCopy(const Target& target, const std::string& name,
 /// list. Actions of the plan's tree become those of this copy's list.
 void SealCopy(Plan& plan, std::size_t target, CopyOutcome& copy);
 
-/// Writes NAME.md5 beside a copy, as md5sum reads it from the folder that holds both. An older one
-/// with other content is set aside.
-void WriteSums(const Plan& plan, std::size_t target, CopyOutcome& copy);
-
 } // namespace nqp2::offload

@@ -50,8 +50,7 @@ std::optional<CardIdentity> MarkIn(Folder& copy) {
 }
 
 /// The identity that the newest list tells which tells one.
-CardIdentity IdentityInLists(const std::string& path) {
-    const mhl::History history = mhl::History::Open(platform::Files(), path);
+CardIdentity IdentityInLists(const mhl::History& history) {
     for (const mhl::Generation& generation : std::views::reverse(history.Generations())) {
         CardIdentity identity = IdentityIn(generation.head.metadata);
         if (!identity.files.empty()) {
@@ -107,6 +106,7 @@ Target OpenTarget(const std::string& folder) {
 void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
     target.path = platform::PathIn(target.folder, name);
     target.state = TargetState::Taken;
+    target.formats = {};
     FileInfo info;
     const IoStatus status = target.opened->Stat(name, info);
     std::unique_ptr<Folder> copy;
@@ -118,12 +118,14 @@ void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
         target.whyTaken = info.kind == EntryKind::Link ? "it is a link" : "it is a file";
     } else if (const IoStatus opening = target.opened->OpenFolder(name, copy); !opening) {
         target.whyTaken = opening.reason;
-    } else if (const std::optional<CardIdentity> mark = MarkIn(*copy)) {
-        SetState(target, TargetState::Unfinished, *mark, card);
     } else if (IsEmpty(*copy)) {
         target.state = TargetState::New;
     } else {
-        SetState(target, TargetState::Finished, IdentityInLists(target.path), card);
+        const mhl::History history = mhl::History::Open(platform::Files(), target.path);
+        target.formats = history.Formats();
+        const std::optional<CardIdentity> mark = MarkIn(*copy);
+        SetState(target, mark ? TargetState::Unfinished : TargetState::Finished,
+                 mark ? *mark : IdentityInLists(history), card);
     }
 }
 

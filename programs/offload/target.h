@@ -51,6 +51,7 @@ struct Target {
     // Once the copy's name is known:
     std::string path; ///< of the copy
     TargetState state = TargetState::New;
+    mhl::FormatSet formats;                   ///< of the lists that the copy has already
     std::string whyTaken;                     ///< the end of a sentence
     std::unique_ptr<platform::NameLock> lock; ///< against other runs into the same place
 };

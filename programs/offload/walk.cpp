@@ -63,9 +63,8 @@ using TakeEntry = std::function<std::optional<NodeId>(NodeId parent, const std::
 
 class Walk {
 public:
-    Walk(const mhl::IgnoreList& ignored, const OnFolder& onFolder, TakeEntry take,
-         WalkFindings& findings)
-        : m_ignored(ignored), m_onFolder(onFolder), m_take(std::move(take)), m_findings(findings) {}
+    Walk(const WalkRules& rules, const OnFolder& onFolder, TakeEntry take, WalkFindings& findings)
+        : m_rules(rules), m_onFolder(onFolder), m_take(std::move(take)), m_findings(findings) {}
 
     /// From the top; `info` is its own.
     void Run(Folder& root, const FileInfo& info) {
@@ -96,7 +95,7 @@ private:
         const bool isFolder = info.kind == EntryKind::Folder;
         if (isFolder && name == mhl::kHistoryFolder) {
             m_findings.histories.push_back(path);
-        } else if (m_ignored.IsIgnoredItself(path, isFolder)) {
+        } else if (m_rules.ignored.IsIgnoredItself(path, isFolder)) {
             m_findings.ignored.Add(path, "fits a pattern");
         } else if (const std::string fault = FaultOf(info, name, path); !fault.empty()) {
             m_findings.leftOut.Add(path, fault);
@@ -123,6 +122,10 @@ private:
         if (const std::string fault = mhl::NameFault(name); !fault.empty()) {
             return "has a name that no list can hold: it " + fault;
         }
+        if (m_rules.foreign != nullptr &&
+            m_rules.foreign->IsIgnoredItself(path, info.kind == EntryKind::Folder)) {
+            return "is ignored by the card's own list";
+        }
         return path.size() > mhl::kMaxPathBytes || m_depth >= mhl::kMaxPathParts
                    ? "is too deep for a list"
                    : "";
@@ -140,7 +143,7 @@ private:
         --m_depth;
     }
 
-    const mhl::IgnoreList& m_ignored;
+    const WalkRules& m_rules;
     const OnFolder& m_onFolder;
     TakeEntry m_take;
     WalkFindings& m_findings;
@@ -175,7 +178,7 @@ void AddAll(const OddEntries& from, OddEntries& to) {
 
 } // namespace
 
-void WalkFolder(Folder& root, const mhl::IgnoreList& ignored, const OnFolder& onFolder,
+void WalkFolder(Folder& root, const WalkRules& rules, const OnFolder& onFolder,
                 FolderIndex& index) {
     const FileInfo top = InfoOfRoot(root);
     index.Note(mhl::kScope, top);
@@ -197,11 +200,11 @@ void WalkFolder(Folder& root, const mhl::IgnoreList& ignored, const OnFolder& on
         }
         return node;
     };
-    Walk(ignored, onFolder, take, index).Run(root, top);
+    Walk(rules, onFolder, take, index).Run(root, top);
     index.tree.Sort();
 }
 
-OddEntries ChangesSince(const FolderIndex& before, Folder& root, const mhl::IgnoreList& ignored,
+OddEntries ChangesSince(const FolderIndex& before, Folder& root, const WalkRules& rules,
                         const OnFolder& onFolder) {
     OddEntries changes;
     std::vector<bool> isMet(before.tree.Size());
@@ -220,7 +223,7 @@ OddEntries ChangesSince(const FolderIndex& before, Folder& root, const mhl::Igno
         return isSame ? std::optional(node) : std::nullopt;
     };
     WalkFindings findings;
-    Walk(ignored, onFolder, take, findings).Run(root, InfoOfRoot(root));
+    Walk(rules, onFolder, take, findings).Run(root, InfoOfRoot(root));
     for (NodeId node = 1; node < before.tree.Size(); ++node) {
         if (!isMet[node] &&
             (before.tree.ParentOf(node) == mhl::kScope || isMet[before.tree.ParentOf(node)])) {
@@ -236,7 +239,7 @@ OddEntries ChangesSince(const FolderIndex& before, Folder& root, const mhl::Igno
     return changes;
 }
 
-OddEntries StrangeEntries(const mhl::Tree& tree, Folder& root, const mhl::IgnoreList& ignored,
+OddEntries StrangeEntries(const mhl::Tree& tree, Folder& root, const WalkRules& rules,
                           const OnFolder& onFolder) {
     OddEntries strange;
     const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
@@ -248,7 +251,7 @@ OddEntries StrangeEntries(const mhl::Tree& tree, Folder& root, const mhl::Ignore
         return node == mhl::kNoNode ? std::nullopt : std::optional(node);
     };
     WalkFindings findings;
-    Walk(ignored, onFolder, take, findings).Run(root, InfoOfRoot(root));
+    Walk(rules, onFolder, take, findings).Run(root, InfoOfRoot(root));
     AddAll(findings.leftOut, strange);
     return strange;
 }

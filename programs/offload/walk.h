@@ -70,18 +70,28 @@ private:
 /// Is told of each folder that is entered; false ends the walk with a Failure, "Cancelled.".
 using OnFolder = std::function<bool(const std::string& path, const platform::FileInfo& info)>;
 
+/// What a walk leaves out.
+struct WalkRules {
+    WalkRules(const mhl::IgnoreList& patterns, // NOLINT(google-explicit-constructor)
+              const mhl::IgnoreList* strangers = nullptr)
+        : ignored(patterns), foreign(strangers) {}
+
+    const mhl::IgnoreList& ignored;           ///< it is told as ignored,
+    const mhl::IgnoreList* foreign = nullptr; ///< and by these patterns of a stranger as left out
+};
+
 /// Walks a folder and all below it without following a link. What it cannot look at below is told
 /// in the index; a Failure is thrown for the root alone.
-void WalkFolder(platform::Folder& root, const mhl::IgnoreList& ignored, const OnFolder& onFolder,
+void WalkFolder(platform::Folder& root, const WalkRules& rules, const OnFolder& onFolder,
                 FolderIndex& index);
 
 /// How a folder differs by now from what it was: what is new, gone or in another state, and what
 /// a second walk could not look at.
-OddEntries ChangesSince(const FolderIndex& before, platform::Folder& root,
-                        const mhl::IgnoreList& ignored, const OnFolder& onFolder);
+OddEntries ChangesSince(const FolderIndex& before, platform::Folder& root, const WalkRules& rules,
+                        const OnFolder& onFolder);
 
 /// The files and folders of another folder that have no place in the tree of this one.
-OddEntries StrangeEntries(const mhl::Tree& tree, platform::Folder& root,
-                          const mhl::IgnoreList& ignored, const OnFolder& onFolder);
+OddEntries StrangeEntries(const mhl::Tree& tree, platform::Folder& root, const WalkRules& rules,
+                          const OnFolder& onFolder);
 
 } // namespace nqp2::offload

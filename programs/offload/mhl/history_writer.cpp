@@ -191,8 +191,8 @@ private:
     [[nodiscard]] ManifestHead HeadOf(const HistoryPart& part) const {
         ManifestHead head = m_head;
         IgnoreList ignored = part.ignored;
-        const IgnoreList defaults = IgnoreList::Default();
-        for (const std::string& each : defaults.Patterns()) {
+        const IgnoreList always = IgnoreList::Default();
+        for (const std::string& each : always.Patterns()) {
             static_cast<void>(ignored.Add(each)); // with as many there as it can hold, these do
         }
         head.ignored = ignored.Patterns();
