@@ -3,9 +3,9 @@
 
 // Any bytes as the picture that a user hands to nqp2 for an icon.
 
+#include "console/console.h"
 #include "fuzz/fuzz_target.h"
 #include "nqp2/bitmap_file.h"
-#include "nqp2/console.h"
 
 namespace nqp2::fuzz {
 

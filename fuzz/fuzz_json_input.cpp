@@ -3,8 +3,8 @@
 
 // Any bytes as a JSON document that a user hands to nqp2: an edit list.
 
+#include "console/console.h"
 #include "fuzz/fuzz_target.h"
-#include "nqp2/console.h"
 #include "nqp2/json_input.h"
 
 namespace nqp2::fuzz {

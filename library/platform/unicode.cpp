@@ -241,6 +241,11 @@ void AppendUtf16(std::u16string& units, wchar_t element) {
 
 } // namespace
 
+Utf8Character FirstCharacter(std::string_view utf8) {
+    const std::size_t length = SequenceLength(utf8, Flavour::Name);
+    return length > 0 ? Utf8Character{DecodedSequence(utf8, length), length} : Utf8Character{};
+}
+
 std::string Utf8FromText(std::wstring_view text) {
     return BytesFromText(text, Flavour::Content);
 }

@@ -3,7 +3,7 @@
 
 #include "nqp2/bitmap_file.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 #include "nqp2/input_file.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 
 #include "nqp2/card.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/RealPaths.h"

@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "console/console.h"
 #include "nqp2/card.h"
-#include "nqp2/console.h"
 #include "NQP2ParserU/CardFinder.h"
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/JoinedTakes.h"

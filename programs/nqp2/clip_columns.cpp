@@ -3,10 +3,10 @@
 
 #include "nqp2/clip_columns.h"
 
+#include "console/console.h"
 #include "nqp2/clip_cells.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_table.h"
-#include "nqp2/console.h"
 #include "nqp2/field.h"
 #include "nqp2/flat_fields.h"
 #include "NQP2ParserU/ClipTimes.h"

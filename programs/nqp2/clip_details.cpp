@@ -3,9 +3,9 @@
 
 #include "nqp2/clip_details.h"
 
+#include "console/console.h"
 #include "nqp2/card.h"
 #include "nqp2/clip_file_fields.h"
-#include "nqp2/console.h"
 #include "nqp2/media_describer.h"
 #include "NQP2ParserU/TextBytes.h"
 

@@ -3,15 +3,15 @@
 
 #include "nqp2/clip_document.h"
 
+#include "console/console.h"
+#include "console/json_form.h"
+#include "console/json_writer.h"
+#include "console/output_text.h"
 #include "nqp2/card.h"
 #include "nqp2/clip_columns.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_file_fields.h"
-#include "nqp2/console.h"
 #include "nqp2/csv_row.h"
-#include "nqp2/json_form.h"
-#include "nqp2/json_writer.h"
-#include "nqp2/output_text.h"
 #include "nqp2/scan_report_output.h"
 #include "NQP2ParserU/TextBytes.h"
 

@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "console/value.h"
 #include "nqp2/clip_details.h"
-#include "nqp2/value.h"
 
 #include <functional>
 #include <string>

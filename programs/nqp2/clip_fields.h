@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "console/value.h"
 #include "nqp2/clip_order.h"
-#include "nqp2/value.h"
 #include "NQP2ParserU/CodeType.h"
 #include "NQP2ParserU/P2Clip.h"
 

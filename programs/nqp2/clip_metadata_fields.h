@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "nqp2/value_sink.h"
+#include "console/value_sink.h"
 #include "NQP2ParserU/ClipMetadata.h"
 
 namespace nqp2::tool {

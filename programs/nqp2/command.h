@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "nqp2/console.h"
+#include "console/console.h"
 
 #include <functional>
 #include <memory>
@@ -120,6 +120,9 @@ void AddIconCommand(const Command& program);
 void AddSerialCommand(const Command& program);
 void AddBaseInfoCommand(const Command& program);
 void AddRtExportCommand(const Command& program);
+void AddOffloadCommand(const Command& program);
+void AddSealCommand(const Command& program);
+void AddVerifyCommand(const Command& program);
 void AddReportCommand(const Command& program);
 void AddLastErrorCommand(const Command& program);
 

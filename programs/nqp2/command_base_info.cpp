@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/value.h"
 #include "nqp2/card.h"
 #include "nqp2/command.h"
 #include "nqp2/input_file.h"
 #include "nqp2/input_text.h"
 #include "nqp2/record_output.h"
-#include "nqp2/value.h"
 #include "nqp2/worker_session.h"
 
 #include "NQP2ParserU/NQP2BaseClipInfo.h"

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/value.h"
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_columns.h"
 #include "nqp2/clip_details.h"
@@ -13,7 +14,6 @@
 #include "nqp2/media_describer.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
-#include "nqp2/value.h"
 
 #include <fmt/core.h>
 

@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/console.h"
+#include "console/value.h"
 #include "nqp2/card_entry.h"
 #include "nqp2/clip_table.h"
 #include "nqp2/command.h"
-#include "nqp2/console.h"
 #include "nqp2/edl_fields.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 #include "nqp2/table.h"
-#include "nqp2/value.h"
 
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/P2EDL.h"

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/value.h"
 #include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/record_output.h"
 #include "nqp2/transfer_watch.h"
-#include "nqp2/value.h"
 #include "nqp2/worker_session.h"
 
 #include "NQP2ParserU/R8P2TransInfo.h"

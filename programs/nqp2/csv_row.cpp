@@ -3,7 +3,7 @@
 
 #include "nqp2/csv_row.h"
 
-#include "nqp2/display_text.h"
+#include "console/display_text.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <string>

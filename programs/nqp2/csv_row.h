@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "nqp2/json_writer.h"
-#include "nqp2/output_text.h"
-#include "nqp2/value_sink.h"
+#include "console/json_writer.h"
+#include "console/output_text.h"
+#include "console/value_sink.h"
 
 #include <optional>
 #include <string_view>

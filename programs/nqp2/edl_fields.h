@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "nqp2/value.h"
+#include "console/value.h"
 #include "NQP2ParserU/P2EDL.h"
 
 namespace nqp2::tool {

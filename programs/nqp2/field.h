@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "console/value.h"
 #include "nqp2/card.h"
 #include "nqp2/fetch.h"
 #include "nqp2/input_text.h"
-#include "nqp2/value.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Guid.h"
 

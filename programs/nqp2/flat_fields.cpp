@@ -3,7 +3,7 @@
 
 #include "nqp2/flat_fields.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 #include "nqp2/csv_row.h"
 #include "nqp2/table.h"
 #include "NQP2ParserU/TextBytes.h"

@@ -3,7 +3,7 @@
 
 #include "nqp2/frame_stream.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 
 #include <algorithm>
 #include <limits>

@@ -3,7 +3,7 @@
 
 #include "nqp2/input_text.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/TextBytes.h"
 

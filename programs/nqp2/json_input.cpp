@@ -3,7 +3,7 @@
 
 #include "nqp2/json_input.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 #include "nqp2/input_text.h"
 #include "NQP2ParserU/TextBytes.h"
 

@@ -23,7 +23,8 @@ constexpr AddCommand kCommands[] = {AddClipsCommand,    AddClipCommand,     AddF
                                     AddEdlCommand,      AddIngestCommand,   AddPlaylistsCommand,
                                     AddImportCommand,   AddExportCommand,   AddDeleteCommand,
                                     AddIconCommand,     AddSerialCommand,   AddBaseInfoCommand,
-                                    AddRtExportCommand, AddReportCommand,   AddLastErrorCommand};
+                                    AddRtExportCommand, AddReportCommand,   AddOffloadCommand,
+                                    AddSealCommand,     AddVerifyCommand,   AddLastErrorCommand};
 
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {

@@ -3,7 +3,7 @@
 
 #include "nqp2/media_describer.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 #include "NQP2ParserU/MediaDescription.h"
 
 #include <fmt/core.h>

@@ -4,17 +4,8 @@
 #include "nqp2/record_output.h"
 
 #include "nqp2/flat_fields.h"
-#include "nqp2/json_writer.h"
-#include "nqp2/output_text.h"
 
 namespace nqp2::tool {
-
-void PrintJson(Console& console, const Value& record) {
-    OutputText out(&console);
-    JsonDocumentWriter json(out);
-    Put(json, record);
-    out.Flush();
-}
 
 void PrintRecord(Console& console, bool json, const Value& record) {
     if (json) {

@@ -3,19 +3,16 @@
 
 #pragma once
 
+#include "console/json_output.h"
+#include "console/value.h"
 #include "nqp2/command.h"
-#include "nqp2/value.h"
 
 #include <functional>
 
 namespace nqp2::tool {
 
-/// Prints a record as a document in JSON: each member on a line of its own, and each element of a
-/// member that is a list of records. Nothing is held but what is being written. Throws Failure when
-/// standard output cannot be written, as all that is here.
-void PrintJson(Console& console, const Value& record);
-
-/// Prints one record, as JSON or each field on a line of its own.
+/// Prints one record, as JSON or each field on a line of its own. Throws Failure when standard
+/// output cannot be written, as all that is here.
 void PrintRecord(Console& console, bool json, const Value& record);
 
 /// What a command lists, in each of its forms.

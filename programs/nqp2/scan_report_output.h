@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "console/console.h"
+#include "console/value.h"
 #include "nqp2/card_scan.h"
-#include "nqp2/console.h"
-#include "nqp2/value.h"
 #include "NQP2ParserU/ScanReport.h"
 
 #include <cstdint>

@@ -3,11 +3,11 @@
 
 #include "nqp2/shown_clip.h"
 
+#include "console/json_form.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_file_fields.h"
 #include "nqp2/clip_metadata_fields.h"
 #include "nqp2/field.h"
-#include "nqp2/json_form.h"
 #include "NQP2ParserU/ClipTimes.h"
 
 #include <algorithm>

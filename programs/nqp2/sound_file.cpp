@@ -3,7 +3,7 @@
 
 #include "nqp2/sound_file.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 
 #include <sndfile.h>
 #include <vector>

@@ -3,9 +3,9 @@
 
 #include "nqp2/table.h"
 
-#include "nqp2/console.h"
-#include "nqp2/display_text.h"
-#include "nqp2/output_text.h"
+#include "console/console.h"
+#include "console/display_text.h"
+#include "console/output_text.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -3,50 +3,19 @@
 
 #include "nqp2/worker_session.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
+#include "nqp2/program_paths.h"
 #include "NQP2ParserU/Channel.h"
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
-#include "NQP2ParserU/ProgramFolder.h"
 #include "NQP2ParserU/R8P2SysInterface.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <filesystem>
-#include <system_error>
+#include <string>
 #include <vector>
 
 namespace nqp2::tool {
 namespace {
-
-constexpr const char* kWorkerName = "/nqp2-worker";
-
-/// Beside this program as in a build, else where an installation puts it.
-std::string OwnWorker() {
-    const std::string folder = ProgramFolder();
-    for (const char* const place : {"", "/" NQP2_LIBEXEC_FROM_BIN}) {
-        std::string program = folder + place + kWorkerName;
-        std::error_code error;
-        if (std::filesystem::exists(program, error)) {
-            return program;
-        }
-    }
-    throw Failure("nqp2-worker", "is not there",
-                  "looked beside nqp2 and in its libexec folder; --worker names another place",
-                  kWorkerFailed);
-}
-
-/// A part that is not there is taken as it is written.
-std::string WholePath(const std::string& path) {
-    std::error_code error;
-    std::filesystem::path whole = std::filesystem::absolute(path, error);
-    if (!error) {
-        whole = std::filesystem::weakly_canonical(whole, error);
-    }
-    if (error) {
-        throw Failure(path, "cannot be reached", error.message());
-    }
-    return whole.native();
-}
 
 /// The mapped drives as arguments of the worker, their folders as whole paths.
 std::vector<std::string> DriveArguments() {
@@ -80,7 +49,8 @@ CString WorkerPath(const std::string& argument) {
 
 Worker::Worker(const std::string& program) {
     WorkerSettings settings;
-    settings.program = program.empty() ? OwnWorker() : program;
+    settings.program =
+        program.empty() ? OwnProgram("nqp2-worker", "; --worker names another place") : program;
     settings.arguments = DriveArguments();
     if (const WorkerStatus status = UseWorker(settings); !status) {
         throw Failure("the worker", "does not start", status.reason, kWorkerFailed);

@@ -3,7 +3,7 @@
 
 #include "nqp2/raw_video.h"
 
-#include "nqp2/console.h"
+#include "console/console.h"
 #include "tests/support/temp_folder.h"
 
 #include <fstream>

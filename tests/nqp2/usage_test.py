@@ -13,8 +13,8 @@ from program import PROGRAM, SOURCES, CardTest, main, run
 COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
 COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", "import", "export",
-            "delete", "icon", "serial", "base-info", "rt-export", "report",
-            "last-error", *GROUPS)
+            "delete", "icon", "serial", "base-info", "rt-export", "report", "offload",
+            "seal", "verify", "last-error", *GROUPS)
 HAS_WORKER = (Path(PROGRAM).parent / "nqp2-worker").is_file()
 LOST = "nqp2: standard output: cannot be written ({})"
 LEVELS = [[], *([command] for command in COMMANDS),

@@ -58,6 +58,10 @@ _nqp2() {
         [rt-export]='--code-type --sound --bare --channels --bits --name --title --timecode --drop-frame
             --wide --json --quiet --worker'
         [report]='--output --recursive --worker'
+        [offload]='--to --name --hash --sums --copies --no-verify-source --log --dry-run --json --progress
+            --quiet'
+        [seal]='--hash --json --progress --quiet'
+        [verify]='--append --json --progress --quiet'
         [last-error]='--json --worker'
     )
     local -A groups=([edl]='list write' [ingest]='list add remove')
@@ -74,9 +78,12 @@ _nqp2() {
         --columns) _nqp2_words 'default all' "$current"; return ;;
         --sort) _nqp2_words 'name date none' "$current"; return ;;
         --to | --from) _nqp2_folders "$current"; return ;;
-        --worker | --sound | --output | -o) compopt -o default 2>/dev/null; return ;;
+        --worker | --sound | --log | --output | -o) compopt -o default 2>/dev/null; return ;;
         --drive | --bytes | --code-type | --frames | --name | --channels | --bits | --title | \
-            --timecode) return ;;
+            --timecode | --copies) return ;;
+        --hash) _nqp2_words 'xxh128 xxh3 xxh64 md5 sha1 c4' "$current"; return ;;
+        --sums) _nqp2_words 'md5' "$current"; return ;;
+        --progress) _nqp2_words 'bar lines json' "$current"; return ;;
         --standard)
             _nqp2_words 'VS_5994I VS_50I VS_60I VS_5994P VS_50P VS_60P VS_2398P' "$current"
             return
@@ -89,7 +96,8 @@ _nqp2() {
         case $word in
             --from) from=${COMP_WORDS[++i]} ;;
             --sort | --columns | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
-                --output | -o | --sound | --channels | --bits | --title | --timecode) ((++i)) ;;
+                --output | -o | --sound | --channels | --bits | --title | --timecode | --hash | --sums | --copies | \
+                --log | --progress) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
             *)
@@ -111,7 +119,7 @@ _nqp2() {
             _nqp2_words "$global --version" "$current"
         else
             _nqp2_words 'clips clip format umid free-name space edl ingest playlists import export
-                delete icon serial base-info rt-export report last-error' "$current"
+                delete icon serial base-info rt-export report offload seal verify last-error' "$current"
         fi
     elif [[ $current == -* ]]; then
         _nqp2_words "${options[$command]-} $global" "$current"
@@ -123,6 +131,8 @@ _nqp2() {
         compopt -o default 2>/dev/null
     elif [[ -z $card || $command == clips || $command == report ]]; then
         _nqp2_folders "$current"
+    elif [[ $command == offload || $command == seal || $command == verify ]]; then
+        return
     elif [[ $command == import || $command == delete ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
     elif [[ $command == export ]]; then

@@ -3,8 +3,8 @@
 
 #include "nqp2/report/html.h"
 
-#include "nqp2/display_text.h"
-#include "nqp2/output_text.h"
+#include "console/display_text.h"
+#include "console/output_text.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/format.h>

@@ -3,8 +3,8 @@
 
 #include "nqp2/report/pictures.h"
 
+#include "console/console.h"
 #include "nqp2/card.h"
-#include "nqp2/console.h"
 #include "nqp2/worker_session.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"

@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "console/console.h"
+
+#include "console/display_text.h"
+#include "NQP2ParserU/Terminal.h"
+
+#include <fmt/core.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+namespace nqp2::tool {
+namespace {
+
+std::string FailureLine(std::string_view subject, std::string_view problem,
+                        std::string_view reason) {
+    // Room for every path. Texts from files are quoted at any length.
+    constexpr int kColumns = 5000;
+    constexpr std::size_t kBytes = std::size_t{4} * kColumns;
+    const std::string why = reason.empty() ? "" : fmt::format(" ({})", reason);
+    const std::string line = fmt::format("{}: {}{}", subject, problem, why).substr(0, kBytes);
+    // A zero would end the text that an exception carries.
+    return CutToWidth(Printable(line, LineBreaks::Escape), kColumns);
+}
+
+[[noreturn]] void ThrowOutputFailure(int error) {
+    throw Failure("standard output", "cannot be written", std::generic_category().message(error));
+}
+
+} // namespace
+
+Failure::Failure(std::string_view subject, std::string_view problem, std::string_view reason,
+                 Status status)
+    : std::runtime_error(FailureLine(subject, problem, reason)), m_status(status) {}
+
+void Console::Write(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+        ThrowOutputFailure(errno);
+    }
+}
+
+void Console::WriteLine(std::string_view text) {
+    Write(Printable(text, LineBreaks::Escape) + '\n');
+}
+
+void Console::Message(std::string_view text) {
+    const std::string line = Printable(text, LineBreaks::Escape) + '\n';
+    // When standard error cannot be written, there is no other place for a message.
+    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+}
+
+void Console::Finish() {
+    if (std::fflush(stdout) != 0) {
+        ThrowOutputFailure(errno);
+    }
+}
+
+std::optional<int> Console::OutputWidth() const {
+    return IsTerminal(stdout) ? std::optional(TerminalWidth(stdout)) : std::nullopt;
+}
+
+} // namespace nqp2::tool

@@ -1,0 +1,205 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/card.h"
+#include "nqp2/command.h"
+#include "nqp2/program_paths.h"
+
+#include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/ProgramStart.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace nqp2::tool {
+namespace {
+
+constexpr const char* kProgram = "nqp2-offload";
+
+/// How a run shows where it has come.
+struct ProgressOptions {
+    std::string form;
+    bool quiet = false;
+};
+
+struct OffloadOptions {
+    std::string card;
+    std::vector<std::string> targets;
+    std::string name;
+    std::vector<std::string> hashes;
+    std::vector<std::string> sums;
+    std::uint32_t copies = 0;
+    std::string log;
+    ProgressOptions progress;
+    bool noVerifySource = false;
+    bool dryRun = false;
+    bool json = false;
+};
+
+struct SealOptions {
+    std::string folder;
+    std::vector<std::string> hashes;
+    ProgressOptions progress;
+    bool json = false;
+};
+
+struct VerifyOptions {
+    std::string folder;
+    ProgressOptions progress;
+    bool append = false;
+    bool json = false;
+};
+
+/// A folder or file that the user named, as the other program takes it: whole.
+std::string PathOf(const std::string& argument) {
+    if (argument.empty()) {
+        throw Failure("", "is no path", "it is empty", kUsage);
+    }
+    const CString text = TextFromBytes(argument);
+    std::string path = WholePath(IsMappedDrive(text) ? PosixPath(text) : argument);
+    // What is not there keeps the separator that it was written with.
+    const std::size_t last = path.find_last_not_of('/');
+    path.resize(last == std::string::npos ? 1 : last + 1);
+    return path;
+}
+
+/// What is said to the other program.
+class Words {
+public:
+    explicit Words(const std::string& command) : m_words{command} {}
+
+    void Put(const std::string& key, const std::string& value) {
+        m_words.push_back(key + '=' + value);
+    }
+    void PutEach(const std::string& key, const std::vector<std::string>& values) {
+        std::for_each(values.begin(), values.end(), [&](const auto& value) { Put(key, value); });
+    }
+    void PutGiven(const std::string& key, const std::string& value) {
+        if (!value.empty()) {
+            Put(key, value);
+        }
+    }
+    void PutFlag(const std::string& key, bool isSet) { PutGiven(key, isSet ? "yes" : ""); }
+    void PutProgress(const ProgressOptions& progress) {
+        PutGiven("progress", progress.quiet ? "none" : progress.form);
+    }
+
+    /// Comes back only by Failure.
+    Status Become() const {
+        const std::string program = OwnProgram(kProgram, "");
+        throw Failure(kProgram, "cannot be run", BecomeProgram(program, m_words), kWorkerFailed);
+    }
+
+private:
+    std::vector<std::string> m_words;
+};
+
+Status RunOffload(Console& /*console*/, const OffloadOptions& options) {
+    Words words("offload");
+    words.Put("card", PathOf(options.card));
+    for (const std::string& target : options.targets) {
+        words.Put("to", PathOf(target));
+    }
+    words.PutGiven("name", options.name);
+    words.PutEach("hash", options.hashes);
+    words.PutEach("sums", options.sums);
+    words.PutGiven("copies", options.copies == 0 ? "" : std::to_string(options.copies));
+    words.PutGiven("log", options.log.empty() ? "" : PathOf(options.log));
+    words.PutFlag("no-verify-source", options.noVerifySource);
+    words.PutFlag("dry-run", options.dryRun);
+    words.PutFlag("json", options.json);
+    words.PutProgress(options.progress);
+    return words.Become();
+}
+
+Status RunSeal(Console& /*console*/, const SealOptions& options) {
+    Words words("seal");
+    words.Put("folder", PathOf(options.folder));
+    words.PutEach("hash", options.hashes);
+    words.PutFlag("json", options.json);
+    words.PutProgress(options.progress);
+    return words.Become();
+}
+
+Status RunVerify(Console& /*console*/, const VerifyOptions& options) {
+    Words words("verify");
+    words.Put("folder", PathOf(options.folder));
+    words.PutFlag("append", options.append);
+    words.PutFlag("json", options.json);
+    words.PutProgress(options.progress);
+    return words.Become();
+}
+
+void AddHashOption(const Command& command, std::vector<std::string>& hashes) {
+    command
+        .RepeatedOption("--hash", hashes, "FORMAT",
+                        "xxh128 (if left out), xxh3, xxh64, md5, sha1 or c4 (repeatable)")
+        .OneOf(std::vector<std::string>{"xxh128", "xxh3", "xxh64", "md5", "sha1", "c4"});
+}
+
+void AddProgressOptions(const Command& command, ProgressOptions& progress) {
+    command
+        .ValueOption("--progress", progress.form, "FORM",
+                     "Show progress as bar, lines or json (one object a line)")
+        .OneOf(std::vector<std::string>{"bar", "lines", "json"});
+    command.QuietFlag(progress.quiet);
+}
+
+} // namespace
+
+void AddOffloadCommand(const Command& program) {
+    const Command command = program.Add(
+        "offload", "Copy a whole card to one or more places, proven and with a list of hashes");
+    OffloadOptions& options = command.Runs(RunOffload);
+    command.CardArgument(options.card);
+    command
+        .RepeatedOption("--to", options.targets, "FOLDER",
+                        "A folder that receives the copy as FOLDER/NAME (repeatable)")
+        .Required();
+    command.ValueOption("--name", options.name, "NAME",
+                        "The copy's name; that of the card's folder if left out");
+    AddHashOption(command, options.hashes);
+    command
+        .RepeatedOption("--sums", options.sums, "FORMAT",
+                        "Write a file of checksums beside the list as well: md5")
+        .OneOf(std::vector<std::string>{"md5"});
+    command
+        .ValueOption("--copies", options.copies, "N",
+                     "Exit with 4 when fewer than N independent copies are proven")
+        .Between(1, 100);
+    command.Flag("--no-verify-source", options.noVerifySource,
+                 "Do not read the card a second time, and forfeit the verdict");
+    command.ValueOption("--log", options.log, "FILE", "Write all that is told as JSON to a file");
+    command.Flag("--dry-run", options.dryRun, "Tell what would be copied where, and copy nothing");
+    command.JsonFlag(options.json);
+    AddProgressOptions(command, options.progress);
+    command.Example("nqp2 offload /media/card --to /raid/day1 --to /media/shuttle/day1");
+    command.Note("A name may hold {card}, {serial}, {date}, {project} and {counter}.");
+}
+
+void AddSealCommand(const Command& program) {
+    const Command command =
+        program.Add("seal", "Write the list of hashes of a folder, or continue the one it has");
+    SealOptions& options = command.Runs(RunSeal);
+    command.Argument("FOLDER", options.folder, "A copy of a card, or any folder");
+    AddHashOption(command, options.hashes);
+    command.JsonFlag(options.json);
+    AddProgressOptions(command, options.progress);
+    command.Example("nqp2 seal /raid/day1/A001");
+}
+
+void AddVerifyCommand(const Command& program) {
+    const Command command =
+        program.Add("verify", "Check a folder against the list of hashes that it has");
+    VerifyOptions& options = command.Runs(RunVerify);
+    command.Argument("FOLDER", options.folder, "A copy with its list in the folder ascmhl");
+    command.Flag("--append", options.append, "Add what was found to the list");
+    command.JsonFlag(options.json);
+    AddProgressOptions(command, options.progress);
+    command.Example("nqp2 verify /raid/day1/A001");
+}
+
+} // namespace nqp2::tool
