@@ -36,23 +36,29 @@ void RequireQuestion(const DeleteOptions& options) {
     }
 }
 
-/// The files of each clip, which go; their sum.
-FileSum ShowFiles(Console& console, const Card& card, const std::vector<std::string>& clips) {
-    ClipSizes sizes(card);
+/// What would go.
+struct Going {
     FileSum sum;
+    std::vector<std::string> unknown; ///< names of no clip
+};
+
+Going ShowFiles(Console& console, const Card& card, const std::vector<std::string>& clips) {
+    ClipSizes sizes(card);
+    Going going;
     for (const std::string& clip : clips) {
         const FileSum size = sizes.Of(clip);
         if (size.files == 0) {
-            continue; // the worker says that there is no such clip
+            going.unknown.push_back(clip);
+            continue;
         }
-        sum += size;
+        going.sum += size;
         console.WriteLine(fmt::format("{}: {} files, {} bytes", clip, size.files, size.bytes));
         for (const ClipFile& file : sizes.FilesOf(clip)) {
             console.WriteLine(fmt::format("  {}", RealPath(file.path)));
         }
     }
     console.Finish();
-    return sum;
+    return going;
 }
 
 bool IsConfirmed(const FileSum& sum) {
@@ -86,9 +92,12 @@ Status RunDelete(Console& console, const DeleteOptions& options) {
     const Card card = EnterCard(console, options.card);
     card.RequireContents();
     RequireQuestion(options);
-    const FileSum sum = ShowFiles(console, card, options.clips);
+    const auto& [sum, unknown] = ShowFiles(console, card, options.clips);
     if (options.dryRun) {
-        return kDone;
+        for (const std::string& clip : unknown) {
+            console.Message(fmt::format("nqp2: {}: there is no such clip", clip));
+        }
+        return unknown.empty() ? kDone : kFailed;
     }
     if (!options.yes && sum.files > 0 && !IsConfirmed(sum)) {
         console.Message("nqp2: nothing was removed");

@@ -137,8 +137,8 @@ void AddHashOption(const Command& command, std::vector<std::string>& hashes) {
 } // namespace
 
 void AddOffloadCommand(const Command& program) {
-    const Command command = program.Add(
-        "offload", "Copy a whole card to one or more places, proven and with a list of hashes");
+    const Command command =
+        program.Add("offload", "Copy a whole card to one or more places, proven and sealed");
     OffloadOptions& options = command.Runs(RunOffload);
     command.CardArgument(options.card);
     command

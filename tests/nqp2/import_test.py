@@ -10,6 +10,7 @@ import signal
 import subprocess
 
 from cards_test import SHOT, segment
+from dv_stream import dv_frame
 from json_schema_test import validator
 from program import Card, command_line, main, read_until_end, run, terminal
 from worker_test import LARGE, WorkerTest, files_below, wait_for
@@ -142,20 +143,43 @@ class ExportTest(WorkerTest):
             self.assertEqual(len(files_below(self.target)), 3)
             self.target.rename(self.folder / arguments[-2])
 
+    def test_a_signal_leaves_nothing_on_the_card(self):
+        self.add_clip("0009ZZ", LARGE)
+        self.target.mkdir()
+        live = self.folder / "live"
+        os.mkfifo(live)
+        for arguments, told in (
+                (("export", self.card.path, "0009ZZ", "--to", self.target), "exported (Cancelled.)"),
+                (("rt-export", self.target, live, "-f", "CT_DV25_50I"), "recorded (cancelled)")):
+            (self.target / "CONTENTS").mkdir(exist_ok=True)
+            process = subprocess.Popen(command_line(*arguments), stderr=subprocess.PIPE)
+            self.addCleanup(process.kill)
+            with open(live, "r+b", buffering=0) as stream:
+                if live in arguments:
+                    stream.write(dv_frame(0))
+                wait_for(lambda: list(self.target.rglob("VIDEO/.nqp2-*")))
+                process.send_signal(signal.SIGTERM)
+                if live in arguments:
+                    stream.write(dv_frame(1))
+                _, line = process.communicate(timeout=60)
+            self.assertTrue(line.decode().endswith(f": not {told}\n"), line)
+            self.assertEqual((process.returncode, files_below(self.target)), (1, {}))
+
 
 class DeleteTest(WorkerTest):
     def test_it_shows_what_goes_and_goes_only_when_told(self):
         self.add_clip("0002CD")
         (self.card.clips / "0001AB.XML").write_bytes(b"<x")
+        for folder, name in (("ICON", "0001ab.bmp"), ("PROXY", "0001AB.MP4"), ("VIDEO", "0001AB.TXT"),
+                             ("VOICE", "0001AB00.WAV"), ("AUDIO", "0001ABCD.MXF")):
+            self.card.add_file(folder, name)
         before = files_below(self.card.path)
-        going = [name for name in before if "0001AB" in name]
         ask = ("delete", self.card.path, "0001AB")
+        first, *listed = self.shown(*ask, "--dry-run").splitlines()
+        going = [line.strip().removeprefix(f"{self.card.path}/") for line in listed]
         size = sum(len(before[name]) for name in going)
-        listed = f"0001AB: 3 files, {size} bytes\n" + "".join(
-            f"  {self.card.path}/{name}\n" for name in sorted(going, key=lambda name: (
-                ["VIDEO", "AUDIO", "CLIP"].index(name.split("/")[1]))))
-        self.assertEqual(sorted(self.shown(*ask, "--dry-run").splitlines()),
-                         sorted(listed.splitlines()))
+        self.assertEqual(first, f"0001AB: {len(going)} files, {size} bytes")
+        self.assertEqual(run("delete", self.card.path, "NONE", "--dry-run").returncode, 1)
         self.assert_each_fails(2, [(ask, "delete: asks on a terminal, and there is none (nothing "),
                                    ((*ask, "--yes", "--dry-run"), "delete usage: ")])
         for answer, status, left in ((b"n\n", 1, before), (b"\n", 1, before), (
@@ -166,10 +190,10 @@ class DeleteTest(WorkerTest):
                 os.write(master, answer)
                 shown = read_until_end(master, process).decode()
                 process.stdout.close()
-            self.assertIn("Remove 3 files, ", shown)
+            self.assertIn(f"Remove {len(going)} files, ", shown)
             self.assertEqual((process.returncode, files_below(self.card.path)), (status, left))
         self.assertEqual(run("delete", self.card.path, "0002CD", "--yes").returncode, 0)
-        self.assertEqual(files_below(self.card.path), {})
+        self.assertEqual(list(files_below(self.card.path)), ["CONTENTS/AUDIO/0001ABCD.MXF"])
 
 
 if __name__ == "__main__":

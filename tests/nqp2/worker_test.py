@@ -181,14 +181,18 @@ class FailureTest(WorkerTest):
             self.assertLessEqual(left, names)
 
     def test_ctrl_c_ends_the_program_whatever_the_worker_does(self):
-        process = self.start_import(stderr=subprocess.DEVNULL)
-        worker, = workers_of(process)
-        os.kill(worker, signal.SIGSTOP)
-        process.send_signal(signal.SIGINT)
-        self.assertEqual(process.wait(timeout=30), -signal.SIGINT)
-        os.kill(worker, signal.SIGCONT)
-        wait_for(lambda: not Path(f"/proc/{worker}").exists())
-        self.assertEqual(files_below(self.target), {})
+        for signals in ((signal.SIGINT,), (signal.SIGTERM, signal.SIGINT)):
+            process = self.start_import(stderr=subprocess.DEVNULL)
+            worker, = workers_of(process)
+            os.kill(worker, signal.SIGSTOP)
+            for number in signals:
+                process.send_signal(number)
+                time.sleep(0.2)
+            # By itself after five seconds, at once by the second.
+            self.assertEqual(process.wait(timeout=30 if len(signals) == 1 else 2), -signal.SIGINT)
+            os.kill(worker, signal.SIGCONT)
+            wait_for(lambda: not Path(f"/proc/{worker}").exists())
+            self.assertEqual(files_below(self.target), {})
 
     def test_the_bar_stands_on_a_terminal_and_is_cleared(self):
         with terminal(60) as (master, slave):
