@@ -126,9 +126,11 @@ public:
     }
 
     IoStatus Read(const std::string& name, std::uint64_t limit, std::string& content) override {
-        content.clear();
-        return IsEntryName(name) ? ReadAt(Get(), name.c_str(), Links::Refuse, limit, content)
-                                 : BadName();
+        if (!IsEntryName(name)) {
+            content.clear();
+            return BadName();
+        }
+        return ReadAt(Get(), name.c_str(), Links::Refuse, limit, content);
     }
 
     IoStatus WriteWhole(const std::string& name, std::string_view content) override {

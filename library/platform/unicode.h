@@ -22,6 +22,8 @@ std::string Utf8FromText(std::wstring_view text);
 /// Null counts as empty.
 std::string Utf8FromText(const wchar_t* text);
 CString TextFromUtf8(std::string_view bytes);
+/// The same into a text whose memory, where that is its own, serves again.
+void SetTextFromUtf8(CString& text, std::string_view bytes);
 
 /// File names: as above, but bytes that are no UTF-8 (those of an encoded surrogate included) come
 /// in as U+DC80 to U+DCFF and go out as the same bytes, so that every name that exists can be
@@ -29,7 +31,8 @@ CString TextFromUtf8(std::string_view bytes);
 std::string NameBytesFromText(std::wstring_view text);
 CString TextFromNameBytes(std::string_view bytes);
 
-/// The character at the start of a text that is not empty; of length 0 when that is no strict UTF-8.
+/// The character at the start of a text that is not empty; of length 0 when that is no strict
+/// UTF-8.
 struct Utf8Character {
     char32_t code = 0;
     std::size_t length = 0; ///< bytes

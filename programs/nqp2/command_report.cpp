@@ -51,7 +51,9 @@ void TellPage(Console& console, const ClipOrder& clips, report::Pictures& pictur
 
 Status RunReport(Console& console, const ReportOptions& options) {
     // Not taken apart, as in the listing of clips.
-    static const CardScans& scans = *new CardScans(ScanCards(console, options.scan));
+    ScanOptions scan = options.scan;
+    scan.withFiles = true;
+    static const CardScans& scans = *new CardScans(ScanCards(console, scan));
     const ClipOrder clips = OrderedClips(scans, "name");
     std::optional<report::Pictures> pictures;
     const auto askForPictures = [&] { pictures.emplace(console, clips, options.scan.worker); };

@@ -7,6 +7,7 @@
 #include "console/run_progress.h"
 #include "copy/failure.h"
 #include "NQP2ParserU/Interrupt.h"
+#include "offload/folder_check.h"
 #include "offload/folder_reading.h"
 #include "platform/folder.h"
 
@@ -175,6 +176,7 @@ void Inspect(Inspection& inspection, FormatSet wished, tool::RunProgress& progre
         throw tool::Failure(inspection.folder, "cannot be read", failure.what());
     }
     inspection.comparison = mhl::Compare(inspection.history, inspection.index.tree);
+    KeepUnexplainedFolders(inspection.history, inspection.index.tree, inspection.comparison);
     LeaveOutUnseen(inspection);
     inspection.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

@@ -9,6 +9,7 @@
 #include "offload/arguments.h"
 #include "offload/inspection.h"
 #include "offload/inspection_output.h"
+#include "offload/json_parts.h"
 
 #include <fmt/chrono.h>
 
@@ -19,45 +20,9 @@ namespace nqp2::offload {
 namespace {
 
 using mhl::NodeId;
-using tool::List;
 using tool::Record;
 using tool::Sequence;
 using tool::Value;
-using tool::ValueSink;
-
-/// A list of what is made of each element while it is written.
-template <class Items, class RecordOfItem>
-Sequence Each(const Items& items, RecordOfItem recordOf) {
-    return {items.size(), [&items, recordOf](ValueSink& sink, std::size_t index) {
-                tool::Put(sink, Value(recordOf(items[index])));
-            }};
-}
-
-Record WithHash(std::string_view format, std::string_view name, std::string text) {
-    return {{"format", std::string(format)}, {name, std::move(text)}};
-}
-
-List HashList(const mhl::Hashes& hashes) {
-    List list;
-    for (const mhl::HashFormatFacts& each : mhl::kHashFormats) {
-        if (hashes.Has(each.format)) {
-            list.emplace_back(WithHash(each.name, "text", hashes.Text(each.format)));
-        }
-    }
-    return list;
-}
-
-List FolderHashList(const mhl::FolderHashes& hashes) {
-    List list;
-    for (const mhl::HashFormatFacts& each : mhl::kHashFormats) {
-        if (hashes.content.Has(each.format)) {
-            Record record = WithHash(each.name, "content", hashes.content.Text(each.format));
-            record.push_back({"structure", hashes.structure.Text(each.format)});
-            list.emplace_back(std::move(record));
-        }
-    }
-    return list;
-}
 
 /// A file with what it is and what it was.
 Record ChangedRecord(const Inspection& inspection, NodeId node) {
@@ -76,12 +41,6 @@ Record ChangedRecord(const Inspection& inspection, NodeId node) {
 
 Sequence Paths(const std::vector<NodeId>& nodes, const mhl::Tree& tree) {
     return Each(nodes, [&tree](NodeId node) { return Record{{"path", tree.PathOf(node)}}; });
-}
-
-Sequence OddList(const OddEntries& entries) {
-    return Each(entries.Kept(), [](const OddEntry& each) {
-        return Record{{"path", each.path}, {"reason", each.why}};
-    });
 }
 
 Record CountRecord(const Inspection& inspection) {

@@ -50,15 +50,6 @@ void PrintFindings(tool::Console& console, const mhl::Findings& findings) {
     }
 }
 
-/// Only where nothing else tells why a folder is another one.
-void PrintFolders(tool::Console& console, const Inspection& inspection, const NodePath& pathOf) {
-    const mhl::Comparison& found = inspection.comparison;
-    if (found.changed.empty() && found.missing.empty() && found.added.empty() &&
-        found.renamed.empty() && found.unproven.empty() && inspection.unseen == 0) {
-        PrintNodes(console, "folder changed", found.changedFolders, pathOf);
-    }
-}
-
 /// What weighs most comes last, where it is seen.
 void PrintFaults(tool::Console& console, const Inspection& inspection) {
     const mhl::Comparison& found = inspection.comparison;
@@ -75,7 +66,7 @@ void PrintFaults(tool::Console& console, const Inspection& inspection) {
     for (const mhl::Renamed& each : found.renamed) {
         console.WriteLine(fmt::format("renamed: {} (was {})", here(each.now), before(each.before)));
     }
-    PrintFolders(console, inspection, here);
+    PrintNodes(console, "folder changed", found.changedFolders, here);
     PrintNodes(console, "folder missing", found.missingFolders, before);
     PrintNodes(console, "missing", found.missing, before);
     PrintNodes(console, "unproven", found.unproven, here);

@@ -4,6 +4,7 @@
 #include "console/console.h"
 #include "NQP2ParserU/Terminal.h"
 #include "offload/arguments.h"
+#include "offload/run_offload.h"
 #include "offload/seal_verify.h"
 
 #include <fmt/core.h>
@@ -19,7 +20,8 @@ tool::Status Run(int count, const char* const* words, tool::Console& console) {
     tool::Status status = tool::kUsage;
     switch (arguments.operation) {
     case offload::Operation::Offload:
-        throw tool::Failure(words[1], "is not built", "");
+        status = offload::RunOffload(console, arguments);
+        break;
     case offload::Operation::Seal:
         status = offload::RunSeal(console, arguments);
         break;

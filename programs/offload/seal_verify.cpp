@@ -9,6 +9,7 @@
 #include "offload/inspection.h"
 #include "offload/inspection_output.h"
 #include "offload/list_head.h"
+#include "offload/target.h"
 
 #include <fmt/core.h>
 
@@ -51,9 +52,19 @@ tool::Status Run(tool::Console& console, const Arguments& arguments, Inspection&
     return inspection.IsClean() && added.whyNot.empty() ? tool::kDone : tool::kFailed;
 }
 
+/// A copy that was not finished is nobody's proof of anything.
+void RequireFinished(const std::string& folder) {
+    platform::FileInfo info;
+    if (platform::Files().Stat(folder + '/' + MarkPath(), info)) {
+        throw tool::Failure(folder, "is a copy that was not finished",
+                            "run nqp2 offload with the same card and targets again");
+    }
+}
+
 } // namespace
 
 tool::Status RunVerify(tool::Console& console, const Arguments& arguments) {
+    RequireFinished(arguments.folder);
     Inspection inspection(arguments.folder);
     if (!inspection.history.Exists()) {
         throw tool::Failure(arguments.folder, "has no list of hashes",
@@ -63,6 +74,7 @@ tool::Status RunVerify(tool::Console& console, const Arguments& arguments) {
 }
 
 tool::Status RunSeal(tool::Console& console, const Arguments& arguments) {
+    RequireFinished(arguments.folder);
     Inspection inspection(arguments.folder);
     return Run(console, arguments, inspection, true);
 }

@@ -10,6 +10,7 @@
 
 #include <fmt/core.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -55,46 +56,53 @@ void FolderIndex::Note(NodeId node, const FileInfo& info) {
 
 namespace {
 
+/// Takes a file or folder of a walk; the number under which a folder is entered, nothing to pass it
+/// over.
+using TakeEntry = std::function<std::optional<NodeId>(NodeId parent, const std::string& path,
+                                                      std::string_view name, const FileInfo& info)>;
+
 class Walk {
 public:
-    Walk(const mhl::IgnoreList& ignored, const OnFolder& onFolder, FolderIndex& index)
-        : m_ignored(ignored), m_onFolder(onFolder), m_index(index) {}
+    Walk(const mhl::IgnoreList& ignored, const OnFolder& onFolder, TakeEntry take,
+         WalkFindings& findings)
+        : m_ignored(ignored), m_onFolder(onFolder), m_take(std::move(take)), m_findings(findings) {}
 
+    /// From the top; `info` is its own.
+    void Run(Folder& root, const FileInfo& info) {
+        m_device = info.device;
+        Enter(root, mhl::kScope, "", info);
+    }
+
+private:
     void Enter(Folder& folder, NodeId node, const std::string& path, const FileInfo& info) {
-        if (node == mhl::kScope) {
-            m_device = info.device;
-        }
-        m_index.Note(node, info);
         if (!m_onFolder(path, info)) {
             throw copy::Failure("Cancelled.");
         }
         std::vector<FolderEntry> entries;
         if (const IoStatus status = folder.List(entries); !status) {
-            m_index.unread.Add(path, status.reason);
+            m_findings.unread.Add(path, status.reason);
         }
         for (const FolderEntry& entry : entries) {
             Take(folder, node, path.empty() ? entry.name : path + '/' + entry.name, entry.name);
         }
     }
 
-private:
     void Take(Folder& folder, NodeId parent, const std::string& path, const std::string& name) {
         FileInfo info;
         if (const IoStatus status = folder.Stat(name, info); !status) {
-            m_index.unread.Add(path, status.reason);
+            m_findings.unread.Add(path, status.reason);
             return;
         }
         const bool isFolder = info.kind == EntryKind::Folder;
         if (isFolder && name == mhl::kHistoryFolder) {
-            m_index.histories.push_back(path);
-            return;
-        }
-        if (m_ignored.IsIgnoredItself(path, isFolder)) {
-            m_index.ignored.Add(path, "fits a pattern");
+            m_findings.histories.push_back(path);
+        } else if (m_ignored.IsIgnoredItself(path, isFolder)) {
+            m_findings.ignored.Add(path, "fits a pattern");
         } else if (const std::string fault = FaultOf(info, name, path); !fault.empty()) {
-            m_index.leftOut.Add(path, fault);
-        } else {
-            Add(folder, parent, path, name, info);
+            m_findings.leftOut.Add(path, fault);
+        } else if (const std::optional<NodeId> node = m_take(parent, path, name, info);
+                   node && isFolder) {
+            Open(folder, *node, path, name, info);
         }
     }
 
@@ -120,34 +128,11 @@ private:
                    : "";
     }
 
-    void Add(Folder& folder, NodeId parent, const std::string& path, const std::string& name,
-             const FileInfo& info) {
-        const bool isFolder = info.kind == EntryKind::Folder;
-        const std::optional<NodeId> node =
-            isFolder ? m_index.tree.AddFolder(parent, name)
-                     : m_index.tree.AddFile(parent, name, info.size, info.modified);
-        if (!node) {
-            m_index.unread.Add(path, "is listed twice");
-            return;
-        }
-        if (isFolder) {
-            Open(folder, *node, path, name, info);
-            return;
-        }
-        m_index.Note(*node, info);
-        m_index.bytes += info.size;
-        if (m_index.largest == mhl::kNoNode ||
-            info.size > m_index.tree.SizeOf(m_index.largest).value_or(0)) {
-            m_index.largest = *node;
-        }
-    }
-
     void Open(Folder& folder, NodeId node, const std::string& path, const std::string& name,
               const FileInfo& info) {
-        m_index.Note(node, info);
         std::unique_ptr<Folder> below;
         if (const IoStatus status = folder.OpenFolder(name, below); !status) {
-            m_index.unread.Add(path, status.reason);
+            m_findings.unread.Add(path, status.reason);
             return;
         }
         ++m_depth;
@@ -157,42 +142,115 @@ private:
 
     const mhl::IgnoreList& m_ignored;
     const OnFolder& m_onFolder;
-    FolderIndex& m_index;
+    TakeEntry m_take;
+    WalkFindings& m_findings;
     std::uint64_t m_device = 0;
     std::size_t m_depth = 1; ///< parts of the paths in the folder
 };
 
+/// The root's own facts.
+FileInfo InfoOfRoot(const Folder& root) {
+    FileInfo info;
+    copy::Require(platform::Files().Stat(root.Path(), info), "read", root.Path());
+    return info;
+}
+
+/// Whether a file has not been written since, nor another put in its place. Of a folder what is in
+/// it tells, and litter that is ignored changes its times.
 bool IsSameState(const FileInfo& one, const FileInfo& other) {
-    return one.size == other.size && one.modified == other.modified &&
-           one.modifiedNanoseconds == other.modifiedNanoseconds && one.device == other.device &&
-           one.inode == other.inode && one.changed == other.changed &&
-           one.changedNanoseconds == other.changedNanoseconds;
+    const bool isSame =
+        one.kind == other.kind && one.device == other.device && one.inode == other.inode;
+    return isSame &&
+           (one.kind == EntryKind::Folder ||
+            (one.size == other.size && one.modified == other.modified &&
+             one.modifiedNanoseconds == other.modifiedNanoseconds && one.changed == other.changed &&
+             one.changedNanoseconds == other.changedNanoseconds));
+}
+
+void AddAll(const OddEntries& from, OddEntries& to) {
+    for (const OddEntry& each : from.Kept()) {
+        to.Add(each.path, each.why);
+    }
 }
 
 } // namespace
 
 void WalkFolder(Folder& root, const mhl::IgnoreList& ignored, const OnFolder& onFolder,
                 FolderIndex& index) {
-    FileInfo info;
-    copy::Require(platform::Files().Stat(root.Path(), info), "read", root.Path());
-    Walk(ignored, onFolder, index).Enter(root, mhl::kScope, "", info);
+    const FileInfo top = InfoOfRoot(root);
+    index.Note(mhl::kScope, top);
+    const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
+                          const FileInfo& info) {
+        const bool isFolder = info.kind == EntryKind::Folder;
+        const std::optional<NodeId> node =
+            isFolder ? index.tree.AddFolder(parent, name)
+                     : index.tree.AddFile(parent, name, info.size, info.modified);
+        if (!node) {
+            index.unread.Add(path, "is listed twice");
+            return node;
+        }
+        index.Note(*node, info);
+        index.bytes += isFolder ? 0 : info.size;
+        if (!isFolder && (index.largest == mhl::kNoNode ||
+                          info.size > index.tree.SizeOf(index.largest).value_or(0))) {
+            index.largest = *node;
+        }
+        return node;
+    };
+    Walk(ignored, onFolder, take, index).Run(root, top);
     index.tree.Sort();
 }
 
-bool IsSameIndex(const FolderIndex& one, const FolderIndex& other) {
-    NodeId left = one.tree.FirstInPostOrder(mhl::kScope);
-    NodeId right = other.tree.FirstInPostOrder(mhl::kScope);
-    for (; left != mhl::kNoNode && right != mhl::kNoNode;
-         left = one.tree.NextInPostOrder(left, mhl::kScope),
-         right = other.tree.NextInPostOrder(right, mhl::kScope)) {
-        if (one.tree.NameOf(left) != other.tree.NameOf(right) ||
-            one.tree.IsFolder(left) != other.tree.IsFolder(right) ||
-            !IsSameState(one.InfoOf(left), other.InfoOf(right))) {
-            return false;
+OddEntries ChangesSince(const FolderIndex& before, Folder& root, const mhl::IgnoreList& ignored,
+                        const OnFolder& onFolder) {
+    OddEntries changes;
+    std::vector<bool> isMet(before.tree.Size());
+    const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
+                          const FileInfo& info) {
+        const NodeId node = before.tree.Find(parent, name);
+        if (node == mhl::kNoNode) {
+            changes.Add(path, "is new");
+            return std::optional<NodeId>();
+        }
+        isMet[node] = true;
+        const bool isSame = IsSameState(before.InfoOf(node), info);
+        if (!isSame) {
+            changes.Add(path, "has changed");
+        }
+        return isSame ? std::optional(node) : std::nullopt;
+    };
+    WalkFindings findings;
+    Walk(ignored, onFolder, take, findings).Run(root, InfoOfRoot(root));
+    for (NodeId node = 1; node < before.tree.Size(); ++node) {
+        if (!isMet[node] &&
+            (before.tree.ParentOf(node) == mhl::kScope || isMet[before.tree.ParentOf(node)])) {
+            changes.Add(before.tree.PathOf(node), "is not there any more, or not reached");
         }
     }
-    return left == right && one.unread.Count() == other.unread.Count() &&
-           one.leftOut.Count() == other.leftOut.Count();
+    if (findings.unread.Count() != before.unread.Count()) {
+        AddAll(findings.unread, changes);
+    }
+    if (findings.leftOut.Count() != before.leftOut.Count()) {
+        AddAll(findings.leftOut, changes);
+    }
+    return changes;
+}
+
+OddEntries StrangeEntries(const mhl::Tree& tree, Folder& root, const mhl::IgnoreList& ignored,
+                          const OnFolder& onFolder) {
+    OddEntries strange;
+    const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
+                          const FileInfo& /*info*/) {
+        const NodeId node = tree.Find(parent, name);
+        if (node == mhl::kNoNode) {
+            strange.Add(path, "is not the card's");
+        }
+        return node == mhl::kNoNode ? std::nullopt : std::optional(node);
+    };
+    WalkFindings findings;
+    Walk(ignored, onFolder, take, findings).Run(root, InfoOfRoot(root));
+    AddAll(findings.leftOut, strange);
+    return strange;
 }
 
 } // namespace nqp2::offload

@@ -35,16 +35,20 @@ private:
     std::uint64_t m_count = 0;
 };
 
-/// Everything below a folder as it was when it was walked.
-class FolderIndex {
-public:
-    /// Sorted, with sizes and times.
-    mhl::Tree tree;
+/// What a walk met beside the files and folders that it took.
+struct WalkFindings {
     OddEntries leftOut; ///< links, devices, names that no list can hold, other file systems
     OddEntries unread;  ///< what could not be looked at, the rest of a folder included
     OddEntries ignored; ///< what a pattern leaves out
     std::vector<std::string> histories; ///< folders of hash lists: "ascmhl", "A/ascmhl"
-    std::uint64_t bytes = 0;            ///< of all files
+};
+
+/// Everything below a folder as it was when it was walked.
+class FolderIndex : public WalkFindings {
+public:
+    /// Sorted, with sizes and times.
+    mhl::Tree tree;
+    std::uint64_t bytes = 0; ///< of all files
     mhl::NodeId largest = mhl::kNoNode;
 
     /// What the walk was told about a file or folder.
@@ -71,7 +75,13 @@ using OnFolder = std::function<bool(const std::string& path, const platform::Fil
 void WalkFolder(platform::Folder& root, const mhl::IgnoreList& ignored, const OnFolder& onFolder,
                 FolderIndex& index);
 
-/// Whether two walks found the same: entries, sizes, times and files.
-bool IsSameIndex(const FolderIndex& one, const FolderIndex& other);
+/// How a folder differs by now from what it was: what is new, gone or in another state, and what
+/// a second walk could not look at.
+OddEntries ChangesSince(const FolderIndex& before, platform::Folder& root,
+                        const mhl::IgnoreList& ignored, const OnFolder& onFolder);
+
+/// The files and folders of another folder that have no place in the tree of this one.
+OddEntries StrangeEntries(const mhl::Tree& tree, platform::Folder& root,
+                          const mhl::IgnoreList& ignored, const OnFolder& onFolder);
 
 } // namespace nqp2::offload

@@ -4,6 +4,7 @@
 
 import json
 import os
+import re
 import signal
 import subprocess
 import sys
@@ -20,7 +21,7 @@ import hash_lists  # noqa: E402
 COPY = {"A/one.mxf": b"one" * 1000, "A/two.mxf": b"two" * 70_000, "B/C/three.xml": b"three",
         "B/C/void": b"", "caf\u00e9 & <b>.txt": b"x", "big.mxf": bytes(range(256)) * 40_000}
 FAULTS = ("historyFaults", "changed", "unreadable", "unseen", "unproven", "missing",
-          "missingFolders", "renamed", "new", "leftOut")
+          "missingFolders", "changedFolders", "renamed", "new", "leftOut")
 
 
 def flip(path, at=-1):
@@ -29,8 +30,8 @@ def flip(path, at=-1):
     path.write_bytes(content)
 
 
-def cut(path):
-    path.write_bytes(path.read_bytes()[:-1])
+def cut(path, count=1):
+    path.write_bytes(path.read_bytes()[:-count])
 
 
 def hostile(scope, name):
@@ -45,6 +46,10 @@ def edit(scope, old, new, follow=True):
     manifest.write_text(text.replace(old, new, 1))
     if follow:
         hash_lists.rewrite_chain(scope / "ascmhl")
+
+
+def root_hash(scope):
+    return re.search(r"<xxh128>(\w+)<", newest(scope).read_text())[1]
 
 
 def newest(scope):
@@ -94,6 +99,11 @@ DAMAGE = (
      {"historyFaults": None}, "history: ascmhl/"),
     ("a manifest and the chain with another size", lambda at: edit(at, 'size="5"', 'size="6"'),
      {"changed": 1}, "changed: B/C/three.xml"),
+    ("a manifest and the chain with another root hash",
+     lambda at: edit(at, root_hash(at), 4 * "01234567"),
+     {"changedFolders": 1}, "folder changed: ."),
+    ("an empty folder more", lambda at: (at / "A/void").mkdir(), {"changedFolders": 2},
+     "folder changed: A"),
     ("a path that leads out", lambda at: edit(at, ">A/one.mxf<", ">../one.mxf<"),
      {"historyFaults": None, "new": 1}, "history: ascmhl/"),
     ("a size beyond all numbers", lambda at: edit(at, 'size="5"', 'size="' + "9" * 40 + '"'),
@@ -102,7 +112,7 @@ DAMAGE = (
      {"historyFaults": None}, "history: ascmhl/"),
     ("no manifest", lambda at: newest(at).unlink(), {"historyFaults": None}, "history: ascmhl/"),
     ("no chain", lambda at: chain(at).unlink(), {"historyFaults": None}, "history: ascmhl/"),
-    ("a chain cut off", lambda at: cut(chain(at)), {"historyFaults": None}, "history: ascmhl/"),
+    ("a chain cut off", lambda at: cut(chain(at), 9), {"historyFaults": None}, "history: ascmhl/"),
     ("a wrong number in the chain",
      lambda at: chain(at).write_text(chain(at).read_text().replace('nr="1"', 'nr="2"')),
      {"historyFaults": None}, "history: ascmhl/"),
@@ -192,6 +202,20 @@ class SealTest(CopyTest):
         self.assert_counts(self.told_of("seal", self.copy), {"renamed": 1})
         self.assertTrue(self.told_of("verify", self.copy)["well"])
 
+    def test_names_of_all_bytes_are_recorded_as_they_are_or_told(self):
+        names = [b"<" + bytes([byte]) + b"&" for byte in range(1, 256) if byte != ord("/")]
+        for name in names:
+            hostile(self.copy, name)
+        document = self.told_of("seal", self.copy)
+        recorded = {path[2:].encode() for path in hash_lists.read_manifest(newest(self.copy))
+                    if path.startswith("A/<")}
+        self.assertLessEqual({name for name in names if 32 <= name[1] < 127}, recorded)
+        self.assertEqual(len(recorded) + document["counts"]["leftOut"], len(names))
+        self.assertLessEqual(recorded, set(names))
+        document = self.told_of("verify", self.copy)
+        self.assert_counts(document, {"leftOut": len(names) - len(recorded)})
+        self.assertEqual(document["counts"]["verified"], len(COPY) + len(recorded))
+
     def test_an_interrupted_run_leaves_no_list(self):
         with open(self.copy / "huge", "wb") as huge:
             huge.truncate(1 << 36)
@@ -261,9 +285,23 @@ class VerifyTest(CopyTest):
         document = json.loads(result.stdout)
         self.assertEqual(result.returncode, 1)
         self.assertEqual(document["counts"]["unreadable"], 2)
-        self.assertEqual(document["counts"]["unseen"], 4)
+        self.assertEqual(document["counts"]["unseen"], 3)
         self.assertEqual(document["counts"]["missing"], 0)
         self.assertEqual(document["notAdded"], "not all could be read")
+
+    def test_a_file_that_changes_while_it_is_read_is_told(self):
+        with open(self.copy / "huge", "wb") as huge:
+            huge.truncate(1 << 32)
+            with subprocess.Popen(command_line("seal", self.copy, "--progress", "json"),
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+                while json.loads(process.stderr.readline())["bytes"] < 12_000_000:
+                    pass
+                huge.write(b"x")
+                huge.flush()
+                shown, _ = process.communicate(timeout=60)
+        self.assertRegex(shown.decode(), "unreadable: huge .*changed while it was being read")
+        self.assertEqual(process.returncode, 1)
+        self.assertFalse((self.copy / "ascmhl").exists())
 
     def test_without_a_history_nothing_is_proven(self):
         self.assert_fails(run("verify", self.copy), 1,
@@ -284,7 +322,7 @@ class ProgressTest(CopyTest):
         self.assertEqual((last["phase"], last["files"], last["totalFiles"], last["bytes"],
                           last["totalBytes"]), ("read", len(COPY), len(COPY), size, size))
         lines = run("verify", self.copy).stderr.splitlines()
-        self.assertRegex(lines[-1], rf"^read: 100 % of {len(COPY)} files, 9\.9 MiB in ")
+        self.assertRegex(lines[-1], rf"^read: 100 % of {len(COPY)} files, 10\.0 MiB in ")
 
 
 if __name__ == "__main__":

@@ -20,14 +20,14 @@ namespace {
 
 // Entities are replaced, so that a value's own "&" comes as one; others than XML's own cannot be
 // declared without a document type.
-constexpr int kOptions =
+constexpr int kEventOptions =
     XML_PARSE_NONET | XML_PARSE_NOENT | XML_PARSE_NOERROR | XML_PARSE_NOWARNING;
 
 // libxml2 keeps what it was given until it has a whole tag, so pieces are small.
 constexpr std::size_t kPiece = std::size_t{16} * 1024;
 
 /// Namespaces are looked up in a list, for each prefix anew.
-constexpr int kMaxNamespaceSlots = 2 * 100;
+constexpr int kMostNamespaceSlots = 2 * 100;
 
 } // namespace
 
@@ -51,7 +51,7 @@ struct EventReader::State {
         if (parser == nullptr) {
             throw std::bad_alloc();
         }
-        xmlCtxtUseOptions(parser, kOptions);
+        xmlCtxtUseOptions(parser, kEventOptions);
         parser->linenumbers = 1;
     }
     ~State() { xmlFreeParserCtxt(parser); }
@@ -96,7 +96,7 @@ struct EventReader::State {
             Stop(kErrorTooLarge, "elements are nested too deeply", Fault::TooLarge);
             return;
         }
-        if (count > limits.attributes || parser->nsNr > kMaxNamespaceSlots) {
+        if (count > limits.attributes || parser->nsNr > kMostNamespaceSlots) {
             Stop(kErrorTooLarge, "an element has too many attributes", Fault::TooLarge);
             return;
         }

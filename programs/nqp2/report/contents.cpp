@@ -126,10 +126,9 @@ private:
 };
 
 void ReadFiles(CardContents& card) {
-    ClipFileReader reader(card.scan->card.Root());
     CArray<ClipFile> files;
     for (ClipContents& clip : card.clips) {
-        reader.Read(*clip.clip, files);
+        card.scan->files->Read(*clip.clip, files);
         for (const ClipFile& file : files) {
             card.bytes += file.size;
             if (file.state != ClipFileState::Present) {

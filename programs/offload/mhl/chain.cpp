@@ -15,21 +15,21 @@
 namespace nqp2::mhl {
 namespace {
 
-constexpr std::string_view kNamespace = "urn:ASC:MHL:DIRECTORY:v2.0";
+constexpr std::string_view kChainNamespace = "urn:ASC:MHL:DIRECTORY:v2.0";
 
-enum Element : ElementId { kDocument, kDirectory, kHashList, kPath, kDigest };
+enum ChainElement : ElementId { kTop, kDirectory, kListed, kListedPath, kListedDigest };
 
-constexpr ElementRow kRows[] = {
-    {kDocument, "ascmhldirectory", kDirectory, ElementRow::Kind::Children},
-    {kDirectory, "hashlist", kHashList, ElementRow::Kind::Children},
-    {kHashList, "path", kPath, ElementRow::Kind::Text},
-    {kHashList, "", kDigest, ElementRow::Kind::Text},
+constexpr ElementRow kChainRows[] = {
+    {kTop, "ascmhldirectory", kDirectory, ElementRow::Kind::Children},
+    {kDirectory, "hashlist", kListed, ElementRow::Kind::Children},
+    {kListed, "path", kListedPath, ElementRow::Kind::Text},
+    {kListed, "", kListedDigest, ElementRow::Kind::Text},
 };
 
-class Reader final : private ElementHandler {
+class ChainReader final : private ElementHandler {
 public:
-    explicit Reader(const ChainFault& onFault)
-        : m_onFault(onFault), m_reader(kRows, kNamespace, *this) {}
+    explicit ChainReader(const ChainFault& onFault)
+        : m_onFault(onFault), m_reader(kChainRows, kChainNamespace, *this) {}
 
     Chain Read(std::string_view bytes) {
         m_chain.isWhole = m_reader.Add(bytes) && m_reader.Finish();
@@ -38,11 +38,11 @@ public:
 
 private:
     void OnOpen(ElementId element, ElementId /*parent*/, const dom::EventElement& event) override {
-        if (element == kHashList) {
+        if (element == kListed) {
             m_entry = {};
             m_entry.line = event.line;
             Number(AttributeOf(event, "sequencenr"));
-        } else if (element == kDigest) {
+        } else if (element == kListedDigest) {
             m_formatName = event.name;
         }
     }
@@ -61,11 +61,11 @@ private:
 
     void OnClose(ElementId element, ElementId /*parent*/, const std::string& text,
                  int line) override {
-        if (element == kPath) {
+        if (element == kListedPath) {
             m_entry.name = text;
-        } else if (element == kDigest) {
+        } else if (element == kListedDigest) {
             CloseDigest(Trimmed(text), line);
-        } else if (element == kHashList) {
+        } else if (element == kListed) {
             CloseEntry();
         }
     }
@@ -86,7 +86,7 @@ private:
         }
         if (!platform::IsEntryName(m_entry.name)) {
             OnFault(m_entry.line, "\"" + m_entry.name + "\" is no name of a file beside the chain");
-        } else if (m_chain.entries.size() == kMaxEntries) {
+        } else if (m_chain.entries.size() == kMostGenerations) {
             OnFault(m_entry.line, "there are too many generations");
         } else if (!m_names.insert(m_entry.name).second) {
             OnFault(m_entry.line, m_entry.name + " stands there twice");
@@ -100,7 +100,7 @@ private:
     }
     void OnFault(int line, std::string sentence) override { m_onFault(line, std::move(sentence)); }
 
-    static constexpr std::size_t kMaxEntries = 20'000;
+    static constexpr std::size_t kMostGenerations = 20'000;
 
     const ChainFault& m_onFault;
     Chain m_chain;
@@ -115,7 +115,7 @@ private:
 } // namespace
 
 Chain ReadChain(std::string_view bytes, const ChainFault& onFault) {
-    return Reader(onFault).Read(bytes);
+    return ChainReader(onFault).Read(bytes);
 }
 
 std::string ChainText(const std::vector<ChainEntry>& entries) {
@@ -125,7 +125,7 @@ std::string ChainText(const std::vector<ChainEntry>& entries) {
         return platform::IoStatus{};
     };
     XmlWriter xml(sink);
-    xml.Open("ascmhldirectory", {{"xmlns", kNamespace}});
+    xml.Open("ascmhldirectory", {{"xmlns", kChainNamespace}});
     for (const ChainEntry& each : entries) {
         xml.Open("hashlist", {{"sequencenr", std::to_string(each.number)}});
         xml.Leaf("path", each.name);

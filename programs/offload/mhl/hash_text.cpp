@@ -105,7 +105,8 @@ std::string ParseHex(HashFormat format, std::string_view text, Hashes& hashes) {
                                                     : "has a character that is no digit of it";
         }
         char& byte = digest[i / 2];
-        byte = static_cast<char>((static_cast<unsigned char>(byte) << kNibbleBits) | digit);
+        byte =
+            static_cast<char>((unsigned{static_cast<unsigned char>(byte)} << kNibbleBits) | digit);
     }
     hashes.Set(format, std::string_view(digest.data(), text.size() / 2));
     return {};

@@ -59,6 +59,10 @@ bool History::IsExpected(NodeId node) const {
     return node < m_state->recorded.size() && m_state->recorded[node] > 0 && !m_state->isGone[node];
 }
 
+bool History::IsInNewest(NodeId node) const {
+    return m_state->isCurrent[node];
+}
+
 const IgnoreList& History::Ignored() const {
     return m_state->ignored;
 }

@@ -66,6 +66,9 @@ public:
     [[nodiscard]] const Tree& Expected() const;
     /// Whether a node of Expected counts still: recorded, and not renamed away since.
     [[nodiscard]] bool IsExpected(NodeId node) const;
+    /// Whether the newest generation of its history records a node, and not as failed: it made its
+    /// folders' hashes of these, and of files that failed then.
+    [[nodiscard]] bool IsInNewest(NodeId node) const;
     /// The patterns of all generations of this history and those below it, with the default ones.
     [[nodiscard]] const IgnoreList& Ignored() const;
     /// Adds one more pattern to them, for the generations to come as well. False when there are too

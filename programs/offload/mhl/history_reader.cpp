@@ -16,8 +16,6 @@
 namespace nqp2::mhl {
 namespace {
 
-constexpr std::uint64_t kMaxChainBytes = std::uint64_t{16} * 1024 * 1024;
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
 constexpr std::string_view kReadme = "README.txt";
 
 class PartReader {
@@ -27,7 +25,7 @@ public:
 
     void Read() {
         const std::set<std::string> manifests = ListManifests();
-        ReadChainFile();
+        ReadChainFile(!manifests.empty());
         std::set<std::string> listed;
         for (const ChainEntry& each : m_part.chain) {
             listed.insert(each.name);
@@ -75,12 +73,16 @@ private:
         return manifests;
     }
 
-    void ReadChainFile() {
+    /// A folder in which nothing is but the mark of a copy in the making is no history yet.
+    void ReadChainFile(bool hasManifests) {
         std::string bytes;
         const platform::IoStatus status =
             m_folder.Read(std::string(kChainFile), kMaxChainBytes, bytes);
         if (!status) {
             m_part.hasChain = status.error != platform::IoError::NotFound;
+            if (!m_part.hasChain && !hasManifests) {
+                return;
+            }
             Fault(kChainFile, 0,
                   m_part.hasChain ? "cannot be read: " + status.reason
                                   : "the history has no chain, so it is not finished");
@@ -154,12 +156,12 @@ private:
         std::unique_ptr<platform::FileReader> file;
         platform::IoStatus status = m_folder.Open(name, file);
         Hasher hasher(HashFormat::C4);
-        std::string block(kBlock, '\0');
+        m_block.resize(kManifestPiece);
         std::size_t count = 1;
         bool isSound = true;
         while (status && count > 0) {
-            status = file->Read(block.data(), block.size(), count);
-            const std::string_view bytes(block.data(), status ? count : 0);
+            status = file->Read(m_block.data(), m_block.size(), count);
+            const std::string_view bytes(m_block.data(), status ? count : 0);
             hasher.Add(bytes);
             isSound = isSound && reader.Add(bytes);
         }
@@ -175,12 +177,14 @@ private:
         const auto newest = static_cast<std::uint32_t>(m_part.generations.size());
         Tree& tree = m_state.expected;
         const NodeId top = tree.Find(m_part.folder);
+        m_state.isCurrent.resize(tree.Size());
         const bool hasRoot = newest > 0 && m_part.generations.back().head.root.has_value();
         for (NodeId node = top != kNoNode ? tree.FirstInPostOrder(top) : kNoNode; node != kNoNode;
              node = tree.NextInPostOrder(node, top)) {
-            const bool isOld =
-                node == top ? !hasRoot
-                            : node >= m_state.recorded.size() || m_state.recorded[node] != newest;
+            const bool isRecorded =
+                node < m_state.recorded.size() && m_state.recorded[node] == newest;
+            const bool isOld = node == top ? !hasRoot : !isRecorded;
+            m_state.isCurrent[node] = isRecorded && !m_state.hasFailed[node];
             if (tree.IsFolder(node) && isOld) {
                 tree.SetFolderHashes(node, {});
             }
@@ -190,6 +194,7 @@ private:
     HistoryState& m_state;
     HistoryPart& m_part;
     platform::Folder& m_folder;
+    std::string m_block;
 };
 
 /// Looks for the folders that have histories; does not enter what no history ever records.
@@ -369,6 +374,7 @@ void ReadHistories(HistoryState& state) {
         ForgetAbove(state, each);
     }
     state.recorded.resize(state.expected.Size());
+    state.isCurrent.resize(state.expected.Size());
     state.isGone.resize(state.expected.Size());
 }
 

@@ -12,6 +12,11 @@
 
 namespace nqp2::mhl {
 
+/// A chain of this size has tens of thousands of generations.
+inline constexpr std::uint64_t kMaxChainBytes = std::uint64_t{16} * 1024 * 1024;
+/// Manifests are read in pieces of so many bytes.
+inline constexpr std::size_t kManifestPiece = std::size_t{256} * 1024;
+
 /// The history of one folder, which may lie below the outermost scope.
 struct HistoryPart {
     std::string folder; ///< below the outermost scope; "" for that itself
@@ -39,6 +44,8 @@ struct HistoryState {
     Tree expected;
     std::vector<std::uint32_t> recorded; ///< by node: the last generation of its part, from 1
     std::vector<bool> isGone;            ///< by node: renamed away
+    std::vector<bool> hasFailed;         ///< by node: in the last generation that recorded it
+    std::vector<bool> isCurrent;         ///< by node: the newest of its part has it, not failed
     IgnoreList ignored = IgnoreList::Default();
     FormatSet formats;
 

@@ -17,8 +17,6 @@ namespace {
 using platform::IoError;
 using platform::IoStatus;
 
-constexpr std::size_t kBlock = std::size_t{256} * 1024;
-constexpr std::uint64_t kMaxChainBytes = std::uint64_t{16} * 1024 * 1024;
 constexpr std::chrono::seconds kPatience{5};
 
 IoStatus OpenOrMake(platform::Folder& parent, const std::string& name,
@@ -46,7 +44,7 @@ public:
     IoStatus Finish(Hashes& c4) {
         c4 = m_hasher.Value();
         IoStatus status = m_writer->Flush();
-        std::string block(kBlock, '\0');
+        std::string block(kManifestPiece, '\0');
         std::size_t count = 1;
         for (std::uint64_t position = 0; status && count > 0; position += count) {
             status = m_writer->ReadAt(position, block.data(), block.size(), count);

@@ -30,16 +30,16 @@ inline constexpr std::pair<Action, std::string_view> kActionNames[] = {
 };
 
 /// "" for one without a name.
-template <class Value, std::size_t size>
-std::string_view NameIn(const std::pair<Value, std::string_view> (&table)[size], Value value) {
+template <class Value, std::size_t Count>
+std::string_view NameIn(const std::pair<Value, std::string_view> (&table)[Count], Value value) {
     const auto* const found = std::find_if(std::begin(table), std::end(table),
                                            [&](const auto& row) { return row.first == value; });
     return found != std::end(table) ? found->second : std::string_view();
 }
 
 /// The value-initialised one for a name that is not there.
-template <class Value, std::size_t size>
-Value ValueIn(const std::pair<Value, std::string_view> (&table)[size], std::string_view name) {
+template <class Value, std::size_t Count>
+Value ValueIn(const std::pair<Value, std::string_view> (&table)[Count], std::string_view name) {
     const auto* const found = std::find_if(std::begin(table), std::end(table),
                                            [&](const auto& row) { return row.second == name; });
     return found != std::end(table) ? found->first : Value{};

@@ -103,8 +103,12 @@ struct ManifestReader::State final : private ElementHandler {
     explicit State(ManifestHandler& toTell)
         : handler(toTell), reader(kRows, kManifestNamespace, *this) {}
 
-    void Fault(int line, std::string sentence) { handler.OnFinding(true, line, sentence); }
-    void Remark(int line, std::string sentence) { handler.OnFinding(false, line, sentence); }
+    void Fault(int line, std::string sentence) {
+        handler.OnFinding(true, line, std::move(sentence));
+    }
+    void Remark(int line, std::string sentence) {
+        handler.OnFinding(false, line, std::move(sentence));
+    }
 
     void OnOpen(ElementId element, ElementId parent, const dom::EventElement& event) override;
     void OnClose(ElementId element, ElementId parent, const std::string& text, int line) override;

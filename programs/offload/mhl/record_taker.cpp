@@ -55,6 +55,7 @@ NodeId RecordTaker::Take(const std::string& path, bool isFolder, int line) {
         // In steps, as the tree grows.
         m_state.recorded.resize(m_state.expected.Size());
         m_state.isGone.resize(m_state.expected.Size());
+        m_state.hasFailed.resize(m_state.expected.Size());
     }
     if (m_state.recorded[node] == m_generation) {
         m_tell(true, line, path + " is recorded twice");
@@ -91,6 +92,7 @@ void RecordTaker::Merge(NodeId file, const FileRecord& record) {
                        " is another one than an earlier generation has");
         }
     }
+    m_state.hasFailed[file] = hasFailed;
     m_state.formats |= fresh;
     if (!fresh.IsEmpty()) {
         tree.SetHashes(file, known);

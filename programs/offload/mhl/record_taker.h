@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 namespace nqp2::mhl {
 
@@ -16,8 +17,8 @@ public:
     using Tell = std::function<void(bool isFault, int line, std::string sentence)>;
 
     /// `generation`: of the part, from 1.
-    RecordTaker(HistoryState& state, HistoryPart& part, std::uint32_t generation, const Tell& tell)
-        : m_state(state), m_part(part), m_generation(generation), m_tell(tell) {}
+    RecordTaker(HistoryState& state, HistoryPart& part, std::uint32_t generation, Tell tell)
+        : m_state(state), m_part(part), m_generation(generation), m_tell(std::move(tell)) {}
 
     void OnFile(const FileRecord& record) override;
     void OnFolder(const FolderRecord& record) override;
@@ -39,7 +40,7 @@ private:
     HistoryState& m_state;
     HistoryPart& m_part;
     std::uint32_t m_generation;
-    const Tell& m_tell;
+    Tell m_tell;
 };
 
 } // namespace nqp2::mhl

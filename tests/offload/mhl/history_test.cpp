@@ -82,6 +82,7 @@ TEST(History, AFirstGenerationIsProvenByAllItWrote) {
     EXPECT_THAT(SentencesOf(history, false), IsEmpty());
     ASSERT_EQ(history.Generations().size(), 1U);
     EXPECT_TRUE(history.Generations()[0].isWhole);
+    EXPECT_EQ(history.Generations()[0].head.ignored, IgnoreList::Default().Patterns());
     EXPECT_TRUE(history.Generations()[0].c4 == folder.added[0].c4);
     EXPECT_TRUE(history.Generations()[0].head.root->structure == folder.added[0].root.structure);
     EXPECT_EQ(history.Formats().Bits(), (kXxh64 | HashFormat::C4).Bits());
