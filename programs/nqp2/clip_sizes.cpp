@@ -18,7 +18,8 @@ const CArray<ClipFile>& ClipSizes::FilesOf(const std::string& clip) {
     }
     m_files.RemoveAll();
     for (const ClipFile& file : files) {
-        if (file.state != ClipFileState::Missing) {
+        // What only has the clip's name is neither copied nor removed with it.
+        if (file.state != ClipFileState::Missing && file.role != ClipFileRole::Other) {
             m_files.Add(file);
         }
     }

@@ -17,7 +17,7 @@ class ClipSizes {
 public:
     explicit ClipSizes(const Card& card) : m_reader(card.Root()) {}
 
-    /// Those that are there, until the next call.
+    /// Those that are there and that the worker takes for the clip's, until the next call.
     const CArray<ClipFile>& FilesOf(const std::string& clip);
     /// Their number and sizes.
     FileSum Of(const std::string& clip);

@@ -10,6 +10,7 @@
 #include "nqp2/transfer_watch.h"
 #include "nqp2/worker_session.h"
 
+#include "NQP2ParserU/Interrupt.h"
 #include "NQP2ParserU/RecordedClips.h"
 #include "NQP2ParserU/TextBytes.h"
 
@@ -139,7 +140,8 @@ Outcome SendAll(WorkerSession& session, TransferWatch& watch, FrameStream& strea
             return Outcome::Cancelled;
         }
     }
-    return Outcome::Whole;
+    // A live stream may end by the same signal.
+    return WasInterrupted() ? Outcome::Cancelled : Outcome::Whole;
 }
 
 /// A recording that is cancelled leaves nothing; one that fails leaves what came before.
