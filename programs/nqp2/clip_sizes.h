@@ -11,8 +11,8 @@
 
 namespace nqp2::tool {
 
-/// Tells the files that a P2 card has of clips, by their names alone: of clips whose metadata cannot
-/// be read, too.
+/// Tells the files that a P2 card has of clips, by their names alone: of clips whose metadata
+/// cannot be read, too.
 class ClipSizes {
 public:
     explicit ClipSizes(const Card& card) : m_reader(card.Root()) {}
