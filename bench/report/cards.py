@@ -110,6 +110,17 @@ class Cards:
 
         return self._made(f"real-{megabytes}", make)
 
+    def small_files(self, files: int) -> Path:
+        """Folders of a thousand files of 4 KB each."""
+        def make(folder: Path) -> None:
+            for number in range(files):
+                if number % 1000 == 0:
+                    below = folder / f"{number // 1000:03}"
+                    below.mkdir(parents=True)
+                (below / f"{number % 1000:04}.XML").write_bytes(os.urandom(4096))
+
+        return self._made(f"small-files-{files}", make)
+
     def tape(self, frames: int) -> Path:
         """A stream of that many DV frames with noise for a picture."""
         def make(folder: Path) -> None:

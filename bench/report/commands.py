@@ -6,6 +6,7 @@ import json
 import os
 import shutil
 import subprocess
+import tempfile
 from pathlib import Path
 from typing import Callable
 
@@ -41,6 +42,39 @@ def forget(files: list[Path]) -> None:
             os.posix_fadvise(opened.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
 
 
+class MemoryDisks:
+    """File systems in files that lie in memory, as far as this user may mount them."""
+
+    def __init__(self, folder: Path, megabytes: int):
+        self._folder, self._megabytes = folder, megabytes
+        self._memory = Path("/dev/shm") / f"nqp2-bench-{os.getpid()}"
+        self._places = [folder / str(number) for number in range(2)]
+
+    def can(self) -> bool:
+        try:
+            return len(self.fresh(2)) == 2
+        except (OSError, subprocess.CalledProcessError):
+            return False
+
+    def fresh(self, count: int) -> list[Path]:
+        self.remove()
+        self._memory.mkdir()
+        for place in self._places[:count]:
+            image = self._memory / place.name
+            place.mkdir(parents=True, exist_ok=True)
+            with open(image, "wb") as file:
+                file.truncate(self._megabytes << 20)
+            subprocess.run(["mkfs.ext4", "-q", "-F", image], check=True)
+            subprocess.run(["mount", "-o", "loop", image, place], check=True, capture_output=True)
+        return [place / "copy" for place in self._places[:count]]
+
+    def remove(self) -> None:
+        for place in self._places:
+            if place.is_mount():
+                subprocess.run(["umount", place], check=True)
+        shutil.rmtree(self._memory, ignore_errors=True)
+
+
 class Commands:
     def __init__(self, setting):
         self._setting = setting
@@ -51,7 +85,7 @@ class Commands:
         kinds: dict[str, Callable[[set[str]], Figures]] = {
             "command": self._listings, "calls": self._calls, "copy": self._copies,
             "record": self._recordings, "page": self._pages, "shelf": self._shelves,
-            "disc": self._discs}
+            "disc": self._discs, "fan": self._fans}
         return kinds[kind](names)
 
     def _low(self, runs: dict[str, Callable[[], list]], times: int) -> Figures:
@@ -143,6 +177,44 @@ class Commands:
                 "copy/import": lambda: [self._setting.nqp2, "import", card, files[-1].stem, "--to",
                                         prepare(), "--quiet"]}, 1)
         finally:
+            self._fresh_folder()
+
+    def _fans(self, names: set[str]) -> Figures:
+        """The copying engine against cp -a, and onto two file systems in memory against one. Files
+        are not removed between the runs: file systems are slow to make new ones after that."""
+        programs, sizes = self._setting.programs, self._setting.sizes
+        real = self._setting.cards.real(sizes.copy_megabytes)
+        disks = MemoryDisks(self._setting.cards.folder / "disks", sizes.copy_megabytes * 2)
+        ours, plain = programs / "fan_once", programs / "plain_copy"
+
+        def prepare(source: Path) -> Path:
+            forget([file for file in source.rglob("*") if file.is_file()])
+            self._scratch.mkdir(parents=True, exist_ok=True)
+            os.sync()
+            return Path(tempfile.mkdtemp(dir=self._scratch))
+
+        def onto(count: int) -> list:
+            prepare(real)
+            return [ours, real, *disks.fresh(count)]
+
+        runs = {"fan/tree": lambda: [plain, "tree", real, prepare(real)],
+                "fan/one": lambda: [ours, real, prepare(real)]}
+        if any(name.startswith(("fan/small", "fan/flushed")) for name in names):
+            small = self._setting.cards.small_files(sizes.small_files)
+            runs |= {"fan/flushed": lambda: [plain, "flushed", small, prepare(small)],
+                     "fan/small": lambda: [ours, small, prepare(small)]}
+        missing: Figures = {}
+        if disks.can():
+            runs |= {"fan/one_disk": lambda: onto(1), "fan/two_disks": lambda: onto(2)}
+        else:
+            missing = {name: NoFigure("file systems cannot be mounted here", False)
+                       for name in names if "_disk" in name}
+        wanted = {name: run for name, run in runs.items()
+                  if any(each.startswith(f"{name}:") for each in names)}
+        try:
+            return self._low(wanted, 1) | missing
+        finally:
+            disks.remove()
             self._fresh_folder()
 
     def _recordings(self, _names: set[str]) -> Figures:

@@ -17,6 +17,7 @@ class Sizes:
         self.avchd = (max(small // 10, 10), small, max(large // 2, small * 2))
         self.shelf = (max(small // 20, 2), 20)  # cards, clips of each
         self.lists = (max(small // 10, 10), small, large)
+        self.small_files = large * 10
         self.frames = copy_megabytes * 3  # of a recording of 144,000 bytes each
 
 
@@ -171,6 +172,24 @@ def worker_lines(sizes: Sizes) -> list[Line]:
              figure("record/ours:wall"), figure("record/plain:wall"), 1.5),
         Line(f"recording {sizes.frames:,} frames, processor time / the same", "ms",
              figure("record/ours:processor"), figure("record/plain:processor")),
+    ] + fan_lines(sizes)
+
+
+def fan_lines(sizes: Sizes) -> list[Line]:
+    """The copying engine alone, without what it is told to do."""
+    tree, files = f"{sizes.copy_megabytes:,} MB", sizes.small_files
+    most = 64 * KB * KB + 200 * files
+    return [
+        Line(f"{tree} given to one target / cp -a, flush, checksums of both", "ms",
+             figure("fan/one:wall"), figure("fan/tree:wall"), 1.1),
+        Line(f"{tree} given to two file systems in memory / to one", "ms",
+             figure("fan/two_disks:wall"), figure("fan/one_disk:wall"), 1.2),
+        Line(f"{files:,} small files given to one target / cp -a, flush", "ms",
+             figure("fan/small:wall"), figure("fan/flushed:wall"), 2),
+        Line(f"peak memory of the engine, {files:,} files / 64 MiB and 200 bytes a file", "bytes",
+             figure("fan/small:peak"), fixed(most, "bytes"), 1),
+        Line(f"peak memory of the engine, {tree} to two / the same", "bytes",
+             figure("fan/two_disks:peak"), fixed(most, "bytes"), 1),
     ]
 
 

@@ -70,15 +70,16 @@ IoStatus DiskFileWriter::KeepTime(const FileInfo& source) {
 IoStatus DiskFileWriter::Flush() {
     IoStatus status = FlushToMedium(m_file.Get());
     if (status) {
-        LetGo();
+        // Advice: a file system that keeps its files in memory alone has no medium to ask.
+        static_cast<void>(posix_fadvise(m_file.Get(), 0, 0, POSIX_FADV_DONTNEED));
+        static_cast<void>(posix_fadvise(m_file.Get(), 0, 0, POSIX_FADV_SEQUENTIAL));
     }
     return status;
 }
 
-/// Advice: a file system that keeps its files in memory alone has no medium to ask.
 void DiskFileWriter::LetGo() {
     static_cast<void>(posix_fadvise(m_file.Get(), 0, 0, POSIX_FADV_DONTNEED));
-    static_cast<void>(posix_fadvise(m_file.Get(), 0, 0, POSIX_FADV_SEQUENTIAL));
+    static_cast<void>(posix_fadvise(m_file.Get(), 0, 0, POSIX_FADV_WILLNEED));
 }
 
 IoStatus DiskFileWriter::ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,

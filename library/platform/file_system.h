@@ -73,7 +73,8 @@ public:
     /// Brings the file onto the medium and lets go of the system's copy, so that what is read next
     /// comes from the medium where there is one.
     virtual IoStatus Flush() = 0;
-    /// Lets go of the system's copy of what Folder::FlushAll has flushed.
+    /// Lets go of the system's copy of a small file that Folder::FlushAll has flushed, and begins
+    /// to read it from the medium, so that many are on their way at once.
     virtual void LetGo() = 0;
     /// Reads up to `capacity` bytes; `count` is 0 at the end of the file.
     virtual IoStatus ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,

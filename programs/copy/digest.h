@@ -41,7 +41,7 @@ private:
 /// Of bytes that are all there.
 Digest::Bytes DigestOf(std::string_view bytes);
 
-/// Reads `size` bytes at `start` back back from the medium, by blocks into `block`, and fails unless
+/// Reads `size` bytes at `start` back from the medium, by blocks into `block`, and fails unless
 /// they have the digest. `done` is told the size of each block.
 void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
                    std::uint64_t size, const Digest::Bytes& written, std::string& block,

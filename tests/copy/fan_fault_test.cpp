@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-// A fan whose file calls, threads, memory or life fail at any point. Some tens of points of each are
-// taken; NQP2_FAULTS=1 takes all calls, NQP2_KILLS=1000 all kills.
+// A fan whose file calls, threads or life fail at any point. Some tens of points of each
+// are taken; NQP2_FAULTS=1 takes all calls, NQP2_KILLS=1000 all kills.
 
 #include "tests/copy/fan_fixture.h"
 #include "tests/support/tracing.h"
