@@ -12,30 +12,35 @@ namespace {
 /// How long what was interrupted may take to end by itself.
 constexpr unsigned kPatienceSeconds = 5;
 
-std::atomic<bool> interrupted = false;
-static_assert(std::atomic<bool>::is_always_lock_free, "is set by a signal handler");
+/// The signal that came first; 0 before that.
+std::atomic<int> interruption = 0;
+static_assert(std::atomic<int>::is_always_lock_free, "is set by a signal handler");
 
-void Remember(int) {
-    interrupted = true;
-    alarm(kPatienceSeconds);
+/// Lets the signal do what it does by itself, as soon as its handler has ended.
+void EndBy(int signal) {
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
 }
 
-/// The second one, which has its usual meaning again.
-void InterruptAgain(int) {
-    std::raise(SIGINT);
-}
-
-/// Lets the first of the signal set the flag, unless somebody else has a use for it.
-void CatchFirst(int signal) {
-    struct sigaction before = {};
-    if (sigaction(signal, nullptr, &before) != 0 || before.sa_handler != SIG_DFL) {
-        return;
+void Remember(int signal) {
+    int none = 0;
+    if (interruption.compare_exchange_strong(none, signal)) {
+        alarm(kPatienceSeconds);
+    } else {
+        EndBy(signal);
     }
-    struct sigaction once = {};
-    once.sa_handler = Remember;
+}
+
+void EndLate(int /*alarm*/) {
+    EndBy(interruption);
+}
+
+void Handle(int signal, void (*handler)(int)) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
     // System calls of threads that know nothing of this go on.
-    once.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
-    sigaction(signal, &once, nullptr);
+    action.sa_flags = SA_RESTART;
+    sigaction(signal, &action, nullptr);
 }
 
 } // namespace
@@ -43,15 +48,17 @@ void CatchFirst(int signal) {
 namespace nqp2 {
 
 void CatchInterrupt() noexcept {
-    CatchFirst(SIGINT);
-    CatchFirst(SIGTERM);
-    struct sigaction late = {};
-    late.sa_handler = InterruptAgain;
-    sigaction(SIGALRM, &late, nullptr);
+    for (const int signal : {SIGINT, SIGTERM}) {
+        struct sigaction before = {};
+        if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_DFL) {
+            Handle(SIGALRM, EndLate);
+            Handle(signal, Remember);
+        }
+    }
 }
 
 bool WasInterrupted() noexcept {
-    return interrupted;
+    return interruption != 0;
 }
 
 } // namespace nqp2

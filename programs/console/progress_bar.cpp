@@ -15,7 +15,6 @@
 namespace nqp2::tool {
 namespace {
 
-constexpr std::chrono::milliseconds kPause(100);
 constexpr const char* kClearLine = "\r\x1b[K";
 
 std::string RateText(double kibPerSecond) {
@@ -68,36 +67,6 @@ void DrawBar(const Progress& progress) {
 
 void EraseBar() {
     std::fputs(kClearLine, stderr);
-}
-
-ProgressBar::ProgressBar(bool quiet) : m_isWanted(!quiet && IsTerminal(stderr)) {}
-
-void ProgressBar::Begin(const std::string& label) {
-    const std::lock_guard lock(m_mutex);
-    m_label = Printable(label, LineBreaks::Escape);
-    m_begin = Clock::now();
-    m_drawn = {};
-    m_isRunning = m_isWanted;
-}
-
-void ProgressBar::Show(std::uint64_t done, std::uint64_t total) {
-    const std::lock_guard lock(m_mutex);
-    const Clock::time_point now = Clock::now();
-    if (!m_isRunning || (m_isDrawn && now - m_drawn < kPause)) {
-        return;
-    }
-    const std::chrono::duration<double> seconds = now - m_begin;
-    DrawBar({m_label, done, total, seconds.count()});
-    m_drawn = now;
-    m_isDrawn = true;
-}
-
-void ProgressBar::End() {
-    const std::lock_guard lock(m_mutex);
-    if (m_isDrawn) {
-        EraseBar();
-    }
-    m_isDrawn = m_isRunning = false;
 }
 
 } // namespace nqp2::tool

@@ -3,9 +3,7 @@
 
 #pragma once
 
-#include <chrono>
 #include <cstdint>
-#include <mutex>
 #include <string>
 
 namespace nqp2::tool {
@@ -26,33 +24,5 @@ std::string TimeText(double seconds);
 /// Draws the bar on standard error in the place of what was drawn before; takes it away.
 void DrawBar(const Progress& progress);
 void EraseBar();
-
-/// One line on standard error that follows a transfer, drawn at most ten times a second; nothing
-/// when standard error is no terminal. From any thread.
-class ProgressBar {
-public:
-    /// A quiet one draws nothing.
-    explicit ProgressBar(bool quiet);
-    ~ProgressBar() { End(); }
-    ProgressBar(const ProgressBar&) = delete;
-    ProgressBar& operator=(const ProgressBar&) = delete;
-
-    void Begin(const std::string& label);
-    /// Where the transfer has come, in KiB.
-    void Show(std::uint64_t done, std::uint64_t total);
-    /// Clears the line; what is shown after that waits for the next Begin.
-    void End();
-
-private:
-    using Clock = std::chrono::steady_clock;
-
-    bool m_isWanted;
-    std::mutex m_mutex;
-    bool m_isRunning = false;
-    bool m_isDrawn = false;
-    std::string m_label;
-    Clock::time_point m_begin;
-    Clock::time_point m_drawn;
-};
 
 } // namespace nqp2::tool

@@ -3,7 +3,6 @@
 
 #include "nqp2/card_scan.h"
 
-#include "nqp2/card_entry.h"
 #include "nqp2/worker_session.h"
 #include "NQP2ParserU/TextBytes.h"
 
@@ -159,15 +158,13 @@ CArray<JoinedTake> CardScans::Takes() const {
 }
 
 CardScans ScanCards(Console& console, const ScanOptions& options) {
-    constexpr CardEntry kEntry = {kEveryCard, nullptr, false,
-                                  "give one of them, or all with --recursive"};
     CardScans scans;
     std::vector<Card> cards;
     for (const std::string& argument : options.cards) {
         if (options.recursive) {
             AddCardsBelow(argument, cards, scans.skipped);
         } else {
-            AddCard(cards, EnterCard(console, argument, kEntry));
+            AddCard(cards, EnterCard(console, argument, options.entry));
         }
     }
     Scanner scanner(console, options);

@@ -5,6 +5,7 @@
 
 #include "console/console.h"
 #include "nqp2/card.h"
+#include "nqp2/card_entry.h"
 #include "NQP2ParserU/CardFinder.h"
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/ClipFiles.h"
@@ -25,6 +26,8 @@ struct ScanOptions {
     bool keepDigit = false;
     bool withFiles = false; ///< the clips' files will be asked for
     std::string worker;
+    /// What counts as a card where it is not searched for.
+    CardEntry entry = {kEveryCard, nullptr, false, "give one of them, or all with --recursive"};
 
     /// Whether what comes out is a list of cards, whatever their number.
     [[nodiscard]] bool AreSeveral() const { return recursive || cards.size() > 1; }

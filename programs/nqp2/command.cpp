@@ -66,6 +66,11 @@ Option Option::Between(int least, int most) const {
     return *this;
 }
 
+Option Option::Unlisted() const {
+    m_option->group("");
+    return *this;
+}
+
 void Option::OneOf(const std::vector<int>& numbers) const {
     m_option->check(CLI::IsMember(numbers));
 }
@@ -148,8 +153,11 @@ void Command::WorkerOption(std::string& program) const {
                 "The worker program; the nqp2-worker of this installation if left out");
 }
 
-void Command::QuietFlag(bool& quiet) const {
-    Flag("-q,--quiet", quiet, "Show no progress");
+void Command::AddProgressOptions(ProgressOptions& progress) const {
+    ValueOption("--progress", progress.form, "FORM",
+                "Show progress as bar, lines or json (one object a line)")
+        .OneOf(std::vector<std::string>{"bar", "lines", "json"});
+    Flag("-q,--quiet", progress.quiet, "Show no progress");
 }
 
 void Command::IncompleteFlag(bool& incomplete) const {

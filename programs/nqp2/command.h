@@ -26,6 +26,12 @@ struct OutputForm {
     bool csv = false;
 };
 
+/// How a run shows where it has come: as bar, lines or JSON, by itself when not told.
+struct ProgressOptions {
+    std::string form;
+    bool quiet = false;
+};
+
 /// An argument or option of a command. Valid as long as the command line.
 class Option {
 public:
@@ -35,6 +41,8 @@ public:
     Option Needs(const Option& other) const;     // NOLINT(modernize-use-nodiscard)
     Option Excludes(const Option& other) const;  // NOLINT(modernize-use-nodiscard)
     Option Between(int least, int most) const;   // NOLINT(modernize-use-nodiscard)
+    /// Understood, but not in the help: a name that it had before.
+    Option Unlisted() const; // NOLINT(modernize-use-nodiscard)
     void OneOf(const std::vector<int>& numbers) const;
     void OneOf(const std::vector<std::string>& words) const;
     [[nodiscard]] bool IsGiven() const;
@@ -83,9 +91,9 @@ public:
     void JsonFlag(bool& json) const;
     void JsonAndCsvFlags(OutputForm& form, const std::string& ofJson,
                          const std::string& ofCsv) const;
-    /// --worker, --quiet and --incomplete.
+    /// --progress with --quiet, --worker and --incomplete.
+    void AddProgressOptions(ProgressOptions& progress) const;
     void WorkerOption(std::string& program) const;
-    void QuietFlag(bool& quiet) const;
     void IncompleteFlag(bool& incomplete) const;
 
     /// Ends the command's help with an example.

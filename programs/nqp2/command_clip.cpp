@@ -68,7 +68,7 @@ void AddClipCommand(const Command& program) {
     const Command command = program.Add("clip", "Show every field of one clip");
     ClipOptions& options = command.Runs(RunClip);
     command.CardArgument(options.card);
-    command.Argument("NAME", options.name, "The clip's name, in any letter case");
+    command.Argument("CLIP", options.name, "The clip's name, in any letter case");
     command.JsonFlag(options.json);
     command.Example("nqp2 clip /media/card 0001AB --json");
 }

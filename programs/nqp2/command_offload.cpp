@@ -19,12 +19,6 @@ namespace {
 
 constexpr const char* kProgram = "nqp2-offload";
 
-/// How a run shows where it has come.
-struct ProgressOptions {
-    std::string form;
-    bool quiet = false;
-};
-
 struct OffloadOptions {
     std::string card;
     std::vector<std::string> targets;
@@ -140,14 +134,6 @@ void AddHashOption(const Command& command, std::vector<std::string>& hashes) {
         .OneOf(std::vector<std::string>{"xxh128", "xxh3", "xxh64", "md5", "sha1", "c4"});
 }
 
-void AddProgressOptions(const Command& command, ProgressOptions& progress) {
-    command
-        .ValueOption("--progress", progress.form, "FORM",
-                     "Show progress as bar, lines or json (one object a line)")
-        .OneOf(std::vector<std::string>{"bar", "lines", "json"});
-    command.QuietFlag(progress.quiet);
-}
-
 } // namespace
 
 void AddOffloadCommand(const Command& program) {
@@ -175,7 +161,7 @@ void AddOffloadCommand(const Command& program) {
     command.ValueOption("--log", options.log, "FILE", "Write all that is told as JSON to a file");
     command.Flag("--dry-run", options.dryRun, "Tell what would be copied where, and copy nothing");
     command.JsonFlag(options.json);
-    AddProgressOptions(command, options.progress);
+    command.AddProgressOptions(options.progress);
     command.Example("nqp2 offload /media/card --to /raid/day1 --to /media/shuttle/day1");
     command.Note(
         "The card may be formatted when two copies on different disks, neither of them the\n"
@@ -197,7 +183,7 @@ void AddSealCommand(const Command& program) {
     command.Argument("FOLDER", options.folder, "A copy of a card, or any folder");
     AddHashOption(command, options.hashes);
     command.JsonFlag(options.json);
-    AddProgressOptions(command, options.progress);
+    command.AddProgressOptions(options.progress);
     command.Example("nqp2 seal /raid/day1/A001");
 }
 
@@ -208,7 +194,7 @@ void AddVerifyCommand(const Command& program) {
     command.Argument("FOLDER", options.folder, "A copy with its list in the folder ascmhl");
     command.Flag("--append", options.append, "Add what was found to the list");
     command.JsonFlag(options.json);
-    AddProgressOptions(command, options.progress);
+    command.AddProgressOptions(options.progress);
     command.Example("nqp2 verify /raid/day1/A001");
     command.Note("Exit status: 0 all well, 1 something is not as it was recorded.");
 }

@@ -10,6 +10,7 @@
 #include "nqp2/transfer_watch.h"
 #include "nqp2/worker_session.h"
 
+#include "NQP2ParserU/Interrupt.h"
 #include "NQP2ParserU/RecordedClips.h"
 #include "NQP2ParserU/TextBytes.h"
 
@@ -40,7 +41,7 @@ struct RtExportOptions {
     bool dropFrame = false;
     bool isWide = false;
     bool json = false;
-    bool quiet = false;
+    ProgressOptions progress;
     std::string worker;
 };
 
@@ -139,7 +140,8 @@ Outcome SendAll(WorkerSession& session, TransferWatch& watch, FrameStream& strea
             return Outcome::Cancelled;
         }
     }
-    return Outcome::Whole;
+    // A live stream may end by the same signal.
+    return WasInterrupted() ? Outcome::Cancelled : Outcome::Whole;
 }
 
 /// A recording that is cancelled leaves nothing; one that fails leaves what came before.
@@ -186,13 +188,16 @@ Status RunRtExport(Console& console, const RtExportOptions& given) {
     options.card = card.Argument();
     AccessUnits video(options.video, form.unitSize);
     FrameStream stream(form, std::move(video), SoundOf(options));
-    TransferWatch watch(options.quiet);
+    TransferWatch watch(options.progress);
     WorkerSession session(options.worker);
     session->SetSystemType(form.rate.standard);
     BeginRecording(session, options, stream, codeType);
+    const FileSum all = {1, stream.File().Size()};
+    watch.BeginRun("record", all);
     watch.Begin(fmt::format("{}", fmt::join(ClipNames(session), ", ")));
     RecordAll(session, watch, options, stream);
-    watch.End();
+    watch.End(all);
+    watch.EndRun();
     PrintRecording(console, options, ClipNames(session), stream.Given());
     return kDone;
 }
@@ -232,14 +237,14 @@ void AddRtExportCommand(const Command& program) {
     command.Argument("STREAM", options.video,
                      "A file of DV frames, or AVC-Intra in Annex B form whose access units\n"
                      "begin with a delimiter each and the first with parameter sets");
-    command.ValueOption("--code-type", options.codeType, "TYPE", "What it is: a name or number")
+    command.ValueOption("-f,--code-type", options.codeType, "TYPE", "What it is: a name or number")
         .Required();
     AddSoundOptions(command, options);
     AddClipOptions(command, options);
     command.JsonFlag(options.json);
-    command.QuietFlag(options.quiet);
+    command.AddProgressOptions(options.progress);
     command.WorkerOption(options.worker);
-    command.Example("nqp2 rt-export /media/card tape.dv --code-type CT_DV25_50I --sound tape.wav");
+    command.Example("nqp2 rt-export /media/card tape.dv -f CT_DV25_50I --sound tape.wav");
 }
 
 } // namespace nqp2::tool

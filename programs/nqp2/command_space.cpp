@@ -233,7 +233,7 @@ void AddSpaceCommand(const Command& program) {
                               .ValueOption("--bytes", options.bytesText, "N",
                                            "Count with that many free bytes, no card")
                               .Excludes(card);
-    command.ValueOption("--code-type", options.codeType, "TYPE",
+    command.ValueOption("-f,--code-type", options.codeType, "TYPE",
                         "Name or number; the card's own if absent");
     command.ValueOption("--standard", options.standard, "STANDARD",
                         "Name or number; the card's own if absent");

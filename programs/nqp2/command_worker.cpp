@@ -11,30 +11,9 @@
 #include "NQP2ParserU/TextBytes.h"
 
 #include <string>
-#include <vector>
 
 namespace nqp2::tool {
 namespace {
-
-struct DeleteOptions {
-    std::string card;
-    std::vector<std::string> clips;
-    std::string worker;
-};
-
-Status RunDelete(Console& console, const DeleteOptions& options) {
-    const Card card = EnterCard(console, options.card);
-    card.RequireContents();
-    const CString root = WorkerPath(card.Argument());
-    WorkerSession session(options.worker);
-    for (const std::string& clip : options.clips) {
-        // Without a worker the clip would still leave the ingest list.
-        session.RequireNoFailure(clip, "not deleted");
-        session->DeleteFileW(TextFromBytes(clip), root);
-        session.RequireNoFailure(clip, "not deleted");
-    }
-    return kDone;
-}
 
 struct IconOptions {
     std::string card;
@@ -99,16 +78,6 @@ Status RunLastError(Console& console, const LastErrorOptions& options) {
 }
 
 } // namespace
-
-void AddDeleteCommand(const Command& program) {
-    const Command command =
-        program.Add("delete", "Delete clips with all their files, and from the ingest list");
-    DeleteOptions& options = command.Runs(RunDelete);
-    command.CardArgument(options.card);
-    command.ClipArguments(options.clips);
-    command.WorkerOption(options.worker);
-    command.Example("nqp2 delete /media/card 0001AB");
-}
 
 void AddIconCommand(const Command& program) {
     const Command command = program.Add("icon", "Give a clip another icon");

@@ -35,15 +35,6 @@ Record SkippedRecord(const SkippedFile& file) {
             {"column", file.column}};
 }
 
-List MissingRecords(const JoinedTake& take) {
-    List missing;
-    for (const MissingSegment& segment : take.missing) {
-        missing.emplace_back(Record{{"ClipName", BytesFromText(segment.clipName)},
-                                    {"P2SerialNo", BytesFromText(segment.serialNo)}});
-    }
-    return missing;
-}
-
 Record TakeRecord(const JoinedTake& take) {
     List segments;
     for (const TakeSegment& segment : take.segments) {
@@ -52,7 +43,7 @@ Record TakeRecord(const JoinedTake& take) {
     return {{"TopGlobalClipID", BytesFromText(take.topGlobalClipID)},
             {"segments", segments},
             {"complete", take.complete},
-            {"missing", MissingRecords(take)}};
+            {"missing", MissingRecords(take.missing)}};
 }
 
 /// "A + B: incomplete, missing C on card D", from the segments that are there.
@@ -106,6 +97,15 @@ void TellSkipped(const CArray<SkippedFile>& skipped, const TellLine& tell) {
 }
 
 } // namespace
+
+List MissingRecords(const CArray<MissingSegment>& segments) {
+    List missing;
+    for (const MissingSegment& segment : segments) {
+        missing.emplace_back(Record{{"ClipName", BytesFromText(segment.clipName)},
+                                    {"P2SerialNo", BytesFromText(segment.serialNo)}});
+    }
+    return missing;
+}
 
 std::string MissingText(const MissingSegment& segment) {
     std::string text = segment.clipName.IsEmpty() ? BytesFromText(segment.globalClipID)

@@ -30,6 +30,9 @@ void ForEachReportLine(const CardScans& scans, const TellLine& tell);
 /// How many files were skipped or are incomplete; companion files are no loss.
 std::int64_t CountOfLosses(const CArray<SkippedFile>& skipped);
 
+/// Missing segments as records.
+List MissingRecords(const CArray<MissingSegment>& segments);
+
 /// The name of a missing segment, and its card where that is known.
 std::string MissingText(const MissingSegment& segment);
 

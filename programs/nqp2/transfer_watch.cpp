@@ -3,12 +3,13 @@
 
 #include "nqp2/transfer_watch.h"
 
-#include "console/console.h"
 #include "NQP2ParserU/Interrupt.h"
 #include "NQP2ParserU/NQP2Parser.h"
 
 namespace nqp2::tool {
 namespace {
+
+constexpr std::uint64_t kKiB = 1024;
 
 /// The flag is set anew at each call: the library keeps it from one transfer to the next.
 void Hear(std::uint32_t position, std::uint32_t total, std::int32_t& abort, void* context) {
@@ -17,11 +18,13 @@ void Hear(std::uint32_t position, std::uint32_t total, std::int32_t& abort, void
 
 } // namespace
 
-void TellIncomplete(Console& console, const std::string& label, const std::string& sentence) {
-    console.Message("nqp2: " + label + ": not whole (" + sentence + ")");
+void TellIncomplete(RunProgress& progress, const std::string& label, const std::string& sentence) {
+    progress.Remark(label + ": not whole (" + sentence + ")");
 }
 
-TransferWatch::TransferWatch(bool quiet) : m_bar(quiet) {
+TransferWatch::TransferWatch(const ProgressOptions& options)
+    : m_wasFormChosen(!options.form.empty()),
+      m_progress(options.quiet ? ProgressForm::None : ProgressFormNamed(options.form)) {
     CatchInterrupt();
 }
 
@@ -29,16 +32,36 @@ void TransferWatch::Follow(CNQP2Parser& parser) {
     parser.SetImpCallBack(Hear, this);
 }
 
-void TransferWatch::Begin(const std::string& label) {
-    if (WasInterrupted()) {
-        throw Failure(label, "not begun", "cancelled");
-    }
-    m_bar.Begin(label);
+void TransferWatch::BeginRun(const std::string& phase, const FileSum& all) {
+    m_progress.Begin(phase, all.files, all.bytes);
 }
 
-bool TransferWatch::GoesOn(std::uint64_t done, std::uint64_t total) {
-    m_bar.Show(done, total);
+void TransferWatch::Begin(const std::string& label) {
+    const std::lock_guard lock(m_mutex);
+    m_label = label;
+    m_isRunning = true;
+}
+
+bool TransferWatch::GoesOn(std::uint64_t done, std::uint64_t /*total*/) {
+    const std::lock_guard lock(m_mutex);
+    if (m_isRunning) {
+        m_progress.Show({m_done.bytes + done * kKiB, m_done.files, m_label, ""});
+    }
     return !WasInterrupted();
+}
+
+void TransferWatch::End(const FileSum& done) {
+    const std::lock_guard lock(m_mutex);
+    m_isRunning = false;
+    m_done += done;
+    m_progress.Clear();
+}
+
+void TransferWatch::EndRun() {
+    // The results tell it to a person who asked for no form.
+    if (m_wasFormChosen) {
+        m_progress.End({m_done.bytes, m_done.files, "", ""});
+    }
 }
 
 } // namespace nqp2::tool

@@ -3,40 +3,63 @@
 
 #pragma once
 
-#include "console/progress_bar.h"
+#include "console/run_progress.h"
+#include "nqp2/command.h"
 
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 class CNQP2Parser;
 
 namespace nqp2::tool {
 
-class Console;
-
 /// Says that a clip was taken although it is not whole.
-void TellIncomplete(Console& console, const std::string& label, const std::string& sentence);
-/// Bits of the transfer record's value 2: to take clips that are not whole, and that one was not.
-inline constexpr std::uint32_t kTakeIncomplete = 1;
-inline constexpr std::uint32_t kWasIncomplete = 2;
+void TellIncomplete(RunProgress& progress, const std::string& label, const std::string& sentence);
 
-/// Shows how a transfer goes and lets Ctrl-C cancel it. Outlives the parser that it watches, which
-/// may still be calling when a transfer has ended.
+/// Files and their bytes.
+struct FileSum {
+    std::uint64_t files = 0;
+    std::uint64_t bytes = 0;
+
+    FileSum& operator+=(const FileSum& more) {
+        files += more.files;
+        bytes += more.bytes;
+        return *this;
+    }
+};
+
+/// Shows how a run of transfers goes, all of them together, and lets Ctrl-C and SIGTERM cancel it.
+/// Outlives the parser that it watches, which may still be calling when a transfer has ended.
 class TransferWatch {
 public:
-    /// From here on Ctrl-C ends no more than the transfer.
-    explicit TransferWatch(bool quiet);
+    /// From here on these signals end no more than the transfer.
+    explicit TransferWatch(const ProgressOptions& options);
 
     /// From here on the parser reports its transfers to this.
     void Follow(CNQP2Parser& parser);
-    /// A transfer begins. Throws the failure to report after Ctrl-C.
+    /// The run begins: a word for it, and what is to be transferred.
+    void BeginRun(const std::string& phase, const FileSum& all);
+    /// A transfer of the run begins.
     void Begin(const std::string& label);
     /// Where it has come, in KiB. False when it has to end.
     bool GoesOn(std::uint64_t done, std::uint64_t total);
-    void End() { m_bar.End(); }
+    /// The transfer is over, and that much is done with it.
+    void End(const FileSum& done);
+    void EndRun();
+
+    /// What is told beside it.
+    [[nodiscard]] RunProgress& Shown() { return m_progress; }
+    /// What the transfers that are over have done.
+    [[nodiscard]] FileSum Done() const { return m_done; }
 
 private:
-    ProgressBar m_bar;
+    const bool m_wasFormChosen;
+    RunProgress m_progress;
+    std::mutex m_mutex;
+    bool m_isRunning = false;
+    std::string m_label;
+    FileSum m_done;
 };
 
 } // namespace nqp2::tool

@@ -71,7 +71,7 @@ void WorkerSession::Require(bool done, std::string_view subject, std::string_vie
     // A refusal always comes with a sentence, and a closed channel with none.
     const std::string sentence = Sentence();
     if (sentence.empty()) {
-        throw Failure(subject, problem, "the worker has ended or does not answer", kWorkerFailed);
+        throw Failure(subject, problem, kNoWorker, kWorkerFailed);
     }
     throw Failure(subject, problem, sentence);
 }

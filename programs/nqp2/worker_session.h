@@ -15,6 +15,9 @@ namespace nqp2::tool {
 /// form.
 CString WorkerPath(const std::string& argument);
 
+/// Why a request fails that gets no answer.
+inline constexpr const char* kNoWorker = "the worker has ended or does not answer";
+
 /// The worker process, which runs as long as this lives. Parsers that are made meanwhile lead to
 /// it; release them before it is destroyed. One at a time.
 class Worker {

@@ -170,6 +170,8 @@ class CompletionTest(CardTest):
                 (("space", "--standard", "VS_50"), ["VS_50I", "VS_50P"]),
                 (("clips", "card", "--sort", "n"), ["name", "none"]),
                 (("--drive", "E", "=", "card"), folders), (("import", "card", "0001AA", ""), clips),
+                (("import", "card", "--all", "ca"), folders),
+                (("import", "card", "--clip", "0002"), clips[1:]), (("export", "card", ""), clips),
                 (("export", "card", "--from", "card", "0002"), clips[1:])):
             self.assertEqual(self.complete("nqp2", *words), offered, words)
 

@@ -42,9 +42,10 @@ class WorkerTest(CardTest):
         self.add_clip("0001AB")
         self.target = self.folder / "target"
 
-    def add_clip(self, name, size=100_000):
-        self.card.add(name, audio=1)
-        contents = self.card.path / "CONTENTS"
+    def add_clip(self, name, size=100_000, card=None, **fields):
+        card = card or self.card
+        card.add(name, audio=1, **fields)
+        contents = card.path / "CONTENTS"
         for path, bytes_each in ((f"VIDEO/{name}.MXF", size), (f"AUDIO/{name}00.MXF", 5000)):
             file = contents / path
             file.parent.mkdir(exist_ok=True)
@@ -76,7 +77,7 @@ class RoundTripTest(WorkerTest):
         self.assertEqual((again["bytes"], again["written"], again["video"], again["audio"]),
                          (sizes[0], 0, 100_000, 5000))
         self.shown("ingest", "add", self.card.path, "0001AB", "0-9")
-        self.shown("delete", self.card.path, "0001AB", "0002CD")
+        self.shown("delete", self.card.path, "0001AB", "0002CD", "--yes")
         self.assertEqual(list(files_below(self.card.path)), ["USERDATA/Ingest.xml"])
         self.assertNotIn("0001AB", self.shown("ingest", "list", self.card.path, "--json"))
         exported = self.told("export", self.card.path, "0001AB", "0002CD", "--from", self.target)
@@ -105,7 +106,7 @@ class RoundTripTest(WorkerTest):
         card = self.card.path
         before = files_below(card)
         for command, *arguments in (("import", card / "CONTENTS" / "CLIP", "--to", self.target),
-                                    ("delete", card / "CONTENTS"),
+                                    ("delete", card / "CONTENTS", "--yes"),
                                     ("export", card / "CONTENTS", "--from", self.target / "CONTENTS")):
             result = run(command, arguments[0], "0001AB", *arguments[1:])
             self.assertEqual(result.returncode, 0)
@@ -144,7 +145,7 @@ class FailureTest(WorkerTest):
         cases = (
             (["import", self.card.path, "0001AB", "--to", self.target],
              f"0001AB: not imported ({other} is there already with other content.)"),
-            (["delete", self.card.path, "NONE"],
+            (["delete", self.card.path, "NONE", "--yes"],
              f"NONE: not deleted (There is no clip NONE in {contents}.)"),
             (["serial", "/proc"],
              "/proc: no serial number (The file system of /proc stands on no device of its own.)"),
@@ -158,7 +159,7 @@ class FailureTest(WorkerTest):
             self.assert_each_fails(3, [
                 ([*arguments, "--worker", program], f"the worker: does not start ({reason})\n")
                 for arguments in (["import", self.card.path, "0001AB", "--to", self.target],
-                                  ["delete", self.card.path, "0001AB"], ["last-error"])])
+                                  ["delete", self.card.path, "NONE", "--yes"], ["last-error"])])
         self.assertTrue((self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML").exists())
         self.assertFalse(self.target.exists())
         self.assertEqual(run("last-error").stderr, "the worker answers and knows of no failure\n")
@@ -167,7 +168,7 @@ class FailureTest(WorkerTest):
     def test_a_killed_worker_and_ctrl_c_leave_no_file_with_a_name(self):
         for number, status, told, names in (
                 (signal.SIGKILL, 3, "the worker has ended or does not answer", {".nqp2-"}),
-                (signal.SIGINT, 1, "Cancelled.", set())):
+                (signal.SIGINT, 1, "Cancelled.", set()), (signal.SIGTERM, 1, "Cancelled.", set())):
             self.target = self.folder / str(number)
             process = self.start_import(stderr=subprocess.PIPE)
             worker, = workers_of(process)
@@ -180,14 +181,18 @@ class FailureTest(WorkerTest):
             self.assertLessEqual(left, names)
 
     def test_ctrl_c_ends_the_program_whatever_the_worker_does(self):
-        process = self.start_import(stderr=subprocess.DEVNULL)
-        worker, = workers_of(process)
-        os.kill(worker, signal.SIGSTOP)
-        process.send_signal(signal.SIGINT)
-        self.assertEqual(process.wait(timeout=30), -signal.SIGINT)
-        os.kill(worker, signal.SIGCONT)
-        wait_for(lambda: not Path(f"/proc/{worker}").exists())
-        self.assertEqual(files_below(self.target), {})
+        for signals in ((signal.SIGINT,), (signal.SIGTERM, signal.SIGINT)):
+            process = self.start_import(stderr=subprocess.DEVNULL)
+            worker, = workers_of(process)
+            os.kill(worker, signal.SIGSTOP)
+            for number in signals:
+                process.send_signal(number)
+                time.sleep(0.2)
+            # By itself after five seconds, at once by the second.
+            self.assertEqual(process.wait(timeout=30 if len(signals) == 1 else 2), -signal.SIGINT)
+            os.kill(worker, signal.SIGCONT)
+            wait_for(lambda: not Path(f"/proc/{worker}").exists())
+            self.assertEqual(files_below(self.target), {})
 
     def test_the_bar_stands_on_a_terminal_and_is_cleared(self):
         with terminal(60) as (master, slave):
@@ -198,8 +203,8 @@ class FailureTest(WorkerTest):
             process.send_signal(signal.SIGINT)
             shown += read_until_end(master, process)
         draws = shown.decode().split("\r\x1b[K")
-        self.assertRegex(draws[1], r"^0009ZZ \[ +\]   0 %$")
-        self.assertRegex(draws[-2], r"^0009ZZ (\[=* *\])? +\d+ %  [\d.]+ [KM]iB/s  \d+:\d\d left$")
+        self.assertRegex(draws[1], r"^import 0009ZZ \[ +\]   0 %$")
+        self.assertRegex(draws[-2], r"^import 0009ZZ (\[=* *\])? +\d+ %  [\d.]+ [KM]iB/s  \d+:\d\d left$")
         self.assertEqual(draws[-1], "nqp2: 0009ZZ: not imported (Cancelled.)\r\n")
         self.assertLess(max(map(len, draws[1:-1])), 60)
 
@@ -333,7 +338,7 @@ class RecordingTest(CardTest):
                           self.record("--name", "0001AB").stderr)
             self.assert_recorded(Duration=frames)
             self.assertIn(good, files_below(self.card.path)["CONTENTS/VIDEO/0001AB.MXF"])
-            run("delete", self.card.path, "0001AB")
+            run("delete", self.card.path, "0001AB", "--yes")
 
     def test_names_of_recordings_are_claimed_in_any_letters(self):
         live = self.folder / "live"

@@ -49,14 +49,14 @@ _nqp2() {
         ['ingest add']=''
         ['ingest remove']=''
         [playlists]='--json --csv --strict'
-        [import]='--to --incomplete --json --quiet --worker'
-        [export]='--from --incomplete --json --quiet --worker'
-        [delete]='--worker'
+        [import]='--to --all --clip --take --no-take --incomplete --json --progress --quiet --worker'
+        [export]='--to --incomplete --json --progress --quiet --worker'
+        [delete]='--yes --dry-run --worker'
         [icon]='--worker'
         [serial]='--json --worker'
         [base-info]='--json --worker'
         [rt-export]='--code-type --sound --bare --channels --bits --name --title --timecode --drop-frame
-            --wide --json --quiet --worker'
+            --wide --json --progress --quiet --worker'
         [report]='--output --recursive --worker'
         [offload]='--to --name --hash --sums --copies --no-verify-source --log --dry-run --json --progress
             --quiet'
@@ -66,7 +66,7 @@ _nqp2() {
     )
     local -A groups=([edl]='list write' [ingest]='list add remove')
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
-    local command='' card='' operand='' from='' word i
+    local command='' card='' operand='' from='' areCards='' word i
     COMPREPLY=()
 
     # "=" is a word of its own: --drive E=/media is "--drive" "E" "=" "/media".
@@ -79,7 +79,7 @@ _nqp2() {
         --sort) _nqp2_words 'name date none' "$current"; return ;;
         --to | --from) _nqp2_folders "$current"; return ;;
         --worker | --sound | --log | --output | -o) compopt -o default 2>/dev/null; return ;;
-        --drive | --bytes | --code-type | --frames | --name | --channels | --bits | --title | \
+        --drive | --bytes | --code-type | -f | --frames | --name | --channels | --bits | --title | \
             --timecode | --copies) return ;;
         --hash) _nqp2_words 'xxh128 xxh3 xxh64 md5 sha1 c4' "$current"; return ;;
         --sums) _nqp2_words 'md5' "$current"; return ;;
@@ -95,7 +95,9 @@ _nqp2() {
         word=${COMP_WORDS[i]}
         case $word in
             --from) from=${COMP_WORDS[++i]} ;;
-            --sort | --columns | --bytes | --code-type | --standard | --frames | --name | --to | --worker | \
+            --all) areCards=1 ;;
+            --clip) areCards=1; ((++i)) ;;
+            --sort | --columns | --bytes | --code-type | -f | --standard | --frames | --name | --to | --worker | \
                 --output | -o | --sound | --channels | --bits | --title | --timecode | --hash | --sums | --copies | \
                 --log | --progress) ((++i)) ;;
             --drive) ((i += 3)) ;;
@@ -114,7 +116,9 @@ _nqp2() {
         esac
     done
 
-    if [[ -z $command ]]; then
+    if [[ $previous == --clip ]]; then
+        _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
+    elif [[ -z $command ]]; then
         if [[ $current == -* ]]; then
             _nqp2_words "$global --version" "$current"
         else
@@ -129,14 +133,14 @@ _nqp2() {
         return
     elif [[ $command == base-info ]]; then
         compopt -o default 2>/dev/null
-    elif [[ -z $card || $command == clips || $command == report ]]; then
+    elif [[ -z $card || $command == clips || $command == report || -n $areCards ]]; then
         _nqp2_folders "$current"
     elif [[ $command == offload || $command == seal || $command == verify ]]; then
         return
     elif [[ $command == import || $command == delete ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
     elif [[ $command == export ]]; then
-        _nqp2_words "$(_nqp2_clip_names "$from")" "$current"
+        _nqp2_words "$(_nqp2_clip_names "${from:-$card}")" "$current"
     elif [[ -n $operand ]]; then
         if [[ $command == icon ]]; then
             compopt -o default 2>/dev/null

@@ -1,0 +1,184 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/clip_choice.h"
+
+#include "nqp2/clip_order.h"
+#include "NQP2ParserU/TextBytes.h"
+
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <map>
+
+namespace nqp2::tool {
+namespace {
+
+/// The clip that a file describes which the scan could not read; "" for other files.
+std::string UnreadClip(const SkippedFile& file) {
+    constexpr SkipReason kOfClips[] = {SkipReason::NotWellFormed, SkipReason::DocumentType,
+                                       SkipReason::TooLarge, SkipReason::Unreadable,
+                                       SkipReason::IsFolder};
+    if (std::find(std::begin(kOfClips), std::end(kOfClips), file.reason) == std::end(kOfClips)) {
+        return "";
+    }
+    const CString name = file.path.Mid(file.path.ReverseFind(L'\\') + 1);
+    return BytesFromText(name.Left(name.ReverseFind(L'.')));
+}
+
+} // namespace
+
+ClipChoice::ClipChoice(const CardScans& scans) : m_scans(scans) {
+    for (const CardScan& scan : scans.cards) {
+        scan.card.RequireContents();
+        m_plan.cards.push_back({scan.card, scan.label});
+    }
+}
+
+void ClipChoice::WantAll() {
+    for (const _tag_P2Clip* clip : OrderedClips(m_scans, "name")) {
+        Want({static_cast<std::size_t>(&m_scans.CardOf(*clip) - m_scans.cards.data()),
+              BytesFromText(clip->ClipName),
+              {}});
+    }
+    for (std::size_t card = 0; card < m_scans.cards.size(); ++card) {
+        WantUnread(card);
+    }
+}
+
+void ClipChoice::WantNamed(const std::string& name) {
+    std::vector<std::size_t> cards;
+    std::string written = name;
+    CString identifier;
+    for (std::size_t card = 0; card < m_scans.cards.size(); ++card) {
+        const _tag_P2Clip* const clip = Find(card, name);
+        // Copies of one clip are as good as each other.
+        if (clip != nullptr && (cards.empty() || identifier.IsEmpty() ||
+                                clip->GlobalClipID.CompareNoCase(identifier) != 0)) {
+            cards.push_back(card);
+            identifier = clip->GlobalClipID;
+            written = BytesFromText(clip->ClipName);
+        }
+    }
+    RequireOne(name, cards);
+    Want({cards.empty() ? 0 : cards.front(), written, {}});
+}
+
+void ClipChoice::WantWholeTakes() {
+    const std::vector<PlannedClip> named = std::exchange(m_plan.clips, {});
+    std::set<Key> done;
+    for (const PlannedClip& clip : named) {
+        for (const PlannedClip& segment : TakeOf(clip)) {
+            if (done.insert(KeyOf(segment)).second) {
+                m_plan.clips.push_back(segment);
+            }
+        }
+    }
+    m_wanted.insert(done.begin(), done.end());
+}
+
+ImportPlan ClipChoice::Finish() {
+    for (const JoinedTake& take : Takes()) {
+        AddPartial(take);
+    }
+    return std::move(m_plan);
+}
+
+void ClipChoice::Want(const PlannedClip& clip) {
+    m_plan.clips.push_back(clip);
+    m_wanted.insert(KeyOf(clip));
+}
+
+void ClipChoice::WantUnread(std::size_t card) {
+    std::set<std::string> names;
+    for (const SkippedFile& file : m_scans.cards[card].report.skipped) {
+        if (const std::string name = UnreadClip(file); !name.empty()) {
+            names.insert(name);
+        } else if (file.reason == SkipReason::FolderUnreadable) {
+            m_plan.unread.push_back(file);
+        }
+    }
+    for (const std::string& name : names) {
+        Want({card, name, {}});
+    }
+}
+
+const _tag_P2Clip* ClipChoice::Find(std::size_t card, const std::string& name) const {
+    const CArray<_tag_P2Clip>& clips = m_scans.cards[card].clips;
+    const CString text = TextFromBytes(name);
+    const auto found = std::find_if(clips.begin(), clips.end(), [&](const auto& clip) {
+        return clip.ClipName.CompareNoCase(text) == 0;
+    });
+    return found == clips.end() ? nullptr : &*found;
+}
+
+void ClipChoice::RequireOne(const std::string& name, const std::vector<std::size_t>& cards) const {
+    if (cards.empty() && m_scans.cards.size() > 1) {
+        throw Failure(name, "is a clip of none of the cards", "`nqp2 clips` lists the clips");
+    }
+    if (cards.size() > 1) {
+        std::string labels;
+        for (const std::size_t card : cards) {
+            labels += (labels.empty() ? "" : ", ") + m_plan.cards[card].label;
+        }
+        throw Failure(name, fmt::format("names {} clips", cards.size()),
+                      "give one of the cards: " + labels);
+    }
+}
+
+const CArray<JoinedTake>& ClipChoice::Takes() {
+    if (!m_takes) {
+        m_takes = m_scans.Takes();
+    }
+    return *m_takes;
+}
+
+/// The segments that the cards have, in shot order, each once: the wanted copy where one is.
+std::vector<PlannedClip> ClipChoice::SegmentsOf(const JoinedTake& take) const {
+    std::map<std::int64_t, PlannedClip> byPlace;
+    for (const TakeSegment& segment : take.segments) {
+        const PlannedClip clip = {
+            static_cast<std::size_t>(segment.card), BytesFromText(segment.clipName), {}};
+        const auto [place, isNew] = byPlace.emplace(segment.place, clip);
+        if (!isNew && IsWanted(clip)) {
+            place->second = clip;
+        }
+    }
+    std::vector<PlannedClip> segments;
+    for (const auto& [place, clip] : byPlace) {
+        segments.push_back(clip);
+    }
+    return segments;
+}
+
+bool ClipChoice::IsWanted(const PlannedClip& clip) const {
+    return m_wanted.count(KeyOf(clip)) > 0;
+}
+
+/// The clip itself where it is of no take.
+std::vector<PlannedClip> ClipChoice::TakeOf(const PlannedClip& clip) {
+    for (const JoinedTake& take : Takes()) {
+        std::vector<PlannedClip> segments = SegmentsOf(take);
+        if (std::any_of(segments.begin(), segments.end(), [&](const PlannedClip& segment) {
+                return KeyOf(segment) == KeyOf(clip);
+            })) {
+            return segments;
+        }
+    }
+    return {clip};
+}
+
+void ClipChoice::AddPartial(const JoinedTake& take) {
+    PartialTake partial;
+    for (const PlannedClip& segment : SegmentsOf(take)) {
+        (IsWanted(segment) ? partial.taken : partial.left).push_back(segment);
+    }
+    partial.missing = take.missing;
+    if (!partial.taken.empty() && (!partial.left.empty() || !partial.missing.IsEmpty())) {
+        m_plan.takes.push_back(std::move(partial));
+    }
+}
+
+} // namespace nqp2::tool
