@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/timeline/model.h"
+
+#include "console/utf8_text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace nqp2::timeline {
+namespace {
+
+/// The first line of a text, cut between characters.
+std::string Shortened(std::string_view text) {
+    constexpr std::size_t kMostBytes = 60;
+    text = text.substr(0, text.find_first_of("\r\n"));
+    std::size_t length = 0;
+    while (length < text.size()) {
+        const std::size_t next = length + tool::FirstUtf8(text.substr(length)).length;
+        if (next > kMostBytes) {
+            return std::string(text.substr(0, length)) + "...";
+        }
+        length = next;
+    }
+    return std::string(text);
+}
+
+constexpr std::string_view kUnnamed = "Mark";
+
+Event Retold(const Event& event, const FrameRate& from, const FrameRate& to, std::int64_t soonest) {
+    Event retold = event;
+    retold.rate = to;
+    retold.in = Rescaled(event.in, event.rate, to);
+    retold.length = std::max<std::int64_t>(Rescaled(event.length, event.rate, to), 1);
+    retold.start = std::max(Rescaled(event.start, from, to), soonest);
+    retold.duration = retold.length;
+    return retold;
+}
+
+} // namespace
+
+std::size_t Timeline::SoundTracks() const {
+    std::size_t tracks = 0;
+    for (const Event& event : events) {
+        const auto last = std::find_if(event.sound.rbegin(), event.sound.rend(),
+                                       [](const SoundUse& use) { return use.IsHeard(); });
+        tracks = std::max(tracks, static_cast<std::size_t>(event.sound.rend() - last));
+    }
+    return tracks;
+}
+
+std::vector<PlacedMemo> MemosOf(const TimelineHead& timeline, const Event& event) {
+    const Media& media = timeline.MediaOf(event);
+    std::vector<PlacedMemo> placed;
+    for (const Memo& memo : media.memos) {
+        const std::int64_t inSource = Rescaled(memo.frame, media.rate, event.rate);
+        if (inSource >= event.in && inSource < event.in + event.length) {
+            const std::int64_t after = Rescaled(inSource - event.in, event.rate, timeline.rate);
+            placed.push_back({&memo, inSource, event.start + std::min(after, event.duration - 1)});
+        }
+    }
+    return placed;
+}
+
+std::string MemoTitle(const Memo& memo) {
+    return Shortened(memo.text.empty() ? MemoText(memo) : memo.text);
+}
+
+std::string MemoText(const Memo& memo) {
+    if (memo.person.empty() && memo.text.empty()) {
+        return std::string(kUnnamed);
+    }
+    return memo.person.empty() || memo.text.empty() ? memo.person + memo.text
+                                                    : memo.person + ": " + memo.text;
+}
+
+bool IsSame(const FrameRate& left, const FrameRate& right) {
+    return left.frames == right.frames && left.seconds == right.seconds;
+}
+
+std::int64_t Rescaled(std::int64_t frames, const FrameRate& from, const FrameRate& to) {
+    if (IsSame(from, to)) {
+        return frames;
+    }
+    // Rates of cameras: the products of both sides stay below 2^26, those of frames below 2^62.
+    const std::int64_t per = std::int64_t{from.frames} * to.seconds;
+    const std::int64_t scaled = frames * (std::int64_t{to.frames} * from.seconds);
+    const std::int64_t half = scaled < 0 ? -per / 2 : per / 2;
+    return (scaled + half) / per;
+}
+
+const FrameRate* CameraRate(std::int64_t frames, std::int64_t seconds) {
+    const auto* const found =
+        std::find_if(kFrameRates.begin(), kFrameRates.end(), [&](const FrameRate& rate) {
+            return rate.frames * seconds == rate.seconds * frames;
+        });
+    return found == kFrameRates.end() ? nullptr : &*found;
+}
+
+std::vector<Timeline> SplitByRate(const Timeline& timeline) {
+    std::vector<Timeline> parts;
+    for (const Event& event : timeline.events) {
+        const FrameRate& rate = timeline.MediaOf(event).rate;
+        auto part = std::find_if(parts.begin(), parts.end(),
+                                 [&](const Timeline& known) { return IsSame(known.rate, rate); });
+        if (part == parts.end()) {
+            Timeline fresh{timeline, {}};
+            fresh.rate = rate;
+            fresh.start = Rescaled(timeline.start, timeline.rate, rate);
+            fresh.dropFrame = timeline.dropFrame && rate.droppedNumbers != 0;
+            fresh.raster = timeline.MediaOf(event).raster;
+            part = parts.insert(parts.end(), std::move(fresh));
+        }
+        part->events.push_back(Retold(event, timeline.rate, rate, part->Length()));
+    }
+    return parts.empty() ? std::vector{timeline} : parts;
+}
+
+std::vector<Timeline> SplitByCount(Timeline timeline, std::size_t most) {
+    std::vector<Event> events = std::move(timeline.events);
+    std::vector<Timeline> parts;
+    for (std::size_t first = 0; first == 0 || first < events.size(); first += most) {
+        parts.push_back({timeline, {}});
+        const auto from = std::next(events.begin(), static_cast<std::ptrdiff_t>(first));
+        const auto count = static_cast<std::ptrdiff_t>(std::min(most, events.size() - first));
+        parts.back().events.assign(std::make_move_iterator(from),
+                                   std::make_move_iterator(std::next(from, count)));
+    }
+    return parts;
+}
+
+} // namespace nqp2::timeline
