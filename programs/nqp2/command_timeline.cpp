@@ -121,13 +121,10 @@ timeline::CardView ViewOf(const CardScan& scan, bool isRelative) {
 CArray<tag_P2EDL> ReadLists(const CardScan& scan, ScanReport& report) {
     ReadyParser parser;
     CArray<tag_P2EDL> lists;
-    if (scan.kind == CardKind::P2) {
-        if (parser->LoadCardEdls(scan.card.Root(), lists, report) != 0) {
-            throw Failure(scan.card.Folder(), "has no edit lists", "--bin takes its clips");
-        }
-    } else if (parser->LoadCardPlaylists(scan.card.Root(), lists, report) != 0) {
-        scan.card.ThrowNoPlaylists();
-    }
+    const CString& root = scan.card.Root();
+    // What fails has no such lists; what cannot be read is in the report.
+    static_cast<void>(scan.kind == CardKind::P2 ? parser->LoadCardEdls(root, lists, report)
+                                                : parser->LoadCardPlaylists(root, lists, report));
     std::stable_sort(lists.begin(), lists.end(), [](const tag_P2EDL& left, const tag_P2EDL& right) {
         return left.Name.CompareNoCase(right.Name) < 0;
     });
@@ -167,7 +164,8 @@ std::vector<const tag_P2EDL*> Chosen(const CardScan& scan, const CArray<tag_P2ED
         }
     }
     if (chosen.empty()) {
-        throw Failure(scan.card.Folder(), "has no edit lists", "--bin takes its clips");
+        throw Failure(scan.card.Folder(), "has no edit lists or playlists",
+                      "--bin takes its clips");
     }
     return chosen;
 }
@@ -185,7 +183,12 @@ public:
             std::vector<Timeline> parts = PartsFor(m_form, std::move(*timeline), remarks);
             m_output.RequireRoom(name, parts.size());
             for (const Timeline& part : parts) {
-                m_output.Write(name, m_form, part, m_options.relative, remarks);
+                const std::string path =
+                    m_output.Write(name, m_form, part, m_options.relative, remarks);
+                if (parts.size() > 1) {
+                    m_console.Message(fmt::format("{}: {} events at {:.5g} frames a second", path,
+                                                  part.events.size(), part.rate.PerSecond()));
+                }
             }
         }
         remarks.Tell([&](const std::string& line) {

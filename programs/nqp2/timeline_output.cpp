@@ -41,7 +41,8 @@ std::string WithoutLinks(const std::string& path) {
 TimelineOutput::TimelineOutput(Console& console, const std::string& output, bool areSeveral)
     : m_console(console), m_output(output), m_isFolder(NamesFolder(output)) {
     if (areSeveral && !m_isFolder) {
-        throw Failure(output, "is one file for several lists",
+        throw Failure(IsStandardOutput() ? "standard output" : output,
+                      "is one file for several lists",
                       "name one list, or end the folder's name with /", kUsage);
     }
     if (m_isFolder) {
@@ -56,14 +57,14 @@ void TimelineOutput::RequireRoom(const std::string& name, std::size_t documents)
     }
 }
 
-void TimelineOutput::Write(const std::string& name, const timeline::Form& form,
-                           const timeline::Timeline& timeline, bool isRelative,
-                           timeline::Remarks& remarks) {
+std::string TimelineOutput::Write(const std::string& name, const timeline::Form& form,
+                                  const timeline::Timeline& timeline, bool isRelative,
+                                  timeline::Remarks& remarks) {
     if (IsStandardOutput()) {
         timeline::Document document([this](std::string_view piece) { m_console.Write(piece); }, "");
         form.write(timeline, document, remarks);
         m_console.Finish();
-        return;
+        return m_output;
     }
     const std::string path = FreePath(name, form);
     const std::string folder = fs::path(path).parent_path().native();
@@ -74,6 +75,7 @@ void TimelineOutput::Write(const std::string& name, const timeline::Form& form,
     if (const std::string reason = file.Finish(); !reason.empty()) {
         throw Failure(path, "cannot be written", reason);
     }
+    return path;
 }
 
 std::string TimelineOutput::FreePath(const std::string& name, const timeline::Form& form) {

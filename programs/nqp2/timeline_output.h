@@ -28,9 +28,10 @@ public:
     [[nodiscard]] bool IsFile() const { return !m_isFolder && !IsStandardOutput(); }
     /// Throws the failure to report when a list's documents cannot all be written.
     void RequireRoom(const std::string& name, std::size_t documents) const;
-    /// Writes a document of that list.
-    void Write(const std::string& name, const timeline::Form& form,
-               const timeline::Timeline& timeline, bool isRelative, timeline::Remarks& remarks);
+    /// Writes a document of that list; returns its path.
+    std::string Write(const std::string& name, const timeline::Form& form,
+                      const timeline::Timeline& timeline, bool isRelative,
+                      timeline::Remarks& remarks);
 
 private:
     [[nodiscard]] bool IsStandardOutput() const { return m_output == kStandardOutput; }
