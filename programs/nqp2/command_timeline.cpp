@@ -186,8 +186,9 @@ public:
                 const std::string path =
                     m_output.Write(name, m_form, part, m_options.relative, remarks);
                 if (parts.size() > 1) {
-                    m_console.Message(fmt::format("{}: {} events at {:.5g} frames a second", path,
-                                                  part.events.size(), part.rate.PerSecond()));
+                    m_console.Message(fmt::format(
+                        "{}: {} event{} at {:.5g} frames a second", path, part.events.size(),
+                        part.events.size() == 1 ? "" : "s", part.rate.PerSecond()));
                 }
             }
         }

@@ -117,7 +117,7 @@ class Checked(CardTest):
         self.assertEqual(empty, "")
         events, end = [], 0
         for line in lines:
-            if re.match(r"\* [A-Z]|AUD   3(    4)?$", line):
+            if re.match(r"\* [A-Z]|AUD  3(  4)?$", line):
                 continue
             found = re.fullmatch(r"(\d{3})  ([A-Z0-9 ]{8}) (V|B|AA/V) +C {8}(\S{11}) (\S{11}) "
                                  r"(\S{11}) (\S{11})", line)

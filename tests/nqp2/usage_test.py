@@ -172,7 +172,7 @@ class CompletionTest(CardTest):
                 (("space", "--standard", "VS_50"), ["VS_50I", "VS_50P"]),
                 (("clips", "card", "--sort", "n"), ["name", "none"]),
                 (("--drive", "E", "=", "card"), folders), (("import", "card", "0001AA", ""), clips),
-                (("timeline", "card", "P001AB", "p"), ["P001AB", "p002"]),
+                (("timeline", "card", "P001AB", ""), ["P001AB", "p002"]),
                 (("timeline", "card", "--form", "e"), ["edl"]), (("export", "card", "--from", "card", "0002"), clips[1:])):
             self.assertEqual(self.complete("nqp2", *words), offered, words)
 

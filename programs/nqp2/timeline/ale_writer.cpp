@@ -80,6 +80,7 @@ constexpr Column kColumns[] = {
     {"Shooter", [](const Row& row) { return row.media.logging.shooter; }},
     {"UMID", [](const Row& row) { return row.media.identifier; }},
     {"Camera Timecode", [](const Row& row) { return row.media.timecode; }},
+    {"Part", [](const Row& row) { return PartText(row.media); }},
     {"Comments", Comments},
 };
 

@@ -29,7 +29,7 @@ struct Channels {
 constexpr Channels kPictureAlone = {"V", ""};
 /// By their number, where each output has the channel of its own number.
 constexpr Channels kWithSound[] = {
-    kPictureAlone, {"B", ""}, {"AA/V", ""}, {"AA/V", "AUD   3"}, {"AA/V", "AUD   3    4"}};
+    kPictureAlone, {"B", ""}, {"AA/V", ""}, {"AA/V", "AUD  3"}, {"AA/V", "AUD  3  4"}};
 
 /// How many channels every event has, each on the output of its own number; 0 when it is not so.
 std::size_t PlainChannels(const Timeline& timeline) {
@@ -96,6 +96,9 @@ private:
         }
         if (!media.isThere) {
             PutLine("* COMMENT: CLIP IS NOT ON THE CARD");
+        }
+        if (media.take) {
+            PutLine("* COMMENT: {}", PartText(media));
         }
         if (!event.note.empty()) {
             PutLine("* COMMENT: {}", Ascii(event.note, kText));

@@ -113,7 +113,8 @@ std::size_t MediaShelf::Of(const _tag_P2Clip& clip) {
     media.identifier = BytesFromText(clip.GlobalClipID);
     media.isThere = true;
     media.rate = RateOf(clip);
-    media.dropFrame = clip.DropFrame != 0 && media.rate.droppedNumbers != 0;
+    media.dropFrame =
+        m_card.kind != CardKind::Avchd && clip.DropFrame != 0 && media.rate.droppedNumbers != 0;
     media.start = StartOfClip(clip, media.rate, m_card.kind);
     media.timecode = BytesFromText(ClipTimecode(clip));
     media.length = std::max(clip.Duration, 0);
@@ -181,6 +182,11 @@ void MediaShelf::AddFiles(const _tag_P2Clip& clip, Media& media) {
         picture.state == ClipFileState::Present || picture.state == ClipFileState::Short;
     if (picture.state == ClipFileState::Short) {
         m_remarks.Add(media.name + ": its picture is cut off");
+    }
+    const FrameRate* const proxyRate = FindFrameRate(clip.Proxy.ProxyFrameRate);
+    if (m_options.proxies && media.proxy && proxyRate != nullptr &&
+        !IsSame(*proxyRate, media.rate)) {
+        m_remarks.Add(media.name + ": its proxy has another rate");
     }
     media.picture = AddFile(m_card.pathOf(picture.path), isThere, true, 0);
     if (m_options.sound != SoundFrom::Nowhere) {

@@ -5,6 +5,8 @@
 
 #include "console/utf8_text.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <iterator>
 #include <string_view>
@@ -65,6 +67,12 @@ std::vector<PlacedMemo> MemosOf(const TimelineHead& timeline, const Event& event
     return placed;
 }
 
+std::string PartText(const Media& media) {
+    return media.take ? fmt::format("Part {} of {} of one recording", media.take->number,
+                                    media.take->count)
+                      : "";
+}
+
 std::string MemoTitle(const Memo& memo) {
     return Shortened(memo.text.empty() ? MemoText(memo) : memo.text);
 }
@@ -114,7 +122,11 @@ std::vector<Timeline> SplitByRate(const Timeline& timeline) {
             fresh.raster = timeline.MediaOf(event).raster;
             part = parts.insert(parts.end(), std::move(fresh));
         }
-        part->events.push_back(Retold(event, timeline.rate, rate, part->Length()));
+        Event retold = Retold(event, timeline.rate, rate, part->Length());
+        if (timeline.isBin) { // its clips have no places of their own
+            retold.start = part->Length();
+        }
+        part->events.push_back(std::move(retold));
     }
     return parts.empty() ? std::vector{timeline} : parts;
 }

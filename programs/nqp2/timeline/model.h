@@ -159,6 +159,9 @@ struct PlacedMemo {
 /// The memos on the frames that an event shows.
 std::vector<PlacedMemo> MemosOf(const TimelineHead& timeline, const Event& event);
 
+/// Which part of a recording over several clips it is; "" for a recording of its own.
+std::string PartText(const Media& media);
+
 /// A short text for a memo, and the whole with its author; never "".
 std::string MemoTitle(const Memo& memo);
 std::string MemoText(const Memo& memo);
@@ -170,7 +173,7 @@ std::int64_t Rescaled(std::int64_t frames, const FrameRate& from, const FrameRat
 const FrameRate* CameraRate(std::int64_t frames, std::int64_t seconds);
 
 /// The timeline by rates: one for each that its clips have, in which all is told at that rate. Its
-/// events stay at their times.
+/// events stay at their times, those of a bin follow each other.
 std::vector<Timeline> SplitByRate(const Timeline& timeline);
 /// The timeline in parts of at most so many events.
 std::vector<Timeline> SplitByCount(Timeline timeline, std::size_t most);

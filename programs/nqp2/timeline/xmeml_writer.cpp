@@ -74,13 +74,19 @@ void PutLevel(XmlDocument& xml, double level) {
     xml.Close("filter");
 }
 
-void PutLogging(XmlDocument& xml, const Event& event, const Logging& logging) {
+void PutLogging(XmlDocument& xml, const Event& event, const Media& media) {
+    const Logging& logging = media.logging;
     xml.Open("logginginfo");
     xml.Text("description", logging.title);
     xml.Text("scene", logging.scene);
     xml.Text("shottake", logging.take);
     xml.Text("lognote", event.note);
     xml.Close("logginginfo");
+    if (media.take) {
+        xml.Open("comments");
+        xml.Text("mastercomment1", PartText(media));
+        xml.Close("comments");
+    }
 }
 
 class XmemlWriter {
@@ -235,7 +241,7 @@ private:
             PutSound(item.event, media, *track);
         } else {
             PutFile(m_timeline.PictureOf(media), media);
-            PutLogging(m_xml, item.event, media.logging);
+            PutLogging(m_xml, item.event, media);
             for (const PlacedMemo& memo : MemosOf(m_timeline, item.event)) {
                 PutMarker(m_xml, *memo.memo, Rescaled(memo.inSource, item.event.rate, item.rate));
             }
@@ -349,7 +355,7 @@ private:
             m_xml.Close("audio");
         }
         m_xml.Close("media");
-        PutLogging(m_xml, item.event, media.logging);
+        PutLogging(m_xml, item.event, media);
         for (const PlacedMemo& memo : MemosOf(m_timeline, item.event)) {
             PutMarker(m_xml, *memo.memo, memo.inSource);
         }
