@@ -7,9 +7,9 @@
 #include "nqp2/scan_report_output.h"
 #include "nqp2/timeline/builders.h"
 #include "nqp2/timeline/writers.h"
+#include "nqp2/timeline_lists.h"
 #include "nqp2/timeline_output.h"
 
-#include "NQP2ParserU/ReadyParser.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/format.h>
@@ -117,59 +117,6 @@ timeline::CardView ViewOf(const CardScan& scan, bool isRelative) {
     return view;
 }
 
-/// The lists of a card by name, those that could not be read in the report.
-CArray<tag_P2EDL> ReadLists(const CardScan& scan, ScanReport& report) {
-    ReadyParser parser;
-    CArray<tag_P2EDL> lists;
-    const CString& root = scan.card.Root();
-    // What fails has no such lists; what cannot be read is in the report.
-    static_cast<void>(scan.kind == CardKind::P2 ? parser->LoadCardEdls(root, lists, report)
-                                                : parser->LoadCardPlaylists(root, lists, report));
-    std::stable_sort(lists.begin(), lists.end(), [](const tag_P2EDL& left, const tag_P2EDL& right) {
-        return left.Name.CompareNoCase(right.Name) < 0;
-    });
-    return lists;
-}
-
-std::string NamesOf(const CArray<tag_P2EDL>& lists) {
-    constexpr std::size_t kShown = 20;
-    std::vector<std::string> names;
-    for (const tag_P2EDL& list : lists) {
-        if (names.size() < kShown) {
-            names.push_back(BytesFromText(list.Name));
-        }
-    }
-    return fmt::format("{}{}", fmt::join(names, ", "), names.size() < kShown ? "" : " ...");
-}
-
-/// Those that were asked for, by names in any letter case; all when none was.
-std::vector<const tag_P2EDL*> Chosen(const CardScan& scan, const CArray<tag_P2EDL>& lists,
-                                     const std::vector<std::string>& names) {
-    std::vector<const tag_P2EDL*> chosen;
-    for (const tag_P2EDL& list : lists) {
-        if (names.empty()) {
-            chosen.push_back(&list);
-        }
-    }
-    for (const std::string& name : names) {
-        const std::size_t before = chosen.size();
-        for (const tag_P2EDL& list : lists) {
-            if (list.Name.CompareNoCase(TextFromBytes(name)) == 0) {
-                chosen.push_back(&list);
-            }
-        }
-        if (chosen.size() == before) {
-            throw Failure(name, "is no edit list or playlist of " + scan.card.Folder(),
-                          lists.IsEmpty() ? "there are none" : "there are " + NamesOf(lists));
-        }
-    }
-    if (chosen.empty()) {
-        throw Failure(scan.card.Folder(), "has no edit lists or playlists",
-                      "--bin takes its clips");
-    }
-    return chosen;
-}
-
 /// Writes timelines and says what they lack.
 class TimelineRun {
 public:
@@ -232,20 +179,18 @@ Status WriteBin(Console& console, const TimelineOptions& options, const CardScan
 }
 
 Status WriteLists(Console& console, const TimelineOptions& options, const CardScan& scan) {
-    ScanReport report;
-    const CArray<tag_P2EDL> lists = ReadLists(scan, report);
-    const std::vector<const tag_P2EDL*> chosen = Chosen(scan, lists, options.lists);
-    TimelineRun run(console, options, chosen.size());
+    const TimelineLists lists(scan, options.lists);
+    TimelineRun run(console, options, lists.Chosen().size());
     const timeline::CardView view = ViewOf(scan, options.relative);
     const timeline::BuildOptions build = BuildOptionsOf(options);
-    for (const tag_P2EDL* list : chosen) {
+    for (const tag_P2EDL* list : lists.Chosen()) {
         Remarks remarks;
         std::optional<Timeline> made =
             scan.kind == CardKind::P2 ? FromEditList(view, *list, build, remarks)
                                       : std::optional(FromPlaylist(view, *list, build, remarks));
         run.Write(BytesFromText(list->Name), std::move(made), remarks);
     }
-    const Status status = TellLosses(console, report, options.strict);
+    const Status status = TellLosses(console, lists.Report(), options.strict);
     return options.strict && run.HasRemarks() ? kSkipped : status;
 }
 

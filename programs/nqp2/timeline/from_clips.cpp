@@ -2,10 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 #include "nqp2/timeline/builders.h"
+#include "nqp2/timeline/clip_facts.h"
 #include "nqp2/timeline/media_shelf.h"
 #include "nqp2/timeline/placing.h"
 
-#include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/format.h>
@@ -56,10 +56,7 @@ public:
         m_timeline.name = std::move(name);
         m_timeline.showsProxies = m_options.proxies;
         m_timeline.events = m_placing.Finish();
-        if (!m_timeline.events.empty()) {
-            m_timeline.raster = m_shelf.At(m_timeline.events.front().media).raster;
-        }
-        m_timeline.sources = m_shelf.Finish();
+        m_shelf.Finish(m_timeline);
         return std::move(m_timeline);
     }
 
@@ -115,8 +112,7 @@ FrameRate UsualRate(const std::vector<const _tag_P2Clip*>& clips) {
     FrameRate usual;
     std::size_t most = 0;
     for (const _tag_P2Clip* clip : clips) {
-        const FrameRate* const known = FindFrameRate(clip->FrameRate);
-        const FrameRate rate = known != nullptr ? *known : FrameRate();
+        const FrameRate rate = RateOf(*clip);
         const std::size_t count = ++counts[{rate.frames, rate.seconds}];
         if (count > most) {
             most = count;
@@ -147,9 +143,8 @@ Timeline FromPlaylist(const CardView& card, const tag_P2EDL& playlist, const Bui
         playlist.FrameRate.IsEmpty()
             ? nullptr
             : CameraRate(playlist.EditUnit.Denominator, playlist.EditUnit.Numerator);
-    const FrameRate* const first =
-        playlist.Events.IsEmpty() ? nullptr : FindFrameRate(playlist.Events[0].Clip.FrameRate);
-    out.SetRate(told != nullptr ? *told : first != nullptr ? *first : FrameRate());
+    const bool isEmpty = playlist.Events.IsEmpty();
+    out.SetRate(told != nullptr ? *told : isEmpty ? FrameRate() : RateOf(playlist.Events[0].Clip));
     const ClipsByName clips = ByName(*card.clips);
     std::int64_t frames = 0;
     for (const tag_P2EDLClipTrackEvent& event : playlist.Events) {

@@ -72,9 +72,7 @@ public:
             Put(number, *event, rate);
         }
         timeline.events = m_placing.Finish();
-        timeline.raster =
-            timeline.events.empty() ? Raster() : m_shelf.At(timeline.events.front().media).raster;
-        timeline.sources = m_shelf.Finish();
+        m_shelf.Finish(timeline);
         return timeline;
     }
 

@@ -4,6 +4,8 @@
 #include "nqp2/timeline/media_shelf.h"
 
 #include "nqp2/clip_cells.h"
+#include "nqp2/timeline/clip_facts.h"
+#include "nqp2/timeline/plain_text.h"
 #include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 
@@ -11,93 +13,44 @@
 
 #include <algorithm>
 #include <bit>
-#include <charconv>
 #include <utility>
 
 namespace nqp2::timeline {
 namespace {
 
-constexpr std::int32_t kHalfNumbered = 50; ///< from so many numbers a second on
-
 CString Key(const CString& name) {
     return CString(name).MakeUpper();
-}
-
-/// The rate of a clip; 25 where it is none that is known, as readers of cards take it.
-FrameRate RateOf(const _tag_P2Clip& clip) {
-    const FrameRate* const rate = FindFrameRate(clip.FrameRate);
-    return rate != nullptr ? *rate : FrameRate();
-}
-
-/// Where the record does not tell the lines, the codec's name does: "AVC-I_720/50p".
-std::int32_t LinesOf(const _tag_P2Clip& clip, const FrameRate& rate) {
-    if (clip.ActiveLine > 0) {
-        return clip.ActiveLine;
-    }
-    constexpr const wchar_t* kStandard[] = {L"DV25", L"DV50"};
-    const bool isStandard =
-        std::any_of(std::begin(kStandard), std::end(kStandard),
-                    [&](const wchar_t* codec) { return clip.CodecName.Find(codec) == 0; });
-    if (isStandard) {
-        return rate.Is50Hz() ? 576 : 480;
-    }
-    return clip.CodecName.Find(L"_720") >= 0 ? 720 : 1080;
-}
-
-Raster RasterOf(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind) {
-    const std::wstring_view codec = clip.CodecName.View();
-    // Records of AVCHD have rates of frames alone, but at 50 Hz.
-    const bool isInterlaced =
-        rate.IsInterlaced() ||
-        (kind == CardKind::Avchd && codec.ends_with(L'i') && rate.Nominal() <= 30);
-    return {LinesOf(clip, rate), isInterlaced, !(clip.AspectRatio == L"4:3")};
-}
-
-std::int32_t BitsOf(const _tag_P2Clip& clip) {
-    const std::string text = BytesFromText(clip.AudioBitsPerSample);
-    std::int32_t bits = 0;
-    std::from_chars(text.data(), text.data() + text.size(), bits);
-    return bits > 0 ? bits : 16;
 }
 
 std::string FullName(const std::string& first, const std::string& second) {
     return first.empty() || second.empty() ? first + second : first + ' ' + second;
 }
 
-/// Recordings of the report, by the names of their clips in capitals.
-std::map<CString, TakePlace> PlacesInTakes(const ScanReport& report) {
-    std::map<CString, TakePlace> places;
-    for (const Take& take : report.takes) {
-        const std::int64_t count = take.segments.GetSize() + take.missing.GetSize();
-        for (std::int64_t i = 0; i < take.segments.GetSize(); ++i) {
-            const auto before =
-                std::count_if(take.missing.begin(), take.missing.end(),
-                              [i](const MissingSegment& gap) { return gap.before <= i; });
-            places[Key(take.segments[i])] = {BytesFromText(take.topGlobalClipID), i + before + 1,
-                                             count, 0};
+/// Far beyond what people write; thousands of events may show the same thousands of memos.
+constexpr std::size_t kMostMemoBytes = std::size_t{64} * 1024 * 1024;
+
+/// About what the documents tell of memos; no more than needed beyond the most.
+std::size_t BytesOfMemos(const Timeline& timeline) {
+    constexpr std::size_t kAround = 500; // what stands around a text
+    std::size_t bytes = 0;
+    for (const Event& event : timeline.events) {
+        for (const PlacedMemo& memo : MemosOf(timeline, event)) {
+            bytes += kAround + memo.memo->person.size() + memo.memo->text.size();
+        }
+        if (bytes > kMostMemoBytes) {
+            break;
         }
     }
-    return places;
+    return bytes;
+}
+
+/// A text of a clip's, which each of its events tells.
+std::string TextOf(const CString& text) {
+    constexpr std::size_t kMostBytes = 1000;
+    return CutText(BytesFromText(text), kMostBytes);
 }
 
 } // namespace
-
-std::int64_t StartOfClip(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind) {
-    if (kind == CardKind::Avchd) {
-        return 0; // editing systems find no timecode in transport streams
-    }
-    CString text = ClipTimecode(clip);
-    if (text.IsEmpty()) {
-        return 0;
-    }
-    const bool dropFrame = clip.DropFrame != 0;
-    const int frames = (text[9] - L'0') * 10 + (text[10] - L'0');
-    if (kind == CardKind::P2 && rate.Nominal() >= kHalfNumbered && frames < rate.Nominal() / 2) {
-        // These metadata number every second frame, files number all.
-        text = text.Left(9) + TextFromBytes(fmt::format("{:02}", frames * 2));
-    }
-    return std::max<std::int64_t>(TimecodeFrame(text, rate, dropFrame), 0);
-}
 
 MediaShelf::MediaShelf(const CardView& card, const BuildOptions& options, Remarks& remarks)
     : m_card(card), m_options(options), m_remarks(remarks), m_files(card.root),
@@ -110,7 +63,7 @@ std::size_t MediaShelf::Of(const _tag_P2Clip& clip) {
     }
     Media media;
     media.name = BytesFromText(clip.ClipName);
-    media.identifier = BytesFromText(clip.GlobalClipID);
+    media.identifier = TextOf(clip.GlobalClipID);
     media.isThere = true;
     media.rate = RateOf(clip);
     media.dropFrame =
@@ -154,6 +107,19 @@ std::size_t MediaShelf::Missing(const tag_P2EDLClipTrackEvent& event, const Fram
     Media& media = m_sources->media[known->second];
     media.length = std::max(media.length, length);
     return known->second;
+}
+
+void MediaShelf::Finish(Timeline& timeline) {
+    timeline.sources = m_sources;
+    if (!timeline.events.empty()) {
+        timeline.raster = At(timeline.events.front().media).raster;
+    }
+    if (BytesOfMemos(timeline) > kMostMemoBytes) {
+        m_remarks.Add("its events show too many memos: all are left out");
+        for (Media& media : m_sources->media) {
+            media.memos.clear();
+        }
+    }
 }
 
 std::size_t MediaShelf::AddFile(const std::string& path, bool isThere, bool hasPicture,
@@ -242,14 +208,13 @@ void MediaShelf::AddMetadata(const _tag_P2Clip& clip, Media& media) {
                                   BytesFromText(problem)));
     }
     media.logging = {
-        tool::OwnTitle(clip),
+        TextOf(TextFromBytes(tool::OwnTitle(clip))),
         BytesFromText(IsoDate(metadata.shoot.startDate.IsEmpty() ? clip.StartDate
                                                                  : metadata.shoot.startDate)),
-        BytesFromText(metadata.scenario.sceneNo),
-        BytesFromText(metadata.scenario.takeNo),
-        FullName(BytesFromText(metadata.device.manufacturer),
-                 BytesFromText(metadata.device.modelName)),
-        BytesFromText(metadata.shoot.shooter)};
+        TextOf(metadata.scenario.sceneNo),
+        TextOf(metadata.scenario.takeNo),
+        FullName(TextOf(metadata.device.manufacturer), TextOf(metadata.device.modelName)),
+        TextOf(metadata.shoot.shooter)};
     for (const MemoMetadata& memo : metadata.memos) {
         if (memo.offset < 0 || memo.offset >= media.length) {
             m_remarks.Add(fmt::format("{}: a memo lies beyond its frames", media.name));
@@ -281,31 +246,9 @@ void MediaShelf::TellLacking(const Media& media) {
 }
 
 std::size_t MediaShelf::Keep(Media media) {
-    media.reel = FreeReel(media.name);
+    media.reel = m_reels.Fresh(media.name);
     m_sources->media.push_back(std::move(media));
     return m_sources->media.size() - 1;
-}
-
-std::string MediaShelf::FreeReel(const std::string& name) {
-    constexpr std::size_t kLongest = 8;
-    std::string stem;
-    for (const char ch : name) {
-        const char upper = ch >= 'a' && ch <= 'z' ? static_cast<char>(ch - 'a' + 'A') : ch;
-        const bool isPlain = (upper >= 'A' && upper <= 'Z') || (upper >= '0' && upper <= '9');
-        if (isPlain && stem.size() < kLongest) {
-            stem += upper;
-        }
-    }
-    stem = stem.empty() ? "CLIP" : stem;
-    std::string reel = stem;
-    for (int number = m_reels.try_emplace(stem, 0).first->second;; ++number) {
-        const std::string digits = number == 0 ? "" : std::to_string(number + 1);
-        reel = stem.substr(0, kLongest - digits.size()) + digits;
-        if (m_taken.insert(reel).second) {
-            m_reels[stem] = number + 1;
-            return reel;
-        }
-    }
 }
 
 } // namespace nqp2::timeline

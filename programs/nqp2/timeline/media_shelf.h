@@ -5,14 +5,13 @@
 
 #include "nqp2/timeline/builders.h"
 #include "nqp2/timeline/model.h"
+#include "nqp2/timeline/reel_names.h"
 #include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/ClipMetadata.h"
 
 #include <map>
 #include <memory>
-#include <set>
 #include <string>
-#include <utility>
 
 namespace nqp2::timeline {
 
@@ -28,8 +27,8 @@ public:
     std::size_t Missing(const tag_P2EDLClipTrackEvent& event, const FrameRate& rate,
                         std::int64_t length);
     [[nodiscard]] const Media& At(std::size_t index) const { return m_sources->media[index]; }
-    /// All that were made. No more are asked for.
-    std::shared_ptr<const Sources> Finish() { return std::move(m_sources); }
+    /// Gives the media to the timeline of these events. No more are asked for.
+    void Finish(Timeline& timeline);
 
 private:
     std::size_t AddFile(const std::string& path, bool isThere, bool hasPicture, int channels);
@@ -39,7 +38,6 @@ private:
     void AddMetadata(const _tag_P2Clip& clip, Media& media);
     void TellLacking(const Media& media);
     std::size_t Keep(Media media);
-    std::string FreeReel(const std::string& name);
 
     const CardView& m_card;
     const BuildOptions& m_options;
@@ -50,11 +48,7 @@ private:
     std::map<CString, std::size_t> m_clips; ///< media by the names of clips in capitals
     std::map<CString, std::size_t> m_missing;
     std::map<CString, TakePlace> m_takes;
-    std::set<std::string> m_taken = {"AX", "BARS", "BL", "BLACK"}; ///< reels; these mean no tape
-    std::map<std::string, int> m_reels; ///< how often the beginning of each was tried
+    ReelNames m_reels;
 };
-
-/// The timecode of a clip's first frame as a frame count.
-std::int64_t StartOfClip(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind);
 
 } // namespace nqp2::timeline

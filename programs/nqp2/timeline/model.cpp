@@ -3,7 +3,8 @@
 
 #include "nqp2/timeline/model.h"
 
-#include "console/utf8_text.h"
+#include "nqp2/timeline/plain_text.h"
+#include "NQP2ParserU/ClipTimes.h"
 
 #include <fmt/format.h>
 
@@ -15,22 +16,20 @@
 namespace nqp2::timeline {
 namespace {
 
-/// The first line of a text, cut between characters.
+/// The first line of a text, or its beginning.
 std::string Shortened(std::string_view text) {
     constexpr std::size_t kMostBytes = 60;
-    text = text.substr(0, text.find_first_of("\r\n"));
-    std::size_t length = 0;
-    while (length < text.size()) {
-        const std::size_t next = length + tool::FirstUtf8(text.substr(length)).length;
-        if (next > kMostBytes) {
-            return std::string(text.substr(0, length)) + "...";
-        }
-        length = next;
-    }
-    return std::string(text);
+    return CutText(text.substr(0, text.find_first_of("\r\n")), kMostBytes);
 }
 
 constexpr std::string_view kUnnamed = "Mark";
+
+/// The start of a timeline at another rate: the frame of the same timecode where there is one.
+std::int64_t SameTimecode(const Timeline& timeline, const FrameRate& rate, bool dropFrame) {
+    const CString text = FrameTimecode(timeline.start, timeline.rate, timeline.dropFrame);
+    const std::int64_t frame = TimecodeFrame(text, rate, dropFrame);
+    return frame >= 0 ? frame : Rescaled(timeline.start, timeline.rate, rate);
+}
 
 Event Retold(const Event& event, const FrameRate& from, const FrameRate& to, std::int64_t soonest) {
     Event retold = event;
@@ -57,12 +56,17 @@ std::size_t Timeline::SoundTracks() const {
 std::vector<PlacedMemo> MemosOf(const TimelineHead& timeline, const Event& event) {
     const Media& media = timeline.MediaOf(event);
     std::vector<PlacedMemo> placed;
-    for (const Memo& memo : media.memos) {
-        const std::int64_t inSource = Rescaled(memo.frame, media.rate, event.rate);
-        if (inSource >= event.in && inSource < event.in + event.length) {
-            const std::int64_t after = Rescaled(inSource - event.in, event.rate, timeline.rate);
-            placed.push_back({&memo, inSource, event.start + std::min(after, event.duration - 1)});
+    const auto first =
+        std::partition_point(media.memos.begin(), media.memos.end(), [&](const Memo& memo) {
+            return Rescaled(memo.frame, media.rate, event.rate) < event.in;
+        });
+    for (auto memo = first; memo != media.memos.end(); ++memo) {
+        const std::int64_t inSource = Rescaled(memo->frame, media.rate, event.rate);
+        if (inSource >= event.in + event.length) {
+            break;
         }
+        const std::int64_t after = Rescaled(inSource - event.in, event.rate, timeline.rate);
+        placed.push_back({&*memo, inSource, event.start + std::min(after, event.duration - 1)});
     }
     return placed;
 }
@@ -117,8 +121,8 @@ std::vector<Timeline> SplitByRate(const Timeline& timeline) {
         if (part == parts.end()) {
             Timeline fresh{timeline, {}};
             fresh.rate = rate;
-            fresh.start = Rescaled(timeline.start, timeline.rate, rate);
             fresh.dropFrame = timeline.dropFrame && rate.droppedNumbers != 0;
+            fresh.start = SameTimecode(timeline, rate, fresh.dropFrame);
             fresh.raster = timeline.MediaOf(event).raster;
             part = parts.insert(parts.end(), std::move(fresh));
         }

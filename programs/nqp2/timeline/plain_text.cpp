@@ -56,6 +56,18 @@ void ForEachCharacter(std::string_view text, Take take) {
 
 } // namespace
 
+std::string CutText(std::string_view text, std::size_t most) {
+    std::size_t length = 0;
+    while (length < text.size()) {
+        const std::size_t next = length + tool::FirstUtf8(text.substr(length)).length;
+        if (next > most) {
+            return std::string(text.substr(0, length)) + "...";
+        }
+        length = next;
+    }
+    return std::string(text);
+}
+
 std::string OneLine(std::string_view text) {
     std::string line;
     ForEachCharacter(text, [&](std::string_view character) {

@@ -9,6 +9,9 @@
 
 namespace nqp2::timeline {
 
+/// The text, or its beginning of about so many bytes with dots behind it.
+std::string CutText(std::string_view text, std::size_t most);
+
 /// A text for a field of a table: line breaks, tabs and other control characters become blanks,
 /// what is no UTF-8 U+FFFD.
 std::string OneLine(std::string_view text);
