@@ -20,8 +20,8 @@ NQP2_API const FrameRate* FindFrameRate(const CString& text) noexcept;
 /// ";" before the frames where numbers are dropped. "" where the record does not tell it.
 NQP2_API CString ClipTimecode(const _tag_P2Clip& clip, std::int64_t offset = 0) noexcept;
 
-/// The timecode of a frame that is counted from midnight, at any rate of kFrameRates; after a day it
-/// begins anew. ";" before the frames where numbers are dropped.
+/// The timecode of a frame that is counted from midnight, at any rate of kFrameRates. After a day
+/// it begins anew; ";" before the frames where numbers are dropped.
 NQP2_API CString FrameTimecode(std::int64_t frame, const FrameRate& rate, bool dropFrame) noexcept;
 
 /// The frame with that timecode, counted from midnight; -1 for a text that is none, or none at that

@@ -277,8 +277,8 @@ class ListTest(Checked):
         self.add_list("P001AB", self.event(0, 8), gone, other)
         result = run("timeline", self.card.path, "-f", "otio", "-o", "-")
         self.assertEqual(result.stderr.splitlines(),
-                         ["nqp2: P001AB: 0009ZZ is not on this card: kept as missing (event 2)",
-                          "nqp2: P001AB: 0001AA is not on this card: kept as missing (event 3)"])
+                         ["nqp2: P001AB: 0009ZZ of AB1 is not on this card: kept as missing (event 2)",
+                          "nqp2: P001AB: 0001AA of AB1 is not on this card: kept as missing (event 3)"])
         clips = self.check_otio(result.stdout)["tracks"]["children"][0]["children"]
         media = [each["media_references"]["DEFAULT_MEDIA"] for each in clips]
         self.assertEqual([each["OTIO_SCHEMA"][:8] for each in media],

@@ -119,8 +119,10 @@ private:
             Check(number, placed.in + placed.length, rate, m_shelf.At(placed.media));
         } else if (event.Duration > 0) {
             placed.media = m_shelf.Missing(event, rate, end);
-            m_remarks.AddEvent(number, BytesFromText(event.ClipName) +
-                                           " is not on this card: kept as missing");
+            m_remarks.AddEvent(
+                number, fmt::format("{}{} is not on this card: kept as missing",
+                                    BytesFromText(event.ClipName),
+                                    placed.serialNo.empty() ? "" : " of " + placed.serialNo));
         }
         AddSound(number, event, placed);
         m_placing.PutAt(number, std::move(placed));

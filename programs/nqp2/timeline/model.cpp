@@ -24,6 +24,10 @@ std::string Shortened(std::string_view text) {
 
 constexpr std::string_view kUnnamed = "Mark";
 
+const TimelineHead& HeadOf(const Timeline& timeline) {
+    return timeline;
+}
+
 /// The start of a timeline at another rate: the frame of the same timecode where there is one.
 std::int64_t SameTimecode(const Timeline& timeline, const FrameRate& rate, bool dropFrame) {
     const CString text = FrameTimecode(timeline.start, timeline.rate, timeline.dropFrame);
@@ -119,7 +123,7 @@ std::vector<Timeline> SplitByRate(const Timeline& timeline) {
         auto part = std::find_if(parts.begin(), parts.end(),
                                  [&](const Timeline& known) { return IsSame(known.rate, rate); });
         if (part == parts.end()) {
-            Timeline fresh{timeline, {}};
+            Timeline fresh{HeadOf(timeline), {}};
             fresh.rate = rate;
             fresh.dropFrame = timeline.dropFrame && rate.droppedNumbers != 0;
             fresh.start = SameTimecode(timeline, rate, fresh.dropFrame);
@@ -139,7 +143,7 @@ std::vector<Timeline> SplitByCount(Timeline timeline, std::size_t most) {
     std::vector<Event> events = std::move(timeline.events);
     std::vector<Timeline> parts;
     for (std::size_t first = 0; first == 0 || first < events.size(); first += most) {
-        parts.push_back({timeline, {}});
+        parts.push_back({HeadOf(timeline), {}});
         const auto from = std::next(events.begin(), static_cast<std::ptrdiff_t>(first));
         const auto count = static_cast<std::ptrdiff_t>(std::min(most, events.size() - first));
         parts.back().events.assign(std::make_move_iterator(from),

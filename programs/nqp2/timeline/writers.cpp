@@ -5,7 +5,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <utility>
 
 namespace nqp2::timeline {
@@ -56,9 +58,8 @@ std::vector<Timeline> PartsFor(const Form& form, Timeline timeline, Remarks& rem
             remarks.Add(
                 fmt::format("has {} events: {} in a file", part.events.size(), form.mostEvents));
         }
-        for (Timeline& piece : SplitByCount(std::move(part), form.mostEvents)) {
-            pieces.push_back(std::move(piece));
-        }
+        std::vector<Timeline> split = SplitByCount(std::move(part), form.mostEvents);
+        std::move(split.begin(), split.end(), std::back_inserter(pieces));
     }
     return pieces;
 }
