@@ -9,12 +9,17 @@
 #include "bench/measure.h"
 #include "bench/two_processes.h"
 #include "NQP2ParserU/Channel.h"
+#include "platform/descriptor.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <poll.h>
 #include <string>
+#include <sys/eventfd.h>
 #include <unistd.h>
 #include <vector>
 
@@ -124,15 +129,33 @@ double IdleSecond() {
     return taken;
 }
 
-/// The same of one that only sleeps, and wakes as often as a wait must look at a host's flag.
+/// The same of one that does nothing else than to wait for three silent descriptors (a packet, the
+/// other side's end, the bell of an abort), and wakes as often as a wait must look at a host's flag.
 double BareIdleSecond() {
     constexpr int kSlice = 20; ///< milliseconds
     constexpr int kSlices = 50;
+    std::array<platform::Descriptor, 3> silent;
+    std::array<pollfd, silent.size()> watched = {};
+    for (std::size_t i = 0; i < silent.size(); ++i) {
+        silent[i] = platform::Descriptor(eventfd(0, EFD_CLOEXEC));
+        Require(static_cast<bool>(silent[i]), "no descriptor to wait for");
+        watched[i] = {silent[i].Get(), POLLIN, 0};
+    }
     const double before = Now(Clock::Processor);
     for (int i = 0; i < kSlices; ++i) {
-        poll(nullptr, 0, kSlice);
+        Require(poll(watched.data(), watched.size(), kSlice) == 0, "a wait did not end in time");
     }
     return Now(Clock::Processor) - before;
+}
+
+/// What a second takes when nothing disturbs it: the least of some.
+double LeastOf(double (*second)()) {
+    constexpr int kSeconds = 3;
+    double least = second();
+    for (int i = 1; i < kSeconds; ++i) {
+        least = std::min(least, second());
+    }
+    return least;
 }
 
 void MeasureAll(Bench& bench) {
@@ -142,8 +165,8 @@ void MeasureAll(Bench& bench) {
     for (const std::uint32_t length : kFrames) {
         MeasureMessages(bench, processors, length);
     }
-    bench.Value("idle/" + processors, IdleSecond);
-    bench.Value("bare_idle/" + processors, BareIdleSecond);
+    bench.Value("idle/" + processors, [] { return LeastOf(IdleSecond); });
+    bench.Value("bare_idle/" + processors, [] { return LeastOf(BareIdleSecond); });
 }
 
 } // namespace

@@ -5,8 +5,10 @@
 // the worker uses, the copy read from the medium.
 //
 //     plain_copy both|once FILE... FOLDER
+//     plain_copy tree|flushed SOURCE FOLDER
 //
-// once: without reading the copy again, as a recording is written.
+// once: without reading the copy again, as a recording is written. tree: a whole folder by cp -a,
+// with one flush. flushed: the same without any checksum.
 
 #include "bench/measure.h"
 #include "bench/run_program.h"
@@ -50,10 +52,33 @@ XXH128_hash_t Checksum(const std::string& path, std::string& block) {
     return XXH3_128bits_digest(state.get());
 }
 
+void Forget(const platform::Descriptor& file) {
+    Require(posix_fadvise(file.Get(), 0, 0, POSIX_FADV_DONTNEED) == 0, "a copy cannot be dropped");
+}
+
 void FlushAndForget(const std::string& path) {
     const platform::Descriptor file = Open(path);
-    Require(fsync(file.Get()) == 0 && posix_fadvise(file.Get(), 0, 0, POSIX_FADV_DONTNEED) == 0,
-            "a copy cannot be flushed");
+    Require(fsync(file.Get()) == 0, "a copy cannot be flushed");
+    Forget(file);
+}
+
+void RequireSame(const std::string& file, const std::string& copy, std::string& block) {
+    Require(XXH128_isEqual(Checksum(file, block), Checksum(copy, block)) != 0,
+            "the copy is no copy");
+}
+
+void CopyTree(const std::string& source, const std::string& folder, bool isCompared) {
+    RunProgram({"cp", "-a", "--", source + "/.", folder});
+    Require(syncfs(Open(folder).Get()) == 0, "a copy cannot be flushed");
+    std::string block(kBlock, '\0');
+    using Below = std::filesystem::recursive_directory_iterator;
+    for (const auto& entry : isCompared ? Below(source) : Below()) {
+        if (entry.is_regular_file()) {
+            const std::string copy = folder / entry.path().lexically_relative(source);
+            Forget(Open(copy));
+            RequireSame(entry.path(), copy, block);
+        }
+    }
 }
 
 void CopyAll(const std::vector<std::string>& files, const std::string& folder, bool both) {
@@ -77,11 +102,17 @@ void CopyAll(const std::vector<std::string>& files, const std::string& folder, b
 
 int main(int argc, char** argv) {
     const std::string sides = argc < 4 ? "" : argv[1];
-    if (sides != "both" && sides != "once") {
-        std::fprintf(stderr, "usage: plain_copy both|once FILE... FOLDER\n");
+    const bool isTree = (sides == "tree" || sides == "flushed") && argc == 4;
+    if (!isTree && sides != "both" && sides != "once") {
+        std::fprintf(stderr, "usage: plain_copy both|once FILE... FOLDER\n"
+                             "       plain_copy tree|flushed SOURCE FOLDER\n");
         return 2;
     }
     try {
+        if (isTree) {
+            nqp2::bench::CopyTree(argv[2], argv[3], sides == "tree");
+            return 0;
+        }
         nqp2::bench::CopyAll({argv + 2, argv + argc - 1}, argv[argc - 1], sides == "both");
     } catch (const std::exception& error) {
         std::fprintf(stderr, "plain_copy: %s\n", error.what());

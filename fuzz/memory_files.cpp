@@ -64,6 +64,12 @@ public:
         m_position += count;
         return {};
     }
+    IoStatus Stat(platform::FileInfo& info) override {
+        info = {};
+        info.size = m_content.size();
+        return {};
+    }
+    void ReadAround() override {}
 
 private:
     std::string m_content;
@@ -85,6 +91,7 @@ public:
         const bool isNew = m_files.files.emplace(PathOf(name) + '/', "").second;
         return Known(isNew, IoError::Exists);
     }
+    IoStatus MakeUnflushed(const std::string& name) override { return MakeFolder(name); }
     IoStatus RemoveFolder(const std::string& name) override {
         return Known(m_files.files.erase(PathOf(name) + '/') == 1, IoError::NotFound);
     }
@@ -129,7 +136,12 @@ public:
         return {};
     }
     IoStatus RemoveAbandoned() override { return {}; }
+    IoStatus Flush() override { return {}; }
+    IoStatus FlushAll() override { return {}; }
+    IoStatus KeepTime(const std::string&, const platform::FileInfo&) override { return {}; }
     IoStatus UsableSpace(std::uint64_t&) override { return Missing(); }
+    IoStatus Medium(platform::MediumFacts&) override { return Missing(); }
+    IoStatus IsCaseBlind(bool&) override { return Missing(); }
     IoStatus Lock(std::chrono::milliseconds) override { return {}; }
     IoStatus LockName(const std::string&, std::unique_ptr<platform::NameLock>&) override {
         return {};

@@ -36,12 +36,12 @@ ROOMS = {
 # The programs that are built from rooms; they include each other as worker/..., copy/...
 PROGRAMS = {
     "copy": BASE,
+    "offload/mhl": BASE | {"xml/dom"},
     "worker": LIBRARY_OF_WORKER | {"copy"},
     # The module shares the headers that the two agree on.
     "worker/av": BASE | {"worker"},
     "offload": LIBRARY_OF_WORKER - {"channel"} | {"cards", "edl", "parser", "console", "copy",
                                                   "offload/mhl"},
-    "offload/mhl": BASE | {"xml/dom"},
 }
 MAY_INCLUDE = {**ROOMS, **PROGRAMS}
 # These see of the library what a host sees, the public headers, and of the programs what is named.

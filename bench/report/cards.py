@@ -72,6 +72,17 @@ class Cards:
 
         return self._made(f"{clips}-pictured", make)
 
+    def shelf(self, cards: int, clips: int) -> Path:
+        """A folder of so many cards."""
+        source = self.bulk(clips)
+
+        def make(shelf: Path) -> None:
+            for number in range(cards):
+                shutil.copytree(source, shelf / f"day {number % 5}" / f"card {number}",
+                                copy_function=os.link)
+
+        return self._made(f"{cards}-cards-of-{clips}", make)
+
     def odd(self, clips: int) -> Path:
         """A card each of whose metadata files has other elements, in another order."""
         source = self.bulk(clips)

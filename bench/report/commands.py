@@ -50,7 +50,8 @@ class Commands:
     def measure(self, kind: str, names: set[str]) -> Figures:
         kinds: dict[str, Callable[[set[str]], Figures]] = {
             "command": self._listings, "calls": self._calls, "copy": self._copies,
-            "record": self._recordings, "page": self._pages}
+            "record": self._recordings, "page": self._pages, "shelf": self._shelves,
+            "disc": self._discs}
         return kinds[kind](names)
 
     def _low(self, runs: dict[str, Callable[[], list]], times: int) -> Figures:
@@ -75,6 +76,20 @@ class Commands:
                       if any(each.startswith(f"{name}:") for each in names)}
             figures |= self._low(wanted, 3)
         return figures
+
+    def _shelves(self, _names: set[str]) -> Figures:
+        """nqp2 clips of all cards in a folder, and a program that finds and scans each of them."""
+        shelf = self._setting.cards.shelf(*self._setting.sizes.shelf)
+        return self._low({
+            "shelf/json": lambda: [self._setting.nqp2, "clips", "--recursive", shelf, "--json"],
+            "shelf/scan": lambda: [self._setting.programs / "scan_once", "--below", shelf]}, 5)
+
+    def _discs(self, _names: set[str]) -> Figures:
+        """nqp2 clips of an AVCHD card."""
+        command = [self._setting.nqp2, "clips",
+                   self._setting.cards.bulk(self._setting.sizes.small, "avchd"), *FORMS["json"]]
+        return self._low({"disc/json": lambda: command,
+                          "disc/metadata": lambda: [*command, "--metadata"]}, 5)
 
     def _pages(self, _names: set[str]) -> Figures:
         """The page of a card with icons, to nowhere and into a file; the scan with all icons read;

@@ -15,6 +15,7 @@ class Sizes:
         self.small, self.large = small, large
         self.copy_megabytes = copy_megabytes
         self.avchd = (max(small // 10, 10), small, max(large // 2, small * 2))
+        self.shelf = (max(small // 20, 2), 20)  # cards, clips of each
         self.lists = (max(small // 10, 10), small, large)
         self.frames = copy_megabytes * 3  # of a recording of 144,000 bytes each
 
@@ -68,12 +69,13 @@ def name_lines(sizes: Sizes) -> list[Line]:
 def metadata_lines(sizes: Sizes) -> list[Line]:
     """Files: beside the scan, and half as much again as asking the system for each of them."""
     small, large = sizes.small, sizes.large
-    load, read, files, asked = (f"metadata/{what}/{{}}" for what in ("load", "read", "files", "asked"))
+    load, read, both, asked = (f"metadata/{what}/{{}}" for what in
+                               ("load", "read", "scanned_files", "asked"))
     return [
         Line(f"all metadata of {large:,} clips / the scan", "ms", figure(read.format(large)),
              figure(load.format(large)), 0.8),
         Line(f"scan and all files of {large:,} clips / scan and 1.5 times asking for each", "ms",
-             figure(load.format(large)) + figure(files.format(large)),
+             figure(both.format(large)),
              figure(load.format(large)) + figure(asked.format(large)) + figure(asked.format(large)) / 2, 1),
         *(Line(f"{what} of a clip, {large:,} / {small:,}", "us", each(f"metadata/{key}", large),
                each(f"metadata/{key}", small), 1.15)
@@ -110,6 +112,11 @@ def command_lines(sizes: Sizes) -> list[Line]:
     rows.append(Line(f"nqp2 clips as JSON with all metadata, {large:,} clips, wall / without",
                      "ms", figure(f"command/metadata/{large}:wall"),
                      figure(f"command/json/{large}:wall"), 1.5))
+    rows.append(Line("nqp2 clips --recursive as JSON, {} cards of {} clips / find and scan each"
+                     .format(*sizes.shelf), "ms", figure("shelf/json:processor"),
+                     figure("shelf/scan:processor"), 1.5))
+    rows.append(Line(f"nqp2 clips as JSON with all metadata, {small:,} AVCHD clips, wall / without",
+                     "ms", figure("disc/metadata:wall"), figure("disc/json:wall"), 1.5))
     page = "page/{}/" + str(sizes.small)
     return rows + [
         Line(f"nqp2 report, {sizes.small:,} clips with icons / scan, icons read", "ms",
@@ -145,7 +152,7 @@ def channel_lines() -> list[Line]:
                       figure(f"proxy/bare/{key}/{count}"), goal)
                  for name, key, goal, unit in frames]
     return rows + [
-        Line("processor time of a second's wait / fifty bare sleeps", "ms",
+        Line("processor time of a second's wait / fifty bare waits", "ms",
              figure("channel/idle/2"), figure("channel/bare_idle/2"), 1.5),
         Line("processor time of an idle parser's second / 5 ms", "ms", figure("proxy/idle/2"),
              fixed(5, "ms"), 1),
@@ -180,9 +187,11 @@ def list_lines(sizes: Sizes) -> list[Line]:
              figure("edit_lists/bare_save"), 3),
         Line(f"marking {some:,} listed clips as ingested / libxml2 alone", "ms",
              figure(f"ingest/mark/{some}"), figure(f"ingest/bare/{some}"), 3),
-        Line(f"ingest mark of a clip, {many:,} / {some:,} listed", "us",
-             each("ingest/mark", many), each("ingest/mark", some), 1.2),
-        Line("a figure of capacity / 10 ns", "ns", figure("ingest/capacity"), fixed(10, "ns"), 1),
+        Line(f"ingest mark of a clip, {many:,} / {some:,} listed, grown as libxml2 grows", "us",
+             each("ingest/mark", many), each("ingest/mark", some)
+             + (each("ingest/bare", many) - each("ingest/bare", some)), 1.2),
+        Line("a figure of capacity / a call that looks up, divides, writes", "ns",
+             figure("ingest/capacity"), figure("ingest/divide"), 3),
     ]
 
 

@@ -33,6 +33,7 @@ struct FoundCard {
     /// The serial number of the volume whose top the card is, as the system's names of volumes tell
     /// it (FAT: "1A2B-3C4D"). "" when they do not, and for a copy that is a folder among others.
     CString serialNo;
+    CString label; ///< that volume's name, "" as above
 };
 
 /// What a search has found, and which folders it could not look into.

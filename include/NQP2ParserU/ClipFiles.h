@@ -11,10 +11,17 @@
 
 #include <memory>
 
+class CNQP2Parser;
+
 namespace nqp2 {
 
+namespace clips {
+class ClipPromises;
+} // namespace clips
+
 /// Tells the files of a card's clips. It asks the medium: each folder is listed once, each file
-/// asked for once. Not for several threads at a time.
+/// asked for once, and the metadata are read for what they promise, unless a scan has told it:
+/// ScanReport::files. Not for several threads at a time.
 class NQP2_API ClipFileReader {
 public:
     /// For the card at an interface path, as a scan takes it.
@@ -33,6 +40,9 @@ public:
     bool LooseFiles(CArray<LooseFile>& files) noexcept;
 
 private:
+    friend class ::CNQP2Parser;
+    clips::ClipPromises* Promises() noexcept; ///< null when there was no memory
+
     struct State;
     std::unique_ptr<State> m_state; ///< null when there was no memory for it
 };

@@ -62,11 +62,16 @@ struct ClipZones {
     std::int16_t end = kUnknown;
 };
 
+class ClipFileReader;
+
 /// What a scan left out and how its clips hang together. Filled beside the fixed results.
 struct ScanReport {
     CArray<SkippedFile> skipped;
     CArray<Take> takes;
     CArray<ClipZones> zones; ///< of the clips of a P2 card, in the order in which they came
+    /// When set before the scan of a P2 card by a parser, and made for the same card: it keeps what
+    /// the clips' metadata promise, and does not read them once more.
+    ClipFileReader* files = nullptr;
 };
 
 } // namespace nqp2

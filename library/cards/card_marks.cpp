@@ -49,6 +49,10 @@ std::string VolumeTop(const std::string& root) {
     return {};
 }
 
+CString VolumeNameAt(const std::string& top, const char* names) {
+    return platform::TextFromUtf8(platform::VolumeName(top, names));
+}
+
 } // namespace
 
 std::span<const CardMark> CardMarks() {
@@ -90,7 +94,8 @@ FoundCard CardAt(const Place& root, const CString& written, const CardMark& mark
         card.inode = info.inode;
     }
     if (const std::string top = VolumeTop(root.OnDisk()); !top.empty()) {
-        card.serialNo = platform::TextFromUtf8(platform::VolumeSerial(top));
+        card.serialNo = VolumeNameAt(top, platform::kVolumeSerials);
+        card.label = VolumeNameAt(top, platform::kVolumeLabels);
     }
     return card;
 }

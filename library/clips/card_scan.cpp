@@ -3,6 +3,7 @@
 
 #include "clips/card_scan.h"
 
+#include "clips/clip_promises.h"
 #include "clips/clip_reader.h"
 #include "clips/clip_texts.h"
 #include "clips/essence_lookup.h"
@@ -56,9 +57,15 @@ ClipZones ZonesOf(const ClipTexts& texts) {
 /// One scan: the record that is used over and over, the reader, and what is remarked on the way.
 class Scan {
 public:
-    Scan(const platform::Place& contents, CMarkupMSXML& reader, bool keepDigit, ScanReport* report)
+    Scan(const platform::Place& contents, CMarkupMSXML& reader, bool keepDigit, ScanReport* report,
+         ClipPromises* promises)
         : m_reader(reader), m_essence(contents, EssenceLookup::Mode::Scan), m_keepDigit(keepDigit),
-          m_remarks(report) {}
+          m_remarks(report), m_promises(promises),
+          m_fields(promises != nullptr ? ClipAndFileFields() : ClipFields()) {
+        if (promises != nullptr) {
+            promises->Clear();
+        }
+    }
 
     /// Appends what the folder holds. A missing one has no clips, which is not worth a remark.
     void Run(const MetadataFolder& folder, bool isMissing, CArray<_tag_P2Clip>& clips) {
@@ -76,6 +83,9 @@ public:
                 const bool isTaken = m_fields.Read(bytes);
                 if (isTaken) {
                     Take(file, ClipTexts(m_fields.Values(), m_pool), clips);
+                    if (m_promises != nullptr) {
+                        m_promises->Add(file.posixPath, m_fields.Values());
+                    }
                 }
                 return isTaken;
             });
@@ -130,7 +140,8 @@ private:
     EssenceLookup m_essence;
     bool m_keepDigit;
     xml::ScanRemarks m_remarks;
-    dom::FieldReader m_fields{ClipFields()};
+    ClipPromises* m_promises;
+    dom::FieldReader m_fields;
     TextPool m_pool;
     _tag_P2Clip m_clip;
     std::int64_t m_room = 0; ///< for so many clips there is room for certain
@@ -141,12 +152,12 @@ private:
 
 /// Appends a record for every clip file below the contents folder that loads.
 void ScanClips(const platform::Place& contents, CMarkupMSXML& reader, bool keepDigit,
-               CArray<_tag_P2Clip>& clips, ScanReport* report) {
+               CArray<_tag_P2Clip>& clips, ScanReport* report, ClipPromises* promises) {
     const MetadataFolder folder(contents.Below(media::kMetadataFiles.folder.Path()),
                                 MetadataFolder::Subfolders::Remarked);
     const bool isMissing = folder.Status().error == platform::IoError::NotFound &&
                            !contents.Has(media::kMetadataFiles.folder.Text());
-    Scan scan(contents, reader, keepDigit, report);
+    Scan scan(contents, reader, keepDigit, report, promises);
     scan.Run(folder, isMissing, clips);
     if (report != nullptr) {
         scan.Tell(*report);
@@ -156,14 +167,14 @@ void ScanClips(const platform::Place& contents, CMarkupMSXML& reader, bool keepD
 } // namespace
 
 __int64 LoadClips(const CString& root, CMarkupMSXML* reader, bool keepDigit,
-                  CArray<_tag_P2Clip>& clips, ScanReport* report) {
+                  CArray<_tag_P2Clip>& clips, ScanReport* report, ClipPromises* promises) {
     const platform::Place contents(media::ContentsFolder(root));
     const bool isOutOfMemory = reader != nullptr && reader->GetDocumentPtr() == nullptr;
     if (isOutOfMemory || !contents.Exists()) {
         return media::kCannotRead;
     }
     if (reader != nullptr) {
-        ScanClips(contents, *reader, keepDigit, clips, report);
+        ScanClips(contents, *reader, keepDigit, clips, report, promises);
     }
     return media::kRead;
 }

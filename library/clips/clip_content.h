@@ -18,12 +18,13 @@ class Document;
 /// Which files a clip has by its metadata, and how large its essence is.
 namespace nqp2::clips {
 
-/// A file of picture or sound that a clip's metadata tell of.
+/// A file that a clip's metadata tell of.
 struct ClipEssence {
     const media::ClipFileKind* kind;
-    std::size_t number = 0; ///< of the audio channel
+    std::size_t number = 0; ///< of the audio channel or recording
     /// It has so many bytes or more: where its essence ends, if that is told.
     std::uint64_t size = 1;
+    CString voiceFormat = {}; ///< "WAV", or "", of a memo's recording
 
     [[nodiscard]] const char* Folder() const { return kind->folder.Bytes(); }
     /// What follows the clip's name: "00.MXF".
@@ -34,12 +35,12 @@ struct ClipEssence {
 /// the families that keep both in one file, else a file for each audio channel as well.
 std::vector<ClipEssence> EssenceOf(const dom::Document& metadata);
 
-/// The same by the values that are asked for here.
-const dom::FieldSet& EssenceFields();
-std::vector<ClipEssence> EssenceOf(const dom::FieldValues& values);
+/// The essence, the icon when the metadata describe one, and the recordings of memos.
+std::vector<ClipEssence> PromisesOf(const dom::Document& metadata);
+/// Appends the same by the values of ClipAndFileFields.
+void AppendPromises(const dom::FieldValues& values, std::vector<ClipEssence>& promises);
 
-/// Whether the metadata describe an icon.
-bool TellsIcon(const dom::Document& metadata);
-bool TellsIcon(const dom::FieldValues& values);
+/// The name of a recording: "0001AB00.WAV".
+CString VoiceFileOf(const CString& clip, std::size_t number, const CString& format);
 
 } // namespace nqp2::clips

@@ -10,7 +10,9 @@
 #include "platform/unicode.h"
 
 #include <algorithm>
+#include <bit>
 #include <functional>
+#include <numeric>
 #include <tuple>
 
 namespace nqp2::clips {
@@ -25,117 +27,125 @@ std::size_t HashOf(std::string_view text) {
     return std::hash<std::string_view>{}(text);
 }
 
-std::vector<ClipEssence> WithIcon(std::vector<ClipEssence> promises, bool hasIcon) {
-    if (hasIcon) {
-        promises.push_back({&media::kIconFiles});
-    }
-    return promises;
+/// The clip whose file it is, or, of a file of another kind, whose it would be by its title.
+std::string_view ClipIn(std::string_view foldedName, const media::ClipFileKind& kind) {
+    const std::string_view clip = media::ClipNameIn(foldedName, kind);
+    return clip.empty() ? foldedName.substr(0, foldedName.rfind('.')) : clip;
+}
+
+bool ComesBefore(const NamedFile& left, const NamedFile& right) {
+    return std::tie(left.folded, left.isOther, left.name) <
+           std::tie(right.folded, right.isOther, right.name);
 }
 
 } // namespace
 
-KindFolder::KindFolder(platform::TalliedFolder& folder, const media::ClipFileKind& kind)
-    : m_folder(folder), m_kind(kind) {
-    const std::vector<FolderEntry>& entries = folder.Entries();
-    m_byClip.reserve(entries.size());
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        m_byClip.emplace_back(HashOf(ClipIn(platform::FoldNameCase(entries[i].name))), i);
-    }
-    std::sort(m_byClip.begin(), m_byClip.end());
-}
-
-/// The clip whose file it is, or, of a file of another kind, whose it would be by its title.
-std::string_view KindFolder::ClipIn(std::string_view foldedName) const {
-    const std::string_view clip = media::ClipNameIn(foldedName, m_kind);
-    return clip.empty() ? foldedName.substr(0, foldedName.rfind('.')) : clip;
-}
-
-std::vector<KindFolder::Named> KindFolder::FilesOf(const NameOfClip& clip) const {
-    struct Candidate {
-        std::string folded;
-        bool isOther; ///< than the name as the clip's is written
-        std::size_t entry;
-    };
-    const std::vector<FolderEntry>& entries = m_folder.Entries();
-    std::vector<Candidate> candidates;
-    for (auto at = std::lower_bound(m_byClip.begin(), m_byClip.end(),
-                                    std::pair(clip.hash, std::size_t{0}));
-         at != m_byClip.end() && at->first == clip.hash; ++at) {
-        const std::string& name = entries[at->second].name;
-        std::string folded = platform::FoldNameCase(name);
-        if (ClipIn(folded) == clip.folded) {
-            candidates.push_back({std::move(folded), !name.starts_with(clip.bytes), at->second});
+ClipFileIndex::ClipFileIndex(platform::FileTally& tally) {
+    const platform::Place contents = tally.Root().Below(media::kContents.BelowDrive());
+    std::vector<Key> keys;
+    for (std::uint32_t kind = 0; kind < kKinds; ++kind) {
+        const media::ClipFileKind& each = media::kClipFileKinds[kind];
+        m_folders[kind] = &tally.Folder(contents.Below(each.folder.Path()));
+        const std::vector<FolderEntry>& entries = m_folders[kind]->Entries();
+        for (std::uint32_t entry = 0; entry < entries.size(); ++entry) {
+            const std::string folded = platform::FoldNameCase(entries[entry].name);
+            keys.push_back({HashOf(ClipIn(folded, each)), kind, entry});
         }
     }
-    std::sort(candidates.begin(), candidates.end(),
-              [&](const Candidate& left, const Candidate& right) {
-                  return std::tie(left.folded, left.isOther, entries[left.entry].name) <
-                         std::tie(right.folded, right.isOther, entries[right.entry].name);
-              });
-    const auto isAlike = [](const Candidate& left, const Candidate& right) {
-        return left.folded == right.folded;
-    };
-    candidates.erase(std::unique(candidates.begin(), candidates.end(), isAlike), candidates.end());
-    std::vector<Named> files;
-    for (const Candidate& each : candidates) {
-        const std::string_view name = each.folded;
-        const bool isOfKind = !media::ClipNameIn(name, m_kind).empty();
-        const std::string_view number = name.substr(clip.folded.size(), m_kind.digits);
-        files.push_back({each.entry, isOfKind ? m_kind.role : ClipFileRole::Other,
-                         isOfKind ? platform::ToInt32(number) : 0});
+    FillBuckets(keys);
+}
+
+/// In each the keys stay in their order, kind after kind.
+void ClipFileIndex::FillBuckets(const std::vector<Key>& keys) {
+    m_buckets.assign(std::bit_ceil(keys.size()) + 1, 0);
+    for (const Key& key : keys) {
+        ++m_buckets[BucketOf(key.hash) + 1];
     }
-    return files;
+    std::partial_sum(m_buckets.begin(), m_buckets.end(), m_buckets.begin());
+    std::vector<std::uint32_t> free(m_buckets);
+    m_keys.resize(keys.size());
+    for (const Key& key : keys) {
+        m_keys[free[BucketOf(key.hash)]++] = key;
+    }
+}
+
+void ClipFileIndex::Find(const NameOfClip& clip) {
+    for (std::vector<NamedFile>& found : m_found) {
+        found.clear();
+    }
+    const std::size_t bucket = BucketOf(clip.hash);
+    for (std::size_t i = m_buckets[bucket]; i < m_buckets[bucket + 1]; ++i) {
+        if (m_keys[i].hash == clip.hash) {
+            Match(m_keys[i], clip);
+        }
+    }
+    for (std::vector<NamedFile>& found : m_found) {
+        std::sort(found.begin(), found.end(), ComesBefore);
+        const auto isAlike = [](const NamedFile& left, const NamedFile& right) {
+            return left.folded == right.folded;
+        };
+        found.erase(std::unique(found.begin(), found.end(), isAlike), found.end());
+    }
+}
+
+void ClipFileIndex::Match(const Key& key, const NameOfClip& clip) {
+    const media::ClipFileKind& kind = media::kClipFileKinds[key.kind];
+    const std::string& name = m_folders[key.kind]->Entries()[key.entry].name;
+    NamedFile file{platform::FoldNameCase(name), name, key.entry, !name.starts_with(clip.bytes)};
+    if (ClipIn(file.folded, kind) != clip.folded) {
+        return;
+    }
+    if (!media::ClipNameIn(file.folded, kind).empty()) {
+        const std::string_view suffix = std::string_view(file.folded).substr(clip.folded.size());
+        file.role = kind.role;
+        file.number = platform::ToInt32(suffix.substr(0, kind.digits));
+    }
+    m_found[key.kind].push_back(std::move(file));
 }
 
 NameOfClip::NameOfClip(const CString& clip)
     : bytes(platform::NameBytesFromText(clip.View())), folded(platform::FoldNameCase(bytes)),
       hash(HashOf(folded)) {}
 
-KindFolder& P2ClipFiles::FolderOf(const media::ClipFileKind& kind) {
-    auto& folder = m_folders[static_cast<std::size_t>(&kind - media::kClipFileKinds.data())];
-    if (!folder) {
-        const platform::Place contents = m_tally.Root().Below(media::kContents.BelowDrive());
-        folder.emplace(m_tally.Folder(contents.Below(kind.folder.Path())), kind);
-    }
-    return *folder;
-}
-
 /// What cannot be read promises nothing.
-std::vector<ClipEssence> P2ClipFiles::PromisesOf(platform::TalliedFolder& folder,
-                                                 std::size_t entry) {
+void P2ClipFiles::TellPromises(platform::TalliedFolder& folder, std::size_t entry) {
+    if (m_promises.Tell(folder.OnDisk(entry), m_promised)) {
+        return;
+    }
     const platform::MemoryWatch watch;
     if (folder.Read(entry, std::min(kSmallFile, MaxXmlFileSize()), m_bytes)) {
         if (m_fields.Read(m_bytes)) {
-            return WithIcon(EssenceOf(m_fields.Values()), TellsIcon(m_fields.Values()));
+            AppendPromises(m_fields.Values(), m_promised);
+            return;
         }
         m_document.LoadBytes(m_bytes);
     } else {
         m_document.LoadFile(folder.OnDisk(entry));
     }
     watch.Require();
-    std::vector<ClipEssence> essence;
     if (m_document.LastError().fault == dom::Fault::None) {
-        essence = WithIcon(EssenceOf(m_document), TellsIcon(m_document));
+        m_promised = PromisesOf(m_document);
     }
     m_document.Clear();
-    return essence;
 }
 
 void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
     if (!media::IsPlainName(clip.ClipName)) {
         return;
     }
-    const NameOfClip name(clip.ClipName);
-    const KindFolder& metadata = FolderOf(media::kMetadataFiles);
-    std::vector<ClipEssence> promises;
-    for (const KindFolder::Named& each : metadata.FilesOf(name)) {
-        if (each.role == ClipFileRole::Metadata && promises.empty()) {
-            promises = PromisesOf(metadata.Folder(), each.entry);
+    if (!m_index) {
+        m_index.emplace(m_tally);
+    }
+    m_index->Find(NameOfClip(clip.ClipName));
+    m_promised.clear();
+    for (const NamedFile& each : m_index->FilesOf(media::kMetadataFiles)) {
+        if (each.role == ClipFileRole::Metadata && m_promised.empty()) {
+            TellPromises(m_index->FolderOf(media::kMetadataFiles), each.entry);
         }
     }
-    promises.push_back({&media::kMetadataFiles});
+    m_promised.push_back({&media::kMetadataFiles});
     for (const media::ClipFileKind& kind : media::kClipFileKinds) {
-        AppendKind(clip.ClipName, name, kind, promises, files);
+        AppendKind(clip.ClipName, kind, files);
         if (&kind == &media::kProxyFiles) {
             AppendLostProxy(clip, files);
         }
@@ -152,24 +162,23 @@ void P2ClipFiles::AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& fil
     if (clip.Proxy.ProxyFormat == 0 || isThere) {
         return;
     }
-    const platform::Place& folder = FolderOf(media::kProxyFiles).Folder().Where();
+    const platform::Place& folder = m_index->FolderOf(media::kProxyFiles).Where();
     files.Add({ClipFileRole::Proxy, 0, folder.PathOf(clip.ClipName + extension), 0, 0,
                ClipFileState::Missing});
 }
 
-void P2ClipFiles::AppendKind(const CString& clip, const NameOfClip& name,
-                             const media::ClipFileKind& kind,
-                             const std::vector<ClipEssence>& promises, CArray<ClipFile>& files) {
-    const KindFolder& folder = FolderOf(kind);
+void P2ClipFiles::AppendKind(const CString& clip, const media::ClipFileKind& kind,
+                             CArray<ClipFile>& files) {
+    platform::TalliedFolder& folder = m_index->FolderOf(kind);
     const std::int64_t first = files.GetSize();
-    for (const KindFolder::Named& each : folder.FilesOf(name)) {
+    for (const NamedFile& each : m_index->FilesOf(kind)) {
         platform::FileInfo info;
-        if (folder.Folder().Take(each.entry, info)) {
-            files.Add({each.role, each.number, folder.Folder().PathOf(each.entry), info.size, 0,
+        if (folder.Take(each.entry, info)) {
+            files.Add({each.role, each.number, folder.PathOf(each.entry), info.size, 0,
                        media::StateOf(info.size, 0)});
         }
     }
-    for (const ClipEssence& promise : promises) {
+    for (const ClipEssence& promise : m_promised) {
         if (promise.kind != &kind) {
             continue;
         }
@@ -184,13 +193,18 @@ void P2ClipFiles::AppendKind(const CString& clip, const NameOfClip& name,
             found->state = media::StateOf(found->size, promised);
             continue;
         }
-        const CString missing = media::FileNameOf(kind, clip, promise.number);
-        files.Add({kind.role, number, folder.Folder().Where().PathOf(missing), 0, promised,
+        const CString missing = &kind == &media::kVoiceFiles
+                                    ? VoiceFileOf(clip, promise.number, promise.voiceFormat)
+                                    : media::FileNameOf(kind, clip, promise.number);
+        files.Add({kind.role, number, folder.Where().PathOf(missing), 0, promised,
                    ClipFileState::Missing});
     }
-    std::stable_sort(
-        files.begin() + first, files.end(),
-        [](const ClipFile& left, const ClipFile& right) { return left.number < right.number; });
+    const auto isBefore = [](const ClipFile& left, const ClipFile& right) {
+        return left.number < right.number;
+    };
+    if (!std::is_sorted(files.begin() + first, files.end(), isBefore)) { // which takes no memory
+        std::stable_sort(files.begin() + first, files.end(), isBefore);
+    }
 }
 
 } // namespace nqp2::clips

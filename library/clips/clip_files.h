@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include "clips/clip_content.h"
+#include "clips/clip_promises.h"
+#include "clips/clip_texts.h"
 #include "media/card_layout.h"
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/ClipFileRecords.h"
@@ -18,7 +19,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace nqp2::clips {
@@ -32,30 +32,56 @@ struct NameOfClip {
     std::size_t hash; ///< of the folded one
 };
 
-/// A folder with the files of many clips, by the clips' names.
-class KindFolder {
+/// A file that has a clip's name.
+struct NamedFile {
+    std::string folded;    ///< its name
+    std::string_view name; ///< as it is on the medium
+    std::size_t entry;     ///< of its folder
+    bool isOther;          ///< than the name as the clip's is written
+    ClipFileRole role = ClipFileRole::Other;
+    std::int32_t number = 0;
+};
+
+/// The folders of a card with the files of all its clips, by the clips' names.
+class ClipFileIndex {
 public:
-    KindFolder(platform::TalliedFolder& folder, const media::ClipFileKind& kind);
+    /// Lists each folder once. `tally` must outlive this object.
+    explicit ClipFileIndex(platform::FileTally& tally);
 
-    /// A file that has a clip's name.
-    struct Named {
-        std::size_t entry = 0;
-        ClipFileRole role = ClipFileRole::Other;
-        std::int32_t number = 0;
-    };
-    /// Those of a clip, in the order of their numbers and names. Of names that differ only in
-    /// letter case, which are one on a card, there is the exact one or the first.
-    [[nodiscard]] std::vector<Named> FilesOf(const NameOfClip& clip) const;
+    // The kind is one of media::kClipFileKinds.
 
-    [[nodiscard]] platform::TalliedFolder& Folder() const { return m_folder; }
-    [[nodiscard]] const media::ClipFileKind& Kind() const { return m_kind; }
+    [[nodiscard]] platform::TalliedFolder& FolderOf(const media::ClipFileKind& kind) const {
+        return *m_folders[IndexOf(kind)];
+    }
+    /// Looks for all files of a clip, which FilesOf then tells.
+    void Find(const NameOfClip& clip);
+    /// In the order of their numbers and names. Of names that differ only in letter case, which are
+    /// one on a card, there is the exact one or the first.
+    [[nodiscard]] const std::vector<NamedFile>& FilesOf(const media::ClipFileKind& kind) const {
+        return m_found[IndexOf(kind)];
+    }
 
 private:
-    [[nodiscard]] std::string_view ClipIn(std::string_view foldedName) const;
+    static constexpr std::size_t kKinds = media::kClipFileKinds.size();
+    struct Key {
+        std::size_t hash; ///< of the clip's name
+        std::uint32_t kind;
+        std::uint32_t entry;
+    };
 
-    platform::TalliedFolder& m_folder;
-    const media::ClipFileKind& m_kind;
-    std::vector<std::pair<std::size_t, std::size_t>> m_byClip; ///< hash of the name, entry
+    static std::size_t IndexOf(const media::ClipFileKind& kind) {
+        return static_cast<std::size_t>(&kind - media::kClipFileKinds.data());
+    }
+    [[nodiscard]] std::size_t BucketOf(std::size_t hash) const {
+        return hash & (m_buckets.size() - 2);
+    }
+    void FillBuckets(const std::vector<Key>& keys);
+    void Match(const Key& key, const NameOfClip& clip);
+
+    std::array<platform::TalliedFolder*, kKinds> m_folders;
+    std::vector<std::uint32_t> m_buckets; ///< where each begins in m_keys, and the end of all
+    std::vector<Key> m_keys;
+    std::array<std::vector<NamedFile>, kKinds> m_found;
 };
 
 /// Tells the files of a P2 card's clips.
@@ -65,17 +91,19 @@ public:
     explicit P2ClipFiles(platform::FileTally& tally) : m_tally(tally) {}
 
     void Append(const _tag_P2Clip& clip, CArray<ClipFile>& files);
+    /// What is in there is not read again.
+    [[nodiscard]] ClipPromises& Promises() { return m_promises; }
 
 private:
-    KindFolder& FolderOf(const media::ClipFileKind& kind);
-    std::vector<ClipEssence> PromisesOf(platform::TalliedFolder& folder, std::size_t entry);
-    void AppendKind(const CString& clip, const NameOfClip& name, const media::ClipFileKind& kind,
-                    const std::vector<ClipEssence>& promises, CArray<ClipFile>& files);
+    void TellPromises(platform::TalliedFolder& folder, std::size_t entry);
+    void AppendKind(const CString& clip, const media::ClipFileKind& kind, CArray<ClipFile>& files);
     void AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& files);
 
     platform::FileTally& m_tally;
-    std::array<std::optional<KindFolder>, media::kClipFileKinds.size()> m_folders;
-    dom::FieldReader m_fields{EssenceFields()};
+    ClipPromises m_promises;
+    std::optional<ClipFileIndex> m_index; ///< made for the first clip
+    std::vector<ClipEssence> m_promised;  ///< by the clip that was asked for last
+    dom::FieldReader m_fields{ClipAndFileFields()};
     dom::Document m_document{dom::SelectionRule::Names::Qualified};
     std::string m_bytes;
 };

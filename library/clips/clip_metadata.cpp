@@ -3,6 +3,7 @@
 
 #include "clips/clip_metadata.h"
 
+#include "clips/clip_content.h"
 #include "media/card_layout.h"
 #include "NQP2ParserU/PathText.h"
 #include "platform/place.h"
@@ -15,9 +16,6 @@
 
 namespace nqp2::clips {
 namespace {
-
-/// Of voice recordings whose memos do not tell.
-constexpr const wchar_t* kUsualVoiceFormat = L"WAV";
 
 /// The path of a file of that kind; "" when there is none.
 CString PathOf(const platform::Place& contents, const media::ClipFileKind& kind,
@@ -57,12 +55,9 @@ void MetadataFileReader::FindMemoFiles(const CString& path, ClipMetadata& metada
             memo.picturePath = picture.IsEmpty() ? memo.picturePath : picture;
         }
         if (hints[i].hasVoice && memo.voicePath.IsEmpty()) {
-            const CString format =
-                hints[i].voiceFormat.IsEmpty() ? CString(kUsualVoiceFormat) : hints[i].voiceFormat;
             memo.voicePath =
                 PathOf(contents, media::kVoiceFiles,
-                       media::FileNameOf(media::kVoiceFiles, media::TitleOf(path), voices) + L"." +
-                           format);
+                       VoiceFileOf(media::TitleOf(path), voices, hints[i].voiceFormat));
         }
         voices += hints[i].hasVoice ? 1U : 0U;
     }

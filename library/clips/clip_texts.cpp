@@ -7,7 +7,9 @@
 #include "platform/number_text.h"
 #include "platform/unicode.h"
 
+#include <algorithm>
 #include <functional>
+#include <span>
 
 namespace nqp2::clips {
 namespace {
@@ -27,6 +29,30 @@ std::size_t IndexOf(ClipList list) {
     return static_cast<std::size_t>(list);
 }
 
+/// By AudioCell: values of a clip, of the first channel, where the cells are not asked for.
+constexpr std::array kAudioCells = {ClipPath::AudioStartByteOffset, ClipPath::AudioDataSize};
+
+dom::FieldSet MakeFields(bool withFiles) {
+    std::array<dom::FieldSet::ValuePath, media::kClipPathCount + 1> values;
+    for (std::size_t i = 0; i < media::kClipPathCount; ++i) {
+        const media::ClipPathEntry& entry = media::kClipPaths[i];
+        values[i] = {entry.below, media::AttributeOf(entry.path)};
+    }
+    values[kIconFormat] = {media::kIconFormatPath};
+    std::array<dom::FieldSet::ListPath, media::kClipListCount> lists;
+    for (std::size_t i = 0; i < media::kClipListCount; ++i) {
+        lists[i].below = media::kClipLists[i];
+    }
+    lists[IndexOf(ClipList::Memo)].cells = media::kMemoNames;
+    std::array<std::string_view, kAudioCells.size()> cells;
+    std::transform(kAudioCells.begin(), kAudioCells.end(), cells.begin(), media::InAudio);
+    if (withFiles) {
+        lists[IndexOf(ClipList::Audio)].cells = cells;
+    }
+    const std::span all(values);
+    return {media::kClipContentPath, withFiles ? all : all.first(media::kClipPathCount), lists};
+}
+
 } // namespace
 
 CString TextPool::TextOf(std::string_view utf8) {
@@ -42,19 +68,12 @@ CString TextPool::TextOf(std::string_view utf8) {
 }
 
 const dom::FieldSet& ClipFields() {
-    static const dom::FieldSet fields = [] {
-        std::array<dom::FieldSet::ValuePath, media::kClipPathCount> values;
-        for (std::size_t i = 0; i < media::kClipPathCount; ++i) {
-            const media::ClipPathEntry& entry = media::kClipPaths[i];
-            values[i] = {entry.below, media::AttributeOf(entry.path)};
-        }
-        std::array<dom::FieldSet::ListPath, media::kClipListCount> lists;
-        for (std::size_t i = 0; i < media::kClipListCount; ++i) {
-            lists[i].below = media::kClipLists[i];
-        }
-        lists[IndexOf(ClipList::Memo)].cells = media::kMemoNames;
-        return dom::FieldSet(media::kClipContentPath, values, lists);
-    }();
+    static const dom::FieldSet fields = MakeFields(false);
+    return fields;
+}
+
+const dom::FieldSet& ClipAndFileFields() {
+    static const dom::FieldSet fields = MakeFields(true);
     return fields;
 }
 
@@ -82,6 +101,23 @@ bool ClipTexts::HasContent() const {
 
 bool ClipTexts::Has(ClipPath path) const {
     return m_tree ? m_tree->Find(path) != nullptr : Field(path).isThere;
+}
+
+const dom::FieldValues::Value&
+ClipTexts::FirstOfChannels(ClipPath path, const dom::FieldValues::Value& otherwise) const {
+    const auto cell = std::find(kAudioCells.begin(), kAudioCells.end(), path);
+    if (cell == kAudioCells.end()) {
+        return otherwise;
+    }
+    const std::vector<dom::FieldValues::Value>& cells =
+        m_fields->lists[IndexOf(ClipList::Audio)].cells;
+    for (auto i = static_cast<std::size_t>(cell - kAudioCells.begin()); i < cells.size();
+         i += kAudioCells.size()) {
+        if (cells[i].isThere) {
+            return cells[i];
+        }
+    }
+    return otherwise;
 }
 
 std::string_view ClipTexts::Utf8(ClipPath path, std::string& scratch) const {

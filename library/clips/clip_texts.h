@@ -42,6 +42,11 @@ private:
 
 /// What is read of a clip file: for a dom::FieldReader, which reads many of them.
 const dom::FieldSet& ClipFields();
+/// The same, and what tells which files the clip has: the cells of AudioCell of each channel, and
+/// behind the values of ClipPath that of kIconFormat.
+const dom::FieldSet& ClipAndFileFields();
+enum class AudioCell { StartByteOffset, DataSize, Count };
+inline constexpr std::size_t kIconFormat = media::kClipPathCount;
 
 /// The values of one clip file, from its tree or as they were read without one. They are the same:
 /// see xml::DocumentValues for those of a tree. More text than a file of this size may give throws
@@ -50,7 +55,7 @@ class ClipTexts {
 public:
     /// `document` must stay unchanged and both must outlive this object.
     ClipTexts(const dom::Document& document, TextPool& pool);
-    /// Of the set ClipFields().
+    /// Of one of the sets above.
     ClipTexts(const dom::FieldValues& fields, TextPool& pool);
     ClipTexts(const ClipTexts&) = delete;
     ClipTexts& operator=(const ClipTexts&) = delete;
@@ -95,8 +100,12 @@ private:
     /// The same, counted as taken from the document.
     [[nodiscard]] std::string_view Spent(ClipPath path, std::string& scratch) const;
     [[nodiscard]] const dom::FieldValues::Value& Field(ClipPath path) const {
-        return m_fields->values[static_cast<std::size_t>(path)];
+        const dom::FieldValues::Value& value = m_fields->values[static_cast<std::size_t>(path)];
+        return value.isThere ? value : FirstOfChannels(path, value);
     }
+    /// Of the first channel that has it, where it is read of each; else what is given.
+    [[nodiscard]] const dom::FieldValues::Value&
+    FirstOfChannels(ClipPath path, const dom::FieldValues::Value& otherwise) const;
 
     TextPool& m_pool;
     std::optional<InTree> m_tree; ///< or

@@ -43,16 +43,9 @@ const dom::FieldSet& Members() {
     return fields;
 }
 
-bool IsBlank(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char ch) { return dom::quick::Is(ch, dom::quick::kBlank); });
-}
-
-/// A text that is there already, of the document before, costs nothing.
-void Assign(const CString& text, CString& to) {
-    if (text.GetString() != to.GetString()) {
-        to = text;
-    }
+/// About what a text takes.
+std::size_t SizeOf(std::string_view text) {
+    return kTextBytes + text.size() * sizeof(wchar_t);
 }
 
 bool IsField(const TextPlace* place, Role role) {
@@ -72,12 +65,15 @@ void MetadataEvents::FillIn(ClipMetadata& metadata) {
 
 void MetadataEvents::Finish() {
     m_metadata->others.SetSize(m_texts);
+    for (std::size_t i = 0; i < m_told.size(); ++i) {
+        if (!m_told[i]) {
+            media::MetadataPaths()[i].member(*m_metadata).Empty();
+        }
+    }
 }
 
 void MetadataEvents::Begin(std::uint64_t bytes) {
-    for (const media::MetadataPath& each : media::MetadataPaths()) {
-        each.member(*m_metadata).Empty();
-    }
+    m_told.assign(media::MetadataPaths().size(), false);
     m_metadata->memos.RemoveAll();
     m_metadata->tracks.RemoveAll();
     m_metadata->isCut = false;
@@ -152,18 +148,19 @@ TextPlace* MetadataEvents::NextPlace(std::string_view name, bool isAttribute) {
         return nullptr;
     }
     TextPlace& place = m_places.Next(Innermost(), name, isAttribute);
-    return Spend(m_places.Bytes() - std::exchange(m_placeBytes, m_places.Bytes())) ? &place
-                                                                                   : nullptr;
+    return SpendPlaces() ? &place : nullptr;
+}
+
+/// What has come to them.
+bool MetadataEvents::SpendPlaces() {
+    const std::size_t before = std::exchange(m_placeBytes, m_places.Bytes());
+    return before == m_placeBytes || Spend(m_placeBytes - before);
 }
 
 bool MetadataEvents::Spend(std::size_t bytes) {
     m_metadata->isCut = m_metadata->isCut || bytes > m_budget;
     m_budget -= std::min(bytes, m_budget);
     return !m_metadata->isCut;
-}
-
-bool MetadataEvents::SpendText(std::string_view text) {
-    return Spend(kTextBytes + text.size() * sizeof(wchar_t));
 }
 
 void MetadataEvents::BeginMemo() {
@@ -176,7 +173,7 @@ void MetadataEvents::BeginMemo() {
 /// A stretch of text beside elements; blanks there only lay the document out.
 void MetadataEvents::TakeStretch() {
     const std::string_view text = std::exchange(m_run, {});
-    if (m_beyond == 0 && !m_open.empty() && !IsBlank(text)) {
+    if (m_beyond == 0 && !m_open.empty() && !dom::quick::IsBlank(text)) {
         Keep(*m_open.back().place, text);
     }
 }
@@ -185,8 +182,10 @@ void MetadataEvents::TakeLeaf(const Opened& element) {
     const std::string_view text = std::exchange(m_run, {});
     TextPlace& place = *element.place;
     if (IsField(&place, Role::Value)) {
-        if (SpendText(text)) {
-            media::MetadataPaths()[place.field->index].member(*m_metadata) = place.TextOf(text);
+        if (Spend(SizeOf(text))) {
+            const std::size_t index = place.field->index;
+            place.Put(text, media::MetadataPaths()[index].member(*m_metadata));
+            m_told[index] = true;
         }
     } else if (IsField(place.parent, Role::List) && !m_hints.empty()) {
         TakeMemoText(place, text);
@@ -198,7 +197,10 @@ void MetadataEvents::TakeLeaf(const Opened& element) {
 void MetadataEvents::TakeMemoText(TextPlace& place, std::string_view text) {
     MemoMetadata& memo = m_metadata->memos[m_metadata->memos.GetUpperBound()];
     MemoHints& hints = m_hints.back();
-    const CString value = SpendText(text) ? place.TextOf(text) : CString();
+    CString value;
+    if (Spend(SizeOf(text))) {
+        place.Put(text, value);
+    }
     switch (IsField(&place, Role::Cell) ? static_cast<MemoName>(place.field->index)
                                         : MemoName::Count) {
     case MemoName::Offset:
@@ -229,14 +231,12 @@ void MetadataEvents::TakeMemoText(TextPlace& place, std::string_view text) {
 }
 
 void MetadataEvents::Keep(TextPlace& place, std::string_view text) {
-    const bool isRoom =
-        m_texts < kMostTexts && Spend(sizeof(MetadataText) * kGrowth) && SpendText(text);
-    if (!isRoom) {
+    if (m_texts == kMostTexts || !Spend(sizeof(MetadataText) * kGrowth + SizeOf(text))) {
         m_metadata->isCut = true;
         return;
     }
     const CString& path = m_places.PathOf(place);
-    if (!Spend(m_places.Bytes() - std::exchange(m_placeBytes, m_places.Bytes()))) {
+    if (!SpendPlaces()) {
         return;
     }
     if (m_texts == m_metadata->others.GetSize()) {
@@ -244,7 +244,7 @@ void MetadataEvents::Keep(TextPlace& place, std::string_view text) {
     }
     MetadataText& kept = m_metadata->others[m_texts++];
     Assign(path, kept.path);
-    Assign(place.TextOf(text), kept.text);
+    place.Put(text, kept.text);
 }
 
 } // namespace nqp2::clips

@@ -54,7 +54,7 @@ private:
     }
     TextPlace* NextPlace(std::string_view name, bool isAttribute);
     bool Spend(std::size_t bytes);
-    bool SpendText(std::string_view text);
+    bool SpendPlaces();
     void BeginMemo();
     void TakeStretch();
     void TakeLeaf(const Opened& element);
@@ -64,6 +64,7 @@ private:
     TextPlaces m_places;
     ClipMetadata* m_metadata = nullptr;
     std::vector<MemoHints> m_hints;
+    std::vector<bool> m_told; ///< members, by index
     std::int64_t m_texts = 0; ///< in the list of others
     std::vector<Opened> m_open;
     std::size_t m_beyond = 0; ///< open elements of what is no longer kept

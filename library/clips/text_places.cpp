@@ -17,19 +17,42 @@ constexpr std::size_t kMostKeptBytes = std::size_t{1} << 20U;
 /// Of a kind beside its name: itself, and its entry among those that were found.
 constexpr std::size_t kKindBytes = sizeof(TextPlace::Kind) + 64;
 
-constexpr std::size_t kLongestShared = 32;
+/// Of a text whose memory is used again: what was long may have left much of it.
+constexpr int kLongestReused = 64;
+
+void Overwrite(CString& to, std::string_view utf8) {
+    if (to.GetLength() > kLongestReused) {
+        to.Empty();
+    }
+    platform::SetTextFromUtf8(to, utf8);
+}
 
 } // namespace
 
-CString TextPlace::TextOf(std::string_view utf8) {
-    if (utf8.size() > kLongestShared) {
-        return platform::TextFromUtf8(utf8);
+void Assign(const CString& text, CString& to) {
+    if (text.GetString() != to.GetString()) {
+        to = text;
     }
-    if (m_bytes != utf8) {
-        m_text = platform::TextFromUtf8(utf8);
-        m_bytes = utf8;
+}
+
+void TextPlace::Put(std::string_view utf8, CString& to) {
+    if (utf8.size() > kLongestShared || utf8.empty()) {
+        to = platform::TextFromUtf8(utf8);
+        return;
     }
-    return m_text;
+    const bool isRepeated = LastBytes() == utf8;
+    if (isRepeated && m_isShared) {
+        Assign(m_text, to);
+        return;
+    }
+    m_text.Empty(); // it may be what is overwritten
+    Overwrite(to, utf8);
+    if (isRepeated) {
+        m_text = to;
+    } else {
+        m_lastSize = utf8.copy(m_last.data(), m_last.size());
+    }
+    m_isShared = isRepeated;
 }
 
 std::size_t TextPlaces::Hash::operator()(const Key& key) const {
@@ -111,7 +134,7 @@ const dom::FieldSet::Name* TextPlaces::FieldOf(const TextPlace::Kind& kind, cons
 }
 
 const CString& TextPlaces::PathOf(TextPlace& place) {
-    if (place.path.IsEmpty()) {
+    if (!place.hasPath) {
         std::vector<const TextPlace*> way;
         for (const TextPlace* each = &place; each != nullptr; each = each->parent) {
             way.push_back(each);
@@ -126,6 +149,7 @@ const CString& TextPlaces::PathOf(TextPlace& place) {
             }
         }
         place.path = platform::TextFromUtf8(m_scratch);
+        place.hasPath = true;
         m_bytes += kTextBytes + m_scratch.size() * sizeof(wchar_t);
     }
     return place.path;

@@ -6,6 +6,7 @@
 #include "NQP2ParserU/CString.h"
 #include "xml/dom/field_set.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -17,6 +18,9 @@ namespace nqp2::clips {
 
 /// About what a text takes beside its characters.
 inline constexpr std::size_t kTextBytes = 32;
+
+/// A text that is there already, of the document before, costs nothing.
+void Assign(const CString& text, CString& to);
 
 /// An element or attribute, told from its like in other places.
 struct TextPlace {
@@ -31,15 +35,22 @@ struct TextPlace {
     /// What it is in the set of fields; null when it is nothing there.
     const dom::FieldSet::Name* field;
     CString path; ///< made when first asked for
+    bool hasPath = false;
     TextPlace* nextOfKind = nullptr;
     TextPlace* follower = nullptr; ///< the place that came next in the document before
 
-    /// The text of the UTF-8 bytes. What a place has from document to document is in memory once.
-    CString TextOf(std::string_view utf8);
+    /// The text of the UTF-8 bytes. What a place has from document to document is in memory once,
+    /// what changes goes where the text before was.
+    void Put(std::string_view utf8, CString& to);
 
 private:
-    std::string m_bytes; ///< of the text that it had last
-    CString m_text;
+    static constexpr std::size_t kLongestShared = 32;
+    [[nodiscard]] std::string_view LastBytes() const { return {m_last.data(), m_lastSize}; }
+
+    std::array<char, kLongestShared> m_last{}; ///< of the text that it had last,
+    std::size_t m_lastSize = 0;
+    bool m_isShared = false; ///< it has come twice,
+    CString m_text;          ///< and is this one
 };
 
 /// The places of the texts in documents of one kind, with their paths. They are remembered from

@@ -47,6 +47,10 @@ ClipFileReader::ClipFileReader(const CString& root) noexcept
 
 ClipFileReader::~ClipFileReader() = default;
 
+clips::ClipPromises* ClipFileReader::Promises() noexcept {
+    return m_state != nullptr ? &m_state->p2.Promises() : nullptr;
+}
+
 bool ClipFileReader::Read(const _tag_P2Clip& clip, CArray<ClipFile>& files) noexcept {
     files.RemoveAll();
     const bool isRead = platform::Guarded(false, [&] {

@@ -8,6 +8,7 @@
 #include "clips/free_name.h"
 #include "media/card_layout.h"
 #include "media/card_status.h"
+#include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "platform/guard.h"
 
@@ -28,14 +29,16 @@ clips::CardReader& ReaderIn(CMarkupMSXML& markup) {
 
 __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int keepDigit) noexcept {
     return Guarded(kCannotRead, [&] {
-        return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, nullptr);
+        return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, nullptr, nullptr);
     });
 }
 
 __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int keepDigit,
                                 nqp2::ScanReport& report) noexcept {
     return Guarded(kCannotRead, [&] {
-        return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, &report);
+        clips::ClipPromises* const promises =
+            report.files != nullptr ? report.files->Promises() : nullptr;
+        return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, &report, promises);
     });
 }
 

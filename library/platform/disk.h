@@ -6,6 +6,8 @@
 #include "platform/descriptor.h"
 #include "platform/folder.h"
 
+#include <array>
+#include <ctime>
 #include <memory>
 
 /// What the sources of the disk's file system have in common. "At" reads by names in an open folder
@@ -62,6 +64,8 @@ public:
     [[nodiscard]] int Get() const { return m_folder.Get(); }
     /// Brings changed names onto the medium.
     IoStatus Flush() const;
+    /// Brings all of its file system onto the medium.
+    IoStatus FlushAll() const;
 
     /// Keeps out all others that ask the same.
     IoStatus LockAlone(std::chrono::milliseconds patience);
@@ -84,11 +88,22 @@ using FolderPtr = std::shared_ptr<FolderHandle>;
 IoStatus OpenDiskFolder(const std::string& path, std::size_t maxEntries,
                         std::unique_ptr<Folder>& folder);
 
+/// For utimensat: the time of change of another file, with the time of reading left alone.
+std::array<timespec, 2> TimesOf(const FileInfo& source);
+
+/// Whether a new name is brought onto the medium at once.
+enum class NamesFlushed { Now, Later };
+
+/// What an open file or folder lies on.
+IoStatus MediumOf(int file, MediumFacts& facts);
+
 // Folder's writing operations on the disk. Names are those of entries.
 IoStatus WriteWholeIn(const FolderPtr& folder, const std::string& name, std::string_view content);
 IoStatus CreateIn(const FolderPtr& folder, const std::string& name,
                   std::unique_ptr<FileWriter>& writer);
-IoStatus MoveToFreeIn(const FolderPtr& folder, const std::string& from, const std::string& to);
+IoStatus MoveToFreeIn(const FolderPtr& folder, const std::string& from, const std::string& to,
+                      NamesFlushed flushed = NamesFlushed::Now);
+IoStatus IsCaseBlindIn(const FolderPtr& folder, bool& isBlind);
 IoStatus LockNameIn(const FolderPtr& folder, const std::string& name,
                     std::chrono::milliseconds patience, std::unique_ptr<NameLock>& lock);
 

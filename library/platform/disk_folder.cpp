@@ -81,18 +81,23 @@ public:
     }
 
     IoStatus MakeFolder(const std::string& name) override {
-        constexpr mode_t kBeforeUmask = 0777;
-        if (!IsEntryName(name)) {
-            return BadName();
+        IoStatus status = MakeUnflushed(name);
+        if (!status) {
+            return status;
         }
-        if (mkdirat(Get(), name.c_str(), kBeforeUmask) != 0) {
-            return SystemStatus(errno);
-        }
-        IoStatus status = m_handle->Flush();
+        status = m_handle->Flush();
         if (!status) {
             unlinkat(Get(), name.c_str(), AT_REMOVEDIR);
         }
         return status;
+    }
+
+    IoStatus MakeUnflushed(const std::string& name) override {
+        constexpr mode_t kBeforeUmask = 0777;
+        if (!IsEntryName(name)) {
+            return BadName();
+        }
+        return mkdirat(Get(), name.c_str(), kBeforeUmask) == 0 ? IoStatus{} : SystemStatus(errno);
     }
 
     IoStatus RemoveFolder(const std::string& name) override {
@@ -121,9 +126,11 @@ public:
     }
 
     IoStatus Read(const std::string& name, std::uint64_t limit, std::string& content) override {
-        content.clear();
-        return IsEntryName(name) ? ReadAt(Get(), name.c_str(), Links::Refuse, limit, content)
-                                 : BadName();
+        if (!IsEntryName(name)) {
+            content.clear();
+            return BadName();
+        }
+        return ReadAt(Get(), name.c_str(), Links::Refuse, limit, content);
     }
 
     IoStatus WriteWhole(const std::string& name, std::string_view content) override {
@@ -178,6 +185,23 @@ public:
         return status;
     }
 
+    IoStatus Flush() override { return m_handle->Flush(); }
+    IoStatus FlushAll() override { return m_handle->FlushAll(); }
+
+    IoStatus KeepTime(const std::string& name, const FileInfo& source) override {
+        if (!name.empty() && !IsEntryName(name)) {
+            return BadName();
+        }
+        const char* const entry = name.empty() ? "." : name.c_str();
+        const std::array<timespec, 2> times = TimesOf(source);
+        return utimensat(Get(), entry, times.data(), AT_SYMLINK_NOFOLLOW) == 0
+                   ? IoStatus{}
+                   : SystemStatus(errno);
+    }
+
+    IoStatus Medium(MediumFacts& facts) override { return MediumOf(Get(), facts); }
+    IoStatus IsCaseBlind(bool& isBlind) override { return IsCaseBlindIn(m_handle, isBlind); }
+
     IoStatus UsableSpace(std::uint64_t& bytes) override {
         struct statvfs facts = {};
         if (fstatvfs(Get(), &facts) != 0) {
@@ -210,6 +234,10 @@ private:
 
 IoStatus FolderHandle::Flush() const {
     return m_isReadable ? FlushToMedium(m_folder.Get()) : IoStatus{};
+}
+
+IoStatus FolderHandle::FlushAll() const {
+    return syncfs(m_folder.Get()) == 0 ? IoStatus{} : SystemStatus(errno);
 }
 
 IoStatus FolderHandle::LockAlone(milliseconds patience) {

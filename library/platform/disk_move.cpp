@@ -130,9 +130,10 @@ IoStatus LockNameIn(const FolderPtr& folder, const std::string& name,
     return {IoError::Busy, "somebody else is using it"};
 }
 
-IoStatus MoveToFreeIn(const FolderPtr& folder, const std::string& from, const std::string& to) {
+IoStatus MoveToFreeIn(const FolderPtr& folder, const std::string& from, const std::string& to,
+                      NamesFlushed flushed) {
     IoStatus status = MoveReplacingNothing(folder, from.c_str(), to.c_str());
-    if (!status) {
+    if (!status || flushed == NamesFlushed::Later) {
         return status;
     }
     status = folder->Flush();

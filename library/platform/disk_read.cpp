@@ -27,6 +27,30 @@ EntryKind KindOfMode(mode_t mode) {
     return S_ISDIR(mode) ? EntryKind::Folder : EntryKind::Other;
 }
 
+std::time_t CreationTime(const struct statx& facts) {
+    if ((facts.stx_mask & STATX_BTIME) != 0 && facts.stx_btime.tv_sec != 0) {
+        return facts.stx_btime.tv_sec;
+    }
+    return std::min(facts.stx_mtime.tv_sec, facts.stx_ctime.tv_sec);
+}
+
+IoStatus StatWith(int folder, const char* path, int flags, FileInfo& info) {
+    struct statx facts = {};
+    if (statx(folder, path, flags, STATX_BASIC_STATS | STATX_BTIME, &facts) != 0) {
+        return SystemStatus(errno);
+    }
+    info.kind = KindOfMode(facts.stx_mode);
+    info.size = facts.stx_size;
+    info.modified = facts.stx_mtime.tv_sec;
+    info.modifiedNanoseconds = facts.stx_mtime.tv_nsec;
+    info.created = CreationTime(facts);
+    info.device = makedev(facts.stx_dev_major, facts.stx_dev_minor);
+    info.inode = facts.stx_ino;
+    info.changed = facts.stx_ctime.tv_sec;
+    info.changedNanoseconds = facts.stx_ctime.tv_nsec;
+    return {};
+}
+
 IoStatus LargerThan(std::uint64_t limit) {
     return {IoError::TooLarge, "larger than " + std::to_string(limit) + " bytes"};
 }
@@ -120,14 +144,50 @@ IoStatus ReadWithin(int folder, const char* path, Links links, std::uint64_t lim
 class DiskFileReader final : public FileReader {
 public:
     DiskFileReader(Descriptor file, std::uint64_t size) : m_file(std::move(file)), m_size(size) {}
+    DiskFileReader(const DiskFileReader&) = delete;
+    DiskFileReader& operator=(const DiskFileReader&) = delete;
+    ~DiskFileReader() override {
+        if (m_isAround) {
+            LetGo(0);
+        }
+    }
     [[nodiscard]] std::uint64_t Size() const override { return m_size; }
     IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) override {
-        return ReadSome(m_file.Get(), buffer, capacity, count);
+        constexpr std::uint64_t kPiece = 8U << 20U; // far behind the system's reading ahead
+        IoStatus status = ReadSome(m_file.Get(), buffer, capacity, count);
+        m_position += count;
+        if (m_isAround && m_position >= m_letGo + kPiece) {
+            LetGo(m_position - m_letGo);
+            m_letGo = m_position;
+        }
+        return status;
+    }
+    IoStatus Stat(FileInfo& info) override {
+        return StatWith(m_file.Get(), "", AT_EMPTY_PATH, info);
+    }
+    void ReadAround() override {
+        // What another program has only just written is let go of no sooner than it is written.
+        constexpr unsigned kWritten =
+            SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER;
+        static_cast<void>(sync_file_range(m_file.Get(), 0, 0, kWritten));
+        LetGo(0);
+        static_cast<void>(posix_fadvise(m_file.Get(), 0, 0, POSIX_FADV_SEQUENTIAL));
+        m_isAround = true;
     }
 
 private:
+    /// Of that many bytes from where it ended last; 0: of the whole file.
+    void LetGo(std::uint64_t count) const {
+        const std::uint64_t from = count == 0 ? 0 : m_letGo;
+        static_cast<void>(posix_fadvise(m_file.Get(), static_cast<off_t>(from),
+                                        static_cast<off_t>(count), POSIX_FADV_DONTNEED));
+    }
+
     Descriptor m_file;
     std::uint64_t m_size;
+    std::uint64_t m_position = 0;
+    std::uint64_t m_letGo = 0; ///< bytes from the beginning
+    bool m_isAround = false;
 };
 
 struct FolderCloser {
@@ -155,13 +215,6 @@ EntryKind KindOfEntry(const dirent& entry, int folder, Links links) {
     }
 }
 
-std::time_t CreationTime(const struct statx& facts) {
-    if ((facts.stx_mask & STATX_BTIME) != 0 && facts.stx_btime.tv_sec != 0) {
-        return facts.stx_btime.tv_sec;
-    }
-    return std::min(facts.stx_mtime.tv_sec, facts.stx_ctime.tv_sec);
-}
-
 } // namespace
 
 IoStatus LinkStatus() {
@@ -183,20 +236,7 @@ IoStatus RegularStatus(EntryKind kind) {
 }
 
 IoStatus StatAt(int folder, const char* path, Links links, FileInfo& info) {
-    struct statx facts = {};
-    if (statx(folder, path, StatFlags(links), STATX_BASIC_STATS | STATX_BTIME, &facts) != 0) {
-        return SystemStatus(errno);
-    }
-    info.kind = KindOfMode(facts.stx_mode);
-    info.size = facts.stx_size;
-    info.modified = facts.stx_mtime.tv_sec;
-    info.modifiedNanoseconds = facts.stx_mtime.tv_nsec;
-    info.created = CreationTime(facts);
-    info.device = makedev(facts.stx_dev_major, facts.stx_dev_minor);
-    info.inode = facts.stx_ino;
-    info.changed = facts.stx_ctime.tv_sec;
-    info.changedNanoseconds = facts.stx_ctime.tv_nsec;
-    return {};
+    return StatWith(folder, path, StatFlags(links), info);
 }
 
 IoStatus OpenAt(int folder, const char* path, Links links, std::unique_ptr<FileReader>& reader) {

@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <iterator>
+#include <limits>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -37,9 +38,14 @@ bool IsLeftoverName(std::string_view name) {
 }
 
 bool FitsFileSizeLimit(std::uint64_t end) {
+    return end <= MostFileSize();
+}
+
+std::uint64_t MostFileSize() {
     struct rlimit limit = {};
-    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
-           end <= limit.rlim_cur;
+    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY
+               ? std::numeric_limits<std::uint64_t>::max()
+               : limit.rlim_cur;
 }
 
 bool HasName(int file, int folder, const char* name) {

@@ -28,6 +28,8 @@ bool IsLeftoverName(std::string_view name);
 /// not just refuse: it would send a signal that ends the host. To be asked before each step that
 /// makes a file longer.
 bool FitsFileSizeLimit(std::uint64_t end);
+/// That limit; the largest number without one.
+std::uint64_t MostFileSize();
 
 /// Whether an open file still has that name in the folder (it was not removed or replaced).
 bool HasName(int file, int folder, const char* name);

@@ -50,6 +50,11 @@ public:
     [[nodiscard]] virtual std::uint64_t Size() const = 0;
     /// Reads up to `capacity` bytes; `count` is 0 at the end of the file.
     virtual IoStatus Read(char* buffer, std::size_t capacity, std::size_t& count) = 0;
+    /// What the open file is like now.
+    virtual IoStatus Stat(FileInfo& info) = 0;
+    /// From now on bytes come from the medium where there is one: the system's copy of the file is
+    /// let go of, and that of what is read does not stay.
+    virtual void ReadAround() = 0;
 };
 
 /// A file in the making, under a hidden name in the folder of its future place. It is taken away
@@ -68,6 +73,8 @@ public:
     /// Brings the file onto the medium and lets go of the system's copy, so that what is read next
     /// comes from the medium where there is one.
     virtual IoStatus Flush() = 0;
+    /// Lets go of the system's copy of what Folder::FlushAll has flushed.
+    virtual void LetGo() = 0;
     /// Reads up to `capacity` bytes; `count` is 0 at the end of the file.
     virtual IoStatus ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,
                             std::size_t& count) = 0;
@@ -79,6 +86,8 @@ public:
     virtual IoStatus Commit() = 0;
     /// The same with another name in the same folder.
     virtual IoStatus CommitAs(const std::string& name) = 0;
+    /// As Commit; the name reaches the medium by Folder::Flush or FlushAll.
+    virtual IoStatus CommitUnflushed() = 0;
 };
 
 class Folder;

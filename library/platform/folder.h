@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/file_system.h"
+#include "platform/medium.h"
 
 #include <chrono>
 #include <memory>
@@ -41,6 +42,8 @@ public:
     /// Makes a folder and brings its name onto the medium; none is left after a failure. Exists
     /// when the name is taken.
     virtual IoStatus MakeFolder(const std::string& name) = 0;
+    /// The same; the name reaches the medium by Flush or FlushAll.
+    virtual IoStatus MakeUnflushed(const std::string& name) = 0;
     /// Removes a folder that is empty, flushed.
     virtual IoStatus RemoveFolder(const std::string& name) = 0;
 
@@ -73,8 +76,18 @@ public:
     /// process or another, stay.
     virtual IoStatus RemoveAbandoned() = 0;
 
+    /// Brings the names in the folder onto the medium.
+    virtual IoStatus Flush() = 0;
+    /// Brings all files and names of the folder's file system onto the medium.
+    virtual IoStatus FlushAll() = 0;
+    /// Gives an entry, or with "" the folder itself, the time of change of another; a link's own.
+    virtual IoStatus KeepTime(const std::string& name, const FileInfo& source) = 0;
+
     /// Free bytes of the folder's medium that an ordinary user may fill.
     virtual IoStatus UsableSpace(std::uint64_t& bytes) = 0;
+    virtual IoStatus Medium(MediumFacts& facts) = 0;
+    /// Whether names that differ in letter case alone are one name here: tried by a hidden file.
+    virtual IoStatus IsCaseBlind(bool& isBlind) = 0;
 
     /// Keeps others that lock the same folder out as long as this object lives, so that what one of
     /// them reads and writes back is not lost to another. Waits that long, then Busy. Binds only

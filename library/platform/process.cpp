@@ -5,9 +5,11 @@
 
 #include "NQP2ParserU/ProgramFolder.h"
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -28,6 +30,18 @@ std::int32_t ProcessNumber() {
         return pthread_atfork(nullptr, nullptr, ReadNumber) == 0;
     }();
     return isKept ? ownNumber.load(std::memory_order_relaxed) : getpid();
+}
+
+std::size_t AllowOpenFiles(std::size_t wanted) {
+    struct rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
+        return 0;
+    }
+    if (limit.rlim_cur < wanted) {
+        struct rlimit more = {std::min<rlim_t>(wanted, limit.rlim_max), limit.rlim_max};
+        limit = setrlimit(RLIMIT_NOFILE, &more) == 0 ? more : limit;
+    }
+    return static_cast<std::size_t>(std::min<rlim_t>(limit.rlim_cur, wanted));
 }
 
 } // namespace nqp2::platform

@@ -3,12 +3,17 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace nqp2::platform {
 
 /// The number of this process, in a child that it forked the child's own. Asks the system once.
 std::int32_t ProcessNumber();
+
+/// Lets this process have that many files open, or as many as its user may allow it; returns how
+/// many that are.
+std::size_t AllowOpenFiles(std::size_t wanted);
 
 /// Remembers the process that made it. What several processes of one fork hold, its maker ends:
 /// the others have none of its threads, and share its sockets.

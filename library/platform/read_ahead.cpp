@@ -174,11 +174,12 @@ private:
         while (Claimable(lock)) {
             const std::size_t index = m_claimed++;
             Slot& slot = m_slots[index % kWindow];
+            const bool isAsked = m_pace.IsInDoubt();
             lock.unlock();
-            const std::int64_t waits = WaitsOfThread(); // but those for room
+            const std::int64_t waits = isAsked ? WaitsOfThread() : 0; // but those for room
             const ReadWatch watch;
             const bool isRead = TryReadFile(m_requests[index], slot.file);
-            const bool isSlow = watch.IsSlow() && WaitsOfThread() != waits;
+            const bool isSlow = watch.IsSlow() && (!isAsked || WaitsOfThread() != waits);
             lock.lock();
             slot.fellShort = !isRead || slot.file.status.error == IoError::Other;
             slot.filled = true;

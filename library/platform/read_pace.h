@@ -21,6 +21,8 @@ public:
     [[nodiscard]] bool IsSlow() const { return std::popcount(m_slowReads) >= 4; }
     /// So few that it pays no longer.
     [[nodiscard]] bool IsQuick() const { return std::popcount(m_slowReads) <= 1; }
+    /// So few that it may be a quick one on a busy machine, which stretches some reads, not most.
+    [[nodiscard]] bool IsInDoubt() const { return std::popcount(m_slowReads) < 32; }
 
 private:
     std::uint64_t m_slowReads; ///< one bit each, the last read lowest

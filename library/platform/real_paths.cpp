@@ -22,6 +22,8 @@ namespace {
 
 /// Whoever asks for more files of a folder lists one of them after the other: it is read once.
 constexpr int kFewFiles = 16;
+/// The same of one who has done so with another folder.
+constexpr int kFewFilesOfMany = 2;
 
 bool IsPlainName(std::wstring_view name) {
     return !name.empty() && std::none_of(name.begin(), name.end(),
@@ -48,11 +50,13 @@ struct RealPaths::Cache {
 
         platform::Place place;
         int questions = 0;
+        bool isRead = false;
         std::string asked;           ///< PosixPath's answer with a separator at its end, or "",
         bool isAsAsked = false;      ///< and whether it leads there
         platform::SortedNames names; ///< of a folder of which much is asked
     };
     std::map<std::wstring, Folder, std::less<>> folders;
+    int few = kFewFiles;
 
     /// A folder, its place from the one above it: each folder on the way is listed once.
     Folder& FolderOf(std::wstring_view folder) {
@@ -77,10 +81,12 @@ struct RealPaths::Cache {
             return std::nullopt;
         }
         Folder& folder = FolderOf(path.substr(0, start));
-        if (folder.questions < kFewFiles) {
-            if (++folder.questions < kFewFiles) {
+        if (!folder.isRead) {
+            if (++folder.questions < few) {
                 return std::nullopt;
             }
+            few = kFewFilesOfMany;
+            folder.isRead = true;
             Look(folder, path.substr(0, start));
         }
         return AmongNames(folder, platform::NameBytesFromText(name));

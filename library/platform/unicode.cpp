@@ -159,11 +159,15 @@ int CheckedLength(std::size_t length) {
     return static_cast<int>(length);
 }
 
-CString TextFromAscii(std::string_view bytes) {
-    CString text;
+void SetAscii(CString& text, std::string_view bytes) {
     const int length = CheckedLength(bytes.size());
     std::copy(bytes.begin(), bytes.end(), text.GetBuffer(length));
     text.ReleaseBuffer(length);
+}
+
+CString TextFromAscii(std::string_view bytes) {
+    CString text;
+    SetAscii(text, bytes);
     return text;
 }
 
@@ -241,6 +245,11 @@ void AppendUtf16(std::u16string& units, wchar_t element) {
 
 } // namespace
 
+Utf8Character FirstCharacter(std::string_view utf8) {
+    const std::size_t length = SequenceLength(utf8, Flavour::Name);
+    return length > 0 ? Utf8Character{DecodedSequence(utf8, length), length} : Utf8Character{};
+}
+
 std::string Utf8FromText(std::wstring_view text) {
     return BytesFromText(text, Flavour::Content);
 }
@@ -251,6 +260,21 @@ std::string Utf8FromText(const wchar_t* text) {
 
 CString TextFromUtf8(std::string_view bytes) {
     return TextFromBytes(bytes, Flavour::Content);
+}
+
+void SetTextFromUtf8(CString& text, std::string_view bytes) {
+    const int length = CheckedLength(bytes.size());
+    wchar_t* const place = text.GetBuffer(length);
+    unsigned char all = 0;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(bytes[i]);
+        all |= byte;
+        place[i] = byte;
+    }
+    text.ReleaseBuffer(length);
+    if (all > kLastAscii) {
+        text = TextFromUtf8(bytes);
+    }
 }
 
 std::string NameBytesFromText(std::wstring_view text) {

@@ -3,13 +3,39 @@
 
 #include "platform/volume.h"
 
+#include <charconv>
 #include <filesystem>
+#include <string_view>
 #include <sys/stat.h>
 #include <system_error>
 
 namespace nqp2::platform {
 
-std::string VolumeSerial(const std::string& folder, const std::string& names) {
+namespace {
+
+/// A name as it is on the volume: what file names cannot hold is written as "\x20".
+std::string Plain(std::string_view name) {
+    constexpr std::size_t kEscapeDigits = 2;
+    std::string plain;
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        unsigned char byte = 0;
+        const std::string_view rest = name.substr(at);
+        if (rest.starts_with("\\x") && rest.size() >= 2 + kEscapeDigits) {
+            const char* const end = rest.data() + 2 + kEscapeDigits;
+            if (std::from_chars(rest.data() + 2, end, byte, 16).ptr == end) {
+                plain += static_cast<char>(byte);
+                at += 1 + kEscapeDigits;
+                continue;
+            }
+        }
+        plain += name[at];
+    }
+    return plain;
+}
+
+} // namespace
+
+std::string VolumeName(const std::string& folder, const std::string& names) {
     struct stat facts = {};
     std::error_code error;
     std::filesystem::directory_iterator links(names, error);
@@ -20,7 +46,7 @@ std::string VolumeSerial(const std::string& folder, const std::string& names) {
         struct stat node = {};
         if (stat(links->path().c_str(), &node) == 0 && S_ISBLK(node.st_mode) &&
             node.st_rdev == facts.st_dev) {
-            return links->path().filename().native();
+            return Plain(links->path().filename().native());
         }
     }
     return {};

@@ -20,11 +20,24 @@ std::string ReasonOf(const platform::IoStatus& status) {
                                    : status.reason;
 }
 
+/// Opens a file's folder, and removes what killed writers have left in it.
+platform::IoStatus OpenSwept(const std::string& path, std::unique_ptr<platform::Folder>& folder) {
+    const std::string above = platform::FolderPart(path);
+    platform::IoStatus status = platform::OpenRoot(above.empty() ? "." : above, folder);
+    if (status) {
+        static_cast<void>(folder->RemoveAbandoned()); // what stays is in the way of nothing
+    }
+    return status;
+}
+
 } // namespace
 
 std::string WriteWholeFile(const std::string& path, std::string_view content) noexcept {
-    return platform::Guarded(std::string(kNoMemory),
-                             [&] { return ReasonOf(platform::Files().WriteWhole(path, content)); });
+    return platform::Guarded(std::string(kNoMemory), [&] {
+        std::unique_ptr<platform::Folder> folder;
+        static_cast<void>(OpenSwept(path, folder)); // first: it may take the room
+        return ReasonOf(platform::Files().WriteWhole(path, content));
+    });
 }
 
 struct WholeFileWriter::State {
@@ -35,8 +48,7 @@ struct WholeFileWriter::State {
     std::uint64_t size = 0;
 
     platform::IoStatus Begin(const std::string& path) {
-        const std::string above = platform::FolderPart(path);
-        platform::IoStatus begun = platform::OpenRoot(above.empty() ? "." : above, folder);
+        platform::IoStatus begun = OpenSwept(path, folder);
         if (begun) {
             begun = platform::FindTargetIn(*folder, platform::NamePart(path), name);
         }

@@ -8,12 +8,25 @@
 #include "console/value.h"
 
 namespace nqp2::tool {
+namespace {
+
+void PutDocument(OutputText& out, const Value& record) {
+    JsonDocumentWriter json(out);
+    Put(json, record);
+}
+
+} // namespace
 
 void PrintJson(Console& console, const Value& record) {
     OutputText out(&console);
-    JsonDocumentWriter json(out);
-    Put(json, record);
+    PutDocument(out, record);
     out.Flush();
+}
+
+std::string JsonText(const Value& record) {
+    OutputText out;
+    PutDocument(out, record);
+    return std::string(out.Text());
 }
 
 } // namespace nqp2::tool

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <string>
+
 namespace nqp2::tool {
 
 class Console;
@@ -12,5 +14,8 @@ struct Value;
 /// member that is a list of records. Nothing is held but what is being written. Throws Failure when
 /// standard output cannot be written.
 void PrintJson(Console& console, const Value& record);
+
+/// The same as a text.
+std::string JsonText(const Value& record);
 
 } // namespace nqp2::tool

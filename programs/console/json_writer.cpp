@@ -11,6 +11,15 @@
 #include <cmath>
 
 namespace nqp2::tool {
+namespace {
+
+void PutInQuotes(OutputText& out, const CString& text) {
+    if (!out.PutIfPlain(text.View(), Commas::Plain)) {
+        PutEscaped(out, BytesFromText(text));
+    }
+}
+
+} // namespace
 
 void JsonWriter::PutNext(std::string_view text) {
     m_out.Put(Separator(), text);
@@ -57,10 +66,27 @@ void JsonWriter::Put(std::string_view text) {
 
 void JsonWriter::Put(const CString& text) {
     m_out.Put(Separator(), '"');
-    if (!m_out.PutIfPlain(text.View(), Commas::Plain)) {
-        PutEscaped(m_out, BytesFromText(text));
-    }
+    PutInQuotes(m_out, text);
     m_out.Put('"');
+    m_isFollowing = true;
+}
+
+std::string_view JsonWriter::FormOf(const CString& text) {
+    const std::string* const known = m_known.Find(text);
+    if (known != nullptr) {
+        return *known;
+    }
+    m_form.Clear();
+    PutInQuotes(m_form, text);
+    m_known.Remember(text, m_form.Text());
+    return m_form.Text();
+}
+
+void JsonWriter::PutPair(const PairNames& names, const CString& first, const CString& second) {
+    m_out.Put(Separator(), "{\"", names.first, "\":\"", FormOf(first), "\",\"", names.second,
+              "\":\"");
+    PutInQuotes(m_out, second);
+    m_out.Put("\"}");
     m_isFollowing = true;
 }
 
@@ -125,6 +151,16 @@ void JsonDocumentWriter::EndList() {
         m_listsLines = false;
     }
     JsonWriter::EndList();
+}
+
+/// On a line of its own as one of a document's list.
+void JsonDocumentWriter::PutPair(const PairNames& names, const CString& first,
+                                 const CString& second) {
+    if (m_depth > 1) {
+        JsonWriter::PutPair(names, first, second);
+    } else {
+        ValueSink::PutPair(names, first, second);
+    }
 }
 
 } // namespace nqp2::tool

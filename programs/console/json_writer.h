@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "console/known_texts.h"
 #include "console/output_text.h"
 #include "console/value_sink.h"
 
@@ -25,6 +26,7 @@ public:
     void EndRecord() override;
     void BeginList(ListOf kind) override;
     void EndList() override;
+    void PutPair(const PairNames& names, const CString& first, const CString& second) override;
 
 protected:
     [[nodiscard]] OutputText::Comma Separator() const { return {m_isFollowing}; }
@@ -33,6 +35,12 @@ protected:
 
     OutputText& m_out;
     bool m_isFollowing = false; ///< something stands before the next value of the list or record
+
+private:
+    std::string_view FormOf(const CString& text);
+
+    KnownTexts m_known; ///< as they stand between quotes
+    OutputText m_form;
 };
 
 /// The same of one document, a record: each member has a line of its own, and each element of a
@@ -46,6 +54,7 @@ public:
     void EndRecord() override;
     void BeginList(ListOf kind) override;
     void EndList() override;
+    void PutPair(const PairNames& names, const CString& first, const CString& second) override;
 
 private:
     int m_depth = 0;

@@ -31,12 +31,8 @@ std::string RestText(const Progress& progress) {
         return "";
     }
     const double rate = static_cast<double>(progress.done) / progress.seconds;
-    const std::int64_t left =
-        std::llround(static_cast<double>(progress.total - progress.done) / rate);
-    const std::string time =
-        left < 3600 ? fmt::format("{}:{:02}", left / 60, left % 60)
-                    : fmt::format("{}:{:02}:{:02}", left / 3600, left / 60 % 60, left % 60);
-    return fmt::format("  {}  {} left", RateText(rate), time);
+    const double left = static_cast<double>(progress.total - progress.done) / rate;
+    return fmt::format("  {}  {} left", RateText(rate), TimeText(left));
 }
 
 std::string Bar(std::uint64_t percent, int room) {
@@ -59,6 +55,21 @@ std::string BarText(const Progress& progress, int width) {
     return CutToWidth(sound.label + Bar(percent, room) + numbers, std::max(width, 1));
 }
 
+std::string TimeText(double seconds) {
+    const std::int64_t whole = std::llround(seconds);
+    return whole < 3600 ? fmt::format("{}:{:02}", whole / 60, whole % 60)
+                        : fmt::format("{}:{:02}:{:02}", whole / 3600, whole / 60 % 60, whole % 60);
+}
+
+void DrawBar(const Progress& progress) {
+    // The last column stays free: a full line makes some terminals go on to the next.
+    std::fputs((kClearLine + BarText(progress, TerminalWidth(stderr) - 1)).c_str(), stderr);
+}
+
+void EraseBar() {
+    std::fputs(kClearLine, stderr);
+}
+
 ProgressBar::ProgressBar(bool quiet) : m_isWanted(!quiet && IsTerminal(stderr)) {}
 
 void ProgressBar::Begin(const std::string& label) {
@@ -76,10 +87,7 @@ void ProgressBar::Show(std::uint64_t done, std::uint64_t total) {
         return;
     }
     const std::chrono::duration<double> seconds = now - m_begin;
-    // The last column stays free: a full line makes some terminals go on to the next.
-    const std::string text =
-        BarText({m_label, done, total, seconds.count()}, TerminalWidth(stderr) - 1);
-    std::fputs((kClearLine + text).c_str(), stderr);
+    DrawBar({m_label, done, total, seconds.count()});
     m_drawn = now;
     m_isDrawn = true;
 }
@@ -87,7 +95,7 @@ void ProgressBar::Show(std::uint64_t done, std::uint64_t total) {
 void ProgressBar::End() {
     const std::lock_guard lock(m_mutex);
     if (m_isDrawn) {
-        std::fputs(kClearLine, stderr);
+        EraseBar();
     }
     m_isDrawn = m_isRunning = false;
 }

@@ -20,6 +20,12 @@ struct Progress {
 
 /// "0001AB [=====>    ]  50 %  12.0 MiB/s  0:07 left", at most `width` columns wide.
 std::string BarText(const Progress& progress, int width);
+/// "1:05", "1:00:05".
+std::string TimeText(double seconds);
+
+/// Draws the bar on standard error in the place of what was drawn before; takes it away.
+void DrawBar(const Progress& progress);
+void EraseBar();
 
 /// One line on standard error that follows a transfer, drawn at most ten times a second; nothing
 /// when standard error is no terminal. From any thread.

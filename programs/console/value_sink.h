@@ -17,6 +17,12 @@ enum class ListOf {
     Records ///< the same; as a member of a document each element has a line of its own
 };
 
+/// The names of a record of two texts.
+struct PairNames {
+    std::string_view first;
+    std::string_view second;
+};
+
 /// Takes what a command has to tell, value by value, in the order in which it is shown: nothing of
 /// it needs to be held. Texts are shown as they are when they come. What cannot be written throws
 /// Failure.
@@ -39,6 +45,15 @@ public:
     virtual void EndRecord() = 0;
     virtual void BeginList(ListOf kind) = 0;
     virtual void EndList() = 0;
+    /// A record of two texts, of which the first comes again and again.
+    virtual void PutPair(const PairNames& names, const CString& first, const CString& second) {
+        BeginRecord();
+        Name(names.first);
+        Put(first);
+        Name(names.second);
+        Put(second);
+        EndRecord();
+    }
 };
 
 } // namespace nqp2::tool

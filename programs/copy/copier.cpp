@@ -5,41 +5,19 @@
 
 #include "copy/digest.h"
 #include "copy/failure.h"
+#include "copy/new_file.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 
 namespace nqp2::copy {
 
 using platform::IoStatus;
 
-namespace {
-
-/// Runs of zeros become holes where the file system has such.
-bool IsZero(std::string_view bytes) {
-    return bytes.empty() || (bytes.front() == '\0' &&
-                             std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
-}
-
-/// Length, time and contents of a new file, onto the medium.
-IoStatus Settle(const Source& source, platform::FileWriter& writer) {
-    IoStatus status = writer.Resize(source.size);
-    if (status && source.time) {
-        status = writer.KeepTime(*source.time);
-        if (status.error == platform::IoError::Denied) {
-            status = {}; // cards without owners let no one set times: nothing is lost
-        }
-    }
-    return status ? writer.Flush() : status;
-}
-
-} // namespace
-
 void Copier::Step(std::uint64_t bytes) {
     m_halves += bytes;
     if (!m_watch.GoesOn(std::min(m_halves / 2, m_total), m_total)) {
-        throw Failure("Cancelled.");
+        throw Cancelled();
     }
 }
 
@@ -51,7 +29,7 @@ void Copier::Begin() {
 void Copier::Finish() {
     Step(2 * m_total - std::min(m_halves, 2 * m_total));
     if (!m_watch.MayFinish(m_total)) {
-        throw Failure("Cancelled.");
+        throw Cancelled();
     }
 }
 
@@ -61,7 +39,7 @@ void Copier::ReadAll(platform::FileReader& reader, const std::string& path, std:
     for (std::size_t count = 1; count != 0; position += count) {
         Require(reader.Read(m_block.data(), m_block.size(), count), "read", path);
         if (count == 0 ? position != size : count > size - position) {
-            throw Failure(path + " changed while it was being read.");
+            throw Failure(ChangedInReading(path));
         }
         if (count != 0) {
             take(position, std::string_view(m_block.data(), count));
@@ -85,9 +63,10 @@ void Copier::Copy(const Source& source, const std::string& target, platform::Fil
     Digest digest;
     ReadSource(source, [&](std::uint64_t position, std::string_view bytes) {
         digest.Add(bytes);
-        Require(IsZero(bytes) ? IoStatus() : writer.WriteAt(position, bytes), "write", target);
+        Require(WriteOrLeaveHole(writer, position, bytes), "write", target);
     });
-    Require(Settle(source, writer), "write", target);
+    const IoStatus status = SetLengthAndTime(writer, source.size, source.time);
+    Require(status ? writer.Flush() : status, "write", target);
     CheckReadBack(writer, target, 0, digest, m_block, [this](std::size_t count) { Step(count); });
     Require(writer.Close(), "write", target);
 }

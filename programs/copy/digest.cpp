@@ -11,6 +11,19 @@
 
 namespace nqp2::copy {
 
+namespace {
+
+Digest::Bytes Canonical(XXH128_hash_t hash) {
+    XXH128_canonical_t canonical;
+    XXH128_canonicalFromHash(&canonical, hash);
+    Digest::Bytes bytes{};
+    static_assert(sizeof canonical.digest == sizeof bytes);
+    std::copy(std::begin(canonical.digest), std::end(canonical.digest), bytes.begin());
+    return bytes;
+}
+
+} // namespace
+
 struct Digest::State {
     State() = default;
     State(const State&) = delete;
@@ -34,21 +47,19 @@ void Digest::Add(std::string_view bytes) {
 }
 
 Digest::Bytes Digest::Value() const {
-    XXH128_canonical_t canonical;
-    XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(m_state->xxh3));
-    Bytes bytes{};
-    static_assert(sizeof canonical.digest == sizeof bytes);
-    std::copy(std::begin(canonical.digest), std::end(canonical.digest), bytes.begin());
-    return bytes;
+    return Canonical(XXH3_128bits_digest(m_state->xxh3));
+}
+
+Digest::Bytes DigestOf(std::string_view bytes) {
+    return Canonical(XXH3_128bits(bytes.data(), bytes.size()));
 }
 
 void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
-                   const Digest& written, std::string& block,
+                   std::uint64_t size, const Digest::Bytes& written, std::string& block,
                    const std::function<void(std::size_t)>& done) {
     Digest found;
-    while (found.Size() < written.Size()) {
-        const std::uint64_t wanted =
-            std::min<std::uint64_t>(block.size(), written.Size() - found.Size());
+    while (found.Size() < size) {
+        const std::uint64_t wanted = std::min<std::uint64_t>(block.size(), size - found.Size());
         std::size_t count = 0;
         Require(writer.ReadAt(start + found.Size(), block.data(), static_cast<std::size_t>(wanted),
                               count),
@@ -59,9 +70,15 @@ void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::u
         found.Add(std::string_view(block.data(), count));
         done(count);
     }
-    if (found.Value() != written.Value()) {
+    if (found.Value() != written) {
         throw Failure("What the medium gives back of " + path + " is not what was written.");
     }
+}
+
+void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
+                   const Digest& written, std::string& block,
+                   const std::function<void(std::size_t)>& done) {
+    CheckReadBack(writer, path, start, written.Size(), written.Value(), block, done);
 }
 
 void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,

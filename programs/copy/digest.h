@@ -38,8 +38,15 @@ private:
     std::uint64_t m_size = 0;
 };
 
-/// Reads what was written at `start` back from the medium, by blocks into `block`, and fails unless
-/// it has the digest. `done` is told the size of each block.
+/// Of bytes that are all there.
+Digest::Bytes DigestOf(std::string_view bytes);
+
+/// Reads `size` bytes at `start` back back from the medium, by blocks into `block`, and fails unless
+/// they have the digest. `done` is told the size of each block.
+void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
+                   std::uint64_t size, const Digest::Bytes& written, std::string& block,
+                   const std::function<void(std::size_t)>& done);
+/// The same for all that the digest was made of.
 void CheckReadBack(platform::FileWriter& writer, const std::string& path, std::uint64_t start,
                    const Digest& written, std::string& block,
                    const std::function<void(std::size_t)>& done);

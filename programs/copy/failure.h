@@ -20,6 +20,17 @@ public:
         : Failure("Cannot " + what + " " + path + ": " + status.reason + ".") {}
 };
 
+/// Somebody wanted it to end.
+class Cancelled final : public Failure {
+public:
+    Cancelled() : Failure("Cancelled.") {}
+};
+
+/// "PATH changed while it was being read."
+inline std::string ChangedInReading(const std::string& path) {
+    return path + " changed while it was being read.";
+}
+
 /// Throws that unless the file operation succeeded.
 inline void Require(const platform::IoStatus& status, const std::string& what,
                     const std::string& path) {

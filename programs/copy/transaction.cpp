@@ -4,6 +4,7 @@
 #include "copy/transaction.h"
 
 #include "copy/failure.h"
+#include "copy/new_file.h"
 #include "platform/case_blind.h"
 #include "platform/guard.h"
 
@@ -19,16 +20,6 @@ using platform::Folder;
 using platform::IoError;
 using platform::IoStatus;
 using platform::PathIn;
-
-namespace {
-
-/// What a file of that size takes on a medium whose file system gives space in clusters.
-std::uint64_t SpaceTaken(std::uint64_t size) {
-    constexpr std::uint64_t kCluster = 32768;
-    return (size / kCluster + 1) * kCluster;
-}
-
-} // namespace
 
 Transaction::~Transaction() {
     if (m_isDone) {
@@ -166,8 +157,7 @@ void Transaction::LookAt(const Item& item, Copier& copier) {
     }
     const std::string path = PathIn(target.path, entry->name);
     if (entry->kind != EntryKind::File) {
-        const bool isLink = entry->kind == EntryKind::Link;
-        throw Failure(path + " is in the way and is " + (isLink ? "a link." : "no file."));
+        throw Failure(InTheWay(path, entry->kind));
     }
     std::unique_ptr<platform::FileReader> reader;
     Require(target.folder->Open(entry->name, reader), "read", path);
@@ -195,8 +185,7 @@ void Transaction::CheckSpace() {
     std::uint64_t free = 0;
     Require(m_root->UsableSpace(free), "ask for the free space of", m_rootPath);
     if (needed > free) {
-        throw Failure("There is too little space in " + m_rootPath + ": " + std::to_string(needed) +
-                      " bytes are needed, " + std::to_string(free) + " are free.");
+        throw Failure(TooLittleSpace(m_rootPath, needed, free));
     }
 }
 

@@ -34,7 +34,8 @@ std::string P2Hint(const CString& root) {
     CardSearch search;
     FindCard(root, search, kEveryCard & ~kP2Cards);
     if (search.cards.GetSize() != 1) {
-        return "not a P2 card";
+        return WasCutShort(search) ? "not a P2 card, and too many folders to look for one in"
+                                   : "not a P2 card";
     }
     const FoundCard& card = search.cards[0];
     return card.entered ? fmt::format("an AVCHD card or camera folder is at {}: {}",
@@ -57,6 +58,12 @@ std::string WorkingFolder() {
 }
 
 } // namespace
+
+bool WasCutShort(const CardSearch& search) {
+    return std::any_of(search.skipped.begin(), search.skipped.end(), [](const SkippedFile& folder) {
+        return folder.reason == SkipReason::TooLarge;
+    });
+}
 
 std::string RealPath(const CString& path) {
     // For one run of one command: what it learns of a folder stays true for that long.

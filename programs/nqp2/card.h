@@ -22,6 +22,9 @@ std::string OutputPath(std::string path);
 /// Whether a text names a drive ("E", "E:", "E:\\copies") whose letter the drive table knows.
 bool IsMappedDrive(const CString& text);
 
+/// Whether there may be more cards than a search has found.
+bool WasCutShort(const CardSearch& search);
+
 /// The card that the user named: a folder, or a drive text ("E", "E:", "E:\copies") whose letter
 /// the drive table knows.
 class Card {

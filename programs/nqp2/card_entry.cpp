@@ -23,13 +23,6 @@ std::string NamesOf(const CArray<FoundCard>& cards) {
                : fmt::format("{} and {} more", names, cards.GetSize() - kShown);
 }
 
-/// Whether there may be more cards than were found.
-bool WasCutShort(const CardSearch& search) {
-    return std::any_of(search.skipped.begin(), search.skipped.end(), [](const SkippedFile& folder) {
-        return folder.reason == SkipReason::TooLarge;
-    });
-}
-
 void RequireOne(const Card& card, const CardSearch& search, const CardEntry& entry) {
     if (search.cards.GetSize() > 1) {
         throw Failure(card.Folder(), fmt::format("leads to {} cards", search.cards.GetSize()),

@@ -34,7 +34,7 @@ public:
     std::optional<CardScan> Scan(const Card& card) {
         const bool isMedia = card.Found() && card.Found()->kind != CardKind::P2;
         if (!isMedia) {
-            CardScan scan = {card, CardKind::P2, {}, {}, {}};
+            CardScan scan = NewScan(card, CardKind::P2);
             ReadyParser parser;
             if (parser->LoadClipEx(card.Root(), scan.clips, m_options.keepDigit ? 1 : 0,
                                    scan.report) == 0) {
@@ -50,9 +50,17 @@ public:
     }
 
 private:
-    static std::optional<CardScan> ScanMedia(const Card& card, const CString& root) {
-        const CardKind kind = card.Found() ? card.Found()->kind : CardKind::Avchd;
+    [[nodiscard]] CardScan NewScan(const Card& card, CardKind kind) const {
         CardScan scan = {card, kind, {}, {}, {}};
+        if (m_options.withFiles) {
+            scan.files = std::make_unique<ClipFileReader>(card.Root());
+            scan.report.files = scan.files.get();
+        }
+        return scan;
+    }
+    std::optional<CardScan> ScanMedia(const Card& card, const CString& root) const {
+        const CardKind kind = card.Found() ? card.Found()->kind : CardKind::Avchd;
+        CardScan scan = NewScan(card, kind);
         ReadyParser parser;
         const bool found = parser->LoadAVCHDClip(root, scan.clips, scan.report) == 0;
         return found ? std::optional(std::move(scan)) : std::nullopt;

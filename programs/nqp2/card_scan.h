@@ -7,10 +7,12 @@
 #include "nqp2/card.h"
 #include "NQP2ParserU/CardFinder.h"
 #include "NQP2ParserU/CArray.h"
+#include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/JoinedTakes.h"
 #include "NQP2ParserU/P2Clip.h"
 #include "NQP2ParserU/ScanReport.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,7 @@ struct ScanOptions {
     std::vector<std::string> cards;
     bool recursive = false; ///< every card in and below these folders
     bool keepDigit = false;
+    bool withFiles = false; ///< the clips' files will be asked for
     std::string worker;
 
     /// Whether what comes out is a list of cards, whatever their number.
@@ -36,6 +39,8 @@ struct CardScan {
     /// What tells it from the other cards: its serial number where it alone has that, else its
     /// folder.
     std::string label;
+    /// Knows what the scan has learnt of the files. Null when nobody asks for them.
+    std::unique_ptr<ClipFileReader> files = nullptr;
 
     /// Of a clip of its own.
     [[nodiscard]] ClipZones ZonesOf(const _tag_P2Clip& clip) const;

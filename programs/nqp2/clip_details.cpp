@@ -20,12 +20,11 @@ namespace nqp2::tool {
 struct ClipDetails::Reader {
     explicit Reader(const CardScan& scanned)
         : card(scanned), folder(OutputPath(scanned.card.Folder())),
-          metadataReader(scanned.card.Root()), fileReader(scanned.card.Root()) {}
+          metadataReader(scanned.card.Root()) {}
 
     const CardScan& card;
     std::string folder;
     ClipMetadataReader metadataReader;
-    ClipFileReader fileReader;
     ClipMetadata metadata; ///< of the clip that was asked for last,
     CArray<ClipFile> files;
 };
@@ -98,7 +97,7 @@ const ClipMetadata* ClipDetails::Metadata(Reader& reader, const _tag_P2Clip& cli
 }
 
 const CArray<ClipFile>& ClipDetails::Files(Reader& reader, const _tag_P2Clip& clip) {
-    if (!reader.fileReader.Read(clip, reader.files)) {
+    if (!reader.card.files->Read(clip, reader.files)) {
         throw std::bad_alloc();
     }
     m_isAsked = true; // a list shows each of its clips
@@ -132,7 +131,7 @@ CArray<LooseFile> ClipDetails::OtherFiles(const ClipOrder& clips) {
     CArray<LooseFile> all;
     for (const std::unique_ptr<Reader>& reader : m_readers) {
         CArray<LooseFile> files;
-        if (!reader->fileReader.LooseFiles(files)) {
+        if (!reader->card.files->LooseFiles(files)) {
             ++m_unread;
             m_console.Message(
                 fmt::format("nqp2: {}: not all folders were looked into for other files",

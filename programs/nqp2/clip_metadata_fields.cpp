@@ -71,10 +71,6 @@ constexpr Field<TrackMetadata> kTrackFields[] = {
     NQP2_FIELD(TrackMetadata, language),
     NQP2_FIELD(TrackMetadata, format),
 };
-constexpr Field<MetadataText> kTextFields[] = {
-    NQP2_FIELD(MetadataText, path),
-    NQP2_FIELD(MetadataText, text),
-};
 
 /// A member that is a list of records with that table of fields.
 template <auto Member, const auto& Fields, class Source>
@@ -82,6 +78,14 @@ void ListOfMembers(ValueSink& sink, const Source& source) {
     sink.BeginList(ListOf::Records);
     for (const auto& each : source.*Member) {
         PutFields(sink, Fields, each);
+    }
+    sink.EndList();
+}
+
+void PutTexts(ValueSink& sink, const ClipMetadata& metadata) {
+    sink.BeginList(ListOf::Records);
+    for (const MetadataText& each : metadata.others) {
+        sink.PutPair({"path", "text"}, each.path, each.text);
     }
     sink.EndList();
 }
@@ -106,7 +110,7 @@ constexpr Field<ClipMetadata> kMetadataFields[] = {
     {"proxy", Members<&ClipMetadata::proxy, kToldProxyFields>},
     {"thumbnail", Members<&ClipMetadata::thumbnail, kThumbnailFields>},
     {"tracks", ListOfMembers<&ClipMetadata::tracks, kTrackFields>},
-    {"others", ListOfMembers<&ClipMetadata::others, kTextFields>},
+    {"others", PutTexts},
     NQP2_FIELD(ClipMetadata, isCut),
 };
 

@@ -190,13 +190,15 @@ bool HasLosses(const CardScans& scans) {
 Status RunClips(Console& console, const ClipsOptions& options) {
     RequireOneForm(options);
     const std::optional<ClipColumns> columns = ColumnsOf(options);
-    // The process ends with this command: the system takes all memory back at once, faster than ten
-    // thousand records can be taken apart.
-    static const CardScans& scans = *new CardScans(ScanCards(console, options.scan));
-    const Scanned scanned = {scans, options.scan.AreSeveral()};
     ClipReading reading = columns ? columns->Reading() : ClipReading();
     reading.metadata = reading.metadata || options.metadata;
     reading.files = reading.files || options.AskForFiles();
+    ScanOptions scan = options.scan;
+    scan.withFiles = reading.files;
+    // The process ends with this command: the system takes all memory back at once, faster than ten
+    // thousand records can be taken apart.
+    static const CardScans& scans = *new CardScans(ScanCards(console, scan));
+    const Scanned scanned = {scans, options.scan.AreSeveral()};
     MediaDescriber describer(console, options.scan.worker);
     static ClipDetails& details = *new ClipDetails(console, scans, reading, describer);
     const ClipOrder clips = OrderedClips(scans, options.sort);

@@ -136,16 +136,14 @@ Status RunVerify(Console& /*console*/, const VerifyOptions& options) {
 void AddHashOption(const Command& command, std::vector<std::string>& hashes) {
     command
         .RepeatedOption("--hash", hashes, "FORMAT",
-                        "Hash of each file: xxh128 (if left out), xxh3, xxh64, md5, sha1, c4 "
-                        "(repeatable)")
+                        "xxh128 (if left out), xxh3, xxh64, md5, sha1 or c4 (repeatable)")
         .OneOf(std::vector<std::string>{"xxh128", "xxh3", "xxh64", "md5", "sha1", "c4"});
 }
 
 void AddProgressOptions(const Command& command, ProgressOptions& progress) {
     command
         .ValueOption("--progress", progress.form, "FORM",
-                     "Show progress as bar, lines or json, one object a line; a bar on a terminal, "
-                     "lines elsewhere, if left out")
+                     "Show progress as bar, lines or json (one object a line)")
         .OneOf(std::vector<std::string>{"bar", "lines", "json"});
     command.QuietFlag(progress.quiet);
 }
@@ -153,8 +151,8 @@ void AddProgressOptions(const Command& command, ProgressOptions& progress) {
 } // namespace
 
 void AddOffloadCommand(const Command& program) {
-    const Command command = program.Add(
-        "offload", "Copy a whole card to one or more places, proven and with a list of hashes");
+    const Command command =
+        program.Add("offload", "Copy a whole card to one or more places, proven and sealed");
     OffloadOptions& options = command.Runs(RunOffload);
     command.CardArgument(options.card);
     command
@@ -162,8 +160,7 @@ void AddOffloadCommand(const Command& program) {
                         "A folder that receives the copy as FOLDER/NAME (repeatable)")
         .Required();
     command.ValueOption("--name", options.name, "NAME",
-                        "The copy's name, with {card}, {serial}, {date}, {project}, {counter}; the "
-                        "name of the card's folder if left out");
+                        "The copy's name; that of the card's folder if left out");
     AddHashOption(command, options.hashes);
     command
         .RepeatedOption("--sums", options.sums, "FORMAT",
@@ -180,6 +177,7 @@ void AddOffloadCommand(const Command& program) {
     command.JsonFlag(options.json);
     AddProgressOptions(command, options.progress);
     command.Example("nqp2 offload /media/card --to /raid/day1 --to /media/shuttle/day1");
+    command.Note("A name may hold {card}, {serial}, {date}, {project} and {counter}.");
 }
 
 void AddSealCommand(const Command& program) {

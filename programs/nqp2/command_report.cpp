@@ -4,6 +4,7 @@
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_order.h"
 #include "nqp2/command.h"
+#include "nqp2/media_describer.h"
 #include "nqp2/report/page.h"
 #include "nqp2/report/pictures.h"
 
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <optional>
 #include <string>
 
 namespace nqp2::tool {
@@ -24,9 +26,12 @@ struct ReportOptions {
     std::string page;
 };
 
-report::PageContents ReadPage(const CardScans& scans, const ClipOrder& clips) {
+/// Its worker has ended when this returns.
+report::PageContents ReadPage(Console& console, const ReportOptions& options,
+                              const CardScans& scans, const ClipOrder& clips) {
+    MediaDescriber describer(console, options.scan.worker);
     report::PageContents page;
-    page.cards = report::ReadContents(scans, clips);
+    page.cards = report::ReadContents(scans, clips, describer);
     page.takes = scans.Takes();
     page.skipped = scans.skipped;
     page.made = fmt::format("{:%Y-%m-%d %H:%M}", fmt::localtime(std::time(nullptr)));
@@ -46,18 +51,31 @@ void TellPage(Console& console, const ClipOrder& clips, report::Pictures& pictur
 
 Status RunReport(Console& console, const ReportOptions& options) {
     // Not taken apart, as in the listing of clips.
-    static const CardScans& scans = *new CardScans(ScanCards(console, options.scan));
+    ScanOptions scan = options.scan;
+    scan.withFiles = true;
+    static const CardScans& scans = *new CardScans(ScanCards(console, scan));
     const ClipOrder clips = OrderedClips(scans, "name");
-    report::Pictures pictures(clips, options.scan.worker);
-    static const report::PageContents& page = *new report::PageContents(ReadPage(scans, clips));
-    const std::string text = report::MakePage(page, pictures);
+    std::optional<report::Pictures> pictures;
+    const auto askForPictures = [&] { pictures.emplace(console, clips, options.scan.worker); };
+    // There is one worker at a time, and what is no P2 clip's may be asked of it.
+    const bool areP2 = std::all_of(clips.begin(), clips.end(),
+                                   [](const _tag_P2Clip* clip) { return clip->SourceKind == 0; });
+    if (areP2) {
+        askForPictures();
+    }
+    static const report::PageContents& page =
+        *new report::PageContents(ReadPage(console, options, scans, clips));
+    if (!areP2) {
+        askForPictures();
+    }
+    const std::string text = report::MakePage(page, *pictures);
     if (options.page == "-") {
         console.Write(text);
         console.Finish();
     } else if (const std::string reason = WriteWholeFile(options.page, text); !reason.empty()) {
         throw Failure(options.page, "cannot be written", reason);
     }
-    TellPage(console, clips, pictures);
+    TellPage(console, clips, *pictures);
     return kDone;
 }
 

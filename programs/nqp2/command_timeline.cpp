@@ -108,7 +108,8 @@ timeline::BuildOptions BuildOptionsOf(const TimelineOptions& options) {
 }
 
 timeline::CardView ViewOf(const CardScan& scan, bool isRelative) {
-    timeline::CardView view = {scan.card.Root(), scan.kind, &scan.clips, &scan.report, {}, {}};
+    timeline::CardView view = {scan.card.Root(), scan.kind, &scan.clips, &scan.report,
+                               scan.files.get(), {},        {}};
     view.name = std::filesystem::path(scan.card.Folder()).filename().native();
     view.pathOf = [isRelative](const CString& path) {
         const std::string whole = OutputPath(path);
@@ -199,6 +200,7 @@ Status RunTimeline(Console& console, const TimelineOptions& options) {
     ScanOptions scan;
     scan.cards = {options.card};
     scan.worker = options.worker;
+    scan.withFiles = true;
     const CardScans scans = ScanCards(console, scan);
     const CardScan& card = scans.cards.front();
     return options.bin ? WriteBin(console, options, card) : WriteLists(console, options, card);

@@ -4,6 +4,8 @@
 #include "console/console.h"
 #include "NQP2ParserU/Terminal.h"
 #include "offload/arguments.h"
+#include "offload/run_offload.h"
+#include "offload/seal_verify.h"
 
 #include <fmt/core.h>
 
@@ -15,14 +17,20 @@ using namespace nqp2; // NOLINT(google-build-using-namespace)
 
 tool::Status Run(int count, const char* const* words, tool::Console& console) {
     const offload::Arguments arguments = offload::ReadArguments(count, words);
+    tool::Status status = tool::kUsage;
     switch (arguments.operation) {
     case offload::Operation::Offload:
+        status = offload::RunOffload(console, arguments);
+        break;
     case offload::Operation::Seal:
+        status = offload::RunSeal(console, arguments);
+        break;
     case offload::Operation::Verify:
+        status = offload::RunVerify(console, arguments);
         break;
     }
     console.Finish();
-    throw tool::Failure(words[1], "is not built", "");
+    return status;
 }
 
 } // namespace

@@ -1,7 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "NQP2ParserU/MediaDescription.h"
 #include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/SmallPictures.h"
 #include "tests/bridge/worker_test.h"
 #include "tests/ingest/ingest_test.h"
 
@@ -69,6 +71,9 @@ const FrontEnd kFrontEnds[] = {
     {"GetP2BaseClipInfo", 20022,
      [](auto& p) { return p.GetP2BaseClipInfo(L"E:\\a", Fresh<NQP2BaseClipInfo>()); },
      0, -1, 0, 1, 1},
+    {"DescribeMedia", 21002, [](auto& p) {
+         return static_cast<int>(DescribeMedia(p, L"E:\\a", Fresh<ClipMetadata>()));
+     }, 1, 2, 1, 0, 0},
 };
 // clang-format on
 
@@ -143,6 +148,31 @@ TEST_F(FrontEndTest, DataOfTheWorkerStaysInABufferThatGrows) {
     AnswerWith(Image({1, 1, 5, 0}));
     EXPECT_EQ(m_parser->AddRTExportAVDataForBuf(1, data), 0);
     EXPECT_EQ(data, nullptr) << "promises more than arrived";
+}
+
+TEST_F(FrontEndTest, PicturesAreThoseOfTheFilesThatWereAskedForOrNone) {
+    const unsigned char jpeg[] = {0xFF, 0xD8};
+    CStringArray files;
+    files.Add(L"E:\\a");
+    files.Add(L"E:\\b");
+    for (const std::int64_t count : {0, 1, 2, 3, 4000}) {
+        PicturesMessage reply;
+        reply.result = 1;
+        for (std::int64_t i = 0; i < count; ++i) {
+            reply.pictures.Add({L"", jpeg, sizeof(jpeg)});
+        }
+        Bytes image(static_cast<std::size_t>(reply.Size()));
+        ASSERT_EQ(reply.Save(image.data(), reply.Size()), reply.Size());
+        for (const std::size_t cut : {std::size_t{0}, std::size_t{1}, image.size()}) {
+            AnswerWith(Bytes(image.begin(), image.end() - static_cast<std::ptrdiff_t>(cut)));
+            CArray<SmallPicture> pictures;
+            const bool isRight = count == files.GetSize() && cut == 0;
+            EXPECT_EQ(MakeSmallPictures(*m_parser, files, {80, 60}, pictures),
+                      isRight ? PicturesStatus::Made : PicturesStatus::NoWorker)
+                << count << ' ' << cut;
+            EXPECT_EQ(pictures.GetSize(), isRight ? count : 0);
+        }
+    }
 }
 
 class DeleteFileTest : public ingest::IngestTest {};

@@ -69,6 +69,7 @@ protected:
     CArray<_tag_P2Clip> Scan(int keepDigit = 1) {
         CArray<_tag_P2Clip> clips;
         m_report = {};
+        m_report.files = m_told;
         EXPECT_EQ(m_parser.LoadClipEx(m_card.Root(), clips, keepDigit, m_report), 0);
         return clips;
     }
@@ -104,6 +105,7 @@ protected:
     test::CardBuilder m_card;
     CNQP2Parser m_parser;
     ScanReport m_report;
+    ClipFileReader* m_told = nullptr; ///< of the files, by the scans
 };
 
 } // namespace nqp2::clips

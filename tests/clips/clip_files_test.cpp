@@ -6,6 +6,7 @@
 #include "tests/support/faulty_file_system.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace nqp2::clips {
 namespace {
@@ -115,6 +116,29 @@ TEST_F(ClipFilesTest, WhatIsDescribedAndMissingIsTold) {
     EXPECT_EQ(m_isWhole, "yy");
 }
 
+TEST_F(ClipFilesTest, RecordingsOfMemosThatAreMissingAreTold) {
+    const std::string memo = "ClipMetadata/MemoList/Memo/";
+    const std::string next = "ClipMetadata/MemoList/+Memo/";
+    const test::ClipValues fields = {
+        {"EssenceList/Video/Codec", "DV25_420"}, {next + "VoiceFormat", "WAV"},
+        {next + "Text", "no recording"},         {next + "VoiceBitsPerSample", "16"},
+        {next + "VoiceFormat", "../aif"},        {next + "VoiceFormat", "AIF"}};
+    m_card.AddClip("0001AA", fields);
+    m_card.AddFile("CLIP/0002AA.XML", test::ClipXml(fields) + "<?read as-a-tree?>");
+    for (const char* const name : {"VIDEO/0001AA.MXF", "VIDEO/0002AA.MXF", "VOICE/0001AA00.wav",
+                                   "VOICE/0002AA03.AIF", "VOICE/0002AA07.WAV"}) {
+        m_card.AddFile(name, "x");
+    }
+    EXPECT_THAT(Read(), UnorderedElementsAre("V0 VIDEO\\0001AA.MXF ", "v0 VOICE\\0001AA00.wav ",
+                                             "v1 VOICE\\0001AA01.WAV-", "v2 VOICE\\0001AA02.WAV-",
+                                             "v3 VOICE\\0001AA03.AIF-", "M0 CLIP\\0001AA.XML ",
+                                             "V0 VIDEO\\0002AA.MXF ", "v0 VOICE\\0002AA00.WAV-",
+                                             "v1 VOICE\\0002AA01.WAV-", "v2 VOICE\\0002AA02.WAV-",
+                                             "v3 VOICE\\0002AA03.AIF ", "v7 VOICE\\0002AA07.WAV ",
+                                             "M0 CLIP\\0002AA.XML "));
+    EXPECT_EQ(m_isWhole, "yy");
+}
+
 TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {
     AddTwoChannels("0001AA");
     m_card.Folder().MakeFolder("CONTENTS/VIDEO/0001AA.MXF");
@@ -133,18 +157,20 @@ TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {
                             root + "\\deeper\\than\\most\\LASTCLIP.TXT 3"));
 }
 
-// However many clips there are, each costs one question for each file, and its metadata read.
+// However many clips there are, each costs one question for each file, and its metadata read, if a
+// scan has not told of them.
 TEST_F(ClipFilesTest, AsksTheMediumOnceForEachFolderAndFile) {
-    const auto callsFor = [&](int from, int to) {
+    const auto callsFor = [&](int from, int to, bool isTold = false) {
         for (int i = from; i < to; ++i) {
             const std::string name = "00" + std::to_string(i) + "AA";
             AddTwoChannels(name);
             m_card.AddFile("VIDEO/" + name + ".MXF", "0123456789");
         }
+        ClipFileReader reader(m_card.Root());
+        m_told = isTold ? &reader : nullptr;
         const CArray<_tag_P2Clip> clips = Scan();
         test::FaultyFileSystem files;
         const platform::ScopedFileSystem use(files);
-        ClipFileReader reader(m_card.Root());
         CArray<ClipFile> found;
         for (const _tag_P2Clip& clip : clips) {
             EXPECT_TRUE(reader.Read(clip, found));
@@ -153,6 +179,23 @@ TEST_F(ClipFilesTest, AsksTheMediumOnceForEachFolderAndFile) {
     };
     const std::uint64_t ofOne = callsFor(10, 11);
     EXPECT_EQ(callsFor(11, 21) - ofOne, 10U * 3);
+    EXPECT_EQ(callsFor(10, 21) - callsFor(10, 21, true), 11U);
+}
+
+// What a scan has learnt is told as what is read of the files, also of those that it reads as trees
+// and of names that differ in case alone; a second scan forgets the first.
+TEST_F(ClipFilesTest, AScanTellsWhatTheMetadataPromise) {
+    AddTwoChannels("0001AA");
+    AddTwoChannels("0002AA", "AVC-Intra_422");
+    AddTwoChannels("0003AA");
+    const std::string path = m_card.Folder().Path("CONTENTS/CLIP/");
+    std::filesystem::copy_file(path + "0002AA.XML", path + "0001aa.xml");
+    std::ofstream(path + "0003AA.XML", std::ios::app) << std::string(60'000, ' ');
+    const Texts read = Read();
+    m_told = &m_reader;
+    EXPECT_EQ(Read(), read);
+    AddTwoChannels("0001AA", "AVC-Intra_422");
+    EXPECT_NE(Read(), read);
 }
 
 } // namespace

@@ -95,6 +95,30 @@ TEST_F(ClipMetadataTest, NothingInADocumentIsLost) {
     }
 }
 
+TEST_F(ClipMetadataTest, WhatWasReadBeforeChangesNothing) {
+    const std::string person = "ClipMetadata/Access/Creator";
+    std::vector<ClipMetadata> kept;
+    std::vector<Texts> told;
+    for (const char* const text : {"Ann", "Bob", "Bob", "Bob", "Ä", "", " ", "Bob", "Ann & Bob"}) {
+        for (const std::string& second : {std::string(), std::string(200, 'x'), std::string("y")}) {
+            const test::ClipValues values = {
+                {person, text}, {"A/B", text}, {"A/+B", second}, {"A/D@c", second}, {"A/D/E", "5"}};
+            const Texts others = ReadContent(values);
+            EXPECT_THAT(others, ElementsAre("P2Main/ClipContent/A/B=" + std::string(text),
+                                            "P2Main/ClipContent/A/B[2]=" + second,
+                                            "P2Main/ClipContent/A/D/@c=" + second,
+                                            "P2Main/ClipContent/A/D/E=5"));
+            EXPECT_EQ(Utf8(m_metadata.access.creator), text);
+            kept.push_back(m_metadata);
+            told.push_back(others);
+        }
+    }
+    for (std::size_t i = 0; i < kept.size(); ++i) {
+        m_metadata = kept[i];
+        EXPECT_EQ(Others(), told[i]) << "a copy keeps its texts";
+    }
+}
+
 TEST_F(ClipMetadataTest, MemosTellTheirTextsAndTheFilesThatTheCardHas) {
     const std::string memo = "ClipMetadata/MemoList/Memo/";
     const std::string next = "ClipMetadata/MemoList/+Memo/";

@@ -104,15 +104,19 @@ class NamedCardTest(CardTest):
 
     def test_every_command_says_why_there_is_no_card(self):
         card, other, two = self.card.path, self.folder / "other", self.folder / "two"
+        crowd = self.folder / "crowd"
         Card(two / "a")
         Card(two / "b")
         other.mkdir()
+        for number in range(1001):
+            (crowd / str(number)).mkdir(parents=True)
         (self.folder / "file").write_text("")
         cases = (
             (self.folder / "none", "no such folder"),
             (two, "leads to 2 cards (give one of them#: " f"{two}/a, {two}/b)"),
             (self.folder / "file", "is not a folder (give the card's top folder)"),
             (other, "no CONTENTS folder (not a P2 card)"),
+            (crowd, "no CONTENTS folder (not a P2 card, and too many folders to look for one in)"),
         )
         for command in self.COMMANDS:
             # A folder of any kind can hold a list.

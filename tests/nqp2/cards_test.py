@@ -79,6 +79,9 @@ class CardsTest(CardTest):
         self.cards[1].add("0001AA", **segment(0))
         self.assertIn(f"take 0001AA on {first} and {second} + 0002BB on {second} + ",
                       run("clips", self.top, "--recursive", "--report").stdout)
+        page = run("report", self.top, "--recursive", "-o", "-").stdout
+        self.assertIn("</bdi></li><li><bdi>0001AA, 0002BB</bdi> on "
+                      f"<bdi>{second}</bdi></li><li><bdi>", page)
 
     def test_what_is_left_out_is_told_of_each_card(self):
         self.cards[1].add_raw("0009XX.XML", b"<x")

@@ -91,7 +91,7 @@ class SchemaTest(CardTest):
                               for error in schema.iter_errors(document)], [], command)
 
     def test_each_command_with_json_has_a_schema_and_each_schema_a_command(self):
-        named = {"definitions"}
+        named = {"definitions", "progress-line"}
         for level in LEVELS[1:]:
             shown = run(*level, "--help").stdout
             for option, suffix in (("--json", ""), ("--jsonl", "-line")):

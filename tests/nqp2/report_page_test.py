@@ -7,6 +7,7 @@ from pathlib import Path
 from xml.sax.saxutils import escape
 
 from browser import Browser
+from edl_test import edit_list
 from program import CardTest, main, run
 
 MARKUP = "<img src=x onerror=document.title=1>"
@@ -16,7 +17,7 @@ HEBREW = "\u05e8\u05d0\u05d9\u05d5\u05df"
 LONG = "x" * 10_000
 SHOWN = ("Array.from(document.querySelectorAll('.clip')).filter(row => row.checkVisibility())"
          ".map(row => row.querySelector('b').textContent)")
-WIDTHS = (400, 800, 1400)
+WIDTHS = (400, 800, 1100, 1270, 1400)
 
 
 class PageTest(CardTest):
@@ -81,9 +82,15 @@ class PageTest(CardTest):
         self.assert_silent()
 
     def test_names_of_strangers_are_shown_and_nothing_more(self):
+        (self.card.clips.parent / "EDITLIST").mkdir()
         names = [MARKUP, "0002" + HEBREW, "0003" + REVERSED]
         for name, title in zip(names, (SCRIPT, HEBREW, LONG)):
-            self.card.add(name, title=title, codec=escape(title), memos=[(1, LONG, title)])
+            self.card.add(name, title=title, codec=escape(title), rate=escape(title),
+                          memos=[(1, LONG, title)])
+            event = ("<Event><Duration>9</Duration><Source>"
+                     f"<ClipName>{escape(title)}</ClipName></Source></Event>")
+            self.card.add_raw(f"../EDITLIST/{name}.XML", edit_list(
+                event * 2, head=f"<Codec>{escape(title)}</Codec><FrameRate>{LONG}</FrameRate>"))
         self.open()
         shown = self.shown()
         self.assertIn(MARKUP, shown)
@@ -98,7 +105,7 @@ class PageTest(CardTest):
             self.browser.show(width=width)
             self.assertLessEqual(self.browser.run("document.documentElement.scrollWidth"), width)
             self.assertLess(self.browser.run("Math.max(...Array.from(document.querySelectorAll("
-                                             "'.clip'), each => each.offsetHeight))"), 400)
+                                             "'.clip, .edit'), each => each.offsetHeight))"), 400)
         self.assert_silent()
 
     def test_is_read_without_script(self):

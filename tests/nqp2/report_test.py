@@ -4,11 +4,13 @@
 
 import os
 import re
+import signal
 import struct
+import subprocess
 import unittest
 from html.parser import HTMLParser
 
-from program import PROGRAM, CardTest, can_trace, main, run
+from program import PROGRAM, CardTest, can_trace, command_line, main, run
 
 PICTURE = re.compile(r'<img [^>]*src="data:image/jpeg;base64,')
 WORKER = os.path.join(os.path.dirname(PROGRAM), "nqp2-worker")
@@ -65,6 +67,16 @@ class ReportTest(CardTest):
         self.assertTrue(outline.policy.startswith("default-src 'none'; img-src data:;"))
         return page, outline.text, result.stderr
 
+    def worker_with(self, signal_name, clip):
+        """A worker that gets a signal where it reads that clip's icon."""
+        worker = self.folder / "worker"
+        worker.write_text("#!/bin/sh\nexport ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0\n"
+                          "exec strace -f -o /dev/null -e trace=pread64 -P "
+                          f"{self.card.path}/CONTENTS/ICON/{clip}.BMP "
+                          f"-e inject=pread64:signal={signal_name} {WORKER} \"$@\"\n")
+        worker.chmod(0o755)
+        return worker
+
     def test_tells_takes_lists_what_was_taken_in_and_what_was_skipped(self):
         self.card.add("0001AA", duration=100, identifier="1" * 64, relation=(
             f"<Relation><Connection><Top><GlobalClipID>{'1' * 64}</GlobalClipID></Top><Next>"
@@ -99,16 +111,23 @@ class ReportTest(CardTest):
         for number in range(6):
             self.card.add(f"000{number}AA")
             self.add_icon(f"000{number}AA", bitmap())
-        dying = self.folder / "dying"
-        dying.write_text("#!/bin/sh\nexport ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0\n"
-                         "exec strace -f -o /dev/null -e trace=pread64 -P "
-                         f"{self.card.path}/CONTENTS/ICON/0003AA.BMP "
-                         f"-e inject=pread64:signal=KILL {WORKER} \"$@\"\n")
-        dying.chmod(0o755)
-        page, _, told = self.written("--worker", dying)
+        page, _, told = self.written("--worker", self.worker_with("KILL", "0003AA"))
         self.assertEqual(len(PICTURE.findall(page)), 5)
         self.assertEqual(told, "6 clips, 1 without a picture\n")
         self.assertEqual(page.count("The worker ended while it read the file."), 1)
+
+    @unittest.skipUnless(os.path.exists(WORKER) and can_trace(), "strace cannot trace here")
+    def test_what_a_stopped_worker_keeps_waiting_is_told_and_can_be_ended(self):
+        self.card.add("0001AA")
+        self.add_icon("0001AA", bitmap())
+        line = command_line("report", self.card.path, "-o", self.page, "--worker",
+                            self.worker_with("STOP", "0001AA"))
+        with subprocess.Popen(line, stderr=subprocess.PIPE, text=True) as program:
+            self.assertEqual(program.stderr.readline(), "nqp2: waiting for the picture of 0001AA: "
+                             "the worker has not answered for 10 seconds\n")
+            program.send_signal(signal.SIGINT)
+            self.assertEqual(program.wait(timeout=10), -signal.SIGINT)
+        self.assertFalse(self.page.exists())
 
     def test_without_a_worker_there_is_a_page_that_says_so(self):
         self.card.add("0001AA")
@@ -120,6 +139,7 @@ class ReportTest(CardTest):
     def test_a_page_is_replaced_as_a_whole_or_not_at_all(self):
         self.card.add("0001AA")
         self.page.write_text("old")
+        (self.folder / ".nqp2-killed.part").write_text("what a killed writer has left")
         self.written()
         self.assertEqual(sorted(os.listdir(self.folder)), ["card", "page.html"])
         shown = run("report", self.card.path, "-o", "-")

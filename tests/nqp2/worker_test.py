@@ -223,6 +223,8 @@ class CameraTest(CardTest):
         self.assertEqual([(track["codec"], track["format"]) for track in clip["metadata"]["tracks"]],
                          [("DV", "720x576 50i")])
         self.assertIn({"path": "Duration", "text": "0.200000"}, clip["metadata"]["others"])
+        page = run("report", self.folder / "camera", "-o", "-").stdout
+        self.assertIn("DV 720x576 50i", page)
         found = [(clip["ClipName"], clip["FrameRate"], clip["Duration"], clip["ActivePixel"],
                   sum(map(bool, clip["AudioPath"])))
                  for clip in self.told("clips", sample("camera"))["clips"]]

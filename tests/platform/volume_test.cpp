@@ -25,11 +25,11 @@ TEST(Volume, HasTheNameThatLeadsToItsDevice) {
     for (const char* const name : {"other", "letters", "gone"}) {
         std::filesystem::create_symlink(folder.Path(name), names + '/' + name);
     }
-    EXPECT_EQ(VolumeSerial(card, names), "");
-    std::filesystem::create_symlink(folder.Path("device"), names + "/1A2B-3C4D");
-    EXPECT_EQ(VolumeSerial(card, names), "1A2B-3C4D");
-    EXPECT_EQ(VolumeSerial(card + "/gone", names), "");
-    EXPECT_EQ(VolumeSerial(card, folder.Path("gone")), "");
+    EXPECT_EQ(VolumeName(card, names), "");
+    std::filesystem::create_symlink(folder.Path("device"), names + "/NO\\x20NAME\\x2f\\x2");
+    EXPECT_EQ(VolumeName(card, names), "NO NAME/\\x2");
+    EXPECT_EQ(VolumeName(card + "/gone", names), "");
+    EXPECT_EQ(VolumeName(card, folder.Path("gone")), "");
 }
 
 } // namespace

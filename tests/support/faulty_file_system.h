@@ -85,6 +85,11 @@ public:
         const std::lock_guard guard(m_lock);
         m_facts = std::move(facts);
     }
+    /// Lets the medium of a folder be another.
+    void SetMedium(std::function<void(const std::string& path, platform::MediumFacts&)> medium) {
+        const std::lock_guard guard(m_lock);
+        m_medium = std::move(medium);
+    }
     /// Lets the medium have that much free space.
     void SetFreeSpace(std::uint64_t bytes) { m_freeBytes = bytes; }
     /// Lets each call of one kind take at least this long, as slow media do.
@@ -170,6 +175,7 @@ private:
         IoStatus Flush() override {
             return Pass(Operation::Flush, [&] { return m_inner->Flush(); });
         }
+        void LetGo() override { m_inner->LetGo(); }
         IoStatus ReadAt(std::uint64_t position, char* buffer, std::size_t capacity,
                         std::size_t& count) override {
             count = 0;
@@ -182,6 +188,9 @@ private:
         IoStatus CommitAs(const std::string& name) override {
             return Pass(Operation::Commit, [&] { return m_inner->CommitAs(name); });
         }
+        IoStatus CommitUnflushed() override {
+            return Pass(Operation::Commit, [&] { return m_inner->CommitUnflushed(); });
+        }
     };
 
     class Reader final : public Opened<platform::FileReader> {
@@ -193,6 +202,10 @@ private:
             return Pass(Operation::ReadBlock,
                         [&] { return m_inner->Read(buffer, capacity, count); });
         }
+        IoStatus Stat(platform::FileInfo& info) override {
+            return Pass(Operation::Stat, [&] { return m_inner->Stat(info); });
+        }
+        void ReadAround() override { m_inner->ReadAround(); }
     };
 
     class Below final : public Opened<platform::Folder> {
@@ -205,6 +218,9 @@ private:
         }
         IoStatus MakeFolder(const std::string& name) override {
             return Pass(Operation::Other, name, [&] { return m_inner->MakeFolder(name); });
+        }
+        IoStatus MakeUnflushed(const std::string& name) override {
+            return Pass(Operation::Other, name, [&] { return m_inner->MakeUnflushed(name); });
         }
         IoStatus RemoveFolder(const std::string& name) override {
             return Pass(Operation::Other, name, [&] { return m_inner->RemoveFolder(name); });
@@ -248,6 +264,24 @@ private:
         IoStatus RemoveAbandoned() override {
             return Opened::Pass(Operation::Other, [&] { return m_inner->RemoveAbandoned(); });
         }
+        IoStatus Flush() override {
+            return Opened::Pass(Operation::Flush, [&] { return m_inner->Flush(); });
+        }
+        IoStatus FlushAll() override {
+            return Opened::Pass(Operation::Flush, [&] { return m_inner->FlushAll(); });
+        }
+        IoStatus KeepTime(const std::string& name, const platform::FileInfo& source) override {
+            return Pass(Operation::Other, name, [&] { return m_inner->KeepTime(name, source); });
+        }
+        IoStatus Medium(platform::MediumFacts& facts) override {
+            IoStatus status =
+                Opened::Pass(Operation::Other, [&] { return m_inner->Medium(facts); });
+            m_owner.ChangeMedium(Path(), facts);
+            return status;
+        }
+        IoStatus IsCaseBlind(bool& isBlind) override {
+            return Opened::Pass(Operation::Other, [&] { return m_inner->IsCaseBlind(isBlind); });
+        }
         IoStatus UsableSpace(std::uint64_t& bytes) override {
             return m_owner.Space(Path(), bytes, [&] { return m_inner->UsableSpace(bytes); });
         }
@@ -286,6 +320,12 @@ private:
         IoStatus status = Pass(Operation::FreeSpace, path, call);
         bytes = m_freeBytes.value_or(bytes);
         return status;
+    }
+    void ChangeMedium(const std::string& path, platform::MediumFacts& facts) {
+        const std::lock_guard guard(m_lock);
+        if (m_medium) {
+            m_medium(path, facts);
+        }
     }
     IoStatus Listed(const std::string& folder, Entries& entries, const auto& list) {
         std::size_t kept = 0;
@@ -333,6 +373,7 @@ private:
     std::vector<Fault> m_faults;
     Hook m_hook;
     std::function<void(platform::FileInfo&)> m_facts;
+    std::function<void(const std::string&, platform::MediumFacts&)> m_medium;
     std::optional<std::uint64_t> m_freeBytes;
     std::array<std::atomic<std::uint64_t>, kOperations> m_calls = {};
     std::array<std::atomic<std::int64_t>, kOperations> m_delays = {};

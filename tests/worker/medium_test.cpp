@@ -4,6 +4,7 @@
 // Media as the system really has them: full, read-only, limited, with links and pipes on them.
 
 #include "copy/copier.h"
+#include "tests/support/small_medium.h"
 #include "tests/support/swapping_link.h"
 #include "tests/worker/worker_stage.h"
 #include "worker/card_requests.h"
@@ -13,8 +14,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <numeric>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -22,10 +21,8 @@ namespace nqp2::worker {
 namespace {
 
 using test::Operation;
+using test::WithMedium;
 using testing::HasSubstr;
-
-constexpr int kPassed = 7;
-constexpr int kCannotMount = 77;
 
 class MediumTest : public testing::Test {
 protected:
@@ -68,24 +65,6 @@ protected:
     test::TempFolder m_to;
     TransferSizes m_sizes;
 };
-
-/// Runs a test's body in a process that sees a file system of its own, of that size, under `path`.
-void WithMedium(const std::string& path, const char* size, const std::function<void()>& body) {
-    const int result = test::RunInChild([&] {
-        const std::string options = std::string("size=") + size;
-        if (unshare(CLONE_NEWNS) != 0 ||
-            mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-            mount("medium", path.c_str(), "tmpfs", 0, options.c_str()) != 0) {
-            return kCannotMount;
-        }
-        body();
-        return testing::Test::HasFailure() ? 1 : kPassed;
-    });
-    if (result == kCannotMount) {
-        GTEST_SKIP() << "a file system cannot be mounted here";
-    }
-    EXPECT_EQ(result, kPassed);
-}
 
 TEST_F(MediumTest, OneThatFillsUpLeavesNothingHalf) {
     const std::vector<std::string> units = EncodePictures(kDv25Pal, 8);

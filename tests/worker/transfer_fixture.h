@@ -6,6 +6,7 @@
 #include "copy/failure.h"
 #include "tests/support/card_builder.h"
 #include "tests/support/faulty_file_system.h"
+#include "tests/support/files_below.h"
 #include "worker/recording.h"
 #include "worker/transfer.h"
 
@@ -16,7 +17,6 @@
 #include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <limits>
 #include <map>
 #include <string>
@@ -54,18 +54,7 @@ public:
     }
 };
 
-/// Every file below a folder with its content; hidden ones too.
-inline std::map<std::string, std::string> FilesBelow(const std::string& folder) {
-    std::map<std::string, std::string> files;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-        if (entry.is_regular_file()) {
-            std::ifstream file(entry.path(), std::ios::binary);
-            files[std::filesystem::relative(entry.path(), folder)] =
-                std::string(std::istreambuf_iterator<char>(file), {});
-        }
-    }
-    return files;
-}
+using test::FilesBelow;
 
 /// Bytes that differ from block to block, with a run of zeros in the middle and at the end.
 inline std::string Essence(std::size_t size, char seed) {

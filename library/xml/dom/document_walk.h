@@ -4,6 +4,7 @@
 #pragma once
 
 #include "xml/dom/document.h"
+#include "xml/dom/known_way.h"
 #include "xml/dom/parse_error.h"
 
 #include <cstddef>
@@ -23,14 +24,25 @@ public:
     virtual void Open(std::string_view name) = 0;
     /// Of the element that was opened last, before anything in it.
     virtual void Attribute(std::string_view name, std::string_view value) = 0;
-    /// A piece of the text, which may come in several.
+    /// A piece of the text, which may come in several. Blanks between the tags of two elements may
+    /// be left out.
     virtual void Characters(std::string_view text) = 0;
     virtual void Close() = 0;
 };
 
-/// Tells of the document in `bytes`, which are decoded in place; false for one that is not plain
-/// (see quick_tokenizer.h), of which a part may have been told.
-bool TellQuickly(std::string& bytes, DocumentEvents& events);
+/// Tells of plain documents (see quick_tokenizer.h) without a tree, and of what it knows from those
+/// before without taking it apart.
+class QuickTeller {
+public:
+    /// False for a document that is not plain, of which a part may have been told.
+    bool Tell(std::string_view bytes, DocumentEvents& events);
+
+private:
+    class Sink;
+
+    KnownWay m_way{nullptr};
+    std::string m_text; ///< the document, decoded in place
+};
 
 /// The same of a tree, made of a document of that size.
 void TellTree(const Document& document, std::uint64_t bytes, DocumentEvents& events);
@@ -46,6 +58,7 @@ private:
     ParseError WalkTree(const std::string& path, DocumentEvents& events);
 
     std::string m_bytes;
+    QuickTeller m_teller;
     Document m_document{SelectionRule::Names::Qualified}; ///< for what is not plain
 };
 

@@ -3,8 +3,9 @@
 
 #pragma once
 
-#include "xml/dom/field_memory.h"
 #include "xml/dom/field_set.h"
+#include "xml/dom/known_way.h"
+#include "xml/dom/patience.h"
 
 #include <cstddef>
 #include <string>
@@ -30,7 +31,7 @@ struct FieldValues {
 };
 
 /// Reads what is wanted of plain documents without a tree: it builds nothing for what nobody asks,
-/// and goes over what it knows from the documents before, see field_memory.h.
+/// and goes over what it knows from the documents before, see stretch_memory.h.
 ///
 /// It takes what quick_tokenizer.h takes, but: at most 48 KiB, which no limit on trees or texts can
 /// meet; one base, that of the root; and a text alone in each element whose value is wanted. Of all
@@ -46,29 +47,13 @@ public:
     [[nodiscard]] const FieldValues& Values() const { return m_values; }
 
 private:
-    /// Of a row of documents for which a way to read brings nothing it is tried for some, then now
-    /// and again.
-    class Patience {
-    public:
-        [[nodiscard]] bool IsTried() const { return m_inRow < kTries || m_inRow % kPause == 0; }
-        void Note(bool isUseful) { m_inRow = isUseful ? 0 : m_inRow + 1; }
-
-    private:
-        static constexpr std::size_t kTries = 8;
-        static constexpr std::size_t kPause = 32;
-        std::size_t m_inRow = 0;
-    };
-
     bool TryRead(std::string_view bytes) noexcept;
 
     const FieldSet& m_wanted;
-    FieldMemory m_memory;
+    KnownWay m_way;
     FieldValues m_values;
     std::string m_text; ///< the document, decoded in place
-    std::string m_key;
-    std::vector<OpenedField> m_opened;
     Patience m_reading;
-    Patience m_learning;
 
     class Sink;
 };

@@ -76,6 +76,15 @@ inline std::size_t PlainTextLength(const char* at, const char* end) {
     return static_cast<std::size_t>(at - start);
 }
 
+inline bool IsBlank(std::string_view text) {
+    for (const char ch : text) {
+        if (!Is(ch, kBlank)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 /// The bytes of the character beyond ASCII at `at`, 0 where there is none that XML allows. Reads
 /// no byte behind one that does not go on a character.
 inline std::size_t LengthOfCharacter(const char* at) {

@@ -45,7 +45,7 @@ inline constexpr int kMaxDepth = 200;
 /// - bool Characters(type, text) within the root, bool Comment(text) anywhere;
 /// - std::size_t Leap(at, depth): asked within the root before each step; 0 to have it done. A sink
 ///   that knows what the next steps would come to has told itself of them, and returns their
-///   number of bytes, with the depth behind them: see field_memory.h.
+///   number of bytes, with the depth behind them: see stretch_memory.h.
 /// What returns false there ends the reading.
 template <class Sink>
 class Tokenizer {

@@ -192,9 +192,10 @@ void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
     html.Open("h2").Foreign(NameOf(whole.parent_path())).Close("h2");
     PutState(html, Lacks(page, index));
     html.Open("dl");
-    const CString serial = scan.card.Found() ? scan.card.Found()->serialNo : CString();
+    const FoundCard found = scan.card.Found() ? *scan.card.Found() : FoundCard();
     PutFact(html, "Kind", KindText(scan.kind));
-    PutFact(html, "Serial number", BytesFromText(serial));
+    PutFact(html, "Volume", BytesFromText(found.label));
+    PutFact(html, "Serial number", BytesFromText(found.serialNo));
     PutFact(html, "Format", FormatsText(card));
     PutFact(html, "Clips", fmt::format("{}", card.clips.size()));
     PutFact(html, "Length", LengthText(card));

@@ -90,8 +90,8 @@ void ReadSpace(CardContents& contents) {
 /// Reads one clip after the other, all but its files.
 class ClipReader {
 public:
-    ClipReader(const tool::CardScan& scan, CardContents& contents)
-        : m_scan(scan), m_taken(ReadIngestList(scan, contents)) {}
+    ClipReader(const tool::CardScan& scan, CardContents& contents, tool::MediaDescriber& describer)
+        : m_scan(scan), m_taken(ReadIngestList(scan, contents)), m_describer(describer) {}
 
     void Read(ClipContents& contents) {
         const _tag_P2Clip& clip = *contents.clip;
@@ -110,8 +110,11 @@ public:
 private:
     void ReadMetadata(const _tag_P2Clip& clip, ClipContents& contents) {
         CString problem;
-        if (m_metadata.Read(clip, contents.metadata, problem) == MetadataStatus::Unreadable) {
+        const MetadataStatus status = m_metadata.Read(clip, contents.metadata, problem);
+        if (status == MetadataStatus::Unreadable) {
             contents.unread = BytesFromText(problem);
+        } else if (status == MetadataStatus::NoFile && !clip.VideoPath.IsEmpty()) {
+            m_describer.Describe(clip.VideoPath, contents.metadata, contents.unread);
         }
         contents.metadata.others.RemoveAll(); // many, and not shown
     }
@@ -119,13 +122,13 @@ private:
     const tool::CardScan& m_scan;
     std::map<CString, Segments> m_taken;
     ClipMetadataReader m_metadata;
+    tool::MediaDescriber& m_describer;
 };
 
 void ReadFiles(CardContents& card) {
-    ClipFileReader reader(card.scan->card.Root());
     CArray<ClipFile> files;
     for (ClipContents& clip : card.clips) {
-        reader.Read(*clip.clip, files);
+        card.scan->files->Read(*clip.clip, files);
         for (const ClipFile& file : files) {
             card.bytes += file.size;
             if (file.state != ClipFileState::Present) {
@@ -136,8 +139,8 @@ void ReadFiles(CardContents& card) {
 }
 
 /// All but files and pictures.
-void ReadCard(CardContents& card) {
-    ClipReader reader(*card.scan, card);
+void ReadCard(CardContents& card, tool::MediaDescriber& describer) {
+    ClipReader reader(*card.scan, card, describer);
     for (ClipContents& clip : card.clips) {
         reader.Read(clip);
     }
@@ -147,7 +150,8 @@ void ReadCard(CardContents& card) {
 
 } // namespace
 
-std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool::ClipOrder& clips) {
+std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool::ClipOrder& clips,
+                                       tool::MediaDescriber& describer) {
     std::vector<CardContents> all(scans.cards.size());
     for (std::size_t i = 0; i < all.size(); ++i) {
         all[i].scan = &scans.cards[i];
@@ -161,7 +165,9 @@ std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool:
     // thread they come last.
     auto files = std::async(std::launch::async | std::launch::deferred,
                             [&] { std::for_each(all.begin(), all.end(), ReadFiles); });
-    std::for_each(all.begin(), all.end(), ReadCard);
+    for (CardContents& card : all) {
+        ReadCard(card, describer);
+    }
     files.get();
     return all;
 }

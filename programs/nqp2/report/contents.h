@@ -5,6 +5,7 @@
 
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_table.h"
+#include "nqp2/media_describer.h"
 #include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/ClipMetadata.h"
 #include "NQP2ParserU/P2EDL.h"
@@ -48,7 +49,9 @@ struct CardContents {
 
 /// Reads all but the pictures, card by card. The clips are the scans', which must outlive it, in
 /// the order in which they are shown.
-std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool::ClipOrder& clips);
+/// `describer` is asked for what only the worker can read.
+std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool::ClipOrder& clips,
+                                       tool::MediaDescriber& describer);
 
 /// Whether picture, sound and metadata are all there, and the metadata can be read.
 bool IsWhole(const ClipContents& clip);

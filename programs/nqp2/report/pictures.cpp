@@ -9,7 +9,10 @@
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -25,6 +28,7 @@ constexpr SIZE kBounds = {240, 180};
 /// A request is not so large that much would have to be asked again, nor so small that it costs.
 constexpr std::size_t kFilesAtOnce = 32;
 constexpr int kMostStarts = 24;
+constexpr std::chrono::seconds kPatience{10};
 
 /// A clip without a picture, and the files that may have one.
 struct Wish {
@@ -135,7 +139,8 @@ private:
     int m_starts = 0;
 };
 
-Pictures::Pictures(const tool::ClipOrder& clips, const std::string& worker) {
+Pictures::Pictures(tool::Console& console, const tool::ClipOrder& clips, const std::string& worker)
+    : m_console(console) {
     m_byClip.reserve(clips.size());
     for (const Clip* clip : clips) {
         m_byClip.try_emplace(clip);
@@ -184,16 +189,32 @@ void Pictures::End(const std::string& remark, std::exception_ptr error) {
     m_news.notify_one();
 }
 
+/// Any news, also of other clips, begins the silence anew.
+template <class IsKnown>
+void Pictures::Wait(std::unique_lock<std::mutex>& lock, const std::string& what, IsKnown isKnown) {
+    while (!isKnown()) {
+        if (m_isSilenceTold) {
+            m_news.wait(lock);
+        } else if (m_news.wait_for(lock, kPatience) == std::cv_status::timeout && !isKnown()) {
+            m_isSilenceTold = true;
+            m_console.Message(fmt::format("nqp2: waiting for {}: the worker has not answered for "
+                                          "{} seconds",
+                                          what, kPatience.count()));
+        }
+    }
+}
+
 const SmallPicture& Pictures::Of(const Clip& clip) {
     Known& known = m_byClip.at(&clip);
     std::unique_lock lock(m_mutex);
-    m_news.wait(lock, [&] { return known.isFinal || m_isOver; });
+    Wait(lock, "the picture of " + BytesFromText(clip.ClipName),
+         [&] { return known.isFinal || m_isOver; });
     return known.picture;
 }
 
 const std::string& Pictures::Remark() {
     std::unique_lock lock(m_mutex);
-    m_news.wait(lock, [&] { return m_isOver; });
+    Wait(lock, "the last pictures", [&] { return m_isOver; });
     if (m_error != nullptr) {
         std::rethrow_exception(m_error);
     }

@@ -20,8 +20,9 @@ namespace nqp2::report {
 /// ends the worker is left out, and the worker is started again.
 class Pictures {
 public:
-    /// Begins to ask for them, in the clips' order. The clips must outlive it.
-    Pictures(const tool::ClipOrder& clips, const std::string& worker);
+    /// Begins to ask for them, in the clips' order. Clips and console must outlive it. A worker
+    /// that is long silent while somebody waits is told of once.
+    Pictures(tool::Console& console, const tool::ClipOrder& clips, const std::string& worker);
     ~Pictures();
     Pictures(const Pictures&) = delete;
     Pictures& operator=(const Pictures&) = delete;
@@ -40,8 +41,12 @@ private:
     class Asking;
 
     void AskForAll(const tool::ClipOrder& clips, const std::string& worker);
+    template <class IsKnown>
+    void Wait(std::unique_lock<std::mutex>& lock, const std::string& what, IsKnown isKnown);
     void End(const std::string& remark, std::exception_ptr error = nullptr);
 
+    tool::Console& m_console;
+    bool m_isSilenceTold = false;
     std::unordered_map<const _tag_P2Clip*, Known> m_byClip; ///< complete before the asking begins
     std::string m_remark;
     std::exception_ptr m_error;

@@ -18,6 +18,14 @@
 namespace nqp2::report {
 namespace {
 
+/// Of clips on one card.
+constexpr std::size_t kMostNames = 12;
+
+/// What there is room for of a card's label: the last step of a path.
+std::string ShortLabel(const std::string& label) {
+    return label.substr(label.rfind('/') + 1);
+}
+
 /// A segment, there or missing, as it comes in its take.
 struct Piece {
     Block block;
@@ -71,7 +79,7 @@ private:
             piece.block.below = tool::LengthText(clip);
             piece.block.link = PlaceOf(card, clip);
             if (m_page.cards.size() > 1) {
-                piece.block.below += " \xC2\xB7 " + contents.scan->label;
+                piece.block.below += " \xC2\xB7 " + ShortLabel(contents.scan->label);
             }
         }
         piece.block.tip = piece.block.label;
@@ -115,6 +123,27 @@ private:
     std::int64_t m_length = 0;
 };
 
+/// Which segments are on which card, copies too.
+void PutCards(Html& html, const PageContents& page, const JoinedTake& take) {
+    std::map<std::int64_t, std::vector<std::string>> names;
+    for (const TakeSegment& segment : take.segments) {
+        names[segment.card].push_back(BytesFromText(segment.clipName));
+    }
+    if (names.size() < 2) {
+        return;
+    }
+    html.Open("ul").With("class", "where");
+    for (auto& [card, clips] : names) {
+        const std::size_t more = clips.size() - std::min(clips.size(), kMostNames);
+        clips.resize(clips.size() - more);
+        const std::string& label = page.cards[static_cast<std::size_t>(card)].scan->label;
+        html.Open("li").Foreign(fmt::format("{}{}", fmt::join(clips, ", "),
+                                            more > 0 ? fmt::format(" and {} more", more) : ""));
+        html.Text(" on ").Foreign(label).Close("li");
+    }
+    html.Close("ul");
+}
+
 void PutTake(Html& html, const PageContents& page, const JoinedTake& take) {
     Strip strip(page, take);
     const std::vector<Block> blocks = strip.Blocks();
@@ -124,6 +153,7 @@ void PutTake(Html& html, const PageContents& page, const JoinedTake& take) {
                  take.complete ? Own("complete") : Own("incomplete"));
     html.Close("h4");
     PutTrack(html, "strip", strip.Length(), blocks);
+    PutCards(html, page, take);
     if (!take.missing.IsEmpty()) {
         html.Open("p").With("class", "lack").Text("Missing: ");
         for (int i = 0; i < take.missing.GetSize(); ++i) {

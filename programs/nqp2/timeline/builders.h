@@ -7,6 +7,7 @@
 #include "nqp2/timeline/remarks.h"
 #include "NQP2ParserU/CardFinder.h"
 #include "NQP2ParserU/CArray.h"
+#include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/P2Clip.h"
 #include "NQP2ParserU/P2EDL.h"
 #include "NQP2ParserU/ScanReport.h"
@@ -38,6 +39,7 @@ struct CardView {
     CardKind kind = CardKind::P2;
     const CArray<_tag_P2Clip>* clips = nullptr;
     const ScanReport* report = nullptr;
+    ClipFileReader* files = nullptr;
     std::string name; ///< of a timeline of its clips
     /// The whole path of the system behind an interface path.
     std::function<std::string(const CString& path)> pathOf;

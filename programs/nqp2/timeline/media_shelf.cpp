@@ -53,8 +53,8 @@ std::string TextOf(const CString& text) {
 } // namespace
 
 MediaShelf::MediaShelf(const CardView& card, const BuildOptions& options, Remarks& remarks)
-    : m_card(card), m_options(options), m_remarks(remarks), m_files(card.root),
-      m_metadata(card.root), m_takes(PlacesInTakes(*card.report)) {}
+    : m_card(card), m_options(options), m_remarks(remarks), m_metadata(card.root),
+      m_takes(PlacesInTakes(*card.report)) {}
 
 std::size_t MediaShelf::Of(const _tag_P2Clip& clip) {
     const auto known = m_clips.find(Key(clip.ClipName));
@@ -130,7 +130,7 @@ std::size_t MediaShelf::AddFile(const std::string& path, bool isThere, bool hasP
 
 void MediaShelf::AddFiles(const _tag_P2Clip& clip, Media& media) {
     CArray<ClipFile> files;
-    if (!m_files.Read(clip, files)) {
+    if (!m_card.files->Read(clip, files)) {
         m_remarks.Add(media.name + ": there is no memory to look for its files");
     }
     ClipFile picture;

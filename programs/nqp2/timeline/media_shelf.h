@@ -6,7 +6,6 @@
 #include "nqp2/timeline/builders.h"
 #include "nqp2/timeline/model.h"
 #include "nqp2/timeline/reel_names.h"
-#include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/ClipMetadata.h"
 
 #include <map>
@@ -43,7 +42,6 @@ private:
     const BuildOptions& m_options;
     Remarks& m_remarks;
     std::shared_ptr<Sources> m_sources = std::make_shared<Sources>();
-    ClipFileReader m_files;
     ClipMetadataReader m_metadata;
     std::map<CString, std::size_t> m_clips; ///< media by the names of clips in capitals
     std::map<CString, std::size_t> m_missing;

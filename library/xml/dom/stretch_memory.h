@@ -19,8 +19,8 @@
 /// are open, and the namespaces that these declare. A stretch is the bytes that the tokenizer once
 /// went through from one position to another, from the end of a step to the end of a step. The same
 /// bytes at the same position lead to the same position again, and are as well-formed as they were
-/// then. So they are compared with one memcmp, and the elements that count among those that they
-/// open are told once more. Below the root no stretch opens or closes an element that declares
+/// then. So they are compared with one memcmp, and what the reader noted of them, its marks, is told
+/// once more. Below the root no stretch opens or closes an element that declares
 /// something: the tokenizer keeps count of these, and must see them. Bytes that are not known are
 /// taken apart as ever, and are known from then on: a document that differs here and there costs no
 /// more than the differences. Where documents teach nothing about the next ones, their readers stop
@@ -46,24 +46,27 @@ struct Position {
     Stretch* firstStretch = nullptr;
 };
 
-/// An element that counts and is opened in a stretch.
-struct OpenedField {
-    const Position* position;
-    std::string_view attribute; ///< the one that is wanted
+/// What a reader noted in a stretch: of all that it met there, what counts for it.
+struct Mark {
+    enum class Kind : char { Open, Attribute, Text, Close };
+    Kind kind;
+    const Position* position = nullptr; ///< of an element that is opened
+    std::string_view name;              ///< of element or attribute, without prefix
+    std::string_view text;              ///< which the memory keeps
 };
 
 struct Stretch {
     std::string_view bytes;
     Position* end = nullptr;
-    const OpenedField* opened = nullptr;
-    std::size_t openedCount = 0;
+    std::span<const Mark> marks;
     Stretch* next = nullptr; ///< of the same position
 };
 
 /// Positions and stretches. Takes at most some hundred KiB, then starts anew.
-class FieldMemory {
+class StretchMemory {
 public:
-    explicit FieldMemory(const FieldSet& wanted) : m_wanted(wanted) {}
+    /// `wanted` must outlive this object; null where the reader wants no values.
+    explicit StretchMemory(const FieldSet* wanted) : m_wanted(wanted) {}
 
     /// Before each document: the position outside of the root. Whether it is learned from: where it
     /// is not, nothing is kept but the positions of what counts.
@@ -88,8 +91,7 @@ public:
         return each;
     }
     /// Keeps a stretch, unless enough of them start there.
-    void Learn(Position& from, std::string_view bytes, Position& to,
-               std::span<const OpenedField> opened);
+    void Learn(Position& from, std::string_view bytes, Position& to, std::span<const Mark> marks);
     /// A copy that lives as long as the stretches.
     std::string_view Keep(std::string_view text) { return m_arena.Copy(text); }
 
@@ -106,7 +108,7 @@ private:
     }
     Position* StrangerBelow(Position& parent, std::string_view name);
 
-    const FieldSet& m_wanted;
+    const FieldSet* m_wanted;
     Arena m_arena;
     Position* m_outside = nullptr;
     bool m_isLearning = true;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "xml/dom/field_memory.h"
+#include "xml/dom/stretch_memory.h"
 
 #include <memory>
 #include <new>
@@ -17,25 +17,26 @@ constexpr std::size_t kMostStretches = 8; ///< from one position
 } // namespace
 
 template <class Type>
-Type& FieldMemory::Make(const Type& value) {
+Type& StretchMemory::Make(const Type& value) {
     static_assert(std::is_trivially_destructible_v<Type>, "dropped with the arena");
     static_assert(alignof(Type) <= alignof(NodeName), "as the arena aligns");
     return *new (m_arena.Allocate(sizeof(Type))) Type(value);
 }
 
-Position& FieldMemory::Begin(bool isLearning) {
+Position& StretchMemory::Begin(bool isLearning) {
     m_isLearning = isLearning;
     if (m_outside == nullptr || m_arena.Used() > kMostKept) {
         m_outside = nullptr;
         m_isFull = false;
         m_arena.Clear();
-        m_outside = &Make(Position{{}, {}, nullptr, &m_wanted.Top()});
+        m_outside =
+            &Make(Position{{}, {}, nullptr, m_wanted != nullptr ? &m_wanted->Top() : nullptr});
     }
     return *m_outside;
 }
 
-Position* FieldMemory::Below(Position& parent, std::string_view name, std::string_view key,
-                             bool declares) {
+Position* StretchMemory::Below(Position& parent, std::string_view name, std::string_view key,
+                               bool declares) {
     if (parent.isStranger || (!m_isLearning && WantedBelow(parent, name) == nullptr)) {
         return StrangerBelow(parent, name);
     }
@@ -58,7 +59,7 @@ Position* FieldMemory::Below(Position& parent, std::string_view name, std::strin
     return *last;
 }
 
-Position* FieldMemory::StrangerBelow(Position& parent, std::string_view name) {
+Position* StretchMemory::StrangerBelow(Position& parent, std::string_view name) {
     if (parent.stranger == nullptr) {
         parent.stranger = &Make(Position{});
         parent.stranger->parent = &parent;
@@ -69,18 +70,17 @@ Position* FieldMemory::StrangerBelow(Position& parent, std::string_view name) {
     return parent.stranger;
 }
 
-void FieldMemory::Learn(Position& from, std::string_view bytes, Position& to,
-                        std::span<const OpenedField> opened) {
+void StretchMemory::Learn(Position& from, std::string_view bytes, Position& to,
+                          std::span<const Mark> marks) {
     Stretch** last = &from.firstStretch;
     for (std::size_t count = 0; *last != nullptr; last = &(*last)->next) {
         if (++count == kMostStretches) {
             return;
         }
     }
-    auto* const kept =
-        static_cast<OpenedField*>(m_arena.Allocate(opened.size() * sizeof(OpenedField)));
-    std::uninitialized_copy(opened.begin(), opened.end(), kept);
-    *last = &Make(Stretch{Keep(bytes), &to, kept, opened.size()});
+    auto* const kept = static_cast<Mark*>(m_arena.Allocate(marks.size() * sizeof(Mark)));
+    std::uninitialized_copy(marks.begin(), marks.end(), kept);
+    *last = &Make(Stretch{Keep(bytes), &to, {kept, marks.size()}});
 }
 
 } // namespace nqp2::dom

@@ -1,0 +1,175 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "offload/card_identity.h"
+
+#include "NQP2ParserU/TextBytes.h"
+#include "offload/mhl/hash_format.h"
+#include "platform/case_fold.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <ctime>
+#include <map>
+#include <set>
+
+namespace nqp2::offload {
+namespace {
+
+constexpr const char* kMarkVersion = "version";
+
+struct Member {
+    const char* name;
+    std::string CardIdentity::*value;
+};
+constexpr Member kMembers[] = {{"cardSerial", &CardIdentity::serial},
+                               {"cardClips", &CardIdentity::clips},
+                               {"cardFiles", &CardIdentity::files}};
+
+std::string DigestText(mhl::Hasher& hasher) {
+    return hasher.Value().Text(mhl::HashFormat::Xxh128);
+}
+
+/// Texts behind each other, so that no two lists give the same bytes.
+void AddText(mhl::Hasher& hasher, std::string_view text) {
+    hasher.Add(std::to_string(text.size()) + ':');
+    hasher.Add(text);
+}
+
+/// A time as every system tells it of the same file: FAT counts in steps of two seconds, and its
+/// local times are shifted by quarters of an hour.
+std::string TimeMark(std::time_t time) {
+    constexpr std::time_t kStep = 2;
+    constexpr std::time_t kShift = 15 * 60;
+    return std::to_string((time % kShift + kShift) % kShift / kStep);
+}
+
+std::string FilesDigest(const FolderIndex& index) {
+    mhl::Hasher hasher(mhl::HashFormat::Xxh128);
+    const mhl::Tree& tree = index.tree;
+    for (mhl::NodeId node = tree.FirstInPostOrder(mhl::kScope); node != mhl::kNoNode;
+         node = tree.NextInPostOrder(node, mhl::kScope)) {
+        AddText(hasher, tree.PathOf(node));
+        if (!tree.IsFolder(node)) {
+            AddText(hasher, std::to_string(tree.SizeOf(node).value_or(0)));
+            AddText(hasher, TimeMark(tree.ModifiedOf(node).value_or(0)));
+        }
+    }
+    return DigestText(hasher);
+}
+
+std::string ClipsDigest(const GivenFolder& given) {
+    std::set<std::string> identifiers;
+    for (const CardContents& card : given.cards) {
+        for (const _tag_P2Clip& clip : card.clips) {
+            identifiers.insert(platform::FoldNameCase(BytesFromText(clip.GlobalClipID)));
+        }
+    }
+    identifiers.erase("");
+    if (identifiers.empty()) {
+        return "";
+    }
+    mhl::Hasher hasher(mhl::HashFormat::Xxh128);
+    for (const std::string& identifier : identifiers) {
+        AddText(hasher, identifier);
+    }
+    return DigestText(hasher);
+}
+
+/// How often clips and edit lists say that a clip which is here lies on the card of that number.
+class SerialVotes {
+public:
+    explicit SerialVotes(const CardContents& card) {
+        for (const _tag_P2Clip& clip : card.clips) {
+            m_here.insert(KeyOf(clip.GlobalClipGuid));
+        }
+        for (const _tag_P2Clip& clip : card.clips) {
+            Count(clip.TopClipGuid, clip.TopSerialNo);
+            Count(clip.PreviousClipGuid, clip.PreviousSerialNo);
+            Count(clip.NextClipGuid, clip.NextSerialNo);
+        }
+        for (const tag_P2EDL& list : card.lists) {
+            for (const tag_P2EDLClipTrackEvent& event : list.Events) {
+                Count(event.GlobalClipGuid, event.P2SerialNo);
+            }
+        }
+    }
+
+    [[nodiscard]] std::string Winner() const {
+        const auto most =
+            std::max_element(m_votes.begin(), m_votes.end(),
+                             [](const auto& a, const auto& b) { return a.second < b.second; });
+        return most == m_votes.end() ? "" : most->first;
+    }
+
+private:
+    static std::string KeyOf(const GUID& guid) {
+        return {reinterpret_cast<const char*>(&guid), sizeof guid};
+    }
+    void Count(const GUID& clip, const CString& serial) {
+        if (clip != GUID() && !serial.IsEmpty() && m_here.contains(KeyOf(clip))) {
+            ++m_votes[BytesFromText(serial)];
+        }
+    }
+
+    std::set<std::string> m_here;
+    std::map<std::string, int> m_votes;
+};
+
+/// Of a card alone: several have none in common.
+std::string SerialOf(const GivenFolder& given) {
+    if (given.cards.size() != 1) {
+        return "";
+    }
+    const CardContents& card = given.cards.front();
+    const std::string told = SerialVotes(card).Winner();
+    return told.empty() ? BytesFromText(card.card.serialNo) : told;
+}
+
+} // namespace
+
+CardIdentity IdentityOf(const GivenFolder& given, const FolderIndex& index) {
+    return {SerialOf(given), ClipsDigest(given), FilesDigest(index)};
+}
+
+std::vector<mhl::MetadataEntry> EntriesOf(const CardIdentity& identity) {
+    std::vector<mhl::MetadataEntry> entries;
+    for (const Member& member : kMembers) {
+        entries.push_back({member.name, identity.*member.value});
+    }
+    return entries;
+}
+
+CardIdentity IdentityIn(const std::vector<mhl::MetadataEntry>& entries) {
+    CardIdentity identity;
+    for (const mhl::MetadataEntry& entry : entries) {
+        for (const Member& member : kMembers) {
+            if (entry.name == member.name) {
+                identity.*member.value = entry.value;
+            }
+        }
+    }
+    return identity;
+}
+
+std::string MarkText(const CardIdentity& identity) {
+    nlohmann::json mark = {{kMarkVersion, 1}};
+    for (const Member& member : kMembers) {
+        mark[member.name] = identity.*member.value;
+    }
+    return mark.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + '\n';
+}
+
+CardIdentity IdentityInMark(const std::string& text) {
+    const nlohmann::json mark = nlohmann::json::parse(text, nullptr, false);
+    CardIdentity identity;
+    for (const Member& member : kMembers) {
+        if (mark.is_object() && mark.contains(member.name) && mark[member.name].is_string()) {
+            identity.*member.value = mark[member.name].get<std::string>();
+        }
+    }
+    return identity;
+}
+
+} // namespace nqp2::offload

@@ -1,0 +1,28 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "console/value.h"
+#include "offload/mhl/tree.h"
+#include "offload/walk.h"
+
+/// What the documents of several commands have in common.
+namespace nqp2::offload {
+
+/// A list of what is made of each element while it is written. The items outlive it.
+template <class Items, class RecordOfItem>
+tool::Sequence Each(const Items& items, RecordOfItem recordOf) {
+    return {items.size(), [&items, recordOf](tool::ValueSink& sink, std::size_t index) {
+                tool::Put(sink, tool::Value(recordOf(items[index])));
+            }};
+}
+
+/// {"format", "text"} of each hash.
+tool::List HashList(const mhl::Hashes& hashes);
+/// {"format", "content", "structure"} of each pair.
+tool::List FolderHashList(const mhl::FolderHashes& hashes);
+/// {"path", "reason"} of each entry that was kept.
+tool::Sequence OddList(const OddEntries& entries);
+
+} // namespace nqp2::offload

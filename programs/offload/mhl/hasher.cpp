@@ -1,0 +1,188 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "offload/mhl/hash_format.h"
+
+#include <iterator>
+#include <memory>
+#include <new>
+#include <openssl/evp.h>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+#include <xxhash.h>
+
+namespace nqp2::mhl {
+namespace {
+
+/// One format's way from bytes to a digest.
+class Method {
+public:
+    virtual ~Method() = default;
+    virtual void Add(std::string_view bytes) = 0;
+    /// The digest, and a new beginning.
+    virtual void Take(HashFormat format, Hashes& hashes) = 0;
+};
+
+struct FreeXxh3 {
+    void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
+};
+struct FreeXxh64 {
+    void operator()(XXH64_state_t* state) const { XXH64_freeState(state); }
+};
+struct FreeDigestContext {
+    void operator()(EVP_MD_CTX* context) const { EVP_MD_CTX_free(context); }
+};
+struct FreeDigestMethod {
+    void operator()(EVP_MD* method) const { EVP_MD_free(method); }
+};
+
+template <class Canonical>
+std::string_view DigestOf(const Canonical& canonical) {
+    return {reinterpret_cast<const char*>(canonical.digest), std::size(canonical.digest)};
+}
+
+template <class Pointer>
+Pointer Required(Pointer pointer) {
+    if (pointer == nullptr) {
+        throw std::bad_alloc();
+    }
+    return pointer;
+}
+
+class Xxh3 final : public Method {
+public:
+    explicit Xxh3(HashFormat format) : m_isWide(format == HashFormat::Xxh128) { Begin(); }
+    void Add(std::string_view bytes) override {
+        if (m_isWide) {
+            XXH3_128bits_update(m_state.get(), bytes.data(), bytes.size());
+        } else {
+            XXH3_64bits_update(m_state.get(), bytes.data(), bytes.size());
+        }
+    }
+    void Take(HashFormat format, Hashes& hashes) override {
+        if (m_isWide) {
+            XXH128_canonical_t canonical;
+            XXH128_canonicalFromHash(&canonical, XXH3_128bits_digest(m_state.get()));
+            hashes.Set(format, DigestOf(canonical));
+        } else {
+            XXH64_canonical_t canonical;
+            XXH64_canonicalFromHash(&canonical, XXH3_64bits_digest(m_state.get()));
+            hashes.Set(format, DigestOf(canonical));
+        }
+        Begin();
+    }
+
+private:
+    void Begin() {
+        if (m_isWide) {
+            XXH3_128bits_reset(m_state.get());
+        } else {
+            XXH3_64bits_reset(m_state.get());
+        }
+    }
+
+    bool m_isWide;
+    std::unique_ptr<XXH3_state_t, FreeXxh3> m_state{Required(XXH3_createState())};
+};
+
+class Xxh64 final : public Method {
+public:
+    Xxh64() { XXH64_reset(m_state.get(), 0); }
+    void Add(std::string_view bytes) override {
+        XXH64_update(m_state.get(), bytes.data(), bytes.size());
+    }
+    void Take(HashFormat format, Hashes& hashes) override {
+        XXH64_canonical_t canonical;
+        XXH64_canonicalFromHash(&canonical, XXH64_digest(m_state.get()));
+        hashes.Set(format, DigestOf(canonical));
+        XXH64_reset(m_state.get(), 0);
+    }
+
+private:
+    std::unique_ptr<XXH64_state_t, FreeXxh64> m_state{Required(XXH64_createState())};
+};
+
+/// A digest of the cryptographic library; finding one by its name takes longer than a small file.
+class Cryptographic final : public Method {
+public:
+    explicit Cryptographic(const char* name)
+        : m_method(EVP_MD_fetch(nullptr, name, nullptr)), m_context(Required(EVP_MD_CTX_new())) {
+        if (m_method == nullptr) {
+            throw std::runtime_error(std::string("this system has no ") + name);
+        }
+        Check(EVP_DigestInit_ex(m_context.get(), m_method.get(), nullptr));
+    }
+    void Add(std::string_view bytes) override {
+        Check(EVP_DigestUpdate(m_context.get(), bytes.data(), bytes.size()));
+    }
+    void Take(HashFormat format, Hashes& hashes) override {
+        std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+        unsigned size = 0;
+        Check(EVP_DigestFinal_ex(m_context.get(), digest.data(), &size));
+        Check(static_cast<int>(size == FactsOf(format).bytes));
+        hashes.Set(format, {reinterpret_cast<const char*>(digest.data()), size});
+        Check(EVP_DigestInit_ex(m_context.get(), nullptr, nullptr));
+    }
+
+private:
+    static void Check(int result) {
+        if (result != 1) {
+            throw std::runtime_error("the cryptographic library failed");
+        }
+    }
+
+    std::unique_ptr<EVP_MD, FreeDigestMethod> m_method;
+    std::unique_ptr<EVP_MD_CTX, FreeDigestContext> m_context;
+};
+
+std::unique_ptr<Method> MethodOf(HashFormat format) {
+    switch (format) {
+    case HashFormat::C4:
+        return std::make_unique<Cryptographic>("SHA512");
+    case HashFormat::Md5:
+        return std::make_unique<Cryptographic>("MD5");
+    case HashFormat::Sha1:
+        return std::make_unique<Cryptographic>("SHA1");
+    case HashFormat::Xxh64:
+        return std::make_unique<Xxh64>();
+    case HashFormat::Xxh128:
+    case HashFormat::Xxh3:
+        break;
+    }
+    return std::make_unique<Xxh3>(format);
+}
+
+} // namespace
+
+struct Hasher::State {
+    std::vector<std::pair<HashFormat, std::unique_ptr<Method>>> methods;
+};
+
+Hasher::Hasher(FormatSet formats) : m_formats(formats), m_state(std::make_unique<State>()) {
+    for (const HashFormatFacts& each : kHashFormats) {
+        if (formats.Has(each.format)) {
+            m_state->methods.emplace_back(each.format, MethodOf(each.format));
+        }
+    }
+}
+
+Hasher::~Hasher() = default;
+Hasher::Hasher(Hasher&& other) noexcept = default;
+Hasher& Hasher::operator=(Hasher&& other) noexcept = default;
+
+void Hasher::Add(std::string_view bytes) {
+    for (const auto& [format, method] : m_state->methods) {
+        method->Add(bytes);
+    }
+}
+
+Hashes Hasher::Value() {
+    Hashes hashes;
+    for (const auto& [format, method] : m_state->methods) {
+        method->Take(format, hashes);
+    }
+    return hashes;
+}
+
+} // namespace nqp2::mhl

@@ -1,0 +1,210 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "offload/sealing.h"
+
+#include "copy/failure.h"
+#include "NQP2ParserU/Interrupt.h"
+#include "offload/list_copying.h"
+#include "offload/list_head.h"
+#include "offload/mhl/comparison.h"
+
+#include <fmt/core.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace nqp2::offload {
+namespace {
+
+using copy::Failure;
+using copy::Require;
+using platform::Folder;
+using platform::IoError;
+using platform::IoStatus;
+
+constexpr std::string_view kAsideMark = ".differs-";
+
+const std::string kLists(mhl::kHistoryFolder);
+
+IoStatus MakeAndOpen(Folder& above, const std::string& name, std::unique_ptr<Folder>& folder) {
+    const IoStatus status = above.MakeFolder(name);
+    return status || status.error == IoError::Exists ? above.OpenFolder(name, folder) : status;
+}
+
+/// Whether a path is that of something which a run has set aside: "A/B.MXF.differs-1".
+bool IsSetAside(const mhl::Tree& tree, const std::string& path) {
+    const std::size_t mark = path.rfind(kAsideMark);
+    return mark != std::string::npos && mark + kAsideMark.size() < path.size() &&
+           path.find_first_not_of("0123456789", mark + kAsideMark.size()) == std::string::npos &&
+           tree.Find(std::string_view(path).substr(0, mark)) != mhl::kNoNode;
+}
+
+/// The pattern that fits a name and nothing else.
+std::string PatternOf(const std::string& name) {
+    constexpr std::string_view kSpecial = "\\*?[]!# ";
+    std::string pattern;
+    for (const char letter : name) {
+        pattern += kSpecial.find(letter) == std::string_view::npos ? "" : "\\";
+        pattern += letter;
+    }
+    return pattern;
+}
+
+/// Looks what a copy that was there before holds beside the card, and tells what of it the list has
+/// to ignore: what was set aside.
+std::vector<std::string> PatternsOfCopy(const Plan& plan, const Target& target, CopyOutcome& copy) {
+    if (target.state == TargetState::New) {
+        return {};
+    }
+    std::unique_ptr<Folder> root;
+    Require(platform::Files().OpenFolder(target.path, root), "open", target.path);
+    const OddEntries strange = StrangeEntries(
+        plan.index.tree, *root, plan.ignored,
+        [](const auto& /*path*/, const auto& /*info*/) { return !WasInterrupted(); });
+    std::vector<std::string> patterns;
+    for (const OddEntry& each : strange.Kept()) {
+        if (IsSetAside(plan.index.tree, each.path)) {
+            patterns.push_back(PatternOf(platform::NamePart(each.path)));
+        } else {
+            copy.strange.Add(each.path, each.why);
+        }
+    }
+    return patterns;
+}
+
+/// Where everything came from and went to.
+std::string CommentOf(const Plan& plan, std::size_t target) {
+    std::vector<std::string> others;
+    for (std::size_t i = 0; i < plan.targets.size(); ++i) {
+        if (i != target) {
+            others.push_back(plan.targets[i].path);
+        }
+    }
+    std::string comment =
+        fmt::format("source: {}\ntarget: {}", plan.card, plan.targets[target].path);
+    return others.empty() ? comment
+                          : fmt::format("{}\nother targets: {}", comment, fmt::join(others, ", "));
+}
+
+mhl::ManifestHead HeadOf(const Plan& plan, std::size_t target) {
+    mhl::ManifestHead head = NewHead(mhl::Process::Transfer);
+    head.comment = CommentOf(plan, target);
+    head.metadata = EntriesOf(plan.identity);
+    return head;
+}
+
+void AddGeneration(Plan& plan, std::size_t target, CopyOutcome& copy) {
+    const std::string& path = plan.targets[target].path;
+    mhl::History history = mhl::History::Open(platform::Files(), path);
+    if (history.Found().Faults() != 0) {
+        throw Failure("The list of " + path +
+                      " has faults: " + history.Found().Kept().front().Text() + ".");
+    }
+    for (const std::string& pattern : PatternsOfCopy(plan, plan.targets[target], copy)) {
+        if (!history.Ignore(pattern)) {
+            throw Failure("There is too much in " + path + " that was set aside.");
+        }
+    }
+    mhl::Compare(history, plan.index.tree);
+    Require(history.AddGeneration(HeadOf(plan, target), plan.index.tree, copy.lists),
+            "write the list of", path);
+}
+
+/// The copy is finished from here on.
+void TakeMarkAway(const Plan& plan, const Target& target) {
+    std::unique_ptr<Folder> root;
+    std::unique_ptr<Folder> lists;
+    Require(target.opened->OpenFolder(plan.name, root), "open", target.path);
+    Require(root->OpenFolder(kLists, lists), "open the lists of", target.path);
+    const IoStatus removed = lists->RemoveFile(std::string(kMarkFile));
+    if (removed.error != IoError::NotFound) {
+        Require(removed, "end", target.path);
+    }
+    // Media without owners let no one set times: nothing is lost.
+    static_cast<void>(root->KeepTime("", plan.index.InfoOf(mhl::kScope)));
+    Require(root->FlushAll(), "flush", target.path);
+}
+
+/// A line of md5sum, which writes a backslash before one whose name holds one or a line's end.
+std::string SumLine(const std::string& sum, const std::string& name) {
+    std::string escaped;
+    for (const char letter : name) {
+        escaped += letter == '\\' ? "\\\\" : letter == '\n' ? "\\n" : letter == '\r' ? "\\r" : "";
+        if (letter != '\\' && letter != '\n' && letter != '\r') {
+            escaped += letter;
+        }
+    }
+    return fmt::format("{}{}  {}\n", escaped == name ? "" : "\\", sum, escaped);
+}
+
+/// Gives what has the name another one.
+IoStatus SetAside(Folder& folder, const std::string& name) {
+    constexpr int kMostTries = 10'000;
+    IoStatus status{IoError::Exists, "all names for it are taken"};
+    for (int number = 1; number < kMostTries && status.error == IoError::Exists; ++number) {
+        status = folder.MoveToFree(name, fmt::format("{}{}{}", name, kAsideMark, number));
+    }
+    return status;
+}
+
+} // namespace
+
+IoStatus BeginCopy(const Target& target, const std::string& name, const CardIdentity& identity) {
+    std::unique_ptr<Folder> root;
+    std::unique_ptr<Folder> lists;
+    IoStatus status = MakeAndOpen(*target.opened, name, root);
+    if (status) {
+        status = MakeAndOpen(*root, kLists, lists);
+    }
+    return status ? lists->WriteWhole(std::string(kMarkFile), MarkText(identity)) : status;
+}
+
+void SealCopy(Plan& plan, std::size_t target, CopyOutcome& copy) {
+    try {
+        if (plan.history && plan.history->Found().Faults() == 0) {
+            CopyLists(plan, plan.targets[target]);
+        }
+        if (plan.targets[target].state == TargetState::Unfinished) {
+            RemoveUnlisted(plan, plan.targets[target]);
+        }
+        AddGeneration(plan, target, copy);
+        TakeMarkAway(plan, plan.targets[target]);
+        copy.proof.isSealed = true;
+    } catch (const Failure& failure) {
+        copy.notSealed = failure.what();
+    }
+}
+
+void WriteSums(const Plan& plan, std::size_t target, CopyOutcome& copy) {
+    const mhl::Tree& tree = plan.index.tree;
+    Folder& folder = *plan.targets[target].opened;
+    const std::string name = plan.name + ".md5";
+    const std::string path = platform::PathIn(plan.targets[target].folder, name);
+    std::unique_ptr<platform::FileWriter> writer;
+    Require(folder.Create(name, writer), "write", path);
+    std::uint64_t position = 0;
+    for (mhl::NodeId node = tree.FirstInPostOrder(mhl::kScope); node != mhl::kNoNode;
+         node = tree.NextInPostOrder(node, mhl::kScope)) {
+        if (!tree.IsFolder(node)) {
+            const std::string line = SumLine(tree.HashesOf(node).Text(mhl::HashFormat::Md5),
+                                             plan.name + '/' + tree.PathOf(node));
+            Require(writer->WriteAt(position, line), "write", path);
+            position += line.size();
+        }
+    }
+    Require(writer->Flush(), "write", path);
+    IoStatus status = writer->Commit();
+    if (status.error == IoError::Exists) {
+        Require(SetAside(folder, name), "set aside", path);
+        status = writer->Commit();
+    }
+    Require(status, "write", path);
+    copy.sums = path;
+}
+
+} // namespace nqp2::offload

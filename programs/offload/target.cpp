@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "offload/target.h"
+
+#include "console/console.h"
+#include "offload/mhl/history.h"
+#include "platform/durable_file.h"
+
+#include <algorithm>
+#include <optional>
+#include <ranges>
+
+namespace nqp2::offload {
+
+using platform::EntryKind;
+using platform::FileInfo;
+using platform::Folder;
+using platform::IoError;
+using platform::IoStatus;
+using tool::Failure;
+
+namespace {
+
+constexpr std::uint64_t kLongestMark = 65536;
+
+/// Entries that mean something: not what killed programs left, nor a folder of lists without any.
+bool IsEmpty(Folder& folder) {
+    std::vector<platform::FolderEntry> entries;
+    if (!folder.List(entries)) {
+        return false;
+    }
+    return std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
+        std::unique_ptr<Folder> below;
+        return platform::IsLeftoverName(entry.name) ||
+               (entry.name == mhl::kHistoryFolder && folder.OpenFolder(entry.name, below) &&
+                IsEmpty(*below));
+    });
+}
+
+/// The identity that an unfinished copy has; nothing when there is no mark in it.
+std::optional<CardIdentity> MarkIn(Folder& copy) {
+    std::unique_ptr<Folder> lists;
+    std::string text;
+    if (!copy.OpenFolder(std::string(mhl::kHistoryFolder), lists) ||
+        lists->Read(std::string(kMarkFile), kLongestMark, text).error == IoError::NotFound) {
+        return std::nullopt;
+    }
+    return IdentityInMark(text);
+}
+
+/// The identity that the newest list tells which tells one.
+CardIdentity IdentityInLists(const std::string& path) {
+    const mhl::History history = mhl::History::Open(platform::Files(), path);
+    for (const mhl::Generation& generation : std::views::reverse(history.Generations())) {
+        CardIdentity identity = IdentityIn(generation.head.metadata);
+        if (!identity.files.empty()) {
+            return identity;
+        }
+    }
+    return {};
+}
+
+void SetState(Target& target, TargetState same, const CardIdentity& found,
+              const CardIdentity& card) {
+    if (found.IsSame(card)) {
+        target.state = same;
+    } else {
+        target.whyTaken = found.files.empty()        ? "it is no copy that this program made"
+                          : found.IsOtherState(card) ? "it is a copy of this card in another state"
+                                                     : "it is a copy of another card";
+    }
+}
+
+} // namespace
+
+std::string MarkPath() {
+    return platform::PathIn(std::string(mhl::kHistoryFolder), std::string(kMarkFile));
+}
+
+std::vector<FileId> IdsUpward(const std::string& path) {
+    std::vector<FileId> ids;
+    FileInfo info;
+    for (std::string step = path; platform::Files().Stat(step, info); step += "/..") {
+        if (!ids.empty() && ids.back() == IdOf(info)) {
+            break; // the top is above itself
+        }
+        ids.push_back(IdOf(info));
+    }
+    return ids;
+}
+
+Target OpenTarget(const std::string& folder) {
+    Target target;
+    target.folder = folder;
+    std::unique_ptr<Folder> opened;
+    if (const IoStatus status = platform::Files().OpenFolder(folder, opened); !status) {
+        throw Failure(folder, "is no folder that can be copied to", status.reason);
+    }
+    target.opened = std::move(opened);
+    target.upward = IdsUpward(folder);
+    // What cannot be asked is unknown, which speaks against the copy by itself.
+    static_cast<void>(target.opened->Medium(target.medium));
+    return target;
+}
+
+void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
+    target.path = platform::PathIn(target.folder, name);
+    target.state = TargetState::Taken;
+    FileInfo info;
+    const IoStatus status = target.opened->Stat(name, info);
+    std::unique_ptr<Folder> copy;
+    if (status.error == IoError::NotFound) {
+        target.state = TargetState::New;
+    } else if (!status) {
+        target.whyTaken = status.reason;
+    } else if (info.kind != EntryKind::Folder) {
+        target.whyTaken = info.kind == EntryKind::Link ? "it is a link" : "it is a file";
+    } else if (const IoStatus opening = target.opened->OpenFolder(name, copy); !opening) {
+        target.whyTaken = opening.reason;
+    } else if (const std::optional<CardIdentity> mark = MarkIn(*copy)) {
+        SetState(target, TargetState::Unfinished, *mark, card);
+    } else if (IsEmpty(*copy)) {
+        target.state = TargetState::New;
+    } else {
+        SetState(target, TargetState::Finished, IdentityInLists(target.path), card);
+    }
+}
+
+} // namespace nqp2::offload

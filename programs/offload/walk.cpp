@@ -1,0 +1,256 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "offload/walk.h"
+
+#include "copy/failure.h"
+#include "offload/mhl/chain.h"
+#include "offload/mhl/name_rules.h"
+#include "platform/durable_file.h"
+
+#include <fmt/core.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace nqp2::offload {
+
+using mhl::NodeId;
+using platform::EntryKind;
+using platform::FileInfo;
+using platform::Folder;
+using platform::FolderEntry;
+using platform::IoStatus;
+
+void OddEntries::Add(std::string path, std::string why) {
+    ++m_count;
+    if (m_kept.size() < kMostKept) {
+        m_kept.push_back({std::move(path), std::move(why)});
+    }
+}
+
+FileInfo FolderIndex::InfoOf(NodeId node) const {
+    const Stamp& stamp = m_stamps[node];
+    FileInfo info;
+    info.kind = tree.IsFolder(node) ? EntryKind::Folder : EntryKind::File;
+    info.size = tree.SizeOf(node).value_or(0);
+    info.modified = tree.ModifiedOf(node).value_or(0);
+    info.modifiedNanoseconds = stamp.modifiedNanoseconds;
+    info.device = m_device;
+    info.inode = stamp.inode;
+    info.changed = stamp.changed;
+    info.changedNanoseconds = stamp.changedNanoseconds;
+    return info;
+}
+
+void FolderIndex::Note(NodeId node, const FileInfo& info) {
+    if (node == mhl::kScope) {
+        m_device = info.device;
+    }
+    m_stamps.resize(node + std::size_t{1});
+    m_stamps[node] = {info.inode, info.changed, info.modifiedNanoseconds, info.changedNanoseconds};
+    tree.SetModified(node, info.modified);
+}
+
+namespace {
+
+/// Takes a file or folder of a walk; the number under which a folder is entered, nothing to pass it
+/// over.
+using TakeEntry = std::function<std::optional<NodeId>(NodeId parent, const std::string& path,
+                                                      std::string_view name, const FileInfo& info)>;
+
+class Walk {
+public:
+    Walk(const mhl::IgnoreList& ignored, const OnFolder& onFolder, TakeEntry take,
+         WalkFindings& findings)
+        : m_ignored(ignored), m_onFolder(onFolder), m_take(std::move(take)), m_findings(findings) {}
+
+    /// From the top; `info` is its own.
+    void Run(Folder& root, const FileInfo& info) {
+        m_device = info.device;
+        Enter(root, mhl::kScope, "", info);
+    }
+
+private:
+    void Enter(Folder& folder, NodeId node, const std::string& path, const FileInfo& info) {
+        if (!m_onFolder(path, info)) {
+            throw copy::Failure("Cancelled.");
+        }
+        std::vector<FolderEntry> entries;
+        if (const IoStatus status = folder.List(entries); !status) {
+            m_findings.unread.Add(path, status.reason);
+        }
+        for (const FolderEntry& entry : entries) {
+            Take(folder, node, path.empty() ? entry.name : path + '/' + entry.name, entry.name);
+        }
+    }
+
+    void Take(Folder& folder, NodeId parent, const std::string& path, const std::string& name) {
+        FileInfo info;
+        if (const IoStatus status = folder.Stat(name, info); !status) {
+            m_findings.unread.Add(path, status.reason);
+            return;
+        }
+        const bool isFolder = info.kind == EntryKind::Folder;
+        if (isFolder && name == mhl::kHistoryFolder) {
+            m_findings.histories.push_back(path);
+        } else if (m_ignored.IsIgnoredItself(path, isFolder)) {
+            m_findings.ignored.Add(path, "fits a pattern");
+        } else if (const std::string fault = FaultOf(info, name, path); !fault.empty()) {
+            m_findings.leftOut.Add(path, fault);
+        } else if (const std::optional<NodeId> node = m_take(parent, path, name, info);
+                   node && isFolder) {
+            Open(folder, *node, path, name, info);
+        }
+    }
+
+    [[nodiscard]] std::string FaultOf(const FileInfo& info, const std::string& name,
+                                      const std::string& path) const {
+        if (info.kind == EntryKind::Link) {
+            return "is a link";
+        }
+        if (info.kind == EntryKind::Other) {
+            return "is neither file nor folder";
+        }
+        if (info.device != m_device) {
+            return "is on another file system, which hides what the card has there";
+        }
+        if (platform::IsLeftoverName(name)) {
+            return "is what a killed program left of a file";
+        }
+        if (const std::string fault = mhl::NameFault(name); !fault.empty()) {
+            return "has a name that no list can hold: it " + fault;
+        }
+        return path.size() > mhl::kMaxPathBytes || m_depth >= mhl::kMaxPathParts
+                   ? "is too deep for a list"
+                   : "";
+    }
+
+    void Open(Folder& folder, NodeId node, const std::string& path, const std::string& name,
+              const FileInfo& info) {
+        std::unique_ptr<Folder> below;
+        if (const IoStatus status = folder.OpenFolder(name, below); !status) {
+            m_findings.unread.Add(path, status.reason);
+            return;
+        }
+        ++m_depth;
+        Enter(*below, node, path, info);
+        --m_depth;
+    }
+
+    const mhl::IgnoreList& m_ignored;
+    const OnFolder& m_onFolder;
+    TakeEntry m_take;
+    WalkFindings& m_findings;
+    std::uint64_t m_device = 0;
+    std::size_t m_depth = 1; ///< parts of the paths in the folder
+};
+
+/// The root's own facts.
+FileInfo InfoOfRoot(const Folder& root) {
+    FileInfo info;
+    copy::Require(platform::Files().Stat(root.Path(), info), "read", root.Path());
+    return info;
+}
+
+/// Whether a file has not been written since, nor another put in its place. Of a folder what is in
+/// it tells, and litter that is ignored changes its times.
+bool IsSameState(const FileInfo& one, const FileInfo& other) {
+    const bool isSame =
+        one.kind == other.kind && one.device == other.device && one.inode == other.inode;
+    return isSame &&
+           (one.kind == EntryKind::Folder ||
+            (one.size == other.size && one.modified == other.modified &&
+             one.modifiedNanoseconds == other.modifiedNanoseconds && one.changed == other.changed &&
+             one.changedNanoseconds == other.changedNanoseconds));
+}
+
+void AddAll(const OddEntries& from, OddEntries& to) {
+    for (const OddEntry& each : from.Kept()) {
+        to.Add(each.path, each.why);
+    }
+}
+
+} // namespace
+
+void WalkFolder(Folder& root, const mhl::IgnoreList& ignored, const OnFolder& onFolder,
+                FolderIndex& index) {
+    const FileInfo top = InfoOfRoot(root);
+    index.Note(mhl::kScope, top);
+    const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
+                          const FileInfo& info) {
+        const bool isFolder = info.kind == EntryKind::Folder;
+        const std::optional<NodeId> node =
+            isFolder ? index.tree.AddFolder(parent, name)
+                     : index.tree.AddFile(parent, name, info.size, info.modified);
+        if (!node) {
+            index.unread.Add(path, "is listed twice");
+            return node;
+        }
+        index.Note(*node, info);
+        index.bytes += isFolder ? 0 : info.size;
+        if (!isFolder && (index.largest == mhl::kNoNode ||
+                          info.size > index.tree.SizeOf(index.largest).value_or(0))) {
+            index.largest = *node;
+        }
+        return node;
+    };
+    Walk(ignored, onFolder, take, index).Run(root, top);
+    index.tree.Sort();
+}
+
+OddEntries ChangesSince(const FolderIndex& before, Folder& root, const mhl::IgnoreList& ignored,
+                        const OnFolder& onFolder) {
+    OddEntries changes;
+    std::vector<bool> isMet(before.tree.Size());
+    const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
+                          const FileInfo& info) {
+        const NodeId node = before.tree.Find(parent, name);
+        if (node == mhl::kNoNode) {
+            changes.Add(path, "is new");
+            return std::optional<NodeId>();
+        }
+        isMet[node] = true;
+        const bool isSame = IsSameState(before.InfoOf(node), info);
+        if (!isSame) {
+            changes.Add(path, "has changed");
+        }
+        return isSame ? std::optional(node) : std::nullopt;
+    };
+    WalkFindings findings;
+    Walk(ignored, onFolder, take, findings).Run(root, InfoOfRoot(root));
+    for (NodeId node = 1; node < before.tree.Size(); ++node) {
+        if (!isMet[node] &&
+            (before.tree.ParentOf(node) == mhl::kScope || isMet[before.tree.ParentOf(node)])) {
+            changes.Add(before.tree.PathOf(node), "is not there any more, or not reached");
+        }
+    }
+    if (findings.unread.Count() != before.unread.Count()) {
+        AddAll(findings.unread, changes);
+    }
+    if (findings.leftOut.Count() != before.leftOut.Count()) {
+        AddAll(findings.leftOut, changes);
+    }
+    return changes;
+}
+
+OddEntries StrangeEntries(const mhl::Tree& tree, Folder& root, const mhl::IgnoreList& ignored,
+                          const OnFolder& onFolder) {
+    OddEntries strange;
+    const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
+                          const FileInfo& /*info*/) {
+        const NodeId node = tree.Find(parent, name);
+        if (node == mhl::kNoNode) {
+            strange.Add(path, "is not the card's");
+        }
+        return node == mhl::kNoNode ? std::nullopt : std::optional(node);
+    };
+    WalkFindings findings;
+    Walk(ignored, onFolder, take, findings).Run(root, InfoOfRoot(root));
+    AddAll(findings.leftOut, strange);
+    return strange;
+}
+
+} // namespace nqp2::offload
