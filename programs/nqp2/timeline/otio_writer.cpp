@@ -209,7 +209,7 @@ private:
     void PutGap(std::int64_t length, const FrameRate& rate) {
         m_json.BeginObject("Gap.1");
         PutNoMetadata();
-        m_json.Member("name", std::string_view());
+        m_json.Member("name", std::string_view(""));
         PutRange(m_json, "source_range", 0, length, rate);
         PutEffects(m_json);
         m_json.EmptyList("markers");

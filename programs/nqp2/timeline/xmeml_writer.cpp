@@ -135,7 +135,7 @@ private:
         m_xml.Text("name", m_timeline.name);
         m_xml.Number("duration", m_timeline.Length());
         PutRate(m_xml, m_timeline.rate);
-        PutTimecode(m_xml, m_timeline.start, m_timeline.rate, m_timeline.dropFrame, {});
+        PutTimecode(m_xml, m_timeline.start, m_timeline.rate, m_timeline.dropFrame, "");
         m_xml.Open("media");
         m_xml.Open("video");
         PutPictureFormat(m_timeline.raster, m_timeline.rate);

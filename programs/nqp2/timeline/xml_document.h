@@ -17,12 +17,12 @@ class XmlDocument {
 public:
     explicit XmlDocument(tool::OutputText& out) : m_out(out) {}
 
-    void Open(std::string_view name) { OpenWith(name, {}); }
+    void Open(std::string_view name) { OpenWith(name, ""); }
     /// The same with attributes as they are written: ` id="clip-1"`.
     void OpenWith(std::string_view name, std::string_view attributes);
     void Close(std::string_view name);
     /// An element without content.
-    void Empty(std::string_view name, std::string_view attributes = {});
+    void Empty(std::string_view name, std::string_view attributes = "");
     void Text(std::string_view name, std::string_view text);
     void Number(std::string_view name, std::int64_t number);
     /// "TRUE" or "FALSE".
