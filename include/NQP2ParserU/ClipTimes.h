@@ -20,6 +20,15 @@ NQP2_API const FrameRate* FindFrameRate(const CString& text) noexcept;
 /// ";" before the frames where numbers are dropped. "" where the record does not tell it.
 NQP2_API CString ClipTimecode(const _tag_P2Clip& clip, std::int64_t offset = 0) noexcept;
 
+/// The timecode of a frame that is counted from midnight, at any rate of kFrameRates. After a day
+/// it begins anew; ";" before the frames where numbers are dropped.
+NQP2_API CString FrameTimecode(std::int64_t frame, const FrameRate& rate, bool dropFrame) noexcept;
+
+/// The frame with that timecode, counted from midnight; -1 for a text that is none, or none at that
+/// rate.
+NQP2_API std::int64_t TimecodeFrame(const CString& text, const FrameRate& rate,
+                                    bool dropFrame) noexcept;
+
 /// A date text of a clip as ISO 8601 has it, with its own zone or else the one that is given:
 /// "2005-02-01T08:58:44+08:00". "" for a text that is no date.
 NQP2_API CString IsoDate(const CString& date, std::int16_t zone = ClipZones::kUnknown) noexcept;

@@ -12,8 +12,8 @@ namespace nqp2 {
 
 /// Goes on as another program, in this process: with its standard streams, its working folder and
 /// its environment. `program` is a path, `arguments` are those behind the program's own name.
-/// Comes back only when that cannot be done, with the system's reason.
-NQP2_API std::string BecomeProgram(const std::string& program,
-                                   const std::vector<std::string>& arguments);
+/// Comes back only when that cannot be done, with the system's error number (errno).
+NQP2_API int BecomeProgram(const std::string& program,
+                           const std::vector<std::string>& arguments) noexcept;
 
 } // namespace nqp2

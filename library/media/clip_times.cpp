@@ -45,6 +45,33 @@ std::int64_t Recounted(std::int64_t frame, const TimecodeRate& from, const Timec
                              to);
 }
 
+CString TimecodeOf(std::int64_t frame, const TimecodeRate& rate) {
+    const std::int64_t day = media::FrameCount({24, 0, 0, 0}, rate);
+    const std::int64_t ofDay = (frame % day + day) % day;
+    CString text = media::TimecodeText(media::FrameNumber(ofDay, rate), rate.nominal);
+    if (rate.droppedNumbers != 0) {
+        text.SetAt(text.ReverseFind(L':'), L';');
+    }
+    return text;
+}
+
+std::int64_t FrameOf(const CString& text, const TimecodeRate& rate) {
+    const std::optional<media::Timecode> timecode = media::ParseTimecode(text.View());
+    if (!timecode || timecode->hours > 23) {
+        return -1;
+    }
+    // Numbers that are dropped, and fields out of their range, are those of another frame.
+    const std::int64_t frame = media::FrameCount(*timecode, rate);
+    const std::int64_t seconds =
+        (timecode->hours * 60 + timecode->minutes) * 60 + timecode->seconds;
+    const bool isInRange = timecode->minutes < 60 && timecode->seconds < 60;
+    const std::int64_t number = seconds * rate.nominal + timecode->frames;
+    return isInRange && timecode->frames < rate.nominal && frame >= 0 &&
+                   media::FrameNumber(frame, rate) == number
+               ? frame
+               : -1;
+}
+
 CString TimecodeOf(const _tag_P2Clip& clip, std::int64_t offset) {
     const FrameRate* const rate = media::FindRate(clip.FrameRate.View());
     const TimecodeRate counted = CountedRate(clip, rate);
@@ -54,13 +81,7 @@ CString TimecodeOf(const _tag_P2Clip& clip, std::int64_t offset) {
     if (clip.StartTimecode < 0 || clip.StartTimecode >= most || counted.nominal < shown.nominal) {
         return {};
     }
-    const std::int64_t frame = Recounted(clip.StartTimecode, counted, shown) + offset;
-    const std::int64_t ofDay = frame % media::FrameCount({24, 0, 0, 0}, shown);
-    CString text = media::TimecodeText(media::FrameNumber(ofDay, shown), shown.nominal);
-    if (shown.droppedNumbers != 0) {
-        text.SetAt(text.ReverseFind(L':'), L';');
-    }
-    return text;
+    return TimecodeOf(Recounted(clip.StartTimecode, counted, shown) + offset, shown);
 }
 
 constexpr std::wstring_view kDateForm = L"0000-00-00T00:00:00";
@@ -121,6 +142,16 @@ const FrameRate* FindFrameRate(const CString& text) noexcept {
 
 CString ClipTimecode(const _tag_P2Clip& clip, std::int64_t offset) noexcept {
     return platform::Guarded(CString(), [&] { return TimecodeOf(clip, offset); });
+}
+
+CString FrameTimecode(std::int64_t frame, const FrameRate& rate, bool dropFrame) noexcept {
+    return platform::Guarded(CString(),
+                             [&] { return TimecodeOf(frame, ShownRate(rate, dropFrame)); });
+}
+
+std::int64_t TimecodeFrame(const CString& text, const FrameRate& rate, bool dropFrame) noexcept {
+    return platform::Guarded(std::int64_t{-1},
+                             [&] { return FrameOf(text, ShownRate(rate, dropFrame)); });
 }
 
 CString IsoDate(const CString& date, std::int16_t zone) noexcept {

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace nqp2::tool {
@@ -84,7 +85,9 @@ public:
     /// Comes back only by Failure.
     Status Become() const {
         const std::string program = OwnProgram(kProgram, "");
-        throw Failure(kProgram, "cannot be run", BecomeProgram(program, m_words), kWorkerFailed);
+        const int error = BecomeProgram(program, m_words);
+        throw Failure(kProgram, "cannot be run", std::generic_category().message(error),
+                      kWorkerFailed);
     }
 
 private:

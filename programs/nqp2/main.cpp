@@ -18,13 +18,13 @@ namespace {
 
 using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
-constexpr AddCommand kCommands[] = {AddClipsCommand,    AddClipCommand,     AddFormatCommand,
-                                    AddUmidCommand,     AddFreeNameCommand, AddSpaceCommand,
-                                    AddEdlCommand,      AddIngestCommand,   AddPlaylistsCommand,
-                                    AddImportCommand,   AddExportCommand,   AddDeleteCommand,
-                                    AddIconCommand,     AddSerialCommand,   AddBaseInfoCommand,
-                                    AddRtExportCommand, AddReportCommand,   AddOffloadCommand,
-                                    AddSealCommand,     AddVerifyCommand,   AddLastErrorCommand};
+constexpr AddCommand kCommands[] = {
+    AddClipsCommand,     AddClipCommand,     AddFormatCommand,   AddUmidCommand,
+    AddFreeNameCommand,  AddSpaceCommand,    AddEdlCommand,      AddIngestCommand,
+    AddPlaylistsCommand, AddImportCommand,   AddExportCommand,   AddDeleteCommand,
+    AddIconCommand,      AddSerialCommand,   AddBaseInfoCommand, AddRtExportCommand,
+    AddReportCommand,    AddTimelineCommand, AddOffloadCommand,  AddSealCommand,
+    AddVerifyCommand,    AddLastErrorCommand};
 
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {

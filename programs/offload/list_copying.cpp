@@ -15,7 +15,6 @@
 namespace nqp2::offload {
 namespace {
 
-using copy::Failure;
 using copy::FanItem;
 using copy::Require;
 using platform::Folder;
@@ -28,7 +27,7 @@ public:
     bool GoesOn() override { return !WasInterrupted(); }
     void HasRead(const FanItem& /*file*/, const copy::Digest::Bytes& /*digest*/) override {}
     void CannotRead(const FanItem& file, const std::string& sentence) override {
-        throw Failure(file.path + ": " + sentence);
+        throw copy::Failure(file.path + ": " + sentence);
     }
     void HasArrived(std::size_t /*target*/, const FanItem& /*file*/,
                     copy::Arrival /*how*/) override {}
@@ -36,10 +35,10 @@ public:
                      const std::string& /*aside*/) override {}
     void HasFailed(std::size_t /*target*/, const FanItem& item,
                    const std::string& sentence) override {
-        throw Failure(item.path + ": " + sentence);
+        throw copy::Failure(item.path + ": " + sentence);
     }
     void HasEnded(std::size_t /*target*/, const std::string& sentence) override {
-        throw Failure(sentence);
+        throw copy::Failure(sentence);
     }
 };
 

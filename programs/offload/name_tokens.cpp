@@ -19,7 +19,6 @@
 namespace nqp2::offload {
 namespace {
 
-using tool::Failure;
 using tool::kUsage;
 
 struct Token {
@@ -59,13 +58,13 @@ std::string ValueOf(std::string_view token, const NameFacts& facts, int counter)
     const auto known = std::find_if(kTokens.begin(), kTokens.end(),
                                     [&](const Token& each) { return each.name == token; });
     if (known == kTokens.end()) {
-        throw Failure(fmt::format("--name {{{}}}", token), "is no token",
-                      "there are {card} {serial} {date} {project} {counter}", kUsage);
+        throw tool::Failure(fmt::format("--name {{{}}}", token), "is no token",
+                            "there are {card} {serial} {date} {project} {counter}", kUsage);
     }
     std::string value = Fit(facts.*known->value);
     if (value.empty()) {
-        throw Failure(fmt::format("--name {{{}}}", token), "has no value for this card",
-                      known->missing, kUsage);
+        throw tool::Failure(fmt::format("--name {{{}}}", token), "has no value for this card",
+                            known->missing, kUsage);
     }
     return value;
 }

@@ -17,7 +17,6 @@ namespace nqp2::offload {
 namespace {
 
 using platform::IoStatus;
-using tool::Failure;
 using tool::kUsage;
 
 constexpr int kMostCounted = 9999;
@@ -25,7 +24,7 @@ constexpr int kMostCounted = 9999;
 void OpenCard(Plan& plan) {
     const IoStatus status = platform::Files().OpenFolder(plan.card, plan.opened);
     if (!status) {
-        throw Failure(plan.card, "is no folder that can be copied", status.reason);
+        throw tool::Failure(plan.card, "is no folder that can be copied", status.reason);
     }
     static_cast<void>(plan.opened->Medium(plan.medium));
 }
@@ -38,7 +37,7 @@ void WalkCard(Plan& plan, const std::function<bool()>& goesOn) {
     WalkFolder(*plan.opened, plan.Rules(), onFolder, plan.index);
     const bool isEmpty = plan.index.tree.Size() == 1 && plan.index.leftOut.Count() == 0;
     if (isEmpty && plan.index.unread.Count() == 0) {
-        throw Failure(plan.card, "is empty", "is the card mounted?");
+        throw tool::Failure(plan.card, "is empty", "is the card mounted?");
     }
 }
 
@@ -74,19 +73,19 @@ bool LookAtAll(Plan& plan, const std::string& name) {
 
 void RequireName(const std::string& name, bool isGiven) {
     if (!isGiven && IsGenericName(name)) {
-        throw Failure(name.empty() ? "/" : name, "says nothing about the card",
-                      "give its copy a name with --name", kUsage);
+        throw tool::Failure(name.empty() ? "/" : name, "says nothing about the card",
+                            "give its copy a name with --name", kUsage);
     }
     if (const std::string fault = FaultOfName(name); !fault.empty()) {
-        throw Failure("--name " + name, "cannot be the name of a copy", fault, kUsage);
+        throw tool::Failure("--name " + name, "cannot be the name of a copy", fault, kUsage);
     }
 }
 
 [[noreturn]] void ThrowTaken(const Plan& plan) {
     const auto taken = std::find_if(plan.targets.begin(), plan.targets.end(),
                                     [](const auto& each) { return Is(each, TargetState::Taken); });
-    throw Failure(taken->path, "is there already",
-                  taken->whyTaken + "; give this card another --name");
+    throw tool::Failure(taken->path, "is there already",
+                        taken->whyTaken + "; give this card another --name");
 }
 
 /// The first number under which this card's copy was begun or nothing is. A finished copy is gone
@@ -100,7 +99,7 @@ std::string CountedName(Plan& plan, const std::string& pattern, const NameFacts&
             return name;
         }
     }
-    throw Failure("--name " + pattern, "has no free number", "", kUsage);
+    throw tool::Failure("--name " + pattern, "has no free number", "", kUsage);
 }
 
 void NameCopies(Plan& plan, const std::string& pattern, const NameFacts& facts) {
@@ -122,10 +121,10 @@ void Lock(Plan& plan) {
     for (Target& target : plan.targets) {
         const IoStatus status = target.opened->LockName(plan.name, target.lock);
         if (status.error == platform::IoError::Busy) {
-            throw Failure(target.path, "is being written", "by another run of this program");
+            throw tool::Failure(target.path, "is being written", "by another run of this program");
         }
         if (!status) {
-            throw Failure(target.path, "cannot be written", status.reason);
+            throw tool::Failure(target.path, "cannot be written", status.reason);
         }
     }
     if (!LookAtAll(plan, plan.name)) {

@@ -21,7 +21,6 @@
 namespace nqp2::offload {
 namespace {
 
-using copy::Failure;
 using copy::Require;
 using platform::Folder;
 using platform::IoError;
@@ -117,12 +116,12 @@ void AddGeneration(Plan& plan, std::size_t target, CopyOutcome& copy) {
     const std::string& path = plan.targets[target].path;
     mhl::History history = mhl::History::Open(platform::Files(), path);
     if (history.Found().Faults() != 0) {
-        throw Failure("The list of " + path +
-                      " has faults: " + history.Found().Kept().front().Text() + ".");
+        throw copy::Failure("The list of " + path +
+                            " has faults: " + history.Found().Kept().front().Text() + ".");
     }
     for (const std::string& pattern : PatternsOfCopy(plan, plan.targets[target], copy)) {
         if (!history.Ignore(pattern)) {
-            throw Failure("There is too much in " + path + " that was set aside.");
+            throw copy::Failure("There is too much in " + path + " that was set aside.");
         }
     }
     HoldAgainstList(plan, history, copy);
@@ -172,7 +171,7 @@ void SealCopy(Plan& plan, std::size_t target, CopyOutcome& copy) {
         AddGeneration(plan, target, copy);
         TakeMarkAway(plan, plan.targets[target]);
         copy.proof.isSealed = true;
-    } catch (const Failure& failure) {
+    } catch (const copy::Failure& failure) {
         copy.notSealed = failure.what();
     }
 }

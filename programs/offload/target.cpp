@@ -18,7 +18,6 @@ using platform::FileInfo;
 using platform::Folder;
 using platform::IoError;
 using platform::IoStatus;
-using tool::Failure;
 
 namespace {
 
@@ -94,7 +93,7 @@ Target OpenTarget(const std::string& folder) {
     target.folder = folder;
     std::unique_ptr<Folder> opened;
     if (const IoStatus status = platform::Files().OpenFolder(folder, opened); !status) {
-        throw Failure(folder, "is no folder that can be copied to", status.reason);
+        throw tool::Failure(folder, "is no folder that can be copied to", status.reason);
     }
     target.opened = std::move(opened);
     target.upward = IdsUpward(folder);

@@ -19,7 +19,6 @@ namespace {
 
 using platform::FileInfo;
 using platform::IoStatus;
-using tool::Failure;
 using tool::kUsage;
 
 bool Contains(const std::vector<FileId>& ids, const FileId& id) {
@@ -27,7 +26,7 @@ bool Contains(const std::vector<FileId>& ids, const FileId& id) {
 }
 
 [[noreturn]] void ThrowInCard(const Target& target, const Plan& plan) {
-    throw Failure(target.folder, "lies in the card", plan.card, kUsage);
+    throw tool::Failure(target.folder, "lies in the card", plan.card, kUsage);
 }
 
 std::optional<FileId> IdBehind(const std::string& path) {
@@ -69,11 +68,11 @@ void RequireSpace(const Plan& plan) {
         sum += BytesToCome(plan, target);
         std::uint64_t free = 0;
         if (const IoStatus status = target.opened->UsableSpace(free); !status) {
-            throw Failure(target.folder, "does not tell its free space", status.reason);
+            throw tool::Failure(target.folder, "does not tell its free space", status.reason);
         }
         if (free < sum) {
-            throw Failure(target.folder, "has too little free space",
-                          fmt::format("{} bytes are needed, {} are free", sum, free));
+            throw tool::Failure(target.folder, "has too little free space",
+                                fmt::format("{} bytes are needed, {} are free", sum, free));
         }
     }
 }
@@ -84,10 +83,10 @@ void RequireSizes(const Plan& plan, const Target& target) {
     }
     const std::uint64_t size = plan.index.tree.SizeOf(plan.index.largest).value_or(0);
     if (size > target.medium.largestFile) {
-        throw Failure(target.folder, "takes no file as large as one of the card's",
-                      fmt::format("{} has {} bytes, {} can be at most",
-                                  plan.index.tree.PathOf(plan.index.largest), size,
-                                  target.medium.largestFile));
+        throw tool::Failure(target.folder, "takes no file as large as one of the card's",
+                            fmt::format("{} has {} bytes, {} can be at most",
+                                        plan.index.tree.PathOf(plan.index.largest), size,
+                                        target.medium.largestFile));
     }
 }
 
@@ -117,8 +116,8 @@ void RequireNames(const Plan& plan) {
         bool isBlind = true;
         const IoStatus status = target.opened->IsCaseBlind(isBlind);
         if (!status || isBlind) {
-            throw Failure(target.folder, "takes names of the card for one",
-                          *pair + (status ? "" : ": " + status.reason));
+            throw tool::Failure(target.folder, "takes names of the card for one",
+                                *pair + (status ? "" : ": " + status.reason));
         }
     }
 }
@@ -142,13 +141,13 @@ void RequireOwnPlaces(const Plan& plan) {
     std::vector<FileId> seen;
     for (const Target& target : plan.targets) {
         if (card.empty() || target.upward.empty()) {
-            throw Failure(target.folder, "cannot be told from the card", "");
+            throw tool::Failure(target.folder, "cannot be told from the card", "");
         }
         if (Contains(target.upward, card.front())) {
             ThrowInCard(target, plan);
         }
         if (Contains(seen, target.upward.front())) {
-            throw Failure(target.folder, "is the same place as another target", "", kUsage);
+            throw tool::Failure(target.folder, "is the same place as another target", "", kUsage);
         }
         seen.push_back(target.upward.front());
     }
@@ -171,14 +170,14 @@ void RequireApart(const Plan& plan) {
             continue;
         }
         if (Contains(card, *copy)) {
-            throw Failure(target.path,
-                          *copy == card.front() ? "is the card itself" : "holds the card", "",
-                          kUsage);
+            throw tool::Failure(target.path,
+                                *copy == card.front() ? "is the card itself" : "holds the card", "",
+                                kUsage);
         }
         for (const Target& other : plan.targets) {
             if (Contains(other.upward, *copy)) {
-                throw Failure(other.folder, "lies in the copy at another target", target.path,
-                              kUsage);
+                throw tool::Failure(other.folder, "lies in the copy at another target", target.path,
+                                    kUsage);
             }
         }
     }
@@ -187,7 +186,7 @@ void RequireApart(const Plan& plan) {
 void RequireRoom(const Plan& plan) {
     for (const Target& target : plan.targets) {
         if (target.medium.isReadOnly) {
-            throw Failure(target.folder, "cannot be written", "its medium is read-only");
+            throw tool::Failure(target.folder, "cannot be written", "its medium is read-only");
         }
         RequireSizes(plan, target);
     }

@@ -174,6 +174,27 @@ TEST(ClipTimes, TimecodeIsTheTextThatWasCounted) {
     }
 }
 
+TEST(ClipTimes, FramesOfADayHaveTimecodesOfTheirOwn) {
+    for (const FrameRate& rate : kFrameRates) {
+        for (const bool dropFrame : {false, true}) {
+            const bool drops = dropFrame && rate.droppedNumbers != 0;
+            const std::int64_t day =
+                media::FrameCount({24, 0, 0, 0}, {rate.Nominal(), drops ? rate.droppedNumbers : 0});
+            for (const std::int64_t frame : {std::int64_t{0}, std::int64_t{17981}, day - 1}) {
+                const CString text = FrameTimecode(frame, rate, dropFrame);
+                EXPECT_EQ(TimecodeFrame(text, rate, dropFrame), frame) << text;
+                EXPECT_EQ(FrameTimecode(frame + day, rate, dropFrame), text);
+                EXPECT_EQ(FrameTimecode(frame - day, rate, dropFrame), text);
+                EXPECT_EQ(text.Find(L';') >= 0, drops);
+            }
+        }
+    }
+    for (const wchar_t* text : {L"", L"24:00:00;00", L"00:60:00;00", L"00:00:60;00", L"00:00:00;30",
+                                L"00:01:00;01", L"1:00:00;00"}) {
+        EXPECT_EQ(TimecodeFrame(text, kFrameRates[1], true), -1) << CString(text);
+    }
+}
+
 TEST(ClipTimes, DatesHaveTheirOwnZoneOrTheGivenOne) {
     constexpr std::tuple<const wchar_t*, std::int16_t, const wchar_t*> kRows[] = {
         {L"2024-02-29T08:58:44", ClipZones::kUnknown, L"2024-02-29T08:58:44"},

@@ -14,7 +14,7 @@ COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
 COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", "import", "export",
             "delete", "icon", "serial", "base-info", "rt-export", "report", "offload",
-            "seal", "verify", "last-error", *GROUPS)
+            "seal", "verify", "timeline", "last-error", *GROUPS)
 HAS_WORKER = (Path(PROGRAM).parent / "nqp2-worker").is_file()
 LOST = "nqp2: standard output: cannot be written ({})"
 LEVELS = [[], *([command] for command in COMMANDS),
@@ -162,6 +162,8 @@ class CompletionTest(CardTest):
         self.card.add("0001AA")
         self.card.add_raw("0002bb.xml", b"")
         self.card.add_raw("._0001AA.XML", b"")
+        for name in ("P001AB.XML", "p002.xml"):
+            self.card.add_file("EDITLIST", name)
         folders, clips = ["card", "card two"], ["0001AA", "0002bb"]
         for words, offered in (
                 (("clips", "ca"), folders), (("clip", "card", ""), clips),
@@ -172,6 +174,8 @@ class CompletionTest(CardTest):
                 (("--drive", "E", "=", "card"), folders), (("import", "card", "0001AA", ""), clips),
                 (("import", "card", "--all", "ca"), folders),
                 (("import", "card", "--clip", "0002"), clips[1:]), (("export", "card", ""), clips),
+                (("timeline", "card", "P001AB", ""), ["P001AB", "p002"]),
+                (("timeline", "card", "-f", "e"), ["edl"]),
                 (("export", "card", "--from", "card", "0002"), clips[1:])):
             self.assertEqual(self.complete("nqp2", *words), offered, words)
 

@@ -3,6 +3,7 @@
 
 #include "platform/disk.h"
 
+#include "NQP2ParserU/WholeFile.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temp_folder.h"
 
@@ -230,6 +231,31 @@ TEST_F(DiskTest, WritesWholeFilesInAnyLetterCaseWithTheirModes) {
                                                           "Contents/EditList/P002.xml=second"));
     EXPECT_EQ(Mode("Contents/EditList/P002.xml"), 0640U);
     EXPECT_EQ(Mode("Contents/EditList/p001ab.XML"), 0666U) << "the mask takes no bits away";
+}
+
+TEST_F(DiskTest, AFileThatIsWrittenAsItComesIsThereWhenItIsFinished) {
+    m_root.Write("Old.XML", "old");
+    const auto write = [&](const std::string& name) {
+        const auto writer = std::make_unique<WholeFileWriter>(m_root.Path(name));
+        EXPECT_TRUE(writer->Write("one ") && writer->Write("two"));
+        return writer->Finish();
+    };
+    {
+        WholeFileWriter dropped(m_root.Path("old.xml"));
+        EXPECT_TRUE(dropped.Write("new"));
+        EXPECT_EQ(Tree(m_root.Path()).size(), 2U) << "under a name of its own";
+    }
+    EXPECT_THAT(Tree(m_root.Path()), ElementsAre("Old.XML=old"));
+    EXPECT_EQ(write("old.xml"), "");
+    EXPECT_EQ(write("fresh"), "");
+    EXPECT_THAT(Tree(m_root.Path()), UnorderedElementsAre("Old.XML=one two", "fresh=one two"));
+    Link(m_root.Path("fresh"), "link");
+    std::filesystem::create_directory(m_root.Path("folder"));
+    for (const std::string name : {"link", "folder", "no/such", ""}) {
+        WholeFileWriter writer(m_root.Path(name));
+        EXPECT_NE(writer.Finish(), "") << name;
+    }
+    EXPECT_EQ(Tree(m_root.Path()).size(), 4U);
 }
 
 TEST_F(DiskTest, NoLinkIsFollowedAndNoNameLeadsOut) {

@@ -3,16 +3,28 @@
 #
 # bash completion for nqp2: commands, their options, card folders and clip names.
 
-_nqp2_clip_names() {
-    local card=$1 file nocase
+# Names of a card's files that match patterns below it.
+_nqp2_titles() {
+    local card=$1 pattern file nocase IFS=
     nocase=$(shopt -p nocaseglob nullglob)
     shopt -s nocaseglob nullglob
     # Only names with a pattern in them are compared without regard to case.
-    for file in "$card"/[c]ontents/[c]lip/*.xml; do
-        file=${file##*/}
-        [[ $file == ._* ]] || printf '%s\n' "${file%.*}"
+    for pattern in "${@:2}"; do
+        for file in "$card"/$pattern; do
+            file=${file##*/}
+            [[ $file == ._* ]] || printf '%s\n' "${file%.*}"
+        done
     done
     eval "$nocase"
+}
+
+_nqp2_clip_names() {
+    _nqp2_titles "$1" '[c]ontents/[c]lip/*.xml'
+}
+
+_nqp2_list_names() {
+    _nqp2_titles "$1" '[c]ontents/[e]ditlist/*.xml' '[e]ditlist/*.xml' '[a]vchd/[b]dmv/[p]laylist/*.mpl' \
+        '[p]rivate/[a]vchd/[b]dmv/[p]laylist/*.mpl' '[b]dmv/[p]laylist/*.mpls'
 }
 
 # Fills COMPREPLY with folders, names with spaces kept whole.
@@ -58,6 +70,8 @@ _nqp2() {
         [rt-export]='--code-type --sound --bare --channels --bits --name --title --timecode --drop-frame
             --wide --json --progress --quiet --worker'
         [report]='--output --recursive --worker'
+        [timeline]='--output --form --bin --relative --media --audio --start-timecode --drop-frame --no-memos
+            --strict --worker'
         [offload]='--to --name --hash --sums --copies --no-verify-source --log --dry-run --json --progress
             --quiet'
         [seal]='--hash --json --progress --quiet'
@@ -79,9 +93,16 @@ _nqp2() {
         --sort) _nqp2_words 'name date none' "$current"; return ;;
         --to | --from) _nqp2_folders "$current"; return ;;
         --worker | --sound | --log | --output | -o) compopt -o default 2>/dev/null; return ;;
-        --drive | --bytes | --code-type | -f | --frames | --name | --channels | --bits | --title | \
-            --timecode | --copies) return ;;
+        --drive | --bytes | --code-type | --frames | --name | --channels | --bits | --title | \
+            --timecode | --start-timecode | --copies) return ;;
         --hash) _nqp2_words 'xxh128 xxh3 xxh64 md5 sha1 c4' "$current"; return ;;
+        --form) _nqp2_words 'otio edl xml ale' "$current"; return ;;
+        -f)
+            [[ " ${COMP_WORDS[*]} " == *' timeline '* ]] && _nqp2_words 'otio edl xml ale' "$current"
+            return
+            ;;
+        --media) _nqp2_words 'original proxy' "$current"; return ;;
+        --audio) _nqp2_words 'files card none' "$current"; return ;;
         --sums) _nqp2_words 'md5' "$current"; return ;;
         --progress) _nqp2_words 'bar lines json' "$current"; return ;;
         --standard)
@@ -99,7 +120,7 @@ _nqp2() {
             --clip) areCards=1; ((++i)) ;;
             --sort | --columns | --bytes | --code-type | -f | --standard | --frames | --name | --to | --worker | \
                 --output | -o | --sound | --channels | --bits | --title | --timecode | --hash | --sums | --copies | \
-                --log | --progress) ((++i)) ;;
+                --log | --progress | --form | --media | --audio | --start-timecode) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
             *)
@@ -123,7 +144,8 @@ _nqp2() {
             _nqp2_words "$global --version" "$current"
         else
             _nqp2_words 'clips clip format umid free-name space edl ingest playlists import export
-                delete icon serial base-info rt-export report offload seal verify last-error' "$current"
+                delete icon serial base-info rt-export report offload seal verify timeline
+                last-error' "$current"
         fi
     elif [[ $current == -* ]]; then
         _nqp2_words "${options[$command]-} $global" "$current"
@@ -137,6 +159,8 @@ _nqp2() {
         _nqp2_folders "$current"
     elif [[ $command == offload || $command == seal || $command == verify ]]; then
         return
+    elif [[ $command == timeline ]]; then
+        _nqp2_words "$(_nqp2_list_names "$card")" "$current"
     elif [[ $command == import || $command == delete ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
     elif [[ $command == export ]]; then

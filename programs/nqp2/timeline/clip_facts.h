@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "nqp2/timeline/model.h"
+#include "NQP2ParserU/CardFinder.h"
+#include "NQP2ParserU/P2Clip.h"
+#include "NQP2ParserU/ScanReport.h"
+
+#include <cstdint>
+#include <map>
+
+/// What editing systems ask of a clip and its record does not tell in so many words.
+namespace nqp2::timeline {
+
+/// The rate of a clip; 25 where it is none that is known, as readers of cards take it.
+FrameRate RateOf(const _tag_P2Clip& clip);
+
+Raster RasterOf(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind);
+
+/// Bits of a sample of its sound.
+std::int32_t BitsOf(const _tag_P2Clip& clip);
+
+/// The timecode of a clip's first frame as a frame count, as its files have it.
+std::int64_t StartOfClip(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind);
+
+/// Recordings of the report, by the names of their clips in capitals.
+std::map<CString, TakePlace> PlacesInTakes(const ScanReport& report);
+
+} // namespace nqp2::timeline

@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include "nqp2/card_scan.h"
+#include "NQP2ParserU/P2EDL.h"
+#include "NQP2ParserU/ScanReport.h"
+
+#include <string>
+#include <vector>
+
+namespace nqp2::tool {
+
+/// The edit lists or playlists of a card.
+class TimelineLists {
+public:
+    /// Reads all; `names`, in any letter case, choose, all when there are none. Throws the failure
+    /// to report for a name that none has, and when there are no lists.
+    TimelineLists(const CardScan& scan, const std::vector<std::string>& names);
+
+    /// By their names, or in the order in which they were asked for.
+    [[nodiscard]] const std::vector<const tag_P2EDL*>& Chosen() const { return m_chosen; }
+    /// What could not be read.
+    [[nodiscard]] const ScanReport& Report() const { return m_report; }
+
+private:
+    void Read(const CardScan& scan);
+
+    CArray<tag_P2EDL> m_lists;
+    ScanReport m_report;
+    std::vector<const tag_P2EDL*> m_chosen;
+};
+
+} // namespace nqp2::tool
