@@ -69,7 +69,7 @@ ImportRun ImportClips(WorkerSession& session, TransferWatch& watch, const Import
                       const ImportTarget& target, const TellImported& tell) {
     ImportRun result;
     for (const PlannedClip& clip : plan.clips) {
-        result.clips.push_back({&clip, ClipFate::Left, {}, ""});
+        result.clips.emplace_back().clip = &clip;
     }
     Run run(session, watch, plan);
     watch.BeginRun("import", plan.Size());

@@ -9,6 +9,7 @@
 #include "offload/arguments.h"
 #include "offload/inspection.h"
 #include "offload/inspection_json.h"
+#include "offload/odd_output.h"
 
 #include <fmt/core.h>
 
@@ -26,17 +27,6 @@ void PrintNodes(tool::Console& console, std::string_view word, const std::vector
                 const NodePath& pathOf) {
     for (const NodeId node : nodes) {
         console.WriteLine(fmt::format("{}: {}", word, pathOf(node)));
-    }
-}
-
-void PrintOdd(tool::Console& console, std::string_view word, const OddEntries& entries) {
-    for (const OddEntry& each : entries.Kept()) {
-        console.WriteLine(
-            fmt::format("{}: {} ({})", word, each.path.empty() ? "." : each.path, each.why));
-    }
-    if (entries.Count() > entries.Kept().size()) {
-        console.WriteLine(
-            fmt::format("{}: and {} more", word, entries.Count() - entries.Kept().size()));
     }
 }
 

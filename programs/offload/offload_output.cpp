@@ -9,6 +9,7 @@
 #include "console/run_progress.h"
 #include "console/value.h"
 #include "NQP2ParserU/WholeFile.h"
+#include "offload/odd_output.h"
 #include "offload/offload_json.h"
 
 #include <fmt/core.h>
@@ -18,17 +19,6 @@ namespace {
 
 using tool::BytesText;
 using tool::Console;
-
-void PrintOdd(Console& console, std::string_view word, const OddEntries& entries) {
-    for (const OddEntry& each : entries.Kept()) {
-        console.WriteLine(
-            fmt::format("{}: {} ({})", word, each.path.empty() ? "." : each.path, each.why));
-    }
-    if (entries.Count() > entries.Kept().size()) {
-        console.WriteLine(
-            fmt::format("{}: and {} more", word, entries.Count() - entries.Kept().size()));
-    }
-}
 
 void PrintCard(Console& console, const Plan& plan) {
     const FolderIndex& index = plan.index;

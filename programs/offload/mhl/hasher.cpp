@@ -13,7 +13,6 @@
 #include <xxhash.h>
 
 namespace nqp2::mhl {
-namespace {
 
 /// One format's way from bytes to a digest.
 class Method {
@@ -23,6 +22,8 @@ public:
     /// The digest, and a new beginning.
     virtual void Take(HashFormat format, Hashes& hashes) = 0;
 };
+
+namespace {
 
 struct FreeXxh3 {
     void operator()(XXH3_state_t* state) const { XXH3_freeState(state); }
