@@ -130,7 +130,8 @@ double IdleSecond() {
 }
 
 /// The same of one that does nothing else than to wait for three silent descriptors (a packet, the
-/// other side's end, the bell of an abort), and wakes as often as a wait must look at a host's flag.
+/// other side's end, the bell of an abort), and wakes as often as a wait must look at the flag of a
+/// host.
 double BareIdleSecond() {
     constexpr int kSlice = 20; ///< milliseconds
     constexpr int kSlices = 50;

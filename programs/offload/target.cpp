@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <ranges>
 
 namespace nqp2::offload {
 
@@ -50,8 +49,9 @@ std::optional<CardIdentity> MarkIn(Folder& copy) {
 
 /// The identity that the newest list tells which tells one.
 CardIdentity IdentityInLists(const mhl::History& history) {
-    for (const mhl::Generation& generation : std::views::reverse(history.Generations())) {
-        CardIdentity identity = IdentityIn(generation.head.metadata);
+    const std::vector<mhl::Generation>& generations = history.Generations();
+    for (auto generation = generations.rbegin(); generation != generations.rend(); ++generation) {
+        CardIdentity identity = IdentityIn(generation->head.metadata);
         if (!identity.files.empty()) {
             return identity;
         }

@@ -19,12 +19,12 @@
 /// are open, and the namespaces that these declare. A stretch is the bytes that the tokenizer once
 /// went through from one position to another, from the end of a step to the end of a step. The same
 /// bytes at the same position lead to the same position again, and are as well-formed as they were
-/// then. So they are compared with one memcmp, and what the reader noted of them, its marks, is told
-/// once more. Below the root no stretch opens or closes an element that declares
-/// something: the tokenizer keeps count of these, and must see them. Bytes that are not known are
-/// taken apart as ever, and are known from then on: a document that differs here and there costs no
-/// more than the differences. Where documents teach nothing about the next ones, their readers stop
-/// learning; elements that nobody asks for are strangers then, which leave nothing behind.
+/// then. So they are compared with one memcmp, and what the reader noted of them, its marks, is
+/// told once more. Below the root no stretch opens or closes an element that declares something:
+/// the tokenizer keeps count of these, and must see them. Bytes that are not known are taken apart
+/// as ever, and are known from then on: a document that differs here and there costs no more than
+/// the differences. Where documents teach nothing about the next ones, their readers stop learning;
+/// elements that nobody asks for are strangers then, which leave nothing behind.
 namespace nqp2::dom {
 
 struct Stretch;
