@@ -76,7 +76,7 @@ void MeasureIngest(Bench& bench, const fs::path& scratch, int clips) {
 
 /// The least that a figure of capacity takes: a call that looks up what a frame costs, divides by
 /// it, writes one number and returns another.
-[[gnu::noipa]] __int64 DivideAlone(std::size_t family, __int64& size) {
+[[gnu::noinline]] __int64 DivideAlone(std::size_t family, __int64& size) {
     constexpr __int64 kLimit = 4250912992;
     static constexpr std::array<__int64, 4> kFrameBytes = {120000, 144000, 240000, 480000};
     const __int64 bytes = kFrameBytes[family];
