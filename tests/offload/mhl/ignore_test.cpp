@@ -14,7 +14,7 @@ struct IgnoreCase {
     std::vector<std::string> kept;
 };
 
-const IgnoreCase kCases[] = {
+const IgnoreCase kPatterns[] = {
     {{"ascmhl", ".DS_Store"},
      {"ascmhl/", "a/ascmhl", "a/b/.DS_Store", "ascmhl/x/y"},
      {"Ascmhl", "a.DS_Store", "ascmhl2"}},
@@ -45,7 +45,7 @@ const IgnoreCase kCases[] = {
 };
 
 TEST(Ignore, LinesMeanWhatTheyMeanInAGitignore) {
-    for (const IgnoreCase& each : kCases) {
+    for (const IgnoreCase& each : kPatterns) {
         IgnoreList list;
         for (const std::string& pattern : each.patterns) {
             EXPECT_TRUE(list.Add(pattern));
