@@ -4,6 +4,7 @@
 #include "nqp2/report/sections.h"
 #include "nqp2/report/track.h"
 
+#include "nqp2/card.h"
 #include "nqp2/clip_cells.h"
 #include "nqp2/clip_table.h"
 #include "NQP2ParserU/ClipTimes.h"
@@ -253,7 +254,7 @@ private:
         }
         for (const ClipFile& file : m_contents.lacking) {
             m_html.Open("span").With("class", IsWhole(m_contents) ? Own("aside") : Own("bad"));
-            m_html.WithText("title", BytesFromText(file.path));
+            m_html.WithText("title", tool::RealPath(file.path));
             m_html.Shown(LackText(file)).Close("span");
         }
         if (!m_contents.unread.empty()) {

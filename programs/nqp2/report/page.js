@@ -25,7 +25,7 @@
       clip.row.hidden = !fits;
       shown += fits ? 1 : 0;
     }
-    count.textContent = shown === clips.length ? `${shown} clips` : `${shown} of ${clips.length} clips`;
+    count.textContent = shown === clips.length ? `${shown} ${shown === 1 ? "clip" : "clips"}` : `${shown} of ${clips.length} clips`;
   }
 
   const numbers = new Set(["length", "sound", "notes", "frames"]);
