@@ -144,6 +144,35 @@ const Danger kDangers[] = {
     {"a chain that cannot be written",
      [](RunFixture& run) { Fail(run, Operation::Other, "two/A001/ascmhl/ascmhl_chain.xml"); },
      "has no finished list"},
+    {"a folder of a copy that goes meanwhile",
+     [](RunFixture& run) {
+         AtSecondReading(
+             run, [&run] { std::filesystem::remove_all(run.folder.Path("two/A001/CONTENTS")); });
+     },
+     "does not hold all"},
+    {"a copy that is moved away meanwhile",
+     [](RunFixture& run) {
+         AtSecondReading(run, [&run] {
+             std::filesystem::rename(run.folder.Path("two/A001"), run.folder.Path("gone"));
+             run.folder.MakeFolder("two/A001");
+         });
+     },
+     "does not hold all"},
+    {"a file of a copy that is overwritten meanwhile",
+     [](RunFixture& run) {
+         AtSecondReading(run, [&run] { run.folder.Write("two/A001/LASTCLIP.TXT", "0001AC\n"); });
+     },
+     "does not hold all"},
+    {"a file of a copy that goes while the list is written",
+     [](RunFixture& run) {
+         run.files.SetHook([&run](Operation operation, const std::string& path) {
+             if (operation == Operation::Other && path.starts_with(run.folder.Path("two")) &&
+                 path.ends_with("ascmhl_chain.xml")) {
+                 std::filesystem::remove(run.folder.Path("two/A001/LASTCLIP.TXT"));
+             }
+         });
+     },
+     "does not hold all"},
     {"a medium that is pulled",
      [](RunFixture& run) {
          AtFirstWrite(run, run.folder.Path("two"), [&run] {
