@@ -71,6 +71,14 @@ const Danger kDangers[] = {
     {"two unknown disks", [](RunFixture& run) { run.diskOfOne = run.diskOfTwo = ""; },
      "1 proven copy"},
     {"the card's own disk", [](RunFixture& run) { run.diskOfTwo = "8:32"; }, "card's own medium"},
+    {"an unknown disk of the card", [](RunFixture& run) { run.diskOfCard = ""; },
+     "cannot be told from the card's medium"},
+    {"a folder of the card's own share",
+     [](RunFixture& run) {
+         run.diskOfCard = "nas:/vol";
+         run.diskOfTwo = "nas:/vol/below";
+     },
+     "card's own medium"},
     {"read once", [](RunFixture& run) { run.arguments.noVerifySource = true; }, "second time"},
     {"a link",
      [](RunFixture& run) {
