@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "platform/block_device.h"
 #include "platform/disk.h"
 #include "platform/mount_table.h"
 #include "tests/support/temp_folder.h"
@@ -90,6 +91,15 @@ TEST(Medium, OnlyKnownAndDifferentDisksAreApart) {
         other.disks = each.other;
         EXPECT_EQ(AreApart(one, other), each.areApart);
         EXPECT_EQ(AreApart(other, one), each.areApart);
+    }
+}
+
+TEST(Medium, MemoryAndWhatLiesElsewhereIsNoDisk) {
+    for (const char* disk : {"sda", "sdab", "nvme0n1", "mmcblk0", "vda", "sr0", "drbd1"}) {
+        EXPECT_TRUE(IsDisk(disk)) << disk;
+    }
+    for (const char* other : {"", "ram0", "zram1", "nbd12", "loop7"}) {
+        EXPECT_FALSE(IsDisk(other)) << other;
     }
 }
 
