@@ -89,6 +89,19 @@ const Danger kDangers[] = {
      "left out"},
     {"a name that no list holds", [](RunFixture& run) { run.folder.Write("card/\xFF.MXF"); },
      "left out"},
+    {"a file among no lists",
+     [](RunFixture& run) { run.folder.Write("card/ascmhl/CLIP.MXF", "bytes"); },
+     "1 entries of the card were left out"},
+    {"a file, a hidden one, a link and a folder among lists",
+     [](RunFixture& run) {
+         SealThenChange(run);
+         run.folder.Write("card/LASTCLIP.TXT", "0001AB\n");
+         run.folder.Write("card/ascmhl/CLIP.MXF", "bytes");
+         run.folder.Write("card/ascmhl/.CLIP.mhl", "bytes");
+         run.folder.Write("card/ascmhl/sub/CLIP.MXF", "bytes");
+         std::filesystem::create_symlink("CLIP.MXF", run.folder.Path("card/ascmhl/link.mhl"));
+     },
+     "4 entries of the card were left out"},
     {"what a killed writer left",
      [](RunFixture& run) { run.folder.Write("card/.nqp2-0123456789abcdef0123456789abcdef.part"); },
      "left out"},
