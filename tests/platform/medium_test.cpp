@@ -115,10 +115,15 @@ TEST(Medium, TheDiskBehindAFileSystemInAFileIsThatOfTheFile) {
         GTEST_SKIP() << "a file system cannot be made or mounted here";
     }
     const MediumFacts below = FactsOf(place);
+    // The path leads to another file by now.
+    ASSERT_EQ(mount(folder.Write("other").c_str(), image.c_str(), nullptr, MS_BIND, nullptr), 0);
+    const MediumFacts misled = FactsOf(place);
+    umount(image.c_str());
     umount(place.c_str());
     EXPECT_EQ(below.fileSystem, "ext4");
     EXPECT_TRUE(below.isReadOnly);
     EXPECT_EQ(below.disks, FactsOf(folder.Path()).disks);
+    EXPECT_EQ(misled.disks, std::vector<std::string>());
     EXPECT_EQ(FactsOf("/proc").disks, std::vector<std::string>());
 }
 
