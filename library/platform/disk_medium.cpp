@@ -3,6 +3,7 @@
 
 // The disks behind a folder, from what the system tells of its devices in /sys.
 
+#include "platform/block_device.h"
 #include "platform/disk.h"
 #include "platform/durable_file.h"
 #include "platform/mount_table.h"
@@ -103,13 +104,16 @@ private:
             });
         }
         const std::string file = Text(folder + "/loop/backing_file");
-        return file.empty() ? AddWhole(Text(folder + "/dev")) : AddBacking(file, depth + 1);
+        return file.empty() ? AddWhole(folder) : AddBacking(NamePart(folder), file, depth + 1);
     }
-    bool AddBacking(const std::string& file, int depth) {
+    bool AddBacking(const std::string& loop, const std::string& file, int depth) {
         const Descriptor open(::open(file.c_str(), O_PATH | O_CLOEXEC));
-        return open && AddBehindFile(open.Get(), depth);
+        struct stat facts = {};
+        return open && fstat(open.Get(), &facts) == 0 && IsBehindLoop(loop, facts) &&
+               AddBehindFile(open.Get(), depth);
     }
-    bool AddWhole(const std::string& disk) {
+    bool AddWhole(const std::string& folder) {
+        const std::string disk = IsDisk(NamePart(folder)) ? Text(folder + "/dev") : "";
         if (!disk.empty() && std::find(found.begin(), found.end(), disk) == found.end()) {
             found.push_back(disk);
         }

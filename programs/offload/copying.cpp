@@ -7,6 +7,7 @@
 #include "copy/failure.h"
 #include "copy/fan.h"
 #include "NQP2ParserU/Interrupt.h"
+#include "offload/copy_watch.h"
 #include "offload/file_hashes.h"
 #include "offload/media_order.h"
 
@@ -124,6 +125,7 @@ public:
         ++(how == Arrival::Copied     ? copy.copied
            : how == Arrival::WasThere ? copy.wereThere
                                       : copy.copiedAnew);
+        NoteArrival(m_plan.targets[m_copies[target]], file.path, file.number, copy);
     }
     void HasSetAside(std::size_t target, const FanItem& file, const std::string& aside) override {
         CopyOf(target).setAside.Add(file.path, aside);

@@ -104,13 +104,11 @@ std::vector<std::string> UnlistedIn(Folder& folder) {
 } // namespace
 
 void RemoveUnlisted(const Plan& plan, const Target& target) {
-    std::unique_ptr<Folder> root;
-    Require(platform::Files().OpenFolder(target.path, root), "open", target.path);
     std::vector<std::string> histories = plan.index.histories;
     histories.emplace_back(mhl::kHistoryFolder);
     for (const std::string& lists : histories) {
         std::unique_ptr<Folder> folder;
-        const platform::IoStatus status = OpenBelow(*root, lists, folder);
+        const platform::IoStatus status = OpenBelow(*target.copy, lists, folder);
         if (status.error == platform::IoError::NotFound) {
             continue;
         }

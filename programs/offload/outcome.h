@@ -28,6 +28,7 @@ struct CopyOutcome {
     std::string notSealed;                   ///< why there is no list; "" when there is one
     std::string sums;                        ///< the file of checksums; "" when there is none
     double seconds = 0;                      ///< until it was proven
+    std::vector<platform::FileInfo> seen;    ///< each file as it arrived, by its number
     TargetProof proof;
 };
 

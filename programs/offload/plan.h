@@ -41,7 +41,9 @@ struct Plan {
     [[nodiscard]] mhl::FormatSet FormatsToMake() const;
     /// What is not copied: litter, and what the card's own list says is none of its matter.
     [[nodiscard]] WalkRules Rules() const {
-        return {ignored, history ? &history->Ignored() : nullptr};
+        WalkRules rules(ignored, history ? &history->Ignored() : nullptr);
+        rules.areListsLookedInto = true;
+        return rules;
     }
 };
 

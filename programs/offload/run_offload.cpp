@@ -6,6 +6,7 @@
 #include "console/run_progress.h"
 #include "copy/failure.h"
 #include "NQP2ParserU/Interrupt.h"
+#include "offload/copy_watch.h"
 #include "offload/copying.h"
 #include "offload/mhl/comparison.h"
 #include "offload/offload_output.h"
@@ -24,7 +25,7 @@ bool GoesOn() {
 }
 
 /// A target that cannot even be begun takes no part.
-void BeginCopies(const Plan& plan, tool::RunProgress& progress, Outcome& outcome) {
+void BeginCopies(Plan& plan, tool::RunProgress& progress, Outcome& outcome) {
     for (std::size_t i = 0; i < plan.targets.size(); ++i) {
         CopyOutcome& copy = outcome.copies[i];
         copy.proof.folder = plan.targets[i].path;
@@ -35,15 +36,6 @@ void BeginCopies(const Plan& plan, tool::RunProgress& progress, Outcome& outcome
             progress.Fail("", copy.proof.folder, copy.ended);
         }
     }
-}
-
-/// Whether the path still leads to what was opened: a medium that is pulled leaves an empty folder
-/// of its name, which takes files as well.
-bool IsStillThere(const Plan& plan, const Target& target) {
-    platform::FileInfo opened;
-    platform::FileInfo reached;
-    return target.opened->Stat(plan.name, opened) && platform::Files().Stat(target.path, reached) &&
-           IdOf(opened) == IdOf(reached);
 }
 
 void ProveCopies(const Plan& plan, Outcome& outcome) {
@@ -123,6 +115,17 @@ void TryWriteSums(const Plan& plan, std::size_t target, tool::RunProgress& progr
     }
 }
 
+/// Proven was each file at its moment: what became of it since is looked at by all of them.
+void LookAgainAt(const Plan& plan, std::size_t target, tool::RunProgress& progress,
+                 CopyOutcome& copy) {
+    if (copy.proof.holdsAll) {
+        LookAgain(plan, plan.targets[target], copy);
+        if (!copy.proof.holdsAll) {
+            progress.Fail("", copy.proof.folder, copy.ended);
+        }
+    }
+}
+
 void Seal(Plan& plan, const Arguments& arguments, tool::RunProgress& progress, Outcome& outcome,
           Clock::time_point begin) {
     const std::string why = WhyUnfinished(arguments, outcome);
@@ -130,6 +133,9 @@ void Seal(Plan& plan, const Arguments& arguments, tool::RunProgress& progress, O
     for (std::size_t i = 0; i < plan.targets.size(); ++i) {
         CopyOutcome& copy = outcome.copies[i];
         copy.notSealed = why;
+        if (why.empty()) {
+            LookAgainAt(plan, i, progress, copy);
+        }
         if (why.empty() && copy.proof.holdsAll) {
             SealCopy(plan, i, copy);
         }
@@ -140,6 +146,9 @@ void Seal(Plan& plan, const Arguments& arguments, tool::RunProgress& progress, O
             progress.Fail("", copy.proof.folder, copy.notSealed);
         }
         copy.seconds = SecondsSince(begin);
+    }
+    for (std::size_t i = 0; i < plan.targets.size(); ++i) {
+        LookAgainAt(plan, i, progress, outcome.copies[i]);
     }
 }
 

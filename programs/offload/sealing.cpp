@@ -5,6 +5,7 @@
 
 #include "copy/failure.h"
 #include "NQP2ParserU/Interrupt.h"
+#include "offload/copy_watch.h"
 #include "offload/list_copying.h"
 #include "offload/list_head.h"
 #include "offload/mhl/comparison.h"
@@ -60,10 +61,8 @@ std::vector<std::string> PatternsOfCopy(const Plan& plan, const Target& target, 
     if (target.state == TargetState::New) {
         return {};
     }
-    std::unique_ptr<Folder> root;
-    Require(platform::Files().OpenFolder(target.path, root), "open", target.path);
     const OddEntries strange = StrangeEntries(
-        plan.index.tree, *root, plan.ignored,
+        plan.index.tree, *target.copy, plan.ignored,
         [](const auto& /*path*/, const auto& /*info*/) { return !WasInterrupted(); });
     std::vector<std::string> patterns;
     for (const OddEntry& each : strange.Kept()) {
@@ -131,25 +130,27 @@ void AddGeneration(Plan& plan, std::size_t target, CopyOutcome& copy) {
 
 /// The copy is finished from here on.
 void TakeMarkAway(const Plan& plan, const Target& target) {
-    std::unique_ptr<Folder> root;
     std::unique_ptr<Folder> lists;
-    Require(target.opened->OpenFolder(plan.name, root), "open", target.path);
-    Require(root->OpenFolder(kLists, lists), "open the lists of", target.path);
+    Require(target.copy->OpenFolder(kLists, lists), "open the lists of", target.path);
     const IoStatus removed = lists->RemoveFile(std::string(kMarkFile));
     if (removed.error != IoError::NotFound) {
         Require(removed, "end", target.path);
     }
     // Media without owners let no one set times: nothing is lost.
-    static_cast<void>(root->KeepTime("", plan.index.InfoOf(mhl::kScope)));
-    Require(root->FlushAll(), "flush", target.path);
+    static_cast<void>(target.copy->KeepTime("", plan.index.InfoOf(mhl::kScope)));
+    Require(target.copy->FlushAll(), "flush", target.path);
 }
 
 } // namespace
 
-IoStatus BeginCopy(const Target& target, const std::string& name, const CardIdentity& identity) {
+IoStatus BeginCopy(Target& target, const std::string& name, const CardIdentity& identity) {
     std::unique_ptr<Folder> root;
     std::unique_ptr<Folder> lists;
     IoStatus status = MakeAndOpen(*target.opened, name, root);
+    platform::FileInfo begun;
+    if (status) {
+        status = target.opened->Stat(name, begun);
+    }
     if (status) {
         status = MakeAndOpen(*root, kLists, lists);
     }
@@ -157,6 +158,8 @@ IoStatus BeginCopy(const Target& target, const std::string& name, const CardIden
         static_cast<void>(target.opened->RemoveAbandoned());
         static_cast<void>(lists->RemoveAbandoned());
     }
+    target.begun = IdOf(begun);
+    target.copy = std::move(root);
     return status ? lists->WriteWhole(std::string(kMarkFile), MarkText(identity)) : status;
 }
 
@@ -167,6 +170,9 @@ void SealCopy(Plan& plan, std::size_t target, CopyOutcome& copy) {
         }
         if (plan.targets[target].state == TargetState::Unfinished) {
             RemoveUnlisted(plan, plan.targets[target]);
+        }
+        if (!IsStillThere(plan, plan.targets[target])) {
+            throw copy::Failure("The copy is not where it was begun: " + plan.targets[target].path);
         }
         AddGeneration(plan, target, copy);
         TakeMarkAway(plan, plan.targets[target]);

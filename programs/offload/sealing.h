@@ -11,8 +11,7 @@
 namespace nqp2::offload {
 
 /// Makes the copy's folder and the mark in it by which it is known as unfinished.
-platform::IoStatus BeginCopy(const Target& target, const std::string& name,
-                             const CardIdentity& identity);
+platform::IoStatus BeginCopy(Target& target, const std::string& name, const CardIdentity& identity);
 
 /// Ends a copy that holds everything: the card's own lists, the manifest, the chain, and last of
 /// all the mark goes. What the copy holds beside the card is told in `copy`, as is why there is no

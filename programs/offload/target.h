@@ -54,6 +54,10 @@ struct Target {
     mhl::FormatSet formats;                   ///< of the lists that the copy has already
     std::string whyTaken;                     ///< the end of a sentence
     std::unique_ptr<platform::NameLock> lock; ///< against other runs into the same place
+
+    // Once the copy is begun:
+    std::shared_ptr<platform::Folder> copy;
+    FileId begun; ///< of it
 };
 
 /// Opens the folder. Throws tool::Failure when there is none.

@@ -48,17 +48,14 @@ constexpr Condition kConditions[] = {
      }},
 };
 
-/// Whether what it holds outlives the machine's power, on a disk that is known.
-bool IsLasting(const MediumFacts& medium) {
-    return !medium.disks.empty() && std::none_of(medium.disks.begin(), medium.disks.end(),
-                                                 [](const auto& disk) { return disk == "memory"; });
+bool IsKnown(const MediumFacts& medium) {
+    return !medium.disks.empty();
 }
 
-/// Whether formatting the card, or its medium's failure, takes the copy along.
-bool SharesMedium(const MediumFacts& one, const MediumFacts& other) {
-    return std::any_of(one.disks.begin(), one.disks.end(), [&](const std::string& disk) {
-        return std::find(other.disks.begin(), other.disks.end(), disk) != other.disks.end();
-    });
+/// Whether formatting the card, or its medium's failure, may take the copy along: a card of which
+/// nothing is known may lie anywhere.
+bool SharesMedium(const MediumFacts& target, const MediumFacts& card) {
+    return !IsKnown(card) || (IsKnown(target) && !platform::AreApart(target, card));
 }
 
 /// The largest number of media that are apart from each other: tried one after the other, but for
@@ -109,7 +106,7 @@ std::size_t CountIndependent(const CardProof& card, const std::vector<TargetProo
         const bool isNew = std::none_of(media.begin(), media.end(), [&](const MediumFacts* each) {
             return each->disks == target.medium.disks;
         });
-        if (counts && isNew && IsLasting(target.medium)) {
+        if (counts && isNew && IsKnown(target.medium)) {
             media.push_back(&target.medium);
         }
     }
@@ -124,13 +121,13 @@ std::string WhyNotCounted(const CardProof& card, const TargetProof& target) {
     if (!target.isSealed) {
         return "has no finished list";
     }
+    if (!IsKnown(card.medium)) {
+        return "cannot be told from the card's medium, of which nothing is known";
+    }
     if (SharesMedium(target.medium, card.medium)) {
         return "is on the card's own medium";
     }
-    if (target.medium.disks.empty()) {
-        return "is on a medium of which nothing is known";
-    }
-    return IsLasting(target.medium) ? "" : "is in memory";
+    return IsKnown(target.medium) ? "" : "is on a medium of which nothing is known";
 }
 
 std::string CopiesMissing(const CardProof& card, const std::vector<TargetProof>& targets,

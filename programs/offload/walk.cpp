@@ -56,6 +56,12 @@ void FolderIndex::Note(NodeId node, const FileInfo& info) {
 
 namespace {
 
+/// Of what a folder of lists holds. Hidden ones are not read.
+bool IsListName(const std::string& name) {
+    return name == mhl::kChainFile ||
+           (name.ends_with(mhl::kManifestEnding) && !name.starts_with('.'));
+}
+
 /// Takes a file or folder of a walk; the number under which a folder is entered, nothing to pass it
 /// over.
 using TakeEntry = std::function<std::optional<NodeId>(NodeId parent, const std::string& path,
@@ -95,6 +101,9 @@ private:
         const bool isFolder = info.kind == EntryKind::Folder;
         if (isFolder && name == mhl::kHistoryFolder) {
             m_findings.histories.push_back(path);
+            if (m_rules.areListsLookedInto) {
+                LookIntoLists(folder, path, name);
+            }
         } else if (m_rules.ignored.IsIgnoredItself(path, isFolder)) {
             m_findings.ignored.Add(path, "fits a pattern");
         } else if (const std::string fault = FaultOf(info, name, path); !fault.empty()) {
@@ -102,6 +111,30 @@ private:
         } else if (const std::optional<NodeId> node = m_take(parent, path, name, info);
                    node && isFolder) {
             Open(folder, *node, path, name, info);
+        }
+    }
+
+    /// Nothing but lists is copied from there, and nothing else has a place in a list.
+    void LookIntoLists(Folder& folder, const std::string& path, const std::string& name) {
+        std::unique_ptr<Folder> lists;
+        std::vector<FolderEntry> entries;
+        IoStatus status = folder.OpenFolder(name, lists);
+        if (status) {
+            status = lists->List(entries);
+        }
+        if (!status) {
+            m_findings.unread.Add(path, status.reason);
+        }
+        for (const FolderEntry& entry : entries) {
+            const std::string below = path + '/' + entry.name;
+            FileInfo info;
+            if (const IoStatus found = lists->Stat(entry.name, info); !found) {
+                m_findings.unread.Add(below, found.reason);
+            } else if (m_rules.ignored.IsIgnoredItself(below, info.kind == EntryKind::Folder)) {
+                m_findings.ignored.Add(below, "fits a pattern");
+            } else if (info.kind != EntryKind::File || !IsListName(entry.name)) {
+                m_findings.leftOut.Add(below, "is among the lists of hashes and is none");
+            }
         }
     }
 

@@ -78,6 +78,7 @@ struct WalkRules {
 
     const mhl::IgnoreList& ignored;           ///< it is told as ignored,
     const mhl::IgnoreList* foreign = nullptr; ///< and by these patterns of a stranger as left out
+    bool areListsLookedInto = false; ///< what lies beside lists in their folders is left out
 };
 
 /// Walks a folder and all below it without following a link. What it cannot look at below is told

@@ -33,7 +33,7 @@ public:
             facts.server.clear();
             facts.disks = {path.starts_with(folder.Path("one"))   ? diskOfOne
                            : path.starts_with(folder.Path("two")) ? diskOfTwo
-                                                                  : "8:32"};
+                                                                  : diskOfCard};
             std::erase(facts.disks, "");
         });
     }
@@ -55,6 +55,7 @@ public:
     TempFolder folder;
     FaultyFileSystem files;
     offload::Arguments arguments;
+    std::string diskOfCard = "8:32";
     std::string diskOfOne = "8:0";
     std::string diskOfTwo = "8:16";
     platform::ScopedFileSystem scope{files};

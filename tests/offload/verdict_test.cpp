@@ -71,6 +71,14 @@ const Danger kDangers[] = {
     {"two unknown disks", [](RunFixture& run) { run.diskOfOne = run.diskOfTwo = ""; },
      "1 proven copy"},
     {"the card's own disk", [](RunFixture& run) { run.diskOfTwo = "8:32"; }, "card's own medium"},
+    {"an unknown disk of the card", [](RunFixture& run) { run.diskOfCard = ""; },
+     "cannot be told from the card's medium"},
+    {"a folder of the card's own share",
+     [](RunFixture& run) {
+         run.diskOfCard = "nas:/vol";
+         run.diskOfTwo = "nas:/vol/below";
+     },
+     "card's own medium"},
     {"read once", [](RunFixture& run) { run.arguments.noVerifySource = true; }, "second time"},
     {"a link",
      [](RunFixture& run) {
@@ -81,6 +89,19 @@ const Danger kDangers[] = {
      "left out"},
     {"a name that no list holds", [](RunFixture& run) { run.folder.Write("card/\xFF.MXF"); },
      "left out"},
+    {"a file among no lists",
+     [](RunFixture& run) { run.folder.Write("card/ascmhl/CLIP.MXF", "bytes"); },
+     "1 entries of the card were left out"},
+    {"a file, a hidden one, a link and a folder among lists",
+     [](RunFixture& run) {
+         SealThenChange(run);
+         run.folder.Write("card/LASTCLIP.TXT", "0001AB\n");
+         run.folder.Write("card/ascmhl/CLIP.MXF", "bytes");
+         run.folder.Write("card/ascmhl/.CLIP.mhl", "bytes");
+         run.folder.Write("card/ascmhl/sub/CLIP.MXF", "bytes");
+         std::filesystem::create_symlink("CLIP.MXF", run.folder.Path("card/ascmhl/link.mhl"));
+     },
+     "4 entries of the card were left out"},
     {"what a killed writer left",
      [](RunFixture& run) { run.folder.Write("card/.nqp2-0123456789abcdef0123456789abcdef.part"); },
      "left out"},
@@ -144,6 +165,35 @@ const Danger kDangers[] = {
     {"a chain that cannot be written",
      [](RunFixture& run) { Fail(run, Operation::Other, "two/A001/ascmhl/ascmhl_chain.xml"); },
      "has no finished list"},
+    {"a folder of a copy that goes meanwhile",
+     [](RunFixture& run) {
+         AtSecondReading(
+             run, [&run] { std::filesystem::remove_all(run.folder.Path("two/A001/CONTENTS")); });
+     },
+     "does not hold all"},
+    {"a copy that is moved away meanwhile",
+     [](RunFixture& run) {
+         AtSecondReading(run, [&run] {
+             std::filesystem::rename(run.folder.Path("two/A001"), run.folder.Path("gone"));
+             run.folder.MakeFolder("two/A001");
+         });
+     },
+     "does not hold all"},
+    {"a file of a copy that is overwritten meanwhile",
+     [](RunFixture& run) {
+         AtSecondReading(run, [&run] { run.folder.Write("two/A001/LASTCLIP.TXT", "0001AC\n"); });
+     },
+     "does not hold all"},
+    {"a file of a copy that goes while the list is written",
+     [](RunFixture& run) {
+         run.files.SetHook([&run](Operation operation, const std::string& path) {
+             if (operation == Operation::Other && path.starts_with(run.folder.Path("two")) &&
+                 path.ends_with("ascmhl_chain.xml")) {
+                 std::filesystem::remove(run.folder.Path("two/A001/LASTCLIP.TXT"));
+             }
+         });
+     },
+     "does not hold all"},
     {"a medium that is pulled",
      [](RunFixture& run) {
          AtFirstWrite(run, run.folder.Path("two"), [&run] {

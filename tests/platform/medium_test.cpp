@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "platform/block_device.h"
 #include "platform/disk.h"
 #include "platform/mount_table.h"
 #include "tests/support/temp_folder.h"
@@ -93,6 +94,15 @@ TEST(Medium, OnlyKnownAndDifferentDisksAreApart) {
     }
 }
 
+TEST(Medium, MemoryAndWhatLiesElsewhereIsNoDisk) {
+    for (const char* disk : {"sda", "sdab", "nvme0n1", "mmcblk0", "vda", "sr0", "drbd1"}) {
+        EXPECT_TRUE(IsDisk(disk)) << disk;
+    }
+    for (const char* other : {"", "ram0", "zram1", "nbd12", "loop7"}) {
+        EXPECT_FALSE(IsDisk(other)) << other;
+    }
+}
+
 /// The disk behind a file system in a file is that of the file, through both of its mounts.
 TEST(Medium, TheDiskBehindAFileSystemInAFileIsThatOfTheFile) {
     const test::TempFolder folder;
@@ -105,10 +115,15 @@ TEST(Medium, TheDiskBehindAFileSystemInAFileIsThatOfTheFile) {
         GTEST_SKIP() << "a file system cannot be made or mounted here";
     }
     const MediumFacts below = FactsOf(place);
+    // The path leads to another file by now.
+    ASSERT_EQ(mount(folder.Write("other").c_str(), image.c_str(), nullptr, MS_BIND, nullptr), 0);
+    const MediumFacts misled = FactsOf(place);
+    umount(image.c_str());
     umount(place.c_str());
     EXPECT_EQ(below.fileSystem, "ext4");
     EXPECT_TRUE(below.isReadOnly);
     EXPECT_EQ(below.disks, FactsOf(folder.Path()).disks);
+    EXPECT_EQ(misled.disks, std::vector<std::string>());
     EXPECT_EQ(FactsOf("/proc").disks, std::vector<std::string>());
 }
 
