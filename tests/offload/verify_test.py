@@ -60,6 +60,10 @@ def chain(scope):
     return scope / "ascmhl" / "ascmhl_chain.xml"
 
 
+def mark(scope):
+    (scope / "ascmhl" / ".nqp2-offload.json").write_text("{}")
+
+
 # What was done to a copy, what verify counts, and a path or word that it names.
 DAMAGE = (
     ("one bit of a file", lambda at: flip(at / "A/two.mxf"), {"changed": 1}, "changed: A/two.mxf"),
@@ -119,6 +123,8 @@ DAMAGE = (
     ("a manifest that the chain does not know",
      lambda at: (at / "ascmhl" / "0002_x.mhl").write_bytes(newest(at).read_bytes()),
      {"historyFaults": None}, "history: ascmhl/0002_x.mhl"),
+    ("a run that was not finished", mark, {"historyFaults": 1},
+     "history: ascmhl/.nqp2-offload.json: a run into this copy was not finished"),
 )
 
 
@@ -200,6 +206,17 @@ class SealTest(CopyTest):
         self.told_of("seal", self.copy)
         (self.copy / "A/one.mxf").rename(self.copy / "A/1.mxf")
         self.assert_counts(self.told_of("seal", self.copy), {"renamed": 1})
+        self.assertTrue(self.told_of("verify", self.copy)["well"])
+
+    def test_a_sealed_copy_is_sealed_again_when_a_run_into_it_was_not_finished(self):
+        (self.copy / "ascmhl").mkdir()
+        mark(self.copy)
+        for command in ("verify", "seal"):
+            self.assertIn("was not finished", run(command, self.copy, "--quiet").stderr)
+        (self.copy / "ascmhl/.nqp2-offload.json").unlink()
+        self.told_of("seal", self.copy)
+        mark(self.copy)
+        self.assertTrue(self.told_of("seal", self.copy)["well"])
         self.assertTrue(self.told_of("verify", self.copy)["well"])
 
     def test_names_of_all_bytes_are_recorded_as_they_are_or_told(self):
