@@ -59,6 +59,12 @@ CardIdentity IdentityInLists(const mhl::History& history) {
     return {};
 }
 
+std::string FirstFault(const mhl::Findings& found) {
+    const auto first = std::find_if(found.Kept().begin(), found.Kept().end(),
+                                    [](const mhl::Finding& each) { return each.isFault; });
+    return first == found.Kept().end() ? "too much is said of it" : first->Text();
+}
+
 void SetState(Target& target, TargetState same, const CardIdentity& found,
               const CardIdentity& card) {
     if (found.IsSame(card)) {
@@ -106,6 +112,7 @@ void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
     target.path = platform::PathIn(target.folder, name);
     target.state = TargetState::Taken;
     target.formats = {};
+    target.listFault.clear();
     FileInfo info;
     const IoStatus status = target.opened->Stat(name, info);
     std::unique_ptr<Folder> copy;
@@ -125,6 +132,9 @@ void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
         const std::optional<CardIdentity> mark = MarkIn(*copy);
         SetState(target, mark ? TargetState::Unfinished : TargetState::Finished,
                  mark ? *mark : IdentityInLists(history), card);
+        if (!mark && history.Found().Faults() != 0) {
+            target.listFault = FirstFault(history.Found());
+        }
     }
 }
 
