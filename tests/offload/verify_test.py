@@ -306,6 +306,19 @@ class VerifyTest(CopyTest):
         self.assertEqual(document["counts"]["missing"], 0)
         self.assertEqual(document["notAdded"], "not all could be read")
 
+    def test_what_cannot_be_written_is_not_sealed(self):
+        self.folder.chmod(0o755)
+        self.copy.chmod(0o555)
+        somebody = {"user": 65534} if os.geteuid() == 0 else {}
+        try:
+            result = subprocess.run(command_line("seal", self.copy, "--quiet"), encoding="utf-8",
+                                    capture_output=True, check=False, **somebody)
+        except PermissionError as error:
+            self.skipTest(f"the program is not for everybody: {error}")
+        self.copy.chmod(0o755)
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stdout.splitlines()[-1], "^NOT sealed: ")
+
     def test_a_file_that_changes_while_it_is_read_is_told(self):
         with open(self.copy / "huge", "wb") as huge:
             huge.truncate(1 << 32)
