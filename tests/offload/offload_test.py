@@ -281,10 +281,23 @@ class SecondRunTest(OffloadTest):
         log = self.folder / "log.json"
         document = self.outcome("--log", log)
         self.assertEqual(json.loads(log.read_text()), document)
-        result = self.offload("--log", self.folder / "missing/log.json", to=("one",))
-        self.assertEqual(result.returncode, 1)
-        self.assertIn("log.json", result.stderr)
-        self.assertIn("safe to format", result.stdout)
+        (self.folder / "link.json").symlink_to(self.card.path / "LASTCLIP.TXT")
+        (self.folder / "dangling.json").symlink_to(self.card.path / "x.json")
+        before = [times_of(self.folder / name) for name in ("card", "one")]
+        for name, status, words in (("missing/log.json", 1, "cannot be written"),
+                                    ("card", 1, "cannot be written"),
+                                    ("card/CONTENTS/log.json", 2, "lies in the card"),
+                                    ("link.json", 2, "lies in the card"),
+                                    ("dangling.json", 1, "cannot be written"),
+                                    ("one/A001/CONTENTS/log.json", 2, "lies in a copy"),
+                                    ("three/A001", 2, "lies in a copy")):
+            (self.folder / "three").mkdir(exist_ok=True)
+            result = self.offload("--log", self.folder / name, to=("one", "three"))
+            self.assertEqual((result.returncode, result.stdout), (status, ""), name)
+            self.assertIn(words, result.stderr)
+            self.assertEqual(result.stderr.count("\n"), 1)
+        (self.folder / "three").rmdir()
+        self.assertEqual([times_of(self.folder / name) for name in ("card", "one")], before)
 
     @unittest.skipUnless(can_trace(), "strace cannot be used here")
     def test_a_killed_run_is_gone_on_with(self):
