@@ -60,6 +60,13 @@ def chain(scope):
     return scope / "ascmhl" / "ascmhl_chain.xml"
 
 
+def ignore_all(scope):
+    manifest = newest(scope)
+    text = re.sub("(?s)<roothash>.*?</roothash>", "", manifest.read_text())
+    manifest.write_text(text.replace("<pattern>", "<pattern>*</pattern><pattern>", 1))
+    hash_lists.rewrite_chain(scope / "ascmhl")
+
+
 def mark(scope):
     (scope / "ascmhl" / ".nqp2-offload.json").write_text("{}")
 
@@ -123,6 +130,8 @@ DAMAGE = (
     ("a manifest that the chain does not know",
      lambda at: (at / "ascmhl" / "0002_x.mhl").write_bytes(newest(at).read_bytes()),
      {"historyFaults": None}, "history: ascmhl/0002_x.mhl"),
+    ("a pattern that fits all", ignore_all, {"historyFaults": 1},
+     "history: ascmhl: ignores all files that it records"),
     ("a run that was not finished", mark, {"historyFaults": 1},
      "history: ascmhl/.nqp2-offload.json: a run into this copy was not finished"),
 )
