@@ -159,7 +159,7 @@ void JsonDocumentWriter::PutPair(const PairNames& names, const CString& first,
     if (m_depth > 1) {
         JsonWriter::PutPair(names, first, second);
     } else {
-        ValueSink::PutPair(names, first, second);
+        PutPairAsRecord(names, first, second);
     }
 }
 

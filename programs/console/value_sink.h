@@ -47,6 +47,12 @@ public:
     virtual void EndList() = 0;
     /// A record of two texts, of which the first comes again and again.
     virtual void PutPair(const PairNames& names, const CString& first, const CString& second) {
+        PutPairAsRecord(names, first, second);
+    }
+
+protected:
+    /// Text by text.
+    void PutPairAsRecord(const PairNames& names, const CString& first, const CString& second) {
         BeginRecord();
         Name(names.first);
         Put(first);

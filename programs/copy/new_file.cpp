@@ -33,7 +33,7 @@ bool IsOfSameTime(const platform::FileInfo& one, const platform::FileInfo& other
     return one.modified == other.modified && one.modifiedNanoseconds == other.modifiedNanoseconds;
 }
 
-IoStatus TimeKept(IoStatus status) {
+IoStatus TimeKept(const IoStatus& status) {
     return status.error == platform::IoError::Denied ? IoStatus() : status;
 }
 

@@ -25,7 +25,7 @@ platform::IoStatus SetLengthAndTime(platform::FileWriter& writer, std::uint64_t 
 bool IsOfSameTime(const platform::FileInfo& one, const platform::FileInfo& other);
 
 /// Cards without owners let no one set times, by which nothing is lost: success for that.
-platform::IoStatus TimeKept(platform::IoStatus status);
+platform::IoStatus TimeKept(const platform::IoStatus& status);
 
 /// Why something that is no file cannot make way for one: "PATH is in the way and is a link."
 std::string InTheWay(const std::string& path, platform::EntryKind kind);

@@ -65,6 +65,10 @@ constexpr struct {
 }
 
 Operation OperationNamed(std::string_view name) {
+    if (name.empty()) {
+        throw tool::Failure("nqp2-offload", "has nothing to do", "nqp2 runs this program",
+                            tool::kUsage);
+    }
     const auto* const row = std::find_if(std::begin(kOperations), std::end(kOperations),
                                          [name](const auto& each) { return each.name == name; });
     if (row == std::end(kOperations)) {

@@ -125,6 +125,25 @@ void LeaveOutUnseen(Inspection& inspection) {
     }
 }
 
+/// Patterns that leave nothing to be checked make a list that any folder agrees with.
+void LookForEmptyList(Inspection& inspection) {
+    const Tree& expected = inspection.history.Expected();
+    bool isAnyExpected = false;
+    for (NodeId node = 0; node < expected.Size(); ++node) {
+        if (expected.IsFolder(node) || !inspection.history.IsExpected(node)) {
+            continue;
+        }
+        isAnyExpected = true;
+        if (!inspection.history.Ignored().IsIgnored(expected.PathOf(node), false)) {
+            return;
+        }
+    }
+    if (isAnyExpected) {
+        inspection.history.Tell(
+            {true, std::string(mhl::kHistoryFolder), 0, "ignores all files that it records"});
+    }
+}
+
 [[noreturn]] void ThrowCancelled(const Inspection& inspection) {
     throw tool::Failure(inspection.folder, "not read to the end",
                         fmt::format("cancelled after {} of {} files", inspection.filesRead,
@@ -178,6 +197,7 @@ void Inspect(Inspection& inspection, FormatSet wished, tool::RunProgress& progre
     inspection.comparison = mhl::Compare(inspection.history, inspection.index.tree);
     KeepUnexplainedFolders(inspection.history, inspection.index.tree, inspection.comparison);
     LeaveOutUnseen(inspection);
+    LookForEmptyList(inspection);
     inspection.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }

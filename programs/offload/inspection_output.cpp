@@ -103,9 +103,11 @@ std::string Counts(const Inspection& inspection) {
     return text;
 }
 
-void PrintVerdict(tool::Console& console, const Inspection& inspection) {
+void PrintVerdict(tool::Console& console, const Inspection& inspection, const Added& added) {
     const std::uint64_t verified = inspection.comparison.verified;
-    if (inspection.IsClean()) {
+    if (!inspection.history.Exists() && !added.whyNot.empty()) {
+        console.WriteLine("NOT sealed: " + added.whyNot);
+    } else if (inspection.IsClean()) {
         console.WriteLine(inspection.history.Exists()
                               ? fmt::format("all well: {} files are as recorded", verified)
                               : fmt::format("sealed: {} files", inspection.filesRead));
@@ -144,7 +146,7 @@ void Print(tool::Console& console, const Arguments& arguments, const Inspection&
         PrintFaults(console, inspection);
         PrintSum(console, inspection);
         PrintAdded(console, inspection, added);
-        PrintVerdict(console, inspection);
+        PrintVerdict(console, inspection, added);
     }
 }
 

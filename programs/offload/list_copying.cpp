@@ -84,7 +84,8 @@ std::vector<FanItem> FilesOf(const Plan& plan, const std::string& lists) {
     return files;
 }
 
-/// Manifests in a folder of lists that its chain does not name.
+/// Manifests in a folder of lists that its chain does not name. A killed run leaves one; several
+/// are the lists of a chain that was damaged.
 std::vector<std::string> UnlistedIn(Folder& folder) {
     const mhl::Chain chain = ChainIn(folder.Path());
     std::vector<FolderEntry> entries;
@@ -97,6 +98,9 @@ std::vector<std::string> UnlistedIn(Folder& folder) {
         if (entry.name.ends_with(mhl::kManifestEnding) && !isNamed) {
             unlisted.push_back(entry.name);
         }
+    }
+    if (unlisted.size() > 1) {
+        throw copy::Failure("The chain of " + folder.Path() + " does not name all of its lists.");
     }
     return unlisted;
 }

@@ -60,6 +60,15 @@ std::string HowTheyCame(const CopyOutcome& copy) {
     return text + (copy.copiedAnew == 0 ? "" : fmt::format(", {} copied anew", copy.copiedAnew));
 }
 
+std::string WhyNotFinished(const CopyOutcome& copy) {
+    if (!copy.ended.empty() || !copy.notSealed.empty()) {
+        return copy.ended.empty() ? copy.notSealed : copy.ended;
+    }
+    return copy.failures.Count() == 0
+               ? "not all of the card arrived"
+               : fmt::format("{} entries are not as they should be", copy.failures.Count());
+}
+
 void PrintCopy(Console& console, const Plan& plan, const Target& target, const CopyOutcome& copy) {
     PrintOdd(console, target.path + ": not there", copy.failures);
     PrintOdd(console, target.path + ": set aside", copy.setAside);
@@ -74,8 +83,8 @@ void PrintCopy(Console& console, const Plan& plan, const Target& target, const C
                                       tool::TimeText(copy.seconds), BytesText(rate),
                                       RootText(plan)));
     } else {
-        console.WriteLine(fmt::format("{}: NOT finished, {} ({})", target.path, files,
-                                      copy.ended.empty() ? copy.notSealed : copy.ended));
+        console.WriteLine(
+            fmt::format("{}: NOT finished, {} ({})", target.path, files, WhyNotFinished(copy)));
     }
 }
 
@@ -93,7 +102,7 @@ void PrintPlan(Console& console, const Arguments& arguments, const Plan& plan) {
             "{}: {}", target.path,
             target.state == TargetState::New
                 ? std::string("would be made")
-                : fmt::format("would be gone on with, an {} copy", StateWord(target.state))));
+                : fmt::format("would be gone on with, it is {}", StateWord(target.state))));
     }
 }
 

@@ -162,6 +162,7 @@ Plan MakePlan(const Arguments& arguments, const std::function<bool()>& goesOn) {
         NameCopies(plan, arguments.name,
                    NameFactsOf(plan.card, given, plan.index, plan.identity, arguments.name));
     }
+    RequireOwnLog(plan, arguments.log);
     RequireRoom(plan);
     if (!arguments.dryRun) {
         Lock(plan);

@@ -98,7 +98,8 @@ std::string WhyUnfinished(const Arguments& arguments, const Outcome& outcome) {
     if (!outcome.card.isUnchanged) {
         return "the card did not stay as it was";
     }
-    return !arguments.noVerifySource && !outcome.card.readingsAgree
+    // Where no copy holds all there is no second reading.
+    return !arguments.noVerifySource && outcome.card.isReadTwice && !outcome.card.readingsAgree
                ? "two readings of the card did not agree"
                : "";
 }
@@ -166,6 +167,9 @@ Outcome Offload(Plan& plan, const Arguments& arguments, tool::RunProgress& progr
     outcome.card.medium = plan.medium;
     outcome.card.partOf = plan.partOf;
     outcome.card.leftOut = plan.index.leftOut.Count();
+    if (!plan.history && !plan.isUnfinishedCopy) {
+        outcome.card.againstHistory = 0; // there is nothing to hold it against
+    }
     BeginCopies(plan, progress, outcome);
     ReadDigests digests(plan.index.tree.Size());
     CopyCard(plan, progress, digests, outcome);

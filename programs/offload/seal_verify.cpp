@@ -10,8 +10,12 @@
 #include "offload/inspection_output.h"
 #include "offload/list_head.h"
 #include "offload/target.h"
+#include "platform/folder.h"
 
 #include <fmt/core.h>
+
+#include <memory>
+#include <string>
 
 namespace nqp2::offload {
 namespace {
@@ -26,6 +30,31 @@ std::string AddGeneration(const Inspection& inspection, Added& added) {
     return status ? "" : status.reason;
 }
 
+/// Tells of a run into the folder that did not come to its end. What a chain records can be held
+/// against it all the same; without one, the copy is nobody's proof of anything.
+void LookForMark(Inspection& inspection, bool isFault) {
+    platform::FileInfo info;
+    if (!platform::Files().Stat(platform::PathIn(inspection.folder, MarkPath()), info)) {
+        return;
+    }
+    if (!inspection.history.HasChain()) {
+        throw tool::Failure(inspection.folder, "is a copy that was not finished",
+                            "run nqp2 offload with the same card and targets again");
+    }
+    inspection.history.Tell({isFault, MarkPath(), 0, "a run into this copy was not finished"});
+}
+
+/// A list of all that is there ends what a run had begun.
+void RemoveMark(const Inspection& inspection, Added& added) {
+    std::unique_ptr<platform::Folder> lists;
+    platform::IoStatus status =
+        inspection.root->OpenFolder(std::string(mhl::kHistoryFolder), lists);
+    status = status ? lists->RemoveFile(std::string(kMarkFile)) : status;
+    if (!status && status.error != platform::IoError::NotFound) {
+        added.whyNot = "its mark stays: " + status.reason;
+    }
+}
+
 tool::Status Run(tool::Console& console, const Arguments& arguments, Inspection& inspection,
                  bool adds) {
     CatchInterrupt();
@@ -35,25 +64,19 @@ tool::Status Run(tool::Console& console, const Arguments& arguments, Inspection&
     if (adds) {
         added.whyNot = AddGeneration(inspection, added);
     }
+    if (arguments.operation == Operation::Seal && added.whyNot.empty() && inspection.IsClean()) {
+        RemoveMark(inspection, added);
+    }
     progress.Clear();
     Print(console, arguments, inspection, added);
     return inspection.IsClean() && added.whyNot.empty() ? tool::kDone : tool::kFailed;
 }
 
-/// A copy that was not finished is nobody's proof of anything.
-void RequireFinished(const std::string& folder) {
-    platform::FileInfo info;
-    if (platform::Files().Stat(folder + '/' + MarkPath(), info)) {
-        throw tool::Failure(folder, "is a copy that was not finished",
-                            "run nqp2 offload with the same card and targets again");
-    }
-}
-
 } // namespace
 
 tool::Status RunVerify(tool::Console& console, const Arguments& arguments) {
-    RequireFinished(arguments.folder);
     Inspection inspection(arguments.folder);
+    LookForMark(inspection, true);
     if (!inspection.history.Exists()) {
         throw tool::Failure(arguments.folder, "has no list of hashes",
                             "nqp2 seal makes one; what was copied before is not proven by it");
@@ -62,8 +85,8 @@ tool::Status RunVerify(tool::Console& console, const Arguments& arguments) {
 }
 
 tool::Status RunSeal(tool::Console& console, const Arguments& arguments) {
-    RequireFinished(arguments.folder);
     Inspection inspection(arguments.folder);
+    LookForMark(inspection, false);
     return Run(console, arguments, inspection, true);
 }
 

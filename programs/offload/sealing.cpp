@@ -144,6 +144,9 @@ void TakeMarkAway(const Plan& plan, const Target& target) {
 } // namespace
 
 IoStatus BeginCopy(Target& target, const std::string& name, const CardIdentity& identity) {
+    if (!target.listFault.empty()) { // it stays as it is: what it holds may be all there is of it
+        return {IoError::Other, "its list has faults: " + target.listFault};
+    }
     std::unique_ptr<Folder> root;
     std::unique_ptr<Folder> lists;
     IoStatus status = MakeAndOpen(*target.opened, name, root);

@@ -59,6 +59,12 @@ CardIdentity IdentityInLists(const mhl::History& history) {
     return {};
 }
 
+std::string FirstFault(const mhl::Findings& found) {
+    const auto first = std::find_if(found.Kept().begin(), found.Kept().end(),
+                                    [](const mhl::Finding& each) { return each.isFault; });
+    return first == found.Kept().end() ? "too much is said of it" : first->Text();
+}
+
 void SetState(Target& target, TargetState same, const CardIdentity& found,
               const CardIdentity& card) {
     if (found.IsSame(card)) {
@@ -68,6 +74,27 @@ void SetState(Target& target, TargetState same, const CardIdentity& found,
                           : found.IsOtherState(card) ? "it is a copy of this card in another state"
                                                      : "it is a copy of another card";
     }
+}
+
+/// Opens the folder of that name, which stays null when there is none. False, and the target says
+/// why, when what is there cannot become a copy.
+bool OpenCopy(Target& target, const std::string& name, std::unique_ptr<Folder>& copy) {
+    FileInfo info;
+    IoStatus status = target.opened->Stat(name, info);
+    if (status.error == IoError::NotFound) {
+        return true;
+    }
+    if (status && info.kind != EntryKind::Folder) {
+        target.whyTaken = info.kind == EntryKind::Link ? "it is a link" : "it is a file";
+        return false;
+    }
+    if (status) {
+        status = target.opened->OpenFolder(name, copy);
+    }
+    if (!status) {
+        target.whyTaken = status.reason;
+    }
+    return bool(status);
 }
 
 } // namespace
@@ -106,25 +133,22 @@ void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
     target.path = platform::PathIn(target.folder, name);
     target.state = TargetState::Taken;
     target.formats = {};
-    FileInfo info;
-    const IoStatus status = target.opened->Stat(name, info);
+    target.listFault.clear();
     std::unique_ptr<Folder> copy;
-    if (status.error == IoError::NotFound) {
+    if (!OpenCopy(target, name, copy)) {
+        return;
+    }
+    if (copy == nullptr || IsEmpty(*copy)) {
         target.state = TargetState::New;
-    } else if (!status) {
-        target.whyTaken = status.reason;
-    } else if (info.kind != EntryKind::Folder) {
-        target.whyTaken = info.kind == EntryKind::Link ? "it is a link" : "it is a file";
-    } else if (const IoStatus opening = target.opened->OpenFolder(name, copy); !opening) {
-        target.whyTaken = opening.reason;
-    } else if (IsEmpty(*copy)) {
-        target.state = TargetState::New;
-    } else {
-        const mhl::History history = mhl::History::Open(platform::Files(), target.path);
-        target.formats = history.Formats();
-        const std::optional<CardIdentity> mark = MarkIn(*copy);
-        SetState(target, mark ? TargetState::Unfinished : TargetState::Finished,
-                 mark ? *mark : IdentityInLists(history), card);
+        return;
+    }
+    const mhl::History history = mhl::History::Open(platform::Files(), target.path);
+    target.formats = history.Formats();
+    const std::optional<CardIdentity> mark = MarkIn(*copy);
+    SetState(target, mark ? TargetState::Unfinished : TargetState::Finished,
+             mark ? *mark : IdentityInLists(history), card);
+    if (!mark && history.Found().Faults() != 0) {
+        target.listFault = FirstFault(history.Found());
     }
 }
 

@@ -53,6 +53,7 @@ struct Target {
     TargetState state = TargetState::New;
     mhl::FormatSet formats;                   ///< of the lists that the copy has already
     std::string whyTaken;                     ///< the end of a sentence
+    std::string listFault;                    ///< of a copy that was finished; "" when it has none
     std::unique_ptr<platform::NameLock> lock; ///< against other runs into the same place
 
     // Once the copy is begun:

@@ -10,9 +10,11 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <set>
+#include <system_error>
 
 namespace nqp2::offload {
 namespace {
@@ -179,6 +181,36 @@ void RequireApart(const Plan& plan) {
                 throw tool::Failure(other.folder, "lies in the copy at another target", target.path,
                                     kUsage);
             }
+        }
+    }
+}
+
+void RequireOwnLog(const Plan& plan, const std::string& log) {
+    if (log.empty()) {
+        return;
+    }
+    // Whatever the path is a link to is written.
+    std::error_code error;
+    const std::filesystem::path whole =
+        std::filesystem::weakly_canonical(std::filesystem::absolute(log, error), error);
+    const std::string folder = whole.parent_path().string();
+    FileInfo info;
+    if (error || !platform::Files().Stat(folder, info) ||
+        info.kind != platform::EntryKind::Folder || std::filesystem::is_directory(whole, error) ||
+        std::filesystem::is_symlink(whole, error)) { // which leads to nothing
+        throw tool::Failure(log, "cannot be written", "it is no file in a folder that is there");
+    }
+    const std::vector<FileId> upward = IdsUpward(folder);
+    const std::optional<FileId> card = IdBehind(plan.card);
+    if (!card || Contains(upward, *card)) {
+        throw tool::Failure(log, "lies in the card", plan.card, kUsage);
+    }
+    for (const Target& target : plan.targets) {
+        const std::optional<FileId> copy = IdBehind(target.path);
+        const bool isItself =
+            upward.front() == target.upward.front() && whole.filename() == plan.name;
+        if (isItself || (copy && Contains(upward, *copy))) {
+            throw tool::Failure(log, "lies in a copy", target.path, kUsage);
         }
     }
 }

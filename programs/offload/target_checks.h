@@ -5,6 +5,8 @@
 
 #include "offload/plan.h"
 
+#include <string>
+
 /// Whether targets are places for copies of the card. What says no throws tool::Failure.
 namespace nqp2::offload {
 
@@ -16,6 +18,10 @@ void RequireOutside(const Plan& plan, const std::string& path, const platform::F
 
 /// With the copies' places known: none is the card, holds it, or lies in another.
 void RequireApart(const Plan& plan);
+
+/// Of the file that takes the log, "" for none: its folder is there, and neither in the card nor in
+/// a copy.
+void RequireOwnLog(const Plan& plan, const std::string& log);
 
 /// Free space, sizes of files, names that differ in letter case alone, media that are read-only.
 void RequireRoom(const Plan& plan);

@@ -36,7 +36,9 @@ constexpr Condition kConditions[] = {
      }},
     {[](const CardProof& card) { return card.againstHistory == 0; },
      [](const CardProof& card) {
-         return fmt::format("{} faults against the card's own list", card.againstHistory);
+         return card.againstHistory == CardProof::kNotHeldAgainst
+                    ? "the card was not held against its own list"
+                    : fmt::format("{} faults against the card's own list", card.againstHistory);
      }},
     {[](const CardProof& card) { return card.isReadTwice; },
      [](const CardProof&) { return std::string("the card was not read a second time"); }},

@@ -22,11 +22,14 @@ struct TargetProof {
 
 /// What is known of the card. Everything speaks against it until it is set.
 struct CardProof {
+    static constexpr std::uint64_t kNotHeldAgainst = ~std::uint64_t{0};
+
     platform::MediumFacts medium;
-    std::string partOf;               ///< the card of which no more than a part was given
-    std::uint64_t leftOut = 1;        ///< links and names that no list can hold
-    std::uint64_t unread = 1;         ///< files and folders that could not be read
-    std::uint64_t againstHistory = 1; ///< files that are not what the card's own list says
+    std::string partOf;        ///< the card of which no more than a part was given
+    std::uint64_t leftOut = 1; ///< links and names that no list can hold
+    std::uint64_t unread = 1;  ///< files and folders that could not be read
+    /// Files that are not what the card's own list says.
+    std::uint64_t againstHistory = kNotHeldAgainst;
     bool isReadTwice = false;
     bool readingsAgree = false;
     bool isUnchanged = false; ///< its index was the same at the end as at the beginning

@@ -257,6 +257,22 @@ class SecondRunTest(OffloadTest):
         aside.unlink()
         self.assertEqual(tree_of(self.folder / "one/A001"), tree_of(self.card.path))
 
+    def test_each_sentence_is_true(self):
+        for to in (("one",), ("one", "two")):
+            self.outcome(to=to)
+        self.assertIn("one/A001: would be gone on with, it is finished\n",
+                      self.offload("--dry-run", to=("one",)).stdout)
+        for name in ("one", "two"):
+            (self.folder / name / "A001/LASTCLIP.TXT").unlink()
+            (self.folder / name / "A001/LASTCLIP.TXT").mkdir()
+        shown = self.offload().stdout
+        self.assertRegex(shown, r"one/A001: NOT finished, 8 of 9 .*\(1 entries are not as they")
+        self.assertNotIn("did not agree", shown)
+        alone = subprocess.run([Path(command_line()[0]).with_name("nqp2-offload")],
+                               capture_output=True, encoding="utf-8", check=False)
+        self.assertEqual(alone.stderr,
+                         "nqp2: nqp2-offload: has nothing to do (nqp2 runs this program)\n")
+
     def test_copies_asked_for(self):
         for copies, status in ((1, 4), (2, 4)):
             self.outcome("--copies", str(copies), status=status)
@@ -265,10 +281,23 @@ class SecondRunTest(OffloadTest):
         log = self.folder / "log.json"
         document = self.outcome("--log", log)
         self.assertEqual(json.loads(log.read_text()), document)
-        result = self.offload("--log", self.folder / "missing/log.json", to=("one",))
-        self.assertEqual(result.returncode, 1)
-        self.assertIn("log.json", result.stderr)
-        self.assertIn("safe to format", result.stdout)
+        (self.folder / "link.json").symlink_to(self.card.path / "LASTCLIP.TXT")
+        (self.folder / "dangling.json").symlink_to(self.card.path / "x.json")
+        before = [times_of(self.folder / name) for name in ("card", "one")]
+        for name, status, words in (("missing/log.json", 1, "cannot be written"),
+                                    ("card", 1, "cannot be written"),
+                                    ("card/CONTENTS/log.json", 2, "lies in the card"),
+                                    ("link.json", 2, "lies in the card"),
+                                    ("dangling.json", 1, "cannot be written"),
+                                    ("one/A001/CONTENTS/log.json", 2, "lies in a copy"),
+                                    ("three/A001", 2, "lies in a copy")):
+            (self.folder / "three").mkdir(exist_ok=True)
+            result = self.offload("--log", self.folder / name, to=("one", "three"))
+            self.assertEqual((result.returncode, result.stdout), (status, ""), name)
+            self.assertIn(words, result.stderr)
+            self.assertEqual(result.stderr.count("\n"), 1)
+        (self.folder / "three").rmdir()
+        self.assertEqual([times_of(self.folder / name) for name in ("card", "one")], before)
 
     @unittest.skipUnless(can_trace(), "strace cannot be used here")
     def test_a_killed_run_is_gone_on_with(self):
@@ -318,6 +347,7 @@ class SecondRunTest(OffloadTest):
                     shown, _ = process.communicate(timeout=30)
                 self.assertEqual(process.returncode, 1)
                 self.assertRegex(shown.decode(), r"NOT finished, \d+ of 49 files, .*\(cancelled\)")
+                self.assertNotIn("own list", shown.decode())
                 copy = self.folder / "one" / "A001"
                 self.assertTrue((copy / MARK).exists() and not (copy / CHAIN).exists())
                 self.assertEqual(list(copy.rglob("*.part")), [])

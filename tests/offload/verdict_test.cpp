@@ -276,6 +276,30 @@ TEST(Verdict, OfASecondRunRestsOnWhatIsThere) {
     }
 }
 
+/// Of a copy that lost its chain: no run takes away the lists that tell what it held.
+TEST(Run, LeavesADamagedListAsItIs) {
+    for (const bool isMarked : {false, true}) {
+        SCOPED_TRACE(isMarked);
+        RunFixture run;
+        run.Run();
+        run.Run();
+        const std::string lists = run.folder.Path("two/A001/ascmhl/");
+        std::filesystem::remove(lists + "ascmhl_chain.xml");
+        if (isMarked) {
+            const auto plan = offload::MakePlan(run.arguments, [] { return true; });
+            run.folder.Write("two/A001/ascmhl/.nqp2-offload.json",
+                             offload::MarkText(plan.identity));
+        }
+        for (int again = 0; again < 2; ++again) {
+            const Outcome outcome = run.Run();
+            EXPECT_THAT(outcome.copies[1].ended + outcome.copies[1].notSealed,
+                        testing::AnyOf(HasSubstr("list has faults"), HasSubstr("not name all")));
+            EXPECT_EQ(std::distance(std::filesystem::directory_iterator(lists), {}),
+                      isMarked ? 3 : 2);
+        }
+    }
+}
+
 TEST(Run, GivesMediaTheirNamesFirstAndTheChainIsLast) {
     RunFixture run;
     run.arguments.targets.pop_back();

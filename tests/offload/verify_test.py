@@ -60,6 +60,17 @@ def chain(scope):
     return scope / "ascmhl" / "ascmhl_chain.xml"
 
 
+def ignore_all(scope):
+    manifest = newest(scope)
+    text = re.sub("(?s)<roothash>.*?</roothash>", "", manifest.read_text())
+    manifest.write_text(text.replace("<pattern>", "<pattern>*</pattern><pattern>", 1))
+    hash_lists.rewrite_chain(scope / "ascmhl")
+
+
+def mark(scope):
+    (scope / "ascmhl" / ".nqp2-offload.json").write_text("{}")
+
+
 # What was done to a copy, what verify counts, and a path or word that it names.
 DAMAGE = (
     ("one bit of a file", lambda at: flip(at / "A/two.mxf"), {"changed": 1}, "changed: A/two.mxf"),
@@ -119,6 +130,10 @@ DAMAGE = (
     ("a manifest that the chain does not know",
      lambda at: (at / "ascmhl" / "0002_x.mhl").write_bytes(newest(at).read_bytes()),
      {"historyFaults": None}, "history: ascmhl/0002_x.mhl"),
+    ("a pattern that fits all", ignore_all, {"historyFaults": 1},
+     "history: ascmhl: ignores all files that it records"),
+    ("a run that was not finished", mark, {"historyFaults": 1},
+     "history: ascmhl/.nqp2-offload.json: a run into this copy was not finished"),
 )
 
 
@@ -200,6 +215,17 @@ class SealTest(CopyTest):
         self.told_of("seal", self.copy)
         (self.copy / "A/one.mxf").rename(self.copy / "A/1.mxf")
         self.assert_counts(self.told_of("seal", self.copy), {"renamed": 1})
+        self.assertTrue(self.told_of("verify", self.copy)["well"])
+
+    def test_a_sealed_copy_is_sealed_again_when_a_run_into_it_was_not_finished(self):
+        (self.copy / "ascmhl").mkdir()
+        mark(self.copy)
+        for command in ("verify", "seal"):
+            self.assertIn("was not finished", run(command, self.copy, "--quiet").stderr)
+        (self.copy / "ascmhl/.nqp2-offload.json").unlink()
+        self.told_of("seal", self.copy)
+        mark(self.copy)
+        self.assertTrue(self.told_of("seal", self.copy)["well"])
         self.assertTrue(self.told_of("verify", self.copy)["well"])
 
     def test_names_of_all_bytes_are_recorded_as_they_are_or_told(self):
@@ -288,6 +314,19 @@ class VerifyTest(CopyTest):
         self.assertEqual(document["counts"]["unseen"], 3)
         self.assertEqual(document["counts"]["missing"], 0)
         self.assertEqual(document["notAdded"], "not all could be read")
+
+    def test_what_cannot_be_written_is_not_sealed(self):
+        self.folder.chmod(0o755)
+        self.copy.chmod(0o555)
+        somebody = {"user": 65534} if os.geteuid() == 0 else {}
+        try:
+            result = subprocess.run(command_line("seal", self.copy, "--quiet"), encoding="utf-8",
+                                    capture_output=True, check=False, **somebody)
+        except PermissionError as error:
+            self.skipTest(f"the program is not for everybody: {error}")
+        self.copy.chmod(0o755)
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stdout.splitlines()[-1], "^NOT sealed: ")
 
     def test_a_file_that_changes_while_it_is_read_is_told(self):
         with open(self.copy / "huge", "wb") as huge:

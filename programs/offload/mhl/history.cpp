@@ -47,6 +47,10 @@ const Findings& History::Found() const {
     return m_state->found;
 }
 
+void History::Tell(Finding finding) {
+    m_state->found.Add(std::move(finding));
+}
+
 const std::vector<std::string>& History::NestedFolders() const {
     return m_state->nested;
 }

@@ -56,6 +56,8 @@ public:
     [[nodiscard]] const std::vector<std::string>& Unlisted() const;
     /// Faults and remarks of this history and of those below it.
     [[nodiscard]] const Findings& Found() const;
+    /// Adds what is known of this history from elsewhere.
+    void Tell(Finding finding);
     /// Folders below the scope that have histories of their own, as paths in the order of their
     /// bytes.
     [[nodiscard]] const std::vector<std::string>& NestedFolders() const;
