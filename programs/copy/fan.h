@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -79,6 +80,10 @@ struct FanSettings {
     std::uint64_t smallFile = std::uint64_t{1} << 20U;     ///< up to it files are proven in batches
     std::size_t batchFiles = 1000;
     std::uint64_t batchBytes = std::uint64_t{64} << 20U;
+    /// Says why a file that is on a target, and differs from the source, must stay under its name;
+    /// "" when it may be set aside, as all may without this. Called in the target's own thread.
+    std::function<std::string(std::size_t target, const FanItem&, platform::FileReader& there)>
+        whyKept = {};
 };
 
 /// Reads files once, around the cache, and gives them to all targets at once, a thread to each.

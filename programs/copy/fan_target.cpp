@@ -57,13 +57,16 @@ void FanTarget::Open() {
         m_way = std::make_unique<WritingWay>(m_root);
         platform::MediumFacts facts;
         Require(m_way->Root().Medium(facts), "ask for the medium of", m_root);
-        m_place.emplace(
-            IncomingFile::Place{*m_way, facts.largestFile, m_settings.smallFile, m_block,
-                                [this](const FanItem& item, const std::string& aside) {
-                                    m_news.Add([number = m_number, item, aside](FanReport& report) {
-                                        report.HasSetAside(number, item, aside);
-                                    });
-                                }});
+        const auto setAside = [this](const FanItem& item, const std::string& aside) {
+            m_news.Add([number = m_number, item, aside](FanReport& report) {
+                report.HasSetAside(number, item, aside);
+            });
+        };
+        const auto whyKept = [this](const FanItem& item, platform::FileReader& there) {
+            return m_settings.whyKept ? m_settings.whyKept(m_number, item, there) : std::string();
+        };
+        m_place.emplace(IncomingFile::Place{*m_way, facts.largestFile, m_settings.smallFile,
+                                            m_block, setAside, whyKept});
         const auto arrived = [this](const Arriving& file) {
             m_proven += file.reading->item.info.size;
             m_news.AddAfter(file.reading, [number = m_number, reading = file.reading,

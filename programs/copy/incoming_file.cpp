@@ -66,12 +66,24 @@ bool IncomingFile::HasNext(std::string_view bytes) {
 
 void IncomingFile::BecomeNew() {
     m_old.reset();
+    RequireReplaceable();
     const std::string aside = SetAside();
     m_isAnew = true;
     m_place.hasSetAside(m_item, aside);
     Create();
     if (m_position != 0) {
         CopyBeginning(aside);
+    }
+}
+
+/// Nothing speaks for what cannot be opened.
+void IncomingFile::RequireReplaceable() {
+    std::unique_ptr<platform::FileReader> there;
+    if (!m_place.whyKept || !m_folder->Open(m_name, there)) {
+        return;
+    }
+    if (const std::string why = m_place.whyKept(m_item, *there); !why.empty()) {
+        throw Failure(m_path + " is left as it is: " + why + ".");
     }
 }
 

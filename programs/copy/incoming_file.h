@@ -25,6 +25,8 @@ public:
         std::uint64_t smallFile; ///< for larger ones it is asked whether they fit
         std::string& block;
         std::function<void(const FanItem&, const std::string& aside)> hasSetAside;
+        /// Why what is there must not be set aside, or "".
+        std::function<std::string(const FanItem&, platform::FileReader& there)> whyKept;
     };
 
     IncomingFile(Place& place, const FanItem& item);
@@ -46,6 +48,7 @@ private:
     bool HasNext(std::string_view bytes);
     /// What is there is not the file: writes the file, of which the bytes so far were the same.
     void BecomeNew();
+    void RequireReplaceable();
     std::string SetAside();
     void Create();
     void CopyBeginning(const std::string& from);

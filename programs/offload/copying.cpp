@@ -10,6 +10,7 @@
 #include "offload/copy_watch.h"
 #include "offload/file_hashes.h"
 #include "offload/media_order.h"
+#include "offload/own_list.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -50,6 +51,15 @@ public:
         return paths;
     }
     void Follow(const copy::Fan& fan) { m_fan = &fan; }
+    [[nodiscard]] copy::FanSettings Settings() const {
+        copy::FanSettings settings;
+        settings.whyKept = [this](std::size_t target, const FanItem& file,
+                                  platform::FileReader& there) {
+            const auto& list = m_plan.targets[m_copies[target]].list;
+            return list != nullptr ? WhyKept(*list, file.path, there) : "";
+        };
+        return settings;
+    }
 
     void CopyAll(copy::Fan& fan) {
         const mhl::Tree& tree = m_plan.index.tree;
@@ -224,7 +234,7 @@ void CopyCard(Plan& plan, tool::RunProgress& progress, ReadDigests& digests, Out
     Copying copying(plan, hashes, progress, digests, outcome);
     progress.Begin("copy", plan.index.tree.FileCount(), plan.index.bytes);
     try {
-        copy::Fan fan(*plan.opened, copying.Paths(), hashes.Takers(), copying);
+        copy::Fan fan(*plan.opened, copying.Paths(), hashes.Takers(), copying, copying.Settings());
         copying.Follow(fan);
         copying.CopyAll(fan);
         copying.KeepFolderTimes(fan);

@@ -134,6 +134,7 @@ void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
     target.state = TargetState::Taken;
     target.formats = {};
     target.listFault.clear();
+    target.list.reset();
     std::unique_ptr<Folder> copy;
     if (!OpenCopy(target, name, copy)) {
         return;
@@ -142,13 +143,18 @@ void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
         target.state = TargetState::New;
         return;
     }
-    const mhl::History history = mhl::History::Open(platform::Files(), target.path);
+    const auto list =
+        std::make_shared<const mhl::History>(mhl::History::Open(platform::Files(), target.path));
+    const mhl::History& history = *list;
     target.formats = history.Formats();
     const std::optional<CardIdentity> mark = MarkIn(*copy);
     SetState(target, mark ? TargetState::Unfinished : TargetState::Finished,
              mark ? *mark : IdentityInLists(history), card);
     if (!mark && history.Found().Faults() != 0) {
         target.listFault = FirstFault(history.Found());
+    }
+    if (history.Found().Faults() == 0) {
+        target.list = list;
     }
 }
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "offload/card_identity.h"
+#include "offload/mhl/history.h"
 #include "platform/folder.h"
 
 #include <cstdint>
@@ -54,6 +55,7 @@ struct Target {
     mhl::FormatSet formats;                   ///< of the lists that the copy has already
     std::string whyTaken;                     ///< the end of a sentence
     std::string listFault;                    ///< of a copy that was finished; "" when it has none
+    std::shared_ptr<const mhl::History> list; ///< of a copy that has one without a fault
     std::unique_ptr<platform::NameLock> lock; ///< against other runs into the same place
 
     // Once the copy is begun:

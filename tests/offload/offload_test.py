@@ -257,6 +257,24 @@ class SecondRunTest(OffloadTest):
         aside.unlink()
         self.assertEqual(tree_of(self.folder / "one/A001"), tree_of(self.card.path))
 
+    def test_what_the_copy_s_list_vouches_for_stays(self):
+        self.outcome()
+        card, copy = (folder / "CONTENTS/VIDEO/0002AB.MXF"
+                      for folder in (self.card.path, self.folder / "one/A001"))
+        bytes_before, times = card.read_bytes(), card.stat()
+        card.write_bytes(bytes_before[:-1] + bytes([bytes_before[-1] ^ 1]))
+        os.utime(card, ns=(times.st_atime_ns, times.st_mtime_ns))
+        document = self.outcome(status=1)
+        self.assertFalse(document["verdict"]["safeToFormat"])
+        for target in document["targets"]:
+            self.assertFalse(target["setAside"])
+            self.assertIn("the card's file is not", target["failures"][0]["reason"])
+        self.assertEqual(copy.read_bytes(), bytes_before)
+        card.write_bytes(bytes_before)
+        os.utime(card, ns=(times.st_atime_ns, times.st_mtime_ns))
+        self.outcome()
+        self.assertEqual(run("verify", self.folder / "one/A001", "--quiet").returncode, 0)
+
     def test_each_sentence_is_true(self):
         for to in (("one",), ("one", "two")):
             self.outcome(to=to)
