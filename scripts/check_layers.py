@@ -37,7 +37,7 @@ ROOMS = {
 PROGRAMS = {
     "copy": BASE,
     "offload/mhl": BASE | {"xml/dom"},
-    "worker": LIBRARY_OF_WORKER | {"copy"},
+    "worker": LIBRARY_OF_WORKER | {"copy", "manual"},
     # The module shares the headers that the two agree on.
     "worker/av": BASE | {"worker"},
     "offload": LIBRARY_OF_WORKER - {"channel"} | {"cards", "edl", "parser", "console", "copy",
@@ -45,7 +45,7 @@ PROGRAMS = {
 }
 MAY_INCLUDE = {**ROOMS, **PROGRAMS}
 # These see of the library what a host sees, the public headers, and of the programs what is named.
-HOSTS = {"nqp2": {"console"}, "console": set(), "examples": set()}
+HOSTS = {"nqp2": {"console", "manual"}, "console": set(), "manual": set(), "examples": set()}
 # These may look into every room.
 OBSERVERS = ("tests", "bench", "fuzz")
 

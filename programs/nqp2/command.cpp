@@ -1,50 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/command.h"
+#include "nqp2/command_line_state.h"
 
-#include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <utility>
 
 namespace nqp2::tool {
-namespace {
-
-constexpr const char* kFooter = "Exit status: 0 done, 1 the card cannot be read or something not "
-                                "written,\n2 wrong usage, 3 the worker failed, 4 something was "
-                                "skipped (--strict).\n\n"
-                                "Example: nqp2 clips /media/card --json";
-
-/// Our words for those of the command-line parser.
-constexpr std::pair<const char*, const char*> kLabels[] = {
-    {"SUBCOMMAND", "COMMAND"}, {"Positionals", "Arguments"}, {"REQUIRED", ""}};
-
-/// The names of the commands that the user gave, each with a blank behind it.
-std::string ChosenCommand(const CLI::App& program) {
-    const std::vector<CLI::App*> commands = program.get_subcommands();
-    return commands.empty() ? ""
-                            : commands.front()->get_name() + ' ' + ChosenCommand(*commands.front());
-}
-
-/// One heading for all commands of a level.
-void GroupCommands(CLI::App& level) {
-    for (CLI::App* command : level.get_subcommands([](CLI::App*) { return true; })) {
-        command->group("Commands");
-        GroupCommands(*command);
-    }
-}
-
-[[noreturn]] void ThrowUsage(const CLI::App& program, const CLI::ParseError& error) {
-    const std::vector<std::string> unexpected = program.remaining(true);
-    const std::string command = ChosenCommand(program);
-    throw Failure(unexpected.empty() ? command + "usage" : command + unexpected.front(),
-                  unexpected.empty() ? error.what() : "is not understood",
-                  fmt::format("see nqp2 {}--help", command), kUsage);
-}
-
-} // namespace
 
 Option Option::Required(bool required) const {
     m_option->required(required);
@@ -62,7 +27,7 @@ Option Option::Excludes(const Option& other) const {
 }
 
 Option Option::Between(int least, int most) const {
-    m_option->check(CLI::Range(least, most));
+    m_option->check(CLI::Range(least, most).description(fmt::format("{} to {}", least, most)));
     return *this;
 }
 
@@ -72,11 +37,18 @@ Option Option::Unlisted() const {
 }
 
 void Option::OneOf(const std::vector<int>& numbers) const {
-    m_option->check(CLI::IsMember(numbers));
+    std::vector<std::string> words(numbers.size());
+    std::transform(numbers.begin(), numbers.end(), words.begin(),
+                   [](int number) { return std::to_string(number); });
+    OneOf(words);
 }
 
 void Option::OneOf(const std::vector<std::string>& words) const {
-    m_option->check(CLI::IsMember(words));
+    std::string listed;
+    for (const std::string& word : words) {
+        (listed += kWordMark) += word;
+    }
+    m_option->check(CLI::IsMember(words).description(listed));
 }
 
 bool Option::IsGiven() const {
@@ -84,7 +56,7 @@ bool Option::IsGiven() const {
 }
 
 Command Command::Add(const std::string& name, const std::string& description) const {
-    return {*m_app->add_subcommand(name, description), *m_chosen};
+    return {*m_app->add_subcommand(name, description), *m_line};
 }
 
 Command Command::AddGroup(const std::string& name, const std::string& description) const {
@@ -165,53 +137,32 @@ void Command::IncompleteFlag(bool& incomplete) const {
          "Take a clip whose picture or sound is missing or cut off as well");
 }
 
-void Command::Example(const std::string& example) const {
-    m_app->footer("--verbose and --drive serve every command: nqp2 --help\n\nExample: " + example);
+void Command::Note(const std::string& note) const {
+    m_line->texts[m_app].notes.push_back(note);
 }
 
-void Command::Note(const std::string& note) const {
-    m_app->footer(note + "\n\n" + m_app->get_footer());
+void Command::File(const std::string& path, const std::string& meaning) const {
+    m_line->texts[m_app].files.push_back({path, meaning});
+}
+
+void Command::Statuses(std::vector<manual::Meaning> statuses) const {
+    m_line->texts[m_app].statuses = std::move(statuses);
+}
+
+void Command::Example(const std::string& example) const {
+    m_line->texts[m_app].examples.push_back(example);
+}
+
+void Command::Unlisted() const {
+    m_line->texts[m_app].isListed = false;
+}
+
+manual::CommandPage Command::ProgramPage() const {
+    return PageOf(*m_line, m_line->app, "");
 }
 
 void Command::SetAction(Action action) const {
-    m_app->callback([chosen = m_chosen, action = std::move(action)] { *chosen = action; });
-}
-
-CommandLine::CommandLine()
-    : m_app(std::make_unique<CLI::App>(
-          "Reads P2 cards, AVCHD cards and copies of them, and writes to P2 cards.", "nqp2")) {
-    m_app->set_version_flag("--version", "nqp2 " NQP2_TOOL_VERSION, "Print the version");
-    m_app->set_help_flag("-h,--help", "Print this help");
-    m_app->require_subcommand(1);
-    m_app->fallthrough();
-    m_app->footer(kFooter);
-    // Commands take the formatter over when they are added.
-    const auto formatter = m_app->get_formatter();
-    for (const auto& [label, text] : kLabels) {
-        formatter->label(label, text);
-    }
-}
-
-CommandLine::~CommandLine() = default;
-
-Command CommandLine::Program() {
-    return {*m_app, m_chosen};
-}
-
-Action CommandLine::Parse(int count, const char* const* arguments, Console& console) {
-    GroupCommands(*m_app);
-    try {
-        m_app->parse(count, arguments);
-    } catch (const CLI::ParseError& outcome) {
-        if (outcome.get_exit_code() != 0) {
-            ThrowUsage(*m_app, outcome);
-        }
-        const bool wantsVersion = dynamic_cast<const CLI::CallForVersion*>(&outcome) != nullptr;
-        console.Write(wantsVersion ? std::string(outcome.what()) + '\n' : m_app->help());
-        console.Finish();
-        return {};
-    }
-    return m_chosen;
+    m_app->callback([line = m_line, action = std::move(action)] { line->chosen = action; });
 }
 
 } // namespace nqp2::tool

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "console/console.h"
+#include "manual/command_page.h"
 
 #include <functional>
 #include <memory>
@@ -32,6 +33,8 @@ struct ProgressOptions {
     bool quiet = false;
 };
 
+struct CommandLineState;
+
 /// An argument or option of a command. Valid as long as the command line.
 class Option {
 public:
@@ -55,7 +58,7 @@ private:
 /// command.cpp knows the library that parses command lines.
 class Command {
 public:
-    Command(CLI::App& app, Action& chosen) : m_app(&app), m_chosen(&chosen) {}
+    Command(CLI::App& app, CommandLineState& line) : m_app(&app), m_line(&line) {}
 
     /// A command below this one.
     [[nodiscard]] Command Add(const std::string& name, const std::string& description) const;
@@ -96,16 +99,22 @@ public:
     void WorkerOption(std::string& program) const;
     void IncompleteFlag(bool& incomplete) const;
 
-    /// Ends the command's help with an example.
-    void Example(const std::string& example) const;
-    /// Puts a paragraph before the example.
+    /// For help and manual: a paragraph, a file that it reads or writes by itself, what it exits with
+    /// where that is not as everywhere, and an example.
     void Note(const std::string& note) const;
+    void File(const std::string& path, const std::string& meaning) const;
+    void Statuses(std::vector<manual::Meaning> statuses) const;
+    void Example(const std::string& example) const;
+    /// Understood, but told nowhere.
+    void Unlisted() const;
+    /// All that is told of the program and its commands, once all are added.
+    [[nodiscard]] manual::CommandPage ProgramPage() const;
 
 private:
     void SetAction(Action action) const;
 
     CLI::App* m_app;
-    Action* m_chosen;
+    CommandLineState* m_line;
 };
 
 /// Adds a command to the program. One such function a command, listed in main.cpp.
@@ -134,24 +143,7 @@ void AddVerifyCommand(const Command& program);
 void AddReportCommand(const Command& program);
 void AddTimelineCommand(const Command& program);
 void AddLastErrorCommand(const Command& program);
-
-/// What the user typed. Keeps the options of all commands.
-class CommandLine {
-public:
-    CommandLine();
-    ~CommandLine();
-    CommandLine(const CommandLine&) = delete;
-    CommandLine& operator=(const CommandLine&) = delete;
-
-    /// The program itself, to which commands are added.
-    [[nodiscard]] Command Program();
-    /// The action of the chosen command; empty when help or the version was asked for, which it
-    /// prints. Throws Failure for what is not understood.
-    Action Parse(int count, const char* const* arguments, Console& console);
-
-private:
-    std::unique_ptr<CLI::App> m_app;
-    Action m_chosen;
-};
+void AddManualCommand(const Command& program);
+void AddCompleteCommand(const Command& program);
 
 } // namespace nqp2::tool

@@ -226,7 +226,7 @@ void AddClipsCommand(const Command& program) {
                  "List every card in these folders and below");
     command.JsonAndCsvFlags(options.form, ", a document of all", "; see --columns");
     command.Flag("--jsonl", options.lines, "Print JSON, each clip on a line of its own");
-    command.ValueOption("--columns", options.columns, "LIST",
+    command.ValueOption("--columns", options.columns, "COLUMNS",
                         "Of the table or CSV, names with commas between: Name, Card, Start ...\n"
                         "(default: all such), all (every field), members of JSON");
     command.Flag("--metadata", options.metadata, "With JSON, tell all that the clips' files tell");

@@ -166,17 +166,21 @@ void AddOffloadCommand(const Command& program) {
     command.JsonFlag(options.json);
     command.AddProgressOptions(options.progress);
     command.Example("nqp2 offload /media/card --to /raid/day1 --to /media/shuttle/day1");
-    command.Note(
-        "The card may be formatted when two copies on different disks, neither of them the\n"
-        "card's own, were read back from there, the card was read twice the same, nothing\n"
-        "of it changed and nothing was left out. Status 0 when all that was asked for is\n"
-        "proven, 1 when not, 4 when fewer copies than --copies are on disks of their own.");
+    command.Note("A name may hold {card}, {serial}, {date}, {project} and {counter}.");
     command.Note(
         "Copied is the whole of what is given: every file and folder, whoever can read it.\n"
         "Left out and told are a desktop's litter, links, and names that no list of hashes\n"
         "can hold. A second run goes on with a copy that was not finished, or proves one\n"
         "again.");
-    command.Note("A name may hold {card}, {serial}, {date}, {project} and {counter}.");
+    command.Note(
+        "The card may be formatted when two copies on different disks, neither of them the\n"
+        "card's own, were read back from there, the card was read twice the same, nothing\n"
+        "of it changed and nothing was left out.");
+    command.Statuses({{"0", "all that was asked for is proven"},
+                      {"1", "it is not"},
+                      {"2", "wrong usage"},
+                      {"3", "nqp2-offload cannot be run"},
+                      {"4", "fewer copies than --copies are on disks of their own"}});
 }
 
 void AddSealCommand(const Command& program) {
@@ -199,7 +203,10 @@ void AddVerifyCommand(const Command& program) {
     command.JsonFlag(options.json);
     command.AddProgressOptions(options.progress);
     command.Example("nqp2 verify /raid/day1/A001");
-    command.Note("Exit status: 0 all well, 1 something is not as it was recorded.");
+    command.Statuses({{"0", "all well"},
+                      {"1", "something is not as it was recorded"},
+                      {"2", "wrong usage"},
+                      {"3", "nqp2-offload cannot be run"}});
 }
 
 } // namespace nqp2::tool

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/command.h"
+#include "nqp2/command_line.h"
 
 #include "NQP2ParserU/DebugOutput.h"
 #include "NQP2ParserU/DriveMap.h"
@@ -19,12 +19,12 @@ namespace {
 using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
 constexpr AddCommand kCommands[] = {
-    AddClipsCommand,     AddClipCommand,     AddFormatCommand,   AddUmidCommand,
-    AddFreeNameCommand,  AddSpaceCommand,    AddEdlCommand,      AddIngestCommand,
-    AddPlaylistsCommand, AddImportCommand,   AddExportCommand,   AddDeleteCommand,
-    AddIconCommand,      AddSerialCommand,   AddBaseInfoCommand, AddRtExportCommand,
-    AddReportCommand,    AddTimelineCommand, AddOffloadCommand,  AddSealCommand,
-    AddVerifyCommand,    AddLastErrorCommand};
+    AddClipsCommand,     AddClipCommand,      AddFormatCommand,   AddUmidCommand,
+    AddFreeNameCommand,  AddSpaceCommand,     AddEdlCommand,      AddIngestCommand,
+    AddPlaylistsCommand, AddImportCommand,    AddExportCommand,   AddDeleteCommand,
+    AddIconCommand,      AddSerialCommand,    AddBaseInfoCommand, AddRtExportCommand,
+    AddReportCommand,    AddTimelineCommand,  AddOffloadCommand,  AddSealCommand,
+    AddVerifyCommand,    AddLastErrorCommand, AddManualCommand,   AddCompleteCommand};
 
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {
@@ -45,6 +45,9 @@ Status Run(int count, const char* const* arguments, Console& console) {
     for (const AddCommand add : kCommands) {
         add(program);
     }
+    program.Example("nqp2 clips /media/card --json");
+    program.File(NQP2_LIBEXEC "/nqp2-worker", "the program that does what writes to a card");
+    program.File(NQP2_SCHEMAS, "schemas of what --json prints, and what of it may change");
     const Action action = commandLine.Parse(count, arguments, console);
     if (!action) {
         return kDone;

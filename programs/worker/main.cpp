@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "manual/help_text.h"
+#include "manual/man_page.h"
 #include "NQP2ParserU/Channel.h"
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/Terminal.h"
@@ -19,8 +21,50 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 
-constexpr const char* kUsage =
-    "usage: nqp2-worker [--drive LETTER=FOLDER]... [--socket PATH] [--host NUMBER]\n";
+constexpr const char* kVersion = "nqp2-worker " NQP2_WORKER_VERSION;
+
+nqp2::manual::CommandPage WorkerPage() {
+    nqp2::manual::CommandPage page;
+    page.name = "nqp2-worker";
+    page.purpose = "Does for programs that use P2 cards what writes to a card or decodes media";
+    page.options = {{{"-h", "--help"}, "", "Print this help", {}, "", {}, {}},
+                    {{"--version"}, "", "Print the version", {}, "", {}, {}},
+                    {{"--socket"}, "PATH", "Where hosts reach it", {}, "", {}, {}},
+                    {{"--host"},
+                     "NUMBER",
+                     "The descriptor by which the host that starts it reaches it",
+                     {},
+                     "",
+                     {},
+                     {}},
+                    {{"--drive"},
+                     "LETTER=FOLDER",
+                     "Let a drive letter stand for a folder",
+                     {},
+                     "",
+                     {},
+                     {},
+                     false,
+                     true}};
+    page.notes = {"A program that uses the library starts it, and nqp2 does so by itself. It takes "
+                  "--socket, --host or both, serves any number of hosts and ends with the last of "
+                  "them. SIGTERM, SIGINT and SIGHUP end it at any moment: nothing half-written "
+                  "stays."};
+    page.statuses = {{"0", "ended as it should"}, {"1", "could not start"}, {"2", "wrong usage"}};
+    page.files = {{"nqp2-media.so", "beside it: what it needs for camera files and recordings"}};
+    page.examples = {"nqp2-worker --socket /run/user/1000/cards"};
+    return page;
+}
+
+/// What it tells of itself when asked to; "" when it is not.
+std::string AskedText(std::string_view argument) {
+    const auto page = WorkerPage();
+    return argument == "--help" || argument == "-h" ? nqp2::manual::HelpText(page)
+           : argument == "--version"                ? std::string(kVersion) + '\n'
+           : argument == "--manual"
+               ? nqp2::manual::ManPage(page, "NQP2ParserU " NQP2_WORKER_VERSION, {"nqp2"})
+               : "";
+}
 
 struct Options {
     nqp2::ListenSettings reached;
@@ -96,9 +140,12 @@ int main(int count, char** arguments) {
     if (!nqp2::OpenStandardStreams()) {
         return 1;
     }
+    if (const std::string text = AskedText(count == 2 ? arguments[1] : ""); !text.empty()) {
+        return std::fputs(text.c_str(), stdout) >= 0 && std::fflush(stdout) == 0 ? 0 : 1;
+    }
     const Options options = ReadArguments(count, arguments);
     if (!options.areSound) {
-        std::fputs(kUsage, stderr);
+        std::fputs(nqp2::manual::ShortHelp(WorkerPage()).c_str(), stderr);
         return kWrongUsage;
     }
     try {

@@ -8,6 +8,7 @@ import subprocess
 import unittest
 from pathlib import Path
 
+from edl_test import edit_list
 from program import PROGRAM, SOURCES, CardTest, main, run
 
 COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
@@ -23,14 +24,14 @@ LEVELS = [[], *([command] for command in COMMANDS),
 
 class HelpTest(unittest.TestCase):
     def test_help_at_every_level(self):
-        commands = re.findall(r"^  ([a-z][a-z-]+) {3,}", run("--help").stdout, re.MULTILINE)
+        commands = re.findall(r"^  ([a-z][a-z-]+) {2,}", run("--help").stdout, re.MULTILINE)
         self.assertEqual(set(commands), set(COMMANDS))
         for level in LEVELS:
             result = run(*level, "--help")
             self.assertEqual((result.returncode, result.stderr), (0, ""))
             self.assertIn("Usage: " + " ".join(["nqp2", *level]), result.stdout)
             self.assertIn(f"Example: nqp2 {' '.join(level)}", result.stdout)
-            self.assertLessEqual(max(map(len, result.stdout.splitlines())), 100)
+            self.assertLessEqual(max(map(len, result.stdout.splitlines())), 80)
 
     def test_examples_are_understood(self):
         for level in LEVELS:
@@ -47,14 +48,13 @@ class UsageTest(CardTest):
     def test_wrong_usage_is_one_line_and_status_2(self):
         card = self.card.path
         cases = (
-            ([], "nqp2: usage: "),
             (["fly"], "nqp2: fly: is not understood (see nqp2 --help)"),
+            (["clpis", card], "nqp2: clpis: is not understood (did you mean clips?)"),
             (["clips"], "nqp2: clips usage: CARD is required (see nqp2 clips --help)"),
             (["format", card, "x"], "nqp2: format x: is not understood (see nqp2 format --help)"),
             (["clips", card, "--sort", "size"], "nqp2: clips usage: "),
             (["clips", card, "--json", "--csv"], "nqp2: clips usage: "),
             (["clips", ""], "nqp2: CARD: is empty"),
-            (["edl"], "nqp2: edl usage: "),
             (["edl", "list", card, "x"],
              "nqp2: edl list x: is not understood (see nqp2 edl list --help)"),
             (["ingest", "add", card, "0001AA"], "nqp2: ingest add usage: IN-OUT is required"),
@@ -65,6 +65,28 @@ class UsageTest(CardTest):
         )
         self.assert_each_fails(2, [(arguments, line.removeprefix("nqp2: "))
                                    for arguments, line in cases])
+
+
+    def test_without_a_command_the_short_help(self):
+        for level in ([], *([group] for group in GROUPS)):
+            result = run(*level)
+            self.assertEqual((result.returncode, result.stdout), (2, ""))
+            self.assertIn("\nCommands:\n  ", result.stderr)
+            self.assertRegex(result.stderr, r"\nnqp2: COMMAND: is missing \(see nqp2[^\n]*--help\)\n$")
+
+
+class ManualTest(CardTest):
+    def test_each_command_has_a_page_that_tells_what_its_help_tells(self):
+        self.assertEqual(run("manual", "--to", self.folder).returncode, 0)
+        names = {path.name for path in self.folder.glob("*.1")}
+        self.assertEqual(names, {"-".join(["nqp2", *level]) + ".1" for level in LEVELS})
+        for level in LEVELS:
+            page = (self.folder / ("-".join(["nqp2", *level]) + ".1")).read_text()
+            for option in re.findall(r"(--[a-z0-9-]+)", run(*level, "--help").stdout):
+                self.assertIn(option.replace("-", "\\-"), page, level)
+        missing = run("manual", "--to", self.folder / "none")
+        self.assert_fails(missing, 1, f"nqp2: {self.folder}/none/nqp2.1: cannot be written "
+                                      "(No such file or directory)")
 
 
 class OutputTest(CardTest):
@@ -134,7 +156,8 @@ class OutputTest(CardTest):
 class CompletionTest(CardTest):
     def complete(self, *words):
         """What bash offers for the last of these words."""
-        script = (f"source {shlex.quote(str(COMPLETION))}; COMP_WORDS=({shlex.join(words)}); "
+        line = [str(Path(PROGRAM).absolute()), *words[1:]]
+        script = (f"source {shlex.quote(str(COMPLETION))}; COMP_WORDS=({shlex.join(line)}); "
                   f"COMP_CWORD={len(words) - 1}; _nqp2; printf '%s\\n' \"${{COMPREPLY[@]}}\"")
         result = subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True,
                                 cwd=self.folder, check=False)
@@ -142,7 +165,7 @@ class CompletionTest(CardTest):
         return sorted(filter(None, result.stdout.splitlines()))
 
     def options_in_help(self, *level):
-        return re.findall(r"^\s+(?:-\w,)?(--[a-z0-9-]+)", run(*level, "--help").stdout, re.MULTILINE)
+        return re.findall(r"^  (?:-\w, )?(--[a-z0-9-]+)", run(*level, "--help").stdout, re.MULTILINE)
 
     def test_commands(self):
         self.assertEqual(self.complete("nqp2", ""), sorted(COMMANDS))
@@ -163,7 +186,8 @@ class CompletionTest(CardTest):
         self.card.add_raw("0002bb.xml", b"")
         self.card.add_raw("._0001AA.XML", b"")
         for name in ("P001AB.XML", "p002.xml"):
-            self.card.add_file("EDITLIST", name)
+            (self.card.path / "CONTENTS" / "EDITLIST").mkdir(exist_ok=True)
+            (self.card.path / "CONTENTS" / "EDITLIST" / name).write_bytes(edit_list(""))
         folders, clips = ["card", "card two"], ["0001AA", "0002bb"]
         for words, offered in (
                 (("clips", "ca"), folders), (("clip", "card", ""), clips),

@@ -1,0 +1,56 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "console/display_text.h"
+#include "nqp2/command.h"
+#include "nqp2/completion/offers.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nqp2::tool {
+namespace {
+
+struct CompleteOptions {
+    std::vector<std::string> words;
+    std::optional<Command> program;
+};
+
+const char* NameOf(Offers::Paths paths) {
+    switch (paths) {
+    case Offers::Paths::Folders:
+        return "folders";
+    case Offers::Paths::Files:
+        return "files";
+    case Offers::Paths::None:
+        break;
+    }
+    return "words";
+}
+
+/// The first line says what the shell completes itself, each other is a word, a tabulator, and what
+/// it is.
+Status Run(Console& console, const CompleteOptions& options) {
+    const manual::CommandPage page = options.program->ProgramPage();
+    const Offers offers = OffersAt(FindPlace(page, options.words));
+    console.WriteLine(NameOf(offers.paths));
+    for (const manual::Meaning& word : offers.words) {
+        console.Write(Printable(word.name, LineBreaks::Escape) + '\t' +
+                      Printable(word.text, LineBreaks::Escape) + '\n');
+    }
+    return kDone;
+}
+
+} // namespace
+
+void AddCompleteCommand(const Command& program) {
+    const Command command = program.Add("complete", "Tell what may stand on a command line");
+    CompleteOptions& options = command.Runs(Run);
+    options.program = program;
+    command.Argument("WORD", options.words, "Behind --: the words so far, the last one begun")
+        .Required(false);
+    command.Unlisted();
+}
+
+} // namespace nqp2::tool

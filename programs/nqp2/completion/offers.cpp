@@ -1,0 +1,132 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/completion/offers.h"
+
+#include "nqp2/completion/card_names.h"
+
+#include "NQP2ParserU/CodeType.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <string_view>
+
+namespace nqp2::tool {
+namespace {
+
+using manual::Meaning;
+using Paths = Offers::Paths;
+
+constexpr int kMostCodeTypes = 256; ///< numbers beyond have no name
+
+template <class Value>
+std::vector<Meaning> NamedValues(const char* (*nameOf)(Value) noexcept) {
+    std::vector<Meaning> names;
+    for (int value = 0; value < kMostCodeTypes; ++value) {
+        if (const std::string name = nameOf(static_cast<Value>(value)); !name.empty()) {
+            names.push_back({name, ""});
+        }
+    }
+    return names;
+}
+
+std::vector<Meaning> CodeTypes(const Place& /*place*/) {
+    return NamedValues(CodeTypeName);
+}
+std::vector<Meaning> Standards(const Place& /*place*/) {
+    return NamedValues(StandardName);
+}
+std::vector<Meaning> Columns(const Place& /*place*/) {
+    return {{"default", "what fits"}, {"all", "every field"}};
+}
+std::vector<Meaning> Clips(const Place& place) {
+    return ClipNamesOf(place.card);
+}
+std::vector<Meaning> Lists(const Place& place) {
+    return ListNamesOf(place.card);
+}
+
+/// By what an argument or a value is called.
+constexpr struct {
+    std::string_view value;
+    Paths paths;
+    std::vector<Meaning> (*words)(const Place&);
+} kKinds[] = {{"CARD", Paths::Folders, nullptr},
+              {"FOLDER", Paths::Folders, nullptr},
+              {"LETTER=FOLDER", Paths::Folders, nullptr},
+              {"FILE", Paths::Files, nullptr},
+              {"PAGE", Paths::Files, nullptr},
+              {"PATH", Paths::Files, nullptr},
+              {"PICTURE", Paths::Files, nullptr},
+              {"STREAM", Paths::Files, nullptr},
+              {"CLIP", Paths::None, Clips},
+              {"COLUMNS", Paths::None, Columns},
+              {"LIST", Paths::None, Lists},
+              {"STANDARD", Paths::None, Standards},
+              {"TYPE", Paths::None, CodeTypes}};
+
+/// Those that begin with what was typed, in any letter case.
+void KeepBegun(std::vector<Meaning>& words, const std::string& begun) {
+    const auto isOther = [&begun](const Meaning& word) {
+        const auto isSame = [](unsigned char one, unsigned char other) {
+            return std::toupper(one) == std::toupper(other);
+        };
+        return word.name.size() < begun.size() ||
+               !std::equal(begun.begin(), begun.end(), word.name.begin(), isSame);
+    };
+    words.erase(std::remove_if(words.begin(), words.end(), isOther), words.end());
+}
+
+Offers OffersFor(const manual::Entry& entry, const Place& place) {
+    Offers offers;
+    for (const std::string& word : entry.words) {
+        offers.words.push_back({word, ""});
+    }
+    const bool isArgument = entry.value.empty();
+    const std::string& value = isArgument ? entry.names.front() : entry.value;
+    const std::string_view kind = isArgument && place.areCards ? "CARD" : std::string_view(value);
+    const auto* const row = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                         [kind](const auto& each) { return each.value == kind; });
+    if (row != std::end(kKinds) && entry.words.empty()) {
+        offers.paths = row->paths;
+        offers.words = row->words == nullptr ? offers.words : row->words(place);
+    }
+    return offers;
+}
+
+std::vector<Meaning> Commands(const manual::CommandPage& page) {
+    std::vector<Meaning> names;
+    for (const manual::CommandPage& command : page.commands) {
+        if (command.isListed) {
+            names.push_back({command.name.substr(page.name.size() + 1), command.purpose});
+        }
+    }
+    return names;
+}
+
+std::vector<Meaning> Options(const Place& place) {
+    std::vector<Meaning> names;
+    for (const manual::Entry* option : place.options) {
+        names.push_back({option->names.back(), option->meaning});
+    }
+    return names;
+}
+
+} // namespace
+
+Offers OffersAt(const Place& place) {
+    Offers offers;
+    const bool isValue = place.entry != nullptr && !place.entry->value.empty();
+    if (!isValue && place.begun.starts_with('-')) {
+        offers.words = Options(place);
+    } else if (!place.command->commands.empty() && !isValue) {
+        offers.words = Commands(*place.command);
+    } else if (place.entry != nullptr) {
+        offers = OffersFor(*place.entry, place);
+    }
+    KeepBegun(offers.words, place.begun);
+    return offers;
+}
+
+} // namespace nqp2::tool
