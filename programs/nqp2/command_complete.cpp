@@ -31,7 +31,7 @@ const char* NameOf(Offers::Paths paths) {
 
 /// The first line says what the shell completes itself, each other is a word, a tabulator, and what
 /// it is.
-Status Run(Console& console, const CompleteOptions& options) {
+Status RunComplete(Console& console, const CompleteOptions& options) {
     const manual::CommandPage page = options.program->ProgramPage();
     const Offers offers = OffersAt(FindPlace(page, options.words));
     console.WriteLine(NameOf(offers.paths));
@@ -46,7 +46,7 @@ Status Run(Console& console, const CompleteOptions& options) {
 
 void AddCompleteCommand(const Command& program) {
     const Command command = program.Add("complete", "Tell what may stand on a command line");
-    CompleteOptions& options = command.Runs(Run);
+    CompleteOptions& options = command.Runs(RunComplete);
     options.program = program;
     command.Argument("WORD", options.words, "Behind --: the words so far, the last one begun")
         .Required(false);

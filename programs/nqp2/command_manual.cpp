@@ -36,7 +36,7 @@ void WritePages(const manual::CommandPage& page, const std::vector<std::string>&
     }
 }
 
-Status Run(Console& /*console*/, const ManualOptions& options) {
+Status RunManual(Console& /*console*/, const ManualOptions& options) {
     WritePages(options.program->ProgramPage(), {"nqp2-worker"}, options.folder);
     return kDone;
 }
@@ -45,7 +45,7 @@ Status Run(Console& /*console*/, const ManualOptions& options) {
 
 void AddManualCommand(const Command& program) {
     const Command command = program.Add("manual", "Write the pages of the manual");
-    ManualOptions& options = command.Runs(Run);
+    ManualOptions& options = command.Runs(RunManual);
     options.program = program;
     command.ValueOption("--to", options.folder, "FOLDER", "The folder that receives them")
         .Required();

@@ -21,7 +21,7 @@ const std::vector<manual::Meaning>& CommonStatuses() {
 }
 
 /// What lies between marks.
-std::vector<std::string> Words(std::string text) {
+std::vector<std::string> MarkedWords(std::string text) {
     std::vector<std::string> words;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find(kWordMark, 1), text.size());
@@ -63,7 +63,7 @@ manual::Entry EntryOf(const CLI::Option& option) {
     entry.value = type.substr(0, colon);
     const std::string check = type.substr(std::min(colon + 1, type.size()));
     if (check.starts_with(kWordMark)) {
-        entry.words = Words(check);
+        entry.words = MarkedWords(check);
     } else {
         entry.range = check;
     }

@@ -37,13 +37,13 @@ std::vector<Meaning> CodeTypes(const Place& /*place*/) {
 std::vector<Meaning> Standards(const Place& /*place*/) {
     return NamedValues(StandardName);
 }
-std::vector<Meaning> Columns(const Place& /*place*/) {
+std::vector<Meaning> ColumnOffers(const Place& /*place*/) {
     return {{"default", "what fits"}, {"all", "every field"}};
 }
-std::vector<Meaning> Clips(const Place& place) {
+std::vector<Meaning> ClipOffers(const Place& place) {
     return ClipNamesOf(place.card);
 }
-std::vector<Meaning> Lists(const Place& place) {
+std::vector<Meaning> ListOffers(const Place& place) {
     return ListNamesOf(place.card);
 }
 
@@ -60,9 +60,9 @@ constexpr struct {
               {"PATH", Paths::Files, nullptr},
               {"PICTURE", Paths::Files, nullptr},
               {"STREAM", Paths::Files, nullptr},
-              {"CLIP", Paths::None, Clips},
-              {"COLUMNS", Paths::None, Columns},
-              {"LIST", Paths::None, Lists},
+              {"CLIP", Paths::None, ClipOffers},
+              {"COLUMNS", Paths::None, ColumnOffers},
+              {"LIST", Paths::None, ListOffers},
               {"STANDARD", Paths::None, Standards},
               {"TYPE", Paths::None, CodeTypes}};
 
@@ -95,7 +95,7 @@ Offers OffersFor(const manual::Entry& entry, const Place& place) {
     return offers;
 }
 
-std::vector<Meaning> Commands(const manual::CommandPage& page) {
+std::vector<Meaning> CommandOffers(const manual::CommandPage& page) {
     std::vector<Meaning> names;
     for (const manual::CommandPage& command : page.commands) {
         if (command.isListed) {
@@ -105,7 +105,7 @@ std::vector<Meaning> Commands(const manual::CommandPage& page) {
     return names;
 }
 
-std::vector<Meaning> Options(const Place& place) {
+std::vector<Meaning> OptionOffers(const Place& place) {
     std::vector<Meaning> names;
     for (const manual::Entry* option : place.options) {
         names.push_back({option->names.back(), option->meaning});
@@ -119,9 +119,9 @@ Offers OffersAt(const Place& place) {
     Offers offers;
     const bool isValue = place.entry != nullptr && !place.entry->value.empty();
     if (!isValue && place.begun.starts_with('-')) {
-        offers.words = Options(place);
+        offers.words = OptionOffers(place);
     } else if (!place.command->commands.empty() && !isValue) {
-        offers.words = Commands(*place.command);
+        offers.words = CommandOffers(*place.command);
     } else if (place.entry != nullptr) {
         offers = OffersFor(*place.entry, place);
     }
