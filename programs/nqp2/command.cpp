@@ -153,6 +153,10 @@ void Command::Example(const std::string& example) const {
     m_line->texts[m_app].examples.push_back(example);
 }
 
+void Command::Alias(const std::string& name) const {
+    m_app->alias(name);
+}
+
 void Command::Unlisted() const {
     m_line->texts[m_app].isListed = false;
 }

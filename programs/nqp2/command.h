@@ -105,7 +105,9 @@ public:
     void File(const std::string& path, const std::string& meaning) const;
     void Statuses(std::vector<manual::Meaning> statuses) const;
     void Example(const std::string& example) const;
-    /// Understood, but told nowhere.
+    /// A name that it had before: understood, and told nowhere.
+    void Alias(const std::string& name) const;
+    /// The same of the command itself.
     void Unlisted() const;
     /// All that is told of the program and its commands, once all are added.
     [[nodiscard]] manual::CommandPage ProgramPage() const;
@@ -122,7 +124,7 @@ using AddCommand = void (*)(const Command& program);
 
 void AddClipsCommand(const Command& program);
 void AddClipCommand(const Command& program);
-void AddFormatCommand(const Command& program);
+void AddInfoCommand(const Command& program);
 void AddUmidCommand(const Command& program);
 void AddFreeNameCommand(const Command& program);
 void AddSpaceCommand(const Command& program);
@@ -135,8 +137,8 @@ void AddExportCommand(const Command& program);
 void AddDeleteCommand(const Command& program);
 void AddIconCommand(const Command& program);
 void AddSerialCommand(const Command& program);
-void AddBaseInfoCommand(const Command& program);
-void AddRtExportCommand(const Command& program);
+void AddProbeCommand(const Command& program);
+void AddRecordCommand(const Command& program);
 void AddOffloadCommand(const Command& program);
 void AddSealCommand(const Command& program);
 void AddVerifyCommand(const Command& program);

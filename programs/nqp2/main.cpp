@@ -19,10 +19,10 @@ namespace {
 using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
 constexpr AddCommand kCommands[] = {
-    AddClipsCommand,     AddClipCommand,      AddFormatCommand,   AddUmidCommand,
+    AddClipsCommand,     AddClipCommand,      AddInfoCommand,   AddUmidCommand,
     AddFreeNameCommand,  AddSpaceCommand,     AddEdlCommand,      AddIngestCommand,
     AddPlaylistsCommand, AddImportCommand,    AddExportCommand,   AddDeleteCommand,
-    AddIconCommand,      AddSerialCommand,    AddBaseInfoCommand, AddRtExportCommand,
+    AddIconCommand,      AddSerialCommand,    AddProbeCommand, AddRecordCommand,
     AddReportCommand,    AddTimelineCommand,  AddOffloadCommand,  AddSealCommand,
     AddVerifyCommand,    AddLastErrorCommand, AddManualCommand,   AddCompleteCommand};
 

@@ -19,15 +19,15 @@ SCHEMAS = SOURCES / "docs" / "json"
 DEFINITIONS = "definitions.schema.json"
 CLIPS = ("clips", "clips {card} --json"), ("clips", "clips {card} --json --report --files --metadata")
 OF_A_CARD = (*CLIPS, ("clips-line", "clips {card} --jsonl --files --metadata"))
-OF_P2 = (("clip", "clip {card} 0001AB --json"), ("format", "format {card} --json"),
+OF_P2 = (("clip", "clip {card} 0001AB --json"), ("info", "info {card} --json"),
          ("space", "space {card} --frames 15000 --json"), ("edl-list", "edl list {card} --json"),
          ("space", "space --bytes 9 --code-type 9999 --standard 1 --json"),
          ("ingest-list", "ingest list {card} --json"))
 BY_WORKER = (("import", "import {card} 0001AB --to {folder}/taken --json"),
              ("export", "export {other} 0001AB --from {folder}/taken --json"),
              ("last-error", "last-error --json"),
-             ("rt-export", "rt-export {other} {folder}/tape.dv --code-type CT_DV25_50I --json"),
-             ("base-info", "base-info {other}/CONTENTS/CLIP/0001AB.XML --json"))
+             ("record", "record {other} {folder}/tape.dv --code-type CT_DV25_50I --json"),
+             ("probe", "probe {other}/CONTENTS/CLIP/0001AB.XML --json"))
 
 
 def sealed(schema):

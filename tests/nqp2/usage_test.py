@@ -13,8 +13,8 @@ from program import PROGRAM, SOURCES, CardTest, main, run
 
 COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
-COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", "import", "export",
-            "delete", "icon", "serial", "base-info", "rt-export", "report", "offload",
+COMMANDS = ("clips", "clip", "info", "umid", "free-name", "space", "playlists", "import", "export",
+            "delete", "icon", "serial", "probe", "record", "report", "offload",
             "seal", "verify", "timeline", "last-error", *GROUPS)
 HAS_WORKER = (Path(PROGRAM).parent / "nqp2-worker").is_file()
 LOST = "nqp2: standard output: cannot be written ({})"
@@ -51,7 +51,7 @@ class UsageTest(CardTest):
             (["fly"], "nqp2: fly: is not understood (see nqp2 --help)"),
             (["clpis", card], "nqp2: clpis: is not understood (did you mean clips?)"),
             (["clips"], "nqp2: clips usage: CARD is required (see nqp2 clips --help)"),
-            (["format", card, "x"], "nqp2: format x: is not understood (see nqp2 format --help)"),
+            (["info", card, "x"], "nqp2: info x: is not understood (see nqp2 info --help)"),
             (["clips", card, "--sort", "size"], "nqp2: clips usage: "),
             (["clips", card, "--json", "--csv"], "nqp2: clips usage: "),
             (["clips", ""], "nqp2: CARD: is empty"),
@@ -59,9 +59,9 @@ class UsageTest(CardTest):
              "nqp2: edl list x: is not understood (see nqp2 edl list --help)"),
             (["ingest", "add", card, "0001AA"], "nqp2: ingest add usage: IN-OUT is required"),
             (["import", card, "0001AA"], "nqp2: import usage: --to is required"),
-            (["base-info", ""], "nqp2: : is no path (it is empty)"),
-            (["rt-export", card, "x", "--code-type", "DV"], "nqp2: --code-type DV: is no code type"),
-            (["rt-export", card, "x", "--code-type", "1", "--bits", "8"], "nqp2: rt-export usage: "),
+            (["probe", ""], "nqp2: : is no path (it is empty)"),
+            (["record", card, "x", "--code-type", "DV"], "nqp2: --code-type DV: is no code type"),
+            (["record", card, "x", "--code-type", "1", "--bits", "8"], "nqp2: record usage: "),
         )
         self.assert_each_fails(2, [(arguments, line.removeprefix("nqp2: "))
                                    for arguments, line in cases])
@@ -98,7 +98,7 @@ class OutputTest(CardTest):
     def commands(self):
         card = self.card.path
         return (["--help"], ["--version"], ["clips", card], ["clips", card, "--json"],
-                ["clips", card, "--csv"], ["clip", card, "0001AA"], ["format", card], ["umid"],
+                ["clips", card, "--csv"], ["clip", card, "0001AA"], ["info", card], ["umid"],
                 ["free-name", card], ["space", card, "--json"], ["edl", "list", card, "--json"],
                 ["ingest", "list", card, "--json"], ["playlists", self.folder, "--json"])
 
@@ -143,7 +143,7 @@ class OutputTest(CardTest):
 
     def test_names_what_is_meant_when_the_working_folder_is_gone(self):
         gone = self.folder / "gone"
-        for arguments, name in ((["base-info", "x.mov"], "x.mov"), (["clips", "card"], "card"),
+        for arguments, name in ((["probe", "x.mov"], "x.mov"), (["clips", "card"], "card"),
                                 (["import", self.card.path, "0001AA", "--to", "there"], "there")):
             gone.mkdir()
             result = subprocess.run(["sh", "-c", 'rmdir "$PWD"; exec "$@"', "-",

@@ -323,7 +323,7 @@ class RecordingTest(CardTest):
             ({}, ["--name", "what?"], 1, f"{self.stream}: not recorded (\"what?\" is no name that "
                                          "a card can hold.)"),
             ({}, ["--channels", "2"], 2,
-             "rt-export usage: --channels requires --bare (see nqp2 rt-export --help)"),
+             "record usage: --channels requires --bare (see nqp2 record --help)"),
         )
         os.truncate(self.stream, 3 * FRAME_SIZE)
         for options, arguments, status, line in cases:

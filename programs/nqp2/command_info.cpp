@@ -68,13 +68,14 @@ Status RunFormat(Console& console, const FormatOptions& options) {
 
 } // namespace
 
-void AddFormatCommand(const Command& program) {
+void AddInfoCommand(const Command& program) {
     const Command command =
-        program.Add("format", "Tell a card's recording format from its first clip");
+        program.Add("info", "Tell a card's recording format from its first clip");
+    command.Alias("format");
     FormatOptions& options = command.Runs(RunFormat);
     command.CardArgument(options.card);
     command.JsonAndCsvFlags(options.form, "", "");
-    command.Example("nqp2 format /media/card");
+    command.Example("nqp2 info /media/card");
 }
 
 } // namespace nqp2::tool

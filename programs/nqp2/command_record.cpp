@@ -229,9 +229,10 @@ void AddClipOptions(const Command& command, RtExportOptions& options) {
 
 } // namespace
 
-void AddRtExportCommand(const Command& program) {
+void AddRecordCommand(const Command& program) {
     const Command command =
-        program.Add("rt-export", "Record a raw stream onto a card as a new clip");
+        program.Add("record", "Record a raw stream onto a card as a new clip");
+    command.Alias("rt-export");
     RtExportOptions& options = command.Runs(RunRtExport);
     command.CardArgument(options.card);
     command.Argument("STREAM", options.video,
@@ -244,7 +245,7 @@ void AddRtExportCommand(const Command& program) {
     command.JsonFlag(options.json);
     command.AddProgressOptions(options.progress);
     command.WorkerOption(options.worker);
-    command.Example("nqp2 rt-export /media/card tape.dv -f CT_DV25_50I --sound tape.wav");
+    command.Example("nqp2 record /media/card tape.dv -f CT_DV25_50I --sound tape.wav");
 }
 
 } // namespace nqp2::tool

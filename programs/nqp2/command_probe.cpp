@@ -59,14 +59,15 @@ Status RunBaseInfo(Console& console, const BaseInfoOptions& options) {
 
 } // namespace
 
-void AddBaseInfoCommand(const Command& program) {
-    const Command command = program.Add("base-info", "Describe a camera file");
+void AddProbeCommand(const Command& program) {
+    const Command command = program.Add("probe", "Describe a camera file");
+    command.Alias("base-info");
     BaseInfoOptions& options = command.Runs(RunBaseInfo);
     command.Argument("FILE", options.file,
                      "A file of a camera (.MOV, .AVI, .MP4, .MXF) or a clip's CLIP/NAME.XML");
     command.JsonFlag(options.json);
     command.WorkerOption(options.worker);
-    command.Example("nqp2 base-info /media/sd/SONY/DVF/100DVF/DV000001.AVI --json");
+    command.Example("nqp2 probe /media/sd/SONY/DVF/100DVF/DV000001.AVI --json");
 }
 
 } // namespace nqp2::tool
