@@ -27,6 +27,10 @@ std::string FailureLine(std::string_view subject, std::string_view problem,
 }
 
 [[noreturn]] void ThrowOutputFailure(int error) {
+    // Who reads has had enough, as `head` has: nothing to tell.
+    if (error == EPIPE) {
+        throw Failure::Silent(kFailed);
+    }
     throw Failure("standard output", "cannot be written", std::generic_category().message(error));
 }
 
@@ -35,6 +39,12 @@ std::string FailureLine(std::string_view subject, std::string_view problem,
 Failure::Failure(std::string_view subject, std::string_view problem, std::string_view reason,
                  Status status)
     : std::runtime_error(FailureLine(subject, problem, reason)), m_status(status) {}
+
+Failure::Failure(Status status) : std::runtime_error(""), m_status(status) {}
+
+Failure Failure::Silent(Status status) {
+    return Failure(status);
+}
 
 void Console::Write(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {

@@ -26,9 +26,15 @@ public:
     Failure(std::string_view subject, std::string_view problem, std::string_view reason,
             Status status = kFailed);
 
+    /// One that ends a command without a word.
+    static Failure Silent(Status status);
+
     [[nodiscard]] Status GetStatus() const { return m_status; }
+    [[nodiscard]] bool IsSilent() const { return *what() == '\0'; }
 
 private:
+    explicit Failure(Status status);
+
     Status m_status;
 };
 

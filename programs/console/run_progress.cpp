@@ -3,6 +3,7 @@
 
 #include "console/run_progress.h"
 
+#include "console/byte_size.h"
 #include "console/display_text.h"
 #include "console/json_writer.h"
 #include "console/output_text.h"
@@ -86,19 +87,6 @@ ProgressForm ProgressFormNamed(std::string_view name) {
         return found->form;
     }
     return IsTerminal(stderr) ? ProgressForm::Bar : ProgressForm::Lines;
-}
-
-std::string BytesText(std::uint64_t bytes) {
-    constexpr const char* kUnits[] = {"KiB", "MiB", "GiB", "TiB", "PiB"};
-    if (bytes < kKiB) {
-        return fmt::format("{} bytes", bytes);
-    }
-    double value = static_cast<double>(bytes) / kKiB;
-    std::size_t unit = 0;
-    for (; value >= kKiB && unit + 1 < std::size(kUnits); ++unit) {
-        value /= kKiB;
-    }
-    return fmt::format("{:.1f} {}", value, kUnits[unit]);
 }
 
 double RunProgress::Seconds() const {

@@ -72,7 +72,4 @@ private:
     bool m_isDrawn = false;
 };
 
-/// "1.5 GiB", "12 bytes".
-std::string BytesText(std::uint64_t bytes);
-
 } // namespace nqp2::tool

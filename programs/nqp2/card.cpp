@@ -174,6 +174,10 @@ void Card::ThrowUnreadable() const {
     if (HoldsFolder(kContents)) {
         throw Failure(Folder(), "cannot be read", "its CONTENTS folder does not open");
     }
+    std::error_code error;
+    if (fs::is_empty(Folder(), error) && !error) {
+        throw Failure(Folder(), "is empty", "no card is there");
+    }
     throw Failure(Folder(), "no CONTENTS folder", P2Hint(m_root));
 }
 

@@ -31,8 +31,7 @@ public:
 
     /// Nothing when the card cannot be read.
     std::optional<CardScan> Scan(const Card& card) {
-        const bool isMedia = card.Found() && card.Found()->kind != CardKind::P2;
-        if (!isMedia) {
+        if (!IsMediaCard(card)) {
             CardScan scan = NewScan(card, CardKind::P2);
             ReadyParser parser;
             if (parser->LoadClipEx(card.Root(), scan.clips, m_options.keepDigit ? 1 : 0,
@@ -179,6 +178,16 @@ CardScans ScanCards(Console& console, const ScanOptions& options) {
     }
     Label(scans.cards);
     return scans;
+}
+
+bool IsMediaCard(const Card& card) {
+    return card.Found() && card.Found()->kind != CardKind::P2;
+}
+
+CardScan ScanMediaCard(Console& console, const Card& card) {
+    ScanOptions options;
+    options.cards = {card.Argument()};
+    return std::move(ScanCards(console, options).cards.front());
 }
 
 } // namespace nqp2::tool

@@ -63,4 +63,9 @@ struct CardScans {
 /// Scans cards. Throws the failure to report for one that cannot be read; a search goes on.
 CardScans ScanCards(Console& console, const ScanOptions& options);
 
+/// Whether a card that was found is of another kind than P2.
+bool IsMediaCard(const Card& card);
+/// Its clips, read as a scan reads them: an AVCHD card and a camera folder tell none alone.
+CardScan ScanMediaCard(Console& console, const Card& card);
+
 } // namespace nqp2::tool

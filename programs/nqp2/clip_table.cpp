@@ -78,19 +78,19 @@ std::string Marks(const Clip& clip) {
     return marks;
 }
 
-const ClipColumn kTitleColumn = {{"TITLE", Align::Left, 8}, OwnTitle};
+const ClipColumn kTitleColumn = {{"TITLE", Align::Left, 24}, OwnTitle};
 
-/// What matters most comes first: a narrow terminal cuts the end off.
+/// On a narrow terminal the last go first.
 std::vector<ClipColumn> ColumnsFor(const ClipOrder& clips) {
     std::vector<ClipColumn> columns = {
         {{"CLIP", Align::Left, 0}, Text<&Clip::ClipName>},
-        {{"START", Align::Left, 17}, Start},
+        {{"START", Align::Left}, Start},
         {{"LENGTH", Align::Right, 0}, LengthText},
-        {{"CODEC", Align::Left, 12}, CodecAndClass},
-        {{"RATE", Align::Left, 0}, Text<&Clip::FrameRate>},
-        {{"MARK", Align::Left, 0}, Marks},
-        {{"CH", Align::Right, 0}, AudioChannelsText},
-        {{"RATIO", Align::Left, 0}, Text<&Clip::AspectRatio>},
+        {{"CODEC", Align::Left, 12, 1}, CodecAndClass},
+        {{"RATE", Align::Left, 0, 2}, Text<&Clip::FrameRate>},
+        {{"MARK", Align::Left, 0, 3}, Marks},
+        {{"CH", Align::Right, 0, 4}, AudioChannelsText},
+        {{"RATIO", Align::Left, 0, 5}, Text<&Clip::AspectRatio>},
     };
     const auto titled = [](const Clip* clip) { return !OwnTitle(*clip).empty(); };
     if (std::any_of(clips.begin(), clips.end(), titled)) {

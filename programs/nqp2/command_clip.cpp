@@ -1,15 +1,21 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card_entry.h"
+#include "nqp2/card_scan.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
+#include "nqp2/near_name.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
+#include <fmt/core.h>
+
+#include <algorithm>
+#include <iterator>
 #include <string>
+#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -27,6 +33,17 @@ void RequirePlainName(const std::string& name) {
     }
 }
 
+[[noreturn]] void ThrowUnknown(const Card& card, const std::string& name,
+                               const CArray<_tag_P2Clip>& clips) {
+    std::vector<std::string> names;
+    std::transform(clips.begin(), clips.end(), std::back_inserter(names),
+                   [](const _tag_P2Clip& clip) { return BytesFromText(clip.ClipName); });
+    const std::string near = NearName(name, names);
+    throw Failure(card.Folder(), "no clip " + name,
+                  near.empty() ? "`nqp2 clips` lists the clips"
+                               : fmt::format("did you mean {}?", near));
+}
+
 /// Scans the card to find out why a clip did not load: the scan's report knows.
 [[noreturn]] void ThrowNoClip(ReadyParser& parser, const Card& card, const _tag_P2Clip& clip,
                               const std::string& name) {
@@ -42,11 +59,26 @@ void RequirePlainName(const std::string& name) {
             throw Failure(PositionText(file), "cannot be read", ReasonText(file));
         }
     }
-    throw Failure(card.Folder(), "no clip " + name, "`nqp2 clips` lists the clips");
+    ThrowUnknown(card, name, clips);
+}
+
+_tag_P2Clip FindMediaClip(Console& console, const Card& card, const std::string& name) {
+    const CardScan scan = ScanMediaCard(console, card);
+    const auto found =
+        std::find_if(scan.clips.begin(), scan.clips.end(), [&](const _tag_P2Clip& clip) {
+            return clip.ClipName.CompareNoCase(TextFromBytes(name)) == 0;
+        });
+    if (found == scan.clips.end()) {
+        ThrowUnknown(card, name, scan.clips);
+    }
+    return *found;
 }
 
 _tag_P2Clip ReadClip(Console& console, const ClipOptions& options) {
-    const Card card = EnterCard(console, options.card);
+    const Card card = EnterCard(console, options.card, {kEveryCard});
+    if (IsMediaCard(card)) {
+        return FindMediaClip(console, card, options.name);
+    }
     ReadyParser parser;
     _tag_P2Clip clip;
     if (parser->LoadClipInfo(card.Root(), TextFromBytes(options.name), clip) != 0) {

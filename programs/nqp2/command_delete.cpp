@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/byte_size.h"
 #include "console/run_progress.h"
 #include "nqp2/card_entry.h"
 #include "nqp2/clip_sizes.h"

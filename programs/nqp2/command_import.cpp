@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/byte_size.h"
 #include "console/value.h"
 #include "nqp2/clip_import.h"
 #include "nqp2/command.h"

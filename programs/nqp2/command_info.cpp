@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "console/value.h"
-#include "nqp2/card_entry.h"
+#include "nqp2/card_scan.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
 #include "nqp2/record_output.h"
@@ -22,10 +22,28 @@ struct FormatOptions {
     OutputForm form;
 };
 
-DiskFormat ReadFormat(const Card& card) {
+/// That of the first clip, as far as its record tells.
+DiskFormat ReadMediaFormat(Console& console, const Card& card) {
+    const CardScan scan = ScanMediaCard(console, card);
+    DiskFormat format;
+    if (!scan.clips.IsEmpty()) {
+        const _tag_P2Clip& clip = scan.clips[0];
+        format.found = true;
+        format.codeType = CodeTypeOf(clip);
+        format.standard = StandardOf(clip);
+        format.frameRate = clip.FrameRate;
+        format.codec = clip.CodecName;
+        format.class50 = clip.AvcIntraClass50;
+    }
+    return format;
+}
+
+DiskFormat ReadFormat(Console& console, const Card& card) {
     ReadyParser parser;
     DiskFormat format;
-    if (parser->GetDiskFormat(card.Root(), format) != 0) {
+    if (IsMediaCard(card)) {
+        format = ReadMediaFormat(console, card);
+    } else if (parser->GetDiskFormat(card.Root(), format) != 0) {
         card.ThrowUnreadable();
     }
     if (!format.found) {
@@ -56,7 +74,7 @@ void PrintFormat(Console& console, const DiskFormat& format) {
 }
 
 Status RunFormat(Console& console, const FormatOptions& options) {
-    const DiskFormat format = ReadFormat(EnterCard(console, options.card));
+    const DiskFormat format = ReadFormat(console, EnterCard(console, options.card, {kEveryCard}));
     const Record record = FormatRecord(format);
     PrintListing(console, options.form,
                  {record,

@@ -230,8 +230,7 @@ void AddClipOptions(const Command& command, RtExportOptions& options) {
 } // namespace
 
 void AddRecordCommand(const Command& program) {
-    const Command command =
-        program.Add("record", "Record a raw stream onto a card as a new clip");
+    const Command command = program.Add("record", "Record a raw stream onto a card as a new clip");
     command.Alias("rt-export");
     RtExportOptions& options = command.Runs(RunRtExport);
     command.CardArgument(options.card);

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/byte_size.h"
 #include "console/value.h"
-#include "nqp2/card_entry.h"
+#include "nqp2/card_scan.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
@@ -13,13 +14,17 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <limits>
 #include <optional>
 #include <string>
+#include <system_error>
 
 namespace nqp2::tool {
 namespace {
 
+constexpr std::int64_t kFirstUnit = 1024; ///< bytes from which on they have one
 constexpr std::int64_t kMostBytes = std::numeric_limits<std::int64_t>::max(); ///< or more
 
 struct SpaceOptions {
@@ -72,9 +77,11 @@ eP2_VIDEO_STANDARD StandardFromArgument(const std::string& text) {
 
 /// What the card's first clip was recorded as. A card's format, told by the codec's name alone,
 /// would not know the class, on which the size of a frame depends.
-Recording CardRecording(ReadyParser& parser, const Card& card) {
+Recording CardRecording(Console& console, ReadyParser& parser, const Card& card) {
     CArray<_tag_P2Clip> clips;
-    if (parser->LoadClipEx(card.Root(), clips, 0) != 0) {
+    if (IsMediaCard(card)) {
+        clips = ScanMediaCard(console, card).clips;
+    } else if (parser->LoadClipEx(card.Root(), clips, 0) != 0) {
         card.ThrowUnreadable();
     }
     if (clips.IsEmpty()) {
@@ -84,7 +91,7 @@ Recording CardRecording(ReadyParser& parser, const Card& card) {
     return {CodeTypeOf(clips[0]), StandardOf(clips[0]), 0};
 }
 
-Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options,
+Recording RecordingFrom(Console& console, ReadyParser& parser, const SpaceOptions& options,
                         const std::optional<Card>& card) {
     const bool told = !options.codeType.empty() && !options.standard.empty();
     Recording recording = {};
@@ -93,7 +100,7 @@ Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options,
             throw Failure("space usage", "--bytes needs --code-type and --standard",
                           "see nqp2 space --help", kUsage);
         }
-        recording = CardRecording(parser, *card);
+        recording = CardRecording(console, parser, *card);
     }
     if (!options.codeType.empty()) {
         recording.codeType = CodeTypeFromArgument(options.codeType);
@@ -105,14 +112,25 @@ Recording RecordingFrom(ReadyParser& parser, const SpaceOptions& options,
     return recording;
 }
 
+/// Of the medium of a card that is no P2 card: the parser tells those of P2 cards alone.
+std::int64_t FreeBytes(const Card& card) {
+    std::error_code error;
+    const std::filesystem::space_info space = std::filesystem::space(card.Folder(), error);
+    if (error) {
+        throw Failure(card.Folder(), "free space is not known", error.message());
+    }
+    return static_cast<std::int64_t>(
+        std::min<std::uintmax_t>(space.available, static_cast<std::uintmax_t>(kMostBytes)));
+}
+
 /// Free bytes, and whether the frames fit in them.
 Space AskSpace(ReadyParser& parser, const std::optional<Card>& card, const Amounts& amounts,
                const Recording& recording) {
     const auto& [codeType, standard, audioFlag] = recording;
     const std::int64_t frames = amounts.frames.value_or(0);
     Space space;
-    if (amounts.bytes) {
-        space.freeBytes = *amounts.bytes;
+    if (amounts.bytes || IsMediaCard(*card)) {
+        space.freeBytes = amounts.bytes ? *amounts.bytes : FreeBytes(*card);
         const std::int64_t need =
             parser->CountSpaceFromFrames(codeType, audioFlag, standard, frames);
         space.fits = need != kMostBytes && space.freeBytes >= need;
@@ -167,20 +185,26 @@ std::string CodeTypeText(eCodeType type) {
                         : fmt::format("{} ({})", name, static_cast<int>(type));
 }
 
+std::string WithUnit(std::int64_t bytes) {
+    return bytes < kFirstUnit
+               ? fmt::format("{}", bytes)
+               : fmt::format("{} ({})", bytes, BytesText(static_cast<std::uint64_t>(bytes)));
+}
+
 void GiveSpaceRows(const Amounts& amounts, const Recording& recording, const Space& space,
                    const TakeRow& take) {
     take({"Code type", CodeTypeText(recording.codeType)});
     take({"Standard", fmt::format("{} ({})", StandardName(recording.standard),
                                   static_cast<int>(recording.standard))});
     take({"Audio", recording.audioFlag != 0 ? "4 channels, 24 bits" : "4 channels, 16 bits"});
-    take({"Free bytes", fmt::format("{}", space.freeBytes)});
+    take({"Free bytes", WithUnit(space.freeBytes)});
     take({"Frames that fit",
           fmt::format("{}{}", space.maxFrames, space.maxFrames > 0 ? "" : " (none)")});
     if (space.spaceForFrames) {
         take({"Frames asked for", fmt::format("{}", *amounts.frames)});
-        take({"Bytes they take",
-              fmt::format("{}{}", *space.spaceForFrames,
-                          *space.spaceForFrames == kMostBytes ? " or more" : "")});
+        take({"Bytes they take", *space.spaceForFrames == kMostBytes
+                                     ? fmt::format("{} or more", kMostBytes)
+                                     : WithUnit(*space.spaceForFrames)});
         take({"Fits", *space.fits ? "yes" : "no"});
     }
     take({"4 GB limit", space.framesFor4GB ? fmt::format("reached with frame {}, {} bytes in all",
@@ -190,18 +214,28 @@ void GiveSpaceRows(const Amounts& amounts, const Recording& recording, const Spa
 }
 
 /// The number that the user gave with the option, if any.
-std::optional<std::int64_t> Amount(const char* option, const std::string& text,
-                                   const std::optional<Option>& given) {
-    const auto amount = WholeNumber<std::int64_t>(text);
-    if (given->IsGiven() && !amount) {
-        throw Failure(fmt::format("{} {}", option, text), "is no whole number", "", kUsage);
+std::optional<std::int64_t> FramesFrom(const SpaceOptions& options) {
+    const auto frames = WholeNumber<std::int64_t>(options.framesText);
+    if (options.framesOption->IsGiven() && !frames) {
+        throw Failure("--frames " + options.framesText, "is no whole number", "", kUsage);
     }
-    return amount;
+    return frames;
+}
+
+std::optional<std::int64_t> BytesFrom(const SpaceOptions& options) {
+    if (!options.bytesOption->IsGiven()) {
+        return std::nullopt;
+    }
+    const auto bytes = SizeFromText(options.bytesText);
+    if (!bytes) {
+        throw Failure("--bytes " + options.bytesText, "is no number of bytes",
+                      "such are 64000000000, 64GB and 59.6GiB", kUsage);
+    }
+    return bytes;
 }
 
 Status RunSpace(Console& console, const SpaceOptions& options) {
-    const Amounts amounts = {Amount("--bytes", options.bytesText, options.bytesOption),
-                             Amount("--frames", options.framesText, options.framesOption)};
+    const Amounts amounts = {BytesFrom(options), FramesFrom(options)};
     if (options.card.empty() && !amounts.bytes) {
         throw Failure("space usage", "CARD or --bytes is required", "see nqp2 space --help",
                       kUsage);
@@ -209,9 +243,9 @@ Status RunSpace(Console& console, const SpaceOptions& options) {
     ReadyParser parser;
     std::optional<Card> card;
     if (!amounts.bytes) {
-        card = EnterCard(console, options.card);
+        card = EnterCard(console, options.card, {kEveryCard});
     }
-    const Recording recording = RecordingFrom(parser, options, card);
+    const Recording recording = RecordingFrom(console, parser, options, card);
     const Space space = MeasureSpace(parser, card, amounts, recording);
     if (options.json) {
         PrintJson(console, SpaceRecord(space));
@@ -230,8 +264,9 @@ void AddSpaceCommand(const Command& program) {
     SpaceOptions& options = command.Runs(RunSpace);
     const Option card = command.CardArgument(options.card).Required(false);
     options.bytesOption = command
-                              .ValueOption("--bytes", options.bytesText, "N",
-                                           "Count with that many free bytes, no card")
+                              .ValueOption("--bytes", options.bytesText, "SIZE",
+                                           "Count with that many free bytes (64GB, 59.6GiB), "
+                                           "no card")
                               .Excludes(card);
     command.ValueOption("-f,--code-type", options.codeType, "TYPE",
                         "Name or number; the card's own if absent");

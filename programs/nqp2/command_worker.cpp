@@ -70,7 +70,7 @@ Status RunLastError(Console& console, const LastErrorOptions& options) {
     if (options.json) {
         PrintJson(console, Record{{"LastError", sentence}});
     } else if (sentence.empty()) {
-        console.Message("the worker answers and knows of no failure");
+        console.Message("a fresh worker answers and knows of no failure");
     } else {
         console.WriteLine(sentence);
     }

@@ -77,7 +77,9 @@ int main(int count, char** arguments) {
         }
         return Run(count, arguments, console);
     } catch (const Failure& failure) {
-        console.Message(fmt::format("nqp2: {}", failure.what()));
+        if (!failure.IsSilent()) {
+            console.Message(fmt::format("nqp2: {}", failure.what()));
+        }
         return failure.GetStatus();
     } catch (const std::exception& error) {
         console.Message(fmt::format("nqp2: internal error: {}", error.what()));

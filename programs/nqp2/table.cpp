@@ -17,23 +17,52 @@ namespace nqp2::tool {
 namespace {
 
 constexpr int kGap = 2;
+constexpr int kLeast = 8;          ///< columns of what is cut when all else is gone
 constexpr int kWidestPadding = 64; ///< columns, where nothing is cut
+
+/// The width of a column that is not shown.
+constexpr int kGone = -kGap;
 
 int RowWidth(const std::vector<int>& widths) {
     const int gaps = kGap * (static_cast<int>(widths.size()) - 1);
     return std::accumulate(widths.begin(), widths.end(), gaps);
 }
 
-/// Index of the widest column that may still become narrower; the number of columns if none may.
-std::size_t WidestYielding(const std::vector<Column>& columns, const std::vector<int>& widths) {
-    std::size_t widest = columns.size();
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        const bool yields = columns[i].narrowest > 0 && widths[i] > columns[i].narrowest;
-        if (yields && (widest == columns.size() || widths[i] > widths[widest])) {
-            widest = i;
+/// Makes the widest of the columns that yield narrower, none below `narrowest` of it, until a row
+/// fits.
+template <class Narrowest>
+void Shrink(const std::vector<Column>& columns, int room, std::vector<int>& widths,
+            Narrowest narrowest) {
+    while (RowWidth(widths) > room) {
+        std::size_t widest = columns.size();
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            const bool yields = columns[i].narrowest > 0 && widths[i] > narrowest(columns[i]);
+            if (yields && (widest == columns.size() || widths[i] > widths[widest])) {
+                widest = i;
+            }
         }
+        if (widest == columns.size()) {
+            return;
+        }
+        --widths[widest];
     }
-    return widest;
+}
+
+/// Lets columns go, those of least worth first, until a row fits.
+void Drop(const std::vector<Column>& columns, int room, std::vector<int>& widths) {
+    while (RowWidth(widths) > room) {
+        std::size_t least = columns.size();
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            if (widths[i] != kGone && columns[i].goesAt > 0 &&
+                (least == columns.size() || columns[i].goesAt > columns[least].goesAt)) {
+                least = i;
+            }
+        }
+        if (least == columns.size()) {
+            return;
+        }
+        widths[least] = kGone;
+    }
 }
 
 /// As wide as the titles and the widest cells; nothing when there are no rows.
@@ -57,14 +86,11 @@ void FitWidths(const std::vector<Column>& columns, std::optional<int> room,
         // Nothing is cut here; but one endless name must not blow every line up.
         std::for_each(widths.begin(), widths.end(),
                       [](int& width) { width = std::min(width, kWidestPadding); });
+        return;
     }
-    while (room && RowWidth(widths) > *room) {
-        const std::size_t widest = WidestYielding(columns, widths);
-        if (widest == columns.size()) {
-            break;
-        }
-        --widths[widest];
-    }
+    Shrink(columns, *room, widths, [](const Column& column) { return column.narrowest; });
+    Drop(columns, *room, widths);
+    Shrink(columns, *room, widths, [](const Column&) { return kLeast; });
 }
 
 /// Appends a cell to a line.
@@ -85,6 +111,9 @@ public:
     void Print(const Row& row) {
         std::string line;
         for (std::size_t i = 0; i < m_columns.size(); ++i) {
+            if (m_widths[i] == kGone) {
+                continue;
+            }
             line.append(i == 0 ? 0 : kGap, ' ');
             const std::string cell =
                 i < row.size() ? Printable(row[i], LineBreaks::Escape) : std::string();

@@ -3,6 +3,7 @@
 
 #include "offload/inspection_output.h"
 
+#include "console/byte_size.h"
 #include "console/console.h"
 #include "console/progress_bar.h"
 #include "console/run_progress.h"

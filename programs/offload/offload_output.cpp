@@ -3,6 +3,7 @@
 
 #include "offload/offload_output.h"
 
+#include "console/byte_size.h"
 #include "console/console.h"
 #include "console/json_output.h"
 #include "console/progress_bar.h"

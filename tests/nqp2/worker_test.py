@@ -162,7 +162,7 @@ class FailureTest(WorkerTest):
                                   ["delete", self.card.path, "NONE", "--yes"], ["last-error"])])
         self.assertTrue((self.card.path / "CONTENTS" / "CLIP" / "0001AB.XML").exists())
         self.assertFalse(self.target.exists())
-        self.assertEqual(run("last-error").stderr, "the worker answers and knows of no failure\n")
+        self.assertEqual(run("last-error").stderr, "a fresh worker answers and knows of no failure\n")
         self.assertEqual(self.told("last-error"), {"LastError": ""})
 
     def test_a_killed_worker_and_ctrl_c_leave_no_file_with_a_name(self):

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/byte_size.h"
 #include "nqp2/report/sections.h"
 
 #include "nqp2/clip_cells.h"
