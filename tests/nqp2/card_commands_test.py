@@ -107,7 +107,8 @@ class NamedCardTest(CardTest):
         crowd = self.folder / "crowd"
         Card(two / "a")
         Card(two / "b")
-        other.mkdir()
+        (other / "x").mkdir(parents=True)
+        (self.folder / "empty").mkdir()
         for number in range(1001):
             (crowd / str(number)).mkdir(parents=True)
         (self.folder / "file").write_text("")
@@ -116,6 +117,7 @@ class NamedCardTest(CardTest):
             (two, "leads to 2 cards (give one of them#: " f"{two}/a, {two}/b)"),
             (self.folder / "file", "is not a folder (give the card's top folder)"),
             (other, "no CONTENTS folder (not a P2 card)"),
+            (self.folder / "empty", "is empty (no card is there)"),
             (crowd, "no CONTENTS folder (not a P2 card, and too many folders to look for one in)"),
         )
         for command in self.COMMANDS:

@@ -114,12 +114,17 @@ class AvchdTest(CardTest):
                 self.assertEqual((result.returncode, result.stdout), (0, clips))
                 self.assertIn(f"nqp2: {path}: took the card at {card}\n", result.stderr)
             self.assertNotIn("took", run(command, avchd).stderr)
+        self.assertIn("AVCHD_1280_720_50p", self.shown("info", private))
+        self.assertGreater(self.told("space", private)["FreeBytes"], 0)
+        self.assertEqual(self.told("clip", self.sample, "00004")["Duration"], 60)
+        self.assert_fails(run("clip", private, "0004"), 1,
+                          f"nqp2: {private}: no clip 0004 (did you mean 00004?)")
         kind = "an AVCHD card or camera folder"
         readers = "nqp2 clips and nqp2 playlists read it"
         self.assert_each_fails(1, [
             ((command, path), f"{path}: {problem}\n") for command, path, problem in (
-                ("format", private, f"no CONTENTS folder ({kind}: {readers})"),
-                ("format", self.sample, f"no CONTENTS folder ({kind} is at {private}: {readers})"),
+                ("free-name", private, f"no CONTENTS folder ({kind}: {readers})"),
+                ("free-name", self.sample, f"no CONTENTS folder ({kind} is at {private}: {readers})"),
                 ("playlists", self.card.path, "no folder of playlists (not an AVCHD card)"))])
 
     @unittest.skipUnless(shutil.which("bd_list_titles"), "libbluray-bin is not installed")

@@ -31,6 +31,8 @@ class SpaceTest(CardTest):
             answer = self.space("--bytes", free, "--code-type", code_type, "--standard", standard,
                                 *options)
             self.assertEqual(list(answer.items()), list(expected.items()))
+        for size, count in (("64GB", 64 * 10**9), ("1.5 MiB", 3 << 19), ("2t", 2 * 10**12), ("0.9", 0)):
+            self.assertEqual(self.space("--bytes", size, *BOTH)["FreeBytes"], count)
         result = run("space", "--bytes", 0, "--code-type", 0, "--standard", 1, "--frames", 2)
         self.assert_golden("space.txt", result.stdout)
 
@@ -39,8 +41,9 @@ class SpaceTest(CardTest):
             ((), "space usage: CARD or --bytes is required"),
             (("--bytes", 1), "space usage: --bytes needs --code-type and --standard"),
             (("--bytes", 1, self.card.path, *BOTH), "space usage: "),
-            (("--bytes", -1, *BOTH), "--bytes -1: "),
-            (("--bytes", 2 ** 63, *BOTH), "--bytes 9223372036854775808: is no whole number"),
+            *((("--bytes", size, *BOTH), f"--bytes {size}: ") for size in (
+                -1, "-1GB", "GB", "1xB", "inf", "nan", "9e9", "9EiB", "1 GB x", "")),
+            (("--bytes", 2 ** 63, *BOTH), "--bytes 9223372036854775808: is no number of bytes (such"),
             (("--bytes", 1, "--code-type", "CT_X", "--standard", 0), "--code-type CT_X: is no"),
             (("--bytes", 1, "--code-type", 0, "--standard", 7), "--standard 7: is no video"))])
 
