@@ -10,6 +10,13 @@ install(
     EXPORT NQP2ParserU
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
     FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+if(PROJECT_IS_TOP_LEVEL)
+    add_custom_target(
+        uninstall
+        COMMAND "${CMAKE_COMMAND}" -D "MANIFEST=${PROJECT_BINARY_DIR}/install_manifest.txt" -P
+                "${PROJECT_SOURCE_DIR}/cmake/Nqp2Uninstall.cmake"
+        VERBATIM)
+endif()
 install(EXPORT NQP2ParserU NAMESPACE NQP2ParserU:: FILE NQP2ParserUTargets.cmake
         DESTINATION "${nqp2_package_dir}")
 
