@@ -11,6 +11,7 @@
 #include "NQP2ParserU/TextBytes.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -40,19 +41,39 @@ tag_P2EDL ReadEdl(const std::string& file) {
     if (edl.Events.IsEmpty()) {
         document.Root().Refuse("holds no events", "an edit list needs one");
     }
+    return edl;
+}
+
+/// Whether a clip's name can stand in a path.
+bool IsPlain(const CString& name) {
+    return !name.IsEmpty() && BytesFromText(name).find_first_of("/\\:") == std::string::npos;
+}
+
+/// Gives events that name a clip of the card, and tell no identifier, that of the clip.
+void IdentifyClips(ReadyParser& parser, const Card& card, tag_P2EDL& edl) {
+    std::map<std::wstring, CString> known;
     for (tag_P2EDLClipTrackEvent& event : edl.Events) {
+        if (event.GlobalClipID.IsEmpty() && event.GlobalClipGuid == GUID() &&
+            IsPlain(event.ClipName)) {
+            const auto [place, isNew] = known.try_emplace(std::wstring(event.ClipName.View()));
+            _tag_P2Clip clip;
+            if (isNew && parser->LoadClipInfo(card.Root(), event.ClipName, clip) == 0) {
+                place->second = clip.GlobalClipID;
+            }
+            event.GlobalClipID = place->second;
+            event.GlobalClipGuid = CNQP2Parser::GuidFromUMID(event.GlobalClipID);
+        }
         // The library makes identifiers from GUIDs unless the note tells the clip's own. Notes
         // are not written.
         event.Note = event.GlobalClipID;
     }
-    return edl;
 }
 
 /// Whether the clip that the event names is on the card and is the one that it means.
 bool IsOnCard(ReadyParser& parser, const Card& card, const tag_P2EDLClipTrackEvent& event) {
     _tag_P2Clip clip;
-    const bool plain = BytesFromText(event.ClipName).find_first_of("/\\:") == std::string::npos;
-    return plain && parser->LoadClipInfo(card.Root(), event.ClipName, clip) == 0 &&
+    return IsPlain(event.ClipName) &&
+           parser->LoadClipInfo(card.Root(), event.ClipName, clip) == 0 &&
            clip.GlobalClipGuid == CNQP2Parser::GuidFromUMID(event.GlobalClipID);
 }
 
@@ -68,11 +89,12 @@ bool IsOnCard(ReadyParser& parser, const Card& card, const tag_P2EDLClipTrackEve
 
 Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
     RequireFileName(options);
-    const tag_P2EDL edl = ReadEdl(options.file);
+    tag_P2EDL edl = ReadEdl(options.file);
     const Card card = EnterCard(console, options.card);
     // No folder is made for a mistyped card.
     card.RequireContents();
     ReadyParser parser;
+    IdentifyClips(parser, card, edl);
     CString saved;
     const CString name = TextFromBytes(options.name);
     if (parser->SaveCardEdl(card.Root(), edl, name, saved) != 0) {
@@ -96,7 +118,9 @@ void AddEdlWriteCommand(const Command& group) {
     command.Example("nqp2 edl write /media/card cut.json --name CUT1");
     command.Note(
         "The list goes into the card's EDITLIST folder, or into CONTENTS/EDITLIST where the "
-        "card has\nthat alone. Its number follows those of the lists in both.");
+        "card has\nthat alone. Its number follows those of the lists in both. An event that names "
+        "a clip "
+        "of the card needs no GlobalClipID.");
 }
 
 } // namespace nqp2::tool

@@ -131,8 +131,11 @@ class WriteTest(EdlTest):
                            "ClipName": clip["ClipName"], "GlobalClipID": clip["GlobalClipID"],
                            "P2SerialNo": "AB&<1>"})
             at += clip["Duration"] // 2
+        # A clip of the card needs no more than its name.
+        given = [{key: value for key, value in event.items() if key != "GlobalClipID" or event != events[0]}
+                 for event in events]
         file = self.folder / "cut.json"
-        file.write_text(json.dumps({"Duration": at, "Events": events}))
+        file.write_text(json.dumps({"Duration": at, "Events": given}))
         result = run("edl", "write", self.card.path, file)
         written = self.card.path / "EDITLIST" / "P001AB.XML"
         self.assertEqual((result.returncode, result.stdout, result.stderr), (0, f"{written}\n", ""))
