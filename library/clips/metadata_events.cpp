@@ -87,7 +87,8 @@ void MetadataEvents::Begin(std::uint64_t bytes) {
     if (m_joined.capacity() > kKeptJoined) {
         std::exchange(m_joined, {});
     }
-    m_budget = kLeastBudget + static_cast<std::size_t>(bytes) * kBudgetOfByte;
+    m_most = kLeastBudget + static_cast<std::size_t>(bytes) * kBudgetOfByte;
+    m_budget = m_most;
 }
 
 void MetadataEvents::Open(std::string_view name) {

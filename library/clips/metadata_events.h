@@ -33,6 +33,8 @@ public:
     void FillIn(ClipMetadata& metadata);
     /// Behind its end.
     void Finish();
+    /// About how many bytes that takes which was kept of the last document.
+    [[nodiscard]] std::size_t Kept() const { return m_most - m_budget; }
     /// Of the last document, by memo.
     [[nodiscard]] const std::vector<MemoHints>& Hints() const { return m_hints; }
 
@@ -70,7 +72,8 @@ private:
     std::size_t m_beyond = 0; ///< open elements of what is no longer kept
     std::string_view m_run;   ///< the text since the last tag,
     std::string m_joined;     ///< in here when it came in pieces
-    std::size_t m_budget = 0; ///< bytes that may still be kept
+    std::size_t m_most = 0;   ///< bytes that may be kept of it,
+    std::size_t m_budget = 0; ///< and that still may be
     std::size_t m_placeBytes = 0;
 };
 
