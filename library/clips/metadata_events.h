@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,7 @@ public:
     void Attribute(std::string_view name, std::string_view value) override;
     void Characters(std::string_view text) override;
     void Close() override;
+    void Known(std::span<const dom::Mark> marks) override;
 
 private:
     struct Opened {
