@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <gtest/gtest.h>
 #include <optional>
+#include <ostream>
 #include <pthread.h>
 #include <string>
 #include <vector>
@@ -20,6 +21,10 @@ struct Case {
     std::size_t mostAhead;          ///< clips that may be read and not yet shown
     std::vector<std::size_t> asked; ///< instead of one after the other
 };
+
+void PrintTo(const Case& each, std::ostream* out) {
+    *out << each.name;
+}
 
 /// No thread can start: none gets so large a stack.
 class NoThreads {
