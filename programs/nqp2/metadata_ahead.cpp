@@ -5,7 +5,6 @@
 
 #include <new>
 #include <system_error>
-#include <utility>
 
 namespace nqp2::tool {
 namespace {
