@@ -113,6 +113,9 @@ def command_lines(sizes: Sizes) -> list[Line]:
     rows.append(Line(f"nqp2 clips as JSON with all metadata, {large:,} clips, wall / without",
                      "ms", figure(f"command/metadata/{large}:wall"),
                      figure(f"command/json/{large}:wall"), 1.5))
+    rows.append(Line("the same, processor time / without", "ms",
+                     figure(f"command/metadata/{large}:processor"),
+                     figure(f"command/json/{large}:processor")))
     rows.append(Line("nqp2 clips --recursive as JSON, {} cards of {} clips / find and scan each"
                      .format(*sizes.shelf), "ms", figure("shelf/json:processor"),
                      figure("shelf/scan:processor"), 1.5))

@@ -8,6 +8,7 @@
 #include "NQP2ParserU/Export.h"
 #include "NQP2ParserU/P2Clip.h"
 
+#include <cstddef>
 #include <memory>
 
 namespace nqp2 {
@@ -26,6 +27,8 @@ public:
     /// Of a clip as a scan or LoadClipInfo gave it. On failure `metadata` is empty and `problem`
     /// says why in one sentence.
     MetadataStatus Read(const _tag_P2Clip& clip, ClipMetadata& metadata, CString& problem) noexcept;
+    /// About how many bytes that takes which was read last, for who holds that of several clips.
+    [[nodiscard]] std::size_t SizeOfLast() const noexcept;
 
 private:
     struct State;

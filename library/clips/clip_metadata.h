@@ -16,6 +16,8 @@ class MetadataFileReader {
 public:
     /// A clip's file by its interface path. `metadata` counts only when there is no fault.
     dom::ParseError Read(const CString& path, ClipMetadata& metadata);
+    /// About what that takes which was read last.
+    [[nodiscard]] std::size_t SizeOfLast() const { return m_events.Kept(); }
 
 private:
     void FindMemoFiles(const CString& path, ClipMetadata& metadata);

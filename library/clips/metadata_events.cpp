@@ -87,7 +87,8 @@ void MetadataEvents::Begin(std::uint64_t bytes) {
     if (m_joined.capacity() > kKeptJoined) {
         std::exchange(m_joined, {});
     }
-    m_budget = kLeastBudget + static_cast<std::size_t>(bytes) * kBudgetOfByte;
+    m_most = kLeastBudget + static_cast<std::size_t>(bytes) * kBudgetOfByte;
+    m_budget = m_most;
 }
 
 void MetadataEvents::Open(std::string_view name) {
@@ -142,12 +143,19 @@ void MetadataEvents::Close() {
     m_open.pop_back();
 }
 
+void MetadataEvents::Known(std::span<const dom::Mark> marks) {
+    dom::TellMarks(marks, *this);
+}
+
 /// Null when no more is kept.
 TextPlace* MetadataEvents::NextPlace(std::string_view name, bool isAttribute) {
     if (m_metadata->isCut) {
         return nullptr;
     }
-    TextPlace& place = m_places.Next(Innermost(), name, isAttribute);
+    if (TextPlace* const known = m_places.Follow(Innermost(), name, isAttribute)) {
+        return known;
+    }
+    TextPlace& place = m_places.Find(Innermost(), name, isAttribute);
     return SpendPlaces() ? &place : nullptr;
 }
 
@@ -235,15 +243,17 @@ void MetadataEvents::Keep(TextPlace& place, std::string_view text) {
         m_metadata->isCut = true;
         return;
     }
-    const CString& path = m_places.PathOf(place);
-    if (!SpendPlaces()) {
-        return;
+    if (!place.hasPath) {
+        m_places.MakePath(place);
+        if (!SpendPlaces()) {
+            return;
+        }
     }
     if (m_texts == m_metadata->others.GetSize()) {
         m_metadata->others.Add(MetadataText());
     }
     MetadataText& kept = m_metadata->others[m_texts++];
-    Assign(path, kept.path);
+    Assign(place.path, kept.path);
     place.Put(text, kept.text);
 }
 

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,8 @@ public:
     void FillIn(ClipMetadata& metadata);
     /// Behind its end.
     void Finish();
+    /// About how many bytes that takes which was kept of the last document.
+    [[nodiscard]] std::size_t Kept() const { return m_most - m_budget; }
     /// Of the last document, by memo.
     [[nodiscard]] const std::vector<MemoHints>& Hints() const { return m_hints; }
 
@@ -41,6 +44,7 @@ public:
     void Attribute(std::string_view name, std::string_view value) override;
     void Characters(std::string_view text) override;
     void Close() override;
+    void Known(std::span<const dom::Mark> marks) override;
 
 private:
     struct Opened {
@@ -70,7 +74,8 @@ private:
     std::size_t m_beyond = 0; ///< open elements of what is no longer kept
     std::string_view m_run;   ///< the text since the last tag,
     std::string m_joined;     ///< in here when it came in pieces
-    std::size_t m_budget = 0; ///< bytes that may still be kept
+    std::size_t m_most = 0;   ///< bytes that may be kept of it,
+    std::size_t m_budget = 0; ///< and that still may be
     std::size_t m_placeBytes = 0;
 };
 

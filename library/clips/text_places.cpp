@@ -40,7 +40,7 @@ void TextPlace::Put(std::string_view utf8, CString& to) {
         to = platform::TextFromUtf8(utf8);
         return;
     }
-    const bool isRepeated = LastBytes() == utf8;
+    const bool isRepeated = AreSame(LastBytes(), utf8);
     if (isRepeated && m_isShared) {
         Assign(m_text, to);
         return;
@@ -71,28 +71,17 @@ void TextPlaces::Begin() {
     m_last = nullptr;
 }
 
-TextPlace& TextPlaces::Next(TextPlace* parent, std::string_view name, bool isAttribute) {
-    const auto isNext = [&](const TextPlace& place) {
-        const TextPlace::Kind& kind = *place.kind;
-        const std::uint32_t before = kind.document == m_document ? kind.last->number : 0;
-        return place.parent == parent && kind.isAttribute == isAttribute && kind.name == name &&
-               place.number == before + 1;
-    };
-    TextPlace* place = m_last != nullptr ? m_last->follower : nullptr;
-    if (place == nullptr || !isNext(*place)) {
-        TextPlace::Kind& kind = KindOf({parent, name, isAttribute});
-        TextPlace* const before = kind.document == m_document ? kind.last : nullptr;
-        place = before != nullptr ? before->nextOfKind : kind.first;
-        if (place == nullptr) {
-            place = &Append(kind, parent, before);
-        }
-        if (m_last != nullptr) {
-            m_last->follower = place;
-        }
+TextPlace& TextPlaces::Find(TextPlace* parent, std::string_view name, bool isAttribute) {
+    TextPlace::Kind& kind = KindOf({parent, name, isAttribute});
+    TextPlace* const before = kind.document == m_document ? kind.last : nullptr;
+    TextPlace* place = before != nullptr ? before->nextOfKind : kind.first;
+    if (place == nullptr) {
+        place = &Append(kind, parent, before);
     }
-    place->kind->last = place;
-    place->kind->document = m_document;
-    m_last = place;
+    if (m_last != nullptr) {
+        m_last->follower = place;
+    }
+    Enter(*place);
     return *place;
 }
 
@@ -133,26 +122,23 @@ const dom::FieldSet::Name* TextPlaces::FieldOf(const TextPlace::Kind& kind, cons
     return counts ? field : nullptr;
 }
 
-const CString& TextPlaces::PathOf(TextPlace& place) {
-    if (!place.hasPath) {
-        std::vector<const TextPlace*> way;
-        for (const TextPlace* each = &place; each != nullptr; each = each->parent) {
-            way.push_back(each);
-        }
-        m_scratch.clear();
-        for (auto step = way.rbegin(); step != way.rend(); ++step) {
-            m_scratch += m_scratch.empty() ? "" : "/";
-            m_scratch += (*step)->kind->isAttribute ? "@" : "";
-            m_scratch += (*step)->kind->name;
-            if ((*step)->number > 1) {
-                m_scratch += '[' + std::to_string((*step)->number) + ']';
-            }
-        }
-        place.path = platform::TextFromUtf8(m_scratch);
-        place.hasPath = true;
-        m_bytes += kTextBytes + m_scratch.size() * sizeof(wchar_t);
+void TextPlaces::MakePath(TextPlace& place) {
+    std::vector<const TextPlace*> way;
+    for (const TextPlace* each = &place; each != nullptr; each = each->parent) {
+        way.push_back(each);
     }
-    return place.path;
+    m_scratch.clear();
+    for (auto step = way.rbegin(); step != way.rend(); ++step) {
+        m_scratch += m_scratch.empty() ? "" : "/";
+        m_scratch += (*step)->kind->isAttribute ? "@" : "";
+        m_scratch += (*step)->kind->name;
+        if ((*step)->number > 1) {
+            m_scratch += '[' + std::to_string((*step)->number) + ']';
+        }
+    }
+    place.path = platform::TextFromUtf8(m_scratch);
+    place.hasPath = true;
+    m_bytes += kTextBytes + m_scratch.size() * sizeof(wchar_t);
 }
 
 } // namespace nqp2::clips

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <string>
 #include <string_view>
@@ -34,7 +35,7 @@ struct TextPlace {
     std::uint32_t number; ///< among those of its name in its parent, from 1
     /// What it is in the set of fields; null when it is nothing there.
     const dom::FieldSet::Name* field;
-    CString path; ///< made when first asked for
+    CString path; ///< where it was made
     bool hasPath = false;
     TextPlace* nextOfKind = nullptr;
     TextPlace* follower = nullptr; ///< the place that came next in the document before
@@ -62,11 +63,20 @@ public:
 
     /// Begins a document. Places of those before are no longer to be used.
     void Begin();
-    /// The place of an element that begins in another, or of an attribute. `parent` is null for the
-    /// root.
-    TextPlace& Next(TextPlace* parent, std::string_view name, bool isAttribute);
+    /// The place that came next in the document before, where it is this one: of an element that
+    /// begins in another, or of an attribute. `parent` is null for the root. Null when it is not.
+    TextPlace* Follow(const TextPlace* parent, std::string_view name, bool isAttribute) {
+        TextPlace* const place = m_last != nullptr ? m_last->follower : nullptr;
+        if (place == nullptr || !Is(*place, parent, name, isAttribute)) {
+            return nullptr;
+        }
+        Enter(*place);
+        return place;
+    }
+    /// Any other one.
+    TextPlace& Find(TextPlace* parent, std::string_view name, bool isAttribute);
     /// "Root/Element[2]/@attribute".
-    const CString& PathOf(TextPlace& place);
+    void MakePath(TextPlace& place);
     /// About what all places take in memory.
     [[nodiscard]] std::size_t Bytes() const { return m_bytes; }
 
@@ -81,6 +91,10 @@ private:
         std::size_t operator()(const Key& key) const;
     };
 
+    /// Whether it is that place, and those before it were met in this document.
+    [[nodiscard]] bool Is(const TextPlace& place, const TextPlace* parent, std::string_view name,
+                          bool isAttribute) const;
+    void Enter(TextPlace& place);
     TextPlace::Kind& KindOf(const Key& key);
     TextPlace& Append(TextPlace::Kind& kind, TextPlace* parent, TextPlace* before);
     [[nodiscard]] const dom::FieldSet::Name*
@@ -104,5 +118,23 @@ struct TextPlace::Kind {
     TextPlace* last = nullptr;  ///< that the document has so far,
     std::uint64_t document = 0; ///< when it is this one
 };
+
+inline bool AreSame(std::string_view left, std::string_view right) {
+    return left.size() == right.size() && std::memcmp(left.data(), right.data(), left.size()) == 0;
+}
+
+inline bool TextPlaces::Is(const TextPlace& place, const TextPlace* parent, std::string_view name,
+                           bool isAttribute) const {
+    const TextPlace::Kind& kind = *place.kind;
+    const std::uint32_t before = kind.document == m_document ? kind.last->number : 0;
+    return place.parent == parent && place.number == before + 1 &&
+           kind.isAttribute == isAttribute && AreSame(kind.name, name);
+}
+
+inline void TextPlaces::Enter(TextPlace& place) {
+    place.kind->last = &place;
+    place.kind->document = m_document;
+    m_last = &place;
+}
 
 } // namespace nqp2::clips

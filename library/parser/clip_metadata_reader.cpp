@@ -19,6 +19,15 @@ MetadataStatus NoFile(CString& problem) {
     return MetadataStatus::NoFile;
 }
 
+/// Of what AVCHD files tell, whose texts are short.
+std::size_t SizeOf(const ClipMetadata& metadata) {
+    constexpr std::size_t kTextsOfEntry = 256;
+    const std::int64_t entries =
+        metadata.memos.GetSize() + metadata.tracks.GetSize() + metadata.others.GetSize();
+    return sizeof(ClipMetadata) +
+           static_cast<std::size_t>(entries) * (sizeof(MemoMetadata) + kTextsOfEntry);
+}
+
 } // namespace
 
 struct ClipMetadataReader::State {
@@ -30,6 +39,7 @@ struct ClipMetadataReader::State {
         }
         const dom::ParseError error = files.Read(clip.XmlPath, metadata);
         problem = platform::TextFromUtf8(error.reason);
+        size = files.SizeOfLast();
         return error.fault == dom::Fault::None ? MetadataStatus::Read : MetadataStatus::Unreadable;
     }
 
@@ -47,6 +57,7 @@ struct ClipMetadataReader::State {
         const platform::IoStatus status = source->Read(*kind, clip.ClipName, metadata);
         problem = platform::TextFromUtf8(status.reason);
         if (status) {
+            size = SizeOf(metadata);
             return MetadataStatus::Read;
         }
         return status.error == platform::IoError::NotFound ? MetadataStatus::NoFile
@@ -61,6 +72,7 @@ struct ClipMetadataReader::State {
     }
 
     CString root;
+    std::size_t size = 0; ///< of what was read last
     clips::MetadataFileReader files;
     CString folder; ///< that `source` is for
     std::unique_ptr<avchd::MetadataSource> source;
@@ -79,6 +91,7 @@ MetadataStatus ClipMetadataReader::Read(const _tag_P2Clip& clip, ClipMetadata& m
         if (m_state == nullptr) {
             return MetadataStatus::Unreadable;
         }
+        m_state->size = 0;
         return clip.SourceKind == 0 ? m_state->ReadP2(clip, metadata, problem)
                                     : m_state->ReadAvchd(clip, metadata, problem);
     });
@@ -89,6 +102,10 @@ MetadataStatus ClipMetadataReader::Read(const _tag_P2Clip& clip, ClipMetadata& m
         });
     }
     return status;
+}
+
+std::size_t ClipMetadataReader::SizeOfLast() const noexcept {
+    return m_state != nullptr ? m_state->size : 0;
 }
 
 } // namespace nqp2

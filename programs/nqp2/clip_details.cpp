@@ -25,13 +25,15 @@ struct ClipDetails::Reader {
     const CardScan& card;
     std::string folder;
     ClipMetadataReader metadataReader;
-    ClipMetadata metadata; ///< of the clip that was asked for last,
-    CArray<ClipFile> files;
+    CArray<ClipFile> files; ///< of the clip that was asked for last
 };
 
 ClipDetails::ClipDetails(Console& console, const CardScans& cards, ClipReading wanted,
                          MediaDescriber& describer)
-    : m_console(console), m_wanted(wanted), m_describer(describer), m_takes(cards.Takes()) {
+    : m_console(console), m_wanted(wanted), m_describer(describer), m_takes(cards.Takes()),
+      m_ahead([this](const _tag_P2Clip& clip, ReadMetadata& read) {
+          return ReadMetadataOf(clip, read);
+      }) {
     for (const CardScan& card : cards.cards) {
         m_readers.push_back(std::make_unique<Reader>(card));
         if (!card.clips.IsEmpty()) {
@@ -58,6 +60,12 @@ ClipDetails::Reader& ClipDetails::ReaderOf(const _tag_P2Clip& clip) {
     return *std::prev(m_byFirstClip.upper_bound(&clip))->second;
 }
 
+void ClipDetails::Expect(const ClipOrder& clips) {
+    if (m_wanted.metadata) {
+        m_ahead.Begin(clips);
+    }
+}
+
 ShownClip ClipDetails::Of(const _tag_P2Clip& clip) {
     Reader& reader = ReaderOf(clip);
     ShownClip shown = {clip, reader.folder, reader.card.label};
@@ -66,26 +74,32 @@ ShownClip ClipDetails::Of(const _tag_P2Clip& clip) {
         const auto place = m_places.find(&clip);
         shown.take = place == m_places.end() ? nullptr : &place->second;
     }
-    shown.metadata = m_wanted.metadata ? Metadata(reader, clip) : nullptr;
+    shown.metadata = m_wanted.metadata ? Metadata(clip) : nullptr;
     shown.files = m_wanted.files ? &Files(reader, clip) : nullptr;
     return shown;
 }
 
+std::size_t ClipDetails::ReadMetadataOf(const _tag_P2Clip& clip, ReadMetadata& read) noexcept {
+    ClipMetadataReader& reader = ReaderOf(clip).metadataReader;
+    read.status = reader.Read(clip, read.metadata, read.problem);
+    return reader.SizeOfLast();
+}
+
 /// Of a camera file, which alone could tell.
-MetadataStatus ClipDetails::Describe(Reader& reader, const _tag_P2Clip& clip,
+MetadataStatus ClipDetails::Describe(const _tag_P2Clip& clip, ClipMetadata& metadata,
                                      std::string& problem) {
-    if (m_describer.Describe(clip.VideoPath, reader.metadata, problem)) {
+    if (m_describer.Describe(clip.VideoPath, metadata, problem)) {
         return MetadataStatus::Read;
     }
     return problem.empty() ? MetadataStatus::NoFile : MetadataStatus::Unreadable;
 }
 
-const ClipMetadata* ClipDetails::Metadata(Reader& reader, const _tag_P2Clip& clip) {
-    CString reason;
-    MetadataStatus status = reader.metadataReader.Read(clip, reader.metadata, reason);
-    std::string problem = BytesFromText(reason);
+const ClipMetadata* ClipDetails::Metadata(const _tag_P2Clip& clip) {
+    ReadMetadata& read = m_ahead.Of(clip);
+    MetadataStatus status = read.status;
+    std::string problem = BytesFromText(read.problem);
     if (status == MetadataStatus::NoFile && !clip.VideoPath.IsEmpty()) {
-        status = Describe(reader, clip, problem);
+        status = Describe(clip, read.metadata, problem);
     }
     if (status == MetadataStatus::Unreadable) {
         ++m_unread;
@@ -93,7 +107,7 @@ const ClipMetadata* ClipDetails::Metadata(Reader& reader, const _tag_P2Clip& cli
             fmt::format("nqp2: {}: metadata not read ({})",
                         RealPath(clip.XmlPath.IsEmpty() ? clip.VideoPath : clip.XmlPath), problem));
     }
-    return status == MetadataStatus::Read ? &reader.metadata : nullptr;
+    return status == MetadataStatus::Read ? &read.metadata : nullptr;
 }
 
 const CArray<ClipFile>& ClipDetails::Files(Reader& reader, const _tag_P2Clip& clip) {

@@ -6,9 +6,11 @@
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_order.h"
 #include "nqp2/clip_reading.h"
+#include "nqp2/metadata_ahead.h"
 #include "nqp2/shown_clip.h"
 #include "NQP2ParserU/JoinedTakes.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -30,8 +32,8 @@ struct BrokenClip {
     CArray<ClipFile> files; ///< those that are not
 };
 
-/// Reads what is wanted of each clip beside its record, when it is shown: no more than that of one
-/// clip is held.
+/// Reads what is wanted of each clip beside its record, when it is shown or shortly before: no more
+/// than that of a few clips is held.
 class ClipDetails {
 public:
     /// The cards and the describer, which is asked for camera files, must outlive it.
@@ -41,6 +43,8 @@ public:
     ClipDetails(const ClipDetails&) = delete;
     ClipDetails& operator=(const ClipDetails&) = delete;
 
+    /// The clips will be shown in that order.
+    void Expect(const ClipOrder& clips);
     /// One of the cards' clips with what is known of it, which holds until the next call.
     ShownClip Of(const _tag_P2Clip& clip);
 
@@ -57,8 +61,9 @@ private:
     Reader& ReaderOf(const _tag_P2Clip& clip);
     void AskAll(const ClipOrder& clips);
     const CArray<ClipFile>& Files(Reader& reader, const _tag_P2Clip& clip);
-    MetadataStatus Describe(Reader& reader, const _tag_P2Clip& clip, std::string& problem);
-    const ClipMetadata* Metadata(Reader& reader, const _tag_P2Clip& clip);
+    std::size_t ReadMetadataOf(const _tag_P2Clip& clip, ReadMetadata& read) noexcept;
+    MetadataStatus Describe(const _tag_P2Clip& clip, ClipMetadata& metadata, std::string& problem);
+    const ClipMetadata* Metadata(const _tag_P2Clip& clip);
     void IndexTakes();
 
     Console& m_console;
@@ -71,6 +76,7 @@ private:
     std::vector<BrokenClip> m_broken;
     bool m_isAsked = false; ///< for the files of all clips
     std::int64_t m_unread = 0;
+    MetadataAhead m_ahead; ///< last: it uses the readers
 };
 
 } // namespace nqp2::tool

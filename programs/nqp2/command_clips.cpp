@@ -200,8 +200,9 @@ Status RunClips(Console& console, const ClipsOptions& options) {
     static const CardScans& scans = *new CardScans(ScanCards(console, scan));
     const Scanned scanned = {scans, options.scan.AreSeveral()};
     MediaDescriber describer(console, options.scan.worker);
-    static ClipDetails& details = *new ClipDetails(console, scans, reading, describer);
+    ClipDetails details(console, scans, reading, describer);
     const ClipOrder clips = OrderedClips(scans, options.sort);
+    details.Expect(clips);
     const ClipListing listing = {scans,         clips,         details, scanned.areSeveral,
                                  options.files, options.report};
     PrintList(console, options, scanned, listing, columns);

@@ -83,7 +83,9 @@ public:
         for (const quick::Attribute& each : attributes) {
             if (!each.name.IsDeclaration()) {
                 m_events.Attribute(each.name.Base(), each.value);
-                Note(Mark::Kind::Attribute, each.name.Base(), each.value);
+                if (m_way.IsLearning()) {
+                    Note(Mark::Kind::Attribute, each.name.Base(), each.value);
+                }
             }
         }
         return true;
@@ -102,7 +104,9 @@ public:
             m_way.MeetText(text);
         }
         m_events.Characters(text);
-        Note(Mark::Kind::Text, {}, text);
+        if (m_way.IsLearning()) {
+            Note(Mark::Kind::Text, {}, text);
+        }
         return true;
     }
     static bool Comment(std::string_view /*text*/) { return true; }
@@ -112,17 +116,13 @@ public:
         if (known == nullptr) {
             return 0;
         }
-        for (const Mark& each : known->marks) {
-            Tell(each);
-        }
+        m_events.Known(known->marks);
         return m_way.Follow(*known, depth);
     }
 
 private:
     void Note(Mark::Kind kind, std::string_view name, std::string_view text) {
-        if (m_way.IsLearning()) {
-            m_way.Note({kind, nullptr, m_way.Keep(name), m_way.Keep(text)});
-        }
+        m_way.Note({kind, nullptr, m_way.Keep(name), m_way.Keep(text)});
     }
 
     /// Blanks between two tags that are not those of one element need not be told.
@@ -137,23 +137,6 @@ private:
             }
         }
         marks.push_back(tag);
-    }
-
-    void Tell(const Mark& mark) {
-        switch (mark.kind) {
-        case Mark::Kind::Open:
-            m_events.Open(mark.name);
-            break;
-        case Mark::Kind::Attribute:
-            m_events.Attribute(mark.name, mark.text);
-            break;
-        case Mark::Kind::Text:
-            m_events.Characters(mark.text);
-            break;
-        case Mark::Kind::Close:
-            m_events.Close();
-            break;
-        }
     }
 
     KnownWay& m_way;

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -28,7 +29,30 @@ public:
     /// be left out.
     virtual void Characters(std::string_view text) = 0;
     virtual void Close() = 0;
+    /// All that, as it was told of another document with the same bytes.
+    virtual void Known(std::span<const Mark> marks) = 0;
 };
+
+/// Tells events of what is known, one by one.
+template <class Events>
+void TellMarks(std::span<const Mark> marks, Events& events) {
+    for (const Mark& mark : marks) {
+        switch (mark.kind) {
+        case Mark::Kind::Open:
+            events.Open(mark.name);
+            break;
+        case Mark::Kind::Attribute:
+            events.Attribute(mark.name, mark.text);
+            break;
+        case Mark::Kind::Text:
+            events.Characters(mark.text);
+            break;
+        case Mark::Kind::Close:
+            events.Close();
+            break;
+        }
+    }
+}
 
 /// Tells of plain documents (see quick_tokenizer.h) without a tree, and of what it knows from those
 /// before without taking it apart.
