@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 #include "console/value.h"
-#include "nqp2/bitmap_file.h"
 #include "nqp2/card_entry.h"
 #include "nqp2/command.h"
+#include "nqp2/icon_picture.h"
 #include "nqp2/record_output.h"
 #include "nqp2/worker_session.h"
 
@@ -22,11 +22,25 @@ struct IconOptions {
     std::string worker;
 };
 
+/// The file that a frame for an icon is taken from.
+std::string VideoOf(const Card& card, const std::string& name) {
+    ReadyParser parser;
+    _tag_P2Clip clip;
+    const std::string path = parser->LoadClipInfo(card.Root(), TextFromBytes(name), clip) == 0
+                                 ? RealPath(clip.VideoPath)
+                                 : std::string();
+    if (path.empty()) {
+        throw Failure(name, "has no video for an icon", "give a picture");
+    }
+    return path;
+}
+
 Status RunIcon(Console& console, const IconOptions& options) {
     const Card card = EnterCard(console, options.card);
     card.RequireContents();
-    Bitmap bitmap = ReadBitmap(options.picture);
     WorkerSession session(options.worker);
+    Bitmap bitmap = IconPicture(session, options.picture.empty() ? VideoOf(card, options.clip)
+                                                                 : options.picture);
     auto* const pixels = reinterpret_cast<unsigned char*>(bitmap.pixels.data());
     session.Require(session->CreateIconBmp(WorkerPath(card.Argument()), TextFromBytes(options.clip),
                                            pixels, bitmap.size) == 1,
@@ -84,8 +98,11 @@ void AddIconCommand(const Command& program) {
     IconOptions& options = command.Runs(RunIcon);
     command.CardArgument(options.card);
     command.Argument("CLIP", options.clip, "The clip's name");
-    command.Argument("PICTURE", options.picture,
-                     "A bitmap file (.bmp) of 24 bits a pixel; 80 x 60 is usual");
+    command
+        .Argument("PICTURE", options.picture,
+                  "A bitmap of 24 bits a pixel, taken as it is (80 x 60 is usual), or "
+                  "another picture or video, made to fit; the clip's first frame if left out")
+        .Required(false);
     command.WorkerOption(options.worker);
     command.Example("nqp2 icon /media/card 0001AB picture.bmp");
 }

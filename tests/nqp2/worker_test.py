@@ -135,6 +135,30 @@ class RoundTripTest(WorkerTest):
                           "15 million pixels in all)")
         self.assertEqual(icon.read_bytes(), bottom_up)
 
+    def test_icon_of_any_picture_and_of_the_clip_itself(self):
+        self.card.add("0001AB")
+        icon = self.card.path / "CONTENTS" / "ICON" / "0001AB.BMP"
+        tall, wide = self.folder / "tall.png", self.folder / "wide.jpg"
+        for path, size, colour in ((tall, "200x400", "red"), (wide, "1600x900", "blue")):
+            subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", f"color={colour}:s={size}",
+                            "-frames:v", "1", path], check=True)
+        for path, size, pixel in ((tall, (30, 60), (0, 0, 255)), (wide, (80, 45), (255, 0, 0))):
+            self.shown("icon", self.card.path, "0001AB", path)
+            data = icon.read_bytes()
+            self.assertEqual(struct.unpack_from("<ii", data, 18), size)
+            for got, wanted in zip(data[54:57], pixel):
+                self.assertAlmostEqual(got, wanted, delta=6)
+        before, video = icon.read_bytes(), self.card.path / "CONTENTS" / "VIDEO" / "0001AB.MXF"
+        for arguments, why in (
+                (("0001AB",), f"{video}: no picture was made of it ("),  # by the clip's first frame
+                (("NONE",), "NONE: has no video for an icon (give a picture)"),
+                (("0001AB", self.folder), f"{self.folder}: is no file ("),
+                (("0001AB", __file__), f"{__file__}: no picture was made of it (")):
+            result = run("icon", self.card.path, *arguments)
+            self.assertEqual((result.returncode, result.stderr.count("\n")), (1, 1))
+            self.assertTrue(result.stderr.startswith("nqp2: " + why), result.stderr)
+        self.assertEqual(icon.read_bytes(), before)
+
 
 class FailureTest(WorkerTest):
     def test_what_the_worker_refuses_is_its_sentence_and_status_1(self):
