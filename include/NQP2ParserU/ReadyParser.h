@@ -15,6 +15,7 @@ public:
     ReadyParser(const ReadyParser&) = delete;
     ReadyParser& operator=(const ReadyParser&) = delete;
 
+    /// The parser, which stays this object's.
     CNQP2Parser* operator->() { return &m_parser; }
 
 private:
