@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+/// @file
 /// The channel functions that come with the library, for hosts without their own. A host:
 ///
 ///     nqp2::UseWorker({.program = "/usr/libexec/nqp2-worker"});
@@ -25,6 +26,7 @@
 /// The functions here are safe from any thread, and so are the slots that open and close. On one
 /// channel one thread at a time is between GetSendBuffer and SendPacket, and one between
 /// ReceivePacket and ReleasePacket; these may be two.
+
 namespace nqp2 {
 
 /// Which worker a host uses: the one that listens on `socket`, else one that is started.

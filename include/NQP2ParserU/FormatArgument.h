@@ -18,9 +18,9 @@ public:
     /// What the argument is, by which a conversion decides how to write it.
     enum class Kind { Signed, Unsigned, Real, Character, Text };
 
-    template <std::signed_integral T>
     ///@{
     /// Remembers the value; a text is not copied and must outlive this. Null is the empty text.
+    template <std::signed_integral T>
     FormatArgument(T value) // NOLINT(google-explicit-constructor)
         : m_kind(Kind::Signed), m_bytes(sizeof(T)), m_signed(value) {}
     template <std::unsigned_integral T>

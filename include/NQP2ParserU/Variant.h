@@ -37,8 +37,8 @@ namespace nqp2 {
 /// A whole number of any type in decimal digits. Takes no memory.
 class WholeText {
 public:
-    template <std::integral Number>
     /// The digits of the number, behind "-" for a negative one.
+    template <std::integral Number>
     explicit constexpr WholeText(Number value) noexcept {
         const bool isNegative = value < Number{0};
         auto left = static_cast<std::uint64_t>(value);

@@ -13,11 +13,13 @@
 #include <cstdint>
 #include <type_traits>
 
+/// @file
 /// What nqp2-worker makes of the numbered fields of a record: views, whose members refer to the
 /// fields of the record that they are made for. A const record is only read:
 ///
 ///     stu_R8P2TransInfo info;
 ///     nqp2::TransferFields(info).clipName = L"0001AB";
+
 namespace nqp2 {
 
 /// A reference to a field of a record; const if the record is.
@@ -28,8 +30,8 @@ using FieldOf = std::conditional_t<std::is_const_v<Record>, const Field, Field>&
 inline constexpr std::uint32_t kTakeIncomplete = 1; ///< request: take clips that are not whole
 inline constexpr std::uint32_t kWasIncomplete = 2;  ///< reply: a clip was not whole
 
-template <class Record>
 /// The request of an import or export, and what the worker answers.
+template <class Record>
 struct TransferFields {
     static_assert(std::is_same_v<std::remove_const_t<Record>, stu_R8P2TransInfo>);
     /// A view of `info`, which must outlive it.
@@ -72,8 +74,8 @@ struct RelationFields {
     FieldOf<Record, CString> cardSerialNumber = record.text2; ///< of the card that holds it
 };
 
-template <class Record>
 /// What the worker tells of a camera file.
+template <class Record>
 struct BaseClipFields {
     static_assert(std::is_same_v<std::remove_const_t<Record>, NQP2BaseClipInfo>);
     /// A view of `info`, which must outlive it.
