@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include <NQP2ParserU/CardFinder.h>
 #include <NQP2ParserU/NQP2Parser.h>
 #include <NQP2ParserU/PathText.h>
 #include <NQP2ParserU/ReadyParser.h>
@@ -25,14 +26,28 @@ std::string Bytes(const CString& text) {
     return nqp2::BytesFromText(text);
 }
 
-/// False when the card cannot be read.
-bool Scan(const char* card, CArray<_tag_P2Clip>& clips) {
+/// The card that a folder is, is a part of, or leads to.
+bool FindOne(const char* folder, nqp2::FoundCard& card) {
+    nqp2::CardSearch search;
+    nqp2::FindCard(nqp2::InterfaceRoot(folder), search);
+    if (search.cards.GetSize() != 1) {
+        std::fprintf(stderr, "%s leads to %lld cards\n", folder,
+                     static_cast<long long>(search.cards.GetSize()));
+        return false;
+    }
+    card = search.cards[0];
+    return true;
+}
+
+/// Lists the clips, and what was left out.
+bool Scan(const nqp2::FoundCard& card, CArray<_tag_P2Clip>& clips) {
     nqp2::ReadyParser parser;
     nqp2::ScanReport report;
-    const CString root = nqp2::InterfaceRoot(card);
-    // A card has a CONTENTS folder (P2) or folders of AVCHD.
-    if (parser->LoadClipEx(root, clips, 1, report) != 0 &&
-        parser->LoadAVCHDClip(root, clips, report) != 0) {
+    const bool isP2 = card.kind == nqp2::CardKind::P2;
+    const bool failed = (isP2 ? parser->LoadClipEx(card.root, clips, 1, report)
+                              : parser->LoadAVCHDClip(card.root, clips, report)) != 0;
+    if (failed) {
+        std::fprintf(stderr, "%s\n", Bytes(report.failure).c_str());
         return false;
     }
     for (const nqp2::SkippedFile& file : report.skipped) {
@@ -71,12 +86,13 @@ bool Open(const std::string& path) {
 } // namespace
 
 int main(int argc, char** argv) {
-    CArray<_tag_P2Clip> clips;
     if (argc < 2) {
         std::fprintf(stderr, "usage: open_video CARD [CLIP]\n");
         return 2;
     }
-    if (!Scan(argv[1], clips)) {
+    nqp2::FoundCard card;
+    CArray<_tag_P2Clip> clips;
+    if (!FindOne(argv[1], card) || !Scan(card, clips)) {
         return 1;
     }
     const CString wanted = argc > 2 ? nqp2::TextFromBytes(argv[2]) : CString();

@@ -72,7 +72,7 @@ public:
     /// CONTENTS folder.
     __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit) noexcept;
     /// The same scan; `report` receives (appended) what was left out and which takes the clips
-    /// form.
+    /// form. When 1 is returned its `failure` says why, here and in all that take a report.
     __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit,
                        nqp2::ScanReport& report) noexcept;
 
