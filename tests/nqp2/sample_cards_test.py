@@ -80,7 +80,8 @@ class P2Test(CardTest):
         days = [line.split() for line in result.stdout.splitlines()]
         self.assertEqual([(day, time, int(clips)) for day, time, clips, *_ in days], DAYS)
         self.assertEqual({card for *_, card in days}, {str(self.sample)})
-        result = subprocess.run([*example, self.folder], capture_output=True, text=True, check=False)
+        result = subprocess.run([*example, self.folder / "none"], capture_output=True, text=True,
+                                check=False)
         self.assertEqual((result.returncode, result.stdout), (1, ""))
 
 
