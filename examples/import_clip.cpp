@@ -13,7 +13,7 @@
 #include <filesystem>
 #include <string>
 
-/// Copies a whole clip off a card and verifies the copy; shows how far it is and gives up on Ctrl-C:
+/// Copies a whole clip off a card and verifies the copy; shows how far it is, gives up on Ctrl-C:
 /// import_clip WORKER-PROGRAM CARD CLIP FOLDER
 
 namespace {
