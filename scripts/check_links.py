@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
-"""Checks that each link and picture of the pages in a folder leads to a file of that folder, and that
-no link stands as text, as doxygen leaves one whose words go over a line's end."""
+"""Checks that each link and picture of the pages in a folder leads to a file of that folder, and
+that no link stands as text, as doxygen leaves one whose words go over a line's end."""
 
 import sys
 from html.parser import HTMLParser

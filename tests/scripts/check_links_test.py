@@ -18,7 +18,8 @@ PAGES = (  # what stands in a page, and what is found
 class CheckLinks(unittest.TestCase):
     def test_a_link_leads_to_a_file_of_the_folder(self):
         for content, complaint in PAGES:
-            with self.subTest(content), tree({"a.html": content, "b.html": "", "sub/c d.png": ""}) as root:
+            files = {"a.html": content, "b.html": "", "sub/c d.png": ""}
+            with self.subTest(content), tree(files) as root:
                 result = run("check_links.py", root)
                 self.assertEqual((result.stdout.strip(), result.returncode),
                                  (complaint, 1 if complaint else 0))
