@@ -8,6 +8,7 @@
 /// The automation string: wide text that can also be null. Value semantics.
 class _bstr_t {
 public:
+    /// A null string.
     _bstr_t() = default;
     // NOLINTBEGIN(google-explicit-constructor): hosts pass plain text where these are expected
     /// A null pointer gives a null string.

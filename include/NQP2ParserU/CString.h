@@ -19,6 +19,7 @@
 /// Copies may be used from several threads; one object is used by one thread at a time.
 class NQP2_API CString {
 public:
+    /// The empty text; takes no memory.
     CString() noexcept : m_text(kEmpty) {}
     /// Shares the characters of `other`; takes no memory.
     CString(const CString& other) noexcept;

@@ -26,6 +26,7 @@
 /// Moves return 1, or 0 with every position where it was.
 class NQP2_API CMarkupMSXML {
 public:
+    /// Starts with an empty document.
     CMarkupMSXML() noexcept;
     /// Starts with the document in `szDoc`; whether it parsed is told by GetError.
     explicit CMarkupMSXML(const wchar_t* szDoc) noexcept;

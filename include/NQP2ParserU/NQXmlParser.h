@@ -21,6 +21,7 @@
 /// Operations return 1, or 0 for any fault; most return 0 until the object has a document.
 class NQP2_API CNQXmlParser {
 public:
+    /// Starts without a document.
     CNQXmlParser() noexcept;
     ///@{
     /// Shares document and builder's cursor; the remembered parents are copied.

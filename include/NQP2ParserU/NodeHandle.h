@@ -17,6 +17,7 @@ namespace nqp2 {
 /// the first question for a value moves onto the list's first node, as GetNextNode would.
 class NQP2_API NodeHandle {
 public:
+    /// An empty handle.
     NodeHandle() noexcept = default;
 
     /// Sets the current node; the list stays.

@@ -15,6 +15,7 @@ public:
     /// Whether the day count means something; the platform's values.
     enum DateTimeStatus : std::int32_t { valid = 0, invalid = 1, null = 2 };
 
+    /// Midnight of 1899-12-30, with status `valid`.
     COleDateTime() = default;
     /// Takes a day count as it is, with status `valid`.
     explicit COleDateTime(double days) : m_dt(days) {}

@@ -114,6 +114,7 @@ struct NQP2_API _tag_P2Clip {
     std::int32_t DropFrame;     ///< 1 = drop-frame timecode
     std::int32_t SourceKind;    ///< 0 P2 metadata, 1 AVCHD reader
 
+    /// A fresh record, see Reset.
     _tag_P2Clip() { Reset(); }
 
     /// Gives every field its fresh value except ShootStartTime, GlobalShotGuid, the three relation

@@ -67,6 +67,7 @@ private:
 /// The automation variant: empty, null, text, a whole number, a real number or a truth value.
 class NQP2_API _variant_t {
 public:
+    /// Of type VT_EMPTY.
     _variant_t() = default;
     // NOLINTBEGIN(google-explicit-constructor): hosts pass plain values where these are expected
     ///@{
