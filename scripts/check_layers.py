@@ -52,8 +52,8 @@ OBSERVERS = ("tests", "bench", "fuzz")
 # The benchmarks measure the bare XML library as a floor.
 XML_LIBRARY_FOLDERS = {"xml/dom", "bench"}
 SYSTEM_FOLDERS = {"platform", "channel", "worker", *OBSERVERS}
-# The tests make camera files with it.
-MEDIA_LIBRARY_FOLDERS = {"worker/av", "tests"}
+# The tests make camera files with it, and an example opens a clip as a host would.
+MEDIA_LIBRARY_FOLDERS = {"worker/av", "tests", "examples"}
 XML_LIBRARY = re.compile(r"libxml2?/")
 MEDIA_LIBRARY = re.compile(r"lib(av|sw)\w+/")
 SYSTEM = re.compile(

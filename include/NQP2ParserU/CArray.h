@@ -15,11 +15,17 @@
 template <class Type, class ArgType = const Type&>
 class CArray {
 public:
+    /// What the array holds, under the name that the standard's algorithms look for.
     using value_type = Type;
 
+    ///@{
+    /// How many elements there are, from 0.
     [[nodiscard]] std::int64_t GetSize() const { return std::ssize(m_items); }
     [[nodiscard]] std::int64_t GetCount() const { return GetSize(); }
+    ///@}
+    /// The index of the last element; -1 for an empty array.
     [[nodiscard]] std::int64_t GetUpperBound() const { return GetSize() - 1; }
+    /// True for an array without elements.
     [[nodiscard]] bool IsEmpty() const { return m_items.empty(); }
 
     /// Appends a copy and returns its index.
@@ -41,12 +47,17 @@ public:
         }
         return first;
     }
+    /// Becomes a copy of `other`, element by element.
     void Copy(const CArray& other) { m_items = other.m_items; }
 
+    ///@{
+    /// The element at `index`; stays the array's. Throws std::out_of_range beyond the elements.
     [[nodiscard]] const Type& GetAt(std::int64_t index) const { return m_items.at(Slot(index)); }
     [[nodiscard]] Type& GetAt(std::int64_t index) { return m_items.at(Slot(index)); }
     const Type& operator[](std::int64_t index) const { return GetAt(index); }
     Type& operator[](std::int64_t index) { return GetAt(index); }
+    ///@}
+    /// Replaces the element at `index` by a copy. Throws std::out_of_range beyond the elements.
     void SetAt(std::int64_t index, ArgType item) { GetAt(index) = item; }
 
     /// Inserts `count` copies; an index beyond the end grows the array up to it first.
@@ -69,17 +80,26 @@ public:
         const std::int64_t room = GetSize() - index;
         m_items.erase(first, first + (count < room ? count : room));
     }
+    /// Destroys every element; the room stays.
     void RemoveAll() { m_items.clear(); }
+    /// Cuts the array off, or fills it up with fresh values.
     void SetSize(std::int64_t size) { m_items.resize(Slot(size)); }
+    /// Makes room for `size` elements in all, so that adding up to there moves none.
     void Reserve(std::int64_t size) { m_items.reserve(Slot(size)); }
 
+    ///@{
+    /// The elements one behind the other, valid until the array grows or goes.
     [[nodiscard]] const Type* GetData() const { return m_items.data(); }
     [[nodiscard]] Type* GetData() { return m_items.data(); }
+    ///@}
 
+    ///@{
+    /// For range-for and the standard's algorithms; valid until the array grows or goes.
     auto begin() { return m_items.begin(); }
     auto end() { return m_items.end(); }
     [[nodiscard]] auto begin() const { return m_items.begin(); }
     [[nodiscard]] auto end() const { return m_items.end(); }
+    ///@}
 
 private:
     static std::size_t Slot(std::int64_t index) { return static_cast<std::size_t>(index); }

@@ -3,6 +3,9 @@
 
 #pragma once
 
+/// @file
+/// The text type.
+
 #include "NQP2ParserU/Export.h"
 #include "NQP2ParserU/FormatArgument.h"
 
@@ -16,8 +19,11 @@
 /// Copies may be used from several threads; one object is used by one thread at a time.
 class NQP2_API CString {
 public:
+    /// The empty text; takes no memory.
     CString() noexcept : m_text(kEmpty) {}
+    /// Shares the characters of `other`; takes no memory.
     CString(const CString& other) noexcept;
+    /// Takes the characters of `other`, which is empty afterwards.
     CString(CString&& other) noexcept : m_text(other.m_text) { other.m_text = kEmpty; }
     /// A null pointer gives the empty text.
     CString(const wchar_t* text); // NOLINT(google-explicit-constructor)
@@ -25,10 +31,14 @@ public:
     CString(const wchar_t* text, int length);
     /// Texts longer than INT_MAX elements throw std::length_error, here and in every operation.
     explicit CString(std::wstring_view text);
+    /// The element, `repeat` times; empty for a count below 1.
     explicit CString(wchar_t ch, int repeat = 1);
+    ///@{
+    /// Becomes that text, as the constructor of that argument makes it.
     CString& operator=(const CString& other) noexcept;
     CString& operator=(CString&& other) noexcept;
     CString& operator=(const wchar_t* text);
+    ///@}
     ~CString() {
         if (m_text != kEmpty) { // records consist of texts that are empty, most of them
             LetGo();
@@ -38,15 +48,21 @@ public:
     /// The zero-terminated characters; valid until this object is changed or destroyed.
     // NOLINTNEXTLINE(google-explicit-constructor)
     operator const wchar_t*() const noexcept { return m_text; }
+    /// The same as the conversion.
     [[nodiscard]] const wchar_t* GetString() const noexcept { return m_text; }
+    /// All elements, zeros inside included; valid as long as the characters are.
     [[nodiscard]] std::wstring_view View() const noexcept;
+    /// Elements (code points), zeros inside included.
     [[nodiscard]] int GetLength() const noexcept;
+    /// True for the text without elements.
     [[nodiscard]] bool IsEmpty() const noexcept { return GetLength() == 0; }
     /// The element at `index`; the terminating zero at the length, and zero beyond it.
     [[nodiscard]] wchar_t GetAt(int index) const noexcept;
+    /// The same as GetAt.
     wchar_t operator[](int index) const noexcept { return GetAt(index); }
     /// Changes one element; an index outside the text changes nothing.
     void SetAt(int index, wchar_t ch);
+    /// Becomes the empty text.
     void Empty() noexcept {
         if (m_text != kEmpty) {
             LetGo();
@@ -60,19 +76,25 @@ public:
     /// Takes `length` elements of the buffer as the text.
     void ReleaseBuffer(int length);
 
+    ///@{
+    /// Appends; a null pointer appends nothing.
     CString& operator+=(const CString& text);
     CString& operator+=(const wchar_t* text);
     CString& operator+=(wchar_t ch);
     CString& Append(std::wstring_view text);
+    ///@}
 
+    ///@{
     /// Parts of the text; positions and counts are clamped to it.
     [[nodiscard]] CString Left(int count) const;
     [[nodiscard]] CString Right(int count) const;
     [[nodiscard]] CString Mid(int first) const;
     [[nodiscard]] CString Mid(int first, int count) const;
+    ///@}
 
     /// Index of the first match at or after `start`, or -1. An empty part matches at `start`.
     [[nodiscard]] int Find(const wchar_t* part, int start = 0) const noexcept;
+    /// The same for one element.
     [[nodiscard]] int Find(wchar_t ch, int start = 0) const noexcept;
     /// Index of the last match, or -1.
     [[nodiscard]] int ReverseFind(wchar_t ch) const noexcept;
@@ -82,12 +104,18 @@ public:
     /// As Compare, without regard to letter case.
     [[nodiscard]] int CompareNoCase(const wchar_t* other) const noexcept;
 
+    ///@{
+    /// Changes the letter case of every element as Unicode maps it one for one, in every locale.
     CString& MakeUpper();
     CString& MakeLower();
+    ///@}
     /// Trim removes blank, tab, line feed, vertical tab, form feed and carriage return.
     CString& Trim();
+    ///@{
+    /// As Trim, at the beginning or at the end alone.
     CString& TrimLeft();
     CString& TrimRight();
+    ///@}
     /// Removes every trailing element that occurs in `set`.
     CString& TrimRight(const wchar_t* set);
     /// Replaces every occurrence of `from`, left to right; returns how many were replaced.
@@ -115,11 +143,16 @@ private:
     wchar_t* m_text;
 };
 
+///@{
+/// One text behind the other; a null pointer is the empty text.
 NQP2_API CString operator+(const CString& left, const CString& right);
 NQP2_API CString operator+(const CString& left, const wchar_t* right);
 NQP2_API CString operator+(const wchar_t* left, const CString& right);
 NQP2_API CString operator+(const CString& left, wchar_t right);
+///@}
 
+///@{
+/// By element value, zeros inside included; a pointer as Compare.
 inline bool operator==(const CString& left, const CString& right) noexcept {
     return left.View() == right.View();
 }
@@ -129,5 +162,6 @@ inline bool operator==(const CString& left, const wchar_t* right) noexcept {
 inline bool operator<(const CString& left, const CString& right) noexcept {
     return left.View() < right.View();
 }
+///@}
 
 static_assert(sizeof(CString) == sizeof(void*), "records count on strings of one pointer");

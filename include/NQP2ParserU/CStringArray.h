@@ -3,6 +3,9 @@
 
 #pragma once
 
+/// @file
+/// Arrays of texts.
+
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/CString.h"
 

@@ -18,18 +18,24 @@ enum class CardKind : std::uint32_t {
     Avchd = 2,  ///< an AVCHD card or disc; read by CNQP2Parser::LoadAVCHDClip, as is
     Camera = 4, ///< a folder of camera files
 };
+///@{
+/// Sets of CardKind for FindCard.
 inline constexpr std::uint32_t kP2Cards = 1;
 inline constexpr std::uint32_t kAvchdCards = 2;
 inline constexpr std::uint32_t kEveryCard = 7;
+///@}
 
 /// A card that was found.
 struct FoundCard {
-    CString root; ///< interface path, as scans take it
-    CardKind kind = CardKind::P2;
-    bool entered = false; ///< whether `root` is another folder than the one that was given
+    CString root;                 ///< interface path, as scans take it
+    CardKind kind = CardKind::P2; ///< which reader takes it
+    bool entered = false;         ///< whether `root` is another folder than the one that was given
+
+    ///@{
     /// Of the folder that makes it a card: the same for the same card, however it was reached.
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
+    ///@}
     /// The serial number of the volume whose top the card is, as the system's names of volumes tell
     /// it (FAT: "1A2B-3C4D"). "" when they do not, and for a copy that is a folder among others.
     CString serialNo;
@@ -38,18 +44,20 @@ struct FoundCard {
 
 /// What a search has found, and which folders it could not look into.
 struct CardSearch {
-    CArray<FoundCard> cards;
+    CArray<FoundCard> cards; ///< in the order of their paths
+
+    /// Folders that could not be looked into, and where a limit ended the search.
     CArray<SkippedFile> skipped;
 };
 
 /// How far a search goes.
 struct CardSearchLimits {
-    std::int32_t depth = 8; ///< folders below the one that is searched
-    std::int32_t folders = 20'000;
+    std::int32_t depth = 8;        ///< folders below the one that is searched
+    std::int32_t folders = 20'000; ///< that are looked into in all
 };
 
 /// The cards that a folder leads to: the folder itself when it is a card; else the card that it is
-/// a part of (CONTENTS, CONTENTS\CLIP, AVCHD, BDMV\STREAM ...); else those one folder below, by
+/// a part of (CONTENTS, CONTENTS/CLIP, AVCHD, BDMV/STREAM ...); else those one folder below, by
 /// their paths, such as PRIVATE on a memory card. More than one says that the folder leads to none
 /// for certain. `kinds` says which count. False, with nothing found, when there is no memory.
 NQP2_API bool FindCard(const CString& folder, CardSearch& found,

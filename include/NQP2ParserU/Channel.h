@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+/// @file
 /// The channel functions that come with the library, for hosts without their own. A host:
 ///
 ///     nqp2::UseWorker({.program = "/usr/libexec/nqp2-worker"});
@@ -25,6 +26,7 @@
 /// The functions here are safe from any thread, and so are the slots that open and close. On one
 /// channel one thread at a time is between GetSendBuffer and SendPacket, and one between
 /// ReceivePacket and ReleasePacket; these may be two.
+
 namespace nqp2 {
 
 /// Which worker a host uses: the one that listens on `socket`, else one that is started.
@@ -40,17 +42,19 @@ struct WorkerSettings {
     std::uint32_t startMilliseconds = 5000;
 };
 
+/// What became of beginning with a worker, on either side.
 struct [[nodiscard]] WorkerStatus {
-    bool ready = false;
+    bool ready = false;      ///< whether it can be used
     std::string reason = {}; ///< for a person, when not ready or not wholly
 
+    /// The same as `ready`.
     explicit operator bool() const { return ready; }
 };
 
 /// The two pointers that R8P2Parser_SetSysInterface takes. Both live as long as the process.
 struct SystemInterface {
-    void* systemObject = nullptr; ///< never null; offers the worker no services
-    SysInterfaceTable* table = nullptr;
+    void* systemObject = nullptr;       ///< never null; offers the worker no services
+    SysInterfaceTable* table = nullptr; ///< the ten functions; never null
 };
 
 /// Finds or starts the worker to which new channels of HostInterface lead. A worker that this
@@ -82,6 +86,7 @@ struct ListenSettings {
 /// Begins to listen. A socket file that cannot be had is no failure when there is the line to a
 /// host; the status then has the reason. A process listens once at a time.
 NQP2_API WorkerStatus ListenForHosts(const ListenSettings& settings);
+/// The same for a socket file alone.
 inline WorkerStatus ListenForHosts(const std::string& socket) {
     return ListenForHosts({-1, socket, nullptr});
 }

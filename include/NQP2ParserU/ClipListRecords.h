@@ -15,6 +15,9 @@
 
 /// An entry of a clip list; what its fields mean is between the host and the worker.
 struct NQP2_API _BLCLIP {
+    ///@{
+    /// A field of the entry, in the image in this order: a number in 4 bytes, a text as its count
+    /// of UTF-16 units in 4 bytes, the units and a 0, all little-endian.
     CString text1;
     CString text2;
     CString text3;
@@ -39,6 +42,7 @@ struct NQP2_API _BLCLIP {
     std::int32_t value12 = 0;
     std::int32_t value13 = 0;
     CString text11;
+    ///@}
 
     /// Bytes of the image with the present texts.
     [[nodiscard]] std::int32_t GetSize() const;
@@ -54,24 +58,33 @@ struct NQP2_API _BLCLIP {
 
 /// A pair of numbers, 8 bytes.
 struct NQP2_API _NQBRDBROKENPOINT {
+    ///@{
+    /// A number of the pair: 4 bytes of the image.
     std::int32_t first = 0;
     std::int32_t second = 0;
+    ///@}
 
+    /// Bytes of the image: 8.
     [[nodiscard]] std::int32_t GetSize() const;
+    /// Writes the image; the buffer must have room for it.
     std::int32_t SaveToBuf(unsigned char*& buffer) const;
+    /// Reads an image, which must be whole.
     std::int32_t RestoreFromBuf(unsigned char*& buffer);
 };
 
 /// One number; is only copied.
 struct _BROKENMARK {
-    std::int64_t value = 0;
+    std::int64_t value = 0; ///< without a meaning to the library
 };
 static_assert(sizeof(_BROKENMARK) == 8);
 
 /// Another name of something with an identifier; is only copied.
 struct _ALIASINFO {
+    ///@{
+    /// Between the host and the worker; the library only copies it.
     std::uint8_t flag = 0;
     CString text1;
     GUID identifier;
     CString text2;
+    ///@}
 };

@@ -3,13 +3,19 @@
 
 #pragma once
 
+/// @file
+/// Recording formats and rate families.
+
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Export.h"
 
 #include <cstdint>
 #include <optional>
 
-/// Recording format: codec, raster and rate in one value. The values are fixed and sparse.
+/// Recording format: codec, raster and rate in one value. The values are fixed and sparse. A name
+/// tells the codec with its class, the lines where the codec has several rasters, and the rate: I
+/// for fields, P for frames a second, 5994 for 59.94. DV25, DV50 and DV100 are those of SMPTE
+/// ST 314 and ST 370, AVCI is AVC-Intra (SMPTE RP 2027).
 enum eCodeType : std::int32_t {
     CT_DV25_50I = 0, ///< also the result for any unknown codec
     CT_DV50_50I = 1,
@@ -60,10 +66,10 @@ enum eP2_VIDEO_STANDARD : std::int32_t {
     VS_5994I = 0, ///< 59.94i, 29.97p
     VS_50I = 1,   ///< 50i, 25p, 24p and every rate not listed elsewhere
     VS_60I = 2,   ///< 60i, 30p
-    VS_5994P = 3,
-    VS_50P = 4,
-    VS_60P = 5,
-    VS_2398P = 6,
+    VS_5994P = 3, ///< 59.94p
+    VS_50P = 4,   ///< 50p
+    VS_60P = 5,   ///< 60p
+    VS_2398P = 6, ///< 23.98p
 };
 
 namespace nqp2 {
@@ -83,10 +89,12 @@ NQP2_API eP2_VIDEO_STANDARD StandardFromRateIndex(int index) noexcept;
 
 /// The enumerator's own name ("CT_DV25_50I", "VS_50I"); "" for a value that has none.
 NQP2_API const char* CodeTypeName(eCodeType type) noexcept;
+/// The same for a rate family.
 NQP2_API const char* StandardName(eP2_VIDEO_STANDARD standard) noexcept;
 
 /// The value of an enumerator's name, without regard to letter case; nothing for any other text.
 NQP2_API std::optional<eCodeType> CodeTypeFromName(const CString& name);
+/// The same for a rate family.
 NQP2_API std::optional<eP2_VIDEO_STANDARD> StandardFromName(const CString& name);
 
 } // namespace nqp2

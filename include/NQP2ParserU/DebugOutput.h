@@ -10,6 +10,7 @@
 
 namespace nqp2 {
 
+/// Takes one text of the library, on the thread on which it arises.
 using TextSink = std::function<void(const CString&)>;
 
 /// Sets where the library's debugger output goes; an empty sink (the start) drops it.

@@ -3,6 +3,9 @@
 
 #pragma once
 
+/// @file
+/// Pointers into XML documents.
+
 #include <memory>
 
 namespace nqp2::dom {
@@ -11,8 +14,10 @@ class NodeList;
 class Document;
 } // namespace nqp2::dom
 
-/// Reference-counted pointers to what a document is made of. Opaque to hosts: they are handed out
+///@{
+/// Reference-counted pointer to what a document is made of. Opaque to hosts: it is handed out
 /// and handed back. A node pointer keeps its whole tree alive.
 using IXMLDOMNodePtr = std::shared_ptr<nqp2::dom::Node>;
 using IXMLDOMNodeListPtr = std::shared_ptr<nqp2::dom::NodeList>;
 using IXMLDOMDocumentPtr = std::shared_ptr<nqp2::dom::Document>;
+///@}

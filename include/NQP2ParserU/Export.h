@@ -3,6 +3,10 @@
 
 #pragma once
 
+/// @namespace nqp2
+/// What the library offers beside the classes and records of its interface.
+
+/// @def NQP2_API
 /// Marks what the shared library exports; everything else stays hidden.
 /// NQP2_STATIC is defined by builds that link the objects directly (tests, fuzzers).
 #if defined(NQP2_STATIC)

@@ -15,8 +15,11 @@ namespace nqp2 {
 /// printed with an unsigned conversion shows its own width.
 class FormatArgument {
 public:
+    /// What the argument is, by which a conversion decides how to write it.
     enum class Kind { Signed, Unsigned, Real, Character, Text };
 
+    ///@{
+    /// Remembers the value; a text is not copied and must outlive this. Null is the empty text.
     template <std::signed_integral T>
     FormatArgument(T value) // NOLINT(google-explicit-constructor)
         : m_kind(Kind::Signed), m_bytes(sizeof(T)), m_signed(value) {}
@@ -33,13 +36,19 @@ public:
     requires std::same_as<T, CString>
     FormatArgument(const T& value) // NOLINT(google-explicit-constructor)
         : m_kind(Kind::Text), m_text(value.View()) {}
+    ///@}
 
+    /// Which of the values below counts.
     [[nodiscard]] Kind GetKind() const { return m_kind; }
     /// Width in bytes of an integer argument.
     [[nodiscard]] std::size_t GetBytes() const { return m_bytes; }
+    /// The value of a signed number or a character; else 0.
     [[nodiscard]] std::int64_t Signed() const { return m_signed; }
+    /// The value of an unsigned number; else 0.
     [[nodiscard]] std::uint64_t Unsigned() const { return m_unsigned; }
+    /// The value of a real number; else 0.
     [[nodiscard]] double Real() const { return m_real; }
+    /// The characters of a text; else empty.
     [[nodiscard]] std::wstring_view Text() const { return m_text; }
 
 private:

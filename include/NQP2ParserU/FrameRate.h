@@ -14,13 +14,15 @@ namespace nqp2 {
 /// A frame rate: so many frames in so many seconds. Files may have others than clips do; such a
 /// rate has no text.
 struct FrameRate {
-    std::int32_t frames = 25;
-    std::int32_t seconds = 1;  ///< never 0
-    const wchar_t* text = L""; ///< as clips write it; "59.94i" counts the fields
-    eP2_VIDEO_STANDARD standard = VS_50I;
+    std::int32_t frames = 25;             ///< frames in `seconds` seconds; never 0
+    std::int32_t seconds = 1;             ///< never 0
+    const wchar_t* text = L"";            ///< as clips write it; "59.94i" counts the fields
+    eP2_VIDEO_STANDARD standard = VS_50I; ///< the rate family
+
     /// Timecode numbers that drop frame leaves out each minute but every tenth; 0: it cannot.
     std::int32_t droppedNumbers = 0;
 
+    /// Frames a second: 29.97 for 30000 in 1001 seconds.
     [[nodiscard]] constexpr double PerSecond() const {
         return static_cast<double>(frames) / seconds;
     }
@@ -28,6 +30,7 @@ struct FrameRate {
     [[nodiscard]] constexpr std::int32_t Nominal() const {
         return frames / seconds + (frames % seconds == 0 ? 0 : 1);
     }
+    /// Whether its text says that each frame is two fields.
     [[nodiscard]] constexpr bool IsInterlaced() const {
         return std::wstring_view(text).ends_with(L'i');
     }

@@ -17,8 +17,9 @@ namespace nqp2 {
 /// listed twice is here twice.
 using IngestList = std::vector<std::pair<CString, std::vector<tag_P2SegInfo>>>;
 
+/// What became of reading or changing a list.
 enum class IngestStatus : std::int32_t {
-    Done,
+    Done,       ///< read, or changed and saved
     NotListed,  ///< the clip has no entry
     NoList,     ///< the card has no list
     Unreadable, ///< there is a list, but it cannot be read or is no sound XML
@@ -30,8 +31,8 @@ enum class IngestStatus : std::int32_t {
 
 /// What became of reading or changing a card's list. The list is changed with `Done` alone.
 struct IngestResult {
-    IngestStatus status = IngestStatus::Done;
-    CString path;            ///< interface path of the list
+    IngestStatus status = IngestStatus::Done; ///< Done alone means that all is as asked
+    CString path;                             ///< interface path of the list
     CString reason;          ///< why, where there is more to tell than the status does
     std::int32_t line = 0;   ///< of the fault in the list, from 1; 0 when there is none
     std::int32_t column = 0; ///< from 1; 0 when there is none
@@ -41,6 +42,7 @@ struct IngestResult {
 /// none yet (`list` is then empty); false when there is one that cannot be read, or a file in its
 /// place that is no ingest list. `result` tells which, with NoList for a card that has none.
 NQP2_API bool LoadIngestList(const CString& root, IngestList& list) noexcept;
+/// The same; `result` tells why it is false, and is Done or NoList when it is true.
 NQP2_API bool LoadIngestList(const CString& root, IngestList& list, IngestResult& result) noexcept;
 
 /// Adds segments to the card's list, which is made when there is none, and leaves alone what is no

@@ -15,15 +15,16 @@ namespace nqp2 {
 
 /// What a scan of one card has found; belongs to the caller.
 struct ScannedCard {
-    const CArray<_tag_P2Clip>* clips = nullptr;
-    const ScanReport* report = nullptr;
+    const CArray<_tag_P2Clip>* clips = nullptr; ///< its clips
+    const ScanReport* report = nullptr;         ///< what the scan reported of them, with the takes
 };
 
 /// A clip that is a segment of a take.
 struct TakeSegment {
     std::int64_t card = 0;  ///< index of the card among those that were joined
     std::int64_t clip = -1; ///< index of the clip among the card's; -1 when it is not among them
-    CString clipName;
+    CString clipName;       ///< as the take names it
+
     /// Place among the segments that are there, from 0. Copies of a segment on several cards share
     /// it.
     std::int64_t place = 0;

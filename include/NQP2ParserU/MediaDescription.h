@@ -13,10 +13,11 @@ class CNQP2Parser;
 
 namespace nqp2 {
 
+/// What became of asking for a description.
 enum class DescriptionStatus : std::int32_t {
-    Described,
-    Refused,  ///< the worker's GetLastError says why; so it is without a worker proxy
-    NoWorker, ///< the worker ended or the channel to it failed, perhaps for this file
+    Described, ///< the metadata are filled
+    Refused,   ///< the worker's GetLastError says why; so it is without a worker proxy
+    NoWorker,  ///< the worker ended or the channel to it failed, perhaps for this file
 };
 
 /// Lets the worker describe a media file (interface path), as its container tells: tracks, tags,

@@ -72,7 +72,7 @@ public:
     /// CONTENTS folder.
     __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit) noexcept;
     /// The same scan; `report` receives (appended) what was left out and which takes the clips
-    /// form.
+    /// form. When 1 is returned its `failure` says why, here and in all that take a report.
     __int64 LoadClipEx(CString root, CArray<_tag_P2Clip>& clips, int keepDigit,
                        nqp2::ScanReport& report) noexcept;
 
@@ -216,8 +216,12 @@ public:
                          int* numbers, CString text1, CString text2, CString text3,
                          std::uint32_t value1, CArray<stu_R8PRelationClipInfo>& relatedClips,
                          int value2, std::uint32_t value3);
+    /// Before StartRTExport: not 0 means 16:9 for a picture of standard definition, 0 means 4:3.
     int SetRTExportExtraParam(int value);
+    /// Begins the export; `value` is the number of frames that are expected, 0 when not known.
     int StartRTExport(std::uint32_t value);
+    /// Ends the export: a `first` of 0 keeps what was recorded as a clip, any other drops the clip
+    /// in the making. Our worker does not use `second`.
     int StopRTExport(int first, int second);
     /// Asks the worker for data. On an answer `data` points to a buffer of the worker proxy that
     /// stays until the next such call or Release; else it is null. Returns 1 for success and 0 in

@@ -21,19 +21,22 @@
 /// Operations return 1, or 0 for any fault; most return 0 until the object has a document.
 class NQP2_API CNQXmlParser {
 public:
+    /// Starts without a document.
     CNQXmlParser() noexcept;
+    ///@{
+    /// Shares document and builder's cursor; the remembered parents are copied.
     CNQXmlParser(const CNQXmlParser& other) noexcept;
     CNQXmlParser& operator=(const CNQXmlParser& other) noexcept;
+    ///@}
     virtual ~CNQXmlParser();
 
-    /// Start documents. The cursor is on the new root; the remembered parents stay: balance
-    /// them or use a fresh object.
-    ///
-    /// P2Main with a declaration and the namespace of edit lists, or of clips of that code type.
-    /// Where a code type has none, the namespace of the document before stays in use for children.
+    /// Starts a document: P2Main with a declaration and the namespace of edit lists, or of clips of
+    /// that code type. Where a code type has none, the namespace of the document before stays in
+    /// use for children. The cursor is on the new root, here and in the next two; the remembered
+    /// parents stay: balance them or use a fresh object.
     int CreateP2MainRoot(eCodeType codeType, int bEditList);
-    /// EPRINFO with a child EPRTYPE that holds `eprType`; empty, and the result 0, for a text that
-    /// XML cannot hold.
+    /// Starts a document: EPRINFO with a child EPRTYPE that holds `eprType`; empty, and the result
+    /// 0, for a text that XML cannot hold.
     int CreateEPRRoot(CString eprType);
     /// A root without declaration or namespace, in place of the present one.
     int CreateRoot(CString name);
@@ -68,8 +71,10 @@ public:
     int SaveXml(CString path);
     /// The document as XML text.
     _bstr_t GetXml();
+    /// The document, shared with this object; null until there is one.
     IXMLDOMDocumentPtr GetDocumentPtr() noexcept;
 
+    ///@{
     /// Queries as CMarkupMSXML has them, without debugger output; empty without a document. Those
     /// for handles throw _com_error for a path that cannot be evaluated.
     _variant_t GetNodeVal(CString xpath, int bIgnoreMissing);
@@ -78,8 +83,10 @@ public:
     CNQXmlParserNode GetNode(_bstr_t xpath);
     CNQXmlParserNode GetNodeList(_bstr_t xpath);
     CNQXmlParserNode FindParamNode(_bstr_t xpath, CString name);
+    ///@}
 
 protected:
+    /// As NodeHandle's, from the document's root.
     int GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing);
 
 private:

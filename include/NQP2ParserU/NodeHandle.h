@@ -17,6 +17,7 @@ namespace nqp2 {
 /// the first question for a value moves onto the list's first node, as GetNextNode would.
 class NQP2_API NodeHandle {
 public:
+    /// An empty handle.
     NodeHandle() noexcept = default;
 
     /// Sets the current node; the list stays.
@@ -40,6 +41,7 @@ public:
     _variant_t GetNodeVal(int bIgnoreMissing) noexcept;
     /// The same as plain text; "" wherever there is none.
     CString GetNodeText(CString xpath, int bIgnoreMissing) noexcept;
+    /// The same of the current node.
     CString GetNodeText(int bIgnoreMissing) noexcept;
 
     /// The current node as XML; "" when there is none.
@@ -52,17 +54,21 @@ public:
     int SetParamVal(_variant_t val);
 
 protected:
+    /// Reads the text of what `xpath` selects, "" meaning the current node itself, into `val`.
+    /// Returns 1, also for a missing node that may be missing (`val` is then empty); else 0.
     int GetNodeVal(_bstr_t xpath, _variant_t& val, int bIgnoreMissing);
     /// The current node, taken from the list first when there is none yet; null when there is
     /// nothing to take.
     const IXMLDOMNodePtr& CurrentNode() noexcept;
+    ///@{
     /// Queries relative to the current node; null when nothing is selected. Throw _com_error for a
     /// path that cannot be evaluated.
     IXMLDOMNodePtr SelectNode(const _bstr_t& xpath);
     IXMLDOMNodeListPtr SelectNodeList(const _bstr_t& xpath);
+    ///@}
 
-    IXMLDOMNodeListPtr m_pNodeList;
-    IXMLDOMNodePtr m_pNode;
+    IXMLDOMNodeListPtr m_pNodeList; ///< null when there is none
+    IXMLDOMNodePtr m_pNode;         ///< null when there is none
 };
 
 } // namespace nqp2

@@ -12,8 +12,10 @@
 /// 12 bytes; 0.0 with status `valid` when default-constructed. No time zone.
 class NQP2_API COleDateTime {
 public:
+    /// Whether the day count means something; the platform's values.
     enum DateTimeStatus : std::int32_t { valid = 0, invalid = 1, null = 2 };
 
+    /// Midnight of 1899-12-30, with status `valid`.
     COleDateTime() = default;
     /// Takes a day count as it is, with status `valid`.
     explicit COleDateTime(double days) : m_dt(days) {}
@@ -22,7 +24,9 @@ public:
     /// status `invalid` and day count 0. Returns the new status.
     DateTimeStatus SetDateTime(int year, int month, int day, int hour, int minute, int second);
 
+    /// What the day count is worth.
     [[nodiscard]] DateTimeStatus GetStatus() const { return m_status; }
+    /// Sets the status alone.
     void SetStatus(DateTimeStatus status) { m_status = status; }
     /// The day count; days before 1899-12-30 count negative with a positive fraction of day.
     [[nodiscard]] double GetDays() const { return m_dt; }

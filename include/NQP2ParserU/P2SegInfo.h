@@ -11,8 +11,8 @@
 
 /// One stretch of a clip that was taken in. Frames of the clip, both ends included.
 struct tag_P2SegInfo {
-    std::int32_t InPoint = 0;
-    std::int32_t OutPoint = 0;
+    std::int32_t InPoint = 0;  ///< first frame, from 0
+    std::int32_t OutPoint = 0; ///< last frame
 };
 
 namespace nqp2 {

@@ -3,9 +3,11 @@
 
 #pragma once
 
+/// @file
+/// How a host hands over the way to the worker process, before it makes its first parser.
+
 #include "NQP2ParserU/Export.h"
 
-/// How a host hands over the way to the worker process, before it makes its first parser.
 extern "C" {
 
 /// Sets the host's system object and its channel functions (an nqp2::SysInterfaceTable), both kept

@@ -3,6 +3,9 @@
 
 #pragma once
 
+/// @file
+/// What an import or export transfers.
+
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/Export.h"
@@ -13,16 +16,16 @@
 /// How a file is written: container, picture and sound. 0 means "not said" in every field.
 /// Its image is these fields in this order, 4 little-endian bytes each: 64 bytes, always.
 struct tag_NQFileFormatEx {
-    std::uint32_t fileType = 0;   ///< container, in the worker's numbering
-    std::uint32_t codeType = 0;   ///< eCodeType of the video
-    std::uint32_t width = 0;      ///< pixels
-    std::uint32_t height = 0;     ///< pixels
-    std::uint32_t rateScale = 0;  ///< frames a second are rate / rateScale: 1001 for 29.97
-    std::uint32_t rate = 0;       ///< 30000 for 29.97
-    std::uint32_t interlaced = 0; ///< 1: two fields a frame
-    std::uint32_t topFieldFirst = 0;
-    std::uint32_t aspectWidth = 0; ///< of the picture as shown: 16 of 16:9
-    std::uint32_t aspectHeight = 0;
+    std::uint32_t fileType = 0;      ///< container, in the worker's numbering
+    std::uint32_t codeType = 0;      ///< eCodeType of the video
+    std::uint32_t width = 0;         ///< pixels
+    std::uint32_t height = 0;        ///< pixels
+    std::uint32_t rateScale = 0;     ///< frames a second are rate / rateScale: 1001 for 29.97
+    std::uint32_t rate = 0;          ///< 30000 for 29.97
+    std::uint32_t interlaced = 0;    ///< 1: two fields a frame
+    std::uint32_t topFieldFirst = 0; ///< 1: the upper field comes first
+    std::uint32_t aspectWidth = 0;   ///< of the picture as shown: 16 of 16:9
+    std::uint32_t aspectHeight = 0;  ///< 9 of 16:9
     std::uint32_t videoBitRate = 0;  ///< bits a second
     std::uint32_t audioFormat = 0;   ///< format tag as in WAVEFORMATEX
     std::uint32_t audioChannels = 0; ///< in the file
@@ -49,6 +52,8 @@ NQP2_API std::int32_t NQ_RestoreFileFormatData(const unsigned char* source,
 /// A clip that belongs to the one that is transferred. What the fields mean is between the host
 /// and the worker, here and in the records below.
 struct stu_R8PRelationClipInfo {
+    ///@{
+    /// nqp2::RelationFields says what nqp2-worker makes of these; it does not use the others.
     std::uint32_t value1 = 0;
     std::uint32_t value2 = 0;
     std::uint32_t value3 = 0;
@@ -57,32 +62,43 @@ struct stu_R8PRelationClipInfo {
     CString text1;
     CString text2;
     CString text3;
+    ///@}
 };
 
 namespace nqp2 {
 
 /// Entry of the transfer record's tables.
 struct TaggedText {
+    ///@{
+    /// Between the host and the worker; nqp2-worker does not use it.
     std::uint32_t value1 = 0;
     CString text;
     std::uint32_t value2 = 0;
+    ///@}
 };
 
 /// A tagged text that describes an identifier.
 struct DescribedIdentifier {
-    TaggedText text;
+    TaggedText text; ///< nqp2-worker does not use this record
+
+    ///@{
+    /// See `text`.
     std::uint32_t value1 = 0;
     std::uint32_t value2 = 0;
     std::uint32_t value3 = 0;
     GUID identifier;
+    ///@}
 };
 
 } // namespace nqp2
 
 /// What an import or export transfers. Travels in another order: docs/wire.md.
 struct stu_R8P2TransInfo {
+    /// Entries of each table.
     static constexpr int kTaggedTexts = 9;
 
+    ///@{
+    /// nqp2::TransferFields says what nqp2-worker makes of these; it does not use the others.
     CString text1;
     CString text2;
     CString text3;
@@ -127,4 +143,5 @@ struct stu_R8P2TransInfo {
     std::uint32_t value21 = 0;
     CString text5;
     std::uint32_t value22 = 0;
+    ///@}
 };

@@ -30,11 +30,11 @@ enum class SkipReason : std::int32_t {
 
 /// One file that was left out, or kept with a remark.
 struct SkippedFile {
-    CString path; ///< interface path
-    SkipReason reason = SkipReason::Unreadable;
-    CString text;            ///< one sentence for a person
-    std::int32_t line = 0;   ///< from 1; 0 when there is none
-    std::int32_t column = 0; ///< from 1; 0 when there is none
+    CString path;                               ///< interface path
+    SkipReason reason = SkipReason::Unreadable; ///< what kept it out, or is to be said of it
+    CString text;                               ///< one sentence for a person
+    std::int32_t line = 0;                      ///< from 1; 0 when there is none
+    std::int32_t column = 0;                    ///< from 1; 0 when there is none
 };
 
 /// A segment that a take names but the card lacks.
@@ -42,6 +42,7 @@ struct MissingSegment {
     CString clipName;     ///< "" when the metadata does not tell
     CString serialNo;     ///< serial number of the card that holds it; "" when not told
     CString globalClipID; ///< identifier of the missing segment; "" when not told
+
     /// Index of the segment that is there and that it comes before; their number behind the last.
     std::int64_t before = 0;
 };
@@ -49,29 +50,34 @@ struct MissingSegment {
 /// A spanned recording: one shot that continues from clip to clip, perhaps over several cards, or
 /// that a camera split because a file had become too large.
 struct Take {
-    CString topGlobalClipID; ///< identifier of the first segment; "" when it has none
-    CStringArray segments;   ///< names of the clips that are there, in shot order
-    bool complete = false;   ///< true when the chain runs from first to last segment
-    CArray<MissingSegment> missing;
+    CString topGlobalClipID;        ///< identifier of the first segment; "" when it has none
+    CStringArray segments;          ///< names of the clips that are there, in shot order
+    bool complete = false;          ///< true when the chain runs from first to last segment
+    CArray<MissingSegment> missing; ///< in shot order
 };
 
 /// The zones of a clip's two dates, which its record does not hold: minutes before UTC.
 struct ClipZones {
+    /// The date has no zone, or there is no date.
     static constexpr std::int16_t kUnknown = INT16_MIN;
-    std::int16_t start = kUnknown;
-    std::int16_t end = kUnknown;
+    std::int16_t start = kUnknown; ///< of StartDate
+    std::int16_t end = kUnknown;   ///< of EndDate
 };
 
 class ClipFileReader;
 
 /// What a scan left out and how its clips hang together. Filled beside the fixed results.
 struct ScanReport {
-    CArray<SkippedFile> skipped;
-    CArray<Take> takes;
-    CArray<ClipZones> zones; ///< of the clips of a P2 card, in the order in which they came
+    CArray<SkippedFile> skipped; ///< in the order in which the scan met them
+    CArray<Take> takes;          ///< of the clips that were found
+    CArray<ClipZones> zones;     ///< of the clips of a P2 card, in the order in which they came
+
     /// When set before the scan of a P2 card by a parser, and made for the same card: it keeps what
     /// the clips' metadata promise, and does not read them once more.
     ClipFileReader* files = nullptr;
+    /// Why the card could not be read, in one sentence for a person: set by a call that fails, left
+    /// alone by one that does not.
+    CString failure;
 };
 
 } // namespace nqp2

@@ -18,10 +18,11 @@ namespace nqp2 {
 
 /// A small picture of a file, or one sentence why there is none.
 struct SmallPicture {
-    std::vector<unsigned char> jpeg;
-    CString problem;
+    std::vector<unsigned char> jpeg; ///< a whole file (ISO/IEC 10918); empty when there is none
+    CString problem;                 ///< one sentence for a person; "" when there is a picture
 };
 
+/// What became of asking for pictures.
 enum class PicturesStatus : std::int32_t {
     Made,     ///< one for each file, with or without a picture
     Refused,  ///< the worker's GetLastError says why; so it is without a worker proxy

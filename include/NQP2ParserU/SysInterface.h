@@ -14,7 +14,7 @@ using ChannelHandle = std::uint64_t;
 /// What the slots answer, beside a handle. A table of another maker may use further negative
 /// values.
 enum ChannelStatus : std::int32_t {
-    kChannelDone = 1,
+    kChannelDone = 1,      ///< what was asked for is done
     kChannelMisuse = -1,   ///< a buffer, length or pointer that does not belong here
     kChannelTimedOut = -2, ///< the channel's own time-out passed
     kChannelAborted = -3,  ///< the abort flag was set while there was nothing to give
@@ -38,6 +38,7 @@ struct SysInterfaceTable {
     /// Slot 2. 1 when a buffer was granted. It stays the channel's.
     std::int32_t (*GetSendBuffer)(ChannelHandle channel, void** buffer, std::int32_t* capacity,
                                   std::int32_t* abortFlag);
+    /// Slot 3. Null, or whatever the host has there: never called.
     void (*Unused3)();
     /// Slot 4. Sends what the granted buffer holds; 1 when sent.
     std::int32_t (*SendPacket)(ChannelHandle channel, std::uint32_t messageId, void* buffer,
@@ -45,10 +46,12 @@ struct SysInterfaceTable {
     /// Slot 5. 1 when a message arrived; its buffer may be written to until it is released.
     std::int32_t (*ReceivePacket)(ChannelHandle channel, std::uint32_t* messageId, void** buffer,
                                   std::uint32_t* length, std::int32_t* abortFlag);
+    /// Slot 6. As slot 3.
     void (*Unused6)();
     /// Slot 7. Frees what slot 5 handed out; a null buffer frees all of it. Harmless when there is
     /// nothing to free.
     std::int32_t (*ReleasePacket)(ChannelHandle channel, void* buffer, std::uint32_t length);
+    /// Slot 8. As slot 3.
     void (*Unused8)();
     /// Slot 9. Sets the field to 0 and closes the channel that it named.
     std::int32_t (*CloseChannel)(ChannelHandle* channel);

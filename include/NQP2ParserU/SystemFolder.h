@@ -10,6 +10,7 @@
 
 namespace nqp2 {
 
+/// Gives the folder as an interface path; called whenever a parser is made.
 using FolderLookup = std::function<CString()>;
 
 /// Replaces the lookup of the folder that holds the system's libraries; an empty function

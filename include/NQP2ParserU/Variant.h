@@ -3,6 +3,9 @@
 
 #pragma once
 
+/// @file
+/// The automation variant.
+
 #include "NQP2ParserU/BStr.h"
 #include "NQP2ParserU/ComError.h"
 #include "NQP2ParserU/Export.h"
@@ -13,7 +16,11 @@
 #include <cstdint>
 #include <type_traits>
 
+/// Which of its types a variant holds.
 using VARTYPE = std::uint16_t;
+///@{
+/// Nothing, null, a 32-bit number, a real number, text, a truth value, and whole numbers of 32 and
+/// 64 bits: the types that a variant can hold.
 inline constexpr VARTYPE VT_EMPTY = 0;
 inline constexpr VARTYPE VT_NULL = 1;
 inline constexpr VARTYPE VT_I4 = 3;
@@ -23,12 +30,14 @@ inline constexpr VARTYPE VT_BOOL = 11;
 inline constexpr VARTYPE VT_UI4 = 19;
 inline constexpr VARTYPE VT_I8 = 20;
 inline constexpr VARTYPE VT_UI8 = 21;
+///@}
 
 namespace nqp2 {
 
 /// A whole number of any type in decimal digits. Takes no memory.
 class WholeText {
 public:
+    /// The digits of the number, behind "-" for a negative one.
     template <std::integral Number>
     explicit constexpr WholeText(Number value) noexcept {
         const bool isNegative = value < Number{0};
@@ -44,6 +53,7 @@ public:
     }
 
     // NOLINTNEXTLINE(google-explicit-constructor): stands where plain text does
+    /// The digits, ended by a zero; they are this object's.
     operator const wchar_t*() const noexcept { return m_text + m_first; }
 
 private:
@@ -57,14 +67,21 @@ private:
 /// The automation variant: empty, null, text, a whole number, a real number or a truth value.
 class NQP2_API _variant_t {
 public:
+    /// Of type VT_EMPTY.
     _variant_t() = default;
     // NOLINTBEGIN(google-explicit-constructor): hosts pass plain values where these are expected
+    ///@{
+    /// A text; from null one that is null, and reads as "".
     _variant_t(const wchar_t* text) : vt(VT_BSTR), m_text(text) {}
     _variant_t(const CString& text) : vt(VT_BSTR), m_text(text) {}
     _variant_t(const _bstr_t& text) : vt(VT_BSTR), m_text(text) {}
+    ///@}
+    ///@{
+    /// A number of that type: VT_I4, VT_I8 or VT_R8.
     _variant_t(std::int32_t value) : vt(VT_I4), m_whole(value) {}
     _variant_t(std::int64_t value) : vt(VT_I8), m_whole(value) {}
     _variant_t(double value) : vt(VT_R8), m_real(value) {}
+    ///@}
     /// Whole numbers of all other types, unsigned ones included.
     template <std::integral Number>
     requires(!std::same_as<Number, bool>) _variant_t(Number value)
@@ -74,6 +91,7 @@ public:
     _variant_t(Truth value) : vt(VT_BOOL), m_whole(value ? 1 : 0) {}
     // NOLINTEND(google-explicit-constructor)
 
+    /// The value of type VT_NULL, which has no text.
     static _variant_t Null() noexcept {
         _variant_t null;
         null.vt = VT_NULL;

@@ -22,6 +22,7 @@ NQP2_API std::string WriteWholeFile(const std::string& path, std::string_view co
 /// left behind.
 class NQP2_API WholeFileWriter {
 public:
+    /// Begins the file at a POSIX path; what fails is told by Finish.
     explicit WholeFileWriter(const std::string& path) noexcept;
     ~WholeFileWriter();
     WholeFileWriter(const WholeFileWriter&) = delete;

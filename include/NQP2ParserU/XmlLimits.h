@@ -13,6 +13,7 @@ namespace nqp2 {
 /// take four times as much memory, and about seven times its own size, which one of very many small
 /// elements exceeds. Process-wide, safe from any thread.
 NQP2_API void SetMaxXmlFileSize(std::uint64_t bytes) noexcept;
+/// The size that is in force, in bytes.
 NQP2_API std::uint64_t MaxXmlFileSize() noexcept;
 
 } // namespace nqp2

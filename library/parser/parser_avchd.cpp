@@ -4,6 +4,7 @@
 #include "avchd/card.h"
 #include "media/card_status.h"
 #include "NQP2ParserU/NQP2Parser.h"
+#include "parser/scan_failure.h"
 #include "platform/guard.h"
 
 namespace avchd = nqp2::avchd;
@@ -23,7 +24,9 @@ __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& cli
         const auto describe = [this](const CString& path, NQP2BaseClipInfo& info) {
             return GetP2BaseClipInfo(path, info);
         };
-        return StatusOf(avchd::ScanClips(root, describe, clips, report));
+        return nqp2::parser::Scanned(
+            root, L"the card has no folder of an AVCHD card, a disc or a camera", report,
+            [&] { return StatusOf(avchd::ScanClips(root, describe, clips, report)); });
     });
 }
 
@@ -44,8 +47,11 @@ __int64 CNQP2Parser::LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls) {
 
 __int64 CNQP2Parser::LoadCardPlaylists(const CString& card, CArray<tag_P2EDL>& edls,
                                        nqp2::ScanReport& report) {
-    return Guarded(kCannotRead,
-                   [&] { return StatusOf(avchd::ScanAllPlaylists(card, edls, report)); });
+    return Guarded(kCannotRead, [&] {
+        return nqp2::parser::Scanned(card, L"the card has no PLAYLIST folder", report, [&] {
+            return StatusOf(avchd::ScanAllPlaylists(card, edls, report));
+        });
+    });
 }
 
 int CNQP2Parser::GetAVCHDMPLMetadata(const CString& card, const CString& name, tag_P2EDL& edl) {

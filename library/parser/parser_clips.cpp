@@ -10,6 +10,7 @@
 #include "media/card_status.h"
 #include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/NQP2Parser.h"
+#include "parser/scan_failure.h"
 #include "platform/guard.h"
 
 namespace clips = nqp2::clips;
@@ -38,7 +39,12 @@ __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int kee
     return Guarded(kCannotRead, [&] {
         clips::ClipPromises* const promises =
             report.files != nullptr ? report.files->Promises() : nullptr;
-        return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, &report, promises);
+        const bool hasReader = m_pMarkup == nullptr || m_pMarkup->GetDocumentPtr() != nullptr;
+        const wchar_t* const lack =
+            hasReader ? L"the card has no CONTENTS folder" : L"there was no memory for Init";
+        return nqp2::parser::Scanned(root, lack, report, [&] {
+            return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, &report, promises);
+        });
     });
 }
 

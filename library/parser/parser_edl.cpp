@@ -7,6 +7,7 @@
 #include "media/card_status.h"
 #include "media/identifier.h"
 #include "NQP2ParserU/NQP2Parser.h"
+#include "parser/scan_failure.h"
 #include "platform/guard.h"
 
 namespace edl = nqp2::edl;
@@ -24,8 +25,13 @@ __int64 CNQP2Parser::LoadEdl(CString root, CArray<tag_P2EDL>& edls) {
 __int64 CNQP2Parser::LoadCardEdls(const CString& root, CArray<tag_P2EDL>& edls,
                                   nqp2::ScanReport& report) {
     return Guarded(kCannotRead, [&] {
-        return StatusOf(m_pMarkup != nullptr &&
-                        edl::LoadCardEditLists(root, *m_pMarkup, edls, report));
+        const wchar_t* const lack = m_pMarkup == nullptr
+                                        ? L"Init was not called"
+                                        : L"the card has no EDITLIST folder that can be read";
+        return nqp2::parser::Scanned(root, lack, report, [&] {
+            return StatusOf(m_pMarkup != nullptr &&
+                            edl::LoadCardEditLists(root, *m_pMarkup, edls, report));
+        });
     });
 }
 

@@ -7,11 +7,12 @@ import json
 import re
 import shutil
 import subprocess
+import sys
 import unittest
 from fractions import Fraction
 from pathlib import Path
 
-from program import CardTest, main, run, sample
+from program import CardTest, PROGRAM, SOURCES, main, run, sample
 
 RATES = {"50i": Fraction(25), "25p": Fraction(25), "50p": Fraction(50),
          "29.97p": Fraction(30000, 1001), "59.94p": Fraction(60000, 1001),
@@ -26,6 +27,10 @@ AVCHD_CLIPS = (
     ("00005", "AVCHD_1920_1080_50i", "29.97p", 1920, 45, "2024-05-11T16:20:02", 107902, 1),
     ("00006", "AVCHD_1920_1080_25p", "23.98p", 1920, 24, "2024-05-12T19:00:00", 0, 0),
 )
+# What examples/card_totals.py makes of the P2 card: day, time and clips.
+DAYS = [("2024-05-10", "0:00:03", 2), ("2024-05-11", "0:00:02", 2), ("2024-05-12", "0:00:01", 2),
+        ("2024-05-13", "0:00:02", 2), ("2024-05-14", "0:00:01", 1), ("2024-05-15", "0:00:01", 1),
+        ("2024-05-16", "0:00:00", 1), ("2024-05-17", "0:00:02", 5)]
 PLAYLISTS = (("00000", 190, [1, 25], "50i", "AVCHD_1280_720_50p"),
              ("00001", 105, [1001, 30000], "29.97p", "AVCHD_1920_1080_50i"),
              ("00002", 109, [1001, 60000], "59.94p", "AVCHD_1920_1080_25p"))
@@ -68,6 +73,16 @@ class P2Test(CardTest):
         marks = self.told("ingest", "list", self.sample)["clips"]
         self.assertEqual([mark["ClipName"] for mark in marks], ["0012SA", "0013SB", "0007H4"])
         self.assertEqual(marks[0]["segments"], [[1, 4], [7, 9]])
+
+    def test_the_example_adds_up_each_day(self):
+        example = [sys.executable, "-B", SOURCES / "examples" / "card_totals.py", "--nqp2", PROGRAM]
+        result = subprocess.run([*example, self.sample], capture_output=True, text=True, check=True)
+        days = [line.split() for line in result.stdout.splitlines()]
+        self.assertEqual([(day, time, int(clips)) for day, time, clips, *_ in days], DAYS)
+        self.assertEqual({card for *_, card in days}, {str(self.sample)})
+        result = subprocess.run([*example, self.folder / "none"], capture_output=True, text=True,
+                                check=False)
+        self.assertEqual((result.returncode, result.stdout), (1, ""))
 
 
 class AvchdTest(CardTest):
