@@ -77,7 +77,8 @@ void RequireName(const std::string& name, bool isGiven) {
                             "give its copy a name with --name", kUsage);
     }
     if (const std::string fault = FaultOfName(name); !fault.empty()) {
-        throw tool::Failure("--name " + name, "cannot be the name of a copy", fault, kUsage);
+        throw tool::Failure((isGiven ? "--name " : "") + name, "cannot be the name of a copy",
+                            fault + (isGiven ? "" : "; give it another one with --name"), kUsage);
     }
 }
 
