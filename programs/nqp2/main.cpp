@@ -68,16 +68,19 @@ int main(int count, char** arguments) {
     const bool hasStreams = nqp2::OpenStandardStreams();
     nqp2::LetWritesFail();
     Console console;
+    if (AsksForObjects(count, arguments)) {
+        console.TellAsObjects();
+    }
     try {
         if (!hasStreams) {
             throw Failure("a standard stream", "is closed", "and /dev/null cannot be opened");
         }
         return Run(count, arguments, console);
     } catch (const Failure& failure) {
-        console.Message(fmt::format("nqp2: {}", failure.what()));
+        console.Fail(failure.what());
         return failure.GetStatus();
     } catch (const std::exception& error) {
-        console.Message(fmt::format("nqp2: internal error: {}", error.what()));
+        console.Fail(fmt::format("internal error: {}", error.what()));
         return kFailed;
     }
 }

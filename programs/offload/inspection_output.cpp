@@ -87,8 +87,8 @@ void PrintAdded(tool::Console& console, const Inspection& inspection, const Adde
         console.WriteLine(fmt::format("generation {}: {}", each.number, each.path));
     }
     if (!added.whyNot.empty()) {
-        console.Message(
-            fmt::format("nqp2: {}: no generation was added ({})", inspection.folder, added.whyNot));
+        console.Fail(
+            fmt::format("{}: no generation was added ({})", inspection.folder, added.whyNot));
     }
 }
 

@@ -39,16 +39,19 @@ int main(int count, char** words) {
     const bool hasStreams = OpenStandardStreams();
     LetWritesFail();
     tool::Console console;
+    if (offload::AskForObjects(count, words)) {
+        console.TellAsObjects();
+    }
     try {
         if (!hasStreams) {
             throw tool::Failure("a standard stream", "is closed", "and /dev/null cannot be opened");
         }
         return Run(count, words, console);
     } catch (const tool::Failure& failure) {
-        console.Message(fmt::format("nqp2: {}", failure.what()));
+        console.Fail(failure.what());
         return failure.GetStatus();
     } catch (const std::exception& error) {
-        console.Message(fmt::format("nqp2: internal error: {}", error.what()));
+        console.Fail(fmt::format("internal error: {}", error.what()));
         return tool::kFailed;
     }
 }

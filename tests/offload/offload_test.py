@@ -161,6 +161,10 @@ class CopyTest(OffloadTest):
         copied = {os.fsencode(path.name) for path in (self.folder / "one/A001").glob("x*")}
         self.assertLessEqual(taken, copied)
         self.assertEqual(len(copied) + len(document["leftOut"]), 254)
+        left = {bytes.fromhex(each["pathBytes"]) if "pathBytes" in each else each["path"].encode()
+                for each in document["leftOut"]}
+        self.assertEqual(len(left), len(document["leftOut"]))
+        self.assertFalse(left & copied)
         self.assertRegex(document["verdict"]["text"], r"\d+ entries of the card were left out")
 
     def test_names_with_tokens(self):
@@ -215,6 +219,9 @@ class RefusalTest(OffloadTest):
                 self.assertEqual((result.returncode, result.stdout), (status, ""))
                 self.assertIn(words, result.stderr)
                 self.assertEqual(result.stderr.count("\n"), 1)
+                told = run("offload", *arguments, "--progress", "json").stderr
+                validator("progress-line").validate(json.loads(told))
+                self.assertEqual("nqp2: " + json.loads(told)["failure"] + "\n", result.stderr)
         self.assertEqual(list(one.iterdir()), [])
 
     def test_two_cards_never_merge(self):
