@@ -4,8 +4,8 @@
 #pragma once
 
 #include "offload/card_contents.h"
+#include "offload/folder_index.h"
 #include "offload/mhl/manifest.h"
-#include "offload/walk.h"
 
 #include <string>
 #include <vector>

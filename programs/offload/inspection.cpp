@@ -9,12 +9,12 @@
 #include "NQP2ParserU/Interrupt.h"
 #include "offload/folder_check.h"
 #include "offload/folder_reading.h"
+#include "offload/walk.h"
 #include "platform/folder.h"
 
 #include <fmt/core.h>
 
 #include <chrono>
-#include <set>
 #include <utility>
 
 namespace nqp2::offload {
@@ -88,40 +88,14 @@ void HashFiles(Inspection& inspection, FormatSet wished, tool::RunProgress& prog
     inspection.index.tree.HashFolders(formats.All());
 }
 
-/// Tells whether a path, or a folder above it, is one of those that could not be looked at.
-class UnseenPaths {
-public:
-    explicit UnseenPaths(const OddEntries& unread) {
-        for (const OddEntry& each : unread.Kept()) {
-            m_paths.insert(each.path);
-        }
-    }
-
-    [[nodiscard]] bool Hold(std::string_view path) const {
-        for (;;) {
-            if (m_paths.find(path) != m_paths.end()) {
-                return true;
-            }
-            if (path.empty()) {
-                return false;
-            }
-            const std::size_t slash = path.rfind('/');
-            path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
-        }
-    }
-
-private:
-    std::set<std::string, std::less<>> m_paths;
-};
-
 /// What could not be looked at may be there.
 void LeaveOutUnseen(Inspection& inspection) {
-    const UnseenPaths unseen(inspection.index.unread);
     const Tree& expected = inspection.history.Expected();
     for (std::vector<NodeId>* const nodes :
          {&inspection.comparison.missing, &inspection.comparison.missingFolders}) {
-        inspection.unseen +=
-            std::erase_if(*nodes, [&](NodeId node) { return unseen.Hold(expected.PathOf(node)); });
+        inspection.unseen += std::erase_if(*nodes, [&](NodeId node) {
+            return inspection.index.unread.Hold(expected.PathOf(node));
+        });
     }
 }
 

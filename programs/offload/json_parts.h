@@ -4,8 +4,8 @@
 #pragma once
 
 #include "console/value.h"
+#include "offload/folder_index.h"
 #include "offload/mhl/tree.h"
-#include "offload/walk.h"
 
 /// What the documents of several commands have in common.
 namespace nqp2::offload {

@@ -12,6 +12,7 @@
 #include "offload/offload_output.h"
 #include "offload/sealing.h"
 #include "offload/sums_file.h"
+#include "offload/walk_changes.h"
 
 #include <fmt/core.h>
 

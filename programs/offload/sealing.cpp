@@ -9,6 +9,7 @@
 #include "offload/list_copying.h"
 #include "offload/list_head.h"
 #include "offload/mhl/comparison.h"
+#include "offload/walk_changes.h"
 
 #include <fmt/core.h>
 #include <fmt/format.h>
@@ -61,17 +62,17 @@ std::vector<std::string> PatternsOfCopy(const Plan& plan, const Target& target, 
     if (target.state == TargetState::New) {
         return {};
     }
-    const OddEntries strange = StrangeEntries(
-        plan.index.tree, *target.copy, plan.ignored,
-        [](const auto& /*path*/, const auto& /*info*/) { return !WasInterrupted(); });
     std::vector<std::string> patterns;
-    for (const OddEntry& each : strange.Kept()) {
-        if (IsSetAside(plan.index.tree, each.path)) {
-            patterns.push_back(PatternOf(platform::NamePart(each.path)));
-        } else {
-            copy.strange.Add(each.path, each.why);
-        }
-    }
+    TellStrangeEntries(
+        plan.index.tree, *target.copy, plan.ignored,
+        [](const auto& /*path*/, const auto& /*info*/) { return !WasInterrupted(); },
+        [&](const OddEntry& each) {
+            if (IsSetAside(plan.index.tree, each.path)) {
+                patterns.push_back(PatternOf(platform::NamePart(each.path)));
+            } else {
+                copy.strange.Add(each.path, each.why);
+            }
+        });
     return patterns;
 }
 

@@ -296,9 +296,14 @@ class VerifyTest(CopyTest):
         self.assert_counts(self.told_of("verify", self.copy), {"historyFaults": None})
 
     def test_what_cannot_be_looked_at_is_not_missing(self):
+        many = [self.copy / "many" / str(number) for number in range(1100)]
+        for folder in many:
+            folder.mkdir(parents=True)
+            (folder / "file").write_bytes(b"x")
         self.told_of("seal", self.copy)
         self.folder.chmod(0o755)
-        (self.copy / "B").chmod(0)
+        for folder in (self.copy / "B", *many):
+            folder.chmod(0)
         (self.copy / "A/one.mxf").chmod(0)
         # Root may read everything.
         somebody = {"user": 65534} if os.geteuid() == 0 else {}
@@ -307,11 +312,12 @@ class VerifyTest(CopyTest):
                                     capture_output=True, check=False, **somebody)
         except PermissionError as error:
             self.skipTest(f"the program is not for everybody: {error}")
-        (self.copy / "B").chmod(0o755)
+        for folder in (self.copy / "B", *many):
+            folder.chmod(0o755)
         document = json.loads(result.stdout)
         self.assertEqual(result.returncode, 1)
-        self.assertEqual(document["counts"]["unreadable"], 2)
-        self.assertEqual(document["counts"]["unseen"], 3)
+        self.assertEqual(document["counts"]["unreadable"], 2 + len(many))
+        self.assertEqual(document["counts"]["unseen"], 3 + len(many))
         self.assertEqual(document["counts"]["missing"], 0)
         self.assertEqual(document["notAdded"], "not all could be read")
 
