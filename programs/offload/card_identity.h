@@ -36,8 +36,4 @@ CardIdentity IdentityOf(const GivenFolder& given, const FolderIndex& index);
 std::vector<mhl::MetadataEntry> EntriesOf(const CardIdentity& identity);
 CardIdentity IdentityIn(const std::vector<mhl::MetadataEntry>& entries);
 
-/// As the text of a file, and back; all empty when the text is none.
-std::string MarkText(const CardIdentity& identity);
-CardIdentity IdentityInMark(const std::string& text);
-
 } // namespace nqp2::offload

@@ -44,12 +44,12 @@ public:
         }
     }
 
-    [[nodiscard]] std::vector<std::string> Paths() const {
-        std::vector<std::string> paths;
+    [[nodiscard]] std::vector<copy::FanRoot> Roots() const {
+        std::vector<copy::FanRoot> roots;
         for (const std::size_t copy : m_copies) {
-            paths.push_back(m_plan.targets[copy].path);
+            roots.emplace_back(m_plan.targets[copy].path, m_plan.targets[copy].writing);
         }
-        return paths;
+        return roots;
     }
     void Follow(const copy::Fan& fan) { m_fan = &fan; }
     [[nodiscard]] copy::FanSettings Settings() const {
@@ -239,7 +239,7 @@ void CopyCard(Plan& plan, tool::RunProgress& progress, ReadDigests& digests, Out
     Copying copying(plan, hashes, progress, digests, outcome);
     progress.Begin("copy", plan.index.tree.FileCount(), plan.index.bytes);
     try {
-        copy::Fan fan(*plan.opened, copying.Paths(), hashes.Takers(), copying, copying.Settings());
+        copy::Fan fan(*plan.opened, copying.Roots(), hashes.Takers(), copying, copying.Settings());
         copying.Follow(fan);
         copying.CopyAll(fan);
         copying.KeepFolderTimes(fan);

@@ -346,20 +346,16 @@ std::string PatternBelow(std::string_view folder, std::string_view pattern) {
 
 void ReadHistories(HistoryState& state) {
     state.parts.emplace_back();
-    std::unique_ptr<platform::Folder> scope;
-    if (const platform::IoStatus status = state.files->OpenFolder(state.scope, scope); !status) {
-        state.Add(true, "", 0, "the folder cannot be opened: " + status.reason);
-        return;
-    }
-    PartFinder(state).Find(*scope);
+    platform::Folder& scope = *state.scope;
+    PartFinder(state).Find(scope);
     if (state.parts.front().hasFolder) {
-        ReadPart(state, state.parts.front(), *scope);
+        ReadPart(state, state.parts.front(), scope);
     }
     for (const std::string& folder : state.nested) {
         if (!state.ignored.IsIgnored(folder, true)) {
             HistoryPart& part = state.parts.emplace_back();
             part.folder = folder;
-            ReadPart(state, part, *scope);
+            ReadPart(state, part, scope);
         }
     }
     std::erase_if(state.nested,
