@@ -34,11 +34,15 @@ public:
         : m_all(wished | history.Formats()) {
         m_all = m_all.IsEmpty() ? FormatSet(HashFormat::Xxh128) : m_all;
         m_bits.resize(tree.Size());
+        // A folder has its place before what is in it.
         for (NodeId node = 0; node < tree.Size(); ++node) {
-            if (!tree.IsFolder(node)) {
-                const FormatSet known = mhl::FormatsToCheck(history, tree.PathOf(node));
-                m_bits[node] = (known.IsEmpty() ? m_all : known | wished).Bits();
-            }
+            const FormatSet above =
+                node == mhl::kScope ? FormatSet() : Of(tree.ParentOf(node)) | wished;
+            const FormatSet own = tree.IsFolder(node)
+                                      ? OfFolder(history, tree.PathOf(node))
+                                      : mhl::FormatsToCheck(history, tree.PathOf(node));
+            const bool isUnknown = !tree.IsFolder(node) && own.IsEmpty();
+            m_bits[node] = (isUnknown ? m_all : above | own).Bits();
         }
     }
 
@@ -46,6 +50,14 @@ public:
     [[nodiscard]] FormatSet Of(std::size_t node) const { return FormatSet::Of(m_bits[node]); }
 
 private:
+    /// In which a folder is recorded: its hashes are made of those of all files in it, which a
+    /// history below may have recorded otherwise.
+    static FormatSet OfFolder(const mhl::History& history, const std::string& path) {
+        const NodeId node = history.Expected().Find(path);
+        return node != mhl::kNoNode ? history.Expected().FolderHashesOf(node).content.Formats()
+                                    : FormatSet();
+    }
+
     FormatSet m_all;
     std::vector<std::uint8_t> m_bits;
 };

@@ -114,6 +114,7 @@ void AddFound(Record& document, const Inspection& inspection) {
                       {"changedFolders", Paths(found.changedFolders, present)},
                       {"renamed", Each(found.renamed, renamed)},
                       {"new", Paths(found.added, present)},
+                      {"newFolders", Paths(found.addedFolders, present)},
                       {"leftOut", OddList(inspection.index.leftOut)},
                       {"ignored", OddList(inspection.index.ignored)}});
 }
