@@ -6,6 +6,7 @@
 #include "console/utf8_text.h"
 
 #include <cstdio>
+#include <new>
 
 namespace nqp2::tool {
 
@@ -14,9 +15,15 @@ void WriteSide(std::string_view text) {
 }
 
 ObjectLine::~ObjectLine() {
-    m_json.EndRecord();
-    m_text.Put('\n');
-    WriteSide(m_text.Text());
+    if (std::uncaught_exceptions() != m_exceptions) {
+        return;
+    }
+    try {
+        m_json.EndRecord();
+        m_text.Put('\n');
+        WriteSide(m_text.Text());
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): the run goes on
+    }
 }
 
 void ObjectLine::PutPath(std::string_view name, std::string_view bytesName, std::string_view path) {

@@ -6,6 +6,7 @@
 #include "console/json_writer.h"
 #include "console/output_text.h"
 
+#include <exception>
 #include <string_view>
 
 namespace nqp2::tool {
@@ -14,7 +15,8 @@ namespace nqp2::tool {
 /// for it.
 void WriteSide(std::string_view text);
 
-/// One object of JSON on a line of its own on standard error; written by its destructor.
+/// One object of JSON on a line of its own on standard error; written by its destructor, as a whole
+/// or, for want of memory, not at all.
 class ObjectLine {
 public:
     ObjectLine() : m_json(m_text) { m_json.BeginRecord(); }
@@ -36,6 +38,7 @@ public:
     void PutPath(std::string_view name, std::string_view bytesName, std::string_view path);
 
 private:
+    int m_exceptions = std::uncaught_exceptions();
     OutputText m_text;
     JsonWriter m_json;
 };

@@ -23,14 +23,14 @@ namespace {
 
 constexpr std::uint64_t kLongestMark = std::uint64_t{16} << 20U;
 constexpr const char* kMarkVersion = "version";
-constexpr const char* kLists = "lists";
+constexpr const char* kListsMember = "lists";
 
 std::optional<std::vector<std::string>> ListsIn(const nlohmann::json& mark) {
-    if (!mark.is_object() || !mark.contains(kLists) || !mark[kLists].is_array()) {
+    if (!mark.is_object() || !mark.contains(kListsMember) || !mark[kListsMember].is_array()) {
         return std::nullopt;
     }
     std::vector<std::string> lists;
-    for (const nlohmann::json& each : mark[kLists]) {
+    for (const nlohmann::json& each : mark[kListsMember]) {
         if (each.is_string()) {
             lists.push_back(each.get<std::string>());
         }
@@ -50,7 +50,7 @@ std::string MarkText(const UnfinishedMark& mark) {
         text[entry.name] = entry.value;
     }
     if (mark.lists) {
-        text[kLists] = *mark.lists;
+        text[kListsMember] = *mark.lists;
     }
     return text.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + '\n';
 }
