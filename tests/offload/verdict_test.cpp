@@ -358,6 +358,25 @@ TEST(Run, GivesMediaTheirNamesFirstAndTheChainIsLast) {
     EXPECT_GT(last(".xml"), last(".json"));
 }
 
+/// Of a card that gives read errors in one file all the rest is copied.
+TEST(Run, CopiesWhatCanBeRead) {
+    for (const std::uint64_t skip : {0U, 1U}) {
+        RunFixture run;
+        Fail(run, Operation::ReadBlock, kVideo, skip);
+        const Outcome outcome = run.Run();
+        ASSERT_EQ(outcome.cannotRead.Count(), 1U);
+        EXPECT_EQ(outcome.cannotRead.Kept().front().path, "CONTENTS/VIDEO/0001AB.MXF");
+        EXPECT_EQ(offload::StatusOf(outcome, run.arguments), tool::kFailed);
+        for (const offload::CopyOutcome& copy : outcome.copies) {
+            EXPECT_EQ(copy.files, 3U);
+            EXPECT_FALSE(copy.proof.isSealed);
+        }
+        EXPECT_FALSE(
+            std::filesystem::exists(run.folder.Path("one/A001/CONTENTS/VIDEO/0001AB.MXF")));
+        EXPECT_TRUE(std::filesystem::exists(run.folder.Path("one/A001/LASTCLIP.TXT")));
+    }
+}
+
 /// One run of each target's failures ends that target alone; the status says what was asked for.
 TEST(Run, StatusSaysWhetherAllWasDone) {
     RunFixture run;
