@@ -3,6 +3,8 @@
 
 #include "offload/unfinished_mark.h"
 
+#include "console/json_output.h"
+#include "console/value.h"
 #include "copy/failure.h"
 #include "offload/mhl/chain.h"
 
@@ -11,6 +13,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 namespace nqp2::offload {
 
@@ -45,14 +48,19 @@ std::string MarkPath() {
 }
 
 std::string MarkText(const UnfinishedMark& mark) {
-    nlohmann::json text = {{kMarkVersion, 1}};
-    for (const mhl::MetadataEntry& entry : EntriesOf(mark.identity)) {
-        text[entry.name] = entry.value;
+    const std::vector<mhl::MetadataEntry> entries = EntriesOf(mark.identity);
+    tool::Record text = {{kMarkVersion, 1}};
+    for (const mhl::MetadataEntry& entry : entries) {
+        text.push_back({entry.name, entry.value});
     }
     if (mark.lists) {
-        text[kListsMember] = *mark.lists;
+        tool::List lists;
+        for (const std::string& each : *mark.lists) {
+            lists.emplace_back(each);
+        }
+        text.push_back({kListsMember, std::move(lists)});
     }
-    return text.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + '\n';
+    return tool::JsonText(text);
 }
 
 UnfinishedMark MarkInText(const std::string& text) {
