@@ -57,11 +57,11 @@ void CopyBelow(copy::Fan& fan, Folder& folder, const std::string& path) {
     }
 }
 
-void CopyAll(const std::string& from, std::vector<std::string> targets) {
+void CopyAll(const std::string& from, const std::vector<std::string>& targets) {
     std::unique_ptr<Folder> source;
     copy::Require(platform::Files().OpenFolder(from, source), "open", from);
     FailingReport report;
-    copy::Fan fan(*source, std::move(targets), {}, report);
+    copy::Fan fan(*source, {targets.begin(), targets.end()}, {}, report);
     CopyBelow(fan, *source, "");
     fan.Finish();
 }

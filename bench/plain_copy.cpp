@@ -6,9 +6,10 @@
 //
 //     plain_copy both|once FILE... FOLDER
 //     plain_copy tree|flushed SOURCE FOLDER
+//     plain_copy read FOLDER
 //
 // once: without reading the copy again, as a recording is written. tree: a whole folder by cp -a,
-// with one flush. flushed: the same without any checksum.
+// with one flush. flushed: the same without any checksum. read: only the checksums of a folder.
 
 #include "bench/measure.h"
 #include "bench/run_program.h"
@@ -81,6 +82,15 @@ void CopyTree(const std::string& source, const std::string& folder, bool isCompa
     }
 }
 
+void ReadTree(const std::string& folder) {
+    std::string block(kBlock, '\0');
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file()) {
+            static_cast<void>(Checksum(entry.path(), block));
+        }
+    }
+}
+
 void CopyAll(const std::vector<std::string>& files, const std::string& folder, bool both) {
     std::vector<std::string> command = {"cp", "--"};
     command.insert(command.end(), files.begin(), files.end());
@@ -103,12 +113,18 @@ void CopyAll(const std::vector<std::string>& files, const std::string& folder, b
 int main(int argc, char** argv) {
     const std::string sides = argc < 4 ? "" : argv[1];
     const bool isTree = (sides == "tree" || sides == "flushed") && argc == 4;
-    if (!isTree && sides != "both" && sides != "once") {
+    const bool isRead = argc == 3 && std::string(argv[1]) == "read";
+    if (!isTree && !isRead && sides != "both" && sides != "once") {
         std::fprintf(stderr, "usage: plain_copy both|once FILE... FOLDER\n"
-                             "       plain_copy tree|flushed SOURCE FOLDER\n");
+                             "       plain_copy tree|flushed SOURCE FOLDER\n"
+                             "       plain_copy read FOLDER\n");
         return 2;
     }
     try {
+        if (isRead) {
+            nqp2::bench::ReadTree(argv[2]);
+            return 0;
+        }
         if (isTree) {
             nqp2::bench::CopyTree(argv[2], argv[3], sides == "tree");
             return 0;

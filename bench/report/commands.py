@@ -85,7 +85,7 @@ class Commands:
         kinds: dict[str, Callable[[set[str]], Figures]] = {
             "command": self._listings, "calls": self._calls, "copy": self._copies,
             "record": self._recordings, "page": self._pages, "shelf": self._shelves,
-            "disc": self._discs, "fan": self._fans}
+            "disc": self._discs, "fan": self._fans, "offload": self._offloads}
         return kinds[kind](names)
 
     def _low(self, runs: dict[str, Callable[[], list]], times: int) -> Figures:
@@ -180,35 +180,75 @@ class Commands:
             self._fresh_folder()
 
     def _fans(self, names: set[str]) -> Figures:
-        """The copying engine against cp -a, and onto two file systems in memory against one. Files
-        are not removed between the runs: file systems are slow to make new ones after that."""
+        """The copying engine alone."""
+        ours = self._setting.programs / "fan_once"
+        return self._trees("fan", names, lambda source, targets: [ours, source, *targets], {})
+
+    def _offloads(self, names: set[str]) -> Figures:
+        """The program, its lists included; and what reads all of it once."""
+        nqp2, real = self._setting.nqp2, self._setting.cards.real(self._setting.sizes.copy_megabytes)
+        sealed = self._setting.cards.folder / "sealed"
+
+        def command(source: Path, targets: list[Path], *options: str) -> list:
+            for target in targets:
+                target.mkdir(parents=True, exist_ok=True)
+            return [nqp2, "offload", source, *(word for target in targets
+                                               for word in ("--to", target)),
+                    "--name", "copy", "--quiet", *options]
+
+        def cold(run: list) -> list:
+            forget([file for file in sealed.rglob("*") if file.is_file()])
+            return run
+
+        if any(name.startswith(("offload/verify", "offload/read")) for name in names):
+            shutil.rmtree(sealed, ignore_errors=True)
+            shutil.copytree(real, sealed)
+            subprocess.run([nqp2, "seal", sealed, "--quiet"], check=True, capture_output=True)
+        try:
+            return self._trees(
+                "offload", names,
+                lambda source, targets: command(source, targets, "--no-verify-source"),
+                {"offload/twice": lambda: command(real, [self._prepared(real)]),
+                 "offload/verify": lambda: cold([nqp2, "verify", sealed, "--quiet"]),
+                 "offload/read": lambda: cold([self._setting.programs / "plain_copy", "read",
+                                               sealed])})
+        finally:
+            shutil.rmtree(sealed, ignore_errors=True)
+
+    def _prepared(self, source: Path) -> Path:
+        """A new folder, the source dropped from the cache."""
+        forget([file for file in source.rglob("*") if file.is_file()])
+        self._scratch.mkdir(parents=True, exist_ok=True)
+        os.sync()
+        return Path(tempfile.mkdtemp(dir=self._scratch))
+
+    def _trees(self, kind: str, names: set[str], ours: Callable[[Path, list[Path]], list],
+               more: dict[str, Callable[[], list]]) -> Figures:
+        """What copies folders, against cp -a, and onto two file systems in memory against one.
+        Files are not removed between the runs: file systems are slow to make new ones after
+        that."""
         programs, sizes = self._setting.programs, self._setting.sizes
         real = self._setting.cards.real(sizes.copy_megabytes)
         disks = MemoryDisks(self._setting.cards.folder / "disks", sizes.copy_megabytes * 2)
-        ours, plain = programs / "fan_once", programs / "plain_copy"
-
-        def prepare(source: Path) -> Path:
-            forget([file for file in source.rglob("*") if file.is_file()])
-            self._scratch.mkdir(parents=True, exist_ok=True)
-            os.sync()
-            return Path(tempfile.mkdtemp(dir=self._scratch))
+        plain, prepare = programs / "plain_copy", self._prepared
 
         def onto(count: int) -> list:
             prepare(real)
-            return [ours, real, *disks.fresh(count)]
+            return ours(real, disks.fresh(count))
 
-        runs = {"fan/tree": lambda: [plain, "tree", real, prepare(real)],
-                "fan/one": lambda: [ours, real, prepare(real)]}
-        if any(name.startswith(("fan/small", "fan/flushed")) for name in names):
+        runs = {f"{kind}/tree": lambda: [plain, "tree", real, prepare(real)],
+                f"{kind}/one": lambda: ours(real, [prepare(real)])}
+        if any(name.startswith((f"{kind}/small", f"{kind}/flushed")) for name in names):
             small = self._setting.cards.small_files(sizes.small_files)
-            runs |= {"fan/flushed": lambda: [plain, "flushed", small, prepare(small)],
-                     "fan/small": lambda: [ours, small, prepare(small)]}
+            runs |= {f"{kind}/flushed": lambda: [plain, "flushed", small, prepare(small)],
+                     f"{kind}/small": lambda: ours(small, [prepare(small)])}
         missing: Figures = {}
-        if disks.can():
-            runs |= {"fan/one_disk": lambda: onto(1), "fan/two_disks": lambda: onto(2)}
+        if any("_disk" in name for name in names) and disks.can():
+            runs |= {f"{kind}/one_disk": lambda: onto(1), f"{kind}/two_disks": lambda: onto(2)}
         else:
             missing = {name: NoFigure("file systems cannot be mounted here", False)
                        for name in names if "_disk" in name}
+        runs |= more
         wanted = {name: run for name, run in runs.items()
                   if any(each.startswith(f"{name}:") for each in names)}
         try:

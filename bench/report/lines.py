@@ -175,7 +175,30 @@ def worker_lines(sizes: Sizes) -> list[Line]:
              figure("record/ours:wall"), figure("record/plain:wall"), 1.5),
         Line(f"recording {sizes.frames:,} frames, processor time / the same", "ms",
              figure("record/ours:processor"), figure("record/plain:processor")),
-    ] + fan_lines(sizes)
+    ] + fan_lines(sizes) + offload_lines(sizes)
+
+
+def offload_lines(sizes: Sizes) -> list[Line]:
+    """The whole program, its second reading of the card aside but where it is named."""
+    tree, files = f"{sizes.copy_megabytes:,} MB", sizes.small_files
+    most = 64 * KB * KB + 200 * files
+    return [
+        Line(f"nqp2 offload of {tree} to one target / cp -a, flush, checksums of both", "ms",
+             figure("offload/one:wall"), figure("offload/tree:wall"), 1.1),
+        Line(f"the same with a second reading of the card / {tree} read and hashed more", "ms",
+             figure("offload/twice:wall"), figure("offload/tree:wall") +
+             figure("offload/read:wall"), 1.1),
+        Line(f"nqp2 offload of {tree} to two file systems in memory / to one", "ms",
+             figure("offload/two_disks:wall"), figure("offload/one_disk:wall"), 1.2),
+        Line(f"nqp2 offload of {files:,} small files / cp -a, flush", "ms",
+             figure("offload/small:wall"), figure("offload/flushed:wall"), 2),
+        Line(f"nqp2 verify of {tree} / reading and hashing it", "ms",
+             figure("offload/verify:wall"), figure("offload/read:wall"), 1.1),
+        Line(f"peak memory of offload, {files:,} files / 64 MiB and 200 bytes a file", "bytes",
+             figure("offload/small:peak"), fixed(most, "bytes"), 1),
+        Line(f"peak memory of offload, {tree} to two / the same", "bytes",
+             figure("offload/two_disks:peak"), fixed(most, "bytes"), 1),
+    ]
 
 
 def fan_lines(sizes: Sizes) -> list[Line]:

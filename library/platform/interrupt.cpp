@@ -48,7 +48,7 @@ void Handle(int signal, void (*handler)(int)) {
 namespace nqp2 {
 
 void CatchInterrupt() noexcept {
-    for (const int signal : {SIGINT, SIGTERM}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before = {};
         if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler == SIG_DFL) {
             Handle(SIGALRM, EndLate);

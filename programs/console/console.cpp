@@ -4,6 +4,7 @@
 #include "console/console.h"
 
 #include "console/display_text.h"
+#include "console/object_line.h"
 #include "NQP2ParserU/Terminal.h"
 
 #include <fmt/core.h>
@@ -14,6 +15,8 @@
 
 namespace nqp2::tool {
 namespace {
+
+constexpr std::string_view kPrefix = "nqp2: ";
 
 std::string FailureLine(std::string_view subject, std::string_view problem,
                         std::string_view reason) {
@@ -46,6 +49,20 @@ Failure Failure::Silent(Status status) {
     return Failure(status);
 }
 
+bool AsksForObjects(int count, const char* const* words) {
+    bool asks = false;
+    std::string_view before;
+    for (int i = 1; i < count; ++i) {
+        const std::string_view word = words[i];
+        if (word == "-q" || word == "--quiet") {
+            return false;
+        }
+        asks |= word == "--progress=json" || (before == "--progress" && word == "json");
+        before = word;
+    }
+    return asks;
+}
+
 void Console::Write(std::string_view text) {
     if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
         ThrowOutputFailure(errno);
@@ -57,9 +74,19 @@ void Console::WriteLine(std::string_view text) {
 }
 
 void Console::Message(std::string_view text) {
-    const std::string line = Printable(text, LineBreaks::Escape) + '\n';
-    // When standard error cannot be written, there is no other place for a message.
-    static_cast<void>(std::fwrite(line.data(), 1, line.size(), stderr));
+    if (m_tellsObjects) {
+        ObjectLine().Put("remark", text.substr(text.starts_with(kPrefix) ? kPrefix.size() : 0));
+        return;
+    }
+    WriteSide(Printable(text, LineBreaks::Escape) + '\n');
+}
+
+void Console::Fail(std::string_view sentence) {
+    if (m_tellsObjects) {
+        ObjectLine().Put("failure", sentence);
+        return;
+    }
+    Message(std::string(kPrefix).append(sentence));
 }
 
 void Console::Finish() {

@@ -38,19 +38,29 @@ private:
     Status m_status;
 };
 
+/// Whether the words of a command line ask for `--progress json` and not for silence.
+bool AsksForObjects(int count, const char* const* words);
+
 /// The program's standard streams: results go out, messages go to the side.
 class Console {
 public:
+    /// Messages are objects of JSON from here on, one a line, as those of the progress.
+    void TellAsObjects() { m_tellsObjects = true; }
     /// Adds to standard output. Throws Failure when it cannot be written.
     void Write(std::string_view text);
     /// One line on standard output, made harmless for a terminal. Throws Failure as Write does.
     void WriteLine(std::string_view text);
     /// One line on standard error, made harmless for a terminal.
     void Message(std::string_view text);
+    /// The same for what went wrong, with the program's name in front.
+    void Fail(std::string_view sentence);
     /// Writes what is still buffered. Throws Failure when it cannot be written.
     void Finish();
     /// Columns that standard output offers; nothing when it is no terminal.
     [[nodiscard]] std::optional<int> OutputWidth() const;
+
+private:
+    bool m_tellsObjects = false;
 };
 
 } // namespace nqp2::tool

@@ -5,8 +5,7 @@
 
 #include "console/byte_size.h"
 #include "console/display_text.h"
-#include "console/json_writer.h"
-#include "console/output_text.h"
+#include "console/object_line.h"
 #include "console/progress_bar.h"
 #include "NQP2ParserU/Terminal.h"
 
@@ -36,42 +35,9 @@ const FormFacts& FactsOf(ProgressForm form) {
                          [form](const FormFacts& each) { return each.form == form; });
 }
 
-/// When standard error cannot be written, there is no other place for it.
-void WriteSide(std::string_view text) {
-    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
-}
-
 void WriteSideLine(std::string_view text) {
     WriteSide(Printable(text, LineBreaks::Escape) + '\n');
 }
-
-/// One object of JSON on a line of its own.
-class ObjectLine {
-public:
-    ObjectLine() : m_json(m_text) { m_json.BeginRecord(); }
-    ~ObjectLine() {
-        m_json.EndRecord();
-        m_text.Put('\n');
-        WriteSide(m_text.Text());
-    }
-    ObjectLine(const ObjectLine&) = delete;
-    ObjectLine& operator=(const ObjectLine&) = delete;
-
-    template <class Shown>
-    void Put(std::string_view name, Shown value) {
-        m_json.Name(name);
-        m_json.Put(value);
-    }
-    void PutGiven(std::string_view name, std::string_view text) {
-        if (!text.empty()) {
-            Put(name, text);
-        }
-    }
-
-private:
-    OutputText m_text;
-    JsonWriter m_json;
-};
 
 std::uint64_t Percent(std::uint64_t done, std::uint64_t total) {
     return total == 0 ? 100 : std::min(done, total) * 100 / total;
@@ -154,14 +120,14 @@ void RunProgress::WriteObject(const RunState& state) const {
     const double rate = static_cast<double>(state.bytes) / std::max(seconds, 0.001);
     ObjectLine line;
     line.Put("phase", std::string_view(m_phase));
-    line.PutGiven("file", state.file);
+    line.PutPath("file", "fileBytes", state.file);
     line.Put("files", state.files);
     line.Put("totalFiles", m_totalFiles);
     line.Put("bytes", state.bytes);
     line.Put("totalBytes", m_totalBytes);
     line.Put("seconds", seconds);
     line.Put("rate", rate);
-    line.PutGiven("target", state.target);
+    line.PutPath("target", "targetBytes", state.target);
 }
 
 void RunProgress::Fail(std::string_view file, std::string_view target, std::string_view sentence) {
@@ -170,8 +136,8 @@ void RunProgress::Fail(std::string_view file, std::string_view target, std::stri
     if (m_form == ProgressForm::Json) {
         ObjectLine line;
         line.PutGiven("phase", m_phase);
-        line.PutGiven("file", file);
-        line.PutGiven("target", target);
+        line.PutPath("file", "fileBytes", file);
+        line.PutPath("target", "targetBytes", target);
         line.Put("failure", sentence);
         return;
     }

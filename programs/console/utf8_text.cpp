@@ -46,4 +46,19 @@ Utf8Character FirstUtf8(std::string_view text) {
     return {length, length == lead->length};
 }
 
+std::string BytesUnlessUtf8(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    std::size_t position = 0;
+    for (Utf8Character next{0, true}; next.isWhole && position < text.size();
+         position += next.isWhole ? next.length : 0) {
+        next = FirstUtf8(text.substr(position));
+    }
+    std::string bytes;
+    for (std::size_t i = 0; position < text.size() && i < text.size(); ++i) {
+        bytes += kDigits[ByteAt(text, i) >> 4U];
+        bytes += kDigits[ByteAt(text, i) & 0xFU];
+    }
+    return bytes;
+}
+
 } // namespace nqp2::tool

@@ -36,7 +36,7 @@ std::size_t BatchFiles(const FanSettings& settings, std::size_t targets) {
 /// The reader's side.
 class Fan::Work {
 public:
-    Work(platform::Folder& source, std::vector<std::string> roots, std::vector<BlockTaker*> takers,
+    Work(platform::Folder& source, std::vector<FanRoot> roots, std::vector<BlockTaker*> takers,
          FanReport& report, const FanSettings& settings)
         : m_settings(settings), m_report(report), m_takers(std::move(takers)), m_way(source),
           m_pool(settings.block, settings.mostInFlight, m_bell) {
@@ -242,8 +242,8 @@ private:
     std::vector<std::unique_ptr<Lane>> m_lanes; ///< of the targets, then of the takers
 };
 
-Fan::Fan(platform::Folder& source, std::vector<std::string> targets,
-         std::vector<BlockTaker*> takers, FanReport& report, const FanSettings& settings)
+Fan::Fan(platform::Folder& source, std::vector<FanRoot> targets, std::vector<BlockTaker*> takers,
+         FanReport& report, const FanSettings& settings)
     : m_work(std::make_unique<Work>(source, std::move(targets), std::move(takers), report,
                                     settings)) {}
 

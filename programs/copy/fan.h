@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace nqp2::copy {
@@ -86,6 +87,18 @@ struct FanSettings {
         whyKept = {};
 };
 
+/// Where a target's files go.
+struct FanRoot {
+    /// By its path: absolute, perhaps through a link; made when it is missing, with all above it.
+    /// Or an open folder that nobody else uses meanwhile, whatever becomes of the path.
+    FanRoot(std::string where, // NOLINT(google-explicit-constructor)
+            std::shared_ptr<platform::Folder> opened = nullptr)
+        : path(std::move(where)), folder(std::move(opened)) {}
+
+    std::string path;
+    std::shared_ptr<platform::Folder> folder;
+};
+
 /// Reads files once, around the cache, and gives them to all targets at once, a thread to each.
 /// A file arrives under a hidden name, is flushed, dropped from the cache, read back from the
 /// medium, compared, and named without replacing anything; small ones do so by batches. What is
@@ -98,9 +111,8 @@ struct FanSettings {
 /// taker throws, after which it is only destroyed. What has no name by then is gone.
 class Fan {
 public:
-    /// Source, takers and report outlive it. A root of a target is an absolute path, which may be a
-    /// link; it is made when it is missing, and so is all above it.
-    Fan(platform::Folder& source, std::vector<std::string> targets, std::vector<BlockTaker*> takers,
+    /// Source, takers and report outlive it.
+    Fan(platform::Folder& source, std::vector<FanRoot> targets, std::vector<BlockTaker*> takers,
         FanReport& report, const FanSettings& settings = {});
     ~Fan();
     Fan(const Fan&) = delete;

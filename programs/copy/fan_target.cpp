@@ -11,8 +11,8 @@
 
 namespace nqp2::copy {
 
-FanTarget::FanTarget(std::size_t number, std::string root, const FanSettings& settings,
-                     FanNews& news, const std::atomic<bool>& isOver)
+FanTarget::FanTarget(std::size_t number, FanRoot root, const FanSettings& settings, FanNews& news,
+                     const std::atomic<bool>& isOver)
     : m_number(number), m_root(std::move(root)), m_settings(settings), m_news(news),
       m_isOver(isOver) {}
 
@@ -54,9 +54,10 @@ void FanTarget::EndTarget(const std::string& sentence) {
 void FanTarget::Open() {
     Guard(nullptr, [this] {
         m_block.resize(kDefaultBlock);
-        m_way = std::make_unique<WritingWay>(m_root);
+        m_way = m_root.folder != nullptr ? std::make_unique<WritingWay>(m_root.folder)
+                                         : std::make_unique<WritingWay>(m_root.path);
         platform::MediumFacts facts;
-        Require(m_way->Root().Medium(facts), "ask for the medium of", m_root);
+        Require(m_way->Root().Medium(facts), "ask for the medium of", m_root.path);
         const auto setAside = [this](const FanItem& item, const std::string& aside) {
             m_news.Add([number = m_number, item, aside](FanReport& report) {
                 report.HasSetAside(number, item, aside);
@@ -146,7 +147,7 @@ void FanTarget::KeepTimes(const std::vector<FanItem>& folders) {
                       step.folder->Path());
         });
     }
-    Guard(nullptr, [&] { RequireOn(m_way->Root().FlushAll(), "write", m_root); });
+    Guard(nullptr, [&] { RequireOn(m_way->Root().FlushAll(), "write", m_root.path); });
 }
 
 void FanTarget::Settle() {

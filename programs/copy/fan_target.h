@@ -22,7 +22,7 @@ namespace nqp2::copy {
 class FanTarget {
 public:
     /// All outlive it.
-    FanTarget(std::size_t number, std::string root, const FanSettings& settings, FanNews& news,
+    FanTarget(std::size_t number, FanRoot root, const FanSettings& settings, FanNews& news,
               const std::atomic<bool>& isOver);
 
     /// Before all others.
@@ -49,7 +49,7 @@ private:
     void EndTarget(const std::string& sentence);
 
     std::size_t m_number;
-    std::string m_root;
+    FanRoot m_root;
     const FanSettings& m_settings;
     FanNews& m_news;
     const std::atomic<bool>& m_isOver;

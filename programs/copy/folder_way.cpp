@@ -22,13 +22,13 @@ namespace {
 
 constexpr std::size_t kFew = 8;
 
-std::unique_ptr<Folder> OpenOrMake(const std::string& path) {
+std::shared_ptr<Folder> OpenOrMake(const std::string& path) {
     std::unique_ptr<Folder> folder;
     IoStatus status = platform::Files().OpenFolder(path, folder);
     const std::string inside = path.substr(0, path.find_last_not_of('/') + 1);
     if (status.error == IoError::NotFound && !inside.empty()) {
         const std::string above = platform::FolderPart(inside);
-        const std::unique_ptr<Folder> parent = OpenOrMake(above);
+        const std::shared_ptr<Folder> parent = OpenOrMake(above);
         status = parent->MakeFolder(platform::NamePart(inside));
         if (status || status.error == IoError::Exists) {
             status = platform::Files().OpenFolder(path, folder);
@@ -74,8 +74,10 @@ void ReadingWay::Enter(Step& above, Step& step) {
     step.folder = std::move(opened);
 }
 
-WritingWay::WritingWay(const std::string& root) {
-    m_steps.push_back({"", OpenOrMake(root), {}});
+WritingWay::WritingWay(const std::string& root) : WritingWay(OpenOrMake(root)) {}
+
+WritingWay::WritingWay(std::shared_ptr<Folder> root) {
+    m_steps.push_back({"", std::move(root), {}});
     LookInto(m_steps.back());
 }
 

@@ -56,6 +56,7 @@ class WritingWay final : public FolderWay {
 public:
     /// Opens the root, an absolute path, which is made when it is missing.
     explicit WritingWay(const std::string& root);
+    explicit WritingWay(std::shared_ptr<platform::Folder> root);
 
     [[nodiscard]] platform::Folder& Root() { return *m_steps.front().folder; }
     /// Says that a folder has got a name that is not flushed.

@@ -78,12 +78,11 @@ public:
         }
     }
     void PutFlag(const std::string& key, bool isSet) { PutGiven(key, isSet ? "yes" : ""); }
-    void PutProgress(const ProgressOptions& progress) {
-        PutGiven("progress", progress.quiet ? "none" : progress.form);
-    }
 
-    /// Comes back only by Failure.
-    Status Become() const {
+    /// With what all commands take in the end. Comes back only by Failure.
+    Status Become(bool json, const ProgressOptions& progress) {
+        PutFlag("json", json);
+        PutGiven("progress", progress.quiet ? "none" : progress.form);
         const std::string program = OwnProgram(kProgram, "");
         const int error = BecomeProgram(program, m_words);
         throw Failure(kProgram, "cannot be run", std::generic_category().message(error),
@@ -107,27 +106,21 @@ Status RunOffload(Console& /*console*/, const OffloadOptions& options) {
     words.PutGiven("log", options.log.empty() ? "" : PathOf(options.log));
     words.PutFlag("no-verify-source", options.noVerifySource);
     words.PutFlag("dry-run", options.dryRun);
-    words.PutFlag("json", options.json);
-    words.PutProgress(options.progress);
-    return words.Become();
+    return words.Become(options.json, options.progress);
 }
 
 Status RunSeal(Console& /*console*/, const SealOptions& options) {
     Words words("seal");
     words.Put("folder", PathOf(options.folder));
     words.PutEach("hash", options.hashes);
-    words.PutFlag("json", options.json);
-    words.PutProgress(options.progress);
-    return words.Become();
+    return words.Become(options.json, options.progress);
 }
 
 Status RunVerify(Console& /*console*/, const VerifyOptions& options) {
     Words words("verify");
     words.Put("folder", PathOf(options.folder));
     words.PutFlag("append", options.append);
-    words.PutFlag("json", options.json);
-    words.PutProgress(options.progress);
-    return words.Become();
+    return words.Become(options.json, options.progress);
 }
 
 void AddHashOption(const Command& command, std::vector<std::string>& hashes) {

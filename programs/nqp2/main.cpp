@@ -71,6 +71,9 @@ int main(int count, char** arguments) {
     const bool hasStreams = nqp2::OpenStandardStreams();
     nqp2::LetWritesFail();
     Console console;
+    if (AsksForObjects(count, arguments)) {
+        console.TellAsObjects();
+    }
     try {
         if (!hasStreams) {
             throw Failure("a standard stream", "is closed", "and /dev/null cannot be opened");
@@ -78,11 +81,11 @@ int main(int count, char** arguments) {
         return Run(count, arguments, console);
     } catch (const Failure& failure) {
         if (!failure.IsSilent()) {
-            console.Message(fmt::format("nqp2: {}", failure.what()));
+            console.Fail(failure.what());
         }
         return failure.GetStatus();
     } catch (const std::exception& error) {
-        console.Message(fmt::format("nqp2: internal error: {}", error.what()));
+        console.Fail(fmt::format("internal error: {}", error.what()));
         return kFailed;
     }
 }

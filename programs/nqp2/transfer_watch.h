@@ -29,7 +29,8 @@ struct FileSum {
     }
 };
 
-/// Shows how a run of transfers goes, all of them together, and lets Ctrl-C and SIGTERM cancel it.
+/// Shows how a run of transfers goes, all of them together, and lets Ctrl-C, SIGTERM and SIGHUP
+/// cancel it.
 /// Outlives the parser that it watches, which may still be calling when a transfer has ended.
 class TransferWatch {
 public:

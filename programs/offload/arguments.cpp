@@ -108,6 +108,11 @@ Arguments ReadArguments(int count, const char* const* arguments) {
     return read;
 }
 
+bool AskForObjects(int count, const char* const* arguments) {
+    return std::any_of(arguments, arguments + count,
+                       [](std::string_view word) { return word == "progress=json"; });
+}
+
 mhl::FormatSet FormatsNamed(const std::vector<std::string>& names) {
     mhl::FormatSet formats;
     for (const std::string& name : names) {

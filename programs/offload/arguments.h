@@ -35,6 +35,9 @@ struct Arguments {
 /// wrong usage for what it does not know.
 Arguments ReadArguments(int count, const char* const* arguments);
 
+/// Whether they ask for progress as objects of JSON, be they understood otherwise or not.
+bool AskForObjects(int count, const char* const* arguments);
+
 /// The formats of those names. Throws tool::Failure of wrong usage for one that there is not.
 mhl::FormatSet FormatsNamed(const std::vector<std::string>& names);
 

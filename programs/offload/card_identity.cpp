@@ -7,8 +7,6 @@
 #include "offload/mhl/hash_format.h"
 #include "platform/case_fold.h"
 
-#include <nlohmann/json.hpp>
-
 #include <algorithm>
 #include <ctime>
 #include <map>
@@ -16,8 +14,6 @@
 
 namespace nqp2::offload {
 namespace {
-
-constexpr const char* kMarkVersion = "version";
 
 struct Member {
     const char* name;
@@ -148,25 +144,6 @@ CardIdentity IdentityIn(const std::vector<mhl::MetadataEntry>& entries) {
             if (entry.name == member.name) {
                 identity.*member.value = entry.value;
             }
-        }
-    }
-    return identity;
-}
-
-std::string MarkText(const CardIdentity& identity) {
-    nlohmann::json mark = {{kMarkVersion, 1}};
-    for (const Member& member : kMembers) {
-        mark[member.name] = identity.*member.value;
-    }
-    return mark.dump(2, ' ', true, nlohmann::json::error_handler_t::replace) + '\n';
-}
-
-CardIdentity IdentityInMark(const std::string& text) {
-    const nlohmann::json mark = nlohmann::json::parse(text, nullptr, false);
-    CardIdentity identity;
-    for (const Member& member : kMembers) {
-        if (mark.is_object() && mark.contains(member.name) && mark[member.name].is_string()) {
-            identity.*member.value = mark[member.name].get<std::string>();
         }
     }
     return identity;

@@ -4,8 +4,8 @@
 #pragma once
 
 #include "offload/card_contents.h"
+#include "offload/folder_index.h"
 #include "offload/mhl/manifest.h"
-#include "offload/walk.h"
 
 #include <string>
 #include <vector>
@@ -35,9 +35,5 @@ CardIdentity IdentityOf(const GivenFolder& given, const FolderIndex& index);
 /// As entries of a hash list, and back: members that are not among them stay empty.
 std::vector<mhl::MetadataEntry> EntriesOf(const CardIdentity& identity);
 CardIdentity IdentityIn(const std::vector<mhl::MetadataEntry>& entries);
-
-/// As the text of a file, and back; all empty when the text is none.
-std::string MarkText(const CardIdentity& identity);
-CardIdentity IdentityInMark(const std::string& text);
 
 } // namespace nqp2::offload

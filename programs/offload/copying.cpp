@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <utility>
 
 namespace nqp2::offload {
@@ -43,12 +44,12 @@ public:
         }
     }
 
-    [[nodiscard]] std::vector<std::string> Paths() const {
-        std::vector<std::string> paths;
+    [[nodiscard]] std::vector<copy::FanRoot> Roots() const {
+        std::vector<copy::FanRoot> roots;
         for (const std::size_t copy : m_copies) {
-            paths.push_back(m_plan.targets[copy].path);
+            roots.emplace_back(m_plan.targets[copy].path, m_plan.targets[copy].writing);
         }
-        return paths;
+        return roots;
     }
     void Follow(const copy::Fan& fan) { m_fan = &fan; }
     [[nodiscard]] copy::FanSettings Settings() const {
@@ -142,8 +143,11 @@ public:
         m_progress.Fail(file.path, PathOf(target), "had other bytes, which are kept as " + aside);
     }
     void HasFailed(std::size_t target, const FanItem& item, const std::string& sentence) override {
-        CopyOf(target).failures.Add(item.path, sentence);
-        m_progress.Fail(item.path, PathOf(target), sentence);
+        // A folder that could not be made has no time to be kept either.
+        if (m_failed.emplace(target, item.number).second) {
+            CopyOf(target).failures.Add(item.path, sentence);
+            m_progress.Fail(item.path, PathOf(target), sentence);
+        }
     }
     void HasEnded(std::size_t target, const std::string& sentence) override {
         CopyOf(target).ended = sentence;
@@ -162,6 +166,7 @@ private:
     ReadDigests& m_digests;
     Outcome& m_outcome;
     std::vector<std::size_t> m_copies; ///< the fan's targets, as numbers of the plan's
+    std::set<std::pair<std::size_t, std::size_t>> m_failed; ///< target and number of the item
     const copy::Fan* m_fan = nullptr;
     std::string m_file;
 };
@@ -234,7 +239,7 @@ void CopyCard(Plan& plan, tool::RunProgress& progress, ReadDigests& digests, Out
     Copying copying(plan, hashes, progress, digests, outcome);
     progress.Begin("copy", plan.index.tree.FileCount(), plan.index.bytes);
     try {
-        copy::Fan fan(*plan.opened, copying.Paths(), hashes.Takers(), copying, copying.Settings());
+        copy::Fan fan(*plan.opened, copying.Roots(), hashes.Takers(), copying, copying.Settings());
         copying.Follow(fan);
         copying.CopyAll(fan);
         copying.KeepFolderTimes(fan);

@@ -53,7 +53,8 @@ void KeepUnexplainedFolders(const mhl::History& history, const mhl::Tree& presen
         return;
     }
     Explanations explanations(history, present);
-    for (const auto* const nodes : {&comparison.changed, &comparison.unproven, &comparison.added}) {
+    for (const auto* const nodes :
+         {&comparison.changed, &comparison.unproven, &comparison.added, &comparison.addedFolders}) {
         for (const NodeId node : *nodes) {
             explanations.AddAbove(node);
         }
@@ -72,10 +73,6 @@ void KeepUnexplainedFolders(const mhl::History& history, const mhl::Tree& presen
         if (!expected.IsFolder(node) && history.IsExpected(node) && !history.IsInNewest(node)) {
             explanations.AddAboveExpected(node);
         }
-    }
-    // What is new in a history does not change the hashes that those above it have recorded.
-    for (const std::string& folder : history.NestedFolders()) {
-        explanations.AddAboveExpected(expected.Find(folder));
     }
     std::erase_if(comparison.changedFolders,
                   [&](NodeId folder) { return explanations.Hold(folder); });

@@ -88,8 +88,8 @@ public:
         copy::FanSettings settings;
         settings.mostInFlight /= readers;
         settings.block = std::min<std::size_t>(settings.block, settings.mostInFlight / 4);
-        m_fan = std::make_unique<copy::Fan>(*m_root, std::vector<std::string>(), m_hashes.Takers(),
-                                            *this, settings);
+        m_fan = std::make_unique<copy::Fan>(*m_root, std::vector<copy::FanRoot>(),
+                                            m_hashes.Takers(), *this, settings);
     }
 
     void Run() {

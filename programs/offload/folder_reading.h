@@ -4,7 +4,7 @@
 #pragma once
 
 #include "offload/file_hashes.h"
-#include "offload/walk.h"
+#include "offload/folder_index.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -9,12 +9,12 @@
 #include "NQP2ParserU/Interrupt.h"
 #include "offload/folder_check.h"
 #include "offload/folder_reading.h"
+#include "offload/walk.h"
 #include "platform/folder.h"
 
 #include <fmt/core.h>
 
 #include <chrono>
-#include <set>
 #include <utility>
 
 namespace nqp2::offload {
@@ -34,11 +34,15 @@ public:
         : m_all(wished | history.Formats()) {
         m_all = m_all.IsEmpty() ? FormatSet(HashFormat::Xxh128) : m_all;
         m_bits.resize(tree.Size());
+        // A folder has its place before what is in it.
         for (NodeId node = 0; node < tree.Size(); ++node) {
-            if (!tree.IsFolder(node)) {
-                const FormatSet known = mhl::FormatsToCheck(history, tree.PathOf(node));
-                m_bits[node] = (known.IsEmpty() ? m_all : known | wished).Bits();
-            }
+            const FormatSet above =
+                node == mhl::kScope ? FormatSet() : Of(tree.ParentOf(node)) | wished;
+            const FormatSet own = tree.IsFolder(node)
+                                      ? OfFolder(history, tree.PathOf(node))
+                                      : mhl::FormatsToCheck(history, tree.PathOf(node));
+            const bool isUnknown = !tree.IsFolder(node) && own.IsEmpty();
+            m_bits[node] = (isUnknown ? m_all : above | own).Bits();
         }
     }
 
@@ -46,6 +50,14 @@ public:
     [[nodiscard]] FormatSet Of(std::size_t node) const { return FormatSet::Of(m_bits[node]); }
 
 private:
+    /// In which a folder is recorded: its hashes are made of those of all files in it, which a
+    /// history below may have recorded otherwise.
+    static FormatSet OfFolder(const mhl::History& history, const std::string& path) {
+        const NodeId node = history.Expected().Find(path);
+        return node != mhl::kNoNode ? history.Expected().FolderHashesOf(node).content.Formats()
+                                    : FormatSet();
+    }
+
     FormatSet m_all;
     std::vector<std::uint8_t> m_bits;
 };
@@ -88,40 +100,14 @@ void HashFiles(Inspection& inspection, FormatSet wished, tool::RunProgress& prog
     inspection.index.tree.HashFolders(formats.All());
 }
 
-/// Tells whether a path, or a folder above it, is one of those that could not be looked at.
-class UnseenPaths {
-public:
-    explicit UnseenPaths(const OddEntries& unread) {
-        for (const OddEntry& each : unread.Kept()) {
-            m_paths.insert(each.path);
-        }
-    }
-
-    [[nodiscard]] bool Hold(std::string_view path) const {
-        for (;;) {
-            if (m_paths.find(path) != m_paths.end()) {
-                return true;
-            }
-            if (path.empty()) {
-                return false;
-            }
-            const std::size_t slash = path.rfind('/');
-            path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
-        }
-    }
-
-private:
-    std::set<std::string, std::less<>> m_paths;
-};
-
 /// What could not be looked at may be there.
 void LeaveOutUnseen(Inspection& inspection) {
-    const UnseenPaths unseen(inspection.index.unread);
     const Tree& expected = inspection.history.Expected();
     for (std::vector<NodeId>* const nodes :
          {&inspection.comparison.missing, &inspection.comparison.missingFolders}) {
-        inspection.unseen +=
-            std::erase_if(*nodes, [&](NodeId node) { return unseen.Hold(expected.PathOf(node)); });
+        inspection.unseen += std::erase_if(*nodes, [&](NodeId node) {
+            return inspection.index.unread.Hold(expected.PathOf(node));
+        });
     }
 }
 

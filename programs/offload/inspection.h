@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "offload/folder_index.h"
 #include "offload/mhl/comparison.h"
 #include "offload/mhl/history.h"
-#include "offload/walk.h"
 
 #include <cstdint>
 #include <memory>

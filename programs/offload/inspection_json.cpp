@@ -77,16 +77,13 @@ Record AddedRecord(const mhl::AddedGeneration& added) {
 void AddSum(Record& document, const Inspection& inspection) {
     const double rate = static_cast<double>(inspection.bytesRead) /
                         (inspection.seconds > 0 ? inspection.seconds : 1);
-    for (tool::NamedValue& each :
-         Record{{"files", inspection.filesRead},
-                {"bytes", inspection.bytesRead},
-                {"seconds", inspection.seconds},
-                {"rate", rate},
-                {"counts", CountRecord(inspection)},
-                {"root", FolderHashList(inspection.index.tree.FolderHashesOf(mhl::kScope))},
-                {"generations", Each(inspection.history.Generations(), GenerationRecord)}}) {
-        document.push_back(std::move(each));
-    }
+    Append(document, {{"files", inspection.filesRead},
+                      {"bytes", inspection.bytesRead},
+                      {"seconds", inspection.seconds},
+                      {"rate", rate},
+                      {"counts", CountRecord(inspection)},
+                      {"root", FolderHashList(inspection.index.tree.FolderHashesOf(mhl::kScope))},
+                      {"generations", Each(inspection.history.Generations(), GenerationRecord)}});
 }
 
 Value ListOfFindings(const Inspection& inspection) {
@@ -107,20 +104,19 @@ void AddFound(Record& document, const Inspection& inspection) {
         return Record{{"path", present.PathOf(each.now)},
                       {"previousPath", expected.PathOf(each.before)}};
     };
-    for (tool::NamedValue& each : Record{{"history", ListOfFindings(inspection)},
-                                         {"changed", Each(found.changed, changed)},
-                                         {"unreadableFolders", OddList(inspection.index.unread)},
-                                         {"unreadable", OddList(inspection.unreadable)},
-                                         {"unproven", Paths(found.unproven, present)},
-                                         {"missing", Paths(found.missing, expected)},
-                                         {"missingFolders", Paths(found.missingFolders, expected)},
-                                         {"changedFolders", Paths(found.changedFolders, present)},
-                                         {"renamed", Each(found.renamed, renamed)},
-                                         {"new", Paths(found.added, present)},
-                                         {"leftOut", OddList(inspection.index.leftOut)},
-                                         {"ignored", OddList(inspection.index.ignored)}}) {
-        document.push_back(std::move(each));
-    }
+    Append(document, {{"history", ListOfFindings(inspection)},
+                      {"changed", Each(found.changed, changed)},
+                      {"unreadableFolders", OddList(inspection.index.unread)},
+                      {"unreadable", OddList(inspection.unreadable)},
+                      {"unproven", Paths(found.unproven, present)},
+                      {"missing", Paths(found.missing, expected)},
+                      {"missingFolders", Paths(found.missingFolders, expected)},
+                      {"changedFolders", Paths(found.changedFolders, present)},
+                      {"renamed", Each(found.renamed, renamed)},
+                      {"new", Paths(found.added, present)},
+                      {"newFolders", Paths(found.addedFolders, present)},
+                      {"leftOut", OddList(inspection.index.leftOut)},
+                      {"ignored", OddList(inspection.index.ignored)}});
 }
 
 } // namespace
@@ -129,9 +125,9 @@ void PrintInspectionJson(tool::Console& console, const Arguments& arguments,
                          const Inspection& inspection, const Added& added) {
     const bool isSeal = arguments.operation == Operation::Seal;
     Record document{{"format", std::string(isSeal ? "nqp2-seal" : "nqp2-verify")},
-                    {"version", tool::kJsonVersion},
-                    {"folder", inspection.folder},
-                    {"well", inspection.IsClean() && added.whyNot.empty()}};
+                    {"version", tool::kJsonVersion}};
+    PutPath(document, "folder", "folderBytes", inspection.folder);
+    document.push_back({"well", inspection.IsClean() && added.whyNot.empty()});
     AddSum(document, inspection);
     AddFound(document, inspection);
     if (added.isWished) {

@@ -51,6 +51,7 @@ void PrintFaults(tool::Console& console, const Inspection& inspection) {
     const auto before = [&](NodeId node) { return expected.PathOf(node); };
     // Where there was no history, all is new.
     if (inspection.history.Exists()) {
+        PrintNodes(console, "folder new", found.addedFolders, here);
         PrintNodes(console, "new", found.added, here);
     }
     PrintOdd(console, "not in the list", inspection.index.leftOut);
@@ -88,8 +89,8 @@ void PrintAdded(tool::Console& console, const Inspection& inspection, const Adde
         console.WriteLine(fmt::format("generation {}: {}", each.number, each.path));
     }
     if (!added.whyNot.empty()) {
-        console.Message(
-            fmt::format("nqp2: {}: no generation was added ({})", inspection.folder, added.whyNot));
+        console.Fail(
+            fmt::format("{}: no generation was added ({})", inspection.folder, added.whyNot));
     }
 }
 
@@ -135,6 +136,7 @@ std::vector<Count> CountsOf(const Inspection& inspection) {
             {"changedFolders", "folders changed", found.changedFolders.size(), true},
             {"renamed", "renamed", found.renamed.size(), true},
             {"new", "new", found.added.size(), hasHistory},
+            {"newFolders", "folders new", found.addedFolders.size(), hasHistory},
             {"leftOut", "not in the list", inspection.index.leftOut.Count(), true},
             {"ignored", "ignored", inspection.index.ignored.Count(), false}};
 }

@@ -3,6 +3,10 @@
 
 #include "offload/json_parts.h"
 
+#include "console/utf8_text.h"
+
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 
@@ -17,6 +21,10 @@ Record WithHash(std::string_view format, std::string_view name, std::string text
 }
 
 } // namespace
+
+void Append(Record& record, Record members) {
+    std::move(members.begin(), members.end(), std::back_inserter(record));
+}
 
 List HashList(const mhl::Hashes& hashes) {
     List list;
@@ -40,9 +48,20 @@ List FolderHashList(const mhl::FolderHashes& hashes) {
     return list;
 }
 
+void PutPath(Record& record, std::string_view name, std::string_view bytesName,
+             const std::string& path) {
+    record.push_back({name, path});
+    if (std::string bytes = tool::BytesUnlessUtf8(path); !bytes.empty()) {
+        record.push_back({bytesName, std::move(bytes)});
+    }
+}
+
 tool::Sequence OddList(const OddEntries& entries) {
     return Each(entries.Kept(), [](const OddEntry& each) {
-        return Record{{"path", each.path}, {"reason", each.why}};
+        Record record;
+        PutPath(record, "path", "pathBytes", each.path);
+        record.push_back({"reason", each.why});
+        return record;
     });
 }
 

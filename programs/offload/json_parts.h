@@ -4,8 +4,8 @@
 #pragma once
 
 #include "console/value.h"
+#include "offload/folder_index.h"
 #include "offload/mhl/tree.h"
-#include "offload/walk.h"
 
 /// What the documents of several commands have in common.
 namespace nqp2::offload {
@@ -18,10 +18,15 @@ tool::Sequence Each(const Items& items, RecordOfItem recordOf) {
             }};
 }
 
+/// Puts members behind those that there are.
+void Append(tool::Record& record, tool::Record members);
 /// {"format", "text"} of each hash.
 tool::List HashList(const mhl::Hashes& hashes);
 /// {"format", "content", "structure"} of each pair.
 tool::List FolderHashList(const mhl::FolderHashes& hashes);
+/// Puts a path, under a second name also its bytes where these are no UTF-8.
+void PutPath(tool::Record& record, std::string_view name, std::string_view bytesName,
+             const std::string& path);
 /// {"path", "reason"} of each entry that was kept.
 tool::Sequence OddList(const OddEntries& entries);
 

@@ -7,6 +7,8 @@
 #include "copy/fan.h"
 #include "NQP2ParserU/Interrupt.h"
 #include "offload/mhl/chain.h"
+#include "offload/mhl/name_rules.h"
+#include "offload/unfinished_mark.h"
 
 #include <algorithm>
 #include <memory>
@@ -43,19 +45,23 @@ public:
 };
 
 /// The chain in a folder of lists; nothing where there is none that can be read.
-mhl::Chain ChainIn(const std::string& lists) {
+mhl::Chain ChainIn(Folder& lists) {
     constexpr std::uint64_t kLongestChain = std::uint64_t{16} << 20U;
     std::string text;
-    const bool isRead = static_cast<bool>(
-        platform::Files().Read(PathIn(lists, std::string(mhl::kChainFile)), kLongestChain, text));
+    const bool isRead =
+        static_cast<bool>(lists.Read(std::string(mhl::kChainFile), kLongestChain, text));
     const auto onFault = [](int /*line*/, const std::string& /*sentence*/) {};
     return isRead ? mhl::ReadChain(text, onFault) : mhl::Chain();
+}
+mhl::Chain ChainBelow(Folder& root, const std::string& lists) {
+    std::unique_ptr<Folder> folder;
+    return OpenBelow(root, lists, folder) ? ChainIn(*folder) : mhl::Chain();
 }
 
 /// Whether the copy has a chain there that begins as the card's: it was copied before.
 bool GoesOnThere(const Plan& plan, const Target& target, const std::string& lists) {
-    const mhl::Chain card = ChainIn(PathIn(plan.card, lists));
-    const mhl::Chain copy = ChainIn(PathIn(target.path, lists));
+    const mhl::Chain card = ChainBelow(*plan.opened, lists);
+    const mhl::Chain copy = ChainBelow(*target.copy, lists);
     return card.isWhole && copy.isWhole && card.entries.size() <= copy.entries.size() &&
            std::equal(card.entries.begin(), card.entries.end(), copy.entries.begin(),
                       [](const mhl::ChainEntry& one, const mhl::ChainEntry& other) {
@@ -84,33 +90,50 @@ std::vector<FanItem> FilesOf(const Plan& plan, const std::string& lists) {
     return files;
 }
 
-/// Manifests in a folder of lists that its chain does not name. A killed run leaves one; several
+/// Whether the run that was not finished may have left a manifest: it was not there before, and
+/// has a name such as this program gives.
+bool IsOfThatRun(const Target& target, const std::string& path) {
+    return std::find(target.listsBefore->begin(), target.listsBefore->end(), path) ==
+               target.listsBefore->end() &&
+           mhl::NameFault(path).empty();
+}
+
+/// Manifests in a folder of lists that its chain does not name. A killed run leaves one; all others
 /// are the lists of a chain that was damaged.
-std::vector<std::string> UnlistedIn(Folder& folder) {
-    const mhl::Chain chain = ChainIn(folder.Path());
-    std::vector<FolderEntry> entries;
-    Require(folder.List(entries), "read", folder.Path());
+std::vector<std::string> UnlistedIn(Folder& folder, const Target& target,
+                                    const std::string& lists) {
+    const mhl::Chain chain = ChainIn(folder);
     std::vector<std::string> unlisted;
-    for (const FolderEntry& entry : entries) {
+    for (const std::string& path : ManifestsIn(*target.copy, {lists})) {
+        const std::string name = platform::NamePart(path);
         const bool isNamed =
             std::any_of(chain.entries.begin(), chain.entries.end(),
-                        [&](const mhl::ChainEntry& each) { return each.name == entry.name; });
-        if (entry.name.ends_with(mhl::kManifestEnding) && !isNamed) {
-            unlisted.push_back(entry.name);
+                        [&](const mhl::ChainEntry& each) { return each.name == name; });
+        if (isNamed) {
+            continue;
         }
-    }
-    if (unlisted.size() > 1) {
-        throw copy::Failure("The chain of " + folder.Path() + " does not name all of its lists.");
+        if (!unlisted.empty() || !IsOfThatRun(target, path)) {
+            throw copy::Failure("The chain of " + folder.Path() +
+                                " does not name all of its lists.");
+        }
+        unlisted.push_back(name);
     }
     return unlisted;
 }
 
 } // namespace
 
+std::vector<std::string> ListFoldersOf(const Plan& plan) {
+    std::vector<std::string> folders = plan.index.histories;
+    const std::string own(mhl::kHistoryFolder);
+    if (std::find(folders.begin(), folders.end(), own) == folders.end()) {
+        folders.push_back(own);
+    }
+    return folders;
+}
+
 void RemoveUnlisted(const Plan& plan, const Target& target) {
-    std::vector<std::string> histories = plan.index.histories;
-    histories.emplace_back(mhl::kHistoryFolder);
-    for (const std::string& lists : histories) {
+    for (const std::string& lists : ListFoldersOf(plan)) {
         std::unique_ptr<Folder> folder;
         const platform::IoStatus status = OpenBelow(*target.copy, lists, folder);
         if (status.error == platform::IoError::NotFound) {
@@ -119,14 +142,14 @@ void RemoveUnlisted(const Plan& plan, const Target& target) {
         Require(status, "open", PathIn(target.path, lists));
         static_cast<void>(folder->RemoveAbandoned());
         std::string failed;
-        Require(folder->RemoveFiles(UnlistedIn(*folder), failed), "remove",
+        Require(folder->RemoveFiles(UnlistedIn(*folder, target, lists), failed), "remove",
                 PathIn(folder->Path(), failed));
     }
 }
 
 void CopyLists(const Plan& plan, const Target& target) {
     Strict report;
-    copy::Fan fan(*plan.opened, {target.path}, {}, report);
+    copy::Fan fan(*plan.opened, {{target.path, target.writing}}, {}, report);
     for (const std::string& lists : plan.index.histories) {
         if (GoesOnThere(plan, target, lists)) {
             continue;

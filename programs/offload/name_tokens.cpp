@@ -6,6 +6,7 @@
 #include "console/console.h"
 #include "media/card_layout.h"
 #include "offload/mhl/chain.h"
+#include "offload/mhl/ignore.h"
 #include "offload/mhl/name_rules.h"
 #include "platform/case_fold.h"
 #include "platform/durable_file.h"
@@ -51,6 +52,29 @@ std::string Fit(std::string value) {
     return value;
 }
 
+/// Names of devices of old, to some systems with anything behind a dot as well.
+bool IsDeviceName(std::string_view name) {
+    constexpr std::array<std::string_view, 4> kDevices = {"con", "prn", "aux", "nul"};
+    constexpr std::array<std::string_view, 2> kNumbered = {"com", "lpt"};
+    const std::string stem = platform::FoldNameCase(name.substr(0, name.find('.')));
+    const auto isOf = [&](const auto& names, std::string_view text) {
+        return std::any_of(names.begin(), names.end(), [&](std::string_view each) {
+            return platform::FoldNameCase(each) == text;
+        });
+    };
+    return isOf(kDevices, stem) || (stem.size() == 4 && stem[3] >= '1' && stem[3] <= '9' &&
+                                    isOf(kNumbered, std::string_view(stem).substr(0, 3)));
+}
+
+/// "{card} {serial} ..."
+std::string TokenWords() {
+    std::string words;
+    for (const Token& each : kTokens) {
+        words += fmt::format("{{{}}} ", each.name);
+    }
+    return words + fmt::format("{{{}}}", kCounter);
+}
+
 std::string ValueOf(std::string_view token, const NameFacts& facts, int counter) {
     if (token == kCounter) {
         return fmt::format("{:03}", counter);
@@ -59,7 +83,7 @@ std::string ValueOf(std::string_view token, const NameFacts& facts, int counter)
                                     [&](const Token& each) { return each.name == token; });
     if (known == kTokens.end()) {
         throw tool::Failure(fmt::format("--name {{{}}}", token), "is no token",
-                            "there are {card} {serial} {date} {project} {counter}", kUsage);
+                            "there are " + TokenWords(), kUsage);
     }
     std::string value = Fit(facts.*known->value);
     if (value.empty()) {
@@ -79,9 +103,13 @@ std::string FillName(const std::string& pattern, const NameFacts& facts, int cou
     std::string name;
     for (std::size_t at = 0; at < pattern.size();) {
         const std::size_t open = pattern.find('{', at);
-        const std::size_t close = pattern.find('}', open);
-        if (open == std::string::npos || close == std::string::npos) {
+        if (open == std::string::npos) {
             return name + pattern.substr(at);
+        }
+        const std::size_t close = pattern.find('}', open);
+        if (close == std::string::npos) {
+            throw tool::Failure("--name " + pattern, "has a token without an end",
+                                "a { begins one of " + TokenWords(), kUsage);
         }
         name += pattern.substr(at, open - at);
         name +=
@@ -98,10 +126,22 @@ std::string FaultOfName(const std::string& name) {
     if (name.size() > media::kLongestFileName) {
         return "is longer than names of folders can be";
     }
+    if (std::any_of(name.begin(), name.end(), IsRefusedByte)) {
+        return "holds a character that not every medium takes in names";
+    }
+    if (name.ends_with('.') || name.ends_with(' ')) {
+        return "ends with a dot or a space, which not every system keeps";
+    }
+    if (IsDeviceName(name)) {
+        return "is the name of a device on other systems";
+    }
     // Lists of other tools are blind below a folder of their own name.
     if (platform::FoldNameCase(name) == platform::FoldNameCase(mhl::kHistoryFolder) ||
         platform::IsLeftoverName(name)) {
         return "has a meaning of its own";
+    }
+    if (mhl::IgnoreList::Default().IsIgnoredItself(name, true)) {
+        return "is the name of a desktop's litter, which lists leave out";
     }
     return mhl::NameFault(name);
 }

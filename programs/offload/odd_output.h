@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "offload/walk.h"
+#include "offload/folder_index.h"
 
 #include <string_view>
 

@@ -39,15 +39,17 @@ Record MediumRecord(const platform::MediumFacts& medium) {
 Record CardRecord(const Plan& plan) {
     const FolderIndex& index = plan.index;
     const std::uint64_t folders = index.tree.Size() - 1 - index.tree.FileCount();
-    return {{"path", plan.card},
-            {"kind", plan.kind},
-            {"serial", plan.identity.serial},
-            {"partOf", plan.partOf},
-            {"files", std::uint64_t{index.tree.FileCount()}},
-            {"folders", folders},
-            {"bytes", index.bytes},
-            {"hasList", plan.history.has_value()},
-            {"medium", MediumRecord(plan.medium)}};
+    Record record;
+    PutPath(record, "path", "pathBytes", plan.card);
+    Append(record, {{"kind", plan.kind},
+                    {"serial", plan.identity.serial},
+                    {"partOf", plan.partOf},
+                    {"files", std::uint64_t{index.tree.FileCount()}},
+                    {"folders", folders},
+                    {"bytes", index.bytes},
+                    {"hasList", plan.history.has_value()},
+                    {"medium", MediumRecord(plan.medium)}});
+    return record;
 }
 
 Record CompletenessRecord(const Completeness& found) {
@@ -63,10 +65,12 @@ Record CompletenessRecord(const Completeness& found) {
 }
 
 Record TargetRecord(const Target& target) {
-    return {{"folder", target.folder},
-            {"path", target.path},
-            {"before", std::string(StateWord(target.state))},
-            {"medium", MediumRecord(target.medium)}};
+    Record record;
+    PutPath(record, "folder", "folderBytes", target.folder);
+    PutPath(record, "path", "pathBytes", target.path);
+    Append(record, {{"before", std::string(StateWord(target.state))},
+                    {"medium", MediumRecord(target.medium)}});
+    return record;
 }
 
 double RateOf(const CopyOutcome& copy) {
@@ -87,25 +91,23 @@ Record CopyRecord(const Plan& plan, const Target& target, const CopyOutcome& cop
     Record record = TargetRecord(target);
     const mhl::FolderHashes root =
         copy.proof.isSealed ? plan.index.tree.FolderHashesOf(mhl::kScope) : mhl::FolderHashes();
-    for (tool::NamedValue& each : Record{{"proven", IsProven(copy.proof)},
-                                         {"holdsAll", copy.proof.holdsAll},
-                                         {"ended", copy.ended},
-                                         {"notSealed", copy.notSealed},
-                                         {"files", copy.files},
-                                         {"bytes", copy.bytes},
-                                         {"copied", copy.copied},
-                                         {"wereThere", copy.wereThere},
-                                         {"copiedAnew", copy.copiedAnew},
-                                         {"seconds", copy.seconds},
-                                         {"rate", RateOf(copy)},
-                                         {"root", FolderHashList(root)},
-                                         {"lists", ListsOf(copy)},
-                                         {"sums", copy.sums},
-                                         {"failures", OddList(copy.failures)},
-                                         {"setAside", OddList(copy.setAside)},
-                                         {"strange", OddList(copy.strange)}}) {
-        record.push_back(std::move(each));
-    }
+    Append(record, {{"proven", IsProven(copy.proof)},
+                    {"holdsAll", copy.proof.holdsAll},
+                    {"ended", copy.ended},
+                    {"notSealed", copy.notSealed},
+                    {"files", copy.files},
+                    {"bytes", copy.bytes},
+                    {"copied", copy.copied},
+                    {"wereThere", copy.wereThere},
+                    {"copiedAnew", copy.copiedAnew},
+                    {"seconds", copy.seconds},
+                    {"rate", RateOf(copy)},
+                    {"root", FolderHashList(root)},
+                    {"lists", ListsOf(copy)},
+                    {"sums", copy.sums},
+                    {"failures", OddList(copy.failures)},
+                    {"setAside", OddList(copy.setAside)},
+                    {"strange", OddList(copy.strange)}});
     return record;
 }
 
@@ -127,18 +129,16 @@ Record VerdictRecord(const Outcome& outcome) {
 }
 
 void AddOutcome(Record& document, const Outcome& outcome) {
-    for (tool::NamedValue& each : Record{{"cancelled", outcome.wasCancelled},
-                                         {"filesRead", outcome.filesRead},
-                                         {"bytesRead", outcome.bytesRead},
-                                         {"seconds", outcome.seconds},
-                                         {"readTwice", outcome.card.isReadTwice},
-                                         {"cannotRead", OddList(outcome.cannotRead)},
-                                         {"readOtherwise", OddList(outcome.readOtherwise)},
-                                         {"changes", OddList(outcome.changes)},
-                                         {"againstList", Texts(outcome.againstHistory)},
-                                         {"verdict", VerdictRecord(outcome)}}) {
-        document.push_back(std::move(each));
-    }
+    Append(document, {{"cancelled", outcome.wasCancelled},
+                      {"filesRead", outcome.filesRead},
+                      {"bytesRead", outcome.bytesRead},
+                      {"seconds", outcome.seconds},
+                      {"readTwice", outcome.card.isReadTwice},
+                      {"cannotRead", OddList(outcome.cannotRead)},
+                      {"readOtherwise", OddList(outcome.readOtherwise)},
+                      {"changes", OddList(outcome.changes)},
+                      {"againstList", Texts(outcome.againstHistory)},
+                      {"verdict", VerdictRecord(outcome)}});
 }
 
 } // namespace

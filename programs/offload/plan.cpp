@@ -6,6 +6,7 @@
 #include "console/console.h"
 #include "offload/card_names.h"
 #include "offload/target_checks.h"
+#include "offload/unfinished_mark.h"
 
 #include <fmt/core.h>
 
@@ -22,10 +23,11 @@ using tool::kUsage;
 constexpr int kMostCounted = 9999;
 
 void OpenCard(Plan& plan) {
-    const IoStatus status = platform::Files().OpenFolder(plan.card, plan.opened);
-    if (!status) {
+    std::unique_ptr<platform::Folder> opened;
+    if (const IoStatus status = platform::Files().OpenFolder(plan.card, opened); !status) {
         throw tool::Failure(plan.card, "is no folder that can be copied", status.reason);
     }
+    plan.opened = std::move(opened);
     static_cast<void>(plan.opened->Medium(plan.medium));
 }
 
@@ -43,7 +45,7 @@ void WalkCard(Plan& plan, const std::function<bool()>& goesOn) {
 
 /// The card's own lists: everything about them that is wrong is in the history's findings.
 void ReadHistory(Plan& plan) {
-    mhl::History history = mhl::History::Open(platform::Files(), plan.card);
+    mhl::History history = mhl::History::Open(plan.opened);
     if (history.Exists() || !history.NestedFolders().empty()) {
         plan.history.emplace(std::move(history));
     }
@@ -77,7 +79,8 @@ void RequireName(const std::string& name, bool isGiven) {
                             "give its copy a name with --name", kUsage);
     }
     if (const std::string fault = FaultOfName(name); !fault.empty()) {
-        throw tool::Failure("--name " + name, "cannot be the name of a copy", fault, kUsage);
+        throw tool::Failure((isGiven ? "--name " : "") + name, "cannot be the name of a copy",
+                            fault + (isGiven ? "" : "; give it another one with --name"), kUsage);
     }
 }
 

@@ -22,7 +22,7 @@ namespace nqp2::offload {
 /// Everything that is known before anything is written.
 struct Plan {
     std::string card; ///< what was given, whole
-    std::unique_ptr<platform::Folder> opened;
+    std::shared_ptr<platform::Folder> opened;
     platform::MediumFacts medium; ///< of the card
     std::string kind;             ///< "P2 card"; "" when no card is known in it
     std::string partOf;

@@ -12,6 +12,7 @@
 #include "offload/offload_output.h"
 #include "offload/sealing.h"
 #include "offload/sums_file.h"
+#include "offload/walk_changes.h"
 
 #include <fmt/core.h>
 
@@ -30,9 +31,10 @@ void BeginCopies(Plan& plan, tool::RunProgress& progress, Outcome& outcome) {
         CopyOutcome& copy = outcome.copies[i];
         copy.proof.folder = plan.targets[i].path;
         copy.proof.medium = plan.targets[i].medium;
-        if (const platform::IoStatus status = BeginCopy(plan.targets[i], plan.name, plan.identity);
-            !status) {
-            copy.ended = fmt::format("Cannot begin the copy: {}.", status.reason);
+        try {
+            BeginCopy(plan, plan.targets[i]);
+        } catch (const copy::Failure& failure) {
+            copy.ended = fmt::format("Cannot begin the copy: {}", failure.what());
             progress.Fail("", copy.proof.folder, copy.ended);
         }
     }

@@ -9,7 +9,7 @@
 #include "offload/inspection.h"
 #include "offload/inspection_output.h"
 #include "offload/list_head.h"
-#include "offload/target.h"
+#include "offload/unfinished_mark.h"
 #include "platform/folder.h"
 
 #include <fmt/core.h>

@@ -9,6 +9,8 @@
 #include "offload/list_copying.h"
 #include "offload/list_head.h"
 #include "offload/mhl/comparison.h"
+#include "offload/unfinished_mark.h"
+#include "offload/walk_changes.h"
 
 #include <fmt/core.h>
 #include <fmt/format.h>
@@ -61,17 +63,17 @@ std::vector<std::string> PatternsOfCopy(const Plan& plan, const Target& target, 
     if (target.state == TargetState::New) {
         return {};
     }
-    const OddEntries strange = StrangeEntries(
-        plan.index.tree, *target.copy, plan.ignored,
-        [](const auto& /*path*/, const auto& /*info*/) { return !WasInterrupted(); });
     std::vector<std::string> patterns;
-    for (const OddEntry& each : strange.Kept()) {
-        if (IsSetAside(plan.index.tree, each.path)) {
-            patterns.push_back(PatternOf(platform::NamePart(each.path)));
-        } else {
-            copy.strange.Add(each.path, each.why);
-        }
-    }
+    TellStrangeEntries(
+        plan.index.tree, *target.copy, plan.ignored,
+        [](const auto& /*path*/, const auto& /*info*/) { return !WasInterrupted(); },
+        [&](const OddEntry& each) {
+            if (IsSetAside(plan.index.tree, each.path)) {
+                patterns.push_back(PatternOf(platform::NamePart(each.path)));
+            } else {
+                copy.strange.Add(each.path, each.why);
+            }
+        });
     return patterns;
 }
 
@@ -113,7 +115,7 @@ void HoldAgainstList(Plan& plan, const mhl::History& history, CopyOutcome& copy)
 
 void AddGeneration(Plan& plan, std::size_t target, CopyOutcome& copy) {
     const std::string& path = plan.targets[target].path;
-    mhl::History history = mhl::History::Open(platform::Files(), path);
+    mhl::History history = mhl::History::Open(plan.targets[target].copy);
     if (history.Found().Faults() != 0) {
         throw copy::Failure("The list of " + path +
                             " has faults: " + history.Found().Kept().front().Text() + ".");
@@ -143,27 +145,31 @@ void TakeMarkAway(const Plan& plan, const Target& target) {
 
 } // namespace
 
-IoStatus BeginCopy(Target& target, const std::string& name, const CardIdentity& identity) {
+void BeginCopy(const Plan& plan, Target& target) {
     if (!target.listFault.empty()) { // it stays as it is: what it holds may be all there is of it
-        return {IoError::Other, "its list has faults: " + target.listFault};
+        throw copy::Failure("Its list has faults: " + target.listFault + ".");
     }
+    const std::string lists = platform::PathIn(target.path, kLists);
     std::unique_ptr<Folder> root;
-    std::unique_ptr<Folder> lists;
-    IoStatus status = MakeAndOpen(*target.opened, name, root);
+    std::unique_ptr<Folder> again;
+    std::unique_ptr<Folder> below;
     platform::FileInfo begun;
-    if (status) {
-        status = target.opened->Stat(name, begun);
-    }
-    if (status) {
-        status = MakeAndOpen(*root, kLists, lists);
-    }
-    if (status) { // what a killed run has left; that it stays is no reason not to go on
-        static_cast<void>(target.opened->RemoveAbandoned());
-        static_cast<void>(lists->RemoveAbandoned());
-    }
+    Require(MakeAndOpen(*target.opened, plan.name, root), "make the folder", target.path);
+    Require(target.opened->OpenFolder(plan.name, again), "open the folder", target.path);
+    Require(target.opened->Stat(plan.name, begun), "look at", target.path);
+    Require(MakeAndOpen(*root, kLists, below), "make the folder", lists);
+    // What a killed run has left; that it stays is no reason not to go on.
+    static_cast<void>(target.opened->RemoveAbandoned());
+    static_cast<void>(below->RemoveAbandoned());
     target.begun = IdOf(begun);
     target.copy = std::move(root);
-    return status ? lists->WriteWhole(std::string(kMarkFile), MarkText(identity)) : status;
+    target.writing = std::move(again);
+    if (!target.listsBefore) {
+        target.listsBefore = ManifestsIn(*target.copy, ListFoldersOf(plan));
+    }
+    Require(
+        below->WriteWhole(std::string(kMarkFile), MarkText({plan.identity, target.listsBefore})),
+        "write", platform::PathIn(target.path, MarkPath()));
 }
 
 void SealCopy(Plan& plan, std::size_t target, CopyOutcome& copy) {

@@ -10,8 +10,9 @@
 
 namespace nqp2::offload {
 
-/// Makes the copy's folder and the mark in it by which it is known as unfinished.
-platform::IoStatus BeginCopy(Target& target, const std::string& name, const CardIdentity& identity);
+/// Makes the copy's folder and the mark in it by which it is known as unfinished. Throws
+/// copy::Failure.
+void BeginCopy(const Plan& plan, Target& target);
 
 /// Ends a copy that holds everything: the card's own lists, the manifest, the chain, and last of
 /// all the mark goes. What the copy holds beside the card is told in `copy`, as is why there is no

@@ -5,6 +5,7 @@
 
 #include "console/console.h"
 #include "offload/mhl/history.h"
+#include "offload/unfinished_mark.h"
 #include "platform/durable_file.h"
 
 #include <algorithm>
@@ -20,8 +21,6 @@ using platform::IoStatus;
 
 namespace {
 
-constexpr std::uint64_t kLongestMark = 65536;
-
 /// Entries that mean something: not what killed programs left, nor a folder of lists without any.
 bool IsEmpty(Folder& folder) {
     std::vector<platform::FolderEntry> entries;
@@ -34,17 +33,6 @@ bool IsEmpty(Folder& folder) {
                (entry.name == mhl::kHistoryFolder && folder.OpenFolder(entry.name, below) &&
                 IsEmpty(*below));
     });
-}
-
-/// The identity that an unfinished copy has; nothing when there is no mark in it.
-std::optional<CardIdentity> MarkIn(Folder& copy) {
-    std::unique_ptr<Folder> lists;
-    std::string text;
-    if (!copy.OpenFolder(std::string(mhl::kHistoryFolder), lists) ||
-        lists->Read(std::string(kMarkFile), kLongestMark, text).error == IoError::NotFound) {
-        return std::nullopt;
-    }
-    return IdentityInMark(text);
 }
 
 /// The identity that the newest list tells which tells one.
@@ -78,7 +66,7 @@ void SetState(Target& target, TargetState same, const CardIdentity& found,
 
 /// Opens the folder of that name, which stays null when there is none. False, and the target says
 /// why, when what is there cannot become a copy.
-bool OpenCopy(Target& target, const std::string& name, std::unique_ptr<Folder>& copy) {
+bool OpenCopy(Target& target, const std::string& name, std::shared_ptr<Folder>& copy) {
     FileInfo info;
     IoStatus status = target.opened->Stat(name, info);
     if (status.error == IoError::NotFound) {
@@ -88,20 +76,18 @@ bool OpenCopy(Target& target, const std::string& name, std::unique_ptr<Folder>& 
         target.whyTaken = info.kind == EntryKind::Link ? "it is a link" : "it is a file";
         return false;
     }
+    std::unique_ptr<Folder> opened;
     if (status) {
-        status = target.opened->OpenFolder(name, copy);
+        status = target.opened->OpenFolder(name, opened);
     }
     if (!status) {
         target.whyTaken = status.reason;
     }
+    copy = std::move(opened);
     return bool(status);
 }
 
 } // namespace
-
-std::string MarkPath() {
-    return platform::PathIn(std::string(mhl::kHistoryFolder), std::string(kMarkFile));
-}
 
 std::vector<FileId> IdsUpward(const std::string& path) {
     std::vector<FileId> ids;
@@ -135,7 +121,8 @@ void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
     target.formats = {};
     target.listFault.clear();
     target.list.reset();
-    std::unique_ptr<Folder> copy;
+    target.listsBefore.reset();
+    std::shared_ptr<Folder> copy;
     if (!OpenCopy(target, name, copy)) {
         return;
     }
@@ -143,13 +130,13 @@ void LookAt(Target& target, const std::string& name, const CardIdentity& card) {
         target.state = TargetState::New;
         return;
     }
-    const auto list =
-        std::make_shared<const mhl::History>(mhl::History::Open(platform::Files(), target.path));
+    const auto list = std::make_shared<const mhl::History>(mhl::History::Open(copy));
     const mhl::History& history = *list;
     target.formats = history.Formats();
-    const std::optional<CardIdentity> mark = MarkIn(*copy);
+    const std::optional<UnfinishedMark> mark = MarkIn(*copy);
     SetState(target, mark ? TargetState::Unfinished : TargetState::Finished,
-             mark ? *mark : IdentityInLists(history), card);
+             mark ? mark->identity : IdentityInLists(history), card);
+    target.listsBefore = mark ? mark->lists : std::nullopt;
     if (!mark && history.Found().Faults() != 0) {
         target.listFault = FirstFault(history.Found());
     }

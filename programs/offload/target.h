@@ -9,8 +9,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace nqp2::offload {
@@ -37,11 +37,6 @@ enum class TargetState {
     Taken,      ///< anything else
 };
 
-/// In which a copy that is not finished says so, beside the lists of hashes.
-inline constexpr std::string_view kMarkFile = ".nqp2-offload.json";
-/// Its path below the copy.
-std::string MarkPath();
-
 /// A folder that receives a copy.
 struct Target {
     std::string folder; ///< as it was asked for, whole
@@ -52,7 +47,9 @@ struct Target {
     // Once the copy's name is known:
     std::string path; ///< of the copy
     TargetState state = TargetState::New;
-    mhl::FormatSet formats;                   ///< of the lists that the copy has already
+    mhl::FormatSet formats; ///< of the lists that the copy has already
+    /// Of an unfinished copy: the manifests that its runs found.
+    std::optional<std::vector<std::string>> listsBefore;
     std::string whyTaken;                     ///< the end of a sentence
     std::string listFault;                    ///< of a copy that was finished; "" when it has none
     std::shared_ptr<const mhl::History> list; ///< of a copy that has one without a fault
@@ -60,7 +57,8 @@ struct Target {
 
     // Once the copy is begun:
     std::shared_ptr<platform::Folder> copy;
-    FileId begun; ///< of it
+    std::shared_ptr<platform::Folder> writing; ///< the same, for the one who copies into it
+    FileId begun;                              ///< of it
 };
 
 /// Opens the folder. Throws tool::Failure when there is none.

@@ -24,36 +24,6 @@ using platform::Folder;
 using platform::FolderEntry;
 using platform::IoStatus;
 
-void OddEntries::Add(std::string path, std::string why) {
-    ++m_count;
-    if (m_kept.size() < kMostKept) {
-        m_kept.push_back({std::move(path), std::move(why)});
-    }
-}
-
-FileInfo FolderIndex::InfoOf(NodeId node) const {
-    const Stamp& stamp = m_stamps[node];
-    FileInfo info;
-    info.kind = tree.IsFolder(node) ? EntryKind::Folder : EntryKind::File;
-    info.size = tree.SizeOf(node).value_or(0);
-    info.modified = tree.ModifiedOf(node).value_or(0);
-    info.modifiedNanoseconds = stamp.modifiedNanoseconds;
-    info.device = m_device;
-    info.inode = stamp.inode;
-    info.changed = stamp.changed;
-    info.changedNanoseconds = stamp.changedNanoseconds;
-    return info;
-}
-
-void FolderIndex::Note(NodeId node, const FileInfo& info) {
-    if (node == mhl::kScope) {
-        m_device = info.device;
-    }
-    m_stamps.resize(node + std::size_t{1});
-    m_stamps[node] = {info.inode, info.changed, info.modifiedNanoseconds, info.changedNanoseconds};
-    tree.SetModified(node, info.modified);
-}
-
 namespace {
 
 /// Of what a folder of lists holds. Hidden ones are not read.
@@ -61,11 +31,6 @@ bool IsListName(const std::string& name) {
     return name == mhl::kChainFile ||
            (name.ends_with(mhl::kManifestEnding) && !name.starts_with('.'));
 }
-
-/// Takes a file or folder of a walk; the number under which a folder is entered, nothing to pass it
-/// over.
-using TakeEntry = std::function<std::optional<NodeId>(NodeId parent, const std::string& path,
-                                                      std::string_view name, const FileInfo& info)>;
 
 class Walk {
 public:
@@ -191,25 +156,12 @@ FileInfo InfoOfRoot(const Folder& root) {
     return info;
 }
 
-/// Whether a file has not been written since, nor another put in its place. Of a folder what is in
-/// it tells, and litter that is ignored changes its times.
-bool IsSameState(const FileInfo& one, const FileInfo& other) {
-    const bool isSame =
-        one.kind == other.kind && one.device == other.device && one.inode == other.inode;
-    return isSame &&
-           (one.kind == EntryKind::Folder ||
-            (one.size == other.size && one.modified == other.modified &&
-             one.modifiedNanoseconds == other.modifiedNanoseconds && one.changed == other.changed &&
-             one.changedNanoseconds == other.changedNanoseconds));
-}
-
-void AddAll(const OddEntries& from, OddEntries& to) {
-    for (const OddEntry& each : from.Kept()) {
-        to.Add(each.path, each.why);
-    }
-}
-
 } // namespace
+
+void WalkThrough(Folder& root, const WalkRules& rules, const OnFolder& onFolder, TakeEntry take,
+                 WalkFindings& findings) {
+    Walk(rules, onFolder, std::move(take), findings).Run(root, InfoOfRoot(root));
+}
 
 void WalkFolder(Folder& root, const WalkRules& rules, const OnFolder& onFolder,
                 FolderIndex& index) {
@@ -235,58 +187,6 @@ void WalkFolder(Folder& root, const WalkRules& rules, const OnFolder& onFolder,
     };
     Walk(rules, onFolder, take, index).Run(root, top);
     index.tree.Sort();
-}
-
-OddEntries ChangesSince(const FolderIndex& before, Folder& root, const WalkRules& rules,
-                        const OnFolder& onFolder) {
-    OddEntries changes;
-    std::vector<bool> isMet(before.tree.Size());
-    const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
-                          const FileInfo& info) {
-        const NodeId node = before.tree.Find(parent, name);
-        if (node == mhl::kNoNode) {
-            changes.Add(path, "is new");
-            return std::optional<NodeId>();
-        }
-        isMet[node] = true;
-        const bool isSame = IsSameState(before.InfoOf(node), info);
-        if (!isSame) {
-            changes.Add(path, "has changed");
-        }
-        return isSame ? std::optional(node) : std::nullopt;
-    };
-    WalkFindings findings;
-    Walk(rules, onFolder, take, findings).Run(root, InfoOfRoot(root));
-    for (NodeId node = 1; node < before.tree.Size(); ++node) {
-        if (!isMet[node] &&
-            (before.tree.ParentOf(node) == mhl::kScope || isMet[before.tree.ParentOf(node)])) {
-            changes.Add(before.tree.PathOf(node), "is not there any more, or not reached");
-        }
-    }
-    if (findings.unread.Count() != before.unread.Count()) {
-        AddAll(findings.unread, changes);
-    }
-    if (findings.leftOut.Count() != before.leftOut.Count()) {
-        AddAll(findings.leftOut, changes);
-    }
-    return changes;
-}
-
-OddEntries StrangeEntries(const mhl::Tree& tree, Folder& root, const WalkRules& rules,
-                          const OnFolder& onFolder) {
-    OddEntries strange;
-    const auto take = [&](NodeId parent, const std::string& path, std::string_view name,
-                          const FileInfo& /*info*/) {
-        const NodeId node = tree.Find(parent, name);
-        if (node == mhl::kNoNode) {
-            strange.Add(path, "is not the card's");
-        }
-        return node == mhl::kNoNode ? std::nullopt : std::optional(node);
-    };
-    WalkFindings findings;
-    Walk(rules, onFolder, take, findings).Run(root, InfoOfRoot(root));
-    AddAll(findings.leftOut, strange);
-    return strange;
 }
 
 } // namespace nqp2::offload

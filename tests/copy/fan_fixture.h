@@ -106,9 +106,9 @@ protected:
                     std::size_t targets = 2, const std::vector<BlockTaker*>& takers = {}) {
         std::unique_ptr<platform::Folder> source;
         EXPECT_TRUE(platform::Files().OpenFolder(m_source.Path(), source));
-        std::vector<std::string> roots;
+        std::vector<FanRoot> roots;
         for (std::size_t i = 0; i < targets; ++i) {
-            roots.push_back(Root(i));
+            roots.emplace_back(Root(i));
         }
         try {
             Fan fan(*source, roots, takers, report, settings);

@@ -99,7 +99,7 @@ class ImportTest(WorkerTest):
     def test_a_signal_ends_a_run_and_is_told(self):
         self.add_clip("0003LL", LARGE, self.cards[1])
         self.add_clip("0004MM", card=self.cards[1])
-        for number in (signal.SIGINT, signal.SIGTERM):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             self.target = self.folder / f"target{number}"
             process = subprocess.Popen(
                 command_line("import", self.b, "--all", "--json", "--to", self.target),

@@ -161,6 +161,10 @@ class CopyTest(OffloadTest):
         copied = {os.fsencode(path.name) for path in (self.folder / "one/A001").glob("x*")}
         self.assertLessEqual(taken, copied)
         self.assertEqual(len(copied) + len(document["leftOut"]), 254)
+        left = {bytes.fromhex(each["pathBytes"]) if "pathBytes" in each else each["path"].encode()
+                for each in document["leftOut"]}
+        self.assertEqual(len(left), len(document["leftOut"]))
+        self.assertFalse(left & copied)
         self.assertRegex(document["verdict"]["text"], r"\d+ entries of the card were left out")
 
     def test_names_with_tokens(self):
@@ -172,7 +176,10 @@ class CopyTest(OffloadTest):
         for name, expected in (("{card}", "card"), ("{date}_{card}", "2024-05-01_card"),
                                ("{project}", "Late_ show_2"), ("{card}-{counter}", "card-002"),
                                ("{}", 2), ("{serial}", 2), ("{reel}", 2), ("a/b", 2), ("..", 2),
-                               ("ascmhl", 2), ("x" * 256, 2)):
+                               ("ascmhl", 2), ("x" * 256, 2), ("{", 2), ("a{date", 2), ("a}", "a}"),
+                               ("a\nb", 2), ("a\\b", 2), ("E:", 2), (".DS_Store", 2),
+                               (".Trash-1000", 2), ("con", 2), ("LPT1.x", 2), ("COM", "COM"),
+                               ("CONTENTS", "CONTENTS"), ("a.", 2), ("a ", 2), (" a.b", " a.b")):
             with self.subTest(name):
                 result = run("offload", self.card.path, "--to", self.folder / "one", "--name", name,
                              "--dry-run", "--json", "--quiet")
@@ -212,6 +219,9 @@ class RefusalTest(OffloadTest):
                 self.assertEqual((result.returncode, result.stdout), (status, ""))
                 self.assertIn(words, result.stderr)
                 self.assertEqual(result.stderr.count("\n"), 1)
+                told = run("offload", *arguments, "--progress", "json").stderr
+                validator("progress-line").validate(json.loads(told))
+                self.assertEqual("nqp2: " + json.loads(told)["failure"] + "\n", result.stderr)
         self.assertEqual(list(one.iterdir()), [])
 
     def test_two_cards_never_merge(self):
@@ -285,6 +295,12 @@ class SecondRunTest(OffloadTest):
             (self.folder / name / "A001/LASTCLIP.TXT").mkdir()
         shown = self.offload().stdout
         self.assertRegex(shown, r"one/A001: NOT finished, 8 of 9 .*\(1 entries are not as they")
+        folder = self.folder / "one/A001/CONTENTS/VOICE"
+        folder.rmdir()
+        folder.write_bytes(b"")
+        (target,) = self.outcome(to=("one",), status=1)["targets"]
+        self.assertEqual([each["path"] for each in target["failures"]],
+                         ["CONTENTS/VOICE", "LASTCLIP.TXT"])
         self.assertNotIn("did not agree", shown)
         alone = subprocess.run([Path(command_line()[0]).with_name("nqp2-offload")],
                                capture_output=True, encoding="utf-8", check=False)
@@ -351,7 +367,7 @@ class SecondRunTest(OffloadTest):
     def test_an_interrupted_run_says_what_is_left(self):
         for number in range(40):
             self.write(f"card/CONTENTS/VIDEO/big{number}.MXF", os.urandom(4_000_000))
-        for number in (signal.SIGINT, signal.SIGTERM):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             with self.subTest(number):
                 self.clear()
                 with subprocess.Popen(

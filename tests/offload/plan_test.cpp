@@ -113,11 +113,13 @@ TEST(Identity, TellsCardsApartAndStatesOfOne) {
         std::filesystem::last_write_time(file, time + each.shift);
         EXPECT_EQ(card.IsSame(PlanOf(run).identity), each.isSame);
     }
-    const offload::CardIdentity read = offload::IdentityInMark(offload::MarkText(card));
-    EXPECT_TRUE(card.IsSame(read));
+    const std::vector<std::string> lists = {"ascmhl/0001_\"A.mhl", "B/ascmhl/0002.mhl"};
+    const auto read = offload::MarkInText(offload::MarkText({card, lists}));
+    EXPECT_TRUE(card.IsSame(read.identity));
+    EXPECT_EQ(read.lists, lists);
     EXPECT_TRUE(card.IsSame(offload::IdentityIn(offload::EntriesOf(card))));
     for (const char* const broken : {"", "[", "{}", "{\"cardFiles\":1}", "null"}) {
-        EXPECT_FALSE(card.IsSame(offload::IdentityInMark(broken)));
+        EXPECT_FALSE(card.IsSame(offload::MarkInText(broken).identity));
     }
 }
 

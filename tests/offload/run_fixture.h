@@ -6,6 +6,7 @@
 #include "console/run_progress.h"
 #include "offload/inspection.h"
 #include "offload/run_offload.h"
+#include "offload/unfinished_mark.h"
 #include "tests/support/faulty_file_system.h"
 #include "tests/support/temp_folder.h"
 

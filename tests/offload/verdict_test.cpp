@@ -6,6 +6,7 @@
 #include "tests/offload/run_fixture.h"
 #include "tests/support/small_medium.h"
 
+#include <atomic>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -39,6 +40,23 @@ void AtFirstWrite(RunFixture& run, const std::string& target, const std::functio
             act();
         }
     });
+}
+
+/// Does something when a file of target two whose name ends so is touched.
+void AtFirst(RunFixture& run, const std::string& ending, const std::function<void()>& act) {
+    const auto isDone = std::make_shared<std::atomic<bool>>(false);
+    const std::string target = run.folder.Path("two/A001");
+    run.files.SetHook([=](Operation /*operation*/, const std::string& path) {
+        if (path.starts_with(target) && path.ends_with(ending) && !isDone->exchange(true)) {
+            act();
+        }
+    });
+}
+
+/// As when a medium is pulled: an empty folder has the copy's name.
+void MoveAway(const RunFixture& run, const std::string& folder) {
+    std::filesystem::rename(run.folder.Path(folder), run.folder.Path("gone"));
+    run.folder.MakeFolder("two/A001");
 }
 
 void Fail(RunFixture& run, Operation operation, const std::string& part, std::uint64_t skip = 0) {
@@ -172,11 +190,16 @@ const Danger kDangers[] = {
      },
      "does not hold all"},
     {"a copy that is moved away meanwhile",
+     [](RunFixture& run) { AtSecondReading(run, [&run] { MoveAway(run, "two/A001"); }); },
+     "does not hold all"},
+    {"a copy that is moved away while its list is written",
+     [](RunFixture& run) { AtFirst(run, ".mhl", [&run] { MoveAway(run, "two/A001"); }); },
+     "does not hold all"},
+    {"a copy that is moved away while the card's list is copied",
      [](RunFixture& run) {
-         AtSecondReading(run, [&run] {
-             std::filesystem::rename(run.folder.Path("two/A001"), run.folder.Path("gone"));
-             run.folder.MakeFolder("two/A001");
-         });
+         SealThenChange(run);
+         run.folder.Write("card/LASTCLIP.TXT", "0001AB\n");
+         AtFirst(run, ".mhl", [&run] { MoveAway(run, "two/A001"); });
      },
      "does not hold all"},
     {"a file of a copy that is overwritten meanwhile",
@@ -196,10 +219,7 @@ const Danger kDangers[] = {
      "does not hold all"},
     {"a medium that is pulled",
      [](RunFixture& run) {
-         AtFirstWrite(run, run.folder.Path("two"), [&run] {
-             std::filesystem::rename(run.folder.Path("two"), run.folder.Path("gone"));
-             run.folder.MakeFolder("two/A001");
-         });
+         AtFirstWrite(run, run.folder.Path("two"), [&run] { MoveAway(run, "two"); });
      },
      "does not hold all"},
 };
@@ -213,6 +233,9 @@ TEST(Verdict, IsNeverTooGood) {
         EXPECT_EQ(verdict.isSafe, danger.missing == nullptr) << VerdictText(verdict);
         if (danger.missing != nullptr) {
             EXPECT_THAT(VerdictText(verdict), HasSubstr(danger.missing));
+        }
+        if (std::filesystem::exists(run.folder.Path("gone"))) {
+            EXPECT_TRUE(std::filesystem::is_empty(run.folder.Path("two/A001")));
         }
     }
 }
@@ -278,24 +301,37 @@ TEST(Verdict, OfASecondRunRestsOnWhatIsThere) {
 
 /// Of a copy that lost its chain: no run takes away the lists that tell what it held.
 TEST(Run, LeavesADamagedListAsItIs) {
-    for (const bool isMarked : {false, true}) {
-        SCOPED_TRACE(isMarked);
+    constexpr struct {
+        bool isMarked;
+        int runs;
+        bool tellsLists; ///< in the mark
+    } cases[] = {
+        {false, 2, false}, {false, 1, false}, {true, 2, true}, {true, 1, true}, {true, 1, false}};
+    for (const auto& [isMarked, runs, tellsLists] : cases) {
+        SCOPED_TRACE(testing::Message() << isMarked << runs << tellsLists);
         RunFixture run;
-        run.Run();
-        run.Run();
+        for (int i = 0; i < runs; ++i) {
+            run.Run();
+        }
         const std::string lists = run.folder.Path("two/A001/ascmhl/");
         std::filesystem::remove(lists + "ascmhl_chain.xml");
         if (isMarked) {
-            const auto plan = offload::MakePlan(run.arguments, [] { return true; });
-            run.folder.Write("two/A001/ascmhl/.nqp2-offload.json",
-                             offload::MarkText(plan.identity));
+            auto plan = offload::MakePlan(run.arguments, [] { return true; });
+            offload::UnfinishedMark mark{plan.identity};
+            if (tellsLists) {
+                mark.lists = offload::ManifestsIn(*plan.targets[1].opened, {"A001/ascmhl"});
+                for (std::string& each : *mark.lists) {
+                    each.erase(0, std::string_view("A001/").size());
+                }
+            }
+            run.folder.Write("two/A001/ascmhl/.nqp2-offload.json", MarkText(mark));
         }
         for (int again = 0; again < 2; ++again) {
             const Outcome outcome = run.Run();
             EXPECT_THAT(outcome.copies[1].ended + outcome.copies[1].notSealed,
                         testing::AnyOf(HasSubstr("list has faults"), HasSubstr("not name all")));
             EXPECT_EQ(std::distance(std::filesystem::directory_iterator(lists), {}),
-                      isMarked ? 3 : 2);
+                      runs + (isMarked ? 1 : 0));
         }
     }
 }
@@ -320,6 +356,25 @@ TEST(Run, GivesMediaTheirNamesFirstAndTheChainIsLast) {
     EXPECT_GT(last(".XML"), last(".mhl"));
     EXPECT_GT(last(".mhl"), last(".xml"));
     EXPECT_GT(last(".xml"), last(".json"));
+}
+
+/// Of a card that gives read errors in one file all the rest is copied.
+TEST(Run, CopiesWhatCanBeRead) {
+    for (const std::uint64_t skip : {0U, 1U}) {
+        RunFixture run;
+        Fail(run, Operation::ReadBlock, kVideo, skip);
+        const Outcome outcome = run.Run();
+        ASSERT_EQ(outcome.cannotRead.Count(), 1U);
+        EXPECT_EQ(outcome.cannotRead.Kept().front().path, "CONTENTS/VIDEO/0001AB.MXF");
+        EXPECT_EQ(offload::StatusOf(outcome, run.arguments), tool::kFailed);
+        for (const offload::CopyOutcome& copy : outcome.copies) {
+            EXPECT_EQ(copy.files, 3U);
+            EXPECT_FALSE(copy.proof.isSealed);
+        }
+        EXPECT_FALSE(
+            std::filesystem::exists(run.folder.Path("one/A001/CONTENTS/VIDEO/0001AB.MXF")));
+        EXPECT_TRUE(std::filesystem::exists(run.folder.Path("one/A001/LASTCLIP.TXT")));
+    }
 }
 
 /// One run of each target's failures ends that target alone; the status says what was asked for.

@@ -21,7 +21,7 @@ import hash_lists  # noqa: E402
 COPY = {"A/one.mxf": b"one" * 1000, "A/two.mxf": b"two" * 70_000, "B/C/three.xml": b"three",
         "B/C/void": b"", "caf\u00e9 & <b>.txt": b"x", "big.mxf": bytes(range(256)) * 12_000}
 FAULTS = ("historyFaults", "changed", "unreadable", "unseen", "unproven", "missing",
-          "missingFolders", "changedFolders", "renamed", "new", "leftOut")
+          "missingFolders", "changedFolders", "renamed", "new", "newFolders", "leftOut")
 
 
 def flip(path, at=-1):
@@ -113,8 +113,18 @@ DAMAGE = (
     ("a manifest and the chain with another root hash",
      lambda at: edit(at, root_hash(at), 4 * "01234567"),
      {"changedFolders": 1}, "folder changed: ."),
-    ("an empty folder more", lambda at: (at / "A/void").mkdir(), {"changedFolders": 2},
-     "folder changed: A"),
+    ("an empty folder more", lambda at: (at / "A/void").mkdir(), {"newFolders": 1},
+     "folder new: A/void"),
+    ("an empty folder's name", lambda at: (at / "empty").rename(at / "void"), {"renamed": 1},
+     "renamed: void (was empty)"),
+    ("an empty folder in another", lambda at: (at / "empty").rename(at / "A/empty"),
+     {"renamed": 1}, "renamed: A/empty (was empty)"),
+    ("two folders for an empty one",
+     lambda at: [(at / "empty").rmdir(), (at / "x").mkdir(), (at / "y").mkdir()],
+     {"missingFolders": 1, "newFolders": 2}, "folder new: x"),
+    ("a folder with a new file",
+     lambda at: [(at / "A/C").mkdir(), (at / "A/C/new").write_bytes(b"new")],
+     {"new": 1, "newFolders": 1}, "folder new: A/C"),
     ("a path that leads out", lambda at: edit(at, ">A/one.mxf<", ">../one.mxf<"),
      {"historyFaults": None, "new": 1}, "history: ascmhl/"),
     ("a size beyond all numbers", lambda at: edit(at, 'size="5"', 'size="' + "9" * 40 + '"'),
@@ -214,7 +224,8 @@ class SealTest(CopyTest):
     def test_a_renamed_file_is_expected_under_its_new_name_after_that(self):
         self.told_of("seal", self.copy)
         (self.copy / "A/one.mxf").rename(self.copy / "A/1.mxf")
-        self.assert_counts(self.told_of("seal", self.copy), {"renamed": 1})
+        (self.copy / "empty").rename(self.copy / "void")
+        self.assert_counts(self.told_of("seal", self.copy), {"renamed": 2})
         self.assertTrue(self.told_of("verify", self.copy)["well"])
 
     def test_a_sealed_copy_is_sealed_again_when_a_run_into_it_was_not_finished(self):
@@ -292,13 +303,24 @@ class VerifyTest(CopyTest):
         for folder in (self.copy, self.copy / "B"):
             self.assert_counts(self.told_of("verify", folder), {"changed": 1})
         flip(self.copy / "B/C/three.xml")
+        # A history in one below, and another format: the outermost root hash holds for all.
+        self.told_of("seal", self.copy / "B/C", "--hash", "md5")
+        self.assertTrue(self.told_of("verify", self.copy)["well"])
+        self.told_of("seal", self.copy)
+        edit(self.copy, root_hash(self.copy), 4 * "01234567")
+        self.assert_counts(self.told_of("verify", self.copy), {"changedFolders": 1})
         flip(newest(self.copy / "B"), 300)
         self.assert_counts(self.told_of("verify", self.copy), {"historyFaults": None})
 
     def test_what_cannot_be_looked_at_is_not_missing(self):
+        many = [self.copy / "many" / str(number) for number in range(1100)]
+        for folder in many:
+            folder.mkdir(parents=True)
+            (folder / "file").write_bytes(b"x")
         self.told_of("seal", self.copy)
         self.folder.chmod(0o755)
-        (self.copy / "B").chmod(0)
+        for folder in (self.copy / "B", *many):
+            folder.chmod(0)
         (self.copy / "A/one.mxf").chmod(0)
         # Root may read everything.
         somebody = {"user": 65534} if os.geteuid() == 0 else {}
@@ -307,11 +329,12 @@ class VerifyTest(CopyTest):
                                     capture_output=True, check=False, **somebody)
         except PermissionError as error:
             self.skipTest(f"the program is not for everybody: {error}")
-        (self.copy / "B").chmod(0o755)
+        for folder in (self.copy / "B", *many):
+            folder.chmod(0o755)
         document = json.loads(result.stdout)
         self.assertEqual(result.returncode, 1)
-        self.assertEqual(document["counts"]["unreadable"], 2)
-        self.assertEqual(document["counts"]["unseen"], 3)
+        self.assertEqual(document["counts"]["unreadable"], 2 + len(many))
+        self.assertEqual(document["counts"]["unseen"], 3 + len(many))
         self.assertEqual(document["counts"]["missing"], 0)
         self.assertEqual(document["notAdded"], "not all could be read")
 

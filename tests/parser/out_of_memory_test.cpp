@@ -16,10 +16,8 @@
 #include "NQP2ParserU/NQXmlParser.h"
 #include "tests/clips/clip_show.h"
 #include "tests/edl/edl_test.h"
-#include "tests/support/child_process.h"
+#include "tests/support/failing_memory.h"
 
-#include <atomic>
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -30,50 +28,13 @@
 #include <string>
 #include <unistd.h>
 
-namespace {
-
-std::atomic<long> failing = 0; ///< the number of the allocation that fails; 0: none
-std::atomic<bool> isCounting = false;
-std::atomic<bool> allFollowingFail = false;
-std::atomic<long> allocationsMade = 0;
-
-#ifndef NQP2_MEMORY_IS_INSTRUMENTED
-bool Fails() noexcept {
-    const long number = isCounting ? ++allocationsMade : 0;
-    const bool fails = number != 0 && (number == failing || (allFollowingFail && number > failing));
-    errno = fails ? ENOMEM : errno;
-    return fails;
-}
-#endif
-
-} // namespace
-
-#ifndef NQP2_MEMORY_IS_INSTRUMENTED
-// The C library's own, which it offers to who takes their place.
-extern "C" {
-// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
-void* __libc_malloc(std::size_t size);
-void* __libc_calloc(std::size_t count, std::size_t size);
-void* __libc_realloc(void* memory, std::size_t size);
-// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
-
-void* malloc(std::size_t size) {
-    return Fails() ? nullptr : __libc_malloc(size);
-}
-void* calloc(std::size_t count, std::size_t size) {
-    return Fails() ? nullptr : __libc_calloc(count, size);
-}
-void* realloc(void* memory, std::size_t size) {
-    return Fails() ? nullptr : __libc_realloc(memory, size);
-}
-}
-#endif
-
 namespace nqp2::parser {
 namespace {
 
 using clips::ClipShow;
 using Change = std::function<bool()>; ///< makes no allocation of its own
+
+using namespace test::memory; // NOLINT(google-build-using-namespace)
 
 /// Whether it was done, or nothing when it threw; the `number`-th allocation fails; 0: none.
 std::optional<bool> RunWithout(long number, bool andAllThatFollow, const Change& run) {

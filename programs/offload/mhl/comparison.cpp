@@ -20,6 +20,7 @@ public:
     Comparison Compare() {
         m_counterpart[kScope] = kScope;
         m_isThere[kScope] = true;
+        m_recordsFolders = RecordsFolders();
         CompareFolder(kScope);
         // A folder is added before what is in it.
         for (NodeId node = kScope + 1; node < m_present.Size(); ++node) {
@@ -32,6 +33,14 @@ public:
         }
         CollectMissing();
         FindRenamed();
+        FindRenamedEmptyFolders();
+        const auto isFound = [&](NodeId node) { return static_cast<bool>(m_isThere[node]); };
+        std::erase_if(m_result.missing, isFound);
+        std::erase_if(m_result.missingFolders, isFound);
+        for (std::vector<NodeId>* const nodes : {&m_result.added, &m_result.addedFolders}) {
+            std::erase_if(*nodes,
+                          [&](NodeId node) { return !m_present.PreviousPathOf(node).empty(); });
+        }
         return std::move(m_result);
     }
 
@@ -46,8 +55,26 @@ private:
         }
     }
 
+    /// Other programs may leave folders out; then none is new.
+    [[nodiscard]] bool RecordsFolders() const {
+        bool records = !m_expected.FolderHashesOf(kScope).structure.Formats().IsEmpty();
+        for (NodeId node = kScope + 1; !records && node < m_expected.Size(); ++node) {
+            records = m_expected.IsFolder(node) && m_history.IsExpected(node);
+        }
+        return records;
+    }
+
+    /// A folder in which something is recorded is known, be it recorded or not.
+    [[nodiscard]] bool IsKnownFolder(NodeId before) const {
+        return before != kNoNode &&
+               (m_history.IsExpected(before) || m_expected.FirstChild(before) != kNoNode);
+    }
+
     void CompareFolder(NodeId node) {
         const NodeId before = m_counterpart[node];
+        if (m_recordsFolders && node != kScope && !IsKnownFolder(before)) {
+            m_result.addedFolders.push_back(node);
+        }
         if (before == kNoNode) {
             return;
         }
@@ -137,11 +164,6 @@ private:
             }
         }
         FindRenamedFolders();
-        const auto isFound = [&](NodeId node) { return static_cast<bool>(m_isThere[node]); };
-        std::erase_if(m_result.missing, isFound);
-        std::erase_if(m_result.missingFolders, isFound);
-        std::erase_if(m_result.added,
-                      [&](NodeId node) { return !m_present.PreviousPathOf(node).empty(); });
     }
 
     /// The missing file that a new one was; one of the same name before others.
@@ -198,6 +220,60 @@ private:
         }
     }
 
+    /// A new empty folder is a missing empty one, if only one can be meant: of its name, or else in
+    /// its place.
+    void FindRenamedEmptyFolders() {
+        const auto isTaken = [&](NodeId before) {
+            return m_isThere[before] || m_expected.FirstChild(before) != kNoNode;
+        };
+        const auto isKnown = [&](NodeId now) {
+            return m_present.FirstChild(now) != kNoNode || !m_present.PreviousPathOf(now).empty();
+        };
+        const auto nameBefore = [&](NodeId before) {
+            return std::string(m_expected.NameOf(before));
+        };
+        const auto nameNow = [&](NodeId now) { return std::string(m_present.NameOf(now)); };
+        const auto placeBefore = [&](NodeId before) {
+            return std::to_string(m_expected.ParentOf(before));
+        };
+        const auto placeNow = [&](NodeId now) {
+            return std::to_string(m_counterpart[m_present.ParentOf(now)]);
+        };
+        PairAlone(isTaken, isKnown, nameBefore, nameNow);
+        PairAlone(isTaken, isKnown, placeBefore, placeNow);
+    }
+
+    /// Pairs missing folders with new ones where one of each kind is alone with its key.
+    template <class IsTaken, class IsKnown, class KeyBefore, class KeyNow>
+    void PairAlone(const IsTaken& isTaken, const IsKnown& isKnown, const KeyBefore& keyBefore,
+                   const KeyNow& keyNow) {
+        constexpr NodeId kSeveral = kNoNode;
+        const auto note = [](auto& map, const std::string& key, NodeId node) {
+            const auto [place, isNew] = map.emplace(key, node);
+            place->second = isNew ? node : kSeveral;
+        };
+        std::unordered_map<std::string, NodeId> missing;
+        std::unordered_map<std::string, NodeId> fresh;
+        for (const NodeId before : m_result.missingFolders) {
+            if (!isTaken(before)) {
+                note(missing, keyBefore(before), before);
+            }
+        }
+        for (const NodeId now : m_result.addedFolders) {
+            if (!missing.empty() && !isKnown(now)) {
+                note(fresh, keyNow(now), now);
+            }
+        }
+        for (const auto& [key, now] : fresh) {
+            const auto before = missing.find(key);
+            if (now != kSeveral && before != missing.end() && before->second != kSeveral) {
+                m_isThere[before->second] = true;
+                m_result.renamed.push_back({now, before->second});
+                m_present.SetPreviousPath(now, m_expected.PathOf(before->second));
+            }
+        }
+    }
+
     static constexpr std::size_t kMostTries = 1000;
 
     const History& m_history;
@@ -205,14 +281,15 @@ private:
     Tree& m_present;
     std::vector<NodeId> m_counterpart; ///< in what is expected, by node of what is present
     std::vector<bool> m_isThere;       ///< by node of what is expected
+    bool m_recordsFolders = false;
     Comparison m_result;
 };
 
 } // namespace
 
 bool Comparison::IsClean() const {
-    return changed.empty() && unproven.empty() && added.empty() && renamed.empty() &&
-           missing.empty() && missingFolders.empty() && changedFolders.empty();
+    return changed.empty() && unproven.empty() && added.empty() && addedFolders.empty() &&
+           renamed.empty() && missing.empty() && missingFolders.empty() && changedFolders.empty();
 }
 
 FormatSet FormatsToCheck(const History& history, std::string_view path) {

@@ -3,9 +3,11 @@
 
 #include "offload/mhl/hash_format.h"
 
+#include <cstdlib>
 #include <iterator>
 #include <memory>
 #include <new>
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <stdexcept>
 #include <utility>
@@ -104,15 +106,43 @@ private:
     std::unique_ptr<XXH64_state_t, FreeXxh64> m_state{Required(XXH64_createState())};
 };
 
-/// A digest of the cryptographic library; finding one by its name takes longer than a small file.
+using DigestMethod = std::unique_ptr<EVP_MD, FreeDigestMethod>;
+
+/// Finding one by its name takes longer than a small file. The library begins its work with the
+/// first one, and does not check then that it gets all the memory it asks for.
+DigestMethod Find(const char* name) {
+    constexpr std::size_t kStock = std::size_t{1} << 20U;
+    void* const volatile stock = std::malloc(kStock); // such a pair is not left out
+    std::free(Required(stock));
+    DigestMethod method(EVP_MD_fetch(nullptr, name, nullptr));
+    if (method == nullptr) {
+        if (ERR_GET_REASON(ERR_peek_last_error()) == ERR_R_MALLOC_FAILURE) {
+            throw std::bad_alloc();
+        }
+        throw std::runtime_error(std::string("this system has no ") + name);
+    }
+    return method;
+}
+
+/// Found once.
+const EVP_MD* Sha512() {
+    static const DigestMethod method = Find("SHA512");
+    return method.get();
+}
+const EVP_MD* Md5() {
+    static const DigestMethod method = Find("MD5");
+    return method.get();
+}
+const EVP_MD* Sha1() {
+    static const DigestMethod method = Find("SHA1");
+    return method.get();
+}
+
+/// A digest of the cryptographic library.
 class Cryptographic final : public Method {
 public:
-    explicit Cryptographic(const char* name)
-        : m_method(EVP_MD_fetch(nullptr, name, nullptr)), m_context(Required(EVP_MD_CTX_new())) {
-        if (m_method == nullptr) {
-            throw std::runtime_error(std::string("this system has no ") + name);
-        }
-        Check(EVP_DigestInit_ex(m_context.get(), m_method.get(), nullptr));
+    explicit Cryptographic(const EVP_MD* method) : m_context(Required(EVP_MD_CTX_new())) {
+        Check(EVP_DigestInit_ex(m_context.get(), method, nullptr));
     }
     void Add(std::string_view bytes) override {
         Check(EVP_DigestUpdate(m_context.get(), bytes.data(), bytes.size()));
@@ -129,22 +159,24 @@ public:
 private:
     static void Check(int result) {
         if (result != 1) {
+            if (ERR_GET_REASON(ERR_peek_last_error()) == ERR_R_MALLOC_FAILURE) {
+                throw std::bad_alloc();
+            }
             throw std::runtime_error("the cryptographic library failed");
         }
     }
 
-    std::unique_ptr<EVP_MD, FreeDigestMethod> m_method;
     std::unique_ptr<EVP_MD_CTX, FreeDigestContext> m_context;
 };
 
 std::unique_ptr<Method> MethodOf(HashFormat format) {
     switch (format) {
     case HashFormat::C4:
-        return std::make_unique<Cryptographic>("SHA512");
+        return std::make_unique<Cryptographic>(Sha512());
     case HashFormat::Md5:
-        return std::make_unique<Cryptographic>("MD5");
+        return std::make_unique<Cryptographic>(Md5());
     case HashFormat::Sha1:
-        return std::make_unique<Cryptographic>("SHA1");
+        return std::make_unique<Cryptographic>(Sha1());
     case HashFormat::Xxh64:
         return std::make_unique<Xxh64>();
     case HashFormat::Xxh128:

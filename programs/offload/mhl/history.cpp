@@ -20,9 +20,20 @@ History& History::operator=(History&&) noexcept = default;
 History::~History() = default;
 
 History History::Open(platform::FileSystem& files, const std::string& scope) {
+    std::unique_ptr<platform::Folder> opened;
+    const platform::IoStatus status = files.OpenFolder(scope, opened);
+    if (status) {
+        return Open(std::move(opened));
+    }
     auto state = std::make_unique<HistoryState>();
-    state->files = &files;
-    state->scope = scope;
+    state->parts.emplace_back();
+    state->Add(true, "", 0, "the folder cannot be opened: " + status.reason);
+    return History(std::move(state));
+}
+
+History History::Open(std::shared_ptr<platform::Folder> scope) {
+    auto state = std::make_unique<HistoryState>();
+    state->scope = std::move(scope);
     ReadHistories(*state);
     return History(std::move(state));
 }

@@ -6,7 +6,7 @@
 #include "offload/mhl/chain.h"
 #include "offload/mhl/ignore.h"
 #include "offload/mhl/manifest.h"
-#include "platform/file_system.h"
+#include "platform/folder.h"
 
 #include <cstdint>
 #include <memory>
@@ -42,6 +42,9 @@ public:
     /// only want of memory throws. Looks through the folders below the scope for other histories,
     /// without following links.
     static History Open(platform::FileSystem& files, const std::string& scope);
+    /// The same of a folder that is open: generations are added to this one, whatever becomes of
+    /// the path that led to it.
+    static History Open(std::shared_ptr<platform::Folder> scope);
 
     History(History&&) noexcept;
     History& operator=(History&&) noexcept;

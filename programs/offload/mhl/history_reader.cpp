@@ -300,6 +300,20 @@ void CheckReference(HistoryState& state, const std::string& file, const Referenc
     }
 }
 
+/// Whether a history refers to the newest generation of one below it, or to one between that does.
+bool Knows(const HistoryState& state, const HistoryPart& outer, const HistoryPart& inner) {
+    const std::string newest =
+        inner.PathOf(std::string(kHistoryFolder) + "/" + inner.generations.back().name);
+    return std::any_of(outer.references.begin(), outer.references.end(),
+                       [&](const Reference& each) { return each.path == newest; }) ||
+           std::any_of(state.parts.begin(), state.parts.end(), [&](const HistoryPart& middle) {
+               return &middle != &outer && &middle != &inner && !middle.generations.empty() &&
+                      middle.folder.starts_with(outer.PathOf("")) &&
+                      inner.folder.starts_with(middle.PathOf("")) && Knows(state, middle, inner) &&
+                      Knows(state, outer, middle);
+           });
+}
+
 /// A history below may have got generations that the outer one does not know: its folders' hashes
 /// are those of an older state.
 void ForgetAbove(HistoryState& state, const HistoryPart& outer) {
@@ -308,12 +322,7 @@ void ForgetAbove(HistoryState& state, const HistoryPart& outer) {
             &inner == &outer) {
             continue;
         }
-        const std::string newest =
-            inner.PathOf(std::string(kHistoryFolder) + "/" + inner.generations.back().name);
-        const bool isKnown =
-            std::any_of(outer.references.begin(), outer.references.end(),
-                        [&](const Reference& each) { return each.path == newest; });
-        if (isKnown) {
+        if (Knows(state, outer, inner)) {
             continue;
         }
         NodeId node = state.expected.Find(FolderOf(inner.folder));
@@ -346,20 +355,16 @@ std::string PatternBelow(std::string_view folder, std::string_view pattern) {
 
 void ReadHistories(HistoryState& state) {
     state.parts.emplace_back();
-    std::unique_ptr<platform::Folder> scope;
-    if (const platform::IoStatus status = state.files->OpenFolder(state.scope, scope); !status) {
-        state.Add(true, "", 0, "the folder cannot be opened: " + status.reason);
-        return;
-    }
-    PartFinder(state).Find(*scope);
+    platform::Folder& scope = *state.scope;
+    PartFinder(state).Find(scope);
     if (state.parts.front().hasFolder) {
-        ReadPart(state, state.parts.front(), *scope);
+        ReadPart(state, state.parts.front(), scope);
     }
     for (const std::string& folder : state.nested) {
         if (!state.ignored.IsIgnored(folder, true)) {
             HistoryPart& part = state.parts.emplace_back();
             part.folder = folder;
-            ReadPart(state, part, *scope);
+            ReadPart(state, part, scope);
         }
     }
     std::erase_if(state.nested,

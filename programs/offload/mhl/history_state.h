@@ -5,6 +5,7 @@
 
 #include "offload/mhl/history.h"
 
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -36,8 +37,7 @@ struct HistoryPart {
 };
 
 struct HistoryState {
-    platform::FileSystem* files = nullptr;
-    std::string scope;
+    std::shared_ptr<platform::Folder> scope;
     std::vector<HistoryPart> parts;  ///< in the order of their folders, the outermost one first
     std::vector<std::string> nested; ///< folders of all parts but the first
     Findings found;

@@ -68,7 +68,7 @@ public:
         : m_state(state), m_head(head), m_tree(tree) {}
 
     IoStatus Write(std::vector<AddedGeneration>& added) {
-        IoStatus status = m_state.files->OpenFolder(m_state.scope, m_scope);
+        IoStatus status;
         // Behind a folder in the order of paths come those in it.
         for (auto part = m_state.parts.rbegin(); status && part != m_state.parts.rend(); ++part) {
             const NodeId node = m_tree.Find(part->folder);
@@ -120,11 +120,12 @@ private:
     IoStatus OpenHistory(const HistoryPart& part, std::unique_ptr<platform::Folder>& folder) {
         std::unique_ptr<platform::Folder> below;
         if (!part.folder.empty()) {
-            if (IoStatus status = platform::OpenBelow(*m_scope, part.folder, below); !status) {
+            if (IoStatus status = platform::OpenBelow(*m_state.scope, part.folder, below);
+                !status) {
                 return status;
             }
         }
-        return OpenOrMake(below != nullptr ? *below : *m_scope, std::string(kHistoryFolder),
+        return OpenOrMake(below != nullptr ? *below : *m_state.scope, std::string(kHistoryFolder),
                           folder);
     }
 
@@ -146,7 +147,7 @@ private:
         if (!part.folder.empty()) {
             return std::string(m_tree.NameOf(node));
         }
-        std::string path = m_state.scope;
+        std::string path = m_state.scope->Path();
         while (path.size() > 1 && path.ends_with('/')) {
             path.pop_back();
         }
@@ -202,7 +203,6 @@ private:
     const HistoryState& m_state;
     const ManifestHead& m_head;
     const Tree& m_tree;
-    std::unique_ptr<platform::Folder> m_scope;
     std::vector<Newest> m_newest;
 };
 
