@@ -127,7 +127,12 @@ std::vector<std::string> Lacks(const PageContents& page, std::size_t index) {
     };
     add(broken, "clip", " incomplete");
     add(IncompleteTakes(page, index), "take", " incomplete");
-    add(tool::CountOfLosses(card.skipped), "file", " skipped");
+    const auto lists =
+        std::count_if(card.skipped.begin(), card.skipped.end(), [](const SkippedFile& file) {
+            return file.reason == SkipReason::MissingClip;
+        });
+    add(lists, "playlist", " with clips missing");
+    add(tool::CountOfLosses(card.skipped) - lists, "file", " skipped");
     return lacks;
 }
 
@@ -154,9 +159,20 @@ void PutState(Html& html, const std::vector<std::string>& lacks) {
     html.Close("p");
 }
 
-/// That of the folder which people have named: a card may lie in folders that are called the same
-/// on all of its kind.
-std::string NameOf(std::filesystem::path folder) {
+std::string WholeFolder(const tool::CardScan& scan) {
+    return tool::OutputPath(scan.card.Folder());
+}
+
+std::string SpaceText(const CardContents& card) {
+    return card.volumeBytes == 0
+               ? ""
+               : fmt::format("{} of {}", BytesText(card.freeBytes), BytesText(card.volumeBytes));
+}
+
+} // namespace
+
+std::string NameOf(const tool::CardScan& scan) {
+    std::filesystem::path folder = WholeFolder(scan);
     static constexpr std::string_view kOfEveryCard[] = {"PRIVATE", "AVCHD", "BDMV"};
     const auto isOfEveryCard = [&](std::string_view name) {
         return CString(TextFromBytes(folder.filename().native()))
@@ -169,14 +185,6 @@ std::string NameOf(std::filesystem::path folder) {
     return folder.filename().native();
 }
 
-std::string SpaceText(const CardContents& card) {
-    return card.volumeBytes == 0
-               ? ""
-               : fmt::format("{} of {}", BytesText(card.freeBytes), BytesText(card.volumeBytes));
-}
-
-} // namespace
-
 std::string Counted(std::int64_t count, std::string_view what) {
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
@@ -184,12 +192,8 @@ std::string Counted(std::int64_t count, std::string_view what) {
 void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
     const CardContents& card = page.cards[index];
     const tool::CardScan& scan = *card.scan;
-    const std::string folder = scan.card.Folder();
-    std::error_code error;
-    const std::filesystem::path whole =
-        std::filesystem::absolute(std::filesystem::path(folder) / "", error).lexically_normal();
     html.Open("header").With("class", "card-head");
-    html.Open("h2").Foreign(NameOf(whole.parent_path())).Close("h2");
+    html.Open("h2").Foreign(NameOf(scan)).Close("h2");
     PutState(html, Lacks(page, index));
     html.Open("dl");
     const FoundCard found = scan.card.Found() ? *scan.card.Found() : FoundCard();
@@ -202,7 +206,7 @@ void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
     PutFact(html, "Recorded", DatesText(card));
     PutFact(html, "Size", BytesText(card.bytes));
     PutFact(html, "Free", SpaceText(card));
-    PutFact(html, "Folder", whole.parent_path().native());
+    PutFact(html, "Folder", WholeFolder(scan));
     html.Close("dl").Close("header");
 }
 
