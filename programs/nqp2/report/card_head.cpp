@@ -172,15 +172,13 @@ std::string SpaceText(const CardContents& card) {
 } // namespace
 
 std::string NameOf(const tool::CardScan& scan) {
+    static constexpr const wchar_t* kOfEveryCard[] = {L"BDMV", L"AVCHD", L"PRIVATE"};
     std::filesystem::path folder = WholeFolder(scan);
-    static constexpr std::string_view kOfEveryCard[] = {"PRIVATE", "AVCHD", "BDMV"};
-    const auto isOfEveryCard = [&](std::string_view name) {
-        return CString(TextFromBytes(folder.filename().native()))
-                   .CompareNoCase(TextFromBytes(name)) == 0;
-    };
-    while (folder.has_relative_path() && folder.parent_path().has_relative_path() &&
-           std::any_of(std::begin(kOfEveryCard), std::end(kOfEveryCard), isOfEveryCard)) {
-        folder = folder.parent_path();
+    for (const wchar_t* const name : kOfEveryCard) { // each in the next
+        if (folder.parent_path().has_relative_path() &&
+            TextFromBytes(folder.filename().native()).CompareNoCase(name) == 0) {
+            folder = folder.parent_path();
+        }
     }
     return folder.filename().native();
 }

@@ -182,7 +182,7 @@ private:
         const std::string place = BytesFromText(ClipTimecode(m_clip, memo.offset));
         m_html.Open("li").ShownElement(
             "span", "at", std::string_view(place.empty() ? fmt::format("{}", memo.offset) : place));
-        m_html.Foreign(memo.text);
+        m_html.Text(" ").Foreign(memo.text);
         if (!memo.person.IsEmpty()) {
             m_html.Open("small").Foreign(memo.person).Close("small");
         }
