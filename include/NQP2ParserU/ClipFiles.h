@@ -38,6 +38,9 @@ public:
     /// when memory is short, a folder cannot be read, or there is more than is looked at: `files`
     /// has what was found.
     bool LooseFiles(CArray<LooseFile>& files) noexcept;
+    /// The same below a folder (interface path) above the card: the top of a memory card whose
+    /// PRIVATE folder the card is.
+    bool LooseFiles(CArray<LooseFile>& files, const CString& top) noexcept;
 
 private:
     friend class ::CNQP2Parser;

@@ -142,8 +142,10 @@ public:
     /// folder.
     __int64 LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls);
     /// Appends the playlists of AVCHD cards (.MPL) and behind them those of discs (.mpls), each in
-    /// the order of the playlist folder. `report` receives (appended) what was left out. Returns 0,
-    /// or 1 for an empty card and when there is no playlist folder.
+    /// the order of the playlist folder. An item whose clip cannot be read is an event with the
+    /// clip's name, its length and, in a fresh clip record, its rate. `report` receives (appended)
+    /// what was left out and which lists have such items. Returns 0, or 1 for an empty card and
+    /// when there is no playlist folder.
     __int64 LoadCardPlaylists(const CString& card, CArray<tag_P2EDL>& edls,
                               nqp2::ScanReport& report);
     /// Fills `edl` from PLAYLIST/`name`.MPL: an event for each item whose clip can be read, with

@@ -26,6 +26,7 @@ enum class SkipReason : std::int32_t {
     NoEditList,       ///< well-formed, but its namespace or edit unit is not that of an edit list
     Undecodable,      ///< clip information that is damaged or tells of no video, a damaged playlist
     NotDescribed,     ///< a camera file that the worker did not describe
+    MissingClip,      ///< a playlist with items whose clips cannot be read: these are its events
 };
 
 /// One file that was left out, or kept with a remark.

@@ -49,8 +49,9 @@ bool ReadPlaylist(const CString& root, const CString& name, tag_P2EDL& edl);
 /// Appends the playlists of AVCHD in the order of their folder. False when there is no such folder.
 bool ScanPlaylists(const CString& root, CArray<tag_P2EDL>& edls);
 
-/// The same with those of discs behind them. The report tells which are left out, but for empty
-/// ones.
+/// The same with those of discs behind them. An item whose clip cannot be read is an event with its
+/// name, length and rate, the clip's record fresh. The report tells which lists have such items,
+/// and which lists are left out, but for empty ones.
 bool ScanAllPlaylists(const CString& root, CArray<tag_P2EDL>& edls, ScanReport& report);
 
 } // namespace nqp2::avchd

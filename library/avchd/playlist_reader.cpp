@@ -20,7 +20,9 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -88,11 +90,36 @@ struct Refusal {
     std::string why;
 };
 
+/// What becomes of an item whose clip cannot be read.
+enum class MissingClips { LeftOut, Kept };
+
+/// Clips of a list that cannot be read, each told once and a few by their names.
+class MissingNames {
+public:
+    void Add(std::string_view name) {
+        if (m_names.emplace(name).second && m_names.size() <= kShown) {
+            m_text += (m_text.empty() ? "" : ", ") + std::string(name);
+        }
+    }
+    [[nodiscard]] bool AreNone() const { return m_names.empty(); }
+    [[nodiscard]] std::string Sentence() const {
+        const std::size_t more = m_names.size() - std::min(m_names.size(), kShown);
+        return "clips that are missing or cannot be read: " + m_text +
+               (more == 0 ? "" : " and " + std::to_string(more) + " more");
+    }
+
+private:
+    static constexpr std::size_t kShown = 12;
+
+    std::set<std::string, std::less<>> m_names;
+    std::string m_text;
+};
+
 /// Reads playlists of one kind of card; a clip that several items name is read once.
 class PlaylistReader {
 public:
-    PlaylistReader(const Place& root, const CardKind& kind)
-        : m_kind(kind), m_clips(ClipsFolder(root)) {}
+    PlaylistReader(const Place& root, const CardKind& kind, MissingClips missing)
+        : m_kind(kind), m_keepsMissing(missing == MissingClips::Kept), m_clips(ClipsFolder(root)) {}
 
     /// Fills the record. False with a reason, or without one for an empty playlist.
     bool Read(const std::string& path, tag_P2EDL& edl, std::optional<Refusal>& refusal) {
@@ -109,12 +136,16 @@ public:
         edl.Duration = TotalFrames(*playlist);
         edl.StartTimecode = 0;
         FillRate(*playlist, edl);
+        m_missing = {};
         edl.Events.Reserve(edl.Events.GetSize() + KeptItems(playlist->items));
         for (const PlayItem& item : playlist->items) {
             AddEvent(*playlist, item, edl);
         }
         return true;
     }
+
+    /// Those of the list that was read last; none where they are left out.
+    [[nodiscard]] const MissingNames& Missing() const { return m_missing; }
 
 private:
     /// Null when the clip cannot be read.
@@ -130,34 +161,46 @@ private:
         return m_known.emplace(item.Name(), std::move(clip)).first->second.get();
     }
 
-    /// An event is some thirty times its item: room is made for those alone whose clip is there.
+    /// An event is some thirty times its item: room is made for those alone that are kept.
     std::int64_t KeptItems(const std::vector<PlayItem>& items) {
-        return std::count_if(items.begin(), items.end(),
-                             [this](const PlayItem& item) { return ClipOf(item) != nullptr; });
+        return std::count_if(items.begin(), items.end(), [this](const PlayItem& item) {
+            return m_keepsMissing || ClipOf(item) != nullptr;
+        });
     }
 
     void AddEvent(const Playlist& playlist, const PlayItem& item, tag_P2EDL& edl) {
         const _tag_P2Clip* clip = ClipOf(item);
-        if (clip == nullptr) {
+        if (clip == nullptr && !m_keepsMissing) {
             return;
         }
         tag_P2EDLClipTrackEvent event;
-        event.Clip = *clip;
+        if (clip != nullptr) {
+            event.Clip = *clip;
+            event.ClipName = clip->ClipName;
+            event.GlobalClipID = clip->GlobalClipID;
+            edl.Codec = clip->CodecName;
+        } else {
+            const FrameRate* rate = RateOf(item.video.rateCode, playlist.Is25p(item));
+            event.Clip.FrameRate = rate == nullptr ? CString() : CString(rate->text);
+            event.ClipName = platform::TextFromUtf8(item.Name());
+            m_missing.Add(item.Name());
+        }
         event.Duration = playlist.FramesOf(item);
-        event.ClipName = clip->ClipName;
-        event.GlobalClipID =
-            clip->GlobalClipID.IsEmpty() ? OwnClipId(playlist, item) : clip->GlobalClipID;
+        if (event.GlobalClipID.IsEmpty()) {
+            event.GlobalClipID = OwnClipId(playlist, item);
+        }
         event.GlobalClipGuid = media::GuidFromIdentifier(event.GlobalClipID);
         event.SourceIn = 0;
         event.SourceOut = event.SourceIn + event.Duration;
-        edl.Codec = clip->CodecName;
         edl.Events.Add(std::move(event));
     }
 
     CardKind m_kind;
+    bool m_keepsMissing;
     ClipSource m_clips;
     /// Null for a clip that cannot be read; a hostile list names thousands of these.
     std::map<std::string, std::unique_ptr<_tag_P2Clip>, std::less<>> m_known;
+    MissingNames m_missing;
 };
 
 /// Which file is read for one that was listed; nothing when there is none, perhaps with a reason.
@@ -184,12 +227,14 @@ std::optional<std::string> FileItself(const Place& /*root*/, const FoundFile& fi
 
 class PlaylistScan {
 public:
-    PlaylistScan(Place root, Place folder, CArray<tag_P2EDL>& edls, ScanReport& report)
-        : m_root(std::move(root)), m_folder(std::move(folder)), m_edls(edls), m_omitted(report) {}
+    PlaylistScan(Place root, Place folder, MissingClips missing, CArray<tag_P2EDL>& edls,
+                 ScanReport& report)
+        : m_root(std::move(root)), m_folder(std::move(folder)), m_missing(missing), m_edls(edls),
+          m_omitted(report) {}
 
     /// Appends the playlists of one kind.
     void Append(const CardKind& kind, FileOf fileOf) {
-        PlaylistReader reader(m_root, kind);
+        PlaylistReader reader(m_root, kind, m_missing);
         platform::IoStatus status;
         for (const FoundFile& file :
              m_folder.List(CString(L"*") + kind.files.playlist.Text(), status)) {
@@ -215,6 +260,9 @@ private:
             edl.Date = DateOf(file.posixPath);
             edl.Name = file.title;
             m_edls.Add(std::move(edl));
+            if (!reader.Missing().AreNone()) {
+                m_omitted.Add(file.path, SkipReason::MissingClip, reader.Missing().Sentence());
+            }
         } else if (refusal) {
             m_omitted.Add(file.path,
                           media::IsCompanion(file.path) ? SkipReason::Companion : refusal->reason,
@@ -224,6 +272,7 @@ private:
 
     Place m_root;
     Place m_folder;
+    MissingClips m_missing;
     CArray<tag_P2EDL>& m_edls;
     Omissions m_omitted;
 };
@@ -238,7 +287,8 @@ bool ReadPlaylist(const CString& root, const CString& name, tag_P2EDL& edl) {
     const std::optional<std::string> path =
         FileIn(NamedPlaylistFolder(card), name + kAvchdCard.files.playlist.Text());
     std::optional<Refusal> refusal;
-    return path && PlaylistReader(card, kAvchdCard).Read(*path, edl, refusal);
+    return path &&
+           PlaylistReader(card, kAvchdCard, MissingClips::LeftOut).Read(*path, edl, refusal);
 }
 
 bool ScanPlaylists(const CString& root, CArray<tag_P2EDL>& edls) {
@@ -246,7 +296,8 @@ bool ScanPlaylists(const CString& root, CArray<tag_P2EDL>& edls) {
     const std::optional<Place> folder = PlaylistFolder(card);
     ScanReport report; // not asked for
     if (folder) {
-        PlaylistScan(card, *folder, edls, report).Append(kAvchdCard, FileOfName);
+        PlaylistScan(card, *folder, MissingClips::LeftOut, edls, report)
+            .Append(kAvchdCard, FileOfName);
     }
     return folder.has_value();
 }
@@ -255,7 +306,7 @@ bool ScanAllPlaylists(const CString& root, CArray<tag_P2EDL>& edls, ScanReport& 
     const Place card(media::WithDrive(root));
     const std::optional<Place> folder = root.IsEmpty() ? std::nullopt : PlaylistFolder(card);
     if (folder) {
-        PlaylistScan(card, *folder, edls, report).AppendAll();
+        PlaylistScan(card, *folder, MissingClips::Kept, edls, report).AppendAll();
     }
     return folder.has_value();
 }

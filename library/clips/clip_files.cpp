@@ -138,9 +138,11 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
     }
     m_index->Find(NameOfClip(clip.ClipName));
     m_promised.clear();
+    CString metadata;
     for (const NamedFile& each : m_index->FilesOf(media::kMetadataFiles)) {
         if (each.role == ClipFileRole::Metadata && m_promised.empty()) {
             TellPromises(m_index->FolderOf(media::kMetadataFiles), each.entry);
+            metadata = m_index->FolderOf(media::kMetadataFiles).PathOf(each.entry);
         }
     }
     m_promised.push_back({&media::kMetadataFiles});
@@ -148,6 +150,8 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
         AppendKind(clip.ClipName, kind, files);
         if (&kind == &media::kProxyFiles) {
             AppendLostProxy(clip, files);
+        } else if (&kind == &media::kVoiceFiles) {
+            FindNamedVoices(metadata, files);
         }
     }
 }
@@ -165,6 +169,31 @@ void P2ClipFiles::AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& fil
     const platform::Place& folder = m_index->FolderOf(media::kProxyFiles).Where();
     files.Add({ClipFileRole::Proxy, 0, folder.PathOf(clip.ClipName + extension), 0, 0,
                ClipFileState::Missing});
+}
+
+/// A memo may name its recording, which then has any name: read only where one seems to be missing.
+void P2ClipFiles::FindNamedVoices(const CString& path, CArray<ClipFile>& files) {
+    const auto isLost = [](const ClipFile& file) {
+        return file.role == ClipFileRole::Voice && file.state == ClipFileState::Missing;
+    };
+    auto lost = std::find_if(files.begin(), files.end(), isLost);
+    ClipMetadata metadata;
+    if (lost == files.end() || path.IsEmpty() ||
+        m_metadata.Read(path, metadata).fault != dom::Fault::None) {
+        return;
+    }
+    platform::TalliedFolder& folder = m_index->FolderOf(media::kVoiceFiles);
+    for (const MemoMetadata& memo : metadata.memos) {
+        const CString name = memo.voicePath.Mid(memo.voicePath.ReverseFind(L'\\') + 1);
+        const std::size_t entry = folder.Find(platform::NameBytesFromText(name.View()));
+        platform::FileInfo info;
+        if (lost != files.end() && entry != platform::TalliedFolder::kNone &&
+            !folder.IsTaken(entry) && folder.Take(entry, info)) {
+            *lost = {ClipFileRole::Voice,         lost->number, folder.PathOf(entry), info.size, 0,
+                     media::StateOf(info.size, 0)};
+            lost = std::find_if(lost, files.end(), isLost);
+        }
+    }
 }
 
 void P2ClipFiles::AppendKind(const CString& clip, const media::ClipFileKind& kind,

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "clips/clip_metadata.h"
 #include "clips/clip_promises.h"
 #include "clips/clip_texts.h"
 #include "media/card_layout.h"
@@ -97,6 +98,7 @@ public:
 private:
     void TellPromises(platform::TalliedFolder& folder, std::size_t entry);
     void AppendKind(const CString& clip, const media::ClipFileKind& kind, CArray<ClipFile>& files);
+    void FindNamedVoices(const CString& path, CArray<ClipFile>& files);
     void AppendLostProxy(const _tag_P2Clip& clip, CArray<ClipFile>& files);
 
     platform::FileTally& m_tally;
@@ -105,6 +107,7 @@ private:
     std::vector<ClipEssence> m_promised;  ///< by the clip that was asked for last
     dom::FieldReader m_fields{ClipAndFileFields()};
     dom::Document m_document{dom::SelectionRule::Names::Qualified};
+    MetadataFileReader m_metadata;
     std::string m_bytes;
 };
 

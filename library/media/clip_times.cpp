@@ -35,14 +35,15 @@ TimecodeRate CountedRate(const _tag_P2Clip& clip, const FrameRate* rate) {
                : ShownRate(*rate, clip.DropFrame != 0);
 }
 
+media::Timecode TimecodeWith(std::int64_t number, std::int32_t nominal) {
+    const std::int64_t seconds = number / nominal;
+    return {static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
+            static_cast<int>(seconds % 60), static_cast<int>(number % nominal)};
+}
+
 /// The frame's count by another rate that gives its number.
 std::int64_t Recounted(std::int64_t frame, const TimecodeRate& from, const TimecodeRate& to) {
-    const std::int64_t number = media::FrameNumber(frame, from);
-    const std::int64_t seconds = number / from.nominal;
-    return media::FrameCount({static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
-                              static_cast<int>(seconds % 60),
-                              static_cast<int>(number % from.nominal)},
-                             to);
+    return media::FrameCount(TimecodeWith(media::FrameNumber(frame, from), from.nominal), to);
 }
 
 CString TimecodeOf(std::int64_t frame, const TimecodeRate& rate) {
@@ -72,6 +73,20 @@ std::int64_t FrameOf(const CString& text, const TimecodeRate& rate) {
                : -1;
 }
 
+/// The frame behind a count whose reader has taken the numbers of every second frame as they stand.
+/// At the beginning of a minute that drops numbers it has come out before that minute.
+std::int64_t FromHalfNumbers(std::int64_t count, const TimecodeRate& rate) {
+    const std::int64_t first = media::FrameNumber(count, rate);
+    for (const std::int64_t number : {first, first + rate.droppedNumbers}) {
+        const std::int64_t field = number % rate.nominal;
+        if (field < rate.nominal / 2 &&
+            media::FrameCount(TimecodeWith(number, rate.nominal), rate) == count) {
+            return media::FrameCount(TimecodeWith(number + field, rate.nominal), rate);
+        }
+    }
+    return count; // such a number is one of all frames
+}
+
 CString TimecodeOf(const _tag_P2Clip& clip, std::int64_t offset) {
     const FrameRate* const rate = media::FindRate(clip.FrameRate.View());
     const TimecodeRate counted = CountedRate(clip, rate);
@@ -81,7 +96,9 @@ CString TimecodeOf(const _tag_P2Clip& clip, std::int64_t offset) {
     if (clip.StartTimecode < 0 || clip.StartTimecode >= most || counted.nominal < shown.nominal) {
         return {};
     }
-    return TimecodeOf(Recounted(clip.StartTimecode, counted, shown) + offset, shown);
+    const std::int64_t start = Recounted(clip.StartTimecode, counted, shown);
+    const bool isHalf = clip.SourceKind == 0 && shown.nominal >= media::kHalfNumberedFrom;
+    return TimecodeOf((isHalf ? FromHalfNumbers(start, shown) : start) + offset, shown);
 }
 
 constexpr std::wstring_view kDateForm = L"0000-00-00T00:00:00";
@@ -114,11 +131,21 @@ wchar_t* PutZone(wchar_t* place, int zone) {
     return PutTwoDigits(place, std::abs(zone) % kMinutes);
 }
 
+/// What stands behind the seconds, without a part of one.
+std::wstring_view WithoutFraction(std::wstring_view rest) {
+    std::size_t end = 1;
+    while (end < rest.size() && platform::IsDigit(rest[end])) {
+        ++end;
+    }
+    const bool isFraction = end > 1 && (rest[0] == L'.' || rest[0] == L',');
+    return isFraction ? rest.substr(end) : rest;
+}
+
 /// Put together without a text between: a list asks for two of each clip.
 CString DateWithZone(std::wstring_view date, std::int16_t zone) {
     const std::optional<std::int16_t> own = media::ZoneOf(date);
     const std::wstring_view moment = date.substr(0, kDateForm.size());
-    const std::wstring_view rest = date.substr(moment.size());
+    const std::wstring_view rest = WithoutFraction(date.substr(moment.size()));
     const bool isUtc = rest == L"Z";
     if (!IsCalendarDate(moment) ||
         (!rest.empty() && !isUtc && (!own || rest.size() != kZoneLength))) {

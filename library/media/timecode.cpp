@@ -15,9 +15,6 @@ namespace {
 
 constexpr std::size_t kFramesPosition = 9; // behind "hh:mm:ss:"
 
-// From this rate on an edit list numbers every second frame.
-constexpr std::int32_t kDoubledFrom = 50;
-
 bool IsInRange(const Timecode& timecode, std::int32_t framesASecond) {
     return timecode.hours < 24 && timecode.minutes < 60 && timecode.seconds < 60 &&
            timecode.frames < framesASecond;
@@ -92,7 +89,7 @@ std::int32_t EditFrameCount(std::wstring_view text, std::int32_t numerator,
     if (!IsInRange(*timecode, rate)) {
         return 0;
     }
-    timecode->frames *= rate >= kDoubledFrom ? 2 : 1;
+    timecode->frames *= rate >= kHalfNumberedFrom ? 2 : 1;
     const std::int64_t seconds =
         (timecode->hours * 60 + timecode->minutes) * 60 + timecode->seconds;
     constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max();

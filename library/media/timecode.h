@@ -23,6 +23,9 @@ struct Timecode {
 /// Nothing for any other text, blanks included.
 std::optional<Timecode> ParseTimecode(std::wstring_view text);
 
+/// From this rate on timecodes in the metadata of cards number every second frame.
+inline constexpr std::int32_t kHalfNumberedFrom = 50;
+
 /// How a clip's timecode counts.
 struct TimecodeRate {
     int nominal = 25;       ///< frame numbers a second

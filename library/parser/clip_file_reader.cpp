@@ -28,9 +28,9 @@ struct ClipFileReader::State {
         }
     }
 
-    bool TellRest(CArray<LooseFile>& files) {
+    bool TellRest(const platform::Place& top, CArray<LooseFile>& files) {
         std::vector<platform::RestFile> rest;
-        const bool isWhole = tally.Rest(rest);
+        const bool isWhole = tally.RestBelow(top, rest);
         std::sort(rest.begin(), rest.end(),
                   [](const auto& left, const auto& right) { return left.path < right.path; });
         files.Reserve(static_cast<std::int64_t>(rest.size()));
@@ -67,7 +67,17 @@ bool ClipFileReader::Read(const _tag_P2Clip& clip, CArray<ClipFile>& files) noex
 
 bool ClipFileReader::LooseFiles(CArray<LooseFile>& files) noexcept {
     files.RemoveAll();
-    return platform::Guarded(false, [&] { return m_state != nullptr && m_state->TellRest(files); });
+    return platform::Guarded(false, [&] {
+        return m_state != nullptr && m_state->TellRest(m_state->tally.Root(), files);
+    });
+}
+
+bool ClipFileReader::LooseFiles(CArray<LooseFile>& files, const CString& top) noexcept {
+    files.RemoveAll();
+    return platform::Guarded(false, [&] {
+        return m_state != nullptr &&
+               m_state->TellRest(platform::Place(media::WithDrive(top)), files);
+    });
 }
 
 bool IsWhole(const CArray<ClipFile>& files) noexcept {

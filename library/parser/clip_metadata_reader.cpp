@@ -14,6 +14,18 @@ namespace nqp2 {
 
 namespace {
 
+/// Clip information tells one of two rasters by the same code; the record has that of the stream.
+void TellRaster(const _tag_P2Clip& clip, ClipMetadata& metadata) {
+    for (TrackMetadata& track : metadata.tracks) {
+        const int end = track.format.Find(L' ');
+        if (track.kind == L"video" && end > 0 && clip.ActivePixel > 0 && clip.ActiveLine > 0) {
+            CString raster;
+            raster.Format(L"%dx%d", clip.ActivePixel, clip.ActiveLine);
+            track.format = raster + track.format.Mid(end);
+        }
+    }
+}
+
 MetadataStatus NoFile(CString& problem) {
     problem = L"the clip has no file that could tell";
     return MetadataStatus::NoFile;
@@ -57,6 +69,7 @@ struct ClipMetadataReader::State {
         const platform::IoStatus status = source->Read(*kind, clip.ClipName, metadata);
         problem = platform::TextFromUtf8(status.reason);
         if (status) {
+            TellRaster(clip, metadata);
             size = SizeOf(metadata);
             return MetadataStatus::Read;
         }

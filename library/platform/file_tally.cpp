@@ -72,9 +72,9 @@ TalliedFolder& FileTally::Folder(const Place& place) {
     return m_folders.try_emplace(place.OnDisk(), place).first->second;
 }
 
-bool FileTally::Rest(std::vector<RestFile>& files) {
+bool FileTally::RestBelow(const Place& top, std::vector<RestFile>& files) {
     m_left = kMaxFolderEntries;
-    std::vector<Step> steps = {{m_root.OnDisk(), m_root.Written(), 0, nullptr, {}}};
+    std::vector<Step> steps = {{top.OnDisk(), top.Written(), 0, nullptr, {}}};
     bool isWhole = true;
     while (!steps.empty()) {
         const Step step = std::move(steps.back());

@@ -71,7 +71,9 @@ public:
     /// Appends the files below the root that were not counted, in no order. No link is followed,
     /// no name with a backslash told. False when a folder cannot be read, or
     /// there is more than is looked at.
-    bool Rest(std::vector<RestFile>& files);
+    bool Rest(std::vector<RestFile>& files) { return RestBelow(m_root, files); }
+    /// The same below a folder above the root.
+    bool RestBelow(const Place& top, std::vector<RestFile>& files);
 
 private:
     struct Step;

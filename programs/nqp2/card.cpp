@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -50,6 +51,36 @@ std::string WorkingFolder() {
     return error ? std::string() : (here / "").native();
 }
 
+/// Where the last ".." of a path ends; 0 when it has none.
+std::size_t EndOfStepsUp(const std::string& path) {
+    constexpr std::string_view kStep = "/..";
+    for (std::size_t at = path.rfind(kStep); at != std::string::npos;
+         at = at == 0 ? std::string::npos : path.rfind(kStep, at - 1)) {
+        const std::size_t end = at + kStep.size();
+        if (end == path.size() || path[end] == '/') {
+            return end;
+        }
+    }
+    return 0;
+}
+
+/// Without "..", which behind a link leads where the system says. Paths of one run begin alike.
+std::string WithoutStepsUp(std::string path) {
+    const std::size_t end = EndOfStepsUp(path);
+    if (end == 0) {
+        return path;
+    }
+    static std::map<std::string, std::string> known;
+    const auto [place, isNew] = known.try_emplace(path.substr(0, end));
+    if (isNew) {
+        std::error_code error;
+        const fs::path whole = fs::canonical(place->first, error);
+        place->second = error ? place->first : whole.native();
+    }
+    const std::string rest = path.substr(end);
+    return place->second == "/" && !rest.empty() ? rest : place->second + rest;
+}
+
 [[noreturn]] void ThrowNoFolder(const std::string& folder, const fs::file_status& status) {
     if (fs::exists(status)) {
         throw Failure(folder, "is not a folder", "give the card's top folder");
@@ -77,9 +108,8 @@ std::string OutputPath(const CString& path) {
 
 std::string OutputPath(std::string path) {
     if (path.empty() || path.front() == '/') {
-        return path;
+        return WithoutStepsUp(std::move(path));
     }
-    // Nothing but names is put before it: "..", behind a link, leads where the system says.
     static const std::string here = WorkingFolder();
     if (here.empty()) {
         return path;
@@ -87,7 +117,8 @@ std::string OutputPath(std::string path) {
     const std::size_t prefix = path.starts_with("./") ? 2 : 0;
     path.replace(0, prefix, here);
     const std::string_view below = std::string_view(path).substr(here.size());
-    return below.empty() || below == "." ? fs::path(here).parent_path().native() : path;
+    return below.empty() || below == "." ? fs::path(here).parent_path().native()
+                                         : WithoutStepsUp(std::move(path));
 }
 
 bool IsMappedDrive(const CString& text) {
@@ -117,6 +148,13 @@ void Card::Take(const FoundCard& found) {
     m_root = found.root;
     if (found.entered) {
         m_argument = Folder();
+    }
+}
+
+void Card::TakeTop() {
+    const fs::path folder = Folder();
+    if (IsNamed(folder, L"PRIVATE") && folder.has_parent_path()) {
+        m_top = InterfaceRoot(folder.parent_path().native());
     }
 }
 

@@ -38,6 +38,11 @@ public:
     [[nodiscard]] const std::optional<FoundCard>& Found() const { return m_found; }
     /// As the user would name it: what WorkerPath takes.
     [[nodiscard]] const std::string& Argument() const { return m_argument; }
+    /// Makes the folder above it, where that is the top of a memory card whose PRIVATE folder it
+    /// is, part of it.
+    void TakeTop();
+    /// As the library takes it: that folder, else the root.
+    [[nodiscard]] const CString& Top() const { return m_top.IsEmpty() ? m_root : m_top; }
     /// As the library takes it.
     [[nodiscard]] const CString& Root() const { return m_root; }
     /// The card's CONTENTS folder in the place of a root.
@@ -63,6 +68,7 @@ private:
 
     std::string m_argument;
     CString m_root;
+    CString m_top;
     std::optional<FoundCard> m_found;
 };
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 
 namespace nqp2::tool {
 namespace {
@@ -51,6 +52,9 @@ Card EnterCard(Console& console, const std::string& argument, const CardEntry& e
     const std::string given = card.Folder();
     card.Take(search.cards[0]);
     if (search.cards[0].entered) {
+        if (std::filesystem::path(card.Folder()).parent_path() == given) {
+            card.TakeTop();
+        }
         console.Message(fmt::format("nqp2: {}: took the card at {}", given, card.Folder()));
     }
     return card;

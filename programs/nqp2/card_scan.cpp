@@ -109,8 +109,12 @@ void AddCardsBelow(const std::string& argument, std::vector<Card>& cards,
         throw Failure(top.Folder(), "no cards in it or below",
                       search.skipped.IsEmpty() ? "" : BytesFromText(search.skipped[0].text));
     }
-    for (const FoundCard& card : search.cards) {
-        AddCard(cards, Card(card));
+    for (const FoundCard& found : search.cards) {
+        Card card(found);
+        if (card.Folder() != top.Folder()) {
+            card.TakeTop();
+        }
+        AddCard(cards, std::move(card));
     }
     skipped.Append(search.skipped);
 }

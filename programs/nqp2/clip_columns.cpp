@@ -123,7 +123,8 @@ auto WithSpecimen(Use use) {
     const ShownTake place = {&take, &segment};
     const ClipMetadata metadata;
     const CArray<ClipFile> files;
-    return use(ShownClip{clip, "", "", {}, &place, &metadata, &files});
+    const std::vector<std::string> remarks = {""};
+    return use(ShownClip{clip, "", "", {}, &place, &metadata, &files, &remarks});
 }
 
 Content MembersOf(const ShownClip& shown) {

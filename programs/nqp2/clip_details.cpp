@@ -6,6 +6,7 @@
 #include "console/console.h"
 #include "nqp2/card.h"
 #include "nqp2/clip_file_fields.h"
+#include "nqp2/clip_remarks.h"
 #include "nqp2/media_describer.h"
 #include "NQP2ParserU/TextBytes.h"
 
@@ -76,6 +77,12 @@ ShownClip ClipDetails::Of(const _tag_P2Clip& clip) {
     }
     shown.metadata = m_wanted.metadata ? Metadata(clip) : nullptr;
     shown.files = m_wanted.files ? &Files(reader, clip) : nullptr;
+    m_remarks = RemarksOn(clip, shown.metadata);
+    shown.remarks = &m_remarks;
+    m_isRemarked = true; // a list shows each of its clips
+    if (!m_remarks.empty()) {
+        m_remarked.push_back({reader.folder, clip.ClipName, m_remarks});
+    }
     return shown;
 }
 
@@ -83,6 +90,18 @@ std::size_t ClipDetails::ReadMetadataOf(const _tag_P2Clip& clip, ReadMetadata& r
     ClipMetadataReader& reader = ReaderOf(clip).metadataReader;
     read.status = reader.Read(clip, read.metadata, read.problem);
     return reader.SizeOfLast();
+}
+
+const std::vector<RemarkedClip>& ClipDetails::Remarked(const ClipOrder& clips) {
+    if (!m_isRemarked) {
+        for (const _tag_P2Clip* const clip : clips) {
+            if (std::vector<std::string> remarks = RemarksOn(*clip, nullptr); !remarks.empty()) {
+                m_remarked.push_back({ReaderOf(*clip).folder, clip->ClipName, std::move(remarks)});
+            }
+        }
+        m_isRemarked = true;
+    }
+    return m_remarked;
 }
 
 /// Of a camera file, which alone could tell.
@@ -145,7 +164,7 @@ CArray<LooseFile> ClipDetails::OtherFiles(const ClipOrder& clips) {
     CArray<LooseFile> all;
     for (const std::unique_ptr<Reader>& reader : m_readers) {
         CArray<LooseFile> files;
-        if (!reader->card.files->LooseFiles(files)) {
+        if (!reader->card.files->LooseFiles(files, reader->card.card.Top())) {
             ++m_unread;
             m_console.Message(
                 fmt::format("nqp2: {}: not all folders were looked into for other files",

@@ -32,6 +32,13 @@ struct BrokenClip {
     CArray<ClipFile> files; ///< those that are not
 };
 
+/// A clip that tells what cannot be.
+struct RemarkedClip {
+    std::string_view card;
+    CString name;
+    std::vector<std::string> remarks; ///< a sentence each
+};
+
 /// Reads what is wanted of each clip beside its record, when it is shown or shortly before: no more
 /// than that of a few clips is held.
 class ClipDetails {
@@ -52,6 +59,9 @@ public:
     const std::vector<BrokenClip>& Broken(const ClipOrder& clips);
     /// The files of all cards that are no clip's, once the clips have been asked for.
     CArray<LooseFile> OtherFiles(const ClipOrder& clips);
+    /// The clips on whose values there are remarks; those of which no more than the record was
+    /// asked for are looked at now.
+    const std::vector<RemarkedClip>& Remarked(const ClipOrder& clips);
     /// How many clips have metadata, and cards folders, that could not be read; each was told.
     [[nodiscard]] std::int64_t CountOfUnread() const { return m_unread; }
     [[nodiscard]] const CArray<JoinedTake>& Takes() const { return m_takes; }
@@ -74,7 +84,10 @@ private:
     CArray<JoinedTake> m_takes;
     std::unordered_map<const _tag_P2Clip*, ShownTake> m_places;
     std::vector<BrokenClip> m_broken;
-    bool m_isAsked = false; ///< for the files of all clips
+    std::vector<RemarkedClip> m_remarked;
+    std::vector<std::string> m_remarks; ///< on the clip that was asked for last
+    bool m_isRemarked = false;          ///< all clips have been looked at
+    bool m_isAsked = false;             ///< for the files of all clips
     std::int64_t m_unread = 0;
     MetadataAhead m_ahead; ///< last: it uses the readers
 };

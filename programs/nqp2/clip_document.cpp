@@ -183,4 +183,13 @@ void ForEachFileLine(const ClipListing& listing,
     }
 }
 
+void ForEachRemarkLine(const ClipListing& listing,
+                       const std::function<void(const std::string& line)>& tell) {
+    for (const RemarkedClip& clip : listing.details.Remarked(listing.clips)) {
+        for (const std::string& remark : clip.remarks) {
+            tell(fmt::format("clip {}: {}", BytesFromText(clip.name), remark));
+        }
+    }
+}
+
 } // namespace nqp2::tool

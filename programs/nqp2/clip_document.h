@@ -38,4 +38,8 @@ void PrintTableColumns(Console& console, const ClipListing& listing, const ClipC
 void ForEachFileLine(const ClipListing& listing,
                      const std::function<void(const std::string& line)>& tell);
 
+/// A line for each value of a clip's that cannot be.
+void ForEachRemarkLine(const ClipListing& listing,
+                       const std::function<void(const std::string& line)>& tell);
+
 } // namespace nqp2::tool

@@ -26,6 +26,13 @@ Option Option::Excludes(const Option& other) const {
     return *this;
 }
 
+Option Option::NotEmpty() const {
+    m_option->check([](const std::string& text) {
+        return text.empty() ? std::string("it is empty") : std::string();
+    });
+    return *this;
+}
+
 Option Option::Between(int least, int most) const {
     m_option->check(CLI::Range(least, most).description(fmt::format("{} to {}", least, most)));
     return *this;

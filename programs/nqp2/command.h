@@ -43,6 +43,7 @@ public:
     Option Required(bool required = true) const; // NOLINT(modernize-use-nodiscard)
     Option Needs(const Option& other) const;     // NOLINT(modernize-use-nodiscard)
     Option Excludes(const Option& other) const;  // NOLINT(modernize-use-nodiscard)
+    Option NotEmpty() const;                     // NOLINT(modernize-use-nodiscard)
     Option Between(int least, int most) const;   // NOLINT(modernize-use-nodiscard)
     /// Understood, but not in the help: a name that it had before.
     Option Unlisted() const; // NOLINT(modernize-use-nodiscard)

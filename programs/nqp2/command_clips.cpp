@@ -179,6 +179,21 @@ void PrintBeside(Console& console, const ClipsOptions& options, const Scanned& s
     if (options.AskForFiles()) {
         ForEachFileLine(listing, tell);
     }
+    if (options.report) {
+        ForEachRemarkLine(listing, tell);
+    }
+}
+
+/// Says to a user who sees no remarks that there are some on what metadata tell.
+void WarnOfRemarks(Console& console, const ClipsOptions& options, const ClipListing& listing,
+                   bool areRead) {
+    const std::size_t count = areRead && !options.AreJson() && !options.report
+                                  ? listing.details.Remarked(listing.clips).size()
+                                  : 0;
+    if (count > 0) {
+        console.Message(fmt::format("nqp2: {} clip{} tell{} what cannot be (--report names it)",
+                                    count, count == 1 ? "" : "s", count == 1 ? "s" : ""));
+    }
 }
 
 bool HasLosses(const CardScans& scans) {
@@ -211,6 +226,7 @@ Status RunClips(Console& console, const ClipsOptions& options) {
     if (!options.report) {
         WarnOfSkipped(console, scans);
     }
+    WarnOfRemarks(console, options, listing, reading.metadata);
     const bool lacks = HasLosses(scans) || details.CountOfUnread() > 0 ||
                        (options.AskForFiles() && !details.Broken(clips).empty());
     return options.strict && lacks ? kSkipped : kDone;
@@ -227,9 +243,11 @@ void AddClipsCommand(const Command& program) {
                  "List every card in these folders and below");
     command.JsonAndCsvFlags(options.form, ", a document of all", "; see --columns");
     command.Flag("--jsonl", options.lines, "Print JSON, each clip on a line of its own");
-    command.ValueOption("--columns", options.columns, "COLUMNS",
-                        "Of the table or CSV, names with commas between: Name, Card, Start ...\n"
-                        "(default: all such), all (every field), members of JSON");
+    command
+        .ValueOption("--columns", options.columns, "COLUMNS",
+                     "Of the table or CSV, names with commas between: Name, Card, Start ...\n"
+                     "(default: all such), all (every field), members of JSON")
+        .NotEmpty();
     command.Flag("--metadata", options.metadata, "With JSON, tell all that the clips' files tell");
     command.Flag("--files", options.files,
                  "Tell the files of each clip, clips that are not whole, other files");

@@ -30,10 +30,12 @@ struct EdlOptions {
     bool strict = false;
 };
 
-Row EdlRow(const tag_P2EDL& edl) {
+/// Readers of playlists alone fill the record of each clip that is there.
+Row EdlRow(const tag_P2EDL& edl, bool isPlaylist) {
     std::string clips;
     for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
         clips += (clips.empty() ? "" : " ") + BytesFromText(event.ClipName);
+        clips += isPlaylist && event.Clip.ClipName.IsEmpty() ? " (missing)" : "";
     }
     return {BytesFromText(edl.Name),
             fmt::format("{}", edl.Events.GetSize()),
@@ -43,13 +45,13 @@ Row EdlRow(const tag_P2EDL& edl) {
             clips};
 }
 
-void PrintEdlTable(Console& console, const CArray<tag_P2EDL>& edls) {
+void PrintEdlTable(Console& console, const CArray<tag_P2EDL>& edls, bool arePlaylists) {
     const std::vector<Column> columns = {{"EDIT", Align::Left, 8},    {"EVENTS", Align::Right, 0},
                                          {"LENGTH", Align::Right, 0}, {"CODEC", Align::Left, 12},
                                          {"RATE", Align::Left, 0},    {"CLIPS", Align::Left, 8}};
     PrintTable(console, columns, [&](const TakeRow& take) {
         for (const tag_P2EDL& edl : edls) {
-            take(EdlRow(edl));
+            take(EdlRow(edl, arePlaylists));
         }
     });
     console.Finish();
@@ -57,7 +59,8 @@ void PrintEdlTable(Console& console, const CArray<tag_P2EDL>& edls) {
 }
 
 /// Sorted by name; with a table their number on standard error.
-void PrintEdls(Console& console, CArray<tag_P2EDL>& edls, const OutputForm& form) {
+void PrintEdls(Console& console, CArray<tag_P2EDL>& edls, bool arePlaylists,
+               const OutputForm& form) {
     std::stable_sort(edls.begin(), edls.end(), [](const tag_P2EDL& left, const tag_P2EDL& right) {
         return left.Name.CompareNoCase(right.Name) < 0;
     });
@@ -66,7 +69,7 @@ void PrintEdls(Console& console, CArray<tag_P2EDL>& edls, const OutputForm& form
                  {{{"edls", records}},
                   Content([](ValueSink& sink) { PutEdl(sink, {}); }),
                   records,
-                  [&edls](Console& target) { PrintEdlTable(target, edls); }});
+                  [&](Console& target) { PrintEdlTable(target, edls, arePlaylists); }});
 }
 
 struct EdlScan {
@@ -86,7 +89,7 @@ EdlScan LoadEdls(const Card& card) {
 
 Status RunEdlList(Console& console, const EdlOptions& options) {
     EdlScan scan = LoadEdls(EnterCard(console, options.card, {kP2Cards, L"EDITLIST"}));
-    PrintEdls(console, scan.edls, options.form);
+    PrintEdls(console, scan.edls, false, options.form);
     console.Finish();
     return TellLosses(console, scan.report, options.strict);
 }
@@ -99,7 +102,7 @@ Status RunPlaylists(Console& console, const EdlOptions& options) {
     if (parser->LoadCardPlaylists(card.Root(), playlists, report) != 0) {
         card.ThrowNoPlaylists();
     }
-    PrintEdls(console, playlists, options.form);
+    PrintEdls(console, playlists, true, options.form);
     console.Finish();
     return TellLosses(console, report, options.strict);
 }
@@ -124,7 +127,8 @@ void AddEdlCommand(const Command& program) {
 void AddPlaylistsCommand(const Command& program) {
     const Command command =
         program.Add("playlists", "List the playlists of an AVCHD card or disc folder");
-    AddListOptions(command, command.Runs(RunPlaylists), "Exit with 4 when a playlist was skipped");
+    AddListOptions(command, command.Runs(RunPlaylists),
+                   "Exit with 4 when a playlist was skipped or names a clip that is\nmissing");
     command.Example("nqp2 playlists /media/card/PRIVATE --json");
 }
 

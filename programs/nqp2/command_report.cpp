@@ -8,6 +8,7 @@
 #include "nqp2/report/page.h"
 #include "nqp2/report/pictures.h"
 
+#include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/WholeFile.h"
 
 #include <fmt/chrono.h>
@@ -15,11 +16,14 @@
 
 #include <algorithm>
 #include <ctime>
+#include <filesystem>
 #include <optional>
 #include <string>
 
 namespace nqp2::tool {
 namespace {
+
+constexpr const char* kToStandardOutput = "-";
 
 struct ReportOptions {
     ScanOptions scan;
@@ -33,20 +37,44 @@ report::PageContents ReadPage(Console& console, const ReportOptions& options,
     report::PageContents page;
     page.cards = report::ReadContents(scans, clips, describer);
     page.takes = scans.Takes();
+    report::MarkTakes(page.takes, page.cards);
     page.skipped = scans.skipped;
     page.made = fmt::format("{:%Y-%m-%d %H:%M}", fmt::localtime(std::time(nullptr)));
     return page;
+}
+
+/// A camera's card is not written to, whatever way leads to it.
+void RequireOffTheCards(const std::string& page, const CardScans& scans) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::path folder = fs::weakly_canonical(fs::absolute(page).parent_path(), error);
+    for (const CardScan& scan : scans.cards) {
+        const fs::path card = fs::weakly_canonical(PosixPath(scan.card.Top()), error);
+        const auto [left, end] =
+            std::mismatch(card.begin(), card.end(), folder.begin(), folder.end());
+        if (page != kToStandardOutput && left == card.end()) {
+            throw Failure(page, "is on the card", "cards are not written to: give another folder",
+                          kUsage);
+        }
+    }
 }
 
 void TellPage(Console& console, const ClipOrder& clips, report::Pictures& pictures) {
     const auto bare = std::count_if(clips.begin(), clips.end(), [&](const _tag_P2Clip* clip) {
         return pictures.Of(*clip).jpeg.empty();
     });
+    const auto other = std::count_if(clips.begin(), clips.end(), [&](const _tag_P2Clip* clip) {
+        return !pictures.IconProblem(*clip).IsEmpty();
+    });
     if (const std::string& remark = pictures.Remark(); !remark.empty()) {
         console.Message("nqp2: Pictures are missing: " + remark);
     }
-    console.Message(fmt::format("{} clip{}{}", clips.size(), clips.size() == 1 ? "" : "s",
-                                bare == 0 ? "" : fmt::format(", {} without a picture", bare)));
+    const auto count = [](std::ptrdiff_t number, const char* what) {
+        return number == 0 ? "" : fmt::format(", {} {}", number, what);
+    };
+    console.Message(fmt::format("{} clip{}{}{}", clips.size(), clips.size() == 1 ? "" : "s",
+                                count(bare, "without a picture"),
+                                count(other, "with another picture than the icon")));
 }
 
 Status RunReport(Console& console, const ReportOptions& options) {
@@ -54,6 +82,7 @@ Status RunReport(Console& console, const ReportOptions& options) {
     ScanOptions scan = options.scan;
     scan.withFiles = true;
     static const CardScans& scans = *new CardScans(ScanCards(console, scan));
+    RequireOffTheCards(options.page, scans);
     const ClipOrder clips = OrderedClips(scans, "name");
     std::optional<report::Pictures> pictures;
     const auto askForPictures = [&] { pictures.emplace(console, clips, options.scan.worker); };
@@ -69,7 +98,7 @@ Status RunReport(Console& console, const ReportOptions& options) {
         askForPictures();
     }
     const std::string text = report::MakePage(page, *pictures);
-    if (options.page == "-") {
+    if (options.page == kToStandardOutput) {
         console.Write(text);
         console.Finish();
     } else if (const std::string reason = WriteWholeFile(options.page, text); !reason.empty()) {

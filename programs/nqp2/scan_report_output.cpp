@@ -84,9 +84,10 @@ std::string TakeLine(const JoinedTake& take, const std::vector<CardScan>& cards)
     return TakeLine(segments, take.complete, take.missing);
 }
 
-/// Whether the file is among the clips all the same.
+/// Whether the file is among the clips or playlists all the same.
 bool IsListed(const SkippedFile& file) {
-    return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName;
+    return file.reason == SkipReason::NoClipContent || file.reason == SkipReason::UnsafeName ||
+           file.reason == SkipReason::MissingClip;
 }
 
 void TellSkipped(const CArray<SkippedFile>& skipped, const TellLine& tell) {
@@ -186,8 +187,10 @@ Status TellLosses(Console& console, const ScanReport& report, bool strict) {
                                         PositionText(file), BytesFromText(file.text)));
             status = kFailed;
         } else if (file.reason != SkipReason::Companion) { // of which nothing is lost
-            console.Message(
-                fmt::format("nqp2: {}: skipped ({})", PositionText(file), ReasonText(file)));
+            const bool isKept = file.reason == SkipReason::MissingClip;
+            console.Message(fmt::format("nqp2: {}: {}", PositionText(file),
+                                        isKept ? ReasonText(file)
+                                               : fmt::format("skipped ({})", ReasonText(file))));
             status = strict && status == kDone ? kSkipped : status;
         }
     }

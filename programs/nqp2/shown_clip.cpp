@@ -46,7 +46,8 @@ void PutLength(ValueSink& sink, std::int32_t frames, const FrameRate* rate) {
     PutNumber(sink, "frames", frames);
     if (rate != nullptr) {
         sink.Name("seconds");
-        sink.Put(frames / rate->PerSecond());
+        // One division of whole numbers: as near as a number comes, and as short as it is told.
+        sink.Put(static_cast<double>(std::int64_t{frames} * rate->seconds) / rate->frames);
     }
     sink.EndRecord();
 }
@@ -93,6 +94,15 @@ void PutTake(ValueSink& sink, const ShownTake& shown) {
     sink.EndRecord();
 }
 
+void PutRemarks(ValueSink& sink, const std::vector<std::string>& remarks) {
+    sink.Name("remarks");
+    sink.BeginList(ListOf::Values);
+    for (const std::string& remark : remarks) {
+        sink.Put(std::string_view(remark));
+    }
+    sink.EndList();
+}
+
 void PutBeside(ValueSink& sink, const ShownClip& shown) {
     const _tag_P2Clip& clip = shown.clip;
     const FrameRate* const rate = FindFrameRate(clip.FrameRate);
@@ -114,6 +124,9 @@ void PutBeside(ValueSink& sink, const ShownClip& shown) {
         sink.Name("metadata");
         PutMetadata(sink, *shown.metadata);
     }
+    if (shown.remarks != nullptr && !shown.remarks->empty()) {
+        PutRemarks(sink, *shown.remarks);
+    }
 }
 
 /// What the record's date has lost is in the metadata, where these were read.
@@ -125,8 +138,14 @@ CString DateOf(const CString& recorded, std::int16_t zone, const CString* told) 
 } // namespace
 
 CString StartOf(const ShownClip& shown) {
-    return DateOf(shown.clip.StartDate, shown.zones.start,
-                  shown.metadata == nullptr ? nullptr : &shown.metadata->shoot.startDate);
+    const ClipMetadata* const metadata = shown.metadata;
+    // The record of a camera file has the file's own time where the container tells a better one.
+    const bool isContainer =
+        metadata != nullptr && shown.clip.SourceKind != 0 && metadata->shoot.startDate.IsEmpty();
+    const CString* const told = metadata == nullptr ? nullptr
+                                : isContainer       ? &metadata->access.creationDate
+                                                    : &metadata->shoot.startDate;
+    return DateOf(shown.clip.StartDate, shown.zones.start, told);
 }
 
 CString EndOf(const ShownClip& shown) {

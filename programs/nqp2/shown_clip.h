@@ -10,7 +10,9 @@
 #include "NQP2ParserU/P2Clip.h"
 #include "NQP2ParserU/ScanReport.h"
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace nqp2::tool {
 
@@ -29,6 +31,7 @@ struct ShownClip {
     const ShownTake* take = nullptr;
     const ClipMetadata* metadata = nullptr; ///< null where they were not read
     const CArray<ClipFile>* files = nullptr;
+    const std::vector<std::string>* remarks = nullptr; ///< on what it tells; null is none
 };
 
 /// Start and end in ISO 8601, "" where they are not told.

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace nqp2::tool {
 namespace {
@@ -60,6 +61,14 @@ void TimelineLists::Read(const CardScan& scan) {
     static_cast<void>(scan.kind == CardKind::P2
                           ? parser->LoadCardEdls(root, m_lists, m_report)
                           : parser->LoadCardPlaylists(root, m_lists, m_report));
+    // The events of missing clips are told one by one.
+    CArray<SkippedFile> skipped;
+    for (const SkippedFile& file : m_report.skipped) {
+        if (file.reason != SkipReason::MissingClip) {
+            skipped.Add(file);
+        }
+    }
+    m_report.skipped = std::move(skipped);
     std::stable_sort(m_lists.begin(), m_lists.end(),
                      [](const tag_P2EDL& left, const tag_P2EDL& right) {
                          return left.Name.CompareNoCase(right.Name) < 0;

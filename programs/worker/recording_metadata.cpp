@@ -21,6 +21,27 @@ CString IdentifierOf(const GUID& guid) {
     return identifier;
 }
 
+std::int32_t NominalOf(const RecordingFormat& format) {
+    return media::ClipTimecodeRate(format.rate, false).nominal;
+}
+
+/// Of a frame, in a day.
+std::int64_t NumberOf(const RecordingFormat& format, std::int64_t frames, bool dropFrame) {
+    constexpr std::int64_t kDay = 24 * 60 * 60;
+    const media::TimecodeRate rate = media::ClipTimecodeRate(format.rate, dropFrame);
+    return media::FrameNumber(frames, rate) % (kDay * rate.nominal);
+}
+
+/// That of every second frame, where metadata number these.
+std::int64_t NumberedAsOnCards(std::int64_t number, std::int32_t nominal) {
+    const std::int64_t field = number % nominal;
+    return nominal < media::kHalfNumberedFrom ? number : number - field + field / 2;
+}
+
+CString NumberText(const RecordingFormat& format, std::int64_t number) {
+    return media::TimecodeText(number, NominalOf(format));
+}
+
 class Writer : xml::MetadataWriter {
 public:
     explicit Writer(const RecordedClip& clip)
@@ -64,7 +85,9 @@ private:
 
     void WriteVideo() {
         const RecordingFormat& format = *m_clip.format;
-        const CString timecode = StartTimecodeText(format, m_clip.startTimecode, m_clip.dropFrame);
+        const CString timecode = NumberText(
+            format, NumberedAsOnCards(NumberOf(format, m_clip.startTimecode, m_clip.dropFrame),
+                                      NominalOf(format)));
         Open(L"Video", L"ValidAudioFlag", L"false");
         Text(L"VideoFormat", L"MXF");
         Text(L"Codec", m_clip.codec, L"Class", format.codecClass);
@@ -131,10 +154,7 @@ bool CanDropFrames(const RecordingFormat& format) {
 }
 
 CString StartTimecodeText(const RecordingFormat& format, std::int64_t frames, bool dropFrame) {
-    constexpr std::int64_t kDay = 24 * 60 * 60;
-    const media::TimecodeRate rate = media::ClipTimecodeRate(format.rate, dropFrame);
-    const std::int64_t number = media::FrameNumber(frames, rate) % (kDay * rate.nominal);
-    return media::TimecodeText(number, rate.nominal);
+    return NumberText(format, NumberOf(format, frames, dropFrame));
 }
 
 std::string MakeMetadata(const RecordedClip& clip) {

@@ -369,6 +369,17 @@ TEST_F(AvchdCardTest, TheFirstItemDecidesTheRateOfAList) {
         ASSERT_EQ(edl.Events.GetSize(), 1) << "a clip that is not there leaves its item out";
         EXPECT_GE(edl.Duration, 10) << "but not its frames";
         EXPECT_EQ(edl.Events[0].GlobalClipID.Right(4), L"0F10") << "the clip's, else the mark's";
+        CArray<tag_P2EDL> lists;
+        m_report = {};
+        EXPECT_EQ(m_parser.LoadCardPlaylists(Root(), lists, m_report), 0);
+        ASSERT_EQ(lists[0].Events.GetSize(), 2) << "unless it is asked for";
+        const tag_P2EDLClipTrackEvent& missing = lists[0].Events[0];
+        EXPECT_EQ(Utf8(missing.ClipName + L' ' + missing.Clip.ClipName + missing.Clip.FrameRate),
+                  "00009 " + Utf8(edl.FrameRate));
+        EXPECT_EQ(missing.Duration + lists[0].Events[1].Duration, edl.Duration);
+        ASSERT_EQ(m_report.skipped.GetSize(), 1);
+        EXPECT_EQ(m_report.skipped[0].reason, SkipReason::MissingClip);
+        EXPECT_TRUE(m_report.skipped[0].text.Right(7) == L": 00009");
     }
 }
 

@@ -139,6 +139,20 @@ TEST_F(ClipFilesTest, RecordingsOfMemosThatAreMissingAreTold) {
     EXPECT_EQ(m_isWhole, "yy");
 }
 
+TEST_F(ClipFilesTest, ARecordingIsTheFileThatItsMemoNames) {
+    const std::string memo = "ClipMetadata/MemoList/+Memo/";
+    m_card.AddClip("0001AA", {{"EssenceList/Video/Codec", "DV25_420"},
+                              {memo + "VoiceFormat", "WAV"},
+                              {"ClipMetadata/MemoList/Memo/VoiceFile", "MEMO7.WAV"},
+                              {memo + "VoiceFormat", "WAV"}});
+    for (const char* const name : {"VIDEO/0001AA.MXF", "VOICE/MEMO7.WAV", "VOICE/MEMO8.WAV"}) {
+        m_card.AddFile(name, "x");
+    }
+    EXPECT_THAT(Read(), UnorderedElementsAre("V0 VIDEO\\0001AA.MXF ", "v0 VOICE\\MEMO7.WAV ",
+                                             "v1 VOICE\\0001AA01.WAV-", "M0 CLIP\\0001AA.XML "));
+    EXPECT_THAT(Loose(), ElementsAre("VOICE\\MEMO8.WAV 1"));
+}
+
 TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {
     AddTwoChannels("0001AA");
     m_card.Folder().MakeFolder("CONTENTS/VIDEO/0001AA.MXF");

@@ -148,6 +148,7 @@ TEST(FileDate, IsLocalTimeOrUnknowWithoutATimeThatFits) {
 }
 
 TEST(ClipTimes, TimecodeIsTheTextThatWasCounted) {
+    // At 59.94p as recorders of AVCHD are read: all frames are counted.
     constexpr std::tuple<const wchar_t*, bool, const wchar_t*, std::int64_t, const wchar_t*>
         kRows[] = {{L"50i", true, L"10:00:00:24", 1, L"10:00:01:00"},
                    {L"29.97p", true, L"00:00:59;29", 1, L"00:01:00;02"},
@@ -162,6 +163,7 @@ TEST(ClipTimes, TimecodeIsTheTextThatWasCounted) {
         clip.FrameRate = rate;
         clip.DropFrame = dropFrame ? 1 : 0;
         clip.StartTimecode = ClipFrameCount(text, rate, dropFrame);
+        clip.SourceKind = CString(rate) == L"59.94p" ? 1 : 0;
         EXPECT_EQ(ClipTimecode(clip), text) << CString(rate);
         EXPECT_EQ(ClipTimecode(clip, offset), then) << CString(rate);
     }
@@ -171,6 +173,26 @@ TEST(ClipTimes, TimecodeIsTheTextThatWasCounted) {
         clip.FrameRate = rate;
         clip.StartTimecode = count;
         EXPECT_EQ(ClipTimecode(clip), L"") << CString(rate);
+    }
+}
+
+TEST(ClipTimes, NumbersOfEverySecondFrameCountTwice) {
+    constexpr std::tuple<const wchar_t*, bool, const wchar_t*, const wchar_t*> kRows[] = {
+        {L"50p", false, L"18:09:30:24", L"18:09:30:48"},
+        {L"50p", false, L"18:09:30:25", L"18:09:30:25"},
+        {L"60p", false, L"00:00:00:29", L"00:00:00:58"},
+        {L"59.94p", false, L"00:01:00:00", L"00:01:00:00"},
+        {L"59.94p", true, L"00:00:59;29", L"00:00:59;58"},
+        {L"59.94p", true, L"00:01:00;02", L"00:01:00;04"},
+        {L"59.94p", true, L"00:01:00;03", L"00:01:00;06"},
+        {L"59.94p", true, L"00:10:00;01", L"00:10:00;02"},
+        {L"59.94p", true, L"23:59:59;29", L"23:59:59;58"}};
+    for (const auto& [rate, dropFrame, written, shown] : kRows) {
+        _tag_P2Clip clip;
+        clip.FrameRate = rate;
+        clip.DropFrame = dropFrame ? 1 : 0;
+        clip.StartTimecode = ClipFrameCount(written, rate, dropFrame);
+        EXPECT_EQ(ClipTimecode(clip), shown) << CString(rate) << CString(written);
     }
 }
 
@@ -201,6 +223,10 @@ TEST(ClipTimes, DatesHaveTheirOwnZoneOrTheGivenOne) {
         {L"2024-02-29T08:58:44", -210, L"2024-02-29T08:58:44-03:30"},
         {L"2024-02-29T08:58:44+08:00", 60, L"2024-02-29T08:58:44+08:00"},
         {L"2024-02-29T08:58:44Z", 60, L"2024-02-29T08:58:44Z"},
+        {L"2024-02-29T08:58:44.040+08:00", 60, L"2024-02-29T08:58:44+08:00"},
+        {L"2024-02-29T08:58:44,5", 60, L"2024-02-29T08:58:44+01:00"},
+        {L"2024-02-29T08:58:44.000000Z", 60, L"2024-02-29T08:58:44Z"},
+        {L"2024-02-29T08:58:44.", 60, L""},
         {L"2023-02-29T08:58:44", 60, L""},
         {L"2024-02-29T24:00:00", 60, L""},
         {L"2024-02-29", 60, L""},

@@ -6,11 +6,13 @@ import csv
 import io
 import json
 import os
+import re
 import unicodedata
 import unittest
 from pathlib import Path
 
-from program import (INCLUDE, CardTest, can_trace, fields_of, main, run, run_on_terminal, traced)
+from program import (INCLUDE, CardTest, can_trace, clip_xml, fields_of, main, run, run_on_terminal,
+                     traced)
 
 HEADER = INCLUDE / "P2Clip.h"
 TOP = "060A2B340101010501010D431300000011111111222233334444555555555555"
@@ -91,6 +93,7 @@ class ClipsTest(ShownCardTest):
             (("clips", self.card.path, *options), line) for options, line in (
                 (("--columns", "Nme"), "--columns Nme: is no column"),
                 (("--columns", "Name,"), "--columns : is no column"),
+                (("--columns", ""), "clips usage: --columns: it is empty"),
                 (("--columns", "Name", "--json"), "--columns: is for tables"),
                 (("--jsonl", "--json"), "--jsonl: is a form of its own"),
                 (("--metadata", "--csv"), "--metadata: is for --json"))])
@@ -130,6 +133,35 @@ class ClipsTest(ShownCardTest):
             self.assertEqual(len(clip["AudioPath"]), 8)
             for memo in clip["Memos"]:
                 self.assertEqual(list(memo), fields_of(HEADER, "_tag_P2Memo"))
+
+    def test_values_that_cannot_be_are_told(self):
+        sound = {"place.latitude": "N53.5511", "place.longitude": "+009.99", "place.altitude": "-3.5 m",
+                 "shoot.startDate": "2024-05-11T09:15:30.250+02:00"}
+        faulty = {"Latitude": "abc", "Longitude": "E181.5", "StartDate": "2024-02-30T00:00:00+00:00",
+                  "CreationDate": "gestern", "DataSize": "viel"}
+        def around(name, text):
+            return f"<{name}>{text}</{name}>"
+        for card, values in (("0006OK", {name.split(".")[1][:1].upper() + name.split(".")[1][1:]: text
+                                         for name, text in sound.items()}), ("0007NO", faulty)):
+            parts = {name: around(name, text) for name, text in values.items()}
+            access, shoot = parts.pop("CreationDate", ""), parts.pop("StartDate")
+            size = parts.pop("DataSize", "")
+            self.card.add_raw(f"{card}.XML", clip_xml(card).replace("</MemoList>", (
+                f"</MemoList><Access>{access}</Access><Shoot>{shoot}<Location>"
+                f"{''.join(parts.values())}</Location></Shoot>")).replace("</Video>", (
+                    f"<VideoIndex>{size}</VideoIndex></Video>")).encode())
+        *_, good, bad = self.told("clips", self.card.path, "--metadata")["clips"]
+        self.assertEqual((good["start"], "remarks" in good), ("2024-05-11T09:15:30+02:00", False))
+        self.assertEqual([(good["metadata"][part][name]) for part, name in
+                          (each.split(".") for each in sound)], list(sound.values()))
+        told = sorted(re.search('"(.+)"$', remark)[1] for remark in bad["remarks"])
+        self.assertEqual((told, "start" in bad), (sorted(faulty.values()), False))
+        report = run("clips", self.card.path, "--report", "--columns", "Scene").stdout
+        self.assertEqual(report.count("\nclip 0007NO: its "), 5)
+        self.assertIn("nqp2: 1 clip tells what cannot be", run("clips", self.card.path, "--csv").stderr)
+        page = run("report", self.card.path, "-o", "-").stdout
+        for remark in bad["remarks"]:
+            self.assertIn(f"0007NO: {remark}".replace('"', "&quot;"), page)
 
     def test_sort_orders(self):
         def names(*options):

@@ -5,6 +5,7 @@
 import copy
 import json
 import re
+import shutil
 import unittest
 from pathlib import Path
 from xml.etree import ElementTree
@@ -140,6 +141,8 @@ class SchemaTest(CardTest):
             del document["clips"][0]["news"]
 
     def test_paths_lead_there_from_any_folder(self):
+        whole = self.p2.resolve()
+        self.assertEqual(self.told("clips", f"{self.p2}/CONTENTS/../../p2")["card"], str(whole))
         for card, folder in ((self.p2.name, self.p2.parent), (".", self.p2), ("../../p2", self.avchd)):
             text = run("clips", "--json", "--files", card, cwd=folder.resolve()).stdout
             document = json.loads(text)
@@ -148,7 +151,7 @@ class SchemaTest(CardTest):
             self.assertGreater(len(paths), 50)
             for path in (*paths, document["card"], document["cards"][0]["root"],
                          *(each["card"] for each in document["clips"])):
-                self.assertTrue(path.startswith("/"), path)
+                self.assertTrue(path.startswith("/") and "/.." not in path, path)
             files = [each for clip in document["clips"] for each in clip["files"]]
             for each in (*files, *document["otherFiles"]):
                 there = each.get("state") != "missing"
@@ -157,7 +160,10 @@ class SchemaTest(CardTest):
                                  Path(each["path"]).stat().st_size if there else 0, each)
 
     def test_each_file_of_the_card_is_a_clips_or_none(self):
-        for card in (self.p2, self.avchd):
+        whole = Path(shutil.copytree(self.avchd.parent, self.folder / "sd"))
+        (whole / "MISC").mkdir()
+        (whole / "MISC" / "NOTES.TXT").write_text("beside PRIVATE")
+        for card in (self.p2, self.avchd, whole):
             document = self.told("clips", card, "--files")
             told = [each["path"] for clip in document["clips"] for each in clip["files"]
                     if each["state"] != "missing"]

@@ -51,7 +51,7 @@ class PageTest(CardTest):
         self.card.add("0001AA", title="Sunset", duration=50, start="2026-05-01T08:00:00+02:00")
         self.card.add("0002BB", title="Night market", duration=9, codec="DV50_422",
                       start="2026-05-02T20:00:00+02:00", memos=[(3, "Rosa", "lanterns are lit")])
-        self.card.add("0003CC", duration=700, start="2026-05-02T21:00:00+02:00")
+        self.card.add("0003CC", duration=700, start="2026-05-02T17:00:00-02:00")
         ingested = run("ingest", "add", self.card.path, "0003CC", "0-699")
         self.assertEqual(ingested.returncode, 0, ingested.stderr)
         self.open()
@@ -73,6 +73,9 @@ class PageTest(CardTest):
                             ("Codec", [0, 2, 1]), ("Memos and marks", [0, 2, 1])):
             self.click_head(head)
             self.assertEqual(self.shown(), [every[place] for place in order], head)
+        self.click_head("Sound")  # alike: as they came, up and down
+        self.click_head("Sound")
+        self.assertEqual(self.shown(), every)
         self.browser.run("document.getElementById('view').click()")
         self.choose("state", "taken")  # as pictures too
         self.assertEqual(self.shown(), every[2:])

@@ -106,6 +106,21 @@ class ReportTest(CardTest):
         self.assertEqual(told, "10 clips, 7 without a picture\n")
         self.assertGreaterEqual(len(re.findall('class="blank" title="[^"]+"', page)), 6)
 
+    def test_what_another_picture_or_a_whole_clip_hides_is_told(self):
+        self.card.add("0001AA", codec="AVC-LongG422", identifier="2" * 64, relation=(
+            f"<Relation><Connection><Top><GlobalClipID>{'1' * 64}</GlobalClipID></Top><Previous>"
+            f"<GlobalClipID>{'1' * 64}</GlobalClipID></Previous></Connection></Relation>"))
+        self.card.add_file("AVCLIP", "0001AA.MXF")
+        self.card.add_file("PROXY", "0001AA.MP4")
+        (self.card.path / "CONTENTS" / "PROXY" / "0001AA.MP4").write_bytes(bitmap())
+        self.add_icon("0001AA", b"no picture at all")
+        page, text, told = self.written()
+        self.assertEqual((len(PICTURE.findall(page)), told),
+                         (1, "1 clip, 1 with another picture than the icon\n"))
+        self.assertIn("wholetake incompleteicon is no picture", text)
+        self.assertEqual(re.findall('data-state="(.+?)"', page), ["broken"])
+        self.assertRegex(text, "/ICON/0001AA.BMP: .+")
+
     @unittest.skipUnless(os.path.exists(WORKER) and can_trace(), "strace cannot trace here")
     def test_a_worker_that_dies_costs_the_picture_at_which_it_does(self):
         for number in range(6):
@@ -148,6 +163,9 @@ class ReportTest(CardTest):
             failed = run("report", self.card.path, "-o", place)
             self.assertEqual(failed.returncode, 1)
             self.assertTrue(failed.stderr.startswith(f"nqp2: {place}: cannot be written"))
+        self.assert_each_fails(2, [(("report", self.card.path, "-o", place), f"{place}: is on the card")
+                                   for place in (self.card.clips / "page.html",
+                                                 self.folder / "card" / ".." / "card" / "p.html")])
 
 
 if __name__ == "__main__":

@@ -110,13 +110,30 @@ class AvchdTest(CardTest):
         edls = self.told("playlists", self.private)["edls"]
         self.assertEqual(tuple(fields(edl, "Name", "Duration", "EditUnit", "FrameRate", "Codec")
                                for edl in edls), PLAYLISTS)
-        for event in (event for edl in edls for event in edl["Events"]):
-            self.assertEqual(event["Clip"]["ClipName"], event["ClipName"])
-            self.assertEqual(event["SourceOut"], event["Clip"]["Duration"])
-        table = run("playlists", self.private)
+        events = [event for edl in edls for event in edl["Events"]]
+        for event in events:
+            if "Clip" in event:
+                self.assertEqual(event["Clip"]["ClipName"], event["ClipName"])
+                self.assertEqual(event["SourceOut"], event["Clip"]["Duration"])
+        self.assertEqual([(event["ClipName"], event["Duration"]) for event in events
+                          if "Clip" not in event], [("00099", 25)])
+        table = run("playlists", self.private, "--strict")
         self.assertIn("00001       2  0:00:03:15  AVCHD_1920_1080_50i  29.97p  00004 00005\n",
                       table.stdout)
-        self.assertEqual(table.stderr, "3 edit lists\n")
+        self.assertIn("00007 00099 (missing) 00006\n", table.stdout)
+        self.assertRegex(table.stderr, "^3 edit lists\nnqp2: .*/00002.MPL: clips that are missing or "
+                         "cannot be read: 00099\n$")
+        self.assertEqual(table.returncode, 4)
+        otio = json.loads(run("timeline", self.private, "00002", "-o", "-").stdout)
+        picture = otio["tracks"]["children"][0]["children"]
+        self.assertEqual([(each["name"], each["source_range"]["duration"]["value"])
+                          for each in picture], [("00007", 60), ("00099", 25), ("00006", 24)])
+        self.assertIn("MissingReference", json.dumps(picture[1]["media_references"]))
+        self.assertIn("00002: 00099 is not on this card: kept as missing (event 2)",
+                      run("timeline", self.private, "-o", "-", "00002").stderr)
+        page = run("report", self.private, "-o", "-").stdout
+        self.assertIn("00099, from its frame 0, 25 frames", page)
+        self.assertIn("1 playlist with clips missing", page)
 
     def test_enters_the_card_from_any_folder_that_leads_to_it(self):
         private = self.private
@@ -150,11 +167,9 @@ class AvchdTest(CardTest):
                   for minutes, seconds, clips, name in re.findall(
                       r"duration: 00:(\d+):(\d+) .*clips: +(\d+) \(playlist: (\d+)\.mpls\)",
                       result.stdout)}
-        # The clip that is missing counts a second there and is left out here.
-        theirs["00002"] = tuple(number - 1 for number in theirs["00002"])
         ours = {edl["Name"]: (len(edl["Events"]), int(sum(
-            event["Duration"] / RATES[event["Clip"]["FrameRate"]] for event in edl["Events"])))
-                for edl in self.told("playlists", self.private)["edls"]}
+            event["Duration"] / RATES[event.get("Clip", {"FrameRate": "50i"})["FrameRate"]]
+            for event in edl["Events"]))) for edl in self.told("playlists", self.private)["edls"]}
         self.assertEqual(ours, theirs)
 
     def test_streams_as_ffprobe_decodes_them(self):

@@ -3,6 +3,7 @@
 
 #include "worker/recording.h"
 
+#include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "tests/support/print_text.h"
 #include "tests/worker/essence_maker.h"
@@ -150,8 +151,12 @@ TEST_F(RecordingTest, EssenceAndMetadataAreReadBackAsTheyWere) {
             EXPECT_EQ(error.empty(), mayBe || other.type == each.type)
                 << CodeTypeName(other.type) << error;
         }
-        ASSERT_EQ(Record(Parameters(each.type), units), "");
+        RecordingParameters parameters = Parameters(each.type);
+        parameters.startTimecode = 20;
+        ASSERT_EQ(Record(parameters, units), "");
         const _tag_P2Clip clip = Scan();
+        EXPECT_EQ(ClipTimecode(clip),
+                  FrameTimecode(20, *FindFrameRate(clip.FrameRate), clip.DropFrame != 0));
         EXPECT_EQ(CodeTypeFromCodec(clip.CodecName, clip.FrameRate, clip.AvcIntraClass50,
                                     clip.CodecClass),
                   each.type);

@@ -48,10 +48,15 @@ std::uint32_t PlatformErrorCode(const xmlError& error, std::string_view ahead) {
     return found != std::end(kCodes) ? found->platform : kOtherFault;
 }
 
-/// One line for a person: some of libxml2's messages go on, or quote the file at any length.
+/// One line for a person: some of libxml2's messages go on, or quote the file at any length. Of a
+/// limit they name what a program could ask it for.
 std::string Reason(const xmlError& error) {
     constexpr std::size_t kLongest = 200;
     const std::string_view message = error.message != nullptr ? error.message : "not well-formed";
+    if (message.find("XML_PARSE_HUGE") != std::string_view::npos) {
+        return message.find("depth") != std::string_view::npos ? "elements are nested too deeply"
+                                                               : "a part of it is too long";
+    }
     return std::string(message.substr(0, std::min(message.find_first_of("\r\n"), kLongest)));
 }
 

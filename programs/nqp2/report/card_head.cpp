@@ -128,7 +128,12 @@ std::vector<std::string> Lacks(const PageContents& page, std::size_t index) {
     };
     add(broken, "clip", " incomplete");
     add(IncompleteTakes(page, index), "take", " incomplete");
-    add(tool::CountOfLosses(card.skipped), "file", " skipped");
+    const auto lists =
+        std::count_if(card.skipped.begin(), card.skipped.end(), [](const SkippedFile& file) {
+            return file.reason == SkipReason::MissingClip;
+        });
+    add(lists, "playlist", " with clips missing");
+    add(tool::CountOfLosses(card.skipped) - lists, "file", " skipped");
     return lacks;
 }
 
@@ -155,19 +160,8 @@ void PutState(Html& html, const std::vector<std::string>& lacks) {
     html.Close("p");
 }
 
-/// That of the folder which people have named: a card may lie in folders that are called the same
-/// on all of its kind.
-std::string NameOf(std::filesystem::path folder) {
-    static constexpr std::string_view kOfEveryCard[] = {"PRIVATE", "AVCHD", "BDMV"};
-    const auto isOfEveryCard = [&](std::string_view name) {
-        return CString(TextFromBytes(folder.filename().native()))
-                   .CompareNoCase(TextFromBytes(name)) == 0;
-    };
-    while (folder.has_relative_path() && folder.parent_path().has_relative_path() &&
-           std::any_of(std::begin(kOfEveryCard), std::end(kOfEveryCard), isOfEveryCard)) {
-        folder = folder.parent_path();
-    }
-    return folder.filename().native();
+std::string WholeFolder(const tool::CardScan& scan) {
+    return tool::OutputPath(scan.card.Folder());
 }
 
 std::string SpaceText(const CardContents& card) {
@@ -178,6 +172,18 @@ std::string SpaceText(const CardContents& card) {
 
 } // namespace
 
+std::string NameOf(const tool::CardScan& scan) {
+    static constexpr const wchar_t* kOfEveryCard[] = {L"BDMV", L"AVCHD", L"PRIVATE"};
+    std::filesystem::path folder = WholeFolder(scan);
+    for (const wchar_t* const name : kOfEveryCard) { // each in the next
+        if (folder.parent_path().has_relative_path() &&
+            TextFromBytes(folder.filename().native()).CompareNoCase(name) == 0) {
+            folder = folder.parent_path();
+        }
+    }
+    return folder.filename().native();
+}
+
 std::string Counted(std::int64_t count, std::string_view what) {
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
@@ -185,12 +191,8 @@ std::string Counted(std::int64_t count, std::string_view what) {
 void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
     const CardContents& card = page.cards[index];
     const tool::CardScan& scan = *card.scan;
-    const std::string folder = scan.card.Folder();
-    std::error_code error;
-    const std::filesystem::path whole =
-        std::filesystem::absolute(std::filesystem::path(folder) / "", error).lexically_normal();
     html.Open("header").With("class", "card-head");
-    html.Open("h2").Foreign(NameOf(whole.parent_path())).Close("h2");
+    html.Open("h2").Foreign(NameOf(scan)).Close("h2");
     PutState(html, Lacks(page, index));
     html.Open("dl");
     const FoundCard found = scan.card.Found() ? *scan.card.Found() : FoundCard();
@@ -203,7 +205,7 @@ void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
     PutFact(html, "Recorded", DatesText(card));
     PutFact(html, "Size", BytesText(card.bytes));
     PutFact(html, "Free", SpaceText(card));
-    PutFact(html, "Folder", whole.parent_path().native());
+    PutFact(html, "Folder", WholeFolder(scan));
     html.Close("dl").Close("header");
 }
 

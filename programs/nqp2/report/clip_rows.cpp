@@ -105,7 +105,7 @@ private:
     void PutStart(const std::string& place) {
         m_html.Open("tr").With("class", "clip").WithText("id", place);
         m_html.WithText("data-name", BytesFromText(m_clip.ClipName));
-        m_html.WithText("data-start", m_contents.start.substr(0, kSecond));
+        m_html.WithText("data-start", m_contents.start);
         m_html.WithText("data-timecode", Timecode());
         m_html.WithNumber("data-length", static_cast<std::int64_t>(
                                              std::llround(1000 * tool::RunningSeconds(m_clip))));
@@ -115,7 +115,8 @@ private:
         m_html.WithNumber("data-notes", std::int64_t{m_contents.metadata.memos.GetSize()});
         m_html.WithNumber("data-frames", FramesTaken(m_contents));
         m_html.With("data-taken", TakenState(m_contents));
-        m_html.With("data-state", IsWhole(m_contents) ? Own("whole") : Own("broken"));
+        m_html.With("data-state",
+                    IsWhole(m_contents) && m_contents.isTakeWhole ? Own("whole") : Own("broken"));
     }
 
     [[nodiscard]] std::string Timecode() const { return BytesFromText(ClipTimecode(m_clip)); }
@@ -181,7 +182,7 @@ private:
         const std::string place = BytesFromText(ClipTimecode(m_clip, memo.offset));
         m_html.Open("li").ShownElement(
             "span", "at", std::string_view(place.empty() ? fmt::format("{}", memo.offset) : place));
-        m_html.Foreign(memo.text);
+        m_html.Text(" ").Foreign(memo.text);
         if (!memo.person.IsEmpty()) {
             m_html.Open("small").Foreign(memo.person).Close("small");
         }
@@ -260,7 +261,21 @@ private:
         if (!m_contents.unread.empty()) {
             m_html.Open("span").With("class", "bad").Foreign(m_contents.unread).Close("span");
         }
+        if (!m_contents.isTakeWhole) {
+            m_html.Element("span", "bad", Own("take incomplete"));
+        }
+        PutAside(m_pictures.IconProblem(m_clip), Own("icon is no picture"));
+        for (const std::string& remark : m_contents.remarks) {
+            m_html.Open("span").With("class", "aside").Foreign(remark).Close("span");
+        }
         m_html.Close("td");
+    }
+
+    void PutAside(const CString& problem, Own words) {
+        if (!problem.IsEmpty()) {
+            m_html.Open("span").With("class", "aside").WithText("title", BytesFromText(problem));
+            m_html.Text(words).Close("span");
+        }
     }
 
     void PutDetail(Own name, std::initializer_list<const CString*> texts) {

@@ -3,6 +3,7 @@
 
 #include "nqp2/report/contents.h"
 
+#include "nqp2/clip_remarks.h"
 #include "nqp2/scan_report_output.h"
 #include "nqp2/shown_clip.h"
 #include "NQP2ParserU/IngestList.h"
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <future>
 #include <map>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -116,6 +118,7 @@ private:
         } else if (status == MetadataStatus::NoFile && !clip.VideoPath.IsEmpty()) {
             m_describer.Describe(clip.VideoPath, contents.metadata, contents.unread);
         }
+        contents.remarks = tool::RemarksOn(clip, &contents.metadata);
         contents.metadata.others.RemoveAll(); // many, and not shown
     }
 
@@ -143,6 +146,9 @@ void ReadCard(CardContents& card, tool::MediaDescriber& describer) {
     ClipReader reader(*card.scan, card, describer);
     for (ClipContents& clip : card.clips) {
         reader.Read(clip);
+        for (const std::string& remark : clip.remarks) {
+            card.remarks.push_back(BytesFromText(clip.clip->ClipName) + ": " + remark);
+        }
     }
     ReadEdits(*card.scan, card);
     ReadSpace(card);
@@ -170,6 +176,23 @@ std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool:
     }
     files.get();
     return all;
+}
+
+void MarkTakes(const CArray<JoinedTake>& takes, std::vector<CardContents>& cards) {
+    std::set<const _tag_P2Clip*> incomplete;
+    for (const JoinedTake& take : takes) {
+        for (const TakeSegment& segment : take.segments) {
+            const auto card = static_cast<std::size_t>(segment.card);
+            if (!take.complete && segment.clip >= 0 && card < cards.size()) {
+                incomplete.insert(&cards[card].scan->clips[segment.clip]);
+            }
+        }
+    }
+    for (CardContents& card : cards) {
+        for (ClipContents& clip : card.clips) {
+            clip.isTakeWhole = incomplete.count(clip.clip) == 0;
+        }
+    }
 }
 
 bool IsWhole(const ClipContents& clip) {

@@ -8,6 +8,7 @@
 #include "nqp2/media_describer.h"
 #include "NQP2ParserU/ClipFiles.h"
 #include "NQP2ParserU/ClipMetadata.h"
+#include "NQP2ParserU/JoinedTakes.h"
 #include "NQP2ParserU/P2EDL.h"
 #include "NQP2ParserU/P2SegInfo.h"
 
@@ -24,6 +25,8 @@ struct ClipContents {
     std::string start; ///< ISO 8601 with its zone, "" where it is not told
     ClipMetadata metadata;
     std::string unread;               ///< why the metadata could not be read
+    std::vector<std::string> remarks; ///< on what the metadata tell
+    bool isTakeWhole = true;          ///< that of which it is a segment
     CArray<ClipFile> lacking;         ///< files that are missing, empty or short
     std::vector<tag_P2SegInfo> taken; ///< what was taken in: stretches apart from each other
     bool isListed = false;            ///< whether the list of what was taken in names it
@@ -52,6 +55,9 @@ struct CardContents {
 /// `describer` is asked for what only the worker can read.
 std::vector<CardContents> ReadContents(const tool::CardScans& scans, const tool::ClipOrder& clips,
                                        tool::MediaDescriber& describer);
+
+/// Notes at each clip whether its take, if it is of one, is complete.
+void MarkTakes(const CArray<JoinedTake>& takes, std::vector<CardContents>& cards);
 
 /// Whether picture, sound and metadata are all there, and the metadata can be read.
 bool IsWhole(const ClipContents& clip);

@@ -3,15 +3,18 @@
 
 #include "nqp2/report/page.h"
 
+#include "nqp2/card.h"
 #include "nqp2/report/assets.h"
 #include "nqp2/report/html.h"
 #include "nqp2/report/sections.h"
+#include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/format.h>
 
 #include <charconv>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace nqp2::report {
 namespace {
@@ -93,6 +96,17 @@ void PutFoot(Html& html, const PageContents& page) {
         .Text("\n");
 }
 
+/// Beside what was read, icons that are none: each has been asked for by now.
+std::vector<std::string> RemarksOf(const CardContents& card, Pictures& pictures) {
+    std::vector<std::string> remarks = card.remarks;
+    for (const ClipContents& clip : card.clips) {
+        if (const CString problem = pictures.IconProblem(*clip.clip); !problem.IsEmpty()) {
+            remarks.push_back(tool::RealPath(clip.clip->IconPath) + ": " + BytesFromText(problem));
+        }
+    }
+    return remarks;
+}
+
 } // namespace
 
 std::string MakePage(const PageContents& page, Pictures& pictures) {
@@ -108,7 +122,7 @@ std::string MakePage(const PageContents& page, Pictures& pictures) {
         PutCardHead(html, page, i);
         PutClips(html, page, i, pictures);
         PutEdits(html, page.cards[i]);
-        PutSkipped(html, page.cards[i].skipped, page.cards[i].remarks);
+        PutSkipped(html, page.cards[i].skipped, RemarksOf(page.cards[i], pictures));
         html.Close("section");
     }
     PutTakes(html, page);

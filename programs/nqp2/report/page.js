@@ -28,12 +28,13 @@
     count.textContent = shown === clips.length ? `${shown} ${shown === 1 ? "clip" : "clips"}` : `${shown} of ${clips.length} clips`;
   }
 
-  const numbers = new Set(["length", "sound", "notes", "frames"]);
+  const places = new Map(clips.map((clip, place) => [clip.row, place]));
+  // Clocks without a zone count as if they had that of Greenwich; no date comes before all dates.
+  const instant = (text) => text === "" ? -Infinity : Date.parse(text.length > 19 ? text : `${text}Z`);
+  const values = { start: instant, length: Number, sound: Number, notes: Number, frames: Number };
   function compare(key, left, right) {
-    const [a, b] = [left.dataset[key], right.dataset[key]];
-    if (numbers.has(key)) {
-      return Number(a) - Number(b);
-    }
+    const value = values[key] || String;
+    const [a, b] = [value(left.dataset[key]), value(right.dataset[key])];
     return a < b ? -1 : a > b ? 1 : 0;
   }
 
@@ -45,7 +46,8 @@
     head.setAttribute("aria-sort", down ? "descending" : "ascending");
     const body = table.tBodies[0];
     const rows = Array.from(body.rows);
-    rows.sort((left, right) => (down ? -1 : 1) * compare(head.dataset.key, left, right));
+    rows.sort((left, right) => (down ? -1 : 1) * compare(head.dataset.key, left, right) ||
+      places.get(left) - places.get(right));
     body.append(...rows);
   }
 

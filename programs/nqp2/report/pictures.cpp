@@ -116,6 +116,9 @@ private:
                 Known& known = m_pictures.m_byClip.at(wishes[i].clip);
                 SmallPicture picture = at(i);
                 const bool isMade = picture.problem.IsEmpty();
+                if (!isMade && wishes[i].next == 0 && !wishes[i].clip->IconPath.IsEmpty()) {
+                    known.iconProblem = picture.problem;
+                }
                 known.isFinal = isMade || wishes[i].next + 1 == wishes[i].files.size();
                 if (isMade || known.picture.problem.IsEmpty()) {
                     known.picture = std::move(picture);
@@ -204,12 +207,21 @@ void Pictures::Wait(std::unique_lock<std::mutex>& lock, const std::string& what,
     }
 }
 
-const SmallPicture& Pictures::Of(const Clip& clip) {
-    Known& known = m_byClip.at(&clip);
+const Pictures::Known& Pictures::KnownOf(const Clip& clip) {
+    const Known& known = m_byClip.at(&clip);
     std::unique_lock lock(m_mutex);
     Wait(lock, "the picture of " + BytesFromText(clip.ClipName),
          [&] { return known.isFinal || m_isOver; });
-    return known.picture;
+    return known;
+}
+
+const SmallPicture& Pictures::Of(const Clip& clip) {
+    return KnownOf(clip).picture;
+}
+
+CString Pictures::IconProblem(const Clip& clip) {
+    const Known& known = KnownOf(clip);
+    return known.picture.jpeg.empty() ? CString() : known.iconProblem;
 }
 
 const std::string& Pictures::Remark() {

@@ -29,6 +29,9 @@ public:
 
     /// A clip's picture, or, where there is one, the reason why it has none.
     const SmallPicture& Of(const _tag_P2Clip& clip);
+    /// Why the picture is another than that of the clip's icon; "" where it is not. Waits as `Of`
+    /// does.
+    CString IconProblem(const _tag_P2Clip& clip);
     /// Why the rest has none, "" when all were asked for. Waits until all are known; throws what
     /// ended the asking early.
     const std::string& Remark();
@@ -36,11 +39,13 @@ public:
 private:
     struct Known {
         SmallPicture picture;
+        CString iconProblem;
         bool isFinal = false;
     };
     class Asking;
 
     void AskForAll(const tool::ClipOrder& clips, const std::string& worker);
+    const Known& KnownOf(const _tag_P2Clip& clip);
     template <class IsKnown>
     void Wait(std::unique_lock<std::mutex>& lock, const std::string& what, IsKnown isKnown);
     void End(const std::string& remark, std::exception_ptr error = nullptr);

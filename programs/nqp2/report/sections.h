@@ -22,6 +22,10 @@ void PutEdits(Html& html, const CardContents& card);
 void PutSkipped(Html& html, const CArray<SkippedFile>& skipped,
                 const std::vector<std::string>& remarks);
 
+/// The name of the folder which people have named: a card may lie in folders that are called the
+/// same on all of its kind.
+std::string NameOf(const tool::CardScan& scan);
+
 /// "3 clips", "1 clip".
 std::string Counted(std::int64_t count, std::string_view what);
 

@@ -18,8 +18,12 @@ void PutSkipped(Html& html, const CArray<SkippedFile>& skipped,
     }
     html.Open("section").With("class", "skipped").Open("h3").Text("Skipped and remarked");
     html.Close("h3").Open("ul");
-    for (const std::string& remark : remarks) {
-        html.Open("li").Foreign(remark).Close("li");
+    const std::size_t told = std::min(remarks.size(), static_cast<std::size_t>(kMost));
+    for (std::size_t i = 0; i < told; ++i) {
+        html.Open("li").Foreign(remarks[i]).Close("li");
+    }
+    if (remarks.size() > told) {
+        html.ShownElement("li", "more", fmt::format("and {} more", remarks.size() - told));
     }
     const std::int64_t shown = std::min<std::int64_t>(skipped.GetSize(), kMost);
     for (std::int64_t i = 0; i < shown; ++i) {

@@ -21,9 +21,9 @@ namespace {
 /// Of clips on one card.
 constexpr std::size_t kMostNames = 12;
 
-/// What there is room for of a card's label: the last step of a path.
-std::string ShortLabel(const std::string& label) {
-    return label.substr(label.rfind('/') + 1);
+/// What there is room for of a card's label, which may be a path.
+std::string ShortLabel(const tool::CardScan& scan) {
+    return scan.label == scan.card.Folder() ? NameOf(scan) : scan.label;
 }
 
 /// A segment, there or missing, as it comes in its take.
@@ -79,7 +79,7 @@ private:
             piece.block.below = tool::LengthText(clip);
             piece.block.link = PlaceOf(card, clip);
             if (m_page.cards.size() > 1) {
-                piece.block.below += " \xC2\xB7 " + ShortLabel(contents.scan->label);
+                piece.block.below += " \xC2\xB7 " + ShortLabel(*contents.scan);
             }
         }
         piece.block.tip = piece.block.label;

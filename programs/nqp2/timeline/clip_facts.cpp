@@ -6,8 +6,6 @@
 #include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <charconv>
 #include <iterator>
@@ -16,8 +14,6 @@
 
 namespace nqp2::timeline {
 namespace {
-
-constexpr std::int32_t kHalfNumbered = 50; ///< from so many numbers a second on
 
 constexpr std::int32_t kMostLines = 8192;
 
@@ -63,17 +59,7 @@ std::int64_t StartOfClip(const _tag_P2Clip& clip, const FrameRate& rate, CardKin
     if (kind == CardKind::Avchd) {
         return 0; // editing systems find no timecode in transport streams
     }
-    CString text = ClipTimecode(clip);
-    if (text.IsEmpty()) {
-        return 0;
-    }
-    const bool dropFrame = clip.DropFrame != 0;
-    const int frames = (text[9] - L'0') * 10 + (text[10] - L'0');
-    if (kind == CardKind::P2 && rate.Nominal() >= kHalfNumbered && frames < rate.Nominal() / 2) {
-        // These metadata number every second frame, files number all.
-        text = text.Left(9) + TextFromBytes(fmt::format("{:02}", frames * 2));
-    }
-    return std::max<std::int64_t>(TimecodeFrame(text, rate, dropFrame), 0);
+    return std::max<std::int64_t>(TimecodeFrame(ClipTimecode(clip), rate, clip.DropFrame != 0), 0);
 }
 
 std::map<CString, TakePlace> PlacesInTakes(const ScanReport& report) {

@@ -52,6 +52,20 @@ public:
         m_placing.PutNext(m_number, std::move(event), m_timeline.rate);
     }
 
+    /// An item of a playlist whose clip is not there. What sound it has is not known.
+    void PutMissing(const tag_P2EDLClipTrackEvent& missing) {
+        Event event;
+        event.rate = RateOf(missing.Clip);
+        event.length = missing.Duration;
+        ++m_number;
+        if (event.length > 0) {
+            event.media = m_shelf.Missing(missing, event.rate, event.length);
+            m_remarks.AddEvent(m_number, fmt::format("{} is not on this card: kept as missing",
+                                                     BytesFromText(missing.ClipName)));
+        }
+        m_placing.PutNext(m_number, std::move(event), m_timeline.rate);
+    }
+
     Timeline Finish(std::string name) {
         m_timeline.name = std::move(name);
         m_timeline.showsProxies = m_options.proxies;
@@ -146,16 +160,14 @@ Timeline FromPlaylist(const CardView& card, const tag_P2EDL& playlist, const Bui
     const bool isEmpty = playlist.Events.IsEmpty();
     out.SetRate(told != nullptr ? *told : isEmpty ? FrameRate() : RateOf(playlist.Events[0].Clip));
     const ClipsByName clips = ByName(*card.clips);
-    std::int64_t frames = 0;
     for (const tag_P2EDLClipTrackEvent& event : playlist.Events) {
         const auto scanned = clips.find(CString(event.ClipName).MakeUpper());
-        out.Put(scanned == clips.end() ? event.Clip : *scanned->second,
-                std::max(event.Duration, 0));
-        frames += event.Duration;
-    }
-    if (frames < playlist.Duration) {
-        remarks.Add(fmt::format("{} frames are of clips that are not on this card: left out",
-                                playlist.Duration - frames));
+        if (scanned == clips.end() && event.Clip.ClipName.IsEmpty()) {
+            out.PutMissing(event);
+        } else {
+            out.Put(scanned == clips.end() ? event.Clip : *scanned->second,
+                    std::max(event.Duration, 0));
+        }
     }
     return out.Finish(BytesFromText(playlist.Name));
 }
