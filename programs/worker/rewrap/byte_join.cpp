@@ -56,7 +56,9 @@ private:
 
     /// What has been seen of a track.
     struct Seen {
-        std::optional<std::uint64_t> damaged; ///< where a unit is that may only span a join
+        std::optional<std::uint64_t> damaged; ///< where a unit is that may only be beside a join
+        int sinceDamage = 0;                  ///< units
+        int sinceJoin = 0;                    ///< units
         std::int64_t due = kNoTime;           ///< when the next unit is decoded
         std::int64_t coded = kNoTime;
         std::uint64_t position = 0;
@@ -75,6 +77,10 @@ private:
     void End();
     [[nodiscard]] const std::string& PartName(std::uint64_t position) const {
         return m_request.parts[m_joined.PartAt(position)].name;
+    }
+
+    [[nodiscard]] copy::Failure Damaged(std::uint64_t position) const {
+        return copy::Failure(PartName(position) + " is damaged or cut off.");
     }
 
     const Request& m_request;
@@ -181,16 +187,22 @@ void ByteJoin::Begin() {
     m_frames = 0;
 }
 
-/// Parts that were packed apart count their packets anew: at a join the mark alone is no fault.
+/// Parts that were packed apart count their packets anew: beside a join the mark alone, which may
+/// be that of a neighbour, is no fault.
 void ByteJoin::CheckDamage(const MediaUnit& unit, Seen& seen) const {
-    const std::size_t here = m_joined.PartAt(unit.position);
-    if (seen.damaged && m_joined.PartAt(*seen.damaged) == here) {
-        throw copy::Failure(PartName(*seen.damaged) + " is damaged.");
+    constexpr int kBeside = 2; // units
+    const bool isJoin =
+        seen.coded != kNoTime && m_joined.PartAt(seen.position) != m_joined.PartAt(unit.position);
+    seen.sinceJoin = isJoin ? 0 : seen.sinceJoin + 1;
+    if (isJoin) {
+        seen.damaged.reset();
+    } else if (seen.damaged && ++seen.sinceDamage > kBeside) {
+        throw Damaged(*seen.damaged);
     }
-    seen.damaged.reset();
-    const bool isFirstOfPart = seen.coded != kNoTime && m_joined.PartAt(seen.position) != here;
-    if (unit.isDamaged && !isFirstOfPart) {
+    const bool isBehindJoin = m_joined.PartAt(unit.position) > 0 && seen.sinceJoin <= kBeside;
+    if (unit.isDamaged && !seen.damaged && !isBehindJoin) {
         seen.damaged = unit.position;
+        seen.sinceDamage = 0;
     }
 }
 
@@ -263,7 +275,7 @@ void ByteJoin::End() {
     constexpr std::uint64_t kSlack = 2; // pictures; a playlist's times are rounded
     for (const Seen& seen : m_seen) {
         if (seen.damaged) {
-            throw copy::Failure(PartName(*seen.damaged) + " is damaged or cut off.");
+            throw Damaged(*seen.damaged);
         }
     }
     if (m_frames == 0) {
