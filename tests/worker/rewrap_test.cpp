@@ -144,30 +144,32 @@ TEST_F(RewrapTest, EveryCodecComesOutAsItWentInAndBearsItsMark) {
         {{"libx264", 1280, 720, k5994, kDeep422, "avcintra-class=100"}, false, "ai1p", 16, ""},
         {{"libx264", 1920, 1080, {25, 1}, kDeep422, class200}, true, "avc1", 16, ""},
     };
+    constexpr int kFrames = 3; // two in the first part
+    constexpr int kFirst = 2;
     for (const auto& row : kRows) {
-        const std::vector<std::string> units = EncodePictures(row.encoding, 5);
+        const std::vector<std::string> units = EncodePictures(row.encoding, kFrames);
         if (units.empty()) {
             continue; // no such encoder here
         }
         SCOPED_TRACE(std::string(row.tag) + " " + std::to_string(row.encoding.rate.num));
         const FrameRate rate = {row.encoding.rate.num, row.encoding.rate.den};
         const auto samples = [&](int frames) { return rewrap::SamplesUpTo(frames, rate); };
-        const std::string sounds[] = {Samples(samples(5), row.bits, 1),
-                                      Samples(samples(5), row.bits, 2)};
+        const std::string sounds[] = {Samples(samples(kFrames), row.bits, 1),
+                                      Samples(samples(kFrames), row.bits, 2)};
         const auto cut = [&](const std::string& sound, bool isFirst) {
-            const auto at = static_cast<std::size_t>(samples(3) * row.bits / 8);
+            const auto at = static_cast<std::size_t>(samples(kFirst) * row.bits / 8);
             return isFirst ? sound.substr(0, at) : sound.substr(at);
         };
         const bool isFull = rate.seconds == 1; // else the part's last frame is filled up
         const RewrapPart whole =
             Part("whole", row.encoding, row.interlaced, units, {sounds[0], sounds[1]}, row.bits);
         const std::vector<RewrapPart> parts = {
-            Part("0001AA", row.encoding, row.interlaced, {units.begin(), units.begin() + 3},
+            Part("0001AA", row.encoding, row.interlaced, {units.begin(), units.begin() + kFirst},
                  {cut(sounds[0], true), cut(sounds[1], true)}, row.bits),
-            Part("0002AA", row.encoding, row.interlaced, {units.begin() + 3, units.end()},
+            Part("0002AA", row.encoding, row.interlaced, {units.begin() + kFirst, units.end()},
                  {cut(sounds[0], false), cut(sounds[1], false)}, row.bits)};
         const Played source = Play(m_from.Path("whole.MXF"));
-        ASSERT_EQ(source.pictures.size(), 5U);
+        ASSERT_EQ(source.pictures.size(), std::size_t{kFrames});
         const bool isDv = std::string(row.encoding.encoder) == "dvvideo";
         for (const RewrapContainer container : kContainers) {
             RewrapRequest request = Request(container, row.encoding, row.interlaced);
@@ -196,7 +198,7 @@ TEST_F(RewrapTest, EveryCodecComesOutAsItWentInAndBearsItsMark) {
             EXPECT_TRUE(*row.timecode == '\0' || played.timecode == row.timecode)
                 << played.timecode;
             EXPECT_EQ(played.marks.size(), container == RewrapContainer::Mxf ? 0U : 2U);
-            EXPECT_EQ(m_result.frames, 5U);
+            EXPECT_EQ(m_result.frames, std::uint32_t{kFrames});
             EXPECT_EQ(played.sound.size(), container == RewrapContainer::Mp4 ? 0U : 2U);
             for (std::size_t i = 0; i < played.sound.size(); ++i) {
                 // What fills a part's last frame stands between the two.
