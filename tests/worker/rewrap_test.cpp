@@ -111,101 +111,141 @@ protected:
     RewrapResult m_result;
 };
 
-/// Two parts of each kind into each container.
-TEST_F(RewrapTest, EveryCodecComesOutAsItWentInAndBearsItsMark) {
-    const char* const class50 = "avcintra-class=50:flags=+ildct";
-    const char* const class100 = "avcintra-class=100:flags=+ildct";
-    const char* const class200 = "avcintra-class=200:flags=+ildct";
-    const struct {
-        TestEncoding encoding;
-        bool interlaced;
-        const char* tag; ///< in MOV
-        int bits;
-        const char* timecode;
-    } kRows[] = {
-        {{"dvvideo", 720, 480, k2997, AV_PIX_FMT_YUV411P}, true, "dvc ", 16, "01:00:00;02"},
-        {{"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV411P}, true, "dvpp", 16, "10:00:00:24"},
-        {{"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV420P}, true, "dvcp", 24, ""},
-        {{"dvvideo", 720, 480, k2997, AV_PIX_FMT_YUV422P}, true, "dv5n", 16, "00:10:00;00"},
-        {{"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV422P}, true, "dv5p", 16, "23:59:59:24"},
-        {{"dvvideo", 1440, 1080, {25, 1}, AV_PIX_FMT_YUV422P}, true, "dvh5", 16, "00:00:00:00"},
-        {{"dvvideo", 1280, 1080, k2997, AV_PIX_FMT_YUV422P}, true, "dvh6", 16, "01:00:00:00"},
-        {{"dvvideo", 960, 720, {50, 1}, AV_PIX_FMT_YUV422P}, false, "dvhq", 16, "01:00:00:48"},
-        {{"dvvideo", 960, 720, k5994, AV_PIX_FMT_YUV422P}, false, "dvhp", 16, "01:01:00;04"},
-        {{"libx264", 1440, 1080, {25, 1}, kDeep420, class50}, true, "ai55", 24, "01:00:00:00"},
-        {{"libx264", 1440, 1080, k2997, kDeep420, class50}, true, "ai56", 16, "01:00:00;00"},
-        {{"libx264", 960, 720, {50, 1}, kDeep420, "avcintra-class=50"}, false, "ai5q", 16, ""},
-        {{"libx264", 960, 720, k5994, kDeep420, "avcintra-class=50"}, false, "ai5p", 16, ""},
-        {{"libx264", 1920, 1080, {25, 1}, kDeep422, class100}, true, "ai15", 16, "00:00:01:00"},
-        {{"libx264", 1920, 1080, k2997, kDeep422, class100}, true, "ai16", 24, "00:00:01;00"},
-        {{"libx264", 1920, 1080, {25, 1}, kDeep422, "avcintra-class=100"}, false, "ai12", 16, ""},
-        {{"libx264", 1920, 1080, k2997, kDeep422, "avcintra-class=100"}, false, "ai13", 16, ""},
-        {{"libx264", 1280, 720, {50, 1}, kDeep422, "avcintra-class=100"}, false, "ai1q", 16, ""},
-        {{"libx264", 1280, 720, k5994, kDeep422, "avcintra-class=100"}, false, "ai1p", 16, ""},
-        {{"libx264", 1920, 1080, {25, 1}, kDeep422, class200}, true, "avc1", 16, ""},
-    };
-    constexpr int kFrames = 3; // two in the first part
-    constexpr int kFirst = 2;
-    for (const auto& row : kRows) {
+constexpr const char* kClass50 = "avcintra-class=50:flags=+ildct";
+constexpr const char* kClass100 = "avcintra-class=100:flags=+ildct";
+constexpr const char* kClass200 = "avcintra-class=200:flags=+ildct";
+
+struct CodecRow {
+    TestEncoding encoding;
+    bool interlaced;
+    const char* tag; ///< in MOV
+    int bits;
+    const char* timecode;
+};
+const CodecRow kCodecRows[] = {
+    {{"dvvideo", 720, 480, k2997, AV_PIX_FMT_YUV411P}, true, "dvc ", 16, "01:00:00;02"},
+    {{"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV411P}, true, "dvpp", 16, "10:00:00:24"},
+    {{"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV420P}, true, "dvcp", 24, ""},
+    {{"dvvideo", 720, 480, k2997, AV_PIX_FMT_YUV422P}, true, "dv5n", 16, "00:10:00;00"},
+    {{"dvvideo", 720, 576, {25, 1}, AV_PIX_FMT_YUV422P}, true, "dv5p", 16, "23:59:59:24"},
+    {{"dvvideo", 1440, 1080, {25, 1}, AV_PIX_FMT_YUV422P}, true, "dvh5", 16, "00:00:00:00"},
+    {{"dvvideo", 1280, 1080, k2997, AV_PIX_FMT_YUV422P}, true, "dvh6", 16, "01:00:00:00"},
+    {{"dvvideo", 960, 720, {50, 1}, AV_PIX_FMT_YUV422P}, false, "dvhq", 16, "01:00:00:48"},
+    {{"dvvideo", 960, 720, k5994, AV_PIX_FMT_YUV422P}, false, "dvhp", 16, "01:01:00;04"},
+    {{"libx264", 1440, 1080, {25, 1}, kDeep420, kClass50}, true, "ai55", 24, "01:00:00:00"},
+    {{"libx264", 1440, 1080, k2997, kDeep420, kClass50}, true, "ai56", 16, "01:00:00;00"},
+    {{"libx264", 960, 720, {50, 1}, kDeep420, "avcintra-class=50"}, false, "ai5q", 16, ""},
+    {{"libx264", 960, 720, k5994, kDeep420, "avcintra-class=50"}, false, "ai5p", 16, ""},
+    {{"libx264", 1920, 1080, {25, 1}, kDeep422, kClass100}, true, "ai15", 16, "00:00:01:00"},
+    {{"libx264", 1920, 1080, k2997, kDeep422, kClass100}, true, "ai16", 24, "00:00:01;00"},
+    {{"libx264", 1920, 1080, {25, 1}, kDeep422, "avcintra-class=100"}, false, "ai12", 16, ""},
+    {{"libx264", 1920, 1080, k2997, kDeep422, "avcintra-class=100"}, false, "ai13", 16, ""},
+    {{"libx264", 1280, 720, {50, 1}, kDeep422, "avcintra-class=100"}, false, "ai1q", 16, ""},
+    {{"libx264", 1280, 720, k5994, kDeep422, "avcintra-class=100"}, false, "ai1p", 16, ""},
+    {{"libx264", 1920, 1080, {25, 1}, kDeep422, kClass200}, true, "avc1", 16, ""},
+};
+
+/// A recording of three pictures and two channels, whole and in two parts.
+class CodecRewrapTest : public RewrapTest {
+protected:
+    static constexpr int kFrames = 3;
+    static constexpr int kFirst = 2; ///< in the first part
+
+    /// False when there is no such encoder here.
+    bool Record(const CodecRow& row) {
         const std::vector<std::string> units = EncodePictures(row.encoding, kFrames);
         if (units.empty()) {
+            return false;
+        }
+        const FrameRate rate = {row.encoding.rate.num, row.encoding.rate.den};
+        const auto bytes = [&](int frames) {
+            return static_cast<std::size_t>(rewrap::SamplesUpTo(frames, rate) * row.bits / 8);
+        };
+        m_parts.clear();
+        m_sounds = {Samples(rewrap::SamplesUpTo(kFrames, rate), row.bits, 1),
+                    Samples(rewrap::SamplesUpTo(kFrames, rate), row.bits, 2)};
+        // Where a frame is no whole number of samples, silence fills the last one of a part.
+        m_sureBytes = rate.seconds == 1 ? bytes(kFrames) : bytes(kFirst);
+        const auto add = [&](const char* name, int from, int to) {
+            std::vector<std::string> sounds;
+            for (const std::string& sound : m_sounds) {
+                sounds.push_back(sound.substr(bytes(from), bytes(to) - bytes(from)));
+            }
+            m_parts.push_back(Part(name, row.encoding, row.interlaced,
+                                   {units.begin() + from, units.begin() + to}, sounds, row.bits));
+        };
+        add("whole", 0, kFrames);
+        m_source = Play(m_from.Path("whole.MXF"));
+        m_parts.clear();
+        add("0001AA", 0, kFirst);
+        add("0002AA", kFirst, kFrames);
+        EXPECT_EQ(m_source.pictures.size(), std::size_t{kFrames});
+        return true;
+    }
+
+    RewrapRequest RequestFor(const CodecRow& row, RewrapContainer container) const {
+        RewrapRequest request = Request(container, row.encoding, row.interlaced);
+        request.timecode = Name(row.timecode);
+        request.title = L"K\u00F6ln";
+        request.reel = L"A001";
+        request.date = L"2026-01-02T03:04:05+09:00";
+        request.chapters.Add({2, L"memo"});
+        for (const RewrapPart& part : m_parts) {
+            request.parts.Add(part);
+        }
+        return request;
+    }
+
+    /// MP4 holds no PCM: takes the sound away. False when it does not hold the pictures either.
+    bool FitMp4(const CodecRow& row, RewrapRequest& request) {
+        EXPECT_THAT(Make(request), HasSubstr("can be put into MOV, MXF and MKV."));
+        for (RewrapPart& part : request.parts) {
+            part.sounds.RemoveAll();
+        }
+        if (std::string(row.encoding.encoder) != "dvvideo") {
+            return true;
+        }
+        EXPECT_THAT(Make(request), HasSubstr("DV is not put into MP4"));
+        return false;
+    }
+
+    void ExpectAsItWas(const CodecRow& row, const RewrapRequest& request) {
+        SCOPED_TRACE(PathOf(request));
+        const Played played = Play(PathOf(request));
+        EXPECT_FALSE(played.hasFault);
+        EXPECT_EQ(played.pictures, m_source.pictures);
+        EXPECT_TRUE(request.container != RewrapContainer::Mov || played.tag == row.tag)
+            << played.tag;
+        EXPECT_TRUE(*row.timecode == '\0' || played.timecode == row.timecode) << played.timecode;
+        EXPECT_EQ(played.marks.size(), request.container == RewrapContainer::Mxf ? 0U : 2U);
+        EXPECT_EQ(m_result.frames, std::uint32_t{kFrames});
+        EXPECT_EQ(played.sound.size(), request.container == RewrapContainer::Mp4 ? 0U : 2U);
+        for (std::size_t i = 0; i < played.sound.size(); ++i) {
+            EXPECT_TRUE(played.sound[i].substr(0, m_sureBytes) ==
+                        m_sounds[i].substr(0, m_sureBytes));
+            EXPECT_LE(played.sound[i].size(), m_sounds[i].size() + 6);
+        }
+    }
+
+    std::vector<RewrapPart> m_parts;
+    std::vector<std::string> m_sounds;
+    std::size_t m_sureBytes = 0;
+    Played m_source;
+};
+
+TEST_F(CodecRewrapTest, EveryCodecComesOutAsItWentInAndBearsItsMark) {
+    for (const CodecRow& row : kCodecRows) {
+        SCOPED_TRACE(std::string(row.tag) + " " + std::to_string(row.encoding.rate.num));
+        if (!Record(row)) {
             continue; // no such encoder here
         }
-        SCOPED_TRACE(std::string(row.tag) + " " + std::to_string(row.encoding.rate.num));
-        const FrameRate rate = {row.encoding.rate.num, row.encoding.rate.den};
-        const auto samples = [&](int frames) { return rewrap::SamplesUpTo(frames, rate); };
-        const std::string sounds[] = {Samples(samples(kFrames), row.bits, 1),
-                                      Samples(samples(kFrames), row.bits, 2)};
-        const auto cut = [&](const std::string& sound, bool isFirst) {
-            const auto at = static_cast<std::size_t>(samples(kFirst) * row.bits / 8);
-            return isFirst ? sound.substr(0, at) : sound.substr(at);
-        };
-        const bool isFull = rate.seconds == 1; // else the part's last frame is filled up
-        const RewrapPart whole =
-            Part("whole", row.encoding, row.interlaced, units, {sounds[0], sounds[1]}, row.bits);
-        const std::vector<RewrapPart> parts = {
-            Part("0001AA", row.encoding, row.interlaced, {units.begin(), units.begin() + kFirst},
-                 {cut(sounds[0], true), cut(sounds[1], true)}, row.bits),
-            Part("0002AA", row.encoding, row.interlaced, {units.begin() + kFirst, units.end()},
-                 {cut(sounds[0], false), cut(sounds[1], false)}, row.bits)};
-        const Played source = Play(m_from.Path("whole.MXF"));
-        ASSERT_EQ(source.pictures.size(), std::size_t{kFrames});
-        const bool isDv = std::string(row.encoding.encoder) == "dvvideo";
         for (const RewrapContainer container : kContainers) {
-            RewrapRequest request = Request(container, row.encoding, row.interlaced);
-            request.timecode = Name(row.timecode);
-            request.title = L"K\u00F6ln";
-            request.reel = L"A001";
-            request.date = L"2026-01-02T03:04:05+09:00";
-            request.chapters.Add({2, L"memo"});
-            request.parts.Add(parts[0]);
-            request.parts.Add(parts[1]);
-            if (container == RewrapContainer::Mp4) {
-                EXPECT_THAT(Make(request), HasSubstr("can be put into MOV, MXF and MKV."));
-                for (RewrapPart& part : request.parts) {
-                    part.sounds.RemoveAll();
-                }
-                if (isDv) {
-                    EXPECT_THAT(Make(request), HasSubstr("DV is not put into MP4"));
-                    continue;
-                }
+            RewrapRequest request = RequestFor(row, container);
+            if (container == RewrapContainer::Mp4 && !FitMp4(row, request)) {
+                continue;
             }
             ASSERT_EQ(Make(request), "") << PathOf(request);
-            const Played played = Play(PathOf(request));
-            EXPECT_FALSE(played.hasFault);
-            EXPECT_EQ(played.pictures, source.pictures) << PathOf(request);
-            EXPECT_TRUE(container != RewrapContainer::Mov || played.tag == row.tag) << played.tag;
-            EXPECT_TRUE(*row.timecode == '\0' || played.timecode == row.timecode)
-                << played.timecode;
-            EXPECT_EQ(played.marks.size(), container == RewrapContainer::Mxf ? 0U : 2U);
-            EXPECT_EQ(m_result.frames, std::uint32_t{kFrames});
-            EXPECT_EQ(played.sound.size(), container == RewrapContainer::Mp4 ? 0U : 2U);
-            for (std::size_t i = 0; i < played.sound.size(); ++i) {
-                // What fills a part's last frame stands between the two.
-                const std::size_t first = isFull ? sounds[i].size() : cut(sounds[i], true).size();
-                EXPECT_TRUE(played.sound[i].substr(0, first) == sounds[i].substr(0, first));
-                EXPECT_LE(played.sound[i].size(), sounds[i].size() + 6);
-            }
+            ExpectAsItWas(row, request);
             std::filesystem::remove(PathOf(request));
         }
     }
@@ -417,8 +457,38 @@ TEST_F(RewrapTest, BareUnitsOfAvcIntraPlayInEveryContainer) {
     }
 }
 
+class SplitRewrapTest : public RewrapTest {
+protected:
+    /// The packets of a file from one share of it to another.
+    RewrapPart Stretch(const std::string& of, double from, double to) {
+        constexpr std::size_t kPacket = 192;
+        const std::string bytes = FilesBelow(m_from.Path()).at(of);
+        const auto at = [&](double share) {
+            return static_cast<std::size_t>(share * static_cast<double>(bytes.size() / kPacket)) *
+                   kPacket;
+        };
+        RewrapPart part;
+        part.name = Name(std::to_string(from).c_str());
+        part.video = InterfaceRoot(
+            m_from.Write("parts/" + of + std::to_string(from) + "-" + std::to_string(to),
+                         bytes.substr(at(from), at(to) - at(from))));
+        return part;
+    }
+    RewrapRequest BytesRequest(RewrapContainer container, const std::vector<RewrapPart>& parts,
+                               std::uint32_t promised) const {
+        RewrapRequest request = Request(container, kDv25Pal, false);
+        request.join = RewrapJoin::Bytes;
+        request.timecode = L"10:00:00:00";
+        for (const RewrapPart& each : parts) {
+            request.parts.Add(each);
+        }
+        request.parts[0].promised = parts.size() == 1 ? promised : 0;
+        return request;
+    }
+};
+
 /// A stream of bytes, split as cameras do it, and what is wrong with it.
-TEST_F(RewrapTest, SplitStreamsAreOneAndWhatIsMissingIsTold) {
+TEST_F(SplitRewrapTest, SplitStreamsAreOneAndWhatIsMissingIsTold) {
     constexpr double kBeforeWrap =
         95'442.2; // seconds; the clock of 33 bits begins anew at ...443.7
     const std::string whole = m_from.Path("whole.mts");
@@ -429,18 +499,7 @@ TEST_F(RewrapTest, SplitStreamsAreOneAndWhatIsMissingIsTold) {
     const Played source = Play(whole);
     ASSERT_EQ(source.pictures.size(), 75U);
     const auto part = [&](const std::string& of, double from, double to) {
-        constexpr std::size_t kPacket = 192;
-        std::string bytes = FilesBelow(m_from.Path()).at(of);
-        const auto at = [&](double share) {
-            return static_cast<std::size_t>(share * static_cast<double>(bytes.size() / kPacket)) *
-                   kPacket;
-        };
-        bytes = bytes.substr(at(from), at(to) - at(from));
-        RewrapPart made;
-        made.name = Name(std::to_string(from).c_str());
-        made.video = InterfaceRoot(
-            m_from.Write("parts/" + of + std::to_string(from) + "-" + std::to_string(to), bytes));
-        return made;
+        return Stretch(of, from, to);
     };
     const struct {
         std::vector<RewrapPart> parts;
@@ -460,14 +519,7 @@ TEST_F(RewrapTest, SplitStreamsAreOneAndWhatIsMissingIsTold) {
     };
     for (const auto& row : kRows) {
         for (const RewrapContainer container : kContainers) {
-            RewrapRequest request = Request(container, kDv25Pal, false);
-            request.join = RewrapJoin::Bytes;
-            request.timecode = L"10:00:00:00";
-            for (const RewrapPart& each : row.parts) {
-                request.parts.Add(each);
-                request.parts[request.parts.GetSize() - 1].promised = 0;
-            }
-            request.parts[0].promised = request.parts.GetSize() == 1 ? row.promised : 0;
+            const RewrapRequest request = BytesRequest(container, row.parts, row.promised);
             if (container == RewrapContainer::Mxf) {
                 EXPECT_THAT(Make(request), HasSubstr("into MOV, MKV and MP4"));
                 continue;
