@@ -190,8 +190,7 @@ private:
         if (count == 0) {
             return;
         }
-        m_format->chapters =
-            static_cast<AVChapter**>(av_calloc(count, sizeof(*m_format->chapters)));
+        m_format->chapters = static_cast<AVChapter**>(av_calloc(count, sizeof(void*)));
         for (const MediaMark& mark : m_plan.marks) {
             auto* const made = static_cast<AVChapter*>(av_mallocz(sizeof(AVChapter)));
             if (m_format->chapters == nullptr || made == nullptr) {

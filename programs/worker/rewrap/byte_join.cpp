@@ -22,7 +22,7 @@ constexpr const char* kLpcm = "pcm_bluray";
 class ByteJoin final : public RecordingInput {
 public:
     ByteJoin(const Request& request, const std::function<bool()>& goesOn)
-        : m_request(request), m_goesOn(goesOn), m_joined(request.parts, goesOn) {
+        : m_request(request), m_joined(request.parts, goesOn) {
         RequireWholePackets();
         Begin();
         m_bytes = m_joined.Size();
@@ -84,7 +84,6 @@ private:
     }
 
     const Request& m_request;
-    const std::function<bool()>& m_goesOn;
     JoinedFile m_joined;
     std::unique_ptr<StreamFile> m_file;
     std::vector<std::size_t> m_trackOf; ///< by stream

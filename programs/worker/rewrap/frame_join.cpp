@@ -62,7 +62,8 @@ std::string FormatText(const PartFacts& facts) {
             picture.width, picture.height,
             picture.rate.frames > 0 ? media::FindRate(picture.rate, isInterlaced) : nullptr));
     for (const MediaStream& sound : facts.sounds) {
-        text += ", " + Shown(media::SoundText(sound.channels, sound.hertz)) + " " + sound.codec;
+        text.append(", ").append(Shown(media::SoundText(sound.channels, sound.hertz)));
+        text.append(" ").append(sound.codec);
     }
     return text;
 }
