@@ -37,7 +37,8 @@ ROOMS = {
 PROGRAMS = {
     "copy": BASE,
     "offload/mhl": BASE | {"xml/dom"},
-    "worker": LIBRARY_OF_WORKER | {"copy", "manual"},
+    "worker": LIBRARY_OF_WORKER | {"copy", "manual", "worker/rewrap"},
+    "worker/rewrap": BASE | {"media", "bridge", "copy", "worker"},
     # The module shares the headers that the two agree on.
     "worker/av": BASE | {"worker"},
     "offload": LIBRARY_OF_WORKER - {"channel"} | {"cards", "edl", "parser", "console", "copy",

@@ -20,12 +20,13 @@ using Format = std::unique_ptr<AVFormatContext, CloseInput>;
 /// A file as libavformat reads it: in small pieces, since it jumps, and by us alone.
 class Source {
 public:
-    explicit Source(MediaInput& input)
-        : m_input(input), m_io(MakeIo(this, 1 << 13, Read, nullptr, Seek)) {}
+    explicit Source(MediaInput& input, int bufferSize = 1 << 13)
+        : m_input(input), m_io(MakeIo(this, bufferSize, Read, nullptr, Seek)) {}
 
     /// Fails for what is none of the containers that are named. `allTags`: also those whose meaning
-    /// libavformat does not know.
-    MediaFault Open(const char* containers, Format& format, bool allTags = false) {
+    /// libavformat does not know. Without `looksInside` no stream is read.
+    MediaFault Open(const char* containers, Format& format, bool allTags = false,
+                    bool looksInside = true) {
         AVFormatContext* opened = avformat_alloc_context();
         if (opened == nullptr) {
             return AvReason(AVERROR(ENOMEM));
@@ -42,7 +43,7 @@ public:
         av_dict_free(&options);
         if (result >= 0) {
             format.reset(opened);
-            result = avformat_find_stream_info(opened, nullptr);
+            result = looksInside ? avformat_find_stream_info(opened, nullptr) : 0;
         }
         return result >= 0 ? MediaFault() : AvReason(result);
     }
