@@ -70,7 +70,7 @@ constexpr Trial kTrials[] = {
     TryMessage<bridge::IconMessage>,          TryMessage<bridge::ErrorTextMessage>,
     TryMessage<bridge::BaseClipInfoMessage>,  TryClipListEntry,
     TryMessage<bridge::ConnectionRecord>,     TryMessage<bridge::PicturesMessage>,
-    TryMessage<bridge::MediaMessage>,
+    TryMessage<bridge::MediaMessage>,         TryMessage<bridge::RewrapMessage>,
 };
 
 } // namespace

@@ -110,6 +110,11 @@ void Describe(Archive& archive, Self& message) {
     archive(message.path, message.tracks, message.texts, message.isCut, message.result);
 }
 
+template <class Archive, RecordOf<RewrapMessage> Self>
+void Describe(Archive& archive, Self& message) {
+    archive(message.request, message.written, message.isCancelled, message.result);
+}
+
 template <class Archive, RecordOf<ConnectionRecord> Self>
 void Describe(Archive& archive, Self& record) {
     archive(record.sendSize, record.receiveSize, record.sendTimeout, record.receiveTimeout);
@@ -198,6 +203,7 @@ template struct WireMessage<ErrorTextMessage>;
 template struct WireMessage<BaseClipInfoMessage>;
 template struct WireMessage<PicturesMessage>;
 template struct WireMessage<MediaMessage>;
+template struct WireMessage<RewrapMessage>;
 template struct WireMessage<ConnectionRecord>;
 
 } // namespace nqp2::bridge

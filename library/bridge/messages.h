@@ -10,6 +10,7 @@
 #include "NQP2ParserU/MediaHeaders.h"
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
 #include "NQP2ParserU/R8P2TransInfo.h"
+#include "NQP2ParserU/Rewrap.h"
 
 #include <cstdint>
 
@@ -54,6 +55,7 @@ enum class MessageId : std::uint32_t {
     RecordedClips = 21000,
     MakePictures = 21001,
     DescribeMedia = 21002,
+    Rewrap = 21003,
 };
 
 /// A message's number as the channel takes it.
@@ -218,6 +220,14 @@ struct MediaMessage : WireMessage<MediaMessage> {
     CArray<TrackMetadata> tracks;
     CArray<MetadataText> texts;
     std::int32_t isCut = 0; ///< there was more than is told
+    std::int32_t result = 0;
+};
+
+/// What one file is to be made of; back comes what was written, without the request.
+struct RewrapMessage : WireMessage<RewrapMessage> {
+    RewrapRequest request;
+    RewrapResult written;
+    std::int32_t isCancelled = 0; ///< why it was refused
     std::int32_t result = 0;
 };
 

@@ -19,6 +19,7 @@ using nqp2::bridge::MediaMessage;
 using nqp2::bridge::MessageId;
 using nqp2::bridge::PicturesMessage;
 using nqp2::bridge::ResultMessage;
+using nqp2::bridge::RewrapMessage;
 using nqp2::bridge::RTExportParamMessage;
 using nqp2::bridge::StopRTExportMessage;
 using nqp2::bridge::SystemTypeMessage;
@@ -181,6 +182,10 @@ std::int32_t CTNQ264BitSupport::MakePictures(PicturesMessage& message,
 
 std::int32_t CTNQ264BitSupport::DescribeMedia(MediaMessage& message) {
     return Request(MessageId::DescribeMedia, message);
+}
+
+std::int32_t CTNQ264BitSupport::Rewrap(RewrapMessage& message) {
+    return Request(MessageId::Rewrap, message);
 }
 
 std::int32_t CTNQ264BitSupport::GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info) {

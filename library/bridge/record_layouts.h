@@ -9,6 +9,7 @@
 #include "NQP2ParserU/ClipMetadataRecords.h"
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
 #include "NQP2ParserU/R8P2TransInfo.h"
+#include "NQP2ParserU/Rewrap.h"
 
 /// The wire order of the records that travel inside messages, and of those that hosts exchange.
 namespace nqp2::bridge {
@@ -79,6 +80,29 @@ void Describe(Archive& archive, Self& track) {
 template <class Archive, RecordOf<MetadataText> Self>
 void Describe(Archive& archive, Self& text) {
     archive(text.path, text.text);
+}
+
+template <class Archive, RecordOf<RewrapPart> Self>
+void Describe(Archive& archive, Self& part) {
+    archive(part.name, part.video, part.sounds, part.first, part.frames, part.promised);
+}
+
+template <class Archive, RecordOf<RewrapChapter> Self>
+void Describe(Archive& archive, Self& chapter) {
+    archive(chapter.frame, chapter.text);
+}
+
+template <class Archive, RecordOf<RewrapRequest> Self>
+void Describe(Archive& archive, Self& request) {
+    archive(request.target, request.container, request.join, request.oneTrack, request.codec);
+    archive(request.rate.frames, request.rate.seconds, request.interlaced);
+    archive(request.aspectWidth, request.aspectHeight, request.timecode);
+    archive(request.title, request.reel, request.date, request.parts, request.chapters);
+}
+
+template <class Archive, RecordOf<RewrapResult> Self>
+void Describe(Archive& archive, Self& result) {
+    archive(result.bytes, result.frames, result.samples, result.soundTracks, result.remarks);
 }
 
 template <class Archive, RecordOf<_BLCLIP> Self>

@@ -54,6 +54,11 @@ void WireWriter::Raw(const void* source, std::uint64_t size) {
     }
 }
 
+void WireWriter::Flag(bool flag) {
+    const std::uint8_t byte = flag ? 1 : 0;
+    Raw(&byte, sizeof byte);
+}
+
 void WireWriter::Text(const CString& text) {
     const std::u16string units = platform::Utf16FromText(text.View());
     Count(static_cast<std::uint32_t>(units.size()));
@@ -79,6 +84,13 @@ void WireReader::Raw(void* target, std::size_t size) {
     if (const unsigned char* const source = Take(size)) {
         std::memcpy(target, source, size);
     }
+}
+
+void WireReader::Flag(bool& flag) {
+    std::uint8_t byte = 0;
+    Raw(&byte, sizeof byte);
+    m_failed = m_failed || byte > 1;
+    flag = byte == 1;
 }
 
 void WireReader::Text(CString& text) {

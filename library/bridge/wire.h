@@ -26,7 +26,9 @@ static_assert(std::endian::native == std::endian::little, "numbers travel as the
 
 /// What travels as its bytes in memory.
 template <class Type>
-inline constexpr bool kTravelsRaw = std::is_integral_v<Type>;
+inline constexpr bool kTravelsRaw = std::is_integral_v<Type> || std::is_enum_v<Type>;
+template <>
+inline constexpr bool kTravelsRaw<bool> = false; ///< not every byte is one
 template <>
 inline constexpr bool kTravelsRaw<GUID> = true;
 template <>
@@ -56,6 +58,8 @@ private:
             Compound(field);
         }
     }
+    void Compound(const bool& flag) { Self().Flag(flag); }
+    void Compound(bool& flag) { Self().Flag(flag); }
     void Compound(const CString& text) { Self().Text(text); }
     void Compound(CString& text) { Self().Text(text); }
     template <class Item>
@@ -89,6 +93,7 @@ public:
     [[nodiscard]] std::uint64_t Figure() const { return m_figure; }
 
     void Raw(const void* source, std::size_t size);
+    void Flag(bool /*flag*/) { Add(1); }
     void Text(const CString& text);
     template <class Item>
     void List(const CArray<Item>& list) {
@@ -122,6 +127,7 @@ public:
     [[nodiscard]] std::uint64_t Written() const { return m_failed ? 0 : m_written; }
 
     void Raw(const void* source, std::uint64_t size);
+    void Flag(bool flag);
     void Text(const CString& text);
     template <class Item>
     void List(const CArray<Item>& list) {
@@ -170,6 +176,8 @@ public:
     [[nodiscard]] std::uint64_t Read() const { return m_failed ? 0 : m_read; }
 
     void Raw(void* target, std::size_t size);
+    /// A byte that is neither 0 nor 1 is none.
+    void Flag(bool& flag);
     /// Kept, workers rely on it: the count alone says where a text ends, and the unit behind it is
     /// set to 0 in the buffer.
     void Text(CString& text);

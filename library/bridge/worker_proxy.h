@@ -125,6 +125,8 @@ public:
                               const std::function<void()>& take);
     /// `message` becomes the reply.
     std::int32_t DescribeMedia(nqp2::bridge::MediaMessage& message);
+    /// `message` becomes the reply.
+    std::int32_t Rewrap(nqp2::bridge::RewrapMessage& message);
     /// `info` travels with the request and becomes what the worker sends back.
     std::int32_t GetP2BaseClipInfo(const CString& path, NQP2BaseClipInfo& info);
 

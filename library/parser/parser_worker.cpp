@@ -6,6 +6,7 @@
 #include "NQP2ParserU/MediaDescription.h"
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/RecordedClips.h"
+#include "NQP2ParserU/Rewrap.h"
 #include "NQP2ParserU/SmallPictures.h"
 #include "platform/guard.h"
 
@@ -233,6 +234,26 @@ DescriptionStatus DescribeMedia(const CNQP2Parser& parser, const CString& path,
     return answer == kDone      ? DescriptionStatus::Described
            : answer == kRefused ? DescriptionStatus::Refused
                                 : DescriptionStatus::NoWorker;
+}
+
+RewrapStatus Rewrap(const CNQP2Parser& parser, const RewrapRequest& request,
+                    RewrapResult& result) noexcept {
+    result = {};
+    bool isCancelled = false;
+    const std::int32_t answer = AskProxy(bridge::ProxyOf::Get(parser), [&](Proxy& proxy) {
+        bridge::RewrapMessage message;
+        message.request = request;
+        const std::int32_t done = proxy.Rewrap(message);
+        isCancelled = done == kRefused && message.isCancelled != 0;
+        if (done == kDone) {
+            result = std::move(message.written);
+        }
+        return done;
+    });
+    return answer == kDone      ? RewrapStatus::Written
+           : isCancelled        ? RewrapStatus::Cancelled
+           : answer == kRefused ? RewrapStatus::Refused
+                                : RewrapStatus::NoWorker;
 }
 
 } // namespace nqp2

@@ -3,6 +3,7 @@
 
 #include "NQP2ParserU/MediaDescription.h"
 #include "NQP2ParserU/NQP2Parser.h"
+#include "NQP2ParserU/Rewrap.h"
 #include "NQP2ParserU/SmallPictures.h"
 #include "tests/bridge/worker_test.h"
 #include "tests/ingest/ingest_test.h"
@@ -74,6 +75,9 @@ const FrontEnd kFrontEnds[] = {
     {"DescribeMedia", 21002, [](auto& p) {
          return static_cast<int>(DescribeMedia(p, L"E:\\a", Fresh<ClipMetadata>()));
      }, 1, 2, 1, 0, 0},
+    {"Rewrap", 21003, [](auto& p) {
+         return static_cast<int>(Rewrap(p, {}, Fresh<RewrapResult>()));
+     }, 2, 3, 2, 0, 0},
 };
 // clang-format on
 

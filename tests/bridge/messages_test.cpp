@@ -63,6 +63,13 @@ NQP2BaseClipInfo BaseClipInfo() {
     return {L"c", GuidFrom(0x40), L"d", 2 * kHigh + 1, 2 * kHigh + 2, 2 * kHigh + 3,
             L"DVSD", L"x", L"", L"z", ListOf<CString>({L"m", L""}), L"e", -5};
 }
+
+RewrapRequest RewrapExample() {
+    return {L"T", RewrapContainer::Mkv, RewrapJoin::Frames, true, L"c", {30000, 1001}, false,
+            16, 9, L"t", L"", L"r", L"d",
+            ListOf<RewrapPart>({{L"n", L"v", ListOf<CString>({L"a"}), 5, 6, 7}}),
+            ListOf<RewrapChapter>({{8, L"x"}})};
+}
 // clang-format on
 
 constexpr unsigned char kData[] = {0x11, 0x22, 0x33, 0x44, 0x55};
@@ -102,6 +109,8 @@ const auto& Examples() {
         Documented{"21002", MediaMessage{{}, L"P",
             ListOf<TrackMetadata>({{L"audio", L"AC-3", L"", L"f"}}),
             ListOf<MetadataText>({{L"Tags/a", L"b"}}), 1, 1}},
+        Documented{"21003", RewrapMessage{{}, RewrapExample(), {kHigh + 1, 10, kHigh + 11, 12,
+            ListOf<CString>({L"m"})}, 0, 1}},
         Documented{"20022", BaseClipInfoMessage{{}, L"P", BaseClipInfo(), 1}},
         Documented{"50, 51", ConnectionRecord{{}, 10240, 20480, 0xFFFFFFFF, 5000}},
     };
