@@ -133,6 +133,7 @@ void AddSealCommand(const Command& program);
 void AddVerifyCommand(const Command& program);
 void AddReportCommand(const Command& program);
 void AddTimelineCommand(const Command& program);
+void AddRewrapCommand(const Command& program);
 void AddLastErrorCommand(const Command& program);
 
 /// What the user typed. Keeps the options of all commands.

@@ -23,8 +23,8 @@ constexpr AddCommand kCommands[] = {
     AddFreeNameCommand,  AddSpaceCommand,    AddEdlCommand,      AddIngestCommand,
     AddPlaylistsCommand, AddImportCommand,   AddExportCommand,   AddDeleteCommand,
     AddIconCommand,      AddSerialCommand,   AddBaseInfoCommand, AddRtExportCommand,
-    AddReportCommand,    AddTimelineCommand, AddOffloadCommand,  AddSealCommand,
-    AddVerifyCommand,    AddLastErrorCommand};
+    AddReportCommand,    AddTimelineCommand, AddRewrapCommand,   AddOffloadCommand,
+    AddSealCommand,      AddVerifyCommand,   AddLastErrorCommand};
 
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {
