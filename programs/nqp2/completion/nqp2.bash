@@ -72,6 +72,8 @@ _nqp2() {
         [report]='--output --recursive --worker'
         [timeline]='--output --form --bin --relative --media --audio --start-timecode --drop-frame --no-memos
             --strict --worker'
+        [rewrap]='--clip --no-take --edl --close-gaps --playlist --all --output --to --form --one-track --title
+            --reel --timecode --dry-run --json --progress --quiet --worker'
         [offload]='--to --name --hash --sums --copies --no-verify-source --log --dry-run --json --progress
             --quiet'
         [seal]='--hash --json --progress --quiet'
@@ -94,11 +96,13 @@ _nqp2() {
         --to | --from) _nqp2_folders "$current"; return ;;
         --worker | --sound | --log | --output | -o) compopt -o default 2>/dev/null; return ;;
         --drive | --bytes | --code-type | --frames | --name | --channels | --bits | --title | \
-            --timecode | --start-timecode | --copies) return ;;
+            --timecode | --start-timecode | --copies | --reel) return ;;
         --hash) _nqp2_words 'xxh128 xxh3 xxh64 md5 sha1 c4' "$current"; return ;;
-        --form) _nqp2_words 'otio edl xml ale' "$current"; return ;;
-        -f)
-            [[ " ${COMP_WORDS[*]} " == *' timeline '* ]] && _nqp2_words 'otio edl xml ale' "$current"
+        --form | -f)
+            case " ${COMP_WORDS[*]} " in
+                *' timeline '*) _nqp2_words 'otio edl xml ale' "$current" ;;
+                *' rewrap '*) _nqp2_words 'mov mxf mkv mp4' "$current" ;;
+            esac
             return
             ;;
         --media) _nqp2_words 'original proxy' "$current"; return ;;
@@ -117,10 +121,10 @@ _nqp2() {
         case $word in
             --from) from=${COMP_WORDS[++i]} ;;
             --all) areCards=1 ;;
-            --clip) areCards=1; ((++i)) ;;
+            --clip | --edl | --playlist) areCards=1; ((++i)) ;;
             --sort | --columns | --bytes | --code-type | -f | --standard | --frames | --name | --to | --worker | \
                 --output | -o | --sound | --channels | --bits | --title | --timecode | --hash | --sums | --copies | \
-                --log | --progress | --form | --media | --audio | --start-timecode) ((++i)) ;;
+                --log | --progress | --form | --media | --audio | --start-timecode | --reel) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
             *)
@@ -139,13 +143,15 @@ _nqp2() {
 
     if [[ $previous == --clip ]]; then
         _nqp2_words "$(_nqp2_clip_names "$card")" "$current"
+    elif [[ $previous == --edl || $previous == --playlist ]]; then
+        _nqp2_words "$(_nqp2_list_names "$card")" "$current"
     elif [[ -z $command ]]; then
         if [[ $current == -* ]]; then
             _nqp2_words "$global --version" "$current"
         else
             _nqp2_words 'clips clip format umid free-name space edl ingest playlists import export
                 delete icon serial base-info rt-export report offload seal verify timeline
-                last-error' "$current"
+                rewrap last-error' "$current"
         fi
     elif [[ $current == -* ]]; then
         _nqp2_words "${options[$command]-} $global" "$current"
@@ -155,7 +161,7 @@ _nqp2() {
         return
     elif [[ $command == base-info ]]; then
         compopt -o default 2>/dev/null
-    elif [[ -z $card || $command == clips || $command == report || -n $areCards ]]; then
+    elif [[ -z $card || $command == clips || $command == report || $command == rewrap || -n $areCards ]]; then
         _nqp2_folders "$current"
     elif [[ $command == offload || $command == seal || $command == verify ]]; then
         return
