@@ -99,10 +99,7 @@ void PlanParts::AddChapters(const Essence& essence, std::uint32_t first, std::ui
         const CString text =
             isUntold && memo.frame == 0 ? essence.name : Bounded(timeline::MemoText(memo), "memo");
         const auto frame = static_cast<std::uint32_t>(m_frames + inPart);
-        if (!chapters.IsEmpty() && chapters[chapters.GetSize() - 1].frame == frame) {
-            CString& last = chapters[chapters.GetSize() - 1].text;
-            last = Bounded(BytesFromText(last + L" / " + text), "memo");
-        } else if (chapters.GetSize() < kMostChapters) {
+        if (chapters.GetSize() < kMostChapters) {
             chapters.Add({frame, text});
         } else {
             Remark(fmt::format("has more than {} memos: the others are left out", kMostChapters));

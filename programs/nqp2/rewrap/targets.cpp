@@ -84,7 +84,10 @@ void SetTarget(Plan& plan, const Form& form, const std::string& file) {
                       type == fs::file_type::none ? "cannot be looked for" : "is there already",
                       type == fs::file_type::none ? error.message() : "nothing is replaced");
     }
-    plan.request.target = tool::WorkerPath(file);
+    const fs::path path(file);
+    const std::string folder = path.parent_path().native();
+    plan.request.target = tool::WorkerPath(folder.empty() ? "." : folder) + L"\\" +
+                          TextFromBytes(path.filename().native());
     plan.request.container = form.container;
 }
 
