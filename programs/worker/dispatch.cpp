@@ -70,6 +70,7 @@ constexpr Handler kHandlers[] = {
     {MessageId::RecordedClips, Run<bridge::ErrorTextMessage, &Operations::GetRecordedClips>},
     {MessageId::MakePictures, Run<bridge::PicturesMessage, &Operations::MakePictures>},
     {MessageId::DescribeMedia, Run<bridge::MediaMessage, &Operations::DescribeMedia>},
+    {MessageId::Rewrap, Run<bridge::RewrapMessage, &Operations::Rewrap>},
     {MessageId::GetP2BaseClipInfo, Run<bridge::BaseClipInfoMessage, &Operations::GetBaseClipInfo>},
 };
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "NQP2ParserU/FrameRate.h"
+#include "worker/media_streams.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -113,9 +114,6 @@ public:
     virtual bool WriteAt(std::uint64_t position, std::string_view bytes) noexcept = 0;
 };
 
-/// Why the module could not do something: the reason alone; "" when it could.
-using MediaFault = std::string;
-
 /// Puts the units of one stream into an OP-Atom MXF file (SMPTE ST 390).
 class EssenceMuxer {
 public:
@@ -146,6 +144,13 @@ public:
                                 std::unique_ptr<EssenceMuxer>& muxer) const noexcept = 0;
     virtual MediaFault MuxSound(const SoundFormat& format, MediaOutput& output,
                                 std::unique_ptr<EssenceMuxer>& muxer) const noexcept = 0;
+    /// Reads the units of a file of one of the containers (libavformat's names, commas between),
+    /// which outlives the reader.
+    virtual MediaFault OpenReader(MediaInput& input, const char* containers,
+                                  std::unique_ptr<MediaReader>& reader) const noexcept = 0;
+    /// `output` outlives the writer.
+    virtual MediaFault OpenWriter(const FilePlan& plan, MediaOutput& output,
+                                  std::unique_ptr<MediaWriter>& writer) const noexcept = 0;
 };
 
 /// The module's one entry point, and its type: null for a worker of another version.

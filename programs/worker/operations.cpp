@@ -8,6 +8,7 @@
 #include "platform/unicode.h"
 #include "worker/card_requests.h"
 #include "worker/picture_maker.h"
+#include "worker/rewrap/file_maker.h"
 
 #include <iterator>
 #include <optional>
@@ -186,6 +187,18 @@ void Operations::MakePictures(bridge::PicturesMessage& message) {
 
 void Operations::DescribeMedia(bridge::MediaMessage& message) {
     message = DescribeMediaFile(message.path, [this] { return m_progress.Lasts(); });
+}
+
+void Operations::Rewrap(bridge::RewrapMessage& message) {
+    const RewrapRequest asked = std::move(message.request);
+    message = {};
+    TransferProgress progress(m_progress);
+    try {
+        message.written = rewrap::MakeFile(rewrap::Checked(asked), progress);
+    } catch (const copy::Cancelled&) {
+        message.isCancelled = 1;
+        throw;
+    }
 }
 
 void Operations::GetBaseClipInfo(bridge::BaseClipInfoMessage& message) {

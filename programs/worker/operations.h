@@ -37,6 +37,7 @@ public:
     void GetRecordedClips(bridge::ErrorTextMessage& message);
     void MakePictures(bridge::PicturesMessage& message);
     void DescribeMedia(bridge::MediaMessage& message);
+    void Rewrap(bridge::RewrapMessage& message);
     void GetBaseClipInfo(bridge::BaseClipInfoMessage& message);
     void SetRecordingParameters(bridge::RTExportParamMessage& message);
     void SetRecordingAspect(bridge::ValueMessage& message);

@@ -8,6 +8,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
 #include <libswscale/swscale.h>
 }
 
@@ -94,6 +95,11 @@ MediaFault MakeVideoMuxer(const VideoFormat& format, MediaOutput& output,
                           std::unique_ptr<EssenceMuxer>& muxer);
 MediaFault MakeSoundMuxer(const SoundFormat& format, MediaOutput& output,
                           std::unique_ptr<EssenceMuxer>& muxer);
+
+MediaFault MakeReader(MediaInput& input, const char* containers,
+                      std::unique_ptr<MediaReader>& reader);
+MediaFault MakeWriter(const FilePlan& plan, MediaOutput& output,
+                      std::unique_ptr<MediaWriter>& writer);
 
 /// Runs what such a function does where nothing may be thrown.
 template <class Operation>

@@ -9,15 +9,6 @@
 namespace nqp2::worker {
 namespace {
 
-/// The first that any part of the file has to say.
-std::string TagAnywhere(const AVFormatContext& format, const char* name) {
-    std::string value = Tag(format.metadata, name);
-    for (unsigned i = 0; value.empty() && i < format.nb_streams; ++i) {
-        value = Tag(format.streams[i]->metadata, name);
-    }
-    return value;
-}
-
 std::int64_t CountFrames(const AVFormatContext& format, const AVStream& video) {
     if (video.nb_frames > 0) {
         return video.nb_frames;

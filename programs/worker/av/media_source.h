@@ -20,8 +20,8 @@ using Format = std::unique_ptr<AVFormatContext, CloseInput>;
 /// A file as libavformat reads it: in small pieces, since it jumps, and by us alone.
 class Source {
 public:
-    explicit Source(MediaInput& input)
-        : m_input(input), m_io(MakeIo(this, 1 << 13, Read, nullptr, Seek)) {}
+    explicit Source(MediaInput& input, int bufferSize = 1 << 13)
+        : m_input(input), m_io(MakeIo(this, bufferSize, Read, nullptr, Seek)) {}
 
     /// Fails for what is none of the containers that are named. `allTags`: also those whose meaning
     /// libavformat does not know.

@@ -37,6 +37,14 @@ public:
                         std::unique_ptr<EssenceMuxer>& muxer) const noexcept override {
         return WithoutThrowing([&] { return MakeSoundMuxer(format, output, muxer); });
     }
+    MediaFault OpenReader(MediaInput& input, const char* containers,
+                          std::unique_ptr<MediaReader>& reader) const noexcept override {
+        return WithoutThrowing([&] { return MakeReader(input, containers, reader); });
+    }
+    MediaFault OpenWriter(const FilePlan& plan, MediaOutput& output,
+                          std::unique_ptr<MediaWriter>& writer) const noexcept override {
+        return WithoutThrowing([&] { return MakeWriter(plan, output, writer); });
+    }
 };
 
 } // namespace

@@ -1,29 +1,23 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/av/av_headers.h"
+#include "worker/av/media_output.h"
 
 #include <algorithm>
 
 namespace nqp2::worker {
 namespace {
 
-struct FreeFormat {
-    void operator()(AVFormatContext* format) const { avformat_free_context(format); }
-};
-
 class OpAtomMuxer final : public EssenceMuxer {
 public:
-    OpAtomMuxer(MediaOutput& output, AVRational rate)
-        : m_output(output), m_frame(av_inv_q(rate)),
-          m_io(MakeIo(this, 1 << 20, nullptr, Drain, Seek)) {
+    OpAtomMuxer(MediaOutput& output, AVRational rate) : m_frame(av_inv_q(rate)), m_sink(output) {
         AVFormatContext* format = nullptr;
         avformat_alloc_output_context2(&format, nullptr, "mxf_opatom", nullptr);
         m_format.reset(format);
         if (format == nullptr || avformat_new_stream(format, nullptr) == nullptr) {
             throw std::bad_alloc();
         }
-        format->pb = m_io.get();
+        format->pb = &m_sink.Io();
         format->flags |= AVFMT_FLAG_CUSTOM_IO;
     }
 
@@ -36,7 +30,7 @@ public:
         return WithoutThrowing([&] { return Write(unit); });
     }
     MediaFault Finish() noexcept override {
-        return WithoutThrowing([&] { return Flushed(av_write_trailer(m_format.get())); });
+        return WithoutThrowing([&] { return m_sink.Flushed(av_write_trailer(m_format.get())); });
     }
 
 private:
@@ -48,9 +42,9 @@ private:
         packet->pts = packet->dts = av_rescale_q(m_units, m_frame, Stream().time_base);
         packet->duration = av_rescale_q(m_units + 1, m_frame, Stream().time_base) - packet->pts;
         packet->flags |= AV_PKT_FLAG_KEY;
-        m_io->direct = m_units != 0 ? 1 : 0; // nothing but the unit: it needs no buffer
-        MediaFault fault = Flushed(av_write_frame(m_format.get(), packet.get()));
-        m_io->direct = 0;
+        m_sink.Io().direct = m_units != 0 ? 1 : 0; // nothing but the unit: it needs no buffer
+        MediaFault fault = m_sink.Flushed(av_write_frame(m_format.get(), packet.get()));
+        m_sink.Io().direct = 0;
         m_units += fault.empty() ? 1 : 0;
         return fault;
     }
@@ -71,38 +65,10 @@ private:
         return true;
     }
 
-    MediaFault Flushed(int result) {
-        avio_flush(m_io.get());
-        const int error = result < 0 ? result : m_io->error;
-        return error < 0 ? AvReason(error) : MediaFault();
-    }
-
-    static OpAtomMuxer& Self(void* muxer) { return *static_cast<OpAtomMuxer*>(muxer); }
-
-    static int Drain(void* muxer, std::uint8_t* bytes, int count) {
-        OpAtomMuxer& self = Self(muxer);
-        const auto size = static_cast<std::size_t>(std::max(count, 0));
-        if (!self.m_output.WriteAt(self.m_position, {reinterpret_cast<const char*>(bytes), size})) {
-            return AVERROR(EIO);
-        }
-        self.m_position += size;
-        self.m_size = std::max(self.m_size, self.m_position);
-        return count;
-    }
-
-    /// It jumps back to complete the head.
-    static std::int64_t Seek(void* muxer, std::int64_t offset, int whence) {
-        OpAtomMuxer& self = Self(muxer);
-        return SeekTo(offset, whence, self.m_size, self.m_position);
-    }
-
-    MediaOutput& m_output;
     AVRational m_frame; ///< seconds
-    std::uint64_t m_position = 0;
-    std::uint64_t m_size = 0;
     std::int64_t m_units = 0;
-    OwnIo m_io;
-    std::unique_ptr<AVFormatContext, FreeFormat> m_format;
+    Sink m_sink;
+    OwnFormat m_format;
 };
 
 AVRational RateOf(const FrameRate& rate) {

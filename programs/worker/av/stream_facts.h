@@ -17,6 +17,15 @@ inline std::string Tag(const AVDictionary* tags, const char* name) {
     return entry != nullptr ? entry->value : "";
 }
 
+/// The first that any part of the file has to say.
+inline std::string TagAnywhere(const AVFormatContext& format, const char* name) {
+    std::string value = Tag(format.metadata, name);
+    for (unsigned i = 0; value.empty() && i < format.nb_streams; ++i) {
+        value = Tag(format.streams[i]->metadata, name);
+    }
+    return value;
+}
+
 /// The codec's four-character code in upper case, else its name.
 inline std::string CodecText(const AVCodecParameters& codec) {
     std::string text;
