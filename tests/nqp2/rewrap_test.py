@@ -3,14 +3,22 @@
 """One playable file of what a camera has recorded: what it is made of, and whether it holds just
 that."""
 
+import functools
 import json
 import os
+import re
 import shutil
+import signal
+import subprocess
+import unittest
+from fractions import Fraction
 from pathlib import Path
 
 from cards_test import SHOT, segment
 from json_schema_test import validator
-from program import Card, CardTest, ListCardTest, clip_xml, main, run, sample
+from program import (Card, CardTest, ListCardTest, clip_xml, command_line, main, run, sample)
+from usage_test import HAS_WORKER
+from worker_test import wait_for, workers_of
 
 
 def copied(source, target, *clips):
@@ -281,6 +289,175 @@ class PlanTest(ListCardTest):
         files, _ = self.planned(card, other.path, "--all", to=self.folder / "out")
         self.assertEqual([Path(file["target"]).name for file in files],
                          ["0001AA.mov", "_-x.mov", "0001aa-2.mov", "a;b'_.mov"])
+
+
+@unittest.skipUnless(HAS_WORKER and shutil.which("ffmpeg") and shutil.which("ffprobe"),
+                     "the worker is not built, or ffmpeg is not installed")
+class OutputTest(CardTest):
+    """Files as other programs read them."""
+
+    def read(self, file, is_h264, tracks):
+        """Digests of the picture's units, of H.264 without what containers keep elsewhere, and the
+        samples of each track of sound. Everything is decoded, which has to go without an error."""
+        filters = ["-bsf:v", "h264_mp4toannexb,filter_units=remove_types=6-9"] if is_h264 else []
+        units, *sounds = (self.folder / f"read{number}" for number in range(tracks + 1))
+        has_picture = is_h264 is not None
+        picture = ["-map", "0:v:0", "-c", "copy", *filters, "-f", "framemd5", units, "-map", "0:v:0",
+                   "-f", "null", "-"] if has_picture else []
+        for track, path in enumerate(sounds):
+            picture += ["-map", f"0:a:{track}", "-c:a", "pcm_s32le", "-f", "s32le", path]
+        subprocess.run(["ffmpeg", "-v", "error", "-xerror", "-y", "-i", file, *picture], timeout=60,
+                       check=True)
+        return ([line.split(",")[5] for line in units.read_text().splitlines() if line[0] != "#"]
+                if has_picture else [], [path.read_bytes() for path in sounds])
+
+    @functools.cache
+    def read_part(self, video, is_h264, tracks, *sounds):
+        units, samples = self.read(video, is_h264, tracks)
+        return units, samples or [self.read(path, None, 1)[1][0] for path in sounds]
+
+    def facts(self, file):
+        return json.loads(subprocess.run(
+            ["ffprobe", "-v", "error", "-of", "json", "-show_format", "-show_streams",
+             "-show_chapters", file], capture_output=True, timeout=60, check=True).stdout)
+
+    def assert_holds(self, file, planned):
+        """The units and samples of the parts, in their order, and nothing else."""
+        is_h264, tracks = not planned["codec"].startswith("DV"), len(planned["sound"])
+        units, sounds = [], [b""] * tracks
+        size = Fraction(48000 * planned["rate"]["den"], planned["rate"]["num"])
+        for part in self.parts_of(planned):
+            first, end = part["first"], part["first"] + part["frames"]
+            own, samples = self.read_part(part["video"], is_h264, 0 if part["sounds"] else tracks,
+                                          *part["sounds"])
+            is_whole = part["frames"] == part["promised"]
+            units += own if is_whole else own[first:end]
+            for track, each in enumerate(samples):
+                sounds[track] += each if is_whole else each[4 * round(first * size):
+                                                           4 * round(end * size)]
+        found, samples = self.read(file, is_h264, tracks)
+        self.assertEqual(found, units)
+        for track, (own, wanted) in enumerate(zip(samples, sounds, strict=True)):
+            self.assertTrue(own.startswith(wanted) or wanted.startswith(own), track)
+            more = len(own) - len(wanted)
+            self.assertTrue(more == 0 or file.suffix == ".mxf" and abs(more) <= 4 * size, more)
+
+    def parts_of(self, planned):
+        if planned["join"] == "frames":
+            return planned["parts"]
+        whole = self.folder / f"{planned['name']}.mts"
+        whole.write_bytes(b"".join(Path(part["video"]).read_bytes() for part in planned["parts"]))
+        return [{**planned["parts"][0], "video": str(whole)}]
+
+    def written(self, *arguments, status=0):
+        result = run("rewrap", *arguments, "--json")
+        self.assertEqual(result.returncode, status, result.stderr)
+        document = json.loads(result.stdout)
+        validator("rewrap").validate(document)
+        return [file for file in document["files"] if file["state"] == "written"]
+
+    def test_a_take_over_two_cards(self):
+        a = copied(sample("p2"), self.folder / "a", "0012SA", "0014SC")
+        b = copied(sample("p2"), self.folder / "b", "0013SB")
+        for form, tag in (("mov", "ai55"), ("mxf", None), ("mkv", None)):
+            target = self.folder / f"take.{form}"
+            file, = self.written(b, a, "--clip", "0013SB", "-o", target)
+            self.assertEqual(file["written"], {"bytes": target.stat().st_size, "frames": 30,
+                                               "samples": 57600, "soundTracks": 4})
+            self.assert_holds(target, file)
+            facts = self.facts(target)
+            picture = facts["streams"][0]
+            texts = facts["format"]["tags"] | picture.get("tags", {})
+            self.assertEqual({key.lower(): value for key, value in texts.items()}["timecode"],
+                             "06:00:00:00")
+            self.assertIn("Ballonfahrt", texts.values())
+            self.assertEqual(picture["codec_tag_string"], tag or picture["codec_tag_string"])
+            self.assertEqual((picture["r_frame_rate"], float(facts["format"]["duration"])),
+                             ("25/1", 1.2))
+        before = target.read_bytes()
+        self.assert_each_fails(1, [(("rewrap", a, b, "--clip", "0012SA", "-o", target),
+                                    f"{target}: is there already")])
+        self.assertEqual(target.read_bytes(), before)
+
+    def test_every_recording_of_the_sample_cards(self):
+        p2, avchd = sample("p2"), sample("avchd") / "PRIVATE"
+        for form, cards, count in (("mov", (p2, avchd), 19), ("mxf", (p2,), 12),
+                                   ("mkv", (avchd,), 7), ("mp4", (avchd,), 6)):
+            files = self.written(*cards, "--all", "-f", form, "--to", self.folder / form, status=1)
+            self.assertEqual(len(files), count)
+            self.assertEqual(sorted(path.name for path in (self.folder / form).iterdir()),
+                             sorted(Path(file["target"]).name for file in files))
+            for file in files:
+                with self.subTest(file["target"]):
+                    self.assert_holds(Path(file["target"]), file)
+
+    def test_cuts(self):
+        target = self.folder / "cut.mov"
+        file, = self.written(sample("p2"), "--edl", "P002AB", "-o", target)
+        self.assertEqual(file["written"]["frames"], 9)
+        self.assert_holds(target, file)
+        self.assertEqual(self.facts(target)["streams"][0]["codec_tag_string"], "dvh6")
+
+    def test_memos_and_tracks(self):
+        target = self.folder / "x.mov"
+        self.written(sample("p2"), "--clip", "0003K7", "--one-track", "--reel", "R7", "-o", target)
+        facts = self.facts(target)
+        self.assertEqual([(chapter["tags"]["title"], round(float(chapter["start_time"]) * 29.97))
+                          for chapter in facts["chapters"]][:2],
+                         [("Interview Ms Ångström, 1st half", 0),
+                          ("Rosa: Names her teacher here: good opening.; "
+                           "Tove: Same place: lower third from here.", 6)])
+        self.assertEqual([each["channels"] for each in facts["streams"]
+                          if each["codec_type"] == "audio"], [4])
+        self.assertIn("R7", [each["tags"].get("reel_name") for each in facts["streams"]])
+
+    def test_essence_that_is_cut_off_leaves_no_file(self):
+        card = copied(sample("p2"), self.folder / "a", "0001AB", "0002ab", "0004QX")
+        video = card / "CONTENTS" / "VIDEO" / "0001AB.MXF"
+        text = card / "CONTENTS" / "CLIP" / "0001AB.XML"  # which promises no bytes any more
+        text.write_bytes(re.sub(b"<DataSize>.*?</DataSize>", b"", text.read_bytes()))
+        os.truncate(video, video.stat().st_size * 2 // 3)
+        to = self.folder / "out"
+        result = run("rewrap", card, "--all", "--to", to)
+        self.assertEqual(result.returncode, 1)
+        self.assertRegex(result.stderr, "nqp2: 0001AB: not written \\(.*0001AB.*\n"
+                                        "(.*\n)*nqp2: 2 of 3 files written; failed: 0001AB\n")
+        self.assertEqual(sorted(path.name for path in to.iterdir()), ["0002ab.mov", "0004QX.mov"])
+
+    def test_a_signal_or_a_lost_worker_ends_the_run(self):
+        card = copied(sample("p2"), self.folder / "a", "0001AB", "0003K7", "0011C2")
+        for number, status in ((signal.SIGINT, 1), (signal.SIGTERM, 1), (None, 3)):
+            to = self.folder / f"out{number}"
+            process = subprocess.Popen(
+                command_line("rewrap", card, "--all", "--json", "--to", to),
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+            self.addCleanup(process.kill)
+            wait_for(lambda: process.poll() is not None or list(to.glob("*")))
+            if number:
+                process.send_signal(number)
+            else:
+                os.kill(workers_of(process)[0], signal.SIGKILL)
+            shown, told = process.communicate(timeout=60)
+            self.assertEqual(process.returncode, status, told)
+            document = json.loads(shown)
+            validator("rewrap").validate(document)
+            names = {file["name"] for file in document["files"] if file["state"] == "written"}
+            self.assertLess(len(names), 3)
+            self.assertIn("not begun: ", told.decode())
+            self.assertEqual({path.stem for path in to.iterdir()
+                              if number or not path.name.startswith(".")}, names)
+
+    def test_progress(self):
+        told = run("rewrap", sample("avchd") / "PRIVATE", "--playlist", "00001", "--to",
+                   self.folder / "out", "--progress", "json").stderr
+        lines = [json.loads(line) for line in told.splitlines()]
+        for line in lines:
+            validator("progress-line").validate(line)
+        steps = [line for line in lines if "bytes" in line]
+        self.assertEqual({line["phase"] for line in steps}, {"rewrap"})
+        self.assertEqual(steps[-1]["bytes"], steps[-1]["totalBytes"])
+        self.assertEqual([line["bytes"] for line in steps], sorted(line["bytes"] for line in steps))
 
 
 if __name__ == "__main__":
