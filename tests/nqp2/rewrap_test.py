@@ -242,19 +242,22 @@ class PlanTest(ListCardTest):
     def test_what_strangers_write_is_bounded_and_told(self):
         evil = "\x7f</x>\t\n\u202e" + "z" * 10000
         self.add_clip("0001AA", duration=5000, title=evil,
-                      memos=[(i, "P" * 2000, evil) for i in range(1500)] + [(-1, "", ""), (9999, "", "")])
+                      memos=[(i, "P" * 2000, evil) for i in range(500)] + [
+                          (i % 5000, "", "m") for i in range(10000)] + [(-1, "", ""), (9999, "", "")])
         (file,), told = self.planned(self.card.path, "--clip", "0001AA", "--reel", "R" * 5000)
         self.assertEqual(told.splitlines(), [
             "nqp2: 0001AA: a memo is cut to 1000 bytes",
-            "nqp2: 0001AA: has more than 1000 memos: the others are left out",
+            "nqp2: 0001AA: has more than 9999 memos: the others are left out",
             "nqp2: 0001AA: a title is cut to 1000 bytes", "nqp2: 0001AA: a reel is cut to 1000 bytes"])
         texts = [file["title"], file["reel"], *(each["text"] for each in file["chapters"])]
-        self.assertEqual(len(texts), 1002)
+        self.assertEqual(len(texts), 10001)
         self.assertLess(max(map(len, texts)), 1010)
         self.assertFalse(any("\n" in text for text in texts))
-        self.add_list("MANY", *(self.event(i, 1, i % 5000) for i in range(20000)))
-        file, told = self.planned(self.card.path, "--edl", "MANY")
-        self.assertEqual(len(file[0]["parts"]), 20000)
+        self.add_list("MANY", *(self.event(i, 1, i % 5000) for i in range(10000)))
+        self.assertEqual(len(self.planned(self.card.path, "--edl", "MANY")[0][0]["parts"]), 10000)
+        self.add_list("MANY", *(self.event(i, 1, i % 5000) for i in range(10001)))
+        self.assert_each_fails(1, [(("rewrap", self.card.path, "--edl", "MANY", "-o", "x.mov"),
+                                    "MANY: has more parts than a file is made of (10000 at most)")])
         self.add_list("MANY", *(self.event(i, 1) for i in range(70000)))
         result = run("rewrap", self.card.path, "--edl", "MANY", "-o", self.folder / "x.mov")
         self.assertEqual((result.returncode, result.stderr.count("\n")), (1, 2))
@@ -269,6 +272,7 @@ class PlanTest(ListCardTest):
         (self.folder / "new" / "0001AA.mxf").touch()
         self.assert_each_fails(1, [
             ((*clip, "-f", "mov", "-o", self.folder / "new"), f"{self.folder}/new: is there already"),
+            ((*clip, "-o", "a:\\b.mov"), "a:\\b.mov: is no name for a file on every system"),
             ((*clip, "-o", self.folder / "dangling.mov"), f"{self.folder}/dangling.mov: is there"),
             (("rewrap", card, "--all", "--to", self.folder / "new", "-f", "mxf"),
              f"{self.folder}/new/0001AA.mxf: is there already")])

@@ -20,7 +20,6 @@ namespace {
 using tool::Failure;
 
 constexpr std::size_t kMostTextBytes = 1000;
-constexpr std::int64_t kMostChapters = 1000;
 
 std::string RateText(const FrameRate& rate) {
     return fmt::format("{:.5g}", rate.PerSecond());
@@ -31,6 +30,10 @@ std::string RateText(const FrameRate& rate) {
 void PlanParts::Add(const Stretch& stretch, const std::string& subject) {
     const Essence& essence = *stretch.essence;
     RewrapRequest& request = m_plan.request;
+    if (request.parts.GetSize() == kMostRewrapParts) {
+        throw Failure(m_plan.name, "has more parts than a file is made of",
+                      fmt::format("{} at most", kMostRewrapParts));
+    }
     if (request.parts.IsEmpty()) {
         Begin(stretch);
     } else {
@@ -99,10 +102,12 @@ void PlanParts::AddChapters(const Essence& essence, std::uint32_t first, std::ui
         const CString text =
             isUntold && memo.frame == 0 ? essence.name : Bounded(timeline::MemoText(memo), "memo");
         const auto frame = static_cast<std::uint32_t>(m_frames + inPart);
-        if (chapters.GetSize() < kMostChapters) {
+        // One more may come to the first frame.
+        if (chapters.GetSize() < kMostRewrapChapters - 1) {
             chapters.Add({frame, text});
         } else {
-            Remark(fmt::format("has more than {} memos: the others are left out", kMostChapters));
+            Remark(fmt::format("has more than {} memos: the others are left out",
+                               kMostRewrapChapters - 1));
         }
     }
 }

@@ -85,6 +85,9 @@ void SetTarget(Plan& plan, const Form& form, const std::string& file) {
                       type == fs::file_type::none ? error.message() : "nothing is replaced");
     }
     const fs::path path(file);
+    if (path.filename().native().find('\\') != std::string::npos) {
+        throw Failure(file, "is no name for a file on every system", "");
+    }
     const std::string folder = path.parent_path().native();
     plan.request.target = tool::WorkerPath(folder.empty() ? "." : folder) + L"\\" +
                           TextFromBytes(path.filename().native());
