@@ -12,12 +12,6 @@ namespace nqp2::tool {
 
 class Console;
 
-/// What of the cards became no file, and nobody knows what it would have been.
-struct Loss {
-    std::string name; ///< path or playlist
-    std::string reason;
-};
-
 /// A run as JSON; before it has begun, what it would do.
 void PrintRewrap(Console& console, const RewrapRun& run, const std::vector<Loss>& losses);
 

@@ -6,7 +6,10 @@
 #include "NQP2ParserU/Interrupt.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
+
+#include <cstddef>
+#include <utility>
 
 namespace nqp2::tool {
 namespace {
@@ -50,6 +53,20 @@ FileSum SizeOf(const RewrapRun& run) {
     return sum;
 }
 
+/// The first of the names, and how many there are more.
+std::string NamesOf(const std::vector<const RewrappedFile*>& files) {
+    constexpr std::size_t kShown = 8;
+    std::vector<std::string> names;
+    for (const RewrappedFile* const file : files) {
+        if (names.size() < kShown) {
+            names.push_back(file->plan->name);
+        }
+    }
+    return fmt::format("{}{}", fmt::join(names, ", "),
+                       files.size() <= kShown ? ""
+                                              : fmt::format(" and {} more", files.size() - kShown));
+}
+
 } // namespace
 
 std::vector<const RewrappedFile*> RewrapRun::With(FileFate fate) const {
@@ -89,6 +106,33 @@ void RewrapFiles(WorkerSession& session, TransferWatch& watch, RewrapRun& run,
         }
     }
     watch.EndRun();
+}
+
+void TellPlans(RunProgress& shown, const RewrapRun& run, const std::vector<Loss>& losses) {
+    for (const Loss& loss : losses) {
+        shown.Fail(loss.name, "", loss.reason);
+    }
+    for (const RewrappedFile& file : run.files) {
+        for (const std::string& remark : file.plan->remarks) {
+            shown.Remark(fmt::format("{}: {}", file.plan->name, remark));
+        }
+        if (!file.plan->IsPossible()) {
+            shown.Fail(file.plan->name, "", fmt::format("not written ({})", file.failure));
+        }
+    }
+}
+
+void TellEnd(RunProgress& shown, const RewrapRun& run) {
+    std::string text =
+        fmt::format("{} of {} files written", run.With(FileFate::Written).size(), run.files.size());
+    constexpr std::pair<FileFate, const char*> kOthers[] = {{FileFate::Refused, "failed"},
+                                                            {FileFate::Left, "not begun"}};
+    for (const auto& [fate, words] : kOthers) {
+        if (const auto others = run.With(fate); !others.empty()) {
+            text += fmt::format("; {}: {}", words, NamesOf(others));
+        }
+    }
+    shown.Remark(text);
 }
 
 } // namespace nqp2::tool

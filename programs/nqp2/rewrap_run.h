@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "nqp2/rewrap/plan.h"
+#include "nqp2/rewrap_plans.h"
 #include "nqp2/transfer_watch.h"
 #include "nqp2/worker_session.h"
 #include "NQP2ParserU/Rewrap.h"
@@ -47,5 +47,10 @@ using TellRewrapped = std::function<void(const RewrappedFile& file)>;
 /// and where the worker has gone.
 void RewrapFiles(WorkerSession& session, TransferWatch& watch, RewrapRun& run,
                  const TellRewrapped& tell);
+
+/// What a person has to know before anything is written.
+void TellPlans(RunProgress& shown, const RewrapRun& run, const std::vector<Loss>& losses);
+/// What is done and what is not, of a run of several.
+void TellEnd(RunProgress& shown, const RewrapRun& run);
 
 } // namespace nqp2::tool
