@@ -75,7 +75,7 @@ void AddTimes(const _tag_P2Clip& clip, CardKind kind, Essence& essence) {
     if (essence.rate.frames == 0) {
         return;
     }
-    // Records of streams count at the rate of the shot, however often the file repeats its pictures.
+    // Records of streams count at the rate of the shot, however often files repeat its pictures.
     const FrameRate& counted = essence.isStream ? told : essence.rate;
     essence.frames = static_cast<std::uint32_t>(
         timeline::Rescaled(std::max(clip.Duration, 0), counted, essence.rate));
