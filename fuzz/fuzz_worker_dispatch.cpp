@@ -281,6 +281,27 @@ private:
         Send(MessageId::DescribeMedia, message);
     }
 
+    void Rewrap() {
+        bridge::RewrapMessage message;
+        RewrapRequest& request = message.request;
+        request.target = Root() + L"\\" + Name() + L".mov";
+        request.container = static_cast<RewrapContainer>(m_input.Byte() % 5);
+        request.join = static_cast<RewrapJoin>(m_input.Byte() % 3);
+        request.oneTrack = m_input.Byte() % 2 == 1;
+        request.rate = {m_input.Byte(), m_input.Byte()};
+        request.timecode = Name();
+        request.date = Name();
+        for (int left = m_input.Byte() % 3; left > 0; --left) {
+            RewrapPart part;
+            part.video = Root() + L"\\CONTENTS\\VIDEO\\" + Name() + L".MXF";
+            part.first = m_input.Byte();
+            part.frames = m_input.Byte();
+            request.parts.Add(part);
+            request.chapters.Add({m_input.Byte(), Name()});
+        }
+        Send(MessageId::Rewrap, message);
+    }
+
     const Scratch& m_scratch;
     ByteSource& m_input;
     worker::ProgressLink m_progress;
@@ -310,6 +331,7 @@ const Host::Request Host::kRequests[] = {
     &Host::GetBaseClipInfo,
     &Host::MakePictures,
     &Host::DescribeMedia,
+    &Host::Rewrap,
 };
 
 } // namespace

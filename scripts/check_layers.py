@@ -38,7 +38,7 @@ PROGRAMS = {
     "copy": BASE,
     "offload/mhl": BASE | {"xml/dom"},
     "worker": LIBRARY_OF_WORKER | {"copy", "worker/rewrap"},
-    "worker/rewrap": LIBRARY_OF_WORKER - {"channel", "clips"} | {"copy", "worker"},
+    "worker/rewrap": BASE | {"media", "bridge", "copy", "worker"},
     # The module shares the headers that the two agree on.
     "worker/av": BASE | {"worker"},
     "offload": LIBRARY_OF_WORKER - {"channel"} | {"cards", "edl", "parser", "console", "copy",

@@ -132,6 +132,18 @@ class Cards:
 
         return self._made(f"tape-{frames}", make) / "tape.dv"
 
+    def recorded(self, nqp2: Path, frames: int) -> Path:
+        """The video file of a clip that was recorded from such a stream."""
+        tape = self.tape(frames)
+
+        def make(card: Path) -> None:
+            (card / "CONTENTS").mkdir(parents=True)
+            subprocess.run([nqp2, "rt-export", card, tape, "--code-type", "CT_DV25_50I",
+                            "--quiet"], check=True)
+
+        card = self._made(f"recorded-{frames}", make)
+        return next((card / "CONTENTS" / "VIDEO").glob("*.MXF"))
+
     def camera_file(self) -> Path:
         def make(folder: Path) -> None:
             folder.mkdir()

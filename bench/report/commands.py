@@ -85,7 +85,7 @@ class Commands:
         kinds: dict[str, Callable[[set[str]], Figures]] = {
             "command": self._listings, "calls": self._calls, "copy": self._copies,
             "record": self._recordings, "page": self._pages, "shelf": self._shelves,
-            "disc": self._discs, "fan": self._fans}
+            "disc": self._discs, "fan": self._fans, "rewrap": self._rewraps}
         return kinds[kind](names)
 
     def _low(self, runs: dict[str, Callable[[], list]], times: int) -> Figures:
@@ -232,6 +232,26 @@ class Commands:
                                          prepare()],
                 "record/ours": lambda: [self._setting.nqp2, "rt-export", prepare(), tape,
                                         "--code-type", "CT_DV25_50I", "--quiet"]}, 2)
+        finally:
+            self._fresh_folder()
+
+    def _rewraps(self, _names: set[str]) -> Figures:
+        """A recorded clip as a file of each container, against a proven copy of what it is made
+        of."""
+        essence = self._setting.cards.recorded(self._setting.nqp2, self._setting.sizes.frames)
+        ours = [self._setting.programs / "rewrap_once", self._setting.nqp2.parent / "nqp2-worker"]
+
+        def prepare() -> Path:
+            forget([essence])
+            return self._fresh_folder()
+
+        runs = {"rewrap/plain": lambda: [self._setting.programs / "plain_copy", "both", essence,
+                                         prepare()]}
+        for form in ("mov", "mxf", "mkv"):
+            runs[f"rewrap/{form}"] = lambda form=form: [*ours, form, prepare() / f"file.{form}",
+                                                        essence]
+        try:
+            return self._low(runs, 2)
         finally:
             self._fresh_folder()
 

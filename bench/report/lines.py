@@ -172,7 +172,16 @@ def worker_lines(sizes: Sizes) -> list[Line]:
              figure("record/ours:wall"), figure("record/plain:wall"), 1.5),
         Line(f"recording {sizes.frames:,} frames, processor time / the same", "ms",
              figure("record/ours:processor"), figure("record/plain:processor")),
-    ] + fan_lines(sizes)
+    ] + rewrap_lines(sizes) + fan_lines(sizes)
+
+
+def rewrap_lines(sizes: Sizes) -> list[Line]:
+    """One playable file of a recording."""
+    rewrapped = f"file of {sizes.frames:,} frames of DV"
+    against = "cp, flush, checksums of both"
+    return [Line(f"{form.upper()} {rewrapped} / {against}", "ms", figure(f"rewrap/{form}:wall"),
+                 figure("rewrap/plain:wall"), goal)
+            for form, goal in (("mov", 1.5), ("mxf", 1.5), ("mkv", 3))]
 
 
 def fan_lines(sizes: Sizes) -> list[Line]:

@@ -46,7 +46,7 @@ struct MediaStream {
     FrameRate rate = {0, 1};
     FieldOrder order = FieldOrder::Unknown;
     bool isIntra = false;      ///< of a profile that has no other pictures
-    std::int32_t delay = 0;      ///< pictures that are decoded before the first is shown
+    std::int32_t delay = 0;    ///< pictures that are decoded before the first is shown
     bool hasColour = false;    ///< it tells its primaries itself
     std::string parameterSets; ///< as the container has them
     std::int32_t channels = 0;
@@ -95,6 +95,7 @@ struct TrackPlan {
     Tick tick;             ///< of its units' times
     std::string name;
     // Pictures.
+    std::string parameterSets; ///< with start codes; "": as the stream has them
     FrameRate rate = {0, 1};
     FieldOrder order = FieldOrder::Unknown;
     std::int32_t pixelWidth = 0; ///< 0: as the stream has it

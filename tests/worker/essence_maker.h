@@ -34,4 +34,19 @@ struct ReadBack {
 };
 ReadBack ReadEssence(const std::string& path);
 
+/// A transport stream of AVCHD: packets of 192 bytes, pictures of which some are shown later than
+/// others that follow them, AC-3. False when this libavcodec has no such encoders.
+bool WriteTransportStream(const std::string& path, int pictures, double firstSecond);
+
+/// What a player makes of a file.
+struct Played {
+    std::string tag;                   ///< of the pictures
+    std::vector<std::size_t> pictures; ///< a hash of each
+    std::vector<std::string> sound;    ///< of each track, as it lies in the file
+    std::string timecode;
+    std::vector<std::string> marks;
+    bool hasFault = false; ///< a decoder complained
+};
+Played Play(const std::string& path);
+
 } // namespace nqp2::worker

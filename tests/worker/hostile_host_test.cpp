@@ -87,6 +87,12 @@ protected:
         EXPECT_LT(test::TimeOf([] { LeaveWorker(); }), test::kSlack);
     }
 
+    bridge::RewrapMessage Rewrap(const CString& root) {
+        bridge::RewrapMessage message;
+        message.request.target = root + L"\\file.mov";
+        message.request.parts.Add({L"0001AB", root + L"\\CONTENTS\\VIDEO\\0001AB.MXF"});
+        return message;
+    }
     /// Requests that would be good ones.
     std::vector<std::pair<MessageId, Bytes>> Requests() {
         auto info = m_stage.Transfer(m_stage.card.Root(), m_stage.To());
@@ -114,6 +120,7 @@ protected:
             {MessageId::RecordedClips, Saved(bridge::ErrorTextMessage{{}, L"text", 0})},
             {MessageId::MakePictures, Saved(bridge::PicturesMessage{{}, names, {80, 60}, {}, 0})},
             {MessageId::DescribeMedia, Saved(bridge::MediaMessage{{}, root, {}, {}, 0, 0})},
+            {MessageId::Rewrap, Saved(Rewrap(root))},
             {MessageId::GetP2BaseClipInfo, Saved(bridge::BaseClipInfoMessage{{}, root, {}, 0})},
         };
     }

@@ -56,6 +56,21 @@ void SetColour(const TrackPlan& plan, AVCodecParameters& codec) {
     }
 }
 
+void SetParameterSets(const std::string& sets, AVCodecParameters& codec) {
+    if (sets.empty()) {
+        return;
+    }
+    av_freep(&codec.extradata);
+    codec.extradata_size = 0;
+    codec.extradata =
+        static_cast<std::uint8_t*>(av_mallocz(sets.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (codec.extradata == nullptr) {
+        throw std::bad_alloc();
+    }
+    std::copy(sets.begin(), sets.end(), codec.extradata);
+    codec.extradata_size = static_cast<int>(sets.size());
+}
+
 void SetPicture(const TrackPlan& plan, AVStream& stream) {
     AVCodecParameters& codec = *stream.codecpar;
     if (plan.rate.frames > 0) {
@@ -69,6 +84,7 @@ void SetPicture(const TrackPlan& plan, AVStream& stream) {
         codec.sample_aspect_ratio = {plan.pixelWidth, plan.pixelHeight};
     }
     stream.sample_aspect_ratio = codec.sample_aspect_ratio;
+    SetParameterSets(plan.parameterSets, codec);
     SetColour(plan, codec);
 }
 

@@ -48,11 +48,7 @@ void SetShape(const Request& request, const MediaStream& picture, TrackPlan& pla
 
 /// Cameras leave the sets out of AVC-Intra, whose decoders know them. In MOV, where players do not
 /// look elsewhere, each unit gets them.
-std::string SetsToInsert(const Request& request, const MediaStream& picture, bool interlaced,
-                         const std::string& first) {
-    if (HasParameterSets(first)) {
-        return {};
-    }
+std::string SetsToInsert(const Request& request, const MediaStream& picture, bool interlaced) {
     if (picture.parameterSets.empty()) {
         throw copy::Failure(request.parts.front().name +
                             " has no parameter sets, and none are known for it.");
@@ -125,8 +121,9 @@ PlannedFile PlanFor(const Request& request, RecordingInput& input) {
     const bool interlaced =
         request.rate.frames != 0 ? request.interlaced : picture.order != FieldOrder::Progressive;
     const std::string first = input.FirstPicture();
-    if (plan.essence.front() == Essence::AvcIntra) {
-        plan.setsToInsert = SetsToInsert(request, picture, interlaced, first);
+    const std::string sets = plan.essence.front() == Essence::AvcIntra ? SetsIn(first) : "";
+    if (plan.essence.front() == Essence::AvcIntra && sets.empty()) {
+        plan.setsToInsert = SetsToInsert(request, picture, interlaced);
     }
     const auto bytesASecond =
         static_cast<std::int64_t>(static_cast<double>(first.size()) * picture.rate.PerSecond());
@@ -141,6 +138,7 @@ PlannedFile PlanFor(const Request& request, RecordingInput& input) {
     file.tracks.push_back(PicturePlan(
         request, picture,
         MarksOf(plan.essence.front(), picture, request.container, interlaced, bytesASecond)));
+    file.tracks.front().parameterSets = sets; // else those that the reader has guessed
     for (std::size_t i = 1; i < tracks.size(); ++i) {
         file.tracks.push_back(SoundPlan(tracks[i], i, tracks.size() == 2));
     }

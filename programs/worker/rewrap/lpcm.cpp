@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kHead = 4;
 
-unsigned At(std::string_view bytes, std::size_t at) {
+unsigned ByteAt(std::string_view bytes, std::size_t at) {
     return static_cast<unsigned char>(bytes[at]);
 }
 
@@ -24,10 +24,10 @@ LpcmFormat LpcmFormatOf(std::string_view unit) {
     if (unit.size() < kHead) {
         return {};
     }
-    const unsigned assignment = At(unit, 2) >> 4U;
+    const unsigned assignment = ByteAt(unit, 2) >> 4U;
     const bool isKnown =
-        (At(unit, 2) & 0xFU) == k48 && (assignment == kMono || assignment == kStereo);
-    const std::int32_t bits = kBits[At(unit, 3) >> 6U];
+        (ByteAt(unit, 2) & 0xFU) == k48 && (assignment == kMono || assignment == kStereo);
+    const std::int32_t bits = kBits[ByteAt(unit, 3) >> 6U];
     return isKnown && bits != 0 ? LpcmFormat{assignment == kMono ? 1 : 2, bits} : LpcmFormat();
 }
 

@@ -13,7 +13,7 @@
 namespace nqp2::worker::rewrap {
 namespace {
 
-constexpr const char* kContainers = "mxf,mov,mp4,m4a,3gp,3g2,mj2,mpegts";
+constexpr const char* kSources = "mxf,mov,mp4,m4a,3gp,3g2,mj2,mpegts";
 
 std::unique_ptr<BoundedFile> Opened(const std::string& path, const std::function<bool()>& goesOn) {
     platform::FileInfo info;
@@ -34,7 +34,7 @@ MediaLimits LimitsFor(std::uint64_t bytes) {
 StreamFile::StreamFile(const std::string& path, const std::function<bool()>& goesOn)
     : m_file(Opened(path, goesOn)), m_input(*m_file),
       m_requireNotStopped([this] { m_file->RequireNotStopped(); }) {
-    Open(kContainers);
+    Open(kSources);
 }
 
 StreamFile::StreamFile(MediaInput& input, const char* containers,

@@ -15,7 +15,7 @@ Tally::Tally(Essence essence, const MediaStream& stream)
       m_sampleBytes(static_cast<std::uint64_t>(std::max(stream.channels * stream.bits / 8, 1))),
       m_form(UnitForm::Of(stream.parameterSets)) {
     if (IsH264()) {
-        AddOwnSets(stream.parameterSets, m_sets);
+        AddOwnSets(stream.parameterSets, m_ownSets);
     }
 }
 
@@ -67,7 +67,9 @@ std::string Tally::DifferenceTo(const Tally& written) const {
     if (m_times.Value() != written.m_times.Value()) {
         return "pictures at other times";
     }
-    return written.m_sets.Includes(m_sets) ? "" : "other parameter sets";
+    const ParameterSets& sets = m_sets.IsEmpty() ? m_ownSets : m_sets;
+    const bool areThere = written.m_sets.Includes(sets) || written.m_ownSets.Includes(sets);
+    return areThere ? "" : "other parameter sets";
 }
 
 } // namespace nqp2::worker::rewrap

@@ -40,8 +40,9 @@ private:
     std::uint64_t m_sampleBytes; ///< of PCM, all channels
     UnitForm m_form;
     copy::Digest m_digest;
-    copy::Digest m_times; ///< of pictures: the order in which they are shown
-    ParameterSets m_sets;
+    copy::Digest m_times;    ///< of pictures: the order in which they are shown
+    ParameterSets m_sets;    ///< in the units
+    ParameterSets m_ownSets; ///< the container's record, which may be a guess
     std::uint64_t m_units = 0;
     std::int64_t m_start = kNoTime;
 };

@@ -133,11 +133,15 @@ void AddOwnSets(std::string_view parameterSets, ParameterSets& sets) {
     }
 }
 
-bool HasParameterSets(std::string_view unit) {
-    bool hasSet = false;
-    ForEachMarked(
-        unit, [&](std::string_view piece) { hasSet = hasSet || KindOf(piece) == kSequenceSet; });
-    return hasSet;
+std::string SetsIn(std::string_view unit) {
+    constexpr std::string_view kLongStart("\0\0\0\1", 4);
+    std::string sets;
+    ForEachMarked(unit, [&](std::string_view piece) {
+        if (KindOf(piece) == kSequenceSet || KindOf(piece) == kPictureSet) {
+            sets.append(kLongStart).append(WithoutZeros(piece));
+        }
+    });
+    return sets;
 }
 
 std::string WithParameterSets(std::string_view unit, std::string_view sets) {

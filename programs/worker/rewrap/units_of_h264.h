@@ -25,6 +25,7 @@ struct UnitForm {
 class ParameterSets {
 public:
     void Add(std::string_view set);
+    [[nodiscard]] bool IsEmpty() const { return m_sets.empty(); }
     [[nodiscard]] bool Includes(const ParameterSets& other) const;
 
 private:
@@ -38,8 +39,8 @@ bool AddPieces(std::string_view unit, const UnitForm& form, copy::Digest& digest
 /// The sets of the container's own record.
 void AddOwnSets(std::string_view parameterSets, ParameterSets& sets);
 
-/// Whether a unit with start codes has a sequence parameter set.
-bool HasParameterSets(std::string_view unit);
+/// The parameter sets in a unit with start codes, with theirs.
+std::string SetsIn(std::string_view unit);
 /// The unit with the sets behind its delimiter, if it begins with one.
 std::string WithParameterSets(std::string_view unit, std::string_view sets);
 
