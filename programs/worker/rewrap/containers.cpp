@@ -34,9 +34,8 @@ struct EssenceRow {
 constexpr EssenceRow kEssence[] = {
     {"DV", {true, true, true, false}},
     {"AVC-Intra", {true, true, true, true}},
-    {"H.264", {true, true, true, true}},
-    // This writer of MXF loses their order.
-    {"H.264 with B-frames", {true, false, true, true}},
+    // libavformat's MXF loses the order of reordered pictures and knows few profiles.
+    {"H.264", {true, false, true, true}},
     {"PCM sound", {true, true, true, false}},
     {"AC-3 sound", {true, false, true, true}},
 };
@@ -165,9 +164,7 @@ Essence EssenceOf(const MediaStream& stream, const std::string& name) {
         return Essence::Dv;
     }
     if (stream.codec == "h264") {
-        return stream.isIntra     ? Essence::AvcIntra
-               : stream.delay > 0 ? Essence::H264Reordered
-                                  : Essence::H264;
+        return stream.isIntra ? Essence::AvcIntra : Essence::H264;
     }
     if (stream.codec == "pcm_s16le" || stream.codec == "pcm_s24le") {
         return Essence::Pcm;

@@ -20,8 +20,7 @@ Tally::Tally(Essence essence, const MediaStream& stream)
 }
 
 bool Tally::IsH264() const {
-    return m_essence == Essence::AvcIntra || m_essence == Essence::H264 ||
-           m_essence == Essence::H264Reordered;
+    return m_essence == Essence::AvcIntra || m_essence == Essence::H264;
 }
 
 void Tally::AddTime(const MediaUnit& unit) {
