@@ -385,7 +385,7 @@ class OutputTest(CardTest):
 
     def test_every_recording_of_the_sample_cards(self):
         p2, avchd = sample("p2"), sample("avchd") / "PRIVATE"
-        for form, cards, count in (("mov", (p2, avchd), 19), ("mxf", (p2,), 12),
+        for form, cards, count in (("mov", (p2, avchd), 19), ("mxf", (p2,), 11),
                                    ("mkv", (avchd,), 7), ("mp4", (avchd,), 6)):
             files = self.written(*cards, "--all", "-f", form, "--to", self.folder / form, status=1)
             self.assertEqual(len(files), count)
