@@ -90,7 +90,7 @@ protected:
     bridge::RewrapMessage Rewrap(const CString& root) {
         bridge::RewrapMessage message;
         message.request.target = root + L"\\file.mov";
-        message.request.parts.Add({L"0001AB", root + L"\\CONTENTS\\VIDEO\\0001AB.MXF"});
+        message.request.parts.Add({L"0001AB", root + L"\\CONTENTS\\VIDEO\\0001AB.MXF", {}});
         return message;
     }
     /// Requests that would be good ones.

@@ -131,6 +131,7 @@ public:
             av_dict_set_int(&options, "moov_size", static_cast<std::int64_t>(m_plan.headRoom), 0);
         }
         av_dict_set(&options, "movflags", "write_colr", 0);
+        av_dict_set(&options, "cluster_size_limit", "1048576", 0); // which is kept in memory
         // Exact lengths of the whole: in steps of the frame rate's numerator.
         const std::int32_t frames = m_plan.tracks.front().rate.frames;
         av_dict_set_int(&options, "movie_timescale", frames >= 1000 ? frames : frames * 1000, 0);

@@ -24,8 +24,9 @@ public:
         : m_input(input), m_io(MakeIo(this, bufferSize, Read, nullptr, Seek)) {}
 
     /// Fails for what is none of the containers that are named. `allTags`: also those whose meaning
-    /// libavformat does not know.
-    MediaFault Open(const char* containers, Format& format, bool allTags = false) {
+    /// libavformat does not know. Without `looksInside` no stream is read.
+    MediaFault Open(const char* containers, Format& format, bool allTags = false,
+                    bool looksInside = true) {
         AVFormatContext* opened = avformat_alloc_context();
         if (opened == nullptr) {
             return AvReason(AVERROR(ENOMEM));
@@ -42,7 +43,7 @@ public:
         av_dict_free(&options);
         if (result >= 0) {
             format.reset(opened);
-            result = avformat_find_stream_info(opened, nullptr);
+            result = looksInside ? avformat_find_stream_info(opened, nullptr) : 0;
         }
         return result >= 0 ? MediaFault() : AvReason(result);
     }

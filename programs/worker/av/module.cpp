@@ -37,9 +37,9 @@ public:
                         std::unique_ptr<EssenceMuxer>& muxer) const noexcept override {
         return WithoutThrowing([&] { return MakeSoundMuxer(format, output, muxer); });
     }
-    MediaFault OpenReader(MediaInput& input, const char* containers,
+    MediaFault OpenReader(MediaInput& input, const char* containers, bool looksInside,
                           std::unique_ptr<MediaReader>& reader) const noexcept override {
-        return WithoutThrowing([&] { return MakeReader(input, containers, reader); });
+        return WithoutThrowing([&] { return MakeReader(input, containers, looksInside, reader); });
     }
     MediaFault OpenWriter(const FilePlan& plan, MediaOutput& output,
                           std::unique_ptr<MediaWriter>& writer) const noexcept override {

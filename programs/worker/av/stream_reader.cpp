@@ -95,8 +95,9 @@ public:
         }
     }
 
-    MediaFault Open(const char* containers) {
-        if (MediaFault fault = m_source.Open(containers, m_format); !fault.empty()) {
+    MediaFault Open(const char* containers, bool looksInside) {
+        if (MediaFault fault = m_source.Open(containers, m_format, false, looksInside);
+            !fault.empty()) {
             return fault;
         }
         for (unsigned i = 0; i < m_format->nb_streams; ++i) {
@@ -162,10 +163,10 @@ private:
 
 } // namespace
 
-MediaFault MakeReader(MediaInput& input, const char* containers,
+MediaFault MakeReader(MediaInput& input, const char* containers, bool looksInside,
                       std::unique_ptr<MediaReader>& reader) {
     auto made = std::make_unique<StreamReader>(input);
-    MediaFault fault = made->Open(containers);
+    MediaFault fault = made->Open(containers, looksInside);
     if (fault.empty()) {
         reader = std::move(made);
     }

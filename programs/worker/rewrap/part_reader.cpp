@@ -23,11 +23,13 @@ std::int64_t FramesOf(const MediaStream& picture, const FrameRate& rate) {
 
 PartReader::PartReader(const Part& part, const FrameRate& rate, std::int64_t stretchSamples,
                        const std::function<bool()>& goesOn)
-    : m_part(part), m_rate(rate), m_video(part.video, goesOn), m_picture(m_video.Picture()) {
+    : m_part(part), m_rate(rate), m_video(part.video, goesOn, StreamFile::Look::Again),
+      m_picture(m_video.Picture()) {
     const std::int64_t first = SamplesUpTo(part.first, rate);
     const std::int64_t most = part.frames == 0 ? -1 : stretchSamples;
     for (const std::string& path : part.sounds) {
-        StreamFile& file = *m_sounds.emplace_back(std::make_unique<StreamFile>(path, goesOn));
+        StreamFile& file = *m_sounds.emplace_back(
+            std::make_unique<StreamFile>(path, goesOn, StreamFile::Look::Again));
         const std::size_t stream = file.First(StreamKind::Sound);
         if (stream == file.Streams().size()) {
             throw copy::Failure(path + " holds no sound.");
