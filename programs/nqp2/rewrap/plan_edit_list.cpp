@@ -94,6 +94,7 @@ private:
                    kAnew);
         }
         const bool isWhole = CheckCut(event, essence);
+        m_plan.bytes += essence.bytes / essence.frames * static_cast<std::uint32_t>(event.Duration);
         CheckLevels(event);
         m_parts.Add({&essence, SoundsOf(event, essence),
                      static_cast<std::uint32_t>(event.SourceOffset),
@@ -181,9 +182,7 @@ private:
             return known->second;
         }
         try {
-            const Essence& essence = m_essences.emplace(&clip, m_reader.Of(clip)).first->second;
-            m_plan.bytes += essence.bytes;
-            return essence;
+            return m_essences.emplace(&clip, m_reader.Of(clip)).first->second;
         } catch (const Failure& failure) {
             throw Failure(m_subject, failure.what(), "");
         }
