@@ -24,6 +24,10 @@ enum class RewrapJoin : std::uint32_t {
     Bytes,  ///< the parts' files are one stream of bytes that a camera has split (AVCHD)
 };
 
+/// No file is made of more parts, and none has more chapters.
+inline constexpr std::int64_t kMostRewrapParts = 10'000;
+inline constexpr std::int64_t kMostRewrapChapters = 10'000;
+
 /// One part of a recording: its files (interface paths), in which all or some frames count.
 struct RewrapPart {
     CString name;               ///< for messages: of the clip or file

@@ -6,7 +6,7 @@
 #include "nqp2/clip_order.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -28,7 +28,39 @@ std::string UnreadClip(const SkippedFile& file) {
     return BytesFromText(name.Left(name.ReverseFind(L'.')));
 }
 
+const _tag_P2Clip* Find(const CardScan& scan, const CString& name) {
+    const auto found =
+        std::find_if(scan.clips.begin(), scan.clips.end(), [&](const _tag_P2Clip& clip) {
+            return clip.ClipName.CompareNoCase(name) == 0;
+        });
+    return found == scan.clips.end() ? nullptr : &*found;
+}
+
 } // namespace
+
+const _tag_P2Clip* NamedClip(const CardScans& scans, const std::string& name) {
+    const _tag_P2Clip* found = nullptr;
+    CString identifier;
+    std::vector<std::string> labels;
+    for (const CardScan& scan : scans.cards) {
+        const _tag_P2Clip* const clip = Find(scan, TextFromBytes(name));
+        // Copies of one clip are as good as each other.
+        if (clip != nullptr && (labels.empty() || identifier.IsEmpty() ||
+                                clip->GlobalClipID.CompareNoCase(identifier) != 0)) {
+            labels.push_back(scan.label);
+            identifier = clip->GlobalClipID;
+            found = clip;
+        }
+    }
+    if (found == nullptr && scans.cards.size() > 1) {
+        throw Failure(name, "is a clip of none of the cards", "`nqp2 clips` lists the clips");
+    }
+    if (labels.size() > 1) {
+        throw Failure(name, fmt::format("names {} clips", labels.size()),
+                      fmt::format("give one of the cards: {}", fmt::join(labels, ", ")));
+    }
+    return found;
+}
 
 ClipChoice::ClipChoice(const CardScans& scans) : m_scans(scans) {
     for (const CardScan& scan : scans.cards) {
@@ -49,21 +81,15 @@ void ClipChoice::WantAll() {
 }
 
 void ClipChoice::WantNamed(const std::string& name) {
-    std::vector<std::size_t> cards;
-    std::string written = name;
-    CString identifier;
-    for (std::size_t card = 0; card < m_scans.cards.size(); ++card) {
-        const _tag_P2Clip* const clip = Find(card, name);
-        // Copies of one clip are as good as each other.
-        if (clip != nullptr && (cards.empty() || identifier.IsEmpty() ||
-                                clip->GlobalClipID.CompareNoCase(identifier) != 0)) {
-            cards.push_back(card);
-            identifier = clip->GlobalClipID;
-            written = BytesFromText(clip->ClipName);
-        }
+    // One that the only card does not have is wanted all the same.
+    const _tag_P2Clip* const clip = NamedClip(m_scans, name);
+    if (clip == nullptr) {
+        Want({0, name, {}});
+        return;
     }
-    RequireOne(name, cards);
-    Want({cards.empty() ? 0 : cards.front(), written, {}});
+    Want({static_cast<std::size_t>(&m_scans.CardOf(*clip) - m_scans.cards.data()),
+          BytesFromText(clip->ClipName),
+          {}});
 }
 
 void ClipChoice::WantWholeTakes() {
@@ -102,29 +128,6 @@ void ClipChoice::WantUnread(std::size_t card) {
     }
     for (const std::string& name : names) {
         Want({card, name, {}});
-    }
-}
-
-const _tag_P2Clip* ClipChoice::Find(std::size_t card, const std::string& name) const {
-    const CArray<_tag_P2Clip>& clips = m_scans.cards[card].clips;
-    const CString text = TextFromBytes(name);
-    const auto found = std::find_if(clips.begin(), clips.end(), [&](const auto& clip) {
-        return clip.ClipName.CompareNoCase(text) == 0;
-    });
-    return found == clips.end() ? nullptr : &*found;
-}
-
-void ClipChoice::RequireOne(const std::string& name, const std::vector<std::size_t>& cards) const {
-    if (cards.empty() && m_scans.cards.size() > 1) {
-        throw Failure(name, "is a clip of none of the cards", "`nqp2 clips` lists the clips");
-    }
-    if (cards.size() > 1) {
-        std::string labels;
-        for (const std::size_t card : cards) {
-            labels += (labels.empty() ? "" : ", ") + m_plan.cards[card].label;
-        }
-        throw Failure(name, fmt::format("names {} clips", cards.size()),
-                      "give one of the cards: " + labels);
     }
 }
 

@@ -16,6 +16,10 @@
 
 namespace nqp2::tool {
 
+/// The clip of that name, in any letter case; null when the only card has none. Throws the failure
+/// to report for a name that is on none of several cards or names several clips.
+const _tag_P2Clip* NamedClip(const CardScans& scans, const std::string& name);
+
 /// Chooses among the clips of scanned cards, which outlive it.
 class ClipChoice {
 public:
@@ -24,8 +28,7 @@ public:
 
     /// Every clip, those whose metadata cannot be read too.
     void WantAll();
-    /// Throws the failure to report for a name that is on none of several cards or names several
-    /// clips.
+    /// Throws as NamedClip does.
     void WantNamed(const std::string& name);
     /// The whole takes of what is wanted so far.
     void WantWholeTakes();
@@ -40,8 +43,6 @@ private:
     void Want(const PlannedClip& clip);
     void WantUnread(std::size_t card);
     [[nodiscard]] bool IsWanted(const PlannedClip& clip) const;
-    [[nodiscard]] const _tag_P2Clip* Find(std::size_t card, const std::string& name) const;
-    void RequireOne(const std::string& name, const std::vector<std::size_t>& cards) const;
     const CArray<JoinedTake>& Takes();
     [[nodiscard]] std::vector<PlannedClip> SegmentsOf(const JoinedTake& take) const;
     std::vector<PlannedClip> TakeOf(const PlannedClip& clip);

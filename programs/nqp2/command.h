@@ -145,6 +145,7 @@ void AddSealCommand(const Command& program);
 void AddVerifyCommand(const Command& program);
 void AddReportCommand(const Command& program);
 void AddTimelineCommand(const Command& program);
+void AddRewrapCommand(const Command& program);
 void AddLastErrorCommand(const Command& program);
 void AddManualCommand(const Command& program);
 void AddCompleteCommand(const Command& program);

@@ -54,6 +54,14 @@ TimelineLists::TimelineLists(const CardScan& scan, const std::vector<std::string
     }
 }
 
+const tag_P2EDL* TimelineLists::Find(const std::string& name) const {
+    const CString text = TextFromBytes(name);
+    const auto found = std::find_if(m_lists.begin(), m_lists.end(), [&](const tag_P2EDL& list) {
+        return list.Name.CompareNoCase(text) == 0;
+    });
+    return found == m_lists.end() ? nullptr : &*found;
+}
+
 void TimelineLists::Read(const CardScan& scan) {
     ReadyParser parser;
     const CString& root = scan.card.Root();

@@ -19,6 +19,11 @@ public:
     /// to report for a name that none has, and when there are no lists.
     TimelineLists(const CardScan& scan, const std::vector<std::string>& names);
 
+    /// Reads all and chooses none.
+    explicit TimelineLists(const CardScan& scan) { Read(scan); }
+
+    /// The one of that name, in any letter case; null when there is none.
+    [[nodiscard]] const tag_P2EDL* Find(const std::string& name) const;
     /// By their names, or in the order in which they were asked for.
     [[nodiscard]] const std::vector<const tag_P2EDL*>& Chosen() const { return m_chosen; }
     /// What could not be read.

@@ -48,6 +48,12 @@ void CheckClipName(const CString& name) {
     }
 }
 
+void CheckFileName(const CString& name) {
+    if (!IsClipName(name)) {
+        throw copy::Failure("\"" + Shown(name) + "\" is no name for a file on every system.");
+    }
+}
+
 platform::Place RootOf(const CString& root) {
     platform::Place place(media::WithDrive(root));
     if (!place.OnDisk().starts_with('/')) {

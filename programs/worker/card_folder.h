@@ -17,6 +17,8 @@ namespace nqp2::worker {
 /// Fails unless the text can be a clip's name: a plain file name that is not hidden and holds no
 /// control character, with room for what is appended to it.
 void CheckClipName(const CString& name);
+/// The same for the name of another file.
+void CheckFileName(const CString& name);
 
 /// The folder that a root means, which need not exist. Fails unless it is absolute; a component
 /// ".." fails too.

@@ -22,6 +22,7 @@ CLIPS = ("clips", "clips {card} --json"), ("clips", "clips {card} --json --repor
 OF_A_CARD = (*CLIPS, ("clips-line", "clips {card} --jsonl --files --metadata"))
 OF_P2 = (("clip", "clip {card} 0001AB --json"), ("info", "info {card} --json"),
          ("space", "space {card} --frames 15000 --json"), ("edl-list", "edl list {card} --json"),
+         ("rewrap", "rewrap {card} --clip 0013SB -o {folder}/x.mov --dry-run --json"),
          ("space", "space --bytes 9 --code-type 9999 --standard 1 --json"),
          ("ingest-list", "ingest list {card} --json"))
 BY_WORKER = (("import", "import {card} 0001AB --to {folder}/taken --json"),

@@ -12,9 +12,8 @@ from fractions import Fraction
 from pathlib import Path
 from urllib.parse import unquote
 from xml.etree import ElementTree
-from xml.sax.saxutils import escape
 
-from program import PROGRAM, CardTest, clip_xml, command_line, main, run, sample
+from program import PROGRAM, CardTest, ListCardTest, clip_xml, command_line, main, run, sample
 
 FORMS = ("ale", "edl", "xml", "otio")
 NEEDED = {  # of each kind of object in an OpenTimelineIO document
@@ -222,29 +221,8 @@ class SampleTest(Checked):
                           for each in picture["children"]}, {0})  # no timecode in such files
 
 
-class ListTest(Checked):
+class ListTest(Checked, ListCardTest):
     """Lists of a card that a test fills."""
-
-    def event(self, offset, duration, source=0, name="0001AA", more="", channels="", note=""):
-        return (f"<Event><Offset>{offset}</Offset><Duration>{duration}</Duration><Source>"
-                f"<P2SerialNo.>AB1</P2SerialNo.><ClipName>{escape(name)}</ClipName>"
-                f"<Offset>{source}</Offset><Channel>{channels}</Channel></Source>{more}"
-                f"<Note>{escape(note)}</Note></Event>")
-
-    def add_list(self, name, *events, unit="1/25", start="00:00:00:00"):
-        folder = self.card.path / "CONTENTS" / "EDITLIST"
-        folder.mkdir(exist_ok=True)
-        namespace = "urn:schemas-Professional-Plug-in:P2:EditMetadata:v2.0"
-        (folder / f"{name}.XML").write_text(
-            f'<P2Main xmlns="{namespace}"><EditContent><EditUnit>{unit}</EditUnit><StartTimecode>'
-            f"{start}</StartTimecode><TrackList><ClipTrack><EventList>{''.join(events)}</EventList>"
-            "</ClipTrack></TrackList></EditContent></P2Main>", encoding="utf-8")
-
-    def add_clip(self, name, **fields):
-        self.card.add(name, **{"duration": 100, **fields})
-        self.card.add_file("VIDEO", f"{name}.MXF")
-        for channel in range(fields.get("audio", 2)):
-            self.card.add_file("AUDIO", f"{name}{channel:02}.MXF")
 
     def test_what_cannot_be_placed_is_said(self):
         self.add_clip("0001AA")

@@ -15,7 +15,7 @@ COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
 GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
 COMMANDS = ("clips", "clip", "info", "umid", "free-name", "space", "playlists", "import", "export",
             "delete", "icon", "serial", "probe", "record", "report", "offload",
-            "seal", "verify", "timeline", "last-error", *GROUPS)
+            "seal", "verify", "timeline", "rewrap", "last-error", *GROUPS)
 HAS_WORKER = (Path(PROGRAM).parent / "nqp2-worker").is_file()
 LOST = "nqp2: standard output: cannot be written ({})"
 LEVELS = [[], *([command] for command in COMMANDS),
@@ -201,6 +201,9 @@ class CompletionTest(CardTest):
                 (("import", "card", "--clip", "0002"), clips[1:]), (("export", "card", ""), clips),
                 (("timeline", "card", "P001AB", ""), ["P001AB", "p002"]),
                 (("timeline", "card", "-f", "e"), ["edl"]),
+                (("rewrap", "card", "--edl", "p"), ["p002"]),
+                (("rewrap", "card", "--edl", "P001AB", "ca"), folders),
+                (("rewrap", "card", "-f", "mk"), ["mkv"]),
                 (("export", "card", "--from", "card", "0002"), clips[1:])):
             self.assertEqual(self.complete("nqp2", *words), offered, words)
 

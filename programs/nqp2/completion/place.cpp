@@ -16,7 +16,7 @@ using manual::CommandPage;
 using manual::Entry;
 
 /// With which more cards follow the first, and no clips of it.
-constexpr std::array<std::string_view, 2> kCardsFollow = {"--all", "--clip"};
+constexpr std::array<std::string_view, 4> kCardsFollow = {"--all", "--clip", "--edl", "--playlist"};
 
 /// What a command does not share with those below it.
 constexpr std::array<std::string_view, 2> kOwn = {"--help", "--version"};

@@ -62,6 +62,16 @@ std::int64_t StartOfClip(const _tag_P2Clip& clip, const FrameRate& rate, CardKin
     return std::max<std::int64_t>(TimecodeFrame(ClipTimecode(clip), rate, clip.DropFrame != 0), 0);
 }
 
+std::int64_t StartOfList(const tag_P2EDL& edit, const FrameRate& rate, bool dropFrame) {
+    // The reader has counted the timecode by the whole frames of a second.
+    const std::int64_t whole = rate.frames / rate.seconds;
+    const std::int64_t frame = std::max(edit.StartTimecode, 0);
+    const std::int64_t seconds = frame / whole;
+    const std::string text = fmt::format("{:02}:{:02}:{:02}:{:02}", seconds / 3600,
+                                         seconds / 60 % 60, seconds % 60, frame % whole);
+    return std::max<std::int64_t>(TimecodeFrame(TextFromBytes(text), rate, dropFrame), 0);
+}
+
 std::map<CString, TakePlace> PlacesInTakes(const ScanReport& report) {
     std::map<CString, TakePlace> places;
     for (const Take& take : report.takes) {

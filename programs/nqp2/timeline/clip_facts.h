@@ -6,6 +6,7 @@
 #include "nqp2/timeline/model.h"
 #include "NQP2ParserU/CardFinder.h"
 #include "NQP2ParserU/P2Clip.h"
+#include "NQP2ParserU/P2EDL.h"
 #include "NQP2ParserU/ScanReport.h"
 
 #include <cstdint>
@@ -24,6 +25,9 @@ std::int32_t BitsOf(const _tag_P2Clip& clip);
 
 /// The timecode of a clip's first frame as a frame count, as its files have it.
 std::int64_t StartOfClip(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind);
+
+/// The timecode of a list's first frame as a frame count.
+std::int64_t StartOfList(const tag_P2EDL& edit, const FrameRate& rate, bool dropFrame);
 
 /// Recordings of the report, by the names of their clips in capitals.
 std::map<CString, TakePlace> PlacesInTakes(const ScanReport& report);

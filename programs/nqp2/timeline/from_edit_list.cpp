@@ -2,6 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "nqp2/timeline/builders.h"
+#include "nqp2/timeline/clip_facts.h"
+#include "nqp2/timeline/clip_index.h"
 #include "nqp2/timeline/media_shelf.h"
 #include "nqp2/timeline/placing.h"
 
@@ -11,7 +13,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 namespace nqp2::timeline {
@@ -19,54 +20,22 @@ namespace {
 
 using ListEvent = tag_P2EDLClipTrackEvent;
 
-/// The clips of a card by identifier and name.
-class ClipIndex {
-public:
-    explicit ClipIndex(const CArray<_tag_P2Clip>& clips) {
-        for (const _tag_P2Clip& clip : clips) {
-            m_byName.emplace(CString(clip.ClipName).MakeUpper(), &clip);
-            m_byIdentifier.emplace(Digits(clip.GlobalClipID), &clip);
-        }
-    }
-
-    /// Null when the card has none of that identifier; without identifiers the name decides.
-    [[nodiscard]] const _tag_P2Clip* Find(const ListEvent& event) const {
-        const CString identifier = Digits(event.GlobalClipID);
-        const auto [first, last] = m_byIdentifier.equal_range(identifier);
-        const auto same = std::find_if(first, last, [&](const auto& entry) {
-            return entry.second->ClipName.CompareNoCase(event.ClipName) == 0;
-        });
-        if (!identifier.IsEmpty() && first != last) {
-            return same != last ? same->second : first->second;
-        }
-        const auto named = m_byName.find(CString(event.ClipName).MakeUpper());
-        const bool isOther = named == m_byName.end() ||
-                             (!identifier.IsEmpty() && !named->second->GlobalClipID.IsEmpty());
-        return isOther ? nullptr : named->second;
-    }
-
-private:
-    /// Those that tell materials from each other.
-    static CString Digits(const CString& identifier) {
-        return CString(identifier.Right(32)).MakeUpper();
-    }
-
-    std::map<CString, const _tag_P2Clip*> m_byName;
-    std::multimap<CString, const _tag_P2Clip*> m_byIdentifier;
-};
-
 class EditListBuilder {
 public:
     EditListBuilder(const CardView& card, const BuildOptions& options, Remarks& remarks)
         : m_options(options), m_remarks(remarks), m_shelf(card, options, remarks),
-          m_clips(*card.clips), m_placing(remarks) {}
+          m_placing(remarks) {
+        m_clips.Add(*card.clips);
+    }
 
     Timeline Build(const tag_P2EDL& edit, const FrameRate& rate) {
         Timeline timeline;
         timeline.name = BytesFromText(edit.Name);
         timeline.rate = rate;
         timeline.dropFrame = m_options.dropFrame && rate.droppedNumbers != 0;
-        timeline.start = StartOf(edit, rate, timeline.dropFrame);
+        timeline.start = m_options.start.empty()
+                             ? StartOfList(edit, rate, timeline.dropFrame)
+                             : FrameOfText(m_options.start, rate, timeline.dropFrame).value_or(0);
         timeline.showsProxies = m_options.proxies;
         for (const auto& [number, event] : InOrder(edit)) {
             Put(number, *event, rate);
@@ -89,20 +58,6 @@ private:
                              return left.second->Offset < right.second->Offset;
                          });
         return events;
-    }
-
-    /// The reader has counted the timecode by the whole frames of a second.
-    [[nodiscard]] std::int64_t StartOf(const tag_P2EDL& edit, const FrameRate& rate,
-                                       bool dropFrame) const {
-        if (!m_options.start.empty()) {
-            return FrameOfText(m_options.start, rate, dropFrame).value_or(0);
-        }
-        const std::int64_t whole = rate.frames / rate.seconds;
-        const std::int64_t seconds = std::max(edit.StartTimecode, 0) / whole;
-        const std::string text =
-            fmt::format("{:02}:{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60,
-                        std::max(edit.StartTimecode, 0) % whole);
-        return std::max<std::int64_t>(TimecodeFrame(TextFromBytes(text), rate, dropFrame), 0);
     }
 
     void Put(std::size_t number, const ListEvent& event, const FrameRate& rate) {

@@ -16,9 +16,7 @@
 namespace nqp2::worker::rewrap {
 namespace {
 
-constexpr std::int64_t kMostParts = 10'000;
 constexpr std::int64_t kMostSounds = 16; ///< files of a part
-constexpr std::int64_t kMostChapters = 10'000;
 constexpr int kLongestPath = 8192;
 constexpr std::size_t kLongestText = 1024; ///< bytes
 constexpr std::uint32_t kLargestAspect = 100'000;
@@ -73,7 +71,7 @@ Part PartOf(const RewrapPart& asked) {
 
 void TakeParts(const RewrapRequest& asked, Request& request) {
     const bool isBytes = asked.join == RewrapJoin::Bytes;
-    Require(!asked.parts.IsEmpty() && asked.parts.GetSize() <= kMostParts,
+    Require(!asked.parts.IsEmpty() && asked.parts.GetSize() <= kMostRewrapParts,
             "has no parts, or too many");
     const std::int64_t sounds = asked.parts[0].sounds.GetSize();
     Require(sounds <= (isBytes ? 0 : kMostSounds), "has too many files of sound");
@@ -87,7 +85,7 @@ void TakeParts(const RewrapRequest& asked, Request& request) {
 
 /// What is marked twice has one chapter of both texts.
 void TakeChapters(const CArray<RewrapChapter>& asked, Request& request) {
-    Require(asked.GetSize() <= kMostChapters, "has too many chapters");
+    Require(asked.GetSize() <= kMostRewrapChapters, "has too many chapters");
     for (const RewrapChapter& each : asked) {
         request.chapters.push_back({each.frame, Harmless(each.text)});
     }
@@ -113,7 +111,7 @@ void TakeTarget(const CString& path, Request& request) {
     Require(end != std::wstring_view::npos, "does not tell the folder");
     const CString name(std::wstring(text.substr(end + 1)));
     request.folder = CString(std::wstring(text.substr(0, end + 1)));
-    CheckClipName(name);
+    CheckFileName(name);
     request.file = Shown(name);
 }
 
