@@ -5,7 +5,7 @@
 
 #include "nqp2/clip_reading.h"
 #include "nqp2/shown_clip.h"
-#include "nqp2/table.h"
+#include "console/table.h"
 
 #include <functional>
 #include <string>

@@ -11,7 +11,7 @@
 #include "nqp2/clip_columns.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_file_fields.h"
-#include "nqp2/csv_row.h"
+#include "console/csv_row.h"
 #include "nqp2/scan_report_output.h"
 #include "NQP2ParserU/TextBytes.h"
 

@@ -6,7 +6,7 @@
 #include "console/console.h"
 #include "nqp2/clip_cells.h"
 #include "nqp2/clip_fields.h"
-#include "nqp2/table.h"
+#include "console/table.h"
 #include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 

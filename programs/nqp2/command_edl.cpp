@@ -9,7 +9,7 @@
 #include "nqp2/edl_fields.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
-#include "nqp2/table.h"
+#include "console/table.h"
 
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/P2EDL.h"

@@ -6,7 +6,7 @@
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
 #include "nqp2/record_output.h"
-#include "nqp2/table.h"
+#include "console/table.h"
 
 #include "NQP2ParserU/IngestList.h"
 #include "NQP2ParserU/TextBytes.h"

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/csv_row.h"
+#include "console/csv_row.h"
 
 #include "console/display_text.h"
 #include "NQP2ParserU/TextBytes.h"
