@@ -24,7 +24,7 @@ constexpr AddCommand kCommands[] = {
     AddPlaylistsCommand, AddImportCommand,   AddExportCommand,   AddDeleteCommand,
     AddIconCommand,      AddSerialCommand,   AddBaseInfoCommand, AddRtExportCommand,
     AddReportCommand,    AddTimelineCommand, AddOffloadCommand,  AddSealCommand,
-    AddVerifyCommand,    AddLastErrorCommand};
+    AddVerifyCommand,    AddCatalogCommand,  AddLastErrorCommand};
 
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {
