@@ -11,7 +11,8 @@ from pathlib import Path
 from program import PROGRAM, SOURCES, CardTest, main, run
 
 COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
-GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
+GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove"),
+          "catalog": ("add", "update", "cards", "search", "show", "remove", "export")}
 COMMANDS = ("clips", "clip", "format", "umid", "free-name", "space", "playlists", "import", "export",
             "delete", "icon", "serial", "base-info", "rt-export", "report", "offload",
             "seal", "verify", "timeline", "last-error", *GROUPS)

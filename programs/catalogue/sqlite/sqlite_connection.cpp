@@ -84,7 +84,6 @@ public:
         sqlite3_extended_result_codes(opened, 1);
         sqlite3_busy_timeout(opened, kPatience);
         sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-        sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
         for (const char* const each :
              {isShared ? "PRAGMA journal_mode = DELETE" : "PRAGMA journal_mode = WAL",
               "PRAGMA synchronous = FULL", "PRAGMA foreign_keys = ON", "PRAGMA cache_size = -65536",
