@@ -16,30 +16,30 @@ namespace nqp2::catalogue {
 namespace {
 
 /// Each takes its value from a text; false when that is none.
-bool Take(std::string& member, std::string_view value) {
+bool TakeValue(std::string& member, std::string_view value) {
     member = value;
     return true;
 }
-bool Take(std::vector<std::string>& member, std::string_view value) {
+bool TakeValue(std::vector<std::string>& member, std::string_view value) {
     member.emplace_back(value);
     return !value.empty();
 }
-bool Take(std::int64_t& member, std::string_view value) {
+bool TakeValue(std::int64_t& member, std::string_view value) {
     const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), member);
     return error == std::errc() && end == value.data() + value.size() && member > 0;
 }
-bool Take(bool& member, std::string_view value) {
+bool TakeValue(bool& member, std::string_view value) {
     member = value == "yes";
     return member;
 }
 
 template <auto Member>
 bool TakeInto(Arguments& arguments, std::string_view value) {
-    return Take(arguments.*Member, value);
+    return TakeValue(arguments.*Member, value);
 }
 template <auto Member>
 bool TakeIntoSearch(Arguments& arguments, std::string_view value) {
-    return Take(arguments.search.*Member, value);
+    return TakeValue(arguments.search.*Member, value);
 }
 
 constexpr struct {

@@ -15,10 +15,10 @@
 namespace nqp2::catalogue {
 namespace {
 
-template <class Record, class Columns>
-std::vector<Record> PartsOf(Connection& connection, const char* table, const Columns& columns,
-                            std::int64_t card, const char* order) {
-    std::vector<Record> records;
+template <class Part, class Columns>
+std::vector<Part> PartsOf(Connection& connection, const char* table, const Columns& columns,
+                          std::int64_t card, const char* order) {
+    std::vector<Part> records;
     connection.Run(
         "SELECT " + NamesOf(columns) + " FROM " + table + " WHERE card_id = $1 ORDER BY " + order,
         {card}, [&](const Row& row) { ReadValues(row, 0, columns, records.emplace_back()); });

@@ -39,10 +39,6 @@ std::int64_t Now() {
         .count();
 }
 
-std::string Kept(const CString& text) {
-    return KeptText(BytesFromText(text));
-}
-
 class Reading {
 public:
     Reading(const SeenCard& card, ReadingRemarks& remarks)
@@ -153,15 +149,15 @@ private:
             parser->LoadCardPlaylists(m_card.found.root, m_lists, report);
         }
         for (const tag_P2EDL& list : m_lists) {
-            const ListRecord record = {Kept(list.Name), m_isP2 ? "edl" : "playlist",
-                                       Kept(list.FrameRate), list.Duration};
+            const ListRecord record = {KeptText(list.Name), m_isP2 ? "edl" : "playlist",
+                                       KeptText(list.FrameRate), list.Duration};
             m_contents.lists.push_back(record);
             std::int64_t ordinal = 0;
             for (const tag_P2EDLClipTrackEvent& event : list.Events) {
                 const CString& identifier =
                     event.GlobalClipID.IsEmpty() ? event.Clip.GlobalClipID : event.GlobalClipID;
                 m_contents.events.push_back({record.name, ++ordinal, IdentityOf(identifier),
-                                             Kept(event.ClipName), Kept(event.P2SerialNo),
+                                             KeptText(event.ClipName), KeptText(event.P2SerialNo),
                                              event.Offset, event.SourceIn, event.SourceOut});
             }
         }
@@ -172,7 +168,7 @@ private:
         LoadIngestList(m_card.found.root, list);
         std::set<std::string> names;
         for (const auto& [clip, segments] : list) {
-            const std::string name = Kept(clip);
+            const std::string name = KeptText(clip);
             names.insert(Capitals(name));
             for (const tag_P2SegInfo& segment : segments) {
                 m_contents.ingests.push_back({name, segment.InPoint, segment.OutPoint});
@@ -194,8 +190,8 @@ private:
         for (const auto& [kind, word] : kKinds) {
             card.kind = m_card.found.kind == kind ? word : card.kind;
         }
-        card.volume = Kept(m_card.found.serialNo);
-        card.volumeLabel = Kept(m_card.found.label);
+        card.volume = KeptText(m_card.found.serialNo);
+        card.volumeLabel = KeptText(m_card.found.label);
         card.serial = SerialOf(m_contents, m_lists);
         card.host = KeptText(platform::HostName());
         card.place = StoredPath(m_card.path);

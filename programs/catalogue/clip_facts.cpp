@@ -3,6 +3,7 @@
 
 #include "catalogue/clip_facts.h"
 
+#include "catalogue/card_state.h"
 #include "catalogue/medium.h"
 #include "catalogue/words.h"
 #include "NQP2ParserU/ClipFiles.h"
@@ -18,17 +19,13 @@
 namespace nqp2::catalogue {
 namespace {
 
-constexpr std::array<const char*, 4> kStates = {"", "missing", "empty", "short"};
-
-std::string Kept(const CString& text) {
-    return KeptText(BytesFromText(text));
-}
+constexpr std::array<const char*, 4> kFileStates = {"", "missing", "empty", "short"};
 
 /// Lines, each once, of what is told.
 class Lines {
 public:
     void Add(const CString& text) {
-        const std::string line = Kept(text);
+        const std::string line = KeptText(text);
         if (!line.empty() && std::find(m_lines.begin(), m_lines.end(), line) == m_lines.end()) {
             m_lines.push_back(line);
         }
@@ -70,7 +67,7 @@ std::string MemosOf(const ClipMetadata& metadata) {
 
 std::string StartOf(const ClipFacts& facts) {
     const CString told = IsoDate(facts.metadata.shoot.startDate);
-    return Kept(told.IsEmpty() ? IsoDate(facts.clip.StartDate, facts.zones.start) : told);
+    return KeptText(told.IsEmpty() ? IsoDate(facts.clip.StartDate, facts.zones.start) : told);
 }
 
 std::int64_t MillisecondsOf(const _tag_P2Clip& clip) {
@@ -81,7 +78,7 @@ std::int64_t MillisecondsOf(const _tag_P2Clip& clip) {
 /// What stands for an identifier, the same for a copy: its files' names and sizes, and its record.
 std::string MadeIdentity(const ClipFacts& facts, const std::string& start) {
     std::string told =
-        Kept(facts.clip.ClipName) + '\n' + start + '\n' + std::to_string(facts.clip.Duration);
+        KeptText(facts.clip.ClipName) + '\n' + start + '\n' + std::to_string(facts.clip.Duration);
     for (const ClipFile& file : facts.files) {
         const bool isEssence = file.role == ClipFileRole::Video || file.role == ClipFileRole::Audio;
         told += isEssence ? '\n' + std::to_string(file.size) : std::string();
@@ -95,23 +92,23 @@ ClipRecord RecordOf(const ClipFacts& facts) {
     const _tag_P2Clip& clip = facts.clip;
     const ClipMetadata& metadata = facts.metadata;
     ClipRecord record;
-    record.name = Kept(clip.ClipName);
-    record.title = Kept(clip.UserClipName);
+    record.name = KeptText(clip.ClipName);
+    record.title = KeptText(clip.UserClipName);
     record.start = StartOf(facts);
     record.frames = clip.Duration;
     record.milliseconds = MillisecondsOf(clip);
-    record.rate = Kept(clip.FrameRate);
-    record.codec = Kept(clip.CodecName);
-    record.timecode = Kept(ClipTimecode(clip));
-    record.manufacturer = Kept(metadata.device.manufacturer);
-    record.camera = Kept(metadata.device.modelName);
-    record.cameraSerial = Kept(metadata.device.serialNo);
-    record.programme = Kept(metadata.scenario.programName);
-    record.scene = Kept(metadata.scenario.sceneNo);
-    record.take = Kept(metadata.scenario.takeNo);
-    record.place = Kept(metadata.place.name);
-    record.latitude = Kept(metadata.place.latitude);
-    record.longitude = Kept(metadata.place.longitude);
+    record.rate = KeptText(clip.FrameRate);
+    record.codec = KeptText(clip.CodecName);
+    record.timecode = KeptText(ClipTimecode(clip));
+    record.manufacturer = KeptText(metadata.device.manufacturer);
+    record.camera = KeptText(metadata.device.modelName);
+    record.cameraSerial = KeptText(metadata.device.serialNo);
+    record.programme = KeptText(metadata.scenario.programName);
+    record.scene = KeptText(metadata.scenario.sceneNo);
+    record.take = KeptText(metadata.scenario.takeNo);
+    record.place = KeptText(metadata.place.name);
+    record.latitude = KeptText(metadata.place.latitude);
+    record.longitude = KeptText(metadata.place.longitude);
     record.people = PeopleOf(metadata);
     record.memos = MemosOf(metadata);
     record.identity = IdentityOf(clip.GlobalClipID);
@@ -125,8 +122,8 @@ ClipRecord RecordOf(const ClipFacts& facts) {
 void TakeSegment(const SegmentReference& told, std::string& identity, std::string& name,
                  std::string& serial) {
     identity = IdentityOf(told.globalClipID);
-    name = Kept(told.clipName);
-    serial = Kept(told.serialNo);
+    name = KeptText(told.clipName);
+    serial = KeptText(told.serialNo);
 }
 
 bool IsGap(const ClipFile& file) {
@@ -137,8 +134,8 @@ bool IsGap(const ClipFile& file) {
 
 HoldingRecord HoldingOf(const ClipFacts& facts) {
     HoldingRecord holding;
-    holding.name = Kept(facts.clip.ClipName);
-    holding.identifier = Kept(facts.clip.GlobalClipID);
+    holding.name = KeptText(facts.clip.ClipName);
+    holding.identifier = KeptText(facts.clip.GlobalClipID);
     for (const ClipFile& file : facts.files) {
         holding.bytes += static_cast<std::int64_t>(file.size);
         holding.fileGaps += IsGap(file) ? 1 : 0;
@@ -164,19 +161,15 @@ std::vector<GapRecord> FileGapsOf(const ClipFacts& facts, const std::string& roo
         if (IsGap(file)) {
             std::string path = PosixPath(file.path);
             path.erase(0, path.starts_with(root + '/') ? root.size() + 1 : 0);
-            gaps.push_back({Kept(facts.clip.ClipName), "file", StoredPath(path),
-                            kStates.at(static_cast<std::size_t>(file.state)), "", ""});
+            gaps.push_back({KeptText(facts.clip.ClipName), "file", StoredPath(path),
+                            kFileStates.at(static_cast<std::size_t>(file.state)), "", ""});
         }
     }
     return gaps;
 }
 
 std::string IdentityOf(const CString& globalClipID) {
-    std::string identity = Kept(globalClipID);
-    for (char& each : identity) {
-        each = each >= 'a' && each <= 'z' ? static_cast<char>(each - 'a' + 'A') : each;
-    }
-    return identity;
+    return KeyText(Capitals(BytesFromText(globalClipID)));
 }
 
 } // namespace nqp2::catalogue

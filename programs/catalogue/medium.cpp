@@ -3,6 +3,7 @@
 
 #include "catalogue/medium.h"
 
+#include "catalogue/words.h"
 #include "console/utf8_text.h"
 #include "NQP2ParserU/PathText.h"
 #include "NQP2ParserU/TextBytes.h"
@@ -64,9 +65,7 @@ bool IsKept(std::string_view character, bool isWhole) {
     return isWhole && character != "%" && static_cast<unsigned char>(character.front()) >= 0x20;
 }
 
-} // namespace
-
-Medium MediumOf(const FoundCard& card) {
+Medium LongMediumOf(const FoundCard& card) {
     if (!card.serialNo.IsEmpty()) {
         return {"volume " + StoredPath(BytesFromText(card.serialNo)), true};
     }
@@ -82,6 +81,13 @@ Medium MediumOf(const FoundCard& card) {
     return {
         fmt::format("folder at {}: {}", StoredPath(platform::HostName()), StoredPath(mounted.path)),
         false};
+}
+
+} // namespace
+
+Medium MediumOf(const FoundCard& card) {
+    const Medium medium = LongMediumOf(card);
+    return {KeyText(medium.key), medium.isOwn};
 }
 
 std::string StoredPath(std::string_view path) {

@@ -59,10 +59,6 @@ const CString& TellerOf(const Take& take, const MissingSegment& missing) {
     return take.segments[missing.before > 0 ? missing.before - 1 : 0];
 }
 
-std::string Kept(const CString& text) {
-    return KeptText(BytesFromText(text));
-}
-
 } // namespace
 
 void AddTakeGaps(CardContents& contents, const CArray<Take>& told, bool isP2) {
@@ -73,10 +69,10 @@ void AddTakeGaps(CardContents& contents, const CArray<Take>& told, bool isP2) {
             if (take.segments.IsEmpty()) {
                 continue;
             }
-            const std::string clip = Kept(TellerOf(take, missing));
+            const std::string clip = KeptText(TellerOf(take, missing));
             ++counts[clip];
-            contents.gaps.push_back({clip, "segment", Kept(missing.clipName), "missing",
-                                     IdentityOf(missing.globalClipID), Kept(missing.serialNo)});
+            contents.gaps.push_back({clip, "segment", KeptText(missing.clipName), "missing",
+                                     IdentityOf(missing.globalClipID), KeptText(missing.serialNo)});
         }
     }
     ForEachHolding(contents, [&](HoldingRecord& holding) {
@@ -107,7 +103,7 @@ std::string SerialOf(const CardContents& contents, const CArray<tag_P2EDL>& list
     for (const HoldingRecord& each : contents.unchanged) {
         add(each);
     }
-    return Kept(CardSerial(clips, lists));
+    return KeptText(CardSerial(clips, lists));
 }
 
 } // namespace nqp2::catalogue

@@ -4,6 +4,8 @@
 #include "catalogue/words.h"
 
 #include "console/utf8_text.h"
+#include "NQP2ParserU/TextBytes.h"
+#include "offload/mhl/hash_format.h"
 #include "platform/case_fold.h"
 #include "platform/unicode.h"
 
@@ -14,8 +16,9 @@
 namespace nqp2::catalogue {
 namespace {
 
-constexpr std::size_t kLongestWord = 100;       ///< characters; the rest is not searched
-constexpr std::size_t kMostWords = 200'000;     ///< bytes of a clip
+constexpr std::size_t kLongestWord = 100;   ///< characters; the rest is not searched
+constexpr std::size_t kMostWords = 200'000; ///< bytes of a clip
+constexpr std::size_t kLongestKey = 500;
 constexpr std::size_t kLongestText = 64 * 1024; ///< bytes that are kept
 
 enum class Sort { Part, Word, Single };
@@ -129,6 +132,20 @@ std::string WordsOfClip(const ClipRecord& clip) {
         AddWords(all, clip.*member);
     }
     return all;
+}
+
+std::string KeyText(std::string_view text) {
+    std::string key = KeptText(text);
+    if (text.size() > kLongestKey) {
+        mhl::Hasher hasher(mhl::HashFormat::Xxh128);
+        hasher.Add(text);
+        key = "digest:" + hasher.Value().Text(mhl::HashFormat::Xxh128);
+    }
+    return key;
+}
+
+std::string KeptText(const CString& text) {
+    return KeptText(std::string_view(BytesFromText(text)));
 }
 
 std::string KeptText(std::string_view text) {

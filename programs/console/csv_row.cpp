@@ -68,6 +68,25 @@ void CsvRow::PutLeaf(const Leaf& leaf) {
     PutOne(m_out, leaf);
 }
 
+void CsvRow::Put(std::int64_t number) {
+    PutLeaf(number);
+}
+void CsvRow::Put(std::uint64_t number) {
+    PutLeaf(number);
+}
+void CsvRow::Put(double number) {
+    PutLeaf(number);
+}
+void CsvRow::Put(bool truth) {
+    PutLeaf(truth);
+}
+void CsvRow::Put(std::string_view text) {
+    PutLeaf(text);
+}
+void CsvRow::Put(const CString& text) {
+    PutLeaf(text);
+}
+
 void CsvRow::BeginRecord() {
     if (m_json) {
         m_json->BeginRecord();

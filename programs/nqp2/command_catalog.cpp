@@ -209,6 +209,7 @@ void AddRemovingAndExporting(const Command& group) {
 void AddCatalogCommand(const Command& program) {
     const Command group =
         program.AddGroup("catalog", "Remember cards, and find their clips without them");
+    group.Example("nqp2 catalog search interview --from 2009-05-03 --to 2009-05-03");
     AddStoring(group);
     AddSearching(group);
     AddReading(group);

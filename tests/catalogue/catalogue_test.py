@@ -28,7 +28,7 @@ KILLS = int(os.environ.get("NQP2_KILLS", "4"))
 # What strangers may write into their clips.
 TEXTS = ("'; DROP TABLE clip; --", "%s %n $1 ?1 :a @b", "quote \" and \\ back\\", "\u202eright to left",
          "\u05e9\u05dc\u05d5\u05dd \u05e2\u05d5\u05dc\u05dd", "a\u0301 \U0001f3a5 film", "NOT AND OR NEAR(",
-         "' | ! & <-> :*", "x" * 10_000, "word " * 3000, "\u6771\u4eac\u30bf\u30ef\u30fc", "tab\tnew\u0085line")
+         "' | ! & <-> :*", "x" * 10_000, "word " * 3000, "".join(chr(33 + number * number % 90) for number in range(10_000)), "\u6771\u4eac\u30bf\u30ef\u30fc", "tab\tnew\u0085line")
 
 
 def names_in(document):

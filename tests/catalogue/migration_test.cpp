@@ -88,7 +88,7 @@ TEST_P(MigrationTest, AFailureInTheMiddleLeavesTheVersionBefore) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Engines, MigrationTest, ::testing::Values("sqlite", "postgresql"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& each) { return std::string(each.param); });
 
 } // namespace
 } // namespace nqp2::catalogue

@@ -77,8 +77,17 @@ _nqp2() {
         [seal]='--hash --json --progress --quiet'
         [verify]='--append --json --progress --quiet'
         [last-error]='--json --worker'
+        [catalog]=''
+        ['catalog add']='--recursive --label --db --json'
+        ['catalog update']='--db --json'
+        ['catalog cards']='--db --json'
+        ['catalog search']='--from --to --camera --codec --rate --state --sort --limit --db --json'
+        ['catalog show']='--db --json'
+        ['catalog remove']='--db --json'
+        ['catalog export']='--jsonl --csv --db'
     )
-    local -A groups=([edl]='list write' [ingest]='list add remove')
+    local -A groups=([edl]='list write' [ingest]='list add remove'
+        [catalog]='add update cards search show remove export')
     local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
     local command='' card='' operand='' from='' areCards='' word i
     COMPREPLY=()
@@ -88,13 +97,20 @@ _nqp2() {
         current=''
         previous='='
     fi
+    if [[ " ${COMP_WORDS[*]} " == *' catalog '* ]]; then
+        case $previous in
+            --sort) _nqp2_words 'newest oldest name' "$current"; return ;;
+            --state) _nqp2_words 'incomplete missing-segment not-ingested one-copy' "$current"; return ;;
+            --from | --to) return ;;
+        esac
+    fi
     case $previous in
         --columns) _nqp2_words 'default all' "$current"; return ;;
         --sort) _nqp2_words 'name date none' "$current"; return ;;
         --to | --from) _nqp2_folders "$current"; return ;;
-        --worker | --sound | --log | --output | -o) compopt -o default 2>/dev/null; return ;;
+        --worker | --sound | --log | --output | -o | --db) compopt -o default 2>/dev/null; return ;;
         --drive | --bytes | --code-type | --frames | --name | --channels | --bits | --title | \
-            --timecode | --start-timecode | --copies) return ;;
+            --timecode | --start-timecode | --copies | --label | --camera | --codec | --rate | --limit) return ;;
         --hash) _nqp2_words 'xxh128 xxh3 xxh64 md5 sha1 c4' "$current"; return ;;
         --form) _nqp2_words 'otio edl xml ale' "$current"; return ;;
         -f)
@@ -120,7 +136,7 @@ _nqp2() {
             --clip) areCards=1; ((++i)) ;;
             --sort | --columns | --bytes | --code-type | -f | --standard | --frames | --name | --to | --worker | \
                 --output | -o | --sound | --channels | --bits | --title | --timecode | --hash | --sums | --copies | \
-                --log | --progress | --form | --media | --audio | --start-timecode) ((++i)) ;;
+                --label | --camera | --codec | --rate | --state | --limit | --db | --log | --progress | --form | --media | --audio | --start-timecode) ((++i)) ;;
             --drive) ((i += 3)) ;;
             -*) ;;
             *)
@@ -145,7 +161,7 @@ _nqp2() {
         else
             _nqp2_words 'clips clip format umid free-name space edl ingest playlists import export
                 delete icon serial base-info rt-export report offload seal verify timeline
-                last-error' "$current"
+                catalog last-error' "$current"
         fi
     elif [[ $current == -* ]]; then
         _nqp2_words "${options[$command]-} $global" "$current"
