@@ -23,6 +23,7 @@
 #include <filesystem>
 #include <fmt/core.h>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
@@ -95,8 +96,13 @@ CardClip MadeClip(Language& language, std::int64_t number) {
 }
 
 void Fill(Connection& connection, std::int64_t cards, std::int64_t clips) {
+    constexpr std::int64_t kCardsAtOnce = 200;
     Language language;
+    std::optional<Transaction> transaction;
     for (std::int64_t card = 0; card < cards; ++card) {
+        if (card % kCardsAtOnce == 0) {
+            transaction.emplace(connection, connection.Words().beginWrite);
+        }
         CardContents contents;
         contents.card.mediumKey = fmt::format("volume {:04X}-{:04X}", card, card);
         contents.card.kind = "p2";
@@ -105,9 +111,11 @@ void Fill(Connection& connection, std::int64_t cards, std::int64_t clips) {
         for (std::int64_t clip = 0; clip < clips; ++clip) {
             contents.read.push_back(MadeClip(language, card * clips + clip));
         }
-        Transaction transaction(connection, connection.Words().beginWrite);
         CardWriter(connection, contents, {}).Write();
-        transaction.Commit();
+        if ((card + 1) % kCardsAtOnce == 0 || card + 1 == cards) {
+            transaction->Commit();
+            transaction.reset();
+        }
     }
 }
 

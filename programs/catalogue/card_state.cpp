@@ -32,9 +32,9 @@ void AddNumber(std::string& bytes, std::uint64_t number) {
 }
 
 /// A file's facts as bytes, no two alike.
-void AddFacts(std::string& bytes, const FileState& file, std::string_view name) {
-    AddNumber(bytes, name.size());
-    bytes.append(name);
+void AddFacts(std::string& bytes, const FileState& file) {
+    AddNumber(bytes, file.name.size());
+    bytes.append(file.name);
     AddNumber(bytes, file.size);
     AddNumber(bytes, static_cast<std::uint64_t>(file.modified));
     AddNumber(bytes, file.modifiedNanoseconds);
@@ -71,9 +71,11 @@ private:
         m_bytes.clear();
         AddNumber(m_bytes, path.size());
         m_bytes += path;
+        m_state.folders.push_back(path);
+        m_state.files.reserve(m_state.files.size() + entries.size());
         std::vector<std::string> below;
-        for (const FolderEntry& entry : entries) {
-            Take(folder, path, entry.name, below);
+        for (FolderEntry& entry : entries) {
+            Take(folder, path, std::move(entry.name), below);
         }
         m_hasher.Add(m_bytes);
         for (const std::string& name : below) {
@@ -86,25 +88,27 @@ private:
         }
     }
 
-    void Take(Folder& folder, const std::string& path, const std::string& name,
+    void Take(Folder& folder, const std::string& path, std::string name,
               std::vector<std::string>& below) {
         FileInfo info;
         const IoStatus status = folder.Stat(name, info);
         if (status.error == platform::IoError::NotFound) {
             return; // gone since it was listed
         }
-        Require(status, path.empty() ? name : path + '/' + name);
+        if (!status) {
+            Require(status, path.empty() ? name : path + '/' + name);
+        }
         if (info.device != m_device) {
             return;
         }
         if (info.kind == EntryKind::Folder) {
-            below.push_back(name);
+            below.push_back(std::move(name));
         } else if (info.kind == EntryKind::File && m_state.files.size() < kMostFiles) {
-            FileState file = {path.empty() ? name : path + '/' + name, info.size, info.modified,
-                              info.modifiedNanoseconds};
-            AddFacts(m_bytes, file, name);
+            const auto folders = static_cast<std::uint32_t>(m_state.folders.size());
+            m_state.files.push_back(
+                {folders - 1, std::move(name), info.size, info.modified, info.modifiedNanoseconds});
+            AddFacts(m_bytes, m_state.files.back());
             m_state.bytes += info.size;
-            m_state.files.push_back(std::move(file));
         }
     }
 
@@ -152,14 +156,15 @@ std::string Capitals(std::string_view text) {
 std::map<std::string, ClipStamp> ClipStamps(const CardState& state) {
     std::map<std::string, ClipStamp> stamps;
     for (const FileState& file : state.files) {
-        const ClipPart part = PartOf(file.path);
+        const ClipPart part = PartOf(state.PathOf(file));
         if (part.clip.empty()) {
             continue;
         }
         ClipStamp& stamp = stamps[part.clip];
-        AddFacts(stamp.digest, file, file.path);
+        stamp.digest += state.folders[file.folder] + '/';
+        AddFacts(stamp.digest, file);
         if (part.isMetadata) {
-            stamp.name = file.path.substr(file.path.rfind('/') + 1, part.clip.size());
+            stamp.name = file.name.substr(0, part.clip.size());
         }
     }
     std::erase_if(stamps, [](const auto& each) { return each.second.name.empty(); });

@@ -13,7 +13,8 @@ namespace nqp2::catalogue {
 
 /// A file below a card as its folder lists it.
 struct FileState {
-    std::string path; ///< below the card
+    std::uint32_t folder = 0; ///< its place among the card's folders
+    std::string name;
     std::uint64_t size = 0;
     std::int64_t modified = 0;
     std::uint32_t modifiedNanoseconds = 0;
@@ -21,9 +22,15 @@ struct FileState {
 
 /// What lies below a card: enough to tell whether anything has changed.
 struct CardState {
-    std::vector<FileState> files; ///< by folder, sorted by name in each
-    std::string digest;           ///< of all paths, sizes and times
+    std::vector<std::string> folders; ///< paths below the card
+    std::vector<FileState> files;     ///< by folder, sorted by name in each
+    std::string digest;               ///< of all paths, sizes and times
     std::uint64_t bytes = 0;
+
+    [[nodiscard]] std::string PathOf(const FileState& file) const {
+        const std::string& folder = folders[file.folder];
+        return folder.empty() ? file.name : folder + '/' + file.name;
+    }
 };
 
 /// Lists a card's folders, and asks each file for size and time; no file is opened and no link

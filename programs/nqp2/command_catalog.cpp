@@ -13,7 +13,7 @@
 namespace nqp2::tool {
 namespace {
 
-constexpr const char* kProgram = "nqp2-catalogue";
+constexpr const char* kCatalogueProgram = "nqp2-catalogue";
 
 struct CatalogOptions {
     std::string database;
@@ -50,7 +50,7 @@ std::string NameOrPath(const std::string& argument) {
     return std::filesystem::exists(argument, error) ? PathForProgram(argument) : argument;
 }
 
-Status Become(const std::string& command, const CatalogOptions& options, bool arePaths) {
+Status BecomeCatalogue(const std::string& command, const CatalogOptions& options, bool arePaths) {
     ProgramWords words(command);
     words.PutGiven("db", options.database);
     for (const std::string& card : options.cards) {
@@ -60,27 +60,27 @@ Status Become(const std::string& command, const CatalogOptions& options, bool ar
     words.PutGiven("words", options.name);
     words.PutFlag("recursive", options.recursive);
     words.PutFlag("json", options.json);
-    return words.Become(kProgram);
+    return words.Become(kCatalogueProgram);
 }
 
-Status RunAdd(Console& /*console*/, const CatalogOptions& options) {
-    return Become("add", options, true);
+Status RunCatalogAdd(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("add", options, true);
 }
-Status RunUpdate(Console& /*console*/, const CatalogOptions& options) {
-    return Become("update", options, false);
+Status RunCatalogUpdate(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("update", options, false);
 }
-Status RunCards(Console& /*console*/, const CatalogOptions& options) {
-    return Become("cards", options, false);
+Status RunCatalogCards(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("cards", options, false);
 }
-Status RunRemove(Console& /*console*/, const CatalogOptions& options) {
-    return Become("remove", options, false);
+Status RunCatalogRemove(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("remove", options, false);
 }
-Status RunShow(Console& /*console*/, const CatalogOptions& options) {
-    return Become("show", options, false);
+Status RunCatalogShow(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("show", options, false);
 }
 
 /// Words that the user's shell has parted stay together.
-std::string Joined(const std::vector<std::string>& words) {
+std::string JoinedWords(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words) {
         const bool isPhrase =
@@ -91,10 +91,10 @@ std::string Joined(const std::vector<std::string>& words) {
     return text;
 }
 
-Status RunSearch(Console& /*console*/, const CatalogSearchOptions& options) {
+Status RunCatalogSearch(Console& /*console*/, const CatalogSearchOptions& options) {
     ProgramWords words("search");
     words.PutGiven("db", options.database);
-    words.PutGiven("words", Joined(options.words));
+    words.PutGiven("words", JoinedWords(options.words));
     words.PutGiven("from", options.from);
     words.PutGiven("to", options.to);
     words.PutGiven("camera", options.camera);
@@ -104,10 +104,10 @@ Status RunSearch(Console& /*console*/, const CatalogSearchOptions& options) {
     words.PutGiven("sort", options.sort);
     words.Put("limit", std::to_string(options.limit));
     words.PutFlag("json", options.json);
-    return words.Become(kProgram);
+    return words.Become(kCatalogueProgram);
 }
 
-Status RunExport(Console& /*console*/, const CatalogExportOptions& options) {
+Status RunCatalogExport(Console& /*console*/, const CatalogExportOptions& options) {
     if (options.lines == options.csv) {
         throw Failure("catalog export", "needs a form", "--jsonl or --csv", kUsage);
     }
@@ -115,7 +115,7 @@ Status RunExport(Console& /*console*/, const CatalogExportOptions& options) {
     words.PutGiven("db", options.database);
     words.PutFlag("jsonl", options.lines);
     words.PutFlag("csv", options.csv);
-    return words.Become(kProgram);
+    return words.Become(kCatalogueProgram);
 }
 
 void DatabaseOption(const Command& command, std::string& database) {
@@ -126,7 +126,7 @@ void DatabaseOption(const Command& command, std::string& database) {
 
 void AddStoring(const Command& group) {
     const Command add = group.Add("add", "Take cards into the catalogue, or bring them up to date");
-    CatalogOptions& adding = add.Runs(RunAdd);
+    CatalogOptions& adding = add.Runs(RunCatalogAdd);
     add.CardArguments(adding.cards);
     add.Flag("--recursive", adding.recursive, "Take every card in these folders and below");
     add.ValueOption("--label", adding.label, "TEXT", "What stands on the card or shelf");
@@ -134,7 +134,7 @@ void AddStoring(const Command& group) {
     add.JsonFlag(adding.json);
     add.Example("nqp2 catalog add /media/card --label \"Shelf 4, A012\"");
     const Command update = group.Add("update", "Read again what has changed on cards");
-    CatalogOptions& updating = update.Runs(RunUpdate);
+    CatalogOptions& updating = update.Runs(RunCatalogUpdate);
     update
         .Argument("CARD", updating.cards,
                   "Numbers, labels, serial numbers or paths; all that\n"
@@ -148,12 +148,12 @@ void AddStoring(const Command& group) {
 
 void AddReading(const Command& group) {
     const Command cards = group.Add("cards", "List all cards that were ever seen");
-    CatalogOptions& listing = cards.Runs(RunCards);
+    CatalogOptions& listing = cards.Runs(RunCatalogCards);
     DatabaseOption(cards, listing.database);
     cards.JsonFlag(listing.json);
     cards.Example("nqp2 catalog cards");
     const Command show = group.Add("show", "Tell all that is known of a card or clip");
-    CatalogOptions& showing = show.Runs(RunShow);
+    CatalogOptions& showing = show.Runs(RunCatalogShow);
     show.Argument("NAME", showing.name,
                   "Of a card its number, label or serial number; of a clip its name or\n"
                   "global identifier");
@@ -164,7 +164,7 @@ void AddReading(const Command& group) {
 
 void AddSearching(const Command& group) {
     const Command command = group.Add("search", "Find clips on all cards that were ever seen");
-    CatalogSearchOptions& options = command.Runs(RunSearch);
+    CatalogSearchOptions& options = command.Runs(RunCatalogSearch);
     command
         .Argument("WORDS", options.words,
                   "In titles, names, places, people, memos, programme and scene, all of\n"
@@ -191,13 +191,13 @@ void AddSearching(const Command& group) {
 
 void AddRemovingAndExporting(const Command& group) {
     const Command remove = group.Add("remove", "Forget cards and the clips that no other has");
-    CatalogOptions& removing = remove.Runs(RunRemove);
+    CatalogOptions& removing = remove.Runs(RunCatalogRemove);
     remove.Argument("CARD", removing.cards, "Numbers, labels, serial numbers or paths");
     DatabaseOption(remove, removing.database);
     remove.JsonFlag(removing.json);
     remove.Example("nqp2 catalog remove 3");
     const Command exporting = group.Add("export", "Write all clips of the catalogue");
-    CatalogExportOptions& options = exporting.Runs(RunExport);
+    CatalogExportOptions& options = exporting.Runs(RunCatalogExport);
     exporting.Flag("--jsonl", options.lines, "As JSON, each clip on a line of its own");
     exporting.Flag("--csv", options.csv, "As a table, each clip of each card in a row");
     DatabaseOption(exporting, options.database);

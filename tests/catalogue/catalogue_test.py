@@ -96,7 +96,7 @@ class Cases:
         self.assertEqual([(each["card"], each["name"], [place["card"] for place in each["knownOn"]])
                           for each in clip["missing"]], [(4, "CONTENTS/VIDEO/0001AB.MXF", [1])])
         self.assertNotIn("0001AB", names_in(self.document("search", "--state", "one-copy")))
-        self.assertEqual(self.document("show", "1")["cards"][0]["ingested"][0]["clipName"], "0003K7")
+        self.assertEqual(self.document("show", "1")["cards"][0]["ingested"][0]["clipName"], "0007H4")
 
     def test_update_reads_what_has_changed_alone(self):
         self.fill(count=5)
