@@ -71,9 +71,9 @@ struct Dialect {
     const char* clipsByWordsEnd;
     /// Says behind the table by which index to go through it; empty where that cannot be said.
     const char* indexedBy;
-    /// The condition that a clip `c` has the words of a parameter: what stands before and behind.
-    const char* hasWords;
-    const char* hasWordsEnd;
+    /// Clips' words with a space before and behind each, and what stands before a parameter that
+    /// is looked for in them: for going through clips by an index.
+    const char* placeInWords;
     /// A query for words as that parameter, and the words of a clip as they are kept.
     std::string (*queryText)(const WordQuery& query);
     std::string (*keptWords)(const std::string& words);

@@ -17,10 +17,6 @@
 namespace nqp2::catalogue {
 namespace {
 
-/// Up to so many clips with the words are looked at one by one and sorted; where more have them,
-/// going through all clips in order meets enough of them soon.
-constexpr std::int64_t kFewClips = 10'000;
-
 constexpr struct {
     std::string_view name;
     const char* index;
@@ -203,15 +199,23 @@ std::vector<FoundClip> Completed(Connection& connection, const Select& select) {
     return found;
 }
 
+/// A term as it stands among the words of a clip that has it.
+std::string PaddedText(const WordTerm& term) {
+    std::string text;
+    for (const std::string& word : term.words) {
+        text += ' ' + word;
+    }
+    return term.isPrefix ? text : text + ' ';
+}
+
 /// Whether so few clips have the words that these are asked for first.
-bool AreFew(Connection& connection, const std::string& query) {
+bool AreFew(Connection& connection, const std::string& query, std::int64_t few) {
     const char* const statement = connection.Words().countByWords;
     std::int64_t count = 0;
     if (*statement != '\0') {
-        connection.Run(statement, {query, kFewClips + 1},
-                       [&](const Row& row) { count = row.Number(0); });
+        connection.Run(statement, {query, few + 1}, [&](const Row& row) { count = row.Number(0); });
     }
-    return count <= kFewClips;
+    return count <= few;
 }
 
 } // namespace
@@ -224,13 +228,14 @@ std::vector<FoundClip> Search(Connection& connection, const SearchOptions& optio
     const bool isRare =
         !options.state.empty() && RowNamed(kStates, options.state, "--state").isRare;
     Select select(SelectClips());
-    if (!words.empty() && AreFew(connection, query)) {
+    if (!words.empty() && AreFew(connection, query, options.few)) {
         select.From(dialect.clipsByWords + select.Put(query) + dialect.clipsByWordsEnd);
     } else {
         const bool isOrdered = !isRare && *dialect.indexedBy != '\0';
         select.From("clip c" + (isOrdered ? dialect.indexedBy + std::string(sort.index) : ""));
-        if (!words.empty()) {
-            select.Where(dialect.hasWords + select.Put(query) + dialect.hasWordsEnd);
+        for (const WordTerm& term : words) {
+            select.Where(dialect.placeInWords + select.Put(PaddedText(term)) +
+                         (term.isExcluded ? ") = 0" : ") > 0"));
         }
     }
     if (const std::string from = DateIn(options.from, "--from"); !from.empty()) {

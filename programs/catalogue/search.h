@@ -23,6 +23,9 @@ struct SearchOptions {
     std::string state; ///< "incomplete", "missing-segment", "not-ingested", "one-copy"
     std::string sort;  ///< "newest", which is taken if empty, "oldest", "name"
     std::int64_t limit = 100;
+    /// Up to so many clips with the words are taken from the index of words and sorted; where more
+    /// have them, going through all clips in order and looking at each meets enough of them soon.
+    std::int64_t few = 10'000;
 };
 
 /// A card that has a clip, or what another one lacks.

@@ -117,8 +117,7 @@ const Dialect kPostgresqlDialect = {
     "clip c WHERE c.words @@ CAST(",
     " AS tsquery)",
     "",
-    "c.words @@ CAST(",
-    " AS tsquery)",
+    "",
     QueryText,
     KeptWords,
 };

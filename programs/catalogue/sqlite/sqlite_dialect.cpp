@@ -113,8 +113,7 @@ const Dialect kSqliteDialect = {
     "clip_words JOIN clip c ON c.id = clip_words.rowid WHERE clip_words MATCH ",
     "",
     " INDEXED BY ",
-    "EXISTS (SELECT 1 FROM clip_words WHERE clip_words.rowid = c.id AND clip_words MATCH ",
-    ")",
+    "instr(' ' || c.words || ' ', ",
     QueryText,
     KeptWords,
 };
