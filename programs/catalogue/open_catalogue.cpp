@@ -3,7 +3,7 @@
 
 #include "catalogue/open_catalogue.h"
 
-#include "catalogue/postgresql/postgresql_connection.h"
+#include "catalogue/postgresql/open_postgresql.h"
 #include "catalogue/schema.h"
 #include "catalogue/sqlite/sqlite_connection.h"
 #include "platform/folder.h"

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "catalogue/card_writer.h"
-#include "catalogue/postgresql/postgresql_connection.h"
+#include "catalogue/postgresql/open_postgresql.h"
 #include "catalogue/schema.h"
 #include "catalogue/search.h"
 #include "catalogue/sqlite/sqlite_connection.h"

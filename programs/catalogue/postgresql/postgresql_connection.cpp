@@ -157,7 +157,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<Connection> OpenPostgresql(const std::string& url) {
+std::unique_ptr<Connection> ConnectToPostgresql(const std::string& url) {
     return std::make_unique<PostgresqlConnection>(url);
 }
 

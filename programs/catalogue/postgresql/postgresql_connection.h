@@ -10,8 +10,7 @@
 
 namespace nqp2::catalogue {
 
-/// Connects to a server. Passwords come from where its client library takes them. Throws
-/// DatabaseError where this was built without that library.
-std::unique_ptr<Connection> OpenPostgresql(const std::string& url);
+/// A session with a server, by its client library.
+std::unique_ptr<Connection> ConnectToPostgresql(const std::string& url);
 
 } // namespace nqp2::catalogue
