@@ -99,17 +99,31 @@ private:
     std::vector<CardRecord> m_unreached;
 };
 
+void AddBelow(StoreRun& run, const std::string& path) {
+    std::vector<std::string> problems;
+    const std::vector<FoundCard> cards = CardsBelow(path, problems);
+    for (const std::string& problem : problems) {
+        run.Tell(problem);
+    }
+    for (const FoundCard& card : cards) {
+        run.Try([&] { run.Store(card); });
+    }
+}
+
+void UpdateWhereSeen(StoreRun& run, const CardRecord& card) {
+    if (const std::optional<FoundCard> found = ReachedAgain(card)) {
+        run.Store(*found);
+    } else {
+        run.TellUnreached(card);
+    }
+}
+
 /// The cards that a name or path of the user's stands for, of those that are known.
 void UpdateNamed(StoreRun& run, tool::Console& console, Connection& connection,
                  const std::string& name) {
     const std::vector<CardRecord> cards = CardsNamed(connection, name);
     for (const CardRecord& card : cards) {
-        const std::optional<FoundCard> found = ReachedAgain(card);
-        if (found) {
-            run.Store(*found);
-        } else {
-            run.TellUnreached(card);
-        }
+        UpdateWhereSeen(run, card);
     }
     if (cards.empty()) {
         const FoundCard found = CardAt(console, name);
@@ -125,20 +139,11 @@ void UpdateNamed(StoreRun& run, tool::Console& console, Connection& connection,
 tool::Status RunAdd(tool::Console& console, Connection& connection, const Arguments& arguments) {
     StoreRun run(console, connection, arguments);
     for (const std::string& path : arguments.cards) {
-        run.Try([&] {
-            if (!arguments.isRecursive) {
-                run.Store(CardAt(console, path));
-                return;
-            }
-            std::vector<std::string> problems;
-            const std::vector<FoundCard> cards = CardsBelow(path, problems);
-            for (const std::string& problem : problems) {
-                run.Tell(problem);
-            }
-            for (const FoundCard& card : cards) {
-                run.Try([&] { run.Store(card); });
-            }
-        });
+        if (arguments.isRecursive) {
+            run.Try([&] { AddBelow(run, path); });
+        } else {
+            run.Try([&] { run.Store(CardAt(console, path)); });
+        }
     }
     return run.Finish("nqp2-catalog-add");
 }
@@ -150,13 +155,7 @@ tool::Status RunUpdate(tool::Console& console, Connection& connection, const Arg
     }
     if (arguments.cards.empty()) {
         for (const CardRecord& card : AllCards(connection)) {
-            run.Try([&] {
-                if (const std::optional<FoundCard> found = ReachedAgain(card)) {
-                    run.Store(*found);
-                } else {
-                    run.TellUnreached(card);
-                }
-            });
+            run.Try([&] { UpdateWhereSeen(run, card); });
         }
     }
     return run.Finish("nqp2-catalog-update");
