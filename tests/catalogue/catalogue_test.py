@@ -223,6 +223,9 @@ class Cases:
         self.assertEqual((len(told["cards"]), len(told["problems"])), (1, 1))
         for words in (("show", "9"), ("remove", "9"), ("update", "9")):
             self.catalog(*words, status=1)
+        self.fill("other", first=20)
+        told = self.document("add", self.folder, "--recursive")["cards"]
+        self.assertEqual(sorted(card["result"] for card in told), ["added", "unchanged"])
 
 
 class SqliteTest(Cases, CardTest):
