@@ -31,6 +31,9 @@ if(NQP2_BUILD_TOOLS OR NQP2_BUILD_WORKER OR NQP2_BUILD_FUZZ)
 endif()
 if(NQP2_BUILD_TOOLS)
     pkg_check_modules(SNDFILE REQUIRED IMPORTED_TARGET sndfile)
+    pkg_check_modules(SQLITE3 REQUIRED IMPORTED_TARGET sqlite3>=3.35)
+    # Without it the catalogue does without that server, and says so.
+    pkg_check_modules(LIBPQ IMPORTED_TARGET libpq>=14)
 endif()
 if(NQP2_BUILD_WORKER)
     pkg_check_modules(AVFORMAT REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil

@@ -2,8 +2,8 @@
 # SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 # SPDX-License-Identifier: MIT
 """Checks what each room of the house includes: rooms depend downward only, a public header belongs
-to the room that implements it and shows public headers only, and libxml2, libavformat and the
-operating system stay in their rooms."""
+to the room that implements it and shows public headers only, and libxml2, libavformat, SQLite,
+libpq and the operating system stay in their rooms."""
 
 import argparse
 import re
@@ -43,6 +43,10 @@ PROGRAMS = {
     "worker/av": BASE | {"worker"},
     "offload": LIBRARY_OF_WORKER - {"channel"} | {"cards", "edl", "parser", "console", "copy",
                                                   "offload/mhl"},
+    "catalogue/sqlite": {"catalogue"},
+    "catalogue/postgresql": {"catalogue"},
+    "catalogue": BASE | {"media", "cards", "clips", "edl", "ingest", "parser", "console",
+                         "offload/mhl", "catalogue/sqlite", "catalogue/postgresql"},
 }
 MAY_INCLUDE = {**ROOMS, **PROGRAMS}
 # These see of the library what a host sees, the public headers, and of the programs what is named.
@@ -55,8 +59,13 @@ XML_LIBRARY_FOLDERS = {"xml/dom", "bench"}
 SYSTEM_FOLDERS = {"platform", "channel", "worker", *OBSERVERS}
 # The tests make camera files with it, and an example opens a clip as a host would.
 MEDIA_LIBRARY_FOLDERS = {"worker/av", "tests", "examples"}
+# The benchmarks write the same rows by it alone.
+SQLITE_FOLDERS = {"catalogue/sqlite", "bench"}
+SERVER_LIBRARY_FOLDERS = {"catalogue/postgresql"}
 XML_LIBRARY = re.compile(r"libxml2?/")
 MEDIA_LIBRARY = re.compile(r"lib(av|sw)\w+/")
+SQLITE = re.compile(r"sqlite3")
+SERVER_LIBRARY = re.compile(r"libpq|pg_config|postgresql/")
 SYSTEM = re.compile(
     r"(sys|linux|asm|netinet|arpa|net)/"
     r"|(aio|dirent|dlfcn|execinfo|fcntl|ftw|glob|grp|iconv|langinfo|mqueue|netdb|poll|pthread|pwd"
@@ -127,6 +136,10 @@ def fault_of_foreign(source: str, room: str, path: str) -> Optional[str]:
         return f"libxml2 belongs to xml/dom/: {path}"
     if MEDIA_LIBRARY.match(path) and (is_public or room not in MEDIA_LIBRARY_FOLDERS):
         return f"libavformat belongs to worker/av/: {path}"
+    if SQLITE.match(path) and (is_public or room not in SQLITE_FOLDERS):
+        return f"SQLite belongs to catalogue/sqlite/: {path}"
+    if SERVER_LIBRARY.match(path) and (is_public or room not in SERVER_LIBRARY_FOLDERS):
+        return f"the server's client library belongs to catalogue/postgresql/: {path}"
     if SYSTEM.match(path) and (is_public or room not in SYSTEM_FOLDERS):
         return f"the operating system belongs to platform/: {path}"
     return None

@@ -29,11 +29,22 @@ def sections(sizes: Sizes) -> dict[str, list[Line]]:
         "Worker and channel": channel_lines() + worker_lines(sizes),
         "Lists, documents, AVCHD": list_lines(sizes) + growth_lines() + avchd_lines(sizes),
         "The way of a clip": step_lines(sizes),
+        "The catalogue": catalogue_lines(sizes),
     }
 
 
 def each(name: str, count: int):
     return figure(f"{name}/{count}") / count
+
+
+def catalogue_lines(sizes: Sizes) -> list[Line]:
+    return [
+        Line(f"adding {sizes.large:,} clips / reading them and twice their rows by SQLite alone",
+             "ms", figure("catalogue/add"), figure("catalogue/scan") + figure("catalogue/bare") / 0.5,
+             1),
+        Line(f"update of an unchanged card of {sizes.large:,} clips / listing its folders", "ms",
+             figure("catalogue/update"), figure("catalogue/list"), 1.5),
+    ]
 
 
 def scan_lines(sizes: Sizes) -> list[Line]:

@@ -71,6 +71,8 @@ PROGRAMS: dict[str, Callable[[Setting], list[list]]] = {
     "ingest": lambda setting: [[setting.cards.folder / "lists", *setting.sizes.lists[1:]]],
     "growth": lambda setting: [[]],
     "avchd": lambda setting: [avchd_arguments(setting)],
+    "catalogue": lambda setting: [[setting.cards.folder / "catalogues",
+                                   setting.cards.bulk(setting.sizes.large)]],
     "channel": lambda setting: [[count] for count in PROCESSORS],
     "proxy": lambda setting: [[count, setting.worker] for count in PROCESSORS],
     "start": lambda setting: [[setting.programs / "bare_program", setting.nqp2, setting.worker,

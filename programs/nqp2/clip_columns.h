@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "console/table.h"
 #include "nqp2/clip_reading.h"
 #include "nqp2/shown_clip.h"
-#include "nqp2/table.h"
 
 #include <functional>
 #include <string>

@@ -4,6 +4,7 @@
 #include "nqp2/clip_document.h"
 
 #include "console/console.h"
+#include "console/csv_row.h"
 #include "console/json_form.h"
 #include "console/json_writer.h"
 #include "console/output_text.h"
@@ -11,7 +12,6 @@
 #include "nqp2/clip_columns.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_file_fields.h"
-#include "nqp2/csv_row.h"
 #include "nqp2/scan_report_output.h"
 #include "NQP2ParserU/TextBytes.h"
 

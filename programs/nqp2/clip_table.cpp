@@ -4,9 +4,9 @@
 #include "nqp2/clip_table.h"
 
 #include "console/console.h"
+#include "console/table.h"
 #include "nqp2/clip_cells.h"
 #include "nqp2/clip_fields.h"
-#include "nqp2/table.h"
 #include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 

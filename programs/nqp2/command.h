@@ -143,6 +143,7 @@ void AddRecordCommand(const Command& program);
 void AddOffloadCommand(const Command& program);
 void AddSealCommand(const Command& program);
 void AddVerifyCommand(const Command& program);
+void AddCatalogCommand(const Command& program);
 void AddReportCommand(const Command& program);
 void AddTimelineCommand(const Command& program);
 void AddRewrapCommand(const Command& program);

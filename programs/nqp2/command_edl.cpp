@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "console/console.h"
+#include "console/table.h"
 #include "console/value.h"
 #include "nqp2/card_entry.h"
 #include "nqp2/clip_table.h"
@@ -9,7 +10,6 @@
 #include "nqp2/edl_fields.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
-#include "nqp2/table.h"
 
 #include "NQP2ParserU/CArray.h"
 #include "NQP2ParserU/P2EDL.h"

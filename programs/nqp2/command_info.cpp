@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/table.h"
 #include "console/value.h"
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
 #include "nqp2/record_output.h"
-#include "nqp2/table.h"
 
 #include "NQP2ParserU/TextBytes.h"
 

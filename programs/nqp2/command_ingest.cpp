@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/table.h"
 #include "console/value.h"
 #include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
 #include "nqp2/record_output.h"
-#include "nqp2/table.h"
 
 #include "NQP2ParserU/IngestList.h"
 #include "NQP2ParserU/TextBytes.h"

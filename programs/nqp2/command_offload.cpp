@@ -1,18 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/card.h"
 #include "nqp2/command.h"
-#include "nqp2/program_paths.h"
+#include "nqp2/program_words.h"
 
-#include "NQP2ParserU/PathText.h"
-#include "NQP2ParserU/ProgramStart.h"
-#include "NQP2ParserU/TextBytes.h"
-
-#include <algorithm>
 #include <cstdint>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace nqp2::tool {
@@ -48,79 +41,41 @@ struct VerifyOptions {
     bool json = false;
 };
 
-/// A folder or file that the user named, as the other program takes it: whole.
-std::string PathOf(const std::string& argument) {
-    if (argument.empty()) {
-        throw Failure("", "is no path", "it is empty", kUsage);
-    }
-    const CString text = TextFromBytes(argument);
-    std::string path = WholePath(IsMappedDrive(text) ? PosixPath(text) : argument);
-    // What is not there keeps the separator that it was written with.
-    const std::size_t last = path.find_last_not_of('/');
-    path.resize(last == std::string::npos ? 1 : last + 1);
-    return path;
+/// With what all commands take in the end. Comes back only by Failure.
+Status Become(ProgramWords& words, bool json, const ProgressOptions& progress) {
+    words.PutFlag("json", json);
+    words.PutProgress(progress);
+    return words.Become(kProgram);
 }
 
-/// What is said to the other program.
-class Words {
-public:
-    explicit Words(const std::string& command) : m_words{command} {}
-
-    void Put(const std::string& key, const std::string& value) {
-        m_words.push_back(key + '=' + value);
-    }
-    void PutEach(const std::string& key, const std::vector<std::string>& values) {
-        std::for_each(values.begin(), values.end(), [&](const auto& value) { Put(key, value); });
-    }
-    void PutGiven(const std::string& key, const std::string& value) {
-        if (!value.empty()) {
-            Put(key, value);
-        }
-    }
-    void PutFlag(const std::string& key, bool isSet) { PutGiven(key, isSet ? "yes" : ""); }
-
-    /// With what all commands take in the end. Comes back only by Failure.
-    Status Become(bool json, const ProgressOptions& progress) {
-        PutFlag("json", json);
-        PutGiven("progress", progress.quiet ? "none" : progress.form);
-        const std::string program = OwnProgram(kProgram, "");
-        const int error = BecomeProgram(program, m_words);
-        throw Failure(kProgram, "cannot be run", std::generic_category().message(error),
-                      kWorkerFailed);
-    }
-
-private:
-    std::vector<std::string> m_words;
-};
-
 Status RunOffload(Console& /*console*/, const OffloadOptions& options) {
-    Words words("offload");
-    words.Put("card", PathOf(options.card));
+    ProgramWords words("offload");
+    words.Put("card", PathForProgram(options.card));
     for (const std::string& target : options.targets) {
-        words.Put("to", PathOf(target));
+        words.Put("to", PathForProgram(target));
     }
     words.PutGiven("name", options.name);
     words.PutEach("hash", options.hashes);
     words.PutEach("sums", options.sums);
     words.PutGiven("copies", options.copies == 0 ? "" : std::to_string(options.copies));
-    words.PutGiven("log", options.log.empty() ? "" : PathOf(options.log));
+    words.PutGiven("log", options.log.empty() ? "" : PathForProgram(options.log));
     words.PutFlag("no-verify-source", options.noVerifySource);
     words.PutFlag("dry-run", options.dryRun);
-    return words.Become(options.json, options.progress);
+    return Become(words, options.json, options.progress);
 }
 
 Status RunSeal(Console& /*console*/, const SealOptions& options) {
-    Words words("seal");
-    words.Put("folder", PathOf(options.folder));
+    ProgramWords words("seal");
+    words.Put("folder", PathForProgram(options.folder));
     words.PutEach("hash", options.hashes);
-    return words.Become(options.json, options.progress);
+    return Become(words, options.json, options.progress);
 }
 
 Status RunVerify(Console& /*console*/, const VerifyOptions& options) {
-    Words words("verify");
-    words.Put("folder", PathOf(options.folder));
+    ProgramWords words("verify");
+    words.Put("folder", PathForProgram(options.folder));
     words.PutFlag("append", options.append);
-    return words.Become(options.json, options.progress);
+    return Become(words, options.json, options.progress);
 }
 
 void AddHashOption(const Command& command, std::vector<std::string>& hashes) {

@@ -2,13 +2,13 @@
 // SPDX-License-Identifier: MIT
 
 #include "console/byte_size.h"
+#include "console/table.h"
 #include "console/value.h"
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
 #include "nqp2/record_output.h"
-#include "nqp2/table.h"
 
 #include "NQP2ParserU/TextBytes.h"
 

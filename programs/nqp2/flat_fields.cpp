@@ -4,8 +4,8 @@
 #include "nqp2/flat_fields.h"
 
 #include "console/console.h"
-#include "nqp2/csv_row.h"
-#include "nqp2/table.h"
+#include "console/csv_row.h"
+#include "console/table.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/core.h>

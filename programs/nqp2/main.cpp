@@ -19,13 +19,13 @@ namespace {
 using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
 constexpr AddCommand kCommands[] = {
-    AddClipsCommand,     AddClipCommand,     AddInfoCommand,      AddUmidCommand,
-    AddFreeNameCommand,  AddSpaceCommand,    AddEdlCommand,       AddIngestCommand,
-    AddPlaylistsCommand, AddImportCommand,   AddExportCommand,    AddDeleteCommand,
-    AddIconCommand,      AddSerialCommand,   AddProbeCommand,     AddRecordCommand,
-    AddReportCommand,    AddTimelineCommand, AddRewrapCommand,    AddOffloadCommand,
-    AddSealCommand,      AddVerifyCommand,   AddLastErrorCommand, AddManualCommand,
-    AddCompleteCommand};
+    AddClipsCommand,     AddClipCommand,     AddInfoCommand,    AddUmidCommand,
+    AddFreeNameCommand,  AddSpaceCommand,    AddEdlCommand,     AddIngestCommand,
+    AddPlaylistsCommand, AddImportCommand,   AddExportCommand,  AddDeleteCommand,
+    AddIconCommand,      AddSerialCommand,   AddProbeCommand,   AddRecordCommand,
+    AddReportCommand,    AddTimelineCommand, AddRewrapCommand,  AddOffloadCommand,
+    AddSealCommand,      AddVerifyCommand,   AddCatalogCommand, AddLastErrorCommand,
+    AddManualCommand,    AddCompleteCommand};
 
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {

@@ -3,13 +3,13 @@
 
 #include "offload/card_identity.h"
 
+#include "NQP2ParserU/CardSerial.h"
 #include "NQP2ParserU/TextBytes.h"
 #include "offload/mhl/hash_format.h"
 #include "platform/case_fold.h"
 
 #include <algorithm>
 #include <ctime>
-#include <map>
 #include <set>
 
 namespace nqp2::offload {
@@ -73,53 +73,13 @@ std::string ClipsDigest(const GivenFolder& given) {
     return DigestText(hasher);
 }
 
-/// How often clips and edit lists say that a clip which is here lies on the card of that number.
-class SerialVotes {
-public:
-    explicit SerialVotes(const CardContents& card) {
-        for (const _tag_P2Clip& clip : card.clips) {
-            m_here.insert(KeyOf(clip.GlobalClipGuid));
-        }
-        for (const _tag_P2Clip& clip : card.clips) {
-            Count(clip.TopClipGuid, clip.TopSerialNo);
-            Count(clip.PreviousClipGuid, clip.PreviousSerialNo);
-            Count(clip.NextClipGuid, clip.NextSerialNo);
-        }
-        for (const tag_P2EDL& list : card.lists) {
-            for (const tag_P2EDLClipTrackEvent& event : list.Events) {
-                Count(event.GlobalClipGuid, event.P2SerialNo);
-            }
-        }
-    }
-
-    [[nodiscard]] std::string Winner() const {
-        const auto most =
-            std::max_element(m_votes.begin(), m_votes.end(),
-                             [](const auto& a, const auto& b) { return a.second < b.second; });
-        return most == m_votes.end() ? "" : most->first;
-    }
-
-private:
-    static std::string KeyOf(const GUID& guid) {
-        return {reinterpret_cast<const char*>(&guid), sizeof guid};
-    }
-    void Count(const GUID& clip, const CString& serial) {
-        if (clip != GUID() && !serial.IsEmpty() && m_here.contains(KeyOf(clip))) {
-            ++m_votes[BytesFromText(serial)];
-        }
-    }
-
-    std::set<std::string> m_here;
-    std::map<std::string, int> m_votes;
-};
-
 /// Of a card alone: several have none in common.
 std::string SerialOf(const GivenFolder& given) {
     if (given.cards.size() != 1) {
         return "";
     }
     const CardContents& card = given.cards.front();
-    const std::string told = SerialVotes(card).Winner();
+    const std::string told = BytesFromText(CardSerial(card.clips, card.lists));
     return told.empty() ? BytesFromText(card.card.serialNo) : told;
 }
 

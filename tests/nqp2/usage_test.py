@@ -12,7 +12,8 @@ from edl_test import edit_list
 from program import PROGRAM, SOURCES, CardTest, main, run
 
 COMPLETION = SOURCES / "programs" / "nqp2" / "completion" / "nqp2.bash"
-GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove")}
+GROUPS = {"edl": ("list", "write"), "ingest": ("list", "add", "remove"),
+          "catalog": ("add", "update", "cards", "search", "show", "remove", "export")}
 COMMANDS = ("clips", "clip", "info", "umid", "free-name", "space", "playlists", "import", "export",
             "delete", "icon", "serial", "probe", "record", "report", "offload",
             "seal", "verify", "timeline", "rewrap", "last-error", *GROUPS)

@@ -30,6 +30,8 @@ BAD = (
     ("programs/offload/mhl/a.cpp", '"copy/copier.h"', "offload/mhl/ may not include from copy/"),
     ("library/parser/a.cpp", "<libxml/tree.h>", "libxml2 belongs to xml/dom/"),
     ("programs/worker/a.cpp", "<libavformat/avformat.h>", "libavformat belongs to worker/av/"),
+    ("programs/catalogue/a.cpp", "<sqlite3.h>", "SQLite belongs to catalogue/sqlite/"),
+    ("programs/nqp2/a.cpp", "<libpq-fe.h>", "client library belongs to catalogue/postgresql/"),
     ("library/xml/dom/a.cpp", "<unistd.h>", "operating system belongs to platform/"),
     ("include/NQP2ParserU/Markup.h", '"xml/dom/node.h"', "public header shows an internal one"),
     ("include/NQP2ParserU/P2Clip.h", '"NQP2ParserU/Markup.h"', "media/ may not include from xml/"),
@@ -45,6 +47,7 @@ GOOD = (
     ("programs/nqp2/a.cpp", '"console/value.h"'),
     ("programs/worker/av/a.cpp", '"worker/session.h"'),
     ("programs/offload/a.cpp", '"console/value.h"'),
+    ("programs/catalogue/sqlite/a.cpp", "<sqlite3.h>"),
     ("examples/a.cpp", "<NQP2ParserU/Parser.h>"),
     ("tests/platform/a_test.cpp", "<sys/resource.h>"),
 )

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/csv_row.h"
+#include "console/csv_row.h"
 
 #include "console/display_text.h"
 #include "NQP2ParserU/TextBytes.h"
@@ -66,6 +66,25 @@ void CsvRow::PutLeaf(const Leaf& leaf) {
     }
     Separate();
     PutOne(m_out, leaf);
+}
+
+void CsvRow::Put(std::int64_t number) {
+    PutLeaf(number);
+}
+void CsvRow::Put(std::uint64_t number) {
+    PutLeaf(number);
+}
+void CsvRow::Put(double number) {
+    PutLeaf(number);
+}
+void CsvRow::Put(bool truth) {
+    PutLeaf(truth);
+}
+void CsvRow::Put(std::string_view text) {
+    PutLeaf(text);
+}
+void CsvRow::Put(const CString& text) {
+    PutLeaf(text);
 }
 
 void CsvRow::BeginRecord() {

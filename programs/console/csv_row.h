@@ -21,12 +21,12 @@ class CsvRow final : public ValueSink {
 public:
     explicit CsvRow(OutputText& out) : m_out(out) {}
 
-    void Put(std::int64_t number) override { PutLeaf(number); }
-    void Put(std::uint64_t number) override { PutLeaf(number); }
-    void Put(double number) override { PutLeaf(number); }
-    void Put(bool truth) override { PutLeaf(truth); }
-    void Put(std::string_view text) override { PutLeaf(text); }
-    void Put(const CString& text) override { PutLeaf(text); }
+    void Put(std::int64_t number) override;
+    void Put(std::uint64_t number) override;
+    void Put(double number) override;
+    void Put(bool truth) override;
+    void Put(std::string_view text) override;
+    void Put(const CString& text) override;
     void BeginRecord() override;
     void Name(std::string_view name) override;
     void EndRecord() override;

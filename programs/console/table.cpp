@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/table.h"
+#include "console/table.h"
 
 #include "console/console.h"
 #include "console/display_text.h"

@@ -1,0 +1,219 @@
+// SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
+// SPDX-License-Identifier: MIT
+
+#include "nqp2/command.h"
+#include "nqp2/program_words.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace nqp2::tool {
+namespace {
+
+constexpr const char* kCatalogueProgram = "nqp2-catalogue";
+
+struct CatalogOptions {
+    std::string database;
+    std::vector<std::string> cards;
+    std::string label;
+    std::string name;
+    bool recursive = false;
+    bool json = false;
+};
+
+struct CatalogSearchOptions {
+    std::string database;
+    std::vector<std::string> words;
+    std::string from;
+    std::string to;
+    std::string camera;
+    std::string codec;
+    std::string rate;
+    std::string state;
+    std::string sort;
+    std::uint32_t limit = 100;
+    bool json = false;
+};
+
+struct CatalogExportOptions {
+    std::string database;
+    bool lines = false;
+    bool csv = false;
+};
+
+/// A card that may be named by its label or number, or by a path.
+std::string NameOrPath(const std::string& argument) {
+    std::error_code error;
+    return std::filesystem::exists(argument, error) ? PathForProgram(argument) : argument;
+}
+
+Status BecomeCatalogue(const std::string& command, const CatalogOptions& options, bool arePaths) {
+    ProgramWords words(command);
+    words.PutGiven("db", options.database);
+    for (const std::string& card : options.cards) {
+        words.Put("card", arePaths ? PathForProgram(card) : NameOrPath(card));
+    }
+    words.PutGiven("label", options.label);
+    words.PutGiven("words", options.name);
+    words.PutFlag("recursive", options.recursive);
+    words.PutFlag("json", options.json);
+    return words.Become(kCatalogueProgram);
+}
+
+Status RunCatalogAdd(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("add", options, true);
+}
+Status RunCatalogUpdate(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("update", options, false);
+}
+Status RunCatalogCards(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("cards", options, false);
+}
+Status RunCatalogRemove(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("remove", options, false);
+}
+Status RunCatalogShow(Console& /*console*/, const CatalogOptions& options) {
+    return BecomeCatalogue("show", options, false);
+}
+
+/// Words that the user's shell has parted stay together.
+std::string JoinedWords(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        const bool isPhrase =
+            word.find(' ') != std::string::npos && word.find('"') == std::string::npos;
+        text += text.empty() ? "" : " ";
+        text += isPhrase ? '"' + word + '"' : word;
+    }
+    return text;
+}
+
+Status RunCatalogSearch(Console& /*console*/, const CatalogSearchOptions& options) {
+    ProgramWords words("search");
+    words.PutGiven("db", options.database);
+    words.PutGiven("words", JoinedWords(options.words));
+    words.PutGiven("from", options.from);
+    words.PutGiven("to", options.to);
+    words.PutGiven("camera", options.camera);
+    words.PutGiven("codec", options.codec);
+    words.PutGiven("rate", options.rate);
+    words.PutGiven("state", options.state);
+    words.PutGiven("sort", options.sort);
+    words.Put("limit", std::to_string(options.limit));
+    words.PutFlag("json", options.json);
+    return words.Become(kCatalogueProgram);
+}
+
+Status RunCatalogExport(Console& /*console*/, const CatalogExportOptions& options) {
+    if (options.lines == options.csv) {
+        throw Failure("catalog export", "needs a form", "--jsonl or --csv", kUsage);
+    }
+    ProgramWords words("export");
+    words.PutGiven("db", options.database);
+    words.PutFlag("jsonl", options.lines);
+    words.PutFlag("csv", options.csv);
+    return words.Become(kCatalogueProgram);
+}
+
+void DatabaseOption(const Command& command, std::string& database) {
+    command.ValueOption("--db", database, "WHERE",
+                        "A file, or postgresql://[USER@]HOST/NAME; a file of the user's if\n"
+                        "left out");
+}
+
+void AddStoring(const Command& group) {
+    const Command add = group.Add("add", "Take cards into the catalogue, or bring them up to date");
+    CatalogOptions& adding = add.Runs(RunCatalogAdd);
+    add.CardArguments(adding.cards);
+    add.Flag("--recursive", adding.recursive, "Take every card in these folders and below");
+    add.ValueOption("--label", adding.label, "TEXT", "What stands on the card or shelf");
+    DatabaseOption(add, adding.database);
+    add.JsonFlag(adding.json);
+    add.Example("nqp2 catalog add /media/card --label \"Shelf 4, A012\"");
+    const Command update = group.Add("update", "Read again what has changed on cards");
+    CatalogOptions& updating = update.Runs(RunCatalogUpdate);
+    update
+        .Argument("CARD", updating.cards,
+                  "Numbers, labels, serial numbers or paths; all that\n"
+                  "can be reached if left out")
+        .Required(false);
+    DatabaseOption(update, updating.database);
+    update.JsonFlag(updating.json);
+    update.Example("nqp2 catalog update");
+    update.Note("What is not there now stays as it was: nothing is removed for that.");
+}
+
+void AddReading(const Command& group) {
+    const Command cards = group.Add("cards", "List all cards that were ever seen");
+    CatalogOptions& listing = cards.Runs(RunCatalogCards);
+    DatabaseOption(cards, listing.database);
+    cards.JsonFlag(listing.json);
+    cards.Example("nqp2 catalog cards");
+    const Command show = group.Add("show", "Tell all that is known of a card or clip");
+    CatalogOptions& showing = show.Runs(RunCatalogShow);
+    show.Argument("NAME", showing.name,
+                  "Of a card its number, label or serial number; of a clip its name or\n"
+                  "global identifier");
+    DatabaseOption(show, showing.database);
+    show.JsonFlag(showing.json);
+    show.Example("nqp2 catalog show A012");
+}
+
+void AddSearching(const Command& group) {
+    const Command command = group.Add("search", "Find clips on all cards that were ever seen");
+    CatalogSearchOptions& options = command.Runs(RunCatalogSearch);
+    command
+        .Argument("WORDS", options.words,
+                  "In titles, names, places, people, memos, programme and scene, all of\n"
+                  "them; \"several together\", begin*, and behind -- also -not")
+        .Required(false);
+    command.ValueOption("--from", options.from, "DATE", "Shot then or later: 2009, 2009-05-03");
+    command.ValueOption("--to", options.to, "DATE", "Shot then or before, that day included");
+    command.ValueOption("--camera", options.camera, "MODEL", "Its model begins so");
+    command.ValueOption("--codec", options.codec, "CODEC", "Its codec begins so");
+    command.ValueOption("--rate", options.rate, "RATE", "Its rate begins so: 50i, 59.94p");
+    command
+        .ValueOption("--state", options.state, "STATE",
+                     "incomplete, missing-segment, not-ingested or one-copy")
+        .OneOf(
+            std::vector<std::string>{"incomplete", "missing-segment", "not-ingested", "one-copy"});
+    command.ValueOption("--sort", options.sort, "ORDER", "newest (if left out), oldest or name")
+        .OneOf(std::vector<std::string>{"newest", "oldest", "name"});
+    command.ValueOption("--limit", options.limit, "N", "Tell at most so many (100 if left out)")
+        .Between(1, 100'000);
+    DatabaseOption(command, options.database);
+    command.JsonFlag(options.json);
+    command.Example("nqp2 catalog search interview --from 2009-05-03 --to 2009-05-03");
+}
+
+void AddRemovingAndExporting(const Command& group) {
+    const Command remove = group.Add("remove", "Forget cards and the clips that no other has");
+    CatalogOptions& removing = remove.Runs(RunCatalogRemove);
+    remove.Argument("CARD", removing.cards, "Numbers, labels, serial numbers or paths");
+    DatabaseOption(remove, removing.database);
+    remove.JsonFlag(removing.json);
+    remove.Example("nqp2 catalog remove 3");
+    const Command exporting = group.Add("export", "Write all clips of the catalogue");
+    CatalogExportOptions& options = exporting.Runs(RunCatalogExport);
+    exporting.Flag("--jsonl", options.lines, "As JSON, each clip on a line of its own");
+    exporting.Flag("--csv", options.csv, "As a table, each clip of each card in a row");
+    DatabaseOption(exporting, options.database);
+    exporting.Example("nqp2 catalog export --csv");
+}
+
+} // namespace
+
+void AddCatalogCommand(const Command& program) {
+    const Command group =
+        program.AddGroup("catalog", "Remember cards, and find their clips without them");
+    group.Example("nqp2 catalog search interview --from 2009-05-03 --to 2009-05-03");
+    AddStoring(group);
+    AddSearching(group);
+    AddReading(group);
+    AddRemovingAndExporting(group);
+}
+
+} // namespace nqp2::tool
