@@ -121,7 +121,7 @@ public:
 
 private:
     using Request = void (Host::*)();
-    static const Request kRequests[19];
+    static const Request kRequests[20];
 
     CString Root() {
         constexpr const char* kFolders[] = {"card", "card", "other", "missing/deeper",

@@ -5,6 +5,7 @@
 
 #include "catalogue/catalogue_json.h"
 #include "catalogue/medium.h"
+#include "console/byte_size.h"
 #include "console/progress_bar.h"
 #include "console/run_progress.h"
 #include "console/table.h"
