@@ -50,7 +50,7 @@ std::uint64_t StartOf(const CString& name) {
 
 /// A clip with the start of its name: who sorts thousands of large records by their names alone
 /// waits for memory.
-struct NamedClip {
+struct ClipStart {
     std::uint64_t start;
     const Clip* clip;
 };
@@ -58,12 +58,12 @@ struct NamedClip {
 // Clips lie in the order in which they came, which decides between equal names: no room is taken
 // for a stable sort.
 void SortByName(ClipOrder& order) {
-    std::vector<NamedClip> named;
+    std::vector<ClipStart> named;
     named.reserve(order.size());
     std::transform(order.begin(), order.end(), std::back_inserter(named), [](const Clip* clip) {
-        return NamedClip{StartOf(clip->ClipName), clip};
+        return ClipStart{StartOf(clip->ClipName), clip};
     });
-    std::sort(named.begin(), named.end(), [](const NamedClip& left, const NamedClip& right) {
+    std::sort(named.begin(), named.end(), [](const ClipStart& left, const ClipStart& right) {
         if (left.start != right.start) {
             return left.start < right.start;
         }
@@ -71,7 +71,7 @@ void SortByName(ClipOrder& order) {
         return isBefore || (left.clip < right.clip && !NameBefore(right.clip, left.clip));
     });
     std::transform(named.begin(), named.end(), order.begin(),
-                   [](const NamedClip& clip) { return clip.clip; });
+                   [](const ClipStart& clip) { return clip.clip; });
 }
 
 void SortByDate(ClipOrder& order) {

@@ -3,6 +3,7 @@
 
 #include "nqp2/card_scan.h"
 #include "nqp2/command.h"
+#include "nqp2/output_folder.h"
 #include "nqp2/rewrap/targets.h"
 #include "nqp2/rewrap_document.h"
 #include "nqp2/rewrap_plans.h"
@@ -77,14 +78,6 @@ const rewrap::Form& FormOf(const RewrapOptions& options) {
                       fmt::format("give -f {}", fmt::join(rewrap::FormNames(), ", ")), kUsage);
     }
     return *form;
-}
-
-void MakeFolder(const std::string& folder) {
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error) {
-        throw Failure(folder, "cannot be made", error.message());
-    }
 }
 
 void MakeFiles(Console& console, const RewrapOptions& options, TransferWatch& watch,

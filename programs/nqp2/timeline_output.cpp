@@ -4,6 +4,7 @@
 #include "nqp2/timeline_output.h"
 
 #include "console/console.h"
+#include "nqp2/output_folder.h"
 #include "NQP2ParserU/WholeFile.h"
 
 #include <fmt/format.h>
@@ -20,14 +21,6 @@ namespace fs = std::filesystem;
 bool NamesFolder(const std::string& output) {
     std::error_code error;
     return output.ends_with('/') || fs::is_directory(output, error);
-}
-
-void MakeFolder(const std::string& folder) {
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error) {
-        throw Failure(folder, "cannot be made", error.message());
-    }
 }
 
 } // namespace
