@@ -3,6 +3,8 @@
 
 #include "console/run_progress.h"
 
+#include "console/byte_size.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
