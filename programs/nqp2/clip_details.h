@@ -39,8 +39,8 @@ struct ReadMetadata {
     std::size_t bytes = 0; ///< about what they take
 };
 
-/// What is known of the clips of cards beside their records, and what must be asked for in the order
-/// in which they are shown.
+/// What is known of the clips of cards beside their records, and what must be asked for in the
+/// order in which they are shown.
 class ClipDetails {
 public:
     /// The cards and the describer, which is asked for camera files, must outlive it.
@@ -55,7 +55,7 @@ public:
     /// A clip with what is known without reading.
     [[nodiscard]] ShownClip Of(const _tag_P2Clip& clip) const;
 
-    /// The files of a clip, to be asked for in the order of the list; false when there is no memory.
+    /// The files of a clip, to be asked for in the order of the list; false without memory.
     bool ReadFiles(const _tag_P2Clip& clip, CArray<ClipFile>& files) noexcept;
     /// What is shown of a clip's metadata once they were read: those of a camera file are asked for
     /// now, and what could not be read is told. Null where there is nothing.

@@ -93,8 +93,8 @@ private:
         read.bytes = reader->SizeOfLast();
     }
 
-    /// A clip that is like most. Where there is something to tell or to ask for, where much is to be
-    /// written or memory is short, it is shown in its turn.
+    /// A clip that is like most. Where there is something to tell or to ask for, where much is to
+    /// be written or memory is short, it is shown in its turn.
     std::size_t Make(Maker& maker, std::size_t index) noexcept {
         Part& part = PartOf(index);
         try {
