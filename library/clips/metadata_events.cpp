@@ -80,7 +80,6 @@ void MetadataEvents::Begin(std::uint64_t bytes) {
     m_texts = 0;
     m_hints.clear();
     m_places.Begin();
-    m_placeBytes = m_places.Bytes();
     m_open.clear();
     m_beyond = 0;
     m_run = {};
@@ -152,17 +151,12 @@ TextPlace* MetadataEvents::NextPlace(std::string_view name, bool isAttribute) {
     if (m_metadata->isCut) {
         return nullptr;
     }
-    if (TextPlace* const known = m_places.Follow(Innermost(), name, isAttribute)) {
-        return known;
+    TextPlace* place = m_places.Follow(Innermost(), name, isAttribute);
+    if (place == nullptr) {
+        place = &m_places.Find(Innermost(), name, isAttribute);
     }
-    TextPlace& place = m_places.Find(Innermost(), name, isAttribute);
-    return SpendPlaces() ? &place : nullptr;
-}
-
-/// What has come to them.
-bool MetadataEvents::SpendPlaces() {
-    const std::size_t before = std::exchange(m_placeBytes, m_places.Bytes());
-    return before == m_placeBytes || Spend(m_placeBytes - before);
+    // As if no document had come before: what is kept of one is for itself to decide.
+    return Spend(place->bytes) ? place : nullptr;
 }
 
 bool MetadataEvents::Spend(std::size_t bytes) {
@@ -243,11 +237,11 @@ void MetadataEvents::Keep(TextPlace& place, std::string_view text) {
         m_metadata->isCut = true;
         return;
     }
-    if (!place.hasPath) {
+    if (place.pathBytes == 0) {
         m_places.MakePath(place);
-        if (!SpendPlaces()) {
-            return;
-        }
+    }
+    if (!Spend(place.pathBytes)) {
+        return;
     }
     if (m_texts == m_metadata->others.GetSize()) {
         m_metadata->others.Add(MetadataText());

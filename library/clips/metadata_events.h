@@ -58,7 +58,6 @@ private:
     }
     TextPlace* NextPlace(std::string_view name, bool isAttribute);
     bool Spend(std::size_t bytes);
-    bool SpendPlaces();
     void BeginMemo();
     void TakeStretch();
     void TakeLeaf(const Opened& element);
@@ -76,7 +75,6 @@ private:
     std::string m_joined;     ///< in here when it came in pieces
     std::size_t m_most = 0;   ///< bytes that may be kept of it,
     std::size_t m_budget = 0; ///< and that still may be
-    std::size_t m_placeBytes = 0;
 };
 
 } // namespace nqp2::clips

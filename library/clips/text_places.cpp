@@ -94,15 +94,17 @@ TextPlace::Kind& TextPlaces::KindOf(const Key& key) {
     kind.name = key.name;
     kind.isAttribute = key.isAttribute;
     m_found.emplace(Key{key.parent, kind.name, key.isAttribute}, &kind);
-    m_bytes += kKindBytes + kind.name.size();
     return kind;
 }
 
 TextPlace& TextPlaces::Append(TextPlace::Kind& kind, TextPlace* parent, TextPlace* before) {
     const std::uint32_t number = before != nullptr ? before->number + 1 : 1;
-    TextPlace& place = m_places.emplace_back(kind, parent, number, FieldOf(kind, parent, number));
+    const std::size_t bytes =
+        sizeof(TextPlace) + (before == nullptr ? kKindBytes + kind.name.size() : 0);
+    TextPlace& place = m_places.emplace_back(kind, parent, number, FieldOf(kind, parent, number),
+                                             static_cast<std::uint32_t>(bytes));
     (before != nullptr ? before->nextOfKind : kind.first) = &place;
-    m_bytes += sizeof(TextPlace);
+    m_bytes += place.bytes;
     return place;
 }
 
@@ -137,8 +139,8 @@ void TextPlaces::MakePath(TextPlace& place) {
         }
     }
     place.path = platform::TextFromUtf8(m_scratch);
-    place.hasPath = true;
-    m_bytes += kTextBytes + m_scratch.size() * sizeof(wchar_t);
+    place.pathBytes = static_cast<std::uint32_t>(kTextBytes + m_scratch.size() * sizeof(wchar_t));
+    m_bytes += place.pathBytes;
 }
 
 } // namespace nqp2::clips

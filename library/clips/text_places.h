@@ -27,16 +27,17 @@ void Assign(const CString& text, CString& to);
 struct TextPlace {
     struct Kind;
     TextPlace(Kind& placeKind, TextPlace* inside, std::uint32_t count,
-              const dom::FieldSet::Name* meaning)
-        : kind(&placeKind), parent(inside), number(count), field(meaning) {}
+              const dom::FieldSet::Name* meaning, std::uint32_t size)
+        : kind(&placeKind), parent(inside), number(count), bytes(size), field(meaning) {}
 
     Kind* kind;           ///< which is its name, and where that stands
     TextPlace* parent;    ///< null for the root
     std::uint32_t number; ///< among those of its name in its parent, from 1
+    std::uint32_t bytes;  ///< about what it takes beside its path; the first of a kind with that
     /// What it is in the set of fields; null when it is nothing there.
     const dom::FieldSet::Name* field;
-    CString path; ///< where it was made
-    bool hasPath = false;
+    CString path;                ///< where it was made
+    std::uint32_t pathBytes = 0; ///< about what it takes; 0 where it was not made
     TextPlace* nextOfKind = nullptr;
     TextPlace* follower = nullptr; ///< the place that came next in the document before
 
@@ -77,8 +78,6 @@ public:
     TextPlace& Find(TextPlace* parent, std::string_view name, bool isAttribute);
     /// "Root/Element[2]/@attribute".
     void MakePath(TextPlace& place);
-    /// About what all places take in memory.
-    [[nodiscard]] std::size_t Bytes() const { return m_bytes; }
 
 private:
     struct Key {
@@ -106,7 +105,7 @@ private:
     std::unordered_map<Key, TextPlace::Kind*, Hash> m_found;
     std::uint64_t m_document = 0;
     TextPlace* m_last = nullptr;
-    std::size_t m_bytes = 0;
+    std::size_t m_bytes = 0; ///< about what all places take
     std::string m_scratch;
 };
 

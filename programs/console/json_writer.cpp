@@ -13,6 +13,9 @@
 namespace nqp2::tool {
 namespace {
 
+/// What comes before an element that has a line of its own.
+constexpr std::string_view kElement = "\n    ";
+
 void PutInQuotes(OutputText& out, const CString& text) {
     if (!out.PutIfPlain(text.View(), Commas::Plain)) {
         PutEscaped(out, BytesFromText(text));
@@ -115,9 +118,14 @@ void JsonWriter::EndList() {
     m_isFollowing = true;
 }
 
+void JsonDocumentWriter::PutElement(std::string_view record) {
+    m_out.Put(Separator(), kElement, record);
+    m_isFollowing = true;
+}
+
 void JsonDocumentWriter::BeginRecord() {
     if (m_depth == 1 && m_listsLines) {
-        m_out.Put(Separator(), "\n    ");
+        m_out.Put(Separator(), kElement);
         m_isFollowing = false;
     }
     JsonWriter::BeginRecord();

@@ -14,6 +14,9 @@ class JsonWriter : public ValueSink {
 public:
     explicit JsonWriter(OutputText& out) : m_out(out) {}
 
+    /// What comes next follows nothing.
+    void BeginAnew() { m_isFollowing = false; }
+
     void Put(std::int64_t number) override;
     void Put(std::uint64_t number) override;
     void Put(double number) override;
@@ -48,6 +51,9 @@ private:
 class JsonDocumentWriter final : public JsonWriter {
 public:
     using JsonWriter::JsonWriter;
+
+    /// Puts a record that another writer has written as an element of a member's list.
+    void PutElement(std::string_view record);
 
     void BeginRecord() override;
     void Name(std::string_view name) override;

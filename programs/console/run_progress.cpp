@@ -18,7 +18,7 @@
 namespace nqp2::tool {
 namespace {
 
-constexpr std::uint64_t kKiB = 1024;
+constexpr std::uint64_t kBarUnit = 1024;
 
 struct FormFacts {
     std::string_view name;
@@ -92,7 +92,7 @@ void RunProgress::Draw(const RunState& state) {
                         CutToWidth(Printable(state.target.empty() ? state.file : state.target,
                                              LineBreaks::Escape),
                                    30));
-        DrawBar({what, state.bytes / kKiB, m_totalBytes / kKiB, Seconds()});
+        DrawBar({what, state.bytes / kBarUnit, m_totalBytes / kBarUnit, Seconds()});
         m_isDrawn = true;
     }
 }

@@ -97,8 +97,9 @@ bool WasCutShort(const CardSearch& search) {
 }
 
 std::string RealPath(const CString& path) {
-    // For one run of one command: what it learns of a folder stays true for that long.
-    static RealPaths paths;
+    // For one run of one command: what it learns of a folder stays true for that long. Threads do
+    // not wait for each other.
+    thread_local RealPaths paths;
     return paths.Find(path);
 }
 

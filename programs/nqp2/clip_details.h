@@ -6,15 +6,14 @@
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_order.h"
 #include "nqp2/clip_reading.h"
-#include "nqp2/metadata_ahead.h"
 #include "nqp2/shown_clip.h"
+#include "NQP2ParserU/ClipMetadata.h"
 #include "NQP2ParserU/JoinedTakes.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -39,21 +38,37 @@ struct RemarkedClip {
     std::vector<std::string> remarks; ///< a sentence each
 };
 
-/// Reads what is wanted of each clip beside its record, when it is shown or shortly before: no more
-/// than that of a few clips is held.
+/// What came of reading a clip's metadata.
+struct ReadMetadata {
+    MetadataStatus status = MetadataStatus::NoFile;
+    ClipMetadata metadata;
+    CString problem;
+    std::size_t bytes = 0; ///< about what they take
+};
+
+/// What is known of the clips of cards beside their records, and what must be asked for in the
+/// order in which they are shown.
 class ClipDetails {
 public:
     /// The cards and the describer, which is asked for camera files, must outlive it.
     ClipDetails(Console& console, const CardScans& cards, ClipReading wanted,
                 MediaDescriber& describer);
-    ~ClipDetails();
     ClipDetails(const ClipDetails&) = delete;
     ClipDetails& operator=(const ClipDetails&) = delete;
 
-    /// The clips will be shown in that order.
-    void Expect(const ClipOrder& clips);
-    /// One of the cards' clips with what is known of it, which holds until the next call.
-    ShownClip Of(const _tag_P2Clip& clip);
+    [[nodiscard]] ClipReading Wanted() const { return m_wanted; }
+    /// The card of a clip of theirs. By several threads at a time, as the next.
+    [[nodiscard]] const CardScan& CardOf(const _tag_P2Clip& clip) const;
+    /// A clip with what is known without reading.
+    [[nodiscard]] ShownClip Of(const _tag_P2Clip& clip) const;
+
+    /// The files of a clip, to be asked for in the order of the list; false without memory.
+    bool ReadFiles(const _tag_P2Clip& clip, CArray<ClipFile>& files) noexcept;
+    /// What is shown of a clip's metadata once they were read: those of a camera file are asked for
+    /// now, and what could not be read is told. Null where there is nothing.
+    const ClipMetadata* ToShow(const _tag_P2Clip& clip, ReadMetadata& read);
+    /// Keeps what there is to remark on a clip that was shown.
+    void Remark(const _tag_P2Clip& clip, std::vector<std::string>&& remarks);
 
     /// The clips that are not whole. Those that were not shown are asked for now.
     const std::vector<BrokenClip>& Broken(const ClipOrder& clips);
@@ -67,29 +82,27 @@ public:
     [[nodiscard]] const CArray<JoinedTake>& Takes() const { return m_takes; }
 
 private:
-    struct Reader;
-    Reader& ReaderOf(const _tag_P2Clip& clip);
-    void AskAll(const ClipOrder& clips);
-    const CArray<ClipFile>& Files(Reader& reader, const _tag_P2Clip& clip);
-    std::size_t ReadMetadataOf(const _tag_P2Clip& clip, ReadMetadata& read) noexcept;
-    MetadataStatus Describe(const _tag_P2Clip& clip, ClipMetadata& metadata, std::string& problem);
-    const ClipMetadata* Metadata(const _tag_P2Clip& clip);
+    struct KnownCard {
+        const CardScan* card;
+        std::string folder;
+    };
+    [[nodiscard]] const KnownCard& KnownCardOf(const _tag_P2Clip& clip) const;
     void IndexTakes();
+    void AskAll(const ClipOrder& clips);
+    MetadataStatus Describe(const _tag_P2Clip& clip, ClipMetadata& metadata, std::string& problem);
 
     Console& m_console;
     ClipReading m_wanted;
     MediaDescriber& m_describer;
-    std::vector<std::unique_ptr<Reader>> m_readers; ///< one a card
-    std::map<const _tag_P2Clip*, Reader*, std::less<>> m_byFirstClip;
+    std::vector<KnownCard> m_cards;
+    std::map<const _tag_P2Clip*, const KnownCard*, std::less<>> m_byFirstClip;
     CArray<JoinedTake> m_takes;
     std::unordered_map<const _tag_P2Clip*, ShownTake> m_places;
     std::vector<BrokenClip> m_broken;
     std::vector<RemarkedClip> m_remarked;
-    std::vector<std::string> m_remarks; ///< on the clip that was asked for last
     bool m_isRemarked = false;          ///< all clips have been looked at
     bool m_isAsked = false;             ///< for the files of all clips
     std::int64_t m_unread = 0;
-    MetadataAhead m_ahead; ///< last: it uses the readers
 };
 
 } // namespace nqp2::tool

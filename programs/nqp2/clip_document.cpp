@@ -12,30 +12,66 @@
 #include "nqp2/clip_columns.h"
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_file_fields.h"
+#include "nqp2/clip_showing.h"
 #include "nqp2/scan_report_output.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/core.h>
 
 #include <filesystem>
+#include <memory>
 #include <optional>
+#include <string_view>
 #include <system_error>
 
 namespace nqp2::tool {
 namespace {
 
 /// What was asked for only in order to find clips that are not whole is not shown.
-ShownClip ShownIn(const ClipListing& listing, std::size_t index) {
-    ShownClip shown = listing.details.Of(*listing.clips[index]);
+ShownClip ShownIn(const ClipListing& listing, ShownClip shown) {
     shown.files = listing.showsFiles ? shown.files : nullptr;
     return shown;
 }
 
-Sequence ClipSequence(const ClipListing& listing) {
-    return {listing.clips.size(), [&listing](ValueSink& sink, std::size_t index) {
-                FetchAhead(listing.clips, index);
-                PutShownClip(sink, ShownIn(listing, index));
-            }};
+/// Those between are for the others.
+constexpr std::size_t kLikelyThreads = 2;
+
+using PutJson = void (*)(ValueSink& sink, const ShownClip& shown);
+
+/// One clip after the other as JSON, each without what would separate it from those before.
+PutClipAt JsonInto(const ClipListing& listing, OutputText& text, PutJson put,
+                   std::string_view end = "") {
+    const auto json = std::make_shared<JsonWriter>(text);
+    return [&listing, &text, json, put, end](const ShownClip& shown, std::size_t index) {
+        FetchAhead(listing.clips, index, kLikelyThreads);
+        json->BeginAnew();
+        put(*json, ShownIn(listing, shown));
+        text.Put(end);
+    };
+}
+
+/// A form whose clips stand one after the other, wherever they are put.
+ClipForm FormOfLines(OutputText& out, const std::function<PutClipAt(OutputText& text)>& into) {
+    return {into(out), into, [&out](std::string_view text) { out.Put(text); }};
+}
+
+void PutClips(JsonDocumentWriter& json, const ClipListing& listing) {
+    json.BeginList(ListOf::Records);
+    ShowClips(listing.details, listing.clips,
+              {[&](const ShownClip& shown, std::size_t index) {
+                   FetchAhead(listing.clips, index);
+                   PutShownClip(json, ShownIn(listing, shown));
+               },
+               [&](OutputText& text) { return JsonInto(listing, text, PutShownClip); },
+               [&json](std::string_view text) { json.PutElement(text); }});
+    json.EndList();
+}
+
+void PutMembers(ValueSink& sink, const Record& members) {
+    for (const NamedValue& member : members) {
+        sink.Name(member.name);
+        Put(sink, member.value);
+    }
 }
 
 constexpr const char* kFormat = "nqp2-clips";
@@ -101,66 +137,86 @@ Content OtherFiles(const ClipListing& listing) {
     };
 }
 
-} // namespace
-
-Record ClipsDocument(const ClipListing& listing) {
-    Record document = {{"format", std::string(kFormat)}, {"version", kJsonVersion}};
+Record BeforeClips(const ClipListing& listing) {
+    Record members = {{"format", std::string(kFormat)}, {"version", kJsonVersion}};
     if (!listing.areSeveral) {
         const CardScan& only = listing.cards.cards.front();
-        document.push_back({"card", OutputPath(only.card.Folder())});
-        document.push_back({"kind", std::string(only.kind == CardKind::P2 ? "p2" : "avchd")});
+        members.push_back({"card", OutputPath(only.card.Folder())});
+        members.push_back({"kind", std::string(only.kind == CardKind::P2 ? "p2" : "avchd")});
     }
-    document.push_back({"cards", CardSequence(listing)});
-    document.push_back({"clips", ClipSequence(listing)});
+    members.push_back({"cards", CardSequence(listing)});
+    return members;
+}
+
+Record BehindClips(const ClipListing& listing) {
+    Record members;
     if (listing.showsReport) {
-        document.push_back({"skipped", SkippedValue(listing.cards)});
-        document.push_back({"takes", TakesValue(listing.details.Takes())});
+        members.push_back({"skipped", SkippedValue(listing.cards)});
+        members.push_back({"takes", TakesValue(listing.details.Takes())});
     }
     if (listing.showsReport || listing.showsFiles) {
-        document.push_back({"incompleteClips", BrokenClips(listing)});
+        members.push_back({"incompleteClips", BrokenClips(listing)});
     }
     if (listing.showsFiles) {
-        document.push_back({"otherFiles", OtherFiles(listing)});
+        members.push_back({"otherFiles", OtherFiles(listing)});
     }
-    return document;
+    return members;
+}
+
+} // namespace
+
+void PrintClipsDocument(Console& console, const ClipListing& listing) {
+    OutputText out(&console);
+    JsonDocumentWriter json(out);
+    json.BeginRecord();
+    PutMembers(json, BeforeClips(listing));
+    json.Name("clips");
+    PutClips(json, listing);
+    PutMembers(json, BehindClips(listing));
+    json.EndRecord();
+    out.Flush();
 }
 
 void PrintClipLines(Console& console, const ClipListing& listing) {
     OutputText out(&console);
-    for (std::size_t i = 0; i < listing.clips.size(); ++i) {
-        FetchAhead(listing.clips, i);
-        JsonWriter line(out);
-        PutClipLine(line, ShownIn(listing, i));
-        out.Put('\n');
-    }
+    ShowClips(listing.details, listing.clips, FormOfLines(out, [&listing](OutputText& text) {
+                  return JsonInto(listing, text, PutClipLine, "\n");
+              }));
     out.Flush();
 }
 
 void PrintCsvColumns(Console& console, const ClipListing& listing, const ClipColumns& columns) {
     OutputText out(&console);
-    const auto putRow = [&out](const Row& cells) {
+    const auto putRow = [](OutputText& text, const Row& cells) {
         for (std::size_t i = 0; i < cells.size(); ++i) {
-            out.Put(OutputText::Comma{i > 0});
-            PutCell(out, cells[i]);
+            text.Put(OutputText::Comma{i > 0});
+            PutCell(text, cells[i]);
         }
-        out.Put("\r\n");
+        text.Put("\r\n");
     };
     Row titles;
     for (const Column& head : columns.Heads()) {
         titles.push_back(head.title);
     }
-    putRow(titles);
-    for (const _tag_P2Clip* const clip : listing.clips) {
-        putRow(columns.Cells(listing.details.Of(*clip)));
-    }
+    putRow(out, titles);
+    const auto into = [&](OutputText& text) -> PutClipAt {
+        return [&](const ShownClip& shown, std::size_t /*index*/) {
+            putRow(text, columns.Cells(shown));
+        };
+    };
+    ShowClips(listing.details, listing.clips, FormOfLines(out, into));
     out.Flush();
 }
 
 void PrintTableColumns(Console& console, const ClipListing& listing, const ClipColumns& columns) {
-    std::vector<Row> rows; // a table goes over them twice, and clips are read once
-    for (const _tag_P2Clip* const clip : listing.clips) {
-        rows.push_back(columns.Cells(listing.details.Of(*clip)));
-    }
+    // A table goes over them twice, and clips are read once.
+    std::vector<Row> rows(listing.clips.size());
+    const PutClipAt put = [&](const ShownClip& shown, std::size_t index) {
+        rows[index] = columns.Cells(shown);
+    };
+    ShowClips(
+        listing.details, listing.clips,
+        {put, [&put](OutputText& /*text*/) { return put; }, [](std::string_view /*text*/) {}});
     PrintTable(console, columns.Heads(), [&rows](const TakeRow& take) {
         for (const Row& row : rows) {
             take(row);

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "console/value.h"
 #include "nqp2/clip_details.h"
 
 #include <functional>
@@ -24,8 +23,8 @@ struct ClipListing {
     bool showsReport = false;
 };
 
-/// The listing as a document.
-Record ClipsDocument(const ClipListing& listing);
+/// Prints the listing as a document in JSON.
+void PrintClipsDocument(Console& console, const ClipListing& listing);
 
 /// Prints a line of JSON for each clip.
 void PrintClipLines(Console& console, const ClipListing& listing);

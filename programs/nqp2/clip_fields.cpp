@@ -150,12 +150,12 @@ void PutClipOfCard(ValueSink& sink, const std::string& card, const _tag_P2Clip& 
 }
 
 // Where texts are is told by the record, which is asked for one clip earlier.
-void FetchAhead(const ClipOrder& clips, std::size_t index) {
-    if (index + 2 < clips.size()) {
-        FetchObject(*clips[index + 2]);
+void FetchAhead(const ClipOrder& clips, std::size_t index, std::size_t step) {
+    if (index + 2 * step < clips.size()) {
+        FetchObject(*clips[index + 2 * step]);
     }
-    if (index + 1 < clips.size()) {
-        FetchFields(kClipFields, *clips[index + 1]);
+    if (index + step < clips.size()) {
+        FetchFields(kClipFields, *clips[index + step]);
     }
 }
 

@@ -22,8 +22,9 @@ void PutClipMembers(ValueSink& sink, const _tag_P2Clip& clip);
 /// The same with its card before all else ("Card").
 void PutClipOfCard(ValueSink& sink, const std::string& card, const _tag_P2Clip& clip);
 
-/// To be called where each of the clips is shown in its turn: asks for the next (nqp2/fetch.h).
-void FetchAhead(const ClipOrder& clips, std::size_t index);
+/// To be called where each of the clips is shown in its turn, or one of so many: asks for the next
+/// (nqp2/fetch.h).
+void FetchAhead(const ClipOrder& clips, std::size_t index, std::size_t step = 1);
 
 /// What a clip's codec and rate mean.
 eCodeType CodeTypeOf(const _tag_P2Clip& clip);

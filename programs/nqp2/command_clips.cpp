@@ -12,7 +12,6 @@
 #include "nqp2/command.h"
 #include "nqp2/flat_fields.h"
 #include "nqp2/media_describer.h"
-#include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 
 #include <fmt/core.h>
@@ -146,7 +145,7 @@ bool IsReportBelow(const ClipsOptions& options) {
 void PrintList(Console& console, const ClipsOptions& options, const Scanned& scanned,
                const ClipListing& listing, const std::optional<ClipColumns>& columns) {
     if (options.form.json) {
-        PrintJson(console, ClipsDocument(listing));
+        PrintClipsDocument(console, listing);
     } else if (options.lines) {
         PrintClipLines(console, listing);
     } else if (columns && options.form.csv) {
@@ -217,7 +216,6 @@ Status RunClips(Console& console, const ClipsOptions& options) {
     MediaDescriber describer(console, options.scan.worker);
     ClipDetails details(console, scans, reading, describer);
     const ClipOrder clips = OrderedClips(scans, options.sort);
-    details.Expect(clips);
     const ClipListing listing = {scans,         clips,         details, scanned.areSeveral,
                                  options.files, options.report};
     PrintList(console, options, scanned, listing, columns);

@@ -156,13 +156,18 @@ TEST_F(ClipMetadataTest, WhatIsTooMuchIsCutAndWhatCannotBeReadIsTold) {
     const std::string longText(3'000'000, 'x');
     EXPECT_THAT(Read("<a>" + longText + "</a>"), ElementsAre("a=" + longText));
     EXPECT_EQ(Read(deep).size(), 1U);
+    std::string few;
     std::string many = "<a>";
     for (int i = 0; i < 60'000; ++i) {
+        few = i == 1000 ? many + "</a>" : few;
         many += "<b c='" + std::to_string(i) + "'/>";
     }
     Read(many + "</a>");
     EXPECT_TRUE(m_metadata.isCut);
     EXPECT_EQ(Others()[20'000], "a/b[20001]/@c=20000");
+    const std::size_t kept = Others().size();
+    Read(few);
+    EXPECT_EQ(Read(many + "</a>").size(), kept);
     EXPECT_THAT(Read("<a>behind it</a>"), ElementsAre("a=behind it"));
     for (const char* const bad : {"", "<a>", "<a b='1'>x", "<!DOCTYPE a><a/>", "no XML"}) {
         EXPECT_THAT(Read(bad, MetadataStatus::Unreadable), IsEmpty());
