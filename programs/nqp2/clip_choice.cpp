@@ -3,6 +3,7 @@
 
 #include "nqp2/clip_choice.h"
 
+#include "nqp2/clip_hint.h"
 #include "nqp2/clip_order.h"
 #include "NQP2ParserU/TextBytes.h"
 
@@ -116,7 +117,13 @@ const _tag_P2Clip* ClipChoice::Find(std::size_t card, const std::string& name) c
 
 void ClipChoice::RequireOne(const std::string& name, const std::vector<std::size_t>& cards) const {
     if (cards.empty() && m_scans.cards.size() > 1) {
-        throw Failure(name, "is a clip of none of the cards", "`nqp2 clips` lists the clips");
+        CArray<_tag_P2Clip> all;
+        for (const CardScan& scan : m_scans.cards) {
+            all.Append(scan.clips);
+        }
+        const std::string hint = NearClip(name, all);
+        throw Failure(name, "is a clip of none of the cards",
+                      hint.empty() ? "`nqp2 clips` lists the clips" : hint);
     }
     if (cards.size() > 1) {
         std::string labels;
