@@ -19,12 +19,12 @@ namespace {
 using namespace nqp2::tool; // NOLINT(google-build-using-namespace)
 
 constexpr AddCommand kCommands[] = {
-    AddClipsCommand,     AddClipCommand,      AddInfoCommand,   AddUmidCommand,
-    AddFreeNameCommand,  AddSpaceCommand,     AddEdlCommand,      AddIngestCommand,
-    AddPlaylistsCommand, AddImportCommand,    AddExportCommand,   AddDeleteCommand,
-    AddIconCommand,      AddSerialCommand,    AddProbeCommand, AddRecordCommand,
-    AddReportCommand,    AddTimelineCommand,  AddOffloadCommand,  AddSealCommand,
-    AddVerifyCommand,    AddLastErrorCommand, AddManualCommand,   AddCompleteCommand};
+    AddClipsCommand,     AddClipCommand,      AddInfoCommand,    AddUmidCommand,
+    AddFreeNameCommand,  AddSpaceCommand,     AddEdlCommand,     AddIngestCommand,
+    AddPlaylistsCommand, AddImportCommand,    AddExportCommand,  AddDeleteCommand,
+    AddIconCommand,      AddSerialCommand,    AddProbeCommand,   AddRecordCommand,
+    AddReportCommand,    AddTimelineCommand,  AddOffloadCommand, AddSealCommand,
+    AddVerifyCommand,    AddLastErrorCommand, AddManualCommand,  AddCompleteCommand};
 
 void ShowDebugOutput(Console& console) {
     nqp2::SetDebugOutput([&console](const CString& text) {

@@ -6,6 +6,7 @@
 #include "NQP2ParserU/TextBytes.h"
 #include "tests/support/temp_folder.h"
 
+#include <cstdint>
 #include <string>
 
 namespace nqp2::parser {
@@ -44,10 +45,9 @@ TEST(ScanFailure, OfOneClipHasItsPlace) {
         std::string failure; ///< its beginning
         int line;
         SkipReason reason;
-    } cases[] = {
-        {L"0001AB", 1, "the clip's metadata do not load: ", 2, SkipReason::NotWellFormed},
-        {L"0002CD", 1, "the clip's metadata do not load: ", 0, SkipReason::IsFolder},
-        {L"0003EF", 0, "the card has no such clip", 0, {}}};
+    } cases[] = {{L"0001AB", 1, "the clip's metadata do not load: ", 2, SkipReason::NotWellFormed},
+                 {L"0002CD", 1, "the clip's metadata do not load: ", 0, SkipReason::IsFolder},
+                 {L"0003EF", 0, "the card has no such clip", 0, {}}};
     CNQP2Parser parser;
     parser.Init();
     for (const auto& [name, skipped, failure, line, reason] : cases) {
