@@ -17,7 +17,7 @@ namespace {
 
 /// What stands before the B.
 constexpr std::string_view kPrefixes = "KMGTPE";
-constexpr double kKiB = 1024;
+constexpr double kStep = 1024;
 
 /// What a unit multiplies by; nothing for what is none.
 std::optional<double> Factor(std::string unit) {
@@ -31,19 +31,19 @@ std::optional<double> Factor(std::string unit) {
     if (power == std::string_view::npos || (rest != "" && rest != "B" && rest != "IB")) {
         return std::nullopt;
     }
-    return std::pow(rest == "IB" ? kKiB : 1000, power + 1);
+    return std::pow(rest == "IB" ? kStep : 1000, power + 1);
 }
 
 } // namespace
 
 std::string BytesText(std::uint64_t bytes) {
     double value = static_cast<double>(bytes);
-    if (value < kKiB) {
+    if (value < kStep) {
         return fmt::format("{} bytes", bytes);
     }
     std::size_t power = 0;
-    for (value /= kKiB; value >= kKiB && power + 1 < kPrefixes.size(); ++power) {
-        value /= kKiB;
+    for (value /= kStep; value >= kStep && power + 1 < kPrefixes.size(); ++power) {
+        value /= kStep;
     }
     return fmt::format("{:.1f} {}iB", value, kPrefixes[power]);
 }
