@@ -216,7 +216,7 @@ class WriteTest(EdlTest):
         (self.card.path / "EDITLIST").write_bytes(b"")  # a file in the folder's place
         self.assert_fails(self.write({"Events": [self.event()]}), 1,
                           f"nqp2: {self.card.path}: the edit list was not written (the folder "
-                          "of edit lists: Not a directory)")
+                          "of edit lists: it is not a folder)")
 
 
 if __name__ == "__main__":
