@@ -21,16 +21,14 @@ namespace {
 /// Runs what writes; the report tells why it failed.
 template <class Operation>
 __int64 Saved(nqp2::ScanReport& report, const Operation& save) {
-    return Guarded(kCannotRead, [&] {
-        nqp2::platform::IoStatus status;
-        return nqp2::parser::Reported(
-            report.failure,
-            [&] {
-                status = save();
-                return StatusOf(static_cast<bool>(status));
-            },
-            [&] { return nqp2::platform::TextFromUtf8(status.reason); });
-    });
+    nqp2::platform::IoStatus status;
+    return nqp2::parser::Reported(
+        report.failure,
+        [&] {
+            status = save();
+            return StatusOf(static_cast<bool>(status));
+        },
+        [&] { return nqp2::platform::TextFromUtf8(status.reason); });
 }
 
 } // namespace
@@ -56,26 +54,35 @@ __int64 CNQP2Parser::LoadCardEdls(const CString& root, CArray<tag_P2EDL>& edls,
 
 __int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& list, int useName,
                                CString name) {
-    nqp2::ScanReport unread;
-    return SaveToEdl(root, list, useName, name, unread);
+    return Guarded(kCannotRead, [&] {
+        nqp2::ScanReport unread;
+        return SaveToEdl(root, list, useName, name, unread);
+    });
 }
 
 __int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& list, int useName,
                                const CString& name, nqp2::ScanReport& report) {
-    return Saved(report, [&] {
-        return edl::SaveEditList(root, list, useName != 0 ? name : CString(), m_pMarkup);
+    return Guarded(kCannotRead, [&] {
+        return Saved(report, [&] {
+            return edl::SaveEditList(root, list, useName != 0 ? name : CString(), m_pMarkup);
+        });
     });
 }
 
 __int64 CNQP2Parser::SaveCardEdl(const CString& root, const tag_P2EDL& list, const CString& name,
                                  CString& saved) {
-    nqp2::ScanReport unread;
-    return SaveCardEdl(root, list, name, saved, unread);
+    return Guarded(kCannotRead, [&] {
+        nqp2::ScanReport unread;
+        return SaveCardEdl(root, list, name, saved, unread);
+    });
 }
 
 __int64 CNQP2Parser::SaveCardEdl(const CString& root, const tag_P2EDL& list, const CString& name,
                                  CString& saved, nqp2::ScanReport& report) {
-    return Saved(report, [&] { return edl::SaveCardEditList(root, list, name, m_pMarkup, saved); });
+    return Guarded(kCannotRead, [&] {
+        return Saved(report,
+                     [&] { return edl::SaveCardEditList(root, list, name, m_pMarkup, saved); });
+    });
 }
 
 __int64 CNQP2Parser::GetNewEdlName(CString root, CString id, CString& name) {
