@@ -49,8 +49,9 @@ int main(int argc, char** argv) {
         edit.Duration += edit.Events[edit.Events.GetUpperBound()].Duration;
     }
     CString saved;
-    if (parser->SaveCardEdl(card, edit, L"", saved) != 0) {
-        std::fprintf(stderr, "the edit list was not written\n");
+    nqp2::ScanReport report;
+    if (parser->SaveCardEdl(card, edit, L"", saved, report) != 0) {
+        std::fprintf(stderr, "%s\n", nqp2::BytesFromText(report.failure).c_str());
         return 1;
     }
     std::printf("%s\n", nqp2::PosixPath(saved).c_str());

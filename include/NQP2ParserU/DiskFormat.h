@@ -19,6 +19,7 @@ struct DiskFormat {
     CString editUnit;                     ///< text as on the card, "1001/30000"
     std::int32_t class50 = 0;             ///< 1: "AVC-I_1080/50i" of class 50
     bool found = false;                   ///< false: no clip file could be read
+    CString failure; ///< why the card could not be read, in one sentence; "" when it could
 };
 
 } // namespace nqp2

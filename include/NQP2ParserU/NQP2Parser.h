@@ -66,6 +66,10 @@ public:
     /// Reads CONTENTS/CLIP/`clipName`.XML into `clip`, which is not reset first. Returns 0, or 1
     /// before Init and when the file does not load.
     __int64 LoadClipInfo(CString root, CString clipName, _tag_P2Clip& clip);
+    /// The same. When 1 is returned `report.failure` says why, and `report.skipped` receives the
+    /// file if there is one, with the place in it where it is no XML.
+    __int64 LoadClipInfo(CString root, CString clipName, _tag_P2Clip& clip,
+                         nqp2::ScanReport& report);
 
     /// Appends every clip whose metadata file loads, in the file system's order. With
     /// `keepDigit` 0 each record's ClipIdDigit becomes -1. Returns 0, or 1 when the card has no
@@ -80,7 +84,8 @@ public:
     /// the codec name alone. Returns 0, with the outputs untouched when no file loads; 1 before
     /// Init and when the card has no CONTENTS folder.
     __int64 GetDiskFormat(CString root, eCodeType& codeType, eP2_VIDEO_STANDARD& standard);
-    /// All that the card's first clip file tells, the texts as they are in it. Same result.
+    /// All that the card's first clip file tells, the texts as they are in it. Same result; when it
+    /// is 1, `format.failure` says why.
     __int64 GetDiskFormat(CString root, nqp2::DiskFormat& format);
 
     /// Whether a recording of that many frames fits on the card: 1 or 0. `audioFlag` 0 counts
@@ -114,12 +119,18 @@ public:
     /// is not empty, else under the next free name, which replaces no file. Returns 0, or 1 for any
     /// failure.
     __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, CString name);
+    /// The same; when 1 is returned `report.failure` says why.
+    __int64 SaveToEdl(const CString& root, const tag_P2EDL& edl, int useName, const CString& name,
+                      nqp2::ScanReport& report);
     /// Writes an edit list among those that LoadCardEdls reads: into root/EDITLIST, or into
     /// root/CONTENTS/EDITLIST where the card has that folder alone. An empty `name` means the
     /// next number that no list in either folder has; a file that is there is never replaced then.
     /// `saved` receives the interface path of the file. Returns 0, or 1 for any failure.
     __int64 SaveCardEdl(const CString& root, const tag_P2EDL& edl, const CString& name,
                         CString& saved);
+    /// The same; when 1 is returned `report.failure` says why.
+    __int64 SaveCardEdl(const CString& root, const tag_P2EDL& edl, const CString& name,
+                        CString& saved, nqp2::ScanReport& report);
 
     /// Appends the clips of an AVCHD card, a disc folder or a camera's folder: BDMV clip
     /// information and the camera files of two makers (the worker describes these). Returns 0, or 1

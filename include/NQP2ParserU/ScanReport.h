@@ -76,8 +76,8 @@ struct ScanReport {
     /// When set before the scan of a P2 card by a parser, and made for the same card: it keeps what
     /// the clips' metadata promise, and does not read them once more.
     ClipFileReader* files = nullptr;
-    /// Why the card could not be read, in one sentence for a person: set by a call that fails, left
-    /// alone by one that does not.
+    /// Why the card, the clip or the edit list could not be read or written, in one sentence for a
+    /// person: set by a call that fails, left alone by one that does not.
     CString failure;
 };
 

@@ -21,7 +21,12 @@
 #include <vector>
 
 namespace nqp2::edl {
+
+using platform::IoStatus;
+
 namespace {
+
+constexpr const char* kNoNumber = "the card has edit lists of all numbers from 1 to 999";
 
 /// Where an edit list goes.
 struct Target {
@@ -44,41 +49,55 @@ bool IsCardName(const CString& name) {
            });
 }
 
-bool SaveNamed(const std::string& text, platform::Folder& folder, const Target& target,
-               CString& saved) {
+/// A failure of the system with what failed before its words.
+IoStatus Told(const std::string& what, IoStatus status) {
+    if (!status) {
+        status.reason = what + ": " + status.reason;
+    }
+    return status;
+}
+
+IoStatus SaveNamed(const std::string& text, platform::Folder& folder, const Target& target,
+                   CString& saved) {
     const CString name = WithExtension(target.name);
+    const std::string shown = platform::Utf8FromText(name.View());
+    if (!IsCardName(name)) {
+        return Refusal(shown + " is no name that a card's file can have");
+    }
     CString path =
         target.folder.PathOf(name); // once the list is written, nothing may fail any more
     std::string file;
-    const bool done =
-        IsCardName(name) &&
-        platform::FindTargetIn(folder, platform::NameBytesFromText(name.View()), file) &&
-        folder.WriteWhole(file, text);
-    saved = done ? std::move(path) : saved;
-    return done;
+    IoStatus status =
+        platform::FindTargetIn(folder, platform::NameBytesFromText(name.View()), file);
+    if (status) {
+        status = folder.WriteWhole(file, text);
+    }
+    if (status) {
+        saved = std::move(path);
+    }
+    return Told(shown, std::move(status));
 }
 
 /// The next name that neither the look into the folders nor the file system refuses.
-bool GiveFreeName(platform::FileWriter& file, EditListNumbers& numbers, const CString& id,
-                  const platform::Place& folder, CString& saved) {
+IoStatus GiveFreeName(platform::FileWriter& file, EditListNumbers& numbers, const CString& id,
+                      const platform::Place& folder, CString& saved) {
     constexpr int kTries = 1000;
     for (int tried = 0; tried < kTries; ++tried) {
         const std::optional<CString> next = numbers.NewName(id);
         if (!next) {
-            return false;
+            break;
         }
         if (!numbers.Holds(*next)) {
             CString path = folder.PathOf(*next);
-            const platform::IoStatus given =
-                file.CommitAs(platform::NameBytesFromText(next->View()));
+            IoStatus given = file.CommitAs(platform::NameBytesFromText(next->View()));
             if (given || given.error != platform::IoError::Exists) {
                 saved = given ? std::move(path) : saved;
-                return static_cast<bool>(given);
+                return Told(platform::Utf8FromText(next->View()), std::move(given));
             }
         }
         numbers.Add(*next);
     }
-    return false;
+    return Refusal(kNoNumber);
 }
 
 CString IdentifierOf(const tag_P2EDLClipTrackEvent& event) {
@@ -86,50 +105,67 @@ CString IdentifierOf(const tag_P2EDLClipTrackEvent& event) {
                                         : event.GlobalClipID;
 }
 
-bool SaveNumbered(const std::string& text, platform::Folder& folder, const Target& target,
-                  const CString& id, CString& saved) {
+IoStatus SaveNumbered(const std::string& text, platform::Folder& folder, const Target& target,
+                      const CString& id, CString& saved) {
     std::optional<EditListNumbers> numbers = EditListNumbers::Read(target.numbered);
-    const std::optional<CString> first = numbers ? numbers->NewName(id) : std::nullopt;
+    if (!numbers) {
+        return Refusal("the card's edit lists cannot be counted: a folder of them cannot be read");
+    }
+    const std::optional<CString> first = numbers->NewName(id);
+    if (!first) {
+        return Refusal(kNoNumber);
+    }
+    const std::string shown = platform::Utf8FromText(first->View());
     // An identifier may put anything into the name, as a host may.
-    if (!first || !IsCardName(*first)) {
-        return false;
+    if (!IsCardName(*first)) {
+        return Refusal(shown + ", named after the identifier, is no name for a card's file");
     }
     std::unique_ptr<platform::FileWriter> file;
-    return folder.Create(platform::NameBytesFromText(first->View()), file) &&
-           file->WriteAt(0, text) && file->Flush() &&
-           GiveFreeName(*file, *numbers, id, target.folder, saved);
+    IoStatus status = folder.Create(platform::NameBytesFromText(first->View()), file);
+    if (status) {
+        status = file->WriteAt(0, text);
+    }
+    if (status) {
+        status = file->Flush();
+    }
+    return status ? GiveFreeName(*file, *numbers, id, target.folder, saved)
+                  : Told(shown, std::move(status));
 }
 
 /// `below` names the target's folder below the card's root.
-bool Save(const CString& root, const wchar_t* below, const Target& target, const tag_P2EDL& edl,
-          CMarkupMSXML* reader, CString& saved) {
+IoStatus Save(const CString& root, const wchar_t* below, const Target& target, const tag_P2EDL& edl,
+              CMarkupMSXML* reader, CString& saved) {
     std::unique_ptr<platform::Folder> folder;
-    if (!platform::Place(media::WithDrive(root)).MakeBelow(below, folder) || reader == nullptr) {
-        return false;
+    IoStatus status = platform::Place(media::WithDrive(root)).MakeBelow(below, folder);
+    if (!status) {
+        return Told("the folder of edit lists", std::move(status));
     }
-    const std::optional<std::string> text =
-        EditListText(platform::Place(media::ContentsFolder(root)), edl, *reader);
-    if (!text) {
-        return false;
+    if (reader == nullptr) {
+        return Refusal("Init was not called");
+    }
+    std::string text;
+    status = EditListText(platform::Place(media::ContentsFolder(root)), edl, *reader, text);
+    if (!status) {
+        return status;
     }
     static_cast<void>(folder->RemoveAbandoned()); // what cannot be removed is in the way of nothing
     return target.name.IsEmpty()
-               ? SaveNumbered(*text, *folder, target, IdentifierOf(edl.Events[0]), saved)
-               : SaveNamed(*text, *folder, target, saved);
+               ? SaveNumbered(text, *folder, target, IdentifierOf(edl.Events[0]), saved)
+               : SaveNamed(text, *folder, target, saved);
 }
 
 } // namespace
 
-bool SaveEditList(const CString& root, const tag_P2EDL& edl, const CString& name,
-                  CMarkupMSXML* reader) {
+IoStatus SaveEditList(const CString& root, const tag_P2EDL& edl, const CString& name,
+                      CMarkupMSXML* reader) {
     const platform::Place folder =
         platform::Place(media::WithDrive(root)).Below(media::kEditLists.BelowDrive());
     CString saved;
     return Save(root, media::kEditLists.BelowDrive(), {folder, {folder}, name}, edl, reader, saved);
 }
 
-bool SaveCardEditList(const CString& root, const tag_P2EDL& edl, const CString& name,
-                      CMarkupMSXML* reader, CString& saved) {
+IoStatus SaveCardEditList(const CString& root, const tag_P2EDL& edl, const CString& name,
+                          CMarkupMSXML* reader, CString& saved) {
     const platform::Place card = platform::Place(media::WithDrive(root));
     const platform::Place inRoot = card.Below(media::kEditLists.BelowDrive());
     const platform::Place inContents = card.Below(media::kContentsEditLists.BelowDrive());

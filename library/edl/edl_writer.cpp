@@ -20,12 +20,14 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace nqp2::edl {
 namespace {
 
 using media::ClassReader;
 using media::ClipPath;
+using platform::IoStatus;
 
 /// What the edit is made of, told by a source clip on the card.
 struct Reference {
@@ -51,10 +53,10 @@ Reference ReadReference(CMarkupMSXML& reader) {
     return reference;
 }
 
-/// The first event's clip that is on the card and carries the event's identifier. Nothing when
+/// The first event's clip that is on the card and carries the event's identifier. A failure when
 /// there is none, and when a clip file that is there does not load.
-std::optional<Reference> FindReference(const platform::Place& clips, const tag_P2EDL& edl,
-                                       CMarkupMSXML& reader) {
+IoStatus FindReference(const platform::Place& clips, const tag_P2EDL& edl, CMarkupMSXML& reader,
+                       Reference& reference) {
     const platform::MemoryWatch watch;
     platform::FoundFile file;
     for (const tag_P2EDLClipTrackEvent& event : edl.Events) {
@@ -64,16 +66,20 @@ std::optional<Reference> FindReference(const platform::Place& clips, const tag_P
             continue;
         }
         if (reader.LoadXml(file.path) == 0) {
-            return std::nullopt;
+            return Refusal("the metadata of clip " + platform::Utf8FromText(event.ClipName.View()) +
+                           " cannot be read");
         }
         const GUID clip = media::GuidFromIdentifier(TextAt(reader, ClipPath::GlobalClipID));
         if (clip == media::GuidFromIdentifier(event.GlobalClipID)) {
-            Reference reference = ReadReference(reader);
+            reference = ReadReference(reader);
             watch.Require();
-            return reference.codec.IsEmpty() ? std::nullopt : std::optional(reference);
+            return reference.codec.IsEmpty()
+                       ? Refusal("the metadata of clip " +
+                                 platform::Utf8FromText(event.ClipName.View()) + " name no codec")
+                       : IoStatus();
         }
     }
-    return std::nullopt;
+    return Refusal("no event's ClipName and GlobalClipID are those of a clip on the card");
 }
 
 class Writer : xml::MetadataWriter {
@@ -94,6 +100,7 @@ public:
         return IsSound();
     }
 
+    [[nodiscard]] bool HoldsTooMuch() const { return m_text > kMaxText; }
     std::optional<std::string> TextToSave() { return Builder().GetDocumentPtr()->TextToSave(); }
 
 private:
@@ -130,7 +137,7 @@ private:
     /// A text that readers take, which refuse a list with too much of it.
     void ValueText(const wchar_t* name, const CString& value) {
         m_text += platform::Utf8FromText(value.View()).size();
-        Require(m_text <= kMaxText);
+        Require(!HoldsTooMuch());
         if (IsSound()) {
             Text(name, value);
         }
@@ -142,21 +149,39 @@ private:
     std::size_t m_text = 0; ///< bytes
 };
 
+IoStatus TextOf(const tag_P2EDL& edl, const Reference& reference, std::string& text) {
+    Writer writer(edl, reference);
+    if (!writer.Write()) {
+        return Refusal(writer.HoldsTooMuch() ? "the edit list holds more text than readers take"
+                                             : "an event's identifier is none");
+    }
+    std::optional<std::string> built = writer.TextToSave();
+    if (!built) {
+        return Refusal("the edit list holds characters that XML cannot hold");
+    }
+    text = std::move(*built);
+    return {};
+}
+
 } // namespace
 
-std::optional<std::string> EditListText(const platform::Place& contents, const tag_P2EDL& edl,
-                                        CMarkupMSXML& reader) {
+IoStatus EditListText(const platform::Place& contents, const tag_P2EDL& edl, CMarkupMSXML& reader,
+                      std::string& text) {
     const auto events = static_cast<std::size_t>(edl.Events.GetSize());
-    if (events == 0 || events > kMaxEvents || !contents.Exists()) {
-        return std::nullopt;
+    if (events == 0) {
+        return Refusal("the edit list has no events");
     }
-    const std::optional<Reference> reference =
-        FindReference(contents.Below(media::kMetadataFiles.folder.Path()), edl, reader);
-    if (!reference) {
-        return std::nullopt;
+    if (events > kMaxEvents) {
+        return Refusal("the edit list has more than " + std::to_string(kMaxEvents) + " events");
     }
-    Writer writer(edl, *reference);
-    return writer.Write() ? writer.TextToSave() : std::nullopt;
+    if (IoStatus status = contents.Look(); !status) {
+        status.reason = "the card's CONTENTS folder: " + status.reason;
+        return status;
+    }
+    Reference reference;
+    IoStatus status =
+        FindReference(contents.Below(media::kMetadataFiles.folder.Path()), edl, reader, reference);
+    return status ? TextOf(edl, reference, text) : status;
 }
 
 } // namespace nqp2::edl

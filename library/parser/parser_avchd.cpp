@@ -25,7 +25,7 @@ __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& cli
             return GetP2BaseClipInfo(path, info);
         };
         return nqp2::parser::Scanned(
-            root, L"the card has no folder of an AVCHD card, a disc or a camera", report,
+            root, L"the card has no folder of an AVCHD card, a disc or a camera", report.failure,
             [&] { return StatusOf(avchd::ScanClips(root, describe, clips, report)); });
     });
 }
@@ -48,7 +48,7 @@ __int64 CNQP2Parser::LoadAVCHDEdl(CString card, CArray<tag_P2EDL>& edls) {
 __int64 CNQP2Parser::LoadCardPlaylists(const CString& card, CArray<tag_P2EDL>& edls,
                                        nqp2::ScanReport& report) {
     return Guarded(kCannotRead, [&] {
-        return nqp2::parser::Scanned(card, L"the card has no PLAYLIST folder", report, [&] {
+        return nqp2::parser::Scanned(card, L"the card has no PLAYLIST folder", report.failure, [&] {
             return StatusOf(avchd::ScanAllPlaylists(card, edls, report));
         });
     });

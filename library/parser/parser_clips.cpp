@@ -12,6 +12,9 @@
 #include "NQP2ParserU/NQP2Parser.h"
 #include "parser/scan_failure.h"
 #include "platform/guard.h"
+#include "platform/unicode.h"
+#include "xml/document_queries.h"
+#include "xml/scan_remarks.h"
 
 namespace clips = nqp2::clips;
 
@@ -41,8 +44,8 @@ __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int kee
             report.files != nullptr ? report.files->Promises() : nullptr;
         const bool hasReader = m_pMarkup == nullptr || m_pMarkup->GetDocumentPtr() != nullptr;
         const wchar_t* const lack =
-            hasReader ? L"the card has no CONTENTS folder" : L"there was no memory for Init";
-        return nqp2::parser::Scanned(root, lack, report, [&] {
+            hasReader ? nqp2::parser::kNoContents : L"there was no memory for Init";
+        return nqp2::parser::Scanned(root, lack, report.failure, [&] {
             return clips::LoadClips(root, m_pMarkup, keepDigit != 0, list, &report, promises);
         });
     });
@@ -53,6 +56,26 @@ __int64 CNQP2Parser::LoadClipInfo(CString root, CString clipName, _tag_P2Clip& c
         return m_pMarkup == nullptr
                    ? kCannotRead
                    : clips::LoadNamedClip(root, clipName, ReaderIn(*m_pMarkup), clip);
+    });
+}
+
+__int64 CNQP2Parser::LoadClipInfo(CString root, CString clipName, _tag_P2Clip& clip,
+                                  nqp2::ScanReport& report) {
+    return Guarded(kCannotRead, [&] {
+        const auto load = [&] { return LoadClipInfo(root, clipName, clip); };
+        return nqp2::parser::Reported(report.failure, load, [&]() -> CString {
+            if (m_pMarkup == nullptr) {
+                return nqp2::parser::kNotReady;
+            }
+            const nqp2::dom::ParseError& error =
+                nqp2::xml::LoadErrorOf(m_pMarkup->GetDocumentPtr());
+            if (error.fault == nqp2::dom::Fault::NotFound) {
+                return nqp2::parser::WhyUnreadable(root, L"the card has no such clip");
+            }
+            nqp2::xml::ScanRemarks(&report).AddUnloaded(clip.XmlPath, error);
+            return L"the clip's metadata do not load: " +
+                   nqp2::platform::TextFromUtf8(error.reason);
+        });
     });
 }
 
@@ -83,7 +106,12 @@ __int64 CNQP2Parser::GetDiskFormatEx(CString root, CString& frameRate, CString& 
 __int64 CNQP2Parser::GetDiskFormat(CString root, nqp2::DiskFormat& format) {
     return Guarded(kCannotRead, [&] {
         format.found = false;
-        return m_pMarkup == nullptr ? kCannotRead : clips::ReadFormat(root, *m_pMarkup, format);
+        format.failure.Empty();
+        const wchar_t* const lack =
+            m_pMarkup == nullptr ? nqp2::parser::kNotReady : nqp2::parser::kNoContents;
+        return nqp2::parser::Scanned(root, lack, format.failure, [&] {
+            return m_pMarkup == nullptr ? kCannotRead : clips::ReadFormat(root, *m_pMarkup, format);
+        });
     });
 }
 

@@ -16,6 +16,23 @@ using nqp2::media::kCannotRead;
 using nqp2::media::StatusOf;
 using nqp2::platform::Guarded;
 
+namespace {
+
+/// Runs what writes; the report tells why it failed.
+template <class Operation>
+__int64 Saved(nqp2::ScanReport& report, const Operation& save) {
+    nqp2::platform::IoStatus status;
+    return nqp2::parser::Reported(
+        report.failure,
+        [&] {
+            status = save();
+            return StatusOf(static_cast<bool>(status));
+        },
+        [&] { return nqp2::platform::TextFromUtf8(status.reason); });
+}
+
+} // namespace
+
 __int64 CNQP2Parser::LoadEdl(CString root, CArray<tag_P2EDL>& edls) {
     return Guarded(kCannotRead, [&] {
         return StatusOf(m_pMarkup != nullptr && edl::LoadEditLists(root, *m_pMarkup, edls));
@@ -26,9 +43,9 @@ __int64 CNQP2Parser::LoadCardEdls(const CString& root, CArray<tag_P2EDL>& edls,
                                   nqp2::ScanReport& report) {
     return Guarded(kCannotRead, [&] {
         const wchar_t* const lack = m_pMarkup == nullptr
-                                        ? L"Init was not called"
+                                        ? nqp2::parser::kNotReady
                                         : L"the card has no EDITLIST folder that can be read";
-        return nqp2::parser::Scanned(root, lack, report, [&] {
+        return nqp2::parser::Scanned(root, lack, report.failure, [&] {
             return StatusOf(m_pMarkup != nullptr &&
                             edl::LoadCardEditLists(root, *m_pMarkup, edls, report));
         });
@@ -38,14 +55,33 @@ __int64 CNQP2Parser::LoadCardEdls(const CString& root, CArray<tag_P2EDL>& edls,
 __int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& list, int useName,
                                CString name) {
     return Guarded(kCannotRead, [&] {
-        return StatusOf(edl::SaveEditList(root, list, useName != 0 ? name : CString(), m_pMarkup));
+        nqp2::ScanReport unread;
+        return SaveToEdl(root, list, useName, name, unread);
+    });
+}
+
+__int64 CNQP2Parser::SaveToEdl(const CString& root, const tag_P2EDL& list, int useName,
+                               const CString& name, nqp2::ScanReport& report) {
+    return Guarded(kCannotRead, [&] {
+        return Saved(report, [&] {
+            return edl::SaveEditList(root, list, useName != 0 ? name : CString(), m_pMarkup);
+        });
     });
 }
 
 __int64 CNQP2Parser::SaveCardEdl(const CString& root, const tag_P2EDL& list, const CString& name,
                                  CString& saved) {
     return Guarded(kCannotRead, [&] {
-        return StatusOf(edl::SaveCardEditList(root, list, name, m_pMarkup, saved));
+        nqp2::ScanReport unread;
+        return SaveCardEdl(root, list, name, saved, unread);
+    });
+}
+
+__int64 CNQP2Parser::SaveCardEdl(const CString& root, const tag_P2EDL& list, const CString& name,
+                                 CString& saved, nqp2::ScanReport& report) {
+    return Guarded(kCannotRead, [&] {
+        return Saved(report,
+                     [&] { return edl::SaveCardEditList(root, list, name, m_pMarkup, saved); });
     });
 }
 

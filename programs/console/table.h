@@ -18,7 +18,8 @@ struct Column {
     Align align = Align::Left;
     /// Columns that it keeps while others can go; 0: it is never made narrower.
     int narrowest = 0;
-    /// When a terminal is too narrow for all, the column of the highest number goes first; 0: never.
+    /// When a terminal is too narrow for all, the column of the highest number goes first;
+    /// 0: never.
     int goesAt = 0;
 };
 

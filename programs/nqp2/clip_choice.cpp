@@ -3,6 +3,7 @@
 
 #include "nqp2/clip_choice.h"
 
+#include "nqp2/clip_hint.h"
 #include "nqp2/clip_order.h"
 #include "NQP2ParserU/TextBytes.h"
 
@@ -53,7 +54,13 @@ const _tag_P2Clip* NamedClip(const CardScans& scans, const std::string& name) {
         }
     }
     if (found == nullptr && scans.cards.size() > 1) {
-        throw Failure(name, "is a clip of none of the cards", "`nqp2 clips` lists the clips");
+        CArray<_tag_P2Clip> all;
+        for (const CardScan& scan : scans.cards) {
+            all.Append(scan.clips);
+        }
+        const std::string hint = NearClip(name, all);
+        throw Failure(name, "is a clip of none of the cards",
+                      hint.empty() ? "`nqp2 clips` lists the clips" : hint);
     }
     if (labels.size() > 1) {
         throw Failure(name, fmt::format("names {} clips", labels.size()),

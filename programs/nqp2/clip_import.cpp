@@ -3,6 +3,7 @@
 
 #include "nqp2/clip_import.h"
 
+#include "nqp2/clip_hint.h"
 #include "NQP2ParserU/Interrupt.h"
 #include "NQP2ParserU/TextBytes.h"
 #include "NQP2ParserU/WorkerFields.h"
@@ -33,13 +34,17 @@ public:
             TellIncomplete(m_watch.Shown(), label, sentence);
         }
         if (!done) {
-            one.failure = sentence.empty() ? kNoWorker : sentence;
+            one.failure = sentence.empty() ? kNoWorker : WithHint(sentence, HintFor(*one.clip));
             m_watch.Shown().Fail(label, "", fmt::format("not imported ({})", one.failure));
         }
         return done || !sentence.empty();
     }
 
 private:
+    [[nodiscard]] std::string HintFor(const PlannedClip& clip) const {
+        return WasInterrupted() ? "" : ClipHint(m_plan.cards[clip.card].card, {clip.name});
+    }
+
     void Fill(ImportedClip& one, const ImportTarget& target) const {
         const TransferFields request(one.info);
         request.cardRoot = WorkerPath(m_plan.cards[one.clip->card].card.Argument());

@@ -100,8 +100,8 @@ public:
     void WorkerOption(std::string& program) const;
     void IncompleteFlag(bool& incomplete) const;
 
-    /// For help and manual: a paragraph, a file that it reads or writes by itself, what it exits with
-    /// where that is not as everywhere, and an example.
+    /// For help and manual: a paragraph, a file that it reads or writes by itself, what it exits
+    /// with where that is not as everywhere, and an example.
     void Note(const std::string& note) const;
     void File(const std::string& path, const std::string& meaning) const;
     void Statuses(std::vector<manual::Meaning> statuses) const;

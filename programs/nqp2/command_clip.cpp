@@ -3,19 +3,15 @@
 
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_fields.h"
+#include "nqp2/clip_hint.h"
 #include "nqp2/command.h"
-#include "nqp2/near_name.h"
 #include "nqp2/record_output.h"
 #include "nqp2/scan_report_output.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/core.h>
-
 #include <algorithm>
-#include <iterator>
 #include <string>
-#include <vector>
 
 namespace nqp2::tool {
 namespace {
@@ -35,29 +31,19 @@ void RequirePlainName(const std::string& name) {
 
 [[noreturn]] void ThrowUnknown(const Card& card, const std::string& name,
                                const CArray<_tag_P2Clip>& clips) {
-    std::vector<std::string> names;
-    std::transform(clips.begin(), clips.end(), std::back_inserter(names),
-                   [](const _tag_P2Clip& clip) { return BytesFromText(clip.ClipName); });
-    const std::string near = NearName(name, names);
+    const std::string hint = NearClip(name, clips);
     throw Failure(card.Folder(), "no clip " + name,
-                  near.empty() ? "`nqp2 clips` lists the clips"
-                               : fmt::format("did you mean {}?", near));
+                  hint.empty() ? "`nqp2 clips` lists the clips" : hint);
 }
 
-/// Scans the card to find out why a clip did not load: the scan's report knows.
-[[noreturn]] void ThrowNoClip(ReadyParser& parser, const Card& card, const _tag_P2Clip& clip,
+[[noreturn]] void ThrowNoClip(ReadyParser& parser, const Card& card, const ScanReport& report,
                               const std::string& name) {
-    CArray<_tag_P2Clip> clips;
-    ScanReport report;
-    if (parser->LoadClipEx(card.Root(), clips, 0, report) != 0) {
-        card.ThrowUnreadable();
-    }
-    const CString fileName = clip.XmlPath.Mid(clip.XmlPath.ReverseFind(L'\\'));
     for (const SkippedFile& file : report.skipped) {
-        const CString skippedName = file.path.Mid(file.path.ReverseFind(L'\\'));
-        if (skippedName.CompareNoCase(fileName) == 0) {
-            throw Failure(PositionText(file), "cannot be read", ReasonText(file));
-        }
+        throw Failure(PositionText(file), "cannot be read", ReasonText(file));
+    }
+    CArray<_tag_P2Clip> clips;
+    if (parser->LoadClipEx(card.Root(), clips, 0) != 0) {
+        card.ThrowUnreadable();
     }
     ThrowUnknown(card, name, clips);
 }
@@ -81,8 +67,9 @@ _tag_P2Clip ReadClip(Console& console, const ClipOptions& options) {
     }
     ReadyParser parser;
     _tag_P2Clip clip;
-    if (parser->LoadClipInfo(card.Root(), TextFromBytes(options.name), clip) != 0) {
-        ThrowNoClip(parser, card, clip, options.name);
+    ScanReport report;
+    if (parser->LoadClipInfo(card.Root(), TextFromBytes(options.name), clip, report) != 0) {
+        ThrowNoClip(parser, card, report, options.name);
     }
     return clip;
 }

@@ -4,6 +4,7 @@
 #include "console/byte_size.h"
 #include "console/run_progress.h"
 #include "nqp2/card_entry.h"
+#include "nqp2/clip_hint.h"
 #include "nqp2/clip_sizes.h"
 #include "nqp2/command.h"
 #include "nqp2/worker_session.h"
@@ -70,11 +71,12 @@ bool IsConfirmed(const FileSum& sum) {
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 
-void Delete(WorkerSession& session, const CString& root, const std::string& clip) {
+void Delete(WorkerSession& session, const Card& card, const CString& root,
+            const std::string& clip) {
     // Without a worker the clip would still leave the ingest list.
     session.RequireNoFailure(clip, "not deleted");
     session->DeleteFileW(TextFromBytes(clip), root);
-    session.RequireNoFailure(clip, "not deleted");
+    session.RequireNoFailure(clip, "not deleted", [&] { return ClipHint(card, {clip}); });
 }
 
 void DeleteAll(const DeleteOptions& options, const Card& card) {
@@ -85,7 +87,7 @@ void DeleteAll(const DeleteOptions& options, const Card& card) {
         if (WasInterrupted()) {
             throw Failure(clip, "not deleted", "cancelled; what was named before it is");
         }
-        Delete(session, root, clip);
+        Delete(session, card, root, clip);
     }
 }
 
@@ -96,7 +98,8 @@ Status RunDelete(Console& console, const DeleteOptions& options) {
     const auto& [sum, unknown] = ShowFiles(console, card, options.clips);
     if (options.dryRun) {
         for (const std::string& clip : unknown) {
-            console.Message(fmt::format("nqp2: {}: there is no such clip", clip));
+            console.Message(fmt::format("nqp2: {}: {}", clip,
+                                        WithHint("there is no such clip", ClipHint(card, {clip}))));
         }
         return unknown.empty() ? kDone : kFailed;
     }

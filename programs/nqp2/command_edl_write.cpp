@@ -10,7 +10,6 @@
 
 #include "NQP2ParserU/TextBytes.h"
 
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <string>
@@ -69,24 +68,6 @@ void IdentifyClips(ReadyParser& parser, const Card& card, tag_P2EDL& edl) {
     }
 }
 
-/// Whether the clip that the event names is on the card and is the one that it means.
-bool IsOnCard(ReadyParser& parser, const Card& card, const tag_P2EDLClipTrackEvent& event) {
-    _tag_P2Clip clip;
-    return IsPlain(event.ClipName) &&
-           parser->LoadClipInfo(card.Root(), event.ClipName, clip) == 0 &&
-           clip.GlobalClipGuid == CNQP2Parser::GuidFromUMID(event.GlobalClipID);
-}
-
-[[noreturn]] void ThrowNotWritten(ReadyParser& parser, const Card& card, const tag_P2EDL& edl) {
-    const bool known = std::any_of(edl.Events.begin(), edl.Events.end(), [&](const auto& event) {
-        return IsOnCard(parser, card, event);
-    });
-    throw Failure(
-        card.Folder(), "the edit list was not written",
-        known ? "the card may be write-protected, full or out of names, or the list too long"
-              : "no event's ClipName and GlobalClipID are those of a clip on the card");
-}
-
 Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
     RequireFileName(options);
     tag_P2EDL edl = ReadEdl(options.file);
@@ -97,8 +78,10 @@ Status RunEdlWrite(Console& console, const EdlWriteOptions& options) {
     IdentifyClips(parser, card, edl);
     CString saved;
     const CString name = TextFromBytes(options.name);
-    if (parser->SaveCardEdl(card.Root(), edl, name, saved) != 0) {
-        ThrowNotWritten(parser, card, edl);
+    ScanReport report;
+    if (parser->SaveCardEdl(card.Root(), edl, name, saved, report) != 0) {
+        throw Failure(card.Folder(), "the edit list was not written",
+                      BytesFromText(report.failure));
     }
     console.WriteLine(RealPath(saved));
     return kDone;

@@ -3,6 +3,7 @@
 
 #include "console/value.h"
 #include "nqp2/card_entry.h"
+#include "nqp2/clip_hint.h"
 #include "nqp2/clip_sizes.h"
 #include "nqp2/command.h"
 #include "nqp2/record_output.h"
@@ -48,7 +49,7 @@ FileSum SizeOf(const Card& source, const std::vector<std::string>& clips) {
 
 /// All in one transfer.
 void ExportClips(WorkerSession& session, TransferWatch& watch, stu_R8P2TransInfo& info,
-                 const ExportOptions& options, const std::string& label) {
+                 const ExportOptions& options, const Card& source, const std::string& label) {
     CStringArray names;
     for (const std::string& clip : options.clips) {
         names.Add(TextFromBytes(clip));
@@ -57,7 +58,7 @@ void ExportClips(WorkerSession& session, TransferWatch& watch, stu_R8P2TransInfo
     const bool done = session->ExportFile(&info, names) == 1;
     const TransferFields fields(info);
     watch.End(done ? FileSum{fields.files, fields.bytes} : FileSum());
-    session.Require(done, label, "not exported");
+    session.Require(done, label, "not exported", [&] { return ClipHint(source, options.clips); });
     watch.EndRun();
     // The session's first sentence: of clips that were taken although they are not whole.
     if (const std::string sentence = session.Sentence(); !sentence.empty()) {
@@ -99,7 +100,7 @@ Status RunExport(Console& console, const ExportOptions& options) {
                                   ? options.clips.front()
                                   : fmt::format("{} clips", options.clips.size());
     watch.BeginRun("export", SizeOf(source, options.clips));
-    ExportClips(session, watch, info, options, label);
+    ExportClips(session, watch, info, options, source, label);
     PrintExport(console, options, card, label);
     return kDone;
 }

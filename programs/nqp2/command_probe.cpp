@@ -64,7 +64,7 @@ void AddProbeCommand(const Command& program) {
     command.Alias("base-info");
     BaseInfoOptions& options = command.Runs(RunBaseInfo);
     command.Argument("FILE", options.file,
-                     "A file of a camera (.MOV, .AVI, .MP4, .MXF) or a clip's CLIP/NAME.XML");
+                     "A file of a camera (.MOV, .AVI, .MP4, .MXF, .MTS) or a clip's CLIP/NAME.XML");
     command.JsonFlag(options.json);
     command.WorkerOption(options.worker);
     command.Example("nqp2 probe /media/sd/SONY/DVF/100DVF/DV000001.AVI --json");

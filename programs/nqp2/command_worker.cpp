@@ -3,6 +3,7 @@
 
 #include "console/value.h"
 #include "nqp2/card_entry.h"
+#include "nqp2/clip_hint.h"
 #include "nqp2/command.h"
 #include "nqp2/icon_picture.h"
 #include "nqp2/record_output.h"
@@ -30,7 +31,8 @@ std::string VideoOf(const Card& card, const std::string& name) {
                                  ? RealPath(clip.VideoPath)
                                  : std::string();
     if (path.empty()) {
-        throw Failure(name, "has no video for an icon", "give a picture");
+        const std::string hint = ClipHint(card, {name});
+        throw Failure(name, "has no video for an icon", hint.empty() ? "give a picture" : hint);
     }
     return path;
 }
@@ -44,7 +46,8 @@ Status RunIcon(Console& console, const IconOptions& options) {
     auto* const pixels = reinterpret_cast<unsigned char*>(bitmap.pixels.data());
     session.Require(session->CreateIconBmp(WorkerPath(card.Argument()), TextFromBytes(options.clip),
                                            pixels, bitmap.size) == 1,
-                    options.clip, "no icon was made");
+                    options.clip, "no icon was made",
+                    [&] { return ClipHint(card, {options.clip}); });
     return kDone;
 }
 

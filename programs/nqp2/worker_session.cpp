@@ -4,6 +4,7 @@
 #include "nqp2/worker_session.h"
 
 #include "console/console.h"
+#include "nqp2/clip_hint.h"
 #include "nqp2/program_paths.h"
 #include "NQP2ParserU/Channel.h"
 #include "NQP2ParserU/DriveMap.h"
@@ -64,7 +65,8 @@ Worker::~Worker() {
     LeaveWorker();
 }
 
-void WorkerSession::Require(bool done, std::string_view subject, std::string_view problem) {
+void WorkerSession::Require(bool done, std::string_view subject, std::string_view problem,
+                            const Hint& hint) {
     if (done) {
         return;
     }
@@ -73,16 +75,17 @@ void WorkerSession::Require(bool done, std::string_view subject, std::string_vie
     if (sentence.empty()) {
         throw Failure(subject, problem, kNoWorker, kWorkerFailed);
     }
-    throw Failure(subject, problem, sentence);
+    throw Failure(subject, problem, WithHint(sentence, hint ? hint() : std::string()));
 }
 
 std::string WorkerSession::Sentence() {
     return BytesFromText(m_parser->GetLastError());
 }
 
-void WorkerSession::RequireNoFailure(std::string_view subject, std::string_view problem) {
+void WorkerSession::RequireNoFailure(std::string_view subject, std::string_view problem,
+                                     const Hint& hint) {
     constexpr int kUsualBlock = 1 << 20;
-    Require(Sentence().empty(), subject, problem);
+    Require(Sentence().empty(), subject, problem, hint);
     // Silence is no success: a request that changes nothing shows whether the worker is there.
     Require(m_parser->SetWriteBlockSize(kUsualBlock) == 1, subject, problem);
 }

@@ -5,6 +5,7 @@
 
 #include "nqp2/card.h"
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,9 @@ public:
     Worker& operator=(const Worker&) = delete;
 };
 
+/// What a person may do about a refusal; "" when nothing is known.
+using Hint = std::function<std::string()>;
+
 /// A worker and the parser that asks it.
 class WorkerSession {
 public:
@@ -39,9 +43,12 @@ public:
 
     /// Throws the failure to report unless `done`: the worker's own sentence, or that there is no
     /// worker any more. `subject` and `problem` are Failure's.
-    void Require(bool done, std::string_view subject, std::string_view problem);
+    /// `hint`, which is asked when the worker refused, is told behind its sentence.
+    void Require(bool done, std::string_view subject, std::string_view problem,
+                 const Hint& hint = {});
     /// The same for a request whose result is not told and which was the session's first.
-    void RequireNoFailure(std::string_view subject, std::string_view problem);
+    void RequireNoFailure(std::string_view subject, std::string_view problem,
+                          const Hint& hint = {});
     /// The sentence that the worker keeps for the session, "" for none.
     [[nodiscard]] std::string Sentence();
 

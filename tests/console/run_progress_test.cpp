@@ -45,7 +45,7 @@ TEST(RunProgress, SizesHaveTheUnitThatFits) {
                                                            {1023, "1023 bytes"},
                                                            {1024, "1.0 KiB"},
                                                            {1536 << 10, "1.5 MiB"},
-                                                           {~std::uint64_t{0}, "16384.0 PiB"}};
+                                                           {~std::uint64_t{0}, "16.0 EiB"}};
     for (const auto& [bytes, text] : cases) {
         EXPECT_EQ(BytesText(bytes), text);
     }

@@ -219,7 +219,14 @@ protected:
         AddClip("0001AA");
         AddFile("MINE.xml", "old");
     }
-    __int64 Save() { return m_parser.SaveToEdl(m_card.Root(), OneEvent(), 1, L"MINE"); }
+    /// A failure comes with a reason, success with none.
+    __int64 Save(const tag_P2EDL& edl = OneEvent(), const CString& name = L"MINE") {
+        m_report = {};
+        const __int64 result = m_parser.SaveToEdl(m_card.Root(), edl, 1, name, m_report);
+        EXPECT_EQ(result == 0, m_report.failure.IsEmpty());
+        return result;
+    }
+    ScanReport m_report;
 };
 
 /// With every call failing in turn, and with every call from one on.
@@ -244,6 +251,25 @@ TEST_F(EdlFaultsTest, WhateverCallFailsTheOldFileOrTheNewOneIsWhole) {
             EXPECT_THAT(FilesInFolder(), ElementsAre("MINE.xml"));
         }
     }
+}
+
+TEST_F(EdlFaultsTest, TheReasonIsTold) {
+    m_card.Folder().Write("CONTENTS/CLIP/0002BB.XML", "<a>");
+    tag_P2EDL edl;
+    const std::pair<CString, const char*> clips[] = {
+        {L"", "has no events"},
+        {L"0002BB", "the metadata of clip 0002BB cannot be read"},
+        {L"0003CC", "no event's ClipName and GlobalClipID are those of a clip"}};
+    for (const auto& [clip, reason] : clips) {
+        edl.Events.RemoveAll();
+        if (!clip.IsEmpty()) {
+            edl.Events.Add(Event(clip, kClipID));
+        }
+        EXPECT_EQ(Save(edl), 1);
+        EXPECT_THAT(platform::Utf8FromText(m_report.failure.View()), HasSubstr(reason));
+    }
+    EXPECT_EQ(Save(OneEvent(), L"a?b"), 1);
+    EXPECT_THAT(platform::Utf8FromText(m_report.failure.View()), HasSubstr("a?b.xml is no name"));
 }
 
 TEST_F(EdlFaultsTest, NoFileIsReplacedWhenOthersWriteTooAndTheSearchForANameEnds) {

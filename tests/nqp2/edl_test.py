@@ -215,8 +215,8 @@ class WriteTest(EdlTest):
     def test_a_card_that_takes_nothing(self):
         (self.card.path / "EDITLIST").write_bytes(b"")  # a file in the folder's place
         self.assert_fails(self.write({"Events": [self.event()]}), 1,
-                          f"nqp2: {self.card.path}: the edit list was not written (the card may be "
-                          "write-protected, full or out of names, or the list too long)")
+                          f"nqp2: {self.card.path}: the edit list was not written (the folder "
+                          "of edit lists: it is not a folder)")
 
 
 if __name__ == "__main__":

@@ -78,6 +78,24 @@ class ImportTest(WorkerTest):
              f"0009ZZ: names 2 clips (give one of the cards: {self.a}, {self.b})")])
         self.assertFalse(self.target.exists())
 
+    def test_what_may_have_been_meant_and_where_metadata_are_broken(self):
+        (self.cards[0].clips / "0005XX.XML").write_bytes(b"<x>\n<y></x>")
+        to = ("--to", self.target)
+        meant, broken = "did you mean 0009ZZ?)", f"{self.cards[0].clips}/0005XX.XML:2:"
+        for arguments, told in (
+                (["import", self.a, self.b, "--clip", "0009XZ", *to], meant),
+                (["import", self.a, "0009XZ", *to], meant),
+                (["export", self.a, "0001AA", "009ZZ", "--to", self.c], meant),
+                (["delete", self.a, "0009Z", "--yes"], meant),
+                (["delete", self.a, "0009Z", "--dry-run"], meant[:-1]),
+                (["icon", self.a, "0009ZX"], meant),
+                (["import", self.a, "0005XX", *to], broken),
+                (["icon", self.a, "0005XX"], broken)):
+            with self.subTest(arguments):
+                result = run(*arguments)
+                self.assertEqual((result.returncode, result.stderr.count("\n")), (1, 1))
+                self.assertIn(told, result.stderr)
+
     def test_a_run_goes_on_after_clips_that_fail(self):
         card = self.cards[0]
         os.truncate(self.a / "CONTENTS" / "VIDEO" / "0001AA.MXF", 0)

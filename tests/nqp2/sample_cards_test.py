@@ -172,6 +172,13 @@ class AvchdTest(CardTest):
             for event in edl["Events"]))) for edl in self.told("playlists", self.private)["edls"]}
         self.assertEqual(ours, theirs)
 
+    def test_the_worker_describes_streams_as_the_card_does(self):
+        for clip in self.told("clips", self.private)["clips"]:
+            told = self.told("probe", clip["VideoPath"])
+            same = ("Duration", "ActivePixel", "ActiveLine", "AspectRatio")
+            self.assertEqual(fields(told, *same), fields(clip, *same), clip["ClipName"])
+            self.assertAlmostEqual(told["FramesPerSecond"], float(RATES[clip["FrameRate"]]), delta=0.001)
+
     def test_streams_as_ffprobe_decodes_them(self):
         for clip in self.told("clips", self.private)["clips"]:
             result = subprocess.run(

@@ -6,6 +6,7 @@
 #include "NQP2ParserU/TextBytes.h"
 #include "tests/support/temp_folder.h"
 
+#include <cstdint>
 #include <string>
 
 namespace nqp2::parser {
@@ -34,6 +35,34 @@ Reasons ReasonsOf(CNQP2Parser& parser, const CString& root) {
         reason([&](ScanReport& report) { return parser.LoadCardPlaylists(root, edls, report); })};
 }
 
+TEST(ScanFailure, OfOneClipHasItsPlace) {
+    const test::TempFolder folder;
+    folder.Write("CONTENTS/CLIP/0001AB.XML", "<a>\n<b></a>");
+    folder.MakeFolder("CONTENTS/CLIP/0002CD.XML");
+    const struct {
+        const wchar_t* name;
+        std::int64_t skipped;
+        std::string failure; ///< its beginning
+        int line;
+        SkipReason reason;
+    } cases[] = {{L"0001AB", 1, "the clip's metadata do not load: ", 2, SkipReason::NotWellFormed},
+                 {L"0002CD", 1, "the clip's metadata do not load: ", 0, SkipReason::IsFolder},
+                 {L"0003EF", 0, "the card has no such clip", 0, {}}};
+    CNQP2Parser parser;
+    parser.Init();
+    for (const auto& [name, skipped, failure, line, reason] : cases) {
+        ScanReport report;
+        _tag_P2Clip clip;
+        EXPECT_EQ(parser.LoadClipInfo(InterfaceRoot(folder.Path()), name, clip, report), 1);
+        EXPECT_TRUE(BytesFromText(report.failure).starts_with(failure)) << failure;
+        ASSERT_EQ(report.skipped.GetSize(), skipped) << failure;
+        if (skipped > 0) {
+            EXPECT_EQ(report.skipped[0].line, line);
+            EXPECT_EQ(report.skipped[0].reason, reason);
+        }
+    }
+}
+
 TEST(ScanFailure, IsExplained) {
     const test::TempFolder folder;
     for (const char* const below : {"p2/CONTENTS", "list/EDITLIST", "sd/AVCHD/BDMV/CLIPINF",
@@ -56,7 +85,12 @@ TEST(ScanFailure, IsExplained) {
     CNQP2Parser parser;
     parser.Init();
     for (const auto& [name, reasons] : cases) {
-        EXPECT_TRUE(ReasonsOf(parser, InterfaceRoot(folder.Path(name))) == reasons) << name;
+        const CString root = InterfaceRoot(folder.Path(name));
+        EXPECT_TRUE(ReasonsOf(parser, root) == reasons) << name;
+        DiskFormat format;
+        format.failure = L"old";
+        EXPECT_EQ(parser.GetDiskFormat(root, format) == 0, reasons.clips.empty());
+        EXPECT_EQ(BytesFromText(format.failure), reasons.clips);
     }
     EXPECT_EQ(ReasonsOf(parser, L"").media, "no card is named");
     parser.Release();

@@ -164,8 +164,7 @@ void ReadTexts(const AVFormatContext& format, MediaDescription& description) {
 MediaFault ReadDescription(MediaInput& input, MediaDescription& description) {
     Source source(input);
     Format format;
-    if (MediaFault fault = source.Open("mov,mp4,m4a,3gp,3g2,mj2,avi,mxf,mpegts", format, true);
-        !fault.empty()) {
+    if (MediaFault fault = source.Open(kContainers, format, true); !fault.empty()) {
         return fault;
     }
     for (unsigned i = 0; i < format->nb_streams; ++i) {

@@ -12,6 +12,9 @@
 
 namespace nqp2::worker {
 
+/// Containers of the files of cameras and cards.
+inline constexpr const char* kContainers = "mov,mp4,m4a,3gp,3g2,mj2,avi,mxf,mpegts";
+
 struct CloseInput {
     void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
 };

@@ -111,8 +111,7 @@ MediaFault DecodeFirst(MediaInput& input, AVFrame& frame) {
     constexpr int kMostPackets = 2000; // of sound too, which may come first
     Source source(input);
     Format format;
-    if (MediaFault fault = source.Open("mov,mp4,m4a,3gp,3g2,mj2,avi,mxf,mpegts", format);
-        !fault.empty()) {
+    if (MediaFault fault = source.Open(kContainers, format); !fault.empty()) {
         return fault;
     }
     const int video = av_find_best_stream(format.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
