@@ -24,10 +24,10 @@ std::unique_ptr<BoundedFile> Opened(const std::string& path, const std::function
 } // namespace
 
 MediaLimits LimitsFor(std::uint64_t bytes) {
-    constexpr std::uint64_t kHead = std::uint64_t{64} << 20U;
+    constexpr std::uint64_t kHeadBytes = std::uint64_t{64} << 20U;
     constexpr std::chrono::seconds kStart(60);
     constexpr std::uint64_t kBytesASecond = std::uint64_t{4} << 20U;
-    return {2 * bytes + kHead,
+    return {2 * bytes + kHeadBytes,
             kStart + std::chrono::seconds(static_cast<std::int64_t>(bytes / kBytesASecond))};
 }
 
