@@ -230,7 +230,8 @@ class Commands:
         that."""
         programs, sizes = self._setting.programs, self._setting.sizes
         real = self._setting.cards.real(sizes.copy_megabytes)
-        disks = MemoryDisks(self._setting.cards.folder / "disks", sizes.copy_megabytes * 2)
+        disks = MemoryDisks(self._setting.cards.folder / "disks",
+                            sizes.copy_megabytes * 2 + 16)
         plain, prepare = programs / "plain_copy", self._prepared
 
         def onto(count: int) -> list:

@@ -69,7 +69,7 @@ class Cases:
         self.assertEqual([(card["kind"], card["clips"], card["result"], card["serial"]) for card in added],
                          [("p2", 16, "added", "SMP24E0001"), ("avchd", 8, "added", "")])
         self.assertEqual([len(each["events"]) for each in
-                          self.document("show", str(added[1]["card"]))["cards"][0]["editLists"]], [4, 2, 2])
+                          self.document("show", str(added[1]["card"]))["cards"][0]["editLists"]], [4, 2, 3])
         (clip,) = self.document("search", "--state", "missing-segment")["clips"]
         (gap,) = clip["missing"]
         self.assertEqual((clip["name"], gap["name"], gap["serial"], gap["knownOn"]),

@@ -202,7 +202,7 @@ class CompletionTest(CardTest):
                 (("import", "card", "--clip", "0002"), clips[1:]), (("export", "card", ""), clips),
                 (("timeline", "card", "P001AB", ""), ["P001AB", "p002"]),
                 (("timeline", "card", "-f", "e"), ["edl"]),
-                (("rewrap", "card", "--edl", "p"), ["p002"]),
+                (("rewrap", "card", "--edl", "p"), ["P001AB", "p002"]),
                 (("rewrap", "card", "--edl", "P001AB", "ca"), folders),
                 (("rewrap", "card", "-f", "mk"), ["mkv"]),
                 (("export", "card", "--from", "card", "0002"), clips[1:])):

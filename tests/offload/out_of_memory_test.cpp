@@ -5,6 +5,7 @@
 // no file has its name in a copy that is not the card's, and what it calls done is done.
 // NQP2_ALLOCATIONS=all takes every allocation; some of each command are the default.
 
+#include "offload/mhl/hash_format.h"
 #include "offload/program.h"
 #include "tests/offload/run_fixture.h"
 #include "tests/support/failing_memory.h"
@@ -29,6 +30,9 @@ std::string BytesOf(const std::filesystem::path& path) {
 
 class OutOfMemory : public testing::Test {
 protected:
+    /// The cryptographic library does not survive a single failure while it starts.
+    OutOfMemory() { static_cast<void>(mhl::Hasher(mhl::HashFormat::C4)); }
+
     struct Ended {
         int status;
         std::string told;

@@ -69,7 +69,7 @@ void AddFiles(const CardScan& card, const _tag_P2Clip& clip, Essence& essence) {
     }
 }
 
-void AddTimes(const _tag_P2Clip& clip, CardKind kind, Essence& essence) {
+void AddTimes(const _tag_P2Clip& clip, Essence& essence) {
     const FrameRate told = timeline::RateOf(clip);
     essence.dropFrame = clip.DropFrame != 0 && essence.rate.droppedNumbers != 0;
     if (essence.rate.frames == 0) {
@@ -79,14 +79,9 @@ void AddTimes(const _tag_P2Clip& clip, CardKind kind, Essence& essence) {
     const FrameRate& counted = essence.isStream ? told : essence.rate;
     essence.frames = static_cast<std::uint32_t>(
         timeline::Rescaled(std::max(clip.Duration, 0), counted, essence.rate));
-    const CString text = ClipTimecode(clip);
-    if (text.IsEmpty()) {
-        return;
+    if (!ClipTimecode(clip).IsEmpty()) {
+        essence.start = timeline::StartOfPictures(clip, essence.rate);
     }
-    essence.start =
-        essence.isStream
-            ? timeline::Rescaled(TimecodeFrame(text, told, clip.DropFrame != 0), told, essence.rate)
-            : timeline::StartOfClip(clip, essence.rate, kind);
 }
 
 void AddMemos(const ClipMetadata& metadata, Essence& essence) {
@@ -127,7 +122,7 @@ Essence EssenceReader::Of(const _tag_P2Clip& clip) {
     essence.rate = RateOfFile(clip, metadata);
     essence.isInterlaced = IsCodedInterlaced(clip);
     ReadAspect(clip.AspectRatio, essence.aspectWidth, essence.aspectHeight);
-    AddTimes(clip, card.kind, essence);
+    AddTimes(clip, essence);
     essence.title = tool::OwnTitle(clip);
     essence.date = BytesFromText(
         IsoDate(metadata.shoot.startDate.IsEmpty() ? clip.StartDate : metadata.shoot.startDate,

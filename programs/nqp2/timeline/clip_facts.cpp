@@ -55,11 +55,16 @@ std::int32_t BitsOf(const _tag_P2Clip& clip) {
     return bits > 0 ? bits : 16;
 }
 
+std::int64_t StartOfPictures(const _tag_P2Clip& clip, const FrameRate& rate) {
+    // The clip numbers the frames that were shot, which a file may carry more than once.
+    const FrameRate told = RateOf(clip);
+    const std::int64_t frame = TimecodeFrame(ClipTimecode(clip), told, clip.DropFrame != 0);
+    return frame < 0 ? 0 : Rescaled(frame, told, rate);
+}
+
 std::int64_t StartOfClip(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind) {
-    if (kind == CardKind::Avchd) {
-        return 0; // editing systems find no timecode in transport streams
-    }
-    return std::max<std::int64_t>(TimecodeFrame(ClipTimecode(clip), rate, clip.DropFrame != 0), 0);
+    // Editing systems find no timecode in transport streams.
+    return kind == CardKind::Avchd ? 0 : StartOfPictures(clip, rate);
 }
 
 std::int64_t StartOfList(const tag_P2EDL& edit, const FrameRate& rate, bool dropFrame) {

@@ -23,7 +23,10 @@ Raster RasterOf(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind);
 /// Bits of a sample of its sound.
 std::int32_t BitsOf(const _tag_P2Clip& clip);
 
-/// The timecode of a clip's first frame as a frame count, as its files have it.
+/// The timecode of a clip's first frame as a frame count at the rate at which a file carries its
+/// pictures; 0 where none is told.
+std::int64_t StartOfPictures(const _tag_P2Clip& clip, const FrameRate& rate);
+/// The same as editing systems find it in the file.
 std::int64_t StartOfClip(const _tag_P2Clip& clip, const FrameRate& rate, CardKind kind);
 
 /// The timecode of a list's first frame as a frame count.
