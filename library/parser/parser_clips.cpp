@@ -39,6 +39,7 @@ __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int kee
 
 __int64 CNQP2Parser::LoadClipEx(CString root, CArray<_tag_P2Clip>& list, int keepDigit,
                                 nqp2::ScanReport& report) noexcept {
+    // cppcheck-suppress throwInNoexceptFunction // what is thrown anew is caught by Guarded
     return Guarded(kCannotRead, [&] {
         clips::ClipPromises* const promises =
             report.files != nullptr ? report.files->Promises() : nullptr;

@@ -84,7 +84,9 @@ std::vector<FoundCard> CardsBelow(const std::string& path, std::vector<std::stri
     if (search.cards.IsEmpty()) {
         throw tool::Failure(path, "holds no card", problems.empty() ? "" : problems.front());
     }
-    return {search.cards.begin(), search.cards.end()};
+    std::vector<FoundCard> found;
+    found.assign(search.cards.begin(), search.cards.end());
+    return found;
 }
 
 std::optional<FoundCard> ReachedAgain(const CardRecord& card) {

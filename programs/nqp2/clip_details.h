@@ -100,8 +100,8 @@ private:
     std::unordered_map<const _tag_P2Clip*, ShownTake> m_places;
     std::vector<BrokenClip> m_broken;
     std::vector<RemarkedClip> m_remarked;
-    bool m_isRemarked = false;          ///< all clips have been looked at
-    bool m_isAsked = false;             ///< for the files of all clips
+    bool m_isRemarked = false; ///< all clips have been looked at
+    bool m_isAsked = false;    ///< for the files of all clips
     std::int64_t m_unread = 0;
 };
 

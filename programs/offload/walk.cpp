@@ -160,7 +160,8 @@ FileInfo InfoOfRoot(const Folder& root) {
 
 void WalkThrough(Folder& root, const WalkRules& rules, const OnFolder& onFolder, TakeEntry take,
                  WalkFindings& findings) {
-    Walk(rules, onFolder, std::move(take), findings).Run(root, InfoOfRoot(root));
+    Walk walk(rules, onFolder, std::move(take), findings);
+    walk.Run(root, InfoOfRoot(root));
 }
 
 void WalkFolder(Folder& root, const WalkRules& rules, const OnFolder& onFolder,

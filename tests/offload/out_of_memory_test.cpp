@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 //
-// Whatever allocation fails, alone or with all that follow: the program ends by itself and says why,
-// no file has its name in a copy that is not the card's, and what it calls done is done.
+// Whatever allocation fails, alone or with all that follow: the program ends by itself and says
+// why, no file has its name in a copy that is not the card's, and what it calls done is done.
 // NQP2_ALLOCATIONS=all takes every allocation; some of each command are the default.
 
 #include "offload/mhl/hash_format.h"

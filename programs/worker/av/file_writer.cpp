@@ -141,6 +141,7 @@ public:
     }
 
     MediaFault Put(const MediaUnit& unit) noexcept override {
+        // cppcheck-suppress throwInNoexceptFunction // what is thrown anew is caught by WithoutThrowing
         return WithoutThrowing([&] { return Write(unit); });
     }
     MediaFault Finish() noexcept override {
