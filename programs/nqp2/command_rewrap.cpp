@@ -140,10 +140,10 @@ void AddSourceOptions(const Command& command, RewrapOptions& options) {
     command.ValueOption("--clip", options.wish.clip, "CLIP",
                         "A clip of one of the cards, with all of its take");
     command.Flag("--no-take", options.wish.noTake, "Each clip alone");
-    command.ValueOption("--edl", options.wish.editList, "LIST",
-                        "An edit list of one of the cards, cut by cut");
-    command.Flag("--close-gaps", options.wish.plan.closeGaps,
-                 "With --edl, events come right behind each other");
+    const Option edl = command.ValueOption("--edl", options.wish.editList, "LIST",
+                                           "An edit list of one of the cards, cut by cut");
+    command.Flag("--close-gaps", options.wish.plan.closeGaps, "Events come right behind each other")
+        .Needs(edl);
     command.ValueOption("--playlist", options.wish.playlist, "LIST",
                         "The recordings of a playlist, a file for each");
     command.Flag("--all", options.wish.all, "The recordings of the cards, a file for each");
