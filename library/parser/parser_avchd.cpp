@@ -13,9 +13,9 @@ using nqp2::media::kCannotRead;
 using nqp2::media::StatusOf;
 using nqp2::platform::Guarded;
 
-// cppcheck-suppress throwInNoexceptFunction // what is thrown anew is caught by Guarded
 __int64 CNQP2Parser::LoadAVCHDClip(const CString& root, CArray<_tag_P2Clip>& clips) noexcept {
     nqp2::ScanReport report;
+    // cppcheck-suppress throwInNoexceptFunction // what is thrown anew is caught by Guarded
     return LoadAVCHDClip(root, clips, report);
 }
 

@@ -85,7 +85,9 @@ std::vector<FoundCard> CardsBelow(const std::string& path, std::vector<std::stri
         throw tool::Failure(path, "holds no card", problems.empty() ? "" : problems.front());
     }
     std::vector<FoundCard> found;
-    found.assign(search.cards.begin(), search.cards.end());
+    for (const FoundCard& card : search.cards) {
+        found.push_back(card);
+    }
     return found;
 }
 

@@ -80,7 +80,8 @@ private:
         m_hasher.Add(m_bytes);
         for (const std::string& name : below) {
             std::unique_ptr<Folder> next;
-            const std::string whole = path.empty() ? name : path + '/' + name;
+            std::string whole = path.empty() ? "" : path + '/';
+            whole += name;
             Require(folder.OpenFolder(name, next), whole);
             if (depth < kDeepest) {
                 Enter(*next, whole, depth + 1);

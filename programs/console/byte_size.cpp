@@ -28,7 +28,7 @@ std::optional<double> Factor(std::string unit) {
     }
     const std::size_t power = kPrefixes.find(unit.front());
     const std::string rest = unit.substr(1);
-    if (power == std::string_view::npos || (rest != "" && rest != "B" && rest != "IB")) {
+    if (power == std::string_view::npos || (!rest.empty() && rest != "B" && rest != "IB")) {
         return std::nullopt;
     }
     return std::pow(rest == "IB" ? kStep : 1000, power + 1);

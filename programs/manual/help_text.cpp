@@ -94,7 +94,8 @@ std::string Table(const char* heading, const std::vector<Meaning>& rows) {
         std::string line = std::string(kNames, ' ') + row.name;
         const std::string text = Filled(row.text, column);
         if (line.size() + kGap > column) {
-            table += line + '\n' + text;
+            (table += line) += '\n';
+            table += text;
         } else {
             line.resize(column, ' ');
             table += line + text.substr(std::min(column, text.size()));

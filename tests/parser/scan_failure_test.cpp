@@ -3,6 +3,7 @@
 
 #include "NQP2ParserU/NQP2Parser.h"
 #include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/ReadyParser.h"
 #include "NQP2ParserU/TextBytes.h"
 #include "tests/support/temp_folder.h"
 
@@ -48,12 +49,11 @@ TEST(ScanFailure, OfOneClipHasItsPlace) {
     } cases[] = {{L"0001AB", 1, "the clip's metadata do not load: ", 2, SkipReason::NotWellFormed},
                  {L"0002CD", 1, "the clip's metadata do not load: ", 0, SkipReason::IsFolder},
                  {L"0003EF", 0, "the card has no such clip", 0, {}}};
-    CNQP2Parser parser;
-    parser.Init();
+    ReadyParser parser;
     for (const auto& [name, skipped, failure, line, reason] : cases) {
         ScanReport report;
         _tag_P2Clip clip;
-        EXPECT_EQ(parser.LoadClipInfo(InterfaceRoot(folder.Path()), name, clip, report), 1);
+        EXPECT_EQ(parser->LoadClipInfo(InterfaceRoot(folder.Path()), name, clip, report), 1);
         EXPECT_TRUE(BytesFromText(report.failure).starts_with(failure)) << failure;
         ASSERT_EQ(report.skipped.GetSize(), skipped) << failure;
         if (skipped > 0) {

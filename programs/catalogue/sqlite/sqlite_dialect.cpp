@@ -81,20 +81,26 @@ constexpr const char* kLists[] = {
 constexpr Migration kMigrations[] = {kCards, kLists};
 
 /// Words are quoted, and hold no quotes.
+std::string TermText(const WordTerm& term) {
+    std::string text = "\"";
+    for (const std::string& word : term.words) {
+        text += word + ' ';
+    }
+    return text += term.isPrefix ? "\" *" : "\"";
+}
+
+/// What is excluded comes behind all else.
 std::string QueryText(const WordQuery& query) {
     std::string text;
-    for (const bool excluded : {false, true}) {
-        for (const WordTerm& term : query) {
-            if (term.isExcluded == excluded) {
-                text += text.empty() ? "\"" : excluded ? " NOT \"" : " AND \"";
-                for (const std::string& word : term.words) {
-                    text += word + ' ';
-                }
-                text += term.isPrefix ? "\" *" : "\"";
-            }
+    std::string excluded;
+    for (const WordTerm& term : query) {
+        if (term.isExcluded) {
+            excluded += " NOT " + TermText(term);
+        } else {
+            text += (text.empty() ? "" : " AND ") + TermText(term);
         }
     }
-    return text;
+    return text + excluded;
 }
 
 std::string KeptWords(const std::string& words) {

@@ -177,9 +177,10 @@ void FrameJoin::Survey() {
             format = text;
             MakeTracks(facts);
         } else if (text != format) {
-            throw copy::Failure(part.name + " is of another format than " +
-                                m_request.parts.front().name + ": " + text + " instead of " +
-                                format + ".");
+            std::string problem = part.name + " is of another format than ";
+            (problem += m_request.parts.front().name) += ": ";
+            ((problem += text) += " instead of ") += format;
+            throw copy::Failure(problem + ".");
         }
         if (!facts.picture.isIntra && (part.first != 0 || part.frames != 0)) {
             throw copy::Failure(part.name + " is cut at a picture that is not intra.");

@@ -13,10 +13,10 @@ namespace nqp2::worker::rewrap {
 JoinedFile::JoinedFile(const std::vector<Part>& parts, const std::function<bool()>& goesOn)
     : m_parts(parts), m_goesOn(goesOn) {
     std::uint64_t end = 0;
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        const BoundedFile file(parts[i].video, goesOn, {});
+    for (const Part& part : parts) {
+        const BoundedFile file(part.video, goesOn, {});
         if (file.Size() == 0) {
-            throw copy::Failure(parts[i].video + " is empty.");
+            throw copy::Failure(part.video + " is empty.");
         }
         m_ends.push_back(end += file.Size());
     }
