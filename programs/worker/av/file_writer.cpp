@@ -141,7 +141,7 @@ public:
     }
 
     MediaFault Put(const MediaUnit& unit) noexcept override {
-        // cppcheck-suppress throwInNoexceptFunction // what is thrown anew is caught by WithoutThrowing
+        // cppcheck-suppress throwInNoexceptFunction // it is caught
         return WithoutThrowing([&] { return Write(unit); });
     }
     MediaFault Finish() noexcept override {
