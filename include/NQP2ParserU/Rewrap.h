@@ -24,8 +24,9 @@ enum class RewrapJoin : std::uint32_t {
     Bytes,  ///< the parts' files are one stream of bytes that a camera has split (AVCHD)
 };
 
-/// No file is made of more parts, and none has more chapters.
+/// No file is made of more parts than this.
 inline constexpr std::int64_t kMostRewrapParts = 10'000;
+/// No file has more chapters than this.
 inline constexpr std::int64_t kMostRewrapChapters = 10'000;
 
 /// One part of a recording: its files (interface paths), in which all or some frames count.
@@ -40,29 +41,31 @@ struct RewrapPart {
 
 /// A mark in the file: its frame from the start, and its text.
 struct RewrapChapter {
-    std::uint32_t frame = 0;
-    CString text;
+    std::uint32_t frame = 0; ///< counted from 0, the file's first
+    CString text;            ///< as shown in the list of chapters
 };
 
 /// What one playable file is made of and what is written beside its essence.
 struct RewrapRequest {
     CString target; ///< interface path, which nothing may have yet
-    RewrapContainer container = RewrapContainer::Mov;
-    RewrapJoin join = RewrapJoin::Frames;
-    bool oneTrack = false; ///< all channels in one track instead of one each
-    CString codec;         ///< as the clip's metadata says, "" when unknown
-    FrameRate rate;        ///< exactly; 0 / 1 when unknown
-    bool interlaced = false;
-    std::uint32_t aspectWidth = 0; ///< of the picture as shown; 0 when unknown
-    std::uint32_t aspectHeight = 0;
+    RewrapContainer container =
+        RewrapContainer::Mov;             ///< refused where the codec has no place in it
+    RewrapJoin join = RewrapJoin::Frames; ///< how `parts` follow each other
+    bool oneTrack = false;                ///< all channels in one track instead of one each
+    CString codec;                        ///< as the clip's metadata says, "" when unknown
+    FrameRate rate;                       ///< exactly; 0 / 1 when unknown
+    bool interlaced = false;        ///< as the clip says; without a rate the pictures are asked
+    std::uint32_t aspectWidth = 0;  ///< of the picture as shown; 0 when unknown
+    std::uint32_t aspectHeight = 0; ///< with `aspectWidth`, as in 16 and 9
     CString timecode; ///< of the first frame, at the true rate; ";" before the frames: drop frame
-    CString title;
-    CString reel;
-    CString date; ///< ISO 8601
-    CArray<RewrapPart> parts;
-    CArray<RewrapChapter> chapters;
+    CString title;    ///< "" writes none
+    CString reel;     ///< name of the tape or card, kept beside the timecode; "" writes none
+    CString date;     ///< of the recording, ISO 8601; "" writes none
+    CArray<RewrapPart> parts;       ///< in the order of the file; at most kMostRewrapParts
+    CArray<RewrapChapter> chapters; ///< in the order of their frames; at most kMostRewrapChapters
 };
 
+/// How a rewrap ended.
 enum class RewrapStatus : std::int32_t {
     Written,   ///< and read back: it holds exactly what the parts hold
     Cancelled, ///< by the progress callback; nothing is left
@@ -72,11 +75,11 @@ enum class RewrapStatus : std::int32_t {
 
 /// What was written, as it was counted when it was read back.
 struct RewrapResult {
-    std::uint64_t bytes = 0;
-    std::uint32_t frames = 0;
-    std::uint64_t samples = 0; ///< of each sound track
-    std::uint32_t soundTracks = 0;
-    CStringArray remarks; ///< sentences: samples cut at the end, doubts about a part
+    std::uint64_t bytes = 0;       ///< size of the file
+    std::uint32_t frames = 0;      ///< pictures in it
+    std::uint64_t samples = 0;     ///< of each sound track
+    std::uint32_t soundTracks = 0; ///< how many there are; with `oneTrack` at most 1
+    CStringArray remarks;          ///< sentences: samples cut at the end, doubts about a part
 };
 
 /// Lets the worker make one file of the parts without encoding anything anew, and prove it.
