@@ -38,10 +38,18 @@ struct ClipFile {
     ClipFileState state = ClipFileState::Present; ///< beside what was promised
 };
 
-/// A file of the card that belongs to none of its clips.
+/// What something on the card is that belongs to none of its clips.
+enum class LooseKind : std::int32_t {
+    File,
+    Link,    ///< to a file or folder, or to nothing; it is not followed
+    Special, ///< a pipe, a socket, a device
+};
+
+/// Something on the card that belongs to none of its clips and is no folder.
 struct LooseFile {
-    CString path;           ///< interface path
-    std::uint64_t size = 0; ///< bytes
+    CString path;                     ///< interface path
+    std::uint64_t size = 0;           ///< bytes of a file
+    LooseKind kind = LooseKind::File; ///< what it is
 };
 
 } // namespace nqp2

@@ -34,7 +34,7 @@ public:
     /// record leaves out. False, with no files, when there is no memory.
     bool Read(const _tag_P2Clip& clip, CArray<ClipFile>& files) noexcept;
 
-    /// The files of the card that no Read has given, sorted by path; links are not followed. False
+    /// What is on the card and no Read has given, sorted by path; links are not followed. False
     /// when memory is short, a folder cannot be read, or there is more than is looked at: `files`
     /// has what was found.
     bool LooseFiles(CArray<LooseFile>& files) noexcept;

@@ -33,6 +33,6 @@ NQP2_API std::int64_t TimecodeFrame(const CString& text, const FrameRate& rate,
 
 /// A date text of a clip as ISO 8601 has it, with its own zone or else the one that is given:
 /// "2005-02-01T08:58:44+08:00". Parts of a second are cut off. "" for a text that is no date.
-NQP2_API CString IsoDate(const CString& date, std::int16_t zone = ClipZones::kUnknown) noexcept;
+NQP2_API CString IsoDate(const CString& date, std::int16_t zone = ClipTold::kNoZone) noexcept;
 
 } // namespace nqp2

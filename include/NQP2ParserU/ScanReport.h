@@ -57,12 +57,14 @@ struct Take {
     CArray<MissingSegment> missing; ///< in shot order
 };
 
-/// The zones of a clip's two dates, which its record does not hold: minutes before UTC.
-struct ClipZones {
+/// What a clip's files tell of its times and its record does not hold. Zones are minutes before UTC.
+struct ClipTold {
     /// The date has no zone, or there is no date.
-    static constexpr std::int16_t kUnknown = INT16_MIN;
-    std::int16_t start = kUnknown; ///< of StartDate
-    std::int16_t end = kUnknown;   ///< of EndDate
+    static constexpr std::int16_t kNoZone = INT16_MIN;
+    std::int16_t startZone = kNoZone; ///< of StartDate
+    std::int16_t endZone = kNoZone;   ///< of EndDate
+    bool startDate = true;            ///< false: StartDate is the time of a file
+    bool startTimecode = true;        ///< false: StartTimecode is 0 for want of any
 };
 
 class ClipFileReader;
@@ -71,7 +73,7 @@ class ClipFileReader;
 struct ScanReport {
     CArray<SkippedFile> skipped; ///< in the order in which the scan met them
     CArray<Take> takes;          ///< of the clips that were found
-    CArray<ClipZones> zones;     ///< of the clips of a P2 card, in the order in which they came
+    CArray<ClipTold> told;       ///< of the clips, in the order in which they came
 
     /// When set before the scan of a P2 card by a parser, and made for the same card: it keeps what
     /// the clips' metadata promise, and does not read them once more.

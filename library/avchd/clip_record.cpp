@@ -146,17 +146,25 @@ void FillEssence(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip&
 
 } // namespace
 
-void FillRecord(const ClipInformation& information, const ShotTable::Entry& recorded,
-                const StreamHead& stream, _tag_P2Clip& clip) {
+ClipTold FillRecord(const ClipInformation& information, const ShotTable::Entry& recorded,
+                    const StreamHead& stream, _tag_P2Clip& clip) {
     // A mark further into the clip tells of another moment than the clip's first frame.
     const bool fromStart =
         recorded.shot && recorded.shot->time == information.stretches.front().start;
     const Shot start = fromStart ? *recorded.shot : Shot();
     clip.SourceKind = 1;
     FillPicture(information, stream, Is25p(information.video, recorded.pulldown), clip);
-    FillTimecode(FirstOf(FirstOf(information.timecode, start.timecode), stream.timecode), clip);
+    const std::optional<RecordedTimecode>& timecode =
+        FirstOf(FirstOf(information.timecode, start.timecode), stream.timecode);
+    FillTimecode(timecode, clip);
     FillDate(FirstOf(start.date, stream.date), clip);
     FillIdentifier(FirstOf(information.clipId, start.clipId), clip);
+    const unsigned zone = start.date ? start.zone : stream.zone;
+    ClipTold told;
+    told.startDate = start.date || stream.date;
+    told.startZone = told.startDate ? ZoneOf(zone).value_or(told.startZone) : told.startZone;
+    told.startTimecode = timecode.has_value();
+    return told;
 }
 
 void FillFromBase(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip& clip) {

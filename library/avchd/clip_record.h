@@ -9,13 +9,14 @@
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/NQP2BaseClipInfo.h"
 #include "NQP2ParserU/P2Clip.h"
+#include "NQP2ParserU/ScanReport.h"
 
 namespace nqp2::avchd {
 
 /// Fills what the files tell of a clip into its record. Name, paths and mask are the caller's. A
-/// start date that nothing tells keeps what the record holds.
-void FillRecord(const ClipInformation& information, const ShotTable::Entry& recorded,
-                const StreamHead& stream, _tag_P2Clip& clip);
+/// start date that nothing tells keeps what the record holds. Returns what there is no place for.
+ClipTold FillRecord(const ClipInformation& information, const ShotTable::Entry& recorded,
+                    const StreamHead& stream, _tag_P2Clip& clip);
 
 /// Copies the worker's description of a camera file into a clip record: name, title and date text,
 /// identifier, length and start timecode in frames, codec, rate, aspect ratio, raster, the file

@@ -47,6 +47,7 @@ class Scan {
 public:
     Scan(Place root, const BaseClipRequest& request, CArray<_tag_P2Clip>& clips, ScanReport& report)
         : m_root(std::move(root)), m_request(request), m_clips(clips), m_takes(report.takes),
+          m_told(report.told), m_clipsBefore(clips.GetSize() - report.told.GetSize()),
           m_omitted(report), m_source(ClipsFolder(m_root)) {}
 
     bool Run() {
@@ -159,11 +160,18 @@ private:
             WholeContent(information, file.posixPath, kMaxClipInformationFile);
         if (content == nullptr) {
             m_omitted.AddUnread(file.path, information.status);
-        } else if (!m_source.Decode(kind, file.title, *content, stream, m_clip)) {
-            OmitUnlessCompanion(file.path, SkipReason::Undecodable, "no sound clip information");
+        } else if (const auto told = m_source.Decode(kind, file.title, *content, stream, m_clip)) {
+            AddClip(*told);
         } else {
-            m_clips.Add(m_clip);
+            OmitUnlessCompanion(file.path, SkipReason::Undecodable, "no sound clip information");
         }
+    }
+
+    /// One that there was no memory for leaves nothing that would shift those behind it.
+    void AddClip(const ClipTold& told) {
+        m_told.SetSize(m_clips.GetSize() - m_clipsBefore);
+        m_told.Add(told);
+        m_clips.Add(m_clip);
     }
 
     /// The recordings among the clips from `first` on that the camera split, in the order of their
@@ -224,7 +232,8 @@ private:
         Begin(known ? std::optional(info.modified) : std::nullopt, m_clip);
         NQP2BaseClipInfo base;
         base.clipText1 = file.title;
-        base.clipText2 = m_clip.StartDate;
+        const CString fileDate = m_clip.StartDate;
+        base.clipText2 = fileDate;
         const CString path = platform::FullPath(file.path);
         if (m_request(path, base) <= 0) {
             OmitUnlessCompanion(file.path, SkipReason::NotDescribed,
@@ -233,13 +242,17 @@ private:
         }
         m_clip.Reset(); // leaves the shooting start, which is the file's time
         FillFromBase(base, path, m_clip);
-        m_clips.Add(m_clip);
+        ClipTold told;
+        told.startDate = m_clip.StartDate != fileDate;
+        AddClip(told);
     }
 
     Place m_root;
     const BaseClipRequest& m_request;
     CArray<_tag_P2Clip>& m_clips;
     CArray<Take>& m_takes;
+    CArray<ClipTold>& m_told;
+    std::int64_t m_clipsBefore; ///< of which nothing is told
     Omissions m_omitted;
     ClipSource m_source;
     std::set<CString> m_unread;

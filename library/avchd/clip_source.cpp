@@ -171,18 +171,20 @@ void ClipSource::FillPaths(const CardKind& kind, const CString& name, bool hasSt
     }
 }
 
-bool ClipSource::Decode(const CardKind& kind, const CString& name, const std::string& information,
-                        const std::string& streamHead, _tag_P2Clip& clip) {
+std::optional<ClipTold> ClipSource::Decode(const CardKind& kind, const CString& name,
+                                           const std::string& information,
+                                           const std::string& streamHead, _tag_P2Clip& clip) {
     const std::optional<ClipInformation> decoded = DecodeTimed(kind, information);
     if (!decoded) {
-        return false;
+        return std::nullopt;
     }
     const std::optional<std::string> stream = StreamOf(kind, name);
     const ShotTable::Entry& recorded =
         Facts(kind).shots.Find(platform::NameBytesFromText(name.View()));
-    FillRecord(*decoded, recorded, DecodeStream(stream, decoded->video, streamHead), clip);
+    const ClipTold told =
+        FillRecord(*decoded, recorded, DecodeStream(stream, decoded->video, streamHead), clip);
     FillPaths(kind, name, stream.has_value(), decoded->audioChannels, clip);
-    return true;
+    return told;
 }
 
 StreamHead ClipSource::HeadOf(const CardKind& kind, const CString& name,
@@ -201,7 +203,7 @@ bool ClipSource::Read(const CardKind& kind, const CString& name, _tag_P2Clip& cl
     if (!Facts(kind).isWhole) {
         throw std::bad_alloc(); // the record would lack what the playlists tell
     }
-    return Decode(kind, name, information, BeginningOf(StreamOf(kind, name)), clip);
+    return Decode(kind, name, information, BeginningOf(StreamOf(kind, name)), clip).has_value();
 }
 
 void StopWatch::Report(const wchar_t* called) const {

@@ -46,10 +46,11 @@ public:
                                                       const CString& name) const;
 
     /// Fills the record from a clip information file's content and the beginning of its stream, and
-    /// reads more of the stream when that is not enough. False, the record untouched, when the clip
-    /// cannot be decoded.
-    bool Decode(const CardKind& kind, const CString& name, const std::string& information,
-                const std::string& streamHead, _tag_P2Clip& clip);
+    /// reads more of the stream when that is not enough. Nothing, the record untouched, when the
+    /// clip cannot be decoded.
+    std::optional<ClipTold> Decode(const CardKind& kind, const CString& name,
+                                   const std::string& information, const std::string& streamHead,
+                                   _tag_P2Clip& clip);
     /// The same for a clip that is looked for by its name.
     bool Read(const CardKind& kind, const CString& name, _tag_P2Clip& clip);
 

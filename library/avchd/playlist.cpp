@@ -96,7 +96,8 @@ void ReadMarkExtension(Bytes extension, Shot& shot) {
     ByteReader reader(extension);
     reader.Skip(2 + 2 + 3); // maker, model, reserved
     shot.pulldown = static_cast<std::uint8_t>(reader.U8() >> 1U & 3U);
-    reader.Skip(2 + 1); // thumbnail, time zone
+    reader.Skip(2); // thumbnail
+    shot.zone = reader.U8();
     shot.date = DecodeDate(reader.Take(7));
     reader.Skip(1 + 1 + 24 + 16); // character set, name, maker's information
     shot.timecode = DecodeTimecode(reader.Take(4));

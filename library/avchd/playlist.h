@@ -22,6 +22,7 @@ struct Shot {
     std::uint32_t time = 0; ///< position in the item's clip, 45 kHz ticks
     std::uint8_t pulldown = 0;
     std::optional<media::CalendarTime> date;
+    std::uint8_t zone = 0; ///< of the date, as recorders write it
     std::optional<RecordedTimecode> timecode;
     std::optional<GlobalClipId> clipId;
 };

@@ -4,6 +4,7 @@
 #include "avchd/recorder_data.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 #include <string_view>
 
@@ -49,13 +50,21 @@ std::optional<media::CalendarTime> DecodeDate(Bytes bytes) {
     return MomentOf(date).GetStatus() == COleDateTime::valid ? std::optional(date) : std::nullopt;
 }
 
-CString ZoneText(unsigned zone) {
+std::optional<std::int16_t> ZoneOf(unsigned zone) {
     constexpr unsigned kNoHours = 15;
     const unsigned hours = zone >> 1U & 0x0FU;
+    if (hours == kNoHours) {
+        return std::nullopt;
+    }
+    const int minutes = static_cast<int>(hours * 60 + ((zone & 1U) != 0 ? 30 : 0));
+    return static_cast<std::int16_t>((zone & 0x20U) != 0 ? -minutes : minutes);
+}
+
+CString ZoneText(unsigned zone) {
     CString text;
-    if (hours != kNoHours) {
-        text.Format(L"%c%02u:%02u", (zone & 0x20U) != 0 ? L'-' : L'+', hours,
-                    (zone & 1U) != 0 ? 30U : 0U);
+    if (const std::optional<std::int16_t> minutes = ZoneOf(zone)) {
+        const int distance = std::abs(*minutes);
+        text.Format(L"%c%02d:%02d", *minutes < 0 ? L'-' : L'+', distance / 60, distance % 60);
     }
     return text;
 }

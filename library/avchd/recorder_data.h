@@ -28,7 +28,11 @@ std::optional<media::CalendarTime> DecodeDate(Bytes bytes);
 /// The same as a date-time value; of status `invalid` for an impossible date.
 COleDateTime MomentOf(const media::CalendarTime& date);
 
-/// "+02:00" of the byte that stands in front of such a date; "" for a zone that is not told.
+/// Minutes before UTC, of the byte that stands in front of such a date; nothing for a zone that is
+/// not told.
+std::optional<std::int16_t> ZoneOf(unsigned zone);
+
+/// The same as text: "+02:00", or "".
 CString ZoneText(unsigned zone);
 
 /// What recorded a clip, in the numbers that its maker gave; zeros when not told.

@@ -32,9 +32,11 @@ std::optional<FoundCard> CardIn(const Place& root, const CString& written, std::
 bool IsPartByName(const std::string& name, std::uint32_t kinds) {
     const std::string folded = platform::FoldNameCase(name);
     const auto marks = cards::CardMarks();
-    return std::any_of(marks.begin(), marks.end(), [&](const cards::CardMark& mark) {
-        return cards::Holds(kinds, mark.kind) && cards::FirstStep(mark) == folded;
-    });
+    const bool isList = folded == media::kUserData.Bytes() || folded == media::kEditLists.Bytes();
+    return (cards::Holds(kinds, CardKind::P2) && isList) ||
+           std::any_of(marks.begin(), marks.end(), [&](const cards::CardMark& mark) {
+               return cards::Holds(kinds, mark.kind) && cards::FirstStep(mark) == folded;
+           });
 }
 
 /// The folder's whole path without steps upward, if that leads to the same folder: links on the way

@@ -47,11 +47,12 @@ ClipRelation RelationOf(const ClipTexts& texts, const _tag_P2Clip& clip) {
     return relation;
 }
 
-ClipZones ZonesOf(const ClipTexts& texts) {
+ClipTold ToldOf(const ClipTexts& texts) {
     const auto zone = [&texts](ClipPath path) {
-        return media::ZoneOf(texts.Text(path).View()).value_or(ClipZones::kUnknown);
+        return media::ZoneOf(texts.Text(path).View()).value_or(ClipTold::kNoZone);
     };
-    return {zone(ClipPath::StartDate), zone(ClipPath::EndDate)};
+    return {zone(ClipPath::StartDate), zone(ClipPath::EndDate), true,
+            !texts.Text(ClipPath::StartTimecode).IsEmpty()};
 }
 
 /// One scan: the record that is used over and over, the reader, and what is remarked on the way.
@@ -93,8 +94,8 @@ public:
 
     void Tell(ScanReport& report) const {
         report.takes.Append(FindTakes(m_relations));
-        for (const ClipZones& zones : m_zones) {
-            report.zones.Add(zones);
+        for (const ClipTold& told : m_told) {
+            report.told.Add(told);
         }
     }
 
@@ -111,7 +112,7 @@ private:
         }
         if (m_remarks.AreWanted()) {
             Relate(RelationOf(texts, m_clip));
-            m_zones.push_back(ZonesOf(texts));
+            m_told.push_back(ToldOf(texts));
         }
         if (!m_keepDigit) {
             m_clip.ClipIdDigit = -1;
@@ -147,7 +148,7 @@ private:
     std::int64_t m_room = 0; ///< for so many clips there is room for certain
     std::int64_t m_most = 0; ///< clips, when each file becomes one
     std::vector<ClipRelation> m_relations;
-    std::vector<ClipZones> m_zones;
+    std::vector<ClipTold> m_told;
 };
 
 /// Appends a record for every clip file below the contents folder that loads.

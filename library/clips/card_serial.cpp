@@ -18,6 +18,9 @@ namespace {
 class SerialVotes {
 public:
     SerialVotes(const CArray<_tag_P2Clip>& clips, const CArray<tag_P2EDL>& lists) {
+        if (lists.IsEmpty() && std::none_of(clips.begin(), clips.end(), NamesCard)) {
+            return; // clips are many, and most stand alone
+        }
         for (const _tag_P2Clip& clip : clips) {
             m_here.insert(KeyOf(clip.GlobalClipGuid));
         }
@@ -41,6 +44,10 @@ public:
     }
 
 private:
+    static bool NamesCard(const _tag_P2Clip& clip) {
+        return !clip.TopSerialNo.IsEmpty() || !clip.PreviousSerialNo.IsEmpty() ||
+               !clip.NextSerialNo.IsEmpty();
+    }
     static std::string KeyOf(const GUID& guid) {
         return {reinterpret_cast<const char*>(&guid), sizeof guid};
     }

@@ -155,7 +155,7 @@ CString DateWithZone(std::wstring_view date, std::int16_t zone) {
     wchar_t* end = std::copy(moment.begin(), moment.end(), text.data());
     if (isUtc) {
         *end++ = L'Z';
-    } else if (const std::int16_t told = own.value_or(zone); told != ClipZones::kUnknown) {
+    } else if (const std::int16_t told = own.value_or(zone); told != ClipTold::kNoZone) {
         end = PutZone(end, told);
     }
     return CString(std::wstring_view(text.data(), static_cast<std::size_t>(end - text.data())));

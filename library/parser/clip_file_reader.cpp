@@ -14,6 +14,21 @@
 
 namespace nqp2 {
 
+namespace {
+
+LooseKind KindOf(platform::EntryKind kind) {
+    switch (kind) {
+    case platform::EntryKind::File:
+        return LooseKind::File;
+    case platform::EntryKind::Link:
+        return LooseKind::Link;
+    default:
+        return LooseKind::Special;
+    }
+}
+
+} // namespace
+
 struct ClipFileReader::State {
     explicit State(const CString& root) : tally(platform::Place(media::WithDrive(root))) {}
 
@@ -35,7 +50,7 @@ struct ClipFileReader::State {
                   [](const auto& left, const auto& right) { return left.path < right.path; });
         files.Reserve(static_cast<std::int64_t>(rest.size()));
         for (platform::RestFile& each : rest) {
-            files.Add({std::move(each.path), each.size});
+            files.Add({std::move(each.path), each.size, KindOf(each.kind)});
         }
         return isWhole;
     }

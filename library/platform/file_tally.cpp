@@ -84,13 +84,17 @@ bool FileTally::RestBelow(const Place& top, std::vector<RestFile>& files) {
     return isWhole;
 }
 
-/// Links, and what has gone meanwhile, have nothing to tell; a folder that cannot be read has.
+/// What has gone meanwhile has nothing to tell.
 bool FileTally::AddRest(const Step& step, std::vector<Step>& steps, std::vector<RestFile>& files) {
     std::unique_ptr<platform::Folder> opened;
     const IoStatus status = step.above == nullptr ? Files().OpenFolder(step.onDisk, opened)
                                                   : step.above->OpenFolder(step.name, opened);
     if (!status) {
-        return status.error == IoError::IsLink || status.error == IoError::NotFound;
+        const bool isLink = status.error == IoError::IsLink;
+        if (isLink && step.above != nullptr) {
+            files.push_back({step.written, 0, EntryKind::Link});
+        }
+        return isLink || status.error == IoError::NotFound;
     }
     const std::shared_ptr<platform::Folder> folder = std::move(opened);
     const auto tallied = m_folders.find(step.onDisk);
@@ -123,9 +127,9 @@ bool FileTally::AddRest(const Step& step, std::vector<Step>& steps, std::vector<
             continue;
         }
         FileInfo info;
-        if (entry.kind == EntryKind::File && folder->Stat(entry.name, info) &&
-            info.kind == EntryKind::File) {
-            files.push_back({std::move(path), info.size});
+        if (folder->Stat(entry.name, info) && info.kind != EntryKind::Folder) {
+            files.push_back(
+                {std::move(path), info.kind == EntryKind::File ? info.size : 0, info.kind});
         }
     }
     return isWhole;

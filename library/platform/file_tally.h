@@ -52,10 +52,11 @@ private:
     std::vector<bool> m_taken;
 };
 
-/// A file that was not counted.
+/// What was not counted and is no folder.
 struct RestFile {
     CString path; ///< interface path
     std::uint64_t size = 0;
+    EntryKind kind = EntryKind::File;
 };
 
 /// Counts the files below a root: each folder is listed once, and what was not counted is told in
@@ -68,8 +69,8 @@ public:
     /// A folder below the root, the same one each time.
     TalliedFolder& Folder(const Place& place);
 
-    /// Appends the files below the root that were not counted, in no order. No link is followed,
-    /// no name with a backslash told. False when a folder cannot be read, or
+    /// Appends what was not counted below the root, in no order. No link is followed, no name with
+    /// a backslash told. False when a folder cannot be read, or
     /// there is more than is looked at.
     bool Rest(std::vector<RestFile>& files) { return RestBelow(m_root, files); }
     /// The same below a folder above the root.

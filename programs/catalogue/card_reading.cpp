@@ -104,7 +104,7 @@ private:
             m_report.skipped.begin(), m_report.skipped.end(),
             [](const SkippedFile& each) { return each.reason != SkipReason::Companion; });
         for (std::int64_t i = 0; i < m_clips.GetSize(); ++i) {
-            TakeClip(m_clips[i], i < m_report.zones.GetSize() ? m_report.zones[i] : ClipZones());
+            TakeClip(m_clips[i], i < m_report.told.GetSize() ? m_report.told[i] : ClipTold());
         }
     }
 
@@ -121,7 +121,7 @@ private:
         }
     }
 
-    void TakeClip(const _tag_P2Clip& clip, const ClipZones& zones) {
+    void TakeClip(const _tag_P2Clip& clip, const ClipTold& told) {
         ClipMetadata metadata;
         CString problem;
         if (m_metadata.Read(clip, metadata, problem) == MetadataStatus::Unreadable) {
@@ -131,7 +131,7 @@ private:
         if (!m_files.Read(clip, files)) {
             throw std::bad_alloc();
         }
-        const ClipFacts facts = {clip, zones, metadata, files};
+        const ClipFacts facts = {clip, told, metadata, files};
         CardClip kept = ClipOf(facts);
         const auto stamp = m_stamps.find(Capitals(kept.holding.name));
         kept.holding.stamp = stamp == m_stamps.end() ? "" : stamp->second.digest;

@@ -67,7 +67,8 @@ std::string MemosOf(const ClipMetadata& metadata) {
 
 std::string StartOf(const ClipFacts& facts) {
     const CString told = IsoDate(facts.metadata.shoot.startDate);
-    return KeptText(told.IsEmpty() ? IsoDate(facts.clip.StartDate, facts.zones.start) : told);
+    const CString recorded = facts.told.startDate ? facts.clip.StartDate : CString();
+    return KeptText(told.IsEmpty() ? IsoDate(recorded, facts.told.startZone) : told);
 }
 
 std::int64_t MillisecondsOf(const _tag_P2Clip& clip) {
@@ -99,7 +100,7 @@ ClipRecord RecordOf(const ClipFacts& facts) {
     record.milliseconds = MillisecondsOf(clip);
     record.rate = KeptText(clip.FrameRate);
     record.codec = KeptText(clip.CodecName);
-    record.timecode = KeptText(ClipTimecode(clip));
+    record.timecode = facts.told.startTimecode ? KeptText(ClipTimecode(clip)) : "";
     record.manufacturer = KeptText(metadata.device.manufacturer);
     record.camera = KeptText(metadata.device.modelName);
     record.cameraSerial = KeptText(metadata.device.serialNo);

@@ -18,7 +18,7 @@ namespace nqp2::catalogue {
 /// All that is read of a clip, and what of it is kept.
 struct ClipFacts {
     const _tag_P2Clip& clip;
-    ClipZones zones;
+    ClipTold told;
     const ClipMetadata& metadata;
     const CArray<ClipFile>& files;
 };

@@ -29,6 +29,20 @@ bool IsNamed(const fs::path& path, const wchar_t* name) {
 
 constexpr const wchar_t* kContents = L"CONTENTS";
 
+/// Where cards lie that are too deep to be entered; "" for none within a moment's search.
+std::string DeeperHint(const CString& root) {
+    constexpr CardSearchLimits kMoment = {4, 2'000};
+    CardSearch below;
+    FindCards(root, below, kMoment);
+    if (below.cards.IsEmpty()) {
+        return {};
+    }
+    const std::string first = Card(below.cards[0]).Folder();
+    return below.cards.GetSize() == 1 ? fmt::format("; a card lies deeper, at {}", first)
+                                      : fmt::format("; {} cards lie deeper, the first at {}",
+                                                    below.cards.GetSize(), first);
+}
+
 /// What to say of a folder that is no P2 card.
 std::string P2Hint(const CString& root) {
     constexpr const char* kReaders = "nqp2 clips and nqp2 playlists read it";
@@ -36,7 +50,7 @@ std::string P2Hint(const CString& root) {
     FindCard(root, search, kEveryCard & ~kP2Cards);
     if (search.cards.GetSize() != 1) {
         return WasCutShort(search) ? "not a P2 card, and too many folders to look for one in"
-                                   : "not a P2 card";
+                                   : "not a P2 card" + DeeperHint(root);
     }
     const FoundCard& card = search.cards[0];
     return card.entered ? fmt::format("an AVCHD card or camera folder is at {}: {}",

@@ -4,6 +4,7 @@
 #include "nqp2/card_scan.h"
 
 #include "nqp2/worker_session.h"
+#include "NQP2ParserU/CardSerial.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/core.h>
@@ -49,7 +50,7 @@ public:
 
 private:
     [[nodiscard]] CardScan NewScan(const Card& card, CardKind kind) const {
-        CardScan scan = {card, kind, {}, {}, {}};
+        CardScan scan = {card, kind};
         if (m_options.withFiles) {
             scan.files = std::make_unique<ClipFileReader>(card.Root());
             scan.report.files = scan.files.get();
@@ -119,25 +120,38 @@ void AddCardsBelow(const std::string& argument, std::vector<Card>& cards,
     skipped.Append(search.skipped);
 }
 
+/// The volume's, which is the card's own; else what its clips tell, else its edit lists.
 CString SerialOf(const CardScan& scan) {
-    return scan.card.Found() ? scan.card.Found()->serialNo : CString();
+    if (scan.card.Found() && !scan.card.Found()->serialNo.IsEmpty()) {
+        return scan.card.Found()->serialNo;
+    }
+    CString serial = CardSerial(scan.clips, {});
+    if (serial.IsEmpty() && scan.kind == CardKind::P2) {
+        CArray<tag_P2EDL> lists;
+        ReadyParser()->LoadEdl(scan.card.Root(), lists); // a card without any has no number
+        serial = CardSerial(scan.clips, lists);
+    }
+    return serial;
 }
 
 void Label(std::vector<CardScan>& cards) {
     for (CardScan& scan : cards) {
-        const CString serial = SerialOf(scan);
+        scan.serialNo = SerialOf(scan);
+    }
+    for (CardScan& scan : cards) {
         const auto same = std::count_if(cards.begin(), cards.end(), [&](const CardScan& other) {
-            return SerialOf(other) == serial;
+            return other.serialNo == scan.serialNo;
         });
-        scan.label = serial.IsEmpty() || same > 1 ? scan.card.Folder() : BytesFromText(serial);
+        scan.label =
+            scan.serialNo.IsEmpty() || same > 1 ? scan.card.Folder() : BytesFromText(scan.serialNo);
     }
 }
 
 } // namespace
 
-ClipZones CardScan::ZonesOf(const _tag_P2Clip& clip) const {
+ClipTold CardScan::ToldOf(const _tag_P2Clip& clip) const {
     const auto index = &clip - clips.GetData();
-    return index < report.zones.GetSize() ? report.zones[index] : ClipZones();
+    return index < report.told.GetSize() ? report.told[index] : ClipTold();
 }
 
 const CardScan& CardScans::CardOf(const _tag_P2Clip& clip) const {

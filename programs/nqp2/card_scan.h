@@ -37,16 +37,17 @@ struct ScanOptions {
 struct CardScan {
     Card card;
     CardKind kind = CardKind::P2;
-    CArray<_tag_P2Clip> clips;
-    ScanReport report;
+    CArray<_tag_P2Clip> clips = {};
+    ScanReport report = {};
+    CString serialNo = {}; ///< "" where neither volume nor metadata tell it
     /// What tells it from the other cards: its serial number where it alone has that, else its
     /// folder.
-    std::string label;
+    std::string label = {};
     /// Knows what the scan has learnt of the files. Null when nobody asks for them.
     std::unique_ptr<ClipFileReader> files = nullptr;
 
     /// Of a clip of its own.
-    [[nodiscard]] ClipZones ZonesOf(const _tag_P2Clip& clip) const;
+    [[nodiscard]] ClipTold ToldOf(const _tag_P2Clip& clip) const;
 };
 
 /// All cards that were asked for, each once.

@@ -31,13 +31,13 @@ std::string CardCell(const ShownClip& shown) {
     return std::string(shown.cardLabel);
 }
 std::string StartCell(const ShownClip& shown) {
-    return BytesFromText(ClipTimecode(shown.clip));
+    return BytesFromText(TimecodeOf(shown));
 }
 bool HasLength(const ShownClip& shown) {
     return FindFrameRate(shown.clip.FrameRate) != nullptr && shown.clip.Duration >= 0;
 }
 std::string EndCell(const ShownClip& shown) {
-    return HasLength(shown) ? BytesFromText(ClipTimecode(shown.clip, shown.clip.Duration)) : "";
+    return HasLength(shown) ? BytesFromText(TimecodeOf(shown, shown.clip.Duration)) : "";
 }
 std::string DurationCell(const ShownClip& shown) {
     if (!HasLength(shown)) {

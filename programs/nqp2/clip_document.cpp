@@ -89,10 +89,9 @@ std::string KindName(CardKind kind) {
 
 Record CardRecord(const CardScan& scan, bool withVolume) {
     const std::string root = OutputPath(scan.card.Folder());
-    const std::optional<FoundCard>& found = scan.card.Found();
     Record record = {{"root", root},
                      {"kind", KindName(scan.kind)},
-                     {"serialNo", found ? BytesFromText(found->serialNo) : ""},
+                     {"serialNo", BytesFromText(scan.serialNo)},
                      {"clips", scan.clips.GetSize()}};
     std::error_code error;
     const std::filesystem::space_info space =
@@ -234,7 +233,7 @@ void ForEachFileLine(const ClipListing& listing,
     }
     if (listing.showsFiles) {
         for (const LooseFile& file : listing.details.OtherFiles(listing.clips)) {
-            tell(fmt::format("no clip's file: {}", RealPath(file.path)));
+            tell(fmt::format("no clip's {}: {}", LooseName(file), RealPath(file.path)));
         }
     }
 }

@@ -3,6 +3,7 @@
 
 #include "nqp2/clip_file_fields.h"
 
+#include "console/utf8_text.h"
 #include "nqp2/field.h"
 
 #include <fmt/core.h>
@@ -31,6 +32,11 @@ constexpr EnumName<ClipFileState> kStates[] = {
     {ClipFileState::Short, "short"},
 };
 
+constexpr EnumName<LooseKind> kLooseKinds[] = {
+    {LooseKind::Link, "link"},
+    {LooseKind::Special, "special"},
+};
+
 template <class Enum, std::size_t Count>
 const char* NameOf(const EnumName<Enum> (&names)[Count], Enum value) {
     const auto* const found =
@@ -46,17 +52,28 @@ void PutState(ValueSink& sink, const ClipFile& file) {
     sink.Put(std::string_view(NameOf(kStates, file.state)));
 }
 
+/// The bytes are missing where the path says all.
+template <class File>
+void PutPathAndBytes(ValueSink& sink, const File& file) {
+    const std::string path = OutputPath(file.path);
+    sink.Put(std::string_view(path));
+    if (const std::string bytes = BytesUnlessUtf8(path); !bytes.empty()) {
+        sink.Name("pathBytes");
+        sink.Put(std::string_view(bytes));
+    }
+}
+
 constexpr Field<ClipFile> kFileFields[] = {
     {"kind", PutRole},
     {"number", Plain<&ClipFile::number>},
-    {"path", Path<&ClipFile::path>},
+    {"path", PutPathAndBytes<ClipFile>},
     {"size", Plain<&ClipFile::size>},
     {"promisedSize", Plain<&ClipFile::promisedSize>},
     {"state", PutState},
 };
 
 constexpr Field<LooseFile> kLooseFields[] = {
-    {"path", Path<&LooseFile::path>},
+    {"path", PutPathAndBytes<LooseFile>},
     {"size", Plain<&LooseFile::size>},
 };
 
@@ -71,7 +88,24 @@ void PutFiles(ValueSink& sink, const CArray<ClipFile>& files) {
 }
 
 void PutLooseFile(ValueSink& sink, const LooseFile& file) {
-    PutFields(sink, kLooseFields, file);
+    sink.BeginRecord();
+    PutMembers(sink, kLooseFields, file);
+    if (file.kind != LooseKind::File) {
+        sink.Name("kind");
+        sink.Put(std::string_view(NameOf(kLooseKinds, file.kind)));
+    }
+    sink.EndRecord();
+}
+
+const char* LooseName(const LooseFile& file) {
+    switch (file.kind) {
+    case LooseKind::Link:
+        return "link";
+    case LooseKind::Special:
+        return "special file";
+    default:
+        return "file";
+    }
 }
 
 bool IsSound(const ClipFile& file) {

@@ -15,6 +15,9 @@ void PutFiles(ValueSink& sink, const CArray<ClipFile>& files);
 /// Shows a file that belongs to no clip: path and size.
 void PutLooseFile(ValueSink& sink, const LooseFile& file);
 
+/// "file", "link" or "special file".
+const char* LooseName(const LooseFile& file);
+
 /// Whether the file is there as the metadata promise it.
 bool IsSound(const ClipFile& file);
 

@@ -248,7 +248,8 @@ void AddClipsCommand(const Command& program) {
         .NotEmpty();
     command.Flag("--metadata", options.metadata, "With JSON, tell all that the clips' files tell");
     command.Flag("--files", options.files,
-                 "Tell the files of each clip, clips that are not whole, other files");
+                 "Look at the files: JSON tells those of each clip, a table\nthose that are not "
+                 "whole, all name the files of no clip");
     command
         .ValueOption("--sort", options.sort, "ORDER",
                      "By name (the default), by shooting date or not at all")

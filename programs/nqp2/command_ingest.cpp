@@ -98,6 +98,9 @@ void PrintIngestTable(Console& console, const IngestList& list) {
 
 Status RunIngestList(Console& console, const IngestListOptions& options) {
     const Card card = CardOfList(console, options.card);
+    if (!card.HoldsFolder(L"USERDATA")) {
+        card.RequireContents();
+    }
     IngestList list;
     IngestResult result;
     if (!LoadIngestList(card.Root(), list, result)) {

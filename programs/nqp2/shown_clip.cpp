@@ -7,7 +7,9 @@
 #include "nqp2/clip_fields.h"
 #include "nqp2/clip_file_fields.h"
 #include "nqp2/clip_metadata_fields.h"
+#include "nqp2/clip_table.h"
 #include "nqp2/field.h"
+#include "nqp2/later_date.h"
 #include "NQP2ParserU/ClipTimes.h"
 
 #include <algorithm>
@@ -110,7 +112,7 @@ void PutBeside(ValueSink& sink, const ShownClip& shown) {
     sink.Put(shown.card);
     PutTold(sink, "start", StartOf(shown));
     PutTold(sink, "end", EndOf(shown));
-    PutTold(sink, "timecode", ClipTimecode(clip));
+    PutTold(sink, "timecode", TimecodeOf(shown));
     PutRate(sink, clip.FrameRate, rate);
     PutLength(sink, clip.Duration, rate);
     if (shown.files != nullptr) {
@@ -139,18 +141,30 @@ CString DateOf(const CString& recorded, std::int16_t zone, const CString* told) 
 
 CString StartOf(const ShownClip& shown) {
     const ClipMetadata* const metadata = shown.metadata;
-    // The record of a camera file has the file's own time where the container tells a better one.
+    // A camera file has no date but what its container tells.
     const bool isContainer =
         metadata != nullptr && shown.clip.SourceKind != 0 && metadata->shoot.startDate.IsEmpty();
     const CString* const told = metadata == nullptr ? nullptr
                                 : isContainer       ? &metadata->access.creationDate
                                                     : &metadata->shoot.startDate;
-    return DateOf(shown.clip.StartDate, shown.zones.start, told);
+    return DateOf(shown.told.startDate ? shown.clip.StartDate : CString(), shown.told.startZone,
+                  told);
 }
 
 CString EndOf(const ShownClip& shown) {
-    return DateOf(shown.clip.EndDate, shown.zones.end,
-                  shown.metadata == nullptr ? nullptr : &shown.metadata->shoot.endDate);
+    CString end = DateOf(shown.clip.EndDate, shown.told.endZone,
+                         shown.metadata == nullptr ? nullptr : &shown.metadata->shoot.endDate);
+    if (end.IsEmpty() && FindFrameRate(shown.clip.FrameRate) != nullptr) {
+        const CString start = StartOf(shown);
+        end = start.IsEmpty()
+                  ? end
+                  : LaterDate(start, static_cast<std::int64_t>(RunningSeconds(shown.clip)));
+    }
+    return end;
+}
+
+CString TimecodeOf(const ShownClip& shown, std::int64_t offset) {
+    return shown.told.startTimecode ? ClipTimecode(shown.clip, offset) : CString();
 }
 
 void PutShownClip(ValueSink& sink, const ShownClip& shown) {

@@ -10,6 +10,7 @@
 #include "NQP2ParserU/P2Clip.h"
 #include "NQP2ParserU/ScanReport.h"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,16 +28,19 @@ struct ShownClip {
     const _tag_P2Clip& clip;
     std::string_view card;      ///< its root, a whole POSIX path
     std::string_view cardLabel; ///< what tells it from other cards
-    ClipZones zones = {};
+    ClipTold told = {};
     const ShownTake* take = nullptr;
     const ClipMetadata* metadata = nullptr; ///< null where they were not read
     const CArray<ClipFile>* files = nullptr;
     const std::vector<std::string>* remarks = nullptr; ///< on what it tells; null is none
 };
 
-/// Start and end in ISO 8601, "" where they are not told.
+/// Start and end in ISO 8601, "" where they are not told. An end that is not told is that of the
+/// length.
 CString StartOf(const ShownClip& shown);
 CString EndOf(const ShownClip& shown);
+/// The timecode of the frame that is `offset` frames behind the first, "" where none is told.
+CString TimecodeOf(const ShownClip& shown, std::int64_t offset = 0);
 
 /// Shows the clip's record and, as members behind it, what people compute with.
 void PutShownClip(ValueSink& sink, const ShownClip& shown);

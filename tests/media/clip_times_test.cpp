@@ -219,7 +219,7 @@ TEST(ClipTimes, FramesOfADayHaveTimecodesOfTheirOwn) {
 
 TEST(ClipTimes, DatesHaveTheirOwnZoneOrTheGivenOne) {
     constexpr std::tuple<const wchar_t*, std::int16_t, const wchar_t*> kRows[] = {
-        {L"2024-02-29T08:58:44", ClipZones::kUnknown, L"2024-02-29T08:58:44"},
+        {L"2024-02-29T08:58:44", ClipTold::kNoZone, L"2024-02-29T08:58:44"},
         {L"2024-02-29T08:58:44", -210, L"2024-02-29T08:58:44-03:30"},
         {L"2024-02-29T08:58:44+08:00", 60, L"2024-02-29T08:58:44+08:00"},
         {L"2024-02-29T08:58:44Z", 60, L"2024-02-29T08:58:44Z"},

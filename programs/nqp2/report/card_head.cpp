@@ -7,7 +7,6 @@
 #include "nqp2/clip_cells.h"
 #include "nqp2/clip_table.h"
 #include "nqp2/scan_report_output.h"
-#include "NQP2ParserU/CardSerial.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/format.h>
@@ -189,18 +188,6 @@ std::string Counted(std::int64_t count, std::string_view what) {
     return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
 }
 
-/// The volume's, which is the card's own; else what its clips and edit lists tell.
-CString SerialOfCard(const CardContents& card, const FoundCard& found) {
-    if (!found.serialNo.IsEmpty()) {
-        return found.serialNo;
-    }
-    CArray<tag_P2EDL> lists;
-    for (const EditContents& edit : card.edits) {
-        lists.Add(edit.edit);
-    }
-    return CardSerial(card.scan->clips, lists);
-}
-
 void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
     const CardContents& card = page.cards[index];
     const tool::CardScan& scan = *card.scan;
@@ -211,7 +198,7 @@ void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
     const FoundCard found = scan.card.Found() ? *scan.card.Found() : FoundCard();
     PutFact(html, "Kind", KindText(scan.kind));
     PutFact(html, "Volume", BytesFromText(found.label));
-    PutFact(html, "Serial number", BytesFromText(SerialOfCard(card, found)));
+    PutFact(html, "Serial number", BytesFromText(scan.serialNo));
     PutFact(html, "Format", FormatsText(card));
     PutFact(html, "Clips", fmt::format("{}", card.clips.size()));
     PutFact(html, "Length", LengthText(card));

@@ -119,7 +119,10 @@ private:
                     IsWhole(m_contents) && m_contents.isTakeWhole ? Own("whole") : Own("broken"));
     }
 
-    [[nodiscard]] std::string Timecode() const { return BytesFromText(ClipTimecode(m_clip)); }
+    /// Of the frame that is so far behind the first; "" where none is told.
+    [[nodiscard]] std::string Timecode(std::int64_t offset = 0) const {
+        return m_contents.told.startTimecode ? BytesFromText(ClipTimecode(m_clip, offset)) : "";
+    }
 
     void PutPicture() {
         m_html.Open("td").With("class", "picture");
@@ -179,7 +182,7 @@ private:
     }
 
     void PutMemo(const MemoMetadata& memo) {
-        const std::string place = BytesFromText(ClipTimecode(m_clip, memo.offset));
+        const std::string place = Timecode(memo.offset);
         m_html.Open("li").ShownElement(
             "span", "at", std::string_view(place.empty() ? fmt::format("{}", memo.offset) : place));
         m_html.Text(" ").Foreign(memo.text);

@@ -99,9 +99,10 @@ public:
         const _tag_P2Clip& clip = *contents.clip;
         ReadMetadata(clip, contents);
         tool::ShownClip shown = {clip, {}, {}};
-        shown.zones = m_scan.ZonesOf(clip);
+        shown.told = m_scan.ToldOf(clip);
         shown.metadata = &contents.metadata;
         contents.start = BytesFromText(StartOf(shown));
+        contents.told = shown.told;
         const auto taken = m_taken.find(CString(clip.ClipName).MakeUpper());
         contents.isListed = taken != m_taken.end();
         if (contents.isListed) {

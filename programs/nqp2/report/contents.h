@@ -22,6 +22,7 @@ namespace nqp2::report {
 /// A clip with all that is shown of it.
 struct ClipContents {
     const _tag_P2Clip* clip = nullptr;
+    ClipTold told;
     std::string start; ///< ISO 8601 with its zone, "" where it is not told
     ClipMetadata metadata;
     std::string unread;               ///< why the metadata could not be read

@@ -126,7 +126,7 @@ Essence EssenceReader::Of(const _tag_P2Clip& clip) {
     essence.title = tool::OwnTitle(clip);
     essence.date = BytesFromText(
         IsoDate(metadata.shoot.startDate.IsEmpty() ? clip.StartDate : metadata.shoot.startDate,
-                card.ZonesOf(clip).start));
+                card.ToldOf(clip).startZone));
     essence.soundTexts = SoundTexts(clip, metadata, static_cast<int>(essence.sounds.GetSize()));
     AddMemos(metadata, essence);
     return essence;
