@@ -4,6 +4,7 @@
 
 import copy
 import json
+import os
 import re
 import shutil
 import unittest
@@ -164,13 +165,21 @@ class SchemaTest(CardTest):
         whole = Path(shutil.copytree(self.avchd.parent, self.folder / "sd"))
         (whole / "MISC").mkdir()
         (whole / "MISC" / "NOTES.TXT").write_text("beside PRIVATE")
+        Path(os.fsdecode(bytes(whole / "MISC") + b"/\xff")).write_text("no UTF-8")
+        for name, target in (("file", "NOTES.TXT"), ("folder", ".."), ("nothing", "none")):
+            (whole / "MISC" / name).symlink_to(target)
+        os.mkfifo(whole / "MISC" / "pipe")
+        kinds = {"link": Path.is_symlink, "special": Path.is_fifo}
         for card in (self.p2, self.avchd, whole):
             document = self.told("clips", card, "--files")
-            told = [each["path"] for clip in document["clips"] for each in clip["files"]
-                    if each["state"] != "missing"]
-            told += [each["path"] for each in document["otherFiles"]]
-            there = [str(path) for path in card.rglob("*") if path.is_file()]
+            files = [each for clip in document["clips"] for each in clip["files"]
+                     if each["state"] != "missing"] + document["otherFiles"]
+            told = [os.fsdecode(bytes.fromhex(each["pathBytes"])) if "pathBytes" in each
+                    else each["path"] for each in files]
+            there = [str(path) for path in card.rglob("*") if path.is_symlink() or not path.is_dir()]
             self.assertEqual(sorted(told), sorted(there))
+            for each in (each for each in files if each.get("kind") in kinds):
+                self.assertTrue(kinds[each["kind"]](Path(each["path"])), each)
 
     def test_every_text_of_a_clip_file_is_told(self):
         for clip in self.told("clips", self.p2, "--metadata")["clips"]:

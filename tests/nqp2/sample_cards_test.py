@@ -9,6 +9,7 @@ import shutil
 import subprocess
 import sys
 import unittest
+from datetime import datetime, timedelta
 from fractions import Fraction
 from pathlib import Path
 
@@ -98,6 +99,14 @@ class AvchdTest(CardTest):
                         "StartDate", "StartTimecode", "DropFrame") for clip in document["clips"]]
         self.assertEqual(tuple(found[:-1]), AVCHD_CLIPS)
         self.assertEqual(found[-1][:5], ("00007", "AVCHD_1280_720_50p", "59.94p", 1280, 60))
+        for clip, row in zip(document["clips"], AVCHD_CLIPS):
+            self.assertEqual(clip["start"], row[5] + "+02:00")
+            self.assertEqual(datetime.fromisoformat(clip["end"]) -
+                             datetime.fromisoformat(clip["start"]),
+                             timedelta(seconds=int(row[4] / RATES[row[2]])))
+        self.assertEqual([[name in clip for name in ("start", "end", "timecode")]
+                          for clip in document["clips"][-2:]], [[True, True, False], [False] * 3],
+                         "what the card does not tell is not made up")
         identifiers = {clip["GlobalClipID"] for clip in document["clips"]}
         self.assertEqual(len(identifiers), 3, "two with, six without")
         self.assertTrue(all(Path(clip["VideoPath"]).is_file() for clip in document["clips"]))
