@@ -54,7 +54,8 @@ protected:
         CArray<LooseFile> files;
         EXPECT_TRUE(m_reader.LooseFiles(files));
         for (const LooseFile& file : files) {
-            texts.push_back(Below(file.path) + " " + std::to_string(file.size));
+            texts.push_back(Below(file.path) + " " + std::to_string(file.size) +
+                            (file.kind == LooseKind::Link ? " link" : ""));
         }
         return texts;
     }
@@ -168,7 +169,8 @@ TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {
     const std::string root = platform::Utf8FromText(m_card.Root().View());
     EXPECT_THAT(Loose(),
                 ElementsAre("AUDIO\\0001AA0.MXF 1", "CLIP\\0002AA.XML 6", "VIDEO\\0002AA.MXF 1",
-                            root + "\\deeper\\than\\most\\LASTCLIP.TXT 3"));
+                            root + "\\deeper\\than\\most\\LASTCLIP.TXT 3",
+                            root + "\\way out 0 link"));
 }
 
 // However many clips there are, each costs one question for each file, and its metadata read, if a

@@ -34,6 +34,7 @@ class CardsTest(CardTest):
             card.add(SHOT[number], **segment(number), start=f"2024-05-1{3 - number}T00:00:00+00:00")
         (self.top / "day 1" / "again").symlink_to(self.cards[2].path)
         self.paths = [str(card.path) for card in self.cards]
+        self.labels = ["SN0", *self.paths[1:]]  # the first card's clip tells where it lies itself
 
     def rows(self, *arguments):
         """Card and name of each clip, and what is said beside. None has picture and sound, which
@@ -44,28 +45,28 @@ class CardsTest(CardTest):
                 [line for line in result.stderr.splitlines() if " is not whole: " not in line])
 
     def test_clips_of_all_cards_come_with_their_card(self):
-        expected = list(zip(self.paths, SHOT))
+        expected = list(zip(self.labels, SHOT))
         for arguments in (self.paths, ["--recursive", self.top]):
             self.assertEqual(self.rows(*arguments), (expected, []))
             self.assertEqual(self.rows(*arguments, "--sort", "date"), (expected[::-1], []))
         table = run("clips", self.top, "--recursive")
         self.assertEqual([line.split("  ")[0] for line in table.stdout.splitlines()],
-                         ["CARD", *self.paths])
+                         ["CARD", *self.labels])
         self.assertEqual(table.stderr, "3 clips, 0:00:01\n")
         self.assertEqual(self.rows("--recursive", self.cards[0].path), (expected[:1], []))
 
     def test_a_card_that_is_named_twice_is_listed_once(self):
         first, *others = self.paths
         rows, told = self.rows(first, f"{first}/CONTENTS", *others, self.top / "day 1" / "again")
-        self.assertEqual(rows, list(zip(self.paths, SHOT)))
+        self.assertEqual(rows, list(zip(self.labels, SHOT)))
         self.assertEqual(told, [f"nqp2: {first}/CONTENTS: took the card at {first}"])
         self.assertEqual(self.rows("--recursive", self.top, self.top / "day 1")[0], rows)
 
     def test_takes_are_joined_over_the_cards(self):
         first, second, third = self.paths
         for cards, take in (
-                (self.paths, f"0001AA on {first} + 0002BB on {second} + 0003CC on {third}: complete"),
-                ([third, first], f"0001AA on {first} + 0003CC on {third}: incomplete, missing 0002BB "
+                (self.paths, f"0001AA on SN0 + 0002BB on {second} + 0003CC on {third}: complete"),
+                ([third, first], f"0001AA on SN0 + 0003CC on {third}: incomplete, missing 0002BB "
                                  "on card SN1"),
                 ([second, third], f"0002BB on {second} + 0003CC on {third}: incomplete, missing "
                                   "0001AA on card SN0")):

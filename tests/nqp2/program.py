@@ -122,7 +122,7 @@ def sample(kind="p2"):
 
 
 def clip_xml(name, *, title="", codec="DV25_420", codec_class="", rate="50i", duration=10,
-             start="", identifier="", relation="", memos=(), audio=2):
+             start="", timecode="00:00:00:00", identifier="", relation="", memos=(), audio=2):
     """A clip's metadata with what a test wants to see in it."""
     class_attribute = f' Class="{codec_class}"' if codec_class else ""
     shoot = f"<Shoot><StartDate>{start}</StartDate></Shoot>" if start else ""
@@ -133,7 +133,8 @@ def clip_xml(name, *, title="", codec="DV25_420", codec_class="", rate="50i", du
             f"<ClipName>{escape(name)}</ClipName><GlobalClipID>{identifier}</GlobalClipID>"
             f"<Duration>{duration}</Duration><EditUnit>1/25</EditUnit>{relation}<EssenceList>"
             f"<Video><Codec{class_attribute}>{codec}</Codec><FrameRate>{rate}</FrameRate>"
-            f"<AspectRatio>16:9</AspectRatio></Video>{channel * audio}</EssenceList>"
+            f"<StartTimecode>{timecode}</StartTimecode><AspectRatio>16:9</AspectRatio></Video>"
+            f"{channel * audio}</EssenceList>"
             f"<ClipMetadata><UserClipName>{escape(title)}</UserClipName>{shoot}"
             f"<MemoList>{memo_list}</MemoList></ClipMetadata></ClipContent></P2Main>\n")
 

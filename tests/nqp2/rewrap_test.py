@@ -100,8 +100,8 @@ class PlanTest(ListCardTest):
 
     def test_pictures_that_are_carried_at_another_rate(self):
         self.add_clip("0001AA", rate="25p", codec="AVC-I_720/50p", memos=[(30, "", "m")])
-        xml = clip_xml("0001AA", rate="25p", codec="AVC-I_720/50p").replace("1/25", "1/50").replace(
-            "</FrameRate>", "</FrameRate><StartTimecode>01:00:00:12</StartTimecode>")
+        xml = clip_xml("0001AA", rate="25p", codec="AVC-I_720/50p",
+                       timecode="01:00:00:12").replace("1/25", "1/50")
         self.card.add_raw("0001AA.XML", xml.encode())
         file = self.plan(self.card.path, "--clip", "0001AA")
         self.assertEqual((file["rate"]["num"], file["timecode"], file["interlaced"]),
