@@ -22,7 +22,7 @@ struct CardListing {
     ScanReport report;
 };
 
-/// What is on the card that a folder leads to; nothing where it leads to none, or the reading fails.
+/// What is on the card that a folder leads to: nothing where it leads to none or reading fails.
 template <class Record, class Read>
 CardListing<Record> CardListingOf(const std::string& folder, const Read& read) {
     CardListing<Record> listing;
