@@ -10,6 +10,7 @@ import argparse
 import collections
 import datetime
 import json
+import signal
 import subprocess
 import sys
 
@@ -34,6 +35,7 @@ def totals_of(clips):
 
 
 def main():
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # `| head` ends it quietly
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--nqp2", default="nqp2", metavar="PROGRAM")
     parser.add_argument("cards", nargs="+", metavar="CARD")

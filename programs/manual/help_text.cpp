@@ -113,13 +113,7 @@ std::string Entries(const char* heading, const std::vector<Entry>& entries) {
 }
 
 std::string Commands(const CommandPage& page) {
-    std::vector<Meaning> rows;
-    for (const CommandPage& command : page.commands) {
-        if (command.isListed) {
-            rows.push_back({command.name.substr(page.name.size() + 1), command.purpose});
-        }
-    }
-    return Table("Commands", rows);
+    return Table("Commands", ListedCommands(page));
 }
 
 std::string Statuses(const std::vector<Meaning>& statuses) {
@@ -140,6 +134,16 @@ std::string Filled(std::string_view text, std::size_t indent, std::size_t width)
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return filler.Text();
+}
+
+std::vector<Meaning> ListedCommands(const CommandPage& page) {
+    std::vector<Meaning> commands;
+    for (const CommandPage& command : page.commands) {
+        if (command.isListed) {
+            commands.push_back({command.name.substr(page.name.size() + 1), command.purpose});
+        }
+    }
+    return commands;
 }
 
 std::string WholeMeaning(const Entry& entry) {

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nqp2::manual {
 
@@ -21,6 +22,8 @@ std::string ShortHelp(const CommandPage& page);
 
 /// "nqp2 import [OPTIONS] --to FOLDER CARD [CLIP...]"
 std::string Synopsis(const CommandPage& page);
+/// The commands below one that help names, each with its purpose.
+std::vector<Meaning> ListedCommands(const CommandPage& page);
 /// What an entry means, with all that restricts it.
 std::string WholeMeaning(const Entry& entry);
 /// Paragraphs filled to a width, every line with so many blanks before it.

@@ -16,6 +16,8 @@ namespace {
 constexpr const char* kCatalogueProgram = "nqp2-catalogue";
 
 struct CatalogOptions {
+    const char* command = "";
+    bool takesPaths = false; ///< and no labels or numbers
     std::string database;
     std::vector<std::string> cards;
     std::string label;
@@ -50,33 +52,17 @@ std::string NameOrPath(const std::string& argument) {
     return std::filesystem::exists(argument, error) ? PathForProgram(argument) : argument;
 }
 
-Status BecomeCatalogue(const std::string& command, const CatalogOptions& options, bool arePaths) {
-    ProgramWords words(command);
+Status RunCatalog(Console& /*console*/, const CatalogOptions& options) {
+    ProgramWords words(options.command);
     words.PutGiven("db", options.database);
     for (const std::string& card : options.cards) {
-        words.Put("card", arePaths ? PathForProgram(card) : NameOrPath(card));
+        words.Put("card", options.takesPaths ? PathForProgram(card) : NameOrPath(card));
     }
     words.PutGiven("label", options.label);
     words.PutGiven("words", options.name);
     words.PutFlag("recursive", options.recursive);
     words.PutFlag("json", options.json);
     return words.Become(kCatalogueProgram);
-}
-
-Status RunCatalogAdd(Console& /*console*/, const CatalogOptions& options) {
-    return BecomeCatalogue("add", options, true);
-}
-Status RunCatalogUpdate(Console& /*console*/, const CatalogOptions& options) {
-    return BecomeCatalogue("update", options, false);
-}
-Status RunCatalogCards(Console& /*console*/, const CatalogOptions& options) {
-    return BecomeCatalogue("cards", options, false);
-}
-Status RunCatalogRemove(Console& /*console*/, const CatalogOptions& options) {
-    return BecomeCatalogue("remove", options, false);
-}
-Status RunCatalogShow(Console& /*console*/, const CatalogOptions& options) {
-    return BecomeCatalogue("show", options, false);
 }
 
 /// Words that the user's shell has parted stay together.
@@ -124,41 +110,51 @@ void DatabaseOption(const Command& command, std::string& database) {
                         "left out");
 }
 
+/// A command that the catalogue's program has under the same name.
+CatalogOptions& OptionsOf(const Command& command, const char* name) {
+    CatalogOptions& options = command.Runs(RunCatalog);
+    options.command = name;
+    return options;
+}
+
+template <class Options>
+void AddCommonOptions(const Command& command, Options& options) {
+    DatabaseOption(command, options.database);
+    command.JsonFlag(options.json);
+}
+
 void AddStoring(const Command& group) {
     const Command add = group.Add("add", "Take cards into the catalogue, or bring them up to date");
-    CatalogOptions& adding = add.Runs(RunCatalogAdd);
+    CatalogOptions& adding = OptionsOf(add, "add");
+    adding.takesPaths = true;
     add.CardArguments(adding.cards);
     add.Flag("--recursive", adding.recursive, "Take every card in these folders and below");
     add.ValueOption("--label", adding.label, "TEXT", "What stands on the card or shelf");
-    DatabaseOption(add, adding.database);
-    add.JsonFlag(adding.json);
+    AddCommonOptions(add, adding);
     add.Example("nqp2 catalog add /media/card --label \"Shelf 4, A012\"");
     const Command update = group.Add("update", "Read again what has changed on cards");
-    CatalogOptions& updating = update.Runs(RunCatalogUpdate);
+    CatalogOptions& updating = OptionsOf(update, "update");
     update
         .Argument("CARD", updating.cards,
                   "Numbers, labels, serial numbers or paths; all that\n"
                   "can be reached if left out")
         .Required(false);
-    DatabaseOption(update, updating.database);
-    update.JsonFlag(updating.json);
+    AddCommonOptions(update, updating);
     update.Example("nqp2 catalog update");
     update.Note("What is not there now stays as it was: nothing is removed for that.");
 }
 
 void AddReading(const Command& group) {
     const Command cards = group.Add("cards", "List all cards that were ever seen");
-    CatalogOptions& listing = cards.Runs(RunCatalogCards);
-    DatabaseOption(cards, listing.database);
-    cards.JsonFlag(listing.json);
+    CatalogOptions& listing = OptionsOf(cards, "cards");
+    AddCommonOptions(cards, listing);
     cards.Example("nqp2 catalog cards");
     const Command show = group.Add("show", "Tell all that is known of a card or clip");
-    CatalogOptions& showing = show.Runs(RunCatalogShow);
+    CatalogOptions& showing = OptionsOf(show, "show");
     show.Argument("NAME", showing.name,
                   "Of a card its number, label or serial number; of a clip its name or\n"
                   "global identifier");
-    DatabaseOption(show, showing.database);
-    show.JsonFlag(showing.json);
+    AddCommonOptions(show, showing);
     show.Example("nqp2 catalog show A012");
 }
 
@@ -184,17 +180,15 @@ void AddSearching(const Command& group) {
         .OneOf(std::vector<std::string>{"newest", "oldest", "name"});
     command.ValueOption("--limit", options.limit, "N", "Tell at most so many (100 if left out)")
         .Between(1, 100'000);
-    DatabaseOption(command, options.database);
-    command.JsonFlag(options.json);
+    AddCommonOptions(command, options);
     command.Example("nqp2 catalog search interview --from 2009-05-03 --to 2009-05-03");
 }
 
 void AddRemovingAndExporting(const Command& group) {
     const Command remove = group.Add("remove", "Forget cards and the clips that no other has");
-    CatalogOptions& removing = remove.Runs(RunCatalogRemove);
+    CatalogOptions& removing = OptionsOf(remove, "remove");
     remove.Argument("CARD", removing.cards, "Numbers, labels, serial numbers or paths");
-    DatabaseOption(remove, removing.database);
-    remove.JsonFlag(removing.json);
+    AddCommonOptions(remove, removing);
     remove.Example("nqp2 catalog remove 3");
     const Command exporting = group.Add("export", "Write all clips of the catalogue");
     CatalogExportOptions& options = exporting.Runs(RunCatalogExport);

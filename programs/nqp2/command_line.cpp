@@ -9,7 +9,9 @@
 
 #include <fmt/core.h>
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace nqp2::tool {
@@ -33,20 +35,34 @@ manual::CommandPage ChosenPage(const CommandLineState& state) {
     return PageOf(state, command, name.substr(0, name.size() - command.get_name().size()));
 }
 
-std::vector<std::string> ListedNames(const manual::CommandPage& page) {
+/// What may stand behind a command: those below it, its options and those that all have.
+std::vector<std::string> KnownNames(const CommandLineState& state,
+                                    const manual::CommandPage& page) {
     std::vector<std::string> names;
-    for (const manual::CommandPage& command : page.commands) {
-        if (command.isListed) {
-            names.push_back(command.name.substr(page.name.size() + 1));
+    for (const manual::Meaning& command : manual::ListedCommands(page)) {
+        names.push_back(command.name);
+    }
+    for (const auto& options : {page.options, PageOf(state, state.app, "").options}) {
+        for (const manual::Entry& option : options) {
+            names.push_back(option.names.back());
         }
     }
     return names;
 }
 
-/// Whether a command was to follow and nothing did.
-bool LacksCommand(const CLI::App& program) {
-    const CLI::App& command = ChosenCommand(program);
-    return command.get_require_subcommand_min() > 0 && program.remaining(true).empty();
+/// Whether the user has come to a command that is nothing without one below it.
+bool NeedsCommand(const CLI::App& program) {
+    return ChosenCommand(program).get_require_subcommand_min() > 0;
+}
+
+/// `help COMMAND` is `COMMAND --help`.
+std::vector<const char*> WithHelpAsOption(int count, const char* const* arguments) {
+    std::vector<const char*> words(arguments, arguments + count);
+    if (words.size() > 1 && std::string_view(words[1]) == "help") {
+        words.erase(words.begin() + 1);
+        words.push_back("--help");
+    }
+    return words;
 }
 
 void ShowShortHelp(const manual::CommandPage& page, Console& console) {
@@ -69,8 +85,9 @@ void ShowShortHelp(const manual::CommandPage& page, Console& console) {
     if (unexpected.empty()) {
         throw Failure(command + "usage", error.what(), see, kUsage);
     }
-    const std::string near = NearName(unexpected.front(), ListedNames(page));
-    throw Failure(command + unexpected.front(), "is not understood",
+    const std::string& word = unexpected.front();
+    const std::string near = NearName(word.substr(0, word.find('=')), KnownNames(state, page));
+    throw Failure(command + word, "is not understood",
                   near.empty() ? see : fmt::format("did you mean {}?", near), kUsage);
 }
 
@@ -93,17 +110,20 @@ Command CommandLine::Program() {
 }
 
 Action CommandLine::Parse(int count, const char* const* arguments, Console& console) {
+    const std::vector<const char*> words = WithHelpAsOption(count, arguments);
     try {
-        m_state->app.parse(count, arguments);
+        m_state->app.parse(static_cast<int>(words.size()), words.data());
     } catch (const CLI::ParseError& outcome) {
-        if (outcome.get_exit_code() == 0) {
+        const bool namesNoCommand =
+            NeedsCommand(m_state->app) && !m_state->app.remaining(true).empty();
+        if (outcome.get_exit_code() == 0 && !namesNoCommand) {
             const bool wantsVersion = dynamic_cast<const CLI::CallForVersion*>(&outcome) != nullptr;
             console.Write(wantsVersion ? std::string(outcome.what()) + '\n'
                                        : manual::HelpText(ChosenPage(*m_state)));
             console.Finish();
             return {};
         }
-        if (LacksCommand(m_state->app)) {
+        if (NeedsCommand(m_state->app) && !namesNoCommand) {
             ShowShortHelp(ChosenPage(*m_state), console);
             throw Failure("COMMAND", "is missing",
                           fmt::format("see {} --help", WholeName(ChosenCommand(m_state->app))),

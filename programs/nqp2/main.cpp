@@ -46,6 +46,7 @@ Status Run(int count, const char* const* arguments, Console& console) {
     for (const AddCommand add : kCommands) {
         add(program);
     }
+    program.Note("nqp2 COMMAND --help and man nqp2-COMMAND tell all of a command.");
     program.Example("nqp2 clips /media/card --json");
     program.File(NQP2_LIBEXEC "/nqp2-worker", "the program that does what writes to a card");
     program.File(NQP2_SCHEMAS, "schemas of what --json prints, and what of it may change");

@@ -51,6 +51,9 @@ class UsageTest(CardTest):
         cases = (
             (["fly"], "nqp2: fly: is not understood (see nqp2 --help)"),
             (["clpis", card], "nqp2: clpis: is not understood (did you mean clips?)"),
+            (["clpis", "--help"], "nqp2: clpis: is not understood (did you mean clips?)"),
+            (["clips", card, "--jsno=1"],
+             "nqp2: clips --jsno=1: is not understood (did you mean --json?)"),
             (["clips"], "nqp2: clips usage: CARD is required (see nqp2 clips --help)"),
             (["info", card, "x"], "nqp2: info x: is not understood (see nqp2 info --help)"),
             (["clips", card, "--sort", "size"], "nqp2: clips usage: "),
@@ -83,7 +86,9 @@ class ManualTest(CardTest):
         self.assertEqual(names, {"-".join(["nqp2", *level]) + ".1" for level in LEVELS})
         for level in LEVELS:
             page = (self.folder / ("-".join(["nqp2", *level]) + ".1")).read_text()
-            for option in re.findall(r"(--[a-z0-9-]+)", run(*level, "--help").stdout):
+            text = run(*level, "--help").stdout
+            self.assertEqual(run("help", *level).stdout, text)
+            for option in re.findall(r"(--[a-z0-9-]+)", text):
                 self.assertIn(option.replace("-", "\\-"), page, level)
         missing = run("manual", "--to", self.folder / "none")
         self.assert_fails(missing, 1, f"nqp2: {self.folder}/none/nqp2.1: cannot be written "

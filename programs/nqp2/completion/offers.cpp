@@ -3,6 +3,7 @@
 
 #include "nqp2/completion/offers.h"
 
+#include "manual/help_text.h"
 #include "nqp2/completion/card_names.h"
 
 #include "NQP2ParserU/CodeType.h"
@@ -95,20 +96,12 @@ Offers OffersFor(const manual::Entry& entry, const Place& place) {
     return offers;
 }
 
-std::vector<Meaning> CommandOffers(const manual::CommandPage& page) {
-    std::vector<Meaning> names;
-    for (const manual::CommandPage& command : page.commands) {
-        if (command.isListed) {
-            names.push_back({command.name.substr(page.name.size() + 1), command.purpose});
-        }
-    }
-    return names;
-}
-
 std::vector<Meaning> OptionOffers(const Place& place) {
     std::vector<Meaning> names;
     for (const manual::Entry* option : place.options) {
         names.push_back({option->names.back(), option->meaning});
+        // It has a line in a list of its own width.
+        std::replace(names.back().text.begin(), names.back().text.end(), '\n', ' ');
     }
     return names;
 }
@@ -121,7 +114,7 @@ Offers OffersAt(const Place& place) {
     if (!isValue && place.begun.starts_with('-')) {
         offers.words = OptionOffers(place);
     } else if (!place.command->commands.empty() && !isValue) {
-        offers.words = CommandOffers(*place.command);
+        offers.words = manual::ListedCommands(*place.command);
     } else if (place.entry != nullptr) {
         offers = OffersFor(*place.entry, place);
     }
