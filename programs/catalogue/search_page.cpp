@@ -41,9 +41,9 @@ constexpr page::Column kColumns[] = {
 };
 
 constexpr page::Choice kChoices[] = {{"whole", "Whole"},
-                                    {"broken", "Not whole"},
-                                    {"taken", "Taken in"},
-                                    {"untaken", "Not taken in"}};
+                                     {"broken", "Not whole"},
+                                     {"taken", "Taken in"},
+                                     {"untaken", "Not taken in"}};
 
 /// What was asked for, as a person has asked.
 constexpr struct {
