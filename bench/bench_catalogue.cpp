@@ -102,7 +102,12 @@ private:
     template <class Columns, class Records>
     void Insert(const char* table, const char* owner, const Columns& columns,
                 const Records& records) {
-        const std::string text = catalogue::InsertInto(table, owner, columns);
+        const catalogue::Insertion into = catalogue::InsertionInto(table, owner, columns);
+        std::string text = "INSERT INTO " + TableAndColumns(into) + " VALUES (?";
+        for (std::size_t i = 1; i < into.columns.size(); ++i) {
+            text += ", ?";
+        }
+        text += ')';
         sqlite3_stmt* statement = nullptr;
         Require(sqlite3_prepare_v2(m_database, text.c_str(), -1, &statement, nullptr) == SQLITE_OK,
                 "not prepared");

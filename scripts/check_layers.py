@@ -46,11 +46,12 @@ PROGRAMS = {
     "catalogue/sqlite": {"catalogue"},
     "catalogue/postgresql": {"catalogue"},
     "catalogue": BASE | {"media", "cards", "clips", "edl", "ingest", "parser", "console",
-                         "offload/mhl", "catalogue/sqlite", "catalogue/postgresql"},
+                         "page", "offload/mhl", "catalogue/sqlite", "catalogue/postgresql"},
 }
 MAY_INCLUDE = {**ROOMS, **PROGRAMS}
 # These see of the library what a host sees, the public headers, and of the programs what is named.
-HOSTS = {"nqp2": {"console", "manual"}, "console": set(), "manual": set(), "examples": set()}
+HOSTS = {"nqp2": {"console", "manual", "page"}, "console": set(), "manual": set(),
+         "page": {"console"}, "examples": set()}
 # These may look into every room.
 OBSERVERS = ("tests", "bench", "fuzz")
 
@@ -59,9 +60,9 @@ XML_LIBRARY_FOLDERS = {"xml/dom", "bench"}
 SYSTEM_FOLDERS = {"platform", "channel", "worker", *OBSERVERS}
 # The tests make camera files with it, and an example opens a clip as a host would.
 MEDIA_LIBRARY_FOLDERS = {"worker/av", "tests", "examples"}
-# The benchmarks write the same rows by it alone.
+# The benchmarks write the same rows by them alone.
 SQLITE_FOLDERS = {"catalogue/sqlite", "bench"}
-SERVER_LIBRARY_FOLDERS = {"catalogue/postgresql"}
+SERVER_LIBRARY_FOLDERS = {"catalogue/postgresql", "bench"}
 XML_LIBRARY = re.compile(r"libxml2?/")
 MEDIA_LIBRARY = re.compile(r"lib(av|sw)\w+/")
 SQLITE = re.compile(r"sqlite3")

@@ -3,6 +3,8 @@
 """The tables of what is measured: one row a line. The first part of a figure's name tells who
 measures it (report/sources.py)."""
 
+from typing import Optional
+
 from report.terms import Line, figure, fixed
 
 KB = 1024
@@ -44,6 +46,19 @@ def catalogue_lines(sizes: Sizes) -> list[Line]:
              1),
         Line(f"update of an unchanged card of {sizes.large:,} clips / listing its folders", "ms",
              figure("catalogue/update"), figure("catalogue/list"), 1.5),
+    ] + [line for where, key, goal in (("1 ms away", "far", 1), ("beside it", "near", None))
+         for line in server_lines(where, "catalogue_server/" + key, goal)]
+
+
+def server_lines(where: str, key: str, goal: Optional[float]) -> list[Line]:
+    """A card's time, since rates are compared: three times one writer's rate is a third of it."""
+    return [
+        Line(f"a card of eight writers to PostgreSQL, {where} / a third of one writer's", "ms",
+             figure(f"{key}/ours/8"), figure(f"{key}/ours/1") / 3, goal),
+        Line(f"the same of bare writers, {where}, which copy the rows / a third of one's", "ms",
+             figure(f"{key}/bare/8"), figure(f"{key}/bare/1") / 3),
+        Line(f"one writer, {where} / one bare writer", "ms", figure(f"{key}/ours/1"),
+             figure(f"{key}/bare/1")),
     ]
 
 

@@ -13,6 +13,7 @@ from typing import Callable, Iterable, NamedTuple
 from report.cards import Cards
 from report.commands import Commands
 from report.lines import Sizes
+from report.server import server_arguments
 from report.terms import Figures, NoFigure
 
 
@@ -73,6 +74,7 @@ PROGRAMS: dict[str, Callable[[Setting], list[list]]] = {
     "avchd": lambda setting: [avchd_arguments(setting)],
     "catalogue": lambda setting: [[setting.cards.folder / "catalogues",
                                    setting.cards.bulk(setting.sizes.large)]],
+    "catalogue_server": lambda setting: [server_arguments()],
     "channel": lambda setting: [[count] for count in PROCESSORS],
     "proxy": lambda setting: [[count, setting.worker] for count in PROCESSORS],
     "start": lambda setting: [[setting.programs / "bare_program", setting.nqp2, setting.worker,

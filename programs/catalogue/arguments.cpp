@@ -55,6 +55,7 @@ constexpr struct {
              {"jsonl", TakeInto<&Arguments::lines>},
              {"label", TakeInto<&Arguments::label>},
              {"limit", TakeIntoSearch<&SearchOptions::limit>},
+             {"page", TakeInto<&Arguments::page>},
              {"rate", TakeIntoSearch<&SearchOptions::rate>},
              {"recursive", TakeInto<&Arguments::isRecursive>},
              {"sort", TakeIntoSearch<&SearchOptions::sort>},

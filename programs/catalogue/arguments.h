@@ -17,6 +17,7 @@ struct Arguments {
     std::vector<std::string> cards; ///< whole paths to add; what names cards elsewhere
     std::string label;
     SearchOptions search;
+    std::string page; ///< file that shows what was found; "-" for standard output
     bool isRecursive = false;
     bool json = false;
     bool lines = false; ///< of JSON

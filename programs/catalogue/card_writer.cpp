@@ -7,8 +7,8 @@
 #include "catalogue/words.h"
 #include "platform/host_name.h"
 
-#include <algorithm>
 #include <chrono>
+#include <functional>
 #include <iterator>
 
 namespace nqp2::catalogue {
@@ -38,7 +38,7 @@ bool IsSameButFor(const HoldingRecord& one, const HoldingRecord& other) {
 
 CardWriter::CardWriter(Connection& connection, CardContents& contents,
                        const std::vector<HoldingRecord>& known)
-    : m_connection(connection), m_contents(contents), m_isFirst(known.empty()) {
+    : m_connection(connection), m_contents(contents), m_isNew(contents.card.id == 0) {
     for (const HoldingRecord& each : known) {
         m_known.emplace(each.name, each);
     }
@@ -47,8 +47,12 @@ CardWriter::CardWriter(Connection& connection, CardContents& contents,
 void CardWriter::Write() {
     WriteCard();
     WriteClips();
+    WriteHoldings();
     RemoveGone();
-    WriteGaps();
+    if (!m_isNew) {
+        RemoveGaps();
+    }
+    WriteParts("gap", kGapColumns, m_contents.gaps);
     Replace("list", kListColumns, m_contents.lists);
     Replace("event", kEventColumns, m_contents.events);
     Replace("ingest", kIngestColumns, m_contents.ingests);
@@ -57,56 +61,69 @@ void CardWriter::Write() {
 }
 
 void CardWriter::WriteCard() {
-    static const std::string kInsert = InsertInto("card", "", kCardColumns) + " RETURNING id";
+    static const Insertion kInsert = InsertionInto("card", "", kCardColumns, " RETURNING id");
     static const std::string kUpdate = UpdateById("card", kCardColumns);
     CardRecord& card = m_contents.card;
-    Parameters parameters;
-    if (card.id == 0) {
+    if (m_isNew) {
+        Parameters parameters;
         AddValues(parameters, kCardColumns, card);
-        m_connection.Run(kInsert, parameters, [&](const Row& row) { card.id = row.Number(0); });
+        m_connection.Insert(kInsert, {parameters},
+                            [&](const Row& row) { card.id = row.Number(0); });
     } else {
-        parameters.emplace_back(card.id);
+        Parameters parameters = {card.id};
         AddValues(parameters, kCardColumns, card);
         m_connection.Run(kUpdate, parameters);
     }
 }
 
 void CardWriter::WriteClips() {
-    static const std::string kInsert =
-        InsertInto("clip", "", kClipColumns) + OrUpdate("identity", kClipColumns) + " RETURNING id";
-    // In one order for all writers, so that no two wait for each other.
-    std::sort(m_contents.read.begin(), m_contents.read.end(),
-              [](const auto& a, const auto& b) { return a.clip.identity < b.clip.identity; });
+    static const Insertion kInsert = InsertionInto(
+        "clip", "", kClipColumns, OrUpdate("identity", kClipColumns) + " RETURNING id, identity");
+    // In one order for all writers, so that no two wait for each other; of several with one
+    // identifier the last.
+    std::map<std::string, ClipRecord*> clips;
     for (CardClip& each : m_contents.read) {
-        each.clip.words = m_connection.Words().keptWords(each.clip.words);
-        Parameters parameters;
-        AddValues(parameters, kClipColumns, each.clip);
-        m_connection.Run(kInsert, parameters,
-                         [&](const Row& row) { each.holding.clip = row.Number(0); });
-        WriteHolding(each.holding);
+        clips[each.clip.identity] = &each.clip;
+    }
+    std::vector<Parameters> rows;
+    for (const auto& [identity, clip] : clips) {
+        clip->words = m_connection.Words().keptWords(clip->words);
+        AddValues(rows.emplace_back(), kClipColumns, *clip);
+    }
+    std::map<std::string, std::int64_t, std::less<>> numbers;
+    m_connection.Insert(kInsert, rows,
+                        [&](const Row& row) { numbers.emplace(row.Text(1), row.Number(0)); });
+    for (CardClip& each : m_contents.read) {
+        each.holding.clip = numbers.at(each.clip.identity);
+    }
+}
+
+void CardWriter::WriteHoldings() {
+    static const Insertion kInsert = InsertionInto("holding", "card_id", kHoldingColumns,
+                                                   OrUpdate("card_id, name", kHoldingColumns));
+    std::map<std::string, const HoldingRecord*> holdings;
+    for (const CardClip& each : m_contents.read) {
+        holdings[each.holding.name] = &each.holding;
     }
     for (const HoldingRecord& each : m_contents.unchanged) {
         const auto known = m_known.find(each.name);
         if (known != m_known.end() && IsSameButFor(known->second, each)) {
             m_known.erase(known);
         } else {
-            WriteHolding(each);
+            holdings[each.name] = &each;
         }
     }
-}
-
-void CardWriter::WriteHolding(const HoldingRecord& holding) {
-    static const std::string kInsert = InsertInto("holding", "card_id", kHoldingColumns) +
-                                       OrUpdate("card_id, name", kHoldingColumns);
-    Parameters parameters = {m_contents.card.id};
-    AddValues(parameters, kHoldingColumns, holding);
-    m_connection.Run(kInsert, parameters);
-    if (const auto known = m_known.find(holding.name); known != m_known.end()) {
-        if (known->second.clip != holding.clip) {
-            m_loosened.insert(known->second.clip);
+    std::vector<Parameters> rows;
+    for (const auto& [name, holding] : holdings) {
+        AddValues(rows.emplace_back(Parameters{m_contents.card.id}), kHoldingColumns, *holding);
+        if (const auto known = m_known.find(name); known != m_known.end()) {
+            if (known->second.clip != holding->clip) {
+                m_loosened.insert(known->second.clip);
+            }
+            m_known.erase(known);
         }
-        m_known.erase(known);
     }
+    m_connection.Insert(kInsert, rows);
 }
 
 void CardWriter::RemoveGone() {
@@ -121,30 +138,34 @@ void CardWriter::RemoveGone() {
 }
 
 /// Those of files stay for the clips that were not read.
-void CardWriter::WriteGaps() {
-    static const std::string kInsert = InsertInto("gap", "card_id", kGapColumns);
+void CardWriter::RemoveGaps() {
     const std::int64_t card = m_contents.card.id;
-    m_connection.Run("DELETE FROM gap WHERE card_id = $1 AND kind = 'segment'", {card});
-    for (std::size_t i = 0; !m_isFirst && i < m_contents.read.size(); ++i) {
-        m_connection.Run("DELETE FROM gap WHERE card_id = $1 AND clip = $2",
-                         {card, m_contents.read[i].holding.name});
+    if (m_contents.unchanged.empty()) {
+        m_connection.Run(DeleteFrom("gap"), {card});
+        return;
     }
-    for (const GapRecord& gap : m_contents.gaps) {
-        Parameters parameters = {card};
-        AddValues(parameters, kGapColumns, gap);
-        m_connection.Run(kInsert, parameters);
+    m_connection.Run("DELETE FROM gap WHERE card_id = $1 AND kind = 'segment'", {card});
+    for (const CardClip& each : m_contents.read) {
+        m_connection.Run("DELETE FROM gap WHERE card_id = $1 AND clip = $2",
+                         {card, each.holding.name});
     }
 }
 
 template <class Columns, class Records>
-void CardWriter::Replace(const char* table, const Columns& columns, const Records& records) {
-    const std::string insert = InsertInto(table, "card_id", columns);
-    m_connection.Run(DeleteFrom(table), {m_contents.card.id});
+void CardWriter::WriteParts(const char* table, const Columns& columns, const Records& records) {
+    std::vector<Parameters> rows;
     for (const auto& record : records) {
-        Parameters parameters = {m_contents.card.id};
-        AddValues(parameters, columns, record);
-        m_connection.Run(insert, parameters);
+        AddValues(rows.emplace_back(Parameters{m_contents.card.id}), columns, record);
     }
+    m_connection.Insert(InsertionInto(table, "card_id", columns), rows);
+}
+
+template <class Columns, class Records>
+void CardWriter::Replace(const char* table, const Columns& columns, const Records& records) {
+    if (!m_isNew) {
+        m_connection.Run(DeleteFrom(table), {m_contents.card.id});
+    }
+    WriteParts(table, columns, records);
 }
 
 void TouchCard(Connection& connection, const CardRecord& card, const std::string& path) {

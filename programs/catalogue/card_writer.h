@@ -28,15 +28,17 @@ public:
 private:
     void WriteCard();
     void WriteClips();
-    void WriteHolding(const HoldingRecord& holding);
+    void WriteHoldings();
     void RemoveGone();
-    void WriteGaps();
+    void RemoveGaps();
+    template <class Columns, class Records>
+    void WriteParts(const char* table, const Columns& columns, const Records& records);
     template <class Columns, class Records>
     void Replace(const char* table, const Columns& columns, const Records& records);
 
     Connection& m_connection;
     CardContents& m_contents;
-    bool m_isFirst;                               ///< the card had no clips until now
+    bool m_isNew;                                 ///< nothing of the card is there until now
     std::map<std::string, HoldingRecord> m_known; ///< by name, what is not written yet
     std::set<std::int64_t> m_loosened;            ///< clips that this card may have held alone
     std::int64_t m_gone = 0;

@@ -3,7 +3,9 @@
 
 #include "catalogue/catalogue_json.h"
 
+#include "catalogue/clip_facts.h"
 #include "catalogue/medium.h"
+#include "catalogue/words.h"
 #include "console/json_form.h"
 
 #include <fmt/chrono.h>
@@ -21,16 +23,6 @@ void Append(Record& record, Record members) {
     for (tool::NamedValue& each : members) {
         record.push_back(std::move(each));
     }
-}
-
-List LinesOf(const std::string& text) {
-    List lines;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find('\n', at), text.size());
-        lines.emplace_back(text.substr(at, end - at));
-        at = end + 1;
-    }
-    return lines;
 }
 
 /// A card where another thing is told.
@@ -102,8 +94,7 @@ Record OutcomeValue(const StoreOutcome& outcome) {
 
 Record ClipValue(const FoundClip& found) {
     const ClipRecord& clip = found.clip;
-    const bool isMade = clip.identity.starts_with("made:");
-    return {{"globalClipID", isMade ? std::string() : clip.identity},
+    return {{"globalClipID", IdentifierOf(clip)},
             {"name", clip.name},
             {"title", clip.title},
             {"start", clip.start},
@@ -121,8 +112,8 @@ Record ClipValue(const FoundClip& found) {
             {"place", clip.place},
             {"latitude", clip.latitude},
             {"longitude", clip.longitude},
-            {"people", LinesOf(clip.people)},
-            {"memos", LinesOf(clip.memos)},
+            {"people", TextList(LinesOf(clip.people))},
+            {"memos", TextList(LinesOf(clip.memos))},
             {"cards", ListOfEach(found.places, PlaceValue)},
             {"missing", ListOfEach(found.gaps, GapValue)}};
 }

@@ -25,24 +25,23 @@ std::string Names(const std::vector<ClipPlace>& places) {
     return names;
 }
 
-std::string GapSentence(const FoundClip& clip, const KnownGap& known) {
+} // namespace
+
+std::string GapText(const KnownGap& known) {
     const GapRecord& gap = known.gap;
     const bool isFile = gap.kind == "file";
-    std::string sentence =
-        fmt::format("{}: {} {} is {}", clip.clip.name, isFile ? "file" : "segment",
-                    isFile             ? PathOfStored(gap.what)
-                    : gap.what.empty() ? "of its take"
-                                       : gap.what,
-                    gap.problem);
+    std::string text = fmt::format("{} {} is {}", isFile ? "file" : "segment",
+                                   isFile             ? PathOfStored(gap.what)
+                                   : gap.what.empty() ? "of its take"
+                                                      : gap.what,
+                                   gap.problem);
     if (!known.places.empty()) {
-        sentence += ": it is on " + Names(known.places);
+        text += ": it is on " + Names(known.places);
     } else if (!gap.serial.empty()) {
-        sentence += fmt::format(": it is on the card {}, which was never seen", gap.serial);
+        text += fmt::format(": it is on the card {}, which was never seen", gap.serial);
     }
-    return sentence;
+    return text;
 }
-
-} // namespace
 
 std::string NameOf(std::int64_t card, const std::string& label) {
     return label.empty() ? fmt::format("card {}", card) : fmt::format("card {} ({})", card, label);
@@ -89,7 +88,7 @@ void PrintClips(tool::Console& console, const std::vector<FoundClip>& clips) {
     });
     for (const FoundClip& each : clips) {
         for (const KnownGap& gap : each.gaps) {
-            console.WriteLine(GapSentence(each, gap));
+            console.WriteLine(each.clip.name + ": " + GapText(gap));
         }
     }
 }

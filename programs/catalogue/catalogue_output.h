@@ -19,6 +19,8 @@ std::string NameOf(std::int64_t card, const std::string& label);
 std::string NameOf(const CardRecord& card);
 
 void PrintCards(tool::Console& console, const std::vector<CardRecord>& cards);
+/// What a card lacks, and where it is: "segment 0001TC is missing: it is on card 3".
+std::string GapText(const KnownGap& known);
 /// A row for each clip, and what is missing behind them.
 void PrintClips(tool::Console& console, const std::vector<FoundClip>& clips);
 

@@ -19,6 +19,9 @@
 namespace nqp2::catalogue {
 namespace {
 
+/// Before what stands for an identifier.
+const std::string kMade = "made:";
+
 constexpr std::array<const char*, 4> kFileStates = {"", "missing", "empty", "short"};
 
 /// Lines, each once, of what is told.
@@ -86,7 +89,7 @@ std::string MadeIdentity(const ClipFacts& facts, const std::string& start) {
     }
     mhl::Hasher hasher(mhl::HashFormat::Xxh128);
     hasher.Add(told);
-    return "made:" + hasher.Value().Text(mhl::HashFormat::Xxh128);
+    return kMade + hasher.Value().Text(mhl::HashFormat::Xxh128);
 }
 
 ClipRecord RecordOf(const ClipFacts& facts) {
@@ -167,6 +170,10 @@ std::vector<GapRecord> FileGapsOf(const ClipFacts& facts, const std::string& roo
         }
     }
     return gaps;
+}
+
+std::string IdentifierOf(const ClipRecord& clip) {
+    return clip.identity.starts_with(kMade) ? std::string() : clip.identity;
 }
 
 std::string IdentityOf(const CString& globalClipID) {

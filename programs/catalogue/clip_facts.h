@@ -29,5 +29,7 @@ std::vector<GapRecord> FileGapsOf(const ClipFacts& facts, const std::string& roo
 
 /// An identifier as the catalogue compares them; "" for none.
 std::string IdentityOf(const CString& globalClipID);
+/// That of a clip; "" for one that the catalogue has had to make.
+std::string IdentifierOf(const ClipRecord& clip);
 
 } // namespace nqp2::catalogue

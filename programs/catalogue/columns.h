@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 namespace nqp2::catalogue {
@@ -32,21 +33,18 @@ std::string NamesOf(const Columns& columns, std::string_view before = {}) {
     return names;
 }
 
-/// "INSERT INTO table (...) VALUES ($1, ...)". `owner` is a column before those of the record;
-/// empty for none.
+/// Rows of a table. `owner` is a column of numbers before those of the record; empty for none.
 template <class Columns>
-std::string InsertInto(std::string_view table, std::string_view owner, const Columns& columns) {
-    std::string names(owner);
-    std::string values;
-    std::size_t count = owner.empty() ? 0 : 1;
-    values += owner.empty() ? "" : "$1";
-    for (const auto& column : columns) {
-        names.append(count == 0 ? "" : ", ").append(column.name);
-        values.append(count == 0 ? "$" : ", $").append(std::to_string(count + 1));
-        ++count;
+Insertion InsertionInto(std::string_view table, std::string_view owner, const Columns& columns,
+                        std::string end = {}) {
+    Insertion into{std::string(table), {}, std::move(end)};
+    if (!owner.empty()) {
+        into.columns.push_back({std::string(owner), true});
     }
-    return std::string("INSERT INTO ").append(table).append(" (").append(names) + ") VALUES (" +
-           values + ")";
+    for (const auto& column : columns) {
+        into.columns.push_back({column.name, column.member.index() == 1});
+    }
+    return into;
 }
 
 /// What follows an INSERT so that a row that is there already takes the new values.

@@ -8,6 +8,7 @@
 #include "catalogue/catalogue_output.h"
 #include "catalogue/commands.h"
 #include "catalogue/search.h"
+#include "catalogue/search_page.h"
 #include "console/json_output.h"
 
 #include <fmt/core.h>
@@ -30,7 +31,9 @@ Status RunCards(Console& console, Connection& connection, const Arguments& argum
 
 Status RunSearch(Console& console, Connection& connection, const Arguments& arguments) {
     const std::vector<FoundClip> clips = Search(connection, arguments.search);
-    if (arguments.json) {
+    if (!arguments.page.empty()) {
+        WriteSearchPage(console, arguments.page, arguments.search, clips);
+    } else if (arguments.json) {
         tool::PrintJson(console,
                         Document("nqp2-catalog-search", {{"clips", ListOfEach(clips, ClipValue)}}));
     } else {

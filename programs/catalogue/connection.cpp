@@ -5,6 +5,14 @@
 
 namespace nqp2::catalogue {
 
+std::string TableAndColumns(const Insertion& into) {
+    std::string text = into.table + " (";
+    for (const Insertion::Column& column : into.columns) {
+        text += (&column == &into.columns.front() ? "" : ", ") + column.name;
+    }
+    return text + ")";
+}
+
 Transaction::Transaction(Connection& connection, const char* begin) : m_connection(connection) {
     m_connection.Run(begin);
 }

@@ -48,6 +48,22 @@ private:
     DatabaseFault m_fault;
 };
 
+/// Rows that are put into a table, all by one statement where the engine can.
+struct Insertion {
+    struct Column {
+        std::string name;
+        bool isNumber = false;
+    };
+    std::string table;
+    std::vector<Column> columns;
+    std::string end; ///< ON CONFLICT, RETURNING
+};
+/// "table (a, b)".
+std::string TableAndColumns(const Insertion& into);
+
+/// The column whose texts Dialect::keptWords makes.
+inline constexpr std::string_view kWordsColumn = "words";
+
 /// Statements that bring the tables from one version to the next.
 using Migration = std::span<const char* const>;
 
@@ -90,6 +106,13 @@ public:
                      const OnRow& onRow) = 0;
     void Run(std::string_view statement, const Parameters& parameters = {}) {
         Run(statement, parameters, [](const Row&) {});
+    }
+    /// Puts rows of these columns into the table. No two may be the same to ON CONFLICT. What
+    /// RETURNING tells comes in any order.
+    virtual void Insert(const Insertion& into, const std::vector<Parameters>& rows,
+                        const OnRow& onRow) = 0;
+    void Insert(const Insertion& into, const std::vector<Parameters>& rows) {
+        Insert(into, rows, [](const Row&) {});
     }
 };
 

@@ -39,10 +39,12 @@ int main(int count, char** words) {
         }
         return Run(count, words, console);
     } catch (const tool::Failure& failure) {
-        console.Message(fmt::format("nqp2: {}", failure.what()));
+        if (!failure.IsSilent()) {
+            console.Fail(failure.what());
+        }
         return failure.GetStatus();
     } catch (const std::exception& error) {
-        console.Message(fmt::format("nqp2: internal error: {}", error.what()));
+        console.Fail(fmt::format("internal error: {}", error.what()));
         return tool::kFailed;
     }
 }

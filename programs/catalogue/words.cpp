@@ -134,6 +134,16 @@ std::string WordsOfClip(const ClipRecord& clip) {
     return all;
 }
 
+std::vector<std::string> LinesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        lines.push_back(text.substr(at, end - at));
+        at = end + 1;
+    }
+    return lines;
+}
+
 std::string KeyText(std::string_view text) {
     std::string key = KeptText(text);
     if (text.size() > kLongestKey) {

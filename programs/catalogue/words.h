@@ -27,6 +27,9 @@ std::string MarkedWord(std::string_view mark, std::string_view text);
 /// All words of a clip, with spaces between them.
 std::string WordsOfClip(const ClipRecord& clip);
 
+/// People or memos of a clip, each a line of the text.
+std::vector<std::string> LinesOf(const std::string& text);
+
 /// UTF-8 of a text of a card as every engine can keep it: what is no UTF-8 becomes U+FFFD, zeros
 /// go, and what is longer than a text may be is cut.
 std::string KeptText(std::string_view text);

@@ -117,8 +117,8 @@ void Command::ClipArguments(std::vector<std::string>& clips) const {
     Argument("CLIP", clips, "Names of clips, in any letter case");
 }
 
-void Command::JsonFlag(bool& json) const {
-    Flag("--json", json, "Print JSON");
+Option Command::JsonFlag(bool& json) const {
+    return Flag("--json", json, "Print JSON");
 }
 
 void Command::JsonAndCsvFlags(OutputForm& form, const std::string& ofJson,

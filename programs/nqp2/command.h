@@ -92,7 +92,7 @@ public:
     void CardArguments(std::vector<std::string>& cards) const;
     void ClipArguments(std::vector<std::string>& clips) const;
     /// --json, and --csv, with words for what they print,
-    void JsonFlag(bool& json) const;
+    Option JsonFlag(bool& json) const; // NOLINT(modernize-use-nodiscard)
     void JsonAndCsvFlags(OutputForm& form, const std::string& ofJson,
                          const std::string& ofCsv) const;
     /// --progress with --quiet, --worker and --incomplete.

@@ -13,6 +13,7 @@
 namespace nqp2::tool {
 namespace {
 
+constexpr const char* kToStandardOutput = "-";
 constexpr const char* kCatalogueProgram = "nqp2-catalogue";
 
 struct CatalogOptions {
@@ -36,6 +37,7 @@ struct CatalogSearchOptions {
     std::string rate;
     std::string state;
     std::string sort;
+    std::string page;
     std::uint32_t limit = 100;
     bool json = false;
 };
@@ -89,6 +91,9 @@ Status RunCatalogSearch(Console& /*console*/, const CatalogSearchOptions& option
     words.PutGiven("state", options.state);
     words.PutGiven("sort", options.sort);
     words.Put("limit", std::to_string(options.limit));
+    words.PutGiven("page", options.page.empty() || options.page == kToStandardOutput
+                               ? options.page
+                               : PathForProgram(options.page));
     words.PutFlag("json", options.json);
     return words.Become(kCatalogueProgram);
 }
@@ -118,9 +123,9 @@ CatalogOptions& OptionsOf(const Command& command, const char* name) {
 }
 
 template <class Options>
-void AddCommonOptions(const Command& command, Options& options) {
+Option AddCommonOptions(const Command& command, Options& options) {
     DatabaseOption(command, options.database);
-    command.JsonFlag(options.json);
+    return command.JsonFlag(options.json);
 }
 
 void AddStoring(const Command& group) {
@@ -180,7 +185,10 @@ void AddSearching(const Command& group) {
         .OneOf(std::vector<std::string>{"newest", "oldest", "name"});
     command.ValueOption("--limit", options.limit, "N", "Tell at most so many (100 if left out)")
         .Between(1, 100'000);
-    AddCommonOptions(command, options);
+    const Option page = command.ValueOption("-o,--output", options.page, "PAGE",
+                                            "Write a page that shows them, .html; - for standard\n"
+                                            "output");
+    AddCommonOptions(command, options).Excludes(page);
     command.Example("nqp2 catalog search interview --from 2009-05-03 --to 2009-05-03");
 }
 

@@ -78,6 +78,70 @@ private:
     std::vector<const char*> m_values;
 };
 
+/// Rows turned into one array for each column, as the server reads them.
+class Arrays {
+public:
+    explicit Arrays(const Insertion& into) : m_arrays(into.columns.size()) {}
+
+    void Put(const Parameters& row) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            std::string& array = m_arrays[i];
+            const std::size_t before = array.size();
+            array += array.empty() ? '{' : ',';
+            if (const auto* const text = std::get_if<std::string>(&row[i])) {
+                AppendQuoted(array, *text);
+            } else {
+                array += std::to_string(std::get<std::int64_t>(row[i]));
+            }
+            m_size += array.size() - before;
+        }
+    }
+    [[nodiscard]] std::size_t Size() const { return m_size; }
+    [[nodiscard]] Parameters Take() const {
+        Parameters arrays;
+        for (const std::string& array : m_arrays) {
+            arrays.emplace_back(array + '}');
+        }
+        return arrays;
+    }
+
+private:
+    static void AppendQuoted(std::string& array, std::string_view text) {
+        array += '"';
+        for (std::size_t at = 0;; ++at) {
+            const std::size_t end = std::min(text.find_first_of("\"\\", at), text.size());
+            array.append(text, at, end - at);
+            if (end == text.size()) {
+                break;
+            }
+            array += '\\';
+            array += text[end];
+            at = end;
+        }
+        array += '"';
+    }
+
+    std::vector<std::string> m_arrays;
+    std::size_t m_size = 0;
+};
+
+/// An INSERT of rows that are given as arrays.
+std::string InsertOfArrays(const Insertion& into) {
+    std::string taken;
+    std::string arrays;
+    std::string names;
+    for (std::size_t i = 0; i < into.columns.size(); ++i) {
+        const auto& [name, isNumber] = into.columns[i];
+        const std::string comma = i == 0 ? "" : ", ";
+        taken += comma + (name == kWordsColumn ? "CAST(" + name + " AS tsvector)" : name);
+        arrays +=
+            comma + "CAST($" + std::to_string(i + 1) + (isNumber ? " AS bigint[])" : " AS text[])");
+        names += comma + name;
+    }
+    return "INSERT INTO " + TableAndColumns(into) + " SELECT " + taken + " FROM unnest(" + arrays +
+           ") AS given (" + names + ")" + into.end;
+}
+
 /// What a person reads of a server's message: its first line.
 std::string FirstLine(const char* message) {
     const std::string_view text = message == nullptr ? "" : message;
@@ -111,6 +175,19 @@ public:
         Require(result.get());
         for (int i = 0; i < PQntuples(result.get()); ++i) {
             onRow(ResultRow(result.get(), i));
+        }
+    }
+
+    void Insert(const Insertion& into, const std::vector<Parameters>& rows,
+                const OnRow& onRow) override {
+        constexpr std::size_t kMostAtOnce = 4 << 20; // bytes
+        const std::string statement = InsertOfArrays(into);
+        for (std::size_t at = 0; at < rows.size();) {
+            Arrays arrays(into);
+            for (; at < rows.size() && arrays.Size() < kMostAtOnce; ++at) {
+                arrays.Put(rows[at]);
+            }
+            Run(statement, arrays.Take(), onRow);
         }
     }
 

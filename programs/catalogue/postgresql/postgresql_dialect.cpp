@@ -75,7 +75,14 @@ constexpr const char* kLists[] = {
     "CREATE INDEX generation_card ON generation (card_id)",
 };
 
-constexpr Migration kMigrations[] = {kCards, kLists};
+/// What is added to the index waits in a list, from which it is put in all at once: writers wait
+/// for each other at the pages of frequent words otherwise. Searches read that list, so that it may
+/// not grow long.
+constexpr const char* kWaitingWords[] = {
+    "ALTER INDEX clip_words SET (fastupdate = on, gin_pending_list_limit = 1024)",
+};
+
+constexpr Migration kMigrations[] = {kCards, kLists, kWaitingWords};
 
 /// Words are quoted, and hold neither quotes nor backslashes.
 std::string QueryText(const WordQuery& query) {

@@ -109,6 +109,19 @@ public:
         Require(code);
     }
 
+    void Insert(const Insertion& into, const std::vector<Parameters>& rows,
+                const OnRow& onRow) override {
+        std::string values;
+        for (std::size_t i = 1; i <= into.columns.size(); ++i) {
+            values += (i == 1 ? "$" : ", $") + std::to_string(i);
+        }
+        const std::string statement =
+            "INSERT INTO " + TableAndColumns(into) + " VALUES (" + values + ")" + into.end;
+        for (const Parameters& row : rows) {
+            Run(statement, row, onRow);
+        }
+    }
+
 private:
     void Require(int code) const {
         if (code != SQLITE_OK && code != SQLITE_DONE) {

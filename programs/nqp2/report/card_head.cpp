@@ -137,17 +137,6 @@ std::vector<std::string> Lacks(const PageContents& page, std::size_t index) {
     return lacks;
 }
 
-void PutFact(Html& html, Own name, const std::string& text) {
-    if (!text.empty()) {
-        html.Open("div")
-            .Element("dt", "fact", name)
-            .Open("dd")
-            .Foreign(text)
-            .Close("dd")
-            .Close("div");
-    }
-}
-
 void PutState(Html& html, const std::vector<std::string>& lacks) {
     if (lacks.empty()) {
         html.Element("p", "state good", Own("Whole"));
@@ -184,28 +173,24 @@ std::string NameOf(const tool::CardScan& scan) {
     return folder.filename().native();
 }
 
-std::string Counted(std::int64_t count, std::string_view what) {
-    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
-}
-
-void PutCardHead(Html& html, const PageContents& page, std::size_t index) {
-    const CardContents& card = page.cards[index];
+void PutCardHead(Html& html, const PageContents& contents, std::size_t index) {
+    const CardContents& card = contents.cards[index];
     const tool::CardScan& scan = *card.scan;
     html.Open("header").With("class", "card-head");
     html.Open("h2").Foreign(NameOf(scan)).Close("h2");
-    PutState(html, Lacks(page, index));
+    PutState(html, Lacks(contents, index));
     html.Open("dl");
     const FoundCard found = scan.card.Found() ? *scan.card.Found() : FoundCard();
-    PutFact(html, "Kind", KindText(scan.kind));
-    PutFact(html, "Volume", BytesFromText(found.label));
-    PutFact(html, "Serial number", BytesFromText(scan.serialNo));
-    PutFact(html, "Format", FormatsText(card));
-    PutFact(html, "Clips", fmt::format("{}", card.clips.size()));
-    PutFact(html, "Length", LengthText(card));
-    PutFact(html, "Recorded", DatesText(card));
-    PutFact(html, "Size", BytesText(card.bytes));
-    PutFact(html, "Free", SpaceText(card));
-    PutFact(html, "Folder", WholeFolder(scan));
+    page::PutFact(html, "Kind", KindText(scan.kind));
+    page::PutFact(html, "Volume", BytesFromText(found.label));
+    page::PutFact(html, "Serial number", BytesFromText(scan.serialNo));
+    page::PutFact(html, "Format", FormatsText(card));
+    page::PutFact(html, "Clips", fmt::format("{}", card.clips.size()));
+    page::PutFact(html, "Length", LengthText(card));
+    page::PutFact(html, "Recorded", DatesText(card));
+    page::PutFact(html, "Size", BytesText(card.bytes));
+    page::PutFact(html, "Free", SpaceText(card));
+    page::PutFact(html, "Folder", WholeFolder(scan));
     html.Close("dl").Close("header");
 }
 

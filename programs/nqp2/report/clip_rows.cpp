@@ -21,8 +21,6 @@
 namespace nqp2::report {
 namespace {
 
-constexpr std::size_t kDay = 10;    // "2026-11-22"
-constexpr std::size_t kSecond = 19; // "2026-11-22T08:05:09"
 constexpr std::size_t kMostMemos = 100;
 
 /// Parts of clips' texts that make one line.
@@ -152,20 +150,7 @@ private:
     }
 
     void PutTimes() {
-        m_html.Open("td").With("class", "start");
-        const std::string& start = m_contents.start;
-        if (!start.empty()) {
-            m_html.Open("time").WithText("datetime", start);
-            m_html.Shown(start.substr(0, kDay));
-            m_html.ShownElement(
-                "span", "hour",
-                std::string_view(start).substr(std::min(start.size(), kDay + 1), 8));
-            if (start.size() > kSecond) {
-                m_html.ShownElement("small", "zone", std::string_view(start).substr(kSecond));
-            }
-            m_html.Close("time");
-        }
-        m_html.Close("td");
+        page::PutStart(m_html, m_contents.start);
         m_html.ShownElement("td", "timecode number", Timecode());
         m_html.ShownElement("td", "length number", tool::LengthText(m_clip));
     }
@@ -282,10 +267,7 @@ private:
     }
 
     void PutDetail(Own name, std::initializer_list<const CString*> texts) {
-        if (const std::string text = Words(texts); !text.empty()) {
-            m_html.Open("dt").Text(name).Close("dt");
-            m_html.Open("dd").Foreign(text).Close("dd");
-        }
+        page::PutDetail(m_html, name, Words(texts));
     }
 
     void PutDetails() {
@@ -321,12 +303,7 @@ private:
     Pictures& m_pictures;
 };
 
-/// The table's columns; those with a key can be sorted by it.
-struct Column {
-    Own title;
-    Own key;
-};
-constexpr Column kColumns[] = {
+constexpr page::Column kColumns[] = {
     {"Picture", ""},          {"Clip", "name"},     {"Start", "start"},
     {"Timecode", "timecode"}, {"Length", "length"}, {"Codec", "format"},
     {"Rate", "rate"},         {"Sound", "sound"},   {"Memos and marks", "notes"},
@@ -339,21 +316,13 @@ std::string ClipPlace(std::size_t card, std::size_t clip) {
     return fmt::format("clip-{}-{}", card + 1, clip + 1);
 }
 
-void PutClips(Html& html, const PageContents& page, std::size_t card, Pictures& pictures) {
-    const std::vector<ClipContents>& clips = page.cards[card].clips;
-    html.Open("table").With("class", "clips").Open("thead").Open("tr");
-    for (const Column& column : kColumns) {
-        html.Open("th").With("scope", "col");
-        if (!column.key.Text().empty()) {
-            html.With("data-key", column.key);
-        }
-        html.Text(column.title).Close("th");
-    }
-    html.Close("tr").Close("thead").Open("tbody");
+void PutClips(Html& html, const PageContents& contents, std::size_t card, Pictures& pictures) {
+    const std::vector<ClipContents>& clips = contents.cards[card].clips;
+    page::OpenClips(html, "clips", kColumns);
     for (std::size_t i = 0; i < clips.size(); ++i) {
         ClipRow(html, clips[i], pictures).Put(ClipPlace(card, i));
     }
-    html.Close("tbody").Close("table");
+    page::CloseClips(html);
 }
 
 } // namespace nqp2::report

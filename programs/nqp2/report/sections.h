@@ -3,11 +3,16 @@
 
 #pragma once
 
-#include "nqp2/report/html.h"
 #include "nqp2/report/page.h"
+#include "page/html.h"
+#include "page/parts.h"
 
 /// The parts of the page.
 namespace nqp2::report {
+
+using page::Counted;
+using page::Html;
+using page::Own;
 
 /// What the card is, and whether it is whole.
 void PutCardHead(Html& html, const PageContents& page, std::size_t card);
@@ -25,8 +30,5 @@ void PutSkipped(Html& html, const CArray<SkippedFile>& skipped,
 /// The name of the folder which people have named: a card may lie in folders that are called the
 /// same on all of its kind.
 std::string NameOf(const tool::CardScan& scan);
-
-/// "3 clips", "1 clip".
-std::string Counted(std::int64_t count, std::string_view what);
 
 } // namespace nqp2::report

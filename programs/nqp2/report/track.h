@@ -3,13 +3,16 @@
 
 #pragma once
 
-#include "nqp2/report/html.h"
+#include "page/html.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace nqp2::report {
+
+using page::Html;
+using page::Own;
 
 /// A stretch of a track.
 struct Block {

@@ -6,6 +6,8 @@
 #include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <charconv>
 #include <iterator>

@@ -64,7 +64,7 @@
     choice.addEventListener("input", filter);
   }
   tools.addEventListener("submit", (event) => event.preventDefault());
-  view.addEventListener("click", () => {
+  view?.addEventListener("click", () => {
     const pictures = document.body.classList.toggle("as-pictures");
     view.setAttribute("aria-pressed", String(pictures));
   });

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "nqp2/report/html.h"
+#include "page/html.h"
 
-namespace nqp2::report {
+namespace nqp2::page {
 
 /// A file that is part of the page as it is, and the SHA-256 of it in hexadecimal: the page allows
 /// what has this sum and nothing else.
@@ -16,4 +16,4 @@ struct Asset {
 extern const Asset kStyle;
 extern const Asset kScript;
 
-} // namespace nqp2::report
+} // namespace nqp2::page

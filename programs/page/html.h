@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace nqp2::report {
+namespace nqp2::page {
 
 /// A name or text of the page's own: known when the program is compiled, so that nothing of a card
 /// can be one.
@@ -79,4 +79,4 @@ private:
 /// Bytes in base 64.
 std::string Base64(std::string_view bytes);
 
-} // namespace nqp2::report
+} // namespace nqp2::page

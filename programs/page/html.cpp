@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "nqp2/report/html.h"
+#include "page/html.h"
 
 #include "console/display_text.h"
 #include "console/output_text.h"
@@ -12,7 +12,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace nqp2::report {
+namespace nqp2::page {
 namespace {
 
 /// Where to cut a text so that no character of UTF-8 is cut in two.
@@ -175,4 +175,4 @@ std::string Base64(std::string_view bytes) {
     return text;
 }
 
-} // namespace nqp2::report
+} // namespace nqp2::page
