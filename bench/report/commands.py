@@ -11,6 +11,8 @@ from pathlib import Path
 from typing import Callable
 
 from report.cards import media_of
+from report.disks import Disks, forget
+from report.lines import DISK_RATE
 from report.terms import Figures, NoFigure
 
 FORMS = {"table": [], "csv": ["--csv", "--columns", "all"], "json": ["--json"],
@@ -32,47 +34,6 @@ def calls_of(summary: str) -> int:
     if len(total) != 1:
         raise RuntimeError("strace wrote no summary")
     return int(total[0][3])
-
-
-def forget(files: list[Path]) -> None:
-    """Lets the system read the files from the medium again."""
-    for file in files:
-        with open(file, "rb") as opened:
-            os.fsync(opened.fileno())
-            os.posix_fadvise(opened.fileno(), 0, 0, os.POSIX_FADV_DONTNEED)
-
-
-class MemoryDisks:
-    """File systems in files that lie in memory, as far as this user may mount them."""
-
-    def __init__(self, folder: Path, megabytes: int):
-        self._folder, self._megabytes = folder, megabytes
-        self._memory = Path("/dev/shm") / f"nqp2-bench-{os.getpid()}"
-        self._places = [folder / str(number) for number in range(2)]
-
-    def can(self) -> bool:
-        try:
-            return len(self.fresh(2)) == 2
-        except (OSError, subprocess.CalledProcessError):
-            return False
-
-    def fresh(self, count: int) -> list[Path]:
-        self.remove()
-        self._memory.mkdir()
-        for place in self._places[:count]:
-            image = self._memory / place.name
-            place.mkdir(parents=True, exist_ok=True)
-            with open(image, "wb") as file:
-                file.truncate(self._megabytes << 20)
-            subprocess.run(["mkfs.ext4", "-q", "-F", image], check=True)
-            subprocess.run(["mount", "-o", "loop", image, place], check=True, capture_output=True)
-        return [place / "copy" for place in self._places[:count]]
-
-    def remove(self) -> None:
-        for place in self._places:
-            if place.is_mount():
-                subprocess.run(["umount", place], check=True)
-        shutil.rmtree(self._memory, ignore_errors=True)
 
 
 class Commands:
@@ -225,34 +186,29 @@ class Commands:
 
     def _trees(self, kind: str, names: set[str], ours: Callable[[Path, list[Path]], list],
                more: dict[str, Callable[[], list]]) -> Figures:
-        """What copies folders, against cp -a, and onto two file systems in memory against one.
-        Files are not removed between the runs: file systems are slow to make new ones after
-        that."""
+        """What copies folders, against cp -a, and onto two disks against one. Files are not
+        removed between the runs: file systems are slow to make new ones after that."""
         programs, sizes = self._setting.programs, self._setting.sizes
         real = self._setting.cards.real(sizes.copy_megabytes)
-        disks = MemoryDisks(self._setting.cards.folder / "disks",
-                            sizes.copy_megabytes * 2 + 16)
+        disks = Disks(self._setting.cards.folder / "disks", real)
         plain, prepare = programs / "plain_copy", self._prepared
 
-        def onto(count: int) -> list:
-            prepare(real)
-            return ours(real, disks.fresh(count))
+        def onto(count: int, rate: int) -> list:
+            return ours(*disks.fresh(count, rate))
 
         runs = {f"{kind}/tree": lambda: [plain, "tree", real, prepare(real)],
-                f"{kind}/one": lambda: ours(real, [prepare(real)])}
+                f"{kind}/one": lambda: ours(real, [prepare(real)]),
+                f"{kind}/one_disk": lambda: onto(1, 0), f"{kind}/two_disks": lambda: onto(2, 0),
+                f"{kind}/one_limited": lambda: onto(1, DISK_RATE),
+                f"{kind}/two_limited": lambda: onto(2, DISK_RATE)}
         if any(name.startswith((f"{kind}/small", f"{kind}/flushed")) for name in names):
             small = self._setting.cards.small_files(sizes.small_files)
             runs |= {f"{kind}/flushed": lambda: [plain, "flushed", small, prepare(small)],
                      f"{kind}/small": lambda: ours(small, [prepare(small)])}
-        missing: Figures = {}
-        if any("_disk" in name for name in names) and disks.can():
-            runs |= {f"{kind}/one_disk": lambda: onto(1), f"{kind}/two_disks": lambda: onto(2)}
-        else:
-            missing = {name: NoFigure("file systems cannot be mounted here", False)
-                       for name in names if "_disk" in name}
+        missing = disks.lacking(names)
         runs |= more
         wanted = {name: run for name, run in runs.items()
-                  if any(each.startswith(f"{name}:") for each in names)}
+                  if any(each.startswith(f"{name}:") for each in names - missing.keys())}
         try:
             return self._low(wanted, 1) | missing
         finally:

@@ -143,7 +143,9 @@ private:
                 return;
             }
             GoOn();
-            m_bell.Await(rings, kPatience);
+            if (!m_settings.meanwhile || !m_settings.meanwhile()) {
+                m_bell.Await(rings, kPatience);
+            }
         }
     }
     void AwaitAll() {

@@ -85,6 +85,9 @@ struct FanSettings {
     /// "" when it may be set aside, as all may without this. Called in the target's own thread.
     std::function<std::string(std::size_t target, const FanItem&, platform::FileReader& there)>
         whyKept = {};
+    /// Does a little of the caller's own, in the caller's thread, while that would only wait for
+    /// the targets. False: there is nothing to do now.
+    std::function<bool()> meanwhile = {};
 };
 
 /// Where a target's files go.

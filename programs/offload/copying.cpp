@@ -14,7 +14,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
 #include <set>
 #include <utility>
 
@@ -33,10 +32,9 @@ FanItem ItemOf(const FolderIndex& index, NodeId node) {
 /// Takes what the fan tells of a copy in the making.
 class Copying final : public copy::FanReport {
 public:
-    Copying(Plan& plan, FileHashes& hashes, tool::RunProgress& progress, ReadDigests& digests,
+    Copying(Plan& plan, FileHashes& hashes, tool::RunProgress& progress, SecondReading* again,
             Outcome& outcome)
-        : m_plan(plan), m_hashes(hashes), m_progress(progress), m_digests(digests),
-          m_outcome(outcome) {
+        : m_plan(plan), m_hashes(hashes), m_progress(progress), m_again(again), m_outcome(outcome) {
         for (std::size_t i = 0; i < outcome.copies.size(); ++i) {
             if (outcome.copies[i].ended.empty()) {
                 m_copies.push_back(i);
@@ -59,6 +57,9 @@ public:
             const auto& list = m_plan.targets[m_copies[target]].list;
             return list != nullptr ? WhyKept(*list, file.path, there) : "";
         };
+        if (m_again != nullptr) {
+            settings.meanwhile = [this] { return m_again->ReadSome(); };
+        }
         return settings;
     }
 
@@ -122,8 +123,11 @@ public:
     }
     void HasRead(const FanItem& file, const copy::Digest::Bytes& digest) override {
         ++m_outcome.filesRead;
-        m_digests.Set(file.number, digest);
-        m_plan.index.tree.SetHashes(static_cast<NodeId>(file.number), m_hashes.Take(file, digest));
+        const auto node = static_cast<NodeId>(file.number);
+        m_plan.index.tree.SetHashes(node, m_hashes.Take(file, digest));
+        if (m_again != nullptr) {
+            m_again->Add(node, digest);
+        }
     }
     void CannotRead(const FanItem& file, const std::string& sentence) override {
         m_outcome.cannotRead.Add(file.path, sentence);
@@ -163,61 +167,12 @@ private:
     Plan& m_plan;
     FileHashes& m_hashes;
     tool::RunProgress& m_progress;
-    ReadDigests& m_digests;
+    SecondReading* m_again;
     Outcome& m_outcome;
     std::vector<std::size_t> m_copies; ///< the fan's targets, as numbers of the plan's
     std::set<std::pair<std::size_t, std::size_t>> m_failed; ///< target and number of the item
     const copy::Fan* m_fan = nullptr;
     std::string m_file;
-};
-
-/// Takes what the fan tells of the second reading.
-class Rereading final : public copy::FanReport {
-public:
-    Rereading(tool::RunProgress& progress, const ReadDigests& digests, Outcome& outcome)
-        : m_progress(progress), m_digests(digests), m_outcome(outcome) {}
-
-    void Follow(const copy::Fan& fan) { m_fan = &fan; }
-    void BeginFile(const std::string& path) { m_file = path; }
-    [[nodiscard]] std::uint64_t Agreed() const { return m_agreed; }
-    [[nodiscard]] tool::RunState State() const {
-        return {m_fan->BytesRead(), m_agreed, m_file, {}};
-    }
-
-    bool GoesOn() override {
-        m_progress.Show(State());
-        return !WasInterrupted();
-    }
-    void HasRead(const FanItem& file, const copy::Digest::Bytes& digest) override {
-        if (m_digests.Of(file.number) == digest) {
-            ++m_agreed;
-        } else {
-            Disagree(file, "was read with other bytes the second time");
-        }
-    }
-    void CannotRead(const FanItem& file, const std::string& sentence) override {
-        Disagree(file, sentence);
-    }
-    // There are no targets.
-    void HasArrived(std::size_t /*target*/, const FanItem& /*file*/, Arrival /*how*/) override {}
-    void HasSetAside(std::size_t /*target*/, const FanItem& /*file*/,
-                     const std::string& /*aside*/) override {}
-    void HasFailed(std::size_t /*target*/, const FanItem& /*item*/,
-                   const std::string& /*sentence*/) override {}
-    void HasEnded(std::size_t /*target*/, const std::string& /*sentence*/) override {}
-
-private:
-    void Disagree(const FanItem& file, const std::string& sentence) {
-        m_outcome.readOtherwise.Add(file.path, sentence);
-        m_progress.Fail(file.path, "", sentence);
-    }
-
-    tool::RunProgress& m_progress;
-    const ReadDigests& m_digests;
-    Outcome& m_outcome;
-    const copy::Fan* m_fan = nullptr;
-    std::string m_file;
-    std::uint64_t m_agreed = 0;
 };
 
 /// The engine's one way to say that it was asked to end.
@@ -233,10 +188,10 @@ double SecondsSince(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
-void CopyCard(Plan& plan, tool::RunProgress& progress, ReadDigests& digests, Outcome& outcome) {
+void CopyCard(Plan& plan, tool::RunProgress& progress, SecondReading* again, Outcome& outcome) {
     const mhl::FormatSet formats = plan.FormatsToMake();
     FileHashes hashes(formats, [formats](std::size_t) { return formats; });
-    Copying copying(plan, hashes, progress, digests, outcome);
+    Copying copying(plan, hashes, progress, again, outcome);
     progress.Begin("copy", plan.index.tree.FileCount(), plan.index.bytes);
     try {
         copy::Fan fan(*plan.opened, copying.Roots(), hashes.Takers(), copying, copying.Settings());
@@ -251,29 +206,15 @@ void CopyCard(Plan& plan, tool::RunProgress& progress, ReadDigests& digests, Out
     }
 }
 
-void ReadCardAgain(Plan& plan, tool::RunProgress& progress, const ReadDigests& digests,
+void ReadCardAgain(const Plan& plan, tool::RunProgress& progress, SecondReading& again,
                    Outcome& outcome) {
-    Rereading rereading(progress, digests, outcome);
     progress.Begin("reread", outcome.filesRead, outcome.bytesRead);
-    try {
-        copy::Fan fan(*plan.opened, {}, {}, rereading);
-        rereading.Follow(fan);
-        ForEachInOrder(plan.index.tree, [&](NodeId node) {
-            if (!plan.index.tree.IsFolder(node) && digests.IsRead(node)) {
-                const FanItem item = ItemOf(plan.index, node);
-                rereading.BeginFile(item.path);
-                fan.Copy(item);
-            }
-        });
-        fan.Finish();
-        progress.End(rereading.State());
-    } catch (const copy::Failure& failure) {
-        RequireCancelled(failure);
-        outcome.wasCancelled = true;
-    }
-    outcome.card.isReadTwice = !outcome.wasCancelled;
-    outcome.card.readingsAgree = outcome.card.isReadTwice && outcome.readOtherwise.Count() == 0 &&
-                                 rereading.Agreed() == plan.index.tree.FileCount();
+    again.ReadRest();
+    progress.End(again.State());
+    outcome.wasCancelled = !again.IsDone();
+    outcome.card.isReadTwice = again.IsDone();
+    outcome.card.readingsAgree = again.IsDone() && outcome.readOtherwise.Count() == 0 &&
+                                 again.Agreed() == plan.index.tree.FileCount();
 }
 
 } // namespace nqp2::offload

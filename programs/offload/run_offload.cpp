@@ -162,7 +162,8 @@ bool HoldsAll(const Outcome& outcome) {
 
 } // namespace
 
-Outcome Offload(Plan& plan, const Arguments& arguments, tool::RunProgress& progress) {
+Outcome Offload(Plan& plan, const Arguments& arguments, tool::RunProgress& progress,
+                std::uint64_t farBehind) {
     const Clock::time_point begin = Clock::now();
     Outcome outcome;
     outcome.copies.resize(plan.targets.size());
@@ -173,12 +174,12 @@ Outcome Offload(Plan& plan, const Arguments& arguments, tool::RunProgress& progr
         outcome.card.againstHistory = 0; // there is nothing to hold it against
     }
     BeginCopies(plan, progress, outcome);
-    ReadDigests digests(plan.index.tree.Size());
-    CopyCard(plan, progress, digests, outcome);
+    SecondReading again(plan.index, *plan.opened, outcome.readOtherwise, progress, farBehind);
+    CopyCard(plan, progress, arguments.noVerifySource ? nullptr : &again, outcome);
     ProveCopies(plan, outcome);
     outcome.card.unread = plan.index.unread.Count() + outcome.cannotRead.Count();
     if (!outcome.wasCancelled && HoldsAll(outcome) && !arguments.noVerifySource) {
-        ReadCardAgain(plan, progress, digests, outcome);
+        ReadCardAgain(plan, progress, again, outcome);
     }
     if (!outcome.wasCancelled) {
         LookForChanges(plan, outcome);

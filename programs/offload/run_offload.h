@@ -7,6 +7,7 @@
 #include "offload/arguments.h"
 #include "offload/outcome.h"
 #include "offload/plan.h"
+#include "offload/second_reading.h"
 
 namespace nqp2::tool {
 class RunProgress;
@@ -18,8 +19,10 @@ namespace nqp2::offload {
 /// may be formatted.
 tool::Status RunOffload(tool::Console& console, const Arguments& arguments);
 
-/// The same from a plan: what became of it. Targets that fail end for themselves.
-Outcome Offload(Plan& plan, const Arguments& arguments, tool::RunProgress& progress);
+/// The same from a plan: what became of it. Targets that fail end for themselves. `farBehind`:
+/// bytes that the second reading stays behind the first.
+Outcome Offload(Plan& plan, const Arguments& arguments, tool::RunProgress& progress,
+                std::uint64_t farBehind = SecondReading::kFarBehind);
 
 /// What the outcome says about formatting the card.
 Verdict JudgeOutcome(const Outcome& outcome);

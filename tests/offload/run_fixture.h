@@ -39,10 +39,10 @@ public:
         });
     }
 
-    offload::Outcome Run() {
+    offload::Outcome Run(std::uint64_t farBehind = offload::SecondReading::kFarBehind) {
         tool::RunProgress progress(tool::ProgressForm::None);
         offload::Plan plan = offload::MakePlan(arguments, [] { return true; });
-        return offload::Offload(plan, arguments, progress);
+        return offload::Offload(plan, arguments, progress, farBehind);
     }
 
     /// Whether a copy is whole and its list agrees.

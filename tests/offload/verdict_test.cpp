@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <sys/stat.h>
+#include <thread>
 
 namespace nqp2::test {
 namespace {
@@ -30,6 +31,14 @@ void AtSecondReading(RunFixture& run, const std::function<void()>& act) {
             act();
         }
     });
+}
+
+/// As when a medium gives other bytes than before.
+void ChangeVideo(const RunFixture& run) {
+    const std::string path = run.folder.Path(kVideo);
+    const auto time = std::filesystem::last_write_time(path);
+    std::fstream(path, std::ios::in | std::ios::out | std::ios::binary) << 'x';
+    std::filesystem::last_write_time(path, time);
 }
 
 void AtFirstWrite(RunFixture& run, const std::string& target, const std::function<void()>& act) {
@@ -131,15 +140,7 @@ const Danger kDangers[] = {
     {"a file that cannot be read again",
      [](RunFixture& run) { Fail(run, Operation::Open, kVideo, 1); }, "did not agree"},
     {"a file that reads otherwise the second time",
-     [](RunFixture& run) {
-         AtSecondReading(run, [&run] {
-             const std::string path = run.folder.Path(kVideo);
-             const auto time = std::filesystem::last_write_time(path);
-             std::fstream(path, std::ios::in | std::ios::out | std::ios::binary) << 'x';
-             std::filesystem::last_write_time(path, time);
-         });
-     },
-     "did not agree"},
+     [](RunFixture& run) { AtSecondReading(run, [&run] { ChangeVideo(run); }); }, "did not agree"},
     {"a file that comes meanwhile",
      [](RunFixture& run) {
          AtSecondReading(run, [&run] { run.folder.Write("card/CONTENTS/CLIP/0002AB.XML"); });
@@ -237,6 +238,27 @@ TEST(Verdict, IsNeverTooGood) {
         if (std::filesystem::exists(run.folder.Path("gone"))) {
             EXPECT_TRUE(std::filesystem::is_empty(run.folder.Path("two/A001")));
         }
+    }
+}
+
+/// While targets are waited for the card is read again: that counts as much as afterwards.
+TEST(Verdict, IsTheSameWhereTheCardIsReadAgainMeanwhile) {
+    for (const bool isOther : {false, true}) {
+        RunFixture run;
+        std::atomic<int> opened = 0;
+        run.files.SetHook([&](Operation operation, const std::string& path) {
+            if (operation == Operation::Open && path.ends_with(kVideo) && ++opened == 2 &&
+                isOther) {
+                ChangeVideo(run);
+            }
+            for (int i = 0; i < 500 && operation == Operation::Commit && opened < 2; ++i) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            }
+            EXPECT_TRUE(operation != Operation::Commit || opened == 2);
+        });
+        const offload::Verdict verdict = run.Run(0).verdict;
+        EXPECT_EQ(verdict.isSafe, !isOther);
+        EXPECT_THAT(VerdictText(verdict), HasSubstr(isOther ? "did not agree" : "read twice"));
     }
 }
 
