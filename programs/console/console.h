@@ -10,6 +10,9 @@
 
 namespace nqp2::tool {
 
+/// Says standard output in the place of a file.
+inline constexpr const char* kStandardOutput = "-";
+
 /// Exit statuses of the program.
 enum Status : int {
     kDone = 0,

@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/console.h"
 #include "nqp2/command.h"
 #include "nqp2/program_words.h"
 
@@ -13,7 +14,6 @@
 namespace nqp2::tool {
 namespace {
 
-constexpr const char* kToStandardOutput = "-";
 constexpr const char* kCatalogueProgram = "nqp2-catalogue";
 
 struct CatalogOptions {
@@ -91,7 +91,7 @@ Status RunCatalogSearch(Console& /*console*/, const CatalogSearchOptions& option
     words.PutGiven("state", options.state);
     words.PutGiven("sort", options.sort);
     words.Put("limit", std::to_string(options.limit));
-    words.PutGiven("page", options.page.empty() || options.page == kToStandardOutput
+    words.PutGiven("page", options.page.empty() || options.page == kStandardOutput
                                ? options.page
                                : PathForProgram(options.page));
     words.PutFlag("json", options.json);

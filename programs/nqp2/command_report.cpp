@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "console/console.h"
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_order.h"
 #include "nqp2/command.h"
@@ -22,8 +23,6 @@
 
 namespace nqp2::tool {
 namespace {
-
-constexpr const char* kToStandardOutput = "-";
 
 struct ReportOptions {
     ScanOptions scan;
@@ -52,7 +51,7 @@ void RequireOffTheCards(const std::string& page, const CardScans& scans) {
         const fs::path card = fs::weakly_canonical(PosixPath(scan.card.Top()), error);
         const auto [left, end] =
             std::mismatch(card.begin(), card.end(), folder.begin(), folder.end());
-        if (page != kToStandardOutput && left == card.end()) {
+        if (page != kStandardOutput && left == card.end()) {
             throw Failure(page, "is on the card", "cards are not written to: give another folder",
                           kUsage);
         }
@@ -98,7 +97,7 @@ Status RunReport(Console& console, const ReportOptions& options) {
         askForPictures();
     }
     const std::string text = report::MakePage(page, *pictures);
-    if (options.page == kToStandardOutput) {
+    if (options.page == kStandardOutput) {
         console.Write(text);
         console.Finish();
     } else if (const std::string reason = WriteWholeFile(options.page, text); !reason.empty()) {

@@ -5,15 +5,13 @@
 
 #include "nqp2/timeline/writers.h"
 
+#include "console/console.h"
+
 #include <cstddef>
 #include <set>
 #include <string>
 
 namespace nqp2::tool {
-
-class Console;
-
-inline constexpr const char* kStandardOutput = "-";
 
 /// The whole path of a file without links on its way.
 std::string WithoutLinks(const std::string& path);
