@@ -115,7 +115,8 @@ void CardWriter::WriteHoldings() {
     }
     std::vector<Parameters> rows;
     for (const auto& [name, holding] : holdings) {
-        AddValues(rows.emplace_back(Parameters{m_contents.card.id}), kHoldingColumns, *holding);
+        AddValues(rows.emplace_back(Parameters{Parameter(m_contents.card.id)}), kHoldingColumns,
+                  *holding);
         if (const auto known = m_known.find(name); known != m_known.end()) {
             if (known->second.clip != holding->clip) {
                 m_loosened.insert(known->second.clip);
@@ -155,7 +156,7 @@ template <class Columns, class Records>
 void CardWriter::WriteParts(const char* table, const Columns& columns, const Records& records) {
     std::vector<Parameters> rows;
     for (const auto& record : records) {
-        AddValues(rows.emplace_back(Parameters{m_contents.card.id}), columns, record);
+        AddValues(rows.emplace_back(Parameters{Parameter(m_contents.card.id)}), columns, record);
     }
     m_connection.Insert(InsertionInto(table, "card_id", columns), rows);
 }
