@@ -131,6 +131,27 @@ class Cases:
         self.assertEqual((card["result"], card["epoch"]), ("added", 2))
         self.assertEqual(len(self.document("search")["clips"]), 8)
 
+    def test_a_copy_that_was_moved_is_the_same(self):
+        self.fill()
+        first, second, third = (self.folder / name / "copy" for name in ("raid", "other", "more"))
+        for place in (first, second, third):
+            place.parent.mkdir()
+            (place.parent / "list.txt").touch()  # the folder is no empty place for a volume
+        shutil.copytree(self.card.path, first)
+        self.catalog("add", self.card.path, first, "--label", "Shelf")
+        os.rename(first, second)
+        (card,) = self.document("update", second)["cards"]
+        self.assertEqual((card["card"], card["label"], card["path"], card["result"]),
+                         (2, "Shelf", str(second), "unchanged"))
+        shutil.copytree(second, third)
+        self.assertEqual(self.document("add", third)["cards"][0]["result"], "added")
+        # Where nothing is left the volume may be elsewhere.
+        shutil.rmtree(third.parent)
+        third.parent.mkdir()
+        shutil.copytree(second, first)
+        self.assertIn(self.document("add", first)["cards"][0]["card"],
+                      (4, 3) if Path("/dev/disk/by-uuid").exists() else (4,))
+
     def test_searches(self):
         self.fill(count=3)
         self.card.add("0004AB", title="Stra\u00dfe in K\u00d6LN", start="2009-05-03T23:59:59+02:00", audio=0,
