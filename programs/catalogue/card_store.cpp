@@ -6,6 +6,7 @@
 #include "catalogue/card_writer.h"
 #include "catalogue/medium.h"
 #include "catalogue/moved_card.h"
+#include "catalogue/words.h"
 
 #include <algorithm>
 #include <optional>
@@ -53,9 +54,9 @@ bool IsAsSeen(const std::optional<CardRecord>& then, const std::optional<CardRec
 
 class Storing {
 public:
-    Storing(Connection& connection, const FoundCard& found, std::string label)
+    Storing(Connection& connection, const FoundCard& found, const std::string& label)
         : m_connection(connection), m_card(LookAt(found)), m_medium(MediumOf(found)),
-          m_label(std::move(label)) {}
+          m_label(KeptText(label)) {}
 
     StoreOutcome Run() {
         const std::optional<CardRecord> before = NewestOn(m_connection, m_medium.key);

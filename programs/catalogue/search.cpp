@@ -9,6 +9,7 @@
 #include "console/console.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 #include <string_view>
 
@@ -54,14 +55,24 @@ const auto& RowNamed(const Rows& rows, std::string_view name, std::string_view o
     return *row;
 }
 
+/// Whether two digits of a date, where it has them, are in a range.
+bool IsWithin(std::string_view date, std::size_t at, std::string_view least,
+              std::string_view most) {
+    const std::string_view digits = date.substr(std::min(at, date.size()), 2);
+    return digits.empty() || (digits >= least && digits <= most);
+}
+
 /// Digits where a date has them: "2009-05-03T14:00:00" or the beginning of it.
 bool IsDate(std::string_view text) {
     constexpr std::string_view kForm = "0000-00-00T00:00:00";
     constexpr std::size_t kLengths[] = {4, 7, 10, 13, 16, 19};
     return std::find(std::begin(kLengths), std::end(kLengths), text.size()) != std::end(kLengths) &&
-           std::equal(text.begin(), text.end(), kForm.begin(), [](char has, char form) {
-               return form == '0' ? has >= '0' && has <= '9' : has == form;
-           });
+           std::equal(text.begin(), text.end(), kForm.begin(),
+                      [](char has, char form) {
+                          return form == '0' ? has >= '0' && has <= '9' : has == form;
+                      }) &&
+           IsWithin(text, kForm.find('-') + 1, "01", "12") &&
+           IsWithin(text, kForm.rfind('-') + 1, "01", "31");
 }
 
 std::string DateIn(const std::string& text, std::string_view option) {

@@ -48,6 +48,9 @@ struct CatalogExportOptions {
 
 /// A card that may be named by its label or number, or by a path.
 std::string NameOrPath(const std::string& argument) {
+    if (argument.empty()) {
+        throw Failure("", "is no name", "it is empty", kUsage);
+    }
     std::error_code error;
     return std::filesystem::exists(argument, error) ? PathForProgram(argument) : argument;
 }
@@ -59,7 +62,6 @@ Status BecomeCatalogue(const std::string& command, const CatalogOptions& options
         words.Put("card", arePaths ? PathForProgram(card) : NameOrPath(card));
     }
     words.PutGiven("label", options.label);
-    words.PutGiven("words", options.name);
     words.PutFlag("recursive", options.recursive);
     words.PutFlag("json", options.json);
     return words.Become(kCatalogueProgram);
@@ -78,7 +80,13 @@ Status RunCatalogRemove(Console& /*console*/, const CatalogOptions& options) {
     return BecomeCatalogue("remove", options, false);
 }
 Status RunCatalogShow(Console& /*console*/, const CatalogOptions& options) {
-    return BecomeCatalogue("show", options, false);
+    // A clip may be called as a file that happens to be here.
+    const bool isPath = options.name.find('/') != std::string::npos;
+    ProgramWords words("show");
+    words.PutGiven("db", options.database);
+    words.Put("words", isPath || options.name.empty() ? NameOrPath(options.name) : options.name);
+    words.PutFlag("json", options.json);
+    return words.Become(kCatalogueProgram);
 }
 
 /// Words that the user's shell has parted stay together.
@@ -160,8 +168,8 @@ void AddReading(const Command& group) {
     const Command show = group.Add("show", "Tell all that is known of a card or clip");
     CatalogOptions& showing = show.Runs(RunCatalogShow);
     show.Argument("NAME", showing.name,
-                  "Of a card its number, label or serial number; of a clip its name or\n"
-                  "global identifier");
+                  "Of a card its number, label, serial number, or a path with a /;\n"
+                  "of a clip its name or global identifier");
     DatabaseOption(show, showing.database);
     show.JsonFlag(showing.json);
     show.Example("nqp2 catalog show A012");
