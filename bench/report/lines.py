@@ -19,6 +19,7 @@ class Sizes:
         self.copy_megabytes = copy_megabytes
         self.avchd = (max(small // 10, 10), small, max(large // 2, small * 2))
         self.shelf = (max(small // 20, 2), 20)  # cards, clips of each
+        self.catalogue = large * 10  # clips
         self.lists = (max(small // 10, 10), small, large)
         self.small_files = large * 10
         self.frames = copy_megabytes * 3  # of a recording of 144,000 bytes each
@@ -47,6 +48,12 @@ def catalogue_lines(sizes: Sizes) -> list[Line]:
              1),
         Line(f"update of an unchanged card of {sizes.large:,} clips / listing its folders", "ms",
              figure("catalogue/update"), figure("catalogue/list"), 1.5),
+        Line(f"the slowest search among {sizes.catalogue:,} clips in a file / 100 ms", "ms",
+             figure("catalogue_search/sqlite/slowest"), fixed(100, "ms"), 1),
+        Line(f"the slowest search among {sizes.catalogue:,} clips on a server / 100 ms", "ms",
+             figure("catalogue_search/server/slowest"), fixed(100, "ms")),
+        Line(f"a clip in a file of {sizes.catalogue:,} / 3 KB", "bytes",
+             figure("catalogue_search/sqlite/bytes"), fixed(3 * KB, "bytes"), 1),
     ] + [line for where, key, goal in (("1 ms away", "far", 1), ("beside it", "near", None))
          for line in server_lines(where, "catalogue_server/" + key, goal)]
 

@@ -12,11 +12,23 @@ import postgresql_server  # noqa: E402
 
 
 @functools.cache
-def server_arguments() -> list:
-    """Its socket's folder, user and an empty database; nothing where none is installed."""
+def started():
+    """Nothing where none is installed."""
     if postgresql_server.programs_folder() is None:
-        return []
+        return None
     postgresql_server.SETTINGS["fsync"] = "on"
-    server = postgresql_server.server()
-    server.new_database("bench")
-    return [server.folder, "nqp2", "bench"]
+    return postgresql_server.server()
+
+
+@functools.cache
+def server_url(database: str) -> str:
+    """That of a database, which is empty at first."""
+    return started().new_database(database)
+
+
+def server_arguments() -> list:
+    """Its socket's folder, user and a database; nothing where there is no server."""
+    if started() is None:
+        return []
+    server_url("bench")
+    return [started().folder, "nqp2", "bench"]

@@ -13,7 +13,7 @@ from typing import Callable, Iterable, NamedTuple
 from report.cards import Cards
 from report.commands import Commands
 from report.lines import Sizes
-from report.server import server_arguments
+from report.server import server_arguments, server_url
 from report.terms import Figures, NoFigure
 
 
@@ -58,6 +58,17 @@ def avchd_arguments(setting: Setting) -> list:
             for argument in (clips, setting.cards.bulk(clips, "avchd"))]
 
 
+def catalogue_arguments(setting: Setting) -> list:
+    """Made-up cards of a hundred clips; the file is kept, as cards are, the server goes."""
+    cards = setting.sizes.catalogue // 100
+    folder = setting.cards.folder / "catalogues"
+    folder.mkdir(parents=True, exist_ok=True)
+    arguments = [cards, 100, "sqlite", folder / f"of-{cards}-cards.sqlite"]
+    if server_arguments():
+        arguments += ["server", server_url("searched")]
+    return arguments
+
+
 PROCESSORS = tuple(count for count in (2, 1) if count <= len(os.sched_getaffinity(0)))
 
 # Programs of bench/ by the first part of the name, each with the arguments of its runs.
@@ -74,6 +85,7 @@ PROGRAMS: dict[str, Callable[[Setting], list[list]]] = {
     "avchd": lambda setting: [avchd_arguments(setting)],
     "catalogue": lambda setting: [[setting.cards.folder / "catalogues",
                                    setting.cards.bulk(setting.sizes.large)]],
+    "catalogue_search": lambda setting: [catalogue_arguments(setting)],
     "catalogue_server": lambda setting: [server_arguments()],
     "channel": lambda setting: [[count] for count in PROCESSORS],
     "proxy": lambda setting: [[count, setting.worker] for count in PROCESSORS],

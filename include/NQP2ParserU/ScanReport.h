@@ -57,7 +57,8 @@ struct Take {
     CArray<MissingSegment> missing; ///< in shot order
 };
 
-/// What a clip's files tell of its times and its record does not hold. Zones are minutes before UTC.
+/// What a clip's files tell of its times and its record does not hold. Zones are minutes before
+/// UTC.
 struct ClipTold {
     /// The date has no zone, or there is no date.
     static constexpr std::int16_t kNoZone = INT16_MIN;

@@ -50,6 +50,13 @@ Address ServerAt(std::string_view url, std::string_view scheme) {
     return {true, std::string(url), std::string(scheme) + std::string(place)};
 }
 
+/// What is meant for a server must not become the name of a file, and be told as one.
+bool IsServerInOtherWords(const std::string& given) {
+    const std::string plain = Plain(given);
+    return plain.find("://") != std::string::npos || plain.starts_with("postgres:") ||
+           plain.starts_with("postgresql:") || plain.find("password=") != std::string::npos;
+}
+
 std::string DataFolder() {
     const char* const data = std::getenv("XDG_DATA_HOME");
     if (data != nullptr && *data == '/') {
@@ -74,7 +81,7 @@ Address AddressOf(const std::string& given) {
     if (scheme != std::end(kSchemes)) {
         return ServerAt(given, *scheme);
     }
-    if (given.find("://") != std::string::npos) {
+    if (IsServerInOtherWords(given)) {
         throw tool::Failure("--db", "is no database", "expected a file or postgresql://...",
                             tool::kUsage);
     }

@@ -53,6 +53,10 @@ std::vector<CardRecord> CardsNamed(Connection& connection, const std::string& na
     return cards;
 }
 
+std::vector<CardRecord> CardsInState(Connection& connection, const std::string& state) {
+    return SelectCards(connection, "WHERE state = $1", {state});
+}
+
 FoundCard CardAt(tool::Console& console, const std::string& path) {
     CardSearch search;
     if (!FindCard(InterfaceRoot(path), search)) {

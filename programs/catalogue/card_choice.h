@@ -20,6 +20,9 @@ std::vector<CardRecord> AllCards(Connection& connection);
 /// Those of a number, label, serial number or path.
 std::vector<CardRecord> CardsNamed(Connection& connection, const std::string& name);
 
+/// Those whose files were in a state when they were seen last.
+std::vector<CardRecord> CardsInState(Connection& connection, const std::string& state);
+
 /// The card at a path, which says so when that is another folder than the one given; all below one.
 /// Throws tool::Failure when there is none, or several where one is wanted.
 FoundCard CardAt(tool::Console& console, const std::string& path);

@@ -5,6 +5,8 @@
 
 #include "catalogue/card_writer.h"
 #include "catalogue/medium.h"
+#include "catalogue/moved_card.h"
+#include "catalogue/words.h"
 
 #include <algorithm>
 #include <optional>
@@ -52,14 +54,21 @@ bool IsAsSeen(const std::optional<CardRecord>& then, const std::optional<CardRec
 
 class Storing {
 public:
-    Storing(Connection& connection, const FoundCard& found, std::string label)
+    Storing(Connection& connection, const FoundCard& found, const std::string& label)
         : m_connection(connection), m_card(LookAt(found)), m_medium(MediumOf(found)),
-          m_label(std::move(label)) {}
+          m_label(KeptText(label)) {}
 
     StoreOutcome Run() {
         const std::optional<CardRecord> before = NewestOn(m_connection, m_medium.key);
         if (before && before->state == m_card.state.digest) {
             return Touch(*before);
+        }
+        if (!before) {
+            if (std::optional<CardRecord> moved = MovedCard(m_connection, m_card.state.digest)) {
+                moved->mediumKey = m_medium.key;
+                moved->epoch = 1;
+                return Touch(std::move(*moved));
+            }
         }
         std::vector<HoldingRecord> known;
         if (before) {
@@ -129,6 +138,11 @@ void RemoveCard(Connection& connection, std::int64_t card) {
         EraseCard(connection, card);
         transaction.Commit();
     });
+}
+
+bool IsKnown(Connection& connection, const FoundCard& found) {
+    return !CardsOn(connection, MediumOf(found).key).empty() ||
+           MovedCard(connection, LookAt(found).state.digest);
 }
 
 std::vector<CardRecord> CardsOn(Connection& connection, const std::string& mediumKey) {

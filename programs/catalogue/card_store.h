@@ -28,6 +28,9 @@ struct StoreOutcome {
 /// is waited for, and done again where that is needed.
 StoreOutcome StoreCard(Connection& connection, const FoundCard& found, const std::string& label);
 
+/// Whether the card that is there is in the catalogue, maybe from where it was before.
+bool IsKnown(Connection& connection, const FoundCard& found);
+
 /// Takes a card out, and the clips that no other card has.
 void RemoveCard(Connection& connection, std::int64_t card);
 

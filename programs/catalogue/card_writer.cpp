@@ -169,11 +169,15 @@ void CardWriter::Replace(const char* table, const Columns& columns, const Record
     WriteParts(table, columns, records);
 }
 
-void TouchCard(Connection& connection, const CardRecord& card, const std::string& path) {
+void TouchCard(Connection& connection, CardRecord& card, const std::string& path) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
-    connection.Run("UPDATE card SET label = $2, host = $3, place = $4, seen = $5 WHERE id = $1",
-                   {card.id, card.label, KeptText(platform::HostName()), StoredPath(path),
-                    std::int64_t{std::chrono::duration_cast<std::chrono::seconds>(now).count()}});
+    card.host = KeptText(platform::HostName());
+    card.place = StoredPath(path);
+    card.seen = std::chrono::duration_cast<std::chrono::seconds>(now).count();
+    connection.Run(
+        "UPDATE card SET medium_key = $2, epoch = $3, label = $4, host = $5, place = $6,"
+        " seen = $7 WHERE id = $1",
+        {card.id, card.mediumKey, card.epoch, card.label, card.host, card.place, card.seen});
 }
 
 void EraseCard(Connection& connection, std::int64_t card) {

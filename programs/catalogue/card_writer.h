@@ -44,8 +44,8 @@ private:
     std::int64_t m_gone = 0;
 };
 
-/// Notes when and where a card was seen, and its label.
-void TouchCard(Connection& connection, const CardRecord& card, const std::string& path);
+/// Notes when and where a card was seen, what it lies on, and its label.
+void TouchCard(Connection& connection, CardRecord& card, const std::string& path);
 
 /// Removes a card with all that belongs to it, in an open transaction.
 void EraseCard(Connection& connection, std::int64_t card);

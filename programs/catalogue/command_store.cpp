@@ -127,7 +127,7 @@ void UpdateNamed(StoreRun& run, tool::Console& console, Connection& connection,
     }
     if (cards.empty()) {
         const FoundCard found = CardAt(console, name);
-        if (CardsOn(connection, MediumOf(found).key).empty()) {
+        if (!IsKnown(connection, found)) {
             throw tool::Failure(name, "is not in the catalogue", "nqp2 catalog add adds it");
         }
         run.Store(found);

@@ -40,8 +40,12 @@ Mounted MountOf(const std::string& folder) {
     std::error_code error;
     const std::filesystem::path whole = std::filesystem::weakly_canonical(folder, error);
     Mounted mounted = {error ? folder : whole.native(), ""};
-    const std::uint64_t device = DeviceOf(mounted.path);
     mounted.top = mounted.path;
+    std::uint64_t device = DeviceOf(mounted.top);
+    while (device == 0 && mounted.top != "/") { // nothing is there
+        mounted.top = std::filesystem::path(mounted.top).parent_path().native();
+        device = DeviceOf(mounted.top);
+    }
     while (mounted.top != "/") {
         const std::string above = std::filesystem::path(mounted.top).parent_path().native();
         if (above == mounted.top || DeviceOf(above) != device) {
@@ -65,29 +69,30 @@ bool IsKept(std::string_view character, bool isWhole) {
     return isWhole && character != "%" && static_cast<unsigned char>(character.front()) >= 0x20;
 }
 
-Medium LongMediumOf(const FoundCard& card) {
-    if (!card.serialNo.IsEmpty()) {
-        return {"volume " + StoredPath(BytesFromText(card.serialNo)), true};
-    }
-    const Mounted mounted = MountOf(PosixPath(card.root));
+std::string LongKeyOfCopyAt(const std::string& folder) {
+    const Mounted mounted = MountOf(folder);
     const std::string below = StoredPath(mounted.Below());
-    const std::string volume = platform::VolumeName(mounted.path, platform::kVolumeSerials);
+    const std::string volume = platform::VolumeName(mounted.top, platform::kVolumeSerials);
     if (!volume.empty()) {
-        return {fmt::format("folder of {}: {}", StoredPath(volume), below), false};
+        return fmt::format("folder of {}: {}", StoredPath(volume), below);
     }
-    if (const std::string share = ShareOf(mounted.path); !share.empty()) {
-        return {fmt::format("folder of {}: {}", StoredPath(share), below), false};
+    if (const std::string share = ShareOf(mounted.top); !share.empty()) {
+        return fmt::format("folder of {}: {}", StoredPath(share), below);
     }
-    return {
-        fmt::format("folder at {}: {}", StoredPath(platform::HostName()), StoredPath(mounted.path)),
-        false};
+    return fmt::format("folder at {}: {}", StoredPath(platform::HostName()),
+                       StoredPath(mounted.path));
 }
 
 } // namespace
 
 Medium MediumOf(const FoundCard& card) {
-    const Medium medium = LongMediumOf(card);
-    return {KeyText(medium.key), medium.isOwn};
+    return card.serialNo.IsEmpty()
+               ? Medium{KeyOfCopyAt(PosixPath(card.root)), false}
+               : Medium{KeyText("volume " + StoredPath(BytesFromText(card.serialNo))), true};
+}
+
+std::string KeyOfCopyAt(const std::string& folder) {
+    return KeyText(LongKeyOfCopyAt(folder));
 }
 
 std::string StoredPath(std::string_view path) {

@@ -17,6 +17,8 @@ struct Medium {
 };
 
 Medium MediumOf(const FoundCard& card);
+/// The key of what would be a copy in that folder, there or not.
+std::string KeyOfCopyAt(const std::string& folder);
 
 /// A path as a text that every engine keeps: "%" and what is no UTF-8 as "%E4".
 std::string StoredPath(std::string_view path);

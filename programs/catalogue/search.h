@@ -4,7 +4,7 @@
 #pragma once
 
 #include "catalogue/connection.h"
-#include "catalogue/records.h"
+#include "catalogue/found_clips.h"
 
 #include <cstdint>
 #include <string>
@@ -28,34 +28,7 @@ struct SearchOptions {
     std::int64_t few = 10'000;
 };
 
-/// A card that has a clip, or what another one lacks.
-struct ClipPlace {
-    CardRecord card;
-    HoldingRecord holding;
-};
-
-/// Something that is missing, and the cards that have it.
-struct KnownGap {
-    std::int64_t card = 0; ///< the one that lacks it
-    GapRecord gap;
-    std::vector<ClipPlace> places;
-};
-
-struct FoundClip {
-    std::int64_t id = 0;
-    ClipRecord clip;
-    std::vector<ClipPlace> places;
-    std::vector<KnownGap> gaps;
-};
-
 /// The clips that fit, in order. Throws tool::Failure of wrong usage for what cannot be searched.
 std::vector<FoundClip> Search(Connection& connection, const SearchOptions& options);
-
-/// Up to `limit` clips behind that number, in the order of numbers.
-std::vector<FoundClip> ClipsBehind(Connection& connection, std::int64_t id, std::int64_t limit);
-
-/// The clips of that name or global identifier; those of a card, in the order of their names.
-std::vector<FoundClip> ClipsNamed(Connection& connection, const std::string& name);
-std::vector<FoundClip> ClipsOfCard(Connection& connection, std::int64_t card);
 
 } // namespace nqp2::catalogue

@@ -84,7 +84,7 @@ public:
         m_html.ShownElement("td", "length number", Length());
         PutCell("format", m_clip.codec);
         PutCell("rate", m_clip.rate);
-        PutCell("where", m_clip.place);
+        PutCell("place", m_clip.place);
         PutMemos();
         PutCards();
         PutState();

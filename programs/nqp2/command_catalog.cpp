@@ -50,6 +50,9 @@ struct CatalogExportOptions {
 
 /// A card that may be named by its label or number, or by a path.
 std::string NameOrPath(const std::string& argument) {
+    if (argument.empty()) {
+        throw Failure("", "is no name", "it is empty", kUsage);
+    }
     std::error_code error;
     return std::filesystem::exists(argument, error) ? PathForProgram(argument) : argument;
 }
@@ -61,8 +64,17 @@ Status RunCatalog(Console& /*console*/, const CatalogOptions& options) {
         words.Put("card", options.takesPaths ? PathForProgram(card) : NameOrPath(card));
     }
     words.PutGiven("label", options.label);
-    words.PutGiven("words", options.name);
     words.PutFlag("recursive", options.recursive);
+    words.PutFlag("json", options.json);
+    return words.Become(kCatalogueProgram);
+}
+
+Status RunCatalogShow(Console& /*console*/, const CatalogOptions& options) {
+    // A clip may be called as a file that happens to be here.
+    const bool isPath = options.name.find('/') != std::string::npos;
+    ProgramWords words("show");
+    words.PutGiven("db", options.database);
+    words.Put("words", isPath || options.name.empty() ? NameOrPath(options.name) : options.name);
     words.PutFlag("json", options.json);
     return words.Become(kCatalogueProgram);
 }
@@ -155,10 +167,10 @@ void AddReading(const Command& group) {
     AddCommonOptions(cards, listing);
     cards.Example("nqp2 catalog cards");
     const Command show = group.Add("show", "Tell all that is known of a card or clip");
-    CatalogOptions& showing = OptionsOf(show, "show");
+    CatalogOptions& showing = show.Runs(RunCatalogShow);
     show.Argument("NAME", showing.name,
-                  "Of a card its number, label or serial number; of a clip its name or\n"
-                  "global identifier");
+                  "Of a card its number, label, serial number, or a path with a /;\n"
+                  "of a clip its name or global identifier");
     AddCommonOptions(show, showing);
     show.Example("nqp2 catalog show A012");
 }

@@ -78,7 +78,11 @@ constexpr const char* kLists[] = {
     "CREATE INDEX generation_card ON generation (card_id)",
 };
 
-constexpr Migration kMigrations[] = {kCards, kLists};
+constexpr const char* kSpeed[] = {
+    "CREATE INDEX card_state ON card (state)",
+};
+
+constexpr Migration kMigrations[] = {kCards, kLists, kSpeed};
 
 /// Words are quoted, and hold no quotes.
 std::string TermText(const WordTerm& term) {

@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-// Fills a catalogue with made-up cards, unless it has some, and times searches in it: what a clip
-// takes of the file, and milliseconds of each search, once the system has the file in memory.
+// Fills catalogues with made-up cards, unless they have some, and times searches in them once the
+// system has them in memory: each as a figure, the slowest, and the bytes that a clip takes of a
+// file. A database is a file or the URL of a server.
 //
-//     catalogue_of_many DATABASE CARDS CLIPS-OF-EACH
+//     bench_catalogue_search CARDS CLIPS-OF-EACH [NAME DATABASE]...
 
 #include "bench/made_clips.h"
 #include "bench/measure.h"
@@ -18,8 +19,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <fmt/core.h>
 #include <memory>
@@ -83,51 +82,61 @@ std::vector<NamedSearch> Searches() {
             {"incomplete", with(Text{&SearchOptions::state, "incomplete"})}};
 }
 
-void TimeSearches(Connection& connection) {
-    for (const NamedSearch& each : Searches()) {
-        std::vector<double> times;
-        std::size_t found = 0;
-        for (int i = 0; i < 5; ++i) {
-            const double begin = Now(Clock::Wall);
-            found = Search(connection, each.options).size();
-            times.push_back((Now(Clock::Wall) - begin) / 1e6);
-        }
-        fmt::print("{:28} {:5} clips  first {:8.1f} ms  then {:8.1f} ms\n", each.name, found,
-                   times.front(), *std::min_element(times.begin() + 1, times.end()));
+double TimeOf(Connection& connection, const SearchOptions& options) {
+    constexpr int kRuns = 5;
+    double best = 0;
+    for (int i = 0; i < kRuns; ++i) {
+        const double begin = Now(Clock::Wall);
+        Keep(Search(connection, options).size());
+        const double time = Now(Clock::Wall) - begin;
+        best = i == 0 ? time : std::min(best, time);
     }
+    return best;
 }
 
-void Run(const std::string& database, std::int64_t cards, std::int64_t clips) {
+void MeasureIn(Bench& bench, const std::string& name, const std::string& database,
+               std::int64_t cards, std::int64_t clips) {
     const Address address = AddressOf(database);
     const std::unique_ptr<Connection> connection =
         address.isServer ? OpenPostgresql(address.target) : OpenSqlite(address.target, false);
     BringUpToDate(*connection, address.name);
     if (AllCards(*connection).empty()) {
-        const double begin = Now(Clock::Wall);
         Fill(*connection, cards, clips);
-        fmt::print("filled in {:.0f} s\n", (Now(Clock::Wall) - begin) / 1e9);
+        if (address.isServer) {
+            connection->Run("ANALYZE"); // as it does by itself within a minute
+        }
     }
     if (!address.isServer) {
         connection->Run("PRAGMA wal_checkpoint(TRUNCATE)");
-        const auto size = static_cast<double>(std::filesystem::file_size(address.target));
-        fmt::print("{:.0f} bytes a clip\n", size / static_cast<double>(cards * clips));
+        bench.Value(name + "/bytes", [&] {
+            return static_cast<double>(std::filesystem::file_size(address.target)) /
+                   static_cast<double>(cards * clips);
+        });
     }
-    TimeSearches(*connection);
+    for (const NamedSearch& each : Searches()) {
+        bench.Value(name + '/' + each.name, [&] { return TimeOf(*connection, each.options); });
+    }
+    bench.Value(name + "/slowest", [&] {
+        double slowest = 0;
+        for (const NamedSearch& each : Searches()) {
+            slowest = std::max(slowest, TimeOf(*connection, each.options));
+        }
+        return slowest;
+    });
+}
+
+void Measure(Bench& bench) {
+    const std::vector<std::string>& arguments = bench.Arguments();
+    for (std::size_t i = 2; i + 1 < arguments.size(); i += 2) {
+        MeasureIn(bench, arguments[i], arguments[i + 1], std::stoll(arguments[0]),
+                  std::stoll(arguments[1]));
+    }
 }
 
 } // namespace
 } // namespace nqp2::bench
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fputs("usage: catalogue_of_many DATABASE CARDS CLIPS-OF-EACH\n", stderr);
-        return 2;
-    }
-    try {
-        nqp2::bench::Run(argv[1], std::stoll(argv[2]), std::stoll(argv[3]));
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "catalogue_of_many: %s\n", error.what());
-        return 1;
-    }
-    return 0;
+    return nqp2::bench::Main(argc, argv, 2, "CARDS CLIPS-OF-EACH [NAME DATABASE]...",
+                             nqp2::bench::Measure);
 }
