@@ -6,6 +6,7 @@
 #include "platform/block_device.h"
 #include "platform/disk.h"
 #include "platform/durable_file.h"
+#include "platform/host_name.h"
 #include "platform/mount_table.h"
 
 #include <algorithm>
@@ -14,8 +15,13 @@
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
+#include <ifaddrs.h>
+#include <memory>
+#include <netdb.h>
+#include <netinet/in.h>
 #include <optional>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <sys/sysmacros.h>
@@ -146,6 +152,29 @@ struct SizeLimit {
 constexpr SizeLimit kSizeLimits[] = {
     {"vfat", 0xFFFFFFFFU}, {"msdos", 0xFFFFFFFFU}, {"hfs", 0x7FFFFFFFU}};
 
+/// Whether an address, as numbers, is one of this machine's.
+bool IsOwnAddress(const std::string& address) {
+    ifaddrs* first = nullptr;
+    if (getifaddrs(&first) != 0) {
+        return true; // nothing is known
+    }
+    const std::unique_ptr<ifaddrs, void (*)(ifaddrs*)> list(first, freeifaddrs);
+    for (const ifaddrs* each = first; each != nullptr; each = each->ifa_next) {
+        const int family = each->ifa_addr != nullptr ? each->ifa_addr->sa_family : AF_UNSPEC;
+        const std::size_t size = family == AF_INET    ? sizeof(sockaddr_in)
+                                 : family == AF_INET6 ? sizeof(sockaddr_in6)
+                                                      : 0;
+        std::array<char, NI_MAXHOST> text{};
+        if (size != 0 &&
+            getnameinfo(each->ifa_addr, static_cast<socklen_t>(size), text.data(), text.size(),
+                        nullptr, 0, NI_NUMERICHOST) == 0 &&
+            address == text.data()) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::uint64_t LargestFile(const std::string& fileSystem) {
     std::uint64_t largest = std::numeric_limits<off_t>::max();
     for (const SizeLimit& limit : kSizeLimits) {
@@ -170,7 +199,10 @@ IoStatus MediumOf(int file, MediumFacts& facts) {
     facts.largestFile = LargestFile(facts.fileSystem);
     if (const auto share = mount ? ShareOf(*mount) : std::nullopt) {
         facts.server = share->server;
-        facts.disks = {share->share};
+        // One of this machine's own may lie on any of its disks.
+        if (!IsOwnServer(share->server, HostName()) && !IsOwnAddress(share->server)) {
+            facts.disks = {share->share};
+        }
         return {};
     }
     Disks disks;

@@ -61,6 +61,18 @@ std::string Unescaped(std::string_view word) {
     return text;
 }
 
+/// What an option of a mount says: "rw,addr=10.0.0.1".
+std::string OptionIn(std::string_view options, std::string_view name) {
+    while (!options.empty()) {
+        const std::string_view option = options.substr(0, options.find(','));
+        if (option.starts_with(name)) {
+            return std::string(option.substr(name.size()));
+        }
+        options.remove_prefix(std::min(option.size() + 1, options.size()));
+    }
+    return "";
+}
+
 /// The mount that a line tells of, if it is the one: "36 35 98:0 / /mnt rw - ext4 /dev/sda1 rw".
 std::optional<Mount> MountOf(std::string_view line, std::optional<std::uint64_t> number,
                              std::string_view device) {
@@ -78,6 +90,7 @@ std::optional<Mount> MountOf(std::string_view line, std::optional<std::uint64_t>
     Mount mount;
     mount.fileSystem = NextWord(line);
     mount.source = Unescaped(NextWord(line));
+    mount.address = OptionIn(NextWord(line), "addr=");
     return mount;
 }
 
@@ -87,19 +100,25 @@ std::string InSmallLetters(std::string text) {
     return text;
 }
 
-NetworkShare SplitSlashes(const std::string& source) {
-    const std::string text = InSmallLetters(source);
-    const std::size_t server = std::min(text.find_first_not_of('/'), text.size());
-    const std::size_t share = std::min(text.find('/', server), text.size());
+NetworkShare SplitSlashes(const Mount& mount) {
+    const std::string text = InSmallLetters(mount.source);
+    const std::size_t begin = std::min(text.find_first_not_of('/'), text.size());
+    const std::size_t share = std::min(text.find('/', begin), text.size());
     const std::size_t end = text.find('/', std::min(share + 1, text.size()));
-    return {text.substr(server, share - server), text.substr(0, end)};
+    const std::string server =
+        mount.address.empty() ? text.substr(begin, share - begin) : mount.address;
+    return {server,
+            "//" + server + text.substr(share, end == std::string::npos ? end : end - share)};
 }
 
-NetworkShare SplitColon(const std::string& source) {
-    const std::size_t colon = source.find(":/");
-    const std::string server = InSmallLetters(source.substr(0, colon));
-    const std::string share = colon == std::string::npos ? "" : source.substr(colon);
-    return {server, server + share};
+/// Who logs in there says nothing about where it is.
+NetworkShare SplitColon(const Mount& mount) {
+    const std::string& source = mount.source;
+    const std::size_t colon = std::min(source.find(":/"), source.size());
+    const std::size_t user = source.substr(0, colon).rfind('@') + 1;
+    const std::string server =
+        mount.address.empty() ? InSmallLetters(source.substr(user, colon - user)) : mount.address;
+    return {server, server + source.substr(colon)};
 }
 
 } // namespace
@@ -116,6 +135,13 @@ std::optional<Mount> FindMount(std::string_view table, std::optional<std::uint64
     return {};
 }
 
+bool IsOwnServer(const std::string& server, const std::string& ownName) {
+    const std::string own = InSmallLetters(ownName);
+    const auto shortName = [](const std::string& name) { return name.substr(0, name.find('.')); };
+    return server == "localhost" || server.starts_with("127.") || server == "::1" ||
+           server == "[::1]" || (!own.empty() && shortName(server) == shortName(own));
+}
+
 std::optional<NetworkShare> ShareOf(const Mount& mount) {
     const auto* const kind =
         std::find_if(std::begin(kNetworkKinds), std::end(kNetworkKinds),
@@ -125,9 +151,9 @@ std::optional<NetworkShare> ShareOf(const Mount& mount) {
     }
     switch (kind->writing) {
     case Writing::Slashes:
-        return SplitSlashes(mount.source);
+        return SplitSlashes(mount);
     case Writing::Colon:
-        return SplitColon(mount.source);
+        return SplitColon(mount);
     case Writing::Whole:
         break;
     }

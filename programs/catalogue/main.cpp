@@ -4,12 +4,7 @@
 #include "catalogue/arguments.h"
 #include "catalogue/commands.h"
 #include "catalogue/open_catalogue.h"
-#include "console/console.h"
-#include "NQP2ParserU/Terminal.h"
-
-#include <fmt/core.h>
-
-#include <exception>
+#include "console/program_run.h"
 
 namespace {
 
@@ -30,21 +25,5 @@ tool::Status Run(int count, const char* const* words, tool::Console& console) {
 } // namespace
 
 int main(int count, char** words) {
-    const bool hasStreams = OpenStandardStreams();
-    LetWritesFail();
-    tool::Console console;
-    try {
-        if (!hasStreams) {
-            throw tool::Failure("a standard stream", "is closed", "and /dev/null cannot be opened");
-        }
-        return Run(count, words, console);
-    } catch (const tool::Failure& failure) {
-        if (!failure.IsSilent()) {
-            console.Fail(failure.what());
-        }
-        return failure.GetStatus();
-    } catch (const std::exception& error) {
-        console.Fail(fmt::format("internal error: {}", error.what()));
-        return tool::kFailed;
-    }
+    return tool::RunProgram(Run, count, words, false);
 }

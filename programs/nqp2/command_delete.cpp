@@ -124,6 +124,10 @@ void AddDeleteCommand(const Command& program) {
         .Excludes(yes);
     command.WorkerOption(options.worker);
     command.Example("nqp2 delete /media/card 0001AB");
+    command.Statuses({{"0", "done"},
+                      {"1", "a clip is not known or was not removed"},
+                      {"2", "wrong usage, or nobody to ask: nothing was removed"},
+                      {"3", "the worker failed"}});
     command.Note("It shows the files and asks. Where there is no terminal it needs --yes.");
 }
 

@@ -237,6 +237,10 @@ void AddImportCommand(const Command& program) {
     command.AddProgressOptions(options.progress);
     command.WorkerOption(options.worker);
     command.Example("nqp2 import /media/card 0001AB 0002CD --to footage");
+    command.Statuses({{"0", "all that was asked for is there"},
+                      {"1", "a clip, a card or a part of a take is not"},
+                      {"2", "wrong usage"},
+                      {"3", "the worker failed"}});
     command.Note("  nqp2 import CARD CLIP...          clips of one card\n"
                  "  nqp2 import CARD... --all         all clips of cards\n"
                  "  nqp2 import CARD... --clip CLIP   a clip with its take, over all these cards");

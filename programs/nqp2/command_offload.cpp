@@ -140,6 +140,10 @@ void AddSealCommand(const Command& program) {
     command.JsonFlag(options.json);
     command.AddProgressOptions(options.progress);
     command.Example("nqp2 seal /raid/day1/A001");
+    command.Statuses({{"0", "the list is written, and all is as an older one recorded it"},
+                      {"1", "it is not, or something is not as it was recorded"},
+                      {"2", "wrong usage"},
+                      {"3", "nqp2-offload cannot be run"}});
 }
 
 void AddVerifyCommand(const Command& program) {

@@ -3,14 +3,11 @@
 
 #include "nqp2/command_line.h"
 
+#include "console/program_run.h"
 #include "NQP2ParserU/DebugOutput.h"
 #include "NQP2ParserU/DriveMap.h"
-#include "NQP2ParserU/Terminal.h"
 #include "NQP2ParserU/TextBytes.h"
 
-#include <fmt/core.h>
-
-#include <exception>
 #include <string>
 #include <vector>
 
@@ -70,24 +67,5 @@ Status Run(int count, const char* const* arguments, Console& console) {
 } // namespace
 
 int main(int count, char** arguments) {
-    const bool hasStreams = nqp2::OpenStandardStreams();
-    nqp2::LetWritesFail();
-    Console console;
-    if (AsksForObjects(count, arguments)) {
-        console.TellAsObjects();
-    }
-    try {
-        if (!hasStreams) {
-            throw Failure("a standard stream", "is closed", "and /dev/null cannot be opened");
-        }
-        return Run(count, arguments, console);
-    } catch (const Failure& failure) {
-        if (!failure.IsSilent()) {
-            console.Fail(failure.what());
-        }
-        return failure.GetStatus();
-    } catch (const std::exception& error) {
-        console.Fail(fmt::format("internal error: {}", error.what()));
-        return kFailed;
-    }
+    return RunProgram(Run, count, arguments, AsksForObjects(count, arguments));
 }

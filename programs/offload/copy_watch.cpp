@@ -8,6 +8,8 @@
 #include <iterator>
 #include <memory>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace nqp2::offload {
 namespace {
@@ -33,26 +35,48 @@ public:
         : m_tree(plan.index.tree), m_hasStamps(HasStamps(target.medium)), m_copy(copy) {}
 
     void Into(Folder& folder, NodeId above) {
+        const std::vector<std::string> names = NamesIn(folder);
         for (NodeId node = m_tree.FirstChild(above); node != mhl::kNoNode;
              node = m_tree.NextSibling(node)) {
-            const std::string name(m_tree.NameOf(node));
-            FileInfo info;
-            if (const platform::IoStatus status = folder.Stat(name, info); !status) {
-                Tell(node, "is not there any more: " + status.reason);
-            } else if (m_tree.IsFolder(node)) {
-                std::unique_ptr<Folder> below;
-                if (const platform::IoStatus opening = folder.OpenFolder(name, below); !opening) {
-                    Tell(node, "is not there any more: " + opening.reason);
-                } else {
-                    Into(*below, node);
-                }
-            } else if (node >= m_copy.seen.size() || !IsSame(m_copy.seen[node], info)) {
-                Tell(node, "is not as it was when it was proven");
-            }
+            LookAt(folder, node, names);
         }
     }
 
 private:
+    /// As the medium tells them: some give a file other letters, or less of its name, and find it
+    /// by its own all the same. Sorted.
+    static std::vector<std::string> NamesIn(Folder& folder) {
+        std::vector<platform::FolderEntry> entries;
+        static_cast<void>(folder.List(entries)); // what is not listed is not there
+        std::vector<std::string> names;
+        for (platform::FolderEntry& entry : entries) {
+            names.push_back(std::move(entry.name));
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    void LookAt(Folder& folder, NodeId node, const std::vector<std::string>& names) {
+        const std::string name(m_tree.NameOf(node));
+        FileInfo info;
+        if (const platform::IoStatus status = folder.Stat(name, info); !status) {
+            Tell(node, "is not there any more: " + status.reason);
+        } else if (!std::binary_search(names.begin(), names.end(), name)) {
+            Tell(node, "has another name there");
+        } else if (!m_tree.IsFolder(node)) {
+            if (node >= m_copy.seen.size() || !IsSame(m_copy.seen[node], info)) {
+                Tell(node, "is not as it was when it was proven");
+            }
+        } else {
+            std::unique_ptr<Folder> below;
+            if (const platform::IoStatus opening = folder.OpenFolder(name, below); !opening) {
+                Tell(node, "is not there any more: " + opening.reason);
+            } else {
+                Into(*below, node);
+            }
+        }
+    }
+
     void Tell(NodeId node, const std::string& why) {
         m_copy.failures.Add(m_tree.PathOf(node), why);
     }

@@ -105,6 +105,9 @@ Record CopyRecord(const Plan& plan, const Target& target, const CopyOutcome& cop
                     {"root", FolderHashList(root)},
                     {"lists", ListsOf(copy)},
                     {"sums", copy.sums},
+                    {"counts", Record{{"failures", copy.failures.Count()},
+                                      {"setAside", copy.setAside.Count()},
+                                      {"strange", copy.strange.Count()}}},
                     {"failures", OddList(copy.failures)},
                     {"setAside", OddList(copy.setAside)},
                     {"strange", OddList(copy.strange)}});
@@ -126,6 +129,19 @@ Record VerdictRecord(const Outcome& outcome) {
             {"independent", std::uint64_t{outcome.verdict.independent}},
             {"missing", Texts(outcome.verdict.missing)},
             {"text", VerdictText(outcome.verdict)}};
+}
+
+/// Of the lists, which tell no more than the first of many entries.
+Record CountRecord(const Plan& plan, const Outcome* outcome) {
+    Record counts{{"leftOut", plan.index.leftOut.Count()},
+                  {"unread", plan.index.unread.Count()},
+                  {"ignored", plan.index.ignored.Count()}};
+    if (outcome != nullptr) {
+        Append(counts, {{"cannotRead", outcome->cannotRead.Count()},
+                        {"readOtherwise", outcome->readOtherwise.Count()},
+                        {"changes", outcome->changes.Count()}});
+    }
+    return counts;
 }
 
 void AddOutcome(Record& document, const Outcome& outcome) {
@@ -154,6 +170,7 @@ Record OffloadRecord(const Plan& plan, const Outcome* outcome) {
                     {"card", CardRecord(plan)},
                     {"name", plan.name},
                     {"warnings", Texts(plan.warnings)},
+                    {"counts", CountRecord(plan, outcome)},
                     {"leftOut", OddList(plan.index.leftOut)},
                     {"unread", OddList(plan.index.unread)},
                     {"ignored", OddList(plan.index.ignored)},

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <string>
 #include <string_view>
 #include <sys/resource.h>
@@ -152,6 +153,9 @@ int main(int count, char** arguments) {
         nqp2::LetWritesFail(); // a file beyond the limit is an error of one request
         RaiseDescriptorLimit();
         return Serve(options.reached);
+    } catch (const std::bad_alloc&) {
+        std::fputs("nqp2-worker: there is not enough memory\n", stderr);
+        return 1;
     } catch (const std::exception& fault) {
         std::fprintf(stderr, "nqp2-worker: %s\n", fault.what());
         return 1;

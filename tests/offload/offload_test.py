@@ -112,6 +112,12 @@ class CopyTest(OffloadTest):
         # Both targets are on the test's own disk, as the card is.
         self.assertFalse(document["verdict"]["safeToFormat"])
 
+    def test_lists_are_bounded_and_their_counts_are_not(self):
+        for number in range(1005):
+            self.write(f"card/LITTER/{number}/.DS_Store", b"")
+        document = self.outcome("--dry-run")
+        self.assertEqual((len(document["ignored"]), document["counts"]["ignored"]), (1000, 1005))
+
     def test_sample_cards(self):
         for kind, clips, lists in (("p2", 16, 2), ("avchd", 8, 3)):
             card = sample(kind)

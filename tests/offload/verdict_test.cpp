@@ -203,6 +203,11 @@ const Danger kDangers[] = {
          AtFirst(run, ".mhl", [&run] { MoveAway(run, "two/A001"); });
      },
      "does not hold all"},
+    {"names of a copy that its medium does not tell",
+     [](RunFixture& run) {
+         AtSecondReading(run, [&run] { Fail(run, Operation::List, "two/A001/CONTENTS/CLIP"); });
+     },
+     "does not hold all"},
     {"a file of a copy that is overwritten meanwhile",
      [](RunFixture& run) {
          AtSecondReading(run, [&run] { run.folder.Write("two/A001/LASTCLIP.TXT", "0001AC\n"); });

@@ -35,12 +35,15 @@ MediumFacts FactsOf(const std::string& path) {
 }
 
 TEST(Medium, MountsAndSharesAreReadFromTheSystemsTable) {
-    const std::string table = "22 27 0:21 / /proc rw - proc proc rw\n"
-                              "27 1 8:1 / / rw,relatime master:1 - ext4 /dev/sda1 rw\n"
-                              "31 27 0:51 / /n rw shared:9 - nfs4 NAS:/vol/a\\040b rw\n"
-                              "32 27 0:52 / /c rw - cifs //Nas/Share/below rw\n"
-                              "33 27 0:53 / /s rw - fuse.sshfs me@host:/ rw\n"
-                              "34 27 0:54 /";
+    const std::string table =
+        "22 27 0:21 / /proc rw - proc proc rw\n"
+        "27 1 8:1 / / rw,relatime master:1 - ext4 /dev/sda1 rw\n"
+        "31 27 0:51 / /n rw shared:9 - nfs4 NAS:/vol/a\\040b rw\n"
+        "32 27 0:52 / /c rw - cifs //Nas/Share/below rw\n"
+        "33 27 0:53 / /s rw - fuse.sshfs me@host:/ rw\n"
+        "35 27 0:55 / /t rw - nfs4 nas:/vol rw,addr=10.0.0.7,local_lock=none\n"
+        "36 27 0:56 / /u rw - cifs //other/S/x rw,addr=10.0.0.7\n"
+        "34 27 0:54 /";
     struct Case {
         std::optional<std::uint64_t> number;
         const char* device;
@@ -52,7 +55,9 @@ TEST(Medium, MountsAndSharesAreReadFromTheSystemsTable) {
                           {{}, "8:1", "/dev/sda1", nullptr, nullptr},
                           {31, "8:1", "NAS:/vol/a b", "nas", "nas:/vol/a b"},
                           {{}, "0:52", "//Nas/Share/below", "nas", "//nas/share"},
-                          {33, "", "me@host:/", "me@host", "me@host:/"},
+                          {33, "", "me@host:/", "host", "host:/"},
+                          {35, "", "nas:/vol", "10.0.0.7", "10.0.0.7:/vol"},
+                          {36, "", "//other/S/x", "10.0.0.7", "//10.0.0.7/s"},
                           {34, "", nullptr, nullptr, nullptr},
                           {{}, "8:", nullptr, nullptr, nullptr}};
     for (const Case& each : cases) {
@@ -66,6 +71,15 @@ TEST(Medium, MountsAndSharesAreReadFromTheSystemsTable) {
             EXPECT_EQ(share ? share->share : "", each.share != nullptr ? each.share : "");
         }
     }
+}
+
+TEST(Medium, AServerMayBeThisMachine) {
+    for (const char* const own : {"localhost", "127.0.1.1", "::1", "cart", "cart.local"}) {
+        EXPECT_TRUE(IsOwnServer(own, "Cart.studio")) << own;
+        EXPECT_FALSE(IsOwnServer("nas", own));
+    }
+    EXPECT_FALSE(IsOwnServer("nas", ""));
+    EXPECT_FALSE(IsOwnServer("", ""));
 }
 
 TEST(Medium, OnlyKnownAndDifferentDisksAreApart) {

@@ -120,7 +120,7 @@ DigestMethod Find(const char* name) {
         if (ERR_GET_REASON(ERR_peek_last_error()) == ERR_R_MALLOC_FAILURE) {
             throw std::bad_alloc();
         }
-        throw std::runtime_error(std::string("this system has no ") + name);
+        throw std::runtime_error(std::string("the cryptographic library gives no ") + name);
     }
     return method;
 }
