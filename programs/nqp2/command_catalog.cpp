@@ -15,6 +15,7 @@ namespace nqp2::tool {
 namespace {
 
 constexpr const char* kCatalogueProgram = "nqp2-catalogue";
+constexpr const char* kPackage = "; it comes with the package nqp2-catalogue";
 
 struct CatalogOptions {
     const char* command = "";
@@ -66,7 +67,7 @@ Status RunCatalog(Console& /*console*/, const CatalogOptions& options) {
     words.PutGiven("label", options.label);
     words.PutFlag("recursive", options.recursive);
     words.PutFlag("json", options.json);
-    return words.Become(kCatalogueProgram);
+    return words.Become(kCatalogueProgram, kPackage);
 }
 
 Status RunCatalogShow(Console& /*console*/, const CatalogOptions& options) {
@@ -107,7 +108,7 @@ Status RunCatalogSearch(Console& /*console*/, const CatalogSearchOptions& option
                                ? options.page
                                : PathForProgram(options.page));
     words.PutFlag("json", options.json);
-    return words.Become(kCatalogueProgram);
+    return words.Become(kCatalogueProgram, kPackage);
 }
 
 Status RunCatalogExport(Console& /*console*/, const CatalogExportOptions& options) {
@@ -118,13 +119,19 @@ Status RunCatalogExport(Console& /*console*/, const CatalogExportOptions& option
     words.PutGiven("db", options.database);
     words.PutFlag("jsonl", options.lines);
     words.PutFlag("csv", options.csv);
-    return words.Become(kCatalogueProgram);
+    return words.Become(kCatalogueProgram, kPackage);
 }
 
 void DatabaseOption(const Command& command, std::string& database) {
     command.ValueOption("--db", database, "WHERE",
-                        "A file, or postgresql://[USER@]HOST/NAME; a file of the user's if\n"
-                        "left out");
+                        "A file, or postgresql://[USER@]HOST/NAME; if left out\n"
+                        "~/.local/share/nqp2/catalogue.sqlite");
+    command.File("~/.local/share/nqp2/catalogue.sqlite",
+                 "the catalogue; where XDG_DATA_HOME is set, nqp2/catalogue.sqlite in there");
+    command.Statuses({{"0", "done"},
+                      {"1", "the catalogue or a card cannot be read or written"},
+                      {"2", "wrong usage"},
+                      {"3", "nqp2-catalogue cannot be run"}});
 }
 
 /// A command that the catalogue's program has under the same name.

@@ -93,6 +93,9 @@ void AddInfoCommand(const Command& program) {
     FormatOptions& options = command.Runs(RunFormat);
     command.CardArgument(options.card);
     command.JsonAndCsvFlags(options.form, "", "");
+    command.Note(
+        "The code type of a P2 card is a coarse one, told by the codec's name alone: AVC-Intra of\n"
+        "class 50 has that of class 100, and the line Class 50 says which it is.");
     command.Example("nqp2 info /media/card");
 }
 

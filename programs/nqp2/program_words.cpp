@@ -32,8 +32,8 @@ void ProgramWords::PutEach(const std::string& key, const std::vector<std::string
     }
 }
 
-Status ProgramWords::Become(const std::string& name) const {
-    const std::string program = OwnProgram(name, "");
+Status ProgramWords::Become(const std::string& name, const std::string& advice) const {
+    const std::string program = OwnProgram(name, advice);
     const int error = BecomeProgram(program, m_words);
     throw Failure(name, "cannot be run", std::generic_category().message(error), kWorkerFailed);
 }

@@ -32,8 +32,8 @@ public:
         PutGiven("progress", progress.quiet ? "none" : progress.form);
     }
 
-    /// Comes back only by Failure.
-    Status Become(const std::string& name) const;
+    /// Comes back only by Failure; `advice` ends what is said when there is no such program.
+    Status Become(const std::string& name, const std::string& advice = "") const;
 
 private:
     std::vector<std::string> m_words;
