@@ -4,7 +4,7 @@
 #include "worker/rewrap/unit_writer.h"
 
 #include "copy/failure.h"
-#include "worker/media_loader.h"
+#include "worker/base/media_loader.h"
 
 #include <algorithm>
 
