@@ -65,6 +65,13 @@ struct ClipZones {
     std::int16_t end = kUnknown;   ///< of EndDate
 };
 
+/// What an event of an edit list says and its record does not.
+struct EventDoubt {
+    CString list;           ///< the list's name
+    std::int64_t event = 0; ///< from 0, in the order of the file
+    CString text;           ///< the element as it stands there: AudioLevel "loud"
+};
+
 class ClipFileReader;
 
 /// What a scan left out and how its clips hang together. Filled beside the fixed results.
@@ -72,6 +79,10 @@ struct ScanReport {
     CArray<SkippedFile> skipped; ///< in the order in which the scan met them
     CArray<Take> takes;          ///< of the clips that were found
     CArray<ClipZones> zones;     ///< of the clips of a P2 card, in the order in which they came
+    /// Of an AVCHD card, in rising order: which of its clips have no timecode that any file tells,
+    /// counted from the first that came; their records say 0.
+    CArray<std::int64_t> untimed;
+    CArray<EventDoubt> doubts; ///< of the edit lists that were read
 
     /// When set before the scan of a P2 card by a parser, and made for the same card: it keeps what
     /// the clips' metadata promise, and does not read them once more.

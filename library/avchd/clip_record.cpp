@@ -146,7 +146,7 @@ void FillEssence(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip&
 
 } // namespace
 
-void FillRecord(const ClipInformation& information, const ShotTable::Entry& recorded,
+bool FillRecord(const ClipInformation& information, const ShotTable::Entry& recorded,
                 const StreamHead& stream, _tag_P2Clip& clip) {
     // A mark further into the clip tells of another moment than the clip's first frame.
     const bool fromStart =
@@ -154,9 +154,12 @@ void FillRecord(const ClipInformation& information, const ShotTable::Entry& reco
     const Shot start = fromStart ? *recorded.shot : Shot();
     clip.SourceKind = 1;
     FillPicture(information, stream, Is25p(information.video, recorded.pulldown), clip);
-    FillTimecode(FirstOf(FirstOf(information.timecode, start.timecode), stream.timecode), clip);
+    const std::optional<RecordedTimecode>& timecode =
+        FirstOf(FirstOf(information.timecode, start.timecode), stream.timecode);
+    FillTimecode(timecode, clip);
     FillDate(FirstOf(start.date, stream.date), clip);
     FillIdentifier(FirstOf(information.clipId, start.clipId), clip);
+    return timecode.has_value();
 }
 
 void FillFromBase(const NQP2BaseClipInfo& base, const CString& path, _tag_P2Clip& clip) {

@@ -46,8 +46,9 @@ using ClipPlaces = std::map<std::string, std::int64_t>;
 class Scan {
 public:
     Scan(Place root, const BaseClipRequest& request, CArray<_tag_P2Clip>& clips, ScanReport& report)
-        : m_root(std::move(root)), m_request(request), m_clips(clips), m_takes(report.takes),
-          m_omitted(report), m_source(ClipsFolder(m_root)) {}
+        : m_root(std::move(root)), m_request(request), m_clips(clips), m_first(clips.GetSize()),
+          m_takes(report.takes), m_untimed(report.untimed), m_omitted(report),
+          m_source(ClipsFolder(m_root)) {}
 
     bool Run() {
         const bool hasSony = m_root.Below(media::kSonyCamera.known.BelowDrive()).Exists();
@@ -155,14 +156,18 @@ private:
     void TakeClip(const CardKind& kind, const FoundFile& file, platform::FileContent& information,
                   const std::string& stream) {
         Begin(TimeOf(information.info), m_clip);
+        bool tellsTimecode = true;
         const std::string* content =
             WholeContent(information, file.posixPath, kMaxClipInformationFile);
         if (content == nullptr) {
             m_omitted.AddUnread(file.path, information.status);
-        } else if (!m_source.Decode(kind, file.title, *content, stream, m_clip)) {
+        } else if (!m_source.Decode(kind, file.title, *content, stream, m_clip, tellsTimecode)) {
             OmitUnlessCompanion(file.path, SkipReason::Undecodable, "no sound clip information");
         } else {
             m_clips.Add(m_clip);
+            if (!tellsTimecode) {
+                m_untimed.Add(m_clips.GetSize() - 1 - m_first);
+            }
         }
     }
 
@@ -239,7 +244,9 @@ private:
     Place m_root;
     const BaseClipRequest& m_request;
     CArray<_tag_P2Clip>& m_clips;
+    std::int64_t m_first; ///< of the clips
     CArray<Take>& m_takes;
+    CArray<std::int64_t>& m_untimed;
     Omissions m_omitted;
     ClipSource m_source;
     std::set<CString> m_unread;

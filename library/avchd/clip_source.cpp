@@ -172,7 +172,7 @@ void ClipSource::FillPaths(const CardKind& kind, const CString& name, bool hasSt
 }
 
 bool ClipSource::Decode(const CardKind& kind, const CString& name, const std::string& information,
-                        const std::string& streamHead, _tag_P2Clip& clip) {
+                        const std::string& streamHead, _tag_P2Clip& clip, bool& tellsTimecode) {
     const std::optional<ClipInformation> decoded = DecodeTimed(kind, information);
     if (!decoded) {
         return false;
@@ -180,7 +180,8 @@ bool ClipSource::Decode(const CardKind& kind, const CString& name, const std::st
     const std::optional<std::string> stream = StreamOf(kind, name);
     const ShotTable::Entry& recorded =
         Facts(kind).shots.Find(platform::NameBytesFromText(name.View()));
-    FillRecord(*decoded, recorded, DecodeStream(stream, decoded->video, streamHead), clip);
+    tellsTimecode =
+        FillRecord(*decoded, recorded, DecodeStream(stream, decoded->video, streamHead), clip);
     FillPaths(kind, name, stream.has_value(), decoded->audioChannels, clip);
     return true;
 }
@@ -201,7 +202,8 @@ bool ClipSource::Read(const CardKind& kind, const CString& name, _tag_P2Clip& cl
     if (!Facts(kind).isWhole) {
         throw std::bad_alloc(); // the record would lack what the playlists tell
     }
-    return Decode(kind, name, information, BeginningOf(StreamOf(kind, name)), clip);
+    bool tellsTimecode = false;
+    return Decode(kind, name, information, BeginningOf(StreamOf(kind, name)), clip, tellsTimecode);
 }
 
 void StopWatch::Report(const wchar_t* called) const {

@@ -47,9 +47,9 @@ public:
 
     /// Fills the record from a clip information file's content and the beginning of its stream, and
     /// reads more of the stream when that is not enough. False, the record untouched, when the clip
-    /// cannot be decoded.
+    /// cannot be decoded. `tellsTimecode`: whether the record's timecode is what a file tells.
     bool Decode(const CardKind& kind, const CString& name, const std::string& information,
-                const std::string& streamHead, _tag_P2Clip& clip);
+                const std::string& streamHead, _tag_P2Clip& clip, bool& tellsTimecode);
     /// The same for a clip that is looked for by its name.
     bool Read(const CardKind& kind, const CString& name, _tag_P2Clip& clip);
 
