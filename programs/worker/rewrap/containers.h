@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "NQP2ParserU/Rewrap.h"
+#include "NQP2ParserU/RewrapEssence.h"
 #include "worker/base/media_streams.h"
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 /// Which essence goes into which container, and how it is marked there.
 namespace nqp2::worker::rewrap {
 
-enum class Essence { Dv, AvcIntra, H264, Pcm, Ac3 };
+using Essence = RewrapEssence;
 
 /// What a stream's units are; throws a Failure, in which the stream's file is called `name`, for
 /// what is not put into other containers.

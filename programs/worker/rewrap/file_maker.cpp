@@ -80,8 +80,8 @@ RewrapResult Make(const Request& request, Progress& progress) {
     copy::Transaction transaction;
     transaction.Open(RootOf(request.folder).OnDisk(), true);
     transaction.Reserve(request.file);
-    CheckPlace(transaction.Root(), request.file);
     transaction.Sweep("");
+    CheckPlace(transaction.Root(), request.file);
     const std::unique_ptr<RecordingInput> input = request.join == RewrapJoin::Bytes
                                                       ? JoinBytes(request, goesOn)
                                                       : JoinFrames(request, goesOn);
