@@ -140,6 +140,14 @@ ClipZones CardScan::ZonesOf(const _tag_P2Clip& clip) const {
     return index < report.zones.GetSize() ? report.zones[index] : ClipZones();
 }
 
+bool CardScan::HasTimecode(const _tag_P2Clip& clip) const {
+    const std::less<> before;
+    const _tag_P2Clip* const first = clips.GetData();
+    const bool isOwn = !before(&clip, first) && before(&clip, first + clips.GetSize());
+    return !isOwn || !std::binary_search(report.untimed.begin(), report.untimed.end(),
+                                         std::int64_t{&clip - first});
+}
+
 const CardScan& CardScans::CardOf(const _tag_P2Clip& clip) const {
     const std::less<> before;
     return *std::find_if(cards.begin(), cards.end(), [&](const CardScan& scan) {

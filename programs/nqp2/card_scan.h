@@ -47,6 +47,8 @@ struct CardScan {
 
     /// Of a clip of its own.
     [[nodiscard]] ClipZones ZonesOf(const _tag_P2Clip& clip) const;
+    /// Whether a clip has a timecode: not all of an AVCHD card's own have.
+    [[nodiscard]] bool HasTimecode(const _tag_P2Clip& clip) const;
 };
 
 /// All cards that were asked for, each once.

@@ -31,13 +31,15 @@ std::string CardCell(const ShownClip& shown) {
     return std::string(shown.cardLabel);
 }
 std::string StartCell(const ShownClip& shown) {
-    return BytesFromText(ClipTimecode(shown.clip));
+    return shown.hasTimecode ? BytesFromText(ClipTimecode(shown.clip)) : "";
 }
 bool HasLength(const ShownClip& shown) {
     return FindFrameRate(shown.clip.FrameRate) != nullptr && shown.clip.Duration >= 0;
 }
 std::string EndCell(const ShownClip& shown) {
-    return HasLength(shown) ? BytesFromText(ClipTimecode(shown.clip, shown.clip.Duration)) : "";
+    return HasLength(shown) && shown.hasTimecode
+               ? BytesFromText(ClipTimecode(shown.clip, shown.clip.Duration))
+               : "";
 }
 std::string DurationCell(const ShownClip& shown) {
     if (!HasLength(shown)) {
@@ -124,7 +126,7 @@ auto WithSpecimen(Use use) {
     const ClipMetadata metadata;
     const CArray<ClipFile> files;
     const std::vector<std::string> remarks = {""};
-    return use(ShownClip{clip, "", "", {}, &place, &metadata, &files, &remarks});
+    return use(ShownClip{clip, "", "", {}, true, &place, &metadata, &files, &remarks});
 }
 
 Content MembersOf(const ShownClip& shown) {

@@ -54,6 +54,7 @@ ShownClip ClipDetails::Of(const _tag_P2Clip& clip) const {
     const KnownCard& known = KnownCardOf(clip);
     ShownClip shown = {clip, known.folder, known.card->label};
     shown.zones = known.card->ZonesOf(clip);
+    shown.hasTimecode = known.card->HasTimecode(clip);
     if (!m_places.empty()) {
         const auto place = m_places.find(&clip);
         shown.take = place == m_places.end() ? nullptr : &place->second;

@@ -110,7 +110,7 @@ void PutBeside(ValueSink& sink, const ShownClip& shown) {
     sink.Put(shown.card);
     PutTold(sink, "start", StartOf(shown));
     PutTold(sink, "end", EndOf(shown));
-    PutTold(sink, "timecode", ClipTimecode(clip));
+    PutTold(sink, "timecode", shown.hasTimecode ? ClipTimecode(clip) : CString());
     PutRate(sink, clip.FrameRate, rate);
     PutLength(sink, clip.Duration, rate);
     if (shown.files != nullptr) {

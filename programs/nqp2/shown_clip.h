@@ -28,6 +28,7 @@ struct ShownClip {
     std::string_view card;      ///< its root, a whole POSIX path
     std::string_view cardLabel; ///< what tells it from other cards
     ClipZones zones = {};
+    bool hasTimecode = true;
     const ShownTake* take = nullptr;
     const ClipMetadata* metadata = nullptr; ///< null where they were not read
     const CArray<ClipFile>* files = nullptr;

@@ -118,11 +118,13 @@ Essence EssenceReader::Of(const _tag_P2Clip& clip) {
     }
     essence.isStream = card.kind == CardKind::Avchd;
     essence.isIntra = IsIntra(clip);
+    essence.picture = PictureEssence(clip);
     essence.codec = TextFromBytes(tool::CodecAndClass(clip));
     essence.rate = RateOfFile(clip, metadata);
     essence.isInterlaced = IsCodedInterlaced(clip);
     ReadAspect(clip.AspectRatio, essence.aspectWidth, essence.aspectHeight);
     AddTimes(clip, essence);
+    essence.start = card.HasTimecode(clip) ? essence.start : -1;
     essence.title = tool::OwnTitle(clip);
     essence.date = BytesFromText(
         IsoDate(metadata.shoot.startDate.IsEmpty() ? clip.StartDate : metadata.shoot.startDate,
