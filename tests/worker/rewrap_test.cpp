@@ -216,6 +216,11 @@ protected:
         EXPECT_EQ(played.pictures, m_source.pictures);
         EXPECT_TRUE(request.container != RewrapContainer::Mov || played.tag == row.tag)
             << played.tag;
+        const AVFieldOrder order = row.encoding.height < 720 ? AV_FIELD_BB
+                                   : row.interlaced          ? AV_FIELD_TT
+                                                             : AV_FIELD_PROGRESSIVE;
+        EXPECT_TRUE(request.container != RewrapContainer::Mov || played.order == order)
+            << played.order;
         EXPECT_TRUE(*row.timecode == '\0' || played.timecode == row.timecode) << played.timecode;
         EXPECT_EQ(played.marks.size(), request.container == RewrapContainer::Mxf ? 0U : 2U);
         EXPECT_EQ(m_result.frames, std::uint32_t{kFrames});
