@@ -27,13 +27,6 @@ const char* WriterName(RewrapContainer container);
 const char* ReaderName(RewrapContainer container);
 
 /// How a picture is marked in a container, by what it is made of.
-struct PictureMarks {
-    std::uint32_t tag = 0; ///< 0: as the container usually has it
-    FieldOrder order = FieldOrder::Unknown;
-    std::int32_t primaries = 0; ///< by the numbers of ITU-T H.273; 0: as the stream has it
-    std::int32_t transfer = 0;
-    std::int32_t matrix = 0;
-};
 /// `bytesASecond`: of the first picture, at its rate.
 PictureMarks MarksOf(Essence essence, const MediaStream& picture, RewrapContainer container,
                      bool interlaced, std::int64_t bytesASecond);

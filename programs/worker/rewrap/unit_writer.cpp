@@ -108,7 +108,7 @@ void UnitWriter::Finish() {
     m_output.Require(m_writer->Finish());
     const bool isH264 =
         m_plan.essence.front() == Essence::AvcIntra || m_plan.essence.front() == Essence::H264;
-    const FieldOrder order = m_plan.file.tracks.front().order;
+    const FieldOrder order = m_plan.file.tracks.front().marks.order;
     if (m_request.container == RewrapContainer::Mov && isH264 && order != FieldOrder::Unknown) {
         TellFieldOrder(m_output, order);
     }
