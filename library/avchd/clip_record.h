@@ -13,8 +13,8 @@
 namespace nqp2::avchd {
 
 /// Fills what the files tell of a clip into its record. Name, paths and mask are the caller's. A
-/// start date that nothing tells keeps what the record holds. False when nothing tells the timecode,
-/// which is 0 then.
+/// start date that nothing tells keeps what the record holds. False when nothing tells the
+/// timecode, which is 0 then.
 bool FillRecord(const ClipInformation& information, const ShotTable::Entry& recorded,
                 const StreamHead& stream, _tag_P2Clip& clip);
 

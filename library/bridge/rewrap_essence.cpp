@@ -48,9 +48,8 @@ CString Obstacle(std::size_t container, const CArray<RewrapEssence>& tracks) {
     const auto isLegal = [](std::size_t where, RewrapEssence what) {
         return RowOf(what).isLegal.at(where);
     };
-    const auto wrong = std::find_if(tracks.begin(), tracks.end(), [&](RewrapEssence each) {
-        return !isLegal(container, each);
-    });
+    const auto wrong = std::find_if(tracks.begin(), tracks.end(),
+                                    [&](RewrapEssence each) { return !isLegal(container, each); });
     if (wrong == tracks.end()) {
         return {};
     }

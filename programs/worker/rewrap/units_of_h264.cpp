@@ -4,6 +4,7 @@
 #include "worker/rewrap/units_of_h264.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace nqp2::worker::rewrap {
@@ -39,7 +40,16 @@ std::size_t FindStart(std::string_view unit, std::size_t from) {
     return unit.size();
 }
 
+/// Units of one size have very many behind them.
 std::string_view WithoutZeros(std::string_view piece) {
+    std::uint64_t word = 0;
+    while (piece.size() >= sizeof word) {
+        std::memcpy(&word, piece.data() + piece.size() - sizeof word, sizeof word);
+        if (word != 0) {
+            break;
+        }
+        piece.remove_suffix(sizeof word);
+    }
     const std::size_t last = piece.find_last_not_of('\0');
     return piece.substr(0, last == std::string_view::npos ? 0 : last + 1);
 }
