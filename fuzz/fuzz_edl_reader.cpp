@@ -40,7 +40,8 @@ void TestInput(Input input) {
         return;
     }
     tag_P2EDL edl;
-    if (!edl::ReadEditList(reader, edl)) {
+    CArray<EventDoubt> doubts;
+    if (!edl::ReadEditList(reader, edl, &doubts)) {
         return;
     }
     const CString schema = reader.GetNodeAttribute(L"P2Main", L"");

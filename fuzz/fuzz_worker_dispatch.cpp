@@ -291,11 +291,19 @@ private:
         request.rate = {m_input.Byte(), m_input.Byte()};
         request.timecode = Name();
         request.date = Name();
+        request.title = Name();
+        request.interlaced = m_input.Byte() % 2 == 1;
+        request.aspectWidth = m_input.Byte();
+        request.aspectHeight = m_input.Byte();
         for (int left = m_input.Byte() % 3; left > 0; --left) {
             RewrapPart part;
             part.video = Root() + L"\\CONTENTS\\VIDEO\\" + Name() + L".MXF";
             part.first = m_input.Byte();
             part.frames = m_input.Byte();
+            part.promised = m_input.Byte();
+            for (int sounds = m_input.Byte() % 3; sounds > 0; --sounds) {
+                part.sounds.Add(Root() + L"\\CONTENTS\\AUDIO\\" + Name() + L"00.MXF");
+            }
             request.parts.Add(part);
             request.chapters.Add({m_input.Byte(), Name()});
         }

@@ -132,6 +132,12 @@ def write_requests() -> None:
     write("worker_dispatch", "pictures", requests(
         pictures + bytes([240, 180]), pictures + bytes([16, 16]), pictures + bytes([9, 180]), error,
         icon=bitmap(40)))
+    no_text = b"\6"
+    part = card_root + name + bytes([0, 0, 10, 1]) + card_root + name  # with a file of sound
+    write("worker_dispatch", "rewrap", requests(*(
+        bytes([19]) + other + name + bytes([container, join, 0, 25, 1]) + no_text * 3
+        + bytes([1, 16, 9, 1]) + part + b"\0" + no_text + error
+        for container, join in ((0, 0), (1, 0), (2, 0), (3, 0), (0, 1)))))
 
 
 def write_packets() -> None:

@@ -37,10 +37,11 @@ ROOMS = {
 PROGRAMS = {
     "copy": BASE,
     "offload/mhl": BASE | {"xml/dom"},
-    "worker": LIBRARY_OF_WORKER | {"copy", "manual", "worker/rewrap"},
-    "worker/rewrap": BASE | {"media", "bridge", "copy", "worker"},
+    "worker": LIBRARY_OF_WORKER | {"copy", "manual", "worker/base", "worker/rewrap"},
+    "worker/base": BASE | {"media", "copy"},
+    "worker/rewrap": BASE | {"media", "bridge", "copy", "worker/base"},
     # The module shares the headers that the two agree on.
-    "worker/av": BASE | {"worker"},
+    "worker/av": BASE | {"worker/base"},
     "offload": LIBRARY_OF_WORKER - {"channel"} | {"cards", "edl", "parser", "console", "copy",
                                                   "offload/mhl"},
     "catalogue/sqlite": {"catalogue"},
@@ -57,7 +58,7 @@ OBSERVERS = ("tests", "bench", "fuzz")
 
 # The benchmarks measure the bare XML library as a floor.
 XML_LIBRARY_FOLDERS = {"xml/dom", "bench"}
-SYSTEM_FOLDERS = {"platform", "channel", "worker", *OBSERVERS}
+SYSTEM_FOLDERS = {"platform", "channel", "worker", "worker/base", *OBSERVERS}
 # The tests make camera files with it, and an example opens a clip as a host would.
 MEDIA_LIBRARY_FOLDERS = {"worker/av", "tests", "examples"}
 # The benchmarks write the same rows by them alone.

@@ -68,6 +68,13 @@ struct ClipTold {
     bool startTimecode = true;        ///< false: StartTimecode is 0 for want of any
 };
 
+/// What an event of an edit list says and its record does not.
+struct EventDoubt {
+    CString list;           ///< the list's name
+    std::int64_t event = 0; ///< from 0, in the order of the file
+    CString text;           ///< the element as it stands there: AudioLevel "loud"
+};
+
 class ClipFileReader;
 
 /// What a scan left out and how its clips hang together. Filled beside the fixed results.
@@ -75,6 +82,7 @@ struct ScanReport {
     CArray<SkippedFile> skipped; ///< in the order in which the scan met them
     CArray<Take> takes;          ///< of the clips that were found
     CArray<ClipTold> told;       ///< of the clips, in the order in which they came
+    CArray<EventDoubt> doubts;   ///< of the edit lists that were read
 
     /// When set before the scan of a P2 card by a parser, and made for the same card: it keeps what
     /// the clips' metadata promise, and does not read them once more.

@@ -39,4 +39,8 @@ private:
     std::unique_ptr<State> m_state; ///< null when there was no memory for it
 };
 
+/// Removes what killed writers have left in a folder, this library's and its worker's, and nothing
+/// that somebody still writes. What cannot be removed stays.
+NQP2_API void RemoveAbandonedFiles(const std::string& folder) noexcept;
+
 } // namespace nqp2

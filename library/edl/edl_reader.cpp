@@ -4,6 +4,7 @@
 #include "edl/edl_reader.h"
 
 #include "edl/edl_layout.h"
+#include "edl/number_words.h"
 #include "media/element_paths.h"
 #include "media/families.h"
 #include "media/identifier.h"
@@ -23,6 +24,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace nqp2::edl {
 namespace {
@@ -71,6 +73,13 @@ private:
     GUID m_guid;
 };
 
+constexpr std::pair<EventPath, NumberForm> kNumbers[] = {
+    {EventPath::Offset, NumberForm::Whole},        {EventPath::Duration, NumberForm::Whole},
+    {EventPath::SourceOffset, NumberForm::Whole},  {EventPath::Channel, NumberForm::WholeEach},
+    {EventPath::AudioInOffset, NumberForm::Whole}, {EventPath::AudioOutOffset, NumberForm::Whole},
+    {EventPath::AudioLevel, NumberForm::RealEach},
+};
+
 /// The texts of one event; of none at all when there is no node.
 class EventTexts {
 public:
@@ -93,16 +102,31 @@ public:
             node != nullptr ? dom::Text(*node, scratch) : std::string_view();
         return text.empty() ? absent : ToInt32(text);
     }
+    /// The first element that is no number where one is wanted, as it stands; "" for none.
+    [[nodiscard]] CString Doubt() const {
+        constexpr std::size_t kMostShown = 80; // bytes
+        for (const auto& [path, form] : kNumbers) {
+            const dom::Node* const node = m_nodes[static_cast<std::size_t>(path)];
+            std::string scratch;
+            const std::string_view text =
+                node != nullptr ? dom::Text(*node, scratch) : std::string_view();
+            if (!IsNumeric(text, form)) {
+                return platform::TextFromUtf8(
+                    std::string(media::kEventPaths[static_cast<std::size_t>(path)]) + " \"" +
+                    std::string(text.substr(0, kMostShown)) + '"');
+            }
+        }
+        return {};
+    }
 
 private:
     RepeatedTexts& m_repeated;
     std::array<dom::Node*, media::kEventPathCount> m_nodes{};
 };
 
-/// Up to four words separated by blanks, each handed to `take` with its index.
+/// Up to kWords words separated by blanks, each handed to `take` with its index.
 template <class Take>
 void ForEachWord(const CString& text, Take take) {
-    constexpr int kWords = 4;
     std::wstring_view left = text.View();
     for (int i = 0; i < kWords; ++i) {
         left.remove_prefix(std::min(left.find_first_not_of(L' '), left.size()));
@@ -122,8 +146,7 @@ std::int32_t LastFrame(std::int32_t offset, std::int32_t duration) {
     return static_cast<std::int32_t>(std::clamp<std::int64_t>(last, Limits::min(), Limits::max()));
 }
 
-void ReadEvent(const dom::Node* node, RepeatedTexts& repeated, tag_P2EDLClipTrackEvent& event) {
-    const EventTexts texts(node, repeated);
+void ReadEvent(const EventTexts& texts, RepeatedTexts& repeated, tag_P2EDLClipTrackEvent& event) {
     event.Offset = texts.Number(EventPath::Offset);
     event.Duration = texts.Number(EventPath::Duration);
     event.P2SerialNo = texts[EventPath::SerialNo];
@@ -206,13 +229,17 @@ void CheckEvents(const dom::NodeList& events, const dom::Document& document) {
 
 /// A list without events yields one, made of nothing. Kept: hosts rely on it.
 void ReadEvents(CMarkupMSXML& reader, const std::string& path, xml::TextBudget& budget,
-                tag_P2EDL& edl) {
+                tag_P2EDL& edl, CArray<EventDoubt>* doubts) {
     const IXMLDOMNodeListPtr list = reader.GetDocumentPtr()->SelectNodes(path);
     CheckEvents(*list, *reader.GetDocumentPtr());
     edl.Events.SetSize(static_cast<std::int64_t>(std::max<std::size_t>(list->Length(), 1)));
     RepeatedTexts repeated(budget);
-    for (tag_P2EDLClipTrackEvent& event : edl.Events) {
-        ReadEvent(list->Next().get(), repeated, event);
+    for (std::int64_t i = 0; i < edl.Events.GetSize(); ++i) {
+        const EventTexts texts(list->Next().get(), repeated);
+        ReadEvent(texts, repeated, edl.Events[i]);
+        if (const CString doubt = doubts != nullptr ? texts.Doubt() : CString(); !doubt.IsEmpty()) {
+            doubts->Add({L"", i, doubt});
+        }
     }
 }
 
@@ -223,7 +250,7 @@ std::string EventsPath(const CString& schema) {
 
 } // namespace
 
-bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl) {
+bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl, CArray<EventDoubt>* doubts) {
     xml::TextBudget budget(*reader.GetDocumentPtr(), kMaxText);
     const HeadTexts head(*reader.GetDocumentPtr(), budget);
     edl.Duration = head.Number(EditPath::Duration);
@@ -239,7 +266,7 @@ bool ReadEditList(CMarkupMSXML& reader, tag_P2EDL& edl) {
     if (schema.Find(L"EditMetadata") < 0) {
         return false;
     }
-    ReadEvents(reader, EventsPath(schema), budget, edl);
+    ReadEvents(reader, EventsPath(schema), budget, edl, doubts);
     if (edl.IconPath.IsEmpty()) {
         edl.IconPath = edl.Events[0].Clip.IconPath;
     }

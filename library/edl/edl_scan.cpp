@@ -73,11 +73,13 @@ private:
         edl.Date = DateOf(m_info);
         edl.Name = file.title;
         const platform::MemoryWatch watch;
-        const bool isList = ReadEditList(m_reader, edl);
+        CArray<EventDoubt> doubts;
+        const bool isList = ReadEditList(m_reader, edl, m_remarks.AreWanted() ? &doubts : nullptr);
         watch.Require();
         if (!isList) {
             m_remarks.Add(file.path, SkipReason::NoEditList);
         } else if (FitsFolder(file, edl)) {
+            m_remarks.AddDoubts(edl.Name, std::move(doubts));
             m_edls.Add(std::move(edl));
         }
     }

@@ -119,4 +119,11 @@ std::string WholeFileWriter::Finish() noexcept {
     });
 }
 
+void RemoveAbandonedFiles(const std::string& folder) noexcept {
+    platform::Guarded([&] {
+        std::unique_ptr<platform::Folder> opened;
+        static_cast<void>(OpenSwept(platform::PathIn(folder, ""), opened));
+    });
+}
+
 } // namespace nqp2

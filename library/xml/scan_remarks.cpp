@@ -106,4 +106,11 @@ void ScanRemarks::Append(SkippedFile file) {
     }
 }
 
+void ScanRemarks::AddDoubts(const CString& list, CArray<EventDoubt>&& doubts) {
+    for (EventDoubt& doubt : doubts) { // none where no report is wanted
+        doubt.list = list;
+        m_report->doubts.Add(std::move(doubt));
+    }
+}
+
 } // namespace nqp2::xml

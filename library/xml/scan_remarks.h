@@ -26,6 +26,8 @@ public:
     /// folder.
     void AddUnnamable(const CString& folder, const CString& title);
     void AddFolder(const CString& folder, const platform::IoStatus& status);
+    /// What events of a list say that its record does not hold.
+    void AddDoubts(const CString& list, CArray<EventDoubt>&& doubts);
 
 private:
     void Append(SkippedFile file);

@@ -150,8 +150,10 @@ void Label(std::vector<CardScan>& cards) {
 } // namespace
 
 ClipTold CardScan::ToldOf(const _tag_P2Clip& clip) const {
-    const auto index = &clip - clips.GetData();
-    return index < report.told.GetSize() ? report.told[index] : ClipTold();
+    const std::less<> before;
+    const _tag_P2Clip* const first = clips.GetData();
+    const bool isOwn = !before(&clip, first) && before(&clip, first + report.told.GetSize());
+    return isOwn ? report.told[&clip - first] : ClipTold();
 }
 
 const CardScan& CardScans::CardOf(const _tag_P2Clip& clip) const {

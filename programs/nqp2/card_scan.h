@@ -46,7 +46,7 @@ struct CardScan {
     /// Knows what the scan has learnt of the files. Null when nobody asks for them.
     std::unique_ptr<ClipFileReader> files = nullptr;
 
-    /// Of a clip of its own.
+    /// Of a record of `clips`; of any other, as if all were told.
     [[nodiscard]] ClipTold ToldOf(const _tag_P2Clip& clip) const;
 };
 

@@ -116,7 +116,8 @@ void AddReportCommand(const Command& program) {
     command.CardArguments(options.scan.cards);
     command
         .ValueOption("-o,--output", options.page, "PAGE",
-                     "The file to write, .html; - for standard output")
+                     "The file to write, .html, in the place of an older one; - for standard\n"
+                     "output")
         .Required();
     command.Flag("--recursive", options.scan.recursive,
                  "Show every card in these folders and below");

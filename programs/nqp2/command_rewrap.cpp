@@ -9,6 +9,7 @@
 #include "nqp2/rewrap_plans.h"
 
 #include "NQP2ParserU/TextBytes.h"
+#include "NQP2ParserU/WholeFile.h"
 
 #include <fmt/format.h>
 
@@ -35,6 +36,15 @@ struct RewrapOptions {
 
     /// Whether one file is asked for, not several in a folder.
     [[nodiscard]] bool IsOne() const { return !wish.clip.empty() || !wish.editList.empty(); }
+    /// Where they go.
+    [[nodiscard]] std::string Folder() const {
+        const std::string above = fs::path(output).parent_path().native();
+        return !IsOne() ? folder : above.empty() ? "." : above;
+    }
+    /// What it is called that files are asked for of.
+    [[nodiscard]] std::string Subject() const {
+        return wish.all ? cards.front() : wish.clip + wish.editList + wish.playlist;
+    }
 };
 
 [[noreturn]] void ThrowUsage(const std::string& problem) {
@@ -88,44 +98,88 @@ void MakeFiles(Console& console, const RewrapOptions& options, TransferWatch& wa
     if (!options.IsOne()) {
         MakeFolder(options.folder);
     }
-    WorkerSession session(options.worker);
-    watch.Follow(*session.operator->());
-    RewrapFiles(session, watch, run, [&](const RewrappedFile& file) {
-        for (const CString& remark : file.result.remarks) {
-            watch.Shown().Remark(fmt::format("{}: {}", file.plan->name, BytesFromText(remark)));
-        }
-        if (!options.json) {
-            PrintRewrapped(console, file);
-        }
-    });
+    {
+        WorkerSession session(options.worker);
+        watch.Follow(*session.operator->());
+        RewrapFiles(session, watch, run, [&](const RewrappedFile& file) {
+            for (const CString& remark : file.result.remarks) {
+                watch.Shown().Remark(fmt::format("{}: {}", file.plan->name, BytesFromText(remark)));
+            }
+            if (!options.json) {
+                PrintRewrapped(console, file);
+            }
+        });
+    }
+    if (run.hasLostWorker) { // which is gone by now
+        RemoveAbandonedFiles(options.Folder());
+    }
 }
 
-Status RunRewrap(Console& console, const RewrapOptions& options) {
-    RequireSense(options);
-    const rewrap::Form& form = FormOf(options);
+ScanOptions ScanFor(const RewrapOptions& options) {
     ScanOptions scan;
     scan.cards = options.cards;
     scan.worker = options.worker;
     scan.withFiles = true;
     scan.entry = {kP2Cards | kAvchdCards};
-    const CardScans scans = ScanCards(console, scan);
+    return scan;
+}
+
+RewrapPlans PlansFor(Console& console, const CardScans& scans, const RewrapOptions& options,
+                     const rewrap::Form& form) {
     RewrapPlans made = PlanRewrap(console, scans, options.wish);
     if (options.IsOne()) {
         SetTarget(made.plans.front(), form, options.output);
     } else {
         SetTargets(made.plans, form, options.folder);
     }
+    return made;
+}
+
+/// What throws is in the document as well as told.
+template <class Work, class Print>
+auto WithDocument(const RewrapOptions& options, Work work, Print print) {
+    try {
+        return work();
+    } catch (const Failure& failure) {
+        if (options.json) {
+            print(failure);
+        }
+        throw;
+    }
+}
+
+/// A document about nothing but why there is no file.
+void PrintRefusal(Console& console, const RewrapOptions& options, const Failure& failure) {
+    rewrap::Plan plan;
+    plan.name = options.Subject();
+    plan.failure = failure.what();
+    if (options.IsOne()) {
+        PrintRewrap(console, NewRun({plan}), {});
+    } else {
+        PrintRewrap(console, {}, {{plan.name, plan.failure}});
+    }
+}
+
+Status RunRewrap(Console& console, const RewrapOptions& options) {
+    RequireSense(options);
+    const rewrap::Form& form = FormOf(options);
+    const CardScans scans = ScanCards(console, ScanFor(options));
+    const RewrapPlans made = WithDocument(
+        options, [&] { return PlansFor(console, scans, options, form); },
+        [&](const Failure& failure) { PrintRefusal(console, options, failure); });
     RewrapRun run = NewRun(made.plans);
     TransferWatch watch(options.progress);
     TellPlans(watch.Shown(), run, made.losses);
+    const auto print = [&] { PrintRewrap(console, run, made.losses); };
     if (!options.dryRun) {
-        MakeFiles(console, options, watch, run);
+        WithDocument(
+            options, [&] { MakeFiles(console, options, watch, run); },
+            [&](const Failure&) { print(); });
     } else if (!options.json) {
         PrintPlans(console, run);
     }
     if (options.json) {
-        PrintRewrap(console, run, made.losses);
-        console.Finish();
+        print();
     }
     if (!options.dryRun && !options.IsOne()) {
         TellEnd(watch.Shown(), run);

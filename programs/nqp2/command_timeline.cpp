@@ -109,12 +109,13 @@ timeline::BuildOptions BuildOptionsOf(const TimelineOptions& options) {
 
 timeline::CardView ViewOf(const CardScan& scan, bool isRelative) {
     timeline::CardView view = {scan.card.Root(), scan.kind, &scan.clips, &scan.report,
-                               scan.files.get(), {},        {}};
+                               scan.files.get(), {},        {},          {}};
     view.name = std::filesystem::path(scan.card.Folder()).filename().native();
     view.pathOf = [isRelative](const CString& path) {
         const std::string whole = OutputPath(path);
         return isRelative && !whole.empty() ? WithoutLinks(whole) : whole;
     };
+    view.hasTimecode = [&scan](const _tag_P2Clip& clip) { return scan.ToldOf(clip).startTimecode; };
     return view;
 }
 
@@ -129,13 +130,13 @@ public:
         if (timeline) {
             CheckStart(*timeline, remarks);
             std::vector<Timeline> parts = PartsFor(m_form, std::move(*timeline), remarks);
-            m_output.RequireRoom(name, parts.size());
-            for (const Timeline& part : parts) {
-                const std::string path =
-                    m_output.Write(name, m_form, part, m_options.relative, remarks);
+            const std::vector<std::string> paths = m_output.PathsFor(name, m_form, parts.size());
+            for (std::size_t i = 0; i < parts.size(); ++i) {
+                const Timeline& part = parts[i];
+                m_output.Write(paths[i], m_form, part, m_options.relative, remarks);
                 if (parts.size() > 1) {
                     m_console.Message(fmt::format(
-                        "{}: {} event{} at {:.5g} frames a second", path, part.events.size(),
+                        "{}: {} event{} at {:.5g} frames a second", paths[i], part.events.size(),
                         part.events.size() == 1 ? "" : "s", part.rate.PerSecond()));
                 }
             }
@@ -180,7 +181,13 @@ Status WriteBin(Console& console, const TimelineOptions& options, const CardScan
 }
 
 Status WriteLists(Console& console, const TimelineOptions& options, const CardScan& scan) {
-    const TimelineLists lists(scan, options.lists);
+    TimelineLists lists(scan);
+    try {
+        lists.Choose(options.lists);
+    } catch (const Failure&) { // perhaps because of what could not be read
+        TellLosses(console, lists.Report(), false);
+        throw;
+    }
     TimelineRun run(console, options, lists.Chosen().size());
     const timeline::CardView view = ViewOf(scan, options.relative);
     const timeline::BuildOptions build = BuildOptionsOf(options);
@@ -189,6 +196,12 @@ Status WriteLists(Console& console, const TimelineOptions& options, const CardSc
         std::optional<Timeline> made =
             scan.kind == CardKind::P2 ? FromEditList(view, *list, build, remarks)
                                       : std::optional(FromPlaylist(view, *list, build, remarks));
+        for (const EventDoubt& doubt : lists.Report().doubts) {
+            if (doubt.list == list->Name) {
+                remarks.AddEvent(static_cast<std::size_t>(doubt.event) + 1,
+                                 BytesFromText(doubt.text) + " is not understood");
+            }
+        }
         run.Write(BytesFromText(list->Name), std::move(made), remarks);
     }
     const Status status = TellLosses(console, lists.Report(), options.strict);
@@ -239,7 +252,8 @@ void AddTimelineCommand(const Command& program) {
         .Required(false);
     command
         .ValueOption("-o,--output", options.output, "FILE",
-                     "The file to write; for several lists a folder; - for standard output")
+                     "The file to write, which must not be there; for several lists a folder;\n"
+                     "- for standard output")
         .Required();
     command
         .ValueOption("-f,--form", options.form, "FORM",

@@ -18,4 +18,15 @@ void MakeFolder(const std::string& folder) {
     }
 }
 
+void RequireNew(const std::string& file) {
+    std::error_code error;
+    const std::filesystem::file_type type = std::filesystem::symlink_status(file, error).type();
+    if (type == std::filesystem::file_type::none) {
+        throw Failure(file, "cannot be looked for", error.message());
+    }
+    if (type != std::filesystem::file_type::not_found) {
+        throw Failure(file, "is there already", "nothing is replaced");
+    }
+}
+
 } // namespace nqp2::tool

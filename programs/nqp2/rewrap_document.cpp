@@ -160,6 +160,7 @@ void PrintRewrap(Console& console, const RewrapRun& run, const std::vector<Loss>
                               {"version", kJsonVersion},
                               {"files", std::move(files)},
                               {"lost", std::move(lost)}});
+    console.Finish();
 }
 
 void PrintPlans(Console& console, const RewrapRun& run) {

@@ -64,7 +64,8 @@ public:
     std::vector<Plan> Make() {
         if (!m_wish.editList.empty()) {
             const FoundList found = FindList(m_console, m_scans, CardKind::P2, m_wish.editList);
-            return {PlanEditList(m_reader, m_scans, *found.list, m_wish.plan)};
+            return {
+                PlanEditList(m_reader, m_scans, *found.list, found.lists->Report(), m_wish.plan)};
         }
         const rewrap::Recordings recordings(m_scans, m_wish.noTake);
         if (!m_wish.clip.empty()) {

@@ -29,40 +29,7 @@ std::string NamesOf(const CArray<tag_P2EDL>& lists) {
 
 } // namespace
 
-TimelineLists::TimelineLists(const CardScan& scan, const std::vector<std::string>& names) {
-    Read(scan);
-    for (const tag_P2EDL& list : m_lists) {
-        if (names.empty()) {
-            m_chosen.push_back(&list);
-        }
-    }
-    for (const std::string& name : names) {
-        const std::size_t before = m_chosen.size();
-        for (const tag_P2EDL& list : m_lists) {
-            if (list.Name.CompareNoCase(TextFromBytes(name)) == 0) {
-                m_chosen.push_back(&list);
-            }
-        }
-        if (m_chosen.size() == before) {
-            throw Failure(name, "is no edit list or playlist of " + scan.card.Folder(),
-                          m_lists.IsEmpty() ? "there are none" : "there are " + NamesOf(m_lists));
-        }
-    }
-    if (m_chosen.empty()) {
-        throw Failure(scan.card.Folder(), "has no edit lists or playlists",
-                      "--bin takes its clips");
-    }
-}
-
-const tag_P2EDL* TimelineLists::Find(const std::string& name) const {
-    const CString text = TextFromBytes(name);
-    const auto found = std::find_if(m_lists.begin(), m_lists.end(), [&](const tag_P2EDL& list) {
-        return list.Name.CompareNoCase(text) == 0;
-    });
-    return found == m_lists.end() ? nullptr : &*found;
-}
-
-void TimelineLists::Read(const CardScan& scan) {
+TimelineLists::TimelineLists(const CardScan& scan) : m_folder(scan.card.Folder()) {
     ReadyParser parser;
     const CString& root = scan.card.Root();
     // What fails has no such lists; what cannot be read is in the report.
@@ -81,6 +48,37 @@ void TimelineLists::Read(const CardScan& scan) {
                      [](const tag_P2EDL& left, const tag_P2EDL& right) {
                          return left.Name.CompareNoCase(right.Name) < 0;
                      });
+}
+
+void TimelineLists::Choose(const std::vector<std::string>& names) {
+    for (const tag_P2EDL& list : m_lists) {
+        if (names.empty()) {
+            m_chosen.push_back(&list);
+        }
+    }
+    for (const std::string& name : names) {
+        const std::size_t before = m_chosen.size();
+        for (const tag_P2EDL& list : m_lists) {
+            if (list.Name.CompareNoCase(TextFromBytes(name)) == 0) {
+                m_chosen.push_back(&list);
+            }
+        }
+        if (m_chosen.size() == before) {
+            throw Failure(name, "is no edit list or playlist of " + m_folder,
+                          m_lists.IsEmpty() ? "there are none" : "there are " + NamesOf(m_lists));
+        }
+    }
+    if (m_chosen.empty()) {
+        throw Failure(m_folder, "has no edit lists or playlists", "--bin takes its clips");
+    }
+}
+
+const tag_P2EDL* TimelineLists::Find(const std::string& name) const {
+    const CString text = TextFromBytes(name);
+    const auto found = std::find_if(m_lists.begin(), m_lists.end(), [&](const tag_P2EDL& list) {
+        return list.Name.CompareNoCase(text) == 0;
+    });
+    return found == m_lists.end() ? nullptr : &*found;
 }
 
 } // namespace nqp2::tool

@@ -15,12 +15,12 @@ namespace nqp2::tool {
 /// The edit lists or playlists of a card.
 class TimelineLists {
 public:
-    /// Reads all; `names`, in any letter case, choose, all when there are none. Throws the failure
-    /// to report for a name that none has, and when there are no lists.
-    TimelineLists(const CardScan& scan, const std::vector<std::string>& names);
-
     /// Reads all and chooses none.
-    explicit TimelineLists(const CardScan& scan) { Read(scan); }
+    explicit TimelineLists(const CardScan& scan);
+
+    /// `names`, in any letter case, choose, all when there are none. Throws the failure to report
+    /// for a name that none has, and when there are no lists.
+    void Choose(const std::vector<std::string>& names);
 
     /// The one of that name, in any letter case; null when there is none.
     [[nodiscard]] const tag_P2EDL* Find(const std::string& name) const;
@@ -30,8 +30,7 @@ public:
     [[nodiscard]] const ScanReport& Report() const { return m_report; }
 
 private:
-    void Read(const CardScan& scan);
-
+    std::string m_folder; ///< of the card
     CArray<tag_P2EDL> m_lists;
     ScanReport m_report;
     std::vector<const tag_P2EDL*> m_chosen;

@@ -43,24 +43,37 @@ TimelineOutput::TimelineOutput(Console& console, const std::string& output, bool
     }
 }
 
-void TimelineOutput::RequireRoom(const std::string& name, std::size_t documents) const {
-    if (IsStandardOutput() && documents > 1) {
-        throw Failure(name, fmt::format("takes {} files", documents),
-                      "standard output is one: give a file");
+std::vector<std::string> TimelineOutput::PathsFor(const std::string& name,
+                                                  const timeline::Form& form,
+                                                  std::size_t documents) {
+    if (IsStandardOutput()) {
+        if (documents > 1) {
+            throw Failure(name, fmt::format("takes {} files", documents),
+                          "standard output is one: give a file");
+        }
+        return {m_output};
     }
+    std::vector<std::string> paths;
+    for (std::size_t i = 0; i < documents; ++i) {
+        paths.push_back(FreePath(name, form));
+        RequireNew(paths.back());
+    }
+    return paths;
 }
 
-std::string TimelineOutput::Write(const std::string& name, const timeline::Form& form,
-                                  const timeline::Timeline& timeline, bool isRelative,
-                                  timeline::Remarks& remarks) {
+void TimelineOutput::Write(const std::string& path, const timeline::Form& form,
+                           const timeline::Timeline& timeline, bool isRelative,
+                           timeline::Remarks& remarks) {
     if (IsStandardOutput()) {
         timeline::Document document([this](std::string_view piece) { m_console.Write(piece); }, "");
         form.write(timeline, document, remarks);
         m_console.Finish();
-        return m_output;
+        return;
     }
-    const std::string path = FreePath(name, form);
     const std::string folder = fs::path(path).parent_path().native();
+    if (!folder.empty()) {
+        MakeFolder(folder);
+    }
     WholeFileWriter file(path);
     timeline::Document document([&](std::string_view piece) { file.Write(piece); },
                                 isRelative ? WithoutLinks(folder.empty() ? "." : folder) : "");
@@ -68,7 +81,6 @@ std::string TimelineOutput::Write(const std::string& name, const timeline::Form&
     if (const std::string reason = file.Finish(); !reason.empty()) {
         throw Failure(path, "cannot be written", reason);
     }
-    return path;
 }
 
 std::string TimelineOutput::FreePath(const std::string& name, const timeline::Form& form) {

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace nqp2::tool {
 
@@ -24,12 +25,13 @@ public:
 
     /// Whether the user named the file itself.
     [[nodiscard]] bool IsFile() const { return !m_isFolder && !IsStandardOutput(); }
-    /// Throws the failure to report when a list's documents cannot all be written.
-    void RequireRoom(const std::string& name, std::size_t documents) const;
-    /// Writes a document of that list; returns its path.
-    std::string Write(const std::string& name, const timeline::Form& form,
-                      const timeline::Timeline& timeline, bool isRelative,
-                      timeline::Remarks& remarks);
+    /// Where so many documents of a list go. Throws the failure to report when they cannot all be
+    /// written: nothing that is there is replaced.
+    std::vector<std::string> PathsFor(const std::string& name, const timeline::Form& form,
+                                      std::size_t documents);
+    /// Writes a document to a path of those.
+    void Write(const std::string& path, const timeline::Form& form,
+               const timeline::Timeline& timeline, bool isRelative, timeline::Remarks& remarks);
 
 private:
     [[nodiscard]] bool IsStandardOutput() const { return m_output == kStandardOutput; }

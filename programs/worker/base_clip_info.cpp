@@ -19,9 +19,9 @@
 #include "platform/file_system.h"
 #include "platform/place.h"
 #include "platform/unicode.h"
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
+#include "worker/base/media_file.h"
 #include "worker/clip_metadata.h"
-#include "worker/media_file.h"
 
 #include <algorithm>
 #include <cstring>

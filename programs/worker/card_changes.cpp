@@ -4,7 +4,7 @@
 #include "worker/card_requests.h"
 
 #include "platform/unicode.h"
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
 #include "worker/clip_files.h"
 
 #include <cstdint>

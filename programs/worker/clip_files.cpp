@@ -5,7 +5,7 @@
 
 #include "platform/case_fold.h"
 #include "platform/unicode.h"
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
 
 #include <algorithm>
 #include <string_view>

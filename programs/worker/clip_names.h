@@ -4,7 +4,7 @@
 #pragma once
 
 #include "NQP2ParserU/CString.h"
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
 #include "worker/clip_files.h"
 
 #include <memory>

@@ -4,7 +4,7 @@
 #include "worker/essence_file.h"
 
 #include "platform/guard.h"
-#include "worker/media_loader.h"
+#include "worker/base/media_loader.h"
 
 #include <algorithm>
 #include <utility>

@@ -6,8 +6,8 @@
 #include "copy/failure.h"
 #include "copy/piece_check.h"
 #include "platform/folder.h"
+#include "worker/base/media_module.h"
 #include "worker/essence_ends.h"
-#include "worker/media_module.h"
 
 #include <cstdint>
 #include <memory>

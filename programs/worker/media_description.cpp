@@ -7,8 +7,8 @@
 #include "media/rates.h"
 #include "media/track_texts.h"
 #include "platform/unicode.h"
-#include "worker/card_folder.h"
-#include "worker/media_file.h"
+#include "worker/base/card_folder.h"
+#include "worker/base/media_file.h"
 
 namespace nqp2::worker {
 namespace {

@@ -4,8 +4,8 @@
 #include "worker/picture_maker.h"
 
 #include "copy/failure.h"
-#include "worker/bounded_file.h"
-#include "worker/card_folder.h"
+#include "worker/base/bounded_file.h"
+#include "worker/base/card_folder.h"
 
 #include <algorithm>
 #include <array>

@@ -6,7 +6,7 @@
 #include "NQP2ParserU/XmlLimits.h"
 #include "platform/case_fold.h"
 #include "platform/unicode.h"
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
 
 #include <algorithm>
 

@@ -4,7 +4,7 @@
 #include "worker/transfer.h"
 
 #include "platform/case_fold.h"
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
 
 #include <algorithm>
 

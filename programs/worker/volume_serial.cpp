@@ -6,7 +6,7 @@
 #include "copy/failure.h"
 #include "platform/descriptor.h"
 #include "platform/unicode.h"
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
 
 #include <blkid/blkid.h>
 #include <fcntl.h>

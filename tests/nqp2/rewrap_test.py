@@ -75,7 +75,7 @@ class PlanTest(ListCardTest):
                 ("p2", "0013SB", 3, "frames", (25, 1), True, "06:00:00:00", 4, []),
                 ("avchd", "00003", 1, "bytes", (50, 1), False, "00:10:00:48", 1, [0]),
                 ("avchd", "00005", 2, "bytes", ntsc, True, "00:59:58;10", 1, [0]),
-                ("avchd", "00006", 1, "bytes", (24000, 1001), False, "00:00:00:00", 0, [0])):
+                ("avchd", "00006", 1, "bytes", (24000, 1001), False, "", 0, [0])):
             with self.subTest(clip):
                 card = sample(kind) / ("PRIVATE" if kind == "avchd" else "")
                 file = self.plan(card, "--clip", clip)
@@ -211,7 +211,15 @@ class PlanTest(ListCardTest):
                 ((event(0, 9, more="<AudioInOffset>2</AudioInOffset>"),), (),
                  "event 1: has sound that begins or ends elsewhere"),
                 ((event(0, 9, more="<AudioLevel>1 0.25</AudioLevel>"),), (),
-                 "event 1: has sound at a level of 0.25"))):
+                 "event 1: has sound at a level of 0.25"),
+                ((event(0, 9, channels="1"),), (), [("0001AA", 0, 9)]),
+                ((event(0, 9, channels="0 2"),), (), "event 1: wants channel 3 of 0001AA on output 2"),
+                ((event(0, 9, channels="one"),), (), 'event 1: is not understood (Source/Channel "one")'),
+                ((event(0, 9, channels="0 1 0 1 0"),), (), "event 1: is not understood (Source/Channel"),
+                ((event(0, 5), event(5, 9, more="<AudioLevel>x</AudioLevel>")), (),
+                 'event 2: is not understood (AudioLevel "x")'),
+                ((event(0, 9, more="<AudioLevel> 1.0 +1 1e0 </AudioLevel>"),), (), [("0001AA", 0, 9)]),
+                ((event("x", 9),), (), 'event 1: is not understood (Offset "x")'))):
             with self.subTest(case):
                 self.add_list("P001AB", *events, start="01:00:00:00")
                 arguments = (a, b, "--edl", "p001ab", *options)
@@ -262,6 +270,27 @@ class PlanTest(ListCardTest):
         result = run("rewrap", self.card.path, "--edl", "MANY", "-o", self.folder / "x.mov")
         self.assertEqual((result.returncode, result.stderr.count("\n")), (1, 2))
         self.assertRegex(result.stderr, r"MANY.XML: skipped \(.*\nnqp2: MANY: is no edit list")
+
+    def test_refusals_are_in_the_document_too(self):
+        self.add_clip("0001AA", duration=10)
+        self.add_clip("0002DV", duration=10, codec="DV25_420")
+        self.add_list("P001AB", self.event(0, 9, more="<AudioLevel>0.25</AudioLevel>"))
+        card = self.card.path
+        for arguments, name, failure in (
+                (("--clip", "0009ZZ"), "0009ZZ", "0009ZZ: is no clip of "),
+                (("--edl", "P001AB"), "P001AB", "P001AB: event 1: has sound at a level of 0.25"),
+                (("--clip", "0002DV", "-f", "mp4"), "0002DV", "DV is not put into MP4 files; this "
+                 "recording can be put into MOV, MXF and MKV.")):
+            (file,), told = self.planned(card, *arguments, status=1)
+            self.assertEqual((file["name"], file["state"]), (name, "failed"))
+            self.assertTrue(file["failure"].startswith(failure), file["failure"])
+            self.assertIn(failure, told)
+        self.assertEqual(self.planned(card, "--playlist", "P9", status=1, to=card / "x")[0], [])
+        self.assertEqual([name for name, _ in self.lost], ["P9"])
+        (self.folder / "file").touch()
+        result = run("rewrap", card, "--all", "--to", self.folder / "file" / "x", "--json")
+        self.assertEqual((result.returncode, [file["state"] for file in
+                                              json.loads(result.stdout)["files"]]), (1, ["left"] * 2))
 
     def test_targets(self):
         self.add_clip("0001AA")
@@ -449,8 +478,7 @@ class OutputTest(CardTest):
             names = {file["name"] for file in document["files"] if file["state"] == "written"}
             self.assertLess(len(names), 3)
             self.assertIn("not begun: ", told.decode())
-            self.assertEqual({path.stem for path in to.iterdir()
-                              if number or not path.name.startswith(".")}, names)
+            self.assertEqual({path.stem for path in to.iterdir()}, names)
 
     def test_progress(self):
         told = run("rewrap", sample("avchd") / "PRIVATE", "--playlist", "00001", "--to",

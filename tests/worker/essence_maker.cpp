@@ -234,8 +234,11 @@ std::string TextAt(const AVDictionary* tags, const char* name) {
 Played Play(const std::string& path) {
     Played played;
     AVFormatContext* format = nullptr;
-    if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) < 0 ||
-        avformat_find_stream_info(format, nullptr) < 0) {
+    const bool isOpen = avformat_open_input(&format, path.c_str(), nullptr, nullptr) >= 0;
+    if (isOpen && format->nb_streams > 0) {
+        played.order = format->streams[0]->codecpar->field_order;
+    }
+    if (!isOpen || avformat_find_stream_info(format, nullptr) < 0) {
         avformat_close_input(&format);
         return played;
     }

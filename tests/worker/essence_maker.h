@@ -40,9 +40,10 @@ bool WriteTransportStream(const std::string& path, int pictures, double firstSec
 
 /// What a player makes of a file.
 struct Played {
-    std::string tag;                   ///< of the pictures
-    std::vector<std::size_t> pictures; ///< a hash of each
-    std::vector<std::string> sound;    ///< of each track, as it lies in the file
+    std::string tag;                       ///< of the pictures
+    std::vector<std::size_t> pictures;     ///< a hash of each
+    std::vector<std::string> sound;        ///< of each track, as it lies in the file
+    AVFieldOrder order = AV_FIELD_UNKNOWN; ///< as the file tells it
     std::string timecode;
     std::vector<std::string> marks;
     bool hasFault = false; ///< a decoder complained

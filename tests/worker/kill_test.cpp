@@ -4,8 +4,11 @@
 // The worker, and the library's process, killed at the system calls of a request; and calls of the
 // worker that fail. A few calls of each request are taken; NQP2_KILLS=1000 takes all.
 
+#include "NQP2ParserU/Rewrap.h"
 #include "tests/support/tracing.h"
+#include "tests/worker/essence_maker.h"
 #include "tests/worker/worker_stage.h"
+#include "worker/essence_file.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -79,9 +82,43 @@ bool Record(const WorkerStage& stage, OpenParser& parser) {
            parser.AddFrame(units[1]) && parser.StopRTExport(0, 0) == 1;
 }
 
+/// A camera's file that lies on none of the cards.
+const std::string& PartOfARecording() {
+    static const test::TempFolder folder;
+    static const std::string path = [] {
+        std::unique_ptr<platform::Folder> opened;
+        EXPECT_TRUE(platform::Files().OpenFolder(folder.Path(), opened));
+        VideoFormat format;
+        format.width = kDv25Pal.width;
+        format.height = kDv25Pal.height;
+        format.interlaced = true;
+        format.rate = {25, 1};
+        format.timecode = "00:00:00:00";
+        EssenceFile file(*opened, "part.MXF", format);
+        for (const std::string& unit : EncodePictures(kDv25Pal, 2)) {
+            file.Add(unit);
+        }
+        file.Finish(0);
+        file.Commit();
+        return folder.Path("part.MXF");
+    }();
+    return path;
+}
+
+bool MakePlayable(const WorkerStage& stage, OpenParser& parser) {
+    RewrapRequest request;
+    request.target = stage.To() + L"\\CONTENTS\\0001AB.mov";
+    RewrapPart part;
+    part.name = L"0001AB";
+    part.video = InterfaceRoot(PartOfARecording());
+    request.parts.Add(part);
+    RewrapResult result;
+    return nqp2::Rewrap(parser, request, result) == RewrapStatus::Written;
+}
+
 const Scenario kScenarios[] = {
     {"import", false, Import}, {"export", false, Export},       {"delete", true, Delete},
-    {"icon", true, MakeIcon},  {"record", false, Record, true},
+    {"icon", true, MakeIcon},  {"record", false, Record, true}, {"rewrap", false, MakePlayable},
 };
 
 class KillTest : public testing::TestWithParam<Scenario> {

@@ -4,8 +4,8 @@
 #include "tests/support/print_text.h"
 #include "tests/worker/media_bytes.h"
 #include "tests/worker/transfer_fixture.h"
+#include "worker/base/media_file.h"
 #include "worker/card_requests.h"
-#include "worker/media_file.h"
 
 #include <ctime>
 #include <gmock/gmock.h>

@@ -6,7 +6,7 @@
 #include "NQP2ParserU/PathText.h"
 #include "tests/worker/media_bytes.h"
 #include "tests/worker/transfer_fixture.h"
-#include "worker/bounded_file.h"
+#include "worker/base/bounded_file.h"
 
 #include <chrono>
 #include <cmath>

@@ -8,7 +8,7 @@
 #include "tests/support/print_text.h"
 #include "tests/worker/essence_maker.h"
 #include "tests/worker/transfer_fixture.h"
-#include "worker/media_file.h"
+#include "worker/base/media_file.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

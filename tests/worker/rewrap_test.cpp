@@ -216,6 +216,11 @@ protected:
         EXPECT_EQ(played.pictures, m_source.pictures);
         EXPECT_TRUE(request.container != RewrapContainer::Mov || played.tag == row.tag)
             << played.tag;
+        const AVFieldOrder order = row.encoding.height < 720 ? AV_FIELD_BB
+                                   : row.interlaced          ? AV_FIELD_TT
+                                                             : AV_FIELD_PROGRESSIVE;
+        EXPECT_TRUE(request.container != RewrapContainer::Mov || played.order == order)
+            << played.order;
         EXPECT_TRUE(*row.timecode == '\0' || played.timecode == row.timecode) << played.timecode;
         EXPECT_EQ(played.marks.size(), request.container == RewrapContainer::Mxf ? 0U : 2U);
         EXPECT_EQ(m_result.frames, std::uint32_t{kFrames});
@@ -457,6 +462,37 @@ TEST_F(RewrapTest, BareUnitsOfAvcIntraPlayInEveryContainer) {
     }
 }
 
+/// A sector that a medium has lost reads as zeros or as something else that was there.
+TEST_F(RewrapTest, PicturesWithALostSectorAreAnErrorThatNamesThem) {
+    constexpr std::size_t kSector = 512;
+    const CodecRow* const rows[] = {&kCodecRows[0], &kCodecRows[6], &kCodecRows[11],
+                                    &kCodecRows[13]};
+    for (const CodecRow* const row : rows) {
+        std::vector<std::string> units = EncodePictures(row->encoding, 3);
+        const bool isDv = !units.empty() && units[1][0] != 0;
+        const std::string good = units.empty() ? "" : units[1];
+        // The first sector of AVC-Intra holds what all other pictures have, too.
+        for (std::size_t at = isDv ? 0 : 2 * kSector; at < good.find_last_not_of('\0');
+             at += good.size() / 23) {
+            SCOPED_TRACE(std::string(row->tag) + " " + std::to_string(at));
+            const bool isPadding = good.find_first_not_of('\0', at) > at + kSector;
+            if (isPadding || good.find_first_not_of('\0', at + kSector) == std::string::npos) {
+                continue;
+            }
+            // Noise within a piece of H.264 is seen by who decodes it.
+            const std::string lost[] = {std::string(kSector, '\0'), Samples(256, 16, 1)};
+            for (std::size_t kind = 0; kind < (isDv ? 2U : 1U); ++kind) {
+                units[1] = std::string(good).replace(at, kSector, lost[kind]);
+                RewrapRequest request =
+                    Request(RewrapContainer::Mov, row->encoding, row->interlaced);
+                request.parts.Add(Part("0001AA", row->encoding, row->interlaced, units, {}));
+                EXPECT_THAT(Make(request),
+                            HasSubstr("0001AA is damaged or cut off at picture 1: "));
+            }
+        }
+    }
+}
+
 class SplitRewrapTest : public RewrapTest {
 protected:
     /// The packets of a file from one share of it to another.
@@ -501,11 +537,19 @@ TEST_F(SplitRewrapTest, SplitStreamsAreOneAndWhatIsMissingIsTold) {
     const auto part = [&](const std::string& of, double from, double to) {
         return Stretch(of, from, to);
     };
+    const std::string bytes = FilesBelow(m_from.Path()).at("whole.mts");
+    const std::size_t middle = bytes.size() / 192 / 2 * 192;
+    m_from.Write("zeroed.mts", std::string(bytes).replace(middle + 1000, 300, 300, '\0'));
+    m_from.Write("lost.mts", std::string(bytes).replace(middle + 5, 1, "\xC1"));
+    const std::string lost = "0.000000 is damaged at byte " + std::to_string(middle + 5);
     const struct {
         std::vector<RewrapPart> parts;
         std::uint32_t promised;
         const char* error;
     } kRows[] = {
+        {{part("zeroed.mts", 0, 1)}, 0, "0.000000 is damaged at byte "},
+        {{part("zeroed.mts", 0, 0.3), part("zeroed.mts", 0.3, 1)}, 0, "0.300000 is damaged at"},
+        {{part("lost.mts", 0, 1)}, 0, lost.c_str()},
         {{part("whole.mts", 0, 1)}, 75, ""},
         {{part("whole.mts", 0, 0.4), part("whole.mts", 0.4, 0.41), part("whole.mts", 0.41, 1)},
          75,

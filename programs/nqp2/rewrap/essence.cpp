@@ -118,15 +118,18 @@ Essence EssenceReader::Of(const _tag_P2Clip& clip) {
     }
     essence.isStream = card.kind == CardKind::Avchd;
     essence.isIntra = IsIntra(clip);
+    essence.picture = PictureEssence(clip);
     essence.codec = TextFromBytes(tool::CodecAndClass(clip));
     essence.rate = RateOfFile(clip, metadata);
     essence.isInterlaced = IsCodedInterlaced(clip);
     ReadAspect(clip.AspectRatio, essence.aspectWidth, essence.aspectHeight);
     AddTimes(clip, essence);
+    const ClipTold told = card.ToldOf(clip);
+    essence.start = told.startTimecode ? essence.start : -1;
     essence.title = tool::OwnTitle(clip);
-    essence.date = BytesFromText(
-        IsoDate(metadata.shoot.startDate.IsEmpty() ? clip.StartDate : metadata.shoot.startDate,
-                card.ToldOf(clip).startZone));
+    const CString recorded = told.startDate ? clip.StartDate : CString();
+    essence.date = BytesFromText(IsoDate(
+        metadata.shoot.startDate.IsEmpty() ? recorded : metadata.shoot.startDate, told.startZone));
     essence.soundTexts = SoundTexts(clip, metadata, static_cast<int>(essence.sounds.GetSize()));
     AddMemos(metadata, essence);
     return essence;

@@ -10,10 +10,12 @@
 #include "NQP2ParserU/CStringArray.h"
 #include "NQP2ParserU/FrameRate.h"
 #include "NQP2ParserU/P2Clip.h"
+#include "NQP2ParserU/RewrapEssence.h"
 
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,10 +27,11 @@ struct Essence {
     CString video;       ///< interface path as the worker takes it
     CStringArray sounds; ///< the same, by channel; none where the video's file holds them
     std::uint64_t bytes = 0;
-    bool isStream = false; ///< whose parts are joined byte by byte
-    bool isIntra = false;  ///< whether each picture stands alone
-    CString codec;         ///< with its class
-    FrameRate rate;        ///< of the pictures in the file; 0 frames when unknown
+    bool isStream = false;                ///< whose parts are joined byte by byte
+    bool isIntra = false;                 ///< whether each picture stands alone
+    std::optional<RewrapEssence> picture; ///< what it is made of, as far as the cards tell
+    CString codec;                        ///< with its class
+    FrameRate rate;                       ///< of the pictures in the file; 0 frames when unknown
     bool isInterlaced = false;
     std::uint32_t aspectWidth = 0;
     std::uint32_t aspectHeight = 0;

@@ -16,12 +16,27 @@
 #include <iterator>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace nqp2::rewrap {
 namespace {
 
 constexpr std::wstring_view kStandard[] = {L"DV25", L"DV50"}; ///< always fields
-constexpr std::wstring_view kIntra[] = {L"DV", L"AVC-I_"};
+constexpr std::pair<std::wstring_view, RewrapEssence> kPictures[] = {
+    {L"DV", RewrapEssence::Dv},
+    {L"AVC-I_", RewrapEssence::AvcIntra},
+    {L"AVC", RewrapEssence::H264}};
+constexpr std::pair<std::string_view, RewrapEssence> kSounds[] = {
+    {"PCM", RewrapEssence::Pcm}, {"LPCM", RewrapEssence::Pcm}, {"AC-3", RewrapEssence::Ac3}};
+
+/// The essence of the first row that the name begins with.
+template <class Rows, class Name>
+std::optional<RewrapEssence> EssenceIn(const Rows& rows, Name name) {
+    const auto* const found = std::find_if(std::begin(rows), std::end(rows), [&](const auto& row) {
+        return name.starts_with(row.first);
+    });
+    return found == std::end(rows) ? std::nullopt : std::optional(found->second);
+}
 
 template <class Names>
 bool BeginsWithOne(const CString& codec, const Names& names) {
@@ -91,8 +106,17 @@ bool IsCodedInterlaced(const _tag_P2Clip& clip) {
            (tellsRate ? codec.ends_with(L'i') : timeline::RateOf(clip).IsInterlaced());
 }
 
+std::optional<RewrapEssence> PictureEssence(const _tag_P2Clip& clip) {
+    return EssenceIn(kPictures, clip.CodecName.View());
+}
+
 bool IsIntra(const _tag_P2Clip& clip) {
-    return BeginsWithOne(clip.CodecName, kIntra);
+    const std::optional<RewrapEssence> essence = PictureEssence(clip);
+    return essence == RewrapEssence::Dv || essence == RewrapEssence::AvcIntra;
+}
+
+std::optional<RewrapEssence> SoundEssence(const std::string& text) {
+    return EssenceIn(kSounds, std::string_view(text));
 }
 
 void ReadAspect(const CString& text, std::uint32_t& width, std::uint32_t& height) {

@@ -8,8 +8,10 @@
 #include "NQP2ParserU/CString.h"
 #include "NQP2ParserU/FrameRate.h"
 #include "NQP2ParserU/P2Clip.h"
+#include "NQP2ParserU/RewrapEssence.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,8 +28,12 @@ FrameRate RateOfFile(const _tag_P2Clip& clip, const ClipMetadata& metadata);
 /// Whether its pictures are coded as fields.
 bool IsCodedInterlaced(const _tag_P2Clip& clip);
 
+/// What the picture is made of; nothing where its coder's name does not tell.
+std::optional<RewrapEssence> PictureEssence(const _tag_P2Clip& clip);
 /// Whether each picture stands alone.
 bool IsIntra(const _tag_P2Clip& clip);
+/// What a track of sound is made of, by SoundTexts; nothing where that does not tell.
+std::optional<RewrapEssence> SoundEssence(const std::string& text);
 
 /// "16:9" as two numbers, which stay 0 for a text that is none.
 void ReadAspect(const CString& text, std::uint32_t& width, std::uint32_t& height);

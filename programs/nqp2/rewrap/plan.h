@@ -8,6 +8,7 @@
 #include "nqp2/rewrap/recordings.h"
 #include "NQP2ParserU/P2EDL.h"
 #include "NQP2ParserU/Rewrap.h"
+#include "NQP2ParserU/RewrapEssence.h"
 
 #include <cstdint>
 #include <string>
@@ -23,6 +24,7 @@ struct Plan {
     RewrapRequest request;               ///< without target and container until these are set
     std::uint64_t bytes = 0;             ///< of the files that it is made of
     std::vector<std::string> soundTexts; ///< for people: what each track of sound is
+    CArray<RewrapEssence> tracks;        ///< what is known of them: less than there are, perhaps
     std::vector<std::string> remarks;    ///< what a person has to know, one sentence each
     std::string failure;                 ///< why it cannot be made; "" when it can
 
@@ -45,9 +47,9 @@ Plan PlanRecording(EssenceReader& reader, const Recording& recording, const Plan
 std::vector<Plan> PlanRecordings(EssenceReader& reader, const std::vector<Recording>& recordings,
                                  const PlanOptions& options);
 
-/// A file of an edit list, whose clips may be on all cards. Throws the failure to report, with the
-/// event, for what no file can hold that is not encoded anew.
+/// A file of an edit list, whose clips may be on all cards; the report is that of the lists. Throws
+/// the failure to report, with the event, for what no file can hold that is not encoded anew.
 Plan PlanEditList(EssenceReader& reader, const tool::CardScans& scans, const tag_P2EDL& list,
-                  const PlanOptions& options);
+                  const ScanReport& report, const PlanOptions& options);
 
 } // namespace nqp2::rewrap

@@ -25,12 +25,6 @@ using ListEvent = tag_P2EDLClipTrackEvent;
 
 constexpr const char* kAnew = "that would have to be encoded anew";
 
-/// A name from a list, which may be of any length.
-std::string Shown(const CString& name) {
-    constexpr std::size_t kMostBytes = 80;
-    return timeline::CutText(BytesFromText(name), kMostBytes);
-}
-
 /// The events of one list, each checked for what one file can hold.
 class EditListPlan {
 public:
@@ -84,9 +78,10 @@ private:
         CheckPlace(event);
         const _tag_P2Clip* const clip = clips.Find(event);
         if (clip == nullptr) {
-            Refuse(fmt::format("{}{} is on none of the cards", Shown(event.ClipName),
-                               event.P2SerialNo.IsEmpty() ? ""
-                                                          : " of card " + Shown(event.P2SerialNo)));
+            Refuse(fmt::format("{}{} is on none of the cards", timeline::ShortName(event.ClipName),
+                               event.P2SerialNo.IsEmpty()
+                                   ? ""
+                                   : " of card " + timeline::ShortName(event.P2SerialNo)));
         }
         const Essence& essence = EssenceOf(*clip);
         if (!timeline::IsSame(essence.rate, rate)) {
@@ -141,7 +136,11 @@ private:
         if (level != std::end(event.AudioLevels)) {
             Refuse(fmt::format("has sound at a level of {:g}", *level), kAnew);
         }
-        if (event.AudioInOffset > 0 || event.AudioOutOffset > 0) {
+        constexpr std::int32_t kUntold = -1;
+        const auto isElsewhere = [](std::int32_t offset) {
+            return offset != 0 && offset != kUntold;
+        };
+        if (isElsewhere(event.AudioInOffset) || isElsewhere(event.AudioOutOffset)) {
             Refuse("has sound that begins or ends elsewhere than its picture", kAnew);
         }
     }
@@ -201,7 +200,13 @@ private:
 } // namespace
 
 Plan PlanEditList(EssenceReader& reader, const tool::CardScans& scans, const tag_P2EDL& list,
-                  const PlanOptions& options) {
+                  const ScanReport& report, const PlanOptions& options) {
+    const auto doubt = std::find_if(report.doubts.begin(), report.doubts.end(),
+                                    [&](const EventDoubt& each) { return each.list == list.Name; });
+    if (doubt != report.doubts.end()) {
+        throw Failure(fmt::format("{}: event {}", BytesFromText(list.Name), doubt->event + 1),
+                      "is not understood", BytesFromText(doubt->text));
+    }
     timeline::ClipIndex clips;
     for (const tool::CardScan& scan : scans.cards) {
         clips.Add(scan.clips);

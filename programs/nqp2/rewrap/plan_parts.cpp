@@ -3,6 +3,7 @@
 
 #include "nqp2/rewrap/plan_parts.h"
 
+#include "nqp2/rewrap/file_facts.h"
 #include "nqp2/timeline/builders.h"
 #include "nqp2/timeline/plain_text.h"
 #include "NQP2ParserU/ClipTimes.h"
@@ -68,6 +69,14 @@ void PlanParts::Begin(const Stretch& stretch) {
     if (!essence.sounds.IsEmpty()) { // of which an edit may use less
         m_plan.soundTexts.resize(static_cast<std::size_t>(stretch.sounds.GetSize()),
                                  essence.soundTexts.front());
+    }
+    if (essence.picture) {
+        m_plan.tracks.Add(*essence.picture);
+    }
+    for (const std::string& text : m_plan.soundTexts) {
+        if (const std::optional<RewrapEssence> sound = SoundEssence(text)) {
+            m_plan.tracks.Add(*sound);
+        }
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include "nqp2/rewrap/targets.h"
 
+#include "nqp2/output_folder.h"
 #include "nqp2/timeline/plain_text.h"
 #include "nqp2/worker_session.h"
 #include "NQP2ParserU/TextBytes.h"
@@ -14,7 +15,6 @@
 #include <iterator>
 #include <set>
 #include <string_view>
-#include <system_error>
 
 namespace nqp2::rewrap {
 namespace {
@@ -76,14 +76,7 @@ const char* NameOf(RewrapContainer container) {
 }
 
 void SetTarget(Plan& plan, const Form& form, const std::string& file) {
-    std::error_code error;
-    // A link that leads nowhere is there, too.
-    const fs::file_type type = fs::symlink_status(file, error).type();
-    if (type == fs::file_type::none || type != fs::file_type::not_found) {
-        throw Failure(file,
-                      type == fs::file_type::none ? "cannot be looked for" : "is there already",
-                      type == fs::file_type::none ? error.message() : "nothing is replaced");
-    }
+    tool::RequireNew(file);
     const fs::path path(file);
     if (path.filename().native().find('\\') != std::string::npos) {
         throw Failure(file, "is no name for a file on every system", "");
@@ -92,6 +85,7 @@ void SetTarget(Plan& plan, const Form& form, const std::string& file) {
     plan.request.target = tool::WorkerPath(folder.empty() ? "." : folder) + L"\\" +
                           TextFromBytes(path.filename().native());
     plan.request.container = form.container;
+    plan.failure = BytesFromText(RewrapObstacle(form.container, plan.tracks));
 }
 
 void SetTargets(std::vector<Plan>& plans, const Form& form, const std::string& folder) {

@@ -27,7 +27,8 @@ const Form* FindForm(const std::string& name);
 /// The name of a container.
 const char* NameOf(RewrapContainer container);
 
-/// Lets a plan go to a file. Throws the failure to report for one that is there.
+/// Lets a plan go to a file, unless that kind of file cannot hold it. Throws the failure to report
+/// for one that is there.
 void SetTarget(Plan& plan, const Form& form, const std::string& file);
 /// Lets plans go to files in a folder, named after them, each its own. Throws as above.
 void SetTargets(std::vector<Plan>& plans, const Form& form, const std::string& folder);

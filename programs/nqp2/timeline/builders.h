@@ -43,6 +43,8 @@ struct CardView {
     std::string name; ///< of a timeline of its clips
     /// The whole path of the system behind an interface path.
     std::function<std::string(const CString& path)> pathOf;
+    /// Whether the card tells a clip's timecode.
+    std::function<bool(const _tag_P2Clip& clip)> hasTimecode;
 };
 
 /// A list's events at their places, with gaps between them. Nothing, with a remark why, when it has

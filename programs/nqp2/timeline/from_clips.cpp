@@ -5,6 +5,7 @@
 #include "nqp2/timeline/clip_facts.h"
 #include "nqp2/timeline/media_shelf.h"
 #include "nqp2/timeline/placing.h"
+#include "nqp2/timeline/plain_text.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
@@ -61,7 +62,7 @@ public:
         if (event.length > 0) {
             event.media = m_shelf.Missing(missing, event.rate, event.length);
             m_remarks.AddEvent(m_number, fmt::format("{} is not on this card: kept as missing",
-                                                     BytesFromText(missing.ClipName)));
+                                                     ShortName(missing.ClipName)));
         }
         m_placing.PutNext(m_number, std::move(event), m_timeline.rate);
     }
@@ -142,8 +143,8 @@ void TellMissingSegments(const ScanReport& report, Remarks& remarks) {
             remarks.Add(fmt::format(
                 "{}: a part of its recording is not on this card{}{}",
                 take.segments.IsEmpty() ? "" : BytesFromText(take.segments[0]),
-                segment.clipName.IsEmpty() ? "" : ": " + BytesFromText(segment.clipName),
-                segment.serialNo.IsEmpty() ? "" : " on " + BytesFromText(segment.serialNo)));
+                segment.clipName.IsEmpty() ? "" : ": " + ShortName(segment.clipName),
+                segment.serialNo.IsEmpty() ? "" : " on " + ShortName(segment.serialNo)));
         }
     }
 }

@@ -6,6 +6,7 @@
 #include "nqp2/timeline/clip_index.h"
 #include "nqp2/timeline/media_shelf.h"
 #include "nqp2/timeline/placing.h"
+#include "nqp2/timeline/plain_text.h"
 
 #include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
@@ -75,9 +76,9 @@ private:
         } else if (event.Duration > 0) {
             placed.media = m_shelf.Missing(event, rate, end);
             m_remarks.AddEvent(
-                number, fmt::format("{}{} is not on this card: kept as missing",
-                                    BytesFromText(event.ClipName),
-                                    placed.serialNo.empty() ? "" : " of " + placed.serialNo));
+                number,
+                fmt::format("{}{} is not on this card: kept as missing", ShortName(event.ClipName),
+                            placed.serialNo.empty() ? "" : " of " + ShortName(event.P2SerialNo)));
         }
         AddSound(number, event, placed);
         m_placing.PutAt(number, std::move(placed));
@@ -103,9 +104,9 @@ private:
             const bool isThere = channel >= 0 && channel < channels;
             // What is not told comes as the output's own number.
             if (!isThere && channel != output) {
-                m_remarks.AddEvent(number, fmt::format("{} has no channel {}",
-                                                       m_shelf.At(placed.media).name,
-                                                       std::int64_t{channel} + 1));
+                m_remarks.AddEvent(number,
+                                   fmt::format("{} has no channel {}", ShortName(event.ClipName),
+                                               std::int64_t{channel} + 1));
             }
             placed.sound.push_back(
                 {isThere ? channel : SoundUse::kSilent, event.AudioLevels[output++]});

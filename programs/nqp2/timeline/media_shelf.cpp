@@ -69,7 +69,11 @@ std::size_t MediaShelf::Of(const _tag_P2Clip& clip) {
     media.dropFrame =
         m_card.kind != CardKind::Avchd && clip.DropFrame != 0 && media.rate.droppedNumbers != 0;
     media.start = StartOfClip(clip, media.rate, m_card.kind);
-    media.timecode = BytesFromText(ClipTimecode(clip));
+    if (m_card.hasTimecode(clip)) {
+        media.timecode = BytesFromText(ClipTimecode(clip));
+    } else {
+        m_remarks.Add(media.name + ": no timecode is known: counted from 00:00:00:00");
+    }
     media.length = std::max(clip.Duration, 0);
     media.raster = RasterOf(clip, media.rate, m_card.kind);
     media.bits = BitsOf(clip);

@@ -4,6 +4,7 @@
 #include "nqp2/timeline/plain_text.h"
 
 #include "console/utf8_text.h"
+#include "NQP2ParserU/TextBytes.h"
 
 #include <algorithm>
 #include <utility>
@@ -66,6 +67,11 @@ std::string CutText(std::string_view text, std::size_t most) {
         length = next;
     }
     return std::string(text);
+}
+
+std::string ShortName(const CString& name) {
+    constexpr std::size_t kMostBytes = 80;
+    return CutText(BytesFromText(name), kMostBytes);
 }
 
 std::string OneLine(std::string_view text) {

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "NQP2ParserU/CString.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -11,6 +13,9 @@ namespace nqp2::timeline {
 
 /// The text, or its beginning of about so many bytes with dots behind it.
 std::string CutText(std::string_view text, std::size_t most);
+
+/// A foreign name, of any length, as messages show it.
+std::string ShortName(const CString& name);
 
 /// A text for a field of a table: line breaks, tabs and other control characters become blanks,
 /// what is no UTF-8 U+FFFD.

@@ -12,7 +12,7 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
-#include "worker/media_module.h"
+#include "worker/base/media_module.h"
 
 #include <cerrno>
 #include <cstddef>

@@ -49,10 +49,10 @@ void Set(AVDictionary*& tags, const char* name, const std::string& text) {
 
 void SetColour(const TrackPlan& plan, AVCodecParameters& codec) {
     // libavutil numbers them as H.273 does.
-    if (plan.primaries != 0) {
-        codec.color_primaries = static_cast<AVColorPrimaries>(plan.primaries);
-        codec.color_trc = static_cast<AVColorTransferCharacteristic>(plan.transfer);
-        codec.color_space = static_cast<AVColorSpace>(plan.matrix);
+    if (plan.marks.primaries != 0) {
+        codec.color_primaries = static_cast<AVColorPrimaries>(plan.marks.primaries);
+        codec.color_trc = static_cast<AVColorTransferCharacteristic>(plan.marks.transfer);
+        codec.color_space = static_cast<AVColorSpace>(plan.marks.matrix);
     }
 }
 
@@ -77,8 +77,8 @@ void SetPicture(const TrackPlan& plan, AVStream& stream) {
         stream.avg_frame_rate = {plan.rate.frames, plan.rate.seconds};
         stream.r_frame_rate = stream.avg_frame_rate;
     }
-    if (plan.order != FieldOrder::Unknown) {
-        codec.field_order = OrderOf(plan.order);
+    if (plan.marks.order != FieldOrder::Unknown) {
+        codec.field_order = OrderOf(plan.marks.order);
     }
     if (plan.pixelWidth > 0) {
         codec.sample_aspect_ratio = {plan.pixelWidth, plan.pixelHeight};
@@ -163,7 +163,7 @@ private:
         } else {
             SetSound(plan, codec);
         }
-        codec.codec_tag = plan.tag;
+        codec.codec_tag = plan.marks.tag;
         stream->time_base = RationalOf(plan.tick);
         if (codec.codec_type == AVMEDIA_TYPE_VIDEO) {
             SetPicture(plan, *stream);

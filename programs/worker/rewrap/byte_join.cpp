@@ -2,10 +2,11 @@
 // SPDX-License-Identifier: MIT
 
 #include "copy/failure.h"
-#include "worker/media_module.h"
+#include "worker/base/media_module.h"
 #include "worker/rewrap/containers.h"
 #include "worker/rewrap/joined_file.h"
 #include "worker/rewrap/lpcm.h"
+#include "worker/rewrap/picture_check.h"
 #include "worker/rewrap/recording_input.h"
 #include "worker/rewrap/stream_file.h"
 
@@ -23,7 +24,6 @@ class ByteJoin final : public RecordingInput {
 public:
     ByteJoin(const Request& request, const std::function<bool()>& goesOn)
         : m_request(request), m_joined(request.parts, goesOn) {
-        RequireWholePackets();
         Begin();
         m_bytes = m_joined.Size();
     }
@@ -68,11 +68,11 @@ private:
     void Begin();
     void Expect(const MediaStream& picture);
     void AddTrack(const MediaStream& stream, const std::string& firstUnit);
-    void RequireWholePackets();
     std::string FirstUnit(std::size_t stream);
     void Check(MediaUnit& unit);
     void CheckDamage(const MediaUnit& unit, Seen& seen) const;
     void CheckClock(const MediaUnit& unit, Seen& seen) const;
+    void CheckPicture(const MediaUnit& unit);
     void Unpack(MediaUnit& unit);
     void End();
     [[nodiscard]] const std::string& PartName(std::uint64_t position) const {
@@ -91,24 +91,10 @@ private:
     std::vector<Seen> m_seen;           ///< by track
     std::int64_t m_start = 0;           ///< of the recording, on its own clock
     std::uint64_t m_frames = 0;
+    std::optional<PictureCheck> m_check;
     bool m_isPromised = true; ///< how many pictures there are
     std::string m_samples;
 };
-
-/// Packets have 188 bytes, or 192 with a time before them.
-void ByteJoin::RequireWholePackets() {
-    constexpr std::size_t kTimed = 192;
-    constexpr std::size_t kPlain = 188;
-    constexpr char kSync = 0x47;
-    char head[5] = {};
-    if (m_joined.ReadAt(0, head, sizeof head) != sizeof head) {
-        m_joined.RequireNotStopped();
-    }
-    const std::size_t packet = head[4] == kSync ? kTimed : kPlain;
-    if (m_joined.Size() % packet != 0) {
-        throw copy::Failure(m_request.parts.back().name + " is cut off in the middle of a packet.");
-    }
-}
 
 std::string ByteJoin::FirstUnit(std::size_t stream) {
     StreamFile file(m_joined, "mpegts", [this] { m_joined.RequireNotStopped(); });
@@ -182,6 +168,7 @@ void ByteJoin::Begin() {
     if (isFirst) {
         Expect(streams[picture]);
     }
+    m_check.emplace(EssenceOf(m_tracks.front(), m_request.parts.front().name), m_tracks.front());
     m_seen.assign(m_tracks.size(), {});
     m_frames = 0;
 }
@@ -231,6 +218,12 @@ void ByteJoin::CheckClock(const MediaUnit& unit, Seen& seen) const {
     seen.due = unit.coded + unit.duration;
 }
 
+void ByteJoin::CheckPicture(const MediaUnit& unit) {
+    if (const std::string fault = m_check->FaultOf(unit.bytes); !fault.empty()) {
+        throw DamagedAt(PartName(unit.position), m_frames, fault);
+    }
+}
+
 void ByteJoin::Check(MediaUnit& unit) {
     Seen& seen = m_seen[unit.stream];
     CheckDamage(unit, seen);
@@ -243,7 +236,10 @@ void ByteJoin::Check(MediaUnit& unit) {
             std::llround(tick.denominator / (tick.numerator * m_tracks.front().rate.PerSecond()));
     }
     CheckClock(unit, seen);
-    m_frames += unit.stream == 0 ? 1 : 0;
+    if (unit.stream == 0) {
+        CheckPicture(unit);
+        ++m_frames;
+    }
     unit.shown -= m_start;
     unit.coded -= m_start;
 }

@@ -4,6 +4,7 @@
 #include "worker/rewrap/containers.h"
 
 #include "copy/failure.h"
+#include "platform/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -13,39 +14,16 @@
 namespace nqp2::worker::rewrap {
 namespace {
 
+/// By RewrapContainer, as libavformat calls them.
 struct ContainerRow {
-    RewrapContainer container;
-    const char* name; ///< for people
     const char* writer;
     const char* reader;
 };
-constexpr std::array<ContainerRow, 4> kContainers = {{
-    {RewrapContainer::Mov, "MOV", "mov", "mov"},
-    {RewrapContainer::Mxf, "MXF", "mxf", "mxf"},
-    {RewrapContainer::Mkv, "MKV", "matroska", "matroska"},
-    {RewrapContainer::Mp4, "MP4", "mp4", "mp4"},
-}};
-
-/// By Essence: its name, and whether each of kContainers holds it.
-struct EssenceRow {
-    const char* name;
-    std::array<bool, kContainers.size()> isLegal;
-};
-constexpr EssenceRow kEssence[] = {
-    {"DV", {true, true, true, false}},
-    {"AVC-Intra", {true, true, true, true}},
-    // libavformat's MXF loses the order of reordered pictures and knows few profiles.
-    {"H.264", {true, false, true, true}},
-    {"PCM sound", {true, true, true, false}},
-    {"AC-3 sound", {true, false, true, true}},
-};
+constexpr std::array<ContainerRow, 4> kContainers = {
+    {{"mov", "mov"}, {"mxf", "mxf"}, {"matroska", "matroska"}, {"mp4", "mp4"}}};
 
 const ContainerRow& RowOf(RewrapContainer container) {
     return kContainers.at(static_cast<std::size_t>(container));
-}
-
-const EssenceRow& RowOf(Essence essence) {
-    return kEssence[static_cast<std::size_t>(essence)];
 }
 
 constexpr std::uint32_t Tag(std::string_view text) {
@@ -149,14 +127,6 @@ FieldOrder FieldsOf(Essence essence, const MediaStream& picture, bool interlaced
     return interlaced ? FieldOrder::TopFirst : FieldOrder::Progressive;
 }
 
-std::string Listed(const std::vector<std::string>& names) {
-    std::string text;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        text += (i == 0 ? "" : i + 1 < names.size() ? ", " : " and ") + names[i];
-    }
-    return text;
-}
-
 } // namespace
 
 Essence EssenceOf(const MediaStream& stream, const std::string& name) {
@@ -177,24 +147,13 @@ Essence EssenceOf(const MediaStream& stream, const std::string& name) {
 }
 
 void RequireLegal(RewrapContainer container, const std::vector<Essence>& all) {
-    const auto isLegal = [](RewrapContainer where, Essence what) {
-        return RowOf(what).isLegal.at(static_cast<std::size_t>(where));
-    };
-    const auto wrong = std::find_if(all.begin(), all.end(),
-                                    [&](Essence each) { return !isLegal(container, each); });
-    if (wrong == all.end()) {
-        return;
+    CArray<RewrapEssence> tracks;
+    for (const Essence each : all) {
+        tracks.Add(each);
     }
-    std::vector<std::string> legal;
-    for (const ContainerRow& row : kContainers) {
-        if (std::all_of(all.begin(), all.end(),
-                        [&](Essence each) { return isLegal(row.container, each); })) {
-            legal.emplace_back(row.name);
-        }
+    if (const CString obstacle = RewrapObstacle(container, tracks); !obstacle.IsEmpty()) {
+        throw copy::Failure(platform::Utf8FromText(obstacle.View()));
     }
-    throw copy::Failure(std::string(RowOf(*wrong).name) + " is not put into " +
-                        RowOf(container).name + " files; this recording can be put into " +
-                        Listed(legal) + ".");
 }
 
 const char* WriterName(RewrapContainer container) {

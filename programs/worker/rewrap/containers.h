@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "NQP2ParserU/Rewrap.h"
-#include "worker/media_streams.h"
+#include "NQP2ParserU/RewrapEssence.h"
+#include "worker/base/media_streams.h"
 
 #include <cstdint>
 #include <string>
@@ -13,7 +13,7 @@
 /// Which essence goes into which container, and how it is marked there.
 namespace nqp2::worker::rewrap {
 
-enum class Essence { Dv, AvcIntra, H264, Pcm, Ac3 };
+using Essence = RewrapEssence;
 
 /// What a stream's units are; throws a Failure, in which the stream's file is called `name`, for
 /// what is not put into other containers.
@@ -27,13 +27,6 @@ const char* WriterName(RewrapContainer container);
 const char* ReaderName(RewrapContainer container);
 
 /// How a picture is marked in a container, by what it is made of.
-struct PictureMarks {
-    std::uint32_t tag = 0; ///< 0: as the container usually has it
-    FieldOrder order = FieldOrder::Unknown;
-    std::int32_t primaries = 0; ///< by the numbers of ITU-T H.273; 0: as the stream has it
-    std::int32_t transfer = 0;
-    std::int32_t matrix = 0;
-};
 /// `bytesASecond`: of the first picture, at its rate.
 PictureMarks MarksOf(Essence essence, const MediaStream& picture, RewrapContainer container,
                      bool interlaced, std::int64_t bytesASecond);

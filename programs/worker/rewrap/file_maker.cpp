@@ -7,8 +7,8 @@
 #include "copy/new_file.h"
 #include "copy/transaction.h"
 #include "platform/unicode.h"
-#include "worker/card_folder.h"
-#include "worker/media_loader.h"
+#include "worker/base/card_folder.h"
+#include "worker/base/media_loader.h"
 #include "worker/rewrap/file_plan.h"
 #include "worker/rewrap/output_file.h"
 #include "worker/rewrap/proof.h"
@@ -80,8 +80,8 @@ RewrapResult Make(const Request& request, Progress& progress) {
     copy::Transaction transaction;
     transaction.Open(RootOf(request.folder).OnDisk(), true);
     transaction.Reserve(request.file);
-    CheckPlace(transaction.Root(), request.file);
     transaction.Sweep("");
+    CheckPlace(transaction.Root(), request.file);
     const std::unique_ptr<RecordingInput> input = request.join == RewrapJoin::Bytes
                                                       ? JoinBytes(request, goesOn)
                                                       : JoinFrames(request, goesOn);

@@ -73,11 +73,7 @@ TrackPlan PicturePlan(const Request& request, const MediaStream& picture,
     plan.details = picture.details;
     plan.tick = picture.tick;
     plan.rate = picture.rate;
-    plan.tag = marks.tag;
-    plan.order = marks.order;
-    plan.primaries = marks.primaries;
-    plan.transfer = marks.transfer;
-    plan.matrix = marks.matrix;
+    plan.marks = marks;
     SetShape(request, picture, plan);
     return plan;
 }

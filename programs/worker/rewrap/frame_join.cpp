@@ -5,8 +5,8 @@
 #include "media/rates.h"
 #include "media/track_texts.h"
 #include "platform/file_system.h"
-#include "worker/card_folder.h"
-#include "worker/media_module.h"
+#include "worker/base/card_folder.h"
+#include "worker/base/media_module.h"
 #include "worker/rewrap/containers.h"
 #include "worker/rewrap/part_reader.h"
 
@@ -78,7 +78,7 @@ public:
     }
 
     std::string FirstPicture() override {
-        PartReader reader(m_request.parts.front(), m_rate, 0, m_goesOn);
+        PartReader reader(m_request.parts.front(), PictureEssence(), m_rate, 0, m_goesOn);
         MediaUnit unit;
         return reader.NextPicture(unit) ? std::string(unit.bytes) : std::string();
     }
@@ -115,6 +115,9 @@ private:
     bool TakePicture(MediaUnit& unit);
     bool TakeSound(MediaUnit& unit);
     std::string_view Interleaved(std::int64_t samples);
+    [[nodiscard]] Essence PictureEssence() const {
+        return EssenceOf(m_tracks.front(), m_request.parts.front().name);
+    }
     [[nodiscard]] const Part& Current() const { return m_request.parts[m_next - 1]; }
     /// Samples of the longest frame.
     [[nodiscard]] std::int64_t FrameSamples() const {
@@ -202,7 +205,7 @@ void FrameJoin::OpenPart() {
     const Part& part = m_request.parts[m_next++];
     const std::int64_t samples =
         SamplesUpTo(m_frames + part.frames, m_rate) - SamplesUpTo(m_frames, m_rate);
-    m_reader = std::make_unique<PartReader>(part, m_rate, samples, m_goesOn);
+    m_reader = std::make_unique<PartReader>(part, PictureEssence(), m_rate, samples, m_goesOn);
     m_track = m_tracks.size();
     m_isDraining = false;
     m_isReordered = false;

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/folder.h"
-#include "worker/media_module.h"
+#include "worker/base/media_module.h"
 
 #include <cstdint>
 #include <functional>

@@ -21,10 +21,10 @@ std::int64_t FramesOf(const MediaStream& picture, const FrameRate& rate) {
     return FrameAt(picture.length, picture, rate);
 }
 
-PartReader::PartReader(const Part& part, const FrameRate& rate, std::int64_t stretchSamples,
-                       const std::function<bool()>& goesOn)
+PartReader::PartReader(const Part& part, Essence essence, const FrameRate& rate,
+                       std::int64_t stretchSamples, const std::function<bool()>& goesOn)
     : m_part(part), m_rate(rate), m_video(part.video, goesOn, StreamFile::Look::Again),
-      m_picture(m_video.Picture()) {
+      m_picture(m_video.Picture()), m_check(essence, m_video.Streams()[m_picture]) {
     const std::int64_t first = SamplesUpTo(part.first, rate);
     const std::int64_t most = part.frames == 0 ? -1 : stretchSamples;
     for (const std::string& path : part.sounds) {
@@ -97,16 +97,21 @@ bool PartReader::NextPicture(MediaUnit& unit) {
         if (unit.stream != m_picture || !IsReached(unit)) {
             continue;
         }
-        if (unit.isDamaged || unit.bytes.empty()) {
-            throw copy::Failure(m_part.name + " is damaged or cut off at picture " +
-                                std::to_string(m_part.first + m_frames) + ".");
-        }
+        RequireGood(unit);
         ++m_frames;
         return true;
     }
     RequireAll();
     m_isOver = true;
     return false;
+}
+
+void PartReader::RequireGood(const MediaUnit& unit) {
+    const bool isLost = unit.isDamaged || unit.bytes.empty();
+    const std::string fault = isLost ? "" : m_check.FaultOf(unit.bytes);
+    if (isLost || !fault.empty()) {
+        throw DamagedAt(m_part.name, m_part.first + m_frames, fault);
+    }
 }
 
 void PartReader::RequireAll() const {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "worker/rewrap/picture_check.h"
 #include "worker/rewrap/recording_input.h"
 #include "worker/rewrap/sound_feed.h"
 #include "worker/rewrap/stream_file.h"
@@ -19,8 +20,8 @@ class PartReader {
 public:
     /// The stretch's sound begins at the sample of its first picture; a stretch has
     /// `stretchSamples`. `part` and `goesOn` outlive it.
-    PartReader(const Part& part, const FrameRate& rate, std::int64_t stretchSamples,
-               const std::function<bool()>& goesOn);
+    PartReader(const Part& part, Essence essence, const FrameRate& rate,
+               std::int64_t stretchSamples, const std::function<bool()>& goesOn);
 
     /// The next picture; false at the end of the stretch, or of a file that holds what it promises.
     bool NextPicture(MediaUnit& unit);
@@ -37,6 +38,7 @@ private:
     [[nodiscard]] bool IsWhole() const { return m_part.first == 0 && m_part.frames == 0; }
     /// Whether a unit of the picture belongs to the stretch.
     bool IsReached(const MediaUnit& unit);
+    void RequireGood(const MediaUnit& unit);
     void RequireAll() const;
     /// Reads a unit beside the picture; false at the file's end.
     bool ReadOn(MediaUnit& unit);
@@ -45,6 +47,7 @@ private:
     FrameRate m_rate;
     StreamFile m_video;
     std::size_t m_picture;
+    PictureCheck m_check;
     std::vector<std::unique_ptr<StreamFile>> m_sounds;
     std::vector<SoundFeed> m_feeds;
     std::uint32_t m_frames = 0;

@@ -3,8 +3,7 @@
 
 #include "worker/rewrap/recording_input.h"
 
-#include "copy/failure.h"
-#include "worker/media_module.h"
+#include "worker/base/media_module.h"
 
 namespace nqp2::worker::rewrap {
 
@@ -28,6 +27,11 @@ FrameRate RateOf(const MediaStream& picture, const Request& request, const std::
                             std::to_string(told.frames) + "/" + std::to_string(told.seconds) + ".");
     }
     return told;
+}
+
+copy::Failure DamagedAt(const std::string& name, std::uint64_t picture, const std::string& fault) {
+    std::string text = name + " is damaged or cut off at picture " + std::to_string(picture);
+    return copy::Failure(fault.empty() ? text + "." : text + ": " + fault + ".");
 }
 
 void CheckPromise(std::uint64_t frames, std::uint64_t promised, const std::string& name,

@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include "worker/media_streams.h"
+#include "copy/failure.h"
+#include "worker/base/media_streams.h"
 #include "worker/rewrap/request.h"
 
 #include <cstdint>
@@ -53,6 +54,9 @@ std::int64_t SamplesUpTo(std::int64_t frames, const FrameRate& rate);
 /// The rate of a picture, which has to be the one that the request tells of. Fails when neither
 /// tells.
 FrameRate RateOf(const MediaStream& picture, const Request& request, const std::string& name);
+
+/// What to say of a part whose picture of that number, from 0, is no good.
+copy::Failure DamagedAt(const std::string& name, std::uint64_t picture, const std::string& fault);
 
 /// Fails unless a part's own count fits what its metadata promise; they may count each picture
 /// twice.

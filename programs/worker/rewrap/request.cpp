@@ -8,7 +8,7 @@
 #include "media/rates.h"
 #include "media/timecode.h"
 #include "platform/unicode.h"
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
 
 #include <algorithm>
 #include <string_view>

@@ -4,7 +4,7 @@
 #include "worker/rewrap/sound_feed.h"
 
 #include "copy/failure.h"
-#include "worker/media_module.h"
+#include "worker/base/media_module.h"
 
 #include <algorithm>
 

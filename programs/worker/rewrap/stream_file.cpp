@@ -5,7 +5,7 @@
 
 #include "copy/failure.h"
 #include "platform/file_system.h"
-#include "worker/media_loader.h"
+#include "worker/base/media_loader.h"
 
 #include <algorithm>
 #include <utility>

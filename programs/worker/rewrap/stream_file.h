@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "worker/bounded_file.h"
-#include "worker/media_streams.h"
+#include "worker/base/bounded_file.h"
+#include "worker/base/media_streams.h"
 
 #include <cstdint>
 #include <functional>

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "copy/digest.h"
-#include "worker/media_streams.h"
+#include "worker/base/media_streams.h"
 #include "worker/rewrap/containers.h"
 #include "worker/rewrap/units_of_h264.h"
 

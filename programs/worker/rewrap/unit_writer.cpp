@@ -4,7 +4,8 @@
 #include "worker/rewrap/unit_writer.h"
 
 #include "copy/failure.h"
-#include "worker/media_loader.h"
+#include "worker/base/media_loader.h"
+#include "worker/rewrap/field_atom.h"
 
 #include <algorithm>
 
@@ -105,6 +106,12 @@ void UnitWriter::Finish() {
         FillLastFrame(track);
     }
     m_output.Require(m_writer->Finish());
+    const bool isH264 =
+        m_plan.essence.front() == Essence::AvcIntra || m_plan.essence.front() == Essence::H264;
+    const FieldOrder order = m_plan.file.tracks.front().marks.order;
+    if (m_request.container == RewrapContainer::Mov && isH264 && order != FieldOrder::Unknown) {
+        TellFieldOrder(m_output, order);
+    }
 }
 
 } // namespace nqp2::worker::rewrap

@@ -4,6 +4,7 @@
 #include "worker/rewrap/units_of_h264.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace nqp2::worker::rewrap {
@@ -39,7 +40,16 @@ std::size_t FindStart(std::string_view unit, std::size_t from) {
     return unit.size();
 }
 
+/// Units of one size have very many behind them.
 std::string_view WithoutZeros(std::string_view piece) {
+    std::uint64_t word = 0;
+    while (piece.size() >= sizeof word) {
+        std::memcpy(&word, piece.data() + piece.size() - sizeof word, sizeof word);
+        if (word != 0) {
+            break;
+        }
+        piece.remove_suffix(sizeof word);
+    }
     const std::size_t last = piece.find_last_not_of('\0');
     return piece.substr(0, last == std::string_view::npos ? 0 : last + 1);
 }
@@ -80,6 +90,42 @@ bool ForEachPiece(std::string_view unit, const UnitForm& form, Take take) {
     return true;
 }
 
+/// Whether zeros fill a stretch of it that begins at a multiple of eight bytes: no piece has three
+/// in a row.
+bool HasZeros(std::string_view piece) {
+    std::uint64_t word = 0;
+    for (std::size_t at = 0; at + sizeof word <= piece.size(); at += sizeof word) {
+        std::memcpy(&word, piece.data() + at, sizeof word);
+        if (word == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether a slice begins where its picture does.
+bool IsFirstSlice(std::string_view slice) {
+    constexpr std::uint8_t kZero = 0x80; // the number of its first block
+    return slice.size() > 1 && (At(slice, 1) & kZero) != 0;
+}
+
+const char* FaultOf(std::string_view piece, bool isFirstSlice) {
+    constexpr std::uint8_t kForbidden = 0x80;
+    if (piece.empty() || (At(piece, 0) & kForbidden) != 0) {
+        return "a piece of its H.264 is none";
+    }
+    if (HasZeros(piece)) {
+        return "zeros lie in its H.264";
+    }
+    return isFirstSlice && !IsFirstSlice(piece) ? "its first slice is missing" : "";
+}
+
+bool IsSlice(std::string_view piece) {
+    constexpr int kSlice = 1;
+    constexpr int kSliceOfKey = 5;
+    return KindOf(piece) == kSlice || KindOf(piece) == kSliceOfKey;
+}
+
 } // namespace
 
 UnitForm UnitForm::Of(std::string_view parameterSets) {
@@ -112,6 +158,28 @@ bool AddPieces(std::string_view unit, const UnitForm& form, copy::Digest& digest
             digest.Add(piece);
         }
     });
+}
+
+UnitShape ShapeOf(std::string_view unit, const UnitForm& form) {
+    constexpr std::size_t kMostBefore = 16; // zeros
+    UnitShape shape;
+    if (form.lengthBytes == 0 && (FindStart(unit, 0) > kMostBefore || // all of them zeros
+                                  unit.find_first_not_of('\0') < FindStart(unit, 0))) {
+        shape.fault = "its H.264 does not begin with a start code";
+        return shape;
+    }
+    const bool isWhole = ForEachPiece(unit, form, [&](std::string_view whole) {
+        const std::string_view piece = WithoutZeros(whole);
+        const bool isSlice = IsSlice(piece);
+        if (shape.fault.empty()) {
+            shape.fault = FaultOf(piece, isSlice && shape.slices == 0);
+        }
+        shape.slices += isSlice ? 1 : 0;
+    });
+    if (shape.fault.empty() && (!isWhole || shape.slices == 0)) {
+        shape.fault = isWhole ? "it has no slice" : "its pieces do not fill it";
+    }
+    return shape;
 }
 
 void AddOwnSets(std::string_view parameterSets, ParameterSets& sets) {

@@ -36,6 +36,12 @@ private:
 /// instead, zeros behind a piece are left out. False for a unit that is not whole.
 bool AddPieces(std::string_view unit, const UnitForm& form, copy::Digest& digest,
                ParameterSets& sets);
+/// What a unit looks like without being decoded.
+struct UnitShape {
+    std::size_t slices = 0;
+    std::string fault; ///< what no encoder makes, in words; "" when nothing is seen
+};
+UnitShape ShapeOf(std::string_view unit, const UnitForm& form);
 /// The sets of the container's own record.
 void AddOwnSets(std::string_view parameterSets, ParameterSets& sets);
 

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "platform/descriptor.h"
-#include "worker/media_file.h"
+#include "worker/base/media_file.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/bounded_file.h"
+#include "worker/base/bounded_file.h"
 
 #include "copy/failure.h"
 #include "platform/io_status.h"

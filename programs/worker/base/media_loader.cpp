@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/media_loader.h"
+#include "worker/base/media_loader.h"
 
 #include "copy/failure.h"
 #include "NQP2ParserU/ProgramFolder.h"

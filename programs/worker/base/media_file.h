@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "worker/media_module.h"
+#include "worker/base/media_module.h"
 
 #include <chrono>
 #include <cstdint>

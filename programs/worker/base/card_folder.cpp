@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/card_folder.h"
+#include "worker/base/card_folder.h"
 
 #include "copy/failure.h"
 #include "media/card_layout.h"

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
-#include "worker/media_file.h"
+#include "worker/base/media_file.h"
 
 #include "copy/failure.h"
-#include "worker/bounded_file.h"
-#include "worker/media_loader.h"
+#include "worker/base/bounded_file.h"
+#include "worker/base/media_loader.h"
 
 namespace nqp2::worker {
 namespace {

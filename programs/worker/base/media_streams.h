@@ -88,21 +88,26 @@ public:
     virtual MediaFault GoTo(std::size_t stream, std::int64_t tick) noexcept = 0;
 };
 
+/// How a picture is marked in a container.
+struct PictureMarks {
+    std::uint32_t tag = 0; ///< four-character code, the first in the lowest byte; 0: as usual
+    FieldOrder order = FieldOrder::Unknown;
+    std::int32_t primaries = 0; ///< by the numbers of ITU-T H.273; 0: as the stream has it
+    std::int32_t transfer = 0;
+    std::int32_t matrix = 0;
+};
+
 /// A track of a new file.
 struct TrackPlan {
     std::shared_ptr<const void> details; ///< of the stream whose units it takes; null for PCM
-    std::uint32_t tag = 0; ///< four-character code, the first in the lowest byte; 0: as usual
-    Tick tick;             ///< of its units' times
+    Tick tick;                           ///< of its units' times
     std::string name;
     // Pictures.
     std::string parameterSets; ///< with start codes; "": as the stream has them
     FrameRate rate = {0, 1};
-    FieldOrder order = FieldOrder::Unknown;
+    PictureMarks marks;
     std::int32_t pixelWidth = 0; ///< 0: as the stream has it
     std::int32_t pixelHeight = 0;
-    std::int32_t primaries = 0; ///< by the numbers of ITU-T H.273; 0: as the stream has it
-    std::int32_t transfer = 0;
-    std::int32_t matrix = 0;
     // PCM at 48 kHz, little-endian.
     std::int32_t channels = 0;
     std::int32_t bits = 0;

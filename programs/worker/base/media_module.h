@@ -4,7 +4,7 @@
 #pragma once
 
 #include "NQP2ParserU/FrameRate.h"
-#include "worker/media_streams.h"
+#include "worker/base/media_streams.h"
 
 #include <cstddef>
 #include <cstdint>
