@@ -42,13 +42,13 @@ const _tag_P2Clip* Find(const CardScan& scan, const CString& name) {
 const _tag_P2Clip* NamedClip(const CardScans& scans, const std::string& name) {
     const _tag_P2Clip* found = nullptr;
     CString identifier;
-    std::vector<std::string> labels;
+    std::vector<std::string> folders;
     for (const CardScan& scan : scans.cards) {
         const _tag_P2Clip* const clip = Find(scan, TextFromBytes(name));
         // Copies of one clip are as good as each other.
-        if (clip != nullptr && (labels.empty() || identifier.IsEmpty() ||
+        if (clip != nullptr && (folders.empty() || identifier.IsEmpty() ||
                                 clip->GlobalClipID.CompareNoCase(identifier) != 0)) {
-            labels.push_back(scan.label);
+            folders.push_back(scan.card.Folder());
             identifier = clip->GlobalClipID;
             found = clip;
         }
@@ -62,9 +62,9 @@ const _tag_P2Clip* NamedClip(const CardScans& scans, const std::string& name) {
         throw Failure(name, "is a clip of none of the cards",
                       hint.empty() ? "`nqp2 clips` lists the clips" : hint);
     }
-    if (labels.size() > 1) {
-        throw Failure(name, fmt::format("names {} clips", labels.size()),
-                      fmt::format("give one of the cards: {}", fmt::join(labels, ", ")));
+    if (folders.size() > 1) {
+        throw Failure(name, fmt::format("names {} clips", folders.size()),
+                      fmt::format("give one of the cards: {}", fmt::join(folders, ", ")));
     }
     return found;
 }
