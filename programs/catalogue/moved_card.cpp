@@ -34,7 +34,7 @@ bool IsGone(const CardRecord& card) {
 std::optional<CardRecord> MovedCard(Connection& connection, const std::string& state) {
     for (CardRecord& card : CardsInState(connection, state)) {
         if (card.isMedium == 0 && card.host == KeptText(platform::HostName()) && IsGone(card)) {
-            return std::move(card);
+            return {std::move(card)};
         }
     }
     return std::nullopt;

@@ -5,6 +5,7 @@
 
 #include "catalogue/postgresql/postgresql_dialect.h"
 
+#include <fmt/core.h>
 #include <libpq-fe.h>
 
 #include <algorithm>
@@ -132,11 +133,12 @@ std::string InsertOfArrays(const Insertion& into) {
     std::string names;
     for (std::size_t i = 0; i < into.columns.size(); ++i) {
         const auto& [name, isNumber] = into.columns[i];
-        const std::string comma = i == 0 ? "" : ", ";
-        taken += comma + (name == kWordsColumn ? "CAST(" + name + " AS tsvector)" : name);
-        arrays +=
-            comma + "CAST($" + std::to_string(i + 1) + (isNumber ? " AS bigint[])" : " AS text[])");
-        names += comma + name;
+        const char* const comma = i == 0 ? "" : ", ";
+        const bool isWords = name == kWordsColumn;
+        taken += isWords ? fmt::format("{}CAST({} AS tsvector)", comma, name)
+                         : fmt::format("{}{}", comma, name);
+        arrays += fmt::format("{}CAST(${} AS {}[])", comma, i + 1, isNumber ? "bigint" : "text");
+        names += fmt::format("{}{}", comma, name);
     }
     return "INSERT INTO " + TableAndColumns(into) + " SELECT " + taken + " FROM unnest(" + arrays +
            ") AS given (" + names + ")" + into.end;

@@ -131,7 +131,8 @@ private:
     }
 
     sqlite3_stmt* Prepared(std::string_view statement) {
-        const auto known = m_statements.find(std::string(statement));
+        const std::string key(statement);
+        const auto known = m_statements.find(key);
         if (known != m_statements.end()) {
             return known->second.get();
         }
@@ -139,7 +140,7 @@ private:
         Require(sqlite3_prepare_v3(m_database.get(), statement.data(),
                                    static_cast<int>(statement.size()), SQLITE_PREPARE_PERSISTENT,
                                    &made, nullptr));
-        return m_statements.emplace(statement, Statement(made)).first->second.get();
+        return m_statements.emplace(key, Statement(made)).first->second.get();
     }
 
     void Bind(sqlite3_stmt* statement, std::size_t number, const Parameter& parameter) {
