@@ -73,6 +73,13 @@ struct MediaMark {
     std::string text;
 };
 
+/// How much it takes to know the streams of a file, and what its units are.
+enum class MediaLook {
+    First, ///< pictures are decoded, which takes much longer
+    Again, ///< streams are told as far as the head tells of them
+    Plain, ///< the same, and units are the container's: their bytes are not searched for their ends
+};
+
 /// Reads a file from its beginning.
 class MediaReader {
 public:
@@ -83,6 +90,8 @@ public:
     [[nodiscard]] virtual const std::vector<MediaMark>& Marks() const = 0;
     /// `isEnd` instead of a unit behind the last one.
     virtual MediaFault Next(MediaUnit& unit, bool& isEnd) noexcept = 0;
+    /// Whether that stream's last unit was cut out of the container's by its bytes.
+    [[nodiscard]] virtual bool IsCut(std::size_t stream) const = 0;
     /// Goes to the last unit of a stream that is not behind that tick, where the file tells where
     /// that is; somewhere before, where it does not.
     virtual MediaFault GoTo(std::size_t stream, std::int64_t tick) noexcept = 0;
