@@ -33,9 +33,11 @@ std::uint64_t SizeOf(const std::string& path) {
 
 PartFacts FactsOf(const Part& part, const std::function<bool()>& goesOn) {
     PartFacts facts;
-    StreamFile video(part.video, goesOn);
+    const StreamFile video(part.video, goesOn);
     facts.picture = video.Streams()[video.Picture()];
-    facts.units = UnitsOf(video, goesOn);
+    if (EssenceOf(facts.picture, part.name) == Essence::AvcIntra) {
+        facts.units = UnitsOf(part.video, goesOn);
+    }
     facts.bytes = SizeOf(part.video);
     for (const MediaStream& each : video.Streams()) {
         if (part.sounds.empty() && each.kind == StreamKind::Sound) {

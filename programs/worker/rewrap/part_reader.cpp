@@ -31,16 +31,14 @@ std::int64_t FramesOf(const MediaStream& picture, const FrameRate& rate) {
     return FrameAt(picture.length, picture, rate);
 }
 
-PictureUnits UnitsOf(StreamFile& video, const std::function<bool()>& goesOn) {
-    const std::size_t picture = video.Picture();
-    if (EssenceOf(video.Streams()[picture], video.Name()) != Essence::AvcIntra) {
+PictureUnits UnitsOf(const std::string& video, const std::function<bool()>& goesOn) {
+    StreamFile cut(video, goesOn, MediaLook::Again);
+    StreamFile plain(video, goesOn, MediaLook::Plain);
+    const std::size_t picture = cut.Picture();
+    if (FirstUnit(cut, picture) != FirstUnit(plain, picture)) {
         return {};
     }
-    StreamFile plain(video.Name(), goesOn, MediaLook::Plain);
-    if (FirstUnit(video, picture) != FirstUnit(plain, picture)) {
-        return {};
-    }
-    return {MediaLook::Plain, video.Reader().IsCut(picture)};
+    return {MediaLook::Plain, cut.Reader().IsCut(picture)};
 }
 
 PartReader::PartReader(const Part& part, Essence essence, const PictureUnits& units,

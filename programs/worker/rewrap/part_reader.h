@@ -22,8 +22,8 @@ struct PictureUnits {
     bool areSingle = false;
 };
 /// AVC-Intra is read as its container has it where the first unit of that is a whole picture: to
-/// look for the end of each would take longer than to copy it. `video` is at its beginning.
-PictureUnits UnitsOf(StreamFile& video, const std::function<bool()>& goesOn);
+/// look for the end of each takes as long as all else.
+PictureUnits UnitsOf(const std::string& video, const std::function<bool()>& goesOn);
 
 /// The pictures and the sound of one part whose pictures are intra: of all of it or of a stretch.
 class PartReader {

@@ -72,7 +72,7 @@ std::string PictureCheck::FaultOfH264(std::string_view unit) {
         return shape.fault;
     }
     if (m_areSingle && shape.pictures > 1) {
-        return "it is " + std::to_string(shape.pictures) + " pictures";
+        return "it holds " + std::to_string(shape.pictures) + " pictures";
     }
     if (m_slices == 0) {
         m_slices = shape.slices;
