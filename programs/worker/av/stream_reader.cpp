@@ -150,6 +150,7 @@ private:
         unit.stream = static_cast<std::size_t>(packet.stream_index);
         unit.bytes = {reinterpret_cast<const char*>(packet.data),
                       static_cast<std::size_t>(std::max(packet.size, 0))};
+        unit.own = &packet;
         unit.shown = TimeOf(packet.pts);
         unit.coded = TimeOf(packet.dts);
         unit.duration = packet.duration;

@@ -64,7 +64,8 @@ struct MediaUnit {
     std::int64_t duration = 0;    ///< ticks; 0: unknown
     std::uint64_t position = 0;   ///< in the file
     bool isKey = false;
-    bool isDamaged = false; ///< the container tells that something is missing
+    bool isDamaged = false;    ///< the container tells that something is missing
+    const void* own = nullptr; ///< the module's; for as long as the bytes
 };
 
 /// A mark in a file: milliseconds from its start.
