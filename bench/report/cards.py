@@ -144,6 +144,25 @@ class Cards:
         card = self._made(f"recorded-{frames}", make)
         return next((card / "CONTENTS" / "VIDEO").glob("*.MXF"))
 
+    def avc_intra(self, frames: int) -> Path:
+        """A file of that many frames of AVC-Intra 100 as a card has them, with noise in the
+        picture."""
+        different = 12
+
+        def make(folder: Path) -> None:
+            folder.mkdir()
+            ffmpeg, few = ["ffmpeg", "-v", "error", "-nostdin"], folder / "few.mxf"
+            subprocess.run([*ffmpeg, "-f", "lavfi", "-i",
+                            "testsrc2=s=1920x1080:r=25,noise=alls=30:allf=t",
+                            "-frames:v", str(different), "-pix_fmt", "yuv422p10le",
+                            "-c:v", "libx264", "-avcintra-class", "100", "-flags", "+ildct+ilme",
+                            "-preset", "ultrafast", "-f", "mxf_opatom", few], check=True)
+            subprocess.run([*ffmpeg, "-stream_loop", str(frames // different), "-i", few,
+                            "-c", "copy", "-frames:v", str(frames), "-f", "mxf_opatom",
+                            folder / "0001AA.MXF"], check=True)
+
+        return self._made(f"avc-intra-{frames}", make) / "0001AA.MXF"
+
     def camera_file(self) -> Path:
         def make(folder: Path) -> None:
             folder.mkdir()

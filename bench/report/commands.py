@@ -233,21 +233,28 @@ class Commands:
         finally:
             self._fresh_folder()
 
-    def _rewraps(self, _names: set[str]) -> Figures:
-        """A recorded clip as a file of each container, against a proven copy of what it is made
-        of."""
-        essence = self._setting.cards.recorded(self._setting.nqp2, self._setting.sizes.frames)
+    def _rewraps(self, names: set[str]) -> Figures:
+        """Clips as a file of each container, against proven copies of what they are made of."""
+        cards, sizes = self._setting.cards, self._setting.sizes
+        figures: Figures = {}
+        if any(name.startswith("rewrap/dv/") for name in names):
+            figures |= self._rewraps_of("dv", cards.recorded(self._setting.nqp2, sizes.frames))
+        if any(name.startswith("rewrap/avc/") for name in names) and shutil.which("ffmpeg"):
+            figures |= self._rewraps_of("avc", cards.avc_intra(sizes.intra_frames))
+        return figures
+
+    def _rewraps_of(self, kind: str, essence: Path) -> Figures:
         ours = [self._setting.programs / "rewrap_once", self._setting.nqp2.parent / "nqp2-worker"]
 
         def prepare() -> Path:
             forget([essence])
             return self._fresh_folder()
 
-        runs = {"rewrap/plain": lambda: [self._setting.programs / "plain_copy", "both", essence,
-                                         prepare()]}
+        runs = {f"rewrap/{kind}/plain": lambda: [self._setting.programs / "plain_copy", "both",
+                                                 essence, prepare()]}
         for form in ("mov", "mxf", "mkv"):
-            runs[f"rewrap/{form}"] = lambda form=form: [*ours, form, prepare() / f"file.{form}",
-                                                        essence]
+            runs[f"rewrap/{kind}/{form}"] = lambda form=form: [
+                *ours, form, prepare() / f"file.{form}", essence]
         try:
             return self._low(runs, 2)
         finally:

@@ -23,6 +23,7 @@ class Sizes:
         self.lists = (max(small // 10, 10), small, large)
         self.small_files = large * 10
         self.frames = copy_megabytes * 3  # of a recording of 144,000 bytes each
+        self.intra_frames = copy_megabytes * 3 // 4  # of half a megabyte each
 
 
 def sections(sizes: Sizes) -> dict[str, list[Line]]:
@@ -255,10 +256,11 @@ def offload_lines(sizes: Sizes) -> list[Line]:
 
 def rewrap_lines(sizes: Sizes) -> list[Line]:
     """One playable file of a recording."""
-    rewrapped = f"file of {sizes.frames:,} frames of DV"
     against = "cp, flush, checksums of both"
-    return [Line(f"{form.upper()} {rewrapped} / {against}", "ms", figure(f"rewrap/{form}:wall"),
-                 figure("rewrap/plain:wall"), goal)
+    return [Line(f"{form.upper()} file of {frames:,} frames of {codec} / {against}", "ms",
+                 figure(f"rewrap/{kind}/{form}:wall"), figure(f"rewrap/{kind}/plain:wall"), goal)
+            for kind, codec, frames in (("dv", "DV", sizes.frames),
+                                        ("avc", "AVC-Intra 100", sizes.intra_frames))
             for form, goal in (("mov", 1.5), ("mxf", 1.5), ("mkv", 3))]
 
 

@@ -96,7 +96,7 @@ MediaFault MakeVideoMuxer(const VideoFormat& format, MediaOutput& output,
 MediaFault MakeSoundMuxer(const SoundFormat& format, MediaOutput& output,
                           std::unique_ptr<EssenceMuxer>& muxer);
 
-MediaFault MakeReader(MediaInput& input, const char* containers, bool looksInside,
+MediaFault MakeReader(MediaInput& input, const char* containers, MediaLook look,
                       std::unique_ptr<MediaReader>& reader);
 MediaFault MakeWriter(const FilePlan& plan, MediaOutput& output,
                       std::unique_ptr<MediaWriter>& writer);

@@ -209,14 +209,29 @@ private:
         }
     }
 
+    /// What was read is shared, unless its bytes have been changed.
+    static void Fill(AVPacket& packet, const MediaUnit& unit) {
+        const auto* const read = static_cast<const AVPacket*>(unit.own);
+        const auto size = static_cast<int>(unit.bytes.size());
+        if (read != nullptr && read->buf != nullptr && read->size == size &&
+            reinterpret_cast<const char*>(read->data) == unit.bytes.data()) {
+            packet.buf = av_buffer_ref(read->buf);
+            packet.data = read->data;
+            packet.size = size;
+        }
+        if (packet.buf == nullptr) {
+            if (av_new_packet(&packet, size) < 0) {
+                throw std::bad_alloc();
+            }
+            std::copy(unit.bytes.begin(), unit.bytes.end(), packet.data);
+        }
+    }
+
     MediaFault Write(const MediaUnit& unit) {
         AVPacket& packet = *m_packet;
         const AVRational from = RationalOf(m_plan.tracks[unit.stream].tick);
         const AVRational to = m_format->streams[unit.stream]->time_base;
-        if (av_new_packet(&packet, static_cast<int>(unit.bytes.size())) < 0) {
-            throw std::bad_alloc();
-        }
-        std::copy(unit.bytes.begin(), unit.bytes.end(), packet.data);
+        Fill(packet, unit);
         packet.stream_index = static_cast<int>(unit.stream);
         packet.pts = unit.shown;
         packet.dts = unit.coded;

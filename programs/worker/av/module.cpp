@@ -37,9 +37,9 @@ public:
                         std::unique_ptr<EssenceMuxer>& muxer) const noexcept override {
         return WithoutThrowing([&] { return MakeSoundMuxer(format, output, muxer); });
     }
-    MediaFault OpenReader(MediaInput& input, const char* containers, bool looksInside,
+    MediaFault OpenReader(MediaInput& input, const char* containers, MediaLook look,
                           std::unique_ptr<MediaReader>& reader) const noexcept override {
-        return WithoutThrowing([&] { return MakeReader(input, containers, looksInside, reader); });
+        return WithoutThrowing([&] { return MakeReader(input, containers, look, reader); });
     }
     MediaFault OpenWriter(const FilePlan& plan, MediaOutput& output,
                           std::unique_ptr<MediaWriter>& writer) const noexcept override {

@@ -95,11 +95,12 @@ public:
         }
     }
 
-    MediaFault Open(const char* containers, bool looksInside) {
-        if (MediaFault fault = m_source.Open(containers, m_format, false, looksInside);
+    MediaFault Open(const char* containers, MediaLook look) {
+        if (MediaFault fault = m_source.Open(containers, m_format, false, look == MediaLook::First);
             !fault.empty()) {
             return fault;
         }
+        m_format->flags |= look == MediaLook::Plain ? AVFMT_FLAG_NOPARSE : 0;
         for (unsigned i = 0; i < m_format->nb_streams; ++i) {
             m_streams.push_back(FactsOf(*m_format->streams[i]));
         }
@@ -118,6 +119,11 @@ public:
 
     MediaFault Next(MediaUnit& unit, bool& isEnd) noexcept override {
         return WithoutThrowing([&] { return Read(unit, isEnd); });
+    }
+
+    [[nodiscard]] bool IsCut(std::size_t stream) const override {
+        const auto* const parser = av_stream_get_parser(m_format->streams[stream]);
+        return parser != nullptr && (parser->flags & PARSER_FLAG_COMPLETE_FRAMES) == 0;
     }
 
     MediaFault GoTo(std::size_t stream, std::int64_t tick) noexcept override {
@@ -144,6 +150,7 @@ private:
         unit.stream = static_cast<std::size_t>(packet.stream_index);
         unit.bytes = {reinterpret_cast<const char*>(packet.data),
                       static_cast<std::size_t>(std::max(packet.size, 0))};
+        unit.own = &packet;
         unit.shown = TimeOf(packet.pts);
         unit.coded = TimeOf(packet.dts);
         unit.duration = packet.duration;
@@ -163,10 +170,10 @@ private:
 
 } // namespace
 
-MediaFault MakeReader(MediaInput& input, const char* containers, bool looksInside,
+MediaFault MakeReader(MediaInput& input, const char* containers, MediaLook look,
                       std::unique_ptr<MediaReader>& reader) {
     auto made = std::make_unique<StreamReader>(input);
-    MediaFault fault = made->Open(containers, looksInside);
+    MediaFault fault = made->Open(containers, look);
     if (fault.empty()) {
         reader = std::move(made);
     }

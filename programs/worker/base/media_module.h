@@ -145,9 +145,8 @@ public:
     virtual MediaFault MuxSound(const SoundFormat& format, MediaOutput& output,
                                 std::unique_ptr<EssenceMuxer>& muxer) const noexcept = 0;
     /// Reads the units of a file of one of the containers (libavformat's names, commas between),
-    /// which outlives the reader. Without `looksInside` streams are told as far as the head tells
-    /// of them; else pictures are decoded, which takes much longer.
-    virtual MediaFault OpenReader(MediaInput& input, const char* containers, bool looksInside,
+    /// which outlives the reader.
+    virtual MediaFault OpenReader(MediaInput& input, const char* containers, MediaLook look,
                                   std::unique_ptr<MediaReader>& reader) const noexcept = 0;
     /// `output` outlives the writer.
     virtual MediaFault OpenWriter(const FilePlan& plan, MediaOutput& output,

@@ -64,13 +64,21 @@ struct MediaUnit {
     std::int64_t duration = 0;    ///< ticks; 0: unknown
     std::uint64_t position = 0;   ///< in the file
     bool isKey = false;
-    bool isDamaged = false; ///< the container tells that something is missing
+    bool isDamaged = false;    ///< the container tells that something is missing
+    const void* own = nullptr; ///< the module's; for as long as the bytes
 };
 
 /// A mark in a file: milliseconds from its start.
 struct MediaMark {
     std::int64_t start = 0;
     std::string text;
+};
+
+/// How much it takes to know the streams of a file, and what its units are.
+enum class MediaLook {
+    First, ///< pictures are decoded, which takes much longer
+    Again, ///< streams are told as far as the head tells of them
+    Plain, ///< the same, and units are the container's: their bytes are not searched for their ends
 };
 
 /// Reads a file from its beginning.
@@ -83,6 +91,8 @@ public:
     [[nodiscard]] virtual const std::vector<MediaMark>& Marks() const = 0;
     /// `isEnd` instead of a unit behind the last one.
     virtual MediaFault Next(MediaUnit& unit, bool& isEnd) noexcept = 0;
+    /// Whether that stream's last unit was cut out of the container's by its bytes.
+    [[nodiscard]] virtual bool IsCut(std::size_t stream) const = 0;
     /// Goes to the last unit of a stream that is not behind that tick, where the file tells where
     /// that is; somewhere before, where it does not.
     virtual MediaFault GoTo(std::size_t stream, std::int64_t tick) noexcept = 0;

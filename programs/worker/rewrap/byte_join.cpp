@@ -97,7 +97,7 @@ private:
 };
 
 std::string ByteJoin::FirstUnit(std::size_t stream) {
-    StreamFile file(m_joined, "mpegts", [this] { m_joined.RequireNotStopped(); });
+    StreamFile file(m_joined, "mpegts", MediaLook::First, [this] { m_joined.RequireNotStopped(); });
     MediaUnit unit;
     while (file.Next(unit)) {
         if (unit.stream == stream) {
@@ -140,8 +140,8 @@ void ByteJoin::Expect(const MediaStream& picture) {
 }
 
 void ByteJoin::Begin() {
-    m_file =
-        std::make_unique<StreamFile>(m_joined, "mpegts", [this] { m_joined.RequireNotStopped(); });
+    m_file = std::make_unique<StreamFile>(m_joined, "mpegts", MediaLook::First,
+                                          [this] { m_joined.RequireNotStopped(); });
     const std::size_t picture = m_file->Picture();
     const bool isFirst = m_tracks.empty();
     const auto& streams = m_file->Streams();

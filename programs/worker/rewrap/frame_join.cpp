@@ -20,6 +20,7 @@ namespace {
 /// What the heads of a part's files tell.
 struct PartFacts {
     MediaStream picture;
+    PictureUnits units;
     std::vector<MediaStream> sounds;
     std::uint64_t bytes = 0;
 };
@@ -34,6 +35,9 @@ PartFacts FactsOf(const Part& part, const std::function<bool()>& goesOn) {
     PartFacts facts;
     const StreamFile video(part.video, goesOn);
     facts.picture = video.Streams()[video.Picture()];
+    if (EssenceOf(facts.picture, part.name) == Essence::AvcIntra) {
+        facts.units = UnitsOf(part.video, goesOn);
+    }
     facts.bytes = SizeOf(part.video);
     for (const MediaStream& each : video.Streams()) {
         if (part.sounds.empty() && each.kind == StreamKind::Sound) {
@@ -78,7 +82,8 @@ public:
     }
 
     std::string FirstPicture() override {
-        PartReader reader(m_request.parts.front(), PictureEssence(), m_rate, 0, m_goesOn);
+        PartReader reader(m_request.parts.front(), PictureEssence(), m_units.front(), m_rate, 0,
+                          m_goesOn);
         MediaUnit unit;
         return reader.NextPicture(unit) ? std::string(unit.bytes) : std::string();
     }
@@ -127,7 +132,8 @@ private:
     const Request& m_request;
     const std::function<bool()>& m_goesOn;
     FrameRate m_rate;
-    std::size_t m_next = 0; ///< part that comes next
+    std::vector<PictureUnits> m_units; ///< by part
+    std::size_t m_next = 0;            ///< part that comes next
     std::unique_ptr<PartReader> m_reader;
     std::int64_t m_frames = 0;
     bool m_isReordered = false;  ///< a picture of this part was not shown in its turn
@@ -176,6 +182,7 @@ void FrameJoin::Survey() {
             found = known.emplace(part.video, std::pair(facts, FormatText(facts))).first;
         }
         const auto& [facts, text] = found->second;
+        m_units.push_back(facts.units);
         if (m_tracks.empty()) {
             format = text;
             MakeTracks(facts);
@@ -205,7 +212,8 @@ void FrameJoin::OpenPart() {
     const Part& part = m_request.parts[m_next++];
     const std::int64_t samples =
         SamplesUpTo(m_frames + part.frames, m_rate) - SamplesUpTo(m_frames, m_rate);
-    m_reader = std::make_unique<PartReader>(part, PictureEssence(), m_rate, samples, m_goesOn);
+    m_reader = std::make_unique<PartReader>(part, PictureEssence(), m_units[m_next - 1], m_rate,
+                                            samples, m_goesOn);
     m_track = m_tracks.size();
     m_isDraining = false;
     m_isReordered = false;

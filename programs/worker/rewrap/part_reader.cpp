@@ -15,21 +15,43 @@ std::int64_t FrameAt(std::int64_t ticks, const MediaStream& picture, const Frame
                         picture.tick.denominator * rate.PerSecond());
 }
 
+std::string FirstUnit(StreamFile& file, std::size_t stream) {
+    MediaUnit unit;
+    while (file.Next(unit)) {
+        if (unit.stream == stream) {
+            return std::string(unit.bytes);
+        }
+    }
+    return {};
+}
+
 } // namespace
 
 std::int64_t FramesOf(const MediaStream& picture, const FrameRate& rate) {
     return FrameAt(picture.length, picture, rate);
 }
 
-PartReader::PartReader(const Part& part, Essence essence, const FrameRate& rate,
-                       std::int64_t stretchSamples, const std::function<bool()>& goesOn)
-    : m_part(part), m_rate(rate), m_video(part.video, goesOn, StreamFile::Look::Again),
-      m_picture(m_video.Picture()), m_check(essence, m_video.Streams()[m_picture]) {
+PictureUnits UnitsOf(const std::string& video, const std::function<bool()>& goesOn) {
+    StreamFile cut(video, goesOn, MediaLook::Again);
+    StreamFile plain(video, goesOn, MediaLook::Plain);
+    const std::size_t picture = cut.Picture();
+    if (FirstUnit(cut, picture) != FirstUnit(plain, picture)) {
+        return {};
+    }
+    return {MediaLook::Plain, cut.Reader().IsCut(picture)};
+}
+
+PartReader::PartReader(const Part& part, Essence essence, const PictureUnits& units,
+                       const FrameRate& rate, std::int64_t stretchSamples,
+                       const std::function<bool()>& goesOn)
+    : m_part(part), m_rate(rate), m_video(part.video, goesOn, units.look),
+      m_picture(m_video.Picture()),
+      m_check(essence, m_video.Streams()[m_picture], units.areSingle) {
     const std::int64_t first = SamplesUpTo(part.first, rate);
     const std::int64_t most = part.frames == 0 ? -1 : stretchSamples;
     for (const std::string& path : part.sounds) {
-        StreamFile& file = *m_sounds.emplace_back(
-            std::make_unique<StreamFile>(path, goesOn, StreamFile::Look::Again));
+        StreamFile& file =
+            *m_sounds.emplace_back(std::make_unique<StreamFile>(path, goesOn, MediaLook::Again));
         const std::size_t stream = file.First(StreamKind::Sound);
         if (stream == file.Streams().size()) {
             throw copy::Failure(path + " holds no sound.");

@@ -15,12 +15,22 @@
 
 namespace nqp2::worker::rewrap {
 
+/// How the units of a file's picture are had.
+struct PictureUnits {
+    MediaLook look = MediaLook::Again;
+    /// Those of the container could be several pictures, of which the first one is only one.
+    bool areSingle = false;
+};
+/// AVC-Intra is read as its container has it where the first unit of that is a whole picture: to
+/// look for the end of each takes as long as all else.
+PictureUnits UnitsOf(const std::string& video, const std::function<bool()>& goesOn);
+
 /// The pictures and the sound of one part whose pictures are intra: of all of it or of a stretch.
 class PartReader {
 public:
     /// The stretch's sound begins at the sample of its first picture; a stretch has
     /// `stretchSamples`. `part` and `goesOn` outlive it.
-    PartReader(const Part& part, Essence essence, const FrameRate& rate,
+    PartReader(const Part& part, Essence essence, const PictureUnits& units, const FrameRate& rate,
                std::int64_t stretchSamples, const std::function<bool()>& goesOn);
 
     /// The next picture; false at the end of the stretch, or of a file that holds what it promises.

@@ -58,8 +58,8 @@ std::string FaultOfDv(std::string_view unit) {
 
 } // namespace
 
-PictureCheck::PictureCheck(Essence essence, const MediaStream& stream)
-    : m_essence(essence), m_form(UnitForm::Of(stream.parameterSets)) {}
+PictureCheck::PictureCheck(Essence essence, const MediaStream& stream, bool areSingle)
+    : m_essence(essence), m_form(UnitForm::Of(stream.parameterSets)), m_areSingle(areSingle) {}
 
 std::string PictureCheck::FaultOf(std::string_view unit) {
     return m_essence == Essence::Dv ? FaultOfDv(unit) : FaultOfH264(unit);
@@ -70,6 +70,9 @@ std::string PictureCheck::FaultOfH264(std::string_view unit) {
     const UnitShape shape = ShapeOf(unit, m_form);
     if (!shape.fault.empty()) {
         return shape.fault;
+    }
+    if (m_areSingle && shape.pictures > 1) {
+        return "it holds " + std::to_string(shape.pictures) + " pictures";
     }
     if (m_slices == 0) {
         m_slices = shape.slices;

@@ -17,8 +17,9 @@ namespace nqp2::worker::rewrap {
 /// a medium has lost or filled with something else shows where the codec has its marks.
 class PictureCheck {
 public:
-    /// Units that come from a stream like that.
-    PictureCheck(Essence essence, const MediaStream& stream);
+    /// Units that come from a stream like that; `areSingle`: one that has more than a picture is
+    /// no good.
+    PictureCheck(Essence essence, const MediaStream& stream, bool areSingle = false);
 
     /// What is wrong with the next unit, in words; "" when nothing is seen.
     std::string FaultOf(std::string_view unit);
@@ -28,6 +29,7 @@ private:
 
     Essence m_essence;
     UnitForm m_form;
+    bool m_areSingle;
     std::size_t m_slices = 0; ///< of the first unit
 };
 

@@ -21,12 +21,17 @@ constexpr double kTolerance = 0.002; ///< seconds; times in MKV are whole millis
                         " is not what was read: " + what + ".");
 }
 
+/// Each picture of AVC-Intra is one unit of the file, and needs nothing of another to be placed.
+MediaLook LookAt(const PlannedFile& plan) {
+    return plan.essence.front() == Essence::AvcIntra ? MediaLook::Plain : MediaLook::First;
+}
+
 /// Reads one written file.
 class Proof {
 public:
     Proof(const PlannedFile& plan, const std::vector<MediaStream>& tracks, OutputFile& output)
         : m_plan(plan), m_tracks(tracks), m_output(output),
-          m_file(output, plan.reader, [&output] { output.Require({}); }) {
+          m_file(output, plan.reader, LookAt(plan), [&output] { output.Require({}); }) {
         FindTracks();
     }
 

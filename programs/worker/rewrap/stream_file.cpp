@@ -31,22 +31,22 @@ MediaLimits LimitsFor(std::uint64_t bytes) {
             kStart + std::chrono::seconds(static_cast<std::int64_t>(bytes / kBytesASecond))};
 }
 
-StreamFile::StreamFile(const std::string& path, const std::function<bool()>& goesOn, Look look)
+StreamFile::StreamFile(const std::string& path, const std::function<bool()>& goesOn, MediaLook look)
     : m_file(Opened(path, goesOn)), m_input(*m_file),
       m_requireNotStopped([this] { m_file->RequireNotStopped(); }) {
     Open(kSources, look);
 }
 
-StreamFile::StreamFile(MediaInput& input, const char* containers,
+StreamFile::StreamFile(MediaInput& input, const char* containers, MediaLook look,
                        std::function<void()> requireNotStopped)
     : m_input(input), m_requireNotStopped(std::move(requireNotStopped)) {
-    Open(containers, Look::First);
+    Open(containers, look);
 }
 
 StreamFile::~StreamFile() = default;
 
-void StreamFile::Open(const char* containers, Look look) {
-    Require(LoadMediaModule().OpenReader(m_input, containers, look == Look::First, m_reader));
+void StreamFile::Open(const char* containers, MediaLook look) {
+    Require(LoadMediaModule().OpenReader(m_input, containers, look, m_reader));
 }
 
 void StreamFile::Require(const MediaFault& fault) const {

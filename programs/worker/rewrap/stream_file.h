@@ -19,14 +19,12 @@ MediaLimits LimitsFor(std::uint64_t bytes);
 /// The units of a foreign file, in their order. Everything throws a Failure.
 class StreamFile {
 public:
-    /// How much it takes to know the streams: for a first look pictures are decoded.
-    enum class Look { First, Again };
-
     /// `goesOn` outlives it.
     StreamFile(const std::string& path, const std::function<bool()>& goesOn,
-               Look look = Look::First);
+               MediaLook look = MediaLook::First);
     /// The same for what is read elsewhere: `requireNotStopped` fails when reading had to end.
-    StreamFile(MediaInput& input, const char* containers, std::function<void()> requireNotStopped);
+    StreamFile(MediaInput& input, const char* containers, MediaLook look,
+               std::function<void()> requireNotStopped);
     ~StreamFile();
     StreamFile(const StreamFile&) = delete;
     StreamFile& operator=(const StreamFile&) = delete;
@@ -44,7 +42,7 @@ public:
     [[nodiscard]] std::size_t Picture() const;
 
 private:
-    void Open(const char* containers, Look look);
+    void Open(const char* containers, MediaLook look);
     void Require(const MediaFault& fault) const;
 
     std::unique_ptr<BoundedFile> m_file;

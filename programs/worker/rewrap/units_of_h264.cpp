@@ -175,6 +175,7 @@ UnitShape ShapeOf(std::string_view unit, const UnitForm& form) {
             shape.fault = FaultOf(piece, isSlice && shape.slices == 0);
         }
         shape.slices += isSlice ? 1 : 0;
+        shape.pictures += isSlice && IsFirstSlice(piece) ? 1U : 0U;
     });
     if (shape.fault.empty() && (!isWhole || shape.slices == 0)) {
         shape.fault = isWhole ? "it has no slice" : "its pieces do not fill it";

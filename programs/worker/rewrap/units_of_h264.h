@@ -39,7 +39,8 @@ bool AddPieces(std::string_view unit, const UnitForm& form, copy::Digest& digest
 /// What a unit looks like without being decoded.
 struct UnitShape {
     std::size_t slices = 0;
-    std::string fault; ///< what no encoder makes, in words; "" when nothing is seen
+    std::size_t pictures = 0; ///< fields, where each is coded alone
+    std::string fault;        ///< what no encoder makes, in words; "" when nothing is seen
 };
 UnitShape ShapeOf(std::string_view unit, const UnitForm& form);
 /// The sets of the container's own record.
