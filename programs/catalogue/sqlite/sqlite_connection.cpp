@@ -137,9 +137,8 @@ private:
             return known->second.get();
         }
         sqlite3_stmt* made = nullptr;
-        Require(sqlite3_prepare_v3(m_database.get(), statement.data(),
-                                   static_cast<int>(statement.size()), SQLITE_PREPARE_PERSISTENT,
-                                   &made, nullptr));
+        Require(sqlite3_prepare_v3(m_database.get(), key.data(), static_cast<int>(key.size()),
+                                   SQLITE_PREPARE_PERSISTENT, &made, nullptr));
         return m_statements.emplace(key, Statement(made)).first->second.get();
     }
 
