@@ -70,9 +70,10 @@ def machine() -> str:
             f"{platform.release().split('-')[0]}, load {os.getloadavg()[0]:.1f} at the end")
 
 
-def write_docs(setting: Setting, groups: dict[str, list[Row]]) -> None:
+def write_docs(setting: Setting, groups: dict[str, list[Row]], rounds: int) -> None:
+    said = "one round" if rounds == 1 else f"{rounds} rounds"
     parts = [f"### {title}\n\n{section_markdown(rows)}" for title, rows in groups.items()]
-    replace_block(PAGE, "figures", "\n\n".join([f"Last run: {machine()}.", *parts]))
+    replace_block(PAGE, "figures", "\n\n".join([f"Last run: {machine()}, {said}.", *parts]))
     card = setting.cards.bulk(setting.sizes.small)
     head = ("program", "what it does", "wall clock", "processor", "of a clip")
     replace_block(PAGE, "neighbours", markdown(head, table_body(
@@ -97,7 +98,7 @@ def main() -> int:
         arguments.json.write_text(json.dumps([as_json(row) for row in rows], indent=2) + "\n",
                                   encoding="utf-8")
     if arguments.write_docs:
-        write_docs(setting, groups)
+        write_docs(setting, groups, arguments.rounds)
     if any(row.lacks and row.lacks.failed for row in rows):
         return 3
     return 1 if arguments.check and not all(row.holds for row in rows) else 0
