@@ -52,7 +52,7 @@ ClipTold ToldOf(const ClipTexts& texts) {
         return media::ZoneOf(texts.Text(path).View()).value_or(ClipTold::kNoZone);
     };
     return {zone(ClipPath::StartDate), zone(ClipPath::EndDate), true,
-            !texts.Text(ClipPath::StartTimecode).IsEmpty()};
+            texts.HasText(ClipPath::StartTimecode)};
 }
 
 /// One scan: the record that is used over and over, the reader, and what is remarked on the way.

@@ -133,6 +133,11 @@ std::string_view ClipTexts::Spent(ClipPath path, std::string& scratch) const {
     return m_tree ? m_tree->Spent(m_tree->Find(path), scratch) : Field(path).text;
 }
 
+bool ClipTexts::HasText(ClipPath path) const {
+    std::string scratch;
+    return !Utf8(path, scratch).empty();
+}
+
 CString ClipTexts::Text(ClipPath path) const {
     std::string scratch;
     return m_pool.TextOf(Spent(path, scratch));

@@ -64,6 +64,8 @@ public:
     [[nodiscard]] bool HasContent() const;
     /// Whether there is the value's element.
     [[nodiscard]] bool Has(ClipPath path) const;
+    /// Whether the value's text has any character.
+    [[nodiscard]] bool HasText(ClipPath path) const;
     /// The value's text, "" for a missing element.
     [[nodiscard]] CString Text(ClipPath path) const;
     /// The leading number of the text, 0 for a missing element.

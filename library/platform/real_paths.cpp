@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -44,24 +46,53 @@ bool Exists(const std::string& path) {
 
 } // namespace
 
+/// What copies have in common.
+struct RealPaths::Shared {
+    /// A folder of which much is asked, read by whoever asks first.
+    struct ListedFolder {
+        std::mutex mutex;
+        bool isListed = false;
+        std::string asked;      ///< PosixPath's answer with a separator at its end, or "",
+        bool isAsAsked = false; ///< and whether it leads there
+        platform::SortedNames names;
+    };
+
+    std::mutex mutex;
+    std::map<std::wstring, ListedFolder, std::less<>> folders; ///< none is ever taken out
+
+    ListedFolder& FolderOf(std::wstring_view written) {
+        const std::lock_guard lock(mutex);
+        const auto known = folders.find(written);
+        return known != folders.end() ? known->second
+                                      : folders.try_emplace(std::wstring(written)).first->second;
+    }
+};
+
 struct RealPaths::Cache {
     struct Folder {
         explicit Folder(platform::Place found) : place(std::move(found)) {}
 
         platform::Place place;
         int questions = 0;
-        bool isRead = false;
-        std::string asked;           ///< PosixPath's answer with a separator at its end, or "",
-        bool isAsAsked = false;      ///< and whether it leads there
-        platform::SortedNames names; ///< of a folder of which much is asked
+        const Shared::ListedFolder* listed = nullptr; ///< once much is asked of it
+        std::size_t near = 0;                         ///< where the answer before was, in its names
     };
-    std::map<std::wstring, Folder, std::less<>> folders;
+    explicit Cache(std::shared_ptr<Shared> common) : shared(std::move(common)) {}
+
+    std::shared_ptr<Shared> shared;
+    using Folders = std::map<std::wstring, Folder, std::less<>>;
+    Folders folders;
+    Folders::iterator last = folders.end(); ///< asked for: a clip has several files in some
     int few = kFewFiles;
 
     /// A folder, its place from the one above it: each folder on the way is listed once.
     Folder& FolderOf(std::wstring_view folder) {
+        if (last != folders.end() && last->first == folder) {
+            return last->second;
+        }
         const auto known = folders.find(folder);
         if (known != folders.end()) {
+            last = known;
             return known->second;
         }
         const std::size_t end = folder.find_last_not_of(L'\\') + 1;
@@ -81,35 +112,43 @@ struct RealPaths::Cache {
             return std::nullopt;
         }
         Folder& folder = FolderOf(path.substr(0, start));
-        if (!folder.isRead) {
+        if (folder.listed == nullptr) {
             if (++folder.questions < few) {
                 return std::nullopt;
             }
             few = kFewFilesOfMany;
-            folder.isRead = true;
             Look(folder, path.substr(0, start));
         }
         return AmongNames(folder, platform::NameBytesFromText(name));
     }
-    static void Look(Folder& folder, std::wstring_view written) {
+    void Look(Folder& folder, std::wstring_view written) {
+        Shared::ListedFolder& listed = shared->FolderOf(written);
+        const std::lock_guard lock(listed.mutex);
         // Without a drive part a name may end one: then it is more than a name.
-        if (written.find(L":\\") == std::wstring_view::npos) {
-            return;
+        if (!listed.isListed && written.find(L":\\") != std::wstring_view::npos) {
+            listed.asked = PosixPath(CString(written));
+            listed.isAsAsked = Exists(listed.asked);
+            listed.names = platform::SortedNames(folder.place.OnDisk());
         }
-        folder.asked = PosixPath(CString(written));
-        folder.isAsAsked = Exists(folder.asked);
-        folder.names = platform::SortedNames(folder.place.OnDisk());
+        listed.isListed = true;
+        folder.listed = &listed; // which does not change any more
     }
     static std::optional<std::string> AmongNames(Folder& folder, const std::string& name) {
-        const bool isThere = folder.names.Has(name);
-        if (isThere && folder.isAsAsked) {
-            return folder.asked + name;
+        const bool isThere = folder.listed->names.Has(name, folder.near);
+        if (isThere && folder.listed->isAsAsked) {
+            const std::string& asked = folder.listed->asked;
+            std::string path;
+            path.reserve(asked.size() + name.size());
+            return path.append(asked).append(name);
         }
         return isThere ? std::optional(folder.place.OnDisk() + '/' + name) : std::nullopt;
     }
 };
 
-RealPaths::RealPaths() : m_cache(std::make_unique<Cache>()) {}
+RealPaths::RealPaths() : m_cache(std::make_unique<Cache>(std::make_shared<Shared>())) {}
+
+RealPaths::RealPaths(const RealPaths& other)
+    : m_cache(std::make_unique<Cache>(other.m_cache->shared)) {}
 
 RealPaths::~RealPaths() = default;
 
@@ -132,6 +171,16 @@ std::string RealPaths::Find(const CString& path) {
     }
     platform::FoundFile found;
     return folder.Find(parts.name, found) ? found.posixPath : asked;
+}
+
+void RealPaths::ReadFolderOf(const CString& path) {
+    const std::wstring_view written = path.View();
+    if (const std::size_t length = FolderLength(written); length > 0) {
+        Cache::Folder& folder = m_cache->FolderOf(written.substr(0, length));
+        if (folder.listed == nullptr) {
+            m_cache->Look(folder, written.substr(0, length));
+        }
+    }
 }
 
 } // namespace nqp2

@@ -83,10 +83,10 @@ SortedNames::SortedNames(const std::string& folder) {
     }
 }
 
-bool SortedNames::Has(std::string_view name) {
+bool SortedNames::Has(std::string_view name, std::size_t& near) const {
     constexpr int kSteps = 8; // more than a clip has files in a folder, mostly
-    for (int step = 0; step < kSteps && m_next < Count(); ++step, ++m_next) {
-        const int order = NameAt(m_next).compare(name);
+    for (int step = 0; step < kSteps && near < Count(); ++step, ++near) {
+        const int order = NameAt(near).compare(name);
         if (order >= 0) {
             if (order == 0) {
                 return true;
@@ -94,8 +94,8 @@ bool SortedNames::Has(std::string_view name) {
             break;
         }
     }
-    m_next = FirstFrom(name);
-    return m_next < Count() && NameAt(m_next) == name;
+    near = FirstFrom(name);
+    return near < Count() && NameAt(near) == name;
 }
 
 std::size_t SortedNames::FirstFrom(std::string_view name) const {

@@ -19,7 +19,8 @@ public:
     /// Lists a folder. Of one that cannot be read to its end it has the names that came.
     explicit SortedNames(const std::string& folder);
 
-    bool Has(std::string_view name);
+    /// `near` is where an answer before was found, 0 at first: for each who asks one of its own.
+    bool Has(std::string_view name, std::size_t& near) const;
 
 private:
     [[nodiscard]] std::size_t Count() const { return m_starts.size() - 1; }
@@ -32,7 +33,6 @@ private:
 
     std::string m_text;                        ///< the names, one behind the other
     std::vector<std::uint32_t> m_starts = {0}; ///< of each in it, and the end of all
-    std::size_t m_next = 0;                    ///< where the answer before was found
 };
 
 } // namespace nqp2::platform

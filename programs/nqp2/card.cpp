@@ -68,6 +68,9 @@ std::string WorkingFolder() {
 /// Where the last ".." of a path ends; 0 when it has none.
 std::size_t EndOfStepsUp(const std::string& path) {
     constexpr std::string_view kStep = "/..";
+    if (path.find(kStep.substr(1)) == std::string::npos) { // dots are rarer than separators
+        return 0;
+    }
     for (std::size_t at = path.rfind(kStep); at != std::string::npos;
          at = at == 0 ? std::string::npos : path.rfind(kStep, at - 1)) {
         const std::size_t end = at + kStep.size();
@@ -95,6 +98,13 @@ std::string WithoutStepsUp(std::string path) {
     return place->second == "/" && !rest.empty() ? rest : place->second + rest;
 }
 
+/// For one run of one command: what it learns of a folder stays true for that long.
+RealPaths& PathsOfRun() {
+    static const RealPaths first;
+    thread_local RealPaths paths(first);
+    return paths;
+}
+
 [[noreturn]] void ThrowNoFolder(const std::string& folder, const fs::file_status& status) {
     if (fs::exists(status)) {
         throw Failure(folder, "is not a folder", "give the card's top folder");
@@ -111,10 +121,11 @@ bool WasCutShort(const CardSearch& search) {
 }
 
 std::string RealPath(const CString& path) {
-    // For one run of one command: what it learns of a folder stays true for that long. Threads do
-    // not wait for each other.
-    thread_local RealPaths paths;
-    return paths.Find(path);
+    return PathsOfRun().Find(path);
+}
+
+void ReadFolderOf(const CString& path) {
+    PathsOfRun().ReadFolderOf(path);
 }
 
 std::string OutputPath(const CString& path) {

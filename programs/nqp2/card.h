@@ -18,6 +18,8 @@ std::string RealPath(const CString& path);
 std::string OutputPath(const CString& path);
 /// That of a path of the system.
 std::string OutputPath(std::string path);
+/// Learns what RealPath needs of the file's folder, for all threads: before many of its files come.
+void ReadFolderOf(const CString& path);
 
 /// Whether a text names a drive ("E", "E:", "E:\\copies") whose letter the drive table knows.
 bool IsMappedDrive(const CString& text);

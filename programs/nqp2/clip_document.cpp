@@ -51,8 +51,9 @@ PutClipAt JsonInto(const ClipListing& listing, OutputText& text, PutJson put,
 }
 
 /// A form whose clips stand one after the other, wherever they are put.
-ClipForm FormOfLines(OutputText& out, const std::function<PutClipAt(OutputText& text)>& into) {
-    return {into(out), into, [&out](std::string_view text) { out.Put(text); }};
+ClipForm FormOfLines(OutputText& out, const std::function<PutClipAt(OutputText& text)>& into,
+                     bool hasPaths = false) {
+    return {into(out), into, [&out](std::string_view text) { out.Put(text); }, hasPaths};
 }
 
 void PutClips(JsonDocumentWriter& json, const ClipListing& listing) {
@@ -63,7 +64,7 @@ void PutClips(JsonDocumentWriter& json, const ClipListing& listing) {
                    PutShownClip(json, ShownIn(listing, shown));
                },
                [&](OutputText& text) { return JsonInto(listing, text, PutShownClip); },
-               [&json](std::string_view text) { json.PutElement(text); }});
+               [&json](std::string_view text) { json.PutElement(text); }, true});
     json.EndList();
 }
 
@@ -178,9 +179,10 @@ void PrintClipsDocument(Console& console, const ClipListing& listing) {
 
 void PrintClipLines(Console& console, const ClipListing& listing) {
     OutputText out(&console);
-    ShowClips(listing.details, listing.clips, FormOfLines(out, [&listing](OutputText& text) {
-                  return JsonInto(listing, text, PutClipLine, "\n");
-              }));
+    const auto into = [&listing](OutputText& text) {
+        return JsonInto(listing, text, PutClipLine, "\n");
+    };
+    ShowClips(listing.details, listing.clips, FormOfLines(out, into, true));
     out.Flush();
 }
 
@@ -213,9 +215,9 @@ void PrintTableColumns(Console& console, const ClipListing& listing, const ClipC
     const PutClipAt put = [&](const ShownClip& shown, std::size_t index) {
         rows[index] = columns.Cells(shown);
     };
-    ShowClips(
-        listing.details, listing.clips,
-        {put, [&put](OutputText& /*text*/) { return put; }, [](std::string_view /*text*/) {}});
+    ShowClips(listing.details, listing.clips,
+              {put, [&put](OutputText& /*text*/) { return put; }, [](std::string_view /*text*/) {},
+               false});
     PrintTable(console, columns.Heads(), [&rows](const TakeRow& take) {
         for (const Row& row : rows) {
             take(row);

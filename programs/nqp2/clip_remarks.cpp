@@ -90,9 +90,18 @@ constexpr Check kChecks[] = {
 };
 #undef NQP2_VALUE
 
-/// The ends of paths below P2Main that count something.
-constexpr std::wstring_view kCounts[] = {L"/Duration", L"/StartByteOffset", L"/DataSize",
-                                         L"/SamplingRate", L"/BitsPerSample"};
+/// Elements below P2Main that count something.
+constexpr std::wstring_view kCounts[] = {L"Duration", L"StartByteOffset", L"DataSize",
+                                         L"SamplingRate", L"BitsPerSample"};
+
+/// Of a clip's hundred paths few end in one: most are told by where their last name begins.
+bool IsPathOfCount(std::wstring_view path) {
+    constexpr std::wstring_view kRoot = L"P2Main/";
+    return std::any_of(std::begin(kCounts), std::end(kCounts), [path](std::wstring_view name) {
+        return path.size() > name.size() && path[path.size() - name.size() - 1] == L'/' &&
+               path.ends_with(name) && path.starts_with(kRoot);
+    });
+}
 
 class RemarkList {
 public:
@@ -110,10 +119,7 @@ public:
     }
     void CheckCounts(const CArray<MetadataText>& texts) {
         for (const MetadataText& each : texts) {
-            const std::wstring_view path = each.path.View();
-            const auto endsPath = [path](std::wstring_view end) { return path.ends_with(end); };
-            if (path.starts_with(L"P2Main/") && !IsCount(each.text) &&
-                std::any_of(std::begin(kCounts), std::end(kCounts), endsPath)) {
+            if (IsPathOfCount(each.path.View()) && !IsCount(each.text)) {
                 Tell(BytesFromText(each.path), each.text, "number");
             }
         }

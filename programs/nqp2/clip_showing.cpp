@@ -4,6 +4,7 @@
 #include "nqp2/clip_showing.h"
 
 #include "console/output_text.h"
+#include "nqp2/card.h"
 #include "nqp2/clip_details.h"
 #include "nqp2/clip_remarks.h"
 #include "nqp2/work_ahead.h"
@@ -24,7 +25,7 @@ namespace {
 /// much.
 constexpr std::size_t kMostMade = std::size_t{1} << 20U;
 /// What may be kept of a clip that was shown.
-constexpr std::size_t kMostKept = std::size_t{64} << 10U;
+constexpr std::size_t kMostKept = std::size_t{256} << 10U;
 
 /// What is held of a clip until it is shown.
 struct Part {
@@ -44,7 +45,15 @@ struct Maker {
     ReadMetadata read;
     OutputText text;
     PutClipAt put; ///< into the text
+    bool hasBegun = false;
 };
+
+/// The folders that a clip's first paths are not in, the largest first.
+void ReadLastFolders(const _tag_P2Clip& clip) {
+    ReadFolderOf(clip.AudioPath[0]);
+    ReadFolderOf(clip.Proxy.ProxyFilePath);
+    ReadFolderOf(clip.XmlPath);
+}
 
 class Showing {
 public:
@@ -80,6 +89,14 @@ private:
             !m_details.Wanted().files || m_details.ReadFiles(*m_clips[index], part.files);
     }
 
+    /// Each folder is read by one thread: the others begin where this one comes last.
+    void Begin(Maker& maker, const _tag_P2Clip& clip) {
+        if (m_form.hasPaths && !maker.hasBegun && &maker != &m_makers.front()) {
+            ReadLastFolders(clip);
+        }
+        maker.hasBegun = true;
+    }
+
     [[nodiscard]] ShownClip ShownOf(std::size_t index, const ClipMetadata* metadata) {
         ShownClip shown = m_details.Of(*m_clips[index]);
         shown.metadata = metadata;
@@ -105,6 +122,7 @@ private:
     std::size_t Make(Maker& maker, std::size_t index) noexcept {
         Part& part = PartOf(index);
         try {
+            Begin(maker, *m_clips[index]);
             Read(maker, *m_clips[index], maker.read);
             const std::size_t bytes = maker.read.bytes + SizeOf(part.files);
             if (maker.read.status != MetadataStatus::Read || bytes > kMostMade) {

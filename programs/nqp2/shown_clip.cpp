@@ -131,6 +131,12 @@ void PutBeside(ValueSink& sink, const ShownClip& shown) {
     }
 }
 
+/// The record's date, where it is one that a file tells.
+const CString& RecordedStart(const ShownClip& shown) {
+    static const CString none;
+    return shown.told.startDate ? shown.clip.StartDate : none;
+}
+
 /// What the record's date has lost is in the metadata, where these were read.
 CString DateOf(const CString& recorded, std::int16_t zone, const CString* told) {
     const CString date = told == nullptr ? CString() : IsoDate(*told);
@@ -147,8 +153,7 @@ CString StartOf(const ShownClip& shown) {
     const CString* const told = metadata == nullptr ? nullptr
                                 : isContainer       ? &metadata->access.creationDate
                                                     : &metadata->shoot.startDate;
-    return DateOf(shown.told.startDate ? shown.clip.StartDate : CString(), shown.told.startZone,
-                  told);
+    return DateOf(RecordedStart(shown), shown.told.startZone, told);
 }
 
 CString EndOf(const ShownClip& shown) {

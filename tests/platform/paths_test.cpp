@@ -3,6 +3,7 @@
 
 #include "NQP2ParserU/DriveMap.h"
 #include "NQP2ParserU/PathText.h"
+#include "NQP2ParserU/RealPaths.h"
 #include "platform/case_blind.h"
 #include "platform/name_pattern.h"
 #include "platform/place.h"
@@ -15,6 +16,7 @@
 
 #include <optional>
 #include <string>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -220,6 +222,47 @@ TEST_F(PlaceTest, TellsAFolderThatIsMissingFromOneThatCannotBeRead) {
     EXPECT_EQ(cut.Find(L"none", found).error, IoError::Device);
     m_files.Fail({.error = IoError::Denied});
     EXPECT_EQ(Video().Look().error, IoError::Denied);
+}
+
+TEST(RealPathsTest, CopiesOfManyThreadsAnswerAsOneAndReadAFolderOnce) {
+    const test::TempFolder folder;
+    std::vector<CString> asked;
+    std::vector<std::string> answers;
+    for (int clip = 10; clip < 60; ++clip) {
+        // As recorded, in other letters on the disk, and missing.
+        const std::string name = std::to_string(clip) + ".MXF";
+        answers.push_back(folder.Write("VIDEO/" + name));
+        answers.push_back(folder.Write("VIDEO/v" + name));
+        answers.push_back(folder.Path("VIDEO/X" + name));
+        for (const char* const start : {"", "V", "X"}) {
+            asked.push_back(InterfaceRoot(folder.Path()) + L"\\VIDEO\\" +
+                            TextFromNameBytes(start + name));
+        }
+    }
+    test::FaultyFileSystem files;
+    const ScopedFileSystem inPlace{files};
+    const RealPaths first;
+    std::vector<std::vector<std::string>> found(4);
+    std::vector<std::thread> threads;
+    for (std::size_t thread = 0; thread < found.size(); ++thread) {
+        threads.emplace_back([&, thread] {
+            RealPaths paths(first);
+            if (thread % 2 == 1) {
+                paths.ReadFolderOf(asked[0]);
+            }
+            for (const CString& path : asked) {
+                found[thread].push_back(paths.Find(path));
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    for (const std::vector<std::string>& ofThread : found) {
+        EXPECT_EQ(ofThread, answers);
+    }
+    EXPECT_EQ(files.Calls(Operation::List), 1 + found.size())
+        << "for all, and by each place for what has other letters";
 }
 
 TEST(MatchesPatternTest, TakesPatternsWithoutRegardToCaseAndQuickly) {
