@@ -26,6 +26,9 @@ public:
     std::string Find(const CString& path);
     /// Reads the folder that the file is in: worth its time before many of its files are asked for.
     void ReadFolderOf(const CString& path);
+    /// The same without reading it: its files are under the very names by which they are asked for,
+    /// as ScanReport::exactFolders tells. `folder` has a separator at its end.
+    void TakeAsWritten(const CString& folder);
 
 private:
     struct Shared;

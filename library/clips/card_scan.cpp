@@ -97,6 +97,9 @@ public:
         for (const ClipTold& told : m_told) {
             report.told.Add(told);
         }
+        for (const CString& folder : m_essence.ExactFolders()) {
+            report.exactFolders.Add(folder);
+        }
     }
 
 private:

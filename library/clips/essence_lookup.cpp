@@ -141,7 +141,7 @@ EssenceLookup::EssenceLookup(platform::Place contents, Mode mode)
     : m_contents(std::move(contents)), m_mode(mode) {}
 
 const platform::Place& EssenceLookup::FolderOf(const media::ClipFileKind& kind) const {
-    auto& folder = m_folders[static_cast<std::size_t>(&kind - media::kClipFileKinds.data())];
+    auto& folder = m_folders[IndexOf(kind)];
     if (!folder) {
         folder = m_contents.Below(kind.folder.Path());
     }
@@ -150,10 +150,26 @@ const platform::Place& EssenceLookup::FolderOf(const media::ClipFileKind& kind) 
 
 bool EssenceLookup::Has(const media::ClipFileKind& kind, const std::string& name) const {
     const platform::Place& folder = FolderOf(kind);
-    if (m_mode == Mode::Scan) {
-        static_cast<void>(folder.Names()); // answers from then on
+    if (m_mode == Mode::OneClip) {
+        return folder.Has(name);
     }
-    return folder.Has(name);
+    const platform::FolderEntry* const entry = folder.Names().Find(name);
+    Answers& answers = m_answers[IndexOf(kind)];
+    answers.areThere = true;
+    answers.areExact = answers.areExact && (entry == nullptr || entry->name == name);
+    return entry != nullptr;
+}
+
+std::vector<CString> EssenceLookup::ExactFolders() const {
+    std::vector<CString> folders;
+    for (const media::ClipFileKind& kind : media::kClipFileKinds) {
+        const Answers& answers = m_answers[IndexOf(kind)];
+        const bool isRead = answers.areThere || &kind == &media::kMetadataFiles;
+        if (isRead && answers.areExact) {
+            folders.push_back(FolderOf(kind).Written());
+        }
+    }
+    return folders;
 }
 
 void FindNamedFiles(const EssenceLookup& essence, _tag_P2Clip& clip) {

@@ -9,7 +9,10 @@
 #include "platform/place.h"
 
 #include <array>
+#include <cstddef>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace nqp2::clips {
 
@@ -27,10 +30,22 @@ public:
     [[nodiscard]] const platform::Place& FolderOf(const media::ClipFileKind& kind) const;
     /// Whether a file is there; its name is given in bytes.
     [[nodiscard]] bool Has(const media::ClipFileKind& kind, const std::string& name) const;
+    /// The folders in which all files that were asked for, or that the scan has come from, are
+    /// under the very names that records give them.
+    [[nodiscard]] std::vector<CString> ExactFolders() const;
 
 private:
+    struct Answers {
+        bool areThere = false;
+        bool areExact = true;
+    };
+    static std::size_t IndexOf(const media::ClipFileKind& kind) {
+        return static_cast<std::size_t>(&kind - media::kClipFileKinds.data());
+    }
+
     platform::Place m_contents;
     Mode m_mode;
+    mutable std::array<Answers, media::kClipFileKinds.size()> m_answers;
     /// Made when first asked for.
     mutable std::array<std::optional<platform::Place>, media::kClipFileKinds.size()> m_folders;
 };

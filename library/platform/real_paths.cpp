@@ -39,6 +39,10 @@ std::size_t FolderLength(std::wstring_view path) {
     return static_cast<std::size_t>(path.rend() - last);
 }
 
+bool HasDrive(std::wstring_view path) {
+    return path.find(L":\\") != std::wstring_view::npos;
+}
+
 bool Exists(const std::string& path) {
     platform::FileInfo info;
     return !path.empty() && platform::Files().Stat(path, info);
@@ -54,7 +58,14 @@ struct RealPaths::Shared {
         bool isListed = false;
         std::string asked;      ///< PosixPath's answer with a separator at its end, or "",
         bool isAsAsked = false; ///< and whether it leads there
+        bool isExact = false;   ///< each name that is asked for counts as there
         platform::SortedNames names;
+
+        void Find(std::wstring_view written) {
+            asked = PosixPath(CString(written));
+            isAsAsked = Exists(asked);
+            isListed = true;
+        }
     };
 
     std::mutex mutex;
@@ -125,16 +136,16 @@ struct RealPaths::Cache {
         Shared::ListedFolder& listed = shared->FolderOf(written);
         const std::lock_guard lock(listed.mutex);
         // Without a drive part a name may end one: then it is more than a name.
-        if (!listed.isListed && written.find(L":\\") != std::wstring_view::npos) {
-            listed.asked = PosixPath(CString(written));
-            listed.isAsAsked = Exists(listed.asked);
-            listed.names = platform::SortedNames(folder.place.OnDisk());
+        if (!listed.isListed && HasDrive(written)) {
+            platform::SortedNames names(folder.place.OnDisk());
+            listed.Find(written);
+            listed.names = std::move(names);
         }
         listed.isListed = true;
         folder.listed = &listed; // which does not change any more
     }
     static std::optional<std::string> AmongNames(Folder& folder, const std::string& name) {
-        const bool isThere = folder.listed->names.Has(name, folder.near);
+        const bool isThere = folder.listed->isExact || folder.listed->names.Has(name, folder.near);
         if (isThere && folder.listed->isAsAsked) {
             const std::string& asked = folder.listed->asked;
             std::string path;
@@ -180,6 +191,15 @@ void RealPaths::ReadFolderOf(const CString& path) {
         if (folder.listed == nullptr) {
             m_cache->Look(folder, written.substr(0, length));
         }
+    }
+}
+
+void RealPaths::TakeAsWritten(const CString& folder) {
+    Shared::ListedFolder& listed = m_cache->shared->FolderOf(folder.View());
+    const std::lock_guard lock(listed.mutex);
+    if (!listed.isListed && HasDrive(folder.View())) {
+        listed.Find(folder.View());
+        listed.isExact = true;
     }
 }
 

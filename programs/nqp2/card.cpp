@@ -124,6 +124,10 @@ std::string RealPath(const CString& path) {
     return PathsOfRun().Find(path);
 }
 
+void TakeAsWritten(const CString& folder) {
+    PathsOfRun().TakeAsWritten(folder);
+}
+
 void ReadFolderOf(const CString& path) {
     PathsOfRun().ReadFolderOf(path);
 }

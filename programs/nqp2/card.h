@@ -18,6 +18,8 @@ std::string RealPath(const CString& path);
 std::string OutputPath(const CString& path);
 /// That of a path of the system.
 std::string OutputPath(std::string path);
+/// Of a folder in which files are under the very names that records give them.
+void TakeAsWritten(const CString& folder);
 /// Learns what RealPath needs of the file's folder, for all threads: before many of its files come.
 void ReadFolderOf(const CString& path);
 

@@ -37,6 +37,9 @@ public:
             ReadyParser parser;
             if (parser->LoadClipEx(card.Root(), scan.clips, m_options.keepDigit ? 1 : 0,
                                    scan.report) == 0) {
+                for (const CString& folder : scan.report.exactFolders) {
+                    TakeAsWritten(folder);
+                }
                 return scan;
             }
         }

@@ -48,13 +48,6 @@ struct Maker {
     bool hasBegun = false;
 };
 
-/// The folders that a clip's first paths are not in, the largest first.
-void ReadLastFolders(const _tag_P2Clip& clip) {
-    ReadFolderOf(clip.AudioPath[0]);
-    ReadFolderOf(clip.Proxy.ProxyFilePath);
-    ReadFolderOf(clip.XmlPath);
-}
-
 class Showing {
 public:
     Showing(ClipDetails& details, const ClipOrder& clips, const ClipForm& form)
@@ -89,10 +82,11 @@ private:
             !m_details.Wanted().files || m_details.ReadFiles(*m_clips[index], part.files);
     }
 
-    /// Each folder is read by one thread: the others begin where this one comes last.
+    /// Each folder is read by one thread: the others begin with the largest of those that this one
+    /// comes to last.
     void Begin(Maker& maker, const _tag_P2Clip& clip) {
         if (m_form.hasPaths && !maker.hasBegun && &maker != &m_makers.front()) {
-            ReadLastFolders(clip);
+            ReadFolderOf(clip.AudioPath[0]);
         }
         maker.hasBegun = true;
     }
