@@ -118,8 +118,24 @@ struct TextPlace::Kind {
     std::uint64_t document = 0; ///< when it is this one
 };
 
+/// Most names have 8 to 16 bytes, which are compared without a call.
 inline bool AreSame(std::string_view left, std::string_view right) {
-    return left.size() == right.size() && std::memcmp(left.data(), right.data(), left.size()) == 0;
+    constexpr std::size_t kWord = sizeof(std::uint64_t);
+    const std::size_t size = left.size();
+    if (size != right.size()) {
+        return false;
+    }
+    if (size < kWord || size > 2 * kWord) {
+        return std::memcmp(left.data(), right.data(), size) == 0;
+    }
+    const auto differ = [left, right](std::size_t at) {
+        std::uint64_t ofLeft = 0;
+        std::uint64_t ofRight = 0;
+        std::memcpy(&ofLeft, left.data() + at, kWord);
+        std::memcpy(&ofRight, right.data() + at, kWord);
+        return ofLeft ^ ofRight;
+    };
+    return (differ(0) | differ(size - kWord)) == 0;
 }
 
 inline bool TextPlaces::Is(const TextPlace& place, const TextPlace* parent, std::string_view name,

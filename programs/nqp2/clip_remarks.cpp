@@ -141,7 +141,7 @@ const CString& DateOf(const CString& recorded, const ClipMetadata* metadata,
 
 std::vector<std::string> RemarksOn(const _tag_P2Clip& clip, const ClipMetadata* metadata) {
     RemarkList remarks;
-    const auto isDate = [](const CString& text) { return text == kNoDate || IsDate(text); };
+    const auto isDate = [](const CString& text) { return IsDate(text) || text == kNoDate; };
     remarks.Check("start date", DateOf(clip.StartDate, metadata, &ShootMetadata::startDate), "date",
                   isDate);
     remarks.Check("end date", DateOf(clip.EndDate, metadata, &ShootMetadata::endDate), "date",
