@@ -85,7 +85,7 @@ public:
                 if (isTaken) {
                     Take(file, ClipTexts(m_fields.Values(), m_pool), clips);
                     if (m_promises != nullptr) {
-                        m_promises->Add(file.posixPath, m_fields.Values());
+                        m_promises->Add(platform::NamePart(file.posixPath), m_fields.Values());
                     }
                 }
                 return isTaken;
@@ -165,6 +165,9 @@ void ScanClips(const platform::Place& contents, CMarkupMSXML& reader, bool keepD
     scan.Run(folder, isMissing, clips);
     if (report != nullptr) {
         scan.Tell(*report);
+    }
+    if (promises != nullptr) {
+        promises->KeepContents(contents);
     }
 }
 

@@ -40,8 +40,7 @@ bool ComesBefore(const NamedFile& left, const NamedFile& right) {
 
 } // namespace
 
-ClipFileIndex::ClipFileIndex(platform::FileTally& tally) {
-    const platform::Place contents = tally.Root().Below(media::kContents.BelowDrive());
+ClipFileIndex::ClipFileIndex(platform::FileTally& tally, const platform::Place& contents) {
     std::vector<Key> keys;
     for (std::uint32_t kind = 0; kind < kKinds; ++kind) {
         const media::ClipFileKind& each = media::kClipFileKinds[kind];
@@ -109,7 +108,7 @@ NameOfClip::NameOfClip(const CString& clip)
 
 /// What cannot be read promises nothing.
 void P2ClipFiles::TellPromises(platform::TalliedFolder& folder, std::size_t entry) {
-    if (m_promises.Tell(folder.OnDisk(entry), m_promised)) {
+    if (m_promises.Tell(folder.Entries()[entry].name, m_promised)) {
         return;
     }
     const platform::MemoryWatch watch;
@@ -134,7 +133,8 @@ void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
         return;
     }
     if (!m_index) {
-        m_index.emplace(m_tally);
+        m_index.emplace(m_tally, m_promises.Contents().value_or(
+                                     m_tally.Root().Below(media::kContents.BelowDrive())));
     }
     m_index->Find(NameOfClip(clip.ClipName));
     m_promised.clear();

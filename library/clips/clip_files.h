@@ -46,8 +46,8 @@ struct NamedFile {
 /// The folders of a card with the files of all its clips, by the clips' names.
 class ClipFileIndex {
 public:
-    /// Lists each folder once. `tally` must outlive this object.
-    explicit ClipFileIndex(platform::FileTally& tally);
+    /// Lists each folder below `contents` that is not listed yet. `tally` must outlive this object.
+    ClipFileIndex(platform::FileTally& tally, const platform::Place& contents);
 
     // The kind is one of media::kClipFileKinds.
 
