@@ -71,6 +71,16 @@ struct RealPaths::Shared {
     std::mutex mutex;
     std::map<std::wstring, ListedFolder, std::less<>> folders; ///< none is ever taken out
 
+    /// Null for one that nobody has listed yet, or is about to.
+    const ListedFolder* Listed(std::wstring_view written) {
+        const std::lock_guard lock(mutex);
+        const auto known = folders.find(written);
+        if (known == folders.end()) {
+            return nullptr;
+        }
+        const std::unique_lock own(known->second.mutex, std::try_to_lock);
+        return own && known->second.isListed ? &known->second : nullptr;
+    }
     ListedFolder& FolderOf(std::wstring_view written) {
         const std::lock_guard lock(mutex);
         const auto known = folders.find(written);
@@ -123,8 +133,11 @@ struct RealPaths::Cache {
             return std::nullopt;
         }
         Folder& folder = FolderOf(path.substr(0, start));
+        if (folder.listed == nullptr && folder.questions++ == 0) {
+            folder.listed = shared->Listed(path.substr(0, start));
+        }
         if (folder.listed == nullptr) {
-            if (++folder.questions < few) {
+            if (folder.questions < few) {
                 return std::nullopt;
             }
             few = kFewFilesOfMany;
