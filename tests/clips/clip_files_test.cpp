@@ -176,6 +176,7 @@ TEST_F(ClipFilesTest, WhatIsNoFileIsMissingAndWhatIsNoClipsIsLoose) {
 // However many clips there are, each costs one question for each file, and its metadata read, if a
 // scan has not told of them.
 TEST_F(ClipFilesTest, AsksTheMediumOnceForEachFolderAndFile) {
+    using Calls = std::pair<std::uint64_t, std::uint64_t>; // listings, and all
     const auto callsFor = [&](int from, int to, bool isTold = false) {
         for (int i = from; i < to; ++i) {
             const std::string name = "00" + std::to_string(i) + "AA";
@@ -191,11 +192,14 @@ TEST_F(ClipFilesTest, AsksTheMediumOnceForEachFolderAndFile) {
         for (const _tag_P2Clip& clip : clips) {
             EXPECT_TRUE(reader.Read(clip, found));
         }
-        return files.Calls();
+        return Calls(files.Calls(test::Operation::List), files.Calls());
     };
-    const std::uint64_t ofOne = callsFor(10, 11);
-    EXPECT_EQ(callsFor(11, 21) - ofOne, 10U * 3);
-    EXPECT_EQ(callsFor(10, 21) - callsFor(10, 21, true), 11U);
+    const Calls ofOne = callsFor(10, 11);
+    EXPECT_EQ(callsFor(11, 21), Calls(ofOne.first, ofOne.second + 10U * 3));
+    const auto [listings, all] = callsFor(10, 21);
+    const auto [listingsOfTold, allOfTold] = callsFor(10, 21, true);
+    EXPECT_EQ(listings - listingsOfTold, 4U) << "metadata, icons, proxies, common essence";
+    EXPECT_LE(allOfTold + 11 + 4, all) << "the metadata are not read again";
 }
 
 // What a scan has learnt is told as what is read of the files, also of those that it reads as trees
