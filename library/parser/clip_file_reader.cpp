@@ -17,14 +17,9 @@ namespace nqp2 {
 namespace {
 
 LooseKind KindOf(platform::EntryKind kind) {
-    switch (kind) {
-    case platform::EntryKind::File:
-        return LooseKind::File;
-    case platform::EntryKind::Link:
-        return LooseKind::Link;
-    default:
-        return LooseKind::Special;
-    }
+    return kind == platform::EntryKind::File   ? LooseKind::File
+           : kind == platform::EntryKind::Link ? LooseKind::Link
+                                               : LooseKind::Special;
 }
 
 } // namespace

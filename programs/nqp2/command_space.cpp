@@ -10,6 +10,7 @@
 #include "nqp2/input_text.h"
 #include "nqp2/record_output.h"
 
+#include "NQP2ParserU/FrameRate.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/core.h>
@@ -91,25 +92,52 @@ Recording CardRecording(Console& console, ReadyParser& parser, const Card& card)
     return {CodeTypeOf(clips[0]), StandardOf(clips[0]), 0};
 }
 
+/// The standard of the rate at the end of a code type's name: "5994I" is 59.94i.
+std::optional<eP2_VIDEO_STANDARD> StandardInName(eCodeType codeType) {
+    const std::string name = CodeTypeName(codeType);
+    const std::string rate = name.substr(name.rfind('_') + 1);
+    const auto* const found =
+        std::find_if(kFrameRates.begin(), kFrameRates.end(), [&rate](const FrameRate& each) {
+            CString text = each.text;
+            text.Remove(L'.');
+            return text.CompareNoCase(TextFromBytes(rate)) == 0;
+        });
+    return found == kFrameRates.end() ? std::nullopt : std::optional(found->standard);
+}
+
+/// What the options tell. A code type's name tells the standard as well.
+struct AskedRecording {
+    std::optional<eCodeType> codeType;
+    std::optional<eP2_VIDEO_STANDARD> standard;
+};
+
+AskedRecording AskedFrom(const SpaceOptions& options) {
+    AskedRecording asked;
+    if (!options.codeType.empty()) {
+        asked.codeType = CodeTypeFromArgument(options.codeType);
+        asked.standard = StandardInName(*asked.codeType);
+    }
+    if (!options.standard.empty()) {
+        asked.standard = StandardFromArgument(options.standard);
+    }
+    return asked;
+}
+
 Recording RecordingFrom(Console& console, ReadyParser& parser, const SpaceOptions& options,
                         const std::optional<Card>& card) {
-    const bool told = !options.codeType.empty() && !options.standard.empty();
+    const AskedRecording asked = AskedFrom(options);
     Recording recording = {};
-    if (!told) {
+    if (!asked.codeType || !asked.standard) {
         if (!card) {
-            throw Failure("space usage", "--bytes needs --code-type and --standard",
+            throw Failure("space usage",
+                          asked.codeType ? "--bytes and a code type without a name need --standard"
+                                         : "--bytes needs --code-type",
                           "see nqp2 space --help", kUsage);
         }
         recording = CardRecording(console, parser, *card);
     }
-    if (!options.codeType.empty()) {
-        recording.codeType = CodeTypeFromArgument(options.codeType);
-    }
-    if (!options.standard.empty()) {
-        recording.standard = StandardFromArgument(options.standard);
-    }
-    recording.audioFlag = options.audio24 ? 1 : 0;
-    return recording;
+    return {asked.codeType.value_or(recording.codeType),
+            asked.standard.value_or(recording.standard), options.audio24 ? 1 : 0};
 }
 
 /// Of the medium of a card that is no P2 card: the parser tells those of P2 cards alone.
@@ -271,7 +299,7 @@ void AddSpaceCommand(const Command& program) {
     command.ValueOption("-f,--code-type", options.codeType, "TYPE",
                         "Name or number; the card's own if absent");
     command.ValueOption("--standard", options.standard, "STANDARD",
-                        "Name or number; the card's own if absent");
+                        "Name or number; if absent that of the code type's name, else the card's");
     command.Flag("--audio24", options.audio24, "Record 24-bit audio instead of 16-bit");
     options.framesOption = command.ValueOption("--frames", options.framesText, "N",
                                                "Also tell what that many frames take");

@@ -36,10 +36,21 @@ class SpaceTest(CardTest):
         result = run("space", "--bytes", 0, "--code-type", 0, "--standard", 1, "--frames", 2)
         self.assert_golden("space.txt", result.stdout)
 
+    def test_a_code_type_tells_its_standard(self):
+        for code_type, standard in (("CT_DV25_50I", 1), ("CT_DV100_720_25P", 1), (58, 4),
+                                    ("CT_AVCI100_1080_5994I", 0), ("CT_DV50_2997P", 0),
+                                    ("CT_AVCI50_720_5994P", 3), ("CT_AVCHD_1280_720_50P", 4)):
+            of_type = self.space("--bytes", "64GB", "--code-type", code_type)
+            self.assertEqual(of_type, self.space("--bytes", "64GB", "--code-type", code_type,
+                                                 "--standard", standard))
+            given = run("space", "--bytes", 1, "--code-type", code_type)
+            self.assertIn(f"({standard})", given.stdout.splitlines()[1])
+
     def test_wrong_usage(self):
         self.assert_each_fails(2, [(("space", *arguments), line) for arguments, line in (
             ((), "space usage: CARD or --bytes is required"),
-            (("--bytes", 1), "space usage: --bytes needs --code-type and --standard"),
+            (("--bytes", 1), "space usage: --bytes needs --code-type"),
+            (("--bytes", 1, "--code-type", 9999), "space usage: --bytes and a code type without"),
             (("--bytes", 1, self.card.path, *BOTH), "space usage: "),
             *((("--bytes", size, *BOTH), f"--bytes {size}: ") for size in (
                 -1, "-1GB", "GB", "1xB", "inf", "nan", "9e9", "9EiB", "1 GB x", "")),
