@@ -50,7 +50,7 @@ std::string P2Hint(const CString& root) {
     FindCard(root, search, kEveryCard & ~kP2Cards);
     if (search.cards.GetSize() != 1) {
         return WasCutShort(search) ? "not a P2 card, and too many folders to look for one in"
-                                   : "not a P2 card" + DeeperHint(root);
+                                   : "neither a P2 nor an AVCHD card" + DeeperHint(root);
     }
     const FoundCard& card = search.cards[0];
     return card.entered ? fmt::format("an AVCHD card or camera folder is at {}: {}",
@@ -242,15 +242,20 @@ void Card::ThrowUnreadable() const {
     if (HoldsFolder(kContents)) {
         throw Failure(Folder(), "cannot be read", "its CONTENTS folder does not open");
     }
+    RequireSomething();
+    throw Failure(Folder(), "no CONTENTS folder", P2Hint(m_root));
+}
+
+void Card::RequireSomething() const {
     std::error_code error;
     if (fs::is_empty(Folder(), error) && !error) {
         throw Failure(Folder(), "is empty", "no card is there");
     }
-    throw Failure(Folder(), "no CONTENTS folder", P2Hint(m_root));
 }
 
 void Card::ThrowNoPlaylists() const {
     RequireOpen();
+    RequireSomething();
     throw Failure(Folder(), "no folder of playlists", "not an AVCHD card");
 }
 

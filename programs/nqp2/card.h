@@ -67,6 +67,8 @@ public:
 private:
     /// Throws the failure to report unless the folder can be listed.
     void RequireOpen() const;
+    /// The same unless something is in it.
+    void RequireSomething() const;
     /// The root with its drive part closed: a bare letter names the drive only with its colon.
     [[nodiscard]] CString DriveRoot() const;
 

@@ -9,6 +9,7 @@
 #include "nqp2/clip_table.h"
 #include "nqp2/field.h"
 #include "nqp2/flat_fields.h"
+#include "nqp2/near_name.h"
 #include "NQP2ParserU/ClipTimes.h"
 #include "NQP2ParserU/TextBytes.h"
 
@@ -131,14 +132,25 @@ Content MembersOf(const ShownClip& shown) {
     return [&shown](ValueSink& sink) { PutShownClip(sink, shown); };
 }
 
-bool IsMember(const std::string& name) {
+std::vector<std::string> MemberNames() {
     return WithSpecimen([&](const ShownClip& specimen) {
-        bool isOne = false;
+        std::vector<std::string> names;
         ForEachCell(MembersOf(specimen), [&](const std::string& member, const std::string&) {
-            isOne = isOne || member == name;
+            names.push_back(member);
         });
-        return isOne;
+        return names;
     });
+}
+
+bool IsMember(const std::string& name) {
+    const std::vector<std::string> names = MemberNames();
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+std::string NearColumn(const std::string& name) {
+    std::vector<std::string> names = ColumnNames();
+    const std::string near = NearName(name, names);
+    return near.empty() ? NearName(name, MemberNames()) : near;
 }
 
 bool IsBelow(const std::string& name, const std::string& member) {
@@ -156,6 +168,14 @@ std::vector<std::string> Split(const std::string& names) {
 }
 
 } // namespace
+
+std::vector<std::string> ColumnNames() {
+    std::vector<std::string> names;
+    for (const BinColumn& column : kBinColumns) {
+        names.emplace_back(column.name);
+    }
+    return names;
+}
 
 ClipColumns::ClipColumns(const std::string& names) {
     for (const std::string& name : Split(names)) {
@@ -181,8 +201,11 @@ void ClipColumns::Add(const std::string& name) {
     } else if (IsMember(name)) {
         AddMember(name);
     } else {
+        const std::string near = NearColumn(name);
         throw Failure("--columns " + name, "is no column",
-                      "Name, Card, Start ... or a member of a clip in JSON", kUsage);
+                      near.empty() ? "Name, Card, Start ... or a member of a clip in JSON"
+                                   : fmt::format("did you mean {}?", near),
+                      kUsage);
     }
 }
 

@@ -15,6 +15,9 @@ namespace nqp2::tool {
 
 inline constexpr const char* kDefaultColumns = "default";
 
+/// The names of those columns; members of a clip in JSON may stand beside them.
+std::vector<std::string> ColumnNames();
+
 /// The columns in which clips are listed.
 class ClipColumns {
 public:

@@ -24,7 +24,7 @@ struct ClipForm {
     /// One for each thread: into a text, before it. What was put is taken away each time.
     std::function<PutClipAt(OutputText& text)> into;
     std::function<void(std::string_view text)> putText; ///< such a text into the output
-    bool hasPaths = false; ///< of each clip, as JSON has
+    bool hasPaths = false;                              ///< of each clip, as JSON has
 };
 
 /// Shows clips in that order, each with what is wanted of it. With metadata a few threads, where

@@ -38,6 +38,11 @@ Option Option::Between(int least, int most) const {
     return *this;
 }
 
+Option Option::RequiredByAnyName() const {
+    m_option->group(kOneOfNames);
+    return *this;
+}
+
 Option Option::Unlisted() const {
     m_option->group("");
     return *this;

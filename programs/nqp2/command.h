@@ -45,6 +45,8 @@ public:
     Option Excludes(const Option& other) const;  // NOLINT(modernize-use-nodiscard)
     Option NotEmpty() const;                     // NOLINT(modernize-use-nodiscard)
     Option Between(int least, int most) const;   // NOLINT(modernize-use-nodiscard)
+    /// Shown as required: the command itself asks for it, because an older name will do.
+    Option RequiredByAnyName() const; // NOLINT(modernize-use-nodiscard)
     /// Understood, but not in the help: a name that it had before.
     Option Unlisted() const; // NOLINT(modernize-use-nodiscard)
     void OneOf(const std::vector<int>& numbers) const;

@@ -219,7 +219,8 @@ void AddRemovingAndExporting(const Command& group) {
     remove.Example("nqp2 catalog remove 3");
     const Command exporting = group.Add("export", "Write all clips of the catalogue");
     CatalogExportOptions& options = exporting.Runs(RunCatalogExport);
-    exporting.Flag("--jsonl", options.lines, "As JSON, each clip on a line of its own");
+    exporting.Flag("--jsonl", options.lines,
+                   "As JSON, each clip on a line of its own; this or --csv");
     exporting.Flag("--csv", options.csv, "As a table, each clip of each card in a row");
     DatabaseOption(exporting, options.database);
     exporting.Example("nqp2 catalog export --csv");

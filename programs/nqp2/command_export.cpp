@@ -113,7 +113,8 @@ void AddExportCommand(const Command& program) {
     command.Argument("FOLDER", options.folder, "The folder that holds them in a CONTENTS tree");
     command.ClipArguments(options.clips);
     const Option card =
-        command.ValueOption("--to", options.card, "CARD", "The card that receives them");
+        command.ValueOption("--to", options.card, "CARD", "The card that receives them")
+            .RequiredByAnyName();
     command.ValueOption("--from", options.oldFolder, "FOLDER", "").Excludes(card).Unlisted();
     command.IncompleteFlag(options.incomplete);
     command.JsonFlag(options.json);

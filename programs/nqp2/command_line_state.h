@@ -33,6 +33,10 @@ struct CommandLineState {
 /// words for people there.
 inline constexpr char kWordMark = '|';
 
+/// The group of an option that is required under this or an older name: who asks for it is the
+/// command.
+inline constexpr const char* kOneOfNames = "OneOfNames";
+
 /// A command and those below it; `before` is the name of what it belongs to, with a blank.
 manual::CommandPage PageOf(const CommandLineState& state, const CLI::App& command,
                            const std::string& before);

@@ -31,10 +31,14 @@ std::vector<std::string> MarkedWords(std::string text) {
     return words;
 }
 
+/// Of those that are listed.
 std::vector<std::string> LongNames(const std::set<CLI::Option*>& options) {
     std::vector<std::string> names;
-    std::transform(options.begin(), options.end(), std::back_inserter(names),
-                   [](const CLI::Option* option) { return option->get_name(); });
+    for (const CLI::Option* const option : options) {
+        if (!option->get_group().empty()) {
+            names.push_back(option->get_name());
+        }
+    }
     std::sort(names.begin(), names.end());
     return names;
 }
@@ -69,9 +73,26 @@ manual::Entry EntryOf(const CLI::Option& option) {
     }
     entry.needs = LongNames(option.get_needs());
     entry.excludes = LongNames(option.get_excludes());
-    entry.isRequired = option.get_required();
+    entry.isRequired = option.get_required() || option.get_group() == kOneOfNames;
     entry.isRepeated = option.get_items_expected_max() > 1;
     return entry;
+}
+
+bool HasOption(const manual::CommandPage& page, const std::string& name) {
+    return std::any_of(page.options.begin(), page.options.end(),
+                       [&name](const manual::Entry& each) { return each.names.back() == name; });
+}
+
+/// Of a command that says no more of them: some ends come with an option alone.
+std::vector<manual::Meaning> StatusesOf(const manual::CommandPage& page) {
+    std::vector<manual::Meaning> statuses = CommonStatuses();
+    if (page.commands.empty()) {
+        std::erase_if(statuses, [&page](const manual::Meaning& status) {
+            return (status.name == "3" && !HasOption(page, "--worker")) ||
+                   (status.name == "4" && !HasOption(page, "--strict"));
+        });
+    }
+    return statuses;
 }
 
 } // namespace
@@ -95,7 +116,7 @@ manual::CommandPage PageOf(const CommandLineState& state, const CLI::App& comman
     if (!before.empty()) {
         page.notes.emplace_back("--verbose and --drive serve every command: nqp2 --help");
     }
-    page.statuses = texts.statuses.empty() ? CommonStatuses() : texts.statuses;
+    page.statuses = texts.statuses.empty() ? StatusesOf(page) : texts.statuses;
     page.files = texts.files;
     page.examples = texts.examples;
     page.isListed = texts.isListed;

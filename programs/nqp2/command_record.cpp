@@ -3,6 +3,7 @@
 
 #include "console/value.h"
 #include "nqp2/card_entry.h"
+#include "nqp2/code_types.h"
 #include "nqp2/command.h"
 #include "nqp2/frame_stream.h"
 #include "nqp2/input_text.h"
@@ -244,6 +245,7 @@ void AddRecordCommand(const Command& program) {
     command.JsonFlag(options.json);
     command.AddProgressOptions(options.progress);
     command.WorkerOption(options.worker);
+    command.Note(CodeTypeNote(CodeTypes::Recorded));
     command.Example("nqp2 record /media/card tape.dv -f CT_DV25_50I --sound tape.wav");
 }
 

@@ -6,11 +6,11 @@
 #include "console/value.h"
 #include "nqp2/card_scan.h"
 #include "nqp2/clip_fields.h"
+#include "nqp2/code_types.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
 #include "nqp2/record_output.h"
 
-#include "NQP2ParserU/FrameRate.h"
 #include "NQP2ParserU/TextBytes.h"
 
 #include <fmt/core.h>
@@ -92,19 +92,6 @@ Recording CardRecording(Console& console, ReadyParser& parser, const Card& card)
     return {CodeTypeOf(clips[0]), StandardOf(clips[0]), 0};
 }
 
-/// The standard of the rate at the end of a code type's name: "5994I" is 59.94i.
-std::optional<eP2_VIDEO_STANDARD> StandardInName(eCodeType codeType) {
-    const std::string name = CodeTypeName(codeType);
-    const std::string rate = name.substr(name.rfind('_') + 1);
-    const auto* const found =
-        std::find_if(kFrameRates.begin(), kFrameRates.end(), [&rate](const FrameRate& each) {
-            CString text = each.text;
-            text.Remove(L'.');
-            return text.CompareNoCase(TextFromBytes(rate)) == 0;
-        });
-    return found == kFrameRates.end() ? std::nullopt : std::optional(found->standard);
-}
-
 /// What the options tell. A code type's name tells the standard as well.
 struct AskedRecording {
     std::optional<eCodeType> codeType;
@@ -115,7 +102,9 @@ AskedRecording AskedFrom(const SpaceOptions& options) {
     AskedRecording asked;
     if (!options.codeType.empty()) {
         asked.codeType = CodeTypeFromArgument(options.codeType);
-        asked.standard = StandardInName(*asked.codeType);
+        if (const FrameRate* const rate = RateInName(*asked.codeType)) {
+            asked.standard = rate->standard;
+        }
     }
     if (!options.standard.empty()) {
         asked.standard = StandardFromArgument(options.standard);
@@ -226,8 +215,10 @@ void GiveSpaceRows(const Amounts& amounts, const Recording& recording, const Spa
                                   static_cast<int>(recording.standard))});
     take({"Audio", recording.audioFlag != 0 ? "4 channels, 24 bits" : "4 channels, 16 bits"});
     take({"Free bytes", WithUnit(space.freeBytes)});
-    take({"Frames that fit",
-          fmt::format("{}{}", space.maxFrames, space.maxFrames > 0 ? "" : " (none)")});
+    take({"Frames that fit", fmt::format("{}{}", space.maxFrames,
+                                         space.maxFrames <= 0  ? " (none)"
+                                         : !space.framesFor4GB ? " of sound alone, see below"
+                                                               : "")});
     if (space.spaceForFrames) {
         take({"Frames asked for", fmt::format("{}", *amounts.frames)});
         take({"Bytes they take", *space.spaceForFrames == kMostBytes
@@ -304,6 +295,7 @@ void AddSpaceCommand(const Command& program) {
     options.framesOption = command.ValueOption("--frames", options.framesText, "N",
                                                "Also tell what that many frames take");
     command.JsonFlag(options.json);
+    command.Note(CodeTypeNote(CodeTypes::Any));
     command.Example("nqp2 space /media/card --frames 15000");
 }
 

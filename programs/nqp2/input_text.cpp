@@ -103,18 +103,6 @@ std::optional<GUID> GuidFromForm(std::string_view text) {
     return CNQP2Parser::GuidFromUMID(digits);
 }
 
-eCodeType CodeTypeFromArgument(const std::string& text) {
-    if (const auto known = CodeTypeFromName(TextFromBytes(text))) {
-        return *known;
-    }
-    const std::optional<std::int32_t> number = WholeNumber<std::int32_t>(text);
-    if (!number) {
-        throw Failure("--code-type " + text, "is no code type",
-                      "give a name like CT_DV25_50I or a number", kUsage);
-    }
-    return static_cast<eCodeType>(*number);
-}
-
 bool FitsXml(const CString& text) {
     return !Holds(text.View(), IsUnfitForXml);
 }

@@ -33,10 +33,6 @@ std::string GuidText(const GUID& guid);
 /// The GUID behind 8-4-4-4-12 or 32 hexadecimal digits; nothing for any other text.
 std::optional<GUID> GuidFromForm(std::string_view text);
 
-/// The code type that the user named or numbered. Numbers without a name are taken: the card may
-/// hold formats that have none. Throws Failure for any other text.
-eCodeType CodeTypeFromArgument(const std::string& text);
-
 /// Whether a file in XML can hold the text: nothing of it is a control character but tab and line
 /// ends, half a surrogate pair (which bytes that are no UTF-8 become) or no character at all.
 bool FitsXml(const CString& text);

@@ -3,6 +3,8 @@
 
 #include "nqp2/raw_video.h"
 
+#include "nqp2/code_types.h"
+
 #include "console/console.h"
 
 #include <fmt/core.h>
@@ -32,17 +34,6 @@ std::size_t SequencesAt(const FrameRate& rate) {
     return rate.Is50Hz() ? 12 : 10;
 }
 
-/// How the names of code types with that rate end: "_5994I".
-std::string SuffixOf(const FrameRate& rate) {
-    std::string suffix = "_";
-    for (const wchar_t ch : std::wstring_view(rate.text)) {
-        if (ch != L'.') {
-            suffix += static_cast<char>(std::toupper(static_cast<int>(ch)));
-        }
-    }
-    return suffix;
-}
-
 constexpr std::size_t kPiece = std::size_t{1} << 20U;
 constexpr std::size_t kLargestUnit = std::size_t{16} << 20U;
 constexpr std::string_view kDelimiter("\0\0\1\x09", 4);
@@ -51,10 +42,8 @@ constexpr std::string_view kDelimiter("\0\0\1\x09", 4);
 
 StreamForm StreamFormOf(eCodeType type) {
     const std::string_view name = CodeTypeName(type);
-    const auto* const rate =
-        std::find_if(kFrameRates.begin(), kFrameRates.end(),
-                     [name](const FrameRate& each) { return name.ends_with(SuffixOf(each)); });
-    if (rate == kFrameRates.end()) {
+    const FrameRate* const rate = RateInName(type);
+    if (rate == nullptr) {
         throw Failure(fmt::format("code type {}", static_cast<int>(type)), "cannot be recorded",
                       "it has no name");
     }

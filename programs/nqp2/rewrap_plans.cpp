@@ -4,6 +4,7 @@
 #include "nqp2/rewrap_plans.h"
 
 #include "nqp2/clip_choice.h"
+#include "nqp2/clip_hint.h"
 #include "nqp2/scan_report_output.h"
 #include "nqp2/timeline_lists.h"
 #include "NQP2ParserU/TextBytes.h"
@@ -80,10 +81,19 @@ private:
     const _tag_P2Clip& NamedClipOfAll() const {
         const _tag_P2Clip* const clip = NamedClip(m_scans, m_wish.clip);
         if (clip == nullptr) {
+            const std::string hint = NearClipOfAll();
             throw Failure(m_wish.clip, "is no clip of " + m_scans.cards.front().card.Folder(),
-                          "`nqp2 clips --report` lists the clips");
+                          hint.empty() ? "`nqp2 clips --report` lists the clips" : hint);
         }
         return *clip;
+    }
+
+    [[nodiscard]] std::string NearClipOfAll() const {
+        CArray<_tag_P2Clip> clips;
+        for (const CardScan& scan : m_scans.cards) {
+            clips.Append(scan.clips);
+        }
+        return NearClip(m_wish.clip, clips);
     }
 
     std::vector<Plan> OfAll(const rewrap::Recordings& recordings) {

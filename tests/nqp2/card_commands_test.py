@@ -116,7 +116,7 @@ class NamedCardTest(CardTest):
             (self.folder / "none", "no such folder"),
             (two, "leads to 2 cards (give one of them#: " f"{two}/a, {two}/b)"),
             (self.folder / "file", "is not a folder (give the card's top folder)"),
-            (other, "no CONTENTS folder (not a P2 card)"),
+            (other, "no CONTENTS folder (neither a P2 nor an AVCHD card)"),
             (self.folder / "empty", "is empty (no card is there)"),
             (crowd, "no CONTENTS folder (not a P2 card, and too many folders to look for one in)"),
         )

@@ -33,7 +33,7 @@ _nqp2() {
                 done
                 ;;
         esac
-    } < <("${COMP_WORDS[0]}" complete -- "${words[@]}" 2>/dev/null)
+    } < <("${COMP_WORDS[0]}" complete --typed -- "${words[@]}" 2>/dev/null)
 }
 
 complete -F _nqp2 nqp2

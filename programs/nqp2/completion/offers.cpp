@@ -4,6 +4,8 @@
 #include "nqp2/completion/offers.h"
 
 #include "manual/help_text.h"
+#include "nqp2/clip_columns.h"
+#include "nqp2/code_types.h"
 #include "nqp2/completion/card_names.h"
 
 #include "NQP2ParserU/CodeType.h"
@@ -19,27 +21,35 @@ namespace {
 using manual::Meaning;
 using Paths = Offers::Paths;
 
-constexpr int kMostCodeTypes = 256; ///< numbers beyond have no name
+constexpr int kMostStandards = 16; ///< numbers beyond have no name
 
-template <class Value>
-std::vector<Meaning> NamedValues(const char* (*nameOf)(Value) noexcept) {
-    std::vector<Meaning> names;
-    for (int value = 0; value < kMostCodeTypes; ++value) {
-        if (const std::string name = nameOf(static_cast<Value>(value)); !name.empty()) {
-            names.push_back({name, ""});
-        }
+std::vector<Meaning> Named(const std::vector<std::string>& names) {
+    std::vector<Meaning> words;
+    for (const std::string& name : names) {
+        words.push_back({name, ""});
     }
-    return names;
+    return words;
 }
 
-std::vector<Meaning> CodeTypes(const Place& /*place*/) {
-    return NamedValues(CodeTypeName);
+std::vector<Meaning> CodeTypeOffers(const Place& place) {
+    const bool isRecorded = place.command->name == "nqp2 record";
+    return Named(CodeTypeNames(isRecorded ? CodeTypes::Recorded : CodeTypes::Any));
 }
 std::vector<Meaning> Standards(const Place& /*place*/) {
-    return NamedValues(StandardName);
+    std::vector<std::string> names;
+    for (int value = 0; value < kMostStandards; ++value) {
+        const std::string name = StandardName(static_cast<eP2_VIDEO_STANDARD>(value));
+        if (!name.empty()) {
+            names.push_back(name);
+        }
+    }
+    return Named(names);
 }
 std::vector<Meaning> ColumnOffers(const Place& /*place*/) {
-    return {{"default", "what fits"}, {"all", "every field"}};
+    std::vector<Meaning> offers = {{"default", "what fits"}, {"all", "every field"}};
+    const std::vector<Meaning> names = Named(ColumnNames());
+    offers.insert(offers.end(), names.begin(), names.end());
+    return offers;
 }
 std::vector<Meaning> ClipOffers(const Place& place) {
     return ClipNamesOf(place.card);
@@ -65,7 +75,7 @@ constexpr struct {
               {"COLUMNS", Paths::None, ColumnOffers},
               {"LIST", Paths::None, ListOffers},
               {"STANDARD", Paths::None, Standards},
-              {"TYPE", Paths::None, CodeTypes}};
+              {"TYPE", Paths::None, CodeTypeOffers}};
 
 /// Those that begin with what was typed, in any letter case.
 void KeepBegun(std::vector<Meaning>& words, const std::string& begun) {

@@ -31,6 +31,9 @@ public:
 
     void Take(const std::string& word) {
         if (m_valueOf != nullptr) {
+            if (IsNamed(*m_valueOf, "--drive")) {
+                m_place.drives.push_back(word);
+            }
             m_valueOf = nullptr;
         } else if (word.starts_with('-') && word.size() > 1) {
             TakeOption(word);

@@ -16,6 +16,7 @@ struct Place {
     /// The option whose value it is, or the argument; null where no argument is left.
     const manual::Entry* entry = nullptr;
     std::vector<const manual::Entry*> options; ///< all that may stand there
+    std::vector<std::string> drives;           ///< that were given so far: "E=/media"
     std::string card;                          ///< the first argument; "" before it
     std::string begun;                         ///< what the user has typed of it
     bool areCards = false;                     ///< the arguments that follow are cards too
