@@ -3,6 +3,8 @@
 
 #include "nqp2/card_entry.h"
 
+#include "NQP2ParserU/TextBytes.h"
+
 #include <fmt/core.h>
 
 #include <algorithm>
@@ -35,6 +37,14 @@ void RequireOne(const Card& card, const CardSearch& search, const CardEntry& ent
     }
 }
 
+/// Whether what is asked for is in the folder itself, which need not be a card's then. What is in
+/// CONTENTS belongs to its card.
+bool HoldsOwn(const Card& card, const CardEntry& entry) {
+    const std::filesystem::path folder = card.Folder();
+    return entry.own != nullptr && card.HoldsFolder(entry.own) &&
+           TextFromBytes(folder.filename().native()).CompareNoCase(L"CONTENTS") != 0;
+}
+
 } // namespace
 
 Card EnterCard(Console& console, const std::string& argument, const CardEntry& entry) {
@@ -43,8 +53,7 @@ Card EnterCard(Console& console, const std::string& argument, const CardEntry& e
     if (!FindCard(card.Root(), search, entry.kinds)) {
         throw Failure(card.Folder(), "cannot be read", "out of memory");
     }
-    if (search.cards.IsEmpty() ||
-        (search.cards[0].entered && entry.own != nullptr && card.HoldsFolder(entry.own)) ||
+    if (search.cards.IsEmpty() || (search.cards[0].entered && HoldsOwn(card, entry)) ||
         (search.cards.GetSize() > 1 && entry.takesAny)) {
         return card;
     }

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Help, version, wrong usage, output that cannot be written, completion."""
 
+import os
 import re
 import shlex
 import subprocess
@@ -162,12 +163,15 @@ class OutputTest(CardTest):
 
 class CompletionTest(CardTest):
     def complete(self, *words):
-        """What bash offers for the last of these words."""
+        """What bash offers for the last of these words, of which "=" and ":" are its own."""
         line = [str(Path(PROGRAM).absolute()), *words[1:]]
+        typed = " ".join(line).replace(" = ", "=").replace(" : ", ": ")
         script = (f"source {shlex.quote(str(COMPLETION))}; COMP_WORDS=({shlex.join(line)}); "
+                  f"COMP_LINE={shlex.quote(typed)}; "
                   f"COMP_CWORD={len(words) - 1}; _nqp2; printf '%s\\n' \"${{COMPREPLY[@]}}\"")
         result = subprocess.run(["bash", "--norc", "-c", script], capture_output=True, text=True,
-                                cwd=self.folder, check=False)
+                                cwd=self.folder, check=False,
+                                env={**os.environ, "HOME": str(self.folder)})
         self.assertEqual(result.stderr, "")
         return sorted(filter(None, result.stdout.splitlines()))
 
@@ -199,7 +203,14 @@ class CompletionTest(CardTest):
         for words, offered in (
                 (("clips", "ca"), folders), (("clip", "card", ""), clips),
                 (("clip", "--drive", "E", "=", "/", "card", "0002"), clips[1:]),
+                (("clip", '"card"', "0002"), clips[1:]), (("clip", "c\\ard", "0002"), clips[1:]),
+                (("clip", "~/card", "0002"), clips[1:]), (("clip", "'~/card'", "0002"), []),
+                (("clip", '"$HOME/card"', "0002"), clips[1:]),
+                (("--drive", "E", "=", "card", "clip", "E", ":", "0002"), clips[1:]),
                 (("ingest", "add", "card", "0001"), clips[:1]),
+                (("clips", "card", "--columns", "Fi"), ["File\\ Name"]),
+                (("record", "-f", "CT_AVCHD"), []), (("space", "-f", "CT_AVCHD_128"), [
+                    "CT_AVCHD_1280_720_25P", "CT_AVCHD_1280_720_50P"]),
                 (("space", "--standard", "VS_50"), ["VS_50I", "VS_50P"]),
                 (("clips", "card", "--sort", "n"), ["name", "none"]),
                 (("--drive", "E", "=", "card"), folders), (("import", "card", "0001AA", ""), clips),

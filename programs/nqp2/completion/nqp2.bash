@@ -4,14 +4,18 @@
 # bash completion for nqp2, which is asked for what may follow.
 
 _nqp2() {
-    local words=() word kind line i current which
+    local words=() word kind line i current which gap rest=$COMP_LINE
     COMPREPLY=()
-    # Bash takes "=" for a word of its own: --drive E=/media is "--drive" "E" "=" "/media".
-    for ((i = 1; i <= COMP_CWORD; ++i)); do
+    # Bash takes "=" and ":" for words of their own: --drive E=/media is "--drive" "E" "=" "/media".
+    # What has no blank before it belongs to what stands there.
+    for ((i = 0; i <= COMP_CWORD; ++i)); do
         word=${COMP_WORDS[i]}
-        if [[ $word == '=' || ${COMP_WORDS[i - 1]} == '=' ]] && ((${#words[@]} > 0)); then
+        gap=${rest%%[![:space:]]*}
+        rest=${rest#"$gap"}
+        rest=${rest#"$word"}
+        if [[ -z $gap ]] && ((i > 1)); then
             words[-1]+=$word
-        else
+        elif ((i > 0)); then
             words+=("$word")
         fi
     done
