@@ -1,15 +1,20 @@
 // SPDX-FileCopyrightText: 2026 The NQP2ParserU authors
 // SPDX-License-Identifier: MIT
 
+#include "nqp2/card_clip.h"
 #include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/edl_fields.h"
 #include "nqp2/field.h"
 #include "nqp2/input_text.h"
 #include "nqp2/json_input.h"
+#include "nqp2/timeline_lists.h"
 
 #include "NQP2ParserU/TextBytes.h"
 
+#include <fmt/core.h>
+
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -18,6 +23,7 @@ namespace nqp2::tool {
 namespace {
 
 constexpr const wchar_t* kExtension = L".xml"; // added to names without it
+constexpr const char* kLists = "edls";         // of what `edl list --json` prints
 
 struct EdlWriteOptions {
     std::string card;
@@ -34,34 +40,83 @@ void RequireFileName(const EdlWriteOptions& options) {
     }
 }
 
+/// The only list of what `edl list --json` prints.
+tag_P2EDL OnlyListOf(const InputValue& root) {
+    CArray<tag_P2EDL> lists;
+    root.ForEachMember([&](const std::string& name, const InputValue& value) {
+        if (name == kLists) {
+            value.ForEachElement(
+                [&](std::size_t, const InputValue& list) { lists.Add(EdlFromInput(list)); });
+        }
+    });
+    if (lists.GetSize() != 1) {
+        root.Refuse(fmt::format("holds {} edit lists", lists.GetSize()),
+                    lists.IsEmpty() ? "give one" : "give one of them: " + ListNames(lists));
+    }
+    return lists[0];
+}
+
 tag_P2EDL ReadEdl(const std::string& file) {
     const InputDocument document(file);
-    tag_P2EDL edl = EdlFromInput(document.Root());
+    const InputValue root = document.Root();
+    tag_P2EDL edl = root.Has(kLists) ? OnlyListOf(root) : EdlFromInput(root);
     if (edl.Events.IsEmpty()) {
-        document.Root().Refuse("holds no events", "an edit list needs one");
+        root.Refuse("holds no events", "an edit list needs one");
     }
     return edl;
 }
 
-/// Whether a clip's name can stand in a path.
-bool IsPlain(const CString& name) {
-    return !name.IsEmpty() && BytesFromText(name).find_first_of("/\\:") == std::string::npos;
-}
+/// The card's clips that events name.
+class NamedClips {
+public:
+    NamedClips(ReadyParser& parser, const Card& card) : m_parser(parser), m_card(card) {}
 
-/// Gives events that name a clip of the card, and tell no identifier, that of the clip.
-void IdentifyClips(ReadyParser& parser, const Card& card, tag_P2EDL& edl) {
-    std::map<std::wstring, CString> known;
-    for (tag_P2EDLClipTrackEvent& event : edl.Events) {
-        if (event.GlobalClipID.IsEmpty() && event.GlobalClipGuid == GUID() &&
-            IsPlain(event.ClipName)) {
-            const auto [place, isNew] = known.try_emplace(std::wstring(event.ClipName.View()));
-            _tag_P2Clip clip;
-            if (isNew && parser->LoadClipInfo(card.Root(), event.ClipName, clip) == 0) {
-                place->second = clip.GlobalClipID;
-            }
-            event.GlobalClipID = place->second;
+    /// Gives an event that tells no identifier that of the clip that it names, and any event of
+    /// a clip of the card the card's spelling. Throws the failure to report for one without either.
+    void Identify(tag_P2EDLClipTrackEvent& event, std::int64_t number) {
+        const bool isTold = !event.GlobalClipID.IsEmpty() || event.GlobalClipGuid != GUID();
+        const std::optional<CardClip>& clip = Find(event.ClipName);
+        if (!isTold && !clip) {
+            ThrowUnknown(event, number);
+        }
+        if (!isTold) {
+            event.GlobalClipID = clip->identifier;
             event.GlobalClipGuid = CNQP2Parser::GuidFromUMID(event.GlobalClipID);
         }
+        // Clips of other cards may have the same name.
+        if (clip && event.GlobalClipGuid == CNQP2Parser::GuidFromUMID(clip->identifier)) {
+            event.ClipName = clip->name;
+        }
+    }
+
+private:
+    const std::optional<CardClip>& Find(const CString& name) {
+        const auto [place, isNew] = m_known.try_emplace(std::wstring(name.View()));
+        if (isNew) {
+            place->second = FindCardClip(m_parser, m_card, name);
+        }
+        return place->second;
+    }
+    [[noreturn]] void ThrowUnknown(const tag_P2EDLClipTrackEvent& event,
+                                   std::int64_t number) const {
+        const std::string place = fmt::format("Events[{}]", number);
+        if (event.ClipName.IsEmpty()) {
+            throw Failure(place, "names no clip", "it needs a ClipName or a GlobalClipID", kUsage);
+        }
+        ThrowNoCardClip(m_card, event.ClipName, " of " + place,
+                        "clips of other cards need their GlobalClipID");
+    }
+
+    ReadyParser& m_parser;
+    const Card& m_card;
+    std::map<std::wstring, std::optional<CardClip>> m_known;
+};
+
+void IdentifyClips(ReadyParser& parser, const Card& card, tag_P2EDL& edl) {
+    NamedClips clips(parser, card);
+    for (std::int64_t i = 0; i < edl.Events.GetSize(); ++i) {
+        tag_P2EDLClipTrackEvent& event = edl.Events[i];
+        clips.Identify(event, i);
         // The library makes identifiers from GUIDs unless the note tells the clip's own. Notes
         // are not written.
         event.Note = event.GlobalClipID;
@@ -94,7 +149,7 @@ void AddEdlWriteCommand(const Command& group) {
     EdlWriteOptions& options = command.Runs(RunEdlWrite);
     command.CardArgument(options.card);
     command.Argument("FILE", options.file,
-                     "One edit list in JSON, as in `edl list --json`; - is standard input");
+                     "One edit list in JSON, as `edl list --json` prints it; - is standard input");
     options.named =
         command.ValueOption("--name", options.name, "NAME",
                             "The file's name, an old file is replaced; numbered if absent");
@@ -103,7 +158,9 @@ void AddEdlWriteCommand(const Command& group) {
         "The list goes into the card's EDITLIST folder, or into CONTENTS/EDITLIST where the "
         "card has\nthat alone. Its number follows those of the lists in both. An event that names "
         "a clip "
-        "of the card needs no GlobalClipID.");
+        "of the card needs no GlobalClipID,\nand of Duration, SourceIn and SourceOut the "
+        "third follows from two. An event without Offset follows\nthe one before it; a list "
+        "without Duration ends with its events.");
 }
 
 } // namespace nqp2::tool

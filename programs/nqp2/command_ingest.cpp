@@ -3,6 +3,7 @@
 
 #include "console/table.h"
 #include "console/value.h"
+#include "nqp2/card_clip.h"
 #include "nqp2/card_entry.h"
 #include "nqp2/command.h"
 #include "nqp2/input_text.h"
@@ -15,6 +16,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -122,6 +124,7 @@ struct IngestChange {
     std::string card;
     std::string clip;
     std::vector<std::string> segments;
+    bool elsewhere = false;
 };
 
 std::int32_t FrameFrom(std::string_view text) {
@@ -152,13 +155,28 @@ CString ClipNameFrom(const std::string& text) {
     return name;
 }
 
+/// The clip as the card spells it. Folders that are no P2 cards have lists, too, and no clips to
+/// look for.
+CString NotedClip(const Card& card, const CString& name, bool elsewhere) {
+    if (!card.HoldsFolder(L"CONTENTS")) {
+        return name;
+    }
+    ReadyParser parser;
+    const std::optional<CardClip> clip = FindCardClip(parser, card, name);
+    if (!clip && !elsewhere && !HasFilesOfClip(card, name)) {
+        ThrowNoCardClip(card, name, "", "--elsewhere notes it all the same");
+    }
+    return clip ? clip->name : name;
+}
+
 Status RunIngestAdd(Console& console, const IngestChange& change) {
     const CString clip = ClipNameFrom(change.clip);
     Segments segments;
     std::transform(change.segments.begin(), change.segments.end(), std::back_inserter(segments),
                    SegmentFrom);
     const Card card = CardOfList(console, change.card);
-    RequireDone(AddToIngestList(card.Root(), {{clip, segments}}));
+    const CString noted = NotedClip(card, clip, change.elsewhere);
+    RequireDone(AddToIngestList(card.Root(), {{noted, segments}}));
     return kDone;
 }
 
@@ -189,6 +207,8 @@ void AddIngestCommand(const Command& program) {
     IngestChange& addition = add.Runs(RunIngestAdd);
     AddCardAndClip(add, addition);
     add.Argument("IN-OUT", addition.segments, "First and last frame of a segment, counted from 0");
+    add.Flag("--elsewhere", addition.elsewhere,
+             "Also a clip that the card does not have, or no longer");
     add.Example("nqp2 ingest add /media/card 0001AB 0-249 300-424");
 
     const Command remove = group.Add("remove", "Take a clip out of the list");

@@ -4,6 +4,7 @@
 #include "nqp2/edl_fields.h"
 
 #include "nqp2/clip_fields.h"
+#include "nqp2/event_times.h"
 #include "nqp2/field.h"
 #include "nqp2/json_input.h"
 #include "NQP2ParserU/NQP2Parser.h"
@@ -54,17 +55,16 @@ constexpr TwoWayField<Event> kEventFields[] = {
 
 Event EventFromInput(const InputValue& input) {
     Event event;
-    bool hasGuid = false;
     input.ForEachMember([&](const std::string& name, const InputValue& value) {
         // Lists of other kinds of cards carry the source's clip record.
         if (name != "Clip") {
-            hasGuid = hasGuid || name == "GlobalClipGuid";
             TakeMember(kEventFields, name, value, event);
         }
     });
-    if (!hasGuid) {
+    if (!input.Has("GlobalClipGuid")) {
         event.GlobalClipGuid = CNQP2Parser::GuidFromUMID(event.GlobalClipID);
     }
+    CompleteTimes(input, event);
     return event;
 }
 
@@ -97,8 +97,11 @@ void PutEvents(ValueSink& sink, const Edl& edl) {
     sink.EndList();
 }
 void TakeEvents(Edl& edl, const InputValue& input) {
-    input.ForEachElement(
-        [&](std::size_t, const InputValue& value) { edl.Events.Add(EventFromInput(value)); });
+    input.ForEachElement([&](std::size_t, const InputValue& value) {
+        Event event = EventFromInput(value);
+        PlaceBehind(edl, value, event);
+        edl.Events.Add(event);
+    });
 }
 
 constexpr TwoWayField<Edl> kEdlFields[] = {
@@ -129,6 +132,7 @@ tag_P2EDL EdlFromInput(const InputValue& input) {
     input.ForEachMember([&](const std::string& name, const InputValue& value) {
         TakeMember(kEdlFields, name, value, edl);
     });
+    CompleteLength(input, edl);
     return edl;
 }
 

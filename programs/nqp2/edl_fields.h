@@ -15,9 +15,9 @@ class InputValue;
 /// paths.
 void PutEdl(ValueSink& sink, const tag_P2EDL& edl);
 
-/// An edit list of the same form; what is missing keeps the value of a fresh record, an event's
-/// GUID is then that of its identifier. Throws Failure for a value of the wrong kind and for a name
-/// that no field has.
+/// An edit list of the same form; what is missing and follows from the rest is filled in, an
+/// event's GUID by its identifier, all else keeps the value of a fresh record. Throws Failure for a
+/// value of the wrong kind, for one that contradicts others and for a name that no field has.
 tag_P2EDL EdlFromInput(const InputValue& input);
 
 } // namespace nqp2::tool

@@ -181,6 +181,10 @@ void InputValue::Read(GUID& guid) const {
     guid = *value;
 }
 
+bool InputValue::Has(const char* name) const {
+    return m_json.contains(name);
+}
+
 void InputValue::ForEachMember(
     const std::function<void(const std::string&, const InputValue&)>& take) const {
     if (!m_json.is_object()) {

@@ -39,6 +39,8 @@ public:
             [&](std::size_t index, const InputValue& value) { value.Read(elements[index]); });
     }
 
+    /// Whether it is an object with a member of that name.
+    [[nodiscard]] bool Has(const char* name) const;
     /// Hands out the members of an object in no particular order.
     void ForEachMember(
         const std::function<void(const std::string& name, const InputValue& value)>& take) const;

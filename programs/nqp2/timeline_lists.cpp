@@ -14,9 +14,8 @@
 #include <utility>
 
 namespace nqp2::tool {
-namespace {
 
-std::string NamesOf(const CArray<tag_P2EDL>& lists) {
+std::string ListNames(const CArray<tag_P2EDL>& lists) {
     constexpr std::size_t kShown = 20;
     std::vector<std::string> names;
     for (const tag_P2EDL& list : lists) {
@@ -26,8 +25,6 @@ std::string NamesOf(const CArray<tag_P2EDL>& lists) {
     }
     return fmt::format("{}{}", fmt::join(names, ", "), names.size() < kShown ? "" : " ...");
 }
-
-} // namespace
 
 TimelineLists::TimelineLists(const CardScan& scan) : m_folder(scan.card.Folder()) {
     ReadyParser parser;
@@ -65,7 +62,7 @@ void TimelineLists::Choose(const std::vector<std::string>& names) {
         }
         if (m_chosen.size() == before) {
             throw Failure(name, "is no edit list or playlist of " + m_folder,
-                          m_lists.IsEmpty() ? "there are none" : "there are " + NamesOf(m_lists));
+                          m_lists.IsEmpty() ? "there are none" : "there are " + ListNames(m_lists));
         }
     }
     if (m_chosen.empty()) {

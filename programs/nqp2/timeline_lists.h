@@ -12,6 +12,9 @@
 
 namespace nqp2::tool {
 
+/// The names of lists with commas between them, of many the first.
+std::string ListNames(const CArray<tag_P2EDL>& lists);
+
 /// The edit lists or playlists of a card.
 class TimelineLists {
 public:

@@ -185,11 +185,73 @@ class WriteTest(EdlTest):
                               "ClipName and GlobalClipID are those of a clip on the card)")
         self.assertEqual(self.listed(), [])
 
+    def test_clips_named_without_identifier_are_the_cards(self):
+        other = {"ClipName": "0001aa", "GlobalClipID": identifier(7), "Duration": 1}
+        self.card.add_raw("0003AA.XML", b"<P2Main>\n<")
+        path, fails = self.card.path, f"nqp2: {self.card.path}: no clip "
+        for event, problem in (
+                ({"ClipName": "0001AC"}, f"{fails}0001AC of Events[2] (did you mean 0001AA?)"),
+                ({"ClipName": "0003AA"}, f"{fails}0003AA of Events[2] ({path}/CONTENTS/CLIP/"
+                                         "0003AA.XML:2:"),
+                ({"ClipName": "../CLIP/0001AA"}, f"{fails}../CLIP/0001AA of Events[2] (clips of "
+                                                 "other cards need their GlobalClipID)"),
+                ({"Duration": 3}, "nqp2: Events[2]: names no clip")):
+            result = self.write({"Events": [self.event(), other, event]})
+            self.assertNotEqual(result.returncode, 0)
+            self.assertIn(problem, result.stderr)
+        self.assertEqual(self.listed(), [])
+        self.write({"Events": [{"ClipName": "0002aa"}, self.event(ClipName="0001aa"), other]})
+        self.assertEqual([(event["ClipName"], event["GlobalClipID"])
+                          for event in self.listed()[0]["Events"]],
+                         [("0002AA", identifier(0xB2, 2)), ("0001AA", identifier(0xA1)),
+                          ("0001aa", identifier(7))])
+
+    def test_times_follow_from_each_other_or_are_refused(self):
+        most = 2 ** 31 - 1
+        for told, expected in (
+                ({"SourceIn": 0, "SourceOut": 9}, (0, 10)),
+                ({"SourceOffset": 5, "SourceOut": 9}, (5, 5)),
+                ({"Duration": 4, "SourceOut": 9}, (6, 4)), ({"SourceOut": 9}, (0, 10)),
+                ({"SourceIn": 3, "Duration": 4}, (3, 4)), ({"SourceIn": 4, "SourceOut": 3}, (4, 0)),
+                ({"SourceIn": 3, "SourceOffset": 3, "SourceOut": 6, "Duration": 4}, (3, 4)),
+                ({"SourceOut": 5, "Duration": 5, "Clip": {}}, (0, 5)),  # as playlists count
+                ({"SourceIn": 5, "SourceOut": 3}, "frames 5 to 3 are -1"),
+                ({"SourceIn": 0, "SourceOut": 9, "Duration": 4}, "frames 0 to 9 are 10, not 4"),
+                ({"SourceIn": 0, "SourceOffset": 1}, "SourceOffset is 1, SourceIn 0"),
+                ({"Duration": 11, "SourceOut": 9}, "begin before the clip"),
+                ({"Duration": -1}, "are -1"), ({"SourceOut": most}, "frames 0 to 2147483647")):
+            with self.subTest(told):
+                result = self.write({"Events": [self.event(), {"ClipName": "0001AA", **told}]},
+                                    "--name", "T")
+                if isinstance(expected, str):
+                    self.assertEqual(result.returncode, 2)
+                    self.assertIn("standard input: Events[1] contradicts itself", result.stderr)
+                    self.assertIn(expected, result.stderr)
+                    continue
+                (edl,), (first, length) = self.listed(), expected
+                self.assertEqual([edl["Events"][1][key] for key in (
+                    "SourceOffset", "Duration", "Offset")], [first, length, 10])
+                self.assertEqual(edl["Duration"], 10 + length)
+        far = {"Events": [self.event(Offset=most)] * 2}
+        self.assertIn("ends too late", self.write(far).stderr)
+
+    def test_what_is_listed_is_taken_as_a_whole(self):
+        self.write({"Duration": 7, "Events": [self.event()]}, "--name", "ONE")
+        listing = run("edl", "list", self.card.path, "--json").stdout
+        written = run("edl", "write", self.card.path, "-", "--name", "TWO", given=listing)
+        self.assertEqual(written.returncode, 0, written.stderr)
+        one, two = self.listed()
+        self.assertEqual((one["Duration"], one["Events"]), (7, two["Events"]))
+        self.assertEqual(two["Duration"], 7)
+        listing = run("edl", "list", self.card.path, "--json").stdout
+        self.assert_fails(run("edl", "write", self.card.path, "-", given=listing), 2,
+                          "nqp2: standard input: holds 2 edit lists (give one of them: ONE, TWO)")
+
     def test_hostile_input(self):
         number = "is no 32-bit whole number"
         cases = (
             ("", "is no JSON"), ("null", "is no object"), ('{"Events": [{}]} x', "is no JSON"),
-            ('{"Events": []}', "holds no events"), ('{"edls": []}', "edls is no field"),
+            ('{"Events": []}', "holds no events"), ('{"edls": []}', "holds 0 edit lists"),
             ('{"Events": {}}', "Events is no list"), ('{"Events": [7]}', "Events[0] is no object"),
             ('{"Events": [{"Ofset": 1}]}', "Events[0].Ofset is no field"),
             *((f'{{"Duration": {value}}}', f"Duration {number}")

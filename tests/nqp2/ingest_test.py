@@ -17,6 +17,8 @@ class IngestTest(CardTest):
     def setUp(self):
         super().setUp()
         self.file = self.card.path / "USERDATA" / "Ingest.xml"
+        for name in ("0002BB", "夜明け", *(f"{number:04}AA" for number in range(14))):
+            self.card.add(name)
 
     def put(self, content):
         self.file.parent.mkdir(exist_ok=True)
@@ -59,6 +61,21 @@ class IngestTest(CardTest):
         rows = list(csv.DictReader(io.StringIO(table, newline="")))
         self.assertEqual([(row["ClipName"], json.loads(row["segments"])) for row in rows],
                          self.listed())
+
+    def test_notes_clips_of_the_card_in_its_letters(self):
+        self.card.add_raw("0077XY.XML", b"<P2Main")  # it cannot be read, but is there
+        self.card.add_file("VIDEO", "0088XY.MXF")
+        for clip, noted in (("0001aa", "0001AA"), ("0077XY", "0077XY"), ("0088XY", "0088XY")):
+            self.assert_done(self.add(clip, "0-3"))
+            self.assertEqual(self.listed()[-1], (noted, [[0, 3]]))
+        listed, card = self.listed(), self.card.path
+        for clip, advice in (("0002B", "did you mean 0002BB?"),
+                             ("MOVED", "--elsewhere notes it all the same"),
+                             ("../CLIP/0002BB", "--elsewhere notes it all the same")):
+            self.assert_fails(self.add(clip, "0-3"), 1, f"nqp2: {card}: no clip {clip} ({advice})")
+        self.assertEqual(self.listed(), listed)
+        self.assert_done(self.add("MOVED", "0-3", "--elsewhere"))
+        self.assertEqual(self.listed(), [*listed, ("MOVED", [[0, 3]])])
 
     def test_what_is_not_there_to_be_removed(self):
         self.assert_fails(self.remove("0001AA"), 1, f"nqp2: {self.file}: there is no ingest list")

@@ -86,6 +86,7 @@ class KillTest(CardTest):
             self.kill_at_each_call(command, folder / "P001AB.XML", options=options)
 
     def test_ingest_list(self):
+        self.card.add("0002BB")
         self.kill_at_each_call(("ingest", "add", self.card.path, "0002BB", "0-9"),
                                self.card.path / "USERDATA" / "Ingest.xml",
                                b'<Media MediaID="P2"><Clip ClipName="0001AA"/></Media>')
