@@ -10,7 +10,8 @@ refuse() {
     exit 2
 }
 
-# answer_help ARGUMENT...: where help is among them, prints the comment at the script's head and ends.
+# answer_help ARGUMENT...: where help is among them, prints the comment at the script's head and
+# ends.
 answer_help() {
     local argument
     for argument; do

@@ -20,8 +20,8 @@ show_steps() {
     [[ ! -t 1 ]] || printf '\r\033[K'
 }
 
-# build_with_steps LOG COMMAND...: all that the command prints is in the log, whose end is shown when
-# it fails. "set -e" does not hold in the command: a function joins its own by &&.
+# build_with_steps LOG COMMAND...: all that the command prints is in the log, whose end is shown
+# when it fails. "set -e" does not hold in the command: a function joins its own by &&.
 build_with_steps() {
     local log=$1
     shift

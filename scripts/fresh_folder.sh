@@ -3,8 +3,8 @@
 # SPDX-License-Identifier: MIT
 #
 # Output folders of the scripts beside it, which source it, and arguments.sh before it, from the top
-# of the tree. What is made anew loses all that it held, so it must have been ours: it bears the mark of
-# an earlier run, or is the place in build/ that a script takes by itself.
+# of the tree. What is made anew loses all that it held, so it must have been ours: it bears the
+# mark of an earlier run, or is the place in build/ that a script takes by itself.
 mark=.made-by-NQP2ParserU
 
 # whole_path PATH: what the caller means, who may stand elsewhere than at the top of the tree.
@@ -23,8 +23,10 @@ own_folder() {
         refuse "$folder: is no folder"
     elif [[ $top/ == "${folder%/}"/* ]]; then
         refuse "$folder: is not made anew: this source tree is in it"
-    elif [[ $folder != "$top/$2" && -d $folder && ! -e $folder/$mark && -n $(ls -A -- "$folder") ]]; then
-        refuse "$folder: is not made anew: it holds files that no run of $script has made; name a new or empty folder"
+    elif [[ $folder != "$top/$2" && -d $folder && ! -e $folder/$mark ]] &&
+        [[ -n $(ls -A -- "$folder") ]]; then
+        refuse "$folder: is not made anew: it holds files that no run of $script has made;" \
+            "name a new or empty folder"
     fi
     printf '%s\n' "$folder"
 }

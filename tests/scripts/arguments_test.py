@@ -68,6 +68,7 @@ class Arguments(unittest.TestCase):
         for script in INTO_FOLDERS:
             for named in ("top", ".", "other", "top/scripts", "file", "/"):
                 with self.subTest(script, named=named), clone() as root:
+                    (root / MARK).touch()  # once made by a script, and the tree cloned into it
                     before = sorted(root.rglob("*"))
                     self.refused(call(root, script, named), script)
                     self.assertEqual(sorted(root.rglob("*")), before)
