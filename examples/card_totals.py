@@ -17,10 +17,19 @@ import sys
 
 def clips_of(program, cards):
     """The clips of all cards; the member names are those of docs/json/."""
-    done = subprocess.run([program, "clips", "--json", *cards], stdout=subprocess.PIPE, check=False)
+    try:
+        done = subprocess.run([program, "clips", "--json", *cards], stdout=subprocess.PIPE,
+                              check=False)
+    except OSError as error:
+        sys.exit(f"card_totals.py: {program} cannot be run ({error.strerror}); try --nqp2")
+    if done.returncode < 0:
+        sys.exit(f"card_totals.py: {program} was ended by signal {-done.returncode}")
     if done.returncode != 0:
         sys.exit(done.returncode)  # nqp2 has said why
-    return json.loads(done.stdout)["clips"]
+    try:
+        return json.loads(done.stdout)["clips"]
+    except (ValueError, KeyError, TypeError):
+        sys.exit(f"card_totals.py: {program} printed no list of clips; is it nqp2?")
 
 
 def totals_of(clips):

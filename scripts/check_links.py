@@ -4,6 +4,7 @@
 """Checks that each link and picture of the pages in a folder leads to a file of that folder, and
 that no link stands as text, as doxygen leaves one whose words go over a line's end."""
 
+import argparse
 import sys
 from html.parser import HTMLParser
 from pathlib import Path
@@ -36,7 +37,9 @@ def faults_of(page: Path, root: Path) -> list:
 
 
 def main() -> int:
-    root = Path(sys.argv[1])
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("root", type=Path)
+    root = parser.parse_args().root
     pages = sorted(root.rglob("*.html"))
     faults = [fault for page in pages for fault in faults_of(page, root)]
     for fault in faults or ([] if pages else [f"{root}: no pages"]):

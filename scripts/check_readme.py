@@ -3,6 +3,7 @@
 # SPDX-License-Identifier: MIT
 """Checks that the C++ shown in README.md and docs/host.md is in examples/, where it is built."""
 
+import argparse
 import re
 import sys
 from pathlib import Path
@@ -12,6 +13,7 @@ PAGES = ("README.md", "docs/host.md")
 
 
 def main() -> int:
+    argparse.ArgumentParser(description=__doc__).parse_args()
     examples = [path.read_text(encoding="utf-8") for path in (ROOT / "examples").rglob("*.cpp")]
     faults = 0
     for page in PAGES:

@@ -19,6 +19,7 @@ class NQP2_API RealPaths {
 public:
     RealPaths();
     ~RealPaths();
+    /// For another thread; both share the folders that either has read.
     RealPaths(const RealPaths& other);
     RealPaths& operator=(const RealPaths&) = delete;
 

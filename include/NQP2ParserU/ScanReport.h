@@ -83,6 +83,7 @@ struct ScanReport {
     CArray<Take> takes;          ///< of the clips that were found
     CArray<ClipTold> told;       ///< of the clips, in the order in which they came
     CArray<EventDoubt> doubts;   ///< of the edit lists that were read
+
     /// Interface paths of the P2 card's folders in which each file that a record names was found,
     /// under that very name: RealPaths need not read them.
     CStringArray exactFolders;

@@ -84,6 +84,10 @@ class P2Test(CardTest):
         result = subprocess.run([*example, self.folder / "none"], capture_output=True, text=True,
                                 check=False)
         self.assertEqual((result.returncode, result.stdout), (1, ""))
+        for program in ("no-such-program", "true", "echo"):
+            result = subprocess.run([*example[:-1], program, self.sample], capture_output=True,
+                                    text=True, check=False)
+            self.assertEqual((result.returncode, result.stderr.count("\n")), (1, 1), result.stderr)
 
 
 class AvchdTest(CardTest):
