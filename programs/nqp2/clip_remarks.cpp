@@ -90,13 +90,13 @@ constexpr Check kChecks[] = {
 };
 #undef NQP2_VALUE
 
-/// Elements below P2Main that count something.
+constexpr std::wstring_view kRoot = L"P2Main/";
+/// Elements below it that count something.
 constexpr std::wstring_view kCounts[] = {L"Duration", L"StartByteOffset", L"DataSize",
                                          L"SamplingRate", L"BitsPerSample"};
 
 /// Of a clip's hundred paths few end in one: most are told by where their last name begins.
 bool IsPathOfCount(std::wstring_view path) {
-    constexpr std::wstring_view kRoot = L"P2Main/";
     return std::any_of(std::begin(kCounts), std::end(kCounts), [path](std::wstring_view name) {
         return path.size() > name.size() && path[path.size() - name.size() - 1] == L'/' &&
                path.ends_with(name) && path.starts_with(kRoot);
