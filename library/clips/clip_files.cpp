@@ -128,13 +128,23 @@ void P2ClipFiles::TellPromises(platform::TalliedFolder& folder, std::size_t entr
     m_document.Clear();
 }
 
+/// The folder that a scan has kept. What it has learnt of another card is forgotten.
+platform::Place P2ClipFiles::Contents() {
+    const platform::Place own = m_tally.Root().Below(media::kContents.BelowDrive());
+    const std::optional<platform::Place> kept = m_promises.Contents();
+    if (kept && kept->OnDisk() == own.OnDisk()) {
+        return *kept;
+    }
+    m_promises.Clear();
+    return own;
+}
+
 void P2ClipFiles::Append(const _tag_P2Clip& clip, CArray<ClipFile>& files) {
     if (!media::IsPlainName(clip.ClipName)) {
         return;
     }
     if (!m_index) {
-        m_index.emplace(m_tally, m_promises.Contents().value_or(
-                                     m_tally.Root().Below(media::kContents.BelowDrive())));
+        m_index.emplace(m_tally, Contents());
     }
     m_index->Find(NameOfClip(clip.ClipName));
     m_promised.clear();

@@ -96,6 +96,7 @@ public:
     [[nodiscard]] ClipPromises& Promises() { return m_promises; }
 
 private:
+    platform::Place Contents();
     void TellPromises(platform::TalliedFolder& folder, std::size_t entry);
     void AppendKind(const CString& clip, const media::ClipFileKind& kind, CArray<ClipFile>& files);
     void FindNamedVoices(const CString& path, CArray<ClipFile>& files);

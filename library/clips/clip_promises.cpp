@@ -17,6 +17,7 @@ void ClipPromises::Clear() {
 
 void ClipPromises::Add(std::string_view name, const dom::FieldValues& values) noexcept {
     const std::size_t first = m_all.size();
+    m_find.clear(); // its names lie in the list that grows
     try {
         AppendPromises(values, m_all);
         m_clips.push_back({std::string(name), first, m_all.size() - first});

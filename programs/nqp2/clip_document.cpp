@@ -215,9 +215,9 @@ void PrintTableColumns(Console& console, const ClipListing& listing, const ClipC
     const PutClipAt put = [&](const ShownClip& shown, std::size_t index) {
         rows[index] = columns.Cells(shown);
     };
-    ShowClips(listing.details, listing.clips,
-              {put, [&put](OutputText& /*text*/) { return put; }, [](std::string_view /*text*/) {},
-               false});
+    ShowClips(
+        listing.details, listing.clips,
+        {put, [&put](OutputText& /*text*/) { return put; }, [](std::string_view /*text*/) {}});
     PrintTable(console, columns.Heads(), [&rows](const TakeRow& take) {
         for (const Row& row : rows) {
             take(row);

@@ -84,7 +84,7 @@ private:
 
     /// Each folder is read by one thread: the others begin with the largest of those that this one
     /// comes to last.
-    void Begin(Maker& maker, const _tag_P2Clip& clip) {
+    void ReadShareOfFolders(Maker& maker, const _tag_P2Clip& clip) {
         if (m_form.hasPaths && !maker.hasBegun && &maker != &m_makers.front()) {
             ReadFolderOf(clip.AudioPath[0]);
         }
@@ -116,7 +116,7 @@ private:
     std::size_t Make(Maker& maker, std::size_t index) noexcept {
         Part& part = PartOf(index);
         try {
-            Begin(maker, *m_clips[index]);
+            ReadShareOfFolders(maker, *m_clips[index]);
             Read(maker, *m_clips[index], maker.read);
             const std::size_t bytes = maker.read.bytes + SizeOf(part.files);
             if (maker.read.status != MetadataStatus::Read || bytes > kMostMade) {

@@ -216,6 +216,38 @@ TEST_F(ClipFilesTest, AScanTellsWhatTheMetadataPromise) {
     EXPECT_EQ(Read(), read);
     AddTwoChannels("0001AA", "AVC-Intra_422");
     EXPECT_NE(Read(), read);
+    const test::CardBuilder other;
+    ClipFileReader ofOther(other.Root());
+    m_told = &ofOther;
+    const CArray<_tag_P2Clip> clips = Scan();
+    CArray<ClipFile> files;
+    EXPECT_TRUE(ofOther.Read(clips[0], files));
+    EXPECT_TRUE(files.IsEmpty() || files[0].state == ClipFileState::Missing)
+        << "the card that was scanned is another one";
+}
+
+// Copies may change the letters of some names. What a record only takes for granted was not looked
+// for: nothing is said of those folders.
+TEST_F(ClipFilesTest, AScanTellsInWhichFoldersNamesAreAsRecorded) {
+    const auto exact = [this] {
+        Scan();
+        Texts folders;
+        for (const CString& folder : m_report.exactFolders) {
+            folders.push_back(Below(folder));
+        }
+        return folders;
+    };
+    AddTwoChannels("0001AA");
+    AddTwoChannels("0002AA");
+    for (const char* const name : {"VIDEO/0001aa.mxf", "ICON/0001AA.BMP", "PROXY/0001AA.MP4"}) {
+        m_card.AddFile(name, "");
+    }
+    EXPECT_EQ(exact(), Texts({"ICON\\", "PROXY\\", "CLIP\\"}));
+    m_card.AddFile("ICON/0002AA.bmp", "");
+    EXPECT_EQ(exact(), Texts({"PROXY\\", "CLIP\\"}));
+    const std::string clips = m_card.Folder().Path("CONTENTS/CLIP/");
+    std::filesystem::rename(clips + "0002AA.XML", clips + "0002AA.xml");
+    EXPECT_EQ(exact(), Texts({"PROXY\\"}));
 }
 
 } // namespace
